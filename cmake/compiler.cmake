@@ -1,0 +1,21 @@
+# Warnings and sanitizers, as two interface targets that every floor and test links.
+
+add_library(tidwen_warnings INTERFACE)
+add_library(tidwen::warnings ALIAS tidwen_warnings)
+target_compile_options(tidwen_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
+    -Woverloaded-virtual -Wcast-align -Wimplicit-fallthrough -Wformat=2 -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # g++ 12 reports these inside its own <string> and <variant> when it optimises.
+  target_compile_options(tidwen_warnings INTERFACE -Wno-restrict -Wno-maybe-uninitialized)
+endif()
+
+if(TIDWEN_SANITIZE)
+  add_compile_options(-fsanitize=${TIDWEN_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${TIDWEN_SANITIZE})
+endif()
+
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+  # The program runs with Full Disk Access: harden what the compiler can harden.
+  add_compile_options(-D_FORTIFY_SOURCE=2 -fstack-protector-strong)
+endif()

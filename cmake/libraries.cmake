@@ -1,0 +1,15 @@
+# Everything that is installed rather than written here; script/install-packages names the packages.
+
+find_package(Threads REQUIRED)
+find_package(PkgConfig REQUIRED)
+find_package(fmt REQUIRED)
+find_package(EXPAT REQUIRED)
+find_package(SQLite3 REQUIRED)
+find_package(nlohmann_json REQUIRED)
+find_package(tl-expected REQUIRED)
+find_package(CLI11 REQUIRED)
+pkg_check_modules(icu REQUIRED IMPORTED_TARGET icu-uc icu-i18n)
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()

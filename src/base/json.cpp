@@ -1,0 +1,140 @@
+#include "base/json.h"
+
+#include "base/text.h"
+
+#include <fmt/core.h>
+#include <nlohmann/json.hpp>
+#include <set>
+#include <vector>
+
+namespace tidwen {
+
+using nlohmann::json;
+
+namespace {
+
+constexpr std::size_t maxDepth = 64;
+
+void writeString(std::string& out, std::string_view text) {
+    out += '"';
+    for (const char c : validUtf8(text)) {
+        switch (c) {
+        case '"':
+            out += "\\\"";
+            break;
+        case '\\':
+            out += "\\\\";
+            break;
+        case '/':
+            out += "\\/";
+            break;
+        case '\b':
+            out += "\\b";
+            break;
+        case '\f':
+            out += "\\f";
+            break;
+        case '\n':
+            out += "\\n";
+            break;
+        case '\r':
+            out += "\\r";
+            break;
+        case '\t':
+            out += "\\t";
+            break;
+        default:
+            if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+                out += fmt::format("\\u{:04x}", static_cast<int>(c));
+            else
+                out += c;
+        }
+    }
+    out += '"';
+}
+
+void writeValue(std::string& out, const json& value, std::size_t indent);
+
+/// One element or member per line between the brackets.
+template<class Write>
+void writeLines(std::string& out, char open, char close, const json& value, std::size_t indent,
+                Write writeLine) {
+    out += open;
+    bool first = true;
+    for (auto item = value.begin(); item != value.end(); ++item) {
+        out += first ? "\n" : ",\n";
+        first = false;
+        out.append(indent + 2, ' ');
+        writeLine(item);
+    }
+    if (!first) out.append("\n").append(indent, ' ');
+    out += close;
+}
+
+void writeValue(std::string& out, const json& value, std::size_t indent) {
+    if (value.is_object()) {
+        writeLines(out, '{', '}', value, indent, [&](json::const_iterator member) {
+            writeString(out, member.key());
+            out += " : ";
+            writeValue(out, *member, indent + 2);
+        });
+    } else if (value.is_array()) {
+        writeLines(out, '[', ']', value, indent,
+                   [&](json::const_iterator element) { writeValue(out, *element, indent + 2); });
+    } else if (value.is_string()) {
+        writeString(out, value.get_ref<const std::string&>());
+    } else {
+        out += value.dump(); // numbers, true, false, null: nothing in them can fail
+    }
+}
+
+/// Looks through a document for what the library lets pass: too deep, or a key twice in one object.
+class StrictnessCheck : public nlohmann::json_sax<json> {
+  public:
+    bool null() override { return true; }
+    bool boolean(bool) override { return true; }
+    bool number_integer(number_integer_t) override { return true; }
+    bool number_unsigned(number_unsigned_t) override { return true; }
+    bool number_float(number_float_t, const string_t&) override { return true; }
+    bool string(string_t&) override { return true; }
+    bool binary(binary_t&) override { return true; }
+    bool start_object(std::size_t) override { return open(); }
+    bool end_object() override { return close(); }
+    bool start_array(std::size_t) override { return open(); }
+    bool end_array() override { return close(); }
+    bool key(string_t& name) override { return keys_.back().insert(name).second; }
+    bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override {
+        return false;
+    }
+
+  private:
+    bool open() {
+        keys_.emplace_back();
+        return keys_.size() <= maxDepth;
+    }
+    bool close() {
+        keys_.pop_back();
+        return true;
+    }
+    std::vector<std::set<std::string>> keys_;
+};
+
+} // namespace
+
+std::string writeJson(const json& value) {
+    std::string out;
+    writeValue(out, value, 0);
+    out += '\n';
+    return out;
+}
+
+std::optional<json> parseJson(std::string_view text, std::size_t maxBytes) {
+    if (text.size() > maxBytes) return std::nullopt;
+    StrictnessCheck check;
+    if (!json::sax_parse(text, &check)) return std::nullopt;
+    auto value = json::parse(text, nullptr, false);
+    if (value.is_discarded()) return std::nullopt;
+    return value;
+}
+
+} // namespace tidwen

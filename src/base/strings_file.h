@@ -1,0 +1,14 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tidwen {
+
+/// Reads a ".strings" file: the text form ("key" = "value"; with comments, UTF-8 or UTF-16) or a property
+/// list. Nothing when the file is malformed, as on a Mac, where one missing semicolon invalidates it all.
+std::optional<std::map<std::string, std::string>> parseStringsFile(std::string_view bytes);
+
+} // namespace tidwen

@@ -1,0 +1,218 @@
+#include "base/text.h"
+
+#include <algorithm>
+#include <fmt/core.h>
+#include <map>
+#include <memory>
+#include <unicode/bytestream.h>
+#include <unicode/casemap.h>
+#include <unicode/coll.h>
+#include <unicode/normalizer2.h>
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
+namespace tidwen {
+
+namespace {
+
+constexpr char32_t replacement = 0xFFFD;
+
+bool isAscii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+char asciiLower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
+icu::StringPiece piece(std::string_view text) {
+    return icu::StringPiece(text.data(), static_cast<int32_t>(text.size()));
+}
+
+/// The code point at `at`, which moves past it; negative for an invalid sequence.
+UChar32 decodeNext(std::string_view text, std::int64_t& at) {
+    UChar32 c = 0;
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion" // inside the library's macro
+    U8_NEXT(text.data(), at, static_cast<std::int64_t>(text.size()), c);
+#pragma GCC diagnostic pop
+    return c;
+}
+
+/// Calls `visit` with every code point and the bytes it stands in; one invalid sequence is one U+FFFD.
+template<class Visit>
+void forEachCodePoint(std::string_view text, Visit visit) {
+    for (std::int64_t at = 0; at < static_cast<std::int64_t>(text.size());) {
+        const auto start = at;
+        const auto c = decodeNext(text, at);
+        const auto bytes = text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(at - start));
+        visit(c < 0 ? replacement : static_cast<char32_t>(c), bytes, c >= 0);
+    }
+}
+
+void append(std::string& text, char32_t c) {
+    char bytes[U8_MAX_LENGTH];
+    std::int32_t length = 0;
+    U8_APPEND_UNSAFE(bytes, length, static_cast<UChar32>(c));
+    text.append(bytes, static_cast<std::size_t>(length));
+}
+
+bool changesDirectionOrLine(char32_t c) {
+    return (c >= 0x202A && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069) || c == 0x200E || c == 0x200F
+           || c == 0x061C || c == 0x2028 || c == 0x2029;
+}
+
+std::string escaped(char32_t c) {
+    switch (c) {
+    case '\n':
+        return "\\n";
+    case '\r':
+        return "\\r";
+    case '\t':
+        return "\\t";
+    default:
+        return fmt::format("\\u{{{:x}}}", static_cast<std::uint32_t>(c));
+    }
+}
+
+/// A collator is costly to make and not safe to share, so each thread keeps its own.
+const icu::Collator* collatorFor(const std::string& locale) {
+    thread_local std::map<std::string, std::unique_ptr<icu::Collator>> collators;
+    const auto found = collators.find(locale);
+    if (found != collators.end()) return found->second.get();
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::Collator> made(
+        icu::Collator::createInstance(icu::Locale::forLanguageTag(locale.c_str(), status), status));
+    if (U_FAILURE(status)) made.reset();
+    if (made) made->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+    return collators.emplace(locale, std::move(made)).first->second.get();
+}
+
+int sign(std::ptrdiff_t difference) {
+    return difference < 0 ? -1 : difference > 0 ? 1 : 0;
+}
+
+} // namespace
+
+std::string lowercased(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    if (isAscii(text)) {
+        std::transform(text.begin(), text.end(), std::back_inserter(result), asciiLower);
+        return result;
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    icu::StringByteSink<std::string> sink(&result);
+    icu::CaseMap::utf8ToLower("", 0, piece(validUtf8(text)), sink, nullptr, status);
+    return result;
+}
+
+std::string composed(std::string_view text) {
+    if (isAscii(text)) return std::string(text);
+    UErrorCode status = U_ZERO_ERROR;
+    const auto* form = icu::Normalizer2::getNFCInstance(status);
+    const auto valid = validUtf8(text);
+    if (U_FAILURE(status)) return valid;
+    std::string result;
+    icu::StringByteSink<std::string> sink(&result);
+    form->normalizeUTF8(0, piece(valid), sink, nullptr, status);
+    return result;
+}
+
+std::string canonicalForm(std::string_view name) {
+    std::string result;
+    result.reserve(name.size());
+    if (isAscii(name)) {
+        for (const char c : name)
+            if ((c >= '0' && c <= '9') || (asciiLower(c) >= 'a' && asciiLower(c) <= 'z'))
+                result += asciiLower(c);
+        return result;
+    }
+    forEachCodePoint(lowercased(composed(name)), [&](char32_t c, std::string_view bytes, bool) {
+        const auto mask = U_GET_GC_MASK(static_cast<UChar32>(c));
+        if ((mask & (U_GC_L_MASK | U_GC_N_MASK)) != 0) result += bytes;
+    });
+    return result;
+}
+
+std::string fileNameKey(std::string_view name) {
+    if (isAscii(name)) return lowercased(name);
+    std::string kept;
+    forEachCodePoint(composed(name), [&](char32_t c, std::string_view bytes, bool) {
+        if (!u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_DEFAULT_IGNORABLE_CODE_POINT)) kept += bytes;
+    });
+    std::string folded;
+    UErrorCode status = U_ZERO_ERROR;
+    icu::StringByteSink<std::string> sink(&folded);
+    icu::CaseMap::utf8Fold(0, piece(kept), sink, nullptr, status);
+    return composed(folded);
+}
+
+std::size_t characterCount(std::string_view text) {
+    std::size_t count = 0;
+    forEachCodePoint(text, [&](char32_t, std::string_view, bool) { ++count; });
+    return count;
+}
+
+std::string trimmed(std::string_view text) {
+    std::size_t start = text.size();
+    std::size_t end = 0;
+    forEachCodePoint(text, [&](char32_t c, std::string_view bytes, bool) {
+        if (u_isUWhiteSpace(static_cast<UChar32>(c))) return;
+        const auto at = static_cast<std::size_t>(bytes.data() - text.data());
+        start = std::min(start, at);
+        end = at + bytes.size();
+    });
+    return end > start ? std::string(text.substr(start, end - start)) : std::string();
+}
+
+bool isValidUtf8(std::string_view text) {
+    bool valid = true;
+    forEachCodePoint(text, [&](char32_t, std::string_view, bool isValid) { valid = valid && isValid; });
+    return valid;
+}
+
+std::string validUtf8(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    forEachCodePoint(text, [&](char32_t c, std::string_view, bool) { append(result, c); });
+    return result;
+}
+
+std::string printable(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    forEachCodePoint(text, [&](char32_t c, std::string_view, bool) {
+        if (c < 0x20 || (c >= 0x7F && c < 0xA0) || changesDirectionOrLine(c))
+            result += escaped(c);
+        else
+            append(result, c);
+    });
+    return result;
+}
+
+int compareForDisplay(std::string_view a, std::string_view b, const std::string& locale) {
+    if (const auto* collator = collatorFor(locale)) {
+        UErrorCode status = U_ZERO_ERROR;
+        const auto order = collator->compareUTF8(piece(a), piece(b), status);
+        if (U_SUCCESS(status) && order != UCOL_EQUAL) return order == UCOL_LESS ? -1 : 1;
+    }
+    return sign(a.compare(b));
+}
+
+std::size_t displayWidth(std::string_view text) {
+    std::size_t columns = 0;
+    forEachCodePoint(text, [&](char32_t c, std::string_view, bool) {
+        const auto code = static_cast<UChar32>(c);
+        const auto noColumns = U_GC_MN_MASK | U_GC_ME_MASK | U_GC_CF_MASK | U_GC_CC_MASK;
+        const auto hangul = u_getIntPropertyValue(code, UCHAR_HANGUL_SYLLABLE_TYPE);
+        if ((U_GET_GC_MASK(code) & noColumns) != 0 || hangul == U_HST_VOWEL_JAMO
+            || hangul == U_HST_TRAILING_JAMO)
+            return;
+        const auto width = u_getIntPropertyValue(code, UCHAR_EAST_ASIAN_WIDTH);
+        columns += width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
+    });
+    return columns;
+}
+
+} // namespace tidwen
