@@ -1,0 +1,145 @@
+#pragma once
+
+#include "base/path.h"
+#include "base/stop_token.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <tl/expected.hpp>
+#include <vector>
+
+namespace tidwen {
+
+enum class FileKind { regular, directory, symbolicLink, other };
+
+/// What the file system says of one item. Symbolic links are described themselves unless said otherwise.
+struct FileInfo {
+    FileKind kind = FileKind::other;
+    std::uint64_t size = 0;           ///< bytes of content
+    std::uint64_t allocatedBytes = 0; ///< bytes taken on the disk
+    std::uint32_t permissions = 0;    ///< the mode's lower twelve bits
+    std::uint32_t ownerID = 0;
+    std::uint32_t groupID = 0;
+    std::int64_t modifiedNanoseconds = 0; ///< since 1970
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    bool immutable = false; ///< carries a flag that forbids moving it, also for its owner
+    std::optional<std::int64_t> createdNanoseconds; ///< birth, since 1970; absent where the disk does not keep it
+    /// When the item came into its folder, since 1970; where the disk does not keep that, when the system last
+    /// wrote its record, which a move does.
+    std::optional<std::int64_t> addedNanoseconds;
+};
+
+struct DirectoryEntry {
+    std::string name; ///< as stored, possibly not valid UTF-8
+    FileKind kind = FileKind::other;
+};
+
+enum class FileFault {
+    missing,      ///< an item or one of its parents does not exist
+    exists,       ///< the destination is taken, also by a dangling link
+    denied,       ///< permissions, a read-only disk, an immutable item, privacy protection
+    notDirectory,
+    isDirectory,
+    throughLink,  ///< a parent is a symbolic link where none may be
+    notRegular,   ///< asked to read something that is no plain file
+    tooLarge,     ///< more bytes than the caller allowed
+    noSpace,
+    nameTooLong,
+    notSupported, ///< the file system or disk cannot do it
+    io,           ///< anything else
+};
+
+struct FileError {
+    FileFault fault = FileFault::io;
+    Path path;      ///< the end of the operation that was at fault
+    int osCode = 0; ///< errno, for the log; decides nothing
+
+    friend bool operator==(const FileError&, const FileError&) = default;
+};
+
+/// The key of the words for a fault ("failure.file.missing" …), and whether trying as root could help.
+std::string_view failureKey(FileFault fault);
+
+template <class T>
+using FileResult = tl::expected<T, FileError>;
+
+/// What a walk of a folder found before it ended or was cut short.
+struct TreeSize {
+    std::uint64_t allocatedBytes = 0;
+    std::uint64_t entries = 0; ///< items visited, the folder itself not counted; links are not followed
+    bool capped = false;       ///< stopped at the limit: `allocatedBytes` is a lower bound
+};
+
+/// How a tree may be changed: what `replaceFile` keeps of the file it replaces.
+enum class NewFileMode { privateToOwner, likeExisting };
+
+/// A Mac's files. All paths are absolute Mac paths; on a mounted volume they are resolved inside its root and
+/// nothing outside it can be named, whatever links the volume holds.
+///
+/// Calls block, may come from any thread, and never throw. Reading follows symbolic links (inside the root);
+/// everything that changes the disk refuses a path whose *parents* hold a link (`FileFault::throughLink`) and
+/// takes the last component as it is: resolve first with `resolveParent` and judge the answer, so that what
+/// was judged is what is touched.
+class FileSystem {
+public:
+    virtual ~FileSystem() = default;
+
+    // Reading
+
+    /// Describes the item itself; a symbolic link is not followed.
+    virtual FileResult<FileInfo> info(const Path& path) const = 0;
+    /// Describes what the path leads to; a dangling link is `missing`.
+    virtual FileResult<FileInfo> infoFollowingLinks(const Path& path) const = 0;
+    /// Entries of a folder, without "." and "..", sorted by the bytes of their names.
+    virtual FileResult<std::vector<DirectoryEntry>> list(const Path& folder) const = 0;
+    /// The whole content of a plain file of at most `maxBytes`. Never blocks on a pipe or device.
+    virtual FileResult<std::string> read(const Path& file, std::size_t maxBytes) const = 0;
+    /// Up to `length` bytes from `offset`; shorter at the end of the file.
+    virtual FileResult<std::string> readRange(const Path& file, std::uint64_t offset, std::size_t length) const = 0;
+    /// An extended attribute's value; `missing` when the item has none of that name.
+    virtual FileResult<std::string> extendedAttribute(const Path& path, const std::string& name) const = 0;
+    /// The path with every symbolic link resolved, as a Mac path. The item must exist.
+    virtual FileResult<Path> resolve(const Path& path) const = 0;
+    /// Allocated bytes of a plain file, or of everything below a folder (the folder included), stopping after
+    /// `entryLimit` entries. Other file systems below are not entered. An unreadable subfolder counts as empty.
+    virtual FileResult<TreeSize> treeSize(const Path& path, std::uint64_t entryLimit,
+                                          const StopToken& stop = {}) const = 0;
+    /// May the current user add and remove entries of this folder (or change this file)?
+    virtual bool isWritable(const Path& path) const = 0;
+
+    // Changing
+
+    /// Creates one folder, mode 0700; its parent must exist. `exists` when anything has that name.
+    virtual FileResult<void> createDirectory(const Path& folder) = 0;
+    /// Creates the folder and its missing parents (mode 0700). Succeeds when it is there already.
+    virtual FileResult<void> createDirectories(const Path& folder) = 0;
+    /// Moves an item; a symbolic link is moved, not followed. Never replaces anything. Between two devices
+    /// everything is copied, flushed and compared before the original goes. After an error the original is
+    /// complete where it was.
+    virtual FileResult<void> move(const Path& from, const Path& to) = 0;
+    /// After a kill in the middle of a move between devices: completes it when the original was already set
+    /// aside, else drops the unfinished copy. Does nothing when there is nothing to settle.
+    virtual FileResult<void> settleInterruptedMove(const Path& from, const Path& to) = 0;
+    /// Writes a file so that after a crash either the old content or the new is there: temporary file in the
+    /// same folder, flushed, renamed over, folder flushed. Permissions, owner and extended attributes of a
+    /// file that it replaces are kept with `likeExisting`.
+    virtual FileResult<void> replaceFile(const Path& file, std::string_view content, NewFileMode mode) = 0;
+    /// Removes a plain file or a link and flushes its folder.
+    virtual FileResult<void> removeFile(const Path& file) = 0;
+    /// Removes a folder that is empty.
+    virtual FileResult<void> removeEmptyDirectory(const Path& folder) = 0;
+
+    // Said in terms of the above
+
+    /// Anything there, a dangling link included.
+    bool exists(const Path& path) const { return info(path).has_value(); }
+    /// The path with the links of its parents resolved and its last component kept.
+    FileResult<Path> resolveParent(const Path& path) const;
+    bool isDirectoryFollowingLinks(const Path& path) const;
+};
+
+} // namespace tidwen

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "base/path.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// What an installer package left behind as its receipt.
+struct Receipt {
+    std::string packageID;
+    Path installBase;               ///< volume and location joined
+    std::vector<std::string> files; ///< relative to `installBase`, as recorded: may be hostile or outdated
+    friend bool operator==(const Receipt&, const Receipt&) = default;
+};
+
+class Receipts {
+public:
+    virtual ~Receipts() = default;
+    /// Identifiers of every installed package, sorted. Empty when they cannot be had.
+    virtual std::vector<std::string> packageIDs() const = 0;
+    /// Nothing when there is no such receipt or it cannot be read.
+    virtual std::optional<Receipt> read(const std::string& packageID) const = 0;
+};
+
+} // namespace tidwen

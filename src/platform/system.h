@@ -1,0 +1,35 @@
+#pragma once
+
+#include "base/log.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
+#include "platform/applications.h"
+#include "platform/code_signatures.h"
+#include "platform/defaults.h"
+#include "platform/file_system.h"
+#include "platform/keychain.h"
+#include "platform/launchd.h"
+#include "platform/receipts.h"
+#include "platform/system_extensions.h"
+#include "platform/user_environment.h"
+
+namespace tidwen {
+
+/// One Mac, running or on a volume, as the ports to it. Made once by `main`, which owns what it refers to and
+/// outlives it. Services take the few ports they use, not this.
+struct System {
+    FileSystem& files;
+    CodeSignatures& signatures;
+    Receipts& receipts;
+    Keychain& keychain;
+    SystemExtensions& systemExtensions;
+    RunningApplications& runningApplications;
+    Launchd& launchd;
+    Defaults& defaults;
+    const Texts& texts;
+    Clock& clock;
+    Log& log;
+    UserEnvironment user;
+};
+
+} // namespace tidwen

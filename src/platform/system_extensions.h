@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+struct SystemExtensionRecord {
+    std::string teamID;
+    std::string bundleID;
+    std::string name;
+    friend bool operator==(const SystemExtensionRecord&, const SystemExtensionRecord&) = default;
+};
+
+class SystemExtensions {
+public:
+    virtual ~SystemExtensions() = default;
+    /// One record per bundle identifier. Empty when they cannot be had.
+    virtual std::vector<SystemExtensionRecord> list() const = 0;
+};
+
+} // namespace tidwen
