@@ -1,0 +1,44 @@
+#pragma once
+
+#include "base/property_list.h"
+#include "platform/file_system.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tidwen {
+
+/// A bundle folder and its Info.plist.
+struct Bundle {
+    Path root;
+    /// The folder that holds Info.plist: "Contents", the bundle itself when it is flat, or the application
+    /// that a wrapper from the phone's store holds.
+    Path contents;
+    std::optional<PropertyListDictionary> info; ///< absent: no Info.plist, or one that cannot be read
+
+    /// Nothing when the path does not lead to a folder, or is one that could not be written down again (not
+    /// absolute, not valid UTF-8).
+    static std::optional<Bundle> open(const FileSystem& files, const Path& root);
+
+    const std::string* infoString(std::string_view key) const;
+    /// The bundle identifier when it is a non-empty string.
+    std::optional<std::string> identifier() const;
+    /// The display name, else the name, else the file name without its extension. May be empty when the
+    /// bundle says so.
+    std::string name() const;
+    /// True for a boolean true, a number that is not zero, and the texts "1", "yes", "true" in any case.
+    bool infoFlag(std::string_view key) const;
+    /// Where the main executable lies; it need not exist. Always a direct child of the bundle's own folder
+    /// for it, whatever Info.plist says.
+    Path executable() const;
+};
+
+/// Identifiers that belong to what lies inside a bundle: nested applications, extensions, XPC services,
+/// plug-ins and login items, and the privileged tools that its Info.plist declares. Each once, sorted,
+/// without Apple's. Frameworks and what lies in them are left out: many applications carry the same ones, so
+/// a find there says nothing about whose it is. Bounded in depth and number.
+std::vector<std::string> embeddedBundleIDs(const FileSystem& files, const Path& bundle);
+
+} // namespace tidwen

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/file_system.h"
+
+#include <optional>
+#include <string>
+
+namespace tidwen {
+
+/// The identifier that macOS keeps for a sandbox container, whatever its folder is called: from
+/// ".com.apple.containermanagerd.metadata.plist", else from the "Container.plist" of macOS 10.15 and before.
+/// Nothing when neither can be read.
+std::optional<std::string> containerIdentity(const FileSystem& files, const Path& container);
+
+} // namespace tidwen

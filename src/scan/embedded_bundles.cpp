@@ -1,0 +1,103 @@
+#include "base/text.h"
+#include "scan/bundle.h"
+#include "scan/bundle_names.h"
+
+#include <set>
+#include <string_view>
+
+namespace tidwen {
+namespace {
+
+// An application inside a helper inside an application is as deep as it gets in practice; the count keeps a
+// bundle that was made to hold thousands of others from holding up a scan.
+constexpr int maximumDepth = 6;
+constexpr int maximumBundles = 2'000;
+
+// Where macOS, the build tools and habit put bundles, below "Contents".
+constexpr std::string_view places[] = {
+    "Applications",
+    "Extensions",
+    "Helpers",
+    "Library/Application Support",
+    "Library/Helpers",
+    "Library/LoginItems",
+    "Library/QuickLook",
+    "Library/Spotlight",
+    "Library/SystemExtensions",
+    "MacOS",
+    "PlugIns",
+    "Resources",
+    "SharedSupport",
+    "XPCServices",
+};
+
+// Frameworks are shared by many applications.
+bool isOwnBundle(const Path& item) {
+    return isBundleName(item.lastComponent()) && item.lowercasedExtension() != "framework";
+}
+
+bool isApplication(const Path& item) {
+    return item.lowercasedExtension() == "app";
+}
+
+class EmbeddedBundles {
+  public:
+    explicit EmbeddedBundles(const FileSystem& files) : files_(files) {}
+
+    void searchInside(const Bundle& bundle, int depth) {
+        addPrivilegedTools(bundle);
+        if (depth == maximumDepth) return;
+        for (const auto place : places)
+            searchFolder(bundle.contents / place, isOwnBundle, depth);
+        // Helpers of browser engines lie beside the frameworks that start them.
+        searchFolder(bundle.contents / "Frameworks", isApplication, depth);
+    }
+
+    std::vector<std::string> found() const { return {found_.begin(), found_.end()}; }
+
+  private:
+    void searchFolder(const Path& folder, bool (*isWanted)(const Path&), int depth) {
+        const auto entries = files_.list(folder);
+        if (!entries) return;
+        for (const auto& entry : *entries) {
+            const Path inner = folder / entry.name;
+            if (entry.kind != FileKind::directory || !isWanted(inner)) continue;
+            if (!mayLookAtOneMore()) return;
+            const auto bundle = Bundle::open(files_, inner);
+            if (!bundle) continue;
+            if (const auto identifier = bundle->identifier()) add(*identifier);
+            searchInside(*bundle, depth + 1);
+        }
+    }
+
+    /// Tools that the application installs in "/Library/PrivilegedHelperTools" under these names.
+    void addPrivilegedTools(const Bundle& bundle) {
+        if (!bundle.info) return;
+        const auto found = bundle.info->find("SMPrivilegedExecutables");
+        const auto* tools = found == bundle.info->end() ? nullptr : found->second.asDictionary();
+        if (!tools) return;
+        for (const auto& [identifier, requirement] : *tools)
+            if (mayLookAtOneMore()) add(identifier);
+    }
+
+    bool mayLookAtOneMore() { return bundlesLeft_ > 0 && bundlesLeft_-- > 0; }
+
+    void add(const std::string& identifier) {
+        if (!identifier.empty() && !lowercased(identifier).starts_with("com.apple."))
+            found_.insert(identifier);
+    }
+
+    const FileSystem& files_;
+    int bundlesLeft_ = maximumBundles;
+    std::set<std::string> found_;
+};
+
+} // namespace
+
+std::vector<std::string> embeddedBundleIDs(const FileSystem& files, const Path& bundle) {
+    EmbeddedBundles search(files);
+    if (const auto opened = Bundle::open(files, bundle)) search.searchInside(*opened, 0);
+    return search.found();
+}
+
+} // namespace tidwen

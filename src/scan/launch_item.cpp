@@ -1,0 +1,49 @@
+#include "scan/launch_item.h"
+
+#include "platform/property_list_file.h"
+
+namespace tidwen {
+namespace {
+
+// The largest jobs seen hold a few kilobytes.
+constexpr PropertyListLimits jobLimits = {.bytes = 1u << 20, .nodes = 20'000, .depth = 32};
+
+// A Mac has some hundred jobs; a folder with more is none that launchd would read in time either.
+constexpr std::size_t maximumJobs = 5'000;
+
+std::optional<std::string> programPath(const PropertyListValue& job) {
+    if (const auto* program = job.findString("Program")) return *program;
+    const auto* arguments = job.find("ProgramArguments");
+    const auto strings = arguments ? arguments->asStrings() : std::nullopt;
+    if (!strings || strings->empty()) return std::nullopt;
+    return strings->front();
+}
+
+bool isVisiblePropertyList(const Path& file) {
+    return !file.lastComponent().starts_with('.') && file.lowercasedExtension() == "plist";
+}
+
+} // namespace
+
+std::optional<LaunchItem> readLaunchItem(const FileSystem& files, const Path& plist, bool isSystemDomain) {
+    const auto job = readPropertyList(files, plist, jobLimits);
+    const auto* label = job ? job->findString("Label") : nullptr;
+    if (!label || label->empty()) return std::nullopt;
+    return LaunchItem{
+        .label = *label, .plist = plist, .isSystemDomain = isSystemDomain, .programPath = programPath(*job)};
+}
+
+std::vector<LaunchItem> listLaunchItems(const FileSystem& files, const Path& folder, bool isSystemDomain) {
+    std::vector<LaunchItem> items;
+    const auto entries = files.list(folder);
+    if (!entries) return items;
+    for (const auto& entry : *entries) {
+        if (items.size() == maximumJobs) break;
+        const Path file = folder / entry.name;
+        if (!isVisiblePropertyList(file)) continue;
+        if (auto item = readLaunchItem(files, file, isSystemDomain)) items.push_back(std::move(*item));
+    }
+    return items;
+}
+
+} // namespace tidwen

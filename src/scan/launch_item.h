@@ -1,0 +1,29 @@
+#pragma once
+
+#include "base/path.h"
+#include "platform/file_system.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// A launchd job as its property list describes it (man page launchd.plist(5)).
+struct LaunchItem {
+    std::string label;           ///< never empty
+    Path plist;                  ///< the file it was read from
+    bool isSystemDomain = false; ///< a daemon of the system domain, else a job of the user's session
+    std::optional<std::string> programPath; ///< "Program", else the first of "ProgramArguments"
+
+    friend bool operator==(const LaunchItem&, const LaunchItem&) = default;
+};
+
+/// Nothing when the file is no property list or has no usable label.
+std::optional<LaunchItem> readLaunchItem(const FileSystem& files, const Path& plist, bool isSystemDomain);
+
+/// Every job of a folder's direct, visible "*.plist" children, in listing order. An unreadable folder is
+/// empty.
+std::vector<LaunchItem> listLaunchItems(const FileSystem& files, const Path& folder, bool isSystemDomain);
+
+} // namespace tidwen

@@ -1,0 +1,245 @@
+#include "scan/path_policy.h"
+
+#include "base/text.h"
+#include "scan/search_location.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace tidwen {
+namespace {
+
+using Components = std::vector<std::string>;
+
+// Shared by everything below them: moving one of these takes far more away than any application.
+constexpr std::string_view deniedPaths[] = {
+    "/",
+    "/Applications",
+    "/Applications/Utilities",
+    "/Library",
+    "/Users",
+    "/Users/Shared",
+    "/private",
+    "/opt",
+    "/usr/local",
+    "/usr/local/bin",
+    "/usr/local/sbin",
+    "/usr/local/lib",
+    "/usr/local/share",
+    "/usr/local/etc",
+    "/usr/local/var",
+    "/usr/local/opt",
+    "/usr/local/include",
+    "/opt/homebrew",
+    "/opt/local",
+    "/opt/homebrew/bin",
+    "/opt/homebrew/lib",
+    "/opt/homebrew/Cellar",
+    "/opt/homebrew/Caskroom",
+    "/opt/homebrew/opt",
+    "/opt/homebrew/etc",
+    "/opt/homebrew/var",
+    "/opt/homebrew/share",
+};
+
+constexpr std::string_view deniedHomeFolders[] = {"Library", "Documents", "Desktop",  "Downloads",
+                                                  "Movies",  "Music",     "Pictures", "Applications"};
+
+struct SystemRule {
+    std::string_view prefix;
+    std::array<std::string_view, 2> exceptions = {};
+};
+
+constexpr SystemRule neverTouchSystem[] = {
+    {"/System"},
+    {"/bin"},
+    {"/sbin"},
+    {"/dev"},
+    {"/etc"},
+    {"/private/etc"},
+    {"/cores"},
+    {"/Volumes"},
+    {"/usr", {"/usr/local"}},
+    {"/var", {"/var/db/receipts", "/var/folders"}},
+    {"/private/var", {"/private/var/db/receipts", "/private/var/folders"}},
+    {"/Library/Apple"},
+    {"/Library/Managed Preferences"},
+    {"/Library/SystemExtensions"},
+    {"/Library/Keychains"},
+    {"/Library/Security"},
+};
+
+constexpr std::string_view neverTouchInHome[] = {
+    "Library/Keychains",
+    "Library/Mobile Documents",
+    "Documents",
+    "Desktop",
+    "Downloads",
+    "Pictures",
+    "Movies",
+    "Music",
+    ".Trash",
+};
+
+// The kernel's other spellings: "/.vol/<device>/<inode>" and the like reach any item without saying where it
+// lies, so nothing below can judge them.
+constexpr std::string_view aliasFolders[] = {".vol", ".nofollow", ".resolve"};
+
+constexpr std::string_view installerExtensions[] = {"dmg", "pkg", "mpkg"};
+
+// Below these, only what lies inside a user's "C" or "T" folder may go.
+struct DepthRule {
+    std::string_view prefix;
+    std::size_t components;
+};
+constexpr DepthRule temporaryFolders[] = {{"/var/folders", 7}, {"/private/var/folders", 8}};
+
+Components componentsOf(const Path& path) {
+    Components parts = path.standardized().components();
+    for (auto& part : parts)
+        part = fileNameKey(part);
+    return parts;
+}
+
+Components componentsOf(std::string_view path) {
+    return componentsOf(Path(std::string(path)));
+}
+
+bool startsWith(const Components& path, const Components& prefix) {
+    return path.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), path.begin());
+}
+
+bool saysWhereItLies(const Path& path) {
+    if (!path.isAbsolute()) return false;
+    // A system call ends the path at a NUL: another item would be touched than the one judged.
+    if (path.string().find('\0') != std::string::npos) return false;
+    const auto parts = componentsOf(path);
+    return parts.size() < 2
+           || std::find(std::begin(aliasFolders), std::end(aliasFolders), parts[1]) == std::end(aliasFolders);
+}
+
+/// Where the item lies, or would lie, once the links of its parents are followed. Nothing when that cannot be
+/// told: a parent that is no folder, that may not be read, or a link to nowhere.
+std::optional<Path> resolvedPlace(const Path& place, const FileSystem& files) {
+    std::vector<std::string> notThereYet = {place.lastComponent()};
+    for (Path folder = place.parent();; folder = folder.parent()) {
+        if (auto resolved = files.resolve(folder)) {
+            for (auto name = notThereYet.rbegin(); name != notThereYet.rend(); ++name)
+                resolved = *resolved / *name;
+            return *resolved;
+        } else if (resolved.error().fault != FileFault::missing || folder.isRoot()) {
+            return std::nullopt;
+        }
+        const auto itself = files.info(folder);
+        if (itself || itself.error().fault != FileFault::missing) return std::nullopt;
+        notThereYet.push_back(folder.lastComponent());
+    }
+}
+
+} // namespace
+
+PathPolicy::PathPolicy(const UserEnvironment& user) : user_(user) {
+    for (const auto path : deniedPaths)
+        deniedExact_.insert(componentsOf(path));
+    deniedExact_.insert(componentsOf(user_.home));
+    for (const auto folder : deniedHomeFolders)
+        deniedExact_.insert(componentsOf(user_.home / folder));
+    for (const auto& location : searchLocations(user_))
+        deniedExact_.insert(componentsOf(location.url));
+
+    for (const auto& rule : neverTouchSystem) {
+        neverTouch_.push_back({componentsOf(rule.prefix), {}});
+        for (const auto exception : rule.exceptions)
+            if (!exception.empty()) neverTouch_.back().exceptions.push_back(componentsOf(exception));
+    }
+    for (const auto folder : neverTouchInHome)
+        neverTouch_.push_back({componentsOf(user_.home / folder), {}});
+}
+
+std::optional<PathPolicy::Violation> PathPolicy::check(const Path& url,
+                                                       bool allowsInstallerInDownloads) const {
+    const auto violation = [&](ViolationKind kind) { return Violation{kind, url.standardized().string()}; };
+
+    // Without a home the user's own folders cannot be told from others.
+    if (!saysWhereItLies(url) || !user_.home.isAbsolute()) return violation(ViolationKind::traversal);
+
+    const auto path = componentsOf(url);
+    if (path.size() < 3) return violation(ViolationKind::tooShallow);
+    if (deniedExact_.contains(path)) return violation(ViolationKind::deniedExact);
+
+    const bool isPermittedInstaller = allowsInstallerInDownloads && isInstallerInDownloads(url);
+    const auto downloads = componentsOf(user_.home / "Downloads");
+    for (const auto& rule : neverTouch_) {
+        if (!startsWith(path, rule.prefix)) continue;
+        const bool isException =
+            std::any_of(rule.exceptions.begin(), rule.exceptions.end(),
+                        [&](const auto& exception) { return startsWith(path, exception); });
+        if (isException || (isPermittedInstaller && rule.prefix == downloads)) continue;
+        return violation(ViolationKind::neverTouch);
+    }
+
+    for (const auto& [prefix, components] : temporaryFolders)
+        if (startsWith(path, componentsOf(prefix)) && path.size() < components)
+            return violation(ViolationKind::tooShallow);
+    return std::nullopt;
+}
+
+std::optional<PathPolicy::Violation> PathPolicy::checkMove(const Path& source, const Path& destination,
+                                                           const FileSystem& files) const {
+    for (const Path* end : {&source, &destination})
+        if (end->hasTraversal()) return Violation{ViolationKind::traversal, end->string()};
+
+    const bool sourceIsQuarantined = isQuarantineEndpoint(source);
+    if (sourceIsQuarantined == isQuarantineEndpoint(destination))
+        return Violation{ViolationKind::missingQuarantineEndpoint,
+                         (sourceIsQuarantined ? source : destination).string()};
+    const Path real = (sourceIsQuarantined ? destination : source).standardized();
+    const Path quarantined = (sourceIsQuarantined ? source : destination).standardized();
+
+    if (auto found = check(real, true)) return found;
+
+    // A home that is reached through a link has two spellings, and its folders are the user's under both.
+    const auto resolvedHome = forResolvedHome(files);
+    const auto resolvedReal = resolvedPlace(real, files);
+    if (!resolvedReal) return Violation{ViolationKind::traversal, real.string()};
+    if (*resolvedReal != real)
+        if (auto found = check(*resolvedReal, true)) return found;
+    if (resolvedHome)
+        if (auto found = resolvedHome->check(*resolvedReal, true)) return found;
+
+    const auto resolvedQuarantined = resolvedPlace(quarantined, files);
+    const bool staysInQuarantine =
+        resolvedQuarantined
+        && (*resolvedQuarantined == quarantined || isQuarantineEndpoint(*resolvedQuarantined)
+            || (resolvedHome && resolvedHome->isQuarantineEndpoint(*resolvedQuarantined)));
+    if (!staysInQuarantine) return Violation{ViolationKind::missingQuarantineEndpoint, quarantined.string()};
+    return std::nullopt;
+}
+
+std::optional<PathPolicy> PathPolicy::forResolvedHome(const FileSystem& files) const {
+    const auto resolved = files.resolve(user_.home);
+    if (!resolved || *resolved == user_.home) return std::nullopt;
+    UserEnvironment user = user_;
+    user.home = *resolved;
+    return PathPolicy(user);
+}
+
+bool PathPolicy::isQuarantineEndpoint(const Path& url) const {
+    if (!saysWhereItLies(url) || !user_.home.isAbsolute()) return false;
+    const auto path = componentsOf(url);
+    const auto trash = componentsOf(user_.trash());
+    return path.size() >= trash.size() + 2 && startsWith(path, trash)
+           && url.standardized().components()[trash.size()].starts_with(quarantineFolderPrefix);
+}
+
+bool PathPolicy::isInstallerInDownloads(const Path& url) const {
+    const auto path = componentsOf(url);
+    const auto downloads = componentsOf(user_.home / "Downloads");
+    if (path.size() != downloads.size() + 1 || !startsWith(path, downloads)) return false;
+    const auto extension = url.standardized().lowercasedExtension();
+    return std::find(std::begin(installerExtensions), std::end(installerExtensions), extension)
+           != std::end(installerExtensions);
+}
+
+} // namespace tidwen

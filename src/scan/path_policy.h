@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// The last line of defence before anything moves: refuses shallow paths, the user's own folders, what
+/// belongs to the system, and every path that leads elsewhere through ".." or a link. Compares whole
+/// components as a Mac's disks do: letter case and the way accents are composed do not count. Immutable; may
+/// be used from any thread.
+class PathPolicy {
+  public:
+    enum class ViolationKind { traversal, missingQuarantineEndpoint, tooShallow, deniedExact, neverTouch };
+
+    struct Violation {
+        ViolationKind kind = ViolationKind::neverTouch;
+        std::string path;
+        friend bool operator==(const Violation&, const Violation&) = default;
+    };
+
+    explicit PathPolicy(const UserEnvironment& user);
+
+    /// The home whose Trash and folders the rules speak of.
+    const Path& home() const { return user_.home; }
+
+    /// Judges one path that is about to be taken away. Looks at the text only.
+    std::optional<Violation> check(const Path& url, bool allowsInstallerInDownloads = false) const;
+
+    /// Judges a move between a real place and the quarantine, in either direction. Links of both parents are
+    /// resolved through `files`, and where they lead is judged too; parents that do not exist yet are judged
+    /// by the nearest one that does.
+    std::optional<Violation> checkMove(const Path& source, const Path& destination,
+                                       const FileSystem& files) const;
+
+    /// Something in a quarantine folder: below "<home>/.Trash/Tidwen - …", not that folder itself.
+    bool isQuarantineEndpoint(const Path& url) const;
+    /// A disk image or package that lies directly in the user's Downloads.
+    bool isInstallerInDownloads(const Path& url) const;
+
+  private:
+    using Components = std::vector<std::string>; ///< each as `fileNameKey` gives it
+
+    struct NeverTouchRule {
+        Components prefix;
+        std::vector<Components> exceptions;
+    };
+
+    std::optional<PathPolicy> forResolvedHome(const FileSystem& files) const;
+
+    UserEnvironment user_;
+    std::set<Components> deniedExact_;
+    std::vector<NeverTouchRule> neverTouch_;
+};
+
+/// The one text that every violation is shown with.
+inline constexpr const char* blockedBySafetyPolicyKey = "failure.blockedBySafetyPolicy";
+
+/// How the name of every quarantine folder begins.
+inline constexpr const char* quarantineFolderPrefix = "Tidwen - ";
+
+} // namespace tidwen

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/defaults.h"
+#include "scan/app_target.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// The user's own list of applications that must not be removed. Owned by the main thread.
+class ProtectedApps {
+  public:
+    static constexpr const char* defaultsKey = "tidwen.protectedBundleIDs";
+
+    explicit ProtectedApps(Defaults& defaults);
+
+    const std::set<std::string>& bundleIDs() const { return bundleIDs_; }
+    /// Exact, letter case counts.
+    bool contains(const std::string& bundleID) const { return bundleIDs_.contains(bundleID); }
+    /// Adds or removes, and stores the whole list sorted. False when it could not be stored (nothing
+    /// changes).
+    bool toggle(const std::string& bundleID);
+
+    struct Partition {
+        std::vector<AppTarget> allowed;
+        std::vector<AppTarget> protectedTargets;
+    };
+    /// Keeps the order of the input in both lists.
+    Partition partition(std::vector<AppTarget> targets) const;
+
+  private:
+    Defaults& defaults_;
+    std::set<std::string> bundleIDs_;
+};
+
+} // namespace tidwen

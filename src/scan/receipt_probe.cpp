@@ -1,0 +1,162 @@
+#include "scan/receipt_probe.h"
+
+#include "base/text.h"
+#include "scan/bundle_names.h"
+#include "scan/launch_item.h"
+#include "scan/root_needed.h"
+
+#include <algorithm>
+#include <set>
+
+namespace tidwen {
+
+namespace {
+
+// Packages that list more are not read to the end; people could not look through so many traces either.
+constexpr std::size_t mostListedPaths = 100'000;
+constexpr std::size_t mostTraces = 2'000;
+
+/// A set of paths, compared as a Mac's disk compares them, that knows what lies inside them.
+class ClosedPaths {
+  public:
+    void add(const Path& path) { keys_.insert(key(path)); }
+
+    /// The path is one of them or inside one.
+    bool cover(const Path& path) const {
+        const auto text = key(path);
+        for (auto end = text.find('/', 1);; end = text.find('/', end + 1)) {
+            if (keys_.contains(std::string_view(text).substr(0, end))) return true;
+            if (end == text.npos) return false;
+        }
+    }
+
+    /// One of them lies inside the path.
+    bool lieWithin(const Path& path) const {
+        const auto text = key(path) + "/";
+        const auto next = keys_.lower_bound(text);
+        return next != keys_.end() && next->starts_with(text);
+    }
+
+  private:
+    static std::string key(const Path& path) { return lowercased(composed(path.string())); }
+
+    std::set<std::string, std::less<>> keys_;
+};
+
+class ReceiptProbe {
+  public:
+    ReceiptProbe(const ScanContext& context, const std::vector<InstalledIdentity>& installed,
+                 TraceCollector& traces)
+        : context_(context), traces_(traces) {
+        closed_.add(context.matcher.target().bundleURL.standardized());
+        for (const auto& app : installed)
+            closed_.add(app.url.standardized());
+        for (const auto& trace : traces.traces())
+            if (const auto* path = movedPath(trace.action)) closed_.add(path->standardized());
+    }
+
+    void judge(const Receipt& receipt, const std::optional<std::string>& contestedBy) {
+        for (const auto& path : listedPaths(receipt)) {
+            if (context_.stop.stopRequested() || taken_ >= mostTraces) return;
+            if (!closed_.cover(path) && !context_.policy.check(path))
+                judge(path, receipt.packageID, contestedBy);
+        }
+    }
+
+    bool isFull() const { return taken_ >= mostTraces; }
+
+  private:
+    /// Sorted, so that a folder comes before what is in it. A path that climbs out of the base is none of
+    /// them.
+    static std::vector<Path> listedPaths(const Receipt& receipt) {
+        const Path base = receipt.installBase.standardized();
+        std::vector<Path> paths;
+        for (const auto& file : receipt.files) {
+            if (paths.size() == mostListedPaths) break;
+            if (auto path = (base / file).standardized(); path.isWithin(base))
+                paths.push_back(std::move(path));
+        }
+        std::sort(paths.begin(), paths.end());
+        return paths;
+    }
+
+    void judge(const Path& path, const std::string& packageID,
+               const std::optional<std::string>& contestedBy) {
+        const auto realPath = context_.files.resolveParent(path);
+        if (!realPath || closed_.cover(*realPath)) return;
+        const auto info = context_.files.info(path);
+        if (!info) return;
+        if (info->kind == FileKind::directory && (!isTargetsFolder(path) || closed_.lieWithin(path))) return;
+
+        auto trace = makeTrace(path, packageID);
+        trace.contestedBy = contestedBy ? contestedBy : claimant(path);
+        const auto before = traces_.traces().size();
+        traces_.addFound(std::move(trace), realPath->parent());
+        if (traces_.traces().size() == before) return;
+        closed_.add(path);
+        closed_.add(*realPath);
+        ++taken_;
+    }
+
+    bool isTargetsFolder(const Path& folder) const {
+        const auto name = folder.lastComponent();
+        return isBundleName(name) || context_.matcher.attribute(name);
+    }
+
+    /// Another application to which one of the path's components points.
+    std::optional<std::string> claimant(const Path& path) const {
+        for (const auto& component : path.components()) {
+            if (const auto own = context_.matcher.attribute(component)) {
+                if (own->contestedBy) return own->contestedBy;
+            } else if (auto other =
+                           context_.matcher.others().longestContinued(lowercased(composed(component)))) {
+                return other;
+            }
+        }
+        return std::nullopt;
+    }
+
+    Trace makeTrace(const Path& path, const std::string& packageID) const {
+        const MatchReason reason = {MatchReason::Kind::receipt, packageID};
+        const bool needsRoot = moveNeedsRoot(context_.files, context_.user, path);
+        if (const auto job = launchItem(path))
+            return tidwen::makeTrace(TraceCategory::launchItems,
+                                     action::BootoutAndMove{job->label, path, job->isSystemDomain}, reason,
+                                     Reversibility::reversible, path.string(), std::nullopt, needsRoot);
+        return tidwen::makeTrace(TraceCategory::receipts, action::MovePath{path}, reason,
+                                 Reversibility::reversible, path.string(), std::nullopt, needsRoot);
+    }
+
+    std::optional<LaunchItem> launchItem(const Path& path) const {
+        const auto parts = path.components();
+        const auto has = [&](std::string_view part) {
+            return std::find(parts.begin(), parts.end(), part) != parts.end();
+        };
+        const bool isDaemon = has("LaunchDaemons");
+        if (path.lowercasedExtension() != "plist" || (!isDaemon && !has("LaunchAgents"))) return std::nullopt;
+        return readLaunchItem(context_.files, path, isDaemon);
+    }
+
+    const ScanContext& context_;
+    TraceCollector& traces_;
+    ClosedPaths closed_;
+    std::size_t taken_ = 0;
+};
+
+} // namespace
+
+void probeReceipts(const ScanContext& context, const Receipts& receipts,
+                   const std::vector<InstalledIdentity>& installed, TraceCollector& traces) {
+    ReceiptProbe probe(context, installed, traces);
+    for (const auto& packageID : receipts.packageIDs()) {
+        if (context.stop.stopRequested()) return;
+        const auto found = context.matcher.attributeIdentifier(packageID);
+        // A name is too weak a hint to take a package's whole list for the target's.
+        if (!found || found->reason.kind != MatchReason::Kind::exactBundleID) continue;
+        if (const auto receipt = receipts.read(packageID)) probe.judge(*receipt, found->contestedBy);
+        if (probe.isFull())
+            return context.log.warning("Receipts list too much; the rest of {} is left out", packageID);
+    }
+}
+
+} // namespace tidwen

@@ -1,0 +1,301 @@
+#include "scan/residue_matcher.h"
+
+#include "base/text.h"
+
+#include <algorithm>
+#include <array>
+
+namespace tidwen {
+
+namespace {
+
+using Kind = MatchReason::Kind;
+
+constexpr std::array<std::string_view, 8> wrappingExtensions = {
+    "plist", "savedstate", "binarycookies", "lockfile", "sfl2", "sfl3", "bom", "log"};
+
+// Names that Apple's own applications or parts of many applications carry.
+constexpr std::array<std::string_view, 44> genericNames = {
+    "notes",       "mail",    "music",     "books",       "home",        "news",       "maps",
+    "photos",      "files",   "safari",    "preview",     "calendar",    "contacts",   "reminders",
+    "shortcuts",   "stocks",  "weather",   "clock",       "chess",       "dictionary", "fonts",
+    "terminal",    "console", "automator", "calculator",  "messages",    "podcasts",   "system",
+    "finder",      "dock",    "settings",  "preferences", "utilities",   "helper",     "agent",
+    "daemon",      "service", "updater",   "installer",   "uninstaller", "launcher",   "app",
+    "application", "tools"};
+
+constexpr std::string_view nameSeparators = " -_.+";
+
+constexpr std::array<std::string_view, 14> nameSuffixes = {
+    "helper",        "agent",       "daemon",  "updater", "update", "service", "launcher",
+    "crashreporter", "preferences", "support", "data",    "cache",  "caches",  "logs"};
+
+constexpr std::size_t shortestName = 5;
+constexpr std::size_t shortestVendor = 4;
+constexpr std::size_t dottedFormComponents = 3;
+constexpr std::string_view applePrefix = "com.apple.";
+
+template<class List>
+bool contains(const List& list, std::string_view text) {
+    return std::find(list.begin(), list.end(), text) != list.end();
+}
+
+std::string folded(std::string_view text) {
+    return lowercased(composed(text));
+}
+
+char asciiLower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
+/// A name lower-cased and composed, on the stack when it is plain ASCII, as nearly every one of the many
+/// thousand names of a scan is.
+class FoldedName {
+  public:
+    explicit FoldedName(std::string_view text) {
+        if (!foldInPlace(text)) {
+            text_ = folded(text);
+            view_ = text_;
+        }
+    }
+    FoldedName(const FoldedName&) = delete;
+    FoldedName& operator=(const FoldedName&) = delete;
+
+    std::string_view view() const { return view_; }
+
+  private:
+    bool foldInPlace(std::string_view text) {
+        if (text.size() > buffer_.size()) return false;
+        unsigned bits = 0;
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            bits |= static_cast<unsigned char>(text[i]);
+            buffer_[i] = asciiLower(text[i]);
+        }
+        view_ = std::string_view(buffer_.data(), text.size());
+        return bits < 0x80;
+    }
+
+    std::array<char, 256> buffer_; // as long as names may be
+    std::string text_;
+    std::string_view view_;
+};
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+/// The prefix is lower-case ASCII.
+bool beginsIgnoringCase(std::string_view text, std::string_view prefix) {
+    return text.size() >= prefix.size()
+           && std::equal(prefix.begin(), prefix.end(), text.begin(),
+                         [](char a, char b) { return a == asciiLower(b); });
+}
+
+std::size_t componentCount(std::string_view identifier) {
+    return 1 + static_cast<std::size_t>(std::count(identifier.begin(), identifier.end(), '.'));
+}
+
+/// Whole components of the text, one after the other, are the identifier.
+bool hasDottedForm(std::string_view text, std::string_view identifier) {
+    for (auto at = text.find(identifier); at != text.npos; at = text.find(identifier, at + 1)) {
+        const auto end = at + identifier.size();
+        if ((at == 0 || text[at - 1] == '.') && (end == text.size() || text[end] == '.')) return true;
+    }
+    return false;
+}
+
+/// Whether the canonical form of a folded text is this one; most texts differ in their first letter.
+bool hasCanonicalForm(std::string_view text, std::string_view canonical) {
+    std::size_t matched = 0;
+    for (const char c : text) {
+        if (static_cast<unsigned char>(c) >= 0x80) return canonicalForm(text) == canonical;
+        if (!isDigit(c) && !(c >= 'a' && c <= 'z')) continue;
+        if (matched == canonical.size() || canonical[matched] != c) return false;
+        ++matched;
+    }
+    return matched == canonical.size();
+}
+
+/// The canonical form when it is distinctive enough to find things by, else nothing.
+std::string distinctive(std::string_view name) {
+    auto canonical = canonicalForm(name);
+    return characterCount(canonical) < shortestName || contains(genericNames, canonical) ? std::string()
+                                                                                         : canonical;
+}
+
+std::string_view secondComponent(std::string_view identifier) {
+    const auto first = identifier.find('.');
+    if (first == identifier.npos) return {};
+    return identifier.substr(first + 1, identifier.find('.', first + 1) - first - 1);
+}
+
+/// A group in lower case, and the same without the team prefix ("ABCDE12345.") when it has one.
+struct GroupName {
+    std::string lowercased;
+    std::string withoutTeam;
+};
+
+GroupName groupName(std::string_view group, bool isLowercased = false) {
+    constexpr std::size_t teamLength = 10;
+    const auto team = group.substr(0, teamLength);
+    const char firstLetter = isLowercased ? 'a' : 'A';
+    const bool hasTeam = group.size() > teamLength && group[teamLength] == '.'
+                         && std::all_of(team.begin(), team.end(), [&](char c) {
+                                return isDigit(c) || (c >= firstLetter && c < firstLetter + 26);
+                            });
+    return {folded(group), folded(hasTeam ? group.substr(teamLength + 1) : group)};
+}
+
+/// Equal as they stand, or when one of them alone loses its team prefix: two different teams stay two.
+bool operator==(const GroupName& a, const GroupName& b) {
+    return a.lowercased == b.lowercased || a.withoutTeam == b.lowercased || a.lowercased == b.withoutTeam;
+}
+
+} // namespace
+
+std::string_view withoutWrappingExtension(std::string_view candidate) {
+    const auto point = candidate.rfind('.');
+    if (point == candidate.npos || point == 0) return candidate;
+    const auto extension = candidate.substr(point + 1);
+    for (const auto wrapping : wrappingExtensions)
+        if (extension.size() == wrapping.size() && asciiLower(extension[0]) == wrapping[0]
+            && beginsIgnoringCase(extension, wrapping))
+            return candidate.substr(0, point);
+    return candidate;
+}
+
+ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
+                               const std::vector<std::string>& helperBundleIDs,
+                               const std::set<std::string>& sharedGroups)
+    : target_(std::move(target)),
+      others_(std::move(others)),
+      identifier_(folded(target_.bundleID)),
+      lowercasedName_(folded(target_.name)),
+      canonicalName_(distinctive(target_.name)),
+      canonicalExecutable_(distinctive(target_.executableName.value_or(""))),
+      vendor_(canonicalForm(secondComponent(identifier_))) {
+    isApples_ = identifier_.starts_with(applePrefix);
+    isTidwen_ = identifier_ == tidwenBundleID;
+    identifierIsLong_ = componentCount(identifier_) >= dottedFormComponents;
+    if (characterCount(vendor_) < shortestVendor) vendor_.clear();
+
+    std::vector<std::string> helpers;
+    for (const auto& declared : helperBundleIDs) {
+        auto lower = folded(declared);
+        // One word ("helper") says too little to be anybody's own.
+        if (componentCount(lower) < 2 || others_.hasIdentifier(lower)) continue;
+        declaredHelpers_.emplace_back(lower, declared);
+        helpers.push_back(std::move(lower));
+    }
+    std::sort(declaredHelpers_.begin(), declaredHelpers_.end());
+    helpers_ = IdentifierIndex(std::move(helpers));
+
+    for (const auto& declared : target_.appGroups) {
+        const auto name = groupName(declared);
+        const bool isSystems =
+            beginsIgnoringCase(declared, applePrefix) || beginsIgnoringCase(declared, "group.com.apple.");
+        if (declared.empty() || (isSystems && !isApples_)) continue;
+        const bool isShared = std::any_of(sharedGroups.begin(), sharedGroups.end(),
+                                          [&](const auto& other) { return name == groupName(other, true); });
+        groups_.push_back({declared, isShared});
+    }
+}
+
+bool ResidueMatcher::isGuarded(std::string_view lowercased) const {
+    return (!isApples_ && lowercased.starts_with(applePrefix))
+           || (!isTidwen_ && lowercased.starts_with(tidwenBundleID));
+}
+
+std::optional<MatchReason> ResidueMatcher::matchIdentifier(std::string_view candidate) const {
+    const FoldedName name(candidate);
+    if (isGuarded(name.view())) return std::nullopt;
+    const auto lower = withoutWrappingExtension(name.view());
+    if (lower == identifier_ || (identifierIsLong_ && hasDottedForm(lower, identifier_)))
+        return MatchReason{Kind::exactBundleID, target_.bundleID};
+    if (const auto* helper = helperIn(lower)) return MatchReason{Kind::exactBundleID, *helper};
+    if (others_.claims(lower)) return std::nullopt;
+    if (matchesName(lower)) return MatchReason{Kind::nameToken, target_.name};
+    return std::nullopt;
+}
+
+std::optional<MatchReason> ResidueMatcher::matchExecutable(std::string_view candidate) const {
+    if (canonicalExecutable_.empty()) return std::nullopt;
+    const FoldedName name(candidate);
+    if (isGuarded(name.view())
+        || !hasCanonicalForm(withoutWrappingExtension(name.view()), canonicalExecutable_))
+        return std::nullopt;
+    return MatchReason{Kind::executableName, *target_.executableName};
+}
+
+std::optional<MatchReason> ResidueMatcher::matchAppGroup(std::string_view candidate) const {
+    const auto name = groupName(candidate);
+    for (const auto& group : groups_)
+        if (name == groupName(group.declared))
+            return MatchReason{group.isShared ? Kind::sharedAppGroup : Kind::appGroup, group.declared};
+    return std::nullopt;
+}
+
+std::optional<std::string> ResidueMatcher::contestedBy(std::string_view candidate,
+                                                       const MatchReason& reason) const {
+    if (reason.kind == Kind::sharedAppGroup) return reason.value;
+    if (reason.kind == Kind::appGroup || reason.kind == Kind::declaredTarget) return std::nullopt;
+    if (others_.hasCopyOfTarget()) return target_.bundleID;
+
+    // An identifier claims more than any name; among identifiers the longer one knows better.
+    const auto lower = folded(withoutWrappingExtension(candidate));
+    const auto matched = reason.kind == Kind::exactBundleID ? folded(reason.value).size() : 0;
+    if (auto other = others_.longestContinued(lower); other && folded(*other).size() > matched) return other;
+    if (reason.kind == Kind::exactBundleID) return std::nullopt;
+    return others_.named(canonicalForm(lower));
+}
+
+std::optional<Attribution> ResidueMatcher::withContest(std::string_view candidate,
+                                                       std::optional<MatchReason> reason) const {
+    if (!reason) return std::nullopt;
+    auto contested = contestedBy(candidate, *reason);
+    return Attribution{std::move(*reason), std::move(contested)};
+}
+
+std::optional<Attribution> ResidueMatcher::attributeIdentifier(std::string_view candidate) const {
+    return withContest(candidate, matchIdentifier(candidate));
+}
+
+std::optional<Attribution> ResidueMatcher::attribute(std::string_view candidate) const {
+    auto found = attributeIdentifier(candidate);
+    return found ? found : withContest(candidate, matchExecutable(candidate));
+}
+
+std::optional<Attribution> ResidueMatcher::attributeGroup(std::string_view candidate) const {
+    auto found = withContest(candidate, matchAppGroup(candidate));
+    return found ? found : attribute(candidate);
+}
+
+/// As declared, the helper identifier that the candidate equals or holds in a dotted form.
+const std::string* ResidueMatcher::helperIn(std::string_view lowercased) const {
+    if (declaredHelpers_.empty()) return nullptr;
+    for (std::size_t start = 0;;) {
+        const auto rest = lowercased.substr(start);
+        const auto found = rest.substr(0, helpers_.longestContinued(rest));
+        const bool isWhole = !found.empty() && found.size() == lowercased.size();
+        if (isWhole || (!found.empty() && componentCount(found) >= dottedFormComponents))
+            return &std::lower_bound(
+                        declaredHelpers_.begin(), declaredHelpers_.end(), found,
+                        [](const auto& entry, std::string_view wanted) { return entry.first < wanted; })
+                        ->second;
+        const auto dot = lowercased.find('.', start);
+        if (dot == lowercased.npos) return nullptr;
+        start = dot + 1;
+    }
+}
+
+bool ResidueMatcher::matchesName(std::string_view lowercased) const {
+    if (canonicalName_.empty()) return false;
+    if (hasCanonicalForm(lowercased, canonicalName_)) return true;
+    if (!lowercased.starts_with(lowercasedName_)) return false;
+    const auto rest = lowercased.substr(lowercasedName_.size());
+    if (rest.empty() || nameSeparators.find(rest.front()) == nameSeparators.npos) return false;
+    const auto suffix = canonicalForm(rest.substr(1));
+    return std::all_of(suffix.begin(), suffix.end(), isDigit) || contains(nameSuffixes, suffix);
+}
+
+} // namespace tidwen

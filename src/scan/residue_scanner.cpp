@@ -1,0 +1,133 @@
+#include "scan/residue_scanner.h"
+
+#include "base/parallel.h"
+#include "base/text.h"
+#include "scan/bundle.h"
+#include "scan/location_scan.h"
+#include "scan/receipt_probe.h"
+#include "scan/root_needed.h"
+#include "scan/side_probes.h"
+
+#include <algorithm>
+#include <fmt/core.h>
+
+namespace tidwen {
+
+namespace {
+
+/// The installed applications without the target's own bundle, under whatever spelling or link it was chosen.
+std::vector<InstalledIdentity>
+withoutTarget(const FileSystem& files, std::vector<InstalledIdentity> installed, const AppTarget& target) {
+    const auto own = files.infoFollowingLinks(target.bundleURL);
+    const auto identifier = lowercased(composed(target.bundleID));
+    std::erase_if(installed, [&](const InstalledIdentity& app) {
+        if (!own || lowercased(composed(app.bundleID)) != identifier) return false;
+        const auto info = files.infoFollowingLinks(app.url);
+        return info && info->device == own->device && info->inode == own->inode;
+    });
+    return installed;
+}
+
+/// Login items, the bundles inside the bundle, and the labels of its launchd jobs; each once.
+std::vector<std::string> helperBundleIDs(const FileSystem& files, const AppTarget& target) {
+    std::vector<std::string> helpers = target.loginItemBundleIDs;
+    for (auto& embedded : embeddedBundleIDs(files, target.bundleURL))
+        helpers.push_back(std::move(embedded));
+    for (const auto& job : target.embeddedLaunchdItems)
+        helpers.push_back(job.label);
+    std::sort(helpers.begin(), helpers.end());
+    helpers.erase(std::unique(helpers.begin(), helpers.end()), helpers.end());
+    return helpers;
+}
+
+bool isInTrash(const Path& bundle, const Path& trash) {
+    return bundle.isWithinIgnoringCase(trash) && bundle.components().size() > trash.components().size();
+}
+
+Trace applicationTrace(const ScanContext& context, const AppTarget& target) {
+    return makeTrace(TraceCategory::application, action::MovePath{target.bundleURL}, {},
+                     Reversibility::reversible, target.bundleURL.string(), std::nullopt,
+                     moveNeedsRoot(context.files, context.user, target.bundleURL));
+}
+
+Trace permissionTrace(const ResidueMatcher& matcher) {
+    const auto& bundleID = matcher.target().bundleID;
+    auto trace = makeTrace(TraceCategory::permissions, action::ResetPermissions{bundleID}, {},
+                           Reversibility::irreversibleHarmless, bundleID, std::nullopt, false);
+    trace.risk = TraceRisk::review;
+    // The databases name the identifier, so a copy of the application elsewhere would lose its permissions
+    // too.
+    if (matcher.others().hasCopyOfTarget()) trace.contestedBy = bundleID;
+    return trace;
+}
+
+void addEmbeddedJobs(const AppTarget& target, TraceCollector& traces) {
+    for (const auto& job : target.embeddedLaunchdItems)
+        traces.add(makeTrace(TraceCategory::launchItems, action::Bootout{job.label, job.isSystemDomain}, {},
+                             Reversibility::reversible, job.label, std::nullopt, job.isSystemDomain));
+}
+
+/// Sizes are absent where they cannot be told; a walk that stops at the limit counts what it saw.
+void measure(const ScanContext& context, std::vector<Trace>& traces) {
+    parallelFor(traces.size(), [&](std::size_t i) {
+        const auto* path = movedPath(traces[i].action);
+        if (!path || context.stop.stopRequested()) return;
+        const auto size = context.files.treeSize(*path, traceSizeEntryLimit, context.stop);
+        if (size && !context.stop.stopRequested())
+            traces[i].sizeBytes = static_cast<std::int64_t>(size->allocatedBytes);
+    });
+}
+
+} // namespace
+
+ResidueScanner::ResidueScanner(Ports ports, UserEnvironment user, Neighbours neighbours)
+    : ports_(ports), user_(std::move(user)), neighbours_(std::move(neighbours)) {}
+
+ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, const Progress& progress) {
+    const std::lock_guard lock(oneAtATime_);
+    auto report = [&, last = std::optional<TraceCategory>()](TraceCategory category) mutable {
+        if (progress && last != category)
+            progress(ports_.texts.text(fmt::format("category.{}", name(category))));
+        last = category;
+    };
+
+    const auto installed = withoutTarget(ports_.files, neighbours_.installed, target);
+    std::set<std::string> sharedGroups;
+    if (!target.appGroups.empty() && neighbours_.groupsOfOthers)
+        sharedGroups = neighbours_.groupsOfOthers(target.bundleURL);
+    const ResidueMatcher matcher(target, OtherApplications(installed, target.bundleURL, target.bundleID),
+                                 helperBundleIDs(ports_.files, target), sharedGroups);
+    const PathPolicy policy(user_);
+    const ScanContext context = {ports_.files, user_, policy, matcher, stop, ports_.log};
+
+    ScanResult result;
+    result.target = target;
+    result.nameMatchingDisabled = matcher.nameMatchingDisabled();
+    TraceCollector traces(context);
+    if (!isValidUtf8(target.bundleURL.string()))
+        ports_.log.warning("Left out, its name is not valid UTF-8: {}", printable(target.bundleURL.string()));
+    else if (!isInTrash(target.bundleURL.standardized(), user_.trash().standardized()))
+        traces.add(applicationTrace(context, target));
+    traces.add(permissionTrace(matcher));
+    for (const auto& location : searchLocations(user_)) {
+        if (stop.stopRequested()) break;
+        report(location.category);
+        if (!LocationScan(context, location, traces).run())
+            result.unreadableLocations.push_back(location.url);
+    }
+    addEmbeddedJobs(target, traces);
+    report(TraceCategory::receipts);
+    probeReceipts(context, ports_.receipts, installed, traces);
+    report(TraceCategory::keychain);
+    if (!stop.stopRequested()) probeKeychain(context, ports_.keychain, ports_.texts, traces);
+    report(TraceCategory::systemExtensions);
+    if (!stop.stopRequested()) probeSystemExtensions(context, ports_.systemExtensions, ports_.texts, traces);
+    report(TraceCategory::permissions);
+    result.traces = traces.take();
+    measure(context, result.traces);
+    if (!stop.stopRequested())
+        result.permissions = PermissionAudit(ports_.files, user_, ports_.texts).audit(target);
+    return result;
+}
+
+} // namespace tidwen

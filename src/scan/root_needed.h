@@ -1,0 +1,16 @@
+#pragma once
+
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+
+namespace tidwen {
+
+/// Whether moving the item away takes an administrator's rights: its parent is not writable for the user, or
+/// is sticky and neither it nor the item is his, or the item is a folder that is not his, or it is immutable.
+/// Also when that cannot be found out.
+bool moveNeedsRoot(const FileSystem& files, const UserEnvironment& user, const Path& item);
+
+/// The same for what is known of the item and of the folder that it lies in.
+bool moveNeedsRoot(const FileInfo& item, const FileInfo& parent, std::uint32_t userID);
+
+} // namespace tidwen

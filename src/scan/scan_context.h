@@ -1,0 +1,22 @@
+#pragma once
+
+#include "base/log.h"
+#include "base/stop_token.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+#include "scan/path_policy.h"
+#include "scan/residue_matcher.h"
+
+namespace tidwen {
+
+/// What every step of one scan works with.
+struct ScanContext {
+    const FileSystem& files;
+    const UserEnvironment& user;
+    const PathPolicy& policy;
+    const ResidueMatcher& matcher;
+    const StopToken& stop;
+    Log& log;
+};
+
+} // namespace tidwen

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "scan/app_target.h"
+#include "scan/permission_audit.h"
+#include "scan/trace.h"
+
+#include <vector>
+
+namespace tidwen {
+
+/// Everything found for one application.
+struct ScanResult {
+    AppTarget target;
+    std::vector<Trace> traces;             ///< in the order of the search
+    std::vector<Path> unreadableLocations; ///< folders that could not be listed: the scan is incomplete
+    bool nameMatchingDisabled = false;     ///< the name is too common or short to find anything by
+    PermissionAudit::Result permissions;   ///< read again after a removal
+};
+
+} // namespace tidwen
