@@ -1,0 +1,132 @@
+#include "operations/admin_script_runner.h"
+
+#include "operations/admin_batch.h"
+#include "operations/posix_process_runner.h"
+#include "operations/tool_arguments.h"
+#include "operations/tool_paths.h"
+
+#include <utility>
+
+namespace tidwen {
+
+namespace {
+
+using Operations = std::vector<RemovalOperation>::const_iterator;
+
+/// A script is one argument of a process, and macOS gives all arguments together 1 MiB. Some five hundred
+/// moves fit into this; only a removal with more asks for the password again.
+constexpr std::size_t longestSource = 512u << 10;
+
+Operations endOfBatch(Operations begin, Operations end, std::uint32_t userID) {
+    std::size_t length = 0;
+    auto next = begin;
+    do {
+        length += adminBatch::appleScript(adminBatch::line(*next, userID)).size();
+        if (length > longestSource && next != begin) break;
+    } while (++next != end);
+    return next;
+}
+
+/// A manifest names the jobs that undo loads as root, and anybody may have written a manifest: only what lies
+/// where system jobs live is loaded into the system domain.
+bool isSystemJobFile(const Path& plist) {
+    return !plist.hasTraversal() && plist.parent() == Path("/Library/LaunchDaemons");
+}
+
+} // namespace
+
+Message AdminScriptRunnerError::describe() const {
+    switch (kind) {
+    case Kind::authorizationCancelled:
+        return {"failure.adminCancelled"};
+    case Kind::process:
+        return tidwen::describe(process);
+    case Kind::scriptFailed:
+        break;
+    }
+    return {message};
+}
+
+AdminScriptRunner::Execute AdminScriptRunner::throughOsascript(ProcessRunner& processes,
+                                                               std::chrono::milliseconds timeout) {
+    return [&processes,
+            timeout](const std::string& script) -> tl::expected<ProcessResult, AdminScriptRunnerError> {
+        auto result = processes.run(toolPaths::osascript, {"-e", adminBatch::appleScript(script)}, timeout);
+        if (!result)
+            return tl::unexpected(AdminScriptRunnerError{.kind = AdminScriptRunnerError::Kind::process,
+                                                         .process = std::move(result.error())});
+        // The words beside the number are in the user's language.
+        if (result->exitCode != 0 && result->standardError.find("-128") != std::string::npos)
+            return tl::unexpected(
+                AdminScriptRunnerError{.kind = AdminScriptRunnerError::Kind::authorizationCancelled});
+        return std::move(*result);
+    };
+}
+
+AdminScriptRunner::AdminScriptRunner(Execute execute, const FileSystem& files, UserEnvironment user, Log& log)
+    : execute_(std::move(execute)), files_(files), user_(std::move(user)), policy_(user_), log_(log) {}
+
+std::vector<OperationResult> AdminScriptRunner::run(const std::vector<RemovalOperation>& operations) {
+    std::vector<OperationResult> results;
+    std::vector<RemovalOperation> allowed;
+    std::vector<std::size_t> places; // of the allowed ones among all
+    for (const auto& operation : operations) {
+        results.push_back(OperationResult::failure(operation.id, {blockedBySafetyPolicyKey}));
+        if (!isAllowed(operation)) continue;
+        places.push_back(results.size() - 1);
+        allowed.push_back(operation);
+    }
+    auto answers = runAllowed(allowed);
+    for (std::size_t i = 0; i < answers.size(); ++i)
+        results[places[i]] = settled(std::move(answers[i]), allowed[i]);
+    return results;
+}
+
+OperationResult AdminScriptRunner::settled(OperationResult result, const RemovalOperation& operation) const {
+    const auto* move = std::get_if<operation::Move>(&operation.kind);
+    if (result.succeeded || !move || result.failureReason->key == "failure.destinationOccupied")
+        return result;
+    const auto source = files_.info(move->source);
+    const bool isGone = !source && source.error().fault == FileFault::missing;
+    if (!isGone || !files_.exists(move->destination)) return result;
+    log_.warning("Moved although the batch says {}: {}", result.failureReason->key, move->source.string());
+    return OperationResult::success(operation.id);
+}
+
+bool AdminScriptRunner::isAllowed(const RemovalOperation& operation) const {
+    if (const auto* move = std::get_if<operation::Move>(&operation.kind)) {
+        const auto violation = policy_.checkMove(move->source, move->destination, files_);
+        if (!violation && toolArguments::areSafe(operation.kind)) return true;
+        log_.warning("Privileged move blocked by path policy: {}",
+                     violation ? violation->path : move->source.string());
+        return false;
+    }
+    const auto* bootstrap = std::get_if<operation::Bootstrap>(&operation.kind);
+    const bool isAllowed = toolArguments::areSafe(operation.kind)
+                           && !(bootstrap && bootstrap->isSystemDomain && !isSystemJobFile(bootstrap->plist));
+    if (!isAllowed)
+        log_.warning("Privileged {} blocked: {} cannot be handed to a tool", kindName(operation.kind),
+                     operation.displayName);
+    return isAllowed;
+}
+
+std::vector<OperationResult>
+AdminScriptRunner::runAllowed(const std::vector<RemovalOperation>& operations) const {
+    std::vector<OperationResult> results;
+    for (auto next = operations.begin(); next != operations.end();) {
+        const auto end = endOfBatch(next, operations.end(), user_.userID);
+        const std::vector<RemovalOperation> batch(next, end);
+        const auto output = execute_(adminBatch::script(batch, user_.userID));
+        if (!output) { // ask no second time
+            for (; next != operations.end(); ++next)
+                results.push_back(OperationResult::failure(next->id, output.error().describe()));
+            break;
+        }
+        for (auto& result : adminBatch::parse(output->standardOutput, batch))
+            results.push_back(std::move(result));
+        next = end;
+    }
+    return results;
+}
+
+} // namespace tidwen

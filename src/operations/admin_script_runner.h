@@ -1,0 +1,60 @@
+#pragma once
+
+#include "base/log.h"
+#include "operations/privileged_runner.h"
+#include "platform/file_system.h"
+#include "platform/process_runner.h"
+#include "platform/user_environment.h"
+#include "scan/path_policy.h"
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <tl/expected.hpp>
+
+namespace tidwen {
+
+/// Why a batch gave no output at all.
+struct AdminScriptRunnerError {
+    enum class Kind { scriptFailed, authorizationCancelled, process };
+    Kind kind = Kind::scriptFailed;
+    std::string message = {};        ///< of `scriptFailed`
+    ProcessRunnerError process = {}; ///< of `process`
+    Message describe() const;
+};
+
+/// Runs root operations as one shell batch behind one authorisation prompt.
+///
+/// Before anything runs, every operation is judged: moves by the safety policy, the other kinds by what may
+/// be handed to a tool as root (see tool_arguments.h). What is refused never reaches the batch; a batch of
+/// refused operations asks for no password. `UserEnvironment::userID` must be the logged-in user's real id:
+/// it names the launchd domain of his session.
+class AdminScriptRunner : public PrivilegedRunner {
+  public:
+    using Execute =
+        std::function<tl::expected<ProcessResult, AdminScriptRunnerError>(const std::string& script)>;
+
+    /// The way through /usr/bin/osascript. The time includes that which the user takes to answer the prompt.
+    /// `processes` must outlive the function.
+    static Execute throughOsascript(ProcessRunner& processes,
+                                    std::chrono::milliseconds timeout = std::chrono::seconds(600));
+
+    AdminScriptRunner(Execute execute, const FileSystem& files, UserEnvironment user, Log& log);
+
+    std::vector<OperationResult> run(const std::vector<RemovalOperation>& operations) override;
+
+  private:
+    bool isAllowed(const RemovalOperation& operation) const;
+    /// An item that lies in its new place was moved, whatever became of the answer: the shell may have died
+    /// or the tool complained afterwards. Called failed, it would stand in no manifest and never be put back.
+    OperationResult settled(OperationResult result, const RemovalOperation& operation) const;
+    std::vector<OperationResult> runAllowed(const std::vector<RemovalOperation>& operations) const;
+
+    Execute execute_;
+    const FileSystem& files_;
+    UserEnvironment user_;
+    PathPolicy policy_;
+    Log& log_;
+};
+
+} // namespace tidwen

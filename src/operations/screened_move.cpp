@@ -1,0 +1,67 @@
+#include "operations/screened_move.h"
+
+namespace tidwen {
+
+namespace {
+
+Message failure(const FileError& error) {
+    if (error.fault == FileFault::exists) return {"failure.destinationOccupied"};
+    return {std::string(failureKey(error.fault))};
+}
+
+/// The path with the links of its parents resolved as far down as they exist: what is missing below will be
+/// created as plain folders, or refused when a dangling link stands in the way.
+FileResult<Path> resolveExistingParents(const Path& path, const FileSystem& files) {
+    std::string missingPart = path.lastComponent();
+    for (Path folder = path.parent();; folder = folder.parent()) {
+        const auto resolved = files.resolve(folder);
+        if (resolved) return *resolved / missingPart;
+        if (resolved.error().fault != FileFault::missing || folder.isRoot())
+            return tl::unexpected(resolved.error());
+        missingPart = folder.lastComponent() + "/" + missingPart;
+    }
+}
+
+bool isQuarantine(const Path& resolved, const FileSystem& files, const PathPolicy& policy) {
+    if (policy.isQuarantineEndpoint(resolved)) return true;
+    const auto home = files.resolve(policy.home());
+    if (!home) return false;
+    UserEnvironment behindLinks;
+    behindLinks.home = *home;
+    return PathPolicy(behindLinks).isQuarantineEndpoint(resolved);
+}
+
+/// Judges the very paths that will be touched. The policy resolved links on its own a moment ago; a link that
+/// was turned in between led it elsewhere than us.
+bool mayTouch(const Path& resolved, bool isQuarantineSide, const FileSystem& files,
+              const PathPolicy& policy) {
+    return isQuarantineSide ? isQuarantine(resolved, files, policy) : !policy.check(resolved, true);
+}
+
+Message blocked(const std::string& path, Log& log) {
+    log.warning("Move blocked by path policy: {}", path);
+    return {blockedBySafetyPolicyKey};
+}
+
+} // namespace
+
+std::optional<Message> screenedMove(const operation::Move& move, FileSystem& files, const PathPolicy& policy,
+                                    Log& log) {
+    if (const auto violation = policy.checkMove(move.source, move.destination, files))
+        return blocked(violation->path, log);
+
+    const auto from = files.resolveParent(move.source);
+    if (!from) return failure(from.error());
+    const auto to = resolveExistingParents(move.destination, files);
+    if (!to) return failure(to.error());
+
+    const bool leavesQuarantine = policy.isQuarantineEndpoint(move.source);
+    if (!mayTouch(*from, leavesQuarantine, files, policy)) return blocked(from->string(), log);
+    if (!mayTouch(*to, !leavesQuarantine, files, policy)) return blocked(to->string(), log);
+
+    if (const auto created = files.createDirectories(to->parent()); !created) return failure(created.error());
+    if (const auto moved = files.move(*from, *to); !moved) return failure(moved.error());
+    return std::nullopt;
+}
+
+} // namespace tidwen

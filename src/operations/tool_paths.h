@@ -1,0 +1,19 @@
+#pragma once
+
+/// Where macOS keeps the tools that Tidwen starts. Always absolute: no search path has a say. (The
+/// administrator batch spells its tools out, because its text is a contract of its own.)
+namespace tidwen::toolPaths {
+
+inline constexpr const char* osascript = "/usr/bin/osascript";
+inline constexpr const char* launchctl = "/bin/launchctl";
+inline constexpr const char* tccutil = "/usr/bin/tccutil";
+inline constexpr const char* security = "/usr/bin/security";
+inline constexpr const char* pkgutil = "/usr/sbin/pkgutil";
+inline constexpr const char* systemextensionsctl = "/usr/bin/systemextensionsctl";
+inline constexpr const char* killall = "/usr/bin/killall";
+inline constexpr const char* lsregister = "/System/Library/Frameworks/CoreServices.framework/Frameworks/"
+                                          "LaunchServices.framework/Support/lsregister";
+
+inline constexpr const char* systemKeychain = "/Library/Keychains/System.keychain";
+
+} // namespace tidwen::toolPaths

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/process_runner.h"
+#include "platform/receipts.h"
+
+#include <string_view>
+
+namespace tidwen {
+
+/// Receipts of the running Mac, asked of /usr/sbin/pkgutil.
+class ToolReceipts : public Receipts {
+  public:
+    explicit ToolReceipts(ProcessRunner& processes) : processes_(processes) {}
+    std::vector<std::string> packageIDs() const override;
+    std::optional<Receipt> read(const std::string& packageID) const override;
+
+  private:
+    ProcessRunner& processes_;
+};
+
+/// Volume and location of "pkgutil --pkg-info-plist" output joined; nothing when it is not that.
+std::optional<Path> parsePackageInstallBase(std::string_view propertyList);
+
+} // namespace tidwen

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/process_runner.h"
+#include "platform/system_extensions.h"
+
+#include <string_view>
+
+namespace tidwen {
+
+/// System extensions of the running Mac, asked of /usr/bin/systemextensionsctl (at most 20 seconds).
+class ToolSystemExtensions : public SystemExtensions {
+  public:
+    explicit ToolSystemExtensions(ProcessRunner& processes) : processes_(processes) {}
+    std::vector<SystemExtensionRecord> list() const override;
+
+  private:
+    ProcessRunner& processes_;
+};
+
+/// The rows of "systemextensionsctl list", one record per bundle identifier.
+std::vector<SystemExtensionRecord> parseSystemExtensionList(std::string_view output);
+
+} // namespace tidwen

@@ -1,0 +1,161 @@
+#include "operations/user_scope_runner.h"
+
+#include "operations/posix_process_runner.h"
+#include "operations/screened_move.h"
+#include "operations/tool_arguments.h"
+#include "operations/tool_launchd.h"
+#include "operations/tool_paths.h"
+#include "platform/property_list_file.h"
+
+#include <optional>
+
+namespace tidwen {
+
+namespace {
+
+using Failure = std::optional<Message>; ///< nothing when the operation succeeded
+
+constexpr std::chrono::seconds quitWait{10};
+constexpr std::chrono::seconds toolTimeout{30};
+
+/// launchctl's own numbers, beside 0: what was to be done is done already.
+constexpr int noSuchProcess = 3;
+constexpr int noSuchService = 113;
+constexpr int alreadyLoaded = 17;
+
+constexpr int killallFoundNone = 1;
+
+/// Carries out one operation.
+class Step {
+  public:
+    Step(const UserScopeRunner::Ports& ports, const UserEnvironment& user, const PathPolicy& policy)
+        : ports_(ports), user_(user), policy_(policy) {}
+
+    Failure operator()(const operation::QuitApplication& quit) const {
+        if (!toolArguments::isIdentifier(quit.bundleID)) return blocked(quit.bundleID);
+        if (ports_.applications.quit(quit.bundleID, quitWait)) return std::nullopt;
+        return Message{"failure.appDidNotQuit"};
+    }
+
+    Failure operator()(const operation::ResetPermissions& reset) const {
+        if (!toolArguments::isIdentifier(reset.bundleID)) return blocked(reset.bundleID);
+        const auto status =
+            run(toolPaths::tccutil, {"reset", "All", reset.bundleID}, "failure.tccutilUnavailable");
+        if (!status) return status.error();
+        return *status == 0 ? Failure() : Message{"failure.tccutilFailed"};
+    }
+
+    Failure operator()(const operation::Bootout& bootout) const {
+        if (!toolArguments::isLabel(bootout.label)) return blocked(bootout.label);
+        const auto target = domain(bootout.isSystemDomain) + "/" + bootout.label;
+        const auto status = run(toolPaths::launchctl, {"bootout", target}, "failure.launchctlUnavailable");
+        if (!status) return status.error();
+        if (*status == 0 || *status == noSuchProcess || *status == noSuchService) return std::nullopt;
+        return launchctlFailure(*status);
+    }
+
+    Failure operator()(const operation::Bootstrap& bootstrap) const {
+        const auto status = run(toolPaths::launchctl,
+                                {"bootstrap", domain(bootstrap.isSystemDomain), bootstrap.plist.string()},
+                                "failure.launchctlUnavailable");
+        if (!status) return status.error();
+        if (*status == 0 || *status == alreadyLoaded || isSwitchedOff(bootstrap)) return std::nullopt;
+        return launchctlFailure(*status);
+    }
+
+    Failure operator()(const operation::Move& move) const {
+        return screenedMove(move, ports_.files, policy_, ports_.log);
+    }
+
+    Failure operator()(const operation::DeleteKeychainItem& item) const {
+        // The system's keychain is not the one that this runner's rights reach.
+        if (item.isSystemKeychain || !toolArguments::isService(item.service)) return blocked(item.service);
+        bool isAnyDeleted = false;
+        for (const auto itemClass :
+             {KeychainItemClass::genericPassword, KeychainItemClass::internetPassword}) {
+            const auto status = ports_.keychain.deleteItems(itemClass, item.service);
+            if (status == keychainInvalidOwnerEdit) return Message{"failure.keychainRefused"};
+            if (status != 0 && status != keychainItemNotFound) return keychainFailure(status);
+            isAnyDeleted = isAnyDeleted || status == 0;
+        }
+        return isAnyDeleted ? Failure() : keychainFailure(keychainItemNotFound);
+    }
+
+    Failure operator()(const operation::UnregisterApp& app) const {
+        return exitFailure(
+            run(toolPaths::lsregister, {"-u", app.bundleURL.string()}, "failure.toolUnavailable"), 0);
+    }
+
+    Failure operator()(const operation::FlushPreferences&) const {
+        return exitFailure(run(toolPaths::killall, {"cfprefsd"}, "failure.toolUnavailable"),
+                           killallFoundNone);
+    }
+
+  private:
+    using Status = tl::expected<int, Message>;
+
+    Status run(const char* tool, const std::vector<std::string>& arguments,
+               const char* unavailableKey) const {
+        const auto result = ports_.processes.run(tool, arguments, toolTimeout);
+        if (result) return result->exitCode;
+        if (result.error().kind == ProcessRunnerError::Kind::timedOut)
+            return tl::unexpected(describe(result.error()));
+        ports_.log.warning("{} could not be started: {}", tool, result.error().text);
+        return tl::unexpected(Message{unavailableKey});
+    }
+
+    /// A job that was switched off does not load, and that is the state to put back.
+    bool isSwitchedOff(const operation::Bootstrap& bootstrap) const {
+        const auto job = readPropertyList(ports_.files, bootstrap.plist);
+        const auto* label = job ? job->findString("Label") : nullptr;
+        if (!label) return false;
+        const auto overrides =
+            ToolLaunchd(ports_.processes, user_.userID).disabledOverrides(bootstrap.isSystemDomain);
+        const auto found = overrides.find(*label);
+        return found != overrides.end() && found->second;
+    }
+
+    std::string domain(bool isSystemDomain) const {
+        return toolArguments::launchdDomain(isSystemDomain, user_.userID);
+    }
+
+    Message blocked(const std::string& argument) const {
+        ports_.log.warning("Operation blocked: \"{}\" cannot be handed to a tool", argument);
+        return {blockedBySafetyPolicyKey};
+    }
+
+    static Message launchctlFailure(int status) {
+        return {"failure.launchctlExit %lld", {std::to_string(status)}};
+    }
+    static Message keychainFailure(std::int32_t status) {
+        return {"failure.keychainStatus %lld", {std::to_string(status)}};
+    }
+    static Failure exitFailure(const Status& status, int alsoFine) {
+        if (!status) return status.error();
+        if (*status == 0 || *status == alsoFine) return std::nullopt;
+        return Message{"failure.exit %@", {std::to_string(*status)}};
+    }
+
+    const UserScopeRunner::Ports& ports_;
+    const UserEnvironment& user_;
+    const PathPolicy& policy_;
+};
+
+} // namespace
+
+UserScopeRunner::UserScopeRunner(Ports ports, UserEnvironment user)
+    : ports_(ports), user_(std::move(user)), policy_(user_) {}
+
+std::vector<OperationResult> UserScopeRunner::run(const std::vector<RemovalOperation>& operations) {
+    const Step step(ports_, user_, policy_);
+    std::vector<OperationResult> results;
+    for (const auto& operation : operations) {
+        auto failure = std::visit(step, operation.kind);
+        if (failure) ports_.log.info("Operation {} failed: {}", operation.id, failure->key);
+        results.push_back(failure ? OperationResult::failure(operation.id, std::move(*failure))
+                                  : OperationResult::success(operation.id));
+    }
+    return results;
+}
+
+} // namespace tidwen

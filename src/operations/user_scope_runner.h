@@ -1,0 +1,35 @@
+#pragma once
+
+#include "base/log.h"
+#include "operations/privileged_runner.h"
+#include "platform/applications.h"
+#include "platform/file_system.h"
+#include "platform/keychain.h"
+#include "platform/process_runner.h"
+#include "platform/user_environment.h"
+#include "scan/path_policy.h"
+
+namespace tidwen {
+
+/// Carries out operations one by one in the user's own rights on the running Mac.
+class UserScopeRunner : public PrivilegedRunner {
+  public:
+    struct Ports {
+        FileSystem& files;
+        ProcessRunner& processes;
+        Keychain& keychain;
+        RunningApplications& applications;
+        Log& log;
+    };
+
+    UserScopeRunner(Ports ports, UserEnvironment user);
+
+    std::vector<OperationResult> run(const std::vector<RemovalOperation>& operations) override;
+
+  private:
+    Ports ports_;
+    UserEnvironment user_;
+    PathPolicy policy_;
+};
+
+} // namespace tidwen
