@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/user_environment.h"
+#include "quarantine/manifest.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace tidwen {
+
+/// A run that can be looked back at.
+struct RemovalHistoryEntry {
+    Path root;
+    Manifest manifest;
+    std::optional<std::int64_t> sizeBytes = {}; ///< absent when sizes were not asked for
+    int pendingMoves = 0;                       ///< moves whose item still lies in quarantine
+    int totalMoves = 0;
+};
+
+/// Newest first. A folder without a readable manifest does not appear.
+std::vector<RemovalHistoryEntry> loadHistory(const UserEnvironment& user, const FileSystem& files,
+                                             bool includeSizes);
+
+} // namespace tidwen

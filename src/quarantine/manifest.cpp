@@ -1,0 +1,125 @@
+#include "quarantine/manifest.h"
+
+#include "quarantine/quarantine_layout.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace tidwen {
+
+namespace {
+
+/// Where the move that the same trace asked for takes the job's property list from.
+std::unordered_map<std::string, std::string>
+firstMovedPathByTrace(const std::vector<RemovalOperation>& operations) {
+    std::unordered_map<std::string, std::string> sources;
+    for (const auto& each : operations)
+        if (const auto* move = std::get_if<operation::Move>(&each.kind))
+            sources.emplace(each.traceID.string(), move->source.string());
+    return sources;
+}
+
+ManifestEntry moveEntry(const RemovalOperation& from, const operation::Move& move) {
+    return {.operationID = from.id,
+            .kind = ManifestEntryKind::move,
+            .source = move.source.string(),
+            .destination = move.destination.string(),
+            .requiresRoot = from.requiresRoot,
+            .bundleID = from.bundleID};
+}
+
+ManifestEntry bootoutEntry(const RemovalOperation& from, const operation::Bootout& bootout) {
+    return {.operationID = from.id,
+            .kind = ManifestEntryKind::bootout,
+            .source = bootout.label,
+            .launchLabel = bootout.label,
+            .isSystemDomain = bootout.isSystemDomain,
+            .requiresRoot = from.requiresRoot,
+            .bundleID = from.bundleID};
+}
+
+template<class Wanted>
+std::vector<ManifestEntry> entriesOf(const std::vector<RemovalOperation>& operations, Wanted wanted) {
+    const auto movedPaths = firstMovedPathByTrace(operations);
+    std::vector<ManifestEntry> entries;
+    for (const auto& each : operations) {
+        if (!wanted(each)) continue;
+        if (const auto* move = std::get_if<operation::Move>(&each.kind)) {
+            entries.push_back(moveEntry(each, *move));
+        } else if (const auto* bootout = std::get_if<operation::Bootout>(&each.kind)) {
+            entries.push_back(bootoutEntry(each, *bootout));
+            if (const auto moved = movedPaths.find(each.traceID.string()); moved != movedPaths.end())
+                entries.back().plistPath = moved->second;
+        }
+    }
+    return entries;
+}
+
+FileResult<void> writeDocument(const std::string& text, const Path& file, FileSystem& files) {
+    if (auto folder = files.createDirectories(file.parent()); !folder) return folder;
+    return files.replaceFile(file, text, NewFileMode::privateToOwner);
+}
+
+DocumentError fileError(const FileError& error) {
+    return {DocumentError::Kind::file, std::string(failureKey(error.fault))};
+}
+
+tl::expected<std::string, DocumentError> readDocument(const Path& file, const FileSystem& files) {
+    const auto info = files.info(file);
+    if (!info) return tl::unexpected(fileError(info.error()));
+    // Reading follows links; a link here would show somebody else's file as ours.
+    if (info->kind != FileKind::regular)
+        return tl::unexpected(DocumentError{DocumentError::Kind::file, "not a plain file"});
+    auto content = files.read(file, maxDocumentBytes);
+    if (!content) return tl::unexpected(fileError(content.error()));
+    return std::move(*content);
+}
+
+template<class Document>
+tl::expected<Document, DocumentError> inItsFolder(tl::expected<Document, DocumentError> document,
+                                                  const Path& root) {
+    if (document && document->quarantineRoot != root)
+        return tl::unexpected(
+            DocumentError{DocumentError::Kind::malformed, "quarantineRoot names another folder"});
+    return document;
+}
+
+} // namespace
+
+std::vector<ManifestEntry> manifestEntries(const std::vector<RemovalOperation>& operations) {
+    return entriesOf(operations, [](const RemovalOperation&) { return true; });
+}
+
+std::vector<ManifestEntry> manifestEntries(const std::vector<RemovalOperation>& operations,
+                                           const std::vector<OperationResult>& results) {
+    std::unordered_set<int> succeeded;
+    for (const auto& result : results)
+        if (result.succeeded) succeeded.insert(result.operationID);
+    return entriesOf(operations, [&](const RemovalOperation& each) { return succeeded.contains(each.id); });
+}
+
+FileResult<void> writeManifest(const Manifest& manifest, const Path& file, FileSystem& files) {
+    return writeDocument(encode(manifest), file, files);
+}
+
+FileResult<void> writeJournal(const RemovalJournal& journal, const Path& file, FileSystem& files) {
+    const auto text = encode(journal);
+    // A journal that reads back as something else (a path that is not UTF-8, a plan beyond the limits) could
+    // not bring the items back: better nothing is touched.
+    const auto readBack = decodeJournal(text);
+    if (!readBack || readBack->planned != journal.planned
+        || readBack->quarantineRoot != journal.quarantineRoot)
+        return tl::unexpected(FileError{.fault = FileFault::notSupported, .path = file});
+    return writeDocument(text, file, files);
+}
+
+tl::expected<Manifest, DocumentError> readManifest(const Path& root, const FileSystem& files) {
+    return inItsFolder(readDocument(root / manifestFileName, files).and_then(decodeManifest), root);
+}
+
+tl::expected<RemovalJournal, DocumentError> readJournal(const Path& root, const FileSystem& files) {
+    return inItsFolder(readDocument(root / journalFileName, files).and_then(decodeJournal), root);
+}
+
+} // namespace tidwen

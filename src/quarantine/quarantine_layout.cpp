@@ -1,0 +1,115 @@
+#include "quarantine/quarantine_layout.h"
+
+#include "base/text.h"
+#include "scan/path_policy.h"
+
+#include <algorithm>
+#include <fmt/core.h>
+
+namespace tidwen {
+
+namespace {
+
+/// Two runs of one second share a name; more than this many point at something else going wrong.
+constexpr int maxFolderAttempts = 100;
+
+/// What surrounds the label in the longest folder name, and what a file system takes for one name.
+constexpr std::size_t longestSurrounding = std::string_view("Tidwen -  - 2026-11-14 17-26-00 (100)").size();
+constexpr std::size_t longestFileName = 255;
+
+/// At most `bytes` bytes, without a cut through a character.
+std::string shortened(std::string text, std::size_t bytes) {
+    if (text.size() <= bytes) return text;
+    while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80)
+        --bytes;
+    text.resize(bytes);
+    return text;
+}
+
+/// C0, DEL and C1: they would let a name pretend to be another one in a terminal or a list.
+std::string withoutControls(std::string_view text) {
+    std::string clean;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const auto next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0;
+        if (byte == 0xC2 && next >= 0x80 && next < 0xA0) {
+            clean += '-';
+            ++i;
+        } else {
+            clean += byte < 0x20 || byte == 0x7F ? '-' : text[i];
+        }
+    }
+    return clean;
+}
+
+/// Names that lead elsewhere or that belong to the quarantine folder itself.
+bool meansSomethingElse(const std::string& label) {
+    const auto folded = lowercased(label);
+    return label == "." || label == ".." || folded == manifestFileName || folded == journalFileName;
+}
+
+std::string label(const std::vector<AppRecord>& apps) {
+    if (apps.empty()) return "App";
+    if (apps.size() == 1) return safeLabel(apps.front().name);
+    return fmt::format("{} apps", apps.size());
+}
+
+/// Nothing when the Trash does not exist. A Trash that is a link would put what we move, and what we believe
+/// to be ours, in a place that nobody judged.
+FileResult<bool> trashExists(const Path& trash, const FileSystem& files) {
+    const auto info = files.info(trash);
+    if (info && info->kind == FileKind::symbolicLink)
+        return tl::unexpected(FileError{.fault = FileFault::throughLink, .path = trash});
+    if (info) return true;
+    if (info.error().fault == FileFault::missing) return false;
+    return tl::unexpected(info.error());
+}
+
+} // namespace
+
+std::string safeLabel(std::string_view applicationName) {
+    auto name = validUtf8(applicationName);
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return c == '/' || c == ':' || c == '\\'; }, '-');
+    name = withoutControls(trimmed(name));
+    name = trimmed(shortened(std::move(name), longestFileName - longestSurrounding));
+    return name.empty() || meansSomethingElse(name) ? "App" : name;
+}
+
+QuarantineLayout makeLayout(const std::vector<AppRecord>& apps, Timestamp date, const UserEnvironment& user) {
+    const auto folder = fmt::format("{}{} - {}", quarantineFolderPrefix, label(apps), folderStamp(date));
+    return {.root = user.trash() / folder, .isBatch = apps.size() > 1};
+}
+
+FileResult<QuarantineLayout> createQuarantineFolder(const std::vector<AppRecord>& apps, Timestamp date,
+                                                    const UserEnvironment& user, FileSystem& files) {
+    if (auto trash = trashExists(user.trash(), files); !trash) return tl::unexpected(trash.error());
+    if (auto created = files.createDirectories(user.trash()); !created)
+        return tl::unexpected(created.error());
+
+    auto layout = makeLayout(apps, date, user);
+    const Path plain = layout.root;
+    for (int attempt = 1;; ++attempt) {
+        if (attempt > 1) layout.root = Path(fmt::format("{} ({})", plain.string(), attempt));
+        const auto created = files.createDirectory(layout.root);
+        if (created) return layout;
+        if (created.error().fault != FileFault::exists || attempt == maxFolderAttempts)
+            return tl::unexpected(created.error());
+    }
+}
+
+FileResult<std::vector<Path>> listQuarantineFolders(const UserEnvironment& user, const FileSystem& files) {
+    const auto there = trashExists(user.trash(), files);
+    if (!there) return tl::unexpected(there.error());
+    std::vector<Path> folders;
+    if (!*there) return folders;
+
+    const auto entries = files.list(user.trash());
+    if (!entries) return tl::unexpected(entries.error());
+    for (const auto& entry : *entries)
+        if (entry.kind == FileKind::directory && entry.name.starts_with(quarantineFolderPrefix))
+            folders.push_back(user.trash() / entry.name);
+    return folders;
+}
+
+} // namespace tidwen

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "quarantine/manifest.h"
+
+#include <vector>
+
+namespace tidwen {
+
+/// One item to put back, and whether it has to wait for the administrator batch.
+struct RestoreStep {
+    const ManifestEntry* entry = nullptr; ///< into the entries that were given
+    bool afterBatch = false;              ///< a user-level item inside one that the batch brings back
+};
+
+/// The moves that can be undone, in their order, except that an item which lay inside another one comes after
+/// it: put back first, it would make a new folder in the place of the old one.
+std::vector<RestoreStep> restoreOrder(const std::vector<ManifestEntry>& entries);
+
+} // namespace tidwen
