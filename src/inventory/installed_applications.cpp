@@ -1,0 +1,108 @@
+#include "inventory/installed_applications.h"
+
+#include "base/parallel.h"
+#include "base/text.h"
+#include "scan/bundle.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace tidwen {
+namespace {
+
+// "/Applications/Maker/Suite/Tool.app" is as deep as installers go.
+constexpr int subfolderDepth = 2;
+
+// Far beyond any Mac; they end the search of a disk that was made to have no end.
+constexpr std::size_t maximumBundles = 5'000;
+constexpr int maximumFolders = 5'000;
+
+class BundleSearch {
+  public:
+    explicit BundleSearch(const FileSystem& files) : files_(files) {}
+
+    void searchFolder(const Path& folder, int depthLeft) {
+        if (foldersLeft_ <= 0) return;
+        --foldersLeft_;
+        const auto entries = files_.list(folder);
+        if (!entries) return;
+        for (const auto& entry : *entries) {
+            // A link to an application is not the application: removing it would take only the link.
+            if (entry.kind != FileKind::directory || entry.name.starts_with('.') || !isValidUtf8(entry.name))
+                continue;
+            const Path item = folder / entry.name;
+            if (item.lowercasedExtension() != "app") {
+                if (depthLeft > 0) searchFolder(item, depthLeft - 1);
+            } else if (found_.size() < maximumBundles) {
+                found_.insert(item);
+            }
+        }
+    }
+
+    std::vector<Path> found() const { return {found_.begin(), found_.end()}; }
+
+  private:
+    const FileSystem& files_;
+    int foldersLeft_ = maximumFolders;
+    std::set<Path> found_;
+};
+
+/// What `read` gives for each bundle, in their order, those without an answer left out.
+template<class Value, class Read>
+std::vector<Value> readInParallel(const std::vector<Path>& bundles, const Read& read) {
+    std::vector<std::optional<Value>> answers(bundles.size());
+    parallelFor(bundles.size(), [&](std::size_t index) { answers[index] = read(bundles[index]); });
+    std::vector<Value> values;
+    for (auto& answer : answers)
+        if (answer) values.push_back(std::move(*answer));
+    return values;
+}
+
+} // namespace
+
+std::vector<Path> findApplicationBundles(const FileSystem& files, const UserEnvironment& user) {
+    BundleSearch search(files);
+    search.searchFolder(Path("/Applications"), subfolderDepth);
+    search.searchFolder(user.home / "Applications", subfolderDepth);
+    return search.found();
+}
+
+std::vector<InstalledIdentity> readIdentities(const FileSystem& files, const std::vector<Path>& bundles) {
+    return readInParallel<InstalledIdentity>(
+        bundles, [&](const Path& url) -> std::optional<InstalledIdentity> {
+            const auto bundle = Bundle::open(files, url);
+            auto identifier = bundle ? bundle->identifier() : std::nullopt;
+            if (!identifier) return std::nullopt;
+            return InstalledIdentity{.url = url, .bundleID = std::move(*identifier), .name = bundle->name()};
+        });
+}
+
+std::vector<InstalledApp> listInstalledApps(const FileSystem& files, const CodeSignatures& signatures,
+                                            const std::vector<Path>& bundles) {
+    auto apps = readInParallel<InstalledApp>(
+        bundles, [&](const Path& url) { return makeInstalledApp(files, signatures, url); });
+    std::stable_sort(apps.begin(), apps.end(),
+                     [](const auto& a, const auto& b) { return compareForDisplay(a.name, b.name) < 0; });
+    return apps;
+}
+
+std::set<std::string> groupsOfOthers(const FileSystem& files, const CodeSignatures& signatures,
+                                     const std::vector<Path>& bundles, const Path& target) {
+    const auto isTarget = [own = target.standardized()](const Path& url) {
+        const Path other = url.standardized();
+        return other.isWithinIgnoringCase(own) && own.isWithinIgnoringCase(other);
+    };
+    using Groups = std::vector<std::string>;
+    const auto groupsOfEach = readInParallel<Groups>(bundles, [&](const Path& url) -> std::optional<Groups> {
+        const auto bundle = isTarget(url) ? std::nullopt : Bundle::open(files, url);
+        if (!bundle) return std::nullopt;
+        return signatures.read(url, bundle->executable()).applicationGroups;
+    });
+    std::set<std::string> groups;
+    for (const auto& each : groupsOfEach)
+        for (const auto& group : each)
+            groups.insert(lowercased(group));
+    return groups;
+}
+
+} // namespace tidwen

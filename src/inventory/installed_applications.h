@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/code_signatures.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+#include "scan/installed_app.h"
+#include "scan/other_applications.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// Bundles in /Applications (subfolders to depth 2), the home's Applications, and applications nested in
+/// suites' folders; sorted by path. The Trash and the insides of bundles are not looked at.
+std::vector<Path> findApplicationBundles(const FileSystem& files, const UserEnvironment& user);
+
+/// Name and identifier of each bundle; Apple's own count too, since they own what is theirs. Read in
+/// parallel.
+std::vector<InstalledIdentity> readIdentities(const FileSystem& files, const std::vector<Path>& bundles);
+
+/// The rows of the inventory, sorted by name as people read it. Refused bundles are left out.
+std::vector<InstalledApp> listInstalledApps(const FileSystem& files, const CodeSignatures& signatures,
+                                            const std::vector<Path>& bundles);
+
+/// Lower-cased application groups that the bundles other than `target` declare.
+std::set<std::string> groupsOfOthers(const FileSystem& files, const CodeSignatures& signatures,
+                                     const std::vector<Path>& bundles, const Path& target);
+
+} // namespace tidwen

@@ -1,0 +1,150 @@
+#include "removal/removal_plan.h"
+
+#include <algorithm>
+#include <fmt/core.h>
+
+namespace tidwen {
+
+namespace {
+
+bool isPlanned(const Trace& trace, RemovalMode mode) {
+    if (std::holds_alternative<action::Guidance>(trace.action)) return false;
+    const bool staysInReset =
+        trace.category == TraceCategory::application || trace.category == TraceCategory::receipts;
+    return mode == RemovalMode::uninstall || !staysInReset;
+}
+
+bool isPreference(const Path& path) {
+    const auto components = path.standardized().components();
+    return std::find(components.begin(), components.end(), "Preferences") != components.end();
+}
+
+/// The plan of one application after another, numbered through.
+class PlanBuilder {
+  public:
+    PlanBuilder(const QuarantineLayout& layout, RemovalMode mode, const Texts& texts)
+        : layout_(layout), mode_(mode), texts_(texts) {}
+
+    void add(const RemovalTarget& target) {
+        target_ = &target.target;
+        std::vector<const Trace*> traces;
+        for (const auto& trace : target.traces)
+            if (isPlanned(trace, mode_)) traces.push_back(&trace);
+        addPermissionResets(traces);
+        addBootouts(traces);
+        addKeychainDeletions(traces);
+        const auto moved = inMoveOrder(traces);
+        for (const auto* trace : moved)
+            addMove(*trace);
+        addPreferenceFlushes(moved);
+    }
+
+    std::vector<RemovalOperation> take() { return std::move(plan_); }
+
+  private:
+    using Traces = std::vector<const Trace*>;
+
+    void append(RemovalOperation::Kind kind, bool requiresRoot, Reversibility reversibility,
+                std::string displayName, Uuid traceID) {
+        plan_.push_back({.id = nextID(),
+                         .kind = std::move(kind),
+                         .requiresRoot = requiresRoot,
+                         .reversibility = reversibility,
+                         .displayName = std::move(displayName),
+                         .traceID = std::move(traceID),
+                         .bundleID = target_->bundleID});
+    }
+
+    int nextID() const { return static_cast<int>(plan_.size()) + 1; }
+
+    void addPermissionResets(const Traces& traces) {
+        for (const auto* trace : traces)
+            if (const auto* reset = std::get_if<action::ResetPermissions>(&trace->action))
+                append(operation::ResetPermissions{reset->bundleID}, false, trace->reversibility,
+                       trace->displayName, trace->id);
+    }
+
+    void addBootouts(const Traces& traces) {
+        const auto add = [&](const std::string& label, bool isSystemDomain, const Uuid& traceID) {
+            append(operation::Bootout{label, isSystemDomain}, isSystemDomain, Reversibility::reversible,
+                   label, traceID);
+        };
+        for (const auto* trace : traces) {
+            if (const auto* job = std::get_if<action::Bootout>(&trace->action))
+                add(job->label, job->isSystemDomain, trace->id);
+            else if (const auto* file = std::get_if<action::BootoutAndMove>(&trace->action))
+                add(file->label, file->isSystemDomain, trace->id);
+        }
+    }
+
+    void addKeychainDeletions(const Traces& traces) {
+        for (const auto* trace : traces)
+            if (const auto* item = std::get_if<action::DeleteKeychainItem>(&trace->action))
+                append(operation::DeleteKeychainItem{item->service, item->isSystemKeychain},
+                       item->isSystemKeychain, Reversibility::irreversibleDestructive, item->service,
+                       trace->id);
+    }
+
+    bool isBundle(const Trace& trace) const {
+        return movedPath(trace.action)->standardized() == target_->bundleURL.standardized();
+    }
+
+    Traces inMoveOrder(const Traces& traces) const {
+        Traces moved;
+        for (const auto* trace : traces)
+            if (movedPath(trace->action)) moved.push_back(trace);
+        std::stable_sort(moved.begin(), moved.end(), [&](const Trace* a, const Trace* b) {
+            const bool aIsBundle = isBundle(*a);
+            const bool bIsBundle = isBundle(*b);
+            if (aIsBundle != bIsBundle) return bIsBundle;
+            return *movedPath(a->action) < *movedPath(b->action);
+        });
+        return moved;
+    }
+
+    void addMove(const Trace& trace) {
+        if (mode_ == RemovalMode::uninstall && isBundle(trace))
+            append(operation::UnregisterApp{target_->bundleURL}, false, Reversibility::irreversibleHarmless,
+                   texts_.text("operation.unregisterApp"), Uuid::random());
+        const Path& source = *movedPath(trace.action);
+        append(operation::Move{source, destination(source)}, trace.requiresRoot, Reversibility::reversible,
+               source.string(), trace.id);
+    }
+
+    /// Every item lies alone in a folder named by its number, so two of one name never meet.
+    Path destination(const Path& source) const {
+        const Path folder = layout_.isBatch ? layout_.root / safeLabel(target_->name) : layout_.root;
+        return folder / fmt::format("{:04}", nextID()) / source.lastComponent();
+    }
+
+    /// At most one per scope: the daemon drops everything it holds.
+    void addPreferenceFlushes(const Traces& moved) {
+        for (const bool asRoot : {false, true}) {
+            const bool needed = std::any_of(moved.begin(), moved.end(), [&](const Trace* trace) {
+                return trace->requiresRoot == asRoot && isPreference(*movedPath(trace->action));
+            });
+            if (needed)
+                append(operation::FlushPreferences{}, asRoot, Reversibility::irreversibleHarmless,
+                       texts_.text("operation.flushPreferences"), Uuid::random());
+        }
+    }
+
+    const QuarantineLayout& layout_;
+    RemovalMode mode_;
+    const Texts& texts_;
+    const AppTarget* target_ = nullptr;
+    std::vector<RemovalOperation> plan_;
+};
+
+} // namespace
+
+std::vector<RemovalOperation> buildRemovalPlan(const std::vector<RemovalTarget>& targets,
+                                               const QuarantineLayout& layout, RemovalMode mode,
+                                               const Texts& texts) {
+    PlanBuilder builder(layout, mode, texts);
+    for (const auto& target : targets)
+        builder.add(target);
+    return builder.take();
+}
+
+} // namespace tidwen

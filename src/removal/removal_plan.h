@@ -1,0 +1,26 @@
+#pragma once
+
+#include "base/texts.h"
+#include "operations/removal_operation.h"
+#include "quarantine/quarantine_layout.h"
+#include "scan/app_target.h"
+
+#include <vector>
+
+namespace tidwen {
+
+/// One application with the traces that the user confirmed.
+struct RemovalTarget {
+    AppTarget target;
+    std::vector<Trace> traces;
+    bool isRunning = false; ///< had a running instance when the removal was asked for
+};
+
+/// Turns confirmed traces into numbered operations. The order within a target is deliberate: permission
+/// resets (while the application is still registered), job unloads, keychain deletions, moves in path order
+/// with the bundle last, then preference flushes. Pure: reads no file and touches nothing.
+std::vector<RemovalOperation> buildRemovalPlan(const std::vector<RemovalTarget>& targets,
+                                               const QuarantineLayout& layout, RemovalMode mode,
+                                               const Texts& texts);
+
+} // namespace tidwen

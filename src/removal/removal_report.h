@@ -1,0 +1,48 @@
+#pragma once
+
+#include "operations/privileged_runner.h"
+#include "quarantine/manifest.h"
+#include "scan/permission_audit.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// The privacy grants that are still recorded after a removal.
+struct VerificationReport {
+    struct AppVerification {
+        std::string bundleID;
+        std::string name;
+        std::vector<PermissionGrant> tccSurvivors;
+        friend bool operator==(const AppVerification&, const AppVerification&) = default;
+    };
+    std::vector<AppVerification> apps; ///< in the report's order
+    friend bool operator==(const VerificationReport&, const VerificationReport&) = default;
+};
+
+/// What one run did.
+struct RemovalReport {
+    std::vector<AppRecord> apps;
+    RemovalMode mode = RemovalMode::uninstall;
+    Path quarantineRoot;
+    Path manifestURL;
+    std::vector<RemovalOperation> operations;  ///< the whole plan
+    std::vector<OperationResult> results = {}; ///< user-level ones, then root-level ones, each in plan order
+    std::optional<VerificationReport> verification = {};
+    std::optional<std::int64_t> reclaimedBytes = {};
+    /// Why the manifest could not be written. The journal then stays in the folder, and recovering
+    /// interrupted runs makes the manifest from it.
+    std::optional<Message> manifestFailure = {};
+
+    struct Failure {
+        RemovalOperation operation;
+        Message reason;
+    };
+    /// Failed operations with their reasons, in plan order.
+    std::vector<Failure> failures() const;
+};
+
+} // namespace tidwen
