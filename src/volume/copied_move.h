@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/file_system.h"
+#include "volume/root_resolver.h"
+
+namespace tidwen {
+
+/// One end of a move: where it is, held open, and what it is called towards the caller.
+struct MoveEnd {
+    const Place& place;
+    const Path& path;
+};
+
+/// Moves an item to another disk. A copy grows in ".tidwen-copy-<name>" in the destination's folder with
+/// everything that the original has, is flushed and compared; then the original is renamed to
+/// ".tidwen-moved-<name>" in its own folder, looked at once more, the copy gets its name, and the original is
+/// removed. An error leaves the original complete where it was and no copy. What the destination's disk
+/// cannot keep (an attribute, an owner, a kind of item) is an error before anything changes, never left out.
+///
+/// Only hard links from outside the tree do not survive: their other names keep the content on the old disk.
+FileResult<void> moveByCopy(const MoveEnd& from, const MoveEnd& to);
+
+/// Settles what a crash in the middle of such a move left; what cannot be shown to be that move's is never
+/// removed. Also finishes a move on one disk that was made of a hard link.
+FileResult<void> settleMoveByCopy(const MoveEnd& from, const MoveEnd& to);
+
+} // namespace tidwen

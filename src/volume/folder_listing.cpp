@@ -1,0 +1,75 @@
+#include "volume/folder_listing.h"
+
+#include "volume/item_description.h"
+
+#include <algorithm>
+#include <fcntl.h>
+
+namespace tidwen {
+
+namespace {
+
+FileKind kindOfEntry(int folder, const char* name, unsigned char type) {
+    switch (type) {
+    case DT_REG:
+        return FileKind::regular;
+    case DT_DIR:
+        return FileKind::directory;
+    case DT_LNK:
+        return FileKind::symbolicLink;
+    case DT_UNKNOWN:
+        break;
+    default:
+        return FileKind::other;
+    }
+    const auto item = statItem(folder, name);
+    return item ? kindOf(item->st_mode) : FileKind::other;
+}
+
+} // namespace
+
+Descriptor openFolderToRead(int folder, const char* name) {
+    return Descriptor(uninterrupted([&] {
+        return ::openat(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    }));
+}
+
+FolderListing::FolderListing(int folder) {
+    // A stream owns its descriptor and its position: it gets one of its own.
+    Descriptor own = openFolderToRead(folder, ".");
+    if (own.isOpen()) stream_ = ::fdopendir(own.get());
+    if (stream_)
+        own.release();
+    else
+        fault_ = errno;
+}
+
+FolderListing::~FolderListing() {
+    if (stream_) ::closedir(stream_);
+}
+
+const char* FolderListing::next() {
+    while (stream_) {
+        errno = 0;
+        entry_ = ::readdir(stream_);
+        if (!entry_) {
+            fault_ = errno;
+            return nullptr;
+        }
+        const std::string_view name = entry_->d_name;
+        if (name != "." && name != "..") return entry_->d_name;
+    }
+    return nullptr;
+}
+
+OsResult<std::vector<DirectoryEntry>> entriesOf(int folder) {
+    std::vector<DirectoryEntry> entries;
+    FolderListing listing(folder);
+    while (const char* name = listing.next())
+        entries.push_back({.name = name, .kind = kindOfEntry(folder, name, listing.type())});
+    if (listing.fault()) return tl::unexpected(listing.fault());
+    std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
+    return entries;
+}
+
+} // namespace tidwen

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/file_system.h"
+#include "volume/descriptor.h"
+
+#include <dirent.h>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// Opens a folder by its name in another one to read its entries; never a link.
+Descriptor openFolderToRead(int folder, const char* name);
+
+/// The names in an open folder, one after the other, without "." and "..". The descriptor stays the caller's.
+class FolderListing {
+  public:
+    explicit FolderListing(int folder);
+    ~FolderListing();
+    FolderListing(const FolderListing&) = delete;
+    FolderListing& operator=(const FolderListing&) = delete;
+
+    /// Valid until the next call; null at the end and after an error.
+    const char* next();
+    /// Of the entry that `next` gave; `other` may also mean that the disk did not say.
+    unsigned char type() const { return entry_->d_type; }
+    /// The errno that ended the listing; 0 at its proper end.
+    int fault() const { return fault_; }
+
+  private:
+    DIR* stream_ = nullptr;
+    const dirent* entry_ = nullptr;
+    int fault_ = 0;
+};
+
+/// All entries of an open folder in the order of their names' bytes.
+OsResult<std::vector<DirectoryEntry>> entriesOf(int folder);
+
+} // namespace tidwen

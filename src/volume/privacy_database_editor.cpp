@@ -1,0 +1,46 @@
+#include "volume/privacy_database_editor.h"
+
+#include "scan/privacy_database.h"
+
+#include <limits>
+#include <memory>
+#include <sqlite3.h>
+
+namespace tidwen {
+
+namespace {
+
+/// How many rows went; nothing when there is no table of the known form.
+std::optional<int> deleteRows(sqlite3* database, const std::string& client) {
+    if (client.size() > std::numeric_limits<int>::max()) return std::nullopt;
+    sqlite3_stmt* prepared = nullptr;
+    sqlite3_prepare_v2(database, "DELETE FROM main.access WHERE client = ?", -1, &prepared, nullptr);
+    const std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> statement(prepared, sqlite3_finalize);
+    if (!statement) return std::nullopt;
+    sqlite3_bind_text(statement.get(), 1, client.data(), static_cast<int>(client.size()), SQLITE_STATIC);
+    if (sqlite3_step(statement.get()) != SQLITE_DONE) return std::nullopt;
+    return sqlite3_changes(database);
+}
+
+} // namespace
+
+std::optional<Message> deletePermissionRows(FileSystem& files, const Path& database,
+                                            const std::string& client) {
+    const Message failure{"failure.privacyDatabase"};
+    const auto opened = readPrivacyDatabase(files, database, true);
+    if (!opened && opened.error() == PrivacyDatabaseError::missing) return std::nullopt;
+    if (!opened) return failure;
+
+    const auto deleted = deleteRows(opened->handle(), client);
+    if (!deleted) return failure;
+    if (*deleted == 0) return std::nullopt;
+
+    const auto bytes = opened->bytes();
+    const auto file = files.resolveParent(database);
+    if (!bytes || !file) return failure;
+    if (const auto written = files.replaceFile(*file, *bytes, NewFileMode::likeExisting); !written)
+        return Message{std::string(failureKey(written.error().fault))};
+    return std::nullopt;
+}
+
+} // namespace tidwen

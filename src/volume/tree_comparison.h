@@ -1,0 +1,16 @@
+#pragma once
+
+#include "volume/descriptor.h"
+
+namespace tidwen {
+
+enum class Compared {
+    whole,   ///< both have the same entries with the same content and metadata
+    remains, ///< the first may have lost entries; what it still has is as in the second
+};
+
+/// Compares an item and everything below it with its copy, byte by byte.
+OsResult<bool> isSameTree(int folder, const char* name, int copyFolder, const char* copyName,
+                          Compared compared);
+
+} // namespace tidwen

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "volume/descriptor.h"
+
+#include <cstdint>
+#include <sys/stat.h>
+#include <vector>
+
+namespace tidwen {
+
+/// Which items a tree had and in which state, so that a later change by somebody else shows.
+class TreeRecord {
+  public:
+    /// Also sees whether all of it could be removed. EPERM when an item carries a flag against that, EACCES
+    /// when a folder's permissions forbid it.
+    static OsResult<TreeRecord> of(int folder, const char* name);
+
+    /// Whether an item other than a folder was there, with the content that it has now.
+    bool holds(const struct stat& item) const;
+
+    friend bool operator==(const TreeRecord&, const TreeRecord&) = default;
+
+  private:
+    struct Entry {
+        ino_t inode;
+        mode_t mode;
+        off_t size;
+        std::int64_t modified;
+        std::int64_t changed; ///< 0 for the top, which is renamed in between
+        friend bool operator==(const Entry&, const Entry&) = default;
+    };
+    class Visitor;
+    std::vector<Entry> entries_; ///< by inode
+};
+
+} // namespace tidwen

@@ -1,0 +1,99 @@
+#include "volume/tree_walk.h"
+
+#include "volume/folder_listing.h"
+#include "volume/folder_stack.h"
+#include "volume/item_description.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace tidwen {
+
+namespace {
+
+constexpr std::size_t levelLimit = 4096;
+
+class Walker {
+  public:
+    Walker(int folder, TreeVisitor& visitor) : folder_(folder), visitor_(visitor) {}
+
+    int run(const char* name) {
+        int fault = visit(name);
+        while (!fault && !levels_.empty()) {
+            auto& pending = levels_.back().pending;
+            if (pending.empty()) {
+                fault = goUp();
+                continue;
+            }
+            const std::string next = std::move(pending.back());
+            pending.pop_back();
+            fault = visit(next.c_str());
+        }
+        return fault;
+    }
+
+  private:
+    struct Level {
+        std::string name;
+        struct stat status;
+        std::vector<std::string> pending; ///< the names still to be seen, the next one last
+    };
+
+    int current() const { return stack_ ? stack_->current() : folder_; }
+
+    int visit(const char* name) {
+        const auto status = statItem(current(), name);
+        if (!status) return status.error();
+        if (!device_) device_ = status->st_dev;
+        if (status->st_dev != *device_) return EXDEV;
+        const TreeItem item{current(), name, *status};
+        return S_ISDIR(status->st_mode) ? goDown(item) : visitor_.item(item);
+    }
+
+    int goDown(const TreeItem& item) {
+        if (levels_.size() >= levelLimit) return ENAMETOOLONG;
+        Descriptor opened = openFolderToRead(item.folder, item.name);
+        if (!opened.isOpen()) return errno;
+        const auto status = statOpen(opened.get());
+        if (!status) return status.error();
+        if (status->st_dev != item.status.st_dev || status->st_ino != item.status.st_ino) return ESTALE;
+        if (const int fault = visitor_.enter(item, opened.get())) return fault;
+        auto entries = entriesOf(opened.get());
+        if (!entries) return entries.error();
+
+        Level level{.name = item.name, .status = item.status, .pending = {}};
+        for (auto entry = entries->rbegin(); entry != entries->rend(); ++entry)
+            level.pending.push_back(std::move(entry->name));
+        levels_.push_back(std::move(level));
+        if (!stack_)
+            stack_.emplace(std::move(opened));
+        else if (!stack_->push(std::move(opened)))
+            return ESTALE;
+        return 0;
+    }
+
+    int goUp() {
+        const Level level = std::move(levels_.back());
+        levels_.pop_back();
+        if (const int fault = visitor_.leave(level.status, stack_->current())) return fault;
+        if (levels_.empty())
+            stack_.reset();
+        else if (!stack_->pop())
+            return ESTALE;
+        return visitor_.left({current(), level.name.c_str(), level.status});
+    }
+
+    int folder_; ///< that holds the tree
+    TreeVisitor& visitor_;
+    std::optional<dev_t> device_;
+    std::optional<FolderStack> stack_;
+    std::vector<Level> levels_;
+};
+
+} // namespace
+
+int walkTree(int folder, const char* name, TreeVisitor& visitor) {
+    return Walker(folder, visitor).run(name);
+}
+
+} // namespace tidwen

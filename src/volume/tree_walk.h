@@ -1,0 +1,33 @@
+#pragma once
+
+#include <sys/stat.h>
+
+namespace tidwen {
+
+/// One item of a tree: its folder, held open, its name there and what the system says of it.
+struct TreeItem {
+    int folder;
+    const char* name;
+    const struct stat& status;
+};
+
+/// What is done on a walk. Every call gives 0 to go on, or an errno that ends the walk.
+class TreeVisitor {
+  public:
+    virtual ~TreeVisitor() = default;
+    /// Anything but a folder.
+    virtual int item(const TreeItem& item) = 0;
+    /// A folder, just opened.
+    virtual int enter(const TreeItem&, int /*opened*/) { return 0; }
+    /// The same folder when everything in it has been seen, still open.
+    virtual int leave(const struct stat&, int /*opened*/) { return 0; }
+    /// The same folder once more, closed, by its place.
+    virtual int left(const TreeItem&) { return 0; }
+};
+
+/// Walks an item and everything below it in the order of names. Links are not followed; another disk mounted
+/// below is EXDEV, a tree that is rearranged meanwhile ESTALE, one of more than 4096 levels ENAMETOOLONG.
+/// 0 or the errno.
+int walkTree(int folder, const char* name, TreeVisitor& visitor);
+
+} // namespace tidwen

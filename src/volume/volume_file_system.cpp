@@ -1,0 +1,275 @@
+#include "volume/volume_file_system.h"
+
+#include "volume/copied_move.h"
+#include "volume/durable_write.h"
+#include "volume/exclusive_rename.h"
+#include "volume/extended_attributes.h"
+#include "volume/file_faults.h"
+#include "volume/folder_listing.h"
+#include "volume/item_description.h"
+#include "volume/root_resolver.h"
+#include "volume/tree_size.h"
+
+#include <algorithm>
+#include <fcntl.h>
+
+namespace tidwen {
+
+namespace {
+
+// Without O_NONBLOCK a pipe would wait for its writer, without O_NOCTTY a terminal would become ours.
+constexpr int readFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY;
+
+/// Reads from `offset` until `length` bytes are there or the file ends.
+OsResult<std::string> readBytes(int file, std::uint64_t offset, std::size_t length) {
+    std::string bytes;
+    while (bytes.size() < length) {
+        // In pieces: the length asked for may be far more than there is.
+        const std::size_t old = bytes.size();
+        bytes.resize(std::min(length, std::max<std::size_t>(old * 2, 64u << 10)));
+        const auto count = uninterrupted([&] {
+            return ::pread(file, bytes.data() + old, bytes.size() - old, static_cast<off_t>(offset + old));
+        });
+        if (count < 0) return tl::unexpected(errno);
+        bytes.resize(old + static_cast<std::size_t>(count));
+        if (count == 0) break;
+    }
+    return bytes;
+}
+
+} // namespace
+
+class VolumeFileSystem::Impl {
+  public:
+    Impl(Descriptor root, RootResolver::Way way) : resolver(std::move(root), way) {}
+
+    FileResult<FileInfo> describe(const Path& path, LastLink last) const {
+#ifdef O_PATH
+        if (resolver.way() == RootResolver::Way::kernel) {
+            const auto item = resolver.open(path, O_PATH, last);
+            if (!item) return tl::unexpected(item.error());
+            return describedAt(path, item->get(), "");
+        }
+#endif
+        const auto place = resolver.place(path, last);
+        if (!place) return tl::unexpected(place.error());
+        return describedAt(path, place->folder.get(), place->name.c_str());
+    }
+
+    /// Opens a plain file. Looked at before, because opening a pipe or a device can already have an effect.
+    FileResult<Descriptor> openFile(const Path& path) const {
+        const auto info = describe(path, LastLink::follow);
+        if (!info) return tl::unexpected(info.error());
+        if (info->kind == FileKind::directory) return refused(path, FileFault::isDirectory);
+        if (info->kind != FileKind::regular) return refused(path, FileFault::notRegular);
+        auto file = resolver.open(path, readFlags, LastLink::follow);
+        if (!file) return file;
+        const auto item = statOpen(file->get());
+        if (!item) return failed(path, item.error());
+        if (!S_ISREG(item->st_mode)) return refused(path, FileFault::notRegular);
+        return file;
+    }
+
+    RootResolver resolver;
+
+  private:
+    static FileResult<FileInfo> describedAt(const Path& path, int folder, const char* name) {
+        const auto info = describeItem(folder, name);
+        if (!info) return failed(path, info.error());
+        return *info;
+    }
+};
+
+VolumeFileSystem::VolumeFileSystem(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
+VolumeFileSystem::~VolumeFileSystem() = default;
+
+FileResult<std::unique_ptr<VolumeFileSystem>> VolumeFileSystem::open(const std::filesystem::path& root,
+                                                                     Resolver resolver) {
+    const Path shown(root.string());
+    if (shown.string().find('\0') != std::string::npos) return refused(shown, FileFault::missing);
+    Descriptor folder(::open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder.isOpen()) return failed(shown, errno);
+    bool kernel = false;
+    if (resolver != Resolver::walk) {
+        kernel = RootResolver::kernelResolves(folder.get());
+        if (!kernel && resolver == Resolver::kernel) return refused(shown, FileFault::notSupported);
+    }
+    const auto way = kernel ? RootResolver::Way::kernel : RootResolver::Way::walk;
+    return std::unique_ptr<VolumeFileSystem>(
+        new VolumeFileSystem(std::make_unique<Impl>(std::move(folder), way)));
+}
+
+VolumeFileSystem::Resolver VolumeFileSystem::resolver() const {
+    return impl_->resolver.way() == RootResolver::Way::kernel ? Resolver::kernel : Resolver::walk;
+}
+
+// Reading
+
+FileResult<FileInfo> VolumeFileSystem::info(const Path& path) const {
+    return impl_->describe(path, LastLink::keep);
+}
+
+FileResult<FileInfo> VolumeFileSystem::infoFollowingLinks(const Path& path) const {
+    return impl_->describe(path, LastLink::follow);
+}
+
+FileResult<std::vector<DirectoryEntry>> VolumeFileSystem::list(const Path& folder) const {
+    const auto opened = impl_->resolver.open(folder, readFlags | O_DIRECTORY, LastLink::follow);
+    if (!opened) return tl::unexpected(opened.error());
+    auto entries = entriesOf(opened->get());
+    if (!entries) return failed(folder, entries.error());
+    return std::move(*entries);
+}
+
+FileResult<std::string> VolumeFileSystem::read(const Path& file, std::size_t maxBytes) const {
+    const auto opened = impl_->openFile(file);
+    if (!opened) return tl::unexpected(opened.error());
+    const auto item = statOpen(opened->get());
+    if (!item) return failed(file, item.error());
+    if (static_cast<std::uint64_t>(item->st_size) > maxBytes) return refused(file, FileFault::tooLarge);
+    // One byte more than allowed shows a file that has grown since.
+    auto bytes = readBytes(opened->get(), 0, maxBytes < SIZE_MAX ? maxBytes + 1 : maxBytes);
+    if (!bytes) return failed(file, bytes.error());
+    if (bytes->size() > maxBytes) return refused(file, FileFault::tooLarge);
+    return std::move(*bytes);
+}
+
+FileResult<std::string> VolumeFileSystem::readRange(const Path& file, std::uint64_t offset,
+                                                    std::size_t length) const {
+    const auto opened = impl_->openFile(file);
+    if (!opened) return tl::unexpected(opened.error());
+    const auto item = statOpen(opened->get());
+    if (!item) return failed(file, item.error());
+    // Also keeps an offset that the kernel would take for a negative one away from it.
+    if (offset >= static_cast<std::uint64_t>(item->st_size)) return std::string();
+    auto bytes = readBytes(opened->get(), offset, length);
+    if (!bytes) return failed(file, bytes.error());
+    return std::move(*bytes);
+}
+
+FileResult<std::string> VolumeFileSystem::extendedAttribute(const Path& path, const std::string& name) const {
+    const auto info = infoFollowingLinks(path);
+    if (!info) return tl::unexpected(info.error());
+    const bool canHaveAny = info->kind == FileKind::regular || info->kind == FileKind::directory;
+    if (!canHaveAny || name.empty() || name.find('\0') != std::string::npos)
+        return refused(path, FileFault::missing);
+    const auto item = impl_->resolver.open(path, readFlags, LastLink::follow);
+    if (!item) return tl::unexpected(item.error());
+    auto value = macAttributeOf(item->get(), name);
+    if (value) return std::move(*value);
+    if (value.error() == noSuchAttribute) return refused(path, FileFault::missing);
+    return failed(path, value.error());
+}
+
+FileResult<Path> VolumeFileSystem::resolve(const Path& path) const {
+    auto real = impl_->resolver.resolve(path);
+    if (!real) return real;
+    const auto there = info(*real);
+    if (!there) return tl::unexpected(FileError{there.error().fault, path, there.error().osCode});
+    return real;
+}
+
+FileResult<TreeSize> VolumeFileSystem::treeSize(const Path& path, std::uint64_t entryLimit,
+                                                const StopToken& stop) const {
+    const auto place = impl_->resolver.place(path, LastLink::keep);
+    if (!place) return tl::unexpected(place.error());
+    const auto size = sizeOfTree(*place, entryLimit, stop);
+    if (!size) return failed(path, size.error());
+    return *size;
+}
+
+bool VolumeFileSystem::isWritable(const Path& path) const {
+    const auto place = impl_->resolver.place(path, LastLink::follow);
+    if (!place) return false;
+    const int folder = place->folder.get();
+    const auto item = statItem(folder, place->name.c_str());
+    if (!item || S_ISLNK(item->st_mode)) return false;
+    const int wanted = S_ISDIR(item->st_mode) ? W_OK | X_OK : W_OK;
+    return ::faccessat(folder, place->name.c_str(), wanted, AT_EACCESS) == 0;
+}
+
+// Changing
+
+FileResult<void> VolumeFileSystem::createDirectory(const Path& folder) {
+    if (folder.isRoot()) return refused(folder, FileFault::exists);
+    const auto place = impl_->resolver.placeForChange(folder);
+    if (!place) return tl::unexpected(place.error());
+    if (::mkdirat(place->folder.get(), place->name.c_str(), 0700) != 0) return failed(folder, errno);
+    if (const int fault = flushFolder(place->folder.get())) return failed(folder, fault);
+    return {};
+}
+
+FileResult<void> VolumeFileSystem::createDirectories(const Path& folder) {
+    const auto isFolder = [&] {
+        const auto item = info(folder);
+        return item && item->kind == FileKind::directory;
+    };
+    if (folder.isRoot()) return {};
+    if (!RootResolver::canName(folder)) return refused(folder, FileFault::missing);
+    const auto place = impl_->resolver.placeForChange(folder);
+    if (!place) {
+        if (place.error().fault != FileFault::missing) return tl::unexpected(place.error());
+        if (auto parents = createDirectories(folder.parent()); !parents) return parents;
+    } else if (isFolder()) {
+        return {};
+    }
+    auto created = createDirectory(folder);
+    // Somebody else may have been quicker; anything but a folder there stays an error.
+    if (!created && created.error().fault == FileFault::exists && isFolder()) return {};
+    return created;
+}
+
+FileResult<void> VolumeFileSystem::move(const Path& from, const Path& to) {
+    const auto source = impl_->resolver.placeForChange(from);
+    if (!source) return tl::unexpected(source.error());
+    const auto target = impl_->resolver.placeForChange(to);
+    if (!target) return tl::unexpected(target.error());
+    const auto item = statItem(source->folder.get(), source->name.c_str());
+    if (!item) return failed(from, item.error());
+    if (from != to && to.isWithin(from)) return refused(to, FileFault::notSupported);
+
+    const int fault = renameExclusively(source->folder.get(), source->name.c_str(), target->folder.get(),
+                                        target->name.c_str());
+    if (fault == EXDEV) return moveByCopy({*source, from}, {*target, to});
+    if (fault) return failed(fault == EEXIST || fault == ENOSPC ? to : from, fault);
+    // The item is whole at one of the two names, flushed or not: nothing here could still fail the move.
+    flushFolder(target->folder.get());
+    flushFolder(source->folder.get());
+    return {};
+}
+
+FileResult<void> VolumeFileSystem::settleInterruptedMove(const Path& from, const Path& to) {
+    const auto source = impl_->resolver.placeForChange(from);
+    if (!source) return tl::unexpected(source.error());
+    const auto target = impl_->resolver.placeForChange(to);
+    if (!target) return tl::unexpected(target.error());
+    return settleMoveByCopy({*source, from}, {*target, to});
+}
+
+FileResult<void> VolumeFileSystem::replaceFile(const Path& file, std::string_view content, NewFileMode mode) {
+    const auto place = impl_->resolver.placeForChange(file);
+    if (!place) return tl::unexpected(place.error());
+    return replaceDurably(*place, file, content, mode);
+}
+
+FileResult<void> VolumeFileSystem::removeFile(const Path& file) {
+    const auto place = impl_->resolver.placeForChange(file);
+    if (!place) return tl::unexpected(place.error());
+    const auto item = statItem(place->folder.get(), place->name.c_str());
+    if (!item) return failed(file, item.error());
+    if (S_ISDIR(item->st_mode)) return refused(file, FileFault::isDirectory);
+    if (!S_ISREG(item->st_mode) && !S_ISLNK(item->st_mode)) return refused(file, FileFault::notRegular);
+    if (::unlinkat(place->folder.get(), place->name.c_str(), 0) != 0) return failed(file, errno);
+    if (const int fault = flushFolder(place->folder.get())) return failed(file, fault);
+    return {};
+}
+
+FileResult<void> VolumeFileSystem::removeEmptyDirectory(const Path& folder) {
+    const auto place = impl_->resolver.placeForChange(folder);
+    if (!place) return tl::unexpected(place.error());
+    if (::unlinkat(place->folder.get(), place->name.c_str(), AT_REMOVEDIR) != 0) return failed(folder, errno);
+    if (const int fault = flushFolder(place->folder.get())) return failed(folder, fault);
+    return {};
+}
+
+} // namespace tidwen

@@ -1,0 +1,56 @@
+#include "base/text.h"
+#include "platform/bill_of_materials.h"
+#include "platform/property_list_file.h"
+#include "volume/volume_sources.h"
+
+#include <algorithm>
+
+namespace tidwen {
+
+namespace {
+
+constexpr std::string_view propertyListSuffix = ".plist";
+
+Path receiptsFolder() {
+    return Path("/private/var/db/receipts");
+}
+
+/// "", "/", "Applications" and "Applications/X.app/" all occur; each counts from the root of the volume.
+std::optional<Path> installBase(const PropertyListValue& receipt) {
+    const auto* prefix = receipt.findString("InstallPrefixPath");
+    if (!prefix) return Path();
+    if (prefix->find('\0') != prefix->npos) return std::nullopt;
+    return Path("/" + *prefix).standardized();
+}
+
+} // namespace
+
+std::vector<std::string> VolumeReceipts::packageIDs() const {
+    std::vector<std::string> identifiers;
+    const auto entries = files_.list(receiptsFolder());
+    if (!entries) return identifiers;
+    for (const auto& [name, kind] : *entries)
+        if (kind != FileKind::directory && name.size() > propertyListSuffix.size()
+            && name.ends_with(propertyListSuffix) && isValidUtf8(name))
+            identifiers.push_back(name.substr(0, name.size() - propertyListSuffix.size()));
+    std::sort(identifiers.begin(), identifiers.end()); // the suffix counted in the order of the names
+    return identifiers;
+}
+
+std::optional<Receipt> VolumeReceipts::read(const std::string& packageID) const {
+    constexpr PropertyListLimits limits{.bytes = 1u << 20, .nodes = 20'000, .depth = 16};
+    constexpr std::size_t maxBillBytes = 64u << 20;
+    if (packageID.empty() || packageID.find('/') != packageID.npos) return std::nullopt;
+
+    const auto list = readPropertyList(files_, receiptsFolder() / (packageID + ".plist"), limits);
+    if (!list || !list->asDictionary()) return std::nullopt;
+    const auto base = installBase(*list);
+    if (!base) return std::nullopt;
+
+    Receipt receipt{.packageID = packageID, .installBase = *base, .files = {}};
+    if (const auto bill = files_.read(receiptsFolder() / (packageID + ".bom"), maxBillBytes))
+        receipt.files = readBillOfMaterials(*bill).value_or(std::vector<std::string>());
+    return receipt;
+}
+
+} // namespace tidwen

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "base/log.h"
+#include "platform/applications.h"
+#include "platform/code_signatures.h"
+#include "platform/file_system.h"
+#include "platform/keychain.h"
+#include "platform/launchd.h"
+#include "platform/receipts.h"
+#include "platform/system_extensions.h"
+#include "platform/user_environment.h"
+
+/// What a running Mac answers through tools, read here from the files in which macOS keeps it.
+namespace tidwen {
+
+/// From the Mach-O file itself; a script's from "Contents/_CodeSignature".
+class FileCodeSignatures : public CodeSignatures {
+public:
+    explicit FileCodeSignatures(const FileSystem& files) : files_(files) {}
+    CodeSignature read(const Path& bundle, const Path& executable) const override;
+
+private:
+    const FileSystem& files_;
+};
+
+/// "/private/var/db/receipts": one property list and one bill of materials per package.
+class VolumeReceipts : public Receipts {
+public:
+    explicit VolumeReceipts(const FileSystem& files) : files_(files) {}
+    std::vector<std::string> packageIDs() const override;
+    std::optional<Receipt> read(const std::string& packageID) const override;
+
+private:
+    const FileSystem& files_;
+};
+
+/// "/Library/SystemExtensions/db.plist".
+class VolumeSystemExtensions : public SystemExtensions {
+public:
+    explicit VolumeSystemExtensions(const FileSystem& files) : files_(files) {}
+    std::vector<SystemExtensionRecord> list() const override;
+
+private:
+    const FileSystem& files_;
+};
+
+/// "/private/var/db/com.apple.xpc.launchd/disabled.plist" and "disabled.<uid>.plist".
+class VolumeLaunchd : public Launchd {
+public:
+    VolumeLaunchd(const FileSystem& files, const UserEnvironment& user) : files_(files), user_(user) {}
+    std::map<std::string, bool> disabledOverrides(bool isSystemDomain) const override;
+
+private:
+    const FileSystem& files_;
+    const UserEnvironment& user_;
+};
+
+/// A keychain's items are encrypted by the running Mac: none can be read here.
+class VolumeKeychain : public Keychain {
+public:
+    std::vector<KeychainEntry> entries() const override { return {}; }
+    std::int32_t deleteItems(KeychainItemClass, const std::string&) override { return keychainItemNotFound; }
+};
+
+/// Nothing runs on a volume.
+class VolumeRunningApplications : public RunningApplications {
+public:
+    bool isRunning(const std::string&) const override { return false; }
+    bool quit(const std::string&, std::chrono::milliseconds) override { return true; }
+};
+
+} // namespace tidwen

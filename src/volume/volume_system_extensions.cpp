@@ -1,0 +1,36 @@
+#include "platform/property_list_file.h"
+#include "volume/volume_sources.h"
+
+#include <algorithm>
+
+namespace tidwen {
+
+namespace {
+
+/// The application that brought the extension: people know its name, not the extension's.
+std::string displayName(const PropertyListValue& extension, const std::string& bundleID) {
+    const auto* container = extension.find("container");
+    const auto* bundle = container ? container->findString("bundlePath") : nullptr;
+    return bundle && !bundle->empty() ? Path(*bundle).stem() : bundleID;
+}
+
+} // namespace
+
+std::vector<SystemExtensionRecord> VolumeSystemExtensions::list() const {
+    std::vector<SystemExtensionRecord> records;
+    const auto database = readPropertyList(files_, Path("/Library/SystemExtensions/db.plist"));
+    const auto* extensions = database ? database->find("extensions") : nullptr;
+    if (!extensions || !extensions->asArray()) return records;
+    for (const auto& extension : *extensions->asArray()) {
+        const auto* bundleID = extension.findString("identifier");
+        const auto* teamID = extension.findString("teamID");
+        if (!bundleID || bundleID->empty() || !teamID) continue;
+        // An update that waits for a restart stands beside the version in use.
+        const bool isKnown = std::any_of(records.begin(), records.end(),
+                                         [&](const auto& record) { return record.bundleID == *bundleID; });
+        if (!isKnown) records.push_back({*teamID, *bundleID, displayName(extension, *bundleID)});
+    }
+    return records;
+}
+
+} // namespace tidwen

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
+
+namespace tidwen {
+
+/// Why it is not clear whose leftovers to look for.
+struct VolumeUserError {
+    enum class Kind { noHome, severalHomes, notAFolder };
+    Kind kind = Kind::noHome;
+    std::vector<Path> candidates; ///< of `severalHomes`
+    Path home;                    ///< of `notAFolder`
+};
+
+/// The user of a volume: `home` when given, else the one folder of "/Users" that is a user's (not "Shared",
+/// "Guest" or a hidden one; it has a "Library"). The per-user cache and temporary folders are the pair under
+/// "/private/var/folders" that belongs to the home's owner.
+tl::expected<UserEnvironment, VolumeUserError> findVolumeUser(const FileSystem& files,
+                                                              const std::optional<Path>& home);
+
+} // namespace tidwen
