@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 #include <unicode/unistr.h>
+#include <utility>
 
 namespace tidwen {
 

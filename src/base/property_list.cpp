@@ -2,6 +2,8 @@
 
 #include "base/property_list_forms.h"
 
+#include <utility>
+
 namespace tidwen {
 
 namespace {

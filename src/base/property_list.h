@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 #include <tl/expected.hpp>
+#include <type_traits>
+#include <utility>
 #include <variant>
 #include <vector>
 

@@ -22,21 +22,25 @@ FileResult<Path> resolveExistingParents(const Path& path, const FileSystem& file
     }
 }
 
-bool isQuarantine(const Path& resolved, const FileSystem& files, const PathPolicy& policy) {
-    if (policy.isQuarantineEndpoint(resolved)) return true;
-    const auto home = files.resolve(policy.home());
-    if (!home) return false;
-    UserEnvironment behindLinks;
-    behindLinks.home = *home;
-    return PathPolicy(behindLinks).isQuarantineEndpoint(resolved);
-}
-
 /// Judges the very paths that will be touched. The policy resolved links on its own a moment ago; a link that
 /// was turned in between led it elsewhere than us.
-bool mayTouch(const Path& resolved, bool isQuarantineSide, const FileSystem& files,
-              const PathPolicy& policy) {
-    return isQuarantineSide ? isQuarantine(resolved, files, policy) : !policy.check(resolved, true);
-}
+class ResolvedPathJudge {
+  public:
+    ResolvedPathJudge(const PathPolicy& policy, const FileSystem& files)
+        : policy_(policy), behindLinks_(policy.forResolvedHome(files)) {}
+
+    bool isInQuarantine(const Path& path) const {
+        return policy_.isQuarantineEndpoint(path)
+               || (behindLinks_ && behindLinks_->isQuarantineEndpoint(path));
+    }
+    bool isAllowedPlace(const Path& path) const {
+        return !policy_.check(path, true) && !(behindLinks_ && behindLinks_->check(path, true));
+    }
+
+  private:
+    const PathPolicy& policy_;
+    std::optional<PathPolicy> behindLinks_;
+};
 
 Message blocked(const std::string& path, Log& log) {
     log.warning("Move blocked by path policy: {}", path);
@@ -55,9 +59,10 @@ std::optional<Message> screenedMove(const operation::Move& move, FileSystem& fil
     const auto to = resolveExistingParents(move.destination, files);
     if (!to) return failure(to.error());
 
+    const ResolvedPathJudge judge(policy, files);
     const bool leavesQuarantine = policy.isQuarantineEndpoint(move.source);
-    if (!mayTouch(*from, leavesQuarantine, files, policy)) return blocked(from->string(), log);
-    if (!mayTouch(*to, !leavesQuarantine, files, policy)) return blocked(to->string(), log);
+    if (!judge.isInQuarantine(leavesQuarantine ? *from : *to)) return blocked(move.destination.string(), log);
+    if (!judge.isAllowedPlace(leavesQuarantine ? *to : *from)) return blocked(move.source.string(), log);
 
     if (const auto created = files.createDirectories(to->parent()); !created) return failure(created.error());
     if (const auto moved = files.move(*from, *to); !moved) return failure(moved.error());

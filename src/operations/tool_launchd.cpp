@@ -1,11 +1,51 @@
 #include "operations/tool_launchd.h"
 
 #include "base/text.h"
+#include "operations/admin_batch.h"
+#include "operations/posix_process_runner.h"
 #include "operations/tool_arguments.h"
 #include "operations/tool_lines.h"
 #include "operations/tool_paths.h"
+#include "scan/path_policy.h"
+
+#include <array>
+#include <vector>
 
 namespace tidwen {
+namespace {
+
+constexpr std::chrono::seconds switchTimeout{30};
+constexpr std::chrono::seconds administratorTimeout{120};
+constexpr std::string_view cancelledMark = "-128"; // the scripting tool's number for a dismissed prompt
+
+using Command = std::vector<std::string>;
+using Outcome = tl::expected<void, LaunchdError>;
+
+Outcome failed(const ProcessResult& result) {
+    return tl::unexpected(LaunchdError{LaunchdError::Kind::failed,
+                                       {"startup.toggle.failed %@", {trimmed(result.standardError)}}});
+}
+
+Outcome failed(const ProcessRunnerError& error) {
+    return tl::unexpected(LaunchdError{LaunchdError::Kind::process, describe(error)});
+}
+
+/// The first command decides; loading what is loaded, or unloading what is not, must not fail a switch.
+std::array<Command, 2> switchCommands(bool on, const std::string& domain, const std::string& label,
+                                      const Path& plist) {
+    const auto target = domain + "/" + label;
+    if (on) return {Command{"enable", target}, Command{"bootstrap", domain, plist.string()}};
+    return {Command{"disable", target}, Command{"bootout", target}};
+}
+
+std::string shellLine(const Command& command) {
+    std::string line = adminBatch::quoted(toolPaths::launchctl);
+    for (const auto& word : command)
+        line += " " + adminBatch::quoted(word);
+    return line;
+}
+
+} // namespace
 
 std::map<std::string, bool> ToolLaunchd::disabledOverrides(bool isSystemDomain) const {
     const auto result = processes_.run(
@@ -13,6 +53,32 @@ std::map<std::string, bool> ToolLaunchd::disabledOverrides(bool isSystemDomain) 
         std::chrono::seconds(10));
     if (!result || result->exitCode != 0) return {};
     return parseDisabledServices(result->standardOutput);
+}
+
+Outcome ToolLaunchd::setEnabled(bool on, const std::string& label, const Path& plist, bool isSystemDomain) {
+    // A label that means something else to launchctl could switch the whole session.
+    if (!toolArguments::isLabel(label) || !toolArguments::isBatchPath(plist))
+        return tl::unexpected(LaunchdError{LaunchdError::Kind::failed, {blockedBySafetyPolicyKey}});
+    const auto commands =
+        switchCommands(on, toolArguments::launchdDomain(isSystemDomain, userID_), label, plist);
+    if (isSystemDomain)
+        return switchAsAdministrator(shellLine(commands[0]) + " && { " + shellLine(commands[1])
+                                     + " || true; }");
+    const auto first = processes_.run(toolPaths::launchctl, commands[0], switchTimeout);
+    if (!first) return failed(first.error());
+    if (first->exitCode != 0) return failed(*first);
+    (void)processes_.run(toolPaths::launchctl, commands[1], switchTimeout);
+    return {};
+}
+
+Outcome ToolLaunchd::switchAsAdministrator(const std::string& script) {
+    const auto result =
+        processes_.run(toolPaths::osascript, {"-e", adminBatch::appleScript(script)}, administratorTimeout);
+    if (!result) return failed(result.error());
+    if (result->exitCode == 0) return {};
+    if (result->standardError.find(cancelledMark) != std::string::npos)
+        return tl::unexpected(LaunchdError{LaunchdError::Kind::authorizationCancelled, {}});
+    return failed(*result);
 }
 
 std::map<std::string, bool> parseDisabledServices(std::string_view output) {

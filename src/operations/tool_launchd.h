@@ -8,14 +8,19 @@
 
 namespace tidwen {
 
-/// launchd's list of overrides on the running Mac, asked of /bin/launchctl (at most 10 seconds).
+/// launchd on the running Mac, through /bin/launchctl (at most 10 seconds for a question, 30 for a switch). A
+/// job of the system domain is switched behind an administrator prompt.
 class ToolLaunchd : public Launchd {
   public:
     /// `userID` names the user's session.
     ToolLaunchd(ProcessRunner& processes, std::uint32_t userID) : processes_(processes), userID_(userID) {}
     std::map<std::string, bool> disabledOverrides(bool isSystemDomain) const override;
+    tl::expected<void, LaunchdError> setEnabled(bool on, const std::string& label, const Path& plist,
+                                                bool isSystemDomain) override;
 
   private:
+    tl::expected<void, LaunchdError> switchAsAdministrator(const std::string& script);
+
     ProcessRunner& processes_;
     std::uint32_t userID_;
 };

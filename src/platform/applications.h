@@ -7,7 +7,7 @@ namespace tidwen {
 
 /// The applications that run now. On a volume none does.
 class RunningApplications {
-public:
+  public:
     virtual ~RunningApplications() = default;
     virtual bool isRunning(const std::string& bundleID) const = 0;
     /// Asks every instance to quit and waits; true when none is left. Blocks up to `wait`.

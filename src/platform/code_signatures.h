@@ -16,7 +16,7 @@ struct CodeSignature {
 };
 
 class CodeSignatures {
-public:
+  public:
     virtual ~CodeSignatures() = default;
     /// `executable` is the bundle's main executable. Unsigned or unreadable code gives an empty signature.
     virtual CodeSignature read(const Path& bundle, const Path& executable) const = 0;

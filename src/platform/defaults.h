@@ -9,7 +9,7 @@ namespace tidwen {
 
 /// The user's settings of this program: the defaults domain on a Mac, one property list elsewhere.
 class Defaults {
-public:
+  public:
     virtual ~Defaults() = default;
     virtual std::optional<PropertyListValue> value(const std::string& key) const = 0;
     /// Stores at once; nothing removes the key. False when it could not be written.

@@ -24,6 +24,8 @@ std::string_view failureKey(FileFault fault) {
         return "failure.file.noSpace";
     case FileFault::nameTooLong:
         return "failure.file.nameTooLong";
+    case FileFault::busy:
+        return "failure.file.busy";
     case FileFault::notSupported:
         return "failure.file.notSupported";
     case FileFault::io:

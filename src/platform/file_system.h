@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,9 +28,10 @@ struct FileInfo {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
     bool immutable = false; ///< carries a flag that forbids moving it, also for its owner
-    std::optional<std::int64_t> createdNanoseconds; ///< birth, since 1970; absent where the disk does not keep it
-    /// When the item came into its folder, since 1970; where the disk does not keep that, when the system last
-    /// wrote its record, which a move does.
+    std::optional<std::int64_t>
+        createdNanoseconds; ///< birth, since 1970; absent where the disk does not keep it
+    /// When the item came into its folder, since 1970; where the disk does not keep that, when the system
+    /// last wrote its record, which a move does.
     std::optional<std::int64_t> addedNanoseconds;
 };
 
@@ -39,16 +41,17 @@ struct DirectoryEntry {
 };
 
 enum class FileFault {
-    missing,      ///< an item or one of its parents does not exist
-    exists,       ///< the destination is taken, also by a dangling link
-    denied,       ///< permissions, a read-only disk, an immutable item, privacy protection
+    missing, ///< an item or one of its parents does not exist
+    exists,  ///< the destination is taken, also by a dangling link
+    denied,  ///< permissions, a read-only disk, an immutable item, privacy protection
     notDirectory,
     isDirectory,
-    throughLink,  ///< a parent is a symbolic link where none may be
-    notRegular,   ///< asked to read something that is no plain file
-    tooLarge,     ///< more bytes than the caller allowed
+    throughLink, ///< a parent is a symbolic link where none may be
+    notRegular,  ///< asked to read something that is no plain file
+    tooLarge,    ///< more bytes than the caller allowed
     noSpace,
     nameTooLong,
+    busy,         ///< another process holds it
     notSupported, ///< the file system or disk cannot do it
     io,           ///< anything else
 };
@@ -61,10 +64,10 @@ struct FileError {
     friend bool operator==(const FileError&, const FileError&) = default;
 };
 
-/// The key of the words for a fault ("failure.file.missing" …), and whether trying as root could help.
+/// The key of the words for a fault ("failure.file.missing" …).
 std::string_view failureKey(FileFault fault);
 
-template <class T>
+template<class T>
 using FileResult = tl::expected<T, FileError>;
 
 /// What a walk of a folder found before it ended or was cut short.
@@ -77,6 +80,12 @@ struct TreeSize {
 /// How a tree may be changed: what `replaceFile` keeps of the file it replaces.
 enum class NewFileMode { privateToOwner, likeExisting };
 
+/// Held until it is destroyed, or its process ends.
+class FileLock {
+  public:
+    virtual ~FileLock() = default;
+};
+
 /// A Mac's files. All paths are absolute Mac paths; on a mounted volume they are resolved inside its root and
 /// nothing outside it can be named, whatever links the volume holds.
 ///
@@ -85,7 +94,7 @@ enum class NewFileMode { privateToOwner, likeExisting };
 /// takes the last component as it is: resolve first with `resolveParent` and judge the answer, so that what
 /// was judged is what is touched.
 class FileSystem {
-public:
+  public:
     virtual ~FileSystem() = default;
 
     // Reading
@@ -99,13 +108,15 @@ public:
     /// The whole content of a plain file of at most `maxBytes`. Never blocks on a pipe or device.
     virtual FileResult<std::string> read(const Path& file, std::size_t maxBytes) const = 0;
     /// Up to `length` bytes from `offset`; shorter at the end of the file.
-    virtual FileResult<std::string> readRange(const Path& file, std::uint64_t offset, std::size_t length) const = 0;
+    virtual FileResult<std::string> readRange(const Path& file, std::uint64_t offset,
+                                              std::size_t length) const = 0;
     /// An extended attribute's value; `missing` when the item has none of that name.
     virtual FileResult<std::string> extendedAttribute(const Path& path, const std::string& name) const = 0;
     /// The path with every symbolic link resolved, as a Mac path. The item must exist.
     virtual FileResult<Path> resolve(const Path& path) const = 0;
     /// Allocated bytes of a plain file, or of everything below a folder (the folder included), stopping after
-    /// `entryLimit` entries. Other file systems below are not entered. An unreadable subfolder counts as empty.
+    /// `entryLimit` entries. Other file systems below are not entered. An unreadable subfolder counts as
+    /// empty.
     virtual FileResult<TreeSize> treeSize(const Path& path, std::uint64_t entryLimit,
                                           const StopToken& stop = {}) const = 0;
     /// May the current user add and remove entries of this folder (or change this file)?
@@ -124,6 +135,9 @@ public:
     /// After a kill in the middle of a move between devices: completes it when the original was already set
     /// aside, else drops the unfinished copy. Does nothing when there is nothing to settle.
     virtual FileResult<void> settleInterruptedMove(const Path& from, const Path& to) = 0;
+    /// True when a kill in the middle of a move between devices left the item of `from` aside: it is at
+    /// neither place until `settleInterruptedMove` brings it to one of them.
+    virtual bool isSetAside(const Path& from) const = 0;
     /// Writes a file so that after a crash either the old content or the new is there: temporary file in the
     /// same folder, flushed, renamed over, folder flushed. Permissions, owner and extended attributes of a
     /// file that it replaces are kept with `likeExisting`.
@@ -132,6 +146,12 @@ public:
     virtual FileResult<void> removeFile(const Path& file) = 0;
     /// Removes a folder that is empty.
     virtual FileResult<void> removeEmptyDirectory(const Path& folder) = 0;
+    /// Deletes a folder with everything in it, for good: never through a link, never on another disk mounted
+    /// below. An error ends it half done.
+    virtual FileResult<void> removeTree(const Path& folder) = 0;
+    /// Takes a lock between processes, in a file that is created when it is missing and stays. `busy` when
+    /// another process holds it, `notRegular` when something else has that name.
+    virtual FileResult<std::unique_ptr<FileLock>> lock(const Path& file) = 0;
 
     // Said in terms of the above
 

@@ -25,7 +25,7 @@ struct ProcessRunnerError {
 
 /// Starts external tools. The port exists so that tests answer for the tools.
 class ProcessRunner {
-public:
+  public:
     virtual ~ProcessRunner() = default;
     /// Starts `executable` (an absolute path, no search) with the null device as input and captures what it
     /// prints. Blocks; never call it from the main thread. A tool that overruns `timeout` is terminated.

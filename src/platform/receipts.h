@@ -17,7 +17,7 @@ struct Receipt {
 };
 
 class Receipts {
-public:
+  public:
     virtual ~Receipts() = default;
     /// Identifiers of every installed package, sorted. Empty when they cannot be had.
     virtual std::vector<std::string> packageIDs() const = 0;

@@ -13,7 +13,7 @@ struct SystemExtensionRecord {
 };
 
 class SystemExtensions {
-public:
+  public:
     virtual ~SystemExtensions() = default;
     /// One record per bundle identifier. Empty when they cannot be had.
     virtual std::vector<SystemExtensionRecord> list() const = 0;

@@ -16,7 +16,10 @@ RemovalHistoryEntry historyEntry(const Path& root, Manifest manifest, const File
     for (const auto& step : entry.manifest.entries) {
         if (step.kind != ManifestEntryKind::move) continue;
         ++entry.totalMoves;
-        if (step.destination && files.exists(Path(*step.destination))) ++entry.pendingMoves;
+        if (!step.destination) continue;
+        const Path item(*step.destination);
+        // An undo that was cut off between two devices still has it on its way.
+        if (files.exists(item) || files.isSetAside(item)) ++entry.pendingMoves;
     }
     if (includeSize)
         if (const auto size = files.treeSize(root, historySizeEntryLimit))

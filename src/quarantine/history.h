@@ -16,6 +16,8 @@ struct RemovalHistoryEntry {
     std::optional<std::int64_t> sizeBytes = {}; ///< absent when sizes were not asked for
     int pendingMoves = 0;                       ///< moves whose item still lies in quarantine
     int totalMoves = 0;
+
+    friend bool operator==(const RemovalHistoryEntry&, const RemovalHistoryEntry&) = default;
 };
 
 /// Newest first. A folder without a readable manifest does not appear.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "scan/scan_context.h"
 #include "scan/search_location.h"
 #include "scan/trace_collector.h"
 

@@ -26,9 +26,6 @@ class PathPolicy {
 
     explicit PathPolicy(const UserEnvironment& user);
 
-    /// The home whose Trash and folders the rules speak of.
-    const Path& home() const { return user_.home; }
-
     /// Judges one path that is about to be taken away. Looks at the text only.
     std::optional<Violation> check(const Path& url, bool allowsInstallerInDownloads = false) const;
 
@@ -43,6 +40,10 @@ class PathPolicy {
     /// A disk image or package that lies directly in the user's Downloads.
     bool isInstallerInDownloads(const Path& url) const;
 
+    /// The same rules under the other spelling of a home that is reached through a link; nothing when there is
+    /// no other.
+    std::optional<PathPolicy> forResolvedHome(const FileSystem& files) const;
+
   private:
     using Components = std::vector<std::string>; ///< each as `fileNameKey` gives it
 
@@ -50,8 +51,6 @@ class PathPolicy {
         Components prefix;
         std::vector<Components> exceptions;
     };
-
-    std::optional<PathPolicy> forResolvedHome(const FileSystem& files) const;
 
     UserEnvironment user_;
     std::set<Components> deniedExact_;

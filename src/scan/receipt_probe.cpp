@@ -90,9 +90,7 @@ class ReceiptProbe {
 
         auto trace = makeTrace(path, packageID);
         trace.contestedBy = contestedBy ? contestedBy : claimant(path);
-        const auto before = traces_.traces().size();
-        traces_.addFound(std::move(trace), realPath->parent());
-        if (traces_.traces().size() == before) return;
+        if (!traces_.addFound(std::move(trace), realPath->parent())) return;
         closed_.add(path);
         closed_.add(*realPath);
         ++taken_;

@@ -2,6 +2,7 @@
 
 #include "platform/receipts.h"
 #include "scan/other_applications.h"
+#include "scan/scan_context.h"
 #include "scan/trace_collector.h"
 
 #include <vector>

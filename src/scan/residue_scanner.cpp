@@ -1,6 +1,5 @@
 #include "scan/residue_scanner.h"
 
-#include "base/parallel.h"
 #include "base/text.h"
 #include "scan/bundle.h"
 #include "scan/location_scan.h"
@@ -44,10 +43,10 @@ bool isInTrash(const Path& bundle, const Path& trash) {
     return bundle.isWithinIgnoringCase(trash) && bundle.components().size() > trash.components().size();
 }
 
-Trace applicationTrace(const ScanContext& context, const AppTarget& target) {
+Trace applicationTrace(const FileSystem& files, const UserEnvironment& user, const AppTarget& target) {
     return makeTrace(TraceCategory::application, action::MovePath{target.bundleURL}, {},
                      Reversibility::reversible, target.bundleURL.string(), std::nullopt,
-                     moveNeedsRoot(context.files, context.user, target.bundleURL));
+                     moveNeedsRoot(files, user, target.bundleURL));
 }
 
 Trace permissionTrace(const ResidueMatcher& matcher) {
@@ -67,15 +66,18 @@ void addEmbeddedJobs(const AppTarget& target, TraceCollector& traces) {
                              Reversibility::reversible, job.label, std::nullopt, job.isSystemDomain));
 }
 
-/// Sizes are absent where they cannot be told; a walk that stops at the limit counts what it saw.
-void measure(const ScanContext& context, std::vector<Trace>& traces) {
-    parallelFor(traces.size(), [&](std::size_t i) {
-        const auto* path = movedPath(traces[i].action);
-        if (!path || context.stop.stopRequested()) return;
-        const auto size = context.files.treeSize(*path, traceSizeEntryLimit, context.stop);
-        if (size && !context.stop.stopRequested())
-            traces[i].sizeBytes = static_cast<std::int64_t>(size->allocatedBytes);
+/// Groups that others declare too. To learn them every signature on the Mac is read, so they are asked for
+/// only when a folder's reason depends on the answer.
+std::set<std::string> sharedGroups(const ResidueScanner::Neighbours& neighbours, const FileSystem& files,
+                                   const UserEnvironment& user, const AppTarget& target) {
+    if (target.appGroups.empty() || !neighbours.groupsOfOthers) return {};
+    const auto folders = files.list(user.library() / "Group Containers");
+    if (!folders) return {};
+    const ResidueMatcher matcher(target, {}, {}, {});
+    const bool matters = std::any_of(folders->begin(), folders->end(), [&](const DirectoryEntry& folder) {
+        return matcher.matchAppGroup(folder.name).has_value();
     });
+    return matters ? neighbours.groupsOfOthers(target.bundleURL) : std::set<std::string>();
 }
 
 } // namespace
@@ -91,23 +93,22 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
         last = category;
     };
 
-    const auto installed = withoutTarget(ports_.files, neighbours_.installed, target);
-    std::set<std::string> sharedGroups;
-    if (!target.appGroups.empty() && neighbours_.groupsOfOthers)
-        sharedGroups = neighbours_.groupsOfOthers(target.bundleURL);
-    const ResidueMatcher matcher(target, OtherApplications(installed, target.bundleURL, target.bundleID),
-                                 helperBundleIDs(ports_.files, target), sharedGroups);
-    const PathPolicy policy(user_);
-    const ScanContext context = {ports_.files, user_, policy, matcher, stop, ports_.log};
-
     ScanResult result;
     result.target = target;
-    result.nameMatchingDisabled = matcher.nameMatchingDisabled();
-    TraceCollector traces(context);
+
+    // First of all, so that the bundle is measured while everything else is searched.
+    const PathPolicy policy(user_);
+    TraceCollector traces(ports_.files, policy, stop, ports_.log);
     if (!isValidUtf8(target.bundleURL.string()))
         ports_.log.warning("Left out, its name is not valid UTF-8: {}", printable(target.bundleURL.string()));
     else if (!isInTrash(target.bundleURL.standardized(), user_.trash().standardized()))
-        traces.add(applicationTrace(context, target));
+        traces.add(applicationTrace(ports_.files, user_, target));
+
+    const auto installed = withoutTarget(ports_.files, neighbours_.installed, target);
+    const ResidueMatcher matcher(target, OtherApplications(installed, target.bundleURL, target.bundleID),
+                                 helperBundleIDs(ports_.files, target),
+                                 sharedGroups(neighbours_, ports_.files, user_, target));
+    const ScanContext context = {ports_.files, user_, policy, matcher, stop, ports_.log};
     traces.add(permissionTrace(matcher));
     for (const auto& location : searchLocations(user_)) {
         if (stop.stopRequested()) break;
@@ -123,10 +124,10 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     report(TraceCategory::systemExtensions);
     if (!stop.stopRequested()) probeSystemExtensions(context, ports_.systemExtensions, ports_.texts, traces);
     report(TraceCategory::permissions);
-    result.traces = traces.take();
-    measure(context, result.traces);
+    result.nameMatchingDisabled = matcher.nameMatchingDisabled();
     if (!stop.stopRequested())
         result.permissions = PermissionAudit(ports_.files, user_, ports_.texts).audit(target);
+    result.traces = traces.take();
     return result;
 }
 

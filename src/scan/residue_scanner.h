@@ -12,6 +12,7 @@
 #include "scan/residue_matcher.h"
 #include "scan/scan_result.h"
 #include "scan/search_location.h"
+#include "scan/size_measurer.h"
 
 #include <functional>
 #include <mutex>
@@ -20,10 +21,6 @@
 #include <vector>
 
 namespace tidwen {
-
-/// How many entries a size walk visits before it stops: traces and installers, and history folders.
-inline constexpr std::uint64_t traceSizeEntryLimit = 20'000;
-inline constexpr std::uint64_t historySizeEntryLimit = 2'000;
 
 /// Finds everything one application left behind. Never fails: what could not be read is in the result.
 /// One scan at a time; concurrent callers wait for one another.

@@ -3,6 +3,7 @@
 #include "base/texts.h"
 #include "platform/keychain.h"
 #include "platform/system_extensions.h"
+#include "scan/scan_context.h"
 #include "scan/trace_collector.h"
 
 namespace tidwen {

@@ -5,19 +5,31 @@
 namespace tidwen {
 
 void TraceCollector::add(Trace trace) {
-    if (const auto* path = movedPath(trace.action)) paths_.insert(path->string());
+    if (const auto* path = movedPath(trace.action)) {
+        paths_.insert(path->string());
+        measured_.push_back(traces_.size());
+        sizes_.add(*path);
+    }
     traces_.push_back(std::move(trace));
 }
 
-void TraceCollector::addFound(Trace trace, const Path& realParent) {
+bool TraceCollector::addFound(Trace trace, const Path& realParent) {
     const Path& path = *movedPath(trace.action);
     if (!isValidUtf8(path.string())) {
-        context_.log.warning("Left out, its name is not valid UTF-8: {}", printable(path.string()));
-        return;
+        log_.warning("Left out, its name is not valid UTF-8: {}", printable(path.string()));
+        return false;
     }
-    if (isCovered(path) || context_.policy.check(path)) return;
-    if (realParent != path.parent() && context_.policy.check(realParent / path.lastComponent())) return;
+    if (isCovered(path) || policy_.check(path)) return false;
+    if (realParent != path.parent() && policy_.check(realParent / path.lastComponent())) return false;
     add(std::move(trace));
+    return true;
+}
+
+std::vector<Trace> TraceCollector::take() {
+    const auto sizes = sizes_.finish();
+    for (std::size_t i = 0; i < measured_.size(); ++i)
+        traces_[measured_[i]].sizeBytes = sizes[i];
+    return std::move(traces_);
 }
 
 bool TraceCollector::isCovered(const Path& path) const {

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "scan/scan_context.h"
+#include "base/log.h"
+#include "scan/path_policy.h"
+#include "scan/size_measurer.h"
 #include "scan/trace.h"
 
 #include <set>
@@ -9,28 +11,35 @@
 
 namespace tidwen {
 
-/// The traces of one scan in the order in which they were found, and the gate that each file passes.
+/// The traces of one scan in the order in which they were found, and the gate that each file passes. Files
+/// are measured while the search goes on.
 class TraceCollector {
   public:
-    explicit TraceCollector(const ScanContext& context) : context_(context) {}
+    TraceCollector(const FileSystem& files, const PathPolicy& policy, const StopToken& stop, Log& log)
+        : policy_(policy), log_(log), sizes_(files, stop) {}
 
     /// For what the application declares and for what is no file.
     void add(Trace trace);
 
-    /// For a file or folder that was found. Left out: one that must not be moved, also when `realParent`, the
-    /// parent without links, leads to such a place; one that was found already, or whose folder was; one
-    /// whose name no manifest can hold.
-    void addFound(Trace trace, const Path& realParent);
+    /// For a file or folder that was found. Left out, with `false`: one that must not be moved, also when
+    /// `realParent`, the parent without links, leads to such a place; one that was found already, or whose
+    /// folder was; one whose name no manifest can hold.
+    bool addFound(Trace trace, const Path& realParent);
 
     const std::vector<Trace>& traces() const { return traces_; }
-    std::vector<Trace> take() { return std::move(traces_); }
+
+    /// The traces with their sizes; once, at the end.
+    std::vector<Trace> take();
 
   private:
     bool isCovered(const Path& path) const;
 
-    const ScanContext& context_;
+    const PathPolicy& policy_;
+    Log& log_;
+    SizeMeasurer sizes_;
     std::vector<Trace> traces_;
-    std::set<std::string, std::less<>> paths_; ///< of the files among them
+    std::vector<std::size_t> measured_;        ///< which of the traces
+    std::set<std::string, std::less<>> paths_; ///< theirs
 };
 
 } // namespace tidwen

@@ -133,13 +133,17 @@ class CopiedMove {
     const MoveEnd& from_;
     const MoveEnd& to_;
     const std::string copy_ = nameBeside(".tidwen-copy-", to_.place.name);
-    const std::string aside_ = nameBeside(".tidwen-moved-", from_.place.name);
+    const std::string aside_ = asideName(from_.place.name);
 };
 
 } // namespace
 
 FileResult<void> moveByCopy(const MoveEnd& from, const MoveEnd& to) {
     return CopiedMove(from, to).run();
+}
+
+std::string asideName(const std::string& name) {
+    return nameBeside(".tidwen-moved-", name);
 }
 
 FileResult<void> settleMoveByCopy(const MoveEnd& from, const MoveEnd& to) {

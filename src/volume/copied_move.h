@@ -24,4 +24,7 @@ FileResult<void> moveByCopy(const MoveEnd& from, const MoveEnd& to);
 /// removed. Also finishes a move on one disk that was made of a hard link.
 FileResult<void> settleMoveByCopy(const MoveEnd& from, const MoveEnd& to);
 
+/// What the original of such a move is called while it stands aside.
+std::string asideName(const std::string& name);
+
 } // namespace tidwen

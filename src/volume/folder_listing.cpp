@@ -51,7 +51,7 @@ FolderListing::~FolderListing() {
 const char* FolderListing::next() {
     while (stream_) {
         errno = 0;
-        entry_ = ::readdir(stream_);
+        entry_ = ::readdir(stream_); // NOLINT(concurrency-mt-unsafe): the stream is this listing's alone
         if (!entry_) {
             fault_ = errno;
             return nullptr;

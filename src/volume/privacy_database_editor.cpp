@@ -11,13 +11,20 @@ namespace tidwen {
 namespace {
 
 /// How many rows went; nothing when there is no table of the known form.
-std::optional<int> deleteRows(sqlite3* database, const std::string& client) {
-    if (client.size() > std::numeric_limits<int>::max()) return std::nullopt;
+std::optional<int> deleteRows(sqlite3* database, const std::string& client,
+                              const std::optional<std::string>& service) {
+    constexpr std::size_t longest = std::numeric_limits<int>::max();
+    if (client.size() > longest || (service && service->size() > longest)) return std::nullopt;
+    const char* query = service ? "DELETE FROM main.access WHERE client = ? AND service = ?"
+                                : "DELETE FROM main.access WHERE client = ?";
     sqlite3_stmt* prepared = nullptr;
-    sqlite3_prepare_v2(database, "DELETE FROM main.access WHERE client = ?", -1, &prepared, nullptr);
+    sqlite3_prepare_v2(database, query, -1, &prepared, nullptr);
     const std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> statement(prepared, sqlite3_finalize);
     if (!statement) return std::nullopt;
     sqlite3_bind_text(statement.get(), 1, client.data(), static_cast<int>(client.size()), SQLITE_STATIC);
+    if (service)
+        sqlite3_bind_text(statement.get(), 2, service->data(), static_cast<int>(service->size()),
+                          SQLITE_STATIC);
     if (sqlite3_step(statement.get()) != SQLITE_DONE) return std::nullopt;
     return sqlite3_changes(database);
 }
@@ -25,13 +32,14 @@ std::optional<int> deleteRows(sqlite3* database, const std::string& client) {
 } // namespace
 
 std::optional<Message> deletePermissionRows(FileSystem& files, const Path& database,
-                                            const std::string& client) {
+                                            const std::string& client,
+                                            const std::optional<std::string>& service) {
     const Message failure{"failure.privacyDatabase"};
     const auto opened = readPrivacyDatabase(files, database, true);
     if (!opened && opened.error() == PrivacyDatabaseError::missing) return std::nullopt;
     if (!opened) return failure;
 
-    const auto deleted = deleteRows(opened->handle(), client);
+    const auto deleted = deleteRows(opened->handle(), client, service);
     if (!deleted) return failure;
     if (*deleted == 0) return std::nullopt;
 

@@ -1,6 +1,6 @@
 #include "volume/tree_copy.h"
 
-#include "volume/durable_write.h"
+#include "volume/extended_attributes.h"
 #include "volume/file_content.h"
 #include "volume/folder_listing.h"
 #include "volume/folder_stack.h"
@@ -82,6 +82,13 @@ class TreeCopy : public TreeVisitor {
         const auto target = readLinkTarget(item.folder, item.name);
         if (!target) return target.error();
         if (::symlinkat(target->c_str(), folder(), nameFor(item)) != 0) return errno;
+#ifdef O_SYMLINK
+        // A Mac's links have attributes of their own, quarantine among them.
+        const Descriptor from(::openat(item.folder, item.name, O_RDONLY | O_SYMLINK | O_CLOEXEC));
+        const Descriptor to(::openat(folder(), nameFor(item), O_RDONLY | O_SYMLINK | O_CLOEXEC));
+        if (!from.isOpen() || !to.isOpen()) return errno;
+        if (const int fault = copyExtendedAttributes(from.get(), to.get())) return fault;
+#endif
         return applyMetadata(item.status, folder(), nameFor(item));
     }
 

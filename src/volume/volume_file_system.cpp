@@ -8,10 +8,12 @@
 #include "volume/folder_listing.h"
 #include "volume/item_description.h"
 #include "volume/root_resolver.h"
+#include "volume/tree_removal.h"
 #include "volume/tree_size.h"
 
 #include <algorithm>
 #include <fcntl.h>
+#include <sys/file.h>
 
 namespace tidwen {
 
@@ -36,6 +38,19 @@ OsResult<std::string> readBytes(int file, std::uint64_t offset, std::size_t leng
     }
     return bytes;
 }
+
+} // namespace
+
+namespace {
+
+/// The kernel keeps the lock as long as the file is open.
+class DescriptorLock : public FileLock {
+  public:
+    explicit DescriptorLock(Descriptor file) : file_(std::move(file)) {}
+
+  private:
+    Descriptor file_;
+};
 
 } // namespace
 
@@ -246,6 +261,11 @@ FileResult<void> VolumeFileSystem::settleInterruptedMove(const Path& from, const
     return settleMoveByCopy({*source, from}, {*target, to});
 }
 
+bool VolumeFileSystem::isSetAside(const Path& from) const {
+    const auto source = impl_->resolver.place(from, LastLink::keep);
+    return source && isTaken(source->folder.get(), asideName(source->name).c_str());
+}
+
 FileResult<void> VolumeFileSystem::replaceFile(const Path& file, std::string_view content, NewFileMode mode) {
     const auto place = impl_->resolver.placeForChange(file);
     if (!place) return tl::unexpected(place.error());
@@ -270,6 +290,30 @@ FileResult<void> VolumeFileSystem::removeEmptyDirectory(const Path& folder) {
     if (::unlinkat(place->folder.get(), place->name.c_str(), AT_REMOVEDIR) != 0) return failed(folder, errno);
     if (const int fault = flushFolder(place->folder.get())) return failed(folder, fault);
     return {};
+}
+
+FileResult<void> VolumeFileSystem::removeTree(const Path& folder) {
+    const auto place = impl_->resolver.placeForChange(folder);
+    if (!place) return tl::unexpected(place.error());
+    if (const int fault = tidwen::removeTree(place->folder.get(), place->name.c_str()))
+        return failed(folder, fault);
+    if (const int fault = flushFolder(place->folder.get())) return failed(folder, fault);
+    return {};
+}
+
+FileResult<std::unique_ptr<FileLock>> VolumeFileSystem::lock(const Path& file) {
+    const auto place = impl_->resolver.placeForChange(file);
+    if (!place) return tl::unexpected(place.error());
+    constexpr int flags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    Descriptor opened(uninterrupted(
+        [&] { return ::openat(place->folder.get(), place->name.c_str(), flags, S_IRUSR | S_IWUSR); }));
+    if (!opened.isOpen()) return errno == ELOOP ? refused(file, FileFault::notRegular) : failed(file, errno);
+    const auto item = statOpen(opened.get());
+    if (!item) return failed(file, item.error());
+    if (!S_ISREG(item->st_mode)) return refused(file, FileFault::notRegular);
+    if (uninterrupted([&] { return ::flock(opened.get(), LOCK_EX | LOCK_NB); }) != 0)
+        return errno == EWOULDBLOCK ? refused(file, FileFault::busy) : failed(file, errno);
+    return std::make_unique<DescriptorLock>(std::move(opened));
 }
 
 } // namespace tidwen

@@ -7,11 +7,12 @@
 
 namespace tidwen {
 
-/// The files of a Mac volume that lies in a folder of this machine (or, with "/" as the folder, of this machine
-/// itself). Every path is resolved inside that folder by the kernel (openat2 with RESOLVE_IN_ROOT), or, where
-/// the kernel or a sandbox has no such call, by a walk component by component that answers the same.
+/// The files of a Mac volume that lies in a folder of this machine (or, with "/" as the folder, of this
+/// machine itself). Every path is resolved inside that folder by the kernel (openat2 with RESOLVE_IN_ROOT),
+/// or, where the kernel or a sandbox has no such call, by a walk component by component that answers the
+/// same.
 class VolumeFileSystem : public FileSystem {
-public:
+  public:
     enum class Resolver { automatic, kernel, walk };
 
     /// Opens the root folder and holds it. Fails when it is no folder that can be read.
@@ -25,7 +26,8 @@ public:
     FileResult<FileInfo> infoFollowingLinks(const Path& path) const override;
     FileResult<std::vector<DirectoryEntry>> list(const Path& folder) const override;
     FileResult<std::string> read(const Path& file, std::size_t maxBytes) const override;
-    FileResult<std::string> readRange(const Path& file, std::uint64_t offset, std::size_t length) const override;
+    FileResult<std::string> readRange(const Path& file, std::uint64_t offset,
+                                      std::size_t length) const override;
     FileResult<std::string> extendedAttribute(const Path& path, const std::string& name) const override;
     FileResult<Path> resolve(const Path& path) const override;
     FileResult<TreeSize> treeSize(const Path& path, std::uint64_t entryLimit,
@@ -35,11 +37,14 @@ public:
     FileResult<void> createDirectories(const Path& folder) override;
     FileResult<void> move(const Path& from, const Path& to) override;
     FileResult<void> settleInterruptedMove(const Path& from, const Path& to) override;
+    bool isSetAside(const Path& from) const override;
     FileResult<void> replaceFile(const Path& file, std::string_view content, NewFileMode mode) override;
     FileResult<void> removeFile(const Path& file) override;
     FileResult<void> removeEmptyDirectory(const Path& folder) override;
+    FileResult<void> removeTree(const Path& folder) override;
+    FileResult<std::unique_ptr<FileLock>> lock(const Path& file) override;
 
-private:
+  private:
     class Impl;
     explicit VolumeFileSystem(std::unique_ptr<Impl> impl);
     std::unique_ptr<Impl> impl_;

@@ -19,6 +19,12 @@ void addOverrides(const FileSystem& files, const Path& file, std::map<std::strin
     }
 }
 
+const Path overrideFolder("/private/var/db/com.apple.xpc.launchd");
+
+std::string overrideFileName(bool isSystemDomain, std::uint32_t userID) {
+    return isSystemDomain ? std::string("disabled.plist") : fmt::format("disabled.{}.plist", userID);
+}
+
 } // namespace
 
 std::map<std::string, bool> VolumeLaunchd::disabledOverrides(bool isSystemDomain) const {
@@ -27,10 +33,31 @@ std::map<std::string, bool> VolumeLaunchd::disabledOverrides(bool isSystemDomain
     const auto oldFolder = isSystemDomain ? std::string("com.apple.launchd")
                                           : fmt::format("com.apple.launchd.peruser.{}", user_.userID);
     addOverrides(files_, databases / "launchd.db" / oldFolder / "overrides.plist", overrides);
-    const auto name =
-        isSystemDomain ? std::string("disabled.plist") : fmt::format("disabled.{}.plist", user_.userID);
-    addOverrides(files_, databases / "com.apple.xpc.launchd" / name, overrides);
+    addOverrides(files_, overrideFolder / overrideFileName(isSystemDomain, user_.userID), overrides);
     return overrides;
+}
+
+tl::expected<void, LaunchdError> VolumeLaunchd::setEnabled(bool on, const std::string& label, const Path&,
+                                                           bool isSystemDomain) {
+    const auto failed = [](const FileError& error) {
+        return tl::unexpected(
+            LaunchdError{LaunchdError::Kind::failed, {std::string(failureKey(error.fault))}});
+    };
+    const Path file = overrideFolder / overrideFileName(isSystemDomain, user_.userID);
+    PropertyListDictionary overrides;
+    if (files_.exists(file)) {
+        const auto list = readPropertyList(files_, file);
+        // Writing over what cannot be read would switch every other job of the list.
+        if (!list || !list->asDictionary()) return failed({FileFault::io, file, 0});
+        overrides = *list->asDictionary();
+    } else if (const auto made = files_.createDirectories(overrideFolder); !made) {
+        return failed(made.error());
+    }
+    overrides.insert_or_assign(label, PropertyListValue(!on));
+    const auto written =
+        files_.replaceFile(file, writeBinaryPropertyList(std::move(overrides)), NewFileMode::likeExisting);
+    if (!written) return failed(written.error());
+    return {};
 }
 
 } // namespace tidwen

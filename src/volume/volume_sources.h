@@ -15,56 +15,59 @@ namespace tidwen {
 
 /// From the Mach-O file itself; a script's from "Contents/_CodeSignature".
 class FileCodeSignatures : public CodeSignatures {
-public:
+  public:
     explicit FileCodeSignatures(const FileSystem& files) : files_(files) {}
     CodeSignature read(const Path& bundle, const Path& executable) const override;
 
-private:
+  private:
     const FileSystem& files_;
 };
 
 /// "/private/var/db/receipts": one property list and one bill of materials per package.
 class VolumeReceipts : public Receipts {
-public:
+  public:
     explicit VolumeReceipts(const FileSystem& files) : files_(files) {}
     std::vector<std::string> packageIDs() const override;
     std::optional<Receipt> read(const std::string& packageID) const override;
 
-private:
+  private:
     const FileSystem& files_;
 };
 
 /// "/Library/SystemExtensions/db.plist".
 class VolumeSystemExtensions : public SystemExtensions {
-public:
+  public:
     explicit VolumeSystemExtensions(const FileSystem& files) : files_(files) {}
     std::vector<SystemExtensionRecord> list() const override;
 
-private:
+  private:
     const FileSystem& files_;
 };
 
 /// "/private/var/db/com.apple.xpc.launchd/disabled.plist" and "disabled.<uid>.plist".
 class VolumeLaunchd : public Launchd {
-public:
-    VolumeLaunchd(const FileSystem& files, const UserEnvironment& user) : files_(files), user_(user) {}
+  public:
+    VolumeLaunchd(FileSystem& files, const UserEnvironment& user) : files_(files), user_(user) {}
     std::map<std::string, bool> disabledOverrides(bool isSystemDomain) const override;
+    /// Writes the override file; nothing is loaded on a volume.
+    tl::expected<void, LaunchdError> setEnabled(bool on, const std::string& label, const Path& plist,
+                                                bool isSystemDomain) override;
 
-private:
-    const FileSystem& files_;
+  private:
+    FileSystem& files_;
     const UserEnvironment& user_;
 };
 
 /// A keychain's items are encrypted by the running Mac: none can be read here.
 class VolumeKeychain : public Keychain {
-public:
+  public:
     std::vector<KeychainEntry> entries() const override { return {}; }
     std::int32_t deleteItems(KeychainItemClass, const std::string&) override { return keychainItemNotFound; }
 };
 
 /// Nothing runs on a volume.
 class VolumeRunningApplications : public RunningApplications {
-public:
+  public:
     bool isRunning(const std::string&) const override { return false; }
     bool quit(const std::string&, std::chrono::milliseconds) override { return true; }
 };

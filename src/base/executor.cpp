@@ -1,0 +1,94 @@
+#include "base/executor.h"
+
+#include <algorithm>
+
+namespace tidwen {
+
+void MainQueue::post(std::function<void()> work) {
+    {
+        const std::lock_guard lock(mutex_);
+        work_.push_back(std::move(work));
+    }
+    arrived_.notify_one();
+}
+
+std::size_t MainQueue::drain() {
+    std::size_t done = 0;
+    for (;;) {
+        std::function<void()> next;
+        {
+            const std::lock_guard lock(mutex_);
+            if (work_.empty()) return done;
+            next = std::move(work_.front());
+            work_.pop_front();
+        }
+        next();
+        ++done;
+    }
+}
+
+void MainQueue::runUntil(const std::function<bool()>& done) {
+    while (!done()) {
+        std::function<void()> next;
+        {
+            std::unique_lock lock(mutex_);
+            arrived_.wait(lock, [this] { return !work_.empty(); });
+            next = std::move(work_.front());
+            work_.pop_front();
+        }
+        next();
+    }
+}
+
+void MainQueue::runFor(std::chrono::milliseconds time) {
+    const auto end = std::chrono::steady_clock::now() + time;
+    for (;;) {
+        std::function<void()> next;
+        {
+            std::unique_lock lock(mutex_);
+            if (!arrived_.wait_until(lock, end, [this] { return !work_.empty(); })) return;
+            next = std::move(work_.front());
+            work_.pop_front();
+        }
+        next();
+    }
+}
+
+WorkQueue::WorkQueue(unsigned threads) {
+    for (unsigned i = 0; i < std::max(threads, 1u); ++i)
+        threads_.emplace_back([this] { run(); });
+}
+
+WorkQueue::~WorkQueue() {
+    {
+        const std::lock_guard lock(mutex_);
+        ending_ = true;
+    }
+    arrived_.notify_all();
+    for (auto& thread : threads_)
+        thread.join();
+}
+
+void WorkQueue::post(std::function<void()> work) {
+    {
+        const std::lock_guard lock(mutex_);
+        work_.push_back(std::move(work));
+    }
+    arrived_.notify_one();
+}
+
+void WorkQueue::run() {
+    for (;;) {
+        std::function<void()> next;
+        {
+            std::unique_lock lock(mutex_);
+            arrived_.wait(lock, [this] { return ending_ || !work_.empty(); });
+            if (work_.empty()) return;
+            next = std::move(work_.front());
+            work_.pop_front();
+        }
+        next();
+    }
+}
+
+} // namespace tidwen

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "base/stop_token.h"
+#include "platform/applications.h"
+#include "platform/code_signatures.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+#include "scan/installed_app.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tidwen {
+
+/// The applications that are installed, with what the home grid shows of each.
+///
+/// Bundles are read by several threads at once and handed over in one order, so a list can be shown while it
+/// grows. An application that moves or vanishes meanwhile is left out. Calls block; any thread, one at a
+/// time.
+class AppInventory {
+  public:
+    struct Ports {
+        const FileSystem& files;
+        const CodeSignatures& signatures;
+        const RunningApplications& running;
+    };
+    using OnApp = std::function<void(const InstalledApp&)>;
+    using OnSize = std::function<void(const Path& url, std::int64_t bytes)>;
+
+    AppInventory(Ports ports, UserEnvironment user) : ports_(ports), user_(std::move(user)) {}
+
+    /// Every application with its usage and resident helper, sorted by name; sizes known from before are
+    /// filled in. `onApp` is called from one thread at a time, in the order of the bundles' paths. Ends
+    /// early, with what it has, when `stop` asks for it.
+    std::vector<InstalledApp> build(const StopToken& stop = {}, const OnApp& onApp = {});
+
+    /// Measures the bundles whose size is not known or whose content changed. `onSize` comes from any thread,
+    /// one call at a time.
+    void measure(std::vector<InstalledApp>& apps, const StopToken& stop = {}, const OnSize& onSize = {});
+
+  private:
+    struct Measured {
+        std::int64_t changed = 0; ///< what the bundle's date was, in nanoseconds
+        std::int64_t bytes = 0;
+    };
+
+    InstalledApp complete(InstalledApp app,
+                          const std::vector<std::pair<std::string, std::string>>& jobs) const;
+    std::vector<std::pair<std::string, std::string>> launchJobs() const;
+    std::int64_t changeDate(const Path& bundle) const;
+
+    Ports ports_;
+    UserEnvironment user_;
+    std::mutex mutex_; ///< guards `sizes_`
+    std::map<Path, Measured> sizes_;
+};
+
+} // namespace tidwen

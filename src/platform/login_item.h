@@ -1,0 +1,14 @@
+#pragma once
+
+namespace tidwen {
+
+/// Whether this program starts when its user logs in.
+class LoginItem {
+  public:
+    virtual ~LoginItem() = default;
+    virtual bool isEnabled() const = 0;
+    /// False when it could not be changed.
+    virtual bool setEnabled(bool enabled) = 0;
+};
+
+} // namespace tidwen

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "base/log.h"
+#include "operations/admin_script_runner.h"
+#include "quarantine/history.h"
+
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
+
+namespace tidwen {
+
+/// Deletes quarantine folders for good: the only place where Tidwen deletes what was somebody's. Never
+/// reaches outside the Trash, also not through a link.
+class QuarantinePurge {
+  public:
+    struct Failure {
+        enum class Kind {
+            notAQuarantineFolder,
+            escapesThroughSymlink,
+            elevatedDeleteFailed,
+            authorizationCancelled
+        };
+        Kind kind = Kind::notAQuarantineFolder;
+        std::string text; ///< the path, or what the administrator script printed
+        /// Nothing for a dismissed prompt, which is silent everywhere.
+        std::optional<Message> describe() const;
+        friend bool operator==(const Failure&, const Failure&) = default;
+    };
+
+    struct Outcome {
+        int removedFolders = 0;
+        std::vector<Path> kept; ///< folders that could not be removed; the reason is in the log
+    };
+
+    /// Runs a shell script as an administrator; absent on a volume, where there is nobody to ask.
+    using Administrator = std::optional<AdminScriptRunner::Execute>;
+
+    QuarantinePurge(FileSystem& files, UserEnvironment user, Administrator administrator, Log& log)
+        : files_(files), user_(std::move(user)), administrator_(std::move(administrator)), log_(log) {}
+
+    /// Removes the folders whose run is older than `days` (0: none), with the user's own rights and without a
+    /// prompt. Gives the number removed.
+    int purgeExpired(int days, Timestamp now);
+
+    /// Removes the given folders. Each is validated first; when one is refused nothing is deleted. Items that
+    /// belong to somebody else go through one administrator script.
+    tl::expected<Outcome, Failure> purge(const std::vector<Path>& folders);
+
+  private:
+    std::optional<Failure> validate(const Path& folder) const;
+    std::vector<Path> foreignItems(const Path& folder) const;
+    bool isForeign(const Path& item, int depth) const;
+    std::optional<Failure> removeAsAdministrator(const std::vector<Path>& items);
+
+    FileSystem& files_;
+    UserEnvironment user_;
+    Administrator administrator_;
+    Log& log_;
+};
+
+/// The runs that started more than `days` days before `now`. A run dated in the future (a clock that was set
+/// back) is never expired.
+std::vector<RemovalHistoryEntry> expiredEntries(const std::vector<RemovalHistoryEntry>& entries, int days,
+                                                Timestamp now);
+
+/// The shell script that deletes items of other owners: they are first moved into a fresh folder that only
+/// root can enter, so that nothing can be put in their place between the check and the deletion.
+std::string purgeScript(const std::vector<Path>& items);
+
+} // namespace tidwen

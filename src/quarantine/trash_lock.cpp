@@ -1,0 +1,10 @@
+#include "quarantine/trash_lock.h"
+
+namespace tidwen {
+
+FileResult<std::unique_ptr<FileLock>> lockTrash(const UserEnvironment& user, FileSystem& files) {
+    if (auto made = files.createDirectories(user.trash()); !made) return tl::unexpected(made.error());
+    return files.lock(user.trash() / ".tidwen-lock");
+}
+
+} // namespace tidwen

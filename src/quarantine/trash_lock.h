@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+
+#include <memory>
+
+namespace tidwen {
+
+/// One Tidwen at a time may remove, undo or purge in a user's Trash. `busy` while another one does; the lock
+/// ends with this object or its process, however that ends. The Trash is created when it is missing.
+FileResult<std::unique_ptr<FileLock>> lockTrash(const UserEnvironment& user, FileSystem& files);
+
+} // namespace tidwen

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "base/stop_token.h"
+#include "platform/file_system.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+namespace tidwen {
+
+/// How many entries a size walk visits before it stops: traces and installers, and history folders.
+inline constexpr std::uint64_t traceSizeEntryLimit = 20'000;
+inline constexpr std::uint64_t historySizeEntryLimit = 2'000;
+
+/// Measures what a scan found while the scan goes on, on the other cores: most of a scan's time is the walk
+/// through the application's bundle, and that is the first thing found.
+class SizeMeasurer {
+  public:
+    SizeMeasurer(const FileSystem& files, const StopToken& stop);
+    ~SizeMeasurer();
+    SizeMeasurer(const SizeMeasurer&) = delete;
+    SizeMeasurer& operator=(const SizeMeasurer&) = delete;
+
+    void add(Path item);
+
+    /// Helps until all is measured. Gives one answer for each `add`, in their order: the bytes on the disk of
+    /// the first `traceSizeEntryLimit` entries; nothing where that cannot be told or was stopped.
+    std::vector<std::optional<std::int64_t>> finish();
+
+  private:
+    void measureQueued(std::unique_lock<std::mutex>& lock);
+    void work();
+    void close();
+
+    const FileSystem& files_;
+    const StopToken& stop_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::vector<Path> items_;
+    std::vector<std::optional<std::int64_t>> sizes_;
+    std::size_t next_ = 0; ///< the first item that nobody measures yet
+    bool isClosed_ = false;
+    std::vector<std::thread> workers_;
+};
+
+} // namespace tidwen

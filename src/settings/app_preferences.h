@@ -1,0 +1,80 @@
+#pragma once
+
+#include "base/observable.h"
+#include "platform/defaults.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tidwen {
+
+enum class HomeGrouping { lastUsed, category, tag, none };
+enum class HomeSort { automatic, name, size, lastUsed };
+enum class UnusedThreshold { oneMonth, threeMonths, sixMonths, twelveMonths };
+enum class QuarantineRetention { never, sevenDays, thirtyDays, ninetyDays };
+
+// The raw texts under which the settings are stored; an unknown text stands for the default.
+HomeGrouping homeGrouping(std::string_view raw);
+HomeSort homeSort(std::string_view raw);
+UnusedThreshold unusedThreshold(std::string_view raw);
+QuarantineRetention quarantineRetention(std::string_view raw);
+
+/// Days without use after which an application counts as unused.
+int days(UnusedThreshold threshold);
+/// Days that quarantined items are kept; 0 for ever.
+int days(QuarantineRetention retention);
+
+/// One setting as people name, read and change it.
+struct PreferenceDescription {
+    std::string_view name;                     ///< "quarantineRetention"
+    std::string_view key;                      ///< "tidwen.quarantineRetention"
+    std::string_view fallback;                 ///< raw text of the default; "false" or "true" for switches
+    std::vector<std::string_view> values = {}; ///< what may be chosen; empty: any text
+    bool isSwitch = false;
+};
+
+/// The settings that `AppPreferences` keeps, in the order of the settings screen.
+const std::vector<PreferenceDescription>& preferenceDescriptions();
+
+/// The user's settings: read once, published, written when they change. Enumerated ones are kept as their raw
+/// texts, so that a value of a newer version survives. Belongs to the main thread.
+class AppPreferences {
+  public:
+    explicit AppPreferences(Defaults& defaults);
+
+    Property<std::string> language;
+    Property<std::string> appearance;
+    Property<std::string> homeGrouping;
+    Property<std::string> homeSort;
+    Property<std::string> unusedThreshold;
+    Property<std::string> quarantineRetention;
+    Property<bool> catchTrashedApps;
+    Property<bool> hasCompletedOnboarding;
+
+    /// Reads everything again, after another process changed the settings. Only what differs is published.
+    void reload();
+
+    /// By name, as the terminal gives and takes settings. `set` refuses an unknown name or value.
+    std::optional<std::string> get(std::string_view name) const;
+    bool set(std::string_view name, std::string_view value);
+
+  private:
+    struct Text {
+        const PreferenceDescription& description;
+        Property<std::string>& property;
+    };
+    struct Switch {
+        const PreferenceDescription& description;
+        Property<bool>& property;
+    };
+    std::vector<Text> texts();
+    std::vector<Switch> switches();
+
+    Defaults& defaults_;
+    bool reloading_ = false; ///< what was just read need not be written
+    std::vector<Subscription> writers_;
+};
+
+} // namespace tidwen

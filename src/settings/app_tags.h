@@ -1,0 +1,52 @@
+#pragma once
+
+#include "base/observable.h"
+#include "platform/defaults.h"
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// The user's own tags on applications. Belongs to the main thread.
+///
+/// Tag names are trimmed, never empty, at most 64 characters, and two that differ in letter case only are
+/// one.
+class AppTags {
+  public:
+    static constexpr const char* defaultsKey = "tidwen.appTags";
+
+    explicit AppTags(Defaults& defaults);
+
+    /// Tags of one application, in the order of `all()`.
+    std::vector<std::string> tags(const std::string& bundleID) const;
+    /// Every tag in use, sorted as people read.
+    std::vector<std::string> all() const;
+    /// Identifiers of the applications that carry a tag.
+    std::set<std::string> tagged(const std::string& tag) const;
+
+    /// Each stores at once and answers false when nothing changed or it could not be stored.
+    bool add(const std::string& bundleID, const std::string& tag);
+    bool remove(const std::string& bundleID, const std::string& tag);
+    /// Renames everywhere; a name in use joins the two.
+    bool rename(const std::string& tag, const std::string& newName);
+    /// Takes the tag off every application.
+    bool erase(const std::string& tag);
+
+    /// Reads everything again, after another process changed it.
+    void reload();
+
+    Signal<> changed;
+
+  private:
+    using Store = std::map<std::string, std::vector<std::string>>; ///< identifier → tags, each once
+    bool store(Store next);
+    std::string spelling(const std::string& tag) const;
+
+    Defaults& defaults_;
+    Store byApp_;
+};
+
+} // namespace tidwen

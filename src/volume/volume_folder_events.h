@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/folder_events.h"
+
+#include <filesystem>
+#include <memory>
+
+namespace tidwen {
+
+class RootResolver;
+
+/// Watches folders of a volume through the kernel of this machine (inotify). Where there is no such call no
+/// folder can be watched.
+class VolumeFolderEvents : public FolderEvents {
+  public:
+    explicit VolumeFolderEvents(const std::filesystem::path& root);
+    ~VolumeFolderEvents() override;
+
+    std::unique_ptr<Watch> watch(const Path& folder, std::function<void()> changed) override;
+
+  private:
+    std::unique_ptr<RootResolver> resolver_; ///< nothing when the root cannot be opened
+};
+
+} // namespace tidwen
