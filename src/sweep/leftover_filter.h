@@ -1,0 +1,45 @@
+#pragma once
+
+#include "scan/trace.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace tidwen {
+
+/// Narrows and orders a list of leftovers.
+struct LeftoverFilter {
+    enum class SizeFloor { any, mb1, mb10, mb100 };
+    enum class Order { largest, name };
+
+    std::string query;                     ///< free text; blanks around it do not count
+    std::set<TraceRisk> risks = {};        ///< empty: all
+    std::optional<TraceCategory> category; ///< absent: all
+    SizeFloor floor = SizeFloor::any;
+    Order order = Order::largest;
+
+    friend bool operator==(const LeftoverFilter&, const LeftoverFilter&) = default;
+
+    /// Narrows anything at all? Its opposite tells an empty list from a list with nothing that passes.
+    bool isActive() const;
+    bool passes(const Trace& trace) const;
+};
+
+inline constexpr std::array allSizeFloors = {LeftoverFilter::SizeFloor::any, LeftoverFilter::SizeFloor::mb1,
+                                             LeftoverFilter::SizeFloor::mb10,
+                                             LeftoverFilter::SizeFloor::mb100};
+
+/// Bytes, in decimal megabytes; 0 for `any`.
+std::int64_t minimumBytes(LeftoverFilter::SizeFloor floor);
+
+std::string_view name(LeftoverFilter::Order order);
+std::optional<LeftoverFilter::Order> parseOrder(std::string_view text);
+
+/// A query or a name in the form in which one is looked for in the other.
+std::string searchForm(std::string_view text);
+
+} // namespace tidwen

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "sweep/leftover_filter.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tidwen {
+
+inline constexpr std::array allTraceRisks = {TraceRisk::safe, TraceRisk::review, TraceRisk::sensitive};
+
+/// Leftovers made ready for being filtered on every key stroke: their names in search form, their sizes as
+/// text, and both orders are worked out once. Immutable; shared by the trees built from it.
+class LeftoverList {
+  public:
+    explicit LeftoverList(std::vector<Trace> traces, std::string locale = "en");
+
+    const std::vector<Trace>& traces() const { return traces_; }
+    const std::string& locale() const { return locale_; }
+
+  private:
+    friend class LeftoverTreeBuilder;
+    struct Name {
+        std::size_t offset, length; ///< into `names_`
+    };
+
+    std::vector<Trace> traces_;
+    std::string locale_;
+    std::string names_; ///< every name in search form, one after another
+    std::vector<Name> nameOf_;
+    std::vector<std::string> sizeTexts_;
+    std::vector<std::uint32_t> byName_, bySize_; ///< indices in either order
+};
+
+/// One line of the tree. Points into the list that the tree holds.
+struct LeftoverRow {
+    const Trace* trace = nullptr;
+    std::string_view title;
+    std::string_view sizeText; ///< empty for what has no size
+};
+
+struct LeftoverGroup {
+    TraceCategory category = TraceCategory::supportFiles;
+    std::vector<LeftoverRow> rows;
+    std::int64_t bytes = 0;
+    std::optional<std::string> sizeText; ///< absent when no row has a size
+
+    std::set<Uuid> ids() const; ///< for choosing the whole group at once
+};
+
+struct LeftoverTier {
+    TraceRisk risk = TraceRisk::safe;
+    std::vector<LeftoverGroup> groups; ///< in the order of the categories, none empty
+    std::int64_t bytes = 0;
+    std::optional<std::string> sizeText;
+    int count = 0;
+
+    std::set<Uuid> ids() const;
+};
+
+/// Risk tiers, in each of them groups by category, in each of those rows. A tier that nothing passes into is
+/// left out.
+struct LeftoverTree {
+    std::shared_ptr<const LeftoverList> list; ///< what the rows point into
+    std::vector<LeftoverTier> tiers;
+    std::vector<const Trace*> manual; ///< what the user has to deal with by hand, whatever the filter
+    std::array<int, allTraceRisks.size()> counts = {}; ///< of what passes, by risk
+    int totalCount = 0;
+    std::int64_t totalBytes = 0;
+    std::string totalSizeText;
+};
+
+/// What the line above a filtered list says.
+struct LeftoverFilterSummary {
+    int shown = 0;
+    int total = 0;
+    std::string sizeText;
+};
+
+LeftoverTree buildTree(std::shared_ptr<const LeftoverList> list, const LeftoverFilter& filter);
+LeftoverTree buildTree(std::vector<Trace> traces, const LeftoverFilter& filter);
+
+LeftoverFilterSummary summarize(const LeftoverTree& tree);
+
+} // namespace tidwen

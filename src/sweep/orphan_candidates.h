@@ -1,0 +1,27 @@
+#pragma once
+
+#include "base/log.h"
+#include "platform/file_system.h"
+#include "scan/search_location.h"
+#include "scan/trace.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// Something in a search location that carries a reverse-DNS identifier.
+struct OrphanCandidate {
+    std::string identifier; ///< in lower case
+    std::string humanName;  ///< what the find itself calls its application; may be empty
+    TraceCategory category = TraceCategory::supportFiles;
+    TraceAction action;
+    bool requiresRoot = false;
+};
+
+/// Reads one location. Nothing when it is there and cannot be listed.
+std::optional<std::vector<OrphanCandidate>> listOrphanCandidates(const FileSystem& files,
+                                                                 const SearchLocation& location);
+
+} // namespace tidwen

@@ -1,0 +1,149 @@
+#include "sweep/orphan_scanner.h"
+
+#include "base/parallel.h"
+#include "base/text.h"
+#include "scan/path_policy.h"
+#include "scan/residue_scanner.h"
+#include "sweep/known_owners.h"
+#include "sweep/orphan_candidates.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+
+namespace tidwen {
+namespace {
+
+/// One application that is gone, while its finds come in.
+struct Finds {
+    std::string humanName;
+    std::vector<Trace> traces;
+    bool hasMoreThanReceipts = false;
+};
+
+/// Decides which candidates are nobody's, and remembers the answer per identifier.
+class OwnerJudge {
+  public:
+    OwnerJudge(const KnownOwners& owners, const RunningApplications& running,
+               const OrphanScanner::IsRegistered& isRegistered, const std::set<std::string>& protectedIDs)
+        : owners_(owners), running_(running), isRegistered_(isRegistered) {
+        for (const auto& identifier : protectedIDs)
+            protected_.insert(lowercased(identifier));
+    }
+
+    bool isOrphan(const std::string& identifier) {
+        const auto known = answers_.find(identifier);
+        if (known != answers_.end()) return known->second;
+        return answers_[identifier] = judge(identifier);
+    }
+
+  private:
+    bool judge(const std::string& identifier) const {
+        if (owners_.claims(identifier)) return false;
+        // A helper's identifier continues its application's: every shorter form is asked for too.
+        for (std::string form = identifier; isReverseDns(form); form.resize(form.rfind('.')))
+            if (protected_.contains(form) || running_.isRunning(form) || isRegistered_(form)) return false;
+        return true;
+    }
+
+    const KnownOwners& owners_;
+    const RunningApplications& running_;
+    const OrphanScanner::IsRegistered& isRegistered_;
+    std::set<std::string> protected_;
+    std::map<std::string, bool> answers_;
+};
+
+const Path& pathOf(const OrphanCandidate& candidate) {
+    return *movedPath(candidate.action);
+}
+
+Trace makeOrphanTrace(OrphanCandidate candidate) {
+    auto name = pathOf(candidate).string();
+    return makeTrace(candidate.category, std::move(candidate.action),
+                     {MatchReason::Kind::exactBundleID, std::move(candidate.identifier)},
+                     Reversibility::reversible, std::move(name), std::nullopt, candidate.requiresRoot);
+}
+
+void measure(const FileSystem& files, std::vector<Trace>& traces, const StopToken& stop) {
+    parallelFor(traces.size(), [&](std::size_t i) {
+        if (const auto size = files.treeSize(*movedPath(traces[i].action), traceSizeEntryLimit, stop))
+            traces[i].sizeBytes = static_cast<std::int64_t>(size->allocatedBytes);
+    });
+}
+
+/// Puts "com.example.app.helper" to "com.example.app" when both were found: they are one application's.
+std::map<std::string, Finds> joined(std::map<std::string, Finds> byIdentifier) {
+    std::map<std::string, Finds> owners;
+    for (auto& [identifier, finds] : byIdentifier) { // a shorter form comes before what continues it
+        auto form = identifier;
+        while (isReverseDns(form) && !owners.contains(form))
+            form.resize(form.rfind('.'));
+        auto& owner = owners[owners.contains(form) ? form : identifier];
+        std::move(finds.traces.begin(), finds.traces.end(), std::back_inserter(owner.traces));
+        if (owner.humanName.empty()) owner.humanName = finds.humanName;
+        owner.hasMoreThanReceipts |= finds.hasMoreThanReceipts;
+    }
+    return owners;
+}
+
+/// The last piece of an identifier, as a name: "Tidepool" of "com.example.tidepool".
+std::string nameFromIdentifier(const std::string& identifier) {
+    auto name = identifier.substr(identifier.rfind('.') + 1);
+    if (!name.empty() && name[0] >= 'a' && name[0] <= 'z') name[0] = static_cast<char>(name[0] - 'a' + 'A');
+    return name;
+}
+
+} // namespace
+
+std::int64_t OrphanGroup::bytes() const {
+    std::int64_t sum = 0;
+    for (const auto& trace : traces)
+        sum += trace.sizeBytes.value_or(0);
+    return sum;
+}
+
+OrphanScanResult OrphanScanner::scan(const std::vector<Path>& bundles,
+                                     const std::set<std::string>& protectedIDs, const StopToken& stop,
+                                     const OnFound& onFound) {
+    const auto owners = KnownOwners::read(ports_.files, ports_.signatures, user_, bundles);
+    OwnerJudge judge(owners, ports_.running, isRegistered_, protectedIDs);
+    const PathPolicy policy(user_);
+    OrphanScanResult result;
+    std::map<std::string, Finds> byIdentifier;
+
+    for (const auto& location : searchLocations(user_)) {
+        if (stop.stopRequested()) break;
+        auto candidates = listOrphanCandidates(ports_.files, location);
+        if (!candidates) {
+            ports_.log.warning("Unreadable location {}", location.url.string());
+            result.unreadableLocations.push_back(location.url);
+            continue;
+        }
+        std::erase_if(*candidates, [&](const auto& candidate) {
+            return !judge.isOrphan(candidate.identifier) || policy.check(pathOf(candidate));
+        });
+        std::vector<Trace> traces;
+        for (auto& candidate : *candidates) {
+            auto& finds = byIdentifier[candidate.identifier];
+            if (finds.humanName.empty()) finds.humanName = candidate.humanName;
+            finds.hasMoreThanReceipts |= candidate.category != TraceCategory::receipts;
+            traces.push_back(makeOrphanTrace(std::move(candidate)));
+        }
+        measure(ports_.files, traces, stop);
+        for (const auto& trace : traces)
+            byIdentifier[trace.reason.value].traces.push_back(trace);
+        if (onFound && !traces.empty() && location.category != TraceCategory::receipts) onFound(traces);
+    }
+
+    for (auto& [identifier, finds] : joined(std::move(byIdentifier))) {
+        // A receipt alone may be that of a tool without any application.
+        if (!finds.hasMoreThanReceipts) continue;
+        auto name = finds.humanName.empty() ? nameFromIdentifier(identifier) : finds.humanName;
+        result.groups.push_back({identifier, std::move(name), std::move(finds.traces)});
+    }
+    std::stable_sort(result.groups.begin(), result.groups.end(),
+                     [](const auto& a, const auto& b) { return a.bytes() > b.bytes(); });
+    return result;
+}
+
+} // namespace tidwen

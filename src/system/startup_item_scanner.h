@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/applications.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+#include "scan/installed_app.h"
+#include "system/startup_item.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// Lists every job that can start on its own and says whose it is. Slow; call it off the main thread.
+class StartupItemScanner {
+  public:
+    struct Directory {
+        Path url;
+        bool isSystemDomain = false;
+    };
+
+    /// Does the system know an application with this identifier?
+    using IsRegistered = std::function<bool(const std::string& bundleID)>;
+
+    StartupItemScanner(const FileSystem& files, UserEnvironment user, IsRegistered isRegistered)
+        : files_(files), user_(std::move(user)), isRegistered_(std::move(isRegistered)) {}
+
+    StartupScanResult scan(const std::vector<InstalledApp>& apps) const;
+
+    StartupItem::Owner attributeOwner(const std::string& label, const std::optional<std::string>& programPath,
+                                      const std::vector<InstalledApp>& apps) const;
+
+    /// The user's agents, the machine's agents, the machine's daemons. The machine's agents run in each
+    /// user's session, so they are no jobs of the system domain.
+    static std::vector<Directory> directories(const UserEnvironment& user);
+
+  private:
+    const FileSystem& files_;
+    UserEnvironment user_;
+    IsRegistered isRegistered_;
+};
+
+} // namespace tidwen

@@ -1,0 +1,206 @@
+#include "system/startup_items_model.h"
+
+#include "base/text.h"
+#include "platform/property_list_file.h"
+
+#include <algorithm>
+
+namespace tidwen {
+
+namespace {
+
+using OwnerKind = StartupItem::Owner::Kind;
+
+bool declaresDisabled(const FileSystem& files, const Path& plist) {
+    const auto list = readPropertyList(files, plist);
+    const auto* value = list ? list->find("Disabled") : nullptr;
+    const auto* flag = value ? std::get_if<bool>(&value->storage()) : nullptr;
+    return flag && *flag;
+}
+
+template<class T>
+std::set<T> with(std::set<T> values, const T& value) {
+    values.insert(value);
+    return values;
+}
+
+template<class T>
+std::set<T> without(std::set<T> values, const T& value) {
+    values.erase(value);
+    return values;
+}
+
+} // namespace
+
+std::string_view name(SwitchState state) {
+    switch (state) {
+    case SwitchState::none:
+        return "none";
+    case SwitchState::on:
+        return "on";
+    case SwitchState::off:
+        return "off";
+    case SwitchState::switching:
+        return "switching";
+    case SwitchState::systemSettings:
+        return "systemSettings";
+    }
+    return "none";
+}
+
+std::set<std::string> disabledItems(const std::vector<StartupItem>& items, const Launchd& launchd,
+                                    const FileSystem& files) {
+    const auto system = launchd.disabledOverrides(true);
+    const auto user = launchd.disabledOverrides(false);
+    std::set<std::string> result;
+    for (const auto& item : items) {
+        const auto& overrides = item.isSystemDomain ? system : user;
+        const auto found = overrides.find(item.label);
+        const bool isDisabled =
+            found != overrides.end() ? found->second : item.plist() && declaresDisabled(files, *item.plist());
+        if (isDisabled) result.insert(item.id());
+    }
+    return result;
+}
+
+std::optional<Trace> startupTrace(const StartupItem& item) {
+    const auto* plist = item.plist();
+    if (!plist) return std::nullopt;
+    // The machine's own agents lie in a folder that only an administrator may change.
+    const bool requiresRoot = plist->isWithin(Path("/Library"));
+    return makeTrace(TraceCategory::launchItems,
+                     action::BootoutAndMove{item.label, *plist, item.isSystemDomain},
+                     {MatchReason::Kind::exactBundleID, item.label}, Reversibility::reversible,
+                     plist->string(), std::nullopt, requiresRoot);
+}
+
+StartupItemsModel::StartupItemsModel(Ports ports, Inventory inventory)
+    : ports_(ports), inventory_(std::move(inventory)) {}
+
+StartupItemsModel::~StartupItemsModel() = default;
+
+void StartupItemsModel::load(std::function<void()> done) {
+    isLoading.set(true);
+    ports_.background.post([this, ports = ports_, inventory = inventory_, alive = std::weak_ptr(alive_),
+                            done = std::move(done)]() mutable {
+        auto scanned = ports.scanner.scan(inventory());
+        ports.main.post([this, alive, scanned = std::move(scanned), done = std::move(done)]() mutable {
+            if (alive.expired()) return;
+            result.set(std::move(scanned));
+            refreshDisabled([this, done = std::move(done)] {
+                std::set<std::string> present;
+                for (const auto& item : result.get().items)
+                    present.insert(item.id());
+                auto kept = selection.get();
+                std::erase_if(kept, [&](const auto& id) { return !present.contains(id); });
+                selection.set(std::move(kept));
+                isLoading.set(false);
+                if (done) done();
+            });
+        });
+    });
+}
+
+void StartupItemsModel::refreshDisabled(std::function<void()> done) {
+    ports_.background.post([this, ports = ports_, items = result.get().items, alive = std::weak_ptr(alive_),
+                            done = std::move(done)]() mutable {
+        auto found = disabledItems(items, ports.launchd, ports.files);
+        ports.main.post([this, alive, found = std::move(found), done = std::move(done)]() mutable {
+            if (alive.expired()) return;
+            disabled.set(std::move(found));
+            if (done) done();
+        });
+    });
+}
+
+bool StartupItemsModel::isProtected(const StartupItem& item) const {
+    return item.owner.kind == OwnerKind::installed && ports_.protectedApps.contains(item.owner.bundleID);
+}
+
+bool StartupItemsModel::isSelectable(const StartupItem& item) const {
+    return item.owner.kind != OwnerKind::apple && !item.isEmbedded() && !isProtected(item);
+}
+
+void StartupItemsModel::toggleSelection(const StartupItem& item) {
+    if (!isSelectable(item)) return;
+    const auto id = item.id();
+    selection.set(selection.get().contains(id) ? without(selection.get(), id) : with(selection.get(), id));
+}
+
+void StartupItemsModel::toggleSelectAllOrphans() {
+    std::set<std::string> orphans;
+    for (const auto& item : result.get().items)
+        if (section(item) == StartupSection::orphans && isSelectable(item)) orphans.insert(item.id());
+    auto chosen = selection.get();
+    if (std::includes(chosen.begin(), chosen.end(), orphans.begin(), orphans.end()))
+        std::erase_if(chosen, [&](const auto& id) { return orphans.contains(id); });
+    else
+        chosen.insert(orphans.begin(), orphans.end());
+    selection.set(std::move(chosen));
+}
+
+std::vector<StartupItem> StartupItemsModel::selectedItems() const {
+    std::vector<StartupItem> chosen;
+    for (const auto& item : result.get().items)
+        if (selection.get().contains(item.id())) chosen.push_back(item);
+    return chosen;
+}
+
+SwitchState StartupItemsModel::switchState(const StartupItem& item) const {
+    if (item.owner.kind == OwnerKind::apple) return SwitchState::none;
+    if (item.isEmbedded()) return SwitchState::systemSettings;
+    if (item.owner.kind == OwnerKind::missing) return SwitchState::none;
+    if (switching.get().contains(item.id())) return SwitchState::switching;
+    return disabled.get().contains(item.id()) ? SwitchState::off : SwitchState::on;
+}
+
+void StartupItemsModel::setEnabled(const StartupItem& item, bool on, std::function<void()> done) {
+    const auto id = item.id();
+    const auto state = switchState(item);
+    if (state != SwitchState::on && state != SwitchState::off) {
+        if (done) ports_.main.post(std::move(done));
+        return;
+    }
+    switching.set(with(switching.get(), id));
+    ports_.background.post([this, ports = ports_, item, id, on, alive = std::weak_ptr(alive_),
+                            done = std::move(done)]() mutable {
+        auto outcome = ports.launchd.setEnabled(on, item.label, *item.plist(), item.isSystemDomain);
+        ports.main.post([this, alive, id, outcome = std::move(outcome), done = std::move(done)]() mutable {
+            if (alive.expired()) return;
+            if (!outcome && outcome.error().kind != LaunchdError::Kind::authorizationCancelled)
+                toggleError.set(ports_.texts.text(outcome.error().message));
+            refreshDisabled([this, id, done = std::move(done)] {
+                switching.set(without(switching.get(), id));
+                if (done) done();
+            });
+        });
+    });
+}
+
+std::string StartupItemsModel::ownerText(const StartupItem& item) const {
+    const auto& owner = item.owner;
+    const auto& texts = ports_.texts;
+    switch (owner.kind) {
+    case OwnerKind::installed:
+        if (isProtected(item)) return texts.text("startup.owner.protected %@", {owner.name});
+        if (const auto* embedded = std::get_if<StartupItem::Embedded>(&item.source))
+            return texts.text("startup.owner.embedded %@", {embedded->appName});
+        return texts.text("startup.owner.installed %@", {owner.name});
+    case OwnerKind::related:
+        return texts.text("startup.owner.related %@", {owner.name});
+    case OwnerKind::registered:
+        return texts.text("startup.owner.registered %@", {owner.bundleID});
+    case OwnerKind::program:
+        return texts.text("startup.owner.program %@", {owner.path});
+    case OwnerKind::apple:
+        return texts.text("startup.owner.apple");
+    case OwnerKind::missing:
+        return item.programPath ? texts.text("startup.owner.missingProgram %@", {*item.programPath})
+                                : texts.text("startup.owner.missing");
+    case OwnerKind::unknown:
+        return texts.text("startup.owner.unknown");
+    }
+    return {};
+}
+
+} // namespace tidwen

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "base/executor.h"
+#include "base/log.h"
+#include "base/observable.h"
+#include "base/texts.h"
+#include "platform/file_system.h"
+#include "platform/launchd.h"
+#include "scan/protected_apps.h"
+#include "scan/trace.h"
+#include "system/startup_item_scanner.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// The switch of one row.
+enum class SwitchState {
+    none, ///< no switch is shown
+    on,
+    off,
+    switching,      ///< a change is in flight
+    systemSettings, ///< only the user can switch it, in System Settings
+};
+std::string_view name(SwitchState state);
+
+/// Everything a person can do with the jobs that start on their own: look, choose for removal, switch off and
+/// on. Belongs to the main thread; the slow work runs in the background and comes back through the main
+/// executor.
+class StartupItemsModel {
+  public:
+    struct Ports {
+        const FileSystem& files;
+        Launchd& launchd;
+        const StartupItemScanner& scanner;
+        const ProtectedApps& protectedApps;
+        const Texts& texts;
+        Executor& main;
+        Executor& background;
+        Log& log;
+    };
+    /// Gives the installed applications; called in the background.
+    using Inventory = std::function<std::vector<InstalledApp>()>;
+
+    StartupItemsModel(Ports ports, Inventory inventory);
+    ~StartupItemsModel();
+    StartupItemsModel(const StartupItemsModel&) = delete;
+    StartupItemsModel& operator=(const StartupItemsModel&) = delete;
+
+    Property<StartupScanResult> result;
+    Property<bool> isLoading{true};
+    Property<std::set<std::string>> selection; ///< ids
+    Property<std::set<std::string>> disabled;  ///< ids of what is switched off
+    Property<std::set<std::string>> switching; ///< ids whose switch is being changed
+    Property<std::optional<std::string>> toggleError;
+
+    /// Scans again; `done` is called on the main thread when everything is published.
+    void load(std::function<void()> done = {});
+    /// Asks launchd again what is switched off.
+    void refreshDisabled(std::function<void()> done = {});
+
+    void toggleSelection(const StartupItem& item);
+    /// Chooses every orphan, or none when all were chosen.
+    void toggleSelectAllOrphans();
+    std::vector<StartupItem> selectedItems() const;
+
+    /// Switches one job; ignored where there is no switch and while a change of it is in flight.
+    void setEnabled(const StartupItem& item, bool on, std::function<void()> done = {});
+
+    SwitchState switchState(const StartupItem& item) const;
+    bool isSelectable(const StartupItem& item) const;
+    bool isProtected(const StartupItem& item) const;
+    /// What stands under the label ("Belongs to Marlin Notes").
+    std::string ownerText(const StartupItem& item) const;
+
+  private:
+    Ports ports_;
+    Inventory inventory_;
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
+};
+
+/// The trace by which a startup item is removed: its job unloaded and its property list moved.
+std::optional<Trace> startupTrace(const StartupItem& item);
+
+/// Which of the items launchd starts no more: its own word first, else the property list's "Disabled".
+std::set<std::string> disabledItems(const std::vector<StartupItem>& items, const Launchd& launchd,
+                                    const FileSystem& files);
+
+} // namespace tidwen

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "base/observable.h"
+#include "base/texts.h"
+#include "platform/login_item.h"
+#include "platform/notifications.h"
+#include "settings/app_preferences.h"
+#include "system/notification_permission.h"
+#include "system/trash_watcher.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace tidwen {
+
+inline constexpr const char* trashedAppCategory = "tidwen.trashedApp";
+inline constexpr const char* cleanUpAction = "tidwen.trashedApp.cleanUp";
+
+/// An application bundle that lies in the Trash.
+struct TrashedApp {
+    Path url;
+    std::string name;
+    std::string bundleID;
+
+    /// Nothing for what has no identifier, is Apple's, or is this program.
+    static std::optional<TrashedApp> read(const FileSystem& files, const Path& url);
+};
+
+/// What tells the user of it.
+UserNotification trashNotification(const TrashedApp& app, const Texts& texts);
+
+/// Offers to clean up after applications that the user moved to the Trash, while the preference is on.
+/// Belongs to the main thread; one per process.
+class TrashCatcher {
+  public:
+    struct Ports {
+        const FileSystem& files;
+        FolderEvents& events;
+        Notifications& notifications;
+        LoginItem& loginItem;
+        const Texts& texts;
+        const Clock& clock;
+        Executor& main;
+        Executor& queue; ///< serial
+        Log& log;
+    };
+
+    /// What the user chose to clean up.
+    struct CleanUp {
+        std::string path;
+        std::optional<std::string> bundleID;
+    };
+
+    TrashCatcher(Ports ports, AppPreferences& preferences, const Path& trash);
+
+    /// Follows the preference from now on. Once per process.
+    void install();
+
+    /// Watches or not, and starts this program at login or not. Called by the preference.
+    void apply(bool enabled);
+
+    /// Shows the main window; the shell then asks for `takePendingCleanUp`.
+    std::function<void()> presentMainWindow;
+    std::optional<CleanUp> takePendingCleanUp();
+
+    /// Each application that arrived, notification or not; the terminal prints them.
+    Signal<const TrashedApp&> found;
+
+    NotificationPermission& permission() { return permission_; }
+    bool isWatching() const { return watcher_.isWatching(); }
+
+  private:
+    void post(const std::vector<Path>& bundles);
+    void respond(const std::string& action, const std::map<std::string, std::string>& userInfo);
+
+    Ports ports_;
+    AppPreferences& preferences_;
+    NotificationPermission permission_;
+    TrashWatcher watcher_;
+    bool isInstalled_ = false;
+    std::optional<CleanUp> pendingCleanUp_;
+    Subscription following_;
+};
+
+} // namespace tidwen

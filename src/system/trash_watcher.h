@@ -1,0 +1,55 @@
+#pragma once
+
+#include "base/executor.h"
+#include "base/log.h"
+#include "base/timestamp.h"
+#include "platform/file_system.h"
+#include "platform/folder_events.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// Watches the user's Trash for application bundles that arrive there.
+///
+/// What was in the Trash when watching started is not new; a bundle that leaves and comes back is. All
+/// looking is done on a queue of its own, one look at a time; `onNewApps` is called through the main
+/// executor.
+class TrashWatcher {
+  public:
+    struct Ports {
+        const FileSystem& files;
+        FolderEvents& events;
+        const Clock& clock;
+        Executor& main;
+        Executor& queue; ///< serial
+        Log& log;
+    };
+    using OnNewApps = std::function<void(const std::vector<Path>&)>;
+
+    TrashWatcher(Ports ports, Path trash, OnNewApps onNewApps);
+    ~TrashWatcher();
+    TrashWatcher(const TrashWatcher&) = delete;
+    TrashWatcher& operator=(const TrashWatcher&) = delete;
+
+    /// Does nothing while watching. A Trash that cannot be watched is logged and leaves the watcher stopped.
+    void start();
+    void stop();
+    bool isWatching() const { return watch_ != nullptr; }
+
+  private:
+    struct State;
+
+    Ports ports_;
+    Path trash_;
+    std::shared_ptr<State> state_;
+    std::unique_ptr<FolderEvents::Watch> watch_;
+};
+
+} // namespace tidwen
