@@ -1,0 +1,172 @@
+#pragma once
+
+#include "base/executor.h"
+#include "base/observable.h"
+#include "base/stop_token.h"
+#include "platform/applications.h"
+#include "quarantine/quarantine_purge.h"
+#include "quarantine/undo_service.h"
+#include "removal/flow_types.h"
+#include "removal/removal_executor.h"
+#include "removal/removal_plan.h"
+#include "removal/removal_summary.h"
+#include "scan/protected_apps.h"
+#include "scan/residue_scanner.h"
+#include "settings/app_preferences.h"
+#include "sweep/leftover_tree.h"
+#include "sweep/sweep_state.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// The state machine behind the main window: from chosen bundles through scan, review and confirmation to the
+/// report and its undo. Belongs to the main thread; slow work runs in the background and comes back through
+/// the main executor.
+///
+///   stage        event                                  next stage
+///   ---------    -----------------------------------    --------------------------------------------
+///   home (*)     loadTargets, something is left         scanning
+///   home         loadTargets, nothing is left           the same, with an error
+///   home         scanOrphans                            scanning
+///   home         show                                   another home stage
+///   scanning     all applications are scanned           review
+///   scanning     the sweep has ended                    orphans
+///   scanning     cancelScan                             the home stage it came from
+///   review       loadTargets, something is left         scanning
+///   review,      confirm, nothing is selected           the same, with an error
+///   orphans      confirm                                removing, once every quit prompt is answered
+///   review,      close                                  the home stage it came from
+///   orphans
+///   home         removeTraces (installers, startup)     removing
+///   removing     the run has ended                      report
+///   removing     the run could not be set up, or        the stage it came from, with an error
+///                every application was left out
+///   report       close                                  the home stage it came from; onReportDismissed
+///
+///   (*) home: idle, startupItems, installers, history. What is not in the table changes nothing.
+class RemovalFlowModel {
+  public:
+    struct Services {
+        FileSystem& files;
+        const AppTargetLoader& loader;
+        /// A scanner that knows the applications installed now; called in the background.
+        std::function<std::unique_ptr<ResidueScanner>()> makeScanner;
+        /// A sweep with the applications installed now; called in the background.
+        std::function<OrphanScanResult(const StopToken&, const OrphanScanner::OnFound&)> sweepOrphans;
+        RunningApplications& running;
+        RemovalExecutor& executor;
+        UndoService& undo;
+        QuarantinePurge& purge;
+        const PermissionAudit& audit;
+        const ProtectedApps& protectedApps;
+        const AppPreferences& preferences;
+        const Texts& texts;
+        const Clock& clock;
+        Log& log;
+        Executor& main;
+        Executor& background; ///< may have several threads
+        Executor& treeQueue;  ///< serial
+    };
+
+    /// How long an application may take to quit before the user is asked.
+    static constexpr std::chrono::seconds quitWait{10};
+
+    RemovalFlowModel(Services services, UserEnvironment user);
+    ~RemovalFlowModel();
+    RemovalFlowModel(const RemovalFlowModel&) = delete;
+    RemovalFlowModel& operator=(const RemovalFlowModel&) = delete;
+
+    /// Told after every change of what the accessors below answer.
+    Signal<> changed;
+
+    const Stage& stage() const { return stage_; }
+    const std::optional<std::string>& errorMessage() const { return errorMessage_; }
+    const std::optional<UndoReport>& undoReport() const { return undoReport_; }
+    bool isUndoing() const { return isUndoing_; }
+    const std::optional<RecoveryNotice>& recoveryNotice() const { return recoveryNotice_; }
+    const std::optional<QuitPrompt>& pendingQuitPrompt() const { return pendingQuitPrompt_; }
+    const std::set<Uuid>& selection() const { return selection_; }
+    RemovalMode mode() const { return mode_; }
+    const std::map<std::string, LeftoverTree>& reviewTrees() const { return reviewTrees_; }
+    const LeftoverFilter& reviewFilter() const { return reviewFilter_; }
+    SweepState& sweep() { return sweep_; }
+
+    /// What runs once when the program starts: recovery of interrupted runs, then the automatic purge.
+    void start();
+
+    void loadTargets(const std::vector<Path>& bundles);
+    void scanOrphans();
+    void cancelScan();
+    /// One of the home stages.
+    void show(Stage home);
+    /// Leaves review, orphans or report.
+    void close();
+    std::function<void()> onReportDismissed;
+
+    void setSelected(const std::set<Uuid>& ids, bool selected);
+    void setMode(RemovalMode mode);
+    void setReviewFilter(LeftoverFilter filter);
+    /// A reset leaves the application and its receipts where they are.
+    bool isEligible(const Trace& trace) const;
+    RemovalSummary summary() const;
+
+    void confirm();
+    /// Removes what the installers' or startup items' screen chose.
+    void removeTraces(const std::string& name, std::vector<Trace> traces);
+    void answerQuitPrompt(QuitPromptChoice choice);
+
+    /// Undoes the run of the report.
+    void undoLast();
+    void undoRecovered();
+    void dismissRecoveryNotice();
+
+  private:
+    struct Run; ///< a removal that is being prepared
+
+    bool isHome() const;
+    void enter(Stage next);
+    void fail(std::string message);
+    void notify() { changed.emit(); }
+
+    void scan(std::vector<AppTarget> targets);
+    void review(std::vector<ScanResult> results);
+    void buildReviewTrees();
+    std::vector<RemovalTarget> chosenTargets() const;
+
+    void prepare(std::vector<RemovalTarget> targets, RemovalMode mode);
+    void quitNext(std::shared_ptr<Run> run);
+    void execute(std::shared_ptr<Run> run);
+    void undo(const Manifest& manifest, std::function<void()> done);
+
+    Services services_;
+    UserEnvironment user_;
+    Stage stage_ = stage::Idle{};
+    Stage home_ = stage::Idle{}; ///< the home stage that a flow started from
+    std::optional<std::string> errorMessage_;
+    std::optional<UndoReport> undoReport_;
+    bool isUndoing_ = false;
+    std::optional<RecoveryNotice> recoveryNotice_;
+    std::optional<QuitPrompt> pendingQuitPrompt_;
+    std::function<void(QuitPromptChoice)> quitPromptContinuation_;
+    std::set<Uuid> selection_;
+    std::set<Uuid>
+        resetIneligible_; ///< what was selected when the mode became reset, and cannot take part in it
+    RemovalMode mode_ = RemovalMode::uninstall;
+    std::map<std::string, std::shared_ptr<const LeftoverList>> reviewLists_; ///< by bundle identifier
+    std::map<std::string, LeftoverTree> reviewTrees_;
+    LeftoverFilter reviewFilter_;
+    SweepState sweep_;
+    StopSource scanStop_;
+    std::optional<Manifest> lastManifest_;
+    bool hasStarted_ = false;
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
+};
+
+} // namespace tidwen
