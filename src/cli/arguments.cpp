@@ -1,0 +1,128 @@
+#include "cli/arguments.h"
+
+#include "cli/help.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+
+namespace tidwen {
+
+namespace {
+
+constexpr int wrongUsage = 2;
+
+CLI::Option* declare(CLI::App& app, const OptionSyntax& syntax) {
+    const std::string name(syntax.name);
+    if (syntax.valueName.empty()) return app.add_flag(name);
+    // One value at a time, or an option would swallow the operands behind it.
+    return app.add_option(name)
+        ->type_name(std::string(syntax.valueName))
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->allow_extra_args(false);
+}
+
+/// The values that were given for an option of `app`, empty for a flag; nothing when it was not given.
+std::optional<std::vector<std::string>> given(const CLI::App& app, const OptionSyntax& syntax) {
+    const auto* option = app.get_option(std::string(syntax.name));
+    if (option->count() == 0) return std::nullopt;
+    return syntax.valueName.empty() ? std::vector<std::string>{} : option->results();
+}
+
+void readGlobalOptions(const CLI::App& app, Arguments& result) {
+    const auto last = [&](const char* name) -> std::optional<std::string> {
+        const auto* option = app.get_option(name);
+        return option->count() > 0 ? std::optional(option->results().back()) : std::nullopt;
+    };
+    if (const auto volume = last("--volume")) result.volume = *volume;
+    result.home = last("--home");
+    result.json = app.count("--json") > 0;
+    result.yes = app.count("--yes") > 0;
+    result.verbose = app.count("--verbose") > 0;
+}
+
+const CommandSyntax* find(const std::vector<CommandSyntax>& commands, const std::string& name) {
+    const auto found = std::find_if(commands.begin(), commands.end(),
+                                    [&](const CommandSyntax& syntax) { return syntax.name == name; });
+    return found == commands.end() ? nullptr : &*found;
+}
+
+EarlyExit complaint(const std::string& text) {
+    return {wrongUsage, "tidwen: " + text + "\n\"tidwen --help\" lists commands and options.\n"};
+}
+
+std::optional<EarlyExit> wrongOperandCount(const CommandSyntax& syntax,
+                                           const std::vector<std::string>& operands) {
+    const std::string name(syntax.name);
+    if (operands.size() < syntax.minimumOperands)
+        return complaint(name + ": " + std::string(syntax.operandName) + " is missing");
+    if (operands.size() > syntax.maximumOperands)
+        return complaint(name + ": too many arguments: " + operands[syntax.maximumOperands]);
+    return std::nullopt;
+}
+
+/// Why parsing ended early. `command` is the one that was named, if any.
+EarlyExit endOf(const CLI::ParseError& error, const CLI::App& app, const CommandSyntax* command,
+                const std::vector<CommandSyntax>& commands) {
+    if (app.count("--version") > 0) return {0, "tidwen " TIDWEN_VERSION "\n"};
+    if (dynamic_cast<const CLI::CallForHelp*>(&error))
+        return {0, command ? help::command(*command) : help::program(commands)};
+    const auto unexpected = app.remaining();
+    if (!command && dynamic_cast<const CLI::ExtrasError*>(&error) && !unexpected.empty()
+        && !unexpected.front().starts_with('-'))
+        return complaint("there is no command " + unexpected.front());
+    return complaint(error.what());
+}
+
+} // namespace
+
+std::vector<std::string> Arguments::values(std::string_view option) const {
+    const auto found = options.find(option);
+    return found == options.end() ? std::vector<std::string>{} : found->second;
+}
+
+tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* words,
+                                                  const std::vector<CommandSyntax>& commands) {
+    Arguments result;
+    result.program = count > 0 ? words[0] : "tidwen";
+    CLI::App app("", "tidwen");
+    app.set_help_flag("-h,--help");
+    app.require_subcommand(0, 1);
+    app.fallthrough();
+    for (const auto& option : help::globalOptions())
+        if (option.name != "--help") declare(app, option);
+    for (const auto& syntax : commands) {
+        auto* command = app.add_subcommand(std::string(syntax.name));
+        // Too few or too many operands are told by us, so that those behind "--" count too.
+        if (!syntax.operandName.empty())
+            command->add_option(std::string(syntax.operandName), result.operands);
+        for (const auto& option : syntax.options)
+            declare(*command, option);
+    }
+
+    const auto namedCommand = [&]() -> const CommandSyntax* {
+        const auto named = app.get_subcommands();
+        return named.empty() ? nullptr : find(commands, named.front()->get_name());
+    };
+    // All behind "--" are operands; the parser itself would give them to the wrong command.
+    const auto* const end = words + count;
+    const auto* const mark = std::find_if(words, end, [](std::string_view word) { return word == "--"; });
+    try {
+        app.parse(static_cast<int>(mark - words), words);
+    } catch (const CLI::ParseError& error) {
+        return tl::unexpected(endOf(error, app, namedCommand(), commands));
+    }
+    const CommandSyntax* command = namedCommand();
+    if (app.count("--version") > 0) return tl::unexpected(EarlyExit{0, "tidwen " TIDWEN_VERSION "\n"});
+    if (!command) return tl::unexpected(EarlyExit{wrongUsage, help::program(commands)});
+    if (mark != end) result.operands.insert(result.operands.end(), mark + 1, end);
+    if (auto wrong = wrongOperandCount(*command, result.operands)) return tl::unexpected(std::move(*wrong));
+    result.command = command->name;
+    readGlobalOptions(app, result);
+    for (const auto& option : command->options)
+        if (auto values = given(*app.get_subcommand(result.command), option))
+            result.options[std::string(option.name)] = std::move(*values);
+    return result;
+}
+
+} // namespace tidwen

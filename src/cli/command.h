@@ -1,0 +1,71 @@
+#pragma once
+
+#include "base/message.h"
+#include "cli/arguments.h"
+#include "operations/admin_script_runner.h"
+#include "operations/permission_revoker.h"
+#include "operations/privileged_runner.h"
+#include "platform/folder_events.h"
+#include "platform/login_item.h"
+#include "platform/notifications.h"
+#include "platform/system.h"
+
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace tidwen {
+
+class Console;
+
+/// How the program ends.
+enum class ExitStatus {
+    done = 0,
+    someFailed = 1, ///< the output says what
+    refused = 2,    ///< refused or wrong usage; nothing was touched
+};
+
+/// The Mac that a command works on, as `main` put it together.
+struct Mac {
+    System system;
+    PrivilegedRunner& userRunner;
+    PrivilegedRunner& privilegedRunner;
+    PermissionRevoker& permissionRevoker;
+    FolderEvents& folderEvents;
+    Notifications& notifications;
+    /// Runs a script as an administrator; absent on a volume, where there is nobody to ask.
+    std::optional<AdminScriptRunner::Execute> administrator;
+    std::optional<std::filesystem::path>
+        volume; ///< this machine's folder that holds it; absent on a live Mac
+};
+
+struct CommandContext {
+    const Arguments& arguments;
+    const Texts& texts;
+    Console& console;
+
+    std::string text(std::string_view key, const std::vector<std::string>& fill = {}) const {
+        return texts.text(key, fill);
+    }
+    /// Says why nothing is done.
+    ExitStatus refuse(const Message& reason) const;
+    /// How to call this program for `command` on the same Mac, ready to be pasted into a shell.
+    std::string commandLine(const std::string& command) const;
+};
+
+/// One command: how it is called and what it does. A new one is a file in `commands` and a line in
+/// all_commands.cpp.
+struct Command {
+    using Anywhere = ExitStatus (*)(const CommandContext&);
+    using OnMac = ExitStatus (*)(const CommandContext&, Mac&);
+
+    CommandSyntax syntax;
+    std::variant<Anywhere, OnMac> run;
+};
+
+/// In the order in which help lists them.
+std::vector<Command> allCommands();
+
+} // namespace tidwen

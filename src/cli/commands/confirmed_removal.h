@@ -1,0 +1,29 @@
+#pragma once
+
+#include "cli/command.h"
+#include "removal/removal_plan.h"
+#include "scan/scan_result.h"
+
+#include <vector>
+
+namespace tidwen {
+
+/// What is taken when no option chooses.
+enum class Chosen {
+    byDefault, ///< what a removal takes without further choice
+    all,       ///< everything: it was chosen by name
+};
+
+/// Which of what was found goes, as "--select" and "--risk" say or as nothing says, and then one removal of
+/// it: the plan with "--dry-run", else summary, question, run and report.
+ExitStatus removeFound(const CommandContext& context, Mac& mac, const std::vector<ScanResult>& found,
+                       RemovalMode mode, Chosen chosen = Chosen::byDefault);
+
+/// Asks before something that cannot be taken back lightly. True when it was agreed to beforehand ("--yes")
+/// or is agreed to now; else what was said is printed.
+bool agreed(const CommandContext& context, const std::string& question);
+
+/// The options of every command that ends in a removal.
+std::vector<OptionSyntax> removalOptions();
+
+} // namespace tidwen

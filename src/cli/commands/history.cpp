@@ -1,0 +1,62 @@
+#include "cli/command.h"
+#include "cli/commands/numbered_history.h"
+#include "cli/console.h"
+#include "cli/json_output.h"
+#include "cli/labels.h"
+#include "cli/table.h"
+
+namespace tidwen {
+
+namespace {
+
+std::string state(const RemovalHistoryEntry& entry, const CommandContext& context) {
+    std::string text;
+    if (entry.totalMoves == 0)
+        text = context.text("cli.history.nothing");
+    else if (entry.pendingMoves == 0)
+        text = context.text("history.row.restored");
+    else
+        text = context.text("cli.history.pending %lld %lld",
+                            {std::to_string(entry.pendingMoves), std::to_string(entry.totalMoves)});
+    if (entry.manifest.recoveredAt) text += ", " + context.text("history.row.recovered");
+    return text;
+}
+
+void print(const std::vector<RemovalHistoryEntry>& history, const CommandContext& context) {
+    using enum Table::Align;
+    Table table({right, left, left, right, right, left});
+    std::int64_t bytes = 0;
+    for (std::size_t i = 0; i < history.size(); ++i) {
+        const auto& entry = history[i];
+        bytes += entry.sizeBytes.value_or(0);
+        table.add({{std::to_string(i + 1)},
+                   {displayDate(entry.manifest.createdAt), Paint::faint},
+                   {labels::names(entry.manifest.apps), Paint::strong},
+                   {context.text("history.row.items %lld", {std::to_string(entry.manifest.entries.size())})},
+                   {labels::size(entry.sizeBytes, context.texts)},
+                   {state(entry, context)}});
+    }
+    table.print(context.console);
+    context.console.line(context.text("history.total %lld %@",
+                                      {std::to_string(history.size()), labels::size(bytes, context.texts)}));
+}
+
+ExitStatus run(const CommandContext& context, Mac& mac) {
+    const auto history = numberedHistory(mac, true);
+    if (context.arguments.json)
+        context.console.document(json::document(history));
+    else if (history.empty())
+        context.console.line(context.text("history.empty.title"));
+    else
+        print(history, context);
+    mentionInterruptedRuns(context, mac);
+    return ExitStatus::done;
+}
+
+} // namespace
+
+Command historyCommand() {
+    return {.syntax = {.name = "history", .summary = "List past removals, newest first"}, .run = run};
+}
+
+} // namespace tidwen

@@ -1,0 +1,69 @@
+#include "cli/commands/confirmed_removal.h"
+#include "cli/console.h"
+#include "cli/json_sweep.h"
+#include "cli/labels.h"
+#include "cli/table.h"
+#include "inventory/installed_applications.h"
+#include "sweep/installer_scanner.h"
+
+namespace tidwen {
+
+namespace {
+
+void print(const InstallerScanResult& result, const CommandContext& context) {
+    if (result.unreadable) context.console.line(context.text("installers.unreadable.title"), Paint::caution);
+    for (const bool matched : {true, false}) {
+        Table table({Table::Align::right, Table::Align::left});
+        for (const auto& file : result.files)
+            if (file.installedApp.has_value() == matched)
+                table.add({{labels::size(file.sizeBytes, context.texts)},
+                           {file.url.string(), Paint::strong},
+                           {matched ? context.text("installers.row.installed %@", {file.installedApp->name})
+                                    : context.text("installers.row.unmatched"),
+                            Paint::faint}});
+        if (table.empty()) continue;
+        context.console.line(
+            context.text(matched ? "installers.section.matched" : "installers.section.unmatched"),
+            Paint::strong);
+        table.print(context.console, 2);
+    }
+    if (result.files.empty() && !result.unreadable)
+        context.console.line(context.text("installers.empty.title"));
+}
+
+/// Without a choice only those whose application is installed: they have done their work.
+std::vector<ScanResult> asFound(const InstallerScanResult& result, const CommandContext& context) {
+    const bool isChosen = context.arguments.has("--select");
+    ScanResult found;
+    found.target.name = context.text("category.installers");
+    for (const auto& file : result.files)
+        if (isChosen || file.installedApp) found.traces.push_back(installerTrace(file));
+    return {std::move(found)};
+}
+
+ExitStatus run(const CommandContext& context, Mac& mac) {
+    const auto& system = mac.system;
+    const auto apps =
+        listInstalledApps(system.files, system.signatures, findApplicationBundles(system.files, system.user));
+    const auto result = scanInstallers(system.files, system.user, apps);
+    if (context.arguments.has("--remove"))
+        return removeFound(context, mac, asFound(result, context), RemovalMode::uninstall);
+    if (context.arguments.json)
+        context.console.document(json::document(result));
+    else
+        print(result, context);
+    return result.unreadable ? ExitStatus::someFailed : ExitStatus::done;
+}
+
+} // namespace
+
+Command installersCommand() {
+    return {.syntax = {.name = "installers",
+                       .summary = "Find disk images and installer packages in Downloads",
+                       .options = {{"--remove", "", "Move those of installed applications to quarantine"},
+                                   {"--select", "ITEMS", "Take exactly these: paths that are shown"},
+                                   {"--dry-run", "", "Print the numbered steps and change nothing"}}},
+            .run = run};
+}
+
+} // namespace tidwen

@@ -1,0 +1,85 @@
+#include "cli/commands/confirmed_removal.h"
+#include "cli/console.h"
+#include "cli/json_sweep.h"
+#include "cli/labels.h"
+#include "cli/table.h"
+#include "inventory/installed_applications.h"
+#include "scan/protected_apps.h"
+#include "sweep/orphan_scanner.h"
+
+namespace tidwen {
+
+namespace {
+
+OrphanScanResult scan(const CommandContext& context, Mac& mac) {
+    const auto& system = mac.system;
+    context.console.progress(context.text("cli.orphans.progress"));
+    // A volume has no register of applications besides the bundles themselves.
+    OrphanScanner scanner({system.files, system.signatures, system.runningApplications, system.log},
+                          system.user, [](const std::string&) { return false; });
+    auto result = scanner.scan(findApplicationBundles(system.files, system.user),
+                               ProtectedApps(system.defaults).bundleIDs());
+    context.console.endProgress();
+    return result;
+}
+
+std::vector<ScanResult> asFound(const OrphanScanResult& orphans) {
+    std::vector<ScanResult> found;
+    for (const auto& group : orphans.groups) {
+        ScanResult result;
+        result.target.bundleID = group.bundleID;
+        result.target.name = group.name;
+        result.traces = group.traces;
+        found.push_back(std::move(result));
+    }
+    return found;
+}
+
+void print(const OrphanScanResult& orphans, const CommandContext& context) {
+    std::vector<Trace> all;
+    for (const auto& group : orphans.groups) {
+        context.console.line({{group.name, Paint::strong},
+                              {"  " + group.bundleID},
+                              {"  " + labels::countAndSize(group.traces, context.texts), Paint::faint}});
+        Table table({Table::Align::left, Table::Align::right});
+        for (const auto& trace : group.traces)
+            table.add({labels::risk(trace.risk, context.texts),
+                       {labels::size(trace.sizeBytes, context.texts)},
+                       {trace.displayName}});
+        table.print(context.console, 2);
+        all.insert(all.end(), group.traces.begin(), group.traces.end());
+    }
+    for (const auto& location : orphans.unreadableLocations)
+        context.console.line(context.text("cli.unreadable %@", {location.string()}), Paint::caution);
+    context.console.line(all.empty()
+                             ? context.text("cli.orphans.none")
+                             : context.text("cli.scan.found %@", {labels::countAndSize(all, context.texts)}));
+}
+
+ExitStatus run(const CommandContext& context, Mac& mac) {
+    const auto orphans = scan(context, mac);
+    if (context.arguments.has("--remove"))
+        return removeFound(context, mac, asFound(orphans), RemovalMode::uninstall);
+    if (context.arguments.json)
+        context.console.document(json::document(orphans));
+    else
+        print(orphans, context);
+    return ExitStatus::done;
+}
+
+std::vector<OptionSyntax> options() {
+    auto all = removalOptions();
+    all.insert(all.begin(), {"--remove", "", "Move what was found to quarantine"});
+    return all;
+}
+
+} // namespace
+
+Command orphansCommand() {
+    return {.syntax = {.name = "orphans",
+                       .summary = "Find leftovers of applications that are no longer installed",
+                       .options = options()},
+            .run = run};
+}
+
+} // namespace tidwen

@@ -1,0 +1,160 @@
+// The commands that read and change what the user decided: protect, tags, settings.
+
+#include "cli/command.h"
+#include "cli/console.h"
+#include "cli/json_settings.h"
+#include "cli/table.h"
+#include "scan/protected_apps.h"
+#include "settings/app_preferences.h"
+#include "settings/app_tags.h"
+
+#include <algorithm>
+#include <map>
+
+namespace tidwen {
+
+namespace {
+
+ExitStatus wrongAction(const CommandContext& context) {
+    return context.refuse({"cli.action.unknown %@", {context.arguments.operands.front()}});
+}
+
+ExitStatus notStored(const CommandContext& context) {
+    context.console.complain(context.text("cli.settings.notStored"));
+    return ExitStatus::someFailed;
+}
+
+ExitStatus runProtect(const CommandContext& context, Mac& mac) {
+    ProtectedApps apps(mac.system.defaults);
+    const auto& words = context.arguments.operands;
+    const std::string action = words.empty() ? "list" : words.front();
+    if (action == "add" || action == "remove") {
+        if (words.size() < 2) return context.refuse({"cli.action.needsOperand %@", {action}});
+        for (auto id = words.begin() + 1; id != words.end(); ++id)
+            if (apps.contains(*id) != (action == "add") && !apps.toggle(*id)) return notStored(context);
+    } else if (action != "list") {
+        return wrongAction(context);
+    }
+    if (context.arguments.json)
+        context.console.document(json::document(apps.bundleIDs()));
+    else if (apps.bundleIDs().empty())
+        context.console.line(context.text("cli.protect.none"));
+    else
+        for (const auto& id : apps.bundleIDs())
+            context.console.line(id);
+    return ExitStatus::done;
+}
+
+std::map<std::string, std::vector<std::string>> byTag(const AppTags& tags) {
+    std::map<std::string, std::vector<std::string>> result;
+    for (const auto& tag : tags.all())
+        for (const auto& id : tags.tagged(tag))
+            result[tag].push_back(id);
+    return result;
+}
+
+void printTags(const AppTags& tags, const CommandContext& context) {
+    if (tags.all().empty()) context.console.line(context.text("cli.tags.none"));
+    for (const auto& [tag, ids] : byTag(tags)) {
+        context.console.line(tag, Paint::strong);
+        for (const auto& id : ids)
+            context.console.line("  " + id);
+    }
+}
+
+ExitStatus runTags(const CommandContext& context, Mac& mac) {
+    AppTags tags(mac.system.defaults);
+    const auto& words = context.arguments.operands;
+    const std::string action = words.empty() ? "list" : words.front();
+    const auto needs = [&](std::size_t count) { return words.size() == count + 1; };
+    bool changed = true;
+    if (action == "add" && needs(2))
+        changed = tags.add(words[1], words[2]);
+    else if (action == "remove" && needs(2))
+        changed = tags.remove(words[1], words[2]);
+    else if (action == "rename" && needs(2))
+        changed = tags.rename(words[1], words[2]);
+    else if (action == "delete" && needs(1))
+        changed = tags.erase(words[1]);
+    else if (action != "list")
+        return context.refuse({"cli.tags.usage"});
+    if (!changed) context.console.complain(context.text("cli.tags.unchanged"));
+    if (context.arguments.json)
+        context.console.document(json::document(byTag(tags)));
+    else
+        printTags(tags, context);
+    return changed ? ExitStatus::done : ExitStatus::someFailed;
+}
+
+void printSettings(const AppPreferences& preferences, const CommandContext& context) {
+    Table table;
+    for (const auto& setting : preferenceDescriptions()) {
+        std::string values;
+        for (const auto value : setting.values)
+            values += (values.empty() ? "" : ", ") + std::string(value);
+        table.add({{std::string(setting.name), Paint::strong},
+                   {*preferences.get(setting.name)},
+                   {values, Paint::faint}});
+    }
+    table.print(context.console);
+}
+
+ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context, Mac& mac) {
+    const auto& words = context.arguments.operands;
+    if (words.size() != 3) return context.refuse({"cli.settings.usage"});
+    if (!preferences.set(words[1], words[2]))
+        return context.refuse({"cli.settings.refused %@ %@", {words[1], words[2]}});
+    // Read back what another process would see.
+    const auto stored = AppPreferences(mac.system.defaults).get(words[1]);
+    return stored == preferences.get(words[1]) ? ExitStatus::done : notStored(context);
+}
+
+ExitStatus runSettings(const CommandContext& context, Mac& mac) {
+    AppPreferences preferences(mac.system.defaults);
+    const auto& words = context.arguments.operands;
+    const std::string action = words.empty() ? "list" : words.front();
+    if (action == "set") return setSetting(preferences, context, mac);
+    if (action == "get" && words.size() == 2) {
+        const auto value = preferences.get(words[1]);
+        if (!value) return context.refuse({"cli.settings.unknown %@", {words[1]}});
+        context.console.line(*value);
+        return ExitStatus::done;
+    }
+    if (action != "list") return context.refuse({"cli.settings.usage"});
+    if (context.arguments.json)
+        context.console.document(json::document(preferences));
+    else
+        printSettings(preferences, context);
+    return ExitStatus::done;
+}
+
+} // namespace
+
+Command protectCommand() {
+    return {.syntax = {.name = "protect",
+                       .summary = "Applications that must not be removed: list, add ID, remove ID",
+                       .operandName = "ACTION",
+                       .operandHelp = "list, add ID…, remove ID…",
+                       .maximumOperands = anyNumber},
+            .run = runProtect};
+}
+
+Command tagsCommand() {
+    return {.syntax = {.name = "tags",
+                       .summary = "Your own tags on applications: list, add, remove, rename, delete",
+                       .operandName = "ACTION",
+                       .operandHelp = "list, add ID TAG, remove ID TAG, rename TAG NEW, delete TAG",
+                       .maximumOperands = 3},
+            .run = runTags};
+}
+
+Command settingsCommand() {
+    return {.syntax = {.name = "settings",
+                       .summary = "Settings: list, get NAME, set NAME VALUE",
+                       .operandName = "ACTION",
+                       .operandHelp = "list, get NAME, set NAME VALUE",
+                       .maximumOperands = 3},
+            .run = runSettings};
+}
+
+} // namespace tidwen

@@ -1,0 +1,45 @@
+#include "cli/command.h"
+#include "cli/commands/numbered_history.h"
+#include "cli/console.h"
+#include "cli/json_output.h"
+#include "cli/labels.h"
+#include "quarantine/recovery.h"
+
+namespace tidwen {
+
+namespace {
+
+void print(const Manifest& manifest, const CommandContext& context, const Mac& mac) {
+    context.console.line(
+        context.text("cli.recover.one %@ %@ %@",
+                     {labels::names(manifest.apps), displayDate(manifest.createdAt),
+                      context.text("history.row.items %lld", {std::to_string(manifest.entries.size())})}));
+    if (const auto undo = undoCommandLine(manifest.quarantineRoot, context, mac);
+        undo && !manifest.entries.empty())
+        context.console.line(context.text("cli.undo.hint %@", {*undo}));
+}
+
+ExitStatus run(const CommandContext& context, Mac& mac) {
+    auto& system = mac.system;
+    const auto recovered = recoverInterruptedRemovals(system.user, system.files, system.clock, system.log);
+    if (context.arguments.json) {
+        context.console.document(json::document(recovered));
+    } else {
+        if (recovered.empty()) context.console.line(context.text("cli.recover.none"));
+        for (const auto& manifest : recovered)
+            print(manifest, context, mac);
+    }
+    const int left = mentionInterruptedRuns(context, mac); // whose journal cannot be read
+    return left > 0 ? ExitStatus::someFailed : ExitStatus::done;
+}
+
+} // namespace
+
+Command recoverCommand() {
+    return {
+        .syntax = {.name = "recover",
+                   .summary = "Finish the book-keeping of removals that were cut off, so they can be undone"},
+        .run = run};
+}
+
+} // namespace tidwen

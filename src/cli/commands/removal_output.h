@@ -1,0 +1,26 @@
+#pragma once
+
+#include "cli/command.h"
+#include "quarantine/quarantine_layout.h"
+#include "removal/removal_plan.h"
+#include "removal/removal_report.h"
+
+#include <vector>
+
+/// What a removal prints for people: before, in place of, and after it.
+namespace tidwen {
+
+/// What will be taken, before the question.
+void printSummary(const std::vector<RemovalTarget>& targets, const CommandContext& context);
+
+/// What was found and is not taken, and what only the user can do about it.
+void printLeft(const std::vector<Trace>& left, const CommandContext& context);
+
+/// The numbered steps.
+void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout& layout,
+               const CommandContext& context);
+
+/// What came of each step.
+void printReport(const RemovalReport& report, const CommandContext& context);
+
+} // namespace tidwen

@@ -1,0 +1,43 @@
+#include "cli/commands/confirmed_removal.h"
+#include "cli/commands/scan_applications.h"
+
+namespace tidwen {
+
+namespace {
+
+ExitStatus run(const CommandContext& context, Mac& mac, RemovalMode mode) {
+    const auto scanned = scanApplications(context, mac);
+    if (scanned.results.empty()) return ExitStatus::refused;
+    const auto status = removeFound(context, mac, scanned.results, mode);
+    return status == ExitStatus::done && scanned.someRefused ? ExitStatus::someFailed : status;
+}
+
+ExitStatus runRemove(const CommandContext& context, Mac& mac) {
+    return run(context, mac, RemovalMode::uninstall);
+}
+ExitStatus runReset(const CommandContext& context, Mac& mac) {
+    return run(context, mac, RemovalMode::reset);
+}
+
+CommandSyntax syntax(std::string_view name, std::string_view summary) {
+    return {.name = name,
+            .summary = summary,
+            .operandName = "APP",
+            .operandHelp = "Name, identifier or path of an application",
+            .minimumOperands = 1,
+            .maximumOperands = anyNumber,
+            .options = removalOptions()};
+}
+
+} // namespace
+
+Command removeCommand() {
+    return {.syntax = syntax("remove", "Move an application and what it left to quarantine"),
+            .run = runRemove};
+}
+
+Command resetCommand() {
+    return {.syntax = syntax("reset", "Keep an application, move its data to quarantine"), .run = runReset};
+}
+
+} // namespace tidwen

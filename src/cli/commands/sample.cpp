@@ -1,0 +1,47 @@
+#include "cli/command.h"
+#include "cli/console.h"
+#include "cli/json_output.h"
+#include "cli/labels.h"
+#include "cli/sample/sample_contents.h"
+#include "cli/sample/sample_volume.h"
+
+namespace tidwen {
+
+namespace {
+
+ExitStatus run(const CommandContext& context) {
+    const std::string& folder = context.arguments.operands.front();
+    const auto sample = writeSampleVolume(folder);
+    if (!sample) {
+        context.refuse(sample.error().reason);
+        return sample.error().nothingWritten ? ExitStatus::refused : ExitStatus::someFailed;
+    }
+    if (context.arguments.json) {
+        context.console.document(json::document(json::Sample{sample->root, Path(std::string(sample::home)),
+                                                             sample->applications, sample->bytes}));
+        return ExitStatus::done;
+    }
+    context.console.line(
+        context.text("cli.sample.done %@ %lld %@",
+                     {folder, std::to_string(sample->applications),
+                      labels::size(static_cast<std::int64_t>(sample->bytes), context.texts)}));
+    Arguments arguments = context.arguments;
+    arguments.volume = folder;
+    context.console.line(context.text(
+        "cli.next %@", {CommandContext{arguments, context.texts, context.console}.commandLine("apps")}));
+    return ExitStatus::done;
+}
+
+} // namespace
+
+Command sampleCommand() {
+    return {.syntax = {.name = "sample",
+                       .summary = "Write a Mac volume of invented applications to try everything on",
+                       .operandName = "DIR",
+                       .operandHelp = "Folder to write it to; must be empty or not exist",
+                       .minimumOperands = 1,
+                       .maximumOperands = 1},
+            .run = run};
+}
+
+} // namespace tidwen

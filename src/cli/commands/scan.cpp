@@ -1,0 +1,118 @@
+#include "cli/command.h"
+#include "cli/commands/scan_applications.h"
+#include "cli/console.h"
+#include "cli/json_output.h"
+#include "cli/labels.h"
+#include "cli/table.h"
+#include "scan/default_selection.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace tidwen {
+
+namespace {
+
+/// Traces of one category stand together, in the order in which categories are shown.
+std::vector<Trace> byCategory(const std::vector<Trace>& traces) {
+    auto sorted = traces;
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](const Trace& a, const Trace& b) { return a.category < b.category; });
+    return sorted;
+}
+
+/// Mark, tier and size stand in columns; what follows has its own length and would only push the rest away.
+void printTraces(const std::vector<Trace>& traces, const CommandContext& context) {
+    using enum Table::Align;
+    Table table({left, left, right});
+    const auto sorted = byCategory(traces);
+    for (const auto& trace : sorted)
+        table.add({{takenByDefault(trace) ? "[x]" : "[ ]", Paint::faint},
+                   labels::risk(trace.risk, context.texts),
+                   {labels::size(trace.sizeBytes, context.texts)}});
+    auto lines = table.lines(2);
+    for (std::size_t i = 0; i < sorted.size(); ++i) {
+        const auto& trace = sorted[i];
+        if (i == 0 || trace.category != sorted[i - 1].category)
+            context.console.line(labels::category(trace.category, context.texts), Paint::strong);
+        lines[i].push_back({"  " + trace.displayName});
+        lines[i].push_back({"  " + labels::reason(trace.reason, context.texts), Paint::faint});
+        for (const auto& badge : labels::badges(trace, context.texts))
+            lines[i].push_back({"  [" + badge + "]", Paint::caution});
+        context.console.line(lines[i]);
+    }
+}
+
+void printPermissions(const PermissionAudit::Result& permissions, const CommandContext& context) {
+    if (!permissions.unreadable.empty())
+        context.console.line(context.text("review.audit.unreadable"), Paint::caution);
+    if (permissions.grants.empty()) return;
+    context.console.line(context.text("review.permissionAudit"), Paint::strong);
+    Table table;
+    for (const auto& grant : permissions.grants)
+        table.add({{permissionTitle(grant.service, context.texts)},
+                   {context.text("cli.permission." + std::string(name(grant.state.kind)))},
+                   {context.text("cli.permission.scope." + std::string(name(grant.scope))), Paint::faint}});
+    table.print(context.console, 2);
+}
+
+void printNotices(const ScanResult& result, const CommandContext& context) {
+    if (result.nameMatchingDisabled) {
+        context.console.line(context.text("review.genericName.title"), Paint::caution);
+        context.console.line(context.text("review.genericName.body %@", {result.target.name}), Paint::faint);
+    }
+    if (result.unreadableLocations.empty()) return;
+    context.console.line(context.text("review.incomplete.title"), Paint::caution);
+    context.console.line(
+        context.text("review.incomplete.body %lld", {std::to_string(result.unreadableLocations.size())}),
+        Paint::faint);
+    for (const auto& location : result.unreadableLocations)
+        context.console.line("  " + location.string());
+}
+
+void printTotals(const std::vector<Trace>& traces, const CommandContext& context) {
+    std::vector<Trace> taken;
+    std::copy_if(traces.begin(), traces.end(), std::back_inserter(taken), takenByDefault);
+    context.console.line(context.text("cli.scan.found %@", {labels::countAndSize(traces, context.texts)}));
+    context.console.line(context.text("cli.scan.taken %@", {labels::countAndSize(taken, context.texts)}));
+}
+
+void print(const ScanResult& result, const CommandContext& context) {
+    const auto& target = result.target;
+    context.console.line({{target.name, Paint::strong},
+                          {target.version ? " " + *target.version : ""},
+                          {"  " + target.bundleID, Paint::faint}});
+    context.console.line(target.bundleURL.string(), Paint::faint);
+    printNotices(result, context);
+    printTraces(result.traces, context);
+    printPermissions(result.permissions, context);
+    printTotals(result.traces, context);
+}
+
+ExitStatus run(const CommandContext& context, Mac& mac) {
+    const auto scanned = scanApplications(context, mac);
+    if (scanned.results.empty()) return ExitStatus::refused;
+    if (context.arguments.json) {
+        context.console.document(json::document(scanned.results));
+    } else {
+        for (const auto& result : scanned.results) {
+            if (&result != &scanned.results.front()) context.console.blankLine();
+            print(result, context);
+        }
+    }
+    return scanned.someRefused ? ExitStatus::someFailed : ExitStatus::done;
+}
+
+} // namespace
+
+Command scanCommand() {
+    return {.syntax = {.name = "scan",
+                       .summary = "Show what belongs to an application, and why",
+                       .operandName = "APP",
+                       .operandHelp = "Name, identifier or path of an application",
+                       .minimumOperands = 1,
+                       .maximumOperands = anyNumber},
+            .run = run};
+}
+
+} // namespace tidwen

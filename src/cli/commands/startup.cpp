@@ -1,0 +1,158 @@
+#include "base/executor.h"
+#include "cli/commands/confirmed_removal.h"
+#include "cli/console.h"
+#include "cli/json_startup.h"
+#include "cli/table.h"
+#include "inventory/installed_applications.h"
+#include "system/startup_items_model.h"
+
+#include <algorithm>
+
+namespace tidwen {
+
+namespace {
+
+/// The model of the screen, driven from here to the end of each of its steps.
+class StartupSession {
+  public:
+    StartupSession(const CommandContext& context, Mac& mac)
+        : context_(context),
+          mac_(mac),
+          protectedApps_(mac.system.defaults),
+          scanner_(mac.system.files, mac.system.user, [](const std::string&) { return false; }),
+          model_({mac.system.files, mac.system.launchd, scanner_, protectedApps_, mac.system.texts, main_,
+                  background_, mac.system.log},
+                 [&system = mac.system] {
+                     return listInstalledApps(system.files, system.signatures,
+                                              findApplicationBundles(system.files, system.user));
+                 }) {
+        wait([this](auto done) { model_.load(done); });
+    }
+
+    ExitStatus list() {
+        if (context_.arguments.json)
+            context_.console.document(json::document(model_));
+        else
+            print();
+        return ExitStatus::done;
+    }
+
+    /// `words`: labels or paths of property lists, as the list shows them.
+    ExitStatus switchJobs(const std::vector<std::string>& words, bool on) {
+        auto status = ExitStatus::done;
+        for (const auto& word : words) {
+            const auto* item = find(word);
+            if (!item) return context_.refuse({"cli.startup.unknown %@", {word}});
+            const auto state = model_.switchState(*item);
+            if (state != SwitchState::on && state != SwitchState::off) {
+                context_.console.complain(context_.text("cli.startup.noSwitch %@", {item->label}));
+                status = ExitStatus::someFailed;
+                continue;
+            }
+            wait([&](auto done) { model_.setEnabled(*item, on, done); });
+            if (const auto& error = model_.toggleError.get()) {
+                context_.console.complain(*error);
+                status = ExitStatus::someFailed;
+            } else if (!context_.arguments.json) {
+                context_.console.line(
+                    context_.text(on ? "cli.startup.on %@" : "cli.startup.off %@", {item->label}));
+            }
+        }
+        if (context_.arguments.json) context_.console.document(json::document(model_));
+        return status;
+    }
+
+    ExitStatus remove(const std::vector<std::string>& words) {
+        ScanResult found;
+        found.target.name = context_.text("cli.startup.title");
+        for (const auto& word : words) {
+            const auto* item = find(word);
+            if (!item) return context_.refuse({"cli.startup.unknown %@", {word}});
+            const auto trace = model_.isSelectable(*item) ? startupTrace(*item) : std::nullopt;
+            if (!trace) return context_.refuse({"cli.startup.notRemovable %@", {item->label}});
+            found.traces.push_back(*trace);
+        }
+        // The jobs were chosen by name, so their risk needs no further choice.
+        return removeFound(context_, mac_, {std::move(found)}, RemovalMode::uninstall, Chosen::all);
+    }
+
+  private:
+    template<class Step>
+    void wait(const Step& step) {
+        bool isDone = false;
+        step([&isDone] { isDone = true; });
+        main_.runUntil([&isDone] { return isDone; });
+    }
+
+    const StartupItem* find(const std::string& word) const {
+        const auto& items = model_.result.get().items;
+        const auto found = std::find_if(items.begin(), items.end(), [&](const auto& item) {
+            return item.label == word || item.id() == word;
+        });
+        return found == items.end() ? nullptr : &*found;
+    }
+
+    void print() {
+        const auto& result = model_.result.get();
+        for (const auto& [part, key] :
+             {std::pair(StartupSection::orphans, "startup.section.orphans"),
+              std::pair(StartupSection::unattributed, "startup.section.unattributed"),
+              std::pair(StartupSection::owned, "startup.section.owned")}) {
+            Table table;
+            for (const auto& item : result.items)
+                if (section(item) == part) table.add(row(item));
+            if (table.empty()) continue;
+            context_.console.line(context_.text(key), Paint::strong);
+            table.print(context_.console, 2);
+        }
+        for (const auto& folder : result.unreadable)
+            context_.console.line(context_.text("cli.unreadable %@", {folder.string()}), Paint::caution);
+        if (result.items.empty()) context_.console.line(context_.text("startup.empty.title"));
+    }
+
+    std::vector<Span> row(const StartupItem& item) const {
+        const auto state = model_.switchState(item);
+        const bool isOff = model_.disabled.get().contains(item.id());
+        return {{context_.text("cli.startup.state." + std::string(isOff ? "off" : name(state))),
+                 isOff ? Paint::caution : Paint::faint},
+                {item.label, Paint::strong},
+                {item.isSystemDomain ? context_.text("startup.badge.daemon") : "", Paint::faint},
+                {model_.ownerText(item), Paint::faint}};
+    }
+
+    const CommandContext& context_;
+    Mac& mac_;
+    ProtectedApps protectedApps_;
+    StartupItemScanner scanner_;
+    MainQueue main_;
+    StartupItemsModel model_;
+    WorkQueue background_; ///< last, so that it ends its work before what the work uses is gone
+};
+
+ExitStatus run(const CommandContext& context, Mac& mac) {
+    const auto& words = context.arguments.operands;
+    const std::string action = words.empty() ? "list" : words.front();
+    const std::vector<std::string> jobs(words.empty() ? words.end() : words.begin() + 1, words.end());
+    const bool isKnown = action == "list" || action == "on" || action == "off" || action == "remove";
+    if (!isKnown) return context.refuse({"cli.action.unknown %@", {action}});
+    if (action != "list" && jobs.empty()) return context.refuse({"cli.action.needsOperand %@", {action}});
+    StartupSession session(context, mac);
+    if (action == "list") return session.list();
+    if (action == "remove") return session.remove(jobs);
+    return session.switchJobs(jobs, action == "on");
+}
+
+} // namespace
+
+Command startupCommand() {
+    return {.syntax = {.name = "startup",
+                       .summary = "Jobs that start on their own: list, on JOB, off JOB, remove JOB",
+                       .operandName = "ACTION",
+                       .operandHelp = "list, on JOB…, off JOB…, remove JOB…",
+                       .maximumOperands = anyNumber,
+                       .options = {{"--dry-run", "",
+                                    "With remove: print the numbered steps and change nothing"}}},
+            .run = run};
+}
+
+} // namespace tidwen

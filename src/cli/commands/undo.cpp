@@ -1,0 +1,61 @@
+#include "cli/command.h"
+#include "cli/commands/numbered_history.h"
+#include "cli/console.h"
+#include "cli/json_output.h"
+#include "cli/labels.h"
+#include "quarantine/undo_service.h"
+
+namespace tidwen {
+
+namespace {
+
+void print(const UndoReport& report, const CommandContext& context, const Mac& mac) {
+    const bool isComplete = report.failures.empty();
+    context.console.line(context.text(isComplete ? "report.undo.complete" : "report.undo.partial"),
+                         isComplete ? Paint::good : Paint::caution);
+    for (const auto& failure : report.failures)
+        context.console.line("  " + failure);
+    context.console.line(context.text("report.undo.restored %lld %lld", {std::to_string(report.restoredCount),
+                                                                         std::to_string(report.totalCount)}));
+    // No job runs on a volume; it starts with the Mac that the volume belongs to.
+    if (report.relaunchedJobs > 0 && !mac.volume)
+        context.console.line(
+            context.text("report.undo.relaunched %lld", {std::to_string(report.relaunchedJobs)}));
+}
+
+ExitStatus run(const CommandContext& context, Mac& mac) {
+    const std::string& word = context.arguments.operands.front();
+    const auto history = numberedHistory(mac, false);
+    const auto* entry = findRun(history, word);
+    if (!entry) {
+        mentionInterruptedRuns(context, mac);
+        return context.refuse({"cli.undo.unknown %@", {word}});
+    }
+    if (entry->pendingMoves == 0)
+        return context.refuse({"cli.undo.nothingLeft %@", {entry->root.lastComponent()}});
+
+    context.console.progress(context.text("home.recovery.restoring"));
+    auto& system = mac.system;
+    UndoService service({system.files, mac.privilegedRunner, mac.userRunner, system.texts, system.log},
+                        system.user);
+    const auto report = service.undo(entry->manifest);
+    if (context.arguments.json)
+        context.console.document(json::document(report));
+    else
+        print(report, context, mac);
+    return report.failures.empty() ? ExitStatus::done : ExitStatus::someFailed;
+}
+
+} // namespace
+
+Command undoCommand() {
+    return {.syntax = {.name = "undo",
+                       .summary = "Put everything that a removal moved back to its place",
+                       .operandName = "RUN",
+                       .operandHelp = "Number in history, or name of the quarantine folder",
+                       .minimumOperands = 1,
+                       .maximumOperands = 1},
+            .run = run};
+}
+
+} // namespace tidwen

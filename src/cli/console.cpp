@@ -1,0 +1,122 @@
+#include "cli/console.h"
+
+#include "base/text.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+#include <unistd.h>
+
+namespace tidwen {
+
+namespace {
+
+const char* escapeOf(Paint paint) {
+    switch (paint) {
+    case Paint::plain:
+        return "";
+    case Paint::strong:
+        return "\x1b[1m";
+    case Paint::faint:
+        return "\x1b[2m";
+    case Paint::good:
+        return "\x1b[32m";
+    case Paint::caution:
+        return "\x1b[33m";
+    case Paint::danger:
+        return "\x1b[31m";
+    }
+    return "";
+}
+
+bool isTerminal(std::FILE* file) {
+    return isatty(fileno(file)) == 1;
+}
+
+bool isSet(const char* variable) {
+    const char* value = std::getenv(variable); // NOLINT(concurrency-mt-unsafe): nothing sets variables
+    return value && *value;
+}
+
+bool isDumb() {
+    const char* terminal = std::getenv("TERM"); // NOLINT(concurrency-mt-unsafe)
+    return !terminal || std::string_view(terminal) == "dumb";
+}
+
+} // namespace
+
+Console::Console(std::FILE* input, std::FILE* output, std::FILE* errors)
+    : input_(input),
+      output_(output),
+      errors_(errors),
+      inputIsTerminal_(isTerminal(input)),
+      showsColours_(isTerminal(output) && !isSet("NO_COLOR") && !isDumb()),
+      showsProgress_(isTerminal(errors) && !isDumb()) {}
+
+void Console::put(std::FILE* file, std::string_view text) {
+    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    if (!written && file == output_ && outputError_ == 0) outputError_ = errno;
+}
+
+std::string Console::painted(const Span& span) const {
+    auto text = printable(span.text);
+    if (!showsColours_ || span.paint == Paint::plain || text.empty()) return text;
+    return escapeOf(span.paint) + text + "\x1b[0m";
+}
+
+void Console::line(const std::vector<Span>& spans) {
+    endProgress();
+    std::string text;
+    for (const auto& span : spans)
+        text += painted(span);
+    text.erase(text.find_last_not_of(' ') + 1);
+    put(output_, text + "\n");
+}
+
+void Console::document(std::string_view text) {
+    endProgress();
+    put(output_, text);
+}
+
+void Console::complain(std::string_view text) {
+    endProgress();
+    std::fflush(output_); // so that the two streams keep their order where they meet
+    put(errors_, "tidwen: " + printable(text) + "\n");
+}
+
+void Console::progress(std::string_view what) {
+    if (!showsProgress_) return;
+    put(errors_, "\r\x1b[K" + printable(what));
+    std::fflush(errors_);
+    progressShown_ = true;
+}
+
+void Console::endProgress() {
+    if (!progressShown_) return;
+    put(errors_, "\r\x1b[K");
+    std::fflush(errors_);
+    progressShown_ = false;
+}
+
+bool Console::ask(std::string_view question, const std::vector<std::string>& yesAnswers) {
+    endProgress();
+    std::fflush(output_);
+    put(errors_, printable(question) + " ");
+    std::fflush(errors_);
+    std::string answer;
+    for (int c = std::fgetc(input_); c != EOF && c != '\n'; c = std::fgetc(input_))
+        answer.push_back(static_cast<char>(c));
+    answer = lowercased(trimmed(answer));
+    return std::find(yesAnswers.begin(), yesAnswers.end(), answer) != yesAnswers.end();
+}
+
+bool Console::finish() {
+    endProgress();
+    if (std::fflush(output_) != 0 && outputError_ == 0) outputError_ = errno;
+    if (outputError_ != 0 && outputError_ != EPIPE)
+        complain("standard output: " + std::generic_category().message(outputError_));
+    return outputError_ == 0;
+}
+
+} // namespace tidwen

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tidwen {
+
+enum class Paint { plain, strong, faint, good, caution, danger };
+
+/// A piece of a line. Text that came from outside is made harmless when it is printed.
+struct Span {
+    std::string text;
+    Paint paint = Paint::plain;
+    friend bool operator==(const Span&, const Span&) = default;
+};
+
+/// The terminal, or what stands in its place: a pipe or a file. Results go to standard output; questions,
+/// complaints and progress to standard error. Used by one thread.
+class Console {
+  public:
+    Console(std::FILE* input, std::FILE* output, std::FILE* errors);
+
+    /// One line of spans, control characters in them made visible.
+    void line(const std::vector<Span>& spans);
+    void line(std::string text, Paint paint = Paint::plain) { line({Span{std::move(text), paint}}); }
+    void blankLine() { line(std::vector<Span>{}); }
+    /// A document as it stands.
+    void document(std::string_view text);
+
+    /// "tidwen: " and the text, on standard error.
+    void complain(std::string_view text);
+
+    /// Shows what is being done on a line that the next one overwrites; only on a terminal.
+    void progress(std::string_view what);
+    void endProgress();
+
+    /// There is a person who can answer.
+    bool canAsk() const { return inputIsTerminal_; }
+    /// Prints the question and waits for a line; true when it is one of `yesAnswers` (letter case ignored).
+    bool ask(std::string_view question, const std::vector<std::string>& yesAnswers);
+
+    /// Flushes. False, with a complaint, when something could not be written, as on a full disk. A reader
+    /// that went away ("| head") is no reason to complain.
+    bool finish();
+
+  private:
+    void put(std::FILE* file, std::string_view text);
+    std::string painted(const Span& span) const;
+
+    std::FILE* input_;
+    std::FILE* output_;
+    std::FILE* errors_;
+    bool inputIsTerminal_ = false;
+    bool showsColours_ = false;
+    bool showsProgress_ = false;
+    bool progressShown_ = false;
+    int outputError_ = 0; ///< errno of the first failed write to standard output
+};
+
+} // namespace tidwen

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "cli/arguments.h"
+
+#include <string>
+#include <vector>
+
+/// The texts of `--help`. In English like the rest of the program's grammar.
+namespace tidwen::help {
+
+/// The options that every command understands, before it or after it.
+const std::vector<OptionSyntax>& globalOptions();
+
+std::string program(const std::vector<CommandSyntax>& commands);
+std::string command(const CommandSyntax& syntax);
+
+} // namespace tidwen::help

@@ -1,0 +1,102 @@
+#include "cli/intake.h"
+
+#include "base/text.h"
+
+#include <algorithm>
+
+namespace tidwen {
+
+namespace {
+
+/// Names are equal when they are equal to people: letter case and normal form do not count.
+std::string folded(std::string_view text) {
+    return lowercased(composed(text));
+}
+
+std::string joined(const std::vector<std::string>& parts) {
+    std::string result;
+    for (const auto& part : parts)
+        result += (result.empty() ? "" : ", ") + part;
+    return result;
+}
+
+} // namespace
+
+std::vector<Path> ApplicationFinder::withIdentifier(const std::string& wanted) const {
+    std::vector<Path> found;
+    for (const auto& app : installed_)
+        if (folded(app.bundleID) == wanted) found.push_back(app.url);
+    return found;
+}
+
+std::vector<Path> ApplicationFinder::withName(const std::string& wanted) const {
+    std::vector<Path> found;
+    for (const auto& app : installed_)
+        if (folded(app.name) == wanted || folded(app.url.lastComponent()) == wanted
+            || folded(app.url.stem()) == wanted)
+            found.push_back(app.url);
+    return found;
+}
+
+std::vector<std::string> ApplicationFinder::similarNames(const std::string& wanted) const {
+    constexpr std::size_t enough = 5;
+    std::vector<std::string> names;
+    for (const auto& app : installed_) {
+        const auto name = app.url.stem();
+        const bool isSimilar = folded(name).find(wanted) != std::string::npos
+                               || folded(app.bundleID).find(wanted) != std::string::npos;
+        if (isSimilar && names.size() < enough) names.push_back(name);
+    }
+    return names;
+}
+
+tl::expected<Path, Message> ApplicationFinder::find(const std::string& word) const {
+    if (word.starts_with('/')) {
+        const Path path(word);
+        if (files_.exists(path)) return path;
+        // What the loader says of a path that leads nowhere is better than a guess.
+        return hostPaths_.macPath(word).value_or(path);
+    }
+    const auto wanted = folded(word);
+    auto found = withIdentifier(wanted);
+    if (found.empty()) found = withName(wanted);
+    if (found.size() == 1) return found.front();
+    if (found.size() > 1) {
+        std::vector<std::string> paths;
+        for (const auto& path : found)
+            paths.push_back(path.string());
+        return tl::unexpected(Message{"cli.app.ambiguous %@", {joined(paths)}});
+    }
+    if (const auto onVolume = hostPaths_.macPath(word)) return *onVolume;
+    if (const auto similar = similarNames(wanted); !wanted.empty() && !similar.empty())
+        return tl::unexpected(Message{"cli.app.similar %@", {joined(similar)}});
+    return tl::unexpected(Message{"cli.app.unknown"});
+}
+
+Intake loadTargets(const std::vector<std::string>& words, const ApplicationFinder& finder,
+                   const AppTargetLoader& loader, const ProtectedApps& protectedApps, const Texts& texts) {
+    Intake intake;
+    std::vector<AppTarget> loaded;
+    for (const auto& word : words) {
+        const auto bundle = finder.find(word);
+        if (!bundle) {
+            intake.failures.push_back(word + ": " + texts.text(bundle.error()));
+            continue;
+        }
+        const auto isSame = [&](const AppTarget& target) {
+            return target.bundleURL.standardized() == bundle->standardized();
+        };
+        if (std::any_of(loaded.begin(), loaded.end(), isSame)) continue;
+        if (auto target = loader.load(*bundle))
+            loaded.push_back(std::move(*target));
+        else
+            intake.failures.push_back(bundle->lastComponent() + ": " + texts.text(errorKey(target.error())));
+    }
+    auto [allowed, refused] = protectedApps.partition(std::move(loaded));
+    for (const auto& target : refused)
+        intake.failures.push_back(texts.text("error.protectedApp %@", {target.name}));
+    intake.targets = std::move(allowed);
+    return intake;
+}
+
+} // namespace tidwen

@@ -1,0 +1,103 @@
+#include "cli/json_output.h"
+
+#include "base/json.h"
+#include "base/timestamp.h"
+#include "cli/json_records.h"
+
+namespace tidwen::json {
+
+namespace {
+
+constexpr auto toValue = [](const auto& record) { return value(record); };
+
+Value object(const AppRecord& app) {
+    return {{"name", app.name}, {"bundleID", app.bundleID}};
+}
+
+Value object(const ScanResult& result) {
+    return {{"target", value(result.target)},
+            {"traces", array(result.traces, toValue)},
+            {"unreadableLocations", array(result.unreadableLocations, toValue)},
+            {"nameMatchingDisabled", result.nameMatchingDisabled},
+            {"permissions", value(result.permissions)}};
+}
+
+Value object(const OperationResult& result, const Texts& texts) {
+    Value fields{{"operationID", result.operationID}, {"succeeded", result.succeeded}};
+    if (result.failureReason) {
+        fields["failureReason"] = texts.text(*result.failureReason);
+        fields["failureKey"] = result.failureReason->key;
+    }
+    return fields;
+}
+
+Value object(const VerificationReport& verification) {
+    return {{"apps", array(verification.apps, [](const VerificationReport::AppVerification& app) {
+                 return Value{{"bundleID", app.bundleID},
+                              {"name", app.name},
+                              {"tccSurvivors", array(app.tccSurvivors, toValue)}};
+             })}};
+}
+
+/// As the file in the quarantine folder has it.
+Value object(const Manifest& manifest) {
+    return parseJson(encode(manifest)).value_or(Value::object());
+}
+
+} // namespace
+
+std::string document(const Sample& sample) {
+    return writeJson({{"root", sample.root.string()},
+                      {"home", sample.home.string()},
+                      {"applications", sample.applications},
+                      {"bytes", sample.bytes}});
+}
+
+std::string document(const std::vector<InstalledApp>& apps) {
+    return writeJson(array(apps, toValue));
+}
+
+std::string document(const std::vector<ScanResult>& results) {
+    return writeJson(array(results, [](const ScanResult& result) { return object(result); }));
+}
+
+std::string document(const std::vector<RemovalOperation>& plan) {
+    return writeJson(array(plan, toValue));
+}
+
+std::string document(const RemovalReport& report, const Texts& texts) {
+    Value result{
+        {"apps", array(report.apps, [](const AppRecord& app) { return object(app); })},
+        {"mode", std::string(name(report.mode))},
+        {"quarantineRoot", report.quarantineRoot.string()},
+        {"manifestURL", report.manifestURL.string()},
+        {"operations", array(report.operations, toValue)},
+        {"results", array(report.results, [&](const OperationResult& r) { return object(r, texts); })}};
+    if (report.verification) result["verification"] = object(*report.verification);
+    put(result, "reclaimedBytes", report.reclaimedBytes);
+    return writeJson(result);
+}
+
+std::string document(const std::vector<RemovalHistoryEntry>& entries) {
+    return writeJson(array(entries, [](const RemovalHistoryEntry& entry) {
+        Value result{{"root", entry.root.string()},
+                     {"manifest", object(entry.manifest)},
+                     {"pendingMoves", entry.pendingMoves},
+                     {"totalMoves", entry.totalMoves}};
+        put(result, "sizeBytes", entry.sizeBytes);
+        return result;
+    }));
+}
+
+std::string document(const UndoReport& report) {
+    return writeJson({{"restoredCount", report.restoredCount},
+                      {"totalCount", report.totalCount},
+                      {"failures", report.failures},
+                      {"relaunchedJobs", report.relaunchedJobs}});
+}
+
+std::string document(const std::vector<Manifest>& manifests) {
+    return writeJson(array(manifests, [](const Manifest& manifest) { return object(manifest); }));
+}
+
+} // namespace tidwen::json

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "base/texts.h"
+#include "operations/removal_operation.h"
+#include "quarantine/history.h"
+#include "quarantine/undo_service.h"
+#include "removal/removal_report.h"
+#include "scan/installed_app.h"
+#include "scan/scan_result.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+/// What `--json` prints. Objects carry the field names of the records; paths are strings, dates ISO 8601 in
+/// UTC, absent optionals are left out. An enumeration is its name as a string; one whose cases carry data is
+/// an object of "kind" and the case's fields. Always valid JSON and UTF-8, whatever names the disk holds.
+namespace tidwen::json {
+
+struct Sample {
+    std::filesystem::path root;
+    Path home;
+    int applications = 0;
+    std::uint64_t bytes = 0;
+};
+
+std::string document(const Sample& sample);
+std::string document(const std::vector<InstalledApp>& apps);
+std::string document(const std::vector<ScanResult>& results);
+std::string document(const std::vector<RemovalOperation>& plan);
+/// A failed result carries its reason in words and, as "failureKey", by the key that does not change with
+/// the language.
+std::string document(const RemovalReport& report, const Texts& texts);
+std::string document(const std::vector<RemovalHistoryEntry>& entries);
+std::string document(const UndoReport& report);
+std::string document(const std::vector<Manifest>& manifests);
+
+} // namespace tidwen::json

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "operations/removal_operation.h"
+#include "scan/app_target.h"
+#include "scan/installed_app.h"
+#include "scan/permission_audit.h"
+#include "scan/trace.h"
+
+#include <nlohmann/json.hpp>
+
+/// The records inside the documents of json_output.h, as JSON values.
+namespace tidwen::json {
+
+using Value = nlohmann::json;
+
+/// Puts a field into an object; an absent optional is left out.
+template<class T>
+void put(Value& object, const char* key, const std::optional<T>& value) {
+    if (value) object[key] = *value;
+}
+
+template<class Records, class ToValue>
+Value array(const Records& records, ToValue toValue) {
+    Value result = Value::array();
+    for (const auto& record : records)
+        result.push_back(toValue(record));
+    return result;
+}
+
+/// `std::visit` over the alternatives of a payload.
+template<class... Cases>
+struct Overloaded : Cases... {
+    using Cases::operator()...;
+};
+template<class... Cases>
+Overloaded(Cases...) -> Overloaded<Cases...>;
+
+Value value(const Path& path);
+Value value(const AppTarget& target);
+Value value(const InstalledApp& app);
+Value value(const Trace& trace);
+Value value(const PermissionGrant& grant);
+Value value(const PermissionAudit::Result& audit);
+Value value(const RemovalOperation& operation);
+
+} // namespace tidwen::json

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "settings/app_preferences.h"
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+/// Documents of the user's settings; see json_output.h for their form.
+namespace tidwen::json {
+
+std::string document(const std::set<std::string>& protectedIDs);
+std::string document(const std::map<std::string, std::vector<std::string>>& byTag);
+std::string document(const AppPreferences& preferences);
+
+} // namespace tidwen::json

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "scan/permission_audit.h"
+#include "system/startup_items_model.h"
+
+#include <string>
+
+/// Documents of startup items and permissions; see json_output.h for their form.
+namespace tidwen::json {
+
+/// The items in display order, each with its switch ("on", "off", "none", "systemSettings") in "switchState".
+std::string document(const StartupItemsModel& model);
+std::string document(const PermissionAudit::Result& audit);
+
+} // namespace tidwen::json

@@ -1,0 +1,85 @@
+#include "cli/labels.h"
+
+#include "base/byte_count.h"
+
+namespace tidwen::labels {
+
+std::string category(TraceCategory category, const Texts& texts) {
+    return texts.text("category." + std::string(name(category)));
+}
+
+Span risk(TraceRisk risk, const Texts& texts) {
+    const auto title = texts.text("risk." + std::string(name(risk)) + ".title");
+    switch (risk) {
+    case TraceRisk::safe:
+        return {title, Paint::good};
+    case TraceRisk::review:
+        return {title, Paint::caution};
+    case TraceRisk::sensitive:
+        return {title, Paint::danger};
+    }
+    return {title};
+}
+
+std::string reason(const MatchReason& reason, const Texts& texts) {
+    const auto key = "reason." + std::string(name(reason.kind));
+    if (reason.kind == MatchReason::Kind::declaredTarget) return texts.text(key);
+    return texts.text(key + " %@", {reason.value});
+}
+
+std::string size(std::optional<std::int64_t> bytes, const Texts& texts) {
+    return bytes ? formatByteCount(*bytes, texts.language()) : std::string();
+}
+
+std::vector<std::string> badges(const Trace& trace, const Texts& texts) {
+    std::vector<std::string> result;
+    if (trace.requiresRoot) result.push_back(texts.text("cli.badge.administrator"));
+    // A shared group is nobody's in particular, and the reason says so already.
+    if (trace.contestedBy && *trace.contestedBy != trace.reason.value)
+        result.push_back(texts.text("cli.badge.contested %@", {*trace.contestedBy}));
+    switch (trace.reversibility) {
+    case Reversibility::reversible:
+        break;
+    case Reversibility::irreversibleHarmless:
+        result.push_back(texts.text("cli.badge.notUndone"));
+        break;
+    case Reversibility::irreversibleDestructive:
+        result.push_back(texts.text("cli.badge.permanent"));
+        break;
+    case Reversibility::manualOnly:
+        result.push_back(texts.text("cli.badge.byHand"));
+        break;
+    }
+    return result;
+}
+
+std::string verb(const RemovalOperation::Kind& kind, const Texts& texts) {
+    return texts.text("cli.step." + std::string(kindName(kind)));
+}
+
+std::string subject(const RemovalOperation& step) {
+    if (const auto* unregister = std::get_if<operation::UnregisterApp>(&step.kind))
+        return unregister->bundleURL.string();
+    return std::holds_alternative<operation::FlushPreferences>(step.kind) ? std::string() : step.displayName;
+}
+
+std::string names(const std::vector<AppRecord>& apps) {
+    std::string result;
+    for (const auto& app : apps)
+        result += (result.empty() ? "" : ", ") + app.name;
+    return result;
+}
+
+std::string countAndSize(const std::vector<Trace>& traces, const Texts& texts) {
+    return texts.text("review.header.summary %lld %@",
+                      {std::to_string(traces.size()), size(totalBytes(traces), texts)});
+}
+
+std::int64_t totalBytes(const std::vector<Trace>& traces) {
+    std::int64_t total = 0;
+    for (const auto& trace : traces)
+        total += trace.sizeBytes.value_or(0);
+    return total;
+}
+
+} // namespace tidwen::labels

@@ -1,0 +1,150 @@
+#include "cli/command.h"
+#include "cli/console.h"
+#include "cli/resources.h"
+#include "host/desktop_notifications.h"
+#include "operations/posix_process_runner.h"
+#include "settings/file_defaults.h"
+#include "volume/volume_file_system.h"
+#include "volume/volume_folder_events.h"
+#include "volume/volume_permission_revoker.h"
+#include "volume/volume_runner.h"
+#include "volume/volume_sources.h"
+#include "volume/volume_user.h"
+
+#include <algorithm>
+#include <csignal>
+#include <memory>
+
+namespace tidwen {
+
+namespace {
+
+/// Everything that stands behind the ports while a command works on a volume.
+class VolumeMac {
+  public:
+    VolumeMac(std::unique_ptr<VolumeFileSystem> files, UserEnvironment user, std::filesystem::path folder,
+              const Texts& texts, Log& log)
+        : files_(std::move(files)),
+          user_(std::move(user)),
+          signatures_(*files_),
+          receipts_(*files_),
+          systemExtensions_(*files_),
+          launchd_(*files_, user_),
+          defaults_(FileDefaults::defaultFile(), log),
+          runner_(*files_, user_, log),
+          revoker_(*files_, user_),
+          folderEvents_(folder),
+          notifications_(processes_),
+          mac_{.system = {.files = *files_,
+                          .signatures = signatures_,
+                          .receipts = receipts_,
+                          .keychain = keychain_,
+                          .systemExtensions = systemExtensions_,
+                          .runningApplications = runningApplications_,
+                          .launchd = launchd_,
+                          .defaults = defaults_,
+                          .texts = texts,
+                          .clock = clock_,
+                          .log = log,
+                          .user = user_},
+               .userRunner = runner_,
+               .privilegedRunner = runner_,
+               .permissionRevoker = revoker_,
+               .folderEvents = folderEvents_,
+               .notifications = notifications_,
+               .administrator = std::nullopt,
+               .volume = std::move(folder)} {}
+
+    Mac& mac() { return mac_; }
+
+  private:
+    std::unique_ptr<VolumeFileSystem> files_;
+    UserEnvironment user_;
+    FileCodeSignatures signatures_;
+    VolumeReceipts receipts_;
+    VolumeKeychain keychain_;
+    VolumeSystemExtensions systemExtensions_;
+    VolumeRunningApplications runningApplications_;
+    VolumeLaunchd launchd_;
+    FileDefaults defaults_;
+    SystemClock clock_;
+    VolumeRunner runner_;
+    VolumePermissionRevoker revoker_;
+    VolumeFolderEvents folderEvents_;
+    PosixProcessRunner processes_;
+    DesktopNotifications notifications_;
+    Mac mac_;
+};
+
+Message describe(const VolumeUserError& error) {
+    std::string homes;
+    switch (error.kind) {
+    case VolumeUserError::Kind::noHome:
+        return {"cli.home.none"};
+    case VolumeUserError::Kind::notAFolder:
+        return {"cli.home.notAFolder %@", {error.home.string()}};
+    case VolumeUserError::Kind::severalHomes:
+        for (const auto& candidate : error.candidates)
+            homes += (homes.empty() ? "" : ", ") + candidate.string();
+        break;
+    }
+    return {"cli.home.several %@", {homes}};
+}
+
+ExitStatus runOnVolume(Command::OnMac run, const CommandContext& context, Log& log) {
+    const auto& folder = context.arguments.volume;
+    if (!folder) return context.refuse({"cli.volume.needed"});
+    auto files = VolumeFileSystem::open(*folder);
+    if (!files && files.error().fault == FileFault::missing)
+        return context.refuse({"cli.volume.missing %@", {folder->string()}});
+    if (!files)
+        return context.refuse(
+            {"cli.volume.unusable %@ %@", {folder->string(), context.text(failureKey(files.error().fault))}});
+    std::optional<Path> home;
+    if (context.arguments.home) home = Path(*context.arguments.home);
+    auto user = findVolumeUser(**files, home);
+    if (!user) return context.refuse(describe(user.error()));
+    VolumeMac mac(std::move(*files), std::move(*user), *folder, context.texts, log);
+    return run(context, mac.mac());
+}
+
+ExitStatus runCommand(const Command& command, const Arguments& arguments) {
+    const auto resources = findResources(arguments.program.c_str());
+    const auto texts = Texts::load(resources, preferredLanguage(resources));
+    StandardErrorLog log(arguments.verbose ? LogLevel::info : LogLevel::error);
+    for (const auto& problem : texts.problems())
+        log.warning("{}", problem);
+    if (texts.keys().empty()) log.error("the texts were not found; TIDWEN_RESOURCES may name their folder");
+    Console console(stdin, stdout, stderr);
+    const CommandContext context{arguments, texts, console};
+    auto status = ExitStatus::done;
+    if (const auto* anywhere = std::get_if<Command::Anywhere>(&command.run))
+        status = (*anywhere)(context);
+    else
+        status = runOnVolume(std::get<Command::OnMac>(command.run), context, log);
+    const bool printed = console.finish();
+    return status == ExitStatus::done && !printed ? ExitStatus::someFailed : status;
+}
+
+} // namespace
+
+} // namespace tidwen
+
+int main(int count, char** words) {
+    using namespace tidwen;
+    // A reader that goes away must not end a removal half-way.
+    std::signal(SIGPIPE, SIG_IGN);
+    const auto commands = allCommands();
+    std::vector<CommandSyntax> syntax;
+    for (const auto& command : commands)
+        syntax.push_back(command.syntax);
+    const auto arguments = parseArguments(count, words, syntax);
+    if (!arguments) {
+        std::fputs(arguments.error().text.c_str(), arguments.error().status == 0 ? stdout : stderr);
+        return arguments.error().status;
+    }
+    const auto command = std::find_if(commands.begin(), commands.end(), [&](const Command& candidate) {
+        return candidate.syntax.name == arguments->command;
+    });
+    return static_cast<int>(runCommand(*command, *arguments));
+}

@@ -1,0 +1,75 @@
+#include "cli/resources.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+#include <string_view>
+#include <system_error>
+
+namespace tidwen {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string environment(const char* name) {
+    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): nothing sets variables
+    return value ? value : "";
+}
+
+bool isFolder(const fs::path& path) {
+    std::error_code ignored;
+    return fs::is_directory(path, ignored);
+}
+
+/// The program's own file; empty when it cannot be found.
+fs::path programFile(const char* program) {
+    std::error_code failed;
+    if (auto file = fs::canonical("/proc/self/exe", failed); !failed) return file;
+    const std::string_view name = program ? program : "";
+    if (name.find('/') != std::string_view::npos) {
+        auto file = fs::canonical(name, failed);
+        return failed ? fs::path{} : file;
+    }
+    std::istringstream folders(environment("PATH"));
+    for (std::string folder; std::getline(folders, folder, ':');)
+        if (auto file = fs::canonical(fs::path(folder) / name, failed); !failed) return file;
+    return {};
+}
+
+/// "zh_TW.UTF-8" → "zh-Hant", "de_AT@euro" → "de-AT".
+std::string languageTag(std::string locale) {
+    locale.erase(std::min(locale.find_first_of(".@"), locale.size()));
+    std::replace(locale.begin(), locale.end(), '_', '-');
+    if (locale == "zh-CN" || locale == "zh-SG") return "zh-Hans";
+    if (locale == "zh-TW" || locale == "zh-HK" || locale == "zh-MO") return "zh-Hant";
+    return locale;
+}
+
+} // namespace
+
+fs::path findResources(const char* program) {
+    if (const auto chosen = environment("TIDWEN_RESOURCES"); !chosen.empty()) return chosen;
+    const auto file = programFile(program);
+    if (file.empty()) return {};
+    for (const auto* place : {"resources", "share/tidwen", "Resources"})
+        if (auto folder = file.parent_path().parent_path() / place; isFolder(folder / "en.lproj"))
+            return folder;
+    return {};
+}
+
+std::string preferredLanguage(const fs::path& resources) {
+    for (const auto* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        const auto value = environment(variable);
+        if (value.empty()) continue;
+        const auto tag = languageTag(value);
+        for (const auto& language : {tag, tag.substr(0, tag.find('-'))})
+            if (!language.empty() && language.find('/') == std::string::npos
+                && isFolder(resources / (language + ".lproj")))
+                return language;
+        break;
+    }
+    return "en";
+}
+
+} // namespace tidwen

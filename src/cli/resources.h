@@ -1,0 +1,16 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace tidwen {
+
+/// The folder with the texts: $TIDWEN_RESOURCES, else beside the program ("../resources" of a build,
+/// "../share/tidwen" of an installation, "../Resources" of an application bundle). Empty when there is none.
+/// `program` is the first word of the command line.
+std::filesystem::path findResources(const char* program);
+
+/// The language that the environment asks for ("de", "pt-BR"), if `resources` has it, else "en".
+std::string preferredLanguage(const std::filesystem::path& resources);
+
+} // namespace tidwen

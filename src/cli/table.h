@@ -1,0 +1,35 @@
+#pragma once
+
+#include "cli/console.h"
+
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// Rows whose columns stand below one another. Width is what a terminal shows: wide letters count two.
+class Table {
+  public:
+    enum class Align { left, right };
+
+    /// One entry per column; cells beyond them are aligned left.
+    explicit Table(std::vector<Align> columns = {}) : columns_(std::move(columns)) {}
+
+    void add(std::vector<Span> cells) { rows_.push_back(std::move(cells)); }
+    bool empty() const { return rows_.empty(); }
+
+    /// The rows, columns two blanks apart, each line begun with `indentation` blanks. A column that is empty
+    /// in every row takes no room.
+    std::vector<std::vector<Span>> lines(std::size_t indentation = 0) const;
+
+    void print(Console& console, std::size_t indentation = 0) const {
+        for (const auto& line : lines(indentation))
+            console.line(line);
+    }
+
+  private:
+    std::vector<Align> columns_;
+    std::vector<std::vector<Span>> rows_;
+};
+
+} // namespace tidwen
