@@ -61,8 +61,10 @@ std::optional<Message> screenedMove(const operation::Move& move, FileSystem& fil
 
     const ResolvedPathJudge judge(policy, files);
     const bool leavesQuarantine = policy.isQuarantineEndpoint(move.source);
-    if (!judge.isInQuarantine(leavesQuarantine ? *from : *to)) return blocked(move.destination.string(), log);
-    if (!judge.isAllowedPlace(leavesQuarantine ? *to : *from)) return blocked(move.source.string(), log);
+    const Path& quarantined = leavesQuarantine ? *from : *to;
+    const Path& real = leavesQuarantine ? *to : *from;
+    if (!judge.isInQuarantine(quarantined)) return blocked(quarantined.string(), log);
+    if (!judge.isAllowedPlace(real)) return blocked(real.string(), log);
 
     if (const auto created = files.createDirectories(to->parent()); !created) return failure(created.error());
     if (const auto moved = files.move(*from, *to); !moved) return failure(moved.error());

@@ -1,0 +1,233 @@
+// How much of what real applications leave behind a scan finds, and how often it takes what another one left.
+// Lays the leftovers of every application in the data on one volume and scans for each application in turn.
+// Usage: attribution_bench FILE.jsonl (one application an object; bench/README.md names the fields)
+
+#include "base/json.h"
+#include "base/property_list.h"
+#include "base/text.h"
+#include "scan/residue_scanner.h"
+#include "volume/volume_file_system.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <nlohmann/json.hpp>
+
+using namespace tidwen;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Cask {
+    AppTarget target;
+    std::vector<std::string>
+        helpers; ///< identifiers beside the first: mostly those of bundles inside the bundle
+    std::vector<Path> leftovers;
+    std::string family; ///< editions of one application share leftovers and may be taken for one another
+};
+
+struct NoReceipts : Receipts {
+    std::vector<std::string> packageIDs() const override { return {}; }
+    std::optional<Receipt> read(const std::string&) const override { return std::nullopt; }
+};
+struct NoKeychain : Keychain {
+    std::vector<KeychainEntry> entries() const override { return {}; }
+    std::int32_t deleteItems(KeychainItemClass, const std::string&) override { return keychainItemNotFound; }
+};
+struct NoExtensions : SystemExtensions {
+    std::vector<SystemExtensionRecord> list() const override { return {}; }
+};
+struct NoLog : Log {
+    void write(LogLevel, std::string_view) override {}
+};
+
+UserEnvironment user() {
+    return {.home = Path("/Users/alice"), .userID = 501, .cacheFolder = {}, .temporaryFolder = {}};
+}
+
+std::vector<std::string> strings(const nlohmann::json& object, const char* key) {
+    std::vector<std::string> values;
+    if (const auto found = object.find(key); found != object.end())
+        for (const auto& value : *found)
+            if (value.is_string()) values.push_back(value);
+    return values;
+}
+
+std::optional<Cask> readCask(const std::string& line) {
+    const auto object = parseJson(line);
+    if (!object || !object->is_object()) return std::nullopt;
+    const auto token = object->value("token", "");
+    const auto apps = strings(*object, "apps");
+    const auto names = strings(*object, "names");
+    Cask cask;
+    cask.family = token.substr(0, token.find('@'));
+    cask.target.bundleURL =
+        Path("/Applications/" + token + "/" + (apps.empty() ? token + ".app" : apps.front()));
+    cask.target.bundleID = object->value("primary_id", "");
+    cask.target.name = apps.empty() && !names.empty() ? names.front() : cask.target.bundleURL.stem();
+    cask.target.executableName = cask.target.name;
+    for (const auto& entry : object->value("bundle_ids", nlohmann::json::array()))
+        if (auto identifier = entry.value("id", ""); identifier != cask.target.bundleID)
+            cask.helpers.push_back(std::move(identifier));
+    for (const auto* key : {"zap_trash", "zap_delete"})
+        for (auto& text : strings(*object, key)) {
+            if (text.starts_with("~/")) text.replace(0, 1, user().home.string());
+            if (text.starts_with('/')) cask.leftovers.push_back(Path(text).standardized());
+        }
+    return cask.target.bundleID.empty() ? std::nullopt : std::optional(std::move(cask));
+}
+
+/// Folders, but files where only a file of a kind is looked at.
+void lay(const fs::path& root, const Path& leftover) {
+    const auto place = root / leftover.string().substr(1);
+    const auto parent = leftover.parent().lastComponent();
+    const bool isJob = parent.starts_with("Launch") && leftover.lowercasedExtension() == "plist";
+    std::error_code ignored;
+    fs::create_directories(
+        isJob || parent == "DiagnosticReports" || parent == "CrashReporter" ? place.parent_path() : place,
+        ignored);
+    if (isJob)
+        std::ofstream(place) << writeXmlPropertyList(PropertyListDictionary{{"Label", leftover.stem()}});
+    else
+        std::ofstream(place, std::ios::app).flush(); // fails where it is a folder
+}
+
+bool isNameTheIdentifier(const Path& leftover, const std::string& bundleID) {
+    return lowercased(withoutWrappingExtension(leftover.lastComponent())) == lowercased(bundleID);
+}
+
+bool holds(const std::vector<Path>& paths, const Path& path) {
+    return std::any_of(paths.begin(), paths.end(), [&](const Path& each) { return path.isWithin(each); });
+}
+
+struct Score {
+    std::size_t paths = 0, found = 0, claimed = 0, foreign = 0, foreignUncontested = 0;
+};
+
+class Bench {
+  public:
+    Bench(const std::vector<Cask>& casks, const FileSystem& files) : casks_(casks), files_(files) {
+        for (const auto& cask : casks)
+            for (const auto& leftover : cask.leftovers)
+                owners_.emplace(leftover, &cask);
+        for (const auto& location : searchLocations(user()))
+            locations_.emplace(location.url, location.style == SearchLocation::Style::vendorNestedChildren);
+    }
+
+    void run(const char* title, bool withHelpers, bool withOthers) {
+        Score all, notIdentifier, inReach;
+        for (const auto& cask : casks_) {
+            const auto claimed = scan(cask, withHelpers, withOthers);
+            std::vector<Path> paths;
+            for (const auto& trace : claimed)
+                if (const auto* path = movedPath(trace.action)) paths.push_back(*path);
+            for (const auto& leftover : cask.leftovers) {
+                const bool isFound = holds(paths, leftover);
+                if (!isFound && std::getenv("MISS"))
+                    std::printf("MISS %s\t%s\t%s\n", cask.target.bundleID.c_str(), cask.target.name.c_str(),
+                                leftover.string().c_str());
+                count(all, isFound);
+                if (!isNameTheIdentifier(leftover, cask.target.bundleID)) count(notIdentifier, isFound);
+                if (isInReach(leftover)) count(inReach, isFound);
+            }
+            for (const auto& trace : claimed)
+                countClaim(all, cask, trace);
+        }
+        std::printf("%s\n", title);
+        print("  recall, all paths", all.found, all.paths);
+        print("  recall, name is not the identifier", notIdentifier.found, notIdentifier.paths);
+        print("  recall, in a place that is searched", inReach.found, inReach.paths);
+        print("  precision", all.claimed - all.foreign, all.claimed);
+        print("  precision, uncontested alone", all.claimed - all.foreignUncontested, all.claimed);
+    }
+
+  private:
+    static void count(Score& score, bool isFound) {
+        ++score.paths;
+        score.found += isFound;
+    }
+
+    static void print(const char* what, std::size_t part, std::size_t whole) {
+        std::printf("%-44s %6.2f %%   %5zu of %5zu\n", what,
+                    whole == 0 ? 0.0 : 100.0 * static_cast<double>(part) / static_cast<double>(whole), part,
+                    whole);
+    }
+
+    /// What stands in the lists of others alone, or holds such a thing, is one too many.
+    void countClaim(Score& score, const Cask& cask, const Trace& trace) const {
+        const auto* path = movedPath(trace.action);
+        if (!path || trace.category == TraceCategory::application) return;
+        ++score.claimed;
+        if (holds(cask.leftovers, *path)) return;
+        for (auto owner = owners_.lower_bound(*path); owner != owners_.end(); ++owner) {
+            if (!owner->first.string().starts_with(path->string())) return;
+            if (!owner->first.isWithin(*path) || holds(cask.leftovers, owner->first)
+                || isKin(cask, *owner->second))
+                continue;
+            ++score.foreign;
+            score.foreignUncontested += !trace.contestedBy;
+            return;
+        }
+    }
+
+    static bool isKin(const Cask& a, const Cask& b) {
+        return a.family == b.family || lowercased(a.target.bundleID) == lowercased(b.target.bundleID);
+    }
+
+    bool isInReach(const Path& leftover) const {
+        if (locations_.contains(leftover.parent())) return true;
+        const auto vendor = locations_.find(leftover.parent().parent());
+        return vendor != locations_.end() && vendor->second;
+    }
+
+    std::vector<Trace> scan(const Cask& cask, bool withHelpers, bool withOthers) const {
+        auto target = cask.target;
+        if (withHelpers) target.loginItemBundleIDs = cask.helpers;
+        ResidueScanner::Neighbours neighbours;
+        if (withOthers)
+            for (const auto& other : casks_)
+                if (!isKin(other, cask))
+                    neighbours.installed.push_back(
+                        {other.target.bundleURL, other.target.bundleID, other.target.name});
+        NoReceipts receipts;
+        NoKeychain keychain;
+        NoExtensions extensions;
+        NoLog log;
+        Texts texts;
+        ResidueScanner scanner({files_, receipts, keychain, extensions, texts, log}, user(), neighbours);
+        return scanner.scan(target).traces;
+    }
+
+    const std::vector<Cask>& casks_;
+    const FileSystem& files_;
+    std::multimap<Path, const Cask*> owners_;
+    std::map<Path, bool> locations_; ///< to whether it has vendors' folders
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) return std::fprintf(stderr, "usage: attribution_bench FILE.jsonl\n"), 2;
+    std::ifstream data(argv[1]);
+    std::vector<Cask> casks;
+    for (std::string line; std::getline(data, line);)
+        if (auto cask = readCask(line)) casks.push_back(std::move(*cask));
+
+    std::string folder = (fs::temp_directory_path() / "tidwen-attribution-XXXXXX").string();
+    if (casks.empty() || !mkdtemp(folder.data()))
+        return std::fprintf(stderr, "no data or no place for it\n"), 1;
+    for (const auto& cask : casks)
+        for (const auto& leftover : cask.leftovers)
+            lay(folder, leftover);
+    if (const auto files = VolumeFileSystem::open(folder)) {
+        Bench bench(casks, **files);
+        std::printf("%zu applications\n", casks.size());
+        bench.run("each alone on its Mac, nothing known of what its bundle holds", false, false);
+        bench.run("all installed together, nothing known of what the bundles hold", false, true);
+        bench.run("each alone, other identifiers seen with it taken for helpers in its bundle", true, false);
+        bench.run("all installed together, likewise", true, true);
+    }
+    fs::remove_all(folder);
+}

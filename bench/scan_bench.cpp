@@ -1,0 +1,170 @@
+// Measures `tidwen scan` on a volume against the system's own tools doing the least that the answer takes:
+// `du` over the folders that are found, and a listing of the places that are searched. Usage: scan_bench
+// VOLUME TIDWEN APPLICATION…; APPLICATION is a Mac path.
+
+#include "inventory/installed_applications.h"
+#include "scan/residue_scanner.h"
+#include "stopwatch.h"
+#include "volume/volume_file_system.h"
+#include "volume/volume_sources.h"
+#include "volume/volume_user.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <sched.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace tidwen;
+
+namespace {
+
+using Command = std::vector<std::string>;
+
+struct QuietLog : Log {
+    void write(LogLevel, std::string_view) override {}
+};
+
+/// Runs a command without its output on the first `cores` cores. Gives its peak memory in KiB; ends the
+/// program when it fails.
+long run(const Command& command, int cores) {
+    const auto child = ::fork();
+    if (child == 0) {
+        const int null = ::open("/dev/null", O_RDWR);
+        ::dup2(null, 1);
+        ::dup2(null, 2);
+        cpu_set_t set;
+        CPU_ZERO(&set);
+        for (int core = 0; core < cores; ++core)
+            CPU_SET(core, &set);
+        ::sched_setaffinity(0, sizeof set, &set);
+        std::vector<char*> arguments;
+        for (const auto& argument : command)
+            arguments.push_back(const_cast<char*>(argument.c_str()));
+        arguments.push_back(nullptr);
+        ::execvp(arguments[0], arguments.data());
+        ::_exit(127);
+    }
+    int status = 0;
+    rusage usage = {};
+    ::wait4(child, &status, 0, &usage);
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return usage.ru_maxrss;
+    std::fprintf(stderr, "%s failed\n", command.front().c_str());
+    std::exit(1);
+}
+
+double seconds(const std::vector<Command>& commands, int cores) {
+    return tidwen::bench::secondsOf(21, [&] {
+        for (const auto& command : commands)
+            run(command, cores);
+    });
+}
+
+class ScanBench {
+  public:
+    ScanBench(std::string root, std::string program) : root_(std::move(root)), program_(std::move(program)) {
+        auto files = VolumeFileSystem::open(root_);
+        if (!files) std::exit(1);
+        files_ = std::move(*files);
+        auto user = findVolumeUser(*files_, std::nullopt);
+        if (!user) std::exit(1);
+        user_ = *user;
+    }
+
+    bool compare(const std::string& application) {
+        Command du = {"du", "-s", "--"};
+        Command list = {"ls", "-f", "--"};
+        for (const auto& trace : scan(application).traces)
+            if (const auto* path = movedPath(trace.action)) du.push_back(root_ + path->string());
+        for (const auto& location : searchLocations(user_))
+            if (files_->isDirectoryFollowingLinks(location.url))
+                list.push_back(root_ + location.url.string());
+        const Command tidwen = {program_, "--volume", root_, "scan", application, "--json"};
+
+        std::printf("\n%s: %zu folders and files found, %zu places listed\n", application.c_str(),
+                    du.size() - 3, list.size() - 3);
+        bool holds = true;
+        for (const int cores : {1, 2}) {
+            const double tools = seconds({du, list}, cores);
+            const double ours = seconds({tidwen}, cores);
+            std::printf("%d core%s: du and ls %.1f ms, tidwen scan %.1f ms\n", cores, cores > 1 ? "s" : "",
+                        tools * 1e3, ours * 1e3);
+            holds &= tidwen::bench::printRatio("  scan against du and ls", ours / tools,
+                                               "<=", cores == 1 ? 1.2 : 0.8);
+        }
+        holds &= tidwen::bench::printRatio("peak memory, MiB", static_cast<double>(run(tidwen, 2)) / 1024,
+                                           "<=", 64);
+        printParts(application);
+        return holds;
+    }
+
+    bool compareStart() const {
+        const double least = seconds({{"/bin/true"}}, 2);
+        const double ours = seconds({{program_, "--version"}}, 2);
+        return tidwen::bench::printRatio("\ntidwen --version longer than /bin/true, ms", (ours - least) * 1e3,
+                                         "<=", 10);
+    }
+
+  private:
+    AppTarget load(const std::string& application) const {
+        auto target = AppTargetLoader(*files_, FileCodeSignatures(*files_)).load(Path(application));
+        if (target) return *target;
+        std::fprintf(stderr, "%s is no application\n", application.c_str());
+        std::exit(1);
+    }
+
+    std::vector<InstalledIdentity> identities() const {
+        return readIdentities(*files_, findApplicationBundles(*files_, user_));
+    }
+
+    ScanResult scan(const std::string& application) const { return scan(load(application), identities()); }
+
+    ScanResult scan(const AppTarget& target, const std::vector<InstalledIdentity>& installed) const {
+        const VolumeReceipts receipts(*files_);
+        const VolumeKeychain keychain;
+        const VolumeSystemExtensions extensions(*files_);
+        const Texts texts;
+        QuietLog log;
+        ResidueScanner scanner({*files_, receipts, keychain, extensions, texts, log}, user_,
+                               {installed, [&](const Path& own) {
+                                    return groupsOfOthers(*files_, FileCodeSignatures(*files_),
+                                                          findApplicationBundles(*files_, user_), own);
+                                }});
+        return scanner.scan(target);
+    }
+
+    /// Where the time goes, inside this process.
+    void printParts(const std::string& application) const {
+        const auto milliseconds = [](auto work) { return tidwen::bench::secondsOf(11, work) * 1e3; };
+        const auto target = load(application);
+        auto withoutGroups = target;
+        withoutGroups.appGroups.clear();
+        const auto installed = identities();
+        std::printf(
+            "of which: inventory %.1f ms, bundle %.1f ms, scan %.1f ms (%.1f ms without others' groups)\n",
+            milliseconds([&] { identities(); }), milliseconds([&] { load(application); }),
+            milliseconds([&] { scan(target, installed); }),
+            milliseconds([&] { scan(withoutGroups, installed); }));
+    }
+
+    std::string root_;
+    std::string program_;
+    std::unique_ptr<VolumeFileSystem> files_;
+    UserEnvironment user_;
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 4) return std::fprintf(stderr, "usage: scan_bench VOLUME TIDWEN APPLICATION…\n"), 2;
+    ScanBench bench(std::filesystem::canonical(argv[1]).string(), argv[2]);
+    bool holds = true;
+    for (int i = 3; i < argc; ++i)
+        holds &= bench.compare(argv[i]);
+    holds &= bench.compareStart();
+    return holds ? 0 : 1;
+}

@@ -1,0 +1,60 @@
+#include "base/json.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace tidwen {
+namespace {
+
+using nlohmann::json;
+
+TEST(Json, WritesTheHouseForm) {
+    const json value = {{"b", {1, -2, true, nullptr}},
+                        {"a", {{"path", "/Library/\"x\"\\"}, {"empty", json::object()}}},
+                        {"none", json::array()},
+                        {"odd", "tab\t\x01\x7F caf\u00E9 \xFF"}};
+    EXPECT_EQ(writeJson(value), R"({
+  "a" : {
+    "empty" : {},
+    "path" : "\/Library\/\"x\"\\"
+  },
+  "b" : [
+    1,
+    -2,
+    true,
+    null
+  ],
+  "none" : [],
+  "odd" : "tab\t\u0001\u007f café )"
+                                "\uFFFD\"\n}\n");
+}
+
+TEST(Json, ReadsWhatItWrites) {
+    const json value = {{"x/\n\u2028", {1.5, 18446744073709551615u, -9223372036854775807, "\U0001F600"}}};
+    EXPECT_EQ(parseJson(writeJson(value)), value);
+}
+
+TEST(Json, RefusesWhatIsMalformedDeepOrLarge) {
+    const auto nested = [](std::size_t levels) {
+        return std::string(levels, '[') + std::string(levels, ']');
+    };
+    const std::pair<const char*, std::string> refused[] = {
+        {"cut off", R"({"a" : )"},
+        {"a key twice", R"({"a" : 1, "a" : 2})"},
+        {"a key twice, further in", R"([{"b" : {"a" : 1, "x" : {}, "\u0061" : 2}}])"},
+        {"invalid UTF-8", "\"\xFF\""},
+        {"a number beyond all bounds", "1e999"},
+        {"65 levels", nested(65)},
+        {"a million levels", std::string(1'000'000, '[')},
+    };
+    for (const auto& [why, text] : refused)
+        EXPECT_FALSE(parseJson(text)) << why;
+
+    EXPECT_TRUE(parseJson(nested(64)));
+    EXPECT_TRUE(parseJson(R"([{"a" : 1}, {"a" : 2}])")) << "one key in two objects";
+    EXPECT_TRUE(parseJson("[1]", 3));
+    EXPECT_FALSE(parseJson("[1] ", 3));
+}
+
+} // namespace
+} // namespace tidwen

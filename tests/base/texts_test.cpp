@@ -1,0 +1,109 @@
+#include "base/texts.h"
+
+#include "base/property_list.h"
+#include "support/temporary_folder.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+
+namespace tidwen {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class TextsTest : public testing::Test {
+  protected:
+    void write(const std::string& file, const std::string& content) {
+        const auto path = folder_.path() / file;
+        std::filesystem::create_directories(path.parent_path());
+        std::ofstream(path, std::ios::binary) << content;
+    }
+
+    void writePlural(const std::string& language, const std::string& key, const std::string& format,
+                     PropertyListDictionary forms) {
+        write(language + ".lproj/Localizable.stringsdict",
+              writeXmlPropertyList(
+                  PropertyListDictionary{{key, PropertyListDictionary{{"NSStringLocalizedFormatKey", format},
+                                                                      {"n", std::move(forms)}}}}));
+    }
+
+    Texts load(const std::string& language) { return Texts::load(folder_.path(), language); }
+
+    test::TemporaryFolder folder_;
+};
+
+TEST_F(TextsTest, FillsPlaceholders) {
+    write("en.lproj/Localizable.strings", R"("plain" = "Plain";
+        "one %@" = "<%@>"; "turned %@ %lld" = "%2$lld of %1$@"; "per %lld" = "%lld%% %x 100%";)");
+    const auto texts = load("en");
+    const std::tuple<const char*, std::vector<std::string>, const char*> cases[] = {
+        {"plain", {"ignored"}, "Plain"},
+        {"one %@", {"a"}, "<a>"},
+        {"one %@", {"100%@ %1$@"}, "<100%@ %1$@>"}, // what is filled in is not filled again
+        {"one %@", {}, "<%@>"},
+        {"turned %@ %lld", {"x", "3"}, "3 of x"},
+        {"per %lld", {"5"}, "5% %x 100%"},
+        {"no words %@ %2$@", {"a", "b"}, "no words a b"},
+    };
+    for (const auto& [key, arguments, expected] : cases)
+        EXPECT_EQ(texts.text(key, arguments), expected) << key;
+    EXPECT_EQ(Texts().text("key.alone"), "key.alone");
+    EXPECT_THAT(texts.problems(), IsEmpty());
+}
+
+TEST_F(TextsTest, ChoosesThePluralFormOfTheLanguage) {
+    write("en.lproj/Localizable.strings", "");
+    write("pl.lproj/Localizable.strings", "");
+    writePlural("en", "k %lld %@", "%1$#@n@ (%2$@)",
+                {{"zero", "none"}, {"one", "%lld file"}, {"other", "%lld files"}});
+    const auto english = load("en");
+    EXPECT_EQ(english.text("k %lld %@", {"0", "x"}), "none (x)");
+    EXPECT_EQ(english.text("k %lld %@", {"1", "x"}), "1 file (x)");
+    EXPECT_EQ(english.text("k %lld %@", {"many", "x"}), "many files (x)");
+    EXPECT_EQ(english.text("k %lld %@"), "%lld files (%2$@)");
+
+    EXPECT_EQ(load("pl").text("k %lld %@", {"1", "x"}), "1 file (x)") << "English words keep English rules";
+    writePlural("pl", "k %lld %@", "%#@n@",
+                {{"one", "%lld plik"}, {"few", "%lld pliki"}, {"other", "%lld plików"}});
+    const auto polish = load("pl");
+    EXPECT_EQ(polish.text("k %lld %@", {"1", "x"}), "1 plik");
+    EXPECT_EQ(polish.text("k %lld %@", {"22", "x"}), "22 pliki");
+    EXPECT_EQ(polish.text("k %lld %@", {"12", "x"}), "12 plików");
+}
+
+TEST_F(TextsTest, LaysLanguagesOverEnglish) {
+    write("en.lproj/Localizable.strings", "a = \"english a\"; b = \"english b\"; c = \"english c\";");
+    writePlural("en", "n %lld", "%#@n@", {{"one", "one"}, {"other", "other"}});
+    write("pt.lproj/Localizable.strings", "b = \"português b\"; c = \"português c\"; \"n %lld\" = \"%lld\";");
+    write("pt-BR.lproj/Localizable.strings", "c = \"brasileiro c\";");
+    const auto texts = load("pt-BR");
+    EXPECT_EQ(texts.text("a"), "english a");
+    EXPECT_EQ(texts.text("b"), "português b");
+    EXPECT_EQ(texts.text("c"), "brasileiro c");
+    EXPECT_EQ(texts.text("n %lld", {"1"}), "1") << "translated words come before English plurals";
+    EXPECT_THAT(texts.keys(), ElementsAre("a", "b", "c", "n %lld"));
+    EXPECT_THAT(texts.problems(), IsEmpty());
+}
+
+TEST_F(TextsTest, SaysWhatWasWrong) {
+    EXPECT_THAT(load("en").problems(), ElementsAre("en.lproj/Localizable.strings: missing"));
+    write("en.lproj/Localizable.strings", "\"a\" = \"b\"");
+    write("en.lproj/Localizable.stringsdict", "not a property list");
+    EXPECT_THAT(load("en").problems(), ElementsAre("en.lproj/Localizable.strings: malformed",
+                                                   "en.lproj/Localizable.stringsdict: malformed"));
+    write("en.lproj/Localizable.strings", "");
+    writePlural("en", "k", "%#@missing@", {{"other", "x"}});
+    EXPECT_EQ(load("en").problems().size(), 1u);
+    EXPECT_EQ(load("en").text("k"), "k");
+    writePlural("en", "k", "%#@n@", {{"one", "no other"}});
+    EXPECT_EQ(load("en").problems().size(), 1u);
+
+    std::filesystem::remove(folder_.path() / "en.lproj/Localizable.stringsdict");
+    EXPECT_THAT(load("tlh").problems(), ElementsAre("tlh.lproj/Localizable.strings: missing"));
+    EXPECT_EQ(load("../en").language(), "en");
+    EXPECT_EQ(load("").problems().size(), 1u);
+}
+
+} // namespace
+} // namespace tidwen

@@ -1,0 +1,85 @@
+#include "cli/arguments.h"
+
+#include <gtest/gtest.h>
+
+namespace tidwen {
+namespace {
+
+const std::vector<CommandSyntax>& commands() {
+    static const std::vector<CommandSyntax> all = {
+        {.name = "apps", .summary = "List"},
+        {.name = "remove",
+         .summary = "Remove",
+         .operandName = "APP",
+         .minimumOperands = 1,
+         .maximumOperands = anyNumber,
+         .options = {{"--select", "ITEMS", ""}, {"--dry-run", "", ""}}},
+        {.name = "undo", .summary = "Undo", .operandName = "RUN", .minimumOperands = 1, .maximumOperands = 1},
+    };
+    return all;
+}
+
+tl::expected<Arguments, EarlyExit> parse(std::vector<const char*> words) {
+    words.insert(words.begin(), "tidwen");
+    return parseArguments(static_cast<int>(words.size()), words.data(), commands());
+}
+
+TEST(Arguments, GlobalOptionsStandBeforeOrAfterTheCommand) {
+    const std::vector<std::vector<const char*>> orders = {
+        {"--volume", "v", "--home", "/Users/a", "--json", "--yes", "--verbose", "remove", "A", "B"},
+        {"remove", "A", "B", "--volume", "v", "--home", "/Users/a", "--json", "--yes", "--verbose"},
+        {"--volume=v", "remove", "A", "--json", "B", "--home=/Users/a", "--yes", "--verbose"},
+    };
+    for (const auto& words : orders) {
+        const auto arguments = parse(words);
+        ASSERT_TRUE(arguments) << arguments.error().text;
+        EXPECT_EQ(arguments->command, "remove");
+        EXPECT_EQ(arguments->operands, (std::vector<std::string>{"A", "B"}));
+        EXPECT_EQ(arguments->volume, "v");
+        EXPECT_EQ(arguments->home, "/Users/a");
+        EXPECT_TRUE(arguments->json && arguments->yes && arguments->verbose);
+        EXPECT_TRUE(arguments->options.empty());
+    }
+}
+
+TEST(Arguments, OptionsOfACommandDoNotSwallowItsOperands) {
+    const auto arguments =
+        parse({"remove", "--select", "/a b,c", "X", "--select", "two", "--dry-run", "--", "-odd"});
+    ASSERT_TRUE(arguments) << arguments.error().text;
+    EXPECT_EQ(arguments->operands, (std::vector<std::string>{"X", "-odd"}));
+    EXPECT_EQ(arguments->values("--select"), (std::vector<std::string>{"/a b,c", "two"}));
+    EXPECT_TRUE(arguments->has("--dry-run"));
+    EXPECT_FALSE(arguments->json || arguments->yes || arguments->volume);
+}
+
+TEST(Arguments, EndsEarlyWithTheRightStatus) {
+    struct Case {
+        std::vector<const char*> words;
+        int status;
+        const char* text; ///< part of what is printed
+    };
+    const Case cases[] = {
+        {{"--version"}, 0, "tidwen "},
+        {{"apps", "--version"}, 0, "tidwen "},
+        {{"--help"}, 0, "remove APP..."},
+        {{"remove", "--help"}, 0, "--dry-run"},
+        {{}, 2, "Usage"},
+        {{"fly"}, 2, "no command fly"},
+        {{"apps", "extra"}, 2, "extra"},
+        {{"apps", "--dry-run"}, 2, "--dry-run"},
+        {{"remove"}, 2, "APP"},
+        {{"undo", "1", "2"}, 2, "2"},
+        {{"apps", "--volume"}, 2, "--volume"},
+        {{"--bogus", "apps"}, 2, "--bogus"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        const auto arguments = parse(c.words);
+        ASSERT_FALSE(arguments);
+        EXPECT_EQ(arguments.error().status, c.status);
+        EXPECT_NE(arguments.error().text.find(c.text), std::string::npos) << arguments.error().text;
+    }
+}
+
+} // namespace
+} // namespace tidwen

@@ -1,0 +1,89 @@
+#include "cli/intake.h"
+
+#include "settings/file_defaults.h"
+#include "support/fixtures.h"
+#include "volume/volume_sources.h"
+
+#include <gtest/gtest.h>
+
+namespace tidwen {
+namespace {
+
+using test::TemporaryVolume;
+
+class IntakeTest : public testing::Test {
+  protected:
+    IntakeTest() {
+        add("/Applications/Marlin Notes.app", "com.marlinworks.notes", "Marlin Notes");
+        add("/Applications/Caf\u00e9.app", "com.cafesync.mac", "Caf\u00e9 Sync");
+        add("/Applications/Twin.app", "com.example.one", "Twin");
+        add("/Users/alice/Applications/Twin.app", "com.example.two", "Twin");
+        add("/Applications/Clock.app", "com.apple.clock", "Clock");
+    }
+
+    void add(const std::string& path, const std::string& bundleID, const std::string& name) {
+        test::writeBundle(volume_, path, bundleID, name);
+        installed_.push_back({Path(path), bundleID, name});
+    }
+
+    ApplicationFinder finder() const { return {volume_.files(), installed_, HostPaths(volume_.hostRoot())}; }
+
+    TemporaryVolume volume_;
+    std::vector<InstalledIdentity> installed_;
+};
+
+TEST_F(IntakeTest, AWordMeansOneApplicationOrSaysWhyNot) {
+    const auto host = [&](const char* path) { return volume_.host(path).string(); };
+    struct Case {
+        std::string word;
+        std::string expected; ///< the Mac path, or the key of the refusal
+    };
+    const Case cases[] = {
+        {"/Applications/Marlin Notes.app", "/Applications/Marlin Notes.app"},
+        {"/Applications/Marlin Notes.app/", "/Applications/Marlin Notes.app"},
+        {"Marlin Notes", "/Applications/Marlin Notes.app"},
+        {"marlin notes.APP", "/Applications/Marlin Notes.app"},
+        {"COM.marlinworks.notes", "/Applications/Marlin Notes.app"},
+        {"Cafe\u0301 Sync", "/Applications/Caf\u00e9.app"}, // decomposed
+        {"caf\u00e9", "/Applications/Caf\u00e9.app"},       // by its file
+        {host("/Applications/Twin.app"), "/Applications/Twin.app"},
+        {host("/Users/alice/Applications/Twin.app") + "/", "/Users/alice/Applications/Twin.app"},
+        {"com.example.two", "/Users/alice/Applications/Twin.app"},
+        {"Twin", "cli.app.ambiguous %@"},
+        {"Marlin", "cli.app.similar %@"},
+        {"Nobody", "cli.app.unknown"},
+        {"", "cli.app.unknown"},
+        {"/etc/passwd", "/etc/passwd"}, // the loader says what is wrong with it
+        {volume_.hostRoot().parent_path().string(), volume_.hostRoot().parent_path().string()},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.word);
+        const auto found = finder().find(c.word);
+        EXPECT_EQ(found ? found->string() : found.error().key, c.expected);
+    }
+}
+
+TEST_F(IntakeTest, RefusedApplicationsDoNotKeepTheOthersOut) {
+    test::TemporaryFolder settings;
+    test::RecordingLog log;
+    FileDefaults defaults(settings.path() / "settings.plist", log);
+    ProtectedApps protectedApps(defaults);
+    ASSERT_TRUE(protectedApps.toggle("com.cafesync.mac"));
+    volume_.write("/Applications/File.app", "no folder");
+
+    const FileCodeSignatures signatures(volume_.files());
+    const auto intake =
+        loadTargets({"Caf\u00e9 Sync", "Clock", "/Applications/File.app", "Nobody", "Marlin Notes",
+                     "com.marlinworks.notes", "/Applications"},
+                    finder(), AppTargetLoader(volume_.files(), signatures), protectedApps, Texts());
+
+    ASSERT_EQ(intake.targets.size(), 1U) << "two words for one application count once";
+    EXPECT_EQ(intake.targets.front().name, "Marlin Notes");
+    EXPECT_EQ(intake.failures, (std::vector<std::string>{
+                                   "Clock.app: error.systemApplication", "File.app: error.unreadableBundle",
+                                   "Nobody: cli.app.unknown", "Applications: error.notAnApplication",
+                                   "error.protectedApp Caf\u00e9 Sync"}));
+}
+
+} // namespace
+} // namespace tidwen

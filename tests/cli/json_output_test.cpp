@@ -1,0 +1,117 @@
+#include "cli/json_output.h"
+
+#include "base/json.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace tidwen {
+namespace {
+
+using Json = nlohmann::json;
+
+Json parsed(const std::string& document) {
+    const auto value = parseJson(document);
+    EXPECT_TRUE(value) << document;
+    return value.value_or(Json());
+}
+
+Trace traceOf(TraceAction action, MatchReason reason = {}) {
+    return makeTrace(TraceCategory::launchItems, std::move(action), std::move(reason),
+                     Reversibility::reversible, "x", std::nullopt, false);
+}
+
+TEST(JsonOutput, ActionsAndReasonsAreObjectsOfTheirKind) {
+    struct Case {
+        TraceAction action;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {action::MovePath{Path("/Library/X")}, R"({"kind":"movePath","url":"/Library/X"})"},
+        {action::BootoutAndMove{"l", Path("/a.plist"), true},
+         R"({"kind":"bootoutAndMove","label":"l","plist":"/a.plist","isSystemDomain":true})"},
+        {action::Bootout{"l", false}, R"({"kind":"bootout","label":"l","isSystemDomain":false})"},
+        {action::ResetPermissions{"com.example.app"},
+         R"({"kind":"resetPermissions","bundleID":"com.example.app"})"},
+        {action::DeleteKeychainItem{"s", true},
+         R"({"kind":"deleteKeychainItem","service":"s","isSystemKeychain":true})"},
+        {action::Guidance{{"go", SettingsPane::loginItemsAndExtensions}},
+         R"({"kind":"guidance","step":{"instruction":"go","settingsPane":"loginItemsAndExtensions"}})"},
+        {action::Guidance{{"go", std::nullopt}}, R"({"kind":"guidance","step":{"instruction":"go"}})"},
+    };
+    for (const auto& c : cases) {
+        ScanResult result;
+        result.traces = {traceOf(c.action, {MatchReason::Kind::nameToken, "App"})};
+        const auto trace = parsed(json::document(std::vector{result}))[0]["traces"][0];
+        EXPECT_EQ(trace["action"], Json::parse(c.expected));
+        EXPECT_EQ(trace["reason"], Json::parse(R"({"kind":"nameToken","value":"App"})"));
+    }
+}
+
+TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
+    ScanResult result;
+    result.target = {.bundleURL = Path("/Applications/A.app"),
+                     .bundleID = "com.example.app",
+                     .name = "A",
+                     .version = "1",
+                     .embeddedLaunchdItems = {{"l", Path("/p.plist"), true, std::nullopt}}};
+    auto trace = traceOf(action::MovePath{Path("/a")});
+    trace.sizeBytes = 7;
+    trace.contestedBy = "com.example.b";
+    result.traces = {trace};
+    result.unreadableLocations = {Path("/Library/Caches")};
+    result.permissions = {.grants = {{"kTCCServiceCamera", {PermissionGrant::State::Kind::unknown, 4}}},
+                          .unreadable = {PermissionGrant::Scope::system}};
+    EXPECT_EQ(parsed(json::document(std::vector{result})), Json::parse(R"([{
+        "target": {"bundleURL": "/Applications/A.app", "bundleID": "com.example.app", "name": "A", "version": "1",
+                   "appGroups": [], "loginItemBundleIDs": [],
+                   "embeddedLaunchdItems": [{"label": "l", "plist": "/p.plist", "isSystemDomain": true}]},
+        "traces": [{"id": ")" + trace.id.string() + R"(", "category": "launchItems",
+                    "action": {"kind": "movePath", "url": "/a"}, "reason": {"kind": "declaredTarget"},
+                    "reversibility": "reversible", "displayName": "x", "sizeBytes": 7, "requiresRoot": false,
+                    "risk": "safe", "contestedBy": "com.example.b"}],
+        "unreadableLocations": ["/Library/Caches"],
+        "nameMatchingDisabled": false,
+        "permissions": {"grants": [{"service": "kTCCServiceCamera", "state": {"kind": "unknown", "value": 4},
+                                    "scope": "user", "isPathClient": false}],
+                        "unreadable": ["system"]}}])"));
+}
+
+TEST(JsonOutput, AReportTellsWhyAStepFailedInWordsAndByKey) {
+    RemovalReport report;
+    report.apps = {{"A", "com.example.app"}};
+    report.mode = RemovalMode::reset;
+    report.quarantineRoot = Path("/q");
+    report.manifestURL = Path("/q/m.json");
+    RemovalOperation step;
+    step.id = 1;
+    step.kind = operation::Move{Path("/a"), Path("/q/0001/a")};
+    step.displayName = "/a";
+    report.operations = {step};
+    report.results = {OperationResult::failure(1, {"failure.exit %@", {"3"}})};
+    report.verification = VerificationReport{{{"com.example.app", "A", {}}}};
+    EXPECT_EQ(parsed(json::document(report, Texts())), Json::parse(R"({
+        "apps": [{"name": "A", "bundleID": "com.example.app"}], "mode": "reset",
+        "quarantineRoot": "/q", "manifestURL": "/q/m.json",
+        "operations": [{"id": 1, "kind": {"kind": "move", "source": "/a", "destination": "/q/0001/a"},
+                        "requiresRoot": false, "reversibility": "reversible", "displayName": "/a",
+                        "traceID": ")" + step.traceID.string() + R"(", "bundleID": ""}],
+        "results": [{"operationID": 1, "succeeded": false, "failureReason": "failure.exit 3",
+                     "failureKey": "failure.exit %@"}],
+        "verification": {"apps": [{"bundleID": "com.example.app", "name": "A", "tccSurvivors": []}]}})"));
+}
+
+TEST(JsonOutput, NamesThatAreNotTextNeverBreakADocument) {
+    const std::string hostile = "a\xff\xc3\n\x1b[2J\"\\";
+    ScanResult result;
+    result.target.name = hostile;
+    result.traces = {traceOf(action::MovePath{Path("/" + hostile)})};
+    EXPECT_EQ(parsed(json::document(std::vector{result}))[0]["target"]["name"], "a\ufffd\ufffd\n\x1b[2J\"\\");
+
+    RemovalHistoryEntry entry;
+    entry.manifest.apps = {{hostile, ""}};
+    EXPECT_EQ(parsed(json::document(std::vector{entry}))[0]["manifest"]["apps"].size(), 1U);
+}
+
+} // namespace
+} // namespace tidwen

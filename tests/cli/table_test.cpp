@@ -1,0 +1,52 @@
+#include "cli/table.h"
+
+#include "support/temporary_folder.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace tidwen {
+namespace {
+
+/// What reaches standard output when `print` writes to a console that is no terminal.
+template<class Print>
+std::string printed(Print print) {
+    const test::TemporaryFolder folder;
+    const auto file = folder.path() / "out";
+    {
+        const std::unique_ptr<std::FILE, decltype(&std::fclose)> out(std::fopen(file.c_str(), "w"),
+                                                                     std::fclose);
+        Console console(stdin, out.get(), stderr);
+        print(console);
+        EXPECT_TRUE(console.finish());
+    }
+    std::ifstream in(file);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+TEST(Table, ColumnsStandBelowOneAnotherAsATerminalShowsThem) {
+    using enum Table::Align;
+    Table table({left, right, left, left});
+    table.add({{"Name", Paint::strong}, {"Size"}, {""}, {"Path"}});
+    table.add({{"\u5199\u4f5c"}, {"12 MB"}, {""}, {"/a"}}); // two letters, four columns
+    table.add({{"Cafe\u0301"}, {"7"}, {""}, {"/b"}});       // five code points, four columns
+    table.add({{"x\n"}});
+    EXPECT_EQ(printed([&](Console& console) { table.print(console, 1); }), " Name   Size  Path\n"
+                                                                           " \u5199\u4f5c  12 MB  /a\n"
+                                                                           " Cafe\u0301      7  /b\n"
+                                                                           " x\\n\n");
+}
+
+TEST(Console, NothingFromOutsideMovesTheCursor) {
+    const auto text = printed([](Console& console) {
+        console.line({{"\x1b[2Jname\r\x07", Paint::danger}, {" \u202egpj.exe"}, {"\xff"}});
+    });
+    for (const char control : {'\x1b', '\r', '\x07'})
+        EXPECT_EQ(text.find(control), std::string::npos) << text;
+    EXPECT_EQ(text.find("\u202e"), std::string::npos) << text;
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1);
+}
+
+} // namespace
+} // namespace tidwen

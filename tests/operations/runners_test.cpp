@@ -1,0 +1,245 @@
+#include "operations/admin_batch.h"
+#include "operations/admin_script_runner.h"
+#include "operations/tool_paths.h"
+#include "operations/user_scope_runner.h"
+#include "support/fixtures.h"
+#include "support/recording_tools.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+namespace tidwen {
+namespace {
+
+using test::RecordingTools;
+using namespace std::chrono_literals;
+
+const std::string quarantine = "/Users/alice/.Trash/Tidwen - Marlin Notes - 2024-01-01 10-00-00";
+
+RemovalOperation step(int id, RemovalOperation::Kind kind) {
+    RemovalOperation operation;
+    operation.id = id;
+    operation.kind = std::move(kind);
+    return operation;
+}
+
+operation::Move toQuarantine(const std::string& source) {
+    return {Path(source), Path(quarantine + "/0001/" + Path(source).lastComponent())};
+}
+
+struct FakeKeychain : Keychain {
+    std::vector<KeychainEntry> entries() const override { return {}; }
+    std::int32_t deleteItems(KeychainItemClass itemClass, const std::string& service) override {
+        asked.push_back(service);
+        return itemClass == KeychainItemClass::genericPassword ? generic : internet;
+    }
+    std::int32_t generic = 0;
+    std::int32_t internet = 0;
+    std::vector<std::string> asked;
+};
+
+struct FakeApplications : RunningApplications {
+    bool isRunning(const std::string&) const override { return true; }
+    bool quit(const std::string&, std::chrono::milliseconds) override { return quits; }
+    bool quits = true;
+};
+
+/// Both runners over tools that only record, on a volume with one quarantine folder.
+class RunnersTest : public testing::Test {
+  protected:
+    RunnersTest() { volume.makeFolder(quarantine); }
+
+    OperationResult asUser(RemovalOperation::Kind kind) {
+        UserScopeRunner runner({volume.files(), tools, keychain, applications, log}, test::alice());
+        return runner.run({step(7, std::move(kind))}).at(0);
+    }
+
+    std::vector<OperationResult> asAdministrator(const std::vector<RemovalOperation>& operations) {
+        return AdminScriptRunner(AdminScriptRunner::throughOsascript(tools), volume.files(), test::alice(),
+                                 log)
+            .run(operations);
+    }
+
+    test::TemporaryVolume volume;
+    test::RecordingLog log;
+    RecordingTools tools;
+    FakeKeychain keychain;
+    FakeApplications applications;
+};
+
+TEST_F(RunnersTest, UserLevelStepsAskTheRightToolAndReadItsStatus) {
+    const Path plist("/Users/alice/Library/LaunchAgents/com.example.agent.plist");
+    volume.write(plist.string(),
+                 writeXmlPropertyList(PropertyListDictionary{{"Label", "com.example.agent"}}));
+    struct Case {
+        RemovalOperation::Kind kind;
+        std::string command;
+        std::vector<int> fine; ///< statuses that are success
+        std::string otherwise; ///< the key of status 5
+        std::string whenMissing;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {operation::ResetPermissions{"com.example.app"}, "/usr/bin/tccutil reset All com.example.app", {0},
+         "failure.tccutilFailed", "failure.tccutilUnavailable"},
+        {operation::Bootout{"com.example.agent", false}, "/bin/launchctl bootout gui/501/com.example.agent",
+         {0, 3, 113}, "failure.launchctlExit %lld", "failure.launchctlUnavailable"},
+        {operation::Bootout{"com.example.daemon", true}, "/bin/launchctl bootout system/com.example.daemon",
+         {0, 3, 113}, "failure.launchctlExit %lld", "failure.launchctlUnavailable"},
+        {operation::Bootstrap{plist, false}, "/bin/launchctl bootstrap gui/501 " + plist.string(), {0, 17},
+         "failure.launchctlExit %lld", "failure.launchctlUnavailable"},
+        {operation::UnregisterApp{Path("/Applications/A.app")},
+         std::string(toolPaths::lsregister) + " -u /Applications/A.app", {0}, "failure.exit %@",
+         "failure.toolUnavailable"},
+        {operation::FlushPreferences{}, "/usr/bin/killall cfprefsd", {0, 1}, "failure.exit %@",
+         "failure.toolUnavailable"},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.command);
+        int status = 0;
+        tools.answer = [&](const auto& call) -> RecordingTools::Answer {
+            return ProcessResult{call.arguments[0] == "print-disabled" ? 1 : status, "", ""};
+        };
+        tools.calls.clear();
+        for (const int fine : c.fine) {
+            status = fine;
+            EXPECT_EQ(asUser(c.kind), OperationResult::success(7)) << fine;
+        }
+        EXPECT_EQ(fmt::format("{} {}", tools.calls[0].executable, fmt::join(tools.calls[0].arguments, " ")),
+                  c.command);
+        status = 5;
+        const auto reason = asUser(c.kind).failureReason;
+        ASSERT_TRUE(reason);
+        EXPECT_EQ(reason->key, c.otherwise);
+        EXPECT_EQ(reason->arguments.empty(), c.otherwise.find('%') == std::string::npos);
+        tools.answer = [](const auto&) { return RecordingTools::missing(); };
+        EXPECT_EQ(asUser(c.kind).failureReason, Message{c.whenMissing});
+        tools.answer = [](const auto&) { return RecordingTools::hanging(); };
+        EXPECT_EQ(asUser(c.kind).failureReason, Message{"failure.timedOut"});
+    }
+
+    // A job that its owner switched off does not load, in the words of either release.
+    for (const auto& [word, isFine] : {std::pair{"disabled", true}, {"true", true}, {"enabled", false}}) {
+        tools.answer = [&](const auto& call) -> RecordingTools::Answer {
+            if (call.arguments[0] != "print-disabled") return ProcessResult{5, "", ""};
+            return ProcessResult{0, fmt::format("\t\"com.example.agent\" => {}\n", word), ""};
+        };
+        EXPECT_EQ(asUser(operation::Bootstrap{plist, false}).succeeded, isFine) << word;
+    }
+}
+
+TEST_F(RunnersTest, UserLevelStepsWithoutATool) {
+    EXPECT_TRUE(asUser(operation::QuitApplication{"com.example.app"}).succeeded);
+    applications.quits = false;
+    EXPECT_EQ(asUser(operation::QuitApplication{"com.example.app"}).failureReason,
+              Message{"failure.appDidNotQuit"});
+
+    const auto status = [](const char* number) { return Message{"failure.keychainStatus %lld", {number}}; };
+    const Message refused{"failure.keychainRefused"};
+    const std::tuple<int, int, std::size_t, std::optional<Message>> cases[] = {
+        {0, 0, 2, std::nullopt},         {0, -25300, 2, std::nullopt},
+        {-25300, 0, 2, std::nullopt},    {-25300, -25300, 2, status("-25300")},
+        {-25244, 0, 1, refused},         {0, -25244, 2, refused},
+        {-25308, 0, 1, status("-25308")}};
+    for (const auto& [generic, internet, asked, reason] : cases) {
+        keychain = FakeKeychain();
+        keychain.generic = generic;
+        keychain.internet = internet;
+        EXPECT_EQ(asUser(operation::DeleteKeychainItem{"-Marlin", false}).failureReason, reason);
+        EXPECT_EQ(keychain.asked.size(), asked);
+    }
+    EXPECT_TRUE(tools.calls.empty());
+}
+
+TEST_F(RunnersTest, WhatAToolCouldMisunderstandReachesNone) {
+    std::vector<RemovalOperation::Kind> refusedByBoth = {
+        operation::Move{Path("/System/Library/x"), Path(quarantine + "/0001/x")}};
+    // An empty word would mean every application, the whole session, every password.
+    const std::string zero("a\0b", 3);
+    for (const auto& text : {std::string(), std::string("-rf"), std::string("a\nb"), zero})
+        refusedByBoth.push_back(operation::ResetPermissions{text});
+    for (const char* text : {"", "/", "../system/x", "-x"})
+        refusedByBoth.push_back(operation::Bootout{text, true});
+    for (const auto& text : {std::string(), zero})
+        refusedByBoth.push_back(operation::DeleteKeychainItem{text, false});
+    std::vector<RemovalOperation> all;
+    for (const auto& kind : refusedByBoth) {
+        EXPECT_EQ(asUser(kind), OperationResult::failure(7, {blockedBySafetyPolicyKey})) << kind.index();
+        all.push_back(step(static_cast<int>(all.size()) + 1, kind));
+    }
+    EXPECT_TRUE(log.contains("Move blocked by path policy: /System/Library/x"));
+    const RemovalOperation::Kind refusedAsRoot[] = {
+        toQuarantine("/Library/Caches/return\rinside"), toQuarantine("/Library/Caches/not UTF-8 \xFF"),
+        operation::Bootstrap{Path("/Users/alice/evil.plist"), true},
+        operation::Bootstrap{Path("/Library/LaunchDaemons/../../tmp/evil.plist"), true}};
+    for (const auto& kind : refusedAsRoot)
+        all.push_back(step(static_cast<int>(all.size()) + 1, kind));
+
+    for (const auto& result : asAdministrator(all))
+        EXPECT_EQ(result.failureReason, Message{blockedBySafetyPolicyKey}) << result.operationID;
+    EXPECT_TRUE(log.contains("Privileged move blocked by path policy: /System/Library/x"));
+    EXPECT_TRUE(keychain.asked.empty());
+    EXPECT_TRUE(tools.calls.empty()) << "a batch of refused operations asks for no password";
+}
+
+TEST_F(RunnersTest, ABatchIsOneCallAndAnswersInPlanOrder) {
+    const std::vector<RemovalOperation> operations = {
+        step(4, operation::Move{Path("/System/x"), Path(quarantine + "/0004/x")}),
+        step(2, toQuarantine("/Library/Caches/com.example.app")),
+        step(9, operation::Bootout{"com.example.d", true}), step(3, operation::FlushPreferences{})};
+    tools.answer = [](const auto&) -> RecordingTools::Answer {
+        return ProcessResult{1, "OP 4 OK\rOP 3 OK\rOP 2 FAIL occupied\r", "0:9: execution error: died (9)"};
+    };
+    const std::vector<OperationResult> expected = {
+        OperationResult::failure(4, {blockedBySafetyPolicyKey}),
+        OperationResult::failure(2, {"failure.destinationOccupied"}),
+        OperationResult::failure(9, {"failure.noResult"}), OperationResult::success(3)};
+    EXPECT_EQ(asAdministrator(operations), expected);
+
+    ASSERT_EQ(tools.calls.size(), 1u);
+    EXPECT_EQ(tools.calls[0].executable, "/usr/bin/osascript");
+    const auto script = adminBatch::script({operations.begin() + 1, operations.end()}, 501);
+    EXPECT_EQ(tools.calls[0].arguments, (std::vector<std::string>{"-e", adminBatch::appleScript(script)}));
+    EXPECT_EQ(tools.calls[0].timeout, 600s);
+}
+
+TEST_F(RunnersTest, ABatchThatGivesNothingFailsEveryOperationAndIsNotAskedAgain) {
+    const std::string cancelled = "0:116: execution error: Se cancel\xC3\xB3. (-128)";
+    const std::pair<RecordingTools::Answer, Message> cases[] = {
+        {ProcessResult{1, "OP 1 OK", cancelled}, {"failure.adminCancelled"}},
+        {ProcessResult{0, "", cancelled}, {"failure.noResult"}},
+        {ProcessResult{1, "", "wrong password (-60007)"}, {"failure.noResult"}},
+        {RecordingTools::hanging(), {"failure.timedOut"}},
+        {RecordingTools::missing(), {"failure.launchFailed %@", {"No such file"}}}};
+    std::vector<RemovalOperation> operations = {step(1, operation::FlushPreferences{})};
+    for (const auto& testCase : cases) {
+        tools.answer = [&](const auto&) { return testCase.first; };
+        EXPECT_EQ(asAdministrator(operations).at(0), OperationResult::failure(1, testCase.second));
+    }
+
+    // More than one process can be given is asked for in parts; a dismissed prompt ends that.
+    for (int id = 2; id <= 1500; ++id)
+        operations.push_back(step(id, toQuarantine("/Library/Caches/com.example." + std::string(40, 'x'))));
+    std::size_t answered = 0;
+    tools.calls.clear();
+    tools.answer = [&](const auto& call) -> RecordingTools::Answer {
+        EXPECT_LT(call.arguments[1].size(), 600'000u);
+        if (tools.calls.size() == 2) return ProcessResult{1, "", cancelled};
+        std::string output;
+        for (; call.arguments[1].find(fmt::format("OP {} ", answered + 1)) != std::string::npos; ++answered)
+            output += fmt::format("OP {} OK\r", answered + 1);
+        return ProcessResult{0, output, ""};
+    };
+    const auto results = asAdministrator(operations);
+    EXPECT_EQ(tools.calls.size(), 2u);
+    ASSERT_EQ(results.size(), operations.size());
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        EXPECT_EQ(results[i].operationID, static_cast<int>(i) + 1);
+        EXPECT_EQ(results[i].succeeded, i < answered);
+    }
+    EXPECT_EQ(results.back().failureReason, Message{"failure.adminCancelled"});
+}
+
+} // namespace
+} // namespace tidwen

@@ -1,0 +1,75 @@
+#include "operations/screened_move.h"
+#include "support/fixtures.h"
+
+#include <gtest/gtest.h>
+
+namespace tidwen {
+namespace {
+
+const std::string quarantine = "/Users/alice/.Trash/Tidwen - Marlin Notes - 2024-01-01 10-00-00";
+const std::string caches = "/Users/alice/Library/Caches/";
+
+class ScreenedMoveTest : public testing::Test {
+  protected:
+    ScreenedMoveTest() {
+        volume.makeFolder(quarantine);
+        volume.makeFolder(caches);
+    }
+    std::string move(const std::string& source, const std::string& destination) {
+        const auto reason = screenedMove({Path(source), Path(destination)}, volume.files(), policy, log);
+        return reason ? reason->key : "moved";
+    }
+    test::TemporaryVolume volume;
+    test::RecordingLog log;
+    PathPolicy policy{test::alice()};
+};
+
+TEST_F(ScreenedMoveTest, MovesIntoQuarantineAndBack) {
+    volume.write(caches + "com.example.app/data", "x");
+    EXPECT_EQ(move(caches + "com.example.app", quarantine + "/Marlin Notes/0007/com.example.app"), "moved");
+    EXPECT_EQ(volume.read(quarantine + "/Marlin Notes/0007/com.example.app/data"), "x");
+    EXPECT_EQ(move(quarantine + "/Marlin Notes/0007/com.example.app", caches + "gone/com.example.app"),
+              "moved");
+    EXPECT_EQ(volume.read(caches + "gone/com.example.app/data"), "x");
+
+    volume.link(caches + "com.example.link", "/nowhere"); // the link itself is the item
+    EXPECT_EQ(move(caches + "com.example.link", quarantine + "/0008/com.example.link"), "moved");
+    EXPECT_TRUE(volume.exists(quarantine + "/0008/com.example.link"));
+}
+
+TEST_F(ScreenedMoveTest, AMoveThatCannotBeDoneLeavesBothItems) {
+    volume.write(caches + "a", "new");
+    volume.write(quarantine + "/0001/a", "old");
+    volume.link(quarantine + "/0002/a", "/nowhere");
+    EXPECT_EQ(move(caches + "a", quarantine + "/0001/a"), "failure.destinationOccupied");
+    EXPECT_EQ(move(caches + "a", quarantine + "/0002/a"), "failure.destinationOccupied");
+    EXPECT_EQ(move(caches + "b", quarantine + "/0003/b"), failureKey(FileFault::missing));
+    EXPECT_NE(move(caches + "a", quarantine + "/0001/a/b"), "moved");
+    EXPECT_EQ(volume.read(caches + "a"), "new");
+    EXPECT_EQ(volume.read(quarantine + "/0001/a"), "old");
+}
+
+TEST_F(ScreenedMoveTest, FollowsHarmlessLinksAndNoOthers) {
+    volume.link("/Users/alice/Library/Shortcut", "/Library/Caches");
+    volume.write("/Library/Caches/com.example.app", "x");
+    EXPECT_EQ(move("/Users/alice/Library/Shortcut/com.example.app", quarantine + "/0001/com.example.app"),
+              "moved");
+
+    // Places that the policy protects, behind links in the source, in the destination, and in the Trash.
+    volume.write("/Users/alice/Documents/thesis", "x");
+    volume.link("/Users/alice/Library/Folder", "/Users/alice/Documents");
+    EXPECT_EQ(move("/Users/alice/Library/Folder/thesis", quarantine + "/0002/thesis"),
+              blockedBySafetyPolicyKey);
+    EXPECT_EQ(move(quarantine + "/0001/com.example.app", "/Users/alice/Library/Folder/new/app"),
+              blockedBySafetyPolicyKey);
+    volume.link(quarantine + "/0003", "/Users/alice/Documents");
+    volume.write(caches + "a", "x");
+    EXPECT_EQ(move(caches + "a", quarantine + "/0003/a"), blockedBySafetyPolicyKey);
+    EXPECT_EQ(volume.read("/Users/alice/Documents/thesis"), "x");
+    EXPECT_FALSE(volume.exists("/Users/alice/Documents/new"));
+    EXPECT_FALSE(volume.exists("/Users/alice/Documents/a"));
+    EXPECT_TRUE(log.contains("Move blocked by path policy: /"));
+}
+
+} // namespace
+} // namespace tidwen

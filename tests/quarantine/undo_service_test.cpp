@@ -1,0 +1,174 @@
+#include "quarantine/entries.h"
+#include "quarantine/undo_service.h"
+#include "support/fixtures.h"
+#include "support/recording_runner.h"
+#include "volume/volume_runner.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tidwen::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Undo : public testing::Test {
+  protected:
+    Undo() {
+        administrator.answer = [this](const RemovalOperation& each) {
+            return VolumeRunner(volume.files(), alice(), log).run({each}).front().failureReason;
+        };
+        manifest.quarantineRoot = root;
+    }
+
+    /// Adds a move, and the item in quarantine with its own source as content.
+    void quarantined(int id, const std::string& source, bool requiresRoot = false) {
+        manifest.entries.push_back(moveEntry(id, root, source, requiresRoot));
+        volume.write(*manifest.entries.back().destination, source);
+    }
+
+    UndoReport undo(std::vector<ManifestEntry> added = {}) {
+        manifest.entries.insert(manifest.entries.end(), added.begin(), added.end());
+        return UndoService({volume.files(), administrator, session, texts, log}, alice()).undo(manifest);
+    }
+
+    static std::vector<RemovalOperation::Kind> kinds(const std::vector<RemovalOperation>& batch) {
+        std::vector<RemovalOperation::Kind> all;
+        for (const auto& each : batch)
+            all.push_back(each.kind);
+        return all;
+    }
+
+    Path root = alice().trash() / "Tidwen - Notes";
+    TemporaryVolume volume;
+    RecordingLog log;
+    RecordingRunner administrator, session;
+    Texts texts;
+    Manifest manifest;
+};
+
+TEST_F(Undo, PutsEverythingBackWithOneBatch) {
+    const std::string agents = "/Users/alice/Library/LaunchAgents/",
+                      daemon = "/Library/LaunchDaemons/d.plist";
+    quarantined(4, "/Users/alice/Library/Caches/it's \"é\"\n");
+    quarantined(5, daemon, true);
+    quarantined(6, agents + "agent.plist");
+    quarantined(5, "/Library/Caches/same number", true);
+    const auto report = undo({bootoutEntry(1, "agent", false, agents + "agent.plist"),
+                              bootoutEntry(2, "daemon", true, daemon),
+                              bootoutEntry(3, "embedded", true, {}),
+                              bootoutEntry(7, "gone", false, agents + "gone.plist"),
+                              {.operationID = 9, .source = "/Library/Caches/unplaced", .bundleID = ""}});
+
+    EXPECT_EQ(report, (UndoReport{.restoredCount = 4, .totalCount = 4, .failures = {}, .relaunchedJobs = 2}));
+    for (std::size_t i = 0; i < 4; ++i)
+        EXPECT_EQ(volume.read(manifest.entries[i].source), manifest.entries[i].source);
+    ASSERT_EQ(administrator.batches.size(), 1u);
+    const auto& batch = administrator.batches[0];
+    EXPECT_THAT(kinds(batch),
+                ElementsAre(operation::Move{root / "0005/d.plist", Path(daemon)},
+                            operation::Move{root / "0005/same number", Path("/Library/Caches/same number")},
+                            operation::Bootstrap{Path(daemon), true}));
+    EXPECT_EQ(batch[0].id, 5);
+    EXPECT_NE(batch[1].id, 5) << "results are told apart by number";
+    EXPECT_EQ(batch[2].displayName, "daemon");
+    ASSERT_EQ(session.batches.size(), 1u);
+    EXPECT_THAT(kinds(session.batches[0]),
+                ElementsAre(operation::Bootstrap{Path(agents + "agent.plist"), false}));
+    EXPECT_THAT(*volume.files().list(root), IsEmpty()) << "emptied folders stay behind";
+}
+
+TEST_F(Undo, ReportsEveryStepThatFailsAndGoesOn) {
+    quarantined(2, "/Library/Caches/refused", true);
+    quarantined(3, "/Users/alice/Library/Caches/fine");
+    administrator.answer = [](const auto&) { return Message{"failure.adminCancelled"}; };
+    const auto report = undo({moveEntry(4, root, "/Users/alice/Library/Caches/gone"),
+                              bootoutEntry(5, "daemon", true, "/Library/LaunchDaemons/d.plist")});
+    EXPECT_EQ(report.restoredCount, 1);
+    EXPECT_EQ(report.totalCount, 3);
+    EXPECT_THAT(report.failures, ElementsAre("/Users/alice/Library/Caches/gone: failure.notInQuarantine",
+                                             "/Library/Caches/refused: failure.adminCancelled",
+                                             "/Library/LaunchDaemons/d.plist: failure.adminCancelled"));
+    EXPECT_TRUE(volume.exists((root / "0002/refused").string()));
+}
+
+TEST_F(Undo, ItemsThatLayInOneAnotherComeBackInOneAnother) {
+    const std::string vendor = "/Library/Application Support/Corvella";
+    quarantined(1, vendor + "/Notes/cache");
+    volume.write((root / "0002/Notes/data").string(), "");
+    volume.write((root / "0003/Corvella/shared").string(), "");
+    EXPECT_EQ(undo({moveEntry(2, root, vendor + "/Notes"), moveEntry(3, root, vendor, true)}).restoredCount,
+              3);
+    for (const auto* item : {"/shared", "/Notes/data", "/Notes/cache"})
+        EXPECT_TRUE(volume.exists(vendor + item)) << item;
+    EXPECT_EQ(volume.files().list(Path(vendor).parent())->size(), 1u);
+}
+
+TEST_F(Undo, AHostileManifestMovesNothing) {
+    const auto item = (root / "0001/item").string();
+    volume.write(item, "");
+    volume.write("/Library/Secrets/key", "");
+    volume.write("/System/Library/evil.plist", "");
+    volume.link((root / "0002").string(), "/Library/Secrets");
+    volume.link("/Users/alice/Library/Caches/out", "/System");
+    const std::pair<std::string, std::string> hostile[] = {
+        {"/", item},
+        {"", item},
+        {"Library/Caches/x", item},
+        {"/System/Library/x", item},
+        {"/Users/alice", item},
+        {"/Users/alice/Library/Caches/../../.ssh/x", item},
+        {"/Users/alice/Library/Caches/out/x", item},
+        {(root / "elsewhere").string(), item},
+        {"/Library/Caches/key", "/Library/Secrets/key"},
+        {"/Library/Caches/key", (root / "0002/key").string()},
+        {"/Library/Caches/key", root.string() + "/../../../../Library/Secrets/key"},
+        {"/Library/Caches/x", alice().trash().string()},
+    };
+    for (const auto& [source, destination] : hostile)
+        for (const bool requiresRoot : {false, true}) {
+            manifest.entries = {{.operationID = 1,
+                                 .source = source,
+                                 .destination = destination,
+                                 .requiresRoot = requiresRoot,
+                                 .bundleID = ""}};
+            EXPECT_THAT(undo().failures, ElementsAre(source + ": failure.blockedBySafetyPolicy"));
+        }
+    for (const bool isSystemDomain : {false, true}) {
+        manifest.entries = {bootoutEntry(1, "evil", isSystemDomain, "/System/Library/evil.plist")};
+        EXPECT_THAT(undo().failures,
+                    ElementsAre("/System/Library/evil.plist: failure.blockedBySafetyPolicy"));
+    }
+    EXPECT_THAT(administrator.batches, IsEmpty());
+    EXPECT_THAT(session.batches, IsEmpty());
+    EXPECT_TRUE(volume.exists(item) && volume.exists("/Library/Secrets/key"));
+    EXPECT_TRUE(log.contains("Undo move blocked by path policy: /System/Library/x"));
+}
+
+TEST_F(Undo, ATakenPlaceGivesTheNextFreeName) {
+    const Path folder("/Users/alice/Library/Caches");
+    for (const auto* taken : {"Foo.plist", "two.part.gz", "two.part 2.gz", ".hidden", "plain"})
+        volume.write((folder / taken).string(), "");
+    volume.link((folder / "plain 2").string(), "nowhere");
+    const std::pair<std::string, std::string> cases[] = {
+        {"free.txt", "free.txt"}, {"Foo.plist", "Foo 2.plist"}, {"two.part.gz", "two.part 3.gz"},
+        {".hidden", ".hidden 2"}, {"plain", "plain 3"},
+    };
+    for (const auto& [source, expected] : cases)
+        EXPECT_EQ(restoreTarget(folder / source, volume.files()), folder / expected);
+
+    std::set<Path> taken;
+    for (int n = 2; n <= 999; ++n)
+        taken.insert(folder / fmt::format("Foo {}.plist", n));
+    const auto last = restoreTarget(folder / "Foo.plist", volume.files(), taken).lastComponent();
+    EXPECT_TRUE(last.starts_with("Foo ") && Uuid::parse(last.substr(4))) << last;
+
+    quarantined(1, (folder / "Foo.plist").string(), true);
+    quarantined(2, (folder / "Foo.plist").string());
+    EXPECT_EQ(undo().restoredCount, 2);
+    EXPECT_TRUE(volume.exists((folder / "Foo 3.plist").string()));
+}
+
+} // namespace
+} // namespace tidwen::test

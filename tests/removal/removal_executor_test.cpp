@@ -1,0 +1,104 @@
+#include "removal/removal_executor.h"
+#include "support/fixtures.h"
+#include "support/recording_runner.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tidwen::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Executor : public testing::Test {
+  protected:
+    Executor() { volume.makeFolder(root.string()); }
+
+    RemovalOperation move(int id, const std::string& name, bool requiresRoot) {
+        volume.write("/Library/Caches/" + name, name);
+        return {.id = id,
+                .kind = operation::Move{Path("/Library/Caches") / name, root / name},
+                .requiresRoot = requiresRoot,
+                .displayName = name,
+                .bundleID = "n"};
+    }
+
+    FileResult<RemovalReport> execute(const std::vector<RemovalOperation>& plan) {
+        return RemovalExecutor({volume.files(), user, administrator, log})
+            .execute(plan, {root, false}, {{"Notes", "n"}}, RemovalMode::uninstall, Timestamp{});
+    }
+
+    bool hasJournal() { return volume.exists((root / journalFileName).string()); }
+
+    std::vector<int> manifestIDs() {
+        std::vector<int> ids;
+        const auto manifest = readManifest(root, volume.files()).value();
+        for (const auto& entry : manifest.entries)
+            ids.push_back(entry.operationID);
+        return ids;
+    }
+
+    const Path root = alice().trash() / "Tidwen - Notes";
+    TemporaryVolume volume;
+    RecordingRunner user, administrator;
+    RecordingLog log;
+};
+
+TEST_F(Executor, WritesTheJournalFirstAndTheManifestLast) {
+    const std::vector plan = {move(1, "a", true), move(2, "b", false), move(3, "c", true)};
+    std::vector<int> ran;
+    user.answer = administrator.answer = [&](const RemovalOperation& each) -> std::optional<Message> {
+        EXPECT_EQ(readJournal(root, volume.files()).value().planned.size(), 3u);
+        ran.push_back(each.id);
+        if (each.id == 3) return Message{"failure.adminCancelled"};
+        return std::nullopt;
+    };
+    const auto report = execute(plan);
+    ASSERT_TRUE(report);
+    EXPECT_THAT(ran, ElementsAre(2, 1, 3));
+    EXPECT_EQ(administrator.batches.size(), 1u);
+    EXPECT_EQ(report->results[0].operationID, 2);
+    EXPECT_THAT(manifestIDs(), ElementsAre(1, 2));
+    EXPECT_FALSE(hasJournal());
+    ASSERT_EQ(report->failures().size(), 1u);
+    EXPECT_EQ(report->failures()[0].operation.id, 3);
+    EXPECT_EQ(report->failures()[0].reason.key, "failure.adminCancelled");
+    EXPECT_TRUE(log.contains("Removed 2/3 traces"));
+}
+
+TEST_F(Executor, AsksForNoPasswordWithoutNeed) {
+    ASSERT_TRUE(execute({move(1, "a", false)}));
+    EXPECT_THAT(administrator.batches, IsEmpty());
+}
+
+TEST_F(Executor, TouchesNothingWithoutAJournal) {
+    volume.makeFolder((root / journalFileName / "in the way").string());
+    EXPECT_FALSE(execute({move(1, "a", false)}));
+    EXPECT_THAT(user.batches, IsEmpty());
+}
+
+TEST_F(Executor, WithoutAManifestTheJournalStays) {
+    user.answer = [&](const auto&) {
+        volume.makeFolder((root / manifestFileName / "in the way").string());
+        return std::nullopt;
+    };
+    const auto report = execute({move(1, "a", false)});
+    ASSERT_TRUE(report);
+    EXPECT_TRUE(report->manifestFailure);
+    EXPECT_TRUE(hasJournal());
+}
+
+TEST_F(Executor, AMoveThatWasMadeButNotReportedIsInTheManifest) {
+    const std::vector plan = {move(1, "made", true), move(2, "not made", true)};
+    administrator.answer = [&](const RemovalOperation& each) {
+        if (each.id == 1) (void)volume.files().move(Path("/Library/Caches/made"), root / "made");
+        return Message{"failure.noResult"};
+    };
+    const auto report = execute(plan);
+    EXPECT_EQ(report->failures().size(), 2u);
+    EXPECT_THAT(manifestIDs(), ElementsAre(1));
+}
+
+} // namespace
+} // namespace tidwen::test

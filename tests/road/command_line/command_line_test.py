@@ -1,0 +1,237 @@
+#!/usr/bin/env python3
+"""Whole journeys over the real program on the sample volume. Usage: command_line_test.py TIDWEN"""
+import json
+import os
+import plistlib
+import shutil
+import sqlite3
+import sys
+import unittest
+
+import terminal
+from terminal import VolumeTest, snapshot
+
+# What an undo does not bring back: the run's own folder stays for the record, and permissions that were reset
+# are for macOS to ask again.
+NOT_RESTORED = ("Users/alice/.Trash/Tidwen - ", "Users/alice/Library/Application Support/com.apple.TCC",
+                "Library/Application Support/com.apple.TCC")
+HERS = ("Documents", "Desktop", "Downloads", "Pictures")
+
+
+class Journey(VolumeTest):
+    def test_the_sample_is_the_same_every_time(self):
+        self.call("sample", self.base / "second", volume=False)
+        self.assertEqual(snapshot(self.sample), snapshot(self.base / "second"))
+        shutil.rmtree(self.base / "second")
+
+    def test_the_sample_shows_everything_there_is_to_find(self):
+        apps = self.call("apps", "--json").json
+        self.assertGreaterEqual(len(apps), 12)
+        self.assertEqual([a for a in apps if "sizeBytes" not in a], [])
+        results = self.call("scan", *(a["url"] for a in apps), "/Users/alice/.Trash/Gravel.app", "--json").json
+        traces = [t for r in results for t in r["traces"]]
+        self.assertEqual({t["category"] for t in traces},
+                         {"application", "supportFiles", "preferences", "caches", "containers", "logs", "launchItems",
+                          "privilegedTools", "receipts", "permissions", "systemExtensions"})
+        self.assertLessEqual({"exactBundleID", "receipt", "appGroup", "sharedAppGroup", "nameToken", "declaredTarget"},
+                             {t["reason"]["kind"] for t in traces})
+        self.assertEqual({t["action"]["kind"] for t in traces},
+                         {"movePath", "bootoutAndMove", "bootout", "resetPermissions", "guidance"})
+        self.assertEqual({r["target"]["name"] for r in results if r["nameMatchingDisabled"]}, {"Kip", "Notes"})
+        self.assertIn("com.lumenlight.lumen.beta", {t.get("contestedBy") for t in traces})
+        states = {g["state"]["kind"] for r in results for g in r["permissions"]["grants"]}
+        self.assertEqual(states, {"granted", "limited", "denied", "unknown"})
+        self.assertEqual([r["unreadableLocations"] for r in results if r["unreadableLocations"]], [])
+
+    def test_remove_and_undo_give_the_volume_back(self):
+        before = snapshot(self.volume)
+        plan = self.call("remove", "marlin notes", "--dry-run", "--json").json
+        self.assertEqual([step["id"] for step in plan], list(range(1, len(plan) + 1)))
+        self.assertEqual(snapshot(self.volume), before, "a dry run changes nothing")
+
+        report = self.call("remove", "marlin notes", "--yes", "--json").json
+        self.assertEqual([s["kind"]["kind"] for s in report["operations"]], [s["kind"]["kind"] for s in plan])
+        self.assertTrue(all(result["succeeded"] for result in report["results"]))
+        moved = [s["kind"] for s in report["operations"] if s["kind"]["kind"] == "move"]
+        for move in moved:
+            self.assertFalse(os.path.lexists(f"{self.volume}{move['source']}"), move)
+            self.assertTrue(os.path.lexists(f"{self.volume}{move['destination']}"), move)
+        self.assertEqual(report["verification"]["apps"][0]["tccSurvivors"], [])
+        database = sqlite3.connect(self.home / "Library/Application Support/com.apple.TCC/TCC.db")
+        clients = {row[0] for row in database.execute("SELECT client FROM access")}
+        database.close()
+        self.assertNotIn("com.marlinworks.notes", clients)
+        self.assertIn("com.marlinworks.sketch", clients, "nobody else's permissions go")
+
+        entry, = self.call("history", "--json").json
+        self.assertEqual((entry["pendingMoves"], entry["totalMoves"]), (len(moved), len(moved)))
+        name = os.path.basename(entry["root"])
+        self.assertEqual(self.call("undo", name, "--json").json,
+                         {"restoredCount": len(moved), "totalCount": len(moved), "failures": [], "relaunchedJobs": 1})
+        after = snapshot(self.volume, *NOT_RESTORED)
+        self.assertEqual(after, {k: v for k, v in before.items() if not k.startswith(NOT_RESTORED)})
+        self.refuse("undo", "1", saying=name)
+        self.refuse("undo", "2", saying="2")
+
+    def test_everything_of_everybody_goes_and_comes_back(self):
+        hers = [snapshot(self.home / folder) for folder in HERS]
+        before = snapshot(self.volume, *NOT_RESTORED)
+        apps = [app["url"] for app in self.call("apps", "--json").json]
+        report = self.call("remove", *apps, "--risk", "safe,review,sensitive", "--yes", "--json").json
+        self.assertEqual([r for r in report["results"] if not r["succeeded"]], [])
+        self.assertEqual(self.call("apps", "--json").json, [])
+        self.assertEqual([snapshot(self.home / folder) for folder in HERS], hers)
+        self.call("undo", "1")
+        self.assertEqual(snapshot(self.volume, *NOT_RESTORED), before)
+
+    def test_reset_keeps_the_application(self):
+        before = snapshot(self.volume / "Applications")
+        self.call("reset", "Pantry", "Brightwell Studio", "--yes")
+        self.assertEqual(snapshot(self.volume / "Applications"), before)
+        self.assertFalse((self.home / "Library/Containers/io.pantryapp.Pantry").exists())
+
+    def test_what_is_contested_or_shared_goes_only_when_named(self):
+        contested = self.home / "Library/Preferences/com.lumenlight.lumen.beta.plist"
+        self.call("remove", "Lumen", "--risk", "safe,review,sensitive", "--yes")
+        self.assertTrue(contested.exists())
+        self.call("undo", "1")
+        self.call("remove", "Lumen", "--select", contested, "--yes")
+        self.assertFalse(contested.exists())
+        self.assertTrue((self.volume / "Applications/Lumen.app").exists(), "a selection takes nothing else")
+
+    def test_a_person_is_asked(self):
+        before = snapshot(self.volume)
+        self.refuse("remove", "Kip", saying="--yes")
+        for answer in (b"n\n", b"\n", b"\x04"):
+            status, printed = self.call_on_terminal("remove", "Kip", answer=answer)
+            self.assertEqual((status, snapshot(self.volume) == before), (2, True), printed)
+        status, printed = self.call_on_terminal("remove", "Kip", answer=b"y\n")
+        self.assertEqual(status, 0, printed)
+        self.assertIn("\x1b[32m", printed, "colours on a terminal")
+        self.assertFalse((self.volume / "Applications/Kip.app").exists())
+
+    def test_a_run_that_was_cut_off_is_recovered_and_undone(self):
+        before = snapshot(self.volume, *NOT_RESTORED)
+        root = self.volume / self.call("remove", "Quillpad", "--yes", "--json").json["quarantineRoot"][1:]
+        manifest = json.loads((root / "tidwen-manifest.json").read_text())
+        journal = {"version": 1, "planned": manifest["entries"],
+                   **{key: manifest[key] for key in ("createdAt", "quarantineRoot", "apps")}}
+        (root / "tidwen-journal.json").write_text(json.dumps(journal))
+        (root / "tidwen-manifest.json").unlink()
+
+        history = self.call("history", "--json")
+        self.assertEqual(history.json, [])
+        self.assertIn("recover", history.errors)
+        recovered, = self.call("recover", "--json").json
+        self.assertEqual(recovered["entries"], manifest["entries"])
+        self.call("undo", "1")
+        self.assertEqual(snapshot(self.volume, *NOT_RESTORED), before)
+
+
+class Refusals(VolumeTest):
+    def test_bundles_that_are_none(self):
+        apps = self.volume / "Applications"
+        (apps / "File.app").write_text("a file")
+        (apps / "Dangling.app").symlink_to("/nowhere")
+        (apps / "Loop.app").symlink_to("Loop.app")
+        (apps / "Outside.app").symlink_to("../../../../../etc")
+        (apps / "Folder").mkdir()
+        contents = {
+            "Empty": b"", "Truncated": b"bplist00\xd1\x01", "Garbage": b"\x00\xff" * 99,
+            "Laughs": b'<?xml version="1.0"?><!DOCTYPE p [<!ENTITY a "ha"><!ENTITY b "&a;&a;">]>'
+                      b"<plist><dict><key>CFBundleIdentifier</key><string>&b;</string></dict></plist>",
+            "Types": plistlib.dumps({"CFBundleIdentifier": 7, "CFBundleName": ["x"]}),
+            "NoIdentifier": plistlib.dumps({"CFBundleIdentifier": ""}),
+        }
+        for name, content in contents.items():
+            (apps / f"{name}.app/Contents").mkdir(parents=True)
+            (apps / f"{name}.app/Contents/Info.plist").write_bytes(content)
+        (apps / "NoPlist.app").mkdir()
+        before = snapshot(self.volume)
+        for name in ["File", "Dangling", "Loop", "Outside", "NoPlist", *contents]:
+            self.refuse("remove", f"/Applications/{name}.app", "--yes", saying=f"{name}.app: ")
+        self.refuse("remove", "/Applications/Folder", "--yes", saying="not an application")
+        self.assertEqual(len(self.call("apps", "--json").json), len(list(apps.glob("*.app"))) - 11 + 3)
+        # One refusal does not keep the others out.
+        run = self.call("remove", "/Applications/File.app", "Kip", "--dry-run", "--json", status=1)
+        self.assertTrue(run.json and "File.app: " in run.errors)
+        self.assertEqual(snapshot(self.volume), before)
+
+    def test_hostile_names_are_shown_safely_and_never_break_json(self):
+        bundle = self.volume / "Applications/Evil\x1b[2J\n.app/Contents"
+        bundle.mkdir(parents=True)
+        (bundle / "Info.plist").write_bytes(plistlib.dumps(
+            {"CFBundleIdentifier": "com.example.evil", "CFBundleName": "Evil\u202e\r\u0007" + "x" * 300}, fmt=plistlib.FMT_BINARY))
+        caches = os.fsencode(self.home / "Library/Caches/com.example.evil")
+        for end in (b".\xff\xfe", b".\n\x1b]0;title\x07", b"." + b"y" * (255 - len(b"com.example.evil."))):
+            os.mkdir(caches + end)
+        run = self.call("scan", "com.example.evil")
+        for control in "\x1b\r\x07\u202e":
+            self.assertNotIn(control, run.output)
+        report = self.call("remove", "com.example.evil", "--yes", "--json").json
+        self.assertTrue(all(r["succeeded"] for r in report["results"]), report["results"])
+        self.assertTrue(os.path.isdir(caches + b".\xff\xfe"), "what a manifest cannot name stays")
+        self.assertEqual([len(self.call(c, "--json").json) for c in ("history", "apps")], [1, 14])
+        self.call("undo", "1")
+        self.assertTrue(bundle.exists())
+
+    def test_links_lead_nowhere_else(self):
+        outside = self.base / "outside"
+        (outside / "com.littlefin.kip").mkdir(parents=True)
+        (outside / "com.littlefin.kip/data").write_text("mine")
+        caches = self.home / "Library/Caches"
+        shutil.rmtree(caches)
+        caches.symlink_to(outside)
+        (self.home / "Library/Logs/com.littlefin.kip").symlink_to(outside)
+        self.call("remove", "Kip", "--yes")
+        self.assertEqual((outside / "com.littlefin.kip/data").read_text(), "mine")
+        self.assertFalse(os.path.lexists(self.home / "Library/Logs/com.littlefin.kip"), "the link itself goes")
+        shutil.rmtree(outside)
+
+    def test_protected_applications_stay(self):
+        (self.base / "config/tidwen").mkdir(parents=True)
+        (self.base / "config/tidwen/settings.plist").write_bytes(
+            plistlib.dumps({"tidwen.protectedBundleIDs": ["com.littlefin.kip"]}))
+        self.refuse("remove", "Kip", "--yes", saying="Kip is protected")
+
+    def test_a_removal_that_cannot_begin_changes_nothing(self):
+        shutil.rmtree(self.home / ".Trash")
+        (self.home / ".Trash").write_text("no folder")
+        before = snapshot(self.volume)
+        self.refuse("remove", "Kip", "--yes", saying="nothing was changed")
+        self.assertEqual(snapshot(self.volume), before)
+
+    def test_wrong_usage_and_unusable_volumes(self):
+        (self.volume / "Users/bob/Library").mkdir(parents=True)
+        cases = [
+            (["remove", "Kip", "--yes"], "/Users/bob"),
+            (["--home", "/Users/nobody", "apps"], "/Users/nobody"),
+            (["--home", "/Users/alice", "remove", "Nobody", "--yes"], "Nobody"),
+            (["--home", "/Users/alice", "remove", "Kip", "--risk", "some", "--yes"], "some"),
+            (["--home", "/Users/alice", "remove", "Kip", "--risk", "safe", "--select", "x", "--yes"], "--select"),
+            (["--home", "/Users/alice", "remove", "Kip", "--select", "/nothing", "--yes"], "/nothing"),
+            (["--home", "/Users/alice", "remove", "Kip", "--select", "", "--dry-run"], "found"),
+            (["--home", "/Users/alice", "reset", "Kip", "--select", "/Applications/Kip.app", "--yes"], "reset"),
+            (["--home", "/Users/alice", "remove", "Harbor VPN", "--select", "Harbor VPN", "--yes"], "System Settings"),
+            (["--home", "/Users/alice", "undo", "Tidwen - x"], "Tidwen - x"),
+            (["sample", str(self.volume)], "not empty"),
+            (["fly"], "fly"),
+            (["scan"], "APP"),
+            ([], "Usage"),
+        ]
+        before = snapshot(self.volume)
+        for words, saying in cases:
+            with self.subTest(words):
+                self.refuse(*words, saying=saying)
+        self.assertEqual(snapshot(self.volume), before)
+        self.assertEqual(len(self.call("--home", "/Users/alice", "apps", "--json").json), 14)
+        for words, saying in [(["apps"], "volume is needed"), (["--volume", __file__, "apps"], "not a folder"),
+                              (["--volume", "/nowhere", "apps"], "/nowhere"),
+                              (["--volume", str(self.base), "apps"], "--home")]:
+            with self.subTest(words):
+                self.refuse(*words, saying=saying, volume=False)
+
+
+if __name__ == "__main__":
+    terminal.PROGRAM = os.path.abspath(sys.argv.pop(1))
+    unittest.main()

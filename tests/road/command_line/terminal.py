@@ -1,0 +1,106 @@
+"""Runs the program on a volume as a person or a script would, and looks at what became of the disk."""
+import json
+import os
+import pty
+import shutil
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+PROGRAM = None  # set by the test's main()
+
+
+def snapshot(root: Path, *left_out: str):
+    """Everything below `root`: mode, and content, link target or nothing. `left_out` are path prefixes."""
+    found = {}
+    for folder, folders, files in os.walk(os.fsencode(root)):
+        for name in folders + files:
+            path = os.path.join(folder, name)
+            relative = os.fsdecode(os.path.relpath(path, os.fsencode(root)))
+            if relative.startswith(left_out):
+                continue
+            status = os.lstat(path)
+            if os.path.islink(path):
+                found[relative] = ("link", os.readlink(path))
+            elif os.path.isdir(path):
+                found[relative] = ("folder", status.st_mode)
+            else:
+                found[relative] = ("file", status.st_mode, status.st_mtime_ns, Path(os.fsdecode(path)).read_bytes())
+    return found
+
+
+class Run:
+    def __init__(self, status, output, errors):
+        self.status, self.output, self.errors = status, output, errors
+
+    @property
+    def json(self):
+        return json.loads(self.output)
+
+
+class VolumeTest(unittest.TestCase):
+    """A fresh sample volume per test, settings of its own, no influence of the machine's language."""
+
+    maxDiff = None
+
+    @classmethod
+    def setUpClass(cls):
+        cls.base = Path(tempfile.mkdtemp(prefix="tidwen-road-"))
+        cls.environment = {"PATH": os.environ["PATH"], "LC_ALL": "C", "TZ": "UTC", "HOME": str(cls.base),
+                           "XDG_CONFIG_HOME": str(cls.base / "config"),
+                           **{k: v for k, v in os.environ.items() if k.endswith("SAN_OPTIONS")}}
+        cls.sample = cls.base / "sample"
+        assert subprocess.run([PROGRAM, "sample", cls.sample], env=cls.environment, capture_output=True).returncode == 0
+
+    @classmethod
+    def tearDownClass(cls):
+        shutil.rmtree(cls.base)
+
+    def setUp(self):
+        self.volume = self.base / "volume"
+        # Hard links spare the copying; the program replaces files and never writes into one.
+        shutil.copytree(self.sample, self.volume, symlinks=True, copy_function=os.link)
+        self.home = self.volume / "Users/alice"
+
+    def tearDown(self):
+        shutil.rmtree(self.volume)
+        shutil.rmtree(self.base / "config", ignore_errors=True)
+
+    def call(self, *words, status=0, volume=True):
+        """Runs the program and expects `status`."""
+        prefix = ["--volume", self.volume] if volume else []
+        done = subprocess.run([PROGRAM, *prefix, *words], env=self.environment, capture_output=True,
+                              stdin=subprocess.DEVNULL, timeout=60)
+        run = Run(done.returncode, done.stdout.decode(), done.stderr.decode())
+        self.assertEqual(run.status, status, (words, run.output, run.errors))
+        return run
+
+    def refuse(self, *words, saying, volume=True):
+        """Expects a refusal: status 2, nothing on standard output, the reason on standard error."""
+        run = self.call(*words, status=2, volume=volume)
+        self.assertEqual(run.output, "")
+        self.assertIn(saying, run.errors)
+
+    def call_on_terminal(self, *words, answer):
+        """Status and everything printed, the question answered with `answer`."""
+        child, terminal = pty.fork()
+        if child == 0:
+            os.execve(PROGRAM, [PROGRAM, "--volume", str(self.volume), *words], {**self.environment, "TERM": "xterm"})
+        printed = b""
+        while True:
+            try:
+                piece = os.read(terminal, 4096)
+            except OSError:  # how Linux says that the other side is gone
+                break
+            if not piece:
+                break
+            printed += piece
+            if answer and b"[y/N]" in printed:
+                os.write(terminal, answer)
+                answer = None
+        os.close(terminal)
+        return os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]), printed.decode()
+
+    def traces(self, *apps):
+        return [trace for result in self.call("scan", *apps, "--json").json for trace in result["traces"]]

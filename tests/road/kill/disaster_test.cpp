@@ -1,0 +1,170 @@
+// What else can go wrong around a removal: full and forbidden disks, items and folders that change under it.
+// Nothing is lost and nothing is touched that was not meant.
+
+#include "quarantine/history.h"
+#include "quarantine/recovery.h"
+#include "quarantine/undo_service.h"
+#include "removal/removal_executor.h"
+#include "road/kill/volume_memory.h"
+#include "support/fixtures.h"
+#include "support/recording_runner.h"
+#include "support/small_disk.h"
+#include "support/unprivileged.h"
+#include "volume/volume_runner.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tidwen::test {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const std::string caches = "/Users/alice/Library/Caches/";
+const std::string trash = "/Users/alice/.Trash";
+
+/// A removal of two items on a volume, step by step.
+class Disaster {
+  public:
+    explicit Disaster(const fs::path& host)
+        : host_(host),
+          files_(std::move(VolumeFileSystem::open(host).value())),
+          runner_(*files_, alice(), log_) {
+        for (const auto* item :
+             {"Library/Caches/first/a", "Library/Caches/second/b", "Documents/a", "Documents/b"})
+            writeFile(at("/Users/alice/") / item, item);
+        fs::create_directories(at(trash));
+        // What stands between a step and the next one.
+        watched_.answer = [this](const RemovalOperation& each) {
+            auto reason = runner_.run({each}).front().failureReason;
+            if (between) between();
+            return reason;
+        };
+        memory_.emplace(host_);
+    }
+
+    fs::path at(const std::string& macPath) const { return host_ / macPath.substr(1); }
+
+    FileResult<RemovalReport> remove() {
+        const std::vector<AppRecord> apps = {{"Notes", "com.example.notes"}};
+        const auto layout = createQuarantineFolder(apps, Timestamp{}, alice(), *files_);
+        if (!layout) return tl::unexpected(layout.error());
+        std::vector<RemovalOperation> plan;
+        for (const auto* name : {"first/a", "second/b"})
+            plan.push_back({.id = static_cast<int>(plan.size()) + 1,
+                            .kind = operation::Move{Path(caches + name), layout->root / name},
+                            .displayName = name,
+                            .bundleID = "com.example.notes"});
+        if (planned) planned();
+        return RemovalExecutor({*files_, watched_, runner_, log_})
+            .execute(plan, *layout, apps, RemovalMode::uninstall, Timestamp{});
+    }
+
+    /// Everything that happened is taken back by the means that a user has.
+    std::vector<std::string> changesAfterUndo() {
+        recoverInterruptedRemovals(alice(), *files_, SystemClock(), log_);
+        for (const auto& run : loadHistory(alice(), *files_, false))
+            EXPECT_THAT(
+                UndoService({*files_, runner_, runner_, texts_, log_}, alice()).undo(run.manifest).failures,
+                IsEmpty());
+        return memory_->changes();
+    }
+
+    /// Leaves no byte free; `fs::remove(filler())` frees them.
+    void fillDisk() const {
+        std::ofstream filler(this->filler(), std::ios::binary);
+        while (filler.write(std::string(4096, '\0').data(), 4096) && filler.flush()) {
+        }
+    }
+    fs::path filler() const { return at("/filler"); }
+
+    std::function<void()> planned, between;
+
+  private:
+    fs::path host_;
+    RecordingLog log_;
+    std::unique_ptr<VolumeFileSystem> files_;
+    VolumeRunner runner_;
+    RecordingRunner watched_;
+    Texts texts_;
+    std::optional<VolumeMemory> memory_;
+};
+
+std::vector<std::string> failures(const FileResult<RemovalReport>& report) {
+    std::vector<std::string> all;
+    for (const auto& each : report.value().failures())
+        all.push_back(each.operation.displayName + ": " + each.reason.key);
+    return all;
+}
+
+TEST(Disaster, AFullDiskLosesNothing) {
+    for (const bool beforeTheJournal : {true, false}) {
+        const auto skipped = withSmallDisk(512 << 10, [&](const fs::path& disk) {
+            Disaster volume(disk);
+            (beforeTheJournal ? volume.planned : volume.between) = [&] { volume.fillDisk(); };
+            const auto report = volume.remove();
+            EXPECT_EQ(outcome(report), beforeTheJournal ? "noSpace" : "ok");
+            if (report) {
+                EXPECT_EQ(report->manifestFailure, Message{"failure.file.noSpace"});
+            }
+            EXPECT_EQ(fs::exists(volume.at(caches + "first/a")), beforeTheJournal);
+            fs::remove(volume.filler());
+            EXPECT_THAT(volume.changesAfterUndo(), IsEmpty());
+            EXPECT_EQ(fs::is_empty(volume.at(trash)), beforeTheJournal);
+        });
+        if (skipped) GTEST_SKIP() << *skipped;
+    }
+}
+
+TEST(Disaster, ATrashThatCannotBeWrittenMeansNoRemoval) {
+    const TemporaryFolder folder;
+    giveToUnprivileged(folder.path());
+    const auto body = [&] {
+        Disaster volume(folder.path());
+        fs::permissions(volume.at(trash), fs::perms(0555));
+        const VolumeMemory memory(folder.path());
+        EXPECT_EQ(outcome(volume.remove()), "denied");
+        EXPECT_THAT(memory.changes(), IsEmpty());
+        return 0;
+    };
+    EXPECT_EQ(runUnprivileged(body), 0);
+}
+
+TEST(Disaster, AnItemThatVanishedFailsAlone) {
+    const TemporaryFolder folder;
+    Disaster volume(folder.path());
+    const auto item = volume.at(caches + "first/a"), elsewhere = volume.at("/elsewhere");
+    volume.planned = [&] { fs::rename(item, elsewhere); };
+    EXPECT_THAT(failures(volume.remove()), ElementsAre("first/a: failure.file.missing"));
+    fs::rename(elsewhere, item);
+    EXPECT_THAT(volume.changesAfterUndo(), IsEmpty());
+}
+
+TEST(Disaster, AnItemsFolderThatBecameALinkLeadsNowhere) {
+    const TemporaryFolder folder;
+    Disaster volume(folder.path());
+    volume.planned = [&] {
+        fs::rename(volume.at(caches + "first"), volume.at(caches + "moved"));
+        fs::create_symlink("/Users/alice/Documents", volume.at(caches + "first"));
+    };
+    EXPECT_THAT(failures(volume.remove()), ElementsAre("first/a: failure.blockedBySafetyPolicy"));
+    EXPECT_TRUE(fs::exists(volume.at("/Users/alice/Documents/a")));
+}
+
+TEST(Disaster, AQuarantineFolderThatBecameALinkLeadsNowhere) {
+    const TemporaryFolder folder;
+    Disaster volume(folder.path());
+    volume.between = [&] {
+        std::error_code thereAlready;
+        fs::create_symlink("/Users/alice/Documents",
+                           fs::directory_iterator(volume.at(trash))->path() / "second", thereAlready);
+    };
+    EXPECT_THAT(failures(volume.remove()), ElementsAre("second/b: failure.blockedBySafetyPolicy"));
+    EXPECT_THAT(volume.changesAfterUndo(), IsEmpty());
+}
+
+} // namespace
+} // namespace tidwen::test

@@ -1,0 +1,215 @@
+#include "scan/residue_matcher.h"
+
+#include <gtest/gtest.h>
+
+namespace tidwen {
+namespace {
+
+using Kind = MatchReason::Kind;
+
+AppTarget targetNamed(std::string bundleID, std::string name) {
+    AppTarget target;
+    target.bundleURL = Path("/Applications/Target.app");
+    target.bundleID = std::move(bundleID);
+    target.name = std::move(name);
+    return target;
+}
+
+ResidueMatcher matcherFor(AppTarget target, const std::vector<InstalledIdentity>& installed = {},
+                          const std::vector<std::string>& helpers = {},
+                          const std::set<std::string>& groups = {}) {
+    OtherApplications others(installed, target.bundleURL, target.bundleID);
+    return ResidueMatcher(std::move(target), std::move(others), helpers, groups);
+}
+
+std::string shown(const std::optional<MatchReason>& reason) {
+    return reason ? std::string(name(reason->kind)) + " " + reason->value : "none";
+}
+
+const std::vector<InstalledIdentity> neighbours = {
+    {Path("/Applications/Other.app"), "com.other.app", "Marlin Reader"},
+    {Path("/Applications/Beta.app"), "com.Example.App.Beta", "Marlin Notes 2"},
+    {Path("/Applications/Marlin.app"), "com.corvella.marlin", "Marlin Notes Helper"},
+};
+
+TEST(ResidueMatcher, JudgesByIdentifierThenName) {
+    const auto matcher =
+        matcherFor(targetNamed("com.Example.app", "Marlin Notes"), neighbours,
+                   {"com.corvella.share.Login", "com.corvella.marlin", "helper", "corvella.two"});
+    const struct {
+        const char* candidate;
+        const char* expected;
+    } cases[] = {
+        {"com.example.app", "exactBundleID com.Example.app"},
+        {"COM.EXAMPLE.APP.PLIST", "exactBundleID com.Example.app"},
+        {"com.example.app.savedState", "exactBundleID com.Example.app"},
+        {"com.example.app.sfl4", "exactBundleID com.Example.app"},
+        {"com.example.app.helper", "exactBundleID com.Example.app"},
+        {"group.com.example.app.shared", "exactBundleID com.Example.app"},
+        {"ABCDE12345.com.example.app", "exactBundleID com.Example.app"},
+        {"com.example.application", "none"},
+        {"xcom.example.app", "none"},
+        {"com.corvella.share.login.plist", "exactBundleID com.corvella.share.Login"},
+        {"ABCDE12345.com.corvella.share.login.x", "exactBundleID com.corvella.share.Login"},
+        {"corvella.two", "exactBundleID corvella.two"},
+        {"corvella.two.more", "none"},   // two pieces: only as a whole
+        {"helper", "none"},              // one word is nobody's own
+        {"com.corvella.marlin", "none"}, // a helper that is another installed application
+        {"com.example.app.beta.plist", "exactBundleID com.Example.app"},
+        {"com.other.application", "none"}, // begins with com.other.app, wherever it goes on
+        {"marlin notes.com.other.app", "none"},
+        {"com.apple.com.example.app", "none"},
+        {"Com.Apple.Marlin", "none"},
+        {"com.corvella.tidwen.com.example.app", "none"},
+        {"Marlin Notes", "nameToken Marlin Notes"},
+        {"MARLIN-notes", "nameToken Marlin Notes"},
+        {"marlinnotes.plist", "nameToken Marlin Notes"},
+        {"Marlin Notes.log", "nameToken Marlin Notes"},
+        {"Marlin Notes-Helper", "nameToken Marlin Notes"},
+        {"marlin notes_2", "nameToken Marlin Notes"},
+        {"Marlin Notes.", "nameToken Marlin Notes"},
+        {"Marlin Notes.cache", "nameToken Marlin Notes"},
+        {"Marlin Notes Crash-Reporter", "nameToken Marlin Notes"},
+        {"Marlin NotesStore", "none"},
+        {"Marlin Notes-Extras", "none"},
+        {"Marlin", "none"},
+        {"\xff\xfe", "none"},
+        {"", "none"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(shown(matcher.matchIdentifier(c.candidate)), c.expected) << c.candidate;
+}
+
+TEST(ResidueMatcher, TakesAShortIdentifierOnlyAsAWhole) {
+    const auto matcher = matcherFor(targetNamed("com.example", ""));
+    EXPECT_TRUE(matcher.matchIdentifier("com.example.plist"));
+    for (const auto* candidate : {"com.example.app", "x.com.example", "a.com.example.b"})
+        EXPECT_FALSE(matcher.matchIdentifier(candidate)) << candidate;
+}
+
+TEST(ResidueMatcher, MatchesNoCommonOrShortNames) {
+    for (const auto* common :
+         {"Notes", "D-O-C-K", "App", "Tool", "Zed", "", "\xe6\x97\xa5\xe6\x9c\xac\xe8\xaa\x9e\xe5\xb8\xb3"}) {
+        auto target = targetNamed("com.example.app", common);
+        target.executableName = common;
+        const auto matcher = matcherFor(target);
+        EXPECT_TRUE(matcher.nameMatchingDisabled()) << common;
+        EXPECT_FALSE(matcher.matchIdentifier(common)) << common;
+        EXPECT_FALSE(matcher.matchExecutable(common)) << common;
+    }
+}
+
+TEST(ResidueMatcher, ComparesNamesAsPeopleSeeThem) {
+    // Composed in the bundle, decomposed on the disk, and the other way round.
+    const std::string composedName = "Caf\xC3\xA9 \xC3\x9C"
+                                     "ber",
+                      decomposedName = "Cafe\xCC\x81 U\xCC\x88"
+                                       "ber";
+    for (const auto& [own, found] :
+         {std::pair(composedName, decomposedName), std::pair(decomposedName, composedName)}) {
+        const auto matcher = matcherFor(targetNamed("com.example.app", own));
+        EXPECT_TRUE(matcher.matchIdentifier(found));
+        EXPECT_TRUE(matcher.matchIdentifier(found + "-Helper"));
+        EXPECT_FALSE(matcher.matchIdentifier("Cafe Uber"));
+    }
+    EXPECT_TRUE(
+        matcherFor(targetNamed("com.example.app", "\xd0\x97\xd0\xb0\xd0\xbc\xd0\xb5\xd1\x82\xd0\xba\xd0\xb8"))
+            .matchIdentifier("\xd0\xb7\xd0\x90\xd0\xbc\xd0\xb5\xd1\x82\xd0\xba\xd0\xb8.2"));
+}
+
+TEST(ResidueMatcher, MatchesTheExecutableAsAWhole) {
+    auto target = targetNamed("com.example.app", "Notes");
+    target.executableName = "MarlinEngine";
+    const auto matcher = matcherFor(target);
+    EXPECT_EQ(shown(matcher.matchExecutable("Marlin-Engine.plist")), "executableName MarlinEngine");
+    EXPECT_FALSE(matcher.matchExecutable("MarlinEngine-Helper"));
+    EXPECT_EQ(shown(matcher.attribute("marlin engine")->reason), "executableName MarlinEngine");
+}
+
+TEST(ResidueMatcher, MatchesDeclaredGroups) {
+    auto target = targetNamed("com.example.app", "Marlin Notes");
+    target.appGroups = {"ABCDE12345.com.corvella.Shared", "group.corvella", "com.apple.notes",
+                        "GROUP.com.apple.x", "FGHIJ67890.suite"};
+    const auto matcher = matcherFor(target, {}, {}, {"abcde12345.group.corvella"});
+    const struct {
+        const char* candidate;
+        const char* expected;
+    } cases[] = {
+        {"abcde12345.COM.corvella.shared", "appGroup ABCDE12345.com.corvella.Shared"},
+        {"com.corvella.shared", "appGroup ABCDE12345.com.corvella.Shared"},
+        {"ZZZZZ99999.com.corvella.shared", "none"}, // another maker's
+        {"group.corvella", "sharedAppGroup group.corvella"},
+        {"com.apple.notes", "none"},
+        {"group.com.apple.x", "none"},
+        {"suite", "appGroup FGHIJ67890.suite"},
+        {"corvella", "none"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(shown(matcher.matchAppGroup(c.candidate)), c.expected) << c.candidate;
+    EXPECT_EQ(matcher.attributeGroup("group.corvella")->contestedBy, "group.corvella");
+    EXPECT_FALSE(matcher.attributeGroup("com.corvella.shared")->contestedBy);
+}
+
+TEST(ResidueMatcher, TellsWhoElseClaimsAName) {
+    auto installed = neighbours;
+    installed.push_back({Path("/Applications/Target.app"), "com.example.app", "Marlin Notes"}); // itself
+    auto target = targetNamed("com.example.app", "Marlin Notes");
+    const auto claimant = [&](const char* candidate) {
+        const auto found = matcherFor(target, installed).attribute(candidate);
+        return found ? found->contestedBy.value_or("nobody") : "no match";
+    };
+    EXPECT_EQ(claimant("com.example.app.plist"), "nobody");
+    EXPECT_EQ(claimant("com.example.app.betax"), "nobody");
+    EXPECT_EQ(claimant("com.example.app.beta.plist"), "com.Example.App.Beta");
+    EXPECT_EQ(claimant("group.com.example.app.beta.x"), "com.Example.App.Beta");
+    EXPECT_EQ(claimant("Marlin Notes"), "nobody");
+    EXPECT_EQ(claimant("Marlin Notes-2"), "com.Example.App.Beta");
+    EXPECT_EQ(claimant("Marlin Notes.Helper"), "com.corvella.marlin");
+
+    // A namesake has as good a claim to the name, not to the identifier.
+    installed.push_back({Path("/Applications/Namesake.app"), "com.namesake.app", "marlin-notes"});
+    EXPECT_EQ(claimant("Marlin Notes"), "com.namesake.app");
+    EXPECT_EQ(claimant("com.example.app"), "nobody");
+
+    // A copy of the application shares everything, and takes nothing away from it.
+    installed.push_back({Path("/Users/alice/Applications/Target.app"), "com.Example.App", "Marlin Notes"});
+    EXPECT_EQ(claimant("com.example.app.plist"), "com.example.app");
+    EXPECT_EQ(claimant("Marlin Notes"), "com.example.app");
+}
+
+TEST(OtherApplications, AnswersLikeALoopOverAllOfThem) {
+    const std::vector<std::string> identifiers = {
+        "com.example.app",     "com.example.app.beta", "com.example",     "zed",
+        "com.examples.reader", "org.corvella.a",       "org.corvella.ab", "Z.Y"};
+    std::vector<InstalledIdentity> installed;
+    for (const auto& identifier : identifiers)
+        installed.push_back({Path("/Applications/" + identifier), identifier, ""});
+    installed.push_back({Path("/Applications/Empty.app"), "", ""});
+    const OtherApplications others(installed, Path("/Applications/T.app"), "com.t.t");
+
+    std::vector<std::string> candidates = {"",     ".",     "..",   "com",   "com.",  "zed",
+                                           "zedd", "a.zed", "azed", "z.y.x", "q..zed"};
+    for (const auto& identifier :
+         {"com.example.app", "com.example.app.beta", "com.examples.reader", "org.corvella.ab"})
+        for (const auto* before : {"", "x", "x.", "."})
+            for (const auto* after : {"", ".", ".x", "x"})
+                for (std::size_t length = 1; length <= std::string_view(identifier).size(); ++length)
+                    candidates.push_back(before + std::string(identifier, length) + after);
+
+    const auto lower = [](std::string text) { return text == "Z.Y" ? "z.y" : text; };
+    for (const auto& candidate : candidates) {
+        bool claimed = false;
+        std::string longest;
+        for (const auto& declared : identifiers) {
+            const auto id = lower(declared);
+            claimed = claimed || candidate.starts_with(id) || candidate.find("." + id) != candidate.npos;
+            const auto dotted = "." + candidate + ".";
+            if (dotted.find("." + id + ".") != dotted.npos && id.size() > longest.size()) longest = declared;
+        }
+        EXPECT_EQ(others.claims(candidate), claimed) << candidate;
+        EXPECT_EQ(others.longestContinued(candidate).value_or(""), longest) << candidate;
+    }
+}
+
+} // namespace
+} // namespace tidwen

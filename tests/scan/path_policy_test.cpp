@@ -1,0 +1,191 @@
+#include "scan/path_policy.h"
+
+#include "support/fixtures.h"
+
+#include <gtest/gtest.h>
+#include <random>
+#include <sstream>
+
+namespace tidwen {
+namespace {
+
+using Kind = PathPolicy::ViolationKind;
+using namespace std::string_literals;
+using Violation = PathPolicy::Violation;
+
+std::optional<Kind> kindOf(const std::optional<Violation>& violation) {
+    return violation ? std::optional(violation->kind) : std::nullopt;
+}
+
+/// Judges lists of paths, each of which is to be answered in one way.
+template<class Judge>
+void expectEach(const Judge& judge,
+                const std::vector<std::pair<std::optional<Kind>, std::vector<std::string>>>& cases) {
+    for (const auto& [expected, paths] : cases)
+        for (const auto& path : paths)
+            EXPECT_EQ(kindOf(judge(path)), expected) << path;
+}
+
+PathPolicy policyFor(const std::string& home) {
+    auto user = test::alice();
+    user.home = Path(home);
+    return PathPolicy(user);
+}
+
+TEST(PathPolicy, JudgesPaths) {
+    const std::string home = "/Users/alice";
+    const auto policy = policyFor(home);
+    expectEach(
+        [&](const std::string& path) { return policy.check(Path(path)); },
+        {{std::nullopt,
+          {"/Applications/Foo.app", "/usr/local/bin/tool", home + "/Library/Caches/com.example.app",
+           home + "/Library/KeychainsOld/x", "/Users/bob/Documents/Letter.txt",
+           "/private/var/db/receipts/com.example.bom", "/private/var/folders/ab/xyz/C/com.example.app",
+           "/var/folders/ab/xyz/C/x"}},
+         {Kind::tooShallow,
+          {"/", "/Applications", "/Library/Caches/x/../../..", "/private/var/folders/ab/xyz/C",
+           "/var/folders/ab/xyz/C"}},
+         {Kind::deniedExact,
+          {"/Applications/Utilities/", "/usr/local/bin", "/opt/homebrew/CELLAR", home,
+           home + "/library//CACHES/.", home + "/Library/Audio/Plug-Ins/VST3", "/private/var/db/receipts",
+           "/private/var/folders/ab/xyz123/C"}},
+         {Kind::neverTouch,
+          {"/usr/localized/tool", home + "/Downloads/Setup.dmg", "/private/var/db/other",
+           "/System/Volumes/Data/Users/alice/Library/Caches/x", "/Library/Caches/../../System/Library/x",
+           // One disk or the other takes these for "Documents": a long s, a joiner.
+           home + "/Document\u017f/Letter.txt", home + "/Docu\u200dments/Letter.txt"}},
+         {Kind::traversal,
+          {"/.vol/16777220/1152921500312", std::string("/usr/local/bin\0x", 16), "Library/Caches/x", ""}}});
+}
+
+TEST(PathPolicy, OnlyInstallersMayLeaveDownloads) {
+    const auto policy = policyFor("/Users/alice");
+    EXPECT_FALSE(policy.check(Path("/Users/alice/downloads/Setup.DMG"), true));
+    for (const char* refused : {"sub/Setup.dmg", "Letter.txt", ".dmg", "../Documents/Setup.dmg"})
+        EXPECT_TRUE(policy.check(Path("/Users/alice/Downloads") / refused, true)) << refused;
+}
+
+TEST(PathPolicy, HomesOfEveryKind) {
+    const auto composed = policyFor("/Users/Ren\u00e9e");
+    EXPECT_EQ(kindOf(composed.check(Path("/Users/RENE\u0301E/Music/a.mp3"))), Kind::neverTouch);
+    EXPECT_TRUE(composed.isQuarantineEndpoint(Path("/users/Rene\u0301e/.trash/Tidwen - x/item")));
+    const auto none = policyFor("");
+    EXPECT_EQ(kindOf(none.check(Path("/Library/Caches/com.example.app"))), Kind::traversal);
+    EXPECT_FALSE(none.isQuarantineEndpoint(Path(".Trash/Tidwen - x/item")));
+    EXPECT_EQ(kindOf(policyFor("/").check(Path("/Documents/x"))), Kind::neverTouch);
+    for (const char* other : {"Tidwen - x", "Foo.app/Tidwen - x", "Tidwen/x", "Tidwen - x/../Foo.app/x"})
+        EXPECT_FALSE(policyFor("/").isQuarantineEndpoint(Path("/.Trash") / other)) << other;
+}
+
+/// Spells a path in another way that leads to the same item on a Mac.
+std::string respelled(const std::string& path, std::mt19937& random) {
+    static const char* const separators[] = {"/", "//", "/./", "/x/../", "///.//"};
+    std::string spelled;
+    for (const char c : path)
+        if (c == '/')
+            spelled += separators[random() % std::size(separators)];
+        else
+            spelled += static_cast<char>(random() % 2 ? std::toupper(c) : std::tolower(c));
+    return spelled;
+}
+
+TEST(PathPolicy, NoSpellingOpensWhatIsNeverTouched) {
+    std::istringstream prefixes(
+        "/System:/bin:/sbin:/dev:/etc:/private/etc:/cores:/Volumes:/usr:/var:/private/var:"
+        "/Library/Apple:/Library/Managed Preferences:/Library/SystemExtensions:"
+        "/Library/Keychains:/Library/Security:/Users/alice/Library/Keychains:"
+        "/Users/alice/Library/Mobile Documents:/Users/alice/Documents:"
+        "/Users/alice/Desktop:/Users/alice/Downloads:/Users/alice/Pictures:"
+        "/Users/alice/Movies:/Users/alice/Music:/Users/alice/.Trash");
+    const auto policy = policyFor("/Users/alice");
+    std::mt19937 random(20240101);
+    for (std::string prefix; std::getline(prefixes, prefix, ':');)
+        for (const char* tail : {"/item", "/a/b.app", "/local files/x", "/.hidden/x/"})
+            for (int round = 0; round < 20; ++round) {
+                const auto path = respelled(prefix + tail, random);
+                ASSERT_EQ(kindOf(policy.check(Path(path), true)), Kind::neverTouch) << path;
+            }
+}
+
+TEST(PathPolicy, WhatIsPermittedIsDeep) {
+    const auto policy = policyFor("/Users/alice");
+    std::mt19937 random(7);
+    for (const char* shallow :
+         {"/", "/Applications", "/opt/..", "/Library/Caches/..", "/Users/alice/../../a"})
+        for (int round = 0; round < 50; ++round) {
+            const auto path = respelled(shallow, random);
+            ASSERT_TRUE(policy.check(Path(path), true)) << path;
+        }
+}
+
+class MovePolicy : public testing::Test {
+  protected:
+    MovePolicy() {
+        for (const auto& folder : {caches, "/Users/alice/Documents"s, "/System/Library"s})
+            volume.makeFolder(folder);
+        volume.write("/Library/file", "x");
+        volume.makeFolder(quarantine);
+    }
+    std::optional<Violation> check(const std::string& source, const std::string& destination) {
+        return policyFor(home).checkMove(Path(source), Path(destination), volume.files());
+    }
+
+    test::TemporaryVolume volume;
+    std::string home = "/Users/alice";
+    const std::string quarantine = "/Users/alice/.Trash/Tidwen - 2024-01-01 10-00-00";
+    const std::string caches = "/Users/alice/Library/Caches";
+};
+
+TEST_F(MovePolicy, JoinsARealPlaceAndTheQuarantine) {
+    EXPECT_EQ(check("/Library/Foo", quarantine + "/Foo"), std::nullopt);
+    EXPECT_EQ(check("/Users/alice/Downloads/Setup.pkg", quarantine + "/new/Setup.pkg"), std::nullopt);
+    EXPECT_EQ(check(quarantine + "/Foo", "/Library/Gone/deeper/Foo"), std::nullopt);
+    const auto noEnd = Kind::missingQuarantineEndpoint;
+    EXPECT_EQ(check("/Library/Foo", "/Library/Bar"), (Violation{noEnd, "/Library/Bar"}));
+    EXPECT_EQ(check(quarantine + "/a", quarantine + "/b"), (Violation{noEnd, quarantine + "/a"}));
+    EXPECT_EQ(check("/a/../b", quarantine + "/../x"), (Violation{Kind::traversal, "/a/../b"}));
+    EXPECT_EQ(check("/System/x", quarantine + "/../x"), (Violation{Kind::traversal, quarantine + "/../x"}));
+}
+
+TEST_F(MovePolicy, FollowsTheLinksOfTheRealPlace) {
+    volume.link(caches + "/system", "/System/Library");
+    volume.link(caches + "/documents", "../../Documents");
+    volume.link(caches + "/nowhere", "/Library/Missing");
+    volume.link(caches + "/loop", "loop");
+    volume.link(caches + "/fine", "/Library");
+    for (const bool isPutBack : {false, true})
+        expectEach(
+            [&](const std::string& path) {
+                return isPutBack ? check(quarantine + "/item", path) : check(path, quarantine + "/item");
+            },
+            {{Kind::neverTouch, {caches + "/system/new/x", caches + "/documents/taxes"}},
+             {Kind::traversal, {caches + "/nowhere/deeper/x", caches + "/loop/x", "/Library/file/deeper/x"}},
+             {Kind::deniedExact, {caches + "/fine/Caches"}},
+             {std::nullopt, {caches + "/fine/x", caches + "/documents"}}}); // the latter is the link itself
+}
+
+TEST_F(MovePolicy, FollowsTheLinksOfTheQuarantine) {
+    volume.link("/Users/alice/.Trash/Tidwen - out", "/Users/alice/Documents");
+    volume.link("/Users/alice/.Trash/Tidwen - other", quarantine);
+    volume.link(quarantine + "/out", "/Library");
+    const auto into = [&](const std::string& place) { return kindOf(check("/Library/Foo", place)); };
+    EXPECT_EQ(into("/Users/alice/.Trash/Tidwen - out/x"), Kind::missingQuarantineEndpoint);
+    EXPECT_EQ(into(quarantine + "/out/x"), Kind::missingQuarantineEndpoint);
+    EXPECT_EQ(into("/Users/alice/.Trash/Tidwen - other/sub/x"), std::nullopt);
+}
+
+TEST_F(MovePolicy, AHomeBehindALinkIsProtectedUnderBothNames) {
+    volume.link("/Users/link", "/Users/alice");
+    volume.link(caches + "/evil", "/Users/alice/Documents");
+    home = "/Users/link";
+    expectEach(
+        [&](const std::string& path) {
+            return check(path, "/Users/link/.Trash/Tidwen - 2024-01-01 10-00-00/item");
+        },
+        {{std::nullopt, {"/Users/link/Library/Caches/com.example.app", "/Users/link/Downloads/Setup.dmg"}},
+         {Kind::neverTouch, {"/Users/link/Library/Caches/evil/taxes", "/Users/alice/Documents/taxes"}},
+         {Kind::deniedExact, {"/Users/alice/Library/Caches"}}});
+}
+
+} // namespace
+} // namespace tidwen

@@ -1,0 +1,317 @@
+#include "scan/residue_scanner.h"
+
+#include "base/text.h"
+#include "support/fixtures.h"
+#include "support/unprivileged.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace tidwen {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const std::string library = "/Users/alice/Library/";
+const std::string bundle = "/Applications/Marlin Notes.app";
+
+struct FakeReceipts : Receipts {
+    std::vector<std::string> packageIDs() const override {
+        std::vector<std::string> identifiers;
+        for (const auto& receipt : all)
+            identifiers.push_back(receipt.packageID);
+        return identifiers;
+    }
+    std::optional<Receipt> read(const std::string& packageID) const override {
+        for (const auto& receipt : all)
+            if (receipt.packageID == packageID) return receipt;
+        return std::nullopt;
+    }
+    std::vector<Receipt> all;
+};
+
+struct FakeKeychain : Keychain {
+    std::vector<KeychainEntry> entries() const override { return all; }
+    std::int32_t deleteItems(KeychainItemClass, const std::string&) override { return keychainItemNotFound; }
+    std::vector<KeychainEntry> all;
+};
+
+struct FakeExtensions : SystemExtensions {
+    std::vector<SystemExtensionRecord> list() const override { return all; }
+    std::vector<SystemExtensionRecord> all;
+};
+
+class Scanner : public testing::Test {
+  protected:
+    Scanner() {
+        test::writeBundle(volume, bundle, "com.corvella.marlin.notes", "Marlin Notes");
+        target.bundleURL = Path(bundle);
+        target.bundleID = "com.corvella.marlin.notes";
+        target.name = "Marlin Notes";
+        target.executableName = "MarlinEngine";
+    }
+
+    ScanResult scan(const StopToken& stop = {}, const ResidueScanner::Progress& progress = {}) {
+        ResidueScanner scanner({volume.files(), receipts, keychain, extensions, texts, log}, test::alice(),
+                               {installed, [this](const Path&) { return groups; }});
+        return scanner.scan(target, stop, progress);
+    }
+
+    /// "category reason value: what" of every trace that is neither the bundle nor its permissions.
+    std::vector<std::string> found() {
+        std::vector<std::string> lines;
+        for (const auto& trace : scan().traces) {
+            if (trace.category == TraceCategory::application || trace.category == TraceCategory::permissions)
+                continue;
+            auto what = trace.displayName;
+            if (what.starts_with(library)) what = "~" + what.substr(library.size());
+            lines.push_back(
+                fmt::format("{} {}: {}{}{}{}", name(trace.category), name(trace.reason.kind), what,
+                            trace.requiresRoot ? " root" : "",
+                            std::holds_alternative<action::BootoutAndMove>(trace.action) ? " job" : "",
+                            trace.contestedBy ? " contested by " + *trace.contestedBy : ""));
+        }
+        return lines;
+    }
+
+    void writeJob(const std::string& plist, const char* label, const char* program) {
+        volume.write(plist,
+                     writeXmlPropertyList(PropertyListDictionary{{"Label", label}, {"Program", program}}));
+    }
+
+    test::TemporaryVolume volume;
+    test::RecordingLog log;
+    Texts texts;
+    FakeReceipts receipts;
+    FakeKeychain keychain;
+    FakeExtensions extensions;
+    std::vector<InstalledIdentity> installed = {{Path(bundle), "com.corvella.marlin.notes", "Marlin Notes"}};
+    std::set<std::string> groups;
+    AppTarget target;
+};
+
+TEST_F(Scanner, LooksEverywhereInOrder) {
+    target.appGroups = {"ABCDE12345.suite"};
+    target.embeddedLaunchdItems = {{.label = "com.corvella.sync.daemon",
+                                    .plist = Path(),
+                                    .isSystemDomain = true,
+                                    .programPath = std::nullopt}};
+    volume.write(library + "Application Support/Marlin Notes/a.db", std::string(50'000, 'x'));
+    volume.makeFolder(library + "Group Containers/suite");
+    volume.write(library + "Preferences/com.corvella.marlin.notes.plist", "x");
+    volume.write(library + "Logs/DiagnosticReports/com.corvella.marlin.notes_2024-05-01_mac.crash", "x");
+    volume.write(library + "Logs/DiagnosticReports/Marlin Notes_2024-05-01_mac.crash", "x");
+    volume.write(library + "Logs/DiagnosticReports/_com.corvella.marlin.notes", "x");
+    volume.write(library + "Logs/DiagnosticReports/MarlinEngine_2024", "x");
+    volume.makeFolder(library + "Logs/DiagnosticReports/Marlin Notes_folder");
+    volume.makeFolder("/private/var/folders/ab/xyz123/T/com.corvella.marlin.notes");
+    writeJob("/Library/LaunchDaemons/com.corvella.sync.daemon.plist", "com.corvella.sync.daemon", "/bin/x");
+    writeJob("/Library/LaunchAgents/other.plist", "unrelated.label",
+             "/Library/x/com.corvella.marlin.notes/tool");
+    writeJob("/Library/LaunchAgents/third.plist", "unrelated.third", "/Library/third/tool");
+    volume.write("/Library/LaunchAgents/broken.plist", "com.corvella.marlin.notes");
+    volume.write("/Users/Shared/MarlinEngine", "x");
+    keychain.all = {{"Marlin Notes", 3, false}, {"com.corvella.marlin.notes", 1, true}, {"Other", 2, false}};
+    extensions.all = {{"T", "com.corvella.marlin.notes.filter", "Filter"},
+                      {"T", "com.other.filter", "Filter"}};
+
+    EXPECT_THAT(
+        found(),
+        ElementsAre(
+            "supportFiles nameToken: ~Application Support/Marlin Notes",
+            "containers appGroup: ~Group Containers/suite",
+            "preferences exactBundleID: ~Preferences/com.corvella.marlin.notes.plist",
+            "logs nameToken: ~Logs/DiagnosticReports/Marlin Notes_2024-05-01_mac.crash",
+            "logs exactBundleID: ~Logs/DiagnosticReports/com.corvella.marlin.notes_2024-05-01_mac.crash",
+            "caches exactBundleID: /private/var/folders/ab/xyz123/T/com.corvella.marlin.notes",
+            "launchItems exactBundleID: /Library/LaunchDaemons/com.corvella.sync.daemon.plist root job",
+            "launchItems exactBundleID: /Library/LaunchAgents/other.plist root job",
+            "supportFiles executableName: /Users/Shared/MarlinEngine",
+            "launchItems declaredTarget: com.corvella.sync.daemon root",
+            "keychain nameToken: Marlin Notes keychain.itemCount 3",
+            "keychain exactBundleID: com.corvella.marlin.notes keychain.systemSuffix root",
+            "systemExtensions exactBundleID: Filter"));
+
+    std::vector<std::string> phases;
+    const auto result = scan({}, [&](const std::string& phase) { phases.push_back(phase); });
+    EXPECT_EQ(phases.front(), "category.supportFiles");
+    EXPECT_THAT(std::vector(phases.end() - 4, phases.end()),
+                ElementsAre("category.receipts", "category.keychain", "category.systemExtensions",
+                            "category.permissions"));
+    ASSERT_GE(result.traces.size(), 3u);
+    EXPECT_EQ(result.traces[0].action, TraceAction(action::MovePath{Path(bundle)}));
+    EXPECT_EQ(result.traces[1].action, TraceAction(action::ResetPermissions{"com.corvella.marlin.notes"}));
+    EXPECT_EQ(result.traces[1].risk, TraceRisk::review);
+    EXPECT_GE(result.traces[2].sizeBytes.value_or(0), 50'000);
+    EXPECT_THAT(result.unreadableLocations, IsEmpty());
+}
+
+TEST_F(Scanner, KnowsContainersByTheirMetadata) {
+    const auto container = [&](const std::string& folder, const char* identifier) {
+        volume.write(library + folder + "/.com.apple.containermanagerd.metadata.plist",
+                     writeBinaryPropertyList(PropertyListDictionary{{"MCMMetadataIdentifier", identifier}}));
+    };
+    container("Containers/1B2C", "com.corvella.marlin.notes.widget");
+    container("Containers/com.corvella.marlin.notes", "com.other.app"); // says whose it is, whatever its name
+    container("Daemon Containers/3D4E", "com.corvella.marlin.notes");
+    volume.write(
+        library + "Containers/com.corvella.marlin.notes.share/.com.apple.containermanagerd.metadata.plist",
+        "?");
+    const PropertyListDictionary parameters = {{"application_container_id", "com.corvella.marlin.notes.old"}};
+    const PropertyListDictionary validation = {{"SandboxProfileDataValidationParametersKey", parameters}};
+    volume.write(
+        library + "Containers/5F/Container.plist",
+        writeXmlPropertyList(PropertyListDictionary{{"SandboxProfileDataValidationInfo", validation}}));
+    EXPECT_THAT(found(), ElementsAre("containers exactBundleID: ~Containers/1B2C",
+                                     "containers exactBundleID: ~Containers/5F",
+                                     "containers exactBundleID: ~Containers/com.corvella.marlin.notes.share",
+                                     "containers exactBundleID: ~Daemon Containers/3D4E"));
+}
+
+TEST_F(Scanner, LooksIntoVendorsFoldersAndSharedStores) {
+    installed.push_back(
+        {Path("/Applications/Corvella Studio.app"), "com.corvella.studio", "Corvella Studio"});
+    const std::string support = library + "Application Support/";
+    for (const auto* folder : {"Corvella/Marlin Notes", "Corvella/Other", "Corvella/deep/Marlin Notes",
+                               "Corvella Studio/Marlin Notes", "Corvella Studio/com.corvella.marlin.notes",
+                               "Corvella.bundle/Marlin Notes", "Caches/com.corvella.marlin.notes-updater",
+                               "FileProvider/com.corvella.marlin.notes", "CloudDocs/Marlin Notes",
+                               "com.apple.corvella/Marlin Notes", "Else/Marlin Notes"})
+        volume.makeFolder(support + folder);
+    volume.link(support + "corvella-link", "Corvella");
+    volume.makeFolder(library + "Caches/Corvella/Marlin Notes"); // not a location with vendors' folders
+    EXPECT_THAT(
+        found(),
+        ElementsAre(
+            "supportFiles nameToken: ~Application Support/Corvella/Marlin Notes",
+            "supportFiles nameToken: ~Application Support/Corvella Studio/Marlin Notes contested by "
+            "com.corvella.studio",
+            "supportFiles exactBundleID: ~Application Support/Corvella Studio/com.corvella.marlin.notes",
+            "supportFiles exactBundleID: ~Application Support/FileProvider/com.corvella.marlin.notes"));
+}
+
+TEST_F(Scanner, FoldsWhatReceiptsList) {
+    installed.push_back({Path("/Applications/Other.app"), "com.other.app", "Other"});
+    const std::string support = "/Library/Application Support/Corvella";
+    for (const auto& file :
+         {std::string("/usr/local/bin/marlin"), std::string("/Applications/Other.app/x"),
+          std::string("/Library/Widgets/Corvella.plugin/Contents/Info.plist"), support + "/shared.dat",
+          support + "/Marlin Notes/a", support + "/com.other.app/b", std::string("/usr/bin/marlin"),
+          std::string("/Users/alice/Documents/letter"), std::string("/opt/corvella/Marlin Notes/c")})
+        volume.write(file, "x");
+    writeJob("/opt/corvella/LaunchAgents/job.plist", "com.unrelated.job", "/x");
+    volume.link("/opt/way", "/Users/alice/Documents");
+    receipts.all = {
+        {"com.corvella.marlin.notes.pkg",
+         Path(),
+         {"Applications",
+          "Applications/Marlin Notes.app",
+          "Applications/Marlin Notes.app/Contents/Info.plist",
+          "Applications/Other.app",
+          "Applications/Other.app/x",
+          "usr/local/bin",
+          "usr/local/bin/marlin",
+          "usr/local/bin/gone",
+          "usr/bin/marlin",
+          "Library/Widgets",
+          "Library/Widgets/Corvella.plugin",
+          "Library/Widgets/Corvella.plugin/Contents",
+          "Library/Widgets/Corvella.plugin/Contents/Info.plist",
+          support.substr(1),
+          support.substr(1) + "/shared.dat",
+          support.substr(1) + "/Marlin Notes/a",
+          support.substr(1) + "/com.other.app/b",
+          "Users/alice/Documents/letter",
+          "opt/way/letter",
+          "",
+          "."}},
+        {"com.corvella.marlin.notes.tools",
+         Path("/opt/corvella"),
+         {"../../usr/local/bin/marlin", "Marlin Notes/c", "Marlin Notes", "LaunchAgents/job.plist"}},
+        {"Marlin Notes", Path("/opt"), {"corvella/Marlin Notes/c"}},
+    };
+    EXPECT_THAT(found(), ElementsAre("supportFiles nameToken: " + support + "/Marlin Notes root",
+                                     "receipts receipt: " + support
+                                         + "/com.other.app/b root contested by com.other.app",
+                                     "receipts receipt: " + support + "/shared.dat root",
+                                     "receipts receipt: /Library/Widgets/Corvella.plugin root",
+                                     "receipts receipt: /usr/local/bin/marlin root",
+                                     "launchItems receipt: /opt/corvella/LaunchAgents/job.plist root job",
+                                     "receipts receipt: /opt/corvella/Marlin Notes root"));
+}
+
+TEST_F(Scanner, CountsWhatIsInsideTheBundleAsItsOwn) {
+    test::writeBundle(volume, bundle + "/Contents/XPCServices/x.xpc", "com.corvella.engine.service", "x");
+    test::writeBundle(volume, bundle + "/Contents/PlugIns/y.appex", "com.other.app", "y");
+    target.loginItemBundleIDs = {"com.corvella.login.item"};
+    installed.push_back({Path("/Applications/Other.app"), "com.other.app", "Other"});
+    for (const auto* name : {"com.corvella.engine.service", "com.other.app", "com.corvella.login.item.x"})
+        volume.makeFolder(library + "Caches/" + name);
+    EXPECT_THAT(found(), ElementsAre("caches exactBundleID: ~Caches/com.corvella.engine.service",
+                                     "caches exactBundleID: ~Caches/com.corvella.login.item.x"));
+}
+
+TEST_F(Scanner, KnowsItsBundleFromACopyOfIt) {
+    volume.makeFolder(library + "Caches/com.corvella.marlin.notes");
+    volume.link("/Applications/Link.app", "Marlin Notes.app");
+    target.bundleURL = Path("/Applications/Link.app");
+    EXPECT_FALSE(scan().traces.at(2).contestedBy);
+
+    // The one in the Trash goes, the one that stays needs what both share.
+    const auto trashed = "/Users/alice/.Trash/Marlin Notes.app";
+    test::writeBundle(volume, trashed, "com.corvella.marlin.notes", "Marlin Notes");
+    target.bundleURL = Path(trashed);
+    const auto traces = scan().traces;
+    ASSERT_EQ(traces.size(), 2u); // no application trace
+    EXPECT_EQ(traces[0].category, TraceCategory::permissions);
+    EXPECT_EQ(traces[0].contestedBy, "com.corvella.marlin.notes");
+    EXPECT_EQ(traces[1].contestedBy, "com.corvella.marlin.notes");
+}
+
+TEST_F(Scanner, LeavesOutWhatMustNotMove) {
+    volume.makeFolder(library + "Caches/com.corvella.marlin.notes-\xff");
+    volume.makeFolder(library + "Caches/com.corvella.marlin.notes.\xff");
+    volume.link(library + "Caches/com.corvella.marlin.notes", "/etc");
+    volume.write("/private/etc/hosts", std::string(90'000, 'x'));
+    volume.write("/Users/alice/Documents/Marlin Notes/letter", "x");
+    volume.link(library + "HTTPStorages", "../Documents"); // a location that leads to the user's own
+    volume.link(library + "WebKit", "/../../../../../../../etc");
+    volume.link(library + "Cookies", "Cookies");
+    volume.write(library + "Services", "a file");
+    target.name = "CrashReporter"; // the name of a location
+    volume.makeFolder(library + "Application Support/CrashReporter");
+    EXPECT_THAT(found(), ElementsAre("caches exactBundleID: ~Caches/com.corvella.marlin.notes"));
+    EXPECT_LT(scan().traces.at(2).sizeBytes.value_or(-1), 90'000); // of the link, not of what it leads to
+    EXPECT_TRUE(log.contains("not valid UTF-8"));
+    EXPECT_THAT(scan().unreadableLocations, IsEmpty());
+}
+
+TEST_F(Scanner, NamesLocationsThatItCannotRead) {
+    volume.makeFolder(library + "Caches/com.corvella.marlin.notes");
+    volume.makeFolder(library + "Logs/com.corvella.marlin.notes");
+    test::giveToUnprivileged(volume.hostRoot());
+    std::filesystem::permissions(volume.host(library + "Caches"), std::filesystem::perms::none);
+    EXPECT_EQ(0, test::runUnprivileged([&] {
+                  const auto result = scan();
+                  EXPECT_THAT(result.unreadableLocations, ElementsAre(Path(library + "Caches")));
+                  EXPECT_TRUE(log.contains("Unreadable location /Users/alice/Library/Caches"));
+                  EXPECT_EQ(result.traces.size(), 3u);
+                  return testing::Test::HasFailure() ? 1 : 0;
+              }));
+}
+
+TEST_F(Scanner, StopsWhenAsked) {
+    for (const auto* folder : {"Containers", "Caches", "Logs"})
+        volume.makeFolder(library + folder + "/com.corvella.marlin.notes");
+    keychain.all = {{"com.corvella.marlin.notes", 1, false}};
+    StopSource stop;
+    const auto result = scan(stop.token(), [&](const std::string& phase) {
+        if (phase == "category.caches") stop.requestStop();
+    });
+    ASSERT_EQ(result.traces.size(), 3u); // the bundle, its permissions, the container
+    EXPECT_EQ(result.traces[2].category, TraceCategory::containers);
+}
+
+} // namespace
+} // namespace tidwen

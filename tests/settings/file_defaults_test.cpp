@@ -1,0 +1,132 @@
+#include "settings/file_defaults.h"
+
+#include "support/fixtures.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace tidwen {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::Optional;
+
+class FileDefaultsTest : public testing::Test {
+  protected:
+    FileDefaults open() { return FileDefaults(file_, log_); }
+    void put(const std::string& content) const {
+        fs::create_directories(file_.parent_path());
+        std::ofstream(file_, std::ios::binary) << content;
+    }
+    std::string content(const fs::path& file) const {
+        std::ifstream in(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+
+    test::TemporaryFolder folder_;
+    test::RecordingLog log_;
+    fs::path file_ = folder_.path() / "new" / "tidwen" / "settings.plist";
+};
+
+TEST_F(FileDefaultsTest, KeepsEveryValueAPropertyListCanHold) {
+    const PropertyListDictionary values{
+        {"text", "Größe <&> \U0001F5D1"},
+        {"control characters", std::string("a\x01\x1b\0z", 5)},
+        {"switch", true},
+        {"number", -7},
+        {"list", PropertyListArray{"com.example.a", PropertyListDictionary{{"tag", PropertyListArray{}}}}},
+    };
+    for (const auto& [key, value] : values)
+        EXPECT_TRUE(open().setValue(key, value)) << key;
+    for (const auto& [key, value] : values)
+        EXPECT_THAT(open().value(key), Optional(value)) << key;
+    EXPECT_TRUE(open().setValue("text", std::nullopt));
+    EXPECT_EQ(open().value("text"), std::nullopt);
+    EXPECT_THAT(open().value("switch"), Optional(PropertyListValue(true)));
+    EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0600));
+    EXPECT_EQ(fs::status(file_.parent_path()).permissions(), fs::perms(0700));
+}
+
+TEST_F(FileDefaultsTest, ReadingLeavesNoTrace) {
+    EXPECT_EQ(open().value("absent"), std::nullopt);
+    EXPECT_TRUE(fs::is_empty(folder_.path()));
+}
+
+TEST_F(FileDefaultsTest, TwoInstancesSeeAndKeepEachOthersValues) {
+    auto one = open(), other = open();
+    EXPECT_TRUE(one.setValue("a", 1));
+    EXPECT_TRUE(other.setValue("b", 2));
+    EXPECT_THAT(one.value("b"), Optional(PropertyListValue(2)));
+    EXPECT_TRUE(one.setValue("b", 3));
+    EXPECT_THAT(other.value("b"), Optional(PropertyListValue(3)));
+    EXPECT_THAT(open().value("a"), Optional(PropertyListValue(1)));
+}
+
+TEST_F(FileDefaultsTest, ProcessesAtOnceLoseNothing) {
+    constexpr int processes = 4, values = 25;
+    std::vector<pid_t> children;
+    for (int p = 0; p < processes; ++p) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            auto defaults = open();
+            bool isStored = true;
+            for (int v = 0; v < values; ++v)
+                isStored = defaults.setValue(std::to_string(p) + "." + std::to_string(v), v) && isStored;
+            ::_exit(isStored ? 0 : 1);
+        }
+        children.push_back(child);
+    }
+    for (const pid_t child : children) {
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+    const auto defaults = open();
+    for (int p = 0; p < processes; ++p)
+        for (int v = 0; v < values; ++v)
+            EXPECT_THAT(defaults.value(std::to_string(p) + "." + std::to_string(v)),
+                        Optional(PropertyListValue(v)));
+}
+
+TEST_F(FileDefaultsTest, DamagedFilesAreKeptUnderAnotherName) {
+    const std::string damages[] = {"garbage", "",
+                                   writeXmlPropertyList(PropertyListArray{"no", "dictionary"})};
+    for (const auto& damage : damages) {
+        put(damage);
+        auto defaults = open();
+        EXPECT_EQ(defaults.value("a"), std::nullopt);
+        EXPECT_TRUE(defaults.setValue("a", 1));
+        EXPECT_THAT(open().value("a"), Optional(PropertyListValue(1)));
+    }
+    const auto beside = [&](const char* ending) { return content(file_.string() + ending); };
+    EXPECT_EQ(beside(".damaged"), damages[0]);
+    EXPECT_EQ(beside(".damaged-2"), damages[1]);
+    EXPECT_EQ(beside(".damaged-3"), damages[2]);
+    EXPECT_TRUE(log_.contains("settings.plist.damaged-3"));
+}
+
+TEST_F(FileDefaultsTest, WhatCannotBeReadIsNotReplaced) {
+    fs::create_directories(file_); // a folder in the place of the file
+    auto defaults = open();
+    EXPECT_EQ(defaults.value("a"), std::nullopt);
+    EXPECT_FALSE(defaults.setValue("a", 1));
+    EXPECT_TRUE(fs::is_directory(file_));
+    fs::remove(file_);
+    ASSERT_EQ(::mkfifo(file_.c_str(), 0600), 0);
+    EXPECT_FALSE(defaults.setValue("a", 1)) << "and a pipe does not hold us up";
+}
+
+TEST_F(FileDefaultsTest, ALinkedFileIsReplacedWhereItLies) {
+    put(writeXmlPropertyList(PropertyListDictionary{{"a", 1}}));
+    const auto link = folder_.path() / "settings.plist";
+    fs::create_symlink(file_, link);
+    EXPECT_TRUE(FileDefaults(link, log_).setValue("b", 2));
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_THAT(open().value("b"), Optional(PropertyListValue(2)));
+}
+
+} // namespace
+} // namespace tidwen

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "base/log.h"
+#include "base/property_list.h"
+#include "platform/user_environment.h"
+#include "support/temporary_folder.h"
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace tidwen::test {
+
+/// Keeps every line, so that a test can ask what was logged.
+class RecordingLog : public Log {
+public:
+    void write(LogLevel level, std::string_view line) override;
+    std::vector<std::string> lines() const;
+    bool contains(std::string_view part) const;
+
+private:
+    mutable std::mutex mutex_;
+    std::vector<std::string> lines_;
+};
+
+/// "/Users/alice" with user 501 and her temporary folders.
+UserEnvironment alice();
+
+/// Writes an application bundle: Info.plist (XML) from `info` and an executable of a few bytes.
+void writeBundle(const TemporaryVolume& volume, std::string_view macPath, PropertyListDictionary info);
+
+/// A bundle with identifier and name alone.
+void writeBundle(const TemporaryVolume& volume, std::string_view macPath, std::string_view bundleID,
+                 std::string_view name);
+
+} // namespace tidwen::test

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "operations/privileged_runner.h"
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace tidwen::test {
+
+/// Keeps what it was asked to do. Every operation succeeds unless `answer` gives a reason.
+class RecordingRunner : public PrivilegedRunner {
+  public:
+    std::vector<OperationResult> run(const std::vector<RemovalOperation>& operations) override {
+        batches.push_back(operations);
+        std::vector<OperationResult> results;
+        for (const auto& each : operations) {
+            auto reason = answer ? answer(each) : std::nullopt;
+            results.push_back({each.id, !reason, std::move(reason)});
+        }
+        return results;
+    }
+
+    std::function<std::optional<Message>(const RemovalOperation&)> answer;
+    std::vector<std::vector<RemovalOperation>> batches;
+};
+
+} // namespace tidwen::test

@@ -1,0 +1,62 @@
+#include "support/temporary_folder.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+
+namespace tidwen::test {
+
+namespace fs = std::filesystem;
+
+TemporaryFolder::TemporaryFolder() {
+    std::string pattern = (fs::temp_directory_path() / "tidwen-test-XXXXXX").string();
+    if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
+    path_ = fs::canonical(pattern);
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    // Folders without write permission would keep their content.
+    for (auto it = fs::recursive_directory_iterator(path_, fs::directory_options::skip_permission_denied, ignored);
+         !ignored && it != fs::recursive_directory_iterator(); it.increment(ignored))
+        if (it->is_directory(ignored) && !it->is_symlink(ignored))
+            fs::permissions(it->path(), fs::perms::owner_all, fs::perm_options::add, ignored);
+    fs::remove_all(path_, ignored);
+}
+
+TemporaryVolume::TemporaryVolume() {
+    auto opened = VolumeFileSystem::open(folder_.path());
+    if (!opened) throw std::runtime_error("the temporary volume cannot be opened");
+    files_ = std::move(*opened);
+}
+
+fs::path TemporaryVolume::host(std::string_view macPath) const {
+    return folder_.path() / fs::path(macPath).relative_path();
+}
+
+void TemporaryVolume::write(std::string_view macPath, std::string_view content) const {
+    const auto file = host(macPath);
+    fs::create_directories(file.parent_path());
+    std::ofstream out(file, std::ios::binary);
+    out << content;
+    if (!out.flush()) throw std::runtime_error("cannot write " + file.string());
+}
+
+void TemporaryVolume::makeFolder(std::string_view macPath) const { fs::create_directories(host(macPath)); }
+
+void TemporaryVolume::link(std::string_view macPath, std::string_view target) const {
+    const auto place = host(macPath);
+    fs::create_directories(place.parent_path());
+    fs::create_symlink(fs::path(target), place);
+}
+
+bool TemporaryVolume::exists(std::string_view macPath) const {
+    return fs::symlink_status(host(macPath)).type() != fs::file_type::not_found;
+}
+
+std::string TemporaryVolume::read(std::string_view macPath) const {
+    std::ifstream in(host(macPath), std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+} // namespace tidwen::test

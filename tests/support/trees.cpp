@@ -1,0 +1,61 @@
+#include "support/trees.h"
+
+#include <algorithm>
+#include <array>
+#include <fmt/format.h>
+#include <fstream>
+#include <sstream>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+
+namespace tidwen::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* attribute = "user.com.example.tag";
+
+std::string describe(const fs::path& item, const std::string& shown, FolderTimes times) {
+    struct stat status {};
+    if (::lstat(item.c_str(), &status) != 0) return shown + " missing";
+    const bool isFolder = S_ISDIR(status.st_mode);
+    if (isFolder && times == FolderTimes::ignored) status.st_mtim = {};
+    std::string line =
+        fmt::format("{} {:o} {} {} {}.{} {} ", shown, status.st_mode, status.st_uid, status.st_gid,
+                    status.st_mtim.tv_sec, status.st_mtim.tv_nsec, isFolder ? 0 : status.st_nlink);
+    if (S_ISLNK(status.st_mode)) return line + fs::read_symlink(item).string();
+    if (S_ISREG(status.st_mode))
+        line += fmt::format("{} {}", status.st_size, std::hash<std::string>()(contentOf(item)));
+    std::array<char, 64> value{};
+    const auto length = ::getxattr(item.c_str(), attribute, value.data(), value.size());
+    return length < 0 ? line : line + " tag " + std::string(value.data(), static_cast<std::size_t>(length));
+}
+
+} // namespace
+
+std::vector<std::string> fingerprint(const fs::path& top, FolderTimes times) {
+    std::vector<std::string> lines{describe(top, "", times)};
+    if (fs::is_directory(fs::symlink_status(top)))
+        for (const auto& entry : fs::recursive_directory_iterator(top))
+            lines.push_back(describe(entry.path(), entry.path().lexically_relative(top).string(), times));
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
+bool tag(const fs::path& item) {
+    return ::setxattr(item.c_str(), attribute, "blue", 4, 0) == 0;
+}
+
+void writeFile(const fs::path& file, std::string_view content) {
+    fs::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << content;
+}
+
+std::string contentOf(const fs::path& file) {
+    std::ostringstream content;
+    content << std::ifstream(file, std::ios::binary).rdbuf();
+    return content.str();
+}
+
+} // namespace tidwen::test

@@ -1,0 +1,384 @@
+#pragma once
+
+#include "platform/file_system.h"
+#include "support/temporary_folder.h"
+#include "support/trees.h"
+#include "support/unprivileged.h"
+
+#include <algorithm>
+#include <fcntl.h>
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <ostream>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+/// What every implementation of `FileSystem` must hold. A test program includes this and instantiates
+/// `FileSystemContract` with its own; each test gets a fresh folder as the root.
+namespace tidwen {
+
+inline void PrintTo(FileFault fault, std::ostream* out) {
+    *out << failureKey(fault);
+}
+inline void PrintTo(const Path& path, std::ostream* out) {
+    *out << testing::PrintToString(path.string());
+}
+
+} // namespace tidwen
+
+namespace tidwen::test {
+
+struct FileSystemUnderTest {
+    std::string name;
+    std::function<std::unique_ptr<FileSystem>(const std::filesystem::path& root)> open;
+};
+
+class FileSystemContract : public testing::TestWithParam<FileSystemUnderTest> {
+  protected:
+    /// "volume" is the root; "outside", beside it, must never be reached.
+    FileSystemContract() {
+        std::filesystem::create_directory(root());
+        std::ofstream(folder.path() / "outside") << "outside";
+        files = GetParam().open(root());
+    }
+
+    std::filesystem::path root() const { return folder.path() / "volume"; }
+    std::filesystem::path host(const std::string& path) const { return root() / path.substr(1); }
+
+    void write(const std::string& path, std::string_view content = "content") const {
+        writeFile(host(path), content);
+    }
+    void makeFolder(const std::string& path) const { std::filesystem::create_directories(host(path)); }
+    void link(const std::string& path, const std::string& target) const {
+        std::filesystem::create_directories(host(path).parent_path());
+        std::filesystem::create_symlink(target, host(path));
+    }
+    std::string contentOf(const std::string& path) const { return test::contentOf(host(path)); }
+
+    TemporaryFolder folder;
+    std::unique_ptr<FileSystem> files;
+};
+
+TEST_P(FileSystemContract, DescribesItemsThemselves) {
+    write("/a/file", "12345");
+    link("/a/link", "file");
+    ::chmod(host("/a/file").c_str(), 04750);
+    ::chmod(host("/a").c_str(), 0751);
+    const timespec times[2] = {{.tv_sec = 1, .tv_nsec = 2},
+                               {.tv_sec = 1'600'000'000, .tv_nsec = 123'456'789}};
+    ::utimensat(AT_FDCWD, host("/a/file").c_str(), times, 0);
+
+    const auto file = files->info(Path("/a/file"));
+    ASSERT_TRUE(file);
+    EXPECT_EQ(file->kind, FileKind::regular);
+    EXPECT_EQ(file->size, 5u);
+    EXPECT_GE(file->allocatedBytes, 512u);
+    EXPECT_EQ(file->permissions, 04750u);
+    EXPECT_EQ(file->ownerID, ::geteuid());
+    EXPECT_EQ(file->modifiedNanoseconds, 1'600'000'000'123'456'789);
+    EXPECT_TRUE(file->addedNanoseconds.value_or(0) > file->modifiedNanoseconds);
+    EXPECT_FALSE(file->immutable);
+    EXPECT_EQ(files->info(Path("/a"))->permissions, 0751u);
+    EXPECT_EQ(files->info(Path("/a/link"))->kind, FileKind::symbolicLink);
+    EXPECT_EQ(files->infoFollowingLinks(Path("/a/link"))->inode, file->inode);
+    EXPECT_EQ(files->info(Path("/"))->kind, FileKind::directory);
+    EXPECT_EQ(outcome(files->info(Path("/a/none"))), "missing");
+    EXPECT_EQ(outcome(files->info(Path("/a/file/below"))), "notDirectory");
+}
+
+TEST_P(FileSystemContract, CarriesEveryNameAsItIs) {
+    const std::vector<std::string> names = {std::string(255, 'x'), "\xff\xfe not UTF-8", "line\nfeed", "-rf",
+                                            "e\xcc\x81",           "\xc3\xa9",           " "};
+    for (const auto& name : names)
+        write("/odd/" + name, name);
+    makeFolder("/away");
+    auto sorted = names;
+    std::sort(sorted.begin(), sorted.end());
+
+    const auto entries = files->list(Path("/odd"));
+    ASSERT_TRUE(entries);
+    ASSERT_EQ(entries->size(), names.size());
+    for (std::size_t i = 0; i < sorted.size(); ++i) {
+        const Path item = Path("/odd") / sorted[i], there = Path("/away") / sorted[i];
+        EXPECT_EQ((*entries)[i].name, sorted[i]);
+        EXPECT_EQ(files->read(item, 300).value_or("unreadable"), sorted[i]);
+        EXPECT_EQ(files->resolve(item).value_or(Path()), item);
+        EXPECT_EQ(outcome(files->replaceFile(item, "new", NewFileMode::likeExisting)), "ok");
+        EXPECT_EQ(outcome(files->move(item, there)), "ok");
+        EXPECT_EQ(outcome(files->removeFile(there)), "ok");
+    }
+    EXPECT_EQ(outcome(files->info(Path("/odd/" + std::string(256, 'x')))), "nameTooLong");
+    EXPECT_EQ(outcome(files->createDirectories(Path("/odd/" + std::string(256, 'x') + "/y"))), "nameTooLong");
+}
+
+TEST_P(FileSystemContract, LinksNeverLeadOutOfTheRoot) {
+    write("/Library/real", "inside");
+    write("/etc/passwd", "the volume's own");
+    makeFolder("/deep/er");
+    link("/deep/absolute", "/Library/real");
+    link("/deep/toFolder", "/Library");
+    link("/deep/up", "../../../../../../../../../../etc/passwd");
+    link("/deep/hostFile", "../../outside");
+    link("/deep/hostAbsolute", (folder.path() / "outside").string());
+    link("/deep/chain", "toFolder/../deep/./absolute");
+    link("/deep/fileAsFolder", "absolute/");
+    link("/deep/dangling", "nowhere");
+    link("/deep/loop", "loop");
+    link("/deep/ring1", "ring2");
+    link("/deep/ring2", "ring1");
+    link("/deep/root", "/");
+    const struct {
+        std::string path, read, resolved;
+    } cases[] = {
+        {"/deep/absolute", "inside", "/Library/real"},
+        {"/deep/toFolder/real", "inside", "/Library/real"},
+        {"/deep/up", "the volume's own", "/etc/passwd"},
+        {"/deep/hostFile", "missing", "missing"},
+        {"/deep/hostAbsolute", "missing", "missing"},
+        {"/../../outside", "missing", "missing"},
+        {"/deep/root/../outside", "missing", "missing"},
+        {"/deep/chain", "inside", "/Library/real"},
+        {"/deep/root/deep/../Library/./real", "inside", "/Library/real"},
+        {"/deep/root", "isDirectory", "/"},
+        {"/deep/fileAsFolder", "notDirectory", "notDirectory"},
+        {"/deep/absolute/below", "notDirectory", "notDirectory"},
+        {"/deep/dangling", "missing", "missing"},
+        {"/deep/dangling/below", "missing", "missing"},
+        {"/deep/loop", "throughLink", "throughLink"},
+        {"/deep/ring1/below", "throughLink", "throughLink"},
+        {std::string("/Library/real\0x", 15), "missing", "missing"},
+        {"Library/real", "missing", "missing"},
+    };
+    for (const auto& [path, read, resolved] : cases) {
+        SCOPED_TRACE(path);
+        const auto content = files->read(Path(path), 100);
+        EXPECT_EQ(content ? *content : outcome(content), read);
+        const auto real = files->resolve(Path(path));
+        EXPECT_EQ(real ? real->string() : outcome(real), resolved);
+        if (!real) {
+            EXPECT_EQ(outcome(files->infoFollowingLinks(Path(path))), resolved);
+        }
+    }
+    EXPECT_EQ(outcome(files->info(Path("/deep/loop"))), "ok");
+    EXPECT_EQ(files->list(Path("/deep/toFolder"))->size(), 1u);
+    EXPECT_EQ(files->resolveParent(Path("/deep/toFolder/dangling")).value_or(Path()),
+              Path("/Library/dangling"));
+    EXPECT_EQ(files->resolveParent(Path("/deep/toFolder/..")).value_or(Path("/wrong")), Path("/"));
+    EXPECT_TRUE(files->isDirectoryFollowingLinks(Path("/deep/toFolder")));
+    EXPECT_FALSE(files->isDirectoryFollowingLinks(Path("/deep/absolute")));
+}
+
+TEST_P(FileSystemContract, ChangesRefuseLinkedParentsAndSpareLinkedTargets) {
+    write("/real/file");
+    makeFolder("/real/empty");
+    link("/link", "real");
+    const auto before = fingerprint(root());
+    const std::string nul("/real/file\0x", 12);
+    const std::function<FileResult<void>(const Path&)> calls[] = {
+        [&](const Path& path) { return files->createDirectory(path); },
+        [&](const Path& path) { return files->createDirectories(path); },
+        [&](const Path& path) { return files->createDirectories(path / "below"); },
+        [&](const Path& path) { return files->move(path, Path("/moved")); },
+        [&](const Path& path) { return files->move(Path("/real/file"), path); },
+        [&](const Path& path) { return files->settleInterruptedMove(path, Path("/moved")); },
+        [&](const Path& path) { return files->replaceFile(path, "new", NewFileMode::likeExisting); },
+        [&](const Path& path) { return files->removeFile(path); },
+        [&](const Path& path) { return files->removeEmptyDirectory(path); },
+    };
+    for (const auto& call : calls) {
+        for (const std::string last : {"file", "empty", "new"}) {
+            EXPECT_EQ(outcome(call(Path("/link/" + last))), "throughLink") << last;
+            EXPECT_EQ(outcome(call(Path("/real/../real/" + last))), "throughLink") << last;
+        }
+        EXPECT_EQ(outcome(call(Path(nul))), "missing");
+        EXPECT_EQ(outcome(call(Path("real/file"))), "missing");
+    }
+    EXPECT_EQ(fingerprint(root()), before);
+    EXPECT_EQ(outcome(files->createDirectories(Path("/link"))), "exists");
+    EXPECT_EQ(outcome(files->removeEmptyDirectory(Path("/link"))), "notDirectory");
+    EXPECT_EQ(outcome(files->removeFile(Path("/link"))), "ok");
+    EXPECT_EQ(contentOf("/real/file"), "content");
+}
+
+TEST_P(FileSystemContract, ReadsPlainFilesWithinBounds) {
+    write("/file", "0123456789");
+    makeFolder("/folder");
+    ASSERT_EQ(::mkfifo(host("/pipe").c_str(), 0600), 0);
+    link("/linkToPipe", "pipe");
+    EXPECT_EQ(files->read(Path("/file"), 10).value_or("?"), "0123456789");
+    EXPECT_EQ(outcome(files->read(Path("/file"), 9)), "tooLarge");
+    EXPECT_EQ(outcome(files->read(Path("/folder"), 9)), "isDirectory");
+    EXPECT_EQ(outcome(files->read(Path("/linkToPipe"), 9)), "notRegular");
+    EXPECT_EQ(outcome(files->list(Path("/pipe"))), "notDirectory");
+    EXPECT_EQ(outcome(files->extendedAttribute(Path("/pipe"), "com.example.tag")), "missing");
+    EXPECT_EQ(files->readRange(Path("/file"), 7, 100).value_or("?"), "789");
+    EXPECT_EQ(files->readRange(Path("/file"), 2, 3).value_or("?"), "234");
+    EXPECT_EQ(files->readRange(Path("/file"), UINT64_MAX, 3).value_or("?"), "");
+    EXPECT_EQ(outcome(files->readRange(Path("/pipe"), 0, 3)), "notRegular");
+}
+
+TEST_P(FileSystemContract, MovesAndNeverReplaces) {
+    for (const std::string source : {"/from/file", "/from/folder", "/from/link"}) {
+        write("/from/file");
+        write("/from/folder/inner", "deep");
+        link("/from/link", "nowhere");
+        write("/to/file", "other");
+        makeFolder("/to/emptyFolder");
+        link("/to/dangling", "nowhere");
+        const auto before = fingerprint(root());
+        for (const std::string target : {"/to/file", "/to/emptyFolder", "/to/dangling"})
+            EXPECT_EQ(outcome(files->move(Path(source), Path(target))), "exists") << source << target;
+        EXPECT_EQ(outcome(files->move(Path(source), Path(source))), "exists");
+        EXPECT_EQ(outcome(files->move(Path(source), Path("/none/there"))), "missing");
+        EXPECT_EQ(outcome(files->move(Path(source), Path("/to/file/below"))), "notDirectory");
+        EXPECT_EQ(fingerprint(root()), before);
+        EXPECT_EQ(outcome(files->move(Path(source), Path("/to/new"))), "ok");
+        EXPECT_FALSE(files->exists(Path(source)));
+        EXPECT_EQ(fingerprint(root()).size(), before.size());
+        std::filesystem::remove_all(root());
+        std::filesystem::create_directory(root());
+        files = GetParam().open(root());
+    }
+    makeFolder("/folder/inner");
+    EXPECT_EQ(outcome(files->move(Path("/folder"), Path("/folder/inner/self"))), "notSupported");
+    EXPECT_EQ(outcome(files->move(Path("/gone"), Path("/folder/x"))), "missing");
+    EXPECT_EQ(outcome(files->move(Path("/"), Path("/folder/x"))), "denied");
+    EXPECT_TRUE(files->exists(Path("/folder/inner")));
+}
+
+TEST_P(FileSystemContract, ReplacesFilesAsAWhole) {
+    const Path file("/file");
+    write("/file", "old");
+    ::chmod(host("/file").c_str(), 0640);
+    const bool keepsAttributes = tag(host("/file"));
+    EXPECT_EQ(outcome(files->replaceFile(file, "new", NewFileMode::likeExisting)), "ok");
+    EXPECT_EQ(contentOf("/file"), "new");
+    EXPECT_EQ(files->info(file)->permissions, 0640u);
+    if (keepsAttributes) {
+        EXPECT_EQ(files->extendedAttribute(file, "com.example.tag").value_or("?"), "blue");
+    }
+    EXPECT_EQ(outcome(files->extendedAttribute(file, "com.example.other")), "missing");
+    EXPECT_EQ(outcome(files->replaceFile(file, "private", NewFileMode::privateToOwner)), "ok");
+    EXPECT_EQ(files->info(file)->permissions, 0600u);
+
+    write("/target", "untouched");
+    link("/link", "target");
+    EXPECT_EQ(outcome(files->replaceFile(Path("/link"), "itself", NewFileMode::likeExisting)), "ok");
+    EXPECT_EQ(contentOf("/target"), "untouched");
+    EXPECT_EQ(files->info(Path("/link"))->kind, FileKind::regular);
+    makeFolder("/folder");
+    EXPECT_EQ(outcome(files->replaceFile(Path("/folder"), "x", NewFileMode::likeExisting)), "isDirectory");
+
+    write("/.tidwen-new-file", "left by a crash");
+    EXPECT_EQ(outcome(files->replaceFile(file, "again", NewFileMode::likeExisting)), "ok");
+    EXPECT_FALSE(files->exists(Path("/.tidwen-new-file")));
+    write("/.tidwen-new-file", "being written");
+    const int other = ::open(host("/.tidwen-new-file").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(other, LOCK_EX), 0);
+    EXPECT_EQ(outcome(files->replaceFile(file, "never", NewFileMode::likeExisting)), "exists");
+    ::close(other);
+    EXPECT_EQ(contentOf("/file"), "again");
+    EXPECT_EQ(contentOf("/.tidwen-new-file"), "being written");
+}
+
+TEST_P(FileSystemContract, CreatesAndRemovesNoMoreThanAsked) {
+    write("/file");
+    EXPECT_EQ(outcome(files->createDirectory(Path("/a/b"))), "missing");
+    EXPECT_EQ(outcome(files->createDirectories(Path("/a/b/c"))), "ok");
+    EXPECT_EQ(outcome(files->createDirectories(Path("/a/b/c"))), "ok");
+    EXPECT_EQ(outcome(files->createDirectories(Path("/"))), "ok");
+    EXPECT_EQ(files->info(Path("/a/b"))->permissions, 0700u);
+    EXPECT_EQ(outcome(files->createDirectory(Path("/a/b"))), "exists");
+    EXPECT_EQ(outcome(files->createDirectories(Path("/file"))), "exists");
+    EXPECT_EQ(outcome(files->createDirectories(Path("/file/below"))), "notDirectory");
+    EXPECT_EQ(outcome(files->removeEmptyDirectory(Path("/a/b"))), "exists");
+    EXPECT_EQ(outcome(files->removeEmptyDirectory(Path("/a/b/c"))), "ok");
+    EXPECT_EQ(outcome(files->removeEmptyDirectory(Path("/file"))), "notDirectory");
+    EXPECT_EQ(outcome(files->removeFile(Path("/a/b"))), "isDirectory");
+    EXPECT_EQ(outcome(files->removeFile(Path("/file"))), "ok");
+    EXPECT_EQ(outcome(files->removeFile(Path("/file"))), "missing");
+    EXPECT_EQ(outcome(files->settleInterruptedMove(Path("/file"), Path("/a/file"))), "ok");
+}
+
+TEST_P(FileSystemContract, MeasuresTrees) {
+    write("/tree/a", std::string(10'000, 'a'));
+    write("/tree/sub/b", std::string(5'000, 'b'));
+    link("/tree/linkOut", "/big");
+    write("/big", std::string(1 << 20, 'x'));
+    std::filesystem::create_hard_link(host("/tree/a"), host("/tree/sub/sameAsA"));
+    std::uint64_t sum = 0;
+    for (const char* item : {"/tree", "/tree/a", "/tree/sub", "/tree/sub/b", "/tree/linkOut"})
+        sum += files->info(Path(item))->allocatedBytes;
+
+    const auto whole = files->treeSize(Path("/tree"), 5);
+    ASSERT_TRUE(whole);
+    EXPECT_EQ(whole->allocatedBytes, sum);
+    EXPECT_EQ(whole->entries, 5u);
+    EXPECT_FALSE(whole->capped);
+    const auto part = files->treeSize(Path("/tree"), 4);
+    EXPECT_TRUE(part->capped);
+    EXPECT_EQ(part->entries, 4u);
+    EXPECT_LE(part->allocatedBytes, sum);
+    EXPECT_EQ(files->treeSize(Path("/tree/a"), 1)->allocatedBytes,
+              files->info(Path("/tree/a"))->allocatedBytes);
+    EXPECT_LT(files->treeSize(Path("/tree/linkOut"), 1)->allocatedBytes, 1u << 20);
+    EXPECT_EQ(outcome(files->treeSize(Path("/none"), 1)), "missing");
+    StopSource stop;
+    stop.requestStop();
+    EXPECT_EQ(files->treeSize(Path("/tree"), 5, stop.token())->entries, 0u);
+}
+
+TEST_P(FileSystemContract, WalksDeepTreesWithFewDescriptors) {
+    constexpr std::uint64_t depth = 150;
+    std::string path = "/deep";
+    for (std::uint64_t i = 0; i < depth; ++i)
+        path += "/d";
+    makeFolder(path);
+    EXPECT_EQ(runInChild([&] {
+                  const rlimit few{.rlim_cur = 40, .rlim_max = 40};
+                  ::setrlimit(RLIMIT_NOFILE, &few);
+                  EXPECT_EQ(files->treeSize(Path("/deep"), 10 * depth)->entries, depth);
+                  EXPECT_EQ(files->resolve(Path(path)).value_or(Path()), Path(path));
+                  return 0;
+              }),
+              0);
+}
+
+TEST_P(FileSystemContract, TellsWhatTheKernelDenies) {
+    write("/closed/file");
+    write("/open/secret");
+    write("/open/shut/file");
+    makeFolder("/open/into");
+    giveToUnprivileged(folder.path());
+    ::chmod(host("/open/secret").c_str(), 0);
+    ::chmod(host("/open/shut").c_str(), 0);
+    ::chmod(host("/closed").c_str(), 0500);
+    EXPECT_EQ(runUnprivileged([&] {
+                  const auto mine = GetParam().open(root());
+                  EXPECT_EQ(outcome(mine->read(Path("/open/secret"), 9)), "denied");
+                  EXPECT_EQ(outcome(mine->list(Path("/open/shut"))), "denied");
+                  EXPECT_EQ(outcome(mine->info(Path("/open/shut/file"))), "denied");
+                  EXPECT_EQ(outcome(mine->move(Path("/closed/file"), Path("/open/into/x"))), "denied");
+                  EXPECT_EQ(outcome(mine->move(Path("/open/secret"), Path("/closed/x"))), "denied");
+                  EXPECT_EQ(outcome(mine->createDirectory(Path("/closed/new"))), "denied");
+                  EXPECT_EQ(outcome(mine->removeFile(Path("/closed/file"))), "denied");
+                  EXPECT_EQ(outcome(mine->replaceFile(Path("/closed/file"), "x", NewFileMode::likeExisting)),
+                            "denied");
+                  EXPECT_TRUE(mine->treeSize(Path("/open"), 99).has_value());
+                  EXPECT_TRUE(mine->isWritable(Path("/open")));
+                  EXPECT_TRUE(mine->isWritable(Path("/closed/file")));
+                  EXPECT_FALSE(mine->isWritable(Path("/closed")));
+                  EXPECT_FALSE(mine->isWritable(Path("/none")));
+                  EXPECT_EQ(outcome(mine->move(Path("/open/secret"), Path("/open/into/x"))), "ok");
+                  return 0;
+              }),
+              0);
+    EXPECT_EQ(contentOf("/closed/file"), "content");
+    ::chmod(host("/open/shut").c_str(), 0700);
+}
+
+} // namespace tidwen::test

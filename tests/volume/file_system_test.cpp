@@ -1,0 +1,172 @@
+#include "support/small_disk.h"
+#include "volume/file_system_contract.h"
+#include "volume/volume_file_system.h"
+
+#include <random>
+#ifdef __linux__
+#include <sys/syscall.h>
+#endif
+
+namespace tidwen::test {
+
+namespace {
+
+std::unique_ptr<FileSystem> openVolume(const std::filesystem::path& root,
+                                       VolumeFileSystem::Resolver resolver) {
+    auto opened = VolumeFileSystem::open(root, resolver);
+    if (!opened) throw std::runtime_error("cannot open the volume");
+    return std::move(*opened);
+}
+
+std::unique_ptr<FileSystem> walking(const std::filesystem::path& root) {
+    return openVolume(root, VolumeFileSystem::Resolver::walk);
+}
+
+std::vector<FileSystemUnderTest> implementations() {
+    std::vector<FileSystemUnderTest> all{{"walk", walking}};
+    const TemporaryFolder folder;
+    if (VolumeFileSystem::open(folder.path(), VolumeFileSystem::Resolver::kernel))
+        all.push_back({"kernel", [](const auto& root) {
+                           return openVolume(root, VolumeFileSystem::Resolver::kernel);
+                       }});
+    return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(Volume, FileSystemContract, testing::ValuesIn(implementations()),
+                         [](const auto& each) { return each.param.name; });
+
+TEST(VolumeFileSystem, OpensOnlyFolders) {
+    const TemporaryFolder folder;
+    std::ofstream(folder.path() / "file") << "x";
+    EXPECT_EQ(outcome(VolumeFileSystem::open(folder.path())), "ok");
+    EXPECT_EQ(outcome(VolumeFileSystem::open(folder.path() / "file")), "notDirectory");
+    EXPECT_EQ(outcome(VolumeFileSystem::open(folder.path() / "none")), "missing");
+}
+
+/// Two ways to one answer: random trees full of links, random paths through them.
+TEST(VolumeFileSystem, KernelAndWalkAgree) {
+    const TemporaryFolder folder;
+    if (!VolumeFileSystem::open(folder.path(), VolumeFileSystem::Resolver::kernel))
+        GTEST_SKIP() << "this kernel cannot resolve inside a root";
+    std::mt19937 random(20240229); // NOLINT(cert-msc51-cpp): the same trees in every run
+    const auto pick = [&](std::size_t count) { return random() % count; };
+    const auto text = [&](bool absolute) {
+        constexpr const char* words[] = {"a", "b", "c", "a/b", "b/c", "..", "../..", ".", "l", "m", "none"};
+        std::string path = absolute ? "/" : "";
+        for (std::size_t i = 0, count = 1 + pick(4); i < count; ++i)
+            path += std::string(i ? "/" : "") + words[pick(std::size(words))];
+        return path + (pick(8) ? "" : "/");
+    };
+    // As many links after each other as the kernel follows, and one more.
+    for (int i = 0; i < 45; ++i)
+        std::filesystem::create_symlink(std::to_string(i + 1), folder.path() / std::to_string(i));
+    writeFile(folder.path() / "45", "end of the chain");
+    const auto byKernel = openVolume(folder.path(), VolumeFileSystem::Resolver::kernel);
+    const auto byWalk = walking(folder.path());
+    for (const char* link : {"/0", "/4", "/5", "/6", "/44"})
+        EXPECT_EQ(outcome(byKernel->read(Path(link), 99)), outcome(byWalk->read(Path(link), 99))) << link;
+    for (int round = 0; round < 20; ++round) {
+        const auto root = folder.path() / ("tree" + std::to_string(round));
+        for (const char* place : {"a/b/c", "b/c", "c"})
+            std::filesystem::create_directories(root / place);
+        for (const char* place : {"", "a", "a/b", "b"}) {
+            std::error_code ignored;
+            for (const char* name : {"l", "m", "c"})
+                std::filesystem::create_symlink(text(pick(2)), root / place / name, ignored);
+            std::ofstream(root / place / "none2") << place;
+        }
+        const auto kernel = openVolume(root, VolumeFileSystem::Resolver::kernel), walk = walking(root);
+        for (int i = 0; i < 150; ++i) {
+            const Path path(text(true));
+            SCOPED_TRACE(path.string());
+            const auto a = kernel->info(path), b = walk->info(path);
+            EXPECT_EQ(outcome(a), outcome(b));
+            if (a && b) {
+                EXPECT_EQ(a->inode, b->inode);
+            }
+            const auto c = kernel->infoFollowingLinks(path), d = walk->infoFollowingLinks(path);
+            EXPECT_EQ(outcome(c), outcome(d));
+            if (c && d) {
+                EXPECT_EQ(c->inode, d->inode);
+            }
+            const auto real = walk->resolve(path);
+            EXPECT_EQ(outcome(real), outcome(c));
+            if (real && c) {
+                EXPECT_EQ(kernel->info(*real)->inode, c->inode);
+            }
+            EXPECT_EQ(outcome(kernel->list(path)), outcome(walk->list(path)));
+            EXPECT_EQ(outcome(kernel->removeFile(path / "x")), outcome(walk->removeFile(path / "x")));
+        }
+    }
+}
+
+#ifdef __linux__
+
+TEST(VolumeFileSystem, WalksWhereTheKernelsCallIsRefused) {
+    const TemporaryFolder folder;
+    for (const int error : {ENOSYS, EPERM})
+        EXPECT_EQ(runInChild([&] {
+                      if (!refuseSystemCall(SYS_openat2, error)) return 1;
+                      EXPECT_EQ(
+                          outcome(VolumeFileSystem::open(folder.path(), VolumeFileSystem::Resolver::kernel)),
+                          "notSupported");
+                      const auto opened = VolumeFileSystem::open(folder.path());
+                      return opened && (*opened)->resolver() == VolumeFileSystem::Resolver::walk ? 0 : 1;
+                  }),
+                  0);
+}
+
+/// What a disk gets whose format has no rename that refuses to replace, also one without hard links.
+TEST(VolumeFileSystem, NeverReplacesWhereTheExclusiveRenameIsRefused) {
+    for (const bool hardLinks : {true, false}) {
+        const TemporaryFolder folder;
+        const auto path = [&](const char* name) { return folder.path() / name; };
+        const auto files = walking(folder.path());
+        std::filesystem::create_directories(path("folder/inner"));
+        std::filesystem::create_directories(path("empty"));
+        std::filesystem::create_symlink("nowhere", path("link"));
+        std::ofstream(path("file")) << "content";
+        EXPECT_EQ(runInChild([&] {
+                      if (!refuseSystemCall(SYS_renameat2, EINVAL)) return 1;
+                      if (!hardLinks && !refuseSystemCall(SYS_linkat, EPERM)) return 1;
+                      for (const char* source : {"/file", "/folder", "/link"}) {
+                          for (const char* target : {"/file", "/empty", "/link"})
+                              EXPECT_EQ(outcome(files->move(Path(source), Path(target))), "exists");
+                          EXPECT_EQ(outcome(files->move(Path(source), Path("/none/x"))), "missing");
+                          const Path moved(std::string(source) + "2");
+                          EXPECT_EQ(outcome(files->move(Path(source), moved)), "ok");
+                          EXPECT_EQ(outcome(files->move(moved, Path(source))), "ok");
+                      }
+                      return 0;
+                  }),
+                  0);
+        EXPECT_TRUE(std::filesystem::is_directory(path("folder/inner")));
+        EXPECT_EQ(files->read(Path("/file"), 99).value_or("?"), "content");
+        EXPECT_EQ(files->list(Path("/"))->size(), 4u);
+    }
+}
+
+#endif
+
+TEST(VolumeFileSystem, AFullOrReadOnlyDiskKeepsTheOldContent) {
+    const auto skipped = withSmallDisk(256u << 10, [](const std::filesystem::path& disk) {
+        const auto files = openVolume(disk, VolumeFileSystem::Resolver::automatic);
+        const Path file("/journal");
+        ASSERT_EQ(outcome(files->replaceFile(file, "old", NewFileMode::privateToOwner)), "ok");
+        const std::string tooMuch(1u << 20, 'x');
+        EXPECT_EQ(outcome(files->replaceFile(file, tooMuch, NewFileMode::likeExisting)), "noSpace");
+        EXPECT_EQ(files->read(file, 9).value_or("?"), "old");
+        EXPECT_EQ(files->list(Path("/"))->size(), 1u);
+        ASSERT_TRUE(makeReadOnly(disk));
+        EXPECT_EQ(outcome(files->replaceFile(file, "new", NewFileMode::likeExisting)), "denied");
+        EXPECT_EQ(outcome(files->move(file, Path("/moved"))), "denied");
+        EXPECT_EQ(outcome(files->createDirectories(Path("/a/b"))), "denied");
+        EXPECT_FALSE(files->isWritable(Path("/")));
+        EXPECT_EQ(files->read(file, 9).value_or("?"), "old");
+    });
+    if (skipped) GTEST_SKIP() << *skipped;
+}
+
+} // namespace
+
+} // namespace tidwen::test

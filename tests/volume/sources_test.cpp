@@ -1,0 +1,125 @@
+#include "volume/volume_sources.h"
+
+#include "base/property_list.h"
+#include "cli/sample/bill_of_materials_writer.h"
+#include "cli/sample/mach_o_stub.h"
+#include "support/fixtures.h"
+
+#include <gmock/gmock.h>
+
+namespace tidwen {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+const std::string team = "ABCDE12345";
+const std::string group = "group.com.example.notes";
+
+TEST(FileCodeSignatures, ReadsTheExecutableAndElseTheFilesBesideIt) {
+    test::TemporaryVolume volume;
+    const auto stub =
+        writeMachOStub({.identifier = "com.example.notes", .teamID = team, .applicationGroups = {group}});
+    volume.write("/Applications/Notes.app/Contents/MacOS/Notes", stub);
+    volume.write("/Applications/Script.app/Contents/MacOS/Script", "#!/bin/sh\n");
+    const std::string seal = "/Applications/Script.app/Contents/_CodeSignature/";
+    volume.write(seal + "CodeDirectory", stub.substr(stub.find("\xfa\xde\x0c\x02")));
+    volume.write(seal + "CodeEntitlements", stub.substr(stub.find("\xfa\xde\x71\x71")));
+    volume.makeFolder("/Applications/Folder.app/Contents/MacOS/Folder");
+    volume.link("/Applications/Out.app/Contents/MacOS/Out", "../../../../../../../../../bin/sh");
+
+    const FileCodeSignatures signatures(volume.files());
+    const auto read = [&](const std::string& name) {
+        const Path bundle("/Applications/" + name + ".app");
+        return signatures.read(bundle, bundle / "Contents/MacOS" / name);
+    };
+    const CodeSignature expected{team, {group}};
+    EXPECT_EQ(read("Notes"), expected);
+    EXPECT_EQ(read("Script"), expected);
+    for (const char* name : {"Folder", "Out", "None"})
+        EXPECT_EQ(read(name), CodeSignature{}) << name;
+}
+
+TEST(VolumeReceipts, DamageCostsNoMoreThanWhatIsDamaged) {
+    test::TemporaryVolume volume;
+    const std::string folder = "/private/var/db/receipts/";
+    const auto bill = writeBillOfMaterials({{"Applications/Notes.app", true}});
+    const auto list = [](PropertyListValue location) {
+        return writeXmlPropertyList(PropertyListDictionary{{"InstallPrefixPath", std::move(location)}});
+    };
+    volume.write(folder + "cut.plist", list("Applications"));
+    volume.write(folder + "cut.bom", bill.substr(0, bill.size() / 2));
+    volume.write(folder + "no-bill.plist", list("Library/../Applications/./"));
+    volume.write(folder + "wrong-type.plist", list(7));
+    volume.write(folder + "wrong-type.bom", bill);
+    volume.write(folder + "zero-byte.plist", writeBinaryPropertyList(PropertyListDictionary{
+                                                 {"InstallPrefixPath", std::string("a\0b", 3)}}));
+    volume.write(folder + "garbage.plist", "garbage");
+    volume.write(folder + "array.plist", writeXmlPropertyList(PropertyListArray{}));
+    volume.write(folder + "lonely.bom", bill);
+    volume.write(folder + ".plist", list(""));
+    volume.write(folder + "caf\xe9.plist", list(""));
+    volume.makeFolder(folder + "folder.plist");
+
+    const VolumeReceipts receipts(volume.files());
+    EXPECT_THAT(receipts.packageIDs(),
+                ElementsAre("array", "cut", "garbage", "no-bill", "wrong-type", "zero-byte"));
+    EXPECT_EQ(receipts.read("cut"), (Receipt{"cut", Path("/Applications"), {}}));
+    EXPECT_EQ(receipts.read("no-bill"), (Receipt{"no-bill", Path("/Applications"), {}}));
+    EXPECT_EQ(receipts.read("wrong-type"),
+              (Receipt{"wrong-type", Path("/"), {"Applications", "Applications/Notes.app"}}));
+    for (const char* unusable : {"zero-byte", "garbage", "array", "lonely", "folder"})
+        EXPECT_EQ(receipts.read(unusable), std::nullopt) << unusable;
+}
+
+TEST(VolumeSystemExtensions, SkipsWhatHasTheWrongType) {
+    using Dictionary = PropertyListDictionary;
+    test::TemporaryVolume volume;
+    const VolumeSystemExtensions extensions(volume.files());
+    EXPECT_THAT(extensions.list(), IsEmpty());
+    const auto write = [&](PropertyListValue value) {
+        volume.write("/Library/SystemExtensions/db.plist", writeBinaryPropertyList(value));
+    };
+    write(PropertyListArray{"extensions"});
+    EXPECT_THAT(extensions.list(), IsEmpty());
+    write(Dictionary{{"extensions", Dictionary{{"identifier", "com.example.a"}}}});
+    EXPECT_THAT(extensions.list(), IsEmpty());
+    write(Dictionary{
+        {"extensions", PropertyListArray{
+                           "text",
+                           7,
+                           Dictionary{{"identifier", 7}, {"teamID", team}},
+                           Dictionary{{"identifier", ""}, {"teamID", team}},
+                           Dictionary{{"identifier", "com.example.noteam"}},
+                           Dictionary{{"identifier", "com.example.a"}, {"teamID", team}, {"container", 1}},
+                           Dictionary{{"identifier", "com.example.b"},
+                                      {"teamID", team},
+                                      {"container", Dictionary{{"bundlePath", PropertyListArray{}}}}},
+                       }}});
+    EXPECT_THAT(extensions.list(),
+                ElementsAre(SystemExtensionRecord{team, "com.example.a", "com.example.a"},
+                            SystemExtensionRecord{team, "com.example.b", "com.example.b"}));
+}
+
+TEST(VolumeLaunchd, NewOverridesStandAboveOldOnes) {
+    test::TemporaryVolume volume;
+    const auto user = test::alice();
+    const VolumeLaunchd launchd(volume.files(), user);
+    EXPECT_THAT(launchd.disabledOverrides(false), IsEmpty());
+    const auto old = [](bool isDisabled) { return PropertyListDictionary{{"Disabled", isDisabled}}; };
+    volume.write("/private/var/db/launchd.db/com.apple.launchd.peruser.501/overrides.plist",
+                 writeXmlPropertyList(PropertyListDictionary{{"com.example.old", old(true)},
+                                                             {"com.example.both", old(true)},
+                                                             {"com.example.odd", 7}}));
+    volume.write("/private/var/db/com.apple.xpc.launchd/disabled.501.plist",
+                 writeBinaryPropertyList(
+                     PropertyListDictionary{{"com.example.both", false}, {"com.example.text", "yes"}}));
+    volume.write("/private/var/db/com.apple.xpc.launchd/disabled.plist", "damaged");
+    EXPECT_THAT(launchd.disabledOverrides(false),
+                ElementsAre(Pair("com.example.both", false), Pair("com.example.old", true)));
+    EXPECT_THAT(launchd.disabledOverrides(true), IsEmpty());
+}
+
+} // namespace
+} // namespace tidwen
