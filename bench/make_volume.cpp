@@ -32,13 +32,13 @@ class VolumeWriter {
         for (int i = 0; i < 400; ++i)
             writeSystemsOwn(i);
         for (std::size_t i = 0; i < applications_; ++i) {
-            name_ = i == 0 ? "Marlin Studio" : words() + (i % 2 ? "" : " " + std::to_string(i));
+            static constexpr const char* known[] = {"Marlin Studio", "Marlin Suite", "Marlin Notes"};
+            name_ = i < 3 ? known[i] : words() + (i % 2 ? "" : " " + std::to_string(i));
             vendor_ = i % 3 == 0 ? word() : vendor_;
-            identifier_ =
-                i == 0 ? "com.corvella.marlin.studio" : "com." + vendor_ + "." + word() + std::to_string(i);
-            // A few applications hold most of the files, as on a real disk: the first one in fifty.
+            identifier_ = "com." + vendor_ + "." + word() + std::to_string(i);
+            // A few applications hold a good part of the files, as on a real disk.
             const auto share = files_ / applications_;
-            writeApplication(i, i == 0 ? share * 12 : i % 50 == 0 ? share * 6 : share * 7 / 8);
+            writeApplication(i, i == 0 ? share * 36 : i % 50 == 1 ? share * 6 : share * 3 / 4);
         }
     }
 
@@ -48,7 +48,7 @@ class VolumeWriter {
     void writeApplication(std::size_t number, std::size_t files) {
         const auto stop = written_ + files;
         const std::string bundle = "Applications/" + name_ + ".app/Contents/";
-        writeInfo(bundle, identifier_, name_);
+        writeInfo(bundle, identifier_, name_, number % 8 == 1);
         if (number % 4 == 0) {
             writeInfo(bundle + "PlugIns/Share.appex/Contents/", identifier_ + ".share", "Share");
             writeInfo(bundle + "XPCServices/Sync.xpc/Contents/", identifier_ + ".sync", "Sync");
@@ -71,7 +71,8 @@ class VolumeWriter {
         writeFiles(bundle + "Resources/", stop > written_ ? stop - written_ : 0);
     }
 
-    void writeInfo(const std::string& contents, const std::string& identifier, const std::string& name) {
+    void writeInfo(const std::string& contents, const std::string& identifier, const std::string& name,
+                   bool hasGroup = false) {
         writeRaw(contents + "Info.plist",
                  writeBinaryPropertyList(PropertyListDictionary{{"CFBundleIdentifier", identifier},
                                                                 {"CFBundleName", name},
@@ -80,7 +81,8 @@ class VolumeWriter {
         writeRaw(contents + "MacOS/" + name,
                  writeMachOStub({.identifier = identifier,
                                  .teamID = "ABCDE12345",
-                                 .applicationGroups = {"ABCDE12345." + identifier},
+                                 .applicationGroups = hasGroup ? std::vector{"ABCDE12345." + identifier}
+                                                               : std::vector<std::string>{},
                                  .padding = 20'000}));
     }
 

@@ -11,19 +11,19 @@ enum class LogLevel { debug, info, warning, error };
 /// Where log lines go: the unified log on a Mac, standard error in the terminal, a list in tests.
 /// May be called from any thread.
 class Log {
-public:
+  public:
     virtual ~Log() = default;
     virtual void write(LogLevel level, std::string_view line) = 0;
 
-    template <class... Args>
+    template<class... Args>
     void info(fmt::format_string<Args...> format, Args&&... args) {
         write(LogLevel::info, fmt::format(format, std::forward<Args>(args)...));
     }
-    template <class... Args>
+    template<class... Args>
     void warning(fmt::format_string<Args...> format, Args&&... args) {
         write(LogLevel::warning, fmt::format(format, std::forward<Args>(args)...));
     }
-    template <class... Args>
+    template<class... Args>
     void error(fmt::format_string<Args...> format, Args&&... args) {
         write(LogLevel::error, fmt::format(format, std::forward<Args>(args)...));
     }
@@ -31,11 +31,11 @@ public:
 
 /// Writes lines of at least `threshold` to standard error, control characters made visible.
 class StandardErrorLog : public Log {
-public:
+  public:
     explicit StandardErrorLog(LogLevel threshold) : threshold_(threshold) {}
     void write(LogLevel level, std::string_view line) override;
 
-private:
+  private:
     LogLevel threshold_;
 };
 

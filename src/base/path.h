@@ -12,7 +12,7 @@ namespace tidwen {
 /// The bytes are carried as they are: a name that is not valid UTF-8 stays what it was. Splitting follows
 /// Foundation: a trailing slash and doubled slashes do not count, ".hidden" has no extension.
 class Path {
-public:
+  public:
     Path() : text_("/") {}
     explicit Path(std::string text);
 
@@ -55,7 +55,7 @@ public:
     friend bool operator==(const Path&, const Path&) = default;
     friend auto operator<=>(const Path& a, const Path& b) { return a.text_ <=> b.text_; }
 
-private:
+  private:
     std::string text_;
 };
 

@@ -38,14 +38,17 @@ struct PropertyListUid {
 /// One value of a property list. The `as…` functions answer nothing when the value is of another type, so a
 /// reader of hostile files asks for the type it wants and needs no other check.
 class PropertyListValue {
-public:
-    using Storage = std::variant<bool, std::int64_t, std::uint64_t, double, std::string, PropertyListData,
-                                 PropertyListDate, PropertyListUid, PropertyListArray, PropertyListDictionary>;
+  public:
+    using Storage =
+        std::variant<bool, std::int64_t, std::uint64_t, double, std::string, PropertyListData,
+                     PropertyListDate, PropertyListUid, PropertyListArray, PropertyListDictionary>;
 
     PropertyListValue() : storage_(PropertyListDictionary{}) {}
-    template <class T>
-        requires(!std::is_same_v<std::remove_cvref_t<T>, PropertyListValue> && std::is_constructible_v<Storage, T>)
-    PropertyListValue(T&& value) : storage_(std::forward<T>(value)) {}
+    template<class T>
+    requires(
+        !std::is_same_v<std::remove_cvref_t<T>, PropertyListValue> && std::is_constructible_v<Storage, T>)
+        PropertyListValue(T&& value) // NOLINT(bugprone-forwarding-reference-overload): constrained above
+        : storage_(std::forward<T>(value)) {}
     PropertyListValue(const char* text) : storage_(std::string(text)) {}
     PropertyListValue(int number) : storage_(static_cast<std::int64_t>(number)) {}
 
@@ -53,7 +56,9 @@ public:
 
     const std::string* asString() const { return std::get_if<std::string>(&storage_); }
     const PropertyListArray* asArray() const { return std::get_if<PropertyListArray>(&storage_); }
-    const PropertyListDictionary* asDictionary() const { return std::get_if<PropertyListDictionary>(&storage_); }
+    const PropertyListDictionary* asDictionary() const {
+        return std::get_if<PropertyListDictionary>(&storage_);
+    }
     const PropertyListData* asData() const { return std::get_if<PropertyListData>(&storage_); }
     const PropertyListDate* asDate() const { return std::get_if<PropertyListDate>(&storage_); }
     std::optional<bool> asBool() const;
@@ -69,14 +74,14 @@ public:
 
     friend bool operator==(const PropertyListValue&, const PropertyListValue&) = default;
 
-private:
+  private:
     Storage storage_;
 };
 
 enum class PropertyListError {
-    tooLarge,     ///< more bytes, nodes or depth than the limits allow
+    tooLarge,      ///< more bytes, nodes or depth than the limits allow
     notRecognised, ///< neither the binary nor the XML form
-    malformed,    ///< cut off, offsets out of range, cycles, broken XML, wrong nesting
+    malformed,     ///< cut off, offsets out of range, cycles, broken XML, wrong nesting
 };
 
 /// What a reader gives up at. Shared objects of the binary form count every time they are reached, so a

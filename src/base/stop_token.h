@@ -8,22 +8,22 @@ namespace tidwen {
 /// Asks whether work should end early. A default-made token never does. (Apple's library of the oldest
 /// supported toolchain has no std::stop_token.)
 class StopToken {
-public:
+  public:
     StopToken() = default;
     bool stopRequested() const { return flag_ && flag_->load(std::memory_order_relaxed); }
 
-private:
+  private:
     friend class StopSource;
     explicit StopToken(std::shared_ptr<std::atomic<bool>> flag) : flag_(std::move(flag)) {}
     std::shared_ptr<std::atomic<bool>> flag_;
 };
 
 class StopSource {
-public:
+  public:
     StopToken token() const { return StopToken(flag_); }
     void requestStop() { flag_->store(true, std::memory_order_relaxed); }
 
-private:
+  private:
     std::shared_ptr<std::atomic<bool>> flag_ = std::make_shared<std::atomic<bool>>(false);
 };
 

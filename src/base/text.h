@@ -16,8 +16,8 @@ std::string composed(std::string_view text);
 /// Composed, lower-cased, and only its letters and numbers: "My-App 2" becomes "myapp2".
 std::string canonicalForm(std::string_view name);
 
-/// What a Mac's disks compare file names by: one normal form, letter case folded ("ß" is "ss"), the marks that
-/// they pass over (joiners, direction marks) left out. Names that some disk takes for one give one key.
+/// What a Mac's disks compare file names by: one normal form, letter case folded ("ß" is "ss"), the marks
+/// that they pass over (joiners, direction marks) left out. Names that some disk takes for one give one key.
 std::string fileNameKey(std::string_view name);
 
 /// Number of code points.

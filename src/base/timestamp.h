@@ -24,13 +24,13 @@ std::string displayDate(Timestamp moment);
 
 /// Where services take the time from, so that tests choose it.
 class Clock {
-public:
+  public:
     virtual ~Clock() = default;
     virtual Timestamp now() const = 0;
 };
 
 class SystemClock : public Clock {
-public:
+  public:
     Timestamp now() const override;
 };
 

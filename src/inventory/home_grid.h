@@ -29,11 +29,11 @@ struct HomeGridOptions {
     HomeGrouping grouping = HomeGrouping::lastUsed;
     HomeSort sort = HomeSort::automatic;
     UnusedThreshold threshold = UnusedThreshold::sixMonths;
-    std::string query; ///< looked for in name, identifier and tags
+    std::string query = {}; ///< looked for in name, identifier and tags
     bool showsBackgroundAgents = true;
     bool onlyUnused = false;
     bool onlyProtected = false;
-    std::optional<std::string> tag;
+    std::optional<std::string> tag = {};
 };
 
 /// One heading with its applications. Points into the list that it was made from.

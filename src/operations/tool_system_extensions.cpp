@@ -38,6 +38,7 @@ std::optional<SystemExtensionRecord> recordFromFields(std::string_view row) {
 /// first word with a point before "(version)", the team stands before it and the state is the last "[…]".
 std::optional<SystemExtensionRecord> recordFromWords(std::string_view row) {
     const auto state = row.rfind('[');
+    if (state == row.npos) return std::nullopt;
     const auto text = row.substr(0, state);
     for (auto bracket = text.find('('); bracket != text.npos; bracket = text.find('(', bracket + 1)) {
         const auto words = trimmed(text.substr(0, bracket));

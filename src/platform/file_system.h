@@ -51,7 +51,7 @@ enum class FileFault {
     tooLarge,    ///< more bytes than the caller allowed
     noSpace,
     nameTooLong,
-    busy,         ///< another process holds it
+    busy,         ///< another process holds it or is changing it
     notSupported, ///< the file system or disk cannot do it
     io,           ///< anything else
 };

@@ -7,23 +7,22 @@ namespace tidwen {
 
 namespace {
 
-struct Ancestry {
-    bool nested = false;
-    bool insideRootItem = false;
-};
+using Sources = std::map<Path, const ManifestEntry*>;
 
-/// Source → whether it needs an administrator.
-using Sources = std::map<Path, bool>;
+bool canBeRestored(const ManifestEntry& entry) {
+    return entry.kind == ManifestEntryKind::move && entry.destination;
+}
 
-Ancestry ancestry(const Path& source, const Sources& sources) {
-    Ancestry found;
+RestoreStep stepFor(const ManifestEntry& entry, const Sources& sources) {
+    RestoreStep step{.entry = &entry};
+    const Path source(entry.source);
     for (Path folder = source.parent(); !folder.isRoot() && folder.isAbsolute(); folder = folder.parent()) {
         const auto outer = sources.find(folder);
         if (outer == sources.end()) continue;
-        found.nested = true;
-        found.insideRootItem = found.insideRootItem || outer->second;
+        if (!step.outer) step.outer = outer->second;
+        if (outer->second->requiresRoot) step.afterBatch = !entry.requiresRoot;
     }
-    return found;
+    return step;
 }
 
 } // namespace
@@ -31,16 +30,14 @@ Ancestry ancestry(const Path& source, const Sources& sources) {
 std::vector<RestoreStep> restoreOrder(const std::vector<ManifestEntry>& entries) {
     Sources sources;
     for (const auto& entry : entries)
-        if (entry.kind == ManifestEntryKind::move && entry.destination)
-            sources[Path(entry.source)] |= entry.requiresRoot;
+        if (canBeRestored(entry)) sources.emplace(entry.source, &entry);
 
     std::vector<RestoreStep> outer;
     std::vector<RestoreStep> nested;
     for (const auto& entry : entries) {
-        if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
-        const auto place = ancestry(Path(entry.source), sources);
-        auto& list = place.nested ? nested : outer;
-        list.push_back({&entry, place.insideRootItem && !entry.requiresRoot});
+        if (!canBeRestored(entry)) continue;
+        const auto step = stepFor(entry, sources);
+        (step.outer ? nested : outer).push_back(step);
     }
     std::stable_sort(nested.begin(), nested.end(), [](const RestoreStep& a, const RestoreStep& b) {
         return Path(a.entry->source).components().size() < Path(b.entry->source).components().size();

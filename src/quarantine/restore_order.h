@@ -6,10 +6,11 @@
 
 namespace tidwen {
 
-/// One item to put back, and whether it has to wait for the administrator batch.
+/// One item to put back, and what it has to wait for. The pointers lead into the entries that were given.
 struct RestoreStep {
-    const ManifestEntry* entry = nullptr; ///< into the entries that were given
-    bool afterBatch = false;              ///< a user-level item inside one that the batch brings back
+    const ManifestEntry* entry = nullptr;
+    const ManifestEntry* outer = nullptr; ///< the nearest item that it lay in, if that was moved too
+    bool afterBatch = false; ///< a user-level item inside one that the administrator batch brings back
 };
 
 /// The moves that can be undone, in their order, except that an item which lay inside another one comes after

@@ -13,6 +13,7 @@ namespace tidwen {
 namespace {
 
 constexpr const char* notInQuarantineKey = "failure.notInQuarantine";
+constexpr const char* outerNotRestoredKey = "failure.outerNotRestored";
 constexpr int lastNumberTried = 999;
 
 /// Gives every operation of a batch its own number: results are told apart by it, and a manifest may hold one
@@ -64,11 +65,11 @@ class UndoRun {
     UndoReport run() {
         const auto order = restoreOrder(manifest_.entries);
         for (const auto& step : order)
-            if (!step.afterBatch) restore(*step.entry);
+            if (!step.afterBatch) restore(step);
         queueJobs(true);
         runQueued(ports_.privilegedRunner);
         for (const auto& step : order)
-            if (step.afterBatch) restore(*step.entry);
+            if (step.afterBatch) restore(step);
         queueJobs(false);
         runQueued(ports_.userRunner);
         removeEmptiedFolders();
@@ -81,7 +82,8 @@ class UndoRun {
         std::string path; ///< named in the line of a failure
     };
 
-    void restore(const ManifestEntry& entry) {
+    void restore(const RestoreStep& step) {
+        const ManifestEntry& entry = *step.entry;
         ++report_.totalCount;
         const Path from(*entry.destination);
         const Path source(entry.source);
@@ -89,6 +91,7 @@ class UndoRun {
         if (isMissing(from) && finishEarlierUndo(from, source)) return void(++report_.restoredCount);
         if (isMissing(from)) return fail(entry.source, {notInQuarantineKey});
 
+        if (mustWait(step)) return fail(entry.source, {outerNotRestoredKey});
         const operation::Move move{.source = from,
                                    .destination = restoreTarget(source, ports_.files, taken_)};
         taken_.insert(move.destination);
@@ -97,6 +100,13 @@ class UndoRun {
         if (const auto failure = screenedMove(move, ports_.files, policy_, ports_.log))
             return fail(entry.source, *failure);
         ++report_.restoredCount;
+    }
+
+    /// Put back before the folder it lay in, it would take that folder's place. Inside the batch the order of
+    /// the steps sees to that.
+    bool mustWait(const RestoreStep& step) const {
+        if (!step.outer || (step.outer->requiresRoot && step.entry->requiresRoot)) return false;
+        return !isMissing(Path(*step.outer->destination));
     }
 
     /// Other faults are left to the move: an administrator may see what we cannot.

@@ -40,8 +40,8 @@ class PathPolicy {
     /// A disk image or package that lies directly in the user's Downloads.
     bool isInstallerInDownloads(const Path& url) const;
 
-    /// The same rules under the other spelling of a home that is reached through a link; nothing when there is
-    /// no other.
+    /// The same rules under the other spelling of a home that is reached through a link; nothing when there
+    /// is no other.
     std::optional<PathPolicy> forResolvedHome(const FileSystem& files) const;
 
   private:

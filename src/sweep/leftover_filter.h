@@ -16,9 +16,9 @@ struct LeftoverFilter {
     enum class SizeFloor { any, mb1, mb10, mb100 };
     enum class Order { largest, name };
 
-    std::string query;                     ///< free text; blanks around it do not count
-    std::set<TraceRisk> risks = {};        ///< empty: all
-    std::optional<TraceCategory> category; ///< absent: all
+    std::string query = {};                     ///< free text; blanks around it do not count
+    std::set<TraceRisk> risks = {};             ///< empty: all
+    std::optional<TraceCategory> category = {}; ///< absent: all
     SizeFloor floor = SizeFloor::any;
     Order order = Order::largest;
 

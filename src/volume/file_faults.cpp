@@ -26,6 +26,8 @@ FileFault faultOf(int osCode) {
         return FileFault::noSpace;
     case ENAMETOOLONG:
         return FileFault::nameTooLong;
+    case EBUSY:
+        return FileFault::busy;
     case EINVAL: // a folder into itself, a name that the disk's format does not allow
     case EILSEQ:
     case EFBIG: // larger than the disk's format allows

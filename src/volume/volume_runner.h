@@ -8,16 +8,16 @@
 
 namespace tidwen {
 
-/// Carries out operations on a volume, user-level and root-level alike. Moves are moves, screened by the safety
-/// policy. No job is loaded there, nothing is registered and no preference is cached, so unloading, loading,
-/// unregistering and flushing succeed with nothing to do. A permission reset deletes the client's rows from
-/// the volume's privacy databases. A keychain deletion fails: it needs the running Mac.
+/// Carries out operations on a volume, user-level and root-level alike. Moves are moves, screened by the
+/// safety policy. No job is loaded there, nothing is registered and no preference is cached, so unloading,
+/// loading, unregistering and flushing succeed with nothing to do. A permission reset deletes the client's
+/// rows from the volume's privacy databases. A keychain deletion fails: it needs the running Mac.
 class VolumeRunner : public PrivilegedRunner {
-public:
+  public:
     VolumeRunner(FileSystem& files, UserEnvironment user, Log& log);
     std::vector<OperationResult> run(const std::vector<RemovalOperation>& operations) override;
 
-private:
+  private:
     FileSystem& files_;
     UserEnvironment user_;
     PathPolicy policy_;

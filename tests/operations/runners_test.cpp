@@ -84,8 +84,6 @@ TEST_F(RunnersTest, UserLevelStepsAskTheRightToolAndReadItsStatus) {
          "failure.tccutilFailed", "failure.tccutilUnavailable"},
         {operation::Bootout{"com.example.agent", false}, "/bin/launchctl bootout gui/501/com.example.agent",
          {0, 3, 113}, "failure.launchctlExit %lld", "failure.launchctlUnavailable"},
-        {operation::Bootout{"com.example.daemon", true}, "/bin/launchctl bootout system/com.example.daemon",
-         {0, 3, 113}, "failure.launchctlExit %lld", "failure.launchctlUnavailable"},
         {operation::Bootstrap{plist, false}, "/bin/launchctl bootstrap gui/501 " + plist.string(), {0, 17},
          "failure.launchctlExit %lld", "failure.launchctlUnavailable"},
         {operation::UnregisterApp{Path("/Applications/A.app")},

@@ -36,10 +36,6 @@ TEST(KeychainDump, CountsServicesByTheRuleOfPrintedValues) {
                                                  {"Caf\xC3\xA9 Sync", 1, true}, {"mail.example.com", 1, true},
                                                  {"back\\slash", 1, true},      {"com.example", 1, true}};
     EXPECT_EQ(parseKeychainDump(dump, true), expected);
-
-    RecordingTools tools;
-    tools.answer = [&](const auto&) -> RecordingTools::Answer { return ProcessResult{1, dump, ""}; };
-    EXPECT_TRUE(listSystemKeychain(tools).empty());
 }
 
 TEST(SystemExtensionList, ReadsTabsAndWhatIsLeftOfThem) {
@@ -66,10 +62,6 @@ TEST(SystemExtensionList, ReadsTabsAndWhatIsLeftOfThem) {
         {"FGHIJ12345", "com.example.camera", "A (nice) Camera"}};
     EXPECT_EQ(parseSystemExtensionList(output), expected);
     EXPECT_TRUE(parseSystemExtensionList("0 extension(s)\n").empty());
-
-    RecordingTools tools;
-    tools.answer = [](const auto&) { return RecordingTools::hanging(); };
-    EXPECT_TRUE(ToolSystemExtensions(tools).list().empty());
 }
 
 TEST(DisabledServices, ReadsBothWordPairsAndNoOtherList) {

@@ -98,8 +98,13 @@ TEST_F(Undo, ItemsThatLayInOneAnotherComeBackInOneAnother) {
     quarantined(1, vendor + "/Notes/cache");
     volume.write((root / "0002/Notes/data").string(), "");
     volume.write((root / "0003/Corvella/shared").string(), "");
-    EXPECT_EQ(undo({moveEntry(2, root, vendor + "/Notes"), moveEntry(3, root, vendor, true)}).restoredCount,
-              3);
+    const auto working =
+        std::exchange(administrator.answer, [](const auto&) { return Message{"failure.adminCancelled"}; });
+    EXPECT_THAT(undo({moveEntry(2, root, vendor + "/Notes"), moveEntry(3, root, vendor, true)}).failures,
+                ElementsAre(vendor + ": failure.adminCancelled", vendor + "/Notes: failure.outerNotRestored",
+                            vendor + "/Notes/cache: failure.outerNotRestored"));
+    administrator.answer = working;
+    EXPECT_EQ(undo().restoredCount, 3);
     for (const auto* item : {"/shared", "/Notes/data", "/Notes/cache"})
         EXPECT_TRUE(volume.exists(vendor + item)) << item;
     EXPECT_EQ(volume.files().list(Path(vendor).parent())->size(), 1u);

@@ -94,9 +94,11 @@ TEST_F(Audit, NoDatabaseIsNoProblem) {
 
 TEST_F(Audit, WhatCannotBeTrustedIsUnreadable) {
     const auto good = database(schema + row("Camera", "com.example.app", 2));
-    std::string manyServices = schema;
-    for (int i = 0; i < 1'100; ++i)
+    std::string manyServices = schema, manyTables = schema;
+    for (int i = 0; i < 3'000; ++i) {
         manyServices += row(fmt::format("s{}", i), "com.example.app", 2);
+        manyTables += fmt::format("CREATE TABLE t{} (x);", i);
+    }
     const std::pair<const char*, std::string> contents[] = {
         {"empty", ""},
         {"older schema",
@@ -107,6 +109,7 @@ TEST_F(Audit, WhatCannotBeTrustedIsUnreadable) {
         {"a virtual table",
          database("CREATE VIRTUAL TABLE access USING fts5(service, client, client_type, auth_value);")},
         {"more services than exist", database(manyServices)},
+        {"more tables than can be read in time", database(manyTables)},
     };
     volume.makeFolder(userFile);
     EXPECT_EQ(audit().unreadable, std::vector{Scope::user});

@@ -16,7 +16,8 @@ std::vector<std::string> RecordingLog::lines() const {
 
 bool RecordingLog::contains(std::string_view part) const {
     const auto all = lines();
-    return std::any_of(all.begin(), all.end(), [&](const auto& line) { return line.find(part) != line.npos; });
+    return std::any_of(all.begin(), all.end(),
+                       [&](const auto& line) { return line.find(part) != line.npos; });
 }
 
 UserEnvironment alice() {

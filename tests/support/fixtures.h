@@ -13,12 +13,12 @@ namespace tidwen::test {
 
 /// Keeps every line, so that a test can ask what was logged.
 class RecordingLog : public Log {
-public:
+  public:
     void write(LogLevel level, std::string_view line) override;
     std::vector<std::string> lines() const;
     bool contains(std::string_view part) const;
 
-private:
+  private:
     mutable std::mutex mutex_;
     std::vector<std::string> lines_;
 };

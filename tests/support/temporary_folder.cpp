@@ -17,7 +17,8 @@ TemporaryFolder::TemporaryFolder() {
 TemporaryFolder::~TemporaryFolder() {
     std::error_code ignored;
     // Folders without write permission would keep their content.
-    for (auto it = fs::recursive_directory_iterator(path_, fs::directory_options::skip_permission_denied, ignored);
+    for (auto it =
+             fs::recursive_directory_iterator(path_, fs::directory_options::skip_permission_denied, ignored);
          !ignored && it != fs::recursive_directory_iterator(); it.increment(ignored))
         if (it->is_directory(ignored) && !it->is_symlink(ignored))
             fs::permissions(it->path(), fs::perms::owner_all, fs::perm_options::add, ignored);
@@ -42,7 +43,9 @@ void TemporaryVolume::write(std::string_view macPath, std::string_view content) 
     if (!out.flush()) throw std::runtime_error("cannot write " + file.string());
 }
 
-void TemporaryVolume::makeFolder(std::string_view macPath) const { fs::create_directories(host(macPath)); }
+void TemporaryVolume::makeFolder(std::string_view macPath) const {
+    fs::create_directories(host(macPath));
+}
 
 void TemporaryVolume::link(std::string_view macPath, std::string_view target) const {
     const auto place = host(macPath);

@@ -11,7 +11,7 @@ namespace tidwen::test {
 
 /// A fresh folder of this machine that is removed, whatever its modes, when the test ends.
 class TemporaryFolder {
-public:
+  public:
     TemporaryFolder();
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder&) = delete;
@@ -19,13 +19,13 @@ public:
 
     const std::filesystem::path& path() const { return path_; }
 
-private:
+  private:
     std::filesystem::path path_;
 };
 
 /// A Mac volume in a temporary folder, with helpers that speak Mac paths ("/Library/Caches/x").
 class TemporaryVolume {
-public:
+  public:
     TemporaryVolume();
 
     const std::filesystem::path& hostRoot() const { return folder_.path(); }
@@ -41,7 +41,7 @@ public:
     bool exists(std::string_view macPath) const;
     std::string read(std::string_view macPath) const;
 
-private:
+  private:
     TemporaryFolder folder_;
     std::unique_ptr<VolumeFileSystem> files_;
 };

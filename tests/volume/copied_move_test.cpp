@@ -312,6 +312,7 @@ TEST(SettleInterruptedMove, RemovesOnlyWhatIsSafeElsewhere) {
             age(volume.host(places[i]), 7);
         }
         const auto files = openVolume(volume.hostRoot());
+        EXPECT_EQ(files->isSetAside(Path("/from/x")), !each.aside.empty());
         EXPECT_EQ(outcome(files->settleInterruptedMove(Path("/from/x"), Path("/to/x"))), each.result);
         for (std::size_t i = 0; i < 4; ++i) {
             std::string letters;

@@ -188,6 +188,8 @@ TEST_P(FileSystemContract, ChangesRefuseLinkedParentsAndSpareLinkedTargets) {
         [&](const Path& path) { return files->replaceFile(path, "new", NewFileMode::likeExisting); },
         [&](const Path& path) { return files->removeFile(path); },
         [&](const Path& path) { return files->removeEmptyDirectory(path); },
+        [&](const Path& path) { return files->removeTree(path); },
+        [&](const Path& path) { return files->lock(path).map([](const auto&) {}); },
     };
     for (const auto& call : calls) {
         for (const std::string last : {"file", "empty", "new"}) {
@@ -302,6 +304,43 @@ TEST_P(FileSystemContract, CreatesAndRemovesNoMoreThanAsked) {
     EXPECT_EQ(outcome(files->removeFile(Path("/file"))), "ok");
     EXPECT_EQ(outcome(files->removeFile(Path("/file"))), "missing");
     EXPECT_EQ(outcome(files->settleInterruptedMove(Path("/file"), Path("/a/file"))), "ok");
+}
+
+TEST_P(FileSystemContract, RemovesTreesAndNothingBeyond) {
+    write("/kept/file");
+    write("/tree/sealed/file");
+    link("/tree/linkOut", "/kept");
+    std::filesystem::create_hard_link(host("/kept/file"), host("/tree/same"));
+    ASSERT_EQ(::mkfifo(host("/tree/pipe").c_str(), 0600), 0);
+    ::chmod(host("/tree/sealed").c_str(), 0500);
+    link("/linkToKept", "kept");
+    giveToUnprivileged(folder.path());
+    EXPECT_EQ(runUnprivileged([&] {
+                  const auto mine = GetParam().open(root());
+                  EXPECT_EQ(outcome(mine->removeTree(Path("/tree"))), "ok");
+                  EXPECT_EQ(outcome(mine->removeTree(Path("/tree"))), "missing");
+                  EXPECT_EQ(outcome(mine->removeTree(Path("/linkToKept"))), "ok");
+                  EXPECT_EQ(outcome(mine->removeTree(Path("/"))), "denied");
+                  return 0;
+              }),
+              0);
+    EXPECT_EQ(files->list(Path("/"))->size(), 1u);
+    EXPECT_EQ(contentOf("/kept/file"), "content");
+}
+
+TEST_P(FileSystemContract, LocksBetweenProcesses) {
+    write("/target");
+    makeFolder("/folder");
+    link("/link", "target");
+    auto held = files->lock(Path("/lock"));
+    ASSERT_EQ(outcome(held), "ok");
+    EXPECT_EQ(runInChild([&] { return outcome(files->lock(Path("/lock"))) == "busy" ? 0 : 1; }), 0);
+    held->reset();
+    EXPECT_EQ(runInChild([&] { return outcome(files->lock(Path("/lock"))) == "ok" ? 0 : 1; }), 0);
+    EXPECT_EQ(outcome(files->lock(Path("/lock"))), "ok");
+    EXPECT_EQ(outcome(files->lock(Path("/link"))), "notRegular");
+    EXPECT_EQ(outcome(files->lock(Path("/folder"))), "isDirectory");
+    EXPECT_EQ(outcome(files->lock(Path("/none/lock"))), "missing");
 }
 
 TEST_P(FileSystemContract, MeasuresTrees) {

@@ -1,0 +1,78 @@
+#include "settings/app_preferences.h"
+#include "settings/app_tags.h"
+#include "support/memory_defaults.h"
+
+#include <gmock/gmock.h>
+
+namespace tidwen {
+namespace {
+
+using testing::ElementsAre;
+
+TEST(AppPreferences, TakesDefaultsForWhatIsAbsentOrOfAnotherType) {
+    test::MemoryDefaults defaults;
+    defaults.values = {{"tidwen.appearance", PropertyListValue(7)},
+                       {"tidwen.catchTrashedApps", PropertyListValue("yes please")},
+                       {"tidwen.homeSort", PropertyListValue("fromTheFuture")}};
+    const AppPreferences preferences(defaults);
+    EXPECT_EQ(preferences.language.get(), "system");
+    EXPECT_EQ(preferences.appearance.get(), "auto");
+    EXPECT_EQ(preferences.unusedThreshold.get(), "sixMonths");
+    EXPECT_EQ(preferences.quarantineRetention.get(), "never");
+    EXPECT_FALSE(preferences.catchTrashedApps.get());
+    // A value of a newer version is kept, and means the default here.
+    EXPECT_EQ(preferences.homeSort.get(), "fromTheFuture");
+    EXPECT_EQ(homeSort(preferences.homeSort.get()), HomeSort::automatic);
+}
+
+TEST(AppPreferences, WritesOnlyWhatChangesAndRefusesWhatIsNoValue) {
+    test::MemoryDefaults defaults;
+    AppPreferences preferences(defaults);
+    int published = 0;
+    const auto watching = preferences.quarantineRetention.observe([&](const std::string&) { ++published; });
+    EXPECT_TRUE(preferences.set("quarantineRetention", "never"));
+    EXPECT_EQ(defaults.writes, 0);
+    EXPECT_TRUE(preferences.set("quarantineRetention", "sevenDays"));
+    EXPECT_FALSE(preferences.set("quarantineRetention", "tomorrow"));
+    EXPECT_FALSE(preferences.set("noSuchSetting", "1"));
+    EXPECT_EQ(defaults.writes, 1);
+    EXPECT_EQ(published, 1);
+
+    defaults.values["tidwen.quarantineRetention"] = PropertyListValue("ninetyDays"); // another process
+    preferences.reload();
+    EXPECT_EQ(published, 2);
+    EXPECT_EQ(defaults.writes, 1) << "what was just read need not be written";
+    EXPECT_EQ(days(quarantineRetention(preferences.quarantineRetention.get())), 90);
+}
+
+TEST(AppTags, JoinsWhatPeopleCallTheSame) {
+    test::MemoryDefaults defaults;
+    AppTags tags(defaults);
+    EXPECT_TRUE(tags.add("com.example.a", " Work "));
+    EXPECT_TRUE(tags.add("com.example.b", "work"));
+    EXPECT_FALSE(tags.add("com.example.b", "WORK"));
+    EXPECT_FALSE(tags.add("com.example.b", "  "));
+    EXPECT_TRUE(tags.add("com.example.b", "Games"));
+    EXPECT_THAT(tags.all(), ElementsAre("Games", "Work"));
+    EXPECT_TRUE(tags.rename("games", "Work")); // joins the two
+    EXPECT_THAT(tags.tags("com.example.b"), ElementsAre("Work"));
+    EXPECT_TRUE(tags.rename("Work", "work"));
+    EXPECT_THAT(AppTags(defaults).all(), ElementsAre("work"));
+    EXPECT_TRUE(tags.erase("WORK"));
+    EXPECT_TRUE(defaults.values.empty());
+
+    defaults.isReadOnly = true;
+    EXPECT_FALSE(tags.add("com.example.a", "x"));
+    EXPECT_TRUE(tags.all().empty()) << "what could not be stored is not shown either";
+}
+
+TEST(AppTags, ReadsDamagedStoresAsFarAsTheyMakeSense) {
+    test::MemoryDefaults defaults;
+    defaults.values["tidwen.appTags"] =
+        PropertyListDictionary{{"com.example.a", PropertyListArray{"x", "X", "", std::string(100, 'y')}},
+                               {"com.example.b", "no list"}};
+    EXPECT_THAT(AppTags(defaults).all(), ElementsAre("x"));
+}
+
+} // namespace
+} // namespace tidwen

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/defaults.h"
+
+#include <map>
+
+namespace tidwen::test {
+
+/// Settings in memory, and a way to make storing fail.
+class MemoryDefaults : public Defaults {
+  public:
+    std::optional<PropertyListValue> value(const std::string& key) const override {
+        const auto found = values.find(key);
+        return found == values.end() ? std::nullopt : std::optional(found->second);
+    }
+    bool setValue(const std::string& key, const std::optional<PropertyListValue>& value) override {
+        if (isReadOnly) return false;
+        ++writes;
+        if (value)
+            values.insert_or_assign(key, *value);
+        else
+            values.erase(key);
+        return true;
+    }
+
+    std::map<std::string, PropertyListValue> values;
+    bool isReadOnly = false;
+    int writes = 0;
+};
+
+} // namespace tidwen::test

@@ -1,0 +1,190 @@
+#include "system/startup_items_model.h"
+
+#include "support/fixtures.h"
+#include "support/memory_defaults.h"
+
+#include <gmock/gmock.h>
+
+namespace tidwen {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using OwnerKind = StartupItem::Owner::Kind;
+
+InstalledApp app(const std::string& name, const std::string& bundleID) {
+    InstalledApp result;
+    result.url = Path("/Applications/" + name + ".app");
+    result.name = name;
+    result.bundleID = bundleID;
+    return result;
+}
+
+/// launchd in memory.
+class FakeLaunchd : public Launchd {
+  public:
+    std::map<std::string, bool> disabledOverrides(bool isSystemDomain) const override {
+        return isSystemDomain ? system : user;
+    }
+    tl::expected<void, LaunchdError> setEnabled(bool on, const std::string& label, const Path&,
+                                                bool isSystemDomain) override {
+        if (error) return tl::unexpected(*error);
+        (isSystemDomain ? system : user)[label] = !on;
+        return {};
+    }
+    std::map<std::string, bool> system, user;
+    std::optional<LaunchdError> error;
+};
+
+TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
+    const test::TemporaryVolume volume;
+    volume.write("/usr/local/bin/tool", "x");
+    const StartupItemScanner scanner(volume.files(), test::alice(),
+                                     [](const std::string& id) { return id == "com.known.product"; });
+    const std::vector<InstalledApp> apps = {app("Foo", "com.vendor.app"), app("Sync", "com.other.syncerpro"),
+                                            app("Helper", "com.y.helperapp")};
+    struct Case {
+        const char *label, *program; ///< nullptr: none
+        OwnerKind owner;
+        const char* detail;
+    };
+    const Case cases[] = {
+        {"com.apple.foo", "/Applications/Foo.app/x", OwnerKind::apple, ""},
+        {"anything", "/Applications/Foo.app/Contents/MacOS/x", OwnerKind::installed, "Foo"},
+        {"anything.else", "/Applications/Foo.application/x", OwnerKind::missing, ""},
+        {"com.vendor.app.helper", nullptr, OwnerKind::installed, "Foo"},
+        {"com.vendor.application", nullptr, OwnerKind::related, "Foo"},
+        {"com.known.product.agent", nullptr, OwnerKind::registered, "com.known.product"},
+        {"org.example.syncer", nullptr, OwnerKind::related, "Sync"},
+        {"com.x.helper", nullptr, OwnerKind::missing, ""}, // a word that many use
+        {"myjob", nullptr, OwnerKind::unknown, ""},
+        {"foo.bar", "/nowhere", OwnerKind::missing, ""},
+        {"foo.bar", "/usr/local/bin/tool", OwnerKind::program, "/usr/local/bin/tool"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.label);
+        const auto program = c.program ? std::optional<std::string>(c.program) : std::nullopt;
+        const auto owner = scanner.attributeOwner(c.label, program, apps);
+        EXPECT_EQ(owner.kind, c.owner);
+        const auto detail = !owner.name.empty()                   ? owner.name
+                            : owner.kind == OwnerKind::registered ? owner.bundleID
+                                                                  : owner.path;
+        EXPECT_EQ(detail, c.detail);
+    }
+}
+
+class StartupItems : public testing::Test {
+  protected:
+    void writeJob(const std::string& file, PropertyListDictionary job) {
+        volume.write(file, writeXmlPropertyList(std::move(job)));
+    }
+    /// Does everything that is queued on both sides.
+    void settle() {
+        while (background.drain() + main.drain() > 0) {
+        }
+    }
+    const StartupItem& item(const std::string& label) {
+        for (const auto& each : model.result.get().items)
+            if (each.label == label) return each;
+        throw std::runtime_error("no job " + label);
+    }
+
+    test::TemporaryVolume volume;
+    test::MemoryDefaults defaults;
+    test::RecordingLog log;
+    ProtectedApps protectedApps{defaults};
+    FakeLaunchd launchd;
+    Texts texts;
+    MainQueue main, background; // both stepped by hand
+    StartupItemScanner scanner{volume.files(), test::alice(), [](const std::string&) { return false; }};
+    std::vector<InstalledApp> apps = {app("Foo", "com.vendor.app")};
+    StartupItemsModel model{{volume.files(), launchd, scanner, protectedApps, texts, main, background, log},
+                            [this] { return apps; }};
+};
+
+TEST_F(StartupItems, ShowsOrphansFirstAndTakesLaunchdsWord) {
+    writeJob("/Users/alice/Library/LaunchAgents/a.plist",
+             {{"Label", "com.vendor.app.agent"}, {"Disabled", true}});
+    writeJob("/Users/alice/Library/LaunchAgents/z.plist", {{"Label", "zz.gone.thing"}});
+    writeJob("/Library/LaunchDaemons/d.plist", {{"Label", "com.vendor.app.daemon"}});
+    writeJob("/Applications/Foo.app/Contents/Library/LaunchAgents/e.plist",
+             {{"Label", "com.vendor.app.inner"}});
+    launchd.system = {{"com.vendor.app.daemon", true}};
+    model.load();
+    EXPECT_TRUE(model.isLoading.get());
+    settle();
+    EXPECT_FALSE(model.isLoading.get());
+    std::vector<std::string> labels;
+    for (const auto& each : model.result.get().items)
+        labels.push_back(each.label);
+    EXPECT_THAT(labels, ElementsAre("zz.gone.thing", "com.vendor.app.agent", "com.vendor.app.daemon",
+                                    "com.vendor.app.inner"));
+    EXPECT_THAT(model.result.get().unreadable, IsEmpty());
+    EXPECT_EQ(model.switchState(item("com.vendor.app.agent")), SwitchState::off) << "its own file says so";
+    EXPECT_EQ(model.switchState(item("com.vendor.app.daemon")), SwitchState::off);
+    EXPECT_EQ(model.switchState(item("com.vendor.app.inner")), SwitchState::systemSettings);
+    EXPECT_EQ(model.switchState(item("zz.gone.thing")), SwitchState::none);
+    launchd.user = {{"com.vendor.app.agent", false}};
+    model.refreshDisabled();
+    settle();
+    EXPECT_EQ(model.switchState(item("com.vendor.app.agent")), SwitchState::on);
+}
+
+TEST_F(StartupItems, SwitchesOneJobAtATimeAndIsSilentWhenThePromptIsDismissed) {
+    writeJob("/Library/LaunchDaemons/d.plist", {{"Label", "com.vendor.app.daemon"}});
+    model.load();
+    settle();
+    const auto job = item("com.vendor.app.daemon");
+    model.setEnabled(job, false);
+    EXPECT_EQ(model.switchState(job), SwitchState::switching);
+    model.setEnabled(job, true); // ignored: one is in flight
+    settle();
+    EXPECT_EQ(model.switchState(job), SwitchState::off);
+
+    launchd.error = LaunchdError{LaunchdError::Kind::authorizationCancelled, {}};
+    model.setEnabled(job, true);
+    settle();
+    EXPECT_EQ(model.switchState(job), SwitchState::off);
+    EXPECT_EQ(model.toggleError.get(), std::nullopt);
+
+    launchd.error = LaunchdError{LaunchdError::Kind::failed, {"startup.toggle.failed %@", {"no"}}};
+    model.setEnabled(job, true);
+    settle();
+    EXPECT_TRUE(model.toggleError.get().has_value());
+    EXPECT_THAT(model.switching.get(), IsEmpty());
+}
+
+TEST_F(StartupItems, SelectsOnlyWhatMayBeRemovedAndForgetsWhatIsGone) {
+    writeJob("/Users/alice/Library/LaunchAgents/z.plist", {{"Label", "zz.gone.thing"}});
+    writeJob("/Users/alice/Library/LaunchAgents/a.plist", {{"Label", "com.vendor.app.agent"}});
+    writeJob("/Library/LaunchAgents/m.plist", {{"Label", "com.apple.thing"}});
+    protectedApps.toggle("com.vendor.app");
+    model.load();
+    settle();
+    for (const auto& each : model.result.get().items)
+        model.toggleSelection(each);
+    ASSERT_EQ(model.selectedItems().size(), 1u);
+    EXPECT_EQ(model.selectedItems()[0].label, "zz.gone.thing");
+    model.toggleSelectAllOrphans();
+    EXPECT_THAT(model.selectedItems(), IsEmpty());
+    model.toggleSelectAllOrphans();
+    EXPECT_EQ(model.selectedItems().size(), 1u);
+    std::filesystem::remove(volume.host("/Users/alice/Library/LaunchAgents/z.plist"));
+    model.load();
+    settle();
+    EXPECT_THAT(model.selection.get(), IsEmpty());
+}
+
+TEST_F(StartupItems, MayEndWhileWorkIsOnItsWay) {
+    {
+        StartupItemsModel short_(
+            {volume.files(), launchd, scanner, protectedApps, texts, main, background, log},
+            [] { return std::vector<InstalledApp>(); });
+        short_.load();
+        background.drain();
+    }
+    settle();
+}
+
+} // namespace
+} // namespace tidwen

@@ -1,0 +1,183 @@
+#include "system/trash_catcher.h"
+
+#include "support/fixtures.h"
+#include "support/memory_defaults.h"
+#include "volume/volume_folder_events.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <gmock/gmock.h>
+
+namespace tidwen {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// Events that the test fires.
+class HandFiredEvents : public FolderEvents {
+  public:
+    std::unique_ptr<Watch> watch(const Path&, std::function<void()> changed) override {
+        if (isImpossible) return nullptr;
+        fire = std::move(changed);
+        return std::make_unique<Watch>();
+    }
+    std::function<void()> fire;
+    bool isImpossible = false;
+};
+
+class FakeNotifications : public Notifications {
+  public:
+    NotificationState state() const override { return settled; }
+    void requestAuthorization(std::function<void(NotificationState)> answered) override {
+        ask = std::move(answered);
+    }
+    bool post(const UserNotification& notification) override {
+        posted.push_back(notification);
+        return true;
+    }
+    void onResponse(Response response) override { respond = std::move(response); }
+
+    NotificationState settled = NotificationState::allowed;
+    std::function<void(NotificationState)> ask;
+    std::vector<UserNotification> posted;
+    Response respond;
+};
+
+class FakeLoginItem : public LoginItem {
+  public:
+    bool isEnabled() const override { return enabled; }
+    bool setEnabled(bool on) override {
+        enabled = on;
+        return true;
+    }
+    bool enabled = false;
+};
+
+class FixedClock : public Clock {
+  public:
+    Timestamp now() const override { return time; }
+    Timestamp time{};
+};
+
+class Catcher : public testing::Test {
+  protected:
+    void trash(const std::string& name, const std::string& bundleID) {
+        test::writeBundle(volume, "/Users/alice/.Trash/" + name + ".app", bundleID, name);
+    }
+    void fire() {
+        events.fire();
+        queue.drain();
+        main.drain();
+    }
+    std::vector<std::string> titles() {
+        std::vector<std::string> result;
+        for (const auto& each : notifications.posted)
+            result.push_back(each.userInfo.at("bundleID"));
+        notifications.posted.clear();
+        return result;
+    }
+
+    test::TemporaryVolume volume;
+    test::MemoryDefaults defaults;
+    test::RecordingLog log;
+    HandFiredEvents events;
+    FakeNotifications notifications;
+    FakeLoginItem loginItem;
+    FixedClock clock;
+    Texts texts;
+    MainQueue main, queue; // both stepped by hand
+    AppPreferences preferences{defaults};
+    TrashCatcher catcher{{volume.files(), events, notifications, loginItem, texts, clock, main, queue, log},
+                         preferences,
+                         Path("/Users/alice/.Trash")};
+};
+
+TEST_F(Catcher, TellsOfEachNewApplicationOnce) {
+    trash("Old", "com.example.old");
+    catcher.install();
+    EXPECT_FALSE(catcher.isWatching());
+    preferences.catchTrashedApps.set(true);
+    EXPECT_TRUE(catcher.isWatching());
+    EXPECT_TRUE(loginItem.enabled);
+
+    trash("A", "com.example.a");
+    trash("B", "com.example.b");
+    trash("Apple", "com.APPLE.thing");
+    trash("Own", "com.corvella.tidwen");
+    fire();
+    EXPECT_THAT(titles(), ElementsAre("com.example.a", "com.example.b"));
+    fire();
+    EXPECT_THAT(titles(), IsEmpty());
+
+    std::filesystem::remove_all(volume.host("/Users/alice/.Trash/A.app")); // put back, and thrown away again
+    fire();
+    trash("A", "com.example.a");
+    fire();
+    EXPECT_THAT(titles(), ElementsAre("com.example.a"));
+
+    trash("C", "com.example.c");
+    events.fire();
+    queue.drain();
+    preferences.catchTrashedApps.set(false); // while the find is on its way
+    main.drain();
+    EXPECT_THAT(titles(), IsEmpty());
+    EXPECT_FALSE(loginItem.enabled);
+}
+
+TEST_F(Catcher, PostsNothingWithoutPermissionAndHandsTheAnswerOver) {
+    notifications.settled = NotificationState::notAsked;
+    preferences.catchTrashedApps.set(true);
+    catcher.install();
+    trash("A", "com.example.a");
+    fire();
+    EXPECT_THAT(titles(), IsEmpty());
+    EXPECT_TRUE(log.contains("notifications not allowed"));
+
+    catcher.permission().request();
+    EXPECT_EQ(catcher.permission().state.get(), NotificationState::asking);
+    notifications.ask(NotificationState::allowed);
+    main.drain();
+    EXPECT_EQ(catcher.permission().state.get(), NotificationState::allowed);
+
+    int presented = 0;
+    catcher.presentMainWindow = [&] { ++presented; };
+    notifications.respond("dismissed", {{"path", "/x"}});
+    notifications.respond(cleanUpAction, {{"bundleID", "com.example.a"}});
+    notifications.respond(cleanUpAction, {{"path", "/Users/alice/.Trash/A.app"}});
+    main.drain();
+    EXPECT_EQ(presented, 1);
+    EXPECT_EQ(catcher.takePendingCleanUp()->path, "/Users/alice/.Trash/A.app");
+    EXPECT_FALSE(catcher.takePendingCleanUp().has_value());
+}
+
+TEST_F(Catcher, FallsBackToDatesWhenTheTrashCouldNotBeListed) {
+    clock.time = Timestamp(std::chrono::seconds(1)); // everything came later than that
+    preferences.catchTrashedApps.set(true);
+    catcher.install(); // there is no Trash yet
+    trash("A", "com.example.a");
+    fire();
+    EXPECT_THAT(titles(), ElementsAre("com.example.a"));
+}
+
+TEST(VolumeFolderEvents, TellOfWhatArrives) {
+    const test::TemporaryVolume volume;
+    volume.makeFolder("/Users/alice/.Trash");
+    VolumeFolderEvents events(volume.hostRoot());
+    std::mutex mutex;
+    std::condition_variable told;
+    int count = 0;
+    const auto watch = events.watch(Path("/Users/alice/.Trash"), [&] {
+        const std::lock_guard lock(mutex);
+        ++count;
+        told.notify_all();
+    });
+    if (!watch) GTEST_SKIP() << "this machine watches no folders";
+    volume.write("/Users/alice/.Trash/x", "1");
+    std::unique_lock lock(mutex);
+    EXPECT_TRUE(told.wait_for(lock, std::chrono::seconds(20), [&] { return count > 0; }));
+    EXPECT_EQ(events.watch(Path("/Users/nobody"), [] {}), nullptr);
+}
+
+} // namespace
+} // namespace tidwen
