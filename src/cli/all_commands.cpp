@@ -20,13 +20,14 @@ Command tagsCommand();
 Command settingsCommand();
 Command watchCommand();
 Command requestsCommand();
+Command completionsCommand();
 
 std::vector<Command> allCommands() {
     return {
-        sampleCommand(),     appsCommand(),    scanCommand(),        removeCommand(),  resetCommand(),
-        historyCommand(),    undoCommand(),    recoverCommand(),     purgeCommand(),   orphansCommand(),
-        installersCommand(), startupCommand(), permissionsCommand(), protectCommand(), tagsCommand(),
-        settingsCommand(),   watchCommand(),   requestsCommand(),
+        sampleCommand(),     appsCommand(),    scanCommand(),        removeCommand(),      resetCommand(),
+        historyCommand(),    undoCommand(),    recoverCommand(),     purgeCommand(),       orphansCommand(),
+        installersCommand(), startupCommand(), permissionsCommand(), protectCommand(),     tagsCommand(),
+        settingsCommand(),   watchCommand(),   requestsCommand(),    completionsCommand(),
     };
 }
 

@@ -14,7 +14,7 @@ namespace tidwen {
 /// An option that one command has beside the global ones.
 struct OptionSyntax {
     std::string_view name;      ///< "--risk"
-    std::string_view valueName; ///< "TIERS"; empty: the option is a flag
+    std::string_view valueName; ///< "TIERS", or all values as "name|size"; empty: the option is a flag
     std::string_view help;
 };
 
@@ -27,6 +27,8 @@ struct CommandSyntax {
     std::size_t minimumOperands = 0;
     std::size_t maximumOperands = 0;
     std::vector<OptionSyntax> options = {};
+    std::vector<std::string_view> actions =
+        {}; ///< the words that the first operand may be, when they are fixed
 };
 
 inline constexpr std::size_t anyNumber = 1'000'000;

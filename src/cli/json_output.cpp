@@ -75,6 +75,7 @@ std::string document(const RemovalReport& report, const Texts& texts) {
         {"results", array(report.results, [&](const OperationResult& r) { return object(r, texts); })}};
     if (report.verification) result["verification"] = object(*report.verification);
     put(result, "reclaimedBytes", report.reclaimedBytes);
+    if (report.manifestFailure) result["manifestFailure"] = texts.text(*report.manifestFailure);
     return writeJson(result);
 }
 

@@ -8,8 +8,8 @@
 
 namespace tidwen {
 
-/// Starts a command at login by an entry in the autostart folder of a Linux desktop (XDG Autostart
-/// Specification of freedesktop.org).
+/// Starts a command at login by an entry in the autostart folder of a Linux desktop (XDG
+/// Autostart, as freedesktop.org describes it).
 class XdgAutostart : public LoginItem {
   public:
     /// `command`: the program by absolute path, and its arguments.

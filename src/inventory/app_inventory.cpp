@@ -51,8 +51,8 @@ class InOrder {
 /// Label and program of every job outside the bundles.
 std::vector<std::pair<std::string, std::string>> AppInventory::launchJobs() const {
     std::vector<std::pair<std::string, std::string>> jobs;
-    for (const auto& folder :
-         {user_.library() / "LaunchAgents", Path("/Library/LaunchAgents"), Path("/Library/LaunchDaemons")})
+    for (const auto& folder : {user_.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
+                               Path("/Library/LaunchDaemons")})
         for (const auto& item : listLaunchItems(ports_.files, folder, false))
             jobs.emplace_back(lowercased(item.label), item.programPath.value_or(""));
     return jobs;

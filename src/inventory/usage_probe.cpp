@@ -18,7 +18,7 @@ std::optional<Timestamp> modified(const FileSystem& files, const Path& path) {
 
 /// Where applications write while they are used. A folder's own date changes with its entries.
 std::vector<Path> dataPlaces(const UserEnvironment& user, const InstalledApp& app) {
-    const Path library = user.library();
+    const Path library = user.libraryFolder();
     const std::string& id = app.bundleID;
     return {library / "Preferences" / (id + ".plist"),
             library / "Saved Application State" / (id + ".savedState"),

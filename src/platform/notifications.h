@@ -10,13 +10,13 @@ namespace tidwen {
 enum class NotificationState { notAsked, asking, allowed, denied, unavailable };
 
 struct UserNotification {
-    std::string identifier; ///< a second one with the same identifier replaces the first
-    std::string title;
-    std::string body;
-    std::string category;
-    std::string actionIdentifier; ///< of the one button; empty for none
-    std::string actionTitle;
-    std::map<std::string, std::string> userInfo; ///< comes back with the answer
+    std::string identifier = {}; ///< a second one with the same identifier replaces the first
+    std::string title = {};
+    std::string body = {};
+    std::string category = {};
+    std::string actionIdentifier = {}; ///< of the one button; empty for none
+    std::string actionTitle = {};
+    std::map<std::string, std::string> userInfo = {}; ///< comes back with the answer
 };
 
 /// The desktop's notification service.

@@ -14,7 +14,7 @@ struct UserEnvironment {
     std::optional<Path> cacheFolder;     ///< "/private/var/folders/zz/…/C", when known
     std::optional<Path> temporaryFolder; ///< "/private/var/folders/zz/…/T", when known
 
-    Path library() const { return home / "Library"; }
+    Path libraryFolder() const { return home / "Library"; }
     Path trash() const { return home / ".Trash"; }
 };
 

@@ -15,7 +15,7 @@ namespace {
 constexpr int deepestLook = 200;
 
 QuarantinePurge::Failure refuse(QuarantinePurge::Failure::Kind kind, const Path& folder) {
-    return {kind, folder.string()};
+    return {kind, folder.string(), {}};
 }
 
 } // namespace
@@ -26,7 +26,8 @@ std::optional<Message> QuarantinePurge::Failure::describe() const {
     case Kind::escapesThroughSymlink:
         return Message{blockedBySafetyPolicyKey};
     case Kind::elevatedDeleteFailed:
-        return Message{"failure.elevatedDeleteFailed %@", {text}};
+        return noScript ? *noScript
+                        : Message{"%@", {text}}; // the tool's own words, which no language file can know
     case Kind::authorizationCancelled:
         return std::nullopt;
     }
@@ -92,7 +93,9 @@ QuarantinePurge::removeAsAdministrator(const std::vector<Path>& items) {
     if (!result) {
         if (result.error().kind == AdminScriptRunnerError::Kind::authorizationCancelled)
             return Failure{Failure::Kind::authorizationCancelled, {}};
-        return Failure{Failure::Kind::elevatedDeleteFailed, result.error().describe().key};
+        if (result.error().kind == AdminScriptRunnerError::Kind::process)
+            return Failure{Failure::Kind::elevatedDeleteFailed, {}, result.error().describe()};
+        return Failure{Failure::Kind::elevatedDeleteFailed, result.error().message};
     }
     if (result->exitCode != 0)
         return Failure{Failure::Kind::elevatedDeleteFailed, trimmed(result->standardError)};

@@ -23,7 +23,8 @@ class QuarantinePurge {
             authorizationCancelled
         };
         Kind kind = Kind::notAQuarantineFolder;
-        std::string text; ///< the path, or what the administrator script printed
+        std::string text;                     ///< the path, or what the administrator script printed
+        std::optional<Message> noScript = {}; ///< why the script could not run or end
         /// Nothing for a dismissed prompt, which is silent everywhere.
         std::optional<Message> describe() const;
         friend bool operator==(const Failure&, const Failure&) = default;

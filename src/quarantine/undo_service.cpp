@@ -167,6 +167,7 @@ class UndoRun {
         const auto queued = std::exchange(queued_, {});
         if (queued.empty()) return;
         std::vector<RemovalOperation> operations;
+        operations.reserve(queued.size());
         for (const auto& each : queued)
             operations.push_back(each.operation);
         const auto results = runner.run(operations);

@@ -9,10 +9,10 @@ namespace tidwen {
 
 bool LocationScan::run() {
     bool isUnreadable = false;
-    const auto realPath = context_.files.resolve(location_.url);
-    const auto folder = open(location_.url, realPath.value_or(location_.url), isUnreadable);
+    auto folder = open(location_.url, location_.url, isUnreadable);
     if (isUnreadable) context_.log.warning("Unreadable location {}", location_.url.string());
     if (!folder) return !isUnreadable;
+    if (auto real = context_.files.resolve(location_.url)) folder->realPath = std::move(*real);
 
     switch (location_.style) {
     case SearchLocation::Style::launchItemPlists:
@@ -43,7 +43,7 @@ std::optional<LocationScan::Folder> LocationScan::open(const Path& path, const P
 }
 
 void LocationScan::judgeChildren(const Folder& folder) {
-    const bool isGroups = location_.url == context_.user.library() / "Group Containers";
+    const bool isGroups = location_.url == context_.user.libraryFolder() / "Group Containers";
     const bool hasVendors = location_.style == SearchLocation::Style::vendorNestedChildren;
     for (const auto& entry : folder.entries) {
         if (context_.stop.stopRequested()) return;

@@ -161,7 +161,7 @@ std::string permissionTitle(std::string_view service, const Texts& texts) {
 }
 
 Path PermissionAudit::databasePath(Scope scope, const UserEnvironment& user) {
-    const Path library = scope == Scope::user ? user.library() : Path("/Library");
+    const Path library = scope == Scope::user ? user.libraryFolder() : Path("/Library");
     return library / "Application Support/com.apple.TCC/TCC.db";
 }
 

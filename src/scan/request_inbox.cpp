@@ -25,7 +25,7 @@ std::string encode(const UninstallRequest& request) {
 }
 
 Path RequestInbox::fallbackContainer(const UserEnvironment& user) {
-    return user.library() / "Group Containers" / tidwenApplicationGroup;
+    return user.libraryFolder() / "Group Containers" / tidwenApplicationGroup;
 }
 
 std::optional<Path> RequestInbox::folder() const {

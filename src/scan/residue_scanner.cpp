@@ -71,7 +71,7 @@ void addEmbeddedJobs(const AppTarget& target, TraceCollector& traces) {
 std::set<std::string> sharedGroups(const ResidueScanner::Neighbours& neighbours, const FileSystem& files,
                                    const UserEnvironment& user, const AppTarget& target) {
     if (target.appGroups.empty() || !neighbours.groupsOfOthers) return {};
-    const auto folders = files.list(user.library() / "Group Containers");
+    const auto folders = files.list(user.libraryFolder() / "Group Containers");
     if (!folders) return {};
     const ResidueMatcher matcher(target, {}, {}, {});
     const bool matters = std::any_of(folders->begin(), folders->end(), [&](const DirectoryEntry& folder) {

@@ -93,7 +93,7 @@ void appendTemporaryFolder(std::vector<SearchLocation>& locations, const std::op
 std::vector<SearchLocation> userLocations(const UserEnvironment& user) {
     std::vector<SearchLocation> locations;
     for (const Row& row : userRows)
-        locations.push_back({.url = (user.library() / row.path).standardized(),
+        locations.push_back({.url = (user.libraryFolder() / row.path).standardized(),
                              .category = row.category,
                              .style = row.style,
                              .isSystemDomain = row.isSystemDomain,

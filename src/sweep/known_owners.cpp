@@ -112,8 +112,8 @@ Owned readOwned(const FileSystem& files, const CodeSignatures& signatures, const
 /// Labels of jobs that still work: their program is there, and not as the leftover of a removed application.
 std::vector<std::string> livingJobs(const FileSystem& files, const UserEnvironment& user) {
     std::vector<std::string> labels;
-    for (const auto& folder :
-         {user.library() / "LaunchAgents", Path("/Library/LaunchAgents"), Path("/Library/LaunchDaemons")})
+    for (const auto& folder : {user.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
+                               Path("/Library/LaunchDaemons")})
         for (const auto& job : listLaunchItems(files, folder, false)) {
             if (!job.programPath) continue;
             const Path program(*job.programPath);

@@ -25,7 +25,7 @@ Opening open(const FileSystem& files, const Path& path) {
 FullDiskAccessProbe::Status FullDiskAccessProbe::status(const FileSystem& files,
                                                         const UserEnvironment& user) {
     for (const auto* guarded : {"Application Support/com.apple.TCC/TCC.db", "Safari/Bookmarks.plist"})
-        switch (open(files, user.library() / guarded)) {
+        switch (open(files, user.libraryFolder() / guarded)) {
         case Opening::opens:
             return Status::granted;
         case Opening::refused:

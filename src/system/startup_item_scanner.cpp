@@ -87,7 +87,7 @@ StartupItem makeItem(const LaunchItem& job, StartupItem::Source source, Owner ow
 } // namespace
 
 std::vector<StartupItemScanner::Directory> StartupItemScanner::directories(const UserEnvironment& user) {
-    return {{user.library() / "LaunchAgents", false},
+    return {{user.libraryFolder() / "LaunchAgents", false},
             {Path("/Library/LaunchAgents"), false},
             {Path("/Library/LaunchDaemons"), true}};
 }

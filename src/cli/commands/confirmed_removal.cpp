@@ -1,5 +1,6 @@
 #include "cli/commands/confirmed_removal.h"
 
+#include "cli/commands/lock_refusal.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/commands/removal_output.h"
 #include "cli/console.h"
@@ -75,6 +76,7 @@ class Removal {
     ExitStatus execute() {
         auto& files = mac_.system.files;
         const auto lock = lockTrash(mac_.system.user, files);
+        if (!lock && lock.error().fault == FileFault::busy) return refuseWithoutLock(context_, lock.error());
         if (!lock) return cannotBegin(lock.error());
         const auto date = mac_.system.clock.now();
         const auto layout = createQuarantineFolder(apps_, date, mac_.system.user, files);
@@ -92,7 +94,8 @@ class Removal {
         if (const auto size = files.treeSize(layout->root, traceSizeEntryLimit))
             report->reclaimedBytes = static_cast<std::int64_t>(size->allocatedBytes);
         show(*report);
-        return report->failures().empty() ? ExitStatus::done : ExitStatus::someFailed;
+        const bool isComplete = report->failures().empty() && !report->manifestFailure;
+        return isComplete ? ExitStatus::done : ExitStatus::someFailed;
     }
 
   private:

@@ -116,7 +116,8 @@ Command permissionsCommand() {
                        .operandName = "ACTION",
                        .operandHelp = "show APP, revoke APP [SERVICE…]",
                        .minimumOperands = 1,
-                       .maximumOperands = anyNumber},
+                       .maximumOperands = anyNumber,
+                       .actions = {"show", "revoke"}},
             .run = run};
 }
 

@@ -102,6 +102,7 @@ void printSettings(const AppPreferences& preferences, const CommandContext& cont
 ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context, Mac& mac) {
     const auto& words = context.arguments.operands;
     if (words.size() != 3) return context.refuse({"cli.settings.usage"});
+    if (!preferences.get(words[1])) return context.refuse({"cli.settings.unknown %@", {words[1]}});
     if (!preferences.set(words[1], words[2]))
         return context.refuse({"cli.settings.refused %@ %@", {words[1], words[2]}});
     // Read back what another process would see.
@@ -135,7 +136,8 @@ Command protectCommand() {
                        .summary = "Applications that must not be removed: list, add ID, remove ID",
                        .operandName = "ACTION",
                        .operandHelp = "list, add ID…, remove ID…",
-                       .maximumOperands = anyNumber},
+                       .maximumOperands = anyNumber,
+                       .actions = {"list", "add", "remove"}},
             .run = runProtect};
 }
 
@@ -144,7 +146,8 @@ Command tagsCommand() {
                        .summary = "Your own tags on applications: list, add, remove, rename, delete",
                        .operandName = "ACTION",
                        .operandHelp = "list, add ID TAG, remove ID TAG, rename TAG NEW, delete TAG",
-                       .maximumOperands = 3},
+                       .maximumOperands = 3,
+                       .actions = {"list", "add", "remove", "rename", "delete"}},
             .run = runTags};
 }
 
@@ -153,7 +156,8 @@ Command settingsCommand() {
                        .summary = "Settings: list, get NAME, set NAME VALUE",
                        .operandName = "ACTION",
                        .operandHelp = "list, get NAME, set NAME VALUE",
-                       .maximumOperands = 3},
+                       .maximumOperands = 3,
+                       .actions = {"list", "get", "set"}},
             .run = runSettings};
 }
 

@@ -1,5 +1,6 @@
 #include "base/json.h"
 #include "cli/commands/confirmed_removal.h"
+#include "cli/commands/lock_refusal.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/console.h"
 #include "cli/labels.h"
@@ -59,14 +60,14 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     std::vector<Path> folders;
     for (const auto& entry : *chosen) {
         folders.push_back(entry.root);
-        if (!context.arguments.yes && !context.arguments.json)
+        if (!context.arguments.yes && !context.arguments.json && context.console.canAsk())
             context.console.line({{entry.root.lastComponent()},
                                   {"  " + labels::size(entry.sizeBytes, context.texts), Paint::faint}});
     }
     if (!agreed(context, context.text("cli.purge.question %lld", {std::to_string(folders.size())})))
         return ExitStatus::refused;
     const auto lock = lockTrash(mac.system.user, mac.system.files);
-    if (!lock) return context.refuse({std::string(failureKey(lock.error().fault))});
+    if (!lock) return refuseWithoutLock(context, lock.error());
     QuarantinePurge purge(mac.system.files, mac.system.user, mac.administrator, mac.system.log);
     const auto outcome = purge.purge(folders);
     if (!outcome)

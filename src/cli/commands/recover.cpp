@@ -1,9 +1,11 @@
 #include "cli/command.h"
+#include "cli/commands/lock_refusal.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/console.h"
 #include "cli/json_output.h"
 #include "cli/labels.h"
 #include "quarantine/recovery.h"
+#include "quarantine/trash_lock.h"
 
 namespace tidwen {
 
@@ -21,6 +23,10 @@ void print(const Manifest& manifest, const CommandContext& context, const Mac& m
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
     auto& system = mac.system;
+    FileResult<std::unique_ptr<FileLock>> lock;
+    // A removal that another process is at work on is not cut off. Without a Trash there is nothing to lock.
+    if (system.files.exists(system.user.trash())) lock = lockTrash(system.user, system.files);
+    if (!lock) return refuseWithoutLock(context, lock.error());
     const auto recovered = recoverInterruptedRemovals(system.user, system.files, system.clock, system.log);
     if (context.arguments.json) {
         context.console.document(json::document(recovered));

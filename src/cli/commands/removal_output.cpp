@@ -124,6 +124,10 @@ void printReport(const RemovalReport& report, const CommandContext& context) {
         context.console.line(
             context.text("cli.report.quarantine %@ %@", {labels::size(report.reclaimedBytes, context.texts),
                                                          report.quarantineRoot.string()}));
+    if (report.manifestFailure)
+        context.console.line(
+            context.text("cli.report.noManifest %@", {context.texts.text(*report.manifestFailure)}),
+            Paint::danger);
     if (report.verification) printSurvivors(*report.verification, context);
 }
 

@@ -48,7 +48,8 @@ Command requestsCommand() {
                        .operandName = "ACTION",
                        .operandHelp = "drain: take the waiting requests and list what they name",
                        .minimumOperands = 1,
-                       .maximumOperands = 1},
+                       .maximumOperands = 1,
+                       .actions = {"drain"}},
             .run = run};
 }
 

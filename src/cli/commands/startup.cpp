@@ -145,14 +145,15 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 } // namespace
 
 Command startupCommand() {
-    return {.syntax = {.name = "startup",
-                       .summary = "Jobs that start on their own: list, on JOB, off JOB, remove JOB",
-                       .operandName = "ACTION",
-                       .operandHelp = "list, on JOB…, off JOB…, remove JOB…",
-                       .maximumOperands = anyNumber,
-                       .options = {{"--dry-run", "",
-                                    "With remove: print the numbered steps and change nothing"}}},
-            .run = run};
+    return {
+        .syntax = {.name = "startup",
+                   .summary = "Jobs that start on their own: list, on JOB, off JOB, remove JOB",
+                   .operandName = "ACTION",
+                   .operandHelp = "list, on JOB…, off JOB…, remove JOB…",
+                   .maximumOperands = anyNumber,
+                   .options = {{"--dry-run", "", "With remove: print the numbered steps and change nothing"}},
+                   .actions = {"list", "on", "off", "remove"}},
+        .run = run};
 }
 
 } // namespace tidwen

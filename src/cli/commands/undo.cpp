@@ -1,8 +1,10 @@
 #include "cli/command.h"
+#include "cli/commands/lock_refusal.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/console.h"
 #include "cli/json_output.h"
 #include "cli/labels.h"
+#include "quarantine/trash_lock.h"
 #include "quarantine/undo_service.h"
 
 namespace tidwen {
@@ -33,6 +35,13 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     }
     if (entry->pendingMoves == 0)
         return context.refuse({"cli.undo.nothingLeft %@", {entry->root.lastComponent()}});
+
+    const auto lock = lockTrash(mac.system.user, mac.system.files);
+    if (!lock) return refuseWithoutLock(context, lock.error());
+    // Until the lock was ours, another process may have undone or purged this run.
+    const auto current = numberedHistory(mac, false);
+    entry = findRun(current, entry->root.lastComponent());
+    if (!entry || entry->pendingMoves == 0) return context.refuse({"cli.undo.nothingLeft %@", {word}});
 
     context.console.progress(context.text("home.recovery.restoring"));
     auto& system = mac.system;
