@@ -93,7 +93,7 @@ TEST(ToolReceipts, JoinsWhatPkgutilSays) {
         {plist("<string>/</string>", at("/")), Path("/")},
         {plist("<string>/</string>", at("Applications/Marlin.app/Contents/")),
          Path("/Applications/Marlin.app/Contents")},
-        {plist("<string>/Volumes/Work</string>", at("/opt")), Path("/Volumes/Work/opt")},
+        {plist("<string>/Volumes/Shed</string>", at("/opt")), Path("/Volumes/Shed/opt")},
         {plist("<string></string>", at("x")), std::nullopt},
         {plist("<integer>1</integer>", at("x")), std::nullopt},
         {"package-id: com.example.pkg", std::nullopt}};

@@ -5,6 +5,7 @@
 #include "support/fixtures.h"
 #include "support/small_disk.h"
 
+#include <fcntl.h>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
@@ -79,19 +80,17 @@ class Disk {
     Ended tidwen(int killAt, Words arguments) const {
         const auto output = scratch_.path() / "output";
         arguments.insert(arguments.begin(), {TIDWEN_PROGRAM, "--volume", volume_.hostRoot().string()});
-        std::vector<char*> words;
-        for (auto& word : arguments)
-            words.push_back(word.data());
-        words.push_back(nullptr);
+        Words environment = {std::string("LD_PRELOAD=") + TIDWEN_KILL_MODULE,
+                             "TIDWEN_KILL_BELOW=" + volume_.hostRoot().string(),
+                             "TIDWEN_KILL_AT=" + std::to_string(killAt),
+                             "ASAN_OPTIONS=verify_asan_link_order=0", "HOME=" + scratch_.path().string()};
+        const auto words = pointersTo(arguments), variables = pointersTo(environment);
         const pid_t child = fork();
         if (child == 0) {
-            if (!freopen(output.c_str(), "w", stdout) || dup2(STDOUT_FILENO, STDERR_FILENO) < 0) _exit(126);
-            setenv("LD_PRELOAD", TIDWEN_KILL_MODULE, 1);
-            setenv("TIDWEN_KILL_BELOW", volume_.hostRoot().c_str(), 1);
-            setenv("TIDWEN_KILL_AT", std::to_string(killAt).c_str(), 1);
-            setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
-            setenv("HOME", scratch_.path().c_str(), 1);
-            execv(words[0], words.data());
+            const int file = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+            dup2(file, STDOUT_FILENO);
+            dup2(file, STDERR_FILENO);
+            execve(words[0], words.data(), variables.data());
             _exit(127);
         }
         int status = 0;
@@ -121,6 +120,16 @@ class Disk {
     }
 
   private:
+    /// As a C function takes them.
+    static std::vector<char*> pointersTo(Words& words) {
+        std::vector<char*> pointers;
+        pointers.reserve(words.size() + 1);
+        for (auto& word : words)
+            pointers.push_back(word.data());
+        pointers.push_back(nullptr);
+        return pointers;
+    }
+
     fs::path trash() const { return volume_.host("/Users/alice/.Trash"); }
 
     void mountTrash(const fs::path& disk) const {

@@ -1,0 +1,131 @@
+#include "base/texts.h"
+#include "quarantine/entries.h"
+#include "quarantine/quarantine_layout.h"
+#include "quarantine/quarantine_purge.h"
+#include "quarantine/trash_lock.h"
+#include "support/fixtures.h"
+#include "support/unprivileged.h"
+
+#include <gtest/gtest.h>
+
+namespace tidwen::test {
+namespace {
+
+using Kind = QuarantinePurge::Failure::Kind;
+using Answer = tl::expected<ProcessResult, AdminScriptRunnerError>;
+
+class Purge : public testing::Test {
+  protected:
+    Path run(const std::string& name, Timestamp date = runDate) {
+        const auto root = user.trash() / ("Tidwen - " + name);
+        const Manifest manifest{.createdAt = date,
+                                .quarantineRoot = root,
+                                .apps = {{name, "com.example.notes"}},
+                                .entries = {moveEntry(1, root, "/Users/alice/Notes")}};
+        volume.write((root / "0001/Notes").string(), "notes");
+        EXPECT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
+        user.userID = volume.files().info(root)->ownerID;
+        return root;
+    }
+    QuarantinePurge purger(Answer answer = ProcessResult{}) {
+        return QuarantinePurge(
+            volume.files(), user,
+            [this, answer](const std::string& script) {
+                scripts.push_back(script);
+                return answer;
+            },
+            log);
+    }
+
+    TemporaryVolume volume;
+    UserEnvironment user = alice();
+    RecordingLog log;
+    std::vector<std::string> scripts;
+};
+
+TEST_F(Purge, AgeDecidesWhatExpires) {
+    const auto day = std::chrono::hours(24);
+    const auto now = runDate + day * 7;
+    const auto atCutOff = run("Edge"), older = run("Old", runDate - std::chrono::seconds(1));
+    const auto future = run("Future", now + day);
+    EXPECT_EQ(purger().purgeExpired(0, now + day * 900), 0);
+    user.userID += 1; // never a prompt, whoever owns the items
+    EXPECT_EQ(purger().purgeExpired(7, now), 1);
+    EXPECT_FALSE(volume.exists(older.string()));
+    EXPECT_TRUE(volume.exists(atCutOff.string()));
+    EXPECT_TRUE(volume.exists(future.string()));
+    EXPECT_TRUE(scripts.empty());
+}
+
+TEST_F(Purge, OneRefusedFolderDeletesNothing) {
+    const auto good = run("Good");
+    volume.write("/Users/alice/Documents/tidwen-manifest.json", "{}");
+    volume.link((user.trash() / "Tidwen - Link").string(), "../Documents");
+    volume.makeFolder((user.trash() / "Tidwen - Bare").string());
+    volume.write((user.trash() / "Other/tidwen-manifest.json").string(), "{}");
+    volume.write((good / "Tidwen - Nested/tidwen-manifest.json").string(), "{}");
+    const std::pair<Path, Kind> cases[] = {{user.trash() / "Tidwen - Link", Kind::escapesThroughSymlink},
+                                           {user.trash() / "Tidwen - Bare", Kind::notAQuarantineFolder},
+                                           {user.trash() / "Tidwen - Absent", Kind::notAQuarantineFolder},
+                                           {user.trash() / "Other", Kind::notAQuarantineFolder},
+                                           {good / "Tidwen - Nested", Kind::notAQuarantineFolder},
+                                           {good / "../../Documents", Kind::notAQuarantineFolder},
+                                           {user.trash(), Kind::notAQuarantineFolder}};
+    for (const auto& [bad, kind] : cases) {
+        const auto outcome = purger().purge({good, bad});
+        ASSERT_FALSE(outcome) << bad.string();
+        EXPECT_EQ(outcome.error(), (QuarantinePurge::Failure{kind, bad.string()}));
+    }
+    EXPECT_TRUE(volume.exists((good / "0001/Notes").string()));
+    EXPECT_TRUE(volume.exists("/Users/alice/Documents/tidwen-manifest.json"));
+    EXPECT_TRUE(scripts.empty());
+}
+
+TEST(PurgeScript, QuotesPaths) {
+    EXPECT_EQ(purgeScript({Path("/T/O'Brien"), Path("/T/$(b)")}),
+              "d=$(/usr/bin/mktemp -d /private/tmp/tidwen-purge.XXXXXX) || exit 1\n"
+              "/bin/mv -- '/T/O'\\''Brien' \"$d/0\" || exit 1\n"
+              "/bin/mv -- '/T/$(b)' \"$d/1\" || exit 1\n"
+              "/bin/rm -rf -- \"$d\"");
+}
+
+TEST_F(Purge, AsksOnlyForForeignItems) {
+    const auto mine = run("Mine"); // first: it tells who owns the items
+    EXPECT_EQ(purger().purge({mine})->removedFolders, 1);
+    EXPECT_TRUE(scripts.empty());
+
+    const auto root = run("Foreign");
+    user.userID += 1;
+    const auto fails = [&](Answer answer) {
+        const auto outcome = purger(std::move(answer)).purge({root});
+        EXPECT_TRUE(volume.exists((root / "0001/Notes").string()));
+        return outcome ? QuarantinePurge::Failure{} : outcome.error();
+    };
+    using Error = AdminScriptRunnerError;
+    EXPECT_FALSE(fails(tl::unexpected(Error{Error::Kind::authorizationCancelled})).describe());
+    for (const auto& failed : {fails(tl::unexpected(Error{Error::Kind::scriptFailed, "mv: 100% %@ no"})),
+                               fails(ProcessResult{1, {}, "mv: 100% %@ no\n"})}) {
+        EXPECT_EQ(failed.kind, Kind::elevatedDeleteFailed);
+        EXPECT_EQ(Texts().text(*failed.describe()), "mv: 100% %@ no");
+    }
+    EXPECT_EQ(purger().purge({root})->removedFolders, 1);
+    EXPECT_NE(scripts.back().find("/0001' \"$d/"), std::string::npos);
+
+    const auto alone = run("Volume");
+    user.userID += 1;
+    EXPECT_EQ(QuarantinePurge(volume.files(), user, std::nullopt, log).purge({alone})->removedFolders, 1);
+}
+
+TEST_F(Purge, TrashIsLockedUntilItsHolderDies) {
+    EXPECT_EQ(runInChild([&] { return lockTrash(user, volume.files()) ? 0 : 1; }), 0);
+    const auto held = lockTrash(user, volume.files());
+    ASSERT_TRUE(held);
+    EXPECT_EQ(runInChild([&] {
+                  const auto second = lockTrash(user, volume.files());
+                  return !second && second.error().fault == FileFault::busy ? 0 : 1;
+              }),
+              0);
+}
+
+} // namespace
+} // namespace tidwen::test

@@ -1,0 +1,91 @@
+#!/usr/bin/env python3
+"""Journeys over the commands around a removal, on the sample volume. Usage: around_test.py TIDWEN"""
+import fcntl
+import os
+import subprocess
+import sys
+import unittest
+
+import terminal
+from terminal import VolumeTest, snapshot
+
+
+class Around(VolumeTest):
+    def test_a_second_process_is_refused_and_touches_nothing(self):
+        self.call("remove", "Kip", "--yes")
+        with open(self.home / ".Trash/.tidwen-lock", "w") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            before = snapshot(self.volume)
+            for words in (["remove", "Marlin Notes", "--yes"], ["undo", "1"], ["recover"], ["purge", "1", "--yes"],
+                          ["orphans", "--remove", "--yes"]):
+                with self.subTest(words):
+                    self.refuse(*words, saying="Another Tidwen")
+            self.assertEqual(snapshot(self.volume), before)
+        self.call("undo", "1")
+
+    def test_orphans_go_and_come_back(self):
+        before = snapshot(self.volume, "Users/alice/.Trash")
+        groups = self.call("orphans", "--json").json["groups"]
+        self.assertTrue(groups)
+        self.call("orphans", "--remove", "--dry-run", "--json")
+        self.assertEqual(snapshot(self.volume, "Users/alice/.Trash"), before)
+        self.call("orphans", "--remove", "--yes")
+        self.assertLess(len(self.call("orphans", "--json").json["groups"]), len(groups))
+        self.call("undo", "1")
+        self.assertEqual(snapshot(self.volume, "Users/alice/.Trash"), before)
+
+    def test_purge_asks_and_deletes(self):
+        self.call("remove", "Kip", "--yes")
+        self.refuse("purge", "1", saying="--yes")
+        self.refuse("purge", "--yes", saying="--expired")
+        self.assertEqual(self.call("purge", "1", "--yes", "--json").json, {"kept": [], "removedFolders": 1})
+        self.assertEqual(self.call("history", "--json").json, [])
+
+    def test_a_job_is_switched_off_and_on(self):
+        def states():
+            return {i["id"]: i["switchState"] for i in self.call("startup", "list", "--json").json["items"]}
+        job = next(key for key, state in states().items() if state == "on")
+        for action, state in [("off", "off"), ("on", "on")]:
+            self.call("startup", action, job)
+            self.assertEqual(states()[job], state)
+
+    def test_the_list_of_applications_is_narrowed(self):
+        names = [app["name"] for app in self.call("apps", "--json").json]
+        sizes = [app["sizeBytes"] for app in self.call("apps", "--sort", "size", "--json").json]
+        self.assertEqual(sizes, sorted(sizes, reverse=True))
+        self.call("tags", "add", "com.littlefin.kip", "tiny")
+        self.call("protect", "add", "com.littlefin.kip")
+        for words in (["--tag", "tiny"], ["--protected"], ["--filter", "littlefin"]):
+            with self.subTest(words):
+                self.assertEqual([app["name"] for app in self.call("apps", *words, "--json").json], ["Kip"])
+        grouped = self.call("apps", "--group", "tag").output
+        self.assertIn("tiny", grouped)
+        self.assertEqual([name for name in names if name not in grouped], [])
+
+    def test_wrong_words_are_refused(self):
+        before = snapshot(self.volume)
+        for words, saying in [(["startup", "fly"], "fly"), (["startup", "off", "no.such"], "no.such"),
+                              (["permissions", "revoke"], "revoke"), (["permissions", "revoke", "Kip", "Air"], "Air"),
+                              (["settings", "set", "quarantineRetention", "soon"], "soon"), (["purge"], "--all"),
+                              (["settings", "get", "colour"], "colour"), (["tags", "add", "x"], "tags add ID TAG"),
+                              (["requests", "fill"], "fill"), (["apps", "--sort", "luck"], "luck"),
+                              (["completions", "abacus"], "abacus")]:
+            with self.subTest(words):
+                self.refuse(*words, saying=saying)
+        self.assertEqual(snapshot(self.volume), before)
+
+    def test_bash_completes(self):
+        script = self.call("completions", "bash", volume=False).output
+        for line, expected in [("tidwen orph", ["orphans"]), ("tidwen --volume /x startup re", ["remove"]),
+                               ("tidwen apps --group cat", ["category"]), ("tidwen remove --dry", ["--dry-run"]),
+                               ("tidwen startup off re", []), ("tidwen remove Kip --ex", [])]:
+            words = line.split(" ")
+            done = subprocess.run(["bash", "-c", script + '\nCOMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _tidwen\n'
+                                   'printf "%s\\n" "${COMPREPLY[@]}"', "bash", *words],
+                                  env=self.environment, capture_output=True, text=True)
+            self.assertEqual((done.stdout.split(), done.stderr), (expected, ""), line)
+
+
+if __name__ == "__main__":
+    terminal.PROGRAM = os.path.abspath(sys.argv.pop(1))
+    unittest.main()
