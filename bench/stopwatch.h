@@ -3,23 +3,32 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <functional>
 #include <vector>
 
 namespace tidwen::bench {
 
-/// Seconds that `work` takes: the median of `rounds` runs, after one that warms the caches.
-template<class Work>
-double secondsOf(int rounds, Work work) {
+inline double median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+/// Seconds that each of the works takes: medians over `rounds` in which they take turns, so that whatever
+/// else the machine does meets all of them, after one round that warms the caches.
+inline std::vector<double> secondsOf(int rounds, const std::vector<std::function<void()>>& works) {
     using Clock = std::chrono::steady_clock;
-    work();
-    std::vector<double> seconds;
-    for (int round = 0; round < rounds; ++round) {
-        const auto start = Clock::now();
-        work();
-        seconds.push_back(std::chrono::duration<double>(Clock::now() - start).count());
-    }
-    std::nth_element(seconds.begin(), seconds.begin() + rounds / 2, seconds.end());
-    return seconds[static_cast<std::size_t>(rounds / 2)];
+    std::vector<std::vector<double>> seconds(works.size());
+    for (int round = 0; round <= rounds; ++round)
+        for (std::size_t i = 0; i < works.size(); ++i) {
+            const auto start = Clock::now();
+            works[i]();
+            if (round > 0) seconds[i].push_back(std::chrono::duration<double>(Clock::now() - start).count());
+        }
+    std::vector<double> medians;
+    for (auto& each : seconds)
+        medians.push_back(median(std::move(each)));
+    return medians;
 }
 
 /// One line of a report: what was measured, the ratio, the target, and whether it holds.
