@@ -81,9 +81,9 @@ struct TreeSize {
 enum class NewFileMode { privateToOwner, likeExisting };
 
 /// Held until it is destroyed, or its process ends.
-class FileLock {
+class FolderLock {
   public:
-    virtual ~FileLock() = default;
+    virtual ~FolderLock() = default;
 };
 
 /// A Mac's files. All paths are absolute Mac paths; on a mounted volume they are resolved inside its root and
@@ -149,9 +149,9 @@ class FileSystem {
     /// Deletes a folder with everything in it, for good: never through a link, never on another disk mounted
     /// below. An error ends it half done.
     virtual FileResult<void> removeTree(const Path& folder) = 0;
-    /// Takes a lock between processes, in a file that is created when it is missing and stays. `busy` when
-    /// another process holds it, `notRegular` when something else has that name.
-    virtual FileResult<std::unique_ptr<FileLock>> lock(const Path& file) = 0;
+    /// Takes a lock between processes on a folder, which must be no link. Leaves nothing behind. `busy` when
+    /// another process holds it.
+    virtual FileResult<std::unique_ptr<FolderLock>> lock(const Path& folder) = 0;
 
     // Said in terms of the above
 

@@ -9,6 +9,6 @@ namespace tidwen {
 
 /// One Tidwen at a time may remove, undo or purge in a user's Trash. `busy` while another one does; the lock
 /// ends with this object or its process, however that ends. The Trash is created when it is missing.
-FileResult<std::unique_ptr<FileLock>> lockTrash(const UserEnvironment& user, FileSystem& files);
+FileResult<std::unique_ptr<FolderLock>> lockTrash(const UserEnvironment& user, FileSystem& files);
 
 } // namespace tidwen

@@ -44,7 +44,7 @@ OsResult<std::string> readBytes(int file, std::uint64_t offset, std::size_t leng
 namespace {
 
 /// The kernel keeps the lock as long as the file is open.
-class DescriptorLock : public FileLock {
+class DescriptorLock : public FolderLock {
   public:
     explicit DescriptorLock(Descriptor file) : file_(std::move(file)) {}
 
@@ -301,18 +301,15 @@ FileResult<void> VolumeFileSystem::removeTree(const Path& folder) {
     return {};
 }
 
-FileResult<std::unique_ptr<FileLock>> VolumeFileSystem::lock(const Path& file) {
-    const auto place = impl_->resolver.placeForChange(file);
+FileResult<std::unique_ptr<FolderLock>> VolumeFileSystem::lock(const Path& folder) {
+    const auto place = impl_->resolver.placeForChange(folder);
     if (!place) return tl::unexpected(place.error());
-    constexpr int flags = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    Descriptor opened(uninterrupted(
-        [&] { return ::openat(place->folder.get(), place->name.c_str(), flags, S_IRUSR | S_IWUSR); }));
-    if (!opened.isOpen()) return errno == ELOOP ? refused(file, FileFault::notRegular) : failed(file, errno);
-    const auto item = statOpen(opened.get());
-    if (!item) return failed(file, item.error());
-    if (!S_ISREG(item->st_mode)) return refused(file, FileFault::notRegular);
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    Descriptor opened(
+        uninterrupted([&] { return ::openat(place->folder.get(), place->name.c_str(), flags); }));
+    if (!opened.isOpen()) return failed(folder, errno);
     if (uninterrupted([&] { return ::flock(opened.get(), LOCK_EX | LOCK_NB); }) != 0)
-        return errno == EWOULDBLOCK ? refused(file, FileFault::busy) : failed(file, errno);
+        return errno == EWOULDBLOCK ? refused(folder, FileFault::busy) : failed(folder, errno);
     return std::make_unique<DescriptorLock>(std::move(opened));
 }
 

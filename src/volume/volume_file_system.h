@@ -42,7 +42,7 @@ class VolumeFileSystem : public FileSystem {
     FileResult<void> removeFile(const Path& file) override;
     FileResult<void> removeEmptyDirectory(const Path& folder) override;
     FileResult<void> removeTree(const Path& folder) override;
-    FileResult<std::unique_ptr<FileLock>> lock(const Path& file) override;
+    FileResult<std::unique_ptr<FolderLock>> lock(const Path& folder) override;
 
   private:
     class Impl;

@@ -329,18 +329,19 @@ TEST_P(FileSystemContract, RemovesTreesAndNothingBeyond) {
 }
 
 TEST_P(FileSystemContract, LocksBetweenProcesses) {
-    write("/target");
+    write("/file");
     makeFolder("/folder");
-    link("/link", "target");
-    auto held = files->lock(Path("/lock"));
+    link("/link", "folder");
+    const Path lockable("/folder");
+    auto held = files->lock(lockable);
     ASSERT_EQ(outcome(held), "ok");
-    EXPECT_EQ(runInChild([&] { return outcome(files->lock(Path("/lock"))) == "busy" ? 0 : 1; }), 0);
+    EXPECT_EQ(runInChild([&] { return outcome(files->lock(lockable)) == "busy" ? 0 : 1; }), 0);
     held->reset();
-    EXPECT_EQ(runInChild([&] { return outcome(files->lock(Path("/lock"))) == "ok" ? 0 : 1; }), 0);
-    EXPECT_EQ(outcome(files->lock(Path("/lock"))), "ok");
-    EXPECT_EQ(outcome(files->lock(Path("/link"))), "notRegular");
-    EXPECT_EQ(outcome(files->lock(Path("/folder"))), "isDirectory");
-    EXPECT_EQ(outcome(files->lock(Path("/none/lock"))), "missing");
+    EXPECT_EQ(runInChild([&] { return outcome(files->lock(lockable)) == "ok" ? 0 : 1; }), 0);
+    EXPECT_EQ(outcome(files->lock(lockable)), "ok");
+    EXPECT_EQ(outcome(files->lock(Path("/link"))), "notDirectory");
+    EXPECT_EQ(outcome(files->lock(Path("/file"))), "notDirectory");
+    EXPECT_EQ(outcome(files->lock(Path("/none"))), "missing");
 }
 
 TEST_P(FileSystemContract, MeasuresTrees) {

@@ -23,7 +23,7 @@ void print(const Manifest& manifest, const CommandContext& context, const Mac& m
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
     auto& system = mac.system;
-    FileResult<std::unique_ptr<FileLock>> lock;
+    FileResult<std::unique_ptr<FolderLock>> lock;
     // A removal that another process is at work on is not cut off. Without a Trash there is nothing to lock.
     if (system.files.exists(system.user.trash())) lock = lockTrash(system.user, system.files);
     if (!lock) return refuseWithoutLock(context, lock.error());

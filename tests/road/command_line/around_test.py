@@ -13,14 +13,15 @@ from terminal import VolumeTest, snapshot
 class Around(VolumeTest):
     def test_a_second_process_is_refused_and_touches_nothing(self):
         self.call("remove", "Kip", "--yes")
-        with open(self.home / ".Trash/.tidwen-lock", "w") as lock:
-            fcntl.flock(lock, fcntl.LOCK_EX)
-            before = snapshot(self.volume)
-            for words in (["remove", "Marlin Notes", "--yes"], ["undo", "1"], ["recover"], ["purge", "1", "--yes"],
-                          ["orphans", "--remove", "--yes"]):
-                with self.subTest(words):
-                    self.refuse(*words, saying="Another Tidwen")
-            self.assertEqual(snapshot(self.volume), before)
+        lock = os.open(self.home / ".Trash", os.O_RDONLY)
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        before = snapshot(self.volume)
+        for words in (["remove", "Marlin Notes", "--yes"], ["undo", "1"], ["recover"], ["purge", "1", "--yes"],
+                      ["orphans", "--remove", "--yes"]):
+            with self.subTest(words):
+                self.refuse(*words, saying="Another Tidwen")
+        self.assertEqual(snapshot(self.volume), before)
+        os.close(lock)
         self.call("undo", "1")
 
     def test_orphans_go_and_come_back(self):

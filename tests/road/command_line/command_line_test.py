@@ -11,10 +11,9 @@ import unittest
 import terminal
 from terminal import VolumeTest, snapshot
 
-# What an undo does not bring back: the run's own folder stays for the record, the lock's file stays, and
-# permissions that were reset are for macOS to ask again.
-NOT_RESTORED = ("Users/alice/.Trash/Tidwen - ", "Users/alice/.Trash/.tidwen-lock",
-                "Users/alice/Library/Application Support/com.apple.TCC",
+# What an undo does not bring back: the run's own folder stays for the record, and permissions that were reset
+# are for macOS to ask again.
+NOT_RESTORED = ("Users/alice/.Trash/Tidwen - ", "Users/alice/Library/Application Support/com.apple.TCC",
                 "Library/Application Support/com.apple.TCC")
 HERS = ("Documents", "Desktop", "Downloads", "Pictures")
 

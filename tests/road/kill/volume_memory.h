@@ -24,10 +24,8 @@ class VolumeMemory {
   private:
     std::vector<std::string> look() const {
         auto lines = fingerprint(root_, FolderTimes::ignored);
-        std::erase_if(lines, [](const auto& line) {
-            return line.starts_with("Users/alice/.Trash/Tidwen - ")
-                   || line.starts_with("Users/alice/.Trash/.tidwen-lock ");
-        });
+        std::erase_if(lines,
+                      [](const auto& line) { return line.starts_with("Users/alice/.Trash/Tidwen - "); });
         return lines;
     }
 
