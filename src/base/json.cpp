@@ -73,14 +73,14 @@ void writeLines(std::string& out, char open, char close, const json& value, std:
 
 void writeValue(std::string& out, const json& value, std::size_t indent) {
     if (value.is_object()) {
-        writeLines(out, '{', '}', value, indent, [&](json::const_iterator member) {
+        writeLines(out, '{', '}', value, indent, [&](const json::const_iterator& member) {
             writeString(out, member.key());
             out += " : ";
             writeValue(out, *member, indent + 2);
         });
     } else if (value.is_array()) {
         writeLines(out, '[', ']', value, indent,
-                   [&](json::const_iterator element) { writeValue(out, *element, indent + 2); });
+                   [&](const json::const_iterator& element) { writeValue(out, *element, indent + 2); });
     } else if (value.is_string()) {
         writeString(out, value.get_ref<const std::string&>());
     } else {

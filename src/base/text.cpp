@@ -111,7 +111,7 @@ std::string composed(std::string_view text) {
     if (isAscii(text)) return std::string(text);
     UErrorCode status = U_ZERO_ERROR;
     const auto* form = icu::Normalizer2::getNFCInstance(status);
-    const auto valid = validUtf8(text);
+    auto valid = validUtf8(text);
     if (U_FAILURE(status)) return valid;
     std::string result;
     icu::StringByteSink<std::string> sink(&result);

@@ -63,6 +63,7 @@ tl::expected<Path, Message> ApplicationFinder::find(const std::string& word) con
     if (found.size() == 1) return found.front();
     if (found.size() > 1) {
         std::vector<std::string> paths;
+        paths.reserve(found.size());
         for (const auto& path : found)
             paths.push_back(path.string());
         return tl::unexpected(Message{"cli.app.ambiguous %@", {joined(paths)}});

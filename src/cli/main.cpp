@@ -136,6 +136,7 @@ int main(int count, char** words) {
     std::signal(SIGPIPE, SIG_IGN);
     const auto commands = allCommands();
     std::vector<CommandSyntax> syntax;
+    syntax.reserve(commands.size());
     for (const auto& command : commands)
         syntax.push_back(command.syntax);
     const auto arguments = parseArguments(count, words, syntax);

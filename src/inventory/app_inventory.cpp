@@ -71,7 +71,7 @@ InstalledApp AppInventory::complete(InstalledApp app,
         std::any_of(jobs.begin(), jobs.end(), belongs)
         || !listLaunchItems(ports_.files, library / "LaunchAgents", false).empty()
         || !listLaunchItems(ports_.files, library / "LaunchDaemons", true).empty()
-        || ports_.files.list(library / "LoginItems").value_or(std::vector<DirectoryEntry>()).size() > 0;
+        || !ports_.files.list(library / "LoginItems").value_or(std::vector<DirectoryEntry>()).empty();
     app.usage = probeUsage(ports_.files, ports_.running, user_, app);
     return app;
 }

@@ -102,8 +102,8 @@ bool AdminScriptRunner::isAllowed(const RemovalOperation& operation) const {
         return false;
     }
     const auto* bootstrap = std::get_if<operation::Bootstrap>(&operation.kind);
-    const bool isAllowed = toolArguments::areSafe(operation.kind)
-                           && !(bootstrap && bootstrap->isSystemDomain && !isSystemJobFile(bootstrap->plist));
+    const bool isForeignJob = bootstrap && bootstrap->isSystemDomain && !isSystemJobFile(bootstrap->plist);
+    const bool isAllowed = toolArguments::areSafe(operation.kind) && !isForeignJob;
     if (!isAllowed)
         log_.warning("Privileged {} blocked: {} cannot be handed to a tool", kindName(operation.kind),
                      operation.displayName);

@@ -19,12 +19,14 @@ namespace {
 std::vector<std::string> toolEnvironment() {
     std::vector<std::string> variables = {"PATH=/usr/bin:/bin:/usr/sbin:/sbin"};
     for (const char* kept : {"HOME", "USER", "LOGNAME", "TMPDIR", "__CF_USER_TEXT_ENCODING"})
-        if (const char* value = std::getenv(kept)) variables.push_back(std::string(kept) + "=" + value);
+        if (const char* value = std::getenv(kept)) // NOLINT(concurrency-mt-unsafe): nobody sets it
+            variables.push_back(std::string(kept) + "=" + value);
     return variables;
 }
 
 std::vector<char*> pointers(std::vector<std::string>& texts) {
     std::vector<char*> result;
+    result.reserve(texts.size() + 1);
     for (auto& text : texts)
         result.push_back(text.data());
     result.push_back(nullptr);

@@ -18,7 +18,7 @@ FileResult<Path> resolveExistingParents(const Path& path, const FileSystem& file
         if (resolved) return *resolved / missingPart;
         if (resolved.error().fault != FileFault::missing || folder.isRoot())
             return tl::unexpected(resolved.error());
-        missingPart = folder.lastComponent() + "/" + missingPart;
+        missingPart.insert(0, folder.lastComponent() + "/");
     }
 }
 

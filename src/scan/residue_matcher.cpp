@@ -109,7 +109,7 @@ bool hasCanonicalForm(std::string_view text, std::string_view canonical) {
     std::size_t matched = 0;
     for (const char c : text) {
         if (static_cast<unsigned char>(c) >= 0x80) return canonicalForm(text) == canonical;
-        if (!isDigit(c) && !(c >= 'a' && c <= 'z')) continue;
+        if (!isDigit(c) && (c < 'a' || c > 'z')) continue;
         if (matched == canonical.size() || canonical[matched] != c) return false;
         ++matched;
     }

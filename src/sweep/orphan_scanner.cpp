@@ -72,7 +72,7 @@ void measure(const FileSystem& files, std::vector<Trace>& traces, const StopToke
 }
 
 /// Puts "com.example.app.helper" to "com.example.app" when both were found: they are one application's.
-std::map<std::string, Finds> joined(std::map<std::string, Finds> byIdentifier) {
+std::map<std::string, Finds> joined(std::map<std::string, Finds>&& byIdentifier) {
     std::map<std::string, Finds> owners;
     for (auto& [identifier, finds] : byIdentifier) { // a shorter form comes before what continues it
         auto form = identifier;

@@ -147,6 +147,7 @@ std::string writeBillOfMaterials(const std::vector<BomEntry>& entries) {
 
     Store store;
     std::vector<Reference> level;
+    level.reserve(records.size());
     for (const auto& record : records)
         level.push_back(addItem(record, store));
     level = addLevel(level, true, store);

@@ -68,7 +68,7 @@ void writeBundle(SampleTree& tree, const Bundle& bundle) {
     MachOStub stub{.identifier = text(bundle.bundleID),
                    .teamID = text(bundle.teamID),
                    .universal = bundle.isUniversal,
-                   .padding = 16 * 1024};
+                   .padding = std::size_t{16} * 1024};
     for (const auto& group : bundle.groups)
         stub.applicationGroups.push_back(text(group));
 
