@@ -1,6 +1,7 @@
 #include "host/xdg_autostart.h"
 
-#include <cstdlib>
+#include "settings/user_folder.h"
+
 #include <fstream>
 
 namespace tidwen {
@@ -34,11 +35,7 @@ std::string autostartEntry(const std::vector<std::string>& command) {
 }
 
 fs::path XdgAutostart::defaultFolder() {
-    const char* configuration =
-        std::getenv("XDG_CONFIG_HOME"); // NOLINT(concurrency-mt-unsafe): nothing sets variables
-    if (configuration && *configuration == '/') return fs::path(configuration) / "autostart";
-    const char* home = std::getenv("HOME"); // NOLINT(concurrency-mt-unsafe)
-    return fs::path(home ? home : "/") / ".config/autostart";
+    return userFolder("XDG_CONFIG_HOME", ".config") / "autostart";
 }
 
 bool XdgAutostart::isEnabled() const {

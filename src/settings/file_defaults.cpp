@@ -1,8 +1,6 @@
 #include "settings/file_defaults.h"
 
-#include <cstdlib>
-#include <pwd.h>
-#include <unistd.h>
+#include "settings/user_folder.h"
 
 namespace tidwen {
 
@@ -29,8 +27,8 @@ std::optional<std::string> serialized(const PropertyListDictionary& values) {
 
 } // namespace
 
-FileDefaults::FileDefaults(std::filesystem::path file, Log& log)
-    : file_(std::move(file)), log_(log), version_(tl::unexpected(Fault::missing)) {}
+FileDefaults::FileDefaults(const std::filesystem::path& file, Log& log)
+    : file_(file), log_(log), version_(tl::unexpected(Fault::missing)) {}
 
 std::optional<PropertyListValue> FileDefaults::value(const std::string& key) const {
     const std::lock_guard guard(mutex_);
@@ -91,13 +89,7 @@ bool FileDefaults::reload(bool isLocked) const {
 }
 
 std::filesystem::path FileDefaults::defaultFile() {
-    const std::filesystem::path inFolder = "tidwen/settings.plist";
-    const char* configuration = std::getenv("XDG_CONFIG_HOME");
-    if (configuration && *configuration == '/') return configuration / inFolder; // relative ones do not count
-    const char* home = std::getenv("HOME");
-    if (!home || *home != '/')
-        if (const auto* account = ::getpwuid(::geteuid())) home = account->pw_dir;
-    return std::filesystem::path(home ? home : "/") / ".config" / inFolder;
+    return userFolder("XDG_CONFIG_HOME", ".config") / "tidwen/settings.plist";
 }
 
 } // namespace tidwen

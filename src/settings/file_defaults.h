@@ -18,7 +18,7 @@ namespace tidwen {
 /// May be used from any thread.
 class FileDefaults : public Defaults {
   public:
-    FileDefaults(std::filesystem::path file, Log& log);
+    FileDefaults(const std::filesystem::path& file, Log& log);
 
     std::optional<PropertyListValue> value(const std::string& key) const override;
     bool setValue(const std::string& key, const std::optional<PropertyListValue>& value) override;
