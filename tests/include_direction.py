@@ -7,8 +7,9 @@ import sys
 
 # A floor and the number of its level; floors on one level must not know each other.
 LEVELS = {
-    "base": 1, "platform": 2, "settings": 3, "scan": 4, "operations": 5, "quarantine": 6, "inventory": 7,
-    "sweep": 8, "system": 9, "removal": 10, "macos": 11, "volume": 11, "host": 11, "cli": 12, "app": 12,
+    "base": 1, "platform": 2, "settings": 3, "scan": 4, "services": 4, "operations": 5, "quarantine": 6,
+    "inventory": 7, "sweep": 8, "system": 9, "removal": 10, "macos": 11, "volume": 11, "host": 11, "cli": 12,
+    "app": 12,
 }
 INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s*["<]([^">]+)[">]')
 QT = re.compile(r"^Q[A-Z]|^Qt")

@@ -20,14 +20,15 @@ Command tagsCommand();
 Command settingsCommand();
 Command watchCommand();
 Command requestsCommand();
+Command updatesCommand();
 Command completionsCommand();
 
 std::vector<Command> allCommands() {
     return {
-        sampleCommand(),     appsCommand(),    scanCommand(),        removeCommand(),      resetCommand(),
-        historyCommand(),    undoCommand(),    recoverCommand(),     purgeCommand(),       orphansCommand(),
-        installersCommand(), startupCommand(), permissionsCommand(), protectCommand(),     tagsCommand(),
-        settingsCommand(),   watchCommand(),   requestsCommand(),    completionsCommand(),
+        sampleCommand(),     appsCommand(),    scanCommand(),        removeCommand(),  resetCommand(),
+        historyCommand(),    undoCommand(),    recoverCommand(),     purgeCommand(),   orphansCommand(),
+        installersCommand(), startupCommand(), permissionsCommand(), protectCommand(), tagsCommand(),
+        settingsCommand(),   watchCommand(),   requestsCommand(),    updatesCommand(), completionsCommand(),
     };
 }
 

@@ -76,6 +76,10 @@ EarlyExit endOf(const CLI::ParseError& error, const CLI::App& app, const Command
 
 } // namespace
 
+std::string_view programVersion() {
+    return TIDWEN_VERSION;
+}
+
 std::vector<std::string> Arguments::values(std::string_view option) const {
     const auto found = options.find(option);
     return found == options.end() ? std::vector<std::string>{} : found->second;

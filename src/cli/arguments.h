@@ -56,6 +56,9 @@ struct EarlyExit {
     std::string text; ///< for standard output when `status` is 0, else for standard error
 };
 
+/// "0.1.0".
+std::string_view programVersion();
+
 /// Reads the command line. Global options may stand before the command and after it. Help is in English like
 /// the rest of the program's grammar.
 tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* words,

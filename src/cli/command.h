@@ -6,6 +6,7 @@
 #include "operations/permission_revoker.h"
 #include "operations/privileged_runner.h"
 #include "platform/folder_events.h"
+#include "platform/https_fetcher.h"
 #include "platform/login_item.h"
 #include "platform/notifications.h"
 #include "platform/system.h"
@@ -41,6 +42,15 @@ struct Mac {
         volume; ///< this machine's folder that holds it; absent on a live Mac
 };
 
+/// This machine's user and the program itself, for commands that need no Mac.
+struct Host {
+    Defaults& defaults;
+    Log& log;
+    HttpsFetcher& fetcher;
+    std::string feedKey;     ///< the maker's public key that was built in; may be empty
+    std::string feedAddress; ///< the feed that was built in; may be empty
+};
+
 struct CommandContext {
     const Arguments& arguments;
     const Texts& texts;
@@ -59,10 +69,11 @@ struct CommandContext {
 /// all_commands.cpp.
 struct Command {
     using Anywhere = ExitStatus (*)(const CommandContext&);
+    using OnHost = ExitStatus (*)(const CommandContext&, Host&);
     using OnMac = ExitStatus (*)(const CommandContext&, Mac&);
 
     CommandSyntax syntax;
-    std::variant<Anywhere, OnMac> run;
+    std::variant<Anywhere, OnHost, OnMac> run;
 };
 
 /// In the order in which help lists them.

@@ -1,6 +1,7 @@
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/resources.h"
+#include "host/curl_fetcher.h"
 #include "host/desktop_notifications.h"
 #include "operations/posix_process_runner.h"
 #include "settings/file_defaults.h"
@@ -13,6 +14,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <memory>
 
 namespace tidwen {
@@ -108,6 +110,15 @@ ExitStatus runOnVolume(Command::OnMac run, const CommandContext& context, Log& l
     return run(context, mac.mac());
 }
 
+ExitStatus runOnHost(Command::OnHost run, const CommandContext& context, Log& log) {
+    FileDefaults defaults(FileDefaults::defaultFile(), log);
+    const char* authorities =
+        std::getenv("SSL_CERT_FILE"); // NOLINT(concurrency-mt-unsafe): nothing sets variables
+    CurlFetcher fetcher(authorities ? authorities : "");
+    Host host{defaults, log, fetcher, TIDWEN_FEED_KEY, TIDWEN_FEED_ADDRESS};
+    return run(context, host);
+}
+
 ExitStatus runCommand(const Command& command, const Arguments& arguments) {
     const auto resources = findResources(arguments.program.c_str());
     const auto texts = Texts::load(resources, preferredLanguage(resources));
@@ -120,6 +131,8 @@ ExitStatus runCommand(const Command& command, const Arguments& arguments) {
     auto status = ExitStatus::done;
     if (const auto* anywhere = std::get_if<Command::Anywhere>(&command.run))
         status = (*anywhere)(context);
+    else if (const auto* onHost = std::get_if<Command::OnHost>(&command.run))
+        status = runOnHost(*onHost, context, log);
     else
         status = runOnVolume(std::get<Command::OnMac>(command.run), context, log);
     const bool printed = console.finish();

@@ -95,6 +95,8 @@ const std::vector<PreferenceDescription>& preferenceDescriptions() {
         {"quarantineRetention", "tidwen.quarantineRetention", "never", list(retentionTexts)},
         {"catchTrashedApps", "tidwen.catchTrashedApps", "false", {"true", "false"}, true},
         {"hasCompletedOnboarding", "tidwen.onboardingCompleted", "false", {"true", "false"}, true},
+        {"checksForUpdates", "tidwen.checksForUpdates", "false", {"true", "false"}, true},
+        {"updateFeed", "tidwen.updateFeed", ""},
     };
     return all;
 }
@@ -118,12 +120,14 @@ std::vector<AppPreferences::Text> AppPreferences::texts() {
             {describe("homeGrouping"), homeGrouping},
             {describe("homeSort"), homeSort},
             {describe("unusedThreshold"), unusedThreshold},
-            {describe("quarantineRetention"), quarantineRetention}};
+            {describe("quarantineRetention"), quarantineRetention},
+            {describe("updateFeed"), updateFeed}};
 }
 
 std::vector<AppPreferences::Switch> AppPreferences::switches() {
     return {{describe("catchTrashedApps"), catchTrashedApps},
-            {describe("hasCompletedOnboarding"), hasCompletedOnboarding}};
+            {describe("hasCompletedOnboarding"), hasCompletedOnboarding},
+            {describe("checksForUpdates"), checksForUpdates}};
 }
 
 void AppPreferences::reload() {

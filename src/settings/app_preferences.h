@@ -52,6 +52,8 @@ class AppPreferences {
     Property<std::string> quarantineRetention;
     Property<bool> catchTrashedApps;
     Property<bool> hasCompletedOnboarding;
+    Property<bool> checksForUpdates;
+    Property<std::string> updateFeed; ///< address of another feed than the program's own; empty: its own
 
     /// Reads everything again, after another process changed the settings. Only what differs is published.
     void reload();

@@ -24,8 +24,8 @@ ExitStatus notStored(const CommandContext& context) {
     return ExitStatus::someFailed;
 }
 
-ExitStatus runProtect(const CommandContext& context, Mac& mac) {
-    ProtectedApps apps(mac.system.defaults);
+ExitStatus runProtect(const CommandContext& context, Host& host) {
+    ProtectedApps apps(host.defaults);
     const auto& words = context.arguments.operands;
     const std::string action = words.empty() ? "list" : words.front();
     if (action == "add" || action == "remove") {
@@ -62,8 +62,8 @@ void printTags(const AppTags& tags, const CommandContext& context) {
     }
 }
 
-ExitStatus runTags(const CommandContext& context, Mac& mac) {
-    AppTags tags(mac.system.defaults);
+ExitStatus runTags(const CommandContext& context, Host& host) {
+    AppTags tags(host.defaults);
     const auto& words = context.arguments.operands;
     const std::string action = words.empty() ? "list" : words.front();
     const auto needs = [&](std::size_t count) { return words.size() == count + 1; };
@@ -99,22 +99,22 @@ void printSettings(const AppPreferences& preferences, const CommandContext& cont
     table.print(context.console);
 }
 
-ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context, Mac& mac) {
+ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context, Host& host) {
     const auto& words = context.arguments.operands;
     if (words.size() != 3) return context.refuse({"cli.settings.usage"});
     if (!preferences.get(words[1])) return context.refuse({"cli.settings.unknown %@", {words[1]}});
     if (!preferences.set(words[1], words[2]))
         return context.refuse({"cli.settings.refused %@ %@", {words[1], words[2]}});
     // Read back what another process would see.
-    const auto stored = AppPreferences(mac.system.defaults).get(words[1]);
+    const auto stored = AppPreferences(host.defaults).get(words[1]);
     return stored == preferences.get(words[1]) ? ExitStatus::done : notStored(context);
 }
 
-ExitStatus runSettings(const CommandContext& context, Mac& mac) {
-    AppPreferences preferences(mac.system.defaults);
+ExitStatus runSettings(const CommandContext& context, Host& host) {
+    AppPreferences preferences(host.defaults);
     const auto& words = context.arguments.operands;
     const std::string action = words.empty() ? "list" : words.front();
-    if (action == "set") return setSetting(preferences, context, mac);
+    if (action == "set") return setSetting(preferences, context, host);
     if (action == "get" && words.size() == 2) {
         const auto value = preferences.get(words[1]);
         if (!value) return context.refuse({"cli.settings.unknown %@", {words[1]}});

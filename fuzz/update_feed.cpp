@@ -1,0 +1,21 @@
+// Update feeds: what is read keeps its bounds, and nothing in it is offered that would lead back.
+
+#include "services/update_feed.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace tidwen;
+    const auto releases = parseUpdateFeed({reinterpret_cast<const char*>(data), size}, "com.corvella.tidwen");
+    if (!releases) return 0;
+    const VersionNumber running{{1, 5}, {}};
+    for (const auto& release : *releases) {
+        if (VersionNumber::parse(release.version) != release.number) std::abort();
+        if (!isPlainHttpsAddress(release.url) || release.minimumSystem.empty()) std::abort();
+        if (compare(release.number, running) != -compare(running, release.number)) std::abort();
+        const auto answer = newestRelease(*releases, running, {"macOS", release.number});
+        if (answer.release && compare(answer.release->number, running) <= 0) std::abort();
+    }
+    return 0;
+}

@@ -1,0 +1,88 @@
+#include "base/json.h"
+#include "cli/command.h"
+#include "cli/console.h"
+#include "host/host_system.h"
+#include "services/update_check.h"
+#include "settings/app_preferences.h"
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+namespace tidwen {
+
+namespace {
+
+constexpr const char* application = "com.corvella.tidwen";
+
+UpdateSettings settings(const Host& host) {
+    const AppPreferences preferences(host.defaults);
+    const auto& ownFeed = preferences.updateFeed.get();
+    return {.isSwitchedOn = preferences.checksForUpdates.get(),
+            .address = ownFeed.empty() ? host.feedAddress : ownFeed,
+            .publicKey = host.feedKey,
+            .application = application,
+            .running = VersionNumber::parse(programVersion()).value_or(VersionNumber{}),
+            .system = hostSystem()};
+}
+
+const char* name(UpdateState state) {
+    switch (state) {
+    case UpdateState::upToDate:
+        return "upToDate";
+    case UpdateState::available:
+        return "available";
+    case UpdateState::needsNewerSystem:
+        return "needsNewerSystem";
+    }
+    return "upToDate";
+}
+
+std::string document(const UpdateAnswer& answer) {
+    nlohmann::json object = {{"running", std::string(programVersion())}, {"state", name(answer.state)}};
+    if (const auto& release = answer.release)
+        object["release"] = {{"version", release->version},
+                             {"date", iso8601(release->date)},
+                             {"url", release->url},
+                             {"notes", release->notes}};
+    return writeJson(object);
+}
+
+void print(const UpdateAnswer& answer, const CommandContext& context) {
+    auto& console = context.console;
+    const auto& release = answer.release;
+    if (!release) return console.line(context.text("updates.none %@", {std::string(programVersion())}));
+    const auto* headline =
+        answer.state == UpdateState::available ? "updates.available %@ %@" : "updates.needsNewerSystem %@ %@";
+    const auto day = iso8601(release->date).substr(0, std::string_view("2026-11-14").size());
+    console.line(context.text(headline, {release->version, day}), Paint::strong);
+    std::istringstream notes(release->notes);
+    for (std::string line; std::getline(notes, line);)
+        console.line("  " + line);
+    console.line(release->url);
+}
+
+ExitStatus run(const CommandContext& context, Host& host) {
+    context.console.progress(context.text("updates.progress"));
+    const auto answer = UpdateCheck(host.fetcher, host.log, settings(host)).check();
+    context.console.endProgress();
+    if (!answer) {
+        context.refuse(answer.error().message());
+        return answer.error().isRefusal() ? ExitStatus::refused : ExitStatus::someFailed;
+    }
+    if (context.arguments.json)
+        context.console.document(document(*answer));
+    else
+        print(*answer, context);
+    return ExitStatus::done;
+}
+
+} // namespace
+
+Command updatesCommand() {
+    return {
+        .syntax = {.name = "updates",
+                   .summary = "Tell whether there is a newer version, if the setting checksForUpdates is on"},
+        .run = run};
+}
+
+} // namespace tidwen
