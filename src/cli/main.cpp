@@ -1,6 +1,8 @@
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/resources.h"
+#include "host/crash_recorder.h"
+#include "host/crash_reports.h"
 #include "host/curl_fetcher.h"
 #include "host/desktop_notifications.h"
 #include "operations/posix_process_runner.h"
@@ -119,6 +121,13 @@ ExitStatus runOnHost(Command::OnHost run, const CommandContext& context, Log& lo
     return run(context, host);
 }
 
+/// A crash of an earlier run is told of once, at the next start.
+void tellOfCrash(const CommandContext& context, Log& log) {
+    CrashReports reports(CrashReports::defaultFolder(), context.text("crash.introduction"), log);
+    if (const auto report = reports.collect())
+        context.console.complain(context.text("crash.report %@", {report->string()}));
+}
+
 ExitStatus runCommand(const Command& command, const Arguments& arguments) {
     const auto resources = findResources(arguments.program.c_str());
     const auto texts = Texts::load(resources, preferredLanguage(resources));
@@ -128,6 +137,7 @@ ExitStatus runCommand(const Command& command, const Arguments& arguments) {
     if (texts.keys().empty()) log.error("the texts were not found; TIDWEN_RESOURCES may name their folder");
     Console console(stdin, stdout, stderr);
     const CommandContext context{arguments, texts, console};
+    tellOfCrash(context, log);
     auto status = ExitStatus::done;
     if (const auto* anywhere = std::get_if<Command::Anywhere>(&command.run))
         status = (*anywhere)(context);
@@ -147,6 +157,7 @@ int main(int count, char** words) {
     using namespace tidwen;
     // A reader that goes away must not end a removal half-way.
     std::signal(SIGPIPE, SIG_IGN);
+    crashRecorder::install(CrashReports::defaultFolder(), programVersion());
     const auto commands = allCommands();
     std::vector<CommandSyntax> syntax;
     syntax.reserve(commands.size());
@@ -160,5 +171,6 @@ int main(int count, char** words) {
     const auto command = std::find_if(commands.begin(), commands.end(), [&](const Command& candidate) {
         return candidate.syntax.name == arguments->command;
     });
+    crashRecorder::note(command->syntax.name);
     return static_cast<int>(runCommand(*command, *arguments));
 }
