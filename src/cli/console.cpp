@@ -51,8 +51,9 @@ Console::Console(std::FILE* input, std::FILE* output, std::FILE* errors)
       output_(output),
       errors_(errors),
       inputIsTerminal_(isTerminal(input)),
+      errorsAreTerminal_(isTerminal(errors)),
       showsColours_(isTerminal(output) && !isSet("NO_COLOR") && !isDumb()),
-      showsProgress_(isTerminal(errors) && !isDumb()) {}
+      showsProgress_(errorsAreTerminal_ && !isDumb()) {}
 
 void Console::put(std::FILE* file, std::string_view text) {
     const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
@@ -83,6 +84,13 @@ void Console::complain(std::string_view text) {
     endProgress();
     std::fflush(output_); // so that the two streams keep their order where they meet
     put(errors_, "tidwen: " + printable(text) + "\n");
+}
+
+void Console::remark(std::string_view text) {
+    if (!errorsAreTerminal_) return;
+    endProgress();
+    std::fflush(output_); // it comes after what it remarks on
+    put(errors_, printable(text) + "\n");
 }
 
 void Console::progress(std::string_view what) {

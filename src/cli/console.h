@@ -32,6 +32,11 @@ class Console {
     /// "tidwen: " and the text, on standard error.
     void complain(std::string_view text);
 
+    /// There is a person who sees remarks.
+    bool showsRemarks() const { return errorsAreTerminal_; }
+    /// A line beside the results, on standard error; only on a terminal.
+    void remark(std::string_view text);
+
     /// Shows what is being done on a line that the next one overwrites; only on a terminal.
     void progress(std::string_view what);
     void endProgress();
@@ -53,6 +58,7 @@ class Console {
     std::FILE* output_;
     std::FILE* errors_;
     bool inputIsTerminal_ = false;
+    bool errorsAreTerminal_ = false;
     bool showsColours_ = false;
     bool showsProgress_ = false;
     bool progressShown_ = false;

@@ -3,6 +3,7 @@
 #include "cli/commands/lock_refusal.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/commands/removal_output.h"
+#include "cli/commands/review_remark.h"
 #include "cli/console.h"
 #include "cli/json_output.h"
 #include "cli/labels.h"
@@ -95,6 +96,7 @@ class Removal {
             report->reclaimedBytes = static_cast<std::int64_t>(size->allocatedBytes);
         show(*report);
         const bool isComplete = report->failures().empty() && !report->manifestFailure;
+        remindOfReview(context_, mac_.system.defaults, isComplete);
         return isComplete ? ExitStatus::done : ExitStatus::someFailed;
     }
 

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "cli/command.h"
+
+namespace tidwen {
+
+/// Counts a removal whose report was shown and, now and then, asks for a review (services/review_reminder).
+void remindOfReview(const CommandContext& context, Defaults& defaults, bool withoutFailure);
+
+} // namespace tidwen

@@ -1,0 +1,32 @@
+#include "services/review_reminder.h"
+
+#include <algorithm>
+
+namespace tidwen {
+
+int ReviewReminder::count() const {
+    const auto stored = defaults_.value(countKey);
+    const auto number = stored ? stored->asInteger() : std::nullopt;
+    return static_cast<int>(std::clamp<std::int64_t>(number.value_or(0), 0, removalsBefore));
+}
+
+bool ReviewReminder::askedInThisVersion() const {
+    const auto stored = defaults_.value(versionKey);
+    const auto* version = stored ? stored->asString() : nullptr;
+    return version && *version == version_;
+}
+
+void ReviewReminder::removalEnded(bool withoutFailure) {
+    if (!withoutFailure || askedInThisVersion()) return;
+    const int removals = std::min(count() + 1, removalsBefore);
+    if (removals < removalsBefore || !prompt_.canShow()) {
+        defaults_.setValue(countKey, PropertyListValue(removals));
+        return;
+    }
+    // Noted first: what cannot be noted would be asked after every removal from now on.
+    if (!defaults_.setValue(versionKey, PropertyListValue(version_))) return;
+    defaults_.setValue(countKey, std::nullopt);
+    prompt_.show();
+}
+
+} // namespace tidwen

@@ -1,0 +1,46 @@
+#include "services/review_reminder.h"
+#include "support/memory_defaults.h"
+
+#include <gtest/gtest.h>
+
+namespace tidwen {
+namespace {
+
+class CountingPrompt : public ReviewPrompt {
+  public:
+    bool canShow() const override { return isWatched; }
+    void show() override { ++shown; }
+
+    bool isWatched = true;
+    int shown = 0;
+};
+
+TEST(ReviewReminder, AsksAfterFiveSoundRemovalsOnceAVersion) {
+    // "s": a sound removal, "f": one with a failure, "u": a sound one that nobody watches, "2": a new
+    // version, "r": settings that cannot be written from now on, "d": a damaged count.
+    const std::pair<const char*, int> cases[] = {
+        {"ssss", 0},     {"sssss", 1},     {"ffffffffff", 0}, {"sfsfsfsfs", 1},   {"ssssssssssss", 1},
+        {"ssssuuuu", 0}, {"ssssuuuus", 1}, {"sssss2ssss", 1}, {"sssss2sssss", 2}, {"ssss2s", 1},
+        {"ssssrsss", 0}, {"dssss", 0},     {"dsssss", 1},
+    };
+    for (const auto& [events, shown] : cases) {
+        test::MemoryDefaults defaults;
+        CountingPrompt prompt;
+        int version = 1;
+        for (const char event : std::string_view(events)) {
+            prompt.isWatched = event != 'u';
+            if (event == '2')
+                ++version;
+            else if (event == 'r')
+                defaults.isReadOnly = true;
+            else if (event == 'd')
+                defaults.values = {{ReviewReminder::countKey, PropertyListValue("many")}};
+            else // each removal is a run of the program of its own
+                ReviewReminder(defaults, prompt, std::to_string(version)).removalEnded(event != 'f');
+        }
+        EXPECT_EQ(prompt.shown, shown) << events;
+    }
+}
+
+} // namespace
+} // namespace tidwen
