@@ -9,6 +9,17 @@ Message failure(const FileError& error) {
     return {std::string(failureKey(error.fault))};
 }
 
+/// What forbids a move is rarely the item's own permissions: the words name what can be done about it.
+Message moveFailure(const FileError& error, const operation::Move& move, const FileSystem& files) {
+    const Path& from = move.source;
+    if (error.fault == FileFault::exists && error.path != from && error.path != move.destination)
+        return {"failure.putBackBeside %@", {error.path.string()}};
+    if (error.fault != FileFault::denied) return failure(error);
+    const auto item = files.info(from);
+    if (item && item->immutable) return {"failure.itemLocked"};
+    return files.isMovable(from) ? failure(error) : Message{"failure.notYours"};
+}
+
 /// The path with the links of its parents resolved as far down as they exist: what is missing below will be
 /// created as plain folders, or refused when a dangling link stands in the way.
 FileResult<Path> resolveExistingParents(const Path& path, const FileSystem& files) {
@@ -67,8 +78,11 @@ std::optional<Message> screenedMove(const operation::Move& move, FileSystem& fil
     if (!judge.isAllowedPlace(real)) return blocked(real.string(), log);
 
     if (const auto created = files.createDirectories(to->parent()); !created) return failure(created.error());
-    if (const auto moved = files.move(*from, *to); !moved) return failure(moved.error());
-    return std::nullopt;
+    const auto moved = files.move(*from, *to);
+    if (moved) return std::nullopt;
+    // The numbered folder that waits for nothing would count as something in quarantine.
+    if (!leavesQuarantine) (void)files.removeEmptyDirectory(to->parent());
+    return moveFailure(moved.error(), {*from, *to}, files);
 }
 
 } // namespace tidwen

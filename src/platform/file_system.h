@@ -119,8 +119,9 @@ class FileSystem {
     /// empty.
     virtual FileResult<TreeSize> treeSize(const Path& path, std::uint64_t entryLimit,
                                           const StopToken& stop = {}) const = 0;
-    /// May the current user add and remove entries of this folder (or change this file)?
-    virtual bool isWritable(const Path& path) const = 0;
+    /// May this process take the item out of its folder? Judged by permissions, owners and flags, so a move
+    /// can still fail; never true for what is not there.
+    virtual bool isMovable(const Path& path) const = 0;
 
     // Changing
 

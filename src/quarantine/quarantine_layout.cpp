@@ -1,5 +1,6 @@
 #include "quarantine/quarantine_layout.h"
 
+#include "base/numbered_name.h"
 #include "base/text.h"
 #include "scan/path_policy.h"
 
@@ -13,18 +14,8 @@ namespace {
 /// Two runs of one second share a name; more than this many point at something else going wrong.
 constexpr int maxFolderAttempts = 100;
 
-/// What surrounds the label in the longest folder name, and what a file system takes for one name.
+/// What surrounds the label in the longest folder name.
 constexpr std::size_t longestSurrounding = std::string_view("Tidwen -  - 2026-11-14 17-26-00 (100)").size();
-constexpr std::size_t longestFileName = 255;
-
-/// At most `bytes` bytes, without a cut through a character.
-std::string shortened(std::string text, std::size_t bytes) {
-    if (text.size() <= bytes) return text;
-    while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0) == 0x80)
-        --bytes;
-    text.resize(bytes);
-    return text;
-}
 
 /// C0, DEL and C1: they would let a name pretend to be another one in a terminal or a list.
 std::string withoutControls(std::string_view text) {

@@ -1,5 +1,6 @@
 #include "quarantine/undo_service.h"
 
+#include "base/numbered_name.h"
 #include "operations/screened_move.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/restore_order.h"
@@ -14,7 +15,6 @@ namespace {
 
 constexpr const char* notInQuarantineKey = "failure.notInQuarantine";
 constexpr const char* outerNotRestoredKey = "failure.outerNotRestored";
-constexpr int lastNumberTried = 999;
 
 /// Gives every operation of a batch its own number: results are told apart by it, and a manifest may hold one
 /// number twice.
@@ -40,14 +40,6 @@ class OperationNumbers {
     std::set<int> given_;
     int next_ = 1;
 };
-
-/// "Name.ext" for 1, then "Name 2.ext" and so on.
-Path numberedName(const Path& source, int number) {
-    if (number < 2) return source;
-    const auto extension = source.extension();
-    const auto point = extension.empty() ? "" : ".";
-    return source.parent() / fmt::format("{} {}{}{}", source.stem(), number, point, extension);
-}
 
 /// launchd reads jobs from these folders alone. A manifest that asks for another file to be loaded, possibly
 /// as root, was not written by a removal.
@@ -99,7 +91,12 @@ class UndoRun {
         if (entry.requiresRoot) return queue(move, entry);
         if (const auto failure = screenedMove(move, ports_.files, policy_, ports_.log))
             return fail(entry.source, *failure);
+        countRestored(move, source);
+    }
+
+    void countRestored(const operation::Move& move, const Path& oldPlace) {
         ++report_.restoredCount;
+        if (move.destination != oldPlace) report_.renamed.push_back(move.destination);
     }
 
     /// Put back before the folder it lay in, it would take that folder's place. Inside the batch the order of
@@ -172,9 +169,9 @@ class UndoRun {
             operations.push_back(each.operation);
         const auto results = runner.run(operations);
         for (std::size_t i = 0; i < queued.size(); ++i) {
-            const bool isMove = std::holds_alternative<operation::Move>(queued[i].operation.kind);
+            const auto* move = std::get_if<operation::Move>(&queued[i].operation.kind);
             if (i < results.size() && results[i].succeeded)
-                ++(isMove ? report_.restoredCount : report_.relaunchedJobs);
+                move ? countRestored(*move, Path(queued[i].path)) : void(++report_.relaunchedJobs);
             else
                 fail(queued[i].path, i < results.size()
                                          ? results[i].failureReason.value_or(Message{"failure.unknown"})
@@ -217,7 +214,8 @@ Path restoreTarget(const Path& source, const FileSystem& files, const std::set<P
     const auto isFree = [&](const Path& path) { return !taken.contains(path) && !files.exists(path); };
     for (int number = 1; number <= lastNumberTried; ++number)
         if (auto candidate = numberedName(source, number); isFree(candidate)) return candidate;
-    return source.parent() / fmt::format("{} {}", source.stem(), Uuid::random().string());
+    const auto tail = " " + Uuid::random().string();
+    return source.parent() / (shortened(source.stem(), longestFileName - tail.size()) + tail);
 }
 
 } // namespace tidwen

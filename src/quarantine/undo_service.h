@@ -17,6 +17,7 @@ struct UndoReport {
     int totalCount = 0;
     std::vector<std::string> failures; ///< "path: reason" in the user's language
     int relaunchedJobs = 0;
+    std::vector<Path> renamed = {}; ///< where items went whose old place is taken
     friend bool operator==(const UndoReport&, const UndoReport&) = default;
 };
 

@@ -1,5 +1,6 @@
 #include "volume/copied_move.h"
 
+#include "base/numbered_name.h"
 #include "volume/durable_write.h"
 #include "volume/exclusive_rename.h"
 #include "volume/file_faults.h"
@@ -86,12 +87,27 @@ class CopiedMove {
     }
 
     FileResult<void> putBack(const Path& culprit, int reason) {
-        // When the name is taken meanwhile both stay: a later settling finds the pair and completes the move.
-        if (const int fault = renameExclusively(source(), aside_.c_str(), source(), original()))
-            return failed(from_.path, fault);
+        auto returned = returnAside();
+        return returned ? failed(culprit, reason) : returned;
+    }
+
+    /// Its own name may have been taken meanwhile, by an application that made its folder anew: then it gets
+    /// a visible name beside, because a hidden one would be found by nobody. The error tells that name.
+    FileResult<void> returnAside() {
+        const auto rename = [&](const std::string& name) {
+            return renameExclusively(source(), aside_.c_str(), source(), name.c_str());
+        };
+        int fault = rename(original());
+        Path place = from_.path;
+        for (int number = 2; fault == EEXIST && number <= lastNumberTried; ++number) {
+            place = numberedName(from_.path, number);
+            fault = rename(place.lastComponent());
+        }
+        if (fault) return failed(from_.path, fault);
         flushFolder(source());
         dropCopy();
-        return failed(culprit, reason);
+        if (place != from_.path) return refused(place, FileFault::exists);
+        return {};
     }
 
     /// The item is complete at its destination: what cannot be removed any more does not undo the move, and
@@ -119,11 +135,7 @@ class CopiedMove {
         }
         // No complete copy: the original goes back, unless it may have begun to be removed.
         if (isPlaced && !isCopied) return refused(to_.path, FileFault::exists);
-        if (const int fault = renameExclusively(source(), aside_.c_str(), source(), original()))
-            return failed(from_.path, fault);
-        flushFolder(source());
-        dropCopy();
-        return {};
+        return returnAside();
     }
 
     bool asideIs(const char* copy, Compared compared) const {

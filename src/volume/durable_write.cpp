@@ -1,5 +1,6 @@
 #include "volume/durable_write.h"
 
+#include "base/numbered_name.h"
 #include "volume/extended_attributes.h"
 #include "volume/file_faults.h"
 #include "volume/item_description.h"
@@ -11,8 +12,6 @@
 namespace tidwen {
 
 namespace {
-
-constexpr std::size_t nameLimit = 255;
 
 bool isSame(const OsResult<struct stat>& a, const OsResult<struct stat>& b) {
     return a && b && a->st_dev == b->st_dev && a->st_ino == b->st_ino;
@@ -123,12 +122,12 @@ FileResult<void> replaceDurably(const Place& place, const Path& file, std::strin
 
 std::string nameBeside(std::string_view prefix, std::string_view name) {
     std::string whole = fmt::format("{}{}", prefix, name);
-    if (whole.size() <= nameLimit) return whole;
+    if (whole.size() <= longestFileName) return whole;
     std::uint64_t hash = 0xcbf29ce484222325u; // FNV-1a: the same in every run, also after a crash
     for (const char byte : name)
         hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3u;
     const std::string tail = fmt::format("-{:016x}", hash);
-    std::size_t length = nameLimit - tail.size();
+    std::size_t length = longestFileName - tail.size();
     // Not inside a character: some disks take only valid UTF-8.
     while (length > prefix.size() && (static_cast<unsigned char>(whole[length]) & 0xC0) == 0x80)
         --length;

@@ -20,6 +20,13 @@ class TreeRemoval : public TreeVisitor {
         return ::unlinkat(item.folder, item.name, 0) == 0 ? 0 : errno;
     }
 
+    bool unlock(const TreeItem& item) override {
+        return item.status.st_uid == ::geteuid()
+               && ::fchmodat(item.folder, item.name, (item.status.st_mode & 07777) | S_IRWXU,
+                             AT_SYMLINK_NOFOLLOW)
+                      == 0;
+    }
+
     int enter(const TreeItem& item, int opened) override {
         if ((item.status.st_mode & S_IRWXU) == S_IRWXU || item.status.st_uid != ::geteuid()) return 0;
         return ::fchmod(opened, (item.status.st_mode & 07777) | S_IRWXU) == 0 ? 0 : errno;

@@ -53,6 +53,8 @@ class Walker {
     int goDown(const TreeItem& item) {
         if (levels_.size() >= levelLimit) return ENAMETOOLONG;
         Descriptor opened = openFolderToRead(item.folder, item.name);
+        if (!opened.isOpen() && errno == EACCES && visitor_.unlock(item))
+            opened = openFolderToRead(item.folder, item.name);
         if (!opened.isOpen()) return errno;
         const auto status = statOpen(opened.get());
         if (!status) return status.error();

@@ -17,6 +17,8 @@ class TreeVisitor {
     virtual ~TreeVisitor() = default;
     /// Anything but a folder.
     virtual int item(const TreeItem& item) = 0;
+    /// A folder that may not be read: true when it may now.
+    virtual bool unlock(const TreeItem&) { return false; }
     /// A folder, just opened.
     virtual int enter(const TreeItem&, int /*opened*/) { return 0; }
     /// The same folder when everything in it has been seen, still open.

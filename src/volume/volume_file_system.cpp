@@ -43,6 +43,20 @@ OsResult<std::string> readBytes(int file, std::uint64_t offset, std::size_t leng
 
 namespace {
 
+bool mayTakeOut(int folder, const char* name) {
+    const auto item = describeItem(folder, name);
+    const auto holder = statItem(folder, ".");
+    if (!item || !holder || item->immutable) return false;
+    const auto isWritable = [&](const char* what) {
+        return ::faccessat(folder, what, W_OK, AT_EACCESS) == 0;
+    };
+    if (::faccessat(folder, ".", W_OK | X_OK, AT_EACCESS) != 0) return false;
+    // A folder gets another "..", which takes the right to write in it.
+    if (item->kind == FileKind::directory && !isWritable(name)) return false;
+    const auto me = ::geteuid();
+    return (holder->st_mode & S_ISVTX) == 0 || me == 0 || item->ownerID == me || holder->st_uid == me;
+}
+
 /// The kernel keeps the lock as long as the file is open.
 class DescriptorLock : public FolderLock {
   public:
@@ -193,14 +207,11 @@ FileResult<TreeSize> VolumeFileSystem::treeSize(const Path& path, std::uint64_t 
     return *size;
 }
 
-bool VolumeFileSystem::isWritable(const Path& path) const {
-    const auto place = impl_->resolver.place(path, LastLink::follow);
-    if (!place) return false;
-    const int folder = place->folder.get();
-    const auto item = statItem(folder, place->name.c_str());
-    if (!item || S_ISLNK(item->st_mode)) return false;
-    const int wanted = S_ISDIR(item->st_mode) ? W_OK | X_OK : W_OK;
-    return ::faccessat(folder, place->name.c_str(), wanted, AT_EACCESS) == 0;
+bool VolumeFileSystem::isMovable(const Path& path) const {
+    const auto real = resolveParent(path);
+    if (!real) return false;
+    const auto place = impl_->resolver.placeForChange(*real);
+    return place && mayTakeOut(place->folder.get(), place->name.c_str());
 }
 
 // Changing

@@ -32,7 +32,7 @@ class VolumeFileSystem : public FileSystem {
     FileResult<Path> resolve(const Path& path) const override;
     FileResult<TreeSize> treeSize(const Path& path, std::uint64_t entryLimit,
                                   const StopToken& stop = {}) const override;
-    bool isWritable(const Path& path) const override;
+    bool isMovable(const Path& path) const override;
     FileResult<void> createDirectory(const Path& folder) override;
     FileResult<void> createDirectories(const Path& folder) override;
     FileResult<void> move(const Path& from, const Path& to) override;

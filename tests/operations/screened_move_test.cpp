@@ -1,5 +1,6 @@
 #include "operations/screened_move.h"
 #include "support/fixtures.h"
+#include "support/unprivileged.h"
 
 #include <gtest/gtest.h>
 
@@ -47,6 +48,18 @@ TEST_F(ScreenedMoveTest, AMoveThatCannotBeDoneLeavesBothItems) {
     EXPECT_NE(move(caches + "a", quarantine + "/0001/a/b"), "moved");
     EXPECT_EQ(volume.read(caches + "a"), "new");
     EXPECT_EQ(volume.read(quarantine + "/0001/a"), "old");
+    EXPECT_FALSE(volume.exists(quarantine + "/0003")) << "an empty folder counts as quarantined";
+}
+
+TEST_F(ScreenedMoveTest, SaysWhoseItIsThatMayNotBeMoved) {
+    volume.write(caches + "shut/a", "x");
+    test::giveToUnprivileged(volume.hostRoot());
+    std::filesystem::permissions(volume.host(caches + "shut"), std::filesystem::perms(0555));
+    EXPECT_EQ(test::runUnprivileged([&] {
+                  EXPECT_EQ(move(caches + "shut/a", quarantine + "/0001/a"), "failure.notYours");
+                  return 0;
+              }),
+              0);
 }
 
 TEST_F(ScreenedMoveTest, FollowsHarmlessLinksAndNoOthers) {

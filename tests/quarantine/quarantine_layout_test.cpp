@@ -1,5 +1,6 @@
 #include "quarantine/entries.h"
 #include "quarantine/quarantine_layout.h"
+#include "quarantine/trash_lock.h"
 #include "support/fixtures.h"
 
 #include <gtest/gtest.h>
@@ -54,6 +55,7 @@ TEST(QuarantineLayout, ATrashThatIsALinkIsRefused) {
         EXPECT_EQ(createQuarantineFolder({}, runDate, alice(), volume.files()).error().fault,
                   FileFault::throughLink);
         EXPECT_EQ(listQuarantineFolders(alice(), volume.files()).error().fault, FileFault::throughLink);
+        EXPECT_EQ(lockTrash(alice(), volume.files()).error().fault, FileFault::throughLink);
         std::filesystem::remove(volume.host("/Users/alice/.Trash"));
     }
     EXPECT_EQ(volume.files().list(Path("/Library"))->size(), 1u);

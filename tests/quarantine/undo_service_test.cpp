@@ -1,3 +1,4 @@
+#include "base/numbered_name.h"
 #include "quarantine/entries.h"
 #include "quarantine/undo_service.h"
 #include "support/fixtures.h"
@@ -153,12 +154,20 @@ TEST_F(Undo, AHostileManifestMovesNothing) {
 
 TEST_F(Undo, ATakenPlaceGivesTheNextFreeName) {
     const Path folder("/Users/alice/Library/Caches");
-    for (const auto* taken : {"Foo.plist", "two.part.gz", "two.part 2.gz", ".hidden", "plain"})
+    std::string longName = ".plist"; // with a number it would be too long, and a cut may split a letter
+    while (longName.size() < 254)
+        longName.insert(0, "é");
+    for (const std::string taken :
+         {"Foo.plist", "two.part.gz", "two.part 2.gz", ".hidden", "plain", longName.c_str()})
         volume.write((folder / taken).string(), "");
     volume.link((folder / "plain 2").string(), "nowhere");
     const std::pair<std::string, std::string> cases[] = {
-        {"free.txt", "free.txt"}, {"Foo.plist", "Foo 2.plist"}, {"two.part.gz", "two.part 3.gz"},
-        {".hidden", ".hidden 2"}, {"plain", "plain 3"},
+        {"free.txt", "free.txt"},
+        {"Foo.plist", "Foo 2.plist"},
+        {"two.part.gz", "two.part 3.gz"},
+        {".hidden", ".hidden 2"},
+        {"plain", "plain 3"},
+        {longName, shortened(longName, 246) + " 2.plist"},
     };
     for (const auto& [source, expected] : cases)
         EXPECT_EQ(restoreTarget(folder / source, volume.files()), folder / expected);
@@ -171,7 +180,9 @@ TEST_F(Undo, ATakenPlaceGivesTheNextFreeName) {
 
     quarantined(1, (folder / "Foo.plist").string(), true);
     quarantined(2, (folder / "Foo.plist").string());
-    EXPECT_EQ(undo().restoredCount, 2);
+    const auto report = undo();
+    EXPECT_EQ(report.restoredCount, 2);
+    EXPECT_THAT(report.renamed, ElementsAre(folder / "Foo 3.plist", folder / "Foo 2.plist"));
     EXPECT_TRUE(volume.exists((folder / "Foo 3.plist").string()));
 }
 

@@ -255,6 +255,8 @@ TEST_F(CopiedMove, WhatIsWrittenMeanwhileIsNotLost) {
                 if (!fs::exists(top / "inner/file")) continue;
                 writeFile(top / "inner/new", "new words");
                 std::ofstream(top / "inner/file", std::ios::app) << "more words";
+                // An application that misses its folder makes it anew.
+                if (!fs::exists(here.path() / "app")) writeFile(here.path() / "app/anew", "anew");
                 return;
             }
         },
@@ -281,6 +283,7 @@ TEST(SettleInterruptedMove, RemovesOnlyWhatIsSafeElsewhere) {
     const struct {
         std::string what, original, copy, aside, destination;
         std::string result, thenOriginal, thenCopy, thenAside, thenDestination;
+        std::string thenBeside = {}; ///< the original, by a name that people see
     } cases[] = {
         {"nothing began", "ab", "", "", "", "ok", "ab", "", "", ""},
         {"all is done", "", "", "", "ab", "ok", "", "", "", "ab"},
@@ -294,17 +297,19 @@ TEST(SettleInterruptedMove, RemovesOnlyWhatIsSafeElsewhere) {
         {"somebody took the destination", "", "ab", "ab", "x", "ok", "ab", "", "", "x"},
         {"the original came anew, copied", "x", "ab", "ab", "", "ok", "x", "", "", "ab"},
         {"the original came anew, done", "x", "", "ab", "ab", "ok", "x", "", "", "ab"},
-        {"the original came anew, half copied", "x", "a", "ab", "", "exists", "x", "a", "ab", ""},
+        {"the original came anew, half copied", "x", "a", "ab", "", "exists", "x", "", "", "", "ab"},
         {"the destination is not the copy", "", "", "ab", "ax", "exists", "", "", "ab", "ax"},
-        {"all four", "x", "ab", "ab", "y", "exists", "x", "ab", "ab", "y"},
+        {"all four", "x", "ab", "ab", "y", "exists", "x", "", "", "y", "ab"},
         {"only a copy", "", "ab", "", "", "missing", "", "ab", "", ""},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.what);
         const TemporaryVolume volume;
-        const std::string places[] = {"/from/x", "/to/.tidwen-copy-x", "/from/.tidwen-moved-x", "/to/x"};
+        const std::string places[] = {"/from/x", "/to/.tidwen-copy-x", "/from/.tidwen-moved-x", "/to/x",
+                                      "/from/x 2"};
         const std::string given[] = {each.original, each.copy, each.aside, each.destination};
-        const std::string wanted[] = {each.thenOriginal, each.thenCopy, each.thenAside, each.thenDestination};
+        const std::string wanted[] = {each.thenOriginal, each.thenCopy, each.thenAside, each.thenDestination,
+                                      each.thenBeside};
         volume.makeFolder("/from");
         volume.makeFolder("/to");
         for (std::size_t i = 0; i < 4; ++i) {
@@ -318,7 +323,7 @@ TEST(SettleInterruptedMove, RemovesOnlyWhatIsSafeElsewhere) {
         const auto files = openVolume(volume.hostRoot());
         EXPECT_EQ(files->isSetAside(Path("/from/x")), !each.aside.empty());
         EXPECT_EQ(outcome(files->settleInterruptedMove(Path("/from/x"), Path("/to/x"))), each.result);
-        for (std::size_t i = 0; i < 4; ++i) {
+        for (std::size_t i = 0; i < 5; ++i) {
             std::string letters;
             if (volume.exists(places[i]))
                 for (const auto& name : namesIn(volume.host(places[i])))

@@ -393,7 +393,16 @@ TEST_P(FileSystemContract, TellsWhatTheKernelDenies) {
     write("/open/secret");
     write("/open/shut/file");
     makeFolder("/open/into");
+    write("/shut/inner/file");
+    write("/shared/mine");
     giveToUnprivileged(folder.path());
+    // As in /Users/Shared: everybody adds, and only owners take away.
+    write("/shared/theirs");
+    ::chmod(host("/shared").c_str(), 01777);
+    const bool isRoot = ::geteuid() == 0;
+    if (isRoot && ::chown(host("/shared").c_str(), 0, 0) != 0) FAIL() << "root may not change an owner";
+    ::chmod(host("/shut/inner").c_str(), 0);
+    ::chmod(host("/shut").c_str(), 0);
     ::chmod(host("/open/secret").c_str(), 0);
     ::chmod(host("/open/shut").c_str(), 0);
     ::chmod(host("/closed").c_str(), 0500);
@@ -409,10 +418,13 @@ TEST_P(FileSystemContract, TellsWhatTheKernelDenies) {
                   EXPECT_EQ(outcome(mine->replaceFile(Path("/closed/file"), "x", NewFileMode::likeExisting)),
                             "denied");
                   EXPECT_TRUE(mine->treeSize(Path("/open"), 99).has_value());
-                  EXPECT_TRUE(mine->isWritable(Path("/open")));
-                  EXPECT_TRUE(mine->isWritable(Path("/closed/file")));
-                  EXPECT_FALSE(mine->isWritable(Path("/closed")));
-                  EXPECT_FALSE(mine->isWritable(Path("/none")));
+                  for (const auto* item :
+                       {"/closed/file", "/open/shut", isRoot ? "/shared/theirs" : "/none", "/none", "/"})
+                      EXPECT_FALSE(mine->isMovable(Path(item))) << item;
+                  for (const auto* item : {"/open/secret", "/open/into", "/shared/mine"})
+                      EXPECT_TRUE(mine->isMovable(Path(item))) << item;
+                  // One's own folder, however closed, can be emptied.
+                  EXPECT_EQ(outcome(mine->removeTree(Path("/shut"))), "ok");
                   EXPECT_EQ(outcome(mine->move(Path("/open/secret"), Path("/open/into/x"))), "ok");
                   return 0;
               }),

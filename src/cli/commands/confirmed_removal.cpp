@@ -9,6 +9,7 @@
 #include "cli/labels.h"
 #include "cli/selection.h"
 #include "quarantine/trash_lock.h"
+#include "removal/own_rights.h"
 #include "removal/removal_executor.h"
 #include "removal/removal_verification.h"
 #include "scan/residue_scanner.h"
@@ -52,16 +53,23 @@ class Removal {
           left_(std::move(choice.left)),
           apps_(records(targets_)) {}
 
-    ExitStatus showPlan() const {
-        const auto layout = makeLayout(apps_, mac_.system.clock.now(), mac_.system.user);
-        const auto plan = buildRemovalPlan(targets_, layout, mode_, context_.texts);
+    /// Why it must not begin with the rights of this process, which is all that a volume has.
+    std::optional<Message> obstacle() const {
+        if (!mac_.volume) return std::nullopt;
+        const auto items = obstaclesToBegin(plan(dryLayout()), mac_.system.files);
+        if (items.empty()) return std::nullopt;
+        return Message{"cli.remove.notYours %@ %lld", {items.back().string(), std::to_string(items.size())}};
+    }
+
+    void showPlan() const {
+        const auto layout = dryLayout();
+        const auto plan = this->plan(layout);
         if (context_.arguments.json) {
             context_.console.document(json::document(plan));
         } else {
             printPlan(plan, layout, context_);
             printLeft(left_, context_);
         }
-        return ExitStatus::done;
     }
 
     bool confirmed() const {
@@ -82,7 +90,7 @@ class Removal {
         const auto date = mac_.system.clock.now();
         const auto layout = createQuarantineFolder(apps_, date, mac_.system.user, files);
         if (!layout) return cannotBegin(layout.error());
-        const auto plan = buildRemovalPlan(targets_, *layout, mode_, context_.texts);
+        const auto plan = this->plan(*layout);
         context_.console.progress(context_.text("cli.remove.progress %@", {labels::names(apps_)}));
         RemovalExecutor executor({files, mac_.userRunner, mac_.privilegedRunner, mac_.system.log});
         auto report = executor.execute(plan, *layout, apps_, mode_, date);
@@ -101,6 +109,14 @@ class Removal {
     }
 
   private:
+    QuarantineLayout dryLayout() const {
+        return makeLayout(apps_, mac_.system.clock.now(), mac_.system.user);
+    }
+
+    std::vector<RemovalOperation> plan(const QuarantineLayout& layout) const {
+        return buildRemovalPlan(targets_, layout, mode_, context_.texts);
+    }
+
     ExitStatus cannotBegin(const FileError& error) const {
         return context_.refuse(
             {"cli.remove.cannotBegin %@ %@", {error.path.string(), context_.text(failureKey(error.fault))}});
@@ -150,7 +166,10 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, const std::vecto
 
     auto left = leftInPlace(found, *targets, mode);
     Removal removal(context, mac, {mode, std::move(*targets), std::move(left)});
-    if (context.arguments.has("--dry-run")) return removal.showPlan();
+    const bool isDryRun = context.arguments.has("--dry-run");
+    if (isDryRun) removal.showPlan();
+    if (const auto obstacle = removal.obstacle()) return context.refuse(*obstacle);
+    if (isDryRun) return ExitStatus::done;
     return removal.confirmed() ? removal.execute() : ExitStatus::refused;
 }
 

@@ -32,17 +32,24 @@ std::optional<std::string> undoCommandLine(const Path& root, const CommandContex
     return context.commandLine("undo " + std::to_string(found - history.begin() + 1));
 }
 
-int mentionInterruptedRuns(const CommandContext& context, const Mac& mac) {
+std::vector<Path> interruptedRuns(const Mac& mac) {
     const auto& files = mac.system.files;
-    const auto folders = listQuarantineFolders(mac.system.user, files);
-    if (!folders) return 0;
-    const auto count = std::count_if(folders->begin(), folders->end(), [&](const Path& folder) {
-        return files.exists(folder / journalFileName) && !files.exists(folder / manifestFileName);
+    auto folders = listQuarantineFolders(mac.system.user, files).value_or(std::vector<Path>());
+    std::erase_if(folders, [&](const Path& folder) {
+        return !files.exists(folder / journalFileName) || files.exists(folder / manifestFileName);
     });
+    return folders;
+}
+
+void mentionInterruptedRuns(const CommandContext& context, const Mac& mac) {
+    if (const auto folders = listQuarantineFolders(mac.system.user, mac.system.files); !folders)
+        context.console.complain(
+            context.text("cli.history.unreadable %@ %@",
+                         {folders.error().path.string(), context.text(failureKey(folders.error().fault))}));
+    const auto count = interruptedRuns(mac).size();
     if (count > 0)
         context.console.complain(
             context.text("cli.interrupted %lld %@", {std::to_string(count), context.commandLine("recover")}));
-    return static_cast<int>(count);
 }
 
 } // namespace tidwen

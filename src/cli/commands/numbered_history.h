@@ -18,7 +18,10 @@ const RemovalHistoryEntry* findRun(const std::vector<RemovalHistoryEntry>& histo
 /// How to put the run in `root` back, as a command line; nothing when there is nothing to put back.
 std::optional<std::string> undoCommandLine(const Path& root, const CommandContext& context, const Mac& mac);
 
-/// Says that runs were cut off and wait for `recover`, when that is so; their number.
-int mentionInterruptedRuns(const CommandContext& context, const Mac& mac);
+/// The quarantine folders of runs that were cut off.
+std::vector<Path> interruptedRuns(const Mac& mac);
+
+/// Says what the history cannot show: runs that wait for `recover`, or all of them.
+void mentionInterruptedRuns(const CommandContext& context, const Mac& mac);
 
 } // namespace tidwen

@@ -28,15 +28,17 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     if (system.files.exists(system.user.trash())) lock = lockTrash(system.user, system.files);
     if (!lock) return refuseWithoutLock(context, lock.error());
     const auto recovered = recoverInterruptedRemovals(system.user, system.files, system.clock, system.log);
+    const auto left = interruptedRuns(mac); // their journals cannot be read, or no manifest can be written
     if (context.arguments.json) {
         context.console.document(json::document(recovered));
     } else {
-        if (recovered.empty()) context.console.line(context.text("cli.recover.none"));
+        if (recovered.empty() && left.empty()) context.console.line(context.text("cli.recover.none"));
         for (const auto& manifest : recovered)
             print(manifest, context, mac);
     }
-    const int left = mentionInterruptedRuns(context, mac); // whose journal cannot be read
-    return left > 0 ? ExitStatus::someFailed : ExitStatus::done;
+    for (const auto& folder : left)
+        context.console.complain(context.text("cli.recover.left %@", {folder.string()}));
+    return left.empty() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 } // namespace

@@ -45,7 +45,9 @@ void printTraces(const std::vector<Trace>& traces, const CommandContext& context
 
 void printPermissions(const PermissionAudit::Result& permissions, const CommandContext& context) {
     if (!permissions.unreadable.empty())
-        context.console.line(context.text("review.audit.unreadable"), Paint::caution);
+        context.console.line(
+            context.text(context.arguments.volume ? "cli.scan.audit.unreadable" : "review.audit.unreadable"),
+            Paint::caution);
     if (permissions.grants.empty()) return;
     context.console.line(context.text("review.permissionAudit"), Paint::strong);
     Table table;
@@ -63,9 +65,11 @@ void printNotices(const ScanResult& result, const CommandContext& context) {
     }
     if (result.unreadableLocations.empty()) return;
     context.console.line(context.text("review.incomplete.title"), Paint::caution);
-    context.console.line(
-        context.text("review.incomplete.body %lld", {std::to_string(result.unreadableLocations.size())}),
-        Paint::faint);
+    // What may be read on a volume is a matter of accounts; macOS has nothing to grant there.
+    const auto* body =
+        context.arguments.volume ? "cli.scan.incomplete.body %lld" : "review.incomplete.body %lld";
+    context.console.line(context.text(body, {std::to_string(result.unreadableLocations.size())}),
+                         Paint::faint);
     for (const auto& location : result.unreadableLocations)
         context.console.line("  " + location.string());
 }
@@ -77,7 +81,18 @@ void printTotals(const std::vector<Trace>& traces, const CommandContext& context
     context.console.line(context.text("cli.scan.taken %@", {labels::countAndSize(taken, context.texts)}));
 }
 
-void print(const ScanResult& result, const CommandContext& context) {
+/// On a volume nobody can be asked for a password: what this account may not move stays.
+void printRights(const std::vector<Trace>& traces, const CommandContext& context, const FileSystem& files) {
+    if (!context.arguments.volume) return;
+    const auto count = std::count_if(traces.begin(), traces.end(), [&](const Trace& trace) {
+        const auto* item = movedPath(trace.action);
+        return item && !files.isMovable(*item);
+    });
+    if (count > 0)
+        context.console.line(context.text("cli.scan.notYours %lld", {std::to_string(count)}), Paint::caution);
+}
+
+void print(const ScanResult& result, const CommandContext& context, const FileSystem& files) {
     const auto& target = result.target;
     context.console.line({{target.name, Paint::strong},
                           {target.version ? " " + *target.version : ""},
@@ -87,6 +102,7 @@ void print(const ScanResult& result, const CommandContext& context) {
     printTraces(result.traces, context);
     printPermissions(result.permissions, context);
     printTotals(result.traces, context);
+    printRights(result.traces, context, files);
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
@@ -97,7 +113,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     } else {
         for (const auto& result : scanned.results) {
             if (&result != &scanned.results.front()) context.console.blankLine();
-            print(result, context);
+            print(result, context, mac.system.files);
         }
     }
     return scanned.someRefused ? ExitStatus::someFailed : ExitStatus::done;

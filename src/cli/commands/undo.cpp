@@ -17,6 +17,8 @@ void print(const UndoReport& report, const CommandContext& context, const Mac& m
                          isComplete ? Paint::good : Paint::caution);
     for (const auto& failure : report.failures)
         context.console.line("  " + failure);
+    for (const auto& item : report.renamed)
+        context.console.line("  " + context.text("cli.undo.renamed %@", {item.string()}));
     context.console.line(context.text("report.undo.restored %lld %lld", {std::to_string(report.restoredCount),
                                                                          std::to_string(report.totalCount)}));
     // No job runs on a volume; it starts with the Mac that the volume belongs to.

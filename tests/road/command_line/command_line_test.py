@@ -116,8 +116,12 @@ class Journey(VolumeTest):
         manifest = json.loads((root / "tidwen-manifest.json").read_text())
         journal = {"version": 1, "planned": manifest["entries"],
                    **{key: manifest[key] for key in ("createdAt", "quarantineRoot", "apps")}}
-        (root / "tidwen-journal.json").write_text(json.dumps(journal))
+        (root / "tidwen-journal.json").write_text("{")
         (root / "tidwen-manifest.json").unlink()
+        damaged = self.call("recover", status=1)
+        self.assertIn(root.name, damaged.errors)
+        self.assertEqual(damaged.output, "")
+        (root / "tidwen-journal.json").write_text(json.dumps(journal))
 
         history = self.call("history", "--json")
         self.assertEqual(history.json, [])

@@ -1,0 +1,36 @@
+#include "removal/own_rights.h"
+
+#include <algorithm>
+#include <set>
+
+namespace tidwen {
+
+namespace {
+
+/// What has vanished meanwhile is no matter of rights.
+bool isImmovable(const Path& item, const FileSystem& files) {
+    const auto info = files.info(item);
+    return (info || info.error().fault != FileFault::missing) && !files.isMovable(item);
+}
+
+} // namespace
+
+std::vector<Path> obstaclesToBegin(const std::vector<RemovalOperation>& plan, const FileSystem& files) {
+    std::set<Path> bundles;
+    std::vector<Path> immovable;
+    std::size_t moves = 0;
+    for (const auto& each : plan) {
+        if (const auto* app = std::get_if<operation::UnregisterApp>(&each.kind))
+            bundles.insert(app->bundleURL.standardized());
+        const auto* move = std::get_if<operation::Move>(&each.kind);
+        if (!move) continue;
+        ++moves;
+        if (isImmovable(move->source, files)) immovable.push_back(move->source);
+    }
+    const bool keepsAnApplication = std::any_of(immovable.begin(), immovable.end(), [&](const Path& item) {
+        return bundles.contains(item.standardized());
+    });
+    return keepsAnApplication || immovable.size() == moves ? immovable : std::vector<Path>();
+}
+
+} // namespace tidwen
