@@ -31,6 +31,16 @@ std::vector<OperationResult> asObserved(std::vector<OperationResult> results,
     return results;
 }
 
+/// A move between disks that could neither be completed nor taken back left its item under a hidden name.
+/// Only the journal knows it: recovery brings it to one of its two places.
+bool leavesAnItemAside(const std::vector<RemovalOperation>& plan, const FileSystem& files) {
+    return std::any_of(plan.begin(), plan.end(), [&](const RemovalOperation& each) {
+        const auto* move = std::get_if<operation::Move>(&each.kind);
+        return move && !files.exists(move->source) && !files.exists(move->destination)
+               && files.isSetAside(move->source);
+    });
+}
+
 } // namespace
 
 FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOperation>& plan,
@@ -62,7 +72,10 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
                             .quarantineRoot = layout.root,
                             .apps = apps,
                             .entries = manifestEntries(plan, asObserved(report.results, plan, ports_.files))};
-    if (const auto written = writeManifest(manifest, report.manifestURL, ports_.files); !written) {
+    if (leavesAnItemAside(plan, ports_.files)) {
+        ports_.log.error("A move was left unfinished, the journal stays: {}", journalFile.string());
+        report.manifestFailure = Message{"failure.moveUnfinished"};
+    } else if (const auto written = writeManifest(manifest, report.manifestURL, ports_.files); !written) {
         ports_.log.error("Could not write manifest {}: {}", report.manifestURL.string(),
                          failureKey(written.error().fault));
         report.manifestFailure = Message{std::string(failureKey(written.error().fault))};

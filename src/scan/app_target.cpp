@@ -10,9 +10,10 @@
 namespace tidwen {
 namespace {
 
-bool belongsToSystem(const std::string& identifier, const Path& bundle) {
+/// Judged by where the bundle really lies: the safety policy would not let it go, and its data would.
+bool belongsToSystem(const FileSystem& files, const std::string& identifier, const Path& bundle) {
     if (lowercased(identifier).starts_with("com.apple.")) return true;
-    const Path place = bundle.standardized();
+    const Path place = files.resolveParent(bundle.standardized()).value_or(bundle.standardized());
     return std::ranges::any_of(std::array{"/System", "/usr", "/bin", "/sbin"},
                                [&](const char* folder) { return place.isWithinIgnoringCase(Path(folder)); });
 }
@@ -72,7 +73,7 @@ tl::expected<AppTarget, AppTargetLoaderError> AppTargetLoader::load(const Path& 
     if (!bundle) return tl::unexpected(Error::unreadableBundle);
     const auto identifier = bundle->identifier();
     if (!identifier) return tl::unexpected(Error::missingBundleIdentifier);
-    if (belongsToSystem(*identifier, url)) return tl::unexpected(Error::systemApplication);
+    if (belongsToSystem(files_, *identifier, url)) return tl::unexpected(Error::systemApplication);
     if (lowercased(*identifier) == tidwenBundleID) return tl::unexpected(Error::selfTarget);
 
     auto signature = signatures_.read(url, bundle->executable());

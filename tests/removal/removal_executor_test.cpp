@@ -1,3 +1,4 @@
+#include "quarantine/recovery.h"
 #include "removal/removal_executor.h"
 #include "support/fixtures.h"
 #include "support/recording_runner.h"
@@ -87,6 +88,19 @@ TEST_F(Executor, WithoutAManifestTheJournalStays) {
     ASSERT_TRUE(report);
     EXPECT_TRUE(report->manifestFailure);
     EXPECT_TRUE(hasJournal());
+}
+
+TEST_F(Executor, AMoveThatNeitherEndedNorWasTakenBackIsLeftToRecovery) {
+    user.answer = [&](const auto&) {
+        (void)volume.files().move(Path("/Library/Caches/a"), Path("/Library/Caches/.tidwen-moved-a"));
+        return Message{"failure.file.io"};
+    };
+    const auto report = execute({move(1, "a", false)});
+    EXPECT_EQ(report->manifestFailure, Message{"failure.moveUnfinished"});
+    EXPECT_TRUE(hasJournal());
+    recoverInterruptedRemovals(alice(), volume.files(), SystemClock(), log);
+    EXPECT_TRUE(volume.exists("/Library/Caches/a"));
+    EXPECT_THAT(manifestIDs(), IsEmpty());
 }
 
 TEST_F(Executor, AMoveThatWasMadeButNotReportedIsInTheManifest) {

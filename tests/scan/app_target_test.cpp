@@ -81,6 +81,7 @@ TEST_F(AppTargets, RefusesWhatMustNeverBeATarget) {
     volume.link("/Applications/Dangling.app", "/../../../../../../etc");
     volume.link("/Applications/Loop.app", "Loop.app");
     volume.link("/Applications/Link.app", "Good.app");
+    volume.link("/Applications/Linked", "/System");
     const std::pair<std::optional<Error>, std::vector<std::string>> cases[] = {
         {std::nullopt, {"/Applications/Link.app", "/usrlocal/Tool.app"}},
         {Error::notAnApplication, {"/Applications/Good.app/Contents", "/Applications/.app"}},
@@ -91,7 +92,7 @@ TEST_F(AppTargets, RefusesWhatMustNeverBeATarget) {
         {Error::missingBundleIdentifier, {"/Applications/Folder.app", "/Applications/Empty.app"}},
         {Error::systemApplication,
          {"/Applications/Apple.app", "/usr/local/Tool.app", "/Applications/../System/Tool.app",
-          "/BIN/Tool.app"}},
+          "/BIN/Tool.app", "/Applications/Linked/Tool.app"}},
         {Error::selfTarget, {"/Applications/Self.app"}}};
     for (const auto& [expected, paths] : cases)
         for (const auto& path : paths)
