@@ -1,6 +1,7 @@
 #include "base/text.h"
 #include "scan/bundle.h"
 #include "scan/bundle_names.h"
+#include "scan/shared_names.h"
 
 #include <set>
 #include <string_view>
@@ -83,8 +84,7 @@ class EmbeddedBundles {
     bool mayLookAtOneMore() { return bundlesLeft_ > 0 && bundlesLeft_-- > 0; }
 
     void add(const std::string& identifier) {
-        if (!identifier.empty() && !lowercased(identifier).starts_with("com.apple."))
-            found_.insert(identifier);
+        if (!identifier.empty() && !isApplesIdentifier(lowercased(identifier))) found_.insert(identifier);
     }
 
     const FileSystem& files_;

@@ -92,9 +92,11 @@ void LocationScan::judgeContainers(const Folder& folder) {
         if (auto kept = containerIdentity(context_.files, folder.path / entry.name))
             identities[i] = std::move(*kept);
     });
-    for (std::size_t i = 0; i < identities.size(); ++i)
-        if (auto found = context_.matcher.attribute(identities[i]))
-            take(folder, folder.entries[i].name, std::move(*found));
+    for (std::size_t i = 0; i < identities.size(); ++i) {
+        const auto& name = folder.entries[i].name;
+        if (context_.matcher.isOffLimits(name)) continue; // whatever its metadata says
+        if (auto found = context_.matcher.attribute(identities[i])) take(folder, name, std::move(*found));
+    }
 }
 
 void LocationScan::judgeReports(const Folder& folder) {
@@ -127,11 +129,30 @@ void LocationScan::judgeLaunchItems(const Folder& folder) {
 
 std::optional<Attribution> LocationScan::attributeJob(const LaunchItem& item) const {
     if (auto found = context_.matcher.attributeIdentifier(item.label)) return found;
-    if (!item.programPath) return std::nullopt;
-    for (const auto& component : Path(*item.programPath).components())
-        if (component != "/")
-            if (auto found = context_.matcher.attributeIdentifier(component)) return found;
+    if (!item.programPath || context_.matcher.isOffLimits(item.label)) return std::nullopt;
+    const Path program(*item.programPath);
+    Path place;
+    for (const auto& component : program.components()) {
+        if (component == "/") continue;
+        place = place / component;
+        auto found = context_.matcher.attributeIdentifier(component);
+        if (!found || !mayNameOwner(place, component, found->reason)) continue;
+        const auto& others = context_.matcher.others();
+        if (!found->contestedBy)
+            found->contestedBy = others.longestContinued(lowercased(composed(item.label)));
+        if (!found->contestedBy) found->contestedBy = others.holding(program);
+        return found;
+    }
     return std::nullopt;
+}
+
+/// A folder that everybody shares ("/opt/homebrew", the home of a user called like the application, what is
+/// in "/usr/bin") may bear the target's name by chance; an identifier it does not.
+bool LocationScan::mayNameOwner(const Path& place, std::string_view component,
+                                const MatchReason& reason) const {
+    const bool isIdentifier =
+        reason.kind == MatchReason::Kind::exactBundleID && component.find('.') != component.npos;
+    return isIdentifier || !context_.policy.check(place);
 }
 
 void LocationScan::take(const Folder& folder, std::string_view name, Attribution attribution) {

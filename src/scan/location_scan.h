@@ -33,6 +33,7 @@ class LocationScan {
     void judgeLaunchItems(const Folder& folder);
 
     std::optional<Attribution> attributeJob(const LaunchItem& item) const;
+    bool mayNameOwner(const Path& place, std::string_view component, const MatchReason& reason) const;
     bool isVendorFolder(const DirectoryEntry& entry) const;
     void take(const Folder& folder, std::string_view name, Attribution attribution);
 

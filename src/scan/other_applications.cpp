@@ -34,6 +34,14 @@ bool anyStart(std::string_view text, Visit visit) {
 
 } // namespace
 
+std::string vendorPiece(std::string_view identifier) {
+    constexpr std::size_t shortest = 4;
+    const auto first = identifier.find('.');
+    if (first == identifier.npos) return {};
+    auto piece = canonicalForm(identifier.substr(first + 1, identifier.find('.', first + 1) - first - 1));
+    return characterCount(piece) < shortest ? std::string() : piece;
+}
+
 OtherApplications::OtherApplications(const std::vector<InstalledIdentity>& installed, const Path& target,
                                      std::string_view targetBundleID) {
     const auto targetPlace = target.standardized();
@@ -49,12 +57,16 @@ OtherApplications::OtherApplications(const std::vector<InstalledIdentity>& insta
         }
         if (auto canonical = canonicalForm(app.name); !canonical.empty())
             names_.emplace_back(std::move(canonical), app.bundleID);
+        if (auto vendor = vendorPiece(identifier); !vendor.empty())
+            vendors_.emplace_back(std::move(vendor), app.bundleID);
+        places_.emplace_back(app.url.standardized(), app.bundleID);
         declared_.emplace_back(identifier, app.bundleID);
         identifiers.push_back(std::move(identifier));
     }
     identifiers_ = IdentifierIndex(std::move(identifiers));
     std::sort(declared_.begin(), declared_.end());
     std::sort(names_.begin(), names_.end());
+    std::sort(vendors_.begin(), vendors_.end());
 }
 
 bool OtherApplications::claims(std::string_view lowercasedCandidate) const {
@@ -69,6 +81,17 @@ std::optional<std::string> OtherApplications::longestContinued(std::string_view 
         return false;
     });
     return longest.empty() ? std::nullopt : find(declared_, longest);
+}
+
+std::optional<std::string> OtherApplications::ofVendor(std::string_view canonicalForm) const {
+    return find(vendors_, canonicalForm);
+}
+
+std::optional<std::string> OtherApplications::holding(const Path& path) const {
+    const auto place = path.standardized();
+    for (const auto& [bundle, identifier] : places_)
+        if (place.isWithinIgnoringCase(bundle)) return identifier;
+    return std::nullopt;
 }
 
 std::optional<std::string> OtherApplications::named(std::string_view canonicalForm) const {

@@ -18,6 +18,10 @@ struct InstalledIdentity {
     std::string name;
 };
 
+/// The vendor piece of an identifier in canonical form ("example" of "com.example.app"); empty when it is
+/// shorter than 4 characters.
+std::string vendorPiece(std::string_view identifier);
+
 /// The applications that stay: an index over their identifiers and names that answers, for one candidate
 /// name, in time that does not grow with their number. Immutable.
 class OtherApplications {
@@ -38,6 +42,13 @@ class OtherApplications {
     /// equals or continues with "."; as the application declares it. Nothing when there is none.
     std::optional<std::string> longestContinued(std::string_view lowercasedCandidate) const;
 
+    /// The identifier of an application whose maker's piece of the identifier equals this canonical form: a
+    /// folder of that name may hold what all applications of that maker keep.
+    std::optional<std::string> ofVendor(std::string_view canonicalForm) const;
+
+    /// The identifier of the application in whose bundle the path lies.
+    std::optional<std::string> holding(const Path& path) const;
+
     /// The identifier of an application whose name's canonical form equals this one.
     std::optional<std::string> named(std::string_view canonicalForm) const;
 
@@ -49,8 +60,10 @@ class OtherApplications {
         std::vector<std::pair<std::string, std::string>>; ///< sorted; the second is what is shown
 
     IdentifierIndex identifiers_;
-    Declared declared_; ///< lower-cased identifier → as declared
-    Declared names_;    ///< canonical name → identifier as declared
+    Declared declared_;                                ///< lower-cased identifier → as declared
+    Declared names_;                                   ///< canonical name → identifier as declared
+    Declared vendors_;                                 ///< vendor piece → identifier as declared
+    std::vector<std::pair<Path, std::string>> places_; ///< bundle → identifier as declared
     bool hasCopy_ = false;
 };
 

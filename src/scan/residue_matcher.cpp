@@ -1,6 +1,7 @@
 #include "scan/residue_matcher.h"
 
 #include "base/text.h"
+#include "scan/shared_names.h"
 
 #include <algorithm>
 #include <array>
@@ -31,7 +32,6 @@ constexpr std::array<std::string_view, 14> nameSuffixes = {
     "crashreporter", "preferences", "support", "data",    "cache",  "caches",  "logs"};
 
 constexpr std::size_t shortestName = 5;
-constexpr std::size_t shortestVendor = 4;
 constexpr std::size_t dottedFormComponents = 3;
 constexpr std::string_view applePrefix = "com.apple.";
 
@@ -123,12 +123,6 @@ std::string distinctive(std::string_view name) {
                                                                                          : canonical;
 }
 
-std::string_view secondComponent(std::string_view identifier) {
-    const auto first = identifier.find('.');
-    if (first == identifier.npos) return {};
-    return identifier.substr(first + 1, identifier.find('.', first + 1) - first - 1);
-}
-
 /// A group in lower case, and the same without the team prefix ("ABCDE12345.") when it has one.
 struct GroupName {
     std::string lowercased;
@@ -173,17 +167,22 @@ ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
       lowercasedName_(folded(target_.name)),
       canonicalName_(distinctive(target_.name)),
       canonicalExecutable_(distinctive(target_.executableName.value_or(""))),
-      vendor_(canonicalForm(secondComponent(identifier_))) {
+      vendor_(vendorPiece(identifier_)) {
     isApples_ = identifier_.starts_with(applePrefix);
+    nameIsSystems_ = isSystemsName(canonicalName_);
+    if (isSystemsName(canonicalExecutable_)) canonicalExecutable_.clear();
+    if (const auto word = canonicalForm(identifier_); componentCount(identifier_) == 1)
+        identifierSaysNothing_ = isSystemsName(word) || contains(genericNames, word);
     isTidwen_ = identifier_ == tidwenBundleID;
     identifierIsLong_ = componentCount(identifier_) >= dottedFormComponents;
-    if (characterCount(vendor_) < shortestVendor) vendor_.clear();
 
     std::vector<std::string> helpers;
     for (const auto& declared : helperBundleIDs) {
         auto lower = folded(declared);
         // One word ("helper") says too little to be anybody's own.
-        if (componentCount(lower) < 2 || others_.hasIdentifier(lower)) continue;
+        if (componentCount(lower) < 2 || others_.hasIdentifier(lower) || isCommonIdentifier(lower)
+            || isGuarded(lower))
+            continue;
         declaredHelpers_.emplace_back(lower, declared);
         helpers.push_back(std::move(lower));
     }
@@ -192,9 +191,7 @@ ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
 
     for (const auto& declared : target_.appGroups) {
         const auto name = groupName(declared);
-        const bool isSystems =
-            beginsIgnoringCase(declared, applePrefix) || beginsIgnoringCase(declared, "group.com.apple.");
-        if (declared.empty() || (isSystems && !isApples_)) continue;
+        if (declared.empty() || isGuarded(name.lowercased)) continue;
         const bool isShared = std::any_of(sharedGroups.begin(), sharedGroups.end(),
                                           [&](const auto& other) { return name == groupName(other, true); });
         groups_.push_back({declared, isShared});
@@ -202,15 +199,20 @@ ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
 }
 
 bool ResidueMatcher::isGuarded(std::string_view lowercased) const {
-    return (!isApples_ && lowercased.starts_with(applePrefix))
+    return (!isApples_ && isApplesIdentifier(lowercased))
            || (!isTidwen_ && lowercased.starts_with(tidwenBundleID));
+}
+
+bool ResidueMatcher::isOffLimits(std::string_view candidate) const {
+    return isGuarded(FoldedName(candidate).view());
 }
 
 std::optional<MatchReason> ResidueMatcher::matchIdentifier(std::string_view candidate) const {
     const FoldedName name(candidate);
     if (isGuarded(name.view())) return std::nullopt;
     const auto lower = withoutWrappingExtension(name.view());
-    if (lower == identifier_ || (identifierIsLong_ && hasDottedForm(lower, identifier_)))
+    if ((lower == identifier_ && !identifierSaysNothing_)
+        || (identifierIsLong_ && hasDottedForm(lower, identifier_)))
         return MatchReason{Kind::exactBundleID, target_.bundleID};
     if (const auto* helper = helperIn(lower)) return MatchReason{Kind::exactBundleID, *helper};
     if (others_.claims(lower)) return std::nullopt;
@@ -229,6 +231,7 @@ std::optional<MatchReason> ResidueMatcher::matchExecutable(std::string_view cand
 
 std::optional<MatchReason> ResidueMatcher::matchAppGroup(std::string_view candidate) const {
     const auto name = groupName(candidate);
+    if (isGuarded(name.lowercased)) return std::nullopt;
     for (const auto& group : groups_)
         if (name == groupName(group.declared))
             return MatchReason{group.isShared ? Kind::sharedAppGroup : Kind::appGroup, group.declared};
@@ -246,7 +249,9 @@ std::optional<std::string> ResidueMatcher::contestedBy(std::string_view candidat
     const auto matched = reason.kind == Kind::exactBundleID ? folded(reason.value).size() : 0;
     if (auto other = others_.longestContinued(lower); other && folded(*other).size() > matched) return other;
     if (reason.kind == Kind::exactBundleID) return std::nullopt;
-    return others_.named(canonicalForm(lower));
+    const auto canonical = canonicalForm(lower);
+    auto namesake = others_.named(canonical);
+    return namesake ? namesake : others_.ofVendor(canonical);
 }
 
 std::optional<Attribution> ResidueMatcher::withContest(std::string_view candidate,
@@ -289,7 +294,7 @@ const std::string* ResidueMatcher::helperIn(std::string_view lowercased) const {
 }
 
 bool ResidueMatcher::matchesName(std::string_view lowercased) const {
-    if (canonicalName_.empty()) return false;
+    if (canonicalName_.empty() || nameIsSystems_) return false;
     if (hasCanonicalForm(lowercased, canonicalName_)) return true;
     if (!lowercased.starts_with(lowercasedName_)) return false;
     const auto rest = lowercased.substr(lowercasedName_.size());

@@ -48,6 +48,9 @@ class ResidueMatcher {
     /// By application group, else as above.
     std::optional<Attribution> attributeGroup(std::string_view candidate) const;
 
+    /// Apple's or this program's own: never the target's, whatever else speaks for it.
+    bool isOffLimits(std::string_view candidate) const;
+
     /// The target's name is too short or too common to find anything by.
     bool nameMatchingDisabled() const { return canonicalName_.empty(); }
 
@@ -74,13 +77,15 @@ class ResidueMatcher {
     OtherApplications others_;
     bool isApples_ = false;
     bool isTidwen_ = false;
-    std::string identifier_;        ///< lower-cased
-    bool identifierIsLong_ = false; ///< enough components for the dotted forms
-    IdentifierIndex helpers_;       ///< lower-cased
+    std::string identifier_;             ///< lower-cased
+    bool identifierIsLong_ = false;      ///< enough components for the dotted forms
+    bool identifierSaysNothing_ = false; ///< one word that others bear too
+    IdentifierIndex helpers_;            ///< lower-cased
     std::vector<std::pair<std::string, std::string>> declaredHelpers_; ///< lower-cased → as declared, sorted
     std::vector<Group> groups_;
     std::string lowercasedName_;
     std::string canonicalName_;       ///< empty when names must not be matched
+    bool nameIsSystems_ = false;      ///< macOS has folders of this name
     std::string canonicalExecutable_; ///< empty likewise
     std::string vendor_;
 };

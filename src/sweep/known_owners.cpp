@@ -5,34 +5,13 @@
 #include "scan/app_target.h"
 #include "scan/bundle.h"
 #include "scan/residue_matcher.h"
+#include "scan/shared_names.h"
 
 #include <algorithm>
 #include <array>
 
 namespace tidwen {
 namespace {
-
-// Parts that many applications carry, and Apple's own under other names: whose they are cannot be told.
-constexpr std::array<std::string_view, 20> sharedIdentifiers = {"org.cups",
-                                                                "org.qt-project",
-                                                                "com.trolltech",
-                                                                "org.python",
-                                                                "net.java",
-                                                                "com.oracle.java",
-                                                                "org.openjdk",
-                                                                "org.sparkle-project",
-                                                                "com.github.squirrel",
-                                                                "com.plausiblelabs",
-                                                                "com.crashlytics",
-                                                                "io.fabric",
-                                                                "io.sentry",
-                                                                "org.mozilla.crashreporter",
-                                                                "org.llvm",
-                                                                "org.swift",
-                                                                "org.webkit",
-                                                                "org.apache",
-                                                                "org.gnu",
-                                                                "systemgroup.com.apple"};
 
 // First pieces of identifiers in use; with an open list every dotted file name would look like one.
 constexpr std::array<std::string_view, 36> firstPieces = {
@@ -183,9 +162,7 @@ void KnownOwners::close() {
 bool KnownOwners::claims(std::string_view identifier) const {
     if (identifier.starts_with("com.apple.") || identifier.find(".com.apple.") != identifier.npos)
         return true;
-    for (const auto shared : sharedIdentifiers)
-        if (identifier == shared || (identifier.starts_with(shared) && identifier[shared.size()] == '.'))
-            return true;
+    if (isCommonIdentifier(identifier)) return true;
     if (vendors_.contains(vendorOf(identifier))) return true;
     for (auto rest = identifier;;) { // an owner's identifier may stand anywhere in it
         if (index_.longestContinued(rest) > 0) return true;

@@ -77,6 +77,38 @@ TEST(ResidueMatcher, JudgesByIdentifierThenName) {
         EXPECT_EQ(shown(matcher.matchIdentifier(c.candidate)), c.expected) << c.candidate;
 }
 
+TEST(ResidueMatcher, TakesNothingThatIsApplesOrEverybodys) {
+    const struct {
+        const char *bundleID, *name, *candidate;
+        bool matches;
+    } cases[] = {
+        {"group.com.apple.notes", "", "group.com.apple.notes", false},
+        {"groups.com.apple.podcasts", "", "243LU875E5.groups.com.apple.podcasts", false},
+        {"com.example.app", "com apple", "com.apple", false},
+        {"com.example.app", "MobileSync", "MobileSync", false}, // backups of telephones
+        {"com.example.app", "Cloud-Docs", "CloudDocs", false},
+        {"com.example.app", "GlobalPreferences", ".GlobalPreferences.plist", false},
+        {"Caches", "", "Caches", false},
+        {"Terminal", "", "Terminal", false},
+        {"Marlin", "", "Marlin", true}, // one word of its own
+        {"com", "", "com.example.app", false},
+        {"..", "", "..", true}, // no folder lists it
+        {".", "", "a.b", false},
+    };
+    for (const auto& c : cases) {
+        auto target = targetNamed(c.bundleID, c.name);
+        target.executableName = c.name;
+        EXPECT_EQ(matcherFor(target).attributeGroup(c.candidate).has_value(), c.matches) << c.candidate;
+    }
+    const auto matcher = matcherFor(targetNamed("com.example.app", "Marlin Notes"), {},
+                                    {"com.apple.mail", "group.com.apple.notes", "com.apple.notes",
+                                     "org.sparkle-project.Sparkle.Autoupdate", "com.example.sparkle"});
+    for (const auto* candidate : {"com.apple.mail", "group.com.apple.notes", "x.com.apple.notes",
+                                  "org.sparkle-project.Sparkle.Autoupdate"})
+        EXPECT_FALSE(matcher.attributeGroup(candidate)) << candidate;
+    EXPECT_TRUE(matcher.matchIdentifier("com.example.sparkle"));
+}
+
 TEST(ResidueMatcher, TakesAShortIdentifierOnlyAsAWhole) {
     const auto matcher = matcherFor(targetNamed("com.example", ""));
     EXPECT_TRUE(matcher.matchIdentifier("com.example.plist"));
@@ -125,8 +157,13 @@ TEST(ResidueMatcher, MatchesTheExecutableAsAWhole) {
 
 TEST(ResidueMatcher, MatchesDeclaredGroups) {
     auto target = targetNamed("com.example.app", "Marlin Notes");
-    target.appGroups = {"ABCDE12345.com.corvella.Shared", "group.corvella", "com.apple.notes",
-                        "GROUP.com.apple.x", "FGHIJ67890.suite"};
+    target.appGroups = {"ABCDE12345.com.corvella.Shared",
+                        "group.corvella",
+                        "com.apple.notes",
+                        "GROUP.com.apple.x",
+                        "FGHIJ67890.suite",
+                        "ABCDE12345.group.com.apple.y",
+                        "groups.com.apple.podcasts"};
     const auto matcher = matcherFor(target, {}, {}, {"abcde12345.group.corvella"});
     const struct {
         const char* candidate;
@@ -138,6 +175,8 @@ TEST(ResidueMatcher, MatchesDeclaredGroups) {
         {"group.corvella", "sharedAppGroup group.corvella"},
         {"com.apple.notes", "none"},
         {"group.com.apple.x", "none"},
+        {"group.com.apple.y", "none"},
+        {"243LU875E5.groups.com.apple.podcasts", "none"},
         {"suite", "appGroup FGHIJ67890.suite"},
         {"corvella", "none"},
     };
@@ -167,6 +206,12 @@ TEST(ResidueMatcher, TellsWhoElseClaimsAName) {
     installed.push_back({Path("/Applications/Namesake.app"), "com.namesake.app", "marlin-notes"});
     EXPECT_EQ(claimant("Marlin Notes"), "com.namesake.app");
     EXPECT_EQ(claimant("com.example.app"), "nobody");
+
+    // A folder named after the maker may hold what its other applications keep.
+    target.name = "Corvella";
+    EXPECT_EQ(claimant("Corvella"), "com.corvella.marlin");
+    EXPECT_EQ(claimant("Corvella Cache"), "nobody");
+    target.name = "Marlin Notes";
 
     // A copy of the application shares everything, and takes nothing away from it.
     installed.push_back({Path("/Users/alice/Applications/Target.app"), "com.Example.App", "Marlin Notes"});

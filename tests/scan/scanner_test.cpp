@@ -163,10 +163,41 @@ TEST_F(Scanner, KnowsContainersByTheirMetadata) {
     volume.write(
         library + "Containers/5F/Container.plist",
         writeXmlPropertyList(PropertyListDictionary{{"SandboxProfileDataValidationInfo", validation}}));
+    container("Containers/com.apple.mail", "com.corvella.marlin.notes"); // macOS's, whatever it says
     EXPECT_THAT(found(), ElementsAre("containers exactBundleID: ~Containers/1B2C",
                                      "containers exactBundleID: ~Containers/5F",
                                      "containers exactBundleID: ~Containers/com.corvella.marlin.notes.share",
                                      "containers exactBundleID: ~Daemon Containers/3D4E"));
+}
+
+TEST_F(Scanner, JudgesJobsByTheirProgramsPlace) {
+    installed.push_back({Path("/Applications/Other.app"), "com.other.app", "Other"});
+    target.name = "Alice";
+    const struct {
+        const char *label, *program, *claimant; // none: not the target's
+    } cases[] = {
+        {"a.job", "/opt/tools/Alice/run", ""},
+        {"b.job", "/Users/alice/bin/sync", nullptr}, // the user is called so too
+        {"c.job", "/usr/bin/alice", nullptr},
+        {"d.job", "/usr/bin/com.corvella.marlin.notes", ""},
+        {"e.job", "/Applications/Other.app/Contents/Alice/x", "com.other.app"},
+        {"com.other.app.sync", "/opt/Alice/x", "com.other.app"},
+        {"com.apple.job", "/opt/Alice/x", nullptr},
+    };
+    std::vector<std::string> expected;
+    for (const auto& c : cases) {
+        const auto plist = library + "LaunchAgents/" + c.label + ".plist";
+        writeJob(plist, c.label, c.program);
+        if (!c.claimant) continue;
+        const bool isExact = std::string_view(c.program).find("corvella") != std::string_view::npos;
+        expected.push_back(fmt::format("launchItems {}: ~LaunchAgents/{}.plist job{}",
+                                       isExact ? "exactBundleID" : "nameToken", c.label,
+                                       *c.claimant ? fmt::format(" contested by {}", c.claimant) : ""));
+    }
+    EXPECT_THAT(found(), testing::UnorderedElementsAreArray(expected));
+
+    target.name = "Contents"; // what every bundle holds
+    EXPECT_THAT(found(), ElementsAre("launchItems exactBundleID: ~LaunchAgents/d.job.plist job"));
 }
 
 TEST_F(Scanner, LooksIntoVendorsFoldersAndSharedStores) {

@@ -1,0 +1,45 @@
+// Manifests, journals, and requests from other processes: what is accepted can be written, reads as the same
+// again, and names no place outside its quarantine folder.
+
+#include "base/text.h"
+#include "quarantine/manifest.h"
+#include "scan/request_inbox.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+namespace {
+
+using namespace tidwen;
+
+void require(bool condition) {
+    if (!condition) std::abort();
+}
+
+void requireSafe(const Path& root, const std::vector<ManifestEntry>& entries) {
+    for (const auto& entry : entries) {
+        if (entry.kind != ManifestEntryKind::move) continue;
+        const Path source(entry.source), destination(entry.destination.value());
+        require(source.isAbsolute() && !source.hasTraversal());
+        require(!destination.hasTraversal() && destination.isWithin(root) && destination != root);
+        require(isValidUtf8(entry.source) && isValidUtf8(*entry.destination));
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view json(reinterpret_cast<const char*>(data), size);
+    if (const auto manifest = decodeManifest(json)) {
+        requireSafe(manifest->quarantineRoot, manifest->entries);
+        const auto again = decodeManifest(encode(*manifest));
+        require(again && again->entries == manifest->entries && again->apps == manifest->apps);
+    }
+    if (const auto journal = decodeJournal(json)) {
+        requireSafe(journal->quarantineRoot, journal->planned);
+        const auto again = decodeJournal(encode(*journal));
+        require(again && *again == *journal);
+    }
+    if (const auto request = decodeRequest(json)) require(decodeRequest(encode(*request)) == request);
+    return 0;
+}
