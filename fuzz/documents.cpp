@@ -18,8 +18,8 @@ void require(bool condition) {
 
 void requireSafe(const Path& root, const std::vector<ManifestEntry>& entries) {
     for (const auto& entry : entries) {
-        if (entry.kind != ManifestEntryKind::move) continue;
-        const Path source(entry.source), destination(entry.destination.value());
+        if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
+        const Path source(entry.source), destination(*entry.destination);
         require(source.isAbsolute() && !source.hasTraversal());
         require(!destination.hasTraversal() && destination.isWithin(root) && destination != root);
         require(isValidUtf8(entry.source) && isValidUtf8(*entry.destination));

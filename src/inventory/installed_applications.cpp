@@ -3,6 +3,8 @@
 #include "base/parallel.h"
 #include "base/text.h"
 #include "scan/bundle.h"
+#include "scan/bundle_names.h"
+#include "scan/search_location.h"
 
 #include <algorithm>
 #include <optional>
@@ -19,7 +21,9 @@ constexpr int maximumFolders = 5'000;
 
 class BundleSearch {
   public:
-    explicit BundleSearch(const FileSystem& files) : files_(files) {}
+    enum class Wanted { applications, owners };
+
+    BundleSearch(const FileSystem& files, Wanted wanted) : files_(files), wanted_(wanted) {}
 
     void searchFolder(const Path& folder, int depthLeft) {
         if (foldersLeft_ <= 0) return;
@@ -27,14 +31,13 @@ class BundleSearch {
         const auto entries = files_.list(folder);
         if (!entries) return;
         for (const auto& entry : *entries) {
-            // A link to an application is not the application: removing it would take only the link.
-            if (entry.kind != FileKind::directory || entry.name.starts_with('.') || !isValidUtf8(entry.name))
-                continue;
+            if (!isValidUtf8(entry.name)) continue;
             const Path item = folder / entry.name;
-            if (item.lowercasedExtension() != "app") {
-                if (depthLeft > 0) searchFolder(item, depthLeft - 1);
-            } else if (found_.size() < maximumBundles) {
-                found_.insert(item);
+            const bool isFolder = entry.kind == FileKind::directory;
+            if (isBundle(item)) {
+                if (isEligible(entry) && found_.size() < maximumBundles) found_.insert(item);
+            } else if (isFolder && !entry.name.starts_with('.') && depthLeft > 0) {
+                searchFolder(item, depthLeft - 1);
             }
         }
     }
@@ -42,7 +45,21 @@ class BundleSearch {
     std::vector<Path> found() const { return {found_.begin(), found_.end()}; }
 
   private:
+    bool isBundle(const Path& item) const {
+        return wanted_ == Wanted::owners ? isBundleName(item.lastComponent())
+                                         : item.lowercasedExtension() == "app";
+    }
+
+    /// A link to an application owns what the application does, but is not the application: removing it would
+    /// take only the link.
+    bool isEligible(const DirectoryEntry& entry) const {
+        if (wanted_ == Wanted::owners)
+            return entry.kind == FileKind::directory || entry.kind == FileKind::symbolicLink;
+        return entry.kind == FileKind::directory && !entry.name.starts_with('.');
+    }
+
     const FileSystem& files_;
+    Wanted wanted_;
     int foldersLeft_ = maximumFolders;
     std::set<Path> found_;
 };
@@ -61,9 +78,30 @@ std::vector<Value> readInParallel(const std::vector<Path>& bundles, const Read& 
 } // namespace
 
 std::vector<Path> findApplicationBundles(const FileSystem& files, const UserEnvironment& user) {
-    BundleSearch search(files);
+    BundleSearch search(files, BundleSearch::Wanted::applications);
     search.searchFolder(Path("/Applications"), subfolderDepth);
     search.searchFolder(user.home / "Applications", subfolderDepth);
+    return search.found();
+}
+
+std::vector<Path> findOwningBundles(const FileSystem& files, const UserEnvironment& user) {
+    constexpr int deepSuite = 4; // deeper than what is offered for removal
+    BundleSearch search(files, BundleSearch::Wanted::owners);
+    search.searchFolder(Path("/Applications"), deepSuite);
+    std::set<Path> homes = {user.home};
+    if (const auto users = files.list(Path("/Users")))
+        for (const auto& entry : *users)
+            if (entry.kind == FileKind::directory && isValidUtf8(entry.name))
+                homes.insert(Path("/Users") / entry.name);
+    for (const auto& home : homes) {
+        search.searchFolder(home / "Applications", deepSuite);
+        for (const auto* loose : {"Desktop", "Downloads"})
+            search.searchFolder(home / loose, 1);
+    }
+    for (const auto& location : searchLocations(user))
+        if (location.category == TraceCategory::supportFiles)
+            search.searchFolder(location.url,
+                                location.style == SearchLocation::Style::vendorNestedChildren ? 1 : 0);
     return search.found();
 }
 

@@ -71,7 +71,8 @@ const std::string* Bundle::infoString(std::string_view key) const {
 
 std::optional<std::string> Bundle::identifier() const {
     const auto* text = infoString("CFBundleIdentifier");
-    if (!text || text->empty()) return std::nullopt;
+    // Tools end their arguments at a zero byte: they would act on another application.
+    if (!text || text->empty() || text->find('\0') != text->npos) return std::nullopt;
     return *text;
 }
 

@@ -23,7 +23,7 @@ struct Bundle {
     static std::optional<Bundle> open(const FileSystem& files, const Path& root);
 
     const std::string* infoString(std::string_view key) const;
-    /// The bundle identifier when it is a non-empty string.
+    /// The bundle identifier when it is a non-empty string without zero bytes.
     std::optional<std::string> identifier() const;
     /// The display name, else the name, else the file name without its extension. May be empty when the
     /// bundle says so.

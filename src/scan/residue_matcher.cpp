@@ -169,10 +169,10 @@ ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
       canonicalExecutable_(distinctive(target_.executableName.value_or(""))),
       vendor_(vendorPiece(identifier_)) {
     isApples_ = identifier_.starts_with(applePrefix);
-    nameIsSystems_ = isSystemsName(canonicalName_);
-    if (isSystemsName(canonicalExecutable_)) canonicalExecutable_.clear();
+    nameIsCommon_ = isCommonName(canonicalName_);
+    if (isCommonName(canonicalExecutable_)) canonicalExecutable_.clear();
     if (const auto word = canonicalForm(identifier_); componentCount(identifier_) == 1)
-        identifierSaysNothing_ = isSystemsName(word) || contains(genericNames, word);
+        identifierSaysNothing_ = isCommonName(word) || contains(genericNames, word);
     isTidwen_ = identifier_ == tidwenBundleID;
     identifierIsLong_ = componentCount(identifier_) >= dottedFormComponents;
 
@@ -294,7 +294,7 @@ const std::string* ResidueMatcher::helperIn(std::string_view lowercased) const {
 }
 
 bool ResidueMatcher::matchesName(std::string_view lowercased) const {
-    if (canonicalName_.empty() || nameIsSystems_) return false;
+    if (canonicalName_.empty() || nameIsCommon_) return false;
     if (hasCanonicalForm(lowercased, canonicalName_)) return true;
     if (!lowercased.starts_with(lowercasedName_)) return false;
     const auto rest = lowercased.substr(lowercasedName_.size());

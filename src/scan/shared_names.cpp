@@ -1,34 +1,43 @@
 #include "scan/shared_names.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 
 namespace tidwen {
 
 namespace {
 
-constexpr std::array<std::string_view, 20> commonIdentifiers = {"org.cups",
-                                                                "org.qt-project",
-                                                                "com.trolltech",
-                                                                "org.python",
-                                                                "net.java",
-                                                                "com.oracle.java",
-                                                                "org.openjdk",
-                                                                "org.sparkle-project",
-                                                                "com.github.squirrel",
-                                                                "com.plausiblelabs",
-                                                                "com.crashlytics",
-                                                                "io.fabric",
-                                                                "io.sentry",
-                                                                "org.mozilla.crashreporter",
-                                                                "org.llvm",
-                                                                "org.swift",
-                                                                "org.webkit",
-                                                                "org.apache",
-                                                                "org.gnu",
-                                                                "systemgroup.com.apple"};
+constexpr std::string_view commonIdentifiers[] = {"org.cups",
+                                                  "org.qt-project",
+                                                  "com.trolltech",
+                                                  "org.python",
+                                                  "net.java",
+                                                  "com.oracle.java",
+                                                  "org.openjdk",
+                                                  "org.sparkle-project",
+                                                  "com.github.squirrel",
+                                                  "com.github.electron",
+                                                  "com.amplitude",
+                                                  "com.bugsnag",
+                                                  "com.bugsplat",
+                                                  "com.google.firebase",
+                                                  "com.microsoft.appcenter",
+                                                  "com.mixpanel",
+                                                  "com.segment",
+                                                  "net.hockeyapp",
+                                                  "com.plausiblelabs",
+                                                  "com.crashlytics",
+                                                  "io.fabric",
+                                                  "io.sentry",
+                                                  "org.mozilla.crashreporter",
+                                                  "org.llvm",
+                                                  "org.swift",
+                                                  "org.webkit",
+                                                  "org.apache",
+                                                  "org.gnu",
+                                                  "systemgroup.com.apple"};
 
-constexpr std::string_view systemsNames[] = {
+constexpr std::string_view commonNames[] = {
     // In "Application Support": contacts, calls, device backups, iCloud Drive, what Siri learned …
     "addressbook", "animoji", "apple", "applepushservice", "appstore", "audio", "callhistorydb",
     "callhistorytransactions", "clouddocs", "cloudkit", "controlcenter", "coreparsec", "crashreporter",
@@ -47,7 +56,10 @@ constexpr std::string_view systemsNames[] = {
     "developer", "documents", "downloads", "extensions", "frameworks", "groupcontainers", "helpers",
     "homebrew", "launchagents", "launchdaemons", "libexec", "library", "loginitems", "macos", "movies",
     "pictures", "plugins", "private", "privilegedhelpertools", "public", "resources", "share", "shared",
-    "sharedsupport", "users", "volumes", "xpcservices"};
+    "sharedsupport", "users", "volumes", "xpcservices",
+    // Executables.
+    "adobeair", "applet", "automatorapplicationstub", "droplet", "electron", "javaapplauncher",
+    "javaapplicationstub", "nwjs", "universaljavaapplicationstub", "wineskinlauncher"};
 
 bool continues(std::string_view identifier, std::string_view beginning) {
     return identifier.starts_with(beginning)
@@ -77,13 +89,12 @@ bool isApplesIdentifier(std::string_view identifier) {
 }
 
 bool isCommonIdentifier(std::string_view identifier) {
-    return std::any_of(commonIdentifiers.begin(), commonIdentifiers.end(),
+    return std::any_of(std::begin(commonIdentifiers), std::end(commonIdentifiers),
                        [&](std::string_view common) { return continues(identifier, common); });
 }
 
-bool isSystemsName(std::string_view canonicalName) {
-    return std::find(std::begin(systemsNames), std::end(systemsNames), canonicalName)
-           != std::end(systemsNames);
+bool isCommonName(std::string_view canonicalName) {
+    return std::find(std::begin(commonNames), std::end(commonNames), canonicalName) != std::end(commonNames);
 }
 
 } // namespace tidwen

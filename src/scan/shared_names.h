@@ -14,7 +14,8 @@ bool isApplesIdentifier(std::string_view identifier);
 bool isCommonIdentifier(std::string_view identifier);
 
 /// What macOS itself calls its folders and files in the Library without an identifier, the folders that
-/// every Mac has, and those that every bundle has. `canonicalName` as `canonicalForm` gives it.
-bool isSystemsName(std::string_view canonicalName);
+/// every Mac or every bundle has, and the executables that build tools put into many applications.
+/// `canonicalName` as `canonicalForm` gives it.
+bool isCommonName(std::string_view canonicalName);
 
 } // namespace tidwen

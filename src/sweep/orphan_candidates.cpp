@@ -4,6 +4,7 @@
 #include "scan/bundle_names.h"
 #include "scan/container_identity.h"
 #include "scan/launch_item.h"
+#include "scan/shared_names.h"
 #include "sweep/known_owners.h"
 
 namespace tidwen {
@@ -72,7 +73,7 @@ class LocationReader {
     }
 
     void judgeContainer(const DirectoryEntry& entry, const Path& path) {
-        if (entry.kind != FileKind::directory) return;
+        if (entry.kind != FileKind::directory || isApplesIdentifier(lowercased(entry.name))) return;
         add(identifierInName(containerIdentity(files_, path).value_or(entry.name)), path);
     }
 

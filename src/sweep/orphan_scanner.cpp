@@ -113,6 +113,9 @@ OrphanScanResult OrphanScanner::scan(const std::vector<Path>& bundles,
 
     for (const auto& location : searchLocations(user_)) {
         if (stop.stopRequested()) break;
+        // A location that is a link to what must not be touched.
+        const auto place = ports_.files.resolve(location.url);
+        if (place && *place != location.url && policy.check(*place / "item")) continue;
         auto candidates = listOrphanCandidates(ports_.files, location);
         if (!candidates) {
             ports_.log.warning("Unreadable location {}", location.url.string());

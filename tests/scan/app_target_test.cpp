@@ -106,7 +106,8 @@ TEST_F(AppTargets, AnUnreadableInfoDictionaryHasNoIdentifier) {
     for (const auto& bytes :
          {good.substr(0, good.size() / 2), writeXmlPropertyList(Array{"CFBundleIdentifier"}),
           "bplist00\xa1\0\x08\0\0\0\0\0\0\x01\x01\0\0\0\0\0\0\0\x01\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x0a"s,
-          writeXmlPropertyList(Dictionary{{"CFBundleIdentifier", 7}})}) {
+          writeXmlPropertyList(Dictionary{{"CFBundleIdentifier", 7}}),
+          writeBinaryPropertyList(Dictionary{{"CFBundleIdentifier", "com.other.app\0.x"s}})}) {
         volume.write(info, bytes);
         EXPECT_EQ(refusal(app), Error::missingBundleIdentifier) << bytes;
     }

@@ -88,6 +88,7 @@ TEST(ResidueMatcher, TakesNothingThatIsApplesOrEverybodys) {
         {"com.example.app", "MobileSync", "MobileSync", false}, // backups of telephones
         {"com.example.app", "Cloud-Docs", "CloudDocs", false},
         {"com.example.app", "GlobalPreferences", ".GlobalPreferences.plist", false},
+        {"com.example.app", "Electron", "Electron", false}, // every application built with it in a hurry
         {"Caches", "", "Caches", false},
         {"Terminal", "", "Terminal", false},
         {"Marlin", "", "Marlin", true}, // one word of its own

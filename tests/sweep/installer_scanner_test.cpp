@@ -32,6 +32,7 @@ TEST(InstallerScanner, MatchesByTheLongestLeadingName) {
         {"MarlinNotesBeta.pkg", {"Marlin", "Marlin Notes"}, "Marlin Notes"},
         {"Foo Bar-2.3.1-arm64.dmg", {"Foo Bar"}, "Foo Bar"},
         {"-1.0.dmg", {"Marlin"}, nullptr},
+        {"Cafe\xCC\x81-1.0.dmg", {"Caf\xC3\xA9"}, "Caf\xC3\xA9"}, // decomposed on the disk
         {"\xE5\x86\x99\xE4\xBD\x9CStudio.dmg",
          {"\xE5\x86\x99\xE4\xBD\x9C Studio"},
          "\xE5\x86\x99\xE4\xBD\x9C Studio"},

@@ -26,7 +26,7 @@ class OrphanScan : public testing::Test {
         const VolumeRunningApplications running;
         OrphanScanner scanner({volume.files(), signatures, running, log}, test::alice(),
                               [this](const std::string& id) { return id == registered; });
-        return scanner.scan(findApplicationBundles(volume.files(), test::alice()), protectedIDs, stop,
+        return scanner.scan(findOwningBundles(volume.files(), test::alice()), protectedIDs, stop,
                             [this](const std::vector<Trace>& found) { streamed += found.size(); });
     }
     std::vector<std::string> owners(const OrphanScanResult& result) {
@@ -66,8 +66,26 @@ TEST_F(OrphanScan, LeavesAloneWhatAnybodyCouldClaim) {
     test::writeBundle(volume, "/Applications/Marlin.app", "com.marlin.notes", "Marlin");
     test::writeBundle(volume, "/Applications/Marlin.app/Contents/PlugIns/Share.appex", "org.capture.share",
                       "Share");
+    // Wherever it is installed, and whatever it is.
+    test::writeBundle(volume, "/Applications/A/B/C/Deep.app", "com.deep.tool", "Deep");
+    test::writeBundle(volume, "/Applications/.Hidden.app", "com.hidden.tool", "Hidden");
+    test::writeBundle(volume, "/opt/Linked.app", "com.linked.tool", "Linked");
+    volume.link("/Applications/Linked.app", "/opt/Linked.app");
+    test::writeBundle(volume, "/Users/bob/Applications/Bobs.app", "com.bobs.tool", "Bobs");
+    test::writeBundle(volume, "/Users/alice/Desktop/Renamed 2.app", "com.renamed.tool", "Renamed");
+    test::writeBundle(volume, "/Library/Audio/Plug-Ins/VST3/Synth.vst3", "com.synth.plugin", "Synth");
+    test::writeBundle(volume, "/Library/Application Support/Daily/Daily Update.app", "com.daily.update",
+                      "Daily");
+    for (const auto* owner : {"com.deep.tool", "com.hidden.tool", "com.linked.tool", "com.bobs.tool",
+                              "com.renamed.tool", "com.synth.plugin", "com.daily.update"})
+        volume.write(std::string(home) + "Preferences/" + owner + ".plist", "x");
+    volume.write(std::string(home) + "Containers/com.apple.mail/.com.apple.containermanagerd.metadata.plist",
+                 writeXmlPropertyList(PropertyListDictionary{{"MCMMetadataIdentifier", "com.gone.liar"}}));
+    volume.write("/Users/alice/Documents/com.gone.letters/x", "x");
+    volume.link(std::string(home) + "WebKit", "../Documents");
     const char* names[] = {
         "Preferences/com.marlin.notes.plist",          // the application's own
+        "Caches/com.github.Electron.ShipIt/x",         // many applications'
         "Preferences/com.marlin.old.plist",            // its maker's
         "Preferences/org.capture.share.plist",         // embedded
         "Preferences/group.org.capture.share.x.plist", // continues it

@@ -17,7 +17,7 @@ OrphanScanResult scan(const CommandContext& context, Mac& mac) {
     // A volume has no register of applications besides the bundles themselves.
     OrphanScanner scanner({system.files, system.signatures, system.runningApplications, system.log},
                           system.user, [](const std::string&) { return false; });
-    auto result = scanner.scan(findApplicationBundles(system.files, system.user),
+    auto result = scanner.scan(findOwningBundles(system.files, system.user),
                                ProtectedApps(system.defaults).bundleIDs());
     context.console.endProgress();
     return result;
