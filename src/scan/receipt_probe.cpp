@@ -82,8 +82,9 @@ class ReceiptProbe {
 
     void judge(const Path& path, const std::string& packageID,
                const std::optional<std::string>& contestedBy) {
+        if (isOffLimits(path)) return; // whatever the package installed there
         const auto realPath = context_.files.resolveParent(path);
-        if (!realPath || closed_.cover(*realPath)) return;
+        if (!realPath || closed_.cover(*realPath) || isOffLimits(*realPath)) return;
         const auto info = context_.files.info(path);
         if (!info) return;
         if (info->kind == FileKind::directory && (!isTargetsFolder(path) || closed_.lieWithin(path))) return;
@@ -94,6 +95,12 @@ class ReceiptProbe {
         closed_.add(path);
         closed_.add(*realPath);
         ++taken_;
+    }
+
+    bool isOffLimits(const Path& path) const {
+        const auto parts = path.components();
+        return std::any_of(parts.begin(), parts.end(),
+                           [&](const auto& part) { return context_.matcher.isOffLimits(part); });
     }
 
     bool isTargetsFolder(const Path& folder) const {
@@ -132,7 +139,8 @@ class ReceiptProbe {
         };
         const bool isDaemon = has("LaunchDaemons");
         if (path.lowercasedExtension() != "plist" || (!isDaemon && !has("LaunchAgents"))) return std::nullopt;
-        return readLaunchItem(context_.files, path, isDaemon);
+        auto job = readLaunchItem(context_.files, path, isDaemon);
+        return job && !context_.matcher.isOffLimits(job->label) ? job : std::nullopt;
     }
 
     const ScanContext& context_;

@@ -244,9 +244,11 @@ std::optional<std::string> ResidueMatcher::contestedBy(std::string_view candidat
     if (reason.kind == Kind::appGroup || reason.kind == Kind::declaredTarget) return std::nullopt;
     if (others_.hasCopyOfTarget()) return target_.bundleID;
 
-    // An identifier claims more than any name; among identifiers the longer one knows better.
+    // An identifier claims more than any name; among those of applications the longer one knows better. A
+    // helper may bear a name that continues another application's: it is the other's to claim.
     const auto lower = folded(withoutWrappingExtension(candidate));
-    const auto matched = reason.kind == Kind::exactBundleID ? folded(reason.value).size() : 0;
+    const bool isOwn = reason.kind == Kind::exactBundleID && hasDottedForm(lower, identifier_);
+    const auto matched = isOwn ? identifier_.size() : 0;
     if (auto other = others_.longestContinued(lower); other && folded(*other).size() > matched) return other;
     if (reason.kind == Kind::exactBundleID) return std::nullopt;
     const auto canonical = canonicalForm(lower);

@@ -60,10 +60,18 @@ Trace permissionTrace(const ResidueMatcher& matcher) {
     return trace;
 }
 
-void addEmbeddedJobs(const AppTarget& target, TraceCollector& traces) {
-    for (const auto& job : target.embeddedLaunchdItems)
-        traces.add(makeTrace(TraceCategory::launchItems, action::Bootout{job.label, job.isSystemDomain}, {},
-                             Reversibility::reversible, job.label, std::nullopt, job.isSystemDomain));
+/// A bundle may give its job any label: macOS's own are not its to unload, another application's are shown as
+/// that one's.
+void addEmbeddedJobs(const ResidueMatcher& matcher, TraceCollector& traces) {
+    for (const auto& job : matcher.target().embeddedLaunchdItems) {
+        if (matcher.isOffLimits(job.label)) continue;
+        auto trace = makeTrace(TraceCategory::launchItems, action::Bootout{job.label, job.isSystemDomain}, {},
+                               Reversibility::reversible, job.label, std::nullopt, job.isSystemDomain);
+        const auto own = matcher.attributeIdentifier(job.label);
+        trace.contestedBy =
+            own ? own->contestedBy : matcher.others().longestContinued(lowercased(composed(job.label)));
+        traces.add(std::move(trace));
+    }
 }
 
 /// Groups that others declare too. To learn them every signature on the Mac is read, so they are asked for
@@ -116,7 +124,7 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
         if (!LocationScan(context, location, traces).run())
             result.unreadableLocations.push_back(location.url);
     }
-    addEmbeddedJobs(target, traces);
+    addEmbeddedJobs(matcher, traces);
     report(TraceCategory::receipts);
     probeReceipts(context, ports_.receipts, installed, traces);
     report(TraceCategory::keychain);

@@ -208,6 +208,11 @@ TEST(ResidueMatcher, TellsWhoElseClaimsAName) {
     EXPECT_EQ(claimant("Marlin Notes"), "com.namesake.app");
     EXPECT_EQ(claimant("com.example.app"), "nobody");
 
+    // A helper inside the bundle that continues another application's identifier.
+    const auto withHelper = matcherFor(target, installed, {"com.other.app.sync", "com.corvella.sync"});
+    EXPECT_EQ(withHelper.attribute("com.other.app.sync.plist")->contestedBy, "com.other.app");
+    EXPECT_FALSE(withHelper.attribute("com.corvella.sync.plist")->contestedBy);
+
     // A folder named after the maker may hold what its other applications keep.
     target.name = "Corvella";
     EXPECT_EQ(claimant("Corvella"), "com.corvella.marlin");

@@ -200,6 +200,17 @@ TEST_F(Scanner, JudgesJobsByTheirProgramsPlace) {
     EXPECT_THAT(found(), ElementsAre("launchItems exactBundleID: ~LaunchAgents/d.job.plist job"));
 }
 
+TEST_F(Scanner, UnloadsNoJobOfOthersThatABundleNames) {
+    installed.push_back({Path("/Applications/Other.app"), "com.other.app", "Other"});
+    for (const auto* label : {"com.apple.Finder", "com.other.app", "com.other.app.sync", "own"})
+        target.embeddedLaunchdItems.push_back(
+            {.label = label, .plist = Path(), .isSystemDomain = false, .programPath = std::nullopt});
+    EXPECT_THAT(found(),
+                ElementsAre("launchItems declaredTarget: com.other.app contested by com.other.app",
+                            "launchItems declaredTarget: com.other.app.sync contested by com.other.app",
+                            "launchItems declaredTarget: own"));
+}
+
 TEST_F(Scanner, LooksIntoVendorsFoldersAndSharedStores) {
     installed.push_back(
         {Path("/Applications/Corvella Studio.app"), "com.corvella.studio", "Corvella Studio"});
@@ -229,6 +240,7 @@ TEST_F(Scanner, FoldsWhatReceiptsList) {
          {std::string("/usr/local/bin/marlin"), std::string("/Applications/Other.app/x"),
           std::string("/Library/Widgets/Corvella.plugin/Contents/Info.plist"), support + "/shared.dat",
           support + "/Marlin Notes/a", support + "/com.other.app/b", std::string("/usr/bin/marlin"),
+          library + "Preferences/com.apple.mail.plist", std::string("/opt/com.apple.store/x"),
           std::string("/Users/alice/Documents/letter"), std::string("/opt/corvella/Marlin Notes/c")})
         volume.write(file, "x");
     writeJob("/opt/corvella/LaunchAgents/job.plist", "com.unrelated.job", "/x");
@@ -254,6 +266,8 @@ TEST_F(Scanner, FoldsWhatReceiptsList) {
           support.substr(1) + "/Marlin Notes/a",
           support.substr(1) + "/com.other.app/b",
           "Users/alice/Documents/letter",
+          library.substr(1) + "Preferences/com.apple.mail.plist",
+          "opt/com.apple.store/x",
           "opt/way/letter",
           "",
           "."}},
