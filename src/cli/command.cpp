@@ -21,11 +21,13 @@ ExitStatus CommandContext::refuse(const Message& reason) const {
     return ExitStatus::refused;
 }
 
-std::string CommandContext::commandLine(const std::string& command) const {
+std::string CommandContext::commandLine(const std::vector<std::string>& words) const {
     std::string line = quotedIfNeeded(arguments.program);
     if (arguments.volume) line += " --volume " + quotedIfNeeded(arguments.volume->string());
     if (arguments.home) line += " --home " + quotedIfNeeded(*arguments.home);
-    return line + " " + command;
+    for (const auto& word : words)
+        line += " " + quotedIfNeeded(word);
+    return line;
 }
 
 } // namespace tidwen

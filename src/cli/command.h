@@ -36,6 +36,7 @@ struct Mac {
     PermissionRevoker& permissionRevoker;
     FolderEvents& folderEvents;
     Notifications& notifications;
+    LoginItem& loginItem;
     /// Runs a script as an administrator; absent on a volume, where there is nobody to ask.
     std::optional<AdminScriptRunner::Execute> administrator;
     std::optional<std::filesystem::path>
@@ -47,6 +48,7 @@ struct Host {
     Defaults& defaults;
     Log& log;
     HttpsFetcher& fetcher;
+    LoginItem& loginItem;
     std::string feedKey;     ///< the maker's public key that was built in; may be empty
     std::string feedAddress; ///< the feed that was built in; may be empty
 };
@@ -61,8 +63,8 @@ struct CommandContext {
     }
     /// Says why nothing is done.
     ExitStatus refuse(const Message& reason) const;
-    /// How to call this program for `command` on the same Mac, ready to be pasted into a shell.
-    std::string commandLine(const std::string& command) const;
+    /// How to call this program with a command's words on the same Mac, ready to be pasted into a shell.
+    std::string commandLine(const std::vector<std::string>& words) const;
 };
 
 /// One command: how it is called and what it does. A new one is a file in `commands` and a line in

@@ -51,4 +51,9 @@ std::string document(const PermissionAudit::Result& audit) {
     return writeJson(value(audit));
 }
 
+std::string document(const PermissionsModel& model) {
+    return writeJson({{"fullDiskAccess", name(model.fullDiskAccess.get())},
+                      {"finderExtension", model.finderExtension.get()}});
+}
+
 } // namespace tidwen::json

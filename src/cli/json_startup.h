@@ -1,6 +1,7 @@
 #pragma once
 
 #include "scan/permission_audit.h"
+#include "system/permissions_model.h"
 #include "system/startup_items_model.h"
 
 #include <string>
@@ -11,5 +12,7 @@ namespace tidwen::json {
 /// The items in display order, each with its switch ("on", "off", "none", "systemSettings") in "switchState".
 std::string document(const StartupItemsModel& model);
 std::string document(const PermissionAudit::Result& audit);
+/// The program's own standing.
+std::string document(const PermissionsModel& model);
 
 } // namespace tidwen::json

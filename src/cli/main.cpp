@@ -1,10 +1,12 @@
 #include "cli/command.h"
 #include "cli/console.h"
+#include "cli/login_command.h"
 #include "cli/resources.h"
 #include "host/crash_recorder.h"
 #include "host/crash_reports.h"
 #include "host/curl_fetcher.h"
 #include "host/desktop_notifications.h"
+#include "host/xdg_autostart.h"
 #include "operations/posix_process_runner.h"
 #include "settings/file_defaults.h"
 #include "volume/volume_file_system.h"
@@ -27,18 +29,19 @@ namespace {
 class VolumeMac {
   public:
     VolumeMac(std::unique_ptr<VolumeFileSystem> files, UserEnvironment user, std::filesystem::path folder,
-              const Texts& texts, Log& log)
+              const Arguments& arguments, const Texts& texts, Log& log)
         : files_(std::move(files)),
           user_(std::move(user)),
           signatures_(*files_),
           receipts_(*files_),
           systemExtensions_(*files_),
           launchd_(*files_, user_),
-          defaults_(FileDefaults::defaultFile(), log),
+          defaults_(FileDefaults::defaultFile(), log, &hostFolders_),
           runner_(*files_, user_, log),
           revoker_(*files_, user_),
           folderEvents_(folder),
           notifications_(processes_),
+          loginItem_(XdgAutostart::defaultFolder(), loginCommand(arguments), log),
           mac_{.system = {.files = *files_,
                           .signatures = signatures_,
                           .receipts = receipts_,
@@ -56,6 +59,7 @@ class VolumeMac {
                .permissionRevoker = revoker_,
                .folderEvents = folderEvents_,
                .notifications = notifications_,
+               .loginItem = loginItem_,
                .administrator = std::nullopt,
                .volume = std::move(folder)} {}
 
@@ -70,6 +74,7 @@ class VolumeMac {
     VolumeSystemExtensions systemExtensions_;
     VolumeRunningApplications runningApplications_;
     VolumeLaunchd launchd_;
+    VolumeFolderEvents hostFolders_{"/"};
     FileDefaults defaults_;
     SystemClock clock_;
     VolumeRunner runner_;
@@ -77,6 +82,7 @@ class VolumeMac {
     VolumeFolderEvents folderEvents_;
     PosixProcessRunner processes_;
     DesktopNotifications notifications_;
+    XdgAutostart loginItem_;
     Mac mac_;
 };
 
@@ -108,7 +114,7 @@ ExitStatus runOnVolume(Command::OnMac run, const CommandContext& context, Log& l
     if (context.arguments.home) home = Path(*context.arguments.home);
     auto user = findVolumeUser(**files, home);
     if (!user) return context.refuse(describe(user.error()));
-    VolumeMac mac(std::move(*files), std::move(*user), *folder, context.texts, log);
+    VolumeMac mac(std::move(*files), std::move(*user), *folder, context.arguments, context.texts, log);
     return run(context, mac.mac());
 }
 
@@ -117,7 +123,8 @@ ExitStatus runOnHost(Command::OnHost run, const CommandContext& context, Log& lo
     const char* authorities =
         std::getenv("SSL_CERT_FILE"); // NOLINT(concurrency-mt-unsafe): nothing sets variables
     CurlFetcher fetcher(authorities ? authorities : "");
-    Host host{defaults, log, fetcher, TIDWEN_FEED_KEY, TIDWEN_FEED_ADDRESS};
+    XdgAutostart loginItem(XdgAutostart::defaultFolder(), loginCommand(context.arguments), log);
+    Host host{defaults, log, fetcher, loginItem, TIDWEN_FEED_KEY, TIDWEN_FEED_ADDRESS};
     return run(context, host);
 }
 

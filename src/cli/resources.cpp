@@ -22,7 +22,17 @@ bool isFolder(const fs::path& path) {
     return fs::is_directory(path, ignored);
 }
 
-/// The program's own file; empty when it cannot be found.
+/// "zh_TW.UTF-8" → "zh-Hant", "de_AT@euro" → "de-AT".
+std::string languageTag(std::string locale) {
+    locale.erase(std::min(locale.find_first_of(".@"), locale.size()));
+    std::replace(locale.begin(), locale.end(), '_', '-');
+    if (locale == "zh-CN" || locale == "zh-SG") return "zh-Hans";
+    if (locale == "zh-TW" || locale == "zh-HK" || locale == "zh-MO") return "zh-Hant";
+    return locale;
+}
+
+} // namespace
+
 fs::path programFile(const char* program) {
     std::error_code failed;
     if (auto file = fs::canonical("/proc/self/exe", failed); !failed) return file;
@@ -36,17 +46,6 @@ fs::path programFile(const char* program) {
         if (auto file = fs::canonical(fs::path(folder) / name, failed); !failed) return file;
     return {};
 }
-
-/// "zh_TW.UTF-8" → "zh-Hant", "de_AT@euro" → "de-AT".
-std::string languageTag(std::string locale) {
-    locale.erase(std::min(locale.find_first_of(".@"), locale.size()));
-    std::replace(locale.begin(), locale.end(), '_', '-');
-    if (locale == "zh-CN" || locale == "zh-SG") return "zh-Hans";
-    if (locale == "zh-TW" || locale == "zh-HK" || locale == "zh-MO") return "zh-Hant";
-    return locale;
-}
-
-} // namespace
 
 fs::path findResources(const char* program) {
     if (const auto chosen = environment("TIDWEN_RESOURCES"); !chosen.empty()) return chosen;

@@ -13,4 +13,8 @@ std::filesystem::path findResources(const char* program);
 /// The language that the environment asks for ("de", "pt-BR"), if `resources` has it, else "en".
 std::string preferredLanguage(const std::filesystem::path& resources);
 
+/// The program's own file, from how it was called where the system does not tell; empty when it cannot be
+/// found.
+std::filesystem::path programFile(const char* program);
+
 } // namespace tidwen

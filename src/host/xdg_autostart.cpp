@@ -1,8 +1,12 @@
 #include "host/xdg_autostart.h"
 
+#include "base/text.h"
+#include "settings/shared_file.h"
 #include "settings/user_folder.h"
 
-#include <fstream>
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
 
 namespace tidwen {
 
@@ -24,6 +28,14 @@ std::string quotedArgument(const std::string& argument) {
     return result + '"';
 }
 
+constexpr std::size_t maximumEntryBytes = 64u << 10;
+
+/// A line break would end the value and begin a key of its own; the format is UTF-8.
+bool canStandInEntry(const std::string& argument) {
+    const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
+    return isValidUtf8(argument) && std::none_of(argument.begin(), argument.end(), isControl);
+}
+
 } // namespace
 
 std::string autostartEntry(const std::vector<std::string>& command) {
@@ -39,29 +51,29 @@ fs::path XdgAutostart::defaultFolder() {
 }
 
 bool XdgAutostart::isEnabled() const {
-    std::error_code failure;
-    return fs::is_regular_file(entry(), failure);
+    const auto text = SharedFile(entry(), SharedFile::Links::kept).read(maximumEntryBytes);
+    return text && text->find("\nHidden=true") == std::string::npos;
 }
 
 bool XdgAutostart::setEnabled(bool enabled) {
     std::error_code failure;
     if (!enabled) {
         fs::remove(entry(), failure);
-        return !failure;
+        return !failure || failed("remove", failure.message());
     }
-    // A line break would end the value and begin a key of its own.
     for (const auto& argument : command_)
-        if (argument.find_first_of("\r\n") != argument.npos) return false;
+        if (!canStandInEntry(argument))
+            return failed("write", "the path " + argument + " cannot stand in it");
     fs::create_directories(folder_, failure);
-    if (failure) return false;
-    const auto fresh = entry().string() + ".new";
-    {
-        std::ofstream file(fresh, std::ios::trunc);
-        file << autostartEntry(command_);
-        if (!file.flush()) return false;
-    }
-    fs::rename(fresh, entry(), failure);
-    return !failure;
+    if (failure) return failed("write", failure.message());
+    errno = 0;
+    return SharedFile(entry(), SharedFile::Links::kept).replace(autostartEntry(command_))
+           || failed("write", std::generic_category().message(errno));
+}
+
+bool XdgAutostart::failed(std::string_view what, std::string_view reason) const {
+    log_.error("Cannot {} the login entry {}: {}", what, entry().string(), reason);
+    return false;
 }
 
 } // namespace tidwen

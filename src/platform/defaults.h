@@ -1,7 +1,10 @@
 #pragma once
 
 #include "base/property_list.h"
+#include "platform/folder_events.h"
 
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -14,6 +17,18 @@ class Defaults {
     virtual std::optional<PropertyListValue> value(const std::string& key) const = 0;
     /// Stores at once; nothing removes the key. False when it could not be written.
     virtual bool setValue(const std::string& key, const std::optional<PropertyListValue>& value) = 0;
+
+    using Change =
+        std::function<std::optional<PropertyListValue>(const std::optional<PropertyListValue>& stored)>;
+    /// Stores what `change` makes of the stored value. Where processes share the store, none comes between.
+    virtual bool update(const std::string& key, const Change& change) {
+        return setValue(key, change(value(key)));
+    }
+
+    /// Calls `changed` from another thread when another process may have changed a value. Nothing where that
+    /// cannot be had.
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): who watches keeps it
+    virtual std::unique_ptr<FolderEvents::Watch> watch(std::function<void()>) { return nullptr; }
 };
 
 } // namespace tidwen

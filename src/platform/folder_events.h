@@ -17,8 +17,8 @@ class FolderEvents {
     };
 
     virtual ~FolderEvents() = default;
-    /// `changed` is called from a thread of the watcher's own, changes within about a second as one call.
-    /// Nothing when the folder cannot be watched.
+    /// `changed` is called from a thread of the watcher's own, changes within about a second as one call. A
+    /// folder that is missing, or goes, is watched from when it comes. Nothing when it cannot be watched.
     virtual std::unique_ptr<Watch> watch(const Path& folder, std::function<void()> changed) = 0;
 };
 

@@ -2,18 +2,32 @@
 
 namespace tidwen {
 
-ProtectedApps::ProtectedApps(Defaults& defaults) : defaults_(defaults) {
-    const auto stored = defaults_.value(defaultsKey);
+namespace {
+
+std::set<std::string> read(const std::optional<PropertyListValue>& stored) {
     const auto identifiers = stored ? stored->asStrings() : std::nullopt;
-    if (identifiers) bundleIDs_.insert(identifiers->begin(), identifiers->end());
+    if (!identifiers) return {};
+    return {identifiers->begin(), identifiers->end()};
 }
 
+} // namespace
+
+ProtectedApps::ProtectedApps(Defaults& defaults)
+    : defaults_(defaults), bundleIDs_(read(defaults.value(defaultsKey))) {}
+
 bool ProtectedApps::toggle(const std::string& bundleID) {
-    auto changed = bundleIDs_;
-    if (changed.erase(bundleID) == 0) changed.insert(bundleID);
-    if (!defaults_.setValue(defaultsKey, PropertyListArray(changed.begin(), changed.end()))) return false;
-    bundleIDs_ = std::move(changed);
-    return true;
+    const bool adds = !contains(bundleID);
+    std::set<std::string> changed;
+    const bool isStored = defaults_.update(defaultsKey, [&](const auto& stored) -> PropertyListValue {
+        changed = read(stored); // another process may have added to it since
+        if (adds)
+            changed.insert(bundleID);
+        else
+            changed.erase(bundleID);
+        return PropertyListArray(changed.begin(), changed.end());
+    });
+    if (isStored) bundleIDs_ = std::move(changed);
+    return isStored;
 }
 
 ProtectedApps::Partition ProtectedApps::partition(std::vector<AppTarget> targets) const {

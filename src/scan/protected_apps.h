@@ -19,8 +19,8 @@ class ProtectedApps {
     const std::set<std::string>& bundleIDs() const { return bundleIDs_; }
     /// Exact, letter case counts.
     bool contains(const std::string& bundleID) const { return bundleIDs_.contains(bundleID); }
-    /// Adds or removes, and stores the whole list sorted. False when it could not be stored (nothing
-    /// changes).
+    /// Adds or removes, and stores the list sorted, with what other processes did to it since. False when it
+    /// could not be stored (nothing changes).
     bool toggle(const std::string& bundleID);
 
     struct Partition {

@@ -28,17 +28,24 @@ AppTags::AppTags(Defaults& defaults) : defaults_(defaults) {
     reload();
 }
 
-void AppTags::reload() {
-    Store read;
-    const auto stored = defaults_.value(defaultsKey);
+AppTags::Store AppTags::read(const std::optional<PropertyListValue>& stored) {
+    Store store;
     if (const auto* dictionary = stored ? stored->asDictionary() : nullptr)
         for (const auto& [bundleID, value] : *dictionary)
             for (const auto& tag : value.asStrings().value_or(std::vector<std::string>{}))
-                if (auto& tags = read[bundleID];
+                if (auto& tags = store[bundleID];
                     isUsable(trimmed(tag)) && find(tags, trimmed(tag)) == tags.end())
                     tags.push_back(trimmed(tag));
-    if (read == byApp_) return;
-    byApp_ = std::move(read);
+    return store;
+}
+
+void AppTags::reload() {
+    show(read(defaults_.value(defaultsKey)));
+}
+
+void AppTags::show(Store store) {
+    if (store == byApp_) return;
+    byApp_ = std::move(store);
     changed.emit();
 }
 
@@ -51,9 +58,9 @@ std::vector<std::string> AppTags::tags(const std::string& bundleID) const {
     return tags;
 }
 
-std::vector<std::string> AppTags::all() const {
+std::vector<std::string> AppTags::all(const Store& store) {
     std::vector<std::string> result;
-    for (const auto& [bundleID, tags] : byApp_)
+    for (const auto& [bundleID, tags] : store)
         for (const auto& tag : tags)
             if (find(result, tag) == result.end()) result.push_back(tag);
     std::sort(result.begin(), result.end(),
@@ -69,8 +76,8 @@ std::set<std::string> AppTags::tagged(const std::string& tag) const {
 }
 
 /// The spelling already in use for a tag, so that "Work" and "work" stay one.
-std::string AppTags::spelling(const std::string& tag) const {
-    const auto existing = all();
+std::string AppTags::spelling(const std::string& tag, const Store& store) {
+    const auto existing = all(store);
     const auto found = find(existing, tag);
     return found == existing.end() ? tag : *found;
 }
@@ -78,54 +85,57 @@ std::string AppTags::spelling(const std::string& tag) const {
 bool AppTags::add(const std::string& bundleID, const std::string& tag) {
     const auto name = trimmed(tag);
     if (bundleID.empty() || !isUsable(name)) return false;
-    auto next = byApp_;
-    auto& tags = next[bundleID];
-    if (find(tags, name) != tags.end()) return false;
-    tags.push_back(spelling(name));
-    return store(std::move(next));
+    return change([&](Store& store) {
+        auto& tags = store[bundleID];
+        if (find(tags, name) == tags.end()) tags.push_back(spelling(name, store));
+    });
 }
 
 bool AppTags::remove(const std::string& bundleID, const std::string& tag) {
-    auto next = byApp_;
-    const auto found = next.find(bundleID);
-    if (found == next.end()
-        || std::erase_if(found->second, [&](const auto& each) { return sameTag(each, trimmed(tag)); }) == 0)
-        return false;
-    return store(std::move(next));
+    return change([&](Store& store) {
+        std::erase_if(store[bundleID], [&](const auto& each) { return sameTag(each, trimmed(tag)); });
+    });
 }
 
 bool AppTags::rename(const std::string& tag, const std::string& newName) {
-    const auto from = trimmed(tag);
-    auto to = trimmed(newName);
-    if (!isUsable(to)) return false;
-    if (!sameTag(from, to)) to = spelling(to);
-    auto next = byApp_;
-    for (auto& [bundleID, tags] : next)
-        if (std::erase_if(tags, [&](const auto& each) { return sameTag(each, from); }) > 0
-            && find(tags, to) == tags.end())
-            tags.push_back(to);
-    return next != byApp_ && store(std::move(next));
+    const auto from = trimmed(tag), name = trimmed(newName);
+    if (!isUsable(name)) return false;
+    return change([&](Store& store) {
+        const auto to = sameTag(from, name) ? name : spelling(name, store);
+        for (auto& [bundleID, tags] : store)
+            if (std::erase_if(tags, [&](const auto& each) { return sameTag(each, from); }) > 0
+                && find(tags, to) == tags.end())
+                tags.push_back(to);
+    });
 }
 
 bool AppTags::erase(const std::string& tag) {
-    auto next = byApp_;
-    for (auto& [bundleID, tags] : next)
-        std::erase_if(tags, [&](const auto& each) { return sameTag(each, trimmed(tag)); });
-    return next != byApp_ && store(std::move(next));
+    return change([&](Store& store) {
+        for (auto& [bundleID, tags] : store)
+            std::erase_if(tags, [&](const auto& each) { return sameTag(each, trimmed(tag)); });
+    });
 }
 
-bool AppTags::store(Store next) {
-    std::erase_if(next, [](const auto& entry) { return entry.second.empty(); });
-    PropertyListDictionary dictionary;
-    for (const auto& [bundleID, tags] : next)
-        dictionary.emplace(bundleID, PropertyListArray(tags.begin(), tags.end()));
-    const bool stored = defaults_.setValue(
-        defaultsKey,
-        dictionary.empty() ? std::nullopt : std::optional<PropertyListValue>(std::move(dictionary)));
-    if (!stored) return false;
-    byApp_ = std::move(next);
-    changed.emit();
-    return true;
+/// On top of what stands there: another process may have changed it since. What is damaged in the store goes
+/// only when something changes.
+bool AppTags::change(const std::function<void(Store&)>& edit) {
+    Store before, after;
+    const bool isStored = defaults_.update(
+        defaultsKey, [&](const std::optional<PropertyListValue>& stored) -> std::optional<PropertyListValue> {
+            before = after = read(stored);
+            edit(after);
+            std::erase_if(after, [](const auto& entry) { return entry.second.empty(); });
+            if (after == before) return stored;
+            if (after.empty()) return std::nullopt;
+            PropertyListDictionary dictionary;
+            for (const auto& [bundleID, tags] : after)
+                dictionary.emplace(bundleID, PropertyListArray(tags.begin(), tags.end()));
+            return dictionary;
+        });
+    if (!isStored) return false;
+    const bool isChanged = after != before;
+    show(std::move(after));
+    return isChanged;
 }
 
 } // namespace tidwen

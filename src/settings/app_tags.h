@@ -3,7 +3,9 @@
 #include "base/observable.h"
 #include "platform/defaults.h"
 
+#include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -23,7 +25,7 @@ class AppTags {
     /// Tags of one application, in the order of `all()`.
     std::vector<std::string> tags(const std::string& bundleID) const;
     /// Every tag in use, sorted as people read.
-    std::vector<std::string> all() const;
+    std::vector<std::string> all() const { return all(byApp_); }
     /// Identifiers of the applications that carry a tag.
     std::set<std::string> tagged(const std::string& tag) const;
 
@@ -42,8 +44,11 @@ class AppTags {
 
   private:
     using Store = std::map<std::string, std::vector<std::string>>; ///< identifier → tags, each once
-    bool store(Store next);
-    std::string spelling(const std::string& tag) const;
+    static Store read(const std::optional<PropertyListValue>& stored);
+    static std::vector<std::string> all(const Store& store);
+    static std::string spelling(const std::string& tag, const Store& store);
+    bool change(const std::function<void(Store&)>& edit);
+    void show(Store store);
 
     Defaults& defaults_;
     Store byApp_;

@@ -27,8 +27,8 @@ std::optional<std::string> serialized(const PropertyListDictionary& values) {
 
 } // namespace
 
-FileDefaults::FileDefaults(const std::filesystem::path& file, Log& log)
-    : file_(file), log_(log), version_(tl::unexpected(Fault::missing)) {}
+FileDefaults::FileDefaults(const std::filesystem::path& file, Log& log, FolderEvents* folders)
+    : file_(file), log_(log), folders_(folders), version_(tl::unexpected(Fault::missing)) {}
 
 std::optional<PropertyListValue> FileDefaults::value(const std::string& key) const {
     const std::lock_guard guard(mutex_);
@@ -39,6 +39,10 @@ std::optional<PropertyListValue> FileDefaults::value(const std::string& key) con
 }
 
 bool FileDefaults::setValue(const std::string& key, const std::optional<PropertyListValue>& value) {
+    return update(key, [&](const auto&) { return value; });
+}
+
+bool FileDefaults::update(const std::string& key, const Change& change) {
     const std::lock_guard guard(mutex_);
     const auto lock = file_.lock();
     if (!lock.isHeld() || !reload(true)) {
@@ -46,6 +50,8 @@ bool FileDefaults::setValue(const std::string& key, const std::optional<Property
         return false;
     }
     auto values = values_;
+    const auto stored = values.find(key);
+    const auto value = change(stored == values.end() ? std::nullopt : std::optional(stored->second));
     if (value)
         values.insert_or_assign(key, *value);
     else
@@ -60,6 +66,12 @@ bool FileDefaults::setValue(const std::string& key, const std::optional<Property
     values_ = std::move(values);
     version_ = file_.version();
     return true;
+}
+
+std::unique_ptr<FolderEvents::Watch> FileDefaults::watch(std::function<void()> changed) {
+    // The folder, because a file that is replaced is another file each time.
+    const auto folder = std::filesystem::absolute(file_.path()).parent_path();
+    return folders_ ? folders_->watch(Path(folder.string()), std::move(changed)) : nullptr;
 }
 
 void FileDefaults::refresh() const {

@@ -18,10 +18,13 @@ namespace tidwen {
 /// May be used from any thread.
 class FileDefaults : public Defaults {
   public:
-    FileDefaults(const std::filesystem::path& file, Log& log);
+    /// `folders`: of this machine ("/" is its root); without them `watch` tells of nothing.
+    FileDefaults(const std::filesystem::path& file, Log& log, FolderEvents* folders = nullptr);
 
     std::optional<PropertyListValue> value(const std::string& key) const override;
     bool setValue(const std::string& key, const std::optional<PropertyListValue>& value) override;
+    bool update(const std::string& key, const Change& change) override;
+    std::unique_ptr<FolderEvents::Watch> watch(std::function<void()> changed) override;
 
     /// "$XDG_CONFIG_HOME/tidwen/settings.plist", else "~/.config/tidwen/settings.plist".
     static std::filesystem::path defaultFile();
@@ -32,6 +35,7 @@ class FileDefaults : public Defaults {
 
     SharedFile file_;
     Log& log_;
+    FolderEvents* folders_;
     mutable std::mutex mutex_;
     mutable tl::expected<SharedFile::Version, SharedFile::Fault> version_; ///< of what `values_` holds
     mutable PropertyListDictionary values_;

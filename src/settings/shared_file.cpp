@@ -54,7 +54,8 @@ bool flushFolder(const fs::path& folder) {
 
 } // namespace
 
-SharedFile::SharedFile(const fs::path& path) : path_(path) {
+SharedFile::SharedFile(const fs::path& path, Links links) : path_(path) {
+    if (links == Links::kept) return;
     std::error_code error;
     if (auto target = fs::weakly_canonical(path, error); !error) path_ = std::move(target);
 }

@@ -24,8 +24,10 @@ class SharedFile {
     };
     enum class Fault { missing, unreadable };
 
-    /// A linked file is replaced where the link leads.
-    explicit SharedFile(const std::filesystem::path& path);
+    enum class Links { followed, kept };
+
+    /// A linked file is replaced where the link leads, unless `links` says that the link itself is.
+    explicit SharedFile(const std::filesystem::path& path, Links links = Links::followed);
 
     const std::filesystem::path& path() const { return path_; }
 

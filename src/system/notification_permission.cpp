@@ -7,7 +7,11 @@ NotificationPermission::NotificationPermission(Notifications& notifications, Exe
 
 void NotificationPermission::refresh() {
     const auto settled = notifications_.state();
-    state.set(settled == NotificationState::notAsked && isRequesting_ ? NotificationState::asking : settled);
+    // A service that has not settled it yet leaves it to what this process knows of its own request.
+    if (settled != NotificationState::notAsked)
+        state.set(settled);
+    else
+        state.set(isRequesting_ ? NotificationState::asking : answer_.value_or(settled));
 }
 
 void NotificationPermission::request() {
@@ -18,6 +22,7 @@ void NotificationPermission::request() {
         main_.post([this, alive, answer] {
             if (alive.expired()) return;
             isRequesting_ = false;
+            answer_ = answer;
             state.set(answer);
         });
     });

@@ -5,6 +5,7 @@
 #include "platform/notifications.h"
 
 #include <memory>
+#include <optional>
 
 namespace tidwen {
 
@@ -23,6 +24,7 @@ class NotificationPermission {
     Notifications& notifications_;
     Executor& main_;
     bool isRequesting_ = false;
+    std::optional<NotificationState> answer_; ///< of a request that was made before
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 

@@ -7,6 +7,7 @@
 namespace tidwen {
 
 std::optional<TrashedApp> TrashedApp::read(const FileSystem& files, const Path& url) {
+    if (const auto info = files.info(url); !info || info->kind == FileKind::symbolicLink) return std::nullopt;
     const auto bundle = Bundle::open(files, url);
     const auto identifier = bundle ? bundle->identifier() : std::nullopt;
     if (!identifier) return std::nullopt;
@@ -23,6 +24,12 @@ UserNotification trashNotification(const TrashedApp& app, const Texts& texts) {
             .actionIdentifier = cleanUpAction,
             .actionTitle = texts.text("trash.notification.action"),
             .userInfo = {{"path", app.url.string()}, {"bundleID", app.bundleID}}};
+}
+
+bool alignLoginItem(LoginItem& loginItem, bool enabled, Log& log) {
+    if (loginItem.isEnabled() == enabled || loginItem.setEnabled(enabled)) return true;
+    log.warning("Could not change whether Tidwen starts at login");
+    return false;
 }
 
 TrashCatcher::TrashCatcher(Ports ports, AppPreferences& preferences, const Path& trash)
@@ -44,17 +51,22 @@ void TrashCatcher::install() {
 }
 
 void TrashCatcher::apply(bool enabled) {
+    isOn_ = enabled;
     if (enabled)
         watcher_.start();
     else
         watcher_.stop();
     // A Mac that watches the Trash has to start Tidwen at login; one that does not must not.
-    if (ports_.loginItem.isEnabled() != enabled && !ports_.loginItem.setEnabled(enabled))
-        ports_.log.warning("Could not change whether Tidwen starts at login");
+    (void)alignLoginItem(ports_.loginItem, enabled, ports_.log);
+}
+
+void TrashCatcher::watchOnce() {
+    isOn_ = true;
+    watcher_.start();
 }
 
 void TrashCatcher::post(const std::vector<Path>& bundles) {
-    if (!preferences_.catchTrashedApps.get()) return;
+    if (!isOn_) return;
     permission_.refresh();
     const bool isAllowed = permission_.state.get() == NotificationState::allowed;
     if (!isAllowed) ports_.log.info("App trashed, notifications not allowed - nothing posted");
@@ -62,8 +74,8 @@ void TrashCatcher::post(const std::vector<Path>& bundles) {
         const auto app = TrashedApp::read(ports_.files, url);
         if (!app) continue;
         found.emit(*app);
-        if (!isAllowed) continue;
-        ports_.notifications.post(trashNotification(*app, ports_.texts));
+        if (isAllowed && !ports_.notifications.post(trashNotification(*app, ports_.texts)))
+            ports_.log.warning("A notification could not be posted: {}", app->url.string());
     }
 }
 

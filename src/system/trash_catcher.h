@@ -23,9 +23,13 @@ struct TrashedApp {
     std::string name;
     std::string bundleID;
 
-    /// Nothing for what has no identifier, is Apple's, or is this program.
+    /// Nothing for what has no identifier, is Apple's, or is this program, and for a link: the application it
+    /// leads to is not in the Trash.
     static std::optional<TrashedApp> read(const FileSystem& files, const Path& url);
 };
+
+/// Registers this program for the next login, or takes it out. False, with a log line, when that failed.
+bool alignLoginItem(LoginItem& loginItem, bool enabled, Log& log);
 
 /// What tells the user of it.
 UserNotification trashNotification(const TrashedApp& app, const Texts& texts);
@@ -60,6 +64,9 @@ class TrashCatcher {
     /// Watches or not, and starts this program at login or not. Called by the preference.
     void apply(bool enabled);
 
+    /// Watches now, whatever the preference says, until it changes. Changes nothing for the next login.
+    void watchOnce();
+
     /// Shows the main window; the shell then asks for `takePendingCleanUp`.
     std::function<void()> presentMainWindow;
     std::optional<CleanUp> takePendingCleanUp();
@@ -79,6 +86,7 @@ class TrashCatcher {
     NotificationPermission permission_;
     TrashWatcher watcher_;
     bool isInstalled_ = false;
+    bool isOn_ = false;
     std::optional<CleanUp> pendingCleanUp_;
     Subscription following_;
 };

@@ -9,7 +9,7 @@ namespace tidwen {
 
 class RootResolver;
 
-/// Watches folders of a volume through the kernel of this machine (inotify). Where there is no such call no
+/// Watches folders below a root through the kernel of this machine (inotify). Where there is no such call no
 /// folder can be watched.
 class VolumeFolderEvents : public FolderEvents {
   public:
@@ -19,7 +19,7 @@ class VolumeFolderEvents : public FolderEvents {
     std::unique_ptr<Watch> watch(const Path& folder, std::function<void()> changed) override;
 
   private:
-    std::unique_ptr<RootResolver> resolver_; ///< nothing when the root cannot be opened
+    std::shared_ptr<const RootResolver> resolver_; ///< nothing when the root cannot be opened
 };
 
 } // namespace tidwen

@@ -1,5 +1,6 @@
 #include "host/desktop_notifications.h"
 #include "host/xdg_autostart.h"
+#include "support/fixtures.h"
 #include "support/recording_tools.h"
 #include "support/temporary_folder.h"
 
@@ -24,15 +25,35 @@ TEST(XdgAutostart, QuotesWhatTheEntryWouldReadAsSomethingElse) {
 }
 
 TEST(XdgAutostart, SwitchesOnAndOff) {
+    namespace fs = std::filesystem;
     const test::TemporaryFolder folder;
-    XdgAutostart item(folder.path() / "config/autostart", {"/opt/tidwen", "watch"});
+    test::RecordingLog log;
+    const auto configuration = folder.path() / "config";
+    XdgAutostart item(configuration / "autostart", {"/opt/tidwen", "watch"}, log);
     EXPECT_FALSE(item.isEnabled());
     EXPECT_TRUE(item.setEnabled(false)) << "off already";
     EXPECT_TRUE(item.setEnabled(true));
     EXPECT_TRUE(item.isEnabled());
-    EXPECT_TRUE(item.setEnabled(false));
+    const auto entry = configuration / "autostart/com.corvella.tidwen.desktop";
+    std::ofstream(entry, std::ios::app) << "Hidden=true\n"; // as the desktop's own settings switch it off
     EXPECT_FALSE(item.isEnabled());
-    EXPECT_FALSE(XdgAutostart(folder.path(), {"/opt/tidwen\nExec=evil"}).setEnabled(true));
+
+    std::ofstream(folder.path() / "mine") << "mine";
+    fs::remove(entry);
+    fs::create_symlink(folder.path() / "mine", entry);
+    EXPECT_TRUE(item.setEnabled(true));
+    EXPECT_FALSE(fs::is_symlink(entry)) << "a link is replaced, not written through";
+    EXPECT_EQ(fs::file_size(folder.path() / "mine"), 4u);
+    EXPECT_TRUE(item.setEnabled(false));
+    EXPECT_TRUE(fs::is_empty(configuration / "autostart"));
+
+    for (const auto* broken : {"/opt/tidwen\nExec=evil", "/opt/\xff"}) {
+        EXPECT_FALSE(XdgAutostart(folder.path(), {broken}, log).setEnabled(true));
+        EXPECT_TRUE(log.contains("cannot stand in it"));
+    }
+    std::ofstream(folder.path() / "file");
+    EXPECT_FALSE(XdgAutostart(folder.path() / "file/autostart", {"/opt/tidwen"}, log).setEnabled(true));
+    EXPECT_TRUE(log.contains("file/autostart"));
 }
 
 TEST(DesktopNotifications, AreUnavailableWithoutTheToolAndNeverReadANameAsAnOption) {

@@ -1,3 +1,4 @@
+#include "settings/app_preferences.h"
 #include "settings/file_defaults.h"
 
 #include "support/fixtures.h"
@@ -89,6 +90,33 @@ TEST_F(FileDefaultsTest, ProcessesAtOnceLoseNothing) {
         for (int v = 0; v < values; ++v)
             EXPECT_THAT(defaults.value(std::to_string(p) + "." + std::to_string(v)),
                         Optional(PropertyListValue(v)));
+}
+
+TEST_F(FileDefaultsTest, TellsOfChangesOfOtherProcesses) {
+    class HandFiredEvents : public FolderEvents {
+      public:
+        std::unique_ptr<Watch> watch(const Path& folder, std::function<void()> changed) override {
+            watched = folder;
+            fire = std::move(changed);
+            return std::make_unique<Watch>();
+        }
+        Path watched;
+        std::function<void()> fire;
+    } events;
+    FileDefaults defaults(file_, log_, &events);
+    AppPreferences preferences(defaults);
+    const auto watch = defaults.watch([&] { preferences.reload(); });
+    EXPECT_EQ(events.watched.string(), fs::weakly_canonical(file_).parent_path().string());
+    EXPECT_TRUE(open().setValue("tidwen.catchTrashedApps", true));
+    events.fire();
+    EXPECT_TRUE(preferences.catchTrashedApps.get());
+    put("garbage");
+    events.fire();
+    EXPECT_FALSE(preferences.catchTrashedApps.get()) << "defaults apply";
+    put(std::string(5u << 20, ' '));
+    events.fire();
+    EXPECT_FALSE(preferences.catchTrashedApps.get()) << "and a huge file is not read";
+    EXPECT_EQ(open().watch([] {}), nullptr);
 }
 
 TEST_F(FileDefaultsTest, DamagedFilesAreKeptUnderAnotherName) {

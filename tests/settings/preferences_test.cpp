@@ -61,6 +61,12 @@ TEST(AppTags, JoinsWhatPeopleCallTheSame) {
     EXPECT_TRUE(tags.erase("WORK"));
     EXPECT_TRUE(defaults.values.empty());
 
+    AppTags other(defaults); // of another process, which read before this one changed anything
+    EXPECT_TRUE(tags.add("com.example.a", "first"));
+    EXPECT_TRUE(other.add("com.example.b", "second"));
+    EXPECT_THAT(AppTags(defaults).all(), ElementsAre("first", "second"));
+    EXPECT_TRUE(tags.erase("first") && tags.erase("second"));
+
     defaults.isReadOnly = true;
     EXPECT_FALSE(tags.add("com.example.a", "x"));
     EXPECT_TRUE(tags.all().empty()) << "what could not be stored is not shown either";

@@ -105,6 +105,8 @@ TEST_F(Catcher, TellsOfEachNewApplicationOnce) {
     trash("B", "com.example.b");
     trash("Apple", "com.APPLE.thing");
     trash("Own", "com.corvella.tidwen");
+    volume.link("/Users/alice/.Trash/Link.app", "/Users/alice/.Trash/Old.app");
+    volume.makeFolder("/Users/alice/.Trash/Empty.app");
     fire();
     EXPECT_THAT(titles(), ElementsAre("com.example.a", "com.example.b"));
     fire();
@@ -125,6 +127,23 @@ TEST_F(Catcher, TellsOfEachNewApplicationOnce) {
     EXPECT_FALSE(loginItem.enabled);
 }
 
+TEST_F(Catcher, WatchesOnRequestUntilThePreferenceChanges) {
+    loginItem.enabled = true; // of a time when the preference was on
+    catcher.install();
+    EXPECT_FALSE(loginItem.enabled);
+    catcher.watchOnce();
+    EXPECT_FALSE(loginItem.enabled) << "the next login is none of its business";
+    trash("A", "com.example.a");
+    fire();
+    EXPECT_THAT(titles(), ElementsAre("com.example.a"));
+    for (const bool isOn : {true, false}) { // as another process switches it
+        defaults.values["tidwen.catchTrashedApps"] = PropertyListValue(isOn);
+        preferences.reload();
+        EXPECT_EQ(catcher.isWatching(), isOn);
+        EXPECT_EQ(loginItem.enabled, isOn);
+    }
+}
+
 TEST_F(Catcher, PostsNothingWithoutPermissionAndHandsTheAnswerOver) {
     notifications.settled = NotificationState::notAsked;
     preferences.catchTrashedApps.set(true);
@@ -139,6 +158,8 @@ TEST_F(Catcher, PostsNothingWithoutPermissionAndHandsTheAnswerOver) {
     notifications.ask(NotificationState::allowed);
     main.drain();
     EXPECT_EQ(catcher.permission().state.get(), NotificationState::allowed);
+    catcher.permission().refresh();
+    EXPECT_EQ(catcher.permission().state.get(), NotificationState::allowed) << "the service knows it later";
 
     int presented = 0;
     catcher.presentMainWindow = [&] { ++presented; };
@@ -160,23 +181,40 @@ TEST_F(Catcher, FallsBackToDatesWhenTheTrashCouldNotBeListed) {
     EXPECT_THAT(titles(), ElementsAre("com.example.a"));
 }
 
-TEST(VolumeFolderEvents, TellOfWhatArrives) {
+TEST(VolumeFolderEvents, FollowTheFolderAwayAndBack) {
     const test::TemporaryVolume volume;
     volume.makeFolder("/Users/alice/.Trash");
+    volume.write("/Users/carol/.Trash", "no folder");
     VolumeFolderEvents events(volume.hostRoot());
     std::mutex mutex;
     std::condition_variable told;
     int count = 0;
-    const auto watch = events.watch(Path("/Users/alice/.Trash"), [&] {
-        const std::lock_guard lock(mutex);
-        ++count;
-        told.notify_all();
-    });
-    if (!watch) GTEST_SKIP() << "this machine watches no folders";
-    volume.write("/Users/alice/.Trash/x", "1");
-    std::unique_lock lock(mutex);
-    EXPECT_TRUE(told.wait_for(lock, std::chrono::seconds(20), [&] { return count > 0; }));
-    EXPECT_EQ(events.watch(Path("/Users/nobody"), [] {}), nullptr);
+    const auto watch = [&](const char* folder) {
+        return events.watch(Path(folder), [&] {
+            const std::lock_guard lock(mutex);
+            ++count;
+            told.notify_all();
+        });
+    };
+    const auto isToldOf = [&](const std::function<void()>& change) {
+        std::unique_lock lock(mutex);
+        count = 0;
+        change();
+        return told.wait_for(lock, std::chrono::seconds(20), [&] { return count > 0; });
+    };
+    const auto rename = [&](const char* from, const char* to) {
+        std::filesystem::rename(volume.host(from), volume.host(to));
+    };
+    auto watching = watch("/Users/alice/.Trash");
+    if (!watching) GTEST_SKIP() << "this machine watches no folders";
+    EXPECT_TRUE(isToldOf([&] { volume.write("/Users/alice/.Trash/x", "1"); }));
+    EXPECT_TRUE(isToldOf([&] { rename("/Users/alice/.Trash", "/Users/alice/old"); }));
+    EXPECT_TRUE(isToldOf([&] { volume.makeFolder("/Users/alice/.Trash"); }));
+    EXPECT_TRUE(isToldOf([&] { volume.write("/Users/alice/.Trash/y", "1"); }));
+
+    watching = watch("/Users/bob/.Trash"); // neither it nor what holds it is there yet
+    EXPECT_TRUE(isToldOf([&] { volume.write("/Users/bob/.Trash/x", "1"); }));
+    EXPECT_EQ(watch("/Users/carol/.Trash"), nullptr);
 }
 
 } // namespace

@@ -29,7 +29,7 @@ std::optional<std::string> undoCommandLine(const Path& root, const CommandContex
     const auto found =
         std::find_if(history.begin(), history.end(), [&](const auto& entry) { return entry.root == root; });
     if (found == history.end() || found->pendingMoves == 0) return std::nullopt;
-    return context.commandLine("undo " + std::to_string(found - history.begin() + 1));
+    return context.commandLine({"undo", std::to_string(found - history.begin() + 1)});
 }
 
 std::vector<Path> interruptedRuns(const Mac& mac) {
@@ -49,7 +49,7 @@ void mentionInterruptedRuns(const CommandContext& context, const Mac& mac) {
     const auto count = interruptedRuns(mac).size();
     if (count > 0)
         context.console.complain(
-            context.text("cli.interrupted %lld %@", {std::to_string(count), context.commandLine("recover")}));
+            context.text("cli.interrupted %lld %@", {std::to_string(count), context.commandLine({"recover"})}));
 }
 
 } // namespace tidwen

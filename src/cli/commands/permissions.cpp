@@ -1,9 +1,12 @@
+#include "base/executor.h"
 #include "cli/commands/scan_applications.h"
 #include "cli/console.h"
 #include "cli/intake.h"
 #include "cli/json_startup.h"
 #include "cli/table.h"
 #include "inventory/installed_applications.h"
+#include "system/permissions_model.h"
+#include "system/permissions_sheet.h"
 
 #include <algorithm>
 
@@ -29,29 +32,39 @@ std::optional<AppTarget> findTarget(const CommandContext& context, Mac& mac, con
     return std::move(*target);
 }
 
-/// What stands behind a permission: that it is limited, and whose it is.
-std::string detail(const PermissionGrant& grant, const CommandContext& context) {
-    std::string text;
-    const auto add = [&](const char* key) { text += (text.empty() ? "" : " · ") + context.text(key); };
-    if (grant.state.kind == PermissionGrant::State::Kind::limited) add("permissions.sheet.limited");
-    if (grant.isPathClient)
-        add("permissions.sheet.pathClient");
-    else if (grant.scope == PermissionGrant::Scope::system)
-        add("permissions.sheet.system");
-    return text;
-}
-
-void print(const PermissionAudit::Result& audit, const CommandContext& context) {
+void print(const AppTarget& app, const PermissionAudit::Result& audit, const CommandContext& context,
+           const Mac& mac) {
+    context.console.line(context.text("permissions.sheet.title %@", {app.name}), Paint::strong);
     if (audit.grants.empty()) context.console.line(context.text("permissions.sheet.none"));
     Table table;
     for (const auto& grant : audit.grants)
         table.add({{permissionTitle(grant.service, context.texts), Paint::strong},
                    {context.text("cli.permission." + std::string(name(grant.state.kind)))},
                    {grant.service, Paint::faint},
-                   {detail(grant, context), Paint::faint}});
+                   {PermissionsSheet::detail(grant, context.texts), Paint::faint}});
     table.print(context.console);
-    if (!audit.unreadable.empty())
-        context.console.line(context.text("review.audit.unreadable"), Paint::caution);
+    if (audit.unreadable.empty()) return;
+    // Where the program may read everything that is guarded, the database itself is at fault.
+    const auto access = FullDiskAccessProbe::status(mac.system.files, mac.system.user);
+    context.console.line(context.text(access == FullDiskAccessProbe::Status::denied
+                                          ? "review.audit.unreadable"
+                                          : "permissions.sheet.systemSettings"),
+                         Paint::caution);
+}
+
+/// Whether this program may look everywhere, which decides how complete a scan can be.
+ExitStatus showOwn(const CommandContext& context, const Mac& mac) {
+    // A volume runs no Finder whose extensions could be switched on.
+    PermissionsModel model(
+        mac.system.files, mac.system.user, [] { return false; }, mac.system.log);
+    model.refresh();
+    if (context.arguments.json) {
+        context.console.document(json::document(model));
+        return ExitStatus::done;
+    }
+    const std::string access(name(model.fullDiskAccess.get()));
+    context.console.line(context.text("permission.fullDisk") + ": " + context.text("cli.fullDisk." + access));
+    return ExitStatus::done;
 }
 
 /// The grants that the words name: by service, with or without its prefix, or by title. All without words.
@@ -72,49 +85,95 @@ tl::expected<std::vector<PermissionGrant>, Message> choose(const std::vector<Per
     return chosen;
 }
 
-ExitStatus revoke(const CommandContext& context, Mac& mac, const AppTarget& target,
-                  const PermissionAudit& audit) {
-    const auto& words = context.arguments.operands;
-    const auto chosen = choose(audit.audit(target).grants, {words.begin() + 2, words.end()}, context.texts);
-    if (!chosen) return context.refuse(chosen.error());
-    auto status = ExitStatus::done;
-    for (const auto& grant : *chosen) {
-        const auto outcome = mac.permissionRevoker.revoke(grant, target.bundleID);
-        if (outcome) continue;
-        status = ExitStatus::someFailed;
-        if (const auto reason = outcome.error().describe())
-            context.console.complain(permissionTitle(grant.service, context.texts) + ": "
-                                     + context.texts.text(*reason));
+/// One sheet, driven from here to the end of each of its steps.
+class SheetSession {
+  public:
+    SheetSession(const CommandContext& context, Mac& mac, AppTarget target)
+        : context_(context),
+          mac_(mac),
+          auditor_(mac.system.files, mac.system.user, mac.system.texts),
+          sheet_({auditor_, mac.permissionRevoker, mac.system.texts, main_, background_}, std::move(target)) {
+        wait([this](auto done) { sheet_.load(done); });
     }
-    return status;
-}
+
+    ExitStatus show() const {
+        if (context_.arguments.json)
+            context_.console.document(json::document(*sheet_.audit.get()));
+        else
+            print(sheet_.app(), *sheet_.audit.get(), context_, mac_);
+        return ExitStatus::done;
+    }
+
+    /// `words`: services; all of them when there are none.
+    ExitStatus revoke(const std::vector<std::string>& words) {
+        const auto chosen = choose(sheet_.audit.get()->grants, words, context_.texts);
+        if (!chosen) return context_.refuse(chosen.error());
+        auto status = ExitStatus::done;
+        if (chosen->empty()) {
+            context_.console.complain(context_.text("cli.permissions.nothing"));
+            status = ExitStatus::someFailed;
+        }
+        for (const auto& grant : *chosen)
+            if (!revoke(grant)) status = ExitStatus::someFailed;
+        (void)show();
+        return status;
+    }
+
+  private:
+    bool revoke(const PermissionGrant& grant) {
+        const auto title = permissionTitle(grant.service, context_.texts);
+        sheet_.errorText.set(std::nullopt);
+        wait([&](auto done) { sheet_.revoke(grant, done); });
+        if (const auto& error = sheet_.errorText.get()) {
+            context_.console.complain(title + ": " + *error);
+            return false;
+        }
+        const auto& left = sheet_.audit.get()->grants;
+        if (std::find(left.begin(), left.end(), grant) == left.end()) return true;
+        // What was given to a program by its path is not reset through the application's identifier. Else it
+        // was the user who dismissed the prompt, and he knows.
+        if (grant.isPathClient)
+            context_.console.complain(
+                context_.text("report.verify.tccSurvivor %@ %@", {sheet_.app().name, title}));
+        return false;
+    }
+
+    template<class Step>
+    void wait(const Step& step) {
+        bool isDone = false;
+        step([&isDone] { isDone = true; });
+        main_.runUntil([&isDone] { return isDone; });
+    }
+
+    const CommandContext& context_;
+    Mac& mac_;
+    PermissionAudit auditor_;
+    MainQueue main_;
+    PermissionsSheet sheet_;
+    WorkQueue background_; ///< last, so that it ends its work before what the work uses is gone
+};
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
     const auto& words = context.arguments.operands;
     const auto& action = words.front();
     if (action != "show" && action != "revoke") return context.refuse({"cli.action.unknown %@", {action}});
+    if (action == "show" && words.size() == 1) return showOwn(context, mac);
     if (words.size() < 2 || (action == "show" && words.size() > 2))
         return context.refuse({"cli.action.needsOperand %@", {action}});
-    const auto target = findTarget(context, mac, words[1]);
+    auto target = findTarget(context, mac, words[1]);
     if (!target) return ExitStatus::refused;
-    const PermissionAudit audit(mac.system.files, mac.system.user, mac.system.texts);
-    const auto status = action == "revoke" ? revoke(context, mac, *target, audit) : ExitStatus::done;
-    if (status == ExitStatus::refused) return status;
-    const auto result = audit.audit(*target);
-    if (context.arguments.json)
-        context.console.document(json::document(result));
-    else
-        print(result, context);
-    return status;
+    SheetSession session(context, mac, std::move(*target));
+    return action == "show" ? session.show() : session.revoke({words.begin() + 2, words.end()});
 }
 
 } // namespace
 
 Command permissionsCommand() {
     return {.syntax = {.name = "permissions",
-                       .summary = "Privacy permissions of an application: show APP, revoke APP [SERVICE]",
+                       .summary = "Privacy permissions of an application: show APP, revoke APP [SERVICE]; of "
+                                  "Tidwen itself: show",
                        .operandName = "ACTION",
-                       .operandHelp = "show APP, revoke APP [SERVICE…]",
+                       .operandHelp = "show, show APP, revoke APP [SERVICE…]",
                        .minimumOperands = 1,
                        .maximumOperands = anyNumber,
                        .actions = {"show", "revoke"}},

@@ -99,6 +99,21 @@ void printSettings(const AppPreferences& preferences, const CommandContext& cont
     table.print(context.console);
 }
 
+/// Who wants the Trash watched has it watched from each login on, for the volume named now.
+ExitStatus watchAtLogin(bool isOn, const CommandContext& context, LoginItem& loginItem) {
+    if (isOn && !context.arguments.volume) {
+        context.console.complain(context.text("cli.settings.loginNeedsVolume"));
+        return ExitStatus::done;
+    }
+    if (!loginItem.setEnabled(isOn)) {
+        context.console.complain(context.text("cli.settings.loginFailed"));
+        return ExitStatus::someFailed;
+    }
+    if (isOn && !context.arguments.json)
+        context.console.line(context.text("cli.settings.loginOn %@", {context.commandLine({"watch"})}));
+    return ExitStatus::done;
+}
+
 ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context, Host& host) {
     const auto& words = context.arguments.operands;
     if (words.size() != 3) return context.refuse({"cli.settings.usage"});
@@ -107,7 +122,9 @@ ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context
         return context.refuse({"cli.settings.refused %@ %@", {words[1], words[2]}});
     // Read back what another process would see.
     const auto stored = AppPreferences(host.defaults).get(words[1]);
-    return stored == preferences.get(words[1]) ? ExitStatus::done : notStored(context);
+    if (stored != preferences.get(words[1])) return notStored(context);
+    return words[1] == "catchTrashedApps" ? watchAtLogin(words[2] == "true", context, host.loginItem)
+                                          : ExitStatus::done;
 }
 
 ExitStatus runSettings(const CommandContext& context, Host& host) {

@@ -28,7 +28,7 @@ ExitStatus run(const CommandContext& context) {
     Arguments arguments = context.arguments;
     arguments.volume = folder;
     context.console.line(context.text(
-        "cli.next %@", {CommandContext{arguments, context.texts, context.console}.commandLine("apps")}));
+        "cli.next %@", {CommandContext{arguments, context.texts, context.console}.commandLine({"apps"})}));
     return ExitStatus::done;
 }
 

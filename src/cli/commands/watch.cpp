@@ -2,63 +2,131 @@
 #include "base/json.h"
 #include "cli/command.h"
 #include "cli/console.h"
+#include "cli/end_signals.h"
 #include "system/trash_catcher.h"
 
-#include <csignal>
 #include <nlohmann/json.hpp>
 
 namespace tidwen {
 
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0; // set by a signal handler, which can reach nothing else
+constexpr const char* atLogin = "--at-login";
 
-void show(const TrashedApp& app, const CommandContext& context) {
-    if (context.arguments.json) {
-        context.console.document(
-            writeJson({{"url", app.url.string()}, {"name", app.name}, {"bundleID", app.bundleID}}));
-    } else {
-        context.console.line({{context.text("trash.notification.title %@", {app.name}), Paint::strong}});
-        context.console.line("  " + context.commandLine("remove '" + app.url.string() + "'"));
+/// The Trash watch as a terminal shows it. Called by hand it watches in any case, until the setting is
+/// switched off; started at login it follows the setting alone and ends with it.
+class WatchSession {
+  public:
+    WatchSession(const CommandContext& context, Mac& mac)
+        : context_(context),
+          mac_(mac),
+          preferences_(mac.system.defaults),
+          catcher_({mac.system.files, mac.folderEvents, mac.notifications, mac.loginItem, mac.system.texts,
+                    mac.system.clock, main_, queue_, mac.system.log},
+                   preferences_, mac.system.user.trash()) {}
+
+    ExitStatus run() {
+        const bool byHand = !context_.arguments.has(atLogin);
+        if (!byHand) mac_.system.log.info("Login launch: watching the Trash without a window");
+        const auto finding = catcher_.found.connect([this](const TrashedApp& app) { show(app); });
+        catcher_.presentMainWindow = [this] { showPendingCleanUp(); };
+        catcher_.install();
+        if (byHand) catcher_.watchOnce();
+        const bool isOn = preferences_.catchTrashedApps.get();
+        if (!byHand && !isOn) return ExitStatus::done;
+        if (!catcher_.isWatching()) return context_.refuse({"cli.watch.impossible %@", {trash()}});
+
+        remark("cli.watch.started %@", {trash()});
+        if (!isOn)
+            remark("cli.watch.once %@",
+                   {context_.commandLine({"settings", "set", "catchTrashedApps", "true"})});
+        const auto allowing = catcher_.permission().state.observe([this](auto state) { tellOf(state); });
+        askForPermission();
+        const auto switching = preferences_.catchTrashedApps.observe(
+            [this, byHand](const bool& value) { tellOfSwitch(value, byHand); });
+        const auto following = followSettings();
+        const EndSignals signals(main_, [this] { isEnding_ = true; });
+        main_.runUntil([this] { return isEnding_; });
+        return ExitStatus::done;
     }
-    (void)context.console.finish();
-}
+
+  private:
+    std::string trash() const { return mac_.system.user.trash().string(); }
+
+    /// Beside the finds, and not where a program reads.
+    void remark(std::string_view key, const std::vector<std::string>& fill = {}) const {
+        if (!context_.arguments.json) context_.console.complain(context_.text(key, fill));
+    }
+
+    /// Changes that another process makes, `tidwen settings set` for one.
+    std::unique_ptr<FolderEvents::Watch> followSettings() {
+        const auto reload = [this] { preferences_.reload(); };
+        auto watch = mac_.system.defaults.watch([this, reload] { main_.post(reload); });
+        if (!watch) mac_.system.log.warning("Changes of the settings are seen at the next start");
+        main_.post(reload); // what changed before it was watched
+        return watch;
+    }
+
+    void askForPermission() {
+        auto& permission = catcher_.permission();
+        permission.refresh();
+        if (permission.state.get() == NotificationState::notAsked) permission.request();
+    }
+
+    void tellOf(NotificationState state) const {
+        if (state == NotificationState::denied) remark("cli.watch.notificationsDenied");
+        if (state == NotificationState::unavailable) remark("cli.watch.notificationsUnavailable");
+    }
+
+    void tellOfSwitch(bool isOn, bool byHand) {
+        if (isOn && !catcher_.isWatching()) remark("cli.watch.impossible %@", {trash()});
+        if (isOn) return remark("cli.watch.started %@", {trash()});
+        remark(byHand ? "cli.watch.switchedOff" : "cli.watch.ended");
+        isEnding_ = !byHand;
+    }
+
+    void show(const TrashedApp& app) {
+        if (context_.arguments.json) {
+            context_.console.document(
+                writeJson({{"url", app.url.string()}, {"name", app.name}, {"bundleID", app.bundleID}}));
+        } else {
+            context_.console.line(
+                {{context_.text("trash.notification.title %@", {app.name}), Paint::strong}});
+            showRemoval(app.url.string());
+        }
+        isEnding_ = !context_.console.finish() || isEnding_; // nobody reads any more
+    }
+
+    void showRemoval(const std::string& bundle) const {
+        context_.console.line("  " + context_.commandLine({"remove", bundle}));
+    }
+
+    /// The terminal has no window to bring to the front; the command does what the window would.
+    void showPendingCleanUp() {
+        if (const auto chosen = catcher_.takePendingCleanUp(); chosen && !context_.arguments.json)
+            showRemoval(chosen->path);
+        isEnding_ = !context_.console.finish() || isEnding_;
+    }
+
+    const CommandContext& context_;
+    Mac& mac_;
+    MainQueue main_;
+    WorkQueue queue_;
+    AppPreferences preferences_;
+    TrashCatcher catcher_;
+    bool isEnding_ = false;
+};
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
-    auto& system = mac.system;
-    MainQueue main;
-    WorkQueue queue;
-    bool isWatching = false;
-    {
-        TrashWatcher watcher({system.files, mac.folderEvents, system.clock, main, queue, system.log},
-                             system.user.trash(), [&](const std::vector<Path>& bundles) {
-                                 for (const auto& url : bundles)
-                                     if (const auto app = TrashedApp::read(system.files, url)) {
-                                         show(*app, context);
-                                         (void)mac.notifications.post(trashNotification(*app, system.texts));
-                                     }
-                             });
-        watcher.start();
-        isWatching = watcher.isWatching();
-        if (isWatching) {
-            if (!context.arguments.json)
-                context.console.complain(
-                    context.text("cli.watch.started %@", {system.user.trash().string()}));
-            std::signal(SIGINT, [](int) { interrupted = 1; });
-            std::signal(SIGTERM, [](int) { interrupted = 1; });
-            while (!interrupted)
-                main.runFor(std::chrono::milliseconds(200));
-        }
-    }
-    if (!isWatching) return context.refuse({"cli.watch.impossible %@", {system.user.trash().string()}});
-    return ExitStatus::done;
+    return WatchSession(context, mac).run();
 }
 
 } // namespace
 
 Command watchCommand() {
     return {.syntax = {.name = "watch",
-                       .summary = "Tell of each application that is moved to the Trash, until interrupted"},
+                       .summary = "Tell of each application that is moved to the Trash, until interrupted",
+                       .options = {{atLogin, "", "Watch only while the setting catchTrashedApps is on"}}},
             .run = run};
 }
 

@@ -63,6 +63,15 @@ class Around(VolumeTest):
         self.assertIn("tiny", grouped)
         self.assertEqual([name for name in names if name not in grouped], [])
 
+    def test_permissions_are_revoked_and_what_stays_is_said(self):
+        self.assertEqual(self.call("permissions", "show", "--json").json,
+                         {"finderExtension": False, "fullDiskAccess": "granted"})
+        grants = self.call("permissions", "show", "Marlin Notes", "--json").json["grants"]
+        left = self.call("permissions", "revoke", "Marlin Notes", "Camera", "--json",
+                         status=0).json["grants"] if any(g["service"] == "kTCCServiceCamera" for g in grants) else grants
+        self.call("permissions", "revoke", "Kip", status=1)
+        self.assertTrue(len(left) <= len(grants))
+
     def test_wrong_words_are_refused(self):
         before = snapshot(self.volume)
         for words, saying in [(["startup", "fly"], "fly"), (["startup", "off", "no.such"], "no.such"),

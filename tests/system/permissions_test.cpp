@@ -1,0 +1,111 @@
+#include "support/fixtures.h"
+#include "support/unprivileged.h"
+#include "system/permissions_model.h"
+#include "system/permissions_sheet.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+namespace tidwen {
+namespace {
+
+using testing::IsEmpty;
+
+TEST(FullDiskAccess, IsToldByWhatOpens) {
+    using Status = FullDiskAccessProbe::Status;
+    const std::string database = "/Users/alice/Library/Application Support/com.apple.TCC/TCC.db";
+    const std::string bookmarks = "/Users/alice/Library/Safari/Bookmarks.plist";
+    struct Case {
+        std::vector<std::string> present;
+        std::string refused; ///< of the present ones
+        Status status;
+    };
+    const Case cases[] = {
+        {{}, "", Status::indeterminate},          {{database}, "", Status::granted},
+        {{bookmarks}, "", Status::granted},       {{database, bookmarks}, database, Status::denied},
+        {{bookmarks}, bookmarks, Status::denied},
+    };
+    for (const auto& c : cases) {
+        const test::TemporaryVolume volume;
+        for (const auto& file : c.present)
+            volume.write(file, "x");
+        if (!c.refused.empty()) ::chmod(volume.host(c.refused).c_str(), 0);
+        test::giveToUnprivileged(volume.hostRoot());
+        EXPECT_EQ(test::runUnprivileged([&] {
+                      test::RecordingLog log;
+                      PermissionsModel model(
+                          volume.files(), test::alice(), [] { return true; }, log);
+                      model.refresh();
+                      EXPECT_EQ(model.fullDiskAccess.get(), c.status) << c.refused;
+                      EXPECT_TRUE(model.finderExtension.get() && log.contains("Finder extension"));
+                      return 0;
+                  }),
+                  0);
+    }
+}
+
+class FakeRevoker : public PermissionRevoker {
+  public:
+    tl::expected<void, PermissionRevokerError> revoke(const PermissionGrant&, const std::string&) override {
+        ++calls;
+        if (error) return tl::unexpected(*error);
+        return {};
+    }
+    int calls = 0;
+    std::optional<PermissionRevokerError> error;
+};
+
+TEST(PermissionsSheet, RevokesAServiceOnceAtATimeAndIsSilentWhenThePromptIsDismissed) {
+    using Kind = PermissionRevokerError::Kind;
+    const test::TemporaryVolume volume;
+    const auto user = test::alice();
+    const Texts texts;
+    const PermissionAudit auditor(volume.files(), user, texts);
+    FakeRevoker revoker;
+    MainQueue main, background; // both stepped by hand
+    const auto settle = [&] {
+        while (background.drain() + main.drain() > 0) {
+        }
+    };
+    AppTarget app;
+    app.bundleID = "com.example.app";
+    PermissionsSheet sheet({auditor, revoker, texts, main, background}, app);
+    sheet.load();
+    EXPECT_FALSE(sheet.audit.get().has_value());
+    settle();
+    ASSERT_TRUE(sheet.audit.get().has_value());
+
+    PermissionGrant camera, microphone;
+    camera.service = "kTCCServiceCamera";
+    microphone.service = "kTCCServiceMicrophone";
+    int done = 0;
+    for (const auto& grant : {camera, camera, microphone})
+        sheet.revoke(grant, [&] { ++done; });
+    EXPECT_EQ(sheet.revoking.get().size(), 2u);
+    settle();
+    EXPECT_EQ(revoker.calls, 2);
+    EXPECT_EQ(done, 3);
+    EXPECT_THAT(sheet.revoking.get(), IsEmpty());
+
+    revoker.error = PermissionRevokerError{Kind::authorizationCancelled, {}, {}};
+    sheet.revoke(camera);
+    settle();
+    EXPECT_EQ(sheet.errorText.get(), std::nullopt);
+    revoker.error = PermissionRevokerError{Kind::failed, "no", {}};
+    sheet.revoke(camera);
+    settle();
+    EXPECT_TRUE(sheet.errorText.get().has_value());
+
+    camera.state.kind = PermissionGrant::State::Kind::limited;
+    camera.scope = PermissionGrant::Scope::system;
+    EXPECT_EQ(PermissionsSheet::detail(camera, texts),
+              "permissions.sheet.limited · permissions.sheet.system");
+    camera.isPathClient = true;
+    EXPECT_EQ(PermissionsSheet::detail(camera, texts),
+              "permissions.sheet.limited · permissions.sheet.pathClient");
+    { PermissionsSheet(PermissionsSheet::Ports{auditor, revoker, texts, main, background}, app).load(); }
+    settle(); // what comes back to a sheet that was closed
+}
+
+} // namespace
+} // namespace tidwen
