@@ -129,10 +129,13 @@ class SheetSession {
             return false;
         }
         const auto& left = sheet_.audit.get()->grants;
-        if (std::find(left.begin(), left.end(), grant) == left.end()) return true;
+        const auto rest = std::find_if(left.begin(), left.end(), [&](const PermissionGrant& each) {
+            return each.service == grant.service && each.scope == grant.scope;
+        });
+        if (rest == left.end()) return true;
         // What was given to a program by its path is not reset through the application's identifier. Else it
         // was the user who dismissed the prompt, and he knows.
-        if (grant.isPathClient)
+        if (rest->isPathClient)
             context_.console.complain(
                 context_.text("report.verify.tccSurvivor %@ %@", {sheet_.app().name, title}));
         return false;

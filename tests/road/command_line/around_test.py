@@ -66,11 +66,13 @@ class Around(VolumeTest):
     def test_permissions_are_revoked_and_what_stays_is_said(self):
         self.assertEqual(self.call("permissions", "show", "--json").json,
                          {"finderExtension": False, "fullDiskAccess": "granted"})
-        grants = self.call("permissions", "show", "Marlin Notes", "--json").json["grants"]
-        left = self.call("permissions", "revoke", "Marlin Notes", "Camera", "--json",
-                         status=0).json["grants"] if any(g["service"] == "kTCCServiceCamera" for g in grants) else grants
-        self.call("permissions", "revoke", "Kip", status=1)
-        self.assertTrue(len(left) <= len(grants))
+        for words, status, left, saying in [(["Marlin Sketch", "Camera"], 0, [], ""),
+                                            (["Kip"], 1, [], "no permission to revoke"),
+                                            (["Harbor VPN"], 1, ["kTCCServiceSystemPolicyAllFiles"], "still has")]:
+            with self.subTest(words):
+                run = self.call("permissions", "revoke", *words, "--json", status=status)
+                self.assertEqual([grant["service"] for grant in run.json["grants"]], left)
+                self.assertIn(saying, run.errors)
 
     def test_wrong_words_are_refused(self):
         before = snapshot(self.volume)
