@@ -12,6 +12,12 @@ namespace {
 // The largest Info.plists in use (every document type of an office suite) stay below 200 KB.
 constexpr PropertyListLimits infoLimits = {.bytes = 4u << 20, .nodes = 200'000, .depth = 64};
 
+std::optional<PropertyListDictionary> readInfo(const FileSystem& files, const Path& contents) {
+    const auto list = readPropertyList(files, contents / "Info.plist", infoLimits);
+    const auto* dictionary = list ? list->asDictionary() : nullptr;
+    return dictionary ? std::optional(*dictionary) : std::nullopt;
+}
+
 /// The folder whose Info.plist describes the bundle; "Contents" when there is none at all.
 Path contentsFolder(const FileSystem& files, const Path& root) {
     const auto holdsInfo = [&](const Path& folder) { return files.exists(folder / "Info.plist"); };
@@ -55,12 +61,14 @@ bool isTruthy(const PropertyListValue& value) {
 std::optional<Bundle> Bundle::open(const FileSystem& files, const Path& root) {
     const std::string& text = root.string();
     if (!root.isAbsolute() || text.find('\0') != std::string::npos || !isValidUtf8(text)) return std::nullopt;
-    if (!files.isDirectoryFollowingLinks(root)) return std::nullopt;
 
-    Bundle bundle = {.root = root, .contents = contentsFolder(files, root), .info = std::nullopt};
-    if (const auto list = readPropertyList(files, bundle.contents / "Info.plist", infoLimits))
-        if (const auto* dictionary = list->asDictionary()) bundle.info = *dictionary;
-    return bundle;
+    // Nearly all bundles have it where Macs put it, and hundreds are opened for one scan: when it is there,
+    // nothing else has to be asked.
+    if (auto info = readInfo(files, root / "Contents"))
+        return Bundle{.root = root, .contents = root / "Contents", .info = std::move(info)};
+    if (!files.isDirectoryFollowingLinks(root)) return std::nullopt;
+    const Path contents = contentsFolder(files, root);
+    return Bundle{.root = root, .contents = contents, .info = readInfo(files, contents)};
 }
 
 const std::string* Bundle::infoString(std::string_view key) const {

@@ -35,13 +35,16 @@ Descriptor openFolderToRead(int folder, const char* name) {
 }
 
 FolderListing::FolderListing(int folder) {
-    // A stream owns its descriptor and its position: it gets one of its own.
-    Descriptor own = openFolderToRead(folder, ".");
+    // A stream owns its descriptor: it gets one of its own. Both share one position, which another listing
+    // may have left at the end.
+    Descriptor own(::fcntl(folder, F_DUPFD_CLOEXEC, 0));
     if (own.isOpen()) stream_ = ::fdopendir(own.get());
-    if (stream_)
+    if (stream_) {
         own.release();
-    else
+        ::rewinddir(stream_);
+    } else {
         fault_ = errno;
+    }
 }
 
 FolderListing::~FolderListing() {

@@ -12,7 +12,8 @@ namespace tidwen {
 /// Opens a folder by its name in another one to read its entries; never a link.
 Descriptor openFolderToRead(int folder, const char* name);
 
-/// The names in an open folder, one after the other, without "." and "..". The descriptor stays the caller's.
+/// The names in a folder that is open for reading, one after the other, without "." and "..". The descriptor
+/// stays the caller's; only one listing of it at a time.
 class FolderListing {
   public:
     explicit FolderListing(int folder);

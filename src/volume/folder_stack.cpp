@@ -9,17 +9,19 @@ namespace tidwen {
 namespace {
 
 constexpr std::size_t openLevels = 16;
+constexpr struct stat none {};
 
 } // namespace
 
 bool FolderStack::push(Descriptor folder) {
     const auto item = statOpen(folder.get());
-    levels_.push_back({.folder = std::move(folder)});
-    if (!item) return false;
-    levels_.back().device = item->st_dev;
-    levels_.back().inode = item->st_ino;
+    push(std::move(folder), item.value_or(none));
+    return item.has_value();
+}
+
+void FolderStack::push(Descriptor folder, const struct stat& item) {
+    levels_.push_back({.folder = std::move(folder), .device = item.st_dev, .inode = item.st_ino});
     if (levels_.size() > openLevels) levels_[levels_.size() - 1 - openLevels].folder.close();
-    return true;
 }
 
 bool FolderStack::pop() {

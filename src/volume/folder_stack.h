@@ -20,6 +20,8 @@ class FolderStack {
 
     /// Goes down into an open folder. False when it cannot be identified.
     bool push(Descriptor folder);
+    /// The same for one that the system has just described.
+    void push(Descriptor folder, const struct stat& item);
     /// Goes up one level. False when the folder above is not where it was.
     bool pop();
 

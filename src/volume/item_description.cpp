@@ -97,8 +97,8 @@ OsResult<FileInfo> describeItem(int folder, const char* name) {
 #endif
 
 OsResult<struct stat> statItem(int folder, const char* name) {
-    struct stat item {};
-    if (::fstatat(folder, name, &item, AT_SYMLINK_NOFOLLOW) != 0) return tl::unexpected(errno);
+    OsResult<struct stat> item; // filled in place: a walk asks for hundreds of thousands
+    if (::fstatat(folder, name, &*item, AT_SYMLINK_NOFOLLOW) != 0) item = tl::unexpected(errno);
     return item;
 }
 

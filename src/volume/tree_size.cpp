@@ -62,10 +62,8 @@ class SizeWalk {
         const auto item = statOpen(folder.get());
         if (!item || item->st_dev != device_) return;
         pending_.emplace_back();
-        if (folders_.push(std::move(folder)))
-            readCurrent();
-        else
-            size_.capped = true;
+        folders_.push(std::move(folder), *item);
+        readCurrent();
     }
 
     FolderStack folders_;

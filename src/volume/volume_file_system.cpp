@@ -22,19 +22,24 @@ namespace {
 // Without O_NONBLOCK a pipe would wait for its writer, without O_NOCTTY a terminal would become ours.
 constexpr int readFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY;
 
-/// Reads from `offset` until `length` bytes are there or the file ends.
-OsResult<std::string> readBytes(int file, std::uint64_t offset, std::size_t length) {
+/// Reads from `offset` until `length` bytes are there or the file ends; `size` is the file's, as it was when
+/// it was opened.
+OsResult<std::string> readBytes(int file, std::uint64_t offset, std::size_t length, std::uint64_t size) {
+    const std::uint64_t rest = size > offset ? size - offset : 0;
+    // One byte more than there should be: when it does not come, the end is known without another call.
+    std::size_t wanted = static_cast<std::size_t>(std::min<std::uint64_t>(length, rest + 1));
     std::string bytes;
-    while (bytes.size() < length) {
-        // In pieces: the length asked for may be far more than there is.
+    while (bytes.size() < wanted) {
         const std::size_t old = bytes.size();
-        bytes.resize(std::min(length, std::max<std::size_t>(old * 2, 64u << 10)));
+        bytes.resize(wanted);
         const auto count = uninterrupted([&] {
             return ::pread(file, bytes.data() + old, bytes.size() - old, static_cast<off_t>(offset + old));
         });
         if (count < 0) return tl::unexpected(errno);
         bytes.resize(old + static_cast<std::size_t>(count));
-        if (count == 0) break;
+        if (count == 0 || bytes.size() == rest) break;
+        // It has grown meanwhile, or does not tell its size.
+        if (bytes.size() == wanted) wanted = std::min(length, std::max<std::size_t>(wanted * 2, 64u << 10));
     }
     return bytes;
 }
@@ -85,18 +90,23 @@ class VolumeFileSystem::Impl {
         return describedAt(path, place->folder.get(), place->name.c_str());
     }
 
+    struct OpenFile {
+        Descriptor file;
+        std::uint64_t size; ///< when it was opened
+    };
+
     /// Opens a plain file. Looked at before, because opening a pipe or a device can already have an effect.
-    FileResult<Descriptor> openFile(const Path& path) const {
+    FileResult<OpenFile> openFile(const Path& path) const {
         const auto info = describe(path, LastLink::follow);
         if (!info) return tl::unexpected(info.error());
         if (info->kind == FileKind::directory) return refused(path, FileFault::isDirectory);
         if (info->kind != FileKind::regular) return refused(path, FileFault::notRegular);
         auto file = resolver.open(path, readFlags, LastLink::follow);
-        if (!file) return file;
+        if (!file) return tl::unexpected(file.error());
         const auto item = statOpen(file->get());
         if (!item) return failed(path, item.error());
         if (!S_ISREG(item->st_mode)) return refused(path, FileFault::notRegular);
-        return file;
+        return OpenFile{std::move(*file), static_cast<std::uint64_t>(item->st_size)};
     }
 
     RootResolver resolver;
@@ -153,11 +163,10 @@ FileResult<std::vector<DirectoryEntry>> VolumeFileSystem::list(const Path& folde
 FileResult<std::string> VolumeFileSystem::read(const Path& file, std::size_t maxBytes) const {
     const auto opened = impl_->openFile(file);
     if (!opened) return tl::unexpected(opened.error());
-    const auto item = statOpen(opened->get());
-    if (!item) return failed(file, item.error());
-    if (static_cast<std::uint64_t>(item->st_size) > maxBytes) return refused(file, FileFault::tooLarge);
+    if (opened->size > maxBytes) return refused(file, FileFault::tooLarge);
     // One byte more than allowed shows a file that has grown since.
-    auto bytes = readBytes(opened->get(), 0, maxBytes < SIZE_MAX ? maxBytes + 1 : maxBytes);
+    auto bytes =
+        readBytes(opened->file.get(), 0, maxBytes < SIZE_MAX ? maxBytes + 1 : maxBytes, opened->size);
     if (!bytes) return failed(file, bytes.error());
     if (bytes->size() > maxBytes) return refused(file, FileFault::tooLarge);
     return std::move(*bytes);
@@ -167,11 +176,9 @@ FileResult<std::string> VolumeFileSystem::readRange(const Path& file, std::uint6
                                                     std::size_t length) const {
     const auto opened = impl_->openFile(file);
     if (!opened) return tl::unexpected(opened.error());
-    const auto item = statOpen(opened->get());
-    if (!item) return failed(file, item.error());
     // Also keeps an offset that the kernel would take for a negative one away from it.
-    if (offset >= static_cast<std::uint64_t>(item->st_size)) return std::string();
-    auto bytes = readBytes(opened->get(), offset, length);
+    if (offset >= opened->size) return std::string();
+    auto bytes = readBytes(opened->file.get(), offset, length, opened->size);
     if (!bytes) return failed(file, bytes.error());
     return std::move(*bytes);
 }

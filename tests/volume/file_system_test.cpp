@@ -3,6 +3,7 @@
 #include "volume/volume_file_system.h"
 
 #include <random>
+#include <sstream>
 #ifdef __linux__
 #include <sys/syscall.h>
 #endif
@@ -42,6 +43,18 @@ TEST(VolumeFileSystem, OpensOnlyFolders) {
     EXPECT_EQ(outcome(VolumeFileSystem::open(folder.path() / "file")), "notDirectory");
     EXPECT_EQ(outcome(VolumeFileSystem::open(folder.path() / "none")), "missing");
 }
+
+#ifdef __linux__
+TEST(VolumeFileSystem, ReadsFilesThatDoNotTellTheirSize) {
+    const auto files = openVolume("/proc", VolumeFileSystem::Resolver::automatic);
+    std::ostringstream expected;
+    expected << std::ifstream("/proc/filesystems").rdbuf();
+    ASSERT_EQ(files->info(Path("/filesystems"))->size, 0u);
+    EXPECT_EQ(files->read(Path("/filesystems"), 1u << 20).value_or(""), expected.str());
+    EXPECT_EQ(outcome(files->read(Path("/filesystems"), expected.str().size())), "ok");
+    EXPECT_EQ(outcome(files->read(Path("/filesystems"), expected.str().size() - 1)), "tooLarge");
+}
+#endif
 
 /// Two ways to one answer: random trees full of links, random paths through them.
 TEST(VolumeFileSystem, KernelAndWalkAgree) {
