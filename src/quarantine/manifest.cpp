@@ -3,7 +3,7 @@
 #include "quarantine/quarantine_layout.h"
 
 #include <algorithm>
-#include <unordered_map>
+#include <map>
 #include <unordered_set>
 
 namespace tidwen {
@@ -11,12 +11,11 @@ namespace tidwen {
 namespace {
 
 /// Where the move that the same trace asked for takes the job's property list from.
-std::unordered_map<std::string, std::string>
-firstMovedPathByTrace(const std::vector<RemovalOperation>& operations) {
-    std::unordered_map<std::string, std::string> sources;
+std::map<Uuid, std::string> firstMovedPathByTrace(const std::vector<RemovalOperation>& operations) {
+    std::map<Uuid, std::string> sources;
     for (const auto& each : operations)
         if (const auto* move = std::get_if<operation::Move>(&each.kind))
-            sources.emplace(each.traceID.string(), move->source.string());
+            sources.emplace(each.traceID, move->source.string());
     return sources;
 }
 
@@ -49,7 +48,7 @@ std::vector<ManifestEntry> entriesOf(const std::vector<RemovalOperation>& operat
             entries.push_back(moveEntry(each, *move));
         } else if (const auto* bootout = std::get_if<operation::Bootout>(&each.kind)) {
             entries.push_back(bootoutEntry(each, *bootout));
-            if (const auto moved = movedPaths.find(each.traceID.string()); moved != movedPaths.end())
+            if (const auto moved = movedPaths.find(each.traceID); moved != movedPaths.end())
                 entries.back().plistPath = moved->second;
         }
     }
