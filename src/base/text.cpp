@@ -9,6 +9,7 @@
 #include <unicode/coll.h>
 #include <unicode/normalizer2.h>
 #include <unicode/uchar.h>
+#include <unicode/unistr.h>
 #include <unicode/utf8.h>
 
 namespace tidwen {
@@ -198,6 +199,23 @@ int compareForDisplay(std::string_view a, std::string_view b, const std::string&
         if (U_SUCCESS(status) && order != UCOL_EQUAL) return order == UCOL_LESS ? -1 : 1;
     }
     return sign(a.compare(b));
+}
+
+std::string displayOrderKey(std::string_view text, const std::string& locale) {
+    std::string key;
+    if (const auto* collator = collatorFor(locale)) {
+        const auto unicode = icu::UnicodeString::fromUTF8(piece(text));
+        const auto write = [&] {
+            return collator->getSortKey(unicode, reinterpret_cast<std::uint8_t*>(key.data()),
+                                        static_cast<std::int32_t>(key.size()));
+        };
+        key.resize(text.size() * 2 + 32); // enough for most; the answer is the length needed
+        const auto length = static_cast<std::size_t>(write());
+        const bool fits = length <= key.size();
+        key.resize(length);
+        if (!fits) write();
+    }
+    return key.append(text); // the collator's part ends in a zero byte, of which it has no other
 }
 
 std::size_t displayWidth(std::string_view text) {

@@ -10,20 +10,38 @@ namespace tidwen {
 
 LeftoverList::LeftoverList(std::vector<Trace> traces, std::string locale)
     : traces_(std::move(traces)), locale_(std::move(locale)) {
+    entries_.reserve(traces_.size());
+    sizeTexts_.reserve(traces_.size()); // rows point into it
     for (const auto& trace : traces_) {
         const auto name = searchForm(trace.displayName);
-        nameOf_.push_back({names_.size(), name.size()});
-        names_ += name;
         sizeTexts_.push_back(trace.sizeBytes ? formatByteCount(*trace.sizeBytes, locale_) : std::string());
+        entries_.push_back({.row = {&trace, trace.displayName, sizeTexts_.back()},
+                            .nameOffset = names_.size(),
+                            .nameLength = name.size(),
+                            .bytes = trace.sizeBytes,
+                            .risk = trace.risk,
+                            .category = trace.category,
+                            .isManual = trace.reversibility == Reversibility::manualOnly});
+        names_ += name;
+        ++sums_.byRisk[static_cast<std::size_t>(trace.risk)];
+        ++sums_.byCategory[static_cast<std::size_t>(trace.category)];
+        sums_.bytes += trace.sizeBytes.value_or(0);
     }
+    sort();
+}
+
+void LeftoverList::sort() {
+    std::vector<std::string> keys;
+    keys.reserve(traces_.size());
+    for (const auto& trace : traces_)
+        keys.push_back(displayOrderKey(trace.displayName, locale_));
     byName_.resize(traces_.size());
     std::iota(byName_.begin(), byName_.end(), 0u);
-    std::stable_sort(byName_.begin(), byName_.end(), [&](std::uint32_t a, std::uint32_t b) {
-        return compareForDisplay(traces_[a].displayName, traces_[b].displayName, locale_) < 0;
-    });
+    std::stable_sort(byName_.begin(), byName_.end(),
+                     [&](std::uint32_t a, std::uint32_t b) { return keys[a] < keys[b]; });
     bySize_ = byName_; // stable: equal sizes stay in the order of their names
     std::stable_sort(bySize_.begin(), bySize_.end(), [&](std::uint32_t a, std::uint32_t b) {
-        return traces_[a].sizeBytes.value_or(-1) > traces_[b].sizeBytes.value_or(-1);
+        return entries_[a].bytes.value_or(-1) > entries_[b].bytes.value_or(-1);
     });
 }
 
@@ -37,9 +55,14 @@ class LeftoverTreeBuilder {
           floor_(minimumBytes(filter.floor)) {}
 
     void fill(LeftoverTree& tree) {
+        // Judged in the order in which they lie in memory, and only then looked at in that of the rows.
+        std::vector<bool> passing;
+        passing.reserve(list_.entries_.size());
+        for (const auto& entry : list_.entries_)
+            passing.push_back(entry.isManual || passes(entry));
         const auto& order = filter_.order == LeftoverFilter::Order::name ? list_.byName_ : list_.bySize_;
         for (const auto index : order)
-            add(tree, index);
+            if (passing[index]) add(tree, list_.entries_[index]);
         for (std::size_t risk = 0; risk < groups_.size(); ++risk)
             close(tree, risk);
         tree.totalSizeText = formatByteCount(tree.totalBytes, list_.locale_);
@@ -51,28 +74,25 @@ class LeftoverTreeBuilder {
         bool hasSize = false;
     };
 
-    bool passes(const Trace& trace, std::uint32_t index) const {
-        if (!filter_.risks.empty() && !filter_.risks.contains(trace.risk)) return false;
-        if (filter_.category && trace.category != *filter_.category) return false;
-        if (trace.sizeBytes && *trace.sizeBytes < floor_) return false;
-        if (sought_.empty()) return true;
-        const auto& name = list_.nameOf_[index];
-        return std::string_view(list_.names_).substr(name.offset, name.length).find(sought_)
-               != std::string_view::npos;
+    bool passes(const LeftoverList::Entry& entry) const {
+        if (!filter_.risks.empty() && !filter_.risks.contains(entry.risk)) return false;
+        if (filter_.category && entry.category != *filter_.category) return false;
+        if (entry.bytes && *entry.bytes < floor_) return false;
+        return sought_.empty()
+               || std::string_view(list_.names_).substr(entry.nameOffset, entry.nameLength).find(sought_)
+                      != std::string_view::npos;
     }
 
-    void add(LeftoverTree& tree, std::uint32_t index) {
-        const auto& trace = list_.traces_[index];
-        if (trace.reversibility == Reversibility::manualOnly) {
-            tree.manual.push_back(&trace);
+    void add(LeftoverTree& tree, const LeftoverList::Entry& entry) {
+        if (entry.isManual) {
+            tree.manual.push_back(entry.row.trace);
             return;
         }
-        if (!passes(trace, index)) return;
         auto& bucket =
-            groups_[static_cast<std::size_t>(trace.risk)][static_cast<std::size_t>(trace.category)];
-        bucket.group.rows.push_back({&trace, trace.displayName, list_.sizeTexts_[index]});
-        if (!trace.sizeBytes) return;
-        bucket.group.bytes += *trace.sizeBytes;
+            groups_[static_cast<std::size_t>(entry.risk)][static_cast<std::size_t>(entry.category)];
+        bucket.group.rows.push_back(entry.row);
+        if (!entry.bytes) return;
+        bucket.group.bytes += *entry.bytes;
         bucket.hasSize = true;
     }
 

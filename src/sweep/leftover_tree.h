@@ -15,34 +15,54 @@ namespace tidwen {
 
 inline constexpr std::array allTraceRisks = {TraceRisk::safe, TraceRisk::review, TraceRisk::sensitive};
 
-/// Leftovers made ready for being filtered on every key stroke: their names in search form, their sizes as
-/// text, and both orders are worked out once. Immutable; shared by the trees built from it.
-class LeftoverList {
-  public:
-    explicit LeftoverList(std::vector<Trace> traces, std::string locale = "en");
-
-    const std::vector<Trace>& traces() const { return traces_; }
-    const std::string& locale() const { return locale_; }
-
-  private:
-    friend class LeftoverTreeBuilder;
-    struct Name {
-        std::size_t offset, length; ///< into `names_`
-    };
-
-    std::vector<Trace> traces_;
-    std::string locale_;
-    std::string names_; ///< every name in search form, one after another
-    std::vector<Name> nameOf_;
-    std::vector<std::string> sizeTexts_;
-    std::vector<std::uint32_t> byName_, bySize_; ///< indices in either order
-};
-
 /// One line of the tree. Points into the list that the tree holds.
 struct LeftoverRow {
     const Trace* trace = nullptr;
     std::string_view title;
     std::string_view sizeText; ///< empty for what has no size
+};
+
+/// Leftovers made ready for being filtered on every key stroke: their names in search form, their sizes as
+/// text, both orders and the sums are worked out once. Immutable; shared by the trees built from it.
+class LeftoverList {
+  public:
+    explicit LeftoverList(std::vector<Trace> traces, std::string locale = "en");
+    LeftoverList(const LeftoverList&) = delete;
+    LeftoverList& operator=(const LeftoverList&) = delete;
+
+    /// Of all traces, whatever the filter.
+    struct Sums {
+        std::array<int, allTraceRisks.size()> byRisk = {};
+        std::array<int, allTraceCategories.size()> byCategory = {};
+        std::int64_t bytes = 0;
+    };
+
+    const std::vector<Trace>& traces() const { return traces_; }
+    const Sums& sums() const { return sums_; }
+    const std::string& locale() const { return locale_; }
+
+  private:
+    friend class LeftoverTreeBuilder;
+
+    /// What a filter and a row need of a trace, side by side: the traces themselves lie far apart in memory.
+    struct Entry {
+        LeftoverRow row;
+        std::size_t nameOffset, nameLength; ///< into `names_`
+        std::optional<std::int64_t> bytes;
+        TraceRisk risk;
+        TraceCategory category;
+        bool isManual;
+    };
+
+    void sort();
+
+    std::vector<Trace> traces_;
+    std::string locale_;
+    std::string names_; ///< every name in search form, one after another
+    std::vector<std::string> sizeTexts_;
+    std::vector<Entry> entries_;                 ///< in the order of the traces
+    std::vector<std::uint32_t> byName_, bySize_; ///< indices in either order
+    Sums sums_;
 };
 
 struct LeftoverGroup {

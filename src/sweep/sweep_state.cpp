@@ -16,14 +16,11 @@ namespace {
 SweepState::Snapshot makeSnapshot(const std::shared_ptr<const LeftoverList>& list,
                                   const LeftoverFilter& filter) {
     SweepState::Snapshot snapshot;
-    std::int64_t bytes = 0;
-    for (const auto& trace : list->traces()) {
-        ++snapshot.riskCounts[static_cast<std::size_t>(trace.risk)];
-        ++snapshot.categoryCounts[static_cast<std::size_t>(trace.category)];
-        ++snapshot.totalCount;
-        bytes += trace.sizeBytes.value_or(0);
-    }
-    snapshot.totalSizeText = formatByteCount(bytes, list->locale());
+    const auto& sums = list->sums();
+    snapshot.riskCounts = sums.byRisk;
+    snapshot.categoryCounts = sums.byCategory;
+    snapshot.totalCount = static_cast<int>(list->traces().size());
+    snapshot.totalSizeText = formatByteCount(sums.bytes, list->locale());
     snapshot.tree = buildTree(list, filter);
     return snapshot;
 }

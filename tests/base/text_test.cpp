@@ -81,6 +81,13 @@ TEST(Text, OrdersListsAsPeopleReadThem) {
               [](const auto& a, const auto& b) { return compareForDisplay(a, b) < 0; });
     EXPECT_EQ(names,
               (std::vector<std::string>{"äpfel", "apple", "Apple", "item 9", "item 10", "Zebra", "zoo"}));
+    names.insert(names.end(), {"", "\xFF", "e\u0301", "é", std::string("a\0b", 3), std::string(500, 'x')});
+    for (const auto* locale : {"en", "sv", "no such language!"})
+        for (const auto& a : names)
+            for (const auto& b : names)
+                EXPECT_EQ(displayOrderKey(a, locale) < displayOrderKey(b, locale),
+                          compareForDisplay(a, b, locale) < 0)
+                    << a << " and " << b << " in " << locale;
     EXPECT_GT(compareForDisplay("äpfel", "zoo", "sv"), 0);
     EXPECT_NE(compareForDisplay("e\u0301", "é"), 0) << "texts that differ in bytes are never equal";
     EXPECT_LT(compareForDisplay("a", "b", "no such language!"), 0);
