@@ -49,11 +49,11 @@ class InOrder {
 } // namespace
 
 /// Label and program of every job outside the bundles.
-std::vector<std::pair<std::string, std::string>> AppInventory::launchJobs() const {
+std::vector<std::pair<std::string, std::string>> AppInventory::launchJobs(const StopToken& stop) const {
     std::vector<std::pair<std::string, std::string>> jobs;
     for (const auto& folder : {user_.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
                                Path("/Library/LaunchDaemons")})
-        for (const auto& item : listLaunchItems(ports_.files, folder, false))
+        for (const auto& item : listLaunchItems(ports_.files, folder, false, stop))
             jobs.emplace_back(lowercased(item.label), item.programPath.value_or(""));
     return jobs;
 }
@@ -78,7 +78,7 @@ InstalledApp AppInventory::complete(InstalledApp app,
 
 std::vector<InstalledApp> AppInventory::build(const StopToken& stop, const OnApp& onApp) {
     const auto bundles = findApplicationBundles(ports_.files, user_);
-    const auto jobs = launchJobs();
+    const auto jobs = launchJobs(stop);
     InOrder results(bundles.size(), onApp);
     parallelFor(bundles.size(), [&](std::size_t index) {
         if (stop.stopRequested()) return results.put(index, std::nullopt);

@@ -51,7 +51,7 @@ class AppInventory {
 
     InstalledApp complete(InstalledApp app,
                           const std::vector<std::pair<std::string, std::string>>& jobs) const;
-    std::vector<std::pair<std::string, std::string>> launchJobs() const;
+    std::vector<std::pair<std::string, std::string>> launchJobs(const StopToken& stop) const;
     std::int64_t changeDate(const Path& bundle) const;
 
     Ports ports_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/property_list.h"
+#include "base/stop_token.h"
 #include "platform/file_system.h"
 
 #include <optional>
@@ -38,7 +39,9 @@ struct Bundle {
 /// Identifiers that belong to what lies inside a bundle: nested applications, extensions, XPC services,
 /// plug-ins and login items, and the privileged tools that its Info.plist declares. Each once, sorted,
 /// without Apple's. Frameworks and what lies in them are left out: many applications carry the same ones, so
-/// a find there says nothing about whose it is. Bounded in depth and number.
-std::vector<std::string> embeddedBundleIDs(const FileSystem& files, const Path& bundle);
+/// a find there says nothing about whose it is. Bounded in depth and number; ends early, with what it has,
+/// when `stop` asks for it.
+std::vector<std::string> embeddedBundleIDs(const FileSystem& files, const Path& bundle,
+                                           const StopToken& stop = {});
 
 } // namespace tidwen

@@ -43,20 +43,31 @@ bool isApplication(const Path& item) {
 
 class EmbeddedBundles {
   public:
-    explicit EmbeddedBundles(const FileSystem& files) : files_(files) {}
+    EmbeddedBundles(const FileSystem& files, const StopToken& stop) : files_(files), stop_(stop) {}
 
     void searchInside(const Bundle& bundle, int depth) {
         addPrivilegedTools(bundle);
         if (depth == maximumDepth) return;
+        // Most bundles have two or three of the places; one look tells which need no look of their own.
+        const auto there = namesIn(bundle.contents);
         for (const auto place : places)
-            searchFolder(bundle.contents / place, isOwnBundle, depth);
+            if (there.contains(lowercased(place.substr(0, place.find('/')))))
+                searchFolder(bundle.contents / place, isOwnBundle, depth);
         // Helpers of browser engines lie beside the frameworks that start them.
-        searchFolder(bundle.contents / "Frameworks", isApplication, depth);
+        if (there.contains("frameworks")) searchFolder(bundle.contents / "Frameworks", isApplication, depth);
     }
 
     std::vector<std::string> found() const { return {found_.begin(), found_.end()}; }
 
   private:
+    /// In lower case, as most Mac disks compare them.
+    std::set<std::string> namesIn(const Path& folder) const {
+        std::set<std::string> names;
+        for (const auto& entry : files_.list(folder).value_or(std::vector<DirectoryEntry>()))
+            names.insert(lowercased(entry.name));
+        return names;
+    }
+
     void searchFolder(const Path& folder, bool (*isWanted)(const Path&), int depth) {
         const auto entries = files_.list(folder);
         if (!entries) return;
@@ -81,21 +92,23 @@ class EmbeddedBundles {
             if (mayLookAtOneMore()) add(identifier);
     }
 
-    bool mayLookAtOneMore() { return bundlesLeft_ > 0 && bundlesLeft_-- > 0; }
+    bool mayLookAtOneMore() { return !stop_.stopRequested() && bundlesLeft_ > 0 && bundlesLeft_-- > 0; }
 
     void add(const std::string& identifier) {
         if (!identifier.empty() && !isApplesIdentifier(lowercased(identifier))) found_.insert(identifier);
     }
 
     const FileSystem& files_;
+    const StopToken& stop_;
     int bundlesLeft_ = maximumBundles;
     std::set<std::string> found_;
 };
 
 } // namespace
 
-std::vector<std::string> embeddedBundleIDs(const FileSystem& files, const Path& bundle) {
-    EmbeddedBundles search(files);
+std::vector<std::string> embeddedBundleIDs(const FileSystem& files, const Path& bundle,
+                                           const StopToken& stop) {
+    EmbeddedBundles search(files, stop);
     if (const auto opened = Bundle::open(files, bundle)) search.searchInside(*opened, 0);
     return search.found();
 }

@@ -33,12 +33,13 @@ std::optional<LaunchItem> readLaunchItem(const FileSystem& files, const Path& pl
         .label = *label, .plist = plist, .isSystemDomain = isSystemDomain, .programPath = programPath(*job)};
 }
 
-std::vector<LaunchItem> listLaunchItems(const FileSystem& files, const Path& folder, bool isSystemDomain) {
+std::vector<LaunchItem> listLaunchItems(const FileSystem& files, const Path& folder, bool isSystemDomain,
+                                        const StopToken& stop) {
     std::vector<LaunchItem> items;
     const auto entries = files.list(folder);
     if (!entries) return items;
     for (const auto& entry : *entries) {
-        if (items.size() == maximumJobs) break;
+        if (items.size() == maximumJobs || stop.stopRequested()) break;
         const Path file = folder / entry.name;
         if (!isVisiblePropertyList(file)) continue;
         if (auto item = readLaunchItem(files, file, isSystemDomain)) items.push_back(std::move(*item));

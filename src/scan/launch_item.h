@@ -23,7 +23,8 @@ struct LaunchItem {
 std::optional<LaunchItem> readLaunchItem(const FileSystem& files, const Path& plist, bool isSystemDomain);
 
 /// Every job of a folder's direct, visible "*.plist" children, in listing order. An unreadable folder is
-/// empty.
-std::vector<LaunchItem> listLaunchItems(const FileSystem& files, const Path& folder, bool isSystemDomain);
+/// empty. Ends early, with what it has, when `stop` asks for it.
+std::vector<LaunchItem> listLaunchItems(const FileSystem& files, const Path& folder, bool isSystemDomain,
+                                        const StopToken& stop = {});
 
 } // namespace tidwen

@@ -28,9 +28,10 @@ withoutTarget(const FileSystem& files, std::vector<InstalledIdentity> installed,
 }
 
 /// Login items, the bundles inside the bundle, and the labels of its launchd jobs; each once.
-std::vector<std::string> helperBundleIDs(const FileSystem& files, const AppTarget& target) {
+std::vector<std::string> helperBundleIDs(const FileSystem& files, const AppTarget& target,
+                                         const StopToken& stop) {
     std::vector<std::string> helpers = target.loginItemBundleIDs;
-    for (auto& embedded : embeddedBundleIDs(files, target.bundleURL))
+    for (auto& embedded : embeddedBundleIDs(files, target.bundleURL, stop))
         helpers.push_back(std::move(embedded));
     for (const auto& job : target.embeddedLaunchdItems)
         helpers.push_back(job.label);
@@ -77,8 +78,9 @@ void addEmbeddedJobs(const ResidueMatcher& matcher, TraceCollector& traces) {
 /// Groups that others declare too. To learn them every signature on the Mac is read, so they are asked for
 /// only when a folder's reason depends on the answer.
 std::set<std::string> sharedGroups(const ResidueScanner::Neighbours& neighbours, const FileSystem& files,
-                                   const UserEnvironment& user, const AppTarget& target) {
-    if (target.appGroups.empty() || !neighbours.groupsOfOthers) return {};
+                                   const UserEnvironment& user, const AppTarget& target,
+                                   const StopToken& stop) {
+    if (target.appGroups.empty() || !neighbours.groupsOfOthers || stop.stopRequested()) return {};
     const auto folders = files.list(user.libraryFolder() / "Group Containers");
     if (!folders) return {};
     const ResidueMatcher matcher(target, {}, {}, {});
@@ -114,8 +116,8 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
 
     const auto installed = withoutTarget(ports_.files, neighbours_.installed, target);
     const ResidueMatcher matcher(target, OtherApplications(installed, target.bundleURL, target.bundleID),
-                                 helperBundleIDs(ports_.files, target),
-                                 sharedGroups(neighbours_, ports_.files, user_, target));
+                                 helperBundleIDs(ports_.files, target, stop),
+                                 sharedGroups(neighbours_, ports_.files, user_, target, stop));
     const ScanContext context = {ports_.files, user_, policy, matcher, stop, ports_.log};
     traces.add(permissionTrace(matcher));
     for (const auto& location : searchLocations(user_)) {

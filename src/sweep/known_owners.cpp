@@ -67,33 +67,39 @@ std::string_view withoutGroupMarks(std::string_view name) {
 struct Owned {
     std::vector<std::string> identifiers;
     std::vector<std::string> names;
+    bool isComplete = false;
 };
 
-Owned readOwned(const FileSystem& files, const CodeSignatures& signatures, const Path& url) {
+Owned readOwned(const FileSystem& files, const CodeSignatures& signatures, const Path& url,
+                const StopToken& stop) {
     Owned owned;
     owned.names.push_back(url.stem());
     const auto bundle = Bundle::open(files, url);
     if (!bundle) return owned;
-    if (auto identifier = bundle->identifier()) owned.identifiers.push_back(std::move(*identifier));
+    const auto identifier = bundle->identifier();
+    if (identifier) owned.identifiers.push_back(*identifier);
     owned.names.push_back(bundle->name());
     for (const auto* key : {"CFBundleName", "CFBundleExecutable"})
         if (const auto* name = bundle->infoString(key)) owned.names.push_back(*name);
-    for (auto& embedded : embeddedBundleIDs(files, url))
+    for (auto& embedded : embeddedBundleIDs(files, url, stop))
         owned.identifiers.push_back(std::move(embedded));
     for (const auto* folder : {"Contents/Library/LaunchAgents", "Contents/Library/LaunchDaemons"})
-        for (const auto& job : listLaunchItems(files, url / folder, false))
+        for (const auto& job : listLaunchItems(files, url / folder, false, stop))
             owned.identifiers.push_back(job.label);
     for (const auto& group : signatures.read(url, bundle->executable()).applicationGroups)
         owned.identifiers.emplace_back(withoutGroupMarks(group));
+    // One that was taken away in the middle may hold more than was seen.
+    owned.isComplete = identifier && files.exists(bundle->contents / "Info.plist");
     return owned;
 }
 
 /// Labels of jobs that still work: their program is there, and not as the leftover of a removed application.
-std::vector<std::string> livingJobs(const FileSystem& files, const UserEnvironment& user) {
+std::vector<std::string> livingJobs(const FileSystem& files, const UserEnvironment& user,
+                                    const StopToken& stop) {
     std::vector<std::string> labels;
     for (const auto& folder : {user.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
                                Path("/Library/LaunchDaemons")})
-        for (const auto& job : listLaunchItems(files, folder, false)) {
+        for (const auto& job : listLaunchItems(files, folder, false, stop)) {
             if (!job.programPath) continue;
             const Path program(*job.programPath);
             const bool isHelperTool = program.isWithinIgnoringCase(Path("/Library/PrivilegedHelperTools"));
@@ -126,17 +132,22 @@ std::string identifierInName(std::string_view name) {
 }
 
 KnownOwners KnownOwners::read(const FileSystem& files, const CodeSignatures& signatures,
-                              const UserEnvironment& user, const std::vector<Path>& bundles) {
+                              const UserEnvironment& user, const std::vector<Path>& bundles,
+                              const StopToken& stop) {
     std::vector<Owned> owned(bundles.size());
-    parallelFor(bundles.size(), [&](std::size_t i) { owned[i] = readOwned(files, signatures, bundles[i]); });
+    parallelFor(bundles.size(), [&](std::size_t i) {
+        if (!stop.stopRequested()) owned[i] = readOwned(files, signatures, bundles[i], stop);
+    });
     KnownOwners owners;
-    for (const auto& each : owned) {
+    for (std::size_t i = 0; i < bundles.size(); ++i) {
+        const auto& each = owned[i];
+        if (each.isComplete) owners.known_.insert(bundles[i]);
         for (const auto& identifier : each.identifiers)
             owners.addIdentifier(identifier);
         for (const auto& name : each.names)
             owners.addName(name);
     }
-    for (const auto& label : livingJobs(files, user))
+    for (const auto& label : livingJobs(files, user, stop))
         owners.addIdentifier(label);
     owners.addIdentifier(tidwenBundleID);
     owners.close();

@@ -17,9 +17,11 @@ namespace tidwen {
 /// belonging: a leftover that is missed costs some space, a wrong claim costs somebody's data.
 class KnownOwners {
   public:
-    /// Reads the bundles in parallel.
+    /// Reads the bundles in parallel. When `stop` asks to end early the answers are worth nothing: what was
+    /// not read claims nothing.
     static KnownOwners read(const FileSystem& files, const CodeSignatures& signatures,
-                            const UserEnvironment& user, const std::vector<Path>& bundles);
+                            const UserEnvironment& user, const std::vector<Path>& bundles,
+                            const StopToken& stop = {});
 
     /// `identifier` is in lower case.
     bool claims(std::string_view identifier) const;
@@ -27,11 +29,15 @@ class KnownOwners {
     /// Is this name, in canonical form, that of an application or of its executable?
     bool claimsName(const std::string& canonicalName) const { return names_.contains(canonicalName); }
 
+    /// The bundle said who it is, and was there until all of it was read.
+    bool knows(const Path& bundle) const { return known_.contains(bundle); }
+
   private:
     void addIdentifier(std::string_view identifier);
     void addName(std::string_view name);
     void close();
 
+    std::set<Path> known_;
     std::set<std::string, std::less<>> identifiers_; ///< lower-cased
     std::set<std::string, std::less<>> vendors_;     ///< their first two pieces: "com.example"
     std::set<std::string, std::less<>> names_;       ///< canonical forms

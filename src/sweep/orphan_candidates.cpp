@@ -21,8 +21,8 @@ std::string applicationInPath(const std::string& program) {
 
 class LocationReader {
   public:
-    LocationReader(const FileSystem& files, const SearchLocation& location)
-        : files_(files), location_(location) {}
+    LocationReader(const FileSystem& files, const SearchLocation& location, const StopToken& stop)
+        : files_(files), location_(location), stop_(stop) {}
 
     std::optional<std::vector<OrphanCandidate>> read() {
         const auto entries = files_.list(location_.url);
@@ -32,8 +32,10 @@ class LocationReader {
                                   || fault == FileFault::throughLink;
             return isAbsent ? std::optional(std::move(found_)) : std::nullopt;
         }
-        for (const auto& entry : *entries)
+        for (const auto& entry : *entries) {
+            if (stop_.stopRequested()) break;
             if (isValidUtf8(entry.name)) judge(entry);
+        }
         return std::move(found_);
     }
 
@@ -98,14 +100,15 @@ class LocationReader {
 
     const FileSystem& files_;
     const SearchLocation& location_;
+    const StopToken& stop_;
     std::vector<OrphanCandidate> found_;
 };
 
 } // namespace
 
-std::optional<std::vector<OrphanCandidate>> listOrphanCandidates(const FileSystem& files,
-                                                                 const SearchLocation& location) {
-    return LocationReader(files, location).read();
+std::optional<std::vector<OrphanCandidate>>
+listOrphanCandidates(const FileSystem& files, const SearchLocation& location, const StopToken& stop) {
+    return LocationReader(files, location, stop).read();
 }
 
 } // namespace tidwen

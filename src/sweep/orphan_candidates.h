@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/log.h"
+#include "base/stop_token.h"
 #include "platform/file_system.h"
 #include "scan/search_location.h"
 #include "scan/trace.h"
@@ -20,8 +20,9 @@ struct OrphanCandidate {
     bool requiresRoot = false;
 };
 
-/// Reads one location. Nothing when it is there and cannot be listed.
-std::optional<std::vector<OrphanCandidate>> listOrphanCandidates(const FileSystem& files,
-                                                                 const SearchLocation& location);
+/// Reads one location. Nothing when it is there and cannot be listed. Ends early, with what it has, when
+/// `stop` asks for it.
+std::optional<std::vector<OrphanCandidate>>
+listOrphanCandidates(const FileSystem& files, const SearchLocation& location, const StopToken& stop = {});
 
 } // namespace tidwen

@@ -2,6 +2,7 @@
 
 #include "base/parallel.h"
 #include "base/text.h"
+#include "inventory/installed_applications.h"
 #include "scan/path_policy.h"
 #include "scan/residue_scanner.h"
 #include "sweep/known_owners.h"
@@ -102,13 +103,28 @@ std::int64_t OrphanGroup::bytes() const {
     return sum;
 }
 
+/// When their folder cannot be listed, or its disk went away, everything would seem to be nobody's.
+bool OrphanScanner::canSeeApplications(const std::vector<Path>& bundles) const {
+    const auto entries = ports_.files.list(Path("/Applications"));
+    return entries || (entries.error().fault == FileFault::missing && bundles.empty());
+}
+
+/// Applications that were installed while the scan went on, or stood at another place or were being updated
+/// when the owners were read.
+KnownOwners OrphanScanner::ownersSince(const KnownOwners& owners) const {
+    auto bundles = findApplicationBundles(ports_.files, user_);
+    std::erase_if(bundles, [&](const Path& bundle) { return owners.knows(bundle); });
+    return KnownOwners::read(ports_.files, ports_.signatures, user_, bundles);
+}
+
 OrphanScanResult OrphanScanner::scan(const std::vector<Path>& bundles,
                                      const std::set<std::string>& protectedIDs, const StopToken& stop,
                                      const OnFound& onFound) {
-    const auto owners = KnownOwners::read(ports_.files, ports_.signatures, user_, bundles);
+    const auto owners = KnownOwners::read(ports_.files, ports_.signatures, user_, bundles, stop);
+    OrphanScanResult result;
+    if (stop.stopRequested()) return result;
     OwnerJudge judge(owners, ports_.running, isRegistered_, protectedIDs);
     const PathPolicy policy(user_);
-    OrphanScanResult result;
     std::map<std::string, Finds> byIdentifier;
 
     for (const auto& location : searchLocations(user_)) {
@@ -116,7 +132,7 @@ OrphanScanResult OrphanScanner::scan(const std::vector<Path>& bundles,
         // A location that is a link to what must not be touched.
         const auto place = ports_.files.resolve(location.url);
         if (place && *place != location.url && policy.check(*place / "item")) continue;
-        auto candidates = listOrphanCandidates(ports_.files, location);
+        auto candidates = listOrphanCandidates(ports_.files, location, stop);
         if (!candidates) {
             ports_.log.warning("Unreadable location {}", location.url.string());
             result.unreadableLocations.push_back(location.url);
@@ -133,14 +149,21 @@ OrphanScanResult OrphanScanner::scan(const std::vector<Path>& bundles,
             traces.push_back(makeOrphanTrace(std::move(candidate)));
         }
         measure(ports_.files, traces, stop);
-        for (const auto& trace : traces)
-            byIdentifier[trace.reason.value].traces.push_back(trace);
         if (onFound && !traces.empty() && location.category != TraceCategory::receipts) onFound(traces);
+        for (auto& trace : traces) {
+            auto& finds = byIdentifier[trace.reason.value];
+            finds.traces.push_back(std::move(trace));
+        }
     }
 
+    if (!canSeeApplications(bundles)) {
+        result.unreadableLocations.push_back(Path("/Applications"));
+        return result;
+    }
+    const auto latecomers = ownersSince(owners);
     for (auto& [identifier, finds] : joined(std::move(byIdentifier))) {
         // A receipt alone may be that of a tool without any application.
-        if (!finds.hasMoreThanReceipts) continue;
+        if (!finds.hasMoreThanReceipts || latecomers.claims(identifier)) continue;
         auto name = finds.humanName.empty() ? nameFromIdentifier(identifier) : finds.humanName;
         result.groups.push_back({identifier, std::move(name), std::move(finds.traces)});
     }

@@ -1,0 +1,213 @@
+// Lists of applications, scans and sweeps on a disk that changes under their hands, that is far larger than
+// any Mac's, or that nobody wants to wait for any longer.
+
+#include "inventory/app_inventory.h"
+#include "inventory/installed_applications.h"
+#include "scan/residue_scanner.h"
+#include "support/fixtures.h"
+#include "support/watched_files.h"
+#include "sweep/orphan_scanner.h"
+#include "volume/volume_sources.h"
+
+#include <fmt/core.h>
+#include <gmock/gmock.h>
+
+namespace tidwen {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::Contains;
+using testing::IsSubsetOf;
+
+const std::string library = "/Users/alice/Library/";
+
+std::string job(const std::string& label) {
+    return writeXmlPropertyList(PropertyListDictionary{{"Label", label}, {"Program", "/gone"}});
+}
+
+/// Three applications with leftovers, and one that is gone.
+class Disk {
+  public:
+    Disk() {
+        for (const auto* name : {"ferry", "raft", "canoe", "gone"}) {
+            const auto identifier = std::string("com.") + name + ".boat";
+            if (std::string_view(name) != "gone") writeApplication(name);
+            for (const auto* place : {"Caches", "Containers", "Application Support"})
+                volume.write(fmt::format("{}{}/{}/data", library, place, identifier), std::string(5000, 'x'));
+            // Only what lies inside the bundle claims this one.
+            volume.write(fmt::format("{}Preferences/org.{}helper.sync.plist", library, name), "x");
+            volume.write(fmt::format("{}LaunchAgents/{}.plist", library, identifier),
+                         job(identifier + ".agent"));
+        }
+    }
+
+    void writeApplication(const std::string& name) const {
+        const auto bundle = "/Applications/" + name + " boat.app";
+        test::writeBundle(volume, bundle, "com." + name + ".boat", "Boat " + name);
+        test::writeBundle(volume, bundle + "/Contents/Helpers/Sync.app", "org." + name + "helper.sync",
+                          "Sync");
+    }
+
+    std::vector<std::string> orphans(const StopToken& stop = {}) {
+        OrphanScanner scanner({files, signatures, running, log}, test::alice(),
+                              [](const std::string&) { return false; });
+        std::vector<std::string> owners;
+        for (const auto& group : scanner.scan(findApplicationBundles(files, test::alice()), {}, stop).groups)
+            owners.push_back(group.bundleID);
+        return owners;
+    }
+    std::vector<std::string> inventory(const StopToken& stop = {}) {
+        AppInventory list({files, signatures, running}, test::alice());
+        auto apps = list.build(stop);
+        list.measure(apps, stop);
+        std::vector<std::string> identifiers;
+        identifiers.reserve(apps.size());
+        for (const auto& app : apps)
+            identifiers.push_back(app.bundleID);
+        return identifiers;
+    }
+    std::vector<std::string> scan(const StopToken& stop = {}) {
+        const VolumeReceipts receipts(files);
+        const VolumeKeychain keychain;
+        const VolumeSystemExtensions extensions(files);
+        const auto bundles = findApplicationBundles(files, test::alice());
+        ResidueScanner scanner({files, receipts, keychain, extensions, texts, log}, test::alice(),
+                               {readIdentities(files, bundles), {}});
+        AppTarget target;
+        target.bundleURL = Path("/Applications/ferry boat.app");
+        target.bundleID = "com.ferry.boat";
+        target.name = "Boat ferry";
+        std::vector<std::string> found;
+        for (const auto& trace : scanner.scan(target, stop).traces)
+            found.push_back(trace.displayName);
+        return found;
+    }
+
+    test::TemporaryVolume volume;
+    test::WatchedFiles files{volume.files()};
+    FileCodeSignatures signatures{files};
+    VolumeRunningApplications running;
+    test::RecordingLog log;
+    Texts texts;
+};
+
+using Work = std::vector<std::string> (Disk::*)(const StopToken&);
+constexpr std::pair<const char*, Work> works[] = {
+    {"orphans", &Disk::orphans}, {"inventory", &Disk::inventory}, {"scan", &Disk::scan}};
+
+/// How often the work asks the disk for something when nothing happens to it.
+std::size_t callsOf(Work work) {
+    Disk disk;
+    disk.files.before(SIZE_MAX, {});
+    (disk.*work)({});
+    return disk.files.calls();
+}
+
+TEST(ChangingDisk, NeverMakesAnOrphanOfWhatIsInstalled) {
+    struct Change {
+        const char* what;
+        std::function<void(Disk&)> change;
+    };
+    const Change changes[] = {
+        {"an application moves",
+         [](Disk& disk) {
+             disk.volume.makeFolder("/Applications/Boats");
+             fs::rename(disk.volume.host("/Applications/ferry boat.app"),
+                        disk.volume.host("/Applications/Boats/other name.app"));
+         }},
+        {"an application vanishes",
+         [](Disk& disk) { fs::remove_all(disk.volume.host("/Applications/raft boat.app")); }},
+        {"a location is removed", [](Disk& disk) { fs::remove_all(disk.volume.host(library + "Caches")); }},
+        {"all applications are out of sight",
+         [](Disk& disk) { fs::rename(disk.volume.host("/Applications"), disk.volume.host("/Away")); }}};
+    const auto calls = callsOf(&Disk::orphans);
+    for (const auto& [what, change] : changes)
+        for (std::size_t at = 0; at < calls; at += 3) {
+            SCOPED_TRACE(std::string(what) + " before call " + std::to_string(at));
+            Disk disk;
+            disk.files.before(at, [&disk, &run = change] { run(disk); });
+            EXPECT_THAT(disk.orphans(), IsSubsetOf({"com.gone.boat", "org.gonehelper.sync", "com.raft.boat",
+                                                    "org.rafthelper.sync"}));
+            disk.files.before(at, {});
+            EXPECT_THAT(disk.inventory(), IsSubsetOf({"com.ferry.boat", "com.raft.boat", "com.canoe.boat"}));
+        }
+}
+
+TEST(ChangingDisk, SeesAnApplicationThatComesDuringTheSweep) {
+    Disk disk;
+    EXPECT_THAT(disk.orphans(), Contains("com.gone.boat"));
+    const auto half = callsOf(&Disk::orphans) / 2; // the last look at the applications comes near the end
+    for (std::size_t at = 0; at < half; at += 5) {
+        fs::remove_all(disk.volume.host("/Applications/gone boat.app"));
+        disk.files.before(at, [&] { disk.writeApplication("gone"); });
+        EXPECT_THAT(disk.orphans(), testing::IsEmpty()) << "before call " << at;
+    }
+}
+
+TEST(ChangingDisk, ListsEveryApplicationThatStays) {
+    const auto calls = callsOf(&Disk::inventory);
+    for (std::size_t at = 0; at < calls; at += 3) {
+        Disk disk;
+        disk.files.before(at, [&] {
+            fs::rename(disk.volume.host("/Applications/ferry boat.app"),
+                       disk.volume.host("/Applications/yawl.app"));
+            fs::remove_all(disk.volume.host("/Applications/raft boat.app"));
+        });
+        EXPECT_THAT(disk.inventory(), Contains("com.canoe.boat").Times(1)) << "before call " << at;
+    }
+}
+
+TEST(ChangingDisk, EndsSoonWhereverItIsStopped) {
+    for (const auto& [name, work] : works) {
+        Disk disk;
+        for (int i = 0; i < 60; ++i) {
+            const auto number = std::to_string(i);
+            test::writeBundle(disk.volume, "/Applications/" + number + ".app", "com.many.app" + number,
+                              number);
+            disk.volume.write(fmt::format("{}Containers/com.old{}.app/Container.plist", library, i), "x");
+            disk.volume.write(fmt::format("{}LaunchAgents/com.old{}.plist", library, i),
+                              job("com.old.job" + number));
+        }
+        disk.files.before(SIZE_MAX, {});
+        (disk.*work)({});
+        const auto calls = disk.files.calls();
+        // What is in the hands of each thread is finished: one bundle at most.
+        constexpr std::size_t soon = 60;
+        for (std::size_t at = 0; at < calls; at += calls / 40) {
+            StopSource stop;
+            disk.files.before(at, [&] { stop.requestStop(); });
+            (disk.*work)(stop.token());
+            EXPECT_LE(disk.files.calls(), at + soon)
+                << name << " stopped before call " << at << " of " << calls;
+        }
+    }
+}
+
+TEST(HugeFolder, CostsNoMoreLooksThanASmallOne) {
+    Disk disk;
+    const auto looks = [&](Work work) {
+        disk.files.before(SIZE_MAX, {});
+        (disk.*work)({});
+        return disk.files.calls();
+    };
+    std::vector<std::size_t> before;
+    for (const auto& [name, work] : works)
+        before.push_back(looks(work));
+    for (const auto* place : {"Caches", "Preferences", "Group Containers"})
+        for (int i = 0; i < 7'000; ++i)
+            disk.volume.write(fmt::format("{}{}/com.apple.child{}", library, place, i), "");
+    const auto found = disk.scan();
+    EXPECT_THAT(found, Contains(library + "Caches/com.ferry.boat"));
+    EXPECT_THAT(disk.orphans(), Contains("com.gone.boat"));
+    for (std::size_t i = 0; i < std::size(works); ++i)
+        EXPECT_EQ(looks(works[i].second), before[i]) << works[i].first;
+
+    for (int i = 0; i < 6'000; ++i)
+        disk.volume.makeFolder("/Applications/Folder " + std::to_string(i));
+    // A disk made to have no end is not searched to it, and what was found still counts.
+    EXPECT_THAT(disk.inventory(), Contains("com.canoe.boat"));
+    EXPECT_LE(looks(&Disk::inventory), before[1] + 10'100);
+}
+
+} // namespace
+} // namespace tidwen
