@@ -40,6 +40,8 @@ class VolumeWriter {
             const auto share = files_ / applications_;
             writeApplication(i, i == 0 ? share * 36 : i % 50 == 1 ? share * 6 : share * 3 / 4);
         }
+        for (std::size_t i = 0; i < applications_ / 10; ++i)
+            writeOrphans(i);
     }
 
     std::size_t written() const { return written_; }
@@ -69,6 +71,15 @@ class VolumeWriter {
         writeTree("Application Support/" + (number % 2 ? vendor_ + "/" + name_ : name_), left / 4);
         writeTree("Caches/" + name_, left / 8);
         writeFiles(bundle + "Resources/", stop > written_ ? stop - written_ : 0);
+    }
+
+    /// What an application left behind that is no longer there.
+    void writeOrphans(std::size_t number) {
+        const auto identifier = "com.gone" + std::to_string(number) + "." + word();
+        write("Library/Preferences/" + identifier + ".plist", property(identifier));
+        writeTree("Caches/" + identifier, 30);
+        writeTree("Application Support/" + identifier, 60);
+        writeContainer("Containers/" + identifier, identifier);
     }
 
     void writeInfo(const std::string& contents, const std::string& identifier, const std::string& name,

@@ -2,6 +2,7 @@
 // `du` over the folders that are found, and a listing of the places that are searched. Usage: scan_bench
 // VOLUME TIDWEN APPLICATION…; each a Mac path, the first one is held against the targets.
 
+#include "command.h"
 #include "inventory/installed_applications.h"
 #include "scan/residue_scanner.h"
 #include "stopwatch.h"
@@ -12,50 +13,17 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
 #include <filesystem>
-#include <sched.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace tidwen;
+using tidwen::bench::Command;
+using tidwen::bench::run;
 
 namespace {
-
-using Command = std::vector<std::string>;
 
 struct QuietLog : Log {
     void write(LogLevel, std::string_view) override {}
 };
-
-/// Runs a command without its output on the first `cores` cores. Gives its peak memory in KiB; ends the
-/// program when it fails.
-long run(const Command& command, int cores) {
-    const auto child = ::fork();
-    if (child == 0) {
-        const int null = ::open("/dev/null", O_RDWR);
-        ::dup2(null, 1);
-        ::dup2(null, 2);
-        cpu_set_t set;
-        CPU_ZERO(&set);
-        for (int core = 0; core < cores; ++core)
-            CPU_SET(core, &set);
-        ::sched_setaffinity(0, sizeof set, &set);
-        std::vector<char*> arguments;
-        for (const auto& argument : command)
-            arguments.push_back(const_cast<char*>(argument.c_str()));
-        arguments.push_back(nullptr);
-        ::execvp(arguments[0], arguments.data());
-        ::_exit(127);
-    }
-    int status = 0;
-    rusage usage = {};
-    ::wait4(child, &status, 0, &usage);
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return usage.ru_maxrss;
-    std::fprintf(stderr, "%s failed\n", command.front().c_str());
-    std::exit(1);
-}
 
 class ScanBench {
   public:

@@ -1,0 +1,81 @@
+// Measures what happens to a list of leftovers on every key stroke in its search field, against one pass over
+// the same records. Usage: leftover_bench [LEFTOVERS]
+
+#include "base/text.h"
+#include "stopwatch.h"
+#include "sweep/sweep_state.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+
+using namespace tidwen;
+
+namespace {
+
+/// Paths of invented applications, of all categories and sizes, always the same.
+std::vector<Trace> leftovers(std::size_t count) {
+    static constexpr const char* words[] = {"marlin", "harbor", "quill", "tidepool", "Café", "lantern"};
+    std::mt19937 random(7);
+    const auto pick = [&](std::size_t size) { return random() % size; };
+    std::vector<Trace> traces;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto name = std::string("com.example.") + words[pick(std::size(words))] + std::to_string(i);
+        const Path path("/Users/alice/Library/Caches/" + name);
+        auto trace = makeTrace(allTraceCategories[pick(allTraceCategories.size())], action::MovePath{path},
+                               {MatchReason::Kind::exactBundleID, name}, Reversibility::reversible,
+                               path.string(), std::nullopt, pick(4) == 0);
+        if (pick(20) != 0) trace.sizeBytes = static_cast<std::int64_t>(pick(50'000'000));
+        if (pick(100) == 0) trace.reversibility = Reversibility::manualOnly;
+        traces.push_back(std::move(trace));
+    }
+    return traces;
+}
+
+/// What every answer to a key stroke has to look at: who passes, and their sum.
+std::int64_t onePass(const std::vector<Trace>& traces, std::string_view sought) {
+    std::int64_t sum = 0;
+    for (const auto& trace : traces)
+        if (trace.reversibility != Reversibility::manualOnly
+            && std::string_view(trace.displayName).find(sought) != std::string_view::npos)
+            sum += trace.sizeBytes.value_or(0);
+    return sum;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const std::size_t count = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 100'000;
+    const auto traces = leftovers(count);
+    MainQueue main, background;
+    SweepState state(main, background);
+    const auto settle = [&] {
+        background.drain();
+        main.drain();
+    };
+    const auto first = tidwen::bench::secondsOf(3, {[&] {
+                                                    state.finish(traces);
+                                                    settle();
+                                                }});
+    std::printf("%zu leftovers: the list is made ready once in %.0f ms\n", count, first[0] * 1e3);
+
+    std::int64_t sum = 0; // keeps the compiler from leaving the pass out
+    double slowest = 0, worstRatio = 0;
+    for (const char* typed :
+         {"c", "co", "com", "com.example.t", "com.example.ti", "tide", "café", "nothing"}) {
+        const auto seconds = tidwen::bench::secondsOf(15, {[&] { sum += onePass(traces, typed); },
+                                                           [&] {
+                                                               state.setFilter({});
+                                                               state.setFilter({.query = typed});
+                                                               settle();
+                                                           }});
+        std::printf("  \"%s\": %d pass; one pass %.2f ms, tree %.2f ms\n", typed,
+                    state.snapshot().tree.totalCount, seconds[0] * 1e3, seconds[1] * 1e3);
+        slowest = std::max(slowest, seconds[1]);
+        worstRatio = std::max(worstRatio, seconds[1] / seconds[0]);
+    }
+    bool holds = sum != 0;
+    holds &= tidwen::bench::printRatio("worst tree against one pass", worstRatio, "<=", 5);
+    holds &= tidwen::bench::printRatio("slowest key stroke, ms", slowest * 1e3, "<=", 16);
+    return holds ? 0 : 1;
+}

@@ -1,0 +1,56 @@
+// Measures `tidwen orphans` on a volume against `find` over the places that it searches, which does the least
+// that looking everywhere takes. Usage: sweep_bench VOLUME TIDWEN
+
+#include "command.h"
+#include "scan/search_location.h"
+#include "stopwatch.h"
+#include "volume/volume_file_system.h"
+#include "volume/volume_user.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+
+using namespace tidwen;
+using tidwen::bench::Command;
+using tidwen::bench::run;
+
+namespace {
+
+/// The locations that are there and lie in no other one.
+std::vector<Path> topLocations(const FileSystem& files, const UserEnvironment& user) {
+    std::vector<Path> all, top;
+    for (const auto& location : searchLocations(user))
+        if (files.isDirectoryFollowingLinks(location.url)) all.push_back(location.url);
+    std::copy_if(all.begin(), all.end(), std::back_inserter(top), [&](const Path& path) {
+        return std::none_of(all.begin(), all.end(),
+                            [&](const Path& other) { return path != other && path.isWithin(other); });
+    });
+    return top;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) return std::fprintf(stderr, "usage: sweep_bench VOLUME TIDWEN\n"), 2;
+    const auto root = std::filesystem::canonical(argv[1]).string();
+    const auto files = VolumeFileSystem::open(root);
+    const auto user = files ? findVolumeUser(**files, std::nullopt) : tl::unexpected(VolumeUserError{});
+    if (!user) return std::fprintf(stderr, "%s is no volume\n", argv[1]), 1;
+
+    Command find = {"find"};
+    for (const auto& location : topLocations(**files, *user))
+        find.push_back(root + location.string());
+    const Command orphans = {argv[2], "--volume", root, "orphans", "--json"};
+    bool holds = true;
+    for (const int cores : {1, 2}) {
+        const auto seconds =
+            tidwen::bench::secondsOf(11, {[&] { run(find, cores); }, [&] { run(orphans, cores); }});
+        std::printf("%d core%s: find %.1f ms, tidwen orphans %.1f ms\n", cores, cores > 1 ? "s" : "",
+                    seconds[0] * 1e3, seconds[1] * 1e3);
+        holds &= tidwen::bench::printRatio("orphans against find", seconds[1] / seconds[0], "<=", 2);
+    }
+    const double memory = static_cast<double>(run(orphans, 2)) / 1024;
+    holds &= tidwen::bench::printRatio("peak memory, MiB", memory, "<=", 64);
+    return holds ? 0 : 1;
+}
