@@ -67,6 +67,7 @@ Trace makeOrphanTrace(OrphanCandidate candidate) {
 
 void measure(const FileSystem& files, std::vector<Trace>& traces, const StopToken& stop) {
     parallelFor(traces.size(), [&](std::size_t i) {
+        if (stop.stopRequested()) return;
         if (const auto size = files.treeSize(*movedPath(traces[i].action), traceSizeEntryLimit, stop))
             traces[i].sizeBytes = static_cast<std::int64_t>(size->allocatedBytes);
     });
@@ -111,10 +112,10 @@ bool OrphanScanner::canSeeApplications(const std::vector<Path>& bundles) const {
 
 /// Applications that were installed while the scan went on, or stood at another place or were being updated
 /// when the owners were read.
-KnownOwners OrphanScanner::ownersSince(const KnownOwners& owners) const {
+KnownOwners OrphanScanner::ownersSince(const KnownOwners& owners, const StopToken& stop) const {
     auto bundles = findApplicationBundles(ports_.files, user_);
     std::erase_if(bundles, [&](const Path& bundle) { return owners.knows(bundle); });
-    return KnownOwners::read(ports_.files, ports_.signatures, user_, bundles);
+    return KnownOwners::read(ports_.files, ports_.signatures, user_, bundles, stop);
 }
 
 OrphanScanResult OrphanScanner::scan(const std::vector<Path>& bundles,
@@ -156,11 +157,12 @@ OrphanScanResult OrphanScanner::scan(const std::vector<Path>& bundles,
         }
     }
 
-    if (!canSeeApplications(bundles)) {
+    if (!stop.stopRequested() && !canSeeApplications(bundles)) {
         result.unreadableLocations.push_back(Path("/Applications"));
         return result;
     }
-    const auto latecomers = ownersSince(owners);
+    const auto latecomers = ownersSince(owners, stop);
+    if (stop.stopRequested()) return result;
     for (auto& [identifier, finds] : joined(std::move(byIdentifier))) {
         // A receipt alone may be that of a tool without any application.
         if (!finds.hasMoreThanReceipts || latecomers.claims(identifier)) continue;

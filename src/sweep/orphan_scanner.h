@@ -52,14 +52,14 @@ class OrphanScanner {
         : ports_(ports), user_(std::move(user)), isRegistered_(std::move(isRegistered)) {}
 
     /// `bundles`: the installed applications. `protectedIDs`: identifiers whose leftovers are left alone.
-    /// Stopped early it gives what was found until then; of what it streamed, some may turn out to belong to
-    /// an application that came meanwhile, and is missing in the result.
+    /// Of what is streamed some may turn out to belong to an application that came meanwhile, and is missing
+    /// in the result. Stopped early it gives no groups at all: nothing was looked at once more.
     OrphanScanResult scan(const std::vector<Path>& bundles, const std::set<std::string>& protectedIDs,
                           const StopToken& stop = {}, const OnFound& onFound = {});
 
   private:
     bool canSeeApplications(const std::vector<Path>& bundles) const;
-    KnownOwners ownersSince(const KnownOwners& owners) const;
+    KnownOwners ownersSince(const KnownOwners& owners, const StopToken& stop) const;
 
     Ports ports_;
     UserEnvironment user_;
