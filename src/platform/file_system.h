@@ -147,7 +147,7 @@ class FileSystem {
     virtual FileResult<void> removeFile(const Path& file) = 0;
     /// Removes a folder that is empty.
     virtual FileResult<void> removeEmptyDirectory(const Path& folder) = 0;
-    /// Deletes a folder with everything in it, for good: never through a link, never on another disk mounted
+    /// Deletes an item with everything in it, for good: never through a link, never on another disk mounted
     /// below. An error ends it half done.
     virtual FileResult<void> removeTree(const Path& folder) = 0;
     /// Takes a lock between processes on a folder, which must be no link. Leaves nothing behind. `busy` when

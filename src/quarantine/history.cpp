@@ -8,11 +8,10 @@
 
 namespace tidwen {
 
-namespace {
-
-RemovalHistoryEntry historyEntry(const Path& root, Manifest manifest, const FileSystem& files,
-                                 bool includeSize) {
-    RemovalHistoryEntry entry{.root = root, .manifest = std::move(manifest)};
+std::optional<RemovalHistoryEntry> readHistoryEntry(const Path& root, const FileSystem& files) {
+    auto manifest = readManifest(root, files);
+    if (!manifest) return std::nullopt;
+    RemovalHistoryEntry entry{.root = root, .manifest = std::move(*manifest)};
     for (const auto& step : entry.manifest.entries) {
         if (step.kind != ManifestEntryKind::move) continue;
         ++entry.totalMoves;
@@ -21,20 +20,18 @@ RemovalHistoryEntry historyEntry(const Path& root, Manifest manifest, const File
         // An undo that was cut off between two devices still has it on its way.
         if (files.exists(item) || files.isSetAside(item)) ++entry.pendingMoves;
     }
-    if (includeSize)
-        if (const auto size = files.treeSize(root, historySizeEntryLimit))
-            entry.sizeBytes = static_cast<std::int64_t>(size->allocatedBytes);
     return entry;
 }
-
-} // namespace
 
 std::vector<RemovalHistoryEntry> loadHistory(const UserEnvironment& user, const FileSystem& files,
                                              bool includeSizes) {
     std::vector<RemovalHistoryEntry> entries;
     for (const auto& root : listQuarantineFolders(user, files).value_or(std::vector<Path>{}))
-        if (auto manifest = readManifest(root, files))
-            entries.push_back(historyEntry(root, std::move(*manifest), files, includeSizes));
+        if (auto entry = readHistoryEntry(root, files)) entries.push_back(std::move(*entry));
+    if (includeSizes)
+        for (auto& entry : entries)
+            if (const auto size = files.treeSize(entry.root, historySizeEntryLimit))
+                entry.sizeBytes = static_cast<std::int64_t>(size->allocatedBytes);
     // Runs of one second go by name, so that the numbers people refer to stay the same.
     std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) {
         return std::tie(a.manifest.createdAt, a.root) > std::tie(b.manifest.createdAt, b.root);

@@ -20,7 +20,11 @@ struct RemovalHistoryEntry {
     friend bool operator==(const RemovalHistoryEntry&, const RemovalHistoryEntry&) = default;
 };
 
-/// Newest first. A folder without a readable manifest does not appear.
+/// The run in the quarantine folder `root`, without its size; nothing when it has no readable manifest.
+std::optional<RemovalHistoryEntry> readHistoryEntry(const Path& root, const FileSystem& files);
+
+/// Newest first, runs of one second by name: people refer to them by their number in this list. A folder
+/// without a readable manifest does not appear.
 std::vector<RemovalHistoryEntry> loadHistory(const UserEnvironment& user, const FileSystem& files,
                                              bool includeSizes);
 

@@ -4,77 +4,88 @@
 
 namespace tidwen {
 
+namespace {
+
+using Refused = tl::unexpected<HistoryModel::Refusal>;
+
+Refused refused(Message reason) {
+    return Refused(HistoryModel::Refusal{std::move(reason)});
+}
+
+} // namespace
+
 HistoryModel::HistoryModel(Ports ports, UserEnvironment user) : ports_(ports), user_(std::move(user)) {}
 
-void HistoryModel::load(std::function<void()> done) {
+void HistoryModel::load(Sizes sizes, std::function<void()> done) {
     isLoading.set(true);
-    ports_.background.post([this, ports = ports_, user = user_, alive = std::weak_ptr(alive_),
-                            done = std::move(done)]() mutable {
-        auto loaded = loadHistory(user, ports.files, true);
-        ports.main.post([this, alive, loaded = std::move(loaded), done = std::move(done)]() mutable {
+    ports_.background.post([this, ports = ports_, user = user_, sizes, number = ++loadsStarted_,
+                            alive = std::weak_ptr(alive_), done = std::move(done)]() mutable {
+        auto loaded = loadHistory(user, ports.files, sizes == Sizes::measured);
+        ports.main.post([this, alive, number, loaded = std::move(loaded), done = std::move(done)]() mutable {
             if (alive.expired()) return;
-            entries.set(std::move(loaded));
-            isLoading.set(false);
+            if (number == loadsStarted_) {
+                entries.set(std::move(loaded));
+                isLoading.set(false);
+            }
             if (done) done();
         });
     });
 }
 
-void HistoryModel::undo(const RemovalHistoryEntry& entry, std::function<void()> done) {
+template<class Result>
+void HistoryModel::run(std::string busyID, std::function<tl::expected<Result, Refusal>()> action,
+                       Answer<Result> answer) {
     if (busyEntryID.get()) return;
-    busyEntryID.set(id(entry));
-    ports_.background.post([this, ports = ports_, user = user_, manifest = entry.manifest,
-                            alive = std::weak_ptr(alive_), done = std::move(done)]() mutable {
-        std::optional<UndoReport> report;
-        std::optional<std::string> error;
-        if (const auto lock = lockTrash(user, ports.files))
-            report = ports.undo.undo(manifest);
-        else
-            error = ports.texts.text(failureKey(lock.error().fault));
-        ports.main.post([this, alive, report = std::move(report), error = std::move(error),
-                         done = std::move(done)]() mutable {
+    busyEntryID.set(std::move(busyID));
+    ports_.background.post([this, ports = ports_, user = user_, alive = std::weak_ptr(alive_),
+                            action = std::move(action), answer = std::move(answer)]() mutable {
+        const auto lock = lockTrash(user, ports.files);
+        auto result = lock ? action() : refused(describeLockFailure(lock.error(), ports.texts));
+        ports.main.post([this, alive, result = std::move(result), answer = std::move(answer)] {
             if (alive.expired()) return;
-            if (report) lastUndo.set(std::move(report));
-            finish(std::move(error), std::move(done));
+            busyEntryID.set(std::nullopt);
+            errorMessage.set(result || !result.error().reason
+                                 ? std::nullopt
+                                 : std::optional(ports_.texts.text(*result.error().reason)));
+            if (result) publish(*result);
+            if (answer) answer(result);
+            if (result) load();
         });
     });
 }
 
-void HistoryModel::remove(const RemovalHistoryEntry& entry, std::function<void()> done) {
-    purge({entry.root}, id(entry), std::move(done));
+void HistoryModel::undo(const RemovalHistoryEntry& entry, Answer<UndoReport> answer) {
+    run<UndoReport>(
+        id(entry),
+        [ports = ports_, root = entry.root]() -> tl::expected<UndoReport, Refusal> {
+            // Until the lock was ours, another process may have undone or purged this run.
+            const auto current = readHistoryEntry(root, ports.files);
+            if (!current || current->pendingMoves == 0)
+                return refused({"history.undo.nothingLeft %@", {root.lastComponent()}});
+            return ports.undo.undo(current->manifest);
+        },
+        std::move(answer));
 }
 
-void HistoryModel::removeAll(std::function<void()> done) {
+void HistoryModel::remove(const std::vector<RemovalHistoryEntry>& chosen,
+                          Answer<QuarantinePurge::Outcome> answer) {
+    if (chosen.empty()) return;
     std::vector<Path> folders;
-    for (const auto& entry : entries.get())
+    for (const auto& entry : chosen)
         folders.push_back(entry.root);
-    if (!folders.empty()) purge(std::move(folders), user_.trash().string(), std::move(done));
+    run<QuarantinePurge::Outcome>(
+        chosen.size() == 1 ? id(chosen.front()) : user_.trash().string(),
+        [ports = ports_, folders = std::move(folders)]() -> tl::expected<QuarantinePurge::Outcome, Refusal> {
+            auto outcome = ports.purge.purge(folders);
+            if (!outcome) return Refused(Refusal{outcome.error().describe()});
+            return std::move(*outcome);
+        },
+        std::move(answer));
 }
 
-void HistoryModel::purge(std::vector<Path> folders, const std::string& busyID, std::function<void()> done) {
-    if (busyEntryID.get()) return;
-    busyEntryID.set(busyID);
-    ports_.background.post([this, ports = ports_, user = user_, folders = std::move(folders),
-                            alive = std::weak_ptr(alive_), done = std::move(done)]() mutable {
-        std::optional<Message> problem;
-        if (const auto lock = lockTrash(user, ports.files)) {
-            if (const auto outcome = ports.purge.purge(folders); !outcome)
-                problem = outcome.error().describe();
-        } else {
-            problem = Message{std::string(failureKey(lock.error().fault))};
-        }
-        auto error = problem ? std::optional(ports.texts.text(*problem)) : std::nullopt;
-        ports.main.post([this, alive, error = std::move(error), done = std::move(done)]() mutable {
-            if (!alive.expired()) finish(std::move(error), std::move(done));
-        });
-    });
-}
-
-void HistoryModel::finish(std::optional<std::string> error, std::function<void()> done) {
-    busyEntryID.set(std::nullopt);
-    errorMessage.set(error);
-    if (error && done) return done(); // the list stays as it was
-    if (!error) load(std::move(done));
+void HistoryModel::publish(const QuarantinePurge::Outcome& outcome) {
+    if (!outcome.kept.empty())
+        errorMessage.set(ports_.texts.text("history.purge.kept %@", {outcome.kept.front().string()}));
 }
 
 } // namespace tidwen

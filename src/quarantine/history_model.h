@@ -11,12 +11,13 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace tidwen {
 
 /// The list of past runs, and what can be done with them. Belongs to the main thread; one undo or deletion
-/// runs at a time, in the background.
+/// runs at a time, in the background, and holds the lock of the Trash.
 class HistoryModel {
   public:
     struct Ports {
@@ -28,28 +29,45 @@ class HistoryModel {
         Executor& background;
     };
 
+    /// Why nothing was done; without words when the user dismissed the administrator's prompt.
+    struct Refusal {
+        std::optional<Message> reason;
+    };
+    /// Called on the main thread with what an action came to, before the list is loaded again.
+    template<class Result>
+    using Answer = std::function<void(const tl::expected<Result, Refusal>&)>;
+
+    enum class Sizes { measured, leftOut };
+
     HistoryModel(Ports ports, UserEnvironment user);
 
-    Property<std::vector<RemovalHistoryEntry>> entries;
+    Property<std::vector<RemovalHistoryEntry>> entries; ///< newest first
     Property<bool> isLoading{false};
-    Property<std::optional<std::string>> busyEntryID; ///< the folder's path
+    Property<std::optional<std::string>> busyEntryID; ///< see `id`; the Trash while several are deleted
     Property<std::optional<UndoReport>> lastUndo;
-    Property<std::optional<std::string>> errorMessage;
+    Property<std::optional<std::string>> errorMessage; ///< of the last undo or deletion
 
-    void load(std::function<void()> done = {});
-    /// Each of these is ignored while another one runs; the list is loaded again afterwards.
-    void undo(const RemovalHistoryEntry& entry, std::function<void()> done = {});
-    void remove(const RemovalHistoryEntry& entry, std::function<void()> done = {});
-    void removeAll(std::function<void()> done = {});
+    /// Reads the runs again. Of several loads at once the last one started wins.
+    void load(Sizes sizes = Sizes::measured, std::function<void()> done = {});
+
+    /// Each of these is ignored, and `answer` never called, while another one runs. After a refusal the list
+    /// stays as it was; otherwise it is loaded again.
+    void undo(const RemovalHistoryEntry& entry, Answer<UndoReport> answer = {});
+    void remove(const std::vector<RemovalHistoryEntry>& chosen, Answer<QuarantinePurge::Outcome> answer = {});
+    void removeAll(Answer<QuarantinePurge::Outcome> answer = {}) { remove(entries.get(), std::move(answer)); }
 
     static std::string id(const RemovalHistoryEntry& entry) { return entry.root.string(); }
 
   private:
-    void purge(std::vector<Path> folders, const std::string& busyID, std::function<void()> done);
-    void finish(std::optional<std::string> error, std::function<void()> done);
+    template<class Result>
+    void run(std::string busyID, std::function<tl::expected<Result, Refusal>()> action,
+             Answer<Result> answer);
+    void publish(const UndoReport& report) { lastUndo.set(report); }
+    void publish(const QuarantinePurge::Outcome& outcome);
 
     Ports ports_;
     UserEnvironment user_;
+    int loadsStarted_ = 0;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };
 

@@ -57,6 +57,9 @@ std::optional<QuarantinePurge::Failure> QuarantinePurge::validate(const Path& fo
     const auto path = folder.standardized();
     if (path.parent() != trash || !path.lastComponent().starts_with(quarantineFolderPrefix))
         return refuse(Failure::Kind::notAQuarantineFolder, folder);
+    // A Trash that is a link would lead the administrator's script elsewhere.
+    if (const auto place = files_.info(trash); place && place->kind != FileKind::directory)
+        return refuse(Failure::Kind::escapesThroughSymlink, folder);
     const auto realTrash = files_.resolve(trash);
     const auto realPath = files_.resolve(path);
     if (!realTrash || !realPath) return refuse(Failure::Kind::notAQuarantineFolder, folder);
@@ -103,6 +106,17 @@ QuarantinePurge::removeAsAdministrator(const std::vector<Path>& items) {
     return std::nullopt;
 }
 
+FileResult<void> QuarantinePurge::removeRun(const Path& folder) {
+    const auto entries = files_.list(folder);
+    if (!entries) return tl::unexpected(entries.error());
+    FileResult<void> outcome;
+    for (const auto& entry : *entries)
+        if (entry.name != manifestFileName)
+            if (auto removed = files_.removeTree(folder / entry.name); !removed) outcome = std::move(removed);
+    // The manifest goes last: a run of which something stays remains in the history, to be deleted later.
+    return outcome ? files_.removeTree(folder) : outcome;
+}
+
 tl::expected<QuarantinePurge::Outcome, QuarantinePurge::Failure>
 QuarantinePurge::purge(const std::vector<Path>& folders) {
     for (const auto& folder : folders)
@@ -119,7 +133,7 @@ QuarantinePurge::purge(const std::vector<Path>& folders) {
 
     Outcome outcome;
     for (const auto& folder : folders) {
-        if (const auto removed = files_.removeTree(folder.standardized()); removed) {
+        if (const auto removed = removeRun(folder.standardized()); removed) {
             log_.info("Purged quarantine folder {}", folder.string());
             ++outcome.removedFolders;
         } else {
@@ -134,7 +148,7 @@ int QuarantinePurge::purgeExpired(int days, Timestamp now) {
     if (days <= 0) return 0;
     int removed = 0;
     for (const auto& entry : expiredEntries(loadHistory(user_, files_, false), days, now)) {
-        if (validate(entry.root) || !files_.removeTree(entry.root)) {
+        if (validate(entry.root) || !removeRun(entry.root)) {
             log_.warning("Automatic purge refused {}", entry.root.string());
             continue;
         }

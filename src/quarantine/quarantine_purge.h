@@ -51,6 +51,7 @@ class QuarantinePurge {
 
   private:
     std::optional<Failure> validate(const Path& folder) const;
+    FileResult<void> removeRun(const Path& folder);
     std::vector<Path> foreignItems(const Path& folder) const;
     bool isForeign(const Path& item, int depth) const;
     std::optional<Failure> removeAsAdministrator(const std::vector<Path>& items);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/message.h"
+#include "base/texts.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
 
@@ -10,5 +12,8 @@ namespace tidwen {
 /// One Tidwen at a time may remove, undo or purge in a user's Trash. `busy` while another one does; the lock
 /// ends with this object or its process, however that ends. The Trash is created when it is missing.
 FileResult<std::unique_ptr<FolderLock>> lockTrash(const UserEnvironment& user, FileSystem& files);
+
+/// That another Tidwen is at work there, or why the Trash could not be locked.
+Message describeLockFailure(const FileError& error, const Texts& texts);
 
 } // namespace tidwen

@@ -1,5 +1,6 @@
 #include "cli/command.h"
 #include "cli/commands/numbered_history.h"
+#include "cli/commands/terminal_history.h"
 #include "cli/console.h"
 #include "cli/json_output.h"
 #include "cli/labels.h"
@@ -42,7 +43,7 @@ void print(const std::vector<RemovalHistoryEntry>& history, const CommandContext
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
-    const auto history = numberedHistory(mac, true);
+    const auto history = TerminalHistory(mac).load(TerminalHistory::Sizes::measured);
     if (context.arguments.json)
         context.console.document(json::document(history));
     else if (history.empty())

@@ -1,11 +1,11 @@
 #include "cli/commands/lock_refusal.h"
 
+#include "quarantine/trash_lock.h"
+
 namespace tidwen {
 
 ExitStatus refuseWithoutLock(const CommandContext& context, const FileError& error) {
-    if (error.fault == FileFault::busy) return context.refuse({"cli.busy"});
-    return context.refuse(
-        {"cli.cannotLock %@ %@", {error.path.string(), context.text(failureKey(error.fault))}});
+    return context.refuse(describeLockFailure(error, context.texts));
 }
 
 } // namespace tidwen

@@ -7,15 +7,6 @@
 
 namespace tidwen {
 
-std::vector<RemovalHistoryEntry> numberedHistory(const Mac& mac, bool includeSizes) {
-    auto history = loadHistory(mac.system.user, mac.system.files, includeSizes);
-    std::stable_sort(history.begin(), history.end(), [](const auto& a, const auto& b) {
-        if (a.manifest.createdAt != b.manifest.createdAt) return a.manifest.createdAt > b.manifest.createdAt;
-        return a.root > b.root;
-    });
-    return history;
-}
-
 const RemovalHistoryEntry* findRun(const std::vector<RemovalHistoryEntry>& history, const std::string& word) {
     for (std::size_t i = 0; i < history.size(); ++i)
         if (word == std::to_string(i + 1) || word == history[i].root.lastComponent()
@@ -25,7 +16,7 @@ const RemovalHistoryEntry* findRun(const std::vector<RemovalHistoryEntry>& histo
 }
 
 std::optional<std::string> undoCommandLine(const Path& root, const CommandContext& context, const Mac& mac) {
-    const auto history = numberedHistory(mac, false);
+    const auto history = loadHistory(mac.system.user, mac.system.files, false);
     const auto found =
         std::find_if(history.begin(), history.end(), [&](const auto& entry) { return entry.root == root; });
     if (found == history.end() || found->pendingMoves == 0) return std::nullopt;

@@ -9,9 +9,6 @@
 
 namespace tidwen {
 
-/// Past runs in the order in which `history` numbers them from 1: newest first, and the same every time.
-std::vector<RemovalHistoryEntry> numberedHistory(const Mac& mac, bool includeSizes);
-
 /// The entry that a word means: its number, or the name or path of its quarantine folder.
 const RemovalHistoryEntry* findRun(const std::vector<RemovalHistoryEntry>& history, const std::string& word);
 

@@ -1,11 +1,9 @@
 #include "base/json.h"
 #include "cli/commands/confirmed_removal.h"
-#include "cli/commands/lock_refusal.h"
 #include "cli/commands/numbered_history.h"
+#include "cli/commands/terminal_history.h"
 #include "cli/console.h"
 #include "cli/labels.h"
-#include "quarantine/quarantine_purge.h"
-#include "quarantine/trash_lock.h"
 #include "settings/app_preferences.h"
 
 #include <nlohmann/json.hpp>
@@ -15,8 +13,8 @@ namespace tidwen {
 namespace {
 
 /// The runs that are meant, or why it is not clear which.
-tl::expected<std::vector<RemovalHistoryEntry>, Message> choose(const CommandContext& context, Mac& mac) {
-    const auto history = numberedHistory(mac, true);
+tl::expected<std::vector<RemovalHistoryEntry>, Message>
+choose(const std::vector<RemovalHistoryEntry>& history, const CommandContext& context, const Mac& mac) {
     const auto& words = context.arguments.operands;
     const bool all = context.arguments.has("--all"), expired = context.arguments.has("--expired");
     if ((words.empty() ? 0 : 1) + (all ? 1 : 0) + (expired ? 1 : 0) != 1)
@@ -47,31 +45,27 @@ void report(const QuarantinePurge::Outcome& outcome, const CommandContext& conte
     }
     context.console.line(context.text("cli.purge.done %lld", {std::to_string(outcome.removedFolders)}));
     for (const auto& folder : outcome.kept)
-        context.console.complain(context.text("cli.purge.kept %@", {folder.string()}));
+        context.console.complain(context.text("history.purge.kept %@", {folder.string()}));
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
-    const auto chosen = choose(context, mac);
+    TerminalHistory history(mac);
+    const bool asks = !context.arguments.yes && !context.arguments.json && context.console.canAsk();
+    using enum TerminalHistory::Sizes;
+    const auto chosen = choose(history.load(asks ? measured : leftOut), context, mac);
     if (!chosen) return context.refuse(chosen.error());
     if (chosen->empty()) {
         report({}, context);
         return ExitStatus::done;
     }
-    std::vector<Path> folders;
-    for (const auto& entry : *chosen) {
-        folders.push_back(entry.root);
-        if (!context.arguments.yes && !context.arguments.json && context.console.canAsk())
+    for (const auto& entry : *chosen)
+        if (asks)
             context.console.line({{entry.root.lastComponent()},
                                   {"  " + labels::size(entry.sizeBytes, context.texts), Paint::faint}});
-    }
-    if (!agreed(context, context.text("cli.purge.question %lld", {std::to_string(folders.size())})))
+    if (!agreed(context, context.text("cli.purge.question %lld", {std::to_string(chosen->size())})))
         return ExitStatus::refused;
-    const auto lock = lockTrash(mac.system.user, mac.system.files);
-    if (!lock) return refuseWithoutLock(context, lock.error());
-    QuarantinePurge purge(mac.system.files, mac.system.user, mac.administrator, mac.system.log);
-    const auto outcome = purge.purge(folders);
-    if (!outcome)
-        return context.refuse(outcome.error().describe().value_or(Message{"failure.adminCancelled"}));
+    const auto outcome = history.remove(*chosen);
+    if (!outcome) return context.refuse(outcome.error());
     report(*outcome, context);
     return outcome->kept.empty() ? ExitStatus::done : ExitStatus::someFailed;
 }

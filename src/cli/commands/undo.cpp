@@ -1,11 +1,9 @@
 #include "cli/command.h"
-#include "cli/commands/lock_refusal.h"
 #include "cli/commands/numbered_history.h"
+#include "cli/commands/terminal_history.h"
 #include "cli/console.h"
 #include "cli/json_output.h"
 #include "cli/labels.h"
-#include "quarantine/trash_lock.h"
-#include "quarantine/undo_service.h"
 
 namespace tidwen {
 
@@ -29,32 +27,21 @@ void print(const UndoReport& report, const CommandContext& context, const Mac& m
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
     const std::string& word = context.arguments.operands.front();
-    const auto history = numberedHistory(mac, false);
-    const auto* entry = findRun(history, word);
+    TerminalHistory history(mac);
+    const auto* entry = findRun(history.load(TerminalHistory::Sizes::leftOut), word);
     if (!entry) {
         mentionInterruptedRuns(context, mac);
         return context.refuse({"cli.undo.unknown %@", {word}});
     }
-    if (entry->pendingMoves == 0)
-        return context.refuse({"cli.undo.nothingLeft %@", {entry->root.lastComponent()}});
-
-    const auto lock = lockTrash(mac.system.user, mac.system.files);
-    if (!lock) return refuseWithoutLock(context, lock.error());
-    // Until the lock was ours, another process may have undone or purged this run.
-    const auto current = numberedHistory(mac, false);
-    entry = findRun(current, entry->root.lastComponent());
-    if (!entry || entry->pendingMoves == 0) return context.refuse({"cli.undo.nothingLeft %@", {word}});
-
     context.console.progress(context.text("home.recovery.restoring"));
-    auto& system = mac.system;
-    UndoService service({system.files, mac.privilegedRunner, mac.userRunner, system.texts, system.log},
-                        system.user);
-    const auto report = service.undo(entry->manifest);
+    const auto report = history.undo(*entry);
+    context.console.endProgress();
+    if (!report) return context.refuse(report.error());
     if (context.arguments.json)
-        context.console.document(json::document(report));
+        context.console.document(json::document(*report));
     else
-        print(report, context, mac);
-    return report.failures.empty() ? ExitStatus::done : ExitStatus::someFailed;
+        print(*report, context, mac);
+    return report->failures.empty() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 } // namespace

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "base/executor.h"
+#include "cli/command.h"
+#include "quarantine/history_model.h"
+
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
+
+namespace tidwen {
+
+/// The list of past runs for a command, which has nothing else to do meanwhile: each call returns when its
+/// work is done.
+class TerminalHistory {
+  public:
+    using Sizes = HistoryModel::Sizes;
+
+    explicit TerminalHistory(Mac& mac);
+
+    /// In the order in which `history` numbers them from 1.
+    const std::vector<RemovalHistoryEntry>& load(Sizes sizes);
+
+    /// The reason when nothing was done.
+    tl::expected<UndoReport, Message> undo(const RemovalHistoryEntry& entry);
+    /// `chosen` is not empty.
+    tl::expected<QuarantinePurge::Outcome, Message> remove(const std::vector<RemovalHistoryEntry>& chosen);
+
+  private:
+    template<class Result>
+    tl::expected<Result, Message> await(const std::function<void(HistoryModel::Answer<Result>)>& start);
+
+    MainQueue queue_; ///< main thread and background in one
+    UndoService undo_;
+    QuarantinePurge purge_;
+    HistoryModel model_;
+};
+
+} // namespace tidwen

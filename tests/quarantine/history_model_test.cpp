@@ -1,0 +1,172 @@
+#include "quarantine/history_model.h"
+
+#include "quarantine/entries.h"
+#include "quarantine/quarantine_layout.h"
+#include "quarantine/trash_lock.h"
+#include "support/fixtures.h"
+#include "support/recording_runner.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+namespace tidwen::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class History : public testing::Test {
+  protected:
+    Path folder(const std::string& name) const { return user.trash() / ("Tidwen - " + name); }
+
+    void run(const std::string& name, int secondsAfter, std::size_t bytes = 1) {
+        const auto root = folder(name);
+        const auto entry = moveEntry(1, root, "/Users/alice/Library/Caches/" + name);
+        volume.write(*entry.destination, std::string(bytes, 'x'));
+        EXPECT_TRUE(writeManifest({.createdAt = runDate + std::chrono::seconds(secondsAfter),
+                                   .quarantineRoot = root,
+                                   .apps = {{name, "com.example.notes"}},
+                                   .entries = {entry}},
+                                  root / manifestFileName, volume.files()));
+    }
+    std::vector<std::string> names() const {
+        std::vector<std::string> result;
+        for (const auto& entry : model.entries.get())
+            result.push_back(entry.manifest.apps.front().name);
+        return result;
+    }
+    std::vector<std::string> loaded(HistoryModel::Sizes sizes = HistoryModel::Sizes::leftOut) {
+        model.load(sizes);
+        drain();
+        return names();
+    }
+    void drain() {
+        while (background.drain() + main.drain() > 0) {
+        }
+    }
+
+    TemporaryVolume volume;
+    UserEnvironment user{alice().home, ::geteuid(), {}, {}}; // who owns what the test writes
+    RecordingLog log;
+    RecordingRunner runner;
+    Texts texts; // keys stand for themselves
+    MainQueue main, background;
+    AdminScriptRunnerError prompt{AdminScriptRunnerError::Kind::authorizationCancelled};
+    QuarantinePurge purge{volume.files(), user, [this](const std::string&) { return tl::unexpected(prompt); },
+                          log};
+    UndoService undoService{{volume.files(), runner, runner, texts, log}, user};
+    HistoryModel model{{volume.files(), undoService, purge, texts, main, background}, user};
+};
+
+TEST_F(History, ListsWhatCanBeReadNewestFirst) {
+    run("Old", 0);
+    run("Twin a", 5);
+    run("New", 9, 500'000);
+    run("Twin b", 5);
+    volume.write((folder("Damaged") / manifestFileName).string(), "{");
+    volume.link((folder("Linked") / manifestFileName).string(), "../Tidwen - Old/tidwen-manifest.json");
+    EXPECT_THAT(loaded(), ElementsAre("New", "Twin b", "Twin a", "Old"));
+    EXPECT_FALSE(model.entries.get().front().sizeBytes);
+    loaded(HistoryModel::Sizes::measured);
+    EXPECT_GE(model.entries.get().front().sizeBytes.value_or(0), 500'000);
+
+    std::filesystem::remove_all(volume.host(folder("Twin b").string()));
+    volume.write((folder("Old") / manifestFileName).string(), "{");
+    EXPECT_THAT(loaded(), ElementsAre("New", "Twin a"));
+}
+
+TEST_F(History, OfTwoLoadsTheLaterWins) {
+    run("Only", 0);
+    model.load(HistoryModel::Sizes::leftOut);
+    model.load(HistoryModel::Sizes::measured);
+    background.drain();
+    int told = 0;
+    const auto watching = model.entries.observe([&](const auto&) { ++told; });
+    drain();
+    EXPECT_EQ(told, 1);
+    EXPECT_TRUE(model.entries.get().front().sizeBytes);
+    EXPECT_FALSE(model.isLoading.get());
+}
+
+TEST_F(History, UndoLocksOutTheRestAndReloads) {
+    run("One", 1);
+    run("Two", 0);
+    loaded();
+    const auto entries = model.entries.get();
+    model.undo(entries[0]);
+    EXPECT_EQ(model.busyEntryID.get(), folder("One").string());
+    model.undo(entries[1]);
+    model.removeAll();
+    drain();
+    EXPECT_EQ(model.lastUndo.get()->restoredCount, 1);
+    EXPECT_FALSE(model.busyEntryID.get());
+    EXPECT_TRUE(volume.exists("/Users/alice/Library/Caches/One"));
+    ASSERT_THAT(names(), ElementsAre("One", "Two"));
+    EXPECT_EQ(model.entries.get()[0].pendingMoves, 0);
+
+    model.undo(entries[0]); // as a list would that another process has overtaken
+    drain();
+    EXPECT_EQ(model.errorMessage.get(), "history.undo.nothingLeft Tidwen - One");
+}
+
+TEST_F(History, RefusalsLeaveTheListAndAreToldUnlessThePromptWasDismissed) {
+    run("One", 0);
+    loaded();
+    {
+        const auto other = lockTrash(user, volume.files());
+        model.removeAll();
+        drain();
+        EXPECT_EQ(model.errorMessage.get(), "failure.trashBusy");
+        EXPECT_FALSE(model.busyEntryID.get());
+    }
+    auto stranger = user;
+    stranger.userID += 1; // so that everything in the folder is somebody else's
+    QuarantinePurge asking(
+        volume.files(), stranger, [this](const std::string&) { return tl::unexpected(prompt); }, log);
+    HistoryModel dismissed({volume.files(), undoService, asking, texts, main, background}, user);
+    std::optional<std::string> told = "nothing";
+    dismissed.remove(model.entries.get(), [&](const auto& outcome) {
+        told = outcome || !outcome.error().reason ? std::nullopt : std::optional(outcome.error().reason->key);
+    });
+    drain();
+    EXPECT_EQ(told, std::nullopt);
+    EXPECT_FALSE(dismissed.errorMessage.get());
+
+    std::filesystem::remove(volume.host((folder("One") / manifestFileName).string()));
+    model.removeAll();
+    drain();
+    EXPECT_EQ(model.errorMessage.get(), "failure.blockedBySafetyPolicy");
+    EXPECT_THAT(names(), ElementsAre("One"));
+    EXPECT_TRUE(volume.exists("/Users/alice/.Trash/Tidwen - One/0001/One"));
+}
+
+TEST_F(History, DeletesOneOrAll) {
+    for (const auto* name : {"A", "B", "C"})
+        run(name, 0);
+    volume.write((user.trash() / "Tidwen - mine/letter.txt").string(), "of the user");
+    volume.write((user.trash() / "photo.jpg").string(), "of the user");
+    loaded();
+    model.remove({model.entries.get()[1]});
+    drain();
+    EXPECT_THAT(names(), ElementsAre("C", "A"));
+    EXPECT_TRUE(model.entries.get()[0].sizeBytes);
+    model.removeAll();
+    drain();
+    EXPECT_THAT(names(), IsEmpty());
+    EXPECT_FALSE(model.errorMessage.get());
+    EXPECT_TRUE(volume.exists("/Users/alice/.Trash/Tidwen - mine/letter.txt"));
+    EXPECT_TRUE(volume.exists("/Users/alice/.Trash/photo.jpg"));
+}
+
+TEST_F(History, WorkThatComesBackAfterItsEndIsDropped) {
+    run("One", 0);
+    auto closed = std::make_unique<HistoryModel>(
+        HistoryModel::Ports{volume.files(), undoService, purge, texts, main, background}, user);
+    closed->load();
+    closed.reset();
+    drain();
+}
+
+} // namespace
+} // namespace tidwen::test
