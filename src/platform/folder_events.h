@@ -7,7 +7,8 @@
 
 namespace tidwen {
 
-/// Tells that something changed directly inside a folder; what changed is for the listener to find out.
+/// Tells that something changed directly inside a folder, or that the folder went away; what changed is for
+/// the listener to find out.
 class FolderEvents {
   public:
     /// Stops watching when destroyed; no call comes after that.

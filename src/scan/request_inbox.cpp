@@ -12,6 +12,7 @@ std::optional<UninstallRequest> decodeRequest(std::string_view text) {
     const auto json = parseJson(text, RequestInbox::maxRequestBytes);
     if (!json || !json->is_object() || !json->contains("paths") || !json->at("paths").is_array())
         return std::nullopt;
+    if (json->at("paths").size() > RequestInbox::maxPathsPerRequest) return std::nullopt;
     UninstallRequest request;
     for (const auto& path : json->at("paths")) {
         if (!path.is_string()) return std::nullopt;
@@ -34,42 +35,68 @@ std::optional<Path> RequestInbox::folder() const {
 
 bool RequestInbox::post(const UninstallRequest& request, const std::string& fileName) {
     const auto requests = folder();
-    if (!requests || !files_.createDirectories(*requests)) return false;
-    return files_.replaceFile(*requests / (fileName + ".json"), encode(request), NewFileMode::privateToOwner)
+    const auto text = encode(request);
+    // What a drain would read as something else is not posted.
+    if (!requests || decodeRequest(text) != request || !files_.createDirectories(*requests)) return false;
+    return files_.replaceFile(*requests / (fileName + ".json"), text, NewFileMode::privateToOwner)
         .has_value();
 }
 
-std::vector<Path> RequestInbox::drain() {
+/// What one drain has taken so far.
+struct RequestInbox::Taken {
+    std::size_t files = 0;
+    std::size_t bytes = 0;
+    std::size_t named = 0; ///< paths, acceptable or not: each costs a look at the disk
     std::vector<Path> paths;
+
+    bool isEnough() const {
+        return files >= maxRequestsPerDrain || bytes >= maxBytesPerDrain || named >= maxPathsPerDrain;
+    }
+};
+
+std::vector<Path> RequestInbox::drain() {
     const auto requests = folder();
-    const auto entries = requests ? files_.list(*requests) : FileResult<std::vector<DirectoryEntry>>();
-    if (!requests || !entries) return paths;
-    std::size_t taken = 0;
-    for (const auto& entry : *entries)
-        if (entry.name.ends_with(".json") && taken < maxRequestsPerDrain) {
-            take(*requests / entry.name, paths);
-            ++taken;
-        }
-    if (taken == 0) return paths;
-    if (paths.empty())
+    if (!requests) return {};
+    const auto place = files_.info(*requests);
+    const auto entries = place && place->kind == FileKind::directory
+                             ? files_.list(*requests)
+                             : FileResult<std::vector<DirectoryEntry>>();
+    if (!entries) return {};
+    Taken taken;
+    for (const auto& entry : *entries) {
+        if (taken.isEnough()) break;
+        if (entry.name.ends_with(".json")
+            && (entry.kind == FileKind::regular || entry.kind == FileKind::symbolicLink))
+            take(*requests / entry.name, taken);
+    }
+    if (taken.files == 0) return {};
+    if (taken.paths.empty())
         log_.info("Finder request dropped: nothing at the paths it named");
     else
-        log_.info("Serving Finder request for {} app(s)", paths.size());
-    return paths;
+        log_.info("Serving Finder request for {} app(s)", taken.paths.size());
+    return std::move(taken.paths);
 }
 
-void RequestInbox::take(const Path& file, std::vector<Path>& paths) {
+std::optional<std::string> RequestInbox::readRequest(const Path& file) const {
     const auto info = files_.info(file);
-    const bool isPlain = info && info->kind == FileKind::regular;
-    const auto content = isPlain ? files_.read(file, maxRequestBytes) : FileResult<std::string>();
-    const auto request = isPlain && content ? decodeRequest(*content) : std::nullopt;
+    if (!info || info->kind != FileKind::regular) return std::nullopt; // reading would follow a link
+    auto content = files_.read(file, maxRequestBytes);
+    return content ? std::optional(std::move(*content)) : std::nullopt;
+}
+
+void RequestInbox::take(const Path& file, Taken& taken) {
+    ++taken.files;
+    const auto content = readRequest(file);
     // Removed first: a request that cannot be removed would be served again and again.
-    if (!files_.removeFile(file) || !request) return;
-    for (const auto& path : request->paths) {
-        if (paths.size() >= maxPathsPerDrain) break;
+    if (!files_.removeFile(file) || !content) return;
+    taken.bytes += content->size();
+    const auto request = decodeRequest(*content);
+    if (!request) return;
+    taken.named += request->paths.size();
+    auto& paths = taken.paths;
+    for (const auto& path : request->paths)
         if (isAcceptable(path) && std::find(paths.begin(), paths.end(), Path(path)) == paths.end())
             paths.emplace_back(path);
-    }
 }
 
 bool RequestInbox::isAcceptable(const std::string& path) const {
@@ -80,6 +107,7 @@ bool RequestInbox::isAcceptable(const std::string& path) const {
 }
 
 void RequestInbox::setFinderGate(bool enabled) {
+    log_.info("Finder extension enabled: {}", enabled ? 1 : 0);
     if (!container_) return;
     const auto gate = *container_ / "finder-gate.json";
     if (!enabled) {

@@ -29,10 +29,13 @@ std::string encode(const UninstallRequest& request);
 /// user's rights can write there, so a request only names what intake will judge, and everything is bounded.
 class RequestInbox {
   public:
-    // More than a person selects in the Finder; what exceeds it is not a request of ours.
+    // More than a person selects in the Finder; what exceeds it is no request of ours.
     static constexpr std::size_t maxRequestBytes = 1u << 20;
+    static constexpr std::size_t maxPathsPerRequest = 1000;
+    // A drain holds up the main thread: what is beyond these waits for the next one.
+    static constexpr std::size_t maxRequestsPerDrain = 200;
     static constexpr std::size_t maxPathsPerDrain = 1000;
-    static constexpr std::size_t maxRequestsPerDrain = 1000;
+    static constexpr std::size_t maxBytesPerDrain = 8u << 20;
 
     /// `container`: the shared folder of the application group; nothing when this process has none.
     RequestInbox(FileSystem& files, std::optional<Path> container, Log& log)
@@ -44,18 +47,23 @@ class RequestInbox {
     /// The folder to watch for new requests; nothing without a container.
     std::optional<Path> folder() const;
 
-    /// False when there is no container or it could not be written.
+    /// False when there is no container, it could not be written, or a drain would refuse the request: too
+    /// many paths, or one that is not valid UTF-8. `fileName` is one component, without extension.
     bool post(const UninstallRequest& request, const std::string& fileName);
 
-    /// Takes every waiting request and removes its file, whether or not it could be read. Gives the paths
-    /// that are absolute, hold no "..", are no links and exist, each once.
+    /// Takes the waiting requests, in the order of their names and within the limits, and removes their
+    /// files, whether or not they could be read; pipes, devices and folders are left alone. Gives the paths
+    /// that are absolute, hold no "..", are no links and exist, each once. A `folder` that is a link holds no
+    /// requests.
     std::vector<Path> drain();
 
     /// The file that tells the Finder extension whether to offer its menu entry. Failures are ignored.
     void setFinderGate(bool enabled);
 
   private:
-    void take(const Path& file, std::vector<Path>& paths);
+    struct Taken;
+    void take(const Path& file, Taken& taken);
+    std::optional<std::string> readRequest(const Path& file) const;
     bool isAcceptable(const std::string& path) const;
 
     FileSystem& files_;

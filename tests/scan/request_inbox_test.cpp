@@ -1,8 +1,10 @@
 #include "scan/request_inbox.h"
+#include "scan/uninstall_service.h"
 #include "support/fixtures.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace tidwen::test {
 namespace {
@@ -43,23 +45,59 @@ TEST_F(Inbox, DropsWhatIsNoRequest) {
     volume.write(file("bad.json"), "{");
     volume.write(file("huge.json"), valid);
     std::filesystem::resize_file(volume.host(file("huge.json")), 100u << 20);
+    volume.write(file("deep.json"), "{\"paths\":" + std::string(500'000, '['));
+    volume.write(file("many.json"), encode({std::vector<std::string>(10'000, "/A.app")}));
     volume.write("/elsewhere.json", valid);
     volume.link(file("link.json"), "/elsewhere.json");
+    volume.makeFolder(file("folder.json"));
+    ASSERT_EQ(::mkfifo(volume.host(file("pipe.json")).c_str(), 0600), 0);
     EXPECT_TRUE(inbox.drain().empty());
-    for (const auto* name : {"bad.json", "huge.json", "link.json"})
+    for (const auto* name : {"bad.json", "huge.json", "deep.json", "many.json", "link.json"})
         EXPECT_FALSE(volume.exists(file(name))) << name;
+    EXPECT_TRUE(volume.exists(file("pipe.json")));
     EXPECT_TRUE(volume.exists("/elsewhere.json"));
     EXPECT_TRUE(log.contains("Finder request dropped: nothing at the paths it named"));
 }
 
-TEST_F(Inbox, TakesNoMoreThanItsLimit) {
-    UninstallRequest request;
-    for (int i = 0; i < 10'000; ++i)
-        request.paths.push_back("/A" + std::to_string(i));
-    for (int i = 0; i < 1'100; ++i)
-        volume.write(request.paths[i], "");
-    EXPECT_TRUE(inbox.post(request, "many"));
-    EXPECT_EQ(inbox.drain().size(), RequestInbox::maxPathsPerDrain);
+TEST_F(Inbox, LeavesWhatIsBeyondItsLimitsForTheNextDrain) {
+    volume.makeFolder("/A.app");
+    for (std::size_t i = 0; i <= RequestInbox::maxRequestsPerDrain; ++i)
+        volume.write(file(std::to_string(i) + ".json"), encode({{"/A.app"}}));
+    EXPECT_EQ(inbox.drain().size(), 1u);
+    EXPECT_EQ(inbox.drain().size(), 1u);
+    EXPECT_TRUE(inbox.drain().empty());
+
+    const UninstallRequest full{std::vector<std::string>(RequestInbox::maxPathsPerRequest, "/A.app")};
+    EXPECT_TRUE(inbox.post(full, "1"));
+    EXPECT_TRUE(inbox.post(full, "2"));
+    inbox.drain();
+    EXPECT_TRUE(volume.exists(file("2.json")));
+    EXPECT_FALSE(inbox.post({std::vector<std::string>(10'000, "/A.app")}, "many"));
+    EXPECT_FALSE(inbox.post({{"/\xff.app"}}, "bytes"));
+}
+
+TEST_F(Inbox, TakesNothingThroughALink) {
+    volume.makeFolder("/A.app");
+    volume.write("/elsewhere/x.json", encode({{"/A.app"}}));
+    volume.makeFolder(container);
+    volume.link(container + "/requests", "/elsewhere");
+    EXPECT_TRUE(inbox.drain().empty());
+    EXPECT_FALSE(inbox.post({{"/A.app"}}, "y"));
+    EXPECT_TRUE(volume.exists("/elsewhere/x.json"));
+}
+
+TEST_F(Inbox, AServiceHandsOverTheBundlesOfASelection) {
+    volume.makeFolder("/A.APP");
+    std::vector<Path> served;
+    UninstallService service(inbox, log, [&] { served = inbox.drain(); });
+    using enum UninstallService::Outcome;
+    EXPECT_EQ(service.handOver({Path("/Letter.pdf")}), noApplication);
+    EXPECT_TRUE(log.contains("Service invoked on a selection with no app bundle in it"));
+    EXPECT_EQ(service.handOver({Path("/Letter.pdf"), Path("/A.APP")}), handedOver);
+    EXPECT_TRUE(log.contains("Service handed over 1 app(s)"));
+    EXPECT_EQ(served, std::vector{Path("/A.APP")});
+    RequestInbox none(volume.files(), std::nullopt, log);
+    EXPECT_EQ(UninstallService(none, log).handOver({Path("/A.APP")}), notPosted);
 }
 
 TEST_F(Inbox, GateComesAndGoes) {

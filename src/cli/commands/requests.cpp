@@ -1,8 +1,9 @@
 #include "base/json.h"
-#include "cli/command.h"
+#include "cli/commands/requested_applications.h"
 #include "cli/console.h"
 #include "cli/intake.h"
-#include "scan/request_inbox.h"
+#include "inventory/installed_applications.h"
+#include "scan/uninstall_service.h"
 
 #include <nlohmann/json.hpp>
 
@@ -10,46 +11,73 @@ namespace tidwen {
 
 namespace {
 
-/// Requests that other processes left, each path judged as if it had been typed.
-ExitStatus run(const CommandContext& context, Mac& mac) {
-    if (context.arguments.operands.front() != "drain")
-        return context.refuse({"cli.action.unknown %@", {context.arguments.operands.front()}});
-    auto& system = mac.system;
-    RequestInbox inbox(system.files, RequestInbox::fallbackContainer(system.user), system.log);
-    std::vector<std::string> words;
-    for (const auto& path : inbox.drain())
-        words.push_back(path.string());
-
-    const std::vector<InstalledIdentity> none; // requests name paths, never names
-    const ApplicationFinder finder(system.files, none, HostPaths(mac.volume));
-    const auto intake = loadTargets(words, finder, AppTargetLoader(system.files, system.signatures),
-                                    ProtectedApps(system.defaults), context.texts);
-    for (const auto& failure : intake.failures)
-        context.console.complain(failure);
+ExitStatus drain(const CommandContext& context, Mac& mac) {
+    const auto paths = requestInbox(mac).drain();
+    const auto judged = judgeRequest(paths, context, mac);
     if (context.arguments.json) {
-        auto paths = nlohmann::json::array();
-        for (const auto& target : intake.targets)
-            paths.push_back(target.bundleURL.string());
-        context.console.document(writeJson({{"paths", paths}}));
+        auto urls = nlohmann::json::array();
+        for (const auto& target : judged.targets)
+            urls.push_back(target.bundleURL.string());
+        context.console.document(writeJson({{"paths", urls}}));
     } else {
-        if (words.empty()) context.console.line(context.text("cli.requests.none"));
-        for (const auto& target : intake.targets)
+        if (paths.empty()) context.console.line(context.text("cli.requests.none"));
+        for (const auto& target : judged.targets)
             context.console.line(
                 {{target.name, Paint::strong}, {"  " + target.bundleURL.string(), Paint::faint}});
     }
-    return intake.failures.empty() ? ExitStatus::done : ExitStatus::someFailed;
+    return judged.someRefused ? ExitStatus::someFailed : ExitStatus::done;
+}
+
+/// As the Services menu does: the process that runs `watch`, or the next `drain`, serves the request.
+ExitStatus post(const std::vector<std::string>& words, const CommandContext& context, Mac& mac) {
+    const auto& system = mac.system;
+    const auto installed = readIdentities(system.files, findApplicationBundles(system.files, system.user));
+    const ApplicationFinder finder(system.files, installed, HostPaths(mac.volume));
+    std::vector<Path> selection;
+    for (const auto& word : words) {
+        const auto bundle = finder.find(word);
+        if (!bundle) return context.refuse({"%@", {word + ": " + context.texts.text(bundle.error())}});
+        selection.push_back(*bundle);
+    }
+    auto inbox = requestInbox(mac);
+    switch (UninstallService(inbox, system.log).handOver(selection)) {
+    case UninstallService::Outcome::handedOver:
+        break;
+    case UninstallService::Outcome::noApplication:
+        return context.refuse({"error.notAnApplication"});
+    case UninstallService::Outcome::notPosted:
+        return context.refuse({"cli.requests.notPosted"});
+    }
+    return ExitStatus::done;
+}
+
+ExitStatus run(const CommandContext& context, Mac& mac) {
+    const auto& words = context.arguments.operands;
+    const auto& action = words.front();
+    if (action == "drain" && words.size() == 1) return drain(context, mac);
+    if (action == "post" && words.size() > 1) return post({words.begin() + 1, words.end()}, context, mac);
+    if (action == "gate" && words.size() == 2 && (words[1] == "on" || words[1] == "off")) {
+        requestInbox(mac).setFinderGate(words[1] == "on");
+        return ExitStatus::done;
+    }
+    if (action == "drain" || action == "post" || action == "gate")
+        return context.refuse({"cli.requests.usage"});
+    return context.refuse({"cli.action.unknown %@", {action}});
 }
 
 } // namespace
 
 Command requestsCommand() {
     return {.syntax = {.name = "requests",
-                       .summary = "Applications that other processes asked to remove: drain",
+                       .summary =
+                           "Applications that other processes ask to remove: drain, post APP..., gate on|off",
                        .operandName = "ACTION",
-                       .operandHelp = "drain: take the waiting requests and list what they name",
+                       .operandHelp =
+                           "drain: take the waiting requests and list what they name; post: ask for "
+                           "applications; gate: whether the Finder offers its menu entry",
                        .minimumOperands = 1,
-                       .maximumOperands = 1,
-                       .actions = {"drain"}},
+                       .maximumOperands = anyNumber,
+                       .actions = {"drain", "post", "gate"}},
             .run = run};
 }
 

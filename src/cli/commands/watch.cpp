@@ -1,6 +1,7 @@
 #include "base/executor.h"
 #include "base/json.h"
 #include "cli/command.h"
+#include "cli/commands/requested_applications.h"
 #include "cli/console.h"
 #include "cli/end_signals.h"
 #include "system/trash_catcher.h"
@@ -40,6 +41,8 @@ class WatchSession {
         if (!isOn)
             remark("cli.watch.once %@",
                    {context_.commandLine({"settings", "set", "catchTrashedApps", "true"})});
+        RequestedApplications requested(context_, mac_, main_);
+        requested.start();
         const auto allowing = catcher_.permission().state.observe([this](auto state) { tellOf(state); });
         askForPermission();
         const auto switching = preferences_.catchTrashedApps.observe(
@@ -125,7 +128,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 
 Command watchCommand() {
     return {.syntax = {.name = "watch",
-                       .summary = "Tell of each application that is moved to the Trash, until interrupted",
+                       .summary = "Tell of each application that is trashed or asked for, until interrupted",
                        .options = {{atLogin, "", "Watch only while the setting catchTrashedApps is on"}}},
             .run = run};
 }

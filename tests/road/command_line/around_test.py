@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Journeys over the commands around a removal, on the sample volume. Usage: around_test.py TIDWEN"""
 import fcntl
+import json
 import os
 import subprocess
 import sys
@@ -74,13 +75,55 @@ class Around(VolumeTest):
                 self.assertEqual([grant["service"] for grant in run.json["grants"]], left)
                 self.assertIn(saying, run.errors)
 
+    def test_expired_runs_go_and_those_of_the_future_stay(self):
+        for name in ["Kip", "Marlin Notes", "Pantry"]:
+            self.call("remove", name, "--yes")
+        trash = self.home / ".Trash"
+        (trash / "Tidwen - mine").mkdir()
+        (trash / "photo.jpg").write_text("of the user")
+        foreign = [item for item in trash.iterdir() if not (item / "tidwen-manifest.json").exists()]
+        for run, year in zip(self.call("history", "--json").json, ["2999", "2001", "1970"]):
+            manifest = self.volume / run["root"].lstrip("/") / "tidwen-manifest.json"
+            text = json.loads(manifest.read_text())
+            text["createdAt"] = year + text["createdAt"][4:]
+            manifest.write_text(json.dumps(text))
+
+        def years():
+            return [run["manifest"]["createdAt"][:4] for run in self.call("history", "--json").json]
+        self.call("settings", "set", "quarantineRetention", "never")
+        self.refuse("purge", "--expired", "--yes", saying="quarantineRetention")
+        self.assertEqual(years(), ["2999", "2001", "1970"])
+        self.call("settings", "set", "quarantineRetention", "sevenDays")
+        self.assertEqual(self.call("purge", "--expired", "--yes", "--json").json, {"kept": [], "removedFolders": 2})
+        self.assertEqual(years(), ["2999"])
+        self.call("purge", "--all", "--yes")
+        self.assertEqual(sorted(trash.iterdir()), sorted(foreign))
+
+    def test_requests_reach_the_process_that_watches(self):
+        self.refuse("requests", "post", "No such", saying="No such")
+        self.call("requests", "post", "Kip", "Pantry")
+        self.assertEqual(self.call("requests", "drain", "--json").json,
+                         {"paths": ["/Applications/Kip.app", "/Applications/Pantry.app"]})
+        self.call("requests", "post", "Kip")
+        watching = subprocess.Popen([terminal.PROGRAM, "--volume", self.volume, "watch"], env=self.environment,
+                                    stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        try:
+            self.assertIn("Kip", watching.stdout.readline())  # was waiting
+            watching.stdout.readline()
+            self.call("requests", "post", "Marlin Notes")
+            self.assertIn("Marlin Notes", watching.stdout.readline())
+        finally:
+            watching.terminate()
+            watching.communicate(timeout=60)
+        self.assertEqual(watching.returncode, 0)
+
     def test_wrong_words_are_refused(self):
         before = snapshot(self.volume)
         for words, saying in [(["startup", "fly"], "fly"), (["startup", "off", "no.such"], "no.such"),
                               (["permissions", "revoke"], "revoke"), (["permissions", "revoke", "Kip", "Air"], "Air"),
                               (["settings", "set", "quarantineRetention", "soon"], "soon"), (["purge"], "--all"),
                               (["settings", "get", "colour"], "colour"), (["tags", "add", "x"], "tags add ID TAG"),
-                              (["requests", "fill"], "fill"), (["apps", "--sort", "luck"], "luck"),
+                              (["requests", "fill"], "fill"), (["requests", "gate"], "gate on"), (["apps", "--sort", "luck"], "luck"),
                               (["completions", "abacus"], "abacus")]:
             with self.subTest(words):
                 self.refuse(*words, saying=saying)

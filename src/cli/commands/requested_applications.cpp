@@ -1,0 +1,51 @@
+#include "cli/commands/requested_applications.h"
+
+#include "base/json.h"
+#include "cli/console.h"
+#include "cli/intake.h"
+#include "operations/admin_batch.h"
+
+#include <nlohmann/json.hpp>
+
+namespace tidwen {
+
+RequestInbox requestInbox(const Mac& mac) {
+    return {mac.system.files, RequestInbox::fallbackContainer(mac.system.user), mac.system.log};
+}
+
+JudgedRequest judgeRequest(const std::vector<Path>& paths, const CommandContext& context, const Mac& mac) {
+    std::vector<std::string> words;
+    for (const auto& path : paths)
+        words.push_back(path.string());
+    const auto& system = mac.system;
+    const std::vector<InstalledIdentity> none; // requests name paths, never names
+    const ApplicationFinder finder(system.files, none, HostPaths(std::nullopt));
+    auto intake = loadTargets(words, finder, AppTargetLoader(system.files, system.signatures),
+                              ProtectedApps(system.defaults), context.texts);
+    for (const auto& failure : intake.failures)
+        context.console.complain(failure);
+    return {std::move(intake.targets), !intake.failures.empty()};
+}
+
+RequestedApplications::RequestedApplications(const CommandContext& context, Mac& mac, Executor& main)
+    : context_(context),
+      mac_(mac),
+      inbox_(requestInbox(mac)),
+      watcher_({mac.system.files, mac.folderEvents, main, mac.system.log}, inbox_,
+               [this](const std::vector<Path>& paths) { show(paths); }) {}
+
+void RequestedApplications::show(const std::vector<Path>& paths) const {
+    for (const auto& target : judgeRequest(paths, context_, mac_).targets) {
+        const auto& url = target.bundleURL.string();
+        if (context_.arguments.json) {
+            context_.console.document(writeJson(
+                {{"url", url}, {"name", target.name}, {"bundleID", target.bundleID}, {"requested", true}}));
+        } else {
+            context_.console.line({{context_.text("cli.requests.asked %@", {target.name}), Paint::strong}});
+            context_.console.line("  " + context_.commandLine({"remove", url}));
+        }
+    }
+    (void)context_.console.finish();
+}
+
+} // namespace tidwen

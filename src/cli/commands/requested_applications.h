@@ -1,0 +1,38 @@
+#pragma once
+
+#include "base/executor.h"
+#include "cli/command.h"
+#include "system/inbox_watcher.h"
+
+#include <vector>
+
+namespace tidwen {
+
+/// The inbox of the Mac's user, in the folder of this program's application group.
+RequestInbox requestInbox(const Mac& mac);
+
+/// Judges each path as if it had been typed, complains of those that are refused and gives the others.
+struct JudgedRequest {
+    std::vector<AppTarget> targets;
+    bool someRefused = false;
+};
+JudgedRequest judgeRequest(const std::vector<Path>& paths, const CommandContext& context, const Mac& mac);
+
+/// While it lives, shows each application that another process asks to remove, and how to do it. Nothing is
+/// removed without its user typing that.
+class RequestedApplications {
+  public:
+    RequestedApplications(const CommandContext& context, Mac& mac, Executor& main);
+    /// An inbox that cannot be watched is logged, and what waits in it shown all the same.
+    void start() { watcher_.start(); }
+
+  private:
+    void show(const std::vector<Path>& paths) const;
+
+    const CommandContext& context_;
+    const Mac& mac_;
+    RequestInbox inbox_;
+    InboxWatcher watcher_;
+};
+
+} // namespace tidwen
