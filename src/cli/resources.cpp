@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <sstream>
 #include <string_view>
 #include <system_error>
@@ -55,6 +56,18 @@ fs::path findResources(const char* program) {
         if (auto folder = file.parent_path().parent_path() / place; isFolder(folder / "en.lproj"))
             return folder;
     return {};
+}
+
+OwnBundle findOwnBundle(const char* program) {
+    const auto contents = programFile(program).parent_path().parent_path();
+    constexpr std::size_t longestInfo = 1u << 20;
+    std::string text(longestInfo, '\0');
+    std::ifstream file(contents / "Info.plist", std::ios::binary);
+    file.read(text.data(), static_cast<std::streamsize>(text.size()));
+    text.resize(static_cast<std::size_t>(std::max<std::streamsize>(file.gcount(), 0)));
+    const auto info = parsePropertyList(text);
+    const auto* entries = info ? info->asDictionary() : nullptr;
+    return ownBundle(contents.parent_path().string(), entries ? *entries : PropertyListDictionary());
 }
 
 std::string preferredLanguage(const fs::path& resources) {

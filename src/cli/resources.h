@@ -1,5 +1,7 @@
 #pragma once
 
+#include "scan/request_inbox.h"
+
 #include <filesystem>
 #include <string>
 
@@ -9,6 +11,10 @@ namespace tidwen {
 /// "../share/tidwen" of an installation, "../Resources" of an application bundle). Empty when there is none.
 /// `program` is the first word of the command line.
 std::filesystem::path findResources(const char* program);
+
+/// The bundle that the program runs from ("Tidwen.app/Contents/MacOS/tidwen"); outside of one, or when its
+/// Info.plist cannot be read, what stands for it.
+OwnBundle findOwnBundle(const char* program);
 
 /// The language that the environment asks for ("de", "pt-BR"), if `resources` has it, else "en".
 std::string preferredLanguage(const std::filesystem::path& resources);

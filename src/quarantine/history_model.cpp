@@ -71,6 +71,7 @@ void HistoryModel::remove(const std::vector<RemovalHistoryEntry>& chosen,
                           Answer<QuarantinePurge::Outcome> answer) {
     if (chosen.empty()) return;
     std::vector<Path> folders;
+    folders.reserve(chosen.size());
     for (const auto& entry : chosen)
         folders.push_back(entry.root);
     run<QuarantinePurge::Outcome>(

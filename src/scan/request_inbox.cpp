@@ -25,8 +25,18 @@ std::string encode(const UninstallRequest& request) {
     return writeJson(nlohmann::json{{"paths", request.paths}});
 }
 
-Path RequestInbox::fallbackContainer(const UserEnvironment& user) {
-    return user.libraryFolder() / "Group Containers" / tidwenApplicationGroup;
+OwnBundle ownBundle(std::string_view bundlePath, const PropertyListDictionary& info) {
+    OwnBundle bundle{.isExtension = bundlePath.ends_with(".appex")};
+    const auto found = info.find("CorvellaAppGroup");
+    const auto* group = found == info.end() ? nullptr : found->second.asString();
+    if (group && !group->empty() && group->front() != '.' && group->find('/') == std::string::npos)
+        bundle.group = *group;
+    return bundle;
+}
+
+std::optional<Path> RequestInbox::fallbackContainer(const UserEnvironment& user, const OwnBundle& bundle) {
+    if (bundle.isExtension) return std::nullopt;
+    return user.libraryFolder() / "Group Containers" / bundle.group;
 }
 
 std::optional<Path> RequestInbox::folder() const {

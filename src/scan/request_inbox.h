@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/property_list.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
 
@@ -13,6 +14,17 @@ namespace tidwen {
 
 /// The application group that Tidwen's processes share when its bundle names none.
 inline constexpr std::string_view tidwenApplicationGroup = "C7RVL2A9TD.com.corvella.tidwen";
+
+/// The bundle that this process runs from, as far as it names the inbox.
+struct OwnBundle {
+    bool isExtension = false; ///< the bundle's name ends with ".appex"
+    std::string group{tidwenApplicationGroup};
+    friend bool operator==(const OwnBundle&, const OwnBundle&) = default;
+};
+
+/// Reads the group from the bundle's Info dictionary ("CorvellaAppGroup"): a name that can stand for a
+/// folder.
+OwnBundle ownBundle(std::string_view bundlePath, const PropertyListDictionary& info);
 
 /// Asks the running Tidwen to remove applications: what the Finder extension and the Services menu hand over
 /// (docs/file-formats.md, "Uninstall request").
@@ -41,8 +53,9 @@ class RequestInbox {
     RequestInbox(FileSystem& files, std::optional<Path> container, Log& log)
         : files_(files), container_(std::move(container)), log_(log) {}
 
-    /// "<home>/Library/Group Containers/<group>", where the system gives no container.
-    static Path fallbackContainer(const UserEnvironment& user);
+    /// "<home>/Library/Group Containers/<group>", where the system gives no container; an extension, which
+    /// may not go there by itself, then has none.
+    static std::optional<Path> fallbackContainer(const UserEnvironment& user, const OwnBundle& bundle = {});
 
     /// The folder to watch for new requests; nothing without a container.
     std::optional<Path> folder() const;

@@ -86,6 +86,17 @@ TEST_F(Inbox, TakesNothingThroughALink) {
     EXPECT_TRUE(volume.exists("/elsewhere/x.json"));
 }
 
+TEST(OwnBundle, NamesTheGroup) {
+    const std::pair<const char*, std::string> cases[] = {{"TEAM.com.example.group", "TEAM.com.example.group"},
+                                                         {"", std::string(tidwenApplicationGroup)},
+                                                         {"..", std::string(tidwenApplicationGroup)},
+                                                         {"a/b", std::string(tidwenApplicationGroup)}};
+    for (const auto& [declared, group] : cases)
+        EXPECT_EQ(ownBundle("/Applications/Tidwen.app", {{"CorvellaAppGroup", std::string(declared)}}),
+                  (OwnBundle{false, group}));
+    EXPECT_FALSE(RequestInbox::fallbackContainer(alice(), ownBundle("/T.app/Contents/PlugIns/F.appex", {})));
+}
+
 TEST_F(Inbox, AServiceHandsOverTheBundlesOfASelection) {
     volume.makeFolder("/A.APP");
     std::vector<Path> served;

@@ -3,18 +3,21 @@
 #include "base/json.h"
 #include "cli/console.h"
 #include "cli/intake.h"
+#include "cli/resources.h"
 #include "operations/admin_batch.h"
 
 #include <nlohmann/json.hpp>
 
 namespace tidwen {
 
-RequestInbox requestInbox(const Mac& mac) {
-    return {mac.system.files, RequestInbox::fallbackContainer(mac.system.user), mac.system.log};
+RequestInbox requestInbox(const CommandContext& context, const Mac& mac) {
+    const auto bundle = findOwnBundle(context.arguments.program.c_str());
+    return {mac.system.files, RequestInbox::fallbackContainer(mac.system.user, bundle), mac.system.log};
 }
 
 JudgedRequest judgeRequest(const std::vector<Path>& paths, const CommandContext& context, const Mac& mac) {
     std::vector<std::string> words;
+    words.reserve(paths.size());
     for (const auto& path : paths)
         words.push_back(path.string());
     const auto& system = mac.system;
@@ -30,7 +33,7 @@ JudgedRequest judgeRequest(const std::vector<Path>& paths, const CommandContext&
 RequestedApplications::RequestedApplications(const CommandContext& context, Mac& mac, Executor& main)
     : context_(context),
       mac_(mac),
-      inbox_(requestInbox(mac)),
+      inbox_(requestInbox(context, mac)),
       watcher_({mac.system.files, mac.folderEvents, main, mac.system.log}, inbox_,
                [this](const std::vector<Path>& paths) { show(paths); }) {}
 

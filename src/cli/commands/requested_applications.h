@@ -9,7 +9,7 @@
 namespace tidwen {
 
 /// The inbox of the Mac's user, in the folder of this program's application group.
-RequestInbox requestInbox(const Mac& mac);
+RequestInbox requestInbox(const CommandContext& context, const Mac& mac);
 
 /// Judges each path as if it had been typed, complains of those that are refused and gives the others.
 struct JudgedRequest {

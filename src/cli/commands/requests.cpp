@@ -12,7 +12,7 @@ namespace tidwen {
 namespace {
 
 ExitStatus drain(const CommandContext& context, Mac& mac) {
-    const auto paths = requestInbox(mac).drain();
+    const auto paths = requestInbox(context, mac).drain();
     const auto judged = judgeRequest(paths, context, mac);
     if (context.arguments.json) {
         auto urls = nlohmann::json::array();
@@ -39,7 +39,7 @@ ExitStatus post(const std::vector<std::string>& words, const CommandContext& con
         if (!bundle) return context.refuse({"%@", {word + ": " + context.texts.text(bundle.error())}});
         selection.push_back(*bundle);
     }
-    auto inbox = requestInbox(mac);
+    auto inbox = requestInbox(context, mac);
     switch (UninstallService(inbox, system.log).handOver(selection)) {
     case UninstallService::Outcome::handedOver:
         break;
@@ -57,7 +57,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     if (action == "drain" && words.size() == 1) return drain(context, mac);
     if (action == "post" && words.size() > 1) return post({words.begin() + 1, words.end()}, context, mac);
     if (action == "gate" && words.size() == 2 && (words[1] == "on" || words[1] == "off")) {
-        requestInbox(mac).setFinderGate(words[1] == "on");
+        requestInbox(context, mac).setFinderGate(words[1] == "on");
         return ExitStatus::done;
     }
     if (action == "drain" || action == "post" || action == "gate")

@@ -3,6 +3,8 @@
 import fcntl
 import json
 import os
+import plistlib
+import shutil
 import subprocess
 import sys
 import unittest
@@ -104,6 +106,11 @@ class Around(VolumeTest):
         self.call("requests", "post", "Kip", "Pantry")
         self.assertEqual(self.call("requests", "drain", "--json").json,
                          {"paths": ["/Applications/Kip.app", "/Applications/Pantry.app"]})
+        (self.volume / "Tidwen.app/Contents/MacOS").mkdir(parents=True)
+        own = shutil.copy(terminal.PROGRAM, self.volume / "Tidwen.app/Contents/MacOS/tidwen")
+        (self.volume / "Tidwen.app/Contents/Info.plist").write_bytes(plistlib.dumps({"CorvellaAppGroup": "T.group"}))
+        subprocess.run([own, "--volume", self.volume, "requests", "post", "Kip"], env=self.environment, check=True)
+        self.assertEqual(len(os.listdir(self.home / "Library/Group Containers/T.group/requests")), 1)
         self.call("requests", "post", "Kip")
         watching = subprocess.Popen([terminal.PROGRAM, "--volume", self.volume, "watch"], env=self.environment,
                                     stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
