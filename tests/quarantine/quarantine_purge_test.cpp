@@ -6,6 +6,7 @@
 #include "support/fixtures.h"
 #include "support/unprivileged.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace tidwen::test {
@@ -79,6 +80,29 @@ TEST_F(Purge, OneRefusedFolderDeletesNothing) {
     EXPECT_TRUE(volume.exists((good / "0001/Notes").string()));
     EXPECT_TRUE(volume.exists("/Users/alice/Documents/tidwen-manifest.json"));
     EXPECT_TRUE(scripts.empty());
+}
+
+TEST_F(Purge, LinksThatAppearLeadNowhere) {
+    volume.write("/Users/alice/Documents/letter.txt", "of the user");
+    const auto root = run("Swapped"), beside = run("Beside");
+    user.userID += 1; // so that there is a prompt, during which anything may happen
+    QuarantinePurge purge(
+        volume.files(), user,
+        [&](const std::string&) {
+            std::filesystem::rename(volume.host(root.string()), volume.host("/Users/alice/aside"));
+            volume.link(root.string(), "../Documents");
+            return ProcessResult{};
+        },
+        log);
+    EXPECT_EQ(purge.purge({root})->kept, std::vector{root});
+
+    std::filesystem::rename(volume.host(user.trash().string()), volume.host("/Users/alice/elsewhere"));
+    volume.link(user.trash().string(), "elsewhere");
+    EXPECT_EQ(purger().purge({beside}).error().kind, Kind::escapesThroughSymlink);
+    EXPECT_TRUE(scripts.empty());
+    EXPECT_TRUE(volume.exists("/Users/alice/Documents/letter.txt"));
+    EXPECT_TRUE(volume.exists("/Users/alice/aside/0001/Notes"));
+    EXPECT_TRUE(volume.exists("/Users/alice/elsewhere/Tidwen - Beside/0001/Notes"));
 }
 
 TEST(PurgeScript, QuotesPaths) {

@@ -4,7 +4,6 @@
 #include "cli/console.h"
 #include "cli/intake.h"
 #include "cli/resources.h"
-#include "operations/admin_batch.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,9 +1,11 @@
 // Runs inside a root that is laid out like a Mac's, with the composition of a running Mac: removes
-// applications with everything that is found of them, or undoes the newest run, and prints one line per
-// outcome.
+// applications with everything that is found of them, undoes the newest run, or deletes quarantine folders
+// (all that have expired, as the start of a program does), and prints one line per outcome.
 //
 //     live_driver PROMPT_TIMEOUT_MS remove BUNDLE...
 //     live_driver PROMPT_TIMEOUT_MS undo
+//     live_driver PROMPT_TIMEOUT_MS purge RUN...
+//     live_driver PROMPT_TIMEOUT_MS expire
 
 #include "inventory/installed_applications.h"
 #include "operations/admin_script_runner.h"
@@ -13,6 +15,7 @@
 #include "operations/tool_system_extensions.h"
 #include "operations/user_scope_runner.h"
 #include "quarantine/history.h"
+#include "quarantine/quarantine_purge.h"
 #include "quarantine/undo_service.h"
 #include "removal/removal_executor.h"
 #include "removal/removal_plan.h"
@@ -43,9 +46,10 @@ class LiveMac {
   public:
     LiveMac(FileSystem& files, std::chrono::milliseconds promptTimeout)
         : files_(files),
+          administrator_(AdminScriptRunner::throughOsascript(processes_, promptTimeout)),
           userRunner_({files, processes_, keychain_, applications_, log_}, user_),
-          privilegedRunner_(AdminScriptRunner::throughOsascript(processes_, promptTimeout), files, user_,
-                            log_) {}
+          privilegedRunner_(administrator_, files, user_, log_),
+          purge_(files, user_, administrator_, log_) {}
 
     int remove(const std::vector<std::string>& bundles) {
         std::vector<RemovalTarget> targets;
@@ -79,6 +83,23 @@ class LiveMac {
         return 0;
     }
 
+    int purge(const std::vector<std::string>& folders) {
+        const auto outcome = purge_.purge({folders.begin(), folders.end()});
+        if (!outcome) {
+            fmt::print("refused: {}\n", outcome.error().describe().value_or(Message{"dismissed"}).key);
+            return 0;
+        }
+        fmt::print("removed {}\n", outcome->removedFolders);
+        for (const auto& folder : outcome->kept)
+            fmt::print("kept {}\n", folder.string());
+        return 0;
+    }
+
+    int expire() {
+        fmt::print("removed {}\n", purge_.purgeExpired(7, SystemClock().now()));
+        return 0;
+    }
+
   private:
     ScanResult scan(const AppTarget& target) {
         const auto bundles = findApplicationBundles(files_, user_);
@@ -107,8 +128,10 @@ class LiveMac {
     ToolSystemExtensions extensions_{processes_};
     SystemKeychain keychain_{processes_};
     VolumeRunningApplications applications_;
+    AdminScriptRunner::Execute administrator_;
     UserScopeRunner userRunner_;
     AdminScriptRunner privilegedRunner_;
+    QuarantinePurge purge_;
 };
 
 } // namespace
@@ -118,5 +141,8 @@ int main(int count, char** words) {
     const auto files = VolumeFileSystem::open("/");
     if (!files || arguments.size() < 2) return 2;
     LiveMac mac(**files, std::chrono::milliseconds(std::stoi(arguments[0])));
-    return arguments[1] == "undo" ? mac.undo() : mac.remove({arguments.begin() + 2, arguments.end()});
+    const std::vector<std::string> operands(arguments.begin() + 2, arguments.end());
+    if (arguments[1] == "undo") return mac.undo();
+    if (arguments[1] == "expire") return mac.expire();
+    return arguments[1] == "purge" ? mac.purge(operands) : mac.remove(operands);
 }

@@ -1,0 +1,186 @@
+#!/usr/bin/env python3
+"""Deletes quarantine folders in a root that is laid out like a Mac's and knows two users: root, whose shell carries
+out what osascript is given, and alice, who runs the program. Exits with 77 where the kernel or the rights of who
+starts this allow no such thing. Usage: two_users_test.py LIVE_DRIVER"""
+import ctypes
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+HERE = pathlib.Path(__file__).resolve().parent
+TOOLS = {**{name: f"/bin/{name}" for name in ["cat", "mv", "rm", "sed", "sh", "tr", "setpriv"]},
+         "grep": "/usr/bin/grep", "mktemp": "/usr/bin/mktemp"}
+ALICE = 65534  # of this machine; 501 inside
+TRASH = "/Users/alice/.Trash"
+CLONE_NEWUSER = 0x10000000
+
+
+def as_two_users(command):
+    """Runs a command as root of a user table that knows root and alice; its status and output."""
+    entered, leave = os.pipe()
+    mapped, go = os.pipe()
+    with tempfile.TemporaryFile() as printed:
+        child = os.fork()
+        if child == 0:
+            try:
+                os.dup2(printed.fileno(), 1)
+                os.dup2(printed.fileno(), 2)
+                libc = ctypes.CDLL(None, use_errno=True)
+                if libc.unshare(CLONE_NEWUSER) != 0:
+                    raise OSError(ctypes.get_errno(), "unshare: " + os.strerror(ctypes.get_errno()))
+                os.write(leave, b".")
+                os.read(mapped, 1)
+                os.execvp(command[0], [str(word) for word in command])
+            except OSError as error:
+                print(error, flush=True)
+            finally:
+                os._exit(127)
+        os.close(leave)
+        os.close(mapped)
+        try:
+            if os.read(entered, 1):
+                for table, inside in [("uid_map", 501), ("gid_map", 20)]:
+                    with open(f"/proc/{child}/{table}", "w") as file:
+                        file.write(f"0 0 1\n{inside} {ALICE} 1\n")
+                os.write(go, b".")
+        finally:
+            os.close(go)
+            os.close(entered)
+            status = os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
+        printed.seek(0)
+        return status, printed.read().decode()
+
+
+class TwoUsers(unittest.TestCase):
+    driver = None
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="tidwen-two-users-")
+        self.addCleanup(folder.cleanup)
+        self.volume = pathlib.Path(folder.name, "volume")
+        self.state = pathlib.Path(folder.name, "state")
+        (self.state / "hooks").mkdir(parents=True)
+        (self.state / "log").touch()
+        for name in ["ask", "answer"]:
+            os.mkfifo(self.state / name)
+        for item in [self.state, *self.state.iterdir()]:
+            os.chown(item, ALICE, ALICE)
+        for folder in ["/bin", "/lib", "/lib64", "/opt", "/private/tmp", "/usr/bin", "/usr/lib"]:
+            self.at(folder).mkdir(parents=True)  # bwrap would shut alice out
+        self.at("/private/tmp").chmod(0o1777)
+        self.write(f"{TRASH}/letter.txt")
+        self.write("/Users/alice/Documents/report.txt")
+
+    def at(self, path):
+        return self.volume / path.lstrip("/")
+
+    def write(self, path, content="x", owner=ALICE):
+        """A file and its missing parents, all of one owner."""
+        missing = [folder for folder in self.at(path).parents if not folder.exists()]
+        self.at(path).parent.mkdir(parents=True, exist_ok=True)
+        self.at(path).write_text(content)
+        for item in [self.at(path), *missing]:
+            os.chown(item, owner, owner)
+
+    def run_folder(self, name, date="2026-01-01T00:00:00Z"):
+        folder = f"{TRASH}/Tidwen - {name}"
+        self.write(f"{folder}/tidwen-manifest.json", json.dumps(
+            {"version": 2, "createdAt": date, "quarantineRoot": folder, "apps": [], "entries": []}))
+        self.write(f"{folder}/0001/mine")
+        return folder
+
+    def run_of_both(self, name, **options):
+        folder = self.run_folder(name, **options)
+        self.write(f"{folder}/0002/com.example.daemon/data", owner=0)
+        self.write(f"{folder}/0003/mine/below")
+        self.write(f"{folder}/0003/mine/roots/below", owner=0)
+        self.write(f"{folder}/it's \"$HOME\" `id` \\", owner=0)
+        return folder
+
+    def tree(self):
+        return sorted(str(item) for tree in ["Users", "private"] for item in self.at(tree).rglob("*"))
+
+    def drive(self, *arguments):
+        command = ["bwrap", "--unshare-pid", "--unshare-net", "--die-with-parent", "--bind", self.volume, "/",
+                   "--proc", "/proc", "--dev", "/dev", "--tmpfs", "/tmp", "--bind", self.state, "/state"]
+        for folder in ["/usr/lib", "/lib", "/lib64"]:
+            command += ["--ro-bind-try", folder, folder]
+        for tool, place in TOOLS.items():
+            command += ["--ro-bind", os.path.realpath(shutil.which(tool)), place]
+        command += ["--ro-bind", HERE / "stand_ins/osascript", "/usr/bin/osascript", "--ro-bind", self.driver,
+                    "/opt/driver", "--ro-bind", HERE / "stand_ins/authority", "/opt/authority", "--clearenv",
+                    "--setenv", "PATH", "/usr/bin:/bin", "/opt/authority", "/opt/driver", "60000", *arguments]
+        status, printed = as_two_users(command)
+        self.assertEqual(status, 0, printed)
+        self.prompts = (self.state / "log").read_text().count("osascript")
+        return [line for line in printed.splitlines() if not line.startswith("tidwen: ")]
+
+    def test_what_root_owns_goes_with_one_prompt(self):
+        without = self.tree()
+        folders = [self.run_of_both("O'Brien \"$HOME\" $(id) `id` \\"), self.run_of_both("plain"),
+                   self.run_folder("mine")]
+        self.assertEqual(self.drive("purge", *folders), ["removed 3"])
+        self.assertEqual(self.prompts, 1)
+        self.assertEqual(self.tree(), without)
+
+    def test_ones_own_goes_without_a_prompt(self):
+        self.assertEqual(self.drive("purge", self.run_folder("mine")), ["removed 1"])
+        self.assertEqual(self.prompts, 0)
+
+    def test_a_dismissed_prompt_or_a_script_that_fails_leaves_everything(self):
+        folders = [self.run_folder("mine"), self.run_of_both("both")]
+        before = self.tree()
+        hook = self.state / "hooks/osascript"
+        for words, said in [("User cancelled. (-128)", "dismissed"), ("no (-60005)", "no (-60005)")]:
+            hook.write_text(f"echo '{words}' >&2; exit 1")
+            self.assertEqual(self.drive("purge", *folders)[0], f"refused: {'dismissed' if said == 'dismissed' else '%@'}")
+            self.assertEqual(self.tree(), before)
+        hook.unlink()
+        self.at("/private/tmp").rename(self.at("/private/away"))
+        before = self.tree()
+        self.assertEqual(self.drive("purge", *folders), ["refused: %@"])
+        self.assertEqual(self.tree(), before)
+
+    def test_links_lead_the_administrator_nowhere(self):
+        good = self.run_of_both("good")
+        self.write("/Users/alice/Documents/tidwen-manifest.json", "{}")
+        self.at(f"{TRASH}/Tidwen - link").symlink_to("../Documents")
+        before = self.tree()
+        self.assertEqual(self.drive("purge", good, f"{TRASH}/Tidwen - link"), ["refused: failure.blockedBySafetyPolicy"])
+        self.assertEqual(self.tree(), before)
+        self.at(TRASH).rename(self.at("/Users/alice/elsewhere"))
+        self.at(TRASH).symlink_to("elsewhere")
+        before = self.tree()
+        self.assertEqual(self.drive("purge", good), ["refused: failure.blockedBySafetyPolicy"])
+        self.assertEqual(self.drive("expire"), ["removed 0"])
+        self.assertEqual((self.tree(), self.prompts), (before, 0))
+
+    def test_what_expired_goes_as_far_as_alice_may_and_stays_known(self):
+        mine, both = self.run_folder("mine"), self.run_of_both("both")
+        future = self.run_folder("future", date="2999-01-01T00:00:00Z")
+        self.assertEqual(self.drive("expire"), ["removed 1"])
+        self.assertEqual(self.prompts, 0)
+        self.assertFalse(self.at(mine).exists())
+        self.assertTrue(self.at(f"{future}/0001/mine").exists())
+        self.assertTrue(self.at(f"{both}/0002/com.example.daemon/data").exists())
+        self.assertEqual(self.drive("purge", both), ["removed 1"])
+
+
+if __name__ == "__main__":
+    TwoUsers.driver = sys.argv.pop(1)
+    reason = "only root may map two users" if os.geteuid() else None
+    if not reason:
+        try:
+            trial = as_two_users(["bwrap", "--unshare-pid", "--ro-bind", "/", "/", "true"])
+            reason = trial[1].strip() or "bwrap failed" if trial[0] else None
+        except OSError as error:
+            reason = str(error)
+    if reason:
+        print(f"skipped: no two users for a Mac-shaped root here: {reason}")
+        sys.exit(77)
+    unittest.main(verbosity=2)
