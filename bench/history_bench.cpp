@@ -1,0 +1,97 @@
+// Measures reading the history of 5,000 runs against reading the same manifests once, plainly.
+// Usage: history_bench FOLDER; the folder must not exist, and the volume in it is left behind.
+
+#include "quarantine/history.h"
+#include "quarantine/quarantine_layout.h"
+#include "stopwatch.h"
+#include "volume/volume_file_system.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fmt/core.h>
+#include <fstream>
+#include <unistd.h>
+
+using namespace tidwen;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int runs = 5000;
+constexpr int itemsPerRun = 12; // what a middling application leaves
+
+const UserEnvironment alice{Path("/Users/alice"), ::geteuid(), {}, {}};
+
+/// A run whose items still lie in quarantine, as most do until they are purged.
+Manifest makeRun(int number) {
+    const Timestamp date = *parseIso8601("2026-01-01T00:00:00Z") + std::chrono::seconds(number);
+    const std::string name = fmt::format("Marlin {}", number);
+    Manifest run{.createdAt = date,
+                 .quarantineRoot = makeLayout({{name, "com.example.marlin"}}, date, alice).root,
+                 .apps = {{name, "com.example.marlin"}}};
+    for (int i = 1; i <= itemsPerRun; ++i) {
+        const std::string item = fmt::format("com.example.marlin{}.part{}", number, i);
+        run.entries.push_back({.operationID = i,
+                               .source = "/Users/alice/Library/Caches/" + item,
+                               .destination = (run.quarantineRoot / fmt::format("{:04}", i) / item).string(),
+                               .bundleID = "com.example.marlin"});
+    }
+    return run;
+}
+
+/// The manifests' places on this machine.
+std::vector<std::string> writeVolume(const fs::path& root) {
+    const auto host = [&](const std::string& macPath) { return root / macPath.substr(1); };
+    std::vector<std::string> manifests;
+    for (int i = 0; i < runs; ++i) {
+        const auto run = makeRun(i);
+        for (const auto& entry : run.entries)
+            fs::create_directories(host(*entry.destination));
+        manifests.push_back(host((run.quarantineRoot / manifestFileName).string()).string());
+        std::ofstream(manifests.back()) << encode(run);
+    }
+    return manifests;
+}
+
+std::string readPlainly(const std::string& path) {
+    std::string content;
+    char buffer[64 << 10];
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    for (ssize_t count = 0; (count = ::read(file, buffer, sizeof buffer)) > 0;)
+        content.append(buffer, static_cast<std::size_t>(count));
+    ::close(file);
+    return content;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) return std::fprintf(stderr, "usage: history_bench FOLDER\n"), 2;
+    const auto manifests = writeVolume(argv[1]);
+    const auto files = VolumeFileSystem::open(argv[1]);
+    if (!files || loadHistory(alice, **files, false).size() != runs) return 1;
+
+    std::size_t bytes = 0;
+    const auto seconds = tidwen::bench::secondsOf(7, {[&] {
+                                                          bytes = 0;
+                                                          for (const auto& manifest : manifests)
+                                                              bytes += readPlainly(manifest).size();
+                                                      },
+                                                      [&] {
+                                                          for (const auto& manifest : manifests)
+                                                              if (!decodeManifest(readPlainly(manifest)))
+                                                                  std::exit(1);
+                                                      },
+                                                      [&] { loadHistory(alice, **files, false); },
+                                                      [&] { loadHistory(alice, **files, true); }});
+    std::printf("%d runs of %d items, %.1f MB of manifests\n", runs, itemsPerRun,
+                static_cast<double>(bytes) / 1e6);
+    std::printf("bytes alone %.1f ms, read and decoded %.1f ms, history %.1f ms, with sizes %.1f ms\n",
+                seconds[0] * 1e3, seconds[1] * 1e3, seconds[2] * 1e3, seconds[3] * 1e3);
+    const bool holds = tidwen::bench::printRatio("history against reading and decoding the same files",
+                                                 seconds[2] / seconds[1], "<=", 3);
+    std::printf("%-58s %8.2f\n", "history against their bytes alone", seconds[2] / seconds[0]);
+    return holds ? 0 : 1;
+}
