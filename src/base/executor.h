@@ -26,6 +26,8 @@ class MainQueue : public Executor {
     std::size_t drain();
     /// Does work as it comes, waiting in between, until `done` answers true after a piece of work.
     void runUntil(const std::function<bool()>& done);
+    /// The same, but for this long at most. What `done` answers in the end.
+    bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds atMost);
     /// Does work as it comes for this long.
     void runFor(std::chrono::milliseconds time);
 

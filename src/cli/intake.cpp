@@ -2,8 +2,6 @@
 
 #include "base/text.h"
 
-#include <algorithm>
-
 namespace tidwen {
 
 namespace {
@@ -74,29 +72,25 @@ tl::expected<Path, Message> ApplicationFinder::find(const std::string& word) con
     return tl::unexpected(Message{"cli.app.unknown"});
 }
 
-Intake loadTargets(const std::vector<std::string>& words, const ApplicationFinder& finder,
-                   const AppTargetLoader& loader, const ProtectedApps& protectedApps, const Texts& texts) {
-    Intake intake;
-    std::vector<AppTarget> loaded;
+NamedBundles findBundles(const std::vector<std::string>& words, const ApplicationFinder& finder,
+                         const Texts& texts) {
+    NamedBundles named;
+    named.bundles.reserve(words.size());
     for (const auto& word : words) {
-        const auto bundle = finder.find(word);
-        if (!bundle) {
-            intake.failures.push_back(word + ": " + texts.text(bundle.error()));
-            continue;
-        }
-        const auto isSame = [&](const AppTarget& target) {
-            return target.bundleURL.standardized() == bundle->standardized();
-        };
-        if (std::any_of(loaded.begin(), loaded.end(), isSame)) continue;
-        if (auto target = loader.load(*bundle))
-            loaded.push_back(std::move(*target));
+        if (auto bundle = finder.find(word))
+            named.bundles.push_back(std::move(*bundle));
         else
-            intake.failures.push_back(bundle->lastComponent() + ": " + texts.text(errorKey(target.error())));
+            named.failures.push_back(word + ": " + texts.text(bundle.error()));
     }
-    auto [allowed, refused] = protectedApps.partition(std::move(loaded));
-    for (const auto& target : refused)
-        intake.failures.push_back(texts.text("error.protectedApp %@", {target.name}));
-    intake.targets = std::move(allowed);
+    return named;
+}
+
+TargetIntake loadTargets(const std::vector<std::string>& words, const ApplicationFinder& finder,
+                         const AppTargetLoader& loader, const ProtectedApps& protectedApps,
+                         const Texts& texts) {
+    auto named = findBundles(words, finder, texts);
+    auto intake = takeIn(named.bundles, loader, protectedApps, texts);
+    intake.failures.insert(intake.failures.begin(), named.failures.begin(), named.failures.end());
     return intake;
 }
 

@@ -1,13 +1,11 @@
 #pragma once
 
 #include "base/message.h"
-#include "base/texts.h"
 #include "cli/host_paths.h"
 #include "platform/code_signatures.h"
 #include "platform/file_system.h"
-#include "scan/app_target.h"
+#include "removal/target_intake.h"
 #include "scan/other_applications.h"
-#include "scan/protected_apps.h"
 
 #include <string>
 #include <tl/expected.hpp>
@@ -37,13 +35,18 @@ class ApplicationFinder {
     HostPaths hostPaths_;
 };
 
-/// Applications that were asked for, and a line for each that cannot be taken ("Zed.app: This is no …").
-struct Intake {
-    std::vector<AppTarget> targets; ///< in the order asked for, each bundle once
+/// Bundles that words on the command line mean, and a line for each word that means none.
+struct NamedBundles {
+    std::vector<Path> bundles;
     std::vector<std::string> failures;
 };
 
-Intake loadTargets(const std::vector<std::string>& words, const ApplicationFinder& finder,
-                   const AppTargetLoader& loader, const ProtectedApps& protectedApps, const Texts& texts);
+NamedBundles findBundles(const std::vector<std::string>& words, const ApplicationFinder& finder,
+                         const Texts& texts);
+
+/// The applications that words mean, loaded; the failures of both steps in one list.
+TargetIntake loadTargets(const std::vector<std::string>& words, const ApplicationFinder& finder,
+                         const AppTargetLoader& loader, const ProtectedApps& protectedApps,
+                         const Texts& texts);
 
 } // namespace tidwen

@@ -2,7 +2,7 @@
 
 #include "base/message.h"
 #include "cli/host_paths.h"
-#include "removal/removal_plan.h"
+#include "operations/removal_operation.h"
 #include "scan/scan_result.h"
 
 #include <optional>
@@ -14,28 +14,21 @@
 
 namespace tidwen {
 
-/// Which of the found traces are to be taken.
+/// Which of the found traces are to be taken, as options name them.
 struct SelectionRequest {
-    RemovalMode mode = RemovalMode::uninstall;
     std::vector<std::string> selectors = {};    ///< identifiers, paths or display names of single traces
-    std::optional<std::set<TraceRisk>> tiers{}; ///< in place of what is taken without further choice
+    std::optional<std::set<TraceRisk>> tiers{}; ///< the items of these tiers that nobody contests
+
+    bool isEmpty() const { return selectors.empty() && !tiers; }
 };
 
 /// "safe,review" → the tiers; the reason names the word that is none.
 tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::string>& words);
 
-/// True when the mode leaves this trace where it is: a reset keeps the application and its receipts.
-bool staysInMode(const Trace& trace, RemovalMode mode);
-
-/// The chosen traces by application; applications without one are left out. An item that two applications
-/// share, or that lies in another that is taken, is taken once. A selector is refused when it names nothing
-/// that was found, or something that cannot be taken; several of them at once may be joined by commas.
-tl::expected<std::vector<RemovalTarget>, Message> chooseTraces(const std::vector<ScanResult>& results,
-                                                               const SelectionRequest& request,
-                                                               const HostPaths& hostPaths);
-
-/// What was found and is not among the chosen, nor goes along with them or is meant to stay.
-std::vector<Trace> leftInPlace(const std::vector<ScanResult>& results,
-                               const std::vector<RemovalTarget>& chosen, RemovalMode mode);
+/// What a request that is not empty names. A selector is refused when it names nothing that was found, or
+/// something that cannot be taken in this mode; several of them at once may be joined by commas.
+tl::expected<std::set<Uuid>, Message> chooseTraces(const std::vector<ScanResult>& found,
+                                                   const SelectionRequest& request, RemovalMode mode,
+                                                   const HostPaths& hostPaths);
 
 } // namespace tidwen

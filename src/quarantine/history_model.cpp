@@ -40,7 +40,7 @@ void HistoryModel::run(std::string busyID, std::function<tl::expected<Result, Re
     ports_.background.post([this, ports = ports_, user = user_, alive = std::weak_ptr(alive_),
                             action = std::move(action), answer = std::move(answer)]() mutable {
         const auto lock = lockTrash(user, ports.files);
-        auto result = lock ? action() : refused(describeLockFailure(lock.error(), ports.texts));
+        auto result = lock ? action() : refused(describeNotBegun(lock.error(), ports.texts));
         ports.main.post([this, alive, result = std::move(result), answer = std::move(answer)] {
             if (alive.expired()) return;
             busyEntryID.set(std::nullopt);

@@ -14,9 +14,9 @@ FileResult<std::unique_ptr<FolderLock>> lockTrash(const UserEnvironment& user, F
     return files.lock(user.trash());
 }
 
-Message describeLockFailure(const FileError& error, const Texts& texts) {
+Message describeNotBegun(const FileError& error, const Texts& texts) {
     if (error.fault == FileFault::busy) return {"failure.trashBusy"};
-    return {"failure.trashNotLocked %@ %@", {error.path.string(), texts.text(failureKey(error.fault))}};
+    return {"failure.notBegun %@ %@", {error.path.string(), texts.text(failureKey(error.fault))}};
 }
 
 } // namespace tidwen

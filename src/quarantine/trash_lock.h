@@ -13,7 +13,8 @@ namespace tidwen {
 /// ends with this object or its process, however that ends. The Trash is created when it is missing.
 FileResult<std::unique_ptr<FolderLock>> lockTrash(const UserEnvironment& user, FileSystem& files);
 
-/// That another Tidwen is at work there, or why the Trash could not be locked.
-Message describeLockFailure(const FileError& error, const Texts& texts);
+/// Why a removal, an undo or a purge was not begun: another Tidwen is at work there, or the Trash cannot be
+/// used.
+Message describeNotBegun(const FileError& error, const Texts& texts);
 
 } // namespace tidwen

@@ -3,7 +3,7 @@
 #include "quarantine/recovery.h"
 #include "quarantine/trash_lock.h"
 #include "removal/background_step.h"
-#include "scan/default_selection.h"
+#include "removal/target_intake.h"
 
 #include <algorithm>
 
@@ -36,6 +36,19 @@ void RemovalFlowModel::enter(Stage next) {
     notify();
 }
 
+void RemovalFlowModel::forgetChoices() {
+    offer_.reset();
+    selection_.clear();
+    resetIneligible_.clear();
+    mode_ = RemovalMode::uninstall;
+    reviewTrees_.clear();
+    reviewLists_.clear();
+}
+
+std::string RemovalFlowModel::wordsOf(const FileError& error) const {
+    return services_.texts.text(describeNotBegun(error, services_.texts));
+}
+
 void RemovalFlowModel::fail(std::string message) {
     errorMessage_ = std::move(message);
     notify();
@@ -65,6 +78,7 @@ void RemovalFlowModel::start() {
 
 void RemovalFlowModel::show(Stage home) {
     if (!isHome()) return;
+    forgetChoices();
     stage_ = std::move(home);
     if (!isHome()) stage_ = stage::Idle{};
     notify();
@@ -77,9 +91,7 @@ void RemovalFlowModel::close() {
         return;
     errorMessage_.reset();
     undoReport_.reset();
-    selection_.clear();
-    reviewTrees_.clear();
-    reviewLists_.clear();
+    forgetChoices();
     stage_ = home_;
     notify();
     if (isReport && onReportDismissed) onReportDismissed();
@@ -88,34 +100,25 @@ void RemovalFlowModel::close() {
 void RemovalFlowModel::loadTargets(const std::vector<Path>& bundles) {
     if (!isHome() && !std::holds_alternative<stage::Review>(stage_)) return;
     errorMessage_.reset();
-    std::vector<AppTarget> accepted;
+    auto intake = takeIn(bundles, services_.loader, services_.protectedApps, services_.texts);
     std::string failures;
-    const auto addFailure = [&](const std::string& line) {
+    for (const auto& line : intake.failures)
         failures += (failures.empty() ? "" : "\n") + line;
-    };
-    for (const auto& bundle : bundles) {
-        if (auto target = services_.loader.load(bundle))
-            accepted.push_back(std::move(*target));
-        else
-            addFailure(bundle.lastComponent() + ": " + services_.texts.text(errorKey(target.error())));
-    }
-    auto [allowed, refused] = services_.protectedApps.partition(std::move(accepted));
-    for (const auto& target : refused)
-        addFailure(services_.texts.text("error.protectedApp %@", {target.name}));
-    if (allowed.empty())
+    if (intake.targets.empty())
         return fail(failures.empty() ? services_.texts.text("error.nothingToRemove") : std::move(failures));
     if (!failures.empty()) errorMessage_ = std::move(failures);
-    scan(std::move(allowed));
+    scan(std::move(intake.targets));
 }
 
 void RemovalFlowModel::scan(std::vector<AppTarget> targets) {
+    forgetChoices();
     scanStop_ = StopSource();
     const auto total = static_cast<int>(targets.size());
     enter(stage::Scanning{targets.front().name, "", 0, total});
-    const auto report = [this, alive = std::weak_ptr(alive_),
-                         main = &services_.main](stage::Scanning progress) {
-        main->post([this, alive, progress = std::move(progress)] {
-            if (alive.expired() || !std::holds_alternative<stage::Scanning>(stage_)) return;
+    const auto report = [this, alive = std::weak_ptr(alive_), main = &services_.main,
+                         stop = scanStop_.token()](stage::Scanning progress) {
+        main->post([this, alive, stop, progress = std::move(progress)] {
+            if (alive.expired() || stop.stopRequested()) return;
             stage_ = progress;
             notify();
         });
@@ -132,15 +135,17 @@ void RemovalFlowModel::scan(std::vector<AppTarget> targets) {
                     report({target.name, phase, done, total});
                 }));
             }
-            return stop.stopRequested() ? std::optional<std::vector<ScanResult>>() : std::move(results);
+            return results;
         },
-        [](RemovalFlowModel& self, std::optional<std::vector<ScanResult>> results) {
-            if (results) self.review(std::move(*results));
+        // A scan that was called off may end all the same before it notices.
+        [stop = scanStop_.token()](RemovalFlowModel& self, std::vector<ScanResult> results) {
+            if (!stop.stopRequested()) self.review(std::move(results));
         });
 }
 
 void RemovalFlowModel::scanOrphans() {
     if (!isHome()) return;
+    forgetChoices();
     scanStop_ = StopSource();
     errorMessage_.reset();
     sweep_.begin(services_.clock.now());
@@ -154,18 +159,16 @@ void RemovalFlowModel::scanOrphans() {
     inBackground(
         *this, alive_, services_.background, services_.main,
         [sweepOrphans = services_.sweepOrphans, stop = scanStop_.token(), onFound] {
-            auto result = sweepOrphans(stop, onFound);
-            return stop.stopRequested() ? std::optional<OrphanScanResult>() : std::move(result);
+            return sweepOrphans(stop, onFound);
         },
-        [](RemovalFlowModel& self, std::optional<OrphanScanResult> result) {
-            if (!result) return;
+        [stop = scanStop_.token()](RemovalFlowModel& self, OrphanScanResult result) {
+            if (stop.stopRequested()) return;
             std::vector<Trace> traces;
-            for (const auto& group : result->groups)
+            for (const auto& group : result.groups)
                 traces.insert(traces.end(), group.traces.begin(), group.traces.end());
             self.sweep_.finish(std::move(traces));
-            self.selection_.clear(); // whose they are nobody can confirm: the user chooses each
-            self.mode_ = RemovalMode::uninstall;
-            self.enter(stage::Orphans{std::move(*result)});
+            // Nothing is selected: whose they are nobody can confirm, so the user chooses each.
+            self.enter(stage::Orphans{std::move(result)});
         });
 }
 
@@ -177,18 +180,17 @@ void RemovalFlowModel::cancelScan() {
 }
 
 void RemovalFlowModel::review(std::vector<ScanResult> results) {
-    selection_.clear();
-    resetIneligible_.clear();
-    mode_ = RemovalMode::uninstall;
-    reviewLists_.clear();
+    std::map<std::string, std::vector<Trace>> traces; // two copies of one application share an identifier
     for (const auto& result : results) {
-        for (const auto& trace : result.traces)
-            if (takenByDefault(trace)) selection_.insert(trace.id);
-        reviewLists_[result.target.bundleID] =
-            std::make_shared<const LeftoverList>(result.traces, services_.texts.language());
+        auto& ofTarget = traces[result.target.bundleID];
+        ofTarget.insert(ofTarget.end(), result.traces.begin(), result.traces.end());
     }
+    for (auto& [bundleID, ofTarget] : traces)
+        reviewLists_[bundleID] =
+            std::make_shared<const LeftoverList>(std::move(ofTarget), services_.texts.language());
     buildReviewTrees();
-    enter(stage::Review{std::move(results)});
+    stage_ = stage::Review{std::move(results)};
+    selectDefaults();
 }
 
 void RemovalFlowModel::buildReviewTrees() {

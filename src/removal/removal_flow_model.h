@@ -10,6 +10,7 @@
 #include "removal/removal_executor.h"
 #include "removal/removal_plan.h"
 #include "removal/removal_summary.h"
+#include "removal/removal_texts.h"
 #include "scan/protected_apps.h"
 #include "scan/residue_scanner.h"
 #include "settings/app_preferences.h"
@@ -36,21 +37,24 @@ namespace tidwen {
 ///   home         loadTargets, nothing is left           the same, with an error
 ///   home         scanOrphans                            scanning
 ///   home         show                                   another home stage
+///   home         offer (installers, startup items)      the same; what is offered can be confirmed
 ///   scanning     all applications are scanned           review
 ///   scanning     the sweep has ended                    orphans
 ///   scanning     cancelScan                             the home stage it came from
 ///   review       loadTargets, something is left         scanning
-///   review,      confirm, nothing is selected           the same, with an error
-///   orphans      confirm                                removing, once every quit prompt is answered
+///   review,      confirm, something is selected         removing; each application that runs is asked to
+///   orphans,                                            quit, and the user about each that does not
+///   an offer     confirm, nothing is selected           the same, with an error
 ///   review,      close                                  the home stage it came from
 ///   orphans
-///   home         removeTraces (installers, startup)     removing
 ///   removing     the run has ended                      report
-///   removing     the run could not be set up, or        the stage it came from, with an error
-///                every application was left out
+///   removing     the run could not be set up            the stage it came from, with an error
+///   removing     every application was left out         the stage it came from
 ///   report       close                                  the home stage it came from; onReportDismissed
 ///
 ///   (*) home: idle, startupItems, installers, history. What is not in the table changes nothing.
+///
+/// A removal locks the Trash from before the first application is asked to quit until its report.
 class RemovalFlowModel {
   public:
     struct Services {
@@ -93,10 +97,19 @@ class RemovalFlowModel {
     const std::optional<RecoveryNotice>& recoveryNotice() const { return recoveryNotice_; }
     const std::optional<QuitPrompt>& pendingQuitPrompt() const { return pendingQuitPrompt_; }
     const std::set<Uuid>& selection() const { return selection_; }
+    /// What can be chosen from: of the review, of the sweep, or what was offered.
+    std::vector<ScanResult> found() const;
+    /// The selection as a removal takes it: by application, each item once.
+    std::vector<RemovalTarget> chosenTargets() const;
+    /// What is of `found` and stays where it is.
+    std::vector<Trace> leftInPlace() const;
+    /// What the removal takes away, in words: "Marlin Notes", "3 leftovers". Of the last one in a report.
+    std::string subject() const;
+    RemovalSummary summary() const;
     RemovalMode mode() const { return mode_; }
     const std::map<std::string, LeftoverTree>& reviewTrees() const { return reviewTrees_; }
     const LeftoverFilter& reviewFilter() const { return reviewFilter_; }
-    SweepState& sweep() { return sweep_; }
+    SweepState& sweep() { return sweep_; } ///< with the filter of its screen
 
     /// What runs once when the program starts: recovery of interrupted runs, then the automatic purge.
     void start();
@@ -110,16 +123,20 @@ class RemovalFlowModel {
     void close();
     std::function<void()> onReportDismissed;
 
+    /// What the installers' or the startup items' screen chose, all of it selected. Another home stage, a
+    /// scan or a sweep withdraws the offer.
+    void offer(const std::string& name, std::vector<Trace> traces);
+
+    // The selection never holds what the mode leaves in place or what only the user can deal with.
     void setSelected(const std::set<Uuid>& ids, bool selected);
+    /// Exactly these.
+    void select(const std::set<Uuid>& ids);
+    /// What is taken without further choice (`takenByDefault`).
+    void selectDefaults();
     void setMode(RemovalMode mode);
     void setReviewFilter(LeftoverFilter filter);
-    /// A reset leaves the application and its receipts where they are.
-    bool isEligible(const Trace& trace) const;
-    RemovalSummary summary() const;
 
     void confirm();
-    /// Removes what the installers' or startup items' screen chose.
-    void removeTraces(const std::string& name, std::vector<Trace> traces);
     void answerQuitPrompt(QuitPromptChoice choice);
 
     /// Undoes the run of the report.
@@ -132,17 +149,22 @@ class RemovalFlowModel {
 
     bool isHome() const;
     void enter(Stage next);
+    void forgetChoices();
     void fail(std::string message);
+    /// Why what was asked for was not begun.
+    std::string wordsOf(const FileError& error) const;
     void notify() { changed.emit(); }
 
     void scan(std::vector<AppTarget> targets);
     void review(std::vector<ScanResult> results);
     void buildReviewTrees();
-    std::vector<RemovalTarget> chosenTargets() const;
 
-    void prepare(std::vector<RemovalTarget> targets, RemovalMode mode);
+    void forEachFound(const std::function<void(const AppTarget&, const std::vector<Trace>&)>& visit) const;
+    RemovalSubject subjectKind() const;
+    void lockTrashFor(std::shared_ptr<Run> run);
     void quitNext(std::shared_ptr<Run> run);
     void execute(std::shared_ptr<Run> run);
+    void goBack(Run& run, std::optional<std::string> error);
     void undo(const Manifest& manifest, std::function<void()> done);
 
     Services services_;
@@ -156,8 +178,9 @@ class RemovalFlowModel {
     std::optional<QuitPrompt> pendingQuitPrompt_;
     std::function<void(QuitPromptChoice)> quitPromptContinuation_;
     std::set<Uuid> selection_;
-    std::set<Uuid>
-        resetIneligible_; ///< what was selected when the mode became reset, and cannot take part in it
+    std::set<Uuid> resetIneligible_;  ///< was selected when the mode became reset, and cannot take part in it
+    std::optional<ScanResult> offer_; ///< only in a home stage, and while it is removed
+    std::string reportSubject_;
     RemovalMode mode_ = RemovalMode::uninstall;
     std::map<std::string, std::shared_ptr<const LeftoverList>> reviewLists_; ///< by bundle identifier
     std::map<std::string, LeftoverTree> reviewTrees_;

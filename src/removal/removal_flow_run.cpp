@@ -1,4 +1,4 @@
-// The removal itself: what is chosen, the quit prompts, the run, and its undo.
+// The removal itself: the quit prompts, the run, and its undo.
 
 #include "quarantine/trash_lock.h"
 #include "removal/background_step.h"
@@ -15,96 +15,42 @@ struct RemovalFlowModel::Run {
     std::size_t next = 0;               ///< the first one that was not asked yet
     RemovalMode mode = RemovalMode::uninstall;
     Stage cameFrom;
+    std::unique_ptr<FolderLock> lock; ///< of the Trash
 };
 
-bool RemovalFlowModel::isEligible(const Trace& trace) const {
-    if (trace.reversibility == Reversibility::manualOnly) return false;
-    return mode_ == RemovalMode::uninstall
-           || (trace.category != TraceCategory::application && trace.category != TraceCategory::receipts);
-}
-
-void RemovalFlowModel::setSelected(const std::set<Uuid>& ids, bool selected) {
-    const auto choose = [&](const Trace& trace) {
-        if (!ids.contains(trace.id)) return;
-        if (!selected)
-            selection_.erase(trace.id);
-        else if (isEligible(trace))
-            selection_.insert(trace.id);
-    };
-    if (const auto* review = std::get_if<stage::Review>(&stage_))
-        for (const auto& result : review->results)
-            std::for_each(result.traces.begin(), result.traces.end(), choose);
-    if (const auto* orphans = std::get_if<stage::Orphans>(&stage_))
-        for (const auto& group : orphans->result.groups)
-            std::for_each(group.traces.begin(), group.traces.end(), choose);
-    notify();
-}
-
-/// Going to reset and back gives the selection back that was there.
-void RemovalFlowModel::setMode(RemovalMode mode) {
-    const auto* review = std::get_if<stage::Review>(&stage_);
-    if (!review || mode == mode_) return;
-    mode_ = mode;
-    if (mode == RemovalMode::uninstall) {
-        selection_.insert(resetIneligible_.begin(), resetIneligible_.end());
-        resetIneligible_.clear();
-    } else {
-        for (const auto& result : review->results)
-            for (const auto& trace : result.traces)
-                if (!isEligible(trace) && selection_.erase(trace.id) > 0) resetIneligible_.insert(trace.id);
-    }
-    notify();
-}
-
-std::vector<RemovalTarget> RemovalFlowModel::chosenTargets() const {
-    std::vector<RemovalTarget> targets;
-    const auto add = [&](const AppTarget& target, const std::vector<Trace>& traces) {
-        RemovalTarget chosen{target, {}, false};
-        for (const auto& trace : traces)
-            if (selection_.contains(trace.id)) chosen.traces.push_back(trace);
-        if (!chosen.traces.empty()) targets.push_back(std::move(chosen));
-    };
-    if (const auto* review = std::get_if<stage::Review>(&stage_))
-        for (const auto& result : review->results)
-            add(result.target, result.traces);
-    if (const auto* orphans = std::get_if<stage::Orphans>(&stage_))
-        for (const auto& group : orphans->result.groups) {
-            AppTarget gone;
-            gone.bundleID = group.bundleID;
-            gone.name = group.name;
-            add(gone, group.traces);
-        }
-    return targets;
-}
-
-RemovalSummary RemovalFlowModel::summary() const {
-    std::vector<Trace> traces;
-    for (const auto& target : chosenTargets())
-        traces.insert(traces.end(), target.traces.begin(), target.traces.end());
-    return summarize(traces, services_.texts.language());
-}
-
 void RemovalFlowModel::confirm() {
-    if (std::holds_alternative<stage::Review>(stage_) || std::holds_alternative<stage::Orphans>(stage_))
-        prepare(chosenTargets(), mode_);
-}
-
-void RemovalFlowModel::removeTraces(const std::string& name, std::vector<Trace> traces) {
-    if (!isHome()) return;
-    RemovalTarget target;
-    target.target.name = name;
-    target.traces = std::move(traces);
-    std::vector<RemovalTarget> targets;
-    if (!target.traces.empty()) targets.push_back(std::move(target));
-    prepare(std::move(targets), RemovalMode::uninstall);
-}
-
-void RemovalFlowModel::prepare(std::vector<RemovalTarget> targets, RemovalMode mode) {
+    const bool isOffer = isHome() && offer_;
+    if (!isOffer && !std::holds_alternative<stage::Review>(stage_)
+        && !std::holds_alternative<stage::Orphans>(stage_))
+        return;
     errorMessage_.reset();
+    auto targets = chosenTargets();
     if (targets.empty()) return fail(services_.texts.text("error.nothingToRemove"));
-    auto run = std::make_shared<Run>(Run{std::move(targets), 0, mode, stage_});
+    reportSubject_ = subject();
+    auto run = std::make_shared<Run>();
+    run->targets = std::move(targets);
+    run->mode = mode_;
+    run->cameFrom = stage_;
     enter(stage::Removing{});
-    quitNext(std::move(run));
+    lockTrashFor(std::move(run));
+}
+
+void RemovalFlowModel::lockTrashFor(std::shared_ptr<Run> run) {
+    inBackground(
+        *this, alive_, services_.background, services_.main,
+        [&files = services_.files, user = user_] { return lockTrash(user, files); },
+        [run = std::move(run)](RemovalFlowModel& self, FileResult<std::unique_ptr<FolderLock>> lock) {
+            if (!lock) return self.goBack(*run, self.wordsOf(lock.error()));
+            run->lock = std::move(*lock);
+            self.quitNext(run);
+        });
+}
+
+void RemovalFlowModel::goBack(Run& run, std::optional<std::string> error) {
+    run.lock.reset();
+    errorMessage_ = std::move(error);
+    stage_ = std::move(run.cameFrom);
+    notify();
 }
 
 void RemovalFlowModel::quitNext(std::shared_ptr<Run> run) {
@@ -144,52 +90,43 @@ void RemovalFlowModel::answerQuitPrompt(QuitPromptChoice choice) {
 
 namespace {
 
-/// The run from its folder to its verified report. Nothing was touched when it gives a reason instead.
-tl::expected<RemovalReport, Message> carryOut(const RemovalFlowModel::Services& services,
-                                              const UserEnvironment& user,
-                                              const std::vector<RemovalTarget>& targets, RemovalMode mode) {
-    const auto refused = [](const FileError& error) {
-        return tl::unexpected(Message{std::string(failureKey(error.fault))});
-    };
-    const auto lock = lockTrash(user, services.files);
-    if (!lock) return refused(lock.error());
+/// The run from its folder to its verified report. Nothing was touched when it gives an error instead.
+FileResult<RemovalReport> carryOut(const RemovalFlowModel::Services& services, const UserEnvironment& user,
+                                   const std::vector<RemovalTarget>& targets, RemovalMode mode) {
     const auto date = services.clock.now();
     std::vector<AppRecord> apps;
+    apps.reserve(targets.size());
     for (const auto& target : targets)
         apps.push_back({target.target.name, target.target.bundleID});
     const auto layout = createQuarantineFolder(apps, date, user, services.files);
-    if (!layout) return refused(layout.error());
+    if (!layout) return tl::unexpected(layout.error());
     const auto plan = buildRemovalPlan(targets, *layout, mode, services.texts);
     auto report = services.executor.execute(plan, *layout, apps, mode, date);
-    if (!report) return refused(report.error());
+    if (!report) return report;
     report->verification = verifyRemoval(targets, services.audit);
     if (const auto size = services.files.treeSize(layout->root, traceSizeEntryLimit))
         report->reclaimedBytes = static_cast<std::int64_t>(size->allocatedBytes);
-    return std::move(*report);
+    return report;
 }
 
 } // namespace
 
 void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
-    if (run->targets.empty()) { // every application was left out
-        stage_ = std::move(run->cameFrom);
-        return notify();
-    }
-    inBackground(
-        *this, alive_, services_.background, services_.main,
-        [services = services_, user = user_, run] {
-            return carryOut(services, user, run->targets, run->mode);
-        },
-        [run](RemovalFlowModel& self, tl::expected<RemovalReport, Message> report) {
-            if (!report) {
-                self.stage_ = std::move(run->cameFrom);
-                return self.fail(self.services_.texts.text(report.error()));
-            }
-            const auto manifest = readManifest(report->quarantineRoot, self.services_.files);
-            self.lastManifest_ = manifest ? std::optional(*manifest) : std::nullopt;
-            self.undoReport_.reset();
-            self.enter(stage::Report{std::move(*report)});
-        });
+    if (run->targets.empty()) return goBack(*run, std::nullopt); // every application was left out
+    auto work = [services = services_, user = user_, run] {
+        auto report = carryOut(services, user, run->targets, run->mode);
+        run->lock.reset(); // before the report is seen, so that it can be undone at once
+        return report;
+    };
+    inBackground(*this, alive_, services_.background, services_.main, std::move(work),
+                 [run = std::move(run)](RemovalFlowModel& self, FileResult<RemovalReport> report) {
+                     if (!report) return self.goBack(*run, self.wordsOf(report.error()));
+                     const auto manifest = readManifest(report->quarantineRoot, self.services_.files);
+                     self.lastManifest_ = manifest ? std::optional(*manifest) : std::nullopt;
+                     self.undoReport_.reset();
+                     self.offer_.reset();
+                     self.enter(stage::Report{std::move(*report)});
+                 });
 }
 
 void RemovalFlowModel::undo(const Manifest& manifest, std::function<void()> done) {
@@ -206,7 +143,7 @@ void RemovalFlowModel::undo(const Manifest& manifest, std::function<void()> done
         },
         [done = std::move(done)](RemovalFlowModel& self, Outcome outcome) {
             self.isUndoing_ = false;
-            if (!outcome) return self.fail(self.services_.texts.text(failureKey(outcome.error().fault)));
+            if (!outcome) return self.fail(self.wordsOf(outcome.error()));
             self.undoReport_ = std::move(*outcome);
             if (done) done();
             self.notify();

@@ -8,10 +8,7 @@ namespace tidwen {
 namespace {
 
 bool isPlanned(const Trace& trace, RemovalMode mode) {
-    if (std::holds_alternative<action::Guidance>(trace.action)) return false;
-    const bool staysInReset =
-        trace.category == TraceCategory::application || trace.category == TraceCategory::receipts;
-    return mode == RemovalMode::uninstall || !staysInReset;
+    return !std::holds_alternative<action::Guidance>(trace.action) && !staysInMode(trace, mode);
 }
 
 bool isPreference(const Path& path) {
@@ -137,6 +134,11 @@ class PlanBuilder {
 };
 
 } // namespace
+
+bool staysInMode(const Trace& trace, RemovalMode mode) {
+    return mode == RemovalMode::reset
+           && (trace.category == TraceCategory::application || trace.category == TraceCategory::receipts);
+}
 
 std::vector<RemovalOperation> buildRemovalPlan(const std::vector<RemovalTarget>& targets,
                                                const QuarantineLayout& layout, RemovalMode mode,

@@ -16,6 +16,9 @@ struct RemovalTarget {
     bool isRunning = false; ///< had a running instance when the removal was asked for
 };
 
+/// True when the mode leaves this trace where it is: a reset keeps the application and its receipts.
+bool staysInMode(const Trace& trace, RemovalMode mode);
+
 /// Turns confirmed traces into numbered operations. The order within a target is deliberate: permission
 /// resets (while the application is still registered), job unloads, keychain deletions, moves in path order
 /// with the bundle last, then preference flushes. Pure: reads no file and touches nothing.

@@ -80,8 +80,8 @@ TEST_F(IntakeTest, RefusedApplicationsDoNotKeepTheOthersOut) {
     ASSERT_EQ(intake.targets.size(), 1U) << "two words for one application count once";
     EXPECT_EQ(intake.targets.front().name, "Marlin Notes");
     EXPECT_EQ(intake.failures, (std::vector<std::string>{
-                                   "Clock.app: error.systemApplication", "File.app: error.unreadableBundle",
-                                   "Nobody: cli.app.unknown", "Applications: error.notAnApplication",
+                                   "Nobody: cli.app.unknown", "Clock.app: error.systemApplication",
+                                   "File.app: error.unreadableBundle", "Applications: error.notAnApplication",
                                    "error.protectedApp Caf\u00e9 Sync"}));
 }
 

@@ -46,11 +46,11 @@ std::vector<ScanResult> everySort() {
 
 using Names = std::vector<std::string>;
 
-Names namesOf(const std::vector<RemovalTarget>& targets) {
+Names namesOf(const std::vector<ScanResult>& found, const std::set<Uuid>& ids) {
     Names names;
-    for (const auto& target : targets)
-        for (const auto& trace : target.traces)
-            names.push_back(trace.displayName);
+    for (const auto& result : found)
+        for (const auto& trace : result.traces)
+            if (ids.contains(trace.id)) names.push_back(trace.displayName);
     return names;
 }
 
@@ -61,11 +61,11 @@ TEST(Selection, TakesWhatTheRequestNames) {
         const char* why;
         SelectionRequest request;
         Names expected; ///< or the key of the refusal
+        RemovalMode mode = RemovalMode::uninstall;
     };
     using enum TraceRisk;
     const Case cases[] = {
-        {"nothing chosen", {}, {"/Applications/A.app", "/L/safe", "/L/named"}},
-        {"a reset keeps the application", {.mode = RemovalMode::reset}, {"/L/safe", "/L/named"}},
+        {"a reset keeps the application", {.tiers = std::set{safe}}, {"/L/safe"}, RemovalMode::reset},
         {"tiers, never what is contested", {.tiers = std::set{safe}}, {"/Applications/A.app", "/L/safe"}},
         {"a tier with loss was asked for", {.tiers = std::set{sensitive}}, {"/L/root", "secret"}},
         {"by identifier", {.selectors = {id}}, {"/L/safe"}},
@@ -76,37 +76,25 @@ TEST(Selection, TakesWhatTheRequestNames) {
         {"empty", {.selectors = {""}}, {"cli.select.unknown %@"}},
         {"by hand only", {.selectors = {"tunnel"}}, {"cli.select.byHandOnly %@"}},
         {"stays in a reset",
-         {.mode = RemovalMode::reset, .selectors = {"/Applications/A.app"}},
-         {"cli.select.staysInReset %@"}},
+         {.selectors = {"/Applications/A.app"}},
+         {"cli.select.staysInReset %@"},
+         RemovalMode::reset},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
-        const auto chosen = chooseTraces(found, c.request, HostPaths(std::nullopt));
-        EXPECT_EQ(chosen ? namesOf(*chosen) : Names{chosen.error().key}, c.expected);
+        const auto chosen = chooseTraces(found, c.request, c.mode, HostPaths(std::nullopt));
+        EXPECT_EQ(chosen ? namesOf(found, *chosen) : Names{chosen.error().key}, c.expected);
     }
-}
-
-TEST(Selection, TakesEachItemOnce) {
-    const std::vector<ScanResult> found = {
-        result("/Applications/A.app", {file("/L/Maker/child"), file("/L/shared")}),
-        result("/Applications/B.app", {file("/L/shared"), file("/L/Maker")}),
-        result("/Applications/C.app", {file("/L/Maker/child")}),
-    };
-    const auto chosen = chooseTraces(found, {}, HostPaths(std::nullopt));
-    ASSERT_TRUE(chosen);
-    EXPECT_EQ(namesOf(*chosen), (Names{"/L/shared", "/L/Maker"}));
-    EXPECT_EQ(chosen->size(), 2U) << "an application of which nothing is left to take drops out";
-    EXPECT_TRUE(leftInPlace(found, *chosen, RemovalMode::uninstall).empty());
 }
 
 TEST(Selection, SelectorsMayBePathsOfThisMachine) {
     const test::TemporaryVolume volume;
     volume.write("/L/with, comma", "x");
-    const auto chosen =
-        chooseTraces({result("/Applications/A.app", {file("/L/with, comma")})},
-                     {.selectors = {volume.host("/L/with, comma").string()}}, HostPaths(volume.hostRoot()));
+    const std::vector found = {result("/Applications/A.app", {file("/L/with, comma")})};
+    const auto chosen = chooseTraces(found, {.selectors = {volume.host("/L/with, comma").string()}},
+                                     RemovalMode::uninstall, HostPaths(volume.hostRoot()));
     ASSERT_TRUE(chosen) << chosen.error().key;
-    EXPECT_EQ(namesOf(*chosen), Names{"/L/with, comma"});
+    EXPECT_EQ(namesOf(found, *chosen), Names{"/L/with, comma"});
 }
 
 TEST(Selection, ReadsTiers) {

@@ -1,25 +1,20 @@
 #include "cli/commands/confirmed_removal.h"
 
-#include "cli/commands/lock_refusal.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/commands/removal_output.h"
 #include "cli/commands/review_remark.h"
 #include "cli/console.h"
 #include "cli/json_output.h"
-#include "cli/labels.h"
 #include "cli/selection.h"
-#include "quarantine/trash_lock.h"
 #include "removal/own_rights.h"
-#include "removal/removal_executor.h"
-#include "removal/removal_verification.h"
-#include "scan/residue_scanner.h"
+#include "removal/removal_texts.h"
 
 namespace tidwen {
 
 namespace {
 
-tl::expected<SelectionRequest, Message> readRequest(const Arguments& arguments, RemovalMode mode) {
-    SelectionRequest request{.mode = mode, .selectors = arguments.values("--select")};
+tl::expected<SelectionRequest, Message> readRequest(const Arguments& arguments) {
+    SelectionRequest request{.selectors = arguments.values("--select")};
     if (!arguments.has("--risk")) return request;
     if (!request.selectors.empty()) return tl::unexpected(Message{"cli.select.notWithRisk"});
     auto tiers = parseTiers(arguments.values("--risk"));
@@ -28,118 +23,74 @@ tl::expected<SelectionRequest, Message> readRequest(const Arguments& arguments, 
     return request;
 }
 
-std::vector<AppRecord> records(const std::vector<RemovalTarget>& targets) {
-    std::vector<AppRecord> result;
-    for (const auto& target : targets)
-        result.push_back({target.target.name, target.target.bundleID});
-    return result;
+/// Chooses in the model what the request names; gives why it is refused.
+std::optional<Message> choose(RemovalFlowModel& model, const SelectionRequest& request, Chosen chosen,
+                              RemovalMode mode, const HostPaths& hostPaths) {
+    model.setMode(mode);
+    if (request.isEmpty()) {
+        if (chosen == Chosen::byDefault) model.selectDefaults();
+        return std::nullopt;
+    }
+    const auto ids = chooseTraces(model.found(), request, mode, hostPaths);
+    if (!ids) return ids.error();
+    model.select(*ids);
+    return std::nullopt;
 }
 
-/// What is taken and what is not.
-struct Choice {
-    RemovalMode mode;
-    std::vector<RemovalTarget> targets;
-    std::vector<Trace> left;
+/// The plan that would run now.
+struct Preview {
+    QuarantineLayout layout;
+    std::vector<RemovalOperation> plan;
 };
 
-/// One removal, from the chosen traces to its report.
-class Removal {
-  public:
-    Removal(const CommandContext& context, Mac& mac, Choice choice)
-        : context_(context),
-          mac_(mac),
-          mode_(choice.mode),
-          targets_(std::move(choice.targets)),
-          left_(std::move(choice.left)),
-          apps_(records(targets_)) {}
+Preview preview(const CommandContext& context, const Mac& mac, const RemovalFlowModel& model) {
+    const auto targets = model.chosenTargets();
+    std::vector<AppRecord> apps;
+    apps.reserve(targets.size());
+    for (const auto& target : targets)
+        apps.push_back({target.target.name, target.target.bundleID});
+    const auto layout = makeLayout(apps, mac.system.clock.now(), mac.system.user);
+    return {layout, buildRemovalPlan(targets, layout, model.mode(), context.texts)};
+}
 
-    /// Why it must not begin with the rights of this process, which is all that a volume has.
-    std::optional<Message> obstacle() const {
-        if (!mac_.volume) return std::nullopt;
-        const auto items = obstaclesToBegin(plan(dryLayout()), mac_.system.files);
-        if (items.empty()) return std::nullopt;
-        return Message{"cli.remove.notYours %@ %lld", {items.back().string(), std::to_string(items.size())}};
+/// Why it must not begin with the rights of this process, which is all that a volume has.
+std::optional<Message> obstacle(const Mac& mac, const Preview& preview) {
+    if (!mac.volume) return std::nullopt;
+    const auto items = obstaclesToBegin(preview.plan, mac.system.files);
+    if (items.empty()) return std::nullopt;
+    return Message{"cli.remove.notYours %@ %lld", {items.back().string(), std::to_string(items.size())}};
+}
+
+void show(const Preview& preview, const std::vector<Trace>& left, const CommandContext& context) {
+    if (context.arguments.json) {
+        context.console.document(json::document(preview.plan));
+    } else {
+        printPlan(preview.plan, preview.layout, context);
+        printLeft(left, context);
     }
+}
 
-    void showPlan() const {
-        const auto layout = dryLayout();
-        const auto plan = this->plan(layout);
-        if (context_.arguments.json) {
-            context_.console.document(json::document(plan));
-        } else {
-            printPlan(plan, layout, context_);
-            printLeft(left_, context_);
-        }
+bool confirmed(const CommandContext& context, const Mac& mac, const RemovalFlowModel& model) {
+    const auto words = confirmationTexts(model.summary(), model.subject(), model.mode(), context.texts);
+    if (!context.arguments.yes && context.console.canAsk() && !context.arguments.json) {
+        printItems(model.chosenTargets(), context);
+        printConfirmation(words, context, mac);
+        printLeft(model.leftInPlace(), context);
     }
+    return agreed(context, context.text("cli.question %@", {words.title}));
+}
 
-    bool confirmed() const {
-        if (!context_.arguments.yes && context_.console.canAsk() && !context_.arguments.json) {
-            printSummary(targets_, context_);
-            printLeft(left_, context_);
-        }
-        const auto* question =
-            mode_ == RemovalMode::reset ? "cli.reset.question %@" : "cli.remove.question %@";
-        return agreed(context_, context_.text(question, {labels::names(apps_)}));
+void show(const RemovalReport& report, const std::vector<Trace>& left, const std::string& subject,
+          const CommandContext& context, const Mac& mac) {
+    if (context.arguments.json) {
+        context.console.document(json::document(report, context.texts));
+        return;
     }
-
-    ExitStatus execute() {
-        auto& files = mac_.system.files;
-        const auto lock = lockTrash(mac_.system.user, files);
-        if (!lock && lock.error().fault == FileFault::busy) return refuseWithoutLock(context_, lock.error());
-        if (!lock) return cannotBegin(lock.error());
-        const auto date = mac_.system.clock.now();
-        const auto layout = createQuarantineFolder(apps_, date, mac_.system.user, files);
-        if (!layout) return cannotBegin(layout.error());
-        const auto plan = this->plan(*layout);
-        context_.console.progress(context_.text("cli.remove.progress %@", {labels::names(apps_)}));
-        RemovalExecutor executor({files, mac_.userRunner, mac_.privilegedRunner, mac_.system.log});
-        auto report = executor.execute(plan, *layout, apps_, mode_, date);
-        if (!report) {
-            (void)files.removeEmptyDirectory(layout->root);
-            return cannotBegin(report.error());
-        }
-        report->verification =
-            verifyRemoval(targets_, PermissionAudit(files, mac_.system.user, context_.texts));
-        if (const auto size = files.treeSize(layout->root, traceSizeEntryLimit))
-            report->reclaimedBytes = static_cast<std::int64_t>(size->allocatedBytes);
-        show(*report);
-        const bool isComplete = report->failures().empty() && !report->manifestFailure;
-        remindOfReview(context_, mac_.system.defaults, isComplete);
-        return isComplete ? ExitStatus::done : ExitStatus::someFailed;
-    }
-
-  private:
-    QuarantineLayout dryLayout() const {
-        return makeLayout(apps_, mac_.system.clock.now(), mac_.system.user);
-    }
-
-    std::vector<RemovalOperation> plan(const QuarantineLayout& layout) const {
-        return buildRemovalPlan(targets_, layout, mode_, context_.texts);
-    }
-
-    ExitStatus cannotBegin(const FileError& error) const {
-        return context_.refuse(
-            {"cli.remove.cannotBegin %@ %@", {error.path.string(), context_.text(failureKey(error.fault))}});
-    }
-
-    void show(const RemovalReport& report) const {
-        if (context_.arguments.json) {
-            context_.console.document(json::document(report, context_.texts));
-            return;
-        }
-        printReport(report, context_);
-        printLeft(left_, context_);
-        if (const auto undo = undoCommandLine(report.quarantineRoot, context_, mac_))
-            context_.console.line(context_.text("cli.undo.hint %@", {*undo}));
-    }
-
-    const CommandContext& context_;
-    Mac& mac_;
-    RemovalMode mode_;
-    std::vector<RemovalTarget> targets_;
-    std::vector<Trace> left_;
-    std::vector<AppRecord> apps_;
-};
+    printReport(report, reportTexts(report, subject, context.texts), context);
+    printLeft(left, context);
+    if (const auto undo = undoCommandLine(report.quarantineRoot, context, mac))
+        context.console.line(context.text("cli.undo.hint %@", {*undo}));
+}
 
 } // namespace
 
@@ -154,23 +105,31 @@ bool agreed(const CommandContext& context, const std::string& question) {
     return false;
 }
 
-ExitStatus removeFound(const CommandContext& context, Mac& mac, const std::vector<ScanResult>& found,
-                       RemovalMode mode, Chosen chosen) {
-    auto request = readRequest(context.arguments, mode);
+ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& session, RemovalMode mode,
+                       Chosen chosen) {
+    const auto request = readRequest(context.arguments);
     if (!request) return context.refuse(request.error());
-    if (chosen == Chosen::all && request->selectors.empty() && !request->tiers)
-        request->tiers = {TraceRisk::safe, TraceRisk::review, TraceRisk::sensitive};
-    auto targets = chooseTraces(found, *request, HostPaths(mac.volume));
-    if (!targets) return context.refuse(targets.error());
-    if (targets->empty()) return context.refuse({"error.nothingToRemove"});
-
-    auto left = leftInPlace(found, *targets, mode);
-    Removal removal(context, mac, {mode, std::move(*targets), std::move(left)});
+    auto& model = session.model();
+    if (const auto refused = choose(model, *request, chosen, mode, HostPaths(mac.volume)))
+        return context.refuse(*refused);
+    if (model.chosenTargets().empty()) return context.refuse({"error.nothingToRemove"});
+    const auto planned = preview(context, mac, model);
     const bool isDryRun = context.arguments.has("--dry-run");
-    if (isDryRun) removal.showPlan();
-    if (const auto obstacle = removal.obstacle()) return context.refuse(*obstacle);
+    if (isDryRun) show(planned, model.leftInPlace(), context);
+    if (const auto reason = obstacle(mac, planned)) return context.refuse(*reason);
     if (isDryRun) return ExitStatus::done;
-    return removal.confirmed() ? removal.execute() : ExitStatus::refused;
+    if (!confirmed(context, mac, model)) return ExitStatus::refused;
+
+    const auto left = model.leftInPlace();
+    if (!session.remove()) {
+        if (const auto& why = model.errorMessage()) context.console.complain(*why);
+        return ExitStatus::refused;
+    }
+    const auto& report = std::get<stage::Report>(model.stage()).report;
+    show(report, left, model.subject(), context, mac);
+    const bool isComplete = report.failures().empty() && !report.manifestFailure;
+    remindOfReview(context, mac.system.defaults, isComplete);
+    return isComplete && !session.someLeftOut() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 std::vector<OptionSyntax> removalOptions() {

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "cli/command.h"
-#include "removal/removal_plan.h"
-#include "scan/scan_result.h"
+#include "cli/flow_session.h"
 
 #include <vector>
 
@@ -14,10 +13,10 @@ enum class Chosen {
     all,       ///< everything: it was chosen by name
 };
 
-/// Which of what was found goes, as "--select" and "--risk" say or as nothing says, and then one removal of
-/// it: the plan with "--dry-run", else summary, question, run and report.
-ExitStatus removeFound(const CommandContext& context, Mac& mac, const std::vector<ScanResult>& found,
-                       RemovalMode mode, Chosen chosen = Chosen::byDefault);
+/// Which of what the session's model shows goes, as "--select" and "--risk" say or as nothing says, and then
+/// one removal of it: the plan with "--dry-run", else summary, question, run and report.
+ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& session, RemovalMode mode,
+                       Chosen chosen = Chosen::byDefault);
 
 /// Asks before something that cannot be taken back lightly. True when it was agreed to beforehand ("--yes")
 /// or is agreed to now; else what was said is printed.

@@ -32,13 +32,11 @@ void print(const InstallerScanResult& result, const CommandContext& context) {
 }
 
 /// Without a choice only those whose application is installed: they have done their work.
-std::vector<ScanResult> asFound(const InstallerScanResult& result, const CommandContext& context) {
-    const bool isChosen = context.arguments.has("--select");
-    ScanResult found;
-    found.target.name = context.text("category.installers");
+std::vector<Trace> traces(const InstallerScanResult& result, bool isChosen) {
+    std::vector<Trace> traces;
     for (const auto& file : result.files)
-        if (isChosen || file.installedApp) found.traces.push_back(installerTrace(file));
-    return {std::move(found)};
+        if (isChosen || file.installedApp) traces.push_back(installerTrace(file));
+    return traces;
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
@@ -46,8 +44,13 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const auto apps =
         listInstalledApps(system.files, system.signatures, findApplicationBundles(system.files, system.user));
     const auto result = scanInstallers(system.files, system.user, apps);
-    if (context.arguments.has("--remove"))
-        return removeFound(context, mac, asFound(result, context), RemovalMode::uninstall);
+    if (context.arguments.has("--remove")) {
+        FlowSession session(context, mac);
+        session.model().show(stage::Installers{});
+        session.model().offer(context.text("category.installers"),
+                              traces(result, context.arguments.has("--select")));
+        return removeFound(context, mac, session, RemovalMode::uninstall);
+    }
     if (context.arguments.json)
         context.console.document(json::document(result));
     else

@@ -5,7 +5,7 @@
 namespace tidwen {
 
 ExitStatus refuseWithoutLock(const CommandContext& context, const FileError& error) {
-    return context.refuse(describeLockFailure(error, context.texts));
+    return context.refuse(describeNotBegun(error, context.texts));
 }
 
 } // namespace tidwen

@@ -39,8 +39,8 @@ void mentionInterruptedRuns(const CommandContext& context, const Mac& mac) {
                          {folders.error().path.string(), context.text(failureKey(folders.error().fault))}));
     const auto count = interruptedRuns(mac).size();
     if (count > 0)
-        context.console.complain(
-            context.text("cli.interrupted %lld %@", {std::to_string(count), context.commandLine({"recover"})}));
+        context.console.complain(context.text("cli.interrupted %lld %@",
+                                              {std::to_string(count), context.commandLine({"recover"})}));
 }
 
 } // namespace tidwen

@@ -3,37 +3,10 @@
 #include "cli/json_sweep.h"
 #include "cli/labels.h"
 #include "cli/table.h"
-#include "inventory/installed_applications.h"
-#include "scan/protected_apps.h"
-#include "sweep/orphan_scanner.h"
 
 namespace tidwen {
 
 namespace {
-
-OrphanScanResult scan(const CommandContext& context, Mac& mac) {
-    const auto& system = mac.system;
-    context.console.progress(context.text("cli.orphans.progress"));
-    // A volume has no register of applications besides the bundles themselves.
-    OrphanScanner scanner({system.files, system.signatures, system.runningApplications, system.log},
-                          system.user, [](const std::string&) { return false; });
-    auto result = scanner.scan(findOwningBundles(system.files, system.user),
-                               ProtectedApps(system.defaults).bundleIDs());
-    context.console.endProgress();
-    return result;
-}
-
-std::vector<ScanResult> asFound(const OrphanScanResult& orphans) {
-    std::vector<ScanResult> found;
-    for (const auto& group : orphans.groups) {
-        ScanResult result;
-        result.target.bundleID = group.bundleID;
-        result.target.name = group.name;
-        result.traces = group.traces;
-        found.push_back(std::move(result));
-    }
-    return found;
-}
 
 void print(const OrphanScanResult& orphans, const CommandContext& context) {
     std::vector<Trace> all;
@@ -57,9 +30,10 @@ void print(const OrphanScanResult& orphans, const CommandContext& context) {
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
-    const auto orphans = scan(context, mac);
-    if (context.arguments.has("--remove"))
-        return removeFound(context, mac, asFound(orphans), RemovalMode::uninstall);
+    FlowSession session(context, mac);
+    if (!session.sweep()) return ExitStatus::refused;
+    if (context.arguments.has("--remove")) return removeFound(context, mac, session, RemovalMode::uninstall);
+    const auto& orphans = std::get<stage::Orphans>(session.model().stage()).result;
     if (context.arguments.json)
         context.console.document(json::document(orphans));
     else

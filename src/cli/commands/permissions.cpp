@@ -1,5 +1,5 @@
 #include "base/executor.h"
-#include "cli/commands/scan_applications.h"
+#include "cli/command.h"
 #include "cli/console.h"
 #include "cli/intake.h"
 #include "cli/json_startup.h"

@@ -10,46 +10,15 @@ namespace tidwen {
 
 namespace {
 
-std::string number(std::size_t count) {
-    return std::to_string(count);
-}
-
 /// The part of a destination that tells more than the folder it lies in.
 std::string belowRoot(const Path& path, const Path& root) {
     return path.isWithin(root) && path != root ? path.string().substr(root.string().size() + 1)
                                                : path.string();
 }
 
-void printDestructive(const std::vector<RemovalTarget>& targets, const CommandContext& context) {
-    std::vector<std::string> names;
-    for (const auto& target : targets)
-        for (const auto& trace : target.traces)
-            if (trace.reversibility == Reversibility::irreversibleDestructive)
-                names.push_back(trace.displayName);
-    if (names.empty()) return;
-    context.console.line(context.text("confirm.permanent.heading %lld", {number(names.size())}),
-                         Paint::danger);
-    for (const auto& name : names)
-        context.console.line("  " + name);
-}
-
-void printSurvivors(const VerificationReport& verification, const CommandContext& context) {
-    bool isClean = true;
-    for (const auto& app : verification.apps)
-        for (const auto& grant : app.tccSurvivors) {
-            isClean = false;
-            context.console.line(context.text("report.verify.tccSurvivor %@ %@",
-                                              {app.name, permissionTitle(grant.service, context.texts)}),
-                                 Paint::caution);
-        }
-    if (isClean) context.console.line(context.text("report.verify.clean"));
-}
-
 } // namespace
 
-void printSummary(const std::vector<RemovalTarget>& targets, const CommandContext& context) {
-    std::int64_t bytes = 0;
-    std::size_t count = 0;
+void printItems(const std::vector<RemovalTarget>& targets, const CommandContext& context) {
     for (const auto& target : targets) {
         context.console.line(target.target.name, Paint::strong);
         Table table({Table::Align::left, Table::Align::right});
@@ -59,12 +28,21 @@ void printSummary(const std::vector<RemovalTarget>& targets, const CommandContex
                        {labels::category(trace.category, context.texts), Paint::faint},
                        {trace.displayName}});
         table.print(context.console, 2);
-        bytes += labels::totalBytes(target.traces);
-        count += target.traces.size();
     }
-    context.console.line(
-        context.text("confirm.summary %lld %@", {number(count), labels::size(bytes, context.texts)}));
-    printDestructive(targets, context);
+}
+
+void printConfirmation(const ConfirmationTexts& words, const CommandContext& context, const Mac& mac) {
+    auto& console = context.console;
+    console.line(words.summary, Paint::strong);
+    for (const auto& tier : words.breakdown)
+        console.line("  " + tier);
+    if (words.reversible) console.line(*words.reversible);
+    if (words.permanentHeading) console.line(*words.permanentHeading, Paint::danger);
+    for (const auto& name : words.permanent)
+        console.line("  " + name);
+    if (words.permissionsReset) console.line(*words.permissionsReset);
+    // On a volume there is nobody to ask for a password.
+    if (words.password && mac.administrator) console.line(*words.password);
 }
 
 void printLeft(const std::vector<Trace>& left, const CommandContext& context) {
@@ -96,7 +74,8 @@ void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout
     table.print(context.console);
 }
 
-void printReport(const RemovalReport& report, const CommandContext& context) {
+void printReport(const RemovalReport& report, const ReportTexts& words, const CommandContext& context) {
+    auto& console = context.console;
     Table table({Table::Align::right});
     for (const auto& step : report.operations) {
         const auto result = std::find_if(report.results.begin(), report.results.end(),
@@ -108,27 +87,21 @@ void printReport(const RemovalReport& report, const CommandContext& context) {
                    {labels::verb(step.kind, context.texts), Paint::faint},
                    {labels::subject(step)}});
     }
-    table.print(context.console);
+    table.print(console);
 
-    const auto failures = report.failures();
-    if (!failures.empty()) context.console.line(context.text("report.failures.title"), Paint::danger);
-    for (const auto& failure : failures)
-        context.console.line("  " + failure.operation.displayName + ": "
-                             + context.texts.text(failure.reason));
+    if (!words.failures.empty()) console.line(context.text("report.failures.title"), Paint::danger);
+    for (const auto& failure : words.failures)
+        console.line("  " + failure);
 
-    const auto* counts = report.mode == RemovalMode::reset ? "report.summary.clearedCount %lld %lld"
-                                                           : "report.summary.removedCount %lld %lld";
-    context.console.line(context.text(
-        counts, {number(report.operations.size() - failures.size()), number(report.operations.size())}));
-    if (report.reclaimedBytes)
-        context.console.line(
-            context.text("cli.report.quarantine %@ %@", {labels::size(report.reclaimedBytes, context.texts),
-                                                         report.quarantineRoot.string()}));
+    if (words.failures.empty()) console.line(words.summary, Paint::good);
+    console.line(words.counts);
+    if (words.reclaimed) console.line(*words.reclaimed);
+    console.line(context.text("cli.report.quarantine %@", {report.quarantineRoot.string()}));
     if (report.manifestFailure)
-        context.console.line(
-            context.text("cli.report.noManifest %@", {context.texts.text(*report.manifestFailure)}),
-            Paint::danger);
-    if (report.verification) printSurvivors(*report.verification, context);
+        console.line(context.text("cli.report.noManifest %@", {context.texts.text(*report.manifestFailure)}),
+                     Paint::danger);
+    for (const auto& line : words.verification)
+        console.line(line, words.isClean ? Paint::plain : Paint::caution);
 }
 
 } // namespace tidwen

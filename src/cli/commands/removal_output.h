@@ -2,16 +2,18 @@
 
 #include "cli/command.h"
 #include "quarantine/quarantine_layout.h"
-#include "removal/removal_plan.h"
-#include "removal/removal_report.h"
+#include "removal/removal_texts.h"
 
 #include <vector>
 
 /// What a removal prints for people: before, in place of, and after it.
 namespace tidwen {
 
-/// What will be taken, before the question.
-void printSummary(const std::vector<RemovalTarget>& targets, const CommandContext& context);
+/// The items that will be taken, before the question.
+void printItems(const std::vector<RemovalTarget>& targets, const CommandContext& context);
+
+/// What taking them means.
+void printConfirmation(const ConfirmationTexts& words, const CommandContext& context, const Mac& mac);
 
 /// What was found and is not taken, and what only the user can do about it.
 void printLeft(const std::vector<Trace>& left, const CommandContext& context);
@@ -21,6 +23,6 @@ void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout
                const CommandContext& context);
 
 /// What came of each step.
-void printReport(const RemovalReport& report, const CommandContext& context);
+void printReport(const RemovalReport& report, const ReportTexts& words, const CommandContext& context);
 
 } // namespace tidwen

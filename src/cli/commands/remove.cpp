@@ -1,15 +1,14 @@
 #include "cli/commands/confirmed_removal.h"
-#include "cli/commands/scan_applications.h"
 
 namespace tidwen {
 
 namespace {
 
 ExitStatus run(const CommandContext& context, Mac& mac, RemovalMode mode) {
-    const auto scanned = scanApplications(context, mac);
-    if (scanned.results.empty()) return ExitStatus::refused;
-    const auto status = removeFound(context, mac, scanned.results, mode);
-    return status == ExitStatus::done && scanned.someRefused ? ExitStatus::someFailed : status;
+    FlowSession session(context, mac);
+    if (!session.scan(context.arguments.operands)) return ExitStatus::refused;
+    const auto status = removeFound(context, mac, session, mode);
+    return status == ExitStatus::done && session.someRefused() ? ExitStatus::someFailed : status;
 }
 
 ExitStatus runRemove(const CommandContext& context, Mac& mac) {

@@ -1,6 +1,6 @@
 #include "cli/command.h"
-#include "cli/commands/scan_applications.h"
 #include "cli/console.h"
+#include "cli/flow_session.h"
 #include "cli/json_output.h"
 #include "cli/labels.h"
 #include "cli/table.h"
@@ -106,17 +106,18 @@ void print(const ScanResult& result, const CommandContext& context, const FileSy
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
-    const auto scanned = scanApplications(context, mac);
-    if (scanned.results.empty()) return ExitStatus::refused;
+    FlowSession session(context, mac);
+    if (!session.scan(context.arguments.operands)) return ExitStatus::refused;
+    const auto& results = std::get<stage::Review>(session.model().stage()).results;
     if (context.arguments.json) {
-        context.console.document(json::document(scanned.results));
+        context.console.document(json::document(results));
     } else {
-        for (const auto& result : scanned.results) {
-            if (&result != &scanned.results.front()) context.console.blankLine();
+        for (const auto& result : results) {
+            if (&result != &results.front()) context.console.blankLine();
             print(result, context, mac.system.files);
         }
     }
-    return scanned.someRefused ? ExitStatus::someFailed : ExitStatus::done;
+    return session.someRefused() ? ExitStatus::someFailed : ExitStatus::done;
 }
 
 } // namespace

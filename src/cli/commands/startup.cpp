@@ -63,17 +63,19 @@ class StartupSession {
     }
 
     ExitStatus remove(const std::vector<std::string>& words) {
-        ScanResult found;
-        found.target.name = context_.text("cli.startup.title");
+        std::vector<Trace> traces;
         for (const auto& word : words) {
             const auto* item = find(word);
             if (!item) return context_.refuse({"cli.startup.unknown %@", {word}});
             const auto trace = model_.isSelectable(*item) ? startupTrace(*item) : std::nullopt;
             if (!trace) return context_.refuse({"cli.startup.notRemovable %@", {item->label}});
-            found.traces.push_back(*trace);
+            traces.push_back(*trace);
         }
         // The jobs were chosen by name, so their risk needs no further choice.
-        return removeFound(context_, mac_, {std::move(found)}, RemovalMode::uninstall, Chosen::all);
+        FlowSession session(context_, mac_);
+        session.model().show(stage::StartupItems{});
+        session.model().offer(context_.text("cli.startup.title"), std::move(traces));
+        return removeFound(context_, mac_, session, RemovalMode::uninstall, Chosen::all);
     }
 
   private:

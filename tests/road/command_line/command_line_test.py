@@ -9,7 +9,7 @@ import sys
 import unittest
 
 import terminal
-from terminal import VolumeTest, snapshot
+from terminal import Snapshot, VolumeTest, snapshot
 
 # What an undo does not bring back: the run's own folder stays for the record, and permissions that were reset
 # are for macOS to ask again.
@@ -69,7 +69,7 @@ class Journey(VolumeTest):
         self.assertEqual(self.call("undo", name, "--json").json,
                          {"restoredCount": len(moved), "totalCount": len(moved), "failures": [], "relaunchedJobs": 1})
         after = snapshot(self.volume, *NOT_RESTORED)
-        self.assertEqual(after, {k: v for k, v in before.items() if not k.startswith(NOT_RESTORED)})
+        self.assertEqual(after, Snapshot({k: v for k, v in before.items() if not k.startswith(NOT_RESTORED)}))
         self.refuse("undo", "1", saying=name)
         self.refuse("undo", "2", saying="2")
 

@@ -1,0 +1,148 @@
+#include "cli/flow_session.h"
+
+#include "cli/console.h"
+#include "cli/intake.h"
+#include "cli/interruption.h"
+
+#include <sstream>
+
+namespace tidwen {
+
+FlowSession::FlowSession(const CommandContext& context, Mac& mac)
+    : context_(context),
+      mac_(mac),
+      bundles_(findApplicationBundles(mac.system.files, mac.system.user)),
+      loader_(mac.system.files, mac.system.signatures),
+      protectedApps_(mac.system.defaults),
+      preferences_(mac.system.defaults),
+      executor_({mac.system.files, mac.userRunner, mac.privilegedRunner, mac.system.log}),
+      undo_({mac.system.files, mac.privilegedRunner, mac.userRunner, mac.system.texts, mac.system.log},
+            mac.system.user),
+      purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
+      audit_(mac.system.files, mac.system.user, mac.system.texts),
+      model_(services(mac), mac.system.user),
+      progress_(model_.changed.connect([this] { showProgress(); })) {}
+
+RemovalFlowModel::Services FlowSession::services(Mac& mac) {
+    auto& system = mac.system;
+    return {.files = system.files,
+            .loader = loader_,
+            .makeScanner = [this] { return makeScanner(); },
+            .sweepOrphans =
+                [this, ids = protectedApps_.bundleIDs()](const auto& stop, const auto& onFound) {
+                    return sweepOrphans(ids, stop, onFound);
+                },
+            .running = system.runningApplications,
+            .executor = executor_,
+            .undo = undo_,
+            .purge = purge_,
+            .audit = audit_,
+            .protectedApps = protectedApps_,
+            .preferences = preferences_,
+            .texts = system.texts,
+            .clock = system.clock,
+            .log = system.log,
+            .main = main_,
+            .background = background_,
+            .treeQueue = treeQueue_};
+}
+
+std::unique_ptr<ResidueScanner> FlowSession::makeScanner() const {
+    const auto& system = mac_.system;
+    return std::make_unique<ResidueScanner>(
+        ResidueScanner::Ports{system.files, system.receipts, system.keychain, system.systemExtensions,
+                              system.texts, system.log},
+        system.user, ResidueScanner::Neighbours{installed_, [this](const Path& target) {
+                                                    return groupsOfOthers(mac_.system.files,
+                                                                          mac_.system.signatures, bundles_,
+                                                                          target);
+                                                }});
+}
+
+OrphanScanResult FlowSession::sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,
+                                           const OrphanScanner::OnFound& onFound) const {
+    const auto& system = mac_.system;
+    // A volume has no register of applications besides the bundles themselves.
+    OrphanScanner scanner({system.files, system.signatures, system.runningApplications, system.log},
+                          system.user, [](const std::string&) { return false; });
+    return scanner.scan(findOwningBundles(system.files, system.user), protectedIDs, stop, onFound);
+}
+
+bool FlowSession::scan(const std::vector<std::string>& words) {
+    installed_ = readIdentities(mac_.system.files, bundles_);
+    const auto named = findBundles(
+        words, ApplicationFinder(mac_.system.files, installed_, HostPaths(mac_.volume)), context_.texts);
+    for (const auto& failure : named.failures)
+        context_.console.complain(failure);
+    someRefused_ = !named.failures.empty();
+    if (named.bundles.empty()) return false;
+    model_.loadTargets(named.bundles);
+    complainOfRefusals();
+    return awaitScan();
+}
+
+bool FlowSession::sweep() {
+    model_.scanOrphans();
+    return awaitScan();
+}
+
+void FlowSession::complainOfRefusals() {
+    if (!model_.errorMessage()) return;
+    someRefused_ = true;
+    std::istringstream lines(*model_.errorMessage());
+    for (std::string line; std::getline(lines, line);)
+        context_.console.complain(line);
+}
+
+/// False when there was nothing to scan, or the scan was called off.
+bool FlowSession::awaitScan() {
+    constexpr std::chrono::milliseconds lookout{100}; // how soon Ctrl-C is noticed
+    const auto hasEnded = [this] { return !std::holds_alternative<stage::Scanning>(model_.stage()); };
+    if (hasEnded()) return false;
+    const Interruption interruption;
+    while (!main_.runUntil(hasEnded, lookout))
+        if (interruption.came()) model_.cancelScan();
+    context_.console.endProgress();
+    if (!interruption.came()) return true;
+    context_.console.complain(context_.text("cli.remove.cancelled"));
+    return false;
+}
+
+bool FlowSession::remove() {
+    model_.confirm();
+    for (;;) {
+        main_.runUntil([this] {
+            return model_.pendingQuitPrompt() || !std::holds_alternative<stage::Removing>(model_.stage());
+        });
+        if (!model_.pendingQuitPrompt()) break;
+        answer(*model_.pendingQuitPrompt());
+    }
+    context_.console.endProgress();
+    return std::holds_alternative<stage::Report>(model_.stage());
+}
+
+void FlowSession::answer(const QuitPrompt& prompt) {
+    // An answer given beforehand covers what was shown, not an application that loses data by it.
+    const bool goOn = !context_.arguments.yes && context_.console.canAsk()
+                      && context_.console.ask(context_.text("cli.quit.question %@", {prompt.appName}),
+                                              {"y", "yes", context_.text("cli.answer.yes")});
+    if (!goOn) {
+        someLeftOut_ = true;
+        context_.console.complain(context_.text("cli.quit.leftOut %@", {prompt.appName}));
+    }
+    model_.answerQuitPrompt(goOn ? QuitPromptChoice::forceContinue : QuitPromptChoice::cancelApp);
+}
+
+void FlowSession::showProgress() {
+    auto& console = context_.console;
+    if (const auto* scanning = std::get_if<stage::Scanning>(&model_.stage())) {
+        if (scanning->name.empty())
+            console.progress(context_.text("cli.orphans.progress"));
+        else if (!scanning->phase.empty())
+            console.progress(context_.text("cli.scan.progress %@ %@", {scanning->name, scanning->phase}));
+    } else if (std::holds_alternative<stage::Removing>(model_.stage()) && !model_.pendingQuitPrompt()) {
+        console.progress(context_.text("cli.remove.progress %@", {model_.subject()}));
+    }
+}
+
+} // namespace tidwen

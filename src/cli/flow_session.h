@@ -1,0 +1,67 @@
+#pragma once
+
+#include "base/executor.h"
+#include "cli/command.h"
+#include "inventory/installed_applications.h"
+#include "removal/removal_flow_model.h"
+
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// The removal flow as the terminal drives it: the model that a window would show, pumped in the foreground
+/// to the end of each of its steps, with progress on standard error.
+class FlowSession {
+  public:
+    FlowSession(const CommandContext& context, Mac& mac);
+
+    RemovalFlowModel& model() { return model_; }
+
+    /// Finds and scans the applications that the words mean, and leaves the model in its review. False when
+    /// none could be taken or Ctrl-C called it off; the reasons are printed.
+    bool scan(const std::vector<std::string>& words);
+    /// Some application was refused, with its reason printed.
+    bool someRefused() const { return someRefused_; }
+
+    /// Looks for orphans and leaves the model with what it found. False when Ctrl-C called it off.
+    bool sweep();
+
+    /// Removes what is chosen. Who still runs and does not quit is left out, unless the user, where he can be
+    /// asked, wants to go on. True when the model shows a report.
+    bool remove();
+    /// Some application was left out, and was named on standard error.
+    bool someLeftOut() const { return someLeftOut_; }
+
+  private:
+    RemovalFlowModel::Services services(Mac& mac);
+    void complainOfRefusals();
+    bool awaitScan();
+    void showProgress();
+    void answer(const QuitPrompt& prompt);
+    std::unique_ptr<ResidueScanner> makeScanner() const;
+    OrphanScanResult sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,
+                                  const OrphanScanner::OnFound& onFound) const;
+
+    const CommandContext& context_;
+    Mac& mac_;
+    std::vector<Path> bundles_;                ///< of the installed applications
+    std::vector<InstalledIdentity> installed_; ///< filled before a scan begins
+    AppTargetLoader loader_;
+    ProtectedApps protectedApps_;
+    AppPreferences preferences_;
+    RemovalExecutor executor_;
+    UndoService undo_;
+    QuarantinePurge purge_;
+    PermissionAudit audit_;
+    MainQueue main_;
+    bool someRefused_ = false;
+    bool someLeftOut_ = false;
+    RemovalFlowModel model_;
+    Subscription progress_;
+    // Last, so that they end their work before what the work uses is gone.
+    WorkQueue treeQueue_;
+    WorkQueue background_;
+};
+
+} // namespace tidwen

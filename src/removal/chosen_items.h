@@ -1,0 +1,23 @@
+#pragma once
+
+#include "removal/removal_plan.h"
+#include "scan/scan_result.h"
+
+#include <vector>
+
+namespace tidwen {
+
+/// Whether a removal in this mode can take the trace: not what only the user can deal with, and in a reset
+/// neither the application nor its receipts.
+bool isEligible(const Trace& trace, RemovalMode mode);
+
+/// Leaves out what goes anyway with a folder that is taken, and what an earlier application of the run takes:
+/// the second move would fail, and undo would find the first one's place occupied. Applications of which
+/// nothing is left drop out.
+void takeEachItemOnce(std::vector<RemovalTarget>& targets);
+
+/// What was found and is not among the chosen, nor goes along with them or is meant to stay.
+std::vector<Trace> leftInPlace(const std::vector<ScanResult>& found, const std::vector<RemovalTarget>& chosen,
+                               RemovalMode mode);
+
+} // namespace tidwen

@@ -1,0 +1,81 @@
+#include "removal/removal_texts.h"
+
+#include "base/byte_count.h"
+
+#include <algorithm>
+
+namespace tidwen {
+
+namespace {
+
+std::string number(std::size_t count) {
+    return std::to_string(count);
+}
+
+} // namespace
+
+std::string subjectText(RemovalSubject subject, const std::vector<RemovalTarget>& targets,
+                        const Texts& texts) {
+    if (subject == RemovalSubject::applications)
+        return targets.size() == 1 ? targets.front().target.name
+                                   : texts.text("report.subject.apps %lld", {number(targets.size())});
+    std::size_t items = 0;
+    for (const auto& target : targets)
+        items += target.traces.size();
+    const auto* key = subject == RemovalSubject::leftovers    ? "confirm.subject.leftovers %lld"
+                      : subject == RemovalSubject::installers ? "confirm.subject.installers %lld"
+                                                              : "confirm.subject.startup %lld";
+    return texts.text(key, {number(items)});
+}
+
+ConfirmationTexts confirmationTexts(const RemovalSummary& summary, const std::string& subject,
+                                    RemovalMode mode, const Texts& texts) {
+    ConfirmationTexts words;
+    words.title = texts.text(
+        mode == RemovalMode::reset ? "confirm.reset.title %@" : "confirm.uninstall.title %@", {subject});
+    words.summary =
+        texts.text("confirm.summary %lld %@", {std::to_string(summary.totalCount), summary.totalSizeText});
+    for (const auto& tier : summary.tiers) {
+        auto line =
+            texts.text("risk." + std::string(name(tier.risk)) + ".count %lld", {std::to_string(tier.count)});
+        words.breakdown.push_back(tier.sizeText ? line + ", " + *tier.sizeText : line);
+    }
+    if (summary.reversibleCount > 0)
+        words.reversible = texts.text("confirm.reversible %lld", {std::to_string(summary.reversibleCount)});
+    if (!summary.permanent.empty())
+        words.permanentHeading =
+            texts.text("confirm.permanent.heading %lld", {number(summary.permanent.size())});
+    for (const auto& trace : summary.permanent)
+        words.permanent.push_back(trace.displayName);
+    if (summary.requiresPassword) words.password = texts.text("confirm.password");
+    if (summary.resetsPermissions) words.permissionsReset = texts.text("confirm.permissionsReset");
+    return words;
+}
+
+ReportTexts reportTexts(const RemovalReport& report, const std::string& subject, const Texts& texts) {
+    const bool isReset = report.mode == RemovalMode::reset;
+    const auto failures = report.failures();
+    ReportTexts words;
+    words.summary =
+        texts.text(isReset ? "report.summary.reset %@" : "report.summary.uninstall %@", {subject});
+    words.counts = texts.text(
+        isReset ? "report.summary.clearedCount %lld %lld" : "report.summary.removedCount %lld %lld",
+        {number(report.operations.size() - failures.size()), number(report.operations.size())});
+    if (report.reclaimedBytes)
+        words.reclaimed = texts.text("report.summary.reclaimed %@",
+                                     {formatByteCount(*report.reclaimedBytes, texts.language())});
+    for (const auto& failure : failures)
+        words.failures.push_back(failure.operation.displayName + ": " + texts.text(failure.reason));
+    const auto isApplication = [](const AppRecord& app) { return !app.bundleID.empty(); };
+    const bool hasApplications = std::any_of(report.apps.begin(), report.apps.end(), isApplication);
+    if (!report.verification || !hasApplications) return words; // installer files have no permissions
+    for (const auto& app : report.verification->apps)
+        for (const auto& grant : app.tccSurvivors)
+            words.verification.push_back(texts.text("report.verify.tccSurvivor %@ %@",
+                                                    {app.name, permissionTitle(grant.service, texts)}));
+    words.isClean = words.verification.empty();
+    if (words.isClean) words.verification.push_back(texts.text("report.verify.clean"));
+    return words;
+}
+
+} // namespace tidwen

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "base/texts.h"
+#include "removal/removal_plan.h"
+#include "removal/removal_report.h"
+#include "removal/removal_summary.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The words around a removal, the same wherever they are shown.
+namespace tidwen {
+
+/// What kind of thing a removal takes away, which decides what it is called.
+enum class RemovalSubject { applications, leftovers, installers, startupItems };
+
+/// "Marlin Notes", "3 applications", "12 leftovers".
+std::string subjectText(RemovalSubject subject, const std::vector<RemovalTarget>& targets,
+                        const Texts& texts);
+
+struct ConfirmationTexts {
+    std::string title;                           ///< "Remove Marlin Notes?"
+    std::string summary;                         ///< "12 items, 3.4 MB"
+    std::vector<std::string> breakdown;          ///< a line per tier: "10 safe, 3.1 MB"
+    std::optional<std::string> reversible;       ///< how much can be put back
+    std::optional<std::string> permanentHeading; ///< stands over `permanent`
+    std::vector<std::string> permanent;          ///< names of what is lost for good
+    std::optional<std::string> password;         ///< present when an administrator is needed
+    std::optional<std::string> permissionsReset;
+};
+
+ConfirmationTexts confirmationTexts(const RemovalSummary& summary, const std::string& subject,
+                                    RemovalMode mode, const Texts& texts);
+
+struct ReportTexts {
+    std::string summary;                   ///< "Marlin Notes removed"
+    std::string counts;                    ///< "9 of 10 removed": steps that were done, and all
+    std::optional<std::string> reclaimed;  ///< absent while the size is not known
+    std::vector<std::string> failures;     ///< "name: reason"
+    std::vector<std::string> verification; ///< empty when nothing was checked
+    bool isClean = true;                   ///< no permission is left
+};
+
+ReportTexts reportTexts(const RemovalReport& report, const std::string& subject, const Texts& texts);
+
+} // namespace tidwen

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "base/texts.h"
+#include "scan/protected_apps.h"
+
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// Applications that were asked for, and a line for each that cannot be taken ("Zed.app: This is no …").
+struct TargetIntake {
+    std::vector<AppTarget> targets;    ///< in the order asked for, each bundle once
+    std::vector<std::string> failures; ///< names in them have their control characters made visible
+};
+
+TargetIntake takeIn(const std::vector<Path>& bundles, const AppTargetLoader& loader,
+                    const ProtectedApps& protectedApps, const Texts& texts);
+
+} // namespace tidwen

@@ -1,0 +1,247 @@
+#include "removal/flow_bench.h"
+
+#include <gmock/gmock.h>
+
+namespace tidwen::test {
+namespace {
+
+using testing::Contains;
+using testing::IsEmpty;
+using testing::Not;
+using testing::UnorderedElementsAre;
+
+using Step = std::function<void(FlowBench&)>;
+
+void select(FlowBench& bench) {
+    bench.model->select({bench.orphan.id});
+}
+
+const std::map<std::string, Step> events = {
+    {"load", [](auto& b) { b.model->loadTargets({b.bundle("Birch")}); }},
+    {"load nothing", [](auto& b) { b.model->loadTargets({Path("/nowhere.app")}); }},
+    {"sweep", [](auto& b) { b.model->scanOrphans(); }},
+    {"cancel", [](auto& b) { b.model->cancelScan(); }},
+    {"show", [](auto& b) { b.model->show(stage::History{}); }},
+    {"offer", [](auto& b) { b.model->offer("It", {b.orphan}); }},
+    {"close", [](auto& b) { b.model->close(); }},
+    {"confirm", [](auto& b) { b.model->confirm(); }},
+    {"answer", [](auto& b) { b.model->answerQuitPrompt(QuitPromptChoice::forceContinue); }},
+    {"undo", [](auto& b) { b.model->undoLast(); }},
+    {"work ends", [](auto& b) { b.settle(); }},
+};
+
+TEST(RemovalFlow, FollowsItsTableAndNothingElse) {
+    struct Row {
+        const char* stage;
+        Step reach;
+        std::map<std::string, std::string> next; ///< by event; every other event changes nothing
+    };
+    const auto home = [](const Stage& stage) { return [stage](FlowBench& b) { b.model->show(stage); }; };
+    const std::map<std::string, std::string> fromHome = {
+        {"load", "scanning"}, {"sweep", "scanning"}, {"show", "history"}};
+    const auto load = events.at("load");
+    const auto sweep = [](FlowBench& b) {
+        b.model->show(stage::Installers{});
+        b.model->scanOrphans();
+        b.settle();
+    };
+    const Row rows[] = {
+        {"idle", [](FlowBench&) {}, fromHome},
+        {"startupItems", home(stage::StartupItems{}), fromHome},
+        {"installers", home(stage::Installers{}), fromHome},
+        {"history", home(stage::History{}), fromHome},
+        {"installers", // with an offer
+         [](FlowBench& b) { b.model->show(stage::Installers{}), events.at("offer")(b); },
+         {{"load", "scanning"}, {"sweep", "scanning"}, {"show", "history"}, {"confirm", "removing"}}},
+        {"scanning", load, {{"cancel", "idle"}, {"work ends", "review"}}},
+        {"scanning",
+         [](FlowBench& b) { b.model->show(stage::History{}), b.model->scanOrphans(); },
+         {{"cancel", "history"}, {"work ends", "orphans"}}},
+        {"review",
+         [](FlowBench& b) { b.review({"Alpine"}); },
+         {{"load", "scanning"}, {"confirm", "removing"}, {"close", "idle"}}},
+        {"review",
+         [](FlowBench& b) { b.review({"Alpine"}), b.model->select({}); },
+         {{"load", "scanning"}, {"close", "idle"}}},
+        {"orphans", sweep, {{"close", "installers"}}},
+        {"orphans",
+         [&](FlowBench& b) { sweep(b), select(b); },
+         {{"confirm", "removing"}, {"close", "installers"}}},
+        {"removing",
+         [](FlowBench& b) { b.review({"Alpine"}), b.model->confirm(); },
+         {{"work ends", "report"}}},
+        {"report", [](FlowBench& b) { b.remove({"Alpine"}); }, {{"close", "idle"}}},
+    };
+    for (const auto& row : rows)
+        for (const auto& [event, happen] : events) {
+            SCOPED_TRACE(row.stage + (" + " + event));
+            FlowBench bench;
+            row.reach(bench);
+            ASSERT_EQ(bench.stage(), row.stage);
+            happen(bench);
+            const auto next = row.next.find(event);
+            EXPECT_EQ(bench.stage(), next == row.next.end() ? row.stage : next->second);
+        }
+}
+
+TEST(RemovalFlow, AsksAboutEachApplicationThatDoesNotQuit) {
+    FlowBench bench;
+    bench.running.obedient = {"com.example.Alpine"};
+    bench.running.stubborn = {"com.example.Birch", "com.example.Cedar"};
+    bench.remove({"Alpine", "Birch", "Cedar"});
+    ASSERT_TRUE(bench.model->pendingQuitPrompt());
+    const auto first = *bench.model->pendingQuitPrompt();
+    EXPECT_EQ(first.appName, "Birch");
+    EXPECT_TRUE(bench.has(bench.bundle("Alpine"))) << "nothing moves before every answer is in";
+    EXPECT_EQ(lockTrash(bench.user, bench.volume.files()).error().fault, FileFault::busy);
+
+    bench.model->answerQuitPrompt(QuitPromptChoice::forceContinue);
+    bench.settle();
+    ASSERT_TRUE(bench.model->pendingQuitPrompt());
+    EXPECT_EQ(bench.model->pendingQuitPrompt()->appName, "Cedar");
+    EXPECT_NE(bench.model->pendingQuitPrompt()->id, first.id);
+    bench.model->answerQuitPrompt(QuitPromptChoice::cancelApp);
+    bench.settle();
+
+    ASSERT_EQ(bench.stage(), "report");
+    EXPECT_EQ(std::get<stage::Report>(bench.model->stage()).report.apps.size(), 2u);
+    EXPECT_FALSE(bench.has(bench.bundle("Birch")));
+    EXPECT_TRUE(bench.has(bench.bundle("Cedar")));
+
+    bench.model->close();
+    bench.remove({"Cedar"});
+    bench.model->answerQuitPrompt(QuitPromptChoice::cancelApp);
+    bench.settle();
+    EXPECT_EQ(bench.stage(), "review") << "nobody is left to remove";
+    EXPECT_FALSE(bench.model->errorMessage());
+    EXPECT_TRUE(lockTrash(bench.user, bench.volume.files()));
+}
+
+TEST(RemovalFlow, ARunThatCannotBeginAsksNobodyToQuit) {
+    FlowBench bench;
+    bench.running.obedient = {"com.example.Alpine"};
+    {
+        const auto other = lockTrash(bench.user, bench.volume.files());
+        bench.remove({"Alpine"});
+        EXPECT_EQ(bench.model->errorMessage(), "failure.trashBusy");
+    }
+    EXPECT_EQ(bench.stage(), "review");
+    EXPECT_THAT(bench.running.asked, IsEmpty());
+    bench.model->confirm();
+    bench.settle();
+    EXPECT_EQ(bench.stage(), "report") << "the selection is still there";
+}
+
+TEST(RemovalFlow, RefusalsAreLinesAndDoNotKeepTheOthersOut) {
+    FlowBench bench;
+    bench.protectedApps.toggle("com.example.Birch");
+    bench.volume.write("/Applications/Ev\nil.app", "a file");
+    bench.model->loadTargets({Path("/Applications/Ev\nil.app"), bench.bundle("Birch"), bench.bundle("Alpine"),
+                              Path("/Applications/./Alpine.app")});
+    EXPECT_EQ(bench.model->errorMessage(), "Ev\\nil.app: error.unreadableBundle\nerror.protectedApp Birch");
+    bench.settle();
+    EXPECT_EQ(bench.model->found().size(), 1u);
+}
+
+TEST(RemovalFlow, AResetKeepsTheApplicationAndGoingBackTakesItAgain) {
+    FlowBench bench;
+    bench.review({"Alpine"});
+    const auto app = bench.bundle("Alpine").string(), cache = bench.cache("Alpine").string();
+    const std::string permissions = "com.example.Alpine";
+    EXPECT_THAT(bench.selected(), UnorderedElementsAre(app, cache, permissions));
+    bench.model->setMode(RemovalMode::reset);
+    bench.model->selectDefaults();
+    EXPECT_THAT(bench.selected(), UnorderedElementsAre(cache, permissions));
+    EXPECT_THAT(bench.model->leftInPlace(), IsEmpty()) << "what a reset keeps was not forgotten";
+    bench.model->setMode(RemovalMode::uninstall);
+    bench.model->selectDefaults();
+    bench.model->setMode(RemovalMode::reset);
+    bench.model->setMode(RemovalMode::uninstall);
+    EXPECT_THAT(bench.selected(), UnorderedElementsAre(app, cache, permissions));
+    bench.model->setMode(RemovalMode::reset);
+    bench.model->confirm();
+    bench.settle();
+    EXPECT_TRUE(bench.has(bench.bundle("Alpine")));
+    EXPECT_FALSE(bench.has(bench.cache("Alpine")));
+}
+
+TEST(RemovalFlow, UndoesTheRunOfTheReport) {
+    FlowBench bench;
+    bench.remove({"Alpine"});
+    ASSERT_FALSE(bench.has(bench.bundle("Alpine")));
+    EXPECT_TRUE(std::get<stage::Report>(bench.model->stage()).report.verification);
+    bench.model->undoLast();
+    bench.model->undoLast();
+    EXPECT_TRUE(bench.model->isUndoing());
+    bench.settle();
+    EXPECT_TRUE(bench.has(bench.bundle("Alpine")));
+    EXPECT_EQ(bench.model->undoReport(), (UndoReport{2, 2, {}, 0}));
+    bool dismissed = false;
+    bench.model->onReportDismissed = [&] { dismissed = true; };
+    bench.model->close();
+    EXPECT_TRUE(dismissed);
+    EXPECT_FALSE(bench.model->undoReport());
+}
+
+TEST(RemovalFlow, StartsWithRecoveryAndPurgesWhatIsPastItsTime) {
+    FlowBench bench;
+    bench.preferences.quarantineRetention.set("thirtyDays");
+    std::vector<Path> roots;
+    for (const auto& [name, age] :
+         {std::pair("Alpine", 40), std::pair("Birch", -40), std::pair("Cedar", 1)}) {
+        bench.clock.moment -= std::chrono::days(age);
+        bench.remove({name});
+        bench.clock.moment += std::chrono::days(age);
+        roots.push_back(std::get<stage::Report>(bench.model->stage()).report.quarantineRoot);
+        bench.model->close();
+    }
+    const auto cut = readManifest(roots[2], bench.volume.files()).value();
+    ASSERT_TRUE(writeJournal({.createdAt = cut.createdAt,
+                              .quarantineRoot = cut.quarantineRoot,
+                              .apps = cut.apps,
+                              .planned = cut.entries},
+                             roots[2] / journalFileName, bench.volume.files()));
+    ASSERT_TRUE(bench.volume.files().removeFile(roots[2] / manifestFileName));
+
+    bench.model->start();
+    bench.settle();
+    EXPECT_FALSE(bench.has(roots[0]));
+    EXPECT_TRUE(bench.has(roots[1])) << "its date lies in the future";
+    ASSERT_TRUE(bench.model->recoveryNotice());
+    EXPECT_EQ(bench.model->recoveryNotice()->manifest.apps.front().name, "Cedar");
+    bench.model->start();
+    EXPECT_EQ(bench.background.drain(), 0u) << "once per launch";
+    bench.model->undoRecovered();
+    bench.settle();
+    EXPECT_TRUE(bench.has(bench.bundle("Cedar")));
+    EXPECT_FALSE(bench.model->recoveryNotice());
+}
+
+TEST(RemovalFlow, WorkThatComesBackLateChangesNothing) {
+    FlowBench bench;
+    bench.model->loadTargets({bench.bundle("Alpine")});
+    bench.background.drain(); // the scan has ended, its results wait for the main thread
+    bench.model->cancelScan();
+    bench.model->loadTargets({bench.bundle("Birch")});
+    bench.main.drain();
+    EXPECT_EQ(std::get<stage::Scanning>(bench.model->stage()).name, "Birch");
+    bench.settle();
+    EXPECT_THAT(bench.selected(), Not(Contains(bench.bundle("Alpine").string())));
+
+    bench.model->close();
+    bench.model->scanOrphans();
+    bench.background.drain();
+    bench.model->cancelScan();
+    bench.settle();
+    EXPECT_EQ(bench.stage(), "idle");
+    EXPECT_THAT(bench.model->sweep().traces(), IsEmpty());
+
+    bench.review({"Cedar"});
+    bench.model->confirm();
+    bench.model.reset();
+    bench.settle();
+    EXPECT_TRUE(bench.has(bench.bundle("Cedar"))) << "a run whose owner is gone does not begin";
+}
+
+} // namespace
+} // namespace tidwen::test
