@@ -1,16 +1,14 @@
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/login_command.h"
+#include "cli/own_services.h"
 #include "cli/resources.h"
 #include "host/crash_recorder.h"
 #include "host/crash_reports.h"
 #include "host/curl_fetcher.h"
 #include "host/desktop_notifications.h"
-#include "host/xdg_autostart.h"
 #include "operations/posix_process_runner.h"
-#include "settings/file_defaults.h"
 #include "volume/volume_file_system.h"
-#include "volume/volume_folder_events.h"
 #include "volume/volume_permission_revoker.h"
 #include "volume/volume_runner.h"
 #include "volume/volume_sources.h"
@@ -36,12 +34,13 @@ class VolumeMac {
           receipts_(*files_),
           systemExtensions_(*files_),
           launchd_(*files_, user_),
-          defaults_(FileDefaults::defaultFile(), log, &hostFolders_),
+          hostFolders_(ownServices::folderEvents("/")),
+          defaults_(ownServices::defaults(log, *hostFolders_)),
           runner_(*files_, user_, log),
           revoker_(*files_, user_),
-          folderEvents_(folder),
+          folderEvents_(ownServices::folderEvents(folder)),
           notifications_(processes_),
-          loginItem_(XdgAutostart::defaultFolder(), loginCommand(arguments), log),
+          loginItem_(ownServices::loginItem(loginCommand(arguments), log)),
           mac_{.system = {.files = *files_,
                           .signatures = signatures_,
                           .receipts = receipts_,
@@ -49,7 +48,7 @@ class VolumeMac {
                           .systemExtensions = systemExtensions_,
                           .runningApplications = runningApplications_,
                           .launchd = launchd_,
-                          .defaults = defaults_,
+                          .defaults = *defaults_,
                           .texts = texts,
                           .clock = clock_,
                           .log = log,
@@ -57,9 +56,9 @@ class VolumeMac {
                .userRunner = runner_,
                .privilegedRunner = runner_,
                .permissionRevoker = revoker_,
-               .folderEvents = folderEvents_,
+               .folderEvents = *folderEvents_,
                .notifications = notifications_,
-               .loginItem = loginItem_,
+               .loginItem = *loginItem_,
                .administrator = std::nullopt,
                .volume = std::move(folder)} {}
 
@@ -74,15 +73,15 @@ class VolumeMac {
     VolumeSystemExtensions systemExtensions_;
     VolumeRunningApplications runningApplications_;
     VolumeLaunchd launchd_;
-    VolumeFolderEvents hostFolders_{"/"};
-    FileDefaults defaults_;
+    std::unique_ptr<FolderEvents> hostFolders_;
+    std::unique_ptr<Defaults> defaults_;
     SystemClock clock_;
     VolumeRunner runner_;
     VolumePermissionRevoker revoker_;
-    VolumeFolderEvents folderEvents_;
+    std::unique_ptr<FolderEvents> folderEvents_;
     PosixProcessRunner processes_;
     DesktopNotifications notifications_;
-    XdgAutostart loginItem_;
+    std::unique_ptr<LoginItem> loginItem_;
     Mac mac_;
 };
 
@@ -119,12 +118,13 @@ ExitStatus runOnVolume(Command::OnMac run, const CommandContext& context, Log& l
 }
 
 ExitStatus runOnHost(Command::OnHost run, const CommandContext& context, Log& log) {
-    FileDefaults defaults(FileDefaults::defaultFile(), log);
+    const auto folders = ownServices::folderEvents("/");
+    const auto defaults = ownServices::defaults(log, *folders);
     const char* authorities =
         std::getenv("SSL_CERT_FILE"); // NOLINT(concurrency-mt-unsafe): nothing sets variables
     CurlFetcher fetcher(authorities ? authorities : "");
-    XdgAutostart loginItem(XdgAutostart::defaultFolder(), loginCommand(context.arguments), log);
-    Host host{defaults, log, fetcher, loginItem, TIDWEN_FEED_KEY, TIDWEN_FEED_ADDRESS};
+    const auto loginItem = ownServices::loginItem(loginCommand(context.arguments), log);
+    Host host{*defaults, log, fetcher, *loginItem, TIDWEN_FEED_KEY, TIDWEN_FEED_ADDRESS};
     return run(context, host);
 }
 

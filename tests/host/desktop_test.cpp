@@ -1,4 +1,5 @@
 #include "host/desktop_notifications.h"
+#include "host/launch_agent.h"
 #include "host/xdg_autostart.h"
 #include "support/fixtures.h"
 #include "support/recording_tools.h"
@@ -24,36 +25,54 @@ TEST(XdgAutostart, QuotesWhatTheEntryWouldReadAsSomethingElse) {
             << autostartEntry({c.argument});
 }
 
-TEST(XdgAutostart, SwitchesOnAndOff) {
+/// `switchedOff`: how the system's own settings switch an entry off.
+void expectToSwitch(LoginItem& item, const std::filesystem::path& entry,
+                    const std::function<void()>& switchedOff) {
     namespace fs = std::filesystem;
-    const test::TemporaryFolder folder;
-    test::RecordingLog log;
-    const auto configuration = folder.path() / "config";
-    XdgAutostart item(configuration / "autostart", {"/opt/tidwen", "watch"}, log);
     EXPECT_FALSE(item.isEnabled());
     EXPECT_TRUE(item.setEnabled(false)) << "off already";
     EXPECT_TRUE(item.setEnabled(true));
     EXPECT_TRUE(item.isEnabled());
-    const auto entry = configuration / "autostart/com.corvella.tidwen.desktop";
-    std::ofstream(entry, std::ios::app) << "Hidden=true\n"; // as the desktop's own settings switch it off
+    switchedOff();
     EXPECT_FALSE(item.isEnabled());
 
-    std::ofstream(folder.path() / "mine") << "mine";
+    const auto mine = entry.parent_path().parent_path() / "mine";
+    std::ofstream(mine) << "mine";
     fs::remove(entry);
-    fs::create_symlink(folder.path() / "mine", entry);
+    fs::create_symlink(mine, entry);
     EXPECT_TRUE(item.setEnabled(true));
     EXPECT_FALSE(fs::is_symlink(entry)) << "a link is replaced, not written through";
-    EXPECT_EQ(fs::file_size(folder.path() / "mine"), 4u);
+    EXPECT_EQ(fs::file_size(mine), 4u);
     EXPECT_TRUE(item.setEnabled(false));
-    EXPECT_TRUE(fs::is_empty(configuration / "autostart"));
+    EXPECT_TRUE(fs::is_empty(entry.parent_path()));
+}
 
-    for (const auto* broken : {"/opt/tidwen\nExec=evil", "/opt/\xff"}) {
-        EXPECT_FALSE(XdgAutostart(folder.path(), {broken}, log).setEnabled(true));
+template<class Item>
+void expectToRefuse(const std::filesystem::path& folder) {
+    test::RecordingLog log;
+    for (const auto* broken : {"/opt/tidwen\x01", "/opt/\xff"}) {
+        EXPECT_FALSE(Item(folder, {broken}, log).setEnabled(true));
         EXPECT_TRUE(log.contains("cannot stand in it"));
     }
-    std::ofstream(folder.path() / "file");
-    EXPECT_FALSE(XdgAutostart(folder.path() / "file/autostart", {"/opt/tidwen"}, log).setEnabled(true));
-    EXPECT_TRUE(log.contains("file/autostart"));
+    std::ofstream(folder / "file");
+    EXPECT_FALSE(Item(folder / "file/entries", {"/opt/tidwen"}, log).setEnabled(true));
+    EXPECT_TRUE(log.contains("file/entries"));
+}
+
+TEST(LoginItems, SwitchOnAndOff) {
+    const test::TemporaryFolder folder;
+    test::RecordingLog log;
+    const std::vector<std::string> command = {"/opt/tidwen", "watch"};
+    const auto entry = folder.path() / "autostart/com.corvella.tidwen.desktop";
+    XdgAutostart autostart(entry.parent_path(), command, log);
+    expectToSwitch(autostart, entry, [&] { std::ofstream(entry, std::ios::app) << "Hidden=true\n"; });
+    const auto file = folder.path() / "LaunchAgents/com.corvella.tidwen.watch.plist";
+    LaunchAgent agent(file.parent_path(), command, log);
+    expectToSwitch(agent, file, [&] {
+        std::ofstream(file) << "<plist version=\"1.0\"><dict><key>Disabled</key><true/></dict></plist>";
+    });
+    expectToRefuse<XdgAutostart>(folder.path());
+    expectToRefuse<LaunchAgent>(folder.path());
 }
 
 TEST(DesktopNotifications, AreUnavailableWithoutTheToolAndNeverReadANameAsAnOption) {

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/folder_events.h"
+
+#include <filesystem>
+
+namespace tidwen {
+
+/// Watches folders below a root through the file system events of macOS.
+class FsEvents : public FolderEvents {
+  public:
+    explicit FsEvents(std::filesystem::path root) : root_(std::move(root)) {}
+
+    std::unique_ptr<Watch> watch(const Path& folder, std::function<void()> changed) override;
+
+  private:
+    std::filesystem::path root_;
+};
+
+} // namespace tidwen

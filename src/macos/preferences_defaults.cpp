@@ -1,0 +1,56 @@
+#include "macos/preferences_defaults.h"
+
+#include "macos/core_foundation.h"
+#include "settings/user_folder.h"
+
+namespace tidwen {
+
+namespace {
+
+/// Both directions go through the binary form: one reader judges every property list, whoever wrote it.
+CFOwned<CFPropertyListRef> toSystem(const PropertyListValue& value) {
+    const auto bytes = writeBinaryPropertyList(value);
+    const CFOwned data(CFDataCreate(nullptr, reinterpret_cast<const UInt8*>(bytes.data()),
+                                    static_cast<CFIndex>(bytes.size())));
+    if (!data) return CFOwned<CFPropertyListRef>(nullptr);
+    return CFOwned(
+        CFPropertyListCreateWithData(nullptr, data.get(), kCFPropertyListImmutable, nullptr, nullptr));
+}
+
+std::optional<PropertyListValue> fromSystem(CFPropertyListRef value) {
+    const CFOwned data(
+        CFPropertyListCreateData(nullptr, value, kCFPropertyListBinaryFormat_v1_0, 0, nullptr));
+    if (!data) return std::nullopt;
+    const std::string_view bytes(reinterpret_cast<const char*>(CFDataGetBytePtr(data.get())),
+                                 static_cast<std::size_t>(CFDataGetLength(data.get())));
+    if (auto list = parsePropertyList(bytes)) return std::move(*list);
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<PropertyListValue> PreferencesDefaults::value(const std::string& key) const {
+    const auto domain = makeString(domain_), name = makeString(key);
+    if (!domain || !name) return std::nullopt;
+    CFPreferencesAppSynchronize(domain.get()); // else what another process changed stays unseen
+    const CFOwned stored(CFPreferencesCopyAppValue(name.get(), domain.get()));
+    return stored ? fromSystem(stored.get()) : std::nullopt;
+}
+
+bool PreferencesDefaults::setValue(const std::string& key, const std::optional<PropertyListValue>& value) {
+    const auto domain = makeString(domain_), name = makeString(key);
+    const auto wanted = value ? toSystem(*value) : CFOwned<CFPropertyListRef>(nullptr);
+    bool isStored = domain && name && (wanted || !value);
+    if (isStored) {
+        CFPreferencesSetAppValue(name.get(), wanted.get(), domain.get()); // none removes the key
+        isStored = CFPreferencesAppSynchronize(domain.get());
+    }
+    if (!isStored) log_.error("Settings could not be written: {}", domain_);
+    return isStored;
+}
+
+std::unique_ptr<FolderEvents::Watch> PreferencesDefaults::watch(std::function<void()> changed) {
+    return folders_.watch(Path((userHome() / "Library/Preferences").string()), std::move(changed));
+}
+
+} // namespace tidwen
