@@ -85,7 +85,7 @@ class ResidueMatcher {
     std::vector<Group> groups_;
     std::string lowercasedName_;
     std::string canonicalName_;       ///< empty when names must not be matched
-    bool nameIsCommon_ = false;      ///< of folders that macOS or everybody has
+    bool nameIsCommon_ = false;       ///< of folders that macOS or everybody has
     std::string canonicalExecutable_; ///< empty likewise
     std::string vendor_;
 };
