@@ -1,5 +1,6 @@
 #include "host/crash_reports.h"
 
+#include "base/descriptor.h"
 #include "base/text.h"
 #include "base/timestamp.h"
 #include "settings/user_folder.h"
@@ -32,21 +33,6 @@ constexpr std::size_t maxEntries = 10'000; ///< of the folder that are looked at
 constexpr std::string_view prefix = "crash-";
 constexpr std::string_view recordSuffix = ".record";
 constexpr std::string_view reportSuffix = ".txt";
-
-class Opened {
-  public:
-    explicit Opened(int number) : number_(number) {}
-    ~Opened() {
-        if (number_ >= 0) ::close(number_);
-    }
-    Opened(const Opened&) = delete;
-    Opened& operator=(const Opened&) = delete;
-    explicit operator bool() const { return number_ >= 0; }
-    int number() const { return number_; }
-
-  private:
-    int number_;
-};
 
 std::optional<std::int64_t> number(std::string_view text) {
     std::int64_t value = 0;
@@ -83,14 +69,15 @@ std::vector<std::string> names(int folder, std::string_view suffix) {
 }
 
 std::optional<std::string> readRecord(int folder, const std::string& name) {
-    const Opened file(::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const Descriptor file(::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     struct stat info {};
-    if (!file || ::fstat(file.number(), &info) != 0 || !S_ISREG(info.st_mode) || info.st_uid != ::geteuid())
+    if (!file.isOpen() || ::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode)
+        || info.st_uid != ::geteuid())
         return std::nullopt;
     std::string content(maxRecordBytes + 1, '\0');
     std::size_t have = 0;
     while (have < content.size()) {
-        const auto got = ::read(file.number(), content.data() + have, content.size() - have);
+        const auto got = ::read(file.get(), content.data() + have, content.size() - have);
         if (got < 0) return std::nullopt;
         if (got == 0) break;
         have += static_cast<std::size_t>(got);
@@ -102,11 +89,11 @@ std::optional<std::string> readRecord(int folder, const std::string& name) {
 
 bool writeReport(int folder, const std::string& name, std::string_view content) {
     ::unlinkat(folder, name.c_str(), 0); // half of one, from a start that was cut off
-    const Opened file(
+    const Descriptor file(
         ::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
-    if (!file) return false;
+    if (!file.isOpen()) return false;
     while (!content.empty()) {
-        const auto written = ::write(file.number(), content.data(), content.size());
+        const auto written = ::write(file.get(), content.data(), content.size());
         if (written <= 0) return false;
         content.remove_prefix(static_cast<std::size_t>(written));
     }
@@ -189,31 +176,29 @@ std::string crashReport(std::string_view record, const std::string& introduction
 }
 
 std::optional<fs::path> CrashReports::collect() {
-    const Opened folder(::open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (!folder) return std::nullopt; // nothing ever crashed, or somebody put a link there
+    const Descriptor folder(::open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!folder.isOpen()) return std::nullopt; // nothing ever crashed, or somebody put a link there
     struct stat info {};
-    if (::fstat(folder.number(), &info) != 0 || info.st_uid != ::geteuid())
-        return std::nullopt; // as with sudo
-    if (::flock(folder.number(), LOCK_EX | LOCK_NB) != 0) return std::nullopt;
-    auto records = names(folder.number(), recordSuffix);
+    if (::fstat(folder.get(), &info) != 0 || info.st_uid != ::geteuid()) return std::nullopt; // as with sudo
+    if (::flock(folder.get(), LOCK_EX | LOCK_NB) != 0) return std::nullopt;
+    auto records = names(folder.get(), recordSuffix);
     if (records.empty()) return std::nullopt;
-    dropAllButNewest(folder.number(), recordSuffix, kept);
+    dropAllButNewest(folder.get(), recordSuffix, kept);
     if (records.size() > kept) records.erase(records.begin(), records.end() - kept);
 
     std::optional<fs::path> newest;
     for (const auto& record : records) {
-        if (const auto content = readRecord(folder.number(), record)) {
+        if (const auto content = readRecord(folder.get(), record)) {
             const auto name = reportName(record);
-            if (!writeReport(folder.number(), name,
-                             crashReport(*content, introduction_, userHome().string()))) {
+            if (!writeReport(folder.get(), name, crashReport(*content, introduction_, userHome().string()))) {
                 log_.error("Crash report could not be written: {}", (folder_ / name).string());
                 continue; // the record stays for the next start
             }
             newest = folder_ / name;
         }
-        ::unlinkat(folder.number(), record.c_str(), 0);
+        ::unlinkat(folder.get(), record.c_str(), 0);
     }
-    dropAllButNewest(folder.number(), reportSuffix, kept);
+    dropAllButNewest(folder.get(), reportSuffix, kept);
     return newest;
 }
 

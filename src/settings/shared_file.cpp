@@ -1,5 +1,7 @@
 #include "settings/shared_file.h"
 
+#include "base/descriptor.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -13,21 +15,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Owns an open descriptor.
-class Opened {
-  public:
-    Opened(const fs::path& path, int flags) : number_(::open(path.c_str(), flags | O_CLOEXEC, 0600)) {}
-    ~Opened() {
-        if (number_ >= 0) ::close(number_);
-    }
-    Opened(const Opened&) = delete;
-    Opened& operator=(const Opened&) = delete;
-    explicit operator bool() const { return number_ >= 0; }
-    int number() const { return number_; }
-
-  private:
-    int number_;
-};
+Descriptor open(const fs::path& path, int flags) {
+    return Descriptor(::open(path.c_str(), flags | O_CLOEXEC, 0600));
+}
 
 bool writeAll(int descriptor, std::string_view rest) {
     while (!rest.empty()) {
@@ -48,8 +38,8 @@ bool makeFolders(const fs::path& folder) {
 
 /// Without this the new name may be lost in a crash, though the content is not.
 bool flushFolder(const fs::path& folder) {
-    const Opened opened(folder, O_RDONLY | O_DIRECTORY);
-    return opened && ::fsync(opened.number()) == 0;
+    const auto opened = open(folder, O_RDONLY | O_DIRECTORY);
+    return opened.isOpen() && ::fsync(opened.get()) == 0;
 }
 
 } // namespace
@@ -72,17 +62,16 @@ tl::expected<SharedFile::Version, SharedFile::Fault> SharedFile::version() const
 }
 
 tl::expected<std::string, SharedFile::Fault> SharedFile::read(std::size_t maxBytes) const {
-    const Opened file(path_, O_RDONLY | O_NONBLOCK); // a pipe of that name must not hold us up
-    if (!file) return tl::unexpected(errno == ENOENT ? Fault::missing : Fault::unreadable);
+    const auto file = open(path_, O_RDONLY | O_NONBLOCK); // a pipe of that name must not hold us up
+    if (!file.isOpen()) return tl::unexpected(errno == ENOENT ? Fault::missing : Fault::unreadable);
     struct stat info {};
-    if (::fstat(file.number(), &info) != 0 || !S_ISREG(info.st_mode))
-        return tl::unexpected(Fault::unreadable);
+    if (::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode)) return tl::unexpected(Fault::unreadable);
     if (info.st_size < 0 || static_cast<std::uint64_t>(info.st_size) > maxBytes)
         return tl::unexpected(Fault::unreadable);
 
     std::string content(static_cast<std::size_t>(info.st_size), '\0');
     for (std::size_t have = 0; have < content.size();) {
-        const auto got = ::read(file.number(), content.data() + have, content.size() - have);
+        const auto got = ::read(file.get(), content.data() + have, content.size() - have);
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) return tl::unexpected(Fault::unreadable);
         if (got == 0) content.resize(have);
@@ -95,9 +84,9 @@ bool SharedFile::replace(std::string_view content) const {
     const auto fresh = sibling("new");
     ::unlink(fresh.c_str()); // what a crash left behind
     {
-        const Opened file(fresh, O_WRONLY | O_CREAT | O_EXCL);
-        if (!file) return false;
-        if (!writeAll(file.number(), content) || ::fsync(file.number()) != 0) {
+        const auto file = open(fresh, O_WRONLY | O_CREAT | O_EXCL);
+        if (!file.isOpen()) return false;
+        if (!writeAll(file.get(), content) || ::fsync(file.get()) != 0) {
             ::unlink(fresh.c_str());
             return false;
         }

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/descriptor.h"
 #include "platform/file_system.h"
-#include "volume/descriptor.h"
 
 #include <dirent.h>
 #include <string>

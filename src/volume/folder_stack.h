@@ -1,6 +1,6 @@
 #pragma once
 
-#include "volume/descriptor.h"
+#include "base/descriptor.h"
 
 #include <sys/stat.h>
 #include <vector>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/descriptor.h"
 #include "platform/file_system.h"
-#include "volume/descriptor.h"
 
 #include <string>
 #include <sys/stat.h>
@@ -24,28 +24,24 @@ bool isTaken(int folder, const char* name);
 /// Where a symbolic link points, as it stands; EINVAL when the item is no link.
 OsResult<std::string> readLinkTarget(int folder, const char* name);
 
+/// The times of an item, which systems call differently.
+namespace statTime {
+#ifdef __APPLE__
+inline constexpr auto modified = &stat::st_mtimespec, changed = &stat::st_ctimespec,
+                      accessed = &stat::st_atimespec;
+#else
+inline constexpr auto modified = &stat::st_mtim, changed = &stat::st_ctim, accessed = &stat::st_atim;
+#endif
+} // namespace statTime
+
 inline timespec modificationTime(const struct stat& item) {
-#ifdef __APPLE__
-    return item.st_mtimespec;
-#else
-    return item.st_mtim;
-#endif
+    return item.*statTime::modified;
 }
-
 inline timespec changeTime(const struct stat& item) {
-#ifdef __APPLE__
-    return item.st_ctimespec;
-#else
-    return item.st_ctim;
-#endif
+    return item.*statTime::changed;
 }
-
 inline timespec accessTime(const struct stat& item) {
-#ifdef __APPLE__
-    return item.st_atimespec;
-#else
-    return item.st_atim;
-#endif
+    return item.*statTime::accessed;
 }
 
 inline std::int64_t nanoseconds(const timespec& time) {
