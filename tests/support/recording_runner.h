@@ -8,6 +8,10 @@
 
 namespace tidwen::test {
 
+inline RemovalOperation step(int id, RemovalOperation::Kind kind) {
+    return {.id = id, .kind = std::move(kind), .displayName = {}, .bundleID = {}};
+}
+
 /// Keeps what it was asked to do. Every operation succeeds unless `answer` gives a reason.
 class RecordingRunner : public PrivilegedRunner {
   public:

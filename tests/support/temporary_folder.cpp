@@ -1,7 +1,8 @@
 #include "support/temporary_folder.h"
 
+#include "support/trees.h"
+
 #include <cstdlib>
-#include <fstream>
 #include <stdexcept>
 
 namespace tidwen::test {
@@ -25,22 +26,14 @@ TemporaryFolder::~TemporaryFolder() {
     fs::remove_all(path_, ignored);
 }
 
-TemporaryVolume::TemporaryVolume() {
-    auto opened = VolumeFileSystem::open(folder_.path());
-    if (!opened) throw std::runtime_error("the temporary volume cannot be opened");
-    files_ = std::move(*opened);
-}
+TemporaryVolume::TemporaryVolume() : files_(VolumeFileSystem::open(folder_.path()).value()) {}
 
 fs::path TemporaryVolume::host(std::string_view macPath) const {
     return folder_.path() / fs::path(macPath).relative_path();
 }
 
 void TemporaryVolume::write(std::string_view macPath, std::string_view content) const {
-    const auto file = host(macPath);
-    fs::create_directories(file.parent_path());
-    std::ofstream out(file, std::ios::binary);
-    out << content;
-    if (!out.flush()) throw std::runtime_error("cannot write " + file.string());
+    writeFile(host(macPath), content);
 }
 
 void TemporaryVolume::makeFolder(std::string_view macPath) const {
@@ -58,8 +51,7 @@ bool TemporaryVolume::exists(std::string_view macPath) const {
 }
 
 std::string TemporaryVolume::read(std::string_view macPath) const {
-    std::ifstream in(host(macPath), std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
+    return contentOf(host(macPath));
 }
 
 } // namespace tidwen::test

@@ -49,7 +49,9 @@ bool tag(const fs::path& item) {
 
 void writeFile(const fs::path& file, std::string_view content) {
     fs::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary) << content;
+    std::ofstream out(file, std::ios::binary);
+    if (!out.write(content.data(), static_cast<std::streamsize>(content.size())).flush())
+        throw std::runtime_error("cannot write " + file.string());
 }
 
 std::string contentOf(const fs::path& file) {

@@ -13,7 +13,6 @@
 #endif
 
 namespace tidwen::test {
-
 namespace {
 
 constexpr unsigned nobody = 65534;
@@ -48,6 +47,14 @@ int runUnprivileged(const std::function<int()>& body) {
         }
         return body();
     });
+}
+
+void inChild(const std::function<void()>& body) {
+    EXPECT_EQ(runInChild([&] { return body(), 0; }), 0) << "in a process of its own";
+}
+
+void asUnprivileged(const std::function<void()>& body) {
+    EXPECT_EQ(runUnprivileged([&] { return body(), 0; }), 0) << "as a user without rights";
 }
 
 void giveToUnprivileged(const std::filesystem::path& tree) {

@@ -12,6 +12,10 @@ int runInChild(const std::function<int()>& body);
 /// The same as a user without rights (65534 when root runs the tests), whom the kernel refuses things.
 int runUnprivileged(const std::function<int()>& body);
 
+/// Both for a body that gives no status: the calling test fails when an expectation in the body did.
+void inChild(const std::function<void()>& body);
+void asUnprivileged(const std::function<void()>& body);
+
 /// Makes a tree the unprivileged user's, without following links. Does nothing when not root.
 void giveToUnprivileged(const std::filesystem::path& tree);
 
