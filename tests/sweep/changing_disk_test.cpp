@@ -5,18 +5,17 @@
 #include "inventory/installed_applications.h"
 #include "scan/residue_scanner.h"
 #include "support/fixtures.h"
-#include "support/watched_files.h"
+#include "support/matchers.h"
 #include "sweep/orphan_scanner.h"
 #include "volume/volume_sources.h"
 
+#include <atomic>
 #include <fmt/core.h>
-#include <gmock/gmock.h>
 
 namespace tidwen {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::Contains;
 using testing::IsSubsetOf;
 
 const std::string library = "/Users/alice/Library/";
@@ -24,6 +23,75 @@ const std::string library = "/Users/alice/Library/";
 std::string job(const std::string& label) {
     return writeXmlPropertyList(PropertyListDictionary{{"Label", label}, {"Program", "/gone"}});
 }
+
+/// Another file system that counts what is asked of it, and lets a test do something before the call of a
+/// given number: change the disk under the reader's hands, or ask it to stop.
+class WatchedFiles : public FileSystem {
+  public:
+    explicit WatchedFiles(FileSystem& files) : files_(files) {}
+
+    /// `what` is done once, before call number `call`, which is counted from zero.
+    void before(std::size_t call, std::function<void()> what) {
+        calls_ = 0;
+        call_ = call;
+        what_ = std::move(what);
+    }
+    std::size_t calls() const { return calls_; }
+
+    FileResult<FileInfo> info(const Path& path) const override { return watched().info(path); }
+    FileResult<FileInfo> infoFollowingLinks(const Path& path) const override {
+        return watched().infoFollowingLinks(path);
+    }
+    FileResult<std::vector<DirectoryEntry>> list(const Path& folder) const override {
+        return watched().list(folder);
+    }
+    FileResult<std::string> read(const Path& file, std::size_t maxBytes) const override {
+        return watched().read(file, maxBytes);
+    }
+    FileResult<std::string> readRange(const Path& file, std::uint64_t offset,
+                                      std::size_t length) const override {
+        return watched().readRange(file, offset, length);
+    }
+    FileResult<std::string> extendedAttribute(const Path& path, const std::string& name) const override {
+        return watched().extendedAttribute(path, name);
+    }
+    FileResult<Path> resolve(const Path& path) const override { return watched().resolve(path); }
+    FileResult<TreeSize> treeSize(const Path& path, std::uint64_t entryLimit,
+                                  const StopToken& stop) const override {
+        return watched().treeSize(path, entryLimit, stop);
+    }
+    bool isMovable(const Path& path) const override { return watched().isMovable(path); }
+
+    FileResult<void> createDirectory(const Path& folder) override { return files_.createDirectory(folder); }
+    FileResult<void> createDirectories(const Path& folder) override {
+        return files_.createDirectories(folder);
+    }
+    FileResult<void> move(const Path& from, const Path& to) override { return files_.move(from, to); }
+    FileResult<void> settleInterruptedMove(const Path& from, const Path& to) override {
+        return files_.settleInterruptedMove(from, to);
+    }
+    bool isSetAside(const Path& from) const override { return files_.isSetAside(from); }
+    FileResult<void> replaceFile(const Path& file, std::string_view content, NewFileMode mode) override {
+        return files_.replaceFile(file, content, mode);
+    }
+    FileResult<void> removeFile(const Path& file) override { return files_.removeFile(file); }
+    FileResult<void> removeEmptyDirectory(const Path& folder) override {
+        return files_.removeEmptyDirectory(folder);
+    }
+    FileResult<void> removeTree(const Path& folder) override { return files_.removeTree(folder); }
+    FileResult<std::unique_ptr<FolderLock>> lock(const Path& folder) override { return files_.lock(folder); }
+
+  private:
+    const FileSystem& watched() const {
+        if (calls_++ == call_ && what_) what_();
+        return files_;
+    }
+
+    FileSystem& files_;
+    mutable std::atomic<std::size_t> calls_ = 0;
+    std::size_t call_ = 0;
+    std::function<void()> what_;
+};
 
 /// Three applications with leftovers, and one that is gone.
 class Disk {
@@ -73,10 +141,9 @@ class Disk {
         const auto bundles = findApplicationBundles(files, test::alice());
         ResidueScanner scanner({files, receipts, keychain, extensions, texts, log}, test::alice(),
                                {readIdentities(files, bundles), {}});
-        AppTarget target;
-        target.bundleURL = Path("/Applications/ferry boat.app");
-        target.bundleID = "com.ferry.boat";
-        target.name = "Boat ferry";
+        const AppTarget target{.bundleURL = Path("/Applications/ferry boat.app"),
+                               .bundleID = "com.ferry.boat",
+                               .name = "Boat ferry"};
         std::vector<std::string> found;
         for (const auto& trace : scanner.scan(target, stop).traces)
             found.push_back(trace.displayName);
@@ -84,7 +151,7 @@ class Disk {
     }
 
     test::TemporaryVolume volume;
-    test::WatchedFiles files{volume.files()};
+    WatchedFiles files{volume.files()};
     FileCodeSignatures signatures{files};
     VolumeRunningApplications running;
     test::RecordingLog log;
@@ -96,19 +163,14 @@ constexpr std::pair<const char*, Work> works[] = {
     {"orphans", &Disk::orphans}, {"inventory", &Disk::inventory}, {"scan", &Disk::scan}};
 
 /// How often the work asks the disk for something when nothing happens to it.
-std::size_t callsOf(Work work) {
-    Disk disk;
+std::size_t callsOf(Work work, Disk& disk) {
     disk.files.before(SIZE_MAX, {});
     (disk.*work)({});
     return disk.files.calls();
 }
 
 TEST(ChangingDisk, NeverMakesAnOrphanOfWhatIsInstalled) {
-    struct Change {
-        const char* what;
-        std::function<void(Disk&)> change;
-    };
-    const Change changes[] = {
+    const std::pair<const char*, std::function<void(Disk&)>> changes[] = {
         {"an application moves",
          [](Disk& disk) {
              disk.volume.makeFolder("/Applications/Boats");
@@ -120,7 +182,8 @@ TEST(ChangingDisk, NeverMakesAnOrphanOfWhatIsInstalled) {
         {"a location is removed", [](Disk& disk) { fs::remove_all(disk.volume.host(library + "Caches")); }},
         {"all applications are out of sight",
          [](Disk& disk) { fs::rename(disk.volume.host("/Applications"), disk.volume.host("/Away")); }}};
-    const auto calls = callsOf(&Disk::orphans);
+    Disk untouched;
+    const auto calls = callsOf(&Disk::orphans, untouched);
     for (const auto& [what, change] : changes)
         for (std::size_t at = 1; at < calls; at += 3) { // the first call lists the applications
             SCOPED_TRACE(std::string(what) + " before call " + std::to_string(at));
@@ -136,7 +199,8 @@ TEST(ChangingDisk, NeverMakesAnOrphanOfWhatIsInstalled) {
 TEST(ChangingDisk, SeesAnApplicationThatComesDuringTheSweep) {
     Disk disk;
     EXPECT_THAT(disk.orphans(), Contains("com.gone.boat"));
-    const auto half = callsOf(&Disk::orphans) / 2; // the last look at the applications comes near the end
+    const auto half =
+        callsOf(&Disk::orphans, disk) / 2; // the last look at the applications comes near the end
     for (std::size_t at = 0; at < half; at += 5) {
         fs::remove_all(disk.volume.host("/Applications/gone boat.app"));
         disk.files.before(at, [&] { disk.writeApplication("gone"); });
@@ -145,7 +209,8 @@ TEST(ChangingDisk, SeesAnApplicationThatComesDuringTheSweep) {
 }
 
 TEST(ChangingDisk, ListsEveryApplicationThatStays) {
-    const auto calls = callsOf(&Disk::inventory);
+    Disk untouched;
+    const auto calls = callsOf(&Disk::inventory, untouched);
     for (std::size_t at = 0; at < calls; at += 3) {
         Disk disk;
         disk.files.before(at, [&] {
@@ -168,9 +233,7 @@ TEST(ChangingDisk, EndsSoonWhereverItIsStopped) {
             disk.volume.write(fmt::format("{}LaunchAgents/com.old{}.plist", library, i),
                               job("com.old.job" + number));
         }
-        disk.files.before(SIZE_MAX, {});
-        (disk.*work)({});
-        const auto calls = disk.files.calls();
+        const auto calls = callsOf(work, disk);
         // What is in the hands of each thread is finished: one bundle at most.
         constexpr std::size_t soon = 120;
         for (std::size_t at = 0; at < calls; at += calls / 40) {
@@ -185,14 +248,9 @@ TEST(ChangingDisk, EndsSoonWhereverItIsStopped) {
 
 TEST(HugeFolder, CostsNoMoreLooksThanASmallOne) {
     Disk disk;
-    const auto looks = [&](Work work) {
-        disk.files.before(SIZE_MAX, {});
-        (disk.*work)({});
-        return disk.files.calls();
-    };
     std::vector<std::size_t> before;
     for (const auto& [name, work] : works)
-        before.push_back(looks(work));
+        before.push_back(callsOf(work, disk));
     for (const auto* place : {"Caches", "Preferences", "Group Containers"})
         for (int i = 0; i < 7'000; ++i)
             disk.volume.write(fmt::format("{}{}/com.apple.child{}", library, place, i), "");
@@ -200,13 +258,13 @@ TEST(HugeFolder, CostsNoMoreLooksThanASmallOne) {
     EXPECT_THAT(found, Contains(library + "Caches/com.ferry.boat"));
     EXPECT_THAT(disk.orphans(), Contains("com.gone.boat"));
     for (std::size_t i = 0; i < std::size(works); ++i)
-        EXPECT_LE(looks(works[i].second), before[i] + 3) << works[i].first;
+        EXPECT_LE(callsOf(works[i].second, disk), before[i] + 3) << works[i].first;
 
     for (int i = 0; i < 6'000; ++i)
         disk.volume.makeFolder("/Applications/Folder " + std::to_string(i));
     // A disk made to have no end is not searched to it, and what was found still counts.
     EXPECT_THAT(disk.inventory(), Contains("com.canoe.boat"));
-    EXPECT_LE(looks(&Disk::inventory), before[1] + 10'100);
+    EXPECT_LE(callsOf(&Disk::inventory, disk), before[1] + 10'100);
 }
 
 } // namespace

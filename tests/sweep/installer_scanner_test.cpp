@@ -18,12 +18,11 @@ std::vector<InstalledApp> installed(const std::vector<std::string>& names) {
 }
 
 TEST(InstallerScanner, MatchesByTheLongestLeadingName) {
-    struct Case {
+    const struct {
         const char* file;
         std::vector<std::string> apps;
         const char* expected; ///< nullptr: none
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"Quill-4.2.dmg", {"Quill"}, "Quill"},
         {"Quill-4.2.dmg", {"Quil"}, nullptr}, // four letters must be the whole leading word
         {"Kip 2.dmg", {"Kip"}, "Kip"},

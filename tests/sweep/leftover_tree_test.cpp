@@ -1,11 +1,8 @@
+#include "support/matchers.h"
 #include "sweep/leftover_tree.h"
-
-#include <gmock/gmock.h>
 
 namespace tidwen {
 namespace {
-
-using testing::ElementsAre;
 
 Trace trace(const std::string& name, std::optional<std::int64_t> size,
             TraceCategory category = TraceCategory::caches,
