@@ -1,37 +1,57 @@
 #include "scan/default_selection.h"
+#include "scan/protected_apps.h"
 #include "scan/root_needed.h"
+#include "support/memory_defaults.h"
 
 #include <gtest/gtest.h>
+#include <tuple>
 
 namespace tidwen {
 namespace {
 
 using Kind = MatchReason::Kind;
 
+TEST(Trace, RiskFollowsCategoryThenRootThenReason) {
+    using enum TraceCategory;
+    const std::tuple<TraceCategory, Kind, bool, TraceRisk> cases[] = {
+        {application, Kind::declaredTarget, false, TraceRisk::safe},
+        {caches, Kind::exactBundleID, false, TraceRisk::safe},
+        {caches, Kind::exactBundleID, true, TraceRisk::sensitive},
+        {supportFiles, Kind::nameToken, false, TraceRisk::review},
+        {supportFiles, Kind::nameToken, true, TraceRisk::sensitive},
+        {logs, Kind::executableName, false, TraceRisk::review},
+        {containers, Kind::appGroup, false, TraceRisk::safe},
+        {containers, Kind::sharedAppGroup, false, TraceRisk::review},
+        {receipts, Kind::receipt, false, TraceRisk::safe},
+        {privilegedTools, Kind::exactBundleID, false, TraceRisk::sensitive},
+        {keychain, Kind::exactBundleID, false, TraceRisk::sensitive},
+        {systemExtensions, Kind::exactBundleID, false, TraceRisk::sensitive},
+        {permissions, Kind::declaredTarget, false, TraceRisk::review},
+    };
+    for (const auto& [category, reason, requiresRoot, expected] : cases)
+        EXPECT_EQ(traceRisk(category, reason, requiresRoot), expected) << name(category);
+}
+
 TEST(DefaultSelection, TakesWhatIsSafeToTake) {
+    using enum TraceCategory;
+    using enum Reversibility;
     const struct {
         const char* what;
         TraceCategory category;
-        Kind reason;
         Reversibility reversibility;
-        bool requiresRoot, isContested, isTaken;
+        bool isTaken;
+        Kind reason = Kind::exactBundleID;
+        bool requiresRoot = false, isContested = false;
     } cases[] = {
-        {"the application, also as root", TraceCategory::application, Kind::declaredTarget,
-         Reversibility::reversible, true, false, true},
-        {"safe", TraceCategory::caches, Kind::exactBundleID, Reversibility::reversible, false, false, true},
-        {"review", TraceCategory::caches, Kind::nameToken, Reversibility::reversible, false, false, true},
-        {"permissions", TraceCategory::permissions, Kind::declaredTarget, Reversibility::irreversibleHarmless,
-         false, false, true},
-        {"contested", TraceCategory::caches, Kind::exactBundleID, Reversibility::reversible, false, true,
-         false},
-        {"sensitive", TraceCategory::caches, Kind::exactBundleID, Reversibility::reversible, true, false,
-         false},
-        {"passwords", TraceCategory::keychain, Kind::exactBundleID, Reversibility::irreversibleDestructive,
-         false, false, false},
-        {"only by hand", TraceCategory::supportFiles, Kind::exactBundleID, Reversibility::manualOnly, false,
-         false, false},
-        {"lost for good", TraceCategory::supportFiles, Kind::exactBundleID,
-         Reversibility::irreversibleDestructive, false, false, false},
+        {"the application, also as root", application, reversible, true, Kind::declaredTarget, true},
+        {"safe", caches, reversible, true},
+        {"review", caches, reversible, true, Kind::nameToken},
+        {"permissions", permissions, irreversibleHarmless, true, Kind::declaredTarget},
+        {"contested", caches, reversible, false, Kind::exactBundleID, false, true},
+        {"sensitive", caches, reversible, false, Kind::exactBundleID, true},
+        {"passwords", keychain, irreversibleDestructive, false},
+        {"only by hand", supportFiles, manualOnly, false},
+        {"lost for good", supportFiles, irreversibleDestructive, false},
     };
     for (const auto& c : cases) {
         auto trace = makeTrace(c.category, action::MovePath{Path("/x")}, {c.reason, ""}, c.reversibility, "",
@@ -73,6 +93,31 @@ TEST(MoveNeedsRoot, JudgesByModesAndOwners) {
         parent.groupID = c.parentGroup;
         EXPECT_EQ(moveNeedsRoot(item, parent, c.userID), c.needsRoot) << c.what;
     }
+}
+
+constexpr const char* key = "tidwen.protectedBundleIDs";
+
+TEST(ProtectedApps, TogglesAndStoresSorted) {
+    test::MemoryDefaults defaults;
+    ProtectedApps apps(defaults);
+    for (const char* identifier : {"b", "a", "x", "C", "x"})
+        apps.toggle(identifier);
+    EXPECT_EQ(defaults.value(key), (PropertyListArray{"C", "a", "b"}));
+    defaults.isReadOnly = true;
+    EXPECT_FALSE(apps.toggle("b"));
+    EXPECT_TRUE(apps.contains("b"));
+    EXPECT_EQ(ProtectedApps(defaults).bundleIDs(), apps.bundleIDs());
+    defaults.values = {{key, PropertyListArray{"a", 1}}};
+    EXPECT_TRUE(ProtectedApps(defaults).bundleIDs().empty());
+}
+
+TEST(ProtectedApps, PartitionComparesExactlyAndKeepsTheOrder) {
+    test::MemoryDefaults defaults;
+    defaults.values = {{key, PropertyListArray{"a", "c"}}};
+    const AppTarget a{.bundleID = "a"}, upper{.bundleID = "A"}, b{.bundleID = "b"}, c{.bundleID = "c"};
+    const auto parts = ProtectedApps(defaults).partition({c, upper, a, b});
+    EXPECT_EQ(parts.protectedTargets, (std::vector{c, a}));
+    EXPECT_EQ(parts.allowed, (std::vector{upper, b}));
 }
 
 } // namespace

@@ -8,11 +8,9 @@ namespace {
 using Kind = MatchReason::Kind;
 
 AppTarget targetNamed(std::string bundleID, std::string name) {
-    AppTarget target;
-    target.bundleURL = Path("/Applications/Target.app");
-    target.bundleID = std::move(bundleID);
-    target.name = std::move(name);
-    return target;
+    return {.bundleURL = Path("/Applications/Target.app"),
+            .bundleID = std::move(bundleID),
+            .name = std::move(name)};
 }
 
 ResidueMatcher matcherFor(AppTarget target, const std::vector<InstalledIdentity>& installed = {},
@@ -36,10 +34,7 @@ TEST(ResidueMatcher, JudgesByIdentifierThenName) {
     const auto matcher =
         matcherFor(targetNamed("com.Example.app", "Marlin Notes"), neighbours,
                    {"com.corvella.share.Login", "com.corvella.marlin", "helper", "corvella.two"});
-    const struct {
-        const char* candidate;
-        const char* expected;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"com.example.app", "exactBundleID com.Example.app"},
         {"COM.EXAMPLE.APP.PLIST", "exactBundleID com.Example.app"},
         {"com.example.app.savedState", "exactBundleID com.Example.app"},
@@ -73,8 +68,8 @@ TEST(ResidueMatcher, JudgesByIdentifierThenName) {
         {"\xff\xfe", "none"},
         {"", "none"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(shown(matcher.matchIdentifier(c.candidate)), c.expected) << c.candidate;
+    for (const auto& [candidate, expected] : cases)
+        EXPECT_EQ(shown(matcher.matchIdentifier(candidate)), expected) << candidate;
 }
 
 TEST(ResidueMatcher, TakesNothingThatIsApplesOrEverybodys) {
@@ -166,10 +161,7 @@ TEST(ResidueMatcher, MatchesDeclaredGroups) {
                         "ABCDE12345.group.com.apple.y",
                         "groups.com.apple.podcasts"};
     const auto matcher = matcherFor(target, {}, {}, {"abcde12345.group.corvella"});
-    const struct {
-        const char* candidate;
-        const char* expected;
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"abcde12345.COM.corvella.shared", "appGroup ABCDE12345.com.corvella.Shared"},
         {"com.corvella.shared", "appGroup ABCDE12345.com.corvella.Shared"},
         {"ZZZZZ99999.com.corvella.shared", "none"}, // another maker's
@@ -181,8 +173,8 @@ TEST(ResidueMatcher, MatchesDeclaredGroups) {
         {"suite", "appGroup FGHIJ67890.suite"},
         {"corvella", "none"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(shown(matcher.matchAppGroup(c.candidate)), c.expected) << c.candidate;
+    for (const auto& [candidate, expected] : cases)
+        EXPECT_EQ(shown(matcher.matchAppGroup(candidate)), expected) << candidate;
     EXPECT_EQ(matcher.attributeGroup("group.corvella")->contestedBy, "group.corvella");
     EXPECT_FALSE(matcher.attributeGroup("com.corvella.shared")->contestedBy);
 }

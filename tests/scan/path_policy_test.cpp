@@ -105,17 +105,10 @@ TEST(PathPolicy, NoSpellingOpensWhatIsNeverTouched) {
                 const auto path = respelled(prefix + tail, random);
                 ASSERT_EQ(kindOf(policy.check(Path(path), true)), Kind::neverTouch) << path;
             }
-}
-
-TEST(PathPolicy, WhatIsPermittedIsDeep) {
-    const auto policy = policyFor("/Users/alice");
-    std::mt19937 random(7);
     for (const char* shallow :
          {"/", "/Applications", "/opt/..", "/Library/Caches/..", "/Users/alice/../../a"})
-        for (int round = 0; round < 50; ++round) {
-            const auto path = respelled(shallow, random);
-            ASSERT_TRUE(policy.check(Path(path), true)) << path;
-        }
+        for (int round = 0; round < 50; ++round)
+            ASSERT_TRUE(policy.check(Path(respelled(shallow, random)), true)) << shallow;
 }
 
 class MovePolicy : public testing::Test {

@@ -1,17 +1,14 @@
 #include "scan/residue_scanner.h"
 
 #include "base/text.h"
+#include "scan/search_location.h"
 #include "support/fixtures.h"
+#include "support/matchers.h"
+#include "support/stand_ins.h"
 #include "support/unprivileged.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tidwen {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 const std::string library = "/Users/alice/Library/";
 const std::string bundle = "/Applications/Marlin Notes.app";
@@ -31,26 +28,23 @@ struct FakeReceipts : Receipts {
     std::vector<Receipt> all;
 };
 
-struct FakeKeychain : Keychain {
-    std::vector<KeychainEntry> entries() const override { return all; }
-    std::int32_t deleteItems(KeychainItemClass, const std::string&) override { return keychainItemNotFound; }
-    std::vector<KeychainEntry> all;
-};
-
 struct FakeExtensions : SystemExtensions {
     std::vector<SystemExtensionRecord> list() const override { return all; }
     std::vector<SystemExtensionRecord> all;
 };
 
+/// The paths of a list, which colons part.
+std::vector<std::string> pathsOf(const std::string& list) {
+    std::vector<std::string> paths;
+    std::istringstream words(list);
+    for (std::string path; std::getline(words, path, ':');)
+        paths.push_back(path);
+    return paths;
+}
+
 class Scanner : public testing::Test {
   protected:
-    Scanner() {
-        test::writeBundle(volume, bundle, "com.corvella.marlin.notes", "Marlin Notes");
-        target.bundleURL = Path(bundle);
-        target.bundleID = "com.corvella.marlin.notes";
-        target.name = "Marlin Notes";
-        target.executableName = "MarlinEngine";
-    }
+    Scanner() { test::writeBundle(volume, bundle, "com.corvella.marlin.notes", "Marlin Notes"); }
 
     ScanResult scan(const StopToken& stop = {}, const ResidueScanner::Progress& progress = {}) {
         ResidueScanner scanner({volume.files(), receipts, keychain, extensions, texts, log}, test::alice(),
@@ -84,11 +78,14 @@ class Scanner : public testing::Test {
     test::RecordingLog log;
     Texts texts;
     FakeReceipts receipts;
-    FakeKeychain keychain;
+    test::FakeKeychain keychain;
     FakeExtensions extensions;
     std::vector<InstalledIdentity> installed = {{Path(bundle), "com.corvella.marlin.notes", "Marlin Notes"}};
     std::set<std::string> groups;
-    AppTarget target;
+    AppTarget target{.bundleURL = Path(bundle),
+                     .bundleID = "com.corvella.marlin.notes",
+                     .name = "Marlin Notes",
+                     .executableName = "MarlinEngine"};
 };
 
 TEST_F(Scanner, LooksEverywhereInOrder) {
@@ -246,31 +243,17 @@ TEST_F(Scanner, FoldsWhatReceiptsList) {
     writeJob("/opt/corvella/LaunchAgents/job.plist", "com.unrelated.job", "/x");
     volume.link("/opt/way", "/Users/alice/Documents");
     receipts.all = {
-        {"com.corvella.marlin.notes.pkg",
-         Path(),
-         {"Applications",
-          "Applications/Marlin Notes.app",
-          "Applications/Marlin Notes.app/Contents/Info.plist",
-          "Applications/Other.app",
-          "Applications/Other.app/x",
-          "usr/local/bin",
-          "usr/local/bin/marlin",
-          "usr/local/bin/gone",
-          "usr/bin/marlin",
-          "Library/Widgets",
-          "Library/Widgets/Corvella.plugin",
-          "Library/Widgets/Corvella.plugin/Contents",
-          "Library/Widgets/Corvella.plugin/Contents/Info.plist",
-          support.substr(1),
-          support.substr(1) + "/shared.dat",
-          support.substr(1) + "/Marlin Notes/a",
-          support.substr(1) + "/com.other.app/b",
-          "Users/alice/Documents/letter",
-          library.substr(1) + "Preferences/com.apple.mail.plist",
-          "opt/com.apple.store/x",
-          "opt/way/letter",
-          "",
-          "."}},
+        {"com.corvella.marlin.notes.pkg", Path(),
+         pathsOf("Applications:Applications/Marlin Notes.app:Applications/Other.app:Applications/Other.app/x:"
+                 "Applications/Marlin Notes.app/Contents/Info.plist:usr/local/bin:usr/local/bin/marlin:"
+                 "usr/local/bin/gone:usr/bin/marlin:Library/Widgets:Library/Widgets/Corvella.plugin:"
+                 "Library/Widgets/Corvella.plugin/Contents:"
+                 "Library/Widgets/Corvella.plugin/Contents/Info.plist:Library/Application Support/Corvella:"
+                 "Library/Application Support/Corvella/shared.dat:"
+                 "Library/Application Support/Corvella/Marlin Notes/a:"
+                 "Library/Application Support/Corvella/com.other.app/b:Users/alice/Documents/letter:"
+                 "Users/alice/Library/Preferences/com.apple.mail.plist:opt/com.apple.store/x:"
+                 "opt/way/letter::.")},
         {"com.corvella.marlin.notes.tools",
          Path("/opt/corvella"),
          {"../../usr/local/bin/marlin", "Marlin Notes/c", "Marlin Notes", "LaunchAgents/job.plist"}},
@@ -337,13 +320,19 @@ TEST_F(Scanner, NamesLocationsThatItCannotRead) {
     volume.makeFolder(library + "Logs/com.corvella.marlin.notes");
     test::giveToUnprivileged(volume.hostRoot());
     std::filesystem::permissions(volume.host(library + "Caches"), std::filesystem::perms::none);
-    EXPECT_EQ(0, test::runUnprivileged([&] {
-                  const auto result = scan();
-                  EXPECT_THAT(result.unreadableLocations, ElementsAre(Path(library + "Caches")));
-                  EXPECT_TRUE(log.contains("Unreadable location /Users/alice/Library/Caches"));
-                  EXPECT_EQ(result.traces.size(), 3u);
-                  return testing::Test::HasFailure() ? 1 : 0;
-              }));
+    test::asUnprivileged([&] {
+        const auto result = scan();
+        EXPECT_THAT(result.unreadableLocations, ElementsAre(Path(library + "Caches")));
+        EXPECT_TRUE(log.contains("Unreadable location /Users/alice/Library/Caches"));
+        EXPECT_EQ(result.traces.size(), 3u);
+    });
+}
+
+TEST_F(Scanner, LooksIntoNoTemporaryFolderThatCannotBeOne) {
+    auto user = test::alice();
+    user.cacheFolder = Path("relative/C");
+    user.temporaryFolder = Path("/private/var/folders/\xff/T");
+    EXPECT_EQ(userLocations(test::alice()).size(), userLocations(user).size() + 2);
 }
 
 TEST_F(Scanner, StopsWhenAsked) {
