@@ -7,17 +7,12 @@
 #include "operations/tool_receipts.h"
 #include "operations/tool_system_extensions.h"
 #include "support/fixtures.h"
+#include "support/matchers.h"
 #include "support/recording_tools.h"
 #include "volume/volume_sources.h"
 
-#include <gmock/gmock.h>
-
 namespace tidwen {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
 
 struct Package {
     std::string id;
@@ -33,17 +28,16 @@ struct Facts {
     std::map<std::string, bool> userOverrides = {}, systemOverrides = {};
 };
 
-/// The ports over one set of facts.
-class Sources {
-  public:
-    virtual ~Sources() = default;
-    virtual const Receipts& receipts() const = 0;
-    virtual const SystemExtensions& extensions() const = 0;
-    virtual const Launchd& launchd() const = 0;
-};
+/// The ports over one set of facts, as a volume holds them.
+class VolumeSources {
+    test::TemporaryVolume volume_;
+    UserEnvironment user_ = test::alice();
 
-class VolumeSources : public Sources {
   public:
+    const VolumeReceipts receipts{volume_.files()};
+    const VolumeSystemExtensions extensions{volume_.files()};
+    const VolumeLaunchd launchd{volume_.files(), user_};
+
     explicit VolumeSources(const Facts& facts) {
         for (const auto& package : facts.packages) {
             const auto place = "/private/var/db/receipts/" + package.id;
@@ -54,15 +48,15 @@ class VolumeSources : public Sources {
                 entries.push_back({file});
             volume_.write(place + ".bom", writeBillOfMaterials(entries));
         }
-        PropertyListArray extensions;
+        PropertyListArray records;
         for (const auto& each : facts.extensions)
-            extensions.push_back(PropertyListDictionary{
+            records.push_back(PropertyListDictionary{
                 {"identifier", each.id},
                 {"teamID", each.team},
                 {"container",
                  PropertyListDictionary{{"bundlePath", "/Applications/" + each.name + ".app"}}}});
         volume_.write("/Library/SystemExtensions/db.plist",
-                      writeXmlPropertyList(PropertyListDictionary{{"extensions", extensions}}));
+                      writeXmlPropertyList(PropertyListDictionary{{"extensions", records}}));
         const std::string folder = "/private/var/db/com.apple.xpc.launchd/";
         const auto write = [&](const std::string& name, const std::map<std::string, bool>& overrides) {
             volume_.write(folder + name,
@@ -71,20 +65,17 @@ class VolumeSources : public Sources {
         write("disabled.plist", facts.systemOverrides);
         write("disabled.501.plist", facts.userOverrides);
     }
-    const Receipts& receipts() const override { return receipts_; }
-    const SystemExtensions& extensions() const override { return extensions_; }
-    const Launchd& launchd() const override { return launchd_; }
-
-  private:
-    test::TemporaryVolume volume_;
-    UserEnvironment user_ = test::alice();
-    VolumeReceipts receipts_{volume_.files()};
-    VolumeSystemExtensions extensions_{volume_.files()};
-    VolumeLaunchd launchd_{volume_.files(), user_};
 };
 
-class ToolSources : public Sources {
+/// The same, as the tools of a Mac tell them.
+class ToolSources {
+    test::RecordingTools tools_;
+
   public:
+    const ToolReceipts receipts{tools_};
+    const ToolSystemExtensions extensions{tools_};
+    const ToolLaunchd launchd{tools_, 501};
+
     explicit ToolSources(Facts facts) : facts_(std::move(facts)) {
         tools_.answer = [this](const test::RecordingTools::Call& call) -> test::RecordingTools::Answer {
             const auto& verb = call.arguments.front();
@@ -97,9 +88,6 @@ class ToolSources : public Sources {
             return ProcessResult{1, "", "No receipt for it found at '/'.\n"};
         };
     }
-    const Receipts& receipts() const override { return receipts_; }
-    const SystemExtensions& extensions() const override { return extensions_; }
-    const Launchd& launchd() const override { return launchd_; }
 
   private:
     ProcessResult packageList() const {
@@ -135,27 +123,21 @@ class ToolSources : public Sources {
     }
 
     Facts facts_;
-    test::RecordingTools tools_;
-    ToolReceipts receipts_{tools_};
-    ToolSystemExtensions extensions_{tools_};
-    ToolLaunchd launchd_{tools_, 501};
 };
 
-using Maker = std::unique_ptr<Sources> (*)(const Facts&);
+template<class Sources>
+class SourcesContract : public testing::Test {};
+using Both = testing::Types<VolumeSources, ToolSources>;
+TYPED_TEST_SUITE(SourcesContract, Both, );
 
-class SourcesContract : public testing::TestWithParam<std::pair<const char*, Maker>> {
-  protected:
-    static std::unique_ptr<Sources> make(const Facts& facts) { return GetParam().second(facts); }
-};
-
-TEST_P(SourcesContract, PackagesAreListedByIdentifierAndReadWithTheirPlace) {
-    const auto sources =
-        make({.packages = {{"com.example.notes", "", {"Applications"}},
-                           {"com.example.notes-extra", "/"},
-                           {"com.example.a b's", "Applications", {"Notes.app", "Notes.app/Icon\r"}},
-                           {"com.example.inside", "Applications/Notes.app/Contents/"},
-                           {"com.example.absolute", "/Library//Fonts"}}});
-    const auto& receipts = sources->receipts();
+TYPED_TEST(SourcesContract, PackagesAreListedByIdentifierAndReadWithTheirPlace) {
+    const TypeParam sources(
+        {.packages = {{"com.example.notes", "", {"Applications"}},
+                      {"com.example.notes-extra", "/"},
+                      {"com.example.a b's", "Applications", {"Notes.app", "Notes.app/Icon\r"}},
+                      {"com.example.inside", "Applications/Notes.app/Contents/"},
+                      {"com.example.absolute", "/Library//Fonts"}}});
+    const auto& receipts = sources.receipts;
     EXPECT_THAT(receipts.packageIDs(),
                 ElementsAre("com.example.a b's", "com.example.absolute", "com.example.inside",
                             "com.example.notes", "com.example.notes-extra"));
@@ -172,34 +154,24 @@ TEST_P(SourcesContract, PackagesAreListedByIdentifierAndReadWithTheirPlace) {
         EXPECT_EQ(receipts.read(unknown), std::nullopt) << unknown;
 }
 
-TEST_P(SourcesContract, ExtensionsAreFoldedByIdentifier) {
-    const auto sources = make({.extensions = {{"ABCDE12345", "com.example.filter", "Filter (beta)"},
-                                              {"XYZ0012345", "org.corvella.driver", "Driver"},
-                                              {"OTHER12345", "com.example.filter", "Filter 2"}}});
-    EXPECT_THAT(sources->extensions().list(),
+TYPED_TEST(SourcesContract, ExtensionsAreFoldedByIdentifier) {
+    const TypeParam sources({.extensions = {{"ABCDE12345", "com.example.filter", "Filter (beta)"},
+                                            {"XYZ0012345", "org.corvella.driver", "Driver"},
+                                            {"OTHER12345", "com.example.filter", "Filter 2"}}});
+    EXPECT_THAT(sources.extensions.list(),
                 ElementsAre(SystemExtensionRecord{"ABCDE12345", "com.example.filter", "Filter (beta)"},
                             SystemExtensionRecord{"XYZ0012345", "org.corvella.driver", "Driver"}));
 }
 
-TEST_P(SourcesContract, OverridesAreToldByDomain) {
-    const auto sources =
-        make({.userOverrides = {{"com.example.agent", true}, {"com.example.on", false}, {"Plain", true}},
-              .systemOverrides = {{"com.example.daemon", true}}});
+TYPED_TEST(SourcesContract, OverridesAreToldByDomain) {
+    const TypeParam sources(
+        {.userOverrides = {{"com.example.agent", true}, {"com.example.on", false}, {"Plain", true}},
+         .systemOverrides = {{"com.example.daemon", true}}});
     EXPECT_THAT(
-        sources->launchd().disabledOverrides(false),
+        sources.launchd.disabledOverrides(false),
         ElementsAre(Pair("Plain", true), Pair("com.example.agent", true), Pair("com.example.on", false)));
-    EXPECT_THAT(sources->launchd().disabledOverrides(true), ElementsAre(Pair("com.example.daemon", true)));
+    EXPECT_THAT(sources.launchd.disabledOverrides(true), ElementsAre(Pair("com.example.daemon", true)));
 }
-
-template<class Implementation>
-std::unique_ptr<Sources> makeSources(const Facts& facts) {
-    return std::make_unique<Implementation>(facts);
-}
-
-INSTANTIATE_TEST_SUITE_P(, SourcesContract,
-                         testing::Values(std::pair<const char*, Maker>{"Volume", &makeSources<VolumeSources>},
-                                         std::pair<const char*, Maker>{"Tools", &makeSources<ToolSources>}),
-                         [](const auto& which) { return which.param.first; });
 
 } // namespace
 } // namespace tidwen

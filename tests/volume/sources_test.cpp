@@ -4,15 +4,10 @@
 #include "cli/sample/bill_of_materials_writer.h"
 #include "cli/sample/mach_o_stub.h"
 #include "support/fixtures.h"
-
-#include <gmock/gmock.h>
+#include "support/matchers.h"
 
 namespace tidwen {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Pair;
 
 const std::string team = "ABCDE12345";
 const std::string group = "group.com.example.notes";
@@ -119,6 +114,26 @@ TEST(VolumeLaunchd, NewOverridesStandAboveOldOnes) {
     EXPECT_THAT(launchd.disabledOverrides(false),
                 ElementsAre(Pair("com.example.both", false), Pair("com.example.old", true)));
     EXPECT_THAT(launchd.disabledOverrides(true), IsEmpty());
+}
+
+TEST(VolumeLaunchd, SwitchesOneJobAndKeepsTheOthers) {
+    test::TemporaryVolume volume;
+    const auto user = test::alice();
+    VolumeLaunchd launchd(volume.files(), user);
+    const Path plist("/Library/LaunchDaemons/j.plist");
+    EXPECT_TRUE(launchd.setEnabled(false, "com.example.first", plist, true)) << "there was no list yet";
+    EXPECT_TRUE(launchd.setEnabled(false, "com.example.job", plist, true));
+    EXPECT_TRUE(launchd.setEnabled(true, "com.example.job", plist, true));
+    EXPECT_THAT(launchd.disabledOverrides(true),
+                ElementsAre(Pair("com.example.first", true), Pair("com.example.job", false)));
+    EXPECT_TRUE(launchd.disabledOverrides(false).empty());
+
+    const std::string list = "/private/var/db/com.apple.xpc.launchd/disabled.501.plist";
+    for (const char* damaged : {"garbage", "<plist><array/></plist>"}) {
+        volume.write(list, damaged);
+        EXPECT_FALSE(launchd.setEnabled(false, "com.example.job", plist, false));
+        EXPECT_EQ(volume.read(list), damaged) << "a list that cannot be read is not written over";
+    }
 }
 
 } // namespace

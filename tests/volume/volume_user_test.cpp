@@ -1,14 +1,13 @@
 #include "volume/volume_user.h"
 
+#include "support/matchers.h"
 #include "support/temporary_folder.h"
 
-#include <gmock/gmock.h>
 #include <unistd.h>
 
 namespace tidwen {
 namespace {
 
-using testing::ElementsAre;
 using Kind = VolumeUserError::Kind;
 
 TEST(VolumeUser, IsTheOneWithAHome) {
