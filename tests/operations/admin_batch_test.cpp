@@ -1,5 +1,7 @@
 #include "operations/admin_batch.h"
+#include "support/recording_runner.h"
 #include "support/temporary_folder.h"
+#include "support/trees.h"
 
 #include <cstdio>
 #include <fstream>
@@ -9,18 +11,13 @@
 namespace tidwen {
 namespace {
 
-RemovalOperation step(int id, RemovalOperation::Kind kind) {
-    RemovalOperation operation;
-    operation.id = id;
-    operation.kind = std::move(kind);
-    return operation;
-}
+using test::step;
 
 /// What the real shell prints for a script: the bytes as they are.
 std::string shellOutput(const std::string& script) {
     const test::TemporaryFolder folder;
     const auto file = folder.path() / "batch";
-    std::ofstream(file, std::ios::binary) << script;
+    test::writeFile(file, script);
     FILE* pipe = popen(("/bin/sh '" + file.string() + "'").c_str(), "r");
     std::string output;
     char buffer[4096];

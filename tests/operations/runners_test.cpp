@@ -3,7 +3,9 @@
 #include "operations/tool_paths.h"
 #include "operations/user_scope_runner.h"
 #include "support/fixtures.h"
+#include "support/recording_runner.h"
 #include "support/recording_tools.h"
+#include "support/stand_ins.h"
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
@@ -12,37 +14,14 @@ namespace tidwen {
 namespace {
 
 using test::RecordingTools;
+using test::step;
 using namespace std::chrono_literals;
 
 const std::string quarantine = "/Users/alice/.Trash/Tidwen - Marlin Notes - 2024-01-01 10-00-00";
 
-RemovalOperation step(int id, RemovalOperation::Kind kind) {
-    RemovalOperation operation;
-    operation.id = id;
-    operation.kind = std::move(kind);
-    return operation;
-}
-
 operation::Move toQuarantine(const std::string& source) {
     return {Path(source), Path(quarantine + "/0001/" + Path(source).lastComponent())};
 }
-
-struct FakeKeychain : Keychain {
-    std::vector<KeychainEntry> entries() const override { return {}; }
-    std::int32_t deleteItems(KeychainItemClass itemClass, const std::string& service) override {
-        asked.push_back(service);
-        return itemClass == KeychainItemClass::genericPassword ? generic : internet;
-    }
-    std::int32_t generic = 0;
-    std::int32_t internet = 0;
-    std::vector<std::string> asked;
-};
-
-struct FakeApplications : RunningApplications {
-    bool isRunning(const std::string&) const override { return true; }
-    bool quit(const std::string&, std::chrono::milliseconds) override { return quits; }
-    bool quits = true;
-};
 
 /// Both runners over tools that only record, on a volume with one quarantine folder.
 class RunnersTest : public testing::Test {
@@ -63,8 +42,8 @@ class RunnersTest : public testing::Test {
     test::TemporaryVolume volume;
     test::RecordingLog log;
     RecordingTools tools;
-    FakeKeychain keychain;
-    FakeApplications applications;
+    test::FakeKeychain keychain;
+    test::FakeApplications applications;
 };
 
 TEST_F(RunnersTest, UserLevelStepsAskTheRightToolAndReadItsStatus) {
@@ -128,8 +107,9 @@ TEST_F(RunnersTest, UserLevelStepsAskTheRightToolAndReadItsStatus) {
 }
 
 TEST_F(RunnersTest, UserLevelStepsWithoutATool) {
+    applications.obedient = {"com.example.app"};
     EXPECT_TRUE(asUser(operation::QuitApplication{"com.example.app"}).succeeded);
-    applications.quits = false;
+    applications.stubborn = {"com.example.app"};
     EXPECT_EQ(asUser(operation::QuitApplication{"com.example.app"}).failureReason,
               Message{"failure.appDidNotQuit"});
 
@@ -141,7 +121,7 @@ TEST_F(RunnersTest, UserLevelStepsWithoutATool) {
         {-25244, 0, 1, refused},         {0, -25244, 2, refused},
         {-25308, 0, 1, status("-25308")}};
     for (const auto& [generic, internet, asked, reason] : cases) {
-        keychain = FakeKeychain();
+        keychain = test::FakeKeychain();
         keychain.generic = generic;
         keychain.internet = internet;
         EXPECT_EQ(asUser(operation::DeleteKeychainItem{"-Marlin", false}).failureReason, reason);

@@ -1,13 +1,11 @@
 #include "operations/permission_revoker.h"
 #include "operations/tool_launchd.h"
+#include "support/matchers.h"
 #include "support/recording_tools.h"
-
-#include <gmock/gmock.h>
 
 namespace tidwen {
 namespace {
 
-using testing::ElementsAre;
 using Arguments = std::vector<std::string>;
 
 ProcessResult failing(const std::string& error) {
