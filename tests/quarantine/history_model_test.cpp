@@ -4,17 +4,15 @@
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/trash_lock.h"
 #include "support/fixtures.h"
+#include "support/matchers.h"
 #include "support/recording_runner.h"
+#include "support/stand_ins.h"
 
 #include <filesystem>
-#include <gmock/gmock.h>
 #include <unistd.h>
 
 namespace tidwen::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class History : public testing::Test {
   protected:
@@ -41,17 +39,15 @@ class History : public testing::Test {
         drain();
         return names();
     }
-    void drain() {
-        while (background.drain() + main.drain() > 0) {
-        }
-    }
+    void drain() { queues.settle(); }
 
     TemporaryVolume volume;
     UserEnvironment user{alice().home, ::geteuid(), {}, {}}; // who owns what the test writes
     RecordingLog log;
     RecordingRunner runner;
     Texts texts; // keys stand for themselves
-    MainQueue main, background;
+    SteppedQueues queues;
+    MainQueue &main = queues.main, &background = queues.background;
     AdminScriptRunnerError prompt{AdminScriptRunnerError::Kind::authorizationCancelled};
     QuarantinePurge purge{volume.files(), user, [this](const std::string&) { return tl::unexpected(prompt); },
                           log};

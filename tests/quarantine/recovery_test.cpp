@@ -3,19 +3,11 @@
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/recovery.h"
 #include "support/fixtures.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "support/matchers.h"
+#include "support/stand_ins.h"
 
 namespace tidwen::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
-
-struct FixedClock : Clock {
-    Timestamp now() const override { return runDate + std::chrono::hours(1); }
-};
 
 class Recovery : public testing::Test {
   protected:

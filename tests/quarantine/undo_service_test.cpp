@@ -2,17 +2,12 @@
 #include "quarantine/entries.h"
 #include "quarantine/undo_service.h"
 #include "support/fixtures.h"
+#include "support/matchers.h"
 #include "support/recording_runner.h"
 #include "volume/volume_runner.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 namespace tidwen::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class Undo : public testing::Test {
   protected:
@@ -32,13 +27,6 @@ class Undo : public testing::Test {
     UndoReport undo(std::vector<ManifestEntry> added = {}) {
         manifest.entries.insert(manifest.entries.end(), added.begin(), added.end());
         return UndoService({volume.files(), administrator, session, texts, log}, alice()).undo(manifest);
-    }
-
-    static std::vector<RemovalOperation::Kind> kinds(const std::vector<RemovalOperation>& batch) {
-        std::vector<RemovalOperation::Kind> all;
-        for (const auto& each : batch)
-            all.push_back(each.kind);
-        return all;
     }
 
     Path root = alice().trash() / "Tidwen - Notes";
@@ -67,16 +55,17 @@ TEST_F(Undo, PutsEverythingBackWithOneBatch) {
         EXPECT_EQ(volume.read(manifest.entries[i].source), manifest.entries[i].source);
     ASSERT_EQ(administrator.batches.size(), 1u);
     const auto& batch = administrator.batches[0];
-    EXPECT_THAT(kinds(batch),
-                ElementsAre(operation::Move{root / "0005/d.plist", Path(daemon)},
-                            operation::Move{root / "0005/same number", Path("/Library/Caches/same number")},
-                            operation::Bootstrap{Path(daemon), true}));
+    const auto is = [](const RemovalOperation::Kind& kind) { return Field(&RemovalOperation::kind, kind); };
+    EXPECT_THAT(batch, ElementsAre(is(operation::Move{root / "0005/d.plist", Path(daemon)}),
+                                   is(operation::Move{root / "0005/same number",
+                                                      Path("/Library/Caches/same number")}),
+                                   is(operation::Bootstrap{Path(daemon), true})));
     EXPECT_EQ(batch[0].id, 5);
     EXPECT_NE(batch[1].id, 5) << "results are told apart by number";
     EXPECT_EQ(batch[2].displayName, "daemon");
     ASSERT_EQ(session.batches.size(), 1u);
-    EXPECT_THAT(kinds(session.batches[0]),
-                ElementsAre(operation::Bootstrap{Path(agents + "agent.plist"), false}));
+    EXPECT_THAT(session.batches[0],
+                ElementsAre(is(operation::Bootstrap{Path(agents + "agent.plist"), false})));
     EXPECT_THAT(*volume.files().list(root), IsEmpty()) << "emptied folders stay behind";
 }
 
