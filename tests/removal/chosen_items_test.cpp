@@ -39,12 +39,11 @@ TEST(ChosenItems, EachIsTakenOnceAndWhatGoesAlongIsNotLeft) {
 
 TEST(RemovalSummary, AndItsWords) {
     using enum Reversibility;
-    struct Case {
+    const struct {
         const char* why;
         std::vector<Trace> selection;
         Names lines; ///< summary, tiers, then what else there is to say
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"nothing counts", {trace("/a", manualOnly, 5)}, {"confirm.summary 0 0 bytes"}},
         {"tiers in order, sizes where known",
          {trace("/a", reversible, 1000, true), trace("/b"), trace("/c", reversible, 2000)},

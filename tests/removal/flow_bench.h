@@ -4,33 +4,17 @@
 #include "removal/removal_flow_model.h"
 #include "support/fixtures.h"
 #include "support/memory_defaults.h"
+#include "support/stand_ins.h"
 #include "volume/volume_runner.h"
 #include "volume/volume_sources.h"
 
 namespace tidwen::test {
 
-struct StandingClock : Clock {
-    Timestamp now() const override { return moment; }
-    Timestamp moment = *parseIso8601("2026-11-14T17:26:00Z");
-};
-
-/// Says who runs, and keeps whom it asked to quit.
-struct FakeApplications : RunningApplications {
-    bool isRunning(const std::string& bundleID) const override {
-        return obedient.contains(bundleID) || stubborn.contains(bundleID);
-    }
-    bool quit(const std::string& bundleID, std::chrono::milliseconds) override {
-        asked.push_back(bundleID);
-        return obedient.contains(bundleID);
-    }
-    std::set<std::string> obedient, stubborn;
-    std::vector<std::string> asked;
-};
-
 /// The flow over a volume with three applications and an orphan, stepped by hand.
-class FlowBench {
+class FlowBench : public SteppedQueues {
   public:
     FlowBench() {
+        clock.time = *parseIso8601("2026-11-14T17:26:00Z");
         for (const std::string name : {"Alpine", "Birch", "Cedar"}) {
             writeBundle(volume, bundle(name).string(), "com.example." + name, name);
             volume.write(cache(name).string(), "x");
@@ -41,11 +25,6 @@ class FlowBench {
     static Path bundle(const std::string& name) { return Path("/Applications") / (name + ".app"); }
     static Path cache(const std::string& name) {
         return Path("/Users/alice/Library/Caches/com.example." + name);
-    }
-    /// Does all that is queued, and all that it queues.
-    void settle() {
-        while (background.drain() + main.drain() > 0) {
-        }
     }
     void review(const std::vector<std::string>& names) {
         std::vector<Path> bundles;
@@ -76,9 +55,8 @@ class FlowBench {
                              Reversibility::reversible, cache("Gone").string(), 1, false);
     RecordingLog log;
     MemoryDefaults defaults;
-    StandingClock clock;
+    FixedClock clock;
     FakeApplications running;
-    MainQueue main, background;
     Texts texts; // keys stand for themselves
 
   private:

@@ -1,16 +1,13 @@
 #include "quarantine/recovery.h"
+#include "removal/own_rights.h"
 #include "removal/removal_executor.h"
 #include "support/fixtures.h"
+#include "support/matchers.h"
 #include "support/recording_runner.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "support/unprivileged.h"
 
 namespace tidwen::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 class Executor : public testing::Test {
   protected:
@@ -32,13 +29,8 @@ class Executor : public testing::Test {
 
     bool hasJournal() { return volume.exists((root / journalFileName).string()); }
 
-    std::vector<int> manifestIDs() {
-        std::vector<int> ids;
-        const auto manifest = readManifest(root, volume.files()).value();
-        for (const auto& entry : manifest.entries)
-            ids.push_back(entry.operationID);
-        return ids;
-    }
+    std::vector<ManifestEntry> entries() { return readManifest(root, volume.files()).value().entries; }
+    static auto isOf(int id) { return Field(&ManifestEntry::operationID, id); }
 
     const Path root = alice().trash() / "Tidwen - Notes";
     TemporaryVolume volume;
@@ -60,17 +52,12 @@ TEST_F(Executor, WritesTheJournalFirstAndTheManifestLast) {
     EXPECT_THAT(ran, ElementsAre(2, 1, 3));
     EXPECT_EQ(administrator.batches.size(), 1u);
     EXPECT_EQ(report->results[0].operationID, 2);
-    EXPECT_THAT(manifestIDs(), ElementsAre(1, 2));
+    EXPECT_THAT(entries(), ElementsAre(isOf(1), isOf(2)));
     EXPECT_FALSE(hasJournal());
     ASSERT_EQ(report->failures().size(), 1u);
     EXPECT_EQ(report->failures()[0].operation.id, 3);
     EXPECT_EQ(report->failures()[0].reason.key, "failure.adminCancelled");
     EXPECT_TRUE(log.contains("Removed 2/3 traces"));
-}
-
-TEST_F(Executor, AsksForNoPasswordWithoutNeed) {
-    ASSERT_TRUE(execute({move(1, "a", false)}));
-    EXPECT_THAT(administrator.batches, IsEmpty());
 }
 
 TEST_F(Executor, TouchesNothingWithoutAJournal) {
@@ -88,6 +75,7 @@ TEST_F(Executor, WithoutAManifestTheJournalStays) {
     ASSERT_TRUE(report);
     EXPECT_TRUE(report->manifestFailure);
     EXPECT_TRUE(hasJournal());
+    EXPECT_THAT(administrator.batches, IsEmpty()) << "no password without need";
 }
 
 TEST_F(Executor, AMoveThatNeitherEndedNorWasTakenBackIsLeftToRecovery) {
@@ -100,7 +88,7 @@ TEST_F(Executor, AMoveThatNeitherEndedNorWasTakenBackIsLeftToRecovery) {
     EXPECT_TRUE(hasJournal());
     recoverInterruptedRemovals(alice(), volume.files(), SystemClock(), log);
     EXPECT_TRUE(volume.exists("/Library/Caches/a"));
-    EXPECT_THAT(manifestIDs(), IsEmpty());
+    EXPECT_THAT(entries(), IsEmpty());
 }
 
 TEST_F(Executor, AMoveThatWasMadeButNotReportedIsInTheManifest) {
@@ -111,7 +99,39 @@ TEST_F(Executor, AMoveThatWasMadeButNotReportedIsInTheManifest) {
     };
     const auto report = execute(plan);
     EXPECT_EQ(report->failures().size(), 2u);
-    EXPECT_THAT(manifestIDs(), ElementsAre(1));
+    EXPECT_THAT(entries(), ElementsAre(isOf(1)));
+}
+
+TEST(ObstaclesToBegin, KeepAnApplicationWithItsData) {
+    const TemporaryVolume volume;
+    for (const auto* item : {"/Applications/A.app/a", "/open/cache", "/closed/log", "/closed/A.app/a"})
+        volume.write(item, "");
+    giveToUnprivileged(volume.hostRoot());
+    std::filesystem::permissions(volume.host("/closed"), std::filesystem::perms(0555));
+    const struct {
+        std::vector<std::string> moved, obstacles;
+    } cases[] = {
+        {{}, {}},
+        {{"/open/cache", "/Applications/A.app"}, {}},
+        {{"/open/cache", "/closed/log", "/Applications/A.app"}, {}}, // the log fails alone
+        {{"/open/cache", "/closed/log", "/closed/A.app"}, {"/closed/log", "/closed/A.app"}},
+        {{"/closed/log"}, {"/closed/log"}},
+        {{"/gone"}, {}}, // fails alone, and says so
+    };
+    asUnprivileged([&] {
+        for (const auto& c : cases) {
+            std::vector<RemovalOperation> plan;
+            for (const auto& item : c.moved) {
+                const Path source(item);
+                if (source.extension() == "app") plan.push_back(step(0, operation::UnregisterApp{source}));
+                plan.push_back(step(0, operation::Move{source, Path("/to")}));
+            }
+            std::vector<std::string> found;
+            for (const auto& item : obstaclesToBegin(plan, volume.files()))
+                found.push_back(item.string());
+            EXPECT_EQ(found, c.obstacles) << testing::PrintToString(c.moved);
+        }
+    });
 }
 
 } // namespace

@@ -1,14 +1,9 @@
 #include "removal/flow_bench.h"
 
-#include <gmock/gmock.h>
+#include "support/matchers.h"
 
 namespace tidwen::test {
 namespace {
-
-using testing::Contains;
-using testing::IsEmpty;
-using testing::Not;
-using testing::UnorderedElementsAre;
 
 using Step = std::function<void(FlowBench&)>;
 
@@ -189,9 +184,9 @@ TEST(RemovalFlow, StartsWithRecoveryAndPurgesWhatIsPastItsTime) {
     std::vector<Path> roots;
     for (const auto& [name, age] :
          {std::pair("Alpine", 40), std::pair("Birch", -40), std::pair("Cedar", 1)}) {
-        bench.clock.moment -= std::chrono::days(age);
+        bench.clock.time -= std::chrono::days(age);
         bench.remove({name});
-        bench.clock.moment += std::chrono::days(age);
+        bench.clock.time += std::chrono::days(age);
         roots.push_back(std::get<stage::Report>(bench.model->stage()).report.quarantineRoot);
         bench.model->close();
     }

@@ -1,14 +1,11 @@
 #include "removal/removal_plan.h"
 
+#include "support/matchers.h"
+
 #include <fmt/core.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tidwen::test {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 Trace trace(TraceCategory category, TraceAction action, bool requiresRoot = false) {
     return makeTrace(category, std::move(action), {}, Reversibility::irreversibleHarmless, "shown",
@@ -30,18 +27,13 @@ struct Payload {
     std::string operator()(const auto&) const { return ""; }
 };
 
-/// "3 root move /a -> /b (displayed, reversible)": everything of an operation that the plan decides.
+/// "3 root move /a -> /b, reversible": everything of an operation that the plan decides. What is shown of it
+/// stands behind when it is not what the line says anyway.
 std::string line(const RemovalOperation& each) {
-    return fmt::format("{} {} {} {} ({}, {})", each.id, each.requiresRoot ? "root" : "user",
-                       kindName(each.kind), std::visit(Payload(), each.kind), each.displayName,
-                       name(each.reversibility));
-}
-
-std::vector<std::string> lines(const std::vector<RemovalOperation>& plan) {
-    std::vector<std::string> all;
-    for (const auto& each : plan)
-        all.push_back(line(each));
-    return all;
+    const auto payload = std::visit(Payload(), each.kind);
+    const bool isPlain = payload.substr(0, payload.find(" -> ")) == each.displayName;
+    return fmt::format("{} {} {} {}, {}{}", each.id, each.requiresRoot ? "root" : "user", kindName(each.kind),
+                       payload, name(each.reversibility), isPlain ? "" : ", " + each.displayName);
 }
 
 RemovalTarget notes() {
@@ -67,28 +59,25 @@ RemovalTarget notes() {
 TEST(RemovalPlan, HasOneFixedOrder) {
     const QuarantineLayout layout{Path("/Q"), false};
     const auto plan = buildRemovalPlan({notes()}, layout, RemovalMode::uninstall, Texts());
+    std::vector<std::string> lines;
+    for (const auto& each : plan)
+        lines.push_back(line(each));
     EXPECT_THAT(
-        lines(plan),
+        lines,
         ElementsAre(
-            "1 user resetPermissions com.example.notes (shown, irreversibleHarmless)",
-            "2 user bootout loose (loose, reversible)", "3 root bootout job (job, reversible)",
-            "4 root deleteKeychainItem secret (secret, irreversibleDestructive)",
-            "5 root move /Library/LaunchDaemons/job.plist -> /Q/0005/job.plist "
-            "(/Library/LaunchDaemons/job.plist, reversible)",
-            "6 root move /Library/Preferences/n.plist -> /Q/0006/n.plist (/Library/Preferences/n.plist, "
-            "reversible)",
-            "7 user move /Users/alice/Library/Caches/n -> /Q/0007/n (/Users/alice/Library/Caches/n, "
-            "reversible)",
-            "8 user move /Users/alice/Library/Preferences/m.plist -> /Q/0008/m.plist "
-            "(/Users/alice/Library/Preferences/m.plist, reversible)",
-            "9 user move /Users/alice/Library/Preferences/n.plist -> /Q/0009/n.plist "
-            "(/Users/alice/Library/Preferences/n.plist, reversible)",
-            "10 root move /private/var/db/receipts/n.bom -> /Q/0010/n.bom (/private/var/db/receipts/n.bom, "
-            "reversible)",
-            "11 user unregisterApp /Applications/./Notes.app (operation.unregisterApp, irreversibleHarmless)",
-            "12 root move /Applications/Notes.app -> /Q/0012/Notes.app (/Applications/Notes.app, reversible)",
-            "13 user flushPreferences  (operation.flushPreferences, irreversibleHarmless)",
-            "14 root flushPreferences  (operation.flushPreferences, irreversibleHarmless)"));
+            "1 user resetPermissions com.example.notes, irreversibleHarmless, shown",
+            "2 user bootout loose, reversible", "3 root bootout job, reversible",
+            "4 root deleteKeychainItem secret, irreversibleDestructive",
+            "5 root move /Library/LaunchDaemons/job.plist -> /Q/0005/job.plist, reversible",
+            "6 root move /Library/Preferences/n.plist -> /Q/0006/n.plist, reversible",
+            "7 user move /Users/alice/Library/Caches/n -> /Q/0007/n, reversible",
+            "8 user move /Users/alice/Library/Preferences/m.plist -> /Q/0008/m.plist, reversible",
+            "9 user move /Users/alice/Library/Preferences/n.plist -> /Q/0009/n.plist, reversible",
+            "10 root move /private/var/db/receipts/n.bom -> /Q/0010/n.bom, reversible",
+            "11 user unregisterApp /Applications/./Notes.app, irreversibleHarmless, operation.unregisterApp",
+            "12 root move /Applications/Notes.app -> /Q/0012/Notes.app, reversible",
+            "13 user flushPreferences , irreversibleHarmless, operation.flushPreferences",
+            "14 root flushPreferences , irreversibleHarmless, operation.flushPreferences"));
     EXPECT_EQ(plan[2].traceID, plan[4].traceID) << "the job and its file belong together";
     EXPECT_EQ(plan[2].bundleID, "com.example.notes");
 }
@@ -100,10 +89,9 @@ TEST(RemovalPlan, NumbersABatchThroughAndKeepsTheApplicationInReset) {
         .traces = {file(caches, "/Library/Caches/b")}};
     const auto plan = buildRemovalPlan({notes(), other}, {Path("/Q"), true}, RemovalMode::reset, Texts());
     ASSERT_EQ(plan.size(), 12u);
-    EXPECT_EQ(line(plan[4]), "5 root move /Library/LaunchDaemons/job.plist -> /Q/No-tes/0005/job.plist "
-                             "(/Library/LaunchDaemons/job.plist, reversible)");
-    EXPECT_EQ(line(plan[11]),
-              "12 user move /Library/Caches/b -> /Q/B/0012/b (/Library/Caches/b, reversible)");
+    EXPECT_EQ(line(plan[4]),
+              "5 root move /Library/LaunchDaemons/job.plist -> /Q/No-tes/0005/job.plist, reversible");
+    EXPECT_EQ(line(plan[11]), "12 user move /Library/Caches/b -> /Q/B/0012/b, reversible");
     for (const auto& each : plan) {
         EXPECT_FALSE(std::holds_alternative<operation::UnregisterApp>(each.kind));
         EXPECT_TRUE(each.displayName.find(".app") == std::string::npos
