@@ -1,17 +1,14 @@
 #include "base/path.h"
 
-#include <gmock/gmock.h>
+#include "support/matchers.h"
 
 namespace tidwen {
 namespace {
 
-using testing::ElementsAre;
-
 TEST(Path, SplitsAsFoundationDoes) {
-    struct Case {
+    constexpr struct {
         const char *given, *text, *parent, *last, *stem, *extension;
-    };
-    constexpr Case cases[] = {
+    } cases[] = {
         {"/Users/Marlin.app", "/Users/Marlin.app", "/Users", "Marlin.app", "Marlin", "app"},
         {"//Library///Caches//", "/Library/Caches", "/Library", "Caches", "Caches", ""},
         {"/", "/", "/", "/", "/", ""},
@@ -49,11 +46,10 @@ TEST(Path, ResolvesDotsByTextAlone) {
 }
 
 TEST(Path, IsWithinComparesWholeComponents) {
-    struct Case {
+    constexpr struct {
         const char *path, *ancestor;
         bool exactly, ignoringCase;
-    };
-    constexpr Case cases[] = {
+    } cases[] = {
         {"/a/b/c", "/a/b", true, true},
         {"/a/bc", "/a/b", false, false},
         {"/a", "/a/b", false, false},

@@ -12,12 +12,11 @@ using namespace std::string_literals;
 using Change = std::string (*)(std::string_view);
 
 TEST(Text, ChangesTextByRulesOfNoLanguage) {
-    struct Case {
+    const struct {
         const char* why;
         Change change;
         std::string given, expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"ASCII", lowercased, "My-App 2[", "my-app 2["},
         {"I with dot above", lowercased, "İ", "i̇"},
         {"final sigma", lowercased, "ΣΑΣ", "σας"},
@@ -57,11 +56,10 @@ TEST(Text, FileNamesThatADiskTakesForOneHaveOneKey) {
 }
 
 TEST(Text, MeasuresText) {
-    struct Case {
+    const struct {
         std::string text;
         std::size_t characters, columns;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"", 0, 0},         {"abc", 3, 3},  {"é", 1, 1},
         {"e\u0301", 2, 1},  {"日本", 2, 4}, {"😀", 1, 2},
         {"a\u200Bb", 3, 2}, {"한", 1, 2},   {"\u1112\u1161\u11AB", 3, 2},

@@ -1,23 +1,17 @@
 #include "base/texts.h"
 
 #include "base/property_list.h"
+#include "support/matchers.h"
 #include "support/temporary_folder.h"
-
-#include <fstream>
-#include <gmock/gmock.h>
+#include "support/trees.h"
 
 namespace tidwen {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 class TextsTest : public testing::Test {
   protected:
     void write(const std::string& file, const std::string& content) {
-        const auto path = folder_.path() / file;
-        std::filesystem::create_directories(path.parent_path());
-        std::ofstream(path, std::ios::binary) << content;
+        test::writeFile(folder_.path() / file, content);
     }
 
     void writePlural(const std::string& language, const std::string& key, const std::string& format,

@@ -1,6 +1,7 @@
 #include "host/crash_recorder.h"
 #include "host/crash_reports.h"
 #include "support/fixtures.h"
+#include "support/trees.h"
 
 #include <csignal>
 #include <fstream>
@@ -42,11 +43,6 @@ int crash(const fs::path& folder, void (*fault)()) noexcept {
     return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
 }
 
-std::string read(const fs::path& file) {
-    std::ifstream stream(file);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 auto count(const fs::path& folder) {
     return std::distance(fs::directory_iterator(folder), {});
 }
@@ -60,12 +56,11 @@ class Crash : public Test {
 };
 
 TEST_F(Crash, IsWrittenDownAndToldOfOnceAtTheNextStart) {
-    struct Case {
+    const struct {
         void (*fault)();
         int signal;
         const char* said;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {readNothing, SIGSEGV, "Cause: SIGSEGV"},
         {[] { std::abort(); }, SIGABRT, "Cause: SIGABRT"},
         {[] { descend(1); }, SIGSEGV, "Cause: SIGSEGV"},
@@ -78,7 +73,7 @@ TEST_F(Crash, IsWrittenDownAndToldOfOnceAtTheNextStart) {
         const auto report = reports.collect();
         ASSERT_TRUE(report);
         EXPECT_EQ(fs::status(*report).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-        EXPECT_THAT(read(*report),
+        EXPECT_THAT(test::contentOf(*report),
                     AllOf(HasSubstr("What this is.\n"), HasSubstr("Version: 1.2.3\n"),
                           HasSubstr("Command: scan\n"), HasSubstr(c.said), HasSubstr("host_test")));
         EXPECT_FALSE(reports.collect()) << "it is told of once";

@@ -12,10 +12,9 @@ namespace tidwen {
 namespace {
 
 TEST(XdgAutostart, QuotesWhatTheEntryWouldReadAsSomethingElse) {
-    struct Case {
+    const struct {
         const char *argument, *written;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"/opt/tidwen", R"("/opt/tidwen")"}, {"a b", R"("a b")"},       {"50%", R"("50%%")"},
         {"say \"hi\"", R"("say \\"hi\\"")"}, {"$HOME", R"("\\$HOME")"}, {"back\\slash", R"("back\\\\slash")"},
     };

@@ -3,17 +3,16 @@
 #include "inventory/app_inventory.h"
 #include "inventory/usage_probe.h"
 #include "support/fixtures.h"
+#include "support/matchers.h"
 #include "support/memory_defaults.h"
 #include "volume/volume_sources.h"
 
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 
 namespace tidwen {
 namespace {
 
-using testing::ElementsAre;
 using namespace std::chrono_literals;
 
 const Timestamp now = *parseIso8601("2026-11-14T12:00:00Z");

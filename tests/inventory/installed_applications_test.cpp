@@ -1,15 +1,12 @@
 #include "inventory/installed_applications.h"
 
 #include "support/fixtures.h"
-
-#include <gmock/gmock.h>
+#include "support/matchers.h"
 
 namespace tidwen {
 namespace {
 
 using test::writeBundle;
-using testing::ElementsAre;
-using testing::Field;
 
 /// Every application declares a group of its own and one that all share.
 class GroupPerBundle : public CodeSignatures {

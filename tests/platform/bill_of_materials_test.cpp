@@ -1,16 +1,12 @@
 #include "platform/bill_of_materials.h"
 
 #include "cli/sample/bill_of_materials_writer.h"
+#include "support/matchers.h"
 
 #include <algorithm>
-#include <gmock/gmock.h>
 
 namespace tidwen {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::Optional;
 
 std::string number(std::uint64_t value, int width = 4) {
     std::string bytes;
@@ -60,11 +56,7 @@ TEST(BillOfMaterials, MalformedFilesGiveNothing) {
     const auto bill = smallBill();
     const auto leaf = number(1, 2) + number(5, 2) + number(0) + number(0);
     const auto nodeBlock = 1 + 5 * 3; // behind three blocks per item
-    struct Case {
-        const char* why;
-        std::string bytes;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
         {"nothing", ""},
         {"another version", replaced(bill, "BOMStore" + number(1), "BOMStore" + number(2))},
         {"a leaf that follows itself",
@@ -81,10 +73,8 @@ TEST(BillOfMaterials, MalformedFilesGiveNothing) {
         {"no tree", replaced(bill, "tree", "eert")},
         {"no paths", replaced(bill, "Paths", "Pathz")},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.why);
-        EXPECT_EQ(readBillOfMaterials(c.bytes), std::nullopt);
-    }
+    for (const auto& [why, bytes] : cases)
+        EXPECT_EQ(readBillOfMaterials(bytes), std::nullopt) << why;
 }
 
 TEST(BillOfMaterials, PathsDoNotGrowWithoutBounds) {

@@ -1,15 +1,13 @@
 #include "platform/mach_o_signature.h"
 
 #include "cli/sample/mach_o_stub.h"
+#include "support/matchers.h"
 
 #include <algorithm>
-#include <gmock/gmock.h>
 
 namespace tidwen {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 using Entitlements = MachOStub::Entitlements;
 
 const std::string team = "ABCDE12345";
@@ -91,11 +89,7 @@ TEST(MachOSignature, ChoosesTheSliceAndTheBlobThatAreSound) {
 TEST(MachOSignature, TakesNothingThatIsNotATeamIdentifier) {
     const auto whole = writeMachOStub(notes());
     const std::string teamWithEnd = team + '\0';
-    struct Case {
-        const char* why;
-        std::string bytes;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
         {"empty", replaced(whole, teamWithEnd, std::string(11, '\0'))},
         {"control characters", replaced(whole, team, "ABC\x1b[2J345")},
         {"no end before the directory's", replaced(whole, teamWithEnd, team + "6")},
@@ -106,10 +100,8 @@ TEST(MachOSignature, TakesNothingThatIsNotATeamIdentifier) {
         {"a script", "#!/bin/sh\nexec true\n"},
         {"nothing", ""},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.why);
-        EXPECT_EQ(read(c.bytes).teamID, std::nullopt);
-    }
+    for (const auto& [why, bytes] : cases)
+        EXPECT_EQ(read(bytes).teamID, std::nullopt) << why;
 }
 
 TEST(MachOSignature, DamageNeverInventsAnything) {

@@ -69,11 +69,10 @@ TEST_F(Updates, AskNobodyUntilEverythingIsInPlace) {
 }
 
 TEST_F(Updates, ShowOnlyWhatTheMakerSigned) {
-    struct Case {
+    const struct {
         std::string feed, signature;
         std::optional<UpdateFault> fault;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {soundFeed, soundSignature, {}},
         {soundFeed, strangersSignature, UpdateFault::notVerified},
         {soundFeed + " ", soundSignature, UpdateFault::notVerified},

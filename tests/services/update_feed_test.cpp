@@ -89,13 +89,12 @@ TEST(UpdateFeed, ReadsWhatIsOneAndRefusesTheRestWhole) {
 
 TEST(UpdateFeed, OffersTheNewestThatRunsHereAndNeverLeadsBack) {
     using enum UpdateState;
-    struct Case {
+    const struct {
         std::vector<std::pair<const char*, const char*>> releases; ///< version, least macOS
         const char* running;
         UpdateState state;
         const char* offered;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{}, "1", upToDate, ""},
         {{{"0.9", "14"}, {"1.0", "14"}}, "1", upToDate, ""},
         {{{"1.10", "14"}, {"1.9", "14"}}, "1.2", available, "1.10"},

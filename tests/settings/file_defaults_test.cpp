@@ -2,9 +2,11 @@
 #include "settings/file_defaults.h"
 
 #include "support/fixtures.h"
+#include "support/matchers.h"
+#include "support/stand_ins.h"
+#include "support/trees.h"
 
-#include <fstream>
-#include <gmock/gmock.h>
+#include <fmt/format.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,19 +15,11 @@ namespace tidwen {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::Optional;
 
 class FileDefaultsTest : public testing::Test {
   protected:
     FileDefaults open() { return FileDefaults(file_, log_); }
-    void put(const std::string& content) const {
-        fs::create_directories(file_.parent_path());
-        std::ofstream(file_, std::ios::binary) << content;
-    }
-    std::string content(const fs::path& file) const {
-        std::ifstream in(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
+    void put(const std::string& content) const { test::writeFile(file_, content); }
 
     test::TemporaryFolder folder_;
     test::RecordingLog log_;
@@ -68,18 +62,16 @@ TEST_F(FileDefaultsTest, TwoInstancesSeeAndKeepEachOthersValues) {
 
 TEST_F(FileDefaultsTest, ProcessesAtOnceLoseNothing) {
     constexpr int processes = 4, values = 25;
+    const auto key = [](int process, int value) { return fmt::format("{}.{}", process, value); };
     std::vector<pid_t> children;
-    for (int p = 0; p < processes; ++p) {
-        const pid_t child = ::fork();
-        if (child == 0) {
+    for (int p = 0; p < processes; ++p)
+        if (children.push_back(::fork()); children.back() == 0) {
             auto defaults = open();
             bool isStored = true;
             for (int v = 0; v < values; ++v)
-                isStored = defaults.setValue(std::to_string(p) + "." + std::to_string(v), v) && isStored;
+                isStored = defaults.setValue(key(p, v), v) && isStored;
             ::_exit(isStored ? 0 : 1);
         }
-        children.push_back(child);
-    }
     for (const pid_t child : children) {
         int status = -1;
         ::waitpid(child, &status, 0);
@@ -88,25 +80,15 @@ TEST_F(FileDefaultsTest, ProcessesAtOnceLoseNothing) {
     const auto defaults = open();
     for (int p = 0; p < processes; ++p)
         for (int v = 0; v < values; ++v)
-            EXPECT_THAT(defaults.value(std::to_string(p) + "." + std::to_string(v)),
-                        Optional(PropertyListValue(v)));
+            EXPECT_THAT(defaults.value(key(p, v)), Optional(PropertyListValue(v)));
 }
 
 TEST_F(FileDefaultsTest, TellsOfChangesOfOtherProcesses) {
-    class HandFiredEvents : public FolderEvents {
-      public:
-        std::unique_ptr<Watch> watch(const Path& folder, std::function<void()> changed) override {
-            watched = folder;
-            fire = std::move(changed);
-            return std::make_unique<Watch>();
-        }
-        Path watched;
-        std::function<void()> fire;
-    } events;
+    test::HandFiredEvents events;
     FileDefaults defaults(file_, log_, &events);
     AppPreferences preferences(defaults);
     const auto watch = defaults.watch([&] { preferences.reload(); });
-    EXPECT_EQ(events.watched.string(), fs::weakly_canonical(file_).parent_path().string());
+    EXPECT_EQ(events.watched.at(0).string(), fs::weakly_canonical(file_).parent_path().string());
     EXPECT_TRUE(open().setValue("tidwen.catchTrashedApps", true));
     events.fire();
     EXPECT_TRUE(preferences.catchTrashedApps.get());
@@ -129,7 +111,7 @@ TEST_F(FileDefaultsTest, DamagedFilesAreKeptUnderAnotherName) {
         EXPECT_TRUE(defaults.setValue("a", 1));
         EXPECT_THAT(open().value("a"), Optional(PropertyListValue(1)));
     }
-    const auto beside = [&](const char* ending) { return content(file_.string() + ending); };
+    const auto beside = [&](const char* ending) { return test::contentOf(file_.string() + ending); };
     EXPECT_EQ(beside(".damaged"), damages[0]);
     EXPECT_EQ(beside(".damaged-2"), damages[1]);
     EXPECT_EQ(beside(".damaged-3"), damages[2]);

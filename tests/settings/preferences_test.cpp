@@ -1,13 +1,10 @@
 #include "settings/app_preferences.h"
 #include "settings/app_tags.h"
+#include "support/matchers.h"
 #include "support/memory_defaults.h"
-
-#include <gmock/gmock.h>
 
 namespace tidwen {
 namespace {
-
-using testing::ElementsAre;
 
 TEST(AppPreferences, TakesDefaultsForWhatIsAbsentOrOfAnotherType) {
     test::MemoryDefaults defaults;

@@ -1,27 +1,13 @@
 #include "system/inbox_watcher.h"
 
 #include "support/fixtures.h"
+#include "support/matchers.h"
+#include "support/stand_ins.h"
 
 #include <filesystem>
-#include <gmock/gmock.h>
 
 namespace tidwen::test {
 namespace {
-
-using testing::ElementsAre;
-
-class CountedEvents : public FolderEvents {
-  public:
-    std::unique_ptr<Watch> watch(const Path&, std::function<void()> changed) override {
-        if (isImpossible) return nullptr;
-        ++watches;
-        fire = std::move(changed);
-        return std::make_unique<Watch>();
-    }
-    std::function<void()> fire;
-    int watches = 0;
-    bool isImpossible = false;
-};
 
 class WatchedInbox : public testing::Test {
   protected:
@@ -36,7 +22,7 @@ class WatchedInbox : public testing::Test {
 
     TemporaryVolume volume;
     RecordingLog log;
-    CountedEvents events;
+    HandFiredEvents events;
     MainQueue main;
     RequestInbox inbox{volume.files(), RequestInbox::fallbackContainer(alice()), log};
     std::vector<std::string> served;
@@ -68,11 +54,11 @@ TEST_F(WatchedInbox, FollowsAFolderThatWasReplaced) {
     std::filesystem::rename(folder, volume.host("/aside"));
     inbox.post({{"/A.app"}}, "1");
     fire();
-    EXPECT_EQ(events.watches, 2);
+    EXPECT_EQ(events.watched.size(), 2u);
     EXPECT_THAT(served, ElementsAre("/A.app"));
     std::filesystem::remove(folder);
     fire();
-    EXPECT_EQ(events.watches, 3);
+    EXPECT_EQ(events.watched.size(), 3u);
     EXPECT_TRUE(std::filesystem::is_directory(folder));
 }
 

@@ -1,26 +1,24 @@
 #include "support/fixtures.h"
+#include "support/matchers.h"
+#include "support/stand_ins.h"
 #include "support/unprivileged.h"
 #include "system/permissions_model.h"
 #include "system/permissions_sheet.h"
 
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 
 namespace tidwen {
 namespace {
 
-using testing::IsEmpty;
-
 TEST(FullDiskAccess, IsToldByWhatOpens) {
     using Status = FullDiskAccessProbe::Status;
     const std::string database = "/Users/alice/Library/Application Support/com.apple.TCC/TCC.db";
     const std::string bookmarks = "/Users/alice/Library/Safari/Bookmarks.plist";
-    struct Case {
+    const struct {
         std::vector<std::string> present;
         std::string refused; ///< of the present ones
         Status status;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{}, "", Status::indeterminate},          {{database}, "", Status::granted},
         {{bookmarks}, "", Status::granted},       {{database, bookmarks}, database, Status::denied},
         {{bookmarks}, bookmarks, Status::denied},
@@ -31,16 +29,14 @@ TEST(FullDiskAccess, IsToldByWhatOpens) {
             volume.write(file, "x");
         if (!c.refused.empty()) ::chmod(volume.host(c.refused).c_str(), 0);
         test::giveToUnprivileged(volume.hostRoot());
-        EXPECT_EQ(test::runUnprivileged([&] {
-                      test::RecordingLog log;
-                      PermissionsModel model(
-                          volume.files(), test::alice(), [] { return true; }, log);
-                      model.refresh();
-                      EXPECT_EQ(model.fullDiskAccess.get(), c.status) << c.refused;
-                      EXPECT_TRUE(model.finderExtension.get() && log.contains("Finder extension"));
-                      return 0;
-                  }),
-                  0);
+        test::asUnprivileged([&] {
+            test::RecordingLog log;
+            PermissionsModel model(
+                volume.files(), test::alice(), [] { return true; }, log);
+            model.refresh();
+            EXPECT_EQ(model.fullDiskAccess.get(), c.status) << c.refused;
+            EXPECT_TRUE(model.finderExtension.get() && log.contains("Finder extension"));
+        });
     }
 }
 
@@ -62,17 +58,14 @@ TEST(PermissionsSheet, RevokesAServiceOnceAtATimeAndIsSilentWhenThePromptIsDismi
     const Texts texts;
     const PermissionAudit auditor(volume.files(), user, texts);
     FakeRevoker revoker;
-    MainQueue main, background; // both stepped by hand
-    const auto settle = [&] {
-        while (background.drain() + main.drain() > 0) {
-        }
-    };
+    test::SteppedQueues queues;
     AppTarget app;
     app.bundleID = "com.example.app";
-    PermissionsSheet sheet({auditor, revoker, texts, main, background}, app);
+    const PermissionsSheet::Ports ports{auditor, revoker, texts, queues.main, queues.background};
+    PermissionsSheet sheet(ports, app);
     sheet.load();
     EXPECT_FALSE(sheet.audit.get().has_value());
-    settle();
+    queues.settle();
     ASSERT_TRUE(sheet.audit.get().has_value());
 
     PermissionGrant camera, microphone;
@@ -82,18 +75,18 @@ TEST(PermissionsSheet, RevokesAServiceOnceAtATimeAndIsSilentWhenThePromptIsDismi
     for (const auto& grant : {camera, camera, microphone})
         sheet.revoke(grant, [&] { ++done; });
     EXPECT_EQ(sheet.revoking.get().size(), 2u);
-    settle();
+    queues.settle();
     EXPECT_EQ(revoker.calls, 2);
     EXPECT_EQ(done, 3);
     EXPECT_THAT(sheet.revoking.get(), IsEmpty());
 
     revoker.error = PermissionRevokerError{Kind::authorizationCancelled, {}, {}};
     sheet.revoke(camera);
-    settle();
+    queues.settle();
     EXPECT_EQ(sheet.errorText.get(), std::nullopt);
     revoker.error = PermissionRevokerError{Kind::failed, "no", {}};
     sheet.revoke(camera);
-    settle();
+    queues.settle();
     EXPECT_TRUE(sheet.errorText.get().has_value());
 
     camera.state.kind = PermissionGrant::State::Kind::limited;
@@ -103,8 +96,8 @@ TEST(PermissionsSheet, RevokesAServiceOnceAtATimeAndIsSilentWhenThePromptIsDismi
     camera.isPathClient = true;
     EXPECT_EQ(PermissionsSheet::detail(camera, texts),
               "permissions.sheet.limited · permissions.sheet.pathClient");
-    { PermissionsSheet(PermissionsSheet::Ports{auditor, revoker, texts, main, background}, app).load(); }
-    settle(); // what comes back to a sheet that was closed
+    { PermissionsSheet(ports, app).load(); }
+    queues.settle(); // what comes back to a sheet that was closed
 }
 
 } // namespace

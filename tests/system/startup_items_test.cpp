@@ -1,15 +1,13 @@
 #include "system/startup_items_model.h"
 
 #include "support/fixtures.h"
+#include "support/matchers.h"
 #include "support/memory_defaults.h"
-
-#include <gmock/gmock.h>
+#include "support/stand_ins.h"
 
 namespace tidwen {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
 using OwnerKind = StartupItem::Owner::Kind;
 
 InstalledApp app(const std::string& name, const std::string& bundleID) {
@@ -43,12 +41,11 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
                                      [](const std::string& id) { return id == "com.known.product"; });
     const std::vector<InstalledApp> apps = {app("Foo", "com.vendor.app"), app("Sync", "com.other.syncerpro"),
                                             app("Helper", "com.y.helperapp")};
-    struct Case {
+    const struct {
         const char *label, *program; ///< nullptr: none
         OwnerKind owner;
         const char* detail;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"com.apple.foo", "/Applications/Foo.app/x", OwnerKind::apple, ""},
         {"anything", "/Applications/Foo.app/Contents/MacOS/x", OwnerKind::installed, "Foo"},
         {"anything.else", "/Applications/Foo.application/x", OwnerKind::missing, ""},
@@ -73,15 +70,10 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
     }
 }
 
-class StartupItems : public testing::Test {
+class StartupItems : public testing::Test, protected test::SteppedQueues {
   protected:
     void writeJob(const std::string& file, PropertyListDictionary job) {
         volume.write(file, writeXmlPropertyList(std::move(job)));
-    }
-    /// Does everything that is queued on both sides.
-    void settle() {
-        while (background.drain() + main.drain() > 0) {
-        }
     }
     const StartupItem& item(const std::string& label) {
         for (const auto& each : model.result.get().items)
@@ -95,7 +87,6 @@ class StartupItems : public testing::Test {
     ProtectedApps protectedApps{defaults};
     FakeLaunchd launchd;
     Texts texts;
-    MainQueue main, background; // both stepped by hand
     StartupItemScanner scanner{volume.files(), test::alice(), [](const std::string&) { return false; }};
     std::vector<InstalledApp> apps = {app("Foo", "com.vendor.app")};
     StartupItemsModel model{{volume.files(), launchd, scanner, protectedApps, texts, main, background, log},

@@ -1,30 +1,16 @@
 #include "system/trash_catcher.h"
 
 #include "support/fixtures.h"
+#include "support/matchers.h"
 #include "support/memory_defaults.h"
+#include "support/stand_ins.h"
 #include "volume/volume_folder_events.h"
 
 #include <chrono>
 #include <condition_variable>
-#include <gmock/gmock.h>
 
 namespace tidwen {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
-
-/// Events that the test fires.
-class HandFiredEvents : public FolderEvents {
-  public:
-    std::unique_ptr<Watch> watch(const Path&, std::function<void()> changed) override {
-        if (isImpossible) return nullptr;
-        fire = std::move(changed);
-        return std::make_unique<Watch>();
-    }
-    std::function<void()> fire;
-    bool isImpossible = false;
-};
 
 class FakeNotifications : public Notifications {
   public:
@@ -54,12 +40,6 @@ class FakeLoginItem : public LoginItem {
     bool enabled = false;
 };
 
-class FixedClock : public Clock {
-  public:
-    Timestamp now() const override { return time; }
-    Timestamp time{};
-};
-
 class Catcher : public testing::Test {
   protected:
     void trash(const std::string& name, const std::string& bundleID) {
@@ -81,10 +61,10 @@ class Catcher : public testing::Test {
     test::TemporaryVolume volume;
     test::MemoryDefaults defaults;
     test::RecordingLog log;
-    HandFiredEvents events;
+    test::HandFiredEvents events;
     FakeNotifications notifications;
     FakeLoginItem loginItem;
-    FixedClock clock;
+    test::FixedClock clock;
     Texts texts;
     MainQueue main, queue; // both stepped by hand
     AppPreferences preferences{defaults};
