@@ -1,9 +1,12 @@
 #pragma once
 
+#include <functional>
 #include <gmock/gmock.h>
+#include <vector>
 
-/// The matchers that most tests use, by their own names.
 namespace tidwen {
+
+// The matchers that most tests use, by their own names.
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -13,5 +16,14 @@ using testing::Not;
 using testing::Optional;
 using testing::Pair;
 using testing::UnorderedElementsAre;
+
+/// What a test looks at of each item: a field, or what a function makes of it.
+template<class Items, class Of>
+auto eachOf(const Items& items, const Of& of) {
+    std::vector<std::decay_t<decltype(std::invoke(of, *items.begin()))>> all;
+    for (const auto& item : items)
+        all.push_back(std::invoke(of, item));
+    return all;
+}
 
 } // namespace tidwen
