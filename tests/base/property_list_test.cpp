@@ -4,6 +4,8 @@
 
 #include <cmath>
 #include <gtest/gtest.h>
+#include <memory>
+#include <plist/plist.h>
 
 namespace tidwen {
 namespace {
@@ -76,6 +78,40 @@ TEST(PropertyList, BothFormsReadWhatTheyWrite) {
         const auto value = test::PropertyListGenerator(seed).value();
         ASSERT_EQ(parsePropertyList(writeBinaryPropertyList(value)), value);
         ASSERT_EQ(parsePropertyList(writeXmlPropertyList(value)), value);
+    }
+}
+
+using Other = std::unique_ptr<void, void (*)(plist_t)>;
+
+Other readByOther(const std::string& bytes) {
+    plist_t list = nullptr;
+    plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &list);
+    return {list, plist_free};
+}
+
+using WriteByOther = decltype(&plist_to_bin);
+
+std::string writtenByOther(plist_t list, WriteByOther write) {
+    char* bytes = nullptr;
+    std::uint32_t size = 0;
+    write(list, &bytes, &size);
+    const std::string copy(bytes ? bytes : "", size);
+    free(bytes);
+    return copy;
+}
+
+/// Compares the readers and writers with another implementation of the formats. Without references: the other
+/// one reads their XML form as dictionaries.
+TEST(PropertyList, AgreesWithAnotherImplementation) {
+    for (unsigned seed = 1000; seed < 1200; ++seed) {
+        SCOPED_TRACE(seed);
+        const auto value = test::PropertyListGenerator(seed, false).value();
+        for (const auto& ours : {writeBinaryPropertyList(value), writeXmlPropertyList(value)}) {
+            const auto other = readByOther(ours);
+            ASSERT_TRUE(other);
+            ASSERT_EQ(parsePropertyList(writtenByOther(other.get(), plist_to_bin)), value);
+            ASSERT_EQ(parsePropertyList(writtenByOther(other.get(), plist_to_xml)), value);
+        }
     }
 }
 
