@@ -3,6 +3,7 @@
 #include "quarantine/trash_lock.h"
 #include "removal/removal_flow_model.h"
 #include "support/fixtures.h"
+#include "support/matchers.h"
 #include "support/memory_defaults.h"
 #include "support/stand_ins.h"
 #include "volume/volume_runner.h"
@@ -27,11 +28,7 @@ class FlowBench : public SteppedQueues {
         return Path("/Users/alice/Library/Caches/com.example." + name);
     }
     void review(const std::vector<std::string>& names) {
-        std::vector<Path> bundles;
-        bundles.reserve(names.size());
-        for (const auto& each : names)
-            bundles.push_back(bundle(each));
-        model->loadTargets(bundles);
+        model->loadTargets(eachOf(names, &FlowBench::bundle));
         settle();
     }
     void remove(const std::vector<std::string>& names) {

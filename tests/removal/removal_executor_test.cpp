@@ -29,8 +29,9 @@ class Executor : public testing::Test {
 
     bool hasJournal() { return volume.exists((root / journalFileName).string()); }
 
-    std::vector<ManifestEntry> entries() { return readManifest(root, volume.files()).value().entries; }
-    static auto isOf(int id) { return Field(&ManifestEntry::operationID, id); }
+    std::vector<int> manifestIDs() {
+        return eachOf(readManifest(root, volume.files()).value().entries, &ManifestEntry::operationID);
+    }
 
     const Path root = alice().trash() / "Tidwen - Notes";
     TemporaryVolume volume;
@@ -52,7 +53,7 @@ TEST_F(Executor, WritesTheJournalFirstAndTheManifestLast) {
     EXPECT_THAT(ran, ElementsAre(2, 1, 3));
     EXPECT_EQ(administrator.batches.size(), 1u);
     EXPECT_EQ(report->results[0].operationID, 2);
-    EXPECT_THAT(entries(), ElementsAre(isOf(1), isOf(2)));
+    EXPECT_THAT(manifestIDs(), ElementsAre(1, 2));
     EXPECT_FALSE(hasJournal());
     ASSERT_EQ(report->failures().size(), 1u);
     EXPECT_EQ(report->failures()[0].operation.id, 3);
@@ -88,7 +89,7 @@ TEST_F(Executor, AMoveThatNeitherEndedNorWasTakenBackIsLeftToRecovery) {
     EXPECT_TRUE(hasJournal());
     recoverInterruptedRemovals(alice(), volume.files(), SystemClock(), log);
     EXPECT_TRUE(volume.exists("/Library/Caches/a"));
-    EXPECT_THAT(entries(), IsEmpty());
+    EXPECT_THAT(manifestIDs(), IsEmpty());
 }
 
 TEST_F(Executor, AMoveThatWasMadeButNotReportedIsInTheManifest) {
@@ -99,7 +100,7 @@ TEST_F(Executor, AMoveThatWasMadeButNotReportedIsInTheManifest) {
     };
     const auto report = execute(plan);
     EXPECT_EQ(report->failures().size(), 2u);
-    EXPECT_THAT(entries(), ElementsAre(isOf(1)));
+    EXPECT_THAT(manifestIDs(), ElementsAre(1));
 }
 
 TEST(ObstaclesToBegin, KeepAnApplicationWithItsData) {
@@ -126,10 +127,8 @@ TEST(ObstaclesToBegin, KeepAnApplicationWithItsData) {
                 if (source.extension() == "app") plan.push_back(step(0, operation::UnregisterApp{source}));
                 plan.push_back(step(0, operation::Move{source, Path("/to")}));
             }
-            std::vector<std::string> found;
-            for (const auto& item : obstaclesToBegin(plan, volume.files()))
-                found.push_back(item.string());
-            EXPECT_EQ(found, c.obstacles) << testing::PrintToString(c.moved);
+            EXPECT_EQ(eachOf(obstaclesToBegin(plan, volume.files()), &Path::string), c.obstacles)
+                << testing::PrintToString(c.moved);
         }
     });
 }

@@ -59,11 +59,8 @@ RemovalTarget notes() {
 TEST(RemovalPlan, HasOneFixedOrder) {
     const QuarantineLayout layout{Path("/Q"), false};
     const auto plan = buildRemovalPlan({notes()}, layout, RemovalMode::uninstall, Texts());
-    std::vector<std::string> lines;
-    for (const auto& each : plan)
-        lines.push_back(line(each));
     EXPECT_THAT(
-        lines,
+        eachOf(plan, line),
         ElementsAre(
             "1 user resetPermissions com.example.notes, irreversibleHarmless, shown",
             "2 user bootout loose, reversible", "3 root bootout job, reversible",
