@@ -119,20 +119,14 @@ class Disk {
     std::vector<std::string> orphans(const StopToken& stop = {}) {
         OrphanScanner scanner({files, signatures, running, log}, test::alice(),
                               [](const std::string&) { return false; });
-        std::vector<std::string> owners;
-        for (const auto& group : scanner.scan(findApplicationBundles(files, test::alice()), {}, stop).groups)
-            owners.push_back(group.bundleID);
-        return owners;
+        return eachOf(scanner.scan(findApplicationBundles(files, test::alice()), {}, stop).groups,
+                      &OrphanGroup::bundleID);
     }
     std::vector<std::string> inventory(const StopToken& stop = {}) {
         AppInventory list({files, signatures, running}, test::alice());
         auto apps = list.build(stop);
         list.measure(apps, stop);
-        std::vector<std::string> identifiers;
-        identifiers.reserve(apps.size());
-        for (const auto& app : apps)
-            identifiers.push_back(app.bundleID);
-        return identifiers;
+        return eachOf(apps, &InstalledApp::bundleID);
     }
     std::vector<std::string> scan(const StopToken& stop = {}) {
         const VolumeReceipts receipts(files);
@@ -144,10 +138,7 @@ class Disk {
         const AppTarget target{.bundleURL = Path("/Applications/ferry boat.app"),
                                .bundleID = "com.ferry.boat",
                                .name = "Boat ferry"};
-        std::vector<std::string> found;
-        for (const auto& trace : scanner.scan(target, stop).traces)
-            found.push_back(trace.displayName);
-        return found;
+        return eachOf(scanner.scan(target, stop).traces, &Trace::displayName);
     }
 
     test::TemporaryVolume volume;

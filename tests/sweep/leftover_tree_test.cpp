@@ -1,5 +1,6 @@
 #include "support/matchers.h"
 #include "sweep/leftover_tree.h"
+#include "sweep/sweep_state.h"
 
 namespace tidwen {
 namespace {
@@ -13,10 +14,7 @@ Trace trace(const std::string& name, std::optional<std::int64_t> size,
 }
 
 std::vector<std::string> titles(const LeftoverGroup& group) {
-    std::vector<std::string> result;
-    for (const auto& row : group.rows)
-        result.emplace_back(row.title);
-    return result;
+    return eachOf(group.rows, [](const auto& row) { return std::string(row.title); });
 }
 
 TEST(LeftoverFilter, PassesOnlyWhatEveryConditionAllows) {
@@ -87,6 +85,37 @@ TEST(LeftoverTree, OrdersRowsAndLeavesEmptyTiersOut) {
     const auto byName =
         buildTree(tree.list, {.query = "", .category = {}, .order = LeftoverFilter::Order::name});
     EXPECT_THAT(titles(byName.tiers[0].groups[0]), ElementsAre("alpha", "Beta 9", "beta 10", "zeta"));
+}
+
+TEST(SweepState, PublishesOnlyTheNewestTreeAndCountsEachFindOnce) {
+    MainQueue main, queue; // both stepped by hand
+    SweepState state(main, queue);
+    int changes = 0;
+    const auto watching = state.changed.connect([&] { ++changes; });
+    state.begin(Timestamp{});
+    state.add({trace("a", 1), trace("b", 2)});
+    state.add({trace("b", 2), trace("c", 3)});
+    queue.drain();
+    main.drain();
+    EXPECT_EQ(changes, 1) << "older rebuilds were overtaken";
+    EXPECT_EQ(state.snapshot().totalCount, 3);
+    EXPECT_EQ(state.allIDs().size(), 3u);
+
+    state.setFilter({.query = "b", .category = {}});
+    queue.drain();
+    main.drain();
+    EXPECT_EQ(state.snapshot().tree.totalCount, 1);
+    EXPECT_EQ(state.snapshot().totalCount, 3);
+}
+
+TEST(SweepState, MayEndWhileARebuildIsOnItsWay) {
+    MainQueue main, queue;
+    {
+        SweepState state(main, queue);
+        state.add({trace("a", 1)});
+        queue.drain();
+    }
+    main.drain();
 }
 
 } // namespace

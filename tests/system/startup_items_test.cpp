@@ -105,11 +105,9 @@ TEST_F(StartupItems, ShowsOrphansFirstAndTakesLaunchdsWord) {
     EXPECT_TRUE(model.isLoading.get());
     settle();
     EXPECT_FALSE(model.isLoading.get());
-    std::vector<std::string> labels;
-    for (const auto& each : model.result.get().items)
-        labels.push_back(each.label);
-    EXPECT_THAT(labels, ElementsAre("zz.gone.thing", "com.vendor.app.agent", "com.vendor.app.daemon",
-                                    "com.vendor.app.inner"));
+    EXPECT_THAT(eachOf(model.result.get().items, &StartupItem::label),
+                ElementsAre("zz.gone.thing", "com.vendor.app.agent", "com.vendor.app.daemon",
+                            "com.vendor.app.inner"));
     EXPECT_THAT(model.result.get().unreadable, IsEmpty());
     EXPECT_EQ(model.switchState(item("com.vendor.app.agent")), SwitchState::off) << "its own file says so";
     EXPECT_EQ(model.switchState(item("com.vendor.app.daemon")), SwitchState::off);
