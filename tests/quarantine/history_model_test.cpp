@@ -29,10 +29,8 @@ class History : public testing::Test {
                                   root / manifestFileName, volume.files()));
     }
     std::vector<std::string> names() const {
-        std::vector<std::string> result;
-        for (const auto& entry : model.entries.get())
-            result.push_back(entry.manifest.apps.front().name);
-        return result;
+        return eachOf(model.entries.get(),
+                      [](const auto& entry) { return entry.manifest.apps.front().name; });
     }
     std::vector<std::string> loaded(HistoryModel::Sizes sizes = HistoryModel::Sizes::leftOut) {
         model.load(sizes);

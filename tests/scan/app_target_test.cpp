@@ -4,6 +4,7 @@
 #include "scan/bundle.h"
 #include "scan/installed_app.h"
 #include "support/fixtures.h"
+#include "support/matchers.h"
 
 #include <gtest/gtest.h>
 
@@ -209,10 +210,8 @@ TEST_F(AppTargets, LaunchItemsAreTheVisiblePropertyListsOfAFolder) {
     volume.makeFolder("/jobs/folder.plist");
     volume.link("/jobs/dangling.plist", "/nowhere");
 
-    std::vector<std::string> labels;
-    for (const auto& item : listLaunchItems(volume.files(), Path("/jobs"), false))
-        labels.push_back(item.label);
-    EXPECT_EQ(labels, (std::vector<std::string>{"a.plist", "b.PLIST"}));
+    EXPECT_THAT(eachOf(listLaunchItems(volume.files(), Path("/jobs"), false), &LaunchItem::label),
+                ElementsAre("a.plist", "b.PLIST"));
 }
 
 TEST_F(AppTargets, BackgroundApplicationsSayItInManyWays) {

@@ -2,14 +2,15 @@
 
 #include "scan/privacy_database.h"
 #include "support/fixtures.h"
+#include "support/sqlite_bytes.h"
 
 #include <fmt/core.h>
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 namespace tidwen {
 namespace {
 
+using test::databaseOf;
 using Grant = PermissionGrant;
 using State = PermissionGrant::State;
 using Scope = PermissionGrant::Scope;
@@ -34,19 +35,6 @@ std::string row(const std::string& service, const std::string& client, int authV
         service, client, client.starts_with('/') ? 1 : 0, authValue, object);
 }
 
-/// The bytes of the database that the statements make.
-std::string database(const std::string& statements) {
-    sqlite3* made = nullptr;
-    EXPECT_EQ(sqlite3_open(":memory:", &made), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(made, statements.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
-    sqlite3_int64 size = 0;
-    auto* bytes = sqlite3_serialize(made, "main", &size, 0);
-    std::string copy(reinterpret_cast<char*>(bytes), static_cast<std::size_t>(size));
-    sqlite3_free(bytes);
-    sqlite3_close(made);
-    return copy;
-}
-
 int run(const PrivacyDatabase& on, const char* statement) {
     return sqlite3_exec(on.handle(), statement, nullptr, nullptr, nullptr);
 }
@@ -65,12 +53,12 @@ class Audit : public testing::Test {
 TEST_F(Audit, FoldsTheRowsOfAServiceAndSortsByTitle) {
     const std::string id = "com.example.app", path = "/Applications/Foo.app";
     volume.write(userFile,
-                 database(schema + row("Camera", id, 0) + row("Camera", path, 2) + row("Photos", id, 3)
-                          + row("Photos", path, 3) + row("AppleEvents", id, 1, "com.example.x")
-                          + row("Reminders", id, 1) + row("AppleEvents", id, 0, "com.example.y")
-                          + row("Motion", "COM.EXAMPLE.APP", 2)));
-    volume.write(systemFile, database(schema + row("Camera", id, 5) + row("BrandNew", path, 7)
-                                      + row("Motion", path + "/Contents/MacOS/Foo", 2)));
+                 databaseOf(schema + row("Camera", id, 0) + row("Camera", path, 2) + row("Photos", id, 3)
+                            + row("Photos", path, 3) + row("AppleEvents", id, 1, "com.example.x")
+                            + row("Reminders", id, 1) + row("AppleEvents", id, 0, "com.example.y")
+                            + row("Motion", "COM.EXAMPLE.APP", 2)));
+    volume.write(systemFile, databaseOf(schema + row("Camera", id, 5) + row("BrandNew", path, 7)
+                                        + row("Motion", path + "/Contents/MacOS/Foo", 2)));
     const std::vector<Grant> expected = {
         {"kTCCServiceBrandNew", {State::Kind::unknown, 7}, Scope::system, true}, // "BrandNew"
         {"kTCCServiceAppleEvents", {State::Kind::denied}, Scope::user, false},   // "permission.automation"
@@ -87,13 +75,13 @@ TEST_F(Audit, FoldsTheRowsOfAServiceAndSortsByTitle) {
 TEST_F(Audit, NoDatabaseIsNoProblem) {
     EXPECT_EQ(audit(), PermissionAudit::Result{});
     volume.write("/Library/Application Support/com.apple.TCC", "a file where the folder should be");
-    volume.write(userFile, database("CREATE TABLE access (service, client, client_type, auth_value);"
-                                    "INSERT INTO access VALUES (NULL, 'com.example.app', 0, 2);"));
+    volume.write(userFile, databaseOf("CREATE TABLE access (service, client, client_type, auth_value);"
+                                      "INSERT INTO access VALUES (NULL, 'com.example.app', 0, 2);"));
     EXPECT_EQ(audit(), PermissionAudit::Result{});
 }
 
 TEST_F(Audit, WhatCannotBeTrustedIsUnreadable) {
-    const auto good = database(schema + row("Camera", "com.example.app", 2));
+    const auto good = databaseOf(schema + row("Camera", "com.example.app", 2));
     std::string manyServices = schema, manyTables = schema;
     for (int i = 0; i < 3'000; ++i) {
         manyServices += row(fmt::format("s{}", i), "com.example.app", 2);
@@ -102,14 +90,15 @@ TEST_F(Audit, WhatCannotBeTrustedIsUnreadable) {
     const std::pair<const char*, std::string> contents[] = {
         {"empty", ""},
         {"older schema",
-         database("CREATE TABLE access (service, client, client_type, allowed, prompt_count);")},
+         databaseOf("CREATE TABLE access (service, client, client_type, allowed, prompt_count);")},
         {"a view",
-         database("CREATE VIEW access AS SELECT 'kTCCServiceCamera' AS service, 'com.example.app' AS client, "
-                  "0 AS client_type, 2 AS auth_value;")},
+         databaseOf(
+             "CREATE VIEW access AS SELECT 'kTCCServiceCamera' AS service, 'com.example.app' AS client, "
+             "0 AS client_type, 2 AS auth_value;")},
         {"a virtual table",
-         database("CREATE VIRTUAL TABLE access USING fts5(service, client, client_type, auth_value);")},
-        {"more services than exist", database(manyServices)},
-        {"more tables than can be read in time", database(manyTables)},
+         databaseOf("CREATE VIRTUAL TABLE access USING fts5(service, client, client_type, auth_value);")},
+        {"more services than exist", databaseOf(manyServices)},
+        {"more tables than can be read in time", databaseOf(manyTables)},
     };
     volume.makeFolder(userFile);
     EXPECT_EQ(audit().unreadable, std::vector{Scope::user});
@@ -139,9 +128,9 @@ TEST_F(Audit, WhatCannotBeTrustedIsUnreadable) {
 
 TEST(PrivacyDatabase, HostileContentHasNoEffect) {
     auto bytes =
-        database(schema + row("Camera", "com.example.app", 2)
-                 + "CREATE TABLE loot (x UNIQUE); INSERT INTO loot VALUES (1); CREATE TRIGGER t AFTER "
-                   "DELETE ON access BEGIN INSERT INTO loot VALUES (1); END;");
+        databaseOf(schema + row("Camera", "com.example.app", 2)
+                   + "CREATE TABLE loot (x UNIQUE); INSERT INTO loot VALUES (1); CREATE TRIGGER t AFTER "
+                     "DELETE ON access BEGIN INSERT INTO loot VALUES (1); END;");
     bytes[18] = bytes[19] = 2; // changes would go to a log first
     const auto readable = PrivacyDatabase::open(bytes, false);
     ASSERT_TRUE(readable);

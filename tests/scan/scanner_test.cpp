@@ -14,12 +14,7 @@ const std::string library = "/Users/alice/Library/";
 const std::string bundle = "/Applications/Marlin Notes.app";
 
 struct FakeReceipts : Receipts {
-    std::vector<std::string> packageIDs() const override {
-        std::vector<std::string> identifiers;
-        for (const auto& receipt : all)
-            identifiers.push_back(receipt.packageID);
-        return identifiers;
-    }
+    std::vector<std::string> packageIDs() const override { return eachOf(all, &Receipt::packageID); }
     std::optional<Receipt> read(const std::string& packageID) const override {
         for (const auto& receipt : all)
             if (receipt.packageID == packageID) return receipt;

@@ -1,9 +1,9 @@
 #include "volume/volume_runner.h"
 
 #include "support/fixtures.h"
+#include "support/sqlite_bytes.h"
 
 #include <gmock/gmock.h>
-#include <sqlite3.h>
 #include <sys/stat.h>
 
 namespace tidwen {
@@ -23,25 +23,11 @@ constexpr const char* table =
     "CREATE TABLE access (service TEXT NOT NULL, client TEXT NOT NULL, client_type INTEGER,"
     " auth_value INTEGER);";
 
-using Handle = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
-
-std::string makeDatabase(const std::string& statements) {
-    sqlite3* opened = nullptr;
-    sqlite3_open(":memory:", &opened);
-    const Handle database(opened, sqlite3_close);
-    EXPECT_EQ(sqlite3_exec(opened, statements.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
-        << sqlite3_errmsg(opened);
-    sqlite3_int64 size = 0;
-    const std::unique_ptr<unsigned char, decltype(&sqlite3_free)> bytes(
-        sqlite3_serialize(opened, "main", &size, 0), sqlite3_free);
-    return {reinterpret_cast<const char*>(bytes.get()), static_cast<std::size_t>(size)};
-}
-
 /// The answer to a query of one number, of a database that also stands a full check.
 int ask(const fs::path& file, const std::string& query) {
     sqlite3* opened = nullptr;
     sqlite3_open_v2(file.c_str(), &opened, SQLITE_OPEN_READONLY, nullptr);
-    const Handle database(opened, sqlite3_close);
+    const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> database(opened, sqlite3_close);
     int answer = -1;
     const auto keep = [](void* place, int, char** values, char**) {
         *static_cast<int*>(place) = std::stoi(values[0]);
@@ -105,9 +91,9 @@ TEST_F(VolumeRunnerTest, MovesAreScreened) {
 
 TEST_F(VolumeRunnerTest, PermissionsAreResetInBothDatabases) {
     EXPECT_EQ(reset(), "none") << "no database, nothing to reset";
-    auto logged = makeDatabase(std::string(table) + rows);
+    auto logged = test::databaseOf(std::string(table) + rows);
     logged[18] = logged[19] = 2; // keeps a write-ahead log, which is empty now
-    volume_.write(userDatabase, makeDatabase(std::string(table) + rows));
+    volume_.write(userDatabase, test::databaseOf(std::string(table) + rows));
     volume_.write(systemDatabase, logged);
     ASSERT_EQ(::chmod(volume_.host(systemDatabase).c_str(), 0640), 0);
 
@@ -126,14 +112,14 @@ TEST_F(VolumeRunnerTest, PermissionsAreResetInBothDatabases) {
 }
 
 TEST_F(VolumeRunnerTest, OneUnusableDatabaseFailsTheResetAndKeepsItsBytes) {
-    const auto sound = makeDatabase(std::string(table) + rows);
+    const auto sound = test::databaseOf(std::string(table) + rows);
     const std::string noTable = "CREATE TABLE admin (key TEXT, value INTEGER);";
     const std::pair<const char*, std::string> cases[] = {
         {"no database", std::string(4096, 'x')},
         {"cut off", sound.substr(0, 600)},
-        {"another table", makeDatabase(noTable)},
+        {"another table", test::databaseOf(noTable)},
         {"a view of that name",
-         makeDatabase(noTable + "CREATE VIEW access AS SELECT key AS client FROM admin;")},
+         test::databaseOf(noTable + "CREATE VIEW access AS SELECT key AS client FROM admin;")},
         {"changes not yet in it", sound},
     };
     for (const auto& [why, database] : cases) {
@@ -153,7 +139,7 @@ TEST_F(VolumeRunnerTest, OneUnusableDatabaseFailsTheResetAndKeepsItsBytes) {
 TEST_F(VolumeRunnerTest, AnOlderSchemaIsEditedToo) {
     volume_.write(
         userDatabase,
-        makeDatabase(
+        test::databaseOf(
             "CREATE TABLE access (service TEXT, client TEXT, client_type INTEGER, allowed INTEGER,"
             " prompt_count INTEGER, csreq BLOB, policy_id INTEGER,"
             " PRIMARY KEY (service, client, client_type));"
