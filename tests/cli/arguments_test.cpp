@@ -53,12 +53,11 @@ TEST(Arguments, OptionsOfACommandDoNotSwallowItsOperands) {
 }
 
 TEST(Arguments, EndsEarlyWithTheRightStatus) {
-    struct Case {
+    const struct {
         std::vector<const char*> words;
         int status;
         const char* text; ///< part of what is printed
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{"--version"}, 0, "tidwen "},
         {{"apps", "--version"}, 0, "tidwen "},
         {{"--help"}, 0, "remove APP..."},

@@ -34,11 +34,10 @@ class IntakeTest : public testing::Test {
 
 TEST_F(IntakeTest, AWordMeansOneApplicationOrSaysWhyNot) {
     const auto host = [&](const char* path) { return volume_.host(path).string(); };
-    struct Case {
+    const struct {
         std::string word;
         std::string expected; ///< the Mac path, or the key of the refusal
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"/Applications/Marlin Notes.app", "/Applications/Marlin Notes.app"},
         {"/Applications/Marlin Notes.app/", "/Applications/Marlin Notes.app"},
         {"Marlin Notes", "/Applications/Marlin Notes.app"},

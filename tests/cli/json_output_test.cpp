@@ -22,11 +22,10 @@ Trace traceOf(TraceAction action, MatchReason reason = {}) {
 }
 
 TEST(JsonOutput, ActionsAndReasonsAreObjectsOfTheirKind) {
-    struct Case {
+    const struct {
         TraceAction action;
         const char* expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {action::MovePath{Path("/Library/X")}, R"({"kind":"movePath","url":"/Library/X"})"},
         {action::BootoutAndMove{"l", Path("/a.plist"), true},
          R"({"kind":"bootoutAndMove","label":"l","plist":"/a.plist","isSystemDomain":true})"},

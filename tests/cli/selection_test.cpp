@@ -57,14 +57,13 @@ Names namesOf(const std::vector<ScanResult>& found, const std::set<Uuid>& ids) {
 TEST(Selection, TakesWhatTheRequestNames) {
     const auto found = everySort();
     const auto id = found[0].traces[1].id.string();
-    struct Case {
+    using enum TraceRisk;
+    const struct {
         const char* why;
         SelectionRequest request;
         Names expected; ///< or the key of the refusal
         RemovalMode mode = RemovalMode::uninstall;
-    };
-    using enum TraceRisk;
-    const Case cases[] = {
+    } cases[] = {
         {"a reset keeps the application", {.tiers = std::set{safe}}, {"/L/safe"}, RemovalMode::reset},
         {"tiers, never what is contested", {.tiers = std::set{safe}}, {"/Applications/A.app", "/L/safe"}},
         {"a tier with loss was asked for", {.tiers = std::set{sensitive}}, {"/L/root", "secret"}},

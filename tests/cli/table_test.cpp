@@ -1,8 +1,8 @@
 #include "cli/table.h"
 
 #include "support/temporary_folder.h"
+#include "support/trees.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -21,8 +21,7 @@ std::string printed(Print print) {
         print(console);
         EXPECT_TRUE(console.finish());
     }
-    std::ifstream in(file);
-    return {std::istreambuf_iterator<char>(in), {}};
+    return test::contentOf(file);
 }
 
 TEST(Table, ColumnsStandBelowOneAnotherAsATerminalShowsThem) {
