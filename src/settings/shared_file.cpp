@@ -47,6 +47,7 @@ bool flushFolder(const fs::path& folder) {
 SharedFile::SharedFile(const fs::path& path, Links links) : path_(path) {
     if (links == Links::kept) return;
     std::error_code error;
+    isLinked_ = fs::is_symlink(path, error);
     if (auto target = fs::weakly_canonical(path, error); !error) path_ = std::move(target);
 }
 
@@ -99,6 +100,7 @@ bool SharedFile::replace(std::string_view content) const {
 }
 
 std::optional<fs::path> SharedFile::setAside(const std::string& suffix) const {
+    if (isLinked_) return std::nullopt; // whatever a link names by mistake must not lose its name
     constexpr int attempts = 1000;
     for (int n = 1; n <= attempts; ++n) {
         auto target = sibling(n == 1 ? suffix : suffix + "-" + std::to_string(n));

@@ -39,7 +39,8 @@ class SharedFile {
     /// Call it with the lock held.
     bool replace(std::string_view content) const;
     /// Renames the file to "<name>.<suffix>", "<name>.<suffix>-2" … whichever is free, and gives that name.
-    /// Call it with the lock held.
+    /// Nothing when it is reached through a link: what lies there may be anybody's. Call it with the lock
+    /// held.
     std::optional<std::filesystem::path> setAside(const std::string& suffix) const;
 
     /// While it lives no other process holds the lock of the same file. Waits for its turn.
@@ -62,6 +63,7 @@ class SharedFile {
     std::filesystem::path sibling(const std::string& ending) const;
 
     std::filesystem::path path_;
+    bool isLinked_ = false;
 };
 
 } // namespace tidwen

@@ -136,6 +136,11 @@ TEST_F(FileDefaultsTest, ALinkedFileIsReplacedWhereItLies) {
     EXPECT_TRUE(FileDefaults(link, log_).setValue("b", 2));
     EXPECT_TRUE(fs::is_symlink(link));
     EXPECT_THAT(open().value("b"), Optional(PropertyListValue(2)));
+
+    put("another program's");
+    EXPECT_FALSE(FileDefaults(link, log_).setValue("b", 3));
+    EXPECT_EQ(content(file_), "another program's")
+        << "what a link leads to keeps its place when it is no settings file";
 }
 
 } // namespace
