@@ -76,6 +76,10 @@ std::string valueCases(const std::vector<CommandSyntax>& commands, std::string_v
     return text;
 }
 
+/// Names may hold spaces, so each line is one. The bash of macOS has no compopt.
+constexpr std::string_view bashFolders =
+    R"(local IFS=$'\n'; compopt -o filenames 2>/dev/null; COMPREPLY=($(compgen -d -- "$word")))";
+
 std::string bash(const std::vector<CommandSyntax>& commands) {
     std::string cases;
     for (const auto& command : commands)
@@ -107,8 +111,7 @@ std::string bash(const std::vector<CommandSyntax>& commands) {
 complete -o default -F _tidwen tidwen
 )",
         joined(help::globalOptions(), " ", nameOf),
-        valueCases(commands, R"(COMPREPLY=($(compgen -d -- "$word")))", "COMPREPLY=($(compgen -W '",
-                   R"(' -- "$word")))"),
+        valueCases(commands, bashFolders, "COMPREPLY=($(compgen -W '", R"(' -- "$word")))"),
         joined(optionsWithValue(commands), "|", nameOf), joined(commands, " ", nameOf), cases);
 }
 
@@ -179,6 +182,8 @@ std::string fish(const std::vector<CommandSyntax>& commands) {
                             seen(joined(commands, " ", nameOf)), command.name, shellQuoted(command.summary));
         for (const auto& option : command.options)
             text += fishOption(option, fmt::format(" -n '{}'", seen(command.name)));
+        if (command.operandName.empty())
+            text += fmt::format("complete -c tidwen -f -n '{}'\n", seen(command.name));
         const auto actions = joined(command.actions, " ", itself);
         if (!actions.empty())
             text += fmt::format("complete -c tidwen -f -n '{}; and not {}' -a '{}'\n", seen(command.name),
