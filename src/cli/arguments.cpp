@@ -47,17 +47,20 @@ const CommandSyntax* find(const std::vector<CommandSyntax>& commands, const std:
     return found == commands.end() ? nullptr : &*found;
 }
 
-EarlyExit complaint(const std::string& text) {
-    return {wrongUsage, "tidwen: " + text + "\n\"tidwen --help\" lists commands and options.\n"};
+EarlyExit complaint(const std::string& text, const CommandSyntax* command) {
+    const auto who = command ? std::string(command->name) + ": " : std::string();
+    const auto help = command
+                          ? "\"tidwen " + std::string(command->name) + " --help\" tells about this command."
+                          : std::string("\"tidwen --help\" lists commands and options.");
+    return {wrongUsage, "tidwen: " + who + text + "\n" + help + "\n"};
 }
 
 std::optional<EarlyExit> wrongOperandCount(const CommandSyntax& syntax,
                                            const std::vector<std::string>& operands) {
-    const std::string name(syntax.name);
     if (operands.size() < syntax.minimumOperands)
-        return complaint(name + ": " + std::string(syntax.operandName) + " is missing");
+        return complaint(std::string(syntax.operandName) + " is missing", &syntax);
     if (operands.size() > syntax.maximumOperands)
-        return complaint(name + ": too many arguments: " + operands[syntax.maximumOperands]);
+        return complaint("too many arguments: " + operands[syntax.maximumOperands], &syntax);
     return std::nullopt;
 }
 
@@ -65,13 +68,17 @@ std::optional<EarlyExit> wrongOperandCount(const CommandSyntax& syntax,
 EarlyExit endOf(const CLI::ParseError& error, const CLI::App& app, const CommandSyntax* command,
                 const std::vector<CommandSyntax>& commands) {
     if (app.count("--version") > 0) return {0, "tidwen " TIDWEN_VERSION "\n"};
+    const auto unexpected = app.remaining(true);
+    const auto isOption = [](const std::string& word) { return word.starts_with('-'); };
+    if (!command && !unexpected.empty() && !isOption(unexpected.front()))
+        return complaint("there is no command " + unexpected.front(), nullptr);
     if (dynamic_cast<const CLI::CallForHelp*>(&error))
         return {0, command ? help::command(*command) : help::program(commands)};
-    const auto unexpected = app.remaining();
-    if (!command && dynamic_cast<const CLI::ExtrasError*>(&error) && !unexpected.empty()
-        && !unexpected.front().starts_with('-'))
-        return complaint("there is no command " + unexpected.front());
-    return complaint(error.what());
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) && !unexpected.empty())
+        return complaint((isOption(unexpected.front()) ? "there is no option " : "too many arguments: ")
+                             + unexpected.front(),
+                         command);
+    return complaint(error.what(), command);
 }
 
 } // namespace

@@ -35,8 +35,8 @@ Rows rows(const std::vector<OptionSyntax>& options) {
 
 std::string operandTerm(const CommandSyntax& syntax) {
     if (syntax.operandName.empty()) return {};
-    const std::string name(syntax.operandName);
-    return name + (syntax.maximumOperands > 1 ? "..." : "");
+    const auto name = std::string(syntax.operandName) + (syntax.maximumOperands > 1 ? "..." : "");
+    return syntax.minimumOperands > 0 ? name : "[" + name + "]";
 }
 
 } // namespace

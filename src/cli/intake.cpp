@@ -52,8 +52,8 @@ tl::expected<Path, Message> ApplicationFinder::find(const std::string& word) con
     if (word.starts_with('/')) {
         const Path path(word);
         if (files_.exists(path)) return path;
-        // What the loader says of a path that leads nowhere is better than a guess.
-        return hostPaths_.macPath(word).value_or(path);
+        if (auto onVolume = hostPaths_.macPath(word)) return std::move(*onVolume);
+        return tl::unexpected(Message{"cli.app.missing"});
     }
     const auto wanted = folded(word);
     auto found = withIdentifier(wanted);

@@ -116,16 +116,16 @@ bool RequestInbox::isAcceptable(const std::string& path) const {
     return info && info->kind != FileKind::symbolicLink;
 }
 
-void RequestInbox::setFinderGate(bool enabled) {
+bool RequestInbox::setFinderGate(bool enabled) {
     log_.info("Finder extension enabled: {}", enabled ? 1 : 0);
-    if (!container_) return;
+    if (!container_) return false;
     const auto gate = *container_ / "finder-gate.json";
     if (!enabled) {
-        (void)files_.removeFile(gate);
-        return;
+        const auto removed = files_.removeFile(gate);
+        return removed || removed.error().fault == FileFault::missing;
     }
-    if (files_.createDirectories(*container_))
-        (void)files_.replaceFile(gate, "{}", NewFileMode::privateToOwner);
+    return files_.createDirectories(*container_)
+           && files_.replaceFile(gate, "{}", NewFileMode::privateToOwner);
 }
 
 } // namespace tidwen

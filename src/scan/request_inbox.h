@@ -70,8 +70,9 @@ class RequestInbox {
     /// requests.
     std::vector<Path> drain();
 
-    /// The file that tells the Finder extension whether to offer its menu entry. Failures are ignored.
-    void setFinderGate(bool enabled);
+    /// The file that tells the Finder extension whether to offer its menu entry. False when it
+    /// could not be written or removed.
+    bool setFinderGate(bool enabled);
 
   private:
     struct Taken;

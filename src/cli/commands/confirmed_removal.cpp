@@ -77,7 +77,7 @@ bool confirmed(const CommandContext& context, const Mac& mac, const RemovalFlowM
         printConfirmation(words, context, mac);
         printLeft(model.leftInPlace(), context);
     }
-    return agreed(context, context.text("cli.question %@", {words.title}));
+    return agreed(context, context.text("cli.question %@", {words.title}), "cli.remove.needsYes");
 }
 
 void show(const RemovalReport& report, const std::vector<Trace>& left, const std::string& subject,
@@ -94,10 +94,10 @@ void show(const RemovalReport& report, const std::vector<Trace>& left, const std
 
 } // namespace
 
-bool agreed(const CommandContext& context, const std::string& question) {
+bool agreed(const CommandContext& context, const std::string& question, std::string_view refusal) {
     if (context.arguments.yes) return true;
     if (!context.console.canAsk()) {
-        context.refuse({"cli.remove.needsYes"});
+        context.refuse({std::string(refusal)});
         return false;
     }
     if (context.console.ask(question, {"y", "yes", context.text("cli.answer.yes")})) return true;
@@ -130,6 +130,13 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     const bool isComplete = report.failures().empty() && !report.manifestFailure;
     remindOfReview(context, mac.system.defaults, isComplete);
     return isComplete && !session.someLeftOut() ? ExitStatus::done : ExitStatus::someFailed;
+}
+
+std::optional<Message> idleOption(const Arguments& arguments) {
+    for (const auto& option : removalOptions())
+        if (arguments.has(option.name))
+            return Message{"cli.remove.idleOption %@", {std::string(option.name)}};
+    return std::nullopt;
 }
 
 std::vector<OptionSyntax> removalOptions() {

@@ -19,8 +19,12 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
                        Chosen chosen = Chosen::byDefault);
 
 /// Asks before something that cannot be taken back lightly. True when it was agreed to beforehand ("--yes")
-/// or is agreed to now; else what was said is printed.
-bool agreed(const CommandContext& context, const std::string& question);
+/// or is agreed to now; else what was said is printed, or, where nobody can be asked, the text `refusal`.
+bool agreed(const CommandContext& context, const std::string& question, std::string_view refusal);
+
+/// Why a command that removes nothing this time cannot take one of `removalOptions`, when one was given:
+/// whoever gave it believes that something will be removed.
+std::optional<Message> idleOption(const Arguments& arguments);
 
 /// The options of every command that ends in a removal.
 std::vector<OptionSyntax> removalOptions();

@@ -40,11 +40,13 @@ std::vector<Trace> traces(const InstallerScanResult& result, bool isChosen) {
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
+    const bool removes = context.arguments.has("--remove");
+    if (const auto idle = idleOption(context.arguments); idle && !removes) return context.refuse(*idle);
     const auto& system = mac.system;
     const auto apps =
         listInstalledApps(system.files, system.signatures, findApplicationBundles(system.files, system.user));
     const auto result = scanInstallers(system.files, system.user, apps);
-    if (context.arguments.has("--remove")) {
+    if (removes) {
         FlowSession session(context, mac);
         session.model().show(stage::Installers{});
         session.model().offer(context.text("category.installers"),

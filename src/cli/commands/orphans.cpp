@@ -30,9 +30,11 @@ void print(const OrphanScanResult& orphans, const CommandContext& context) {
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
+    const bool removes = context.arguments.has("--remove");
+    if (const auto idle = idleOption(context.arguments); idle && !removes) return context.refuse(*idle);
     FlowSession session(context, mac);
     if (!session.sweep()) return ExitStatus::refused;
-    if (context.arguments.has("--remove")) return removeFound(context, mac, session, RemovalMode::uninstall);
+    if (removes) return removeFound(context, mac, session, RemovalMode::uninstall);
     const auto& orphans = std::get<stage::Orphans>(session.model().stage()).result;
     if (context.arguments.json)
         context.console.document(json::document(orphans));

@@ -1,4 +1,5 @@
 #include "base/executor.h"
+#include "base/text.h"
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/intake.h"
@@ -67,7 +68,8 @@ ExitStatus showOwn(const CommandContext& context, const Mac& mac) {
     return ExitStatus::done;
 }
 
-/// The grants that the words name: by service, with or without its prefix, or by title. All without words.
+/// The grants that the words name: by service, with or without its prefix, or by title; letter case does
+/// not count. All without words.
 tl::expected<std::vector<PermissionGrant>, Message> choose(const std::vector<PermissionGrant>& grants,
                                                            const std::vector<std::string>& words,
                                                            const Texts& texts) {
@@ -75,10 +77,12 @@ tl::expected<std::vector<PermissionGrant>, Message> choose(const std::vector<Per
     std::vector<PermissionGrant> chosen;
     for (const auto& word : words) {
         const auto before = chosen.size();
+        const auto wanted = lowercased(word);
         std::copy_if(grants.begin(), grants.end(), std::back_inserter(chosen),
                      [&](const PermissionGrant& grant) {
-                         return grant.service == word || shortServiceName(grant.service) == word
-                                || permissionTitle(grant.service, texts) == word;
+                         return lowercased(grant.service) == wanted
+                                || lowercased(shortServiceName(grant.service)) == wanted
+                                || lowercased(permissionTitle(grant.service, texts)) == wanted;
                      });
         if (chosen.size() == before) return tl::unexpected(Message{"cli.permissions.unknown %@", {word}});
     }
@@ -158,11 +162,11 @@ class SheetSession {
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
     const auto& words = context.arguments.operands;
-    const auto& action = words.front();
+    const std::string action = words.empty() ? "show" : words.front();
     if (action != "show" && action != "revoke") return context.refuse({"cli.action.unknown %@", {action}});
-    if (action == "show" && words.size() == 1) return showOwn(context, mac);
+    if (action == "show" && words.size() < 2) return showOwn(context, mac);
     if (words.size() < 2 || (action == "show" && words.size() > 2))
-        return context.refuse({"cli.action.needsOperand %@", {action}});
+        return context.refuse({"cli.action.wrongOperands %@ %@", {"permissions", action}});
     auto target = findTarget(context, mac, words[1]);
     if (!target) return ExitStatus::refused;
     SheetSession session(context, mac, std::move(*target));
@@ -177,7 +181,6 @@ Command permissionsCommand() {
                                   "Tidwen itself: show",
                        .operandName = "ACTION",
                        .operandHelp = "show, show APP, revoke APP [SERVICE…]",
-                       .minimumOperands = 1,
                        .maximumOperands = anyNumber,
                        .actions = {"show", "revoke"}},
             .run = run};

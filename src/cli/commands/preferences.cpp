@@ -28,13 +28,13 @@ ExitStatus runProtect(const CommandContext& context, Host& host) {
     ProtectedApps apps(host.defaults);
     const auto& words = context.arguments.operands;
     const std::string action = words.empty() ? "list" : words.front();
-    if (action == "add" || action == "remove") {
-        if (words.size() < 2) return context.refuse({"cli.action.needsOperand %@", {action}});
+    const bool changes = action == "add" || action == "remove";
+    if (!changes && action != "list") return wrongAction(context);
+    if (changes ? words.size() < 2 : words.size() > 1)
+        return context.refuse({"cli.action.wrongOperands %@ %@", {"protect", action}});
+    if (changes)
         for (auto id = words.begin() + 1; id != words.end(); ++id)
             if (apps.contains(*id) != (action == "add") && !apps.toggle(*id)) return notStored(context);
-    } else if (action != "list") {
-        return wrongAction(context);
-    }
     if (context.arguments.json)
         context.console.document(json::document(apps.bundleIDs()));
     else if (apps.bundleIDs().empty())
@@ -76,7 +76,7 @@ ExitStatus runTags(const CommandContext& context, Host& host) {
         changed = tags.rename(words[1], words[2]);
     else if (action == "delete" && needs(1))
         changed = tags.erase(words[1]);
-    else if (action != "list")
+    else if (action != "list" || words.size() > 1)
         return context.refuse({"cli.tags.usage"});
     if (!changed) context.console.complain(context.text("cli.tags.unchanged"));
     if (context.arguments.json)
@@ -138,7 +138,7 @@ ExitStatus runSettings(const CommandContext& context, Host& host) {
         context.console.line(*value);
         return ExitStatus::done;
     }
-    if (action != "list") return context.refuse({"cli.settings.usage"});
+    if (action != "list" || words.size() > 1) return context.refuse({"cli.settings.usage"});
     if (context.arguments.json)
         context.console.document(json::document(preferences));
     else

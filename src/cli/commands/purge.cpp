@@ -6,6 +6,7 @@
 #include "cli/labels.h"
 #include "settings/app_preferences.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 namespace tidwen {
@@ -30,7 +31,9 @@ choose(const std::vector<RemovalHistoryEntry>& history, const CommandContext& co
     for (const auto& word : words) {
         const auto* entry = findRun(history, word);
         if (!entry) return tl::unexpected(Message{"cli.undo.unknown %@", {word}});
-        chosen.push_back(*entry);
+        const bool isNew = std::none_of(chosen.begin(), chosen.end(),
+                                        [&](const auto& other) { return other.root == entry->root; });
+        if (isNew) chosen.push_back(*entry);
     }
     return chosen;
 }
@@ -62,8 +65,8 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
         if (asks)
             context.console.line({{entry.root.lastComponent()},
                                   {"  " + labels::size(entry.sizeBytes, context.texts), Paint::faint}});
-    if (!agreed(context, context.text("cli.purge.question %lld", {std::to_string(chosen->size())})))
-        return ExitStatus::refused;
+    const auto question = context.text("cli.purge.question %lld", {std::to_string(chosen->size())});
+    if (!agreed(context, question, "cli.purge.needsYes")) return ExitStatus::refused;
     const auto outcome = history.remove(*chosen);
     if (!outcome) return context.refuse(outcome.error());
     report(*outcome, context);

@@ -53,10 +53,11 @@ void printLeft(const std::vector<Trace>& left, const CommandContext& context) {
         else
             takeable.push_back(trace);
     }
-    if (!takeable.empty())
-        context.console.line(
-            context.text("cli.remove.left %@", {labels::countAndSize(takeable, context.texts)}),
-            Paint::caution);
+    if (takeable.empty()) return;
+    const auto* shownBy = context.arguments.command == "orphans" ? "orphans" : "scan";
+    context.console.line(
+        context.text("cli.remove.left %@ %@", {labels::countAndSize(takeable, context.texts), shownBy}),
+        Paint::caution);
 }
 
 void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout& layout,

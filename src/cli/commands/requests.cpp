@@ -57,8 +57,8 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     if (action == "drain" && words.size() == 1) return drain(context, mac);
     if (action == "post" && words.size() > 1) return post({words.begin() + 1, words.end()}, context, mac);
     if (action == "gate" && words.size() == 2 && (words[1] == "on" || words[1] == "off")) {
-        requestInbox(context, mac).setFinderGate(words[1] == "on");
-        return ExitStatus::done;
+        if (requestInbox(context, mac).setFinderGate(words[1] == "on")) return ExitStatus::done;
+        return context.refuse({"cli.requests.gateFailed"});
     }
     if (action == "drain" || action == "post" || action == "gate")
         return context.refuse({"cli.requests.usage"});

@@ -51,7 +51,7 @@ class StartupSession {
             }
             wait([&](auto done) { model_.setEnabled(*item, on, done); });
             if (const auto& error = model_.toggleError.get()) {
-                context_.console.complain(*error);
+                context_.console.complain(item->label + ": " + *error);
                 status = ExitStatus::someFailed;
             } else if (!context_.arguments.json) {
                 context_.console.line(
@@ -137,7 +137,9 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const std::vector<std::string> jobs(words.empty() ? words.end() : words.begin() + 1, words.end());
     const bool isKnown = action == "list" || action == "on" || action == "off" || action == "remove";
     if (!isKnown) return context.refuse({"cli.action.unknown %@", {action}});
-    if (action != "list" && jobs.empty()) return context.refuse({"cli.action.needsOperand %@", {action}});
+    const bool isIdle = action != "remove" && context.arguments.has("--dry-run");
+    if ((action == "list") != jobs.empty() || isIdle)
+        return context.refuse({"cli.action.wrongOperands %@ %@", {"startup", action}});
     StartupSession session(context, mac);
     if (action == "list") return session.list();
     if (action == "remove") return session.remove(jobs);
