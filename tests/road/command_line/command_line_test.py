@@ -229,7 +229,7 @@ class Refusals(VolumeTest):
                 self.refuse(*words, saying=saying)
         self.assertEqual(snapshot(self.volume), before)
         self.assertEqual(len(self.call("--home", "/Users/alice", "apps", "--json").json), 14)
-        for words, saying in [(["apps"], "volume is needed"), (["--volume", __file__, "apps"], "not a folder"),
+        for words, saying in [(["apps"], "volume to work on"), (["--volume", __file__, "apps"], "not a folder"),
                               (["--volume", "/nowhere", "apps"], "/nowhere"),
                               (["--volume", str(self.base), "apps"], "--home")]:
             with self.subTest(words):
