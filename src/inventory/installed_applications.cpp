@@ -7,6 +7,7 @@
 #include "scan/search_location.h"
 
 #include <algorithm>
+#include <set>
 #include <optional>
 
 namespace tidwen {
@@ -124,22 +125,23 @@ std::vector<InstalledApp> listInstalledApps(const FileSystem& files, const CodeS
     return apps;
 }
 
-std::set<std::string> groupsOfOthers(const FileSystem& files, const CodeSignatures& signatures,
-                                     const std::vector<Path>& bundles, const Path& target) {
+std::map<std::string, std::string> groupsOfOthers(const FileSystem& files, const CodeSignatures& signatures,
+                                                  const std::vector<Path>& bundles, const Path& target) {
     const auto isTarget = [own = target.standardized()](const Path& url) {
         const Path other = url.standardized();
         return other.isWithinIgnoringCase(own) && own.isWithinIgnoringCase(other);
     };
-    using Groups = std::vector<std::string>;
+    using Groups = std::pair<std::string, std::vector<std::string>>; // of one identifier
     const auto groupsOfEach = readInParallel<Groups>(bundles, [&](const Path& url) -> std::optional<Groups> {
         const auto bundle = isTarget(url) ? std::nullopt : Bundle::open(files, url);
         if (!bundle) return std::nullopt;
-        return signatures.read(url, bundle->executable()).applicationGroups;
+        return Groups(bundle->identifier().value_or(url.lastComponent()),
+                      signatures.read(url, bundle->executable()).applicationGroups);
     });
-    std::set<std::string> groups;
-    for (const auto& each : groupsOfEach)
-        for (const auto& group : each)
-            groups.insert(lowercased(group));
+    std::map<std::string, std::string> groups;
+    for (const auto& [identifier, declared] : groupsOfEach)
+        for (const auto& group : declared)
+            groups.emplace(lowercased(group), identifier);
     return groups;
 }
 

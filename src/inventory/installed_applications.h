@@ -6,7 +6,7 @@
 #include "scan/installed_app.h"
 #include "scan/other_applications.h"
 
-#include <set>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -29,8 +29,9 @@ std::vector<InstalledIdentity> readIdentities(const FileSystem& files, const std
 std::vector<InstalledApp> listInstalledApps(const FileSystem& files, const CodeSignatures& signatures,
                                             const std::vector<Path>& bundles);
 
-/// Lower-cased application groups that the bundles other than `target` declare.
-std::set<std::string> groupsOfOthers(const FileSystem& files, const CodeSignatures& signatures,
-                                     const std::vector<Path>& bundles, const Path& target);
+/// Lower-cased application groups that the bundles other than `target` declare, each with the identifier of
+/// the first that does.
+std::map<std::string, std::string> groupsOfOthers(const FileSystem& files, const CodeSignatures& signatures,
+                                                  const std::vector<Path>& bundles, const Path& target);
 
 } // namespace tidwen

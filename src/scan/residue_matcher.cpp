@@ -160,7 +160,7 @@ std::string_view withoutWrappingExtension(std::string_view candidate) {
 
 ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
                                const std::vector<std::string>& helperBundleIDs,
-                               const std::set<std::string>& sharedGroups)
+                               const std::map<std::string, std::string>& sharedGroups)
     : target_(std::move(target)),
       others_(std::move(others)),
       identifier_(folded(target_.bundleID)),
@@ -192,9 +192,11 @@ ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
     for (const auto& declared : target_.appGroups) {
         const auto name = groupName(declared);
         if (declared.empty() || isGuarded(name.lowercased)) continue;
-        const bool isShared = std::any_of(sharedGroups.begin(), sharedGroups.end(),
-                                          [&](const auto& other) { return name == groupName(other, true); });
-        groups_.push_back({declared, isShared});
+        const auto other = std::find_if(sharedGroups.begin(), sharedGroups.end(), [&](const auto& each) {
+            return name == groupName(each.first, true);
+        });
+        groups_.push_back(
+            {declared, other == sharedGroups.end() ? std::nullopt : std::optional(other->second)});
     }
 }
 
@@ -234,13 +236,17 @@ std::optional<MatchReason> ResidueMatcher::matchAppGroup(std::string_view candid
     if (isGuarded(name.lowercased)) return std::nullopt;
     for (const auto& group : groups_)
         if (name == groupName(group.declared))
-            return MatchReason{group.isShared ? Kind::sharedAppGroup : Kind::appGroup, group.declared};
+            return MatchReason{group.sharedWith ? Kind::sharedAppGroup : Kind::appGroup, group.declared};
     return std::nullopt;
 }
 
 std::optional<std::string> ResidueMatcher::contestedBy(std::string_view candidate,
                                                        const MatchReason& reason) const {
-    if (reason.kind == Kind::sharedAppGroup) return reason.value;
+    if (reason.kind == Kind::sharedAppGroup) {
+        const auto group = std::find_if(groups_.begin(), groups_.end(),
+                                        [&](const Group& each) { return each.declared == reason.value; });
+        return group->sharedWith;
+    }
     if (reason.kind == Kind::appGroup || reason.kind == Kind::declaredTarget) return std::nullopt;
     if (others_.hasCopyOfTarget()) return target_.bundleID;
 

@@ -5,8 +5,8 @@
 #include "scan/other_applications.h"
 #include "scan/trace.h"
 
+#include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -26,10 +26,11 @@ struct Attribution {
 class ResidueMatcher {
   public:
     /// `helperBundleIDs` count as the target's own; those of another installed application are dropped here.
-    /// `sharedGroups`: lower-cased application groups that other installed applications declare too.
+    /// `sharedGroups`: lower-cased application groups that other installed applications declare too, each
+    /// with the identifier of one that does.
     ResidueMatcher(AppTarget target, OtherApplications others,
                    const std::vector<std::string>& helperBundleIDs,
-                   const std::set<std::string>& sharedGroups);
+                   const std::map<std::string, std::string>& sharedGroups);
 
     /// The identifier rules, and as their last step the rule on the target's name.
     std::optional<MatchReason> matchIdentifier(std::string_view candidate) const;
@@ -64,7 +65,7 @@ class ResidueMatcher {
   private:
     struct Group {
         std::string declared;
-        bool isShared = false;
+        std::optional<std::string> sharedWith = {}; ///< identifier of another application
     };
 
     std::optional<Attribution> withContest(std::string_view candidate,

@@ -77,9 +77,9 @@ void addEmbeddedJobs(const ResidueMatcher& matcher, TraceCollector& traces) {
 
 /// Groups that others declare too. To learn them every signature on the Mac is read, so they are asked for
 /// only when a folder's reason depends on the answer.
-std::set<std::string> sharedGroups(const ResidueScanner::Neighbours& neighbours, const FileSystem& files,
-                                   const UserEnvironment& user, const AppTarget& target,
-                                   const StopToken& stop) {
+std::map<std::string, std::string> sharedGroups(const ResidueScanner::Neighbours& neighbours,
+                                                const FileSystem& files, const UserEnvironment& user,
+                                                const AppTarget& target, const StopToken& stop) {
     if (target.appGroups.empty() || !neighbours.groupsOfOthers || stop.stopRequested()) return {};
     const auto folders = files.list(user.libraryFolder() / "Group Containers");
     if (!folders) return {};
@@ -87,7 +87,8 @@ std::set<std::string> sharedGroups(const ResidueScanner::Neighbours& neighbours,
     const bool matters = std::any_of(folders->begin(), folders->end(), [&](const DirectoryEntry& folder) {
         return matcher.matchAppGroup(folder.name).has_value();
     });
-    return matters ? neighbours.groupsOfOthers(target.bundleURL) : std::set<std::string>();
+    if (!matters) return {};
+    return neighbours.groupsOfOthers(target.bundleURL);
 }
 
 } // namespace

@@ -15,8 +15,8 @@
 #include "scan/size_measurer.h"
 
 #include <functional>
+#include <map>
 #include <mutex>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -38,9 +38,10 @@ class ResidueScanner {
     /// The other installed applications, for attribution.
     struct Neighbours {
         std::vector<InstalledIdentity> installed;
-        /// Lower-cased application groups that applications other than the given bundle declare. Asked at
+        /// Lower-cased application groups that applications other than the given bundle declare, each with
+        /// the identifier of one that does. Asked at
         /// most once per scan, and only when the target declares groups.
-        std::function<std::set<std::string>(const Path& target)> groupsOfOthers;
+        std::function<std::map<std::string, std::string>(const Path& target)> groupsOfOthers;
     };
 
     using Progress = std::function<void(const std::string& phase)>; ///< a localised category title

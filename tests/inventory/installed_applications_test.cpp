@@ -56,7 +56,8 @@ TEST_F(Inventory, ListsBundlesButNothingInsideThem) {
 TEST_F(Inventory, GroupsAreThoseOfTheOthers) {
     const std::vector bundles = {Path("/Applications/Zebra.app"), Path("/Applications/Utilities/Tool.app")};
     EXPECT_EQ(groupsOfOthers(volume.files(), signatures, bundles, Path("/applications/zebra.app/")),
-              (std::set<std::string>{"group.all", "team.tool"}));
+              (std::map<std::string, std::string>{{"group.all", "com.apple.Tool"},
+                                                  {"team.tool", "com.apple.Tool"}}));
 }
 
 } // namespace

@@ -60,7 +60,7 @@ class FlowBench : public SteppedQueues {
     std::unique_ptr<ResidueScanner> makeScanner() {
         return std::make_unique<ResidueScanner>(
             ResidueScanner::Ports{volume.files(), receipts, keychain, extensions, texts, log}, user,
-            ResidueScanner::Neighbours{{}, [](const Path&) { return std::set<std::string>(); }});
+            ResidueScanner::Neighbours{{}, [](const Path&) { return std::map<std::string, std::string>(); }});
     }
 
     FileCodeSignatures signatures{volume.files()};

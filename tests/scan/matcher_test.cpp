@@ -15,7 +15,7 @@ AppTarget targetNamed(std::string bundleID, std::string name) {
 
 ResidueMatcher matcherFor(AppTarget target, const std::vector<InstalledIdentity>& installed = {},
                           const std::vector<std::string>& helpers = {},
-                          const std::set<std::string>& groups = {}) {
+                          const std::map<std::string, std::string>& groups = {}) {
     OtherApplications others(installed, target.bundleURL, target.bundleID);
     return ResidueMatcher(std::move(target), std::move(others), helpers, groups);
 }
@@ -160,7 +160,7 @@ TEST(ResidueMatcher, MatchesDeclaredGroups) {
                         "FGHIJ67890.suite",
                         "ABCDE12345.group.com.apple.y",
                         "groups.com.apple.podcasts"};
-    const auto matcher = matcherFor(target, {}, {}, {"abcde12345.group.corvella"});
+    const auto matcher = matcherFor(target, {}, {}, {{"abcde12345.group.corvella", "com.corvella.Chart"}});
     const std::pair<const char*, const char*> cases[] = {
         {"abcde12345.COM.corvella.shared", "appGroup ABCDE12345.com.corvella.Shared"},
         {"com.corvella.shared", "appGroup ABCDE12345.com.corvella.Shared"},
@@ -175,7 +175,7 @@ TEST(ResidueMatcher, MatchesDeclaredGroups) {
     };
     for (const auto& [candidate, expected] : cases)
         EXPECT_EQ(shown(matcher.matchAppGroup(candidate)), expected) << candidate;
-    EXPECT_EQ(matcher.attributeGroup("group.corvella")->contestedBy, "group.corvella");
+    EXPECT_EQ(matcher.attributeGroup("group.corvella")->contestedBy, "com.corvella.Chart");
     EXPECT_FALSE(matcher.attributeGroup("com.corvella.shared")->contestedBy);
 }
 

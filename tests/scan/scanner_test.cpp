@@ -76,7 +76,7 @@ class Scanner : public testing::Test {
     test::FakeKeychain keychain;
     FakeExtensions extensions;
     std::vector<InstalledIdentity> installed = {{Path(bundle), "com.corvella.marlin.notes", "Marlin Notes"}};
-    std::set<std::string> groups;
+    std::map<std::string, std::string> groups;
     AppTarget target{.bundleURL = Path(bundle),
                      .bundleID = "com.corvella.marlin.notes",
                      .name = "Marlin Notes",
