@@ -52,7 +52,8 @@ fs::path XdgAutostart::defaultFolder() {
 
 bool XdgAutostart::isEnabled() const {
     const auto text = SharedFile(entry(), SharedFile::Links::kept).read(maximumEntryBytes);
-    return text && text->find("\nHidden=true") == std::string::npos;
+    const auto holds = [&](const char* line) { return text->find(line) != std::string::npos; };
+    return text && !holds("\nHidden=true") && !holds("\nX-GNOME-Autostart-enabled=false");
 }
 
 bool XdgAutostart::setEnabled(bool enabled) {

@@ -17,7 +17,7 @@ class XdgAutostart : public LoginItem {
     XdgAutostart(std::filesystem::path folder, std::vector<std::string> command, Log& log)
         : folder_(std::move(folder)), command_(std::move(command)), log_(log) {}
 
-    /// An entry that the desktop's own settings switched off ("Hidden=true") counts as none.
+    /// An entry that the desktop's own settings switched off counts as none.
     bool isEnabled() const override;
     /// Writes the entry anew, or removes it. A link of its name is replaced or removed, never followed.
     bool setEnabled(bool enabled) override;

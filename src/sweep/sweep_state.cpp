@@ -69,13 +69,13 @@ void SweepState::rebuild(bool tracesChanged) {
     if (tracesChanged) list_ = nullptr;
     const auto number = ++shared_->newest;
     // A list that is there serves every filter; else the traces go along and the list is made on the queue.
-    queue_.post([this, number, shared = shared_, list = list_,
+    queue_.post([this, number, main = &main_, shared = shared_, list = list_,
                  traces = list_ ? std::vector<Trace>() : traces_, filter = filter_,
                  locale = locale_]() mutable {
         if (shared->newest != number) return;
         if (!list) list = std::make_shared<const LeftoverList>(std::move(traces), locale);
         auto snapshot = makeSnapshot(list, filter);
-        main_.post([this, number, shared, list, snapshot = std::move(snapshot)]() mutable {
+        main->post([this, number, shared, list, snapshot = std::move(snapshot)]() mutable {
             if (shared->newest != number) return;
             list_ = std::move(list);
             snapshot_ = std::move(snapshot);

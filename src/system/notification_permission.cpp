@@ -18,30 +18,15 @@ void NotificationPermission::request() {
     if (isRequesting_) return;
     isRequesting_ = true;
     refresh();
-    notifications_.requestAuthorization([this, alive = std::weak_ptr(alive_)](NotificationState answer) {
-        main_.post([this, alive, answer] {
-            if (alive.expired()) return;
-            isRequesting_ = false;
-            answer_ = answer;
-            state.set(answer);
+    notifications_.requestAuthorization(
+        [this, main = &main_, alive = std::weak_ptr(alive_)](NotificationState answer) {
+            main->post([this, alive, answer] {
+                if (alive.expired()) return;
+                isRequesting_ = false;
+                answer_ = answer;
+                state.set(answer);
+            });
         });
-    });
-}
-
-std::string_view name(NotificationState state) {
-    switch (state) {
-    case NotificationState::notAsked:
-        return "notAsked";
-    case NotificationState::asking:
-        return "asking";
-    case NotificationState::allowed:
-        return "allowed";
-    case NotificationState::denied:
-        return "denied";
-    case NotificationState::unavailable:
-        return "unavailable";
-    }
-    return "unavailable";
 }
 
 } // namespace tidwen

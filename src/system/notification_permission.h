@@ -28,6 +28,4 @@ class NotificationPermission {
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 
-std::string_view name(NotificationState state);
-
 } // namespace tidwen

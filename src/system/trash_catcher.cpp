@@ -6,6 +6,20 @@
 
 namespace tidwen {
 
+namespace {
+
+constexpr std::size_t maximumUnfinished = 8; // each is watched by a thread
+
+/// A bundle folder that does not say who it is, or not yet.
+bool isUnfinished(const FileSystem& files, const Path& url) {
+    const auto info = files.info(url);
+    if (!info || info->kind != FileKind::directory) return false;
+    const auto bundle = Bundle::open(files, url);
+    return !bundle || !bundle->identifier();
+}
+
+} // namespace
+
 std::optional<TrashedApp> TrashedApp::read(const FileSystem& files, const Path& url) {
     if (const auto info = files.info(url); !info || info->kind == FileKind::symbolicLink) return std::nullopt;
     const auto bundle = Bundle::open(files, url);
@@ -43,8 +57,11 @@ void TrashCatcher::install() {
     if (isInstalled_) return;
     isInstalled_ = true;
     ports_.notifications.onResponse(
-        [this](const std::string& action, const std::map<std::string, std::string>& info) {
-            ports_.main.post([this, action, info] { respond(action, info); });
+        [this, main = &ports_.main, alive = std::weak_ptr(alive_)](
+            const std::string& action, const std::map<std::string, std::string>& info) {
+            main->post([this, alive, action, info] {
+                if (!alive.expired()) respond(action, info);
+            });
         });
     following_ = preferences_.catchTrashedApps.observe([this](const bool& enabled) { apply(enabled); });
     apply(preferences_.catchTrashedApps.get());
@@ -56,6 +73,7 @@ void TrashCatcher::apply(bool enabled) {
         watcher_.start();
     else
         watcher_.stop();
+    if (!enabled) unfinished_.clear();
     // A Mac that watches the Trash has to start Tidwen at login; one that does not must not.
     (void)alignLoginItem(ports_.loginItem, enabled, ports_.log);
 }
@@ -72,11 +90,31 @@ void TrashCatcher::post(const std::vector<Path>& bundles) {
     if (!isAllowed) ports_.log.info("App trashed, notifications not allowed - nothing posted");
     for (const auto& url : bundles) {
         const auto app = TrashedApp::read(ports_.files, url);
-        if (!app) continue;
+        if (!app) {
+            awaitRest(url);
+            continue;
+        }
+        unfinished_.erase(url);
         found.emit(*app);
         if (isAllowed && !ports_.notifications.post(trashNotification(*app, ports_.texts)))
             ports_.log.warning("A notification could not be posted: {}", app->url.string());
     }
+}
+
+/// What is copied into the Trash shows its name first and who it is some time later.
+void TrashCatcher::awaitRest(const Path& bundle) {
+    if (!isUnfinished(ports_.files, bundle)) {
+        unfinished_.erase(bundle);
+        return;
+    }
+    if (unfinished_.contains(bundle) || unfinished_.size() == maximumUnfinished) return;
+    const auto lookAgain = [this, bundle, main = &ports_.main, alive = std::weak_ptr(alive_)] {
+        main->post([this, bundle, alive] {
+            if (!alive.expired() && unfinished_.contains(bundle)) post({bundle});
+        });
+    };
+    unfinished_[bundle] = ports_.events.watch(bundle / "Contents", lookAgain);
+    lookAgain(); // what came before it was watched
 }
 
 void TrashCatcher::respond(const std::string& action, const std::map<std::string, std::string>& userInfo) {

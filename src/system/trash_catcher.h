@@ -9,6 +9,8 @@
 #include "system/trash_watcher.h"
 
 #include <functional>
+#include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -79,6 +81,7 @@ class TrashCatcher {
 
   private:
     void post(const std::vector<Path>& bundles);
+    void awaitRest(const Path& bundle);
     void respond(const std::string& action, const std::map<std::string, std::string>& userInfo);
 
     Ports ports_;
@@ -88,7 +91,9 @@ class TrashCatcher {
     bool isInstalled_ = false;
     bool isOn_ = false;
     std::optional<CleanUp> pendingCleanUp_;
+    std::map<Path, std::unique_ptr<FolderEvents::Watch>> unfinished_; ///< bundles that are still being copied
     Subscription following_;
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };
 
 } // namespace tidwen

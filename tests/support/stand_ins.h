@@ -32,11 +32,11 @@ struct HandFiredEvents : FolderEvents {
     std::unique_ptr<Watch> watch(const Path& folder, std::function<void()> changed) override {
         if (isImpossible) return nullptr;
         watched.push_back(folder);
-        fire = std::move(changed);
+        (folder.lastComponent() == "Contents" ? fireInBundle : fire) = std::move(changed);
         return std::make_unique<Watch>();
     }
     std::vector<Path> watched;
-    std::function<void()> fire;
+    std::function<void()> fire, fireInBundle;
     bool isImpossible = false;
 };
 

@@ -56,6 +56,7 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
         {"com.x.helper", nullptr, OwnerKind::missing, ""}, // a word that many use
         {"myjob", nullptr, OwnerKind::unknown, ""},
         {"foo.bar", "/nowhere", OwnerKind::missing, ""},
+        {"foo.bar", "", OwnerKind::missing, ""},
         {"foo.bar", "/usr/local/bin/tool", OwnerKind::program, "/usr/local/bin/tool"},
     };
     for (const auto& c : cases) {

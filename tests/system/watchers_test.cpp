@@ -89,6 +89,11 @@ TEST_F(Catcher, TellsOfEachNewApplicationOnce) {
     EXPECT_THAT(titles(), ElementsAre("com.example.a", "com.example.b"));
     fire();
     EXPECT_THAT(titles(), IsEmpty());
+    trash("Empty", "com.example.copied"); // the rest of it comes
+    for (int i = 0; i < 2; ++i)
+        events.fireInBundle();
+    main.drain();
+    EXPECT_THAT(titles(), ElementsAre("com.example.copied")) << "once";
 
     std::filesystem::remove_all(volume.host("/Users/alice/.Trash/A.app")); // put back, and thrown away again
     fire();
