@@ -5,6 +5,7 @@
 #include "cli/json_settings.h"
 #include "cli/table.h"
 #include "scan/protected_apps.h"
+#include "services/update_feed.h"
 #include "settings/app_preferences.h"
 #include "settings/app_tags.h"
 
@@ -118,6 +119,8 @@ ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context
     const auto& words = context.arguments.operands;
     if (words.size() != 3) return context.refuse({"cli.settings.usage"});
     if (!preferences.get(words[1])) return context.refuse({"cli.settings.unknown %@", {words[1]}});
+    if (words[1] == "updateFeed" && !words[2].empty() && !isPlainHttpsAddress(words[2]))
+        return context.refuse({"updates.badAddress %@", {words[2]}});
     if (!preferences.set(words[1], words[2]))
         return context.refuse({"cli.settings.refused %@ %@", {words[1], words[2]}});
     // Read back what another process would see.

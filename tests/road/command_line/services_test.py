@@ -74,6 +74,7 @@ class Services(VolumeTest):
 
     def test_updates_are_told_of_once_switched_on(self):
         self.publish()
+        self.refuse("settings", "set", "updateFeed", f"http://{self.host}/feed.json", saying="https", volume=False)
         self.set("updateFeed", f"https://{self.host}/feed.json")
         self.refuse("updates", saying="checksForUpdates", volume=False)
         self.assertEqual(Handler.seen, [], "nobody was asked")
