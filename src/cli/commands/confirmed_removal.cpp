@@ -37,6 +37,16 @@ std::optional<Message> choose(RemovalFlowModel& model, const SelectionRequest& r
     return std::nullopt;
 }
 
+/// Takes out of what is chosen what the user does not see.
+void narrow(RemovalFlowModel& model, const LeftoverFilter& filter) {
+    if (!filter.isActive()) return;
+    std::set<Uuid> hidden;
+    for (const auto& result : model.found())
+        for (const auto& trace : result.traces)
+            if (!filter.passes(trace)) hidden.insert(trace.id);
+    model.setSelected(hidden, false);
+}
+
 /// The plan that would run now.
 struct Preview {
     QuarantineLayout layout;
@@ -94,6 +104,11 @@ void show(const RemovalReport& report, const std::vector<Trace>& left, const std
 
 } // namespace
 
+std::string searchText(const Arguments& arguments) {
+    const auto texts = arguments.values(filterOption);
+    return texts.empty() ? std::string() : texts.back();
+}
+
 bool agreed(const CommandContext& context, const std::string& question, std::string_view refusal) {
     if (context.arguments.yes) return true;
     if (!context.console.canAsk()) {
@@ -112,6 +127,7 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     auto& model = session.model();
     if (const auto refused = choose(model, *request, chosen, mode, HostPaths(mac.volume)))
         return context.refuse(*refused);
+    narrow(model, {.query = searchText(context.arguments)});
     if (model.chosenTargets().empty()) return context.refuse({"error.nothingToRemove"});
     const auto planned = preview(context, mac, model);
     const bool isDryRun = context.arguments.has("--dry-run");
@@ -132,9 +148,9 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     return isComplete && !session.someLeftOut() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
-std::optional<Message> idleOption(const Arguments& arguments) {
+std::optional<Message> idleOption(const Arguments& arguments, std::string_view meaningful) {
     for (const auto& option : removalOptions())
-        if (arguments.has(option.name))
+        if (option.name != meaningful && arguments.has(option.name))
             return Message{"cli.remove.idleOption %@", {std::string(option.name)}};
     return std::nullopt;
 }

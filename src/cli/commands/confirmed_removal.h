@@ -3,6 +3,7 @@
 #include "cli/command.h"
 #include "cli/flow_session.h"
 
+#include <string>
 #include <vector>
 
 namespace tidwen {
@@ -18,13 +19,17 @@ enum class Chosen {
 ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& session, RemovalMode mode,
                        Chosen chosen = Chosen::byDefault);
 
+/// Narrows what is listed, and with it what is removed, to what has a text in its name.
+inline constexpr const char* filterOption = "--filter";
+std::string searchText(const Arguments& arguments);
+
 /// Asks before something that cannot be taken back lightly. True when it was agreed to beforehand ("--yes")
 /// or is agreed to now; else what was said is printed, or, where nobody can be asked, the text `refusal`.
 bool agreed(const CommandContext& context, const std::string& question, std::string_view refusal);
 
 /// Why a command that removes nothing this time cannot take one of `removalOptions`, when one was given:
 /// whoever gave it believes that something will be removed.
-std::optional<Message> idleOption(const Arguments& arguments);
+std::optional<Message> idleOption(const Arguments& arguments, std::string_view meaningful = {});
 
 /// The options of every command that ends in a removal.
 std::vector<OptionSyntax> removalOptions();

@@ -12,6 +12,8 @@ namespace tidwen {
 
 namespace {
 
+constexpr const char* orphansOption = "--orphans";
+
 /// The model of the screen, driven from here to the end of each of its steps.
 class StartupSession {
   public:
@@ -63,15 +65,18 @@ class StartupSession {
     }
 
     ExitStatus remove(const std::vector<std::string>& words) {
-        std::vector<Trace> traces;
+        if (context_.arguments.has(orphansOption)) model_.toggleSelectAllOrphans();
         for (const auto& word : words) {
             const auto* item = find(word);
             if (!item) return context_.refuse({"cli.startup.unknown %@", {word}});
-            const auto trace = model_.isSelectable(*item) ? startupTrace(*item) : std::nullopt;
-            if (!trace) return context_.refuse({"cli.startup.notRemovable %@", {item->label}});
-            traces.push_back(*trace);
+            if (!model_.isSelectable(*item))
+                return context_.refuse({"cli.startup.notRemovable %@", {item->label}});
+            if (!model_.selection.get().contains(item->id())) model_.toggleSelection(*item);
         }
-        // The jobs were chosen by name, so their risk needs no further choice.
+        std::vector<Trace> traces;
+        for (const auto& item : model_.selectedItems())
+            if (auto trace = startupTrace(item)) traces.push_back(std::move(*trace));
+        // The jobs were chosen by name or as orphans, so their risk needs no further choice.
         FlowSession session(context_, mac_);
         session.model().show(stage::StartupItems{});
         session.model().offer(context_.text("cli.startup.title"), std::move(traces));
@@ -137,8 +142,10 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const std::vector<std::string> jobs(words.empty() ? words.end() : words.begin() + 1, words.end());
     const bool isKnown = action == "list" || action == "on" || action == "off" || action == "remove";
     if (!isKnown) return context.refuse({"cli.action.unknown %@", {action}});
-    const bool isIdle = action != "remove" && context.arguments.has("--dry-run");
-    if ((action == "list") != jobs.empty() || isIdle)
+    const bool takesOrphans = action == "remove" && context.arguments.has(orphansOption);
+    const bool isIdle =
+        action != "remove" && (context.arguments.has("--dry-run") || context.arguments.has(orphansOption));
+    if (isIdle || (action == "list") != (jobs.empty() && !takesOrphans))
         return context.refuse({"cli.action.wrongOperands %@ %@", {"startup", action}});
     StartupSession session(context, mac);
     if (action == "list") return session.list();
@@ -155,7 +162,8 @@ Command startupCommand() {
                    .operandName = "ACTION",
                    .operandHelp = "list, on JOB…, off JOB…, remove JOB…",
                    .maximumOperands = anyNumber,
-                   .options = {{"--dry-run", "", "With remove: print the numbered steps and change nothing"}},
+                   .options = {{orphansOption, "", "With remove: every job whose application is gone"},
+                               {"--dry-run", "", "With remove: print the numbered steps and change nothing"}},
                    .actions = {"list", "on", "off", "remove"}},
         .run = run};
 }

@@ -31,6 +31,14 @@ class Around(VolumeTest):
         before = snapshot(self.volume, "Users/alice/.Trash")
         groups = self.call("orphans", "--json").json["groups"]
         self.assertTrue(groups)
+        everything = [trace["displayName"] for group in groups for trace in group["traces"]]
+        wanted = groups[-1]["traces"][0]["displayName"]
+        for words, left in [(["--filter", wanted.upper()], [wanted]), (["--filter", "no such"], []),
+                            (["--risk", "safe,review,sensitive"], everything)]:
+            narrowed = self.call("orphans", *words, "--json").json["groups"]
+            self.assertEqual([trace["displayName"] for group in narrowed for trace in group["traces"]], left)
+        self.call("orphans", "--remove", "--filter", wanted, "--dry-run")
+        self.refuse("orphans", "--remove", "--filter", "no such", "--dry-run", saying="nothing to remove")
         self.call("orphans", "--remove", "--dry-run", "--json")
         self.assertEqual(snapshot(self.volume, "Users/alice/.Trash"), before)
         self.call("orphans", "--remove", "--yes")
@@ -52,6 +60,11 @@ class Around(VolumeTest):
         for action, state in [("off", "off"), ("on", "on")]:
             self.call("startup", action, job)
             self.assertEqual(states()[job], state)
+        items = self.call("startup", "list", "--json").json["items"]
+        gone = [item["label"] for item in items if item["owner"]["kind"] == "missing"]
+        self.assertTrue(gone)
+        planned = self.call("startup", "remove", "--orphans", gone[0], "--dry-run").output
+        self.assertEqual([label for label in gone if label not in planned], [])
 
     def test_the_list_of_applications_is_narrowed(self):
         names = [app["name"] for app in self.call("apps", "--json").json]
