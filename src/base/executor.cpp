@@ -40,25 +40,6 @@ void MainQueue::runUntil(const std::function<bool()>& done) {
     }
 }
 
-bool MainQueue::runUntil(const std::function<bool()>& done, std::chrono::milliseconds atMost) {
-    const auto end = std::chrono::steady_clock::now() + atMost;
-    while (!done()) {
-        std::function<void()> next;
-        {
-            std::unique_lock lock(mutex_);
-            if (!arrived_.wait_until(lock, end, [this] { return !work_.empty(); })) return false;
-            next = std::move(work_.front());
-            work_.pop_front();
-        }
-        next();
-    }
-    return true;
-}
-
-void MainQueue::runFor(std::chrono::milliseconds time) {
-    (void)runUntil([] { return false; }, time);
-}
-
 WorkQueue::WorkQueue(unsigned threads) {
     for (unsigned i = 0; i < std::max(threads, 1u); ++i)
         threads_.emplace_back([this] { run(); });

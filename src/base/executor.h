@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -26,10 +25,6 @@ class MainQueue : public Executor {
     std::size_t drain();
     /// Does work as it comes, waiting in between, until `done` answers true after a piece of work.
     void runUntil(const std::function<bool()>& done);
-    /// The same, but for this long at most. What `done` answers in the end.
-    bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds atMost);
-    /// Does work as it comes for this long.
-    void runFor(std::chrono::milliseconds time);
 
   private:
     std::mutex mutex_;

@@ -1,8 +1,8 @@
 #include "cli/flow_session.h"
 
 #include "cli/console.h"
+#include "cli/end_signals.h"
 #include "cli/intake.h"
-#include "cli/interruption.h"
 
 #include <sstream>
 
@@ -68,6 +68,14 @@ OrphanScanResult FlowSession::sweepOrphans(const std::set<std::string>& protecte
     return scanner.scan(findOwningBundles(system.files, system.user), protectedIDs, stop, onFound);
 }
 
+std::optional<RecoveryNotice> FlowSession::start() {
+    bool isDone = false;
+    model_.start();
+    background_.post([&] { main_.post([&] { isDone = true; }); }); // one thread, so after the work of `start`
+    main_.runUntil([&] { return isDone; });
+    return model_.recoveryNotice();
+}
+
 bool FlowSession::scan(const std::vector<std::string>& words) {
     installed_ = readIdentities(mac_.system.files, bundles_);
     const auto named = findBundles(
@@ -96,14 +104,19 @@ void FlowSession::complainOfRefusals() {
 
 /// False when there was nothing to scan, or the scan was called off.
 bool FlowSession::awaitScan() {
-    constexpr std::chrono::milliseconds lookout{100}; // how soon Ctrl-C is noticed
     const auto hasEnded = [this] { return !std::holds_alternative<stage::Scanning>(model_.stage()); };
     if (hasEnded()) return false;
-    const Interruption interruption;
-    while (!main_.runUntil(hasEnded, lookout))
-        if (interruption.came()) model_.cancelScan();
+    bool isCalledOff = false;
+    {
+        const EndSignals signals(main_, [&] {
+            isCalledOff = true;
+            model_.cancelScan();
+        });
+        main_.runUntil(hasEnded);
+    }
+    main_.drain(); // a signal that came just when the scan had ended
     context_.console.endProgress();
-    if (!interruption.came()) return true;
+    if (!isCalledOff) return true;
     context_.console.complain(context_.text("cli.remove.cancelled"));
     return false;
 }

@@ -5,6 +5,7 @@
 #include "inventory/installed_applications.h"
 #include "removal/removal_flow_model.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,10 @@ class FlowSession {
     FlowSession(const CommandContext& context, Mac& mac);
 
     RemovalFlowModel& model() { return model_; }
+
+    /// What a program does that starts and stays: finishes the book-keeping of runs that were cut off, gives
+    /// the newest of them, and deletes runs that are past the retention which the user set.
+    std::optional<RecoveryNotice> start();
 
     /// Finds and scans the applications that the words mean, and leaves the model in its review. False when
     /// none could be taken or Ctrl-C called it off; the reasons are printed.

@@ -60,6 +60,7 @@ void RemovalFlowModel::start() {
         *this, alive_, services_.background, services_.main,
         [services = services_, user = user_, retention = services_.preferences.quarantineRetention.get()] {
             std::vector<Manifest> recovered;
+            if (!services.files.exists(user.trash())) return recovered; // looking makes no Trash
             const auto lock = lockTrash(user, services.files);
             if (!lock) return recovered; // another Tidwen is at work there; what it leaves is not interrupted
             recovered = recoverInterruptedRemovals(user, services.files, services.clock, services.log);

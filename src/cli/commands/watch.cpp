@@ -1,9 +1,12 @@
 #include "base/executor.h"
 #include "base/json.h"
 #include "cli/command.h"
+#include "cli/commands/numbered_history.h"
 #include "cli/commands/requested_applications.h"
 #include "cli/console.h"
 #include "cli/end_signals.h"
+#include "cli/flow_session.h"
+#include "cli/labels.h"
 #include "system/trash_catcher.h"
 
 #include <nlohmann/json.hpp>
@@ -49,6 +52,7 @@ class WatchSession {
             [this, byHand](const bool& value) { tellOfSwitch(value, byHand); });
         const auto following = followSettings();
         const EndSignals signals(main_, [this] { isEnding_ = true; });
+        tidyUp();
         main_.runUntil([this] { return isEnding_; });
         return ExitStatus::done;
     }
@@ -59,6 +63,14 @@ class WatchSession {
     /// Beside the finds, and not where a program reads.
     void remark(std::string_view key, const std::vector<std::string>& fill = {}) const {
         if (!context_.arguments.json) context_.console.complain(context_.text(key, fill));
+    }
+
+    void tidyUp() const {
+        const auto notice = FlowSession(context_, mac_).start();
+        if (!notice) return;
+        remark("home.recovery.title %@", {labels::names(notice->manifest.apps)});
+        if (const auto undo = undoCommandLine(notice->manifest.quarantineRoot, context_, mac_))
+            remark("cli.undo.hint %@", {*undo});
     }
 
     /// Changes that another process makes, `tidwen settings set` for one.

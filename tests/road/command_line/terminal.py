@@ -68,10 +68,11 @@ class VolumeTest(unittest.TestCase):
         self.addTypeEqualityFunc(Snapshot, self.assertSameSnapshot)
         self.volume = self.base / "volume"
         # Hard links spare the copying; the program replaces files and never writes into one.
+        self.addCleanup(self.clear)  # last of all: after the programs that a test left running have ended
         shutil.copytree(self.sample, self.volume, symlinks=True, copy_function=os.link)
         self.home = self.volume / "Users/alice"
 
-    def tearDown(self):
+    def clear(self):
         shutil.rmtree(self.volume)
         shutil.rmtree(self.base / "config", ignore_errors=True)
 

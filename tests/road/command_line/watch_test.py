@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """The Trash watch and the setting behind it, on the sample volume. Usage: watch_test.py TIDWEN"""
+import json
 import os
 import queue
+import shutil
 import signal
 import subprocess
 import sys
@@ -56,11 +58,13 @@ class Watching(VolumeTest):
         watcher = Watcher(self)
         watcher.line("Watching /Users/alice/.Trash")
         os.symlink("/Applications/Pantry.app", self.home / ".Trash/Pantry.app")
-        (self.home / ".Trash/Empty.app").mkdir()
+        (self.home / ".Trash/Copied.app").mkdir()
         self.trash("Kip")
         self.trash("Lumen")
         told = watcher.line("Kip is") + watcher.line("Lumen is")
-        self.assertFalse([line for line in told if "Pantry" in line or "Empty" in line], told)
+        self.assertFalse([line for line in told if "Pantry" in line or "Copied" in line], told)
+        shutil.copytree(self.volume / "Applications/Pantry.app", self.home / ".Trash/Copied.app", dirs_exist_ok=True)
+        watcher.line("Pantry is")
         self.trash("Bob's \"Best\" Player")
         watcher.line("Player")
         command = watcher.line(" remove ")[-1].strip()
@@ -72,6 +76,14 @@ class Watching(VolumeTest):
         self.trash("Notes")
         watcher.line("Notes is in the Trash")
         self.assertEqual(watcher.end(signal.SIGINT), 0)
+
+    def test_what_is_past_its_retention_goes_when_the_watch_starts(self):
+        self.call("remove", "Kip", "--yes")
+        manifest = next((self.home / ".Trash").glob("Tidwen - */tidwen-manifest.json"))
+        manifest.write_text(json.dumps(json.loads(manifest.read_text()) | {"createdAt": "2001-01-01T00:00:00Z"}))
+        self.call("settings", "set", "quarantineRetention", "sevenDays")
+        Watcher(self, "--verbose").line("Automatic purge removed 1 ")
+        self.assertFalse(manifest.parent.exists())
 
     def test_the_setting_rules_what_starts_at_login(self):
         watcher = Watcher(self)
