@@ -46,9 +46,10 @@ bool LaunchAgent::setEnabled(bool enabled) {
     if (parsePropertyList(text) != agent(command_)) return failed("write", "its words cannot stand in it");
     fs::create_directories(folder_, failure);
     if (failure) return failed("write", failure.message());
+    const SharedFile shared(file(), SharedFile::Links::kept);
+    const auto lock = shared.lockFolder(); // `settings set` and a `watch` that sees it both write
     errno = 0;
-    return SharedFile(file(), SharedFile::Links::kept).replace(text)
-           || failed("write", std::generic_category().message(errno));
+    return (lock.isHeld() && shared.replace(text)) || failed("write", std::generic_category().message(errno));
 }
 
 bool LaunchAgent::failed(std::string_view what, std::string_view reason) const {

@@ -67,8 +67,10 @@ bool XdgAutostart::setEnabled(bool enabled) {
             return failed("write", "the path " + argument + " cannot stand in it");
     fs::create_directories(folder_, failure);
     if (failure) return failed("write", failure.message());
+    const SharedFile shared(entry(), SharedFile::Links::kept);
+    const auto lock = shared.lockFolder(); // `settings set` and a `watch` that sees it both write
     errno = 0;
-    return SharedFile(entry(), SharedFile::Links::kept).replace(autostartEntry(command_))
+    return (lock.isHeld() && shared.replace(autostartEntry(command_)))
            || failed("write", std::generic_category().message(errno));
 }
 

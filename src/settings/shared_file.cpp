@@ -114,14 +114,19 @@ std::optional<fs::path> SharedFile::setAside(const std::string& suffix) const {
 
 SharedFile::Lock SharedFile::lock() const {
     if (!makeFolders(path_.parent_path())) return Lock(-1);
-    const int descriptor = ::open(sibling("lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-    if (descriptor < 0) return Lock(-1);
-    while (::flock(descriptor, LOCK_EX) != 0)
+    return Lock(::open(sibling("lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+}
+
+SharedFile::Lock SharedFile::lockFolder() const {
+    return Lock(::open(path_.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+SharedFile::Lock::Lock(int descriptor) : descriptor_(descriptor) {
+    while (descriptor_ >= 0 && ::flock(descriptor_, LOCK_EX) != 0)
         if (errno != EINTR) {
-            ::close(descriptor);
-            return Lock(-1);
+            ::close(descriptor_);
+            descriptor_ = -1;
         }
-    return Lock(descriptor);
 }
 
 SharedFile::Lock::~Lock() {

@@ -53,11 +53,13 @@ class SharedFile {
 
       private:
         friend class SharedFile;
-        explicit Lock(int descriptor) : descriptor_(descriptor) {}
+        explicit Lock(int descriptor); ///< takes the lock on what is open there; -1 for none
         int descriptor_;
     };
     /// Makes the folder of the file (mode 0700) when it is missing.
     Lock lock() const;
+    /// The same by the folder itself, where a lock file would lie in the way of others. Makes nothing.
+    Lock lockFolder() const;
 
   private:
     std::filesystem::path sibling(const std::string& ending) const;

@@ -7,6 +7,7 @@
 
 #include <fstream>
 #include <gmock/gmock.h>
+#include <thread>
 
 namespace tidwen {
 namespace {
@@ -32,6 +33,13 @@ void expectToSwitch(LoginItem& item, const std::filesystem::path& entry,
     EXPECT_TRUE(item.setEnabled(false)) << "off already";
     EXPECT_TRUE(item.setEnabled(true));
     EXPECT_TRUE(item.isEnabled());
+    const auto writeOften = [&item] {
+        for (int i = 0; i < 20; ++i)
+            EXPECT_TRUE(item.setEnabled(true)); // of two processes at once
+    };
+    std::thread other(writeOften);
+    writeOften();
+    other.join();
     switchedOff();
     EXPECT_FALSE(item.isEnabled());
 
@@ -64,7 +72,8 @@ TEST(LoginItems, SwitchOnAndOff) {
     const std::vector<std::string> command = {"/opt/tidwen", "watch"};
     const auto entry = folder.path() / "autostart/com.corvella.tidwen.desktop";
     XdgAutostart autostart(entry.parent_path(), command, log);
-    expectToSwitch(autostart, entry, [&] { std::ofstream(entry, std::ios::app) << "Hidden=true\n"; });
+    for (const auto* off : {"Hidden=true\n", "X-GNOME-Autostart-enabled=false\n"})
+        expectToSwitch(autostart, entry, [&] { std::ofstream(entry, std::ios::app) << off; });
     const auto file = folder.path() / "LaunchAgents/com.corvella.tidwen.watch.plist";
     LaunchAgent agent(file.parent_path(), command, log);
     expectToSwitch(agent, file, [&] {
