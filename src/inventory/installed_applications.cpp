@@ -7,8 +7,8 @@
 #include "scan/search_location.h"
 
 #include <algorithm>
-#include <set>
 #include <optional>
+#include <set>
 
 namespace tidwen {
 namespace {

@@ -139,7 +139,7 @@ TEST_F(FileDefaultsTest, ALinkedFileIsReplacedWhereItLies) {
 
     put("another program's");
     EXPECT_FALSE(FileDefaults(link, log_).setValue("b", 3));
-    EXPECT_EQ(content(file_), "another program's")
+    EXPECT_EQ(test::contentOf(file_), "another program's")
         << "what a link leads to keeps its place when it is no settings file";
 }
 

@@ -103,9 +103,9 @@ class LiveMac {
   private:
     ScanResult scan(const AppTarget& target) {
         const auto bundles = findApplicationBundles(files_, user_);
-        ResidueScanner scanner(
-            {files_, receipts_, keychain_, extensions_, texts_, log_}, user_,
-            {readIdentities(files_, bundles), [](const Path&) { return std::set<std::string>(); }});
+        ResidueScanner scanner({files_, receipts_, keychain_, extensions_, texts_, log_}, user_,
+                               {readIdentities(files_, bundles),
+                                [](const Path&) { return std::map<std::string, std::string>(); }});
         return scanner.scan(target);
     }
 
