@@ -48,7 +48,7 @@ class PlanBuilder {
                          .requiresRoot = requiresRoot,
                          .reversibility = reversibility,
                          .displayName = std::move(displayName),
-                         .traceID = std::move(traceID),
+                         .traceID = traceID,
                          .bundleID = target_->bundleID});
     }
 
