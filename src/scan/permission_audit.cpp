@@ -127,6 +127,7 @@ std::optional<std::vector<PermissionGrant>> readGrants(const PrivacyDatabase& da
     if (step != SQLITE_DONE) return std::nullopt;
 
     std::vector<PermissionGrant> grants;
+    grants.reserve(byService.size());
     for (auto& [service, grant] : byService)
         grants.push_back(std::move(grant));
     return grants;
