@@ -123,7 +123,7 @@ class InotifyWatch : public FolderEvents::Watch {
     /// True when one of the events is about the folder.
     bool takeEvents() {
         bool matters = false;
-        alignas(inotify_event) std::array<char, 16 * 1024> buffer;
+        alignas(inotify_event) std::array<char, 16384> buffer;
         for (ssize_t got = 0; (got = ::read(places_.events.get(), buffer.data(), buffer.size())) > 0;)
             for (ssize_t at = 0; at < got;) {
                 inotify_event event{};
