@@ -4,6 +4,7 @@
 #include "base/stop_token.h"
 #include "platform/file_system.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,11 +37,21 @@ struct Bundle {
     Path executable() const;
 };
 
+/// What lies inside a bundle.
+struct EmbeddedBundles {
+    std::vector<std::string> identifiers; ///< each once, sorted, without Apple's
+    bool isComplete = true;               ///< looked through to the end
+};
+
 /// Identifiers that belong to what lies inside a bundle: nested applications, extensions, XPC services,
-/// plug-ins and login items, and the privileged tools that its Info.plist declares. Each once, sorted,
-/// without Apple's. Frameworks and what lies in them are left out: many applications carry the same ones, so
-/// a find there says nothing about whose it is. Bounded in depth and number; ends early, with what it has,
-/// when `stop` asks for it.
+/// plug-ins and login items, and the privileged tools that its Info.plist declares. Frameworks and what lies
+/// in them are left out: many applications carry the same ones, so a find there says nothing about whose it
+/// is. Bounded in depth and number; ends early, with what it has, when `stop` asks for it. `onBundle` is
+/// called with each nested bundle.
+EmbeddedBundles findEmbeddedBundles(const FileSystem& files, const Bundle& bundle, const StopToken& stop = {},
+                                    const std::function<void(const Bundle&)>& onBundle = {});
+
+/// The identifiers alone; none when the bundle cannot be opened.
 std::vector<std::string> embeddedBundleIDs(const FileSystem& files, const Path& bundle,
                                            const StopToken& stop = {});
 

@@ -9,12 +9,13 @@
 namespace tidwen {
 
 bool isBundleName(std::string_view name) {
-    constexpr std::array<std::string_view, 30> extensions = {"app",
+    constexpr std::array<std::string_view, 31> extensions = {"app",
                                                              "appex",
                                                              "bundle",
                                                              "plugin",
                                                              "component",
                                                              "framework",
+                                                             "fs",
                                                              "kext",
                                                              "dext",
                                                              "xpc",

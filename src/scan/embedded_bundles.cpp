@@ -41,9 +41,11 @@ bool isApplication(const Path& item) {
     return item.lowercasedExtension() == "app";
 }
 
-class EmbeddedBundles {
+class EmbeddedSearch {
   public:
-    EmbeddedBundles(const FileSystem& files, const StopToken& stop) : files_(files), stop_(stop) {}
+    EmbeddedSearch(const FileSystem& files, const StopToken& stop,
+                   const std::function<void(const Bundle&)>& onBundle)
+        : files_(files), stop_(stop), onBundle_(onBundle) {}
 
     void searchInside(const Bundle& bundle, int depth) {
         addPrivilegedTools(bundle);
@@ -57,7 +59,7 @@ class EmbeddedBundles {
         if (there.contains("frameworks")) searchFolder(bundle.contents / "Frameworks", isApplication, depth);
     }
 
-    std::vector<std::string> found() const { return {found_.begin(), found_.end()}; }
+    EmbeddedBundles found() const { return {{found_.begin(), found_.end()}, isComplete_}; }
 
   private:
     /// In lower case, as most Mac disks compare them.
@@ -78,6 +80,7 @@ class EmbeddedBundles {
             const auto bundle = Bundle::open(files_, inner);
             if (!bundle) continue;
             if (const auto identifier = bundle->identifier()) add(*identifier);
+            if (onBundle_) onBundle_(*bundle);
             searchInside(*bundle, depth + 1);
         }
     }
@@ -92,7 +95,11 @@ class EmbeddedBundles {
             if (mayLookAtOneMore()) add(identifier);
     }
 
-    bool mayLookAtOneMore() { return !stop_.stopRequested() && bundlesLeft_ > 0 && bundlesLeft_-- > 0; }
+    bool mayLookAtOneMore() {
+        if (!stop_.stopRequested() && bundlesLeft_ > 0) return --bundlesLeft_, true;
+        isComplete_ = false;
+        return false;
+    }
 
     void add(const std::string& identifier) {
         if (!identifier.empty() && !isApplesIdentifier(lowercased(identifier))) found_.insert(identifier);
@@ -100,17 +107,25 @@ class EmbeddedBundles {
 
     const FileSystem& files_;
     const StopToken& stop_;
+    const std::function<void(const Bundle&)>& onBundle_;
     int bundlesLeft_ = maximumBundles;
+    bool isComplete_ = true;
     std::set<std::string> found_;
 };
 
 } // namespace
 
+EmbeddedBundles findEmbeddedBundles(const FileSystem& files, const Bundle& bundle, const StopToken& stop,
+                                    const std::function<void(const Bundle&)>& onBundle) {
+    EmbeddedSearch search(files, stop, onBundle);
+    search.searchInside(bundle, 0);
+    return search.found();
+}
+
 std::vector<std::string> embeddedBundleIDs(const FileSystem& files, const Path& bundle,
                                            const StopToken& stop) {
-    EmbeddedBundles search(files, stop);
-    if (const auto opened = Bundle::open(files, bundle)) search.searchInside(*opened, 0);
-    return search.found();
+    const auto opened = Bundle::open(files, bundle);
+    return opened ? findEmbeddedBundles(files, *opened, stop).identifiers : std::vector<std::string>();
 }
 
 } // namespace tidwen

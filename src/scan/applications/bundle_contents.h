@@ -1,0 +1,15 @@
+#pragma once
+
+#include "base/stop_token.h"
+#include "platform/code_signatures.h"
+#include "platform/file_system.h"
+#include "scan/applications/owning_bundle.h"
+
+namespace tidwen {
+
+/// Reads what a bundle declares and carries, bounded as `findEmbeddedBundles`. Incomplete when the bundle
+/// does not say who it is, went away meanwhile, holds more than is counted, or `stop` asked to end early.
+BundleContents readBundleContents(const FileSystem& files, const CodeSignatures& signatures,
+                                  const Path& bundle, const StopToken& stop = {});
+
+} // namespace tidwen

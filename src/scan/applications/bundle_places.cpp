@@ -1,0 +1,137 @@
+#include "scan/applications/bundle_places.h"
+
+#include "base/text.h"
+
+#include <set>
+#include <string_view>
+
+namespace tidwen {
+namespace {
+
+// Suites lie in folders of folders: "/Applications/Maker/Suite 2024/Tools/Extras/Tool.app".
+constexpr int applicationDepth = 7;
+// More homes than any Mac has.
+constexpr std::size_t maximumHomes = 200;
+
+struct Row {
+    std::string_view path;
+    int depth = 0;
+};
+
+constexpr Row systemRows[] = {
+    {"/Users/Shared", 3},          {"/opt", 2},
+    {"/opt/homebrew/Caskroom", 2}, {"/opt/homebrew/Cellar", 2},
+    {"/usr/local/Caskroom", 2},    {"/usr/local/Cellar", 2},
+    {"/usr/local/opt", 1},
+};
+
+// Where a person keeps applications besides the folder for them.
+constexpr Row homeRows[] = {
+    {"Desktop", 2},
+    {"Downloads", 2},
+    {"Documents", 1},
+    {"Games", 3},
+};
+
+// Below "/Library" and the Library of each home. Makers put folders of their own into most of them.
+constexpr Row libraryRows[] = {
+    {"Address Book Plug-Ins"},
+    {"Application Support", 1},
+    {"Audio/MIDI Drivers"},
+    {"Audio/Plug-Ins", 2},
+    {"Automator", 1},
+    {"Bundles", 1},
+    {"ColorPickers"},
+    {"Components"},
+    {"Compositions"},
+    {"Contextual Menu Items"},
+    {"CoreMediaIO/Plug-Ins", 2},
+    {"DirectoryServices/PlugIns"},
+    {"DriverExtensions", 1},
+    {"Extensions", 1},
+    {"Filesystems", 1},
+    {"Frameworks", 1},
+    {"Google", 1},
+    {"Graphics", 2},
+    {"Image Capture", 2},
+    {"Input Methods", 1},
+    {"Internet Plug-Ins", 1},
+    {"Keyboard Layouts"},
+    {"Mail/Bundles"},
+    {"PDF Services"},
+    {"PreferencePanes", 1},
+    {"Printers", 3},
+    {"PrivilegedHelperTools", 1},
+    {"QuickLook", 1},
+    {"QuickTime", 1},
+    {"Screen Savers", 1},
+    {"ScriptingAdditions"},
+    {"Security/SecurityAgentPlugins"},
+    {"Services", 1},
+    {"Spotlight", 1},
+    {"SystemExtensions", 1},
+    {"Video/Plug-Ins", 1},
+    {"Widgets"},
+    {"iTunes/iTunes Plug-ins"},
+};
+
+/// The user's own home first, then every folder of "/Users" in their order.
+std::vector<Path> homesOf(const FileSystem& files, const UserEnvironment& user,
+                          std::vector<Path>& unreadable) {
+    std::vector<Path> homes = {user.home};
+    const Path users("/Users");
+    const auto entries = files.list(users);
+    if (!entries) {
+        if (entries.error().fault != FileFault::missing) unreadable.push_back(users);
+        return homes;
+    }
+    for (const auto& entry : *entries) {
+        const Path home = users / entry.name;
+        const bool isHome = entry.kind == FileKind::directory || entry.kind == FileKind::symbolicLink;
+        if (!isHome || !isValidUtf8(entry.name) || entry.name == "Shared" || home == user.home) continue;
+        if (homes.size() < maximumHomes) homes.push_back(home);
+    }
+    return homes;
+}
+
+/// Projects build applications into "<project>/Build/Products/<configuration>".
+void addBuildProducts(std::vector<BundlePlace>& places, const FileSystem& files, const Path& home) {
+    constexpr std::size_t maximumProjects = 500;
+    const Path derived = home / "Library/Developer/Xcode/DerivedData";
+    const auto projects = files.list(derived);
+    if (!projects) return;
+    std::size_t count = 0;
+    for (const auto& project : *projects)
+        if (project.kind == FileKind::directory && isValidUtf8(project.name) && ++count <= maximumProjects)
+            places.push_back({.folder = derived / project.name / "Build/Products", .depth = 1});
+}
+
+} // namespace
+
+std::vector<BundlePlace> bundlePlaces(const FileSystem& files, const UserEnvironment& user,
+                                      std::vector<Path>& unreadable) {
+    std::vector<BundlePlace> places = {
+        {.folder = Path("/Applications"), .depth = applicationDepth, .followsFolders = true}};
+    const auto homes = homesOf(files, user, unreadable);
+    for (const auto& home : homes)
+        places.push_back(
+            {.folder = home / "Applications", .depth = applicationDepth, .followsFolders = true});
+    for (const auto& row : systemRows)
+        places.push_back({.folder = Path(std::string(row.path)), .depth = row.depth});
+    for (const auto& row : libraryRows)
+        places.push_back({.folder = Path("/Library") / row.path, .depth = row.depth});
+    for (const auto& home : homes) {
+        const bool isOthers = home != user.home;
+        // One look tells which of the many folders below are there at all.
+        if (files.info(home / "Library"))
+            for (const auto& row : libraryRows)
+                places.push_back(
+                    {.folder = home / "Library" / row.path, .depth = row.depth, .isOptional = isOthers});
+        for (const auto& row : homeRows)
+            places.push_back({.folder = home / row.path, .depth = row.depth, .isOptional = isOthers});
+        addBuildProducts(places, files, home);
+    }
+    return places;
+}
+
+} // namespace tidwen

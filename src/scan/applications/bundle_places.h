@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+
+#include <vector>
+
+namespace tidwen {
+
+/// A folder below which bundles are looked for.
+struct BundlePlace {
+    Path folder;
+    int depth = 0;               ///< how many levels of folders below it are searched
+    bool followsFolders = false; ///< links to folders are followed, too
+    bool isOptional = false;     ///< private by nature: of another user, so it is not missed when unreadable
+};
+
+/// All such folders of this Mac, those of applications first; they need not exist. Folders of homes that
+/// could not be listed are added to `unreadable`.
+std::vector<BundlePlace> bundlePlaces(const FileSystem& files, const UserEnvironment& user,
+                                      std::vector<Path>& unreadable);
+
+} // namespace tidwen

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "base/path.h"
+#include "scan/launch_item.h"
+
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// A bundle on this Mac that may own data.
+struct OwningBundle {
+    Path url;                  ///< where it was found (one of its names)
+    Path place;                ///< without links; each bundle is listed once
+    std::string bundleID = {}; ///< as declared; empty when its Info.plist names none or cannot be read
+    std::string name = {};     ///< display name, else file name without extension
+    std::vector<std::string> names = {}; ///< all: file stems, CFBundleName, CFBundleDisplayName, executable
+    bool isApplication = false;          ///< ".app"
+    bool isReadable = false;             ///< its Info.plist was there and could be read
+
+    friend bool operator==(const OwningBundle&, const OwningBundle&) = default;
+};
+
+/// What a bundle declares and carries inside.
+struct BundleContents {
+    std::vector<std::string> embeddedIDs; ///< helpers, extensions, login items, privileged tools
+    std::vector<LaunchItem> jobs;         ///< embedded launchd jobs, agents first
+    std::vector<std::string> groups;      ///< application groups as declared, the embedded bundles' too
+    bool isComplete = false;              ///< read to its end
+
+    friend bool operator==(const BundleContents&, const BundleContents&) = default;
+};
+
+} // namespace tidwen
