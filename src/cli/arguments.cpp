@@ -41,10 +41,20 @@ void readGlobalOptions(const CLI::App& app, Arguments& result) {
     result.verbose = app.count("--verbose") > 0;
 }
 
-const CommandSyntax* find(const std::vector<CommandSyntax>& commands, const std::string& name) {
+const CommandSyntax* find(const std::vector<CommandSyntax>& commands, std::string_view name) {
     const auto found = std::find_if(commands.begin(), commands.end(),
                                     [&](const CommandSyntax& syntax) { return syntax.name == name; });
     return found == commands.end() ? nullptr : &*found;
+}
+
+const OptionSyntax* findOption(const CommandSyntax* command, std::string_view name) {
+    const auto findIn = [&](const std::vector<OptionSyntax>& options) -> const OptionSyntax* {
+        const auto found = std::find_if(options.begin(), options.end(),
+                                        [&](const OptionSyntax& option) { return option.name == name; });
+        return found == options.end() ? nullptr : &*found;
+    };
+    const auto* option = findIn(help::globalOptions());
+    return option || !command ? option : findIn(command->options);
 }
 
 EarlyExit complaint(const std::string& text, const CommandSyntax* command) {
@@ -61,6 +71,27 @@ std::optional<EarlyExit> wrongOperandCount(const CommandSyntax& syntax,
         return complaint(std::string(syntax.operandName) + " is missing", &syntax);
     if (operands.size() > syntax.maximumOperands)
         return complaint("too many arguments: " + operands[syntax.maximumOperands], &syntax);
+    return std::nullopt;
+}
+
+/// The refusal of a flag that was given a value. The parser takes "--yes=false" and "--yes=" for "--yes".
+std::optional<EarlyExit> flagWithValue(const char* const* word, const char* const* end,
+                                       const std::vector<CommandSyntax>& commands) {
+    const CommandSyntax* command = nullptr;
+    for (; word != end; ++word) {
+        const std::string_view text(*word);
+        if (!text.starts_with('-')) {
+            if (!command) command = find(commands, text);
+            continue;
+        }
+        const auto name = text.substr(0, text.find('='));
+        const bool hasValue = name.size() < text.size();
+        const auto* option = findOption(command, name == "-h" ? "--help" : name);
+        if (!option) continue;
+        if (option->valueName.empty() && hasValue)
+            return complaint(std::string(name) + " takes no value", command);
+        if (!option->valueName.empty() && !hasValue && word + 1 != end) ++word; // its value, whatever it is
+    }
     return std::nullopt;
 }
 
@@ -118,6 +149,8 @@ tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* 
     // All behind "--" are operands; the parser itself would give them to the wrong command.
     const auto* const end = words + count;
     const auto* const mark = std::find_if(words, end, [](std::string_view word) { return word == "--"; });
+    if (auto wrong = flagWithValue(words + std::min(count, 1), mark, commands))
+        return tl::unexpected(std::move(*wrong));
     try {
         app.parse(static_cast<int>(mark - words), words);
     } catch (const CLI::ParseError& error) {

@@ -52,6 +52,23 @@ TEST(Arguments, OptionsOfACommandDoNotSwallowItsOperands) {
     EXPECT_FALSE(arguments->json || arguments->yes || arguments->volume);
 }
 
+TEST(Arguments, AFlagTakesNoValue) {
+    for (const char* word : {"--yes=false", "--yes=true", "--yes=", "--yes={}", "--json=1", "--verbose=0",
+                             "--dry-run=no", "--version=1", "--help=false", "-h=no"})
+        for (const auto& words :
+             std::vector<std::vector<const char*>>{{"remove", "X", word}, {"remove", word, "--", "X"}}) {
+            const auto arguments = parse(words);
+            ASSERT_FALSE(arguments) << word;
+            EXPECT_EQ(arguments.error().status, 2) << word;
+            EXPECT_NE(arguments.error().text.find("takes no value"), std::string::npos) << word;
+        }
+    EXPECT_EQ(parse({"--yes=false", "apps"}).error().status, 2);
+    const auto value = parse({"remove", "--select", "--yes=false", "X", "--", "--yes=false"});
+    ASSERT_TRUE(value) << value.error().text;
+    EXPECT_FALSE(value->yes) << "an option's value or an operand is no flag";
+    EXPECT_EQ(value->values("--select"), std::vector<std::string>{"--yes=false"});
+}
+
 TEST(Arguments, EndsEarlyWithTheRightStatus) {
     const struct {
         std::vector<const char*> words;
