@@ -1,6 +1,7 @@
 #include "volume/privacy_database_editor.h"
 
 #include "scan/privacy_database.h"
+#include "volume/patient_lock.h"
 
 #include <limits>
 #include <memory>
@@ -35,6 +36,12 @@ std::optional<Message> deletePermissionRows(FileSystem& files, const Path& datab
                                             const std::string& client,
                                             const std::optional<std::string>& service) {
     const Message failure{"failure.privacyDatabase"};
+    const auto refusal = [](const FileError& error) { return Message{std::string(failureKey(error.fault))}; };
+    const auto file = files.resolveParent(database);
+    if (!file && file.error().fault == FileFault::missing) return std::nullopt;
+    if (!file) return failure;
+    const auto lock = lockPatiently(files, file->parent());
+    if (!lock) return refusal(lock.error());
     const auto opened = readPrivacyDatabase(files, database, true);
     if (!opened && opened.error() == PrivacyDatabaseError::missing) return std::nullopt;
     if (!opened) return failure;
@@ -44,10 +51,9 @@ std::optional<Message> deletePermissionRows(FileSystem& files, const Path& datab
     if (*deleted == 0) return std::nullopt;
 
     const auto bytes = opened->bytes();
-    const auto file = files.resolveParent(database);
-    if (!bytes || !file) return failure;
+    if (!bytes) return failure;
     if (const auto written = files.replaceFile(*file, *bytes, NewFileMode::likeExisting); !written)
-        return Message{std::string(failureKey(written.error().fault))};
+        return refusal(written.error());
     return std::nullopt;
 }
 

@@ -1,4 +1,5 @@
 #include "platform/property_list_file.h"
+#include "volume/patient_lock.h"
 #include "volume/volume_sources.h"
 
 #include <fmt/format.h>
@@ -43,6 +44,9 @@ tl::expected<void, LaunchdError> VolumeLaunchd::setEnabled(bool on, const std::s
         return tl::unexpected(
             LaunchdError{LaunchdError::Kind::failed, {std::string(failureKey(error.fault))}});
     };
+    if (const auto made = files_.createDirectories(overrideFolder); !made) return failed(made.error());
+    const auto lock = lockPatiently(files_, overrideFolder);
+    if (!lock) return failed(lock.error());
     const Path file = overrideFolder / overrideFileName(isSystemDomain, user_.userID);
     PropertyListDictionary overrides;
     if (files_.exists(file)) {
@@ -50,8 +54,6 @@ tl::expected<void, LaunchdError> VolumeLaunchd::setEnabled(bool on, const std::s
         // Writing over what cannot be read would switch every other job of the list.
         if (!list || !list->asDictionary()) return failed({FileFault::io, file, 0});
         overrides = *list->asDictionary();
-    } else if (const auto made = files_.createDirectories(overrideFolder); !made) {
-        return failed(made.error());
     }
     overrides.insert_or_assign(label, PropertyListValue(!on));
     const auto written =

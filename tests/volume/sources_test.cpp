@@ -3,8 +3,17 @@
 #include "base/property_list.h"
 #include "cli/sample/bill_of_materials_writer.h"
 #include "cli/sample/mach_o_stub.h"
+#include "scan/privacy_database.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
+#include "support/sqlite_bytes.h"
+#include "volume/patient_lock.h"
+#include "volume/privacy_database_editor.h"
+
+#include <fmt/format.h>
+#include <functional>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace tidwen {
 namespace {
@@ -134,6 +143,63 @@ TEST(VolumeLaunchd, SwitchesOneJobAndKeepsTheOthers) {
         EXPECT_FALSE(launchd.setEnabled(false, "com.example.job", plist, false));
         EXPECT_EQ(volume.read(list), damaged) << "a list that cannot be read is not written over";
     }
+}
+
+/// Runs `change(0)` … `change(count - 1)` in as many processes at once; each says whether it succeeded.
+void inProcessesAtOnce(int count, const std::function<bool(int)>& change) {
+    std::vector<pid_t> children;
+    for (int number = 0; number < count; ++number)
+        if (children.push_back(::fork()); children.back() == 0) ::_exit(change(number) ? 0 : 1);
+    for (const pid_t child : children) {
+        int status = -1;
+        ::waitpid(child, &status, 0);
+        EXPECT_EQ(status, 0);
+    }
+}
+
+TEST(SharedFiles, ProgramsThatChangeOneAtOnceLoseNothing) {
+    constexpr int programs = 4, changes = 20;
+    test::TemporaryVolume volume;
+    const auto user = test::alice();
+    const auto label = [](int number) { return fmt::format("com.example.job{}", number); };
+    inProcessesAtOnce(programs, [&](int program) {
+        bool allDone = true;
+        for (int n = 0; n < changes; ++n)
+            allDone = VolumeLaunchd(volume.files(), user)
+                          .setEnabled(false, label(program * changes + n), Path("/x"), true)
+                      && allDone;
+        return allDone;
+    });
+    EXPECT_EQ(VolumeLaunchd(volume.files(), user).disabledOverrides(true).size(), programs * changes);
+
+    const Path database("/Users/alice/Library/Application Support/com.apple.TCC/TCC.db");
+    std::string statements = "CREATE TABLE access (service TEXT, client TEXT, client_type INTEGER);";
+    for (int n = 0; n < programs * changes; ++n)
+        statements += fmt::format("INSERT INTO access VALUES ('{}', 'com.example.app', 0);", label(n));
+    volume.write(database.string(), test::databaseOf(statements));
+    inProcessesAtOnce(programs, [&](int program) {
+        bool allDone = true;
+        for (int n = 0; n < changes; ++n)
+            allDone = !deletePermissionRows(volume.files(), database, "com.example.app",
+                                            label(program * changes + n))
+                      && allDone;
+        return allDone;
+    });
+    const auto left = readPrivacyDatabase(volume.files(), database);
+    ASSERT_TRUE(left);
+    const auto countRow = [](void* rows, int, char**, char**) { return ++*static_cast<int*>(rows), 0; };
+    int rows = 0;
+    EXPECT_EQ(sqlite3_exec(left->handle(), "SELECT * FROM access", countRow, &rows, nullptr), SQLITE_OK);
+    EXPECT_EQ(rows, 0);
+}
+
+TEST(SharedFiles, AProgramThatHangsIsNotWaitedForForEver) {
+    test::TemporaryVolume volume;
+    volume.makeFolder("/folder");
+    const auto held = volume.files().lock(Path("/folder"));
+    const auto refused = lockPatiently(volume.files(), Path("/folder"), std::chrono::milliseconds(1));
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().fault, FileFault::busy);
 }
 
 } // namespace
