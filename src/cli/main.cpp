@@ -92,6 +92,8 @@ Message describe(const VolumeUserError& error) {
         return {"cli.home.none"};
     case VolumeUserError::Kind::notAFolder:
         return {"cli.home.notAFolder %@", {error.home.string()}};
+    case VolumeUserError::Kind::notAHome:
+        return {"cli.home.notAHome %@", {error.home.string()}};
     case VolumeUserError::Kind::severalHomes:
         for (const auto& candidate : error.candidates)
             homes += (homes.empty() ? "" : ", ") + candidate.string();
@@ -113,6 +115,8 @@ ExitStatus runOnVolume(Command::OnMac run, const CommandContext& context, Log& l
     if (context.arguments.home) home = Path(*context.arguments.home);
     auto user = findVolumeUser(**files, home);
     if (!user) return context.refuse(describe(user.error()));
+    if (const auto known = (*files)->setHome(user->home); !known)
+        return context.refuse({std::string(failureKey(known.error().fault))});
     VolumeMac mac(std::move(*files), std::move(*user), *folder, context.arguments, context.texts, log);
     return run(context, mac.mac());
 }

@@ -99,7 +99,7 @@ int writeFully(int descriptor, std::string_view bytes) {
 }
 
 FileResult<void> replaceDurably(const Place& place, const Path& file, std::string_view content,
-                                NewFileMode mode) {
+                                NewFileMode mode, const std::optional<Ownership>& owner) {
     const int folder = place.folder.get();
     const auto existing = statItem(folder, place.name.c_str());
     if (existing && S_ISDIR(existing->st_mode)) return refused(file, FileFault::isDirectory);
@@ -108,6 +108,7 @@ FileResult<void> replaceDurably(const Place& place, const Path& file, std::strin
     auto created = createTemporary(folder, temporary.c_str());
     if (!created) return failed(file, created.error());
     int fault = writeFully(created->get(), content);
+    if (!fault && owner) fault = giveFile(created->get(), *owner);
     if (!fault && mode == NewFileMode::likeExisting)
         fault = keepIdentity(folder, place.name.c_str(), created->get());
     if (!fault) fault = flushFile(created->get());

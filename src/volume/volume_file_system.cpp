@@ -109,7 +109,18 @@ class VolumeFileSystem::Impl {
         return OpenFile{std::move(*file), static_cast<std::uint64_t>(item->st_size)};
     }
 
+    /// To whom a new item belongs; nothing outside the home.
+    std::optional<Ownership> ownerOfNew(const Path& path) const {
+        return home && path.isWithin(home->folder) ? std::optional(home->owner) : std::nullopt;
+    }
+
+    struct Home {
+        Path folder;
+        Ownership owner;
+    };
+
     RootResolver resolver;
+    std::optional<Home> home;
 
   private:
     static FileResult<FileInfo> describedAt(const Path& path, int folder, const char* name) {
@@ -140,6 +151,13 @@ FileResult<std::unique_ptr<VolumeFileSystem>> VolumeFileSystem::open(const std::
 
 VolumeFileSystem::Resolver VolumeFileSystem::resolver() const {
     return impl_->resolver.way() == RootResolver::Way::kernel ? Resolver::kernel : Resolver::walk;
+}
+
+FileResult<void> VolumeFileSystem::setHome(const Path& home) {
+    const auto there = info(home);
+    if (!there) return tl::unexpected(there.error());
+    impl_->home = {home, {there->ownerID, there->groupID}};
+    return {};
 }
 
 // Reading
@@ -227,7 +245,13 @@ FileResult<void> VolumeFileSystem::createDirectory(const Path& folder) {
     if (folder.isRoot()) return refused(folder, FileFault::exists);
     const auto place = impl_->resolver.placeForChange(folder);
     if (!place) return tl::unexpected(place.error());
-    if (::mkdirat(place->folder.get(), place->name.c_str(), 0700) != 0) return failed(folder, errno);
+    const int parent = place->folder.get();
+    if (::mkdirat(parent, place->name.c_str(), 0700) != 0) return failed(folder, errno);
+    if (const auto owner = impl_->ownerOfNew(folder))
+        if (const int fault = giveNewFolder(parent, place->name.c_str(), *owner)) {
+            if (fault != EBUSY) ::unlinkat(parent, place->name.c_str(), AT_REMOVEDIR);
+            return failed(folder, fault);
+        }
     if (const int fault = flushFolder(place->folder.get())) return failed(folder, fault);
     return {};
 }
@@ -287,7 +311,7 @@ bool VolumeFileSystem::isSetAside(const Path& from) const {
 FileResult<void> VolumeFileSystem::replaceFile(const Path& file, std::string_view content, NewFileMode mode) {
     const auto place = impl_->resolver.placeForChange(file);
     if (!place) return tl::unexpected(place.error());
-    return replaceDurably(*place, file, content, mode);
+    return replaceDurably(*place, file, content, mode, impl_->ownerOfNew(file));
 }
 
 FileResult<void> VolumeFileSystem::removeFile(const Path& file) {

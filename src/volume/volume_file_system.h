@@ -22,6 +22,10 @@ class VolumeFileSystem : public FileSystem {
 
     Resolver resolver() const; ///< the one in use; never `automatic`
 
+    /// From now on what is created inside this folder belongs to its owner and group, whoever runs the
+    /// program: root would leave folders that the user cannot open. Call it before other threads come.
+    FileResult<void> setHome(const Path& home);
+
     FileResult<FileInfo> info(const Path& path) const override;
     FileResult<FileInfo> infoFollowingLinks(const Path& path) const override;
     FileResult<std::vector<DirectoryEntry>> list(const Path& folder) const override;

@@ -1,6 +1,10 @@
 #include "volume/volume_user.h"
 
 #include "base/text.h"
+#include "platform/property_list_file.h"
+
+#include <algorithm>
+#include <charconv>
 
 namespace tidwen {
 
@@ -50,6 +54,64 @@ void findTemporaryFolders(const FileSystem& files, UserEnvironment& user) {
     if (files.isDirectoryFollowingLinks(folder / "T")) user.temporaryFolder = folder / "T";
 }
 
+/// Where the system itself lives: no person's home, whatever an account's record says.
+bool isSystemPlace(const Path& folder) {
+    static const char* const places[] = {"/system", "/library", "/applications", "/usr",         "/bin",
+                                         "/sbin",   "/private", "/var",          "/etc",         "/tmp",
+                                         "/dev",    "/cores",   "/opt",          "/users/shared"};
+    const Path lowered(lowercased(folder.string()));
+    return folder.components().size() < 3
+           || std::any_of(std::begin(places), std::end(places),
+                          [&](const char* place) { return lowered.isWithin(Path(place)); });
+}
+
+/// One account of the volume's own directory: person or service, and its homes.
+bool isPersonsHome(const FileSystem& files, const Path& record, const Path& home) {
+    constexpr int firstPerson = 500; // below are the accounts of services
+    const auto list = readPropertyList(files, record);
+    if (!list) return false;
+    const auto values = [&](const char* key) {
+        const auto* value = list->find(key);
+        return (value ? value->asStrings() : std::nullopt).value_or(std::vector<std::string>{});
+    };
+    const auto numbers = values("uid"), homes = values("home");
+    int number = 0;
+    if (numbers.size() != 1) return false;
+    std::from_chars(numbers[0].data(), numbers[0].data() + numbers[0].size(), number);
+    return number > firstPerson && std::any_of(homes.begin(), homes.end(), [&](const auto& each) {
+               return Path(each).standardized() == home;
+           });
+}
+
+bool isNamedByAccount(const FileSystem& files, const Path& home) {
+    constexpr std::size_t mostAccounts = 1000;
+    const Path accounts("/private/var/db/dslocal/nodes/Default/users");
+    const auto entries = files.list(accounts); // on a Mac's own disk only root may look here
+    if (!entries || entries->size() > mostAccounts || isSystemPlace(home)) return false;
+    return std::any_of(entries->begin(), entries->end(), [&](const auto& entry) {
+        const auto record = accounts / entry.name;
+        return entry.kind == FileKind::regular && record.lowercasedExtension() == "plist"
+               && isPersonsHome(files, record, home);
+    });
+}
+
+/// A real folder in its real place: letter case and the form of accents are the disk's own affair.
+bool isReached(const FileSystem& files, const Path& home) {
+    const auto itself = files.info(home);
+    const auto real = files.resolve(home);
+    const auto folded = [](const Path& path) { return lowercased(composed(path.string())); };
+    return itself && itself->kind == FileKind::directory && real && folded(*real) == folded(home);
+}
+
+bool isHome(const FileSystem& files, const Path& folder) {
+    const auto parts = folder.components();
+    if (std::find(parts.begin(), parts.end(), "..") != parts.end()) return false;
+    const auto home = folder.standardized();
+    const bool isInUsers =
+        lowercased(home.parent().string()) == "/users" && lowercased(home.lastComponent()) != "shared";
+    return isReached(files, home) && (isInUsers || isNamedByAccount(files, home));
+}
+
 } // namespace
 
 tl::expected<UserEnvironment, VolumeUserError> findVolumeUser(const FileSystem& files,
@@ -64,6 +126,8 @@ tl::expected<UserEnvironment, VolumeUserError> findVolumeUser(const FileSystem& 
     const auto info = files.infoFollowingLinks(chosen);
     if (!chosen.isAbsolute() || !info || info->kind != FileKind::directory)
         return tl::unexpected(VolumeUserError{Kind::notAFolder, {}, chosen});
+    if (!isHome(files, home.value_or(chosen)))
+        return tl::unexpected(VolumeUserError{Kind::notAHome, {}, chosen});
     UserEnvironment user{.home = chosen, .userID = info->ownerID, .cacheFolder = {}, .temporaryFolder = {}};
     findTemporaryFolders(files, user);
     return user;

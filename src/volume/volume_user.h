@@ -12,14 +12,17 @@ namespace tidwen {
 
 /// Why it is not clear whose leftovers to look for.
 struct VolumeUserError {
-    enum class Kind { noHome, severalHomes, notAFolder };
+    enum class Kind { noHome, severalHomes, notAFolder, notAHome };
     Kind kind = Kind::noHome;
     std::vector<Path> candidates; ///< of `severalHomes`
-    Path home;                    ///< of `notAFolder`
+    Path home;                    ///< of `notAFolder` and `notAHome`
 };
 
 /// The user of a volume: `home` when given, else the one folder of "/Users" that is a user's (not "Shared",
-/// "Guest" or a hidden one; it has a "Library"). The per-user cache and temporary folders are the pair under
+/// "Guest" or a hidden one; it has a "Library"). A home that is given must be a real folder, reached through
+/// no link and no "..", that lies directly in "/Users" or that a person's account names as its home
+/// ("/private/var/db/dslocal"): what is done in a home is done as if its owner owned all below it. The
+/// per-user cache and temporary folders are the pair under
 /// "/private/var/folders" that belongs to the home's owner.
 tl::expected<UserEnvironment, VolumeUserError> findVolumeUser(const FileSystem& files,
                                                               const std::optional<Path>& home);

@@ -2,6 +2,7 @@
 #include "volume/file_system_changes_contract.h"
 #include "volume/volume_file_system.h"
 
+#include <fmt/format.h>
 #include <random>
 #include <sstream>
 #ifdef __linux__
@@ -102,6 +103,34 @@ TEST(VolumeFileSystem, KernelAndWalkAgree) {
             EXPECT_EQ(outcome(kernel->removeFile(path / "x")), outcome(walk->removeFile(path / "x")));
         }
     }
+}
+
+TEST(VolumeFileSystem, WhatRootMakesInAHomeBelongsToItsOwner) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can give a folder to another user";
+    const TemporaryFolder folder;
+    const auto files = VolumeFileSystem::open(folder.path()).value();
+    const auto host = [&](const std::string& path) { return folder.path() / path.substr(1); };
+    const auto owner = [&](const std::string& path) {
+        const auto item = files->info(Path(path));
+        return item ? fmt::format("{}:{}", item->ownerID, item->groupID) : std::string("missing");
+    };
+    std::filesystem::create_directories(host("/Users/alice/Roots"));
+    writeFile(host("/Users/alice/old"), "root's own");
+    ASSERT_EQ(::chown(host("/Users/alice").c_str(), 501, 20), 0);
+    EXPECT_EQ(outcome(files->setHome(Path("/Users/alice"))), "ok");
+
+    EXPECT_EQ(outcome(files->createDirectories(Path("/Users/alice/.Trash/run"))), "ok");
+    EXPECT_EQ(outcome(files->createDirectory(Path("/Users/alice/Roots/new"))), "ok");
+    EXPECT_EQ(outcome(files->createDirectories(Path("/Users/alicea/new"))), "ok");
+    for (const char* file : {"/Users/alice/.Trash/run/manifest", "/Users/alice/old", "/Users/file"})
+        EXPECT_EQ(outcome(files->replaceFile(Path(file), "new", NewFileMode::likeExisting)), "ok");
+    for (const char* hers : {"/Users/alice/.Trash", "/Users/alice/.Trash/run", "/Users/alice/Roots/new",
+                             "/Users/alice/.Trash/run/manifest"})
+        EXPECT_EQ(owner(hers), "501:20") << hers;
+    for (const char* roots : {"/Users/alice/Roots", "/Users/alice/old", "/Users/alicea/new", "/Users/file"})
+        EXPECT_EQ(owner(roots), "0:0") << roots;
+    EXPECT_EQ(outcome(files->replaceFile(Path("/Users/alice/old"), "x", NewFileMode::privateToOwner)), "ok");
+    EXPECT_EQ(owner("/Users/alice/old"), "501:20");
 }
 
 #ifdef __linux__

@@ -1,5 +1,6 @@
 #include "volume/volume_user.h"
 
+#include "base/property_list.h"
 #include "support/matchers.h"
 #include "support/temporary_folder.h"
 
@@ -34,21 +35,52 @@ TEST(VolumeUser, IsTheOneWithAHome) {
                 ElementsAre(Path("/Users/Zoë"), Path("/Users/alice"), Path("/Users/bob")));
 }
 
+std::string account(const std::string& home, const std::string& number) {
+    return writeBinaryPropertyList(
+        PropertyListDictionary{{"home", PropertyListArray{home}}, {"uid", PropertyListArray{number}}});
+}
+
 TEST(VolumeUser, MayBeNamed) {
     test::TemporaryVolume volume;
-    volume.makeFolder("/Volumes/Data/home of bob");
-    volume.makeFolder("/Users/alice/Library");
+    const std::string accounts = "/private/var/db/dslocal/nodes/Default/users/";
+    for (const char* folder :
+         {"/Volumes/Data/home of bob", "/Volumes/Data/nobodys", "/Users/alice/Library", "/Users/Shared/x",
+          "/System/Library", "/Library/WebServer", "/Volumes/service"})
+        volume.makeFolder(folder);
     volume.write("/Users/file", "");
     volume.link("/Users/dangling", "nowhere");
-    const auto bob = findVolumeUser(volume.files(), Path("/Volumes/Data/../Data/home of bob/"));
-    ASSERT_TRUE(bob);
-    EXPECT_EQ(bob->home, Path("/Volumes/Data/home of bob"));
+    volume.link("/Users/linked", "alice");
+    volume.link("/People", "Users");
+    volume.write(accounts + "bob.plist", account("/Volumes/Data/home of bob", "502"));
+    volume.write(accounts + "_service.plist", account("/Volumes/service", "70"));
+    for (const char* system : {"/", "/System", "/System/Library", "/Library/WebServer", "/Users",
+                               "/Users/Shared", "/Users/Shared/x", "/People/alice", "/Users/linked"})
+        volume.write(accounts + Path(system).lastComponent().substr(1) + ".plist", account(system, "503"));
+    volume.write(accounts + "damaged.plist", "damaged");
+
+    const std::pair<const char*, const char*> homes[] = {
+        {"/Users/alice/", "/Users/alice"}, {"/Volumes/Data//home of bob/.", "/Volumes/Data/home of bob"}};
+    for (const auto& [given, home] : homes) {
+        const auto user = findVolumeUser(volume.files(), Path(given));
+        ASSERT_TRUE(user) << given;
+        EXPECT_EQ(user->home, Path(home));
+    }
     for (const char* wrong : {"/Users/file", "/Users/none", "/Users/dangling", "Users/alice"}) {
         SCOPED_TRACE(wrong);
         const auto refused = findVolumeUser(volume.files(), Path(wrong));
         ASSERT_FALSE(refused);
         EXPECT_EQ(refused.error().kind, Kind::notAFolder);
         EXPECT_EQ(refused.error().home, Path(wrong));
+    }
+    for (const char* wrong :
+         {"/", "/Users", "/Users/Shared", "/Users/shared", "/Users/Shared/x", "/System", "/System/Library",
+          "/Library/WebServer", "/Users/linked", "/People/alice", "/Users/alice/Library",
+          "/Users/../Users/alice", "/Users/alice/..", "/Volumes/Data/nobodys", "/Volumes/service"}) {
+        const auto refused = findVolumeUser(volume.files(), Path(wrong));
+        ASSERT_FALSE(refused) << wrong;
+        if (volume.exists(wrong)) {
+            EXPECT_EQ(refused.error().kind, Kind::notAHome) << wrong;
+        }
     }
 }
 
