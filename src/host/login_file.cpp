@@ -28,9 +28,9 @@ bool LoginFile::setEnabled(bool enabled) {
     }
     const auto wanted = text();
     if (!wanted) return failed("write", wanted.error());
-    fs::create_directories(file_.parent_path(), failure);
-    if (failure) return failed("write", failure.message());
     const SharedFile shared(file_, SharedFile::Links::kept);
+    errno = 0;
+    if (!shared.makeFolder()) return failed("write", std::generic_category().message(errno));
     const auto lock = shared.lockFolder(); // `settings set` and a `watch` that sees it both write
     errno = 0;
     return (lock.isHeld() && shared.replace(*wanted))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "base/property_list.h"
 #include "platform/folder_events.h"
 
@@ -15,6 +16,9 @@ class Defaults {
   public:
     virtual ~Defaults() = default;
     virtual std::optional<PropertyListValue> value(const std::string& key) const = 0;
+    /// Why what the user stored cannot be known, and what helps: every value is absent then, though it may be
+    /// set. What relies on a setting to spare something must not go on. Nothing when all is well.
+    virtual std::optional<Message> problem() const { return std::nullopt; }
     /// Stores at once; nothing removes the key. False when it could not be written.
     virtual bool setValue(const std::string& key, const std::optional<PropertyListValue>& value) = 0;
 

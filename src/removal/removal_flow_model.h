@@ -44,7 +44,9 @@ namespace tidwen {
 ///   review       loadTargets, something is left         scanning
 ///   review,      confirm, something is selected         removing; each application that runs is asked to
 ///   orphans,                                            quit, and the user about each that does not
-///   an offer     confirm, nothing is selected           the same, with an error
+///   an offer     confirm, the protected applications    the same, with an error
+///                are unknown (damaged settings)
+///                confirm, nothing is selected           the same, with an error
 ///   review,      close                                  the home stage it came from
 ///   orphans
 ///   removing     the run has ended                      report

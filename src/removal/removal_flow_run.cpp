@@ -24,6 +24,8 @@ void RemovalFlowModel::confirm() {
         && !std::holds_alternative<stage::Orphans>(stage_))
         return;
     errorMessage_.reset();
+    // An empty list of protected applications would spare nothing.
+    if (const auto problem = services_.protectedApps.problem()) return fail(services_.texts.text(*problem));
     auto targets = chosenTargets();
     if (targets.empty()) return fail(services_.texts.text("error.nothingToRemove"));
     reportSubject_ = subject();

@@ -16,9 +16,14 @@ class ProtectedApps {
 
     explicit ProtectedApps(Defaults& defaults);
 
+    /// The identifiers in the list that differ from this one in letter case at most.
+    std::vector<std::string> inAnyCase(const std::string& bundleID) const;
+
     const std::set<std::string>& bundleIDs() const { return bundleIDs_; }
     /// Exact, letter case counts.
     bool contains(const std::string& bundleID) const { return bundleIDs_.contains(bundleID); }
+    /// Why the list cannot be known, so that nothing may be removed.
+    std::optional<Message> problem() const;
     /// Adds or removes, and stores the list sorted, with what other processes did to it since. False when it
     /// could not be stored (nothing changes).
     bool toggle(const std::string& bundleID);

@@ -1,34 +1,17 @@
 #include "settings/file_defaults.h"
 
+#include "settings/settings_file.h"
 #include "settings/user_folder.h"
 
 namespace tidwen {
 
-namespace {
-
-using Fault = SharedFile::Fault;
-
-constexpr PropertyListLimits limits{.bytes = 4u << 20, .nodes = 200'000, .depth = 32};
-
-/// Nothing unless the bytes are a dictionary.
-std::optional<PropertyListDictionary> parse(std::string_view bytes) {
-    const auto list = parsePropertyList(bytes, limits);
-    if (!list || !list->asDictionary()) return std::nullopt;
-    return *list->asDictionary();
-}
-
-/// XML, which people can read and mend, unless the values hold what XML cannot (control characters, say).
-/// Nothing when no form gives the same values back: they would be lost at the next start.
-std::optional<std::string> serialized(const PropertyListDictionary& values) {
-    for (const auto write : {writeXmlPropertyList, writeBinaryPropertyList})
-        if (auto bytes = write(values); parse(bytes) == values) return bytes;
-    return std::nullopt;
-}
-
-} // namespace
-
-FileDefaults::FileDefaults(const std::filesystem::path& file, Log& log, FolderEvents* folders)
-    : file_(file), log_(log), folders_(folders), version_(tl::unexpected(Fault::missing)) {}
+FileDefaults::FileDefaults(const std::filesystem::path& file, Log& log, FolderEvents* folders,
+                           std::chrono::milliseconds patience)
+    : file_(file),
+      log_(log),
+      folders_(folders),
+      patience_(patience),
+      version_(tl::unexpected(SharedFile::Fault::missing)) {}
 
 std::optional<PropertyListValue> FileDefaults::value(const std::string& key) const {
     const std::lock_guard guard(mutex_);
@@ -38,17 +21,26 @@ std::optional<PropertyListValue> FileDefaults::value(const std::string& key) con
     return found->second;
 }
 
+std::optional<Message> FileDefaults::problem() const {
+    const std::lock_guard guard(mutex_);
+    refresh();
+    return problem_;
+}
+
 bool FileDefaults::setValue(const std::string& key, const std::optional<PropertyListValue>& value) {
     return update(key, [&](const auto&) { return value; });
 }
 
 bool FileDefaults::update(const std::string& key, const Change& change) {
     const std::lock_guard guard(mutex_);
-    const auto lock = file_.lock();
-    if (!lock.isHeld() || !reload(true)) {
+    const auto lock = file_.lock(patience_);
+    if (lock.isBusy())
+        log_.error("Settings are locked by another program that does not finish: {}", file_.path().string());
+    else if (!lock.isHeld())
         log_.error("Settings cannot be changed: {}", file_.path().string());
-        return false;
-    }
+    if (!lock.isHeld()) return false;
+    reload();
+    if (problem_) return false;
     auto values = values_;
     const auto stored = values.find(key);
     const auto value = change(stored == values.end() ? std::nullopt : std::optional(stored->second));
@@ -58,7 +50,7 @@ bool FileDefaults::update(const std::string& key, const Change& change) {
         values.erase(key);
     if (values == values_) return true;
 
-    const auto bytes = serialized(values);
+    const auto bytes = settingsBytes(values);
     if (!bytes || !file_.replace(*bytes)) {
         log_.error("Settings could not be written: {}", file_.path().string());
         return false;
@@ -75,29 +67,17 @@ std::unique_ptr<FolderEvents::Watch> FileDefaults::watch(std::function<void()> c
 }
 
 void FileDefaults::refresh() const {
-    if (file_.version() == version_) return;
-    const auto lock = file_.lock();
-    reload(lock.isHeld());
+    // A change of owner or modes makes a file readable without giving it another version.
+    if (problem_ || file_.version() != version_) reload();
 }
 
-/// Reads the file, whatever is known of it. False when it is there and stays there unread. Only with the lock
-/// is a damaged file set aside: without it, a sound one of another process might have taken its place.
-bool FileDefaults::reload(bool isLocked) const {
-    values_.clear();
+void FileDefaults::reload() const {
     version_ = file_.version(); // before reading: a change in between is then seen the next time
-    const auto bytes = file_.read(limits.bytes);
-    if (!bytes && bytes.error() == Fault::missing) return true;
-    if (!bytes) {
-        log_.error("Settings cannot be read: {}", file_.path().string());
-        return false;
-    }
-    if (auto values = parse(*bytes)) {
-        values_ = std::move(*values);
-        return true;
-    }
-    const auto kept = isLocked ? file_.setAside("damaged") : std::nullopt;
-    log_.error("Settings are damaged and kept as {}", (kept ? *kept : file_.path()).string());
-    return kept.has_value();
+    auto read = readSettings(file_);
+    auto problem = read ? std::nullopt : std::optional(std::move(read.error()));
+    if (problem && problem != problem_) log_.error("Settings cannot be read: {}", file_.path().string());
+    problem_ = std::move(problem);
+    values_ = read ? std::move(*read) : PropertyListDictionary();
 }
 
 std::filesystem::path FileDefaults::defaultFile() {

@@ -11,17 +11,20 @@ namespace tidwen {
 
 /// Settings in one property list of this machine's user, for systems without a defaults database.
 ///
-/// Several processes may share the file: it is read again when it changed on the disk, and a value is set on
-/// top of what stands there, under a lock ("<name>.lock" beside it). A crash leaves the old file or the new
-/// one. A file that is no dictionary is kept as "<name>.damaged" (with a number when that is taken), and
-/// defaults apply; one that cannot be read is left alone, and then nothing can be set.
+/// Several processes may share the file: it is read again when it changed on the disk, without waiting for
+/// anybody, and a value is set on top of what stands there, under a lock ("<name>.lock" beside it). A crash
+/// leaves the old file or the new one. A file that cannot be read or is no dictionary is left alone: nothing
+/// can be set until somebody has mended it or moved it away, because what it protects would be forgotten.
 /// May be used from any thread.
 class FileDefaults : public Defaults {
   public:
     /// `folders`: of this machine ("/" is its root); without them `watch` tells of nothing.
-    FileDefaults(const std::filesystem::path& file, Log& log, FolderEvents* folders = nullptr);
+    /// `patience`: how long a change waits for another process that is writing.
+    FileDefaults(const std::filesystem::path& file, Log& log, FolderEvents* folders = nullptr,
+                 std::chrono::milliseconds patience = SharedFile::usualPatience);
 
     std::optional<PropertyListValue> value(const std::string& key) const override;
+    std::optional<Message> problem() const override;
     bool setValue(const std::string& key, const std::optional<PropertyListValue>& value) override;
     bool update(const std::string& key, const Change& change) override;
     std::unique_ptr<FolderEvents::Watch> watch(std::function<void()> changed) override;
@@ -31,14 +34,16 @@ class FileDefaults : public Defaults {
 
   private:
     void refresh() const;
-    bool reload(bool isLocked) const;
+    void reload() const;
 
     SharedFile file_;
     Log& log_;
     FolderEvents* folders_;
+    std::chrono::milliseconds patience_;
     mutable std::mutex mutex_;
     mutable tl::expected<SharedFile::Version, SharedFile::Fault> version_; ///< of what `values_` holds
     mutable PropertyListDictionary values_;
+    mutable std::optional<Message> problem_; ///< `values_` is empty then
 };
 
 } // namespace tidwen

@@ -1,12 +1,13 @@
 #include "settings/shared_file.h"
 
-#include "base/descriptor.h"
+#include "base/ownership.h"
 
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
 
 namespace tidwen {
@@ -16,7 +17,37 @@ namespace fs = std::filesystem;
 namespace {
 
 Descriptor open(const fs::path& path, int flags) {
-    return Descriptor(::open(path.c_str(), flags | O_CLOEXEC, 0600));
+    return Descriptor(::open(path.c_str(), flags | O_CLOEXEC));
+}
+
+/// A folder to create something in, and whose that will be.
+struct Parent {
+    Descriptor folder;
+    Ownership owner;
+};
+
+OsResult<Parent> openParent(const fs::path& path) {
+    auto folder = open(path.parent_path(), O_RDONLY | O_DIRECTORY);
+    if (!folder.isOpen()) return tl::unexpected(errno);
+    const auto owner = ownershipOf(folder.get());
+    if (!owner) return tl::unexpected(owner.error());
+    return Parent{std::move(folder), *owner};
+}
+
+/// Creates a file for its owner alone, which must not be there yet.
+Descriptor createFile(const fs::path& path) {
+    const auto parent = openParent(path);
+    if (!parent) return {};
+    const auto name = path.filename();
+    const int folder = parent->folder.get();
+    Descriptor file(::openat(folder, name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    if (file.isOpen())
+        if (const int fault = giveFile(file.get(), parent->owner)) {
+            ::unlinkat(folder, name.c_str(), 0);
+            file.close();
+            errno = fault;
+        }
+    return file;
 }
 
 bool writeAll(int descriptor, std::string_view rest) {
@@ -33,7 +64,11 @@ bool makeFolders(const fs::path& folder) {
     std::error_code error;
     if (fs::is_directory(folder, error)) return true;
     if (!folder.has_relative_path() || !makeFolders(folder.parent_path())) return false;
-    return ::mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST;
+    const auto parent = openParent(folder);
+    if (!parent) return false;
+    const auto name = folder.filename();
+    if (::mkdirat(parent->folder.get(), name.c_str(), 0700) != 0) return errno == EEXIST;
+    return giveNewFolder(parent->folder.get(), name.c_str(), parent->owner) == 0;
 }
 
 /// Without this the new name may be lost in a crash, though the content is not.
@@ -42,19 +77,32 @@ bool flushFolder(const fs::path& folder) {
     return opened.isOpen() && ::fsync(opened.get()) == 0;
 }
 
+/// A link's owner decides what root reads and writes through it, so it may only lead to what is his anyway.
+bool leadsToAnothers(const fs::path& link) {
+    struct stat self {
+    }, target{};
+    return ::lstat(link.c_str(), &self) == 0 && ::stat(link.c_str(), &target) == 0 && self.st_uid != 0
+           && self.st_uid != target.st_uid;
+}
+
 } // namespace
 
-SharedFile::SharedFile(const fs::path& path, Links links) : path_(path) {
+SharedFile::SharedFile(const fs::path& path, Links links) : path_(path), given_(path) {
     if (links == Links::kept) return;
     std::error_code error;
-    isLinked_ = fs::is_symlink(path, error);
+    isForeignLink_ = ::geteuid() == 0 && fs::is_symlink(path, error) && leadsToAnothers(path);
     if (auto target = fs::weakly_canonical(path, error); !error) path_ = std::move(target);
+}
+
+SharedFile::Fault SharedFile::faultOf(int osCode) const {
+    std::error_code error;
+    if (osCode == ENOENT) return fs::is_symlink(given_, error) ? Fault::linkToNothing : Fault::missing;
+    return osCode == EACCES || osCode == EPERM ? Fault::denied : Fault::unreadable;
 }
 
 tl::expected<SharedFile::Version, SharedFile::Fault> SharedFile::version() const {
     struct stat info {};
-    if (::stat(path_.c_str(), &info) != 0)
-        return tl::unexpected(errno == ENOENT ? Fault::missing : Fault::unreadable);
+    if (::stat(path_.c_str(), &info) != 0) return tl::unexpected(faultOf(errno));
     std::error_code error;
     const auto modified = fs::last_write_time(path_, error).time_since_epoch().count();
     if (error) return tl::unexpected(Fault::unreadable);
@@ -63,12 +111,13 @@ tl::expected<SharedFile::Version, SharedFile::Fault> SharedFile::version() const
 }
 
 tl::expected<std::string, SharedFile::Fault> SharedFile::read(std::size_t maxBytes) const {
+    if (isForeignLink_) return tl::unexpected(Fault::foreignLink);
     const auto file = open(path_, O_RDONLY | O_NONBLOCK); // a pipe of that name must not hold us up
-    if (!file.isOpen()) return tl::unexpected(errno == ENOENT ? Fault::missing : Fault::unreadable);
+    if (!file.isOpen()) return tl::unexpected(faultOf(errno));
     struct stat info {};
     if (::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode)) return tl::unexpected(Fault::unreadable);
     if (info.st_size < 0 || static_cast<std::uint64_t>(info.st_size) > maxBytes)
-        return tl::unexpected(Fault::unreadable);
+        return tl::unexpected(Fault::tooLarge);
 
     std::string content(static_cast<std::size_t>(info.st_size), '\0');
     for (std::size_t have = 0; have < content.size();) {
@@ -85,7 +134,7 @@ bool SharedFile::replace(std::string_view content) const {
     const auto fresh = sibling("new");
     ::unlink(fresh.c_str()); // what a crash left behind
     {
-        const auto file = open(fresh, O_WRONLY | O_CREAT | O_EXCL);
+        const auto file = createFile(fresh);
         if (!file.isOpen()) return false;
         if (!writeAll(file.get(), content) || ::fsync(file.get()) != 0) {
             ::unlink(fresh.c_str());
@@ -99,38 +148,34 @@ bool SharedFile::replace(std::string_view content) const {
     return flushFolder(path_.parent_path());
 }
 
-std::optional<fs::path> SharedFile::setAside(const std::string& suffix) const {
-    if (isLinked_) return std::nullopt; // whatever a link names by mistake must not lose its name
-    constexpr int attempts = 1000;
-    for (int n = 1; n <= attempts; ++n) {
-        auto target = sibling(n == 1 ? suffix : suffix + "-" + std::to_string(n));
-        std::error_code error;
-        if (fs::symlink_status(target, error).type() != fs::file_type::not_found) continue;
-        if (::rename(path_.c_str(), target.c_str()) != 0) return std::nullopt;
-        return target;
-    }
-    return std::nullopt;
+bool SharedFile::makeFolder() const {
+    return makeFolders(path_.parent_path());
 }
 
-SharedFile::Lock SharedFile::lock() const {
-    if (!makeFolders(path_.parent_path())) return Lock(-1);
-    return Lock(::open(sibling("lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600));
+SharedFile::Lock SharedFile::lock(std::chrono::milliseconds patience) const {
+    if (!makeFolder()) return {{}, patience};
+    const auto path = sibling("lock");
+    auto file = createFile(path);
+    if (!file.isOpen() && errno == EEXIST) file = open(path, O_RDWR | O_NOFOLLOW | O_NONBLOCK);
+    return {std::move(file), patience};
 }
 
 SharedFile::Lock SharedFile::lockFolder() const {
-    return Lock(::open(path_.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return {open(path_.parent_path(), O_RDONLY | O_DIRECTORY), usualPatience};
 }
 
-SharedFile::Lock::Lock(int descriptor) : descriptor_(descriptor) {
-    while (descriptor_ >= 0 && ::flock(descriptor_, LOCK_EX) != 0)
-        if (errno != EINTR) {
-            ::close(descriptor_);
-            descriptor_ = -1;
-        }
-}
-
-SharedFile::Lock::~Lock() {
-    if (descriptor_ >= 0) ::close(descriptor_); // gives the lock up
+SharedFile::Lock::Lock(Descriptor file, std::chrono::milliseconds patience) : file_(std::move(file)) {
+    constexpr std::chrono::milliseconds pause{10};
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (file_.isOpen() && ::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EINTR) continue;
+        isBusy_ = errno == EWOULDBLOCK;
+        if (!isBusy_ || std::chrono::steady_clock::now() >= deadline)
+            file_.close();
+        else
+            std::this_thread::sleep_for(pause);
+    }
+    if (isHeld()) isBusy_ = false;
 }
 
 fs::path SharedFile::sibling(const std::string& ending) const {

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "base/descriptor.h"
+
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <tl/expected.hpp>
@@ -22,7 +24,14 @@ class SharedFile {
         std::int64_t modified = 0; ///< in the file clock's own unit
         friend bool operator==(const Version&, const Version&) = default;
     };
-    enum class Fault { missing, unreadable };
+    enum class Fault {
+        missing,
+        linkToNothing, ///< a link that leads to no file: perhaps its disk is away
+        foreignLink,   ///< seen by root: somebody's link to what is another's
+        denied,        ///< the file or a folder above it may not be read
+        tooLarge,
+        unreadable, ///< no plain file, or the disk failed
+    };
 
     enum class Links { followed, kept };
 
@@ -32,40 +41,47 @@ class SharedFile {
     const std::filesystem::path& path() const { return path_; }
 
     tl::expected<Version, Fault> version() const;
-    /// The whole content; `unreadable` when it is no plain file or holds more than `maxBytes`.
+    /// The whole content, when it is a plain file of at most `maxBytes`. Waits for nobody's lock.
     tl::expected<std::string, Fault> read(std::size_t maxBytes) const;
 
     /// Writes so that after a crash either the old content or the new is there, readable by its owner alone.
-    /// Call it with the lock held.
+    /// Call it with the lock held. What root makes, this file, its lock and its folders, belongs to the owner
+    /// of the folder that it is made in.
     bool replace(std::string_view content) const;
-    /// Renames the file to "<name>.<suffix>", "<name>.<suffix>-2" … whichever is free, and gives that name.
-    /// Nothing when it is reached through a link: what lies there may be anybody's. Call it with the lock
-    /// held.
-    std::optional<std::filesystem::path> setAside(const std::string& suffix) const;
+    /// Makes the folder of the file (mode 0700) and those above it when they are missing.
+    bool makeFolder() const;
 
-    /// While it lives no other process holds the lock of the same file. Waits for its turn.
+    /// How long a writer waits for another process: none holds the lock longer than it takes to write a
+    /// file, so the other one hangs.
+    static constexpr std::chrono::milliseconds usualPatience{5000};
+
+    /// While it lives no other process holds the lock of the same file.
     class Lock {
       public:
         Lock(const Lock&) = delete;
         Lock& operator=(const Lock&) = delete;
-        ~Lock();
-        bool isHeld() const { return descriptor_ >= 0; } ///< false when the folder takes no lock file
+        bool isHeld() const { return file_.isOpen(); }
+        /// Not held because another process did not give it up; else the folder takes no lock file.
+        bool isBusy() const { return isBusy_; }
 
       private:
         friend class SharedFile;
-        explicit Lock(int descriptor); ///< takes the lock on what is open there; -1 for none
-        int descriptor_;
+        Lock(Descriptor file, std::chrono::milliseconds patience);
+        Descriptor file_; ///< the kernel drops the lock with it
+        bool isBusy_ = false;
     };
-    /// Makes the folder of the file (mode 0700) when it is missing.
-    Lock lock() const;
+    /// Makes the folder of the file when it is missing.
+    Lock lock(std::chrono::milliseconds patience = usualPatience) const;
     /// The same by the folder itself, where a lock file would lie in the way of others. Makes nothing.
     Lock lockFolder() const;
 
   private:
+    Fault faultOf(int osCode) const;
     std::filesystem::path sibling(const std::string& ending) const;
 
     std::filesystem::path path_;
-    bool isLinked_ = false;
+    std::filesystem::path given_; ///< `path_` as it was named, perhaps a link
+    bool isForeignLink_ = false;
 };
 
 } // namespace tidwen

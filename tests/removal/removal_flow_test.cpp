@@ -112,6 +112,22 @@ TEST(RemovalFlow, AsksAboutEachApplicationThatDoesNotQuit) {
     EXPECT_TRUE(lockTrash(bench.user, bench.volume.files()));
 }
 
+TEST(RemovalFlow, NothingIsRemovedWhileWhatIsProtectedIsUnknown) {
+    const std::pair<std::string, std::function<void(FlowBench&)>> cases[] = {
+        {"unreadable", [](FlowBench& bench) { bench.defaults.fault = Message{"unreadable"}; }},
+        {"settings.problem.protectedList",
+         [](FlowBench& bench) { bench.defaults.values[ProtectedApps::defaultsKey] = "com.example.Alpine"; }}};
+    for (const auto& [reason, damage] : cases) {
+        FlowBench bench;
+        damage(bench);
+        bench.remove({"Alpine"});
+        EXPECT_EQ(bench.stage(), "review") << "looking is harmless";
+        EXPECT_EQ(bench.model->errorMessage(), reason);
+        EXPECT_TRUE(bench.has(bench.bundle("Alpine")));
+        EXPECT_FALSE(bench.protectedApps.toggle("com.example.Birch") && reason != "unreadable");
+    }
+}
+
 TEST(RemovalFlow, ARunThatCannotBeginAsksNobodyToQuit) {
     FlowBench bench;
     bench.running.obedient = {"com.example.Alpine"};

@@ -5,6 +5,7 @@
 #include "support/matchers.h"
 #include "support/stand_ins.h"
 #include "support/trees.h"
+#include "support/unprivileged.h"
 
 #include <fmt/format.h>
 #include <sys/stat.h>
@@ -101,32 +102,81 @@ TEST_F(FileDefaultsTest, TellsOfChangesOfOtherProcesses) {
     EXPECT_EQ(open().watch([] {}), nullptr);
 }
 
-TEST_F(FileDefaultsTest, DamagedFilesAreKeptUnderAnotherName) {
-    const std::string damages[] = {"garbage", "",
-                                   writeXmlPropertyList(PropertyListArray{"no", "dictionary"})};
-    for (const auto& damage : damages) {
-        put(damage);
-        auto defaults = open();
-        EXPECT_EQ(defaults.value("a"), std::nullopt);
-        EXPECT_TRUE(defaults.setValue("a", 1));
-        EXPECT_THAT(open().value("a"), Optional(PropertyListValue(1)));
+TEST_F(FileDefaultsTest, WhatCannotBeReadIsSaidAndLeftAlone) {
+    const auto putList = [&] { put(writeXmlPropertyList(PropertyListDictionary{{"a", 1}})); };
+    const struct {
+        const char* problem;
+        std::function<void()> make;
+    } cases[] = {
+        {"damaged %@", [&] { put("garbage"); }},
+        {"damaged %@", [&] { put(""); }},
+        {"damaged %@",
+         [&] {
+             put(writeXmlPropertyList(PropertyListArray{"no", "dictionary"}));
+         }},
+        {"tooLarge %@", [&] { put(std::string(5u << 20, ' ')); }},
+        {"unreadable %@", [&] { fs::create_directory(file_); }},
+        {"unreadable %@", [&] { ASSERT_EQ(::mkfifo(file_.c_str(), 0600), 0); }},
+        {"link %@", [&] { fs::create_symlink("nowhere", file_); }},
+        {"mode %@", [&] { putList(), fs::permissions(file_, fs::perms::none); }},
+        {"folder %@", [&] { putList(), fs::permissions(file_.parent_path(), fs::perms::none); }},
+    };
+    for (const auto& [problem, make] : cases) {
+        SCOPED_TRACE(problem);
+        fs::create_directories(file_.parent_path());
+        make();
+        test::giveToUnprivileged(folder_.path());
+        test::asUnprivileged([&] {
+            auto defaults = open();
+            EXPECT_EQ(defaults.value("a"), std::nullopt);
+            EXPECT_EQ(defaults.problem().value_or(Message{}).key, std::string("settings.problem.") + problem);
+            EXPECT_FALSE(defaults.setValue("a", 2));
+            fs::permissions(file_.parent_path(), fs::perms::owner_all);
+            fs::remove(file_);
+            EXPECT_EQ(defaults.problem(), std::nullopt) << "mended";
+            EXPECT_TRUE(defaults.setValue("a", 2));
+        });
+        fs::remove_all(file_.parent_path());
     }
-    const auto beside = [&](const char* ending) { return test::contentOf(file_.string() + ending); };
-    EXPECT_EQ(beside(".damaged"), damages[0]);
-    EXPECT_EQ(beside(".damaged-2"), damages[1]);
-    EXPECT_EQ(beside(".damaged-3"), damages[2]);
-    EXPECT_TRUE(log_.contains("settings.plist.damaged-3"));
+    put("garbage");
+    EXPECT_FALSE(open().setValue("a", 1));
+    EXPECT_EQ(test::contentOf(file_), "garbage");
 }
 
-TEST_F(FileDefaultsTest, WhatCannotBeReadIsNotReplaced) {
-    fs::create_directories(file_); // a folder in the place of the file
-    auto defaults = open();
-    EXPECT_EQ(defaults.value("a"), std::nullopt);
-    EXPECT_FALSE(defaults.setValue("a", 1));
-    EXPECT_TRUE(fs::is_directory(file_));
-    fs::remove(file_);
-    ASSERT_EQ(::mkfifo(file_.c_str(), 0600), 0);
-    EXPECT_FALSE(defaults.setValue("a", 1)) << "and a pipe does not hold us up";
+TEST_F(FileDefaultsTest, AProcessThatHangsHoldsUpNoReader) {
+    put(writeXmlPropertyList(PropertyListDictionary{{"a", 1}}));
+    const auto held = SharedFile(file_).lock();
+    ASSERT_TRUE(held.isHeld());
+    FileDefaults defaults(file_, log_, nullptr, std::chrono::milliseconds(1));
+    EXPECT_THAT(defaults.value("a"), Optional(PropertyListValue(1)));
+    EXPECT_FALSE(defaults.setValue("a", 2));
+    EXPECT_TRUE(log_.contains("locked by another program"));
+    EXPECT_THAT(open().value("a"), Optional(PropertyListValue(1)));
+}
+
+TEST_F(FileDefaultsTest, WhatRootMakesBelongsToTheOwnerOfItsFolder) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can give a folder to another user";
+    constexpr uid_t user = 501, group = 20;
+    const auto expectHers = [&](const fs::path& path) {
+        struct stat item {};
+        ASSERT_EQ(::lstat(path.c_str(), &item), 0) << path;
+        EXPECT_EQ(item.st_uid, user) << path;
+        EXPECT_EQ(item.st_gid, group) << path;
+    };
+    ASSERT_EQ(::chown(folder_.path().c_str(), user, group), 0);
+    EXPECT_TRUE(open().setValue("a", 1));
+    for (const auto& made :
+         {file_.parent_path().parent_path(), file_.parent_path(), file_, fs::path(file_.string() + ".lock")})
+        expectHers(made);
+
+    // Somebody's link does not make root read or write what is not theirs.
+    const auto roots = folder_.path() / "roots.plist", link = folder_.path() / "link.plist";
+    test::writeFile(roots, writeXmlPropertyList(PropertyListDictionary{{"a", 1}}));
+    fs::create_symlink(roots, link);
+    ASSERT_EQ(::lchown(link.c_str(), user, group), 0);
+    FileDefaults linked(link, log_);
+    EXPECT_EQ(linked.value("a"), std::nullopt);
+    EXPECT_FALSE(linked.setValue("a", 2));
 }
 
 TEST_F(FileDefaultsTest, ALinkedFileIsReplacedWhereItLies) {

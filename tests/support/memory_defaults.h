@@ -13,6 +13,7 @@ class MemoryDefaults : public Defaults {
         const auto found = values.find(key);
         return found == values.end() ? std::nullopt : std::optional(found->second);
     }
+    std::optional<Message> problem() const override { return fault; }
     bool setValue(const std::string& key, const std::optional<PropertyListValue>& value) override {
         if (isReadOnly) return false;
         ++writes;
@@ -24,6 +25,7 @@ class MemoryDefaults : public Defaults {
     }
 
     std::map<std::string, PropertyListValue> values;
+    std::optional<Message> fault;
     bool isReadOnly = false;
     int writes = 0;
 };

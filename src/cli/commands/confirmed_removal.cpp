@@ -132,6 +132,7 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     const auto planned = preview(context, mac, model);
     const bool isDryRun = context.arguments.has("--dry-run");
     if (isDryRun) show(planned, model.leftInPlace(), context);
+    if (const auto problem = session.settingsProblem()) return context.refuse(*problem);
     if (const auto reason = obstacle(mac, planned)) return context.refuse(*reason);
     if (isDryRun) return ExitStatus::done;
     if (!confirmed(context, mac, model)) return ExitStatus::refused;

@@ -52,6 +52,8 @@ void report(const QuarantinePurge::Outcome& outcome, const CommandContext& conte
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
+    // Whoever does not know the settings does not know how long the user wants to keep what he would delete.
+    if (const auto problem = mac.system.defaults.problem()) return context.refuse(*problem);
     TerminalHistory history(mac);
     const bool asks = !context.arguments.yes && !context.arguments.json && context.console.canAsk();
     using enum TerminalHistory::Sizes;

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "base/message.h"
+#include "base/property_list.h"
+#include "settings/shared_file.h"
+
+#include <tl/expected.hpp>
+
+namespace tidwen {
+
+/// More than any user's settings take, in bytes, values and depth.
+inline constexpr PropertyListLimits settingsLimits{.bytes = 4u << 20, .nodes = 200'000, .depth = 32};
+
+/// The settings that a file holds, none when it is missing. Otherwise why it cannot be known what is set, and
+/// what helps.
+tl::expected<PropertyListDictionary, Message> readSettings(const SharedFile& file);
+
+/// Bytes from which the same values are read again: XML, which people can read and mend, unless the values
+/// hold what XML cannot (control characters, say). Nothing when no form keeps them.
+std::optional<std::string> settingsBytes(const PropertyListDictionary& values);
+
+} // namespace tidwen
