@@ -2,7 +2,7 @@
 
 #include "base/text.h"
 
-#include <fmt/core.h>
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <vector>
@@ -16,8 +16,17 @@ namespace {
 constexpr std::size_t maxDepth = 64;
 
 void writeString(std::string& out, std::string_view text) {
+    const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
     out += '"';
-    for (const char c : validUtf8(text)) {
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const char c = text[at];
+        if (!isAscii(c)) {
+            const auto* end = std::find_if(text.begin() + at, text.end(), isAscii);
+            const auto length = static_cast<std::size_t>(end - text.begin()) - at;
+            out += printable(text.substr(at, length), EscapeForm::json);
+            at += length - 1;
+            continue;
+        }
         switch (c) {
         case '"':
             out += "\\\"";
@@ -44,10 +53,10 @@ void writeString(std::string& out, std::string_view text) {
             out += "\\t";
             break;
         default:
-            if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
-                out += fmt::format("\\u{:04x}", static_cast<int>(c));
-            else
+            if (isPrintable(static_cast<char32_t>(c)))
                 out += c;
+            else
+                out += printable(std::string_view(&c, 1), EscapeForm::json);
         }
     }
     out += '"';
@@ -126,6 +135,50 @@ std::string writeJson(const json& value) {
     writeValue(out, value, 0);
     out += '\n';
     return out;
+}
+
+void JsonStream::beginLine() {
+    if (open_.empty() || isAfterKey_) {
+        isAfterKey_ = false;
+        return;
+    }
+    text_ += open_.back().isEmpty ? "\n" : ",\n";
+    open_.back().isEmpty = false;
+    text_.append(2 * open_.size(), ' ');
+}
+
+void JsonStream::begin(char open, char close) {
+    beginLine();
+    text_ += open;
+    open_.push_back({close});
+}
+
+void JsonStream::end() {
+    const auto closed = open_.back();
+    open_.pop_back();
+    if (!closed.isEmpty) text_.append("\n").append(2 * open_.size(), ' ');
+    text_ += closed.bracket;
+    if (open_.empty()) text_ += '\n';
+    flush(open_.empty() ? 0 : pieceBytes);
+}
+
+void JsonStream::key(std::string_view name) {
+    beginLine();
+    writeString(text_, name);
+    text_ += " : ";
+    isAfterKey_ = true;
+}
+
+void JsonStream::value(const json& value) {
+    beginLine();
+    writeValue(text_, value, 2 * open_.size());
+    flush(pieceBytes);
+}
+
+void JsonStream::flush(std::size_t mostKept) {
+    if (text_.size() <= mostKept) return;
+    sink_(text_);
+    text_.clear();
 }
 
 std::optional<json> parseJson(std::string_view text, std::size_t maxBytes) {

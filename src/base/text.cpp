@@ -63,7 +63,9 @@ bool changesDirectionOrLine(char32_t c) {
            || c == 0x061C || c == 0x2028 || c == 0x2029;
 }
 
-std::string escaped(char32_t c) {
+std::string escaped(char32_t c, EscapeForm form) {
+    // Everything that is not printable lies below U+10000: one unit is enough.
+    if (form == EscapeForm::json) return fmt::format("\\u{:04x}", static_cast<std::uint32_t>(c));
     switch (c) {
     case '\n':
         return "\\n";
@@ -180,14 +182,21 @@ std::string validUtf8(std::string_view text) {
     return result;
 }
 
-std::string printable(std::string_view text) {
+bool isPrintable(char32_t c) {
+    constexpr char32_t byteOrderMark = 0xFEFF;
+    return c >= 0x20 && (c < 0x7F || c >= 0xA0) && !changesDirectionOrLine(c) && c != byteOrderMark;
+}
+
+std::string printable(std::string_view text, EscapeForm form) {
+    if (std::all_of(text.begin(), text.end(), [](char c) { return c >= 0x20 && c < 0x7F; }))
+        return std::string(text);
     std::string result;
     result.reserve(text.size());
     forEachCodePoint(text, [&](char32_t c, std::string_view, bool) {
-        if (c < 0x20 || (c >= 0x7F && c < 0xA0) || changesDirectionOrLine(c))
-            result += escaped(c);
-        else
+        if (isPrintable(c))
             append(result, c);
+        else
+            result += escaped(c, form);
     });
     return result;
 }

@@ -31,9 +31,16 @@ bool isValidUtf8(std::string_view text);
 /// The text with every invalid sequence replaced by U+FFFD; always valid UTF-8.
 std::string validUtf8(std::string_view text);
 
-/// For a terminal or a log: control characters, and the marks that change the direction of text, are shown
-/// as visible escapes ("\n", "\u{202e}"), so that a hostile name cannot move the cursor or hide its end.
-std::string printable(std::string_view text);
+/// False for what a reader does not see but a terminal or a text view obeys: control characters (U+0080 to
+/// U+009F too), marks that change the direction of text, line and paragraph separators, the byte-order mark.
+bool isPrintable(char32_t c);
+
+/// How `printable` writes what is not: "\n" and "\u{202e}" for people, "\u202e" as JSON has it.
+enum class EscapeForm { visible, json };
+
+/// The text with everything escaped that is not printable, so that a hostile name cannot move the cursor or
+/// hide its end. Invalid sequences become U+FFFD.
+std::string printable(std::string_view text, EscapeForm form = EscapeForm::visible);
 
 /// The order of a list that a person reads: numbers by value, letters by the given locale ("en").
 /// Negative, zero or positive. Equal texts that differ in bytes are ordered by their bytes.

@@ -1,5 +1,6 @@
 #include "cli/arguments.h"
 
+#include "base/text.h"
 #include "cli/help.h"
 
 #include <CLI/CLI.hpp>
@@ -62,7 +63,7 @@ EarlyExit complaint(const std::string& text, const CommandSyntax* command) {
     const auto help = command
                           ? "\"tidwen " + std::string(command->name) + " --help\" tells about this command."
                           : std::string("\"tidwen --help\" lists commands and options.");
-    return {wrongUsage, "tidwen: " + who + text + "\n" + help + "\n"};
+    return {wrongUsage, "tidwen: " + who + printable(text) + "\n" + help + "\n"};
 }
 
 std::optional<EarlyExit> wrongOperandCount(const CommandSyntax& syntax,

@@ -94,6 +94,26 @@ bool FlowSession::sweep() {
     return awaitScan();
 }
 
+std::optional<OrphanScanResult> FlowSession::findOrphans() {
+    context_.console.progress(context_.text("cli.orphans.progress"));
+    StopSource stop;
+    OrphanScanResult result;
+    bool hasEnded = false;
+    {
+        const EndSignals signals(main_, [&] { stop.requestStop(); });
+        background_.post([&] {
+            result = sweepOrphans(protectedApps_.bundleIDs(), stop.token(), {});
+            main_.post([&] { hasEnded = true; });
+        });
+        main_.runUntil([&] { return hasEnded; });
+    }
+    main_.drain(); // a signal that came just when the sweep had ended
+    context_.console.endProgress();
+    if (!stop.token().stopRequested()) return result;
+    context_.console.complain(context_.text("cli.remove.cancelled"));
+    return std::nullopt;
+}
+
 void FlowSession::complainOfRefusals() {
     if (!model_.errorMessage()) return;
     someRefused_ = true;

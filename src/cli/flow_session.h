@@ -34,6 +34,9 @@ class FlowSession {
 
     /// Why the list of protected applications cannot be known, so that nothing will be removed.
     std::optional<Message> settingsProblem() const { return protectedApps_.problem(); }
+    /// The same for a list that nothing is chosen from: the model would hold several copies of it. Nothing
+    /// when Ctrl-C called it off.
+    std::optional<OrphanScanResult> findOrphans();
 
     /// Removes what is chosen. Who still runs and does not quit is left out, unless the user, where he can be
     /// asked, wants to go on. True when the model shows a report.

@@ -18,6 +18,8 @@ Value object(const ScanResult& result) {
     return {{"target", value(result.target)},
             {"traces", array(result.traces, toValue)},
             {"unreadableLocations", array(result.unreadableLocations, toValue)},
+            {"skippedNames", array(result.skippedNames, toValue)},
+            {"leftOut", result.leftOut},
             {"nameMatchingDisabled", result.nameMatchingDisabled},
             {"permissions", value(result.permissions)}};
 }

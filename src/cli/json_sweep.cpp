@@ -1,6 +1,5 @@
 #include "cli/json_sweep.h"
 
-#include "base/json.h"
 #include "cli/json_records.h"
 
 namespace tidwen::json {
@@ -19,14 +18,32 @@ Value object(const InstallerFile& file) {
 
 } // namespace
 
-std::string document(const OrphanScanResult& orphans) {
-    return writeJson({{"groups", array(orphans.groups,
-                                       [](const OrphanGroup& group) {
-                                           return Value{{"bundleID", group.bundleID},
-                                                        {"name", group.name},
-                                                        {"traces", array(group.traces, toValue)}};
-                                       })},
-                      {"unreadableLocations", array(orphans.unreadableLocations, toValue)}});
+void write(const OrphanScanResult& orphans, const JsonStream::Sink& sink) {
+    JsonStream out(sink);
+    out.beginObject();
+    out.key("groups");
+    out.beginArray();
+    for (const auto& group : orphans.groups) {
+        out.beginObject();
+        out.key("bundleID");
+        out.value(group.bundleID);
+        out.key("name");
+        out.value(group.name);
+        out.key("traces");
+        out.beginArray();
+        for (const auto& trace : group.traces)
+            out.value(value(trace));
+        out.end();
+        out.end();
+    }
+    out.end();
+    out.key("leftOut");
+    out.value(orphans.leftOut);
+    out.key("skippedNames");
+    out.value(array(orphans.skippedNames, toValue));
+    out.key("unreadableLocations");
+    out.value(array(orphans.unreadableLocations, toValue));
+    out.end();
 }
 
 std::string document(const InstallerScanResult& installers) {

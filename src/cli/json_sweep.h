@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/json.h"
 #include "sweep/installer_scanner.h"
 #include "sweep/orphan_scanner.h"
 
@@ -8,7 +9,8 @@
 /// Documents of what sweeps find; see json_output.h for their form.
 namespace tidwen::json {
 
-std::string document(const OrphanScanResult& orphans);
+/// Piece by piece: a sweep may find hundreds of thousands of traces.
+void write(const OrphanScanResult& orphans, const JsonStream::Sink& sink);
 std::string document(const InstallerScanResult& installers);
 
 } // namespace tidwen::json

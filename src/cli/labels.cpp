@@ -70,9 +70,12 @@ std::string names(const std::vector<AppRecord>& apps) {
     return result;
 }
 
+std::string countAndSize(std::size_t count, std::int64_t bytes, const Texts& texts) {
+    return texts.text("review.header.summary %lld %@", {std::to_string(count), size(bytes, texts)});
+}
+
 std::string countAndSize(const std::vector<Trace>& traces, const Texts& texts) {
-    return texts.text("review.header.summary %lld %@",
-                      {std::to_string(traces.size()), size(totalBytes(traces), texts)});
+    return countAndSize(traces.size(), totalBytes(traces), texts);
 }
 
 std::int64_t totalBytes(const std::vector<Trace>& traces) {

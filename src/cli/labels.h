@@ -29,6 +29,7 @@ std::string subject(const RemovalOperation& step);
 std::string names(const std::vector<AppRecord>& apps);
 
 /// "12 items, 3.4 MB".
+std::string countAndSize(std::size_t count, std::int64_t bytes, const Texts& texts);
 std::string countAndSize(const std::vector<Trace>& traces, const Texts& texts);
 /// The sum of the known sizes.
 std::int64_t totalBytes(const std::vector<Trace>& traces);

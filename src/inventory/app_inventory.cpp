@@ -4,6 +4,8 @@
 #include "base/text.h"
 #include "inventory/installed_applications.h"
 #include "inventory/usage_probe.h"
+#include "platform/budgeted_files.h"
+#include "platform/budgeted_sources.h"
 #include "scan/app_target.h"
 #include "scan/launch_item.h"
 
@@ -49,16 +51,17 @@ class InOrder {
 } // namespace
 
 /// Label and program of every job outside the bundles.
-std::vector<std::pair<std::string, std::string>> AppInventory::launchJobs(const StopToken& stop) const {
+std::vector<std::pair<std::string, std::string>> AppInventory::launchJobs(const FileSystem& files,
+                                                                          const StopToken& stop) const {
     std::vector<std::pair<std::string, std::string>> jobs;
     for (const auto& folder : {user_.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
                                Path("/Library/LaunchDaemons")})
-        for (const auto& item : listLaunchItems(ports_.files, folder, false, stop))
+        for (const auto& item : listLaunchItems(files, folder, false, stop))
             jobs.emplace_back(lowercased(item.label), item.programPath.value_or(""));
     return jobs;
 }
 
-InstalledApp AppInventory::complete(InstalledApp app,
+InstalledApp AppInventory::complete(const FileSystem& files, InstalledApp app,
                                     const std::vector<std::pair<std::string, std::string>>& jobs) const {
     const auto bundleID = lowercased(app.bundleID);
     const auto belongs = [&](const auto& job) {
@@ -69,23 +72,26 @@ InstalledApp AppInventory::complete(InstalledApp app,
     const auto library = app.url / "Contents/Library";
     app.hasResidentHelper =
         std::any_of(jobs.begin(), jobs.end(), belongs)
-        || !listLaunchItems(ports_.files, library / "LaunchAgents", false).empty()
-        || !listLaunchItems(ports_.files, library / "LaunchDaemons", true).empty()
-        || !ports_.files.list(library / "LoginItems").value_or(std::vector<DirectoryEntry>()).empty();
-    app.usage = probeUsage(ports_.files, ports_.running, user_, app);
+        || !listLaunchItems(files, library / "LaunchAgents", false).empty()
+        || !listLaunchItems(files, library / "LaunchDaemons", true).empty()
+        || !files.list(library / "LoginItems").value_or(std::vector<DirectoryEntry>()).empty();
+    app.usage = probeUsage(files, ports_.running, user_, app);
     return app;
 }
 
 std::vector<InstalledApp> AppInventory::build(const StopToken& stop, const OnApp& onApp) {
+    const BudgetedFiles files(ports_.files);
+    const BudgetedSignatures signatures(ports_.signatures, files.budget());
     const auto bundles = findApplicationBundles(ports_.files, user_);
-    const auto jobs = launchJobs(stop);
+    const auto jobs = launchJobs(files, stop);
     InOrder results(bundles.size(), onApp);
     parallelFor(bundles.size(), [&](std::size_t index) {
         if (stop.stopRequested()) return results.put(index, std::nullopt);
-        auto app = makeInstalledApp(ports_.files, ports_.signatures, bundles[index]);
-        results.put(index, app ? std::optional(complete(std::move(*app), jobs)) : std::nullopt);
+        auto app = makeInstalledApp(files, signatures, bundles[index]);
+        results.put(index, app ? std::optional(complete(files, std::move(*app), jobs)) : std::nullopt);
     });
     auto apps = results.take();
+    leftOut_ = files.budget().leftOut();
     {
         const std::lock_guard lock(mutex_);
         for (auto& app : apps)

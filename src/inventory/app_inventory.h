@@ -39,6 +39,9 @@ class AppInventory {
     /// early, with what it has, when `stop` asks for it.
     std::vector<InstalledApp> build(const StopToken& stop = {}, const OnApp& onApp = {});
 
+    /// Files and folders that the last `build` did not read, because the disk holds too much to read.
+    std::uint64_t leftOut() const { return leftOut_; }
+
     /// Measures the bundles whose size is not known or whose content changed. `onSize` comes from any thread,
     /// one call at a time.
     void measure(std::vector<InstalledApp>& apps, const StopToken& stop = {}, const OnSize& onSize = {});
@@ -49,15 +52,17 @@ class AppInventory {
         std::int64_t bytes = 0;
     };
 
-    InstalledApp complete(InstalledApp app,
+    InstalledApp complete(const FileSystem& files, InstalledApp app,
                           const std::vector<std::pair<std::string, std::string>>& jobs) const;
-    std::vector<std::pair<std::string, std::string>> launchJobs(const StopToken& stop) const;
+    std::vector<std::pair<std::string, std::string>> launchJobs(const FileSystem& files,
+                                                                const StopToken& stop) const;
     std::int64_t changeDate(const Path& bundle) const;
 
     Ports ports_;
     UserEnvironment user_;
     std::mutex mutex_; ///< guards `sizes_`
     std::map<Path, Measured> sizes_;
+    std::uint64_t leftOut_ = 0;
 };
 
 } // namespace tidwen

@@ -2,6 +2,8 @@
 
 #include "base/parallel.h"
 #include "base/text.h"
+#include "platform/budgeted_files.h"
+#include "platform/budgeted_sources.h"
 #include "scan/bundle.h"
 #include "scan/bundle_names.h"
 #include "scan/search_location.h"
@@ -107,9 +109,10 @@ std::vector<Path> findOwningBundles(const FileSystem& files, const UserEnvironme
 }
 
 std::vector<InstalledIdentity> readIdentities(const FileSystem& files, const std::vector<Path>& bundles) {
+    const BudgetedFiles budgeted(files);
     return readInParallel<InstalledIdentity>(
         bundles, [&](const Path& url) -> std::optional<InstalledIdentity> {
-            const auto bundle = Bundle::open(files, url);
+            const auto bundle = Bundle::open(budgeted, url);
             auto identifier = bundle ? bundle->identifier() : std::nullopt;
             if (!identifier) return std::nullopt;
             return InstalledIdentity{.url = url, .bundleID = std::move(*identifier), .name = bundle->name()};
@@ -118,8 +121,10 @@ std::vector<InstalledIdentity> readIdentities(const FileSystem& files, const std
 
 std::vector<InstalledApp> listInstalledApps(const FileSystem& files, const CodeSignatures& signatures,
                                             const std::vector<Path>& bundles) {
+    const BudgetedFiles budgeted(files);
+    const BudgetedSignatures budgetedSignatures(signatures, budgeted.budget());
     auto apps = readInParallel<InstalledApp>(
-        bundles, [&](const Path& url) { return makeInstalledApp(files, signatures, url); });
+        bundles, [&](const Path& url) { return makeInstalledApp(budgeted, budgetedSignatures, url); });
     std::stable_sort(apps.begin(), apps.end(),
                      [](const auto& a, const auto& b) { return compareForDisplay(a.name, b.name) < 0; });
     return apps;
@@ -132,11 +137,13 @@ std::map<std::string, std::string> groupsOfOthers(const FileSystem& files, const
         return other.isWithinIgnoringCase(own) && own.isWithinIgnoringCase(other);
     };
     using Groups = std::pair<std::string, std::vector<std::string>>; // of one identifier
+    const BudgetedFiles budgeted(files);
+    const BudgetedSignatures budgetedSignatures(signatures, budgeted.budget());
     const auto groupsOfEach = readInParallel<Groups>(bundles, [&](const Path& url) -> std::optional<Groups> {
-        const auto bundle = isTarget(url) ? std::nullopt : Bundle::open(files, url);
+        const auto bundle = isTarget(url) ? std::nullopt : Bundle::open(budgeted, url);
         if (!bundle) return std::nullopt;
         return Groups(bundle->identifier().value_or(url.lastComponent()),
-                      signatures.read(url, bundle->executable()).applicationGroups);
+                      budgetedSignatures.read(url, bundle->executable()).applicationGroups);
     });
     std::map<std::string, std::string> groups;
     for (const auto& [identifier, declared] : groupsOfEach)

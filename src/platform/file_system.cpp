@@ -28,6 +28,8 @@ std::string_view failureKey(FileFault fault) {
         return "failure.file.busy";
     case FileFault::notSupported:
         return "failure.file.notSupported";
+    case FileFault::exhausted:
+        return "failure.file.exhausted";
     case FileFault::io:
         break;
     }

@@ -52,6 +52,7 @@ enum class FileFault {
     noSpace,
     nameTooLong,
     busy,         ///< another process holds it or is changing it
+    exhausted,    ///< not looked at: the budget of the run is spent
     notSupported, ///< the file system or disk cannot do it
     io,           ///< anything else
 };
@@ -85,6 +86,8 @@ class FolderLock {
   public:
     virtual ~FolderLock() = default;
 };
+
+class BudgetedFiles;
 
 /// A Mac's files. All paths are absolute Mac paths; on a mounted volume they are resolved inside its root and
 /// nothing outside it can be named, whatever links the volume holds.
@@ -122,6 +125,8 @@ class FileSystem {
     /// May this process take the item out of its folder? Judged by permissions, owners and flags, so a move
     /// can still fail; never true for what is not there.
     virtual bool isMovable(const Path& path) const = 0;
+    /// The run whose budget reading spends; null where nobody set one.
+    virtual const BudgetedFiles* budgeted() const { return nullptr; }
 
     // Changing
 

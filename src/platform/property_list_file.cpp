@@ -1,14 +1,16 @@
 #include "platform/property_list_file.h"
 
+#include "platform/budgeted_files.h"
+
 namespace tidwen {
 
-std::optional<PropertyListValue> readPropertyList(const FileSystem& files, const Path& file,
-                                                  const PropertyListLimits& limits) {
+std::shared_ptr<const PropertyListValue> readPropertyList(const FileSystem& files, const Path& file,
+                                                          const PropertyListLimits& limits) {
+    if (const auto* run = files.budgeted()) return run->propertyList(file, limits);
     const auto bytes = files.read(file, limits.bytes);
-    if (!bytes) return std::nullopt;
+    if (!bytes) return nullptr;
     auto value = parsePropertyList(*bytes, limits);
-    if (!value) return std::nullopt;
-    return std::move(*value);
+    return value ? std::make_shared<const PropertyListValue>(std::move(*value)) : nullptr;
 }
 
 } // namespace tidwen

@@ -3,12 +3,13 @@
 #include "base/property_list.h"
 #include "platform/file_system.h"
 
-#include <optional>
+#include <memory>
 
 namespace tidwen {
 
-/// Reads and parses one property list. Nothing when it cannot be read or parsed, or exceeds `limits`.
-std::optional<PropertyListValue> readPropertyList(const FileSystem& files, const Path& file,
-                                                  const PropertyListLimits& limits = {});
+/// Reads and parses one property list. Null when it cannot be read or parsed, exceeds `limits`, or the budget
+/// of the run is spent.
+std::shared_ptr<const PropertyListValue> readPropertyList(const FileSystem& files, const Path& file,
+                                                          const PropertyListLimits& limits = {});
 
 } // namespace tidwen

@@ -1,5 +1,6 @@
 #include "quarantine/history.h"
 
+#include "platform/budgeted_files.h"
 #include "quarantine/quarantine_layout.h"
 #include "scan/residue_scanner.h"
 
@@ -24,10 +25,11 @@ std::optional<RemovalHistoryEntry> readHistoryEntry(const Path& root, const File
 }
 
 std::vector<RemovalHistoryEntry> loadHistory(const UserEnvironment& user, const FileSystem& files,
-                                             bool includeSizes) {
+                                             bool includeSizes, const ReadBudget& budget) {
+    const BudgetedFiles budgeted(files, budget);
     std::vector<RemovalHistoryEntry> entries;
     for (const auto& root : listQuarantineFolders(user, files).value_or(std::vector<Path>{}))
-        if (auto entry = readHistoryEntry(root, files)) entries.push_back(std::move(*entry));
+        if (auto entry = readHistoryEntry(root, budgeted)) entries.push_back(std::move(*entry));
     if (includeSizes)
         for (auto& entry : entries)
             if (const auto size = files.treeSize(entry.root, historySizeEntryLimit))

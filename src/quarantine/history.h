@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/read_budget.h"
 #include "platform/user_environment.h"
 #include "quarantine/manifest.h"
 
@@ -24,8 +25,9 @@ struct RemovalHistoryEntry {
 std::optional<RemovalHistoryEntry> readHistoryEntry(const Path& root, const FileSystem& files);
 
 /// Newest first, runs of one second by name: people refer to them by their number in this list. A folder
-/// without a readable manifest does not appear.
+/// without a readable manifest does not appear, nor do runs for which `budget` does not suffice: it counts
+/// them as left out.
 std::vector<RemovalHistoryEntry> loadHistory(const UserEnvironment& user, const FileSystem& files,
-                                             bool includeSizes);
+                                             bool includeSizes, const ReadBudget& budget = {});
 
 } // namespace tidwen

@@ -20,10 +20,13 @@ void HistoryModel::load(Sizes sizes, std::function<void()> done) {
     isLoading.set(true);
     ports_.background.post([this, ports = ports_, user = user_, sizes, number = ++loadsStarted_,
                             alive = std::weak_ptr(alive_), done = std::move(done)]() mutable {
-        auto loaded = loadHistory(user, ports.files, sizes == Sizes::measured);
-        ports.main.post([this, alive, number, loaded = std::move(loaded), done = std::move(done)]() mutable {
+        const ReadBudget budget;
+        auto loaded = loadHistory(user, ports.files, sizes == Sizes::measured, budget);
+        ports.main.post([this, alive, number, missing = budget.leftOut(), loaded = std::move(loaded),
+                         done = std::move(done)]() mutable {
             if (alive.expired()) return;
             if (number == loadsStarted_) {
+                leftOut.set(missing);
                 entries.set(std::move(loaded));
                 isLoading.set(false);
             }

@@ -42,6 +42,7 @@ class HistoryModel {
     HistoryModel(Ports ports, UserEnvironment user);
 
     Property<std::vector<RemovalHistoryEntry>> entries; ///< newest first
+    Property<std::uint64_t> leftOut{0}; ///< runs that were not read, because there is too much to read
     Property<bool> isLoading{false};
     Property<std::optional<std::string>> busyEntryID; ///< see `id`; the Trash while several are deleted
     Property<std::optional<UndoReport>> lastUndo;

@@ -1,5 +1,6 @@
 #include "quarantine/manifest.h"
 
+#include "platform/budgeted_files.h"
 #include "quarantine/quarantine_layout.h"
 
 #include <algorithm>
@@ -114,7 +115,10 @@ FileResult<void> writeJournal(const RemovalJournal& journal, const Path& file, F
 }
 
 tl::expected<Manifest, DocumentError> readManifest(const Path& root, const FileSystem& files) {
-    return inItsFolder(readDocument(root / manifestFileName, files).and_then(decodeManifest), root);
+    const auto text = readDocument(root / manifestFileName, files);
+    if (!text) return tl::unexpected(text.error());
+    const ReadBudget::Work work(BudgetedFiles::budgetOf(files));
+    return inItsFolder(decodeManifest(*text), root);
 }
 
 tl::expected<RemovalJournal, DocumentError> readJournal(const Path& root, const FileSystem& files) {

@@ -1,5 +1,6 @@
 #include "scan/container_identity.h"
 
+#include "platform/budgeted_files.h"
 #include "platform/property_list_file.h"
 
 namespace tidwen {
@@ -28,6 +29,12 @@ std::optional<std::string> containerIdentity(const FileSystem& files, const Path
     if (!parameters) return std::nullopt;
     if (auto identifier = nonEmpty(*parameters, "application_container_id")) return identifier;
     return nonEmpty(*parameters, "application_bundle_id");
+}
+
+std::optional<std::string> containerOwner(const FileSystem& files, const Path& container) {
+    if (auto identity = containerIdentity(files, container)) return identity;
+    const auto* budget = BudgetedFiles::budgetOf(files);
+    return budget && budget->isExhausted() ? std::nullopt : std::optional(container.lastComponent());
 }
 
 } // namespace tidwen

@@ -12,4 +12,8 @@ namespace tidwen {
 /// Nothing when neither can be read.
 std::optional<std::string> containerIdentity(const FileSystem& files, const Path& container);
 
+/// Its identity, else the folder's name. Nothing when the budget of the run does not suffice to look: then
+/// nobody knows whose it is.
+std::optional<std::string> containerOwner(const FileSystem& files, const Path& container);
+
 } // namespace tidwen

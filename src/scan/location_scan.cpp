@@ -89,8 +89,7 @@ void LocationScan::judgeContainers(const Folder& folder) {
         const auto& entry = folder.entries[i];
         identities[i] = entry.name;
         if (entry.kind != FileKind::directory || context_.stop.stopRequested()) return;
-        if (auto kept = containerIdentity(context_.files, folder.path / entry.name))
-            identities[i] = std::move(*kept);
+        identities[i] = containerOwner(context_.files, folder.path / entry.name).value_or("");
     });
     for (std::size_t i = 0; i < identities.size(); ++i) {
         const auto& name = folder.entries[i].name;

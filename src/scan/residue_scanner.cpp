@@ -1,6 +1,8 @@
 #include "scan/residue_scanner.h"
 
 #include "base/text.h"
+#include "platform/budgeted_files.h"
+#include "platform/budgeted_sources.h"
 #include "scan/bundle.h"
 #include "scan/location_scan.h"
 #include "scan/receipt_probe.h"
@@ -106,20 +108,22 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
 
     ScanResult result;
     result.target = target;
+    const BudgetedFiles files(ports_.files);
+    const BudgetedReceipts receipts(ports_.receipts, files.budget());
 
     // First of all, so that the bundle is measured while everything else is searched.
     const PathPolicy policy(user_);
-    TraceCollector traces(ports_.files, policy, stop, ports_.log);
+    TraceCollector traces(files, policy, stop, ports_.log);
     if (!isValidUtf8(target.bundleURL.string()))
-        ports_.log.warning("Left out, its name is not valid UTF-8: {}", printable(target.bundleURL.string()));
+        traces.skip(target.bundleURL);
     else if (!isInTrash(target.bundleURL.standardized(), user_.trash().standardized()))
-        traces.add(applicationTrace(ports_.files, user_, target));
+        traces.add(applicationTrace(files, user_, target));
 
-    const auto installed = withoutTarget(ports_.files, neighbours_.installed, target);
+    const auto installed = withoutTarget(files, neighbours_.installed, target);
     const ResidueMatcher matcher(target, OtherApplications(installed, target.bundleURL, target.bundleID),
-                                 helperBundleIDs(ports_.files, target, stop),
-                                 sharedGroups(neighbours_, ports_.files, user_, target, stop));
-    const ScanContext context = {ports_.files, user_, policy, matcher, stop, ports_.log};
+                                 helperBundleIDs(files, target, stop),
+                                 sharedGroups(neighbours_, files, user_, target, stop));
+    const ScanContext context = {files, user_, policy, matcher, stop, ports_.log};
     traces.add(permissionTrace(matcher));
     for (const auto& location : searchLocations(user_)) {
         if (stop.stopRequested()) break;
@@ -129,7 +133,7 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     }
     addEmbeddedJobs(matcher, traces);
     report(TraceCategory::receipts);
-    probeReceipts(context, ports_.receipts, installed, traces);
+    probeReceipts(context, receipts, installed, traces);
     report(TraceCategory::keychain);
     if (!stop.stopRequested()) probeKeychain(context, ports_.keychain, ports_.texts, traces);
     report(TraceCategory::systemExtensions);
@@ -138,6 +142,10 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     result.nameMatchingDisabled = matcher.nameMatchingDisabled();
     if (!stop.stopRequested())
         result.permissions = PermissionAudit(ports_.files, user_, ports_.texts).audit(target);
+    result.skippedNames = traces.skippedNames();
+    result.leftOut = files.budget().leftOut();
+    if (result.leftOut > 0)
+        ports_.log.warning("Too much to read: {} files and folders are left out", result.leftOut);
     result.traces = traces.take();
     return result;
 }

@@ -4,6 +4,7 @@
 #include "scan/permission_audit.h"
 #include "scan/trace.h"
 
+#include <cstdint>
 #include <vector>
 
 namespace tidwen {
@@ -13,8 +14,10 @@ struct ScanResult {
     AppTarget target;
     std::vector<Trace> traces;             ///< in the order of the search
     std::vector<Path> unreadableLocations; ///< folders that could not be listed: the scan is incomplete
-    bool nameMatchingDisabled = false;     ///< the name is too common or short to find anything by
-    PermissionAudit::Result permissions;   ///< read again after a removal
+    std::vector<Path> skippedNames;        ///< finds that cannot be moved: their names are not valid UTF-8
+    std::uint64_t leftOut = 0; ///< files and folders not read, because the disk holds too much to read
+    bool nameMatchingDisabled = false;   ///< the name is too common or short to find anything by
+    PermissionAudit::Result permissions; ///< read again after a removal
 };
 
 } // namespace tidwen

@@ -16,13 +16,18 @@ void TraceCollector::add(Trace trace) {
 bool TraceCollector::addFound(Trace trace, const Path& realParent) {
     const Path& path = *movedPath(trace.action);
     if (!isValidUtf8(path.string())) {
-        log_.warning("Left out, its name is not valid UTF-8: {}", printable(path.string()));
+        if (!policy_.check(path)) skip(path);
         return false;
     }
     if (isCovered(path) || policy_.check(path)) return false;
     if (realParent != path.parent() && policy_.check(realParent / path.lastComponent())) return false;
     add(std::move(trace));
     return true;
+}
+
+void TraceCollector::skip(const Path& path) {
+    log_.warning("Left out, its name is not valid UTF-8: {}", printable(path.string()));
+    skippedNames_.push_back(path);
 }
 
 std::vector<Trace> TraceCollector::take() {

@@ -26,6 +26,10 @@ class TraceCollector {
     /// folder was; one whose name no manifest can hold.
     bool addFound(Trace trace, const Path& realParent);
 
+    /// Notes a find whose name is not valid UTF-8: no manifest could hold it.
+    void skip(const Path& path);
+    const std::vector<Path>& skippedNames() const { return skippedNames_; }
+
     const std::vector<Trace>& traces() const { return traces_; }
 
     /// The traces with their sizes; once, at the end.
@@ -38,6 +42,7 @@ class TraceCollector {
     Log& log_;
     SizeMeasurer sizes_;
     std::vector<Trace> traces_;
+    std::vector<Path> skippedNames_;
     std::vector<std::size_t> measured_;        ///< which of the traces
     std::set<std::string, std::less<>> paths_; ///< theirs
 };

@@ -21,8 +21,9 @@ std::string applicationInPath(const std::string& program) {
 
 class LocationReader {
   public:
-    LocationReader(const FileSystem& files, const SearchLocation& location, const StopToken& stop)
-        : files_(files), location_(location), stop_(stop) {}
+    LocationReader(const FileSystem& files, const SearchLocation& location, std::vector<Path>& skippedNames,
+                   const StopToken& stop)
+        : files_(files), location_(location), skippedNames_(skippedNames), stop_(stop) {}
 
     std::optional<std::vector<OrphanCandidate>> read() {
         const auto entries = files_.list(location_.url);
@@ -34,7 +35,10 @@ class LocationReader {
         }
         for (const auto& entry : *entries) {
             if (stop_.stopRequested()) break;
-            if (isValidUtf8(entry.name)) judge(entry);
+            if (isValidUtf8(entry.name))
+                judge(entry);
+            else
+                skippedNames_.push_back(location_.url / entry.name);
         }
         return std::move(found_);
     }
@@ -76,7 +80,7 @@ class LocationReader {
 
     void judgeContainer(const DirectoryEntry& entry, const Path& path) {
         if (entry.kind != FileKind::directory || isApplesIdentifier(lowercased(entry.name))) return;
-        add(identifierInName(containerIdentity(files_, path).value_or(entry.name)), path);
+        if (const auto owner = containerOwner(files_, path)) add(identifierInName(*owner), path);
     }
 
     void judgeReport(const DirectoryEntry& entry, const Path& path) {
@@ -100,15 +104,18 @@ class LocationReader {
 
     const FileSystem& files_;
     const SearchLocation& location_;
+    std::vector<Path>& skippedNames_;
     const StopToken& stop_;
     std::vector<OrphanCandidate> found_;
 };
 
 } // namespace
 
-std::optional<std::vector<OrphanCandidate>>
-listOrphanCandidates(const FileSystem& files, const SearchLocation& location, const StopToken& stop) {
-    return LocationReader(files, location, stop).read();
+std::optional<std::vector<OrphanCandidate>> listOrphanCandidates(const FileSystem& files,
+                                                                 const SearchLocation& location,
+                                                                 std::vector<Path>& skippedNames,
+                                                                 const StopToken& stop) {
+    return LocationReader(files, location, skippedNames, stop).read();
 }
 
 } // namespace tidwen

@@ -20,9 +20,11 @@ struct OrphanCandidate {
     bool requiresRoot = false;
 };
 
-/// Reads one location. Nothing when it is there and cannot be listed. Ends early, with what it has, when
-/// `stop` asks for it.
-std::optional<std::vector<OrphanCandidate>>
-listOrphanCandidates(const FileSystem& files, const SearchLocation& location, const StopToken& stop = {});
+/// Reads one location. Nothing when it is there and cannot be listed. What has a name that is not valid UTF-8
+/// is not judged and goes to `skippedNames`. Ends early, with what it has, when `stop` asks for it.
+std::optional<std::vector<OrphanCandidate>> listOrphanCandidates(const FileSystem& files,
+                                                                 const SearchLocation& location,
+                                                                 std::vector<Path>& skippedNames,
+                                                                 const StopToken& stop = {});
 
 } // namespace tidwen

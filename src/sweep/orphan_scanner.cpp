@@ -3,6 +3,8 @@
 #include "base/parallel.h"
 #include "base/text.h"
 #include "inventory/installed_applications.h"
+#include "platform/budgeted_files.h"
+#include "platform/budgeted_sources.h"
 #include "scan/path_policy.h"
 #include "scan/residue_scanner.h"
 #include "sweep/known_owners.h"
@@ -112,18 +114,33 @@ bool OrphanScanner::canSeeApplications(const std::vector<Path>& bundles) const {
 
 /// Applications that were installed while the scan went on, or stood at another place or were being updated
 /// when the owners were read.
-KnownOwners OrphanScanner::ownersSince(const KnownOwners& owners, const StopToken& stop) const {
+KnownOwners OrphanScanner::ownersSince(const BudgetedFiles& files, const KnownOwners& owners,
+                                       const StopToken& stop) const {
     auto bundles = findApplicationBundles(ports_.files, user_);
     std::erase_if(bundles, [&](const Path& bundle) { return owners.knows(bundle); });
-    return KnownOwners::read(ports_.files, ports_.signatures, user_, bundles, stop);
+    return readOwners(files, bundles, stop);
+}
+
+KnownOwners OrphanScanner::readOwners(const BudgetedFiles& files, const std::vector<Path>& bundles,
+                                      const StopToken& stop) const {
+    const BudgetedSignatures signatures(ports_.signatures, files.budget());
+    return KnownOwners::read(files, signatures, user_, bundles, stop);
 }
 
 OrphanScanResult OrphanScanner::scan(const std::vector<Path>& bundles,
                                      const std::set<std::string>& protectedIDs, const StopToken& stop,
                                      const OnFound& onFound) {
-    const auto owners = KnownOwners::read(ports_.files, ports_.signatures, user_, bundles, stop);
+    const BudgetedFiles ownersFiles(ports_.files), files(ports_.files);
     OrphanScanResult result;
-    if (stop.stopRequested()) return result;
+    const auto isCutShort = [&] {
+        result.leftOut = ownersFiles.budget().leftOut() + files.budget().leftOut();
+        if (ownersFiles.budget().isExhausted())
+            ports_.log.warning("Too much to read: {} files and folders of applications are left out",
+                               ownersFiles.budget().leftOut());
+        return stop.stopRequested() || ownersFiles.budget().isExhausted();
+    };
+    const auto owners = readOwners(ownersFiles, bundles, stop);
+    if (isCutShort()) return result;
     OwnerJudge judge(owners, ports_.running, isRegistered_, protectedIDs);
     const PathPolicy policy(user_);
     std::map<std::string, Finds> byIdentifier;
@@ -133,7 +150,7 @@ OrphanScanResult OrphanScanner::scan(const std::vector<Path>& bundles,
         // A location that is a link to what must not be touched.
         const auto place = ports_.files.resolve(location.url);
         if (place && *place != location.url && policy.check(*place / "item")) continue;
-        auto candidates = listOrphanCandidates(ports_.files, location, stop);
+        auto candidates = listOrphanCandidates(files, location, result.skippedNames, stop);
         if (!candidates) {
             ports_.log.warning("Unreadable location {}", location.url.string());
             result.unreadableLocations.push_back(location.url);
@@ -161,8 +178,8 @@ OrphanScanResult OrphanScanner::scan(const std::vector<Path>& bundles,
         result.unreadableLocations.push_back(Path("/Applications"));
         return result;
     }
-    const auto latecomers = ownersSince(owners, stop);
-    if (stop.stopRequested()) return result;
+    const auto latecomers = ownersSince(ownersFiles, owners, stop);
+    if (isCutShort()) return result;
     for (auto& [identifier, finds] : joined(std::move(byIdentifier))) {
         // A receipt alone may be that of a tool without any application.
         if (!finds.hasMoreThanReceipts || latecomers.claims(identifier)) continue;

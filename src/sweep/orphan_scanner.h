@@ -17,6 +17,7 @@
 
 namespace tidwen {
 
+class BudgetedFiles;
 class KnownOwners;
 
 /// What an application that is gone left behind.
@@ -31,6 +32,10 @@ struct OrphanGroup {
 struct OrphanScanResult {
     std::vector<OrphanGroup> groups; ///< largest first
     std::vector<Path> unreadableLocations;
+    std::vector<Path> skippedNames; ///< in search locations; not judged, their names are not valid UTF-8
+    /// Files and folders not read, because the disk holds too much to read. When an application could own
+    /// what was not read, there are no groups at all.
+    std::uint64_t leftOut = 0;
 };
 
 /// Finds leftovers whose owner is gone, wherever applications leave things. Never fails; what cannot be
@@ -59,7 +64,10 @@ class OrphanScanner {
 
   private:
     bool canSeeApplications(const std::vector<Path>& bundles) const;
-    KnownOwners ownersSince(const KnownOwners& owners, const StopToken& stop) const;
+    KnownOwners readOwners(const BudgetedFiles& files, const std::vector<Path>& bundles,
+                           const StopToken& stop) const;
+    KnownOwners ownersSince(const BudgetedFiles& files, const KnownOwners& owners,
+                            const StopToken& stop) const;
 
     Ports ports_;
     UserEnvironment user_;

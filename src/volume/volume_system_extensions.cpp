@@ -1,7 +1,8 @@
 #include "platform/property_list_file.h"
 #include "volume/volume_sources.h"
 
-#include <algorithm>
+#include <set>
+#include <string_view>
 
 namespace tidwen {
 
@@ -21,14 +22,14 @@ std::vector<SystemExtensionRecord> VolumeSystemExtensions::list() const {
     const auto database = readPropertyList(files_, Path("/Library/SystemExtensions/db.plist"));
     const auto* extensions = database ? database->find("extensions") : nullptr;
     if (!extensions || !extensions->asArray()) return records;
+    std::set<std::string_view> known;
     for (const auto& extension : *extensions->asArray()) {
         const auto* bundleID = extension.findString("identifier");
         const auto* teamID = extension.findString("teamID");
         if (!bundleID || bundleID->empty() || !teamID) continue;
         // An update that waits for a restart stands beside the version in use.
-        const bool isKnown = std::any_of(records.begin(), records.end(),
-                                         [&](const auto& record) { return record.bundleID == *bundleID; });
-        if (!isKnown) records.push_back({*teamID, *bundleID, displayName(extension, *bundleID)});
+        if (known.insert(*bundleID).second)
+            records.push_back({*teamID, *bundleID, displayName(extension, *bundleID)});
     }
     return records;
 }

@@ -43,7 +43,8 @@ void print(const std::vector<RemovalHistoryEntry>& history, const CommandContext
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
-    const auto history = TerminalHistory(mac).load(TerminalHistory::Sizes::measured);
+    TerminalHistory runs(mac);
+    const auto& history = runs.load(TerminalHistory::Sizes::measured);
     if (context.arguments.json)
         context.console.document(json::document(history));
     else if (history.empty())
@@ -51,6 +52,10 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     else
         print(history, context);
     mentionInterruptedRuns(context, mac);
+    if (runs.leftOut() > 0) {
+        context.console.complain(context.text("cli.history.leftOut %lld", {std::to_string(runs.leftOut())}));
+        return ExitStatus::someFailed;
+    }
     return ExitStatus::done;
 }
 

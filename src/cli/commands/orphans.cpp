@@ -1,9 +1,12 @@
 #include "cli/commands/confirmed_removal.h"
 #include "cli/console.h"
+#include "cli/incomplete_output.h"
 #include "cli/json_sweep.h"
 #include "cli/labels.h"
 #include "cli/selection.h"
 #include "cli/table.h"
+
+#include <algorithm>
 
 namespace tidwen {
 
@@ -16,32 +19,42 @@ tl::expected<LeftoverFilter, Message> readFilter(const Arguments& arguments) {
 }
 
 /// What passes, and of the applications those of which something does.
-OrphanScanResult narrowed(OrphanScanResult orphans, const LeftoverFilter& filter) {
+void narrow(OrphanScanResult& orphans, const LeftoverFilter& filter) {
     for (auto& group : orphans.groups)
         std::erase_if(group.traces, [&](const Trace& trace) { return !filter.passes(trace); });
     std::erase_if(orphans.groups, [](const OrphanGroup& group) { return group.traces.empty(); });
-    return orphans;
+}
+
+void printTraces(const OrphanGroup& group, const CommandContext& context) {
+    // A group may hold any number; the columns of so many lines nobody compares with the next.
+    constexpr std::size_t rowsAtOnce = 5'000;
+    for (std::size_t begin = 0; begin < group.traces.size(); begin += rowsAtOnce) {
+        Table table({Table::Align::left, Table::Align::right});
+        for (std::size_t i = begin; i < std::min(begin + rowsAtOnce, group.traces.size()); ++i)
+            table.add({labels::risk(group.traces[i].risk, context.texts),
+                       {labels::size(group.traces[i].sizeBytes, context.texts)},
+                       {group.traces[i].displayName}});
+        table.print(context.console, 2);
+    }
 }
 
 void print(const OrphanScanResult& orphans, bool isNarrowed, const CommandContext& context) {
-    std::vector<Trace> all;
+    std::size_t count = 0;
+    std::int64_t bytes = 0;
     for (const auto& group : orphans.groups) {
         context.console.line({{group.name, Paint::strong},
                               {"  " + group.bundleID},
                               {"  " + labels::countAndSize(group.traces, context.texts), Paint::faint}});
-        Table table({Table::Align::left, Table::Align::right});
-        for (const auto& trace : group.traces)
-            table.add({labels::risk(trace.risk, context.texts),
-                       {labels::size(trace.sizeBytes, context.texts)},
-                       {trace.displayName}});
-        table.print(context.console, 2);
-        all.insert(all.end(), group.traces.begin(), group.traces.end());
+        printTraces(group, context);
+        count += group.traces.size();
+        bytes += group.bytes();
     }
     for (const auto& location : orphans.unreadableLocations)
         context.console.line(context.text("cli.unreadable %@", {location.string()}), Paint::caution);
-    context.console.line(all.empty()
-                             ? context.text(isNarrowed ? "orphans.filter.empty.title" : "cli.orphans.none")
-                             : context.text("cli.scan.found %@", {labels::countAndSize(all, context.texts)}));
+    printIncomplete(orphans.leftOut, orphans.skippedNames, context);
+    context.console.line(
+        count == 0 ? context.text(isNarrowed ? "orphans.filter.empty.title" : "cli.orphans.none")
+                   : context.text("cli.scan.found %@", {labels::countAndSize(count, bytes, context.texts)}));
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
@@ -51,14 +64,17 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const auto filter = readFilter(context.arguments);
     if (!filter) return context.refuse(filter.error());
     FlowSession session(context, mac);
-    if (!session.sweep()) return ExitStatus::refused;
-    if (removes) return removeFound(context, mac, session, RemovalMode::uninstall);
-    const auto& found = std::get<stage::Orphans>(session.model().stage()).result;
-    const auto orphans = filter->isActive() ? narrowed(found, *filter) : found;
+    if (removes)
+        return session.sweep() ? removeFound(context, mac, session, RemovalMode::uninstall)
+                               : ExitStatus::refused;
+    auto orphans = session.findOrphans();
+    if (!orphans) return ExitStatus::refused;
+    const bool isNarrowed = filter->isActive() && !orphans->groups.empty();
+    if (filter->isActive()) narrow(*orphans, *filter);
     if (context.arguments.json)
-        context.console.document(json::document(orphans));
+        json::write(*orphans, [&](std::string_view piece) { context.console.document(piece); });
     else
-        print(orphans, filter->isActive() && !found.groups.empty(), context);
+        print(*orphans, isNarrowed, context);
     return ExitStatus::done;
 }
 

@@ -1,6 +1,7 @@
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/flow_session.h"
+#include "cli/incomplete_output.h"
 #include "cli/json_output.h"
 #include "cli/labels.h"
 #include "cli/table.h"
@@ -99,6 +100,7 @@ void print(const ScanResult& result, const CommandContext& context, const FileSy
                           {"  " + target.bundleID, Paint::faint}});
     context.console.line(target.bundleURL.string(), Paint::faint);
     printNotices(result, context);
+    printIncomplete(result.leftOut, result.skippedNames, context);
     printTraces(result.traces, context);
     printPermissions(result.permissions, context);
     printTotals(result.traces, context);

@@ -21,6 +21,9 @@ class TerminalHistory {
     /// In the order in which `history` numbers them from 1.
     const std::vector<RemovalHistoryEntry>& load(Sizes sizes);
 
+    /// Runs that `load` did not read, because there is too much to read.
+    std::uint64_t leftOut() const { return model_.leftOut.get(); }
+
     /// The reason when nothing was done.
     tl::expected<UndoReport, Message> undo(const RemovalHistoryEntry& entry);
     /// `chosen` is not empty.

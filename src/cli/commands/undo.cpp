@@ -29,6 +29,9 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const std::string& word = context.arguments.operands.front();
     TerminalHistory history(mac);
     const auto* entry = findRun(history.load(TerminalHistory::Sizes::leftOut), word);
+    // Numbers count the runs that were read: with some left out they could mean other runs than were shown.
+    if (history.leftOut() > 0 && entry && entry->root.lastComponent() != Path(word).lastComponent())
+        return context.refuse({"cli.undo.numbersUncertain %lld", {std::to_string(history.leftOut())}});
     if (!entry) {
         mentionInterruptedRuns(context, mac);
         return context.refuse({"cli.undo.unknown %@", {word}});

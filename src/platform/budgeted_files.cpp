@@ -1,0 +1,80 @@
+#include "platform/budgeted_files.h"
+
+#include <algorithm>
+
+namespace tidwen {
+
+namespace {
+
+// Smaller ones are parsed faster than they are looked up.
+constexpr std::size_t smallestKept = 64u << 10;
+// A parsed list takes many times the room of its file.
+constexpr std::size_t mostKept = 4;
+
+} // namespace
+
+BudgetedFiles::BudgetedFiles(const FileSystem& files, const ReadBudget& budget)
+    : files_(files), budget_(files.budgeted() ? files.budgeted()->budget() : budget) {}
+
+std::optional<FileError> BudgetedFiles::spent(const Path& path) const {
+    if (!budget_.isExhausted()) return std::nullopt;
+    budget_.leaveOut();
+    return FileError{.fault = FileFault::exhausted, .path = path};
+}
+
+FileResult<std::vector<DirectoryEntry>> BudgetedFiles::list(const Path& folder) const {
+    if (auto refusal = spent(folder)) return tl::unexpected(std::move(*refusal));
+    const ReadBudget::Work work(budget_);
+    return files_.list(folder);
+}
+
+FileResult<std::string> BudgetedFiles::read(const Path& file, std::size_t maxBytes) const {
+    if (auto refusal = spent(file)) return tl::unexpected(std::move(*refusal));
+    const ReadBudget::Work work(budget_);
+    auto content = files_.read(file, maxBytes);
+    if (content) budget_.spendBytes(content->size());
+    return content;
+}
+
+FileResult<std::string> BudgetedFiles::readRange(const Path& file, std::uint64_t offset,
+                                                 std::size_t length) const {
+    if (auto refusal = spent(file)) return tl::unexpected(std::move(*refusal));
+    const ReadBudget::Work work(budget_);
+    auto content = files_.readRange(file, offset, length);
+    if (content) budget_.spendBytes(content->size());
+    return content;
+}
+
+std::optional<BudgetedFiles::ParsedKey> BudgetedFiles::keyOf(const Path& file, std::size_t bytes,
+                                                             const PropertyListLimits& limits) const {
+    if (bytes < smallestKept) return std::nullopt;
+    const auto info = files_.infoFollowingLinks(file);
+    if (!info) return std::nullopt;
+    return ParsedKey{info->device, info->inode, info->modifiedNanoseconds, bytes, limits.nodes, limits.depth};
+}
+
+std::shared_ptr<const PropertyListValue> BudgetedFiles::propertyList(const Path& file,
+                                                                     const PropertyListLimits& limits) const {
+    const auto bytes = read(file, limits.bytes);
+    if (!bytes) return nullptr;
+    const auto key = keyOf(file, bytes->size(), limits);
+    if (key) {
+        const std::lock_guard lock(mutex_);
+        const auto known = std::find_if(parsed_.begin(), parsed_.end(),
+                                        [&](const Parsed& parsed) { return parsed.key == *key; });
+        if (known != parsed_.end()) return known->value;
+    }
+    std::shared_ptr<const PropertyListValue> value;
+    {
+        const ReadBudget::Work work(budget_);
+        if (auto parsed = parsePropertyList(*bytes, limits))
+            value = std::make_shared<const PropertyListValue>(std::move(*parsed));
+    }
+    if (!key) return value;
+    const std::lock_guard lock(mutex_);
+    parsed_.push_back({*key, value});
+    if (parsed_.size() > mostKept) parsed_.pop_front();
+    return value;
+}
+
+} // namespace tidwen

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "base/property_list.h"
+#include "platform/file_system.h"
+#include "platform/read_budget.h"
+
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <tuple>
+
+namespace tidwen {
+
+/// The files of a Mac as one run of a reader sees them: what it reads is spent from a budget, and once that
+/// is exhausted reading and listing fail with `FileFault::exhausted`; other questions are still answered. A
+/// reader needs to know nothing of it; who starts the run asks the budget what was left out. Refuses to
+/// change anything.
+class BudgetedFiles : public FileSystem {
+  public:
+    /// A run within another run spends that one's budget.
+    explicit BudgetedFiles(const FileSystem& files, const ReadBudget& budget = {});
+
+    const ReadBudget& budget() const { return budget_; }
+    /// That of the run to which the files belong; null where nobody set one.
+    static const ReadBudget* budgetOf(const FileSystem& files) {
+        return files.budgeted() ? &files.budgeted()->budget() : nullptr;
+    }
+    const BudgetedFiles* budgeted() const override { return this; }
+
+    /// As `readPropertyList`. A large one that many links or names lead to is parsed once.
+    std::shared_ptr<const PropertyListValue> propertyList(const Path& file,
+                                                          const PropertyListLimits& limits) const;
+
+    FileResult<std::vector<DirectoryEntry>> list(const Path& folder) const override;
+    FileResult<std::string> read(const Path& file, std::size_t maxBytes) const override;
+    FileResult<std::string> readRange(const Path& file, std::uint64_t offset,
+                                      std::size_t length) const override;
+
+    FileResult<FileInfo> info(const Path& path) const override {
+        const ReadBudget::Work work(budget_);
+        return files_.info(path);
+    }
+    FileResult<FileInfo> infoFollowingLinks(const Path& path) const override {
+        const ReadBudget::Work work(budget_);
+        return files_.infoFollowingLinks(path);
+    }
+    FileResult<std::string> extendedAttribute(const Path& path, const std::string& name) const override {
+        return files_.extendedAttribute(path, name);
+    }
+    FileResult<Path> resolve(const Path& path) const override {
+        const ReadBudget::Work work(budget_);
+        return files_.resolve(path);
+    }
+    FileResult<TreeSize> treeSize(const Path& path, std::uint64_t entryLimit,
+                                  const StopToken& stop = {}) const override {
+        return files_.treeSize(path, entryLimit, stop);
+    }
+    bool isMovable(const Path& path) const override { return files_.isMovable(path); }
+    bool isSetAside(const Path& from) const override { return files_.isSetAside(from); }
+
+    FileResult<void> createDirectory(const Path& folder) override { return refused(folder); }
+    FileResult<void> createDirectories(const Path& folder) override { return refused(folder); }
+    FileResult<void> move(const Path& from, const Path&) override { return refused(from); }
+    FileResult<void> settleInterruptedMove(const Path& from, const Path&) override { return refused(from); }
+    FileResult<void> replaceFile(const Path& file, std::string_view, NewFileMode) override {
+        return refused(file);
+    }
+    FileResult<void> removeFile(const Path& file) override { return refused(file); }
+    FileResult<void> removeEmptyDirectory(const Path& folder) override { return refused(folder); }
+    FileResult<void> removeTree(const Path& folder) override { return refused(folder); }
+    FileResult<std::unique_ptr<FolderLock>> lock(const Path& folder) override { return refused(folder); }
+
+  private:
+    /// One state of one file, and the limits that it was parsed within.
+    using ParsedKey =
+        std::tuple<std::uint64_t, std::uint64_t, std::int64_t, std::uint64_t, std::size_t, std::size_t>;
+    struct Parsed {
+        ParsedKey key;
+        std::shared_ptr<const PropertyListValue> value; ///< null: malformed
+    };
+
+    static tl::unexpected<FileError> refused(const Path& path) {
+        return tl::unexpected(FileError{.fault = FileFault::notSupported, .path = path});
+    }
+    std::optional<FileError> spent(const Path& path) const;
+    std::optional<ParsedKey> keyOf(const Path& file, std::size_t bytes,
+                                   const PropertyListLimits& limits) const;
+
+    const FileSystem& files_;
+    ReadBudget budget_;
+    mutable std::mutex mutex_; ///< guards `parsed_`
+    mutable std::deque<Parsed> parsed_;
+};
+
+} // namespace tidwen

@@ -1,0 +1,158 @@
+#!/usr/bin/env python3
+"""Volumes, homes, manifests and settings as accidents and strangers leave them: clear words, the right status,
+nothing lost. Usage: bad_input_test.py TIDWEN"""
+import fcntl
+import json
+import os
+import plistlib
+import shutil
+import sys
+import unicodedata
+import unittest
+
+import terminal
+from terminal import VolumeTest, snapshot
+
+RESTORED_NEVER = ("Users/alice/.Trash", "Users/alice/Library/Application Support/com.apple.TCC",
+                  "Library/Application Support/com.apple.TCC")
+
+
+def write_list(path, values):
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.unlink(missing_ok=True)  # the sample's files are hard links
+    path.write_bytes(plistlib.dumps(values))
+
+
+class BadInput(VolumeTest):
+    def application(self, place, identifier, name=None):
+        bundle = self.volume / place
+        write_list(bundle / "Contents/Info.plist",
+                   {"CFBundleIdentifier": identifier, "CFBundleName": name or bundle.stem})
+        return bundle
+
+    def ticked(self, app):
+        """What a removal of the application takes without further choice."""
+        plan = self.call("remove", app, "--dry-run", "--json").json
+        return {step["kind"]["source"] for step in plan if step["kind"]["kind"] == "move"}
+
+    def claimed(self, status=0):
+        run = self.call("orphans", "--json", status=status)
+        return {trace["displayName"] for group in run.json["groups"] for trace in group["traces"]}, run
+
+    def test_a_suite_keeps_the_helper_that_both_applications_carry(self):
+        for name in ("Ada", "Bede"):
+            bundle = self.application(f"Applications/Verity {name}.app", f"com.verity.{name.lower()}")
+            self.application(bundle.relative_to(self.volume) / "Contents/Library/LoginItems/Updater.app",
+                             "com.verity.updater")
+        helpers = [self.home / "Library/Caches/com.verity.updater",
+                   self.home / "Library/LaunchAgents/com.verity.updater.plist"]
+        helpers[0].mkdir()
+        write_list(helpers[1], {"Label": "com.verity.updater",
+                                "Program": "/Applications/Verity Bede.app/Contents/MacOS/updater"})
+        shared = {"/" + str(path.relative_to(self.volume)) for path in helpers}
+        self.assertEqual(self.ticked("Verity Ada") & shared, set())
+        said = {trace["displayName"]: trace.get("contestedBy") for trace in self.traces("Verity Ada")}
+        self.assertEqual({said[path] for path in shared}, {"com.verity.bede"})
+        self.assertIn("/Applications/Verity Bede.app", self.call("scan", "Verity Ada").output)
+
+        self.call("remove", "Verity Ada", "Verity Bede", "--yes")
+        self.assertEqual([path for path in helpers if path.exists()], [], "nobody else is left to claim them")
+        self.call("undo", "1")
+        self.assertEqual([path for path in helpers if not path.exists()], [])
+
+    def test_an_application_in_two_places_says_where_the_other_lies(self):
+        shutil.copytree(self.volume / "Applications/Kip.app", self.volume / "Applications/Old/Kip.app")
+        self.refuse("remove", "Kip", "--yes", saying="/Applications/Old/Kip.app")
+        printed = self.call("scan", "/Applications/Kip.app").output
+        self.assertIn("/Applications/Old/Kip.app", printed)
+        self.assertEqual(self.ticked("/Applications/Kip.app"), {"/Applications/Kip.app"})
+
+    def test_a_link_whose_disk_is_away_is_no_application_and_no_corpse(self):
+        os.symlink("/Volumes/Away/Ferrypoint.app", self.volume / "Applications/Ferrypoint.app")
+        (self.home / "Library/Caches/com.ferrypoint.Ferrypoint").mkdir()
+        self.refuse("remove", "/Applications/Ferrypoint.app", "--yes", saying="Ferrypoint.app")
+        claims, _ = self.claimed()
+        self.assertEqual([item for item in claims if "ferrypoint" in item], [])
+
+    def test_an_application_that_stays_keeps_its_data(self):
+        real = self.application("Users/alice/Downloads/Grebe.app", "com.grebe.app-one")
+        os.symlink("/Users/alice/Downloads/Grebe.app", self.volume / "Applications/Grebe.app")
+        (self.home / "Library/Caches/com.grebe.app-one").mkdir()
+        before = snapshot(self.volume, ".Trash")
+        for path in ("/Applications/Grebe.app", "/Users/alice/Downloads/Grebe.app"):
+            with self.subTest(path):
+                self.refuse("remove", path, "--yes", saying="/Users/alice/Downloads/Grebe.app")
+                self.assertIn("/Users/alice/Library/Caches/com.grebe.app-one", self.call("scan", path).output)
+        self.assertEqual(snapshot(self.volume, ".Trash"), before)
+        self.assertTrue(real.exists())
+
+    def test_of_a_home_alone_nothing_is_called_an_orphans(self):
+        for entry in self.volume.iterdir():
+            if entry.name != "Users":
+                entry.unlink() if entry.is_symlink() else shutil.rmtree(entry)
+        before = snapshot(self.volume)
+        run = self.call("orphans", "--json", status=1)
+        self.assertEqual(run.json["groups"], [])
+        self.assertIn("/Applications", run.output + run.errors)
+        self.assertIn("Quillpad", self.call("apps").output)
+        self.call("scan", "Quillpad")
+        self.assertEqual(snapshot(self.volume), before)
+
+    def test_the_case_of_an_identifier_does_not_count(self):
+        self.call("protect", "add", "COM.LittleFin.KIP")
+        self.assertEqual(self.call("protect", "list", "--json").json, ["com.littlefin.kip"])
+        self.refuse("remove", "Com.Littlefin.Kip", "--yes", saying="protected")
+        self.call("protect", "remove", "com.LITTLEFIN.kip")
+        self.assertTrue(self.ticked("Com.Littlefin.Kip"))
+
+    def test_a_run_is_found_again_under_decomposed_accents(self):
+        before = snapshot(self.volume, *RESTORED_NEVER)
+        root = self.volume / self.call("remove", "Café Sync", "--yes", "--json").json["quarantineRoot"][1:]
+        root.rename(root.with_name(unicodedata.normalize("NFD", root.name)))
+        self.assertEqual(len(self.call("history", "--json").json), 1)
+        self.call("undo", "1")
+        self.assertEqual(snapshot(self.volume, *RESTORED_NEVER), before)
+
+    def test_half_a_manifest_is_shown_and_never_purged(self):
+        root = self.volume / self.call("remove", "Kip", "--yes", "--json").json["quarantineRoot"][1:]
+        manifest = root / "tidwen-manifest.json"
+        manifest.write_text(manifest.read_text()[:100])
+        before = snapshot(self.volume)
+        self.assertIn(root.name, "".join(vars(self.call("history", status=1)).get(k) for k in ("output", "errors")))
+        for words in (["undo", root.name], ["purge", root.name, "--yes"]):
+            self.refuse(*words, saying=root.name)
+        self.call("purge", "--all", "--yes", status=1)
+        self.assertEqual(snapshot(self.volume), before)
+
+    def test_settings_that_cannot_be_read_refuse_what_they_would_limit(self):
+        self.call("remove", "Kip", "--yes")
+        settings = self.base / "config/tidwen/settings.plist"
+        settings.parent.mkdir(parents=True, exist_ok=True)
+        before = snapshot(self.volume)
+        for damage in ("cut", "folder"):
+            settings.unlink(missing_ok=True)
+            settings.write_bytes(b"bplist00\xd1") if damage == "cut" else settings.mkdir()
+            for words in (["remove", "Pantry", "--yes"], ["purge", "1", "--yes"], ["purge", "--expired", "--yes"],
+                          ["orphans", "--remove", "--yes"]):
+                with self.subTest(damage=damage, words=words):
+                    self.refuse(*words, saying="ettings")
+            self.call("scan", "Pantry")
+            self.call("history")
+        self.assertEqual(snapshot(self.volume), before)
+
+    def test_reading_never_waits_for_a_lock(self):
+        self.call("settings", "set", "quarantineRetention", "sevenDays")
+        held = []
+        for path in (self.base / "config/tidwen", *(self.base / "config/tidwen").iterdir(), self.volume / "Users/alice"):
+            held.append(os.open(path, os.O_RDONLY))
+            fcntl.flock(held[-1], fcntl.LOCK_EX)
+        for words in (["settings", "list"], ["protect", "list"], ["scan", "Kip"], ["startup", "list"], ["history"]):
+            with self.subTest(words):
+                self.call(*words)
+        for lock in held:
+            os.close(lock)
+
+
+if __name__ == "__main__":
+    terminal.PROGRAM = os.path.abspath(sys.argv.pop(1))
+    unittest.main()
