@@ -1,11 +1,19 @@
-// Preloaded into a program: ends it with SIGKILL instead of its Nth call that changes the file system below
-// a folder. TIDWEN_KILL_BELOW names the folder, TIDWEN_KILL_AT is N (0: never). A write that is hit gets half
-// of its bytes through, as a disk may leave it. Flushes do nothing: a killed process loses none of what it
-// wrote, and hundreds of runs would wait for the disk.
+// Preloaded into a program: lets one of its calls that change the file system below a folder go wrong.
+//   TIDWEN_FAULT_BELOW   the folder
+//   TIDWEN_FAULT_AT      the number of the call, from 1; 0: none
+//   TIDWEN_FAULT         "kill": the program ends there; otherwise the error (a number) that the call fails
+//   with TIDWEN_FAULT_LASTS   set: every later call fails with it too TIDWEN_FAULT_NOTE    file that gets the
+//   name and the place of the call that was hit TIDWEN_NO_EXCLUSIVE_RENAME   the error (a number) that every
+//   rename gets which must not replace anything
+// A write at which the program is killed gets half of its bytes through, as a disk may leave it. Flushes
+// never reach the disk: a killed process loses none of what it wrote, and hundreds of runs would wait for
+// them.
 
+#include <cerrno>
 #include <csignal>
 #include <cstdarg>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
@@ -23,9 +31,19 @@ Function* next(const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
+std::string variable(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? value : "";
+}
+
 struct Settings {
-    std::string below = std::getenv("TIDWEN_KILL_BELOW") ? std::getenv("TIDWEN_KILL_BELOW") : "";
-    long at = std::getenv("TIDWEN_KILL_AT") ? std::atol(std::getenv("TIDWEN_KILL_AT")) : 0;
+    std::string below = variable("TIDWEN_FAULT_BELOW");
+    std::string note = variable("TIDWEN_FAULT_NOTE");
+    long at = std::atol(variable("TIDWEN_FAULT_AT").c_str());
+    bool kills = variable("TIDWEN_FAULT") == "kill";
+    int error = std::atoi(variable("TIDWEN_FAULT").c_str());
+    bool lasts = std::getenv("TIDWEN_FAULT_LASTS");
+    int renameError = std::atoi(variable("TIDWEN_NO_EXCLUSIVE_RENAME").c_str());
     long calls = 0;
 };
 
@@ -48,11 +66,21 @@ std::string placeOf(int folder, const char* path) {
     return std::string(getcwd(here, sizeof here) ? here : "") + "/" + (path ? path : "");
 }
 
-/// Counts one call; true when it is the one that must not happen.
-bool isTheLast(const std::string& place) {
+void writeNote(const char* call, const std::string& place) {
+    const int file = next<int(int, const char*, int, ...)>("openat")(AT_FDCWD, settings().note.c_str(),
+                                                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    const auto text = std::string(call) + " " + place;
+    next<ssize_t(int, const void*, std::size_t)>("write")(file, text.data(), text.size());
+    close(file);
+}
+
+/// Counts one call; true when it must go wrong.
+bool isHit(const char* call, const std::string& place) {
     auto& now = settings();
     if (now.at <= 0 || now.below.empty() || place.compare(0, now.below.size(), now.below) != 0) return false;
-    return ++now.calls == now.at;
+    ++now.calls;
+    if (now.calls == now.at && !now.note.empty()) writeNote(call, place);
+    return now.calls == now.at || (now.lasts && now.calls > now.at);
 }
 
 [[noreturn]] void end() {
@@ -61,17 +89,29 @@ bool isTheLast(const std::string& place) {
         pause();
 }
 
-void countPath(int folder, const char* path) {
-    if (isTheLast(placeOf(folder, path))) end();
+/// True when the call must fail, with `errno` set; does not come back from the one that kills.
+bool fails(const char* call, const std::string& place) {
+    if (!isHit(call, place)) return false;
+    if (settings().kills) end();
+    errno = settings().error;
+    return true;
 }
 
-void countFile(int descriptor) {
-    if (isTheLast(placeOf(descriptor))) end();
+/// A flush changes nothing that a kill could cut off, but it can fail.
+int flush(const char* call, int descriptor) {
+    return !settings().kills && fails(call, placeOf(descriptor)) ? -1 : 0;
 }
 
 int openCounted(const char* name, int folder, const char* path, int flags, mode_t mode) {
-    if (flags & (O_CREAT | O_TRUNC)) countPath(folder, path);
+    if (flags & (O_CREAT | O_TRUNC) && fails(name, placeOf(folder, path))) return -1;
     return next<int(int, const char*, int, ...)>(name)(folder, path, flags, mode);
+}
+
+/// The file system knows no rename that replaces nothing.
+bool isRefused(unsigned renameFlags) {
+    if (settings().renameError == 0 || !(renameFlags & RENAME_NOREPLACE)) return false;
+    errno = settings().renameError;
+    return true;
 }
 
 mode_t modeOf(int flags, va_list arguments) {
@@ -83,12 +123,12 @@ mode_t modeOf(int flags, va_list arguments) {
 // NOLINTBEGIN: these are the C library's own names and shapes.
 #define TIDWEN_BY_PATH(name, parameters, arguments, folder, path)                                            \
     extern "C" int name parameters {                                                                         \
-        countPath(folder, path);                                                                             \
+        if (fails(#name, placeOf(folder, path))) return -1;                                                  \
         return next<int parameters>(#name) arguments;                                                        \
     }
 #define TIDWEN_BY_FILE(type, name, parameters, arguments, file)                                              \
     extern "C" type name parameters {                                                                        \
-        countFile(file);                                                                                     \
+        if (fails(#name, placeOf(file))) return -1;                                                          \
         return next<type parameters>(#name) arguments;                                                       \
     }
 #define TIDWEN_OPEN(name, fixed, folder, path, via)                                                          \
@@ -108,7 +148,6 @@ TIDWEN_OPEN(openat64, TIDWEN_TWO(int d, const char* p), d, p, "openat64")
 
 TIDWEN_BY_PATH(rename, (const char* a, const char* b), (a, b), AT_FDCWD, a)
 TIDWEN_BY_PATH(renameat, (int d, const char* a, int e, const char* b), (d, a, e, b), d, a)
-TIDWEN_BY_PATH(renameat2, (int d, const char* a, int e, const char* b, unsigned f), (d, a, e, b, f), d, a)
 TIDWEN_BY_PATH(mkdir, (const char* p, mode_t m), (p, m), AT_FDCWD, p)
 TIDWEN_BY_PATH(mkdirat, (int d, const char* p, mode_t m), (d, p, m), d, p)
 TIDWEN_BY_PATH(mkfifoat, (int d, const char* p, mode_t m), (d, p, m), d, p)
@@ -130,7 +169,6 @@ TIDWEN_BY_FILE(int, fchmod, (int d, mode_t m), (d, m), d)
 TIDWEN_BY_FILE(int, fchown, (int d, uid_t u, gid_t g), (d, u, g), d)
 TIDWEN_BY_FILE(int, ftruncate, (int d, off_t n), (d, n), d)
 TIDWEN_BY_FILE(int, ftruncate64, (int d, off64_t n), (d, n), d)
-TIDWEN_BY_FILE(int, posix_fallocate, (int d, off_t o, off_t n), (d, o, n), d)
 TIDWEN_BY_FILE(int, fsetxattr, (int d, const char* n, const void* v, size_t s, int f), (d, n, v, s, f), d)
 TIDWEN_BY_FILE(int, fremovexattr, (int d, const char* n), (d, n), d)
 TIDWEN_BY_FILE(ssize_t, pwrite, (int d, const void* b, size_t n, off_t o), (d, b, n, o), d)
@@ -140,21 +178,36 @@ TIDWEN_BY_FILE(ssize_t, sendfile, (int d, int s, off_t* o, size_t n), (d, s, o, 
 TIDWEN_BY_FILE(ssize_t, copy_file_range, (int s, off64_t* o, int d, off64_t* q, size_t n, unsigned f),
                (s, o, d, q, n, f), d)
 
-extern "C" ssize_t write(int descriptor, const void* bytes, size_t count) {
-    const auto real = next<ssize_t(int, const void*, size_t)>("write");
-    if (!isTheLast(placeOf(descriptor))) return real(descriptor, bytes, count);
-    real(descriptor, bytes, count / 2);
-    end();
+extern "C" int renameat2(int d, const char* a, int e, const char* b, unsigned flags) {
+    if (isRefused(flags) || fails("renameat2", placeOf(d, a))) return -1;
+    return next<int(int, const char*, int, const char*, unsigned)>("renameat2")(d, a, e, b, flags);
 }
 
-extern "C" int fsync(int) {
-    return 0;
+/// Gives its error instead of setting it.
+extern "C" int posix_fallocate(int descriptor, off_t from, off_t length) {
+    if (fails("posix_fallocate", placeOf(descriptor))) return errno;
+    return next<int(int, off_t, off_t)>("posix_fallocate")(descriptor, from, length);
 }
-extern "C" int fdatasync(int) {
-    return 0;
+
+extern "C" ssize_t write(int descriptor, const void* bytes, size_t count) {
+    const auto real = next<ssize_t(int, const void*, size_t)>("write");
+    if (!isHit("write", placeOf(descriptor))) return real(descriptor, bytes, count);
+    if (settings().kills) {
+        real(descriptor, bytes, count / 2);
+        end();
+    }
+    errno = settings().error;
+    return -1;
 }
-extern "C" int syncfs(int) {
-    return 0;
+
+extern "C" int fsync(int descriptor) {
+    return flush("fsync", descriptor);
+}
+extern "C" int fdatasync(int descriptor) {
+    return flush("fdatasync", descriptor);
+}
+extern "C" int syncfs(int descriptor) {
+    return flush("syncfs", descriptor);
 }
 
 /// What the C library has no function for, or what a program does without it.
@@ -165,12 +218,13 @@ extern "C" long syscall(long number, ...) {
     for (auto& each : a)
         each = va_arg(list, long);
     va_end(list);
-    if (number == SYS_renameat2) countPath(static_cast<int>(a[0]), reinterpret_cast<const char*>(a[1]));
+    const auto place = [&] { return placeOf(static_cast<int>(a[0]), reinterpret_cast<const char*>(a[1])); };
+    if (number == SYS_renameat2 && (isRefused(static_cast<unsigned>(a[4])) || fails("renameat2", place())))
+        return -1;
     if (number == SYS_openat2) {
         std::uint64_t flags = 0; // the first field of its description
         std::memcpy(&flags, reinterpret_cast<const void*>(a[2]), sizeof flags);
-        if (flags & (O_CREAT | O_TRUNC))
-            countPath(static_cast<int>(a[0]), reinterpret_cast<const char*>(a[1]));
+        if (flags & (O_CREAT | O_TRUNC) && fails("openat2", place())) return -1;
     }
     return next<long(long, ...)>("syscall")(number, a[0], a[1], a[2], a[3], a[4], a[5]);
 }
