@@ -32,11 +32,12 @@ class FlowSession {
     /// Looks for orphans and leaves the model with what it found. False when Ctrl-C called it off.
     bool sweep();
 
-    /// Why the list of protected applications cannot be known, so that nothing will be removed.
-    std::optional<Message> settingsProblem() const { return protectedApps_.problem(); }
     /// The same for a list that nothing is chosen from: the model would hold several copies of it. Nothing
     /// when Ctrl-C called it off.
     std::optional<OrphanScanResult> findOrphans();
+
+    /// Why the list of protected applications cannot be known, so that nothing will be removed.
+    std::optional<Message> settingsProblem() const { return protectedApps_.problem(); }
 
     /// Removes what is chosen. Who still runs and does not quit is left out, unless the user, where he can be
     /// asked, wants to go on. True when the model shows a report.
