@@ -60,8 +60,9 @@ class BudgetedFiles : public FileSystem {
 
     FileResult<void> createDirectory(const Path& folder) override { return refused(folder); }
     FileResult<void> createDirectories(const Path& folder) override { return refused(folder); }
-    FileResult<void> move(const Path& from, const Path&) override { return refused(from); }
-    FileResult<void> settleInterruptedMove(const Path& from, const Path&) override { return refused(from); }
+    MoveResult move(const Path& from, const Path&) override { return refused(from); }
+    MoveResult settleInterruptedMove(const Path& from, const Path&) override { return refused(from); }
+    FileResult<std::vector<Path>> revealRemains(const Path& from) override { return refused(from); }
     FileResult<void> replaceFile(const Path& file, std::string_view, NewFileMode) override {
         return refused(file);
     }

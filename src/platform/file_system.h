@@ -78,6 +78,19 @@ struct TreeSize {
     bool capped = false;       ///< stopped at the limit: `allocatedBytes` is a lower bound
 };
 
+/// What a move between devices could not take away of the original, although the item arrived complete.
+struct MoveRemains {
+    Path place; ///< hidden, in the original's folder
+    /// `busy`: somebody wrote in the original after it was copied, so what lies there has no copy. Anything
+    /// else is why the system refused to remove what has one.
+    FileFault fault = FileFault::busy;
+
+    friend bool operator==(const MoveRemains&, const MoveRemains&) = default;
+};
+
+/// The outcome of a move that arrived; the remains are absent when nothing is left of the original.
+using MoveResult = FileResult<std::optional<MoveRemains>>;
+
 /// How a tree may be changed: what `replaceFile` keeps of the file it replaces.
 enum class NewFileMode { privateToOwner, likeExisting };
 
@@ -136,14 +149,18 @@ class FileSystem {
     virtual FileResult<void> createDirectories(const Path& folder) = 0;
     /// Moves an item; a symbolic link is moved, not followed. Never replaces anything. Between two devices
     /// everything is copied, flushed and compared before the original goes. After an error the original is
-    /// complete where it was.
-    virtual FileResult<void> move(const Path& from, const Path& to) = 0;
-    /// After a kill in the middle of a move between devices: completes it when the original was already set
-    /// aside, else drops the unfinished copy. Does nothing when there is nothing to settle.
-    virtual FileResult<void> settleInterruptedMove(const Path& from, const Path& to) = 0;
-    /// True when a kill in the middle of a move between devices left the item of `from` aside: it is at
-    /// neither place until `settleInterruptedMove` brings it to one of them.
+    /// complete where it was. What an earlier move of the same item left does not stand in the way.
+    virtual MoveResult move(const Path& from, const Path& to) = 0;
+    /// After a kill in the middle of a move between devices, or after one that left remains: completes it
+    /// when the original was already set aside, else drops the unfinished copy; removes remains that are at
+    /// the destination too. Does nothing when there is nothing to settle. The answer tells remains that stay.
+    virtual MoveResult settleInterruptedMove(const Path& from, const Path& to) = 0;
+    /// True when a move between devices left the item of `from`, or remains of it, aside: after a kill it is
+    /// at neither place until `settleInterruptedMove` brings it to one of them.
     virtual bool isSetAside(const Path& from) const = 0;
+    /// Gives remains of moves away from `from` a name that people see: that of `from`, or a free one beside
+    /// it ("Name 2.ext"). Settle first, so that what has a copy is gone. The names given, in their order.
+    virtual FileResult<std::vector<Path>> revealRemains(const Path& from) = 0;
     /// Writes a file so that after a crash either the old content or the new is there: temporary file in the
     /// same folder, flushed, renamed over, folder flushed. Permissions, owner and extended attributes of a
     /// file that it replaces are kept with `likeExisting`.
@@ -153,7 +170,7 @@ class FileSystem {
     /// Removes a folder that is empty.
     virtual FileResult<void> removeEmptyDirectory(const Path& folder) = 0;
     /// Deletes an item with everything in it, for good: never through a link, never on another disk mounted
-    /// below. An error ends it half done.
+    /// below. What cannot be deleted stays, with the folders above it; the error tells the first reason.
     virtual FileResult<void> removeTree(const Path& folder) = 0;
     /// Takes a lock between processes on a folder, which must be no link. Leaves nothing behind. `busy` when
     /// another process holds it.

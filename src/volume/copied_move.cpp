@@ -11,18 +11,45 @@
 #include "volume/tree_removal.h"
 
 #include <fcntl.h>
+#include <fmt/core.h>
 
 namespace tidwen {
 
 namespace {
 
-/// The four names of one move. The two in between follow from the two ends, so that they are found again
+/// Beyond this many remains of one item something is wrong that another move would only make worse.
+constexpr int lastAside = 9;
+
+/// A number stands before the hyphen: behind it, it could be the beginning of another item's name.
+std::string asideName(const std::string& name, int number) {
+    return nameBeside(number == 1 ? ".tidwen-moved-" : fmt::format(".tidwen-moved{}-", number), name);
+}
+
+/// Gives what stands aside the item's own name. That may have been taken meanwhile, by an application that
+/// made its folder anew: then it gets a visible name beside, because a hidden one would be found by nobody.
+FileResult<Path> giveVisibleName(const MoveEnd& from, const std::string& aside) {
+    const int folder = from.place.folder.get();
+    const auto rename = [&](const std::string& name) {
+        return renameExclusively(folder, aside.c_str(), folder, name.c_str());
+    };
+    int fault = rename(from.place.name);
+    Path place = from.path;
+    for (int number = 2; fault == EEXIST && number <= lastNumberTried; ++number) {
+        place = numberedName(from.path, number);
+        fault = rename(place.lastComponent());
+    }
+    if (fault) return failed(from.path, fault);
+    flushFolder(folder);
+    return place;
+}
+
+/// One move, and the names it uses. Those in between follow from the two ends, so that they are found again
 /// after a crash.
 class CopiedMove {
   public:
     CopiedMove(const MoveEnd& from, const MoveEnd& to) : from_(from), to_(to) {}
 
-    FileResult<void> run() {
+    MoveResult run() {
         if (auto settled = settle(); !settled) return settled;
         if (isTaken(target(), finalName())) return refused(to_.path, FileFault::exists);
         // Known beforehand, so as not to copy in vain.
@@ -32,14 +59,24 @@ class CopiedMove {
         if (!before) return failed(from_.path, before.error());
         if (auto copied = makeCopy(); !copied) {
             dropCopy();
-            return copied;
+            return tl::unexpected(copied.error());
         }
         return exchange(*before);
     }
 
-    FileResult<void> settle() {
-        if (isTaken(source(), aside_.c_str())) return settleCommitted();
-        if (!isTaken(target(), copy_.c_str()) || isTaken(target(), finalName())) return {};
+    MoveResult settle() {
+        std::optional<std::string> unsettled; // the newest, which is this move's if any is
+        std::optional<MoveRemains> remains;
+        for (const auto& aside : namesAside(source(), from_.place.name)) {
+            const auto completion = complete(aside);
+            if (!completion) return tl::unexpected(completion.error());
+            if (completion->remains) remains = completion->remains;
+            if (!completion->isThisMoves) unsettled = aside;
+        }
+        const bool isPlaced = isTaken(target(), finalName()), isCopied = isTaken(target(), copy_.c_str());
+        if (unsettled && (isCopied || !isPlaced)) return settleWithoutWholeCopy(*unsettled, isCopied);
+        if (unsettled) return remainsAt(*unsettled, FileFault::busy);
+        if (isPlaced || !isCopied) return remains;
         // Without an original the copy is all there is, and no state that a crash of ours leaves.
         if (!isTaken(source(), original())) return refused(from_.path, FileFault::missing);
         dropCopy();
@@ -51,6 +88,10 @@ class CopiedMove {
     int target() const { return to_.place.folder.get(); }
     const char* original() const { return from_.place.name.c_str(); }
     const char* finalName() const { return to_.place.name.c_str(); }
+
+    MoveRemains remainsAt(const std::string& aside, FileFault fault) const {
+        return {.place = from_.path.parent() / aside, .fault = fault};
+    }
 
     void dropCopy() {
         if (isTaken(target(), copy_.c_str())) removeTree(target(), copy_.c_str());
@@ -71,94 +112,90 @@ class CopiedMove {
     }
 
     /// From here on the original is the one that stands aside.
-    FileResult<void> exchange(const TreeRecord& before) {
-        if (const int fault = renameExclusively(source(), original(), source(), aside_.c_str())) {
+    MoveResult exchange(const TreeRecord& before) {
+        std::string aside;
+        int fault = EEXIST;
+        for (int number = 1; fault == EEXIST && number <= lastAside; ++number) {
+            aside = asideName(from_.place.name, number);
+            fault = renameExclusively(source(), original(), source(), aside.c_str());
+        }
+        if (fault) {
             dropCopy();
             return failed(from_.path, fault);
         }
         flushFolder(source());
-        const auto now = TreeRecord::of(source(), aside_.c_str());
-        if (!now || !(*now == before)) return putBack(from_.path, now ? EBUSY : now.error());
-        if (const int fault = renameExclusively(target(), copy_.c_str(), target(), finalName()))
-            return putBack(to_.path, fault);
+        const auto now = TreeRecord::of(source(), aside.c_str());
+        if (!now || !(*now == before)) return putBack(aside, from_.path, now ? EBUSY : now.error());
+        if (const int refusal = renameExclusively(target(), copy_.c_str(), target(), finalName()))
+            return putBack(aside, to_.path, refusal);
         flushFolder(target());
-        removeAside(before);
-        return {};
+        return removeAside(aside, before);
     }
 
-    FileResult<void> putBack(const Path& culprit, int reason) {
-        auto returned = returnAside();
+    MoveResult putBack(const std::string& aside, const Path& culprit, int reason) {
+        auto returned = returnAside(aside);
         return returned ? failed(culprit, reason) : returned;
     }
 
-    /// Its own name may have been taken meanwhile, by an application that made its folder anew: then it gets
-    /// a visible name beside, because a hidden one would be found by nobody. The error tells that name.
-    FileResult<void> returnAside() {
-        const auto rename = [&](const std::string& name) {
-            return renameExclusively(source(), aside_.c_str(), source(), name.c_str());
-        };
-        int fault = rename(original());
-        Path place = from_.path;
-        for (int number = 2; fault == EEXIST && number <= lastNumberTried; ++number) {
-            place = numberedName(from_.path, number);
-            fault = rename(place.lastComponent());
-        }
-        if (fault) return failed(from_.path, fault);
-        flushFolder(source());
+    /// The error tells another name than its own, when that was taken.
+    MoveResult returnAside(const std::string& aside) {
+        const auto place = giveVisibleName(from_, aside);
+        if (!place) return tl::unexpected(place.error());
         dropCopy();
-        if (place != from_.path) return refused(place, FileFault::exists);
+        if (*place != from_.path) return refused(*place, FileFault::exists);
         return {};
     }
 
-    /// The item is complete at its destination: what cannot be removed any more does not undo the move, and
-    /// what came to the original since it was copied stays beside it.
-    void removeAside(const TreeRecord& known) {
-        removeTree(source(), aside_.c_str(), &known);
+    /// The item is complete at its destination: what cannot be removed any more does not undo the move.
+    std::optional<MoveRemains> removeAside(const std::string& aside, const TreeRecord& known) {
+        const int fault = removeTree(source(), aside.c_str(), &known);
         flushFolder(source());
+        if (!isTaken(source(), aside.c_str())) return std::nullopt;
+        return remainsAt(aside, fault == 0 || fault == ENOTEMPTY ? FileFault::busy : faultOf(fault));
     }
 
-    FileResult<void> settleCommitted() {
-        const auto known = TreeRecord::of(source(), aside_.c_str());
-        if (!known) return failed(from_.path, known.error());
+    struct Completion {
+        bool isThisMoves = false; ///< and its copy whole, so that it is complete now
+        std::optional<MoveRemains> remains = {};
+    };
+
+    FileResult<Completion> complete(const std::string& aside) {
         const bool isPlaced = isTaken(target(), finalName());
-        const bool isCopied = isTaken(target(), copy_.c_str());
-        if (isPlaced && asideIs(finalName(), Compared::remains)) {
-            removeAside(*known);
-            return {};
-        }
-        if (!isPlaced && isCopied && asideIs(copy_.c_str(), Compared::whole)) {
-            if (const int fault = renameExclusively(target(), copy_.c_str(), target(), finalName()))
+        if (!isPlaced && !isTaken(target(), copy_.c_str())) return {};
+        const auto known = TreeRecord::of(source(), aside.c_str());
+        if (!known && !isPlaced) return failed(from_.path, known.error());
+        if (!known) return Completion{true, remainsAt(aside, faultOf(known.error()))};
+        const auto compared = isPlaced ? Compared::remains : Compared::whole;
+        const char* copy = isPlaced ? finalName() : copy_.c_str();
+        if (!isSameTree(source(), aside.c_str(), target(), copy, compared).value_or(false))
+            return Completion{};
+        if (!isPlaced) {
+            if (const int fault = renameExclusively(target(), copy, target(), finalName()))
                 return failed(to_.path, fault);
             flushFolder(target());
-            removeAside(*known);
-            return {};
         }
-        // No complete copy: the original goes back, unless it may have begun to be removed.
-        if (isPlaced && !isCopied) return refused(to_.path, FileFault::exists);
-        return returnAside();
+        return Completion{true, removeAside(aside, *known)};
     }
 
-    bool asideIs(const char* copy, Compared compared) const {
-        return isSameTree(source(), aside_.c_str(), target(), copy, compared).value_or(false);
+    /// The original goes back. Where it stands, too, and nothing was copied, what is aside are remains of an
+    /// earlier move, which has another destination.
+    MoveResult settleWithoutWholeCopy(const std::string& aside, bool isCopied) {
+        if (!isCopied && isTaken(source(), original())) return {};
+        return returnAside(aside);
     }
 
     const MoveEnd& from_;
     const MoveEnd& to_;
     const std::string copy_ = nameBeside(".tidwen-copy-", to_.place.name);
-    const std::string aside_ = asideName(from_.place.name);
 };
 
 } // namespace
 
-FileResult<void> moveByCopy(const MoveEnd& from, const MoveEnd& to) {
+MoveResult moveByCopy(const MoveEnd& from, const MoveEnd& to) {
     return CopiedMove(from, to).run();
 }
 
-std::string asideName(const std::string& name) {
-    return nameBeside(".tidwen-moved-", name);
-}
-
-FileResult<void> settleMoveByCopy(const MoveEnd& from, const MoveEnd& to) {
+MoveResult settleMoveByCopy(const MoveEnd& from, const MoveEnd& to) {
     const int source = from.place.folder.get(), target = to.place.folder.get();
     if (finishLinkedRename(source, from.place.name.c_str(), target, to.place.name.c_str())) {
         flushFolder(target);
@@ -166,6 +203,24 @@ FileResult<void> settleMoveByCopy(const MoveEnd& from, const MoveEnd& to) {
         return {};
     }
     return CopiedMove(from, to).settle();
+}
+
+FileResult<std::vector<Path>> revealAside(const MoveEnd& from) {
+    std::vector<Path> places;
+    for (const auto& aside : namesAside(from.place.folder.get(), from.place.name)) {
+        auto place = giveVisibleName(from, aside);
+        if (!place) return tl::unexpected(place.error());
+        places.push_back(std::move(*place));
+    }
+    return places;
+}
+
+std::vector<std::string> namesAside(int folder, const std::string& name) {
+    std::vector<std::string> names;
+    for (int number = 1; number <= lastAside; ++number)
+        if (auto aside = asideName(name, number); isTaken(folder, aside.c_str()))
+            names.push_back(std::move(aside));
+    return names;
 }
 
 } // namespace tidwen

@@ -16,15 +16,20 @@ struct MoveEnd {
 /// ".tidwen-moved-<name>" in its own folder, looked at once more, the copy gets its name, and the original is
 /// removed. An error leaves the original complete where it was and no copy. What the destination's disk
 /// cannot keep (an attribute, an owner, a kind of item) is an error before anything changes, never left out.
+/// What of the original cannot be removed, or came to it since it was copied, stays aside and is told.
 ///
 /// Only hard links from outside the tree do not survive: their other names keep the content on the old disk.
-FileResult<void> moveByCopy(const MoveEnd& from, const MoveEnd& to);
+MoveResult moveByCopy(const MoveEnd& from, const MoveEnd& to);
 
-/// Settles what a crash in the middle of such a move left; what cannot be shown to be that move's is never
-/// removed. Also finishes a move on one disk that was made of a hard link.
-FileResult<void> settleMoveByCopy(const MoveEnd& from, const MoveEnd& to);
+/// What `FileSystem::settleInterruptedMove` promises. Also finishes a move on one disk that was made of a
+/// hard link.
+MoveResult settleMoveByCopy(const MoveEnd& from, const MoveEnd& to);
 
-/// What the original of such a move is called while it stands aside.
-std::string asideName(const std::string& name);
+/// What `FileSystem::revealRemains` promises.
+FileResult<std::vector<Path>> revealAside(const MoveEnd& from);
+
+/// The names under which originals of such moves stand aside in a folder, the oldest first: more than one
+/// only where an earlier move left remains.
+std::vector<std::string> namesAside(int folder, const std::string& name);
 
 } // namespace tidwen

@@ -21,11 +21,11 @@ int renamePlainly(int fromFolder, const char* from, int toFolder, const char* to
     return ::renameat(fromFolder, from, toFolder, to) == 0 ? 0 : errno;
 }
 
+/// The kernel itself puts a folder only where nothing is, or a folder that is empty.
 int renameFolder(int fromFolder, const char* from, int toFolder, const char* to) {
-    if (::mkdirat(toFolder, to, 0700) != 0) return errno;
+    if (isTaken(toFolder, to)) return EEXIST;
     const int fault = renamePlainly(fromFolder, from, toFolder, to);
-    if (fault) ::unlinkat(toFolder, to, AT_REMOVEDIR); // fails when somebody has put something in it
-    return fault;
+    return (fault == ENOTDIR || fault == ENOTEMPTY) && isTaken(toFolder, to) ? EEXIST : fault;
 }
 
 int renameByLink(int fromFolder, const char* from, int toFolder, const char* to) {

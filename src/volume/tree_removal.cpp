@@ -17,7 +17,13 @@ class TreeRemoval : public TreeVisitor {
             somethingStays_ = true;
             return 0;
         }
-        return ::unlinkat(item.folder, item.name, 0) == 0 ? 0 : errno;
+        return ::unlinkat(item.folder, item.name, 0) == 0 ? 0 : skipped(errno);
+    }
+
+    int skipped(int fault) override {
+        somethingStays_ = true;
+        if (!fault_) fault_ = fault;
+        return 0;
     }
 
     bool unlock(const TreeItem& item) override {
@@ -34,16 +40,17 @@ class TreeRemoval : public TreeVisitor {
 
     int left(const TreeItem& item) override {
         if (::unlinkat(item.folder, item.name, AT_REMOVEDIR) == 0) return 0;
-        if (errno != ENOTEMPTY && errno != EEXIST) return errno;
+        if (errno != ENOTEMPTY && errno != EEXIST) return skipped(errno);
         somethingStays_ = true; // what is new in it may be all there is of it
         return 0;
     }
 
-    bool somethingStays() const { return somethingStays_; }
+    int outcome() const { return fault_ == 0 && somethingStays_ ? ENOTEMPTY : fault_; }
 
   private:
     const TreeRecord* known_;
     bool somethingStays_ = false;
+    int fault_ = 0; ///< the first
 };
 
 } // namespace
@@ -51,7 +58,7 @@ class TreeRemoval : public TreeVisitor {
 int removeTree(int folder, const char* name, const TreeRecord* known) {
     TreeRemoval removal(known);
     if (const int fault = walkTree(folder, name, removal)) return fault;
-    return removal.somethingStays() ? ENOTEMPTY : 0;
+    return removal.outcome();
 }
 
 } // namespace tidwen

@@ -43,11 +43,13 @@ class Walker {
 
     int visit(const char* name) {
         const auto status = statItem(current(), name);
-        if (!status) return status.error();
+        if (!status) return visitor_.skipped(status.error());
         if (!device_) device_ = status->st_dev;
-        if (status->st_dev != *device_) return EXDEV;
+        if (status->st_dev != *device_) return visitor_.skipped(EXDEV);
         const TreeItem item{current(), name, *status};
-        return S_ISDIR(status->st_mode) ? goDown(item) : visitor_.item(item);
+        if (!S_ISDIR(status->st_mode)) return visitor_.item(item);
+        const int fault = goDown(item);
+        return fault ? visitor_.skipped(fault) : 0;
     }
 
     int goDown(const TreeItem& item) {
@@ -66,11 +68,11 @@ class Walker {
         Level level{.name = item.name, .status = item.status, .pending = {}};
         for (auto entry = entries->rbegin(); entry != entries->rend(); ++entry)
             level.pending.push_back(std::move(entry->name));
-        levels_.push_back(std::move(level));
         if (!stack_)
             stack_.emplace(std::move(opened));
         else if (!stack_->push(std::move(opened)))
             return ESTALE;
+        levels_.push_back(std::move(level));
         return 0;
     }
 

@@ -11,7 +11,8 @@ struct TreeItem {
     const struct stat& status;
 };
 
-/// What is done on a walk. Every call gives 0 to go on, or an errno that ends the walk.
+/// What is done on a walk. Every call gives 0 to go on, or an errno that ends the walk; from `enter` it means
+/// the same as a folder that could not be entered.
 class TreeVisitor {
   public:
     virtual ~TreeVisitor() = default;
@@ -19,6 +20,8 @@ class TreeVisitor {
     virtual int item(const TreeItem& item) = 0;
     /// A folder that may not be read: true when it may now.
     virtual bool unlock(const TreeItem&) { return false; }
+    /// An item that could not be looked at, or a folder that could not be entered: 0 to go on without it.
+    virtual int skipped(int fault) { return fault; }
     /// A folder, just opened.
     virtual int enter(const TreeItem&, int /*opened*/) { return 0; }
     /// The same folder when everything in it has been seen, still open.

@@ -276,7 +276,7 @@ FileResult<void> VolumeFileSystem::createDirectories(const Path& folder) {
     return created;
 }
 
-FileResult<void> VolumeFileSystem::move(const Path& from, const Path& to) {
+MoveResult VolumeFileSystem::move(const Path& from, const Path& to) {
     const auto source = impl_->resolver.placeForChange(from);
     if (!source) return tl::unexpected(source.error());
     const auto target = impl_->resolver.placeForChange(to);
@@ -295,7 +295,7 @@ FileResult<void> VolumeFileSystem::move(const Path& from, const Path& to) {
     return {};
 }
 
-FileResult<void> VolumeFileSystem::settleInterruptedMove(const Path& from, const Path& to) {
+MoveResult VolumeFileSystem::settleInterruptedMove(const Path& from, const Path& to) {
     const auto source = impl_->resolver.placeForChange(from);
     if (!source) return tl::unexpected(source.error());
     const auto target = impl_->resolver.placeForChange(to);
@@ -305,7 +305,13 @@ FileResult<void> VolumeFileSystem::settleInterruptedMove(const Path& from, const
 
 bool VolumeFileSystem::isSetAside(const Path& from) const {
     const auto source = impl_->resolver.place(from, LastLink::keep);
-    return source && isTaken(source->folder.get(), asideName(source->name).c_str());
+    return source && !namesAside(source->folder.get(), source->name).empty();
+}
+
+FileResult<std::vector<Path>> VolumeFileSystem::revealRemains(const Path& from) {
+    const auto source = impl_->resolver.placeForChange(from);
+    if (!source) return tl::unexpected(source.error());
+    return revealAside({*source, from});
 }
 
 FileResult<void> VolumeFileSystem::replaceFile(const Path& file, std::string_view content, NewFileMode mode) {

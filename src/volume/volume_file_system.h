@@ -39,9 +39,10 @@ class VolumeFileSystem : public FileSystem {
     bool isMovable(const Path& path) const override;
     FileResult<void> createDirectory(const Path& folder) override;
     FileResult<void> createDirectories(const Path& folder) override;
-    FileResult<void> move(const Path& from, const Path& to) override;
-    FileResult<void> settleInterruptedMove(const Path& from, const Path& to) override;
+    MoveResult move(const Path& from, const Path& to) override;
+    MoveResult settleInterruptedMove(const Path& from, const Path& to) override;
     bool isSetAside(const Path& from) const override;
+    FileResult<std::vector<Path>> revealRemains(const Path& from) override;
     FileResult<void> replaceFile(const Path& file, std::string_view content, NewFileMode mode) override;
     FileResult<void> removeFile(const Path& file) override;
     FileResult<void> removeEmptyDirectory(const Path& folder) override;

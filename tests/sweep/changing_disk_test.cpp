@@ -66,11 +66,14 @@ class WatchedFiles : public FileSystem {
     FileResult<void> createDirectories(const Path& folder) override {
         return files_.createDirectories(folder);
     }
-    FileResult<void> move(const Path& from, const Path& to) override { return files_.move(from, to); }
-    FileResult<void> settleInterruptedMove(const Path& from, const Path& to) override {
+    MoveResult move(const Path& from, const Path& to) override { return files_.move(from, to); }
+    MoveResult settleInterruptedMove(const Path& from, const Path& to) override {
         return files_.settleInterruptedMove(from, to);
     }
     bool isSetAside(const Path& from) const override { return files_.isSetAside(from); }
+    FileResult<std::vector<Path>> revealRemains(const Path& from) override {
+        return files_.revealRemains(from);
+    }
     FileResult<void> replaceFile(const Path& file, std::string_view content, NewFileMode mode) override {
         return files_.replaceFile(file, content, mode);
     }

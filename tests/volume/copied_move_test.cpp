@@ -242,6 +242,7 @@ TEST_F(CopiedMove, AKillAtAnyChangeIsSettled) {
 
 /// Somebody goes on writing in the item while it is moved: whatever the move makes of it, the words survive.
 TEST_F(CopiedMove, WhatIsWrittenMeanwhileIsNotLost) {
+    int kept = 0;
     const int changes = forEveryChange(
         here.path(), away,
         [&](pid_t) {
@@ -264,8 +265,36 @@ TEST_F(CopiedMove, WhatIsWrittenMeanwhileIsNotLost) {
                                        .substr(std::min<std::size_t>(300'000, fs::file_size(entry.path())));
             EXPECT_NE(words.find("new words"), words.npos);
             EXPECT_NE(words.find("more words"), words.npos);
+            if (!fs::exists(here.path() / ".tidwen-moved-app")) return;
+            const auto settled = openVolume()->settleInterruptedMove(hereAt("app"), awayAt("app"));
+            EXPECT_EQ(settled.value(), (MoveRemains{hereAt(".tidwen-moved-app"), FileFault::busy}));
+            EXPECT_EQ(outcome(openVolume()->move(hereAt("app"), awayAt("app, anew"))), "ok");
+            EXPECT_EQ(openVolume()->revealRemains(hereAt("app")), std::vector{hereAt("app")});
+            EXPECT_TRUE(fs::exists(here.path() / "app/inner/new"));
+            kept += 1;
         });
     if (changes == 0) GTEST_SKIP() << "this process may not trace its child";
+    EXPECT_GT(kept, 0);
+}
+
+/// What refuses to go is told, taken away as soon as that is possible, and not in the way of the next move.
+TEST_F(CopiedMove, WhatCannotBeRemovedIsToldAndRemovedLater) {
+    const auto files = openVolume();
+    const MoveRemains first{hereAt(".tidwen-moved-app"), FileFault::io},
+        second{hereAt(".tidwen-moved2-app"), FileFault::io};
+    for (const auto& [name, remains] : {std::pair{"one", first}, std::pair{"two", second}}) {
+        writeFile(here.path() / "app/inner/file", name);
+        inChild([&, name = name, remains = remains] {
+            ASSERT_TRUE(refuseSystemCall(SYS_unlinkat, EIO));
+            EXPECT_EQ(files->move(hereAt("app"), awayAt(name)).value(), remains);
+        });
+        EXPECT_EQ(contentOf(away / name / "inner/file"), name);
+    }
+    EXPECT_TRUE(files->isSetAside(hereAt("app")));
+    for (const auto* name : {"one", "two"})
+        EXPECT_EQ(outcome(files->settleInterruptedMove(hereAt("app"), awayAt(name))), "ok");
+    EXPECT_TRUE(fs::is_empty(here.path()));
+    EXPECT_EQ(namesIn(away), (std::vector<std::string>{"one", "two"}));
 }
 
 #endif
@@ -292,7 +321,9 @@ TEST(SettleInterruptedMove, RemovesOnlyWhatIsSafeElsewhere) {
         {"the original came anew, copied", "x", "ab", "ab", "", "ok", "x", "", "", "ab"},
         {"the original came anew, done", "x", "", "ab", "ab", "ok", "x", "", "", "ab"},
         {"the original came anew, half copied", "x", "a", "ab", "", "exists", "x", "", "", "", "ab"},
-        {"the destination is not the copy", "", "", "ab", "ax", "exists", "", "", "ab", "ax"},
+        {"written meanwhile", "", "", "bn", "ab", "remains", "", "", "bn", "ab"},
+        {"the original came anew, written meanwhile", "x", "", "bn", "ab", "remains", "x", "", "bn", "ab"},
+        {"remains of an earlier move", "x", "", "bn", "", "ok", "x", "", "bn", ""},
         {"all four", "x", "ab", "ab", "y", "exists", "x", "", "", "y", "ab"},
         {"only a copy", "", "ab", "", "", "missing", "", "ab", "", ""},
     };
@@ -316,7 +347,8 @@ TEST(SettleInterruptedMove, RemovesOnlyWhatIsSafeElsewhere) {
         }
         const auto files = openVolume(volume.hostRoot());
         EXPECT_EQ(files->isSetAside(Path("/from/x")), !each.aside.empty());
-        EXPECT_EQ(outcome(files->settleInterruptedMove(Path("/from/x"), Path("/to/x"))), each.result);
+        const auto settled = files->settleInterruptedMove(Path("/from/x"), Path("/to/x"));
+        EXPECT_EQ(settled && *settled ? "remains" : outcome(settled), each.result);
         for (std::size_t i = 0; i < 5; ++i) {
             std::string letters;
             if (volume.exists(places[i]))

@@ -168,6 +168,9 @@ TEST(VolumeFileSystem, NeverReplacesWhereTheExclusiveRenameIsRefused) {
                 EXPECT_EQ(outcome(files->move(Path(source), moved)), "ok");
                 EXPECT_EQ(outcome(files->move(moved, Path(source))), "ok");
             }
+            // As when the process ends there: nothing stands in for the folder at its new name.
+            ASSERT_TRUE(refuseSystemCall(SYS_renameat, EIO) && refuseSystemCall(SYS_unlinkat, EIO));
+            EXPECT_EQ(outcome(files->move(Path("/folder"), Path("/folder2"))), "io");
         });
         EXPECT_TRUE(std::filesystem::is_directory(path("folder/inner")));
         EXPECT_EQ(files->read(Path("/file"), 99).value_or("?"), "content");
