@@ -6,10 +6,12 @@
 
 namespace tidwen {
 
-/// Writes the content of one open file into another, empty one; holes stay holes. 0 or the errno.
+/// Writes the content of one open file into another, empty one. Holes stay holes; what the disk says of them
+/// is believed only where it agrees with what the file takes on the disk. 0 or the errno.
 int copyContent(int from, int to, std::uint64_t size);
 
-/// Whether the first `size` bytes of two open files are the same.
+/// Whether the first `size` bytes of two open files are the same. All of them are read: what was believed for
+/// the copy may have been wrong.
 OsResult<bool> haveSameContent(int a, int b, std::uint64_t size);
 
 } // namespace tidwen

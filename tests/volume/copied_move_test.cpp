@@ -162,6 +162,17 @@ TEST_F(CopiedMove, AFullDiskLeavesTheOriginalAndNoCopy) {
 
 #ifdef __linux__
 
+/// File systems have called a hole what was written a moment before; here all of every file.
+TEST_F(CopiedMove, CopiesWhatTheDiskWronglyCallsAHole) {
+    writeFile(here.path() / "app/file", std::string(700'000, 'x'));
+    const auto before = fingerprint(here.path() / "app");
+    inChild([&] {
+        ASSERT_TRUE(refuseSystemCall(SYS_lseek, ENXIO));
+        EXPECT_EQ(outcome(openVolume()->move(hereAt("app"), awayAt("app"))), "ok");
+    });
+    EXPECT_EQ(fingerprint(away / "app"), before);
+}
+
 /// Whether the call at which a traced process stopped would change a disk.
 bool wouldChangeADisk(const __ptrace_syscall_info& stop) {
     constexpr long changing[] = {SYS_mkdirat, SYS_renameat2, SYS_unlinkat,  SYS_linkat, SYS_symlinkat,
