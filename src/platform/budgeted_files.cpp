@@ -45,35 +45,44 @@ FileResult<std::string> BudgetedFiles::readRange(const Path& file, std::uint64_t
     return content;
 }
 
-std::optional<BudgetedFiles::ParsedKey> BudgetedFiles::keyOf(const Path& file, std::size_t bytes,
+std::optional<BudgetedFiles::ParsedKey> BudgetedFiles::keyOf(const Path& file,
                                                              const PropertyListLimits& limits) const {
-    if (bytes < smallestKept) return std::nullopt;
-    const auto info = files_.infoFollowingLinks(file);
-    if (!info) return std::nullopt;
-    return ParsedKey{info->device, info->inode, info->modifiedNanoseconds, bytes, limits.nodes, limits.depth};
+    const auto info = infoFollowingLinks(file);
+    if (!info || info->size < smallestKept) return std::nullopt;
+    return ParsedKey{info->device, info->inode, info->modifiedNanoseconds, info->size, limits.bytes,
+                     limits.nodes, limits.depth};
+}
+
+std::optional<BudgetedFiles::Parsed> BudgetedFiles::known(const Path& file,
+                                                          const PropertyListLimits& limits) const {
+    {
+        const std::lock_guard lock(mutex_);
+        if (parsed_.empty()) return std::nullopt; // as on most disks: then there is nothing to look up
+    }
+    const auto key = keyOf(file, limits);
+    const std::lock_guard lock(mutex_);
+    const auto found = std::find_if(parsed_.begin(), parsed_.end(),
+                                    [&](const Parsed& parsed) { return key && parsed.key == *key; });
+    return found == parsed_.end() ? std::nullopt : std::optional(*found);
 }
 
 std::shared_ptr<const PropertyListValue> BudgetedFiles::propertyList(const Path& file,
                                                                      const PropertyListLimits& limits) const {
+    if (const auto parsed = known(file, limits)) return parsed->value;
     const auto bytes = read(file, limits.bytes);
     if (!bytes) return nullptr;
-    const auto key = keyOf(file, bytes->size(), limits);
-    if (key) {
-        const std::lock_guard lock(mutex_);
-        const auto known = std::find_if(parsed_.begin(), parsed_.end(),
-                                        [&](const Parsed& parsed) { return parsed.key == *key; });
-        if (known != parsed_.end()) return known->value;
-    }
     std::shared_ptr<const PropertyListValue> value;
     {
         const ReadBudget::Work work(budget_);
         if (auto parsed = parsePropertyList(*bytes, limits))
             value = std::make_shared<const PropertyListValue>(std::move(*parsed));
     }
-    if (!key) return value;
-    const std::lock_guard lock(mutex_);
-    parsed_.push_back({*key, value});
-    if (parsed_.size() > mostKept) parsed_.pop_front();
+    if (bytes->size() < smallestKept) return value;
+    if (const auto key = keyOf(file, limits)) {
+        const std::lock_guard lock(mutex_);
+        parsed_.push_back({*key, value});
+        if (parsed_.size() > mostKept) parsed_.pop_front();
+    }
     return value;
 }
 

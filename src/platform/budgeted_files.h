@@ -73,8 +73,8 @@ class BudgetedFiles : public FileSystem {
 
   private:
     /// One state of one file, and the limits that it was parsed within.
-    using ParsedKey =
-        std::tuple<std::uint64_t, std::uint64_t, std::int64_t, std::uint64_t, std::size_t, std::size_t>;
+    using ParsedKey = std::tuple<std::uint64_t, std::uint64_t, std::int64_t, std::uint64_t, std::size_t,
+                                 std::size_t, std::size_t>;
     struct Parsed {
         ParsedKey key;
         std::shared_ptr<const PropertyListValue> value; ///< null: malformed
@@ -84,8 +84,8 @@ class BudgetedFiles : public FileSystem {
         return tl::unexpected(FileError{.fault = FileFault::notSupported, .path = path});
     }
     std::optional<FileError> spent(const Path& path) const;
-    std::optional<ParsedKey> keyOf(const Path& file, std::size_t bytes,
-                                   const PropertyListLimits& limits) const;
+    std::optional<ParsedKey> keyOf(const Path& file, const PropertyListLimits& limits) const;
+    std::optional<Parsed> known(const Path& file, const PropertyListLimits& limits) const;
 
     const FileSystem& files_;
     ReadBudget budget_;

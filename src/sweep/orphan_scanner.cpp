@@ -144,12 +144,17 @@ OrphanScanResult OrphanScanner::scan(const std::vector<Path>& bundles,
     OwnerJudge judge(owners, ports_.running, isRegistered_, protectedIDs);
     const PathPolicy policy(user_);
     std::map<std::string, Finds> byIdentifier;
-
-    for (const auto& location : searchLocations(user_)) {
+    const auto locations = searchLocations(user_);
+    std::set<Path> linkedPlaces; // each is searched once, whatever leads to it
+    for (const auto& location : locations)
+        linkedPlaces.insert(location.url);
+    for (const auto& location : locations) {
         if (stop.stopRequested()) break;
-        // A location that is a link to what must not be touched.
+        // A location that is a link to another one, or to what must not be touched.
         const auto place = ports_.files.resolve(location.url);
-        if (place && *place != location.url && policy.check(*place / "item")) continue;
+        if (place && *place != location.url
+            && (!linkedPlaces.insert(*place).second || policy.check(*place / "item")))
+            continue;
         auto candidates = listOrphanCandidates(files, location, result.skippedNames, stop);
         if (!candidates) {
             ports_.log.warning("Unreadable location {}", location.url.string());

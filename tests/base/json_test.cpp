@@ -12,7 +12,7 @@ TEST(Json, WritesTheHouseForm) {
     const json value = {{"b", {1, -2, true, nullptr}},
                         {"a", {{"path", "/Library/\"x\"\\"}, {"empty", json::object()}}},
                         {"none", json::array()},
-                        {"odd", "tab\t\x01\x7F caf\u00E9 \xFF"}};
+                        {"odd", "tab\t\x01\x7F\u009B\u202E\u2029 caf\u00E9 \xFF"}};
     EXPECT_EQ(writeJson(value), R"({
   "a" : {
     "empty" : {},
@@ -25,8 +25,29 @@ TEST(Json, WritesTheHouseForm) {
     null
   ],
   "none" : [],
-  "odd" : "tab\t\u0001\u007f café )"
+  "odd" : "tab\t\u0001\u007f\u009b\u202e\u2029 café )"
                                 "\uFFFD\"\n}\n");
+}
+
+TEST(Json, AStreamGivesTheSameDocument) {
+    std::string text;
+    JsonStream out([&](std::string_view piece) { text += piece; });
+    out.beginObject();
+    out.key("groups");
+    out.beginArray();
+    out.value({{"name", "a/b"}, {"sizes", {1, 2}}});
+    out.beginObject();
+    out.key("none");
+    out.beginArray();
+    out.end();
+    out.end();
+    out.end();
+    out.key("left");
+    out.value(std::string(200'000, 'x')); // more than one piece
+    out.end();
+    const json expected = {{"groups", {{{"name", "a/b"}, {"sizes", {1, 2}}}, {{"none", json::array()}}}},
+                           {"left", std::string(200'000, 'x')}};
+    EXPECT_EQ(text, writeJson(expected));
 }
 
 TEST(Json, ReadsWhatItWrites) {

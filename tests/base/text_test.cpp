@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <utility>
 #include <vector>
 
 namespace tidwen {
@@ -71,6 +72,20 @@ TEST(Text, MeasuresText) {
         EXPECT_EQ(displayWidth(c.text), c.columns);
     }
     EXPECT_FALSE(isValidUtf8("\xED\xA0\x80"));
+}
+
+TEST(Text, EscapesWhatATerminalObeysAndAReaderDoesNotSee) {
+    const std::pair<const char*, std::string> escaped[] = {
+        {"\x1b", "1b"},     {"\x7f", "7f"},     {"\u0080", "80"},   {"\u009b", "9b"},   {"\u009f", "9f"},
+        {"\u061c", "61c"},  {"\u200e", "200e"}, {"\u200f", "200f"}, {"\u2028", "2028"}, {"\u2029", "2029"},
+        {"\u202a", "202a"}, {"\u202e", "202e"}, {"\u2066", "2066"}, {"\u2069", "2069"}, {"\ufeff", "feff"}};
+    for (const auto& [text, number] : escaped) {
+        EXPECT_EQ(printable(std::string("a") + text), "a\\u{" + number + "}");
+        EXPECT_EQ(printable(text, EscapeForm::json), "\\u" + std::string(4 - number.size(), '0') + number);
+    }
+    for (const auto* text : {"plain", "\u00A0\u00E9\u65E5\u200D\U0001F600"})
+        EXPECT_EQ(printable(text), text);
+    EXPECT_EQ(printable("a\n\xFF"), "a\\n\uFFFD");
 }
 
 TEST(Text, OrdersListsAsPeopleReadThem) {

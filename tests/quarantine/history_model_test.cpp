@@ -53,6 +53,14 @@ class History : public testing::Test {
     HistoryModel model{{volume.files(), undoService, purge, texts, main, background}, user};
 };
 
+TEST_F(History, CountsRunsForWhichTheBudgetDoesNotSuffice) {
+    for (const auto* name : {"a", "b", "c"})
+        run(name, 0);
+    const ReadBudget budget({.bytes = 1});
+    EXPECT_EQ(loadHistory(user, volume.files(), false, budget).size(), 1u);
+    EXPECT_EQ(budget.leftOut(), 2u);
+}
+
 TEST_F(History, ListsWhatCanBeReadNewestFirst) {
     run("Old", 0);
     run("Twin a", 5);

@@ -306,7 +306,7 @@ TEST_F(Scanner, LeavesOutWhatMustNotMove) {
     volume.makeFolder(library + "Application Support/CrashReporter");
     EXPECT_THAT(found(), ElementsAre("caches exactBundleID: ~Caches/com.corvella.marlin.notes"));
     EXPECT_LT(scan().traces.at(2).sizeBytes.value_or(-1), 90'000); // of the link, not of what it leads to
-    EXPECT_TRUE(log.contains("not valid UTF-8"));
+    EXPECT_THAT(scan().skippedNames, ElementsAre(Path(library + "Caches/com.corvella.marlin.notes.\xff")));
     EXPECT_THAT(scan().unreadableLocations, IsEmpty());
 }
 
@@ -321,6 +321,20 @@ TEST_F(Scanner, NamesLocationsThatItCannotRead) {
         EXPECT_TRUE(log.contains("Unreadable location /Users/alice/Library/Caches"));
         EXPECT_EQ(result.traces.size(), 3u);
     });
+}
+
+TEST_F(Scanner, ClaimsNothingThatItsBudgetLeavesOut) {
+    const auto metadata = writeXmlPropertyList(PropertyListDictionary{
+        {"MCMMetadataIdentifier", "com.corvella.marlin.notes"}, {"padding", std::string(3'000'000, 'x')}});
+    const auto name = [](int i) {
+        return library + "Containers/com.corvella.marlin.notes." + std::to_string(i);
+    };
+    for (int i = 0; i < 110; ++i)
+        volume.write(name(i) + "/.com.apple.containermanagerd.metadata.plist", metadata);
+    const auto result = scan();
+    EXPECT_GT(result.leftOut, 0u);
+    EXPECT_LT(result.traces.size(), 100u);
+    EXPECT_TRUE(log.contains("Too much to read"));
 }
 
 TEST_F(Scanner, LooksIntoNoTemporaryFolderThatCannotBeOne) {

@@ -1,6 +1,7 @@
 #include "sweep/orphan_scanner.h"
 
 #include "inventory/installed_applications.h"
+#include "platform/budgeted_files.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "sweep/known_owners.h"
@@ -97,6 +98,29 @@ TEST_F(OrphanScan, LeavesAloneWhatAnybodyCouldClaim) {
     volume.write("/private/var/db/receipts/com.tool.only.bom", "x"); // a receipt alone may be a tool's
     registered = "com.registered.app";
     EXPECT_THAT(scan({"com.Protected.App"}).groups, IsEmpty());
+}
+
+TEST_F(OrphanScan, ClaimsNothingWhenNotAllApplicationsCouldBeRead) {
+    volume.write(home + "Preferences/com.gone.ferry.plist", "x");
+    test::writeBundle(volume, "/Applications/Marlin.app", "com.marlin.notes", "Marlin");
+    const BudgetedFiles files(volume.files(), ReadBudget({.bytes = 10}));
+    const FileCodeSignatures signatures(volume.files());
+    const VolumeRunningApplications running;
+    OrphanScanner scanner({files, signatures, running, log}, test::alice(),
+                          [](const auto&) { return false; });
+    const auto result = scanner.scan(findOwningBundles(volume.files(), test::alice()), {});
+    EXPECT_THAT(result.groups, IsEmpty());
+    EXPECT_GT(result.leftOut, 0u);
+}
+
+TEST_F(OrphanScan, SearchesAFolderWithTwoNamesOnceAndNamesWhatItSkips) {
+    volume.write(home + "Caches/com.gone.ferry/x", "x");
+    volume.write(home + "Caches/com.gone.\xff/x", "x");
+    volume.link(home + "HTTPStorages", "Caches");
+    const auto result = scan();
+    ASSERT_EQ(result.groups.size(), 1u);
+    EXPECT_EQ(result.groups[0].traces.size(), 1u);
+    EXPECT_THAT(result.skippedNames, ElementsAre(Path(home + "Caches/com.gone.\xff")));
 }
 
 TEST_F(OrphanScan, StopsWhenAsked) {

@@ -4,6 +4,7 @@
 #include "cli/sample/bill_of_materials_writer.h"
 #include "cli/sample/mach_o_stub.h"
 #include "scan/privacy_database.h"
+#include "platform/read_budget.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/sqlite_bytes.h"
@@ -200,6 +201,18 @@ TEST(SharedFiles, AProgramThatHangsIsNotWaitedForForEver) {
     const auto refused = lockPatiently(volume.files(), Path("/folder"), std::chrono::milliseconds(1));
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().fault, FileFault::busy);
+TEST(VolumeSystemExtensions, ReadsALongListInLinearTime) {
+    test::TemporaryVolume volume;
+    PropertyListArray extensions;
+    for (int i = 0; i < 100'000; ++i)
+        extensions.emplace_back(PropertyListDictionary{
+            {"identifier", "com.example.extension" + std::to_string(i % 99'999)}, {"teamID", team}});
+    volume.write("/Library/SystemExtensions/db.plist",
+                 writeBinaryPropertyList(PropertyListDictionary{{"extensions", std::move(extensions)}}));
+    const auto start = ReadBudget::threadTime();
+    EXPECT_EQ(VolumeSystemExtensions(volume.files()).list().size(), 99'999u);
+    EXPECT_LT(ReadBudget::threadTime() - start,
+              std::chrono::seconds(10)); // comparing each with each: minutes
 }
 
 } // namespace
