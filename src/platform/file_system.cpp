@@ -30,6 +30,8 @@ std::string_view failureKey(FileFault fault) {
         return "failure.file.notSupported";
     case FileFault::exhausted:
         return "failure.file.exhausted";
+    case FileFault::otherDisk:
+        return "failure.file.otherDisk";
     case FileFault::io:
         break;
     }

@@ -26,6 +26,7 @@ struct FileInfo {
     std::uint32_t groupID = 0;
     std::int64_t modifiedNanoseconds = 0; ///< since 1970
     std::uint64_t device = 0;
+    std::uint64_t mount = 0; ///< tells apart two mounts of one device; 0 where the system does not
     std::uint64_t inode = 0;
     bool immutable = false; ///< carries a flag that forbids moving it, also for its owner
     std::optional<std::int64_t>
@@ -54,6 +55,7 @@ enum class FileFault {
     busy,         ///< another process holds it or is changing it
     exhausted,    ///< not looked at: the budget of the run is spent
     notSupported, ///< the file system or disk cannot do it
+    otherDisk,    ///< another disk, or another folder, is mounted there
     io,           ///< anything else
 };
 
@@ -169,9 +171,14 @@ class FileSystem {
     virtual FileResult<void> removeFile(const Path& file) = 0;
     /// Removes a folder that is empty.
     virtual FileResult<void> removeEmptyDirectory(const Path& folder) = 0;
-    /// Deletes an item with everything in it, for good: never through a link, never on another disk mounted
-    /// below. What cannot be deleted stays, with the folders above it; the error tells the first reason.
+    /// Deletes an item with everything in it, for good: never through a link, and nothing that is mounted at
+    /// or below it (`otherDisk`). Opens folders of this user's own that forbid it. What cannot be deleted
+    /// stays, with the folders above it; the error tells the first reason.
     virtual FileResult<void> removeTree(const Path& folder) = 0;
+    /// Whether an item or anything below it belongs to another owner, or cannot be looked at. Opens folders
+    /// of this user's own that forbid it for as long as it looks. `otherDisk` when something is mounted
+    /// there.
+    virtual FileResult<bool> holdsOthersItems(const Path& item, std::uint32_t ownerID) = 0;
     /// Takes a lock between processes on a folder, which must be no link. Leaves nothing behind. `busy` when
     /// another process holds it.
     virtual FileResult<std::unique_ptr<FolderLock>> lock(const Path& folder) = 0;

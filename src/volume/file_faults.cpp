@@ -31,13 +31,14 @@ FileFault faultOf(int osCode) {
     case EINVAL: // a folder into itself, a name that the disk's format does not allow
     case EILSEQ:
     case EFBIG: // larger than the disk's format allows
-    case EXDEV:
     case ENOSYS:
 #if ENOTSUP != EOPNOTSUPP
     case EOPNOTSUPP:
 #endif
     case ENOTSUP:
         return FileFault::notSupported;
+    case EXDEV:
+        return FileFault::otherDisk;
     default:
         return FileFault::io;
     }

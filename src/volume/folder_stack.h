@@ -1,8 +1,7 @@
 #pragma once
 
-#include "base/descriptor.h"
+#include "volume/item_description.h"
 
-#include <sys/stat.h>
 #include <vector>
 
 namespace tidwen {
@@ -20,16 +19,15 @@ class FolderStack {
 
     /// Goes down into an open folder. False when it cannot be identified.
     bool push(Descriptor folder);
-    /// The same for one that the system has just described.
-    void push(Descriptor folder, const struct stat& item);
+    /// The same for one that was just identified.
+    void push(Descriptor folder, const ItemIdentity& identity);
     /// Goes up one level. False when the folder above is not where it was.
     bool pop();
 
   private:
     struct Level {
         Descriptor folder;
-        dev_t device = 0;
-        ino_t inode = 0;
+        ItemIdentity identity;
     };
     std::vector<Level> levels_;
 };

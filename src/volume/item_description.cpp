@@ -30,13 +30,17 @@ std::int64_t nanoseconds(const statx_timestamp& time) {
     return time.tv_sec * 1'000'000'000 + time.tv_nsec;
 }
 
+std::uint64_t mountOf(const struct statx& item) {
+    return item.stx_mask & STATX_MNT_ID ? item.stx_mnt_id : 0;
+}
+
 } // namespace
 
 // statx tells the flags that forbid a change in the same call; the older way would have to open the item.
 OsResult<FileInfo> describeItem(int folder, const char* name) {
     struct statx item {};
-    if (::statx(folder, name, AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH, STATX_BASIC_STATS | STATX_BTIME, &item)
-        != 0)
+    constexpr unsigned wanted = STATX_BASIC_STATS | STATX_BTIME | STATX_MNT_ID;
+    if (::statx(folder, name, AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH, wanted, &item) != 0)
         return tl::unexpected(errno);
     FileInfo info{.kind = kindOf(item.stx_mode),
                   .size = item.stx_size,
@@ -46,12 +50,26 @@ OsResult<FileInfo> describeItem(int folder, const char* name) {
                   .groupID = item.stx_gid,
                   .modifiedNanoseconds = nanoseconds(item.stx_mtime),
                   .device = makedev(item.stx_dev_major, item.stx_dev_minor),
+                  .mount = mountOf(item),
                   .inode = item.stx_ino,
                   .immutable = (item.stx_attributes & (STATX_ATTR_IMMUTABLE | STATX_ATTR_APPEND)) != 0,
                   .createdNanoseconds = std::nullopt,
                   .addedNanoseconds = nanoseconds(item.stx_ctime)};
     if (item.stx_mask & STATX_BTIME) info.createdNanoseconds = nanoseconds(item.stx_btime);
     return info;
+}
+
+OsResult<ItemIdentity> identify(int folder, const char* name) {
+    struct statx item {};
+    if (::statx(folder, name, AT_SYMLINK_NOFOLLOW | AT_EMPTY_PATH | AT_NO_AUTOMOUNT, STATX_INO | STATX_MNT_ID,
+                &item)
+        != 0)
+        return tl::unexpected(errno);
+    return ItemIdentity{makedev(item.stx_dev_major, item.stx_dev_minor), item.stx_ino, mountOf(item)};
+}
+
+OsResult<ItemIdentity> identifyOpen(int descriptor) {
+    return identify(descriptor, "");
 }
 
 #else
@@ -92,6 +110,18 @@ OsResult<FileInfo> describeItem(int folder, const char* name) {
                         (item->st_flags & (UF_IMMUTABLE | UF_APPEND | SF_IMMUTABLE | SF_APPEND)) != 0,
                     .createdNanoseconds = nanoseconds(item->st_birthtimespec),
                     .addedNanoseconds = added ? *added : nanoseconds(changeTime(*item))};
+}
+
+OsResult<ItemIdentity> identify(int folder, const char* name) {
+    const auto item = statItem(folder, name);
+    if (!item) return tl::unexpected(item.error());
+    return ItemIdentity{.device = item->st_dev, .inode = item->st_ino};
+}
+
+OsResult<ItemIdentity> identifyOpen(int descriptor) {
+    const auto item = statOpen(descriptor);
+    if (!item) return tl::unexpected(item.error());
+    return ItemIdentity{.device = item->st_dev, .inode = item->st_ino};
 }
 
 #endif

@@ -18,6 +18,21 @@ OsResult<FileInfo> describeItem(int folder, const char* name);
 OsResult<struct stat> statItem(int folder, const char* name);
 OsResult<struct stat> statOpen(int descriptor);
 
+/// What tells an item from every other one, and the mount that it is on: a disk that is mounted twice, or a
+/// folder that is mounted elsewhere once more, has one device and two mounts.
+struct ItemIdentity {
+    dev_t device = 0;
+    ino_t inode = 0;
+    std::uint64_t mount = 0; ///< 0 for all where the system does not number them
+
+    bool isOnMountOf(const ItemIdentity& other) const {
+        return device == other.device && mount == other.mount;
+    }
+    friend bool operator==(const ItemIdentity&, const ItemIdentity&) = default;
+};
+OsResult<ItemIdentity> identify(int folder, const char* name);
+OsResult<ItemIdentity> identifyOpen(int descriptor);
+
 /// Whether an item of that name is there, a dangling link included; an errno other than ENOENT counts as yes.
 bool isTaken(int folder, const char* name);
 

@@ -12,6 +12,8 @@ class TreeRemoval : public TreeVisitor {
   public:
     explicit TreeRemoval(const TreeRecord* known) : known_(known) {}
 
+    std::size_t deepestLevel() const override { return deepestTree; }
+
     int item(const TreeItem& item) override {
         if (known_ && !known_->holds(item.status)) {
             somethingStays_ = true;

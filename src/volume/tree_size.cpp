@@ -13,7 +13,10 @@ namespace {
 class SizeWalk {
   public:
     SizeWalk(Descriptor top, const struct stat& item, std::uint64_t limit, const StopToken& stop)
-        : folders_(std::move(top)), device_(item.st_dev), limit_(limit), stop_(stop) {
+        : top_(identifyOpen(top.get()).value_or(ItemIdentity{})),
+          folders_(std::move(top)),
+          limit_(limit),
+          stop_(stop) {
         add(item);
     }
 
@@ -49,7 +52,7 @@ class SizeWalk {
             }
             ++size_.entries;
             const auto item = statItem(folders_.current(), name);
-            if (!item || item->st_dev != device_) continue;
+            if (!item || item->st_dev != top_.device) continue;
             add(*item);
             if (S_ISDIR(item->st_mode)) pending_.back().emplace_back(name);
         }
@@ -59,15 +62,15 @@ class SizeWalk {
     void enter(const std::string& name) {
         Descriptor folder = openFolderToRead(folders_.current(), name.c_str());
         if (!folder.isOpen()) return;
-        const auto item = statOpen(folder.get());
-        if (!item || item->st_dev != device_) return;
+        const auto identity = identifyOpen(folder.get());
+        if (!identity || !identity->isOnMountOf(top_)) return;
         pending_.emplace_back();
-        folders_.push(std::move(folder), *item);
+        folders_.push(std::move(folder), *identity);
         readCurrent();
     }
 
+    ItemIdentity top_;
     FolderStack folders_;
-    dev_t device_;
     std::uint64_t limit_;
     const StopToken& stop_;
     TreeSize size_;

@@ -11,13 +11,14 @@ namespace tidwen {
 
 namespace {
 
-constexpr std::size_t levelLimit = 4096;
-
 class Walker {
   public:
     Walker(int folder, TreeVisitor& visitor) : folder_(folder), visitor_(visitor) {}
 
     int run(const char* name) {
+        const auto holder = identifyOpen(folder_);
+        if (!holder) return holder.error();
+        holder_ = *holder;
         int fault = visit(name);
         while (!fault && !levels_.empty()) {
             auto& pending = levels_.back().pending;
@@ -44,8 +45,9 @@ class Walker {
     int visit(const char* name) {
         const auto status = statItem(current(), name);
         if (!status) return visitor_.skipped(status.error());
-        if (!device_) device_ = status->st_dev;
-        if (status->st_dev != *device_) return visitor_.skipped(EXDEV);
+        const auto identity = identify(current(), name);
+        if (!identity) return visitor_.skipped(identity.error());
+        if (!identity->isOnMountOf(holder_)) return visitor_.skipped(EXDEV);
         const TreeItem item{current(), name, *status};
         if (!S_ISDIR(status->st_mode)) return visitor_.item(item);
         const int fault = goDown(item);
@@ -53,14 +55,15 @@ class Walker {
     }
 
     int goDown(const TreeItem& item) {
-        if (levels_.size() >= levelLimit) return ENAMETOOLONG;
+        if (levels_.size() >= visitor_.deepestLevel()) return ENAMETOOLONG;
         Descriptor opened = openFolderToRead(item.folder, item.name);
         if (!opened.isOpen() && errno == EACCES && visitor_.unlock(item))
             opened = openFolderToRead(item.folder, item.name);
         if (!opened.isOpen()) return errno;
-        const auto status = statOpen(opened.get());
-        if (!status) return status.error();
-        if (status->st_dev != item.status.st_dev || status->st_ino != item.status.st_ino) return ESTALE;
+        const auto identity = identifyOpen(opened.get());
+        if (!identity) return identity.error();
+        if (!identity->isOnMountOf(holder_)) return EXDEV;
+        if (identity->inode != item.status.st_ino) return ESTALE;
         if (const int fault = visitor_.enter(item, opened.get())) return fault;
         auto entries = entriesOf(opened.get());
         if (!entries) return entries.error();
@@ -68,10 +71,10 @@ class Walker {
         Level level{.name = item.name, .status = item.status, .pending = {}};
         for (auto entry = entries->rbegin(); entry != entries->rend(); ++entry)
             level.pending.push_back(std::move(entry->name));
-        if (!stack_)
+        if (stack_)
+            stack_->push(std::move(opened), *identity);
+        else
             stack_.emplace(std::move(opened));
-        else if (!stack_->push(std::move(opened)))
-            return ESTALE;
         levels_.push_back(std::move(level));
         return 0;
     }
@@ -89,7 +92,7 @@ class Walker {
 
     int folder_; ///< that holds the tree
     TreeVisitor& visitor_;
-    std::optional<dev_t> device_;
+    ItemIdentity holder_; ///< of `folder_`: what is mounted at the item or below it is not the tree's
     std::optional<FolderStack> stack_;
     std::vector<Level> levels_;
 };

@@ -8,6 +8,7 @@
 #include "volume/folder_listing.h"
 #include "volume/item_description.h"
 #include "volume/root_resolver.h"
+#include "volume/tree_ownership.h"
 #include "volume/tree_removal.h"
 #include "volume/tree_size.h"
 
@@ -347,6 +348,14 @@ FileResult<void> VolumeFileSystem::removeTree(const Path& folder) {
         return failed(folder, fault);
     if (const int fault = flushFolder(place->folder.get())) return failed(folder, fault);
     return {};
+}
+
+FileResult<bool> VolumeFileSystem::holdsOthersItems(const Path& item, std::uint32_t ownerID) {
+    const auto place = impl_->resolver.placeForChange(item);
+    if (!place) return tl::unexpected(place.error());
+    const auto answer = tidwen::holdsOthersItems(place->folder.get(), place->name.c_str(), ownerID);
+    if (!answer) return failed(item, answer.error());
+    return *answer;
 }
 
 FileResult<std::unique_ptr<FolderLock>> VolumeFileSystem::lock(const Path& folder) {

@@ -49,6 +49,10 @@ std::optional<std::string> withSmallDisk(std::size_t bytes,
     return std::nullopt;
 }
 
+bool mountAgain(const std::filesystem::path& folder, const std::filesystem::path& at) {
+    return ::mount(folder.c_str(), at.c_str(), nullptr, MS_BIND, nullptr) == 0;
+}
+
 bool makeReadOnly(const std::filesystem::path& disk) {
     return ::mount("none", disk.c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr) == 0;
 }
@@ -58,6 +62,10 @@ bool makeReadOnly(const std::filesystem::path& disk) {
 std::optional<std::string> withSmallDisk(std::size_t,
                                          const std::function<void(const std::filesystem::path& disk)>&) {
     return "only Linux has disks of one process";
+}
+
+bool mountAgain(const std::filesystem::path&, const std::filesystem::path&) {
+    return false;
 }
 
 bool makeReadOnly(const std::filesystem::path&) {

@@ -13,6 +13,9 @@ namespace tidwen::test {
 std::optional<std::string> withSmallDisk(std::size_t bytes,
                                          const std::function<void(const std::filesystem::path& disk)>& body);
 
+/// Mounts a folder once more at another place. Only inside the body.
+bool mountAgain(const std::filesystem::path& folder, const std::filesystem::path& at);
+
 /// Forbids every change on that disk from now on. Only inside the body.
 bool makeReadOnly(const std::filesystem::path& disk);
 

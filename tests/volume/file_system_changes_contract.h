@@ -133,9 +133,14 @@ TEST_P(FileSystemContract, RemovesTreesAndNothingBeyond) {
     std::filesystem::create_hard_link(host("/kept/file"), host("/tree/same"));
     ASSERT_EQ(::mkfifo(host("/tree/pipe").c_str(), 0600), 0);
     ::chmod(host("/tree/sealed").c_str(), 0500);
+    write("/tree/shut/file");
+    ::chmod(host("/tree/shut").c_str(), 0);
     link("/linkToKept", "kept");
     giveToUnprivileged(folder.path());
     asUnprivileged([&] {
+        EXPECT_EQ(files->holdsOthersItems(Path("/tree"), ::geteuid()), false);
+        EXPECT_EQ(files->holdsOthersItems(Path("/tree"), ::geteuid() + 1), true);
+        EXPECT_EQ(files->info(Path("/tree/shut"))->permissions, 0u) << "as it was";
         EXPECT_EQ(outcome(files->removeTree(Path("/tree"))), "ok");
         EXPECT_EQ(outcome(files->removeTree(Path("/tree"))), "missing");
         EXPECT_EQ(outcome(files->removeTree(Path("/linkToKept"))), "ok");
@@ -143,6 +148,21 @@ TEST_P(FileSystemContract, RemovesTreesAndNothingBeyond) {
     });
     EXPECT_EQ(files->list(Path("/"))->size(), 1u);
     EXPECT_EQ(contentOf("/kept/file"), "content");
+}
+
+TEST_P(FileSystemContract, RemovesTreesDeeperThanAnyPath) {
+    makeFolder("/deep");
+    int deepest = ::open(host("/deep").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    for (int level = 0; level < 5000; ++level) {
+        ASSERT_EQ(::mkdirat(deepest, "d", 0700), 0);
+        const int below = ::openat(deepest, "d", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        ::close(deepest);
+        deepest = below;
+    }
+    ::close(deepest);
+    EXPECT_EQ(files->holdsOthersItems(Path("/deep"), ::geteuid()), false);
+    EXPECT_EQ(outcome(files->removeTree(Path("/deep"))), "ok");
+    EXPECT_FALSE(files->exists(Path("/deep")));
 }
 
 TEST_P(FileSystemContract, LocksBetweenProcesses) {

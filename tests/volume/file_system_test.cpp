@@ -180,6 +180,36 @@ TEST(VolumeFileSystem, NeverReplacesWhereTheExclusiveRenameIsRefused) {
 
 #endif
 
+/// A folder of the same disk mounted once more: only the number of its mount tells it from a plain one.
+TEST(VolumeFileSystem, EntersNothingThatIsMounted) {
+    const auto skipped = withSmallDisk(1u << 20, [](const std::filesystem::path& disk) {
+        const auto files = openVolume(disk, VolumeFileSystem::Resolver::automatic);
+        const auto mine = ::geteuid();
+        for (const std::string file : {"guest/kept", "at/top/own", "below/own", "below/a/own"})
+            writeFile(disk / file, std::string(100'000, 'x'));
+        std::filesystem::create_directory(disk / "below/a/mounted");
+        const auto plainly = files->treeSize(Path("/below"), 99)->allocatedBytes;
+        EXPECT_EQ(files->holdsOthersItems(Path("/below"), mine), false);
+        ASSERT_TRUE(mountAgain(disk / "guest", disk / "below/a/mounted"));
+        ASSERT_TRUE(mountAgain(disk / "guest", disk / "at/top"));
+        EXPECT_LE(files->treeSize(Path("/below"), 99)->allocatedBytes, plainly);
+        for (const std::string item : {"/below", "/at/top"}) {
+            EXPECT_EQ(outcome(files->holdsOthersItems(Path(item), mine)), "otherDisk") << item;
+            EXPECT_EQ(outcome(files->removeTree(Path(item))), "otherDisk") << item;
+        }
+        EXPECT_TRUE(std::filesystem::exists(disk / "guest/kept"));
+        EXPECT_TRUE(std::filesystem::exists(disk / "below/a/mounted/kept"));
+        EXPECT_FALSE(std::filesystem::exists(disk / "below/own")) << "the rest goes";
+        const TemporaryFolder away;
+        writeFile(disk / "below/own", "x");
+        EXPECT_EQ(outcome(openVolume("/", VolumeFileSystem::Resolver::automatic)
+                              ->move(Path((disk / "below").string()), Path((away.path() / "x").string()))),
+                  "otherDisk");
+        EXPECT_TRUE(std::filesystem::is_empty(away.path()));
+    });
+    if (skipped) GTEST_SKIP() << *skipped;
+}
+
 TEST(VolumeFileSystem, AFullOrReadOnlyDiskKeepsTheOldContent) {
     const auto skipped = withSmallDisk(256u << 10, [](const std::filesystem::path& disk) {
         const auto files = openVolume(disk, VolumeFileSystem::Resolver::automatic);

@@ -201,6 +201,8 @@ TEST(SharedFiles, AProgramThatHangsIsNotWaitedForForEver) {
     const auto refused = lockPatiently(volume.files(), Path("/folder"), std::chrono::milliseconds(1));
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().fault, FileFault::busy);
+}
+
 TEST(VolumeSystemExtensions, ReadsALongListInLinearTime) {
     test::TemporaryVolume volume;
     PropertyListArray extensions;

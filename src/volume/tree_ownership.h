@@ -1,0 +1,12 @@
+#pragma once
+
+#include "base/descriptor.h"
+
+#include <sys/types.h>
+
+namespace tidwen {
+
+/// What `FileSystem::holdsOthersItems` promises; EXDEV when something is mounted in the tree.
+OsResult<bool> holdsOthersItems(int folder, const char* name, uid_t owner);
+
+} // namespace tidwen
