@@ -16,7 +16,8 @@ FlowSession::FlowSession(const CommandContext& context, Mac& mac)
       protectedApps_(mac.system.defaults),
       preferences_(mac.system.defaults),
       executor_({mac.system.files, mac.userRunner, mac.privilegedRunner, mac.system.log}),
-      undo_({mac.system.files, mac.privilegedRunner, mac.userRunner, mac.system.texts, mac.system.log},
+      undo_({mac.system.files, mac.privilegedRunner, mac.userRunner, mac.system.texts, mac.system.log,
+             !mac.volume},
             mac.system.user),
       purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
       audit_(mac.system.files, mac.system.user, mac.system.texts),
@@ -35,6 +36,7 @@ RemovalFlowModel::Services FlowSession::services(Mac& mac) {
             .running = system.runningApplications,
             .executor = executor_,
             .undo = undo_,
+            .rights = mac.administrator ? MoveRights::administrator : MoveRights::own,
             .purge = purge_,
             .audit = audit_,
             .protectedApps = protectedApps_,
@@ -68,12 +70,12 @@ OrphanScanResult FlowSession::sweepOrphans(const std::set<std::string>& protecte
     return scanner.scan(findOwningBundles(system.files, system.user), protectedIDs, stop, onFound);
 }
 
-std::optional<RecoveryNotice> FlowSession::start() {
+std::vector<RecoveryNotice> FlowSession::start() {
     bool isDone = false;
     model_.start();
     background_.post([&] { main_.post([&] { isDone = true; }); }); // one thread, so after the work of `start`
     main_.runUntil([&] { return isDone; });
-    return model_.recoveryNotice();
+    return model_.recoveryNotices();
 }
 
 bool FlowSession::scan(const std::vector<std::string>& words) {

@@ -19,9 +19,9 @@ class FlowSession {
 
     RemovalFlowModel& model() { return model_; }
 
-    /// What a program does that starts and stays: finishes the book-keeping of runs that were cut off, gives
-    /// the newest of them, and deletes runs that are past the retention which the user set.
-    std::optional<RecoveryNotice> start();
+    /// What a program does that starts and stays: deletes runs that are past the retention which the user
+    /// set, finishes the book-keeping of runs that were cut off, and gives these, newest first.
+    std::vector<RecoveryNotice> start();
 
     /// Finds and scans the applications that the words mean, and leaves the model in its review. False when
     /// none could be taken or Ctrl-C called it off; the reasons are printed.

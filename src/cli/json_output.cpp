@@ -81,22 +81,35 @@ std::string document(const RemovalReport& report, const Texts& texts) {
     return writeJson(result);
 }
 
-std::string document(const std::vector<RemovalHistoryEntry>& entries) {
-    return writeJson(array(entries, [](const RemovalHistoryEntry& entry) {
+std::string document(const std::vector<RemovalHistoryEntry>& entries,
+                     const std::vector<UnfinishedRun>& unfinished, const Texts& texts) {
+    Value runs = array(entries, [](const RemovalHistoryEntry& entry) {
         Value result{{"root", entry.root.string()},
+                     {"status", entry.manifest.recoveredAt ? "recovered" : "finished"},
                      {"manifest", object(entry.manifest)},
                      {"pendingMoves", entry.pendingMoves},
                      {"totalMoves", entry.totalMoves}};
         put(result, "sizeBytes", entry.sizeBytes);
         return result;
-    }));
+    });
+    for (const auto& run : unfinished) {
+        Value result{{"root", run.root.string()},
+                     {"status", std::string(name(run.problem))},
+                     {"advice", texts.text(run.advice())},
+                     {"unsettled", run.unsettled}};
+        if (run.known) result["known"] = object(*run.known);
+        runs.push_back(std::move(result));
+    }
+    return writeJson(runs);
 }
 
 std::string document(const UndoReport& report) {
     return writeJson({{"restoredCount", report.restoredCount},
                       {"totalCount", report.totalCount},
                       {"failures", report.failures},
-                      {"relaunchedJobs", report.relaunchedJobs}});
+                      {"relaunchedJobs", report.relaunchedJobs},
+                      {"alreadyBack", report.alreadyBack},
+                      {"renamed", array(report.renamed, toValue)}});
 }
 
 std::string document(const std::vector<Manifest>& manifests) {

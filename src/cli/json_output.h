@@ -4,6 +4,7 @@
 #include "operations/removal_operation.h"
 #include "quarantine/history.h"
 #include "quarantine/undo_service.h"
+#include "quarantine/unfinished_run.h"
 #include "removal/removal_report.h"
 #include "scan/installed_app.h"
 #include "scan/scan_result.h"
@@ -31,7 +32,9 @@ std::string document(const std::vector<RemovalOperation>& plan);
 /// A failed result carries its reason in words and, as "failureKey", by the key that does not change with
 /// the language.
 std::string document(const RemovalReport& report, const Texts& texts);
-std::string document(const std::vector<RemovalHistoryEntry>& entries);
+/// The numbered runs in their order, then those that have no readable manifest; told apart by "status".
+std::string document(const std::vector<RemovalHistoryEntry>& entries,
+                     const std::vector<UnfinishedRun>& unfinished, const Texts& texts);
 std::string document(const UndoReport& report);
 std::string document(const std::vector<Manifest>& manifests);
 

@@ -71,8 +71,10 @@ std::vector<OperationResult> AdminScriptRunner::run(const std::vector<RemovalOpe
     std::vector<RemovalOperation> allowed;
     std::vector<std::size_t> places; // of the allowed ones among all
     for (const auto& operation : operations) {
-        results.push_back(OperationResult::failure(operation.id, {blockedBySafetyPolicyKey}));
-        if (!isAllowed(operation)) continue;
+        auto refusal = whyNotAllowed(operation);
+        const bool isAllowed = !refusal;
+        results.push_back(OperationResult::failure(operation.id, std::move(refusal).value_or(Message())));
+        if (!isAllowed) continue;
         places.push_back(results.size() - 1);
         allowed.push_back(operation);
     }
@@ -93,21 +95,20 @@ OperationResult AdminScriptRunner::settled(OperationResult result, const Removal
     return OperationResult::success(operation.id);
 }
 
-bool AdminScriptRunner::isAllowed(const RemovalOperation& operation) const {
+std::optional<Message> AdminScriptRunner::whyNotAllowed(const RemovalOperation& operation) const {
     if (const auto* move = std::get_if<operation::Move>(&operation.kind)) {
         const auto violation = policy_.checkMove(move->source, move->destination, files_);
-        if (!violation && toolArguments::areSafe(operation.kind)) return true;
+        if (!violation && toolArguments::areSafe(operation.kind)) return std::nullopt;
         log_.warning("Privileged move blocked by path policy: {}",
                      violation ? violation->path : move->source.string());
-        return false;
+        return Message{blockedBySafetyPolicyKey};
     }
     const auto* bootstrap = std::get_if<operation::Bootstrap>(&operation.kind);
     const bool isForeignJob = bootstrap && bootstrap->isSystemDomain && !isSystemJobFile(bootstrap->plist);
-    const bool isAllowed = toolArguments::areSafe(operation.kind) && !isForeignJob;
-    if (!isAllowed)
-        log_.warning("Privileged {} blocked: {} cannot be handed to a tool", kindName(operation.kind),
-                     operation.displayName);
-    return isAllowed;
+    if (!isForeignJob && toolArguments::areSafe(operation.kind)) return std::nullopt;
+    log_.warning("Privileged {} blocked: {} cannot be handed to a tool", kindName(operation.kind),
+                 operation.displayName);
+    return Message{isForeignJob ? blockedBySafetyPolicyKey : toolArguments::unsafeArgumentKey};
 }
 
 std::vector<OperationResult>

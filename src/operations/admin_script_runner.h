@@ -44,7 +44,7 @@ class AdminScriptRunner : public PrivilegedRunner {
     std::vector<OperationResult> run(const std::vector<RemovalOperation>& operations) override;
 
   private:
-    bool isAllowed(const RemovalOperation& operation) const;
+    std::optional<Message> whyNotAllowed(const RemovalOperation& operation) const;
     /// An item that lies in its new place was moved, whatever became of the answer: the shell may have died
     /// or the tool complained afterwards. Called failed, it would stand in no manifest and never be put back.
     OperationResult settled(OperationResult result, const RemovalOperation& operation) const;

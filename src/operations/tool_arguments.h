@@ -11,6 +11,9 @@
 /// that anybody may have written, and quoting does not help against a word that means something to the tool.
 namespace tidwen::toolArguments {
 
+/// The text that an operation is refused with whose argument breaks its rule.
+inline constexpr const char* unsafeArgumentKey = "failure.unsafeArgument";
+
 /// A bundle identifier: an empty one would make tccutil reset every application, one that begins with "-"
 /// would be an option.
 bool isIdentifier(std::string_view text);

@@ -121,7 +121,7 @@ class Step {
 
     Message blocked(const std::string& argument) const {
         ports_.log.warning("Operation blocked: \"{}\" cannot be handed to a tool", argument);
-        return {blockedBySafetyPolicyKey};
+        return {toolArguments::unsafeArgumentKey};
     }
 
     static Message launchctlFailure(int status) {

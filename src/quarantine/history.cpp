@@ -14,6 +14,8 @@ std::optional<RemovalHistoryEntry> readHistoryEntry(const Path& root, const File
     if (!manifest) return std::nullopt;
     RemovalHistoryEntry entry{.root = root, .manifest = std::move(*manifest)};
     for (const auto& step : entry.manifest.entries) {
+        if (step.kind == ManifestEntryKind::bootout && step.plistPath && files.exists(Path(*step.plistPath)))
+            ++entry.loadableJobs;
         if (step.kind != ManifestEntryKind::move) continue;
         ++entry.totalMoves;
         if (!step.destination) continue;

@@ -17,6 +17,11 @@ struct RemovalHistoryEntry {
     std::optional<std::int64_t> sizeBytes = {}; ///< absent when sizes were not asked for
     int pendingMoves = 0;                       ///< moves whose item still lies in quarantine
     int totalMoves = 0;
+    int loadableJobs = 0; ///< unloaded jobs whose property list lies in its place again
+
+    /// Something is left to put back or to load again. Whether a job was loaded since cannot be told; loading
+    /// it once more does no harm.
+    bool canBeUndone() const { return pendingMoves > 0 || loadableJobs > 0; }
 
     friend bool operator==(const RemovalHistoryEntry&, const RemovalHistoryEntry&) = default;
 };

@@ -8,8 +8,8 @@ namespace {
 
 using Refused = tl::unexpected<HistoryModel::Refusal>;
 
-Refused refused(Message reason) {
-    return Refused(HistoryModel::Refusal{std::move(reason)});
+HistoryModel::Refusal toRefusal(Message reason) {
+    return {std::move(reason)};
 }
 
 } // namespace
@@ -22,11 +22,13 @@ void HistoryModel::load(Sizes sizes, std::function<void()> done) {
                             alive = std::weak_ptr(alive_), done = std::move(done)]() mutable {
         const ReadBudget budget;
         auto loaded = loadHistory(user, ports.files, sizes == Sizes::measured, budget);
+        auto unfinished = loadUnfinishedRuns(user, ports.files);
         ports.main.post([this, alive, number, missing = budget.leftOut(), loaded = std::move(loaded),
-                         done = std::move(done)]() mutable {
+                         unfinished = std::move(unfinished), done = std::move(done)]() mutable {
             if (alive.expired()) return;
             if (number == loadsStarted_) {
                 leftOut.set(missing);
+                unfinishedRuns.set(std::move(unfinished));
                 entries.set(std::move(loaded));
                 isLoading.set(false);
             }
@@ -40,10 +42,9 @@ void HistoryModel::run(std::string busyID, std::function<tl::expected<Result, Re
                        Answer<Result> answer) {
     if (busyEntryID.get()) return;
     busyEntryID.set(std::move(busyID));
-    ports_.background.post([this, ports = ports_, user = user_, alive = std::weak_ptr(alive_),
-                            action = std::move(action), answer = std::move(answer)]() mutable {
-        const auto lock = lockTrash(user, ports.files);
-        auto result = lock ? action() : refused(describeNotBegun(lock.error(), ports.texts));
+    ports_.background.post([this, ports = ports_, alive = std::weak_ptr(alive_), action = std::move(action),
+                            answer = std::move(answer)]() mutable {
+        auto result = action();
         ports.main.post([this, alive, result = std::move(result), answer = std::move(answer)] {
             if (alive.expired()) return;
             busyEntryID.set(std::nullopt);
@@ -57,16 +58,9 @@ void HistoryModel::run(std::string busyID, std::function<tl::expected<Result, Re
     });
 }
 
-void HistoryModel::undo(const RemovalHistoryEntry& entry, Answer<UndoReport> answer) {
+void HistoryModel::undo(const Path& root, Answer<UndoReport> answer) {
     run<UndoReport>(
-        id(entry),
-        [ports = ports_, root = entry.root]() -> tl::expected<UndoReport, Refusal> {
-            // Until the lock was ours, another process may have undone or purged this run.
-            const auto current = readHistoryEntry(root, ports.files);
-            if (!current || current->pendingMoves == 0)
-                return refused({"history.undo.nothingLeft %@", {root.lastComponent()}});
-            return ports.undo.undo(current->manifest);
-        },
+        root.string(), [&service = ports_.undo, root] { return service.undoRun(root).map_error(toRefusal); },
         std::move(answer));
 }
 
@@ -79,7 +73,10 @@ void HistoryModel::remove(const std::vector<RemovalHistoryEntry>& chosen,
         folders.push_back(entry.root);
     run<QuarantinePurge::Outcome>(
         chosen.size() == 1 ? id(chosen.front()) : user_.trash().string(),
-        [ports = ports_, folders = std::move(folders)]() -> tl::expected<QuarantinePurge::Outcome, Refusal> {
+        [ports = ports_, user = user_,
+         folders = std::move(folders)]() -> tl::expected<QuarantinePurge::Outcome, Refusal> {
+            const auto lock = lockTrash(user, ports.files);
+            if (!lock) return Refused(toRefusal(describeNotBegun(lock.error(), ports.texts)));
             auto outcome = ports.purge.purge(folders);
             if (!outcome) return Refused(Refusal{outcome.error().describe()});
             return std::move(*outcome);

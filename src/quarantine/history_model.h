@@ -6,6 +6,7 @@
 #include "quarantine/history.h"
 #include "quarantine/quarantine_purge.h"
 #include "quarantine/undo_service.h"
+#include "quarantine/unfinished_run.h"
 
 #include <functional>
 #include <memory>
@@ -43,6 +44,7 @@ class HistoryModel {
 
     Property<std::vector<RemovalHistoryEntry>> entries; ///< newest first
     Property<std::uint64_t> leftOut{0}; ///< runs that were not read, because there is too much to read
+    Property<std::vector<UnfinishedRun>> unfinishedRuns; ///< what `entries` cannot show, by folder name
     Property<bool> isLoading{false};
     Property<std::optional<std::string>> busyEntryID; ///< see `id`; the Trash while several are deleted
     Property<std::optional<UndoReport>> lastUndo;
@@ -53,7 +55,11 @@ class HistoryModel {
 
     /// Each of these is ignored, and `answer` never called, while another one runs. After a refusal the list
     /// stays as it was; otherwise it is loaded again.
-    void undo(const RemovalHistoryEntry& entry, Answer<UndoReport> answer = {});
+    void undo(const RemovalHistoryEntry& entry, Answer<UndoReport> answer = {}) {
+        undo(entry.root, std::move(answer));
+    }
+    /// Also of a run that was cut off.
+    void undo(const Path& root, Answer<UndoReport> answer = {});
     void remove(const std::vector<RemovalHistoryEntry>& chosen, Answer<QuarantinePurge::Outcome> answer = {});
     void removeAll(Answer<QuarantinePurge::Outcome> answer = {}) { remove(entries.get(), std::move(answer)); }
 

@@ -1,12 +1,32 @@
 #pragma once
 
 #include "platform/file_system.h"
+#include "quarantine/manifest.h"
 #include "scan/path_policy.h"
+
+#include <vector>
 
 namespace tidwen {
 
 /// Settles what a kill in the middle of the move from `from` to `to` may have left on two devices. What the
 /// safety policy would not let move is not looked at either: the two paths come from a file in the Trash.
 void settleInterruptedMove(const Path& from, const Path& to, FileSystem& files, const PathPolicy& policy);
+
+/// The same for every move of a run.
+void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, FileSystem& files,
+                            const PathPolicy& policy);
+
+/// What the disk tells of a run's plan.
+struct RunObservation {
+    /// What can be undone, in planned order: moves whose item lies in quarantine, and unloaded jobs whose
+    /// property list is among them.
+    std::vector<ManifestEntry> entries;
+    /// Moves of which something lies neither in its old place nor in quarantine, or may: set aside, half
+    /// copied, not unlinked, or where this account may not look.
+    std::vector<ManifestEntry> unsettled;
+};
+
+/// Only looks.
+RunObservation observe(const std::vector<ManifestEntry>& planned, const FileSystem& files);
 
 } // namespace tidwen

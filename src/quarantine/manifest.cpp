@@ -1,5 +1,6 @@
 #include "quarantine/manifest.h"
 
+#include "base/path_key.h"
 #include "platform/budgeted_files.h"
 #include "quarantine/quarantine_layout.h"
 
@@ -76,12 +77,35 @@ tl::expected<std::string, DocumentError> readDocument(const Path& file, const Fi
     return std::move(*content);
 }
 
+std::vector<ManifestEntry>& entriesOf(Manifest& manifest) {
+    return manifest.entries;
+}
+std::vector<ManifestEntry>& entriesOf(RemovalJournal& journal) {
+    return journal.planned;
+}
+
+/// The path below `from`, which may be spelled otherwise there, as it is below `to`.
+std::string rebased(const std::string& item, const Path& from, const Path& to) {
+    const auto components = Path(item).components();
+    Path result = to;
+    for (auto i = from.components().size(); i < components.size(); ++i)
+        result = result / components[i];
+    return result.string();
+}
+
+/// A disk may list the folder's name with its accents decomposed, or another letter case: what it is called
+/// there is what its items are found by.
 template<class Document>
 tl::expected<Document, DocumentError> inItsFolder(tl::expected<Document, DocumentError> document,
                                                   const Path& root) {
-    if (document && document->quarantineRoot != root)
+    if (!document || document->quarantineRoot == root) return document;
+    if (pathKey(document->quarantineRoot) != pathKey(root))
         return tl::unexpected(
             DocumentError{DocumentError::Kind::malformed, "quarantineRoot names another folder"});
+    for (auto& entry : entriesOf(*document))
+        if (entry.destination)
+            entry.destination = rebased(*entry.destination, document->quarantineRoot, root);
+    document->quarantineRoot = root;
     return document;
 }
 

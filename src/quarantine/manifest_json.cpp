@@ -1,7 +1,11 @@
 #include "base/json.h"
+#include "base/path_key.h"
 #include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <fmt/core.h>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -26,6 +30,14 @@ bool take(const json& value, bool& into) {
 }
 
 bool take(const json& value, int& into) {
+    // Another program may have written the document anew, and some write every number with a point.
+    if (value.is_number_float()) {
+        const auto number = value.get<double>();
+        if (!(std::abs(number) <= std::numeric_limits<int>::max()) || number != std::trunc(number))
+            return false;
+        into = static_cast<int>(number);
+        return true;
+    }
     if (!value.is_number_integer()) return false;
     if (value.is_number_unsigned() && value.get<std::uint64_t>() > std::numeric_limits<int>::max())
         return false;
@@ -99,7 +111,10 @@ class Reader {
         if (fault_.empty()) fault_ = fmt::format("{} {}", what, key);
     }
 
-    bool has(const json& object, const char* key) const { return find(object, key) != nullptr; }
+    bool has(const json& object, const char* key) const {
+        const json* found = find(object, key);
+        return found && !found->is_null();
+    }
 
     template<class Document>
     tl::expected<Document, DocumentError> finish(Document document) const {
@@ -127,11 +142,13 @@ bool isPlainAbsolutePath(const std::string& text) {
     return path.isAbsolute() && path.standardized() == path;
 }
 
-/// Below the quarantine folder, and not one of the two documents that describe it.
+/// Below the quarantine folder, and not one of the files that describe it.
 bool isQuarantinedItem(const std::string& text, const Path& root) {
-    const Path path(text);
-    return isPlainAbsolutePath(text) && path != root && path.isWithin(root) && path != root / manifestFileName
-           && path != root / journalFileName;
+    if (!isPlainAbsolutePath(text)) return false;
+    const Path item = pathKey(Path(text)), folder = pathKey(root);
+    if (item == folder || !item.isWithin(folder)) return false;
+    return std::ranges::none_of(std::array{manifestFileName, journalFileName, reserveFileName},
+                                [&](const char* name) { return item == folder / name; });
 }
 
 void checkPlaces(Reader& reader, const Path& root, const std::vector<ManifestEntry>& entries) {

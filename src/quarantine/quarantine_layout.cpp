@@ -36,7 +36,8 @@ std::string withoutControls(std::string_view text) {
 /// Names that lead elsewhere or that belong to the quarantine folder itself.
 bool meansSomethingElse(const std::string& label) {
     const auto folded = lowercased(label);
-    return label == "." || label == ".." || folded == manifestFileName || folded == journalFileName;
+    return label == "." || label == ".." || folded == manifestFileName || folded == journalFileName
+           || folded == reserveFileName;
 }
 
 std::string label(const std::vector<AppRecord>& apps) {

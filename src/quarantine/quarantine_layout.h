@@ -20,6 +20,8 @@ struct QuarantineLayout {
 
 inline constexpr const char* manifestFileName = "tidwen-manifest.json";
 inline constexpr const char* journalFileName = "tidwen-journal.json";
+/// Holds the disk space of the manifest while a run lasts.
+inline constexpr const char* reserveFileName = "tidwen-reserve";
 
 /// A name that may stand in a folder's name: "/", ":", "\" and control characters become "-", trimmed; "App"
 /// when nothing is left or when it would mean something else there ("..", the manifest's own name). Never

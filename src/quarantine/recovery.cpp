@@ -2,86 +2,67 @@
 
 #include "quarantine/interrupted_move.h"
 #include "quarantine/quarantine_layout.h"
+#include "quarantine/run_documents.h"
 
 #include <optional>
-#include <set>
 
 namespace tidwen {
 
 namespace {
 
-/// What of the plan can be undone: moves whose item lies in quarantine, and unloaded jobs whose property list
-/// is among them.
-std::vector<ManifestEntry> observedEntries(const std::vector<ManifestEntry>& planned,
-                                           const FileSystem& files) {
-    const auto liesInQuarantine = [&](const ManifestEntry& entry) {
-        return entry.kind == ManifestEntryKind::move && entry.destination
-               && files.exists(Path(*entry.destination));
-    };
-    std::vector<bool> observed;
-    std::set<std::string> movedPaths;
-    for (const auto& entry : planned) {
-        observed.push_back(liesInQuarantine(entry));
-        if (observed.back()) movedPaths.insert(entry.source);
-    }
-    std::vector<ManifestEntry> entries;
-    for (std::size_t i = 0; i < planned.size(); ++i) {
-        const auto& entry = planned[i];
-        const bool unloadedForGood = entry.kind == ManifestEntryKind::bootout && entry.plistPath
-                                     && movedPaths.contains(*entry.plistPath);
-        if (observed[i] || unloadedForGood) entries.push_back(entry);
-    }
-    return entries;
-}
+using Problem = UnfinishedRun::Problem;
 
 bool wasInterrupted(const Path& root, const FileSystem& files) {
     return files.exists(root / journalFileName) && !files.exists(root / manifestFileName);
 }
 
-std::optional<Manifest> recover(const Path& root, const PathPolicy& policy, FileSystem& files,
-                                const Clock& clock, Log& log) {
+/// The run as it stands when it cannot be finished, or its manifest.
+tl::expected<Manifest, UnfinishedRun> recover(const Path& root, const PathPolicy& policy, FileSystem& files,
+                                              const Clock& clock, Log& log) {
     const auto journal = readJournal(root, files);
     if (!journal) {
         log.warning("Unreadable removal journal at {}: {}", root.string(), journal.error().detail);
-        return std::nullopt;
+        return tl::unexpected(UnfinishedRun{.root = root, .problem = Problem::unreadableJournal});
     }
-    for (const auto& entry : journal->planned)
-        if (entry.kind == ManifestEntryKind::move && entry.destination)
-            settleInterruptedMove(Path(entry.source), Path(*entry.destination), files, policy);
-
-    Manifest manifest{.createdAt = journal->createdAt,
-                      .quarantineRoot = journal->quarantineRoot,
-                      .apps = journal->apps,
-                      .entries = observedEntries(journal->planned, files),
-                      .recoveredAt = clock.now()};
-    if (const auto written = writeManifest(manifest, root / manifestFileName, files); !written) {
+    settleInterruptedMoves(journal->planned, files, policy);
+    const auto run = readUnfinishedRun(root, files);
+    if (!run || !run->known) return tl::unexpected(UnfinishedRun{.root = root}); // changed under our hands
+    if (run->problem == Problem::unsettled) {
+        for (const auto& item : run->unsettled)
+            log.warning("Interrupted removal {} keeps its journal for {}", root.string(), item);
+        return tl::unexpected(*run);
+    }
+    auto manifest = *run->known;
+    manifest.recoveredAt = clock.now();
+    if (const auto written = finishRun(manifest, files); !written) {
         log.error("Could not write recovered manifest: {} ({})", root.string(),
                   failureKey(written.error().fault));
-        return std::nullopt;
+        return tl::unexpected(*run);
     }
     log.info("Recovered interrupted removal: {}/{} planned entries observed in quarantine",
              manifest.entries.size(), journal->planned.size());
-    // A journal beside a manifest is not read again, so a failure here costs nothing.
-    (void)files.removeFile(root / journalFileName);
     return manifest;
 }
 
 } // namespace
 
-std::vector<Manifest> recoverInterruptedRemovals(const UserEnvironment& user, FileSystem& files,
-                                                 const Clock& clock, Log& log) {
-    std::vector<Manifest> recovered;
+RecoveryOutcome recoverInterruptedRemovals(const UserEnvironment& user, FileSystem& files, const Clock& clock,
+                                           Log& log) {
+    RecoveryOutcome outcome;
     const PathPolicy policy(user);
     const auto folders = listQuarantineFolders(user, files);
     if (!folders) {
         log.warning("Unreadable location {}", user.trash().string());
-        return recovered;
+        return outcome;
     }
-    for (const auto& root : *folders)
-        if (wasInterrupted(root, files))
-            if (auto manifest = recover(root, policy, files, clock, log))
-                recovered.push_back(std::move(*manifest));
-    return recovered;
+    for (const auto& root : *folders) {
+        if (!wasInterrupted(root, files)) continue;
+        if (auto manifest = recover(root, policy, files, clock, log))
+            outcome.recovered.push_back(std::move(*manifest));
+        else
+            outcome.unfinished.push_back(std::move(manifest.error()));
+    }
+    return outcome;
 }
 
 } // namespace tidwen

@@ -2,16 +2,21 @@
 
 #include "base/log.h"
 #include "platform/user_environment.h"
-#include "quarantine/manifest.h"
+#include "quarantine/unfinished_run.h"
 
 #include <vector>
 
 namespace tidwen {
 
+struct RecoveryOutcome {
+    std::vector<Manifest> recovered;       ///< the manifests that were written
+    std::vector<UnfinishedRun> unfinished; ///< their journals stay, for the next time and for an undo
+};
+
 /// Finds runs that were cut off (a journal and no manifest), settles half-made moves and writes each a
-/// manifest of what really lies in quarantine. Gives the manifests written; an unreadable journal is logged
-/// and left for the next time.
-std::vector<Manifest> recoverInterruptedRemovals(const UserEnvironment& user, FileSystem& files,
-                                                 const Clock& clock, Log& log);
+/// manifest of what really lies in quarantine. While something of a run is unsettled its journal is all that
+/// knows of it: then no manifest is written. The caller holds the lock of the Trash.
+RecoveryOutcome recoverInterruptedRemovals(const UserEnvironment& user, FileSystem& files, const Clock& clock,
+                                           Log& log);
 
 } // namespace tidwen

@@ -1,11 +1,17 @@
 #include "quarantine/undo_service.h"
 
 #include "base/numbered_name.h"
+#include "base/path_key.h"
 #include "operations/screened_move.h"
+#include "quarantine/history.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/restore_order.h"
+#include "quarantine/trash_lock.h"
+#include "quarantine/unfinished_run.h"
 
+#include <algorithm>
 #include <fmt/core.h>
+#include <map>
 #include <set>
 #include <utility>
 
@@ -15,6 +21,11 @@ namespace {
 
 constexpr const char* notInQuarantineKey = "failure.notInQuarantine";
 constexpr const char* outerNotRestoredKey = "failure.outerNotRestored";
+constexpr const char* moveUnfinishedKey = "failure.moveUnfinished";
+
+/// An interrupted undo left at most a few items on their way. A manifest that makes it look like many more is
+/// forged, and must not hold the lock for hours.
+constexpr int settleAttemptsPerUndo = 5'000;
 
 /// Gives every operation of a batch its own number: results are told apart by it, and a manifest may hold one
 /// number twice.
@@ -44,8 +55,9 @@ class OperationNumbers {
 /// launchd reads jobs from these folders alone. A manifest that asks for another file to be loaded, possibly
 /// as root, was not written by a removal.
 bool isLaunchFolder(const Path& folder, const Path& home, bool isSystemDomain) {
-    if (folder == Path("/Library/LaunchDaemons") || folder == Path("/Library/LaunchAgents")) return true;
-    return !isSystemDomain && folder == home / "Library/LaunchAgents";
+    const auto is = [key = pathKey(folder)](const Path& place) { return key == pathKey(place); };
+    if (is(Path("/Library/LaunchDaemons")) || is(Path("/Library/LaunchAgents"))) return true;
+    return !isSystemDomain && is(home / "Library/LaunchAgents");
 }
 
 /// One undo from start to end.
@@ -79,19 +91,32 @@ class UndoRun {
         ++report_.totalCount;
         const Path from(*entry.destination);
         const Path source(entry.source);
+        // Looked for first: judging costs more, and a manifest may name any number of items that are not
+        // there.
+        if (isMissing(from) && !ports_.files.isSetAside(from)) return restoreMissing(source);
         if (isBlocked(from, source)) return fail(entry.source, {blockedBySafetyPolicyKey});
         if (isMissing(from) && finishEarlierUndo(from, source)) return void(++report_.restoredCount);
-        if (isMissing(from)) return fail(entry.source, {notInQuarantineKey});
+        if (isMissing(from)) return fail(entry.source, {moveUnfinishedKey});
 
         if (mustWait(step)) return fail(entry.source, {outerNotRestoredKey});
-        const operation::Move move{.source = from,
-                                   .destination = restoreTarget(source, ports_.files, taken_)};
+        const operation::Move move{
+            .source = from, .destination = restoreTarget(source, ports_.files, taken_, nextNumber_[source])};
         taken_.insert(move.destination);
         if (isBlocked(from, move.destination)) return fail(entry.source, {blockedBySafetyPolicyKey});
         if (entry.requiresRoot) return queue(move, entry);
         if (const auto failure = screenedMove(move, ports_.files, policy_, ports_.log))
             return fail(entry.source, *failure);
         countRestored(move, source);
+    }
+
+    /// Not in quarantine: back already, still on its way there, or gone.
+    void restoreMissing(const Path& source) {
+        if (ports_.files.exists(source)) {
+            ++report_.alreadyBack;
+            --report_.totalCount;
+        } else {
+            fail(source.string(), {ports_.files.isSetAside(source) ? moveUnfinishedKey : notInQuarantineKey});
+        }
     }
 
     void countRestored(const operation::Move& move, const Path& oldPlace) {
@@ -115,7 +140,8 @@ class UndoRun {
     /// An undo that was cut off between two devices may have set the item aside on its way to any of the
     /// names that were taken then. True when it arrived now.
     bool finishEarlierUndo(const Path& from, const Path& source) {
-        for (int number = 1; number <= lastNumberTried; ++number) {
+        for (int number = 1; number <= lastNumberTried && settleAttempts_ < settleAttemptsPerUndo; ++number) {
+            ++settleAttempts_;
             const Path target = numberedName(source, number);
             const bool wasThere = ports_.files.exists(target);
             settleInterruptedMove(from, target, ports_.files, policy_);
@@ -148,7 +174,7 @@ class UndoRun {
             // yet.
             if (!isSystemDomain && !ports_.files.exists(plist)) continue;
             if (!isLaunchFolder(plist.parent(), user_.home, isSystemDomain)) {
-                fail(plist.string(), {blockedBySafetyPolicyKey});
+                ports_.log.warning("Undo loads no job from {}", plist.string());
                 continue;
             }
             queued_.push_back({{.id = numbers_.fresh(),
@@ -200,6 +226,8 @@ class UndoRun {
     const Manifest& manifest_;
     OperationNumbers numbers_;
     std::set<Path> taken_;
+    std::map<Path, int> nextNumber_; ///< by old place: the numbered names before it are taken
+    int settleAttempts_ = 0;
     std::vector<Queued> queued_;
     UndoReport report_;
 };
@@ -210,10 +238,46 @@ UndoReport UndoService::undo(const Manifest& manifest) {
     return UndoRun(ports_, user_, manifest).run();
 }
 
+tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root) const {
+    const Message nothingLeft{"history.undo.nothingLeft %@", {root.lastComponent()}};
+    if (auto entry = readHistoryEntry(root, ports_.files)) {
+        const bool isLeft = entry->pendingMoves > 0 || (ports_.runsJobs && entry->loadableJobs > 0);
+        if (!isLeft) return tl::unexpected(nothingLeft);
+        return std::move(entry->manifest);
+    }
+    if (const auto journal = readJournal(root, ports_.files)) {
+        settleInterruptedMoves(journal->planned, ports_.files, PathPolicy(user_));
+        auto seen = observe(journal->planned, ports_.files);
+        Manifest known{.createdAt = journal->createdAt,
+                       .quarantineRoot = root,
+                       .apps = journal->apps,
+                       .entries = std::move(seen.entries)};
+        // What is still on its way is named among the failures.
+        for (auto& entry : seen.unsettled)
+            if (!ports_.files.exists(Path(*entry.destination))) known.entries.push_back(std::move(entry));
+        if (known.entries.empty()) return tl::unexpected(nothingLeft);
+        return known;
+    }
+    const bool isThere = readUnfinishedRun(root, ports_.files).has_value();
+    return tl::unexpected(isThere ? Message{"history.undo.unreadable %@", {root.lastComponent()}}
+                                  : nothingLeft);
+}
+
+tl::expected<UndoReport, Message> UndoService::undoRun(const Path& root) {
+    const auto lock = lockTrash(user_, ports_.files);
+    if (!lock) return tl::unexpected(describeNotBegun(lock.error(), ports_.texts));
+    return whatIsLeft(root).map([&](const Manifest& manifest) { return undo(manifest); });
+}
+
 Path restoreTarget(const Path& source, const FileSystem& files, const std::set<Path>& taken) {
+    int first = 1;
+    return restoreTarget(source, files, taken, first);
+}
+
+Path restoreTarget(const Path& source, const FileSystem& files, const std::set<Path>& taken, int& first) {
     const auto isFree = [&](const Path& path) { return !taken.contains(path) && !files.exists(path); };
-    for (int number = 1; number <= lastNumberTried; ++number)
-        if (auto candidate = numberedName(source, number); isFree(candidate)) return candidate;
+    for (first = std::max(first, 1); first <= lastNumberTried; ++first)
+        if (auto candidate = numberedName(source, first); isFree(candidate)) return candidate;
     const auto tail = " " + Uuid::random().string();
     return source.parent() / (shortened(source.stem(), longestFileName - tail.size()) + tail);
 }

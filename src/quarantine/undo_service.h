@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/message.h"
 #include "base/texts.h"
 #include "operations/privileged_runner.h"
 #include "platform/user_environment.h"
@@ -8,6 +9,7 @@
 
 #include <set>
 #include <string>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace tidwen {
@@ -18,10 +20,12 @@ struct UndoReport {
     std::vector<std::string> failures; ///< "path: reason" in the user's language
     int relaunchedJobs = 0;
     std::vector<Path> renamed = {}; ///< where items went whose old place is taken
+    int alreadyBack = 0;            ///< items that lie in their old place again; neither tried nor failed
     friend bool operator==(const UndoReport&, const UndoReport&) = default;
 };
 
-/// Puts a run's items back and loads their jobs again. The manifest is not trusted: every move is screened.
+/// Puts a run's items back and loads their jobs again. The manifest is not trusted: every move is screened,
+/// and what is looked for in vain is looked for a bounded number of times.
 class UndoService {
   public:
     struct Ports {
@@ -30,19 +34,30 @@ class UndoService {
         PrivilegedRunner& userRunner;       ///< jobs of the user's own session
         const Texts& texts;
         Log& log;
+        bool runsJobs = true; ///< false on a volume: nothing is loaded there, so no job waits to be
     };
 
     UndoService(Ports ports, UserEnvironment user) : ports_(ports), user_(std::move(user)) {}
 
     UndoReport undo(const Manifest& manifest);
 
+    /// The undo of the run in the quarantine folder `root`, the same for every caller: locks the Trash, reads
+    /// the run's manifest again (of a run that was cut off, its journal) and undoes what is left. Gives the
+    /// reason when nothing was begun: another process is at work, nothing is left, nobody can tell what was
+    /// moved. Blocks.
+    tl::expected<UndoReport, Message> undoRun(const Path& root);
+
   private:
+    tl::expected<Manifest, Message> whatIsLeft(const Path& root) const;
+
     Ports ports_;
     UserEnvironment user_;
 };
 
 /// Where an item goes back to: its old place, or "Name 2.ext" … "Name 999.ext" beside what took it, or a name
-/// with a fresh UUID and no extension. Names in `taken` count as existing.
+/// with a fresh UUID and no extension. Names in `taken` count as existing; those before the number `first`
+/// are not looked at, and it becomes the number that was given.
 Path restoreTarget(const Path& source, const FileSystem& files, const std::set<Path>& taken = {});
+Path restoreTarget(const Path& source, const FileSystem& files, const std::set<Path>& taken, int& first);
 
 } // namespace tidwen

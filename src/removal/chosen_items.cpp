@@ -1,5 +1,6 @@
 #include "removal/chosen_items.h"
 
+#include <algorithm>
 #include <set>
 
 namespace tidwen {
@@ -27,6 +28,11 @@ std::set<Path> movedPaths(const std::vector<RemovalTarget>& targets) {
 
 bool isEligible(const Trace& trace, RemovalMode mode) {
     return trace.reversibility != Reversibility::manualOnly && !staysInMode(trace, mode);
+}
+
+bool takesTheApplication(const RemovalTarget& target) {
+    return std::ranges::any_of(
+        target.traces, [](const Trace& trace) { return trace.category == TraceCategory::application; });
 }
 
 void takeEachItemOnce(std::vector<RemovalTarget>& targets) {

@@ -11,6 +11,9 @@ namespace tidwen {
 /// neither the application nor its receipts.
 bool isEligible(const Trace& trace, RemovalMode mode);
 
+/// The application itself is among what is chosen of it, not its data alone.
+bool takesTheApplication(const RemovalTarget& target);
+
 /// Leaves out what goes anyway with a folder that is taken, and what an earlier application of the run takes:
 /// the second move would fail, and undo would find the first one's place occupied. Applications of which
 /// nothing is left drop out.

@@ -55,6 +55,9 @@ enum class QuitPromptChoice {
 /// A run was cut off, and this is what of it lies in quarantine.
 struct RecoveryNotice {
     Manifest manifest;
+    /// The old places of items that could not be brought to either of their two places; the next start tries
+    /// again.
+    std::vector<std::string> unsettled = {};
 };
 
 } // namespace tidwen

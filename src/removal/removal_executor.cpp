@@ -1,6 +1,10 @@
 #include "removal/removal_executor.h"
 
+#include "quarantine/interrupted_move.h"
+#include "quarantine/run_documents.h"
+
 #include <algorithm>
+#include <map>
 #include <unordered_map>
 #include <utility>
 
@@ -16,30 +20,65 @@ std::vector<RemovalOperation> operationsOfLevel(const std::vector<RemovalOperati
     return level;
 }
 
-/// The results as the manifest takes them. A batch that dies or overruns its time reports failure for moves
-/// that it did make, and an item that lies in quarantine must be in the manifest to come back.
-std::vector<OperationResult> asObserved(std::vector<OperationResult> results,
-                                        const std::vector<RemovalOperation>& plan, const FileSystem& files) {
-    std::unordered_map<int, const operation::Move*> moves;
-    for (const auto& each : plan)
-        if (const auto* move = std::get_if<operation::Move>(&each.kind)) moves.emplace(each.id, move);
-    for (auto& result : results) {
-        const auto move = result.succeeded ? moves.end() : moves.find(result.operationID);
-        if (move == moves.end()) continue;
-        result.succeeded = files.exists(move->second->destination) && !files.exists(move->second->source);
-    }
-    return results;
+/// The batch's shell may have died after the step, or may still be at it: its answer says nothing of the
+/// disk.
+bool isAnswerLost(const OperationResult& result) {
+    return result.failureReason
+           && (result.failureReason->key == "failure.noResult"
+               || result.failureReason->key == "failure.timedOut");
 }
 
-/// A move between disks that could neither be completed nor taken back left its item under a hidden name.
-/// Only the journal knows it: recovery brings it to one of its two places.
-bool leavesAnItemAside(const std::vector<RemovalOperation>& plan, const FileSystem& files) {
-    return std::any_of(plan.begin(), plan.end(), [&](const RemovalOperation& each) {
-        const auto* move = std::get_if<operation::Move>(&each.kind);
-        return move && !files.exists(move->source) && !files.exists(move->destination)
-               && files.isSetAside(move->source);
-    });
-}
+/// The results as the manifest takes them: an item that lies in quarantine must be in it to come back, and so
+/// must a job that was unloaded before its property list went there, whatever became of the answers.
+class ObservedResults {
+  public:
+    ObservedResults(const std::vector<RemovalOperation>& plan, const FileSystem& files) : files_(files) {
+        for (const auto& each : plan) {
+            operations_.emplace(each.id, &each);
+            if (const auto* move = std::get_if<operation::Move>(&each.kind))
+                moveByTrace_.emplace(each.traceID, move);
+        }
+    }
+
+    std::vector<OperationResult> of(std::vector<OperationResult> results) const {
+        for (auto& result : results)
+            if (!result.succeeded) result.succeeded = wasDone(result);
+        return results;
+    }
+
+    /// A move whose shell overran its time, and which may still be made.
+    bool mayStillHappen(const OperationResult& result) const {
+        const auto* operation = find(result.operationID);
+        const auto* move = operation ? std::get_if<operation::Move>(&operation->kind) : nullptr;
+        return move && operation->requiresRoot && !result.succeeded && result.failureReason
+               && result.failureReason->key == "failure.timedOut" && !wasMade(*move);
+    }
+
+  private:
+    const RemovalOperation* find(int id) const {
+        const auto found = operations_.find(id);
+        return found == operations_.end() ? nullptr : found->second;
+    }
+
+    bool wasMade(const operation::Move& move) const {
+        return files_.exists(move.destination) && !files_.exists(move.source);
+    }
+
+    bool wasDone(const OperationResult& result) const {
+        const auto* operation = find(result.operationID);
+        if (!operation) return false;
+        if (const auto* move = std::get_if<operation::Move>(&operation->kind))
+            return result.failureReason != Message{"failure.destinationOccupied"} && wasMade(*move);
+        if (!std::holds_alternative<operation::Bootout>(operation->kind) || !isAnswerLost(result))
+            return false;
+        const auto propertyList = moveByTrace_.find(operation->traceID);
+        return propertyList != moveByTrace_.end() && wasMade(*propertyList->second);
+    }
+
+    const FileSystem& files_;
+    std::unordered_map<int, const RemovalOperation*> operations_;
+    std::map<Uuid, const operation::Move*> moveByTrace_;
+};
 
 } // namespace
 
@@ -49,8 +88,7 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
                                                    Timestamp date) {
     const RemovalJournal journal{
         .createdAt = date, .quarantineRoot = layout.root, .apps = apps, .planned = manifestEntries(plan)};
-    const Path journalFile = layout.root / journalFileName;
-    if (const auto written = writeJournal(journal, journalFile, ports_.files); !written) {
+    if (const auto written = beginRun(journal, ports_.files); !written) {
         // Nothing was moved, so nothing needs the folder; with something in it, it stays.
         (void)ports_.files.removeEmptyDirectory(layout.root);
         return tl::unexpected(written.error());
@@ -68,26 +106,40 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
         std::move(results.begin(), results.end(), std::back_inserter(report.results));
     }
 
-    const Manifest manifest{.createdAt = date,
-                            .quarantineRoot = layout.root,
-                            .apps = apps,
-                            .entries = manifestEntries(plan, asObserved(report.results, plan, ports_.files))};
-    if (leavesAnItemAside(plan, ports_.files)) {
-        ports_.log.error("A move was left unfinished, the journal stays: {}", journalFile.string());
-        report.manifestFailure = Message{"failure.moveUnfinished"};
-    } else if (const auto written = writeManifest(manifest, report.manifestURL, ports_.files); !written) {
-        ports_.log.error("Could not write manifest {}: {}", report.manifestURL.string(),
-                         failureKey(written.error().fault));
-        report.manifestFailure = Message{std::string(failureKey(written.error().fault))};
-    } else {
-        // A journal beside a manifest is not read again, so a failure here costs nothing.
-        (void)ports_.files.removeFile(journalFile);
-    }
-
+    report.manifestFailure = conclude(journal, report);
     const auto succeeded = std::count_if(report.results.begin(), report.results.end(),
                                          [](const OperationResult& result) { return result.succeeded; });
     ports_.log.info("Removed {}/{} traces", succeeded, plan.size());
     return report;
+}
+
+/// Why the run's journal stays in place of a manifest; recovery looks at it again.
+std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal,
+                                                 const RemovalReport& report) const {
+    const auto& root = journal.quarantineRoot;
+    const auto unsettled = observe(journal.planned, ports_.files).unsettled;
+    for (const auto& entry : unsettled)
+        ports_.log.error("The journal stays in {}, a move was left unfinished: {}", root.string(),
+                         entry.source);
+    if (!unsettled.empty()) return Message{"failure.moveUnfinished %@", {unsettled.front().source}};
+
+    const ObservedResults observed(report.operations, ports_.files);
+    if (std::ranges::any_of(report.results,
+                            [&](const auto& each) { return observed.mayStillHappen(each); })) {
+        ports_.log.error("The journal stays in {}, the administrator's commands may still run",
+                         root.string());
+        return Message{"failure.mayStillRun"};
+    }
+    const auto written =
+        finishRun({.createdAt = journal.createdAt,
+                   .quarantineRoot = root,
+                   .apps = journal.apps,
+                   .entries = manifestEntries(report.operations, observed.of(report.results))},
+                  ports_.files);
+    if (written) return std::nullopt;
+    ports_.log.error("Could not write manifest {}: {}", report.manifestURL.string(),
+                     failureKey(written.error().fault));
+    return Message{std::string(failureKey(written.error().fault))};
 }
 
 } // namespace tidwen

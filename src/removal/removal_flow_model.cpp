@@ -1,11 +1,11 @@
 #include "removal/removal_flow_model.h"
 
-#include "quarantine/recovery.h"
 #include "quarantine/trash_lock.h"
 #include "removal/background_step.h"
 #include "removal/target_intake.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace tidwen {
 
@@ -59,26 +59,29 @@ void RemovalFlowModel::start() {
     inBackground(
         *this, alive_, services_.background, services_.main,
         [services = services_, user = user_, retention = services_.preferences.quarantineRetention.get()] {
-            std::vector<Manifest> recovered;
-            if (!services.files.exists(user.trash())) return recovered; // looking makes no Trash
+            if (!services.files.exists(user.trash())) return RecoveryOutcome(); // do not create it to look
             const auto lock = lockTrash(user, services.files);
-            if (!lock) return recovered; // another Tidwen is at work there; what it leaves is not interrupted
-            recovered = recoverInterruptedRemovals(user, services.files, services.clock, services.log);
+            if (!lock) return RecoveryOutcome(); // what another Tidwen is at work on is not interrupted
             services.purge.purgeExpired(days(quarantineRetention(retention)), services.clock.now());
-            return recovered;
+            return recoverInterruptedRemovals(user, services.files, services.clock, services.log);
         },
-        [](RemovalFlowModel& self, std::vector<Manifest> recovered) {
-            if (recovered.empty()) return;
-            const auto newest =
-                std::max_element(recovered.begin(), recovered.end(),
-                                 [](const auto& a, const auto& b) { return a.createdAt < b.createdAt; });
-            self.recoveryNotice_ = RecoveryNotice{*newest};
-            self.notify();
-        });
+        [](RemovalFlowModel& self, RecoveryOutcome outcome) { self.showRecovered(std::move(outcome)); });
+}
+
+void RemovalFlowModel::showRecovered(RecoveryOutcome outcome) {
+    for (auto& manifest : outcome.recovered)
+        recoveryNotices_.push_back({std::move(manifest), {}});
+    for (auto& run : outcome.unfinished)
+        if (run.known) recoveryNotices_.push_back({std::move(*run.known), std::move(run.unsettled)});
+    if (recoveryNotices_.empty()) return;
+    std::ranges::stable_sort(recoveryNotices_, std::greater(),
+                             [](const RecoveryNotice& notice) { return notice.manifest.createdAt; });
+    notify();
 }
 
 void RemovalFlowModel::show(Stage home) {
     if (!isHome()) return;
+    errorMessage_.reset();
     forgetChoices();
     stage_ = std::move(home);
     if (!isHome()) stage_ = stage::Idle{};

@@ -5,10 +5,12 @@
 #include "base/stop_token.h"
 #include "platform/applications.h"
 #include "quarantine/quarantine_purge.h"
+#include "quarantine/recovery.h"
 #include "quarantine/undo_service.h"
 #include "removal/flow_types.h"
 #include "removal/removal_executor.h"
 #include "removal/removal_plan.h"
+#include "removal/removal_refusal.h"
 #include "removal/removal_summary.h"
 #include "removal/removal_texts.h"
 #include "scan/protected_apps.h"
@@ -50,7 +52,7 @@ namespace tidwen {
 ///   review,      close                                  the home stage it came from
 ///   orphans
 ///   removing     the run has ended                      report
-///   removing     the run could not be set up            the stage it came from, with an error
+///   removing     the run is refused or cannot be set up the stage it came from, with an error
 ///   removing     every application was left out         the stage it came from
 ///   report       close                                  the home stage it came from; onReportDismissed
 ///
@@ -69,6 +71,7 @@ class RemovalFlowModel {
         RunningApplications& running;
         RemovalExecutor& executor;
         UndoService& undo;
+        MoveRights rights; ///< whether there is an administrator to ask
         QuarantinePurge& purge;
         const PermissionAudit& audit;
         const ProtectedApps& protectedApps;
@@ -96,7 +99,11 @@ class RemovalFlowModel {
     const std::optional<std::string>& errorMessage() const { return errorMessage_; }
     const std::optional<UndoReport>& undoReport() const { return undoReport_; }
     bool isUndoing() const { return isUndoing_; }
-    const std::optional<RecoveryNotice>& recoveryNotice() const { return recoveryNotice_; }
+    /// Newest first; the next one becomes the notice when one is dismissed or undone.
+    const std::vector<RecoveryNotice>& recoveryNotices() const { return recoveryNotices_; }
+    std::optional<RecoveryNotice> recoveryNotice() const {
+        return recoveryNotices_.empty() ? std::nullopt : std::optional(recoveryNotices_.front());
+    }
     const std::optional<QuitPrompt>& pendingQuitPrompt() const { return pendingQuitPrompt_; }
     const std::set<Uuid>& selection() const { return selection_; }
     /// What can be chosen from: of the review, of the sweep, or what was offered.
@@ -108,12 +115,17 @@ class RemovalFlowModel {
     /// What the removal takes away, in words: "Marlin Notes", "3 leftovers". Of the last one in a report.
     std::string subject() const;
     RemovalSummary summary() const;
+    /// Why `confirm` would not begin what is chosen; reads the disk, so only before a question or a preview.
+    std::optional<RemovalRefusal> refusal() const;
+    /// What kept the last removal from beginning because the rights do not suffice for it.
+    const std::vector<Path>& unmovableItems() const { return unmovableItems_; }
     RemovalMode mode() const { return mode_; }
     const std::map<std::string, LeftoverTree>& reviewTrees() const { return reviewTrees_; }
     const LeftoverFilter& reviewFilter() const { return reviewFilter_; }
     SweepState& sweep() { return sweep_; } ///< with the filter of its screen
 
-    /// What runs once when the program starts: recovery of interrupted runs, then the automatic purge.
+    /// What runs once when the program starts: the automatic purge, then recovery of interrupted runs, so
+    /// that nothing which this start recovers is purged by its age at once.
     void start();
 
     void loadTargets(const std::vector<Path>& bundles);
@@ -163,11 +175,13 @@ class RemovalFlowModel {
 
     void forEachFound(const std::function<void(const AppTarget&, const std::vector<Trace>&)>& visit) const;
     RemovalSubject subjectKind() const;
-    void lockTrashFor(std::shared_ptr<Run> run);
+    void showRecovered(RecoveryOutcome outcome);
+    void beginUnlessRefused(std::shared_ptr<Run> run);
     void quitNext(std::shared_ptr<Run> run);
     void execute(std::shared_ptr<Run> run);
     void goBack(Run& run, std::optional<std::string> error);
-    void undo(const Manifest& manifest, std::function<void()> done);
+    void goBack(Run& run, RemovalRefusal refusal);
+    void undo(const Path& root, std::function<void()> done);
 
     Services services_;
     UserEnvironment user_;
@@ -176,7 +190,7 @@ class RemovalFlowModel {
     std::optional<std::string> errorMessage_;
     std::optional<UndoReport> undoReport_;
     bool isUndoing_ = false;
-    std::optional<RecoveryNotice> recoveryNotice_;
+    std::vector<RecoveryNotice> recoveryNotices_;
     std::optional<QuitPrompt> pendingQuitPrompt_;
     std::function<void(QuitPromptChoice)> quitPromptContinuation_;
     std::set<Uuid> selection_;
@@ -189,7 +203,7 @@ class RemovalFlowModel {
     LeftoverFilter reviewFilter_;
     SweepState sweep_;
     StopSource scanStop_;
-    std::optional<Manifest> lastManifest_;
+    std::vector<Path> unmovableItems_;
     bool hasStarted_ = false;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };

@@ -14,6 +14,7 @@ struct RemovalFlowModel::Run {
     std::vector<RemovalTarget> targets; ///< those that take part
     std::size_t next = 0;               ///< the first one that was not asked yet
     RemovalMode mode = RemovalMode::uninstall;
+    RemovalSubject subject = RemovalSubject::applications;
     Stage cameFrom;
     std::unique_ptr<FolderLock> lock; ///< of the Trash
 };
@@ -29,23 +30,43 @@ void RemovalFlowModel::confirm() {
     auto targets = chosenTargets();
     if (targets.empty()) return fail(services_.texts.text("error.nothingToRemove"));
     reportSubject_ = subject();
+    unmovableItems_.clear();
     auto run = std::make_shared<Run>();
+    run->subject = subjectKind();
     run->targets = std::move(targets);
     run->mode = mode_;
     run->cameFrom = stage_;
     enter(stage::Removing{});
-    lockTrashFor(std::move(run));
+    beginUnlessRefused(std::move(run));
 }
 
-void RemovalFlowModel::lockTrashFor(std::shared_ptr<Run> run) {
+std::optional<RemovalRefusal> RemovalFlowModel::refusal() const {
+    return whyNotBegin(chosenTargets(), mode_, services_.files, user_, services_.rights, services_.texts);
+}
+
+/// Refusals come before the first application is asked to quit and before anything is made or locked.
+void RemovalFlowModel::beginUnlessRefused(std::shared_ptr<Run> run) {
+    using Outcome = tl::expected<FileResult<std::unique_ptr<FolderLock>>, RemovalRefusal>;
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [&files = services_.files, user = user_] { return lockTrash(user, files); },
-        [run = std::move(run)](RemovalFlowModel& self, FileResult<std::unique_ptr<FolderLock>> lock) {
+        [services = services_, user = user_, run]() -> Outcome {
+            if (auto refusal = whyNotBegin(run->targets, run->mode, services.files, user, services.rights,
+                                           services.texts))
+                return tl::unexpected(std::move(*refusal));
+            return lockTrash(user, services.files);
+        },
+        [run](RemovalFlowModel& self, Outcome outcome) {
+            if (!outcome) return self.goBack(*run, std::move(outcome.error()));
+            auto& lock = *outcome;
             if (!lock) return self.goBack(*run, self.wordsOf(lock.error()));
             run->lock = std::move(*lock);
             self.quitNext(run);
         });
+}
+
+void RemovalFlowModel::goBack(Run& run, RemovalRefusal refusal) {
+    unmovableItems_ = std::move(refusal.unmovableItems);
+    goBack(run, services_.texts.text(refusal.reason));
 }
 
 void RemovalFlowModel::goBack(Run& run, std::optional<std::string> error) {
@@ -115,6 +136,7 @@ FileResult<RemovalReport> carryOut(const RemovalFlowModel::Services& services, c
 
 void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
     if (run->targets.empty()) return goBack(*run, std::nullopt); // every application was left out
+    reportSubject_ = subjectText(run->subject, run->mode, run->targets, services_.texts);
     auto work = [services = services_, user = user_, run] {
         auto report = carryOut(services, user, run->targets, run->mode);
         run->lock.reset(); // before the report is seen, so that it can be undone at once
@@ -123,29 +145,24 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
     inBackground(*this, alive_, services_.background, services_.main, std::move(work),
                  [run = std::move(run)](RemovalFlowModel& self, FileResult<RemovalReport> report) {
                      if (!report) return self.goBack(*run, self.wordsOf(report.error()));
-                     const auto manifest = readManifest(report->quarantineRoot, self.services_.files);
-                     self.lastManifest_ = manifest ? std::optional(*manifest) : std::nullopt;
                      self.undoReport_.reset();
                      self.offer_.reset();
                      self.enter(stage::Report{std::move(*report)});
                  });
 }
 
-void RemovalFlowModel::undo(const Manifest& manifest, std::function<void()> done) {
+void RemovalFlowModel::undo(const Path& root, std::function<void()> done) {
     if (isUndoing_) return;
     isUndoing_ = true;
+    errorMessage_.reset();
     notify();
-    using Outcome = tl::expected<UndoReport, FileError>;
+    using Outcome = tl::expected<UndoReport, Message>;
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [services = services_, user = user_, manifest]() -> Outcome {
-            const auto lock = lockTrash(user, services.files);
-            if (!lock) return tl::unexpected(lock.error());
-            return services.undo.undo(manifest);
-        },
+        [&service = services_.undo, root] { return service.undoRun(root); },
         [done = std::move(done)](RemovalFlowModel& self, Outcome outcome) {
             self.isUndoing_ = false;
-            if (!outcome) return self.fail(self.wordsOf(outcome.error()));
+            if (!outcome) return self.fail(self.services_.texts.text(outcome.error()));
             self.undoReport_ = std::move(*outcome);
             if (done) done();
             self.notify();
@@ -153,15 +170,20 @@ void RemovalFlowModel::undo(const Manifest& manifest, std::function<void()> done
 }
 
 void RemovalFlowModel::undoLast() {
-    if (std::holds_alternative<stage::Report>(stage_) && lastManifest_) undo(*lastManifest_, {});
+    if (const auto* shown = std::get_if<stage::Report>(&stage_)) undo(shown->report.quarantineRoot, {});
 }
 
 void RemovalFlowModel::undoRecovered() {
-    if (recoveryNotice_) undo(recoveryNotice_->manifest, [this] { recoveryNotice_.reset(); });
+    if (recoveryNotices_.empty()) return;
+    const Path root = recoveryNotices_.front().manifest.quarantineRoot;
+    undo(root, [this, root] {
+        std::erase_if(recoveryNotices_,
+                      [&](const auto& each) { return each.manifest.quarantineRoot == root; });
+    });
 }
 
 void RemovalFlowModel::dismissRecoveryNotice() {
-    recoveryNotice_.reset();
+    if (!recoveryNotices_.empty()) recoveryNotices_.erase(recoveryNotices_.begin());
     notify();
 }
 

@@ -74,6 +74,11 @@ void RemovalFlowModel::selectDefaults() {
             if (takenByDefault(trace)) ids.insert(trace.id);
     });
     select(ids);
+    // What a reset keeps is chosen again on the way back from it.
+    forEachFound([&](const AppTarget&, const std::vector<Trace>& traces) {
+        for (const auto& trace : traces)
+            if (ids.contains(trace.id) && staysInMode(trace, mode_)) resetIneligible_.insert(trace.id);
+    });
 }
 
 /// Going to reset and back gives the selection back that was there.
@@ -118,7 +123,7 @@ RemovalSubject RemovalFlowModel::subjectKind() const {
 std::string RemovalFlowModel::subject() const {
     if (std::holds_alternative<stage::Report>(stage_) || std::holds_alternative<stage::Removing>(stage_))
         return reportSubject_;
-    return subjectText(subjectKind(), chosenTargets(), services_.texts);
+    return subjectText(subjectKind(), mode_, chosenTargets(), services_.texts);
 }
 
 RemovalSummary RemovalFlowModel::summary() const {

@@ -20,6 +20,7 @@ struct VerificationReport {
         friend bool operator==(const AppVerification&, const AppVerification&) = default;
     };
     std::vector<AppVerification> apps; ///< in the report's order
+    bool isIncomplete = false;         ///< a privacy database could not be read
     friend bool operator==(const VerificationReport&, const VerificationReport&) = default;
 };
 
@@ -33,7 +34,7 @@ struct RemovalReport {
     std::vector<OperationResult> results = {}; ///< user-level ones, then root-level ones, each in plan order
     std::optional<VerificationReport> verification = {};
     std::optional<std::int64_t> reclaimedBytes = {};
-    /// Why the manifest could not be written. The journal then stays in the folder, and recovering
+    /// Why there is no manifest. The journal then stays in the folder; undo takes it instead, and recovering
     /// interrupted runs makes the manifest from it.
     std::optional<Message> manifestFailure = {};
 

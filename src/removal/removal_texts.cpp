@@ -1,6 +1,7 @@
 #include "removal/removal_texts.h"
 
 #include "base/byte_count.h"
+#include "removal/chosen_items.h"
 
 #include <algorithm>
 
@@ -14,14 +15,20 @@ std::string number(std::size_t count) {
 
 } // namespace
 
-std::string subjectText(RemovalSubject subject, const std::vector<RemovalTarget>& targets,
+std::string subjectText(RemovalSubject subject, RemovalMode mode, const std::vector<RemovalTarget>& targets,
                         const Texts& texts) {
-    if (subject == RemovalSubject::applications)
-        return targets.size() == 1 ? targets.front().target.name
-                                   : texts.text("report.subject.apps %lld", {number(targets.size())});
     std::size_t items = 0;
     for (const auto& target : targets)
         items += target.traces.size();
+    if (subject == RemovalSubject::applications) {
+        const bool isOne = targets.size() == 1;
+        const bool goWhole = mode == RemovalMode::reset || std::ranges::all_of(targets, takesTheApplication);
+        const auto some = texts.text("report.subject.items %lld", {number(items)});
+        if (!goWhole)
+            return isOne ? texts.text("report.subject.of %@ %@", {some, targets.front().target.name}) : some;
+        return isOne ? targets.front().target.name
+                     : texts.text("report.subject.apps %lld", {number(targets.size())});
+    }
     const auto* key = subject == RemovalSubject::leftovers    ? "confirm.subject.leftovers %lld"
                       : subject == RemovalSubject::installers ? "confirm.subject.installers %lld"
                                                               : "confirm.subject.startup %lld";
@@ -73,8 +80,10 @@ ReportTexts reportTexts(const RemovalReport& report, const std::string& subject,
         for (const auto& grant : app.tccSurvivors)
             words.verification.push_back(texts.text("report.verify.tccSurvivor %@ %@",
                                                     {app.name, permissionTitle(grant.service, texts)}));
-    words.isClean = words.verification.empty();
-    if (words.isClean) words.verification.push_back(texts.text("report.verify.clean"));
+    words.isClean = words.verification.empty() && !report.verification->isIncomplete;
+    if (words.verification.empty())
+        words.verification.push_back(
+            texts.text(words.isClean ? "report.verify.clean" : "report.verify.unreadable"));
     return words;
 }
 

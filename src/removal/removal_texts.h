@@ -15,8 +15,9 @@ namespace tidwen {
 /// What kind of thing a removal takes away, which decides what it is called.
 enum class RemovalSubject { applications, leftovers, installers, startupItems };
 
-/// "Marlin Notes", "3 applications", "12 leftovers".
-std::string subjectText(RemovalSubject subject, const std::vector<RemovalTarget>& targets,
+/// "Marlin Notes", "3 applications", "12 leftovers"; "2 items of Kip" when an application itself stays that a
+/// reset does not keep anyway.
+std::string subjectText(RemovalSubject subject, RemovalMode mode, const std::vector<RemovalTarget>& targets,
                         const Texts& texts);
 
 struct ConfirmationTexts {

@@ -7,8 +7,8 @@
 
 namespace tidwen {
 
-/// Reads the privacy grants of each application again; what is still there survived. Unreadable databases
-/// contribute nothing.
+/// Reads the privacy grants of each application again; what is still there survived. An unreadable database
+/// makes the report incomplete.
 VerificationReport verifyRemoval(const std::vector<RemovalTarget>& targets, const PermissionAudit& audit);
 
 } // namespace tidwen

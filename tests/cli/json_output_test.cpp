@@ -109,7 +109,7 @@ TEST(JsonOutput, NamesThatAreNotTextNeverBreakADocument) {
 
     RemovalHistoryEntry entry;
     entry.manifest.apps = {{hostile, ""}};
-    EXPECT_EQ(parsed(json::document(std::vector{entry}))[0]["manifest"]["apps"].size(), 1U);
+    EXPECT_EQ(parsed(json::document(std::vector{entry}, {}, Texts()))[0]["manifest"]["apps"].size(), 1U);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "operations/admin_batch.h"
 #include "operations/admin_script_runner.h"
+#include "operations/tool_arguments.h"
 #include "operations/tool_paths.h"
 #include "operations/user_scope_runner.h"
 #include "support/fixtures.h"
@@ -141,9 +142,14 @@ TEST_F(RunnersTest, WhatAToolCouldMisunderstandReachesNone) {
         refusedByBoth.push_back(operation::Bootout{text, true});
     for (const auto& text : {std::string(), zero})
         refusedByBoth.push_back(operation::DeleteKeychainItem{text, false});
+    const auto refusalOf = [](const RemovalOperation::Kind& kind) {
+        const bool namesAPlace = std::holds_alternative<operation::Move>(kind)
+                                 || std::holds_alternative<operation::Bootstrap>(kind);
+        return namesAPlace ? blockedBySafetyPolicyKey : toolArguments::unsafeArgumentKey;
+    };
     std::vector<RemovalOperation> all;
     for (const auto& kind : refusedByBoth) {
-        EXPECT_EQ(asUser(kind), OperationResult::failure(7, {blockedBySafetyPolicyKey})) << kind.index();
+        EXPECT_EQ(asUser(kind), OperationResult::failure(7, {refusalOf(kind)})) << kind.index();
         all.push_back(step(static_cast<int>(all.size()) + 1, kind));
     }
     EXPECT_TRUE(log.contains("Move blocked by path policy: /System/Library/x"));
@@ -155,7 +161,9 @@ TEST_F(RunnersTest, WhatAToolCouldMisunderstandReachesNone) {
         all.push_back(step(static_cast<int>(all.size()) + 1, kind));
 
     for (const auto& result : asAdministrator(all))
-        EXPECT_EQ(result.failureReason, Message{blockedBySafetyPolicyKey}) << result.operationID;
+        EXPECT_EQ(result.failureReason,
+                  Message{refusalOf(all[static_cast<std::size_t>(result.operationID) - 1].kind)})
+            << result.operationID;
     EXPECT_TRUE(log.contains("Privileged move blocked by path policy: /System/Library/x"));
     EXPECT_TRUE(keychain.asked.empty());
     EXPECT_TRUE(tools.calls.empty()) << "a batch of refused operations asks for no password";

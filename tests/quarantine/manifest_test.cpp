@@ -74,6 +74,28 @@ TEST(Manifest, ReadsTheOlderFormOfOneApplication) {
     EXPECT_EQ(older->entries[1].bundleID, "own");
 }
 
+TEST(Manifest, ReadsWhatAnotherProgramWroteAnew) {
+    auto unnamed = edited(encode(sample), R"("apps" : [)", R"("appName" : "Notes", "apps" : null, "x" : [)");
+    EXPECT_EQ(decodeManifest(unnamed)->apps, (std::vector<AppRecord>{{"Notes", ""}}));
+    EXPECT_EQ(decodeManifest(edited(encode(sample), R"("version" : 2)", R"("version" : 2.0)")), sample);
+    EXPECT_FALSE(decodeManifest(edited(encode(sample), R"("version" : 2)", R"("version" : 2.5)")));
+    EXPECT_FALSE(decodeManifest(edited(encode(sample), R"("version" : 2)", R"("version" : 1e300)")));
+}
+
+TEST(Manifest, IsFoundInAFolderWhoseNameTheDiskSpellsOtherwise) {
+    const TemporaryVolume volume;
+    const Path composedRoot("/Users/alice/.Trash/Tidwen - Caf\u00e9"),
+        decomposedRoot("/Users/alice/.Trash/Tidwen - Cafe\u0301");
+    const Manifest written{.createdAt = runDate,
+                           .quarantineRoot = composedRoot,
+                           .entries = {moveEntry(1, composedRoot, "/Library/Caches/a")}};
+    volume.write((decomposedRoot / manifestFileName).string(), encode(written));
+    const auto read = readManifest(decomposedRoot, volume.files());
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->quarantineRoot, decomposedRoot);
+    EXPECT_EQ(read->entries[0], moveEntry(1, decomposedRoot, "/Library/Caches/a"));
+}
+
 TEST(Manifest, RefusesWhatIsNotOne) {
     const std::pair<std::string, std::string> edits[] = {
         {R"("name")", R"("title")"},

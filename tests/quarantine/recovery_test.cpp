@@ -5,23 +5,33 @@
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/stand_ins.h"
+#include "support/unprivileged.h"
+
+#include <filesystem>
+#include <functional>
 
 namespace tidwen::test {
 namespace {
 
+namespace fs = std::filesystem;
+
 class Recovery : public testing::Test {
   protected:
     static Path folder(const std::string& name) { return alice().trash() / ("Tidwen - " + name); }
-    std::vector<Manifest> recover() {
+    RecoveryOutcome recoverAll() {
         return recoverInterruptedRemovals(alice(), volume.files(), FixedClock(), log);
     }
+    std::vector<Manifest> recover() { return recoverAll().recovered; }
+    void mode(const std::string& path, int bits) const {
+        fs::permissions(volume.host(path), fs::perms(bits));
+    }
 
+    const Path root = folder("Notes");
     TemporaryVolume volume;
     RecordingLog log;
 };
 
 TEST_F(Recovery, KeepsWhatReallyLiesInQuarantine) {
-    const auto root = folder("Notes");
     const std::string agents = "/Users/alice/Library/LaunchAgents/";
     const RemovalJournal journal{
         .createdAt = runDate,
@@ -52,10 +62,71 @@ TEST_F(Recovery, KeepsWhatReallyLiesInQuarantine) {
     EXPECT_THAT(recover(), IsEmpty());
 }
 
+TEST_F(Recovery, KeepsTheJournalWhileAnItemIsUnaccountedFor) {
+    // On the way from one disk to another: the original stands aside, the copy has not got its name yet.
+    const std::string caches = "/Users/alice/Library/Caches/";
+    const struct {
+        const char* what;
+        std::function<void()> prevent, allow;
+    } cases[] = {
+        {"may not write where it came from", [&] { mode(caches, 0555); }, [&] { mode(caches, 0755); }},
+        {"may not look where it went", [&] { mode((root / "0001").string(), 0); },
+         [&] { mode((root / "0001").string(), 0700); }},
+        {"the disk it came from is away",
+         [&] { rename(volume.host(caches), volume.host("/away")), volume.makeFolder(caches); },
+         [&] { fs::remove(volume.host(caches)), rename(volume.host("/away"), volume.host(caches)); }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const RemovalJournal journal{
+            .createdAt = runDate,
+            .quarantineRoot = root,
+            .planned = {moveEntry(1, root, caches + "a"), moveEntry(2, root, "/Library/Caches/b")}};
+        ASSERT_TRUE(writeJournal(journal, root / journalFileName, volume.files()));
+        volume.write(caches + ".tidwen-moved-a", "whole");
+        volume.write((root / "0001/.tidwen-copy-a").string(), "who");
+        volume.write((root / "0002/b").string(), "b");
+        giveToUnprivileged(volume.hostRoot());
+        asUnprivileged([&] {
+            c.prevent();
+            for (int start = 0; start < 2; ++start) {
+                const auto outcome = recoverAll();
+                EXPECT_THAT(outcome.recovered, IsEmpty());
+                ASSERT_EQ(outcome.unfinished.size(), 1u);
+                EXPECT_EQ(outcome.unfinished[0].problem, UnfinishedRun::Problem::unsettled);
+                EXPECT_THAT(outcome.unfinished[0].unsettled, ElementsAre(caches + "a"));
+                EXPECT_THAT(outcome.unfinished[0].known->entries, ElementsAre(journal.planned[1]));
+            }
+            c.allow();
+            const auto outcome = recoverAll();
+            EXPECT_THAT(outcome.unfinished, IsEmpty());
+            ASSERT_EQ(outcome.recovered.size(), 1u);
+            EXPECT_EQ(volume.read(caches + "a"), "whole");
+        });
+        fs::remove_all(volume.host(root.string()));
+    }
+}
+
+TEST_F(Recovery, HistoryAlsoTellsOfRunsThatAreNoEntries) {
+    const RemovalJournal journal{
+        .createdAt = runDate, .quarantineRoot = root, .apps = {{"Notes", "n"}}, .planned = {}};
+    ASSERT_TRUE(writeJournal(journal, root / journalFileName, volume.files()));
+    volume.write((folder("Damaged") / manifestFileName).string(), "{");
+    volume.write((folder("Cut") / journalFileName).string(), "{");
+    volume.makeFolder(folder("Nothing").string());
+    const auto runs = loadUnfinishedRuns(alice(), volume.files());
+    EXPECT_THAT(eachOf(runs, [](const auto& run) { return run.root.lastComponent(); }),
+                ElementsAre("Tidwen - Cut", "Tidwen - Damaged", "Tidwen - Notes"));
+    EXPECT_THAT(eachOf(runs, [](const auto& run) { return run.advice().key; }),
+                ElementsAre("history.unfinished.unreadableJournal", "history.unfinished.unreadableManifest",
+                            "history.unfinished.interrupted"));
+    EXPECT_EQ(runs[2].known->apps.front().name, "Notes");
+}
+
 TEST_F(Recovery, LeavesEverythingElseAlone) {
-    const auto write = [&](const Path& root, const Path& named, std::size_t bytes = std::string::npos) {
+    const auto write = [&](const Path& run, const Path& named, std::size_t bytes = std::string::npos) {
         const auto text = encode(RemovalJournal{.createdAt = runDate, .quarantineRoot = named});
-        volume.write((root / journalFileName).string(), text.substr(0, bytes));
+        volume.write((run / journalFileName).string(), text.substr(0, bytes));
     };
     const Path finished = folder("Finished"), elsewhere = folder("Elsewhere"), cut = folder("Cut"),
                linked = folder("Linked"), other = alice().trash() / "Other", outside("/Library/Outside");
@@ -71,17 +142,16 @@ TEST_F(Recovery, LeavesEverythingElseAlone) {
 
     EXPECT_THAT(recover(), IsEmpty());
     EXPECT_EQ(volume.read((finished / manifestFileName).string()), "whatever");
-    for (const auto& root : {elsewhere, cut, linked, other, outside, folder("Empty")})
-        EXPECT_FALSE(volume.exists((root / manifestFileName).string())) << root.string();
-    for (const auto& root : {elsewhere, cut, linked}) {
-        EXPECT_TRUE(volume.exists((root / journalFileName).string())) << root.string();
-        EXPECT_TRUE(log.contains("Unreadable removal journal at " + root.string()));
+    for (const auto& run : {elsewhere, cut, linked, other, outside, folder("Empty")})
+        EXPECT_FALSE(volume.exists((run / manifestFileName).string())) << run.string();
+    for (const auto& run : {elsewhere, cut, linked}) {
+        EXPECT_TRUE(volume.exists((run / journalFileName).string())) << run.string();
+        EXPECT_TRUE(log.contains("Unreadable removal journal at " + run.string()));
     }
     EXPECT_EQ(log.lines().size(), 3u);
 }
 
 TEST_F(Recovery, HistoryCountsWhatIsLeft) {
-    const auto root = folder("Notes");
     auto unplaced = moveEntry(4, root, "/Library/Caches/d");
     unplaced.destination.reset();
     const Manifest manifest{.createdAt = runDate,

@@ -90,6 +90,7 @@ class FlowBench : public SteppedQueues {
             .running = running,
             .executor = executor,
             .undo = undo,
+            .rights = MoveRights::own,
             .purge = purge,
             .audit = audit,
             .protectedApps = protectedApps,

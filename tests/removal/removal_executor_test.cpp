@@ -1,6 +1,6 @@
 #include "quarantine/recovery.h"
-#include "removal/own_rights.h"
 #include "removal/removal_executor.h"
+#include "removal/unmovable_items.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/recording_runner.h"
@@ -85,7 +85,7 @@ TEST_F(Executor, AMoveThatNeitherEndedNorWasTakenBackIsLeftToRecovery) {
         return Message{"failure.file.io"};
     };
     const auto report = execute({move(1, "a", false)});
-    EXPECT_EQ(report->manifestFailure, Message{"failure.moveUnfinished"});
+    EXPECT_EQ(report->manifestFailure, (Message{"failure.moveUnfinished %@", {"/Library/Caches/a"}}));
     EXPECT_TRUE(hasJournal());
     recoverInterruptedRemovals(alice(), volume.files(), SystemClock(), log);
     EXPECT_TRUE(volume.exists("/Library/Caches/a"));
@@ -103,7 +103,7 @@ TEST_F(Executor, AMoveThatWasMadeButNotReportedIsInTheManifest) {
     EXPECT_THAT(manifestIDs(), ElementsAre(1));
 }
 
-TEST(ObstaclesToBegin, KeepAnApplicationWithItsData) {
+TEST(UnmovableItems, KeepAnApplicationWithItsData) {
     const TemporaryVolume volume;
     for (const auto* item : {"/Applications/A.app/a", "/open/cache", "/closed/log", "/closed/A.app/a"})
         volume.write(item, "");
@@ -127,7 +127,8 @@ TEST(ObstaclesToBegin, KeepAnApplicationWithItsData) {
                 if (source.extension() == "app") plan.push_back(step(0, operation::UnregisterApp{source}));
                 plan.push_back(step(0, operation::Move{source, Path("/to")}));
             }
-            EXPECT_EQ(eachOf(obstaclesToBegin(plan, volume.files()), &Path::string), c.obstacles)
+            EXPECT_EQ(eachOf(unmovableItems(plan, volume.files(), MoveRights::own), &Path::string),
+                      c.obstacles)
                 << testing::PrintToString(c.moved);
         }
     });

@@ -13,8 +13,9 @@ using Reason = ImmovableApplication::Reason;
 TEST(Removability, SaysWhyAnApplicationStaysAndWhereItIs) {
     const test::TemporaryVolume volume;
     const auto home = std::string("/Users/alice");
-    for (const auto* item : {"/Applications/Fine.app", "/opt/apps/Real.app", "/Users/alice/Downloads/Got.app",
-                             "/Users/alice/Library/Mine.app", "/Users/alice/.Trash/Gone.app", "/closed/Kept.app"})
+    for (const auto* item :
+         {"/Applications/Fine.app", "/opt/apps/Real.app", "/Users/alice/Downloads/Got.app",
+          "/Users/alice/Library/Mine.app", "/Users/alice/.Trash/Gone.app", "/closed/Kept.app"})
         volume.makeFolder(item);
     volume.link("/Applications/Linked.app", "../opt/apps/Real.app");
     volume.link("/Applications/Dangling.app", "/Volumes/Away/Dangling.app");
@@ -51,7 +52,7 @@ TEST(Removability, SaysWhyAnApplicationStaysAndWhereItIs) {
             AppTarget target;
             target.bundleURL = Path(c.bundle);
             EXPECT_TRUE(whyNotRemovable(target, volume.files(), PathPolicy(user), user, MoveRights::own)
- == c.expected)
+                        == c.expected)
                 << c.bundle;
         }
         AppTarget kept;

@@ -6,7 +6,6 @@
 #include "cli/console.h"
 #include "cli/json_output.h"
 #include "cli/selection.h"
-#include "removal/own_rights.h"
 #include "removal/removal_texts.h"
 
 namespace tidwen {
@@ -63,12 +62,10 @@ Preview preview(const CommandContext& context, const Mac& mac, const RemovalFlow
     return {layout, buildRemovalPlan(targets, layout, model.mode(), context.texts)};
 }
 
-/// Why it must not begin with the rights of this process, which is all that a volume has.
-std::optional<Message> obstacle(const Mac& mac, const Preview& preview) {
-    if (!mac.volume) return std::nullopt;
-    const auto items = obstaclesToBegin(preview.plan, mac.system.files);
-    if (items.empty()) return std::nullopt;
-    return Message{"cli.remove.notYours %@ %lld", {items.back().string(), std::to_string(items.size())}};
+ExitStatus refuse(const RemovalRefusal& refusal, const CommandContext& context) {
+    const auto status = context.refuse(refusal.reason);
+    if (!refusal.unmovableItems.empty()) context.console.complain(context.text("cli.remove.otherAccount"));
+    return status;
 }
 
 void show(const Preview& preview, const std::vector<Trace>& left, const CommandContext& context) {
@@ -133,7 +130,7 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     const bool isDryRun = context.arguments.has("--dry-run");
     if (isDryRun) show(planned, model.leftInPlace(), context);
     if (const auto problem = session.settingsProblem()) return context.refuse(*problem);
-    if (const auto reason = obstacle(mac, planned)) return context.refuse(*reason);
+    if (const auto refusal = model.refusal()) return refuse(*refusal, context);
     if (isDryRun) return ExitStatus::done;
     if (!confirmed(context, mac, model)) return ExitStatus::refused;
 

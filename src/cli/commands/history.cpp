@@ -42,15 +42,29 @@ void print(const std::vector<RemovalHistoryEntry>& history, const CommandContext
                                       {std::to_string(history.size()), labels::size(bytes, context.texts)}));
 }
 
+void print(const std::vector<UnfinishedRun>& runs, const CommandContext& context) {
+    for (const auto& run : runs) {
+        context.console.line(context.text("cli.history.unfinished %@ %@",
+                                          {run.root.lastComponent(), context.texts.text(run.advice())}),
+                             Paint::caution);
+        for (const auto& item : run.unsettled)
+            context.console.line("  " + item);
+    }
+}
+
 ExitStatus run(const CommandContext& context, Mac& mac) {
     TerminalHistory runs(mac);
     const auto& history = runs.load(TerminalHistory::Sizes::measured);
-    if (context.arguments.json)
-        context.console.document(json::document(history));
-    else if (history.empty())
-        context.console.line(context.text("history.empty.title"));
-    else
-        print(history, context);
+    const auto& unfinished = runs.unfinishedRuns();
+    if (context.arguments.json) {
+        context.console.document(json::document(history, unfinished, context.texts));
+    } else {
+        if (!history.empty())
+            print(history, context);
+        else if (unfinished.empty())
+            context.console.line(context.text("history.empty.title"));
+        print(unfinished, context);
+    }
     mentionInterruptedRuns(context, mac);
     if (runs.leftOut() > 0) {
         context.console.complain(context.text("cli.history.leftOut %lld", {std::to_string(runs.leftOut())}));

@@ -1,5 +1,7 @@
 #include "cli/commands/numbered_history.h"
 
+#include "base/path_key.h"
+#include "base/text.h"
 #include "cli/console.h"
 #include "quarantine/quarantine_layout.h"
 
@@ -7,29 +9,41 @@
 
 namespace tidwen {
 
+namespace {
+
+/// However the disk spells the folder's name.
+bool isCalled(const Path& root, const std::string& word) {
+    return fileNameKey(word) == fileNameKey(root.lastComponent()) || pathKey(Path(word)) == pathKey(root);
+}
+
+} // namespace
+
 const RemovalHistoryEntry* findRun(const std::vector<RemovalHistoryEntry>& history, const std::string& word) {
     for (std::size_t i = 0; i < history.size(); ++i)
-        if (word == std::to_string(i + 1) || word == history[i].root.lastComponent()
-            || Path(word) == history[i].root)
-            return &history[i];
+        if (word == std::to_string(i + 1) || isCalled(history[i].root, word)) return &history[i];
     return nullptr;
+}
+
+std::optional<Path> findRunFolder(const std::vector<RemovalHistoryEntry>& history,
+                                  const std::vector<UnfinishedRun>& unfinished, const std::string& word) {
+    if (const auto* entry = findRun(history, word)) return entry->root;
+    for (const auto& run : unfinished)
+        if (isCalled(run.root, word)) return run.root;
+    return std::nullopt;
 }
 
 std::optional<std::string> undoCommandLine(const Path& root, const CommandContext& context, const Mac& mac) {
     const auto history = loadHistory(mac.system.user, mac.system.files, false);
-    const auto found =
-        std::find_if(history.begin(), history.end(), [&](const auto& entry) { return entry.root == root; });
-    if (found == history.end() || found->pendingMoves == 0) return std::nullopt;
+    const auto found = std::find_if(history.begin(), history.end(),
+                                    [&](const auto& entry) { return pathKey(entry.root) == pathKey(root); });
+    if (found == history.end()) {
+        const auto run = readUnfinishedRun(root, mac.system.files);
+        if (!run || !run->known || run->known->entries.empty()) return std::nullopt;
+        return context.commandLine({"undo", root.lastComponent()});
+    }
+    const bool isLeft = mac.volume ? found->pendingMoves > 0 : found->canBeUndone();
+    if (!isLeft) return std::nullopt;
     return context.commandLine({"undo", std::to_string(found - history.begin() + 1)});
-}
-
-std::vector<Path> interruptedRuns(const Mac& mac) {
-    const auto& files = mac.system.files;
-    auto folders = listQuarantineFolders(mac.system.user, files).value_or(std::vector<Path>());
-    std::erase_if(folders, [&](const Path& folder) {
-        return !files.exists(folder / journalFileName) || files.exists(folder / manifestFileName);
-    });
-    return folders;
 }
 
 void mentionInterruptedRuns(const CommandContext& context, const Mac& mac) {
@@ -37,7 +51,10 @@ void mentionInterruptedRuns(const CommandContext& context, const Mac& mac) {
         context.console.complain(
             context.text("cli.history.unreadable %@ %@",
                          {folders.error().path.string(), context.text(failureKey(folders.error().fault))}));
-    const auto count = interruptedRuns(mac).size();
+    const auto runs = loadUnfinishedRuns(mac.system.user, mac.system.files);
+    const auto count = std::ranges::count_if(runs, [](const UnfinishedRun& run) {
+        return run.problem != UnfinishedRun::Problem::unreadableManifest;
+    });
     if (count > 0)
         context.console.complain(context.text("cli.interrupted %lld %@",
                                               {std::to_string(count), context.commandLine({"recover"})}));

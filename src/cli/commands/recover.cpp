@@ -21,24 +21,33 @@ void print(const Manifest& manifest, const CommandContext& context, const Mac& m
         context.console.line(context.text("cli.undo.hint %@", {*undo}));
 }
 
+void complain(const UnfinishedRun& run, const CommandContext& context, const Mac& mac) {
+    context.console.complain(
+        context.text("cli.history.unfinished %@ %@", {run.root.string(), context.texts.text(run.advice())}));
+    for (const auto& item : run.unsettled)
+        context.console.complain("  " + item);
+    if (const auto undo = undoCommandLine(run.root, context, mac))
+        context.console.complain(context.text("cli.undo.hint %@", {*undo}));
+}
+
 ExitStatus run(const CommandContext& context, Mac& mac) {
     auto& system = mac.system;
     FileResult<std::unique_ptr<FolderLock>> lock;
     // A removal that another process is at work on is not cut off. Without a Trash there is nothing to lock.
     if (system.files.exists(system.user.trash())) lock = lockTrash(system.user, system.files);
     if (!lock) return refuseWithoutLock(context, lock.error());
-    const auto recovered = recoverInterruptedRemovals(system.user, system.files, system.clock, system.log);
-    const auto left = interruptedRuns(mac); // their journals cannot be read, or no manifest can be written
+    const auto [recovered, unfinished] =
+        recoverInterruptedRemovals(system.user, system.files, system.clock, system.log);
     if (context.arguments.json) {
         context.console.document(json::document(recovered));
     } else {
-        if (recovered.empty() && left.empty()) context.console.line(context.text("cli.recover.none"));
+        if (recovered.empty() && unfinished.empty()) context.console.line(context.text("cli.recover.none"));
         for (const auto& manifest : recovered)
             print(manifest, context, mac);
     }
-    for (const auto& folder : left)
-        context.console.complain(context.text("cli.recover.left %@", {folder.string()}));
-    return left.empty() ? ExitStatus::done : ExitStatus::someFailed;
+    for (const auto& run : unfinished)
+        complain(run, context, mac);
+    return unfinished.empty() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 } // namespace

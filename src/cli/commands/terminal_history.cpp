@@ -3,7 +3,8 @@
 namespace tidwen {
 
 TerminalHistory::TerminalHistory(Mac& mac)
-    : undo_({mac.system.files, mac.privilegedRunner, mac.userRunner, mac.system.texts, mac.system.log},
+    : undo_({mac.system.files, mac.privilegedRunner, mac.userRunner, mac.system.texts, mac.system.log,
+             !mac.volume},
             mac.system.user),
       purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
       model_({mac.system.files, undo_, purge_, mac.system.texts, queue_, queue_}, mac.system.user) {}
@@ -26,8 +27,8 @@ TerminalHistory::await(const std::function<void(HistoryModel::Answer<Result>)>& 
     });
 }
 
-tl::expected<UndoReport, Message> TerminalHistory::undo(const RemovalHistoryEntry& entry) {
-    return await<UndoReport>([&](auto answer) { model_.undo(entry, std::move(answer)); });
+tl::expected<UndoReport, Message> TerminalHistory::undo(const Path& root) {
+    return await<UndoReport>([&](auto answer) { model_.undo(root, std::move(answer)); });
 }
 
 tl::expected<QuarantinePurge::Outcome, Message>

@@ -23,9 +23,11 @@ class TerminalHistory {
 
     /// Runs that `load` did not read, because there is too much to read.
     std::uint64_t leftOut() const { return model_.leftOut.get(); }
+    /// Of the last load: runs that have no number.
+    const std::vector<UnfinishedRun>& unfinishedRuns() const { return model_.unfinishedRuns.get(); }
 
     /// The reason when nothing was done.
-    tl::expected<UndoReport, Message> undo(const RemovalHistoryEntry& entry);
+    tl::expected<UndoReport, Message> undo(const Path& root);
     /// `chosen` is not empty.
     tl::expected<QuarantinePurge::Outcome, Message> remove(const std::vector<RemovalHistoryEntry>& chosen);
 

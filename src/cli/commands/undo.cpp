@@ -19,6 +19,8 @@ void print(const UndoReport& report, const CommandContext& context, const Mac& m
         context.console.line("  " + context.text("cli.undo.renamed %@", {item.string()}));
     context.console.line(context.text("report.undo.restored %lld %lld", {std::to_string(report.restoredCount),
                                                                          std::to_string(report.totalCount)}));
+    if (report.alreadyBack > 0)
+        context.console.line(context.text("cli.undo.alreadyBack %lld", {std::to_string(report.alreadyBack)}));
     // No job runs on a volume; it starts with the Mac that the volume belongs to.
     if (report.relaunchedJobs > 0 && !mac.volume)
         context.console.line(
@@ -28,16 +30,17 @@ void print(const UndoReport& report, const CommandContext& context, const Mac& m
 ExitStatus run(const CommandContext& context, Mac& mac) {
     const std::string& word = context.arguments.operands.front();
     TerminalHistory history(mac);
-    const auto* entry = findRun(history.load(TerminalHistory::Sizes::leftOut), word);
+    const auto& runs = history.load(TerminalHistory::Sizes::leftOut);
+    const auto root = findRunFolder(runs, history.unfinishedRuns(), word);
     // Numbers count the runs that were read: with some left out they could mean other runs than were shown.
-    if (history.leftOut() > 0 && entry && entry->root.lastComponent() != Path(word).lastComponent())
+    if (history.leftOut() > 0 && root && root->lastComponent() != Path(word).lastComponent())
         return context.refuse({"cli.undo.numbersUncertain %lld", {std::to_string(history.leftOut())}});
-    if (!entry) {
+    if (!root) {
         mentionInterruptedRuns(context, mac);
         return context.refuse({"cli.undo.unknown %@", {word}});
     }
     context.console.progress(context.text("home.recovery.restoring"));
-    const auto report = history.undo(*entry);
+    const auto report = history.undo(*root);
     context.console.endProgress();
     if (!report) return context.refuse(report.error());
     if (context.arguments.json)

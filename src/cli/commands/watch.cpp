@@ -66,11 +66,13 @@ class WatchSession {
     }
 
     void tidyUp() const {
-        const auto notice = FlowSession(context_, mac_).start();
-        if (!notice) return;
-        remark("home.recovery.title %@", {labels::names(notice->manifest.apps)});
-        if (const auto undo = undoCommandLine(notice->manifest.quarantineRoot, context_, mac_))
-            remark("cli.undo.hint %@", {*undo});
+        for (const auto& notice : FlowSession(context_, mac_).start()) {
+            remark("home.recovery.title %@", {labels::names(notice.manifest.apps)});
+            for (const auto& item : notice.unsettled)
+                remark("failure.moveUnfinished %@", {item});
+            if (const auto undo = undoCommandLine(notice.manifest.quarantineRoot, context_, mac_))
+                remark("cli.undo.hint %@", {*undo});
+        }
     }
 
     /// Changes that another process makes, `tidwen settings set` for one.

@@ -1,4 +1,4 @@
-#include "removal/own_rights.h"
+#include "removal/unmovable_items.h"
 
 #include <algorithm>
 #include <set>
@@ -7,15 +7,17 @@ namespace tidwen {
 
 namespace {
 
-/// What has vanished meanwhile is no matter of rights.
-bool isImmovable(const Path& item, const FileSystem& files) {
+/// What has vanished meanwhile is no matter of rights. A locked item stays for an administrator too.
+bool isImmovable(const Path& item, bool asAdministrator, const FileSystem& files) {
     const auto info = files.info(item);
-    return (info || info.error().fault != FileFault::missing) && !files.isMovable(item);
+    if (!info && info.error().fault == FileFault::missing) return false;
+    return asAdministrator ? info && info->immutable : !files.isMovable(item);
 }
 
 } // namespace
 
-std::vector<Path> obstaclesToBegin(const std::vector<RemovalOperation>& plan, const FileSystem& files) {
+std::vector<Path> unmovableItems(const std::vector<RemovalOperation>& plan, const FileSystem& files,
+                                 MoveRights rights) {
     std::set<Path> bundles;
     std::vector<Path> immovable;
     std::size_t moves = 0;
@@ -25,7 +27,8 @@ std::vector<Path> obstaclesToBegin(const std::vector<RemovalOperation>& plan, co
         const auto* move = std::get_if<operation::Move>(&each.kind);
         if (!move) continue;
         ++moves;
-        if (isImmovable(move->source, files)) immovable.push_back(move->source);
+        const bool asAdministrator = each.requiresRoot && rights == MoveRights::administrator;
+        if (isImmovable(move->source, asAdministrator, files)) immovable.push_back(move->source);
     }
     const bool keepsAnApplication = std::any_of(immovable.begin(), immovable.end(), [&](const Path& item) {
         return bundles.contains(item.standardized());

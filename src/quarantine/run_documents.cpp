@@ -1,0 +1,45 @@
+#include "quarantine/run_documents.h"
+
+#include "quarantine/quarantine_layout.h"
+
+namespace tidwen {
+
+namespace {
+
+/// The manifest's own text, which no disk can compress better than the manifest itself, and a little more: a
+/// date that recovery adds, and what a disk rounds up.
+std::string reserveFor(const RemovalJournal& journal) {
+    constexpr std::size_t margin = 16u << 10;
+    const auto text = encode(Manifest{.createdAt = journal.createdAt,
+                                      .quarantineRoot = journal.quarantineRoot,
+                                      .apps = journal.apps,
+                                      .entries = journal.planned});
+    std::string reserve = text;
+    while (reserve.size() < text.size() + margin)
+        reserve.append(text, 0, text.size() + margin - reserve.size());
+    return reserve;
+}
+
+} // namespace
+
+FileResult<void> beginRun(const RemovalJournal& journal, FileSystem& files) {
+    const Path& root = journal.quarantineRoot;
+    if (auto written = writeJournal(journal, root / journalFileName, files); !written) return written;
+    auto held = files.replaceFile(root / reserveFileName, reserveFor(journal), NewFileMode::privateToOwner);
+    if (!held) (void)files.removeFile(root / journalFileName);
+    return held;
+}
+
+FileResult<void> finishRun(const Manifest& manifest, FileSystem& files) {
+    const Path& root = manifest.quarantineRoot;
+    auto written = writeManifest(manifest, root / manifestFileName, files);
+    if (!written && written.error().fault == FileFault::noSpace && files.removeFile(root / reserveFileName))
+        written = writeManifest(manifest, root / manifestFileName, files);
+    if (!written) return written;
+    // Beside a manifest neither is read again, so a failure here costs nothing.
+    (void)files.removeFile(root / reserveFileName);
+    (void)files.removeFile(root / journalFileName);
+    return {};
+}
+
+} // namespace tidwen

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "quarantine/manifest.h"
+
+namespace tidwen {
+
+/// Writes the journal into its quarantine folder, and beside it a file that holds the disk space which the
+/// manifest will need: a disk that the moves fill up would else leave the run without one. After an error
+/// neither is there.
+FileResult<void> beginRun(const RemovalJournal& journal, FileSystem& files);
+
+/// Writes the manifest into its quarantine folder, on a full disk in the space that was held for it, and drops
+/// the journal. After an error the journal is still there.
+FileResult<void> finishRun(const Manifest& manifest, FileSystem& files);
+
+} // namespace tidwen

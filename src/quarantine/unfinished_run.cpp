@@ -1,0 +1,55 @@
+#include "quarantine/unfinished_run.h"
+
+#include "quarantine/interrupted_move.h"
+#include "quarantine/quarantine_layout.h"
+
+#include <array>
+
+namespace tidwen {
+
+namespace {
+
+using Problem = UnfinishedRun::Problem;
+
+UnfinishedRun fromJournal(const Path& root, RemovalJournal journal, const FileSystem& files) {
+    auto seen = observe(journal.planned, files);
+    UnfinishedRun run{.root = root,
+                      .problem = seen.unsettled.empty() ? Problem::interrupted : Problem::unsettled,
+                      .known = Manifest{.createdAt = journal.createdAt,
+                                        .quarantineRoot = root,
+                                        .apps = std::move(journal.apps),
+                                        .entries = std::move(seen.entries)}};
+    for (auto& entry : seen.unsettled)
+        run.unsettled.push_back(std::move(entry.source));
+    return run;
+}
+
+} // namespace
+
+std::string_view name(Problem problem) {
+    static constexpr std::array<std::string_view, 4> names = {"interrupted", "unsettled", "unreadableJournal",
+                                                              "unreadableManifest"};
+    return names[static_cast<std::size_t>(problem)];
+}
+
+Message UnfinishedRun::advice() const {
+    return {"history.unfinished." + std::string(name(problem)), {}};
+}
+
+std::optional<UnfinishedRun> readUnfinishedRun(const Path& root, const FileSystem& files) {
+    const bool hasManifest = files.exists(root / manifestFileName);
+    if (hasManifest && readManifest(root, files)) return std::nullopt;
+    if (auto journal = readJournal(root, files)) return fromJournal(root, std::move(*journal), files);
+    if (hasManifest) return UnfinishedRun{.root = root, .problem = Problem::unreadableManifest};
+    if (!files.exists(root / journalFileName)) return std::nullopt;
+    return UnfinishedRun{.root = root, .problem = Problem::unreadableJournal};
+}
+
+std::vector<UnfinishedRun> loadUnfinishedRuns(const UserEnvironment& user, const FileSystem& files) {
+    std::vector<UnfinishedRun> runs;
+    for (const auto& root : listQuarantineFolders(user, files).value_or(std::vector<Path>()))
+        if (auto run = readUnfinishedRun(root, files)) runs.push_back(std::move(*run));
+    return runs;
+}
+
+} // namespace tidwen

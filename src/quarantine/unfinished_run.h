@@ -1,0 +1,43 @@
+#pragma once
+
+#include "base/message.h"
+#include "platform/user_environment.h"
+#include "quarantine/manifest.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tidwen {
+
+/// A run that has no readable manifest, and so is no entry of the history.
+struct UnfinishedRun {
+    enum class Problem {
+        interrupted,        ///< cut off; recovery has not looked at it yet, or could not write its manifest
+        unsettled,          ///< cut off, and some of its items are at neither of their two places
+        unreadableJournal,  ///< cut off, and nobody can tell what it planned
+        unreadableManifest, ///< ended, and nobody can tell what it moved
+    };
+    Path root;
+    Problem problem = Problem::interrupted;
+    /// What of it can be undone now, by its journal; absent when that cannot be read.
+    std::optional<Manifest> known = {};
+    std::vector<std::string> unsettled = {}; ///< the old places of items that are at neither place
+
+    /// What the user can do about it.
+    Message advice() const;
+    friend bool operator==(const UnfinishedRun&, const UnfinishedRun&) = default;
+};
+
+/// "interrupted" and so on, as in JSON.
+std::string_view name(UnfinishedRun::Problem problem);
+
+/// The run in the quarantine folder `root`, by what lies there now; nothing when it has a readable manifest or
+/// neither of the two documents. Only looks.
+std::optional<UnfinishedRun> readUnfinishedRun(const Path& root, const FileSystem& files);
+
+/// By the names of their folders.
+std::vector<UnfinishedRun> loadUnfinishedRuns(const UserEnvironment& user, const FileSystem& files);
+
+} // namespace tidwen

@@ -1,0 +1,30 @@
+#include "removal/removal_refusal.h"
+
+#include "base/text.h"
+#include "removal/chosen_items.h"
+#include "removal/unmovable_items.h"
+
+namespace tidwen {
+
+std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chosen, RemovalMode mode,
+                                          const FileSystem& files, const UserEnvironment& user,
+                                          MoveRights rights, const Texts& texts) {
+    const PathPolicy policy(user);
+    if (mode == RemovalMode::uninstall)
+        for (const auto& each : chosen) {
+            if (!takesTheApplication(each)) continue;
+            const auto why = whyNotRemovable(each.target, files, policy, user, rights);
+            // What is a matter of rights is judged below, together with everything else.
+            if (why && why->reason != ImmovableApplication::Reason::noRights)
+                return RemovalRefusal{why->describe(each.target)};
+        }
+    // Where the items would go does not matter here.
+    const auto plan = buildRemovalPlan(chosen, {user.trash(), chosen.size() > 1}, mode, texts);
+    auto items = unmovableItems(plan, files, rights);
+    if (items.empty()) return std::nullopt;
+    return RemovalRefusal{{"error.unmovableItems %@ %lld",
+                           {printable(items.back().string()), std::to_string(items.size())}},
+                          items};
+}
+
+} // namespace tidwen
