@@ -1,5 +1,6 @@
 #include "scan/launch_item.h"
 
+#include "base/text.h"
 #include "platform/property_list_file.h"
 
 namespace tidwen {
@@ -31,6 +32,17 @@ std::optional<LaunchItem> readLaunchItem(const FileSystem& files, const Path& pl
     if (!label || label->empty()) return std::nullopt;
     return LaunchItem{
         .label = *label, .plist = plist, .isSystemDomain = isSystemDomain, .programPath = programPath(*job)};
+}
+
+std::vector<std::string> readAssociatedBundleIDs(const FileSystem& files, const Path& plist) {
+    const auto job = readPropertyList(files, plist, jobLimits);
+    const auto* associated = job ? job->find("AssociatedBundleIdentifiers") : nullptr;
+    if (!associated) return {};
+    auto identifiers = associated->asStrings().value_or(std::vector<std::string>());
+    if (const auto* one = job->findString("AssociatedBundleIdentifiers")) identifiers.push_back(*one);
+    for (auto& identifier : identifiers)
+        identifier = lowercased(identifier);
+    return identifiers;
 }
 
 std::vector<LaunchItem> listLaunchItems(const FileSystem& files, const Path& folder, bool isSystemDomain,

@@ -22,6 +22,10 @@ struct LaunchItem {
 /// Nothing when the file is no property list or has no usable label.
 std::optional<LaunchItem> readLaunchItem(const FileSystem& files, const Path& plist, bool isSystemDomain);
 
+/// Lower-cased identifiers of the applications that the job says it works for
+/// ("AssociatedBundleIdentifiers": one or several).
+std::vector<std::string> readAssociatedBundleIDs(const FileSystem& files, const Path& plist);
+
 /// Every job of a folder's direct, visible "*.plist" children, in listing order. An unreadable folder is
 /// empty. Ends early, with what it has, when `stop` asks for it.
 std::vector<LaunchItem> listLaunchItems(const FileSystem& files, const Path& folder, bool isSystemDomain,

@@ -7,8 +7,13 @@ namespace tidwen {
 
 namespace {
 
-constexpr std::string_view commonIdentifiers[] = {"org.cups",
-                                                  "org.qt-project",
+// Parts of macOS that keep the name under which others made them: Shortcuts, Kerberos, printing, cron, the
+// servers and agents that come with the system.
+constexpr std::string_view applesOtherIdentifiers[] = {
+    "is.workflow",  "edu.mit.kerberos", "org.cups",     "com.vix.cron", "com.openssh",
+    "org.openldap", "org.postfix",      "org.net-snmp", "org.ntp",      "org.isc.named"};
+
+constexpr std::string_view commonIdentifiers[] = {"org.qt-project",
                                                   "com.trolltech",
                                                   "org.python",
                                                   "net.java",
@@ -34,8 +39,7 @@ constexpr std::string_view commonIdentifiers[] = {"org.cups",
                                                   "org.swift",
                                                   "org.webkit",
                                                   "org.apache",
-                                                  "org.gnu",
-                                                  "systemgroup.com.apple"};
+                                                  "org.gnu"};
 
 constexpr std::string_view commonNames[] = {
     // In "Application Support": contacts, calls, device backups, iCloud Drive, what Siri learned …
@@ -85,7 +89,10 @@ bool isApplesIdentifier(std::string_view identifier) {
             bare.remove_prefix(mark.size());
             break;
         }
-    return continues(bare, "com.apple") || continues(identifier, "com.apple");
+    const auto continuesBare = [&](std::string_view beginning) { return continues(bare, beginning); };
+    return continuesBare("com.apple") || continues(identifier, "com.apple")
+           || std::any_of(std::begin(applesOtherIdentifiers), std::end(applesOtherIdentifiers),
+                          continuesBare);
 }
 
 bool isCommonIdentifier(std::string_view identifier) {

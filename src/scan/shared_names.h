@@ -6,11 +6,12 @@
 namespace tidwen {
 
 /// "com.apple.notes", and the same as a group: behind "group." or a team
-/// ("243LU875E5.groups.com.apple.notes"). `identifier` is in lower case.
+/// ("243LU875E5.groups.com.apple.notes"); and parts of macOS that bear others' names
+/// ("is.workflow.shortcuts"). `identifier` is in lower case.
 bool isApplesIdentifier(std::string_view identifier);
 
-/// Parts that many applications carry (updaters, crash reporters, runtimes), and Apple's own under other
-/// names: a find with such an identifier does not say whose it is. `identifier` is in lower case.
+/// Parts that many applications carry (updaters, crash reporters, runtimes): a find with such an identifier
+/// does not say whose it is. `identifier` is in lower case.
 bool isCommonIdentifier(std::string_view identifier);
 
 /// What macOS itself calls its folders and files in the Library without an identifier, the folders that
