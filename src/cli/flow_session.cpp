@@ -65,9 +65,10 @@ OrphanScanResult FlowSession::sweepOrphans(const std::set<std::string>& protecte
                                            const OrphanScanner::OnFound& onFound) const {
     const auto& system = mac_.system;
     // A volume has no register of applications besides the bundles themselves.
-    OrphanScanner scanner({system.files, system.signatures, system.runningApplications, system.log},
+    OrphanScanner scanner({system.files, system.receipts, system.runningApplications, system.log},
                           system.user, [](const std::string&) { return false; });
-    return scanner.scan(findOwningBundles(system.files, system.user), protectedIDs, stop, onFound);
+    InstalledBundles installed(system.files, system.signatures, system.user);
+    return scanner.scan(installed, protectedIDs, stop, onFound);
 }
 
 std::vector<RecoveryNotice> FlowSession::start() {

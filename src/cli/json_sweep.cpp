@@ -16,6 +16,10 @@ Value object(const InstallerFile& file) {
     return fields;
 }
 
+Value object(const SweepGap& gap) {
+    return {{"place", value(gap.place)}, {"reason", name(gap.reason)}, {"isOfOthers", gap.isOfOthers}};
+}
+
 } // namespace
 
 void write(const OrphanScanResult& orphans, const JsonStream::Sink& sink) {
@@ -37,6 +41,8 @@ void write(const OrphanScanResult& orphans, const JsonStream::Sink& sink) {
         out.end();
     }
     out.end();
+    out.key("gaps");
+    out.value(array(orphans.gaps, [](const SweepGap& gap) { return object(gap); }));
     out.key("leftOut");
     out.value(orphans.leftOut);
     out.key("skippedNames");

@@ -28,10 +28,10 @@ bool isOfSystemOrOtherDisk(const Path& path) {
     });
 }
 
-/// An empty folder is where a disk is attached.
+/// An empty folder may be where a disk is attached, but for those that are always on the disk itself.
 bool holds(const FileSystem& files, const Path& place) {
     const auto entries = files.list(place);
-    return entries && !entries->empty();
+    return entries && (!entries->empty() || place == Path("/Applications") || place == Path("/Library"));
 }
 
 bool isMissing(const FileError& error) {

@@ -1,9 +1,9 @@
 #include "sweep/known_owners.h"
 
-#include "base/parallel.h"
+#include "base/path_key.h"
 #include "base/text.h"
 #include "scan/app_target.h"
-#include "scan/bundle.h"
+#include "scan/bundle_names.h"
 #include "scan/residue_matcher.h"
 #include "scan/shared_names.h"
 
@@ -63,52 +63,6 @@ std::string_view withoutGroupMarks(std::string_view name) {
     return name;
 }
 
-/// What one application owns.
-struct Owned {
-    std::vector<std::string> identifiers;
-    std::vector<std::string> names;
-    bool isComplete = false;
-};
-
-Owned readOwned(const FileSystem& files, const CodeSignatures& signatures, const Path& url,
-                const StopToken& stop) {
-    Owned owned;
-    owned.names.push_back(url.stem());
-    const auto bundle = Bundle::open(files, url);
-    if (!bundle) return owned;
-    const auto identifier = bundle->identifier();
-    if (identifier) owned.identifiers.push_back(*identifier);
-    owned.names.push_back(bundle->name());
-    for (const auto* key : {"CFBundleName", "CFBundleExecutable"})
-        if (const auto* name = bundle->infoString(key)) owned.names.push_back(*name);
-    for (auto& embedded : embeddedBundleIDs(files, url, stop))
-        owned.identifiers.push_back(std::move(embedded));
-    for (const auto* folder : {"Contents/Library/LaunchAgents", "Contents/Library/LaunchDaemons"})
-        for (const auto& job : listLaunchItems(files, url / folder, false, stop))
-            owned.identifiers.push_back(job.label);
-    for (const auto& group : signatures.read(url, bundle->executable()).applicationGroups)
-        owned.identifiers.emplace_back(withoutGroupMarks(group));
-    // One that was taken away in the middle may hold more than was seen.
-    owned.isComplete = identifier && files.exists(bundle->contents / "Info.plist");
-    return owned;
-}
-
-/// Labels of jobs that still work: their program is there, and not as the leftover of a removed application.
-std::vector<std::string> livingJobs(const FileSystem& files, const UserEnvironment& user,
-                                    const StopToken& stop) {
-    std::vector<std::string> labels;
-    for (const auto& folder : {user.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
-                               Path("/Library/LaunchDaemons")})
-        for (const auto& job : listLaunchItems(files, folder, false, stop)) {
-            if (!job.programPath) continue;
-            const Path program(*job.programPath);
-            const bool isHelperTool = program.isWithinIgnoringCase(Path("/Library/PrivilegedHelperTools"));
-            if (program.isAbsolute() && !isHelperTool && files.infoFollowingLinks(program))
-                labels.push_back(job.label);
-        }
-    return labels;
-}
-
 } // namespace
 
 bool isReverseDns(std::string_view identifier) {
@@ -131,48 +85,52 @@ std::string identifierInName(std::string_view name) {
     return isReverseDns(lower) ? lower : std::string();
 }
 
-KnownOwners KnownOwners::read(const FileSystem& files, const CodeSignatures& signatures,
-                              const UserEnvironment& user, const std::vector<Path>& bundles,
-                              const StopToken& stop) {
-    std::vector<Owned> owned(bundles.size());
-    parallelFor(bundles.size(), [&](std::size_t i) {
-        if (!stop.stopRequested()) owned[i] = readOwned(files, signatures, bundles[i], stop);
-    });
-    KnownOwners owners;
-    for (std::size_t i = 0; i < bundles.size(); ++i) {
-        const auto& each = owned[i];
-        if (each.isComplete) owners.known_.insert(bundles[i]);
-        for (const auto& identifier : each.identifiers)
-            owners.addIdentifier(identifier);
-        for (const auto& name : each.names)
-            owners.addName(name);
+KnownOwners::KnownOwners(const BundleSnapshot& bundles) {
+    for (std::size_t i = 0; i < bundles.bundles().size(); ++i) {
+        const auto& bundle = bundles.bundles()[i];
+        const auto& contents = bundles.contents(i);
+        addIdentifier(bundle.bundleID);
+        for (const auto& embedded : contents.embeddedIDs)
+            addIdentifier(embedded);
+        for (const auto& job : contents.jobs)
+            addIdentifier(job.label);
+        for (const auto& group : contents.groups)
+            addIdentifier(withoutGroupMarks(group));
+        for (const auto& name : bundle.names)
+            addName(name, bundle.isApplication);
+        if (bundle.isApplication && bundle.isReadable)
+            for (const auto& path : {bundle.url, bundle.place})
+                applications_.insert(pathKey(path).string());
     }
-    for (const auto& label : livingJobs(files, user, stop))
-        owners.addIdentifier(label);
-    owners.addIdentifier(tidwenBundleID);
-    owners.close();
-    return owners;
+    addIdentifier(tidwenBundleID);
+    index_ = IdentifierIndex({identifiers_.begin(), identifiers_.end()});
+}
+
+void KnownOwners::add(const std::vector<std::string>& identifiers) {
+    for (const auto& identifier : identifiers)
+        addIdentifier(identifier);
+    index_ = IdentifierIndex({identifiers_.begin(), identifiers_.end()});
 }
 
 void KnownOwners::addIdentifier(std::string_view identifier) {
     auto lower = lowercased(identifier);
     if (lower.empty()) return;
-    if (const auto vendor = vendorOf(lower); !vendor.empty()) vendors_.emplace(vendor);
+    if (const auto vendor = vendorOf(lower); !vendor.empty()) {
+        vendors_.emplace(vendor);
+        folders_.insert(canonicalForm(vendor.substr(vendor.find('.') + 1)));
+    }
     identifiers_.insert(std::move(lower));
 }
 
-void KnownOwners::addName(std::string_view name) {
-    if (auto canonical = canonicalForm(name); characterCount(canonical) >= shortestName)
-        names_.insert(std::move(canonical));
-}
-
-void KnownOwners::close() {
-    index_ = IdentifierIndex({identifiers_.begin(), identifiers_.end()});
+void KnownOwners::addName(std::string_view name, bool isApplication) {
+    auto canonical = canonicalForm(name);
+    if (canonical.empty()) return;
+    if (isApplication) folders_.insert(canonical);
+    if (characterCount(canonical) >= shortestName) names_.insert(std::move(canonical));
 }
 
 bool KnownOwners::claims(std::string_view identifier) const {
-    if (identifier.starts_with("com.apple.") || identifier.find(".com.apple.") != identifier.npos)
-        return true;
+    if (isApplesIdentifier(identifier) || identifier.find(".com.apple.") != identifier.npos) return true;
     if (isCommonIdentifier(identifier)) return true;
     if (vendors_.contains(vendorOf(identifier))) return true;
     for (auto rest = identifier;;) { // an owner's identifier may stand anywhere in it
@@ -184,6 +142,17 @@ bool KnownOwners::claims(std::string_view identifier) const {
     const auto parts = pieces(identifier);
     return std::any_of(parts.begin() + 1, parts.end(),
                        [&](std::string_view part) { return names_.contains(canonicalForm(part)); });
+}
+
+bool KnownOwners::ownsFolder(std::string_view name) const {
+    return folders_.contains(canonicalForm(name));
+}
+
+bool KnownOwners::holdsApplication(const Path& item) const {
+    const auto key = pathKey(item).string();
+    if (applications_.contains(key)) return true;
+    const auto next = applications_.lower_bound(key + "/");
+    return next != applications_.end() && next->starts_with(key + "/");
 }
 
 } // namespace tidwen

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "platform/code_signatures.h"
-#include "platform/file_system.h"
-#include "platform/user_environment.h"
+#include "base/path.h"
+#include "scan/applications/installed_bundles.h"
 #include "scan/identifier_index.h"
 
 #include <set>
@@ -12,35 +11,36 @@
 
 namespace tidwen {
 
-/// Everything on the disk that something found could still belong to: the installed applications with their
-/// embedded bundles, jobs, groups, names and executables, and jobs whose program is there. Doubt counts as
-/// belonging: a leftover that is missed costs some space, a wrong claim costs somebody's data.
+/// Everything on the disk that something found could still belong to: the bundles with what they carry,
+/// their groups, names and executables, and whatever else is known to live. Doubt counts as belonging: a
+/// leftover that is missed costs some space, a wrong claim costs somebody's data.
 class KnownOwners {
   public:
-    /// Reads the bundles in parallel. When `stop` asks to end early the answers are worth nothing: what was
-    /// not read claims nothing.
-    static KnownOwners read(const FileSystem& files, const CodeSignatures& signatures,
-                            const UserEnvironment& user, const std::vector<Path>& bundles,
-                            const StopToken& stop = {});
+    /// Reads what the bundles carry, unless that is done.
+    explicit KnownOwners(const BundleSnapshot& bundles);
+
+    /// More identifiers of what lives; their letter case does not count.
+    void add(const std::vector<std::string>& identifiers);
 
     /// `identifier` is in lower case.
     bool claims(std::string_view identifier) const;
 
-    /// Is this name, in canonical form, that of an application or of its executable?
-    bool claimsName(const std::string& canonicalName) const { return names_.contains(canonicalName); }
+    /// Would an installed application, or its maker, call a folder so? What lies in it is theirs, whatever
+    /// it is called itself.
+    bool ownsFolder(std::string_view name) const;
 
-    /// The bundle said who it is, and was there until all of it was read.
-    bool knows(const Path& bundle) const { return known_.contains(bundle); }
+    /// The item is an application, or would take one along.
+    bool holdsApplication(const Path& item) const;
 
   private:
     void addIdentifier(std::string_view identifier);
-    void addName(std::string_view name);
-    void close();
+    void addName(std::string_view name, bool isApplication);
 
-    std::set<Path> known_;
-    std::set<std::string, std::less<>> identifiers_; ///< lower-cased
-    std::set<std::string, std::less<>> vendors_;     ///< their first two pieces: "com.example"
-    std::set<std::string, std::less<>> names_;       ///< canonical forms
+    std::set<std::string, std::less<>> identifiers_;  ///< lower-cased
+    std::set<std::string, std::less<>> vendors_;      ///< their first two pieces: "com.example"
+    std::set<std::string, std::less<>> names_;        ///< canonical forms, long enough to mean something
+    std::set<std::string, std::less<>> folders_;      ///< canonical forms of names and vendors of any length
+    std::set<std::string, std::less<>> applications_; ///< lower-cased paths
     IdentifierIndex index_;
 };
 

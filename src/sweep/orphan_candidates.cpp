@@ -62,10 +62,14 @@ class LocationReader {
         }
     }
 
-    void add(std::string identifier, const Path& path, std::string humanName = {}) {
+    void add(std::string identifier, const Path& path, std::string folder = {}) {
         if (identifier.empty()) return;
-        found_.push_back({std::move(identifier), std::move(humanName), location_.category,
-                          action::MovePath{path}, location_.requiresRoot});
+        found_.push_back({std::move(identifier),
+                          {},
+                          std::move(folder),
+                          location_.category,
+                          action::MovePath{path},
+                          location_.requiresRoot});
     }
 
     void judgeJob(const std::string& name, const Path& plist) {
@@ -73,9 +77,12 @@ class LocationReader {
         const auto job = readLaunchItem(files_, plist, location_.isSystemDomain);
         auto identifier = job ? lowercased(job->label) : std::string();
         if (!isReverseDns(identifier)) return;
-        found_.push_back(
-            {std::move(identifier), applicationInPath(job->programPath.value_or("")), location_.category,
-             action::BootoutAndMove{job->label, plist, location_.isSystemDomain}, location_.requiresRoot});
+        found_.push_back({std::move(identifier),
+                          applicationInPath(job->programPath.value_or("")),
+                          {},
+                          location_.category,
+                          action::BootoutAndMove{job->label, plist, location_.isSystemDomain},
+                          location_.requiresRoot});
     }
 
     void judgeContainer(const DirectoryEntry& entry, const Path& path) {
@@ -99,7 +106,7 @@ class LocationReader {
         const auto children = files_.list(path);
         if (!children) return;
         for (const auto& child : *children)
-            if (isValidUtf8(child.name)) add(identifierInName(child.name), path / child.name);
+            if (isValidUtf8(child.name)) add(identifierInName(child.name), path / child.name, entry.name);
     }
 
     const FileSystem& files_;

@@ -15,6 +15,7 @@ namespace tidwen {
 struct OrphanCandidate {
     std::string identifier; ///< in lower case
     std::string humanName;  ///< what the find itself calls its application; may be empty
+    std::string folder;     ///< name of the vendor's folder that it lies in; mostly empty
     TraceCategory category = TraceCategory::supportFiles;
     TraceAction action;
     bool requiresRoot = false;

@@ -2,12 +2,13 @@
 
 #include "base/parallel.h"
 #include "base/text.h"
-#include "inventory/installed_applications.h"
 #include "platform/budgeted_files.h"
 #include "platform/budgeted_sources.h"
 #include "scan/path_policy.h"
 #include "scan/residue_scanner.h"
-#include "sweep/known_owners.h"
+#include "scan/search_location.h"
+#include "sweep/living_jobs.h"
+#include "sweep/living_packages.h"
 #include "sweep/orphan_candidates.h"
 
 #include <algorithm>
@@ -34,13 +35,18 @@ class OwnerJudge {
             protected_.insert(lowercased(identifier));
     }
 
-    bool isOrphan(const std::string& identifier) {
+    bool isOrphan(const OrphanCandidate& candidate) {
+        if (!candidate.folder.empty() && owners_.ownsFolder(candidate.folder)) return false;
+        return isNobodys(candidate.identifier) && !owners_.holdsApplication(*movedPath(candidate.action));
+    }
+
+  private:
+    bool isNobodys(const std::string& identifier) {
         const auto known = answers_.find(identifier);
         if (known != answers_.end()) return known->second;
         return answers_[identifier] = judge(identifier);
     }
 
-  private:
     bool judge(const std::string& identifier) const {
         if (owners_.claims(identifier)) return false;
         // A helper's identifier continues its application's: every shorter form is asked for too.
@@ -106,41 +112,21 @@ std::int64_t OrphanGroup::bytes() const {
     return sum;
 }
 
-/// When their folder cannot be listed, or its disk went away, everything would seem to be nobody's.
-bool OrphanScanner::canSeeApplications(const std::vector<Path>& bundles) const {
-    const auto entries = ports_.files.list(Path("/Applications"));
-    return entries || (entries.error().fault == FileFault::missing && bundles.empty());
+OrphanScanner::Look OrphanScanner::lookForOwners(InstalledBundles& installed, const StopToken& stop) const {
+    const auto bundles = installed.look(stop);
+    bundles->readAllContents(stop);
+    Look look = {KnownOwners(*bundles), findSweepGaps(ports_.files, user_, *bundles)};
+    look.owners.add(listLivingJobs(ports_.files, user_, look.owners, stop));
+    return look;
 }
 
-/// Applications that were installed while the scan went on, or stood at another place or were being updated
-/// when the owners were read.
-KnownOwners OrphanScanner::ownersSince(const BudgetedFiles& files, const KnownOwners& owners,
-                                       const StopToken& stop) const {
-    auto bundles = findApplicationBundles(ports_.files, user_);
-    std::erase_if(bundles, [&](const Path& bundle) { return owners.knows(bundle); });
-    return readOwners(files, bundles, stop);
-}
-
-KnownOwners OrphanScanner::readOwners(const BudgetedFiles& files, const std::vector<Path>& bundles,
-                                      const StopToken& stop) const {
-    const BudgetedSignatures signatures(ports_.signatures, files.budget());
-    return KnownOwners::read(files, signatures, user_, bundles, stop);
-}
-
-OrphanScanResult OrphanScanner::scan(const std::vector<Path>& bundles,
-                                     const std::set<std::string>& protectedIDs, const StopToken& stop,
-                                     const OnFound& onFound) {
-    const BudgetedFiles ownersFiles(ports_.files), files(ports_.files);
+OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set<std::string>& protectedIDs,
+                                     const StopToken& stop, const OnFound& onFound) {
+    auto [owners, gaps] = lookForOwners(installed, stop);
+    owners.add(listLivingPackages(ports_.files, ports_.receipts, user_, owners, stop));
     OrphanScanResult result;
-    const auto isCutShort = [&] {
-        result.leftOut = ownersFiles.budget().leftOut() + files.budget().leftOut();
-        if (ownersFiles.budget().isExhausted())
-            ports_.log.warning("Too much to read: {} files and folders of applications are left out",
-                               ownersFiles.budget().leftOut());
-        return stop.stopRequested() || ownersFiles.budget().isExhausted();
-    };
-    const auto owners = readOwners(ownersFiles, bundles, stop);
-    if (isCutShort()) return result;
+    if (stop.stopRequested()) return result;
+    const BudgetedFiles files(ports_.files);
     OwnerJudge judge(owners, ports_.running, isRegistered_, protectedIDs);
     const PathPolicy policy(user_);
     std::map<std::string, Finds> byIdentifier;
@@ -162,7 +148,8 @@ OrphanScanResult OrphanScanner::scan(const std::vector<Path>& bundles,
             continue;
         }
         std::erase_if(*candidates, [&](const auto& candidate) {
-            return !judge.isOrphan(candidate.identifier) || policy.check(pathOf(candidate));
+            return !canJudge(pathOf(candidate), user_, gaps) || !judge.isOrphan(candidate)
+                   || policy.check(pathOf(candidate));
         });
         std::vector<Trace> traces;
         for (auto& candidate : *candidates) {
@@ -179,15 +166,20 @@ OrphanScanResult OrphanScanner::scan(const std::vector<Path>& bundles,
         }
     }
 
-    if (!stop.stopRequested() && !canSeeApplications(bundles)) {
-        result.unreadableLocations.push_back(Path("/Applications"));
-        return result;
-    }
-    const auto latecomers = ownersSince(ownersFiles, owners, stop);
-    if (isCutShort()) return result;
+    // Applications that were installed meanwhile, or stood elsewhere or were being updated at the first look.
+    const auto now = lookForOwners(installed, stop);
+    if (stop.stopRequested()) return result;
+    for (const auto& gap : now.gaps)
+        if (std::find(gaps.begin(), gaps.end(), gap) == gaps.end()) gaps.push_back(gap);
+    result.gaps = gaps;
+    result.leftOut = files.budget().leftOut();
     for (auto& [identifier, finds] : joined(std::move(byIdentifier))) {
+        std::erase_if(finds.traces, [&](const Trace& trace) {
+            const auto& path = *movedPath(trace.action);
+            return !canJudge(path, user_, gaps) || now.owners.holdsApplication(path);
+        });
         // A receipt alone may be that of a tool without any application.
-        if (!finds.hasMoreThanReceipts || latecomers.claims(identifier)) continue;
+        if (!finds.hasMoreThanReceipts || finds.traces.empty() || now.owners.claims(identifier)) continue;
         auto name = finds.humanName.empty() ? nameFromIdentifier(identifier) : finds.humanName;
         result.groups.push_back({identifier, std::move(name), std::move(finds.traces)});
     }

@@ -3,11 +3,13 @@
 #include "base/log.h"
 #include "base/stop_token.h"
 #include "platform/applications.h"
-#include "platform/code_signatures.h"
 #include "platform/file_system.h"
+#include "platform/receipts.h"
 #include "platform/user_environment.h"
-#include "scan/search_location.h"
+#include "scan/applications/installed_bundles.h"
 #include "scan/trace.h"
+#include "sweep/known_owners.h"
+#include "sweep/sweep_gaps.h"
 
 #include <cstdint>
 #include <functional>
@@ -16,9 +18,6 @@
 #include <vector>
 
 namespace tidwen {
-
-class BudgetedFiles;
-class KnownOwners;
 
 /// What an application that is gone left behind.
 struct OrphanGroup {
@@ -36,6 +35,7 @@ struct OrphanScanResult {
     /// Files and folders not read, because the disk holds too much to read. When an application could own
     /// what was not read, there are no groups at all.
     std::uint64_t leftOut = 0;
+    std::vector<SweepGap> gaps; ///< why some of what may be left, or all of it, was left alone
 };
 
 /// Finds leftovers whose owner is gone, wherever applications leave things. Never fails; what cannot be
@@ -44,7 +44,7 @@ class OrphanScanner {
   public:
     struct Ports {
         const FileSystem& files;
-        const CodeSignatures& signatures;
+        const Receipts& receipts;
         const RunningApplications& running;
         Log& log;
     };
@@ -56,18 +56,19 @@ class OrphanScanner {
     OrphanScanner(Ports ports, UserEnvironment user, IsRegistered isRegistered)
         : ports_(ports), user_(std::move(user)), isRegistered_(std::move(isRegistered)) {}
 
-    /// `bundles`: the installed applications. `protectedIDs`: identifiers whose leftovers are left alone.
-    /// Of what is streamed some may turn out to belong to an application that came meanwhile, and is missing
-    /// in the result. Stopped early it gives no groups at all: nothing was looked at once more.
-    OrphanScanResult scan(const std::vector<Path>& bundles, const std::set<std::string>& protectedIDs,
+    /// `protectedIDs`: identifiers whose leftovers are left alone. Of what is streamed some may turn out to
+    /// belong to an application that came meanwhile, and is missing in the result. Stopped early it gives no
+    /// groups at all: nothing was looked at once more.
+    OrphanScanResult scan(InstalledBundles& installed, const std::set<std::string>& protectedIDs,
                           const StopToken& stop = {}, const OnFound& onFound = {});
 
   private:
-    bool canSeeApplications(const std::vector<Path>& bundles) const;
-    KnownOwners readOwners(const BudgetedFiles& files, const std::vector<Path>& bundles,
-                           const StopToken& stop) const;
-    KnownOwners ownersSince(const BudgetedFiles& files, const KnownOwners& owners,
-                            const StopToken& stop) const;
+    /// One look at all that lives, and at what of it could not be seen.
+    struct Look {
+        KnownOwners owners;
+        std::vector<SweepGap> gaps;
+    };
+    Look lookForOwners(InstalledBundles& installed, const StopToken& stop) const;
 
     Ports ports_;
     UserEnvironment user_;

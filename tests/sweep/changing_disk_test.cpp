@@ -123,10 +123,11 @@ class Disk {
     }
 
     std::vector<std::string> orphans(const StopToken& stop = {}) {
-        OrphanScanner scanner({files, signatures, running, log}, test::alice(),
+        const VolumeReceipts receipts(files);
+        InstalledBundles installed(files, signatures, test::alice());
+        OrphanScanner scanner({files, receipts, running, log}, test::alice(),
                               [](const std::string&) { return false; });
-        return eachOf(scanner.scan(findApplicationBundles(files, test::alice()), {}, stop).groups,
-                      &OrphanGroup::bundleID);
+        return eachOf(scanner.scan(installed, {}, stop).groups, &OrphanGroup::bundleID);
     }
     std::vector<std::string> inventory(const StopToken& stop = {}) {
         AppInventory list({files, signatures, running}, test::alice());
@@ -182,7 +183,7 @@ TEST(ChangingDisk, NeverMakesAnOrphanOfWhatIsInstalled) {
     Disk untouched;
     const auto calls = callsOf(&Disk::orphans, untouched);
     for (const auto& [what, change] : changes)
-        for (std::size_t at = 1; at < calls; at += 3) { // the first call lists the applications
+        for (std::size_t at = 1; at < calls; at += calls / 30) { // the first call lists the applications
             SCOPED_TRACE(std::string(what) + " before call " + std::to_string(at));
             Disk disk;
             disk.files.before(at, [&disk, &run = change] { run(disk); });
@@ -198,7 +199,7 @@ TEST(ChangingDisk, SeesAnApplicationThatComesDuringTheSweep) {
     EXPECT_THAT(disk.orphans(), Contains("com.gone.boat"));
     const auto half =
         callsOf(&Disk::orphans, disk) / 2; // the last look at the applications comes near the end
-    for (std::size_t at = 0; at < half; at += 5) {
+    for (std::size_t at = 0; at < half; at += half / 50) {
         fs::remove_all(disk.volume.host("/Applications/gone boat.app"));
         disk.files.before(at, [&] { disk.writeApplication("gone"); });
         EXPECT_THAT(disk.orphans(), testing::IsEmpty()) << "before call " << at;

@@ -1,10 +1,9 @@
 #include "sweep/orphan_scanner.h"
 
-#include "inventory/installed_applications.h"
 #include "platform/budgeted_files.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
-#include "sweep/known_owners.h"
+#include "support/unprivileged.h"
 #include "volume/volume_sources.h"
 
 namespace tidwen {
@@ -16,18 +15,38 @@ std::string job(const std::string& label, const std::string& program) {
     return writeXmlPropertyList(PropertyListDictionary{{"Label", label}, {"Program", program}});
 }
 
+class ListedReceipts : public Receipts {
+  public:
+    std::vector<std::string> packageIDs() const override {
+        std::vector<std::string> identifiers;
+        for (const auto& [identifier, files] : packages)
+            identifiers.push_back(identifier);
+        return identifiers;
+    }
+    std::optional<Receipt> read(const std::string& packageID) const override {
+        return Receipt{packageID, Path("/"), packages.at(packageID)};
+    }
+    std::map<std::string, std::vector<std::string>> packages;
+};
+
 class OrphanScan : public testing::Test {
   protected:
+    OrphanScan() { volume.makeFolder("/Applications"); }
+
     OrphanScanResult scan(const std::set<std::string>& protectedIDs = {}, const StopToken& stop = {}) {
         const FileCodeSignatures signatures(volume.files());
         const VolumeRunningApplications running;
-        OrphanScanner scanner({volume.files(), signatures, running, log}, test::alice(),
+        InstalledBundles installed(volume.files(), signatures, test::alice());
+        OrphanScanner scanner({volume.files(), receipts, running, log}, test::alice(),
                               [this](const std::string& id) { return id == registered; });
-        return scanner.scan(findOwningBundles(volume.files(), test::alice()), protectedIDs, stop,
+        return scanner.scan(installed, protectedIDs, stop,
                             [this](const std::vector<Trace>& found) { streamed += found.size(); });
     }
 
+    std::vector<std::string> orphans() { return eachOf(scan().groups, &OrphanGroup::bundleID); }
+
     test::TemporaryVolume volume;
+    ListedReceipts receipts;
     test::RecordingLog log;
     std::string registered;
     std::size_t streamed = 0;
@@ -55,18 +74,28 @@ TEST_F(OrphanScan, LeavesAloneWhatAnybodyCouldClaim) {
     test::writeBundle(volume, "/Applications/Marlin.app/Contents/PlugIns/S.appex", "org.capture.share", "S");
     const std::pair<const char*, std::string> owners[] = {
         // Wherever it is installed, and whatever it is.
-        {"/Applications/A/B/C/Deep.app", "com.deep.tool"},
+        {"/Applications/A/B/C/D/E/Deep.app", "com.deep.tool"},
         {"/Applications/.Hidden.app", "com.hidden.tool"},
-        {"/opt/Linked.app", "com.linked.tool"},
+        {"/Elsewhere/Linked.app", "com.linked.tool"},
         {"/Users/bob/Applications/Bobs.app", "com.bobs.tool"},
         {"/Users/alice/Desktop/Renamed 2.app", "com.renamed.tool"},
-        {"/Library/Audio/Plug-Ins/VST3/Synth.vst3", "com.synth.plugin"},
-        {"/Library/Application Support/Daily/Daily Update.app", "com.daily.update"}};
+        {"/Users/alice/Games/Chess/Chess.app", "com.chess.tool"},
+        {"/Users/alice/Documents/Letter.app", "com.letter.tool"},
+        {"/Users/Shared/Maker/Shared.app", "com.shared.tool"},
+        {"/opt/maker/Opt.app", "com.optional.tool"},
+        {"/Users/alice/Library/Developer/Xcode/DerivedData/P-x/Build/Products/Debug/P.app", "com.built.tool"},
+        {"/Users/alice/Library/Application Support/Maker/Updater.app", "com.updater.tool"},
+        {"/Library/Application Support/Daily/Daily Update.app", "com.daily.update"},
+        {"/Library/Audio/Plug-Ins/VST3/Maker/Synth.vst3", "com.synth.plugin"},
+        {"/Library/Printers/Maker/Tools/Queue.app", "com.printer.queue"},
+        {"/Library/Image Capture/Devices/Scan.app", "com.scanner.device"},
+        {"/Library/Filesystems/Maker/Disk.fs", "com.disk.files"},
+        {"/Applications/Marlin.app/Contents/PlugIns/S.appex/Contents/XPCServices/Two.xpc", "org.two.deep"}};
     for (const auto& [bundle, owner] : owners) {
         test::writeBundle(volume, bundle, owner, "Any Name");
         volume.write(home + "Preferences/" + owner + ".plist", "x");
     }
-    volume.link("/Applications/Linked.app", "/opt/Linked.app");
+    volume.link("/Applications/Linked.app", "/Elsewhere/Linked.app");
     volume.write(home + "Containers/com.apple.mail/.com.apple.containermanagerd.metadata.plist",
                  writeXmlPropertyList(PropertyListDictionary{{"MCMMetadataIdentifier", "com.gone.liar"}}));
     volume.write("/Users/alice/Documents/com.gone.letters/x", "x");
@@ -80,21 +109,21 @@ TEST_F(OrphanScan, LeavesAloneWhatAnybodyCouldClaim) {
         "Preferences/net.someone.marlin.plist",        // carries its name
         "Preferences/com.apple.finder.plist",          // Apple's
         "Preferences/org.cups.PrintingPrefs.plist",    // Apple's under another name
-        "Preferences/com.corvella.tidwen.plist",       // ours
-        "Preferences/loginwindow.plist",               // no identifier
-        "Preferences/some.thing.else.plist",           // begins with no domain
-        "Preferences/com.two.plist",                   // too short to tell
-        "Caches/Gone Application/x",                   // a name alone
+        "Preferences/edu.mit.Kerberos.plist",
+        "Group Containers/group.is.workflow.my.app/x",
+        "Application Support/Marlin/com.third.plugin/x",  // in the folder of an application
+        "Application Support/Capture/com.third.plugin/x", // in that of its maker
+        "Preferences/com.corvella.tidwen.plist",          // ours
+        "Preferences/loginwindow.plist",                  // no identifier
+        "Preferences/some.thing.else.plist",              // begins with no domain
+        "Preferences/com.two.plist",                      // too short to tell
+        "Caches/Gone Application/x",                      // a name alone
         "Preferences/com.protected.app.plist",
         "Preferences/com.registered.app.helper.plist",
-        "Preferences/com.living.service.plist",
         "Application Support/com.apple.sharedfilelist/com.gone.thing/x",
     };
     for (const auto* name : names)
         volume.write(home + name, "x");
-    volume.write("/usr/local/bin/serviced", "x");
-    volume.write("/Library/LaunchDaemons/com.living.service.plist",
-                 job("com.living.service", "/usr/local/bin/serviced"));
     volume.write("/private/var/db/receipts/com.tool.only.bom", "x"); // a receipt alone may be a tool's
     registered = "com.registered.app";
     EXPECT_THAT(scan({"com.Protected.App"}).groups, IsEmpty());
@@ -106,9 +135,9 @@ TEST_F(OrphanScan, ClaimsNothingWhenNotAllApplicationsCouldBeRead) {
     const BudgetedFiles files(volume.files(), ReadBudget({.bytes = 10}));
     const FileCodeSignatures signatures(volume.files());
     const VolumeRunningApplications running;
-    OrphanScanner scanner({files, signatures, running, log}, test::alice(),
-                          [](const auto&) { return false; });
-    const auto result = scanner.scan(findOwningBundles(volume.files(), test::alice()), {});
+    InstalledBundles installed(files, signatures, test::alice());
+    OrphanScanner scanner({files, receipts, running, log}, test::alice(), [](const auto&) { return false; });
+    const auto result = scanner.scan(installed, {});
     EXPECT_THAT(result.groups, IsEmpty());
     EXPECT_GT(result.leftOut, 0u);
 }
@@ -121,6 +150,141 @@ TEST_F(OrphanScan, SearchesAFolderWithTwoNamesOnceAndNamesWhatItSkips) {
     ASSERT_EQ(result.groups.size(), 1u);
     EXPECT_EQ(result.groups[0].traces.size(), 1u);
     EXPECT_THAT(result.skippedNames, ElementsAre(Path(home + "Caches/com.gone.\xff")));
+}
+
+TEST_F(OrphanScan, TakesNoApplicationAlongWithAFolder) {
+    volume.write(home + "Application Support/com.gone.store/data", "x");
+    volume.write(home + "Application Support/com.gone.shop/data", "x");
+    test::writeBundle(volume, home + "Application Support/com.gone.shop/Game.app", "org.maker.game", "Game");
+    EXPECT_THAT(orphans(), ElementsAre("com.gone.store"));
+}
+
+TEST_F(OrphanScan, KnowsADeadJobByItsProgram) {
+    test::writeBundle(volume, "/Applications/Marlin.app", "com.marlin.notes", "Marlin");
+    volume.write("/usr/local/bin/serviced", "x");
+    volume.write("/Library/PrivilegedHelperTools/com.left.helper", "x");
+    volume.link("/Applications/Away.app", "/Volumes/Drive/Away.app");
+    const struct {
+        const char* label;
+        PropertyListDictionary means;
+        bool lives;
+    } jobs[] = {
+        {"com.present.job", {{"Program", "/usr/local/bin/serviced"}}, true},
+        {"com.system.job", {{"Program", "/bin/zsh"}}, true},
+        {"com.arguments.job", {{"ProgramArguments", PropertyListArray{"/usr/bin/env", "x"}}}, true},
+        {"com.drive.job", {{"Program", "/Volumes/Drive/tool"}}, true},
+        {"com.linked.job", {{"Program", "/Applications/Away.app/Contents/MacOS/x"}}, true},
+        {"com.relative.job", {{"Program", "tool"}}, true},
+        {"com.service.job", {{"MachServices", PropertyListDictionary{{"com.service.job", true}}}}, true},
+        {"com.inbundle.job", {{"BundleProgram", "Contents/MacOS/x"}}, true},
+        {"com.associated.job",
+         {{"Program", "/usr/local/bin/gone"}, {"AssociatedBundleIdentifiers", "com.Marlin.Notes"}},
+         true},
+        {"com.gone.job", {{"Program", "/usr/local/bin/gone"}}, false},
+        {"com.nobodys.job",
+         {{"Program", "/Applications/Gone.app/x"},
+          {"AssociatedBundleIdentifiers", PropertyListArray{"com.nobodys.app"}}},
+         false},
+        {"com.left.helper", {{"Program", "/Library/PrivilegedHelperTools/com.left.helper"}}, false},
+    };
+    std::vector<std::string> dead;
+    for (const auto& [label, means, lives] : jobs) {
+        auto list = means;
+        list["Label"] = label;
+        volume.write(std::string("/Library/LaunchDaemons/") + label + ".plist",
+                     writeXmlPropertyList(std::move(list)));
+        volume.write(home + "Preferences/" + label + ".plist", "x");
+        if (!lives) dead.emplace_back(label);
+    }
+    EXPECT_THAT(orphans(), testing::UnorderedElementsAreArray(dead));
+}
+
+TEST_F(OrphanScan, KnowsADeadPackageByItsFiles) {
+    volume.write("/usr/local/bin/tool", "x");
+    volume.write("/Library/Application Support/Engine/engine", "x");
+    volume.write("/Library/LaunchDaemons/com.sold.app.plist",
+                 job("com.sold.app", "/Applications/Sold.app/x"));
+    volume.write("/Library/Spotlight/Index.mdimporter/Contents/x", "x");
+    const struct {
+        std::string identifier;
+        std::vector<std::string> files;
+        bool lives;
+    } packages[] = {
+        {"com.tool.pkg", {"usr", "usr/local", "usr/local/bin/tool"}, true},
+        {"com.engine.pkg", {"Library/Application Support/Engine/engine"}, true},
+        {"com.index.app",
+         {"Applications/Index.app/Contents/x", "Library/Spotlight/Index.mdimporter/Contents/x"},
+         true},
+        {"com.both.app", {"Applications/Both.app/Contents/x", "usr/local/bin/tool"}, true},
+        {"com.sold.app",
+         {"Applications", "Applications/Sold.app/x", "Library/LaunchDaemons/com.sold.app.plist"},
+         false},
+        {"com.gone.pkg", {"usr/local/bin", "usr/local/bin/gone", "../../usr/local/bin"}, false},
+        {"com.empty.pkg", {}, false},
+    };
+    std::vector<std::string> dead;
+    for (const auto& [identifier, files, lives] : packages) {
+        receipts.packages[identifier] = files;
+        volume.write("/private/var/db/receipts/" + identifier + ".plist", "x");
+        volume.write(home + "Preferences/" + identifier + ".plist", "x");
+        if (!lives) dead.push_back(identifier);
+    }
+    EXPECT_THAT(orphans(), testing::UnorderedElementsAreArray(dead));
+}
+
+TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
+    using Reason = SweepGap::Reason;
+    const auto damaged = "/Applications/Damaged.app";
+    test::writeBundle(volume, "/Users/bob/Applications/Bobs.app", "com.bobs.app", "Bobs");
+    test::writeBundle(volume, damaged, "com.damaged.app", "Damaged");
+    test::giveToUnprivileged(volume.hostRoot());
+    const auto forbid = [&](const std::string& path) {
+        std::filesystem::permissions(volume.host(path), std::filesystem::perms::none);
+    };
+    const struct {
+        const char* what;
+        std::function<void()> change;
+        SweepGap gap;
+        std::vector<std::string> claimed;
+    } cases[] = {
+        {"other user's applications",
+         [&] { forbid("/Users/bob/Applications"); },
+         {Path("/Users/bob/Applications"), Reason::unreadable, true},
+         {"com.gone.own"}},
+        {"damaged application",
+         [&] { volume.write(std::string(damaged) + "/Contents/Info.plist", "?"); },
+         {Path(damaged), Reason::unreadable, false},
+         {}},
+        {"a maker's folder",
+         [&] {
+             std::filesystem::remove_all(volume.host(damaged));
+             volume.makeFolder("/Applications/Maker");
+             forbid("/Applications/Maker");
+         },
+         {Path("/Applications/Maker"), Reason::unreadable, false},
+         {}},
+        {"no applications",
+         [&] {
+             std::filesystem::permissions(volume.host("/Applications/Maker"), std::filesystem::perms::all);
+             std::filesystem::rename(volume.host("/Applications"), volume.host("/Away"));
+         },
+         {Path("/Applications"), Reason::absent, false},
+         {}},
+    };
+    test::asUnprivileged([&] {
+        volume.write(home + "Preferences/com.gone.own.plist", "x");
+        volume.write("/Library/Preferences/com.gone.shared.plist", "x");
+        volume.write("/Users/Shared/com.gone.common/x", "x");
+        EXPECT_THAT(orphans(),
+                    testing::UnorderedElementsAre("com.gone.own", "com.gone.shared", "com.gone.common"));
+        for (const auto& [what, change, gap, claimed] : cases) {
+            SCOPED_TRACE(what);
+            change();
+            const auto result = scan();
+            EXPECT_THAT(result.gaps, testing::Contains(gap));
+            EXPECT_EQ(eachOf(result.groups, &OrphanGroup::bundleID), claimed);
+        }
+    });
 }
 
 TEST_F(OrphanScan, StopsWhenAsked) {

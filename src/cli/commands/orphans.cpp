@@ -51,10 +51,14 @@ void print(const OrphanScanResult& orphans, bool isNarrowed, const CommandContex
     }
     for (const auto& location : orphans.unreadableLocations)
         context.console.line(context.text("cli.unreadable %@", {location.string()}), Paint::caution);
+    for (const auto& gap : orphans.gaps)
+        context.console.line(context.texts.text(gap.describe()), Paint::caution);
     printIncomplete(orphans.leftOut, orphans.skippedNames, context);
-    context.console.line(
-        count == 0 ? context.text(isNarrowed ? "orphans.filter.empty.title" : "cli.orphans.none")
-                   : context.text("cli.scan.found %@", {labels::countAndSize(count, bytes, context.texts)}));
+    context.console.line(count == 0
+                             ? context.text(isNarrowed             ? "orphans.filter.empty.title"
+                                            : orphans.gaps.empty() ? "cli.orphans.none"
+                                                                   : "cli.orphans.undecided")
+                             : context.text("cli.scan.found %@", {labels::countAndSize(count, bytes, context.texts)}));
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
@@ -64,9 +68,12 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const auto filter = readFilter(context.arguments);
     if (!filter) return context.refuse(filter.error());
     FlowSession session(context, mac);
-    if (removes)
-        return session.sweep() ? removeFound(context, mac, session, RemovalMode::uninstall)
-                               : ExitStatus::refused;
+    if (removes) {
+        if (!session.sweep()) return ExitStatus::refused;
+        for (const auto& gap : std::get<stage::Orphans>(session.model().stage()).result.gaps)
+            context.console.complain(context.texts.text(gap.describe()));
+        return removeFound(context, mac, session, RemovalMode::uninstall);
+    }
     auto orphans = session.findOrphans();
     if (!orphans) return ExitStatus::refused;
     const bool isNarrowed = filter->isActive() && !orphans->groups.empty();

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "base/message.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+#include "scan/applications/installed_bundles.h"
+
+#include <string_view>
+#include <vector>
+
+namespace tidwen {
+
+/// A place whose owners could not all be seen, so that what they may own is not claimed.
+struct SweepGap {
+    enum class Reason {
+        absent,     ///< there is no such folder: /Applications of a disk that is not whole
+        unreadable, ///< a folder, or what a bundle says of itself, that cannot be read
+        uncounted,  ///< holds more than is counted
+    };
+    Path place;
+    Reason reason = Reason::unreadable;
+    bool isOfOthers = false; ///< in another user's home: only what all users share is in doubt
+
+    /// What was left alone, and why.
+    Message describe() const;
+    friend bool operator==(const SweepGap&, const SweepGap&) = default;
+};
+
+std::string_view name(SweepGap::Reason reason);
+
+/// What one look at the bundles, at what they carry and at the folders of launchd jobs left unseen; that of
+/// /Applications first.
+std::vector<SweepGap> findSweepGaps(const FileSystem& files, const UserEnvironment& user,
+                                    const BundleSnapshot& bundles);
+
+/// Whether it can be told in spite of the gaps that the item is nobody's.
+bool canJudge(const Path& item, const UserEnvironment& user, const std::vector<SweepGap>& gaps);
+
+} // namespace tidwen
