@@ -31,11 +31,11 @@ struct OrphanGroup {
 struct OrphanScanResult {
     std::vector<OrphanGroup> groups; ///< largest first
     std::vector<Path> unreadableLocations;
-    std::vector<Path> skippedNames; ///< in search locations; not judged, their names are not valid UTF-8
+    std::vector<Path> skippedNames = {}; ///< in search locations; not judged, their names are not valid UTF-8
     /// Files and folders not read, because the disk holds too much to read. When an application could own
     /// what was not read, there are no groups at all.
     std::uint64_t leftOut = 0;
-    std::vector<SweepGap> gaps; ///< why some of what may be left, or all of it, was left alone
+    std::vector<SweepGap> gaps = {}; ///< why some of what may be left, or all of it, was left alone
 };
 
 /// Finds leftovers whose owner is gone, wherever applications leave things. Never fails; what cannot be
@@ -66,7 +66,7 @@ class OrphanScanner {
     /// One look at all that lives, and at what of it could not be seen.
     struct Look {
         KnownOwners owners;
-        std::vector<SweepGap> gaps;
+        std::vector<SweepGap> gaps = {};
     };
     Look lookForOwners(InstalledBundles& installed, const StopToken& stop) const;
 
