@@ -72,10 +72,12 @@ struct CommandContext {
 struct Command {
     using Anywhere = ExitStatus (*)(const CommandContext&);
     using OnHost = ExitStatus (*)(const CommandContext&, Host&);
+    /// Needs no Mac, but uses the one that is named to resolve names on it.
+    using OnHostAndMac = ExitStatus (*)(const CommandContext&, Host&, Mac*);
     using OnMac = ExitStatus (*)(const CommandContext&, Mac&);
 
     CommandSyntax syntax;
-    std::variant<Anywhere, OnHost, OnMac> run;
+    std::variant<Anywhere, OnHost, OnHostAndMac, OnMac> run;
 };
 
 /// In the order in which help lists them.

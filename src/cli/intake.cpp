@@ -1,6 +1,9 @@
 #include "cli/intake.h"
 
 #include "base/text.h"
+#include "inventory/installed_applications.h"
+
+#include <set>
 
 namespace tidwen {
 
@@ -19,6 +22,13 @@ std::string joined(const std::vector<std::string>& parts) {
 }
 
 } // namespace
+
+bool isBundleIdentifier(std::string_view word) {
+    constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.";
+    return word.find('.') != word.npos && !word.starts_with('.') && !word.ends_with('.')
+           && word.find("..") == word.npos && word.find_first_not_of(letters) == word.npos
+           && !lowercased(word).ends_with(".app");
+}
 
 std::vector<Path> ApplicationFinder::withIdentifier(const std::string& wanted) const {
     std::vector<Path> found;
@@ -70,6 +80,29 @@ tl::expected<Path, Message> ApplicationFinder::find(const std::string& word) con
     if (const auto similar = similarNames(wanted); !wanted.empty() && !similar.empty())
         return tl::unexpected(Message{"cli.app.similar %@", {joined(similar)}});
     return tl::unexpected(Message{"cli.app.unknown"});
+}
+
+tl::expected<std::string, Message> ApplicationFinder::identifierOf(const Path& bundle) const {
+    for (const auto& app : installed_)
+        if (app.url == bundle && !app.bundleID.empty()) return app.bundleID;
+    const auto read = readIdentities(files_, {bundle});
+    if (read.empty() || read.front().bundleID.empty()) return tl::unexpected(Message{"cli.app.noIdentifier"});
+    return read.front().bundleID;
+}
+
+tl::expected<NamedIdentifier, Message> ApplicationFinder::findIdentifier(const std::string& word) const {
+    std::set<std::string> spellings;
+    for (const auto& app : installed_)
+        if (folded(app.bundleID) == folded(word) && !word.empty()) spellings.insert(app.bundleID);
+    if (spellings.contains(word)) return NamedIdentifier{word, true};
+    if (spellings.size() == 1) return NamedIdentifier{*spellings.begin(), true};
+    if (spellings.size() > 1)
+        return tl::unexpected(
+            Message{"cli.identifier.ambiguous %@", {joined({spellings.begin(), spellings.end()})}});
+    const auto bundle = find(word);
+    if (!bundle && isBundleIdentifier(word)) return NamedIdentifier{word, false};
+    if (!bundle) return tl::unexpected(bundle.error());
+    return identifierOf(*bundle).map([](const std::string& id) { return NamedIdentifier{id, true}; });
 }
 
 NamedBundles findBundles(const std::vector<std::string>& words, const ApplicationFinder& finder,

@@ -8,10 +8,21 @@
 #include "scan/other_applications.h"
 
 #include <string>
+#include <string_view>
 #include <tl/expected.hpp>
 #include <vector>
 
 namespace tidwen {
+
+/// What a word that names an application stands for in the user's settings.
+struct NamedIdentifier {
+    std::string bundleID;
+    bool isInstalled = false;
+};
+
+/// Whether a word can be an application's identifier: two or more pieces of letters, digits, hyphens and
+/// underscores, and no bundle's file name.
+bool isBundleIdentifier(std::string_view word);
 
 /// Finds the application that a word on the command line means: an absolute Mac path of a bundle, the
 /// identifier, name or bundle file name of an installed application (letter case ignored, ".app" may be left
@@ -25,7 +36,12 @@ class ApplicationFinder {
     /// The reason names the candidates when the word means several, and close ones when it means none.
     tl::expected<Path, Message> find(const std::string& word) const;
 
+    /// The identifier by which the user's decisions about that application are kept, as its bundle spells it.
+    /// An identifier that nothing installed has is taken as it stands: its application may come later.
+    tl::expected<NamedIdentifier, Message> findIdentifier(const std::string& word) const;
+
   private:
+    tl::expected<std::string, Message> identifierOf(const Path& bundle) const;
     std::vector<Path> withIdentifier(const std::string& folded) const;
     std::vector<Path> withName(const std::string& folded) const;
     std::vector<std::string> similarNames(const std::string& folded) const;

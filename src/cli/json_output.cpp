@@ -37,7 +37,8 @@ Value object(const VerificationReport& verification) {
     return {{"apps", array(verification.apps, [](const VerificationReport::AppVerification& app) {
                  return Value{{"bundleID", app.bundleID},
                               {"name", app.name},
-                              {"tccSurvivors", array(app.tccSurvivors, toValue)}};
+                              {"tccSurvivors", array(app.tccSurvivors, toValue)},
+                              {"unreadable", array(app.unreadable, [](auto scope) { return name(scope); })}};
              })}};
 }
 

@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 
 namespace tidwen {
@@ -102,7 +103,7 @@ Message describe(const VolumeUserError& error) {
     return {"cli.home.several %@", {homes}};
 }
 
-ExitStatus runOnVolume(Command::OnMac run, const CommandContext& context, Log& log) {
+ExitStatus runOnVolume(const std::function<ExitStatus(Mac&)>& run, const CommandContext& context, Log& log) {
     const auto& folder = context.arguments.volume;
     if (!folder) return context.refuse({"cli.volume.needed"});
     auto files = VolumeFileSystem::open(*folder);
@@ -118,10 +119,10 @@ ExitStatus runOnVolume(Command::OnMac run, const CommandContext& context, Log& l
     if (const auto known = (*files)->setHome(user->home); !known)
         return context.refuse({std::string(failureKey(known.error().fault))});
     VolumeMac mac(std::move(*files), std::move(*user), *folder, context.arguments, context.texts, log);
-    return run(context, mac.mac());
+    return run(mac.mac());
 }
 
-ExitStatus runOnHost(Command::OnHost run, const CommandContext& context, Log& log) {
+ExitStatus runOnHost(const std::function<ExitStatus(Host&)>& run, const CommandContext& context, Log& log) {
     const auto folders = ownServices::folderEvents("/");
     const auto defaults = ownServices::defaults(log, *folders);
     const char* authorities =
@@ -129,7 +130,22 @@ ExitStatus runOnHost(Command::OnHost run, const CommandContext& context, Log& lo
     CurlFetcher fetcher(authorities ? authorities : "");
     const auto loginItem = ownServices::loginItem(loginCommand(context.arguments), log);
     Host host{*defaults, log, fetcher, *loginItem, TIDWEN_FEED_KEY, TIDWEN_FEED_ADDRESS};
-    return run(context, host);
+    return run(host);
+}
+
+/// Puts together what the command needs.
+ExitStatus run(const Command& command, const CommandContext& context, Log& log) {
+    if (const auto* anywhere = std::get_if<Command::Anywhere>(&command.run)) return (*anywhere)(context);
+    if (const auto* onHost = std::get_if<Command::OnHost>(&command.run))
+        return runOnHost([&](Host& host) { return (*onHost)(context, host); }, context, log);
+    if (const auto* onMac = std::get_if<Command::OnMac>(&command.run))
+        return runOnVolume([&](Mac& mac) { return (*onMac)(context, mac); }, context, log);
+    const auto onBoth = std::get<Command::OnHostAndMac>(command.run);
+    const auto withHost = [&](Mac* mac) {
+        return runOnHost([&](Host& host) { return onBoth(context, host, mac); }, context, log);
+    };
+    if (!context.arguments.volume) return withHost(nullptr);
+    return runOnVolume([&](Mac& mac) { return withHost(&mac); }, context, log);
 }
 
 /// A crash of an earlier run is told of once, at the next start.
@@ -149,13 +165,7 @@ ExitStatus runCommand(const Command& command, const Arguments& arguments) {
     Console console(stdin, stdout, stderr);
     const CommandContext context{arguments, texts, console};
     tellOfCrash(context, log);
-    auto status = ExitStatus::done;
-    if (const auto* anywhere = std::get_if<Command::Anywhere>(&command.run))
-        status = (*anywhere)(context);
-    else if (const auto* onHost = std::get_if<Command::OnHost>(&command.run))
-        status = runOnHost(*onHost, context, log);
-    else
-        status = runOnVolume(std::get<Command::OnMac>(command.run), context, log);
+    const auto status = run(command, context, log);
     const bool printed = console.finish();
     return status == ExitStatus::done && !printed ? ExitStatus::someFailed : status;
 }

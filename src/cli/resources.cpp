@@ -84,4 +84,14 @@ std::string preferredLanguage(const fs::path& resources) {
     return "en";
 }
 
+std::vector<std::string> availableLanguages(const fs::path& resources) {
+    std::vector<std::string> languages;
+    std::error_code failed;
+    for (fs::directory_iterator entry(resources, failed), end; !failed && entry != end;
+         entry.increment(failed))
+        if (entry->path().extension() == ".lproj") languages.push_back(entry->path().stem().string());
+    std::sort(languages.begin(), languages.end());
+    return languages;
+}
+
 } // namespace tidwen

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace tidwen {
 
@@ -18,6 +19,9 @@ OwnBundle findOwnBundle(const char* program);
 
 /// The language that the environment asks for ("de", "pt-BR"), if `resources` has it, else "en".
 std::string preferredLanguage(const std::filesystem::path& resources);
+
+/// The languages that `resources` has words for, sorted.
+std::vector<std::string> availableLanguages(const std::filesystem::path& resources);
 
 /// The program's own file, from how it was called where the system does not tell; empty when it cannot be
 /// found.

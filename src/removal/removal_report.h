@@ -17,10 +17,10 @@ struct VerificationReport {
         std::string bundleID;
         std::string name;
         std::vector<PermissionGrant> tccSurvivors;
+        std::vector<PermissionGrant::Scope> unreadable = {}; ///< where others may have survived unseen
         friend bool operator==(const AppVerification&, const AppVerification&) = default;
     };
     std::vector<AppVerification> apps; ///< in the report's order
-    bool isIncomplete = false;         ///< a privacy database could not be read
     friend bool operator==(const VerificationReport&, const VerificationReport&) = default;
 };
 

@@ -80,10 +80,12 @@ ReportTexts reportTexts(const RemovalReport& report, const std::string& subject,
         for (const auto& grant : app.tccSurvivors)
             words.verification.push_back(texts.text("report.verify.tccSurvivor %@ %@",
                                                     {app.name, permissionTitle(grant.service, texts)}));
-    words.isClean = words.verification.empty() && !report.verification->isIncomplete;
-    if (words.verification.empty())
-        words.verification.push_back(
-            texts.text(words.isClean ? "report.verify.clean" : "report.verify.unreadable"));
+    const bool isComplete =
+        std::all_of(report.verification->apps.begin(), report.verification->apps.end(),
+                    [](const VerificationReport::AppVerification& app) { return app.unreadable.empty(); });
+    if (!isComplete) words.verification.push_back(texts.text("report.verify.unreadable"));
+    words.isClean = words.verification.empty();
+    if (words.isClean) words.verification.push_back(texts.text("report.verify.clean"));
     return words;
 }
 

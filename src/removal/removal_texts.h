@@ -40,7 +40,7 @@ struct ReportTexts {
     std::optional<std::string> reclaimed;  ///< absent while the size is not known
     std::vector<std::string> failures;     ///< "name: reason"
     std::vector<std::string> verification; ///< empty when nothing was checked
-    bool isClean = true;                   ///< no permission is left
+    bool isClean = true;                   ///< no permission is left, as far as everything could be read
 };
 
 ReportTexts reportTexts(const RemovalReport& report, const std::string& subject, const Texts& texts);

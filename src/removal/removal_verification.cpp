@@ -5,11 +5,11 @@ namespace tidwen {
 VerificationReport verifyRemoval(const std::vector<RemovalTarget>& targets, const PermissionAudit& audit) {
     VerificationReport report;
     for (const auto& each : targets) {
-        auto audited = audit.audit(each.target);
-        report.isIncomplete = report.isIncomplete || !audited.unreadable.empty();
+        auto found = audit.audit(each.target);
         report.apps.push_back({.bundleID = each.target.bundleID,
                                .name = each.target.name,
-                               .tccSurvivors = std::move(audited.grants)});
+                               .tccSurvivors = std::move(found.grants),
+                               .unreadable = std::move(found.unreadable)});
     }
     return report;
 }

@@ -1,5 +1,7 @@
 #include "settings/app_preferences.h"
 
+#include "base/text.h"
+
 #include <algorithm>
 #include <array>
 #include <iterator>
@@ -37,9 +39,21 @@ std::string storedText(const Defaults& defaults, const PreferenceDescription& de
     return text ? *text : std::string(description.fallback);
 }
 
+/// As the system's own boolean reads take it: `defaults write` stores "YES", "1" or a number as they are
+/// typed.
+std::optional<bool> asSwitch(const PropertyListValue& value) {
+    if (const auto flag = value.asBool()) return flag;
+    if (const auto number = value.asInteger()) return *number != 0;
+    if (const auto* real = std::get_if<double>(&value.storage())) return *real != 0;
+    const auto* text = value.asString();
+    if (!text) return std::nullopt;
+    const auto word = lowercased(*text);
+    return word == "yes" || word == "y" || word == "true" || word == "t" || word == "1";
+}
+
 bool storedSwitch(const Defaults& defaults, const PreferenceDescription& description) {
     const auto stored = defaults.value(std::string(description.key));
-    return (stored ? stored->asBool() : std::nullopt).value_or(description.fallback == "true");
+    return (stored ? asSwitch(*stored) : std::nullopt).value_or(description.fallback == "true");
 }
 
 } // namespace
@@ -87,7 +101,7 @@ int days(QuarantineRetention retention) {
 
 const std::vector<PreferenceDescription>& preferenceDescriptions() {
     static const std::vector<PreferenceDescription> all = {
-        {"language", "tidwen.language", "system"},
+        {"language", "tidwen.language", "system", {"system"}},
         {"appearance", "tidwen.appearance", "auto", {"auto", "light", "dark"}},
         {"homeGrouping", "tidwen.homeGrouping", "lastUsed", list(groupingTexts)},
         {"homeSort", "tidwen.homeSort", "auto", list(sortTexts)},
@@ -101,7 +115,8 @@ const std::vector<PreferenceDescription>& preferenceDescriptions() {
     return all;
 }
 
-AppPreferences::AppPreferences(Defaults& defaults) : defaults_(defaults) {
+AppPreferences::AppPreferences(Defaults& defaults, std::vector<std::string> languages)
+    : defaults_(defaults), languages_(std::move(languages)) {
     reload();
     for (const auto& [description, property] : texts())
         writers_.push_back(
@@ -149,12 +164,17 @@ std::optional<std::string> AppPreferences::get(std::string_view name) const {
     return std::nullopt;
 }
 
+std::vector<std::string> AppPreferences::values(const PreferenceDescription& description) const {
+    std::vector<std::string> all(description.values.begin(), description.values.end());
+    if (description.name == "language") all.insert(all.end(), languages_.begin(), languages_.end());
+    return all;
+}
+
 bool AppPreferences::set(std::string_view name, std::string_view value) {
     const auto allowed = [&](const PreferenceDescription& description) {
-        return description.name == name
-               && (description.values.empty()
-                   || std::find(description.values.begin(), description.values.end(), value)
-                          != description.values.end());
+        if (description.name != name) return false;
+        const auto all = values(description);
+        return all.empty() || std::find(all.begin(), all.end(), value) != all.end();
     };
     for (const auto& [description, property] : texts())
         if (allowed(description)) return property.set(std::string(value)), true;

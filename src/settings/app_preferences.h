@@ -31,7 +31,7 @@ struct PreferenceDescription {
     std::string_view name;                     ///< "quarantineRetention"
     std::string_view key;                      ///< "tidwen.quarantineRetention"
     std::string_view fallback;                 ///< raw text of the default; "false" or "true" for switches
-    std::vector<std::string_view> values = {}; ///< what may be chosen; empty: any text
+    std::vector<std::string_view> values = {}; ///< what may be chosen, besides a language; empty: any text
     bool isSwitch = false;
 };
 
@@ -42,7 +42,8 @@ const std::vector<PreferenceDescription>& preferenceDescriptions();
 /// texts, so that a value of a newer version survives. Belongs to the main thread.
 class AppPreferences {
   public:
-    explicit AppPreferences(Defaults& defaults);
+    /// `languages`: those that the program speaks, which `set` takes besides "system".
+    explicit AppPreferences(Defaults& defaults, std::vector<std::string> languages = {});
 
     Property<std::string> language;
     Property<std::string> appearance;
@@ -61,6 +62,8 @@ class AppPreferences {
     /// By name, as the terminal gives and takes settings. `set` refuses an unknown name or value.
     std::optional<std::string> get(std::string_view name) const;
     bool set(std::string_view name, std::string_view value);
+    /// What a setting may be; empty: any text.
+    std::vector<std::string> values(const PreferenceDescription& description) const;
 
   private:
     struct Text {
@@ -75,6 +78,7 @@ class AppPreferences {
     std::vector<Switch> switches();
 
     Defaults& defaults_;
+    std::vector<std::string> languages_;
     bool reloading_ = false; ///< what was just read need not be written
     std::vector<Subscription> writers_;
 };

@@ -61,6 +61,38 @@ TEST_F(IntakeTest, AWordMeansOneApplicationOrSaysWhyNot) {
     }
 }
 
+TEST_F(IntakeTest, AWordMeansAnIdentifierAsItsBundleSpellsIt) {
+    add("/Applications/Same.app", "com.Example.ONE", "Same");
+    test::writeBundle(volume_, "/Games/Hidden.app", "com.example.Hidden", "Hidden"); // not in the list
+    volume_.makeFolder("/Applications/Empty.app");
+    const auto& notes = "com.marlinworks.notes";
+    const std::pair<std::string, std::string> cases[] = {
+        {"COM.MarlinWorks.notes", notes},
+        {"Marlin Notes", notes},
+        {"/Applications/Marlin Notes.app", notes},
+        {volume_.host("/Applications/Marlin Notes.app").string(), notes},
+        {"/Games/Hidden.app", "com.example.Hidden"},
+        {"com.example.one", "com.example.one"},
+        {"com.Example.ONE", "com.Example.ONE"},
+        {"com.example.One", "cli.identifier.ambiguous %@"},
+        {"com.example.later", "com.example.later (absent)"},
+        {"", "cli.app.unknown"},
+        {"Nobody", "cli.app.unknown"},
+        {"Nobody.app", "cli.app.unknown"},
+        {"com..double", "cli.app.unknown"},
+        {".com.hidden", "cli.app.unknown"},
+        {"two words.app", "cli.app.unknown"},
+        {"Twin", "cli.app.ambiguous %@"},
+        {"/Applications/Empty.app", "cli.app.noIdentifier"},
+        {"/Applications/None.app", "cli.app.missing"},
+    };
+    for (const auto& [word, expected] : cases) {
+        const auto found = finder().findIdentifier(word);
+        const auto shown = [&] { return found->bundleID + (found->isInstalled ? "" : " (absent)"); };
+        EXPECT_EQ(found ? shown() : found.error().key, expected) << word;
+    }
+}
+
 TEST_F(IntakeTest, RefusedApplicationsDoNotKeepTheOthersOut) {
     test::TemporaryFolder settings;
     test::RecordingLog log;

@@ -88,7 +88,8 @@ TEST(JsonOutput, AReportTellsWhyAStepFailedInWordsAndByKey) {
     step.displayName = "/a";
     report.operations = {step};
     report.results = {OperationResult::failure(1, {"failure.exit %@", {"3"}})};
-    report.verification = VerificationReport{{{"com.example.app", "A", {}}}};
+    report.verification =
+        VerificationReport{{{"com.example.app", "A", {}, {PermissionGrant::Scope::system}}}};
     EXPECT_EQ(parsed(json::document(report, Texts())), Json::parse(R"({
         "apps": [{"name": "A", "bundleID": "com.example.app"}], "mode": "reset",
         "quarantineRoot": "/q", "manifestURL": "/q/m.json",
@@ -97,7 +98,7 @@ TEST(JsonOutput, AReportTellsWhyAStepFailedInWordsAndByKey) {
                         "traceID": ")" + step.traceID.string() + R"(", "bundleID": ""}],
         "results": [{"operationID": 1, "succeeded": false, "failureReason": "failure.exit 3",
                      "failureKey": "failure.exit %@"}],
-        "verification": {"apps": [{"bundleID": "com.example.app", "name": "A", "tccSurvivors": []}]}})"));
+        "verification": {"apps": [{"bundleID": "com.example.app", "name": "A", "tccSurvivors": [], "unreadable": ["system"]}]}})"));
 }
 
 TEST(JsonOutput, NamesThatAreNotTextNeverBreakADocument) {

@@ -22,6 +22,34 @@ TEST(AppPreferences, TakesDefaultsForWhatIsAbsentOrOfAnotherType) {
     EXPECT_EQ(homeSort(preferences.homeSort.get()), HomeSort::automatic);
 }
 
+TEST(AppPreferences, ReadsASwitchAsItMayHaveBeenTyped) {
+    const std::pair<PropertyListValue, bool> cases[] = {{true, true},
+                                                        {1, true},
+                                                        {0, false},
+                                                        {1.0, true},
+                                                        {"YES", true},
+                                                        {"1", true},
+                                                        {"true", true},
+                                                        {"NO", false},
+                                                        {"0", false},
+                                                        {"", false},
+                                                        {PropertyListArray{"YES"}, false}};
+    for (const auto& [stored, expected] : cases) {
+        test::MemoryDefaults defaults;
+        defaults.values = {{"tidwen.catchTrashedApps", stored}};
+        EXPECT_EQ(AppPreferences(defaults).catchTrashedApps.get(), expected);
+    }
+}
+
+TEST(AppPreferences, SpeaksOnlyLanguagesThatItHas) {
+    test::MemoryDefaults defaults;
+    AppPreferences preferences(defaults, {"en", "pt-BR"});
+    EXPECT_FALSE(preferences.set("language", "klingon"));
+    EXPECT_FALSE(preferences.set("language", ""));
+    EXPECT_TRUE(preferences.set("language", "pt-BR"));
+    EXPECT_TRUE(preferences.set("language", "system"));
+}
+
 TEST(AppPreferences, WritesOnlyWhatChangesAndRefusesWhatIsNoValue) {
     test::MemoryDefaults defaults;
     AppPreferences preferences(defaults);

@@ -1,6 +1,7 @@
 #include "base/executor.h"
 #include "base/text.h"
 #include "cli/command.h"
+#include "cli/commands/confirmed_removal.h"
 #include "cli/console.h"
 #include "cli/intake.h"
 #include "cli/json_startup.h"
@@ -36,7 +37,8 @@ std::optional<AppTarget> findTarget(const CommandContext& context, Mac& mac, con
 void print(const AppTarget& app, const PermissionAudit::Result& audit, const CommandContext& context,
            const Mac& mac) {
     context.console.line(context.text("permissions.sheet.title %@", {app.name}), Paint::strong);
-    if (audit.grants.empty()) context.console.line(context.text("permissions.sheet.none"));
+    if (audit.grants.empty() && audit.unreadable.empty())
+        context.console.line(context.text("permissions.sheet.none"));
     Table table;
     for (const auto& grant : audit.grants)
         table.add({{permissionTitle(grant.service, context.texts), Paint::strong},
@@ -114,8 +116,12 @@ class SheetSession {
         if (!chosen) return context_.refuse(chosen.error());
         auto status = ExitStatus::done;
         if (chosen->empty()) {
-            context_.console.complain(context_.text("cli.permissions.nothing"));
+            context_.console.complain(context_.text(sheet_.audit.get()->unreadable.empty()
+                                                        ? "cli.permissions.nothing"
+                                                        : "cli.permissions.unreadable"));
             status = ExitStatus::someFailed;
+        } else if (!agreed(context_, question(*chosen), "cli.permissions.needsYes")) {
+            return ExitStatus::refused;
         }
         for (const auto& grant : *chosen)
             if (!revoke(grant)) status = ExitStatus::someFailed;
@@ -124,6 +130,14 @@ class SheetSession {
     }
 
   private:
+    /// What macOS forgets cannot be put back, so each permission is named.
+    std::string question(const std::vector<PermissionGrant>& grants) const {
+        std::string titles;
+        for (const auto& grant : grants)
+            titles += (titles.empty() ? "" : ", ") + permissionTitle(grant.service, context_.texts);
+        return context_.text("cli.permissions.question %@ %@", {sheet_.app().name, titles});
+    }
+
     bool revoke(const PermissionGrant& grant) {
         const auto title = permissionTitle(grant.service, context_.texts);
         sheet_.errorText.set(std::nullopt);

@@ -1,9 +1,13 @@
 // The commands that read and change what the user decided: protect, tags, settings.
 
+#include "base/text.h"
 #include "cli/command.h"
 #include "cli/console.h"
+#include "cli/intake.h"
 #include "cli/json_settings.h"
+#include "cli/resources.h"
 #include "cli/table.h"
+#include "inventory/installed_applications.h"
 #include "scan/protected_apps.h"
 #include "services/update_feed.h"
 #include "settings/app_preferences.h"
@@ -11,6 +15,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 namespace tidwen {
 
@@ -25,7 +30,85 @@ ExitStatus notStored(const CommandContext& context) {
     return ExitStatus::someFailed;
 }
 
-ExitStatus runProtect(const CommandContext& context, Host& host) {
+/// The reason with the word that it is about.
+ExitStatus refuse(const CommandContext& context, const std::string& word, const Message& reason) {
+    context.console.complain(word + ": " + context.text(reason.key, reason.arguments));
+    return ExitStatus::refused;
+}
+
+/// Resolves what words on the command line mean to the identifiers that settings are kept under.
+class IdentifierReader {
+  public:
+    IdentifierReader(const CommandContext& context, Mac* mac) : context_(context), mac_(mac) {
+        if (mac)
+            installed_ = readIdentities(mac->system.files,
+                                        findApplicationBundles(mac->system.files, mac->system.user));
+    }
+
+    /// Nothing, with the reason printed, when the word names no application and is no identifier. One that
+    /// is not installed is taken with a remark, so that it can be protected beforehand.
+    std::optional<std::string> read(const std::string& word) const {
+        if (!mac_) {
+            if (isBundleIdentifier(word)) return word;
+            context_.refuse({"cli.identifier.none %@", {word}});
+            return std::nullopt;
+        }
+        const auto found = finder().findIdentifier(word);
+        if (!found) {
+            refuse(context_, word, found.error());
+            return std::nullopt;
+        }
+        if (!found->isInstalled)
+            context_.console.complain(context_.text("cli.identifier.absent %@", {found->bundleID}));
+        return found->bundleID;
+    }
+
+    /// The identifier of an installed application that the word names otherwise than by its identifier.
+    std::optional<std::string> installed(const std::string& word) const {
+        const auto found = mac_ ? finder().findIdentifier(word) : tl::unexpected(Message{});
+        return found && found->isInstalled ? std::optional(found->bundleID) : std::nullopt;
+    }
+
+  private:
+    ApplicationFinder finder() const { return {mac_->system.files, installed_, HostPaths(mac_->volume)}; }
+
+    const CommandContext& context_;
+    Mac* mac_;
+    std::vector<InstalledIdentity> installed_;
+};
+
+/// The identifiers in the list that the words mean, in any letter case or by the application's name; refused
+/// as a whole when one means none.
+std::optional<std::set<std::string>> protectedOnes(const std::vector<std::string>& words,
+                                                   const ProtectedApps& apps, const CommandContext& context,
+                                                   Mac* mac) {
+    const IdentifierReader reader(context, mac);
+    std::set<std::string> found;
+    for (const auto& word : words) {
+        auto ids = apps.inAnyCase(word);
+        if (const auto named = reader.installed(word); ids.empty() && named) ids = apps.inAnyCase(*named);
+        if (ids.empty()) {
+            context.refuse({"cli.protect.unknown %@", {word}});
+            return std::nullopt;
+        }
+        found.insert(ids.begin(), ids.end());
+    }
+    return found;
+}
+
+std::optional<std::set<std::string>> newOnes(const std::vector<std::string>& words, const ProtectedApps& apps,
+                                             const CommandContext& context, Mac* mac) {
+    const IdentifierReader reader(context, mac);
+    std::set<std::string> found;
+    for (const auto& word : words) {
+        const auto id = reader.read(word);
+        if (!id) return std::nullopt;
+        if (!apps.contains(*id)) found.insert(*id);
+    }
+    return found;
+}
+
+ExitStatus runProtect(const CommandContext& context, Host& host, Mac* mac) {
     ProtectedApps apps(host.defaults);
     const auto& words = context.arguments.operands;
     const std::string action = words.empty() ? "list" : words.front();
@@ -33,9 +116,15 @@ ExitStatus runProtect(const CommandContext& context, Host& host) {
     if (!changes && action != "list") return wrongAction(context);
     if (changes ? words.size() < 2 : words.size() > 1)
         return context.refuse({"cli.action.wrongOperands %@ %@", {"protect", action}});
-    if (changes)
-        for (auto id = words.begin() + 1; id != words.end(); ++id)
-            if (apps.contains(*id) != (action == "add") && !apps.toggle(*id)) return notStored(context);
+    if (const auto problem = apps.problem()) return context.refuse(*problem);
+    if (changes) {
+        const std::vector<std::string> named(words.begin() + 1, words.end());
+        const auto ids =
+            action == "add" ? newOnes(named, apps, context, mac) : protectedOnes(named, apps, context, mac);
+        if (!ids) return ExitStatus::refused;
+        for (const auto& id : *ids)
+            if (!apps.toggle(id)) return notStored(context);
+    }
     if (context.arguments.json)
         context.console.document(json::document(apps.bundleIDs()));
     else if (apps.bundleIDs().empty())
@@ -63,17 +152,28 @@ void printTags(const AppTags& tags, const CommandContext& context) {
     }
 }
 
-ExitStatus runTags(const CommandContext& context, Host& host) {
+/// The identifier under which tags are kept for what the word means.
+std::optional<std::string> taggedOne(const std::string& word, const AppTags& tags,
+                                     const CommandContext& context, Mac* mac) {
+    for (const auto& tag : tags.all())
+        for (const auto& id : tags.tagged(tag))
+            if (lowercased(id) == lowercased(word)) return id;
+    return IdentifierReader(context, mac).read(word);
+}
+
+ExitStatus runTags(const CommandContext& context, Host& host, Mac* mac) {
+    if (const auto problem = host.defaults.problem()) return context.refuse(*problem);
     AppTags tags(host.defaults);
     const auto& words = context.arguments.operands;
     const std::string action = words.empty() ? "list" : words.front();
     const auto needs = [&](std::size_t count) { return words.size() == count + 1; };
     bool changed = true;
-    if (action == "add" && needs(2))
-        changed = tags.add(words[1], words[2]);
-    else if (action == "remove" && needs(2))
-        changed = tags.remove(words[1], words[2]);
-    else if (action == "rename" && needs(2))
+    if ((action == "add" || action == "remove") && needs(2)) {
+        const auto id = action == "add" ? IdentifierReader(context, mac).read(words[1])
+                                        : taggedOne(words[1], tags, context, mac);
+        if (!id) return ExitStatus::refused;
+        changed = action == "add" ? tags.add(*id, words[2]) : tags.remove(*id, words[2]);
+    } else if (action == "rename" && needs(2))
         changed = tags.rename(words[1], words[2]);
     else if (action == "delete" && needs(1))
         changed = tags.erase(words[1]);
@@ -91,8 +191,8 @@ void printSettings(const AppPreferences& preferences, const CommandContext& cont
     Table table;
     for (const auto& setting : preferenceDescriptions()) {
         std::string values;
-        for (const auto value : setting.values)
-            values += (values.empty() ? "" : ", ") + std::string(value);
+        for (const auto& value : preferences.values(setting))
+            values += (values.empty() ? "" : ", ") + value;
         table.add({{std::string(setting.name), Paint::strong},
                    {*preferences.get(setting.name)},
                    {values, Paint::faint}});
@@ -131,7 +231,9 @@ ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context
 }
 
 ExitStatus runSettings(const CommandContext& context, Host& host) {
-    AppPreferences preferences(host.defaults);
+    if (const auto problem = host.defaults.problem()) return context.refuse(*problem);
+    AppPreferences preferences(host.defaults,
+                               availableLanguages(findResources(context.arguments.program.c_str())));
     const auto& words = context.arguments.operands;
     const std::string action = words.empty() ? "list" : words.front();
     if (action == "set") return setSetting(preferences, context, host);
@@ -153,9 +255,9 @@ ExitStatus runSettings(const CommandContext& context, Host& host) {
 
 Command protectCommand() {
     return {.syntax = {.name = "protect",
-                       .summary = "Applications that must not be removed: list, add ID, remove ID",
+                       .summary = "Applications that must not be removed: list, add APP, remove APP",
                        .operandName = "ACTION",
-                       .operandHelp = "list, add ID…, remove ID…",
+                       .operandHelp = "list, add APP…, remove APP…",
                        .maximumOperands = anyNumber,
                        .actions = {"list", "add", "remove"}},
             .run = runProtect};
@@ -165,7 +267,7 @@ Command tagsCommand() {
     return {.syntax = {.name = "tags",
                        .summary = "Your own tags on applications: list, add, remove, rename, delete",
                        .operandName = "ACTION",
-                       .operandHelp = "list, add ID TAG, remove ID TAG, rename TAG NEW, delete TAG",
+                       .operandHelp = "list, add APP TAG, remove APP TAG, rename TAG NEW, delete TAG",
                        .maximumOperands = 3,
                        .actions = {"list", "add", "remove", "rename", "delete"}},
             .run = runTags};

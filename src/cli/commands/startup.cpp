@@ -41,16 +41,20 @@ class StartupSession {
 
     /// `words`: labels or paths of property lists, as the list shows them.
     ExitStatus switchJobs(const std::vector<std::string>& words, bool on) {
-        auto status = ExitStatus::done;
+        std::vector<const StartupItem*> chosen;
         for (const auto& word : words) {
-            const auto* item = find(word);
-            if (!item) return context_.refuse({"cli.startup.unknown %@", {word}});
+            chosen.push_back(find(word));
+            if (!chosen.back()) return context_.refuse({"cli.startup.unknown %@", {word}});
+        }
+        auto status = ExitStatus::done;
+        for (const auto* item : chosen) {
             const auto state = model_.switchState(*item);
             if (state != SwitchState::on && state != SwitchState::off) {
                 context_.console.complain(context_.text("cli.startup.noSwitch %@", {item->label}));
                 status = ExitStatus::someFailed;
                 continue;
             }
+            model_.toggleError.set(std::nullopt);
             wait([&](auto done) { model_.setEnabled(*item, on, done); });
             if (const auto& error = model_.toggleError.get()) {
                 context_.console.complain(item->label + ": " + *error);

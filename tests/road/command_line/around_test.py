@@ -80,13 +80,19 @@ class Around(VolumeTest):
         self.assertEqual([name for name in names if name not in grouped], [])
 
     def test_permissions_are_revoked_and_what_stays_is_said(self):
+        before = snapshot(self.volume)
+        self.refuse("permissions", "revoke", "Marlin Sketch", "Camera", saying="--yes")
+        status, printed = self.call_on_terminal("permissions", "revoke", "Marlin Sketch", "Camera", answer=b"n\n")
+        self.assertEqual(status, 2)
+        self.assertIn("Camera", printed)
+        self.assertEqual(snapshot(self.volume), before)
         self.assertEqual(self.call("permissions", "show", "--json").json,
                          {"finderExtension": False, "fullDiskAccess": "granted"})
         for words, status, left, saying in [(["Marlin Sketch", "Camera"], 0, [], ""),
                                             (["Kip"], 1, [], "no permission to revoke"),
                                             (["Harbor VPN"], 1, ["kTCCServiceSystemPolicyAllFiles"], "still has")]:
             with self.subTest(words):
-                run = self.call("permissions", "revoke", *words, "--json", status=status)
+                run = self.call("permissions", "revoke", *words, "--json", "--yes", status=status)
                 self.assertEqual([grant["service"] for grant in run.json["grants"]], left)
                 self.assertIn(saying, run.errors)
 
@@ -138,11 +144,16 @@ class Around(VolumeTest):
         self.assertEqual(watching.returncode, 0)
 
     def test_wrong_words_are_refused(self):
+        job = self.call("startup", "list", "--json").json["items"][-1]["label"]
         before = snapshot(self.volume)
         for words, saying in [(["startup", "fly"], "fly"), (["startup", "off", "no.such"], "no.such"),
                               (["permissions", "revoke"], "revoke"), (["permissions", "revoke", "Kip", "Air"], "Air"),
                               (["settings", "set", "quarantineRetention", "soon"], "soon"), (["purge"], "--all"),
-                              (["settings", "get", "colour"], "colour"), (["tags", "add", "x"], "tags add ID TAG"),
+                              (["settings", "get", "colour"], "colour"), (["tags", "add", "x"], "tags add APP TAG"),
+                              (["tags", "add", "Nobody", "x"], "Nobody"), (["protect", "add", "Kip", ""], "identifier"),
+                              (["protect", "remove", "Kip"], "Kip"), (["settings", "set", "language", "klingon"], "klingon"),
+                              (["purge", "--all", "--yes=false"], "--yes takes no value"),
+                              (["startup", "off", job, "no.such"], "no.such"),
                               (["requests", "fill"], "fill"), (["requests", "gate"], "gate on"), (["apps", "--sort", "luck"], "luck"),
                               (["completions", "abacus"], "abacus")]:
             with self.subTest(words):

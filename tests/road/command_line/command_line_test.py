@@ -194,6 +194,42 @@ class Refusals(VolumeTest):
         self.assertFalse(os.path.lexists(self.home / "Library/Logs/com.littlefin.kip"), "the link itself goes")
         shutil.rmtree(outside)
 
+    def test_what_is_protected_stays_however_it_is_named(self):
+        for word in ["Kip", "COM.LittleFin.Kip", "/Applications/Kip.app", str(self.volume / "Applications/Kip.app")]:
+            with self.subTest(word):
+                self.assertEqual(self.call("protect", "add", word, "--json").json, ["com.littlefin.kip"])
+                self.refuse("remove", "Kip", "--yes", saying="Kip is protected")
+                self.assertEqual(self.call("protect", "remove", word.upper() if "/" not in word else word, "--json").json, [])
+        self.assertIn("installed", self.call("protect", "add", "com.example.later").errors)
+        self.refuse("protect", "add", "Kip", saying="--volume", volume=False)
+
+    def test_settings_that_cannot_be_read_spare_everything(self):
+        self.call("remove", "Kip", "--yes")
+        settings = self.base / "config/tidwen/settings.plist"
+        settings.parent.mkdir(parents=True, exist_ok=True)
+        settings.write_text("damaged")
+        before = snapshot(self.volume)
+        self.call("scan", "Pantry")
+        for words in [["remove", "Pantry", "--yes"], ["orphans", "--remove", "--yes"], ["purge", "--all", "--yes"],
+                      ["protect", "list"], ["settings", "set", "appearance", "dark"]]:
+            self.refuse(*words, saying=str(settings))
+        self.assertEqual(snapshot(self.volume), before)
+        self.assertEqual(settings.read_text(), "damaged")
+
+    @unittest.skipUnless(os.geteuid() == 0, "only root can work in another user's home")
+    def test_what_root_leaves_in_a_home_is_the_users(self):
+        os.chown(self.home, 501, 20)
+        before = snapshot(self.volume)
+        self.call("remove", "Pantry", "--yes")
+        self.call("requests", "post", "Kip")
+        run = next((self.home / ".Trash").glob("Tidwen - *"))
+        moved = [str(item.relative_to(self.volume)) + "/" for item in run.iterdir() if item.is_dir()]
+        made = [path for path in snapshot(self.volume, *moved) if path not in before]
+        self.assertIn(str(run.relative_to(self.volume)) + "/tidwen-manifest.json", made)
+        for path in made:
+            owner = os.lstat(self.volume / path)
+            self.assertEqual((path, owner.st_uid, owner.st_gid), (path, 501, 20))
+
     def test_protected_applications_stay(self):
         (self.base / "config/tidwen").mkdir(parents=True)
         (self.base / "config/tidwen/settings.plist").write_bytes(
@@ -212,6 +248,7 @@ class Refusals(VolumeTest):
         cases = [
             (["remove", "Kip", "--yes"], "/Users/bob"),
             (["--home", "/Users/nobody", "apps"], "/Users/nobody"),
+            (["--home", "/System", "apps"], "home folder"),
             (["--home", "/Users/alice", "remove", "Nobody", "--yes"], "Nobody"),
             (["--home", "/Users/alice", "remove", "Kip", "--risk", "some", "--yes"], "some"),
             (["--home", "/Users/alice", "remove", "Kip", "--risk", "safe", "--select", "x", "--yes"], "--select"),
