@@ -1,11 +1,16 @@
 #include "macos/preferences_defaults.h"
 
 #include "macos/core_foundation.h"
+#include "settings/settings_file.h"
 #include "settings/user_folder.h"
 
 namespace tidwen {
 
 namespace {
+
+std::filesystem::path domainFolder() {
+    return userHome() / "Library/Preferences";
+}
 
 /// Both directions go through the binary form: one reader judges every property list, whoever wrote it.
 CFOwned<CFPropertyListRef> toSystem(const PropertyListValue& value) {
@@ -37,6 +42,11 @@ std::optional<PropertyListValue> PreferencesDefaults::value(const std::string& k
     return stored ? fromSystem(stored.get()) : std::nullopt;
 }
 
+std::optional<Message> PreferencesDefaults::problem() const {
+    const auto read = readSettings(SharedFile(domainFolder() / (domain_ + ".plist")));
+    return read ? std::nullopt : std::optional(read.error());
+}
+
 bool PreferencesDefaults::setValue(const std::string& key, const std::optional<PropertyListValue>& value) {
     const auto domain = makeString(domain_), name = makeString(key);
     const auto wanted = value ? toSystem(*value) : CFOwned<CFPropertyListRef>(nullptr);
@@ -50,7 +60,7 @@ bool PreferencesDefaults::setValue(const std::string& key, const std::optional<P
 }
 
 std::unique_ptr<FolderEvents::Watch> PreferencesDefaults::watch(std::function<void()> changed) {
-    return folders_.watch(Path((userHome() / "Library/Preferences").string()), std::move(changed));
+    return folders_.watch(Path(domainFolder().string()), std::move(changed));
 }
 
 } // namespace tidwen

@@ -17,6 +17,8 @@ class PreferencesDefaults : public Defaults {
         : domain_(std::move(domain)), log_(log), folders_(folders) {}
 
     std::optional<PropertyListValue> value(const std::string& key) const override;
+    /// Judged by the domain's file: of one that it cannot read the system only says that nothing is set.
+    std::optional<Message> problem() const override;
     bool setValue(const std::string& key, const std::optional<PropertyListValue>& value) override;
     /// By the folder in which macOS writes all domains down, some seconds after a change.
     std::unique_ptr<FolderEvents::Watch> watch(std::function<void()> changed) override;
