@@ -1,7 +1,8 @@
 #include "system/startup_item_scanner.h"
 
 #include "base/text.h"
-#include "scan/launch_item.h"
+#include "scan/job_program.h"
+#include "scan/shared_names.h"
 
 #include <algorithm>
 #include <array>
@@ -31,10 +32,6 @@ std::string joined(const std::vector<std::string>& parts, std::size_t count) {
     return result;
 }
 
-Owner installed(const InstalledApp& app) {
-    return {Owner::Kind::installed, app.name, app.bundleID, {}};
-}
-
 /// Words that many products use in their labels, so that sharing one says nothing.
 bool isCommonWord(std::string_view word) {
     static constexpr std::array<std::string_view, 13> words = {
@@ -43,41 +40,94 @@ bool isCommonWord(std::string_view word) {
     return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-bool sharesVendor(const std::vector<std::string>& label, const std::string& bundleID) {
-    const auto other = pieces(bundleID);
-    return label.size() >= 3 && other.size() >= 3 && label[0] == other[0] && label[1] == other[1];
+bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
 }
 
-bool sharesToken(const std::vector<std::string>& label, const std::string& bundleID) {
-    return std::any_of(label.begin(), label.end(), [&](const std::string& piece) {
-        return characterCount(piece) >= 5 && !isCommonWord(piece)
-               && bundleID.find(piece) != std::string::npos;
-    });
-}
+} // namespace
 
-const InstalledApp* containing(const std::string& program, const std::vector<InstalledApp>& apps) {
-    const auto path = Path(program).standardized();
-    const auto found = std::find_if(apps.begin(), apps.end(), [&](const InstalledApp& app) {
-        const auto bundle = app.url.standardized();
-        return path != bundle && path.isWithin(bundle);
-    });
-    return found == apps.end() ? nullptr : &*found;
-}
+/// Applications, prepared for being asked about many jobs; the first that fits a rule decides.
+class StartupItemScanner::Owners {
+  public:
+    explicit Owners(const std::vector<InstalledApp>& apps) {
+        for (const auto& app : apps)
+            add(app.url, app.name, app.bundleID);
+    }
 
-const InstalledApp* identifiedBy(const std::string& label, const std::vector<InstalledApp>& apps) {
-    const auto found = std::find_if(apps.begin(), apps.end(), [&](const InstalledApp& app) {
-        const auto bundleID = lowercased(app.bundleID);
-        return !bundleID.empty() && (label == bundleID || label.starts_with(bundleID + "."));
-    });
-    return found == apps.end() ? nullptr : &*found;
-}
+    void add(const Path& url, const std::string& name, const std::string& bundleID) {
+        auto lower = lowercased(bundleID);
+        auto parts = pieces(lower);
+        owners_.push_back({url.standardized(), name, bundleID, std::move(lower), std::move(parts)});
+    }
 
-const InstalledApp* relatedTo(const std::vector<std::string>& label, const std::vector<InstalledApp>& apps) {
-    const auto found = std::find_if(apps.begin(), apps.end(), [&](const InstalledApp& app) {
-        const auto bundleID = lowercased(app.bundleID);
-        return sharesVendor(label, bundleID) || sharesToken(label, bundleID);
-    });
-    return found == apps.end() ? nullptr : &*found;
+    std::optional<Owner> containing(const std::string& program) const {
+        return installedWhere([path = Path(program).standardized()](const Each& owner) {
+            return path != owner.url && path.isWithin(owner.url);
+        });
+    }
+
+    std::optional<Owner> identifiedBy(const std::string& label) const {
+        return installedWhere([&](const Each& owner) {
+            const auto size = owner.lowerID.size();
+            return size > 0 && label.starts_with(owner.lowerID)
+                   && (label.size() == size || label[size] == '.');
+        });
+    }
+
+    std::optional<Owner> relatedTo(const std::vector<std::string>& label) const {
+        const auto* found = first([&](const Each& owner) {
+            return sharesVendor(label, owner.parts) || sharesToken(label, owner.lowerID);
+        });
+        return found ? std::optional(Owner{Owner::Kind::related, found->name, {}, {}}) : std::nullopt;
+    }
+
+    /// `bundleIDs` in lower case.
+    std::optional<Owner> named(const std::vector<std::string>& bundleIDs) const {
+        return installedWhere([&](const Each& owner) {
+            return std::find(bundleIDs.begin(), bundleIDs.end(), owner.lowerID) != bundleIDs.end();
+        });
+    }
+
+  private:
+    struct Each {
+        Path url;
+        std::string name, bundleID, lowerID;
+        std::vector<std::string> parts; ///< of the lower-cased identifier
+    };
+
+    template<class Fits>
+    const Each* first(const Fits& fits) const {
+        const auto found = std::find_if(owners_.begin(), owners_.end(), fits);
+        return found == owners_.end() ? nullptr : &*found;
+    }
+
+    template<class Fits>
+    std::optional<Owner> installedWhere(const Fits& fits) const {
+        const auto* found = first(fits);
+        if (!found) return std::nullopt;
+        return Owner{Owner::Kind::installed, found->name, found->bundleID, {}};
+    }
+
+    static bool sharesVendor(const std::vector<std::string>& label, const std::vector<std::string>& other) {
+        return label.size() >= 3 && other.size() >= 3 && label[0] == other[0] && label[1] == other[1];
+    }
+
+    static bool sharesToken(const std::vector<std::string>& label, const std::string& bundleID) {
+        return std::any_of(label.begin(), label.end(), [&](const std::string& piece) {
+            return contains(bundleID, piece) && characterCount(piece) >= 5 && !isCommonWord(piece);
+        });
+    }
+
+    std::vector<Each> owners_;
+};
+
+namespace {
+
+/// The program is there, or in a part of macOS or on another disk that is not.
+bool mayBeThere(const FileSystem& files, const std::string& program) {
+    if (program.empty()) return false;
+    const auto found = findJobProgram(files, program);
+    return found == JobProgram::present || found == JobProgram::away;
 }
 
 StartupItem makeItem(const LaunchItem& job, StartupItem::Source source, Owner owner) {
@@ -95,38 +145,63 @@ std::vector<StartupItemScanner::Directory> StartupItemScanner::directories(const
 Owner StartupItemScanner::attributeOwner(const std::string& label,
                                          const std::optional<std::string>& programPath,
                                          const std::vector<InstalledApp>& apps) const {
+    return attributeOwner(label, programPath, Owners(apps));
+}
+
+Owner StartupItemScanner::attributeOwner(const std::string& label,
+                                         const std::optional<std::string>& programPath,
+                                         const Owners& owners) const {
     const auto lowered = lowercased(label);
     if (lowered.starts_with("com.apple.")) return {Owner::Kind::apple, {}, {}, {}};
-    if (const auto* app = programPath ? containing(*programPath, apps) : nullptr) return installed(*app);
-    if (const auto* app = identifiedBy(lowered, apps)) return installed(*app);
+    if (programPath)
+        if (const auto owner = owners.containing(*programPath)) return *owner;
+    if (const auto owner = owners.identifiedBy(lowered)) return *owner;
 
     const auto parts = pieces(lowered);
     for (auto count = parts.size(); count >= 3; --count)
         if (const auto parent = joined(parts, count - 1); isRegistered_(parent))
             return {Owner::Kind::registered, {}, parent, {}};
-    if (const auto* app = relatedTo(parts, apps)) return {Owner::Kind::related, app->name, {}, {}};
-    if (programPath && files_.infoFollowingLinks(Path(*programPath)))
-        return {Owner::Kind::program, {}, {}, *programPath};
+    if (const auto owner = owners.relatedTo(parts)) return *owner;
+    if (programPath && mayBeThere(files_, *programPath)) return {Owner::Kind::program, {}, {}, *programPath};
     return {parts.size() >= 2 ? Owner::Kind::missing : Owner::Kind::unknown, {}, {}, {}};
+}
+
+/// The applications of the list first, then all other bundles that are found where bundles lie, each under
+/// both of its names.
+StartupItemScanner::Owners StartupItemScanner::ownersBeside(const std::vector<InstalledApp>& apps) const {
+    Owners owners(apps);
+    const auto bundles = installed_.look();
+    for (const auto& bundle : bundles->bundles()) {
+        if (isApplesIdentifier(lowercased(bundle.bundleID))) continue;
+        owners.add(bundle.url, bundle.name, bundle.bundleID);
+        if (bundle.place != bundle.url) owners.add(bundle.place, bundle.name, bundle.bundleID);
+    }
+    return owners;
+}
+
+Owner StartupItemScanner::attribute(const LaunchItem& job, const Owners& owners) const {
+    auto owner = attributeOwner(job.label, job.programPath, owners);
+    if (owner.kind != Owner::Kind::missing) return owner;
+    return owners.named(readAssociatedBundleIDs(files_, job.plist)).value_or(std::move(owner));
 }
 
 StartupScanResult StartupItemScanner::scan(const std::vector<InstalledApp>& apps) const {
     StartupScanResult result;
+    const auto owners = ownersBeside(apps);
     for (const auto& [folder, isSystemDomain] : directories(user_)) {
         if (!files_.exists(folder)) continue;
         const auto jobs = listLaunchItems(files_, folder, isSystemDomain);
         if (jobs.empty() && !files_.list(folder)) result.unreadable.push_back(folder);
         for (const auto& job : jobs)
-            result.items.push_back(makeItem(job, StartupItem::Plist{job.plist},
-                                            attributeOwner(job.label, job.programPath, apps)));
+            result.items.push_back(makeItem(job, StartupItem::Plist{job.plist}, attribute(job, owners)));
     }
     for (const auto& app : apps) {
         const auto library = app.url / "Contents/Library";
         for (const auto& [folder, isSystemDomain] :
              {std::pair("LaunchAgents", false), std::pair("LaunchDaemons", true)})
             for (const auto& job : listLaunchItems(files_, library / folder, isSystemDomain))
-                result.items.push_back(
-                    makeItem(job, StartupItem::Embedded{app.url, app.name}, installed(app)));
+                result.items.push_back(makeItem(job, StartupItem::Embedded{app.url, app.name},
+                                                {Owner::Kind::installed, app.name, app.bundleID, {}}));
     }
     std::stable_sort(result.items.begin(), result.items.end(),
                      [](const StartupItem& a, const StartupItem& b) {

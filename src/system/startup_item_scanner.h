@@ -3,7 +3,9 @@
 #include "platform/applications.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
+#include "scan/applications/installed_bundles.h"
 #include "scan/installed_app.h"
+#include "scan/launch_item.h"
 #include "system/startup_item.h"
 
 #include <functional>
@@ -24,9 +26,14 @@ class StartupItemScanner {
     /// Does the system know an application with this identifier?
     using IsRegistered = std::function<bool(const std::string& bundleID)>;
 
-    StartupItemScanner(const FileSystem& files, UserEnvironment user, IsRegistered isRegistered)
-        : files_(files), user_(std::move(user)), isRegistered_(std::move(isRegistered)) {}
+    StartupItemScanner(const FileSystem& files, UserEnvironment user, InstalledBundles& installed,
+                       IsRegistered isRegistered)
+        : files_(files),
+          user_(std::move(user)),
+          installed_(installed),
+          isRegistered_(std::move(isRegistered)) {}
 
+    /// `apps`: the inventory, whose embedded jobs are listed. A job may be any other bundle's, too.
     StartupScanResult scan(const std::vector<InstalledApp>& apps) const;
 
     StartupItem::Owner attributeOwner(const std::string& label, const std::optional<std::string>& programPath,
@@ -37,8 +44,15 @@ class StartupItemScanner {
     static std::vector<Directory> directories(const UserEnvironment& user);
 
   private:
+    class Owners;
+    Owners ownersBeside(const std::vector<InstalledApp>& apps) const;
+    StartupItem::Owner attribute(const LaunchItem& job, const Owners& owners) const;
+    StartupItem::Owner attributeOwner(const std::string& label, const std::optional<std::string>& programPath,
+                                      const Owners& owners) const;
+
     const FileSystem& files_;
     UserEnvironment user_;
+    InstalledBundles& installed_;
     IsRegistered isRegistered_;
 };
 

@@ -18,6 +18,12 @@ InstalledApp app(const std::string& name, const std::string& bundleID) {
     return result;
 }
 
+class NoSignatures : public CodeSignatures {
+  public:
+    CodeSignature read(const Path&, const Path&) const override { return {}; }
+};
+const NoSignatures signatures;
+
 /// launchd in memory.
 class FakeLaunchd : public Launchd {
   public:
@@ -37,7 +43,8 @@ class FakeLaunchd : public Launchd {
 TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
     const test::TemporaryVolume volume;
     volume.write("/usr/local/bin/tool", "x");
-    const StartupItemScanner scanner(volume.files(), test::alice(),
+    InstalledBundles bundles(volume.files(), signatures, test::alice());
+    const StartupItemScanner scanner(volume.files(), test::alice(), bundles,
                                      [](const std::string& id) { return id == "com.known.product"; });
     const std::vector<InstalledApp> apps = {app("Foo", "com.vendor.app"), app("Sync", "com.other.syncerpro"),
                                             app("Helper", "com.y.helperapp")};
@@ -58,6 +65,11 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
         {"foo.bar", "/nowhere", OwnerKind::missing, ""},
         {"foo.bar", "", OwnerKind::missing, ""},
         {"foo.bar", "/usr/local/bin/tool", OwnerKind::program, "/usr/local/bin/tool"},
+        {"foo.bar", "/usr/local/bin/other", OwnerKind::missing, ""},
+        // Whose place is not on this disk.
+        {"foo.bar", "/bin/zsh", OwnerKind::program, "/bin/zsh"},
+        {"foo.bar", "/Volumes/Drive/tool", OwnerKind::program, "/Volumes/Drive/tool"},
+        {"foo.bar", "tool", OwnerKind::program, "tool"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.label);
@@ -68,6 +80,42 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
                             : owner.kind == OwnerKind::registered ? owner.bundleID
                                                                   : owner.path;
         EXPECT_EQ(detail, c.detail);
+    }
+}
+
+TEST(StartupItemScanner, KnowsJobsOfEveryBundle) {
+    const test::TemporaryVolume volume;
+    InstalledBundles bundles(volume.files(), signatures, test::alice());
+    const StartupItemScanner scanner(volume.files(), test::alice(), bundles,
+                                     [](const std::string&) { return false; });
+    test::writeBundle(volume, "/opt/maker/Tool.app", "com.maker.tool", "Tool");
+    test::writeBundle(volume, "/Elsewhere/Linked.app", "com.linked.tool", "Linked");
+    volume.link("/Applications/Linked.app", "/Elsewhere/Linked.app");
+    const struct {
+        const char* label;
+        PropertyListDictionary means;
+        const char* owner; ///< name; nullptr: gone
+    } jobs[] = {
+        {"a.job.inside", {{"Program", "/opt/maker/Tool.app/Contents/MacOS/x"}}, "Tool"},
+        {"b.job.linked", {{"Program", "/Applications/Linked.app/Contents/MacOS/x"}}, "Linked"},
+        {"c.job.real", {{"Program", "/Elsewhere/Linked.app/Contents/MacOS/x"}}, "Linked"},
+        {"com.maker.tool.agent", {}, "Tool"},
+        {"d.job.named", {{"AssociatedBundleIdentifiers", PropertyListArray{"com.Maker.tool"}}}, "Tool"},
+        {"e.job.gone", {{"AssociatedBundleIdentifiers", "com.nobodys.tool"}}, nullptr},
+    };
+    for (const auto& [label, means, owner] : jobs) {
+        auto list = means;
+        list["Label"] = label;
+        volume.write(std::string("/Library/LaunchAgents/") + label + ".plist",
+                     writeXmlPropertyList(std::move(list)));
+    }
+    const auto items = scanner.scan({}).items;
+    for (const auto& [label, means, owner] : jobs) {
+        const auto item =
+            std::find_if(items.begin(), items.end(), [&](const auto& each) { return each.label == label; });
+        ASSERT_NE(item, items.end());
+        EXPECT_EQ(item->owner.kind, owner ? OwnerKind::installed : OwnerKind::missing) << label;
+        EXPECT_EQ(item->owner.name, owner ? owner : "") << label;
     }
 }
 
@@ -88,7 +136,9 @@ class StartupItems : public testing::Test, protected test::SteppedQueues {
     ProtectedApps protectedApps{defaults};
     FakeLaunchd launchd;
     Texts texts;
-    StartupItemScanner scanner{volume.files(), test::alice(), [](const std::string&) { return false; }};
+    InstalledBundles bundles{volume.files(), signatures, test::alice()};
+    StartupItemScanner scanner{volume.files(), test::alice(), bundles,
+                               [](const std::string&) { return false; }};
     std::vector<InstalledApp> apps = {app("Foo", "com.vendor.app")};
     StartupItemsModel model{{volume.files(), launchd, scanner, protectedApps, texts, main, background, log},
                             [this] { return apps; }};

@@ -21,7 +21,8 @@ class StartupSession {
         : context_(context),
           mac_(mac),
           protectedApps_(mac.system.defaults),
-          scanner_(mac.system.files, mac.system.user, [](const std::string&) { return false; }),
+          bundles_(mac.system.files, mac.system.signatures, mac.system.user),
+          scanner_(mac.system.files, mac.system.user, bundles_, [](const std::string&) { return false; }),
           model_({mac.system.files, mac.system.launchd, scanner_, protectedApps_, mac.system.texts, main_,
                   background_, mac.system.log},
                  [&system = mac.system] {
@@ -134,6 +135,7 @@ class StartupSession {
     const CommandContext& context_;
     Mac& mac_;
     ProtectedApps protectedApps_;
+    InstalledBundles bundles_;
     StartupItemScanner scanner_;
     MainQueue main_;
     StartupItemsModel model_;
