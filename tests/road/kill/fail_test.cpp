@@ -1,5 +1,5 @@
-// The calls that change the disk fail, one run per call: the program says truthfully what it could not do, and nothing
-// is lost that a recovery and an undo do not bring back.
+// The calls that change the disk fail, one run per call: the program says truthfully what it could not do,
+// and nothing is lost that a recovery and an undo do not bring back.
 
 #include "road/kill/faulty_volume.h"
 
@@ -17,12 +17,13 @@ const std::vector<Fault> faults = {{.kind = std::to_string(EIO)},
 
 class Fail : public testing::TestWithParam<Disks> {
   protected:
-    static void sweep(const std::string& what, const std::function<bool(const FaultyVolume&, const Fault&)>& runWith) {
+    static void sweep(const std::string& what,
+                      const std::function<bool(const FaultyVolume&, const Fault&)>& runWith) {
         if (const auto reason = sweepFaults(GetParam(), what, faults, runWith)) GTEST_SKIP() << *reason;
     }
 
-    /// It ended by itself, and who is told of success finds it complete, who is refused finds nothing touched, and
-    /// everybody else is told something.
+    /// It ended by itself, and who is told of success finds it complete, who is refused finds nothing
+    /// touched, and everybody else is told something.
     static void expectTruth(const Ended& ended, const FaultyVolume& volume, bool isComplete) {
         EXPECT_THAT(ended.exitCode, testing::AllOf(testing::Ge(0), testing::Le(2))) << ended.hit;
         EXPECT_NE(ended.output, "") << ended.hit;
@@ -40,7 +41,8 @@ class Fail : public testing::TestWithParam<Disks> {
         EXPECT_EQ(recovered.exitCode, 0) << after.hit << "\n" << recovered.output;
         const auto undone = volume.undo(); // refused when there is nothing to undo
         EXPECT_NE(undone.exitCode, 1) << after.hit << "\n" << undone.output;
-        EXPECT_EQ(volume.changes(), Words()) << after.hit << "\n" << after.output << recovered.output << undone.output;
+        EXPECT_EQ(volume.changes(), Words()) << after.hit << "\n"
+                                             << after.output << recovered.output << undone.output;
         EXPECT_EQ(volume.hiddenItems(), Words()) << after.hit;
     }
 };

@@ -97,9 +97,9 @@ void FaultyVolume::fill(bool withAttributes) const {
     for (const auto& file : files)
         volume_.write(file, "content of " + file);
     volume_.write("/Library/LaunchDaemons/com.example.draw.daemon.plist",
-                 writeXmlPropertyList(PropertyListDictionary{
-                     {"Label", "com.example.draw.daemon"},
-                     {"Program", applications[1] + "/Contents/MacOS/Zoë's \"Draw\""}}));
+                  writeXmlPropertyList(PropertyListDictionary{
+                      {"Label", "com.example.draw.daemon"},
+                      {"Program", applications[1] + "/Contents/MacOS/Zoë's \"Draw\""}}));
     volume_.write(files[4], std::string(300'000, 'x'));
     volume_.link(library + "Application Support/Marlin Notes/nowhere", "/does/not/exist");
     volume_.makeFolder(library + "Application Support/Marlin Notes/empty");
@@ -123,12 +123,11 @@ Ended FaultyVolume::tidwen(Words arguments, const Fault& fault) const {
                          "ASAN_OPTIONS=verify_asan_link_order=0",
                          "HOME=" + scratch_.path().string()};
     if (fault.lasts) environment.emplace_back("TIDWEN_FAULT_LASTS=1");
-    if (!exclusiveRename_)
-        environment.push_back("TIDWEN_NO_EXCLUSIVE_RENAME=" + std::to_string(EINVAL));
+    if (!exclusiveRename_) environment.push_back("TIDWEN_NO_EXCLUSIVE_RENAME=" + std::to_string(EINVAL));
     fs::remove(note);
     const int status = runToEnd(std::move(arguments), std::move(environment), output);
-    return {WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL,
-            WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentOf(output), contentOf(note)};
+    return {WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL, WIFEXITED(status) ? WEXITSTATUS(status) : -1,
+            contentOf(output), contentOf(note)};
 }
 
 Ended FaultyVolume::remove(const Fault& fault) const {
@@ -152,11 +151,11 @@ Words FaultyVolume::hiddenItems() const {
 Words FaultyVolume::takenItemsLeft() const {
     const std::string library = "/Users/alice/Library/";
     Words left;
-    for (const auto& path : {applications[0], applications[1], std::string("/Library/Caches/com.example.marlin"),
-                             std::string("/Library/LaunchDaemons/com.example.draw.daemon.plist"),
-                             library + "Application Support/com.example.draw",
-                             library + "Application Support/Marlin Notes", library + "Caches/com.example.marlin",
-                             library + "Preferences/com.example.marlin.plist"}) {
+    for (const auto& path :
+         {applications[0], applications[1], std::string("/Library/Caches/com.example.marlin"),
+          std::string("/Library/LaunchDaemons/com.example.draw.daemon.plist"),
+          library + "Application Support/com.example.draw", library + "Application Support/Marlin Notes",
+          library + "Caches/com.example.marlin", library + "Preferences/com.example.marlin.plist"}) {
         const fs::path place(path);
         const auto hidden = place.parent_path() / (".tidwen-moved-" + place.filename().string());
         if (volume_.exists(path) || volume_.exists(hidden.string())) left.push_back(path);
@@ -165,7 +164,8 @@ Words FaultyVolume::takenItemsLeft() const {
 }
 
 bool FaultyVolume::isTrashCleared() const {
-    return macPathsWhere(trash(), [](const fs::directory_entry& each) { return !each.is_directory(); }).empty();
+    return macPathsWhere(trash(), [](const fs::directory_entry& each) { return !each.is_directory(); })
+        .empty();
 }
 
 std::string nameOf(const testing::TestParamInfo<Disks>& disks) {
@@ -173,8 +173,9 @@ std::string nameOf(const testing::TestParamInfo<Disks>& disks) {
            + (disks.param.exclusiveRename ? "" : "WithoutExclusiveRename");
 }
 
-std::optional<std::string> sweepFaults(const Disks& disks, const std::string& what, const std::vector<Fault>& faults,
-                                       const std::function<bool(const FaultyVolume&, const Fault&)>& runWith) {
+std::optional<std::string>
+sweepFaults(const Disks& disks, const std::string& what, const std::vector<Fault>& faults,
+            const std::function<bool(const FaultyVolume&, const Fault&)>& runWith) {
     const char* wanted = std::getenv("TIDWEN_FAULT_STEP");
     const int longStep = wanted ? std::max(1, std::atoi(wanted)) : 6;
     const int step = disks.trashElsewhere ? longStep : std::max(1, longStep / 3);
@@ -182,21 +183,25 @@ std::optional<std::string> sweepFaults(const Disks& disks, const std::string& wh
         int runs = 0;
         bool ended = false;
         const auto runOnce = [&](Fault fault, int point) {
-            SCOPED_TRACE("call " + std::to_string(point) + ", fault " + fault.kind + (fault.lasts ? " for good" : ""));
+            SCOPED_TRACE("call " + std::to_string(point) + ", fault " + fault.kind
+                         + (fault.lasts ? " for good" : ""));
             fault.at = point;
             ended = runWith(FaultyVolume(otherDisk, disks.exclusiveRename), fault) || ended;
             ++runs;
         };
-        for (int point = 1; !ended; point += step) {
+        int point = 1;
+        while (!ended) {
             if (longStep > 1)
                 runOnce(faults[runs % faults.size()], point);
             else
                 for (const auto& fault : faults)
                     runOnce(fault, point);
+            point += step;
         }
         std::cout << "[  FAULTS  ] " << what << (disks.trashElsewhere ? ", Trash on another disk" : "")
-                  << (disks.exclusiveRename ? "" : ", no exclusive rename") << ": " << runs << " runs, one each "
-                  << (step == 1 ? "call" : std::to_string(step) + " calls") << std::endl;
+                  << (disks.exclusiveRename ? "" : ", no exclusive rename") << ": " << runs
+                  << " runs, one each " << (step == 1 ? "call" : std::to_string(step) + " calls")
+                  << std::endl;
     };
     if (disks.trashElsewhere) return withSmallDisk(16u << 20, all);
     all({});

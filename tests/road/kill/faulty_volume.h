@@ -16,7 +16,7 @@ using Words = std::vector<std::string>;
 
 /// What goes wrong in one run of the program (fault_at_call.cpp).
 struct Fault {
-    int at = 0; ///< number of the call that changes the disk, from 1; 0: nothing goes wrong
+    int at = 0;                ///< number of the call that changes the disk, from 1; 0: nothing goes wrong
     std::string kind = "kill"; ///< or the error, as a number
     bool lasts = false;        ///< every later call fails too, as on a disk that is gone
 };
@@ -31,11 +31,12 @@ struct Ended {
 
 /// The disks that a sweep runs on.
 struct Disks {
-    bool trashElsewhere = false;  ///< the Trash lies on another disk
-    bool exclusiveRename = true;  ///< the file system can rename without replacing
+    bool trashElsewhere = false; ///< the Trash lies on another disk
+    bool exclusiveRename = true; ///< the file system can rename without replacing
 };
 
-/// A fresh volume of two applications with items of every kind, its Trash on `otherDisk` unless that is empty.
+/// A fresh volume of two applications with items of every kind, its Trash on `otherDisk` unless that is
+/// empty.
 class FaultyVolume {
   public:
     FaultyVolume(const std::filesystem::path& otherDisk, bool exclusiveRename);
@@ -70,11 +71,12 @@ class FaultyVolume {
     std::optional<VolumeMemory> memory_;
 };
 
-/// Runs `runWith` on fresh volumes with a fault at the first call, the second, and so on, until it says that the
-/// run came to its end before the fault. To save time one call of TIDWEN_FAULT_STEP is tried (6 unless that is
-/// set; three times as many within one disk, where a run has few calls), with one fault after the other in
-/// turn; with 1 each call with every fault. Gives the reason when these disks cannot be had here.
-std::optional<std::string> sweepFaults(const Disks& disks, const std::string& what, const std::vector<Fault>& faults,
+/// Runs `runWith` on fresh volumes with a fault at the first call, the second, and so on, until it says that
+/// the run came to its end before the fault. To save time one call of TIDWEN_FAULT_STEP is tried (6 unless
+/// that is set; three times as many within one disk, where a run has few calls), with one fault after the
+/// other in turn; with 1 each call with every fault. Gives the reason when these disks cannot be had here.
+std::optional<std::string> sweepFaults(const Disks& disks, const std::string& what,
+                                       const std::vector<Fault>& faults,
                                        const std::function<bool(const FaultyVolume&, const Fault&)>& runWith);
 
 /// The disks as parameters of a test, and their names.
