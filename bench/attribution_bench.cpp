@@ -185,18 +185,24 @@ class Bench {
     std::vector<Trace> scan(const Cask& cask, bool withHelpers, bool withOthers) const {
         auto target = cask.target;
         if (withHelpers) target.loginItemBundleIDs = cask.helpers;
-        ResidueScanner::Neighbours neighbours;
+        std::vector<OwningBundle> installed;
         if (withOthers)
             for (const auto& other : casks_)
                 if (!isKin(other, cask))
-                    neighbours.installed.push_back(
-                        {other.target.bundleURL, other.target.bundleID, other.target.name});
+                    installed.push_back({.url = other.target.bundleURL,
+                                         .place = other.target.bundleURL,
+                                         .bundleID = other.target.bundleID,
+                                         .name = other.target.name,
+                                         .names = {other.target.name}});
         NoReceipts receipts;
         NoKeychain keychain;
         NoExtensions extensions;
+        const FileCodeSignatures signatures(files_);
         NoLog log;
         Texts texts;
-        ResidueScanner scanner({files_, receipts, keychain, extensions, texts, log}, user(), neighbours);
+        ResidueScanner scanner({files_, receipts, keychain, extensions, texts, log}, user(),
+                               std::make_shared<const BundleSnapshot>(
+                                   files_, signatures, std::move(installed), BundleCoverage{}));
         return scanner.scan(target).traces;
     }
 

@@ -167,8 +167,15 @@ int main(int argc, char** argv) {
 
     const PlainMatcher plain(target, installed, helpers, false);
     const PlainMatcher prepared(target, installed, helpers, true);
-    const OtherApplications others(installed, target.bundleURL, target.bundleID);
-    const ResidueMatcher matcher(target, others, helpers, {});
+    std::vector<OwningBundle> owners;
+    for (const auto& app : installed)
+        owners.push_back({.url = app.url,
+                          .place = app.url,
+                          .bundleID = app.bundleID,
+                          .name = app.name,
+                          .names = {app.name}});
+    const OtherApplications others(std::move(owners), target.bundleID);
+    const ResidueMatcher matcher(target, others, helpers);
 
     std::size_t differences = 0;
     std::size_t matches = 0;

@@ -3,8 +3,8 @@
 // VOLUME TIDWEN APPLICATION…; each a Mac path, the first one is held against the targets.
 
 #include "command.h"
-#include "inventory/installed_applications.h"
 #include "scan/residue_scanner.h"
+#include "scan/search_location.h"
 #include "stopwatch.h"
 #include "volume/volume_file_system.h"
 #include "volume/volume_sources.h"
@@ -27,10 +27,8 @@ struct QuietLog : Log {
 
 class ScanBench {
   public:
-    ScanBench(std::string root, std::string program) : root_(std::move(root)), program_(std::move(program)) {
-        auto files = VolumeFileSystem::open(root_);
-        if (!files) std::exit(1);
-        files_ = std::move(*files);
+    ScanBench(std::string root, std::string program)
+        : root_(std::move(root)), program_(std::move(program)), files_(opened(root_)) {
         auto user = findVolumeUser(*files_, std::nullopt);
         if (!user) std::exit(1);
         user_ = *user;
@@ -76,6 +74,12 @@ class ScanBench {
     }
 
   private:
+    static std::unique_ptr<VolumeFileSystem> opened(const std::string& root) {
+        auto files = VolumeFileSystem::open(root);
+        if (!files) std::exit(1);
+        return std::move(*files);
+    }
+
     AppTarget load(const std::string& application) const {
         auto target = AppTargetLoader(*files_, FileCodeSignatures(*files_)).load(Path(application));
         if (target) return *target;
@@ -83,42 +87,40 @@ class ScanBench {
         std::exit(1);
     }
 
-    std::vector<InstalledIdentity> identities() const {
-        return readIdentities(*files_, findApplicationBundles(*files_, user_));
+    std::shared_ptr<const BundleSnapshot> look() const {
+        return InstalledBundles(*files_, signatures_, user_).look();
     }
 
-    ScanResult scan(const std::string& application) const { return scan(load(application), identities()); }
+    ScanResult scan(const std::string& application) const { return scan(load(application), look()); }
 
-    ScanResult scan(const AppTarget& target, const std::vector<InstalledIdentity>& installed) const {
+    ScanResult scan(const AppTarget& target, std::shared_ptr<const BundleSnapshot> bundles) const {
         const VolumeReceipts receipts(*files_);
         const VolumeKeychain keychain;
         const VolumeSystemExtensions extensions(*files_);
         const Texts texts;
         QuietLog log;
         ResidueScanner scanner({*files_, receipts, keychain, extensions, texts, log}, user_,
-                               {installed, [&](const Path& own) {
-                                    return groupsOfOthers(*files_, FileCodeSignatures(*files_),
-                                                          findApplicationBundles(*files_, user_), own);
-                                }});
+                               std::move(bundles));
         return scanner.scan(target);
     }
 
     /// Where the time goes, inside this process.
     void printParts(const std::string& application) const {
         const auto target = load(application);
-        const auto installed = identities();
-        auto withoutGroups = target;
-        withoutGroups.appGroups.clear();
-        const auto seconds =
-            tidwen::bench::secondsOf(11, {[&] { identities(); }, [&] { scan(target, installed); },
-                                          [&] { scan(withoutGroups, installed); }});
-        std::printf("of which: inventory %.1f ms, scan %.1f ms (%.1f ms without others' groups)\n",
+        const auto bundles = look();
+        bundles->readAllContents({});
+        const auto seconds = tidwen::bench::secondsOf(
+            11, {[&] { look(); }, [&] { scan(target, look()); }, [&] { scan(target, bundles); }});
+        std::printf("of which: installed bundles %.1f ms, with the scan %.1f ms (the scan alone, others' "
+                    "contents read: "
+                    "%.1f ms)\n",
                     seconds[0] * 1e3, seconds[1] * 1e3, seconds[2] * 1e3);
     }
 
     std::string root_;
     std::string program_;
     std::unique_ptr<VolumeFileSystem> files_;
+    FileCodeSignatures signatures_{*files_};
     UserEnvironment user_;
 };
 

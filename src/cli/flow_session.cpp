@@ -3,15 +3,18 @@
 #include "cli/console.h"
 #include "cli/end_signals.h"
 #include "cli/intake.h"
+#include "inventory/installed_applications.h"
 
+#include <algorithm>
 #include <sstream>
+#include <utility>
 
 namespace tidwen {
 
 FlowSession::FlowSession(const CommandContext& context, Mac& mac)
     : context_(context),
       mac_(mac),
-      bundles_(findApplicationBundles(mac.system.files, mac.system.user)),
+      bundles_(mac.system.files, mac.system.signatures, mac.system.user),
       loader_(mac.system.files, mac.system.signatures),
       protectedApps_(mac.system.defaults),
       preferences_(mac.system.defaults),
@@ -49,16 +52,12 @@ RemovalFlowModel::Services FlowSession::services(Mac& mac) {
             .treeQueue = treeQueue_};
 }
 
-std::unique_ptr<ResidueScanner> FlowSession::makeScanner() const {
+std::unique_ptr<ResidueScanner> FlowSession::makeScanner() {
     const auto& system = mac_.system;
     return std::make_unique<ResidueScanner>(
         ResidueScanner::Ports{system.files, system.receipts, system.keychain, system.systemExtensions,
                               system.texts, system.log},
-        system.user, ResidueScanner::Neighbours{installed_, [this](const Path& target) {
-                                                    return groupsOfOthers(mac_.system.files,
-                                                                          mac_.system.signatures, bundles_,
-                                                                          target);
-                                                }});
+        system.user, seen_ ? std::exchange(seen_, nullptr) : bundles_.look(), MoveRights::own);
 }
 
 OrphanScanResult FlowSession::sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,
@@ -80,9 +79,16 @@ std::vector<RecoveryNotice> FlowSession::start() {
 }
 
 bool FlowSession::scan(const std::vector<std::string>& words) {
-    installed_ = readIdentities(mac_.system.files, bundles_);
-    const auto named = findBundles(
-        words, ApplicationFinder(mac_.system.files, installed_, HostPaths(mac_.volume)), context_.texts);
+    const auto& system = mac_.system;
+    const bool areAllPaths =
+        std::all_of(words.begin(), words.end(), [](const auto& word) { return word.starts_with('/'); });
+    std::vector<InstalledIdentity> installed;
+    if (!areAllPaths) {
+        seen_ = bundles_.look();
+        installed = identitiesOf(*seen_, findApplicationBundles(system.files, system.user));
+    }
+    const auto named = findBundles(words, ApplicationFinder(system.files, installed, HostPaths(mac_.volume)),
+                                   context_.texts);
     for (const auto& failure : named.failures)
         context_.console.complain(failure);
     someRefused_ = !named.failures.empty();

@@ -2,8 +2,8 @@
 
 #include "base/executor.h"
 #include "cli/command.h"
-#include "inventory/installed_applications.h"
 #include "removal/removal_flow_model.h"
+#include "scan/applications/installed_bundles.h"
 
 #include <optional>
 #include <string>
@@ -51,14 +51,14 @@ class FlowSession {
     bool awaitScan();
     void showProgress();
     void answer(const QuitPrompt& prompt);
-    std::unique_ptr<ResidueScanner> makeScanner() const;
+    std::unique_ptr<ResidueScanner> makeScanner();
     OrphanScanResult sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,
                                   const OrphanScanner::OnFound& onFound) const;
 
     const CommandContext& context_;
     Mac& mac_;
-    std::vector<Path> bundles_;                ///< of the installed applications
-    std::vector<InstalledIdentity> installed_; ///< filled before a scan begins
+    InstalledBundles bundles_;
+    std::shared_ptr<const BundleSnapshot> seen_; ///< looked at to find the words, not yet used by a scan
     AppTargetLoader loader_;
     ProtectedApps protectedApps_;
     AppPreferences preferences_;

@@ -14,14 +14,23 @@ Value object(const AppRecord& app) {
     return {{"name", app.name}, {"bundleID", app.bundleID}};
 }
 
+Value object(const BundleCoverage& owners) {
+    return {{"unreadable", array(owners.unreadable, toValue)},
+            {"uncounted", array(owners.uncounted, toValue)},
+            {"damaged", array(owners.damaged, toValue)}};
+}
+
 Value object(const ScanResult& result) {
-    return {{"target", value(result.target)},
-            {"traces", array(result.traces, toValue)},
-            {"unreadableLocations", array(result.unreadableLocations, toValue)},
-            {"skippedNames", array(result.skippedNames, toValue)},
-            {"leftOut", result.leftOut},
-            {"nameMatchingDisabled", result.nameMatchingDisabled},
-            {"permissions", value(result.permissions)}};
+    Value fields{{"target", value(result.target)},
+                 {"traces", array(result.traces, toValue)},
+                 {"unreadableLocations", array(result.unreadableLocations, toValue)},
+                 {"unknownOwners", object(result.owners)},
+                 {"nameMatchingDisabled", result.nameMatchingDisabled},
+                 {"permissions", value(result.permissions)}};
+    if (result.immovable)
+        fields["immovable"] = {{"reason", std::string(name(result.immovable->reason))},
+                               {"place", result.immovable->place.string()}};
+    return fields;
 }
 
 Value object(const OperationResult& result, const Texts& texts) {

@@ -50,6 +50,7 @@ Value value(const TraceAction& action) {
 Value value(const MatchReason& reason) {
     Value result{{"kind", text(name(reason.kind))}};
     if (reason.kind != MatchReason::Kind::declaredTarget) result["value"] = reason.value;
+    if (reason.evidence != MatchReason::Evidence::itsName) result["evidence"] = text(name(reason.evidence));
     return result;
 }
 
@@ -147,7 +148,10 @@ Value value(const Trace& trace) {
                  {"requiresRoot", trace.requiresRoot},
                  {"risk", text(name(trace.risk))}};
     put(result, "sizeBytes", trace.sizeBytes);
-    put(result, "contestedBy", trace.contestedBy);
+    if (trace.contestedBy) {
+        result["contestedBy"] = trace.contestedBy->bundleID;
+        result["contestedByPlace"] = trace.contestedBy->place.string();
+    }
     return result;
 }
 

@@ -22,7 +22,8 @@ Span risk(TraceRisk risk, const Texts& texts) {
 }
 
 std::string reason(const MatchReason& reason, const Texts& texts) {
-    const auto key = "reason." + std::string(name(reason.kind));
+    auto key = "reason." + std::string(name(reason.kind));
+    if (reason.evidence != MatchReason::Evidence::itsName) key += "." + std::string(name(reason.evidence));
     if (reason.kind == MatchReason::Kind::declaredTarget) return texts.text(key);
     return texts.text(key + " %@", {reason.value});
 }
@@ -34,9 +35,9 @@ std::string size(std::optional<std::int64_t> bytes, const Texts& texts) {
 std::vector<std::string> badges(const Trace& trace, const Texts& texts) {
     std::vector<std::string> result;
     if (trace.requiresRoot) result.push_back(texts.text("cli.badge.administrator"));
-    // A shared group is nobody's in particular, and the reason says so already.
-    if (trace.contestedBy && *trace.contestedBy != trace.reason.value)
-        result.push_back(texts.text("cli.badge.contested %@", {*trace.contestedBy}));
+    if (trace.contestedBy)
+        result.push_back(texts.text("cli.badge.contested %@ %@",
+                                    {trace.contestedBy->bundleID, trace.contestedBy->place.string()}));
     switch (trace.reversibility) {
     case Reversibility::reversible:
         break;

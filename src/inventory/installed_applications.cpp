@@ -119,6 +119,15 @@ std::vector<InstalledIdentity> readIdentities(const FileSystem& files, const std
         });
 }
 
+std::vector<InstalledIdentity> identitiesOf(const BundleSnapshot& snapshot,
+                                            const std::vector<Path>& bundles) {
+    std::vector<InstalledIdentity> identities;
+    for (const auto& bundle : snapshot.bundles()) // both are sorted by path
+        if (!bundle.bundleID.empty() && std::binary_search(bundles.begin(), bundles.end(), bundle.url))
+            identities.push_back({bundle.url, bundle.bundleID, bundle.name});
+    return identities;
+}
+
 std::vector<InstalledApp> listInstalledApps(const FileSystem& files, const CodeSignatures& signatures,
                                             const std::vector<Path>& bundles) {
     const BudgetedFiles budgeted(files);
@@ -128,28 +137,6 @@ std::vector<InstalledApp> listInstalledApps(const FileSystem& files, const CodeS
     std::stable_sort(apps.begin(), apps.end(),
                      [](const auto& a, const auto& b) { return compareForDisplay(a.name, b.name) < 0; });
     return apps;
-}
-
-std::map<std::string, std::string> groupsOfOthers(const FileSystem& files, const CodeSignatures& signatures,
-                                                  const std::vector<Path>& bundles, const Path& target) {
-    const auto isTarget = [own = target.standardized()](const Path& url) {
-        const Path other = url.standardized();
-        return other.isWithinIgnoringCase(own) && own.isWithinIgnoringCase(other);
-    };
-    using Groups = std::pair<std::string, std::vector<std::string>>; // of one identifier
-    const BudgetedFiles budgeted(files);
-    const BudgetedSignatures budgetedSignatures(signatures, budgeted.budget());
-    const auto groupsOfEach = readInParallel<Groups>(bundles, [&](const Path& url) -> std::optional<Groups> {
-        const auto bundle = isTarget(url) ? std::nullopt : Bundle::open(budgeted, url);
-        if (!bundle) return std::nullopt;
-        return Groups(bundle->identifier().value_or(url.lastComponent()),
-                      budgetedSignatures.read(url, bundle->executable()).applicationGroups);
-    });
-    std::map<std::string, std::string> groups;
-    for (const auto& [identifier, declared] : groupsOfEach)
-        for (const auto& group : declared)
-            groups.emplace(lowercased(group), identifier);
-    return groups;
 }
 
 } // namespace tidwen

@@ -3,11 +3,10 @@
 #include "platform/code_signatures.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
+#include "scan/applications/installed_bundles.h"
 #include "scan/installed_app.h"
 #include "scan/other_applications.h"
 
-#include <map>
-#include <string>
 #include <vector>
 
 namespace tidwen {
@@ -25,13 +24,11 @@ std::vector<Path> findOwningBundles(const FileSystem& files, const UserEnvironme
 /// parallel.
 std::vector<InstalledIdentity> readIdentities(const FileSystem& files, const std::vector<Path>& bundles);
 
+/// The same of what one look has read; bundles that it did not see are left out.
+std::vector<InstalledIdentity> identitiesOf(const BundleSnapshot& snapshot, const std::vector<Path>& bundles);
+
 /// The rows of the inventory, sorted by name as people read it. Refused bundles are left out.
 std::vector<InstalledApp> listInstalledApps(const FileSystem& files, const CodeSignatures& signatures,
                                             const std::vector<Path>& bundles);
-
-/// Lower-cased application groups that the bundles other than `target` declare, each with the identifier of
-/// the first that does.
-std::map<std::string, std::string> groupsOfOthers(const FileSystem& files, const CodeSignatures& signatures,
-                                                  const std::vector<Path>& bundles, const Path& target);
 
 } // namespace tidwen

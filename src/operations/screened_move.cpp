@@ -40,15 +40,12 @@ class ResolvedPathJudge {
     ResolvedPathJudge(const PathPolicy& policy, const FileSystem& files)
         : policy_(policy), behindLinks_(policy.forResolvedHome(files)) {}
 
-    bool isInQuarantine(const Path& path) const {
-        return policy_.isQuarantineEndpoint(path)
-               || (behindLinks_ && behindLinks_->isQuarantineEndpoint(path));
-    }
-    bool isAllowedPlace(const Path& path) const {
-        return !policy_.check(path, true) && !(behindLinks_ && behindLinks_->check(path, true));
-    }
+    bool isInQuarantine(const Path& path) const { return policy().isQuarantineEndpoint(path); }
+    bool isAllowedPlace(const Path& path) const { return !policy().check(path, true); }
 
   private:
+    const PathPolicy& policy() const { return behindLinks_ ? *behindLinks_ : policy_; }
+
     const PathPolicy& policy_;
     std::optional<PathPolicy> behindLinks_;
 };

@@ -135,9 +135,12 @@ void RemovalFlowModel::scan(std::vector<AppTarget> targets) {
             std::vector<ScanResult> results;
             for (const auto& target : targets) {
                 const auto done = static_cast<int>(results.size());
-                results.push_back(scanner->scan(target, stop, [&](const std::string& phase) {
-                    report({target.name, phase, done, total});
-                }));
+                results.push_back(scanner->scan(
+                    target, stop,
+                    [&](const std::string& phase) {
+                        report({target.name, phase, done, total});
+                    },
+                    targets));
             }
             return results;
         },

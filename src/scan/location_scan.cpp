@@ -7,12 +7,85 @@
 
 namespace tidwen {
 
+namespace {
+
+/// A folder that everybody shares ("/opt/homebrew", the home of a user called like the application, what is
+/// in "/usr/bin") may bear the target's name by chance; an identifier it does not.
+bool mayNameOwner(const ScanContext& context, const Path& place, std::string_view component,
+                  const MatchReason& reason) {
+    const bool isIdentifier =
+        reason.kind == MatchReason::Kind::exactBundleID && component.find('.') != component.npos;
+    return isIdentifier || !context.policy.check(place);
+}
+
+/// By the first component of its path that names the target.
+std::optional<Attribution> attributeProgram(const ScanContext& context, const Path& program) {
+    Path place;
+    for (const auto& component : program.components()) {
+        if (component == "/") continue;
+        place = place / component;
+        auto found = context.matcher.attributeIdentifier(component);
+        if (!found || !mayNameOwner(context, place, component, found->reason)) continue;
+        found->reason.evidence = MatchReason::Evidence::program;
+        return found;
+    }
+    return std::nullopt;
+}
+
+bool isInTarget(const ScanContext& context, const Path& program) {
+    const Path place = program.standardized();
+    return place.isWithinIgnoringCase(context.targetPlace)
+           || place.isWithinIgnoringCase(context.matcher.target().bundleURL.standardized());
+}
+
+} // namespace
+
+std::optional<Claimant> holderOf(const ScanContext& context, const Path& program) {
+    const auto& others = context.matcher.others();
+    if (auto holder = others.holding(program)) return holder;
+    const auto real = context.files.resolve(program);
+    return real ? others.holding(*real) : std::nullopt;
+}
+
+bool isVendorFolder(const ResidueMatcher& matcher, std::string_view name) {
+    if (isBundleName(name)) return false;
+    const auto lower = lowercased(composed(name));
+    if (lower == "clouddocs" || lower.starts_with("com.apple.")) return false;
+    if (lower == "caches" || lower == "fileprovider") return true;
+    return !matcher.vendor().empty() && canonicalForm(lower).starts_with(matcher.vendor());
+}
+
+std::optional<Attribution> attributeJob(const ScanContext& context, const LaunchItem& item) {
+    if (context.matcher.isOffLimits(item.label)) return std::nullopt;
+    auto found = context.matcher.attributeIdentifier(item.label);
+    if (found) found->reason.evidence = MatchReason::Evidence::label;
+    const bool isByLabel = found.has_value();
+    if (!item.programPath) return found;
+
+    const Path program(*item.programPath);
+    if (!found && isInTarget(context, program))
+        found = {{MatchReason::Kind::declaredTarget, {}, MatchReason::Evidence::embedded}};
+    if (!found) found = attributeProgram(context, program);
+    if (!found || found->contestedBy) return found;
+    if (!isByLabel)
+        found->contestedBy = context.matcher.others().longestContinued(lowercased(composed(item.label)));
+    if (!found->contestedBy) found->contestedBy = holderOf(context, program);
+    return found;
+}
+
+/// A link in the user's home may lead to the folder of somebody else.
+bool LocationScan::isElsewhere(const Path& realPath) const {
+    return location_.url.isWithin(context_.user.home) && context_.policy.isInAnotherHome(realPath);
+}
+
 bool LocationScan::run() {
     bool isUnreadable = false;
-    auto folder = open(location_.url, location_.url, isUnreadable);
+    const auto real = context_.files.resolve(location_.url);
+    const Path realPath = real.value_or(location_.url);
+    if (isElsewhere(realPath)) return true;
+    auto folder = open(location_.url, realPath, isUnreadable);
     if (isUnreadable) context_.log.warning("Unreadable location {}", location_.url.string());
     if (!folder) return !isUnreadable;
-    if (auto real = context_.files.resolve(location_.url)) folder->realPath = std::move(*real);
 
     switch (location_.style) {
     case SearchLocation::Style::launchItemPlists:
@@ -51,19 +124,10 @@ void LocationScan::judgeChildren(const Folder& folder) {
             isGroups ? context_.matcher.attributeGroup(entry.name) : context_.matcher.attribute(entry.name);
         if (found)
             take(folder, entry.name, std::move(*found));
-        else if (hasVendors && isVendorFolder(entry))
+        else if (hasVendors && entry.kind == FileKind::directory
+                 && isVendorFolder(context_.matcher, entry.name))
             judgeVendorFolder(folder, entry);
     }
-}
-
-/// A vendor's folder holds one folder for each of its applications; a shared store one for each application.
-bool LocationScan::isVendorFolder(const DirectoryEntry& entry) const {
-    if (entry.kind != FileKind::directory || isBundleName(entry.name)) return false;
-    const auto lower = lowercased(composed(entry.name));
-    if (lower == "clouddocs" || lower.starts_with("com.apple.")) return false;
-    if (lower == "caches" || lower == "fileprovider") return true;
-    const auto& vendor = context_.matcher.vendor();
-    return !vendor.empty() && canonicalForm(lower).starts_with(vendor);
 }
 
 void LocationScan::judgeVendorFolder(const Folder& parent, const DirectoryEntry& vendor) {
@@ -94,7 +158,10 @@ void LocationScan::judgeContainers(const Folder& folder) {
     for (std::size_t i = 0; i < identities.size(); ++i) {
         const auto& name = folder.entries[i].name;
         if (context_.matcher.isOffLimits(name)) continue; // whatever its metadata says
-        if (auto found = context_.matcher.attribute(identities[i])) take(folder, name, std::move(*found));
+        auto found = context_.matcher.attribute(identities[i]);
+        if (!found) continue;
+        if (identities[i] != name) found->reason.evidence = MatchReason::Evidence::record;
+        take(folder, name, std::move(*found));
     }
 }
 
@@ -103,7 +170,8 @@ void LocationScan::judgeReports(const Folder& folder) {
         if (context_.stop.stopRequested()) return;
         const auto end = entry.name.find('_');
         if (entry.kind != FileKind::regular || end == 0 || end == entry.name.npos) continue;
-        if (auto found = context_.matcher.attributeIdentifier(std::string_view(entry.name).substr(0, end)))
+        // macOS calls most of them after the executable.
+        if (auto found = context_.matcher.attribute(std::string_view(entry.name).substr(0, end)))
             take(folder, entry.name, std::move(*found));
     }
 }
@@ -115,43 +183,15 @@ void LocationScan::judgeLaunchItems(const Folder& folder) {
         if (entry.name.starts_with('.') || plist.lowercasedExtension() != "plist") continue;
         const auto item = readLaunchItem(context_.files, plist, location_.isSystemDomain);
         if (!item) continue;
-        auto found = attributeJob(*item);
+        auto found = attributeJob(context_, *item);
         if (!found) continue;
         auto trace = makeTrace(TraceCategory::launchItems,
                                action::BootoutAndMove{item->label, plist, location_.isSystemDomain},
                                std::move(found->reason), Reversibility::reversible, plist.string(),
-                               std::nullopt, location_.requiresRoot);
+                               std::nullopt, location_.requiresRoot || item->isSystemDomain);
         trace.contestedBy = std::move(found->contestedBy);
         traces_.addFound(std::move(trace), folder.realPath);
     }
-}
-
-std::optional<Attribution> LocationScan::attributeJob(const LaunchItem& item) const {
-    if (auto found = context_.matcher.attributeIdentifier(item.label)) return found;
-    if (!item.programPath || context_.matcher.isOffLimits(item.label)) return std::nullopt;
-    const Path program(*item.programPath);
-    Path place;
-    for (const auto& component : program.components()) {
-        if (component == "/") continue;
-        place = place / component;
-        auto found = context_.matcher.attributeIdentifier(component);
-        if (!found || !mayNameOwner(place, component, found->reason)) continue;
-        const auto& others = context_.matcher.others();
-        if (!found->contestedBy)
-            found->contestedBy = others.longestContinued(lowercased(composed(item.label)));
-        if (!found->contestedBy) found->contestedBy = others.holding(program);
-        return found;
-    }
-    return std::nullopt;
-}
-
-/// A folder that everybody shares ("/opt/homebrew", the home of a user called like the application, what is
-/// in "/usr/bin") may bear the target's name by chance; an identifier it does not.
-bool LocationScan::mayNameOwner(const Path& place, std::string_view component,
-                                const MatchReason& reason) const {
-    const bool isIdentifier =
-        reason.kind == MatchReason::Kind::exactBundleID && component.find('.') != component.npos;
-    return isIdentifier || !context_.policy.check(place);
 }
 
 void LocationScan::take(const Folder& folder, std::string_view name, Attribution attribution) {

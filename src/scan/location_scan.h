@@ -9,6 +9,16 @@
 
 namespace tidwen {
 
+/// Whose a job is: by the bundle in which its program lies, by its label, else by a folder on the way to its
+/// program that bears the target's name.
+std::optional<Attribution> attributeJob(const ScanContext& context, const LaunchItem& item);
+
+/// In which other bundle a job's program lies, also by way of links.
+std::optional<Claimant> holderOf(const ScanContext& context, const Path& program);
+
+/// A vendor's folder holds one folder for each of its applications; a shared store one for each application.
+bool isVendorFolder(const ResidueMatcher& matcher, std::string_view name);
+
 /// Searches one location for what is the target's.
 class LocationScan {
   public:
@@ -25,6 +35,7 @@ class LocationScan {
         std::vector<DirectoryEntry> entries;
     };
 
+    bool isElsewhere(const Path& realPath) const;
     std::optional<Folder> open(const Path& path, const Path& realPath, bool& isUnreadable) const;
     void judgeChildren(const Folder& folder);
     void judgeVendorFolder(const Folder& parent, const DirectoryEntry& vendor);
@@ -32,9 +43,6 @@ class LocationScan {
     void judgeReports(const Folder& folder);
     void judgeLaunchItems(const Folder& folder);
 
-    std::optional<Attribution> attributeJob(const LaunchItem& item) const;
-    bool mayNameOwner(const Path& place, std::string_view component, const MatchReason& reason) const;
-    bool isVendorFolder(const DirectoryEntry& entry) const;
     void take(const Folder& folder, std::string_view name, Attribution attribution);
 
     const ScanContext& context_;

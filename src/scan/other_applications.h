@@ -1,8 +1,13 @@
 #pragma once
 
 #include "base/path.h"
+#include "scan/applications/owning_bundle.h"
 #include "scan/identifier_index.h"
+#include "scan/trace.h"
 
+#include <functional>
+#include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,7 +16,7 @@
 
 namespace tidwen {
 
-/// What attribution needs to know of an installed application.
+/// What finding an application by its name needs to know of it.
 struct InstalledIdentity {
     Path url;
     std::string bundleID;
@@ -22,49 +27,67 @@ struct InstalledIdentity {
 /// shorter than 4 characters.
 std::string vendorPiece(std::string_view identifier);
 
-/// The applications that stay: an index over their identifiers and names that answers, for one candidate
-/// name, in time that does not grow with their number. Immutable.
+/// The bundles that stay when an application is removed: an index over their identifiers and names that
+/// answers, for one candidate name, in time that does not grow with their number. Immutable; may be used from
+/// any thread.
 class OtherApplications {
   public:
-    OtherApplications() = default;
-    /// `installed` without the bundle at `target`. Another bundle with the target's own identifier is a copy
-    /// of it: it shares every leftover, so it takes none away from the target, and the answers leave it out.
-    OtherApplications(const std::vector<InstalledIdentity>& installed, const Path& target,
-                      std::string_view targetBundleID);
+    /// What each of the bundles carries and declares, in their order. Called at most once, when an answer
+    /// first depends on it: most do not, and reading it takes longer than everything else.
+    using ReadContents = std::function<std::vector<BundleContents>()>;
 
-    bool hasCopyOfTarget() const { return hasCopy_; }
+    OtherApplications() = default;
+    /// `others` without the target's own bundle. Another one with the target's identifier is a copy of it: it
+    /// shares every leftover, so it takes none away from the target, and the answers leave it out.
+    OtherApplications(std::vector<OwningBundle> others, std::string_view targetBundleID,
+                      ReadContents readContents = {});
+
+    const std::optional<Claimant>& copyOfTarget() const { return copy_; }
 
     /// The candidate (lower-cased) begins with the identifier of another application, or contains "."
     /// followed by one.
     bool claims(std::string_view lowercasedCandidate) const;
 
-    /// The longest identifier that the candidate (lower-cased), from its start or from one of its dots on,
-    /// equals or continues with "."; as the application declares it. Nothing when there is none.
-    std::optional<std::string> longestContinued(std::string_view lowercasedCandidate) const;
+    /// Whose identifier is the longest that the candidate (lower-cased), from its start or from one of its
+    /// dots on, equals or continues with ".".
+    std::optional<Claimant> longestContinued(std::string_view lowercasedCandidate) const;
 
-    /// The identifier of an application whose maker's piece of the identifier equals this canonical form: a
-    /// folder of that name may hold what all applications of that maker keep.
-    std::optional<std::string> ofVendor(std::string_view canonicalForm) const;
+    /// An application whose maker's piece of the identifier equals this canonical form: a folder of that name
+    /// may hold what all applications of that maker keep.
+    std::optional<Claimant> ofVendor(std::string_view canonicalForm) const;
 
-    /// The identifier of the application in whose bundle the path lies.
-    std::optional<std::string> holding(const Path& path) const;
+    /// In whose bundle the path lies, by text.
+    std::optional<Claimant> holding(const Path& path) const;
 
-    /// The identifier of an application whose name's canonical form equals this one.
-    std::optional<std::string> named(std::string_view canonicalForm) const;
+    /// One of whose names has this canonical form.
+    std::optional<Claimant> named(std::string_view canonicalForm) const;
 
-    /// True when an application has exactly this identifier (lower-cased).
+    /// True when a bundle has exactly this identifier (lower-cased).
     bool hasIdentifier(std::string_view lowercased) const { return identifiers_.contains(lowercased); }
 
-  private:
-    using Declared =
-        std::vector<std::pair<std::string, std::string>>; ///< sorted; the second is what is shown
+    // These read the contents of all others, copies of the target included, when they are first asked.
 
+    /// Whose bundle embeds a helper or a job of this identifier (lower-cased).
+    std::optional<Claimant> embedding(std::string_view lowercasedIdentifier) const;
+    /// Who declares this application group.
+    std::optional<Claimant> declaringGroup(std::string_view group) const;
+
+  private:
+    using Index =
+        std::vector<std::pair<std::string, std::size_t>>; ///< sorted; the second is one of `bundles_`
+    struct Carried;
+
+    std::optional<Claimant> claimant(const Index& index, std::string_view key) const;
+    Claimant claimant(std::size_t bundle) const;
+    const Carried& carried() const;
+
+    std::vector<OwningBundle> bundles_;
     IdentifierIndex identifiers_;
-    Declared declared_;                                ///< lower-cased identifier → as declared
-    Declared names_;                                   ///< canonical name → identifier as declared
-    Declared vendors_;                                 ///< vendor piece → identifier as declared
-    std::vector<std::pair<Path, std::string>> places_; ///< bundle → identifier as declared
-    bool hasCopy_ = false;
+    Index declared_; ///< lower-cased identifiers
+    Index names_;    ///< canonical names
+    Index vendors_;  ///< vendor pieces
+    std::optional<Claimant> copy_;
+    std::shared_ptr<Carried> carried_;
 };
 
 } // namespace tidwen

@@ -142,19 +142,23 @@ std::optional<Path> resolvedPlace(const Path& place, const FileSystem& files) {
 PathPolicy::PathPolicy(const UserEnvironment& user) : user_(user) {
     for (const auto path : deniedPaths)
         deniedExact_.insert(componentsOf(path));
-    deniedExact_.insert(componentsOf(user_.home));
-    for (const auto folder : deniedHomeFolders)
-        deniedExact_.insert(componentsOf(user_.home / folder));
-    for (const auto& location : searchLocations(user_))
-        deniedExact_.insert(componentsOf(location.url));
-
     for (const auto& rule : neverTouchSystem) {
         neverTouch_.push_back({componentsOf(rule.prefix), {}});
         for (const auto exception : rule.exceptions)
             if (!exception.empty()) neverTouch_.back().exceptions.push_back(componentsOf(exception));
     }
+    addHome(user_);
+}
+
+void PathPolicy::addHome(const UserEnvironment& user) {
+    homes_.push_back(componentsOf(user.home));
+    deniedExact_.insert(componentsOf(user.home));
+    for (const auto folder : deniedHomeFolders)
+        deniedExact_.insert(componentsOf(user.home / folder));
+    for (const auto& location : searchLocations(user))
+        deniedExact_.insert(componentsOf(location.url));
     for (const auto folder : neverTouchInHome)
-        neverTouch_.push_back({componentsOf(user_.home / folder), {}});
+        neverTouch_.push_back({componentsOf(user.home / folder), {}});
 }
 
 std::optional<PathPolicy::Violation> PathPolicy::check(const Path& url,
@@ -169,13 +173,13 @@ std::optional<PathPolicy::Violation> PathPolicy::check(const Path& url,
     if (deniedExact_.contains(path)) return violation(ViolationKind::deniedExact);
 
     const bool isPermittedInstaller = allowsInstallerInDownloads && isInstallerInDownloads(url);
-    const auto downloads = componentsOf(user_.home / "Downloads");
+    if (isInAnotherHome(path)) return violation(ViolationKind::neverTouch);
     for (const auto& rule : neverTouch_) {
         if (!startsWith(path, rule.prefix)) continue;
         const bool isException =
             std::any_of(rule.exceptions.begin(), rule.exceptions.end(),
                         [&](const auto& exception) { return startsWith(path, exception); });
-        if (isException || (isPermittedInstaller && rule.prefix == downloads)) continue;
+        if (isException || (isPermittedInstaller && isHomeFolder(rule.prefix, "downloads"))) continue;
         return violation(ViolationKind::neverTouch);
     }
 
@@ -197,22 +201,19 @@ std::optional<PathPolicy::Violation> PathPolicy::checkMove(const Path& source, c
     const Path real = (sourceIsQuarantined ? destination : source).standardized();
     const Path quarantined = (sourceIsQuarantined ? source : destination).standardized();
 
-    if (auto found = check(real, true)) return found;
-
     // A home that is reached through a link has two spellings, and its folders are the user's under both.
     const auto resolvedHome = forResolvedHome(files);
+    const PathPolicy& policy = resolvedHome ? *resolvedHome : *this;
+    if (auto found = policy.check(real, true)) return found;
     const auto resolvedReal = resolvedPlace(real, files);
     if (!resolvedReal) return Violation{ViolationKind::traversal, real.string()};
     if (*resolvedReal != real)
-        if (auto found = check(*resolvedReal, true)) return found;
-    if (resolvedHome)
-        if (auto found = resolvedHome->check(*resolvedReal, true)) return found;
+        if (auto found = policy.check(*resolvedReal, true)) return found;
 
     const auto resolvedQuarantined = resolvedPlace(quarantined, files);
     const bool staysInQuarantine =
         resolvedQuarantined
-        && (*resolvedQuarantined == quarantined || isQuarantineEndpoint(*resolvedQuarantined)
-            || (resolvedHome && resolvedHome->isQuarantineEndpoint(*resolvedQuarantined)));
+        && (*resolvedQuarantined == quarantined || policy.isQuarantineEndpoint(*resolvedQuarantined));
     if (!staysInQuarantine) return Violation{ViolationKind::missingQuarantineEndpoint, quarantined.string()};
     return std::nullopt;
 }
@@ -220,23 +221,43 @@ std::optional<PathPolicy::Violation> PathPolicy::checkMove(const Path& source, c
 std::optional<PathPolicy> PathPolicy::forResolvedHome(const FileSystem& files) const {
     const auto resolved = files.resolve(user_.home);
     if (!resolved || *resolved == user_.home) return std::nullopt;
+    PathPolicy both = *this;
     UserEnvironment user = user_;
     user.home = *resolved;
-    return PathPolicy(user);
+    both.addHome(user);
+    return both;
+}
+
+bool PathPolicy::isInAnotherHome(const Path& url) const {
+    return isInAnotherHome(componentsOf(url));
+}
+
+bool PathPolicy::isInAnotherHome(const Components& path) const {
+    if (path.size() < 3 || path[1] != "users" || path[2] == "shared") return false;
+    return std::none_of(homes_.begin(), homes_.end(),
+                        [&](const Components& home) { return startsWith(path, home); });
+}
+
+bool PathPolicy::isHomeFolder(const Components& path, std::string_view folder) const {
+    return std::any_of(homes_.begin(), homes_.end(), [&](const Components& home) {
+        return path.size() == home.size() + 1 && startsWith(path, home) && path.back() == folder;
+    });
 }
 
 bool PathPolicy::isQuarantineEndpoint(const Path& url) const {
     if (!saysWhereItLies(url) || !user_.home.isAbsolute()) return false;
     const auto path = componentsOf(url);
-    const auto trash = componentsOf(user_.trash());
-    return path.size() >= trash.size() + 2 && startsWith(path, trash)
-           && url.standardized().components()[trash.size()].starts_with(quarantineFolderPrefix);
+    return std::any_of(homes_.begin(), homes_.end(), [&](const Components& home) {
+        const auto trash = home.size();
+        return path.size() >= trash + 3 && startsWith(path, home) && path[trash] == ".trash"
+               && url.standardized().components()[trash + 1].starts_with(quarantineFolderPrefix);
+    });
 }
 
 bool PathPolicy::isInstallerInDownloads(const Path& url) const {
-    const auto path = componentsOf(url);
-    const auto downloads = componentsOf(user_.home / "Downloads");
-    if (path.size() != downloads.size() + 1 || !startsWith(path, downloads)) return false;
+    auto folder = componentsOf(url);
+    if (!folder.empty()) folder.pop_back();
+    if (!isHomeFolder(folder, "downloads")) return false;
     const auto extension = url.standardized().lowercasedExtension();
     return std::find(std::begin(installerExtensions), std::end(installerExtensions), extension)
            != std::end(installerExtensions);

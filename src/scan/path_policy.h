@@ -6,6 +6,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tidwen {
@@ -40,12 +41,21 @@ class PathPolicy {
     /// A disk image or package that lies directly in the user's Downloads.
     bool isInstallerInDownloads(const Path& url) const;
 
-    /// The same rules under the other spelling of a home that is reached through a link; nothing when there
-    /// is no other.
+    /// Something in the home of another user: a folder of "/Users" that is neither the user's home nor
+    /// "Shared". Such places are never touched.
+    bool isInAnotherHome(const Path& url) const;
+
+    /// The rules for both spellings of a home that is reached through a link: they judge paths whose links
+    /// are resolved. Nothing when there is no other spelling.
     std::optional<PathPolicy> forResolvedHome(const FileSystem& files) const;
 
   private:
     using Components = std::vector<std::string>; ///< each as `fileNameKey` gives it
+
+    void addHome(const UserEnvironment& user);
+    bool isInAnotherHome(const Components& path) const;
+    /// The path is this folder of the user's home.
+    bool isHomeFolder(const Components& path, std::string_view folder) const;
 
     struct NeverTouchRule {
         Components prefix;
@@ -53,6 +63,7 @@ class PathPolicy {
     };
 
     UserEnvironment user_;
+    std::vector<Components> homes_; ///< the spellings of the user's
     std::set<Components> deniedExact_;
     std::vector<NeverTouchRule> neverTouch_;
 };

@@ -3,6 +3,7 @@
 #include "base/text.h"
 #include "scan/bundle_names.h"
 #include "scan/launch_item.h"
+#include "scan/location_scan.h"
 #include "scan/root_needed.h"
 
 #include <algorithm>
@@ -45,17 +46,17 @@ class ClosedPaths {
 
 class ReceiptProbe {
   public:
-    ReceiptProbe(const ScanContext& context, const std::vector<InstalledIdentity>& installed,
-                 TraceCollector& traces)
+    ReceiptProbe(const ScanContext& context, const std::vector<Path>& applications, TraceCollector& traces)
         : context_(context), traces_(traces) {
         closed_.add(context.matcher.target().bundleURL.standardized());
-        for (const auto& app : installed)
-            closed_.add(app.url.standardized());
+        closed_.add(context.targetPlace);
+        for (const auto& application : applications)
+            closed_.add(application);
         for (const auto& trace : traces.traces())
             if (const auto* path = movedPath(trace.action)) closed_.add(path->standardized());
     }
 
-    void judge(const Receipt& receipt, const std::optional<std::string>& contestedBy) {
+    void judge(const Receipt& receipt, const std::optional<Claimant>& contestedBy) {
         for (const auto& path : listedPaths(receipt)) {
             if (context_.stop.stopRequested() || taken_ >= mostTraces) return;
             if (!closed_.cover(path) && !context_.policy.check(path))
@@ -80,21 +81,30 @@ class ReceiptProbe {
         return paths;
     }
 
-    void judge(const Path& path, const std::string& packageID,
-               const std::optional<std::string>& contestedBy) {
+    void judge(const Path& path, const std::string& packageID, const std::optional<Claimant>& contestedBy) {
         if (isOffLimits(path)) return; // whatever the package installed there
         const auto realPath = context_.files.resolveParent(path);
         if (!realPath || closed_.cover(*realPath) || isOffLimits(*realPath)) return;
+        if (isInHome(path, *realPath) && !context_.matcher.attribute(path.lastComponent())) return;
         const auto info = context_.files.info(path);
         if (!info) return;
         if (info->kind == FileKind::directory && (!isTargetsFolder(path) || closed_.lieWithin(path))) return;
 
-        auto trace = makeTrace(path, packageID);
-        trace.contestedBy = contestedBy ? contestedBy : claimant(path);
+        const auto job = launchItem(path);
+        auto trace = makeTrace(path, packageID, job);
+        trace.contestedBy = contestedBy;
+        if (!trace.contestedBy && job) trace.contestedBy = jobClaimant(*job);
+        if (!trace.contestedBy) trace.contestedBy = claimant(path);
         if (!traces_.addFound(std::move(trace), realPath->parent())) return;
         closed_.add(path);
         closed_.add(*realPath);
         ++taken_;
+    }
+
+    bool isInHome(const Path& path, const Path& realPath) const {
+        const auto& home = context_.user.home;
+        return path.isWithinIgnoringCase(home) || realPath.isWithinIgnoringCase(home)
+               || realPath.isWithinIgnoringCase(context_.files.resolve(home).value_or(home));
     }
 
     bool isOffLimits(const Path& path) const {
@@ -109,7 +119,7 @@ class ReceiptProbe {
     }
 
     /// Another application to which one of the path's components points.
-    std::optional<std::string> claimant(const Path& path) const {
+    std::optional<Claimant> claimant(const Path& path) const {
         for (const auto& component : path.components()) {
             if (const auto own = context_.matcher.attribute(component)) {
                 if (own->contestedBy) return own->contestedBy;
@@ -121,13 +131,23 @@ class ReceiptProbe {
         return std::nullopt;
     }
 
-    Trace makeTrace(const Path& path, const std::string& packageID) const {
+    /// Who has the better claim to the job by its label, or by where its program lies.
+    std::optional<Claimant> jobClaimant(const LaunchItem& job) const {
+        if (const auto own = attributeJob(context_, job)) return own->contestedBy;
+        if (auto other = context_.matcher.others().longestContinued(lowercased(composed(job.label))))
+            return other;
+        return job.programPath ? holderOf(context_, Path(*job.programPath)) : std::nullopt;
+    }
+
+    Trace makeTrace(const Path& path, const std::string& packageID,
+                    const std::optional<LaunchItem>& job) const {
         const MatchReason reason = {MatchReason::Kind::receipt, packageID};
         const bool needsRoot = moveNeedsRoot(context_.files, context_.user, path);
-        if (const auto job = launchItem(path))
+        if (job)
             return tidwen::makeTrace(TraceCategory::launchItems,
                                      action::BootoutAndMove{job->label, path, job->isSystemDomain}, reason,
-                                     Reversibility::reversible, path.string(), std::nullopt, needsRoot);
+                                     Reversibility::reversible, path.string(), std::nullopt,
+                                     needsRoot || job->isSystemDomain);
         return tidwen::makeTrace(TraceCategory::receipts, action::MovePath{path}, reason,
                                  Reversibility::reversible, path.string(), std::nullopt, needsRoot);
     }
@@ -152,8 +172,8 @@ class ReceiptProbe {
 } // namespace
 
 void probeReceipts(const ScanContext& context, const Receipts& receipts,
-                   const std::vector<InstalledIdentity>& installed, TraceCollector& traces) {
-    ReceiptProbe probe(context, installed, traces);
+                   const std::vector<Path>& applications, TraceCollector& traces) {
+    ReceiptProbe probe(context, applications, traces);
     for (const auto& packageID : receipts.packageIDs()) {
         if (context.stop.stopRequested()) return;
         const auto found = context.matcher.attributeIdentifier(packageID);

@@ -24,12 +24,23 @@ bool isWhereItSays(const Path& bundle, const Path& place, const Path& home, cons
 }
 
 bool isProtected(const Path& place, const FileSystem& files, const PathPolicy& policy) {
-    if (policy.check(place)) return true;
     const auto resolvedHome = policy.forResolvedHome(files);
-    return resolvedHome && resolvedHome->check(place);
+    return (resolvedHome ? *resolvedHome : policy).check(place).has_value();
 }
 
 } // namespace
+
+std::string_view name(ImmovableApplication::Reason reason) {
+    switch (reason) {
+    case Reason::reachedThroughLink:
+        return "reachedThroughLink";
+    case Reason::protectedPlace:
+        return "protectedPlace";
+    case Reason::noRights:
+        return "noRights";
+    }
+    return {};
+}
 
 Message ImmovableApplication::describe(const AppTarget& target) const {
     const auto* key = reason == Reason::reachedThroughLink ? "error.reachedThroughLink %@ %@"

@@ -6,6 +6,7 @@
 #include "scan/path_policy.h"
 
 #include <optional>
+#include <string_view>
 
 namespace tidwen {
 
@@ -23,6 +24,9 @@ struct ImmovableApplication {
     Message describe(const AppTarget& target) const;
     friend bool operator==(const ImmovableApplication&, const ImmovableApplication&) = default;
 };
+
+/// As it stands in JSON: "reachedThroughLink" and so on.
+std::string_view name(ImmovableApplication::Reason reason);
 
 /// Who can be asked for what this process may not move itself.
 enum class MoveRights { own, administrator };

@@ -1,6 +1,8 @@
 #include "scan/residue_matcher.h"
 
 #include "base/text.h"
+#include "scan/group_name.h"
+#include "scan/identifier_form.h"
 #include "scan/shared_names.h"
 
 #include <algorithm>
@@ -116,33 +118,13 @@ bool hasCanonicalForm(std::string_view text, std::string_view canonical) {
     return matched == canonical.size();
 }
 
-/// The canonical form when it is distinctive enough to find things by, else nothing.
+/// The canonical form when it is distinctive enough to find things by, else nothing. What macOS or everybody
+/// calls a folder is not, nor is an identifier that a bundle gives as its name: that is somebody else's.
 std::string distinctive(std::string_view name) {
     auto canonical = canonicalForm(name);
-    return characterCount(canonical) < shortestName || contains(genericNames, canonical) ? std::string()
-                                                                                         : canonical;
-}
-
-/// A group in lower case, and the same without the team prefix ("ABCDE12345.") when it has one.
-struct GroupName {
-    std::string lowercased;
-    std::string withoutTeam;
-};
-
-GroupName groupName(std::string_view group, bool isLowercased = false) {
-    constexpr std::size_t teamLength = 10;
-    const auto team = group.substr(0, teamLength);
-    const char firstLetter = isLowercased ? 'a' : 'A';
-    const bool hasTeam = group.size() > teamLength && group[teamLength] == '.'
-                         && std::all_of(team.begin(), team.end(), [&](char c) {
-                                return isDigit(c) || (c >= firstLetter && c < firstLetter + 26);
-                            });
-    return {folded(group), folded(hasTeam ? group.substr(teamLength + 1) : group)};
-}
-
-/// Equal as they stand, or when one of them alone loses its team prefix: two different teams stay two.
-bool operator==(const GroupName& a, const GroupName& b) {
-    return a.lowercased == b.lowercased || a.withoutTeam == b.lowercased || a.lowercased == b.withoutTeam;
+    const bool saysTooLittle = characterCount(canonical) < shortestName || contains(genericNames, canonical)
+                               || isCommonName(canonical) || isIdentifier(name);
+    return saysTooLittle ? std::string() : canonical;
 }
 
 } // namespace
@@ -159,8 +141,7 @@ std::string_view withoutWrappingExtension(std::string_view candidate) {
 }
 
 ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
-                               const std::vector<std::string>& helperBundleIDs,
-                               const std::map<std::string, std::string>& sharedGroups)
+                               const std::vector<std::string>& helperBundleIDs)
     : target_(std::move(target)),
       others_(std::move(others)),
       identifier_(folded(target_.bundleID)),
@@ -169,18 +150,14 @@ ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
       canonicalExecutable_(distinctive(target_.executableName.value_or(""))),
       vendor_(vendorPiece(identifier_)) {
     isApples_ = identifier_.starts_with(applePrefix);
-    nameIsCommon_ = isCommonName(canonicalName_);
-    if (isCommonName(canonicalExecutable_)) canonicalExecutable_.clear();
-    if (const auto word = canonicalForm(identifier_); componentCount(identifier_) == 1)
-        identifierSaysNothing_ = isCommonName(word) || contains(genericNames, word);
     isTidwen_ = identifier_ == tidwenBundleID;
+    if (!isIdentifier(identifier_)) identifier_.clear();
     identifierIsLong_ = componentCount(identifier_) >= dottedFormComponents;
 
     std::vector<std::string> helpers;
     for (const auto& declared : helperBundleIDs) {
         auto lower = folded(declared);
-        // One word ("helper") says too little to be anybody's own.
-        if (componentCount(lower) < 2 || others_.hasIdentifier(lower) || isCommonIdentifier(lower)
+        if (!isIdentifier(lower) || others_.hasIdentifier(lower) || isCommonIdentifier(lower)
             || isGuarded(lower))
             continue;
         declaredHelpers_.emplace_back(lower, declared);
@@ -189,20 +166,15 @@ ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
     std::sort(declaredHelpers_.begin(), declaredHelpers_.end());
     helpers_ = IdentifierIndex(std::move(helpers));
 
-    for (const auto& declared : target_.appGroups) {
-        const auto name = groupName(declared);
-        if (declared.empty() || isGuarded(name.lowercased)) continue;
-        const auto other = std::find_if(sharedGroups.begin(), sharedGroups.end(), [&](const auto& each) {
-            return name == groupName(each.first, true);
-        });
-        groups_.push_back(
-            {declared, other == sharedGroups.end() ? std::nullopt : std::optional(other->second)});
-    }
+    for (const auto& declared : target_.appGroups)
+        if (!declared.empty() && !isGuarded(folded(declared))) groups_.push_back(declared);
 }
 
 bool ResidueMatcher::isGuarded(std::string_view lowercased) const {
     return (!isApples_ && isApplesIdentifier(lowercased))
-           || (!isTidwen_ && lowercased.starts_with(tidwenBundleID));
+           || (!isTidwen_
+               && (lowercased.starts_with(tidwenBundleID)
+                   || withoutGroupPrefixes(lowercased).starts_with(tidwenBundleID)));
 }
 
 bool ResidueMatcher::isOffLimits(std::string_view candidate) const {
@@ -213,13 +185,17 @@ std::optional<MatchReason> ResidueMatcher::matchIdentifier(std::string_view cand
     const FoldedName name(candidate);
     if (isGuarded(name.view())) return std::nullopt;
     const auto lower = withoutWrappingExtension(name.view());
-    if ((lower == identifier_ && !identifierSaysNothing_)
-        || (identifierIsLong_ && hasDottedForm(lower, identifier_)))
-        return MatchReason{Kind::exactBundleID, target_.bundleID};
+    if (isOwnIdentifier(lower)) return MatchReason{Kind::exactBundleID, target_.bundleID};
     if (const auto* helper = helperIn(lower)) return MatchReason{Kind::exactBundleID, *helper};
     if (others_.claims(lower)) return std::nullopt;
     if (matchesName(lower)) return MatchReason{Kind::nameToken, target_.name};
     return std::nullopt;
+}
+
+/// The target's identifier, or one that holds it in a dotted form.
+bool ResidueMatcher::isOwnIdentifier(std::string_view lowercased) const {
+    return !identifier_.empty()
+           && (lowercased == identifier_ || (identifierIsLong_ && hasDottedForm(lowercased, identifier_)));
 }
 
 std::optional<MatchReason> ResidueMatcher::matchExecutable(std::string_view candidate) const {
@@ -232,34 +208,36 @@ std::optional<MatchReason> ResidueMatcher::matchExecutable(std::string_view cand
 }
 
 std::optional<MatchReason> ResidueMatcher::matchAppGroup(std::string_view candidate) const {
-    const auto name = groupName(candidate);
+    if (groups_.empty()) return std::nullopt;
+    const auto name = GroupName::of(candidate);
     if (isGuarded(name.lowercased)) return std::nullopt;
-    for (const auto& group : groups_)
-        if (name == groupName(group.declared))
-            return MatchReason{group.sharedWith ? Kind::sharedAppGroup : Kind::appGroup, group.declared};
+    for (const auto& declared : groups_)
+        if (name == GroupName::of(declared))
+            return MatchReason{others_.declaringGroup(declared) ? Kind::sharedAppGroup : Kind::appGroup,
+                               declared};
     return std::nullopt;
 }
 
-std::optional<std::string> ResidueMatcher::contestedBy(std::string_view candidate,
-                                                       const MatchReason& reason) const {
-    if (reason.kind == Kind::sharedAppGroup) {
-        const auto group = std::find_if(groups_.begin(), groups_.end(),
-                                        [&](const Group& each) { return each.declared == reason.value; });
-        return group->sharedWith;
-    }
-    if (reason.kind == Kind::appGroup || reason.kind == Kind::declaredTarget) return std::nullopt;
-    if (others_.hasCopyOfTarget()) return target_.bundleID;
+std::optional<Claimant> ResidueMatcher::contestedBy(std::string_view candidate,
+                                                    const MatchReason& reason) const {
+    if (reason.kind == Kind::sharedAppGroup) return others_.declaringGroup(reason.value);
+    if (reason.kind == Kind::declaredTarget) return std::nullopt;
+    if (others_.copyOfTarget()) return others_.copyOfTarget();
+    if (reason.kind == Kind::appGroup) return std::nullopt;
 
     // An identifier claims more than any name; among those of applications the longer one knows better. A
     // helper may bear a name that continues another application's: it is the other's to claim.
     const auto lower = folded(withoutWrappingExtension(candidate));
-    const bool isOwn = reason.kind == Kind::exactBundleID && hasDottedForm(lower, identifier_);
-    const auto matched = isOwn ? identifier_.size() : 0;
-    if (auto other = others_.longestContinued(lower); other && folded(*other).size() > matched) return other;
-    if (reason.kind == Kind::exactBundleID) return std::nullopt;
     const auto canonical = canonicalForm(lower);
-    auto namesake = others_.named(canonical);
-    return namesake ? namesake : others_.ofVendor(canonical);
+    const bool isExact = reason.kind == Kind::exactBundleID;
+    const bool isOwn = isExact && isOwnIdentifier(lower);
+    const auto matched = isOwn ? identifier_.size() : 0;
+    if (auto other = others_.longestContinued(lower); other && folded(other->bundleID).size() > matched)
+        return other;
+    // Somebody's data may be called by his name, whatever form that has.
+    if (auto namesake = others_.named(canonical)) return namesake;
+    if (isExact) return isOwn ? std::nullopt : others_.embedding(folded(reason.value));
+    return others_.ofVendor(canonical);
 }
 
 std::optional<Attribution> ResidueMatcher::withContest(std::string_view candidate,
@@ -279,8 +257,10 @@ std::optional<Attribution> ResidueMatcher::attribute(std::string_view candidate)
 }
 
 std::optional<Attribution> ResidueMatcher::attributeGroup(std::string_view candidate) const {
-    auto found = withContest(candidate, matchAppGroup(candidate));
-    return found ? found : attribute(candidate);
+    if (auto found = withContest(candidate, matchAppGroup(candidate))) return found;
+    auto found = attribute(candidate);
+    if (found && !found->contestedBy) found->contestedBy = others_.declaringGroup(candidate);
+    return found;
 }
 
 /// As declared, the helper identifier that the candidate equals or holds in a dotted form.
@@ -302,7 +282,7 @@ const std::string* ResidueMatcher::helperIn(std::string_view lowercased) const {
 }
 
 bool ResidueMatcher::matchesName(std::string_view lowercased) const {
-    if (canonicalName_.empty() || nameIsCommon_) return false;
+    if (canonicalName_.empty()) return false;
     if (hasCanonicalForm(lowercased, canonicalName_)) return true;
     if (!lowercased.starts_with(lowercasedName_)) return false;
     const auto rest = lowercased.substr(lowercasedName_.size());

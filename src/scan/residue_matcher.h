@@ -5,7 +5,6 @@
 #include "scan/other_applications.h"
 #include "scan/trace.h"
 
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,7 +16,7 @@ namespace tidwen {
 /// Why a candidate is the target's, and who else has as good a claim to it.
 struct Attribution {
     MatchReason reason;
-    std::optional<std::string> contestedBy; ///< as in `Trace`
+    std::optional<Claimant> contestedBy = {}; ///< as in `Trace`
 };
 
 /// Decides whether a name found somewhere belongs to one application, and why. Conservative: identifiers
@@ -25,12 +24,10 @@ struct Attribution {
 /// installed application's. A pure value; may be used from any thread.
 class ResidueMatcher {
   public:
-    /// `helperBundleIDs` count as the target's own; those of another installed application are dropped here.
-    /// `sharedGroups`: lower-cased application groups that other installed applications declare too, each
-    /// with the identifier of one that does.
+    /// `helperBundleIDs` count as the target's own; those that are no identifiers, or another installed
+    /// application's own, are dropped here.
     ResidueMatcher(AppTarget target, OtherApplications others,
-                   const std::vector<std::string>& helperBundleIDs,
-                   const std::map<std::string, std::string>& sharedGroups);
+                   const std::vector<std::string>& helperBundleIDs);
 
     /// The identifier rules, and as their last step the rule on the target's name.
     std::optional<MatchReason> matchIdentifier(std::string_view candidate) const;
@@ -38,21 +35,23 @@ class ResidueMatcher {
     /// Groups compare with and without a leading team prefix ("ABCDE12345.").
     std::optional<MatchReason> matchAppGroup(std::string_view candidate) const;
 
-    /// Another installed application that claims the candidate at least as strongly as the target does by
-    /// `reason`: its identifier, or the application group that it declares too.
-    std::optional<std::string> contestedBy(std::string_view candidate, const MatchReason& reason) const;
+    /// Another bundle that claims the candidate at least as strongly as the target does by `reason`: by its
+    /// identifier or name, the helper that it embeds too, or the group that it declares too.
+    std::optional<Claimant> contestedBy(std::string_view candidate, const MatchReason& reason) const;
 
     // The same with who contests it.
     std::optional<Attribution> attributeIdentifier(std::string_view candidate) const;
     /// By identifier, else by executable.
     std::optional<Attribution> attribute(std::string_view candidate) const;
-    /// By application group, else as above.
+    /// For the name of a group's folder: by application group, else as above. However it was found, it is
+    /// contested by another bundle that declares the group.
     std::optional<Attribution> attributeGroup(std::string_view candidate) const;
 
     /// Apple's or this program's own: never the target's, whatever else speaks for it.
     bool isOffLimits(std::string_view candidate) const;
 
-    /// The target's name is too short or too common to find anything by.
+    /// The target's name is too short or too common to find anything by, or has the form of an identifier,
+    /// which it may not claim.
     bool nameMatchingDisabled() const { return canonicalName_.empty(); }
 
     /// The vendor piece of the target's identifier in canonical form ("example" of "com.example.app"); empty
@@ -63,14 +62,10 @@ class ResidueMatcher {
     const OtherApplications& others() const { return others_; }
 
   private:
-    struct Group {
-        std::string declared;
-        std::optional<std::string> sharedWith = {}; ///< identifier of another application
-    };
-
     std::optional<Attribution> withContest(std::string_view candidate,
                                            std::optional<MatchReason> reason) const;
     bool isGuarded(std::string_view lowercased) const;
+    bool isOwnIdentifier(std::string_view lowercased) const;
     const std::string* helperIn(std::string_view lowercased) const;
     bool matchesName(std::string_view lowercased) const;
 
@@ -78,15 +73,13 @@ class ResidueMatcher {
     OtherApplications others_;
     bool isApples_ = false;
     bool isTidwen_ = false;
-    std::string identifier_;             ///< lower-cased
-    bool identifierIsLong_ = false;      ///< enough components for the dotted forms
-    bool identifierSaysNothing_ = false; ///< one word that others bear too
-    IdentifierIndex helpers_;            ///< lower-cased
+    std::string identifier_;        ///< lower-cased; empty when the target's is none
+    bool identifierIsLong_ = false; ///< enough components for the dotted forms
+    IdentifierIndex helpers_;       ///< lower-cased
     std::vector<std::pair<std::string, std::string>> declaredHelpers_; ///< lower-cased → as declared, sorted
-    std::vector<Group> groups_;
+    std::vector<std::string> groups_;                                  ///< as declared
     std::string lowercasedName_;
     std::string canonicalName_;       ///< empty when names must not be matched
-    bool nameIsCommon_ = false;       ///< of folders that macOS or everybody has
     std::string canonicalExecutable_; ///< empty likewise
     std::string vendor_;
 };

@@ -5,28 +5,30 @@
 #include "platform/budgeted_sources.h"
 #include "scan/bundle.h"
 #include "scan/location_scan.h"
+#include "scan/path_policy.h"
 #include "scan/receipt_probe.h"
 #include "scan/root_needed.h"
+#include "scan/search_location.h"
 #include "scan/side_probes.h"
+#include "scan/staying_bundles.h"
 
 #include <algorithm>
 #include <fmt/core.h>
+#include <set>
 
 namespace tidwen {
 
 namespace {
 
-/// The installed applications without the target's own bundle, under whatever spelling or link it was chosen.
-std::vector<InstalledIdentity>
-withoutTarget(const FileSystem& files, std::vector<InstalledIdentity> installed, const AppTarget& target) {
-    const auto own = files.infoFollowingLinks(target.bundleURL);
-    const auto identifier = lowercased(composed(target.bundleID));
-    std::erase_if(installed, [&](const InstalledIdentity& app) {
-        if (!own || lowercased(composed(app.bundleID)) != identifier) return false;
-        const auto info = files.infoFollowingLinks(app.url);
-        return info && info->device == own->device && info->inode == own->inode;
-    });
-    return installed;
+/// Where the applications lie that go: the target, and those of `together` that can be removed.
+std::set<Path> leavingPlaces(const FileSystem& files, const AppTarget& target,
+                             const std::vector<AppTarget>& together,
+                             const std::function<bool(const AppTarget&)>& isRemovable) {
+    std::set<Path> places = {files.resolve(target.bundleURL).value_or(target.bundleURL.standardized())};
+    for (const auto& other : together)
+        if (other.bundleURL != target.bundleURL && isRemovable(other))
+            places.insert(files.resolve(other.bundleURL).value_or(other.bundleURL.standardized()));
+    return places;
 }
 
 /// Login items, the bundles inside the bundle, and the labels of its launchd jobs; each once.
@@ -59,7 +61,7 @@ Trace permissionTrace(const ResidueMatcher& matcher) {
     trace.risk = TraceRisk::review;
     // The databases name the identifier, so a copy of the application elsewhere would lose its permissions
     // too.
-    if (matcher.others().hasCopyOfTarget()) trace.contestedBy = bundleID;
+    trace.contestedBy = matcher.others().copyOfTarget();
     return trace;
 }
 
@@ -68,8 +70,9 @@ Trace permissionTrace(const ResidueMatcher& matcher) {
 void addEmbeddedJobs(const ResidueMatcher& matcher, TraceCollector& traces) {
     for (const auto& job : matcher.target().embeddedLaunchdItems) {
         if (matcher.isOffLimits(job.label)) continue;
-        auto trace = makeTrace(TraceCategory::launchItems, action::Bootout{job.label, job.isSystemDomain}, {},
-                               Reversibility::reversible, job.label, std::nullopt, job.isSystemDomain);
+        auto trace = makeTrace(TraceCategory::launchItems, action::Bootout{job.label, job.isSystemDomain},
+                               {.evidence = MatchReason::Evidence::embedded}, Reversibility::reversible,
+                               job.label, std::nullopt, job.isSystemDomain);
         const auto own = matcher.attributeIdentifier(job.label);
         trace.contestedBy =
             own ? own->contestedBy : matcher.others().longestContinued(lowercased(composed(job.label)));
@@ -77,28 +80,26 @@ void addEmbeddedJobs(const ResidueMatcher& matcher, TraceCollector& traces) {
     }
 }
 
-/// Groups that others declare too. To learn them every signature on the Mac is read, so they are asked for
-/// only when a folder's reason depends on the answer.
-std::map<std::string, std::string> sharedGroups(const ResidueScanner::Neighbours& neighbours,
-                                                const FileSystem& files, const UserEnvironment& user,
-                                                const AppTarget& target, const StopToken& stop) {
-    if (target.appGroups.empty() || !neighbours.groupsOfOthers || stop.stopRequested()) return {};
-    const auto folders = files.list(user.libraryFolder() / "Group Containers");
-    if (!folders) return {};
-    const ResidueMatcher matcher(target, {}, {}, {});
-    const bool matters = std::any_of(folders->begin(), folders->end(), [&](const DirectoryEntry& folder) {
-        return matcher.matchAppGroup(folder.name).has_value();
-    });
-    if (!matters) return {};
-    return neighbours.groupsOfOthers(target.bundleURL);
+/// What other bundles own is only known where they were looked for.
+void logCoverage(const BundleCoverage& coverage, Log& log) {
+    for (const auto& folder : coverage.unreadable)
+        log.warning("Folder of applications cannot be read: {}", printable(folder.string()));
+    for (const auto& folder : coverage.uncounted)
+        log.warning("Folder of applications holds more than is counted: {}", printable(folder.string()));
+    for (const auto& bundle : coverage.damaged)
+        log.warning("Bundle does not say whose it is: {}", printable(bundle.string()));
 }
 
 } // namespace
 
-ResidueScanner::ResidueScanner(Ports ports, UserEnvironment user, Neighbours neighbours)
-    : ports_(ports), user_(std::move(user)), neighbours_(std::move(neighbours)) {}
+ResidueScanner::ResidueScanner(Ports ports, UserEnvironment user,
+                               std::shared_ptr<const BundleSnapshot> bundles, MoveRights rights)
+    : ports_(ports), user_(std::move(user)), bundles_(std::move(bundles)), rights_(rights) {
+    if (bundles_) logCoverage(bundles_->coverage(), ports_.log);
+}
 
-ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, const Progress& progress) {
+ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, const Progress& progress,
+                                const std::vector<AppTarget>& together) {
     const std::lock_guard lock(oneAtATime_);
     auto report = [&, last = std::optional<TraceCategory>()](TraceCategory category) mutable {
         if (progress && last != category)
@@ -106,24 +107,33 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
         last = category;
     };
 
+    const PathPolicy textPolicy(user_);
+    const auto resolvedPolicy = textPolicy.forResolvedHome(ports_.files);
+    const PathPolicy& policy = resolvedPolicy ? *resolvedPolicy : textPolicy;
+    const auto whyImmovable = [&](const AppTarget& each) {
+        return whyNotRemovable(each, ports_.files, policy, user_, rights_);
+    };
     ScanResult result;
     result.target = target;
     const BudgetedFiles files(ports_.files);
     const BudgetedReceipts receipts(ports_.receipts, files.budget());
+    result.immovable = whyImmovable(target);
+    if (bundles_) result.owners = bundles_->coverage();
 
     // First of all, so that the bundle is measured while everything else is searched.
-    const PathPolicy policy(user_);
     TraceCollector traces(files, policy, stop, ports_.log);
     if (!isValidUtf8(target.bundleURL.string()))
         traces.skip(target.bundleURL);
     else if (!isInTrash(target.bundleURL.standardized(), user_.trash().standardized()))
         traces.add(applicationTrace(files, user_, target));
 
-    const auto installed = withoutTarget(files, neighbours_.installed, target);
-    const ResidueMatcher matcher(target, OtherApplications(installed, target.bundleURL, target.bundleID),
-                                 helperBundleIDs(files, target, stop),
-                                 sharedGroups(neighbours_, files, user_, target, stop));
-    const ScanContext context = {files, user_, policy, matcher, stop, ports_.log};
+    const auto leaving = leavingPlaces(files, target, together,
+                                       [&](const AppTarget& other) { return !whyImmovable(other); });
+    const auto helpers = helperBundleIDs(files, target, stop);
+    const ResidueMatcher matcher(target, stayingBundles(bundles_, target, helpers, leaving, user_, stop),
+                                 helpers);
+    const Path targetPlace = files.resolve(target.bundleURL).value_or(target.bundleURL.standardized());
+    const ScanContext context = {files, user_, policy, matcher, targetPlace, stop, ports_.log};
     traces.add(permissionTrace(matcher));
     for (const auto& location : searchLocations(user_)) {
         if (stop.stopRequested()) break;
@@ -133,7 +143,8 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     }
     addEmbeddedJobs(matcher, traces);
     report(TraceCategory::receipts);
-    probeReceipts(context, receipts, installed, traces);
+    probeReceipts(context, receipts, bundles_ ? placesOfApplications(*bundles_, user_) : std::vector<Path>(),
+                  traces);
     report(TraceCategory::keychain);
     if (!stop.stopRequested()) probeKeychain(context, ports_.keychain, ports_.texts, traces);
     report(TraceCategory::systemExtensions);

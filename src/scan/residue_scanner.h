@@ -8,14 +8,14 @@
 #include "platform/receipts.h"
 #include "platform/system_extensions.h"
 #include "platform/user_environment.h"
-#include "scan/other_applications.h"
-#include "scan/residue_matcher.h"
+#include "scan/applications/installed_bundles.h"
+#include "scan/removability.h"
 #include "scan/scan_result.h"
 #include "scan/search_location.h"
 #include "scan/size_measurer.h"
 
 #include <functional>
-#include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -35,25 +35,23 @@ class ResidueScanner {
         Log& log;
     };
 
-    /// The other installed applications, for attribution.
-    struct Neighbours {
-        std::vector<InstalledIdentity> installed;
-        /// Lower-cased application groups that applications other than the given bundle declare, each with
-        /// the identifier of one that does. Asked at
-        /// most once per scan, and only when the target declares groups.
-        std::function<std::map<std::string, std::string>(const Path& target)> groupsOfOthers;
-    };
-
     using Progress = std::function<void(const std::string& phase)>; ///< a localised category title
 
-    ResidueScanner(Ports ports, UserEnvironment user, Neighbours neighbours);
+    /// `bundles`: everything on this Mac that may own data; nothing when nobody else is to be considered.
+    /// `rights`: who moves what this process may not.
+    ResidueScanner(Ports ports, UserEnvironment user, std::shared_ptr<const BundleSnapshot> bundles,
+                   MoveRights rights = MoveRights::administrator);
 
-    ScanResult scan(const AppTarget& target, const StopToken& stop = {}, const Progress& progress = {});
+    /// `together`: the applications that are to be removed in the same run, the target among them or not.
+    /// They claim nothing from one another, unless they cannot be removed.
+    ScanResult scan(const AppTarget& target, const StopToken& stop = {}, const Progress& progress = {},
+                    const std::vector<AppTarget>& together = {});
 
   private:
     Ports ports_;
     UserEnvironment user_;
-    Neighbours neighbours_;
+    std::shared_ptr<const BundleSnapshot> bundles_;
+    MoveRights rights_;
     std::mutex oneAtATime_;
 };
 

@@ -15,6 +15,7 @@ struct ScanContext {
     const UserEnvironment& user;
     const PathPolicy& policy;
     const ResidueMatcher& matcher;
+    const Path& targetPlace; ///< where the target's bundle really lies
     const StopToken& stop;
     Log& log;
 };

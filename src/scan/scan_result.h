@@ -1,10 +1,13 @@
 #pragma once
 
 #include "scan/app_target.h"
+#include "scan/applications/installed_bundles.h"
 #include "scan/permission_audit.h"
+#include "scan/removability.h"
 #include "scan/trace.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace tidwen {
@@ -16,6 +19,9 @@ struct ScanResult {
     std::vector<Path> unreadableLocations; ///< folders that could not be listed: the scan is incomplete
     std::vector<Path> skippedNames;        ///< finds that cannot be moved: their names are not valid UTF-8
     std::uint64_t leftOut = 0; ///< files and folders not read, because the disk holds too much to read
+    /// Why the application itself cannot be removed from where it lies; its data can be found all the same.
+    std::optional<ImmovableApplication> immovable = {};
+    BundleCoverage owners = {};          ///< where other owners may lie that the attribution does not know
     bool nameMatchingDisabled = false;   ///< the name is too common or short to find anything by
     PermissionAudit::Result permissions; ///< read again after a removal
 };

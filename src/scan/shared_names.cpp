@@ -82,17 +82,18 @@ std::string_view withoutTeam(std::string_view identifier) {
 
 } // namespace
 
-bool isApplesIdentifier(std::string_view identifier) {
-    auto bare = withoutTeam(identifier);
+std::string_view withoutGroupPrefixes(std::string_view lowercased) {
+    const auto bare = withoutTeam(lowercased);
     for (const std::string_view mark : {"group.", "groups.", "systemgroup."})
-        if (bare.starts_with(mark)) {
-            bare.remove_prefix(mark.size());
-            break;
-        }
-    const auto continuesBare = [&](std::string_view beginning) { return continues(bare, beginning); };
-    return continuesBare("com.apple") || continues(identifier, "com.apple")
+        if (bare.starts_with(mark)) return bare.substr(mark.size());
+    return bare;
+}
+
+bool isApplesIdentifier(std::string_view identifier) {
+    const auto bare = withoutGroupPrefixes(identifier);
+    return continues(bare, "com.apple") || continues(identifier, "com.apple")
            || std::any_of(std::begin(applesOtherIdentifiers), std::end(applesOtherIdentifiers),
-                          continuesBare);
+                          [&](std::string_view other) { return continues(bare, other); });
 }
 
 bool isCommonIdentifier(std::string_view identifier) {

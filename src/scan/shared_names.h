@@ -10,6 +10,9 @@ namespace tidwen {
 /// ("is.workflow.shortcuts"). `identifier` is in lower case.
 bool isApplesIdentifier(std::string_view identifier);
 
+/// A group's name (lower-cased) without team prefix and "group.".
+std::string_view withoutGroupPrefixes(std::string_view lowercased);
+
 /// Parts that many applications carry (updaters, crash reporters, runtimes): a find with such an identifier
 /// does not say whose it is. `identifier` is in lower case.
 bool isCommonIdentifier(std::string_view identifier);

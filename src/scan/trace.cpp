@@ -102,6 +102,22 @@ std::string_view name(MatchReason::Kind kind) {
     return {};
 }
 
+std::string_view name(MatchReason::Evidence evidence) {
+    switch (evidence) {
+    case MatchReason::Evidence::itsName:
+        return "name";
+    case MatchReason::Evidence::record:
+        return "record";
+    case MatchReason::Evidence::label:
+        return "label";
+    case MatchReason::Evidence::program:
+        return "program";
+    case MatchReason::Evidence::embedded:
+        return "embedded";
+    }
+    return {};
+}
+
 std::string_view name(Reversibility reversibility) {
     switch (reversibility) {
     case Reversibility::reversible:

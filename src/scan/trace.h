@@ -90,8 +90,18 @@ struct MatchReason {
         executableName,
         declaredTarget, ///< the application itself declares it: its bundle, its embedded jobs
     };
+    /// Where the identifier or name was read; it chooses the words, nothing else.
+    enum class Evidence {
+        itsName,
+        record,   ///< in the container's record
+        label,    ///< the job's label
+        program,  ///< in the path of the job's program
+        embedded, ///< the job, or its program, lies in the application's bundle
+    };
     Kind kind = Kind::declaredTarget;
-    std::string value; ///< the identifier, package, group or name that matched; empty for `declaredTarget`
+    std::string value =
+        {}; ///< the identifier, package, group or name that matched; empty for `declaredTarget`
+    Evidence evidence = Evidence::itsName;
     friend bool operator==(const MatchReason&, const MatchReason&) = default;
 };
 
@@ -104,6 +114,14 @@ enum class Reversibility {
 
 enum class TraceRisk { safe, review, sensitive };
 
+/// Another bundle on this Mac that claims an item.
+struct Claimant {
+    std::string bundleID; ///< as declared
+    std::string name;     ///< what people call it
+    Path place;           ///< where it lies
+    friend bool operator==(const Claimant&, const Claimant&) = default;
+};
+
 /// One leftover of an application.
 struct Trace {
     Uuid id = Uuid::random(); ///< fresh for every trace of every scan
@@ -115,9 +133,9 @@ struct Trace {
     std::optional<std::int64_t> sizeBytes; ///< allocated on disk; absent for what is no file
     bool requiresRoot = false;
     TraceRisk risk = TraceRisk::review; ///< set by `makeTrace`
-    /// The identifier of another installed application that claims the same name at least as strongly.
-    /// Such a trace is shown and never taken by default.
-    std::optional<std::string> contestedBy;
+    /// Another bundle, a second copy of the application included, that stays and has at least as strong a
+    /// claim. Such a trace is shown and never taken by default.
+    std::optional<Claimant> contestedBy;
 
     friend bool operator==(const Trace&, const Trace&) = default;
 };
@@ -135,6 +153,7 @@ const Path* movedPath(const TraceAction& action);
 // Names as they stand in JSON and in localisation keys ("supportFiles", "exactBundleID").
 std::string_view name(TraceCategory category);
 std::string_view name(MatchReason::Kind kind);
+std::string_view name(MatchReason::Evidence evidence);
 std::string_view name(Reversibility reversibility);
 std::string_view name(TraceRisk risk);
 std::string_view name(SettingsPane pane);

@@ -20,7 +20,11 @@ bool TraceCollector::addFound(Trace trace, const Path& realParent) {
         return false;
     }
     if (isCovered(path) || policy_.check(path)) return false;
-    if (realParent != path.parent() && policy_.check(realParent / path.lastComponent())) return false;
+    const Path realPath = realParent / path.lastComponent();
+    if (realPath != path) {
+        if (isCovered(realPath) || policy_.check(realPath)) return false;
+        paths_.insert(realPath.string());
+    }
     add(std::move(trace));
     return true;
 }

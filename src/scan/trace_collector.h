@@ -44,7 +44,7 @@ class TraceCollector {
     std::vector<Trace> traces_;
     std::vector<Path> skippedNames_;
     std::vector<std::size_t> measured_;        ///< which of the traces
-    std::set<std::string, std::less<>> paths_; ///< theirs
+    std::set<std::string, std::less<>> paths_; ///< theirs, also without links
 };
 
 } // namespace tidwen

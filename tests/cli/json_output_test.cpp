@@ -56,9 +56,11 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
                      .embeddedLaunchdItems = {{"l", Path("/p.plist"), true, std::nullopt}}};
     auto trace = traceOf(action::MovePath{Path("/a")});
     trace.sizeBytes = 7;
-    trace.contestedBy = "com.example.b";
+    trace.contestedBy = Claimant{"com.example.b", "B", Path("/Applications/B.app")};
     result.traces = {trace};
     result.unreadableLocations = {Path("/Library/Caches")};
+    result.owners.unreadable = {Path("/Users/bob/Applications")};
+    result.immovable = {ImmovableApplication::Reason::protectedPlace, Path("/Users/alice/Downloads/A.app")};
     result.permissions = {.grants = {{"kTCCServiceCamera", {PermissionGrant::State::Kind::unknown, 4}}},
                           .unreadable = {PermissionGrant::Scope::system}};
     EXPECT_EQ(parsed(json::document(std::vector{result})), Json::parse(R"([{
@@ -68,8 +70,10 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
         "traces": [{"id": ")" + trace.id.string() + R"(", "category": "launchItems",
                     "action": {"kind": "movePath", "url": "/a"}, "reason": {"kind": "declaredTarget"},
                     "reversibility": "reversible", "displayName": "x", "sizeBytes": 7, "requiresRoot": false,
-                    "risk": "safe", "contestedBy": "com.example.b"}],
+                    "risk": "safe", "contestedBy": "com.example.b", "contestedByPlace": "/Applications/B.app"}],
         "unreadableLocations": ["/Library/Caches"],
+        "unknownOwners": {"unreadable": ["/Users/bob/Applications"], "uncounted": [], "damaged": []},
+        "immovable": {"reason": "protectedPlace", "place": "/Users/alice/Downloads/A.app"},
         "nameMatchingDisabled": false,
         "permissions": {"grants": [{"service": "kTCCServiceCamera", "state": {"kind": "unknown", "value": 4},
                                     "scope": "user", "isPathClient": false}],

@@ -15,7 +15,7 @@ Trace file(const char* path, MatchReason::Kind reason = MatchReason::Kind::exact
 
 Trace contested(const char* path) {
     auto trace = file(path);
-    trace.contestedBy = "com.example.other";
+    trace.contestedBy = Claimant{"com.example.other", "Other", Path("/Applications/Other.app")};
     return trace;
 }
 

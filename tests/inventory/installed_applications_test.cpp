@@ -8,12 +8,8 @@ namespace {
 
 using test::writeBundle;
 
-/// Every application declares a group of its own and one that all share.
-class GroupPerBundle : public CodeSignatures {
-  public:
-    CodeSignature read(const Path& bundle, const Path&) const override {
-        return {std::nullopt, {"TEAM." + bundle.stem(), "group.all"}};
-    }
+struct NoSignatures : CodeSignatures {
+    CodeSignature read(const Path&, const Path&) const override { return {}; }
 };
 
 class Inventory : public testing::Test {
@@ -39,7 +35,7 @@ class Inventory : public testing::Test {
     std::vector<Path> bundles() const { return findApplicationBundles(volume.files(), test::alice()); }
 
     test::TemporaryVolume volume;
-    const GroupPerBundle signatures;
+    const NoSignatures signatures;
 };
 
 TEST_F(Inventory, ListsBundlesButNothingInsideThem) {
@@ -49,15 +45,11 @@ TEST_F(Inventory, ListsBundlesButNothingInsideThem) {
                             Path("/Applications/Élan.app"), Path("/Users/alice/Applications/Own.app")));
     EXPECT_THAT(eachOf(readIdentities(volume.files(), bundles()), &InstalledIdentity::name),
                 ElementsAre("Deep 10", "apple.Tool", "Zebra", "élan", "Deep 9"));
+    const auto seen = InstalledBundles(volume.files(), signatures, test::alice()).look();
+    EXPECT_EQ(eachOf(identitiesOf(*seen, bundles()), &InstalledIdentity::url),
+              eachOf(readIdentities(volume.files(), bundles()), &InstalledIdentity::url));
     EXPECT_THAT(eachOf(listInstalledApps(volume.files(), signatures, bundles()), &InstalledApp::name),
                 ElementsAre("Deep 9", "Deep 10", "élan", "Zebra"));
-}
-
-TEST_F(Inventory, GroupsAreThoseOfTheOthers) {
-    const std::vector bundles = {Path("/Applications/Zebra.app"), Path("/Applications/Utilities/Tool.app")};
-    EXPECT_EQ(groupsOfOthers(volume.files(), signatures, bundles, Path("/applications/zebra.app/")),
-              (std::map<std::string, std::string>{{"group.all", "com.apple.Tool"},
-                                                  {"team.tool", "com.apple.Tool"}}));
 }
 
 } // namespace

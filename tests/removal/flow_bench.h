@@ -59,8 +59,7 @@ class FlowBench : public SteppedQueues {
   private:
     std::unique_ptr<ResidueScanner> makeScanner() {
         return std::make_unique<ResidueScanner>(
-            ResidueScanner::Ports{volume.files(), receipts, keychain, extensions, texts, log}, user,
-            ResidueScanner::Neighbours{{}, [](const Path&) { return std::map<std::string, std::string>(); }});
+            ResidueScanner::Ports{volume.files(), receipts, keychain, extensions, texts, log}, user, nullptr);
     }
 
     FileCodeSignatures signatures{volume.files()};

@@ -56,7 +56,8 @@ TEST(DefaultSelection, TakesWhatIsSafeToTake) {
     for (const auto& c : cases) {
         auto trace = makeTrace(c.category, action::MovePath{Path("/x")}, {c.reason, ""}, c.reversibility, "",
                                std::nullopt, c.requiresRoot);
-        if (c.isContested) trace.contestedBy = "com.other.app";
+        if (c.isContested)
+            trace.contestedBy = Claimant{"com.other.app", "Other", Path("/Applications/Other.app")};
         EXPECT_EQ(takenByDefault(trace), c.isTaken) << c.what;
     }
 }

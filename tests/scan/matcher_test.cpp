@@ -1,10 +1,13 @@
 #include "scan/residue_matcher.h"
 
+#include "support/fixtures.h"
+
 #include <gtest/gtest.h>
 
 namespace tidwen {
 namespace {
 
+using test::owner;
 using Kind = MatchReason::Kind;
 
 AppTarget targetNamed(std::string bundleID, std::string name) {
@@ -13,21 +16,21 @@ AppTarget targetNamed(std::string bundleID, std::string name) {
             .name = std::move(name)};
 }
 
-ResidueMatcher matcherFor(AppTarget target, const std::vector<InstalledIdentity>& installed = {},
+ResidueMatcher matcherFor(AppTarget target, const std::vector<OwningBundle>& installed = {},
                           const std::vector<std::string>& helpers = {},
-                          const std::map<std::string, std::string>& groups = {}) {
-    OtherApplications others(installed, target.bundleURL, target.bundleID);
-    return ResidueMatcher(std::move(target), std::move(others), helpers, groups);
+                          const std::vector<BundleContents>& contents = {}) {
+    OtherApplications others(installed, target.bundleID, [contents] { return contents; });
+    return ResidueMatcher(std::move(target), std::move(others), helpers);
 }
 
 std::string shown(const std::optional<MatchReason>& reason) {
     return reason ? std::string(name(reason->kind)) + " " + reason->value : "none";
 }
 
-const std::vector<InstalledIdentity> neighbours = {
-    {Path("/Applications/Other.app"), "com.other.app", "Marlin Reader"},
-    {Path("/Applications/Beta.app"), "com.Example.App.Beta", "Marlin Notes 2"},
-    {Path("/Applications/Marlin.app"), "com.corvella.marlin", "Marlin Notes Helper"},
+const std::vector<OwningBundle> neighbours = {
+    owner("/Applications/Other.app", "com.other.app", "Marlin Reader"),
+    owner("/Applications/Beta.app", "com.Example.App.Beta", "Marlin Notes 2"),
+    owner("/Applications/Marlin.app", "com.corvella.marlin", "Marlin Notes Helper"),
 };
 
 TEST(ResidueMatcher, JudgesByIdentifierThenName) {
@@ -83,13 +86,21 @@ TEST(ResidueMatcher, TakesNothingThatIsApplesOrEverybodys) {
         {"com.example.app", "MobileSync", "MobileSync", false}, // backups of telephones
         {"com.example.app", "Cloud-Docs", "CloudDocs", false},
         {"com.example.app", "GlobalPreferences", ".GlobalPreferences.plist", false},
+        {"com.corvella.app", "Reader", "TEAMTEAM12.com.corvella.tidwen.shared", false},
         {"com.example.app", "Electron", "Electron", false}, // every application built with it in a hurry
         {"Caches", "", "Caches", false},
         {"Terminal", "", "Terminal", false},
-        {"Marlin", "", "Marlin", true}, // one word of its own
+        {"Marlin", "", "Marlin", false}, // no identifier, and no name
         {"com", "", "com.example.app", false},
-        {"..", "", "..", true}, // no folder lists it
-        {".", "", "a.b", false},
+        {"..", "", "..", false},
+        {".GlobalPreferences", "", ".GlobalPreferences.plist", false},
+        {"Arial.ttf", "", "Arial.ttf", false},
+        {"x.app", "", "x.app", false},
+        {"Massive.component", "", "Massive.component", false},
+        {"com..app", "", "com..app", false},
+        {"com.example app", "", "com.example app", false},
+        {"com.example.app", "com.other.job", "com.other.job", false},
+        {"x-1.y_2", "", "X-1.Y_2.plist", true},
     };
     for (const auto& c : cases) {
         auto target = targetNamed(c.bundleID, c.name);
@@ -160,7 +171,9 @@ TEST(ResidueMatcher, MatchesDeclaredGroups) {
                         "FGHIJ67890.suite",
                         "ABCDE12345.group.com.apple.y",
                         "groups.com.apple.podcasts"};
-    const auto matcher = matcherFor(target, {}, {}, {{"abcde12345.group.corvella", "com.corvella.Chart"}});
+    const auto matcher = matcherFor(
+        target, {owner("/Applications/Chart.app", "com.corvella.Chart", "Chart")}, {},
+        {BundleContents{{}, {}, {"ABCDE12345.group.corvella", "ABCDE12345.com.example.app"}, true}});
     const std::pair<const char*, const char*> cases[] = {
         {"abcde12345.COM.corvella.shared", "appGroup ABCDE12345.com.corvella.Shared"},
         {"com.corvella.shared", "appGroup ABCDE12345.com.corvella.Shared"},
@@ -175,17 +188,20 @@ TEST(ResidueMatcher, MatchesDeclaredGroups) {
     };
     for (const auto& [candidate, expected] : cases)
         EXPECT_EQ(shown(matcher.matchAppGroup(candidate)), expected) << candidate;
-    EXPECT_EQ(matcher.attributeGroup("group.corvella")->contestedBy, "com.corvella.Chart");
+    EXPECT_EQ(matcher.attributeGroup("group.corvella")->contestedBy->bundleID, "com.corvella.Chart");
     EXPECT_FALSE(matcher.attributeGroup("com.corvella.shared")->contestedBy);
+    // Found by its identifier alone, and yet the other one's group too.
+    EXPECT_EQ(matcher.attributeGroup("ABCDE12345.com.example.app")->contestedBy->bundleID,
+              "com.corvella.Chart");
+    EXPECT_FALSE(matcher.attributeGroup("com.corvella.tidwen.group"));
 }
 
 TEST(ResidueMatcher, TellsWhoElseClaimsAName) {
     auto installed = neighbours;
-    installed.push_back({Path("/Applications/Target.app"), "com.example.app", "Marlin Notes"}); // itself
     auto target = targetNamed("com.example.app", "Marlin Notes");
     const auto claimant = [&](const char* candidate) {
         const auto found = matcherFor(target, installed).attribute(candidate);
-        return found ? found->contestedBy.value_or("nobody") : "no match";
+        return found ? found->contestedBy.value_or(Claimant{"nobody", "", Path()}).bundleID : "no match";
     };
     EXPECT_EQ(claimant("com.example.app.plist"), "nobody");
     EXPECT_EQ(claimant("com.example.app.betax"), "nobody");
@@ -196,14 +212,24 @@ TEST(ResidueMatcher, TellsWhoElseClaimsAName) {
     EXPECT_EQ(claimant("Marlin Notes.Helper"), "com.corvella.marlin");
 
     // A namesake has as good a claim to the name, not to the identifier.
-    installed.push_back({Path("/Applications/Namesake.app"), "com.namesake.app", "marlin-notes"});
+    installed.push_back(owner("/Applications/Namesake.app", "com.namesake.app", "marlin-notes"));
     EXPECT_EQ(claimant("Marlin Notes"), "com.namesake.app");
     EXPECT_EQ(claimant("com.example.app"), "nobody");
 
     // A helper inside the bundle that continues another application's identifier.
     const auto withHelper = matcherFor(target, installed, {"com.other.app.sync", "com.corvella.sync"});
-    EXPECT_EQ(withHelper.attribute("com.other.app.sync.plist")->contestedBy, "com.other.app");
+    EXPECT_EQ(withHelper.attribute("com.other.app.sync.plist")->contestedBy->bundleID, "com.other.app");
     EXPECT_FALSE(withHelper.attribute("com.corvella.sync.plist")->contestedBy);
+
+    // A helper that another application ships too is nobody's alone.
+    const auto sharing =
+        matcherFor(target, {owner("/Applications/Other.app", "com.other.app", "com-vend-tool")},
+                   {"com.vend.updater", "com.vend.own", "com.vend.tool"},
+                   {BundleContents{{"com.vend.Updater"}, {}, {}, true}});
+    EXPECT_EQ(sharing.attribute("com.vend.updater.plist")->contestedBy,
+              (Claimant{"com.other.app", "com-vend-tool", Path("/Applications/Other.app")}));
+    EXPECT_FALSE(sharing.attribute("com.vend.own.plist")->contestedBy);
+    EXPECT_TRUE(sharing.attribute("com.vend.tool")->contestedBy); // the other one is called so
 
     // A folder named after the maker may hold what its other applications keep.
     target.name = "Corvella";
@@ -212,7 +238,7 @@ TEST(ResidueMatcher, TellsWhoElseClaimsAName) {
     target.name = "Marlin Notes";
 
     // A copy of the application shares everything, and takes nothing away from it.
-    installed.push_back({Path("/Users/alice/Applications/Target.app"), "com.Example.App", "Marlin Notes"});
+    installed.push_back(owner("/Users/alice/Applications/Target.app", "com.Example.App", "Marlin Notes"));
     EXPECT_EQ(claimant("com.example.app.plist"), "com.example.app");
     EXPECT_EQ(claimant("Marlin Notes"), "com.example.app");
 }
@@ -221,11 +247,11 @@ TEST(OtherApplications, AnswersLikeALoopOverAllOfThem) {
     const std::vector<std::string> identifiers = {
         "com.example.app",     "com.example.app.beta", "com.example",     "zed",
         "com.examples.reader", "org.corvella.a",       "org.corvella.ab", "Z.Y"};
-    std::vector<InstalledIdentity> installed;
+    std::vector<OwningBundle> installed;
     for (const auto& identifier : identifiers)
-        installed.push_back({Path("/Applications/" + identifier), identifier, ""});
-    installed.push_back({Path("/Applications/Empty.app"), "", ""});
-    const OtherApplications others(installed, Path("/Applications/T.app"), "com.t.t");
+        installed.push_back(owner("/Applications/" + identifier, identifier, ""));
+    installed.push_back(owner("/Applications/Empty.app", "", ""));
+    const OtherApplications others(installed, "com.t.t");
 
     std::vector<std::string> candidates = {"",     ".",     "..",   "com",   "com.",  "zed",
                                            "zedd", "a.zed", "azed", "z.y.x", "q..zed"};
@@ -247,7 +273,7 @@ TEST(OtherApplications, AnswersLikeALoopOverAllOfThem) {
             if (dotted.find("." + id + ".") != dotted.npos && id.size() > longest.size()) longest = declared;
         }
         EXPECT_EQ(others.claims(candidate), claimed) << candidate;
-        EXPECT_EQ(others.longestContinued(candidate).value_or(""), longest) << candidate;
+        EXPECT_EQ(others.longestContinued(candidate).value_or(Claimant{}).bundleID, longest) << candidate;
     }
 }
 

@@ -38,8 +38,8 @@ TEST(PathPolicy, JudgesPaths) {
     expectEach(
         [&](const std::string& path) { return policy.check(Path(path)); },
         {{std::nullopt,
-          {"/Applications/Foo.app", "/usr/local/bin/tool", home + "/Library/Caches/com.example.app",
-           home + "/Library/KeychainsOld/x", "/Users/bob/Documents/Letter.txt",
+          {"/Applications/Foo.app", "/usr/local/bin/tool", "/users/SHARED/x",
+           home + "/Library/Caches/com.example.app", home + "/Library/KeychainsOld/x",
            "/private/var/db/receipts/com.example.bom", "/private/var/folders/ab/xyz/C/com.example.app",
            "/var/folders/ab/xyz/C/x"}},
          {Kind::tooShallow,
@@ -50,7 +50,8 @@ TEST(PathPolicy, JudgesPaths) {
            home + "/library//CACHES/.", home + "/Library/Audio/Plug-Ins/VST3", "/private/var/db/receipts",
            "/private/var/folders/ab/xyz123/C"}},
          {Kind::neverTouch,
-          {"/usr/localized/tool", home + "/Downloads/Setup.dmg", "/private/var/db/other",
+          {"/usr/localized/tool", home + "/Downloads/Setup.dmg", "/Users/bob/Library/Caches/x", "/USERS/al",
+           "/Users/alice2/Applications/Foo.app", "/private/var/db/other",
            "/System/Volumes/Data/Users/alice/Library/Caches/x", "/Library/Caches/../../System/Library/x",
            // One disk or the other takes these for "Documents": a long s, a joiner.
            home + "/Document\u017f/Letter.txt", home + "/Docu\u200dments/Letter.txt"}},
@@ -146,12 +147,15 @@ TEST_F(MovePolicy, FollowsTheLinksOfTheRealPlace) {
     volume.link(caches + "/nowhere", "/Library/Missing");
     volume.link(caches + "/loop", "loop");
     volume.link(caches + "/fine", "/Library");
+    volume.makeFolder("/Users/bob/Library/Caches");
+    volume.link(caches + "/bob", "/Users/bob/Library/Caches");
     for (const bool isPutBack : {false, true})
         expectEach(
             [&](const std::string& path) {
                 return isPutBack ? check(quarantine + "/item", path) : check(path, quarantine + "/item");
             },
-            {{Kind::neverTouch, {caches + "/system/new/x", caches + "/documents/taxes"}},
+            {{Kind::neverTouch,
+              {caches + "/system/new/x", caches + "/documents/taxes", caches + "/bob/com.example.app"}},
              {Kind::traversal, {caches + "/nowhere/deeper/x", caches + "/loop/x", "/Library/file/deeper/x"}},
              {Kind::deniedExact, {caches + "/fine/Caches"}},
              {std::nullopt, {caches + "/fine/x", caches + "/documents"}}}); // the latter is the link itself
@@ -176,7 +180,9 @@ TEST_F(MovePolicy, AHomeBehindALinkIsProtectedUnderBothNames) {
             return check(path, "/Users/link/.Trash/Tidwen - 2024-01-01 10-00-00/item");
         },
         {{std::nullopt, {"/Users/link/Library/Caches/com.example.app", "/Users/link/Downloads/Setup.dmg"}},
-         {Kind::neverTouch, {"/Users/link/Library/Caches/evil/taxes", "/Users/alice/Documents/taxes"}},
+         {std::nullopt, {"/Users/alice/Library/Caches/com.example.app", "/Users/alice/Downloads/Setup.dmg"}},
+         {Kind::neverTouch,
+          {"/Users/link/Library/Caches/evil/taxes", "/Users/alice/Documents/taxes", "/Users/bob/x"}},
          {Kind::deniedExact, {"/Users/alice/Library/Caches"}}});
 }
 

@@ -7,6 +7,8 @@
 #include "support/stand_ins.h"
 #include "support/unprivileged.h"
 
+#include <unistd.h>
+
 namespace tidwen {
 namespace {
 
@@ -28,6 +30,14 @@ struct FakeExtensions : SystemExtensions {
     std::vector<SystemExtensionRecord> all;
 };
 
+struct GroupsByBundle : CodeSignatures {
+    CodeSignature read(const Path& place, const Path&) const override {
+        const auto found = groups.find(place);
+        return {std::nullopt, found == groups.end() ? std::vector<std::string>() : found->second};
+    }
+    std::map<Path, std::vector<std::string>> groups;
+};
+
 /// The paths of a list, which colons part.
 std::vector<std::string> pathsOf(const std::string& list) {
     std::vector<std::string> paths;
@@ -42,9 +52,10 @@ class Scanner : public testing::Test {
     Scanner() { test::writeBundle(volume, bundle, "com.corvella.marlin.notes", "Marlin Notes"); }
 
     ScanResult scan(const StopToken& stop = {}, const ResidueScanner::Progress& progress = {}) {
-        ResidueScanner scanner({volume.files(), receipts, keychain, extensions, texts, log}, test::alice(),
-                               {installed, [this](const Path&) { return groups; }});
-        return scanner.scan(target, stop, progress);
+        const auto bundles =
+            std::make_shared<const BundleSnapshot>(volume.files(), signatures, installed, coverage);
+        ResidueScanner scanner({volume.files(), receipts, keychain, extensions, texts, log}, user, bundles);
+        return scanner.scan(target, stop, progress, together);
     }
 
     /// "category reason value: what" of every trace that is neither the bundle nor its permissions.
@@ -59,7 +70,7 @@ class Scanner : public testing::Test {
                 fmt::format("{} {}: {}{}{}{}", name(trace.category), name(trace.reason.kind), what,
                             trace.requiresRoot ? " root" : "",
                             std::holds_alternative<action::BootoutAndMove>(trace.action) ? " job" : "",
-                            trace.contestedBy ? " contested by " + *trace.contestedBy : ""));
+                            trace.contestedBy ? " contested by " + trace.contestedBy->bundleID : ""));
         }
         return lines;
     }
@@ -75,8 +86,11 @@ class Scanner : public testing::Test {
     FakeReceipts receipts;
     test::FakeKeychain keychain;
     FakeExtensions extensions;
-    std::vector<InstalledIdentity> installed = {{Path(bundle), "com.corvella.marlin.notes", "Marlin Notes"}};
-    std::map<std::string, std::string> groups;
+    std::vector<OwningBundle> installed = {test::owner(bundle, "com.corvella.marlin.notes", "Marlin Notes")};
+    std::vector<AppTarget> together;
+    BundleCoverage coverage;
+    GroupsByBundle signatures;
+    UserEnvironment user = test::alice();
     AppTarget target{.bundleURL = Path(bundle),
                      .bundleID = "com.corvella.marlin.notes",
                      .name = "Marlin Notes",
@@ -115,6 +129,7 @@ TEST_F(Scanner, LooksEverywhereInOrder) {
             "containers appGroup: ~Group Containers/suite",
             "preferences exactBundleID: ~Preferences/com.corvella.marlin.notes.plist",
             "logs nameToken: ~Logs/DiagnosticReports/Marlin Notes_2024-05-01_mac.crash",
+            "logs executableName: ~Logs/DiagnosticReports/MarlinEngine_2024",
             "logs exactBundleID: ~Logs/DiagnosticReports/com.corvella.marlin.notes_2024-05-01_mac.crash",
             "caches exactBundleID: /private/var/folders/ab/xyz123/T/com.corvella.marlin.notes",
             "launchItems exactBundleID: /Library/LaunchDaemons/com.corvella.sync.daemon.plist root job",
@@ -163,7 +178,7 @@ TEST_F(Scanner, KnowsContainersByTheirMetadata) {
 }
 
 TEST_F(Scanner, JudgesJobsByTheirProgramsPlace) {
-    installed.push_back({Path("/Applications/Other.app"), "com.other.app", "Other"});
+    installed.push_back(test::owner("/Applications/Other.app", "com.other.app", "Other"));
     target.name = "Alice";
     const struct {
         const char *label, *program, *claimant; // none: not the target's
@@ -193,7 +208,7 @@ TEST_F(Scanner, JudgesJobsByTheirProgramsPlace) {
 }
 
 TEST_F(Scanner, UnloadsNoJobOfOthersThatABundleNames) {
-    installed.push_back({Path("/Applications/Other.app"), "com.other.app", "Other"});
+    installed.push_back(test::owner("/Applications/Other.app", "com.other.app", "Other"));
     for (const auto* label : {"com.apple.Finder", "com.other.app", "com.other.app.sync", "own"})
         target.embeddedLaunchdItems.push_back(
             {.label = label, .plist = Path(), .isSystemDomain = false, .programPath = std::nullopt});
@@ -205,7 +220,7 @@ TEST_F(Scanner, UnloadsNoJobOfOthersThatABundleNames) {
 
 TEST_F(Scanner, LooksIntoVendorsFoldersAndSharedStores) {
     installed.push_back(
-        {Path("/Applications/Corvella Studio.app"), "com.corvella.studio", "Corvella Studio"});
+        test::owner("/Applications/Corvella Studio.app", "com.corvella.studio", "Corvella Studio"));
     const std::string support = library + "Application Support/";
     for (const auto* folder : {"Corvella/Marlin Notes", "Corvella/Other", "Corvella/deep/Marlin Notes",
                                "Corvella Studio/Marlin Notes", "Corvella Studio/com.corvella.marlin.notes",
@@ -226,7 +241,7 @@ TEST_F(Scanner, LooksIntoVendorsFoldersAndSharedStores) {
 }
 
 TEST_F(Scanner, FoldsWhatReceiptsList) {
-    installed.push_back({Path("/Applications/Other.app"), "com.other.app", "Other"});
+    installed.push_back(test::owner("/Applications/Other.app", "com.other.app", "Other"));
     const std::string support = "/Library/Application Support/Corvella";
     for (const auto& file :
          {std::string("/usr/local/bin/marlin"), std::string("/Applications/Other.app/x"),
@@ -268,7 +283,7 @@ TEST_F(Scanner, CountsWhatIsInsideTheBundleAsItsOwn) {
     test::writeBundle(volume, bundle + "/Contents/XPCServices/x.xpc", "com.corvella.engine.service", "x");
     test::writeBundle(volume, bundle + "/Contents/PlugIns/y.appex", "com.other.app", "y");
     target.loginItemBundleIDs = {"com.corvella.login.item"};
-    installed.push_back({Path("/Applications/Other.app"), "com.other.app", "Other"});
+    installed.push_back(test::owner("/Applications/Other.app", "com.other.app", "Other"));
     for (const auto* name : {"com.corvella.engine.service", "com.other.app", "com.corvella.login.item.x"})
         volume.makeFolder(library + "Caches/" + name);
     EXPECT_THAT(found(), ElementsAre("caches exactBundleID: ~Caches/com.corvella.engine.service",
@@ -288,8 +303,128 @@ TEST_F(Scanner, KnowsItsBundleFromACopyOfIt) {
     const auto traces = scan().traces;
     ASSERT_EQ(traces.size(), 2u); // no application trace
     EXPECT_EQ(traces[0].category, TraceCategory::permissions);
-    EXPECT_EQ(traces[0].contestedBy, "com.corvella.marlin.notes");
-    EXPECT_EQ(traces[1].contestedBy, "com.corvella.marlin.notes");
+    for (const auto& trace : traces)
+        EXPECT_EQ(trace.contestedBy, (Claimant{"com.corvella.marlin.notes", "Marlin Notes", Path(bundle)}));
+}
+
+TEST_F(Scanner, LeavesJobsToWhoseBundleHoldsTheirProgram) {
+    const std::string other = "/Applications/Other.app";
+    test::writeBundle(volume, other, "com.other.app", "Other");
+    test::writeBundle(volume, other + "/Contents/Library/LoginItems/Up.app", "com.vend.updater", "Up");
+    volume.link("/opt/other", other);
+    volume.link("/Applications/Way.app", "Marlin Notes.app");
+    target.bundleURL = Path("/Applications/Way.app");
+    installed.push_back(test::owner(other, "com.other.app", "Other"));
+    target.loginItemBundleIDs = {"com.vend.updater", "com.vend.single"};
+    const struct {
+        const char *label, *program, *expected;
+    } cases[] = {
+        {"com.corvella.marlin.notes.a", "/Applications/Other.app/Contents/a",
+         "exactBundleID by com.other.app"},
+        {"com.corvella.marlin.notes.b", "/opt/other/Contents/b", "exactBundleID by com.other.app"},
+        {"com.corvella.marlin.notes.c", "/opt/elsewhere/c", "exactBundleID"},
+        {"com.vend.single", "/opt/elsewhere/c", "exactBundleID"},
+        {"com.vend.updater", "/opt/elsewhere/c", "exactBundleID by com.other.app"},
+        {"own.label", "/Applications/Marlin Notes.app/Contents/MacOS/d", "declaredTarget"},
+        {"own.link", "/Applications/Way.app/Contents/MacOS/d", "declaredTarget"},
+        {"com.other.app.sync", "/Applications/Marlin Notes.app/e", "declaredTarget by com.other.app"},
+        {"unrelated", "/Applications/Marlin Notes.app/../Else.app/f", nullptr},
+    };
+    volume.write(other + "/Contents/b", "x");
+    for (const auto& c : cases)
+        writeJob(library + "LaunchAgents/" + c.label + ".plist", c.label, c.program);
+    std::map<std::string, std::string> found;
+    for (const auto& trace : scan().traces)
+        if (const auto* job = std::get_if<action::BootoutAndMove>(&trace.action))
+            found[job->label] = std::string(name(trace.reason.kind))
+                                + (trace.contestedBy ? " by " + trace.contestedBy->bundleID : "");
+    for (const auto& c : cases)
+        EXPECT_EQ(found.contains(c.label) ? found[c.label] : "none", c.expected ? c.expected : "none")
+            << c.label;
+
+    // Both go: neither claims anything from the other.
+    together = {{.bundleURL = Path(other), .bundleID = "com.other.app", .name = "Other"}};
+    for (const auto& trace : scan().traces)
+        EXPECT_FALSE(trace.contestedBy) << trace.displayName;
+}
+
+TEST_F(Scanner, TakesNothingFromOtherHomes) {
+    volume.makeFolder("/Users/bob/Library/Caches/com.corvella.marlin.notes");
+    volume.link(library + "Caches", "/Users/bob/Library/Caches");
+    volume.makeFolder(library + "Logs/com.corvella.marlin.notes");
+    volume.link(library + "WebKit", "Logs"); // one folder under two names
+    for (const char* file : {"Users/alice/.ssh/key", "Users/alice/.marlin/x", "Users/bob/.marlin notes/x",
+                             "Users/alice/Library/Mail/letter", "Users/alice/Marlin Notes.log"})
+        volume.write("/" + std::string(file), "x");
+    receipts.all = {{"com.corvella.marlin.notes.pkg", Path(),
+                     pathsOf("Users/alice/.ssh/key:Users/alice/.marlin/x:Users/bob/.marlin notes/x:"
+                             "Users/alice/Library/Mail/letter:Users/alice/Marlin Notes.log")}};
+    EXPECT_THAT(found(), ElementsAre("caches exactBundleID: ~WebKit/com.corvella.marlin.notes",
+                                     "receipts receipt: /Users/alice/Marlin Notes.log root"));
+}
+
+TEST_F(Scanner, AsksRootAndOthersForTheJobsOfPackages) {
+    user.userID = ::getuid(); // who owns all files of the test
+    installed.push_back(test::owner("/Applications/Other.app", "com.other.app", "Other"));
+    writeJob("/opt/corvella/LaunchAgents/d.plist", "unrelated.d", "/opt/x");
+    writeJob("/opt/corvella/LaunchDaemons/a.plist", "com.other.app.sync", "/opt/x");
+    writeJob("/opt/corvella/LaunchDaemons/b.plist", "unrelated", "/Applications/Other.app/x");
+    writeJob("/opt/corvella/LaunchDaemons/c.plist", "unrelated.c", "/opt/x");
+    receipts.all = {
+        {"com.corvella.marlin.notes.pkg", Path("/opt/corvella"),
+         pathsOf("LaunchAgents/d.plist:LaunchDaemons/a.plist:LaunchDaemons/b.plist:LaunchDaemons/c.plist")}};
+    const std::string folder = "launchItems receipt: /opt/corvella/";
+    EXPECT_THAT(found(), ElementsAre(folder + "LaunchAgents/d.plist job",
+                                     folder + "LaunchDaemons/a.plist root job contested by com.other.app",
+                                     folder + "LaunchDaemons/b.plist root job contested by com.other.app",
+                                     folder + "LaunchDaemons/c.plist root job"));
+}
+
+TEST_F(Scanner, LeftoversOfItsOwnClaimNothing) {
+    const std::string plugin = "/Library/PreferencePanes/com.corvella.marlin.notes.prefPane";
+    test::writeBundle(volume, plugin, "com.corvella.marlin.notes.pane", "Pane");
+    const std::string nested = library + "Application Support/Corvella/Marlin Notes/Helper.app";
+    test::writeBundle(volume, nested, "com.corvella.marlin.notes.helper", "Marlin Notes");
+    const std::string foreign = library + "Application Support/Else/Pro.app";
+    volume.makeFolder(library + "Caches/com.corvella.marlin.notes.pro");
+    volume.makeFolder(library + "Caches/com.corvella.marlin.notes.helper");
+    installed.push_back(test::owner(plugin, "com.corvella.marlin.notes.pane", "Pane"));
+    installed.push_back(test::owner(nested, "com.corvella.marlin.notes.helper", "Marlin Notes"));
+    installed.push_back(test::owner(foreign, "com.corvella.marlin.notes.pro", "Pro"));
+    EXPECT_THAT(found(),
+                ElementsAre("supportFiles nameToken: ~Application Support/Corvella/Marlin Notes",
+                            "caches exactBundleID: ~Caches/com.corvella.marlin.notes.helper",
+                            "caches exactBundleID: ~Caches/com.corvella.marlin.notes.pro contested by "
+                            "com.corvella.marlin.notes.pro",
+                            "supportFiles exactBundleID: " + plugin + " root"));
+}
+
+TEST_F(Scanner, SaysWhatItCannotKnowOrRemove) {
+    EXPECT_FALSE(scan().immovable);
+    coverage.damaged = {Path("/Applications/Broken.app")};
+    test::writeBundle(volume, "/Users/alice/Downloads/Marlin Notes.app", "com.corvella.marlin.notes",
+                      "Marlin Notes");
+    volume.makeFolder(library + "Caches/com.corvella.marlin.notes");
+    target.bundleURL = Path("/Users/alice/Downloads/Marlin Notes.app");
+    installed.clear();
+    const auto result = scan();
+    EXPECT_EQ(result.immovable,
+              (ImmovableApplication{ImmovableApplication::Reason::protectedPlace, target.bundleURL}));
+    EXPECT_EQ(result.traces.size(), 3u);
+    EXPECT_EQ(result.owners, coverage);
+    EXPECT_TRUE(log.contains("Bundle does not say whose it is: /Applications/Broken.app"));
+}
+
+TEST_F(Scanner, ReasonsAreTrueOfTheItem) {
+    volume.write(library + "Containers/1B2C/.com.apple.containermanagerd.metadata.plist",
+                 writeBinaryPropertyList(
+                     PropertyListDictionary{{"MCMMetadataIdentifier", "com.corvella.marlin.notes"}}));
+    writeJob("/Library/LaunchAgents/a.plist", "com.corvella.marlin.notes.a", "/x");
+    writeJob("/Library/LaunchAgents/b.plist", "unrelated", "/opt/com.corvella.marlin.notes/x");
+    volume.makeFolder(library + "Caches/com.corvella.marlin.notes");
+    using enum MatchReason::Evidence;
+    EXPECT_THAT(eachOf(scan().traces, [](const Trace& trace) { return trace.reason.evidence; }),
+                ElementsAre(itsName, itsName, record, itsName, label, program));
 }
 
 TEST_F(Scanner, LeavesOutWhatMustNotMove) {

@@ -43,4 +43,15 @@ void writeBundle(const TemporaryVolume& volume, std::string_view macPath, std::s
                  {"CFBundleExecutable", std::string(name)}});
 }
 
+OwningBundle owner(std::string_view path, std::string_view bundleID, std::string_view name) {
+    const Path url{std::string(path)};
+    return {.url = url,
+            .place = url,
+            .bundleID = std::string(bundleID),
+            .name = std::string(name),
+            .names = {std::string(name)},
+            .isApplication = url.lowercasedExtension() == "app",
+            .isReadable = true};
+}
+
 } // namespace tidwen::test

@@ -3,6 +3,7 @@
 #include "base/log.h"
 #include "base/property_list.h"
 #include "platform/user_environment.h"
+#include "scan/applications/owning_bundle.h"
 #include "support/temporary_folder.h"
 
 #include <mutex>
@@ -32,5 +33,8 @@ void writeBundle(const TemporaryVolume& volume, std::string_view macPath, Proper
 /// A bundle with identifier and name alone.
 void writeBundle(const TemporaryVolume& volume, std::string_view macPath, std::string_view bundleID,
                  std::string_view name);
+
+/// A bundle that owns data, found where it lies.
+OwningBundle owner(std::string_view path, std::string_view bundleID, std::string_view name);
 
 } // namespace tidwen::test

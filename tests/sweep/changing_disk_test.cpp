@@ -139,9 +139,8 @@ class Disk {
         const VolumeReceipts receipts(files);
         const VolumeKeychain keychain;
         const VolumeSystemExtensions extensions(files);
-        const auto bundles = findApplicationBundles(files, test::alice());
         ResidueScanner scanner({files, receipts, keychain, extensions, texts, log}, test::alice(),
-                               {readIdentities(files, bundles), {}});
+                               InstalledBundles(files, signatures, test::alice()).look());
         const AppTarget target{.bundleURL = Path("/Applications/ferry boat.app"),
                                .bundleID = "com.ferry.boat",
                                .name = "Boat ferry"};

@@ -59,7 +59,26 @@ void printPermissions(const PermissionAudit::Result& permissions, const CommandC
     table.print(context.console, 2);
 }
 
+/// An account sees little of the homes of others, so a few names stand for many.
+void printOwners(const BundleCoverage& owners, const CommandContext& context) {
+    constexpr std::size_t mostShown = 5;
+    std::vector<Path> places = owners.unreadable;
+    places.insert(places.end(), owners.uncounted.begin(), owners.uncounted.end());
+    places.insert(places.end(), owners.damaged.begin(), owners.damaged.end());
+    if (places.empty()) return;
+    context.console.line(context.text("cli.scan.owners.title"), Paint::caution);
+    context.console.line(context.text("cli.scan.owners.body"), Paint::faint);
+    for (std::size_t i = 0; i < std::min(places.size(), mostShown); ++i)
+        context.console.line("  " + places[i].string());
+    if (places.size() > mostShown) context.console.line("  …");
+}
+
 void printNotices(const ScanResult& result, const CommandContext& context) {
+    if (result.immovable) {
+        context.console.line(context.text("cli.scan.immovable"), Paint::caution);
+        context.console.line(context.texts.text(result.immovable->describe(result.target)), Paint::faint);
+    }
+    printOwners(result.owners, context);
     if (result.nameMatchingDisabled) {
         context.console.line(context.text("review.genericName.title"), Paint::caution);
         context.console.line(context.text("review.genericName.body %@", {result.target.name}), Paint::faint);

@@ -102,10 +102,8 @@ class LiveMac {
 
   private:
     ScanResult scan(const AppTarget& target) {
-        const auto bundles = findApplicationBundles(files_, user_);
         ResidueScanner scanner({files_, receipts_, keychain_, extensions_, texts_, log_}, user_,
-                               {readIdentities(files_, bundles),
-                                [](const Path&) { return std::map<std::string, std::string>(); }});
+                               InstalledBundles(files_, signatures_, user_).look());
         return scanner.scan(target);
     }
 

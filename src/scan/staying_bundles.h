@@ -1,0 +1,28 @@
+#pragma once
+
+#include "scan/other_applications.h"
+#include "scan/scan_context.h"
+
+#include <memory>
+#include <set>
+#include <vector>
+
+namespace tidwen {
+
+class BundleSnapshot;
+
+/// The bundles that stay when the target goes, of which attribution has to leave each its own.
+///
+/// Not the target's own bundle, nor one that lies at a place of `leaving`; nor a bundle in the Library that
+/// is a leftover of the target itself, found there by its name: it goes with the target. The answers on what
+/// bundles carry are read from the snapshot.
+OtherApplications stayingBundles(std::shared_ptr<const BundleSnapshot> bundles, const AppTarget& target,
+                                 const std::vector<std::string>& helperBundleIDs,
+                                 const std::set<Path>& leaving, const UserEnvironment& user,
+                                 const StopToken& stop);
+
+/// Where the bundles of the snapshot lie that stand on their own, under all their names: not the plug-ins and
+/// helpers in the Library, which an application's package may have put there.
+std::vector<Path> placesOfApplications(const BundleSnapshot& bundles, const UserEnvironment& user);
+
+} // namespace tidwen
