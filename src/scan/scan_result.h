@@ -1,7 +1,7 @@
 #pragma once
 
 #include "scan/app_target.h"
-#include "scan/applications/installed_bundles.h"
+#include "scan/applications/bundle_coverage.h"
 #include "scan/permission_audit.h"
 #include "scan/removability.h"
 #include "scan/trace.h"

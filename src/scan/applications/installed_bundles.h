@@ -4,6 +4,7 @@
 #include "platform/code_signatures.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
+#include "scan/applications/bundle_coverage.h"
 #include "scan/applications/owning_bundle.h"
 
 #include <cstddef>
@@ -11,21 +12,6 @@
 #include <vector>
 
 namespace tidwen {
-
-/// Where the search for bundles could not look or did not count to the end. All sorted.
-struct BundleCoverage {
-    std::vector<Path> unreadable;  ///< folders that could not be listed
-    std::vector<Path> uncounted;   ///< folders whose search stopped at a bound or was asked to end early
-    std::vector<Path> damaged;     ///< bundles whose Info.plist cannot be read (not: has none)
-    bool seesApplications = false; ///< /Applications is there and was listed to its end
-
-    /// Every folder was listed to its end and every bundle said what it is.
-    bool isComplete() const {
-        return seesApplications && unreadable.empty() && uncounted.empty() && damaged.empty();
-    }
-
-    friend bool operator==(const BundleCoverage&, const BundleCoverage&) = default;
-};
 
 /// One look at all bundles. Immutable; what they carry is read once, when it is first asked for. May be used
 /// from any thread; must not outlive the ports of the service that made it.
