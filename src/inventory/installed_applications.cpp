@@ -5,8 +5,6 @@
 #include "platform/budgeted_files.h"
 #include "platform/budgeted_sources.h"
 #include "scan/bundle.h"
-#include "scan/bundle_names.h"
-#include "scan/search_location.h"
 
 #include <algorithm>
 #include <optional>
@@ -24,9 +22,7 @@ constexpr int maximumFolders = 5'000;
 
 class BundleSearch {
   public:
-    enum class Wanted { applications, owners };
-
-    BundleSearch(const FileSystem& files, Wanted wanted) : files_(files), wanted_(wanted) {}
+    explicit BundleSearch(const FileSystem& files) : files_(files) {}
 
     void searchFolder(const Path& folder, int depthLeft) {
         if (foldersLeft_ <= 0) return;
@@ -36,10 +32,11 @@ class BundleSearch {
         for (const auto& entry : *entries) {
             if (!isValidUtf8(entry.name)) continue;
             const Path item = folder / entry.name;
-            const bool isFolder = entry.kind == FileKind::directory;
-            if (isBundle(item)) {
-                if (isEligible(entry) && found_.size() < maximumBundles) found_.insert(item);
-            } else if (isFolder && !entry.name.starts_with('.') && depthLeft > 0) {
+            // A link to an application is not the application: removing it would take only the link.
+            if (entry.kind != FileKind::directory || entry.name.starts_with('.')) continue;
+            if (item.lowercasedExtension() == "app") {
+                if (found_.size() < maximumBundles) found_.insert(item);
+            } else if (depthLeft > 0) {
                 searchFolder(item, depthLeft - 1);
             }
         }
@@ -48,21 +45,7 @@ class BundleSearch {
     std::vector<Path> found() const { return {found_.begin(), found_.end()}; }
 
   private:
-    bool isBundle(const Path& item) const {
-        return wanted_ == Wanted::owners ? isBundleName(item.lastComponent())
-                                         : item.lowercasedExtension() == "app";
-    }
-
-    /// A link to an application owns what the application does, but is not the application: removing it would
-    /// take only the link.
-    bool isEligible(const DirectoryEntry& entry) const {
-        if (wanted_ == Wanted::owners)
-            return entry.kind == FileKind::directory || entry.kind == FileKind::symbolicLink;
-        return entry.kind == FileKind::directory && !entry.name.starts_with('.');
-    }
-
     const FileSystem& files_;
-    Wanted wanted_;
     int foldersLeft_ = maximumFolders;
     std::set<Path> found_;
 };
@@ -81,30 +64,9 @@ std::vector<Value> readInParallel(const std::vector<Path>& bundles, const Read& 
 } // namespace
 
 std::vector<Path> findApplicationBundles(const FileSystem& files, const UserEnvironment& user) {
-    BundleSearch search(files, BundleSearch::Wanted::applications);
+    BundleSearch search(files);
     search.searchFolder(Path("/Applications"), subfolderDepth);
     search.searchFolder(user.home / "Applications", subfolderDepth);
-    return search.found();
-}
-
-std::vector<Path> findOwningBundles(const FileSystem& files, const UserEnvironment& user) {
-    constexpr int deepSuite = 4; // deeper than what is offered for removal
-    BundleSearch search(files, BundleSearch::Wanted::owners);
-    search.searchFolder(Path("/Applications"), deepSuite);
-    std::set<Path> homes = {user.home};
-    if (const auto users = files.list(Path("/Users")))
-        for (const auto& entry : *users)
-            if (entry.kind == FileKind::directory && isValidUtf8(entry.name))
-                homes.insert(Path("/Users") / entry.name);
-    for (const auto& home : homes) {
-        search.searchFolder(home / "Applications", deepSuite);
-        for (const auto* loose : {"Desktop", "Downloads"})
-            search.searchFolder(home / loose, 1);
-    }
-    for (const auto& location : searchLocations(user))
-        if (location.category == TraceCategory::supportFiles)
-            search.searchFolder(location.url,
-                                location.style == SearchLocation::Style::vendorNestedChildren ? 1 : 0);
     return search.found();
 }
 

@@ -15,11 +15,6 @@ namespace tidwen {
 /// suites' folders; sorted by path. The Trash and the insides of bundles are not looked at.
 std::vector<Path> findApplicationBundles(const FileSystem& files, const UserEnvironment& user);
 
-/// Everything on the disk that may own data, so that none of it passes for an orphan's: the applications,
-/// also hidden ones and links to some, those of other people, on desktops and in Downloads, and the
-/// applications, plug-ins, panes and input methods in the Library.
-std::vector<Path> findOwningBundles(const FileSystem& files, const UserEnvironment& user);
-
 /// Name and identifier of each bundle; Apple's own count too, since they own what is theirs. Read in
 /// parallel.
 std::vector<InstalledIdentity> readIdentities(const FileSystem& files, const std::vector<Path>& bundles);
