@@ -87,6 +87,7 @@ std::string document(const RemovalReport& report, const Texts& texts) {
         {"results", array(report.results, [&](const OperationResult& r) { return object(r, texts); })}};
     if (report.verification) result["verification"] = object(*report.verification);
     put(result, "reclaimedBytes", report.reclaimedBytes);
+    if (!report.unsettled.empty()) result["unsettled"] = report.unsettled;
     if (report.manifestFailure) result["manifestFailure"] = texts.text(*report.manifestFailure);
     return writeJson(result);
 }

@@ -9,6 +9,12 @@
 
 namespace tidwen {
 
+bool hasTrustworthyDate(const Manifest& manifest, Timestamp now) {
+    using namespace std::chrono;
+    constexpr Timestamp longBeforeTidwen = sys_days(year(2020) / January / 1);
+    return longBeforeTidwen <= manifest.createdAt && manifest.createdAt <= now;
+}
+
 std::optional<RemovalHistoryEntry> readHistoryEntry(const Path& root, const FileSystem& files) {
     auto manifest = readManifest(root, files);
     if (!manifest) return std::nullopt;

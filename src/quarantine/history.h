@@ -26,6 +26,10 @@ struct RemovalHistoryEntry {
     friend bool operator==(const RemovalHistoryEntry&, const RemovalHistoryEntry&) = default;
 };
 
+/// Whether the run's date can be what it says. A clock that was wrong dates a run before Tidwen existed, or
+/// in the future; how old such a run is nobody knows, and nothing is done to it because of its age.
+bool hasTrustworthyDate(const Manifest& manifest, Timestamp now);
+
 /// The run in the quarantine folder `root`, without its size; nothing when it has no readable manifest.
 std::optional<RemovalHistoryEntry> readHistoryEntry(const Path& root, const FileSystem& files);
 

@@ -3,6 +3,7 @@
 #include "platform/move_remains.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
 
 namespace tidwen {
@@ -39,22 +40,33 @@ bool isSettled(const ManifestEntry& entry, Place place, const FileSystem& files)
     return !mayHoldACopy(destination.parent(), files);
 }
 
-} // namespace
-
-void settleInterruptedMove(const Path& from, const Path& to, FileSystem& files, const PathPolicy& policy) {
-    if (policy.checkMove(from, to, files)) return;
+/// What stays of the original of a move that arrived. What cannot be settled now stays where it is and is
+/// found the next time.
+std::optional<MoveRemains> settled(const Path& from, const Path& to, FileSystem& files,
+                                   const PathPolicy& policy) {
+    if (policy.checkMove(from, to, files)) return std::nullopt;
     // Moves go along resolved parents, so that is where their remains lie.
     const auto realFrom = files.resolveParent(from);
     const auto realTo = files.resolveParent(to);
-    // Remains that cannot be settled now stay where they are and are found the next time.
-    if (realFrom && realTo) (void)files.settleInterruptedMove(*realFrom, *realTo);
+    if (!realFrom || !realTo) return std::nullopt;
+    return files.settleInterruptedMove(*realFrom, *realTo).value_or(std::nullopt);
 }
 
-void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, FileSystem& files,
-                            const PathPolicy& policy) {
-    for (const auto& entry : planned)
-        if (entry.kind == ManifestEntryKind::move && entry.destination)
-            settleInterruptedMove(Path(entry.source), Path(*entry.destination), files, policy);
+} // namespace
+
+void settleInterruptedMove(const Path& from, const Path& to, FileSystem& files, const PathPolicy& policy) {
+    (void)settled(from, to, files, policy);
+}
+
+void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrites strayWrites,
+                            FileSystem& files, const PathPolicy& policy) {
+    for (const auto& entry : planned) {
+        if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
+        const auto remains = settled(Path(entry.source), Path(*entry.destination), files, policy);
+        const bool isStray = remains && remains->fault == FileFault::busy;
+        if (!isStray || strayWrites == StrayWrites::stayAside) continue;
+        if (const auto real = files.resolveParent(Path(entry.source))) (void)files.revealRemains(*real);
+    }
 }
 
 RunObservation observe(const std::vector<ManifestEntry>& planned, const FileSystem& files) {

@@ -12,9 +12,15 @@ namespace tidwen {
 /// safety policy would not let move is not looked at either: the two paths come from a file in the Trash.
 void settleInterruptedMove(const Path& from, const Path& to, FileSystem& files, const PathPolicy& policy);
 
+/// What somebody wrote into an original while it was moved has no copy.
+enum class StrayWrites {
+    stayAside,
+    getAName, ///< in the old place, that people see
+};
+
 /// The same for every move of a run.
-void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, FileSystem& files,
-                            const PathPolicy& policy);
+void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrites strayWrites,
+                            FileSystem& files, const PathPolicy& policy);
 
 /// What the disk tells of a run's plan.
 struct RunObservation {

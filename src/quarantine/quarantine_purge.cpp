@@ -148,6 +148,7 @@ int QuarantinePurge::purgeExpired(int days, Timestamp now) {
     if (days <= 0) return 0;
     int removed = 0;
     for (const auto& entry : expiredEntries(loadHistory(user_, files_, false), days, now)) {
+        if (!hasTrustworthyDate(entry.manifest, now)) continue;
         if (validate(entry.root) || !removeRun(entry.root)) {
             log_.warning("Automatic purge refused {}", entry.root.string());
             continue;

@@ -24,7 +24,7 @@ tl::expected<Manifest, UnfinishedRun> recover(const Path& root, const PathPolicy
         log.warning("Unreadable removal journal at {}: {}", root.string(), journal.error().detail);
         return tl::unexpected(UnfinishedRun{.root = root, .problem = Problem::unreadableJournal});
     }
-    settleInterruptedMoves(journal->planned, files, policy);
+    settleInterruptedMoves(journal->planned, StrayWrites::getAName, files, policy);
     const auto run = readUnfinishedRun(root, files);
     if (!run || !run->known) return tl::unexpected(UnfinishedRun{.root = root}); // changed under our hands
     if (run->problem == Problem::unsettled) {

@@ -9,8 +9,8 @@ namespace tidwen {
 /// neither is there.
 FileResult<void> beginRun(const RemovalJournal& journal, FileSystem& files);
 
-/// Writes the manifest into its quarantine folder, on a full disk in the space that was held for it, and drops
-/// the journal. After an error the journal is still there.
+/// Writes the manifest into its quarantine folder, on a full disk in the space that was held for it, and
+/// drops the journal. After an error the journal is still there.
 FileResult<void> finishRun(const Manifest& manifest, FileSystem& files);
 
 } // namespace tidwen

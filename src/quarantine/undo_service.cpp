@@ -74,6 +74,7 @@ class UndoRun {
         runQueued(ports_.privilegedRunner);
         for (const auto& step : order)
             if (step.afterBatch) restore(step);
+        revealRemains();
         queueJobs(false);
         runQueued(ports_.userRunner);
         removeEmptiedFolders();
@@ -93,7 +94,7 @@ class UndoRun {
         const Path source(entry.source);
         // Looked for first: judging costs more, and a manifest may name any number of items that are not
         // there.
-        if (isMissing(from) && !ports_.files.isSetAside(from)) return restoreMissing(source);
+        if (isMissing(from) && !ports_.files.isSetAside(from)) return restoreMissing(from, source);
         if (isBlocked(from, source)) return fail(entry.source, {blockedBySafetyPolicyKey});
         if (isMissing(from) && finishEarlierUndo(from, source)) return void(++report_.restoredCount);
         if (isMissing(from)) return fail(entry.source, {moveUnfinishedKey});
@@ -109,13 +110,40 @@ class UndoRun {
         countRestored(move, source);
     }
 
-    /// Not in quarantine: back already, still on its way there, or gone.
-    void restoreMissing(const Path& source) {
+    /// Not in quarantine: back already, set aside on its way there, or gone.
+    void restoreMissing(const Path& from, const Path& source) {
         if (ports_.files.exists(source)) {
             ++report_.alreadyBack;
             --report_.totalCount;
+        } else if (!ports_.files.isSetAside(source)) {
+            fail(source.string(), {notInQuarantineKey});
+        } else if (isBlocked(from, source)) {
+            fail(source.string(), {blockedBySafetyPolicyKey});
+        } else if (reveal(source)) {
+            ++report_.restoredCount;
         } else {
-            fail(source.string(), {ports_.files.isSetAside(source) ? moveUnfinishedKey : notInQuarantineKey});
+            fail(source.string(), {moveUnfinishedKey});
+        }
+    }
+
+    /// Gives what a move between disks left aside its name, or one beside it.
+    bool reveal(const Path& source) {
+        const auto real = ports_.files.resolveParent(source);
+        const auto places = real ? ports_.files.revealRemains(*real) : tl::unexpected(real.error());
+        if (!places) return false;
+        for (const auto& place : *places)
+            if (place != *real) report_.renamed.push_back(place);
+        return true;
+    }
+
+    /// What somebody wrote into an item while it was moved away belongs beside it again.
+    void revealRemains() {
+        for (const auto& entry : manifest_.entries) {
+            if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
+            const Path source(entry.source);
+            if (!ports_.files.isSetAside(source) || !isMissing(Path(*entry.destination))) continue;
+            if (isBlocked(Path(*entry.destination), source)) continue;
+            if (!reveal(source)) fail(entry.source, {moveUnfinishedKey});
         }
     }
 
@@ -246,7 +274,8 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root) const 
         return std::move(entry->manifest);
     }
     if (const auto journal = readJournal(root, ports_.files)) {
-        settleInterruptedMoves(journal->planned, ports_.files, PathPolicy(user_));
+        // What goes back takes its own place; what was written there since gets a name beside it.
+        settleInterruptedMoves(journal->planned, StrayWrites::stayAside, ports_.files, PathPolicy(user_));
         auto seen = observe(journal->planned, ports_.files);
         Manifest known{.createdAt = journal->createdAt,
                        .quarantineRoot = root,

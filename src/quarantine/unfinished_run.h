@@ -33,8 +33,8 @@ struct UnfinishedRun {
 /// "interrupted" and so on, as in JSON.
 std::string_view name(UnfinishedRun::Problem problem);
 
-/// The run in the quarantine folder `root`, by what lies there now; nothing when it has a readable manifest or
-/// neither of the two documents. Only looks.
+/// The run in the quarantine folder `root`, by what lies there now; nothing when it has a readable manifest
+/// or neither of the two documents. Only looks.
 std::optional<UnfinishedRun> readUnfinishedRun(const Path& root, const FileSystem& files);
 
 /// By the names of their folders.

@@ -114,14 +114,15 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
 }
 
 /// Why the run's journal stays in place of a manifest; recovery looks at it again.
-std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal,
-                                                 const RemovalReport& report) const {
+std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal, RemovalReport& report) const {
     const auto& root = journal.quarantineRoot;
     const auto unsettled = observe(journal.planned, ports_.files).unsettled;
-    for (const auto& entry : unsettled)
+    for (const auto& entry : unsettled) {
         ports_.log.error("The journal stays in {}, a move was left unfinished: {}", root.string(),
                          entry.source);
-    if (!unsettled.empty()) return Message{"failure.moveUnfinished %@", {unsettled.front().source}};
+        report.unsettled.push_back(entry.source);
+    }
+    if (!unsettled.empty()) return Message{"failure.moveUnfinished"};
 
     const ObservedResults observed(report.operations, ports_.files);
     if (std::ranges::any_of(report.results,

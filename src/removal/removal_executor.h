@@ -31,7 +31,7 @@ class RemovalExecutor {
                                       RemovalMode mode, Timestamp date);
 
   private:
-    std::optional<Message> conclude(const RemovalJournal& journal, const RemovalReport& report) const;
+    std::optional<Message> conclude(const RemovalJournal& journal, RemovalReport& report) const;
 
     Ports ports_;
 };

@@ -22,9 +22,9 @@ std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chos
     const auto plan = buildRemovalPlan(chosen, {user.trash(), chosen.size() > 1}, mode, texts);
     auto items = unmovableItems(plan, files, rights);
     if (items.empty()) return std::nullopt;
-    return RemovalRefusal{{"error.unmovableItems %@ %lld",
-                           {printable(items.back().string()), std::to_string(items.size())}},
-                          items};
+    return RemovalRefusal{
+        {"error.unmovableItems %@ %lld", {printable(items.back().string()), std::to_string(items.size())}},
+        items};
 }
 
 } // namespace tidwen

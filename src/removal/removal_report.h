@@ -37,6 +37,9 @@ struct RemovalReport {
     /// Why there is no manifest. The journal then stays in the folder; undo takes it instead, and recovering
     /// interrupted runs makes the manifest from it.
     std::optional<Message> manifestFailure = {};
+    /// The old places of items that are not all in quarantine: something of them was left beside, or the move
+    /// was not finished. Recovery tries again.
+    std::vector<std::string> unsettled = {};
 
     struct Failure {
         RemovalOperation operation;

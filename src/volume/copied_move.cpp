@@ -1,6 +1,7 @@
 #include "volume/copied_move.h"
 
 #include "base/numbered_name.h"
+#include "platform/move_remains.h"
 #include "volume/durable_write.h"
 #include "volume/exclusive_rename.h"
 #include "volume/file_faults.h"
@@ -186,7 +187,7 @@ class CopiedMove {
 
     const MoveEnd& from_;
     const MoveEnd& to_;
-    const std::string copy_ = nameBeside(".tidwen-copy-", to_.place.name);
+    const std::string copy_ = nameBeside(growingCopyPrefix, to_.place.name);
 };
 
 } // namespace

@@ -47,12 +47,14 @@ TEST_F(Purge, AgeDecidesWhatExpires) {
     const auto now = runDate + day * 7;
     const auto atCutOff = run("Edge"), older = run("Old", runDate - std::chrono::seconds(1));
     const auto future = run("Future", now + day);
+    const auto byAWrongClock = run("Wrong", *parseIso8601("2001-01-01T00:10:00Z"));
     EXPECT_EQ(purger().purgeExpired(0, now + day * 900), 0);
     user.userID += 1; // never a prompt, whoever owns the items
     EXPECT_EQ(purger().purgeExpired(7, now), 1);
     EXPECT_FALSE(volume.exists(older.string()));
     EXPECT_TRUE(volume.exists(atCutOff.string()));
     EXPECT_TRUE(volume.exists(future.string()));
+    EXPECT_TRUE(volume.exists(byAWrongClock.string()));
     EXPECT_TRUE(scripts.empty());
 }
 

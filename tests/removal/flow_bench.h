@@ -11,12 +11,12 @@
 
 namespace tidwen::test {
 
-/// The flow over a volume with three applications and an orphan, stepped by hand.
+/// The flow over a volume with four applications and an orphan, stepped by hand.
 class FlowBench : public SteppedQueues {
   public:
     FlowBench() {
         clock.time = *parseIso8601("2026-11-14T17:26:00Z");
-        for (const std::string name : {"Alpine", "Birch", "Cedar"}) {
+        for (const std::string name : {"Alpine", "Birch", "Cedar", "Dogwood"}) {
             writeBundle(volume, bundle(name).string(), "com.example." + name, name);
             volume.write(cache(name).string(), "x");
         }

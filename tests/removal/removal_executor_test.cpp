@@ -1,4 +1,5 @@
 #include "quarantine/recovery.h"
+#include "quarantine/undo_service.h"
 #include "removal/removal_executor.h"
 #include "removal/unmovable_items.h"
 #include "support/fixtures.h"
@@ -85,11 +86,76 @@ TEST_F(Executor, AMoveThatNeitherEndedNorWasTakenBackIsLeftToRecovery) {
         return Message{"failure.file.io"};
     };
     const auto report = execute({move(1, "a", false)});
-    EXPECT_EQ(report->manifestFailure, (Message{"failure.moveUnfinished %@", {"/Library/Caches/a"}}));
+    EXPECT_EQ(report->manifestFailure, Message{"failure.moveUnfinished"});
     EXPECT_TRUE(hasJournal());
     recoverInterruptedRemovals(alice(), volume.files(), SystemClock(), log);
     EXPECT_TRUE(volume.exists("/Library/Caches/a"));
     EXPECT_THAT(manifestIDs(), IsEmpty());
+}
+
+TEST_F(Executor, WhatSomebodyWroteIntoAnItemWhileItWasMovedIsNotForgotten) {
+    user.answer = [&](const auto&) {
+        (void)volume.files().move(Path("/Library/Caches/a"), root / "a");
+        volume.write("/Library/Caches/.tidwen-moved-a", "written since");
+        return std::nullopt;
+    };
+    for (const bool isRecovered : {true, false}) {
+        volume.makeFolder(root.string());
+        const auto report = execute({move(1, "a", false)});
+        EXPECT_THAT(report->unsettled, ElementsAre("/Library/Caches/a"));
+        EXPECT_TRUE(hasJournal());
+        if (isRecovered) {
+            recoverInterruptedRemovals(alice(), volume.files(), SystemClock(), log);
+            EXPECT_EQ(volume.read("/Library/Caches/a"), "written since");
+            EXPECT_THAT(manifestIDs(), ElementsAre(1));
+            EXPECT_FALSE(hasJournal());
+        }
+        const auto undone =
+            UndoService({volume.files(), administrator, user, Texts(), log}, alice()).undoRun(root);
+        ASSERT_TRUE(undone);
+        EXPECT_EQ(undone->restoredCount, 1);
+        const std::string first = isRecovered ? "written since" : "a";
+        EXPECT_EQ(volume.read("/Library/Caches/a"), first);
+        EXPECT_EQ(volume.read("/Library/Caches/a 2"), isRecovered ? "a" : "written since");
+        for (const auto* item : {"/Library/Caches/a", "/Library/Caches/a 2"})
+            std::filesystem::remove(volume.host(item));
+        std::filesystem::remove_all(volume.host(root.string()));
+    }
+}
+
+TEST_F(Executor, AJobWhoseAnswerWasLostIsLookedForByItsPropertyList) {
+    const Uuid moved = Uuid::random(), kept = Uuid::random();
+    const auto job = [](int id, const Uuid& trace) {
+        return RemovalOperation{.id = id,
+                                .kind = operation::Bootout{"job", true},
+                                .requiresRoot = true,
+                                .displayName = "job",
+                                .traceID = trace,
+                                .bundleID = "n"};
+    };
+    std::vector plan = {job(1, moved), job(2, kept), move(3, "moved", true), move(4, "kept", true)};
+    plan[2].traceID = moved;
+    plan[3].traceID = kept;
+    for (const char* answer : {"failure.noResult", "failure.timedOut", "failure.adminCancelled"}) {
+        SCOPED_TRACE(answer);
+        volume.makeFolder(root.string());
+        administrator.answer = [&](const RemovalOperation& each) {
+            if (each.id == 3) (void)volume.files().move(Path("/Library/Caches/moved"), root / "moved");
+            return Message{answer};
+        };
+        const auto report = execute(plan);
+        // After a time-out the batch's shell may still move the other one.
+        const bool mayGoOn = answer == std::string("failure.timedOut");
+        EXPECT_EQ(report->manifestFailure.has_value(), mayGoOn);
+        EXPECT_EQ(hasJournal(), mayGoOn);
+        if (mayGoOn) recoverInterruptedRemovals(alice(), volume.files(), SystemClock(), log);
+        if (answer == std::string("failure.adminCancelled"))
+            EXPECT_THAT(manifestIDs(), ElementsAre(3));
+        else
+            EXPECT_THAT(manifestIDs(), ElementsAre(1, 3));
+        std::filesystem::remove_all(volume.host(root.string()));
+        volume.write("/Library/Caches/moved", "");
+    }
 }
 
 TEST_F(Executor, AMoveThatWasMadeButNotReportedIsInTheManifest) {

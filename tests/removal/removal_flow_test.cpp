@@ -1,6 +1,7 @@
 #include "removal/flow_bench.h"
 
 #include "support/matchers.h"
+#include "support/unprivileged.h"
 
 namespace tidwen::test {
 namespace {
@@ -100,6 +101,7 @@ TEST(RemovalFlow, AsksAboutEachApplicationThatDoesNotQuit) {
 
     ASSERT_EQ(bench.stage(), "report");
     EXPECT_EQ(std::get<stage::Report>(bench.model->stage()).report.apps.size(), 2u);
+    EXPECT_EQ(bench.model->subject(), "report.subject.apps 2") << "who was left out does not count";
     EXPECT_FALSE(bench.has(bench.bundle("Birch")));
     EXPECT_TRUE(bench.has(bench.bundle("Cedar")));
 
@@ -165,9 +167,7 @@ TEST(RemovalFlow, AResetKeepsTheApplicationAndGoingBackTakesItAgain) {
     EXPECT_THAT(bench.selected(), UnorderedElementsAre(cache, permissions));
     EXPECT_THAT(bench.model->leftInPlace(), IsEmpty()) << "what a reset keeps was not forgotten";
     bench.model->setMode(RemovalMode::uninstall);
-    bench.model->selectDefaults();
-    bench.model->setMode(RemovalMode::reset);
-    bench.model->setMode(RemovalMode::uninstall);
+    EXPECT_THAT(bench.selected(), UnorderedElementsAre(app, cache, permissions));
     EXPECT_THAT(bench.selected(), UnorderedElementsAre(app, cache, permissions));
     bench.model->setMode(RemovalMode::reset);
     bench.model->confirm();
@@ -198,34 +198,84 @@ TEST(RemovalFlow, StartsWithRecoveryAndPurgesWhatIsPastItsTime) {
     FlowBench bench;
     bench.preferences.quarantineRetention.set("thirtyDays");
     std::vector<Path> roots;
-    for (const auto& [name, age] :
-         {std::pair("Alpine", 40), std::pair("Birch", -40), std::pair("Cedar", 1)}) {
+    for (const auto& [name, age] : {std::pair("Alpine", 40), std::pair("Birch", -40), std::pair("Cedar", 1),
+                                    std::pair("Dogwood", 50)}) {
         bench.clock.time -= std::chrono::days(age);
         bench.remove({name});
         bench.clock.time += std::chrono::days(age);
         roots.push_back(std::get<stage::Report>(bench.model->stage()).report.quarantineRoot);
         bench.model->close();
     }
-    const auto cut = readManifest(roots[2], bench.volume.files()).value();
-    ASSERT_TRUE(writeJournal({.createdAt = cut.createdAt,
-                              .quarantineRoot = cut.quarantineRoot,
-                              .apps = cut.apps,
-                              .planned = cut.entries},
-                             roots[2] / journalFileName, bench.volume.files()));
-    ASSERT_TRUE(bench.volume.files().removeFile(roots[2] / manifestFileName));
+    for (const auto& root : {roots[2], roots[3]}) {
+        const auto cut = readManifest(root, bench.volume.files()).value();
+        ASSERT_TRUE(writeJournal({.createdAt = cut.createdAt,
+                                  .quarantineRoot = cut.quarantineRoot,
+                                  .apps = cut.apps,
+                                  .planned = cut.entries},
+                                 root / journalFileName, bench.volume.files()));
+        ASSERT_TRUE(bench.volume.files().removeFile(root / manifestFileName));
+    }
 
     bench.model->start();
     bench.settle();
     EXPECT_FALSE(bench.has(roots[0]));
     EXPECT_TRUE(bench.has(roots[1])) << "its date lies in the future";
-    ASSERT_TRUE(bench.model->recoveryNotice());
-    EXPECT_EQ(bench.model->recoveryNotice()->manifest.apps.front().name, "Cedar");
+    EXPECT_THAT(eachOf(bench.model->recoveryNotices(),
+                       [](const auto& notice) { return notice.manifest.apps.front().name; }),
+                ElementsAre("Cedar", "Dogwood"));
+    EXPECT_TRUE(bench.has(roots[3])) << "what this start recovered is not purged by its age at once";
     bench.model->start();
     EXPECT_EQ(bench.background.drain(), 0u) << "once per launch";
     bench.model->undoRecovered();
     bench.settle();
     EXPECT_TRUE(bench.has(bench.bundle("Cedar")));
+    EXPECT_EQ(bench.model->recoveryNotice()->manifest.apps.front().name, "Dogwood");
+    bench.model->dismissRecoveryNotice();
     EXPECT_FALSE(bench.model->recoveryNotice());
+}
+
+TEST(RemovalFlow, AnApplicationAndItsDataGoTogetherOrNotAtAll) {
+    FlowBench bench;
+    const Path got("/Users/alice/Downloads/Alpine.app"), linked("/Applications/Linked.app");
+    writeBundle(bench.volume, got.string(), "com.example.Alpine", "Alpine");
+    bench.volume.link(linked.string(), "/opt/apps/Cedar.app");
+    writeBundle(bench.volume, "/opt/apps/Cedar.app", "com.example.Cedar", "Cedar");
+    for (const auto& [app, reason] :
+         {std::pair(got, "error.protectedPlace Alpine " + got.string()),
+          std::pair(linked, std::string("error.reachedThroughLink Cedar /opt/apps/Cedar.app"))}) {
+        bench.model->loadTargets({app});
+        bench.settle();
+        ASSERT_TRUE(bench.model->refusal());
+        bench.model->confirm();
+        bench.settle();
+        EXPECT_EQ(bench.stage(), "review");
+        EXPECT_EQ(bench.model->errorMessage(), reason);
+        EXPECT_TRUE(bench.has(bench.cache("Alpine")) && bench.has(bench.cache("Cedar")));
+        EXPECT_THAT(bench.running.asked, IsEmpty());
+        bench.model->close();
+    }
+    bench.model->loadTargets({got});
+    bench.settle();
+    for (const auto& result : bench.model->found())
+        for (const auto& trace : result.traces)
+            if (trace.category == TraceCategory::application) bench.model->setSelected({trace.id}, false);
+    EXPECT_EQ(bench.model->subject(), "report.subject.of report.subject.items 2 Alpine");
+    bench.model->confirm();
+    bench.settle();
+    EXPECT_EQ(bench.stage(), "report") << "data alone is an explicit choice";
+    EXPECT_TRUE(bench.has(got) && !bench.has(bench.cache("Alpine")));
+}
+
+TEST(RemovalFlow, NamesWhatTheRightsDoNotSufficeFor) {
+    FlowBench bench;
+    giveToUnprivileged(bench.volume.hostRoot());
+    std::filesystem::permissions(bench.volume.host("/Applications"), std::filesystem::perms(0555));
+    asUnprivileged([&] {
+        bench.remove({"Alpine"});
+        EXPECT_EQ(bench.stage(), "review");
+        EXPECT_THAT(bench.model->unmovableItems(), ElementsAre(bench.bundle("Alpine")));
+        EXPECT_TRUE(bench.has(bench.cache("Alpine")));
+    });
 }
 
 TEST(RemovalFlow, WorkThatComesBackLateChangesNothing) {

@@ -25,7 +25,10 @@ choose(const std::vector<RemovalHistoryEntry>& history, const CommandContext& co
         const AppPreferences preferences(mac.system.defaults);
         const int kept = days(quarantineRetention(preferences.quarantineRetention.get()));
         if (kept == 0) return tl::unexpected(Message{"cli.purge.keptForEver"});
-        return expiredEntries(history, kept, mac.system.clock.now());
+        const auto now = mac.system.clock.now();
+        auto old = expiredEntries(history, kept, now);
+        std::erase_if(old, [&](const auto& entry) { return !hasTrustworthyDate(entry.manifest, now); });
+        return old;
     }
     std::vector<RemovalHistoryEntry> chosen;
     for (const auto& word : words) {
