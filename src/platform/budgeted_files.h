@@ -66,6 +66,7 @@ class BudgetedFiles : public FileSystem {
     FileResult<void> replaceFile(const Path& file, std::string_view, NewFileMode) override {
         return refused(file);
     }
+    void dropUnfinishedReplacement(const Path&) override {}
     FileResult<void> removeFile(const Path& file) override { return refused(file); }
     FileResult<void> removeEmptyDirectory(const Path& folder) override { return refused(folder); }
     FileResult<void> removeTree(const Path& folder) override { return refused(folder); }

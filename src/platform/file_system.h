@@ -167,6 +167,9 @@ class FileSystem {
     /// same folder, flushed, renamed over, folder flushed. Permissions, owner and extended attributes of a
     /// file that it replaces are kept with `likeExisting`.
     virtual FileResult<void> replaceFile(const Path& file, std::string_view content, NewFileMode mode) = 0;
+    /// Takes away what a kill in the middle of `replaceFile` left beside the file, unless somebody is writing
+    /// it.
+    virtual void dropUnfinishedReplacement(const Path& file) = 0;
     /// Removes a plain file or a link and flushes its folder.
     virtual FileResult<void> removeFile(const Path& file) = 0;
     /// Removes a folder that is empty.

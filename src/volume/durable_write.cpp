@@ -28,6 +28,10 @@ int removeStale(int folder, const char* name) {
     return ::unlinkat(folder, name, 0) == 0 || errno == ENOENT ? 0 : errno;
 }
 
+std::string replacementName(const Place& place) {
+    return nameBeside(".tidwen-new-", place.name);
+}
+
 OsResult<Descriptor> createTemporary(int folder, const char* name) {
     for (int attempt = 0; attempt < 10; ++attempt) {
         Descriptor file(::openat(folder, name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
@@ -104,7 +108,7 @@ FileResult<void> replaceDurably(const Place& place, const Path& file, std::strin
     const auto existing = statItem(folder, place.name.c_str());
     if (existing && S_ISDIR(existing->st_mode)) return refused(file, FileFault::isDirectory);
 
-    const std::string temporary = nameBeside(".tidwen-new-", place.name);
+    const std::string temporary = replacementName(place);
     auto created = createTemporary(folder, temporary.c_str());
     if (!created) return failed(file, created.error());
     int fault = writeFully(created->get(), content);
@@ -119,6 +123,10 @@ FileResult<void> replaceDurably(const Place& place, const Path& file, std::strin
     }
     if (const int flush = flushFolder(folder)) return failed(file, flush);
     return {};
+}
+
+void dropStaleReplacement(const Place& place) {
+    removeStale(place.folder.get(), replacementName(place).c_str());
 }
 
 std::string nameBeside(std::string_view prefix, std::string_view name) {

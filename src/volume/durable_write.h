@@ -28,6 +28,9 @@ int writeFully(int descriptor, std::string_view bytes);
 FileResult<void> replaceDurably(const Place& place, const Path& file, std::string_view content,
                                 NewFileMode mode, const std::optional<Ownership>& owner);
 
+/// What `FileSystem::dropUnfinishedReplacement` promises.
+void dropStaleReplacement(const Place& place);
+
 /// `prefix` + `name`; where that exceeds the 255 bytes of a name, the end is replaced by a hash of the name.
 std::string nameBeside(std::string_view prefix, std::string_view name);
 

@@ -45,6 +45,7 @@ std::optional<Message> deletePermissionRows(FileSystem& files, const Path& datab
     const auto opened = readPrivacyDatabase(files, database, true);
     if (!opened && opened.error() == PrivacyDatabaseError::missing) return std::nullopt;
     if (!opened) return failure;
+    files.dropUnfinishedReplacement(*file); // also where no row is left to delete
 
     const auto deleted = deleteRows(opened->handle(), client, service);
     if (!deleted) return failure;

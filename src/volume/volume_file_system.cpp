@@ -321,6 +321,10 @@ FileResult<void> VolumeFileSystem::replaceFile(const Path& file, std::string_vie
     return replaceDurably(*place, file, content, mode, impl_->ownerOfNew(file));
 }
 
+void VolumeFileSystem::dropUnfinishedReplacement(const Path& file) {
+    if (const auto place = impl_->resolver.placeForChange(file)) dropStaleReplacement(*place);
+}
+
 FileResult<void> VolumeFileSystem::removeFile(const Path& file) {
     const auto place = impl_->resolver.placeForChange(file);
     if (!place) return tl::unexpected(place.error());

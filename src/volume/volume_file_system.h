@@ -44,6 +44,7 @@ class VolumeFileSystem : public FileSystem {
     bool isSetAside(const Path& from) const override;
     FileResult<std::vector<Path>> revealRemains(const Path& from) override;
     FileResult<void> replaceFile(const Path& file, std::string_view content, NewFileMode mode) override;
+    void dropUnfinishedReplacement(const Path& file) override;
     FileResult<void> removeFile(const Path& file) override;
     FileResult<void> removeEmptyDirectory(const Path& folder) override;
     FileResult<void> removeTree(const Path& folder) override;

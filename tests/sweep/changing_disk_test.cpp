@@ -77,6 +77,7 @@ class WatchedFiles : public FileSystem {
     FileResult<void> replaceFile(const Path& file, std::string_view content, NewFileMode mode) override {
         return files_.replaceFile(file, content, mode);
     }
+    void dropUnfinishedReplacement(const Path& file) override { files_.dropUnfinishedReplacement(file); }
     FileResult<void> removeFile(const Path& file) override { return files_.removeFile(file); }
     FileResult<void> removeEmptyDirectory(const Path& folder) override {
         return files_.removeEmptyDirectory(folder);

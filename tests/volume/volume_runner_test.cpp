@@ -107,7 +107,10 @@ TEST_F(VolumeRunnerTest, PermissionsAreResetInBothDatabases) {
     EXPECT_EQ(volume_.read(systemDatabase)[18], 2);
 
     const auto before = inode(volume_.host(userDatabase));
+    const auto leftByAKill = Path(userDatabase).parent() / ".tidwen-new-TCC.db";
+    volume_.write(leftByAKill.string(), "half of it");
     EXPECT_EQ(reset(), "none");
+    EXPECT_FALSE(volume_.exists(leftByAKill.string()));
     EXPECT_EQ(inode(volume_.host(userDatabase)), before) << "without rows the file is not even written";
 }
 
