@@ -129,7 +129,6 @@ class CopiedMove {
         if (!now || !(*now == before)) return putBack(aside, from_.path, now ? EBUSY : now.error());
         if (const int refusal = renameExclusively(target(), copy_.c_str(), target(), finalName()))
             return putBack(aside, to_.path, refusal);
-        flushFolder(target());
         return removeAside(aside, before);
     }
 
@@ -148,7 +147,9 @@ class CopiedMove {
     }
 
     /// The item is complete at its destination: what cannot be removed any more does not undo the move.
+    /// Nothing is removed before the new name is on the disk.
     std::optional<MoveRemains> removeAside(const std::string& aside, const TreeRecord& known) {
+        if (const int fault = flushFolder(target())) return remainsAt(aside, faultOf(fault));
         const int fault = removeTree(source(), aside.c_str(), &known);
         flushFolder(source());
         if (!isTaken(source(), aside.c_str())) return std::nullopt;
@@ -173,7 +174,6 @@ class CopiedMove {
         if (!isPlaced) {
             if (const int fault = renameExclusively(target(), copy, target(), finalName()))
                 return failed(to_.path, fault);
-            flushFolder(target());
         }
         return Completion{true, removeAside(aside, *known)};
     }

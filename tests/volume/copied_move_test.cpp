@@ -291,15 +291,19 @@ TEST_F(CopiedMove, WhatIsWrittenMeanwhileIsNotLost) {
 /// What refuses to go is told, taken away as soon as that is possible, and not in the way of the next move.
 TEST_F(CopiedMove, WhatCannotBeRemovedIsToldAndRemovedLater) {
     const auto files = openVolume();
-    const MoveRemains first{hereAt(".tidwen-moved-app"), FileFault::io},
-        second{hereAt(".tidwen-moved2-app"), FileFault::io};
-    for (const auto& [name, remains] : {std::pair{"one", first}, std::pair{"two", second}}) {
-        writeFile(here.path() / "app/inner/file", name);
-        inChild([&, name = name, remains = remains] {
-            ASSERT_TRUE(refuseSystemCall(SYS_unlinkat, EIO));
-            EXPECT_EQ(files->move(hereAt("app"), awayAt(name)).value(), remains);
+    const struct {
+        std::string name, aside;
+        long call;
+    } cases[] = {{"one", ".tidwen-moved-app", SYS_unlinkat}, {"two", ".tidwen-moved2-app", SYS_fsync}};
+    for (const auto& each : cases) {
+        writeFile(here.path() / "app/inner/file", each.name);
+        inChild([&] {
+            ASSERT_TRUE(refuseSystemCall(each.call, EIO));
+            EXPECT_EQ(files->move(hereAt("app"), awayAt(each.name)).value(),
+                      (MoveRemains{hereAt(each.aside), FileFault::io}));
         });
-        EXPECT_EQ(contentOf(away / name / "inner/file"), name);
+        EXPECT_EQ(contentOf(away / each.name / "inner/file"), each.name);
+        EXPECT_EQ(contentOf(here.path() / each.aside / "inner/file"), each.name);
     }
     EXPECT_TRUE(files->isSetAside(hereAt("app")));
     for (const auto* name : {"one", "two"})

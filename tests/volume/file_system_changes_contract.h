@@ -150,21 +150,6 @@ TEST_P(FileSystemContract, RemovesTreesAndNothingBeyond) {
     EXPECT_EQ(contentOf("/kept/file"), "content");
 }
 
-TEST_P(FileSystemContract, RemovesTreesDeeperThanAnyPath) {
-    makeFolder("/deep");
-    int deepest = ::open(host("/deep").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    for (int level = 0; level < 5000; ++level) {
-        ASSERT_EQ(::mkdirat(deepest, "d", 0700), 0);
-        const int below = ::openat(deepest, "d", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        ::close(deepest);
-        deepest = below;
-    }
-    ::close(deepest);
-    EXPECT_EQ(files->holdsOthersItems(Path("/deep"), ::geteuid()), false);
-    EXPECT_EQ(outcome(files->removeTree(Path("/deep"))), "ok");
-    EXPECT_FALSE(files->exists(Path("/deep")));
-}
-
 TEST_P(FileSystemContract, LocksBetweenProcesses) {
     write("/file");
     makeFolder("/folder");

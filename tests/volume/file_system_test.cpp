@@ -180,6 +180,24 @@ TEST(VolumeFileSystem, NeverReplacesWhereTheExclusiveRenameIsRefused) {
 
 #endif
 
+TEST(VolumeFileSystem, RemovesTreesDeeperThanAnyPath) {
+    const auto skipped = withSmallDisk(64u << 20, [](const std::filesystem::path& disk) {
+        int folder = ::open(disk.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        for (int level = 0; level < 20'000; ++level) {
+            ASSERT_EQ(::mkdirat(folder, "deep", 0700), 0);
+            const int below = ::openat(folder, "deep", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+            ::close(folder);
+            folder = below;
+        }
+        ::close(folder);
+        const auto files = openVolume(disk, VolumeFileSystem::Resolver::automatic);
+        EXPECT_EQ(files->holdsOthersItems(Path("/deep"), ::geteuid()), false);
+        EXPECT_EQ(outcome(files->removeTree(Path("/deep"))), "ok");
+        EXPECT_FALSE(files->exists(Path("/deep")));
+    });
+    if (skipped) GTEST_SKIP() << *skipped;
+}
+
 /// A folder of the same disk mounted once more: only the number of its mount tells it from a plain one.
 TEST(VolumeFileSystem, EntersNothingThatIsMounted) {
     const auto skipped = withSmallDisk(1u << 20, [](const std::filesystem::path& disk) {
