@@ -1,6 +1,8 @@
 #include "quarantine/quarantine_purge.h"
 
+#include "base/numbered_name.h"
 #include "base/text.h"
+#include "base/uuid.h"
 #include "operations/admin_batch.h"
 #include "quarantine/quarantine_layout.h"
 #include "scan/path_policy.h"
@@ -11,8 +13,13 @@ namespace tidwen {
 
 namespace {
 
-// Deeper than any real tree; a deeper one counts as somebody else's, which only costs a prompt.
-constexpr int deepestLook = 200;
+/// What root is asked for bears such a name meanwhile, the item's own behind it.
+constexpr std::string_view hiddenPrefix = ".tidwen-purge-";
+constexpr std::size_t uuidLength = 36;
+
+bool isSamePlace(const Path& a, const Path& b) {
+    return fileNameKey(a.string()) == fileNameKey(b.string());
+}
 
 QuarantinePurge::Failure refuse(QuarantinePurge::Failure::Kind kind, const Path& folder) {
     return {kind, folder.string(), {}};
@@ -25,6 +32,8 @@ std::optional<Message> QuarantinePurge::Failure::describe() const {
     case Kind::notAQuarantineFolder:
     case Kind::escapesThroughSymlink:
         return Message{blockedBySafetyPolicyKey};
+    case Kind::unsettled:
+        return Message{"failure.purge.unsettled"};
     case Kind::elevatedDeleteFailed:
         return noScript ? *noScript
                         : Message{"%@", {text}}; // the tool's own words, which no language file can know
@@ -55,44 +64,93 @@ std::string purgeScript(const std::vector<Path>& items) {
 std::optional<QuarantinePurge::Failure> QuarantinePurge::validate(const Path& folder) const {
     const auto trash = user_.trash().standardized();
     const auto path = folder.standardized();
-    if (path.parent() != trash || !path.lastComponent().starts_with(quarantineFolderPrefix))
+    if (!isSamePlace(path.parent(), trash)
+        || !fileNameKey(path.lastComponent()).starts_with(fileNameKey(quarantineFolderPrefix)))
         return refuse(Failure::Kind::notAQuarantineFolder, folder);
     // A Trash that is a link would lead the administrator's script elsewhere.
-    if (const auto place = files_.info(trash); place && place->kind != FileKind::directory)
+    const auto trashInfo = files_.info(trash);
+    if (trashInfo && trashInfo->kind != FileKind::directory)
         return refuse(Failure::Kind::escapesThroughSymlink, folder);
     const auto realTrash = files_.resolve(trash);
     const auto realPath = files_.resolve(path);
-    if (!realTrash || !realPath) return refuse(Failure::Kind::notAQuarantineFolder, folder);
-    if (realPath->parent() != *realTrash) return refuse(Failure::Kind::escapesThroughSymlink, folder);
+    if (!trashInfo || !realTrash || !realPath) return refuse(Failure::Kind::notAQuarantineFolder, folder);
+    if (!isSamePlace(realPath->parent(), *realTrash))
+        return refuse(Failure::Kind::escapesThroughSymlink, folder);
     const auto info = files_.info(path);
     if (!info || info->kind != FileKind::directory)
         return refuse(Failure::Kind::escapesThroughSymlink, folder);
+    // What is mounted there is another disk, or another folder of this one.
+    if (info->device != trashInfo->device || info->mount != trashInfo->mount)
+        return refuse(Failure::Kind::notAQuarantineFolder, folder);
     if (!files_.exists(path / manifestFileName)) return refuse(Failure::Kind::notAQuarantineFolder, folder);
+    if (files_.exists(path / journalFileName)) return refuse(Failure::Kind::unsettled, folder);
     return std::nullopt;
-}
-
-bool QuarantinePurge::isForeign(const Path& item, int depth) const {
-    const auto info = files_.info(item);
-    if (!info || info->ownerID != user_.userID || depth > deepestLook) return true;
-    if (info->kind != FileKind::directory) return false;
-    const auto entries = files_.list(item);
-    if (!entries) return true;
-    for (const auto& entry : *entries)
-        if (isForeign(item / entry.name, depth + 1)) return true;
-    return false;
 }
 
 std::vector<Path> QuarantinePurge::foreignItems(const Path& folder) const {
     std::vector<Path> result;
-    if (const auto entries = files_.list(folder))
-        for (const auto& entry : *entries)
-            if (isForeign(folder / entry.name, 0)) result.push_back(folder / entry.name);
+    const auto entries = files_.list(folder);
+    if (!entries) return result;
+    for (const auto& entry : *entries) {
+        const Path item = folder / entry.name;
+        const auto foreign = files_.holdsOthersItems(item, user_.userID);
+        const auto fault = foreign ? FileFault::missing : foreign.error().fault;
+        // Root's rm would empty what is mounted in it.
+        if (fault == FileFault::otherDisk)
+            log_.warning("Left alone, something is mounted there: {}", item.string());
+        else if (foreign ? *foreign : fault != FileFault::missing)
+            result.push_back(item);
+    }
     return result;
+}
+
+/// Whoever exchanges the run's folder for a link while the prompt is open would have root take an item of
+/// the same name from wherever the link leads. So each gets a name that nothing else has.
+class QuarantinePurge::HiddenItems {
+  public:
+    explicit HiddenItems(FileSystem& files) : files_(files) {}
+    HiddenItems(const HiddenItems&) = delete;
+    HiddenItems& operator=(const HiddenItems&) = delete;
+    ~HiddenItems() {
+        for (std::size_t i = 0; i < originals_.size(); ++i)
+            (void)files_.move(hidden_[i], originals_[i]); // those that root has taken are gone
+    }
+
+    FileResult<void> add(const Path& item) {
+        const auto name = fmt::format("{}{}-{}", hiddenPrefix, Uuid::random().string(), item.lastComponent());
+        const Path hidden = item.parent() / shortened(name, longestFileName);
+        if (const auto moved = files_.move(item, hidden); !moved) return tl::unexpected(moved.error());
+        originals_.push_back(item);
+        hidden_.push_back(hidden);
+        return {};
+    }
+    const std::vector<Path>& paths() const { return hidden_; }
+
+  private:
+    FileSystem& files_;
+    std::vector<Path> originals_, hidden_;
+};
+
+void QuarantinePurge::showHiddenItems(const Path& folder) {
+    const auto entries = files_.list(folder);
+    if (!entries) return;
+    for (const auto& entry : *entries) {
+        const std::string_view name = entry.name;
+        if (!name.starts_with(hiddenPrefix)) continue;
+        const auto rest = name.substr(hiddenPrefix.size());
+        if (rest.size() > uuidLength + 1 && Uuid::parse(rest.substr(0, uuidLength)))
+            (void)files_.move(folder / entry.name, folder / rest.substr(uuidLength + 1));
+    }
 }
 
 std::optional<QuarantinePurge::Failure>
 QuarantinePurge::removeAsAdministrator(const std::vector<Path>& items) {
-    const auto result = (*administrator_)(purgeScript(items));
+    HiddenItems hidden(files_);
+    for (const auto& item : items)
+        if (const auto added = hidden.add(item); !added)
+            return Failure{Failure::Kind::elevatedDeleteFailed, item.string(),
+                           Message{std::string(failureKey(added.error().fault))}};
+    const auto result = (*administrator_)(purgeScript(hidden.paths()));
     if (!result) {
         if (result.error().kind == AdminScriptRunnerError::Kind::authorizationCancelled)
             return Failure{Failure::Kind::authorizationCancelled, {}};
@@ -124,9 +182,11 @@ QuarantinePurge::purge(const std::vector<Path>& folders) {
 
     if (administrator_) {
         std::vector<Path> foreign;
-        for (const auto& folder : folders)
+        for (const auto& folder : folders) {
+            showHiddenItems(folder.standardized());
             for (auto& item : foreignItems(folder.standardized()))
                 foreign.push_back(std::move(item));
+        }
         if (!foreign.empty())
             if (auto failure = removeAsAdministrator(foreign)) return tl::unexpected(std::move(*failure));
     }
@@ -144,12 +204,20 @@ QuarantinePurge::purge(const std::vector<Path>& folders) {
     return outcome;
 }
 
+bool QuarantinePurge::isWhollyOurs(const Path& folder) const {
+    const auto foreign = files_.holdsOthersItems(folder, user_.userID);
+    return foreign && !*foreign;
+}
+
 int QuarantinePurge::purgeExpired(int days, Timestamp now) {
-    if (days <= 0) return 0;
+    const auto history = loadHistory(user_, files_, false);
+    if (administrator_)
+        for (const auto& entry : history)
+            showHiddenItems(entry.root);
     int removed = 0;
-    for (const auto& entry : expiredEntries(loadHistory(user_, files_, false), days, now)) {
+    for (const auto& entry : expiredEntries(history, days, now)) {
         if (!hasTrustworthyDate(entry.manifest, now)) continue;
-        if (validate(entry.root) || !removeRun(entry.root)) {
+        if (validate(entry.root) || !isWhollyOurs(entry.root) || !removeRun(entry.root)) {
             log_.warning("Automatic purge refused {}", entry.root.string());
             continue;
         }

@@ -19,6 +19,7 @@ class QuarantinePurge {
         enum class Kind {
             notAQuarantineFolder,
             escapesThroughSymlink,
+            unsettled, ///< its journal is there: something of the run is neither in it nor back
             elevatedDeleteFailed,
             authorizationCancelled
         };
@@ -42,7 +43,7 @@ class QuarantinePurge {
         : files_(files), user_(std::move(user)), administrator_(std::move(administrator)), log_(log) {}
 
     /// Removes the folders whose run is older than `days` (0: none), with the user's own rights and without a
-    /// prompt. Gives the number removed.
+    /// prompt. A run that holds anything of another owner stays as a whole. Gives the number removed.
     int purgeExpired(int days, Timestamp now);
 
     /// Removes the given folders. Each is validated first; when one is refused nothing is deleted. Items that
@@ -52,8 +53,12 @@ class QuarantinePurge {
   private:
     std::optional<Failure> validate(const Path& folder) const;
     FileResult<void> removeRun(const Path& folder);
+    bool isWhollyOurs(const Path& folder) const;
+    /// The direct children that root must delete.
     std::vector<Path> foreignItems(const Path& folder) const;
-    bool isForeign(const Path& item, int depth) const;
+    class HiddenItems;
+    /// Gives items their names again that a kill during a prompt left hidden.
+    void showHiddenItems(const Path& folder);
     std::optional<Failure> removeAsAdministrator(const std::vector<Path>& items);
 
     FileSystem& files_;
@@ -68,7 +73,7 @@ std::vector<RemovalHistoryEntry> expiredEntries(const std::vector<RemovalHistory
                                                 Timestamp now);
 
 /// The shell script that deletes items of other owners: they are first moved into a fresh folder that only
-/// root can enter, so that nothing can be put in their place between the check and the deletion.
+/// root can enter, so that nothing can be put in their place while they are deleted.
 std::string purgeScript(const std::vector<Path>& items);
 
 } // namespace tidwen

@@ -49,7 +49,14 @@ TEST_F(Purge, AgeDecidesWhatExpires) {
     const auto future = run("Future", now + day);
     const auto byAWrongClock = run("Wrong", *parseIso8601("2001-01-01T00:10:00Z"));
     EXPECT_EQ(purger().purgeExpired(0, now + day * 900), 0);
-    user.userID += 1; // never a prompt, whoever owns the items
+    user.userID += 1; // never a prompt, and never one half of a run
+    EXPECT_EQ(purger().purgeExpired(7, now), 0);
+    EXPECT_TRUE(volume.exists((older / "0001/Notes").string()));
+    user.userID -= 1;
+    volume.write((older / journalFileName).string(), "{}");
+    EXPECT_EQ(purger().purgeExpired(7, now), 0) << "something of it is not settled";
+    EXPECT_EQ(purger().purge({older}).error().kind, Kind::unsettled);
+    EXPECT_TRUE(volume.files().removeFile(older / journalFileName));
     EXPECT_EQ(purger().purgeExpired(7, now), 1);
     EXPECT_FALSE(volume.exists(older.string()));
     EXPECT_TRUE(volume.exists(atCutOff.string()));
@@ -96,7 +103,7 @@ TEST_F(Purge, LinksThatAppearLeadNowhere) {
     EXPECT_EQ(purger().purge({beside}).error().kind, Kind::escapesThroughSymlink);
     EXPECT_TRUE(scripts.empty());
     EXPECT_TRUE(volume.exists("/Users/alice/Documents/letter.txt"));
-    EXPECT_TRUE(volume.exists("/Users/alice/aside/0001/Notes"));
+    EXPECT_EQ(volume.files().list(Path("/Users/alice/aside"))->size(), 2u) << "the item and the manifest";
     EXPECT_TRUE(volume.exists("/Users/alice/elsewhere/Tidwen - Beside/0001/Notes"));
 }
 
@@ -127,8 +134,14 @@ TEST_F(Purge, AsksOnlyForForeignItems) {
         EXPECT_EQ(failed.kind, Kind::elevatedDeleteFailed);
         EXPECT_EQ(Texts().text(*failed.describe()), "mv: 100% %@ no");
     }
+    // No name that something elsewhere might have; after a kill the next start gives it its own again.
+    const auto item = scripts.back().substr(scripts.back().find("/.tidwen-purge-") + 1);
+    EXPECT_EQ(item.find("-0001' \"$d/0\""), std::string(".tidwen-purge-").size() + 36) << item;
+    const auto hidden = root / item.substr(0, item.find('\''));
+    EXPECT_TRUE(volume.files().move(root / "0001", hidden));
+    EXPECT_EQ(purger().purgeExpired(0, runDate), 0);
+    EXPECT_TRUE(volume.exists((root / "0001/Notes").string()));
     EXPECT_EQ(purger().purge({root})->removedFolders, 1);
-    EXPECT_NE(scripts.back().find("/0001' \"$d/"), std::string::npos);
 
     const auto alone = run("Volume");
     user.userID += 1;

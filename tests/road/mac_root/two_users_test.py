@@ -160,14 +160,34 @@ class TwoUsers(unittest.TestCase):
         self.assertEqual(self.drive("expire"), ["removed 0"])
         self.assertEqual((self.tree(), self.prompts), (before, 0))
 
-    def test_what_expired_goes_as_far_as_alice_may_and_stays_known(self):
+    def test_a_run_exchanged_for_a_link_while_the_prompt_is_open(self):
+        both = self.run_folder("both")
+        self.write(f"{both}/LaunchDaemons/data", owner=0)
+        self.write("/Library/LaunchDaemons/com.example.system.plist", owner=0)
+        self.at("/Users/alice/link").symlink_to("/Library")
+        (self.state / "hooks/osascript").write_text(
+            f"mv '{both}' /Users/alice/aside; mv /Users/alice/link '{both}'")
+        self.assertEqual(self.drive("purge", both)[0], "refused: %@")
+        self.assertEqual(self.prompts, 1)
+        self.assertTrue(self.at("/Library/LaunchDaemons/com.example.system.plist").exists())
+        self.assertTrue(self.at("/Users/alice/aside/0001/mine").exists())
+
+    def test_ones_own_locked_folder_needs_no_prompt(self):
+        mine = self.run_folder("mine")
+        self.write(f"{mine}/0002/locked/data")
+        self.at(f"{mine}/0002/locked").chmod(0)
+        self.assertEqual(self.drive("purge", mine), ["removed 1"])
+        self.assertEqual(self.prompts, 0)
+
+    def test_what_expired_goes_but_for_runs_that_hold_others_items(self):
         mine, both = self.run_folder("mine"), self.run_of_both("both")
         future = self.run_folder("future", date="2999-01-01T00:00:00Z")
         self.assertEqual(self.drive("expire"), ["removed 1"])
         self.assertEqual(self.prompts, 0)
         self.assertFalse(self.at(mine).exists())
         self.assertTrue(self.at(f"{future}/0001/mine").exists())
-        self.assertTrue(self.at(f"{both}/0002/com.example.daemon/data").exists())
+        for item in ["0001/mine", "0002/com.example.daemon/data"]:
+            self.assertTrue(self.at(f"{both}/{item}").exists())
         self.assertEqual(self.drive("purge", both), ["removed 1"])
 
 
