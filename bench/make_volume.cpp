@@ -1,6 +1,6 @@
 // Writes the volume that the scan is measured on: invented applications with what they leave behind, and the
 // system's own entries between them. Always the same for the same numbers.
-// Usage: make_volume FOLDER [APPLICATIONS [FILES]]; the folder must not exist.
+// Usage: make_volume FOLDER [APPLICATIONS [FILES [ORPHANS]]]; the folder must not exist.
 
 #include "base/property_list.h"
 #include "cli/sample/bill_of_materials_writer.h"
@@ -42,6 +42,18 @@ class VolumeWriter {
         }
         for (std::size_t i = 0; i < applications_ / 10; ++i)
             writeOrphans(i);
+    }
+
+    /// Single files of as many applications that are gone, in four places.
+    void writeManyOrphans(std::size_t count) {
+        static constexpr const char* places[] = {"Caches/", "Preferences/", "HTTPStorages/",
+                                                 "Application Support/"};
+        for (const auto* place : places)
+            fs::create_directories(root_ / home / "Library" / place);
+        for (std::size_t i = 0; i < count; ++i)
+            write(std::string("Library/") + places[i * std::size(places) / count] + "com.gone"
+                      + std::to_string(i) + ".thing.application",
+                  "x");
     }
 
     std::size_t written() const { return written_; }
@@ -185,9 +197,10 @@ class VolumeWriter {
 
 int main(int argc, char** argv) {
     if (argc < 2 || fs::exists(argv[1]))
-        return std::fprintf(stderr, "usage: make_volume NEW_FOLDER [APPLICATIONS [FILES]]\n"), 2;
+        return std::fprintf(stderr, "usage: make_volume NEW_FOLDER [APPLICATIONS [FILES [ORPHANS]]]\n"), 2;
     VolumeWriter writer(argv[1], argc > 2 ? std::strtoul(argv[2], nullptr, 10) : 300,
                         argc > 3 ? std::strtoul(argv[3], nullptr, 10) : 200'000);
     writer.writeAll();
+    if (argc > 4) writer.writeManyOrphans(std::strtoul(argv[4], nullptr, 10));
     std::printf("%zu files\n", writer.written());
 }

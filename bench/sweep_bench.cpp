@@ -1,5 +1,6 @@
 // Measures `tidwen orphans` on a volume against `find` over the places that it searches, which does the least
-// that looking everywhere takes. Usage: sweep_bench VOLUME TIDWEN
+// that looking everywhere takes. Usage: sweep_bench VOLUME TIDWEN, or sweep_bench --many VOLUME TIDWEN for a
+// volume of 200,000 leftovers, which is measured by itself.
 
 #include "command.h"
 #include "scan/search_location.h"
@@ -10,6 +11,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <string_view>
 
 using namespace tidwen;
 using tidwen::bench::Command;
@@ -29,9 +31,21 @@ std::vector<Path> topLocations(const FileSystem& files, const UserEnvironment& u
     return top;
 }
 
+/// Neither the search nor the document may grow beyond what a small Mac has to spare.
+int measureMany(const std::string& root, const char* tidwen) {
+    const Command orphans = {tidwen, "--volume", root, "orphans", "--json"};
+    const auto seconds = tidwen::bench::secondsOf(3, {[&] { run(orphans, 2); }});
+    bool holds = tidwen::bench::printRatio("seconds for 200,000 leftovers", seconds[0], "<=", 4);
+    const double memory = static_cast<double>(run(orphans, 2)) / 1024;
+    holds &= tidwen::bench::printRatio("peak memory, MiB", memory, "<=", 256);
+    return holds ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 4 && std::string_view(argv[1]) == "--many")
+        return measureMany(std::filesystem::canonical(argv[2]).string(), argv[3]);
     if (argc != 3) return std::fprintf(stderr, "usage: sweep_bench VOLUME TIDWEN\n"), 2;
     const auto root = std::filesystem::canonical(argv[1]).string();
     const auto files = VolumeFileSystem::open(root);

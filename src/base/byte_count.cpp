@@ -1,9 +1,11 @@
 #include "base/byte_count.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <fmt/core.h>
 #include <iterator>
+#include <map>
 #include <unicode/measunit.h>
 #include <unicode/numberformatter.h>
 
@@ -20,6 +22,23 @@ constexpr Unit units[] = {{icu::MeasureUnit::getByte, 0},     {icu::MeasureUnit:
                           {icu::MeasureUnit::getMegabyte, 1}, {icu::MeasureUnit::getGigabyte, 2},
                           {icu::MeasureUnit::getTerabyte, 2}, {icu::MeasureUnit::getPetabyte, 2}};
 
+/// Making one costs far more than using it, and a list shows thousands of sizes.
+const icu::number::LocalizedNumberFormatter& formatterFor(const std::string& locale, std::size_t unit) {
+    using Formatters = std::array<icu::number::LocalizedNumberFormatter, std::size(units)>;
+    thread_local std::map<std::string, Formatters> formatters;
+    const auto found = formatters.find(locale);
+    if (found != formatters.end()) return found->second[unit];
+    UErrorCode status = U_ZERO_ERROR;
+    const auto language = icu::Locale::forLanguageTag(locale.c_str(), status);
+    auto& made = formatters[locale];
+    for (std::size_t i = 0; i < made.size(); ++i)
+        made[i] = icu::number::NumberFormatter::withLocale(language)
+                      .unit(units[i].unit())
+                      .unitWidth(i == 0 ? UNUM_UNIT_WIDTH_FULL_NAME : UNUM_UNIT_WIDTH_SHORT)
+                      .precision(icu::number::Precision::maxFraction(units[i].decimals));
+    return made[unit];
+}
+
 } // namespace
 
 std::string formatByteCount(std::int64_t bytes, const std::string& locale) {
@@ -34,13 +53,7 @@ std::string formatByteCount(std::int64_t bytes, const std::string& locale) {
     }
 
     UErrorCode status = U_ZERO_ERROR;
-    const auto formatted =
-        icu::number::NumberFormatter::withLocale(icu::Locale::forLanguageTag(locale.c_str(), status))
-            .unit(units[chosen].unit())
-            .unitWidth(chosen == 0 ? UNUM_UNIT_WIDTH_FULL_NAME : UNUM_UNIT_WIDTH_SHORT)
-            .precision(icu::number::Precision::maxFraction(units[chosen].decimals))
-            .formatDouble(value, status)
-            .toString(status);
+    const auto formatted = formatterFor(locale, chosen).formatDouble(value, status).toString(status);
     std::string text;
     if (U_FAILURE(status)) return fmt::format("{} B", bytes);
     return formatted.toUTF8String(text);

@@ -128,13 +128,18 @@ FileResult<void> writeManifest(const Manifest& manifest, const Path& file, FileS
 }
 
 FileResult<void> writeJournal(const RemovalJournal& journal, const Path& file, FileSystem& files) {
+    const auto refused = [&](FileFault fault) {
+        return tl::unexpected(FileError{.fault = fault, .path = file});
+    };
+    if (journal.planned.size() > maxManifestEntries) return refused(FileFault::tooLarge);
     const auto text = encode(journal);
-    // A journal that reads back as something else (a path that is not UTF-8, a plan beyond the limits) could
+    if (text.size() > maxDocumentBytes) return refused(FileFault::tooLarge);
+    // A journal that reads back as something else (a path that is not UTF-8) could
     // not bring the items back: better nothing is touched.
     const auto readBack = decodeJournal(text);
     if (!readBack || readBack->planned != journal.planned
         || readBack->quarantineRoot != journal.quarantineRoot)
-        return tl::unexpected(FileError{.fault = FileFault::notSupported, .path = file});
+        return refused(FileFault::notSupported);
     return writeDocument(text, file, files);
 }
 

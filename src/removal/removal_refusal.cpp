@@ -1,6 +1,7 @@
 #include "removal/removal_refusal.h"
 
 #include "base/text.h"
+#include "quarantine/manifest.h"
 #include "removal/chosen_items.h"
 #include "removal/unmovable_items.h"
 
@@ -20,6 +21,9 @@ std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chos
         }
     // Where the items would go does not matter here.
     const auto plan = buildRemovalPlan(chosen, {user.trash(), chosen.size() > 1}, mode, texts);
+    if (const auto count = manifestEntries(plan).size(); count > maxManifestEntries)
+        return RemovalRefusal{{"error.tooManySteps %lld %lld",
+                               {std::to_string(count), std::to_string(maxManifestEntries)}}};
     auto items = unmovableItems(plan, files, rights);
     if (items.empty()) return std::nullopt;
     return RemovalRefusal{

@@ -110,11 +110,10 @@ bool startsWith(const Components& path, const Components& prefix) {
     return path.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), path.begin());
 }
 
-bool saysWhereItLies(const Path& path) {
+bool saysWhereItLies(const Path& path, const Components& parts) {
     if (!path.isAbsolute()) return false;
     // A system call ends the path at a NUL: another item would be touched than the one judged.
     if (path.string().find('\0') != std::string::npos) return false;
-    const auto parts = componentsOf(path);
     return parts.size() < 2
            || std::find(std::begin(aliasFolders), std::end(aliasFolders), parts[1]) == std::end(aliasFolders);
 }
@@ -165,15 +164,16 @@ std::optional<PathPolicy::Violation> PathPolicy::check(const Path& url,
                                                        bool allowsInstallerInDownloads) const {
     const auto violation = [&](ViolationKind kind) { return Violation{kind, url.standardized().string()}; };
 
-    // Without a home the user's own folders cannot be told from others.
-    if (!saysWhereItLies(url) || !user_.home.isAbsolute()) return violation(ViolationKind::traversal);
-
     const auto path = componentsOf(url);
+    // Without a home the user's own folders cannot be told from others.
+    if (!saysWhereItLies(url, path) || !user_.home.isAbsolute()) return violation(ViolationKind::traversal);
+
     if (path.size() < 3) return violation(ViolationKind::tooShallow);
     if (deniedExact_.contains(path)) return violation(ViolationKind::deniedExact);
 
     const bool isPermittedInstaller = allowsInstallerInDownloads && isInstallerInDownloads(url);
     if (isInAnotherHome(path)) return violation(ViolationKind::neverTouch);
+    const auto downloads = isPermittedInstaller ? componentsOf(user_.home / "Downloads") : Components();
     for (const auto& rule : neverTouch_) {
         if (!startsWith(path, rule.prefix)) continue;
         const bool isException =
@@ -183,8 +183,10 @@ std::optional<PathPolicy::Violation> PathPolicy::check(const Path& url,
         return violation(ViolationKind::neverTouch);
     }
 
-    for (const auto& [prefix, components] : temporaryFolders)
-        if (startsWith(path, componentsOf(prefix)) && path.size() < components)
+    static const std::array temporaryPrefixes = {componentsOf(temporaryFolders[0].prefix),
+                                                 componentsOf(temporaryFolders[1].prefix)};
+    for (std::size_t i = 0; i < temporaryPrefixes.size(); ++i)
+        if (startsWith(path, temporaryPrefixes[i]) && path.size() < temporaryFolders[i].components)
             return violation(ViolationKind::tooShallow);
     return std::nullopt;
 }
@@ -245,8 +247,8 @@ bool PathPolicy::isHomeFolder(const Components& path, std::string_view folder) c
 }
 
 bool PathPolicy::isQuarantineEndpoint(const Path& url) const {
-    if (!saysWhereItLies(url) || !user_.home.isAbsolute()) return false;
     const auto path = componentsOf(url);
+    if (!saysWhereItLies(url, path)) return false;
     return std::any_of(homes_.begin(), homes_.end(), [&](const Components& home) {
         const auto trash = home.size();
         return path.size() >= trash + 3 && startsWith(path, home) && path[trash] == ".trash"

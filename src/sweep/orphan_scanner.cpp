@@ -84,11 +84,18 @@ void measure(const FileSystem& files, std::vector<Trace>& traces, const StopToke
 /// Puts "com.example.app.helper" to "com.example.app" when both were found: they are one application's.
 std::map<std::string, Finds> joined(std::map<std::string, Finds>&& byIdentifier) {
     std::map<std::string, Finds> owners;
-    for (auto& [identifier, finds] : byIdentifier) { // a shorter form comes before what continues it
-        auto form = identifier;
+    // A shorter form comes before what continues it. Taken out one by one: there may be very many.
+    while (!byIdentifier.empty()) {
+        auto node = byIdentifier.extract(byIdentifier.begin());
+        auto form = node.key();
         while (isReverseDns(form) && !owners.contains(form))
             form.resize(form.rfind('.'));
-        auto& owner = owners[owners.contains(form) ? form : identifier];
+        const auto known = owners.find(form);
+        if (known == owners.end()) {
+            owners.insert(owners.end(), std::move(node));
+            continue;
+        }
+        auto &owner = known->second, &finds = node.mapped();
         std::move(finds.traces.begin(), finds.traces.end(), std::back_inserter(owner.traces));
         if (owner.humanName.empty()) owner.humanName = finds.humanName;
         owner.hasMoreThanReceipts |= finds.hasMoreThanReceipts;
@@ -173,7 +180,12 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
         if (std::find(gaps.begin(), gaps.end(), gap) == gaps.end()) gaps.push_back(gap);
     result.gaps = gaps;
     result.leftOut = files.budget().leftOut();
-    for (auto& [identifier, finds] : joined(std::move(byIdentifier))) {
+    auto goneOwners = joined(std::move(byIdentifier));
+    result.groups.reserve(goneOwners.size());
+    while (!goneOwners.empty()) {
+        const auto node = goneOwners.extract(goneOwners.begin());
+        const auto& identifier = node.key();
+        auto& finds = node.mapped();
         std::erase_if(finds.traces, [&](const Trace& trace) {
             const auto& path = *movedPath(trace.action);
             return !canJudge(path, user_, gaps) || now.owners.holdsApplication(path);

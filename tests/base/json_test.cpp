@@ -12,7 +12,7 @@ TEST(Json, WritesTheHouseForm) {
     const json value = {{"b", {1, -2, true, nullptr}},
                         {"a", {{"path", "/Library/\"x\"\\"}, {"empty", json::object()}}},
                         {"none", json::array()},
-                        {"odd", "tab\t\x01\x7F\u009B\u202E\u2029 caf\u00E9 \xFF"}};
+                        {"odd", "tab\t\x01\x7F\xC2\x9B\u202E\u2029 caf\u00E9 \xFF"}};
     EXPECT_EQ(writeJson(value), R"({
   "a" : {
     "empty" : {},

@@ -77,7 +77,7 @@ TEST(Text, MeasuresText) {
 
 TEST(Text, EscapesWhatATerminalObeysAndAReaderDoesNotSee) {
     const std::pair<const char*, std::string> escaped[] = {
-        {"\x1b", "1b"},     {"\x7f", "7f"},     {"\u0080", "80"},   {"\u009b", "9b"},   {"\u009f", "9f"},
+        {"\x1b", "1b"},     {"\x7f", "7f"},     {"\xc2\x80", "80"}, {"\xc2\x9b", "9b"}, {"\xc2\x9f", "9f"},
         {"\u061c", "61c"},  {"\u200e", "200e"}, {"\u200f", "200f"}, {"\u2028", "2028"}, {"\u2029", "2029"},
         {"\u202a", "202a"}, {"\u202e", "202e"}, {"\u2066", "2066"}, {"\u2069", "2069"}, {"\ufeff", "feff"}};
     for (const auto& [text, number] : escaped) {

@@ -82,7 +82,7 @@ TEST(Arguments, EndsEarlyWithTheRightStatus) {
         {{}, 2, "Usage"},
         {{"fly"}, 2, "no command fly"},
         {{"fl\x1b[2Jy\u202e"}, 2, "no command fl\\u{1b}[2Jy\\u{202e}"},
-        {{"apps", "ex\u009btra"}, 2, "ex\\u{9b}tra"},
+        {{"apps", "ex\xc2\x9btra"}, 2, "ex\\u{9b}tra"},
         {{"apps", "extra"}, 2, "extra"},
         {{"apps", "--dry-run"}, 2, "--dry-run"},
         {{"remove"}, 2, "APP"},

@@ -153,6 +153,11 @@ TEST(Manifest, IsAPlainFileOfItsOwnFolder) {
     unwritable.planned[1].source = "/Library/Caches/\xff";
     const auto written = writeJournal(unwritable, root / journalFileName, volume.files());
     EXPECT_EQ(written.error().fault, FileFault::notSupported) << "it would read back as another path";
+
+    auto tooLong = sampleJournal;
+    tooLong.planned.resize(maxManifestEntries + 1, sampleJournal.planned[0]);
+    EXPECT_EQ(writeJournal(tooLong, root / journalFileName, volume.files()).error().fault,
+              FileFault::tooLarge);
     EXPECT_FALSE(volume.exists((root / journalFileName).string()));
 }
 

@@ -15,8 +15,9 @@ TEST(BudgetedFiles, ReadsUntilTheBytesAreSpentAndCountsTheRest) {
     volume.write("/a", std::string(600, 'x'));
     const BudgetedFiles files(volume.files(), ReadBudget(thousandBytes));
     EXPECT_TRUE(files.read(Path("/a"), 600));
-    const FileSystem& outer = files;
-    EXPECT_TRUE(BudgetedFiles(outer).readRange(Path("/a"), 0, 600)) << "a run within spends the same budget";
+    const FileSystem& asReadersSeeIt = files;
+    EXPECT_TRUE(BudgetedFiles(asReadersSeeIt).readRange(Path("/a"), 0, 600))
+        << "a run within spends the same budget";
     EXPECT_TRUE(files.budget().isExhausted());
 
     EXPECT_EQ(files.read(Path("/a"), 600).error().fault, FileFault::exhausted);
