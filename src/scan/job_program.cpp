@@ -28,53 +28,63 @@ bool isOfSystemOrOtherDisk(const Path& path) {
     });
 }
 
-/// An empty folder may be where a disk is attached, but for those that are always on the disk itself.
-bool holds(const FileSystem& files, const Path& place) {
-    const auto entries = files.list(place);
-    return entries && (!entries->empty() || place == Path("/Applications") || place == Path("/Library"));
-}
-
 bool isMissing(const FileError& error) {
     return error.fault == FileFault::missing || error.fault == FileFault::notDirectory;
 }
 
-/// A Mac's disk finds a name in other letter case, or composed in another way; the disk that holds the copy
-/// may not.
-bool hasOtherSpelling(const FileSystem& files, const Path& folder, const std::string& name) {
-    const auto entries = files.list(folder);
-    if (!entries) return true; // what cannot be listed may hold it
-    return std::any_of(entries->begin(), entries->end(), [key = fileNameKey(name)](const auto& entry) {
-        return fileNameKey(entry.name) == key;
-    });
-}
-
-/// Judges a path of which something is missing by the deepest folder that is there.
-JobProgram judgeMissing(const FileSystem& files, const Path& program) {
-    Path absent = program;
-    FileResult<FileInfo> there = files.infoFollowingLinks(absent.parent());
-    for (; !there && isMissing(there.error()); there = files.infoFollowingLinks(absent.parent()))
-        absent = absent.parent();
-    const Path folder = absent.parent();
-    const auto real = files.resolve(folder);
-    if (!there || !real) return JobProgram::away;
-    // Where a link leads that leads nowhere, gone or away, is not known.
-    if (files.exists(absent) || hasOtherSpelling(files, folder, absent.lastComponent()))
-        return JobProgram::away;
-
-    const Path target(real->string() + program.string().substr(folder.isRoot() ? 0 : folder.string().size()));
-    const Path place = placeOf(target);
-    if (place == target || holds(files, place)) return JobProgram::gone;
-    return isOfSystemOrOtherDisk(target) ? JobProgram::away : JobProgram::unknown;
-}
+// Twice as deep as programs lie in helpers of helpers.
+constexpr std::size_t mostComponents = 24;
 
 } // namespace
 
-JobProgram findJobProgram(const FileSystem& files, const std::string& program) {
+JobProgram JobPrograms::find(const std::string& program) {
     const Path path = Path(program).standardized();
     if (!path.isAbsolute() || path.isRoot()) return JobProgram::away;
-    const auto found = files.infoFollowingLinks(path);
+    const auto found = files_.infoFollowingLinks(path);
     if (found) return JobProgram::present;
-    return isMissing(found.error()) ? judgeMissing(files, path) : JobProgram::away;
+    const bool isJudged = isMissing(found.error()) && path.components().size() <= mostComponents;
+    return isJudged ? judgeMissing(path) : JobProgram::away;
+}
+
+/// Judges a path of which something is missing by the deepest folder that is there.
+JobProgram JobPrograms::judgeMissing(const Path& program) {
+    Path absent = program;
+    auto there = files_.infoFollowingLinks(absent.parent());
+    for (; !there && isMissing(there.error()); there = files_.infoFollowingLinks(absent.parent()))
+        absent = absent.parent();
+    const Path folder = absent.parent();
+    const auto real = files_.resolve(folder);
+    const auto* names = namesIn(folder);
+    if (!there || !real || !names) return JobProgram::away;
+    // A link that leads nowhere may lead to what is away; and a Mac's disk finds a name in other letter case,
+    // or composed in another way, which the disk that holds the copy may not.
+    if (names->contains(fileNameKey(absent.lastComponent()))) return JobProgram::away;
+
+    const Path target(real->string() + program.string().substr(folder.isRoot() ? 0 : folder.string().size()));
+    const Path place = placeOf(target);
+    if (place == target || holds(place)) return JobProgram::gone;
+    return isOfSystemOrOtherDisk(target) ? JobProgram::away : JobProgram::unknown;
+}
+
+/// An empty folder may be where a disk is attached, but for those that are always on the disk itself.
+bool JobPrograms::holds(const Path& place) {
+    const auto* names = namesIn(place);
+    return names && (!names->empty() || place == Path("/Applications") || place == Path("/Library"));
+}
+
+const JobPrograms::Names* JobPrograms::namesIn(const Path& folder) {
+    const auto [known, isNew] = listed_.try_emplace(folder);
+    auto& names = known->second;
+    if (isNew && entriesLeft_ > 0)
+        if (const auto entries = files_.list(folder)) {
+            if (entries->size() <= entriesLeft_) {
+                names.emplace();
+                for (const auto& entry : *entries)
+                    names->insert(fileNameKey(entry.name));
+            }
+            entriesLeft_ -= std::min(entriesLeft_, entries->size());
+        }
+    return names ? &*names : nullptr;
 }
 
 } // namespace tidwen

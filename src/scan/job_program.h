@@ -2,6 +2,10 @@
 
 #include "platform/file_system.h"
 
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <set>
 #include <string>
 
 namespace tidwen {
@@ -14,8 +18,27 @@ enum class JobProgram {
     unknown, ///< the top folder that it names is not on this disk
 };
 
-/// `program` as the job names it. A disk that is looked at from elsewhere may lack whole parts of the Mac
-/// that it belongs to, and a disk image or drive may not be attached: what lies there is not gone.
-JobProgram findJobProgram(const FileSystem& files, const std::string& program);
+/// Looks for the programs of many jobs. A disk that is looked at from elsewhere may lack whole parts of the
+/// Mac that it belongs to, and a disk image or drive may not be attached: what lies there is not gone.
+/// Folders are listed once and in bounds; what lies beyond them is `away`.
+class JobPrograms {
+  public:
+    explicit JobPrograms(const FileSystem& files) : files_(files) {}
+
+    /// `program` as the job names it.
+    JobProgram find(const std::string& program);
+
+  private:
+    /// Keys of the names in a folder, as `fileNameKey` gives them.
+    using Names = std::set<std::string>;
+
+    JobProgram judgeMissing(const Path& program);
+    const Names* namesIn(const Path& folder);
+    bool holds(const Path& place);
+
+    const FileSystem& files_;
+    std::map<Path, std::optional<Names>> listed_;
+    std::size_t entriesLeft_ = 200'000;
+};
 
 } // namespace tidwen

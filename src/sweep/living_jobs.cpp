@@ -10,9 +10,9 @@
 namespace tidwen {
 namespace {
 
-bool mayStart(const FileSystem& files, const LaunchItem& job) {
+bool mayStart(JobPrograms& programs, const LaunchItem& job) {
     if (!job.programPath) return true; // started by what the property list does not name
-    const auto program = findJobProgram(files, *job.programPath);
+    const auto program = programs.find(*job.programPath);
     if (program == JobProgram::present)
         return !Path(*job.programPath).isWithinIgnoringCase(Path("/Library/PrivilegedHelperTools"));
     return program != JobProgram::gone;
@@ -29,11 +29,12 @@ bool worksForInstalled(const FileSystem& files, const LaunchItem& job, const Kno
 std::vector<std::string> listLivingJobs(const FileSystem& files, const UserEnvironment& user,
                                         const KnownOwners& installed, const StopToken& stop) {
     std::vector<std::string> labels;
+    JobPrograms programs(files);
     for (const auto& folder : {user.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
                                Path("/Library/LaunchDaemons")})
         for (const auto& job : listLaunchItems(files, folder, false, stop)) {
             if (stop.stopRequested()) return labels;
-            if (mayStart(files, job) || worksForInstalled(files, job, installed))
+            if (mayStart(programs, job) || worksForInstalled(files, job, installed))
                 labels.push_back(lowercased(job.label));
         }
     return labels;

@@ -1,7 +1,6 @@
 #include "system/startup_item_scanner.h"
 
 #include "base/text.h"
-#include "scan/job_program.h"
 #include "scan/shared_names.h"
 
 #include <algorithm>
@@ -124,9 +123,9 @@ class StartupItemScanner::Owners {
 namespace {
 
 /// The program is there, or in a part of macOS or on another disk that is not.
-bool mayBeThere(const FileSystem& files, const std::string& program) {
+bool mayBeThere(JobPrograms& programs, const std::string& program) {
     if (program.empty()) return false;
-    const auto found = findJobProgram(files, program);
+    const auto found = programs.find(program);
     return found == JobProgram::present || found == JobProgram::away;
 }
 
@@ -145,12 +144,13 @@ std::vector<StartupItemScanner::Directory> StartupItemScanner::directories(const
 Owner StartupItemScanner::attributeOwner(const std::string& label,
                                          const std::optional<std::string>& programPath,
                                          const std::vector<InstalledApp>& apps) const {
-    return attributeOwner(label, programPath, Owners(apps));
+    JobPrograms programs(files_);
+    return attributeOwner(label, programPath, Owners(apps), programs);
 }
 
 Owner StartupItemScanner::attributeOwner(const std::string& label,
-                                         const std::optional<std::string>& programPath,
-                                         const Owners& owners) const {
+                                         const std::optional<std::string>& programPath, const Owners& owners,
+                                         JobPrograms& programs) const {
     const auto lowered = lowercased(label);
     if (lowered.starts_with("com.apple.")) return {Owner::Kind::apple, {}, {}, {}};
     if (programPath)
@@ -162,7 +162,8 @@ Owner StartupItemScanner::attributeOwner(const std::string& label,
         if (const auto parent = joined(parts, count - 1); isRegistered_(parent))
             return {Owner::Kind::registered, {}, parent, {}};
     if (const auto owner = owners.relatedTo(parts)) return *owner;
-    if (programPath && mayBeThere(files_, *programPath)) return {Owner::Kind::program, {}, {}, *programPath};
+    if (programPath && mayBeThere(programs, *programPath))
+        return {Owner::Kind::program, {}, {}, *programPath};
     return {parts.size() >= 2 ? Owner::Kind::missing : Owner::Kind::unknown, {}, {}, {}};
 }
 
@@ -179,8 +180,9 @@ StartupItemScanner::Owners StartupItemScanner::ownersBeside(const std::vector<In
     return owners;
 }
 
-Owner StartupItemScanner::attribute(const LaunchItem& job, const Owners& owners) const {
-    auto owner = attributeOwner(job.label, job.programPath, owners);
+Owner StartupItemScanner::attribute(const LaunchItem& job, const Owners& owners,
+                                    JobPrograms& programs) const {
+    auto owner = attributeOwner(job.label, job.programPath, owners, programs);
     if (owner.kind != Owner::Kind::missing) return owner;
     return owners.named(readAssociatedBundleIDs(files_, job.plist)).value_or(std::move(owner));
 }
@@ -188,12 +190,14 @@ Owner StartupItemScanner::attribute(const LaunchItem& job, const Owners& owners)
 StartupScanResult StartupItemScanner::scan(const std::vector<InstalledApp>& apps) const {
     StartupScanResult result;
     const auto owners = ownersBeside(apps);
+    JobPrograms programs(files_);
     for (const auto& [folder, isSystemDomain] : directories(user_)) {
         if (!files_.exists(folder)) continue;
         const auto jobs = listLaunchItems(files_, folder, isSystemDomain);
         if (jobs.empty() && !files_.list(folder)) result.unreadable.push_back(folder);
         for (const auto& job : jobs)
-            result.items.push_back(makeItem(job, StartupItem::Plist{job.plist}, attribute(job, owners)));
+            result.items.push_back(
+                makeItem(job, StartupItem::Plist{job.plist}, attribute(job, owners, programs)));
     }
     for (const auto& app : apps) {
         const auto library = app.url / "Contents/Library";

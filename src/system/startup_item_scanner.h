@@ -5,6 +5,7 @@
 #include "platform/user_environment.h"
 #include "scan/applications/installed_bundles.h"
 #include "scan/installed_app.h"
+#include "scan/job_program.h"
 #include "scan/launch_item.h"
 #include "system/startup_item.h"
 
@@ -46,9 +47,9 @@ class StartupItemScanner {
   private:
     class Owners;
     Owners ownersBeside(const std::vector<InstalledApp>& apps) const;
-    StartupItem::Owner attribute(const LaunchItem& job, const Owners& owners) const;
+    StartupItem::Owner attribute(const LaunchItem& job, const Owners& owners, JobPrograms& programs) const;
     StartupItem::Owner attributeOwner(const std::string& label, const std::optional<std::string>& programPath,
-                                      const Owners& owners) const;
+                                      const Owners& owners, JobPrograms& programs) const;
 
     const FileSystem& files_;
     UserEnvironment user_;

@@ -53,7 +53,6 @@ TEST_F(InstalledBundlesTest, KnowsWhatLiesWhereBundlesReallyAre) {
         writeBundle(volume, other, "com.example.x", "X");
     volume.link("/Applications/Loop", "/Applications");
     volume.write("/Applications/File.app", "x");
-    volume.link("/Applications/Dangling.app", "/Volumes/away/Dangling.app");
     const auto snapshot = look();
     EXPECT_THAT(eachOf(snapshot->bundles(), &OwningBundle::url),
                 testing::ElementsAreArray(std::vector<Path>(std::begin(owning), std::end(owning))));
@@ -107,6 +106,9 @@ TEST_F(InstalledBundlesTest, SaysWhatItCouldNotSee) {
     EXPECT_THAT(all->coverage().damaged, testing::ElementsAre(Path("/Applications/Broken.app")));
     EXPECT_THAT(all->coverage().uncounted, testing::ElementsAre(Path("/Users/alice/Downloads")));
     EXPECT_EQ(all->bundles().size(), 3u);
+    volume.link("/Applications/Away.app", "/Volumes/Drive/Away.app");
+    EXPECT_THAT(look()->coverage().unreadable, testing::ElementsAre(Path("/Applications/Away.app")));
+    std::filesystem::remove(volume.host("/Applications/Away.app"));
 
     volume.makeFolder("/Applications/Closed");
     volume.makeFolder("/Users/bob/Library/Services");

@@ -50,8 +50,9 @@ TEST(JobProgram, IsGoneOnlyWhereThisDiskHoldsItsPlace) {
         {"/opt/maker/tool", JobProgram::unknown},
         {"/Users/bob/bin/tool", JobProgram::unknown},
     };
+    JobPrograms programs(volume.files());
     for (const auto& [program, expected] : cases)
-        EXPECT_EQ(findJobProgram(volume.files(), program), expected) << program;
+        EXPECT_EQ(programs.find(program), expected) << program;
 }
 
 TEST(JobProgram, BelongsToTheApplicationsThatTheJobNames) {

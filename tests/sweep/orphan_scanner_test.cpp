@@ -163,7 +163,7 @@ TEST_F(OrphanScan, KnowsADeadJobByItsProgram) {
     test::writeBundle(volume, "/Applications/Marlin.app", "com.marlin.notes", "Marlin");
     volume.write("/usr/local/bin/serviced", "x");
     volume.write("/Library/PrivilegedHelperTools/com.left.helper", "x");
-    volume.link("/Applications/Away.app", "/Volumes/Drive/Away.app");
+    volume.link("/Users/alice/Away", "/Volumes/Drive");
     const struct {
         const char* label;
         PropertyListDictionary means;
@@ -173,7 +173,7 @@ TEST_F(OrphanScan, KnowsADeadJobByItsProgram) {
         {"com.system.job", {{"Program", "/bin/zsh"}}, true},
         {"com.arguments.job", {{"ProgramArguments", PropertyListArray{"/usr/bin/env", "x"}}}, true},
         {"com.drive.job", {{"Program", "/Volumes/Drive/tool"}}, true},
-        {"com.linked.job", {{"Program", "/Applications/Away.app/Contents/MacOS/x"}}, true},
+        {"com.linked.job", {{"Program", "/Users/alice/Away/tool"}}, true},
         {"com.relative.job", {{"Program", "tool"}}, true},
         {"com.service.job", {{"MachServices", PropertyListDictionary{{"com.service.job", true}}}}, true},
         {"com.inbundle.job", {{"BundleProgram", "Contents/MacOS/x"}}, true},
@@ -234,7 +234,7 @@ TEST_F(OrphanScan, KnowsADeadPackageByItsFiles) {
 
 TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
     using Reason = SweepGap::Reason;
-    const auto damaged = "/Applications/Damaged.app";
+    const std::string damaged = "/Applications/Damaged.app";
     test::writeBundle(volume, "/Users/bob/Applications/Bobs.app", "com.bobs.app", "Bobs");
     test::writeBundle(volume, damaged, "com.damaged.app", "Damaged");
     test::giveToUnprivileged(volume.hostRoot());
@@ -252,7 +252,7 @@ TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
          {Path("/Users/bob/Applications"), Reason::unreadable, true},
          {"com.gone.own"}},
         {"damaged application",
-         [&] { volume.write(std::string(damaged) + "/Contents/Info.plist", "?"); },
+         [&] { volume.write(damaged + "/Contents/Info.plist", "?"); },
          {Path(damaged), Reason::unreadable, false},
          {}},
         {"a maker's folder",
@@ -262,6 +262,10 @@ TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
              forbid("/Applications/Maker");
          },
          {Path("/Applications/Maker"), Reason::unreadable, false},
+         {}},
+        {"an application on a disk that is away",
+         [&] { volume.link("/Applications/Away.app", "/Volumes/Drive/Away.app"); },
+         {Path("/Applications/Away.app"), Reason::unreadable, false},
          {}},
         {"no applications",
          [&] {

@@ -8,7 +8,7 @@ namespace tidwen {
 
 /// Where the search for bundles could not look or did not count to the end. All sorted.
 struct BundleCoverage {
-    std::vector<Path> unreadable;  ///< folders that could not be listed
+    std::vector<Path> unreadable;  ///< folders that could not be listed, and applications' dangling links
     std::vector<Path> uncounted;   ///< folders whose search stopped at a bound or was asked to end early
     std::vector<Path> damaged;     ///< bundles whose Info.plist cannot be read (not: has none)
     bool seesApplications = false; ///< /Applications is there and was listed to its end

@@ -124,6 +124,9 @@ class BundleSearch {
         }
         --linksLeft_;
         auto real = files_.resolve(link);
+        // An application on a disk that is away still owns what is here.
+        if (!real && places_[folder.place].followsFolders && link.lowercasedExtension() == "app")
+            found_.unreadable.push_back(link);
         if (!real || !files_.isDirectoryFollowingLinks(*real)) return std::nullopt;
         return std::move(*real);
     }
