@@ -239,8 +239,8 @@ TEST(ResidueMatcher, TellsWhoElseClaimsAName) {
 
     // A copy of the application shares everything, and takes nothing away from it.
     installed.push_back(owner("/Users/alice/Applications/Target.app", "com.Example.App", "Marlin Notes"));
-    EXPECT_EQ(claimant("com.example.app.plist"), "com.example.app");
-    EXPECT_EQ(claimant("Marlin Notes"), "com.example.app");
+    EXPECT_EQ(claimant("com.example.app.plist"), "com.Example.App");
+    EXPECT_EQ(claimant("Marlin Notes"), "com.Example.App");
 }
 
 TEST(OtherApplications, AnswersLikeALoopOverAllOfThem) {

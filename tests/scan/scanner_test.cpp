@@ -476,7 +476,6 @@ TEST_F(Scanner, ClaimsNothingThatItsBudgetLeavesOut) {
 }
 
 TEST_F(Scanner, LooksIntoNoTemporaryFolderThatCannotBeOne) {
-    auto user = test::alice();
     user.cacheFolder = Path("relative/C");
     user.temporaryFolder = Path("/private/var/folders/\xff/T");
     EXPECT_EQ(userLocations(test::alice()).size(), userLocations(user).size() + 2);
