@@ -141,7 +141,7 @@ class Disk {
         const VolumeKeychain keychain;
         const VolumeSystemExtensions extensions(files);
         ResidueScanner scanner({files, receipts, keychain, extensions, texts, log}, test::alice(),
-                               InstalledBundles(files, signatures, test::alice()).look());
+                               InstalledBundles(files, signatures, test::alice()).look(stop));
         const AppTarget target{.bundleURL = Path("/Applications/ferry boat.app"),
                                .bundleID = "com.ferry.boat",
                                .name = "Boat ferry"};
