@@ -248,7 +248,7 @@ class Refusals(VolumeTest):
         cases = [
             (["remove", "Kip", "--yes"], "/Users/bob"),
             (["--home", "/Users/nobody", "apps"], "/Users/nobody"),
-            (["--home", "/System", "apps"], "home folder"),
+            (["--home", "/Library", "apps"], "home folder"),
             (["--home", "/Users/alice", "remove", "Nobody", "--yes"], "Nobody"),
             (["--home", "/Users/alice", "remove", "Kip", "--risk", "some", "--yes"], "some"),
             (["--home", "/Users/alice", "remove", "Kip", "--risk", "safe", "--select", "x", "--yes"], "--select"),
