@@ -80,7 +80,7 @@ class Watching(VolumeTest):
     def test_what_is_past_its_retention_goes_when_the_watch_starts(self):
         self.call("remove", "Kip", "--yes")
         manifest = next((self.home / ".Trash").glob("Tidwen - */tidwen-manifest.json"))
-        manifest.write_text(json.dumps(json.loads(manifest.read_text()) | {"createdAt": "2001-01-01T00:00:00Z"}))
+        manifest.write_text(json.dumps(json.loads(manifest.read_text()) | {"createdAt": "2021-01-01T00:00:00Z"}))
         self.call("settings", "set", "quarantineRetention", "sevenDays")
         Watcher(self, "--verbose").line("Automatic purge removed 1 ")
         self.assertFalse(manifest.parent.exists())
