@@ -54,11 +54,11 @@ void print(const OrphanScanResult& orphans, bool isNarrowed, const CommandContex
     for (const auto& gap : orphans.gaps)
         context.console.line(context.texts.text(gap.describe()), Paint::caution);
     printIncomplete(orphans.leftOut, orphans.skippedNames, context);
-    context.console.line(count == 0
-                             ? context.text(isNarrowed             ? "orphans.filter.empty.title"
-                                            : orphans.gaps.empty() ? "cli.orphans.none"
-                                                                   : "cli.orphans.undecided")
-                             : context.text("cli.scan.found %@", {labels::countAndSize(count, bytes, context.texts)}));
+    context.console.line(
+        count == 0 ? context.text(isNarrowed             ? "orphans.filter.empty.title"
+                                  : orphans.gaps.empty() ? "cli.orphans.none"
+                                                         : "cli.orphans.undecided")
+                   : context.text("cli.scan.found %@", {labels::countAndSize(count, bytes, context.texts)}));
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {

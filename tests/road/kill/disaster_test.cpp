@@ -96,7 +96,9 @@ TEST(Disaster, AFullDiskLosesNothing) {
             (beforeTheJournal ? volume.planned : volume.between) = [&] { volume.fillDisk(); };
             const auto report = volume.remove();
             EXPECT_EQ(outcome(report), beforeTheJournal ? "noSpace" : "ok");
-            if (report) EXPECT_FALSE(report->manifestFailure) << "its space was held";
+            if (report) {
+                EXPECT_FALSE(report->manifestFailure) << "its space was held";
+            }
             EXPECT_EQ(fs::exists(volume.at(caches + "first/a")), beforeTheJournal);
             fs::remove(volume.filler());
             EXPECT_THAT(volume.changesAfterUndo(), IsEmpty());
