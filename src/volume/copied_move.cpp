@@ -66,6 +66,7 @@ class CopiedMove {
     }
 
     MoveResult settle() {
+        finishRenamesByLink();
         std::optional<std::string> unsettled; // the newest, which is this move's if any is
         std::optional<MoveRemains> remains;
         for (const auto& aside : namesAside(source(), from_.place.name)) {
@@ -89,6 +90,13 @@ class CopiedMove {
     int target() const { return to_.place.folder.get(); }
     const char* original() const { return from_.place.name.c_str(); }
     const char* finalName() const { return to_.place.name.c_str(); }
+
+    /// Where the disk has no exclusive rename, a kill leaves both names of a file.
+    void finishRenamesByLink() {
+        finishLinkedRename(target(), copy_.c_str(), target(), finalName());
+        for (const auto& aside : namesAside(source(), from_.place.name))
+            finishLinkedRename(source(), aside.c_str(), source(), original());
+    }
 
     MoveRemains remainsAt(const std::string& aside, FileFault fault) const {
         return {.place = from_.path.parent() / aside, .fault = fault};

@@ -386,5 +386,17 @@ TEST(SettleInterruptedMove, FinishesARenameByHardLink) {
     EXPECT_EQ(volume.read("/to/x"), "content");
 }
 
+/// The same within one of the two folders, on the way to the name in between or from it.
+TEST(SettleInterruptedMove, FinishesItsOwnRenamesByHardLink) {
+    const TemporaryVolume volume;
+    volume.write("/from/x", "content");
+    volume.write("/to/x", "content");
+    fs::create_hard_link(volume.host("/from/x"), volume.host("/from/.tidwen-moved-x"));
+    fs::create_hard_link(volume.host("/to/x"), volume.host("/to/.tidwen-copy-x"));
+    (void)openVolume(volume.hostRoot())->settleInterruptedMove(Path("/from/x"), Path("/to/x"));
+    EXPECT_EQ(namesIn(volume.host("/from")), std::vector<std::string>{"x"});
+    EXPECT_EQ(namesIn(volume.host("/to")), std::vector<std::string>{"x"});
+}
+
 } // namespace
 } // namespace tidwen::test
