@@ -70,7 +70,9 @@ class BudgetedFiles : public FileSystem {
     FileResult<void> removeFile(const Path& file) override { return refused(file); }
     FileResult<void> removeEmptyDirectory(const Path& folder) override { return refused(folder); }
     FileResult<void> removeTree(const Path& folder) override { return refused(folder); }
-    FileResult<bool> holdsOthersItems(const Path& item, std::uint32_t) override { return refused(item); }
+    FileResult<bool> holdsOthersItems(const Path& item, std::optional<std::uint32_t>) override {
+        return refused(item);
+    }
     FileResult<std::unique_ptr<FolderLock>> lock(const Path& folder) override { return refused(folder); }
 
   private:

@@ -205,7 +205,9 @@ QuarantinePurge::purge(const std::vector<Path>& folders) {
 }
 
 bool QuarantinePurge::isWhollyOurs(const Path& folder) const {
-    const auto foreign = files_.holdsOthersItems(folder, user_.userID);
+    // On a volume it is this process that deletes, whoever its user is there.
+    const auto owner = administrator_ ? std::optional(user_.userID) : std::nullopt;
+    const auto foreign = files_.holdsOthersItems(folder, owner);
     return foreign && !*foreign;
 }
 

@@ -11,14 +11,15 @@ namespace {
 /// Goes through all of the tree, also behind the first find: what is mounted in it counts most.
 class TreeOwnership : public TreeVisitor {
   public:
-    explicit TreeOwnership(uid_t owner) : owner_(owner) {}
+    explicit TreeOwnership(std::optional<uid_t> owner)
+        : owner_(owner.value_or(::geteuid())), mayTakeAll_(!owner && owner_ == 0) {}
 
     bool holdsOthers() const { return holdsOthers_; }
 
     std::size_t deepestLevel() const override { return deepestTree; }
 
     int item(const TreeItem& item) override {
-        holdsOthers_ |= item.status.st_uid != owner_;
+        holdsOthers_ |= isOthers(item.status);
         return 0;
     }
 
@@ -33,7 +34,7 @@ class TreeOwnership : public TreeVisitor {
     }
 
     int enter(const TreeItem& item, int folder) override {
-        holdsOthers_ |= item.status.st_uid != owner_;
+        holdsOthers_ |= isOthers(item.status);
         if (isLocked(item.status) && ::fchmod(folder, opened(item.status)) != 0) return errno;
         return 0;
     }
@@ -51,13 +52,16 @@ class TreeOwnership : public TreeVisitor {
     }
     static mode_t opened(const struct stat& status) { return (status.st_mode & 07777) | needed; }
 
+    bool isOthers(const struct stat& status) const { return !mayTakeAll_ && status.st_uid != owner_; }
+
     uid_t owner_;
+    bool mayTakeAll_;
     bool holdsOthers_ = false;
 };
 
 } // namespace
 
-OsResult<bool> holdsOthersItems(int folder, const char* name, uid_t owner) {
+OsResult<bool> holdsOthersItems(int folder, const char* name, std::optional<uid_t> owner) {
     TreeOwnership ownership(owner);
     if (const int fault = walkTree(folder, name, ownership)) return tl::unexpected(fault);
     return ownership.holdsOthers();

@@ -2,11 +2,12 @@
 
 #include "base/descriptor.h"
 
+#include <optional>
 #include <sys/types.h>
 
 namespace tidwen {
 
 /// What `FileSystem::holdsOthersItems` promises; EXDEV when something is mounted in the tree.
-OsResult<bool> holdsOthersItems(int folder, const char* name, uid_t owner);
+OsResult<bool> holdsOthersItems(int folder, const char* name, std::optional<uid_t> owner);
 
 } // namespace tidwen

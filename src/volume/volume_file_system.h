@@ -48,7 +48,7 @@ class VolumeFileSystem : public FileSystem {
     FileResult<void> removeFile(const Path& file) override;
     FileResult<void> removeEmptyDirectory(const Path& folder) override;
     FileResult<void> removeTree(const Path& folder) override;
-    FileResult<bool> holdsOthersItems(const Path& item, std::uint32_t ownerID) override;
+    FileResult<bool> holdsOthersItems(const Path& item, std::optional<std::uint32_t> ownerID) override;
     FileResult<std::unique_ptr<FolderLock>> lock(const Path& folder) override;
 
   private:

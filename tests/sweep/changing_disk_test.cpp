@@ -83,7 +83,7 @@ class WatchedFiles : public FileSystem {
         return files_.removeEmptyDirectory(folder);
     }
     FileResult<void> removeTree(const Path& folder) override { return files_.removeTree(folder); }
-    FileResult<bool> holdsOthersItems(const Path& item, std::uint32_t ownerID) override {
+    FileResult<bool> holdsOthersItems(const Path& item, std::optional<std::uint32_t> ownerID) override {
         return files_.holdsOthersItems(item, ownerID);
     }
     FileResult<std::unique_ptr<FolderLock>> lock(const Path& folder) override { return files_.lock(folder); }

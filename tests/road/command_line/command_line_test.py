@@ -33,12 +33,13 @@ class Journey(VolumeTest):
         self.assertEqual({t["category"] for t in traces},
                          {"application", "supportFiles", "preferences", "caches", "containers", "logs", "launchItems",
                           "privilegedTools", "receipts", "permissions", "systemExtensions"})
+        reasons = {t["reason"]["kind"] for t in traces + self.traces("Marlin Notes")}  # alone, it shares a group
         self.assertLessEqual({"exactBundleID", "receipt", "appGroup", "sharedAppGroup", "nameToken", "declaredTarget"},
-                             {t["reason"]["kind"] for t in traces})
+                             reasons)
         self.assertEqual({t["action"]["kind"] for t in traces},
                          {"movePath", "bootoutAndMove", "bootout", "resetPermissions", "guidance"})
         self.assertEqual({r["target"]["name"] for r in results if r["nameMatchingDisabled"]}, {"Kip", "Notes"})
-        self.assertIn("com.lumenlight.lumen.beta", {t.get("contestedBy") for t in traces})
+        self.assertIn("com.lumenlight.lumen.beta", {t.get("contestedBy") for t in self.traces("Lumen")})
         states = {g["state"]["kind"] for r in results for g in r["permissions"]["grants"]}
         self.assertEqual(states, {"granted", "limited", "denied", "unknown"})
         self.assertEqual([r["unreadableLocations"] for r in results if r["unreadableLocations"]], [])
