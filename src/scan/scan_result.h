@@ -24,6 +24,11 @@ struct ScanResult {
     BundleCoverage owners = {};          ///< where other owners may lie that the attribution does not know
     bool nameMatchingDisabled = false;   ///< the name is too common or short to find anything by
     PermissionAudit::Result permissions; ///< read again after a removal
+
+    /// Every place was looked at. What other bundles own may still be unknown (`owners`), and permissions.
+    bool isComplete() const {
+        return unreadableLocations.empty() && skippedNames.empty() && leftOut == 0;
+    }
 };
 
 } // namespace tidwen

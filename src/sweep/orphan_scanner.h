@@ -36,6 +36,11 @@ struct OrphanScanResult {
     /// what was not read, there are no groups at all.
     std::uint64_t leftOut = 0;
     std::vector<SweepGap> gaps = {}; ///< why some of what may be left, or all of it, was left alone
+
+    /// Everything was looked at: what is not among the groups is not there.
+    bool isComplete() const {
+        return unreadableLocations.empty() && skippedNames.empty() && leftOut == 0 && gaps.empty();
+    }
 };
 
 /// Finds leftovers whose owner is gone, wherever applications leave things. Never fails; what cannot be

@@ -70,7 +70,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
         context.console.complain(context.text("cli.history.leftOut %lld", {std::to_string(runs.leftOut())}));
         return ExitStatus::someFailed;
     }
-    return ExitStatus::done;
+    return unfinished.empty() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 } // namespace

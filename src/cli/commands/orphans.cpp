@@ -77,12 +77,13 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     auto orphans = session.findOrphans();
     if (!orphans) return ExitStatus::refused;
     const bool isNarrowed = filter->isActive() && !orphans->groups.empty();
+    const bool isComplete = orphans->isComplete();
     if (filter->isActive()) narrow(*orphans, *filter);
     if (context.arguments.json)
         json::write(*orphans, [&](std::string_view piece) { context.console.document(piece); });
     else
         print(*orphans, isNarrowed, context);
-    return ExitStatus::done;
+    return isComplete ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 std::vector<OptionSyntax> options() {

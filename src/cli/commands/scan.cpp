@@ -138,7 +138,9 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
             print(result, context, mac.system.files);
         }
     }
-    return session.someRefused() ? ExitStatus::someFailed : ExitStatus::done;
+    const bool areComplete = std::all_of(results.begin(), results.end(),
+                                         [](const ScanResult& result) { return result.isComplete(); });
+    return session.someRefused() || !areComplete ? ExitStatus::someFailed : ExitStatus::done;
 }
 
 } // namespace

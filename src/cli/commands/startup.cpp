@@ -37,7 +37,7 @@ class StartupSession {
             context_.console.document(json::document(model_));
         else
             print();
-        return ExitStatus::done;
+        return model_.result.get().unreadable.empty() ? ExitStatus::done : ExitStatus::someFailed;
     }
 
     /// `words`: labels or paths of property lists, as the list shows them.

@@ -120,5 +120,30 @@ TEST(Disaster, ATrashThatCannotBeWrittenMeansNoRemoval) {
     });
 }
 
+TEST(Disaster, AHomeExchangedForALinkInTheMiddleLeadsNowhereElse) {
+    const TemporaryFolder folder;
+    Disaster volume(folder.path());
+    writeFile(volume.at("/Users/bob/Library/Caches/second/b"), "of bob");
+    fs::create_directories(volume.at("/Users/bob/.Trash"));
+    const auto bobs = fingerprint(volume.at("/Users/bob"), FolderTimes::ignored);
+    const auto home = volume.at("/Users/alice"), elsewhere = volume.at("/Users/gone");
+    volume.between = [&] {
+        if (fs::exists(elsewhere)) return;
+        fs::rename(home, elsewhere);
+        fs::create_directory_symlink("bob", home);
+    };
+    const auto report = volume.remove();
+    EXPECT_EQ(fingerprint(volume.at("/Users/bob"), FolderTimes::ignored), bobs);
+    ASSERT_TRUE(report);
+    EXPECT_TRUE(report->manifestFailure) << "the words that the run's record could not be written";
+    EXPECT_FALSE(report->results.back().succeeded);
+
+    fs::remove(home);
+    fs::rename(elsewhere, home);
+    volume.changesAfterUndo();
+    EXPECT_TRUE(fs::exists(volume.at(caches + "first/a")));
+    EXPECT_TRUE(fs::exists(volume.at(caches + "second/b")));
+}
+
 } // namespace
 } // namespace tidwen::test
