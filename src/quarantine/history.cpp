@@ -15,10 +15,10 @@ bool hasTrustworthyDate(const Manifest& manifest, Timestamp now) {
     return longBeforeTidwen <= manifest.createdAt && manifest.createdAt <= now;
 }
 
-std::optional<RemovalHistoryEntry> readHistoryEntry(const Path& root, const FileSystem& files) {
-    auto manifest = readManifest(root, files);
-    if (!manifest) return std::nullopt;
-    RemovalHistoryEntry entry{.root = root, .manifest = std::move(*manifest)};
+namespace {
+
+RemovalHistoryEntry makeEntry(const Path& root, Manifest manifest, const FileSystem& files) {
+    RemovalHistoryEntry entry{.root = root, .manifest = std::move(manifest)};
     for (const auto& step : entry.manifest.entries) {
         if (step.kind == ManifestEntryKind::bootout && step.plistPath && files.exists(Path(*step.plistPath)))
             ++entry.loadableJobs;
@@ -32,21 +32,48 @@ std::optional<RemovalHistoryEntry> readHistoryEntry(const Path& root, const File
     return entry;
 }
 
-std::vector<RemovalHistoryEntry> loadHistory(const UserEnvironment& user, const FileSystem& files,
-                                             bool includeSizes, const ReadBudget& budget) {
+/// Nothing when the budget runs out meanwhile: what was not looked at would be taken for missing.
+std::optional<UnfinishedRun> readUnfinished(const Path& root, const BudgetedFiles& files) {
+    const bool hadBudget = !files.budget().isExhausted();
+    auto run = readRunWithoutManifest(root, files);
+    if (!run || !files.budget().isExhausted()) return run;
+    if (hadBudget) files.budget().leaveOut();
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<RemovalHistoryEntry> readHistoryEntry(const Path& root, const FileSystem& files) {
+    auto manifest = readManifest(root, files);
+    if (!manifest) return std::nullopt;
+    return makeEntry(root, std::move(*manifest), files);
+}
+
+PastRuns loadPastRuns(const UserEnvironment& user, const FileSystem& files, bool includeSizes,
+                      const ReadBudget& budget) {
     const BudgetedFiles budgeted(files, budget);
-    std::vector<RemovalHistoryEntry> entries;
-    for (const auto& root : listQuarantineFolders(user, files).value_or(std::vector<Path>{}))
-        if (auto entry = readHistoryEntry(root, budgeted)) entries.push_back(std::move(*entry));
+    PastRuns runs;
+    for (const auto& root : listQuarantineFolders(user, files).value_or(std::vector<Path>{})) {
+        auto manifest = readManifest(root, budgeted);
+        if (manifest)
+            runs.entries.push_back(makeEntry(root, std::move(*manifest), budgeted));
+        else if (!manifest.error().isLeftOut)
+            if (auto run = readUnfinished(root, budgeted)) runs.unfinished.push_back(std::move(*run));
+    }
     if (includeSizes)
-        for (auto& entry : entries)
+        for (auto& entry : runs.entries)
             if (const auto size = files.treeSize(entry.root, historySizeEntryLimit))
                 entry.sizeBytes = static_cast<std::int64_t>(size->allocatedBytes);
     // Runs of one second go by name, so that the numbers people refer to stay the same.
-    std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) {
+    std::sort(runs.entries.begin(), runs.entries.end(), [](const auto& a, const auto& b) {
         return std::tie(a.manifest.createdAt, a.root) > std::tie(b.manifest.createdAt, b.root);
     });
-    return entries;
+    return runs;
+}
+
+std::vector<RemovalHistoryEntry> loadHistory(const UserEnvironment& user, const FileSystem& files,
+                                             bool includeSizes, const ReadBudget& budget) {
+    return loadPastRuns(user, files, includeSizes, budget).entries;
 }
 
 } // namespace tidwen

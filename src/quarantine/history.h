@@ -3,6 +3,7 @@
 #include "platform/read_budget.h"
 #include "platform/user_environment.h"
 #include "quarantine/manifest.h"
+#include "quarantine/unfinished_run.h"
 
 #include <cstdint>
 #include <optional>
@@ -33,9 +34,19 @@ bool hasTrustworthyDate(const Manifest& manifest, Timestamp now);
 /// The run in the quarantine folder `root`, without its size; nothing when it has no readable manifest.
 std::optional<RemovalHistoryEntry> readHistoryEntry(const Path& root, const FileSystem& files);
 
-/// Newest first, runs of one second by name: people refer to them by their number in this list. A folder
-/// without a readable manifest does not appear, nor do runs for which `budget` does not suffice: it counts
-/// them as left out.
+/// Everything in the quarantine folders, each of whose documents is read once.
+struct PastRuns {
+    /// Newest first, runs of one second by name: people refer to them by their number in this list.
+    std::vector<RemovalHistoryEntry> entries;
+    std::vector<UnfinishedRun>
+        unfinished; ///< those without a readable manifest, by the names of their folders
+};
+
+/// Runs for which `budget` does not suffice are in neither list: it counts them as left out.
+PastRuns loadPastRuns(const UserEnvironment& user, const FileSystem& files, bool includeSizes,
+                      const ReadBudget& budget = {});
+
+/// The entries alone.
 std::vector<RemovalHistoryEntry> loadHistory(const UserEnvironment& user, const FileSystem& files,
                                              bool includeSizes, const ReadBudget& budget = {});
 

@@ -21,15 +21,14 @@ void HistoryModel::load(Sizes sizes, std::function<void()> done) {
     ports_.background.post([this, ports = ports_, user = user_, sizes, number = ++loadsStarted_,
                             alive = std::weak_ptr(alive_), done = std::move(done)]() mutable {
         const ReadBudget budget;
-        auto loaded = loadHistory(user, ports.files, sizes == Sizes::measured, budget);
-        auto unfinished = loadUnfinishedRuns(user, ports.files);
+        auto loaded = loadPastRuns(user, ports.files, sizes == Sizes::measured, budget);
         ports.main.post([this, alive, number, missing = budget.leftOut(), loaded = std::move(loaded),
-                         unfinished = std::move(unfinished), done = std::move(done)]() mutable {
+                         done = std::move(done)]() mutable {
             if (alive.expired()) return;
             if (number == loadsStarted_) {
                 leftOut.set(missing);
-                unfinishedRuns.set(std::move(unfinished));
-                entries.set(std::move(loaded));
+                unfinishedRuns.set(std::move(loaded.unfinished));
+                entries.set(std::move(loaded.entries));
                 isLoading.set(false);
             }
             if (done) done();

@@ -63,7 +63,8 @@ FileResult<void> writeDocument(const std::string& text, const Path& file, FileSy
 }
 
 DocumentError fileError(const FileError& error) {
-    return {DocumentError::Kind::file, std::string(failureKey(error.fault))};
+    return {DocumentError::Kind::file, std::string(failureKey(error.fault)),
+            error.fault == FileFault::exhausted};
 }
 
 tl::expected<std::string, DocumentError> readDocument(const Path& file, const FileSystem& files) {
@@ -151,7 +152,10 @@ tl::expected<Manifest, DocumentError> readManifest(const Path& root, const FileS
 }
 
 tl::expected<RemovalJournal, DocumentError> readJournal(const Path& root, const FileSystem& files) {
-    return inItsFolder(readDocument(root / journalFileName, files).and_then(decodeJournal), root);
+    const auto text = readDocument(root / journalFileName, files);
+    if (!text) return tl::unexpected(text.error());
+    const ReadBudget::Work work(BudgetedFiles::budgetOf(files));
+    return inItsFolder(decodeJournal(*text), root);
 }
 
 } // namespace tidwen

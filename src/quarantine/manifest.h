@@ -68,6 +68,7 @@ struct DocumentError {
     enum class Kind { file, malformed };
     Kind kind = Kind::malformed;
     std::string detail;
+    bool isLeftOut = false; ///< not read, because the run of the reader has read too much already
 };
 
 /// The reversible steps among `operations`; with `results`, only those that succeeded.

@@ -37,19 +37,17 @@ Message UnfinishedRun::advice() const {
 }
 
 std::optional<UnfinishedRun> readUnfinishedRun(const Path& root, const FileSystem& files) {
-    const bool hasManifest = files.exists(root / manifestFileName);
-    if (hasManifest && readManifest(root, files)) return std::nullopt;
-    if (auto journal = readJournal(root, files)) return fromJournal(root, std::move(*journal), files);
-    if (hasManifest) return UnfinishedRun{.root = root, .problem = Problem::unreadableManifest};
-    if (!files.exists(root / journalFileName)) return std::nullopt;
-    return UnfinishedRun{.root = root, .problem = Problem::unreadableJournal};
+    if (readManifest(root, files)) return std::nullopt;
+    return readRunWithoutManifest(root, files);
 }
 
-std::vector<UnfinishedRun> loadUnfinishedRuns(const UserEnvironment& user, const FileSystem& files) {
-    std::vector<UnfinishedRun> runs;
-    for (const auto& root : listQuarantineFolders(user, files).value_or(std::vector<Path>()))
-        if (auto run = readUnfinishedRun(root, files)) runs.push_back(std::move(*run));
-    return runs;
+std::optional<UnfinishedRun> readRunWithoutManifest(const Path& root, const FileSystem& files) {
+    auto journal = readJournal(root, files);
+    if (journal) return fromJournal(root, std::move(*journal), files);
+    if (files.exists(root / manifestFileName))
+        return UnfinishedRun{.root = root, .problem = Problem::unreadableManifest};
+    if (!files.exists(root / journalFileName)) return std::nullopt;
+    return UnfinishedRun{.root = root, .problem = Problem::unreadableJournal};
 }
 
 } // namespace tidwen

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/message.h"
-#include "platform/user_environment.h"
 #include "quarantine/manifest.h"
 
 #include <optional>
@@ -37,7 +36,7 @@ std::string_view name(UnfinishedRun::Problem problem);
 /// or neither of the two documents. Only looks.
 std::optional<UnfinishedRun> readUnfinishedRun(const Path& root, const FileSystem& files);
 
-/// By the names of their folders.
-std::vector<UnfinishedRun> loadUnfinishedRuns(const UserEnvironment& user, const FileSystem& files);
+/// The same of a folder in which no readable manifest was found.
+std::optional<UnfinishedRun> readRunWithoutManifest(const Path& root, const FileSystem& files);
 
 } // namespace tidwen

@@ -59,6 +59,14 @@ TEST_F(History, CountsRunsForWhichTheBudgetDoesNotSuffice) {
     const ReadBudget budget({.bytes = 1});
     EXPECT_EQ(loadHistory(user, volume.files(), false, budget).size(), 1u);
     EXPECT_EQ(budget.leftOut(), 2u);
+    // Runs that cannot be read for lack of budget are not called unfinished.
+    for (const auto* name : {"0 first", "1 second"})
+        EXPECT_TRUE(writeJournal({.createdAt = runDate, .quarantineRoot = folder(name)},
+                                 folder(name) / journalFileName, volume.files()));
+    const ReadBudget little({.bytes = 1});
+    const auto runs = loadPastRuns(user, volume.files(), false, little);
+    EXPECT_EQ(runs.entries.size() + runs.unfinished.size() + little.leftOut(), 5u);
+    EXPECT_THAT(runs.unfinished, IsEmpty());
 }
 
 TEST_F(History, ListsWhatCanBeReadNewestFirst) {

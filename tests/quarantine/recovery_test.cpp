@@ -114,7 +114,7 @@ TEST_F(Recovery, HistoryAlsoTellsOfRunsThatAreNoEntries) {
     volume.write((folder("Damaged") / manifestFileName).string(), "{");
     volume.write((folder("Cut") / journalFileName).string(), "{");
     volume.makeFolder(folder("Nothing").string());
-    const auto runs = loadUnfinishedRuns(alice(), volume.files());
+    const auto runs = loadPastRuns(alice(), volume.files(), false).unfinished;
     EXPECT_THAT(eachOf(runs, [](const auto& run) { return run.root.lastComponent(); }),
                 ElementsAre("Tidwen - Cut", "Tidwen - Damaged", "Tidwen - Notes"));
     EXPECT_THAT(eachOf(runs, [](const auto& run) { return run.advice().key; }),

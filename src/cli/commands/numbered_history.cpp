@@ -51,7 +51,7 @@ void mentionInterruptedRuns(const CommandContext& context, const Mac& mac) {
         context.console.complain(
             context.text("cli.history.unreadable %@ %@",
                          {folders.error().path.string(), context.text(failureKey(folders.error().fault))}));
-    const auto runs = loadUnfinishedRuns(mac.system.user, mac.system.files);
+    const auto runs = loadPastRuns(mac.system.user, mac.system.files, false).unfinished;
     const auto count = std::ranges::count_if(runs, [](const UnfinishedRun& run) {
         return run.problem != UnfinishedRun::Problem::unreadableManifest;
     });
