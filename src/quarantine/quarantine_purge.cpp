@@ -82,8 +82,11 @@ std::optional<QuarantinePurge::Failure> QuarantinePurge::validate(const Path& fo
     // What is mounted there is another disk, or another folder of this one.
     if (info->device != trashInfo->device || info->mount != trashInfo->mount)
         return refuse(Failure::Kind::notAQuarantineFolder, folder);
+    // A manifest that can be read says that the run has ended, whatever lies beside it: its journal may be
+    // there still because nobody could delete it.
+    if (files_.exists(path / journalFileName) && !readManifest(path, files_))
+        return refuse(Failure::Kind::unsettled, folder);
     if (!files_.exists(path / manifestFileName)) return refuse(Failure::Kind::notAQuarantineFolder, folder);
-    if (files_.exists(path / journalFileName)) return refuse(Failure::Kind::unsettled, folder);
     return std::nullopt;
 }
 

@@ -19,7 +19,7 @@ class QuarantinePurge {
         enum class Kind {
             notAQuarantineFolder,
             escapesThroughSymlink,
-            unsettled, ///< its journal is there: something of the run is neither in it nor back
+            unsettled, ///< its journal is there and no manifest that says it has ended
             elevatedDeleteFailed,
             authorizationCancelled
         };

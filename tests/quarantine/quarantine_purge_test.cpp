@@ -53,10 +53,7 @@ TEST_F(Purge, AgeDecidesWhatExpires) {
     EXPECT_EQ(purger().purgeExpired(7, now), 0);
     EXPECT_TRUE(volume.exists((older / "0001/Notes").string()));
     user.userID -= 1;
-    volume.write((older / journalFileName).string(), "{}");
-    EXPECT_EQ(purger().purgeExpired(7, now), 0) << "something of it is not settled";
-    EXPECT_EQ(purger().purge({older}).error().kind, Kind::unsettled);
-    EXPECT_TRUE(volume.files().removeFile(older / journalFileName));
+    volume.write((older / journalFileName).string(), "left beside the manifest by a run that ended");
     EXPECT_EQ(purger().purgeExpired(7, now), 1);
     EXPECT_FALSE(volume.exists(older.string()));
     EXPECT_TRUE(volume.exists(atCutOff.string()));
@@ -79,7 +76,14 @@ TEST_F(Purge, OneRefusedFolderDeletesNothing) {
         EXPECT_EQ(outcome.error().kind,
                   bad == "/Tidwen - Link" ? Kind::escapesThroughSymlink : Kind::notAQuarantineFolder);
     }
+    const auto ended = run("Ended"), damaged = run("Damaged"), cut = user.trash() / "Tidwen - Cut";
+    volume.write((damaged / manifestFileName).string(), "{");
+    for (const auto& root : {ended, damaged, cut})
+        volume.write((root / journalFileName).string(), "{}");
+    for (const auto& root : {damaged, cut})
+        EXPECT_EQ(purger().purge({good, root}).error().kind, Kind::unsettled) << "it may hold whole items";
     EXPECT_TRUE(volume.exists((good / "0001/Notes").string()));
+    EXPECT_EQ(purger().purge({ended})->removedFolders, 1) << "its manifest says that it ended";
     EXPECT_TRUE(volume.exists("/Users/alice/Documents/tidwen-manifest.json"));
     EXPECT_TRUE(scripts.empty());
 }

@@ -13,9 +13,20 @@ namespace tidwen {
 
 namespace {
 
+/// Why what the word names cannot be purged: nobody can tell all that the run moved, or there is no such run.
+Message whyNotAnEntry(const std::vector<UnfinishedRun>& unfinished, const std::string& word,
+                      const Texts& texts) {
+    const auto root = findRunFolder({}, unfinished, word);
+    if (!root) return {"cli.undo.unknown %@", {word}};
+    const auto run = std::ranges::find(unfinished, *root, &UnfinishedRun::root);
+    const auto why = run->known ? Message{"failure.purge.unsettled"} : run->advice();
+    return {"cli.history.unfinished %@ %@", {root->string(), texts.text(why)}};
+}
+
 /// The runs that are meant, or why it is not clear which.
 tl::expected<std::vector<RemovalHistoryEntry>, Message>
-choose(const std::vector<RemovalHistoryEntry>& history, const CommandContext& context, const Mac& mac) {
+choose(const std::vector<RemovalHistoryEntry>& history, const std::vector<UnfinishedRun>& unfinished,
+       const CommandContext& context, const Mac& mac) {
     const auto& words = context.arguments.operands;
     const bool all = context.arguments.has("--all"), expired = context.arguments.has("--expired");
     if ((words.empty() ? 0 : 1) + (all ? 1 : 0) + (expired ? 1 : 0) != 1)
@@ -33,7 +44,7 @@ choose(const std::vector<RemovalHistoryEntry>& history, const CommandContext& co
     std::vector<RemovalHistoryEntry> chosen;
     for (const auto& word : words) {
         const auto* entry = findRun(history, word);
-        if (!entry) return tl::unexpected(Message{"cli.undo.unknown %@", {word}});
+        if (!entry) return tl::unexpected(whyNotAnEntry(unfinished, word, context.texts));
         const bool isNew = std::none_of(chosen.begin(), chosen.end(),
                                         [&](const auto& other) { return other.root == entry->root; });
         if (isNew) chosen.push_back(*entry);
@@ -60,7 +71,8 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     TerminalHistory history(mac);
     const bool asks = !context.arguments.yes && !context.arguments.json && context.console.canAsk();
     using enum TerminalHistory::Sizes;
-    const auto chosen = choose(history.load(asks ? measured : leftOut), context, mac);
+    const auto& entries = history.load(asks ? measured : leftOut);
+    const auto chosen = choose(entries, history.unfinishedRuns(), context, mac);
     if (!chosen) return context.refuse(chosen.error());
     if (chosen->empty()) {
         report({}, context);
