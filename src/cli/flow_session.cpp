@@ -20,7 +20,7 @@ FlowSession::FlowSession(const CommandContext& context, Mac& mac)
       preferences_(mac.system.defaults),
       executor_({mac.system.files, mac.userRunner, mac.privilegedRunner, mac.system.log}),
       undo_({mac.system.files, mac.privilegedRunner, mac.userRunner, mac.system.texts, mac.system.log,
-             !mac.volume},
+             mac.system.clock, !mac.volume},
             mac.system.user),
       purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
       audit_(mac.system.files, mac.system.user, mac.system.texts),

@@ -5,7 +5,9 @@
 #include "operations/screened_move.h"
 #include "quarantine/history.h"
 #include "quarantine/interrupted_move.h"
+#include "quarantine/quarantine_layout.h"
 #include "quarantine/restore_order.h"
+#include "quarantine/run_documents.h"
 #include "quarantine/trash_lock.h"
 #include "quarantine/unfinished_run.h"
 
@@ -295,7 +297,21 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root) const 
 tl::expected<UndoReport, Message> UndoService::undoRun(const Path& root) {
     const auto lock = lockTrash(user_, ports_.files);
     if (!lock) return tl::unexpected(describeNotBegun(lock.error(), ports_.texts));
-    return whatIsLeft(root).map([&](const Manifest& manifest) { return undo(manifest); });
+    return whatIsLeft(root).map([&](const Manifest& manifest) {
+        auto report = undo(manifest);
+        if (!ports_.files.exists(root / manifestFileName)) finishInterruptedRun(manifest);
+        return report;
+    });
+}
+
+void UndoService::finishInterruptedRun(Manifest known) const {
+    const Path root = known.quarantineRoot;
+    const auto journal = readJournal(root, ports_.files);
+    if (!journal || !observe(journal->planned, ports_.files).unsettled.empty()) return;
+    known.recoveredAt = ports_.clock.now();
+    if (const auto written = finishRun(known, ports_.files); !written)
+        ports_.log.error("Could not write recovered manifest: {} ({})", root.string(),
+                         failureKey(written.error().fault));
 }
 
 Path restoreTarget(const Path& source, const FileSystem& files, const std::set<Path>& taken) {

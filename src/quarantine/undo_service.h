@@ -34,6 +34,7 @@ class UndoService {
         PrivilegedRunner& userRunner;       ///< jobs of the user's own session
         const Texts& texts;
         Log& log;
+        const Clock& clock;
         bool runsJobs = true; ///< false on a volume: nothing is loaded there, so no job waits to be
     };
 
@@ -44,11 +45,14 @@ class UndoService {
     /// The undo of the run in the quarantine folder `root`, the same for every caller: locks the Trash, reads
     /// the run's manifest again (of a run that was cut off, its journal) and undoes what is left. Gives the
     /// reason when nothing was begun: another process is at work, nothing is left, nobody can tell what was
-    /// moved. Blocks.
+    /// moved. A run that was cut off gets its manifest in the end, as a recovery would give it, unless
+    /// something of it is still on its way. Blocks.
     tl::expected<UndoReport, Message> undoRun(const Path& root);
 
   private:
     tl::expected<Manifest, Message> whatIsLeft(const Path& root) const;
+    /// Gives a run that was cut off its manifest, once all of its items are at one of their places.
+    void finishInterruptedRun(Manifest known) const;
 
     Ports ports_;
     UserEnvironment user_;

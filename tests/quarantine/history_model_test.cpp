@@ -49,7 +49,8 @@ class History : public testing::Test {
     AdminScriptRunnerError prompt{AdminScriptRunnerError::Kind::authorizationCancelled};
     QuarantinePurge purge{volume.files(), user, [this](const std::string&) { return tl::unexpected(prompt); },
                           log};
-    UndoService undoService{{volume.files(), runner, runner, texts, log}, user};
+    FixedClock clock;
+    UndoService undoService{{volume.files(), runner, runner, texts, log, clock}, user};
     HistoryModel model{{volume.files(), undoService, purge, texts, main, background}, user};
 };
 

@@ -1,10 +1,12 @@
 #include "base/numbered_name.h"
 #include "quarantine/entries.h"
+#include "quarantine/history.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/undo_service.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/recording_runner.h"
+#include "support/stand_ins.h"
 #include "volume/volume_runner.h"
 
 namespace tidwen::test {
@@ -27,7 +29,8 @@ class Undo : public testing::Test {
 
     UndoReport undo(std::vector<ManifestEntry> added = {}) {
         manifest.entries.insert(manifest.entries.end(), added.begin(), added.end());
-        return UndoService({volume.files(), administrator, session, texts, log}, alice()).undo(manifest);
+        return UndoService({volume.files(), administrator, session, texts, log, clock}, alice())
+            .undo(manifest);
     }
 
     Path root = alice().trash() / "Tidwen - Notes";
@@ -35,6 +38,7 @@ class Undo : public testing::Test {
     RecordingLog log;
     RecordingRunner administrator, session;
     Texts texts;
+    FixedClock clock;
     Manifest manifest;
 };
 
@@ -91,7 +95,7 @@ TEST_F(Undo, OfWhatIsBackAlreadyFailsNothing) {
     ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
     session.answer = [](const auto&) { return Message{"failure.launchctlExit %lld", {"5"}}; };
     auto run = [&](bool runsJobs) {
-        return UndoService({volume.files(), administrator, session, texts, log, runsJobs}, alice())
+        return UndoService({volume.files(), administrator, session, texts, log, clock, runsJobs}, alice())
             .undoRun(root);
     };
     manifest.entries.push_back(bootoutEntry(3, "agent", false, agent));
@@ -111,12 +115,15 @@ TEST_F(Undo, TakesTheJournalOfARunThatHasNoManifest) {
     volume.write("/Users/alice/Library/Caches/not yet", "");
     const RemovalJournal journal{.createdAt = runDate, .quarantineRoot = root, .planned = manifest.entries};
     ASSERT_TRUE(writeJournal(journal, root / journalFileName, volume.files()));
-    UndoService service({volume.files(), administrator, session, texts, log}, alice());
+    UndoService service({volume.files(), administrator, session, texts, log, clock}, alice());
     const auto report = service.undoRun(root);
     ASSERT_TRUE(report);
     EXPECT_EQ(*report, (UndoReport{.restoredCount = 1, .totalCount = 1, .failures = {}}));
     EXPECT_TRUE(volume.exists("/Users/alice/Library/Caches/moved"));
+    EXPECT_FALSE(volume.exists((root / journalFileName).string())) << "nothing of it is interrupted now";
+    EXPECT_EQ(readHistoryEntry(root, volume.files())->totalMoves, 1);
     EXPECT_EQ(service.undoRun(root).error().key, "history.undo.nothingLeft %@");
+    EXPECT_TRUE(volume.files().removeFile(root / manifestFileName));
     volume.write((root / journalFileName).string(), "{");
     EXPECT_EQ(service.undoRun(root).error().key, "history.undo.unreadable %@");
 }

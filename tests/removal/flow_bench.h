@@ -69,7 +69,7 @@ class FlowBench : public SteppedQueues {
     AppTargetLoader loader{volume.files(), signatures};
     VolumeRunner runner{volume.files(), user, log};
     RemovalExecutor executor{{volume.files(), runner, runner, log}};
-    UndoService undo{{volume.files(), runner, runner, texts, log}, user};
+    UndoService undo{{volume.files(), runner, runner, texts, log, clock}, user};
     QuarantinePurge purge{volume.files(), user, std::nullopt, log};
     PermissionAudit audit{volume.files(), user, texts};
 

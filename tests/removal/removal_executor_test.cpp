@@ -5,6 +5,7 @@
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/recording_runner.h"
+#include "support/stand_ins.h"
 #include "support/unprivileged.h"
 
 namespace tidwen::test {
@@ -111,7 +112,8 @@ TEST_F(Executor, WhatSomebodyWroteIntoAnItemWhileItWasMovedIsNotForgotten) {
             EXPECT_FALSE(hasJournal());
         }
         const auto undone =
-            UndoService({volume.files(), administrator, user, Texts(), log}, alice()).undoRun(root);
+            UndoService({volume.files(), administrator, user, Texts(), log, FixedClock()}, alice())
+                .undoRun(root);
         ASSERT_TRUE(undone);
         EXPECT_EQ(undone->restoredCount, 1);
         const std::string first = isRecovered ? "written since" : "a";

@@ -4,7 +4,7 @@ namespace tidwen {
 
 TerminalHistory::TerminalHistory(Mac& mac)
     : undo_({mac.system.files, mac.privilegedRunner, mac.userRunner, mac.system.texts, mac.system.log,
-             !mac.volume},
+             mac.system.clock, !mac.volume},
             mac.system.user),
       purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
       model_({mac.system.files, undo_, purge_, mac.system.texts, queue_, queue_}, mac.system.user) {}

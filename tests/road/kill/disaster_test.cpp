@@ -61,11 +61,12 @@ class Disaster {
 
     /// Everything that happened is taken back by the means that a user has.
     std::vector<std::string> changesAfterUndo() {
-        recoverInterruptedRemovals(alice(), *files_, SystemClock(), log_);
+        recoverInterruptedRemovals(alice(), *files_, clock_, log_);
         for (const auto& run : loadHistory(alice(), *files_, false))
-            EXPECT_THAT(
-                UndoService({*files_, runner_, runner_, texts_, log_}, alice()).undo(run.manifest).failures,
-                IsEmpty());
+            EXPECT_THAT(UndoService({*files_, runner_, runner_, texts_, log_, clock_}, alice())
+                            .undo(run.manifest)
+                            .failures,
+                        IsEmpty());
         return memory_->changes();
     }
 
@@ -86,6 +87,7 @@ class Disaster {
     VolumeRunner runner_;
     RecordingRunner watched_;
     Texts texts_;
+    SystemClock clock_;
     std::optional<VolumeMemory> memory_;
 };
 

@@ -75,7 +75,8 @@ class LiveMac {
     int undo() {
         const auto history = loadHistory(user_, files_, false);
         if (history.empty()) return 2;
-        UndoService service({files_, privilegedRunner_, userRunner_, texts_, log_}, user_);
+        const SystemClock clock;
+        UndoService service({files_, privilegedRunner_, userRunner_, texts_, log_, clock}, user_);
         const auto report = service.undo(history.front().manifest);
         fmt::print("{} {} {}\n", report.restoredCount, report.totalCount, report.relaunchedJobs);
         for (const auto& failure : report.failures)
