@@ -102,7 +102,7 @@ void printReport(const RemovalReport& report, const ReportTexts& words, const Co
         console.line(context.text("cli.report.noManifest %@", {context.texts.text(*report.manifestFailure)}),
                      Paint::danger);
     for (const auto& item : report.unsettled)
-        console.line("  " + item, Paint::danger);
+        console.line("  " + item + ": " + context.text("failure.moveUnfinished"), Paint::danger);
     for (const auto& line : words.verification)
         console.line(line, words.isClean ? Paint::plain : Paint::caution);
 }
