@@ -108,9 +108,11 @@ class RemovalFlowModel {
     const std::set<Uuid>& selection() const { return selection_; }
     /// What can be chosen from: of the review, of the sweep, or what was offered.
     std::vector<ScanResult> found() const;
-    /// The selection as a removal takes it: by application, each item once.
+    /// The selection as a removal takes it: by application, each item once, and nothing that an application
+    /// of the review which is not chosen claims too.
     std::vector<RemovalTarget> chosenTargets() const;
-    /// What is of `found` and stays where it is.
+    /// What is of `found` and stays where it is. Of the last removal in a report: also what an application
+    /// that was left out at its quit prompt keeps.
     std::vector<Trace> leftInPlace() const;
     /// What the removal takes away, in words: "Marlin Notes", "3 leftovers". Of the last one in a report.
     std::string subject() const;
@@ -197,6 +199,7 @@ class RemovalFlowModel {
     std::set<Uuid> resetIneligible_;  ///< was selected when the mode became reset, and cannot take part in it
     std::optional<ScanResult> offer_; ///< only in a home stage, and while it is removed
     std::string reportSubject_;
+    std::vector<Trace> reportLeft_;
     RemovalMode mode_ = RemovalMode::uninstall;
     std::map<std::string, std::shared_ptr<const LeftoverList>> reviewLists_; ///< by bundle identifier
     std::map<std::string, LeftoverTree> reviewTrees_;

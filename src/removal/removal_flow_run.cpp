@@ -2,8 +2,10 @@
 
 #include "quarantine/trash_lock.h"
 #include "removal/background_step.h"
+#include "removal/chosen_items.h"
 #include "removal/removal_flow_model.h"
 #include "removal/removal_verification.h"
+#include "removal/staying_applications.h"
 
 #include <algorithm>
 
@@ -11,12 +13,24 @@ namespace tidwen {
 
 /// A removal while its applications are asked to quit.
 struct RemovalFlowModel::Run {
+    std::vector<ScanResult> found;      ///< what they were chosen from
     std::vector<RemovalTarget> targets; ///< those that take part
     std::size_t next = 0;               ///< the first one that was not asked yet
     RemovalMode mode = RemovalMode::uninstall;
     RemovalSubject subject = RemovalSubject::applications;
     Stage cameFrom;
     std::unique_ptr<FolderLock> lock; ///< of the Trash
+
+    /// The application that was asked last stays, and with it what it claims of the others' items.
+    void leaveOutNext() {
+        const auto place = targets[next].target.bundleURL;
+        targets.erase(targets.begin() + static_cast<std::ptrdiff_t>(next));
+        if (subject != RemovalSubject::applications) return; // leftovers were not scanned as anybody's
+        std::vector<ScanResult> staying;
+        std::ranges::copy_if(found, std::back_inserter(staying),
+                             [&](const ScanResult& result) { return result.target.bundleURL == place; });
+        leaveToThoseThatStay(staying, targets);
+    }
 };
 
 void RemovalFlowModel::confirm() {
@@ -33,6 +47,7 @@ void RemovalFlowModel::confirm() {
     unmovableItems_.clear();
     auto run = std::make_shared<Run>();
     run->subject = subjectKind();
+    run->found = found();
     run->targets = std::move(targets);
     run->mode = mode_;
     run->cameFrom = stage_;
@@ -96,7 +111,7 @@ void RemovalFlowModel::quitNext(std::shared_ptr<Run> run) {
                 if (choice == QuitPromptChoice::forceContinue)
                     ++run->next;
                 else
-                    run->targets.erase(run->targets.begin() + static_cast<std::ptrdiff_t>(run->next));
+                    run->leaveOutNext();
                 self.quitNext(run);
             };
             self.pendingQuitPrompt_ = QuitPrompt{Uuid::random(), run->targets[run->next].target.name};
@@ -135,6 +150,7 @@ FileResult<RemovalReport> carryOut(const RemovalFlowModel::Services& services, c
 } // namespace
 
 void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
+    std::erase_if(run->targets, [](const RemovalTarget& target) { return target.traces.empty(); });
     if (run->targets.empty()) return goBack(*run, std::nullopt); // every application was left out
     reportSubject_ = subjectText(run->subject, run->mode, run->targets, services_.texts);
     auto work = [services = services_, user = user_, run] {
@@ -146,6 +162,7 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
                  [run = std::move(run)](RemovalFlowModel& self, FileResult<RemovalReport> report) {
                      if (!report) return self.goBack(*run, self.wordsOf(report.error()));
                      self.undoReport_.reset();
+                     self.reportLeft_ = tidwen::leftInPlace(run->found, run->targets, run->mode);
                      self.offer_.reset();
                      self.enter(stage::Report{std::move(*report)});
                  });

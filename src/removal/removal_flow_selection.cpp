@@ -2,6 +2,7 @@
 
 #include "removal/chosen_items.h"
 #include "removal/removal_flow_model.h"
+#include "removal/staying_applications.h"
 #include "scan/default_selection.h"
 
 #include <algorithm>
@@ -105,11 +106,14 @@ std::vector<RemovalTarget> RemovalFlowModel::chosenTargets() const {
         std::copy_if(traces.begin(), traces.end(), std::back_inserter(targets.back().traces),
                      [&](const Trace& trace) { return selection_.contains(trace.id); });
     });
+    if (const auto* review = std::get_if<stage::Review>(&stage_))
+        leaveToThoseThatStay(stayingApplications(review->results, targets, mode_), targets);
     takeEachItemOnce(targets);
     return targets;
 }
 
 std::vector<Trace> RemovalFlowModel::leftInPlace() const {
+    if (std::holds_alternative<stage::Report>(stage_)) return reportLeft_;
     return tidwen::leftInPlace(found(), chosenTargets(), mode_);
 }
 

@@ -114,6 +114,41 @@ TEST(RemovalFlow, AsksAboutEachApplicationThatDoesNotQuit) {
     EXPECT_TRUE(lockTrash(bench.user, bench.volume.files()));
 }
 
+TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
+    enum class Out { nobody, inTheSelection, atTheQuitQuestion, inAReset };
+    for (const auto out : {Out::nobody, Out::inTheSelection, Out::atTheQuitQuestion, Out::inAReset}) {
+        SCOPED_TRACE(static_cast<int>(out));
+        FlowBench bench;
+        for (const auto* name : {"Alpine", "Birch"})
+            writeBundle(bench.volume, bench.bundle(name).string() + "/Contents/Library/LoginItems/Sync.app",
+                        "com.example.sync", "Sync");
+        const auto shared = bench.cache("sync"), alpines = bench.cache("Birch.com.example.Alpine");
+        bench.volume.write(shared.string(), "x");
+        bench.volume.write(alpines.string(), "the longer identifier claims more");
+        bench.review({"Alpine", "Birch"});
+        auto& model = *bench.model;
+        if (out == Out::inAReset) model.setMode(RemovalMode::reset);
+        const auto birch = model.found()[1];
+        for (const auto& trace : birch.traces)
+            if (out == Out::inAReset
+                || (out == Out::inTheSelection && trace.category == TraceCategory::application))
+                model.setSelected({trace.id}, false);
+        if (out == Out::atTheQuitQuestion) bench.running.stubborn = {"com.example.Birch"};
+        model.confirm();
+        bench.settle();
+        model.answerQuitPrompt(QuitPromptChoice::cancelApp);
+        bench.settle();
+        ASSERT_EQ(bench.stage(), "report");
+        std::set<std::string> left;
+        for (const auto& trace : model.leftInPlace())
+            left.insert(trace.displayName);
+        EXPECT_EQ(bench.has(shared), out != Out::nobody);
+        EXPECT_EQ(left.contains(shared.string()), out != Out::nobody);
+        EXPECT_FALSE(bench.has(bench.cache("Alpine")) || bench.has(alpines));
+        EXPECT_EQ(bench.has(bench.bundle("Birch")), out != Out::nobody);
+    }
+}
+
 TEST(RemovalFlow, NothingIsRemovedWhileWhatIsProtectedIsUnknown) {
     const std::pair<std::string, std::function<void(FlowBench&)>> cases[] = {
         {"unreadable", [](FlowBench& bench) { bench.defaults.fault = Message{"unreadable"}; }},

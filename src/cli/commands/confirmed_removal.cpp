@@ -134,13 +134,12 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     if (isDryRun) return ExitStatus::done;
     if (!confirmed(context, mac, model)) return ExitStatus::refused;
 
-    const auto left = model.leftInPlace();
     if (!session.remove()) {
         if (const auto& why = model.errorMessage()) context.console.complain(*why);
         return ExitStatus::refused;
     }
     const auto& report = std::get<stage::Report>(model.stage()).report;
-    show(report, left, model.subject(), context, mac);
+    show(report, model.leftInPlace(), model.subject(), context, mac);
     const bool isComplete = report.failures().empty() && !report.manifestFailure;
     remindOfReview(context, mac.system.defaults, isComplete);
     return isComplete && !session.someLeftOut() ? ExitStatus::done : ExitStatus::someFailed;

@@ -1,0 +1,125 @@
+#include "removal/staying_applications.h"
+
+#include "removal/chosen_items.h"
+#include "scan/residue_matcher.h"
+
+#include <algorithm>
+#include <set>
+
+namespace tidwen {
+
+namespace {
+
+std::vector<std::string> helpersOf(const AppTarget& application) {
+    auto helpers = application.loginItemBundleIDs;
+    for (const auto& job : application.embeddedLaunchdItems)
+        helpers.push_back(job.label);
+    return helpers;
+}
+
+/// Judges an application's items as if the other one were all that stays.
+ResidueMatcher judging(const AppTarget& application, const AppTarget& other) {
+    OwningBundle bundle{.url = other.bundleURL.standardized(),
+                        .place = other.bundleURL.standardized(),
+                        .bundleID = other.bundleID,
+                        .name = other.name,
+                        .names = {other.name, other.bundleURL.stem()},
+                        .isApplication = true,
+                        .isReadable = true};
+    if (other.executableName) bundle.names.push_back(*other.executableName);
+    BundleContents contents{.embeddedIDs = other.loginItemBundleIDs,
+                            .jobs = other.embeddedLaunchdItems,
+                            .groups = other.appGroups,
+                            .isComplete = true};
+    return {application,
+            OtherApplications({std::move(bundle)}, application.bundleID,
+                              [contents = std::move(contents)] { return std::vector{contents}; }),
+            helpersOf(application)};
+}
+
+/// What the item was attributed by: the name of its file, label, service.
+std::string attributedName(const Trace& trace) {
+    if (const auto* job = std::get_if<action::BootoutAndMove>(&trace.action)) return job->label;
+    if (const auto* job = std::get_if<action::Bootout>(&trace.action)) return job->label;
+    if (const auto* item = std::get_if<action::DeleteKeychainItem>(&trace.action)) return item->service;
+    const Path* moved = movedPath(trace.action);
+    return moved ? moved->lastComponent() : std::string();
+}
+
+bool isContested(const Trace& trace, const ResidueMatcher& matcher) {
+    if (trace.reason.kind == MatchReason::Kind::appGroup)
+        return matcher.others().declaringGroup(trace.reason.value).has_value();
+    return matcher.contestedBy(attributedName(trace), trace.reason).has_value();
+}
+
+/// Taking the one takes something of the other.
+bool meet(const Trace& a, const Trace& b) {
+    const Path *first = movedPath(a.action), *second = movedPath(b.action);
+    if (!first || !second) return a.action == b.action;
+    return first->isWithin(*second) || second->isWithin(*first);
+}
+
+/// What one application that stays claims of what another one leaves.
+class Claims {
+  public:
+    Claims(const ScanResult& staying, const AppTarget& leaving)
+        : staying_(staying),
+          againstLeaving_(judging(leaving, staying.target)),
+          againstStaying_(judging(staying.target, leaving)) {}
+
+    bool hold(const Trace& trace) const {
+        if (trace.category == TraceCategory::application) return false;
+        if (isContested(trace, againstLeaving_)) return true;
+        return std::ranges::any_of(staying_.traces, [&](const Trace& own) {
+            return own.category != TraceCategory::application && !own.contestedBy
+                   && own.reversibility != Reversibility::manualOnly && meet(trace, own)
+                   && !isContested(own, againstStaying_);
+        });
+    }
+
+  private:
+    const ScanResult& staying_;
+    ResidueMatcher againstLeaving_, againstStaying_;
+};
+
+} // namespace
+
+std::vector<ScanResult> stayingApplications(const std::vector<ScanResult>& found,
+                                            const std::vector<RemovalTarget>& chosen, RemovalMode mode) {
+    std::set<Uuid> ids;
+    for (const auto& target : chosen)
+        for (const auto& trace : target.traces)
+            ids.insert(trace.id);
+    const auto isBundle = [](const Trace& trace) { return trace.category == TraceCategory::application; };
+    const auto isChosen = [&](const Trace& trace) { return ids.contains(trace.id); };
+    std::vector<ScanResult> staying;
+    for (const auto& result : found) {
+        const auto bundle = std::ranges::find_if(result.traces, isBundle);
+        if (bundle == result.traces.end()) continue;
+        const bool goes =
+            mode == RemovalMode::reset ? std::ranges::any_of(result.traces, isChosen) : isChosen(*bundle);
+        if (!goes) staying.push_back(result);
+    }
+    return staying;
+}
+
+void leaveToThoseThatStay(const std::vector<ScanResult>& staying, std::vector<RemovalTarget>& chosen) {
+    std::set<Path> left;
+    for (const auto& result : staying)
+        for (auto& target : chosen) {
+            if (target.target.bundleURL == result.target.bundleURL) continue;
+            const Claims claims(result, target.target);
+            std::erase_if(target.traces, [&](const Trace& trace) {
+                const bool stays = claims.hold(trace);
+                if (const Path* moved = movedPath(trace.action); moved && stays) left.insert(*moved);
+                return stays;
+            });
+        }
+    for (auto& target : chosen)
+        std::erase_if(target.traces, [&](const Trace& trace) {
+            const Path* moved = movedPath(trace.action);
+            return moved && left.contains(*moved);
+        });
+}
+
+} // namespace tidwen
