@@ -22,8 +22,8 @@ std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chos
     // Where the items would go does not matter here.
     const auto plan = buildRemovalPlan(chosen, {user.trash(), chosen.size() > 1}, mode, texts);
     if (const auto count = manifestEntries(plan).size(); count > maxManifestEntries)
-        return RemovalRefusal{{"error.tooManySteps %lld %lld",
-                               {std::to_string(count), std::to_string(maxManifestEntries)}}};
+        return RemovalRefusal{
+            {"error.tooManySteps %lld %lld", {std::to_string(count), std::to_string(maxManifestEntries)}}};
     auto items = unmovableItems(plan, files, rights);
     if (items.empty()) return std::nullopt;
     return RemovalRefusal{

@@ -19,8 +19,8 @@ struct RemovalRefusal {
 
 /// An application goes with its data or not at all: refused is a choice with an application that cannot be
 /// taken from where it lies (`whyNotRemovable`), a plan of more steps than a
-/// journal holds, and one that the rights do not suffice for (`unmovableItems`). Data alone, and a reset, keep the application by choice. Reads the disk; changes
-/// nothing.
+/// journal holds, and one that the rights do not suffice for (`unmovableItems`). Data alone, and a reset,
+/// keep the application by choice. Reads the disk; changes nothing.
 std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chosen, RemovalMode mode,
                                           const FileSystem& files, const UserEnvironment& user,
                                           MoveRights rights, const Texts& texts);

@@ -118,7 +118,6 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     const BudgetedFiles files(ports_.files);
     const BudgetedReceipts receipts(ports_.receipts, files.budget());
     result.immovable = whyImmovable(target);
-    if (bundles_) result.owners = bundles_->coverage();
 
     // First of all, so that the bundle is measured while everything else is searched.
     TraceCollector traces(files, policy, stop, ports_.log);
@@ -127,8 +126,8 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     else if (!isInTrash(target.bundleURL.standardized(), user_.trash().standardized()))
         traces.add(applicationTrace(files, user_, target));
 
-    const auto leaving = leavingPlaces(files, target, together,
-                                       [&](const AppTarget& other) { return !whyImmovable(other); });
+    const auto leaving =
+        leavingPlaces(files, target, together, [&](const AppTarget& other) { return !whyImmovable(other); });
     const auto helpers = helperBundleIDs(files, target, stop);
     const ResidueMatcher matcher(target, stayingBundles(bundles_, target, helpers, leaving, user_, stop),
                                  helpers);
@@ -153,6 +152,8 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     result.nameMatchingDisabled = matcher.nameMatchingDisabled();
     if (!stop.stopRequested())
         result.permissions = PermissionAudit(ports_.files, user_, ports_.texts).audit(target);
+    // Now, because what others carry may have been asked for, and the budget for that been spent.
+    if (bundles_) result.owners = bundles_->coverage();
     result.skippedNames = traces.skippedNames();
     result.leftOut = files.budget().leftOut();
     if (result.leftOut > 0)

@@ -51,7 +51,7 @@ Message SweepGap::describe() const {
 
 std::vector<SweepGap> findSweepGaps(const FileSystem& files, const UserEnvironment& user,
                                     const BundleSnapshot& bundles) {
-    const auto& coverage = bundles.coverage();
+    const auto coverage = bundles.coverage();
     std::vector<SweepGap> gaps;
     const auto add = [&](const Path& place, SweepGap::Reason reason) {
         gaps.push_back({place, reason, isOfOthers(place, user)});

@@ -3,6 +3,8 @@
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/unprivileged.h"
+#include "support/watched_files.h"
+#include "volume/volume_sources.h"
 
 namespace tidwen {
 namespace {
@@ -120,6 +122,95 @@ TEST_F(InstalledBundlesTest, SaysWhatItCouldNotSee) {
         EXPECT_THAT(part->coverage().unreadable, testing::ElementsAre(Path("/Applications/Closed")));
         EXPECT_FALSE(part->coverage().seesApplications);
     });
+}
+
+/// Times so old that no disk's clock could hide a change since.
+void age(const test::TemporaryVolume& volume) {
+    namespace fs = std::filesystem;
+    for (const auto& each : fs::recursive_directory_iterator(volume.hostRoot()))
+        fs::last_write_time(each, fs::file_time_type::clock::now() - std::chrono::hours(1));
+}
+
+TEST(InstalledBundlesAgain, ReadsOnlyWhatHasChanged) {
+    test::TemporaryVolume volume;
+    test::WatchedFiles files(volume.files());
+    const FileCodeSignatures signatures(files);
+    InstalledBundles bundles(files, signatures, test::alice());
+    const std::string owners = "/Applications/Maker", ferry = owners + "/Ferry.app";
+    const auto writeFerry = [&](const std::string& identifier) {
+        writeBundle(volume, ferry, identifier, "Ferry");
+    };
+    writeFerry("com.example.ferry");
+    writeBundle(volume, owners + "/Raft.app", "com.example.raft", "Raft");
+    writeBundle(volume, owners + "/Raft.app/Contents/Helpers/In.app", "com.example.in", "In");
+    const auto look = [&] {
+        const auto snapshot = bundles.look();
+        snapshot->readAllContents({});
+        return snapshot;
+    };
+    const auto idsOf = [](const BundleSnapshot& snapshot) {
+        return eachOf(snapshot.bundles(), &OwningBundle::bundleID);
+    };
+    const auto readTwice = [&] { // what is written just now may still change unseen
+        look();
+        files.takeReads();
+        look();
+        return files.takeReads();
+    };
+    const Path ferrysInfo(ferry + "/Contents/Info.plist");
+    const Path innerInfo(owners + "/Raft.app/Contents/Helpers/In.app/Contents/Info.plist");
+    EXPECT_THAT(readTwice(), testing::Contains(ferrysInfo));
+
+    age(volume);
+    const auto first = look();
+    files.takeReads();
+    const auto second = look();
+    const auto reads = files.takeReads();
+    EXPECT_FALSE(reads.contains(ferrysInfo) || reads.contains(innerInfo) || reads.contains(Path(owners)));
+    EXPECT_EQ(second->bundles(), first->bundles());
+    EXPECT_EQ(second->contents(1), first->contents(1));
+
+    const std::pair<const char*, std::function<void()>> changes[] = {
+        {"com.example.newer", [&] { writeFerry("com.example.newer"); }},
+        {"com.example.swapped",
+         [&] { // as an update does, with the times that it was packed with
+             std::filesystem::rename(volume.host(ferry), volume.host("/Old.app"));
+             writeFerry("com.example.swapped");
+             age(volume);
+         }}};
+    for (const auto& [identifier, change] : changes) {
+        change();
+        EXPECT_THAT(idsOf(*look()), testing::Contains(identifier));
+    }
+    look();
+    files.takeReads();
+    writeBundle(volume, innerInfo.parent().parent().string(), "com.example.inmost", "In");
+    EXPECT_THAT(look()->contents(1).embeddedIDs, testing::ElementsAre("com.example.inmost"));
+    EXPECT_FALSE(files.takeReads().contains(ferrysInfo));
+    std::filesystem::remove_all(volume.host(ferry));
+    EXPECT_THAT(idsOf(*look()), testing::ElementsAre("com.example.raft"));
+}
+
+TEST_F(InstalledBundlesTest, ClaimsToHaveCountedNothingThatItsBudgetHides) {
+    for (const auto* name : {"A", "B", "C"})
+        writeBundle(volume, "/Applications/" + std::string(name) + ".app", "com.example.app", name);
+    const auto lookWith = [&](std::int64_t bytes) {
+        return InstalledBundles(volume.files(), signatures, test::alice(), {.bytes = bytes}).look();
+    };
+    const auto isCut = [](const BundleSnapshot& snapshot) {
+        return snapshot.coverage().uncounted == std::vector{Path("/Applications")};
+    };
+    const auto atOnce = lookWith(1);
+    EXPECT_TRUE(isCut(*atOnce));
+    EXPECT_FALSE(atOnce->coverage().seesApplications);
+
+    const auto size = std::filesystem::file_size(volume.host("/Applications/A.app/Contents/Info.plist"));
+    const auto inContents = lookWith(static_cast<std::int64_t>(3 * size + 1));
+    EXPECT_TRUE(inContents->coverage().isComplete());
+    inContents->readAllContents({});
+    EXPECT_TRUE(isCut(*inContents));
+    EXPECT_FALSE(inContents->contents(2).isComplete && inContents->contents(1).isComplete
+                 && inContents->contents(0).isComplete);
 }
 
 } // namespace

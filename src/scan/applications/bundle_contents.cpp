@@ -1,5 +1,6 @@
 #include "scan/applications/bundle_contents.h"
 
+#include "platform/budgeted_files.h"
 #include "scan/bundle.h"
 
 #include <algorithm>
@@ -10,6 +11,11 @@ namespace {
 void addGroups(std::vector<std::string>& groups, const std::vector<std::string>& declared) {
     for (const auto& group : declared)
         if (std::find(groups.begin(), groups.end(), group) == groups.end()) groups.push_back(group);
+}
+
+bool isBudgetSpent(const FileSystem& files) {
+    const auto* budget = BudgetedFiles::budgetOf(files);
+    return budget && budget->isExhausted();
 }
 
 } // namespace
@@ -32,7 +38,7 @@ BundleContents readBundleContents(const FileSystem& files, const CodeSignatures&
     }
     // A bundle that was taken away in the middle may hold more than was seen.
     contents.isComplete = embedded.isComplete && opened->identifier() && !stop.stopRequested()
-                          && files.exists(opened->contents / "Info.plist");
+                          && files.exists(opened->contents / "Info.plist") && !isBudgetSpent(files);
     return contents;
 }
 

@@ -17,8 +17,14 @@ constexpr int maximumLinks = 2'000;
 
 class BundleSearch {
   public:
-    BundleSearch(const FileSystem& files, const std::vector<BundlePlace>& places, const StopToken& stop)
-        : files_(files), places_(places), stop_(stop), foldersLeft_(places.size(), maximumFoldersOfPlace) {}
+    BundleSearch(const FileSystem& files, const ReadBudget& budget, BundleMemory& memory,
+                 const std::vector<BundlePlace>& places, const StopToken& stop)
+        : files_(files),
+          budget_(budget),
+          memory_(memory),
+          places_(places),
+          stop_(stop),
+          foldersLeft_(places.size(), maximumFoldersOfPlace) {}
 
     FoundBundles run() {
         std::vector<Folder> level;
@@ -27,17 +33,20 @@ class BundleSearch {
         while (!level.empty())
             level = searchLevel(std::move(level));
         found_.uncounted.assign(uncounted_.begin(), uncounted_.end());
+        memory_.folders.keepOnly(listed_);
         return std::move(found_);
     }
 
   private:
+    using Entries = FileResult<std::vector<DirectoryEntry>>;
+
     struct Folder {
         Path path;
         Path realPath; ///< the same without links; empty name ("/") while it is not known
         std::size_t place;
         int depthLeft;
         bool isSearched = false;
-        FileResult<std::vector<DirectoryEntry>> entries = {};
+        std::shared_ptr<const Entries> entries = {}; ///< null when it was not searched
     };
 
     std::vector<Folder> searchLevel(std::vector<Folder> level) {
@@ -46,18 +55,35 @@ class BundleSearch {
         parallelFor(level.size(), [&](std::size_t i) {
             auto& folder = level[i];
             if (!folder.isSearched || stop_.stopRequested()) return;
-            folder.entries = files_.list(folder.path);
-            if (folder.entries && folder.realPath.isRoot())
+            folder.entries = list(folder.path);
+            if (*folder.entries && folder.realPath.isRoot())
                 folder.realPath = files_.resolve(folder.path).value_or(folder.path);
         });
         std::vector<Folder> below;
         for (const auto& folder : level) {
             if (stop_.stopRequested())
                 uncounted_.insert(places_[folder.place].folder);
-            else if (folder.isSearched)
+            else if (folder.entries)
                 lookThrough(folder, below);
         }
         return below;
+    }
+
+    /// The folders and links in it.
+    std::shared_ptr<const Entries> list(const Path& folder) const {
+        const auto read = [&](const FileSystem& files, const ReadTrail&) {
+            auto entries = files.list(folder);
+            if (entries)
+                std::erase_if(*entries, [](const auto& entry) {
+                    return (entry.kind != FileKind::directory && entry.kind != FileKind::symbolicLink)
+                           || !isValidUtf8(entry.name);
+                });
+            return entries;
+        };
+        const auto weigh = [](const Entries& entries) {
+            return entries ? std::optional(entries->size()) : std::nullopt;
+        };
+        return memory_.folders.read(folder, files_, budget_, read, weigh);
     }
 
     bool mayListOneMore(const Folder& folder) {
@@ -68,15 +94,15 @@ class BundleSearch {
     }
 
     void lookThrough(const Folder& folder, std::vector<Folder>& below) {
-        if (!folder.entries) return noteUnreadable(folder);
+        if (!*folder.entries) return noteUnreadable(folder);
+        listed_.insert(folder.path);
         // By a link, or because one place lies in another, a folder may come up again.
         const auto [known, isNew] = depths_.emplace(folder.realPath, folder.depthLeft);
         if (folder.depthLeft == places_[folder.place].depth) found_.listed.push_back(folder.path);
         if (!isNew && known->second >= folder.depthLeft) return;
         known->second = folder.depthLeft;
 
-        for (const auto& entry : *folder.entries) {
-            if (!isValidUtf8(entry.name)) continue;
+        for (const auto& entry : **folder.entries) {
             const Path item = folder.path / entry.name;
             if (isBundleName(entry.name))
                 addBundle(folder, entry, item);
@@ -86,7 +112,11 @@ class BundleSearch {
     }
 
     void noteUnreadable(const Folder& folder) {
-        const auto fault = folder.entries.error().fault;
+        const auto fault = folder.entries->error().fault;
+        if (fault == FileFault::exhausted) {
+            uncounted_.insert(places_[folder.place].folder);
+            return;
+        }
         const bool isNone = fault == FileFault::missing || fault == FileFault::notDirectory;
         if (!isNone && !places_[folder.place].isOptional) found_.unreadable.push_back(folder.path);
     }
@@ -132,21 +162,24 @@ class BundleSearch {
     }
 
     const FileSystem& files_;
+    const ReadBudget& budget_;
+    BundleMemory& memory_;
     const std::vector<BundlePlace>& places_;
     const StopToken& stop_;
     std::vector<int> foldersLeft_; ///< of each place
     int allFoldersLeft_ = maximumFolders;
     int linksLeft_ = maximumLinks;
     std::map<Path, int> depths_; ///< real folder → how deep below it was searched
+    std::set<Path> listed_;
     std::set<Path> uncounted_;
     FoundBundles found_;
 };
 
 } // namespace
 
-FoundBundles searchBundles(const FileSystem& files, const std::vector<BundlePlace>& places,
-                           const StopToken& stop) {
-    return BundleSearch(files, places, stop).run();
+FoundBundles searchBundles(const FileSystem& files, const ReadBudget& budget, BundleMemory& memory,
+                           const std::vector<BundlePlace>& places, const StopToken& stop) {
+    return BundleSearch(files, budget, memory, places, stop).run();
 }
 
 } // namespace tidwen

@@ -1,7 +1,10 @@
 #include "scan/applications/installed_bundles.h"
 
 #include "base/parallel.h"
+#include "platform/budgeted_files.h"
+#include "platform/budgeted_sources.h"
 #include "scan/applications/bundle_contents.h"
+#include "scan/applications/bundle_memory.h"
 #include "scan/applications/bundle_search.h"
 #include "scan/bundle.h"
 
@@ -16,50 +19,72 @@ void addName(std::vector<std::string>& names, std::string name) {
         names.push_back(std::move(name));
 }
 
-struct ReadBundle {
-    OwningBundle bundle;
-    bool isThere = false;
-    bool isDamaged = false;
-};
+BundleIdentity readIdentity(const FileSystem& files, const Path& place) {
+    BundleIdentity identity;
+    const auto opened = Bundle::open(files, place);
+    if (!opened) return identity;
+    identity.isThere = true;
+    identity.isReadable = opened->info.has_value();
+    identity.isDamaged = !identity.isReadable && files.exists(opened->contents / "Info.plist");
+    if (!identity.isReadable) return identity;
+    identity.bundleID = opened->identifier().value_or("");
+    if (auto name = opened->name(); !name.empty()) identity.name = std::move(name);
+    for (const auto* key : {"CFBundleName", "CFBundleDisplayName", "CFBundleExecutable"})
+        if (const auto* name = opened->infoString(key)) addName(identity.names, *name);
+    return identity;
+}
 
-ReadBundle readBundle(const FileSystem& files, const Path& place, const std::vector<Path>& foundAs) {
+/// The bundle with every name that it was found under.
+OwningBundle makeBundle(const BundleIdentity& identity, const Path& place, const std::vector<Path>& foundAs) {
     const bool isReal = std::find(foundAs.begin(), foundAs.end(), place) != foundAs.end();
-    ReadBundle read = {.bundle = {.url = isReal ? place : foundAs.front(), .place = place}};
-    auto& bundle = read.bundle;
+    OwningBundle bundle = {.url = isReal ? place : foundAs.front(), .place = place};
+    bundle.bundleID = identity.bundleID;
     bundle.isApplication = place.lowercasedExtension() == "app" || bundle.url.lowercasedExtension() == "app";
-    bundle.name = bundle.url.stem();
+    bundle.isReadable = identity.isReadable;
+    bundle.name = identity.name.value_or(bundle.url.stem());
     for (const auto& name : foundAs)
         addName(bundle.names, name.stem());
     addName(bundle.names, place.stem());
-
-    const auto opened = Bundle::open(files, place);
-    if (!opened) return read;
-    read.isThere = true;
-    bundle.isReadable = opened->info.has_value();
-    read.isDamaged = !bundle.isReadable && files.exists(opened->contents / "Info.plist");
-    if (!bundle.isReadable) return read;
-    bundle.bundleID = opened->identifier().value_or("");
-    if (auto name = opened->name(); !name.empty()) bundle.name = std::move(name);
-    for (const auto* key : {"CFBundleName", "CFBundleDisplayName", "CFBundleExecutable"})
-        if (const auto* name = opened->infoString(key)) addName(bundle.names, *name);
-    return read;
+    for (const auto& name : identity.names)
+        addName(bundle.names, name);
+    return bundle;
 }
 
 bool anyWithin(const std::vector<Path>& paths, const Path& folder) {
     return std::any_of(paths.begin(), paths.end(), [&](const Path& path) { return path.isWithin(folder); });
 }
 
+void sortOnce(std::vector<Path>& paths) {
+    std::sort(paths.begin(), paths.end());
+    paths.erase(std::unique(paths.begin(), paths.end()), paths.end());
+}
+
+/// Puts the coverage in order and says whether it covers the folder that matters most.
+void complete(BundleCoverage& coverage, const FoundBundles& found) {
+    coverage.unreadable.insert(coverage.unreadable.end(), found.unreadable.begin(), found.unreadable.end());
+    coverage.uncounted.insert(coverage.uncounted.end(), found.uncounted.begin(), found.uncounted.end());
+    for (auto* paths : {&coverage.unreadable, &coverage.uncounted, &coverage.damaged})
+        sortOnce(*paths);
+    const Path applications("/Applications");
+    coverage.seesApplications =
+        std::find(found.listed.begin(), found.listed.end(), applications) != found.listed.end()
+        && !anyWithin(coverage.unreadable, applications) && !anyWithin(coverage.uncounted, applications);
+}
+
 } // namespace
 
 struct BundleSnapshot::LazyContents {
     std::once_flag once;
-    BundleContents value;
+    std::shared_ptr<const BundleContents> value;
 };
 
 BundleSnapshot::BundleSnapshot(const FileSystem& files, const CodeSignatures& signatures,
-                               std::vector<OwningBundle> bundles, BundleCoverage coverage)
+                               std::vector<OwningBundle> bundles, BundleCoverage coverage,
+                               std::shared_ptr<BundleMemory> memory, const ReadBudget& budget)
     : files_(files),
       signatures_(signatures),
+      budget_(budget),
+      memory_(memory ? std::move(memory) : std::make_shared<BundleMemory>()),
       bundles_(std::move(bundles)),
       coverage_(std::move(coverage)),
       contents_(std::make_unique<LazyContents[]>(bundles_.size())) {}
@@ -73,44 +98,93 @@ const BundleContents& BundleSnapshot::contents(std::size_t index) const {
 const BundleContents& BundleSnapshot::contents(std::size_t index, const StopToken& stop) const {
     auto& lazy = contents_[index];
     std::call_once(lazy.once, [&] {
-        if (!stop.stopRequested())
-            lazy.value = readBundleContents(files_, signatures_, bundles_[index].place, stop);
+        lazy.value = readContents(bundles_[index].place, stop);
+        if (lazy.value->isComplete || !budget_.isExhausted()) return;
+        const std::lock_guard lock(mutex_);
+        cutShort_.insert(bundles_[index].url.parent());
     });
-    return lazy.value;
+    return *lazy.value;
+}
+
+std::shared_ptr<const BundleContents> BundleSnapshot::readContents(const Path& bundle,
+                                                                   const StopToken& stop) const {
+    if (stop.stopRequested()) return std::make_shared<const BundleContents>();
+    const auto read = [&](const FileSystem& files, ReadTrail& trail) {
+        const BudgetedSignatures signatures(signatures_, budget_);
+        return readBundleContents(files, TrailedSignatures(signatures, files_, trail), bundle, stop);
+    };
+    const auto weigh = [](const BundleContents& contents) {
+        const auto entries = contents.embeddedIDs.size() + contents.jobs.size() + contents.groups.size();
+        return contents.isComplete ? std::optional(entries) : std::nullopt;
+    };
+    return memory_->contents.read(bundle, files_, budget_, read, weigh);
+}
+
+BundleCoverage BundleSnapshot::coverage() const {
+    auto coverage = coverage_;
+    const std::lock_guard lock(mutex_);
+    coverage.uncounted.insert(coverage.uncounted.end(), cutShort_.begin(), cutShort_.end());
+    sortOnce(coverage.uncounted);
+    return coverage;
 }
 
 void BundleSnapshot::readAllContents(const StopToken& stop) const {
     parallelFor(bundles_.size(), [&](std::size_t index) { contents(index, stop); });
 }
 
-std::shared_ptr<const BundleSnapshot> InstalledBundles::look(const StopToken& stop) {
-    BundleCoverage coverage;
-    const auto places = bundlePlaces(files_, user_, coverage.unreadable);
-    auto found = searchBundles(files_, places, stop);
-    const std::vector<std::pair<Path, std::vector<Path>>> named(found.names.begin(), found.names.end());
+InstalledBundles::InstalledBundles(const FileSystem& files, const CodeSignatures& signatures,
+                                   UserEnvironment user, ReadBudget::Limits limits)
+    : files_(files),
+      signatures_(signatures),
+      user_(std::move(user)),
+      limits_(limits),
+      memory_(std::make_shared<BundleMemory>()) {}
 
-    std::vector<ReadBundle> read(named.size());
-    parallelFor(named.size(), [&](std::size_t i) {
-        if (!stop.stopRequested()) read[i] = readBundle(files_, named[i].first, named[i].second);
-    });
+std::shared_ptr<const BundleSnapshot> InstalledBundles::look(const StopToken& stop) {
+    const auto* outer = BudgetedFiles::budgetOf(files_);
+    const ReadBudget budget = outer ? *outer : ReadBudget(limits_);
+    BundleCoverage coverage;
+    const auto places = bundlePlaces(BudgetedFiles(files_, budget), user_, coverage.unreadable);
+    const auto found = searchBundles(files_, budget, *memory_, places, stop);
+
+    const std::vector<std::pair<Path, std::vector<Path>>> named(found.names.begin(), found.names.end());
+    const auto identities = readIdentities(named, budget, stop);
     std::vector<OwningBundle> bundles;
-    for (auto& each : read) {
-        if (each.isDamaged) coverage.damaged.push_back(each.bundle.url);
-        if (each.isThere) bundles.push_back(std::move(each.bundle));
+    for (std::size_t i = 0; i < named.size(); ++i) {
+        if (!identities[i] || !identities[i]->isThere) continue;
+        auto bundle = makeBundle(*identities[i], named[i].first, named[i].second);
+        if (identities[i]->isDamaged && budget.isExhausted())
+            coverage.uncounted.push_back(bundle.url.parent());
+        else if (identities[i]->isDamaged)
+            coverage.damaged.push_back(bundle.url);
+        bundles.push_back(std::move(bundle));
     }
     std::sort(bundles.begin(), bundles.end(), [](const auto& a, const auto& b) { return a.url < b.url; });
-
-    for (auto& folder : found.unreadable)
-        coverage.unreadable.push_back(std::move(folder));
-    coverage.uncounted = std::move(found.uncounted);
-    for (auto* paths : {&coverage.unreadable, &coverage.uncounted, &coverage.damaged})
-        std::sort(paths->begin(), paths->end());
-    const Path applications("/Applications");
-    coverage.seesApplications =
-        std::find(found.listed.begin(), found.listed.end(), applications) != found.listed.end()
-        && !anyWithin(coverage.unreadable, applications) && !anyWithin(coverage.uncounted, applications);
+    complete(coverage, found);
     return std::make_shared<const BundleSnapshot>(files_, signatures_, std::move(bundles),
-                                                  std::move(coverage));
+                                                  std::move(coverage), memory_, budget);
+}
+
+std::vector<std::shared_ptr<const BundleIdentity>>
+InstalledBundles::readIdentities(const std::vector<std::pair<Path, std::vector<Path>>>& bundles,
+                                 const ReadBudget& budget, const StopToken& stop) {
+    std::vector<std::shared_ptr<const BundleIdentity>> identities(bundles.size());
+    const auto weigh = [](const BundleIdentity& identity) { return std::optional(identity.names.size()); };
+    parallelFor(bundles.size(), [&](std::size_t i) {
+        const auto& place = bundles[i].first;
+        const auto read = [&](const FileSystem& files, const ReadTrail&) {
+            return readIdentity(files, place);
+        };
+        if (!stop.stopRequested())
+            identities[i] = memory_->identities.read(place, files_, budget, read, weigh);
+    });
+
+    std::set<Path> places;
+    for (const auto& [place, names] : bundles)
+        places.insert(places.end(), place);
+    memory_->identities.keepOnly(places);
+    memory_->contents.keepOnly(places);
+    return identities;
 }
 
 } // namespace tidwen

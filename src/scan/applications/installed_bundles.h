@@ -3,29 +3,40 @@
 #include "base/stop_token.h"
 #include "platform/code_signatures.h"
 #include "platform/file_system.h"
+#include "platform/read_budget.h"
 #include "platform/user_environment.h"
 #include "scan/applications/bundle_coverage.h"
 #include "scan/applications/owning_bundle.h"
 
 #include <cstddef>
 #include <memory>
+#include <mutex>
+#include <set>
+#include <utility>
 #include <vector>
 
 namespace tidwen {
 
-/// One look at all bundles. Immutable; what they carry is read once, when it is first asked for. May be used
-/// from any thread; must not outlive the ports of the service that made it.
+struct BundleIdentity;
+struct BundleMemory;
+
+/// One look at all bundles. What they carry is read once, when it is first asked for, and spends what the
+/// look left of its budget. May be used from any thread; must not outlive the ports of the service that made
+/// it.
 class BundleSnapshot {
   public:
     BundleSnapshot(const FileSystem& files, const CodeSignatures& signatures,
-                   std::vector<OwningBundle> bundles, BundleCoverage coverage);
+                   std::vector<OwningBundle> bundles, BundleCoverage coverage,
+                   std::shared_ptr<BundleMemory> memory = nullptr, const ReadBudget& budget = {});
     ~BundleSnapshot();
     BundleSnapshot(const BundleSnapshot&) = delete;
     BundleSnapshot& operator=(const BundleSnapshot&) = delete;
 
     /// Sorted by `url`.
     const std::vector<OwningBundle>& bundles() const { return bundles_; }
-    const BundleCoverage& coverage() const { return coverage_; }
+    /// The folder of a bundle whose contents were asked for when the budget was spent is uncounted from then
+    /// on.
+    BundleCoverage coverage() const;
     /// What the bundle at this place in `bundles` carries. Blocks while it is read.
     const BundleContents& contents(std::size_t index) const;
     /// Reads the contents of all bundles, in parallel. After a stop they are incomplete.
@@ -34,30 +45,45 @@ class BundleSnapshot {
   private:
     struct LazyContents;
     const BundleContents& contents(std::size_t index, const StopToken& stop) const;
+    std::shared_ptr<const BundleContents> readContents(const Path& bundle, const StopToken& stop) const;
 
     const FileSystem& files_;
     const CodeSignatures& signatures_;
+    ReadBudget budget_;
+    std::shared_ptr<BundleMemory> memory_;
     std::vector<OwningBundle> bundles_;
     BundleCoverage coverage_;
+    mutable std::mutex mutex_;
+    mutable std::set<Path>
+        cutShort_; ///< guarded by `mutex_`: folders of bundles that are not read to their end
     std::unique_ptr<LazyContents[]> contents_;
 };
 
 /// Knows every bundle that can be found where applications and plug-ins really lie: all folders of
 /// applications, also of other users, loose applications in a home, the bundles in the Library folders, and
 /// those of package managers and build folders. Links are followed to the bundle they name. Bounded in depth
-/// and count; the insides of bundles and the Trash are not searched.
+/// and count; the insides of bundles and the Trash are not searched. Remembers what it read: a later look
+/// reads again only what has changed.
 class InstalledBundles {
   public:
-    InstalledBundles(const FileSystem& files, const CodeSignatures& signatures, UserEnvironment user)
-        : files_(files), signatures_(signatures), user_(std::move(user)) {}
+    /// Each look may spend `limits`, when the files do not have a budget of their own.
+    InstalledBundles(const FileSystem& files, const CodeSignatures& signatures, UserEnvironment user,
+                     ReadBudget::Limits limits = {});
 
-    /// Blocks while the disk is read, in parallel; any thread.
+    /// Blocks while the disk is read, in parallel; any thread. What a spent budget hides is `uncounted`.
     std::shared_ptr<const BundleSnapshot> look(const StopToken& stop = {});
 
   private:
+    /// Of the bundles at these places, in their order; null after a stop.
+    std::vector<std::shared_ptr<const BundleIdentity>>
+    readIdentities(const std::vector<std::pair<Path, std::vector<Path>>>& bundles, const ReadBudget& budget,
+                   const StopToken& stop);
+
     const FileSystem& files_;
     const CodeSignatures& signatures_;
     UserEnvironment user_;
+    ReadBudget::Limits limits_;
+    std::shared_ptr<BundleMemory> memory_;
 };
 
 } // namespace tidwen

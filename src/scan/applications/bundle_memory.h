@@ -1,0 +1,94 @@
+#pragma once
+
+#include "scan/applications/owning_bundle.h"
+#include "scan/applications/read_trail.h"
+
+#include <memory>
+#include <mutex>
+#include <set>
+
+namespace tidwen {
+
+/// Answers of a reader, each kept as long as nothing changes that it was read from. Bounded: what does not fit
+/// is read again each time. May be used from any thread.
+template<class Value>
+class RememberedReads {
+  public:
+    /// The answer for the path: the remembered one while it holds, else what `read` makes of the files and the
+    /// trail that it is given. `weigh` says how many entries it holds; what it gives nothing for is not kept,
+    /// nor what was read on a spent budget.
+    template<class Read, class Weigh>
+    std::shared_ptr<const Value> read(const Path& path, const FileSystem& files, const ReadBudget& budget,
+                                      const Read& read, const Weigh& weigh) {
+        if (auto known = find(path); known && known->trail.isUnchanged(files)) return known->value;
+        auto fresh = std::make_shared<Remembered>();
+        const TrailedFiles trailed(files, budget, fresh->trail);
+        fresh->value = std::make_shared<const Value>(read(trailed, fresh->trail));
+        auto value = fresh->value;
+        const auto entries = trailed.budget().isExhausted() ? std::nullopt : weigh(*value);
+        if (entries) {
+            fresh->weight = *entries + fresh->trail.size();
+            keep(path, std::move(fresh));
+        }
+        return value;
+    }
+
+    void keepOnly(const std::set<Path>& paths) {
+        const std::lock_guard lock(mutex_);
+        std::erase_if(known_, [&](const auto& each) {
+            if (paths.contains(each.first)) return false;
+            weight_ -= each.second->weight;
+            return true;
+        });
+    }
+
+  private:
+    // Several times what a large Mac takes; some tens of megabytes.
+    static constexpr std::size_t mostWeight = 200'000;
+
+    struct Remembered {
+        ReadTrail trail;
+        std::shared_ptr<const Value> value;
+        std::size_t weight = 0; ///< entries of the value and states of the trail
+    };
+
+    std::shared_ptr<const Remembered> find(const Path& path) const {
+        const std::lock_guard lock(mutex_);
+        const auto found = known_.find(path);
+        return found == known_.end() ? nullptr : found->second;
+    }
+
+    void keep(const Path& path, std::shared_ptr<const Remembered> fresh) {
+        const std::lock_guard lock(mutex_);
+        auto& known = known_[path];
+        if (known) weight_ -= known->weight;
+        weight_ += fresh->weight;
+        known = std::move(fresh);
+        if (weight_ <= mostWeight) return;
+        weight_ -= known->weight;
+        known_.erase(path);
+    }
+
+    mutable std::mutex mutex_; ///< guards what follows
+    std::map<Path, std::shared_ptr<const Remembered>> known_;
+    std::size_t weight_ = 0;
+};
+
+/// What the manifest of a bundle says of it.
+struct BundleIdentity {
+    bool isThere = false;    ///< a folder, its path valid UTF-8
+    bool isReadable = false; ///< its Info.plist was there and could be read
+    bool isDamaged = false;  ///< its Info.plist is there and could not be read
+    std::string bundleID = {};
+    std::optional<std::string> name = {};   ///< for people; absent when empty
+    std::vector<std::string> names = {};    ///< CFBundleName, CFBundleDisplayName, executable
+};
+
+/// What a look at all bundles remembers for the next one.
+struct BundleMemory {
+    RememberedReads<FileResult<std::vector<DirectoryEntry>>> folders;
+    RememberedReads<BundleIdentity> identities;
+    RememberedReads<BundleContents> contents;
+};
+
+} // namespace tidwen

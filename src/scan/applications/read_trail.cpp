@@ -1,0 +1,38 @@
+#include "scan/applications/read_trail.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace tidwen {
+namespace {
+
+// Disks keep times in steps of up to two seconds: what changes twice within one step looks the same.
+constexpr std::chrono::nanoseconds longestStep = std::chrono::seconds(2);
+
+std::int64_t nanosecondsNow() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();
+}
+
+} // namespace
+
+ReadTrail::ReadTrail() : newestTrusted_(nanosecondsNow() - longestStep.count()) {}
+
+void ReadTrail::note(const FileSystem& files, const Path& path) {
+    const auto [state, isNew] = states_.try_emplace(path);
+    if (isNew) state->second = stateOf(files, path);
+}
+
+bool ReadTrail::isUnchanged(const FileSystem& files) const {
+    return std::all_of(states_.begin(), states_.end(), [&](const auto& noted) {
+        return std::get<3>(noted.second) < newestTrusted_ && stateOf(files, noted.first) == noted.second;
+    });
+}
+
+ReadTrail::State ReadTrail::stateOf(const FileSystem& files, const Path& path) {
+    const auto info = files.infoFollowingLinks(path);
+    if (!info) return {};
+    return {info->device, info->inode, info->size, info->modifiedNanoseconds, info->addedNanoseconds};
+}
+
+} // namespace tidwen

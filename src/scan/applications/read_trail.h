@@ -1,0 +1,85 @@
+#pragma once
+
+#include "platform/budgeted_files.h"
+#include "platform/budgeted_sources.h"
+
+#include <map>
+#include <tuple>
+
+namespace tidwen {
+
+/// What an answer was read from: the state of every file and folder at the time, so that it can be told later
+/// whether the answer still holds. For one thread.
+class ReadTrail {
+  public:
+    ReadTrail();
+
+    /// Notes the state of what the path leads to; to be called before it is read. The first state counts.
+    void note(const FileSystem& files, const Path& path);
+    /// Nothing that was noted has changed since, nor was it so new then that a change could go unseen.
+    bool isUnchanged(const FileSystem& files) const;
+    std::size_t size() const { return states_.size(); }
+
+  private:
+    /// Device, inode, size, modification, arrival in its folder; all zero for what is not there.
+    using State =
+        std::tuple<std::uint64_t, std::uint64_t, std::uint64_t, std::int64_t, std::optional<std::int64_t>>;
+    static State stateOf(const FileSystem& files, const Path& path);
+
+    std::int64_t newestTrusted_; ///< modification time, nanoseconds since 1970
+    std::map<Path, State> states_;
+};
+
+/// The files of a run, noting in a trail all that is asked of them.
+class TrailedFiles : public BudgetedFiles {
+  public:
+    TrailedFiles(const FileSystem& files, const ReadBudget& budget, ReadTrail& trail)
+        : BudgetedFiles(files, budget), files_(files), trail_(trail) {}
+
+    FileResult<std::vector<DirectoryEntry>> list(const Path& folder) const override {
+        return noted(folder), BudgetedFiles::list(folder);
+    }
+    FileResult<std::string> read(const Path& file, std::size_t maxBytes) const override {
+        return noted(file), BudgetedFiles::read(file, maxBytes);
+    }
+    FileResult<std::string> readRange(const Path& file, std::uint64_t offset,
+                                      std::size_t length) const override {
+        return noted(file), BudgetedFiles::readRange(file, offset, length);
+    }
+    FileResult<FileInfo> info(const Path& path) const override {
+        return noted(path), BudgetedFiles::info(path);
+    }
+    FileResult<FileInfo> infoFollowingLinks(const Path& path) const override {
+        return noted(path), BudgetedFiles::infoFollowingLinks(path);
+    }
+    FileResult<Path> resolve(const Path& path) const override {
+        return noted(path), BudgetedFiles::resolve(path);
+    }
+
+  private:
+    void noted(const Path& path) const { trail_.note(files_, path); }
+
+    const FileSystem& files_;
+    ReadTrail& trail_;
+};
+
+/// Signatures likewise, with the files that they are kept in.
+class TrailedSignatures : public CodeSignatures {
+  public:
+    TrailedSignatures(const CodeSignatures& signatures, const FileSystem& files, ReadTrail& trail)
+        : signatures_(signatures), files_(files), trail_(trail) {}
+
+    CodeSignature read(const Path& bundle, const Path& executable) const override {
+        trail_.note(files_, executable);
+        trail_.note(files_, bundle / "Contents/_CodeSignature/CodeDirectory");
+        trail_.note(files_, bundle / "Contents/_CodeSignature/CodeEntitlements");
+        return signatures_.read(bundle, executable);
+    }
+
+  private:
+    const CodeSignatures& signatures_;
+    const FileSystem& files_;
+    ReadTrail& trail_;
+};
+
+} // namespace tidwen
