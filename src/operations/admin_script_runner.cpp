@@ -64,7 +64,7 @@ AdminScriptRunner::Execute AdminScriptRunner::throughOsascript(ProcessRunner& pr
 }
 
 AdminScriptRunner::AdminScriptRunner(Execute execute, const FileSystem& files, UserEnvironment user, Log& log)
-    : execute_(std::move(execute)), files_(files), user_(std::move(user)), policy_(user_), log_(log) {}
+    : execute_(std::move(execute)), files_(files), user_(std::move(user)), policy_(user_, files), log_(log) {}
 
 std::vector<OperationResult> AdminScriptRunner::run(const std::vector<RemovalOperation>& operations) {
     std::vector<OperationResult> results;

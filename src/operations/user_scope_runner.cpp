@@ -144,7 +144,7 @@ class Step {
 } // namespace
 
 UserScopeRunner::UserScopeRunner(Ports ports, UserEnvironment user)
-    : ports_(ports), user_(std::move(user)), policy_(user_) {}
+    : ports_(ports), user_(std::move(user)), policy_(user_, ports_.files) {}
 
 std::vector<OperationResult> UserScopeRunner::run(const std::vector<RemovalOperation>& operations) {
     const Step step(ports_, user_, policy_);

@@ -49,7 +49,7 @@ tl::expected<Manifest, UnfinishedRun> recover(const Path& root, const PathPolicy
 RecoveryOutcome recoverInterruptedRemovals(const UserEnvironment& user, FileSystem& files, const Clock& clock,
                                            Log& log) {
     RecoveryOutcome outcome;
-    const PathPolicy policy(user);
+    const PathPolicy policy(user, files);
     const auto folders = listQuarantineFolders(user, files);
     if (!folders) {
         log.warning("Unreadable location {}", user.trash().string());

@@ -66,7 +66,7 @@ bool isLaunchFolder(const Path& folder, const Path& home, bool isSystemDomain) {
 class UndoRun {
   public:
     UndoRun(UndoService::Ports& ports, const UserEnvironment& user, const Manifest& manifest)
-        : ports_(ports), user_(user), policy_(user), manifest_(manifest), numbers_(manifest) {}
+        : ports_(ports), user_(user), policy_(user, ports.files), manifest_(manifest), numbers_(manifest) {}
 
     UndoReport run() {
         const auto order = restoreOrder(manifest_.entries);

@@ -149,6 +149,11 @@ PathPolicy::PathPolicy(const UserEnvironment& user) : user_(user) {
     addHome(user_);
 }
 
+PathPolicy::PathPolicy(const UserEnvironment& user, const FileSystem& files) : PathPolicy(user) {
+    if (auto both = forResolvedHome(files)) *this = std::move(*both);
+    homeIsPinned_ = true;
+}
+
 void PathPolicy::addHome(const UserEnvironment& user) {
     homes_.push_back(componentsOf(user.home));
     deniedExact_.insert(componentsOf(user.home));
@@ -173,7 +178,6 @@ std::optional<PathPolicy::Violation> PathPolicy::check(const Path& url,
 
     const bool isPermittedInstaller = allowsInstallerInDownloads && isInstallerInDownloads(url);
     if (isInAnotherHome(path)) return violation(ViolationKind::neverTouch);
-    const auto downloads = isPermittedInstaller ? componentsOf(user_.home / "Downloads") : Components();
     for (const auto& rule : neverTouch_) {
         if (!startsWith(path, rule.prefix)) continue;
         const bool isException =
@@ -221,6 +225,7 @@ std::optional<PathPolicy::Violation> PathPolicy::checkMove(const Path& source, c
 }
 
 std::optional<PathPolicy> PathPolicy::forResolvedHome(const FileSystem& files) const {
+    if (homeIsPinned_) return std::nullopt;
     const auto resolved = files.resolve(user_.home);
     if (!resolved || *resolved == user_.home) return std::nullopt;
     PathPolicy both = *this;

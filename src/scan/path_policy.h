@@ -26,6 +26,9 @@ class PathPolicy {
     };
 
     explicit PathPolicy(const UserEnvironment& user);
+    /// For a run: where a home that is a link leads is looked up now and never again, so that exchanging the
+    /// home for a link to another one in the middle of the run does not make that one the user's.
+    PathPolicy(const UserEnvironment& user, const FileSystem& files);
 
     /// Judges one path that is about to be taken away. Looks at the text only.
     std::optional<Violation> check(const Path& url, bool allowsInstallerInDownloads = false) const;
@@ -46,7 +49,7 @@ class PathPolicy {
     bool isInAnotherHome(const Path& url) const;
 
     /// The rules for both spellings of a home that is reached through a link: they judge paths whose links
-    /// are resolved. Nothing when there is no other spelling.
+    /// are resolved. Nothing when there is no other spelling, or the policy knows both already.
     std::optional<PathPolicy> forResolvedHome(const FileSystem& files) const;
 
   private:
@@ -63,6 +66,7 @@ class PathPolicy {
     };
 
     UserEnvironment user_;
+    bool homeIsPinned_ = false;
     std::vector<Components> homes_; ///< the spellings of the user's
     std::set<Components> deniedExact_;
     std::vector<NeverTouchRule> neverTouch_;

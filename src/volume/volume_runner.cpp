@@ -48,7 +48,7 @@ class Carrier {
 } // namespace
 
 VolumeRunner::VolumeRunner(FileSystem& files, UserEnvironment user, Log& log)
-    : files_(files), user_(std::move(user)), policy_(user_), log_(log) {}
+    : files_(files), user_(std::move(user)), policy_(user_, files), log_(log) {}
 
 std::vector<OperationResult> VolumeRunner::run(const std::vector<RemovalOperation>& operations) {
     const Carrier carrier(files_, user_, policy_, log_);
