@@ -54,8 +54,9 @@ std::optional<MoveRemains> settled(const Path& from, const Path& to, FileSystem&
 
 } // namespace
 
-void settleInterruptedMove(const Path& from, const Path& to, FileSystem& files, const PathPolicy& policy) {
-    (void)settled(from, to, files, policy);
+std::optional<MoveRemains> settleInterruptedMove(const Path& from, const Path& to, FileSystem& files,
+                                                 const PathPolicy& policy) {
+    return settled(from, to, files, policy);
 }
 
 void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrites strayWrites,

@@ -4,13 +4,16 @@
 #include "quarantine/manifest.h"
 #include "scan/path_policy.h"
 
+#include <optional>
 #include <vector>
 
 namespace tidwen {
 
 /// Settles what a kill in the middle of the move from `from` to `to` may have left on two devices. What the
 /// safety policy would not let move is not looked at either: the two paths come from a file in the Trash.
-void settleInterruptedMove(const Path& from, const Path& to, FileSystem& files, const PathPolicy& policy);
+/// Gives what stays aside although the item has arrived.
+std::optional<MoveRemains> settleInterruptedMove(const Path& from, const Path& to, FileSystem& files,
+                                                 const PathPolicy& policy);
 
 /// What somebody wrote into an original while it was moved has no copy.
 enum class StrayWrites {

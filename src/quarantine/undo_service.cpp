@@ -24,6 +24,7 @@ namespace {
 constexpr const char* notInQuarantineKey = "failure.notInQuarantine";
 constexpr const char* outerNotRestoredKey = "failure.outerNotRestored";
 constexpr const char* moveUnfinishedKey = "failure.moveUnfinished";
+constexpr const char* remainsInQuarantineKey = "failure.remainsInQuarantine";
 
 /// An interrupted undo left at most a few items on their way. A manifest that makes it look like many more is
 /// forged, and must not hold the lock for hours.
@@ -98,7 +99,7 @@ class UndoRun {
         // there.
         if (isMissing(from) && !ports_.files.isSetAside(from)) return restoreMissing(from, source);
         if (isBlocked(from, source)) return fail(entry.source, {blockedBySafetyPolicyKey});
-        if (isMissing(from) && finishEarlierUndo(from, source)) return void(++report_.restoredCount);
+        if (isMissing(from) && finishEarlierUndo(from, source)) return countRestored(from, source);
         if (isMissing(from)) return fail(entry.source, {moveUnfinishedKey});
 
         if (mustWait(step)) return fail(entry.source, {outerNotRestoredKey});
@@ -150,8 +151,14 @@ class UndoRun {
     }
 
     void countRestored(const operation::Move& move, const Path& oldPlace) {
-        ++report_.restoredCount;
+        countRestored(move.source, oldPlace);
         if (move.destination != oldPlace) report_.renamed.push_back(move.destination);
+    }
+
+    /// The item is complete again; what a move between disks could not remove behind it is told all the same.
+    void countRestored(const Path& from, const Path& oldPlace) {
+        ++report_.restoredCount;
+        if (ports_.files.isSetAside(from)) fail(oldPlace.string(), {remainsInQuarantineKey});
     }
 
     /// Put back before the folder it lay in, it would take that folder's place. Inside the batch the order of
@@ -174,8 +181,12 @@ class UndoRun {
             ++settleAttempts_;
             const Path target = numberedName(source, number);
             const bool wasThere = ports_.files.exists(target);
-            settleInterruptedMove(from, target, ports_.files, policy_);
-            if (!wasThere || !isMissing(from)) return !wasThere && ports_.files.exists(target);
+            const auto remains = settleInterruptedMove(from, target, ports_.files, policy_);
+            if (!isMissing(from)) return false;
+            // What is aside may be the rest of the very item that stands there, which had arrived.
+            const bool isItsOwn =
+                !ports_.files.isSetAside(from) || (remains && remains->fault != FileFault::busy);
+            if (!wasThere || isItsOwn) return ports_.files.exists(target);
         }
         return false;
     }

@@ -7,6 +7,7 @@
 #include "support/matchers.h"
 #include "support/recording_runner.h"
 #include "support/stand_ins.h"
+#include "support/unprivileged.h"
 #include "volume/volume_runner.h"
 
 namespace tidwen::test {
@@ -126,6 +127,27 @@ TEST_F(Undo, TakesTheJournalOfARunThatHasNoManifest) {
     EXPECT_TRUE(volume.files().removeFile(root / manifestFileName));
     volume.write((root / journalFileName).string(), "{");
     EXPECT_EQ(service.undoRun(root).error().key, "history.undo.unreadable %@");
+}
+
+TEST_F(Undo, TakesAwayWhatAnEarlierOneLeftOfAnItemThatIsBack) {
+    const std::string back = "/Users/alice/Library/Caches/back";
+    const auto entry = moveEntry(1, root, back);
+    const auto aside = Path(*entry.destination).parent() / ".tidwen-moved-back";
+    volume.write(back, "whole");
+    volume.write(aside.string(), "whole");
+    std::filesystem::last_write_time(volume.host(aside.string()),
+                                     std::filesystem::last_write_time(volume.host(back)));
+    giveToUnprivileged(volume.hostRoot());
+    asUnprivileged([&] {
+        const auto numbered = volume.host(aside.parent().string());
+        std::filesystem::permissions(numbered, std::filesystem::perms(0555));
+        EXPECT_THAT(undo({entry}).failures, ElementsAre(back + ": failure.remainsInQuarantine"));
+        std::filesystem::permissions(numbered, std::filesystem::perms(0755));
+        EXPECT_THAT(undo().failures, IsEmpty());
+        EXPECT_FALSE(volume.exists(aside.string()));
+        EXPECT_EQ(volume.read(back), "whole");
+        EXPECT_FALSE(volume.exists("/Users/alice/Library/Caches/back 2"));
+    });
 }
 
 TEST_F(Undo, AForgedManifestDoesNotHoldTheLockForHours) {
