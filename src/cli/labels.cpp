@@ -35,9 +35,12 @@ std::string size(std::optional<std::int64_t> bytes, const Texts& texts) {
 std::vector<std::string> badges(const Trace& trace, const Texts& texts) {
     std::vector<std::string> result;
     if (trace.requiresRoot) result.push_back(texts.text("cli.badge.administrator"));
-    if (trace.contestedBy)
-        result.push_back(texts.text("cli.badge.contested %@ %@",
-                                    {trace.contestedBy->bundleID, trace.contestedBy->place.string()}));
+    if (trace.contestedBy) {
+        const auto& other = *trace.contestedBy;
+        result.push_back(
+            texts.text("cli.badge.contested %@ %@",
+                       {other.bundleID.empty() ? other.name : other.bundleID, other.place.string()}));
+    }
     switch (trace.reversibility) {
     case Reversibility::reversible:
         break;

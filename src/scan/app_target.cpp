@@ -69,6 +69,7 @@ std::string_view errorKey(AppTargetLoaderError error) {
 tl::expected<AppTarget, AppTargetLoaderError> AppTargetLoader::load(const Path& url) const {
     using Error = AppTargetLoaderError;
     if (url.lowercasedExtension() != "app") return tl::unexpected(Error::notAnApplication);
+    if (!isValidUtf8(url.string())) return tl::unexpected(Error::unreadableBundle); // no manifest names it
     const auto bundle = Bundle::open(files_, url);
     if (!bundle) return tl::unexpected(Error::unreadableBundle);
     const auto identifier = bundle->identifier();

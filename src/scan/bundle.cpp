@@ -60,7 +60,7 @@ bool isTruthy(const PropertyListValue& value) {
 
 std::optional<Bundle> Bundle::open(const FileSystem& files, const Path& root) {
     const std::string& text = root.string();
-    if (!root.isAbsolute() || text.find('\0') != std::string::npos || !isValidUtf8(text)) return std::nullopt;
+    if (!root.isAbsolute() || text.find('\0') != std::string::npos) return std::nullopt;
 
     // Nearly all bundles have it where Macs put it, and hundreds are opened for one scan: when it is there,
     // nothing else has to be asked.

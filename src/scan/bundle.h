@@ -20,8 +20,8 @@ struct Bundle {
     Path contents;
     std::optional<PropertyListDictionary> info; ///< absent: no Info.plist, or one that cannot be read
 
-    /// Nothing when the path does not lead to a folder, or is one that could not be written down again (not
-    /// absolute, not valid UTF-8).
+    /// Nothing when the path does not lead to a folder or is not absolute. A name that is not valid UTF-8 is
+    /// taken by its bytes: whose bundle it is has to be known even where it cannot be written down.
     static std::optional<Bundle> open(const FileSystem& files, const Path& root);
 
     const std::string* infoString(std::string_view key) const;

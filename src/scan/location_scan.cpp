@@ -18,6 +18,12 @@ bool mayNameOwner(const ScanContext& context, const Path& place, std::string_vie
     return isIdentifier || !context.policy.check(place);
 }
 
+/// Looks at the disk only for the few names that could be a bundle's.
+bool isBundle(const FileSystem& files, const Path& item) {
+    return isBundleName(item.lastComponent())
+           && (files.exists(item / "Contents") || files.exists(item / "Info.plist"));
+}
+
 /// By the first component of its path that names the target.
 std::optional<Attribution> attributeProgram(const ScanContext& context, const Path& program) {
     Path place;
@@ -160,7 +166,11 @@ void LocationScan::judgeContainers(const Folder& folder) {
         if (context_.matcher.isOffLimits(name)) continue; // whatever its metadata says
         auto found = context_.matcher.attribute(identities[i]);
         if (!found) continue;
-        if (identities[i] != name) found->reason.evidence = MatchReason::Evidence::record;
+        if (identities[i] != name) {
+            found->reason.evidence = MatchReason::Evidence::record;
+            // Any program may write the record; the folder's name is macOS's.
+            if (!found->contestedBy) found->contestedBy = context_.matcher.otherOwnerOf(name);
+        }
         take(folder, name, std::move(*found));
     }
 }
@@ -196,6 +206,7 @@ void LocationScan::judgeLaunchItems(const Folder& folder) {
 
 void LocationScan::take(const Folder& folder, std::string_view name, Attribution attribution) {
     const Path path = folder.path / name;
+    if (isBundle(context_.files, path) && !context_.matcher.mayClaimBundle(name)) return;
     auto trace = makeTrace(location_.category, action::MovePath{path}, std::move(attribution.reason),
                            Reversibility::reversible, path.string(), std::nullopt, location_.requiresRoot);
     trace.contestedBy = std::move(attribution.contestedBy);

@@ -28,6 +28,25 @@ bool anyStart(std::string_view text, Visit visit) {
     }
 }
 
+/// The longest of the identifiers that the text holds, whole pieces of it one after the other; empty when it
+/// holds none. One that lies within `own`, a part of the text, and ends before it says less than `own`, and
+/// a single word says nothing beside it; one that begins before `own` or reaches as far says as much.
+std::string_view longestHeld(const IdentifierIndex& identifiers, std::string_view text,
+                             std::string_view own) {
+    std::string_view longest;
+    anyStart(text, [&](std::string_view rest) {
+        const auto found = rest.substr(0, identifiers.longestContinued(rest));
+        const auto saysLess = [&] {
+            const bool isBeginning =
+                found.data() >= own.data() && found.data() + found.size() < own.data() + own.size();
+            return isBeginning || found.find('.') == found.npos;
+        };
+        if (found.size() > longest.size() && (own.empty() || !saysLess())) longest = found;
+        return false;
+    });
+    return longest;
+}
+
 } // namespace
 
 /// What the bundles carry, once it has been asked for.
@@ -37,6 +56,7 @@ struct OtherApplications::Carried {
     std::map<std::string, std::size_t, std::less<>> embedded;       ///< lower-cased
     std::map<std::string, std::size_t, std::less<>> groups;         ///< lower-cased
     std::map<std::string, std::size_t, std::less<>> groupsSansTeam; ///< those with a team, without it
+    IdentifierIndex embeddedIDs;                                    ///< the keys of `embedded`
 
     void fill() {
         const auto contents = read();
@@ -51,6 +71,10 @@ struct OtherApplications::Carried {
                 groupsSansTeam.emplace(std::move(name.withoutTeam), i);
             }
         }
+        std::vector<std::string> identifiers;
+        for (const auto& [identifier, bundle] : embedded)
+            if (identifier.size() <= longestIdentifier) identifiers.push_back(identifier);
+        embeddedIDs = IdentifierIndex(std::move(identifiers));
     }
 };
 
@@ -70,14 +94,15 @@ OtherApplications::OtherApplications(std::vector<OwningBundle> others, std::stri
     for (std::size_t i = 0; i < bundles_.size(); ++i) {
         const auto& bundle = bundles_[i];
         auto identifier = folded(bundle.bundleID);
-        if (identifier.empty() || identifier.size() > longestIdentifier) continue;
-        if (identifier == targetIdentifier) {
+        if (!identifier.empty() && identifier == targetIdentifier) {
             if (!copy_) copy_ = claimant(i);
             continue;
         }
+        // A bundle that does not say its identifier keeps its data under a name all the same.
         for (const auto& name : bundle.names)
             if (auto canonical = canonicalForm(name); !canonical.empty())
                 names_.emplace_back(std::move(canonical), i);
+        if (identifier.empty() || identifier.size() > longestIdentifier) continue;
         if (auto vendor = vendorPiece(identifier); !vendor.empty())
             vendors_.emplace_back(std::move(vendor), i);
         declared_.emplace_back(identifier, i);
@@ -110,12 +135,12 @@ bool OtherApplications::claims(std::string_view lowercasedCandidate) const {
 }
 
 std::optional<Claimant> OtherApplications::longestContinued(std::string_view lowercasedCandidate) const {
-    std::string_view longest;
-    anyStart(lowercasedCandidate, [&](std::string_view rest) {
-        const auto length = identifiers_.longestContinued(rest);
-        if (length > longest.size()) longest = rest.substr(0, length);
-        return false;
-    });
+    return rivalOf({}, lowercasedCandidate);
+}
+
+std::optional<Claimant> OtherApplications::rivalOf(std::string_view own,
+                                                   std::string_view lowercasedCandidate) const {
+    const auto longest = longestHeld(identifiers_, lowercasedCandidate, own);
     return longest.empty() ? std::nullopt : claimant(declared_, longest);
 }
 
@@ -126,7 +151,9 @@ std::optional<Claimant> OtherApplications::ofVendor(std::string_view canonicalFo
 std::optional<Claimant> OtherApplications::holding(const Path& path) const {
     const Path place = path.standardized();
     for (std::size_t i = 0; i < bundles_.size(); ++i)
-        if (place.isWithinIgnoringCase(bundles_[i].url) || place.isWithinIgnoringCase(bundles_[i].place))
+        if (place.isWithinIgnoringCase(bundles_[i].url) || place.isWithinIgnoringCase(bundles_[i].place)
+            || std::ranges::any_of(bundles_[i].foundAs,
+                                   [&](const Path& name) { return place.isWithinIgnoringCase(name); }))
             return claimant(i);
     return std::nullopt;
 }
@@ -141,21 +168,29 @@ const OtherApplications::Carried& OtherApplications::carried() const {
 }
 
 std::optional<Claimant> OtherApplications::embedding(std::string_view lowercasedIdentifier) const {
-    if (!carried_) return std::nullopt;
+    if (!carried_ || lowercasedIdentifier.empty()) return std::nullopt;
     const auto& embedded = carried().embedded;
     const auto found = embedded.find(lowercasedIdentifier);
     return found == embedded.end() ? std::nullopt : std::optional(claimant(found->second));
 }
 
-std::optional<Claimant> OtherApplications::declaringGroup(std::string_view group) const {
+std::optional<Claimant> OtherApplications::embeddedRivalOf(std::string_view own,
+                                                           std::string_view lowercasedCandidate) const {
+    return carried_ ? embedding(longestHeld(carried().embeddedIDs, lowercasedCandidate, own)) : std::nullopt;
+}
+
+std::optional<Claimant> OtherApplications::declaringGroup(std::string_view group, bool mayLackTeam) const {
     if (!carried_) return std::nullopt;
     const auto name = GroupName::of(group);
     const auto& known = carried();
-    for (const auto& [groups, key] :
-         {std::pair(&known.groups, &name.lowercased), std::pair(&known.groups, &name.withoutTeam),
-          std::pair(&known.groupsSansTeam, &name.lowercased)})
-        if (const auto found = groups->find(*key); found != groups->end()) return claimant(found->second);
-    return std::nullopt;
+    const auto lookUp = [&](const auto& groups, const std::string& key) {
+        const auto found = groups.find(key);
+        return found == groups.end() ? std::nullopt : std::optional(claimant(found->second));
+    };
+    auto declarer = lookUp(known.groups, name.lowercased);
+    if (!declarer) declarer = lookUp(known.groups, name.withoutTeam);
+    if (!declarer && mayLackTeam) declarer = lookUp(known.groupsSansTeam, name.lowercased);
+    return declarer;
 }
 
 } // namespace tidwen

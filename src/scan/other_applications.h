@@ -52,6 +52,10 @@ class OtherApplications {
     /// dots on, equals or continues with ".".
     std::optional<Claimant> longestContinued(std::string_view lowercasedCandidate) const;
 
+    /// The same where the candidate holds an identifier of the target's: of those identifiers alone that are
+    /// no mere beginning of it. `own` is that part of the candidate.
+    std::optional<Claimant> rivalOf(std::string_view own, std::string_view lowercasedCandidate) const;
+
     /// An application whose maker's piece of the identifier equals this canonical form: a folder of that name
     /// may hold what all applications of that maker keep.
     std::optional<Claimant> ofVendor(std::string_view canonicalForm) const;
@@ -69,8 +73,11 @@ class OtherApplications {
 
     /// Whose bundle embeds a helper or a job of this identifier (lower-cased).
     std::optional<Claimant> embedding(std::string_view lowercasedIdentifier) const;
-    /// Who declares this application group.
-    std::optional<Claimant> declaringGroup(std::string_view group) const;
+    /// As `rivalOf`, by the identifiers of embedded helpers and jobs.
+    std::optional<Claimant> embeddedRivalOf(std::string_view own, std::string_view lowercasedCandidate) const;
+    /// Who declares this application group. `mayLackTeam`: one that is declared with a team counts without
+    /// it, too; not so for a name that is first of all an application's identifier.
+    std::optional<Claimant> declaringGroup(std::string_view group, bool mayLackTeam = true) const;
 
   private:
     using Index =

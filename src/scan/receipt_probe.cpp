@@ -88,7 +88,9 @@ class ReceiptProbe {
         if (isInHome(path, *realPath) && !context_.matcher.attribute(path.lastComponent())) return;
         const auto info = context_.files.info(path);
         if (!info) return;
-        if (info->kind == FileKind::directory && (!isTargetsFolder(path) || closed_.lieWithin(path))) return;
+        // A link to a folder may be the way by which others are installed.
+        if (closed_.lieWithin(path)) return;
+        if (info->kind == FileKind::directory && !isTargetsFolder(path)) return;
 
         const auto job = launchItem(path);
         auto trace = makeTrace(path, packageID, job);

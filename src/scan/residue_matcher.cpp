@@ -1,7 +1,6 @@
 #include "scan/residue_matcher.h"
 
 #include "base/text.h"
-#include "scan/group_name.h"
 #include "scan/identifier_form.h"
 #include "scan/shared_names.h"
 
@@ -97,13 +96,15 @@ std::size_t componentCount(std::string_view identifier) {
     return 1 + static_cast<std::size_t>(std::count(identifier.begin(), identifier.end(), '.'));
 }
 
-/// Whole components of the text, one after the other, are the identifier.
-bool hasDottedForm(std::string_view text, std::string_view identifier) {
+/// The last place in the text where whole components, one after the other, are the identifier; else empty.
+std::string_view dottedForm(std::string_view text, std::string_view identifier) {
+    std::string_view last;
     for (auto at = text.find(identifier); at != text.npos; at = text.find(identifier, at + 1)) {
         const auto end = at + identifier.size();
-        if ((at == 0 || text[at - 1] == '.') && (end == text.size() || text[end] == '.')) return true;
+        if ((at == 0 || text[at - 1] == '.') && (end == text.size() || text[end] == '.'))
+            last = text.substr(at, identifier.size());
     }
-    return false;
+    return last;
 }
 
 /// Whether the canonical form of a folded text is this one; most texts differ in their first letter.
@@ -123,7 +124,7 @@ bool hasCanonicalForm(std::string_view text, std::string_view canonical) {
 std::string distinctive(std::string_view name) {
     auto canonical = canonicalForm(name);
     const bool saysTooLittle = characterCount(canonical) < shortestName || contains(genericNames, canonical)
-                               || isCommonName(canonical) || isIdentifier(name);
+                               || isCommonName(canonical) || hasIdentifierForm(name);
     return saysTooLittle ? std::string() : canonical;
 }
 
@@ -141,7 +142,8 @@ std::string_view withoutWrappingExtension(std::string_view candidate) {
 }
 
 ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
-                               const std::vector<std::string>& helperBundleIDs)
+                               const std::vector<std::string>& helperBundleIDs,
+                               const std::vector<std::string>& groupsOfLeaving)
     : target_(std::move(target)),
       others_(std::move(others)),
       identifier_(folded(target_.bundleID)),
@@ -168,6 +170,8 @@ ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
 
     for (const auto& declared : target_.appGroups)
         if (!declared.empty() && !isGuarded(folded(declared))) groups_.push_back(declared);
+    for (const auto& group : groupsOfLeaving)
+        groupsOfLeaving_.push_back(GroupName::of(group));
 }
 
 bool ResidueMatcher::isGuarded(std::string_view lowercased) const {
@@ -185,17 +189,18 @@ std::optional<MatchReason> ResidueMatcher::matchIdentifier(std::string_view cand
     const FoldedName name(candidate);
     if (isGuarded(name.view())) return std::nullopt;
     const auto lower = withoutWrappingExtension(name.view());
-    if (isOwnIdentifier(lower)) return MatchReason{Kind::exactBundleID, target_.bundleID};
+    if (!ownIdentifierIn(lower).empty()) return MatchReason{Kind::exactBundleID, target_.bundleID};
     if (const auto* helper = helperIn(lower)) return MatchReason{Kind::exactBundleID, *helper};
     if (others_.claims(lower)) return std::nullopt;
     if (matchesName(lower)) return MatchReason{Kind::nameToken, target_.name};
     return std::nullopt;
 }
 
-/// The target's identifier, or one that holds it in a dotted form.
-bool ResidueMatcher::isOwnIdentifier(std::string_view lowercased) const {
-    return !identifier_.empty()
-           && (lowercased == identifier_ || (identifierIsLong_ && hasDottedForm(lowercased, identifier_)));
+/// The part that is the target's identifier: the whole, or a dotted form within; empty when there is none.
+std::string_view ResidueMatcher::ownIdentifierIn(std::string_view lowercased) const {
+    if (identifier_.empty()) return {};
+    if (lowercased == identifier_) return lowercased;
+    return identifierIsLong_ ? dottedForm(lowercased, identifier_) : std::string_view();
 }
 
 std::optional<MatchReason> ResidueMatcher::matchExecutable(std::string_view candidate) const {
@@ -212,9 +217,11 @@ std::optional<MatchReason> ResidueMatcher::matchAppGroup(std::string_view candid
     const auto name = GroupName::of(candidate);
     if (isGuarded(name.lowercased)) return std::nullopt;
     for (const auto& declared : groups_)
-        if (name == GroupName::of(declared))
-            return MatchReason{others_.declaringGroup(declared) ? Kind::sharedAppGroup : Kind::appGroup,
-                               declared};
+        if (name == GroupName::of(declared)) {
+            const bool isShared = std::ranges::find(groupsOfLeaving_, name) != groupsOfLeaving_.end()
+                                  || others_.declaringGroup(declared);
+            return MatchReason{isShared ? Kind::sharedAppGroup : Kind::appGroup, declared};
+        }
     return std::nullopt;
 }
 
@@ -225,19 +232,21 @@ std::optional<Claimant> ResidueMatcher::contestedBy(std::string_view candidate,
     if (others_.copyOfTarget()) return others_.copyOfTarget();
     if (reason.kind == Kind::appGroup) return std::nullopt;
 
-    // An identifier claims more than any name; among those of applications the longer one knows better. A
-    // helper may bear a name that continues another application's: it is the other's to claim.
-    const auto lower = folded(withoutWrappingExtension(candidate));
+    // An identifier claims more than any name; of two the target's has to say more, not only be longer: a
+    // prefix ("group.", a team) before another application's identifier is easily declared. A helper may bear
+    // a name that continues another application's: it is the other's to claim.
+    const auto unwrapped = withoutWrappingExtension(candidate);
+    const auto lower = folded(unwrapped);
     const auto canonical = canonicalForm(lower);
     const bool isExact = reason.kind == Kind::exactBundleID;
-    const bool isOwn = isExact && isOwnIdentifier(lower);
-    const auto matched = isOwn ? identifier_.size() : 0;
-    if (auto other = others_.longestContinued(lower); other && folded(other->bundleID).size() > matched)
-        return other;
+    const auto own = isExact ? ownIdentifierIn(lower) : std::string_view();
+    if (auto other = others_.rivalOf(own, lower)) return other;
     // Somebody's data may be called by his name, whatever form that has.
     if (auto namesake = others_.named(canonical)) return namesake;
-    if (isExact) return isOwn ? std::nullopt : others_.embedding(folded(reason.value));
-    return others_.ofVendor(canonical);
+    // A group belongs to all who declare it, wherever they keep something under its name.
+    if (auto declarer = others_.declaringGroup(unwrapped, own.size() != lower.size())) return declarer;
+    if (!isExact) return others_.ofVendor(canonical);
+    return own.empty() ? others_.embedding(folded(reason.value)) : others_.embeddedRivalOf(own, lower);
 }
 
 std::optional<Attribution> ResidueMatcher::withContest(std::string_view candidate,
@@ -261,6 +270,17 @@ std::optional<Attribution> ResidueMatcher::attributeGroup(std::string_view candi
     auto found = attribute(candidate);
     if (found && !found->contestedBy) found->contestedBy = others_.declaringGroup(candidate);
     return found;
+}
+
+std::optional<Claimant> ResidueMatcher::otherOwnerOf(std::string_view candidate) const {
+    if (const auto own = attributeIdentifier(candidate)) return own->contestedBy;
+    const auto lower = folded(withoutWrappingExtension(candidate));
+    auto other = others_.longestContinued(lower);
+    return other ? other : others_.embedding(lower);
+}
+
+bool ResidueMatcher::mayClaimBundle(std::string_view fileName) const {
+    return attribute(Path(std::string(fileName)).stem()).has_value();
 }
 
 /// As declared, the helper identifier that the candidate equals or holds in a dotted form.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "scan/app_target.h"
+#include "scan/group_name.h"
 #include "scan/identifier_index.h"
 #include "scan/other_applications.h"
 #include "scan/trace.h"
@@ -26,8 +27,12 @@ class ResidueMatcher {
   public:
     /// `helperBundleIDs` count as the target's own; those that are no identifiers, or another installed
     /// application's own, are dropped here.
+    ///
+    /// `groupsOfLeaving`: the application groups that applications declare which go in the same run. A group
+    /// among them is shared, though nobody contests it.
     ResidueMatcher(AppTarget target, OtherApplications others,
-                   const std::vector<std::string>& helperBundleIDs);
+                   const std::vector<std::string>& helperBundleIDs,
+                   const std::vector<std::string>& groupsOfLeaving = {});
 
     /// The identifier rules, and as their last step the rule on the target's name.
     std::optional<MatchReason> matchIdentifier(std::string_view candidate) const;
@@ -36,16 +41,22 @@ class ResidueMatcher {
     std::optional<MatchReason> matchAppGroup(std::string_view candidate) const;
 
     /// Another bundle that claims the candidate at least as strongly as the target does by `reason`: by its
-    /// identifier or name, the helper that it embeds too, or the group that it declares too.
+    /// identifier or name, a helper that it embeds, or the group that it declares.
     std::optional<Claimant> contestedBy(std::string_view candidate, const MatchReason& reason) const;
 
     // The same with who contests it.
     std::optional<Attribution> attributeIdentifier(std::string_view candidate) const;
     /// By identifier, else by executable.
     std::optional<Attribution> attribute(std::string_view candidate) const;
-    /// For the name of a group's folder: by application group, else as above. However it was found, it is
-    /// contested by another bundle that declares the group.
+    /// For the name of a group's folder: by application group, else as above.
     std::optional<Attribution> attributeGroup(std::string_view candidate) const;
+
+    /// Whom else a name points to, of an item that was found by other means than this name.
+    std::optional<Claimant> otherOwnerOf(std::string_view candidate) const;
+
+    /// Whether the file name of a bundle is the target's. The extension of a bundle is no part of an
+    /// identifier: "Acme.Input.app" is the input method of Acme, not the data of whoever calls himself so.
+    bool mayClaimBundle(std::string_view fileName) const;
 
     /// Apple's or this program's own: never the target's, whatever else speaks for it.
     bool isOffLimits(std::string_view candidate) const;
@@ -65,7 +76,7 @@ class ResidueMatcher {
     std::optional<Attribution> withContest(std::string_view candidate,
                                            std::optional<MatchReason> reason) const;
     bool isGuarded(std::string_view lowercased) const;
-    bool isOwnIdentifier(std::string_view lowercased) const;
+    std::string_view ownIdentifierIn(std::string_view lowercased) const;
     const std::string* helperIn(std::string_view lowercased) const;
     bool matchesName(std::string_view lowercased) const;
 
@@ -78,6 +89,7 @@ class ResidueMatcher {
     IdentifierIndex helpers_;       ///< lower-cased
     std::vector<std::pair<std::string, std::string>> declaredHelpers_; ///< lower-cased → as declared, sorted
     std::vector<std::string> groups_;                                  ///< as declared
+    std::vector<GroupName> groupsOfLeaving_;
     std::string lowercasedName_;
     std::string canonicalName_;       ///< empty when names must not be matched
     std::string canonicalExecutable_; ///< empty likewise

@@ -129,9 +129,10 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     const auto leaving =
         leavingPlaces(files, target, together, [&](const AppTarget& other) { return !whyImmovable(other); });
     const auto helpers = helperBundleIDs(files, target, stop);
-    const ResidueMatcher matcher(target, stayingBundles(bundles_, target, helpers, leaving, user_, stop),
-                                 helpers);
     const Path targetPlace = files.resolve(target.bundleURL).value_or(target.bundleURL.standardized());
+    const ResidueMatcher matcher(
+        target, stayingBundles(bundles_, target, helpers, leaving, user_, stop), helpers,
+        bundles_ ? groupsOfLeaving(*bundles_, targetPlace, leaving) : std::vector<std::string>());
     const ScanContext context = {files, user_, policy, matcher, targetPlace, stop, ports_.log};
     traces.add(permissionTrace(matcher));
     for (const auto& location : searchLocations(user_)) {

@@ -43,24 +43,23 @@ class OwnLeftovers {
 
     /// What is nearest to the bundle decides: a folder of "Application Support" may be a location itself.
     bool contain(const Path& bundle) const {
-        std::string child, grandchild;
-        for (Path item = bundle, folder; !item.isRoot(); item = folder) {
+        std::optional<Path> below;
+        for (Path item = bundle, folder; !item.isRoot(); below = item, item = folder) {
             folder = item.parent();
-            grandchild = std::move(child);
-            child = item.lastComponent();
             const auto location = hasVendors_.find(folder);
             if (location == hasVendors_.end()) continue;
-            if (isTargets(child)) return true;
-            return location->second && !grandchild.empty() && isVendorFolder(matcher_, child)
-                   && isTargets(grandchild);
+            if (isTargets(item, bundle)) return true;
+            return location->second && below && isVendorFolder(matcher_, item.lastComponent())
+                   && isTargets(*below, bundle);
         }
         return false;
     }
 
   private:
-    bool isTargets(std::string_view name) const {
-        const auto found = matcher_.attribute(name);
-        return found && !found->contestedBy;
+    bool isTargets(const Path& item, const Path& bundle) const {
+        const auto found = matcher_.attribute(item.lastComponent());
+        return found && !found->contestedBy
+               && (item != bundle || matcher_.mayClaimBundle(bundle.lastComponent()));
     }
 
     const ResidueMatcher& matcher_;
@@ -93,12 +92,28 @@ OtherApplications stayingBundles(std::shared_ptr<const BundleSnapshot> bundles, 
 
 std::vector<Path> placesOfApplications(const BundleSnapshot& bundles, const UserEnvironment& user) {
     std::vector<Path> places;
+    const auto add = [&](const Path& place) {
+        if (!isInLibraryOf(user, place)) places.push_back(place.standardized());
+    };
     for (const auto& bundle : bundles.bundles()) {
-        if (isInLibraryOf(user, bundle.place)) continue;
-        places.push_back(bundle.url.standardized());
-        if (bundle.place != bundle.url) places.push_back(bundle.place);
+        add(bundle.url);
+        if (bundle.place != bundle.url) add(bundle.place);
+        for (const auto& name : bundle.foundAs)
+            if (name != bundle.url && name != bundle.place) add(name);
     }
     return places;
+}
+
+std::vector<std::string> groupsOfLeaving(const BundleSnapshot& bundles, const Path& target,
+                                         const std::set<Path>& leaving) {
+    std::vector<std::string> groups;
+    for (std::size_t i = 0; i < bundles.bundles().size(); ++i) {
+        const auto& place = bundles.bundles()[i].place;
+        if (place == target || !leaving.contains(place)) continue;
+        const auto& declared = bundles.contents(i).groups;
+        groups.insert(groups.end(), declared.begin(), declared.end());
+    }
+    return groups;
 }
 
 } // namespace tidwen

@@ -25,4 +25,9 @@ OtherApplications stayingBundles(std::shared_ptr<const BundleSnapshot> bundles, 
 /// helpers in the Library, which an application's package may have put there.
 std::vector<Path> placesOfApplications(const BundleSnapshot& bundles, const UserEnvironment& user);
 
+/// The application groups of the bundles that lie at the places of `leaving`, without those of `target`, the
+/// place of the target's own.
+std::vector<std::string> groupsOfLeaving(const BundleSnapshot& bundles, const Path& target,
+                                         const std::set<Path>& leaving);
+
 } // namespace tidwen

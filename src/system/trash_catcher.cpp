@@ -22,6 +22,7 @@ bool isUnfinished(const FileSystem& files, const Path& url) {
 
 std::optional<TrashedApp> TrashedApp::read(const FileSystem& files, const Path& url) {
     if (const auto info = files.info(url); !info || info->kind == FileKind::symbolicLink) return std::nullopt;
+    if (!isValidUtf8(url.string())) return std::nullopt; // nobody could be told of it, or answer
     const auto bundle = Bundle::open(files, url);
     const auto identifier = bundle ? bundle->identifier() : std::nullopt;
     if (!identifier) return std::nullopt;

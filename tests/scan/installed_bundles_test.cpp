@@ -31,7 +31,9 @@ class InstalledBundlesTest : public testing::Test {
 TEST_F(InstalledBundlesTest, KnowsWhatLiesWhereBundlesReallyAre) {
     const char* owning[] = {"/Applications/.Hidden/Own.app",
                             "/Applications/A/B/C/D/E/Deep.app",
+                            "/Applications/Su\xe9te/In.app",
                             "/Applications/Zebra.app",
+                            "/Applications/\xff.app",
                             "/Library/Application Support/Maker/Pad.app",
                             "/Library/Audio/Plug-Ins/HAL/Loop.driver",
                             "/Library/Filesystems/Maker/Disk.fs",
@@ -45,12 +47,13 @@ TEST_F(InstalledBundlesTest, KnowsWhatLiesWhereBundlesReallyAre) {
                             "/Users/alice/Library/Application Support/Maker/Updater.app",
                             "/Users/alice/Library/Developer/Xcode/DerivedData/P-x/Build/Products/Debug/P.app",
                             "/Users/bob/Applications/Theirs.app",
+                            "/Users/b\xe9n/Applications/Theirs.app",
                             "/opt/homebrew/Caskroom/tool/1.0/Tool.app",
                             "/opt/maker/Opt.app",
                             "/usr/local/Cellar/tool/2.0/Tool.app"};
     for (const char* path : owning)
         writeBundle(volume, path, "com.example.x", "X");
-    for (const char* other : {"/Applications/Zebra.app/Contents/Helpers/In.app", "/Applications/\xff.app",
+    for (const char* other : {"/Applications/Zebra.app/Contents/Helpers/In.app",
                               "/Users/alice/.Trash/Gone.app", "/Elsewhere/Away.app"})
         writeBundle(volume, other, "com.example.x", "X");
     volume.link("/Applications/Loop", "/Applications");
@@ -72,6 +75,8 @@ TEST_F(InstalledBundlesTest, FollowsLinksToTheBundleTheyName) {
     const auto& real = snapshot->bundles()[0];
     EXPECT_EQ(real.url, Path("/Applications/First.app"));
     EXPECT_EQ(real.place, Path("/Elsewhere/Real.app"));
+    EXPECT_THAT(real.foundAs, testing::UnorderedElementsAre(Path("/Applications/First.app"),
+                                                            Path("/Applications/Second.app")));
     EXPECT_THAT(real.names, testing::IsSupersetOf({"First", "Second", "Real"}));
     EXPECT_EQ(snapshot->bundles()[1].place, Path("/Elsewhere/Folder/In.app"));
 }

@@ -97,6 +97,10 @@ TEST(ResidueMatcher, TakesNothingThatIsApplesOrEverybodys) {
         {"Arial.ttf", "", "Arial.ttf", false},
         {"x.app", "", "x.app", false},
         {"Massive.component", "", "Massive.component", false},
+        {"Acme.Massive.component", "Acme.Massive.component", "Acme.Massive.component", false},
+        {"Acme.Sans.pfb", "", "Acme.Sans.PFB", false},
+        {"Acme.Type.inputplugin", "", "Acme.Type.inputplugin", false},
+        {"com.example.app", "", "com.example.app", true},
         {"com..app", "", "com..app", false},
         {"com.example app", "", "com.example app", false},
         {"com.example.app", "com.other.job", "com.other.job", false},
@@ -241,6 +245,47 @@ TEST(ResidueMatcher, TellsWhoElseClaimsAName) {
     installed.push_back(owner("/Users/alice/Applications/Target.app", "com.Example.App", "Marlin Notes"));
     EXPECT_EQ(claimant("com.example.app.plist"), "com.Example.App");
     EXPECT_EQ(claimant("Marlin Notes"), "com.Example.App");
+}
+
+TEST(ResidueMatcher, AnIdentifierOfOthersYieldsOnlyToOneThatSaysMore) {
+    OwningBundle nameless = owner("/Applications/Marzipan.app", "", "Marzipan");
+    nameless.names.push_back("Adobo.Photoshow");
+    const std::vector<OwningBundle> installed = {
+        owner("/Applications/Lumen.app", "com.lumenlight.lumen", "Lumen"),
+        owner("/Applications/Marlin.app", "com.marlinworks.notes", "Marlin"), nameless,
+        owner("/Applications/Word.app", "app", "Word")};
+    const std::vector<BundleContents> contents = {
+        {},
+        {{"com.marlinworks.capture"}, {}, {"group.com.tee.main.shared", "ABCDE12345.com.tee.main"}, true},
+        {},
+        {}};
+    const struct {
+        const char *bundleID, *candidate, *claimant;
+    } cases[] = {
+        {"ABCDE12345.com.lumenlight", "ABCDE12345.com.lumenlight.lumen", "Lumen"},
+        {"group.com.lumenlight", "group.com.lumenlight.lumen.plist", "Lumen"},
+        {"some.longprefix.com.lumenlight", "some.longprefix.com.lumenlight.lumen", "Lumen"},
+        {"group.com.lumenlight.lumen", "group.com.lumenlight.lumen", "Lumen"}, // no more, but a prefix
+        {"lumen.shared.data", "com.lumenlight.lumen.shared.data", "Lumen"},
+        {"com.lumenlight.lumen.pro", "group.com.lumenlight.lumen.pro.x", ""},
+        {"com.example.app", "com.example.app.plist", ""}, // the word "app" is no identifier in it
+        {"com.marlinworks.capture", "com.marlinworks.capture.plist", "Marlin"}, // a helper that is embedded
+        {"ABCDE12345.com.marlinworks", "ABCDE12345.com.marlinworks.capture", "Marlin"},
+        {"com.marlinworks.capture.pro", "com.marlinworks.capture.pro", ""},
+        {"com.tee.main", "group.com.tee.main.shared.plist", "Marlin"}, // a group that is declared
+        {"com.tee.main", "ABCDE12345.com.tee.main", "Marlin"},
+        {"group.com.tee.main.shared", "group.com.tee.main.shared", "Marlin"},
+        {"com.tee.main", "com.tee.main.plist", ""},
+        {"Adobo.Photoshow", "Adobo.Photoshow", "Marzipan"},
+    };
+    for (const auto& c : cases) {
+        const auto matcher = matcherFor(targetNamed(c.bundleID, "Marzipan"), installed, {}, contents);
+        const auto found = matcher.attribute(c.candidate);
+        ASSERT_TRUE(found) << c.candidate;
+        EXPECT_EQ(found->contestedBy.value_or(Claimant{}).name, c.claimant)
+            << c.bundleID << " " << c.candidate;
+        EXPECT_EQ(matcher.attribute("Marzipan.plist")->contestedBy.value_or(Claimant{}).name, "Marzipan");
+    }
 }
 
 TEST(OtherApplications, AnswersLikeALoopOverAllOfThem) {

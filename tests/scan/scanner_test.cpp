@@ -172,9 +172,13 @@ TEST_F(Scanner, KnowsContainersByTheirMetadata) {
         library + "Containers/5F/Container.plist",
         writeXmlPropertyList(PropertyListDictionary{{"SandboxProfileDataValidationInfo", validation}}));
     container("Containers/com.apple.mail", "com.corvella.marlin.notes"); // macOS's, whatever it says
+    container("Containers/com.third.app", "com.corvella.marlin.notes");
+    installed.push_back(test::owner("/Applications/Third.app", "com.third.app", "Third"));
     EXPECT_THAT(found(), ElementsAre("containers exactBundleID: ~Containers/1B2C",
                                      "containers exactBundleID: ~Containers/5F",
                                      "containers exactBundleID: ~Containers/com.corvella.marlin.notes.share",
+                                     "containers exactBundleID: ~Containers/com.third.app contested by "
+                                     "com.third.app",
                                      "containers exactBundleID: ~Daemon Containers/3D4E"));
 }
 
@@ -253,9 +257,17 @@ TEST_F(Scanner, FoldsWhatReceiptsList) {
         volume.write(file, "x");
     writeJob("/opt/corvella/LaunchAgents/job.plist", "com.unrelated.job", "/x");
     volume.link("/opt/way", "/Users/alice/Documents");
+    // By links another application is installed, and a folder of them.
+    volume.link("/Applications/Second Name.app", "Other.app");
+    installed.back().foundAs = {installed.back().url, Path("/Applications/Second Name.app")};
+    test::writeBundle(volume, "/elsewhere/Suite/In.app", "com.suite.in", "In");
+    volume.link("/opt/suite", "/elsewhere/Suite");
+    installed.push_back(test::owner("/opt/suite/In.app", "com.suite.in", "In"));
+    installed.back().place = Path("/elsewhere/Suite/In.app");
     receipts.all = {
         {"com.corvella.marlin.notes.pkg", Path(),
          pathsOf("Applications:Applications/Marlin Notes.app:Applications/Other.app:Applications/Other.app/x:"
+                 "Applications/Second Name.app:opt/suite:"
                  "Applications/Marlin Notes.app/Contents/Info.plist:usr/local/bin:usr/local/bin/marlin:"
                  "usr/local/bin/gone:usr/bin/marlin:Library/Widgets:Library/Widgets/Corvella.plugin:"
                  "Library/Widgets/Corvella.plugin/Contents:"
@@ -289,6 +301,31 @@ TEST_F(Scanner, CountsWhatIsInsideTheBundleAsItsOwn) {
         volume.makeFolder(library + "Caches/" + name);
     EXPECT_THAT(found(), ElementsAre("caches exactBundleID: ~Caches/com.corvella.engine.service",
                                      "caches exactBundleID: ~Caches/com.corvella.login.item.x"));
+}
+
+TEST_F(Scanner, LeavesABundleWhoseFileNameEqualsAnIdentifier) {
+    const std::string method = library + "Input Methods/Acme.Input.app";
+    test::writeBundle(volume, method, "com.corvella.marlin.notes.input", "Acme");
+    installed.push_back(test::owner(method, "com.corvella.marlin.notes.input", "Acme"));
+    target.loginItemBundleIDs = {"Acme.Input.App"};
+    for (const auto* name : {"Caches/Acme.Input.App", "Caches/com.corvella.marlin.notes.input"})
+        volume.makeFolder(library + name);
+    EXPECT_THAT(found(),
+                ElementsAre("caches exactBundleID: ~Caches/Acme.Input.App",
+                            "caches exactBundleID: ~Caches/com.corvella.marlin.notes.input contested "
+                            "by com.corvella.marlin.notes.input"));
+}
+
+TEST_F(Scanner, AGroupStaysSharedWhenAllWhoDeclareItGo) {
+    const std::string other = "/Applications/Other.app";
+    test::writeBundle(volume, other, "com.other.app", "Other");
+    installed.push_back(test::owner(other, "com.other.app", "Other"));
+    signatures.groups[Path(other)] = target.appGroups = {"ABCDE12345.suite"};
+    volume.makeFolder(library + "Group Containers/ABCDE12345.suite");
+    const std::string group = "containers sharedAppGroup: ~Group Containers/ABCDE12345.suite";
+    EXPECT_THAT(found(), ElementsAre(group + " contested by com.other.app"));
+    together = {target, {.bundleURL = Path(other), .bundleID = "com.other.app", .name = "Other"}};
+    EXPECT_THAT(found(), ElementsAre(group));
 }
 
 TEST_F(Scanner, KnowsItsBundleFromACopyOfIt) {

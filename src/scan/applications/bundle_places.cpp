@@ -1,7 +1,5 @@
 #include "scan/applications/bundle_places.h"
 
-#include "base/text.h"
-
 #include <set>
 #include <string_view>
 
@@ -88,7 +86,7 @@ std::vector<Path> homesOf(const FileSystem& files, const UserEnvironment& user,
     for (const auto& entry : *entries) {
         const Path home = users / entry.name;
         const bool isHome = entry.kind == FileKind::directory || entry.kind == FileKind::symbolicLink;
-        if (!isHome || !isValidUtf8(entry.name) || entry.name == "Shared" || home == user.home) continue;
+        if (!isHome || entry.name == "Shared" || home == user.home) continue;
         if (homes.size() < maximumHomes) homes.push_back(home);
     }
     return homes;
@@ -102,7 +100,7 @@ void addBuildProducts(std::vector<BundlePlace>& places, const FileSystem& files,
     if (!projects) return;
     std::size_t count = 0;
     for (const auto& project : *projects)
-        if (project.kind == FileKind::directory && isValidUtf8(project.name) && ++count <= maximumProjects)
+        if (project.kind == FileKind::directory && ++count <= maximumProjects)
             places.push_back({.folder = derived / project.name / "Build/Products", .depth = 1});
 }
 

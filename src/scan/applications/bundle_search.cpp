@@ -1,7 +1,6 @@
 #include "scan/applications/bundle_search.h"
 
 #include "base/parallel.h"
-#include "base/text.h"
 #include "scan/bundle_names.h"
 
 #include <set>

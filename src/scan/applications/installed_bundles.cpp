@@ -42,6 +42,7 @@ OwningBundle makeBundle(const BundleIdentity& identity, const Path& place, const
     bundle.isApplication = place.lowercasedExtension() == "app" || bundle.url.lowercasedExtension() == "app";
     bundle.isReadable = identity.isReadable;
     bundle.name = identity.name.value_or(bundle.url.stem());
+    bundle.foundAs = foundAs;
     for (const auto& name : foundAs)
         addName(bundle.names, name.stem());
     addName(bundle.names, place.stem());

@@ -15,6 +15,7 @@ struct OwningBundle {
     std::string bundleID = {}; ///< as declared; empty when its Info.plist names none or cannot be read
     std::string name = {};     ///< display name, else file name without extension
     std::vector<std::string> names = {}; ///< all: file stems, CFBundleName, CFBundleDisplayName, executable
+    std::vector<Path> foundAs = {};      ///< all names it was found under; may lack `url` and `place`
     bool isApplication = false;          ///< ".app"
     bool isReadable = false;             ///< its Info.plist was there and could be read
 
