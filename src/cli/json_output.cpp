@@ -24,6 +24,8 @@ Value object(const ScanResult& result) {
     Value fields{{"target", value(result.target)},
                  {"traces", array(result.traces, toValue)},
                  {"unreadableLocations", array(result.unreadableLocations, toValue)},
+                 {"skippedNames", array(result.skippedNames, toValue)},
+                 {"leftOut", result.leftOut},
                  {"unknownOwners", object(result.owners)},
                  {"nameMatchingDisabled", result.nameMatchingDisabled},
                  {"permissions", value(result.permissions)}};
@@ -88,6 +90,7 @@ std::string document(const RemovalReport& report, const Texts& texts) {
     if (report.verification) result["verification"] = object(*report.verification);
     put(result, "reclaimedBytes", report.reclaimedBytes);
     if (!report.unsettled.empty()) result["unsettled"] = report.unsettled;
+    if (!report.skippedNames.empty()) result["skippedNames"] = array(report.skippedNames, toValue);
     if (report.manifestFailure) result["manifestFailure"] = texts.text(*report.manifestFailure);
     return writeJson(result);
 }

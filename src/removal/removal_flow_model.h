@@ -114,6 +114,8 @@ class RemovalFlowModel {
     /// What is of `found` and stays where it is. Of the last removal in a report: also what an application
     /// that was left out at its quit prompt keeps.
     std::vector<Trace> leftInPlace() const;
+    /// What of the review can be neither shown as a trace nor taken: its names are not valid UTF-8.
+    std::vector<Path> skippedNames() const;
     /// What the removal takes away, in words: "Marlin Notes", "3 leftovers". Of the last one in a report.
     std::string subject() const;
     RemovalSummary summary() const;

@@ -16,6 +16,7 @@ struct RemovalFlowModel::Run {
     std::vector<ScanResult> found;      ///< what they were chosen from
     std::vector<RemovalTarget> targets; ///< those that take part
     std::size_t next = 0;               ///< the first one that was not asked yet
+    std::vector<Path> skippedNames;
     RemovalMode mode = RemovalMode::uninstall;
     RemovalSubject subject = RemovalSubject::applications;
     Stage cameFrom;
@@ -49,6 +50,7 @@ void RemovalFlowModel::confirm() {
     run->subject = subjectKind();
     run->found = found();
     run->targets = std::move(targets);
+    run->skippedNames = skippedNames();
     run->mode = mode_;
     run->cameFrom = stage_;
     enter(stage::Removing{});
@@ -155,6 +157,7 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
     reportSubject_ = subjectText(run->subject, run->mode, run->targets, services_.texts);
     auto work = [services = services_, user = user_, run] {
         auto report = carryOut(services, user, run->targets, run->mode);
+        if (report) report->skippedNames = std::move(run->skippedNames);
         run->lock.reset(); // before the report is seen, so that it can be undone at once
         return report;
     };

@@ -117,6 +117,14 @@ std::vector<Trace> RemovalFlowModel::leftInPlace() const {
     return tidwen::leftInPlace(found(), chosenTargets(), mode_);
 }
 
+std::vector<Path> RemovalFlowModel::skippedNames() const {
+    std::set<Path> names; // several applications may claim one item
+    if (const auto* review = std::get_if<stage::Review>(&stage_))
+        for (const auto& result : review->results)
+            names.insert(result.skippedNames.begin(), result.skippedNames.end());
+    return {names.begin(), names.end()};
+}
+
 RemovalSubject RemovalFlowModel::subjectKind() const {
     if (std::holds_alternative<stage::Orphans>(stage_)) return RemovalSubject::leftovers;
     if (std::holds_alternative<stage::Installers>(stage_)) return RemovalSubject::installers;

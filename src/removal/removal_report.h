@@ -41,6 +41,9 @@ struct RemovalReport {
     /// was not finished. Recovery tries again.
     std::vector<std::string> unsettled = {};
 
+    /// What was found and stays because its name is not valid UTF-8: no manifest could hold it.
+    std::vector<Path> skippedNames = {};
+
     struct Failure {
         RemovalOperation operation;
         Message reason;

@@ -59,6 +59,8 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
     trace.contestedBy = Claimant{"com.example.b", "B", Path("/Applications/B.app")};
     result.traces = {trace};
     result.unreadableLocations = {Path("/Library/Caches")};
+    result.skippedNames = {Path("/Library/\xff")};
+    result.leftOut = 3;
     result.owners.unreadable = {Path("/Users/bob/Applications")};
     result.immovable = {ImmovableApplication::Reason::protectedPlace, Path("/Users/alice/Downloads/A.app")};
     result.permissions = {.grants = {{"kTCCServiceCamera", {PermissionGrant::State::Kind::unknown, 4}}},
@@ -71,7 +73,7 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
                     "action": {"kind": "movePath", "url": "/a"}, "reason": {"kind": "declaredTarget"},
                     "reversibility": "reversible", "displayName": "x", "sizeBytes": 7, "requiresRoot": false,
                     "risk": "safe", "contestedBy": "com.example.b", "contestedByPlace": "/Applications/B.app"}],
-        "unreadableLocations": ["/Library/Caches"],
+        "unreadableLocations": ["/Library/Caches"], "skippedNames": ["/Library/\ufffd"], "leftOut": 3,
         "unknownOwners": {"unreadable": ["/Users/bob/Applications"], "uncounted": [], "damaged": []},
         "immovable": {"reason": "protectedPlace", "place": "/Users/alice/Downloads/A.app"},
         "nameMatchingDisabled": false,
@@ -92,6 +94,7 @@ TEST(JsonOutput, AReportTellsWhyAStepFailedInWordsAndByKey) {
     step.displayName = "/a";
     report.operations = {step};
     report.results = {OperationResult::failure(1, {"failure.exit %@", {"3"}})};
+    report.skippedNames = {Path("/Library/\xff")};
     report.verification =
         VerificationReport{{{"com.example.app", "A", {}, {PermissionGrant::Scope::system}}}};
     EXPECT_EQ(parsed(json::document(report, Texts())), Json::parse(R"({
@@ -102,6 +105,7 @@ TEST(JsonOutput, AReportTellsWhyAStepFailedInWordsAndByKey) {
                         "traceID": ")" + step.traceID.string() + R"(", "bundleID": ""}],
         "results": [{"operationID": 1, "succeeded": false, "failureReason": "failure.exit 3",
                      "failureKey": "failure.exit %@"}],
+        "skippedNames": ["/Library/\ufffd"],
         "verification": {"apps": [{"bundleID": "com.example.app", "name": "A", "tccSurvivors": [], "unreadable": ["system"]}]}})"));
 }
 

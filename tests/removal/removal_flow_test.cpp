@@ -149,6 +149,17 @@ TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
     }
 }
 
+TEST(RemovalFlow, ReportsWhatNoManifestCouldName) {
+    FlowBench bench;
+    const Path unnamed(bench.cache("Alpine").string() + ".\xff");
+    bench.volume.write(unnamed.string(), "x");
+    bench.remove({"Alpine"});
+    ASSERT_EQ(bench.stage(), "report");
+    EXPECT_THAT(std::get<stage::Report>(bench.model->stage()).report.skippedNames,
+                testing::ElementsAre(unnamed));
+    EXPECT_TRUE(bench.has(unnamed));
+}
+
 TEST(RemovalFlow, NothingIsRemovedWhileWhatIsProtectedIsUnknown) {
     const std::pair<std::string, std::function<void(FlowBench&)>> cases[] = {
         {"unreadable", [](FlowBench& bench) { bench.defaults.fault = Message{"unreadable"}; }},

@@ -68,6 +68,12 @@ ExitStatus refuse(const RemovalRefusal& refusal, const CommandContext& context) 
     return status;
 }
 
+/// On standard error: with --json, too, and whatever was chosen.
+void complainOfSkipped(const std::vector<Path>& names, const CommandContext& context) {
+    for (const auto& path : names)
+        context.console.complain(context.text("cli.remove.skippedName %@", {path.string()}));
+}
+
 void show(const Preview& preview, const std::vector<Trace>& left, const CommandContext& context) {
     if (context.arguments.json) {
         context.console.document(json::document(preview.plan));
@@ -128,7 +134,10 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     if (model.chosenTargets().empty()) return context.refuse({"error.nothingToRemove"});
     const auto planned = preview(context, mac, model);
     const bool isDryRun = context.arguments.has("--dry-run");
-    if (isDryRun) show(planned, model.leftInPlace(), context);
+    if (isDryRun) {
+        show(planned, model.leftInPlace(), context);
+        complainOfSkipped(model.skippedNames(), context);
+    }
     if (const auto problem = session.settingsProblem()) return context.refuse(*problem);
     if (const auto refusal = model.refusal()) return refuse(*refusal, context);
     if (isDryRun) return ExitStatus::done;
@@ -140,7 +149,10 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     }
     const auto& report = std::get<stage::Report>(model.stage()).report;
     show(report, model.leftInPlace(), model.subject(), context, mac);
-    const bool isComplete = report.failures().empty() && !report.manifestFailure;
+    complainOfSkipped(report.skippedNames, context);
+    // Who names each item asks for nothing else.
+    const bool tookAll = report.skippedNames.empty() || !request->selectors.empty();
+    const bool isComplete = report.failures().empty() && !report.manifestFailure && tookAll;
     remindOfReview(context, mac.system.defaults, isComplete);
     return isComplete && !session.someLeftOut() ? ExitStatus::done : ExitStatus::someFailed;
 }

@@ -175,7 +175,10 @@ class Refusals(VolumeTest):
         run = self.call("scan", "com.example.evil", status=1)  # a name that is no text is left out
         for control in "\x1b\r\x07\u202e":
             self.assertNotIn(control, run.output)
-        report = self.call("remove", "com.example.evil", "--yes", "--json").json
+        run = self.call("remove", "com.example.evil", "--yes", "--json", status=1)
+        self.assertIn("Left in place, its name is not valid UTF-8", run.errors)
+        report = run.json
+        self.assertEqual(len(report["skippedNames"]), 1)
         self.assertTrue(all(r["succeeded"] for r in report["results"]), report["results"])
         self.assertTrue(os.path.isdir(caches + b".\xff\xfe"), "what a manifest cannot name stays")
         self.assertEqual([len(self.call(c, "--json").json) for c in ("history", "apps")], [1, 14])
