@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "inventory/installed_applications.h"
+#include "scan/identifier_form.h"
 
 #include <set>
 
@@ -22,13 +23,6 @@ std::string joined(const std::vector<std::string>& parts) {
 }
 
 } // namespace
-
-bool isBundleIdentifier(std::string_view word) {
-    constexpr std::string_view letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.";
-    return word.find('.') != word.npos && !word.starts_with('.') && !word.ends_with('.')
-           && word.find("..") == word.npos && word.find_first_not_of(letters) == word.npos
-           && !lowercased(word).ends_with(".app");
-}
 
 std::vector<Path> ApplicationFinder::withIdentifier(const std::string& wanted) const {
     std::vector<Path> found;
@@ -100,7 +94,7 @@ tl::expected<NamedIdentifier, Message> ApplicationFinder::findIdentifier(const s
         return tl::unexpected(
             Message{"cli.identifier.ambiguous %@", {joined({spellings.begin(), spellings.end()})}});
     const auto bundle = find(word);
-    if (!bundle && isBundleIdentifier(word)) return NamedIdentifier{word, false};
+    if (!bundle && isIdentifier(word)) return NamedIdentifier{word, false};
     if (!bundle) return tl::unexpected(bundle.error());
     return identifierOf(*bundle).map([](const std::string& id) { return NamedIdentifier{id, true}; });
 }

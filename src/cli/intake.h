@@ -8,7 +8,6 @@
 #include "scan/other_applications.h"
 
 #include <string>
-#include <string_view>
 #include <tl/expected.hpp>
 #include <vector>
 
@@ -19,10 +18,6 @@ struct NamedIdentifier {
     std::string bundleID;
     bool isInstalled = false;
 };
-
-/// Whether a word can be an application's identifier: two or more pieces of letters, digits, hyphens and
-/// underscores, and no bundle's file name.
-bool isBundleIdentifier(std::string_view word);
 
 /// Finds the application that a word on the command line means: an absolute Mac path of a bundle, the
 /// identifier, name or bundle file name of an installed application (letter case ignored, ".app" may be left

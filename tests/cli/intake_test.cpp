@@ -76,6 +76,8 @@ TEST_F(IntakeTest, AWordMeansAnIdentifierAsItsBundleSpellsIt) {
         {"com.Example.ONE", "com.Example.ONE"},
         {"com.example.One", "cli.identifier.ambiguous %@"},
         {"com.example.later", "com.example.later (absent)"},
+        {"com.example.app", "com.example.app (absent)"},
+        {"com.example.later.plist", "cli.app.unknown"},
         {"", "cli.app.unknown"},
         {"Nobody", "cli.app.unknown"},
         {"Nobody.app", "cli.app.unknown"},

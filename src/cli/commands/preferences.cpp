@@ -8,6 +8,7 @@
 #include "cli/resources.h"
 #include "cli/table.h"
 #include "inventory/installed_applications.h"
+#include "scan/identifier_form.h"
 #include "scan/protected_apps.h"
 #include "services/update_feed.h"
 #include "settings/app_preferences.h"
@@ -49,7 +50,7 @@ class IdentifierReader {
     /// is not installed is taken with a remark, so that it can be protected beforehand.
     std::optional<std::string> read(const std::string& word) const {
         if (!mac_) {
-            if (isBundleIdentifier(word)) return word;
+            if (isIdentifier(word)) return word;
             context_.refuse({"cli.identifier.none %@", {word}});
             return std::nullopt;
         }
