@@ -44,6 +44,13 @@ bool isInTarget(const ScanContext& context, const Path& program) {
            || place.isWithinIgnoringCase(context.matcher.target().bundleURL.standardized());
 }
 
+/// Another application after whose identifier the job's file is called. It may rely on the file, whatever
+/// label and program that has now.
+std::optional<Claimant> ownerOfJobFile(const ResidueMatcher& matcher, std::string_view file) {
+    if (const auto own = matcher.attributeIdentifier(file)) return own->contestedBy;
+    return matcher.others().longestContinued(lowercased(composed(withoutWrappingExtension(file))));
+}
+
 } // namespace
 
 std::optional<Claimant> holderOf(const ScanContext& context, const Path& program) {
@@ -62,10 +69,12 @@ bool isVendorFolder(const ResidueMatcher& matcher, std::string_view name) {
 }
 
 std::optional<Attribution> attributeJob(const ScanContext& context, const LaunchItem& item) {
-    if (context.matcher.isOffLimits(item.label)) return std::nullopt;
+    const auto file = item.plist.lastComponent();
+    if (context.matcher.isOffLimits(item.label) || context.matcher.isOffLimits(file)) return std::nullopt;
     auto found = context.matcher.attributeIdentifier(item.label);
     if (found) found->reason.evidence = MatchReason::Evidence::label;
     const bool isByLabel = found.has_value();
+    if (found && !found->contestedBy) found->contestedBy = ownerOfJobFile(context.matcher, file);
     if (!item.programPath) return found;
 
     const Path program(*item.programPath);
@@ -73,7 +82,8 @@ std::optional<Attribution> attributeJob(const ScanContext& context, const Launch
         found = {{MatchReason::Kind::declaredTarget, {}, MatchReason::Evidence::embedded}};
     if (!found) found = attributeProgram(context, program);
     if (!found || found->contestedBy) return found;
-    if (!isByLabel)
+    if (!isByLabel) found->contestedBy = ownerOfJobFile(context.matcher, file);
+    if (!found->contestedBy && !isByLabel)
         found->contestedBy = context.matcher.others().longestContinued(lowercased(composed(item.label)));
     if (!found->contestedBy) found->contestedBy = holderOf(context, program);
     return found;

@@ -243,6 +243,9 @@ std::optional<Claimant> ResidueMatcher::contestedBy(std::string_view candidate,
     if (auto other = others_.rivalOf(own, lower)) return other;
     // Somebody's data may be called by his name, whatever form that has.
     if (auto namesake = others_.named(canonical)) return namesake;
+    // Whoever shares the name shares all the forms by which it finds things ("Name Helper", "name-2").
+    if (reason.kind == Kind::nameToken)
+        if (auto namesake = others_.named(canonicalName_)) return namesake;
     // A group belongs to all who declare it, wherever they keep something under its name.
     if (auto declarer = others_.declaringGroup(unwrapped, own.size() != lower.size())) return declarer;
     if (!isExact) return others_.ofVendor(canonical);

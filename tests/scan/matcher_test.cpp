@@ -218,6 +218,8 @@ TEST(ResidueMatcher, TellsWhoElseClaimsAName) {
     // A namesake has as good a claim to the name, not to the identifier.
     installed.push_back(owner("/Applications/Namesake.app", "com.namesake.app", "marlin-notes"));
     EXPECT_EQ(claimant("Marlin Notes"), "com.namesake.app");
+    EXPECT_EQ(claimant("Marlin Notes Cache"), "com.namesake.app");
+    EXPECT_EQ(claimant("marlin notes-7"), "com.namesake.app");
     EXPECT_EQ(claimant("com.example.app"), "nobody");
 
     // A helper inside the bundle that continues another application's identifier.
