@@ -196,6 +196,12 @@ QuarantinePurge::purge(const std::vector<Path>& folders) {
 
     Outcome outcome;
     for (const auto& folder : folders) {
+        if (!administrator_ && !isWhollyOurs(folder.standardized())) {
+            log_.error("Left whole, not all of it may be deleted: {}", folder.string());
+            outcome.kept.push_back(folder);
+            outcome.othersItems.push_back(folder);
+            continue;
+        }
         if (const auto removed = removeRun(folder.standardized()); removed) {
             log_.info("Purged quarantine folder {}", folder.string());
             ++outcome.removedFolders;

@@ -34,6 +34,8 @@ class QuarantinePurge {
     struct Outcome {
         int removedFolders = 0;
         std::vector<Path> kept; ///< folders that could not be removed; the reason is in the log
+        /// Those of `kept` that are whole, because they hold what only root could delete.
+        std::vector<Path> othersItems = {};
     };
 
     /// Runs a shell script as an administrator; absent on a volume, where there is nobody to ask.
@@ -47,7 +49,8 @@ class QuarantinePurge {
     int purgeExpired(int days, Timestamp now);
 
     /// Removes the given folders. Each is validated first; when one is refused nothing is deleted. Items that
-    /// belong to somebody else go through one administrator script.
+    /// belong to somebody else go through one administrator script; without one a run that holds any stays as
+    /// a whole.
     tl::expected<Outcome, Failure> purge(const std::vector<Path>& folders);
 
   private:

@@ -3,6 +3,7 @@
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/quarantine_purge.h"
 #include "support/fixtures.h"
+#include "support/watched_files.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -150,6 +151,27 @@ TEST_F(Purge, AsksOnlyForForeignItems) {
     const auto alone = run("Volume");
     user.userID += 1;
     EXPECT_EQ(QuarantinePurge(volume.files(), user, std::nullopt, log).purge({alone})->removedFolders, 1);
+}
+
+/// Says of some items that this process may not delete them.
+struct FilesOfOthers : WatchedFiles {
+    FilesOfOthers(FileSystem& files, Path others) : WatchedFiles(files), others_(std::move(others)) {}
+    FileResult<bool> holdsOthersItems(const Path& item, std::optional<std::uint32_t> ownerID) override {
+        return !ownerID && item == others_;
+    }
+    Path others_;
+};
+
+TEST_F(Purge, WithNobodyToAskARunOfOthersStaysWhole) {
+    const auto mine = run("Mine"), others = run("Others");
+    volume.write((others / "0002/more").string(), "x");
+    FilesOfOthers files(volume.files(), others);
+    const auto outcome = QuarantinePurge(files, user, std::nullopt, log).purge({others, mine});
+    EXPECT_EQ(outcome->removedFolders, 1);
+    EXPECT_EQ(outcome->kept, std::vector{others});
+    EXPECT_EQ(outcome->othersItems, std::vector{others});
+    EXPECT_TRUE(volume.exists((others / "0001/Notes").string()));
+    EXPECT_TRUE(volume.exists((others / "0002/more").string()));
 }
 
 } // namespace

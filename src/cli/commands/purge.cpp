@@ -61,8 +61,11 @@ void report(const QuarantinePurge::Outcome& outcome, const CommandContext& conte
         return;
     }
     context.console.line(context.text("cli.purge.done %lld", {std::to_string(outcome.removedFolders)}));
-    for (const auto& folder : outcome.kept)
-        context.console.complain(context.text("history.purge.kept %@", {folder.string()}));
+    for (const auto& folder : outcome.kept) {
+        const bool isWhole = std::ranges::find(outcome.othersItems, folder) != outcome.othersItems.end();
+        context.console.complain(
+            context.text(isWhole ? "cli.purge.othersItems %@" : "history.purge.kept %@", {folder.string()}));
+    }
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
