@@ -41,6 +41,7 @@ std::vector<std::string> badges(const Trace& trace, const Texts& texts) {
             texts.text("cli.badge.contested %@ %@",
                        {other.bundleID.empty() ? other.name : other.bundleID, other.place.string()}));
     }
+    if (trace.isOnlyListed) result.push_back(texts.text("cli.badge.onlyListed"));
     switch (trace.reversibility) {
     case Reversibility::reversible:
         break;

@@ -1,6 +1,7 @@
 #include "cli/selection.h"
 
 #include "removal/chosen_items.h"
+#include "scan/default_selection.h"
 
 namespace tidwen {
 
@@ -93,7 +94,7 @@ tl::expected<std::set<Uuid>, Message> chooseTraces(const std::vector<ScanResult>
     if (!request.tiers) return ids;
     for (const auto& result : found)
         for (const auto& trace : result.traces)
-            if (request.tiers->contains(trace.risk) && !trace.contestedBy && isEligible(trace, mode))
+            if (request.tiers->contains(trace.risk) && isUndoubted(trace) && isEligible(trace, mode))
                 ids.insert(trace.id);
     return ids;
 }

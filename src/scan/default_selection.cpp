@@ -2,11 +2,15 @@
 
 namespace tidwen {
 
+bool isUndoubted(const Trace& trace) {
+    return !trace.contestedBy && !trace.isOnlyListed;
+}
+
 bool takenByDefault(const Trace& trace) {
     if (trace.category == TraceCategory::application) return true;
     const bool losesNothing = trace.reversibility == Reversibility::reversible
                               || trace.reversibility == Reversibility::irreversibleHarmless;
-    return trace.risk != TraceRisk::sensitive && losesNothing && !trace.contestedBy;
+    return trace.risk != TraceRisk::sensitive && losesNothing && isUndoubted(trace);
 }
 
 } // namespace tidwen

@@ -5,9 +5,11 @@
 #include "scan/launch_item.h"
 #include "scan/location_scan.h"
 #include "scan/root_needed.h"
+#include "scan/shared_names.h"
 
 #include <algorithm>
 #include <set>
+#include <unordered_map>
 
 namespace tidwen {
 
@@ -44,10 +46,50 @@ class ClosedPaths {
     std::set<std::string, std::less<>> keys_;
 };
 
+/// What packages of other applications list too, read when it is first asked for. Packages of none that is
+/// there keep nothing for anybody.
+class OtherPackages {
+  public:
+    OtherPackages(const ScanContext& context, const Receipts& receipts)
+        : context_(context), receipts_(receipts) {}
+
+    std::optional<Claimant> listing(const Path& path) {
+        if (!isRead_) read();
+        isRead_ = true;
+        const auto found = listed_.find(fileNameKey(path.string()));
+        return found == listed_.end() ? std::nullopt : std::optional(claimants_[found->second]);
+    }
+
+  private:
+    void read() {
+        for (const auto& packageID : receipts_.packageIDs()) {
+            if (context_.stop.stopRequested()) return;
+            const auto own = context_.matcher.attributeIdentifier(packageID);
+            if (own && own->reason.kind == MatchReason::Kind::exactBundleID) continue;
+            auto owner = context_.matcher.others().longestContinued(lowercased(composed(packageID)));
+            const auto receipt = owner ? receipts_.read(packageID) : std::nullopt;
+            if (!receipt) continue;
+            claimants_.push_back(std::move(*owner));
+            for (const auto& file : receipt->files) {
+                if (listed_.size() == mostListedPaths) return;
+                listed_.emplace(fileNameKey((receipt->installBase / file).standardized().string()),
+                                claimants_.size() - 1);
+            }
+        }
+    }
+
+    const ScanContext& context_;
+    const Receipts& receipts_;
+    bool isRead_ = false;
+    std::vector<Claimant> claimants_;
+    std::unordered_map<std::string, std::size_t> listed_;
+};
+
 class ReceiptProbe {
   public:
-    ReceiptProbe(const ScanContext& context, const std::vector<Path>& applications, TraceCollector& traces)
-        : context_(context), traces_(traces) {
+    ReceiptProbe(const ScanContext& context, const Receipts& receipts, const std::vector<Path>& applications,
+                 TraceCollector& traces)
+        : context_(context), otherPackages_(context, receipts), traces_(traces) {
         closed_.add(context.matcher.target().bundleURL.standardized());
         closed_.add(context.targetPlace);
         for (const auto& application : applications)
@@ -85,7 +127,9 @@ class ReceiptProbe {
         if (isOffLimits(path)) return; // whatever the package installed there
         const auto realPath = context_.files.resolveParent(path);
         if (!realPath || closed_.cover(*realPath) || isOffLimits(*realPath)) return;
-        if (isInHome(path, *realPath) && !context_.matcher.attribute(path.lastComponent())) return;
+        // What the matcher finds in a home has been found where applications keep their things; anything else
+        // there is the user's own, whatever a package says.
+        if (isInHome(path, *realPath)) return;
         const auto info = context_.files.info(path);
         if (!info) return;
         // A link to a folder may be the way by which others are installed.
@@ -97,6 +141,10 @@ class ReceiptProbe {
         trace.contestedBy = contestedBy;
         if (!trace.contestedBy && job) trace.contestedBy = jobClaimant(*job);
         if (!trace.contestedBy) trace.contestedBy = claimant(path);
+        if (info->kind != FileKind::directory && !job) {
+            if (!trace.contestedBy) trace.contestedBy = otherPackages_.listing(path);
+            trace.isOnlyListed = !namesTarget(path);
+        }
         if (!traces_.addFound(std::move(trace), realPath->parent())) return;
         closed_.add(path);
         closed_.add(*realPath);
@@ -120,17 +168,29 @@ class ReceiptProbe {
         return isBundleName(name) || context_.matcher.attribute(name);
     }
 
+    bool namesTarget(const Path& path) const {
+        const auto parts = path.components();
+        return std::any_of(parts.begin(), parts.end(),
+                           [&](const auto& part) { return context_.matcher.attribute(part).has_value(); });
+    }
+
     /// Another application to which one of the path's components points.
     std::optional<Claimant> claimant(const Path& path) const {
         for (const auto& component : path.components()) {
             if (const auto own = context_.matcher.attribute(component)) {
                 if (own->contestedBy) return own->contestedBy;
-            } else if (auto other =
-                           context_.matcher.others().longestContinued(lowercased(composed(component)))) {
+            } else if (auto other = otherCalled(component)) {
                 return other;
             }
         }
         return std::nullopt;
+    }
+
+    std::optional<Claimant> otherCalled(const std::string& component) const {
+        const auto& others = context_.matcher.others();
+        if (auto other = others.longestContinued(lowercased(composed(component)))) return other;
+        const auto canonical = canonicalForm(component);
+        return isCommonName(canonical) ? std::nullopt : others.named(canonical);
     }
 
     /// Who has the better claim to the job by its label, or by where its program lies.
@@ -166,6 +226,7 @@ class ReceiptProbe {
     }
 
     const ScanContext& context_;
+    OtherPackages otherPackages_;
     TraceCollector& traces_;
     ClosedPaths closed_;
     std::size_t taken_ = 0;
@@ -175,7 +236,7 @@ class ReceiptProbe {
 
 void probeReceipts(const ScanContext& context, const Receipts& receipts,
                    const std::vector<Path>& applications, TraceCollector& traces) {
-    ReceiptProbe probe(context, applications, traces);
+    ReceiptProbe probe(context, receipts, applications, traces);
     for (const auto& packageID : receipts.packageIDs()) {
         if (context.stop.stopRequested()) return;
         const auto found = context.matcher.attributeIdentifier(packageID);

@@ -41,13 +41,14 @@ TEST(DefaultSelection, TakesWhatIsSafeToTake) {
         Reversibility reversibility;
         bool isTaken;
         Kind reason = Kind::exactBundleID;
-        bool requiresRoot = false, isContested = false;
+        bool requiresRoot = false, isContested = false, isOnlyListed = false;
     } cases[] = {
         {"the application, also as root", application, reversible, true, Kind::declaredTarget, true},
         {"safe", caches, reversible, true},
         {"review", caches, reversible, true, Kind::nameToken},
         {"permissions", permissions, irreversibleHarmless, true, Kind::declaredTarget},
         {"contested", caches, reversible, false, Kind::exactBundleID, false, true},
+        {"only listed", receipts, reversible, false, Kind::receipt, false, false, true},
         {"sensitive", caches, reversible, false, Kind::exactBundleID, true},
         {"passwords", keychain, irreversibleDestructive, false},
         {"only by hand", supportFiles, manualOnly, false},
@@ -58,6 +59,7 @@ TEST(DefaultSelection, TakesWhatIsSafeToTake) {
                                std::nullopt, c.requiresRoot);
         if (c.isContested)
             trace.contestedBy = Claimant{"com.other.app", "Other", Path("/Applications/Other.app")};
+        trace.isOnlyListed = c.isOnlyListed;
         EXPECT_EQ(takenByDefault(trace), c.isTaken) << c.what;
     }
 }

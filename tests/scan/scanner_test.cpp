@@ -187,6 +187,7 @@ TEST_F(Scanner, JudgesJobsByTheirProgramsPlace) {
     target.name = "Alice";
     const struct {
         const char *label, *program, *claimant; // none: not the target's
+        const char* file = nullptr;             // none: named after the label
     } cases[] = {
         {"a.job", "/opt/tools/Alice/run", ""},
         {"b.job", "/Users/alice/bin/sync", nullptr}, // the user is called so too
@@ -195,21 +196,29 @@ TEST_F(Scanner, JudgesJobsByTheirProgramsPlace) {
         {"e.job", "/Applications/Other.app/Contents/Alice/x", "com.other.app"},
         {"com.other.app.sync", "/opt/Alice/x", "com.other.app"},
         {"com.apple.job", "/opt/Alice/x", nullptr},
+        // By the names of their files.
+        {"f.job", "/opt/tools/Alice/run", "com.other.app", "com.Other.app"},
+        {"g.job", "/opt/tools/Alice/run", nullptr, "com.apple.g"},
+        {"com.corvella.marlin.notes.h", "/usr/bin/com.corvella.marlin.notes", "com.other.app",
+         "com.other.app.sync-h"},
     };
     std::vector<std::string> expected;
     for (const auto& c : cases) {
-        const auto plist = library + "LaunchAgents/" + c.label + ".plist";
-        writeJob(plist, c.label, c.program);
+        const std::string file = c.file ? c.file : c.label;
+        writeJob(library + "LaunchAgents/" + file + ".plist", c.label, c.program);
         if (!c.claimant) continue;
         const bool isExact = std::string_view(c.program).find("corvella") != std::string_view::npos;
         expected.push_back(fmt::format("launchItems {}: ~LaunchAgents/{}.plist job{}",
-                                       isExact ? "exactBundleID" : "nameToken", c.label,
+                                       isExact ? "exactBundleID" : "nameToken", file,
                                        *c.claimant ? fmt::format(" contested by {}", c.claimant) : ""));
     }
     EXPECT_THAT(found(), testing::UnorderedElementsAreArray(expected));
 
     target.name = "Contents"; // what every bundle holds
-    EXPECT_THAT(found(), ElementsAre("launchItems exactBundleID: ~LaunchAgents/d.job.plist job"));
+    EXPECT_THAT(found(),
+                ElementsAre("launchItems exactBundleID: ~LaunchAgents/com.other.app.sync-h.plist job "
+                            "contested by com.other.app",
+                            "launchItems exactBundleID: ~LaunchAgents/d.job.plist job"));
 }
 
 TEST_F(Scanner, UnloadsNoJobOfOthersThatABundleNames) {
@@ -391,14 +400,55 @@ TEST_F(Scanner, TakesNothingFromOtherHomes) {
     volume.link(library + "Caches", "/Users/bob/Library/Caches");
     volume.makeFolder(library + "Logs/com.corvella.marlin.notes");
     volume.link(library + "WebKit", "Logs"); // one folder under two names
-    for (const char* file : {"Users/alice/.ssh/key", "Users/alice/.marlin/x", "Users/bob/.marlin notes/x",
-                             "Users/alice/Library/Mail/letter", "Users/alice/Marlin Notes.log"})
+    for (const char* file :
+         {"Users/alice/.ssh/key", "Users/alice/.marlin/x", "Users/bob/.marlin notes/x",
+          "Users/alice/Library/Mail/letter", "Users/alice/Marlin Notes.log", "Users/alice/.ssh/Marlin Notes",
+          "Users/alice/Library/Mail/Marlin Notes/x",
+          "Users/alice/Library/Safari/com.corvella.marlin.notes.plist", "Users/alice/Projects/Marlin Notes/x",
+          "Users/alice/Library/Logs/Marlin Notes/x"})
         volume.write("/" + std::string(file), "x");
     receipts.all = {{"com.corvella.marlin.notes.pkg", Path(),
                      pathsOf("Users/alice/.ssh/key:Users/alice/.marlin/x:Users/bob/.marlin notes/x:"
-                             "Users/alice/Library/Mail/letter:Users/alice/Marlin Notes.log")}};
-    EXPECT_THAT(found(), ElementsAre("caches exactBundleID: ~WebKit/com.corvella.marlin.notes",
-                                     "receipts receipt: /Users/alice/Marlin Notes.log root"));
+                             "Users/alice/Library/Mail/letter:Users/alice/Marlin Notes.log:"
+                             "Users/alice/.ssh/Marlin Notes:Users/alice/Library/Mail/Marlin Notes:"
+                             "Users/alice/Library/Safari/com.corvella.marlin.notes.plist:"
+                             "Users/alice/Projects/Marlin Notes:Users/alice/Library/Logs/Marlin Notes")}};
+    EXPECT_THAT(found(),
+                testing::UnorderedElementsAre("caches exactBundleID: ~WebKit/com.corvella.marlin.notes",
+                                              "logs nameToken: ~Logs/Marlin Notes"));
+}
+
+TEST_F(Scanner, TakesNoSharedFileOnTheWordOfAPackageAlone) {
+    installed.push_back(
+        test::owner("/Applications/Brightwell Studio.app", "com.brightwell.studio", "Brightwell Studio"));
+    const struct {
+        const char *file, *expected;
+    } cases[] = {
+        {"Users/Shared/family/photo.jpg", "only listed"},
+        {"opt/tools/node", "only listed"},
+        {"opt/tools/bounce", "only listed, com.brightwell.studio"}, // in its package too
+        {"opt/tools/marlin notes", "com.brightwell.studio"},        // likewise
+        {"Users/Shared/Brightwell Studio/a", "only listed, com.brightwell.studio"},
+        {"opt/tools/com.brightwell.studio-b", "only listed, com.brightwell.studio"},
+        {"opt/Marlin Notes/c", ""},
+    };
+    receipts.all = {{"com.brightwell.studio.pkg", Path("/opt"), {"tools/bounce", "tools/Marlin Notes"}},
+                    {"com.corvella.marlin.notes.pkg", Path(), {}},
+                    {"org.gone.pkg", Path("/opt"), {"Marlin Notes/c"}}};
+    for (const auto& c : cases) {
+        volume.write("/" + std::string(c.file), "x");
+        receipts.all[1].files.emplace_back(c.file);
+    }
+    std::map<std::string, std::string> found;
+    for (const auto& trace : scan().traces) {
+        if (trace.category != TraceCategory::receipts) continue;
+        auto& line = found[trace.displayName.substr(1)];
+        line = trace.isOnlyListed ? "only listed" : "";
+        if (trace.contestedBy) line += (line.empty() ? "" : ", ") + trace.contestedBy->bundleID;
+    }
+    EXPECT_EQ(found.size(), std::size(cases));
+    for (const auto& c : cases)
+        EXPECT_EQ(found[c.file], c.expected) << c.file;
 }
 
 TEST_F(Scanner, AsksRootAndOthersForTheJobsOfPackages) {
