@@ -1,6 +1,7 @@
 #include "scan/job_program.h"
 
 #include "base/text.h"
+#include "scan/file_absence.h"
 
 #include <algorithm>
 #include <array>
@@ -8,28 +9,22 @@
 namespace tidwen {
 namespace {
 
-/// The folder that is there or away as a whole: "/Library", "/usr/bin", "/Volumes/Disk".
+/// The folder that is there or away as a whole: "/Library", "/usr/bin".
 Path placeOf(const Path& program) {
-    static constexpr std::array<std::string_view, 5> ofParts = {"Volumes", "System", "usr", "Users",
-                                                                "private"};
+    static constexpr std::array<std::string_view, 4> ofParts = {"System", "usr", "Users", "private"};
     const auto parts = program.components();
     const Path top = Path("/") / parts.at(1);
     const bool isOfParts = std::find(ofParts.begin(), ofParts.end(), parts[1]) != ofParts.end();
     return isOfParts && parts.size() > 3 ? top / parts[2] : top;
 }
 
-/// Every Mac has these, and whatever is installed on it lies elsewhere; "/Volumes" is where other disks are.
-bool isOfSystemOrOtherDisk(const Path& path) {
+/// Every Mac has these, and whatever is installed on it lies elsewhere.
+bool isOfSystem(const Path& path) {
     if (path.isWithinIgnoringCase(Path("/usr/local"))) return false;
-    static constexpr std::array<std::string_view, 5> places = {"/System", "/Volumes", "/bin", "/sbin",
-                                                               "/usr"};
+    static constexpr std::array<std::string_view, 4> places = {"/System", "/bin", "/sbin", "/usr"};
     return std::any_of(places.begin(), places.end(), [&](std::string_view place) {
         return path.isWithinIgnoringCase(Path(std::string(place)));
     });
-}
-
-bool isMissing(const FileError& error) {
-    return error.fault == FileFault::missing || error.fault == FileFault::notDirectory;
 }
 
 // Twice as deep as programs lie in helpers of helpers.
@@ -42,7 +37,7 @@ JobProgram JobPrograms::find(const std::string& program) {
     if (!path.isAbsolute() || path.isRoot()) return JobProgram::away;
     const auto found = files_.infoFollowingLinks(path);
     if (found) return JobProgram::present;
-    const bool isJudged = isMissing(found.error()) && path.components().size() <= mostComponents;
+    const bool isJudged = isAbsence(found.error()) && path.components().size() <= mostComponents;
     return isJudged ? judgeMissing(path) : JobProgram::away;
 }
 
@@ -50,7 +45,7 @@ JobProgram JobPrograms::find(const std::string& program) {
 JobProgram JobPrograms::judgeMissing(const Path& program) {
     Path absent = program;
     auto there = files_.infoFollowingLinks(absent.parent());
-    for (; !there && isMissing(there.error()); there = files_.infoFollowingLinks(absent.parent()))
+    for (; !there && isAbsence(there.error()); there = files_.infoFollowingLinks(absent.parent()))
         absent = absent.parent();
     const Path folder = absent.parent();
     const auto real = files_.resolve(folder);
@@ -61,9 +56,10 @@ JobProgram JobPrograms::judgeMissing(const Path& program) {
     if (names->contains(fileNameKey(absent.lastComponent()))) return JobProgram::away;
 
     const Path target(real->string() + program.string().substr(folder.isRoot() ? 0 : folder.string().size()));
+    if (target.isWithinIgnoringCase(Path("/Volumes"))) return JobProgram::away; // another disk
     const Path place = placeOf(target);
     if (place == target || holds(place)) return JobProgram::gone;
-    return isOfSystemOrOtherDisk(target) ? JobProgram::away : JobProgram::unknown;
+    return isOfSystem(target) ? JobProgram::away : JobProgram::unknown;
 }
 
 /// An empty folder may be where a disk is attached, but for those that are always on the disk itself.

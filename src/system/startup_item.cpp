@@ -50,4 +50,8 @@ StartupSection section(const StartupItem& item) {
     return StartupSection::unattributed;
 }
 
+bool hasLostProgram(const StartupItem& item) {
+    return item.owner.kind == StartupItem::Owner::Kind::missing && !item.programPath.value_or("").empty();
+}
+
 } // namespace tidwen

@@ -31,7 +31,7 @@ struct StartupItem {
             program,    ///< no owner found, but the program is on the disk
             apple,
             missing, ///< the application that left it is gone
-            unknown, ///< no owner found, and the label tells nothing
+            unknown, ///< no owner found, and the label tells nothing, or this disk lacks the program's place
         };
         Kind kind = Kind::unknown;
         std::string name;     ///< of `installed` and `related`: the application's name
@@ -60,6 +60,10 @@ std::string_view name(StartupItem::Owner::Kind kind);
 /// The three sections that the list is shown in.
 enum class StartupSection { owned, unattributed, orphans };
 StartupSection section(const StartupItem& item);
+
+/// The item is an orphan and names the program that is gone. One that names none may be started by what its
+/// property list does not tell.
+bool hasLostProgram(const StartupItem& item);
 
 struct StartupScanResult {
     std::vector<StartupItem> items; ///< orphans first, then by label as people read

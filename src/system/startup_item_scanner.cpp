@@ -122,13 +122,6 @@ class StartupItemScanner::Owners {
 
 namespace {
 
-/// The program is there, or in a part of macOS or on another disk that is not.
-bool mayBeThere(JobPrograms& programs, const std::string& program) {
-    if (program.empty()) return false;
-    const auto found = programs.find(program);
-    return found == JobProgram::present || found == JobProgram::away;
-}
-
 StartupItem makeItem(const LaunchItem& job, StartupItem::Source source, Owner owner) {
     return {job.label, std::move(source), job.isSystemDomain, job.programPath, std::move(owner)};
 }
@@ -162,9 +155,12 @@ Owner StartupItemScanner::attributeOwner(const std::string& label,
         if (const auto parent = joined(parts, count - 1); isRegistered_(parent))
             return {Owner::Kind::registered, {}, parent, {}};
     if (const auto owner = owners.relatedTo(parts)) return *owner;
-    if (programPath && mayBeThere(programs, *programPath))
+    const auto found = programPath && !programPath->empty() ? programs.find(*programPath) : JobProgram::gone;
+    // In a part of macOS or on another disk that is not here, it is taken to be there.
+    if (found == JobProgram::present || found == JobProgram::away)
         return {Owner::Kind::program, {}, {}, *programPath};
-    return {parts.size() >= 2 ? Owner::Kind::missing : Owner::Kind::unknown, {}, {}, {}};
+    const bool isLost = found == JobProgram::gone && parts.size() >= 2;
+    return {isLost ? Owner::Kind::missing : Owner::Kind::unknown, {}, {}, {}};
 }
 
 /// The applications of the list first, then all other bundles that are found where bundles lie, each under

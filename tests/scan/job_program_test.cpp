@@ -26,7 +26,6 @@ TEST(JobProgram, IsGoneOnlyWhereThisDiskHoldsItsPlace) {
         {"/Applications/Gone.app/Contents/MacOS/agent", JobProgram::gone},
         {"/Library/PrivilegedHelperTools/com.gone.tool", JobProgram::gone},
         {"/usr/local/bin/other", JobProgram::gone},
-        {"/Volumes/Attached/tool", JobProgram::gone},
         {"/atroot", JobProgram::gone},
         // Parts of macOS, and other disks, that are not here.
         {"/bin/zsh", JobProgram::away},
@@ -34,6 +33,7 @@ TEST(JobProgram, IsGoneOnlyWhereThisDiskHoldsItsPlace) {
         {"/usr/libexec/deep/tool", JobProgram::away},
         {"/System/Library/CoreServices/x", JobProgram::away},
         {"/Volumes/Drive/tool", JobProgram::away},
+        {"/Volumes/Attached/tool", JobProgram::away},
         {"/Volumes/Detached/tool", JobProgram::away},
         // Through links that lead there.
         {"/Applications/Away.app/Contents/MacOS/agent", JobProgram::away},

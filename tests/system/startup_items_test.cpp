@@ -43,6 +43,7 @@ class FakeLaunchd : public Launchd {
 TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
     const test::TemporaryVolume volume;
     volume.write("/usr/local/bin/tool", "x");
+    volume.makeFolder("/Applications");
     InstalledBundles bundles(volume.files(), signatures, test::alice());
     const StartupItemScanner scanner(volume.files(), test::alice(), bundles,
                                      [](const std::string& id) { return id == "com.known.product"; });
@@ -70,6 +71,7 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
         {"foo.bar", "/bin/zsh", OwnerKind::program, "/bin/zsh"},
         {"foo.bar", "/Volumes/Drive/tool", OwnerKind::program, "/Volumes/Drive/tool"},
         {"foo.bar", "tool", OwnerKind::program, "tool"},
+        {"foo.bar", "/opt/maker/tool", OwnerKind::unknown, ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.label);
@@ -80,6 +82,8 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
                             : owner.kind == OwnerKind::registered ? owner.bundleID
                                                                   : owner.path;
         EXPECT_EQ(detail, c.detail);
+        const StartupItem item = {c.label, StartupItem::Plist{}, false, program, owner};
+        EXPECT_EQ(hasLostProgram(item), owner.kind == OwnerKind::missing && !program.value_or("").empty());
     }
 }
 

@@ -70,7 +70,7 @@ class StartupSession {
     }
 
     ExitStatus remove(const std::vector<std::string>& words) {
-        if (context_.arguments.has(orphansOption)) model_.toggleSelectAllOrphans();
+        if (context_.arguments.has(orphansOption)) selectOrphans();
         for (const auto& word : words) {
             const auto* item = find(word);
             if (!item) return context_.refuse({"cli.startup.unknown %@", {word}});
@@ -89,6 +89,12 @@ class StartupSession {
     }
 
   private:
+    void selectOrphans() {
+        model_.toggleSelectAllOrphans();
+        for (const auto& item : model_.selectedItems())
+            if (!hasLostProgram(item)) model_.toggleSelection(item);
+    }
+
     template<class Step>
     void wait(const Step& step) {
         bool isDone = false;
