@@ -12,6 +12,7 @@ namespace tidwen {
 struct CodeSignature {
     std::optional<std::string> teamID;          ///< never empty
     std::vector<std::string> applicationGroups; ///< from the entitlements, empty entries dropped, order kept
+    bool isUnreadable = false; ///< the code or its signature is there, and not all could be read
     friend bool operator==(const CodeSignature&, const CodeSignature&) = default;
 };
 

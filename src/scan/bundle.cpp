@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "platform/property_list_file.h"
+#include "scan/file_absence.h"
 
 #include <type_traits>
 #include <variant>
@@ -68,7 +69,9 @@ std::optional<Bundle> Bundle::open(const FileSystem& files, const Path& root) {
         return Bundle{.root = root, .contents = root / "Contents", .info = std::move(info)};
     if (!files.isDirectoryFollowingLinks(root)) return std::nullopt;
     const Path contents = contentsFolder(files, root);
-    return Bundle{.root = root, .contents = contents, .info = readInfo(files, contents)};
+    Bundle bundle{.root = root, .contents = contents, .info = readInfo(files, contents)};
+    bundle.isDamaged = !bundle.info && mayBeThere(files, contents / "Info.plist");
+    return bundle;
 }
 
 const std::string* Bundle::infoString(std::string_view key) const {

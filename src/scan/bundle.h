@@ -19,6 +19,7 @@ struct Bundle {
     /// that a wrapper from the phone's store holds.
     Path contents;
     std::optional<PropertyListDictionary> info; ///< absent: no Info.plist, or one that cannot be read
+    bool isDamaged = false;                     ///< there is, or may be, an Info.plist that cannot be read
 
     /// Nothing when the path does not lead to a folder or is not absolute. A name that is not valid UTF-8 is
     /// taken by its bytes: whose bundle it is has to be known even where it cannot be written down.
@@ -41,6 +42,7 @@ struct Bundle {
 struct EmbeddedBundles {
     std::vector<std::string> identifiers; ///< each once, sorted, without Apple's
     bool isComplete = true;               ///< looked through to the end
+    bool isReadable = true;               ///< nothing on the way was there and could not be read
 };
 
 /// Identifiers that belong to what lies inside a bundle: nested applications, extensions, XPC services,

@@ -1,6 +1,7 @@
 #include "base/text.h"
 #include "scan/bundle.h"
 #include "scan/bundle_names.h"
+#include "scan/file_absence.h"
 #include "scan/shared_names.h"
 
 #include <set>
@@ -59,25 +60,32 @@ class EmbeddedSearch {
         if (there.contains("frameworks")) searchFolder(bundle.contents / "Frameworks", isApplication, depth);
     }
 
-    EmbeddedBundles found() const { return {{found_.begin(), found_.end()}, isComplete_}; }
+    EmbeddedBundles found() const {
+        return {{found_.begin(), found_.end()}, isComplete_ && isReadable_, isReadable_};
+    }
 
   private:
     /// In lower case, as most Mac disks compare them.
-    std::set<std::string> namesIn(const Path& folder) const {
+    std::set<std::string> namesIn(const Path& folder) {
         std::set<std::string> names;
-        for (const auto& entry : files_.list(folder).value_or(std::vector<DirectoryEntry>()))
+        for (const auto& entry : list(folder))
             names.insert(lowercased(entry.name));
         return names;
     }
 
+    std::vector<DirectoryEntry> list(const Path& folder) {
+        auto entries = files_.list(folder);
+        if (!entries && !isAbsence(entries.error())) isReadable_ = false;
+        return entries ? std::move(*entries) : std::vector<DirectoryEntry>();
+    }
+
     void searchFolder(const Path& folder, bool (*isWanted)(const Path&), int depth) {
-        const auto entries = files_.list(folder);
-        if (!entries) return;
-        for (const auto& entry : *entries) {
+        for (const auto& entry : list(folder)) {
             const Path inner = folder / entry.name;
             if (entry.kind != FileKind::directory || !isWanted(inner)) continue;
             if (!mayLookAtOneMore()) return;
             const auto bundle = Bundle::open(files_, inner);
+            if (bundle ? bundle->isDamaged : mayBeThere(files_, inner)) isReadable_ = false;
             if (!bundle) continue;
             if (const auto identifier = bundle->identifier()) add(*identifier);
             if (onBundle_) onBundle_(*bundle);
@@ -110,6 +118,7 @@ class EmbeddedSearch {
     const std::function<void(const Bundle&)>& onBundle_;
     int bundlesLeft_ = maximumBundles;
     bool isComplete_ = true;
+    bool isReadable_ = true;
     std::set<std::string> found_;
 };
 

@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "platform/property_list_file.h"
+#include "scan/file_absence.h"
 
 namespace tidwen {
 namespace {
@@ -22,6 +23,11 @@ std::optional<std::string> programPath(const PropertyListValue& job) {
 
 bool isVisiblePropertyList(const Path& file) {
     return !file.lastComponent().starts_with('.') && file.lowercasedExtension() == "plist";
+}
+
+bool isDanglingLink(const FileSystem& files, const Path& item) {
+    const auto info = files.info(item);
+    return info && info->kind == FileKind::symbolicLink && !files.infoFollowingLinks(item);
 }
 
 } // namespace
@@ -46,17 +52,36 @@ std::vector<std::string> readAssociatedBundleIDs(const FileSystem& files, const 
 }
 
 std::vector<LaunchItem> listLaunchItems(const FileSystem& files, const Path& folder, bool isSystemDomain,
-                                        const StopToken& stop) {
+                                        const StopToken& stop, std::vector<Path>* unreadable) {
     std::vector<LaunchItem> items;
+    const auto miss = [&](const Path& place) {
+        if (unreadable) unreadable->push_back(place);
+    };
     const auto entries = files.list(folder);
-    if (!entries) return items;
+    if (!entries) {
+        if (!isAbsence(entries.error()) || isDanglingLink(files, folder)) miss(folder);
+        return items;
+    }
     for (const auto& entry : *entries) {
-        if (items.size() == maximumJobs || stop.stopRequested()) break;
+        if (stop.stopRequested()) break;
         const Path file = folder / entry.name;
         if (!isVisiblePropertyList(file)) continue;
-        if (auto item = readLaunchItem(files, file, isSystemDomain)) items.push_back(std::move(*item));
+        if (items.size() == maximumJobs) {
+            miss(folder);
+            break;
+        }
+        if (auto item = readLaunchItem(files, file, isSystemDomain))
+            items.push_back(std::move(*item));
+        else if (unreadable && isUnreadableJob(files, file))
+            miss(file);
     }
     return items;
+}
+
+bool isUnreadableJob(const FileSystem& files, const Path& plist) {
+    const auto info = files.infoFollowingLinks(plist);
+    if (!info) return !isAbsence(info.error()) || isDanglingLink(files, plist);
+    return info->kind == FileKind::regular && !readPropertyList(files, plist, jobLimits);
 }
 
 } // namespace tidwen

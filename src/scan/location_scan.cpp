@@ -2,6 +2,7 @@
 
 #include "base/parallel.h"
 #include "base/text.h"
+#include "platform/budgeted_files.h"
 #include "scan/bundle_names.h"
 #include "scan/container_identity.h"
 
@@ -202,7 +203,12 @@ void LocationScan::judgeLaunchItems(const Folder& folder) {
         const Path plist = folder.path / entry.name;
         if (entry.name.starts_with('.') || plist.lowercasedExtension() != "plist") continue;
         const auto item = readLaunchItem(context_.files, plist, location_.isSystemDomain);
-        if (!item) continue;
+        if (!item) {
+            const auto* budget = BudgetedFiles::budgetOf(context_.files);
+            const bool isLeftOut = budget && budget->isExhausted();
+            if (!isLeftOut && isUnreadableJob(context_.files, plist)) unreadableJobs_.push_back(plist);
+            continue;
+        }
         auto found = attributeJob(context_, *item);
         if (!found) continue;
         auto trace = makeTrace(TraceCategory::launchItems,

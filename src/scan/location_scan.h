@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace tidwen {
 
@@ -27,6 +28,8 @@ class LocationScan {
 
     /// False when the folder is there and cannot be listed.
     bool run();
+    /// Property lists of jobs that cannot be read, so that nobody knows whose they are.
+    const std::vector<Path>& unreadableJobs() const { return unreadableJobs_; }
 
   private:
     struct Folder {
@@ -48,6 +51,7 @@ class LocationScan {
     const ScanContext& context_;
     const SearchLocation& location_;
     TraceCollector& traces_;
+    std::vector<Path> unreadableJobs_;
 };
 
 } // namespace tidwen

@@ -138,8 +138,10 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     for (const auto& location : searchLocations(user_)) {
         if (stop.stopRequested()) break;
         report(location.category);
-        if (!LocationScan(context, location, traces).run())
-            result.unreadableLocations.push_back(location.url);
+        LocationScan search(context, location, traces);
+        if (!search.run()) result.unreadableLocations.push_back(location.url);
+        const auto& jobs = search.unreadableJobs();
+        result.unreadableLocations.insert(result.unreadableLocations.end(), jobs.begin(), jobs.end());
     }
     addEmbeddedJobs(matcher, traces);
     report(TraceCategory::receipts);
@@ -153,8 +155,8 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     result.nameMatchingDisabled = matcher.nameMatchingDisabled();
     if (!stop.stopRequested())
         result.permissions = PermissionAudit(ports_.files, user_, ports_.texts).audit(target);
-    // Now, because what others carry may have been asked for, and the budget for that been spent.
-    if (bundles_) result.owners = bundles_->coverage();
+    if (bundles_)
+        result.owners = stop.stopRequested() ? bundles_->coverage() : bundles_->coverageWithContents(leaving);
     result.skippedNames = traces.skippedNames();
     result.leftOut = files.budget().leftOut();
     if (result.leftOut > 0)

@@ -15,10 +15,11 @@ namespace tidwen {
 /// Everything found for one application.
 struct ScanResult {
     AppTarget target;
-    std::vector<Trace> traces;             ///< in the order of the search
-    std::vector<Path> unreadableLocations; ///< folders that could not be listed: the scan is incomplete
-    std::vector<Path> skippedNames;        ///< finds that cannot be moved: their names are not valid UTF-8
-    std::uint64_t leftOut = 0; ///< files and folders not read, because the disk holds too much to read
+    std::vector<Trace> traces; ///< in the order of the search
+    /// Folders that could not be listed, and launchd jobs that cannot be read: the scan is incomplete.
+    std::vector<Path> unreadableLocations;
+    std::vector<Path> skippedNames; ///< finds that cannot be moved: their names are not valid UTF-8
+    std::uint64_t leftOut = 0;      ///< files and folders not read, because the disk holds too much to read
     /// Why the application itself cannot be removed from where it lies; its data can be found all the same.
     std::optional<ImmovableApplication> immovable = {};
     BundleCoverage owners = {};          ///< where other owners may lie that the attribution does not know

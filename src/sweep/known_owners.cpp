@@ -112,6 +112,12 @@ void KnownOwners::add(const std::vector<std::string>& identifiers) {
     index_ = IdentifierIndex({identifiers_.begin(), identifiers_.end()});
 }
 
+void KnownOwners::addWithoutMaker(const std::vector<std::string>& identifiers) {
+    for (const auto& identifier : identifiers)
+        if (auto lower = lowercased(identifier); isReverseDns(lower)) identifiers_.insert(std::move(lower));
+    index_ = IdentifierIndex({identifiers_.begin(), identifiers_.end()});
+}
+
 void KnownOwners::addIdentifier(std::string_view identifier) {
     auto lower = lowercased(identifier);
     if (lower.empty()) return;

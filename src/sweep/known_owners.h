@@ -21,6 +21,8 @@ class KnownOwners {
 
     /// More identifiers of what lives; their letter case does not count.
     void add(const std::vector<std::string>& identifiers);
+    /// The same, of what lives while nothing else of its maker needs to. Plain words among them are left out.
+    void addWithoutMaker(const std::vector<std::string>& identifiers);
 
     /// `identifier` is in lower case.
     bool claims(std::string_view identifier) const;

@@ -10,12 +10,18 @@
 namespace tidwen {
 namespace {
 
-bool mayStart(JobPrograms& programs, const LaunchItem& job) {
-    if (!job.programPath) return true; // started by what the property list does not name
+enum class Life { dead, helper, living };
+
+bool isPrivilegedHelper(const Path& program) {
+    return program.isWithinIgnoringCase(Path("/Library/PrivilegedHelperTools"));
+}
+
+Life lifeOf(JobPrograms& programs, const LaunchItem& job) {
+    if (!job.programPath) return Life::living; // started by what the property list does not name
     const auto program = programs.find(*job.programPath);
-    if (program == JobProgram::present)
-        return !Path(*job.programPath).isWithinIgnoringCase(Path("/Library/PrivilegedHelperTools"));
-    return program != JobProgram::gone;
+    if (program == JobProgram::gone) return Life::dead;
+    const bool isThere = program == JobProgram::present;
+    return isThere && isPrivilegedHelper(Path(*job.programPath)) ? Life::helper : Life::living;
 }
 
 bool worksForInstalled(const FileSystem& files, const LaunchItem& job, const KnownOwners& installed) {
@@ -26,18 +32,23 @@ bool worksForInstalled(const FileSystem& files, const LaunchItem& job, const Kno
 
 } // namespace
 
-std::vector<std::string> listLivingJobs(const FileSystem& files, const UserEnvironment& user,
-                                        const KnownOwners& installed, const StopToken& stop) {
-    std::vector<std::string> labels;
+LivingJobs listLivingJobs(const FileSystem& files, const UserEnvironment& user, const KnownOwners& installed,
+                          const StopToken& stop) {
+    LivingJobs living;
     JobPrograms programs(files);
     for (const auto& folder : {user.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
                                Path("/Library/LaunchDaemons")})
-        for (const auto& job : listLaunchItems(files, folder, false, stop)) {
-            if (stop.stopRequested()) return labels;
-            if (mayStart(programs, job) || worksForInstalled(files, job, installed))
-                labels.push_back(lowercased(job.label));
+        for (const auto& job : listLaunchItems(files, folder, false, stop, &living.unreadable)) {
+            if (stop.stopRequested()) return living;
+            const auto life = lifeOf(programs, job);
+            if (life == Life::living || worksForInstalled(files, job, installed)) {
+                living.labels.push_back(lowercased(job.label));
+            } else if (life == Life::helper) {
+                living.helpers.push_back(lowercased(job.label));
+                living.helpers.push_back(lowercased(Path(*job.programPath).lastComponent()));
+            }
         }
-    return labels;
+    return living;
 }
 
 } // namespace tidwen

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/path.h"
 #include "base/stop_token.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
@@ -11,10 +12,17 @@ namespace tidwen {
 
 class KnownOwners;
 
-/// Labels, in lower case, of the launchd jobs that may still work. A job is dead only when its program is
-/// known to be gone and no installed application is said to own it. A tool in the folder of privileged
-/// helpers keeps no job alive: it stays when its application is dragged away.
-std::vector<std::string> listLivingJobs(const FileSystem& files, const UserEnvironment& user,
-                                        const KnownOwners& installed, const StopToken& stop = {});
+/// The launchd jobs that may still work. A job is dead only when its program is known to be gone and no
+/// installed application is said to own it.
+struct LivingJobs {
+    std::vector<std::string> labels; ///< in lower case
+    /// In lower case, of jobs that start a privileged helper, and of these: they live, and say nothing of
+    /// their maker's applications, since such a tool stays when its application is dragged away.
+    std::vector<std::string> helpers;
+    std::vector<Path> unreadable; ///< folders and property lists that may hold other jobs
+};
+
+LivingJobs listLivingJobs(const FileSystem& files, const UserEnvironment& user, const KnownOwners& installed,
+                          const StopToken& stop = {});
 
 } // namespace tidwen

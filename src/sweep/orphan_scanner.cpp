@@ -122,9 +122,11 @@ std::int64_t OrphanGroup::bytes() const {
 OrphanScanner::Look OrphanScanner::lookForOwners(InstalledBundles& installed, const StopToken& stop) const {
     const auto bundles = installed.look(stop);
     bundles->readAllContents(stop);
-    Look look = {KnownOwners(*bundles), findSweepGaps(ports_.files, user_, *bundles)};
-    look.owners.add(listLivingJobs(ports_.files, user_, look.owners, stop));
-    return look;
+    KnownOwners owners(*bundles);
+    const auto jobs = listLivingJobs(ports_.files, user_, owners, stop);
+    owners.add(jobs.labels);
+    owners.addWithoutMaker(jobs.helpers);
+    return {std::move(owners), findSweepGaps(ports_.files, user_, *bundles, jobs.unreadable)};
 }
 
 OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set<std::string>& protectedIDs,

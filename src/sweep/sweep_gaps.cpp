@@ -50,8 +50,8 @@ Message SweepGap::describe() const {
 }
 
 std::vector<SweepGap> findSweepGaps(const FileSystem& files, const UserEnvironment& user,
-                                    const BundleSnapshot& bundles) {
-    const auto coverage = bundles.coverage();
+                                    const BundleSnapshot& bundles, const std::vector<Path>& unreadableJobs) {
+    const auto coverage = bundles.coverageWithContents();
     std::vector<SweepGap> gaps;
     const auto add = [&](const Path& place, SweepGap::Reason reason) {
         gaps.push_back({place, reason, isOfOthers(place, user)});
@@ -62,14 +62,8 @@ std::vector<SweepGap> findSweepGaps(const FileSystem& files, const UserEnvironme
         add(bundle, SweepGap::Reason::unreadable);
     for (const auto& folder : coverage.uncounted)
         add(folder, SweepGap::Reason::uncounted);
-    for (std::size_t i = 0; i < bundles.bundles().size(); ++i)
-        if (const auto& bundle = bundles.bundles()[i];
-            !bundle.bundleID.empty() && !bundles.contents(i).isComplete)
-            add(bundle.url, SweepGap::Reason::uncounted);
-    for (const auto& folder : {user.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
-                               Path("/Library/LaunchDaemons")})
-        if (const auto jobs = files.list(folder); !jobs && jobs.error().fault == FileFault::denied)
-            add(folder, SweepGap::Reason::unreadable);
+    for (const auto& job : unreadableJobs)
+        add(job, SweepGap::Reason::unreadable);
 
     const auto isOfApplications = [](const SweepGap& gap) {
         return gap.place.isWithin(applicationsFolder());

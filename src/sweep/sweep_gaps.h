@@ -28,10 +28,10 @@ struct SweepGap {
 
 std::string_view name(SweepGap::Reason reason);
 
-/// What one look at the bundles, at what they carry and at the folders of launchd jobs left unseen; that of
-/// /Applications first.
+/// What one look at the bundles, at what they carry and at the launchd jobs left unseen; that of
+/// /Applications first. `unreadableJobs`: their folders and property lists.
 std::vector<SweepGap> findSweepGaps(const FileSystem& files, const UserEnvironment& user,
-                                    const BundleSnapshot& bundles);
+                                    const BundleSnapshot& bundles, const std::vector<Path>& unreadableJobs);
 
 /// Whether it can be told in spite of the gaps that the item is nobody's.
 bool canJudge(const Path& item, const UserEnvironment& user, const std::vector<SweepGap>& gaps);

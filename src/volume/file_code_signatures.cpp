@@ -7,20 +7,46 @@ namespace tidwen {
 
 namespace {
 
+/// Reads for one signature, and knows afterwards whether something was there that it could not read.
+class SignatureFiles {
+  public:
+    explicit SignatureFiles(const FileSystem& files) : files_(files) {}
+
+    /// Empty when there is no such file.
+    std::string read(const Path& file, std::size_t maxBytes) { return keep(files_.read(file, maxBytes)); }
+    std::string readRange(const Path& file, std::uint64_t offset, std::size_t length) {
+        return keep(files_.readRange(file, offset, length));
+    }
+    bool missedSome() const { return missedSome_; }
+
+  private:
+    std::string keep(FileResult<std::string> bytes) {
+        if (bytes) return std::move(*bytes);
+        const auto fault = bytes.error().fault;
+        const bool isNoFile = fault == FileFault::missing || fault == FileFault::notDirectory
+                              || fault == FileFault::isDirectory || fault == FileFault::notRegular;
+        if (!isNoFile) missedSome_ = true;
+        return {};
+    }
+
+    const FileSystem& files_;
+    bool missedSome_ = false;
+};
+
 /// Code that is no Mach-O file, a script for instance, has its signature in files of its own.
-CodeSignature readDetached(const FileSystem& files, const Path& folder) {
+CodeSignature readDetached(SignatureFiles& files, const Path& folder) {
     constexpr std::size_t maxDirectoryBytes = 1u << 20;
     CodeSignature result;
-    if (const auto directory = files.read(folder / "CodeDirectory", maxDirectoryBytes))
+    if (const auto directory = files.read(folder / "CodeDirectory", maxDirectoryBytes); !directory.empty())
         result.teamID = readTeamID(
             [&](std::uint64_t offset, std::size_t length) {
-                return offset < directory->size()
-                           ? directory->substr(static_cast<std::size_t>(offset), length)
-                           : std::string();
+                return offset < directory.size() ? directory.substr(static_cast<std::size_t>(offset), length)
+                                                 : std::string();
             },
-            directory->size());
-    if (const auto entitlements = files.read(folder / "CodeEntitlements", maxEntitlementBytes))
-        if (auto groups = groupsFromXmlEntitlements(*entitlements))
+            directory.size());
+    if (const auto entitlements = files.read(folder / "CodeEntitlements", maxEntitlementBytes);
+        !entitlements.empty())
+        if (auto groups = groupsFromXmlEntitlements(entitlements))
             result.applicationGroups = std::move(*groups);
     return result;
 }
@@ -28,11 +54,13 @@ CodeSignature readDetached(const FileSystem& files, const Path& folder) {
 } // namespace
 
 CodeSignature FileCodeSignatures::read(const Path& bundle, const Path& executable) const {
+    SignatureFiles files(files_);
     auto signature = readMachOSignature([&](std::uint64_t offset, std::size_t length) {
-        return files_.readRange(executable, offset, length).value_or(std::string());
+        return files.readRange(executable, offset, length);
     });
-    if (signature != CodeSignature{}) return signature;
-    return readDetached(files_, bundle / "Contents/_CodeSignature");
+    if (signature == CodeSignature{}) signature = readDetached(files, bundle / "Contents/_CodeSignature");
+    signature.isUnreadable = files.missedSome();
+    return signature;
 }
 
 } // namespace tidwen

@@ -44,8 +44,11 @@ TEST_F(InstalledBundlesTest, KnowsWhatLiesWhereBundlesReallyAre) {
                             "/Users/alice/Documents/Loose.app",
                             "/Users/alice/Downloads/unpacked/1.0/Loose.app",
                             "/Users/alice/Games/Chess/Chess.app",
+                            "/Users/alice/Library/Application Support/Maker/Sub/App.app",
                             "/Users/alice/Library/Application Support/Maker/Updater.app",
+                            "/Users/alice/Library/Application Support/Store/library/common/Game/Game.app",
                             "/Users/alice/Library/Developer/Xcode/DerivedData/P-x/Build/Products/Debug/P.app",
+                            "/Users/alice/Loose.app",
                             "/Users/bob/Applications/Theirs.app",
                             "/Users/b\xe9n/Applications/Theirs.app",
                             "/opt/homebrew/Caskroom/tool/1.0/Tool.app",
@@ -99,6 +102,63 @@ TEST_F(InstalledBundlesTest, ContentsAreWhatABundleDeclaresAndCarries) {
     EXPECT_THAT(contents.groups, testing::ElementsAre("group.Own", "group.Ext"));
     ASSERT_EQ(contents.jobs.size(), 1u);
     EXPECT_TRUE(contents.jobs[0].isSystemDomain);
+}
+
+TEST_F(InstalledBundlesTest, NamesABundleOfWhichAPartCannotBeRead) {
+    const FileCodeSignatures fromFiles(volume.files());
+    InstalledBundles installed(volume.files(), fromFiles, test::alice());
+    const Path own("/Applications/Own.app");
+    test::giveToUnprivileged(volume.hostRoot());
+    test::asUnprivileged([&] {
+        using std::filesystem::perms;
+        const std::string contents = own.string() + "/Contents";
+        const auto isNamed = [&] {
+            const auto snapshot = installed.look();
+            snapshot->readAllContents({});
+            const auto coverage = snapshot->coverageWithContents();
+            EXPECT_EQ(snapshot->coverageWithContents({own}).unreadable, std::vector<Path>());
+            const bool isComplete = snapshot->bundles().size() == 1 && snapshot->contents(0).isComplete;
+            EXPECT_EQ(isComplete, coverage.isComplete());
+            return coverage.damaged == std::vector{own} || coverage.unreadable == std::vector{own};
+        };
+        writeBundle(volume, own.string(), "com.example.own", "Own");
+        writeBundle(volume, contents + "/Library/LoginItems/H.app", "com.example.helper", "H");
+        writeBundle(volume, contents + "/PlugIns/W.appex", "com.example.widget", "W");
+        volume.write(contents + "/MacOS/Own", "#!");
+        volume.write(contents + "/_CodeSignature/CodeEntitlements", "x");
+        volume.write(contents + "/Library/LaunchAgents/job.plist",
+                     writeXmlPropertyList(PropertyListDictionary{{"Label", "com.example.job"}}));
+        EXPECT_FALSE(isNamed());
+        for (const auto* part :
+             {"", "/Contents", "/Contents/Info.plist", "/Contents/Library", "/Contents/Library/LoginItems",
+              "/Contents/Library/LoginItems/H.app", "/Contents/Library/LoginItems/H.app/Contents",
+              "/Contents/Library/LoginItems/H.app/Contents/Info.plist", "/Contents/PlugIns",
+              "/Contents/MacOS", "/Contents/_CodeSignature/CodeEntitlements",
+              "/Contents/Library/LaunchAgents", "/Contents/Library/LaunchAgents/job.plist"})
+            for (const auto rights : {perms::none, perms::owner_read}) {
+                const auto place = volume.host(own.string() + part);
+                if (rights != perms::none && !std::filesystem::is_directory(place)) continue;
+                std::filesystem::permissions(place, rights);
+                EXPECT_TRUE(isNamed()) << part;
+                std::filesystem::permissions(place, perms::owner_all);
+            }
+        EXPECT_FALSE(isNamed());
+        volume.write(contents + "/PlugIns/W.appex/Contents/Info.plist", "?");
+        EXPECT_TRUE(isNamed());
+    });
+}
+
+TEST_F(InstalledBundlesTest, MissesWhatLinksToAnAbsentDiskLeadTo) {
+    volume.makeFolder("/Applications");
+    const Path links[] = {Path("/Applications/Maker/Suite"), Path("/Users/alice/Applications"),
+                          Path("/Users/bob"), Path("/Users/Shared/Apps"), Path("/opt/apps")};
+    for (const auto& link : links) {
+        volume.makeFolder(link.parent().string());
+        volume.link(link.string(), "/Volumes/Away/Suite");
+    }
+    volume.makeFolder("/opt/homebrew/bin");
+    volume.link("/opt/homebrew/bin/tool", "../Cellar/tool/1.0/bin/tool");
+    EXPECT_THAT(look()->coverage().unreadable, testing::UnorderedElementsAreArray(links));
 }
 
 TEST_F(InstalledBundlesTest, SaysWhatItCouldNotSee) {

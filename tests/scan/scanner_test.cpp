@@ -152,7 +152,7 @@ TEST_F(Scanner, LooksEverywhereInOrder) {
     EXPECT_EQ(result.traces[1].action, TraceAction(action::ResetPermissions{"com.corvella.marlin.notes"}));
     EXPECT_EQ(result.traces[1].risk, TraceRisk::review);
     EXPECT_GE(result.traces[2].sizeBytes.value_or(0), 50'000);
-    EXPECT_THAT(result.unreadableLocations, IsEmpty());
+    EXPECT_THAT(result.unreadableLocations, ElementsAre(Path("/Library/LaunchAgents/broken.plist")));
 }
 
 TEST_F(Scanner, KnowsContainersByTheirMetadata) {
@@ -501,6 +501,20 @@ TEST_F(Scanner, SaysWhatItCannotKnowOrRemove) {
     EXPECT_EQ(result.traces.size(), 3u);
     EXPECT_EQ(result.owners, coverage);
     EXPECT_TRUE(log.contains("Bundle does not say whose it is: /Applications/Broken.app"));
+}
+
+TEST_F(Scanner, SaysWhichInsidesAndJobsItCouldNotRead) {
+    const std::string other = "/Applications/Other.app", damaged = library + "LaunchAgents/damaged.plist";
+    test::writeBundle(volume, other, "com.other.app", "Other");
+    volume.write(other + "/Contents/PlugIns/Shared.appex/Contents/Info.plist", "?");
+    test::writeBundle(volume, bundle + std::string("/Contents/PlugIns/Shared.appex"), "net.shared.helper",
+                      "S");
+    volume.write(library + "Preferences/net.shared.helper.plist", "x");
+    volume.write(damaged, "?");
+    installed.push_back(test::owner(other, "com.other.app", "Other"));
+    const auto result = scan();
+    EXPECT_THAT(result.owners.unreadable, ElementsAre(Path(other)));
+    EXPECT_THAT(result.unreadableLocations, ElementsAre(Path(damaged)));
 }
 
 TEST_F(Scanner, ReasonsAreTrueOfTheItem) {

@@ -80,6 +80,7 @@ TEST_F(OrphanScan, LeavesAloneWhatAnybodyCouldClaim) {
         {"/Users/bob/Applications/Bobs.app", "com.bobs.tool"},
         {"/Users/alice/Desktop/Renamed 2.app", "com.renamed.tool"},
         {"/Users/alice/Games/Chess/Chess.app", "com.chess.tool"},
+        {"/Users/alice/Loose.app", "com.loose.tool"},
         {"/Users/alice/Documents/Letter.app", "com.letter.tool"},
         {"/Users/Shared/Maker/Shared.app", "com.shared.tool"},
         {"/opt/maker/Opt.app", "com.optional.tool"},
@@ -164,6 +165,7 @@ TEST_F(OrphanScan, KnowsADeadJobByItsProgram) {
     volume.write("/usr/local/bin/serviced", "x");
     volume.write("/Library/PrivilegedHelperTools/com.left.helper", "x");
     volume.link("/Users/alice/Away", "/Volumes/Drive");
+    volume.write("/Volumes/Attached/x", "x");
     const struct {
         const char* label;
         PropertyListDictionary means;
@@ -173,6 +175,7 @@ TEST_F(OrphanScan, KnowsADeadJobByItsProgram) {
         {"com.system.job", {{"Program", "/bin/zsh"}}, true},
         {"com.arguments.job", {{"ProgramArguments", PropertyListArray{"/usr/bin/env", "x"}}}, true},
         {"com.drive.job", {{"Program", "/Volumes/Drive/tool"}}, true},
+        {"com.attached.job", {{"Program", "/Volumes/Attached/tool"}}, true},
         {"com.linked.job", {{"Program", "/Users/alice/Away/tool"}}, true},
         {"com.relative.job", {{"Program", "tool"}}, true},
         {"com.service.job", {{"MachServices", PropertyListDictionary{{"com.service.job", true}}}}, true},
@@ -185,9 +188,13 @@ TEST_F(OrphanScan, KnowsADeadJobByItsProgram) {
          {{"Program", "/Applications/Gone.app/x"},
           {"AssociatedBundleIdentifiers", PropertyListArray{"com.nobodys.app"}}},
          false},
-        {"com.left.helper", {{"Program", "/Library/PrivilegedHelperTools/com.left.helper"}}, false},
+        {"com.left.helper", {{"Program", "/Library/PrivilegedHelperTools/com.left.helper"}}, true},
+        {"com.lost.helper", {{"Program", "/Library/PrivilegedHelperTools/com.lost.helper"}}, false},
     };
-    std::vector<std::string> dead;
+    // A tool that stays keeps what is its own, and nothing else of its maker.
+    volume.write(home + "Caches/com.left.helper.cache/x", "x");
+    volume.write(home + "Preferences/com.left.app.plist", "x");
+    std::vector<std::string> dead = {"com.left.app"};
     for (const auto& [label, means, lives] : jobs) {
         auto list = means;
         list["Label"] = label;
@@ -266,6 +273,29 @@ TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
         {"an application on a disk that is away",
          [&] { volume.link("/Applications/Away.app", "/Volumes/Drive/Away.app"); },
          {Path("/Applications/Away.app"), Reason::unreadable, false},
+         {}},
+        {"a suite on a disk that is away",
+         [&] { volume.link("/Applications/Suite", "/Volumes/Drive/Suite"); },
+         {Path("/Applications/Suite"), Reason::unreadable, false},
+         {}},
+        {"a helper of an application",
+         [&] {
+             test::writeBundle(volume, "/Applications/Fine.app/Contents/PlugIns/W.appex", "io.widget.w", "W");
+             test::writeBundle(volume, "/Applications/Fine.app", "com.fine.app", "Fine");
+             forbid("/Applications/Fine.app/Contents/PlugIns");
+         },
+         {Path("/Applications/Fine.app"), Reason::unreadable, false},
+         {}},
+        {"a job",
+         [&] {
+             volume.write(home + "LaunchAgents/closed.plist", job("com.closed.job", "/bin/sh"));
+             forbid(home + "LaunchAgents/closed.plist");
+         },
+         {Path(home + "LaunchAgents/closed.plist"), Reason::unreadable, false},
+         {}},
+        {"a damaged job",
+         [&] { volume.write(home + "LaunchAgents/damaged.plist", "?"); },
+         {Path(home + "LaunchAgents/damaged.plist"), Reason::unreadable, false},
          {}},
         {"no applications",
          [&] {

@@ -8,9 +8,11 @@
 namespace tidwen {
 namespace {
 
-void addGroups(std::vector<std::string>& groups, const std::vector<std::string>& declared) {
-    for (const auto& group : declared)
+void addSigned(BundleContents& contents, const CodeSignature& signature) {
+    auto& groups = contents.groups;
+    for (const auto& group : signature.applicationGroups)
         if (std::find(groups.begin(), groups.end(), group) == groups.end()) groups.push_back(group);
+    if (signature.isUnreadable) contents.isReadable = false;
 }
 
 bool isBudgetSpent(const FileSystem& files) {
@@ -25,20 +27,23 @@ BundleContents readBundleContents(const FileSystem& files, const CodeSignatures&
     BundleContents contents;
     const auto opened = Bundle::open(files, bundle);
     if (!opened) return contents;
-    addGroups(contents.groups, signatures.read(bundle, opened->executable()).applicationGroups);
+    addSigned(contents, signatures.read(bundle, opened->executable()));
     auto embedded = findEmbeddedBundles(files, *opened, stop, [&](const Bundle& inner) {
-        addGroups(contents.groups, signatures.read(inner.root, inner.executable()).applicationGroups);
+        addSigned(contents, signatures.read(inner.root, inner.executable()));
     });
     contents.embeddedIDs = std::move(embedded.identifiers);
+    std::vector<Path> unreadable;
     for (const bool isSystemDomain : {false, true}) {
         const Path folder =
             bundle / (isSystemDomain ? "Contents/Library/LaunchDaemons" : "Contents/Library/LaunchAgents");
-        for (auto& job : listLaunchItems(files, folder, isSystemDomain, stop))
+        for (auto& job : listLaunchItems(files, folder, isSystemDomain, stop, &unreadable))
             contents.jobs.push_back(std::move(job));
     }
+    if (opened->isDamaged || !embedded.isReadable || !unreadable.empty()) contents.isReadable = false;
     // A bundle that was taken away in the middle may hold more than was seen.
-    contents.isComplete = embedded.isComplete && opened->identifier() && !stop.stopRequested()
-                          && files.exists(opened->contents / "Info.plist") && !isBudgetSpent(files);
+    contents.isComplete = contents.isReadable && embedded.isComplete && opened->identifier()
+                          && !stop.stopRequested() && files.exists(opened->contents / "Info.plist")
+                          && !isBudgetSpent(files);
     return contents;
 }
 

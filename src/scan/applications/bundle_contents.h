@@ -8,8 +8,8 @@
 namespace tidwen {
 
 /// Reads what a bundle declares and carries, bounded as `findEmbeddedBundles`. Incomplete when the bundle
-/// does not say who it is, went away meanwhile, holds more than is counted, its files' budget is spent, or
-/// `stop` asked to end early.
+/// does not say who it is, went away meanwhile, holds more than is counted or what cannot be read, its files'
+/// budget is spent, or `stop` asked to end early.
 BundleContents readBundleContents(const FileSystem& files, const CodeSignatures& signatures,
                                   const Path& bundle, const StopToken& stop = {});
 

@@ -6,9 +6,10 @@
 
 namespace tidwen {
 
-/// Where the search for bundles could not look or did not count to the end. All sorted.
+/// Where the search for bundles could not look or did not count to the end. All sorted. Bundles stand among
+/// the folders when their insides were read and not all could be.
 struct BundleCoverage {
-    std::vector<Path> unreadable;  ///< folders that could not be listed, and applications' dangling links
+    std::vector<Path> unreadable;  ///< what could not be listed, and links to applications that are away
     std::vector<Path> uncounted;   ///< folders whose search stopped at a bound or was asked to end early
     std::vector<Path> damaged;     ///< bundles whose Info.plist cannot be read (not: has none)
     bool seesApplications = false; ///< /Applications is there and was listed to its end

@@ -11,30 +11,32 @@ constexpr int applicationDepth = 7;
 // More homes than any Mac has.
 constexpr std::size_t maximumHomes = 200;
 
+// Games and tool boxes: "Application Support/Store/library/common/Game/Game.app".
+constexpr int furtherSupportDepth = 4;
+
 struct Row {
     std::string_view path;
     int depth = 0;
+    int linkDepth = 0;
+    int furtherDepth = 0;
 };
 
 constexpr Row systemRows[] = {
-    {"/Users/Shared", 3},          {"/opt", 2},
-    {"/opt/homebrew/Caskroom", 2}, {"/opt/homebrew/Cellar", 2},
-    {"/usr/local/Caskroom", 2},    {"/usr/local/Cellar", 2},
-    {"/usr/local/opt", 1},
+    {"Users/Shared", 3, 1},       {"opt", 2, 1},
+    {"opt/homebrew/Caskroom", 2}, {"opt/homebrew/Cellar", 2},
+    {"usr/local/Caskroom", 2},    {"usr/local/Cellar", 2},
+    {"usr/local/opt", 1},
 };
 
-// Where a person keeps applications besides the folder for them.
+// Where a person keeps applications besides the folder for them. The home itself is the first.
 constexpr Row homeRows[] = {
-    {"Desktop", 2},
-    {"Downloads", 2},
-    {"Documents", 1},
-    {"Games", 3},
+    {""}, {"Desktop", 2}, {"Downloads", 2}, {"Documents", 1}, {"Games", 3},
 };
 
 // Below "/Library" and the Library of each home. Makers put folders of their own into most of them.
 constexpr Row libraryRows[] = {
     {"Address Book Plug-Ins"},
-    {"Application Support", 1},
+    {"Application Support", 1, 0, furtherSupportDepth},
     {"Audio/MIDI Drivers"},
     {"Audio/Plug-Ins", 2},
     {"Automator", 1},
@@ -92,6 +94,14 @@ std::vector<Path> homesOf(const FileSystem& files, const UserEnvironment& user,
     return homes;
 }
 
+BundlePlace placeBelow(const Path& folder, const Row& row, bool isOptional = false) {
+    return {.folder = row.path.empty() ? folder : folder / row.path,
+            .depth = row.depth,
+            .isOptional = isOptional,
+            .linkDepth = row.linkDepth,
+            .furtherDepth = row.furtherDepth};
+}
+
 /// Projects build applications into "<project>/Build/Products/<configuration>".
 void addBuildProducts(std::vector<BundlePlace>& places, const FileSystem& files, const Path& home) {
     constexpr std::size_t maximumProjects = 500;
@@ -108,25 +118,23 @@ void addBuildProducts(std::vector<BundlePlace>& places, const FileSystem& files,
 
 std::vector<BundlePlace> bundlePlaces(const FileSystem& files, const UserEnvironment& user,
                                       std::vector<Path>& unreadable) {
-    std::vector<BundlePlace> places = {
-        {.folder = Path("/Applications"), .depth = applicationDepth, .followsFolders = true}};
+    constexpr Row applications = {"Applications", applicationDepth, applicationDepth + 1};
+    std::vector<BundlePlace> places = {placeBelow(Path("/"), applications)};
     const auto homes = homesOf(files, user, unreadable);
     for (const auto& home : homes)
-        places.push_back(
-            {.folder = home / "Applications", .depth = applicationDepth, .followsFolders = true});
+        places.push_back(placeBelow(home, applications));
     for (const auto& row : systemRows)
-        places.push_back({.folder = Path(std::string(row.path)), .depth = row.depth});
+        places.push_back(placeBelow(Path("/"), row));
     for (const auto& row : libraryRows)
-        places.push_back({.folder = Path("/Library") / row.path, .depth = row.depth});
+        places.push_back(placeBelow(Path("/Library"), row));
     for (const auto& home : homes) {
         const bool isOthers = home != user.home;
         // One look tells which of the many folders below are there at all.
         if (files.info(home / "Library"))
             for (const auto& row : libraryRows)
-                places.push_back(
-                    {.folder = home / "Library" / row.path, .depth = row.depth, .isOptional = isOthers});
+                places.push_back(placeBelow(home / "Library", row, isOthers));
         for (const auto& row : homeRows)
-            places.push_back({.folder = home / row.path, .depth = row.depth, .isOptional = isOthers});
+            places.push_back(placeBelow(home, row, isOthers));
         addBuildProducts(places, files, home);
     }
     return places;

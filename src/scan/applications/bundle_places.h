@@ -10,9 +10,10 @@ namespace tidwen {
 /// A folder below which bundles are looked for.
 struct BundlePlace {
     Path folder;
-    int depth = 0;               ///< how many levels of folders below it are searched
-    bool followsFolders = false; ///< links to folders are followed, too
-    bool isOptional = false;     ///< private by nature: of another user, so it is not missed when unreadable
+    int depth = 0;           ///< how many levels of folders below it are searched
+    bool isOptional = false; ///< private by nature: of another user, so it is not missed when unreadable
+    int linkDepth = 0;       ///< in how many levels, its own the first, links to folders are followed, too
+    int furtherDepth = 0; ///< levels below `depth` that are searched as far as a bound goes, and not missed
 };
 
 /// All such folders of this Mac, those of applications first; they need not exist. Folders of homes that

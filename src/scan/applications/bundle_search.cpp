@@ -2,6 +2,7 @@
 
 #include "base/parallel.h"
 #include "scan/bundle_names.h"
+#include "scan/file_absence.h"
 
 #include <set>
 
@@ -13,6 +14,9 @@ constexpr std::size_t maximumBundles = 5'000;
 constexpr int maximumFoldersOfPlace = 2'000;
 constexpr int maximumFolders = 20'000;
 constexpr int maximumLinks = 2'000;
+// Of the levels that are not missed; they must not use up what the others need.
+constexpr int maximumFurtherFoldersOfPlace = 3'000;
+constexpr int maximumFurtherFolders = 12'000;
 
 class BundleSearch {
   public:
@@ -23,16 +27,17 @@ class BundleSearch {
           memory_(memory),
           places_(places),
           stop_(stop),
-          foldersLeft_(places.size(), maximumFoldersOfPlace) {}
+          budgets_(places.size()) {}
 
     FoundBundles run() {
         std::vector<Folder> level;
         for (std::size_t i = 0; i < places_.size(); ++i)
-            level.push_back({places_[i].folder, {}, i, places_[i].depth});
+            level.push_back({places_[i].folder, {}, i, places_[i].depth + places_[i].furtherDepth});
         while (!level.empty())
             level = searchLevel(std::move(level));
         found_.uncounted.assign(uncounted_.begin(), uncounted_.end());
         memory_.folders.keepOnly(listed_);
+        found_.unreadable.insert(found_.unreadable.end(), ways_.begin(), ways_.end());
         return std::move(found_);
     }
 
@@ -74,8 +79,7 @@ class BundleSearch {
             auto entries = files.list(folder);
             if (entries)
                 std::erase_if(*entries, [](const auto& entry) {
-                    return (entry.kind != FileKind::directory && entry.kind != FileKind::symbolicLink)
-                           || !isValidUtf8(entry.name);
+                    return entry.kind != FileKind::directory && entry.kind != FileKind::symbolicLink;
                 });
             return entries;
         };
@@ -85,10 +89,20 @@ class BundleSearch {
         return memory_.folders.read(folder, files_, budget_, read, weigh);
     }
 
+    int levelOf(const Folder& folder) const {
+        const auto& place = places_[folder.place];
+        return place.depth + place.furtherDepth - folder.depthLeft;
+    }
+    bool isFurther(const Folder& folder) const { return levelOf(folder) > places_[folder.place].depth; }
+    bool followsFolders(const Folder& folder) const {
+        return levelOf(folder) < places_[folder.place].linkDepth;
+    }
+
     bool mayListOneMore(const Folder& folder) {
-        auto& left = foldersLeft_[folder.place];
-        if (left > 0 && allFoldersLeft_ > 0) return --left, --allFoldersLeft_, true;
-        uncounted_.insert(places_[folder.place].folder);
+        auto& ofPlace = isFurther(folder) ? budgets_[folder.place].further : budgets_[folder.place].folders;
+        auto& ofAll = isFurther(folder) ? all_.further : all_.folders;
+        if (ofPlace > 0 && ofAll > 0) return --ofPlace, --ofAll, true;
+        if (!isFurther(folder)) uncounted_.insert(places_[folder.place].folder);
         return false;
     }
 
@@ -97,7 +111,7 @@ class BundleSearch {
         listed_.insert(folder.path);
         // By a link, or because one place lies in another, a folder may come up again.
         const auto [known, isNew] = depths_.emplace(folder.realPath, folder.depthLeft);
-        if (folder.depthLeft == places_[folder.place].depth) found_.listed.push_back(folder.path);
+        if (levelOf(folder) == 0) found_.listed.push_back(folder.path);
         if (!isNew && known->second >= folder.depthLeft) return;
         known->second = folder.depthLeft;
 
@@ -111,13 +125,24 @@ class BundleSearch {
     }
 
     void noteUnreadable(const Folder& folder) {
-        const auto fault = folder.entries->error().fault;
-        if (fault == FileFault::exhausted) {
+        if (places_[folder.place].isOptional || isFurther(folder)) return;
+        const auto& error = folder.entries->error();
+        if (error.fault == FileFault::exhausted)
             uncounted_.insert(places_[folder.place].folder);
+        else if (!isAbsence(error))
+            found_.unreadable.push_back(folder.path);
+        else if (levelOf(folder) == 0)
+            noteLinkOnTheWay(folder.path);
+    }
+
+    /// A place that is reached by a link to a disk that is away is not missing.
+    void noteLinkOnTheWay(const Path& place) {
+        for (Path item = place; !item.isRoot(); item = item.parent()) {
+            const auto info = files_.info(item);
+            if (!info) continue;
+            if (info->kind == FileKind::symbolicLink && !files_.infoFollowingLinks(item)) ways_.insert(item);
             return;
         }
-        const bool isNone = fault == FileFault::missing || fault == FileFault::notDirectory;
-        if (!isNone && !places_[folder.place].isOptional) found_.unreadable.push_back(folder.path);
     }
 
     void addBundle(const Folder& folder, const DirectoryEntry& entry, const Path& item) {
@@ -140,7 +165,7 @@ class BundleSearch {
                    std::vector<Folder>& below) {
         if (entry.kind == FileKind::directory)
             below.push_back({item, folder.realPath / entry.name, folder.place, folder.depthLeft - 1});
-        if (entry.kind != FileKind::symbolicLink || !places_[folder.place].followsFolders) return;
+        if (entry.kind != FileKind::symbolicLink || !followsFolders(folder)) return;
         if (auto real = followLink(folder, item))
             below.push_back({item, std::move(*real), folder.place, folder.depthLeft - 1});
     }
@@ -154,8 +179,7 @@ class BundleSearch {
         --linksLeft_;
         auto real = files_.resolve(link);
         // An application on a disk that is away still owns what is here.
-        if (!real && places_[folder.place].followsFolders && link.lowercasedExtension() == "app")
-            found_.unreadable.push_back(link);
+        if (!real && followsFolders(folder)) found_.unreadable.push_back(link);
         if (!real || !files_.isDirectoryFollowingLinks(*real)) return std::nullopt;
         return std::move(*real);
     }
@@ -165,12 +189,17 @@ class BundleSearch {
     BundleMemory& memory_;
     const std::vector<BundlePlace>& places_;
     const StopToken& stop_;
-    std::vector<int> foldersLeft_; ///< of each place
-    int allFoldersLeft_ = maximumFolders;
+    struct Budget {
+        int folders = maximumFoldersOfPlace;
+        int further = maximumFurtherFoldersOfPlace;
+    };
+    std::vector<Budget> budgets_; ///< what is left of each place's
+    Budget all_ = {maximumFolders, maximumFurtherFolders};
     int linksLeft_ = maximumLinks;
     std::map<Path, int> depths_; ///< real folder → how deep below it was searched
     std::set<Path> listed_;
     std::set<Path> uncounted_;
+    std::set<Path> ways_; ///< links to what is away that places are reached by
     FoundBundles found_;
 };
 

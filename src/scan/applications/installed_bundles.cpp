@@ -7,8 +7,10 @@
 #include "scan/applications/bundle_memory.h"
 #include "scan/applications/bundle_search.h"
 #include "scan/bundle.h"
+#include "scan/file_absence.h"
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 
 namespace tidwen {
@@ -22,10 +24,13 @@ void addName(std::vector<std::string>& names, std::string name) {
 BundleIdentity readIdentity(const FileSystem& files, const Path& place) {
     BundleIdentity identity;
     const auto opened = Bundle::open(files, place);
-    if (!opened) return identity;
+    if (!opened) {
+        identity.isDamaged = mayBeThere(files, place);
+        return identity;
+    }
     identity.isThere = true;
     identity.isReadable = opened->info.has_value();
-    identity.isDamaged = !identity.isReadable && files.exists(opened->contents / "Info.plist");
+    identity.isDamaged = opened->isDamaged;
     if (!identity.isReadable) return identity;
     identity.bundleID = opened->identifier().value_or("");
     if (auto name = opened->name(); !name.empty()) identity.name = std::move(name);
@@ -77,6 +82,7 @@ void complete(BundleCoverage& coverage, const FoundBundles& found) {
 struct BundleSnapshot::LazyContents {
     std::once_flag once;
     std::shared_ptr<const BundleContents> value;
+    std::atomic<bool> isRead = false;
 };
 
 BundleSnapshot::BundleSnapshot(const FileSystem& files, const CodeSignatures& signatures,
@@ -100,9 +106,7 @@ const BundleContents& BundleSnapshot::contents(std::size_t index, const StopToke
     auto& lazy = contents_[index];
     std::call_once(lazy.once, [&] {
         lazy.value = readContents(bundles_[index].place, stop);
-        if (lazy.value->isComplete || !budget_.isExhausted()) return;
-        const std::lock_guard lock(mutex_);
-        cutShort_.insert(bundles_[index].url.parent());
+        lazy.isRead = true;
     });
     return *lazy.value;
 }
@@ -121,16 +125,25 @@ std::shared_ptr<const BundleContents> BundleSnapshot::readContents(const Path& b
     return memory_->contents.read(bundle, files_, budget_, read, weigh);
 }
 
-BundleCoverage BundleSnapshot::coverage() const {
-    auto coverage = coverage_;
-    const std::lock_guard lock(mutex_);
-    coverage.uncounted.insert(coverage.uncounted.end(), cutShort_.begin(), cutShort_.end());
-    sortOnce(coverage.uncounted);
-    return coverage;
-}
-
 void BundleSnapshot::readAllContents(const StopToken& stop) const {
     parallelFor(bundles_.size(), [&](std::size_t index) { contents(index, stop); });
+}
+
+BundleCoverage BundleSnapshot::coverageWithContents(const std::set<Path>& without) const {
+    auto coverage = coverage_;
+    for (std::size_t i = 0; i < bundles_.size(); ++i) {
+        const auto& bundle = bundles_[i];
+        if (!contents_[i].isRead || contents_[i].value->isComplete || without.contains(bundle.place)
+            || std::binary_search(coverage_.damaged.begin(), coverage_.damaged.end(), bundle.url))
+            continue;
+        if (!contents_[i].value->isReadable)
+            coverage.unreadable.push_back(bundle.url);
+        else if (!bundle.bundleID.empty() || budget_.isExhausted())
+            coverage.uncounted.push_back(bundle.url);
+    }
+    for (auto* paths : {&coverage.unreadable, &coverage.uncounted})
+        sortOnce(*paths);
+    return coverage;
 }
 
 InstalledBundles::InstalledBundles(const FileSystem& files, const CodeSignatures& signatures,
@@ -152,13 +165,13 @@ std::shared_ptr<const BundleSnapshot> InstalledBundles::look(const StopToken& st
     const auto identities = readIdentities(named, budget, stop);
     std::vector<OwningBundle> bundles;
     for (std::size_t i = 0; i < named.size(); ++i) {
-        if (!identities[i] || !identities[i]->isThere) continue;
+        if (!identities[i]) continue;
         auto bundle = makeBundle(*identities[i], named[i].first, named[i].second);
         if (identities[i]->isDamaged && budget.isExhausted())
             coverage.uncounted.push_back(bundle.url.parent());
         else if (identities[i]->isDamaged)
             coverage.damaged.push_back(bundle.url);
-        bundles.push_back(std::move(bundle));
+        if (identities[i]->isThere) bundles.push_back(std::move(bundle));
     }
     std::sort(bundles.begin(), bundles.end(), [](const auto& a, const auto& b) { return a.url < b.url; });
     complete(coverage, found);

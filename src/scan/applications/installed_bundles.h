@@ -10,7 +10,6 @@
 
 #include <cstddef>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <utility>
 #include <vector>
@@ -34,9 +33,10 @@ class BundleSnapshot {
 
     /// Sorted by `url`.
     const std::vector<OwningBundle>& bundles() const { return bundles_; }
-    /// The folder of a bundle whose contents were asked for when the budget was spent is uncounted from then
-    /// on.
-    BundleCoverage coverage() const;
+    /// Of the search alone.
+    const BundleCoverage& coverage() const { return coverage_; }
+    /// That and the bundles whose contents were read, and not all could be; but those at `without` (places).
+    BundleCoverage coverageWithContents(const std::set<Path>& without = {}) const;
     /// What the bundle at this place in `bundles` carries. Blocks while it is read.
     const BundleContents& contents(std::size_t index) const;
     /// Reads the contents of all bundles, in parallel. After a stop they are incomplete.
@@ -53,9 +53,6 @@ class BundleSnapshot {
     std::shared_ptr<BundleMemory> memory_;
     std::vector<OwningBundle> bundles_;
     BundleCoverage coverage_;
-    mutable std::mutex mutex_;
-    mutable std::set<Path>
-        cutShort_; ///< guarded by `mutex_`: folders of bundles that are not read to their end
     std::unique_ptr<LazyContents[]> contents_;
 };
 

@@ -28,6 +28,7 @@ struct BundleContents {
     std::vector<LaunchItem> jobs;         ///< embedded launchd jobs, agents first
     std::vector<std::string> groups;      ///< application groups as declared, the embedded bundles' too
     bool isComplete = false;              ///< read to its end
+    bool isReadable = true;               ///< false: incomplete because something in it could not be read
 
     friend bool operator==(const BundleContents&, const BundleContents&) = default;
 };
