@@ -82,6 +82,9 @@ constexpr std::string_view neverTouchInHome[] = {
     ".Trash",
 };
 
+// Homes of others, and folders of such homes; "/Users" has a rule of its own.
+constexpr std::string_view placesOfOthers[] = {"/root", "/home", "/Network", "/net"};
+
 // The kernel's other spellings: "/.vol/<device>/<inode>" and the like reach any item without saying where it
 // lies, so nothing below can judge them.
 constexpr std::string_view aliasFolders[] = {".vol", ".nofollow", ".resolve"};
@@ -147,6 +150,20 @@ PathPolicy::PathPolicy(const UserEnvironment& user) : user_(user) {
             if (!exception.empty()) neverTouch_.back().exceptions.push_back(componentsOf(exception));
     }
     addHome(user_);
+    for (const auto place : placesOfOthers)
+        otherHomes_.push_back(componentsOf(place));
+    for (const auto& home : user_.otherHomes)
+        addOtherHome(home);
+}
+
+/// An account that names a folder which everybody shares, or one that holds the user's home, does not make it
+/// a home.
+void PathPolicy::addOtherHome(const Path& home) {
+    auto place = componentsOf(home);
+    const auto holds = [&](const Components& inside) { return startsWith(inside, place); };
+    if (!home.isAbsolute() || std::ranges::any_of(homes_, holds) || std::ranges::any_of(deniedExact_, holds))
+        return;
+    otherHomes_.push_back(std::move(place));
 }
 
 PathPolicy::PathPolicy(const UserEnvironment& user, const FileSystem& files) : PathPolicy(user) {
@@ -207,6 +224,7 @@ std::optional<PathPolicy::Violation> PathPolicy::checkMove(const Path& source, c
     const Path real = (sourceIsQuarantined ? destination : source).standardized();
     const Path quarantined = (sourceIsQuarantined ? source : destination).standardized();
 
+    if (isBesideTheHome(real, files)) return Violation{ViolationKind::neverTouch, real.string()};
     // A home that is reached through a link has two spellings, and its folders are the user's under both.
     const auto resolvedHome = forResolvedHome(files);
     const PathPolicy& policy = resolvedHome ? *resolvedHome : *this;
@@ -240,9 +258,26 @@ bool PathPolicy::isInAnotherHome(const Path& url) const {
 }
 
 bool PathPolicy::isInAnotherHome(const Components& path) const {
-    if (path.size() < 3 || path[1] != "users" || path[2] == "shared") return false;
-    return std::none_of(homes_.begin(), homes_.end(),
-                        [&](const Components& home) { return startsWith(path, home); });
+    const auto isOthers = [&](const Components& place) {
+        return startsWith(path, place) && std::ranges::none_of(homes_, [&](const Components& home) {
+                   return startsWith(home, place) && startsWith(path, home);
+               });
+    };
+    static const Components users = componentsOf("/Users");
+    const bool isInUsers = path.size() > users.size() && path[users.size()] != "shared" && isOthers(users);
+    return isInUsers || std::ranges::any_of(otherHomes_, isOthers);
+}
+
+bool PathPolicy::isBesideTheHome(const Path& path, const FileSystem& files) const {
+    const auto home = user_.home.standardized();
+    const auto depth = home.components().size();
+    if (!home.isAbsolute() || !startsWith(componentsOf(path), componentsOf(home))) return false;
+    Path spelled = path;
+    while (spelled.components().size() > depth)
+        spelled = spelled.parent();
+    if (spelled == home) return false;
+    const auto itself = files.infoFollowingLinks(spelled), users = files.infoFollowingLinks(home);
+    return !itself || !users || itself->device != users->device || itself->inode != users->inode;
 }
 
 bool PathPolicy::isHomeFolder(const Components& path, std::string_view folder) const {

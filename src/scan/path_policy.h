@@ -11,10 +11,10 @@
 
 namespace tidwen {
 
-/// The last line of defence before anything moves: refuses shallow paths, the user's own folders, what
-/// belongs to the system, and every path that leads elsewhere through ".." or a link. Compares whole
-/// components as a Mac's disks do: letter case and the way accents are composed do not count. Immutable; may
-/// be used from any thread.
+/// The last line of defence before anything moves: refuses shallow paths, the user's own folders, the homes
+/// of others, what belongs to the system, and every path that leads elsewhere through ".." or a link.
+/// Compares whole components as a Mac's disks do: letter case and the way accents are composed do not count.
+/// Immutable; may be used from any thread.
 class PathPolicy {
   public:
     enum class ViolationKind { traversal, missingQuarantineEndpoint, tooShallow, deniedExact, neverTouch };
@@ -35,7 +35,8 @@ class PathPolicy {
 
     /// Judges a move between a real place and the quarantine, in either direction. Links of both parents are
     /// resolved through `files`, and where they lead is judged too; parents that do not exist yet are judged
-    /// by the nearest one that does.
+    /// by the nearest one that does. Where the disk tells letter case apart, a folder beside the user's home
+    /// whose name differs in that alone is not the home.
     std::optional<Violation> checkMove(const Path& source, const Path& destination,
                                        const FileSystem& files) const;
 
@@ -45,7 +46,8 @@ class PathPolicy {
     bool isInstallerInDownloads(const Path& url) const;
 
     /// Something in the home of another user: a folder of "/Users" that is neither the user's home nor
-    /// "Shared". Such places are never touched.
+    /// "Shared", of another place where homes lie, or one that an account names. Such places are never
+    /// touched.
     bool isInAnotherHome(const Path& url) const;
 
     /// The rules for both spellings of a home that is reached through a link: they judge paths whose links
@@ -56,6 +58,9 @@ class PathPolicy {
     using Components = std::vector<std::string>; ///< each as `fileNameKey` gives it
 
     void addHome(const UserEnvironment& user);
+    void addOtherHome(const Path& home);
+    /// By the key of its name in the user's home, but not by what the disk says.
+    bool isBesideTheHome(const Path& path, const FileSystem& files) const;
     bool isInAnotherHome(const Components& path) const;
     /// The path is this folder of the user's home.
     bool isHomeFolder(const Components& path, std::string_view folder) const;
@@ -67,7 +72,8 @@ class PathPolicy {
 
     UserEnvironment user_;
     bool homeIsPinned_ = false;
-    std::vector<Components> homes_; ///< the spellings of the user's
+    std::vector<Components> homes_;      ///< the spellings of the user's
+    std::vector<Components> otherHomes_; ///< of other users, and folders of such homes
     std::set<Components> deniedExact_;
     std::vector<NeverTouchRule> neverTouch_;
 };

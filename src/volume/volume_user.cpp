@@ -65,34 +65,66 @@ bool isSystemPlace(const Path& folder) {
                           [&](const char* place) { return lowered.isWithin(Path(place)); });
 }
 
-/// One account of the volume's own directory: person or service, and its homes.
-bool isPersonsHome(const FileSystem& files, const Path& record, const Path& home) {
+/// One account of the volume's own directory.
+struct Account {
+    bool isPersons = false; ///< else a service's
+    std::vector<Path> homes;
+};
+
+std::optional<Account> readAccount(const FileSystem& files, const Path& record) {
     constexpr int firstPerson = 500; // below are the accounts of services
     const auto list = readPropertyList(files, record);
-    if (!list) return false;
+    if (!list) return std::nullopt;
     const auto values = [&](const char* key) {
         const auto* value = list->find(key);
         return (value ? value->asStrings() : std::nullopt).value_or(std::vector<std::string>{});
     };
-    const auto numbers = values("uid"), homes = values("home");
+    Account account;
+    const auto numbers = values("uid");
     int number = 0;
-    if (numbers.size() != 1) return false;
-    std::from_chars(numbers[0].data(), numbers[0].data() + numbers[0].size(), number);
-    return number > firstPerson && std::any_of(homes.begin(), homes.end(), [&](const auto& each) {
-               return Path(each).standardized() == home;
-           });
+    if (numbers.size() == 1)
+        std::from_chars(numbers[0].data(), numbers[0].data() + numbers[0].size(), number);
+    account.isPersons = number > firstPerson;
+    for (const auto& home : values("home"))
+        account.homes.push_back(Path(home).standardized());
+    return account;
 }
 
-bool isNamedByAccount(const FileSystem& files, const Path& home) {
+/// None where the directory may not be read: on a Mac's own disk only root may.
+std::vector<Account> readAccounts(const FileSystem& files) {
     constexpr std::size_t mostAccounts = 1000;
-    const Path accounts("/private/var/db/dslocal/nodes/Default/users");
-    const auto entries = files.list(accounts); // on a Mac's own disk only root may look here
-    if (!entries || entries->size() > mostAccounts || isSystemPlace(home)) return false;
-    return std::any_of(entries->begin(), entries->end(), [&](const auto& entry) {
-        const auto record = accounts / entry.name;
-        return entry.kind == FileKind::regular && record.lowercasedExtension() == "plist"
-               && isPersonsHome(files, record, home);
+    const Path folder("/private/var/db/dslocal/nodes/Default/users");
+    std::vector<Account> accounts;
+    const auto entries = files.list(folder);
+    if (!entries || entries->size() > mostAccounts) return accounts;
+    for (const auto& [name, kind] : *entries) {
+        const auto record = folder / name;
+        if (kind != FileKind::regular || record.lowercasedExtension() != "plist") continue;
+        if (auto account = readAccount(files, record)) accounts.push_back(std::move(*account));
+    }
+    return accounts;
+}
+
+bool isNamedByAccount(const std::vector<Account>& accounts, const Path& home) {
+    return !isSystemPlace(home) && std::ranges::any_of(accounts, [&](const Account& account) {
+        return account.isPersons && std::ranges::find(account.homes, home) != account.homes.end();
     });
+}
+
+/// The homes that accounts name, but the user's. Services live in folders of the system's, where what belongs
+/// to applications lies too.
+std::vector<Path> homesOfOthers(const FileSystem& files, const std::vector<Account>& accounts,
+                                const Path& own) {
+    std::vector<Path> others;
+    const auto add = [&](const Path& home, bool isPersons) {
+        if (home.isAbsolute() && home != own && (isPersons || !isSystemPlace(home))) others.push_back(home);
+    };
+    for (const auto& account : accounts)
+        for (const auto& home : account.homes) {
+            add(home, account.isPersons);
+            if (const auto real = files.resolve(home); real && *real != home) add(*real, account.isPersons);
+        }
+    return others;
 }
 
 /// A real folder in its real place: letter case and the form of accents are the disk's own affair.
@@ -103,13 +135,13 @@ bool isReached(const FileSystem& files, const Path& home) {
     return itself && itself->kind == FileKind::directory && real && folded(*real) == folded(home);
 }
 
-bool isHome(const FileSystem& files, const Path& folder) {
+bool isHome(const FileSystem& files, const std::vector<Account>& accounts, const Path& folder) {
     const auto parts = folder.components();
     if (std::find(parts.begin(), parts.end(), "..") != parts.end()) return false;
     const auto home = folder.standardized();
     const bool isInUsers =
         lowercased(home.parent().string()) == "/users" && lowercased(home.lastComponent()) != "shared";
-    return isReached(files, home) && (isInUsers || isNamedByAccount(files, home));
+    return isReached(files, home) && (isInUsers || isNamedByAccount(accounts, home));
 }
 
 } // namespace
@@ -126,9 +158,14 @@ tl::expected<UserEnvironment, VolumeUserError> findVolumeUser(const FileSystem& 
     const auto info = files.infoFollowingLinks(chosen);
     if (!chosen.isAbsolute() || !info || info->kind != FileKind::directory)
         return tl::unexpected(VolumeUserError{Kind::notAFolder, {}, chosen});
-    if (!isHome(files, home.value_or(chosen)))
+    const auto accounts = readAccounts(files);
+    if (!isHome(files, accounts, home.value_or(chosen)))
         return tl::unexpected(VolumeUserError{Kind::notAHome, {}, chosen});
-    UserEnvironment user{.home = chosen, .userID = info->ownerID, .cacheFolder = {}, .temporaryFolder = {}};
+    UserEnvironment user{.home = chosen,
+                         .userID = info->ownerID,
+                         .cacheFolder = {},
+                         .temporaryFolder = {},
+                         .otherHomes = homesOfOthers(files, accounts, chosen)};
     findTemporaryFolders(files, user);
     return user;
 }

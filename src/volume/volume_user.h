@@ -23,7 +23,8 @@ struct VolumeUserError {
 /// no link and no "..", that lies directly in "/Users" or that a person's account names as its home
 /// ("/private/var/db/dslocal"): what is done in a home is done as if its owner owned all below it. The
 /// per-user cache and temporary folders are the pair under
-/// "/private/var/folders" that belongs to the home's owner.
+/// "/private/var/folders" that belongs to the home's owner. The homes of others are those that the accounts
+/// name, as far as they may be read.
 tl::expected<UserEnvironment, VolumeUserError> findVolumeUser(const FileSystem& files,
                                                               const std::optional<Path>& home);
 

@@ -78,6 +78,27 @@ TEST(PathPolicy, HomesOfEveryKind) {
         EXPECT_FALSE(policyFor("/").isQuarantineEndpoint(Path("/.Trash") / other)) << other;
 }
 
+TEST(PathPolicy, HomesOfOthersWhereverTheyLie) {
+    auto user = test::alice();
+    user.home = Path("/home/alice");
+    user.otherHomes = {Path("/srv/homes/carl"),
+                       Path("/opt/people/dave"), // and what is no home:
+                       Path("/"),
+                       Path("/Library"),
+                       Path("/home"),
+                       Path("/home/alice"),
+                       Path("/usr/local"),
+                       Path("relative")};
+    const PathPolicy policy(user);
+    expectEach([&](const std::string& path) { return policy.check(Path(path)); },
+               {{Kind::neverTouch,
+                 {"/srv/homes/carl", "/srv/Homes/CARL/.ssh/authorized_keys", "/opt/people/dave/Library/x",
+                  "/root/x", "/var/root/x", "/private/var/root/x", "/home/dave/x", "/Network/Servers/x"}},
+                {std::nullopt,
+                 {"/srv/homes/carla/x", "/opt/people/tool", "/home/alice/Library/Caches/x",
+                  "/Library/Application Support/x", "/usr/local/bin/tool"}}});
+}
+
 /// Spells a path in another way that leads to the same item on a Mac.
 std::string respelled(const std::string& path, std::mt19937& random) {
     static const char* const separators[] = {"/", "//", "/./", "/x/../", "///.//"};
@@ -169,6 +190,16 @@ TEST_F(MovePolicy, FollowsTheLinksOfTheQuarantine) {
     EXPECT_EQ(into("/Users/alice/.Trash/Tidwen - out/x"), Kind::missingQuarantineEndpoint);
     EXPECT_EQ(into(quarantine + "/out/x"), Kind::missingQuarantineEndpoint);
     EXPECT_EQ(into("/Users/alice/.Trash/Tidwen - other/sub/x"), std::nullopt);
+}
+
+TEST_F(MovePolicy, AFolderBesideTheHomeIsNotTheHome) {
+    const auto putBack = [&](const std::string& path) { return kindOf(check(quarantine + "/x", path)); };
+    EXPECT_EQ(putBack("/Users/alicE/new/x"), Kind::neverTouch) << "would be made beside the home";
+    volume.makeFolder("/Users/ALICE/Library");
+    EXPECT_EQ(putBack("/Users/ALICE/Library/x"), Kind::neverTouch);
+    EXPECT_EQ(putBack("/Users/alice/./Library/x"), std::nullopt);
+    volume.link("/Users/Alice", "alice"); // as a disk has it to which letter case is all one
+    EXPECT_EQ(putBack("/Users/Alice/Library/x"), std::nullopt);
 }
 
 TEST_F(MovePolicy, AHomeBehindALinkIsProtectedUnderBothNames) {

@@ -84,6 +84,20 @@ TEST(VolumeUser, MayBeNamed) {
     }
 }
 
+TEST(VolumeUser, KnowsTheHomesOfOthersThatAccountsName) {
+    test::TemporaryVolume volume;
+    const std::string accounts = "/private/var/db/dslocal/nodes/Default/users/";
+    volume.makeFolder("/Users/alice/Library");
+    volume.makeFolder("/private/srv/homes/carl");
+    volume.link("/srv", "private/srv");
+    for (const auto& [name, home, number] :
+         {std::tuple("alice", "/Users/alice", "501"), std::tuple("carl", "/srv/homes/carl/", "502"),
+          std::tuple("_web", "/Library/WebServer", "70"), std::tuple("_db", "/Volumes/db", "71")})
+        volume.write(accounts + name + ".plist", account(home, number));
+    EXPECT_THAT(findVolumeUser(volume.files(), std::nullopt)->otherHomes,
+                ElementsAre(Path("/Volumes/db"), Path("/srv/homes/carl"), Path("/private/srv/homes/carl")));
+}
+
 TEST(VolumeUser, HasThePairOfTemporaryFoldersThatIsSurelyHers) {
     test::TemporaryVolume volume;
     volume.makeFolder("/Users/alice/Library");
