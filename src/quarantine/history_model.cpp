@@ -74,6 +74,7 @@ void HistoryModel::remove(const std::vector<RemovalHistoryEntry>& chosen,
         chosen.size() == 1 ? id(chosen.front()) : user_.trash().string(),
         [ports = ports_, user = user_,
          folders = std::move(folders)]() -> tl::expected<QuarantinePurge::Outcome, Refusal> {
+            if (auto problem = ports.settings.problem()) return Refused(toRefusal(std::move(*problem)));
             const auto lock = lockTrash(user, ports.files);
             if (!lock) return Refused(toRefusal(describeNotBegun(lock.error(), ports.texts)));
             auto outcome = ports.purge.purge(folders);

@@ -3,6 +3,7 @@
 #include "base/executor.h"
 #include "base/observable.h"
 #include "base/texts.h"
+#include "platform/defaults.h"
 #include "quarantine/history.h"
 #include "quarantine/quarantine_purge.h"
 #include "quarantine/undo_service.h"
@@ -25,6 +26,7 @@ class HistoryModel {
         FileSystem& files;
         UndoService& undo;
         QuarantinePurge& purge;
+        const Defaults& settings;
         const Texts& texts;
         Executor& main;
         Executor& background;
@@ -60,8 +62,13 @@ class HistoryModel {
     }
     /// Also of a run that was cut off.
     void undo(const Path& root, Answer<UndoReport> answer = {});
+    /// Refused while `whyNotRemove` gives a reason.
     void remove(const std::vector<RemovalHistoryEntry>& chosen, Answer<QuarantinePurge::Outcome> answer = {});
     void removeAll(Answer<QuarantinePurge::Outcome> answer = {}) { remove(entries.get(), std::move(answer)); }
+
+    /// Why nothing is deleted for good: who does not know the settings does not know how long the user wants
+    /// to keep what would go.
+    std::optional<Message> whyNotRemove() const { return ports_.settings.problem(); }
 
     static std::string id(const RemovalHistoryEntry& entry) { return entry.root.string(); }
 

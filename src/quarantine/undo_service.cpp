@@ -70,6 +70,8 @@ class UndoRun {
         : ports_(ports), user_(user), policy_(user, ports.files), manifest_(manifest), numbers_(manifest) {}
 
     UndoReport run() {
+        report_.mayHaveLost =
+            std::ranges::any_of(manifest_.apps, [](const AppRecord& app) { return !app.bundleID.empty(); });
         const auto order = restoreOrder(manifest_.entries);
         for (const auto& step : order)
             if (!step.afterBatch) restore(step);

@@ -21,6 +21,9 @@ struct UndoReport {
     int relaunchedJobs = 0;
     std::vector<Path> renamed = {}; ///< where items went whose old place is taken
     int alreadyBack = 0;            ///< items that lie in their old place again; neither tried nor failed
+    /// Applications took part. What a removal does to these besides moves and jobs, no run records: it resets
+    /// permissions and deletes passwords, for good.
+    bool mayHaveLost = false;
     friend bool operator==(const UndoReport&, const UndoReport&) = default;
 };
 

@@ -5,6 +5,7 @@
 #include "quarantine/trash_lock.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
+#include "support/memory_defaults.h"
 #include "support/recording_runner.h"
 #include "support/stand_ins.h"
 
@@ -43,6 +44,7 @@ class History : public testing::Test {
     UserEnvironment user{alice().home, ::geteuid(), {}, {}}; // who owns what the test writes
     RecordingLog log;
     RecordingRunner runner;
+    MemoryDefaults settings;
     Texts texts; // keys stand for themselves
     SteppedQueues queues;
     MainQueue &main = queues.main, &background = queues.background;
@@ -51,7 +53,7 @@ class History : public testing::Test {
                           log};
     FixedClock clock;
     UndoService undoService{{volume.files(), runner, runner, texts, log, clock}, user};
-    HistoryModel model{{volume.files(), undoService, purge, texts, main, background}, user};
+    HistoryModel model{{volume.files(), undoService, purge, settings, texts, main, background}, user};
 };
 
 TEST_F(History, CountsRunsForWhichTheBudgetDoesNotSuffice) {
@@ -131,11 +133,16 @@ TEST_F(History, RefusalsLeaveTheListAndAreToldUnlessThePromptWasDismissed) {
         EXPECT_EQ(model.errorMessage.get(), "failure.trashBusy");
         EXPECT_FALSE(model.busyEntryID.get());
     }
+    settings.fault = Message{"unreadable"};
+    model.removeAll();
+    drain();
+    EXPECT_EQ(model.errorMessage.get(), "unreadable");
+    settings.fault.reset();
     auto stranger = user;
     stranger.userID += 1; // so that everything in the folder is somebody else's
     QuarantinePurge asking(
         volume.files(), stranger, [this](const std::string&) { return tl::unexpected(prompt); }, log);
-    HistoryModel dismissed({volume.files(), undoService, asking, texts, main, background}, user);
+    HistoryModel dismissed({volume.files(), undoService, asking, settings, texts, main, background}, user);
     std::optional<std::string> told = "nothing";
     dismissed.remove(model.entries.get(), [&](const auto& outcome) {
         told = outcome || !outcome.error().reason ? std::nullopt : std::optional(outcome.error().reason->key);
@@ -173,7 +180,7 @@ TEST_F(History, DeletesOneOrAll) {
 TEST_F(History, WorkThatComesBackAfterItsEndIsDropped) {
     run("One", 0);
     auto closed = std::make_unique<HistoryModel>(
-        HistoryModel::Ports{volume.files(), undoService, purge, texts, main, background}, user);
+        HistoryModel::Ports{volume.files(), undoService, purge, settings, texts, main, background}, user);
     closed->load();
     closed.reset();
     drain();

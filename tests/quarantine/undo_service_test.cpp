@@ -104,9 +104,12 @@ TEST_F(Undo, OfWhatIsBackAlreadyFailsNothing) {
     EXPECT_THAT(run(true)->failures, ElementsAre(agent + ": failure.launchctlExit 5"));
 
     session.answer = nullptr;
+    manifest.apps = {{"Notes", "com.example.notes"}};
+    ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
     const auto again = run(true);
     ASSERT_TRUE(again) << "the job is left to load";
-    EXPECT_EQ(*again, (UndoReport{.failures = {}, .relaunchedJobs = 1, .alreadyBack = 2}));
+    EXPECT_EQ(*again,
+              (UndoReport{.failures = {}, .relaunchedJobs = 1, .alreadyBack = 2, .mayHaveLost = true}));
     EXPECT_EQ(run(false).error().key, "history.undo.nothingLeft %@");
 }
 

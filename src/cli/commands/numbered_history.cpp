@@ -53,7 +53,9 @@ void mentionInterruptedRuns(const CommandContext& context, const Mac& mac) {
                          {folders.error().path.string(), context.text(failureKey(folders.error().fault))}));
     const auto runs = loadPastRuns(mac.system.user, mac.system.files, false).unfinished;
     const auto count = std::ranges::count_if(runs, [](const UnfinishedRun& run) {
-        return run.problem != UnfinishedRun::Problem::unreadableManifest;
+        // Nothing that `recover` could do anything about is left of the others.
+        return run.problem == UnfinishedRun::Problem::interrupted
+               || run.problem == UnfinishedRun::Problem::unsettled;
     });
     if (count > 0)
         context.console.complain(context.text("cli.interrupted %lld %@",

@@ -4,6 +4,7 @@
 #include "cli/commands/terminal_history.h"
 #include "cli/console.h"
 #include "cli/labels.h"
+#include "quarantine/quarantine_layout.h"
 #include "settings/app_preferences.h"
 
 #include <algorithm>
@@ -13,19 +14,18 @@ namespace tidwen {
 
 namespace {
 
-/// Why what the word names cannot be purged: nobody can tell all that the run moved, or there is no such run.
-Message whyNotAnEntry(const std::vector<UnfinishedRun>& unfinished, const std::string& word,
-                      const Texts& texts) {
-    const auto root = findRunFolder({}, unfinished, word);
-    if (!root) return {"cli.undo.unknown %@", {word}};
-    const auto run = std::ranges::find(unfinished, *root, &UnfinishedRun::root);
-    const auto why = run->known ? Message{"failure.purge.unsettled"} : run->advice();
-    return {"cli.history.unfinished %@ %@", {root->string(), texts.text(why)}};
+/// Why a word means no run that can be deleted.
+Message whyNot(const std::string& word, const TerminalHistory& runs, const CommandContext& context) {
+    const auto root = findRunFolder({}, runs.unfinishedRuns(), word);
+    for (const auto& run : runs.unfinishedRuns())
+        if (root == run.root)
+            return {"cli.purge.spared %@ %@", {root->lastComponent(), context.texts.text(run.advice())}};
+    return {"cli.undo.unknown %@", {word}};
 }
 
 /// The runs that are meant, or why it is not clear which.
 tl::expected<std::vector<RemovalHistoryEntry>, Message>
-choose(const std::vector<RemovalHistoryEntry>& history, const std::vector<UnfinishedRun>& unfinished,
+choose(const std::vector<RemovalHistoryEntry>& history, const TerminalHistory& runs,
        const CommandContext& context, const Mac& mac) {
     const auto& words = context.arguments.operands;
     const bool all = context.arguments.has("--all"), expired = context.arguments.has("--expired");
@@ -44,7 +44,7 @@ choose(const std::vector<RemovalHistoryEntry>& history, const std::vector<Unfini
     std::vector<RemovalHistoryEntry> chosen;
     for (const auto& word : words) {
         const auto* entry = findRun(history, word);
-        if (!entry) return tl::unexpected(whyNotAnEntry(unfinished, word, context.texts));
+        if (!entry) return tl::unexpected(whyNot(word, runs, context));
         const bool isNew = std::none_of(chosen.begin(), chosen.end(),
                                         [&](const auto& other) { return other.root == entry->root; });
         if (isNew) chosen.push_back(*entry);
@@ -52,9 +52,24 @@ choose(const std::vector<RemovalHistoryEntry>& history, const std::vector<Unfini
     return chosen;
 }
 
-void report(const QuarantinePurge::Outcome& outcome, const CommandContext& context) {
+/// What `--all` does not delete: runs of which nobody can tell what they moved, or that were not read.
+struct Spared {
+    std::vector<UnfinishedRun> runs = {};
+    std::uint64_t leftOut = 0;
+
+    bool isNothing() const { return runs.empty() && leftOut == 0; }
+};
+
+void report(const QuarantinePurge::Outcome& outcome, const Spared& spared, const CommandContext& context) {
+    for (const auto& run : spared.runs)
+        context.console.complain(
+            context.text("cli.purge.spared %@ %@", {run.root.string(), context.texts.text(run.advice())}));
+    if (spared.leftOut > 0)
+        context.console.complain(context.text("cli.history.leftOut %lld", {std::to_string(spared.leftOut)}));
     if (context.arguments.json) {
         nlohmann::json kept = nlohmann::json::array();
+        for (const auto& run : spared.runs)
+            kept.push_back(run.root.string());
         for (const auto& folder : outcome.kept)
             kept.push_back(folder.string());
         context.console.document(writeJson({{"removedFolders", outcome.removedFolders}, {"kept", kept}}));
@@ -69,17 +84,22 @@ void report(const QuarantinePurge::Outcome& outcome, const CommandContext& conte
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
-    // Whoever does not know the settings does not know how long the user wants to keep what he would delete.
-    if (const auto problem = mac.system.defaults.problem()) return context.refuse(*problem);
     TerminalHistory history(mac);
+    if (const auto problem = history.whyNotRemove()) return context.refuse(*problem);
+    if (const auto folders = listQuarantineFolders(mac.system.user, mac.system.files); !folders)
+        return context.refuse(
+            {"cli.history.unreadable %@ %@",
+             {folders.error().path.string(), context.text(failureKey(folders.error().fault))}});
     const bool asks = !context.arguments.yes && !context.arguments.json && context.console.canAsk();
     using enum TerminalHistory::Sizes;
-    const auto& entries = history.load(asks ? measured : leftOut);
-    const auto chosen = choose(entries, history.unfinishedRuns(), context, mac);
+    const auto& runs = history.load(asks ? measured : leftOut);
+    const auto chosen = choose(runs, history, context, mac);
     if (!chosen) return context.refuse(chosen.error());
+    const auto spared =
+        context.arguments.has("--all") ? Spared{history.unfinishedRuns(), history.leftOut()} : Spared{};
     if (chosen->empty()) {
-        report({}, context);
-        return ExitStatus::done;
+        report({}, spared, context);
+        return spared.isNothing() ? ExitStatus::done : ExitStatus::someFailed;
     }
     for (const auto& entry : *chosen)
         if (asks)
@@ -89,8 +109,8 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     if (!agreed(context, question, "cli.purge.needsYes")) return ExitStatus::refused;
     const auto outcome = history.remove(*chosen);
     if (!outcome) return context.refuse(outcome.error());
-    report(*outcome, context);
-    return outcome->kept.empty() ? ExitStatus::done : ExitStatus::someFailed;
+    report(*outcome, spared, context);
+    return outcome->kept.empty() && spared.isNothing() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 } // namespace

@@ -7,7 +7,8 @@ TerminalHistory::TerminalHistory(Mac& mac)
              mac.system.clock, !mac.volume},
             mac.system.user),
       purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
-      model_({mac.system.files, undo_, purge_, mac.system.texts, queue_, queue_}, mac.system.user) {}
+      model_({mac.system.files, undo_, purge_, mac.system.defaults, mac.system.texts, queue_, queue_},
+             mac.system.user) {}
 
 const std::vector<RemovalHistoryEntry>& TerminalHistory::load(Sizes sizes) {
     model_.load(sizes);

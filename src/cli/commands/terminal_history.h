@@ -28,6 +28,7 @@ class TerminalHistory {
 
     /// The reason when nothing was done.
     tl::expected<UndoReport, Message> undo(const Path& root);
+    std::optional<Message> whyNotRemove() const { return model_.whyNotRemove(); }
     /// `chosen` is not empty.
     tl::expected<QuarantinePurge::Outcome, Message> remove(const std::vector<RemovalHistoryEntry>& chosen);
 
