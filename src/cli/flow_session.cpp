@@ -11,6 +11,14 @@
 
 namespace tidwen {
 
+namespace {
+
+MoveRights rightsOf(const Mac& mac) {
+    return mac.administrator ? MoveRights::administrator : MoveRights::own;
+}
+
+} // namespace
+
 FlowSession::FlowSession(const CommandContext& context, Mac& mac)
     : context_(context),
       mac_(mac),
@@ -39,7 +47,7 @@ RemovalFlowModel::Services FlowSession::services(Mac& mac) {
             .running = system.runningApplications,
             .executor = executor_,
             .undo = undo_,
-            .rights = mac.administrator ? MoveRights::administrator : MoveRights::own,
+            .rights = rightsOf(mac),
             .purge = purge_,
             .audit = audit_,
             .protectedApps = protectedApps_,
@@ -57,7 +65,7 @@ std::unique_ptr<ResidueScanner> FlowSession::makeScanner() {
     return std::make_unique<ResidueScanner>(
         ResidueScanner::Ports{system.files, system.receipts, system.keychain, system.systemExtensions,
                               system.texts, system.log},
-        system.user, seen_ ? std::exchange(seen_, nullptr) : bundles_.look(), MoveRights::own);
+        system.user, seen_ ? std::exchange(seen_, nullptr) : bundles_.look(), rightsOf(mac_));
 }
 
 OrphanScanResult FlowSession::sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,

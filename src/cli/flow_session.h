@@ -36,9 +36,6 @@ class FlowSession {
     /// when Ctrl-C called it off.
     std::optional<OrphanScanResult> findOrphans();
 
-    /// Why the list of protected applications cannot be known, so that nothing will be removed.
-    std::optional<Message> settingsProblem() const { return protectedApps_.problem(); }
-
     /// Removes what is chosen. Who still runs and does not quit is left out, unless the user, where he can be
     /// asked, wants to go on. True when the model shows a report.
     bool remove();

@@ -12,4 +12,10 @@ void printIncomplete(std::uint64_t leftOut, const std::vector<Path>& skippedName
         context.console.line(context.text("cli.leftOut %lld", {std::to_string(leftOut)}), Paint::caution);
 }
 
+void printUnseen(const Unseen& unseen, const CommandContext& context) {
+    for (const auto& folder : unseen.unreadableLocations)
+        context.console.line(context.text("cli.remove.unreadable %@", {folder.string()}), Paint::caution);
+    printIncomplete(unseen.leftOut, {}, context);
+}
+
 } // namespace tidwen

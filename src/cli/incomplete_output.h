@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/command.h"
+#include "cli/unseen.h"
 
 #include <cstdint>
 #include <vector>
@@ -11,5 +12,8 @@ namespace tidwen {
 /// replacement characters.
 void printIncomplete(std::uint64_t leftOut, const std::vector<Path>& skippedNames,
                      const CommandContext& context);
+
+/// The same with the folders that could not be listed.
+void printUnseen(const Unseen& unseen, const CommandContext& context);
 
 } // namespace tidwen

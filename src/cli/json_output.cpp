@@ -79,7 +79,7 @@ std::string document(const std::vector<RemovalOperation>& plan) {
     return writeJson(array(plan, toValue));
 }
 
-std::string document(const RemovalReport& report, const Texts& texts) {
+std::string document(const RemovalReport& report, const Texts& texts, const Unseen& unseen) {
     Value result{
         {"apps", array(report.apps, [](const AppRecord& app) { return object(app); })},
         {"mode", std::string(name(report.mode))},
@@ -89,6 +89,9 @@ std::string document(const RemovalReport& report, const Texts& texts) {
         {"results", array(report.results, [&](const OperationResult& r) { return object(r, texts); })}};
     if (report.verification) result["verification"] = object(*report.verification);
     put(result, "reclaimedBytes", report.reclaimedBytes);
+    if (!unseen.unreadableLocations.empty())
+        result["unreadableLocations"] = array(unseen.unreadableLocations, toValue);
+    if (unseen.leftOut > 0) result["leftOut"] = unseen.leftOut;
     if (!report.unsettled.empty()) result["unsettled"] = report.unsettled;
     if (!report.skippedNames.empty()) result["skippedNames"] = array(report.skippedNames, toValue);
     if (report.manifestFailure) result["manifestFailure"] = texts.text(*report.manifestFailure);

@@ -40,18 +40,48 @@ class NamedTraces {
 
   private:
     std::vector<const Trace*> matching(const std::string& selector) const {
+        for (const auto match : {&NamedTraces::items, &NamedTraces::ofApplication, &NamedTraces::lastNames})
+            if (auto found = (this->*match)(selector); !found.empty()) return found;
+        return {};
+    }
+
+    template<class Test>
+    std::vector<const Trace*> where(const Test& isMeant) const {
         std::vector<const Trace*> found;
+        for (const auto& result : results_)
+            for (const auto& trace : result.traces)
+                if (isMeant(result, trace)) found.push_back(&trace);
+        return found;
+    }
+
+    /// What `remove` would take of it without further choice.
+    std::vector<const Trace*> ofApplication(const std::string& name) const {
+        return where([&](const ScanResult& result, const Trace& trace) {
+            const auto& target = result.target;
+            return !target.bundleID.empty() && (target.bundleID == name || target.name == name)
+                   && takenByDefault(trace) && isEligible(trace, mode_);
+        });
+    }
+
+    /// The end of a path, where only one item is called so.
+    std::vector<const Trace*> lastNames(const std::string& name) const {
+        auto found = where([&](const ScanResult&, const Trace& trace) {
+            const Path* moved = movedPath(trace.action);
+            return moved && moved->lastComponent() == name;
+        });
+        if (found.size() > 1) found.clear();
+        return found;
+    }
+
+    std::vector<const Trace*> items(const std::string& selector) const {
         const Path path(selector);
         const auto onVolume = hostPaths_.macPath(selector);
         const auto id = Uuid::parse(selector);
-        for (const auto& result : results_)
-            for (const auto& trace : result.traces) {
-                const Path* moved = movedPath(trace.action);
-                if ((id && trace.id == *id) || trace.displayName == selector
-                    || (moved && (*moved == path || (onVolume && *moved == *onVolume))))
-                    found.push_back(&trace);
-            }
-        return found;
+        return where([&](const ScanResult&, const Trace& trace) {
+            const Path* moved = movedPath(trace.action);
+            return (id && trace.id == *id) || trace.displayName == selector
+                   || (moved && (*moved == path || (onVolume && *moved == *onVolume)));
+        });
     }
 
     std::optional<Message> take(const std::vector<const Trace*>& traces) {

@@ -16,7 +16,7 @@ namespace tidwen {
 
 /// Which of the found traces are to be taken, as options name them.
 struct SelectionRequest {
-    std::vector<std::string> selectors = {};    ///< identifiers, paths or display names of single traces
+    std::vector<std::string> selectors = {};    ///< of single traces or of an application
     std::optional<std::set<TraceRisk>> tiers{}; ///< the items of these tiers that nobody contests
 
     bool isEmpty() const { return selectors.empty() && !tiers; }
@@ -25,8 +25,11 @@ struct SelectionRequest {
 /// "safe,review" → the tiers; the reason names the word that is none.
 tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::string>& words);
 
-/// What a request that is not empty names. A selector is refused when it names nothing that was found, or
-/// something that cannot be taken in this mode; several of them at once may be joined by commas.
+/// What a request that is not empty names. A selector is a trace's path, display name or identifier, the
+/// application's or group's name or identifier (which stands for what is taken of it by default), or the end
+/// of the path of one single trace; the first of these that fits counts. It is refused when it names nothing
+/// that was found, or something that cannot be taken in this mode; several of them at once may be joined by
+/// commas.
 tl::expected<std::set<Uuid>, Message> chooseTraces(const std::vector<ScanResult>& found,
                                                    const SelectionRequest& request, RemovalMode mode,
                                                    const HostPaths& hostPaths);

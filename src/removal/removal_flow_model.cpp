@@ -37,6 +37,7 @@ void RemovalFlowModel::enter(Stage next) {
 }
 
 void RemovalFlowModel::forgetChoices() {
+    refusedByDefault_.reset();
     offer_.reset();
     selection_.clear();
     resetIneligible_.clear();

@@ -46,9 +46,7 @@ namespace tidwen {
 ///   review       loadTargets, something is left         scanning
 ///   review,      confirm, something is selected         removing; each application that runs is asked to
 ///   orphans,                                            quit, and the user about each that does not
-///   an offer     confirm, the protected applications    the same, with an error
-///                are unknown (damaged settings)
-///                confirm, nothing is selected           the same, with an error
+///   an offer     confirm, nothing is selected           the same, with an error
 ///   review,      close                                  the home stage it came from
 ///   orphans
 ///   removing     the run has ended                      report
@@ -149,7 +147,8 @@ class RemovalFlowModel {
     void setSelected(const std::set<Uuid>& ids, bool selected);
     /// Exactly these.
     void select(const std::set<Uuid>& ids);
-    /// What is taken without further choice (`takenByDefault`).
+    /// What is taken without further choice (`takenByDefault`). Of an application that cannot be removed that
+    /// is nothing, and until something is chosen a removal is refused with the reason.
     void selectDefaults();
     void setMode(RemovalMode mode);
     void setReviewFilter(LeftoverFilter filter);
@@ -180,6 +179,8 @@ class RemovalFlowModel {
     void forEachFound(const std::function<void(const AppTarget&, const std::vector<Trace>&)>& visit) const;
     RemovalSubject subjectKind() const;
     void showRecovered(RecoveryOutcome outcome);
+    /// Why there is nothing to begin with.
+    std::optional<RemovalRefusal> whyNothingIsChosen(const std::vector<RemovalTarget>& targets) const;
     void beginUnlessRefused(std::shared_ptr<Run> run);
     void quitNext(std::shared_ptr<Run> run);
     void execute(std::shared_ptr<Run> run);
@@ -198,6 +199,7 @@ class RemovalFlowModel {
     std::optional<QuitPrompt> pendingQuitPrompt_;
     std::function<void(QuitPromptChoice)> quitPromptContinuation_;
     std::set<Uuid> selection_;
+    std::optional<RemovalRefusal> refusedByDefault_; ///< while nobody chose otherwise
     std::set<Uuid> resetIneligible_;  ///< was selected when the mode became reset, and cannot take part in it
     std::optional<ScanResult> offer_; ///< only in a home stage, and while it is removed
     std::string reportSubject_;

@@ -40,12 +40,13 @@ void RemovalFlowModel::confirm() {
         && !std::holds_alternative<stage::Orphans>(stage_))
         return;
     errorMessage_.reset();
-    // An empty list of protected applications would spare nothing.
-    if (const auto problem = services_.protectedApps.problem()) return fail(services_.texts.text(*problem));
     auto targets = chosenTargets();
-    if (targets.empty()) return fail(services_.texts.text("error.nothingToRemove"));
-    reportSubject_ = subject();
     unmovableItems_.clear();
+    if (auto refusal = whyNothingIsChosen(targets)) {
+        unmovableItems_ = std::move(refusal->unmovableItems);
+        return fail(services_.texts.text(refusal->reason));
+    }
+    reportSubject_ = subject();
     auto run = std::make_shared<Run>();
     run->subject = subjectKind();
     run->found = found();
@@ -57,8 +58,25 @@ void RemovalFlowModel::confirm() {
     beginUnlessRefused(std::move(run));
 }
 
+namespace {
+
+RefusalGrounds groundsOf(const RemovalFlowModel::Services& services, const UserEnvironment& user) {
+    return {services.files, user, services.rights, services.protectedApps, services.texts};
+}
+
+} // namespace
+
+std::optional<RemovalRefusal>
+RemovalFlowModel::whyNothingIsChosen(const std::vector<RemovalTarget>& targets) const {
+    if (refusedByDefault_ && mode_ == RemovalMode::uninstall) return refusedByDefault_;
+    if (targets.empty()) return RemovalRefusal{{"error.nothingToRemove"}};
+    return std::nullopt;
+}
+
 std::optional<RemovalRefusal> RemovalFlowModel::refusal() const {
-    return whyNotBegin(chosenTargets(), mode_, services_.files, user_, services_.rights, services_.texts);
+    const auto targets = chosenTargets();
+    if (auto refusal = whyNothingIsChosen(targets)) return refusal;
+    return whyNotBegin(targets, mode_, groundsOf(services_, user_));
 }
 
 /// Refusals come before the first application is asked to quit and before anything is made or locked.
@@ -67,8 +85,7 @@ void RemovalFlowModel::beginUnlessRefused(std::shared_ptr<Run> run) {
     inBackground(
         *this, alive_, services_.background, services_.main,
         [services = services_, user = user_, run]() -> Outcome {
-            if (auto refusal = whyNotBegin(run->targets, run->mode, services.files, user, services.rights,
-                                           services.texts))
+            if (auto refusal = whyNotBegin(run->targets, run->mode, groundsOf(services, user)))
                 return tl::unexpected(std::move(*refusal));
             return lockTrash(user, services.files);
         },

@@ -39,6 +39,7 @@ void RemovalFlowModel::forEachFound(
 }
 
 std::vector<ScanResult> RemovalFlowModel::found() const {
+    if (const auto* review = std::get_if<stage::Review>(&stage_)) return review->results;
     std::vector<ScanResult> all;
     forEachFound([&](const AppTarget& target, const std::vector<Trace>& traces) {
         ScanResult result;
@@ -50,6 +51,7 @@ std::vector<ScanResult> RemovalFlowModel::found() const {
 }
 
 void RemovalFlowModel::setSelected(const std::set<Uuid>& ids, bool selected) {
+    if (selected) refusedByDefault_.reset();
     forEachFound([&](const AppTarget&, const std::vector<Trace>& traces) {
         for (const auto& trace : traces) {
             if (!ids.contains(trace.id)) continue;
@@ -69,12 +71,18 @@ void RemovalFlowModel::select(const std::set<Uuid>& ids) {
 }
 
 void RemovalFlowModel::selectDefaults() {
+    // A reset takes data alone.
+    const auto isTaken = [this](const Trace& trace, const ScanResult& result) {
+        const bool goesAlone = mode_ == RemovalMode::reset && !staysInMode(trace, mode_);
+        return goesAlone ? takenByDefault(trace) : takenByDefault(trace, result);
+    };
     std::set<Uuid> ids;
-    forEachFound([&](const AppTarget&, const std::vector<Trace>& traces) {
-        for (const auto& trace : traces)
-            if (takenByDefault(trace)) ids.insert(trace.id);
-    });
+    for (const auto& result : found())
+        for (const auto& trace : result.traces)
+            if (isTaken(trace, result)) ids.insert(trace.id);
     select(ids);
+    if (const auto* review = std::get_if<stage::Review>(&stage_))
+        refusedByDefault_ = whyNotByDefault(review->results);
     // What a reset keeps is chosen again on the way back from it.
     forEachFound([&](const AppTarget&, const std::vector<Trace>& traces) {
         for (const auto& trace : traces)

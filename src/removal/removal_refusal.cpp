@@ -8,8 +8,9 @@
 namespace tidwen {
 
 std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chosen, RemovalMode mode,
-                                          const FileSystem& files, const UserEnvironment& user,
-                                          MoveRights rights, const Texts& texts) {
+                                          const RefusalGrounds& grounds) {
+    const auto& [files, user, rights, protectedApps, texts] = grounds;
+    if (auto problem = protectedApps.problem()) return RemovalRefusal{std::move(*problem)};
     const PathPolicy policy(user);
     if (mode == RemovalMode::uninstall)
         for (const auto& each : chosen) {
@@ -29,6 +30,17 @@ std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chos
     return RemovalRefusal{
         {"error.unmovableItems %@ %lld", {printable(items.back().string()), std::to_string(items.size())}},
         items};
+}
+
+std::optional<RemovalRefusal> whyNotByDefault(const std::vector<ScanResult>& results) {
+    for (const auto& result : results) {
+        if (!result.immovable) continue;
+        RemovalRefusal refusal{result.immovable->describe(result.target)};
+        if (result.immovable->reason == ImmovableApplication::Reason::noRights)
+            refusal.unmovableItems = {result.target.bundleURL};
+        return refusal;
+    }
+    return std::nullopt;
 }
 
 } // namespace tidwen

@@ -13,4 +13,8 @@ bool takenByDefault(const Trace& trace) {
     return trace.risk != TraceRisk::sensitive && losesNothing && isUndoubted(trace);
 }
 
+bool takenByDefault(const Trace& trace, const ScanResult& result) {
+    return !result.immovable && takenByDefault(trace);
+}
+
 } // namespace tidwen

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scan/trace.h"
+#include "scan/scan_result.h"
 
 namespace tidwen {
 
@@ -11,5 +11,9 @@ bool isUndoubted(const Trace& trace);
 /// Whether a trace is taken when the user chooses nothing: the application itself, and every undoubted trace
 /// of risk safe or review whose removal loses nothing for good.
 bool takenByDefault(const Trace& trace);
+
+/// The same for a trace of this scan when the application is to go too: an application goes with its data or
+/// not at all, so nothing is taken while it cannot be removed from where it lies.
+bool takenByDefault(const Trace& trace, const ScanResult& result);
 
 } // namespace tidwen

@@ -28,6 +28,7 @@ ScanResult result(const char* app, std::vector<Trace> traces) {
     ScanResult scanned;
     scanned.target.bundleURL = Path(app);
     scanned.target.bundleID = "com.example.app";
+    scanned.target.name = "A";
     scanned.traces = std::move(traces);
     return scanned;
 }
@@ -69,6 +70,11 @@ TEST(Selection, TakesWhatTheRequestNames) {
         {"a tier with loss was asked for", {.tiers = std::set{sensitive}}, {"/L/root", "secret"}},
         {"by identifier", {.selectors = {id}}, {"/L/safe"}},
         {"by path, also a contested one", {.selectors = {"/L/contested/"}}, {"/L/contested"}},
+        {"by the end of its path", {.selectors = {"root"}}, {"/L/root"}},
+        {"the application by its identifier, as by default",
+         {.selectors = {"com.example.app"}},
+         {"/Applications/A.app", "/L/safe", "/L/named"}},
+        {"its data in a reset", {.selectors = {"A"}}, {"/L/safe", "/L/named"}, RemovalMode::reset},
         {"by name, joined", {.selectors = {"secret,/L/root"}}, {"/L/root", "secret"}},
         {"unknown", {.selectors = {"/L/safe", "/L/other"}}, {"cli.select.unknown %@"}},
         {"unknown part", {.selectors = {"/L/safe,/L/other"}}, {"cli.select.unknown %@"}},

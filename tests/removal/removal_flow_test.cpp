@@ -232,7 +232,8 @@ TEST(RemovalFlow, UndoesTheRunOfTheReport) {
     EXPECT_TRUE(bench.model->isUndoing());
     bench.settle();
     EXPECT_TRUE(bench.has(bench.bundle("Alpine")));
-    EXPECT_EQ(bench.model->undoReport(), (UndoReport{2, 2, {}, 0}));
+    EXPECT_EQ(bench.model->undoReport(),
+              (UndoReport{.restoredCount = 2, .totalCount = 2, .failures = {}, .mayHaveLost = true}));
     bool dismissed = false;
     bench.model->onReportDismissed = [&] { dismissed = true; };
     bench.model->close();
@@ -291,6 +292,7 @@ TEST(RemovalFlow, AnApplicationAndItsDataGoTogetherOrNotAtAll) {
           std::pair(linked, std::string("error.reachedThroughLink Cedar /opt/apps/Cedar.app"))}) {
         bench.model->loadTargets({app});
         bench.settle();
+        EXPECT_THAT(bench.selected(), IsEmpty());
         ASSERT_TRUE(bench.model->refusal());
         bench.model->confirm();
         bench.settle();
@@ -304,7 +306,7 @@ TEST(RemovalFlow, AnApplicationAndItsDataGoTogetherOrNotAtAll) {
     bench.settle();
     for (const auto& result : bench.model->found())
         for (const auto& trace : result.traces)
-            if (trace.category == TraceCategory::application) bench.model->setSelected({trace.id}, false);
+            if (trace.category != TraceCategory::application) bench.model->setSelected({trace.id}, true);
     EXPECT_EQ(bench.model->subject(), "report.subject.of report.subject.items 2 Alpine");
     bench.model->confirm();
     bench.settle();

@@ -61,6 +61,10 @@ TEST(DefaultSelection, TakesWhatIsSafeToTake) {
             trace.contestedBy = Claimant{"com.other.app", "Other", Path("/Applications/Other.app")};
         trace.isOnlyListed = c.isOnlyListed;
         EXPECT_EQ(takenByDefault(trace), c.isTaken) << c.what;
+        ScanResult result;
+        EXPECT_EQ(takenByDefault(trace, result), c.isTaken) << c.what;
+        result.immovable = ImmovableApplication{};
+        EXPECT_FALSE(takenByDefault(trace, result)) << c.what;
     }
 }
 

@@ -4,9 +4,12 @@
 #include "cli/commands/removal_output.h"
 #include "cli/commands/review_remark.h"
 #include "cli/console.h"
+#include "cli/incomplete_output.h"
 #include "cli/json_output.h"
 #include "cli/selection.h"
 #include "removal/removal_texts.h"
+
+#include <algorithm>
 
 namespace tidwen {
 
@@ -83,24 +86,41 @@ void show(const Preview& preview, const std::vector<Trace>& left, const CommandC
     }
 }
 
-bool confirmed(const CommandContext& context, const Mac& mac, const RemovalFlowModel& model) {
+/// Where the scans of the applications could not look.
+Unseen unseenBy(const RemovalFlowModel& model) {
+    Unseen unseen;
+    const auto add = [](std::vector<Path>& all, const std::vector<Path>& more) {
+        for (const auto& path : more)
+            if (std::ranges::find(all, path) == all.end()) all.push_back(path);
+    };
+    for (const auto& result : model.found()) {
+        add(unseen.unreadableLocations, result.unreadableLocations);
+        unseen.leftOut += result.leftOut;
+    }
+    return unseen;
+}
+
+bool confirmed(const CommandContext& context, const Mac& mac, const RemovalFlowModel& model,
+               const Unseen& unseen) {
     const auto words = confirmationTexts(model.summary(), model.subject(), model.mode(), context.texts);
     if (!context.arguments.yes && context.console.canAsk() && !context.arguments.json) {
         printItems(model.chosenTargets(), context);
         printConfirmation(words, context, mac);
         printLeft(model.leftInPlace(), context);
+        printUnseen(unseen, context);
     }
     return agreed(context, context.text("cli.question %@", {words.title}), "cli.remove.needsYes");
 }
 
-void show(const RemovalReport& report, const std::vector<Trace>& left, const std::string& subject,
-          const CommandContext& context, const Mac& mac) {
+void show(const RemovalReport& report, const std::vector<Trace>& left, const Unseen& unseen,
+          const std::string& subject, const CommandContext& context, const Mac& mac) {
     if (context.arguments.json) {
-        context.console.document(json::document(report, context.texts));
+        context.console.document(json::document(report, context.texts, unseen));
         return;
     }
     printReport(report, reportTexts(report, subject, context.texts), context);
     printLeft(left, context);
+    printUnseen(unseen, context);
     if (const auto undo = undoCommandLine(report.quarantineRoot, context, mac))
         context.console.line(context.text("cli.undo.hint %@", {*undo}));
 }
@@ -131,30 +151,32 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     if (const auto refused = choose(model, *request, chosen, mode, HostPaths(mac.volume)))
         return context.refuse(*refused);
     narrow(model, {.query = searchText(context.arguments)});
-    if (model.chosenTargets().empty()) return context.refuse({"error.nothingToRemove"});
+    const auto refusal = model.refusal();
+    if (refusal && model.chosenTargets().empty()) return refuse(*refusal, context);
     const auto planned = preview(context, mac, model);
     const bool isDryRun = context.arguments.has("--dry-run");
     if (isDryRun) {
         show(planned, model.leftInPlace(), context);
         complainOfSkipped(model.skippedNames(), context);
     }
-    if (const auto problem = session.settingsProblem()) return context.refuse(*problem);
-    if (const auto refusal = model.refusal()) return refuse(*refusal, context);
+    if (refusal) return refuse(*refusal, context);
     if (isDryRun) return ExitStatus::done;
-    if (!confirmed(context, mac, model)) return ExitStatus::refused;
+    const auto unseen = unseenBy(model);
+    if (!confirmed(context, mac, model, unseen)) return ExitStatus::refused;
 
     if (!session.remove()) {
         if (const auto& why = model.errorMessage()) context.console.complain(*why);
         return ExitStatus::refused;
     }
     const auto& report = std::get<stage::Report>(model.stage()).report;
-    show(report, model.leftInPlace(), model.subject(), context, mac);
+    show(report, model.leftInPlace(), unseen, model.subject(), context, mac);
     complainOfSkipped(report.skippedNames, context);
     // Who names each item asks for nothing else.
     const bool tookAll = report.skippedNames.empty() || !request->selectors.empty();
     const bool isComplete = report.failures().empty() && !report.manifestFailure && tookAll;
     remindOfReview(context, mac.system.defaults, isComplete);
-    return isComplete && !session.someLeftOut() ? ExitStatus::done : ExitStatus::someFailed;
+    return isComplete && !session.someLeftOut() && unseen.isNothing() ? ExitStatus::done
+                                                                      : ExitStatus::someFailed;
 }
 
 std::optional<Message> idleOption(const Arguments& arguments, std::string_view meaningful) {
@@ -165,9 +187,10 @@ std::optional<Message> idleOption(const Arguments& arguments, std::string_view m
 }
 
 std::vector<OptionSyntax> removalOptions() {
-    return {{"--select", "ITEMS", "Take exactly these: paths, names or identifiers that are shown"},
-            {"--risk", "TIERS", "Take the items of these tiers: safe,review,sensitive"},
-            {"--dry-run", "", "Print the numbered steps and change nothing"}};
+    return {
+        {"--select", "ITEMS", "Take exactly these: paths or names that are shown, or all of an application"},
+        {"--risk", "TIERS", "Take the items of these tiers: safe,review,sensitive"},
+        {"--dry-run", "", "Print the numbered steps and change nothing"}};
 }
 
 } // namespace tidwen

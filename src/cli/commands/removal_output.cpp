@@ -54,9 +54,12 @@ void printLeft(const std::vector<Trace>& left, const CommandContext& context) {
             takeable.push_back(trace);
     }
     if (takeable.empty()) return;
-    const auto* shownBy = context.arguments.command == "orphans" ? "orphans" : "scan";
+    const auto& command = context.arguments.command;
+    const auto count = labels::countAndSize(takeable, context.texts);
     context.console.line(
-        context.text("cli.remove.left %@ %@", {labels::countAndSize(takeable, context.texts), shownBy}),
+        command == "installers"
+            ? context.text("cli.installers.left %@", {count})
+            : context.text("cli.remove.left %@ %@", {count, command == "orphans" ? "orphans" : "scan"}),
         Paint::caution);
 }
 

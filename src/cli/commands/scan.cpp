@@ -23,12 +23,12 @@ std::vector<Trace> byCategory(const std::vector<Trace>& traces) {
 }
 
 /// Mark, tier and size stand in columns; what follows has its own length and would only push the rest away.
-void printTraces(const std::vector<Trace>& traces, const CommandContext& context) {
+void printTraces(const ScanResult& result, const CommandContext& context) {
     using enum Table::Align;
     Table table({left, left, right});
-    const auto sorted = byCategory(traces);
+    const auto sorted = byCategory(result.traces);
     for (const auto& trace : sorted)
-        table.add({{takenByDefault(trace) ? "[x]" : "[ ]", Paint::faint},
+        table.add({{takenByDefault(trace, result) ? "[x]" : "[ ]", Paint::faint},
                    labels::risk(trace.risk, context.texts),
                    {labels::size(trace.sizeBytes, context.texts)}});
     auto lines = table.lines(2);
@@ -94,10 +94,13 @@ void printNotices(const ScanResult& result, const CommandContext& context) {
         context.console.line("  " + location.string());
 }
 
-void printTotals(const std::vector<Trace>& traces, const CommandContext& context) {
-    std::vector<Trace> taken;
-    std::copy_if(traces.begin(), traces.end(), std::back_inserter(taken), takenByDefault);
+void printTotals(const ScanResult& result, const CommandContext& context) {
+    const auto& traces = result.traces;
     context.console.line(context.text("cli.scan.found %@", {labels::countAndSize(traces, context.texts)}));
+    if (result.immovable) return context.console.line(context.text("cli.scan.takenNothing"));
+    std::vector<Trace> taken;
+    std::ranges::copy_if(traces, std::back_inserter(taken),
+                         [&](const Trace& trace) { return takenByDefault(trace, result); });
     context.console.line(context.text("cli.scan.taken %@", {labels::countAndSize(taken, context.texts)}));
 }
 
@@ -120,9 +123,9 @@ void print(const ScanResult& result, const CommandContext& context, const FileSy
     context.console.line(target.bundleURL.string(), Paint::faint);
     printNotices(result, context);
     printIncomplete(result.leftOut, result.skippedNames, context);
-    printTraces(result.traces, context);
+    printTraces(result, context);
     printPermissions(result.permissions, context);
-    printTotals(result.traces, context);
+    printTotals(result, context);
     printRights(result.traces, context, files);
 }
 

@@ -53,6 +53,35 @@ class Around(VolumeTest):
         self.assertEqual(self.call("purge", "1", "--yes", "--json").json, {"kept": [], "removedFolders": 1})
         self.assertEqual(self.call("history", "--json").json, [])
 
+    def test_purge_says_what_it_spares(self):
+        root = self.volume / self.call("remove", "Kip", "--yes", "--json").json["quarantineRoot"][1:]
+        (root / "tidwen-manifest.json").write_text("{")
+        before = snapshot(self.volume)
+        self.refuse("purge", root.name, "--yes", saying="Its record is damaged")
+        run = self.call("purge", "--all", "--yes", "--json", status=1)
+        self.assertEqual(run.json, {"kept": ["/" + str(root.relative_to(self.volume))], "removedFolders": 0})
+        self.assertIn("Its record is damaged", run.errors)
+        self.assertEqual(snapshot(self.volume), before)
+        shutil.rmtree(self.home / ".Trash")
+        (self.home / ".Trash").write_text("no folder")
+        self.refuse("purge", "--all", "--yes", saying=".Trash")
+
+    def test_a_removal_names_what_it_could_not_look_at(self):
+        odd = os.fsencode(self.home) + b"/Library/Caches/com.littlefin.kip.\xffx"
+        os.mkdir(odd)
+        run = self.call("remove", "Kip", "--yes", "--json", status=1)
+        self.assertEqual(len(run.json["skippedNames"]), 1)
+        self.assertTrue(os.path.isdir(odd))
+
+    def test_what_cannot_be_removed_is_not_ticked(self):
+        os.rename(self.volume / "Applications/Kip.app", self.home / "Downloads/Kip.app")
+        kip = "/Users/alice/Downloads/Kip.app"
+        shown = self.call("scan", kip).output
+        self.assertNotIn("[x]", shown)
+        self.assertIn("“remove” refuses", shown)
+        self.refuse("remove", kip, "--yes", saying=kip)
+        self.call("remove", kip, "--select", "/Users/alice/Library/Preferences/com.littlefin.kip.plist", "--yes")
+
     def test_a_job_is_switched_off_and_on(self):
         def states():
             return {i["id"]: i["switchState"] for i in self.call("startup", "list", "--json").json["items"]}
