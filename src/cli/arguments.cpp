@@ -75,9 +75,10 @@ std::optional<EarlyExit> wrongOperandCount(const CommandSyntax& syntax,
     return std::nullopt;
 }
 
-/// The refusal of a flag that was given a value. The parser takes "--yes=false" and "--yes=" for "--yes".
-std::optional<EarlyExit> flagWithValue(const char* const* word, const char* const* end,
-                                       const std::vector<CommandSyntax>& commands) {
+/// The refusal of a flag that was given a value, and of "--volume=", as a script writes it whose variable is
+/// empty. The parser takes "--yes=false" and "--yes=" for "--yes".
+std::optional<EarlyExit> wrongValue(const char* const* word, const char* const* end,
+                                    const std::vector<CommandSyntax>& commands) {
     const CommandSyntax* command = nullptr;
     for (; word != end; ++word) {
         const std::string_view text(*word);
@@ -91,6 +92,8 @@ std::optional<EarlyExit> flagWithValue(const char* const* word, const char* cons
         if (!option) continue;
         if (option->valueName.empty() && hasValue)
             return complaint(std::string(name) + " takes no value", command);
+        if (!option->valueName.empty() && text.size() == name.size() + 1)
+            return complaint(std::string(name) + " needs a value", command);
         if (!option->valueName.empty() && !hasValue && word + 1 != end) ++word; // its value, whatever it is
     }
     return std::nullopt;
@@ -150,7 +153,7 @@ tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* 
     // All behind "--" are operands; the parser itself would give them to the wrong command.
     const auto* const end = words + count;
     const auto* const mark = std::find_if(words, end, [](std::string_view word) { return word == "--"; });
-    if (auto wrong = flagWithValue(words + std::min(count, 1), mark, commands))
+    if (auto wrong = wrongValue(words + std::min(count, 1), mark, commands))
         return tl::unexpected(std::move(*wrong));
     try {
         app.parse(static_cast<int>(mark - words), words);

@@ -47,7 +47,7 @@ const std::vector<OptionSyntax>& globalOptions() {
         {"--home", "PATH", "The home folder to look into when that Mac has several (\"/Users/alice\")"},
         {"--json", "", "Print one JSON document for programs"},
         {"--yes", "", "Answer every question with yes"},
-        {"--verbose", "", "Log to standard error what is being done"},
+        {"--verbose", "", "Print the log on standard error, not its errors alone"},
         {"--version", "", "Print the version and exit"},
         {"--help", "", "Print this help and exit"},
     };
@@ -58,7 +58,7 @@ std::string program(const std::vector<CommandSyntax>& commands) {
     Rows summaries;
     for (const auto& syntax : commands)
         summaries.emplace_back(std::string(syntax.name) + " " + operandTerm(syntax), syntax.summary);
-    return "Takes an application off a Mac with everything it left behind, and can put it all back.\n"
+    return "Takes an application off a Mac with everything it left behind, and can put back what it moved.\n"
            "\nUsage: tidwen [OPTION...] COMMAND [ARGUMENT...]\n"
            + rendered("Commands", summaries)
            + rendered("Options, before the command or after it", rows(globalOptions()))

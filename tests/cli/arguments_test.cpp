@@ -63,6 +63,9 @@ TEST(Arguments, AFlagTakesNoValue) {
             EXPECT_NE(arguments.error().text.find("takes no value"), std::string::npos) << word;
         }
     EXPECT_EQ(parse({"--yes=false", "apps"}).error().status, 2);
+    for (const auto& words :
+         std::vector<std::vector<const char*>>{{"--volume=", "apps"}, {"apps", "--home="}})
+        EXPECT_NE(parse(words).error().text.find("needs a value"), std::string::npos) << words[0];
     const auto value = parse({"remove", "--select", "--yes=false", "X", "--", "--yes=false"});
     ASSERT_TRUE(value) << value.error().text;
     EXPECT_FALSE(value->yes) << "an option's value or an operand is no flag";
