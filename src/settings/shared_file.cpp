@@ -78,11 +78,19 @@ bool flushFolder(const fs::path& folder) {
 }
 
 /// A link's owner decides what root reads and writes through it, so it may only lead to what is his anyway.
-bool leadsToAnothers(const fs::path& link) {
+bool isLinkToAnothers(const fs::path& link) {
     struct stat self {
     }, target{};
     return ::lstat(link.c_str(), &self) == 0 && ::stat(link.c_str(), &target) == 0 && self.st_uid != 0
            && self.st_uid != target.st_uid;
+}
+
+/// The file, or a folder that it is reached through.
+bool leadsToAnothers(const fs::path& file) {
+    fs::path reached;
+    for (const auto& part : file)
+        if (isLinkToAnothers(reached /= part)) return true;
+    return false;
 }
 
 } // namespace
@@ -90,7 +98,7 @@ bool leadsToAnothers(const fs::path& link) {
 SharedFile::SharedFile(const fs::path& path, Links links) : path_(path), given_(path) {
     if (links == Links::kept) return;
     std::error_code error;
-    isForeignLink_ = ::geteuid() == 0 && fs::is_symlink(path, error) && leadsToAnothers(path);
+    isForeignLink_ = ::geteuid() == 0 && leadsToAnothers(fs::absolute(path, error));
     if (auto target = fs::weakly_canonical(path, error); !error) path_ = std::move(target);
 }
 
@@ -153,7 +161,7 @@ bool SharedFile::makeFolder() const {
 }
 
 SharedFile::Lock SharedFile::lock(std::chrono::milliseconds patience) const {
-    if (!makeFolder()) return {{}, patience};
+    if (isForeignLink_ || !makeFolder()) return {{}, patience};
     const auto path = sibling("lock");
     auto file = createFile(path);
     if (!file.isOpen() && errno == EEXIST) file = open(path, O_RDWR | O_NOFOLLOW | O_NONBLOCK);

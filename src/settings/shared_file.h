@@ -27,8 +27,8 @@ class SharedFile {
     enum class Fault {
         missing,
         linkToNothing, ///< a link that leads to no file: perhaps its disk is away
-        foreignLink,   ///< seen by root: somebody's link to what is another's
-        denied,        ///< the file or a folder above it may not be read
+        foreignLink, ///< seen by root: the file or a folder above it is somebody's link to what is another's
+        denied,      ///< the file or a folder above it may not be read
         tooLarge,
         unreadable, ///< no plain file, or the disk failed
     };

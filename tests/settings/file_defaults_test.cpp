@@ -170,13 +170,33 @@ TEST_F(FileDefaultsTest, WhatRootMakesBelongsToTheOwnerOfItsFolder) {
         expectHers(made);
 
     // Somebody's link does not make root read or write what is not theirs.
-    const auto roots = folder_.path() / "roots.plist", link = folder_.path() / "link.plist";
-    test::writeFile(roots, writeXmlPropertyList(PropertyListDictionary{{"a", 1}}));
-    fs::create_symlink(roots, link);
-    ASSERT_EQ(::lchown(link.c_str(), user, group), 0);
-    FileDefaults linked(link, log_);
-    EXPECT_EQ(linked.value("a"), std::nullopt);
-    EXPECT_FALSE(linked.setValue("a", 2));
+    const auto roots = folder_.path() / "roots", link = folder_.path() / "link.plist",
+               linkedFolder = folder_.path() / "linked";
+    fs::create_directory(roots);
+    test::writeFile(roots / "a.plist", writeXmlPropertyList(PropertyListDictionary{{"a", 1}}));
+    fs::create_symlink(roots / "a.plist", link);
+    fs::create_directory_symlink(roots, linkedFolder);
+    for (const auto& hers : {link, linkedFolder})
+        ASSERT_EQ(::lchown(hers.c_str(), user, group), 0);
+    for (const auto& file : {link, linkedFolder / "a.plist", linkedFolder / "new.plist"}) {
+        FileDefaults linked(file, log_);
+        EXPECT_EQ(linked.value("a"), std::nullopt) << file;
+        EXPECT_FALSE(linked.setValue("a", 2)) << file;
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(roots), {}), 1);
+}
+
+TEST_F(FileDefaultsTest, WhatBelongsToAnotherAccountIsReadWhereItMayBeAndNotWritten) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can take a file from its user";
+    put(writeXmlPropertyList(PropertyListDictionary{{"a", 1}}));
+    for (auto path = file_; path != folder_.path().parent_path(); path = path.parent_path())
+        fs::permissions(path, fs::perms(path == file_ ? 0644 : 0755));
+    test::asUnprivileged([&] {
+        auto defaults = open();
+        EXPECT_THAT(defaults.value("a"), Optional(PropertyListValue(1)));
+        EXPECT_EQ(defaults.problem(), std::nullopt);
+        EXPECT_FALSE(defaults.setValue("a", 2));
+    });
 }
 
 TEST_F(FileDefaultsTest, ALinkedFileIsReplacedWhereItLies) {
