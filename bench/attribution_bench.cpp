@@ -5,8 +5,10 @@
 #include "base/json.h"
 #include "base/property_list.h"
 #include "base/text.h"
+#include "scan/residue_matcher.h"
 #include "scan/residue_scanner.h"
 #include "volume/volume_file_system.h"
+#include "volume/volume_sources.h"
 
 #include <cstdio>
 #include <cstdlib>

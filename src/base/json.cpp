@@ -18,7 +18,13 @@ constexpr std::size_t maxDepth = 64;
 void writeString(std::string& out, std::string_view text) {
     const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
     out += '"';
+    const auto isPlain = [](char c) { return c >= 0x20 && c < 0x7F && c != '"' && c != '\\' && c != '/'; };
     for (std::size_t at = 0; at < text.size(); ++at) {
+        const auto start = at; // nearly all of nearly all texts is plain
+        while (at < text.size() && isPlain(text[at]))
+            ++at;
+        out.append(text, start, at - start);
+        if (at == text.size()) break;
         const char c = text[at];
         if (!isAscii(c)) {
             const auto* end = std::find_if(text.begin() + at, text.end(), isAscii);
@@ -53,10 +59,7 @@ void writeString(std::string& out, std::string_view text) {
             out += "\\t";
             break;
         default:
-            if (isPrintable(static_cast<char32_t>(c)))
-                out += c;
-            else
-                out += printable(std::string_view(&c, 1), EscapeForm::json);
+            out += printable(std::string_view(&c, 1), EscapeForm::json);
         }
     }
     out += '"';

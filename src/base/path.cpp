@@ -74,6 +74,8 @@ Path Path::parent() const {
 }
 
 Path Path::standardized() const {
+    // Without a component that begins with a point there is nothing to resolve.
+    if (!text_.starts_with('.') && text_.find("/.") == text_.npos) return *this;
     std::vector<std::string> kept;
     for (auto& part : components()) {
         if (part == ".") continue;

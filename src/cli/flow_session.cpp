@@ -22,7 +22,7 @@ MoveRights rightsOf(const Mac& mac) {
 FlowSession::FlowSession(const CommandContext& context, Mac& mac)
     : context_(context),
       mac_(mac),
-      bundles_(mac.system.files, mac.system.signatures, mac.system.user),
+      bundles_(mac.system.files, mac.system.signatures, mac.system.user, InstalledBundles::Looks::once),
       loader_(mac.system.files, mac.system.signatures),
       protectedApps_(mac.system.defaults),
       preferences_(mac.system.defaults),

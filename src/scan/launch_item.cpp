@@ -1,6 +1,7 @@
 #include "scan/launch_item.h"
 
 #include "base/text.h"
+#include "platform/budgeted_files.h"
 #include "platform/property_list_file.h"
 #include "scan/file_absence.h"
 
@@ -62,11 +63,13 @@ std::vector<LaunchItem> listLaunchItems(const FileSystem& files, const Path& fol
         if (!isAbsence(entries.error()) || isDanglingLink(files, folder)) miss(folder);
         return items;
     }
+    const auto* budget = BudgetedFiles::budgetOf(files);
     for (const auto& entry : *entries) {
         if (stop.stopRequested()) break;
         const Path file = folder / entry.name;
         if (!isVisiblePropertyList(file)) continue;
-        if (items.size() == maximumJobs) {
+        if (items.size() == maximumJobs || (budget && budget->isExhausted())) {
+            if (budget) budget->leaveOut();
             miss(folder);
             break;
         }

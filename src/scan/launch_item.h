@@ -27,9 +27,10 @@ std::optional<LaunchItem> readLaunchItem(const FileSystem& files, const Path& pl
 std::vector<std::string> readAssociatedBundleIDs(const FileSystem& files, const Path& plist);
 
 /// Every job of a folder's direct, visible "*.plist" children, in listing order. An unreadable folder is
-/// empty. Ends early, with what it has, when `stop` asks for it. `unreadable`, unless null, receives what may
-/// be or hold a job that is not in the answer: the folder when it cannot be listed or holds more than is
-/// read, and each property list that cannot be read (not: has no label).
+/// empty. Ends early, with what it has, when `stop` asks for it, after 5,000 jobs, or when the files' budget
+/// is spent; the budget counts a folder that is cut short as left out. `unreadable`, unless null, receives
+/// what may be or hold a job that is not in the answer: the folder when it cannot be listed or holds more
+/// than is read, and each property list that cannot be read (not: has no label).
 std::vector<LaunchItem> listLaunchItems(const FileSystem& files, const Path& folder, bool isSystemDomain,
                                         const StopToken& stop = {}, std::vector<Path>* unreadable = nullptr);
 

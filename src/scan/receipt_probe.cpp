@@ -1,6 +1,7 @@
 #include "scan/receipt_probe.h"
 
 #include "base/text.h"
+#include "platform/budgeted_files.h"
 #include "scan/bundle_names.h"
 #include "scan/launch_item.h"
 #include "scan/location_scan.h"
@@ -237,9 +238,15 @@ class ReceiptProbe {
 void probeReceipts(const ScanContext& context, const Receipts& receipts,
                    const std::vector<Path>& applications, TraceCollector& traces) {
     ReceiptProbe probe(context, receipts, applications, traces);
+    const auto* budget = BudgetedFiles::budgetOf(context.files);
     for (const auto& packageID : receipts.packageIDs()) {
         if (context.stop.stopRequested()) return;
-        const auto found = context.matcher.attributeIdentifier(packageID);
+        // Judging names alone takes long when there are very many.
+        if (budget && budget->isExhausted()) return budget->leaveOut();
+        const auto found = [&] {
+            const ReadBudget::Work work(budget);
+            return context.matcher.attributeIdentifier(packageID);
+        }();
         // A name is too weak a hint to take a package's whole list for the target's.
         if (!found || found->reason.kind != MatchReason::Kind::exactBundleID) continue;
         if (const auto receipt = receipts.read(packageID)) probe.judge(*receipt, found->contestedBy);

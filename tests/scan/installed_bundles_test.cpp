@@ -260,7 +260,9 @@ TEST_F(InstalledBundlesTest, ClaimsToHaveCountedNothingThatItsBudgetHides) {
     for (const auto* name : {"A", "B", "C"})
         writeBundle(volume, "/Applications/" + std::string(name) + ".app", "com.example.app", name);
     const auto lookWith = [&](std::int64_t bytes) {
-        return InstalledBundles(volume.files(), signatures, test::alice(), {.bytes = bytes}).look();
+        return InstalledBundles(volume.files(), signatures, test::alice(), InstalledBundles::Looks::many,
+                                {.bytes = bytes})
+            .look();
     };
     const auto isCut = [](const BundleSnapshot& snapshot) {
         return !snapshot.coverageWithContents().uncounted.empty();

@@ -9,23 +9,27 @@
 
 namespace tidwen {
 
-/// Answers of a reader, each kept as long as nothing changes that it was read from. Bounded: what does not fit
-/// is read again each time. May be used from any thread.
+/// Answers of a reader, each kept as long as nothing changes that it was read from. Bounded: what does not
+/// fit is read again each time. May be used from any thread.
 template<class Value>
 class RememberedReads {
   public:
-    /// The answer for the path: the remembered one while it holds, else what `read` makes of the files and the
-    /// trail that it is given. `weigh` says how many entries it holds; what it gives nothing for is not kept,
-    /// nor what was read on a spent budget.
+    /// Otherwise everything is read each time, without the cost of trails.
+    explicit RememberedReads(bool keepsAny) : keepsAny_(keepsAny) {}
+
+    /// The answer for the path: the remembered one while it holds, else what `read` makes of the files and
+    /// the trail that it is given. `weigh` says how many entries it holds; what it gives nothing for is not
+    /// kept, nor what was read on a spent budget.
     template<class Read, class Weigh>
     std::shared_ptr<const Value> read(const Path& path, const FileSystem& files, const ReadBudget& budget,
                                       const Read& read, const Weigh& weigh) {
         if (auto known = find(path); known && known->trail.isUnchanged(files)) return known->value;
-        auto fresh = std::make_shared<Remembered>();
+        auto fresh = std::make_shared<Remembered>(ReadTrail(keepsAny_));
         const TrailedFiles trailed(files, budget, fresh->trail);
         fresh->value = std::make_shared<const Value>(read(trailed, fresh->trail));
         auto value = fresh->value;
-        const auto entries = trailed.budget().isExhausted() ? std::nullopt : weigh(*value);
+        const bool isKept = keepsAny_ && !trailed.budget().isExhausted();
+        const auto entries = isKept ? weigh(*value) : std::nullopt;
         if (entries) {
             fresh->weight = *entries + fresh->trail.size();
             keep(path, std::move(fresh));
@@ -47,6 +51,8 @@ class RememberedReads {
     static constexpr std::size_t mostWeight = 200'000;
 
     struct Remembered {
+        explicit Remembered(ReadTrail none) : trail(std::move(none)) {}
+
         ReadTrail trail;
         std::shared_ptr<const Value> value;
         std::size_t weight = 0; ///< entries of the value and states of the trail
@@ -69,6 +75,7 @@ class RememberedReads {
         known_.erase(path);
     }
 
+    const bool keepsAny_;
     mutable std::mutex mutex_; ///< guards what follows
     std::map<Path, std::shared_ptr<const Remembered>> known_;
     std::size_t weight_ = 0;
@@ -80,12 +87,14 @@ struct BundleIdentity {
     bool isReadable = false; ///< its Info.plist was there and could be read
     bool isDamaged = false;  ///< its Info.plist is there and could not be read
     std::string bundleID = {};
-    std::optional<std::string> name = {};   ///< for people; absent when empty
-    std::vector<std::string> names = {};    ///< CFBundleName, CFBundleDisplayName, executable
+    std::optional<std::string> name = {}; ///< for people; absent when empty
+    std::vector<std::string> names = {};  ///< CFBundleName, CFBundleDisplayName, executable
 };
 
 /// What a look at all bundles remembers for the next one.
 struct BundleMemory {
+    explicit BundleMemory(bool keepsAny) : folders(keepsAny), identities(keepsAny), contents(keepsAny) {}
+
     RememberedReads<FileResult<std::vector<DirectoryEntry>>> folders;
     RememberedReads<BundleIdentity> identities;
     RememberedReads<BundleContents> contents;

@@ -91,7 +91,7 @@ BundleSnapshot::BundleSnapshot(const FileSystem& files, const CodeSignatures& si
     : files_(files),
       signatures_(signatures),
       budget_(budget),
-      memory_(memory ? std::move(memory) : std::make_shared<BundleMemory>()),
+      memory_(memory ? std::move(memory) : std::make_shared<BundleMemory>(false)),
       bundles_(std::move(bundles)),
       coverage_(std::move(coverage)),
       contents_(std::make_unique<LazyContents[]>(bundles_.size())) {}
@@ -147,12 +147,12 @@ BundleCoverage BundleSnapshot::coverageWithContents(const std::set<Path>& withou
 }
 
 InstalledBundles::InstalledBundles(const FileSystem& files, const CodeSignatures& signatures,
-                                   UserEnvironment user, ReadBudget::Limits limits)
+                                   UserEnvironment user, Looks looks, ReadBudget::Limits limits)
     : files_(files),
       signatures_(signatures),
       user_(std::move(user)),
       limits_(limits),
-      memory_(std::make_shared<BundleMemory>()) {}
+      memory_(std::make_shared<BundleMemory>(looks == Looks::many)) {}
 
 std::shared_ptr<const BundleSnapshot> InstalledBundles::look(const StopToken& stop) {
     const auto* outer = BudgetedFiles::budgetOf(files_);

@@ -63,9 +63,14 @@ class BundleSnapshot {
 /// reads again only what has changed.
 class InstalledBundles {
   public:
+    enum class Looks {
+        once, ///< there will hardly be another: remembering would only cost time
+        many,
+    };
+
     /// Each look may spend `limits`, when the files do not have a budget of their own.
     InstalledBundles(const FileSystem& files, const CodeSignatures& signatures, UserEnvironment user,
-                     ReadBudget::Limits limits = {});
+                     Looks looks = Looks::many, ReadBudget::Limits limits = {});
 
     /// Blocks while the disk is read, in parallel; any thread. What a spent budget hides is `uncounted`.
     std::shared_ptr<const BundleSnapshot> look(const StopToken& stop = {});

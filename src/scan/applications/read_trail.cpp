@@ -16,9 +16,10 @@ std::int64_t nanosecondsNow() {
 
 } // namespace
 
-ReadTrail::ReadTrail() : newestTrusted_(nanosecondsNow() - longestStep.count()) {}
+ReadTrail::ReadTrail(bool notes) : notes_(notes), newestTrusted_(nanosecondsNow() - longestStep.count()) {}
 
 void ReadTrail::note(const FileSystem& files, const Path& path) {
+    if (!notes_) return;
     const auto [state, isNew] = states_.try_emplace(path);
     if (isNew) state->second = stateOf(files, path);
 }

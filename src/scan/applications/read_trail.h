@@ -12,7 +12,8 @@ namespace tidwen {
 /// whether the answer still holds. For one thread.
 class ReadTrail {
   public:
-    ReadTrail();
+    /// Without `notes` it stays empty.
+    explicit ReadTrail(bool notes);
 
     /// Notes the state of what the path leads to; to be called before it is read. The first state counts.
     void note(const FileSystem& files, const Path& path);
@@ -26,6 +27,7 @@ class ReadTrail {
         std::tuple<std::uint64_t, std::uint64_t, std::uint64_t, std::int64_t, std::optional<std::int64_t>>;
     static State stateOf(const FileSystem& files, const Path& path);
 
+    bool notes_;
     std::int64_t newestTrusted_; ///< modification time, nanoseconds since 1970
     std::map<Path, State> states_;
 };
