@@ -1,6 +1,7 @@
 #include "sweep/living_jobs.h"
 
 #include "base/text.h"
+#include "platform/budgeted_files.h"
 #include "scan/job_program.h"
 #include "scan/launch_item.h"
 #include "sweep/known_owners.h"
@@ -35,13 +36,14 @@ bool worksForInstalled(const FileSystem& files, const LaunchItem& job, const Kno
 LivingJobs listLivingJobs(const FileSystem& files, const UserEnvironment& user, const KnownOwners& installed,
                           const StopToken& stop) {
     LivingJobs living;
-    JobPrograms programs(files);
+    const BudgetedFiles budgeted(files);
+    JobPrograms programs(budgeted);
     for (const auto& folder : {user.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
                                Path("/Library/LaunchDaemons")})
-        for (const auto& job : listLaunchItems(files, folder, false, stop, &living.unreadable)) {
+        for (const auto& job : listLaunchItems(budgeted, folder, false, stop, &living.unreadable)) {
             if (stop.stopRequested()) return living;
             const auto life = lifeOf(programs, job);
-            if (life == Life::living || worksForInstalled(files, job, installed)) {
+            if (life == Life::living || worksForInstalled(budgeted, job, installed)) {
                 living.labels.push_back(lowercased(job.label));
             } else if (life == Life::helper) {
                 living.helpers.push_back(lowercased(job.label));

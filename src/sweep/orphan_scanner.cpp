@@ -24,6 +24,7 @@ struct Finds {
     std::vector<Trace> traces;
     bool hasMoreThanReceipts = false;
 };
+using FindsByIdentifier = std::map<std::string, Finds>;
 
 /// Decides which candidates are nobody's, and remembers the answer per identifier.
 class OwnerJudge {
@@ -81,9 +82,70 @@ void measure(const FileSystem& files, std::vector<Trace>& traces, const StopToke
     });
 }
 
+/// Looks through the search locations for what seems to be nobody's.
+class LocationSweep {
+  public:
+    LocationSweep(const OrphanScanner::Ports& ports, const BudgetedFiles& files, const UserEnvironment& user,
+                  OwnerJudge& judge, const std::vector<SweepGap>& gaps, const StopToken& stop)
+        : ports_(ports), files_(files), user_(user), policy_(user), judge_(judge), gaps_(gaps), stop_(stop) {}
+
+    FindsByIdentifier run(OrphanScanResult& result, const OrphanScanner::OnFound& onFound) {
+        const auto locations = searchLocations(user_);
+        for (const auto& location : locations)
+            searched_.insert(location.url);
+        for (const auto& location : locations) {
+            if (stop_.stopRequested()) break;
+            if (!isToBeSearched(location)) continue;
+            if (auto candidates = listOrphanCandidates(files_, location, result.skippedNames, stop_)) {
+                take(location, std::move(*candidates), onFound);
+            } else {
+                ports_.log.warning("Unreadable location {}", location.url.string());
+                result.unreadableLocations.push_back(location.url);
+            }
+        }
+        return std::move(finds_);
+    }
+
+  private:
+    /// Not a location that is a link to another one, or to what must not be touched.
+    bool isToBeSearched(const SearchLocation& location) {
+        const auto place = ports_.files.resolve(location.url);
+        return !place || *place == location.url
+               || (searched_.insert(*place).second && !policy_.check(*place / "item"));
+    }
+
+    void take(const SearchLocation& location, std::vector<OrphanCandidate> candidates,
+              const OrphanScanner::OnFound& onFound) {
+        std::vector<Trace> traces;
+        for (auto& candidate : candidates) {
+            const auto& path = pathOf(candidate);
+            if (!canJudge(path, user_, gaps_) || !judge_.isOrphan(candidate) || policy_.check(path)) continue;
+            auto& finds = finds_[candidate.identifier];
+            if (finds.humanName.empty()) finds.humanName = candidate.humanName;
+            finds.hasMoreThanReceipts |= candidate.category != TraceCategory::receipts;
+            traces.push_back(makeOrphanTrace(std::move(candidate)));
+        }
+        candidates = {}; // there may be very many
+        measure(ports_.files, traces, stop_);
+        if (onFound && !traces.empty() && location.category != TraceCategory::receipts) onFound(traces);
+        for (auto& trace : traces)
+            finds_.find(trace.reason.value)->second.traces.push_back(std::move(trace));
+    }
+
+    const OrphanScanner::Ports& ports_;
+    const BudgetedFiles& files_;
+    const UserEnvironment& user_;
+    const PathPolicy policy_;
+    OwnerJudge& judge_;
+    const std::vector<SweepGap>& gaps_;
+    const StopToken& stop_;
+    std::set<Path> searched_; ///< each place once, whatever leads to it
+    FindsByIdentifier finds_;
+};
+
 /// Puts "com.example.app.helper" to "com.example.app" when both were found: they are one application's.
-std::map<std::string, Finds> joined(std::map<std::string, Finds>&& byIdentifier) {
-    std::map<std::string, Finds> owners;
+FindsByIdentifier joined(FindsByIdentifier&& byIdentifier) {
+    FindsByIdentifier owners;
     // A shorter form comes before what continues it. Taken out one by one: there may be very many.
     while (!byIdentifier.empty()) {
         auto node = byIdentifier.extract(byIdentifier.begin());
@@ -108,6 +170,29 @@ std::string nameFromIdentifier(const std::string& identifier) {
     auto name = identifier.substr(identifier.rfind('.') + 1);
     if (!name.empty() && name[0] >= 'a' && name[0] <= 'z') name[0] = static_cast<char>(name[0] - 'a' + 'A');
     return name;
+}
+
+/// The finds that `isStill` an orphan's, largest group first.
+std::vector<OrphanGroup> grouped(FindsByIdentifier&& finds, const KnownOwners& owners,
+                                 const std::function<bool(const Path&)>& isStill) {
+    std::vector<OrphanGroup> groups;
+    groups.reserve(finds.size());
+    for (; !finds.empty(); finds.erase(finds.begin())) {
+        auto& [identifier, each] = *finds.begin();
+        std::erase_if(each.traces, [&](const Trace& trace) { return !isStill(*movedPath(trace.action)); });
+        // A receipt alone may be that of a tool without any application.
+        if (!each.hasMoreThanReceipts || each.traces.empty() || owners.claims(identifier)) continue;
+        auto name = each.humanName.empty() ? nameFromIdentifier(identifier) : std::move(each.humanName);
+        groups.push_back({identifier, std::move(name), std::move(each.traces)});
+    }
+    std::stable_sort(groups.begin(), groups.end(),
+                     [](const auto& a, const auto& b) { return a.bytes() > b.bytes(); });
+    return groups;
+}
+
+/// Nothing that is found could be told to be nobody's.
+bool hideEverything(const std::vector<SweepGap>& gaps) {
+    return std::any_of(gaps.begin(), gaps.end(), [](const SweepGap& gap) { return !gap.isOfOthers; });
 }
 
 } // namespace
@@ -137,68 +222,22 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
     if (stop.stopRequested()) return result;
     const BudgetedFiles files(ports_.files);
     OwnerJudge judge(owners, ports_.running, isRegistered_, protectedIDs);
-    const PathPolicy policy(user_);
-    std::map<std::string, Finds> byIdentifier;
-    const auto locations = searchLocations(user_);
-    std::set<Path> linkedPlaces; // each is searched once, whatever leads to it
-    for (const auto& location : locations)
-        linkedPlaces.insert(location.url);
-    for (const auto& location : locations) {
-        if (stop.stopRequested()) break;
-        // A location that is a link to another one, or to what must not be touched.
-        const auto place = ports_.files.resolve(location.url);
-        if (place && *place != location.url
-            && (!linkedPlaces.insert(*place).second || policy.check(*place / "item")))
-            continue;
-        auto candidates = listOrphanCandidates(files, location, result.skippedNames, stop);
-        if (!candidates) {
-            ports_.log.warning("Unreadable location {}", location.url.string());
-            result.unreadableLocations.push_back(location.url);
-            continue;
-        }
-        std::erase_if(*candidates, [&](const auto& candidate) {
-            return !canJudge(pathOf(candidate), user_, gaps) || !judge.isOrphan(candidate)
-                   || policy.check(pathOf(candidate));
-        });
-        std::vector<Trace> traces;
-        for (auto& candidate : *candidates) {
-            auto& finds = byIdentifier[candidate.identifier];
-            if (finds.humanName.empty()) finds.humanName = candidate.humanName;
-            finds.hasMoreThanReceipts |= candidate.category != TraceCategory::receipts;
-            traces.push_back(makeOrphanTrace(std::move(candidate)));
-        }
-        measure(ports_.files, traces, stop);
-        if (onFound && !traces.empty() && location.category != TraceCategory::receipts) onFound(traces);
-        for (auto& trace : traces) {
-            auto& finds = byIdentifier[trace.reason.value];
-            finds.traces.push_back(std::move(trace));
-        }
-    }
+    auto finds = LocationSweep(ports_, files, user_, judge, gaps, stop).run(result, onFound);
 
     // Applications that were installed meanwhile, or stood elsewhere or were being updated at the first look.
-    const auto now = lookForOwners(installed, stop);
-    if (stop.stopRequested()) return result;
-    for (const auto& gap : now.gaps)
-        if (std::find(gaps.begin(), gaps.end(), gap) == gaps.end()) gaps.push_back(gap);
-    result.gaps = gaps;
-    result.leftOut = files.budget().leftOut();
-    auto goneOwners = joined(std::move(byIdentifier));
-    result.groups.reserve(goneOwners.size());
-    while (!goneOwners.empty()) {
-        const auto node = goneOwners.extract(goneOwners.begin());
-        const auto& identifier = node.key();
-        auto& finds = node.mapped();
-        std::erase_if(finds.traces, [&](const Trace& trace) {
-            const auto& path = *movedPath(trace.action);
-            return !canJudge(path, user_, gaps) || now.owners.holdsApplication(path);
+    // Where nothing is claimed, they change nothing.
+    if (!hideEverything(gaps)) {
+        const auto now = lookForOwners(installed, stop);
+        if (stop.stopRequested()) return result;
+        for (const auto& gap : now.gaps)
+            if (std::find(gaps.begin(), gaps.end(), gap) == gaps.end()) gaps.push_back(gap);
+        result.groups = grouped(joined(std::move(finds)), now.owners, [&](const Path& path) {
+            return canJudge(path, user_, gaps) && !now.owners.holdsApplication(path);
         });
-        // A receipt alone may be that of a tool without any application.
-        if (!finds.hasMoreThanReceipts || finds.traces.empty() || now.owners.claims(identifier)) continue;
-        auto name = finds.humanName.empty() ? nameFromIdentifier(identifier) : finds.humanName;
-        result.groups.push_back({identifier, std::move(name), std::move(finds.traces)});
     }
-    std::stable_sort(result.groups.begin(), result.groups.end(),
-                     [](const auto& a, const auto& b) { return a.bytes() > b.bytes(); });
+    if (stop.stopRequested()) return result;
+    result.gaps = std::move(gaps);
+    result.leftOut = files.budget().leftOut();
     return result;
 }
 

@@ -206,6 +206,18 @@ TEST_F(OrphanScan, KnowsADeadJobByItsProgram) {
     EXPECT_THAT(orphans(), testing::UnorderedElementsAreArray(dead));
 }
 
+TEST_F(OrphanScan, ClaimsNothingWhereAJobThatWorksMayNotHaveBeenCounted) {
+    volume.write("/opt/tool", "x");
+    volume.write(home + "Caches/com.gone.ferry/data", "x");
+    volume.write(home + "Caches/com.living.tool/data", "x");
+    for (int i = 0; i < 5'000; ++i)
+        volume.write(home + "LaunchAgents/" + std::to_string(i) + ".plist", job("com.dead.job", "/opt/none"));
+    volume.write(home + "LaunchAgents/last.plist", job("com.living.tool", "/opt/tool"));
+    const auto result = scan();
+    EXPECT_THAT(result.groups, testing::IsEmpty());
+    EXPECT_THAT(result.gaps, ElementsAre(SweepGap{Path(home + "LaunchAgents"), SweepGap::Reason::uncounted}));
+}
+
 TEST_F(OrphanScan, KnowsADeadPackageByItsFiles) {
     volume.write("/usr/local/bin/tool", "x");
     volume.write("/Library/Application Support/Engine/engine", "x");
