@@ -44,6 +44,7 @@ std::string document(const StartupItemsModel& model) {
     const auto& result = model.result.get();
     return writeJson(
         {{"items", array(result.items, [&](const StartupItem& item) { return object(item, model); })},
+         {"leftOut", result.leftOut},
          {"unreadable", array(result.unreadable, [](const Path& path) { return value(path); })}});
 }
 

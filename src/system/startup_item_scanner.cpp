@@ -1,11 +1,13 @@
 #include "system/startup_item_scanner.h"
 
 #include "base/text.h"
+#include "platform/budgeted_files.h"
 #include "scan/shared_names.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <tuple>
 
 namespace tidwen {
 
@@ -45,10 +47,11 @@ bool contains(const std::string& text, const std::string& part) {
 
 } // namespace
 
-/// Applications, prepared for being asked about many jobs; the first that fits a rule decides.
+/// Applications, prepared for being asked about many jobs; the first that fits a rule decides. Looking
+/// through them is spent from the budget.
 class StartupItemScanner::Owners {
   public:
-    explicit Owners(const std::vector<InstalledApp>& apps) {
+    Owners(const std::vector<InstalledApp>& apps, const ReadBudget& budget) : budget_(budget) {
         for (const auto& app : apps)
             add(app.url, app.name, app.bundleID);
     }
@@ -96,6 +99,7 @@ class StartupItemScanner::Owners {
 
     template<class Fits>
     const Each* first(const Fits& fits) const {
+        const ReadBudget::Work work(budget_);
         const auto found = std::find_if(owners_.begin(), owners_.end(), fits);
         return found == owners_.end() ? nullptr : &*found;
     }
@@ -117,6 +121,7 @@ class StartupItemScanner::Owners {
         });
     }
 
+    const ReadBudget& budget_;
     std::vector<Each> owners_;
 };
 
@@ -124,6 +129,21 @@ namespace {
 
 StartupItem makeItem(const LaunchItem& job, StartupItem::Source source, Owner owner) {
     return {job.label, std::move(source), job.isSystemDomain, job.programPath, std::move(owner)};
+}
+
+/// Orphans first, then as people read.
+void sortForDisplay(std::vector<StartupItem>& items) {
+    using Key = std::tuple<bool, std::string, std::size_t>;
+    std::vector<Key> order;
+    for (std::size_t i = 0; i < items.size(); ++i)
+        order.emplace_back(items[i].owner.kind != Owner::Kind::missing,
+                           displayOrderKey(lowercased(items[i].label)), i);
+    std::sort(order.begin(), order.end());
+    std::vector<StartupItem> sorted;
+    sorted.reserve(items.size());
+    for (const auto& key : order)
+        sorted.push_back(std::move(items[std::get<std::size_t>(key)]));
+    items = std::move(sorted);
 }
 
 } // namespace
@@ -138,7 +158,8 @@ Owner StartupItemScanner::attributeOwner(const std::string& label,
                                          const std::optional<std::string>& programPath,
                                          const std::vector<InstalledApp>& apps) const {
     JobPrograms programs(files_);
-    return attributeOwner(label, programPath, Owners(apps), programs);
+    const ReadBudget budget;
+    return attributeOwner(label, programPath, Owners(apps, budget), programs);
 }
 
 Owner StartupItemScanner::attributeOwner(const std::string& label,
@@ -163,54 +184,74 @@ Owner StartupItemScanner::attributeOwner(const std::string& label,
     return {isLost ? Owner::Kind::missing : Owner::Kind::unknown, {}, {}, {}};
 }
 
-/// The applications of the list first, then all other bundles that are found where bundles lie, each under
-/// both of its names.
-StartupItemScanner::Owners StartupItemScanner::ownersBeside(const std::vector<InstalledApp>& apps) const {
-    Owners owners(apps);
-    const auto bundles = installed_.look();
-    for (const auto& bundle : bundles->bundles()) {
-        if (isApplesIdentifier(lowercased(bundle.bundleID))) continue;
-        owners.add(bundle.url, bundle.name, bundle.bundleID);
-        if (bundle.place != bundle.url) owners.add(bundle.place, bundle.name, bundle.bundleID);
+/// One run: what it reads and looks through is spent from one budget.
+class StartupItemScanner::Run {
+  public:
+    Run(const StartupItemScanner& scanner, const std::vector<InstalledApp>& apps)
+        : scanner_(scanner),
+          files_(scanner.files_),
+          bundles_(scanner.installed_.look()),
+          owners_(apps, files_.budget()),
+          seesAllOwners_(bundles_->coverage().uncounted.empty()) {
+        // After the applications of the list all other bundles, each under both of its names.
+        for (const auto& bundle : bundles_->bundles()) {
+            if (isApplesIdentifier(lowercased(bundle.bundleID))) continue;
+            owners_.add(bundle.url, bundle.name, bundle.bundleID);
+            if (bundle.place != bundle.url) owners_.add(bundle.place, bundle.name, bundle.bundleID);
+        }
     }
-    return owners;
-}
 
-Owner StartupItemScanner::attribute(const LaunchItem& job, const Owners& owners,
-                                    JobPrograms& programs) const {
-    auto owner = attributeOwner(job.label, job.programPath, owners, programs);
-    if (owner.kind != Owner::Kind::missing) return owner;
-    return owners.named(readAssociatedBundleIDs(files_, job.plist)).value_or(std::move(owner));
-}
-
-StartupScanResult StartupItemScanner::scan(const std::vector<InstalledApp>& apps) const {
-    StartupScanResult result;
-    const auto owners = ownersBeside(apps);
-    JobPrograms programs(files_);
-    for (const auto& [folder, isSystemDomain] : directories(user_)) {
-        if (!files_.exists(folder)) continue;
-        const auto jobs = listLaunchItems(files_, folder, isSystemDomain);
-        if (jobs.empty() && !files_.list(folder)) result.unreadable.push_back(folder);
+    void addFolder(const Directory& directory) {
+        if (!files_.exists(directory.url)) return;
+        const auto jobs = listLaunchItems(files_, directory.url, directory.isSystemDomain);
+        if (jobs.empty() && !files_.list(directory.url)) result_.unreadable.push_back(directory.url);
         for (const auto& job : jobs)
-            result.items.push_back(
-                makeItem(job, StartupItem::Plist{job.plist}, attribute(job, owners, programs)));
+            result_.items.push_back(makeItem(job, StartupItem::Plist{job.plist}, attribute(job)));
     }
-    for (const auto& app : apps) {
+
+    void addEmbedded(const InstalledApp& app) {
         const auto library = app.url / "Contents/Library";
         for (const auto& [folder, isSystemDomain] :
              {std::pair("LaunchAgents", false), std::pair("LaunchDaemons", true)})
             for (const auto& job : listLaunchItems(files_, library / folder, isSystemDomain))
-                result.items.push_back(makeItem(job, StartupItem::Embedded{app.url, app.name},
-                                                {Owner::Kind::installed, app.name, app.bundleID, {}}));
+                result_.items.push_back(makeItem(job, StartupItem::Embedded{app.url, app.name},
+                                                 {Owner::Kind::installed, app.name, app.bundleID, {}}));
     }
-    std::stable_sort(result.items.begin(), result.items.end(),
-                     [](const StartupItem& a, const StartupItem& b) {
-                         const bool aIsOrphan = a.owner.kind == Owner::Kind::missing,
-                                    bIsOrphan = b.owner.kind == Owner::Kind::missing;
-                         if (aIsOrphan != bIsOrphan) return aIsOrphan;
-                         return compareForDisplay(lowercased(a.label), lowercased(b.label)) < 0;
-                     });
-    return result;
+
+    StartupScanResult take() {
+        sortForDisplay(result_.items);
+        result_.leftOut = files_.budget().leftOut();
+        return std::move(result_);
+    }
+
+  private:
+    Owner attribute(const LaunchItem& job) {
+        const auto& budget = files_.budget();
+        if (budget.isExhausted()) return budget.leaveOut(), Owner{Owner::Kind::unknown, {}, {}, {}};
+        auto owner = scanner_.attributeOwner(job.label, job.programPath, owners_, programs_);
+        if (owner.kind != Owner::Kind::missing) return owner;
+        if (auto named = owners_.named(readAssociatedBundleIDs(files_, job.plist))) return *named;
+        // Whoever was not looked at may own it.
+        if (!seesAllOwners_ || budget.isExhausted()) owner.kind = Owner::Kind::unknown;
+        return owner;
+    }
+
+    const StartupItemScanner& scanner_;
+    const BudgetedFiles files_;
+    std::shared_ptr<const BundleSnapshot> bundles_;
+    Owners owners_;
+    bool seesAllOwners_;
+    JobPrograms programs_{files_};
+    StartupScanResult result_;
+};
+
+StartupScanResult StartupItemScanner::scan(const std::vector<InstalledApp>& apps) const {
+    Run run(*this, apps);
+    for (const auto& directory : directories(user_))
+        run.addFolder(directory);
+    for (const auto& app : apps)
+        run.addEmbedded(app);
+    return run.take();
 }
 
 } // namespace tidwen

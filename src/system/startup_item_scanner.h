@@ -34,7 +34,8 @@ class StartupItemScanner {
           installed_(installed),
           isRegistered_(std::move(isRegistered)) {}
 
-    /// `apps`: the inventory, whose embedded jobs are listed. A job may be any other bundle's, too.
+    /// `apps`: the inventory, whose embedded jobs are listed. A job may be any other bundle's, too. Bounded
+    /// by a budget; when not all owners could be looked at, no job is `missing` its own.
     StartupScanResult scan(const std::vector<InstalledApp>& apps) const;
 
     StartupItem::Owner attributeOwner(const std::string& label, const std::optional<std::string>& programPath,
@@ -46,8 +47,7 @@ class StartupItemScanner {
 
   private:
     class Owners;
-    Owners ownersBeside(const std::vector<InstalledApp>& apps) const;
-    StartupItem::Owner attribute(const LaunchItem& job, const Owners& owners, JobPrograms& programs) const;
+    class Run;
     StartupItem::Owner attributeOwner(const std::string& label, const std::optional<std::string>& programPath,
                                       const Owners& owners, JobPrograms& programs) const;
 

@@ -87,6 +87,33 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
     }
 }
 
+TEST(StartupItemScanner, SaysWhatItLeftOutAndCallsNothingGoneWithoutAllOwners) {
+    const test::TemporaryVolume volume;
+    InstalledBundles bundles(volume.files(), signatures, test::alice());
+    const StartupItemScanner scanner(volume.files(), test::alice(), bundles,
+                                     [](const std::string&) { return false; });
+    const auto write = [&](int number) {
+        volume.write("/Library/LaunchAgents/" + std::to_string(number) + ".plist",
+                     writeXmlPropertyList(PropertyListDictionary{{"Label", "com.gone.job"}}));
+    };
+    write(0);
+    const auto few = scanner.scan({});
+    ASSERT_EQ(few.items.size(), 1u);
+    EXPECT_EQ(few.items[0].owner.kind, OwnerKind::missing);
+    EXPECT_EQ(few.leftOut, 0u);
+
+    for (int i = 0; i < 5'001; ++i)
+        write(i);
+    const auto many = scanner.scan({});
+    EXPECT_EQ(many.items.size(), 5'000u);
+    EXPECT_EQ(many.leftOut, 1u);
+
+    for (int i = 0; i < 2'100; ++i)
+        volume.makeFolder("/Users/alice/Downloads/"
+                          + std::to_string(i)); // more than are searched for bundles
+    EXPECT_EQ(scanner.scan({}).items.front().owner.kind, OwnerKind::unknown);
+}
+
 TEST(StartupItemScanner, KnowsJobsOfEveryBundle) {
     const test::TemporaryVolume volume;
     InstalledBundles bundles(volume.files(), signatures, test::alice());

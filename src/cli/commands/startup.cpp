@@ -1,6 +1,7 @@
 #include "base/executor.h"
 #include "cli/commands/confirmed_removal.h"
 #include "cli/console.h"
+#include "cli/incomplete_output.h"
 #include "cli/json_startup.h"
 #include "cli/table.h"
 #include "inventory/installed_applications.h"
@@ -125,6 +126,7 @@ class StartupSession {
         }
         for (const auto& folder : result.unreadable)
             context_.console.line(context_.text("cli.unreadable %@", {folder.string()}), Paint::caution);
+        printIncomplete(result.leftOut, {}, context_);
         if (result.items.empty()) context_.console.line(context_.text("startup.empty.title"));
     }
 
