@@ -26,6 +26,15 @@ FileKind kindOfEntry(int folder, const char* name, unsigned char type) {
     return item ? kindOf(item->st_mode) : FileKind::other;
 }
 
+OsResult<std::vector<DirectoryEntry>> entriesIn(FolderListing& listing, int folder) {
+    std::vector<DirectoryEntry> entries;
+    while (const char* name = listing.next())
+        entries.push_back({.name = name, .kind = kindOfEntry(folder, name, listing.type())});
+    if (listing.fault()) return tl::unexpected(listing.fault());
+    std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
+    return entries;
+}
+
 } // namespace
 
 Descriptor openFolderToRead(int folder, const char* name) {
@@ -37,14 +46,20 @@ Descriptor openFolderToRead(int folder, const char* name) {
 FolderListing::FolderListing(int folder) {
     // A stream owns its descriptor: it gets one of its own. Both share one position, which another listing
     // may have left at the end.
-    Descriptor own(::fcntl(folder, F_DUPFD_CLOEXEC, 0));
+    start(Descriptor(::fcntl(folder, F_DUPFD_CLOEXEC, 0)));
+    if (stream_) ::rewinddir(stream_);
+}
+
+FolderListing::FolderListing(Descriptor folder) {
+    start(std::move(folder));
+}
+
+void FolderListing::start(Descriptor own) {
     if (own.isOpen()) stream_ = ::fdopendir(own.get());
-    if (stream_) {
+    if (stream_)
         own.release();
-        ::rewinddir(stream_);
-    } else {
+    else
         fault_ = errno;
-    }
 }
 
 FolderListing::~FolderListing() {
@@ -66,13 +81,14 @@ const char* FolderListing::next() {
 }
 
 OsResult<std::vector<DirectoryEntry>> entriesOf(int folder) {
-    std::vector<DirectoryEntry> entries;
     FolderListing listing(folder);
-    while (const char* name = listing.next())
-        entries.push_back({.name = name, .kind = kindOfEntry(folder, name, listing.type())});
-    if (listing.fault()) return tl::unexpected(listing.fault());
-    std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
-    return entries;
+    return entriesIn(listing, folder);
+}
+
+OsResult<std::vector<DirectoryEntry>> takeEntries(Descriptor folder) {
+    const int number = folder.get();
+    FolderListing listing(std::move(folder));
+    return entriesIn(listing, number);
 }
 
 } // namespace tidwen

@@ -12,11 +12,13 @@ namespace tidwen {
 /// Opens a folder by its name in another one to read its entries; never a link.
 Descriptor openFolderToRead(int folder, const char* name);
 
-/// The names in a folder that is open for reading, one after the other, without "." and "..". The descriptor
-/// stays the caller's; only one listing of it at a time.
+/// The names in a folder that is open for reading, one after the other, without "." and "..". A descriptor
+/// that is not given stays the caller's; only one listing of it at a time.
 class FolderListing {
   public:
     explicit FolderListing(int folder);
+    /// Of a folder that was just opened for this; takes it over.
+    explicit FolderListing(Descriptor folder);
     ~FolderListing();
     FolderListing(const FolderListing&) = delete;
     FolderListing& operator=(const FolderListing&) = delete;
@@ -29,6 +31,8 @@ class FolderListing {
     int fault() const { return fault_; }
 
   private:
+    void start(Descriptor own);
+
     DIR* stream_ = nullptr;
     const dirent* entry_ = nullptr;
     int fault_ = 0;
@@ -36,5 +40,7 @@ class FolderListing {
 
 /// All entries of an open folder in the order of their names' bytes.
 OsResult<std::vector<DirectoryEntry>> entriesOf(int folder);
+/// Of one that was just opened for this.
+OsResult<std::vector<DirectoryEntry>> takeEntries(Descriptor folder);
 
 } // namespace tidwen

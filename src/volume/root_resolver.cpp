@@ -205,6 +205,13 @@ FileResult<Descriptor> RootResolver::open(const Path& path, int flags, LastLink 
 
 FileResult<Place> RootResolver::place(const Path& path, LastLink last) const {
     if (!canName(path)) return refused(path, FileFault::missing);
+    const std::string name = path.lastComponent();
+    const bool isNamed = !path.isRoot() && name != "." && name != "..";
+    if (way_ == Way::kernel && last == LastLink::keep && isNamed && path.string().size() < pathLimit) {
+        Descriptor folder(openInRoot(root_.get(), path.parent().string().c_str(), searchFlags));
+        if (!folder.isOpen()) return failed(path, errno);
+        return Place{std::move(folder), name};
+    }
     Walk walk(root_.get(), last, Walk::ParentLinks::follow);
     if (const int fault = walk.run(path.string())) return failed(path, fault);
     return walk.takePlace();

@@ -172,9 +172,9 @@ FileResult<FileInfo> VolumeFileSystem::infoFollowingLinks(const Path& path) cons
 }
 
 FileResult<std::vector<DirectoryEntry>> VolumeFileSystem::list(const Path& folder) const {
-    const auto opened = impl_->resolver.open(folder, readFlags | O_DIRECTORY, LastLink::follow);
+    auto opened = impl_->resolver.open(folder, readFlags | O_DIRECTORY, LastLink::follow);
     if (!opened) return tl::unexpected(opened.error());
-    auto entries = entriesOf(opened->get());
+    auto entries = takeEntries(std::move(*opened));
     if (!entries) return failed(folder, entries.error());
     return std::move(*entries);
 }
