@@ -51,13 +51,34 @@ CodeSignature readDetached(SignatureFiles& files, const Path& folder) {
     return result;
 }
 
+/// A file whose beginning is read at once: what a signature is found by lies there, in several pieces.
+class HeadedFile {
+  public:
+    HeadedFile(SignatureFiles& files, const Path& file)
+        : files_(files), file_(file), head_(files.readRange(file, 0, headBytes)) {}
+
+    std::string read(std::uint64_t offset, std::size_t length) {
+        const bool isInHead = offset <= head_.size() && length <= head_.size() - offset;
+        if (isInHead) return head_.substr(static_cast<std::size_t>(offset), length);
+        if (head_.size() == headBytes) return files_.readRange(file_, offset, length);
+        return offset < head_.size() ? head_.substr(static_cast<std::size_t>(offset)) : std::string();
+    }
+
+  private:
+    static constexpr std::size_t headBytes = 16u << 10;
+
+    SignatureFiles& files_;
+    const Path& file_;
+    std::string head_;
+};
+
 } // namespace
 
 CodeSignature FileCodeSignatures::read(const Path& bundle, const Path& executable) const {
     SignatureFiles files(files_);
-    auto signature = readMachOSignature([&](std::uint64_t offset, std::size_t length) {
-        return files.readRange(executable, offset, length);
-    });
+    HeadedFile file(files, executable);
+    auto signature = readMachOSignature(
+        [&](std::uint64_t offset, std::size_t length) { return file.read(offset, length); });
     if (signature == CodeSignature{}) signature = readDetached(files, bundle / "Contents/_CodeSignature");
     signature.isUnreadable = files.missedSome();
     return signature;
