@@ -415,7 +415,7 @@ TEST_F(Scanner, TakesNothingFromOtherHomes) {
                              "Users/alice/Projects/Marlin Notes:Users/alice/Library/Logs/Marlin Notes")}};
     EXPECT_THAT(found(),
                 testing::UnorderedElementsAre("caches exactBundleID: ~WebKit/com.corvella.marlin.notes",
-                                              "logs nameToken: ~Logs/Marlin Notes"));
+                                              "caches nameToken: ~WebKit/Marlin Notes"));
 }
 
 TEST_F(Scanner, TakesNoSharedFileOnTheWordOfAPackageAlone) {
@@ -429,7 +429,7 @@ TEST_F(Scanner, TakesNoSharedFileOnTheWordOfAPackageAlone) {
         {"opt/tools/bounce", "only listed, com.brightwell.studio"}, // in its package too
         {"opt/tools/marlin notes", "com.brightwell.studio"},        // likewise
         {"Users/Shared/Brightwell Studio/a", "only listed, com.brightwell.studio"},
-        {"opt/tools/com.brightwell.studio-b", "only listed, com.brightwell.studio"},
+        {"opt/tools/com.brightwell.studio.b", "only listed, com.brightwell.studio"},
         {"opt/Marlin Notes/c", ""},
     };
     receipts.all = {{"com.brightwell.studio.pkg", Path("/opt"), {"tools/bounce", "tools/Marlin Notes"}},
