@@ -17,7 +17,8 @@ Value object(const AppRecord& app) {
 Value object(const BundleCoverage& owners) {
     return {{"unreadable", array(owners.unreadable, toValue)},
             {"uncounted", array(owners.uncounted, toValue)},
-            {"damaged", array(owners.damaged, toValue)}};
+            {"damaged", array(owners.damaged, toValue)},
+            {"absent", array(owners.absent, toValue)}};
 }
 
 Value object(const ScanResult& result) {

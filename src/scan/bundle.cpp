@@ -13,26 +13,40 @@ namespace {
 // The largest Info.plists in use (every document type of an office suite) stay below 200 KB.
 constexpr PropertyListLimits infoLimits = {.bytes = 4u << 20, .nodes = 200'000, .depth = 64};
 
-std::optional<PropertyListDictionary> readInfo(const FileSystem& files, const Path& contents) {
-    const auto list = readPropertyList(files, contents / "Info.plist", infoLimits);
+std::optional<PropertyListDictionary> readInfo(const FileSystem& files, const Path& infoFile) {
+    const auto list = readPropertyList(files, infoFile, infoLimits);
     const auto* dictionary = list ? list->asDictionary() : nullptr;
     return dictionary ? std::optional(*dictionary) : std::nullopt;
 }
 
-/// The folder whose Info.plist describes the bundle; "Contents" when there is none at all.
-Path contentsFolder(const FileSystem& files, const Path& root) {
-    const auto holdsInfo = [&](const Path& folder) { return files.exists(folder / "Info.plist"); };
-    Path contents = root / "Contents";
-    if (holdsInfo(contents)) return contents;
-    if (holdsInfo(root)) return root;
+/// The item of this name, in other letter case when there is none in this: a Mac's disk does not tell them
+/// apart, while a copy of it may lie on one that does.
+Path itemNamed(const FileSystem& files, const Path& folder, std::string_view name) {
+    Path item = folder / name;
+    if (files.exists(item)) return item;
+    const auto entries = files.list(folder);
+    if (!entries) return item;
+    const auto wanted = lowercased(name);
+    for (const auto& entry : *entries)
+        if (lowercased(entry.name) == wanted) return folder / entry.name;
+    return item;
+}
+
+/// The Info.plist that describes the bundle; the one in "Contents" when there is none at all.
+Path findInfo(const FileSystem& files, const Path& root) {
+    const auto infoIn = [&](const Path& folder) { return itemNamed(files, folder, "Info.plist"); };
+    Path info = infoIn(itemNamed(files, root, "Contents"));
+    if (files.exists(info)) return info;
+    if (Path flat = infoIn(root); files.exists(flat)) return flat;
 
     // A link to "Wrapper/<name>.app". One that leads out of the bundle would lend it a stranger's identity.
     const auto wrapped = files.resolve(root / "WrappedBundle");
     const auto resolvedRoot = files.resolve(root);
     const bool staysInside =
         wrapped && resolvedRoot && *wrapped != *resolvedRoot && wrapped->isWithin(*resolvedRoot);
-    if (staysInside && holdsInfo(*wrapped)) return root / "WrappedBundle";
-    return contents;
+    if (!staysInside) return info;
+    const Path ofWrapped = infoIn(root / "WrappedBundle");
+    return files.exists(ofWrapped) ? ofWrapped : info;
 }
 
 /// One name, not a way out of its folder.
@@ -65,13 +79,21 @@ std::optional<Bundle> Bundle::open(const FileSystem& files, const Path& root) {
 
     // Nearly all bundles have it where Macs put it, and hundreds are opened for one scan: when it is there,
     // nothing else has to be asked.
-    if (auto info = readInfo(files, root / "Contents"))
-        return Bundle{.root = root, .contents = root / "Contents", .info = std::move(info)};
+    const Path contents = root / "Contents";
+    Path infoFile = contents / "Info.plist";
+    if (auto info = readInfo(files, infoFile))
+        return Bundle{
+            .root = root, .contents = contents, .infoFile = std::move(infoFile), .info = std::move(info)};
     if (!files.isDirectoryFollowingLinks(root)) return std::nullopt;
-    const Path contents = contentsFolder(files, root);
-    Bundle bundle{.root = root, .contents = contents, .info = readInfo(files, contents)};
-    bundle.isDamaged = !bundle.info && mayBeThere(files, contents / "Info.plist");
+    infoFile = findInfo(files, root);
+    Bundle bundle{
+        .root = root, .contents = infoFile.parent(), .infoFile = infoFile, .info = readInfo(files, infoFile)};
+    bundle.isDamaged = !bundle.info && mayBeThere(files, infoFile);
     return bundle;
+}
+
+bool isBundle(const FileSystem& files, const Path& folder) {
+    return files.exists(findInfo(files, folder));
 }
 
 const std::string* Bundle::infoString(std::string_view key) const {
@@ -102,7 +124,8 @@ bool Bundle::infoFlag(std::string_view key) const {
 Path Bundle::executable() const {
     const auto* declared = infoString("CFBundleExecutable");
     const std::string file = declared && isPlainName(*declared) ? *declared : root.stem();
-    return contents == root / "Contents" ? contents / "MacOS" / file : contents / file;
+    const bool isDeep = contents != root && lowercased(contents.lastComponent()) == "contents";
+    return isDeep ? contents / "MacOS" / file : contents / file;
 }
 
 } // namespace tidwen

@@ -18,6 +18,7 @@ struct Bundle {
     /// The folder that holds Info.plist: "Contents", the bundle itself when it is flat, or the application
     /// that a wrapper from the phone's store holds.
     Path contents;
+    Path infoFile; ///< its Info.plist in whatever letter case, or where it would lie
     std::optional<PropertyListDictionary> info; ///< absent: no Info.plist, or one that cannot be read
     bool isDamaged = false;                     ///< there is, or may be, an Info.plist that cannot be read
 
@@ -38,22 +39,30 @@ struct Bundle {
     Path executable() const;
 };
 
+/// The folder holds the Info.plist that makes it a bundle, readable or not; its name does not.
+bool isBundle(const FileSystem& files, const Path& folder);
+
 /// What lies inside a bundle.
 struct EmbeddedBundles {
-    std::vector<std::string> identifiers; ///< each once, sorted, without Apple's
-    bool isComplete = true;               ///< looked through to the end
+    std::vector<std::string> identifiers;  ///< each once, sorted, without Apple's
+    std::vector<std::string> inFrameworks; ///< likewise, of what lies in its frameworks
+    bool isComplete = true;                ///< looked through to the end
     bool isReadable = true;               ///< nothing on the way was there and could not be read
 };
 
+/// Many applications carry the same frameworks. What lies in one says nothing about whose a find is, but it
+/// is in use as long as any of them is there.
+enum class Frameworks { leftOut, entered };
+
 /// Identifiers that belong to what lies inside a bundle: nested applications, extensions, XPC services,
-/// plug-ins and login items, and the privileged tools that its Info.plist declares. Frameworks and what lies
-/// in them are left out: many applications carry the same ones, so a find there says nothing about whose it
-/// is. Bounded in depth and number; ends early, with what it has, when `stop` asks for it. `onBundle` is
-/// called with each nested bundle.
-EmbeddedBundles findEmbeddedBundles(const FileSystem& files, const Bundle& bundle, const StopToken& stop = {},
+/// plug-ins and login items, and the privileged tools that its Info.plist declares. Bounded in depth and
+/// number; ends early, with what it has, when `stop` asks for it. `onBundle` is called with each nested
+/// bundle, those in frameworks that are entered too.
+EmbeddedBundles findEmbeddedBundles(const FileSystem& files, const Bundle& bundle, Frameworks frameworks,
+                                    const StopToken& stop = {},
                                     const std::function<void(const Bundle&)>& onBundle = {});
 
-/// The identifiers alone; none when the bundle cannot be opened.
+/// The identifiers alone, without those in frameworks; none when the bundle cannot be opened.
 std::vector<std::string> embeddedBundleIDs(const FileSystem& files, const Path& bundle,
                                            const StopToken& stop = {});
 

@@ -82,6 +82,8 @@ void addEmbeddedJobs(const ResidueMatcher& matcher, TraceCollector& traces) {
 
 /// What other bundles own is only known where they were looked for.
 void logCoverage(const BundleCoverage& coverage, Log& log) {
+    for (const auto& folder : coverage.absent)
+        log.warning("Folder of applications is not there: {}", printable(folder.string()));
     for (const auto& folder : coverage.unreadable)
         log.warning("Folder of applications cannot be read: {}", printable(folder.string()));
     for (const auto& folder : coverage.uncounted)

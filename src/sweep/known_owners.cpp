@@ -96,6 +96,10 @@ KnownOwners::KnownOwners(const BundleSnapshot& bundles) {
             addIdentifier(job.label);
         for (const auto& group : contents.groups)
             addIdentifier(withoutGroupMarks(group));
+        // Helpers are called "Updater" or "Agent": too little to tell whose an identifier is.
+        for (const auto& name : contents.embeddedNames)
+            if (auto canonical = canonicalForm(name); !canonical.empty())
+                folders_.insert(std::move(canonical));
         for (const auto& name : bundle.names)
             addName(name, bundle.isApplication);
         if (bundle.isApplication && bundle.isReadable)

@@ -27,8 +27,8 @@ class KnownOwners {
     /// `identifier` is in lower case.
     bool claims(std::string_view identifier) const;
 
-    /// Would an installed application, or its maker, call a folder so? What lies in it is theirs, whatever
-    /// it is called itself.
+    /// Would an installed application, a helper in it, or its maker call a folder so? What lies in it is
+    /// theirs, whatever it is called itself.
     bool ownsFolder(std::string_view name) const;
 
     /// The item is an application, or would take one along.

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
 
 namespace tidwen {
 namespace {
@@ -16,12 +17,19 @@ namespace {
 constexpr std::size_t mostPackages = 2'000;
 constexpr std::size_t mostLooks = 200'000;
 
+/// "com.example.app.helper" continues "com.example.app", which continues itself.
+bool continues(std::string_view identifier, std::string_view form) {
+    return identifier.starts_with(form)
+           && (identifier.size() == form.size() || identifier[form.size()] == '.');
+}
+
 class PackageJudge {
   public:
     PackageJudge(const FileSystem& files, const UserEnvironment& user)
         : files_(files), locations_(searchLocations(user)) {}
 
     bool lives(const Receipt& receipt) {
+        const auto identifier = lowercased(receipt.packageID);
         bool lostApplication = false, hasLeftover = false;
         Path application;
         for (const auto& file : receipt.files) {
@@ -33,7 +41,7 @@ class PackageJudge {
                 if (isThere(application, FileKind::directory)) return true;
                 lostApplication = true;
             } else if (isThere(path, FileKind::regular)) {
-                if (!isLeftover(path)) return true;
+                if (!isOwnLeftover(path, identifier)) return true;
                 hasLeftover = true;
             }
         }
@@ -41,11 +49,13 @@ class PackageJudge {
     }
 
   private:
-    /// What cannot be looked at may be there.
+    /// What cannot be looked at may be there, and so may what a link leads to; but "/etc", "/tmp" and "/var"
+    /// are links of macOS itself.
     bool isThere(const Path& path, FileKind kind) {
         --looksLeft_;
-        const auto info = files_.infoFollowingLinks(path);
-        if (info) return info->kind == kind;
+        const auto info = files_.info(path);
+        if (info)
+            return info->kind == kind || (info->kind == FileKind::symbolicLink && !path.parent().isRoot());
         return info.error().fault != FileFault::missing && info.error().fault != FileFault::notDirectory;
     }
 
@@ -56,13 +66,22 @@ class PackageJudge {
         return std::nullopt;
     }
 
-    /// Nothing else than what any application leaves behind when it is dragged away.
-    bool isLeftover(const Path& path) const {
+    /// Lies where the sweep itself would find it by the package's identifier: nothing else than what any
+    /// application leaves behind when it is dragged away. Bundles and privileged tools work without one.
+    bool isOwnLeftover(const Path& path, std::string_view identifier) const {
         const auto parts = path.components();
-        return std::none_of(parts.begin(), parts.end(), isBundleName)
-               && std::any_of(locations_.begin(), locations_.end(), [&](const SearchLocation& location) {
-                      return path.isWithinIgnoringCase(location.url);
-                  });
+        if (std::any_of(parts.begin(), parts.end(), isBundleName)
+            || path.isWithinIgnoringCase(Path("/Library/PrivilegedHelperTools")))
+            return false;
+        return std::any_of(locations_.begin(), locations_.end(), [&](const SearchLocation& location) {
+            const auto depth = location.url.components().size();
+            if (parts.size() <= depth || !path.isWithinIgnoringCase(location.url)) return false;
+            auto found = identifierInName(parts[depth]);
+            if (found.empty() && location.style == SearchLocation::Style::vendorNestedChildren
+                && parts.size() > depth + 1)
+                found = identifierInName(parts[depth + 1]);
+            return !found.empty() && (continues(found, identifier) || continues(identifier, found));
+        });
     }
 
     const FileSystem& files_;

@@ -84,6 +84,22 @@ TEST_F(InstalledBundlesTest, FollowsLinksToTheBundleTheyName) {
     EXPECT_EQ(snapshot->bundles()[1].place, Path("/Elsewhere/Folder/In.app"));
 }
 
+TEST_F(InstalledBundlesTest, TellsABundleByItsInfoAndNotByItsName) {
+    const std::pair<const char*, const char*> infos[] = {
+        {"/Applications/Suite.bundle/In.app/Contents/Info.plist", "com.example.in"},
+        {"/Applications/Games.app/Board/Chess.app/Contents/Info.plist", "com.example.chess"},
+        {"/Applications/Lower.app/contents/info.PLIST", "com.example.lower"},
+        {"/Applications/Flat.app/info.plist", "com.example.flat"}};
+    for (const auto& [file, identifier] : infos) {
+        volume.write(file, writeXmlPropertyList(PropertyListDictionary{{"CFBundleIdentifier", identifier}}));
+        const auto snapshot = look();
+        EXPECT_THAT(eachOf(snapshot->bundles(), &OwningBundle::bundleID), testing::Contains(identifier));
+        snapshot->readAllContents({});
+        for (std::size_t i = 0; i < snapshot->bundles().size(); ++i)
+            EXPECT_EQ(snapshot->contents(i).isComplete, snapshot->bundles()[i].isReadable) << file;
+    }
+}
+
 TEST_F(InstalledBundlesTest, ContentsAreWhatABundleDeclaresAndCarries) {
     writeBundle(volume, "/Applications/Own.app",
                 {{"CFBundleIdentifier", "com.example.own"},
@@ -91,6 +107,12 @@ TEST_F(InstalledBundlesTest, ContentsAreWhatABundleDeclaresAndCarries) {
                  {"CFBundleExecutable", "run"},
                  {"SMPrivilegedExecutables", PropertyListDictionary{{"com.example.tool", "anchor"}}}});
     writeBundle(volume, "/Applications/Own.app/Contents/PlugIns/Ext.appex", "com.example.ext", "Ext");
+    const std::string engine = "/Applications/Own.app/Contents/Frameworks/Engine.framework";
+    writeBundle(volume, engine + "/Versions/A/Helpers/Tab.app", "com.example.tab", "Tab");
+    writeBundle(volume, engine + "/Versions/A/Helpers/Tab.app/Contents/PlugIns/Two.appex", "com.example.two",
+                "Two");
+    volume.link(engine + "/Versions/Current", "A");
+    volume.link(engine + "/Helpers", "Versions/Current/Helpers");
     volume.write("/Applications/Own.app/Contents/Library/LaunchDaemons/job.plist",
                  writeXmlPropertyList(PropertyListDictionary{{"Label", "com.example.job"}}));
     const auto snapshot = look();
@@ -98,8 +120,10 @@ TEST_F(InstalledBundlesTest, ContentsAreWhatABundleDeclaresAndCarries) {
     EXPECT_THAT(snapshot->bundles()[0].names, testing::ElementsAre("Own", "run"));
     const auto& contents = snapshot->contents(0);
     EXPECT_TRUE(contents.isComplete);
-    EXPECT_THAT(contents.embeddedIDs, testing::ElementsAre("com.example.ext", "com.example.tool"));
-    EXPECT_THAT(contents.groups, testing::ElementsAre("group.Own", "group.Ext"));
+    EXPECT_THAT(contents.embeddedIDs, testing::ElementsAre("com.example.ext", "com.example.tab",
+                                                           "com.example.tool", "com.example.two"));
+    EXPECT_THAT(contents.groups, testing::ElementsAre("group.Own", "group.Ext", "group.Tab", "group.Two"));
+    EXPECT_THAT(contents.embeddedNames, testing::ElementsAre("Ext", "Tab", "Two"));
     ASSERT_EQ(contents.jobs.size(), 1u);
     EXPECT_TRUE(contents.jobs[0].isSystemDomain);
 }
@@ -163,6 +187,7 @@ TEST_F(InstalledBundlesTest, MissesWhatLinksToAnAbsentDiskLeadTo) {
 
 TEST_F(InstalledBundlesTest, SaysWhatItCouldNotSee) {
     EXPECT_FALSE(look()->coverage().seesApplications);
+    EXPECT_THAT(look()->coverage().absent, testing::ElementsAre(Path("/Applications")));
     writeBundle(volume, "/Applications/Fine.app", "com.example.fine", "Fine");
     volume.makeFolder("/Applications/No Info.app");
     volume.write("/Applications/Broken.app/Contents/Info.plist", "<plist>");
@@ -176,6 +201,11 @@ TEST_F(InstalledBundlesTest, SaysWhatItCouldNotSee) {
     volume.link("/Applications/Away.app", "/Volumes/Drive/Away.app");
     EXPECT_THAT(look()->coverage().unreadable, testing::ElementsAre(Path("/Applications/Away.app")));
     std::filesystem::remove(volume.host("/Applications/Away.app"));
+    volume.makeFolder("/Users/alice/Applications/1/2/3/4/5/6/7/8/9/10/11/12");
+    EXPECT_THAT(look()->coverage().uncounted, testing::ElementsAre(Path("/Users/alice/Downloads")));
+    volume.makeFolder("/Users/alice/Applications/1/2/3/4/5/6/7/8/9/10/11/12/Any.app");
+    EXPECT_THAT(look()->coverage().uncounted,
+                testing::ElementsAre(Path("/Users/alice/Applications"), Path("/Users/alice/Downloads")));
 
     volume.makeFolder("/Applications/Closed");
     volume.makeFolder("/Users/bob/Library/Services");

@@ -91,7 +91,11 @@ TEST_F(OrphanScan, LeavesAloneWhatAnybodyCouldClaim) {
         {"/Library/Printers/Maker/Tools/Queue.app", "com.printer.queue"},
         {"/Library/Image Capture/Devices/Scan.app", "com.scanner.device"},
         {"/Library/Filesystems/Maker/Disk.fs", "com.disk.files"},
-        {"/Applications/Marlin.app/Contents/PlugIns/S.appex/Contents/XPCServices/Two.xpc", "org.two.deep"}};
+        {"/Applications/Suite.bundle/In.app", "com.suite.tool"},
+        {"/Applications/Marlin.app/Contents/PlugIns/S.appex/Contents/XPCServices/Two.xpc", "org.two.deep"},
+        {"/Applications/Marlin.app/Contents/Frameworks/E.framework/Versions/A/Helpers/H.app",
+         "org.engine.tab"},
+        {"/Applications/Marlin.app/Contents/Library/LoginItems/Zeppelin.app", "org.login.item"}};
     for (const auto& [bundle, owner] : owners) {
         test::writeBundle(volume, bundle, owner, "Any Name");
         volume.write(home + "Preferences/" + owner + ".plist", "x");
@@ -112,13 +116,14 @@ TEST_F(OrphanScan, LeavesAloneWhatAnybodyCouldClaim) {
         "Preferences/org.cups.PrintingPrefs.plist",    // Apple's under another name
         "Preferences/edu.mit.Kerberos.plist",
         "Group Containers/group.is.workflow.my.app/x",
-        "Application Support/Marlin/com.third.plugin/x",  // in the folder of an application
-        "Application Support/Capture/com.third.plugin/x", // in that of its maker
-        "Preferences/com.corvella.tidwen.plist",          // ours
-        "Preferences/loginwindow.plist",                  // no identifier
-        "Preferences/some.thing.else.plist",              // begins with no domain
-        "Preferences/com.two.plist",                      // too short to tell
-        "Caches/Gone Application/x",                      // a name alone
+        "Application Support/Marlin/com.third.plugin/x",   // in the folder of an application
+        "Application Support/Capture/com.third.plugin/x",  // in that of its maker
+        "Application Support/Zeppelin/com.third.plugin/x", // in that of its helper
+        "Preferences/com.corvella.tidwen.plist",           // ours
+        "Preferences/loginwindow.plist",                   // no identifier
+        "Preferences/some.thing.else.plist",               // begins with no domain
+        "Preferences/com.two.plist",                       // too short to tell
+        "Caches/Gone Application/x",                       // a name alone
         "Preferences/com.protected.app.plist",
         "Preferences/com.registered.app.helper.plist",
         "Application Support/com.apple.sharedfilelist/com.gone.thing/x",
@@ -224,6 +229,10 @@ TEST_F(OrphanScan, KnowsADeadPackageByItsFiles) {
     volume.write("/Library/LaunchDaemons/com.sold.app.plist",
                  job("com.sold.app", "/Applications/Sold.app/x"));
     volume.write("/Library/Spotlight/Index.mdimporter/Contents/x", "x");
+    volume.link("/usr/local/bin/away", "/Volumes/Away/tool");
+    for (const auto* left : {"PrivilegedHelperTools/com.rooted.app.tool", "Application Support/Half/x",
+                             "Application Support/com.data.engine/x"})
+        volume.write(std::string("/Library/") + left, "x");
     const struct {
         std::string identifier;
         std::vector<std::string> files;
@@ -237,6 +246,14 @@ TEST_F(OrphanScan, KnowsADeadPackageByItsFiles) {
         {"com.both.app", {"Applications/Both.app/Contents/x", "usr/local/bin/tool"}, true},
         {"com.sold.app",
          {"Applications", "Applications/Sold.app/x", "Library/LaunchDaemons/com.sold.app.plist"},
+         false},
+        {"com.away.pkg", {"usr/local/bin/away"}, true},
+        {"com.half.app", {"Applications/Half.app/x", "Library/Application Support/Half/x"}, true},
+        {"com.rooted.app",
+         {"Applications/Rooted.app/x", "Library/PrivilegedHelperTools/com.rooted.app.tool"},
+         true},
+        {"com.data.engine",
+         {"Applications/Data.app/x", "Library/Application Support/com.data.engine/x"},
          false},
         {"com.gone.pkg", {"usr/local/bin", "usr/local/bin/gone", "../../usr/local/bin"}, false},
         {"com.empty.pkg", {}, false},

@@ -62,7 +62,8 @@ void printPermissions(const PermissionAudit::Result& permissions, const CommandC
 /// An account sees little of the homes of others, so a few names stand for many.
 void printOwners(const BundleCoverage& owners, const CommandContext& context) {
     constexpr std::size_t mostShown = 5;
-    std::vector<Path> places = owners.unreadable;
+    std::vector<Path> places = owners.absent;
+    places.insert(places.end(), owners.unreadable.begin(), owners.unreadable.end());
     places.insert(places.end(), owners.uncounted.begin(), owners.uncounted.end());
     places.insert(places.end(), owners.damaged.begin(), owners.damaged.end());
     if (places.empty()) return;

@@ -4,6 +4,8 @@
 #include "scan/bundle.h"
 
 #include <algorithm>
+#include <iterator>
+#include <set>
 
 namespace tidwen {
 namespace {
@@ -13,6 +15,12 @@ void addSigned(BundleContents& contents, const CodeSignature& signature) {
     for (const auto& group : signature.applicationGroups)
         if (std::find(groups.begin(), groups.end(), group) == groups.end()) groups.push_back(group);
     if (signature.isUnreadable) contents.isReadable = false;
+}
+
+void addNames(std::set<std::string>& names, const Bundle& inner) {
+    names.insert(inner.root.stem());
+    for (const auto* key : {"CFBundleName", "CFBundleDisplayName"})
+        if (const auto* name = inner.infoString(key)) names.insert(*name);
 }
 
 bool isBudgetSpent(const FileSystem& files) {
@@ -28,10 +36,14 @@ BundleContents readBundleContents(const FileSystem& files, const CodeSignatures&
     const auto opened = Bundle::open(files, bundle);
     if (!opened) return contents;
     addSigned(contents, signatures.read(bundle, opened->executable()));
-    auto embedded = findEmbeddedBundles(files, *opened, stop, [&](const Bundle& inner) {
+    std::set<std::string> names;
+    auto embedded = findEmbeddedBundles(files, *opened, Frameworks::entered, stop, [&](const Bundle& inner) {
+        addNames(names, inner);
         addSigned(contents, signatures.read(inner.root, inner.executable()));
     });
-    contents.embeddedIDs = std::move(embedded.identifiers);
+    contents.embeddedNames.assign(names.begin(), names.end());
+    std::set_union(embedded.identifiers.begin(), embedded.identifiers.end(), embedded.inFrameworks.begin(),
+                   embedded.inFrameworks.end(), std::back_inserter(contents.embeddedIDs));
     std::vector<Path> unreadable;
     for (const bool isSystemDomain : {false, true}) {
         const Path folder =
@@ -42,7 +54,7 @@ BundleContents readBundleContents(const FileSystem& files, const CodeSignatures&
     if (opened->isDamaged || !embedded.isReadable || !unreadable.empty()) contents.isReadable = false;
     // A bundle that was taken away in the middle may hold more than was seen.
     contents.isComplete = contents.isReadable && embedded.isComplete && opened->identifier()
-                          && !stop.stopRequested() && files.exists(opened->contents / "Info.plist")
+                          && !stop.stopRequested() && files.exists(opened->infoFile)
                           && !isBudgetSpent(files);
     return contents;
 }

@@ -6,8 +6,9 @@
 namespace tidwen {
 namespace {
 
-// Suites lie in folders of folders: "/Applications/Maker/Suite 2024/Tools/Extras/Tool.app".
-constexpr int applicationDepth = 7;
+// Suites lie in folders of folders: "/Applications/Maker/Suite 2024/Tools/Extras/Tool.app". What lies deeper
+// keeps anybody from saying that an application is gone, so it is far more than suites need.
+constexpr int applicationDepth = 12;
 // More homes than any Mac has.
 constexpr std::size_t maximumHomes = 200;
 
@@ -123,6 +124,8 @@ std::vector<BundlePlace> bundlePlaces(const FileSystem& files, const UserEnviron
     const auto homes = homesOf(files, user, unreadable);
     for (const auto& home : homes)
         places.push_back(placeBelow(home, applications));
+    for (auto& place : places)
+        place.isCountedOut = true;
     for (const auto& row : systemRows)
         places.push_back(placeBelow(Path("/"), row));
     for (const auto& row : libraryRows)

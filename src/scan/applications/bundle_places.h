@@ -14,6 +14,7 @@ struct BundlePlace {
     bool isOptional = false; ///< private by nature: of another user, so it is not missed when unreadable
     int linkDepth = 0;       ///< in how many levels, its own the first, links to folders are followed, too
     int furtherDepth = 0; ///< levels below `depth` that are searched as far as a bound goes, and not missed
+    bool isCountedOut = false; ///< folders deeper than that are missed
 };
 
 /// All such folders of this Mac, those of applications first; they need not exist. Folders of homes that

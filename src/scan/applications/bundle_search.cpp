@@ -1,6 +1,8 @@
 #include "scan/applications/bundle_search.h"
 
 #include "base/parallel.h"
+#include "platform/budgeted_files.h"
+#include "scan/bundle.h"
 #include "scan/bundle_names.h"
 #include "scan/file_absence.h"
 
@@ -116,12 +118,30 @@ class BundleSearch {
         known->second = folder.depthLeft;
 
         for (const auto& entry : **folder.entries) {
+            if (stop_.stopRequested()) {
+                uncounted_.insert(places_[folder.place].folder);
+                return;
+            }
             const Path item = folder.path / entry.name;
-            if (isBundleName(entry.name))
-                addBundle(folder, entry, item);
-            else if (folder.depthLeft > 0)
+            if (isBundleName(entry.name)) {
+                const auto bundle = addBundle(folder, entry, item);
+                // A folder may be called like a bundle and hold applications all the same.
+                if (!bundle || isBundle(BudgetedFiles(files_, budget_), *bundle)) continue;
+            }
+            if (folder.depthLeft > 0)
                 addFolder(folder, entry, item, below);
+            else if (places_[folder.place].isCountedOut)
+                noteDeeper(folder, entry, item);
         }
+    }
+
+    /// A folder that the search does not reach may hold applications.
+    void noteDeeper(const Folder& folder, const DirectoryEntry& entry, const Path& item) {
+        if (entry.kind == FileKind::symbolicLink) {
+            const auto real = followLink(folder, item);
+            if (!real || depths_.contains(*real)) return;
+        }
+        uncounted_.insert(places_[folder.place].folder);
     }
 
     void noteUnreadable(const Folder& folder) {
@@ -145,20 +165,22 @@ class BundleSearch {
         }
     }
 
-    void addBundle(const Folder& folder, const DirectoryEntry& entry, const Path& item) {
+    /// Where it lies, without links; nothing when it is no folder or one too many.
+    std::optional<Path> addBundle(const Folder& folder, const DirectoryEntry& entry, const Path& item) {
         Path real = folder.realPath / entry.name;
         if (entry.kind == FileKind::symbolicLink) {
             auto followed = followLink(folder, item);
-            if (!followed) return;
+            if (!followed) return std::nullopt;
             real = std::move(*followed);
         } else if (entry.kind != FileKind::directory) {
-            return;
+            return std::nullopt;
         }
         if (found_.names.size() >= maximumBundles && !found_.names.contains(real)) {
             uncounted_.insert(places_[folder.place].folder);
-            return;
+            return std::nullopt;
         }
         found_.names[real].push_back(item);
+        return real;
     }
 
     void addFolder(const Folder& folder, const DirectoryEntry& entry, const Path& item,

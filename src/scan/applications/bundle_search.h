@@ -18,10 +18,10 @@ struct FoundBundles {
     std::vector<Path> listed;     ///< the places that are there and were listed themselves
 };
 
-/// Looks for bundles in the places, level by level, in parallel. Never into bundles; a link is followed to
-/// the bundle it names. Each place has a bound of its own, so that one that was made to have no end does not
-/// hide the others. Folders that have not changed since `memory` saw them are not listed again; on a spent
-/// budget the places that are left are `uncounted`.
+/// Looks for bundles in the places, level by level, in parallel. Never into bundles, but into folders that
+/// are only called like one; a link is followed to the bundle it names. Each place has a bound of its own, so
+/// that one that was made to have no end does not hide the others. Folders that have not changed since
+/// `memory` saw them are not listed again; on a spent budget the places that are left are `uncounted`.
 FoundBundles searchBundles(const FileSystem& files, const ReadBudget& budget, BundleMemory& memory,
                            const std::vector<BundlePlace>& places, const StopToken& stop = {});
 

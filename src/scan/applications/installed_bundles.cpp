@@ -56,6 +56,11 @@ OwningBundle makeBundle(const BundleIdentity& identity, const Path& place, const
     return bundle;
 }
 
+const Path& applicationsFolder() {
+    static const Path folder("/Applications");
+    return folder;
+}
+
 bool anyWithin(const std::vector<Path>& paths, const Path& folder) {
     return std::any_of(paths.begin(), paths.end(), [&](const Path& path) { return path.isWithin(folder); });
 }
@@ -71,7 +76,7 @@ void complete(BundleCoverage& coverage, const FoundBundles& found) {
     coverage.uncounted.insert(coverage.uncounted.end(), found.uncounted.begin(), found.uncounted.end());
     for (auto* paths : {&coverage.unreadable, &coverage.uncounted, &coverage.damaged})
         sortOnce(*paths);
-    const Path applications("/Applications");
+    const auto& applications = applicationsFolder();
     coverage.seesApplications =
         std::find(found.listed.begin(), found.listed.end(), applications) != found.listed.end()
         && !anyWithin(coverage.unreadable, applications) && !anyWithin(coverage.uncounted, applications);
@@ -119,7 +124,8 @@ std::shared_ptr<const BundleContents> BundleSnapshot::readContents(const Path& b
         return readBundleContents(files, TrailedSignatures(signatures, files_, trail), bundle, stop);
     };
     const auto weigh = [](const BundleContents& contents) {
-        const auto entries = contents.embeddedIDs.size() + contents.jobs.size() + contents.groups.size();
+        const auto entries = contents.embeddedIDs.size() + contents.embeddedNames.size()
+                             + contents.jobs.size() + contents.groups.size();
         return contents.isComplete ? std::optional(entries) : std::nullopt;
     };
     return memory_->contents.read(bundle, files_, budget_, read, weigh);
@@ -160,6 +166,7 @@ std::shared_ptr<const BundleSnapshot> InstalledBundles::look(const StopToken& st
     BundleCoverage coverage;
     const auto places = bundlePlaces(BudgetedFiles(files_, budget), user_, coverage.unreadable);
     const auto found = searchBundles(files_, budget, *memory_, places, stop);
+    if (!files_.exists(applicationsFolder())) coverage.absent.push_back(applicationsFolder());
 
     const std::vector<std::pair<Path, std::vector<Path>>> named(found.names.begin(), found.names.end());
     const auto identities = readIdentities(named, budget, stop);

@@ -24,11 +24,12 @@ struct OwningBundle {
 
 /// What a bundle declares and carries inside.
 struct BundleContents {
-    std::vector<std::string> embeddedIDs; ///< helpers, extensions, login items, privileged tools
+    std::vector<std::string> embeddedIDs; ///< helpers, extensions, privileged tools; those in frameworks too
     std::vector<LaunchItem> jobs;         ///< embedded launchd jobs, agents first
     std::vector<std::string> groups;      ///< application groups as declared, the embedded bundles' too
     bool isComplete = false;              ///< read to its end
     bool isReadable = true;               ///< false: incomplete because something in it could not be read
+    std::vector<std::string> embeddedNames = {}; ///< what the embedded bundles are called, sorted
 
     friend bool operator==(const BundleContents&, const BundleContents&) = default;
 };
