@@ -182,8 +182,7 @@ class FileSystem {
     /// `ownerID` that is another than this process, and to one of root's nothing is another's. Opens folders
     /// of this user's own that forbid it for as long as it looks. `otherDisk` when something is mounted
     /// there.
-    virtual FileResult<bool> holdsOthersItems(const Path& item,
-                                              std::optional<std::uint32_t> ownerID) = 0;
+    virtual FileResult<bool> holdsOthersItems(const Path& item, std::optional<std::uint32_t> ownerID) = 0;
     /// Takes a lock between processes on a folder, which must be no link. Leaves nothing behind. `busy` when
     /// another process holds it.
     virtual FileResult<std::unique_ptr<FolderLock>> lock(const Path& folder) = 0;

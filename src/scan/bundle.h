@@ -47,7 +47,7 @@ struct EmbeddedBundles {
     std::vector<std::string> identifiers;  ///< each once, sorted, without Apple's
     std::vector<std::string> inFrameworks; ///< likewise, of what lies in its frameworks
     bool isComplete = true;                ///< looked through to the end
-    bool isReadable = true;               ///< nothing on the way was there and could not be read
+    bool isReadable = true;                ///< nothing on the way was there and could not be read
 };
 
 /// Many applications carry the same frameworks. What lies in one says nothing about whose a find is, but it

@@ -27,9 +27,7 @@ struct ScanResult {
     PermissionAudit::Result permissions; ///< read again after a removal
 
     /// Every place was looked at. What other bundles own may still be unknown (`owners`), and permissions.
-    bool isComplete() const {
-        return unreadableLocations.empty() && skippedNames.empty() && leftOut == 0;
-    }
+    bool isComplete() const { return unreadableLocations.empty() && skippedNames.empty() && leftOut == 0; }
 };
 
 } // namespace tidwen

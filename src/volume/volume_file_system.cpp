@@ -354,8 +354,7 @@ FileResult<void> VolumeFileSystem::removeTree(const Path& folder) {
     return {};
 }
 
-FileResult<bool> VolumeFileSystem::holdsOthersItems(const Path& item,
-                                                    std::optional<std::uint32_t> ownerID) {
+FileResult<bool> VolumeFileSystem::holdsOthersItems(const Path& item, std::optional<std::uint32_t> ownerID) {
     const auto place = impl_->resolver.placeForChange(item);
     if (!place) return tl::unexpected(place.error());
     const auto answer = tidwen::holdsOthersItems(place->folder.get(), place->name.c_str(), ownerID);

@@ -295,7 +295,7 @@ TEST_F(InstalledBundlesTest, ClaimsToHaveCountedNothingThatItsBudgetHides) {
             .look();
     };
     const auto isCut = [](const BundleSnapshot& snapshot) {
-        return !snapshot.coverageWithContents().uncounted.empty();
+        return !snapshot.coverageWithContents().isComplete();
     };
     const auto atOnce = lookWith(1);
     EXPECT_TRUE(isCut(*atOnce));

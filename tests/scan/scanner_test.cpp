@@ -302,13 +302,13 @@ TEST_F(Scanner, FoldsWhatReceiptsList) {
 }
 
 TEST_F(Scanner, CountsWhatIsInsideTheBundleAsItsOwn) {
-    test::writeBundle(volume, bundle + "/Contents/XPCServices/x.xpc", "com.corvella.engine.service", "x");
+    test::writeBundle(volume, bundle + "/Contents/XPCServices/x.xpc", "com.corvella.engine", "x");
     test::writeBundle(volume, bundle + "/Contents/PlugIns/y.appex", "com.other.app", "y");
     target.loginItemBundleIDs = {"com.corvella.login.item"};
     installed.push_back(test::owner("/Applications/Other.app", "com.other.app", "Other"));
-    for (const auto* name : {"com.corvella.engine.service", "com.other.app", "com.corvella.login.item.x"})
+    for (const auto* name : {"com.corvella.engine", "com.other.app", "com.corvella.login.item.x"})
         volume.makeFolder(library + "Caches/" + name);
-    EXPECT_THAT(found(), ElementsAre("caches exactBundleID: ~Caches/com.corvella.engine.service",
+    EXPECT_THAT(found(), ElementsAre("caches exactBundleID: ~Caches/com.corvella.engine",
                                      "caches exactBundleID: ~Caches/com.corvella.login.item.x"));
 }
 

@@ -220,7 +220,8 @@ TEST_F(OrphanScan, ClaimsNothingWhereAJobThatWorksMayNotHaveBeenCounted) {
     volume.write(home + "LaunchAgents/last.plist", job("com.living.tool", "/opt/tool"));
     const auto result = scan();
     EXPECT_THAT(result.groups, testing::IsEmpty());
-    EXPECT_THAT(result.gaps, ElementsAre(SweepGap{Path(home + "LaunchAgents"), SweepGap::Reason::uncounted}));
+    EXPECT_THAT(result.gaps,
+                ElementsAre(SweepGap{Path(home + "LaunchAgents"), SweepGap::Reason::unreadable}));
 }
 
 TEST_F(OrphanScan, KnowsADeadPackageByItsFiles) {

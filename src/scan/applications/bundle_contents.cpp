@@ -54,8 +54,7 @@ BundleContents readBundleContents(const FileSystem& files, const CodeSignatures&
     if (opened->isDamaged || !embedded.isReadable || !unreadable.empty()) contents.isReadable = false;
     // A bundle that was taken away in the middle may hold more than was seen.
     contents.isComplete = contents.isReadable && embedded.isComplete && opened->identifier()
-                          && !stop.stopRequested() && files.exists(opened->infoFile)
-                          && !isBudgetSpent(files);
+                          && !stop.stopRequested() && files.exists(opened->infoFile) && !isBudgetSpent(files);
     return contents;
 }
 

@@ -13,9 +13,10 @@ namespace tidwen {
 /// What a search for bundles found, and where it could not look.
 struct FoundBundles {
     std::map<Path, std::vector<Path>> names; ///< place without links → the names it was found under
-    std::vector<Path> unreadable; ///< folders that could not be listed, and links to applications that are away
-    std::vector<Path> uncounted;  ///< folders whose search stopped at a bound, by `stop` or on a spent budget
-    std::vector<Path> listed;     ///< the places that are there and were listed themselves
+    std::vector<Path>
+        unreadable; ///< folders that could not be listed, and links to applications that are away
+    std::vector<Path> uncounted; ///< folders whose search stopped at a bound, by `stop` or on a spent budget
+    std::vector<Path> listed;    ///< the places that are there and were listed themselves
 };
 
 /// Looks for bundles in the places, level by level, in parallel. Never into bundles, but into folders that

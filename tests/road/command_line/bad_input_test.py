@@ -71,8 +71,9 @@ class BadInput(VolumeTest):
         os.symlink("/Volumes/Away/Ferrypoint.app", self.volume / "Applications/Ferrypoint.app")
         (self.home / "Library/Caches/com.ferrypoint.Ferrypoint").mkdir()
         self.refuse("remove", "/Applications/Ferrypoint.app", "--yes", saying="Ferrypoint.app")
-        claims, _ = self.claimed()
+        claims, run = self.claimed(status=1)
         self.assertEqual([item for item in claims if "ferrypoint" in item], [])
+        self.assertEqual([gap["place"] for gap in run.json["gaps"]], ["/Applications/Ferrypoint.app"])
 
     def test_an_application_that_stays_keeps_its_data(self):
         real = self.application("Users/alice/Downloads/Grebe.app", "com.grebe.app-one")
