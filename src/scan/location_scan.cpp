@@ -80,7 +80,8 @@ std::optional<Attribution> attributeJob(const ScanContext& context, const Launch
 
     const Path program(*item.programPath);
     if (!found && isInTarget(context, program))
-        found = {{MatchReason::Kind::declaredTarget, {}, MatchReason::Evidence::embedded}};
+        found = Attribution{
+            MatchReason{MatchReason::Kind::declaredTarget, {}, MatchReason::Evidence::embedded}, {}};
     if (!found) found = attributeProgram(context, program);
     if (!found || found->contestedBy) return found;
     if (!isByLabel) found->contestedBy = ownerOfJobFile(context.matcher, file);
