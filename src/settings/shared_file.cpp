@@ -88,8 +88,10 @@ bool isLinkToAnothers(const fs::path& link) {
 /// The file, or a folder that it is reached through.
 bool leadsToAnothers(const fs::path& file) {
     fs::path reached;
-    for (const auto& part : file)
-        if (isLinkToAnothers(reached /= part)) return true;
+    for (const auto& part : file) {
+        reached /= part;
+        if (isLinkToAnothers(reached)) return true;
+    }
     return false;
 }
 
