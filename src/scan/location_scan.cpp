@@ -45,13 +45,6 @@ bool isInTarget(const ScanContext& context, const Path& program) {
            || place.isWithinIgnoringCase(context.matcher.target().bundleURL.standardized());
 }
 
-/// Another application after whose identifier the job's file is called. It may rely on the file, whatever
-/// label and program that has now.
-std::optional<Claimant> ownerOfJobFile(const ResidueMatcher& matcher, std::string_view file) {
-    if (const auto own = matcher.attributeIdentifier(file)) return own->contestedBy;
-    return matcher.others().longestContinued(lowercased(composed(withoutWrappingExtension(file))));
-}
-
 } // namespace
 
 std::optional<Claimant> holderOf(const ScanContext& context, const Path& program) {
@@ -75,7 +68,8 @@ std::optional<Attribution> attributeJob(const ScanContext& context, const Launch
     auto found = context.matcher.attributeIdentifier(item.label);
     if (found) found->reason.evidence = MatchReason::Evidence::label;
     const bool isByLabel = found.has_value();
-    if (found && !found->contestedBy) found->contestedBy = ownerOfJobFile(context.matcher, file);
+    // Who the job's file is called after may rely on it, whatever label and program it has now.
+    if (found && !found->contestedBy) found->contestedBy = context.matcher.otherOwnerOf(file);
     if (!item.programPath) return found;
 
     const Path program(*item.programPath);
@@ -84,7 +78,7 @@ std::optional<Attribution> attributeJob(const ScanContext& context, const Launch
             MatchReason{MatchReason::Kind::declaredTarget, {}, MatchReason::Evidence::embedded}, {}};
     if (!found) found = attributeProgram(context, program);
     if (!found || found->contestedBy) return found;
-    if (!isByLabel) found->contestedBy = ownerOfJobFile(context.matcher, file);
+    if (!isByLabel) found->contestedBy = context.matcher.otherOwnerOf(file);
     if (!found->contestedBy && !isByLabel)
         found->contestedBy = context.matcher.others().longestContinued(lowercased(composed(item.label)));
     if (!found->contestedBy) found->contestedBy = holderOf(context, program);
