@@ -1,6 +1,7 @@
 // Manifests, journals, and requests from other processes: what is accepted can be written, reads as the same
 // again, and names no place outside its quarantine folder.
 
+#include "base/path_key.h"
 #include "base/text.h"
 #include "quarantine/manifest.h"
 #include "scan/request_inbox.h"
@@ -21,7 +22,9 @@ void requireSafe(const Path& root, const std::vector<ManifestEntry>& entries) {
         if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
         const Path source(entry.source), destination(*entry.destination);
         require(source.isAbsolute() && !source.hasTraversal());
-        require(!destination.hasTraversal() && destination.isWithin(root) && destination != root);
+        // In any letter case: a Mac's disk finds the same item.
+        require(!destination.hasTraversal() && pathKey(destination).isWithin(pathKey(root)));
+        require(pathKey(destination) != pathKey(root));
         require(isValidUtf8(entry.source) && isValidUtf8(*entry.destination));
     }
 }

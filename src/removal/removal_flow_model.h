@@ -181,7 +181,7 @@ class RemovalFlowModel {
     void showRecovered(RecoveryOutcome outcome);
     /// Why there is nothing to begin with.
     std::optional<RemovalRefusal> whyNothingIsChosen(const std::vector<RemovalTarget>& targets) const;
-    void beginUnlessRefused(std::shared_ptr<Run> run);
+    void beginUnlessRefused(const std::shared_ptr<Run>& run);
     void quitNext(std::shared_ptr<Run> run);
     void execute(std::shared_ptr<Run> run);
     void goBack(Run& run, std::optional<std::string> error);

@@ -55,7 +55,7 @@ void RemovalFlowModel::confirm() {
     run->mode = mode_;
     run->cameFrom = stage_;
     enter(stage::Removing{});
-    beginUnlessRefused(std::move(run));
+    beginUnlessRefused(run);
 }
 
 namespace {
@@ -80,7 +80,7 @@ std::optional<RemovalRefusal> RemovalFlowModel::refusal() const {
 }
 
 /// Refusals come before the first application is asked to quit and before anything is made or locked.
-void RemovalFlowModel::beginUnlessRefused(std::shared_ptr<Run> run) {
+void RemovalFlowModel::beginUnlessRefused(const std::shared_ptr<Run>& run) {
     using Outcome = tl::expected<FileResult<std::unique_ptr<FolderLock>>, RemovalRefusal>;
     inBackground(
         *this, alive_, services_.background, services_.main,
