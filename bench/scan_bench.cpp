@@ -88,7 +88,7 @@ class ScanBench {
     }
 
     std::shared_ptr<const BundleSnapshot> look() const {
-        return InstalledBundles(*files_, signatures_, user_).look();
+        return InstalledBundles(*files_, signatures_, user_).look(InstalledBundles::Reach::usual);
     }
 
     ScanResult scan(const std::string& application) const { return scan(load(application), look()); }

@@ -65,7 +65,8 @@ std::unique_ptr<ResidueScanner> FlowSession::makeScanner() {
     return std::make_unique<ResidueScanner>(
         ResidueScanner::Ports{system.files, system.receipts, system.keychain, system.systemExtensions,
                               system.texts, system.log},
-        system.user, seen_ ? std::exchange(seen_, nullptr) : bundles_.look(), rightsOf(mac_));
+        system.user, seen_ ? std::exchange(seen_, nullptr) : bundles_.look(InstalledBundles::Reach::usual),
+        rightsOf(mac_));
 }
 
 OrphanScanResult FlowSession::sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,
@@ -92,7 +93,7 @@ bool FlowSession::scan(const std::vector<std::string>& words) {
         std::all_of(words.begin(), words.end(), [](const auto& word) { return word.starts_with('/'); });
     std::vector<InstalledIdentity> installed;
     if (!areAllPaths) {
-        seen_ = bundles_.look();
+        seen_ = bundles_.look(InstalledBundles::Reach::usual);
         installed = identitiesOf(*seen_, findApplicationBundles(system.files, system.user));
     }
     const auto named = findBundles(words, ApplicationFinder(system.files, installed, HostPaths(mac_.volume)),

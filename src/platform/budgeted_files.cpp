@@ -69,11 +69,14 @@ std::optional<BudgetedFiles::Parsed> BudgetedFiles::known(const Path& file,
 std::shared_ptr<const PropertyListValue> BudgetedFiles::propertyList(const Path& file,
                                                                      const PropertyListLimits& limits) const {
     if (const auto parsed = known(file, limits)) return parsed->value;
-    const auto bytes = read(file, limits.bytes);
-    if (!bytes) return nullptr;
+    if (spent(file)) return nullptr;
+    FileResult<std::string> bytes;
     std::shared_ptr<const PropertyListValue> value;
     {
         const ReadBudget::Work work(budget_);
+        bytes = files_.read(file, limits.bytes);
+        if (!bytes) return nullptr;
+        budget_.spendBytes(bytes->size());
         if (auto parsed = parsePropertyList(*bytes, limits))
             value = std::make_shared<const PropertyListValue>(std::move(*parsed));
     }

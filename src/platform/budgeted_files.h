@@ -28,8 +28,8 @@ class BudgetedFiles : public FileSystem {
     const BudgetedFiles* budgeted() const override { return this; }
 
     /// As `readPropertyList`. A large one that many links or names lead to is parsed once.
-    std::shared_ptr<const PropertyListValue> propertyList(const Path& file,
-                                                          const PropertyListLimits& limits) const;
+    virtual std::shared_ptr<const PropertyListValue> propertyList(const Path& file,
+                                                                  const PropertyListLimits& limits) const;
 
     FileResult<std::vector<DirectoryEntry>> list(const Path& folder) const override;
     FileResult<std::string> read(const Path& file, std::size_t maxBytes) const override;

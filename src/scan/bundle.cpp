@@ -93,7 +93,7 @@ std::optional<Bundle> Bundle::open(const FileSystem& files, const Path& root) {
 }
 
 bool isBundle(const FileSystem& files, const Path& folder) {
-    return mayBeThere(files, findInfo(files, folder));
+    return mayBeThere(files, folder / "Contents/Info.plist") || mayBeThere(files, findInfo(files, folder));
 }
 
 const std::string* Bundle::infoString(std::string_view key) const {

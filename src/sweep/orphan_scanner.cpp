@@ -205,7 +205,7 @@ std::int64_t OrphanGroup::bytes() const {
 }
 
 OrphanScanner::Look OrphanScanner::lookForOwners(InstalledBundles& installed, const StopToken& stop) const {
-    const auto bundles = installed.look(stop);
+    const auto bundles = installed.look(InstalledBundles::Reach::further, stop);
     bundles->readAllContents(stop);
     KnownOwners owners(*bundles);
     const auto jobs = listLivingJobs(ports_.files, user_, owners, stop);

@@ -190,7 +190,7 @@ class StartupItemScanner::Run {
     Run(const StartupItemScanner& scanner, const std::vector<InstalledApp>& apps)
         : scanner_(scanner),
           files_(scanner.files_),
-          bundles_(scanner.installed_.look()),
+          bundles_(scanner.installed_.look(InstalledBundles::Reach::further)),
           owners_(apps, files_.budget()),
           seesAllOwners_(bundles_->coverage().uncounted.empty()) {
         // After the applications of the list all other bundles, each under both of its names.

@@ -45,7 +45,8 @@ TEST_F(Inventory, ListsBundlesButNothingInsideThem) {
                             Path("/Applications/Élan.app"), Path("/Users/alice/Applications/Own.app")));
     EXPECT_THAT(eachOf(readIdentities(volume.files(), bundles()), &InstalledIdentity::name),
                 ElementsAre("Deep 10", "apple.Tool", "Zebra", "élan", "Deep 9"));
-    const auto seen = InstalledBundles(volume.files(), signatures, test::alice()).look();
+    const auto seen =
+        InstalledBundles(volume.files(), signatures, test::alice()).look(InstalledBundles::Reach::further);
     EXPECT_EQ(eachOf(identitiesOf(*seen, bundles()), &InstalledIdentity::url),
               eachOf(readIdentities(volume.files(), bundles()), &InstalledIdentity::url));
     EXPECT_THAT(eachOf(listInstalledApps(volume.files(), signatures, bundles()), &InstalledApp::name),

@@ -21,7 +21,7 @@ class GroupPerBundle : public CodeSignatures {
 
 class InstalledBundlesTest : public testing::Test {
   protected:
-    std::shared_ptr<const BundleSnapshot> look() { return bundles.look(); }
+    std::shared_ptr<const BundleSnapshot> look() { return bundles.look(InstalledBundles::Reach::further); }
 
     test::TemporaryVolume volume;
     const GroupPerBundle signatures;
@@ -137,7 +137,7 @@ TEST_F(InstalledBundlesTest, NamesABundleOfWhichAPartCannotBeRead) {
         using std::filesystem::perms;
         const std::string contents = own.string() + "/Contents";
         const auto isNamed = [&] {
-            const auto snapshot = installed.look();
+            const auto snapshot = installed.look(InstalledBundles::Reach::further);
             snapshot->readAllContents({});
             const auto coverage = snapshot->coverageWithContents();
             EXPECT_EQ(snapshot->coverageWithContents({own}).unreadable, std::vector<Path>());
@@ -239,7 +239,7 @@ TEST(InstalledBundlesAgain, ReadsOnlyWhatHasChanged) {
     writeBundle(volume, owners + "/Raft.app", "com.example.raft", "Raft");
     writeBundle(volume, owners + "/Raft.app/Contents/Helpers/In.app", "com.example.in", "In");
     const auto look = [&] {
-        const auto snapshot = bundles.look();
+        const auto snapshot = bundles.look(InstalledBundles::Reach::further);
         snapshot->readAllContents({});
         return snapshot;
     };
@@ -292,7 +292,7 @@ TEST_F(InstalledBundlesTest, ClaimsToHaveCountedNothingThatItsBudgetHides) {
     const auto lookWith = [&](std::int64_t bytes) {
         return InstalledBundles(volume.files(), signatures, test::alice(), InstalledBundles::Looks::many,
                                 {.bytes = bytes})
-            .look();
+            .look(InstalledBundles::Reach::further);
     };
     const auto isCut = [](const BundleSnapshot& snapshot) {
         return !snapshot.coverageWithContents().isComplete();

@@ -64,8 +64,9 @@ class Disk {
         const VolumeReceipts receipts(files);
         const VolumeKeychain keychain;
         const VolumeSystemExtensions extensions(files);
-        ResidueScanner scanner({files, receipts, keychain, extensions, texts, log}, test::alice(),
-                               InstalledBundles(files, signatures, test::alice()).look(stop));
+        ResidueScanner scanner(
+            {files, receipts, keychain, extensions, texts, log}, test::alice(),
+            InstalledBundles(files, signatures, test::alice()).look(InstalledBundles::Reach::further, stop));
         const AppTarget target{.bundleURL = Path("/Applications/ferry boat.app"),
                                .bundleID = "com.ferry.boat",
                                .name = "Boat ferry"};

@@ -2,6 +2,7 @@
 
 #include "platform/budgeted_files.h"
 #include "scan/bundle.h"
+#include "scan/file_absence.h"
 
 #include <algorithm>
 #include <iterator>
@@ -21,6 +22,19 @@ void addNames(std::set<std::string>& names, const Bundle& inner) {
     names.insert(inner.root.stem());
     for (const auto* key : {"CFBundleName", "CFBundleDisplayName"})
         if (const auto* name = inner.infoString(key)) names.insert(*name);
+}
+
+/// The jobs that it registers while it is installed. False when not all of them could be read.
+bool addJobs(BundleContents& contents, const FileSystem& files, const Path& library, const StopToken& stop) {
+    const auto isThere = files.info(library); // most bundles have none, so nothing else need be asked
+    if (!isThere && isAbsence(isThere.error())) return true;
+    std::vector<Path> unreadable;
+    for (const bool isSystemDomain : {false, true}) {
+        const Path folder = library / (isSystemDomain ? "LaunchDaemons" : "LaunchAgents");
+        for (auto& job : listLaunchItems(files, folder, isSystemDomain, stop, &unreadable))
+            contents.jobs.push_back(std::move(job));
+    }
+    return unreadable.empty();
 }
 
 bool isBudgetSpent(const FileSystem& files) {
@@ -44,14 +58,8 @@ BundleContents readBundleContents(const FileSystem& files, const CodeSignatures&
     contents.embeddedNames.assign(names.begin(), names.end());
     std::set_union(embedded.identifiers.begin(), embedded.identifiers.end(), embedded.inFrameworks.begin(),
                    embedded.inFrameworks.end(), std::back_inserter(contents.embeddedIDs));
-    std::vector<Path> unreadable;
-    for (const bool isSystemDomain : {false, true}) {
-        const Path folder =
-            bundle / (isSystemDomain ? "Contents/Library/LaunchDaemons" : "Contents/Library/LaunchAgents");
-        for (auto& job : listLaunchItems(files, folder, isSystemDomain, stop, &unreadable))
-            contents.jobs.push_back(std::move(job));
-    }
-    if (opened->isDamaged || !embedded.isReadable || !unreadable.empty()) contents.isReadable = false;
+    const bool areJobsReadable = addJobs(contents, files, bundle / "Contents/Library", stop);
+    if (opened->isDamaged || !embedded.isReadable || !areJobsReadable) contents.isReadable = false;
     // A bundle that was taken away in the middle may hold more than was seen.
     contents.isComplete = contents.isReadable && embedded.isComplete && opened->identifier()
                           && !stop.stopRequested() && files.exists(opened->infoFile) && !isBudgetSpent(files);

@@ -160,11 +160,14 @@ InstalledBundles::InstalledBundles(const FileSystem& files, const CodeSignatures
       limits_(limits),
       memory_(std::make_shared<BundleMemory>(looks == Looks::many)) {}
 
-std::shared_ptr<const BundleSnapshot> InstalledBundles::look(const StopToken& stop) {
+std::shared_ptr<const BundleSnapshot> InstalledBundles::look(Reach reach, const StopToken& stop) {
     const auto* outer = BudgetedFiles::budgetOf(files_);
     const ReadBudget budget = outer ? *outer : ReadBudget(limits_);
     BundleCoverage coverage;
-    const auto places = bundlePlaces(BudgetedFiles(files_, budget), user_, coverage.unreadable);
+    auto places = bundlePlaces(BudgetedFiles(files_, budget), user_, coverage.unreadable);
+    if (reach == Reach::usual)
+        for (auto& place : places)
+            place.furtherDepth = 0;
     const auto found = searchBundles(files_, budget, *memory_, places, stop);
     if (!files_.exists(applicationsFolder())) coverage.absent.push_back(applicationsFolder());
 

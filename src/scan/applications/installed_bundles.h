@@ -72,8 +72,13 @@ class InstalledBundles {
     InstalledBundles(const FileSystem& files, const CodeSignatures& signatures, UserEnvironment user,
                      Looks looks = Looks::many, ReadBudget::Limits limits = {});
 
+    enum class Reach {
+        usual,   ///< where Macs and makers put bundles: for whoever has names of his own to go by
+        further, ///< also as deep as shops of games put them: for whoever claims what nobody seems to own
+    };
+
     /// Blocks while the disk is read, in parallel; any thread. What a spent budget hides is `uncounted`.
-    std::shared_ptr<const BundleSnapshot> look(const StopToken& stop = {});
+    std::shared_ptr<const BundleSnapshot> look(Reach reach, const StopToken& stop = {});
 
   private:
     /// Of the bundles at these places, in their order; null after a stop.

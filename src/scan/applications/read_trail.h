@@ -48,6 +48,10 @@ class TrailedFiles : public BudgetedFiles {
                                       std::size_t length) const override {
         return noted(file), BudgetedFiles::readRange(file, offset, length);
     }
+    std::shared_ptr<const PropertyListValue> propertyList(const Path& file,
+                                                          const PropertyListLimits& limits) const override {
+        return noted(file), BudgetedFiles::propertyList(file, limits);
+    }
     FileResult<FileInfo> info(const Path& path) const override {
         return noted(path), BudgetedFiles::info(path);
     }

@@ -103,8 +103,9 @@ class LiveMac {
 
   private:
     ScanResult scan(const AppTarget& target) {
-        ResidueScanner scanner({files_, receipts_, keychain_, extensions_, texts_, log_}, user_,
-                               InstalledBundles(files_, signatures_, user_).look());
+        ResidueScanner scanner(
+            {files_, receipts_, keychain_, extensions_, texts_, log_}, user_,
+            InstalledBundles(files_, signatures_, user_).look(InstalledBundles::Reach::usual));
         return scanner.scan(target);
     }
 
