@@ -5,9 +5,10 @@
 #include "base/json.h"
 #include "base/property_list.h"
 #include "base/text.h"
-#include "scan/residue_matcher.h"
-#include "scan/residue_scanner.h"
-#include "volume/volume_file_system.h"
+#include "platform/file_code_signatures.h"
+#include "posix/rooted_file_system.h"
+#include "scan/matching/residue_matcher.h"
+#include "scan/matching/residue_scanner.h"
 #include "volume/volume_sources.h"
 
 #include <cstdio>
@@ -229,7 +230,7 @@ int main(int argc, char** argv) {
     for (const auto& cask : casks)
         for (const auto& leftover : cask.leftovers)
             lay(folder, leftover);
-    if (const auto files = VolumeFileSystem::open(folder)) {
+    if (const auto files = RootedFileSystem::open(folder)) {
         Bench bench(casks, **files);
         std::printf("%zu applications\n", casks.size());
         bench.run("each alone on its Mac, nothing known of what its bundle holds", false, false);

@@ -1,10 +1,10 @@
 // Measures reading the history of 5,000 runs against reading the same manifests once, plainly.
 // Usage: history_bench FOLDER; the folder must not exist, and the volume in it is left behind.
 
+#include "posix/rooted_file_system.h"
 #include "quarantine/history.h"
 #include "quarantine/quarantine_layout.h"
 #include "stopwatch.h"
-#include "volume/volume_file_system.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -70,7 +70,7 @@ std::string readPlainly(const std::string& path) {
 int main(int argc, char** argv) {
     if (argc != 2) return std::fprintf(stderr, "usage: history_bench FOLDER\n"), 2;
     const auto manifests = writeVolume(argv[1]);
-    const auto files = VolumeFileSystem::open(argv[1]);
+    const auto files = RootedFileSystem::open(argv[1]);
     if (!files || loadHistory(alice, **files, false).size() != runs) return 1;
 
     std::size_t bytes = 0;

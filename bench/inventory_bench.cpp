@@ -4,8 +4,9 @@
 #include "base/property_list.h"
 #include "inventory/app_inventory.h"
 #include "inventory/installed_applications.h"
+#include "platform/file_code_signatures.h"
+#include "posix/rooted_file_system.h"
 #include "stopwatch.h"
-#include "volume/volume_file_system.h"
 #include "volume/volume_sources.h"
 #include "volume/volume_user.h"
 
@@ -33,7 +34,7 @@ bool readsInfo(const std::string& file) {
 int main(int argc, char** argv) {
     if (argc != 2) return std::fprintf(stderr, "usage: inventory_bench VOLUME\n"), 2;
     const auto root = std::filesystem::canonical(argv[1]).string();
-    const auto files = VolumeFileSystem::open(root);
+    const auto files = RootedFileSystem::open(root);
     const auto user = files ? findVolumeUser(**files, std::nullopt) : tl::unexpected(VolumeUserError{});
     if (!user) return std::fprintf(stderr, "%s is no volume\n", argv[1]), 1;
 

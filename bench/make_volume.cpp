@@ -3,8 +3,8 @@
 // Usage: make_volume FOLDER [APPLICATIONS [FILES [ORPHANS]]]; the folder must not exist.
 
 #include "base/property_list.h"
-#include "cli/sample/bill_of_materials_writer.h"
-#include "cli/sample/mach_o_stub.h"
+#include "sample/bill_of_materials_writer.h"
+#include "sample/mach_o_stub.h"
 
 #include <cstdio>
 #include <cstdlib>

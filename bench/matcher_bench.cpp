@@ -2,7 +2,7 @@
 // and whether both always answer the same. Usage: matcher_bench [APPLICATIONS]
 
 #include "base/text.h"
-#include "scan/residue_matcher.h"
+#include "scan/matching/residue_matcher.h"
 #include "stopwatch.h"
 
 #include <cstdlib>

@@ -3,10 +3,11 @@
 // VOLUME TIDWEN APPLICATION…; each a Mac path, the first one is held against the targets.
 
 #include "command.h"
-#include "scan/residue_scanner.h"
-#include "scan/search_location.h"
+#include "platform/file_code_signatures.h"
+#include "posix/rooted_file_system.h"
+#include "scan/matching/residue_scanner.h"
+#include "scan/policy/search_location.h"
 #include "stopwatch.h"
-#include "volume/volume_file_system.h"
 #include "volume/volume_sources.h"
 #include "volume/volume_user.h"
 
@@ -74,8 +75,8 @@ class ScanBench {
     }
 
   private:
-    static std::unique_ptr<VolumeFileSystem> opened(const std::string& root) {
-        auto files = VolumeFileSystem::open(root);
+    static std::unique_ptr<RootedFileSystem> opened(const std::string& root) {
+        auto files = RootedFileSystem::open(root);
         if (!files) std::exit(1);
         return std::move(*files);
     }
@@ -119,7 +120,7 @@ class ScanBench {
 
     std::string root_;
     std::string program_;
-    std::unique_ptr<VolumeFileSystem> files_;
+    std::unique_ptr<RootedFileSystem> files_;
     FileCodeSignatures signatures_{*files_};
     UserEnvironment user_;
 };

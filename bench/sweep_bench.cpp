@@ -3,9 +3,9 @@
 // volume of 200,000 leftovers, which is measured by itself.
 
 #include "command.h"
-#include "scan/search_location.h"
+#include "posix/rooted_file_system.h"
+#include "scan/policy/search_location.h"
 #include "stopwatch.h"
-#include "volume/volume_file_system.h"
 #include "volume/volume_user.h"
 
 #include <algorithm>
@@ -48,7 +48,7 @@ int main(int argc, char** argv) {
         return measureMany(std::filesystem::canonical(argv[2]).string(), argv[3]);
     if (argc != 3) return std::fprintf(stderr, "usage: sweep_bench VOLUME TIDWEN\n"), 2;
     const auto root = std::filesystem::canonical(argv[1]).string();
-    const auto files = VolumeFileSystem::open(root);
+    const auto files = RootedFileSystem::open(root);
     const auto user = files ? findVolumeUser(**files, std::nullopt) : tl::unexpected(VolumeUserError{});
     if (!user) return std::fprintf(stderr, "%s is no volume\n", argv[1]), 1;
 

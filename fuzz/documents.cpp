@@ -4,7 +4,7 @@
 #include "base/path_key.h"
 #include "base/text.h"
 #include "quarantine/manifest.h"
-#include "scan/request_inbox.h"
+#include "system/request_inbox.h"
 
 #include <cstdint>
 #include <cstdlib>

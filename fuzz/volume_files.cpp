@@ -2,11 +2,12 @@
 // first byte chooses the file.
 
 #include "base/text.h"
+#include "platform/file_code_signatures.h"
 #include "platform/property_list_file.h"
-#include "scan/bundle.h"
-#include "scan/container_identity.h"
-#include "scan/installed_app.h"
-#include "volume/volume_file_system.h"
+#include "posix/rooted_file_system.h"
+#include "scan/applications/bundle.h"
+#include "scan/applications/container_identity.h"
+#include "scan/applications/installed_app.h"
 #include "volume/volume_sources.h"
 
 #include <cstdlib>
@@ -39,14 +40,14 @@ struct Volume {
         root = pattern;
         for (const auto file : files)
             std::filesystem::create_directories(host(file).parent_path());
-        disk = std::move(VolumeFileSystem::open(root).value());
+        disk = std::move(RootedFileSystem::open(root).value());
     }
     ~Volume() { std::filesystem::remove_all(root); }
 
     std::filesystem::path host(std::string_view file) const { return root / file.substr(1); }
 
     std::filesystem::path root;
-    std::unique_ptr<VolumeFileSystem> disk;
+    std::unique_ptr<RootedFileSystem> disk;
     UserEnvironment user = {.home = Path("/Users/alice"), .userID = 501};
 };
 

@@ -2,7 +2,7 @@
 
 #include "base/text.h"
 #include "inventory/installed_applications.h"
-#include "scan/identifier_form.h"
+#include "scan/applications/identifier_form.h"
 
 #include <set>
 

@@ -5,7 +5,7 @@
 #include "platform/code_signatures.h"
 #include "platform/file_system.h"
 #include "removal/target_intake.h"
-#include "scan/other_applications.h"
+#include "scan/matching/other_applications.h"
 
 #include <string>
 #include <tl/expected.hpp>

@@ -7,8 +7,8 @@
 #include "quarantine/undo_service.h"
 #include "quarantine/unfinished_run.h"
 #include "removal/removal_report.h"
-#include "scan/installed_app.h"
-#include "scan/scan_result.h"
+#include "scan/applications/installed_app.h"
+#include "scan/matching/scan_result.h"
 
 #include <filesystem>
 #include <string>

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "operations/removal_operation.h"
-#include "scan/app_target.h"
-#include "scan/installed_app.h"
-#include "scan/permission_audit.h"
-#include "scan/trace.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/installed_app.h"
+#include "scan/matching/trace.h"
+#include "scan/permissions/permission_audit.h"
 
 #include <nlohmann/json.hpp>
 

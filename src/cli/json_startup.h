@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scan/permission_audit.h"
+#include "scan/permissions/permission_audit.h"
 #include "system/permissions_model.h"
 #include "system/startup_items_model.h"
 

@@ -4,7 +4,7 @@
 #include "cli/console.h"
 #include "operations/removal_operation.h"
 #include "quarantine/manifest.h"
-#include "scan/trace.h"
+#include "scan/matching/trace.h"
 
 #include <cstdint>
 #include <optional>

@@ -7,8 +7,9 @@
 #include "host/crash_reports.h"
 #include "host/curl_fetcher.h"
 #include "host/desktop_notifications.h"
-#include "operations/posix_process_runner.h"
-#include "volume/volume_file_system.h"
+#include "platform/file_code_signatures.h"
+#include "posix/posix_process_runner.h"
+#include "posix/rooted_file_system.h"
 #include "volume/volume_permission_revoker.h"
 #include "volume/volume_runner.h"
 #include "volume/volume_sources.h"
@@ -27,7 +28,7 @@ namespace {
 /// Everything that stands behind the ports while a command works on a volume.
 class VolumeMac {
   public:
-    VolumeMac(std::unique_ptr<VolumeFileSystem> files, UserEnvironment user, std::filesystem::path folder,
+    VolumeMac(std::unique_ptr<RootedFileSystem> files, UserEnvironment user, std::filesystem::path folder,
               const Arguments& arguments, const Texts& texts, Log& log)
         : files_(std::move(files)),
           user_(std::move(user)),
@@ -66,7 +67,7 @@ class VolumeMac {
     Mac& mac() { return mac_; }
 
   private:
-    std::unique_ptr<VolumeFileSystem> files_;
+    std::unique_ptr<RootedFileSystem> files_;
     UserEnvironment user_;
     FileCodeSignatures signatures_;
     VolumeReceipts receipts_;
@@ -106,7 +107,7 @@ Message describe(const VolumeUserError& error) {
 ExitStatus runOnVolume(const std::function<ExitStatus(Mac&)>& run, const CommandContext& context, Log& log) {
     const auto& folder = context.arguments.volume;
     if (!folder) return context.refuse({"cli.volume.needed"});
-    auto files = VolumeFileSystem::open(*folder);
+    auto files = RootedFileSystem::open(*folder);
     if (!files && files.error().fault == FileFault::missing)
         return context.refuse({"cli.volume.missing %@", {folder->string()}});
     if (!files)

@@ -4,7 +4,7 @@
 #include "host/launch_agent.h"
 #include "macos/fs_events.h"
 #include "macos/preferences_defaults.h"
-#include "scan/app_target.h"
+#include "scan/applications/app_target.h"
 #else
 #include "host/xdg_autostart.h"
 #include "settings/file_defaults.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scan/request_inbox.h"
+#include "system/request_inbox.h"
 
 #include <filesystem>
 #include <string>

@@ -1,7 +1,7 @@
 #include "cli/selection.h"
 
 #include "removal/chosen_items.h"
-#include "scan/default_selection.h"
+#include "scan/matching/default_selection.h"
 
 namespace tidwen {
 

@@ -3,7 +3,7 @@
 #include "base/message.h"
 #include "cli/host_paths.h"
 #include "operations/removal_operation.h"
-#include "scan/scan_result.h"
+#include "scan/matching/scan_result.h"
 
 #include <optional>
 #include <set>

@@ -6,8 +6,8 @@
 #include "inventory/usage_probe.h"
 #include "platform/budgeted_files.h"
 #include "platform/budgeted_sources.h"
-#include "scan/app_target.h"
-#include "scan/launch_item.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/launch_item.h"
 
 #include <algorithm>
 #include <optional>

@@ -5,7 +5,7 @@
 #include "platform/code_signatures.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
-#include "scan/installed_app.h"
+#include "scan/applications/installed_app.h"
 
 #include <cstdint>
 #include <functional>

@@ -2,8 +2,8 @@
 
 #include "base/texts.h"
 #include "base/timestamp.h"
-#include "scan/installed_app.h"
-#include "scan/protected_apps.h"
+#include "scan/applications/installed_app.h"
+#include "scan/applications/protected_apps.h"
 #include "settings/app_preferences.h"
 #include "settings/app_tags.h"
 

@@ -4,7 +4,7 @@
 #include "base/text.h"
 #include "platform/budgeted_files.h"
 #include "platform/budgeted_sources.h"
-#include "scan/bundle.h"
+#include "scan/applications/bundle.h"
 
 #include <algorithm>
 #include <optional>

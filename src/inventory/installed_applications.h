@@ -3,9 +3,9 @@
 #include "platform/code_signatures.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
+#include "scan/applications/installed_app.h"
 #include "scan/applications/installed_bundles.h"
-#include "scan/installed_app.h"
-#include "scan/other_applications.h"
+#include "scan/matching/other_applications.h"
 
 #include <vector>
 

@@ -3,7 +3,7 @@
 #include "platform/applications.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
-#include "scan/installed_app.h"
+#include "scan/applications/installed_app.h"
 
 #include <optional>
 #include <string_view>

@@ -1,9 +1,9 @@
 #include "operations/admin_script_runner.h"
 
 #include "operations/admin_batch.h"
-#include "operations/posix_process_runner.h"
 #include "operations/tool_arguments.h"
 #include "operations/tool_paths.h"
+#include "posix/posix_process_runner.h"
 
 #include <utility>
 

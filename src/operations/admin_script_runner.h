@@ -5,7 +5,7 @@
 #include "platform/file_system.h"
 #include "platform/process_runner.h"
 #include "platform/user_environment.h"
-#include "scan/path_policy.h"
+#include "scan/policy/path_policy.h"
 
 #include <chrono>
 #include <functional>

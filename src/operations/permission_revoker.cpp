@@ -2,10 +2,10 @@
 
 #include "base/text.h"
 #include "operations/admin_batch.h"
-#include "operations/posix_process_runner.h"
 #include "operations/tool_arguments.h"
 #include "operations/tool_paths.h"
-#include "scan/path_policy.h"
+#include "posix/posix_process_runner.h"
+#include "scan/policy/path_policy.h"
 
 #include <fmt/core.h>
 

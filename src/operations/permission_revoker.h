@@ -2,7 +2,7 @@
 
 #include "base/message.h"
 #include "platform/process_runner.h"
-#include "scan/permission_audit.h"
+#include "scan/permissions/permission_audit.h"
 
 #include <optional>
 #include <string>

@@ -2,7 +2,7 @@
 
 #include "base/path.h"
 #include "base/uuid.h"
-#include "scan/trace.h"
+#include "scan/matching/trace.h"
 
 #include <string>
 #include <string_view>

@@ -4,7 +4,7 @@
 #include "base/message.h"
 #include "operations/removal_operation.h"
 #include "platform/file_system.h"
-#include "scan/path_policy.h"
+#include "scan/policy/path_policy.h"
 
 #include <optional>
 

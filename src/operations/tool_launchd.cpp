@@ -2,11 +2,11 @@
 
 #include "base/text.h"
 #include "operations/admin_batch.h"
-#include "operations/posix_process_runner.h"
 #include "operations/tool_arguments.h"
 #include "operations/tool_lines.h"
 #include "operations/tool_paths.h"
-#include "scan/path_policy.h"
+#include "posix/posix_process_runner.h"
+#include "scan/policy/path_policy.h"
 
 #include <array>
 #include <vector>

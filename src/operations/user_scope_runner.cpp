@@ -1,11 +1,11 @@
 #include "operations/user_scope_runner.h"
 
-#include "operations/posix_process_runner.h"
 #include "operations/screened_move.h"
 #include "operations/tool_arguments.h"
 #include "operations/tool_launchd.h"
 #include "operations/tool_paths.h"
 #include "platform/property_list_file.h"
+#include "posix/posix_process_runner.h"
 
 #include <optional>
 

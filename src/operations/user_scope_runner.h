@@ -7,7 +7,7 @@
 #include "platform/keychain.h"
 #include "platform/process_runner.h"
 #include "platform/user_environment.h"
-#include "scan/path_policy.h"
+#include "scan/policy/path_policy.h"
 
 namespace tidwen {
 

@@ -2,7 +2,7 @@
 
 #include "platform/budgeted_files.h"
 #include "quarantine/quarantine_layout.h"
-#include "scan/residue_scanner.h"
+#include "scan/matching/residue_scanner.h"
 
 #include <algorithm>
 #include <tuple>

@@ -2,7 +2,7 @@
 
 #include "platform/file_system.h"
 #include "quarantine/manifest.h"
-#include "scan/path_policy.h"
+#include "scan/policy/path_policy.h"
 
 #include <optional>
 #include <vector>

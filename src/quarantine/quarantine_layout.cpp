@@ -2,7 +2,7 @@
 
 #include "base/numbered_name.h"
 #include "base/text.h"
-#include "scan/path_policy.h"
+#include "scan/policy/path_policy.h"
 
 #include <algorithm>
 #include <fmt/core.h>

@@ -5,7 +5,7 @@
 #include "base/uuid.h"
 #include "operations/admin_batch.h"
 #include "quarantine/quarantine_layout.h"
-#include "scan/path_policy.h"
+#include "scan/policy/path_policy.h"
 
 #include <fmt/core.h>
 

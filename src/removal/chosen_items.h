@@ -1,7 +1,7 @@
 #pragma once
 
 #include "removal/removal_plan.h"
-#include "scan/scan_result.h"
+#include "scan/matching/scan_result.h"
 
 #include <vector>
 

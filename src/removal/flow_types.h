@@ -3,7 +3,7 @@
 #include "base/uuid.h"
 #include "quarantine/manifest.h"
 #include "removal/removal_report.h"
-#include "scan/scan_result.h"
+#include "scan/matching/scan_result.h"
 #include "sweep/orphan_scanner.h"
 
 #include <string>

@@ -3,7 +3,7 @@
 #include "removal/chosen_items.h"
 #include "removal/removal_flow_model.h"
 #include "removal/staying_applications.h"
-#include "scan/default_selection.h"
+#include "scan/matching/default_selection.h"
 
 #include <algorithm>
 #include <iterator>

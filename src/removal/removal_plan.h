@@ -3,7 +3,7 @@
 #include "base/texts.h"
 #include "operations/removal_operation.h"
 #include "quarantine/quarantine_layout.h"
-#include "scan/app_target.h"
+#include "scan/applications/app_target.h"
 
 #include <vector>
 

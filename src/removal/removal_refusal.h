@@ -4,8 +4,8 @@
 #include "base/texts.h"
 #include "platform/user_environment.h"
 #include "removal/removal_plan.h"
-#include "scan/protected_apps.h"
-#include "scan/scan_result.h"
+#include "scan/applications/protected_apps.h"
+#include "scan/matching/scan_result.h"
 
 #include <optional>
 #include <vector>

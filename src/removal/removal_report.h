@@ -2,7 +2,7 @@
 
 #include "operations/privileged_runner.h"
 #include "quarantine/manifest.h"
-#include "scan/permission_audit.h"
+#include "scan/permissions/permission_audit.h"
 
 #include <cstdint>
 #include <optional>

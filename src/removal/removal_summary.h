@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scan/trace.h"
+#include "scan/matching/trace.h"
 
 #include <cstdint>
 #include <optional>

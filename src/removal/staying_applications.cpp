@@ -1,7 +1,7 @@
 #include "removal/staying_applications.h"
 
 #include "removal/chosen_items.h"
-#include "scan/residue_matcher.h"
+#include "scan/matching/residue_matcher.h"
 
 #include <algorithm>
 #include <set>

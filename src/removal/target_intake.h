@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/texts.h"
-#include "scan/protected_apps.h"
+#include "scan/applications/protected_apps.h"
 
 #include <string>
 #include <vector>

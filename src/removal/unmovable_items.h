@@ -2,7 +2,7 @@
 
 #include "operations/removal_operation.h"
 #include "platform/file_system.h"
-#include "scan/removability.h"
+#include "scan/policy/removability.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 #include "sweep/installer_scanner.h"
 
 #include "base/text.h"
-#include "scan/residue_scanner.h"
+#include "scan/matching/residue_scanner.h"
 
 #include <algorithm>
 #include <set>

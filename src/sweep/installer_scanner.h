@@ -3,8 +3,8 @@
 #include "base/timestamp.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
-#include "scan/installed_app.h"
-#include "scan/trace.h"
+#include "scan/applications/installed_app.h"
+#include "scan/matching/trace.h"
 
 #include <cstdint>
 #include <optional>

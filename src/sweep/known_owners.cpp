@@ -2,10 +2,10 @@
 
 #include "base/path_key.h"
 #include "base/text.h"
-#include "scan/app_target.h"
-#include "scan/bundle_names.h"
-#include "scan/residue_matcher.h"
-#include "scan/shared_names.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/bundle_names.h"
+#include "scan/matching/residue_matcher.h"
+#include "scan/matching/shared_names.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 
 #include "base/path.h"
 #include "scan/applications/installed_bundles.h"
-#include "scan/identifier_index.h"
+#include "scan/matching/identifier_index.h"
 
 #include <set>
 #include <string>

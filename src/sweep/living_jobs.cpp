@@ -2,8 +2,8 @@
 
 #include "base/text.h"
 #include "platform/budgeted_files.h"
-#include "scan/job_program.h"
-#include "scan/launch_item.h"
+#include "scan/applications/job_program.h"
+#include "scan/applications/launch_item.h"
 #include "sweep/known_owners.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "sweep/living_packages.h"
 
 #include "base/text.h"
-#include "scan/bundle_names.h"
-#include "scan/search_location.h"
+#include "scan/applications/bundle_names.h"
+#include "scan/policy/search_location.h"
 #include "sweep/known_owners.h"
 
 #include <algorithm>

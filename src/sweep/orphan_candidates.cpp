@@ -1,10 +1,10 @@
 #include "sweep/orphan_candidates.h"
 
 #include "base/text.h"
-#include "scan/bundle_names.h"
-#include "scan/container_identity.h"
-#include "scan/launch_item.h"
-#include "scan/shared_names.h"
+#include "scan/applications/bundle_names.h"
+#include "scan/applications/container_identity.h"
+#include "scan/applications/launch_item.h"
+#include "scan/matching/shared_names.h"
 #include "sweep/known_owners.h"
 
 namespace tidwen {

@@ -2,8 +2,8 @@
 
 #include "base/stop_token.h"
 #include "platform/file_system.h"
-#include "scan/search_location.h"
-#include "scan/trace.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/search_location.h"
 
 #include <optional>
 #include <string>

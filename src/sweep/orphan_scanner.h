@@ -7,7 +7,7 @@
 #include "platform/receipts.h"
 #include "platform/user_environment.h"
 #include "scan/applications/installed_bundles.h"
-#include "scan/trace.h"
+#include "scan/matching/trace.h"
 #include "sweep/known_owners.h"
 #include "sweep/sweep_gaps.h"
 

@@ -3,7 +3,7 @@
 #include "base/executor.h"
 #include "base/log.h"
 #include "platform/folder_events.h"
-#include "scan/request_inbox.h"
+#include "system/request_inbox.h"
 
 #include <cstdint>
 #include <functional>

@@ -4,7 +4,7 @@
 #include "base/observable.h"
 #include "base/texts.h"
 #include "operations/permission_revoker.h"
-#include "scan/permission_audit.h"
+#include "scan/permissions/permission_audit.h"
 
 #include <functional>
 #include <memory>

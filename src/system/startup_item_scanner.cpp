@@ -2,7 +2,7 @@
 
 #include "base/text.h"
 #include "platform/budgeted_files.h"
-#include "scan/shared_names.h"
+#include "scan/matching/shared_names.h"
 
 #include <algorithm>
 #include <array>

@@ -3,10 +3,10 @@
 #include "platform/applications.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
+#include "scan/applications/installed_app.h"
 #include "scan/applications/installed_bundles.h"
-#include "scan/installed_app.h"
-#include "scan/job_program.h"
-#include "scan/launch_item.h"
+#include "scan/applications/job_program.h"
+#include "scan/applications/launch_item.h"
 #include "system/startup_item.h"
 
 #include <functional>

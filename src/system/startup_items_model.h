@@ -6,8 +6,8 @@
 #include "base/texts.h"
 #include "platform/file_system.h"
 #include "platform/launchd.h"
-#include "scan/protected_apps.h"
-#include "scan/trace.h"
+#include "scan/applications/protected_apps.h"
+#include "scan/matching/trace.h"
 #include "system/startup_item_scanner.h"
 
 #include <functional>

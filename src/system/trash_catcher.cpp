@@ -1,8 +1,8 @@
 #include "system/trash_catcher.h"
 
 #include "base/text.h"
-#include "scan/app_target.h"
-#include "scan/bundle.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/bundle.h"
 
 namespace tidwen {
 

@@ -1,7 +1,7 @@
 #include "volume/privacy_database_editor.h"
 
-#include "scan/privacy_database.h"
-#include "volume/patient_lock.h"
+#include "posix/patient_lock.h"
+#include "scan/permissions/privacy_database.h"
 
 #include <limits>
 #include <memory>

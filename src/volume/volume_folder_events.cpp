@@ -1,6 +1,6 @@
 #include "volume/volume_folder_events.h"
 
-#include "volume/root_resolver.h"
+#include "posix/root_resolver.h"
 
 #include <fcntl.h>
 

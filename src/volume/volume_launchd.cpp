@@ -1,5 +1,5 @@
 #include "platform/property_list_file.h"
-#include "volume/patient_lock.h"
+#include "posix/patient_lock.h"
 #include "volume/volume_sources.h"
 
 #include <fmt/format.h>

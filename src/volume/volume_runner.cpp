@@ -1,7 +1,7 @@
 #include "volume/volume_runner.h"
 
 #include "operations/screened_move.h"
-#include "scan/permission_audit.h"
+#include "scan/permissions/permission_audit.h"
 #include "volume/privacy_database_editor.h"
 
 namespace tidwen {

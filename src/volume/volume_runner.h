@@ -4,7 +4,7 @@
 #include "operations/privileged_runner.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
-#include "scan/path_policy.h"
+#include "scan/policy/path_policy.h"
 
 namespace tidwen {
 

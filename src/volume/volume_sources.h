@@ -2,7 +2,6 @@
 
 #include "base/log.h"
 #include "platform/applications.h"
-#include "platform/code_signatures.h"
 #include "platform/file_system.h"
 #include "platform/keychain.h"
 #include "platform/launchd.h"
@@ -12,16 +11,6 @@
 
 /// What a running Mac answers through tools, read here from the files in which macOS keeps it.
 namespace tidwen {
-
-/// From the Mach-O file itself; a script's from "Contents/_CodeSignature".
-class FileCodeSignatures : public CodeSignatures {
-  public:
-    explicit FileCodeSignatures(const FileSystem& files) : files_(files) {}
-    CodeSignature read(const Path& bundle, const Path& executable) const override;
-
-  private:
-    const FileSystem& files_;
-};
 
 /// "/private/var/db/receipts": one property list and one bill of materials per package.
 class VolumeReceipts : public Receipts {

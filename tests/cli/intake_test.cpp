@@ -1,5 +1,6 @@
 #include "cli/intake.h"
 
+#include "platform/file_code_signatures.h"
 #include "settings/file_defaults.h"
 #include "support/fixtures.h"
 #include "volume/volume_sources.h"

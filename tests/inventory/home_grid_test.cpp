@@ -2,6 +2,7 @@
 
 #include "inventory/app_inventory.h"
 #include "inventory/usage_probe.h"
+#include "platform/file_code_signatures.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/memory_defaults.h"

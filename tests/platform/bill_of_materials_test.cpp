@@ -1,6 +1,6 @@
 #include "platform/bill_of_materials.h"
 
-#include "cli/sample/bill_of_materials_writer.h"
+#include "sample/bill_of_materials_writer.h"
 #include "support/matchers.h"
 
 #include <algorithm>

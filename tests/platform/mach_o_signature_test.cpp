@@ -1,6 +1,6 @@
 #include "platform/mach_o_signature.h"
 
-#include "cli/sample/mach_o_stub.h"
+#include "sample/mach_o_stub.h"
 #include "support/matchers.h"
 
 #include <algorithm>

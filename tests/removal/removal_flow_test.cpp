@@ -1,4 +1,4 @@
-#include "removal/flow_bench.h"
+#include "removal/flow_fixture.h"
 
 #include "support/matchers.h"
 #include "support/unprivileged.h"
@@ -6,9 +6,9 @@
 namespace tidwen::test {
 namespace {
 
-using Step = std::function<void(FlowBench&)>;
+using Step = std::function<void(FlowFixture&)>;
 
-void select(FlowBench& bench) {
+void select(FlowFixture& bench) {
     bench.model->select({bench.orphan.id});
 }
 
@@ -32,46 +32,46 @@ TEST(RemovalFlow, FollowsItsTableAndNothingElse) {
         Step reach;
         std::map<std::string, std::string> next; ///< by event; every other event changes nothing
     };
-    const auto home = [](const Stage& stage) { return [stage](FlowBench& b) { b.model->show(stage); }; };
+    const auto home = [](const Stage& stage) { return [stage](FlowFixture& b) { b.model->show(stage); }; };
     const std::map<std::string, std::string> fromHome = {
         {"load", "scanning"}, {"sweep", "scanning"}, {"show", "history"}};
     const auto load = events.at("load");
-    const auto sweep = [](FlowBench& b) {
+    const auto sweep = [](FlowFixture& b) {
         b.model->show(stage::Installers{});
         b.model->scanOrphans();
         b.settle();
     };
     const Row rows[] = {
-        {"idle", [](FlowBench&) {}, fromHome},
+        {"idle", [](FlowFixture&) {}, fromHome},
         {"startupItems", home(stage::StartupItems{}), fromHome},
         {"installers", home(stage::Installers{}), fromHome},
         {"history", home(stage::History{}), fromHome},
         {"installers", // with an offer
-         [](FlowBench& b) { b.model->show(stage::Installers{}), events.at("offer")(b); },
+         [](FlowFixture& b) { b.model->show(stage::Installers{}), events.at("offer")(b); },
          {{"load", "scanning"}, {"sweep", "scanning"}, {"show", "history"}, {"confirm", "removing"}}},
         {"scanning", load, {{"cancel", "idle"}, {"work ends", "review"}}},
         {"scanning",
-         [](FlowBench& b) { b.model->show(stage::History{}), b.model->scanOrphans(); },
+         [](FlowFixture& b) { b.model->show(stage::History{}), b.model->scanOrphans(); },
          {{"cancel", "history"}, {"work ends", "orphans"}}},
         {"review",
-         [](FlowBench& b) { b.review({"Alpine"}); },
+         [](FlowFixture& b) { b.review({"Alpine"}); },
          {{"load", "scanning"}, {"confirm", "removing"}, {"close", "idle"}}},
         {"review",
-         [](FlowBench& b) { b.review({"Alpine"}), b.model->select({}); },
+         [](FlowFixture& b) { b.review({"Alpine"}), b.model->select({}); },
          {{"load", "scanning"}, {"close", "idle"}}},
         {"orphans", sweep, {{"close", "installers"}}},
         {"orphans",
-         [&](FlowBench& b) { sweep(b), select(b); },
+         [&](FlowFixture& b) { sweep(b), select(b); },
          {{"confirm", "removing"}, {"close", "installers"}}},
         {"removing",
-         [](FlowBench& b) { b.review({"Alpine"}), b.model->confirm(); },
+         [](FlowFixture& b) { b.review({"Alpine"}), b.model->confirm(); },
          {{"work ends", "report"}}},
-        {"report", [](FlowBench& b) { b.remove({"Alpine"}); }, {{"close", "idle"}}},
+        {"report", [](FlowFixture& b) { b.remove({"Alpine"}); }, {{"close", "idle"}}},
     };
     for (const auto& row : rows)
         for (const auto& [event, happen] : events) {
             SCOPED_TRACE(row.stage + (" + " + event));
-            FlowBench bench;
+            FlowFixture bench;
             row.reach(bench);
             ASSERT_EQ(bench.stage(), row.stage);
             happen(bench);
@@ -81,7 +81,7 @@ TEST(RemovalFlow, FollowsItsTableAndNothingElse) {
 }
 
 TEST(RemovalFlow, AsksAboutEachApplicationThatDoesNotQuit) {
-    FlowBench bench;
+    FlowFixture bench;
     bench.running.obedient = {"com.example.Alpine"};
     bench.running.stubborn = {"com.example.Birch", "com.example.Cedar"};
     bench.remove({"Alpine", "Birch", "Cedar"});
@@ -118,7 +118,7 @@ TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
     enum class Out { nobody, inTheSelection, atTheQuitQuestion, inAReset };
     for (const auto out : {Out::nobody, Out::inTheSelection, Out::atTheQuitQuestion, Out::inAReset}) {
         SCOPED_TRACE(static_cast<int>(out));
-        FlowBench bench;
+        FlowFixture bench;
         for (const auto* name : {"Alpine", "Birch"})
             writeBundle(bench.volume, bench.bundle(name).string() + "/Contents/Library/LoginItems/Sync.app",
                         "com.example.sync", "Sync");
@@ -151,7 +151,7 @@ TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
 }
 
 TEST(RemovalFlow, ReportsWhatNoManifestCouldName) {
-    FlowBench bench;
+    FlowFixture bench;
     const Path unnamed(bench.cache("Alpine").string() + ".\xff");
     bench.volume.write(unnamed.string(), "x");
     bench.remove({"Alpine"});
@@ -162,12 +162,13 @@ TEST(RemovalFlow, ReportsWhatNoManifestCouldName) {
 }
 
 TEST(RemovalFlow, NothingIsRemovedWhileWhatIsProtectedIsUnknown) {
-    const std::pair<std::string, std::function<void(FlowBench&)>> cases[] = {
-        {"unreadable", [](FlowBench& bench) { bench.defaults.fault = Message{"unreadable"}; }},
-        {"settings.problem.protectedList",
-         [](FlowBench& bench) { bench.defaults.values[ProtectedApps::defaultsKey] = "com.example.Alpine"; }}};
+    const std::pair<std::string, std::function<void(FlowFixture&)>> cases[] = {
+        {"unreadable", [](FlowFixture& bench) { bench.defaults.fault = Message{"unreadable"}; }},
+        {"settings.problem.protectedList", [](FlowFixture& bench) {
+             bench.defaults.values[ProtectedApps::defaultsKey] = "com.example.Alpine";
+         }}};
     for (const auto& [reason, damage] : cases) {
-        FlowBench bench;
+        FlowFixture bench;
         damage(bench);
         bench.remove({"Alpine"});
         EXPECT_EQ(bench.stage(), "review") << "looking is harmless";
@@ -178,7 +179,7 @@ TEST(RemovalFlow, NothingIsRemovedWhileWhatIsProtectedIsUnknown) {
 }
 
 TEST(RemovalFlow, ARunThatCannotBeginAsksNobodyToQuit) {
-    FlowBench bench;
+    FlowFixture bench;
     bench.running.obedient = {"com.example.Alpine"};
     {
         const auto other = lockTrash(bench.user, bench.volume.files());
@@ -193,7 +194,7 @@ TEST(RemovalFlow, ARunThatCannotBeginAsksNobodyToQuit) {
 }
 
 TEST(RemovalFlow, RefusalsAreLinesAndDoNotKeepTheOthersOut) {
-    FlowBench bench;
+    FlowFixture bench;
     bench.protectedApps.toggle("com.example.Birch");
     bench.volume.write("/Applications/Ev\nil.app", "a file");
     bench.model->loadTargets({Path("/Applications/Ev\nil.app"), bench.bundle("Birch"), bench.bundle("Alpine"),
@@ -204,7 +205,7 @@ TEST(RemovalFlow, RefusalsAreLinesAndDoNotKeepTheOthersOut) {
 }
 
 TEST(RemovalFlow, AResetKeepsTheApplicationAndGoingBackTakesItAgain) {
-    FlowBench bench;
+    FlowFixture bench;
     bench.review({"Alpine"});
     const auto app = bench.bundle("Alpine").string(), cache = bench.cache("Alpine").string();
     const std::string permissions = "com.example.Alpine";
@@ -224,7 +225,7 @@ TEST(RemovalFlow, AResetKeepsTheApplicationAndGoingBackTakesItAgain) {
 }
 
 TEST(RemovalFlow, UndoesTheRunOfTheReport) {
-    FlowBench bench;
+    FlowFixture bench;
     bench.remove({"Alpine"});
     ASSERT_FALSE(bench.has(bench.bundle("Alpine")));
     EXPECT_TRUE(std::get<stage::Report>(bench.model->stage()).report.verification);
@@ -243,7 +244,7 @@ TEST(RemovalFlow, UndoesTheRunOfTheReport) {
 }
 
 TEST(RemovalFlow, StartsWithRecoveryAndPurgesWhatIsPastItsTime) {
-    FlowBench bench;
+    FlowFixture bench;
     bench.preferences.quarantineRetention.set("thirtyDays");
     std::vector<Path> roots;
     for (const auto& [name, age] : {std::pair("Alpine", 40), std::pair("Birch", -40), std::pair("Cedar", 1),
@@ -283,7 +284,7 @@ TEST(RemovalFlow, StartsWithRecoveryAndPurgesWhatIsPastItsTime) {
 }
 
 TEST(RemovalFlow, AnApplicationAndItsDataGoTogetherOrNotAtAll) {
-    FlowBench bench;
+    FlowFixture bench;
     const Path got("/Users/alice/Downloads/Alpine.app"), linked("/Applications/Linked.app");
     writeBundle(bench.volume, got.string(), "com.example.Alpine", "Alpine");
     bench.volume.link(linked.string(), "/opt/apps/Cedar.app");
@@ -316,7 +317,7 @@ TEST(RemovalFlow, AnApplicationAndItsDataGoTogetherOrNotAtAll) {
 }
 
 TEST(RemovalFlow, NamesWhatTheRightsDoNotSufficeFor) {
-    FlowBench bench;
+    FlowFixture bench;
     giveToUnprivileged(bench.volume.hostRoot());
     std::filesystem::permissions(bench.volume.host("/Applications"), std::filesystem::perms(0555));
     asUnprivileged([&] {
@@ -328,7 +329,7 @@ TEST(RemovalFlow, NamesWhatTheRightsDoNotSufficeFor) {
 }
 
 TEST(RemovalFlow, WorkThatComesBackLateChangesNothing) {
-    FlowBench bench;
+    FlowFixture bench;
     bench.model->loadTargets({bench.bundle("Alpine")});
     bench.background.drain(); // the scan has ended, its results wait for the main thread
     bench.model->cancelScan();

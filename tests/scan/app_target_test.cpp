@@ -1,8 +1,8 @@
-#include "scan/app_target.h"
+#include "scan/applications/app_target.h"
 
 #include "platform/code_signatures.h"
-#include "scan/bundle.h"
-#include "scan/installed_app.h"
+#include "scan/applications/bundle.h"
+#include "scan/applications/installed_app.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 

@@ -1,6 +1,6 @@
-#include "scan/default_selection.h"
-#include "scan/protected_apps.h"
-#include "scan/root_needed.h"
+#include "scan/applications/protected_apps.h"
+#include "scan/matching/default_selection.h"
+#include "scan/policy/root_needed.h"
 #include "support/memory_defaults.h"
 
 #include <gtest/gtest.h>

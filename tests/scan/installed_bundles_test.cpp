@@ -1,5 +1,6 @@
 #include "scan/applications/installed_bundles.h"
 
+#include "platform/file_code_signatures.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/unprivileged.h"

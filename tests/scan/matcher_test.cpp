@@ -1,4 +1,4 @@
-#include "scan/residue_matcher.h"
+#include "scan/matching/residue_matcher.h"
 
 #include "support/fixtures.h"
 

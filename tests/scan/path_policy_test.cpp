@@ -1,4 +1,4 @@
-#include "scan/path_policy.h"
+#include "scan/policy/path_policy.h"
 
 #include "support/fixtures.h"
 

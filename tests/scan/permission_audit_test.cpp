@@ -1,6 +1,6 @@
-#include "scan/permission_audit.h"
+#include "scan/permissions/permission_audit.h"
 
-#include "scan/privacy_database.h"
+#include "scan/permissions/privacy_database.h"
 #include "support/fixtures.h"
 #include "support/sqlite_bytes.h"
 

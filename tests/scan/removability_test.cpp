@@ -1,4 +1,4 @@
-#include "scan/removability.h"
+#include "scan/policy/removability.h"
 
 #include "support/fixtures.h"
 #include "support/unprivileged.h"

@@ -1,8 +1,8 @@
-#include "scan/residue_scanner.h"
+#include "scan/matching/residue_scanner.h"
 
 #include "base/text.h"
 #include "platform/budgeted_files.h"
-#include "scan/search_location.h"
+#include "scan/policy/search_location.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/stand_ins.h"

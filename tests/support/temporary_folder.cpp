@@ -26,7 +26,7 @@ TemporaryFolder::~TemporaryFolder() {
     fs::remove_all(path_, ignored);
 }
 
-TemporaryVolume::TemporaryVolume() : files_(VolumeFileSystem::open(folder_.path()).value()) {}
+TemporaryVolume::TemporaryVolume() : files_(RootedFileSystem::open(folder_.path()).value()) {}
 
 fs::path TemporaryVolume::host(std::string_view macPath) const {
     return folder_.path() / fs::path(macPath).relative_path();

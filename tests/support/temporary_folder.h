@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "volume/volume_file_system.h"
+#include "posix/rooted_file_system.h"
 
 namespace tidwen::test {
 
@@ -30,8 +30,8 @@ class TemporaryVolume {
 
     const std::filesystem::path& hostRoot() const { return folder_.path(); }
     std::filesystem::path host(std::string_view macPath) const;
-    VolumeFileSystem& files() { return *files_; }
-    const VolumeFileSystem& files() const { return *files_; }
+    RootedFileSystem& files() { return *files_; }
+    const RootedFileSystem& files() const { return *files_; }
 
     /// Writes a file and creates its parents.
     void write(std::string_view macPath, std::string_view content) const;
@@ -43,7 +43,7 @@ class TemporaryVolume {
 
   private:
     TemporaryFolder folder_;
-    std::unique_ptr<VolumeFileSystem> files_;
+    std::unique_ptr<RootedFileSystem> files_;
 };
 
 } // namespace tidwen::test

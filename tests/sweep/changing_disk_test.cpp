@@ -3,7 +3,8 @@
 
 #include "inventory/app_inventory.h"
 #include "inventory/installed_applications.h"
-#include "scan/residue_scanner.h"
+#include "platform/file_code_signatures.h"
+#include "scan/matching/residue_scanner.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/watched_files.h"

@@ -1,6 +1,7 @@
 #include "sweep/orphan_scanner.h"
 
 #include "platform/budgeted_files.h"
+#include "platform/file_code_signatures.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/unprivileged.h"

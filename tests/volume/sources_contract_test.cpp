@@ -2,10 +2,10 @@
 // of these ports is kept by both.
 
 #include "base/property_list.h"
-#include "cli/sample/bill_of_materials_writer.h"
 #include "operations/tool_launchd.h"
 #include "operations/tool_receipts.h"
 #include "operations/tool_system_extensions.h"
+#include "sample/bill_of_materials_writer.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/recording_tools.h"

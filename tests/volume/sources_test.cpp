@@ -1,14 +1,15 @@
 #include "volume/volume_sources.h"
 
 #include "base/property_list.h"
-#include "cli/sample/bill_of_materials_writer.h"
-#include "cli/sample/mach_o_stub.h"
+#include "platform/file_code_signatures.h"
 #include "platform/read_budget.h"
-#include "scan/privacy_database.h"
+#include "posix/patient_lock.h"
+#include "sample/bill_of_materials_writer.h"
+#include "sample/mach_o_stub.h"
+#include "scan/permissions/privacy_database.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/sqlite_bytes.h"
-#include "volume/patient_lock.h"
 #include "volume/privacy_database_editor.h"
 
 #include <fmt/format.h>

@@ -3,7 +3,7 @@
 #include "cli/console.h"
 #include "cli/intake.h"
 #include "inventory/installed_applications.h"
-#include "scan/uninstall_service.h"
+#include "system/uninstall_service.h"
 
 #include <nlohmann/json.hpp>
 

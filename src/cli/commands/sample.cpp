@@ -2,8 +2,8 @@
 #include "cli/console.h"
 #include "cli/json_output.h"
 #include "cli/labels.h"
-#include "cli/sample/sample_contents.h"
-#include "cli/sample/sample_volume.h"
+#include "sample/sample_contents.h"
+#include "sample/sample_volume.h"
 
 namespace tidwen {
 

@@ -5,7 +5,7 @@
 #include "cli/json_output.h"
 #include "cli/labels.h"
 #include "cli/table.h"
-#include "scan/default_selection.h"
+#include "scan/matching/default_selection.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,8 +1,8 @@
 #include "scan/applications/bundle_contents.h"
 
 #include "platform/budgeted_files.h"
-#include "scan/bundle.h"
-#include "scan/file_absence.h"
+#include "platform/file_absence.h"
+#include "scan/applications/bundle.h"
 
 #include <algorithm>
 #include <iterator>

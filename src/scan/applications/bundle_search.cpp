@@ -2,9 +2,9 @@
 
 #include "base/parallel.h"
 #include "platform/budgeted_files.h"
-#include "scan/bundle.h"
-#include "scan/bundle_names.h"
-#include "scan/file_absence.h"
+#include "platform/file_absence.h"
+#include "scan/applications/bundle.h"
+#include "scan/applications/bundle_names.h"
 
 #include <set>
 

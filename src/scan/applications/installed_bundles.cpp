@@ -3,11 +3,11 @@
 #include "base/parallel.h"
 #include "platform/budgeted_files.h"
 #include "platform/budgeted_sources.h"
+#include "platform/file_absence.h"
+#include "scan/applications/bundle.h"
 #include "scan/applications/bundle_contents.h"
 #include "scan/applications/bundle_memory.h"
 #include "scan/applications/bundle_search.h"
-#include "scan/bundle.h"
-#include "scan/file_absence.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/path.h"
-#include "scan/launch_item.h"
+#include "scan/applications/launch_item.h"
 
 #include <string>
 #include <vector>

@@ -1,0 +1,235 @@
+#include "posix/copied_move.h"
+
+#include "base/numbered_name.h"
+#include "platform/move_remains.h"
+#include "posix/durable_write.h"
+#include "posix/exclusive_rename.h"
+#include "posix/file_faults.h"
+#include "posix/item_description.h"
+#include "posix/tree_comparison.h"
+#include "posix/tree_copy.h"
+#include "posix/tree_record.h"
+#include "posix/tree_removal.h"
+
+#include <fcntl.h>
+#include <fmt/core.h>
+
+namespace tidwen {
+
+namespace {
+
+/// Beyond this many remains of one item something is wrong that another move would only make worse.
+constexpr int lastAside = 9;
+
+/// A number stands before the hyphen: behind it, it could be the beginning of another item's name.
+std::string asideName(const std::string& name, int number) {
+    return nameBeside(number == 1 ? ".tidwen-moved-" : fmt::format(".tidwen-moved{}-", number), name);
+}
+
+/// Gives what stands aside the item's own name. That may have been taken meanwhile, by an application that
+/// made its folder anew: then it gets a visible name beside, because a hidden one would be found by nobody.
+FileResult<Path> giveVisibleName(const MoveEnd& from, const std::string& aside) {
+    const int folder = from.place.folder.get();
+    const auto rename = [&](const std::string& name) {
+        return renameExclusively(folder, aside.c_str(), folder, name.c_str());
+    };
+    int fault = rename(from.place.name);
+    Path place = from.path;
+    for (int number = 2; fault == EEXIST && number <= lastNumberTried; ++number) {
+        place = numberedName(from.path, number);
+        fault = rename(place.lastComponent());
+    }
+    if (fault) return failed(from.path, fault);
+    flushFolder(folder);
+    return place;
+}
+
+/// One move, and the names it uses. Those in between follow from the two ends, so that they are found again
+/// after a crash.
+class CopiedMove {
+  public:
+    CopiedMove(const MoveEnd& from, const MoveEnd& to) : from_(from), to_(to) {}
+
+    MoveResult run() {
+        if (auto settled = settle(); !settled) return settled;
+        if (isTaken(target(), finalName())) return refused(to_.path, FileFault::exists);
+        // Known beforehand, so as not to copy in vain.
+        if (::faccessat(source(), ".", W_OK | X_OK, AT_EACCESS) != 0) return failed(from_.path, errno);
+        if (::faccessat(target(), ".", W_OK | X_OK, AT_EACCESS) != 0) return failed(to_.path, errno);
+        const auto before = TreeRecord::of(source(), original());
+        if (!before) return failed(from_.path, before.error());
+        if (auto copied = makeCopy(); !copied) {
+            dropCopy();
+            return tl::unexpected(copied.error());
+        }
+        return exchange(*before);
+    }
+
+    MoveResult settle() {
+        finishRenamesByLink();
+        std::optional<std::string> unsettled; // the newest, which is this move's if any is
+        std::optional<MoveRemains> remains;
+        for (const auto& aside : namesAside(source(), from_.place.name)) {
+            const auto completion = complete(aside);
+            if (!completion) return tl::unexpected(completion.error());
+            if (completion->remains) remains = completion->remains;
+            if (!completion->isThisMoves) unsettled = aside;
+        }
+        const bool isPlaced = isTaken(target(), finalName()), isCopied = isTaken(target(), copy_.c_str());
+        if (unsettled && (isCopied || !isPlaced)) return settleWithoutWholeCopy(*unsettled, isCopied);
+        if (unsettled) return remainsAt(*unsettled, FileFault::busy);
+        if (isPlaced || !isCopied) return remains;
+        // Without an original the copy is all there is, and no state that a crash of ours leaves.
+        if (!isTaken(source(), original())) return refused(from_.path, FileFault::missing);
+        dropCopy();
+        return {};
+    }
+
+  private:
+    int source() const { return from_.place.folder.get(); }
+    int target() const { return to_.place.folder.get(); }
+    const char* original() const { return from_.place.name.c_str(); }
+    const char* finalName() const { return to_.place.name.c_str(); }
+
+    /// Where the disk has no exclusive rename, a kill leaves both names of a file.
+    void finishRenamesByLink() {
+        finishLinkedRename(target(), copy_.c_str(), target(), finalName());
+        for (const auto& aside : namesAside(source(), from_.place.name))
+            finishLinkedRename(source(), aside.c_str(), source(), original());
+    }
+
+    MoveRemains remainsAt(const std::string& aside, FileFault fault) const {
+        return {.place = from_.path.parent() / aside, .fault = fault};
+    }
+
+    void dropCopy() {
+        if (isTaken(target(), copy_.c_str())) removeTree(target(), copy_.c_str());
+        flushFolder(target());
+    }
+
+    FileResult<void> makeCopy() {
+        if (const int fault = copyTree(source(), original(), target(), copy_.c_str())) {
+            const bool isTargets = fault == ENOSPC || fault == EDQUOT || fault == ENOTSUP || fault == EROFS;
+            return failed(isTargets ? to_.path : from_.path, fault);
+        }
+        if (const int fault = flushDisk(target())) return failed(to_.path, fault);
+        const auto same = isSameTree(source(), original(), target(), copy_.c_str(), Compared::whole);
+        if (!same) return failed(from_.path, same.error());
+        if (!*same)
+            return failed(from_.path, EBUSY); // somebody writes in it, or the disk does not keep it all
+        return {};
+    }
+
+    /// From here on the original is the one that stands aside.
+    MoveResult exchange(const TreeRecord& before) {
+        std::string aside;
+        int fault = EEXIST;
+        for (int number = 1; fault == EEXIST && number <= lastAside; ++number) {
+            aside = asideName(from_.place.name, number);
+            fault = renameExclusively(source(), original(), source(), aside.c_str());
+        }
+        if (fault) {
+            dropCopy();
+            return failed(from_.path, fault);
+        }
+        flushFolder(source());
+        const auto now = TreeRecord::of(source(), aside.c_str());
+        if (!now || !(*now == before)) return putBack(aside, from_.path, now ? EBUSY : now.error());
+        if (const int refusal = renameExclusively(target(), copy_.c_str(), target(), finalName()))
+            return putBack(aside, to_.path, refusal);
+        return removeAside(aside, before);
+    }
+
+    MoveResult putBack(const std::string& aside, const Path& culprit, int reason) {
+        auto returned = returnAside(aside);
+        return returned ? failed(culprit, reason) : returned;
+    }
+
+    /// The error tells another name than its own, when that was taken.
+    MoveResult returnAside(const std::string& aside) {
+        const auto place = giveVisibleName(from_, aside);
+        if (!place) return tl::unexpected(place.error());
+        dropCopy();
+        if (*place != from_.path) return refused(*place, FileFault::exists);
+        return {};
+    }
+
+    /// The item is complete at its destination: what cannot be removed any more does not undo the move.
+    /// Nothing is removed before the new name is on the disk.
+    std::optional<MoveRemains> removeAside(const std::string& aside, const TreeRecord& known) {
+        if (const int fault = flushFolder(target())) return remainsAt(aside, faultOf(fault));
+        const int fault = removeTree(source(), aside.c_str(), &known);
+        flushFolder(source());
+        if (!isTaken(source(), aside.c_str())) return std::nullopt;
+        return remainsAt(aside, fault == 0 || fault == ENOTEMPTY ? FileFault::busy : faultOf(fault));
+    }
+
+    struct Completion {
+        bool isThisMoves = false; ///< and its copy whole, so that it is complete now
+        std::optional<MoveRemains> remains = {};
+    };
+
+    FileResult<Completion> complete(const std::string& aside) {
+        const bool isPlaced = isTaken(target(), finalName());
+        if (!isPlaced && !isTaken(target(), copy_.c_str())) return {};
+        const auto known = TreeRecord::of(source(), aside.c_str());
+        if (!known && !isPlaced) return failed(from_.path, known.error());
+        if (!known) return Completion{true, remainsAt(aside, faultOf(known.error()))};
+        const auto compared = isPlaced ? Compared::remains : Compared::whole;
+        const char* copy = isPlaced ? finalName() : copy_.c_str();
+        if (!isSameTree(source(), aside.c_str(), target(), copy, compared).value_or(false))
+            return Completion{};
+        if (!isPlaced) {
+            if (const int fault = renameExclusively(target(), copy, target(), finalName()))
+                return failed(to_.path, fault);
+        }
+        return Completion{true, removeAside(aside, *known)};
+    }
+
+    /// The original goes back. Where it stands, too, and nothing was copied, what is aside are remains of an
+    /// earlier move, which has another destination.
+    MoveResult settleWithoutWholeCopy(const std::string& aside, bool isCopied) {
+        if (!isCopied && isTaken(source(), original())) return {};
+        return returnAside(aside);
+    }
+
+    const MoveEnd& from_;
+    const MoveEnd& to_;
+    const std::string copy_ = nameBeside(growingCopyPrefix, to_.place.name);
+};
+
+} // namespace
+
+MoveResult moveByCopy(const MoveEnd& from, const MoveEnd& to) {
+    return CopiedMove(from, to).run();
+}
+
+MoveResult settleMoveByCopy(const MoveEnd& from, const MoveEnd& to) {
+    const int source = from.place.folder.get(), target = to.place.folder.get();
+    if (finishLinkedRename(source, from.place.name.c_str(), target, to.place.name.c_str())) {
+        flushFolder(target);
+        flushFolder(source);
+        return {};
+    }
+    return CopiedMove(from, to).settle();
+}
+
+FileResult<std::vector<Path>> revealAside(const MoveEnd& from) {
+    std::vector<Path> places;
+    for (const auto& aside : namesAside(from.place.folder.get(), from.place.name)) {
+        auto place = giveVisibleName(from, aside);
+        if (!place) return tl::unexpected(place.error());
+        places.push_back(std::move(*place));
+    }
+    return places;
+}
+
+std::vector<std::string> namesAside(int folder, const std::string& name) {
+    std::vector<std::string> names;
+    for (int number = 1; number <= lastAside; ++number)
+        if (auto aside = asideName(name, number); isTaken(folder, aside.c_str()))
+            names.push_back(std::move(aside));
+    return names;
+}
+
+} // namespace tidwen

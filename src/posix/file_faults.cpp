@@ -1,0 +1,55 @@
+#include "posix/file_faults.h"
+
+#include <cerrno>
+
+namespace tidwen {
+
+FileFault faultOf(int osCode) {
+    switch (osCode) {
+    case ENOENT:
+        return FileFault::missing;
+    case EEXIST:
+    case ENOTEMPTY:
+        return FileFault::exists;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+        return FileFault::denied;
+    case ENOTDIR:
+        return FileFault::notDirectory;
+    case EISDIR:
+        return FileFault::isDirectory;
+    case ELOOP:
+        return FileFault::throughLink;
+    case ENOSPC:
+    case EDQUOT:
+        return FileFault::noSpace;
+    case ENAMETOOLONG:
+        return FileFault::nameTooLong;
+    case EBUSY:
+        return FileFault::busy;
+    case EINVAL: // a folder into itself, a name that the disk's format does not allow
+    case EILSEQ:
+    case EFBIG: // larger than the disk's format allows
+    case ENOSYS:
+#if ENOTSUP != EOPNOTSUPP
+    case EOPNOTSUPP:
+#endif
+    case ENOTSUP:
+        return FileFault::notSupported;
+    case EXDEV:
+        return FileFault::otherDisk;
+    default:
+        return FileFault::io;
+    }
+}
+
+tl::unexpected<FileError> failed(const Path& path, int osCode) {
+    return tl::unexpected(FileError{.fault = faultOf(osCode), .path = path, .osCode = osCode});
+}
+
+tl::unexpected<FileError> refused(const Path& path, FileFault fault) {
+    return tl::unexpected(FileError{.fault = fault, .path = path});
+}
+
+} // namespace tidwen

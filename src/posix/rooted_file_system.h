@@ -1,0 +1,60 @@
+#pragma once
+
+#include "platform/file_system.h"
+
+#include <filesystem>
+#include <memory>
+
+namespace tidwen {
+
+/// The files of a Mac volume that lies in a folder of this machine (or, with "/" as the folder, of this
+/// machine itself). Every path is resolved inside that folder by the kernel (openat2 with RESOLVE_IN_ROOT),
+/// or, where the kernel or a sandbox has no such call, by a walk component by component that answers the
+/// same.
+class RootedFileSystem : public FileSystem {
+  public:
+    enum class Resolver { automatic, kernel, walk };
+
+    /// Opens the root folder and holds it. Fails when it is no folder that can be read.
+    static FileResult<std::unique_ptr<RootedFileSystem>> open(const std::filesystem::path& root,
+                                                              Resolver resolver = Resolver::automatic);
+    ~RootedFileSystem() override;
+
+    Resolver resolver() const; ///< the one in use; never `automatic`
+
+    /// From now on what is created inside this folder belongs to its owner and group, whoever runs the
+    /// program: root would leave folders that the user cannot open. Call it before other threads come.
+    FileResult<void> setHome(const Path& home);
+
+    FileResult<FileInfo> info(const Path& path) const override;
+    FileResult<FileInfo> infoFollowingLinks(const Path& path) const override;
+    FileResult<std::vector<DirectoryEntry>> list(const Path& folder) const override;
+    FileResult<std::string> read(const Path& file, std::size_t maxBytes) const override;
+    FileResult<std::string> readRange(const Path& file, std::uint64_t offset,
+                                      std::size_t length) const override;
+    FileResult<std::string> extendedAttribute(const Path& path, const std::string& name) const override;
+    FileResult<Path> resolve(const Path& path) const override;
+    FileResult<TreeSize> treeSize(const Path& path, std::uint64_t entryLimit,
+                                  const StopToken& stop = {}) const override;
+    bool isMovable(const Path& path) const override;
+    FileResult<void> createDirectory(const Path& folder) override;
+    FileResult<void> createDirectories(const Path& folder) override;
+    MoveResult move(const Path& from, const Path& to) override;
+    MoveResult settleInterruptedMove(const Path& from, const Path& to) override;
+    bool isSetAside(const Path& from) const override;
+    FileResult<std::vector<Path>> revealRemains(const Path& from) override;
+    FileResult<void> replaceFile(const Path& file, std::string_view content, NewFileMode mode) override;
+    void dropUnfinishedReplacement(const Path& file) override;
+    FileResult<void> removeFile(const Path& file) override;
+    FileResult<void> removeEmptyDirectory(const Path& folder) override;
+    FileResult<void> removeTree(const Path& folder) override;
+    FileResult<bool> holdsOthersItems(const Path& item, std::optional<std::uint32_t> ownerID) override;
+    FileResult<std::unique_ptr<FolderLock>> lock(const Path& folder) override;
+
+  private:
+    class Impl;
+    explicit RootedFileSystem(std::unique_ptr<Impl> impl);
+    std::unique_ptr<Impl> impl_;
+};
+
+} // namespace tidwen

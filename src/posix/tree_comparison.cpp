@@ -1,0 +1,112 @@
+#include "posix/tree_comparison.h"
+
+#include "posix/extended_attributes.h"
+#include "posix/file_content.h"
+#include "posix/folder_listing.h"
+#include "posix/folder_stack.h"
+#include "posix/item_description.h"
+#include "posix/item_metadata.h"
+#include "posix/tree_walk.h"
+
+#include <fcntl.h>
+#include <map>
+#include <optional>
+
+namespace tidwen {
+
+namespace {
+
+/// Ends the walk at the first difference, which is no fault of the system's.
+constexpr int difference = -1;
+
+int answer(bool same) {
+    return same ? 0 : difference;
+}
+
+class TreeComparison : public TreeVisitor {
+  public:
+    TreeComparison(int folder, const char* name, Compared compared)
+        : folder_(folder), name_(name), compared_(compared) {}
+
+    int item(const TreeItem& item) override {
+        const auto copy = statItem(folder(), nameFor(item));
+        if (!copy) return absent(copy.error());
+        if (!haveSameMetadata(item.status, *copy, true)) return difference;
+        if (compared_ == Compared::whole && !isLinkedAlike(item.status, *copy)) return difference;
+        if (S_ISREG(item.status.st_mode)) return compareFiles(item);
+        if (!S_ISLNK(item.status.st_mode)) return 0;
+        const auto target = readLinkTarget(item.folder, item.name);
+        if (!target) return target.error();
+        return answer(target == readLinkTarget(folder(), nameFor(item)));
+    }
+
+    int enter(const TreeItem& item, int opened) override {
+        const bool whole = compared_ == Compared::whole;
+        const auto copy = statItem(folder(), nameFor(item));
+        if (!copy) return absent(copy.error());
+        if (!haveSameMetadata(item.status, *copy, whole)) return difference;
+        Descriptor other = openFolderToRead(folder(), nameFor(item));
+        if (!other.isOpen()) return errno;
+        if (const int fault = compareAttributes(opened, other.get())) return fault;
+        // What the copy lacks will be missed when its turn comes.
+        if (whole) {
+            const auto mine = entriesOf(opened), its = entriesOf(other.get());
+            if (!mine || !its) return mine ? its.error() : mine.error();
+            if (mine->size() != its->size()) return difference;
+        }
+        if (copies_) return copies_->push(std::move(other)) ? 0 : ESTALE;
+        copies_.emplace(std::move(other));
+        return 0;
+    }
+
+    int leave(const struct stat&, int) override { return copies_->pop() ? 0 : ESTALE; }
+
+  private:
+    int folder() const { return copies_ ? copies_->current() : folder_; }
+    const char* nameFor(const TreeItem& item) const { return copies_ ? item.name : name_; }
+
+    static int absent(int fault) { return fault == ENOENT ? difference : fault; }
+
+    static int compareAttributes(int a, int b) {
+        const auto mine = extendedAttributesOf(a), its = extendedAttributesOf(b);
+        if (!mine || !its) return mine ? its.error() : mine.error();
+        return answer(*mine == *its);
+    }
+
+    /// Names of one file must be names of one file in the copy, too.
+    bool isLinkedAlike(const struct stat& item, const struct stat& copy) {
+        if (item.st_nlink < 2) return true;
+        return linked_.emplace(item.st_ino, copy.st_ino).first->second == copy.st_ino;
+    }
+
+    int compareFiles(const TreeItem& item) const {
+        constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+        const Descriptor mine(::openat(item.folder, item.name, flags));
+        if (!mine.isOpen()) return errno;
+        const Descriptor its(::openat(folder(), nameFor(item), flags));
+        if (!its.isOpen()) return errno;
+        if (const int fault = compareAttributes(mine.get(), its.get())) return fault;
+        const auto same =
+            haveSameContent(mine.get(), its.get(), static_cast<std::uint64_t>(item.status.st_size));
+        return same ? answer(*same) : same.error();
+    }
+
+    int folder_;
+    const char* name_;
+    Compared compared_;
+    std::optional<FolderStack> copies_;
+    std::map<ino_t, ino_t> linked_;
+};
+
+} // namespace
+
+OsResult<bool> isSameTree(int folder, const char* name, int copyFolder, const char* copyName,
+                          Compared compared) {
+    TreeComparison comparison(copyFolder, copyName, compared);
+    const int fault = walkTree(folder, name, comparison);
+    if (fault == difference) return false;
+    if (fault) return tl::unexpected(fault);
+    return true;
+}
+
+} // namespace tidwen

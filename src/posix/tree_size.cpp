@@ -1,0 +1,93 @@
+#include "posix/tree_size.h"
+
+#include "posix/folder_listing.h"
+#include "posix/folder_stack.h"
+#include "posix/item_description.h"
+
+#include <set>
+
+namespace tidwen {
+
+namespace {
+
+class SizeWalk {
+  public:
+    SizeWalk(Descriptor top, const struct stat& item, std::uint64_t limit, const StopToken& stop)
+        : top_(identifyOpen(top.get()).value_or(ItemIdentity{})),
+          folders_(std::move(top)),
+          limit_(limit),
+          stop_(stop) {
+        add(item);
+    }
+
+    TreeSize run() {
+        pending_.emplace_back();
+        readCurrent();
+        while (!pending_.empty() && !size_.capped) {
+            auto& names = pending_.back();
+            if (names.empty()) {
+                pending_.pop_back();
+                if (!folders_.pop()) size_.capped = true;
+                continue;
+            }
+            const std::string name = std::move(names.back());
+            names.pop_back();
+            enter(name);
+        }
+        return size_;
+    }
+
+  private:
+    void add(const struct stat& item) {
+        if (item.st_nlink > 1 && !S_ISDIR(item.st_mode) && !linked_.insert(item.st_ino).second) return;
+        size_.allocatedBytes += static_cast<std::uint64_t>(item.st_blocks) * 512;
+    }
+
+    void readCurrent() {
+        FolderListing listing(folders_.current());
+        while (const char* name = listing.next()) {
+            if (size_.entries >= limit_ || stop_.stopRequested()) {
+                size_.capped = true;
+                return;
+            }
+            ++size_.entries;
+            const auto item = statItem(folders_.current(), name);
+            if (!item || item->st_dev != top_.device) continue;
+            add(*item);
+            if (S_ISDIR(item->st_mode)) pending_.back().emplace_back(name);
+        }
+    }
+
+    /// A folder that cannot be opened counts as empty.
+    void enter(const std::string& name) {
+        Descriptor folder = openFolderToRead(folders_.current(), name.c_str());
+        if (!folder.isOpen()) return;
+        const auto identity = identifyOpen(folder.get());
+        if (!identity || !identity->isOnMountOf(top_)) return;
+        pending_.emplace_back();
+        folders_.push(std::move(folder), *identity);
+        readCurrent();
+    }
+
+    ItemIdentity top_;
+    FolderStack folders_;
+    std::uint64_t limit_;
+    const StopToken& stop_;
+    TreeSize size_;
+    std::vector<std::vector<std::string>> pending_; ///< per open level, the folders still to be entered
+    std::set<ino_t> linked_;
+};
+
+} // namespace
+
+OsResult<TreeSize> sizeOfTree(const Place& place, std::uint64_t entryLimit, const StopToken& stop) {
+    const auto item = statItem(place.folder.get(), place.name.c_str());
+    if (!item) return tl::unexpected(item.error());
+    if (!S_ISDIR(item->st_mode))
+        return TreeSize{.allocatedBytes = static_cast<std::uint64_t>(item->st_blocks) * 512};
+    Descriptor top = openFolderToRead(place.folder.get(), place.name.c_str());
+    if (!top.isOpen()) return tl::unexpected(errno);
+    return SizeWalk(std::move(top), *item, entryLimit, stop).run();
+}
+
+} // namespace tidwen

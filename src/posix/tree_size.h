@@ -1,0 +1,10 @@
+#pragma once
+
+#include "posix/root_resolver.h"
+
+namespace tidwen {
+
+/// What `FileSystem::treeSize` promises. A file with several hard links below the folder counts once.
+OsResult<TreeSize> sizeOfTree(const Place& place, std::uint64_t entryLimit, const StopToken& stop);
+
+} // namespace tidwen

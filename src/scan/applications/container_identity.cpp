@@ -1,0 +1,40 @@
+#include "scan/applications/container_identity.h"
+
+#include "platform/budgeted_files.h"
+#include "platform/property_list_file.h"
+
+namespace tidwen {
+
+namespace {
+
+// Real ones hold a sandbox profile of some ten kilobytes.
+constexpr PropertyListLimits limits = {.bytes = 4u << 20, .nodes = 100'000, .depth = 64};
+
+std::optional<std::string> nonEmpty(const PropertyListValue& dictionary, std::string_view key) {
+    const auto* text = dictionary.findString(key);
+    return text && !text->empty() ? std::optional(*text) : std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::string> containerIdentity(const FileSystem& files, const Path& container) {
+    if (const auto metadata =
+            readPropertyList(files, container / ".com.apple.containermanagerd.metadata.plist", limits))
+        return nonEmpty(*metadata, "MCMMetadataIdentifier");
+
+    const auto older = readPropertyList(files, container / "Container.plist", limits);
+    const auto* validation = older ? older->find("SandboxProfileDataValidationInfo") : nullptr;
+    const auto* parameters =
+        validation ? validation->find("SandboxProfileDataValidationParametersKey") : nullptr;
+    if (!parameters) return std::nullopt;
+    if (auto identifier = nonEmpty(*parameters, "application_container_id")) return identifier;
+    return nonEmpty(*parameters, "application_bundle_id");
+}
+
+std::optional<std::string> containerOwner(const FileSystem& files, const Path& container) {
+    if (auto identity = containerIdentity(files, container)) return identity;
+    const auto* budget = BudgetedFiles::budgetOf(files);
+    return budget && budget->isExhausted() ? std::nullopt : std::optional(container.lastComponent());
+}
+
+} // namespace tidwen

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "base/timestamp.h"
+#include "scan/applications/app_target.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+
+namespace tidwen {
+
+/// What shows when an application was last used.
+struct UsageEvidence {
+    enum class Kind { launchRecord, appData, none };
+    Kind kind = Kind::none;
+    std::optional<Timestamp> date; ///< present unless `none`
+    friend bool operator==(const UsageEvidence&, const UsageEvidence&) = default;
+};
+
+struct AppUsage {
+    UsageEvidence evidence;
+    std::optional<int> useCount;
+    bool isRunning = false;
+    friend bool operator==(const AppUsage&, const AppUsage&) = default;
+};
+
+/// One row of the inventory. Identity is `url`.
+struct InstalledApp {
+    Path url;
+    std::string name;
+    std::string bundleID;
+    std::optional<std::string> teamID;
+    std::optional<std::string> version;
+    std::optional<std::string> category; ///< raw "LSApplicationCategoryType"
+    bool isBackgroundAgent = false;
+    bool hasResidentHelper = false;        ///< filled by the inventory
+    std::optional<std::int64_t> sizeBytes; ///< filled by the inventory's measurement
+    std::optional<AppUsage> usage;         ///< filled by the inventory's probe
+
+    friend bool operator==(const InstalledApp&, const InstalledApp&) = default;
+};
+
+/// The first seven fields, from the bundle; nothing when the loader refuses it.
+std::optional<InstalledApp> makeInstalledApp(const FileSystem& files, const CodeSignatures& signatures,
+                                             const Path& bundle);
+
+} // namespace tidwen

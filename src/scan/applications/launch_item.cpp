@@ -1,0 +1,90 @@
+#include "scan/applications/launch_item.h"
+
+#include "base/text.h"
+#include "platform/budgeted_files.h"
+#include "platform/file_absence.h"
+#include "platform/property_list_file.h"
+
+namespace tidwen {
+namespace {
+
+// The largest jobs seen hold a few kilobytes.
+constexpr PropertyListLimits jobLimits = {.bytes = 1u << 20, .nodes = 20'000, .depth = 32};
+
+// A Mac has some hundred jobs; a folder with more is none that launchd would read in time either.
+constexpr std::size_t maximumJobs = 5'000;
+
+std::optional<std::string> programPath(const PropertyListValue& job) {
+    if (const auto* program = job.findString("Program")) return *program;
+    const auto* arguments = job.find("ProgramArguments");
+    const auto strings = arguments ? arguments->asStrings() : std::nullopt;
+    if (!strings || strings->empty()) return std::nullopt;
+    return strings->front();
+}
+
+bool isVisiblePropertyList(const Path& file) {
+    return !file.lastComponent().starts_with('.') && file.lowercasedExtension() == "plist";
+}
+
+bool isDanglingLink(const FileSystem& files, const Path& item) {
+    const auto info = files.info(item);
+    return info && info->kind == FileKind::symbolicLink && !files.infoFollowingLinks(item);
+}
+
+} // namespace
+
+std::optional<LaunchItem> readLaunchItem(const FileSystem& files, const Path& plist, bool isSystemDomain) {
+    const auto job = readPropertyList(files, plist, jobLimits);
+    const auto* label = job ? job->findString("Label") : nullptr;
+    if (!label || label->empty()) return std::nullopt;
+    return LaunchItem{
+        .label = *label, .plist = plist, .isSystemDomain = isSystemDomain, .programPath = programPath(*job)};
+}
+
+std::vector<std::string> readAssociatedBundleIDs(const FileSystem& files, const Path& plist) {
+    const auto job = readPropertyList(files, plist, jobLimits);
+    const auto* associated = job ? job->find("AssociatedBundleIdentifiers") : nullptr;
+    if (!associated) return {};
+    auto identifiers = associated->asStrings().value_or(std::vector<std::string>());
+    if (const auto* one = job->findString("AssociatedBundleIdentifiers")) identifiers.push_back(*one);
+    for (auto& identifier : identifiers)
+        identifier = lowercased(identifier);
+    return identifiers;
+}
+
+std::vector<LaunchItem> listLaunchItems(const FileSystem& files, const Path& folder, bool isSystemDomain,
+                                        const StopToken& stop, std::vector<Path>* unreadable) {
+    std::vector<LaunchItem> items;
+    const auto miss = [&](const Path& place) {
+        if (unreadable) unreadable->push_back(place);
+    };
+    const auto entries = files.list(folder);
+    if (!entries) {
+        if (!isAbsence(entries.error()) || isDanglingLink(files, folder)) miss(folder);
+        return items;
+    }
+    const auto* budget = BudgetedFiles::budgetOf(files);
+    for (const auto& entry : *entries) {
+        if (stop.stopRequested()) break;
+        const Path file = folder / entry.name;
+        if (!isVisiblePropertyList(file)) continue;
+        if (items.size() == maximumJobs || (budget && budget->isExhausted())) {
+            if (budget) budget->leaveOut();
+            miss(folder);
+            break;
+        }
+        if (auto item = readLaunchItem(files, file, isSystemDomain))
+            items.push_back(std::move(*item));
+        else if (unreadable && isUnreadableJob(files, file))
+            miss(file);
+    }
+    return items;
+}
+
+bool isUnreadableJob(const FileSystem& files, const Path& plist) {
+    const auto info = files.infoFollowingLinks(plist);
+    if (!info) return !isAbsence(info.error()) || isDanglingLink(files, plist);
+    return info->kind == FileKind::regular && !readPropertyList(files, plist, jobLimits);
+}
+
+} // namespace tidwen

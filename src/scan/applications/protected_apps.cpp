@@ -1,0 +1,66 @@
+#include "scan/applications/protected_apps.h"
+
+#include "base/text.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace tidwen {
+
+namespace {
+
+bool isReadable(const std::optional<PropertyListValue>& stored) {
+    return !stored || stored->asStrings();
+}
+
+std::set<std::string> read(const std::optional<PropertyListValue>& stored) {
+    const auto identifiers = stored ? stored->asStrings() : std::nullopt;
+    if (!identifiers) return {};
+    return {identifiers->begin(), identifiers->end()};
+}
+
+} // namespace
+
+ProtectedApps::ProtectedApps(Defaults& defaults)
+    : defaults_(defaults), bundleIDs_(read(defaults.value(defaultsKey))) {}
+
+std::optional<Message> ProtectedApps::problem() const {
+    if (auto problem = defaults_.problem()) return problem;
+    if (isReadable(defaults_.value(defaultsKey))) return std::nullopt;
+    return Message{"settings.problem.protectedList"};
+}
+
+std::vector<std::string> ProtectedApps::inAnyCase(const std::string& bundleID) const {
+    std::vector<std::string> found;
+    std::copy_if(bundleIDs_.begin(), bundleIDs_.end(), std::back_inserter(found),
+                 [wanted = lowercased(bundleID)](const auto& id) { return lowercased(id) == wanted; });
+    return found;
+}
+
+bool ProtectedApps::toggle(const std::string& bundleID) {
+    const bool adds = !contains(bundleID);
+    std::set<std::string> changed;
+    bool isKnown = true;
+    const bool isStored =
+        defaults_.update(defaultsKey, [&](const auto& stored) -> std::optional<PropertyListValue> {
+            isKnown = isReadable(stored);
+            if (!isKnown) return stored;
+            changed = read(stored); // another process may have added to it since
+            if (adds)
+                changed.insert(bundleID);
+            else
+                changed.erase(bundleID);
+            return PropertyListArray(changed.begin(), changed.end());
+        });
+    if (isStored && isKnown) bundleIDs_ = std::move(changed);
+    return isStored && isKnown;
+}
+
+ProtectedApps::Partition ProtectedApps::partition(std::vector<AppTarget> targets) const {
+    Partition parts;
+    for (auto& target : targets)
+        (contains(target.bundleID) ? parts.protectedTargets : parts.allowed).push_back(std::move(target));
+    return parts;
+}
+
+} // namespace tidwen

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/defaults.h"
+#include "scan/applications/app_target.h"
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// The user's own list of applications that must not be removed. Owned by the main thread.
+class ProtectedApps {
+  public:
+    static constexpr const char* defaultsKey = "tidwen.protectedBundleIDs";
+
+    explicit ProtectedApps(Defaults& defaults);
+
+    /// The identifiers in the list that differ from this one in letter case at most.
+    std::vector<std::string> inAnyCase(const std::string& bundleID) const;
+
+    const std::set<std::string>& bundleIDs() const { return bundleIDs_; }
+    /// Exact, letter case counts.
+    bool contains(const std::string& bundleID) const { return bundleIDs_.contains(bundleID); }
+    /// Why the list cannot be known, so that nothing may be removed.
+    std::optional<Message> problem() const;
+    /// Adds or removes, and stores the list sorted, with what other processes did to it since. False when it
+    /// could not be stored (nothing changes).
+    bool toggle(const std::string& bundleID);
+
+    struct Partition {
+        std::vector<AppTarget> allowed;
+        std::vector<AppTarget> protectedTargets;
+    };
+    /// Keeps the order of the input in both lists.
+    Partition partition(std::vector<AppTarget> targets) const;
+
+  private:
+    Defaults& defaults_;
+    std::set<std::string> bundleIDs_;
+};
+
+} // namespace tidwen

@@ -1,0 +1,227 @@
+#include "scan/matching/location_scan.h"
+
+#include "base/parallel.h"
+#include "base/text.h"
+#include "platform/budgeted_files.h"
+#include "scan/applications/bundle_names.h"
+#include "scan/applications/container_identity.h"
+
+namespace tidwen {
+
+namespace {
+
+/// A folder that everybody shares ("/opt/homebrew", the home of a user called like the application, what is
+/// in "/usr/bin") may bear the target's name by chance; an identifier it does not.
+bool mayNameOwner(const ScanContext& context, const Path& place, std::string_view component,
+                  const MatchReason& reason) {
+    const bool isIdentifier =
+        reason.kind == MatchReason::Kind::exactBundleID && component.find('.') != component.npos;
+    return isIdentifier || !context.policy.check(place);
+}
+
+/// Looks at the disk only for the few names that could be a bundle's.
+bool isBundle(const FileSystem& files, const Path& item) {
+    return isBundleName(item.lastComponent())
+           && (files.exists(item / "Contents") || files.exists(item / "Info.plist"));
+}
+
+/// By the first component of its path that names the target.
+std::optional<Attribution> attributeProgram(const ScanContext& context, const Path& program) {
+    Path place;
+    for (const auto& component : program.components()) {
+        if (component == "/") continue;
+        place = place / component;
+        auto found = context.matcher.attributeIdentifier(component);
+        if (!found || !mayNameOwner(context, place, component, found->reason)) continue;
+        found->reason.evidence = MatchReason::Evidence::program;
+        return found;
+    }
+    return std::nullopt;
+}
+
+bool isInTarget(const ScanContext& context, const Path& program) {
+    const Path place = program.standardized();
+    return place.isWithinIgnoringCase(context.targetPlace)
+           || place.isWithinIgnoringCase(context.matcher.target().bundleURL.standardized());
+}
+
+} // namespace
+
+std::optional<Claimant> holderOf(const ScanContext& context, const Path& program) {
+    const auto& others = context.matcher.others();
+    if (auto holder = others.holding(program)) return holder;
+    const auto real = context.files.resolve(program);
+    return real ? others.holding(*real) : std::nullopt;
+}
+
+bool isVendorFolder(const ResidueMatcher& matcher, std::string_view name) {
+    if (isBundleName(name)) return false;
+    const auto lower = lowercased(composed(name));
+    if (lower == "clouddocs" || lower.starts_with("com.apple.")) return false;
+    if (lower == "caches" || lower == "fileprovider") return true;
+    return !matcher.vendor().empty() && canonicalForm(lower).starts_with(matcher.vendor());
+}
+
+std::optional<Attribution> attributeJob(const ScanContext& context, const LaunchItem& item) {
+    const auto file = item.plist.lastComponent();
+    if (context.matcher.isOffLimits(item.label) || context.matcher.isOffLimits(file)) return std::nullopt;
+    auto found = context.matcher.attributeIdentifier(item.label);
+    if (found) found->reason.evidence = MatchReason::Evidence::label;
+    const bool isByLabel = found.has_value();
+    // Who the job's file is called after may rely on it, whatever label and program it has now.
+    if (found && !found->contestedBy) found->contestedBy = context.matcher.otherOwnerOf(file);
+    if (!item.programPath) return found;
+
+    const Path program(*item.programPath);
+    if (!found && isInTarget(context, program))
+        found = Attribution{
+            MatchReason{MatchReason::Kind::declaredTarget, {}, MatchReason::Evidence::embedded}, {}};
+    if (!found) found = attributeProgram(context, program);
+    if (!found || found->contestedBy) return found;
+    if (!isByLabel) found->contestedBy = context.matcher.otherOwnerOf(file);
+    if (!found->contestedBy && !isByLabel)
+        found->contestedBy = context.matcher.others().longestContinued(lowercased(composed(item.label)));
+    if (!found->contestedBy) found->contestedBy = holderOf(context, program);
+    return found;
+}
+
+/// A link in the user's home may lead to the folder of somebody else.
+bool LocationScan::isElsewhere(const Path& realPath) const {
+    return location_.url.isWithin(context_.user.home) && context_.policy.isInAnotherHome(realPath);
+}
+
+bool LocationScan::run() {
+    bool isUnreadable = false;
+    const auto real = context_.files.resolve(location_.url);
+    const Path realPath = real.value_or(location_.url);
+    if (isElsewhere(realPath)) return true;
+    auto folder = open(location_.url, realPath, isUnreadable);
+    if (isUnreadable) context_.log.warning("Unreadable location {}", location_.url.string());
+    if (!folder) return !isUnreadable;
+
+    switch (location_.style) {
+    case SearchLocation::Style::launchItemPlists:
+        judgeLaunchItems(*folder);
+        break;
+    case SearchLocation::Style::directChildren:
+    case SearchLocation::Style::vendorNestedChildren:
+        judgeChildren(*folder);
+        break;
+    case SearchLocation::Style::containerDirectories:
+        judgeContainers(*folder);
+        break;
+    case SearchLocation::Style::prefixedReports:
+        judgeReports(*folder);
+        break;
+    }
+    return true;
+}
+
+std::optional<LocationScan::Folder> LocationScan::open(const Path& path, const Path& realPath,
+                                                       bool& isUnreadable) const {
+    auto entries = context_.files.list(path);
+    if (entries) return Folder{path, realPath, std::move(*entries)};
+    const auto fault = entries.error().fault;
+    isUnreadable = fault != FileFault::missing && fault != FileFault::notDirectory
+                   && fault != FileFault::throughLink; // a link to itself
+    return std::nullopt;
+}
+
+void LocationScan::judgeChildren(const Folder& folder) {
+    const bool isGroups = location_.url == context_.user.libraryFolder() / "Group Containers";
+    const bool hasVendors = location_.style == SearchLocation::Style::vendorNestedChildren;
+    for (const auto& entry : folder.entries) {
+        if (context_.stop.stopRequested()) return;
+        auto found =
+            isGroups ? context_.matcher.attributeGroup(entry.name) : context_.matcher.attribute(entry.name);
+        if (found)
+            take(folder, entry.name, std::move(*found));
+        else if (hasVendors && entry.kind == FileKind::directory
+                 && isVendorFolder(context_.matcher, entry.name))
+            judgeVendorFolder(folder, entry);
+    }
+}
+
+void LocationScan::judgeVendorFolder(const Folder& parent, const DirectoryEntry& vendor) {
+    bool isUnreadable = false;
+    const auto folder = open(parent.path / vendor.name, parent.realPath / vendor.name, isUnreadable);
+    if (isUnreadable) context_.log.warning("Unreadable folder {}", (parent.path / vendor.name).string());
+    if (!folder) return;
+    // Named like another application, the whole folder may be that application's.
+    const auto namesake = context_.matcher.others().named(canonicalForm(vendor.name));
+    for (const auto& entry : folder->entries) {
+        if (context_.stop.stopRequested()) return;
+        auto found = context_.matcher.attribute(entry.name);
+        if (!found) continue;
+        if (!found->contestedBy && found->reason.kind != MatchReason::Kind::exactBundleID)
+            found->contestedBy = namesake;
+        take(*folder, entry.name, std::move(*found));
+    }
+}
+
+void LocationScan::judgeContainers(const Folder& folder) {
+    std::vector<std::string> identities(folder.entries.size());
+    parallelFor(identities.size(), [&](std::size_t i) {
+        const auto& entry = folder.entries[i];
+        identities[i] = entry.name;
+        if (entry.kind != FileKind::directory || context_.stop.stopRequested()) return;
+        identities[i] = containerOwner(context_.files, folder.path / entry.name).value_or("");
+    });
+    for (std::size_t i = 0; i < identities.size(); ++i) {
+        const auto& name = folder.entries[i].name;
+        if (context_.matcher.isOffLimits(name)) continue; // whatever its metadata says
+        auto found = context_.matcher.attribute(identities[i]);
+        if (!found) continue;
+        if (identities[i] != name) {
+            found->reason.evidence = MatchReason::Evidence::record;
+            // Any program may write the record; the folder's name is macOS's.
+            if (!found->contestedBy) found->contestedBy = context_.matcher.otherOwnerOf(name);
+        }
+        take(folder, name, std::move(*found));
+    }
+}
+
+void LocationScan::judgeReports(const Folder& folder) {
+    for (const auto& entry : folder.entries) {
+        if (context_.stop.stopRequested()) return;
+        const auto end = entry.name.find('_');
+        if (entry.kind != FileKind::regular || end == 0 || end == entry.name.npos) continue;
+        // macOS calls most of them after the executable.
+        if (auto found = context_.matcher.attribute(std::string_view(entry.name).substr(0, end)))
+            take(folder, entry.name, std::move(*found));
+    }
+}
+
+void LocationScan::judgeLaunchItems(const Folder& folder) {
+    for (const auto& entry : folder.entries) {
+        if (context_.stop.stopRequested()) return;
+        const Path plist = folder.path / entry.name;
+        if (entry.name.starts_with('.') || plist.lowercasedExtension() != "plist") continue;
+        const auto item = readLaunchItem(context_.files, plist, location_.isSystemDomain);
+        if (!item) {
+            const auto* budget = BudgetedFiles::budgetOf(context_.files);
+            const bool isLeftOut = budget && budget->isExhausted();
+            if (!isLeftOut && isUnreadableJob(context_.files, plist)) unreadableJobs_.push_back(plist);
+            continue;
+        }
+        auto found = attributeJob(context_, *item);
+        if (!found) continue;
+        auto trace = makeTrace(TraceCategory::launchItems,
+                               action::BootoutAndMove{item->label, plist, location_.isSystemDomain},
+                               std::move(found->reason), Reversibility::reversible, plist.string(),
+                               std::nullopt, location_.requiresRoot || item->isSystemDomain);
+        trace.contestedBy = std::move(found->contestedBy);
+        traces_.addFound(std::move(trace), folder.realPath);
+    }
+}
+
+void LocationScan::take(const Folder& folder, std::string_view name, Attribution attribution) {
+    const Path path = folder.path / name;
+    if (isBundle(context_.files, path) && !context_.matcher.mayClaimBundle(name)) return;
+    auto trace = makeTrace(location_.category, action::MovePath{path}, std::move(attribution.reason),
+                           Reversibility::reversible, path.string(), std::nullopt, location_.requiresRoot);
+    trace.contestedBy = std::move(attribution.contestedBy);
+    traces_.addFound(std::move(trace), folder.realPath);
+}
+
+} // namespace tidwen

@@ -1,0 +1,170 @@
+#include "scan/matching/residue_scanner.h"
+
+#include "base/text.h"
+#include "platform/budgeted_files.h"
+#include "platform/budgeted_sources.h"
+#include "scan/applications/bundle.h"
+#include "scan/matching/location_scan.h"
+#include "scan/matching/receipt_probe.h"
+#include "scan/matching/side_probes.h"
+#include "scan/matching/staying_bundles.h"
+#include "scan/policy/path_policy.h"
+#include "scan/policy/root_needed.h"
+#include "scan/policy/search_location.h"
+
+#include <algorithm>
+#include <fmt/core.h>
+#include <set>
+
+namespace tidwen {
+
+namespace {
+
+/// Where the applications lie that go: the target, and those of `together` that can be removed.
+std::set<Path> leavingPlaces(const FileSystem& files, const AppTarget& target,
+                             const std::vector<AppTarget>& together,
+                             const std::function<bool(const AppTarget&)>& isRemovable) {
+    std::set<Path> places = {files.resolve(target.bundleURL).value_or(target.bundleURL.standardized())};
+    for (const auto& other : together)
+        if (other.bundleURL != target.bundleURL && isRemovable(other))
+            places.insert(files.resolve(other.bundleURL).value_or(other.bundleURL.standardized()));
+    return places;
+}
+
+/// Login items, the bundles inside the bundle, and the labels of its launchd jobs; each once.
+std::vector<std::string> helperBundleIDs(const FileSystem& files, const AppTarget& target,
+                                         const StopToken& stop) {
+    std::vector<std::string> helpers = target.loginItemBundleIDs;
+    for (auto& embedded : embeddedBundleIDs(files, target.bundleURL, stop))
+        helpers.push_back(std::move(embedded));
+    for (const auto& job : target.embeddedLaunchdItems)
+        helpers.push_back(job.label);
+    std::sort(helpers.begin(), helpers.end());
+    helpers.erase(std::unique(helpers.begin(), helpers.end()), helpers.end());
+    return helpers;
+}
+
+bool isInTrash(const Path& bundle, const Path& trash) {
+    return bundle.isWithinIgnoringCase(trash) && bundle.components().size() > trash.components().size();
+}
+
+Trace applicationTrace(const FileSystem& files, const UserEnvironment& user, const AppTarget& target) {
+    return makeTrace(TraceCategory::application, action::MovePath{target.bundleURL}, {},
+                     Reversibility::reversible, target.bundleURL.string(), std::nullopt,
+                     moveNeedsRoot(files, user, target.bundleURL));
+}
+
+Trace permissionTrace(const ResidueMatcher& matcher) {
+    const auto& bundleID = matcher.target().bundleID;
+    auto trace = makeTrace(TraceCategory::permissions, action::ResetPermissions{bundleID}, {},
+                           Reversibility::irreversibleHarmless, bundleID, std::nullopt, false);
+    trace.risk = TraceRisk::review;
+    // The databases name the identifier, so a copy of the application elsewhere would lose its permissions
+    // too.
+    trace.contestedBy = matcher.others().copyOfTarget();
+    return trace;
+}
+
+/// A bundle may give its job any label: macOS's own are not its to unload, another application's are shown as
+/// that one's.
+void addEmbeddedJobs(const ResidueMatcher& matcher, TraceCollector& traces) {
+    for (const auto& job : matcher.target().embeddedLaunchdItems) {
+        if (matcher.isOffLimits(job.label)) continue;
+        auto trace = makeTrace(TraceCategory::launchItems, action::Bootout{job.label, job.isSystemDomain},
+                               {.evidence = MatchReason::Evidence::embedded}, Reversibility::reversible,
+                               job.label, std::nullopt, job.isSystemDomain);
+        const auto own = matcher.attributeIdentifier(job.label);
+        trace.contestedBy =
+            own ? own->contestedBy : matcher.others().longestContinued(lowercased(composed(job.label)));
+        traces.add(std::move(trace));
+    }
+}
+
+/// What other bundles own is only known where they were looked for.
+void logCoverage(const BundleCoverage& coverage, Log& log) {
+    for (const auto& folder : coverage.absent)
+        log.warning("Folder of applications is not there: {}", printable(folder.string()));
+    for (const auto& folder : coverage.unreadable)
+        log.warning("Folder of applications cannot be read: {}", printable(folder.string()));
+    for (const auto& folder : coverage.uncounted)
+        log.warning("Folder of applications holds more than is counted: {}", printable(folder.string()));
+    for (const auto& bundle : coverage.damaged)
+        log.warning("Bundle does not say whose it is: {}", printable(bundle.string()));
+}
+
+} // namespace
+
+ResidueScanner::ResidueScanner(Ports ports, UserEnvironment user,
+                               std::shared_ptr<const BundleSnapshot> bundles, MoveRights rights)
+    : ports_(ports), user_(std::move(user)), bundles_(std::move(bundles)), rights_(rights) {
+    if (bundles_) logCoverage(bundles_->coverage(), ports_.log);
+}
+
+ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, const Progress& progress,
+                                const std::vector<AppTarget>& together) {
+    const std::lock_guard lock(oneAtATime_);
+    auto report = [&, last = std::optional<TraceCategory>()](TraceCategory category) mutable {
+        if (progress && last != category)
+            progress(ports_.texts.text(fmt::format("category.{}", name(category))));
+        last = category;
+    };
+
+    const PathPolicy textPolicy(user_);
+    const auto resolvedPolicy = textPolicy.forResolvedHome(ports_.files);
+    const PathPolicy& policy = resolvedPolicy ? *resolvedPolicy : textPolicy;
+    const auto whyImmovable = [&](const AppTarget& each) {
+        return whyNotRemovable(each, ports_.files, policy, user_, rights_);
+    };
+    ScanResult result;
+    result.target = target;
+    const BudgetedFiles files(ports_.files);
+    const BudgetedReceipts receipts(ports_.receipts, files.budget());
+    result.immovable = whyImmovable(target);
+
+    // First of all, so that the bundle is measured while everything else is searched.
+    TraceCollector traces(files, policy, stop, ports_.log);
+    if (!isValidUtf8(target.bundleURL.string()))
+        traces.skip(target.bundleURL);
+    else if (!isInTrash(target.bundleURL.standardized(), user_.trash().standardized()))
+        traces.add(applicationTrace(files, user_, target));
+
+    const auto leaving =
+        leavingPlaces(files, target, together, [&](const AppTarget& other) { return !whyImmovable(other); });
+    const auto helpers = helperBundleIDs(files, target, stop);
+    const Path targetPlace = files.resolve(target.bundleURL).value_or(target.bundleURL.standardized());
+    const ResidueMatcher matcher(
+        target, stayingBundles(bundles_, target, helpers, leaving, user_, stop), helpers,
+        bundles_ ? groupsOfLeaving(*bundles_, targetPlace, leaving) : std::vector<std::string>());
+    const ScanContext context = {files, user_, policy, matcher, targetPlace, stop, ports_.log};
+    traces.add(permissionTrace(matcher));
+    for (const auto& location : searchLocations(user_)) {
+        if (stop.stopRequested()) break;
+        report(location.category);
+        LocationScan search(context, location, traces);
+        if (!search.run()) result.unreadableLocations.push_back(location.url);
+        const auto& jobs = search.unreadableJobs();
+        result.unreadableLocations.insert(result.unreadableLocations.end(), jobs.begin(), jobs.end());
+    }
+    addEmbeddedJobs(matcher, traces);
+    report(TraceCategory::receipts);
+    probeReceipts(context, receipts, bundles_ ? placesOfApplications(*bundles_, user_) : std::vector<Path>(),
+                  traces);
+    report(TraceCategory::keychain);
+    if (!stop.stopRequested()) probeKeychain(context, ports_.keychain, ports_.texts, traces);
+    report(TraceCategory::systemExtensions);
+    if (!stop.stopRequested()) probeSystemExtensions(context, ports_.systemExtensions, ports_.texts, traces);
+    report(TraceCategory::permissions);
+    result.nameMatchingDisabled = matcher.nameMatchingDisabled();
+    if (!stop.stopRequested())
+        result.permissions = PermissionAudit(ports_.files, user_, ports_.texts).audit(target);
+    if (bundles_)
+        result.owners = stop.stopRequested() ? bundles_->coverage() : bundles_->coverageWithContents(leaving);
+    result.skippedNames = traces.skippedNames();
+    result.leftOut = files.budget().leftOut();
+    if (result.leftOut > 0)
+        ports_.log.warning("Too much to read: {} files and folders are left out", result.leftOut);
+    result.traces = traces.take();
+    return result;
+}
+
+} // namespace tidwen

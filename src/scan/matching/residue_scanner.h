@@ -1,0 +1,58 @@
+#pragma once
+
+#include "base/log.h"
+#include "base/stop_token.h"
+#include "base/texts.h"
+#include "platform/file_system.h"
+#include "platform/keychain.h"
+#include "platform/receipts.h"
+#include "platform/system_extensions.h"
+#include "platform/user_environment.h"
+#include "scan/applications/installed_bundles.h"
+#include "scan/matching/scan_result.h"
+#include "scan/matching/size_measurer.h"
+#include "scan/policy/removability.h"
+#include "scan/policy/search_location.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// Finds everything one application left behind. Never fails: what could not be read is in the result.
+/// One scan at a time; concurrent callers wait for one another.
+class ResidueScanner {
+  public:
+    struct Ports {
+        const FileSystem& files;
+        const Receipts& receipts;
+        const Keychain& keychain;
+        const SystemExtensions& systemExtensions;
+        const Texts& texts;
+        Log& log;
+    };
+
+    using Progress = std::function<void(const std::string& phase)>; ///< a localised category title
+
+    /// `bundles`: everything on this Mac that may own data; nothing when nobody else is to be considered.
+    /// `rights`: who moves what this process may not.
+    ResidueScanner(Ports ports, UserEnvironment user, std::shared_ptr<const BundleSnapshot> bundles,
+                   MoveRights rights = MoveRights::administrator);
+
+    /// `together`: the applications that are to be removed in the same run, the target among them or not.
+    /// They claim nothing from one another, unless they cannot be removed.
+    ScanResult scan(const AppTarget& target, const StopToken& stop = {}, const Progress& progress = {},
+                    const std::vector<AppTarget>& together = {});
+
+  private:
+    Ports ports_;
+    UserEnvironment user_;
+    std::shared_ptr<const BundleSnapshot> bundles_;
+    MoveRights rights_;
+    std::mutex oneAtATime_;
+};
+
+} // namespace tidwen

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "scan/applications/app_target.h"
+#include "scan/applications/bundle_coverage.h"
+#include "scan/matching/trace.h"
+#include "scan/permissions/permission_audit.h"
+#include "scan/policy/removability.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace tidwen {
+
+/// Everything found for one application.
+struct ScanResult {
+    AppTarget target;
+    std::vector<Trace> traces; ///< in the order of the search
+    /// Folders that could not be listed, and launchd jobs that cannot be read: the scan is incomplete.
+    std::vector<Path> unreadableLocations;
+    std::vector<Path> skippedNames; ///< finds that cannot be moved: their names are not valid UTF-8
+    std::uint64_t leftOut = 0;      ///< files and folders not read, because the disk holds too much to read
+    /// Why the application itself cannot be removed from where it lies; its data can be found all the same.
+    std::optional<ImmovableApplication> immovable = {};
+    BundleCoverage owners = {};          ///< where other owners may lie that the attribution does not know
+    bool nameMatchingDisabled = false;   ///< the name is too common or short to find anything by
+    PermissionAudit::Result permissions; ///< read again after a removal
+
+    /// Every place was looked at. What other bundles own may still be unknown (`owners`), and permissions.
+    bool isComplete() const { return unreadableLocations.empty() && skippedNames.empty() && leftOut == 0; }
+};
+
+} // namespace tidwen

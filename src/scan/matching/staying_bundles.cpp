@@ -1,0 +1,119 @@
+#include "scan/matching/staying_bundles.h"
+
+#include "scan/applications/installed_bundles.h"
+#include "scan/matching/location_scan.h"
+#include "scan/policy/search_location.h"
+
+#include <algorithm>
+#include <map>
+
+namespace tidwen {
+namespace {
+
+bool isInLibraryOf(const UserEnvironment& user, const Path& place) {
+    return place.isWithin(Path("/Library")) || place.isWithin(user.libraryFolder());
+}
+
+/// The bundles of the snapshot at these places in it.
+OtherApplications indexOf(const std::shared_ptr<const BundleSnapshot>& bundles,
+                          std::vector<std::size_t> which, const AppTarget& target, const StopToken& stop) {
+    std::vector<OwningBundle> others;
+    others.reserve(which.size());
+    for (const auto index : which)
+        others.push_back(bundles->bundles()[index]);
+    return {std::move(others), target.bundleID, [bundles, which = std::move(which), stop] {
+                bundles->readAllContents(stop);
+                std::vector<BundleContents> contents;
+                contents.reserve(which.size());
+                for (const auto index : which)
+                    contents.push_back(bundles->contents(index));
+                return contents;
+            }};
+}
+
+/// Tells the bundles in searched folders that a scan for the target takes, themselves or with their folder.
+class OwnLeftovers {
+  public:
+    OwnLeftovers(const ResidueMatcher& matcher, const UserEnvironment& user) : matcher_(matcher) {
+        for (const auto& location : searchLocations(user))
+            if (location.category == TraceCategory::supportFiles)
+                hasVendors_.emplace(location.url,
+                                    location.style == SearchLocation::Style::vendorNestedChildren);
+    }
+
+    /// What is nearest to the bundle decides: a folder of "Application Support" may be a location itself.
+    bool contain(const Path& bundle) const {
+        std::optional<Path> below;
+        for (Path item = bundle, folder; !item.isRoot(); below = item, item = folder) {
+            folder = item.parent();
+            const auto location = hasVendors_.find(folder);
+            if (location == hasVendors_.end()) continue;
+            if (isTargets(item, bundle)) return true;
+            return location->second && below && isVendorFolder(matcher_, item.lastComponent())
+                   && isTargets(*below, bundle);
+        }
+        return false;
+    }
+
+  private:
+    bool isTargets(const Path& item, const Path& bundle) const {
+        const auto found = matcher_.attribute(item.lastComponent());
+        return found && !found->contestedBy
+               && (item != bundle || matcher_.mayClaimBundle(bundle.lastComponent()));
+    }
+
+    const ResidueMatcher& matcher_;
+    std::map<Path, bool> hasVendors_;
+};
+
+} // namespace
+
+OtherApplications stayingBundles(std::shared_ptr<const BundleSnapshot> bundles, const AppTarget& target,
+                                 const std::vector<std::string>& helperBundleIDs,
+                                 const std::set<Path>& leaving, const UserEnvironment& user,
+                                 const StopToken& stop) {
+    if (!bundles) return {};
+    std::vector<std::size_t> staying, onTheirOwn, inLibrary;
+    for (std::size_t i = 0; i < bundles->bundles().size(); ++i) {
+        const auto& bundle = bundles->bundles()[i];
+        if (leaving.contains(bundle.place)) continue;
+        const bool isInLibrary = isInLibraryOf(user, bundle.place);
+        (isInLibrary ? inLibrary : onTheirOwn).push_back(i);
+    }
+    staying = onTheirOwn;
+    if (!inLibrary.empty()) {
+        const ResidueMatcher matcher(target, indexOf(bundles, onTheirOwn, target, stop), helperBundleIDs);
+        const OwnLeftovers own(matcher, user);
+        for (const auto index : inLibrary)
+            if (!own.contain(bundles->bundles()[index].place)) staying.push_back(index);
+    }
+    return indexOf(bundles, std::move(staying), target, stop);
+}
+
+std::vector<Path> placesOfApplications(const BundleSnapshot& bundles, const UserEnvironment& user) {
+    std::vector<Path> places;
+    const auto add = [&](const Path& place) {
+        if (!isInLibraryOf(user, place)) places.push_back(place.standardized());
+    };
+    for (const auto& bundle : bundles.bundles()) {
+        add(bundle.url);
+        if (bundle.place != bundle.url) add(bundle.place);
+        for (const auto& name : bundle.foundAs)
+            if (name != bundle.url && name != bundle.place) add(name);
+    }
+    return places;
+}
+
+std::vector<std::string> groupsOfLeaving(const BundleSnapshot& bundles, const Path& target,
+                                         const std::set<Path>& leaving) {
+    std::vector<std::string> groups;
+    for (std::size_t i = 0; i < bundles.bundles().size(); ++i) {
+        const auto& place = bundles.bundles()[i].place;
+        if (place == target || !leaving.contains(place)) continue;
+        const auto& declared = bundles.contents(i).groups;
+        groups.insert(groups.end(), declared.begin(), declared.end());
+    }
+    return groups;
+}
+
+} // namespace tidwen

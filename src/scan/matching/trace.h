@@ -1,0 +1,146 @@
+#pragma once
+
+#include "base/path.h"
+#include "base/uuid.h"
+#include "scan/policy/trace_category.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace tidwen {
+
+enum class SettingsPane { fullDiskAccess, loginItemsAndExtensions, privacyAndSecurity };
+
+/// Something only the user can do.
+struct GuidanceStep {
+    std::string instruction; ///< already in the user's language
+    std::optional<SettingsPane> settingsPane;
+    friend bool operator==(const GuidanceStep&, const GuidanceStep&) = default;
+};
+
+/// What removing a trace means.
+namespace action {
+struct MovePath { ///< move the item into quarantine
+    Path url;
+    friend bool operator==(const MovePath&, const MovePath&) = default;
+};
+struct BootoutAndMove { ///< unload the launchd job, then quarantine its property list
+    std::string label;
+    Path plist;
+    bool isSystemDomain = false;
+    friend bool operator==(const BootoutAndMove&, const BootoutAndMove&) = default;
+};
+struct Bootout { ///< unload a job that has no file of its own to move
+    std::string label;
+    bool isSystemDomain = false;
+    friend bool operator==(const Bootout&, const Bootout&) = default;
+};
+struct ResetPermissions {
+    std::string bundleID;
+    friend bool operator==(const ResetPermissions&, const ResetPermissions&) = default;
+};
+struct DeleteKeychainItem { ///< every password item of the service
+    std::string service;
+    bool isSystemKeychain = false;
+    friend bool operator==(const DeleteKeychainItem&, const DeleteKeychainItem&) = default;
+};
+struct Guidance { ///< nothing can be done automatically
+    GuidanceStep step;
+    friend bool operator==(const Guidance&, const Guidance&) = default;
+};
+} // namespace action
+
+using TraceAction = std::variant<action::MovePath, action::BootoutAndMove, action::Bootout,
+                                 action::ResetPermissions, action::DeleteKeychainItem, action::Guidance>;
+
+/// Why a trace is attributed to the application.
+struct MatchReason {
+    enum class Kind {
+        exactBundleID,
+        receipt,
+        appGroup,
+        sharedAppGroup, ///< other installed applications declare the group too
+        nameToken,
+        executableName,
+        declaredTarget, ///< the application itself declares it: its bundle, its embedded jobs
+    };
+    /// Where the identifier or name was read; it chooses the words, nothing else.
+    enum class Evidence {
+        itsName,
+        record,   ///< in the container's record
+        label,    ///< the job's label
+        program,  ///< in the path of the job's program
+        embedded, ///< the job, or its program, lies in the application's bundle
+    };
+    Kind kind = Kind::declaredTarget;
+    std::string value =
+        {}; ///< the identifier, package, group or name that matched; empty for `declaredTarget`
+    Evidence evidence = Evidence::itsName;
+    friend bool operator==(const MatchReason&, const MatchReason&) = default;
+};
+
+enum class Reversibility {
+    reversible,              ///< moved into quarantine; undo restores it
+    irreversibleHarmless,    ///< cannot be undone, nothing of value is lost
+    irreversibleDestructive, ///< cannot be undone and data is lost
+    manualOnly,              ///< the user must do it
+};
+
+enum class TraceRisk { safe, review, sensitive };
+
+/// Another bundle on this Mac that claims an item.
+struct Claimant {
+    std::string bundleID; ///< as declared
+    std::string name;     ///< what people call it
+    Path place;           ///< where it lies
+    friend bool operator==(const Claimant&, const Claimant&) = default;
+};
+
+/// One leftover of an application.
+struct Trace {
+    Uuid id = Uuid::random(); ///< fresh for every trace of every scan
+    TraceCategory category = TraceCategory::supportFiles;
+    TraceAction action;
+    MatchReason reason;
+    Reversibility reversibility = Reversibility::reversible;
+    std::string displayName;               ///< what is shown for it; a path for files
+    std::optional<std::int64_t> sizeBytes; ///< allocated on disk; absent for what is no file
+    bool requiresRoot = false;
+    TraceRisk risk = TraceRisk::review; ///< set by `makeTrace`
+    /// Another bundle, a second copy of the application included, that stays and has at least as strong a
+    /// claim. Such a trace is shown and never taken by default.
+    std::optional<Claimant> contestedBy;
+    /// A file in a place that everybody shares, for which nothing speaks but the list of a package. Anybody
+    /// can write such a list, so it is never taken by default either.
+    bool isOnlyListed = false;
+
+    friend bool operator==(const Trace&, const Trace&) = default;
+};
+
+/// The rule that gives every trace its tier. (Permission resets alone are always `review`.)
+TraceRisk traceRisk(TraceCategory category, MatchReason::Kind reason, bool requiresRoot);
+
+/// Fills `id` and `risk`; the only way the scanners make a trace.
+Trace makeTrace(TraceCategory category, TraceAction action, MatchReason reason, Reversibility reversibility,
+                std::string displayName, std::optional<std::int64_t> sizeBytes, bool requiresRoot);
+
+/// The file or folder whose move the trace asks for; nothing for traces that move nothing.
+const Path* movedPath(const TraceAction& action);
+
+// Names as they stand in JSON and in localisation keys ("supportFiles", "exactBundleID").
+std::string_view name(TraceCategory category);
+std::string_view name(MatchReason::Kind kind);
+std::string_view name(MatchReason::Evidence evidence);
+std::string_view name(Reversibility reversibility);
+std::string_view name(TraceRisk risk);
+std::string_view name(SettingsPane pane);
+std::optional<TraceRisk> parseTraceRisk(std::string_view text);
+
+/// The system's address of a settings pane ("x-apple.systempreferences:…").
+std::string_view address(SettingsPane pane);
+
+} // namespace tidwen

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "base/texts.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+#include "scan/applications/app_target.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tidwen {
+
+/// A privacy permission that the user once gave or refused.
+struct PermissionGrant {
+    struct State {
+        enum class Kind { unknown, granted, limited, denied };
+        Kind kind = Kind::unknown;
+        std::int64_t rawValue = 0; ///< what the database holds; only meaningful for `unknown`
+        friend bool operator==(const State&, const State&) = default;
+    };
+    enum class Scope { user, system };
+
+    std::string service; ///< "kTCCServiceCamera"
+    State state;
+    Scope scope = Scope::user;
+    bool isPathClient = false; ///< the database names the client by its path
+    friend bool operator==(const PermissionGrant&, const PermissionGrant&) = default;
+};
+
+std::string_view name(PermissionGrant::State::Kind kind);
+std::string_view name(PermissionGrant::Scope scope);
+
+/// What a person calls a service ("Camera"); an unknown one is its own name without "kTCCService".
+std::string permissionTitle(std::string_view service, const Texts& texts);
+
+/// Reads the privacy databases ("TCC.db", SQLite; table "access") for one application. The file is copied
+/// into memory and queried there: no lock is taken, no link followed by another library, nothing written
+/// beside it. A database in the middle of somebody's transaction counts as unreadable.
+class PermissionAudit {
+  public:
+    struct Result {
+        std::vector<PermissionGrant> grants; ///< sorted by title, user scope first among equals
+        std::vector<PermissionGrant::Scope> unreadable;
+        friend bool operator==(const Result&, const Result&) = default;
+    };
+
+    PermissionAudit(const FileSystem& files, const UserEnvironment& user, const Texts& texts)
+        : files_(files), user_(user), texts_(texts) {}
+
+    Result audit(const AppTarget& target) const { return audit(target.bundleID, target.bundleURL); }
+    Result audit(const std::string& bundleID, const Path& bundle) const;
+
+    static Path databasePath(PermissionGrant::Scope scope, const UserEnvironment& user);
+
+  private:
+    const FileSystem& files_;
+    const UserEnvironment& user_;
+    const Texts& texts_;
+};
+
+} // namespace tidwen

@@ -1,0 +1,131 @@
+#include "system/request_inbox.h"
+
+#include "base/json.h"
+#include "base/text.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+namespace tidwen {
+
+std::optional<UninstallRequest> decodeRequest(std::string_view text) {
+    const auto json = parseJson(text, RequestInbox::maxRequestBytes);
+    if (!json || !json->is_object() || !json->contains("paths") || !json->at("paths").is_array())
+        return std::nullopt;
+    if (json->at("paths").size() > RequestInbox::maxPathsPerRequest) return std::nullopt;
+    UninstallRequest request;
+    for (const auto& path : json->at("paths")) {
+        if (!path.is_string()) return std::nullopt;
+        request.paths.push_back(path.get<std::string>());
+    }
+    return request;
+}
+
+std::string encode(const UninstallRequest& request) {
+    return writeJson(nlohmann::json{{"paths", request.paths}});
+}
+
+OwnBundle ownBundle(std::string_view bundlePath, const PropertyListDictionary& info) {
+    OwnBundle bundle{.isExtension = bundlePath.ends_with(".appex")};
+    const auto found = info.find("CorvellaAppGroup");
+    const auto* group = found == info.end() ? nullptr : found->second.asString();
+    if (group && !group->empty() && group->front() != '.' && group->find('/') == std::string::npos)
+        bundle.group = *group;
+    return bundle;
+}
+
+std::optional<Path> RequestInbox::fallbackContainer(const UserEnvironment& user, const OwnBundle& bundle) {
+    if (bundle.isExtension) return std::nullopt;
+    return user.libraryFolder() / "Group Containers" / bundle.group;
+}
+
+std::optional<Path> RequestInbox::folder() const {
+    return container_ ? std::optional(*container_ / "requests") : std::nullopt;
+}
+
+bool RequestInbox::post(const UninstallRequest& request, const std::string& fileName) {
+    const auto requests = folder();
+    const auto text = encode(request);
+    // What a drain would read as something else is not posted.
+    if (!requests || decodeRequest(text) != request || !files_.createDirectories(*requests)) return false;
+    return files_.replaceFile(*requests / (fileName + ".json"), text, NewFileMode::privateToOwner)
+        .has_value();
+}
+
+/// What one drain has taken so far.
+struct RequestInbox::Taken {
+    std::size_t files = 0;
+    std::size_t bytes = 0;
+    std::size_t named = 0; ///< paths, acceptable or not: each costs a look at the disk
+    std::vector<Path> paths;
+
+    bool isEnough() const {
+        return files >= maxRequestsPerDrain || bytes >= maxBytesPerDrain || named >= maxPathsPerDrain;
+    }
+};
+
+std::vector<Path> RequestInbox::drain() {
+    const auto requests = folder();
+    if (!requests) return {};
+    const auto place = files_.info(*requests);
+    const auto entries = place && place->kind == FileKind::directory
+                             ? files_.list(*requests)
+                             : FileResult<std::vector<DirectoryEntry>>();
+    if (!entries) return {};
+    Taken taken;
+    for (const auto& entry : *entries) {
+        if (taken.isEnough()) break;
+        if (entry.name.ends_with(".json")
+            && (entry.kind == FileKind::regular || entry.kind == FileKind::symbolicLink))
+            take(*requests / entry.name, taken);
+    }
+    if (taken.files == 0) return {};
+    if (taken.paths.empty())
+        log_.info("Finder request dropped: nothing at the paths it named");
+    else
+        log_.info("Serving Finder request for {} app(s)", taken.paths.size());
+    return std::move(taken.paths);
+}
+
+std::optional<std::string> RequestInbox::readRequest(const Path& file) const {
+    const auto info = files_.info(file);
+    if (!info || info->kind != FileKind::regular) return std::nullopt; // reading would follow a link
+    auto content = files_.read(file, maxRequestBytes);
+    return content ? std::optional(std::move(*content)) : std::nullopt;
+}
+
+void RequestInbox::take(const Path& file, Taken& taken) {
+    ++taken.files;
+    const auto content = readRequest(file);
+    // Removed first: a request that cannot be removed would be served again and again.
+    if (!files_.removeFile(file) || !content) return;
+    taken.bytes += content->size();
+    const auto request = decodeRequest(*content);
+    if (!request) return;
+    taken.named += request->paths.size();
+    auto& paths = taken.paths;
+    for (const auto& path : request->paths)
+        if (isAcceptable(path) && std::find(paths.begin(), paths.end(), Path(path)) == paths.end())
+            paths.emplace_back(path);
+}
+
+bool RequestInbox::isAcceptable(const std::string& path) const {
+    const Path url(path);
+    if (!url.isAbsolute() || url.hasTraversal() || path.find('\0') != std::string::npos) return false;
+    const auto info = files_.info(url);
+    return info && info->kind != FileKind::symbolicLink;
+}
+
+bool RequestInbox::setFinderGate(bool enabled) {
+    log_.info("Finder extension enabled: {}", enabled ? 1 : 0);
+    if (!container_) return false;
+    const auto gate = *container_ / "finder-gate.json";
+    if (!enabled) {
+        const auto removed = files_.removeFile(gate);
+        return removed || removed.error().fault == FileFault::missing;
+    }
+    return files_.createDirectories(*container_)
+           && files_.replaceFile(gate, "{}", NewFileMode::privateToOwner);
+}
+
+} // namespace tidwen

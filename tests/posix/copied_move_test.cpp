@@ -1,0 +1,402 @@
+#include "posix/rooted_file_system.h"
+#include "support/small_disk.h"
+#include "support/temporary_folder.h"
+#include "support/trees.h"
+#include "support/unprivileged.h"
+
+#include <algorithm>
+#include <fcntl.h>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#ifdef __linux__
+#include <csignal>
+#include <sys/ptrace.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#endif
+
+namespace tidwen::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::unique_ptr<RootedFileSystem> openVolume(const fs::path& root = "/") {
+    return RootedFileSystem::open(root).value();
+}
+
+std::vector<std::string> namesIn(const fs::path& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+void age(const fs::path& item, long nanoseconds) {
+    const timespec times[2] = {{.tv_sec = 5, .tv_nsec = 0},
+                               {.tv_sec = 1'500'000'000, .tv_nsec = nanoseconds}};
+    ::utimensat(AT_FDCWD, item.c_str(), times, AT_SYMLINK_NOFOLLOW);
+}
+
+/// A folder here and one on another disk; both are gone after the test.
+class CopiedMove : public testing::Test {
+  protected:
+    void SetUp() override {
+        struct stat mine {
+        }, its{};
+        std::string pattern = "/dev/shm/tidwen-test-XXXXXX";
+        if (!::mkdtemp(pattern.data())) GTEST_SKIP() << "no second disk at /dev/shm";
+        away = pattern;
+        ::stat(here.path().c_str(), &mine);
+        ::stat(away.c_str(), &its);
+        if (mine.st_dev == its.st_dev) GTEST_SKIP() << "/dev/shm is no second disk";
+        hasAttributes = tag(away) && tag(here.path());
+    }
+    void TearDown() override {
+        std::error_code ignored;
+        if (!away.empty()) fs::remove_all(away, ignored);
+    }
+
+    Path hereAt(const std::string& name) const { return Path((here.path() / name).string()); }
+    Path awayAt(const std::string& name) const { return Path((away / name).string()); }
+
+    TemporaryFolder here;
+    fs::path away;
+    bool hasAttributes = false; ///< on both disks
+};
+
+TEST_F(CopiedMove, KeepsEverythingBothWays) {
+    const auto app = here.path() / "Marlin Notes.app";
+    const auto big = app / "sparse";
+    writeFile(app / "Contents/Info.plist", "<plist/>");
+    writeFile(app / "Contents/tool", std::string(700'000, 'x'));
+    writeFile(app / std::string(255, 'n') / "\xff\xfe\n", "odd");
+    fs::create_hard_link(app / "Contents/tool", app / "tool");
+    fs::create_symlink("../../../etc/passwd", app / "link");
+    fs::create_symlink("nowhere", app / "Contents/dangling");
+    writeFile(big, "start");
+    ASSERT_EQ(::truncate(big.c_str(), 4 << 20), 0);
+    std::ofstream(big, std::ios::in | std::ios::binary).seekp(2 << 20) << "middle";
+    ASSERT_EQ(::mkfifo((app / "pipe").c_str(), 0620), 0);
+    if (hasAttributes) {
+        EXPECT_TRUE(tag(app));
+        EXPECT_TRUE(tag(app / "Contents/Info.plist"));
+    }
+    ::chmod((app / "Contents/tool").c_str(), 04755);
+    if (::geteuid() == 0) ::lchown((app / "link").c_str(), 501, 20);
+    if (::geteuid() == 0) ::lchown((app / "Contents/Info.plist").c_str(), 501, 20);
+    age(app / "Contents/tool", 123'456'789);
+    age(app / "link", 1);
+    ::chmod((app / "Contents").c_str(), 0555);
+    age(app / "Contents", 42);
+    age(app, 43);
+    const auto before = fingerprint(app);
+
+    const auto files = openVolume();
+    ASSERT_EQ(outcome(files->move(hereAt("Marlin Notes.app"), awayAt("moved"))), "ok");
+    EXPECT_EQ(fingerprint(away / "moved"), before);
+    EXPECT_LT(files->info(awayAt("moved/sparse"))->allocatedBytes, 1u << 20);
+    EXPECT_EQ(namesIn(away), std::vector<std::string>{"moved"});
+    EXPECT_TRUE(fs::is_empty(here.path()));
+    ASSERT_EQ(outcome(files->move(awayAt("moved"), hereAt("Marlin Notes.app"))), "ok");
+    EXPECT_EQ(fingerprint(app), before);
+    EXPECT_TRUE(fs::is_empty(away));
+}
+
+TEST_F(CopiedMove, MovesSingleItemsAndReplacesNone) {
+    const std::string longName(255, 'l');
+    writeFile(here.path() / longName, "long");
+    fs::create_symlink("nowhere", here.path() / "link");
+    writeFile(away / "taken", "other");
+    const auto files = openVolume();
+    EXPECT_EQ(outcome(files->move(hereAt("link"), awayAt("taken"))), "exists");
+    EXPECT_EQ(outcome(files->move(hereAt("link"), awayAt("none/link"))), "missing");
+    EXPECT_EQ(outcome(files->move(hereAt("link"), awayAt("link"))), "ok");
+    EXPECT_EQ(outcome(files->move(hereAt(longName), awayAt("link"))), "exists");
+    EXPECT_EQ(outcome(files->move(hereAt(longName), awayAt(longName))), "ok");
+    EXPECT_EQ(contentOf(away / longName), "long");
+    EXPECT_EQ(namesIn(away), (std::vector<std::string>{"link", longName, "taken"}));
+    EXPECT_TRUE(fs::is_empty(here.path()));
+}
+
+TEST_F(CopiedMove, WhatCannotBeMovedWholeStaysWhole) {
+    writeFile(here.path() / "mine/sealed/file", "x");
+    writeFile(here.path() / "unreadable/file", "x");
+    giveToUnprivileged(here.path());
+    giveToUnprivileged(away);
+    ::chmod((here.path() / "unreadable/file").c_str(), 0);
+    ::chmod((here.path() / "mine/sealed").c_str(), 0500);
+    std::vector<std::string> immovable{"unreadable"};
+    if (::geteuid() == 0) { // nobody else can give an item away
+        writeFile(here.path() / "foreign/file", "x");
+        immovable.insert(immovable.begin(), "foreign");
+        ASSERT_EQ(::chown((here.path() / "foreign").c_str(), 501, 20), 0);
+    }
+    const auto before = fingerprint(here.path());
+    asUnprivileged([&] {
+        for (const auto& name : immovable)
+            EXPECT_EQ(outcome(openVolume()->move(hereAt(name), awayAt(name))), "denied") << name;
+    });
+    EXPECT_EQ(fingerprint(here.path()), before);
+    EXPECT_TRUE(fs::is_empty(away));
+    asUnprivileged([&] { EXPECT_EQ(outcome(openVolume()->move(hereAt("mine"), awayAt("mine"))), "ok"); });
+    EXPECT_EQ(namesIn(here.path()), immovable);
+}
+
+TEST_F(CopiedMove, AFullDiskLeavesTheOriginalAndNoCopy) {
+    writeFile(here.path() / "app/small", "x");
+    writeFile(here.path() / "app/zzz", std::string(1 << 20, 'x'));
+    const auto before = fingerprint(here.path());
+    const auto skipped = withSmallDisk(256u << 10, [&](const fs::path& disk) {
+        const auto files = openVolume();
+        EXPECT_EQ(outcome(files->move(hereAt("app"), Path((disk / "app").string()))), "noSpace");
+        EXPECT_TRUE(fs::is_empty(disk));
+        ASSERT_TRUE(makeReadOnly(disk));
+        EXPECT_EQ(outcome(files->move(hereAt("app"), Path((disk / "app").string()))), "denied");
+    });
+    EXPECT_EQ(fingerprint(here.path()), before);
+    if (skipped) GTEST_SKIP() << *skipped;
+}
+
+#ifdef __linux__
+
+/// File systems have called a hole what was written a moment before; here all of every file.
+TEST_F(CopiedMove, CopiesWhatTheDiskWronglyCallsAHole) {
+    writeFile(here.path() / "app/file", std::string(700'000, 'x'));
+    const auto before = fingerprint(here.path() / "app");
+    inChild([&] {
+        ASSERT_TRUE(refuseSystemCall(SYS_lseek, ENXIO));
+        EXPECT_EQ(outcome(openVolume()->move(hereAt("app"), awayAt("app"))), "ok");
+    });
+    EXPECT_EQ(fingerprint(away / "app"), before);
+}
+
+/// Whether the call at which a traced process stopped would change a disk.
+bool wouldChangeADisk(const __ptrace_syscall_info& stop) {
+    constexpr long changing[] = {SYS_mkdirat, SYS_renameat2, SYS_unlinkat,  SYS_linkat, SYS_symlinkat,
+                                 SYS_mknodat, SYS_pwrite64,  SYS_ftruncate, SYS_fchown, SYS_fchownat,
+                                 SYS_fchmod,  SYS_fsetxattr, SYS_utimensat, SYS_syncfs};
+    if (stop.op != PTRACE_SYSCALL_INFO_ENTRY) return false;
+    const long call = static_cast<long>(stop.entry.nr);
+    return (call == SYS_openat && (stop.entry.args[2] & O_CREAT) != 0)
+           || std::find(std::begin(changing), std::end(changing), call) != std::end(changing);
+}
+
+enum class Ended { reached, before, notTraced };
+
+/// Runs the body in a child and calls `interrupt` right before its `count`-th call that would change a disk.
+Ended runAndInterruptAt(int count, const std::function<void()>& body,
+                        const std::function<void(pid_t child)>& interrupt) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) ::_exit(2);
+        ::raise(SIGSTOP);
+        body();
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    if (!WIFSTOPPED(status)) return Ended::notTraced;
+    ::ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+    while (::ptrace(PTRACE_SYSCALL, child, nullptr, nullptr) == 0 && ::waitpid(child, &status, 0) == child) {
+        if (!WIFSTOPPED(status)) break;
+        __ptrace_syscall_info stop{};
+        ::ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof stop, &stop);
+        if (wouldChangeADisk(stop) && --count == 0) interrupt(child);
+    }
+    return count <= 0 ? Ended::reached : Ended::before;
+}
+
+/// Moves a small application to the other disk with an interruption at every change in turn, each in fresh
+/// folders, and looks at the outcome of each. The number of changes; 0 where nothing can be traced.
+int forEveryChange(const fs::path& here, const fs::path& away,
+                   const std::function<void(pid_t child)>& interrupt,
+                   const std::function<void(const std::vector<std::string>& before)>& look) {
+    const auto files = openVolume();
+    for (int count = 1; count < 500; ++count) {
+        writeFile(here / "app/inner/file", std::string(300'000, 'x'));
+        fs::create_symlink("inner/file", here / "app/link");
+        fs::create_hard_link(here / "app/inner/file", here / "app/same");
+        tag(here / "app/inner");
+        const auto before = fingerprint(here / "app");
+        const Path from((here / "app").string()), to((away / "app").string());
+        const auto ended = runAndInterruptAt(
+            count, [&] { (void)files->move(from, to); }, interrupt);
+        if (ended == Ended::notTraced) return 0;
+        if (ended == Ended::before) return count - 1;
+        SCOPED_TRACE(count);
+        look(before);
+        for (const auto& folder : {here, away})
+            for (const auto& entry : fs::directory_iterator(folder))
+                fs::remove_all(entry.path());
+    }
+    return 0;
+}
+
+TEST_F(CopiedMove, AKillAtAnyChangeIsSettled) {
+    int completed = 0;
+    const int changes = forEveryChange(
+        here.path(), away, [](pid_t child) { ::kill(child, SIGKILL); },
+        [&](const auto& before) {
+            EXPECT_EQ(outcome(openVolume()->settleInterruptedMove(hereAt("app"), awayAt("app"))), "ok");
+            const bool isMoved = fs::exists(away / "app");
+            completed += isMoved ? 1 : 0;
+            EXPECT_EQ(fingerprint(isMoved ? away / "app" : here.path() / "app"), before);
+            EXPECT_EQ(namesIn(here.path()).size() + namesIn(away).size(), 1u);
+        });
+    if (changes == 0) GTEST_SKIP() << "this process may not trace its child";
+    std::printf("killed at %d changes, %d moves were completed afterwards\n", changes, completed);
+    EXPECT_GT(completed, 2);
+}
+
+/// Somebody goes on writing in the item while it is moved: whatever the move makes of it, the words survive.
+TEST_F(CopiedMove, WhatIsWrittenMeanwhileIsNotLost) {
+    int kept = 0;
+    const int changes = forEveryChange(
+        here.path(), away,
+        [&](pid_t) {
+            for (const auto& top : {here.path() / "app", here.path() / ".tidwen-moved-app", away / "app"}) {
+                if (!fs::exists(top / "inner/file")) continue;
+                writeFile(top / "inner/new", "new words");
+                std::ofstream(top / "inner/file", std::ios::app) << "more words";
+                // An application that misses its folder makes it anew.
+                if (!fs::exists(here.path() / "app")) writeFile(here.path() / "app/anew", "anew");
+                return;
+            }
+        },
+        [&](const auto&) {
+            std::string words;
+            for (const auto& folder : {here.path(), away})
+                for (const auto& entry : fs::recursive_directory_iterator(folder))
+                    if (entry.is_regular_file() && !entry.is_symlink())
+                        words += contentOf(entry.path()).substr(0, 9)
+                                 + contentOf(entry.path())
+                                       .substr(std::min<std::size_t>(300'000, fs::file_size(entry.path())));
+            EXPECT_NE(words.find("new words"), words.npos);
+            EXPECT_NE(words.find("more words"), words.npos);
+            if (!fs::exists(here.path() / ".tidwen-moved-app")) return;
+            const auto settled = openVolume()->settleInterruptedMove(hereAt("app"), awayAt("app"));
+            EXPECT_EQ(settled.value(), (MoveRemains{hereAt(".tidwen-moved-app"), FileFault::busy}));
+            EXPECT_EQ(outcome(openVolume()->move(hereAt("app"), awayAt("app, anew"))), "ok");
+            EXPECT_EQ(openVolume()->revealRemains(hereAt("app")), std::vector{hereAt("app")});
+            EXPECT_TRUE(fs::exists(here.path() / "app/inner/new"));
+            kept += 1;
+        });
+    if (changes == 0) GTEST_SKIP() << "this process may not trace its child";
+    EXPECT_GT(kept, 0);
+}
+
+/// What refuses to go is told, taken away as soon as that is possible, and not in the way of the next move.
+TEST_F(CopiedMove, WhatCannotBeRemovedIsToldAndRemovedLater) {
+    const auto files = openVolume();
+    const struct {
+        std::string name, aside;
+        long call;
+    } cases[] = {{"one", ".tidwen-moved-app", SYS_unlinkat}, {"two", ".tidwen-moved2-app", SYS_fsync}};
+    for (const auto& each : cases) {
+        writeFile(here.path() / "app/inner/file", each.name);
+        inChild([&] {
+            ASSERT_TRUE(refuseSystemCall(each.call, EIO));
+            EXPECT_EQ(files->move(hereAt("app"), awayAt(each.name)).value(),
+                      (MoveRemains{hereAt(each.aside), FileFault::io}));
+        });
+        EXPECT_EQ(contentOf(away / each.name / "inner/file"), each.name);
+        EXPECT_EQ(contentOf(here.path() / each.aside / "inner/file"), each.name);
+    }
+    EXPECT_TRUE(files->isSetAside(hereAt("app")));
+    for (const auto* name : {"one", "two"})
+        EXPECT_EQ(outcome(files->settleInterruptedMove(hereAt("app"), awayAt(name))), "ok");
+    EXPECT_TRUE(fs::is_empty(here.path()));
+    EXPECT_EQ(namesIn(away), (std::vector<std::string>{"one", "two"}));
+}
+
+#endif
+
+/// What settling makes of every state that a crash, or somebody else after it, can leave. The four places
+/// hold nothing or a folder with these letters as files: the original, its copy, the one set aside, the
+/// destination.
+TEST(SettleInterruptedMove, RemovesOnlyWhatIsSafeElsewhere) {
+    const struct {
+        std::string what, original, copy, aside, destination;
+        std::string result, thenOriginal, thenCopy, thenAside, thenDestination;
+        std::string thenBeside = {}; ///< the original, by a name that people see
+    } cases[] = {
+        {"nothing began", "ab", "", "", "", "ok", "ab", "", "", ""},
+        {"all is done", "", "", "", "ab", "ok", "", "", "", "ab"},
+        {"copying", "ab", "a", "", "", "ok", "ab", "", "", ""},
+        {"set aside", "", "ab", "ab", "", "ok", "", "", "", "ab"},
+        {"in place", "", "", "ab", "ab", "ok", "", "", "", "ab"},
+        {"half removed", "", "", "b", "ab", "ok", "", "", "", "ab"},
+        {"the copy is not whole", "", "a", "ab", "", "ok", "ab", "", "", ""},
+        {"the copy has other content", "", "aB", "ab", "", "ok", "ab", "", "", ""},
+        {"the copy is gone", "", "", "ab", "", "ok", "ab", "", "", ""},
+        {"somebody took the destination", "", "ab", "ab", "x", "ok", "ab", "", "", "x"},
+        {"the original came anew, copied", "x", "ab", "ab", "", "ok", "x", "", "", "ab"},
+        {"the original came anew, done", "x", "", "ab", "ab", "ok", "x", "", "", "ab"},
+        {"the original came anew, half copied", "x", "a", "ab", "", "exists", "x", "", "", "", "ab"},
+        {"written meanwhile", "", "", "bn", "ab", "remains", "", "", "bn", "ab"},
+        {"the original came anew, written meanwhile", "x", "", "bn", "ab", "remains", "x", "", "bn", "ab"},
+        {"remains of an earlier move", "x", "", "bn", "", "ok", "x", "", "bn", ""},
+        {"all four", "x", "ab", "ab", "y", "exists", "x", "", "", "y", "ab"},
+        {"only a copy", "", "ab", "", "", "missing", "", "ab", "", ""},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        const TemporaryVolume volume;
+        const std::string places[] = {"/from/x", "/to/.tidwen-copy-x", "/from/.tidwen-moved-x", "/to/x",
+                                      "/from/x 2"};
+        const std::string given[] = {each.original, each.copy, each.aside, each.destination};
+        const std::string wanted[] = {each.thenOriginal, each.thenCopy, each.thenAside, each.thenDestination,
+                                      each.thenBeside};
+        volume.makeFolder("/from");
+        volume.makeFolder("/to");
+        for (std::size_t i = 0; i < 4; ++i) {
+            for (const char letter : given[i]) {
+                const std::string file = places[i] + "/" + static_cast<char>(letter | 0x20);
+                volume.write(file, std::string(3, letter));
+                age(volume.host(file), 1);
+            }
+            age(volume.host(places[i]), 7);
+        }
+        const auto files = openVolume(volume.hostRoot());
+        EXPECT_EQ(files->isSetAside(Path("/from/x")), !each.aside.empty());
+        const auto settled = files->settleInterruptedMove(Path("/from/x"), Path("/to/x"));
+        EXPECT_EQ(settled && *settled ? "remains" : outcome(settled), each.result);
+        for (std::size_t i = 0; i < 5; ++i) {
+            std::string letters;
+            if (volume.exists(places[i]))
+                for (const auto& name : namesIn(volume.host(places[i])))
+                    letters += name;
+            EXPECT_EQ(letters, wanted[i]) << places[i];
+            EXPECT_EQ(volume.exists(places[i]), !wanted[i].empty()) << places[i];
+        }
+    }
+}
+
+TEST(SettleInterruptedMove, FinishesARenameByHardLink) {
+    const TemporaryVolume volume;
+    volume.write("/from/x", "content");
+    volume.makeFolder("/to");
+    fs::create_hard_link(volume.host("/from/x"), volume.host("/to/x"));
+    EXPECT_EQ(outcome(openVolume(volume.hostRoot())->settleInterruptedMove(Path("/from/x"), Path("/to/x"))),
+              "ok");
+    EXPECT_FALSE(volume.exists("/from/x"));
+    EXPECT_EQ(volume.read("/to/x"), "content");
+}
+
+/// The same within one of the two folders, on the way to the name in between or from it.
+TEST(SettleInterruptedMove, FinishesItsOwnRenamesByHardLink) {
+    const TemporaryVolume volume;
+    volume.write("/from/x", "content");
+    volume.write("/to/x", "content");
+    fs::create_hard_link(volume.host("/from/x"), volume.host("/from/.tidwen-moved-x"));
+    fs::create_hard_link(volume.host("/to/x"), volume.host("/to/.tidwen-copy-x"));
+    (void)openVolume(volume.hostRoot())->settleInterruptedMove(Path("/from/x"), Path("/to/x"));
+    EXPECT_EQ(namesIn(volume.host("/from")), std::vector<std::string>{"x"});
+    EXPECT_EQ(namesIn(volume.host("/to")), std::vector<std::string>{"x"});
+}
+
+} // namespace
+} // namespace tidwen::test

@@ -1,0 +1,107 @@
+#pragma once
+
+#include "platform/file_code_signatures.h"
+#include "quarantine/trash_lock.h"
+#include "removal/removal_flow_model.h"
+#include "support/fixtures.h"
+#include "support/matchers.h"
+#include "support/memory_defaults.h"
+#include "support/stand_ins.h"
+#include "volume/volume_runner.h"
+#include "volume/volume_sources.h"
+
+namespace tidwen::test {
+
+/// The flow over a volume with four applications and an orphan, stepped by hand.
+class FlowFixture : public SteppedQueues {
+  public:
+    FlowFixture() {
+        clock.time = *parseIso8601("2026-11-14T17:26:00Z");
+        for (const std::string name : {"Alpine", "Birch", "Cedar", "Dogwood"}) {
+            writeBundle(volume, bundle(name).string(), "com.example." + name, name);
+            volume.write(cache(name).string(), "x");
+        }
+        volume.write(orphan.displayName, "x");
+    }
+
+    static Path bundle(const std::string& name) { return Path("/Applications") / (name + ".app"); }
+    static Path cache(const std::string& name) {
+        return Path("/Users/alice/Library/Caches/com.example." + name);
+    }
+    void review(const std::vector<std::string>& names) {
+        model->loadTargets(eachOf(names, &FlowFixture::bundle));
+        settle();
+    }
+    void remove(const std::vector<std::string>& names) {
+        review(names);
+        model->confirm();
+        settle();
+    }
+    std::string stage() const { return std::string(name(model->stage())); }
+    bool has(const Path& path) const { return volume.exists(path.string()); }
+    std::set<std::string> selected() const {
+        std::set<std::string> names;
+        for (const auto& target : model->chosenTargets())
+            for (const auto& trace : target.traces)
+                names.insert(trace.displayName);
+        return names;
+    }
+
+    TemporaryVolume volume;
+    const UserEnvironment user = alice();
+    Trace orphan = makeTrace(TraceCategory::caches, action::MovePath{cache("Gone")}, {},
+                             Reversibility::reversible, cache("Gone").string(), 1, false);
+    RecordingLog log;
+    MemoryDefaults defaults;
+    FixedClock clock;
+    FakeApplications running;
+    Texts texts; // keys stand for themselves
+
+  private:
+    std::unique_ptr<ResidueScanner> makeScanner() {
+        return std::make_unique<ResidueScanner>(
+            ResidueScanner::Ports{volume.files(), receipts, keychain, extensions, texts, log}, user, nullptr);
+    }
+
+    FileCodeSignatures signatures{volume.files()};
+    VolumeReceipts receipts{volume.files()};
+    VolumeSystemExtensions extensions{volume.files()};
+    VolumeKeychain keychain;
+    AppTargetLoader loader{volume.files(), signatures};
+    VolumeRunner runner{volume.files(), user, log};
+    RemovalExecutor executor{{volume.files(), runner, runner, log}};
+    UndoService undo{{volume.files(), runner, runner, texts, log, clock}, user};
+    QuarantinePurge purge{volume.files(), user, std::nullopt, log};
+    PermissionAudit audit{volume.files(), user, texts};
+
+  public:
+    ProtectedApps protectedApps{defaults};
+    AppPreferences preferences{defaults};
+    std::unique_ptr<RemovalFlowModel> model = std::make_unique<RemovalFlowModel>(
+        RemovalFlowModel::Services{
+            .files = volume.files(),
+            .loader = loader,
+            .makeScanner = [this] { return makeScanner(); },
+            .sweepOrphans =
+                [this](const StopToken&, const auto& onFound) {
+                    onFound({orphan});
+                    return OrphanScanResult{{{"com.example.gone", "Gone", {orphan}}}, {}};
+                },
+            .running = running,
+            .executor = executor,
+            .undo = undo,
+            .rights = MoveRights::own,
+            .purge = purge,
+            .audit = audit,
+            .protectedApps = protectedApps,
+            .preferences = preferences,
+            .texts = texts,
+            .clock = clock,
+            .log = log,
+            .main = main,
+            .background = background,
+            .treeQueue = background},
+        user);
+};
+
+} // namespace tidwen::test
