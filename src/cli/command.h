@@ -2,17 +2,9 @@
 
 #include "base/message.h"
 #include "cli/arguments.h"
-#include "operations/admin_script_runner.h"
-#include "operations/permission_revoker.h"
-#include "operations/privileged_runner.h"
-#include "platform/folder_events.h"
 #include "platform/https_fetcher.h"
-#include "platform/login_item.h"
-#include "platform/notifications.h"
-#include "platform/system.h"
+#include "program/mac.h"
 
-#include <filesystem>
-#include <optional>
 #include <string_view>
 #include <variant>
 #include <vector>
@@ -26,21 +18,6 @@ enum class ExitStatus {
     done = 0,
     someFailed = 1, ///< the output says what
     refused = 2,    ///< refused or wrong usage; nothing was touched
-};
-
-/// The Mac that a command works on, as `main` put it together.
-struct Mac {
-    System system;
-    PrivilegedRunner& userRunner;
-    PrivilegedRunner& privilegedRunner;
-    PermissionRevoker& permissionRevoker;
-    FolderEvents& folderEvents;
-    Notifications& notifications;
-    LoginItem& loginItem;
-    /// Runs a script as an administrator; absent on a volume, where there is nobody to ask.
-    std::optional<AdminScriptRunner::Execute> administrator;
-    std::optional<std::filesystem::path>
-        volume; ///< this machine's folder that holds it; absent on a live Mac
 };
 
 /// This machine's user and the program itself, for commands that need no Mac.

@@ -11,93 +11,33 @@
 
 namespace tidwen {
 
-namespace {
-
-MoveRights rightsOf(const Mac& mac) {
-    return mac.administrator ? MoveRights::administrator : MoveRights::own;
-}
-
-} // namespace
-
 FlowSession::FlowSession(const CommandContext& context, Mac& mac)
     : context_(context),
-      mac_(mac),
-      bundles_(mac.system.files, mac.system.signatures, mac.system.user, InstalledBundles::Looks::once),
-      loader_(mac.system.files, mac.system.signatures),
-      protectedApps_(mac.system.defaults),
-      preferences_(mac.system.defaults),
-      executor_({mac.system.files, mac.userRunner, mac.privilegedRunner, mac.system.log}),
-      undo_({mac.system.files, mac.privilegedRunner, mac.userRunner, mac.system.texts, mac.system.log,
-             mac.system.clock, !mac.volume},
-            mac.system.user),
-      purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
-      audit_(mac.system.files, mac.system.user, mac.system.texts),
-      model_(services(mac), mac.system.user),
+      session_(mac, main_, InstalledBundles::Looks::once),
+      model_(session_.removalServices(), mac.system.user),
       progress_(model_.changed.connect([this] { showProgress(); })) {}
-
-RemovalFlowModel::Services FlowSession::services(Mac& mac) {
-    auto& system = mac.system;
-    return {.files = system.files,
-            .loader = loader_,
-            .makeScanner = [this] { return makeScanner(); },
-            .sweepOrphans =
-                [this, ids = protectedApps_.bundleIDs()](const auto& stop, const auto& onFound) {
-                    return sweepOrphans(ids, stop, onFound);
-                },
-            .running = system.runningApplications,
-            .executor = executor_,
-            .undo = undo_,
-            .rights = rightsOf(mac),
-            .purge = purge_,
-            .audit = audit_,
-            .protectedApps = protectedApps_,
-            .preferences = preferences_,
-            .texts = system.texts,
-            .clock = system.clock,
-            .log = system.log,
-            .main = main_,
-            .background = background_,
-            .treeQueue = treeQueue_};
-}
-
-std::unique_ptr<ResidueScanner> FlowSession::makeScanner() {
-    const auto& system = mac_.system;
-    return std::make_unique<ResidueScanner>(
-        ResidueScanner::Ports{system.files, system.receipts, system.keychain, system.systemExtensions,
-                              system.texts, system.log},
-        system.user, seen_ ? std::exchange(seen_, nullptr) : bundles_.look(InstalledBundles::Reach::usual),
-        rightsOf(mac_));
-}
-
-OrphanScanResult FlowSession::sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,
-                                           const OrphanScanner::OnFound& onFound) const {
-    const auto& system = mac_.system;
-    // A volume has no register of applications besides the bundles themselves.
-    OrphanScanner scanner({system.files, system.receipts, system.runningApplications, system.log},
-                          system.user, [](const std::string&) { return false; });
-    InstalledBundles installed(system.files, system.signatures, system.user);
-    return scanner.scan(installed, protectedIDs, stop, onFound);
-}
 
 std::vector<RecoveryNotice> FlowSession::start() {
     bool isDone = false;
     model_.start();
-    background_.post([&] { main_.post([&] { isDone = true; }); }); // one thread, so after the work of `start`
+    // Behind the work of `start`.
+    session_.background().post([&] { main_.post([&] { isDone = true; }); });
     main_.runUntil([&] { return isDone; });
     return model_.recoveryNotices();
 }
 
 bool FlowSession::scan(const std::vector<std::string>& words) {
-    const auto& system = mac_.system;
+    auto& mac = session_.mac();
     const bool areAllPaths =
         std::all_of(words.begin(), words.end(), [](const auto& word) { return word.starts_with('/'); });
     std::vector<InstalledIdentity> installed;
     if (!areAllPaths) {
-        seen_ = bundles_.look(InstalledBundles::Reach::usual);
-        installed = identitiesOf(*seen_, findApplicationBundles(system.files, system.user));
+        const auto& system = mac.system;
+        installed =
+            identitiesOf(*session_.lookAtBundles(), findApplicationBundles(system.files, system.user));
     }
-    const auto named = findBundles(words, ApplicationFinder(system.files, installed, HostPaths(mac_.volume)),
-                                   context_.texts);
+    const auto named = findBundles(
+        words, ApplicationFinder(mac.system.files, installed, HostPaths(mac.volume)), context_.texts);
     for (const auto& failure : named.failures)
         context_.console.complain(failure);
     someRefused_ = !named.failures.empty();
@@ -119,8 +59,8 @@ std::optional<OrphanScanResult> FlowSession::findOrphans() {
     bool hasEnded = false;
     {
         const EndSignals signals(main_, [&] { stop.requestStop(); });
-        background_.post([&] {
-            result = sweepOrphans(protectedApps_.bundleIDs(), stop.token(), {});
+        session_.background().post([&] {
+            result = session_.sweepOrphans(session_.protectedApps().bundleIDs(), stop.token(), {});
             main_.post([&] { hasEnded = true; });
         });
         main_.runUntil([&] { return hasEnded; });

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "base/executor.h"
 #include "cli/command.h"
-#include "removal/removal_flow_model.h"
-#include "scan/applications/installed_bundles.h"
+#include "program/session.h"
 
 #include <optional>
 #include <string>
@@ -43,34 +41,18 @@ class FlowSession {
     bool someLeftOut() const { return someLeftOut_; }
 
   private:
-    RemovalFlowModel::Services services(Mac& mac);
     void complainOfRefusals();
     bool awaitScan();
     void showProgress();
     void answer(const QuitPrompt& prompt);
-    std::unique_ptr<ResidueScanner> makeScanner();
-    OrphanScanResult sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,
-                                  const OrphanScanner::OnFound& onFound) const;
 
     const CommandContext& context_;
-    Mac& mac_;
-    InstalledBundles bundles_;
-    std::shared_ptr<const BundleSnapshot> seen_; ///< looked at to find the words, not yet used by a scan
-    AppTargetLoader loader_;
-    ProtectedApps protectedApps_;
-    AppPreferences preferences_;
-    RemovalExecutor executor_;
-    UndoService undo_;
-    QuarantinePurge purge_;
-    PermissionAudit audit_;
     MainQueue main_;
+    Session session_;
     bool someRefused_ = false;
     bool someLeftOut_ = false;
     RemovalFlowModel model_;
     Subscription progress_;
-    // Last, so that they end their work before what the work uses is gone.
-    WorkQueue treeQueue_;
-    WorkQueue background_;
 };
 
 } // namespace tidwen

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "base/message.h"
-#include "cli/host_paths.h"
 #include "platform/code_signatures.h"
 #include "platform/file_system.h"
+#include "program/host_paths.h"
 #include "removal/target_intake.h"
 #include "scan/matching/other_applications.h"
 

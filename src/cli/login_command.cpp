@@ -1,6 +1,6 @@
 #include "cli/login_command.h"
 
-#include "cli/resources.h"
+#include "program/resources.h"
 
 #include <system_error>
 

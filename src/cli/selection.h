@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/message.h"
-#include "cli/host_paths.h"
 #include "operations/removal_operation.h"
+#include "program/host_paths.h"
 #include "scan/matching/scan_result.h"
 
 #include <optional>

@@ -3,7 +3,7 @@
 #include "base/json.h"
 #include "cli/console.h"
 #include "cli/intake.h"
-#include "cli/resources.h"
+#include "program/resources.h"
 
 #include <nlohmann/json.hpp>
 

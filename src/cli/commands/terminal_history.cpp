@@ -1,11 +1,11 @@
 #include "cli/commands/terminal_history.h"
 
+#include "program/session.h"
+
 namespace tidwen {
 
 TerminalHistory::TerminalHistory(Mac& mac)
-    : undo_({mac.system.files, mac.privilegedRunner, mac.userRunner, mac.system.texts, mac.system.log,
-             mac.system.clock, !mac.volume},
-            mac.system.user),
+    : undo_(undoPorts(mac), mac.system.user),
       purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
       model_({mac.system.files, undo_, purge_, mac.system.defaults, mac.system.texts, queue_, queue_},
              mac.system.user) {}

@@ -1,4 +1,4 @@
-#include "cli/resources.h"
+#include "program/resources.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "cli/host_paths.h"
+#include "program/host_paths.h"
 
 #include <algorithm>
 #include <system_error>

@@ -1,0 +1,52 @@
+#include "program/host_services.h"
+
+#ifdef __APPLE__
+#include "host/launch_agent.h"
+#include "macos/fs_events.h"
+#include "macos/preferences_defaults.h"
+#include "scan/applications/app_target.h"
+#else
+#include "host/xdg_autostart.h"
+#include "settings/file_defaults.h"
+#include "volume/volume_folder_events.h"
+#endif
+
+namespace tidwen {
+
+namespace {
+
+#ifdef __APPLE__
+std::unique_ptr<Defaults> ownDefaults(Log& log, FolderEvents& folders) {
+    return std::make_unique<PreferencesDefaults>(std::string(tidwenBundleID), log, folders);
+}
+
+std::unique_ptr<LoginItem> ownLoginItem(std::vector<std::string> command, Log& log) {
+    return std::make_unique<LaunchAgent>(LaunchAgent::defaultFolder(), std::move(command), log);
+}
+#else
+std::unique_ptr<Defaults> ownDefaults(Log& log, FolderEvents& folders) {
+    return std::make_unique<FileDefaults>(FileDefaults::defaultFile(), log, &folders);
+}
+
+std::unique_ptr<LoginItem> ownLoginItem(std::vector<std::string> command, Log& log) {
+    return std::make_unique<XdgAutostart>(XdgAutostart::defaultFolder(), std::move(command), log);
+}
+#endif
+
+} // namespace
+
+std::unique_ptr<FolderEvents> hostFolderEvents(const std::filesystem::path& root) {
+#ifdef __APPLE__
+    return std::make_unique<FsEvents>(root);
+#else
+    return std::make_unique<VolumeFolderEvents>(root);
+#endif
+}
+
+HostServices::HostServices(std::vector<std::string> loginCommand, Log& log)
+    : folders_(hostFolderEvents("/")),
+      defaults_(ownDefaults(log, *folders_)),
+      loginItem_(ownLoginItem(std::move(loginCommand), log)),
+      notifications_(processes_) {}
+
+} // namespace tidwen

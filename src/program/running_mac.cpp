@@ -1,0 +1,78 @@
+#include "program/running_mac.h"
+
+#include "operations/tool_launchd.h"
+#include "operations/tool_receipts.h"
+#include "operations/tool_system_extensions.h"
+#include "operations/user_scope_runner.h"
+#include "platform/file_code_signatures.h"
+#include "posix/rooted_file_system.h"
+#include "program/host_services.h"
+
+namespace tidwen {
+
+struct RunningMac::Parts {
+    Parts(std::unique_ptr<RootedFileSystem> opened, FrameworkPorts ports, HostServices& host,
+          const Texts& texts, Log& log)
+        : files(std::move(opened)),
+          signatures(*files),
+          receipts(host.processes()),
+          systemExtensions(host.processes()),
+          launchd(host.processes(), ports.user.userID),
+          administrator(AdminScriptRunner::throughOsascript(host.processes(), ports.promptTimeout)),
+          userRunner({*files, host.processes(), ports.keychain, ports.applications, log}, ports.user),
+          privilegedRunner(administrator, *files, ports.user, log),
+          revoker(host.processes()),
+          folderEvents(hostFolderEvents("/")),
+          mac{.system = {.files = *files,
+                         .signatures = signatures,
+                         .receipts = receipts,
+                         .keychain = ports.keychain,
+                         .systemExtensions = systemExtensions,
+                         .runningApplications = ports.applications,
+                         .launchd = launchd,
+                         .defaults = host.defaults(),
+                         .texts = texts,
+                         .clock = clock,
+                         .log = log,
+                         .user = ports.user},
+              .userRunner = userRunner,
+              .privilegedRunner = privilegedRunner,
+              .permissionRevoker = revoker,
+              .folderEvents = *folderEvents,
+              .notifications = host.notifications(),
+              .loginItem = host.loginItem(),
+              .administrator = administrator,
+              .volume = std::nullopt} {}
+
+    std::unique_ptr<RootedFileSystem> files;
+    FileCodeSignatures signatures;
+    ToolReceipts receipts;
+    ToolSystemExtensions systemExtensions;
+    ToolLaunchd launchd;
+    SystemClock clock;
+    AdminScriptRunner::Execute administrator;
+    UserScopeRunner userRunner;
+    AdminScriptRunner privilegedRunner;
+    ToolPermissionRevoker revoker;
+    std::unique_ptr<FolderEvents> folderEvents;
+    Mac mac;
+};
+
+tl::expected<std::unique_ptr<RunningMac>, Message>
+RunningMac::open(FrameworkPorts ports, HostServices& host, const Texts& texts, Log& log) {
+    auto files = RootedFileSystem::open("/");
+    if (!files) return tl::unexpected(Message{std::string(failureKey(files.error().fault))});
+    if (const auto known = (*files)->setHome(ports.user.home); !known)
+        return tl::unexpected(Message{std::string(failureKey(known.error().fault))});
+    auto parts = std::make_unique<Parts>(std::move(*files), std::move(ports), host, texts, log);
+    return std::unique_ptr<RunningMac>(new RunningMac(std::move(parts)));
+}
+
+RunningMac::RunningMac(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
+RunningMac::~RunningMac() = default;
+
+Mac& RunningMac::mac() {
+    return parts_->mac;
+}
+
+} // namespace tidwen

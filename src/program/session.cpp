@@ -1,0 +1,73 @@
+#include "program/session.h"
+
+#include <utility>
+
+namespace tidwen {
+
+Session::Session(Mac& mac, Executor& main, InstalledBundles::Looks looks)
+    : mac_(mac),
+      main_(main),
+      bundles_(mac.system.files, mac.system.signatures, mac.system.user, looks),
+      loader_(mac.system.files, mac.system.signatures),
+      protectedApps_(mac.system.defaults),
+      preferences_(mac.system.defaults),
+      executor_({mac.system.files, mac.userRunner, mac.privilegedRunner, mac.system.log}),
+      undo_(undoPorts(mac), mac.system.user),
+      purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
+      audit_(mac.system.files, mac.system.user, mac.system.texts) {}
+
+UndoService::Ports undoPorts(Mac& mac) {
+    const bool isRunning = !mac.volume;
+    return {mac.system.files, mac.privilegedRunner, mac.userRunner, mac.system.texts,
+            mac.system.log,   mac.system.clock,     isRunning};
+}
+
+RemovalFlowModel::Services Session::removalServices() {
+    auto& system = mac_.system;
+    return {.files = system.files,
+            .loader = loader_,
+            .makeScanner = [this] { return makeScanner(); },
+            .sweepOrphans =
+                [this, ids = protectedApps_.bundleIDs()](const auto& stop, const auto& onFound) {
+                    return sweepOrphans(ids, stop, onFound);
+                },
+            .running = system.runningApplications,
+            .executor = executor_,
+            .undo = undo_,
+            .rights = mac_.rights(),
+            .purge = purge_,
+            .audit = audit_,
+            .protectedApps = protectedApps_,
+            .preferences = preferences_,
+            .texts = system.texts,
+            .clock = system.clock,
+            .log = system.log,
+            .main = main_,
+            .background = background_,
+            .treeQueue = treeQueue_};
+}
+
+std::shared_ptr<const BundleSnapshot> Session::lookAtBundles() {
+    return seen_ = bundles_.look(InstalledBundles::Reach::usual);
+}
+
+std::unique_ptr<ResidueScanner> Session::makeScanner() {
+    const auto& system = mac_.system;
+    auto bundles = seen_ ? std::exchange(seen_, nullptr) : bundles_.look(InstalledBundles::Reach::usual);
+    return std::make_unique<ResidueScanner>(
+        ResidueScanner::Ports{system.files, system.receipts, system.keychain, system.systemExtensions,
+                              system.texts, system.log},
+        system.user, std::move(bundles), mac_.rights());
+}
+
+OrphanScanResult Session::sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,
+                                       const OrphanScanner::OnFound& onFound) const {
+    const auto& system = mac_.system;
+    // Nothing but the bundles themselves tells of installed applications here.
+    OrphanScanner scanner({system.files, system.receipts, system.runningApplications, system.log},
+                          system.user, [](const std::string&) { return false; });
+    InstalledBundles installed(system.files, system.signatures, system.user);
+    return scanner.scan(installed, protectedIDs, stop, onFound);
+}
+
+} // namespace tidwen

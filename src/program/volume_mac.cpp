@@ -1,0 +1,108 @@
+#include "program/volume_mac.h"
+
+#include "platform/file_code_signatures.h"
+#include "posix/rooted_file_system.h"
+#include "program/host_services.h"
+#include "volume/volume_permission_revoker.h"
+#include "volume/volume_runner.h"
+#include "volume/volume_sources.h"
+#include "volume/volume_user.h"
+
+namespace tidwen {
+
+struct VolumeMac::Parts {
+    Parts(std::unique_ptr<RootedFileSystem> opened, UserEnvironment found, std::filesystem::path folder,
+          HostServices& host, const Texts& texts, Log& log)
+        : files(std::move(opened)),
+          user(std::move(found)),
+          signatures(*files),
+          receipts(*files),
+          systemExtensions(*files),
+          launchd(*files, user),
+          runner(*files, user, log),
+          revoker(*files, user),
+          folderEvents(hostFolderEvents(folder)),
+          mac{.system = {.files = *files,
+                         .signatures = signatures,
+                         .receipts = receipts,
+                         .keychain = keychain,
+                         .systemExtensions = systemExtensions,
+                         .runningApplications = runningApplications,
+                         .launchd = launchd,
+                         .defaults = host.defaults(),
+                         .texts = texts,
+                         .clock = clock,
+                         .log = log,
+                         .user = user},
+              .userRunner = runner,
+              .privilegedRunner = runner,
+              .permissionRevoker = revoker,
+              .folderEvents = *folderEvents,
+              .notifications = host.notifications(),
+              .loginItem = host.loginItem(),
+              .administrator = std::nullopt,
+              .volume = std::move(folder)} {}
+
+    std::unique_ptr<RootedFileSystem> files;
+    UserEnvironment user;
+    FileCodeSignatures signatures;
+    VolumeReceipts receipts;
+    VolumeKeychain keychain;
+    VolumeSystemExtensions systemExtensions;
+    VolumeRunningApplications runningApplications;
+    VolumeLaunchd launchd;
+    SystemClock clock;
+    VolumeRunner runner;
+    VolumePermissionRevoker revoker;
+    std::unique_ptr<FolderEvents> folderEvents;
+    Mac mac;
+};
+
+namespace {
+
+Message describe(const VolumeUserError& error) {
+    std::string homes;
+    switch (error.kind) {
+    case VolumeUserError::Kind::noHome:
+        return {"volume.home.none"};
+    case VolumeUserError::Kind::notAFolder:
+        return {"volume.home.notAFolder %@", {error.home.string()}};
+    case VolumeUserError::Kind::notAHome:
+        return {"volume.home.notAHome %@", {error.home.string()}};
+    case VolumeUserError::Kind::severalHomes:
+        for (const auto& candidate : error.candidates)
+            homes += (homes.empty() ? "" : ", ") + candidate.string();
+        break;
+    }
+    return {"volume.home.several %@", {homes}};
+}
+
+Message describe(const FileError& error, const std::filesystem::path& folder, const Texts& texts) {
+    if (error.fault == FileFault::missing) return {"volume.missing %@", {folder.string()}};
+    return {"volume.unusable %@ %@", {folder.string(), texts.text(failureKey(error.fault))}};
+}
+
+} // namespace
+
+tl::expected<std::unique_ptr<VolumeMac>, Message> VolumeMac::open(const std::filesystem::path& folder,
+                                                                  const std::optional<std::string>& home,
+                                                                  HostServices& host, const Texts& texts,
+                                                                  Log& log) {
+    auto files = RootedFileSystem::open(folder);
+    if (!files) return tl::unexpected(describe(files.error(), folder, texts));
+    auto user = findVolumeUser(**files, home ? std::optional(Path(*home)) : std::nullopt);
+    if (!user) return tl::unexpected(describe(user.error()));
+    if (const auto known = (*files)->setHome(user->home); !known)
+        return tl::unexpected(Message{std::string(failureKey(known.error().fault))});
+    auto parts = std::make_unique<Parts>(std::move(*files), std::move(*user), folder, host, texts, log);
+    return std::unique_ptr<VolumeMac>(new VolumeMac(std::move(parts)));
+}
+
+VolumeMac::VolumeMac(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
+VolumeMac::~VolumeMac() = default;
+
+Mac& VolumeMac::mac() {
+    return parts_->mac;
+}
+
+} // namespace tidwen
