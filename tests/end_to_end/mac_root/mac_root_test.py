@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
-"""Runs the composition of a running Mac, unmodified, in a root that is laid out like a Mac's: a mount namespace in
-which a volume is "/" and stand-ins lie at the paths of the tools. Exits with 77 where the kernel allows no such
-namespace. Usage: mac_root_test.py LIVE_DRIVER"""
+"""Runs the program on the Mac it runs on, in a root that is laid out like a Mac's: a mount namespace in which a volume
+is "/" and stand-ins lie at the paths of the tools. Exits with 77 where the kernel allows no such namespace.
+Usage: mac_root_test.py PROGRAM"""
+import json
 import os
 import pathlib
 import shutil
@@ -11,6 +12,7 @@ import tempfile
 import unittest
 
 HERE = pathlib.Path(__file__).resolve().parent
+RESOURCES = HERE.parents[2] / "resources"
 HOST_TOOLS = ["cat", "chmod", "grep", "head", "ls", "ln", "mkdir", "mv", "rm", "sed", "sh", "sleep", "tr"]
 CORE_SERVICES = "/System/Library/Frameworks/CoreServices.framework/Frameworks"
 MAC_TOOLS = ["/bin/launchctl", "/usr/bin/tccutil", "/usr/bin/security", "/usr/bin/killall", "/usr/sbin/pkgutil",
@@ -27,18 +29,20 @@ HOSTILE = ["com.example.marlin.it's", 'com.example.marlin."quoted"', "com.exampl
            "com.example.marlin.*"]
 
 
-def box(volume, state, driver, *arguments):
+def box(volume, state, program, *arguments, prompt_timeout=60_000):
     command = ["bwrap", "--unshare-all", "--die-with-parent", "--uid", "501", "--gid", "20", "--bind", volume, "/",
                "--proc", "/proc", "--dev", "/dev", "--tmpfs", "/tmp", "--bind", state, "/state"]
-    for folder in ["/usr/lib", "/lib", "/lib64"]:
+    for folder in ["/usr/lib", "/lib", "/lib64", "/usr/share/icu"]:
         command += ["--ro-bind-try", folder, folder]
     for tool in HOST_TOOLS:
         place = "/usr/bin/grep" if tool == "grep" else f"/bin/{tool}"
         command += ["--ro-bind", os.path.realpath(shutil.which(tool)), place]
     for tool in MAC_TOOLS:
         command += ["--ro-bind", HERE / "stand_ins/tool", tool]
-    command += ["--ro-bind", HERE / "stand_ins/osascript", "/usr/bin/osascript", "--ro-bind", driver, "/opt/driver",
-                "--clearenv", "--setenv", "HOME", "/Users/alice", "/opt/driver", *arguments]
+    command += ["--ro-bind", HERE / "stand_ins/osascript", "/usr/bin/osascript",
+                "--ro-bind", program, "/opt/tidwen/bin/tidwen", "--ro-bind", RESOURCES, "/opt/tidwen/resources",
+                "--clearenv", "--setenv", "HOME", "/tmp", "--setenv", "TIDWEN_PROMPT_MILLISECONDS",
+                str(prompt_timeout), "/opt/tidwen/bin/tidwen", *arguments]
     return subprocess.run(command, capture_output=True, text=True, timeout=100)
 
 
@@ -48,7 +52,7 @@ def plist(**values):
 
 
 class MacRoot(unittest.TestCase):
-    driver = None
+    program = None
 
     def setUp(self):
         self.folder = tempfile.TemporaryDirectory(prefix="tidwen-mac-root-")
@@ -111,11 +115,12 @@ class MacRoot(unittest.TestCase):
         for folder in GUARDED:
             self.at(folder).chmod(mode)
 
-    def run_driver(self, *arguments, prompt_timeout=60_000):
+    def run_tidwen(self, *arguments, **options):
+        """The document that it prints."""
         self.guard()
-        done = box(self.volume, self.state, self.driver, str(prompt_timeout), *arguments)
-        self.assertEqual(done.returncode, 0, done.stderr)
-        return done.stdout.splitlines()
+        done = box(self.volume, self.state, self.program, "--json", *arguments, **options)
+        self.assertIn(done.returncode, (0, 1), done.stderr)
+        return json.loads(done.stdout)
 
     def remove(self, *names, **options):
         """Who carried out what, and how it ended; the log of the tools begins anew."""
@@ -123,11 +128,17 @@ class MacRoot(unittest.TestCase):
         self.guard()
         self.before = self.tree()
         bundles = [f"/Applications/{name}.app" for name in names or ["Marlin Notes"]]
-        return self.run_driver("remove", *bundles, **options)
+        report = self.run_tidwen("remove", "--yes", "--risk", "safe,review,sensitive", *bundles, **options)
+        steps = {step["id"]: step for step in report["operations"]}
+        return [" ".join(["root" if steps[result["operationID"]]["requiresRoot"] else "user",
+                          steps[result["operationID"]]["kind"]["kind"], result.get("failureKey") or "ok"])
+                for result in report["results"]]
 
     def undo(self):
+        """What came back, of how much, how many jobs were started again; and what did not."""
         self.note("log", "")
-        return self.run_driver("undo")
+        report = self.run_tidwen("undo", "1")
+        return [f'{report["restoredCount"]} {report["totalCount"]} {report["relaunchedJobs"]}', *report["failures"]]
 
     def log(self):
         return (self.state / "log").read_text().splitlines()
@@ -135,9 +146,10 @@ class MacRoot(unittest.TestCase):
     def test_everything_goes_and_comes_back(self):
         lines = self.remove()
         self.assertEqual([line for line in lines if not line.endswith(" ok")], [])
-        self.assertEqual([path for path in self.tree() if "arlin" in path], [])
+        # A file that nothing but a package's list gives to it stays.
+        self.assertEqual([path for path in self.tree() if "arlin" in path], ["Library/Fonts/Marlin.ttf"])
         moves = [line for line in lines if line.startswith("root move")]
-        self.assertEqual(len(moves), len(HOSTILE) + 4)
+        self.assertEqual(len(moves), len(HOSTILE) + 3)
         log = self.log()
         self.assertEqual(log.count("osascript"), 1)
         self.assertIn(f"launchctl <bootout> <system/{DAEMON}>", log)
@@ -181,7 +193,7 @@ class MacRoot(unittest.TestCase):
         self.remove()
         done = self.undo()
         self.assertTrue(done[0].endswith(" 1"))
-        self.assertIn("com.example.marlin.it's.plist: failure.exit 9", done[1])
+        self.assertIn("com.example.marlin.it's.plist: The step ended with status 9.", done[1])
 
     def test_an_occupied_place_is_never_taken(self):
         # While the batch runs, a dangling link turns up wherever this item could be meant to go.
@@ -209,7 +221,7 @@ class MacRoot(unittest.TestCase):
         self.note("hooks/launchctl", '[ "$2" != system/com.example.zander ] || kill -9 $PPID')
         lines = [line for line in self.remove("Marlin Notes", "Zander") if line.startswith("root")]
         # The first application's items lie in quarantine, so they count as moved although no answer came.
-        self.assertEqual(lines.count("root move ok"), len(HOSTILE) + 4)
+        self.assertEqual(lines.count("root move ok"), len(HOSTILE) + 3)
         self.assertEqual(lines.count("root move failure.noResult"), 3)
         self.assertEqual(lines.count("root bootout failure.noResult"), 2)
         (self.state / "hooks/launchctl").unlink()
@@ -227,7 +239,7 @@ class MacRoot(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    MacRoot.driver = sys.argv.pop(1)
+    MacRoot.program = sys.argv.pop(1)
     try:
         trial = subprocess.run(["bwrap", "--unshare-all", "--uid", "501", "--ro-bind", "/", "/", "true"],
                                capture_output=True, text=True, timeout=60)

@@ -1,0 +1,56 @@
+// The program as it works on the Mac it runs on, for a root that is laid out like a Mac's with stand-ins for its
+// tools. What only a framework of macOS answers is answered here: nothing runs, and the user's own keychain is
+// empty. TIDWEN_PROMPT_MILLISECONDS says how long a prompt for the administrator may take.
+
+#include "cli/terminal.h"
+#include "operations/keychain_dump.h"
+
+#include <cstdlib>
+#include <unistd.h>
+
+namespace {
+
+using namespace tidwen;
+
+class SystemKeychain : public Keychain {
+  public:
+    explicit SystemKeychain(ProcessRunner& processes) : processes_(processes) {}
+    std::vector<KeychainEntry> entries() const override { return listSystemKeychain(processes_); }
+    std::int32_t deleteItems(KeychainItemClass, const std::string&) override { return keychainItemNotFound; }
+
+  private:
+    ProcessRunner& processes_;
+};
+
+class NothingRuns : public RunningApplications {
+  public:
+    bool isRunning(const std::string&) const override { return false; }
+    bool quit(const std::string&, std::chrono::milliseconds) override { return true; }
+};
+
+/// Lives as long as the program.
+struct Frameworks {
+    explicit Frameworks(ProcessRunner& processes) : keychain(processes) {}
+    SystemKeychain keychain;
+    NothingRuns applications;
+};
+
+std::chrono::milliseconds promptTimeout() {
+    const char* chosen = std::getenv("TIDWEN_PROMPT_MILLISECONDS");
+    return std::chrono::milliseconds(chosen ? std::atoi(chosen) : 60'000);
+}
+
+} // namespace
+
+int main(int count, char** words) {
+    std::unique_ptr<Frameworks> frameworks;
+    const auto open = [&](HostServices& host, const Texts& texts, Log& log) {
+        frameworks = std::make_unique<Frameworks>(host.processes());
+        return RunningMac::open({.user = UserEnvironment{Path("/Users/alice"), getuid(), std::nullopt, std::nullopt},
+                                 .keychain = frameworks->keychain,
+                                 .applications = frameworks->applications,
+                                 .promptTimeout = promptTimeout()},
+                                host, texts, log);
+    };
+    return runTerminal(count, words, {.feedKey = "", .feedAddress = "", .openRunningMac = open});
+}
