@@ -1,4 +1,4 @@
-# Warnings and sanitizers, as two interface targets that every floor and test links.
+# Warnings and sanitizers, as two interface targets that every layer and test links.
 
 add_library(tidwen_warnings INTERFACE)
 add_library(tidwen::warnings ALIAS tidwen_warnings)

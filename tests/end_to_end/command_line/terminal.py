@@ -53,7 +53,7 @@ class VolumeTest(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        cls.base = Path(tempfile.mkdtemp(prefix="tidwen-road-"))
+        cls.base = Path(tempfile.mkdtemp(prefix="tidwen-end-to-end-"))
         cls.environment = {"PATH": os.environ["PATH"], "LC_ALL": "C", "TZ": "UTC", "HOME": str(cls.base),
                            "XDG_CONFIG_HOME": str(cls.base / "config"),
                            **{k: v for k, v in os.environ.items() if k.endswith("SAN_OPTIONS")}}
