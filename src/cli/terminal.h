@@ -13,8 +13,8 @@ namespace tidwen {
 
 /// What one build of the program brings to its terminal.
 struct TerminalBuild {
-    using OpenRunningMac = std::function<tl::expected<std::unique_ptr<RunningMac>, Message>(
-        HostServices&, const Texts&, Log&)>;
+    using OpenRunningMac =
+        std::function<tl::expected<std::unique_ptr<RunningMac>, Message>(HostServices&, const Texts&, Log&)>;
 
     std::string feedKey;     ///< the maker's public key of the update feed; may be empty
     std::string feedAddress; ///< the feed, unless the user sets another; may be empty

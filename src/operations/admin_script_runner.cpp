@@ -2,7 +2,6 @@
 
 #include "operations/admin_batch.h"
 #include "operations/tool_arguments.h"
-#include "operations/tool_paths.h"
 #include "posix/posix_process_runner.h"
 
 #include <utility>
@@ -35,31 +34,10 @@ bool isSystemJobFile(const Path& plist) {
 
 } // namespace
 
-Message AdminScriptRunnerError::describe() const {
-    switch (kind) {
-    case Kind::authorizationCancelled:
-        return {"failure.adminCancelled"};
-    case Kind::process:
-        return tidwen::describe(process);
-    case Kind::scriptFailed:
-        break;
-    }
-    return {message};
-}
-
 AdminScriptRunner::Execute AdminScriptRunner::throughOsascript(ProcessRunner& processes,
                                                                std::chrono::milliseconds timeout) {
-    return [&processes,
-            timeout](const std::string& script) -> tl::expected<ProcessResult, AdminScriptRunnerError> {
-        auto result = processes.run(toolPaths::osascript, {"-e", adminBatch::appleScript(script)}, timeout);
-        if (!result)
-            return tl::unexpected(AdminScriptRunnerError{.kind = AdminScriptRunnerError::Kind::process,
-                                                         .process = std::move(result.error())});
-        // The words beside the number are in the user's language.
-        if (result->exitCode != 0 && result->standardError.find("-128") != std::string::npos)
-            return tl::unexpected(
-                AdminScriptRunnerError{.kind = AdminScriptRunnerError::Kind::authorizationCancelled});
-        return std::move(*result);
+    return [&processes, timeout](const std::string& script) {
+        return runAsAdministrator(processes, script, timeout);
     };
 }
 

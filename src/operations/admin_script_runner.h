@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "operations/administrator_prompt.h"
 #include "operations/privileged_runner.h"
 #include "platform/file_system.h"
 #include "platform/process_runner.h"
@@ -13,15 +14,6 @@
 #include <tl/expected.hpp>
 
 namespace tidwen {
-
-/// Why a batch gave no output at all.
-struct AdminScriptRunnerError {
-    enum class Kind { scriptFailed, authorizationCancelled, process };
-    Kind kind = Kind::scriptFailed;
-    std::string message = {};        ///< of `scriptFailed`
-    ProcessRunnerError process = {}; ///< of `process`
-    Message describe() const;
-};
 
 /// Runs root operations as one shell batch behind one authorisation prompt.
 ///

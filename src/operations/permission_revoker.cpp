@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "operations/admin_batch.h"
+#include "operations/administrator_prompt.h"
 #include "operations/tool_arguments.h"
 #include "operations/tool_paths.h"
 #include "posix/posix_process_runner.h"
@@ -15,7 +16,6 @@ namespace {
 constexpr std::chrono::seconds userTimeout{30};
 constexpr std::chrono::seconds administratorTimeout{120};
 constexpr std::string_view servicePrefix = "kTCCService";
-constexpr std::string_view cancelledMark = "-128"; // the scripting tool's number for a dismissed prompt
 
 using Outcome = tl::expected<void, PermissionRevokerError>;
 
@@ -23,15 +23,14 @@ Outcome failed(std::string text) {
     return tl::unexpected(PermissionRevokerError{PermissionRevokerError::Kind::failed, std::move(text), {}});
 }
 
-Outcome judge(const tl::expected<ProcessResult, ProcessRunnerError>& result, bool asksForPassword) {
-    if (!result)
-        return tl::unexpected(
-            PermissionRevokerError{PermissionRevokerError::Kind::process, {}, result.error()});
-    if (result->exitCode == 0) return {};
-    if (asksForPassword && result->standardError.find(cancelledMark) != std::string::npos)
-        return tl::unexpected(
-            PermissionRevokerError{PermissionRevokerError::Kind::authorizationCancelled, {}, {}});
-    return failed(trimmed(result->standardError.empty() ? result->standardOutput : result->standardError));
+Outcome failed(ProcessRunnerError error) {
+    return tl::unexpected(
+        PermissionRevokerError{PermissionRevokerError::Kind::process, {}, std::move(error)});
+}
+
+Outcome judge(const ProcessResult& result) {
+    if (result.exitCode == 0) return {};
+    return failed(trimmed(result.standardError.empty() ? result.standardOutput : result.standardError));
 }
 
 } // namespace
@@ -59,14 +58,19 @@ Outcome ToolPermissionRevoker::revoke(const PermissionGrant& grant, const std::s
     // An empty word would widen the reset to every service or application, "-…" would be an option.
     if (!toolArguments::isIdentifier(bundleID) || !toolArguments::isIdentifier(service))
         return failed(bundleID + " " + service);
-    if (grant.scope == PermissionGrant::Scope::user)
-        return judge(processes_.run(toolPaths::tccutil, {"reset", service, bundleID}, userTimeout), false);
+    if (grant.scope == PermissionGrant::Scope::user) {
+        const auto result = processes_.run(toolPaths::tccutil, {"reset", service, bundleID}, userTimeout);
+        return result ? judge(*result) : failed(result.error());
+    }
     const auto line =
         fmt::format("{} {} {} {}", adminBatch::quoted(toolPaths::tccutil), adminBatch::quoted("reset"),
                     adminBatch::quoted(service), adminBatch::quoted(bundleID));
-    return judge(
-        processes_.run(toolPaths::osascript, {"-e", adminBatch::appleScript(line)}, administratorTimeout),
-        true);
+    const auto result = runAsAdministrator(processes_, line, administratorTimeout);
+    if (result) return judge(*result);
+    if (result.error().kind == AdminScriptRunnerError::Kind::authorizationCancelled)
+        return tl::unexpected(
+            PermissionRevokerError{PermissionRevokerError::Kind::authorizationCancelled, {}, {}});
+    return failed(result.error().process);
 }
 
 } // namespace tidwen

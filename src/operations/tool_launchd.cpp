@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "operations/admin_batch.h"
+#include "operations/administrator_prompt.h"
 #include "operations/tool_arguments.h"
 #include "operations/tool_lines.h"
 #include "operations/tool_paths.h"
@@ -16,7 +17,6 @@ namespace {
 
 constexpr std::chrono::seconds switchTimeout{30};
 constexpr std::chrono::seconds administratorTimeout{120};
-constexpr std::string_view cancelledMark = "-128"; // the scripting tool's number for a dismissed prompt
 
 using Command = std::vector<std::string>;
 using Outcome = tl::expected<void, LaunchdError>;
@@ -72,13 +72,11 @@ Outcome ToolLaunchd::setEnabled(bool on, const std::string& label, const Path& p
 }
 
 Outcome ToolLaunchd::switchAsAdministrator(const std::string& script) {
-    const auto result =
-        processes_.run(toolPaths::osascript, {"-e", adminBatch::appleScript(script)}, administratorTimeout);
-    if (!result) return failed(result.error());
-    if (result->exitCode == 0) return {};
-    if (result->standardError.find(cancelledMark) != std::string::npos)
+    const auto result = runAsAdministrator(processes_, script, administratorTimeout);
+    if (result) return result->exitCode == 0 ? Outcome() : failed(*result);
+    if (result.error().kind == AdminScriptRunnerError::Kind::authorizationCancelled)
         return tl::unexpected(LaunchdError{LaunchdError::Kind::authorizationCancelled, {}});
-    return failed(*result);
+    return failed(result.error().process);
 }
 
 std::map<std::string, bool> parseDisabledServices(std::string_view output) {

@@ -5,6 +5,7 @@
 #include "posix/durable_write.h"
 #include "posix/exclusive_rename.h"
 #include "posix/file_faults.h"
+#include "posix/flush.h"
 #include "posix/item_description.h"
 #include "posix/tree_comparison.h"
 #include "posix/tree_copy.h"

@@ -5,6 +5,7 @@
 #include "posix/exclusive_rename.h"
 #include "posix/extended_attributes.h"
 #include "posix/file_faults.h"
+#include "posix/flush.h"
 #include "posix/folder_listing.h"
 #include "posix/item_description.h"
 #include "posix/root_resolver.h"

@@ -2,6 +2,7 @@
 
 #include "posix/extended_attributes.h"
 #include "posix/file_content.h"
+#include "posix/flush.h"
 #include "posix/folder_listing.h"
 #include "posix/folder_stack.h"
 #include "posix/item_description.h"

@@ -14,8 +14,8 @@
 
 namespace tidwen {
 
-/// One Mac as whoever drives the program gets it, the terminal or a window: the ports that tell of it, and what
-/// acts on it. Made by `VolumeMac` or `RunningMac`, which own what it refers to.
+/// One Mac as whoever drives the program gets it, the terminal or a window: the ports that tell of it, and
+/// what acts on it. Made by `VolumeMac` or `RunningMac`, which own what it refers to.
 struct Mac {
     System system;
     PrivilegedRunner& userRunner;

@@ -58,8 +58,8 @@ struct RunningMac::Parts {
     Mac mac;
 };
 
-tl::expected<std::unique_ptr<RunningMac>, Message>
-RunningMac::open(FrameworkPorts ports, HostServices& host, const Texts& texts, Log& log) {
+tl::expected<std::unique_ptr<RunningMac>, Message> RunningMac::open(FrameworkPorts ports, HostServices& host,
+                                                                    const Texts& texts, Log& log) {
     auto files = RootedFileSystem::open("/");
     if (!files) return tl::unexpected(Message{std::string(failureKey(files.error().fault))});
     if (const auto known = (*files)->setHome(ports.user.home); !known)

@@ -54,10 +54,10 @@ std::shared_ptr<const BundleSnapshot> Session::lookAtBundles() {
 std::unique_ptr<ResidueScanner> Session::makeScanner() {
     const auto& system = mac_.system;
     auto bundles = seen_ ? std::exchange(seen_, nullptr) : bundles_.look(InstalledBundles::Reach::usual);
-    return std::make_unique<ResidueScanner>(
-        ResidueScanner::Ports{system.files, system.receipts, system.keychain, system.systemExtensions,
-                              system.texts, system.log},
-        system.user, std::move(bundles), mac_.rights());
+    return std::make_unique<ResidueScanner>(ResidueScanner::Ports{system.files, system.receipts,
+                                                                  system.keychain, system.systemExtensions,
+                                                                  system.texts, system.log},
+                                            system.user, std::move(bundles), mac_.rights());
 }
 
 OrphanScanResult Session::sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,

@@ -20,8 +20,8 @@ UndoService::Ports undoPorts(Mac& mac);
 /// and below; a terminal or a window adds only how it shows things and how it waits.
 class Session {
   public:
-    /// `looks`: whether bundles will be looked at again and again. `mac` and `main` outlive it; `main` runs what
-    /// models hand back to the main thread.
+    /// `looks`: whether bundles will be looked at again and again. `mac` and `main` outlive it; `main` runs
+    /// what models hand back to the main thread.
     Session(Mac& mac, Executor& main, InstalledBundles::Looks looks);
 
     Mac& mac() { return mac_; }

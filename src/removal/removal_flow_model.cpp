@@ -1,7 +1,7 @@
 #include "removal/removal_flow_model.h"
 
+#include "base/background_step.h"
 #include "quarantine/trash_lock.h"
-#include "removal/background_step.h"
 #include "removal/target_intake.h"
 
 #include <algorithm>

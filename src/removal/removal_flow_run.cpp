@@ -1,7 +1,7 @@
 // The removal itself: the quit prompts, the run, and its undo.
 
+#include "base/background_step.h"
 #include "quarantine/trash_lock.h"
-#include "removal/background_step.h"
 #include "removal/chosen_items.h"
 #include "removal/removal_flow_model.h"
 #include "removal/removal_verification.h"

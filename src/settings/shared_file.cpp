@@ -1,6 +1,7 @@
 #include "settings/shared_file.h"
 
 #include "base/ownership.h"
+#include "posix/flush.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -50,16 +51,6 @@ Descriptor createFile(const fs::path& path) {
     return file;
 }
 
-bool writeAll(int descriptor, std::string_view rest) {
-    while (!rest.empty()) {
-        const auto written = ::write(descriptor, rest.data(), rest.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return false;
-        rest.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
 bool makeFolders(const fs::path& folder) {
     std::error_code error;
     if (fs::is_directory(folder, error)) return true;
@@ -69,12 +60,6 @@ bool makeFolders(const fs::path& folder) {
     const auto name = folder.filename();
     if (::mkdirat(parent->folder.get(), name.c_str(), 0700) != 0) return errno == EEXIST;
     return giveNewFolder(parent->folder.get(), name.c_str(), parent->owner) == 0;
-}
-
-/// Without this the new name may be lost in a crash, though the content is not.
-bool flushFolder(const fs::path& folder) {
-    const auto opened = open(folder, O_RDONLY | O_DIRECTORY);
-    return opened.isOpen() && ::fsync(opened.get()) == 0;
 }
 
 /// A link's owner decides what root reads and writes through it, so it may only lead to what is his anyway.
@@ -146,7 +131,7 @@ bool SharedFile::replace(std::string_view content) const {
     {
         const auto file = createFile(fresh);
         if (!file.isOpen()) return false;
-        if (!writeAll(file.get(), content) || ::fsync(file.get()) != 0) {
+        if (writeFully(file.get(), content) != 0 || flushFile(file.get()) != 0) {
             ::unlink(fresh.c_str());
             return false;
         }
@@ -155,7 +140,9 @@ bool SharedFile::replace(std::string_view content) const {
         ::unlink(fresh.c_str());
         return false;
     }
-    return flushFolder(path_.parent_path());
+    // Without this the new name may be lost in a crash, though the content is not.
+    const auto folder = open(path_.parent_path(), O_RDONLY | O_DIRECTORY);
+    return folder.isOpen() && flushFolder(folder.get()) == 0;
 }
 
 bool SharedFile::makeFolder() const {

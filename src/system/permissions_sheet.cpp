@@ -1,16 +1,16 @@
 #include "system/permissions_sheet.h"
 
+#include "base/background_step.h"
+
 namespace tidwen {
 
 void PermissionsSheet::load(std::function<void()> done) {
-    ports_.background.post(
-        [this, ports = ports_, app = app_, alive = std::weak_ptr(alive_), done = std::move(done)]() mutable {
-            auto result = ports.auditor.audit(app);
-            ports.main.post([this, alive, result = std::move(result), done = std::move(done)]() mutable {
-                if (alive.expired()) return;
-                audit.set(std::move(result));
-                if (done) done();
-            });
+    inBackground(
+        *this, alive_, ports_.background, ports_.main,
+        [&auditor = ports_.auditor, app = app_] { return auditor.audit(app); },
+        [done = std::move(done)](PermissionsSheet& self, PermissionAudit::Result found) {
+            self.audit.set(std::move(found));
+            if (done) done();
         });
 }
 
@@ -21,22 +21,22 @@ void PermissionsSheet::revoke(const PermissionGrant& grant, std::function<void()
         return;
     }
     revoking.set(std::move(busy));
-    ports_.background.post([this, ports = ports_, grant, bundleID = app_.bundleID,
-                            alive = std::weak_ptr(alive_), done = std::move(done)]() mutable {
-        auto outcome = ports.revoker.revoke(grant, bundleID);
-        ports.main.post([this, alive, service = grant.service, outcome = std::move(outcome),
-                         done = std::move(done)]() mutable {
-            if (alive.expired()) return;
+    using Outcome = tl::expected<void, PermissionRevokerError>;
+    inBackground(
+        *this, alive_, ports_.background, ports_.main,
+        [&revoker = ports_.revoker, grant, bundleID = app_.bundleID] {
+            return revoker.revoke(grant, bundleID);
+        },
+        [service = grant.service, done = std::move(done)](PermissionsSheet& self, const Outcome& outcome) {
             const auto reason = outcome ? std::nullopt : outcome.error().describe();
-            if (reason) errorText.set(ports_.texts.text(*reason));
-            load([this, service = std::move(service), done = std::move(done)] {
-                auto left = revoking.get();
+            if (reason) self.errorText.set(self.ports_.texts.text(*reason));
+            self.load([&self, service, done] {
+                auto left = self.revoking.get();
                 left.erase(service);
-                revoking.set(std::move(left));
+                self.revoking.set(std::move(left));
                 if (done) done();
             });
         });
-    });
 }
 
 std::string PermissionsSheet::detail(const PermissionGrant& grant, const Texts& texts) {

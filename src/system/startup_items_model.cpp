@@ -1,5 +1,6 @@
 #include "system/startup_items_model.h"
 
+#include "base/background_step.h"
 #include "base/text.h"
 #include "platform/property_list_file.h"
 
@@ -81,36 +82,36 @@ StartupItemsModel::~StartupItemsModel() = default;
 
 void StartupItemsModel::load(std::function<void()> done) {
     isLoading.set(true);
-    ports_.background.post([this, ports = ports_, inventory = inventory_, alive = std::weak_ptr(alive_),
-                            done = std::move(done)]() mutable {
-        auto scanned = ports.scanner.scan(inventory());
-        ports.main.post([this, alive, scanned = std::move(scanned), done = std::move(done)]() mutable {
-            if (alive.expired()) return;
-            result.set(std::move(scanned));
-            refreshDisabled([this, done = std::move(done)] {
-                std::set<std::string> present;
-                for (const auto& item : result.get().items)
-                    present.insert(item.id());
-                auto kept = selection.get();
-                std::erase_if(kept, [&](const auto& id) { return !present.contains(id); });
-                selection.set(std::move(kept));
-                isLoading.set(false);
-                if (done) done();
-            });
+    inBackground(
+        *this, alive_, ports_.background, ports_.main,
+        [&scanner = ports_.scanner, inventory = inventory_] { return scanner.scan(inventory()); },
+        [done = std::move(done)](StartupItemsModel& self, StartupScanResult scanned) {
+            self.result.set(std::move(scanned));
+            self.refreshDisabled([&self, done] { self.endLoading(done); });
         });
-    });
+}
+
+void StartupItemsModel::endLoading(const std::function<void()>& done) {
+    std::set<std::string> present;
+    for (const auto& item : result.get().items)
+        present.insert(item.id());
+    auto kept = selection.get();
+    std::erase_if(kept, [&](const auto& id) { return !present.contains(id); });
+    selection.set(std::move(kept));
+    isLoading.set(false);
+    if (done) done();
 }
 
 void StartupItemsModel::refreshDisabled(std::function<void()> done) {
-    ports_.background.post([this, ports = ports_, items = result.get().items, alive = std::weak_ptr(alive_),
-                            done = std::move(done)]() mutable {
-        auto found = disabledItems(items, ports.launchd, ports.files);
-        ports.main.post([this, alive, found = std::move(found), done = std::move(done)]() mutable {
-            if (alive.expired()) return;
-            disabled.set(std::move(found));
+    inBackground(
+        *this, alive_, ports_.background, ports_.main,
+        [ports = ports_, items = result.get().items] {
+            return disabledItems(items, ports.launchd, ports.files);
+        },
+        [done = std::move(done)](StartupItemsModel& self, std::set<std::string> found) {
+            self.disabled.set(std::move(found));
             if (done) done();
         });
-    });
 }
 
 bool StartupItemsModel::isProtected(const StartupItem& item) const {
@@ -162,19 +163,20 @@ void StartupItemsModel::setEnabled(const StartupItem& item, bool on, std::functi
         return;
     }
     switching.set(with(switching.get(), id));
-    ports_.background.post([this, ports = ports_, item, id, on, alive = std::weak_ptr(alive_),
-                            done = std::move(done)]() mutable {
-        auto outcome = ports.launchd.setEnabled(on, item.label, *item.plist(), item.isSystemDomain);
-        ports.main.post([this, alive, id, outcome = std::move(outcome), done = std::move(done)]() mutable {
-            if (alive.expired()) return;
+    using Outcome = tl::expected<void, LaunchdError>;
+    inBackground(
+        *this, alive_, ports_.background, ports_.main,
+        [&launchd = ports_.launchd, item, on] {
+            return launchd.setEnabled(on, item.label, *item.plist(), item.isSystemDomain);
+        },
+        [id, done = std::move(done)](StartupItemsModel& self, const Outcome& outcome) {
             if (!outcome && outcome.error().kind != LaunchdError::Kind::authorizationCancelled)
-                toggleError.set(ports_.texts.text(outcome.error().message));
-            refreshDisabled([this, id, done = std::move(done)] {
-                switching.set(without(switching.get(), id));
+                self.toggleError.set(self.ports_.texts.text(outcome.error().message));
+            self.refreshDisabled([&self, id, done] {
+                self.switching.set(without(self.switching.get(), id));
                 if (done) done();
             });
         });
-    });
 }
 
 std::string StartupItemsModel::ownerText(const StartupItem& item) const {

@@ -81,6 +81,8 @@ class StartupItemsModel {
   private:
     Ports ports_;
     Inventory inventory_;
+    void endLoading(const std::function<void()>& done);
+
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };
 

@@ -1,6 +1,6 @@
-// The program as it works on the Mac it runs on, for a root that is laid out like a Mac's with stand-ins for its
-// tools. What only a framework of macOS answers is answered here: nothing runs, and the user's own keychain is
-// empty. TIDWEN_PROMPT_MILLISECONDS says how long a prompt for the administrator may take.
+// The program as it works on the Mac it runs on, for a root that is laid out like a Mac's with stand-ins for
+// its tools. What only a framework of macOS answers is answered here: nothing runs, and the user's own
+// keychain is empty. TIDWEN_PROMPT_MILLISECONDS says how long a prompt for the administrator may take.
 
 #include "cli/terminal.h"
 #include "operations/keychain_dump.h"
@@ -46,11 +46,12 @@ int main(int count, char** words) {
     std::unique_ptr<Frameworks> frameworks;
     const auto open = [&](HostServices& host, const Texts& texts, Log& log) {
         frameworks = std::make_unique<Frameworks>(host.processes());
-        return RunningMac::open({.user = UserEnvironment{Path("/Users/alice"), getuid(), std::nullopt, std::nullopt},
-                                 .keychain = frameworks->keychain,
-                                 .applications = frameworks->applications,
-                                 .promptTimeout = promptTimeout()},
-                                host, texts, log);
+        return RunningMac::open(
+            {.user = UserEnvironment{Path("/Users/alice"), getuid(), std::nullopt, std::nullopt},
+             .keychain = frameworks->keychain,
+             .applications = frameworks->applications,
+             .promptTimeout = promptTimeout()},
+            host, texts, log);
     };
     return runTerminal(count, words, {.feedKey = "", .feedAddress = "", .openRunningMac = open});
 }

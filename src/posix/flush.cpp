@@ -1,0 +1,44 @@
+#include "posix/flush.h"
+
+#include "base/descriptor.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace tidwen {
+
+int flushFile(int descriptor) {
+#ifdef F_FULLFSYNC
+    if (::fcntl(descriptor, F_FULLFSYNC) == 0) return 0; // fsync alone stops at the drive's own cache there
+#endif
+    return uninterrupted([&] { return ::fsync(descriptor); }) == 0 ? 0 : errno;
+}
+
+int flushFolder(int folder) {
+    const Descriptor readable(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!readable.isOpen()) return errno == EACCES ? 0 : errno;
+    const int fault = flushFile(readable.get());
+    return fault == EINVAL || fault == ENOTSUP ? 0 : fault;
+}
+
+int flushDisk(int folder) {
+#ifdef __linux__
+    const Descriptor readable(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!readable.isOpen()) return errno;
+    return ::syncfs(readable.get()) == 0 ? 0 : errno;
+#else
+    return flushFolder(folder); // F_FULLFSYNC empties the whole drive's cache
+#endif
+}
+
+int writeFully(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const auto written = uninterrupted([&] { return ::write(descriptor, bytes.data(), bytes.size()); });
+        if (written < 0) return errno;
+        if (written == 0) return EIO;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return 0;
+}
+
+} // namespace tidwen
