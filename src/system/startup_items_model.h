@@ -79,10 +79,10 @@ class StartupItemsModel {
     std::string ownerText(const StartupItem& item) const;
 
   private:
-    Ports ports_;
-    Inventory inventory_;
     void endLoading(const std::function<void()>& done);
 
+    Ports ports_;
+    Inventory inventory_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };
 

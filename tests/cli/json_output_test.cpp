@@ -1,4 +1,4 @@
-#include "cli/json_output.h"
+#include "cli/json/output.h"
 
 #include "base/json.h"
 

@@ -1,6 +1,6 @@
 #include "cli/command.h"
 #include "cli/console.h"
-#include "cli/json_output.h"
+#include "cli/json/output.h"
 #include "cli/labels.h"
 #include "cli/table.h"
 #include "inventory/app_inventory.h"

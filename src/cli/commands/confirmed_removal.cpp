@@ -5,7 +5,7 @@
 #include "cli/commands/review_remark.h"
 #include "cli/console.h"
 #include "cli/incomplete_output.h"
-#include "cli/json_output.h"
+#include "cli/json/output.h"
 #include "cli/selection.h"
 #include "removal/removal_texts.h"
 

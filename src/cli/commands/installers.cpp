@@ -1,6 +1,6 @@
 #include "cli/commands/confirmed_removal.h"
 #include "cli/console.h"
-#include "cli/json_sweep.h"
+#include "cli/json/sweep.h"
 #include "cli/labels.h"
 #include "cli/table.h"
 #include "inventory/installed_applications.h"

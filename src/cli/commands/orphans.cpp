@@ -1,7 +1,7 @@
 #include "cli/commands/confirmed_removal.h"
 #include "cli/console.h"
 #include "cli/incomplete_output.h"
-#include "cli/json_sweep.h"
+#include "cli/json/sweep.h"
 #include "cli/labels.h"
 #include "cli/selection.h"
 #include "cli/table.h"

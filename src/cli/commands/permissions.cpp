@@ -4,7 +4,7 @@
 #include "cli/commands/confirmed_removal.h"
 #include "cli/console.h"
 #include "cli/intake.h"
-#include "cli/json_startup.h"
+#include "cli/json/startup.h"
 #include "cli/table.h"
 #include "inventory/installed_applications.h"
 #include "system/permissions_model.h"

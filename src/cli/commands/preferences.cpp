@@ -4,7 +4,7 @@
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/intake.h"
-#include "cli/json_settings.h"
+#include "cli/json/settings.h"
 #include "cli/table.h"
 #include "inventory/installed_applications.h"
 #include "program/resources.h"

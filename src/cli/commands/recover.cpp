@@ -2,7 +2,7 @@
 #include "cli/commands/lock_refusal.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/console.h"
-#include "cli/json_output.h"
+#include "cli/json/output.h"
 #include "cli/labels.h"
 #include "quarantine/recovery.h"
 #include "quarantine/trash_lock.h"

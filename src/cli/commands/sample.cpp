@@ -1,6 +1,6 @@
 #include "cli/command.h"
 #include "cli/console.h"
-#include "cli/json_output.h"
+#include "cli/json/output.h"
 #include "cli/labels.h"
 #include "sample/sample_contents.h"
 #include "sample/sample_volume.h"

@@ -2,7 +2,7 @@
 #include "cli/console.h"
 #include "cli/flow_session.h"
 #include "cli/incomplete_output.h"
-#include "cli/json_output.h"
+#include "cli/json/output.h"
 #include "cli/labels.h"
 #include "cli/table.h"
 #include "scan/matching/default_selection.h"

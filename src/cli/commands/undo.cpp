@@ -2,7 +2,7 @@
 #include "cli/commands/numbered_history.h"
 #include "cli/commands/terminal_history.h"
 #include "cli/console.h"
-#include "cli/json_output.h"
+#include "cli/json/output.h"
 #include "cli/labels.h"
 
 namespace tidwen {

@@ -1,4 +1,4 @@
-#include "cli/json_settings.h"
+#include "cli/json/settings.h"
 
 #include "base/json.h"
 

@@ -1,8 +1,8 @@
-#include "cli/json_output.h"
+#include "cli/json/output.h"
 
 #include "base/json.h"
 #include "base/timestamp.h"
-#include "cli/json_records.h"
+#include "cli/json/records.h"
 
 namespace tidwen::json {
 

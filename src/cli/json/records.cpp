@@ -1,4 +1,4 @@
-#include "cli/json_records.h"
+#include "cli/json/records.h"
 
 namespace tidwen::json {
 

@@ -1,7 +1,7 @@
-#include "cli/json_startup.h"
+#include "cli/json/startup.h"
 
 #include "base/json.h"
-#include "cli/json_records.h"
+#include "cli/json/records.h"
 
 namespace tidwen::json {
 

@@ -1,6 +1,6 @@
-#include "cli/json_sweep.h"
+#include "cli/json/sweep.h"
 
-#include "cli/json_records.h"
+#include "cli/json/records.h"
 
 namespace tidwen::json {
 

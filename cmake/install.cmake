@@ -1,0 +1,22 @@
+# What `cmake --install` puts where: the program, its texts, the man page, and what completes its words in shells. The
+# program finds its texts beside itself, wherever all of it is put.
+include(GNUInstallDirs)
+
+set(completions ${CMAKE_BINARY_DIR}/completions)
+foreach(shell bash zsh fish)
+  list(APPEND completion_files ${completions}/${shell})
+  add_custom_command(OUTPUT ${completions}/${shell}
+      COMMAND ${CMAKE_COMMAND} -E make_directory ${completions}
+      COMMAND tidwen completions ${shell} > ${completions}/${shell}
+      DEPENDS tidwen
+      VERBATIM)
+endforeach()
+add_custom_target(completions ALL DEPENDS ${completion_files})
+
+install(TARGETS tidwen RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/resources/ DESTINATION ${CMAKE_INSTALL_DATADIR}/tidwen
+    FILES_MATCHING PATTERN "*.strings" PATTERN "*.stringsdict")
+install(FILES ${PROJECT_SOURCE_DIR}/docs/tidwen.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES ${completions}/bash RENAME tidwen DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+install(FILES ${completions}/zsh RENAME _tidwen DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+install(FILES ${completions}/fish RENAME tidwen.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)

@@ -1,0 +1,40 @@
+#!/usr/bin/env python3
+"""Installs the build elsewhere and uses what lies there. Usage: install_test.py CMAKE BUILD"""
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+
+class Installation(unittest.TestCase):
+    cmake = build = None
+
+    def test_it_works_wherever_it_is_put(self):
+        with tempfile.TemporaryDirectory(prefix="tidwen-install-") as scratch:
+            staged, place = pathlib.Path(scratch, "staged"), pathlib.Path(scratch, "moved")
+            subprocess.run([self.cmake, "--install", self.build, "--prefix", staged], check=True, capture_output=True)
+            staged.rename(place)
+            files = sorted(str(file.relative_to(place)) for file in place.rglob("*") if file.is_file())
+            self.assertEqual(files, [
+                "bin/tidwen", "share/bash-completion/completions/tidwen", "share/fish/vendor_completions.d/tidwen.fish",
+                "share/man/man1/tidwen.1", "share/tidwen/en.lproj/Localizable.strings",
+                "share/tidwen/en.lproj/Localizable.stringsdict", "share/zsh/site-functions/_tidwen"])
+            environment = {**os.environ, "XDG_CONFIG_HOME": scratch, "XDG_STATE_HOME": scratch}
+            environment.pop("TIDWEN_RESOURCES", None)
+
+            def run(*words):
+                done = subprocess.run(words, env=environment, capture_output=True, text=True)
+                self.assertEqual((done.returncode, done.stderr), (0, ""))
+                return done.stdout
+
+            volume = pathlib.Path(scratch, "volume")
+            run(place / "bin/tidwen", "sample", volume)
+            self.assertIn("Lumen", run(place / "bin/tidwen", "--volume", volume, "scan", "Lumen"))
+            run("bash", "-n", place / "share/bash-completion/completions/tidwen")
+
+
+if __name__ == "__main__":
+    Installation.build, Installation.cmake = sys.argv.pop(), sys.argv.pop()
+    unittest.main(verbosity=2)
