@@ -2,9 +2,9 @@
 // Lays the leftovers of every application in the data on one volume and scans for each application in turn.
 // Usage: attribution_bench FILE.jsonl (one application an object; bench/README.md names the fields)
 
-#include "base/json.h"
 #include "base/property_list.h"
 #include "base/text.h"
+#include "casks.h"
 #include "platform/file_code_signatures.h"
 #include "posix/rooted_file_system.h"
 #include "scan/matching/residue_matcher.h"
@@ -16,20 +16,13 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <nlohmann/json.hpp>
 
 using namespace tidwen;
+using tidwen::bench::Cask;
+using tidwen::bench::readCasks;
 namespace fs = std::filesystem;
 
 namespace {
-
-struct Cask {
-    AppTarget target;
-    std::vector<std::string>
-        helpers; ///< identifiers beside the first: mostly those of bundles inside the bundle
-    std::vector<Path> leftovers;
-    std::string family; ///< editions of one application share leftovers and may be taken for one another
-};
 
 struct NoReceipts : Receipts {
     std::vector<std::string> packageIDs() const override { return {}; }
@@ -50,36 +43,13 @@ UserEnvironment user() {
     return {.home = Path("/Users/alice"), .userID = 501, .cacheFolder = {}, .temporaryFolder = {}};
 }
 
-std::vector<std::string> strings(const nlohmann::json& object, const char* key) {
-    std::vector<std::string> values;
-    if (const auto found = object.find(key); found != object.end())
-        for (const auto& value : *found)
-            if (value.is_string()) values.push_back(value);
-    return values;
-}
-
-std::optional<Cask> readCask(const std::string& line) {
-    const auto object = parseJson(line);
-    if (!object || !object->is_object()) return std::nullopt;
-    const auto token = object->value("token", "");
-    const auto apps = strings(*object, "apps");
-    const auto names = strings(*object, "names");
-    Cask cask;
-    cask.family = token.substr(0, token.find('@'));
-    cask.target.bundleURL =
-        Path("/Applications/" + token + "/" + (apps.empty() ? token + ".app" : apps.front()));
-    cask.target.bundleID = object->value("primary_id", "");
-    cask.target.name = apps.empty() && !names.empty() ? names.front() : cask.target.bundleURL.stem();
-    cask.target.executableName = cask.target.name;
-    for (const auto& entry : object->value("bundle_ids", nlohmann::json::array()))
-        if (auto identifier = entry.value("id", ""); identifier != cask.target.bundleID)
-            cask.helpers.push_back(std::move(identifier));
-    for (const auto* key : {"zap_trash", "zap_delete"})
-        for (auto& text : strings(*object, key)) {
-            if (text.starts_with("~/")) text.replace(0, 1, user().home.string());
-            if (text.starts_with('/')) cask.leftovers.push_back(Path(text).standardized());
-        }
-    return cask.target.bundleID.empty() ? std::nullopt : std::optional(std::move(cask));
+AppTarget targetOf(const Cask& cask) {
+    AppTarget target;
+    target.bundleURL = Path("/Applications/" + cask.token + "/" + cask.bundleFile);
+    target.bundleID = cask.bundleID;
+    target.name = cask.name;
+    target.executableName = cask.name;
+    return target;
 }
 
 /// Folders, but files where only a file of a kind is looked at.
@@ -129,10 +99,10 @@ class Bench {
             for (const auto& leftover : cask.leftovers) {
                 const bool isFound = holds(paths, leftover);
                 if (!isFound && std::getenv("MISS"))
-                    std::printf("MISS %s\t%s\t%s\n", cask.target.bundleID.c_str(), cask.target.name.c_str(),
+                    std::printf("MISS %s\t%s\t%s\n", cask.bundleID.c_str(), cask.name.c_str(),
                                 leftover.string().c_str());
                 count(all, isFound);
-                if (!isNameTheIdentifier(leftover, cask.target.bundleID)) count(notIdentifier, isFound);
+                if (!isNameTheIdentifier(leftover, cask.bundleID)) count(notIdentifier, isFound);
                 if (isInReach(leftover)) count(inReach, isFound);
             }
             for (const auto& trace : claimed)
@@ -176,7 +146,7 @@ class Bench {
     }
 
     static bool isKin(const Cask& a, const Cask& b) {
-        return a.family == b.family || lowercased(a.target.bundleID) == lowercased(b.target.bundleID);
+        return a.family == b.family || lowercased(a.bundleID) == lowercased(b.bundleID);
     }
 
     bool isInReach(const Path& leftover) const {
@@ -186,17 +156,17 @@ class Bench {
     }
 
     std::vector<Trace> scan(const Cask& cask, bool withHelpers, bool withOthers) const {
-        auto target = cask.target;
+        auto target = targetOf(cask);
         if (withHelpers) target.loginItemBundleIDs = cask.helpers;
         std::vector<OwningBundle> installed;
         if (withOthers)
             for (const auto& other : casks_)
                 if (!isKin(other, cask))
-                    installed.push_back({.url = other.target.bundleURL,
-                                         .place = other.target.bundleURL,
-                                         .bundleID = other.target.bundleID,
-                                         .name = other.target.name,
-                                         .names = {other.target.name}});
+                    installed.push_back({.url = targetOf(other).bundleURL,
+                                         .place = targetOf(other).bundleURL,
+                                         .bundleID = other.bundleID,
+                                         .name = other.name,
+                                         .names = {other.name}});
         NoReceipts receipts;
         NoKeychain keychain;
         NoExtensions extensions;
@@ -219,11 +189,7 @@ class Bench {
 
 int main(int argc, char** argv) {
     if (argc != 2) return std::fprintf(stderr, "usage: attribution_bench FILE.jsonl\n"), 2;
-    std::ifstream data(argv[1]);
-    std::vector<Cask> casks;
-    for (std::string line; std::getline(data, line);)
-        if (auto cask = readCask(line)) casks.push_back(std::move(*cask));
-
+    const auto casks = readCasks(argv[1]);
     std::string folder = (fs::temp_directory_path() / "tidwen-attribution-XXXXXX").string();
     if (casks.empty() || !mkdtemp(folder.data()))
         return std::fprintf(stderr, "no data or no place for it\n"), 1;
