@@ -1,7 +1,7 @@
-// How much of what removed applications left behind the sweep finds, and whether it claims what an installed one
-// uses. Lays 120 installed and 300 removed applications of the data on a volume, as a disk has them: bundles with
-// helpers, containers with their records, jobs with their programs, packages with their receipts.
-// Usage: sweep_recall_bench FILE.jsonl [SEEDS]; MISS=1 names what is missed, too.
+// How much of what removed applications left behind the sweep finds, and whether it claims what an installed
+// one uses. Lays 120 installed and 300 removed applications of the data on a volume, as a disk has them:
+// bundles with helpers, containers with their records, jobs with their programs, packages with their
+// receipts. Usage: sweep_recall_bench FILE.jsonl [SEEDS]; MISS=1 names what is missed, too.
 
 #include "base/property_list.h"
 #include "base/text.h"
@@ -78,7 +78,8 @@ class Disk {
         std::ofstream(file, std::ios::binary) << content;
     }
 
-    static void writeBundle(const fs::path& contents, const std::string& identifier, const std::string& name) {
+    static void writeBundle(const fs::path& contents, const std::string& identifier,
+                            const std::string& name) {
         write(contents / "Info.plist",
               writeXmlPropertyList(PropertyListDictionary{
                   {"CFBundleIdentifier", identifier}, {"CFBundleName", name}, {"CFBundleExecutable", name}}));
@@ -109,8 +110,8 @@ class Disk {
     void layReceipt(const std::string& package, const Cask& cask) const {
         const auto receipts = root_ / "private/var/db/receipts";
         write(receipts / (package + ".plist"),
-              writeXmlPropertyList(PropertyListDictionary{{"PackageIdentifier", package},
-                                                          {"InstallPrefixPath", "/"}}));
+              writeXmlPropertyList(
+                  PropertyListDictionary{{"PackageIdentifier", package}, {"InstallPrefixPath", "/"}}));
         write(receipts / (package + ".bom"),
               writeBillOfMaterials({{bundlePlace(cask).substr(1) + "/Contents/Info.plist", false, 1}}));
     }
@@ -147,7 +148,8 @@ std::vector<Path> sweep(const fs::path& root) {
     const VolumeRunningApplications running;
     NoLog log;
     InstalledBundles installed(**files, signatures, user());
-    OrphanScanner scanner({**files, receipts, running, log}, user(), [](const std::string&) { return false; });
+    OrphanScanner scanner({**files, receipts, running, log}, user(),
+                          [](const std::string&) { return false; });
     const auto result = scanner.scan(installed, {});
     for (const auto& gap : result.gaps)
         std::fprintf(stderr, "gap: %s\n", gap.place.string().c_str());
@@ -201,7 +203,8 @@ int main(int argc, char** argv) {
     if (argc < 2) return std::fprintf(stderr, "usage: sweep_recall_bench FILE.jsonl [SEEDS]\n"), 2;
     const auto casks = tidwen::bench::readCasks(argv[1]);
     const int seeds = argc > 2 ? std::atoi(argv[2]) : 4;
-    if (casks.size() < installedCount + removedCount) return std::fprintf(stderr, "too few applications\n"), 1;
+    if (casks.size() < installedCount + removedCount)
+        return std::fprintf(stderr, "too few applications\n"), 1;
 
     Score score;
     for (int seed = 1; seed <= seeds; ++seed) {

@@ -6,6 +6,7 @@
 #include "scan/applications/bundle_names.h"
 #include "scan/matching/residue_matcher.h"
 #include "scan/matching/shared_names.h"
+#include "sweep/identifier_domains.h"
 
 #include <algorithm>
 #include <array>
@@ -13,19 +14,25 @@
 namespace tidwen {
 namespace {
 
-// First pieces of identifiers in use; with an open list every dotted file name would look like one.
-constexpr std::array<std::string_view, 36> firstPieces = {
-    "com", "org", "net", "io", "app", "dev", "me",   "co",  "de", "uk", "fr",       "ch",
-    "at",  "nl",  "se",  "jp", "cn",  "eu",  "us",   "ca",  "au", "it", "es",       "ru",
-    "pl",  "br",  "in",  "tv", "fm",  "ai",  "info", "edu", "is", "no", "software", "tech"};
-
 constexpr std::size_t shortestName = 5;
 constexpr std::size_t teamLength = 10;
 constexpr std::size_t uuidLength = 36;
 
-template<class List>
-bool contains(const List& list, std::string_view text) {
-    return std::find(list.begin(), list.end(), text) != list.end();
+// What people's own files end with.
+constexpr auto documentExtensions = std::to_array<std::string_view>(
+    {"7z",  "aif",  "aiff", "bak",  "bz2", "csv", "doc",  "docx", "gif", "gz",    "heic", "html",
+     "iso", "jpeg", "jpg",  "json", "m4a", "m4v", "md",   "mov",  "mp3", "mp4",   "old",  "pdf",
+     "png", "ppt",  "pptx", "psd",  "rar", "rtf", "svg",  "tar",  "tgz", "tif",   "tiff", "tmp",
+     "txt", "wav",  "xls",  "xlsx", "xml", "xz",  "yaml", "yml",  "zip", "sqlite"});
+
+/// "photo.backup.2024.jpg" begins with a top-level domain, too; the old ones are no words.
+bool isWord(std::string_view topLevelDomain) {
+    return topLevelDomain.size() > 3;
+}
+
+bool isDocument(std::string_view lastPiece) {
+    return std::find(documentExtensions.begin(), documentExtensions.end(), lastPiece)
+           != documentExtensions.end();
 }
 
 std::vector<std::string_view> pieces(std::string_view text) {
@@ -36,13 +43,6 @@ std::vector<std::string_view> pieces(std::string_view text) {
         start = dot + 1;
     }
     return result;
-}
-
-/// "com.example" of "com.example.app"; empty without a second piece.
-std::string_view vendorOf(std::string_view identifier) {
-    const auto first = identifier.find('.');
-    if (first == identifier.npos) return {};
-    return identifier.substr(0, identifier.find('.', first + 1));
 }
 
 bool isTeam(std::string_view text) {
@@ -67,7 +67,8 @@ std::string_view withoutGroupMarks(std::string_view name) {
 
 bool isReverseDns(std::string_view identifier) {
     const auto parts = pieces(identifier);
-    if (parts.size() < 3 || !contains(firstPieces, parts.front())) return false;
+    if (parts.size() < 3 || !isTopLevelDomain(parts.front())) return false;
+    if (isWord(parts.front()) && isDocument(parts.back())) return false;
     return std::all_of(parts.begin(), parts.end(), [](std::string_view part) {
         return !part.empty() && std::all_of(part.begin(), part.end(), [](char c) {
             return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
@@ -125,9 +126,9 @@ void KnownOwners::addWithoutMaker(const std::vector<std::string>& identifiers) {
 void KnownOwners::addIdentifier(std::string_view identifier) {
     auto lower = lowercased(identifier);
     if (lower.empty()) return;
-    if (const auto vendor = vendorOf(lower); !vendor.empty()) {
-        vendors_.emplace(vendor);
-        folders_.insert(canonicalForm(vendor.substr(vendor.find('.') + 1)));
+    if (const auto maker = makerOf(lower); !maker.empty()) {
+        makers_.emplace(maker);
+        folders_.insert(canonicalForm(maker.substr(maker.rfind('.') + 1)));
     }
     identifiers_.insert(std::move(lower));
 }
@@ -142,7 +143,7 @@ void KnownOwners::addName(std::string_view name, bool isApplication) {
 bool KnownOwners::claims(std::string_view identifier) const {
     if (isApplesIdentifier(identifier) || identifier.find(".com.apple.") != identifier.npos) return true;
     if (isCommonIdentifier(identifier)) return true;
-    if (vendors_.contains(vendorOf(identifier))) return true;
+    if (makers_.contains(makerOf(identifier))) return true;
     for (auto rest = identifier;;) { // an owner's identifier may stand anywhere in it
         if (index_.longestContinued(rest) > 0) return true;
         const auto dot = rest.find('.');

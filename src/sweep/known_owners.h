@@ -39,9 +39,9 @@ class KnownOwners {
     void addName(std::string_view name, bool isApplication);
 
     std::set<std::string, std::less<>> identifiers_;  ///< lower-cased
-    std::set<std::string, std::less<>> vendors_;      ///< their first two pieces: "com.example"
+    std::set<std::string, std::less<>> makers_;       ///< of the identifiers: "com.example"
     std::set<std::string, std::less<>> names_;        ///< canonical forms, long enough to mean something
-    std::set<std::string, std::less<>> folders_;      ///< canonical forms of names and vendors of any length
+    std::set<std::string, std::less<>> folders_;      ///< canonical forms of names and makers of any length
     std::set<std::string, std::less<>> applications_; ///< lower-cased paths
     IdentifierIndex index_;
 };
@@ -51,7 +51,7 @@ class KnownOwners {
 /// holds no identifier of at least three pieces.
 std::string identifierInName(std::string_view name);
 
-/// Begins like a domain turned around and has at least three pieces of plain characters.
+/// Begins with a registered top-level domain and has at least three pieces of plain characters.
 bool isReverseDns(std::string_view identifier);
 
 } // namespace tidwen
