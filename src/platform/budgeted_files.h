@@ -56,7 +56,10 @@ class BudgetedFiles : public FileSystem {
         return files_.treeSize(path, entryLimit, stop);
     }
     bool isMovable(const Path& path) const override { return files_.isMovable(path); }
-    bool isSetAside(const Path& from) const override { return files_.isSetAside(from); }
+    bool isSetAside(const Path& from) const override {
+        const ReadBudget::Work work(budget_);
+        return files_.isSetAside(from);
+    }
 
     FileResult<void> createDirectory(const Path& folder) override { return refused(folder); }
     FileResult<void> createDirectories(const Path& folder) override { return refused(folder); }

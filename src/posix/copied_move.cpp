@@ -1,7 +1,6 @@
 #include "posix/copied_move.h"
 
 #include "base/numbered_name.h"
-#include "platform/move_remains.h"
 #include "posix/durable_write.h"
 #include "posix/exclusive_rename.h"
 #include "posix/file_faults.h"
@@ -18,6 +17,9 @@
 namespace tidwen {
 
 namespace {
+
+/// What a copy is called until it is whole; the item's name follows.
+constexpr std::string_view growingCopyPrefix = ".tidwen-copy-";
 
 /// Beyond this many remains of one item something is wrong that another move would only make worse.
 constexpr int lastAside = 9;

@@ -1,6 +1,7 @@
 #include "posix/durable_write.h"
 
 #include "base/numbered_name.h"
+#include "platform/unfinished_names.h"
 #include "posix/extended_attributes.h"
 #include "posix/file_faults.h"
 #include "posix/flush.h"
@@ -30,7 +31,7 @@ int removeStale(int folder, const char* name) {
 }
 
 std::string replacementName(const Place& place) {
-    return nameBeside(".tidwen-new-", place.name);
+    return nameBeside(unfinishedReplacementPrefix, place.name);
 }
 
 OsResult<Descriptor> createTemporary(int folder, const char* name) {

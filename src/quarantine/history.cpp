@@ -17,17 +17,27 @@ bool hasTrustworthyDate(const Manifest& manifest, Timestamp now) {
 
 namespace {
 
-RemovalHistoryEntry makeEntry(const Path& root, Manifest manifest, const FileSystem& files) {
+/// Nothing when the budget of the run to which `files` belong is spent meanwhile.
+std::optional<RemovalHistoryEntry> makeEntry(const Path& root, Manifest manifest, const FileSystem& files) {
     RemovalHistoryEntry entry{.root = root, .manifest = std::move(manifest)};
+    const ReadBudget* budget = BudgetedFiles::budgetOf(files);
     for (const auto& step : entry.manifest.entries) {
+        if (budget && budget->isExhausted()) {
+            budget->leaveOut();
+            return std::nullopt;
+        }
         if (step.kind == ManifestEntryKind::bootout && step.plistPath && files.exists(Path(*step.plistPath)))
             ++entry.loadableJobs;
         if (step.kind != ManifestEntryKind::move) continue;
         ++entry.totalMoves;
-        if (!step.destination) continue;
-        const Path item(*step.destination);
         // An undo that was cut off between two devices still has it on its way.
-        if (files.exists(item) || files.isSetAside(item)) ++entry.pendingMoves;
+        const bool isPending =
+            step.destination
+            && (files.exists(Path(*step.destination)) || files.isSetAside(Path(*step.destination)));
+        if (isPending)
+            ++entry.pendingMoves;
+        else if (!files.exists(Path(step.source)))
+            ++entry.missingMoves;
     }
     return entry;
 }
@@ -43,6 +53,12 @@ std::optional<UnfinishedRun> readUnfinished(const Path& root, const BudgetedFile
 
 } // namespace
 
+RemovalHistoryEntry::Items RemovalHistoryEntry::items() const {
+    if (totalMoves == 0) return Items::none;
+    if (pendingMoves > 0) return Items::inQuarantine;
+    return missingMoves > 0 ? Items::missing : Items::putBack;
+}
+
 std::optional<RemovalHistoryEntry> readHistoryEntry(const Path& root, const FileSystem& files) {
     auto manifest = readManifest(root, files);
     if (!manifest) return std::nullopt;
@@ -53,12 +69,18 @@ PastRuns loadPastRuns(const UserEnvironment& user, const FileSystem& files, bool
                       const ReadBudget& budget) {
     const BudgetedFiles budgeted(files, budget);
     PastRuns runs;
-    for (const auto& root : listQuarantineFolders(user, files).value_or(std::vector<Path>{})) {
-        auto manifest = readManifest(root, budgeted);
-        if (manifest)
-            runs.entries.push_back(makeEntry(root, std::move(*manifest), budgeted));
-        else if (!manifest.error().isLeftOut)
+    const auto folders = listQuarantineFolders(user, files);
+    if (!folders) {
+        runs.unreadable = folders.error();
+        return runs;
+    }
+    for (const auto& root : *folders) {
+        if (auto manifest = readManifest(root, budgeted)) {
+            if (auto entry = makeEntry(root, std::move(*manifest), budgeted))
+                runs.entries.push_back(std::move(*entry));
+        } else if (!manifest.error().isLeftOut) {
             if (auto run = readUnfinished(root, budgeted)) runs.unfinished.push_back(std::move(*run));
+        }
     }
     if (includeSizes)
         for (auto& entry : runs.entries)

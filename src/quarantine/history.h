@@ -18,11 +18,21 @@ struct RemovalHistoryEntry {
     std::optional<std::int64_t> sizeBytes = {}; ///< absent when sizes were not asked for
     int pendingMoves = 0;                       ///< moves whose item still lies in quarantine
     int totalMoves = 0;
+    int missingMoves = 0; ///< moves whose item lies neither in quarantine nor anything in its old place
     int loadableJobs = 0; ///< unloaded jobs whose property list lies in its place again
 
     /// Something is left to put back or to load again. Whether a job was loaded since cannot be told; loading
     /// it once more does no harm.
     bool canBeUndone() const { return pendingMoves > 0 || loadableJobs > 0; }
+
+    /// What became of the items that the run moved.
+    enum class Items {
+        none,         ///< it moved nothing
+        inQuarantine, ///< at least one of them
+        putBack,
+        missing, ///< at least one lies nowhere: somebody took it out of quarantine, or from its place since
+    };
+    Items items() const;
 
     friend bool operator==(const RemovalHistoryEntry&, const RemovalHistoryEntry&) = default;
 };
@@ -40,6 +50,7 @@ struct PastRuns {
     std::vector<RemovalHistoryEntry> entries;
     std::vector<UnfinishedRun>
         unfinished; ///< those without a readable manifest, by the names of their folders
+    std::optional<FileError> unreadable = {}; ///< why the Trash could not be read; then there is nothing else
 };
 
 /// Runs for which `budget` does not suffice are in neither list: it counts them as left out.

@@ -1,5 +1,7 @@
 #include "quarantine/history_model.h"
 
+#include "quarantine/quarantine_layout.h"
+#include "quarantine/run_documents.h"
 #include "quarantine/trash_lock.h"
 
 namespace tidwen {
@@ -12,6 +14,12 @@ HistoryModel::Refusal toRefusal(Message reason) {
     return {std::move(reason)};
 }
 
+/// Asked only where something looks cut off: to ask is to hold the lock for a moment.
+bool isAnotherIn(const Path& trash, FileSystem& files) {
+    const auto lock = files.lock(trash);
+    return !lock && lock.error().fault == FileFault::busy;
+}
+
 } // namespace
 
 HistoryModel::HistoryModel(Ports ports, UserEnvironment user) : ports_(ports), user_(std::move(user)) {}
@@ -22,15 +30,11 @@ void HistoryModel::load(Sizes sizes, std::function<void()> done) {
                             alive = std::weak_ptr(alive_), done = std::move(done)]() mutable {
         const ReadBudget budget;
         auto loaded = loadPastRuns(user, ports.files, sizes == Sizes::measured, budget);
-        ports.main.post([this, alive, number, missing = budget.leftOut(), loaded = std::move(loaded),
+        const bool isBusy = !loaded.unfinished.empty() && isAnotherIn(user.trash(), ports.files);
+        ports.main.post([this, alive, number, isBusy, missing = budget.leftOut(), loaded = std::move(loaded),
                          done = std::move(done)]() mutable {
             if (alive.expired()) return;
-            if (number == loadsStarted_) {
-                leftOut.set(missing);
-                unfinishedRuns.set(std::move(loaded.unfinished));
-                entries.set(std::move(loaded.entries));
-                isLoading.set(false);
-            }
+            if (number == loadsStarted_) publish(std::move(loaded), isBusy, missing);
             if (done) done();
         });
     });
@@ -65,7 +69,6 @@ void HistoryModel::undo(const Path& root, Answer<UndoReport> answer) {
 
 void HistoryModel::remove(const std::vector<RemovalHistoryEntry>& chosen,
                           Answer<QuarantinePurge::Outcome> answer) {
-    if (chosen.empty()) return;
     std::vector<Path> folders;
     folders.reserve(chosen.size());
     for (const auto& entry : chosen)
@@ -75,13 +78,26 @@ void HistoryModel::remove(const std::vector<RemovalHistoryEntry>& chosen,
         [ports = ports_, user = user_,
          folders = std::move(folders)]() -> tl::expected<QuarantinePurge::Outcome, Refusal> {
             if (auto problem = ports.settings.problem()) return Refused(toRefusal(std::move(*problem)));
+            if (folders.empty() && !ports.files.exists(user.trash())) return QuarantinePurge::Outcome();
             const auto lock = lockTrash(user, ports.files);
             if (!lock) return Refused(toRefusal(describeNotBegun(lock.error(), ports.texts)));
             auto outcome = ports.purge.purge(folders);
             if (!outcome) return Refused(Refusal{outcome.error().describe()});
+            const auto left = listQuarantineFolders(user, ports.files);
+            for (const auto& root : left.value_or(std::vector<Path>{}))
+                (void)dropEmptyRun(root, ports.files);
             return std::move(*outcome);
         },
         std::move(answer));
+}
+
+void HistoryModel::publish(PastRuns runs, bool isBusy, std::uint64_t missing) {
+    leftOut.set(missing);
+    unreadable.set(std::move(runs.unreadable));
+    isAnotherAtWork.set(isBusy);
+    unfinishedRuns.set(isBusy ? std::vector<UnfinishedRun>() : std::move(runs.unfinished));
+    entries.set(std::move(runs.entries));
+    isLoading.set(false);
 }
 
 void HistoryModel::publish(const QuarantinePurge::Outcome& outcome) {

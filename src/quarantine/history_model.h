@@ -47,6 +47,10 @@ class HistoryModel {
     Property<std::vector<RemovalHistoryEntry>> entries; ///< newest first
     Property<std::uint64_t> leftOut{0}; ///< runs that were not read, because there is too much to read
     Property<std::vector<UnfinishedRun>> unfinishedRuns; ///< what `entries` cannot show, by folder name
+    Property<std::optional<FileError>>
+        unreadable; ///< why the Trash could not be read: nothing is known of it
+    /// Another process works in the Trash: what looks cut off may be its run, so `unfinishedRuns` is empty.
+    Property<bool> isAnotherAtWork{false};
     Property<bool> isLoading{false};
     Property<std::optional<std::string>> busyEntryID; ///< see `id`; the Trash while several are deleted
     Property<std::optional<UndoReport>> lastUndo;
@@ -62,7 +66,7 @@ class HistoryModel {
     }
     /// Also of a run that was cut off.
     void undo(const Path& root, Answer<UndoReport> answer = {});
-    /// Refused while `whyNotRemove` gives a reason.
+    /// Refused while `whyNotRemove` gives a reason. Quarantine folders in which nothing ever lay go along.
     void remove(const std::vector<RemovalHistoryEntry>& chosen, Answer<QuarantinePurge::Outcome> answer = {});
     void removeAll(Answer<QuarantinePurge::Outcome> answer = {}) { remove(entries.get(), std::move(answer)); }
 
@@ -78,6 +82,7 @@ class HistoryModel {
              Answer<Result> answer);
     void publish(const UndoReport& report) { lastUndo.set(report); }
     void publish(const QuarantinePurge::Outcome& outcome);
+    void publish(PastRuns runs, bool isAnotherAtWork, std::uint64_t missing);
 
     Ports ports_;
     UserEnvironment user_;

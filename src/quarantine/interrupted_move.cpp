@@ -1,8 +1,9 @@
 #include "quarantine/interrupted_move.h"
 
-#include "platform/move_remains.h"
+#include "quarantine/quarantine_layout.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <set>
 
@@ -10,14 +11,39 @@ namespace tidwen {
 
 namespace {
 
-/// A copy that stayed in the item's folder: its original may stand aside on a disk that is away.
-bool mayHoldACopy(const Path& folder, const FileSystem& files) {
-    const auto entries = files.list(folder);
-    if (!entries) return entries.error().fault != FileFault::missing;
-    return std::ranges::any_of(*entries, [](const DirectoryEntry& entry) {
-        return std::string_view(entry.name).starts_with(growingCopyPrefix);
-    });
-}
+/// What lies in the folders of a run's items besides these: a copy, whose original may stand aside on a disk
+/// that is away, or an item under a name that is not its own.
+class Unaccounted {
+  public:
+    Unaccounted(const std::vector<ManifestEntry>& planned, const FileSystem& files) : files_(files) {
+        for (const auto& entry : planned)
+            if (entry.destination)
+                for (Path place(*entry.destination); accounted_.insert(place).second && !place.isRoot();)
+                    place = place.parent();
+    }
+
+    /// Also when nobody can tell.
+    bool liesIn(const Path& folder) {
+        const auto [known, isNew] = known_.try_emplace(folder, false);
+        if (isNew) known->second = look(folder);
+        return known->second;
+    }
+
+  private:
+    bool look(const Path& folder) const {
+        const auto entries = files_.list(folder);
+        if (!entries) return entries.error().fault != FileFault::missing;
+        return std::ranges::any_of(*entries, [&](const DirectoryEntry& entry) {
+            // A Mac that shows a folder leaves the first; the rest tells of the run itself.
+            return entry.name != ".DS_Store" && !isRunDocument(entry.name)
+                   && !accounted_.contains(folder / entry.name);
+        });
+    }
+
+    const FileSystem& files_;
+    std::set<Path> accounted_; ///< the items and the folders above them
+    std::map<Path, bool> known_;
+};
 
 enum class Place { inQuarantine, elsewhere, unknown };
 
@@ -33,11 +59,23 @@ bool isOneItem(const Path& a, const Path& b, const FileSystem& files) {
     return first && second && first->device == second->device && first->inode == second->inode;
 }
 
-bool isSettled(const ManifestEntry& entry, Place place, const FileSystem& files) {
+bool isSettled(const ManifestEntry& entry, Place place, Unaccounted& unaccounted, const FileSystem& files) {
     const Path source(entry.source), destination(*entry.destination);
     if (place == Place::unknown || files.isSetAside(source)) return false;
     if (place == Place::inQuarantine) return !isOneItem(source, destination, files);
-    return !mayHoldACopy(destination.parent(), files);
+    return !unaccounted.liesIn(destination.parent());
+}
+
+bool isGone(const Path& item, const FileSystem& files) {
+    const auto info = files.info(item);
+    return !info && info.error().fault == FileFault::missing;
+}
+
+/// It went along with a folder that was moved.
+bool laysWithin(const std::set<Path>& moved, const Path& item) {
+    for (Path folder = item.parent(); !folder.isRoot() && folder.isAbsolute(); folder = folder.parent())
+        if (moved.contains(folder)) return true;
+    return false;
 }
 
 /// What stays of the original of a move that arrived. What cannot be settled now stays where it is and is
@@ -72,19 +110,27 @@ void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrit
 
 RunObservation observe(const std::vector<ManifestEntry>& planned, const FileSystem& files) {
     RunObservation seen;
+    Unaccounted unaccounted(planned, files);
     std::vector<bool> observed;
-    std::set<std::string> movedPaths;
+    std::set<Path> moved;
+    std::vector<ManifestEntry> gone;
     for (const auto& entry : planned) {
         const bool isMove = entry.kind == ManifestEntryKind::move && entry.destination;
         const auto place = isMove ? placeOf(Path(*entry.destination), files) : Place::elsewhere;
         observed.push_back(place == Place::inQuarantine);
-        if (observed.back()) movedPaths.insert(entry.source);
-        if (isMove && !isSettled(entry, place, files)) seen.unsettled.push_back(entry);
+        if (observed.back()) moved.emplace(entry.source);
+        if (!isMove) continue;
+        if (!isSettled(entry, place, unaccounted, files))
+            seen.unsettled.push_back(entry);
+        else if (place == Place::elsewhere && isGone(Path(entry.source), files))
+            gone.push_back(entry);
     }
+    for (auto& entry : gone)
+        if (!laysWithin(moved, Path(entry.source))) seen.missing.push_back(std::move(entry));
     for (std::size_t i = 0; i < planned.size(); ++i) {
         const auto& entry = planned[i];
         const bool isUnloadedJob = entry.kind == ManifestEntryKind::bootout && entry.plistPath
-                                   && movedPaths.contains(*entry.plistPath);
+                                   && moved.contains(Path(*entry.plistPath));
         if (observed[i] || isUnloadedJob) seen.entries.push_back(entry);
     }
     return seen;

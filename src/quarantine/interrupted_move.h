@@ -31,8 +31,11 @@ struct RunObservation {
     /// property list is among them.
     std::vector<ManifestEntry> entries;
     /// Moves of which something lies neither in its old place nor in quarantine, or may: set aside, half
-    /// copied, not unlinked, or where this account may not look.
+    /// copied, not unlinked, where this account may not look, or as something in the item's folder in
+    /// quarantine that the plan does not know.
     std::vector<ManifestEntry> unsettled;
+    /// Moves whose item is at neither place although nothing hints at where it could be: somebody took it.
+    std::vector<ManifestEntry> missing;
 };
 
 /// Only looks.

@@ -2,6 +2,7 @@
 
 #include "base/path_key.h"
 #include "platform/budgeted_files.h"
+#include "quarantine/item_names.h"
 #include "quarantine/quarantine_layout.h"
 
 #include <algorithm>
@@ -94,20 +95,42 @@ std::string rebased(const std::string& item, const Path& from, const Path& to) {
     return result.string();
 }
 
-/// A disk may list the folder's name with its accents decomposed, or another letter case: what it is called
-/// there is what its items are found by.
+/// A disk may list the folder's name, and those of what lies in it, with their accents decomposed or in
+/// another letter case: what they are called there is what they are found by.
 template<class Document>
-tl::expected<Document, DocumentError> inItsFolder(tl::expected<Document, DocumentError> document,
-                                                  const Path& root) {
-    if (!document || document->quarantineRoot == root) return document;
+tl::expected<Document, DocumentError> asItLies(tl::expected<Document, DocumentError> document,
+                                               const Path& root, const FileSystem& files) {
+    if (!document) return document;
     if (pathKey(document->quarantineRoot) != pathKey(root))
         return tl::unexpected(
             DocumentError{DocumentError::Kind::malformed, "quarantineRoot names another folder"});
-    for (auto& entry : entriesOf(*document))
-        if (entry.destination)
-            entry.destination = rebased(*entry.destination, document->quarantineRoot, root);
+    ItemNames names(files);
+    const ReadBudget* budget = BudgetedFiles::budgetOf(files);
+    for (auto& entry : entriesOf(*document)) {
+        if (budget && budget->isExhausted()) {
+            budget->leaveOut();
+            return tl::unexpected(fileError({.fault = FileFault::exhausted, .path = root}));
+        }
+        if (!entry.destination) continue;
+        const Path item(rebased(*entry.destination, document->quarantineRoot, root));
+        entry.destination = names.find(root, item).place.string();
+    }
     document->quarantineRoot = root;
     return document;
+}
+
+/// Reads a document of the quarantine folder `root`.
+template<class Document>
+tl::expected<Document, DocumentError>
+readIn(const Path& root, const char* fileName,
+       tl::expected<Document, DocumentError> (*decode)(std::string_view), const FileSystem& files) {
+    const auto text = readDocument(root / fileName, files);
+    if (!text) return tl::unexpected(text.error());
+    auto document = [&] {
+        const ReadBudget::Work work(BudgetedFiles::budgetOf(files));
+        return decode(*text);
+    }();
+    return asItLies(std::move(document), root, files);
 }
 
 } // namespace
@@ -145,17 +168,11 @@ FileResult<void> writeJournal(const RemovalJournal& journal, const Path& file, F
 }
 
 tl::expected<Manifest, DocumentError> readManifest(const Path& root, const FileSystem& files) {
-    const auto text = readDocument(root / manifestFileName, files);
-    if (!text) return tl::unexpected(text.error());
-    const ReadBudget::Work work(BudgetedFiles::budgetOf(files));
-    return inItsFolder(decodeManifest(*text), root);
+    return readIn(root, manifestFileName, decodeManifest, files);
 }
 
 tl::expected<RemovalJournal, DocumentError> readJournal(const Path& root, const FileSystem& files) {
-    const auto text = readDocument(root / journalFileName, files);
-    if (!text) return tl::unexpected(text.error());
-    const ReadBudget::Work work(BudgetedFiles::budgetOf(files));
-    return inItsFolder(decodeJournal(*text), root);
+    return readIn(root, journalFileName, decodeJournal, files);
 }
 
 } // namespace tidwen

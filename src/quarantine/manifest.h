@@ -90,7 +90,8 @@ FileResult<void> writeManifest(const Manifest& manifest, const Path& file, FileS
 FileResult<void> writeJournal(const RemovalJournal& journal, const Path& file, FileSystem& files);
 
 /// Reads the file of the quarantine folder `root`. A `quarantineRoot` that names another folder is malformed,
-/// and a link is not followed: the file lies where anybody may have written it.
+/// and a link is not followed: the file lies where anybody may have written it. Destinations are as the disk
+/// spells them now; those that nothing there is called by stay as they were written.
 tl::expected<Manifest, DocumentError> readManifest(const Path& root, const FileSystem& files);
 tl::expected<RemovalJournal, DocumentError> readJournal(const Path& root, const FileSystem& files);
 

@@ -2,6 +2,7 @@
 
 #include "base/numbered_name.h"
 #include "base/text.h"
+#include "platform/unfinished_names.h"
 #include "scan/policy/path_policy.h"
 
 #include <algorithm>
@@ -58,6 +59,11 @@ FileResult<bool> trashExists(const Path& trash, const FileSystem& files) {
 }
 
 } // namespace
+
+bool isRunDocument(std::string_view name) {
+    if (name.starts_with(unfinishedReplacementPrefix)) name.remove_prefix(unfinishedReplacementPrefix.size());
+    return name == manifestFileName || name == journalFileName || name == reserveFileName;
+}
 
 std::string safeLabel(std::string_view applicationName) {
     auto name = validUtf8(applicationName);

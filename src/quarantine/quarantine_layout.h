@@ -23,6 +23,9 @@ inline constexpr const char* journalFileName = "tidwen-journal.json";
 /// Holds the disk space of the manifest while a run lasts.
 inline constexpr const char* reserveFileName = "tidwen-reserve";
 
+/// Whether a name in a quarantine folder is one of these, or of one that a kill left half written.
+bool isRunDocument(std::string_view name);
+
 /// A name that may stand in a folder's name: "/", ":", "\" and control characters become "-", trimmed; "App"
 /// when nothing is left or when it would mean something else there ("..", the manifest's own name). Never
 /// longer than a file name may be together with what a quarantine folder adds to it.

@@ -4,7 +4,7 @@
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/run_documents.h"
 
-#include <optional>
+#include <algorithm>
 
 namespace tidwen {
 
@@ -12,57 +12,96 @@ namespace {
 
 using Problem = UnfinishedRun::Problem;
 
-bool wasInterrupted(const Path& root, const FileSystem& files) {
-    return files.exists(root / journalFileName) && !files.exists(root / manifestFileName);
-}
+/// One look at the runs of a Trash.
+class Recovery {
+  public:
+    Recovery(const UserEnvironment& user, FileSystem& files, const Clock& clock, Log& log)
+        : policy_(user, files), files_(files), clock_(clock), log_(log) {}
 
-/// The run as it stands when it cannot be finished, or its manifest.
-tl::expected<Manifest, UnfinishedRun> recover(const Path& root, const PathPolicy& policy, FileSystem& files,
-                                              const Clock& clock, Log& log) {
-    const auto journal = readJournal(root, files);
-    if (!journal) {
-        log.warning("Unreadable removal journal at {}: {}", root.string(), journal.error().detail);
-        return tl::unexpected(UnfinishedRun{.root = root, .problem = Problem::unreadableJournal});
+    void lookAt(const Path& root) {
+        if (dropEmptyRun(root, files_) || !files_.exists(root / journalFileName)) return;
+        const auto journal = readJournal(root, files_);
+        if (auto manifest = readManifest(root, files_))
+            return journal ? dropJournal(*journal, std::move(*manifest)) : void();
+        if (journal) return recover(*journal);
+        log_.warning("Unreadable removal journal at {}: {}", root.string(), journal.error().detail);
+        outcome.unfinished.push_back({.root = root, .problem = Problem::unreadableJournal});
     }
-    settleInterruptedMoves(journal->planned, StrayWrites::getAName, files, policy);
-    const auto run = readUnfinishedRun(root, files);
-    if (!run || !run->known) return tl::unexpected(UnfinishedRun{.root = root}); // changed under our hands
-    if (run->problem == Problem::unsettled) {
-        for (const auto& item : run->unsettled)
-            log.warning("Interrupted removal {} keeps its journal for {}", root.string(), item);
-        return tl::unexpected(*run);
+
+    RecoveryOutcome outcome;
+
+  private:
+    void recover(const RemovalJournal& journal) {
+        const Path& root = journal.quarantineRoot;
+        settle(journal);
+        auto run = readRunWithoutManifest(root, files_);
+        if (!run || !run->known) { // changed under our hands
+            outcome.unfinished.push_back({.root = root});
+        } else if (run->problem == Problem::unsettled) {
+            for (const auto& item : run->unsettled)
+                log_.warning("Interrupted removal {} keeps its journal for {}", root.string(), item);
+            outcome.unfinished.push_back(std::move(*run));
+        } else if (auto manifest = *run->known; finish(manifest)) {
+            log_.info("Recovered interrupted removal: {}/{} planned entries observed in quarantine",
+                      manifest.entries.size(), journal.planned.size());
+            for (const auto& entry : observe(journal.planned, files_).missing)
+                outcome.missing.push_back(entry.source);
+            outcome.recovered.push_back(std::move(manifest));
+        } else {
+            outcome.unfinished.push_back(std::move(*run));
+        }
     }
-    auto manifest = *run->known;
-    manifest.recoveredAt = clock.now();
-    if (const auto written = finishRun(manifest, files); !written) {
-        log.error("Could not write recovered manifest: {} ({})", root.string(),
-                  failureKey(written.error().fault));
-        return tl::unexpected(*run);
+
+    /// The journal of a run that ended stays when nobody could delete it. What it alone knows to lie in
+    /// quarantine is written down first.
+    void dropJournal(const RemovalJournal& journal, Manifest manifest) {
+        settle(journal);
+        auto seen = observe(journal.planned, files_);
+        if (!seen.unsettled.empty()) return;
+        const auto known = manifest.entries.size();
+        for (auto& entry : seen.entries)
+            if (std::ranges::find(manifest.entries, entry) == manifest.entries.end())
+                manifest.entries.push_back(std::move(entry));
+        if (manifest.entries.size() > known) return void(finish(manifest));
+        (void)files_.removeFile(journal.quarantineRoot / journalFileName);
+        dropUnfinishedDocuments(journal.quarantineRoot, files_);
     }
-    log.info("Recovered interrupted removal: {}/{} planned entries observed in quarantine",
-             manifest.entries.size(), journal->planned.size());
-    return manifest;
-}
+
+    void settle(const RemovalJournal& journal) {
+        settleInterruptedMoves(journal.planned, StrayWrites::getAName, files_, policy_);
+    }
+
+    bool finish(Manifest& manifest) {
+        manifest.recoveredAt = clock_.now();
+        const Path& root = manifest.quarantineRoot;
+        const auto written = finishRun(manifest, files_);
+        if (written)
+            dropUnfinishedDocuments(root, files_);
+        else
+            log_.error("Could not write recovered manifest: {} ({})", root.string(),
+                       failureKey(written.error().fault));
+        return written.has_value();
+    }
+
+    const PathPolicy policy_;
+    FileSystem& files_;
+    const Clock& clock_;
+    Log& log_;
+};
 
 } // namespace
 
 RecoveryOutcome recoverInterruptedRemovals(const UserEnvironment& user, FileSystem& files, const Clock& clock,
                                            Log& log) {
-    RecoveryOutcome outcome;
-    const PathPolicy policy(user, files);
     const auto folders = listQuarantineFolders(user, files);
     if (!folders) {
         log.warning("Unreadable location {}", user.trash().string());
-        return outcome;
+        return {};
     }
-    for (const auto& root : *folders) {
-        if (!wasInterrupted(root, files)) continue;
-        if (auto manifest = recover(root, policy, files, clock, log))
-            outcome.recovered.push_back(std::move(*manifest));
-        else
-            outcome.unfinished.push_back(std::move(manifest.error()));
-    }
-    return outcome;
+    Recovery recovery(user, files, clock, log);
+    for (const auto& root : *folders)
+        recovery.lookAt(root);
+    return std::move(recovery.outcome);
 }
 
 } // namespace tidwen

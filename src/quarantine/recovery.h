@@ -4,6 +4,7 @@
 #include "platform/user_environment.h"
 #include "quarantine/unfinished_run.h"
 
+#include <string>
 #include <vector>
 
 namespace tidwen {
@@ -11,11 +12,14 @@ namespace tidwen {
 struct RecoveryOutcome {
     std::vector<Manifest> recovered;       ///< the manifests that were written
     std::vector<UnfinishedRun> unfinished; ///< their journals stay, for the next time and for an undo
+    std::vector<std::string> missing = {}; ///< old places of items of `recovered` that are nowhere any more
 };
 
-/// Finds runs that were cut off (a journal and no manifest), settles half-made moves and writes each a
-/// manifest of what really lies in quarantine. While something of a run is unsettled its journal is all that
-/// knows of it: then no manifest is written. The caller holds the lock of the Trash.
+/// Finds runs that were cut off (a journal and no manifest that can be read), settles half-made moves and
+/// writes each a manifest of what really lies in quarantine. While something of a run is unsettled its
+/// journal is all that knows of it: then no manifest is written. A journal that stayed beside a manifest goes
+/// once nothing of it is unsettled, and so does a quarantine folder in which nothing ever lay. The caller
+/// holds the lock of the Trash.
 RecoveryOutcome recoverInterruptedRemovals(const UserEnvironment& user, FileSystem& files, const Clock& clock,
                                            Log& log);
 

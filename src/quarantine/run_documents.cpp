@@ -2,6 +2,8 @@
 
 #include "quarantine/quarantine_layout.h"
 
+#include <algorithm>
+
 namespace tidwen {
 
 namespace {
@@ -40,6 +42,22 @@ FileResult<void> finishRun(const Manifest& manifest, FileSystem& files) {
     (void)files.removeFile(root / reserveFileName);
     (void)files.removeFile(root / journalFileName);
     return {};
+}
+
+void dropUnfinishedDocuments(const Path& root, FileSystem& files) {
+    for (const auto* name : {manifestFileName, journalFileName, reserveFileName})
+        files.dropUnfinishedReplacement(root / name);
+    if (!files.exists(root / journalFileName)) (void)files.removeFile(root / reserveFileName);
+}
+
+bool dropEmptyRun(const Path& root, FileSystem& files) {
+    const auto entries = files.list(root);
+    const auto isRest = [](const DirectoryEntry& entry) {
+        return isRunDocument(entry.name) && entry.name != manifestFileName && entry.name != journalFileName;
+    };
+    if (!entries || !std::ranges::all_of(*entries, isRest)) return false;
+    dropUnfinishedDocuments(root, files);
+    return files.removeEmptyDirectory(root).has_value();
 }
 
 } // namespace tidwen

@@ -13,4 +13,13 @@ FileResult<void> beginRun(const RemovalJournal& journal, FileSystem& files);
 /// drops the journal. After an error the journal is still there.
 FileResult<void> finishRun(const Manifest& manifest, FileSystem& files);
 
+/// Takes away what a kill left half written of the documents of the run in `root`, and the space that was
+/// held for a manifest once no journal waits for one.
+void dropUnfinishedDocuments(const Path& root, FileSystem& files);
+
+/// Takes away the quarantine folder `root` when nothing lies in it but such rests: a kill between the
+/// creation of the folder and its journal leaves it, or a purge that was cut off at its end. True when it is
+/// gone.
+bool dropEmptyRun(const Path& root, FileSystem& files);
+
 } // namespace tidwen

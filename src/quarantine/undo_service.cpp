@@ -5,6 +5,7 @@
 #include "operations/screened_move.h"
 #include "quarantine/history.h"
 #include "quarantine/interrupted_move.h"
+#include "quarantine/item_names.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/restore_order.h"
 #include "quarantine/run_documents.h"
@@ -22,6 +23,7 @@ namespace tidwen {
 namespace {
 
 constexpr const char* notInQuarantineKey = "failure.notInQuarantine";
+constexpr const char* severalOfTheNameKey = "failure.severalInQuarantine";
 constexpr const char* outerNotRestoredKey = "failure.outerNotRestored";
 constexpr const char* moveUnfinishedKey = "failure.moveUnfinished";
 constexpr const char* remainsInQuarantineKey = "failure.remainsInQuarantine";
@@ -67,7 +69,12 @@ bool isLaunchFolder(const Path& folder, const Path& home, bool isSystemDomain) {
 class UndoRun {
   public:
     UndoRun(UndoService::Ports& ports, const UserEnvironment& user, const Manifest& manifest)
-        : ports_(ports), user_(user), policy_(user, ports.files), manifest_(manifest), numbers_(manifest) {}
+        : ports_(ports),
+          user_(user),
+          policy_(user, ports.files),
+          manifest_(manifest),
+          numbers_(manifest),
+          names_(ports.files) {}
 
     UndoReport run() {
         report_.mayHaveLost =
@@ -121,7 +128,9 @@ class UndoRun {
             ++report_.alreadyBack;
             --report_.totalCount;
         } else if (!ports_.files.isSetAside(source)) {
-            fail(source.string(), {notInQuarantineKey});
+            fail(source.string(),
+                 {names_.find(manifest_.quarantineRoot, from).isAmbiguous ? severalOfTheNameKey
+                                                                          : notInQuarantineKey});
         } else if (isBlocked(from, source)) {
             fail(source.string(), {blockedBySafetyPolicyKey});
         } else if (reveal(source)) {
@@ -268,6 +277,7 @@ class UndoRun {
     PathPolicy policy_;
     const Manifest& manifest_;
     OperationNumbers numbers_;
+    ItemNames names_;
     std::set<Path> taken_;
     std::map<Path, int> nextNumber_; ///< by old place: the numbered names before it are taken
     int settleAttempts_ = 0;
@@ -296,9 +306,10 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root) const 
                        .quarantineRoot = root,
                        .apps = journal->apps,
                        .entries = std::move(seen.entries)};
-        // What is still on its way is named among the failures.
-        for (auto& entry : seen.unsettled)
-            if (!ports_.files.exists(Path(*entry.destination))) known.entries.push_back(std::move(entry));
+        // What is still on its way, or nowhere, is named among the failures.
+        for (auto* unfound : {&seen.unsettled, &seen.missing})
+            for (auto& entry : *unfound)
+                if (!ports_.files.exists(Path(*entry.destination))) known.entries.push_back(std::move(entry));
         if (known.entries.empty()) return tl::unexpected(nothingLeft);
         return known;
     }
@@ -312,7 +323,7 @@ tl::expected<UndoReport, Message> UndoService::undoRun(const Path& root) {
     if (!lock) return tl::unexpected(describeNotBegun(lock.error(), ports_.texts));
     return whatIsLeft(root).map([&](const Manifest& manifest) {
         auto report = undo(manifest);
-        if (!ports_.files.exists(root / manifestFileName)) finishInterruptedRun(manifest);
+        if (!readManifest(root, ports_.files)) finishInterruptedRun(manifest);
         return report;
     });
 }

@@ -54,7 +54,7 @@ class UndoService {
 
   private:
     tl::expected<Manifest, Message> whatIsLeft(const Path& root) const;
-    /// Gives a run that was cut off its manifest, once all of its items are at one of their places.
+    /// Gives a run that was cut off its manifest, once nothing of it is unsettled.
     void finishInterruptedRun(Manifest known) const;
 
     Ports ports_;

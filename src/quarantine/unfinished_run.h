@@ -36,7 +36,8 @@ std::string_view name(UnfinishedRun::Problem problem);
 /// or neither of the two documents. Only looks.
 std::optional<UnfinishedRun> readUnfinishedRun(const Path& root, const FileSystem& files);
 
-/// The same of a folder in which no readable manifest was found.
+/// The same of a folder in which no readable manifest was found. A damaged one beside a whole journal counts
+/// as none: it is made anew from the journal.
 std::optional<UnfinishedRun> readRunWithoutManifest(const Path& root, const FileSystem& files);
 
 } // namespace tidwen

@@ -2,6 +2,7 @@
 
 #include "quarantine/entries.h"
 #include "quarantine/quarantine_layout.h"
+#include "quarantine/run_lookup.h"
 #include "quarantine/trash_lock.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
@@ -59,7 +60,8 @@ class History : public testing::Test {
 TEST_F(History, CountsRunsForWhichTheBudgetDoesNotSuffice) {
     for (const auto* name : {"a", "b", "c"})
         run(name, 0);
-    const ReadBudget budget({.bytes = 1});
+    const auto first = volume.read((folder("a") / manifestFileName).string()).size();
+    const ReadBudget budget({.bytes = static_cast<std::int64_t>(first) + 1});
     EXPECT_EQ(loadHistory(user, volume.files(), false, budget).size(), 1u);
     EXPECT_EQ(budget.leftOut(), 2u);
     // Runs that cannot be read for lack of budget are not called unfinished.
@@ -70,6 +72,61 @@ TEST_F(History, CountsRunsForWhichTheBudgetDoesNotSuffice) {
     const auto runs = loadPastRuns(user, volume.files(), false, little);
     EXPECT_EQ(runs.entries.size() + runs.unfinished.size() + little.leftOut(), 5u);
     EXPECT_THAT(runs.unfinished, IsEmpty());
+}
+
+TEST_F(History, LooksForItemsSpendTheBudgetToo) {
+    run("a", 0);
+    run("b", 0);
+    static int looks;
+    looks = 0;
+    // Every reading of the clock takes a second of the four.
+    const ReadBudget budget({}, [] { return std::chrono::nanoseconds(std::chrono::seconds(++looks)); });
+    EXPECT_THAT(loadHistory(user, volume.files(), false, budget), IsEmpty());
+    EXPECT_EQ(budget.leftOut(), 2u);
+}
+
+TEST_F(History, AWordMeansTheRunOfThatName) {
+    for (const auto* name : {"Kip", "KIP", "Caf\u00e9", "Other"})
+        run(name, 0);
+    const auto runs = loadPastRuns(user, volume.files(), false);
+    const std::vector<UnfinishedRun> unfinished{{.root = folder("OTHER")}};
+    const std::pair<std::string, std::string> cases[] = {
+        {"Tidwen - Kip", "Tidwen - Kip"},
+        {"Tidwen - KIP", "Tidwen - KIP"},
+        {folder("KIP").string(), "Tidwen - KIP"},
+        {"tidwen - cafe\u0301", "Tidwen - Caf\u00e9"},
+        {"Tidwen - OTHER", "Tidwen - OTHER"},
+        {"1", runs.entries[0].root.lastComponent()},
+        {"5", "history.run.unknown %@"}, // those that were cut off have no number
+        {"Kip", "history.run.unknown %@"},
+        {"tidwen - kip", "history.run.ambiguous %@ %@"},
+        {folder("other").string(), "history.run.ambiguous %@ %@"},
+    };
+    for (const auto& [word, meant] : cases) {
+        const auto found = findRun(runs.entries, unfinished, word);
+        EXPECT_EQ(found ? found->lastComponent() : found.error().key, meant) << word;
+    }
+    const auto refusal = findRun(runs.entries, unfinished, "tidwen - kip").error();
+    EXPECT_EQ(refusal.arguments.at(1), "Tidwen - Kip, Tidwen - KIP");
+}
+
+TEST_F(History, SaysWhatItCannotTell) {
+    volume.write((folder("Cut") / journalFileName).string(), "{");
+    loaded();
+    EXPECT_EQ(model.unfinishedRuns.get().size(), 1u);
+    {
+        const auto other = lockTrash(user, volume.files());
+        loaded();
+        EXPECT_TRUE(model.isAnotherAtWork.get());
+        EXPECT_THAT(model.unfinishedRuns.get(), IsEmpty()) << "it may be at it";
+    }
+    loaded();
+    EXPECT_FALSE(model.isAnotherAtWork.get());
+    EXPECT_FALSE(model.unreadable.get());
+    std::filesystem::remove_all(volume.host(user.trash().string()));
+    volume.link(user.trash().string(), "Documents");
+    loaded();
+    EXPECT_EQ(model.unreadable.get()->fault, FileFault::throughLink);
 }
 
 TEST_F(History, ListsWhatCanBeReadNewestFirst) {
@@ -164,6 +221,7 @@ TEST_F(History, DeletesOneOrAll) {
         run(name, 0);
     volume.write((user.trash() / "Tidwen - mine/letter.txt").string(), "of the user");
     volume.write((user.trash() / "photo.jpg").string(), "of the user");
+    volume.makeFolder(folder("Never begun").string());
     loaded();
     model.remove({model.entries.get()[1]});
     drain();
@@ -173,6 +231,7 @@ TEST_F(History, DeletesOneOrAll) {
     drain();
     EXPECT_THAT(names(), IsEmpty());
     EXPECT_FALSE(model.errorMessage.get());
+    EXPECT_FALSE(volume.exists(folder("Never begun").string()));
     EXPECT_TRUE(volume.exists("/Users/alice/.Trash/Tidwen - mine/letter.txt"));
     EXPECT_TRUE(volume.exists("/Users/alice/.Trash/photo.jpg"));
 }

@@ -130,25 +130,131 @@ TEST_F(Recovery, LeavesEverythingElseAlone) {
     };
     const Path finished = folder("Finished"), elsewhere = folder("Elsewhere"), cut = folder("Cut"),
                linked = folder("Linked"), other = alice().trash() / "Other", outside("/Library/Outside");
-    write(finished, finished);
-    volume.write((finished / manifestFileName).string(), "whatever");
     write(elsewhere, finished);
     write(cut, cut, 60);
-    volume.link((linked / journalFileName).string(), (finished / journalFileName).string());
+    volume.link((linked / journalFileName).string(), "../Tidwen - Elsewhere/tidwen-journal.json");
     write(other, other);
     write(outside, folder("Outside"));
     volume.link(folder("Outside").string(), "/Library/Outside");
-    volume.makeFolder(folder("Empty").string());
+    volume.write((folder("Mine") / "letter.txt").string(), "of the user");
 
     EXPECT_THAT(recover(), IsEmpty());
-    EXPECT_EQ(volume.read((finished / manifestFileName).string()), "whatever");
-    for (const auto& run : {elsewhere, cut, linked, other, outside, folder("Empty")})
+    for (const auto& run : {elsewhere, cut, linked, other, outside, folder("Mine")})
         EXPECT_FALSE(volume.exists((run / manifestFileName).string())) << run.string();
     for (const auto& run : {elsewhere, cut, linked}) {
         EXPECT_TRUE(volume.exists((run / journalFileName).string())) << run.string();
         EXPECT_TRUE(log.contains("Unreadable removal journal at " + run.string()));
     }
     EXPECT_EQ(log.lines().size(), 3u);
+}
+
+TEST_F(Recovery, MakesADamagedManifestAnewFromTheJournal) {
+    const std::string cache = "/Users/alice/Library/Caches/a";
+    const std::function<void(const std::string&)> damages[] = {
+        [&](const auto& manifest) { volume.write(manifest, ""); },
+        [&](const auto& manifest) { volume.write(manifest, "{\"apps\" : ["); },
+        [&](const auto& manifest) { volume.link(manifest, "/Library/elsewhere.json"); },
+    };
+    for (const auto& damage : damages) {
+        const RemovalJournal journal{
+            .createdAt = runDate, .quarantineRoot = root, .planned = {moveEntry(1, root, cache)}};
+        ASSERT_TRUE(writeJournal(journal, root / journalFileName, volume.files()));
+        volume.write(*journal.planned[0].destination, "whole");
+        damage((root / manifestFileName).string());
+        ASSERT_EQ(recover().size(), 1u);
+        EXPECT_EQ(readManifest(root, volume.files())->entries, journal.planned);
+        EXPECT_FALSE(volume.exists((root / journalFileName).string()));
+        EXPECT_FALSE(volume.exists("/Library/elsewhere.json"));
+        fs::remove_all(volume.host(root.string()));
+    }
+}
+
+TEST_F(Recovery, DropsTheJournalOfARunThatEndedOnceItIsSettled) {
+    const auto known = moveEntry(1, root, "/Library/Caches/known"),
+               late = moveEntry(2, root, "/Library/Caches/late");
+    const Manifest manifest{.createdAt = runDate, .quarantineRoot = root, .entries = {known}};
+    const RemovalJournal journal{.createdAt = runDate, .quarantineRoot = root, .planned = {known, late}};
+    volume.write(*known.destination, "");
+    volume.write(late.source, "");
+    const auto recoverBeside = [&] {
+        EXPECT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
+        EXPECT_TRUE(writeJournal(journal, root / journalFileName, volume.files()));
+        volume.write((root / reserveFileName).string(), "space");
+        EXPECT_THAT(recover(), IsEmpty()) << "it had ended";
+        return readManifest(root, volume.files())->entries;
+    };
+    EXPECT_THAT(recoverBeside(), ElementsAre(known));
+    for (const auto* name : {journalFileName, reserveFileName})
+        EXPECT_FALSE(volume.exists((root / name).string())) << name;
+    fs::remove(volume.host(late.source));
+    volume.write(*late.destination, "");
+    EXPECT_THAT(recoverBeside(), ElementsAre(known, late)) << "a move that was made after the run had ended";
+    volume.write((root / "0002/.tidwen-copy-late").string(), "");
+    fs::remove(volume.host(*late.destination));
+    recoverBeside();
+    EXPECT_TRUE(volume.exists((root / journalFileName).string())) << "it alone knows of the copy";
+}
+
+TEST_F(Recovery, TakesAwayFoldersInWhichNothingEverLay) {
+    const Path empty = folder("Empty"), begun = folder("Begun"), numbered = folder("Numbered");
+    volume.makeFolder(empty.string());
+    volume.write((begun / ".tidwen-new-tidwen-journal.json").string(), "{");
+    volume.write((begun / reserveFileName).string(), "space");
+    volume.write((numbered / "0001/Notes.app").string(), "an item");
+    volume.write((numbered / ".tidwen-new-tidwen-journal.json").string(), "{");
+    EXPECT_THAT(recover(), IsEmpty());
+    EXPECT_FALSE(volume.exists(empty.string()));
+    EXPECT_FALSE(volume.exists(begun.string()));
+    EXPECT_TRUE(volume.exists((numbered / "0001/Notes.app").string()));
+}
+
+TEST_F(Recovery, FindsItemsWhoseNamesAnotherDiskSpelled) {
+    const std::string composed = "Caf\u00e9", decomposed = "Cafe\u0301";
+    const struct {
+        const char* what;
+        std::vector<std::string> lying; ///< in the item's numbered folder
+        std::string found;              ///< empty: the journal stays
+    } cases[] = {
+        {"decomposed", {decomposed}, decomposed},
+        {"letter case", {"CAF\u00c9"}, "CAF\u00c9"},
+        {"the exact name wins", {composed, decomposed}, composed},
+        {"several could be it", {decomposed, "CAF\u00c9"}, ""},
+        {"something else lies there", {"Tea"}, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const RemovalJournal journal{.createdAt = runDate,
+                                     .quarantineRoot = root,
+                                     .planned = {moveEntry(1, root, "/Applications/" + composed)}};
+        ASSERT_TRUE(writeJournal(journal, root / journalFileName, volume.files()));
+        for (const auto& name : c.lying)
+            volume.write((root / "0001" / name).string(), "");
+        const auto outcome = recoverAll();
+        if (c.found.empty()) {
+            ASSERT_EQ(outcome.unfinished.size(), 1u);
+            EXPECT_THAT(outcome.unfinished[0].unsettled, ElementsAre("/Applications/" + composed));
+            EXPECT_TRUE(volume.exists((root / journalFileName).string()));
+        } else {
+            ASSERT_EQ(outcome.recovered.size(), 1u);
+            EXPECT_EQ(outcome.recovered[0].entries.at(0).destination, (root / "0001" / c.found).string());
+            EXPECT_EQ(readHistoryEntry(root, volume.files())->pendingMoves, 1);
+        }
+        fs::remove_all(volume.host(root.string()));
+    }
+}
+
+TEST_F(Recovery, NamesItemsThatAreNowhere) {
+    const std::string maker = "/Library/Application Support/Maker", taken = "/Library/Caches/taken";
+    const RemovalJournal journal{.createdAt = runDate,
+                                 .quarantineRoot = root,
+                                 .planned = {moveEntry(1, root, taken), moveEntry(2, root, maker + "/in it"),
+                                             moveEntry(3, root, maker)}};
+    ASSERT_TRUE(writeJournal(journal, root / journalFileName, volume.files()));
+    volume.write((root / "0003/Maker/in it").string(), "went along");
+    const auto outcome = recoverAll();
+    ASSERT_EQ(outcome.recovered.size(), 1u);
+    EXPECT_THAT(outcome.recovered[0].entries, ElementsAre(journal.planned[2]));
+    EXPECT_THAT(outcome.missing, ElementsAre(taken));
 }
 
 TEST_F(Recovery, HistoryCountsWhatIsLeft) {
@@ -165,6 +271,15 @@ TEST_F(Recovery, HistoryCountsWhatIsLeft) {
     ASSERT_EQ(history.size(), 1u);
     EXPECT_EQ(history[0].pendingMoves, 1);
     EXPECT_EQ(history[0].totalMoves, 3);
+    EXPECT_EQ(history[0].missingMoves, 2);
+    using Items = RemovalHistoryEntry::Items;
+    const auto items = [&] { return readHistoryEntry(root, volume.files())->items(); };
+    EXPECT_EQ(items(), Items::inQuarantine);
+    fs::remove_all(volume.host((root / "0002").string()));
+    EXPECT_EQ(items(), Items::missing) << "nobody put them back";
+    for (const auto* name : {"a", "b", "d"})
+        volume.write(std::string("/Library/Caches/") + name, "");
+    EXPECT_EQ(items(), Items::putBack);
 }
 
 } // namespace

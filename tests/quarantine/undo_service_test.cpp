@@ -127,9 +127,37 @@ TEST_F(Undo, TakesTheJournalOfARunThatHasNoManifest) {
     EXPECT_FALSE(volume.exists((root / journalFileName).string())) << "nothing of it is interrupted now";
     EXPECT_EQ(readHistoryEntry(root, volume.files())->totalMoves, 1);
     EXPECT_EQ(service.undoRun(root).error().key, "history.undo.nothingLeft %@");
+
+    // Beside a damaged manifest it counts the same, and what lies nowhere is named.
+    manifest.entries.resize(1);
+    quarantined(3, "/Users/alice/Library/Caches/again");
+    manifest.entries.push_back(moveEntry(4, root, "/Users/alice/Library/Caches/gone"));
+    ASSERT_TRUE(writeJournal({.createdAt = runDate, .quarantineRoot = root, .planned = manifest.entries},
+                             root / journalFileName, volume.files()));
+    volume.write((root / manifestFileName).string(), "{");
+    EXPECT_THAT(service.undoRun(root)->failures,
+                ElementsAre("/Users/alice/Library/Caches/gone: failure.notInQuarantine"));
+    EXPECT_FALSE(volume.exists((root / journalFileName).string()));
+    EXPECT_EQ(readHistoryEntry(root, volume.files())->items(), RemovalHistoryEntry::Items::missing);
+
     EXPECT_TRUE(volume.files().removeFile(root / manifestFileName));
     volume.write((root / journalFileName).string(), "{");
     EXPECT_EQ(service.undoRun(root).error().key, "history.undo.unreadable %@");
+}
+
+TEST_F(Undo, FindsWhatAnotherDiskSpelledOtherwise) {
+    manifest.entries = {moveEntry(1, root, "/Library/Caches/Caf\u00e9"),
+                        moveEntry(2, root, "/Library/Caches/Kip")};
+    volume.write((root / "0001/Cafe\u0301").string(), "one");
+    for (const auto* name : {"0002/KIP", "0002/kip"})
+        volume.write((root / name).string(), "which");
+    ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
+    const auto report =
+        UndoService({volume.files(), administrator, session, texts, log, clock}, alice()).undoRun(root);
+    ASSERT_TRUE(report);
+    EXPECT_EQ(volume.read("/Library/Caches/Caf\u00e9"), "one");
+    EXPECT_THAT(report->failures, ElementsAre("/Library/Caches/Kip: failure.severalInQuarantine"));
+    EXPECT_TRUE(volume.exists((root / "0002/KIP").string()) && volume.exists((root / "0002/kip").string()));
 }
 
 TEST_F(Undo, TakesAwayWhatAnEarlierOneLeftOfAnItemThatIsBack) {

@@ -11,16 +11,23 @@ namespace tidwen {
 namespace {
 
 std::string state(const RemovalHistoryEntry& entry, const CommandContext& context) {
-    std::string text;
-    if (entry.totalMoves == 0)
-        text = context.text("cli.history.nothing");
-    else if (entry.pendingMoves == 0)
-        text = context.text("history.row.restored");
-    else
-        text = context.text("cli.history.pending %lld %lld",
-                            {std::to_string(entry.pendingMoves), std::to_string(entry.totalMoves)});
-    if (entry.manifest.recoveredAt) text += ", " + context.text("history.row.recovered");
-    return text;
+    const auto ofAll = [&](const char* key, int count) {
+        return context.text(key, {std::to_string(count), std::to_string(entry.totalMoves)});
+    };
+    const auto items = [&] {
+        switch (entry.items()) {
+        case RemovalHistoryEntry::Items::none:
+            return context.text("cli.history.nothing");
+        case RemovalHistoryEntry::Items::inQuarantine:
+            return ofAll("cli.history.pending %lld %lld", entry.pendingMoves);
+        case RemovalHistoryEntry::Items::missing:
+            return ofAll("cli.history.missing %lld %lld", entry.missingMoves);
+        case RemovalHistoryEntry::Items::putBack:
+            break;
+        }
+        return context.text("history.row.restored");
+    }();
+    return entry.manifest.recoveredAt ? items + ", " + context.text("history.row.recovered") : items;
 }
 
 void print(const std::vector<RemovalHistoryEntry>& history, const CommandContext& context) {
@@ -56,21 +63,20 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     TerminalHistory runs(mac);
     const auto& history = runs.load(TerminalHistory::Sizes::measured);
     const auto& unfinished = runs.unfinishedRuns();
+    const bool isAllKnown = !runs.unreadable() && !runs.isAnotherAtWork() && runs.leftOut() == 0;
     if (context.arguments.json) {
         context.console.document(json::document(history, unfinished, context.texts));
     } else {
         if (!history.empty())
             print(history, context);
-        else if (unfinished.empty())
+        else if (unfinished.empty() && isAllKnown)
             context.console.line(context.text("history.empty.title"));
         print(unfinished, context);
     }
-    mentionInterruptedRuns(context, mac);
-    if (runs.leftOut() > 0) {
+    mentionInterruptedRuns(context, runs);
+    if (runs.leftOut() > 0)
         context.console.complain(context.text("cli.history.leftOut %lld", {std::to_string(runs.leftOut())}));
-        return ExitStatus::someFailed;
-    }
-    return unfinished.empty() ? ExitStatus::done : ExitStatus::someFailed;
+    return isAllKnown && unfinished.empty() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 #include "cli/commands/terminal_history.h"
 #include "cli/console.h"
 #include "cli/labels.h"
-#include "quarantine/quarantine_layout.h"
+#include "quarantine/run_lookup.h"
 #include "settings/app_preferences.h"
 
 #include <algorithm>
@@ -14,13 +14,17 @@ namespace tidwen {
 
 namespace {
 
-/// Why a word means no run that can be deleted.
-Message whyNot(const std::string& word, const TerminalHistory& runs, const CommandContext& context) {
-    const auto root = findRunFolder({}, runs.unfinishedRuns(), word);
+/// The run that a word means, or why it means none that can be deleted.
+tl::expected<RemovalHistoryEntry, Message> findEntry(const std::vector<RemovalHistoryEntry>& history,
+                                                     const TerminalHistory& runs, const std::string& word,
+                                                     const CommandContext& context) {
+    const auto root = findRun(history, runs.unfinishedRuns(), word);
+    if (!root) return tl::unexpected(root.error());
     for (const auto& run : runs.unfinishedRuns())
-        if (root == run.root)
-            return {"cli.purge.spared %@ %@", {root->lastComponent(), context.texts.text(run.advice())}};
-    return {"cli.undo.unknown %@", {word}};
+        if (*root == run.root)
+            return tl::unexpected(
+                Message{"cli.purge.spared %@ %@", {root->lastComponent(), context.texts.text(run.advice())}});
+    return *std::ranges::find_if(history, [&](const auto& entry) { return entry.root == *root; });
 }
 
 /// The runs that are meant, or why it is not clear which.
@@ -43,8 +47,8 @@ choose(const std::vector<RemovalHistoryEntry>& history, const TerminalHistory& r
     }
     std::vector<RemovalHistoryEntry> chosen;
     for (const auto& word : words) {
-        const auto* entry = findRun(history, word);
-        if (!entry) return tl::unexpected(whyNot(word, runs, context));
+        const auto entry = findEntry(history, runs, word, context);
+        if (!entry) return tl::unexpected(entry.error());
         const bool isNew = std::none_of(chosen.begin(), chosen.end(),
                                         [&](const auto& other) { return other.root == entry->root; });
         if (isNew) chosen.push_back(*entry);
@@ -86,18 +90,21 @@ void report(const QuarantinePurge::Outcome& outcome, const Spared& spared, const
 ExitStatus run(const CommandContext& context, Mac& mac) {
     TerminalHistory history(mac);
     if (const auto problem = history.whyNotRemove()) return context.refuse(*problem);
-    if (const auto folders = listQuarantineFolders(mac.system.user, mac.system.files); !folders)
-        return context.refuse(
-            {"cli.history.unreadable %@ %@",
-             {folders.error().path.string(), context.text(failureKey(folders.error().fault))}});
     const bool asks = !context.arguments.yes && !context.arguments.json && context.console.canAsk();
     using enum TerminalHistory::Sizes;
     const auto& runs = history.load(asks ? measured : leftOut);
+    if (const auto& fault = history.unreadable())
+        return context.refuse(
+            {"cli.history.unreadable %@ %@", {fault->path.string(), context.text(failureKey(fault->fault))}});
+    if (history.isAnotherAtWork()) return context.refuse({"failure.trashBusy"});
     const auto chosen = choose(runs, history, context, mac);
     if (!chosen) return context.refuse(chosen.error());
     const auto spared =
         context.arguments.has("--all") ? Spared{history.unfinishedRuns(), history.leftOut()} : Spared{};
     if (chosen->empty()) {
+        // Also a run that was cut off before it moved anything leaves a folder.
+        if (context.arguments.has("--all"))
+            if (const auto tidied = history.remove({}); !tidied) return context.refuse(tidied.error());
         report({}, spared, context);
         return spared.isNothing() ? ExitStatus::done : ExitStatus::someFailed;
     }

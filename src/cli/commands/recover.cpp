@@ -36,7 +36,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     // A removal that another process is at work on is not cut off. Without a Trash there is nothing to lock.
     if (system.files.exists(system.user.trash())) lock = lockTrash(system.user, system.files);
     if (!lock) return refuseWithoutLock(context, lock.error());
-    const auto [recovered, unfinished] =
+    const auto [recovered, unfinished, missing] =
         recoverInterruptedRemovals(system.user, system.files, system.clock, system.log);
     if (context.arguments.json) {
         context.console.document(json::document(recovered));
@@ -47,7 +47,10 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     }
     for (const auto& run : unfinished)
         complain(run, context, mac);
-    return unfinished.empty() ? ExitStatus::done : ExitStatus::someFailed;
+    if (!missing.empty()) context.console.complain(context.text("cli.recover.missing"));
+    for (const auto& item : missing)
+        context.console.complain("  " + item);
+    return unfinished.empty() && missing.empty() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "cli/command.h"
 #include "quarantine/history_model.h"
 
+#include <optional>
 #include <string>
 #include <tl/expected.hpp>
 #include <vector>
@@ -25,11 +26,12 @@ class TerminalHistory {
     std::uint64_t leftOut() const { return model_.leftOut.get(); }
     /// Of the last load: runs that have no number.
     const std::vector<UnfinishedRun>& unfinishedRuns() const { return model_.unfinishedRuns.get(); }
+    const std::optional<FileError>& unreadable() const { return model_.unreadable.get(); }
+    bool isAnotherAtWork() const { return model_.isAnotherAtWork.get(); }
 
     /// The reason when nothing was done.
     tl::expected<UndoReport, Message> undo(const Path& root);
     std::optional<Message> whyNotRemove() const { return model_.whyNotRemove(); }
-    /// `chosen` is not empty.
     tl::expected<QuarantinePurge::Outcome, Message> remove(const std::vector<RemovalHistoryEntry>& chosen);
 
   private:

@@ -4,6 +4,7 @@
 #include "cli/console.h"
 #include "cli/json/output.h"
 #include "cli/labels.h"
+#include "quarantine/run_lookup.h"
 
 namespace tidwen {
 
@@ -32,13 +33,13 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const std::string& word = context.arguments.operands.front();
     TerminalHistory history(mac);
     const auto& runs = history.load(TerminalHistory::Sizes::leftOut);
-    const auto root = findRunFolder(runs, history.unfinishedRuns(), word);
+    const auto root = findRun(runs, history.unfinishedRuns(), word);
     // Numbers count the runs that were read: with some left out they could mean other runs than were shown.
     if (history.leftOut() > 0 && root && root->lastComponent() != Path(word).lastComponent())
         return context.refuse({"cli.undo.numbersUncertain %lld", {std::to_string(history.leftOut())}});
     if (!root) {
-        mentionInterruptedRuns(context, mac);
-        return context.refuse({"cli.undo.unknown %@", {word}});
+        mentionInterruptedRuns(context, history);
+        return context.refuse(root.error());
     }
     context.console.progress(context.text("home.recovery.restoring"));
     const auto report = history.undo(*root);

@@ -106,7 +106,8 @@ std::string document(const std::vector<RemovalHistoryEntry>& entries,
                      {"status", entry.manifest.recoveredAt ? "recovered" : "finished"},
                      {"manifest", object(entry.manifest)},
                      {"pendingMoves", entry.pendingMoves},
-                     {"totalMoves", entry.totalMoves}};
+                     {"totalMoves", entry.totalMoves},
+                     {"missingMoves", entry.missingMoves}};
         put(result, "sizeBytes", entry.sizeBytes);
         return result;
     });

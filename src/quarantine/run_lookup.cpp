@@ -1,0 +1,45 @@
+#include "quarantine/run_lookup.h"
+
+#include "base/path_key.h"
+#include "base/text.h"
+
+#include <algorithm>
+
+namespace tidwen {
+
+namespace {
+
+bool isCalledExactly(const Path& root, const std::string& word) {
+    return word == root.lastComponent() || Path(word) == root;
+}
+
+/// However the disk spells the folder's name.
+bool isCalled(const Path& root, const std::string& word) {
+    return fileNameKey(word) == fileNameKey(root.lastComponent()) || pathKey(Path(word)) == pathKey(root);
+}
+
+} // namespace
+
+tl::expected<Path, Message> findRun(const std::vector<RemovalHistoryEntry>& entries,
+                                    const std::vector<UnfinishedRun>& unfinished, const std::string& word) {
+    std::vector<Path> roots;
+    for (const auto& entry : entries)
+        roots.push_back(entry.root);
+    for (std::size_t i = 0; i < roots.size(); ++i)
+        if (word == std::to_string(i + 1)) return roots[i];
+    for (const auto& run : unfinished)
+        roots.push_back(run.root);
+
+    const auto exact =
+        std::ranges::find_if(roots, [&](const Path& root) { return isCalledExactly(root, word); });
+    if (exact != roots.end()) return *exact;
+    std::erase_if(roots, [&](const Path& root) { return !isCalled(root, word); });
+    if (roots.empty()) return tl::unexpected(Message{"history.run.unknown %@", {word}});
+    if (roots.size() == 1) return roots.front();
+    std::string names;
+    for (const auto& root : roots)
+        names += (names.empty() ? "" : ", ") + root.lastComponent();
+    return tl::unexpected(Message{"history.run.ambiguous %@ %@", {word, names}});
+}
+
+} // namespace tidwen
