@@ -145,13 +145,13 @@ class FileSystem {
 
     // Changing
 
-    /// Creates one folder, mode 0700; its parent must exist. `exists` when anything has that name.
+    /// Creates one folder, closed to others inside a home; its parent must exist. `exists` when it is taken.
     virtual FileResult<void> createDirectory(const Path& folder) = 0;
-    /// Creates the folder and its missing parents (mode 0700). Succeeds when it is there already.
+    /// Creates the folder and its missing parents in the same way. Succeeds when it is there already.
     virtual FileResult<void> createDirectories(const Path& folder) = 0;
-    /// Moves an item; a symbolic link is moved, not followed. Never replaces anything. Between two devices
-    /// everything is copied, flushed and compared before the original goes. After an error the original is
-    /// complete where it was. What an earlier move of the same item left does not stand in the way.
+    /// Moves an item, also a link itself; never replaces anything, and takes no mount along (`otherDisk`).
+    /// Between two devices everything is copied, flushed and compared before the original goes. After an
+    /// error the original is complete where it was. What an earlier move of it left is not in the way.
     virtual MoveResult move(const Path& from, const Path& to) = 0;
     /// After a kill in the middle of a move between devices, or after one that left remains: completes it
     /// when the original was already set aside, else drops the unfinished copy; removes remains that are at

@@ -47,6 +47,20 @@ FileResult<Path> giveVisibleName(const MoveEnd& from, const std::string& aside) 
     return place;
 }
 
+/// Mounted elsewhere once more, a folder of the very item can hold the destination: the copy would be copied
+/// again and again, until names or the disk run out.
+bool liesInside(int folder, dev_t device, const TreeRecord& item) {
+    Descriptor current = openFolderToSearch(folder, ".");
+    for (ItemIdentity last; current.isOpen();) {
+        const auto identity = identifyOpen(current.get());
+        if (!identity || *identity == last) return false; // the root is its own parent
+        if (identity->device == device && item.holdsFolder(identity->inode)) return true;
+        last = *identity;
+        current = openFolderToSearch(current.get(), "..");
+    }
+    return false;
+}
+
 /// One move, and the names it uses. Those in between follow from the two ends, so that they are found again
 /// after a crash.
 class CopiedMove {
@@ -61,6 +75,9 @@ class CopiedMove {
         if (::faccessat(target(), ".", W_OK | X_OK, AT_EACCESS) != 0) return failed(to_.path, errno);
         const auto before = TreeRecord::of(source(), original());
         if (!before) return failed(from_.path, before.error());
+        const auto item = statItem(source(), original());
+        if (item && liesInside(target(), item->st_dev, *before))
+            return refused(to_.path, FileFault::otherDisk);
         if (auto copied = makeCopy(); !copied) {
             dropCopy();
             return tl::unexpected(copied.error());

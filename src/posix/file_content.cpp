@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::size_t pieceBytes = 256u << 10;
 
+constexpr std::uint64_t mostHolesRead = std::uint64_t{1} << 30;
+
 constexpr std::size_t mostRanges = 1u << 16; // a file in more pieces is read whole
 
 struct Range {
@@ -58,6 +60,34 @@ std::vector<Range> dataOf(int file, std::uint64_t size) {
 #endif
     ranges.push_back({0, size});
     return ranges;
+}
+
+/// Data of either file. Where both have a hole both read as zeros.
+std::vector<Range> merged(std::vector<Range> a, const std::vector<Range>& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    std::ranges::sort(a, {}, &Range::begin);
+    std::vector<Range> ranges;
+    for (const Range& range : a)
+        if (ranges.empty() || range.begin > ranges.back().end)
+            ranges.push_back(range);
+        else
+            ranges.back().end = std::max(ranges.back().end, range.end);
+    return ranges;
+}
+
+std::uint64_t bytesOf(const std::vector<Range>& ranges) {
+    std::uint64_t bytes = 0;
+    for (const Range& range : ranges)
+        bytes += range.end - range.begin;
+    return bytes;
+}
+
+/// The stretches of two files that have to be compared: all of them, unless the holes that both disks tell of
+/// exceed anything that a disk would still keep to itself.
+std::vector<Range> comparedOf(int a, int b, std::uint64_t size) {
+    auto ranges = merged(dataOf(a, size), dataOf(b, size));
+    if (bytesOf(ranges) + mostHolesRead < size) return ranges;
+    return {{0, size}};
 }
 
 /// Fills the buffer from `offset` or to the end of the file; the bytes read, or -1.
@@ -112,15 +142,18 @@ int copyContent(int from, int to, std::uint64_t size) {
 
 OsResult<bool> haveSameContent(int a, int b, std::uint64_t size) {
     std::vector<char> first(pieceBytes), second(pieceBytes);
-    for (std::uint64_t offset = 0; offset < size;) {
-        const auto wanted = std::min<std::uint64_t>(pieceBytes, size - offset);
-        const auto countA = readPiece(a, first.data(), wanted, offset);
-        if (countA < 0) return tl::unexpected(errno);
-        const auto countB = readPiece(b, second.data(), wanted, offset);
-        if (countB < 0) return tl::unexpected(errno);
-        if (static_cast<std::uint64_t>(countA) != wanted || countA != countB) return false;
-        if (std::memcmp(first.data(), second.data(), wanted) != 0) return false;
-        offset += wanted;
+    for (const Range& range : comparedOf(a, b, size)) {
+        const auto end = std::min(range.end, size);
+        for (std::uint64_t offset = range.begin; offset < end;) {
+            const auto wanted = std::min<std::uint64_t>(pieceBytes, end - offset);
+            const auto countA = readPiece(a, first.data(), wanted, offset);
+            if (countA < 0) return tl::unexpected(errno);
+            const auto countB = readPiece(b, second.data(), wanted, offset);
+            if (countB < 0) return tl::unexpected(errno);
+            if (static_cast<std::uint64_t>(countA) != wanted || countA != countB) return false;
+            if (std::memcmp(first.data(), second.data(), wanted) != 0) return false;
+            offset += wanted;
+        }
     }
     return true;
 }

@@ -8,6 +8,7 @@
 #include "posix/flush.h"
 #include "posix/folder_listing.h"
 #include "posix/item_description.h"
+#include "posix/mounts_within.h"
 #include "posix/root_resolver.h"
 #include "posix/tree_ownership.h"
 #include "posix/tree_removal.h"
@@ -114,6 +115,11 @@ class RootedFileSystem::Impl {
     /// To whom a new item belongs; nothing outside the home.
     std::optional<Ownership> ownerOfNew(const Path& path) const {
         return home && path.isWithin(home->folder) ? std::optional(home->owner) : std::nullopt;
+    }
+
+    /// Outside the home a folder is everybody's: closed, nobody else could use what lies in it.
+    bool isShared(const Path& folder) const {
+        return home && !folder.isWithin(home->folder);
     }
 
     struct Home {
@@ -248,7 +254,8 @@ FileResult<void> RootedFileSystem::createDirectory(const Path& folder) {
     const auto place = impl_->resolver.placeForChange(folder);
     if (!place) return tl::unexpected(place.error());
     const int parent = place->folder.get();
-    if (::mkdirat(parent, place->name.c_str(), 0700) != 0) return failed(folder, errno);
+    const mode_t mode = impl_->isShared(folder) ? 0755 : 0700;
+    if (::mkdirat(parent, place->name.c_str(), mode) != 0) return failed(folder, errno);
     if (const auto owner = impl_->ownerOfNew(folder))
         if (const int fault = giveNewFolder(parent, place->name.c_str(), *owner)) {
             if (fault != EBUSY) ::unlinkat(parent, place->name.c_str(), AT_REMOVEDIR);
@@ -286,6 +293,8 @@ MoveResult RootedFileSystem::move(const Path& from, const Path& to) {
     const auto item = statItem(source->folder.get(), source->name.c_str());
     if (!item) return failed(from, item.error());
     if (from != to && to.isWithin(from)) return refused(to, FileFault::notSupported);
+    // A rename would take the mount along, and with it what is on that disk.
+    if (holdsMount(source->folder.get(), source->name.c_str())) return refused(from, FileFault::otherDisk);
 
     const int fault = renameExclusively(source->folder.get(), source->name.c_str(), target->folder.get(),
                                         target->name.c_str());

@@ -23,7 +23,8 @@ class RootedFileSystem : public FileSystem {
     Resolver resolver() const; ///< the one in use; never `automatic`
 
     /// From now on what is created inside this folder belongs to its owner and group, whoever runs the
-    /// program: root would leave folders that the user cannot open. Call it before other threads come.
+    /// program: root would leave folders that the user cannot open. Folders that are created elsewhere are
+    /// open to everybody's eyes (0755). Call it before other threads come.
     FileResult<void> setHome(const Path& home);
 
     FileResult<FileInfo> info(const Path& path) const override;

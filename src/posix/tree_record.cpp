@@ -61,6 +61,11 @@ OsResult<TreeRecord> TreeRecord::of(int folder, const char* name) {
     return record;
 }
 
+bool TreeRecord::holdsFolder(ino_t inode) const {
+    return std::ranges::any_of(
+        entries_, [&](const Entry& entry) { return entry.inode == inode && S_ISDIR(entry.mode); });
+}
+
 bool TreeRecord::holds(const struct stat& item) const {
     const auto entry = std::lower_bound(entries_.begin(), entries_.end(), item.st_ino,
                                         [](const Entry& each, ino_t inode) { return each.inode < inode; });

@@ -15,6 +15,8 @@ class TreeRecord {
     /// when a folder's permissions forbid it.
     static OsResult<TreeRecord> of(int folder, const char* name);
 
+    bool holdsFolder(ino_t inode) const;
+
     /// Whether an item other than a folder was there, with the content that it has now.
     bool holds(const struct stat& item) const;
 

@@ -20,8 +20,8 @@ class ItemNames {
         bool isAmbiguous = false;
     };
 
-    /// `item`, which lies within `root`: by its exact name, else each component as the one entry of its folder
-    /// whose name is the same to a Mac's disks.
+    /// `item`, which lies within `root`: by its exact name, else each component as the one entry of its
+    /// folder whose name is the same to a Mac's disks.
     Found find(const Path& root, const Path& item);
 
   private:

@@ -9,8 +9,8 @@
 namespace tidwen {
 
 /// The quarantine folder of the run that a word means: its number among the entries, from 1, or the name or
-/// path of the folder. The exact name wins; else the one that is the same to a Mac's disks, and when there are
-/// several of these the word means none. Gives the reason when it means none.
+/// path of the folder. The exact name wins; else the one that is the same to a Mac's disks, and when there
+/// are several of these the word means none. Gives the reason when it means none.
 tl::expected<Path, Message> findRun(const std::vector<RemovalHistoryEntry>& entries,
                                     const std::vector<UnfinishedRun>& unfinished, const std::string& word);
 

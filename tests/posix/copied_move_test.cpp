@@ -160,6 +160,35 @@ TEST_F(CopiedMove, AFullDiskLeavesTheOriginalAndNoCopy) {
     if (skipped) GTEST_SKIP() << *skipped;
 }
 
+/// The destination is on another mount, and in the item all the same.
+TEST_F(CopiedMove, NothingIsCopiedIntoItself) {
+    const auto skipped = withSmallDisk(1u << 20, [](const fs::path& disk) {
+        writeFile(disk / "app/file", "x");
+        fs::create_directories(disk / "app/inside/run");
+        fs::create_directory(disk / "trash");
+        ASSERT_TRUE(mountAgain(disk / "app/inside", disk / "trash"));
+        const auto at = [&](const char* name) { return Path((disk / name).string()); };
+        EXPECT_EQ(outcome(openVolume()->move(at("app"), at("trash/run/app"))), "otherDisk");
+        EXPECT_TRUE(fs::is_empty(disk / "trash/run"));
+        EXPECT_EQ(outcome(openVolume()->move(at("app/file"), at("trash/run/file"))), "ok");
+    });
+    if (skipped) GTEST_SKIP() << *skipped;
+}
+
+TEST_F(CopiedMove, HolesOfTerabytesCostNothing) {
+    constexpr off_t size = off_t{4} << 40;
+    const auto file = here.path() / "sparse";
+    writeFile(file, "start");
+    if (::truncate(file.c_str(), size) != 0) GTEST_SKIP() << "no such large files here";
+    std::ofstream(file, std::ios::in | std::ios::binary).seekp(size - 3) << "end";
+    const auto files = openVolume();
+    ASSERT_EQ(outcome(files->move(hereAt("sparse"), awayAt("sparse"))), "ok");
+    ASSERT_EQ(outcome(files->move(awayAt("sparse"), hereAt("back"))), "ok");
+    EXPECT_EQ(files->readRange(hereAt("back"), 0, 6).value(), std::string("start\0", 6));
+    EXPECT_EQ(files->readRange(hereAt("back"), size - 4, 9).value(), std::string("\0end", 4));
+    EXPECT_LT(files->info(hereAt("back"))->allocatedBytes, 1u << 20);
+}
+
 #ifdef __linux__
 
 /// File systems have called a hole what was written a moment before; here all of every file.

@@ -129,6 +129,8 @@ TEST(RootedFileSystem, WhatRootMakesInAHomeBelongsToItsOwner) {
         EXPECT_EQ(owner(hers), "501:20") << hers;
     for (const char* roots : {"/Users/alice/Roots", "/Users/alice/old", "/Users/alicea/new", "/Users/file"})
         EXPECT_EQ(owner(roots), "0:0") << roots;
+    EXPECT_EQ(files->info(Path("/Users/alice/.Trash"))->permissions, 0700u);
+    EXPECT_EQ(files->info(Path("/Users/alicea"))->permissions, 0755u) << "everybody's";
     EXPECT_EQ(outcome(files->replaceFile(Path("/Users/alice/old"), "x", NewFileMode::privateToOwner)), "ok");
     EXPECT_EQ(owner("/Users/alice/old"), "501:20");
 }
@@ -211,6 +213,13 @@ TEST(RootedFileSystem, EntersNothingThatIsMounted) {
         ASSERT_TRUE(mountAgain(disk / "guest", disk / "below/a/mounted"));
         ASSERT_TRUE(mountAgain(disk / "guest", disk / "at/top"));
         EXPECT_LE(files->treeSize(Path("/below"), 99)->allocatedBytes, plainly);
+        std::filesystem::create_directories(disk / "of many\n\\words/m");
+        ASSERT_TRUE(mountAgain(disk / "guest", disk / "of many\n\\words/m"));
+        for (const char* item : {"/below", "/at/top", "/at", "/of many\n\\words"})
+            EXPECT_EQ(outcome(files->move(Path(item), Path("/moved"))), "otherDisk") << item;
+        EXPECT_EQ(outcome(files->move(Path("/guest"), Path("/moved"))), "ok")
+            << "mounted, but holds no mount";
+        EXPECT_EQ(outcome(files->move(Path("/moved"), Path("/guest"))), "ok");
         for (const std::string item : {"/below", "/at/top"}) {
             EXPECT_EQ(outcome(files->holdsOthersItems(Path(item), mine)), "otherDisk") << item;
             EXPECT_EQ(outcome(files->removeTree(Path(item))), "otherDisk") << item;
