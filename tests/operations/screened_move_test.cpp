@@ -23,7 +23,7 @@ class ScreenedMoveTest : public testing::Test {
     }
     test::TemporaryVolume volume;
     test::RecordingLog log;
-    PathPolicy policy{test::alice()};
+    PathPolicy policy{test::alice(), volume.files()};
 };
 
 TEST_F(ScreenedMoveTest, MovesIntoQuarantineAndBack) {

@@ -26,10 +26,16 @@ void expectEach(const Judge& judge,
             EXPECT_EQ(kindOf(judge(path)), expected) << path;
 }
 
-PathPolicy policyFor(const std::string& home) {
+UserEnvironment userAt(const std::string& home) {
     auto user = test::alice();
     user.home = Path(home);
-    return PathPolicy(user);
+    return user;
+}
+
+/// Where nothing is a link.
+PathPolicy policyFor(const std::string& home) {
+    const test::TemporaryVolume empty;
+    return {userAt(home), empty.files()};
 }
 
 TEST(PathPolicy, JudgesPaths) {
@@ -89,7 +95,8 @@ TEST(PathPolicy, HomesOfOthersWhereverTheyLie) {
                        Path("/home/alice"),
                        Path("/usr/local"),
                        Path("relative")};
-    const PathPolicy policy(user);
+    const test::TemporaryVolume empty;
+    const PathPolicy policy(user, empty.files());
     expectEach([&](const std::string& path) { return policy.check(Path(path)); },
                {{Kind::neverTouch,
                  {"/srv/homes/carl", "/srv/Homes/CARL/.ssh/authorized_keys", "/opt/people/dave/Library/x",
@@ -142,7 +149,8 @@ class MovePolicy : public testing::Test {
         volume.makeFolder(quarantine);
     }
     std::optional<Violation> check(const std::string& source, const std::string& destination) {
-        return policyFor(home).checkMove(Path(source), Path(destination), volume.files());
+        return PathPolicy(userAt(home), volume.files())
+            .checkMove(Path(source), Path(destination), volume.files());
     }
 
     test::TemporaryVolume volume;
@@ -215,6 +223,79 @@ TEST_F(MovePolicy, AHomeBehindALinkIsProtectedUnderBothNames) {
          {Kind::neverTouch,
           {"/Users/link/Library/Caches/evil/taxes", "/Users/alice/Documents/taxes", "/Users/bob/x"}},
          {Kind::deniedExact, {"/Users/alice/Library/Caches"}}});
+}
+
+TEST_F(MovePolicy, ProtectsPlacesWhereTheyReallyLie) {
+    const std::string support = "/Users/alice/Library/Application Support";
+    const struct {
+        std::string link, place;
+        std::vector<std::string> refused, allowed = {};
+    } cases[] = {
+        {"/Users/alice/Documents",
+         support + "/Lumen/Docs",
+         {support + "/Lumen", support + "/Lumen/Docs", support + "/LUMEN/docs/letter"},
+         {support + "/Lumen/other", support + "/Lumen2"}},
+        {"/Users/alice/Library/Keychains", support + "/Lumen/Kc", {support + "/Lumen"}},
+        {"/Users/bob", support + "/Lumen/bob", {support + "/Lumen", support + "/Lumen/bob/Library/x"}},
+        {"/Users/bob", "/opt/bobhome", {"/opt/bobhome/.ssh/keys", "/Users/bob/x"}, {"/opt/bobhome2/x"}},
+        {"/Users/carl", "/Users/Shared/carl", {"/Users/Shared/carl"}, {"/Users/Shared/x"}},
+        {"/Users/alice/Library/Preferences",
+         support + "/Lumen/P",
+         {support + "/Lumen"},
+         {support + "/Lumen/P/x"}},
+        {"/Users/alice/Library/Caches",
+         "/Applications/Lumen.app/L/C",
+         {"/Applications/Lumen.app", "/Applications/Lumen.app/L"},
+         {"/Applications/Lumen.app/L/C/x"}},
+        {"/Users/alice/Applications",
+         support + "/Lumen/Apps",
+         {support + "/Lumen"},
+         {support + "/Lumen/Apps/x"}},
+        {"/usr/local/bin", "/opt/tools/bin", {"/opt/tools", "/opt/tools/bin"}, {"/opt/tools/bin/x"}},
+        {"/Library",
+         "/private/lib",
+         {"/private/lib", "/private/lib/Caches", "/private/lib/Keychains/x"},
+         {"/private/lib/Caches/x"}},
+        {"/Users/alice/Downloads",
+         "/Users/alice/dl",
+         {"/Users/alice/dl/Letter"},
+         {"/Users/alice/dl/Setup.dmg"}},
+        {"/Users/alice/Downloads", "/Users/alice/Documents/dl", {"/Users/alice/Documents/dl/Setup.dmg"}},
+        {"/Users/alice/Downloads", "/Users/alice/Documents", {"/Users/alice/Documents/Setup.dmg"}},
+        // What would leave nothing is no place to protect: a link to the home, or above it, and shared ones.
+        {"/Users/alice/Music", "/Users/alice", {"/Users/alice"}, {support + "/Lumen", "/Applications/x"}},
+        {"/Users/bob", "/Users", {"/Users/bob/x"}, {support + "/Lumen", "/Users/Shared/x"}},
+        {"/Users/bob", "/Users/Shared", {"/Users/Shared"}, {"/Users/Shared/x"}},
+        // As every Mac has it.
+        {"/var",
+         "/private/var",
+         {"/private/var/db/x"},
+         {"/private/var/folders/ab/xyz/C/x", "/private/tmp/x"}},
+    };
+    for (const auto& c : cases) {
+        const test::TemporaryVolume disk;
+        disk.makeFolder(quarantine);
+        disk.makeFolder(c.place);
+        disk.link(c.link, c.place);
+        const PathPolicy policy(userAt(home), disk.files());
+        const auto isRefused = [&](const std::string& path, bool isPutBack) {
+            const Path real(path), kept(quarantine + "/x");
+            return policy.checkMove(isPutBack ? kept : real, isPutBack ? real : kept, disk.files())
+                .has_value();
+        };
+        for (const bool isPutBack : {false, true}) {
+            for (const auto& path : c.refused)
+                EXPECT_TRUE(isRefused(path, isPutBack)) << c.link << ": " << path;
+            for (const auto& path : c.allowed)
+                EXPECT_FALSE(isRefused(path, isPutBack)) << c.link << ": " << path;
+        }
+    }
+}
+
+TEST(PathPolicy, WhatHoldsAProtectedPlaceStays) {
+    const auto policy = policyFor("/srv/homes/alice");
+    for (const char* holder : {"/srv/homes", "/Library/Audio/Plug-Ins", "/private/var/folders/ab/xyz123"})
+        EXPECT_TRUE(policy.check(Path(holder))) << holder;
 }
 
 } // namespace

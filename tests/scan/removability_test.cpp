@@ -51,14 +51,15 @@ TEST(Removability, SaysWhyAnApplicationStaysAndWhereItIs) {
             user.home = Path(c.home);
             AppTarget target;
             target.bundleURL = Path(c.bundle);
-            EXPECT_TRUE(whyNotRemovable(target, volume.files(), PathPolicy(user), user, MoveRights::own)
+            EXPECT_TRUE(whyNotRemovable(target, volume.files(), PathPolicy(user, volume.files()), user,
+                                        MoveRights::own)
                         == c.expected)
                 << c.bundle;
         }
         AppTarget kept;
         kept.bundleURL = Path("/closed/Kept.app");
-        EXPECT_FALSE(whyNotRemovable(kept, volume.files(), PathPolicy(test::alice()), test::alice(),
-                                     MoveRights::administrator));
+        EXPECT_FALSE(whyNotRemovable(kept, volume.files(), PathPolicy(test::alice(), volume.files()),
+                                     test::alice(), MoveRights::administrator));
     });
 }
 

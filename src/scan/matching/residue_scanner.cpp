@@ -109,9 +109,7 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
         last = category;
     };
 
-    const PathPolicy textPolicy(user_);
-    const auto resolvedPolicy = textPolicy.forResolvedHome(ports_.files);
-    const PathPolicy& policy = resolvedPolicy ? *resolvedPolicy : textPolicy;
+    const PathPolicy policy(user_, ports_.files);
     const auto whyImmovable = [&](const AppTarget& each) {
         return whyNotRemovable(each, ports_.files, policy, user_, rights_);
     };

@@ -89,6 +89,9 @@ constexpr std::string_view placesOfOthers[] = {"/root", "/home", "/Network", "/n
 // lies, so nothing below can judge them.
 constexpr std::string_view aliasFolders[] = {".vol", ".nofollow", ".resolve"};
 
+// More people than any Mac has.
+constexpr std::size_t mostLinkedHomes = 1000;
+
 constexpr std::string_view installerExtensions[] = {"dmg", "pkg", "mpkg"};
 
 // Below these, only what lies inside a user's "C" or "T" folder may go.
@@ -139,47 +142,120 @@ std::optional<Path> resolvedPlace(const Path& place, const FileSystem& files) {
     }
 }
 
+/// A place as it is given and, where a link leads elsewhere, where it really lies or would lie.
+std::vector<Path> spellings(const Path& place, const FileSystem& files) {
+    std::vector<Path> both = {place};
+    if (!place.isAbsolute()) return both;
+    const auto found = files.resolve(place);
+    const bool isMissing = !found && found.error().fault == FileFault::missing;
+    const auto real = found ? std::optional(*found) : isMissing ? resolvedPlace(place, files) : std::nullopt;
+    if (real && *real != place.standardized()) both.push_back(*real);
+    return both;
+}
+
+/// The place is a folder that is searched, or holds one.
+bool isSearched(const Components& place, const UserEnvironment& user) {
+    const auto locations = searchLocations(user);
+    return std::ranges::any_of(locations, [&](const SearchLocation& location) {
+        return startsWith(componentsOf(location.url), place);
+    });
+}
+
 } // namespace
 
-PathPolicy::PathPolicy(const UserEnvironment& user) : user_(user) {
+PathPolicy::PathPolicy(const UserEnvironment& user, const FileSystem& files) : user_(user) {
+    const auto homes = spellings(user_.home, files);
+    for (const auto& home : homes)
+        homes_.push_back(componentsOf(home));
+    keepSharedPlaces(files);
+    for (const auto& home : homes)
+        keepHomeFolders(home, files);
+    keepOtherHomes(files);
+}
+
+void PathPolicy::keepSharedPlaces(const FileSystem& files) {
     for (const auto path : deniedPaths)
-        deniedExact_.insert(componentsOf(path));
+        keepItself(Path(std::string(path)), files);
     for (const auto& rule : neverTouchSystem) {
-        neverTouch_.push_back({componentsOf(rule.prefix), {}});
+        NeverTouchRule kept;
         for (const auto exception : rule.exceptions)
-            if (!exception.empty()) neverTouch_.back().exceptions.push_back(componentsOf(exception));
+            if (!exception.empty())
+                for (const auto& spelled : spellings(Path(std::string(exception)), files))
+                    kept.exceptions.push_back(componentsOf(spelled));
+        keepWhole(Path(std::string(rule.prefix)), std::move(kept), files);
     }
-    addHome(user_);
-    for (const auto place : placesOfOthers)
-        otherHomes_.push_back(componentsOf(place));
-    for (const auto& home : user_.otherHomes)
-        addOtherHome(home);
 }
 
-/// An account that names a folder which everybody shares, or one that holds the user's home, does not make it
-/// a home.
-void PathPolicy::addOtherHome(const Path& home) {
-    auto place = componentsOf(home);
-    const auto holds = [&](const Components& inside) { return startsWith(inside, place); };
-    if (!home.isAbsolute() || std::ranges::any_of(homes_, holds) || std::ranges::any_of(deniedExact_, holds))
-        return;
-    otherHomes_.push_back(std::move(place));
-}
-
-PathPolicy::PathPolicy(const UserEnvironment& user, const FileSystem& files) : PathPolicy(user) {
-    if (auto both = forResolvedHome(files)) *this = std::move(*both);
-    homeIsPinned_ = true;
-}
-
-void PathPolicy::addHome(const UserEnvironment& user) {
-    homes_.push_back(componentsOf(user.home));
-    deniedExact_.insert(componentsOf(user.home));
+void PathPolicy::keepHomeFolders(const Path& home, const FileSystem& files) {
+    auto user = user_;
+    user.home = home;
+    keepItself(home, files);
     for (const auto folder : deniedHomeFolders)
-        deniedExact_.insert(componentsOf(user.home / folder));
+        keepItself(home / folder, files);
     for (const auto& location : searchLocations(user))
-        deniedExact_.insert(componentsOf(location.url));
+        keepItself(location.url, files);
+    for (const auto& downloads : spellings(home / "Downloads", files))
+        downloads_.push_back(componentsOf(downloads));
     for (const auto folder : neverTouchInHome)
-        neverTouch_.push_back({componentsOf(user.home / folder), {}});
+        keepWhole(home / folder, {.isDownloads = folder == "Downloads"}, files);
+}
+
+void PathPolicy::keepOtherHomes(const FileSystem& files) {
+    const Path users("/Users");
+    for (const auto& spelled : spellings(users, files))
+        usersFolders_.push_back(componentsOf(spelled));
+    for (const auto place : placesOfOthers) {
+        otherHomes_.push_back(componentsOf(place)); // the user's own home in one of them is told apart
+        keepOtherHome(Path(std::string(place)), files);
+    }
+    for (const auto& home : user_.otherHomes)
+        keepOtherHome(home, files);
+
+    const auto entries = files.list(users);
+    if (!entries) return;
+    std::size_t links = 0;
+    for (const auto& entry : *entries)
+        if (entry.kind == FileKind::symbolicLink && fileNameKey(entry.name) != "shared"
+            && links++ < mostLinkedHomes)
+            keepOtherHome(users / entry.name, files);
+}
+
+void PathPolicy::keepItself(const Path& place, const FileSystem& files) {
+    for (const auto& spelled : spellings(place, files))
+        deny(componentsOf(spelled));
+}
+
+void PathPolicy::keepWhole(const Path& place, NeverTouchRule rule, const FileSystem& files) {
+    for (const auto& spelled : spellings(place, files)) {
+        rule.prefix = componentsOf(spelled);
+        // A link from one of these places to the home, or above it, makes nothing of the home untouchable.
+        if (spelled != place && holdsTheHome(rule.prefix)) continue;
+        deny(rule.prefix);
+        if (std::ranges::find(neverTouch_, rule) == neverTouch_.end()) neverTouch_.push_back(rule);
+    }
+}
+
+/// An account, or a link, that names a folder which everybody shares, or one that holds the user's home, does
+/// not make it a home.
+void PathPolicy::keepOtherHome(const Path& home, const FileSystem& files) {
+    if (!home.isAbsolute()) return;
+    for (const auto& spelled : spellings(home, files)) {
+        auto place = componentsOf(spelled);
+        const auto holds = [&](std::string_view shared) { return startsWith(componentsOf(shared), place); };
+        if (holdsTheHome(place) || std::ranges::any_of(deniedPaths, holds) || isSearched(place, user_))
+            continue;
+        deny(place);
+        otherHomes_.push_back(std::move(place));
+    }
+}
+
+void PathPolicy::deny(Components place) {
+    while (!place.empty() && deniedExact_.insert(place).second)
+        place.pop_back();
+}
+
+bool PathPolicy::holdsTheHome(const Components& place) const {
+    return std::ranges::any_of(homes_, [&](const Components& home) { return startsWith(home, place); });
 }
 
 std::optional<PathPolicy::Violation> PathPolicy::check(const Path& url,
@@ -191,16 +267,16 @@ std::optional<PathPolicy::Violation> PathPolicy::check(const Path& url,
     if (!saysWhereItLies(url, path) || !user_.home.isAbsolute()) return violation(ViolationKind::traversal);
 
     if (path.size() < 3) return violation(ViolationKind::tooShallow);
+    if (isInAnotherHome(path)) return violation(ViolationKind::neverTouch);
     if (deniedExact_.contains(path)) return violation(ViolationKind::deniedExact);
 
     const bool isPermittedInstaller = allowsInstallerInDownloads && isInstallerInDownloads(url);
-    if (isInAnotherHome(path)) return violation(ViolationKind::neverTouch);
     for (const auto& rule : neverTouch_) {
         if (!startsWith(path, rule.prefix)) continue;
         const bool isException =
             std::any_of(rule.exceptions.begin(), rule.exceptions.end(),
                         [&](const auto& exception) { return startsWith(path, exception); });
-        if (isException || (isPermittedInstaller && isHomeFolder(rule.prefix, "downloads"))) continue;
+        if (isException || (isPermittedInstaller && rule.isDownloads)) continue;
         return violation(ViolationKind::neverTouch);
     }
 
@@ -225,32 +301,18 @@ std::optional<PathPolicy::Violation> PathPolicy::checkMove(const Path& source, c
     const Path quarantined = (sourceIsQuarantined ? source : destination).standardized();
 
     if (isBesideTheHome(real, files)) return Violation{ViolationKind::neverTouch, real.string()};
-    // A home that is reached through a link has two spellings, and its folders are the user's under both.
-    const auto resolvedHome = forResolvedHome(files);
-    const PathPolicy& policy = resolvedHome ? *resolvedHome : *this;
-    if (auto found = policy.check(real, true)) return found;
+    if (auto found = check(real, true)) return found;
     const auto resolvedReal = resolvedPlace(real, files);
     if (!resolvedReal) return Violation{ViolationKind::traversal, real.string()};
     if (*resolvedReal != real)
-        if (auto found = policy.check(*resolvedReal, true)) return found;
+        if (auto found = check(*resolvedReal, true)) return found;
 
     const auto resolvedQuarantined = resolvedPlace(quarantined, files);
     const bool staysInQuarantine =
         resolvedQuarantined
-        && (*resolvedQuarantined == quarantined || policy.isQuarantineEndpoint(*resolvedQuarantined));
+        && (*resolvedQuarantined == quarantined || isQuarantineEndpoint(*resolvedQuarantined));
     if (!staysInQuarantine) return Violation{ViolationKind::missingQuarantineEndpoint, quarantined.string()};
     return std::nullopt;
-}
-
-std::optional<PathPolicy> PathPolicy::forResolvedHome(const FileSystem& files) const {
-    if (homeIsPinned_) return std::nullopt;
-    const auto resolved = files.resolve(user_.home);
-    if (!resolved || *resolved == user_.home) return std::nullopt;
-    PathPolicy both = *this;
-    UserEnvironment user = user_;
-    user.home = *resolved;
-    both.addHome(user);
-    return both;
 }
 
 bool PathPolicy::isInAnotherHome(const Path& url) const {
@@ -263,9 +325,10 @@ bool PathPolicy::isInAnotherHome(const Components& path) const {
                    return startsWith(home, place) && startsWith(path, home);
                });
     };
-    static const Components users = componentsOf("/Users");
-    const bool isInUsers = path.size() > users.size() && path[users.size()] != "shared" && isOthers(users);
-    return isInUsers || std::ranges::any_of(otherHomes_, isOthers);
+    const auto isInUsers = [&](const Components& users) {
+        return path.size() > users.size() && path[users.size()] != "shared" && isOthers(users);
+    };
+    return std::ranges::any_of(usersFolders_, isInUsers) || std::ranges::any_of(otherHomes_, isOthers);
 }
 
 bool PathPolicy::isBesideTheHome(const Path& path, const FileSystem& files) const {
@@ -278,12 +341,6 @@ bool PathPolicy::isBesideTheHome(const Path& path, const FileSystem& files) cons
     if (spelled == home) return false;
     const auto itself = files.infoFollowingLinks(spelled), users = files.infoFollowingLinks(home);
     return !itself || !users || itself->device != users->device || itself->inode != users->inode;
-}
-
-bool PathPolicy::isHomeFolder(const Components& path, std::string_view folder) const {
-    return std::any_of(homes_.begin(), homes_.end(), [&](const Components& home) {
-        return path.size() == home.size() + 1 && startsWith(path, home) && path.back() == folder;
-    });
 }
 
 bool PathPolicy::isQuarantineEndpoint(const Path& url) const {
@@ -299,7 +356,7 @@ bool PathPolicy::isQuarantineEndpoint(const Path& url) const {
 bool PathPolicy::isInstallerInDownloads(const Path& url) const {
     auto folder = componentsOf(url);
     if (!folder.empty()) folder.pop_back();
-    if (!isHomeFolder(folder, "downloads")) return false;
+    if (std::ranges::find(downloads_, folder) == downloads_.end()) return false;
     const auto extension = url.standardized().lowercasedExtension();
     return std::find(std::begin(installerExtensions), std::end(installerExtensions), extension)
            != std::end(installerExtensions);

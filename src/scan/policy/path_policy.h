@@ -12,9 +12,10 @@
 namespace tidwen {
 
 /// The last line of defence before anything moves: refuses shallow paths, the user's own folders, the homes
-/// of others, what belongs to the system, and every path that leads elsewhere through ".." or a link.
-/// Compares whole components as a Mac's disks do: letter case and the way accents are composed do not count.
-/// Immutable; may be used from any thread.
+/// of others, what belongs to the system, every path that leads elsewhere through ".." or a link, and what
+/// holds one of these places, which would move with it. A place that is reached through a link is protected
+/// where it really lies, too. Compares whole components as a Mac's disks do: letter case and the way accents
+/// are composed do not count. Immutable; may be used from any thread.
 class PathPolicy {
   public:
     enum class ViolationKind { traversal, missingQuarantineEndpoint, tooShallow, deniedExact, neverTouch };
@@ -25,12 +26,13 @@ class PathPolicy {
         friend bool operator==(const Violation&, const Violation&) = default;
     };
 
-    explicit PathPolicy(const UserEnvironment& user);
-    /// For a run: where a home that is a link leads is looked up now and never again, so that exchanging the
-    /// home for a link to another one in the middle of the run does not make that one the user's.
+    /// Where the home and the protected places lead is looked up now, some hundred paths, and never again: so
+    /// judging is cheap, and exchanging the home for a link to another one in the middle of a run does not
+    /// make that one the user's.
     PathPolicy(const UserEnvironment& user, const FileSystem& files);
 
-    /// Judges one path that is about to be taken away. Looks at the text only.
+    /// Judges one path that is about to be taken away. Looks at the text only: that of a path through links
+    /// has to be judged once more without them.
     std::optional<Violation> check(const Path& url, bool allowsInstallerInDownloads = false) const;
 
     /// Judges a move between a real place and the quarantine, in either direction. Links of both parents are
@@ -46,34 +48,41 @@ class PathPolicy {
     bool isInstallerInDownloads(const Path& url) const;
 
     /// Something in the home of another user: a folder of "/Users" that is neither the user's home nor
-    /// "Shared", of another place where homes lie, or one that an account names. Such places are never
-    /// touched.
+    /// "Shared", what a link there leads to (of the first thousand links), a folder of another place where
+    /// homes lie, or one that an account names. Such places are never touched.
     bool isInAnotherHome(const Path& url) const;
-
-    /// The rules for both spellings of a home that is reached through a link: they judge paths whose links
-    /// are resolved. Nothing when there is no other spelling, or the policy knows both already.
-    std::optional<PathPolicy> forResolvedHome(const FileSystem& files) const;
 
   private:
     using Components = std::vector<std::string>; ///< each as `fileNameKey` gives it
 
-    void addHome(const UserEnvironment& user);
-    void addOtherHome(const Path& home);
+    struct NeverTouchRule {
+        Components prefix = {};
+        std::vector<Components> exceptions = {};
+        bool isDownloads = false; ///< installers may leave it
+        friend bool operator==(const NeverTouchRule&, const NeverTouchRule&) = default;
+    };
+
+    // Each of these protects a place as it is spelled and where it really lies.
+    void keepSharedPlaces(const FileSystem& files);
+    void keepHomeFolders(const Path& home, const FileSystem& files);
+    void keepOtherHomes(const FileSystem& files);
+    void keepItself(const Path& place, const FileSystem& files);
+    /// `rule` without its prefix.
+    void keepWhole(const Path& place, NeverTouchRule rule, const FileSystem& files);
+    void keepOtherHome(const Path& place, const FileSystem& files);
+
+    /// Neither the place nor what it lies in may go.
+    void deny(Components place);
+    bool holdsTheHome(const Components& place) const;
     /// By the key of its name in the user's home, but not by what the disk says.
     bool isBesideTheHome(const Path& path, const FileSystem& files) const;
     bool isInAnotherHome(const Components& path) const;
-    /// The path is this folder of the user's home.
-    bool isHomeFolder(const Components& path, std::string_view folder) const;
-
-    struct NeverTouchRule {
-        Components prefix;
-        std::vector<Components> exceptions;
-    };
 
     UserEnvironment user_;
-    bool homeIsPinned_ = false;
-    std::vector<Components> homes_;      ///< the spellings of the user's
-    std::vector<Components> otherHomes_; ///< of other users, and folders of such homes
+    std::vector<Components> homes_;        ///< the spellings of the user's
+    std::vector<Components> downloads_;    ///< and of its Downloads
+    std::vector<Components> usersFolders_; ///< the spellings of "/Users"
+    std::vector<Components> otherHomes_;   ///< of other users, and folders of such homes
     std::set<Components> deniedExact_;
     std::vector<NeverTouchRule> neverTouch_;
 };

@@ -23,11 +23,6 @@ bool isWhereItSays(const Path& bundle, const Path& place, const Path& home, cons
     return Path(pathKey(*realHome).string() + below) == pathKey(place);
 }
 
-bool isProtected(const Path& place, const FileSystem& files, const PathPolicy& policy) {
-    const auto resolvedHome = policy.forResolvedHome(files);
-    return (resolvedHome ? *resolvedHome : policy).check(place).has_value();
-}
-
 } // namespace
 
 std::string_view name(ImmovableApplication::Reason reason) {
@@ -60,7 +55,7 @@ std::optional<ImmovableApplication> whyNotRemovable(const AppTarget& target, con
     const Path place = realPlace(bundle, isLink, files);
     if (isLink || !isWhereItSays(bundle, place, user.home, files))
         return ImmovableApplication{Reason::reachedThroughLink, place};
-    if (isProtected(place, files, policy)) return ImmovableApplication{Reason::protectedPlace, place};
+    if (policy.check(place)) return ImmovableApplication{Reason::protectedPlace, place};
     // A locked item stays for an administrator too.
     const bool isKept = rights == MoveRights::own ? !files.isMovable(bundle) : info && info->immutable;
     if (isKept) return ImmovableApplication{Reason::noRights, place};
