@@ -17,6 +17,9 @@ TEST(Removability, SaysWhyAnApplicationStaysAndWhereItIs) {
          {"/Applications/Fine.app", "/opt/apps/Real.app", "/Users/alice/Downloads/Got.app",
           "/Users/alice/Library/Mine.app", "/Users/alice/.Trash/Gone.app", "/closed/Kept.app"})
         volume.makeFolder(item);
+    test::writeBundle(volume, "/Applications/Suite.app", "com.suite.main", "Suite");
+    test::writeBundle(volume, "/Applications/Suite.app/Contents/Helpers/Part.app", "com.suite.part", "Part");
+    volume.makeFolder("/Applications/Folder.app/Inner.app"); // called like a bundle, and none
     volume.link("/Applications/Linked.app", "../opt/apps/Real.app");
     volume.link("/Applications/Dangling.app", "/Volumes/Away/Dangling.app");
     volume.link("/Applications/Folder", "/opt/apps");
@@ -42,6 +45,9 @@ TEST(Removability, SaysWhyAnApplicationStaysAndWhereItIs) {
          "/Users/other"},
         {home + "/.Trash/Gone.app", {}},
         {"/Applications/Vanished.app", {}},
+        {"/Applications/Suite.app/Contents/Helpers/Part.app",
+         {{Reason::partOfBundle, Path("/Applications/Suite.app")}}},
+        {"/Applications/Folder.app/Inner.app", {}},
         {"/closed/Kept.app", {{Reason::noRights, Path("/closed/Kept.app")}}},
         {"/", {}}, // an orphan's target has no bundle
     };

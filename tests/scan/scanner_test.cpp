@@ -194,6 +194,8 @@ TEST_F(Scanner, JudgesJobsByTheirProgramsPlace) {
         {"c.job", "/usr/bin/alice", nullptr},
         {"d.job", "/usr/bin/com.corvella.marlin.notes", ""},
         {"e.job", "/Applications/Other.app/Contents/Alice/x", "com.other.app"},
+        {"com.corvella.marlin.notes.i", "/opt/com.other.app/i", "com.other.app"}, // whose folder it is in
+        {"j.job", "/opt/Alice/com.other.app.j", "com.other.app"},
         {"com.other.app.sync", "/opt/Alice/x", "com.other.app"},
         {"com.apple.job", "/opt/Alice/x", nullptr},
         // By the names of their files.
@@ -207,7 +209,7 @@ TEST_F(Scanner, JudgesJobsByTheirProgramsPlace) {
         const std::string file = c.file ? c.file : c.label;
         writeJob(library + "LaunchAgents/" + file + ".plist", c.label, c.program);
         if (!c.claimant) continue;
-        const bool isExact = std::string_view(c.program).find("corvella") != std::string_view::npos;
+        const bool isExact = (c.label + std::string(c.program)).find("corvella") != std::string::npos;
         expected.push_back(fmt::format("launchItems {}: ~LaunchAgents/{}.plist job{}",
                                        isExact ? "exactBundleID" : "nameToken", file,
                                        *c.claimant ? fmt::format(" contested by {}", c.claimant) : ""));
@@ -216,7 +218,9 @@ TEST_F(Scanner, JudgesJobsByTheirProgramsPlace) {
 
     target.name = "Contents"; // what every bundle holds
     EXPECT_THAT(found(),
-                ElementsAre("launchItems exactBundleID: ~LaunchAgents/com.other.app.sync-h.plist job "
+                ElementsAre("launchItems exactBundleID: ~LaunchAgents/com.corvella.marlin.notes.i.plist job "
+                            "contested by com.other.app",
+                            "launchItems exactBundleID: ~LaunchAgents/com.other.app.sync-h.plist job "
                             "contested by com.other.app",
                             "launchItems exactBundleID: ~LaunchAgents/d.job.plist job"));
 }
@@ -374,10 +378,13 @@ TEST_F(Scanner, LeavesJobsToWhoseBundleHoldsTheirProgram) {
         {"com.vend.updater", "/opt/elsewhere/c", "exactBundleID by com.other.app"},
         {"own.label", "/Applications/Marlin Notes.app/Contents/MacOS/d", "declaredTarget"},
         {"own.link", "/Applications/Way.app/Contents/MacOS/d", "declaredTarget"},
+        {"own.tool", "/usr/local/bin/marlin", "declaredTarget"}, // a link into the bundle
         {"com.other.app.sync", "/Applications/Marlin Notes.app/e", "declaredTarget by com.other.app"},
         {"unrelated", "/Applications/Marlin Notes.app/../Else.app/f", nullptr},
     };
     volume.write(other + "/Contents/b", "x");
+    volume.write(bundle + "/Contents/MacOS/tool", "x");
+    volume.link("/usr/local/bin/marlin", bundle + "/Contents/MacOS/tool");
     for (const auto& c : cases)
         writeJob(library + "LaunchAgents/" + c.label + ".plist", c.label, c.program);
     std::map<std::string, std::string> found;
@@ -423,6 +430,7 @@ TEST_F(Scanner, TakesNoSharedFileOnTheWordOfAPackageAlone) {
         test::owner("/Applications/Brightwell Studio.app", "com.brightwell.studio", "Brightwell Studio"));
     const struct {
         const char *file, *expected;
+        const char* bundleID = nullptr;
     } cases[] = {
         {"Users/Shared/family/photo.jpg", "only listed"},
         {"opt/tools/node", "only listed"},
@@ -431,12 +439,27 @@ TEST_F(Scanner, TakesNoSharedFileOnTheWordOfAPackageAlone) {
         {"Users/Shared/Brightwell Studio/a", "only listed, com.brightwell.studio"},
         {"opt/tools/com.brightwell.studio.b", "only listed, com.brightwell.studio"},
         {"opt/Marlin Notes/c", ""},
+        // Bundles, known by themselves whether the service found them or not.
+        {"Library/Frameworks/Run.framework", "only listed, org.run.time", "org.run.time"},
+        {"Library/Frameworks/Shared.framework", "only listed, com.brightwell.studio"},
+        {"Library/Frameworks/Nobody.framework", "only listed"},
+        {"Library/Extensions/Driver.kext", "", "com.corvella.marlin.notes.driver"},
+        {"Library/Audio/Marlin Notes.driver", "com.maker.audio", "com.maker.audio"},
+        {"Library/Frameworks/Apple.framework", nullptr, "com.apple.thing"},
     };
-    receipts.all = {{"com.brightwell.studio.pkg", Path("/opt"), {"tools/bounce", "tools/Marlin Notes"}},
+    installed.push_back(
+        test::owner("/Library/Extensions/Driver.kext", "com.corvella.marlin.notes.driver", "Driver"));
+    receipts.all = {{"com.brightwell.studio.pkg", Path("/"),
+                     pathsOf("opt/tools/bounce:opt/tools/Marlin Notes:Library/Frameworks/Shared.framework")},
                     {"com.corvella.marlin.notes.pkg", Path(), {}},
                     {"org.gone.pkg", Path("/opt"), {"Marlin Notes/c"}}};
     for (const auto& c : cases) {
-        volume.write("/" + std::string(c.file), "x");
+        if (c.bundleID)
+            test::writeBundle(volume, "/" + std::string(c.file), c.bundleID, "Bundle");
+        else if (Path(c.file).extension() == "framework")
+            volume.makeFolder("/" + std::string(c.file));
+        else
+            volume.write("/" + std::string(c.file), "x");
         receipts.all[1].files.emplace_back(c.file);
     }
     std::map<std::string, std::string> found;
@@ -446,9 +469,10 @@ TEST_F(Scanner, TakesNoSharedFileOnTheWordOfAPackageAlone) {
         line = trace.isOnlyListed ? "only listed" : "";
         if (trace.contestedBy) line += (line.empty() ? "" : ", ") + trace.contestedBy->bundleID;
     }
-    EXPECT_EQ(found.size(), std::size(cases));
+    EXPECT_EQ(found.size(), std::size(cases) - 1);
     for (const auto& c : cases)
-        EXPECT_EQ(found[c.file], c.expected) << c.file;
+        EXPECT_EQ(found.contains(c.file) ? found[c.file] : "none", c.expected ? c.expected : "none")
+            << c.file;
 }
 
 TEST_F(Scanner, AsksRootAndOthersForTheJobsOfPackages) {
@@ -466,6 +490,87 @@ TEST_F(Scanner, AsksRootAndOthersForTheJobsOfPackages) {
                                      folder + "LaunchDaemons/a.plist root job contested by com.other.app",
                                      folder + "LaunchDaemons/b.plist root job contested by com.other.app",
                                      folder + "LaunchDaemons/c.plist root job"));
+}
+
+TEST_F(Scanner, LeavesFoldersInWhichBundlesOfOthersLie) {
+    const std::string identifier = "com.corvella.marlin.notes";
+    test::writeBundle(volume, bundle + "/Contents/Helpers/H.app", "net.embedded.helper", "H");
+    const std::string damaged = library + "Logs/Marlin Notes/Shut.app";
+    coverage.damaged = {Path(damaged)};
+    const struct {
+        std::string place, bundleID;
+        const char* name = nullptr; // by which it was found too
+    } bundles[] = {
+        {library + "Application Support/Marlin Notes/Games/Other.app", "com.other.game"},
+        {library + "Caches/" + identifier + "/Six.app", "com.other.six", "/Applications/Six.app"},
+        {"/opt/far/Seven.app", "com.other.seven",
+         "/Users/alice/Library/HTTPStorages/com.corvella.marlin.notes/Seven.app"},
+        {damaged, ""},
+        {"/Users/Shared/Marlin Notes/Two.app", "com.other.two"},
+        {library + "WebKit/" + identifier + "/Own.app", identifier + ".own"},
+        {library + "WebKit/" + identifier + "/Helper.app", "net.embedded.helper"},
+        {"/Users/Shared/MarlinEngine/Helper.app", "net.embedded.helper"},
+        {library + "WebKit/" + identifier + "/Updater.app", "org.sparkle-project.Sparkle.Updater"},
+        {library + "WebKit/" + identifier + "/data.plugin", ""},
+    };
+    for (const auto& each : bundles) {
+        volume.makeFolder(each.place);
+        installed.push_back(test::owner(each.place, each.bundleID, Path(each.place).stem()));
+        if (each.name) installed.back().foundAs = {Path(each.name)};
+    }
+    volume.makeFolder(library + "HTTPStorages/" + identifier);
+    EXPECT_THAT(
+        found(),
+        ElementsAre("supportFiles nameToken: ~Application Support/Marlin Notes contested by com.other.game",
+                    "caches exactBundleID: ~Caches/" + identifier + " contested by com.other.six",
+                    "caches exactBundleID: ~HTTPStorages/" + identifier + " contested by com.other.seven",
+                    "caches exactBundleID: ~WebKit/" + identifier,
+                    "logs nameToken: ~Logs/Marlin Notes contested by ",
+                    "supportFiles nameToken: /Users/Shared/Marlin Notes contested by com.other.two",
+                    "supportFiles executableName: /Users/Shared/MarlinEngine"));
+    for (const auto& each : bundles) // all of them go
+        together.push_back({.bundleURL = Path(each.place), .bundleID = each.bundleID});
+    for (const auto& trace : scan().traces)
+        EXPECT_FALSE(trace.contestedBy) << trace.displayName;
+}
+
+TEST_F(Scanner, LeavesFoldersOutOfWhichJobsOfOthersRun) {
+    installed.push_back(test::owner("/Applications/Other.app", "com.other.app", "Other"));
+    const struct {
+        const char *folder, *label, *claimant;
+        bool isScript = false, isGone = false;
+    } cases[] = {
+        {"Caches", "com.other.app.agent", " contested by com.other.app"},
+        {"HTTPStorages", "org.script", " contested by org.script", true},
+        {"WebKit", "org.mine", ""}, // the program's place makes the job the target's
+        {"Logs", "com.other.app.gone", "", false, true},
+    };
+    std::vector<std::string> expected;
+    for (const auto& c : cases) {
+        const auto folder = library + c.folder + "/com.corvella.marlin.notes";
+        volume.makeFolder(folder);
+        if (!c.isGone) volume.write(folder + "/run", "x");
+        PropertyListDictionary job = {{"Label", c.label}, {"Program", folder + "/run"}};
+        if (c.isScript)
+            job = {{"Label", c.label}, {"ProgramArguments", PropertyListArray{"/bin/sh", folder + "/run"}}};
+        volume.write(library + "LaunchAgents/" + c.label + ".plist", writeXmlPropertyList(job));
+        expected.push_back(std::string(c.folder) + "/com.corvella.marlin.notes" + c.claimant);
+    }
+    std::vector<std::string> lines;
+    for (const auto& line : found())
+        if (!line.starts_with("launchItems")) lines.push_back(line.substr(line.find('~') + 1));
+    EXPECT_THAT(lines, testing::ElementsAreArray(expected));
+}
+
+TEST_F(Scanner, PermissionsAreWhoseTheIdentifierIs) {
+    const std::string other = "/Applications/Other.app";
+    test::writeBundle(volume, other, "com.other.app", "Other");
+    test::writeBundle(volume, other + "/Contents/Library/LoginItems/M.app", "com.corvella.marlin.notes", "M");
+    installed.push_back(test::owner(other, "com.other.app", "Other"));
+    const auto traces = scan().traces;
+    ASSERT_EQ(traces.at(1).category, TraceCategory::permissions);
+    ASSERT_TRUE(traces[1].contestedBy);
+    EXPECT_EQ(traces[1].contestedBy->bundleID, "com.other.app");
 }
 
 TEST_F(Scanner, LeftoversOfItsOwnClaimNothing) {

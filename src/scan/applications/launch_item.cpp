@@ -5,6 +5,8 @@
 #include "platform/file_absence.h"
 #include "platform/property_list_file.h"
 
+#include <algorithm>
+
 namespace tidwen {
 namespace {
 
@@ -50,6 +52,26 @@ std::vector<std::string> readAssociatedBundleIDs(const FileSystem& files, const 
     for (auto& identifier : identifiers)
         identifier = lowercased(identifier);
     return identifiers;
+}
+
+std::vector<Path> placesOfProgram(const FileSystem& files, const LaunchItem& job) {
+    constexpr std::size_t mostArguments = 64;
+    std::vector<std::string> named;
+    if (job.programPath) named.push_back(*job.programPath);
+    const auto list = readPropertyList(files, job.plist, jobLimits);
+    const auto* arguments = list ? list->find("ProgramArguments") : nullptr;
+    if (const auto strings = arguments ? arguments->asStrings() : std::nullopt)
+        named.insert(named.end(), strings->begin(),
+                     strings->begin() + std::min(strings->size(), mostArguments));
+    std::vector<Path> places;
+    for (const auto& each : named) {
+        const Path place = Path(each).standardized();
+        const auto real = place.isAbsolute() ? files.resolve(place) : FileResult<Path>(place);
+        if (!place.isAbsolute() || !real) continue;
+        places.push_back(place);
+        if (*real != place) places.push_back(*real);
+    }
+    return places;
 }
 
 std::vector<LaunchItem> listLaunchItems(const FileSystem& files, const Path& folder, bool isSystemDomain,

@@ -26,6 +26,11 @@ std::optional<LaunchItem> readLaunchItem(const FileSystem& files, const Path& pl
 /// ("AssociatedBundleIdentifiers": one or several).
 std::vector<std::string> readAssociatedBundleIDs(const FileSystem& files, const Path& plist);
 
+/// What of the disk the job needs to start: its program, and what it hands to it, of the first 64 arguments
+/// those that are absolute paths (an interpreter's script). Each as it is written and without links; what is
+/// not there is left out.
+std::vector<Path> placesOfProgram(const FileSystem& files, const LaunchItem& job);
+
 /// Every job of a folder's direct, visible "*.plist" children, in listing order. An unreadable folder is
 /// empty. Ends early, with what it has, when `stop` asks for it, after 5,000 jobs, or when the files' budget
 /// is spent; the budget counts a folder that is cut short as left out. `unreadable`, unless null, receives

@@ -39,6 +39,19 @@ std::optional<Attribution> attributeProgram(const ScanContext& context, const Pa
     return std::nullopt;
 }
 
+/// Another bundle whose identifier a folder on the way to the program, or the program, bears.
+std::optional<Claimant> namedOnTheWay(const ScanContext& context, const Path& program) {
+    for (const auto& component : program.components()) {
+        if (component.find('.') == component.npos) continue; // no identifier
+        if (const auto own = context.matcher.attributeIdentifier(component)) {
+            if (own->contestedBy) return own->contestedBy;
+        } else if (auto other = context.matcher.others().longestContinued(lowercased(composed(component)))) {
+            return other;
+        }
+    }
+    return std::nullopt;
+}
+
 bool isInTarget(const ScanContext& context, const Path& program) {
     const Path place = program.standardized();
     return place.isWithinIgnoringCase(context.targetPlace)
@@ -73,15 +86,20 @@ std::optional<Attribution> attributeJob(const ScanContext& context, const Launch
     if (!item.programPath) return found;
 
     const Path program(*item.programPath);
-    if (!found && isInTarget(context, program))
+    const Path real = context.files.resolve(program).value_or(program);
+    const bool isEmbedded = isInTarget(context, program) || isInTarget(context, real);
+    if (!found && isEmbedded)
         found = Attribution{
             MatchReason{MatchReason::Kind::declaredTarget, {}, MatchReason::Evidence::embedded}, {}};
     if (!found) found = attributeProgram(context, program);
+    if (!found && real != program) found = attributeProgram(context, real);
     if (!found || found->contestedBy) return found;
     if (!isByLabel) found->contestedBy = context.matcher.otherOwnerOf(file);
     if (!found->contestedBy && !isByLabel)
         found->contestedBy = context.matcher.others().longestContinued(lowercased(composed(item.label)));
     if (!found->contestedBy) found->contestedBy = holderOf(context, program);
+    if (!found->contestedBy && !isEmbedded) found->contestedBy = namedOnTheWay(context, program);
+    if (!found->contestedBy && !isEmbedded) found->contestedBy = namedOnTheWay(context, real);
     return found;
 }
 
@@ -221,6 +239,8 @@ void LocationScan::take(const Folder& folder, std::string_view name, Attribution
     auto trace = makeTrace(location_.category, action::MovePath{path}, std::move(attribution.reason),
                            Reversibility::reversible, path.string(), std::nullopt, location_.requiresRoot);
     trace.contestedBy = std::move(attribution.contestedBy);
+    if (!trace.contestedBy) trace.contestedBy = context_.held.within(path);
+    if (!trace.contestedBy) trace.contestedBy = context_.held.within(folder.realPath / name);
     traces_.addFound(std::move(trace), folder.realPath);
 }
 

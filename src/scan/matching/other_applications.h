@@ -42,6 +42,8 @@ class OtherApplications {
     OtherApplications(std::vector<OwningBundle> others, std::string_view targetBundleID,
                       ReadContents readContents = {});
 
+    const std::vector<OwningBundle>& bundles() const { return bundles_; }
+
     const std::optional<Claimant>& copyOfTarget() const { return copy_; }
 
     /// The candidate (lower-cased) begins with the identifier of another application, or contains "."

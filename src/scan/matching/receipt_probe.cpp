@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "platform/budgeted_files.h"
+#include "scan/applications/bundle.h"
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/launch_item.h"
 #include "scan/matching/location_scan.h"
@@ -135,16 +136,29 @@ class ReceiptProbe {
         if (!info) return;
         // A link to a folder may be the way by which others are installed.
         if (closed_.lieWithin(path)) return;
-        if (info->kind == FileKind::directory && !isTargetsFolder(path)) return;
+        const bool isFolder = info->kind == FileKind::directory;
+        if (isFolder && !isTargetsFolder(path)) return;
+        const bool isBundle = isFolder && isBundleName(path.lastComponent());
+        const auto bundle = isBundle ? Bundle::open(context_.files, path) : std::nullopt;
+        const auto bundleID = bundle ? bundle->identifier() : std::nullopt;
+        if (bundleID && context_.matcher.isOffLimits(*bundleID)) return;
+        const bool isOwnBundle = bundleID && context_.matcher.isOwnIdentifier(*bundleID);
 
         const auto job = launchItem(path);
         auto trace = makeTrace(path, packageID, job);
         trace.contestedBy = contestedBy;
         if (!trace.contestedBy && job) trace.contestedBy = jobClaimant(*job);
         if (!trace.contestedBy) trace.contestedBy = claimant(path);
-        if (info->kind != FileKind::directory && !job) {
+        // Whatever package put it there, a bundle says itself whose it is.
+        if (!trace.contestedBy && bundleID && !isOwnBundle)
+            trace.contestedBy = Claimant{.bundleID = *bundleID, .name = bundle->name(), .place = *realPath};
+        if (!trace.contestedBy) trace.contestedBy = context_.held.within(path);
+        if (!trace.contestedBy) trace.contestedBy = context_.held.within(*realPath);
+        if ((!isFolder || isBundle) && !job) {
             if (!trace.contestedBy) trace.contestedBy = otherPackages_.listing(path);
-            trace.isOnlyListed = !namesTarget(path);
+            const bool bearsItsName =
+                namesTarget(path) || (isBundle && context_.matcher.mayClaimBundle(path.lastComponent()));
+            trace.isOnlyListed = !isOwnBundle && !bearsItsName;
         }
         if (!traces_.addFound(std::move(trace), realPath->parent())) return;
         closed_.add(path);

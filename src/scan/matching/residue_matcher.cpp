@@ -159,12 +159,14 @@ ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
     std::vector<std::string> helpers;
     for (const auto& declared : helperBundleIDs) {
         auto lower = folded(declared);
+        embedded_.push_back(lower);
         if (!isIdentifier(lower) || others_.hasIdentifier(lower) || isCommonIdentifier(lower)
             || isGuarded(lower))
             continue;
         declaredHelpers_.emplace_back(lower, declared);
         helpers.push_back(std::move(lower));
     }
+    std::sort(embedded_.begin(), embedded_.end());
     std::sort(declaredHelpers_.begin(), declaredHelpers_.end());
     helpers_ = IdentifierIndex(std::move(helpers));
 
@@ -280,6 +282,14 @@ std::optional<Claimant> ResidueMatcher::otherOwnerOf(std::string_view candidate)
     const auto lower = folded(withoutWrappingExtension(candidate));
     auto other = others_.longestContinued(lower);
     return other ? other : others_.embedding(lower);
+}
+
+bool ResidueMatcher::isOwnIdentifier(std::string_view bundleID) const {
+    const auto lower = folded(bundleID);
+    if (lower.empty() || isGuarded(lower)) return false;
+    const bool continues =
+        identifierIsLong_ && lower.starts_with(identifier_) && lower[identifier_.size()] == '.';
+    return lower == identifier_ || continues || std::ranges::binary_search(embedded_, lower);
 }
 
 bool ResidueMatcher::mayClaimBundle(std::string_view fileName) const {

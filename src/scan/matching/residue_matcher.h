@@ -58,6 +58,10 @@ class ResidueMatcher {
     /// identifier: "Acme.Input.app" is the input method of Acme, not the data of whoever calls himself so.
     bool mayClaimBundle(std::string_view fileName) const;
 
+    /// A bundle of this identifier is the target's: it is the target's identifier, continues it, or is that
+    /// of a helper in the target's bundle.
+    bool isOwnIdentifier(std::string_view bundleID) const;
+
     /// Apple's or this program's own: never the target's, whatever else speaks for it.
     bool isOffLimits(std::string_view candidate) const;
 
@@ -88,7 +92,8 @@ class ResidueMatcher {
     bool identifierIsLong_ = false; ///< enough components for the dotted forms
     IdentifierIndex helpers_;       ///< lower-cased
     std::vector<std::pair<std::string, std::string>> declaredHelpers_; ///< lower-cased → as declared, sorted
-    std::vector<std::string> groups_;                                  ///< as declared
+    std::vector<std::string> embedded_; ///< lower-cased identifiers of all helpers, sorted
+    std::vector<std::string> groups_;   ///< as declared
     std::vector<GroupName> groupsOfLeaving_;
     std::string lowercasedName_;
     std::string canonicalName_;       ///< empty when names must not be matched

@@ -59,9 +59,9 @@ Trace permissionTrace(const ResidueMatcher& matcher) {
     auto trace = makeTrace(TraceCategory::permissions, action::ResetPermissions{bundleID}, {},
                            Reversibility::irreversibleHarmless, bundleID, std::nullopt, false);
     trace.risk = TraceRisk::review;
-    // The databases name the identifier, so a copy of the application elsewhere would lose its permissions
-    // too.
-    trace.contestedBy = matcher.others().copyOfTarget();
+    // The databases name the identifier, so whoever bears it too, a copy of the application or a helper of
+    // another, would lose its permissions.
+    trace.contestedBy = matcher.contestedBy(bundleID, {MatchReason::Kind::exactBundleID, bundleID});
     return trace;
 }
 
@@ -133,7 +133,10 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     const ResidueMatcher matcher(
         target, stayingBundles(bundles_, target, helpers, leaving, user_, stop), helpers,
         bundles_ ? groupsOfLeaving(*bundles_, targetPlace, leaving) : std::vector<std::string>());
-    const ScanContext context = {files, user_, policy, matcher, targetPlace, stop, ports_.log};
+    HeldPlaces held(matcher, bundles_ ? bundles_->coverage().damaged : std::vector<Path>());
+    const ScanContext context = {files, user_, policy, matcher, held, targetPlace, stop, ports_.log};
+    addProgramsOfJobs(held, context,
+                      bundles_ ? identifiersOfLeaving(*bundles_, leaving) : std::vector<std::string>());
     traces.add(permissionTrace(matcher));
     for (const auto& location : searchLocations(user_)) {
         if (stop.stopRequested()) break;

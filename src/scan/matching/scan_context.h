@@ -4,6 +4,7 @@
 #include "base/stop_token.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
+#include "scan/matching/held_places.h"
 #include "scan/matching/residue_matcher.h"
 #include "scan/policy/path_policy.h"
 
@@ -15,6 +16,7 @@ struct ScanContext {
     const UserEnvironment& user;
     const PathPolicy& policy;
     const ResidueMatcher& matcher;
+    const HeldPlaces& held;  ///< what others keep that may lie in a find
     const Path& targetPlace; ///< where the target's bundle really lies
     const StopToken& stop;
     Log& log;

@@ -1,6 +1,7 @@
 #include "scan/matching/staying_bundles.h"
 
 #include "scan/applications/installed_bundles.h"
+#include "scan/matching/held_places.h"
 #include "scan/matching/location_scan.h"
 #include "scan/policy/search_location.h"
 
@@ -34,7 +35,8 @@ OtherApplications indexOf(const std::shared_ptr<const BundleSnapshot>& bundles,
 /// Tells the bundles in searched folders that a scan for the target takes, themselves or with their folder.
 class OwnLeftovers {
   public:
-    OwnLeftovers(const ResidueMatcher& matcher, const UserEnvironment& user) : matcher_(matcher) {
+    OwnLeftovers(const ResidueMatcher& matcher, const UserEnvironment& user, const std::vector<Path>& damaged)
+        : matcher_(matcher), damaged_(damaged) {
         for (const auto& location : searchLocations(user))
             if (location.category == TraceCategory::supportFiles)
                 hasVendors_.emplace(location.url,
@@ -42,9 +44,9 @@ class OwnLeftovers {
     }
 
     /// What is nearest to the bundle decides: a folder of "Application Support" may be a location itself.
-    bool contain(const Path& bundle) const {
+    bool contain(const OwningBundle& bundle) const {
         std::optional<Path> below;
-        for (Path item = bundle, folder; !item.isRoot(); below = item, item = folder) {
+        for (Path item = bundle.place, folder; !item.isRoot(); below = item, item = folder) {
             folder = item.parent();
             const auto location = hasVendors_.find(folder);
             if (location == hasVendors_.end()) continue;
@@ -56,13 +58,15 @@ class OwnLeftovers {
     }
 
   private:
-    bool isTargets(const Path& item, const Path& bundle) const {
+    bool isTargets(const Path& item, const OwningBundle& bundle) const {
         const auto found = matcher_.attribute(item.lastComponent());
-        return found && !found->contestedBy
-               && (item != bundle || matcher_.mayClaimBundle(bundle.lastComponent()));
+        if (!found || found->contestedBy) return false;
+        return item == bundle.place ? matcher_.mayClaimBundle(item.lastComponent())
+                                    : isPartOfTarget(matcher_, bundle, damaged_);
     }
 
     const ResidueMatcher& matcher_;
+    const std::vector<Path>& damaged_;
     std::map<Path, bool> hasVendors_;
 };
 
@@ -83,9 +87,9 @@ OtherApplications stayingBundles(std::shared_ptr<const BundleSnapshot> bundles, 
     staying = onTheirOwn;
     if (!inLibrary.empty()) {
         const ResidueMatcher matcher(target, indexOf(bundles, onTheirOwn, target, stop), helperBundleIDs);
-        const OwnLeftovers own(matcher, user);
+        const OwnLeftovers own(matcher, user, bundles->coverage().damaged);
         for (const auto index : inLibrary)
-            if (!own.contain(bundles->bundles()[index].place)) staying.push_back(index);
+            if (!own.contain(bundles->bundles()[index])) staying.push_back(index);
     }
     return indexOf(bundles, std::move(staying), target, stop);
 }
@@ -102,6 +106,13 @@ std::vector<Path> placesOfApplications(const BundleSnapshot& bundles, const User
             if (name != bundle.url && name != bundle.place) add(name);
     }
     return places;
+}
+
+std::vector<std::string> identifiersOfLeaving(const BundleSnapshot& bundles, const std::set<Path>& leaving) {
+    std::vector<std::string> identifiers;
+    for (const auto& bundle : bundles.bundles())
+        if (leaving.contains(bundle.place)) identifiers.push_back(bundle.bundleID);
+    return identifiers;
 }
 
 std::vector<std::string> groupsOfLeaving(const BundleSnapshot& bundles, const Path& target,

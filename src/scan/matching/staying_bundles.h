@@ -14,8 +14,9 @@ class BundleSnapshot;
 /// The bundles that stay when the target goes, of which attribution has to leave each its own.
 ///
 /// Not the target's own bundle, nor one that lies at a place of `leaving`; nor a bundle in the Library that
-/// is a leftover of the target itself, found there by its name: it goes with the target. The answers on what
-/// bundles carry are read from the snapshot.
+/// is a leftover of the target itself: found there by its name, or the target's by its identifier in a folder
+/// that is found by its name. It goes with the target. The answers on what bundles carry are read from the
+/// snapshot.
 OtherApplications stayingBundles(std::shared_ptr<const BundleSnapshot> bundles, const AppTarget& target,
                                  const std::vector<std::string>& helperBundleIDs,
                                  const std::set<Path>& leaving, const UserEnvironment& user,
@@ -29,5 +30,8 @@ std::vector<Path> placesOfApplications(const BundleSnapshot& bundles, const User
 /// place of the target's own.
 std::vector<std::string> groupsOfLeaving(const BundleSnapshot& bundles, const Path& target,
                                          const std::set<Path>& leaving);
+
+/// The identifiers of the bundles that lie at the places of `leaving`.
+std::vector<std::string> identifiersOfLeaving(const BundleSnapshot& bundles, const std::set<Path>& leaving);
 
 } // namespace tidwen

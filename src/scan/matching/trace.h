@@ -114,8 +114,8 @@ struct Trace {
     /// Another bundle, a second copy of the application included, that stays and has at least as strong a
     /// claim. Such a trace is shown and never taken by default.
     std::optional<Claimant> contestedBy;
-    /// A file in a place that everybody shares, for which nothing speaks but the list of a package. Anybody
-    /// can write such a list, so it is never taken by default either.
+    /// A file or a bundle in a place that everybody shares, for which nothing speaks but the list of a
+    /// package. Anybody can write such a list, so it is never taken by default either.
     bool isOnlyListed = false;
 
     friend bool operator==(const Trace&, const Trace&) = default;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 #include <string_view>
 
 namespace tidwen {
@@ -142,17 +143,6 @@ std::optional<Path> resolvedPlace(const Path& place, const FileSystem& files) {
     }
 }
 
-/// A place as it is given and, where a link leads elsewhere, where it really lies or would lie.
-std::vector<Path> spellings(const Path& place, const FileSystem& files) {
-    std::vector<Path> both = {place};
-    if (!place.isAbsolute()) return both;
-    const auto found = files.resolve(place);
-    const bool isMissing = !found && found.error().fault == FileFault::missing;
-    const auto real = found ? std::optional(*found) : isMissing ? resolvedPlace(place, files) : std::nullopt;
-    if (real && *real != place.standardized()) both.push_back(*real);
-    return both;
-}
-
 /// The place is a folder that is searched, or holds one.
 bool isSearched(const Components& place, const UserEnvironment& user) {
     const auto locations = searchLocations(user);
@@ -163,70 +153,117 @@ bool isSearched(const Components& place, const UserEnvironment& user) {
 
 } // namespace
 
+/// Follows the links of many places, looking at each folder on the way once.
+class PathPolicy::RealPlaces {
+  public:
+    explicit RealPlaces(const FileSystem& files) : files_(files) {}
+
+    const FileSystem& files() const { return files_; }
+
+    /// The place as it is given and, where a link leads elsewhere, where it really lies or would lie.
+    std::vector<Path> spellings(const Path& place) {
+        std::vector<Path> both = {place};
+        if (!place.isAbsolute() || place.string().size() > longestPath) return both;
+        const auto& found = find(place.standardized());
+        if (found.place && *found.place != place.standardized()) both.push_back(*found.place);
+        return both;
+    }
+
+  private:
+    static constexpr std::size_t longestPath = 1024; // of what a Mac opens
+
+    struct Found {
+        std::optional<Path> place; ///< nothing when it cannot be told
+        bool isThere = false;
+    };
+
+    const Found& find(const Path& place) {
+        const auto known = found_.find(place);
+        return known != found_.end() ? known->second : found_.emplace(place, look(place)).first->second;
+    }
+
+    Found look(const Path& place) {
+        if (place.isRoot()) return {place, true};
+        const Found parent = find(place.parent());
+        if (!parent.place) return {};
+        const Path item = *parent.place / place.lastComponent();
+        if (!parent.isThere) return {item, false};
+        const auto info = files_.info(item);
+        if (!info) return info.error().fault == FileFault::missing ? Found{item, false} : Found{};
+        if (info->kind != FileKind::symbolicLink) return {item, true};
+        const auto real = files_.resolve(item);
+        return real ? Found{*real, true} : Found{};
+    }
+
+    const FileSystem& files_;
+    std::map<Path, Found> found_;
+};
+
 PathPolicy::PathPolicy(const UserEnvironment& user, const FileSystem& files) : user_(user) {
-    const auto homes = spellings(user_.home, files);
+    RealPlaces places(files);
+    const auto homes = places.spellings(user_.home);
     for (const auto& home : homes)
         homes_.push_back(componentsOf(home));
-    keepSharedPlaces(files);
+    keepSharedPlaces(places);
     for (const auto& home : homes)
-        keepHomeFolders(home, files);
-    keepOtherHomes(files);
+        keepHomeFolders(home, places);
+    keepOtherHomes(places);
 }
 
-void PathPolicy::keepSharedPlaces(const FileSystem& files) {
+void PathPolicy::keepSharedPlaces(RealPlaces& places) {
     for (const auto path : deniedPaths)
-        keepItself(Path(std::string(path)), files);
+        keepItself(Path(std::string(path)), places);
     for (const auto& rule : neverTouchSystem) {
         NeverTouchRule kept;
         for (const auto exception : rule.exceptions)
             if (!exception.empty())
-                for (const auto& spelled : spellings(Path(std::string(exception)), files))
+                for (const auto& spelled : places.spellings(Path(std::string(exception))))
                     kept.exceptions.push_back(componentsOf(spelled));
-        keepWhole(Path(std::string(rule.prefix)), std::move(kept), files);
+        keepWhole(Path(std::string(rule.prefix)), std::move(kept), places);
     }
 }
 
-void PathPolicy::keepHomeFolders(const Path& home, const FileSystem& files) {
+void PathPolicy::keepHomeFolders(const Path& home, RealPlaces& places) {
     auto user = user_;
     user.home = home;
-    keepItself(home, files);
+    keepItself(home, places);
     for (const auto folder : deniedHomeFolders)
-        keepItself(home / folder, files);
+        keepItself(home / folder, places);
     for (const auto& location : searchLocations(user))
-        keepItself(location.url, files);
-    for (const auto& downloads : spellings(home / "Downloads", files))
+        keepItself(location.url, places);
+    for (const auto& downloads : places.spellings(home / "Downloads"))
         downloads_.push_back(componentsOf(downloads));
     for (const auto folder : neverTouchInHome)
-        keepWhole(home / folder, {.isDownloads = folder == "Downloads"}, files);
+        keepWhole(home / folder, {.isDownloads = folder == "Downloads"}, places);
 }
 
-void PathPolicy::keepOtherHomes(const FileSystem& files) {
+void PathPolicy::keepOtherHomes(RealPlaces& places) {
     const Path users("/Users");
-    for (const auto& spelled : spellings(users, files))
+    for (const auto& spelled : places.spellings(users))
         usersFolders_.push_back(componentsOf(spelled));
     for (const auto place : placesOfOthers) {
         otherHomes_.push_back(componentsOf(place)); // the user's own home in one of them is told apart
-        keepOtherHome(Path(std::string(place)), files);
+        keepOtherHome(Path(std::string(place)), places);
     }
     for (const auto& home : user_.otherHomes)
-        keepOtherHome(home, files);
+        keepOtherHome(home, places);
 
-    const auto entries = files.list(users);
+    const auto entries = places.files().list(users);
     if (!entries) return;
     std::size_t links = 0;
     for (const auto& entry : *entries)
         if (entry.kind == FileKind::symbolicLink && fileNameKey(entry.name) != "shared"
             && links++ < mostLinkedHomes)
-            keepOtherHome(users / entry.name, files);
+            keepOtherHome(users / entry.name, places);
 }
 
-void PathPolicy::keepItself(const Path& place, const FileSystem& files) {
-    for (const auto& spelled : spellings(place, files))
+void PathPolicy::keepItself(const Path& place, RealPlaces& places) {
+    for (const auto& spelled : places.spellings(place))
         deny(componentsOf(spelled));
 }
 
-void PathPolicy::keepWhole(const Path& place, NeverTouchRule rule, const FileSystem& files) {
-    for (const auto& spelled : spellings(place, files)) {
+void PathPolicy::keepWhole(const Path& place, NeverTouchRule rule, RealPlaces& places) {
+    for (const auto& spelled : places.spellings(place)) {
         rule.prefix = componentsOf(spelled);
         // A link from one of these places to the home, or above it, makes nothing of the home untouchable.
         if (spelled != place && holdsTheHome(rule.prefix)) continue;
@@ -237,9 +274,9 @@ void PathPolicy::keepWhole(const Path& place, NeverTouchRule rule, const FileSys
 
 /// An account, or a link, that names a folder which everybody shares, or one that holds the user's home, does
 /// not make it a home.
-void PathPolicy::keepOtherHome(const Path& home, const FileSystem& files) {
+void PathPolicy::keepOtherHome(const Path& home, RealPlaces& places) {
     if (!home.isAbsolute()) return;
-    for (const auto& spelled : spellings(home, files)) {
+    for (const auto& spelled : places.spellings(home)) {
         auto place = componentsOf(spelled);
         const auto holds = [&](std::string_view shared) { return startsWith(componentsOf(shared), place); };
         if (holdsTheHome(place) || std::ranges::any_of(deniedPaths, holds) || isSearched(place, user_))

@@ -53,6 +53,7 @@ class PathPolicy {
     bool isInAnotherHome(const Path& url) const;
 
   private:
+    class RealPlaces;
     using Components = std::vector<std::string>; ///< each as `fileNameKey` gives it
 
     struct NeverTouchRule {
@@ -63,13 +64,13 @@ class PathPolicy {
     };
 
     // Each of these protects a place as it is spelled and where it really lies.
-    void keepSharedPlaces(const FileSystem& files);
-    void keepHomeFolders(const Path& home, const FileSystem& files);
-    void keepOtherHomes(const FileSystem& files);
-    void keepItself(const Path& place, const FileSystem& files);
+    void keepSharedPlaces(RealPlaces& places);
+    void keepHomeFolders(const Path& home, RealPlaces& places);
+    void keepOtherHomes(RealPlaces& places);
+    void keepItself(const Path& place, RealPlaces& places);
     /// `rule` without its prefix.
-    void keepWhole(const Path& place, NeverTouchRule rule, const FileSystem& files);
-    void keepOtherHome(const Path& place, const FileSystem& files);
+    void keepWhole(const Path& place, NeverTouchRule rule, RealPlaces& places);
+    void keepOtherHome(const Path& place, RealPlaces& places);
 
     /// Neither the place nor what it lies in may go.
     void deny(Components place);

@@ -2,6 +2,8 @@
 
 #include "base/path_key.h"
 #include "base/text.h"
+#include "scan/applications/bundle.h"
+#include "scan/applications/bundle_names.h"
 
 namespace tidwen {
 
@@ -23,6 +25,14 @@ bool isWhereItSays(const Path& bundle, const Path& place, const Path& home, cons
     return Path(pathKey(*realHome).string() + below) == pathKey(place);
 }
 
+/// The outermost bundle that the place lies in.
+std::optional<Path> holdingBundle(const Path& place, const FileSystem& files) {
+    std::optional<Path> holder;
+    for (Path folder = place.parent(); !folder.isRoot(); folder = folder.parent())
+        if (isBundleName(folder.lastComponent()) && isBundle(files, folder)) holder = folder;
+    return holder;
+}
+
 } // namespace
 
 std::string_view name(ImmovableApplication::Reason reason) {
@@ -31,6 +41,8 @@ std::string_view name(ImmovableApplication::Reason reason) {
         return "reachedThroughLink";
     case Reason::protectedPlace:
         return "protectedPlace";
+    case Reason::partOfBundle:
+        return "partOfBundle";
     case Reason::noRights:
         return "noRights";
     }
@@ -40,6 +52,7 @@ std::string_view name(ImmovableApplication::Reason reason) {
 Message ImmovableApplication::describe(const AppTarget& target) const {
     const auto* key = reason == Reason::reachedThroughLink ? "error.reachedThroughLink %@ %@"
                       : reason == Reason::protectedPlace   ? "error.protectedPlace %@ %@"
+                      : reason == Reason::partOfBundle     ? "error.partOfBundle %@ %@"
                                                            : "error.notMovable %@ %@";
     return {key, {printable(target.name), printable(place.string())}};
 }
@@ -56,6 +69,8 @@ std::optional<ImmovableApplication> whyNotRemovable(const AppTarget& target, con
     if (isLink || !isWhereItSays(bundle, place, user.home, files))
         return ImmovableApplication{Reason::reachedThroughLink, place};
     if (policy.check(place)) return ImmovableApplication{Reason::protectedPlace, place};
+    if (auto holder = holdingBundle(place, files))
+        return ImmovableApplication{Reason::partOfBundle, std::move(*holder)};
     // A locked item stays for an administrator too.
     const bool isKept = rights == MoveRights::own ? !files.isMovable(bundle) : info && info->immutable;
     if (isKept) return ImmovableApplication{Reason::noRights, place};

@@ -15,10 +15,11 @@ struct ImmovableApplication {
     enum class Reason {
         reachedThroughLink, ///< the bundle, or a folder above it, is a link
         protectedPlace,     ///< the safety policy lets nothing go from there
+        partOfBundle,       ///< the bundle lies in another one, which is broken without it
         noRights,           ///< this process may not move it, and nobody who may can be asked
     };
     Reason reason = Reason::protectedPlace;
-    Path place; ///< where the bundle really lies
+    Path place; ///< where the bundle really lies; of `partOfBundle` the outermost one that holds it
 
     /// Why, with the application's name and its real place.
     Message describe(const AppTarget& target) const;
