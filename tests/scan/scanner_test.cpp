@@ -513,6 +513,10 @@ TEST_F(Scanner, LeavesFoldersInWhichBundlesOfOthersLie) {
         {library + "WebKit/" + identifier + "/Updater.app", "org.sparkle-project.Sparkle.Updater"},
         {library + "WebKit/" + identifier + "/data.plugin", ""},
     };
+    const auto unknown = library + "Application Support/MarlinEngine/a/b/Deep.app"; // to the service
+    test::writeBundle(volume, unknown, "com.other.deep", "Deep");
+    test::writeBundle(volume, library + "WebKit/" + identifier + "/u/Marlin.app", identifier, "Marlin");
+    volume.makeFolder(library + "WebKit/" + identifier + "/u/data.app");
     for (const auto& each : bundles) {
         volume.makeFolder(each.place);
         installed.push_back(test::owner(each.place, each.bundleID, Path(each.place).stem()));
@@ -521,13 +525,15 @@ TEST_F(Scanner, LeavesFoldersInWhichBundlesOfOthersLie) {
     volume.makeFolder(library + "HTTPStorages/" + identifier);
     EXPECT_THAT(
         found(),
-        ElementsAre("supportFiles nameToken: ~Application Support/Marlin Notes contested by com.other.game",
-                    "caches exactBundleID: ~Caches/" + identifier + " contested by com.other.six",
-                    "caches exactBundleID: ~HTTPStorages/" + identifier + " contested by com.other.seven",
-                    "caches exactBundleID: ~WebKit/" + identifier,
-                    "logs nameToken: ~Logs/Marlin Notes contested by ",
-                    "supportFiles nameToken: /Users/Shared/Marlin Notes contested by com.other.two",
-                    "supportFiles executableName: /Users/Shared/MarlinEngine"));
+        ElementsAre(
+            "supportFiles nameToken: ~Application Support/Marlin Notes contested by com.other.game",
+            "supportFiles executableName: ~Application Support/MarlinEngine contested by com.other.deep",
+            "caches exactBundleID: ~Caches/" + identifier + " contested by com.other.six",
+            "caches exactBundleID: ~HTTPStorages/" + identifier + " contested by com.other.seven",
+            "caches exactBundleID: ~WebKit/" + identifier, "logs nameToken: ~Logs/Marlin Notes contested by ",
+            "supportFiles nameToken: /Users/Shared/Marlin Notes contested by com.other.two",
+            "supportFiles executableName: /Users/Shared/MarlinEngine"));
+    together.push_back({.bundleURL = Path(unknown), .bundleID = "com.other.deep"});
     for (const auto& each : bundles) // all of them go
         together.push_back({.bundleURL = Path(each.place), .bundleID = each.bundleID});
     for (const auto& trace : scan().traces)

@@ -2,6 +2,8 @@
 
 #include "base/path_key.h"
 #include "base/text.h"
+#include "scan/applications/bundle.h"
+#include "scan/applications/bundle_names.h"
 #include "scan/applications/job_program.h"
 #include "scan/applications/launch_item.h"
 #include "scan/applications/owning_bundle.h"
@@ -34,7 +36,9 @@ bool isPartOfTarget(const ResidueMatcher& matcher, const OwningBundle& bundle,
     return matcher.isOwnIdentifier(bundle.bundleID) || isCommonIdentifier(folded(bundle.bundleID));
 }
 
-HeldPlaces::HeldPlaces(const ResidueMatcher& matcher, const std::vector<Path>& damaged) {
+HeldPlaces::HeldPlaces(const ResidueMatcher& matcher, const FileSystem& files,
+                       const std::vector<Path>& damaged, const std::set<Path>& leaving, const StopToken& stop)
+    : matcher_(matcher), files_(files), leaving_(leaving), stop_(stop) {
     for (const auto& bundle : matcher.others().bundles()) {
         if (isPartOfTarget(matcher, bundle, damaged)) continue;
         const Claimant holder = {.bundleID = bundle.bundleID, .name = bundle.name, .place = bundle.place};
@@ -47,6 +51,44 @@ HeldPlaces::HeldPlaces(const ResidueMatcher& matcher, const std::vector<Path>& d
 
 void HeldPlaces::add(const Path& place, const Claimant& holder) {
     holders_.emplace(pathKey(place.standardized()).string(), holder);
+}
+
+std::optional<Claimant> HeldPlaces::holderIn(const Path& item, const Path& realItem) {
+    if (auto holder = within(item)) return holder;
+    if (auto holder = within(realItem)) return holder;
+    return applicationIn(realItem);
+}
+
+std::optional<Claimant> HeldPlaces::applicationIn(const Path& item) {
+    constexpr std::size_t mostFolders = 2'000, deepest = 6;
+    const auto info = files_.info(item);
+    if (!info || info->kind != FileKind::directory || isBundleName(item.lastComponent())) return std::nullopt;
+    std::vector<std::pair<Path, std::size_t>> folders = {{item, 0}}; // with their depths, nearest first
+    for (std::size_t i = 0; i < folders.size() && foldersLeft_ > 0 && !stop_.stopRequested(); ++i) {
+        --foldersLeft_;
+        const auto [folder, depth] = folders[i];
+        const auto entries = files_.list(folder);
+        if (!entries) continue;
+        for (const auto& entry : *entries) {
+            if (entry.kind != FileKind::directory) continue;
+            const Path inner = folder / entry.name;
+            if (inner.lowercasedExtension() == "app") {
+                if (auto holder = holderAt(inner)) return holder;
+            } else if (!isBundleName(entry.name) && depth < deepest && folders.size() < mostFolders) {
+                folders.emplace_back(inner, depth + 1);
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<Claimant> HeldPlaces::holderAt(const Path& application) const {
+    const auto bundle = Bundle::open(files_, application);
+    if (!bundle || leaving_.contains(application)) return std::nullopt;
+    const OwningBundle found = {
+        .url = application, .place = application, .bundleID = bundle->identifier().value_or("")};
+    if (isPartOfTarget(matcher_, found, {bundle->isDamaged ? application : Path()})) return std::nullopt;
+    return Claimant{.bundleID = found.bundleID, .name = bundle->name(), .place = application};
 }
 
 std::optional<Claimant> HeldPlaces::within(const Path& folder) const {

@@ -2,10 +2,13 @@
 
 #include "base/path.h"
 #include "base/stop_token.h"
+#include "platform/file_system.h"
 #include "scan/matching/trace.h"
 
+#include <cstddef>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,15 +26,28 @@ class HeldPlaces {
     /// Where the matcher's other bundles lie, under all their names, but those that are the target's own by
     /// their identifier and parts that many applications carry. One without an identifier counts only when it
     /// is `damaged`, so that it may be anybody's.
-    HeldPlaces(const ResidueMatcher& matcher, const std::vector<Path>& damaged);
+    /// What lies at a place of `leaving` holds nothing. The references must outlive it.
+    HeldPlaces(const ResidueMatcher& matcher, const FileSystem& files, const std::vector<Path>& damaged,
+               const std::set<Path>& leaving, const StopToken& stop);
 
     void add(const Path& place, const Claimant& holder);
 
-    /// Whose place lies in the folder, not at it; by text.
-    std::optional<Claimant> within(const Path& folder) const;
+    /// Whose place lies in the item, not at it; `realItem` is the same without links. Applications that
+    /// nobody knows of yet are looked for in it: six folders deep, in the two thousand folders that are
+    /// nearest, and in ten thousand of all items.
+    std::optional<Claimant> holderIn(const Path& item, const Path& realItem);
 
   private:
+    std::optional<Claimant> within(const Path& folder) const;
+    std::optional<Claimant> applicationIn(const Path& item);
+    std::optional<Claimant> holderAt(const Path& application) const;
+
+    const ResidueMatcher& matcher_;
+    const FileSystem& files_;
+    const std::set<Path>& leaving_;
+    const StopToken& stop_;
     std::map<std::string, Claimant> holders_; ///< by the keys of their places
+    std::size_t foldersLeft_ = 10'000;
 };
 
 /// The bundle may stand in a folder of the target's without being anybody else's.

@@ -152,8 +152,7 @@ class ReceiptProbe {
         // Whatever package put it there, a bundle says itself whose it is.
         if (!trace.contestedBy && bundleID && !isOwnBundle)
             trace.contestedBy = Claimant{.bundleID = *bundleID, .name = bundle->name(), .place = *realPath};
-        if (!trace.contestedBy) trace.contestedBy = context_.held.within(path);
-        if (!trace.contestedBy) trace.contestedBy = context_.held.within(*realPath);
+        if (!trace.contestedBy) trace.contestedBy = context_.held.holderIn(path, *realPath);
         if ((!isFolder || isBundle) && !job) {
             if (!trace.contestedBy) trace.contestedBy = otherPackages_.listing(path);
             const bool bearsItsName =

@@ -133,7 +133,8 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     const ResidueMatcher matcher(
         target, stayingBundles(bundles_, target, helpers, leaving, user_, stop), helpers,
         bundles_ ? groupsOfLeaving(*bundles_, targetPlace, leaving) : std::vector<std::string>());
-    HeldPlaces held(matcher, bundles_ ? bundles_->coverage().damaged : std::vector<Path>());
+    const auto damaged = bundles_ ? bundles_->coverage().damaged : std::vector<Path>();
+    HeldPlaces held(matcher, files, damaged, leaving, stop);
     const ScanContext context = {files, user_, policy, matcher, held, targetPlace, stop, ports_.log};
     addProgramsOfJobs(held, context,
                       bundles_ ? identifiersOfLeaving(*bundles_, leaving) : std::vector<std::string>());

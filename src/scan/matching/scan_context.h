@@ -16,7 +16,7 @@ struct ScanContext {
     const UserEnvironment& user;
     const PathPolicy& policy;
     const ResidueMatcher& matcher;
-    const HeldPlaces& held;  ///< what others keep that may lie in a find
+    HeldPlaces& held;        ///< what others keep that may lie in a find
     const Path& targetPlace; ///< where the target's bundle really lies
     const StopToken& stop;
     Log& log;
