@@ -139,25 +139,20 @@ class ReceiptProbe {
         const bool isFolder = info->kind == FileKind::directory;
         if (isFolder && !isTargetsFolder(path)) return;
         const bool isBundle = isFolder && isBundleName(path.lastComponent());
-        const auto bundle = isBundle ? Bundle::open(context_.files, path) : std::nullopt;
-        const auto bundleID = bundle ? bundle->identifier() : std::nullopt;
-        if (bundleID && context_.matcher.isOffLimits(*bundleID)) return;
-        const bool isOwnBundle = bundleID && context_.matcher.isOwnIdentifier(*bundleID);
+        const auto identity = isBundle ? identityOf(path, *realPath) : std::nullopt;
+        if (identity && context_.matcher.isOffLimits(identity->bundleID)) return;
+        const bool isOwnBundle = identity && context_.matcher.isOwnIdentifier(identity->bundleID);
 
         const auto job = launchItem(path);
         auto trace = makeTrace(path, packageID, job);
         trace.contestedBy = contestedBy;
         if (!trace.contestedBy && job) trace.contestedBy = jobClaimant(*job);
         if (!trace.contestedBy) trace.contestedBy = claimant(path);
-        // Whatever package put it there, a bundle says itself whose it is.
-        if (!trace.contestedBy && bundleID && !isOwnBundle)
-            trace.contestedBy = Claimant{.bundleID = *bundleID, .name = bundle->name(), .place = *realPath};
+        if (!trace.contestedBy && !isOwnBundle) trace.contestedBy = identity;
         if (!trace.contestedBy) trace.contestedBy = context_.held.holderIn(path, *realPath);
         if ((!isFolder || isBundle) && !job) {
             if (!trace.contestedBy) trace.contestedBy = otherPackages_.listing(path);
-            const bool bearsItsName =
-                namesTarget(path) || (isBundle && context_.matcher.mayClaimBundle(path.lastComponent()));
-            trace.isOnlyListed = !isOwnBundle && !bearsItsName;
+            trace.isOnlyListed = !isOwnBundle && !namesTarget(path);
         }
         if (!traces_.addFound(std::move(trace), realPath->parent())) return;
         closed_.add(path);
@@ -169,6 +164,14 @@ class ReceiptProbe {
         const auto& home = context_.user.home;
         return path.isWithinIgnoringCase(home) || realPath.isWithinIgnoringCase(home)
                || realPath.isWithinIgnoringCase(context_.files.resolve(home).value_or(home));
+    }
+
+    /// Whatever package put it there, a bundle says itself whose it is.
+    std::optional<Claimant> identityOf(const Path& path, const Path& realPath) const {
+        const auto bundle = Bundle::open(context_.files, path);
+        const auto bundleID = bundle ? bundle->identifier() : std::nullopt;
+        if (!bundleID) return std::nullopt;
+        return Claimant{.bundleID = *bundleID, .name = bundle->name(), .place = realPath};
     }
 
     bool isOffLimits(const Path& path) const {
@@ -184,8 +187,10 @@ class ReceiptProbe {
 
     bool namesTarget(const Path& path) const {
         const auto parts = path.components();
-        return std::any_of(parts.begin(), parts.end(),
-                           [&](const auto& part) { return context_.matcher.attribute(part).has_value(); });
+        const bool isBundles = isBundleName(parts.back()) && context_.matcher.mayClaimBundle(parts.back());
+        return isBundles || std::any_of(parts.begin(), parts.end(), [&](const auto& part) {
+                   return context_.matcher.attribute(part).has_value();
+               });
     }
 
     /// Another application to which one of the path's components points.

@@ -13,8 +13,9 @@ namespace tidwen {
 /// A receipt also names the shared folders it passed through, every file inside the bundle, and places that
 /// became somebody else's since. So a folder counts as a whole only when its own name is the target's or it
 /// is a bundle; of other folders only the listed files do. In the user's home, where packages have no
-/// business, only what bears the target's name. Nothing inside the target's bundle, inside another
-/// application (`applications`: where they lie) or inside what was found before is listed again.
+/// business, only what bears the target's name. A bundle of another identifier is that one's, and one that
+/// only the list names is marked like a file. Nothing inside the target's bundle, inside another application
+/// (`applications`: where they lie) or inside what was found before is listed again.
 void probeReceipts(const ScanContext& context, const Receipts& receipts,
                    const std::vector<Path>& applications, TraceCollector& traces);
 
