@@ -130,7 +130,8 @@ class FileSystem {
                                               std::size_t length) const = 0;
     /// An extended attribute's value; `missing` when the item has none of that name.
     virtual FileResult<std::string> extendedAttribute(const Path& path, const std::string& name) const = 0;
-    /// The path with every symbolic link resolved, as a Mac path. The item must exist.
+    /// The path with every link resolved, as a Mac path. Where nothing is, the error names the resolved
+    /// place.
     virtual FileResult<Path> resolve(const Path& path) const = 0;
     /// Allocated bytes of a plain file, or of everything below a folder (the folder included), stopping after
     /// `entryLimit` entries. Other file systems below are not entered. An unreadable subfolder counts as

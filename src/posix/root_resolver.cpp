@@ -73,7 +73,7 @@ class Walk {
         while (!pending_.empty()) {
             const std::string next = std::move(pending_.back());
             pending_.pop_back();
-            if (const int fault = step(next)) return fault;
+            if (const int fault = step(next)) return failed_ = next, fault;
             if (!name_.empty()) return 0;
         }
         name_ = ".";
@@ -88,6 +88,17 @@ class Walk {
             text += "/" + level.name;
         if (name_ != ".") text += "/" + name_;
         return Path(text.empty() ? "/" : text);
+    }
+
+    /// Where the walk failed and what it still had to go, links on the way taken.
+    Path sought() const {
+        Path path("/");
+        for (const auto& level : levels_)
+            path = path / level.name;
+        path = path / failed_;
+        for (auto next = pending_.rbegin(); next != pending_.rend(); ++next)
+            path = path / *next;
+        return path.standardized();
     }
 
   private:
@@ -169,6 +180,7 @@ class Walk {
     std::vector<Level> levels_;
     std::vector<std::string> pending_; ///< the next component last
     std::string name_;
+    std::string failed_;
     int links_ = 0;
 };
 
@@ -237,7 +249,8 @@ FileResult<Path> RootResolver::resolve(const Path& path) const {
     if (!canName(path)) return refused(path, FileFault::missing);
     // Only the walk sees the names on the way; asking the kernel for them afterwards would need /proc.
     Walk walk(root_.get(), LastLink::follow, Walk::ParentLinks::follow);
-    if (const int fault = walk.run(path.string())) return failed(path, fault);
+    if (const int fault = walk.run(path.string()))
+        return failed(fault == ENOENT ? walk.sought() : path, fault);
     return walk.resolved();
 }
 

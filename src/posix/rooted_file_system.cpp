@@ -227,7 +227,7 @@ FileResult<Path> RootedFileSystem::resolve(const Path& path) const {
     auto real = impl_->resolver.resolve(path);
     if (!real) return real;
     const auto there = info(*real);
-    if (!there) return tl::unexpected(FileError{there.error().fault, path, there.error().osCode});
+    if (!there) return tl::unexpected(FileError{there.error().fault, *real, there.error().osCode});
     return real;
 }
 

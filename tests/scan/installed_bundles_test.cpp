@@ -37,28 +37,36 @@ TEST_F(InstalledBundlesTest, KnowsWhatLiesWhereBundlesReallyAre) {
                             "/Applications/\xff.app",
                             "/Library/Application Support/Maker/Pad.app",
                             "/Library/Audio/Plug-Ins/HAL/Loop.driver",
+                            "/Library/Audio/Plug-Ins/VST3/Maker/Sub/Synth.vst3",
                             "/Library/Filesystems/Maker/Disk.fs",
                             "/Library/Printers/Maker/Tools/Queue.app",
+                            "/Loose.app",
                             "/Users/Shared/Maker/Shared.app",
                             "/Users/alice/Applications/Own.app",
                             "/Users/alice/Desktop/Loose.app",
                             "/Users/alice/Documents/Loose.app",
+                            "/Users/alice/Documents/a/b/Deep.app",
                             "/Users/alice/Downloads/unpacked/1.0/Loose.app",
                             "/Users/alice/Games/Chess/Chess.app",
+                            "/Users/alice/Games/a/b/c/d/Deep.app",
                             "/Users/alice/Library/Application Support/Maker/Sub/App.app",
                             "/Users/alice/Library/Application Support/Maker/Updater.app",
                             "/Users/alice/Library/Application Support/Store/library/common/Game/Game.app",
                             "/Users/alice/Library/Developer/Xcode/DerivedData/P-x/Build/Products/Debug/P.app",
                             "/Users/alice/Loose.app",
+                            "/Users/alice/Work/Tools/Loose.app",
                             "/Users/bob/Applications/Theirs.app",
                             "/Users/b\xe9n/Applications/Theirs.app",
+                            "/opt/a/b/c/Deep.app",
                             "/opt/homebrew/Caskroom/tool/1.0/Tool.app",
                             "/opt/maker/Opt.app",
-                            "/usr/local/Cellar/tool/2.0/Tool.app"};
+                            "/usr/local/Cellar/tool/2.0/Tool.app",
+                            "/usr/local/maker/Tool.app"};
     for (const char* path : owning)
         writeBundle(volume, path, "com.example.x", "X");
-    for (const char* other : {"/Applications/Zebra.app/Contents/Helpers/In.app",
-                              "/Users/alice/.Trash/Gone.app", "/Elsewhere/Away.app"})
+    for (const char* other :
+         {"/Applications/Zebra.app/Contents/Helpers/In.app", "/Users/alice/.Trash/Gone.app",
+          "/Users/alice/.Trash/Run/Gone.app", "/Elsewhere/Away.app"})
         writeBundle(volume, other, "com.example.x", "X");
     volume.link("/Applications/Loop", "/Applications");
     volume.write("/Applications/File.app", "x");
@@ -129,6 +137,28 @@ TEST_F(InstalledBundlesTest, ContentsAreWhatABundleDeclaresAndCarries) {
     EXPECT_TRUE(contents.jobs[0].isSystemDomain);
 }
 
+TEST_F(InstalledBundlesTest, LooksDeeperIntoBundlesOnlyWhereEverythingUnownedIsClaimed) {
+    const std::string own = "/Applications/Own.app", contents = own + "/Contents/";
+    const std::string engine = "Frameworks/Engine.framework/Versions/B/";
+    writeBundle(volume, own, "com.example.own", "Own");
+    std::vector<std::string> identifiers;
+    for (const auto& place :
+         {contents, own + "/", contents + engine, contents + "SharedFrameworks/E.framework/XPCServices/",
+          contents + "PlugIns/Folder/", contents + "Library/Screen Savers/", contents + "Versions/2.0/",
+          contents + "ExtensionKit/", contents + "SharedSupport/x/y/", contents + "Resources/Folder/",
+          contents + "Tools/", contents + "bin/"}) {
+        identifiers.push_back("com.example.n" + std::to_string(identifiers.size()));
+        writeBundle(volume, place + "In.app", identifiers.back(), "In");
+    }
+    std::sort(identifiers.begin(), identifiers.end());
+    for (const auto reach : {InstalledBundles::Reach::usual, InstalledBundles::Reach::further}) {
+        const auto snapshot = bundles.look(reach);
+        const bool isFurther = reach == InstalledBundles::Reach::further;
+        EXPECT_EQ(snapshot->contents(0).embeddedIDs, isFurther ? identifiers : std::vector<std::string>{});
+        EXPECT_TRUE(snapshot->contents(0).isComplete);
+    }
+}
+
 TEST_F(InstalledBundlesTest, NamesABundleOfWhichAPartCannotBeRead) {
     const FileCodeSignatures fromFiles(volume.files());
     InstalledBundles installed(volume.files(), fromFiles, test::alice());
@@ -181,6 +211,13 @@ TEST_F(InstalledBundlesTest, MissesWhatLinksToAnAbsentDiskLeadTo) {
         volume.makeFolder(link.parent().string());
         volume.link(link.string(), "/Volumes/Away/Suite");
     }
+    // What is gone from this disk is no application.
+    volume.makeFolder("/Users/carol");
+    volume.write("/usr/local/other", "x");
+    volume.link("/Applications/Gone.app", "/opt/Gone.app");
+    volume.link("/Applications/Chain.app", "Gone.app");
+    volume.link("/Applications/Tool", "/usr/local/tool/Tool.app");
+    volume.link("/Users/carol/Applications", "../carol/none");
     volume.makeFolder("/opt/homebrew/bin");
     volume.link("/opt/homebrew/bin/tool", "../Cellar/tool/1.0/bin/tool");
     EXPECT_THAT(look()->coverage().unreadable, testing::UnorderedElementsAreArray(links));
@@ -215,7 +252,8 @@ TEST_F(InstalledBundlesTest, SaysWhatItCouldNotSee) {
         std::filesystem::permissions(volume.hostRoot() / "Applications/Closed", {});
         std::filesystem::permissions(volume.hostRoot() / "Users/bob/Library/Services", {});
         const auto part = look();
-        EXPECT_THAT(part->coverage().unreadable, testing::ElementsAre(Path("/Applications/Closed")));
+        EXPECT_THAT(part->coverage().unreadable,
+                    testing::ElementsAre(Path("/Applications/Closed"), Path("/Users/bob/Library/Services")));
         EXPECT_FALSE(part->coverage().seesApplications);
     });
 }
@@ -270,7 +308,7 @@ TEST(InstalledBundlesAgain, ReadsOnlyWhatHasChanged) {
         {"com.example.newer", [&] { writeFerry("com.example.newer"); }},
         {"com.example.swapped",
          [&] { // as an update does, with the times that it was packed with
-             std::filesystem::rename(volume.host(ferry), volume.host("/Old.app"));
+             std::filesystem::rename(volume.host(ferry), volume.host("/Old"));
              writeFerry("com.example.swapped");
              age(volume);
          }}};

@@ -50,15 +50,18 @@ struct EmbeddedBundles {
     bool isReadable = true;                ///< nothing on the way was there and could not be read
 };
 
-/// Many applications carry the same frameworks. What lies in one says nothing about whose a find is, but it
-/// is in use as long as any of them is there.
-enum class Frameworks { leftOut, entered };
+/// How much of a bundle is looked through.
+enum class EmbeddedReach {
+    own, ///< not its frameworks: many applications carry the same, so they say nothing of whose a find is
+    frameworks, ///< these too: what they hold is in use as long as any of the applications is there
+    further,    ///< also what lies where nobody expects it, as far as a bound goes, and not missed
+};
 
 /// Identifiers that belong to what lies inside a bundle: nested applications, extensions, XPC services,
 /// plug-ins and login items, and the privileged tools that its Info.plist declares. Bounded in depth and
 /// number; ends early, with what it has, when `stop` asks for it. `onBundle` is called with each nested
 /// bundle, those in frameworks that are entered too.
-EmbeddedBundles findEmbeddedBundles(const FileSystem& files, const Bundle& bundle, Frameworks frameworks,
+EmbeddedBundles findEmbeddedBundles(const FileSystem& files, const Bundle& bundle, EmbeddedReach reach,
                                     const StopToken& stop = {},
                                     const std::function<void(const Bundle&)>& onBundle = {});
 

@@ -45,13 +45,13 @@ bool isBudgetSpent(const FileSystem& files) {
 } // namespace
 
 BundleContents readBundleContents(const FileSystem& files, const CodeSignatures& signatures,
-                                  const Path& bundle, const StopToken& stop) {
+                                  const Path& bundle, EmbeddedReach reach, const StopToken& stop) {
     BundleContents contents;
     const auto opened = Bundle::open(files, bundle);
     if (!opened) return contents;
     addSigned(contents, signatures.read(bundle, opened->executable()));
     std::set<std::string> names;
-    auto embedded = findEmbeddedBundles(files, *opened, Frameworks::entered, stop, [&](const Bundle& inner) {
+    auto embedded = findEmbeddedBundles(files, *opened, reach, stop, [&](const Bundle& inner) {
         addNames(names, inner);
         addSigned(contents, signatures.read(inner.root, inner.executable()));
     });

@@ -93,11 +93,12 @@ struct BundleIdentity {
 
 /// What a look at all bundles remembers for the next one.
 struct BundleMemory {
-    explicit BundleMemory(bool keepsAny) : folders(keepsAny), identities(keepsAny), contents(keepsAny) {}
+    explicit BundleMemory(bool keepsAny)
+        : folders(keepsAny), identities(keepsAny), contents(keepsAny), furtherContents(keepsAny) {}
 
     RememberedReads<FileResult<std::vector<DirectoryEntry>>> folders;
     RememberedReads<BundleIdentity> identities;
-    RememberedReads<BundleContents> contents;
+    RememberedReads<BundleContents> contents, furtherContents; ///< by how far the look went
 };
 
 } // namespace tidwen

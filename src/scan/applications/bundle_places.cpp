@@ -1,6 +1,8 @@
 #include "scan/applications/bundle_places.h"
 
-#include <set>
+#include "platform/file_absence.h"
+
+#include <algorithm>
 #include <string_view>
 
 namespace tidwen {
@@ -13,7 +15,10 @@ constexpr int applicationDepth = 12;
 constexpr std::size_t maximumHomes = 200;
 
 // Games and tool boxes: "Application Support/Store/library/common/Game/Game.app".
-constexpr int furtherSupportDepth = 4;
+constexpr int furtherSupportDepth = 6;
+// People and makers put folders into folders; what lies deeper than these nobody misses, for the folders of a
+// person's documents have no end.
+constexpr int furtherDepth = 3;
 
 struct Row {
     std::string_view path;
@@ -23,15 +28,24 @@ struct Row {
 };
 
 constexpr Row systemRows[] = {
-    {"Users/Shared", 3, 1},       {"opt", 2, 1},
-    {"opt/homebrew/Caskroom", 2}, {"opt/homebrew/Cellar", 2},
-    {"usr/local/Caskroom", 2},    {"usr/local/Cellar", 2},
+    {""},
+    {"Users/Shared", 3, 1, furtherDepth},
+    {"opt", 2, 1, furtherDepth},
+    {"opt/homebrew/Caskroom", 2},
+    {"opt/homebrew/Cellar", 2},
+    {"usr/local", 0, 0, furtherDepth},
+    {"usr/local/Caskroom", 2},
+    {"usr/local/Cellar", 2},
     {"usr/local/opt", 1},
 };
 
 // Where a person keeps applications besides the folder for them. The home itself is the first.
 constexpr Row homeRows[] = {
-    {""}, {"Desktop", 2}, {"Downloads", 2}, {"Documents", 1}, {"Games", 3},
+    {"", 0, 0, 2},
+    {"Desktop", 2, 0, furtherDepth},
+    {"Downloads", 2, 0, furtherDepth},
+    {"Documents", 1, 0, furtherDepth},
+    {"Games", 3, 0, furtherDepth},
 };
 
 // Below "/Library" and the Library of each home. Makers put folders of their own into most of them.
@@ -39,7 +53,7 @@ constexpr Row libraryRows[] = {
     {"Address Book Plug-Ins"},
     {"Application Support", 1, 0, furtherSupportDepth},
     {"Audio/MIDI Drivers"},
-    {"Audio/Plug-Ins", 2},
+    {"Audio/Plug-Ins", 2, 0, furtherDepth},
     {"Automator", 1},
     {"Bundles", 1},
     {"ColorPickers"},
@@ -57,6 +71,7 @@ constexpr Row libraryRows[] = {
     {"Image Capture", 2},
     {"Input Methods", 1},
     {"Internet Plug-Ins", 1},
+    {"Java", 0, 0, furtherDepth},
     {"Keyboard Layouts"},
     {"Mail/Bundles"},
     {"PDF Services"},
@@ -73,27 +88,9 @@ constexpr Row libraryRows[] = {
     {"SystemExtensions", 1},
     {"Video/Plug-Ins", 1},
     {"Widgets"},
+    {"Workflows", 0, 0, furtherDepth},
     {"iTunes/iTunes Plug-ins"},
 };
-
-/// The user's own home first, then every folder of "/Users" in their order.
-std::vector<Path> homesOf(const FileSystem& files, const UserEnvironment& user,
-                          std::vector<Path>& unreadable) {
-    std::vector<Path> homes = {user.home};
-    const Path users("/Users");
-    const auto entries = files.list(users);
-    if (!entries) {
-        if (entries.error().fault != FileFault::missing) unreadable.push_back(users);
-        return homes;
-    }
-    for (const auto& entry : *entries) {
-        const Path home = users / entry.name;
-        const bool isHome = entry.kind == FileKind::directory || entry.kind == FileKind::symbolicLink;
-        if (!isHome || entry.name == "Shared" || home == user.home) continue;
-        if (homes.size() < maximumHomes) homes.push_back(home);
-    }
-    return homes;
-}
 
 BundlePlace placeBelow(const Path& folder, const Row& row, bool isOptional = false) {
     return {.folder = row.path.empty() ? folder : folder / row.path,
@@ -101,6 +98,18 @@ BundlePlace placeBelow(const Path& folder, const Row& row, bool isOptional = fal
             .isOptional = isOptional,
             .linkDepth = row.linkDepth,
             .furtherDepth = row.furtherDepth};
+}
+
+/// One look tells which of the many folders in a Library are there at all. A closed one is missed once, as a
+/// whole; so is one that is a link to what is away.
+void addLibrary(std::vector<BundlePlace>& places, const FileSystem& files, const Path& library,
+                std::vector<Path>& unreadable) {
+    const auto entries = files.list(library);
+    if (entries)
+        for (const auto& row : libraryRows)
+            places.push_back(placeBelow(library, row));
+    else if (!isAbsence(entries.error()) || files.exists(library))
+        unreadable.push_back(library);
 }
 
 /// Projects build applications into "<project>/Build/Products/<configuration>".
@@ -117,27 +126,45 @@ void addBuildProducts(std::vector<BundlePlace>& places, const FileSystem& files,
 
 } // namespace
 
+std::vector<Path> homesOnDisk(const FileSystem& files, const UserEnvironment& user,
+                              std::vector<Path>& unreadable) {
+    std::vector<Path> homes = {user.home};
+    const auto add = [&](const Path& home) {
+        if (homes.size() < maximumHomes && std::find(homes.begin(), homes.end(), home) == homes.end())
+            homes.push_back(home);
+    };
+    const Path users("/Users");
+    if (const auto entries = files.list(users)) {
+        for (const auto& entry : *entries)
+            if ((entry.kind == FileKind::directory || entry.kind == FileKind::symbolicLink)
+                && entry.name != "Shared")
+                add(users / entry.name);
+    } else if (entries.error().fault != FileFault::missing) {
+        unreadable.push_back(users);
+    }
+    for (const auto& home : user.otherHomes)
+        add(home);
+    return homes;
+}
+
 std::vector<BundlePlace> bundlePlaces(const FileSystem& files, const UserEnvironment& user,
                                       std::vector<Path>& unreadable) {
     constexpr Row applications = {"Applications", applicationDepth, applicationDepth + 1};
     std::vector<BundlePlace> places = {placeBelow(Path("/"), applications)};
-    const auto homes = homesOf(files, user, unreadable);
+    const auto homes = homesOnDisk(files, user, unreadable);
     for (const auto& home : homes)
         places.push_back(placeBelow(home, applications));
     for (auto& place : places)
         place.isCountedOut = true;
     for (const auto& row : systemRows)
         places.push_back(placeBelow(Path("/"), row));
-    for (const auto& row : libraryRows)
-        places.push_back(placeBelow(Path("/Library"), row));
+    addLibrary(places, files, Path("/Library"), unreadable);
     for (const auto& home : homes) {
-        const bool isOthers = home != user.home;
-        // One look tells which of the many folders below are there at all.
-        if (files.info(home / "Library"))
-            for (const auto& row : libraryRows)
-                places.push_back(placeBelow(home / "Library", row, isOthers));
-        for (const auto& row : homeRows)
-            places.push_back(placeBelow(home, row, isOthers));
+        addLibrary(places, files, home / "Library", unreadable);
+        for (const auto& row : homeRows) {
+            places.push_back(placeBelow(home, row, home != user.home));
+            places.back().isHome = row.path.empty();
+        }
         addBuildProducts(places, files, home);
     }
     return places;

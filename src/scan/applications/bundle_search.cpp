@@ -5,6 +5,7 @@
 #include "platform/file_absence.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/bundle_names.h"
+#include "scan/applications/job_program.h"
 
 #include <set>
 
@@ -128,11 +129,17 @@ class BundleSearch {
                 // A folder may be called like a bundle and hold applications all the same.
                 if (!bundle || isBundle(BudgetedFiles(files_, budget_), *bundle)) continue;
             }
-            if (folder.depthLeft > 0)
+            if (folder.depthLeft > 0 && !isPrivate(folder, entry.name))
                 addFolder(folder, entry, item, below);
             else if (places_[folder.place].isCountedOut)
                 noteDeeper(folder, entry, item);
         }
+    }
+
+    /// What a home keeps out of sight, or has places of its own in.
+    bool isPrivate(const Folder& folder, const std::string& name) const {
+        return places_[folder.place].isHome && levelOf(folder) == 0
+               && (name.starts_with('.') || name == "Library");
     }
 
     /// A folder that the search does not reach may hold applications.
@@ -160,9 +167,23 @@ class BundleSearch {
         for (Path item = place; !item.isRoot(); item = item.parent()) {
             const auto info = files_.info(item);
             if (!info) continue;
-            if (info->kind == FileKind::symbolicLink && !files_.infoFollowingLinks(item)) ways_.insert(item);
+            if (info->kind != FileKind::symbolicLink) return;
+            if (const auto real = files_.resolve(item); !real && mayLeadAway(real.error()))
+                ways_.insert(item);
             return;
         }
+    }
+
+    /// An application on a disk that is away still owns what is here; one that is gone from this disk is no
+    /// application, whatever link still names it.
+    bool mayLeadAway(const FileError& error) {
+        if (!isAbsence(error)) return true;
+        const auto found = targets_.find(error.path.string());
+        if (found == JobProgram::gone) return false;
+        if (found != JobProgram::unknown) return true;
+        const auto parts = error.path.components();
+        const Path top = Path("/") / parts.at(0);
+        return !files_.exists(parts.size() > 1 && top == Path("/Users") ? top / parts[1] : top);
     }
 
     /// Where it lies, without links; nothing when it is no folder or one too many.
@@ -200,8 +221,7 @@ class BundleSearch {
         }
         --linksLeft_;
         auto real = files_.resolve(link);
-        // An application on a disk that is away still owns what is here.
-        if (!real && followsFolders(folder)) found_.unreadable.push_back(link);
+        if (!real && followsFolders(folder) && mayLeadAway(real.error())) found_.unreadable.push_back(link);
         if (!real || !files_.isDirectoryFollowingLinks(*real)) return std::nullopt;
         return std::move(*real);
     }
@@ -218,7 +238,8 @@ class BundleSearch {
     std::vector<Budget> budgets_; ///< what is left of each place's
     Budget all_ = {maximumFolders, maximumFurtherFolders};
     int linksLeft_ = maximumLinks;
-    std::map<Path, int> depths_; ///< real folder → how deep below it was searched
+    JobPrograms targets_{files_}; ///< of links
+    std::map<Path, int> depths_;  ///< real folder → how deep below it was searched
     std::set<Path> listed_;
     std::set<Path> uncounted_;
     std::set<Path> ways_; ///< links to what is away that places are reached by

@@ -18,6 +18,11 @@ namespace {
 constexpr int maximumDepth = 6;
 constexpr int maximumBundles = 2'000;
 
+// Where nobody expects them: "Contents/SharedSupport/Tools/Extras/Tool.app". Resources go far deeper, and
+// hold no bundles there.
+constexpr int maximumFurtherLevel = 4;
+constexpr int maximumFurtherFolders = 1'000;
+
 // Where macOS, the build tools and habit put bundles, below "Contents".
 constexpr std::string_view places[] = {
     "Applications",
@@ -48,15 +53,21 @@ bool isApplication(const Path& item) {
     return item.lowercasedExtension() == "app";
 }
 
+bool isTranslation(const Path& item) {
+    return item.lowercasedExtension() == "lproj";
+}
+
 class EmbeddedSearch {
   public:
-    EmbeddedSearch(const FileSystem& files, Frameworks frameworks, const StopToken& stop,
+    EmbeddedSearch(const FileSystem& files, EmbeddedReach reach, const StopToken& stop,
                    const std::function<void(const Bundle&)>& onBundle)
-        : files_(files), frameworks_(frameworks), stop_(stop), onBundle_(onBundle) {}
+        : files_(files), reach_(reach), stop_(stop), onBundle_(onBundle) {}
 
     void searchInside(const Bundle& bundle, int depth) {
         addPrivilegedTools(bundle);
-        if (depth < maximumDepth) searchPlaces(bundle.contents, namesIn(bundle.contents), depth);
+        if (depth == maximumDepth) return;
+        searchPlaces(bundle.contents, namesIn(bundle.contents), depth);
+        if (reach_ == EmbeddedReach::further) searchFurther(bundle.root, depth);
     }
 
     EmbeddedBundles found() const {
@@ -80,9 +91,11 @@ class EmbeddedSearch {
 
     std::vector<DirectoryEntry> list(const Path& folder) {
         auto entries = files_.list(folder);
-        if (!entries && !isAbsence(entries.error())) isReadable_ = false;
+        if (!entries && !isAbsence(entries.error())) noteUnreadable();
         return entries ? std::move(*entries) : std::vector<DirectoryEntry>();
     }
+
+    void noteUnreadable() { isReadable_ = isReadable_ && isFurther_; }
 
     /// Most bundles have two or three of the places; the names that are there tell which need no look of
     /// their own.
@@ -97,7 +110,7 @@ class EmbeddedSearch {
         if (frameworks == there.end()) return;
         // Helpers of browser engines lie beside the frameworks that start them, or in these.
         searchFolder(contents / frameworks->second, isApplication, depth);
-        if (frameworks_ == Frameworks::entered) searchFrameworks(contents / frameworks->second, depth + 1);
+        if (reach_ != EmbeddedReach::own) searchFrameworks(contents / frameworks->second, depth + 1);
     }
 
     void searchFrameworks(const Path& folder, int depth) {
@@ -124,13 +137,54 @@ class EmbeddedSearch {
             const Path inner = folder / entry.name;
             if (entry.kind != FileKind::directory || !isWanted(inner)) continue;
             if (!mayLookAtOneMore()) return;
-            const auto bundle = Bundle::open(files_, inner);
-            if (bundle ? bundle->isDamaged : mayBeThere(files_, inner)) isReadable_ = false;
-            if (!bundle) continue;
-            if (const auto identifier = bundle->identifier()) add(*identifier);
-            if (onBundle_) onBundle_(*bundle);
-            searchInside(*bundle, depth + 1);
+            lookAt(inner, depth);
         }
+    }
+
+    void lookAt(const Path& inner, int depth) {
+        if (reach_ == EmbeddedReach::further && !seen_.insert(inner).second) return;
+        const auto bundle = Bundle::open(files_, inner);
+        if (bundle ? bundle->isDamaged : mayBeThere(files_, inner)) noteUnreadable();
+        if (!bundle) return;
+        if (const auto identifier = bundle->identifier()) add(*identifier);
+        if (onBundle_) onBundle_(*bundle);
+        searchInside(*bundle, depth + 1);
+    }
+
+    /// All that lies in the folders of a bundle or framework, whatever they are called, level by level.
+    void searchFurther(const Path& root, int depth) {
+        const bool wasFurther = std::exchange(isFurther_, true);
+        std::vector<Path> level = {root};
+        for (int left = maximumFurtherLevel; left >= 0 && !level.empty(); --left) {
+            std::vector<Path> below;
+            for (const auto& folder : level)
+                if (mayListOneMore()) searchFurtherIn(folder, depth, below);
+            level = std::move(below);
+        }
+        isFurther_ = wasFurther;
+    }
+
+    void searchFurtherIn(const Path& folder, int depth, std::vector<Path>& below) {
+        for (const auto& entry : list(folder)) {
+            const Path inner = folder / entry.name;
+            if (entry.kind != FileKind::directory || isTranslation(inner)) continue;
+            if (isFramework(inner) && depth + 1 < maximumDepth)
+                searchFurtherFramework(inner, depth + 1);
+            else if (isOwnBundle(inner) && mayLookAtOneMore())
+                lookAt(inner, depth);
+            else if (!isBundleName(entry.name))
+                below.push_back(inner);
+        }
+    }
+
+    void searchFurtherFramework(const Path& framework, int depth) {
+        const bool wasInside = std::exchange(isInFramework_, true);
+        searchFurther(framework, depth);
+        isInFramework_ = wasInside;
+    }
+
+    bool mayListOneMore() {
+        return !stop_.stopRequested() && furtherFoldersLeft_ > 0 && furtherFoldersLeft_-- > 0;
     }
 
     /// Tools that the application installs in "/Library/PrivilegedHelperTools" under these names.
@@ -145,7 +199,7 @@ class EmbeddedSearch {
 
     bool mayLookAtOneMore() {
         if (!stop_.stopRequested() && bundlesLeft_ > 0) return --bundlesLeft_, true;
-        isComplete_ = false;
+        isComplete_ = isComplete_ && isFurther_ && !stop_.stopRequested();
         return false;
     }
 
@@ -155,23 +209,26 @@ class EmbeddedSearch {
     }
 
     const FileSystem& files_;
-    const Frameworks frameworks_;
+    const EmbeddedReach reach_;
     const StopToken& stop_;
     const std::function<void(const Bundle&)>& onBundle_;
     int bundlesLeft_ = maximumBundles;
     bool isComplete_ = true;
     bool isReadable_ = true;
     bool isInFramework_ = false;
+    bool isFurther_ = false; ///< what is looked at is not missed when it cannot be read
+    int furtherFoldersLeft_ = maximumFurtherFolders;
+    std::set<Path> seen_; ///< bundles, while several ways lead to them
     std::set<std::string> found_;
     std::set<std::string> inFrameworks_;
 };
 
 } // namespace
 
-EmbeddedBundles findEmbeddedBundles(const FileSystem& files, const Bundle& bundle, Frameworks frameworks,
+EmbeddedBundles findEmbeddedBundles(const FileSystem& files, const Bundle& bundle, EmbeddedReach reach,
                                     const StopToken& stop,
                                     const std::function<void(const Bundle&)>& onBundle) {
-    EmbeddedSearch search(files, frameworks, stop, onBundle);
+    EmbeddedSearch search(files, reach, stop, onBundle);
     search.searchInside(bundle, 0);
     return search.found();
 }
@@ -179,7 +236,7 @@ EmbeddedBundles findEmbeddedBundles(const FileSystem& files, const Bundle& bundl
 std::vector<std::string> embeddedBundleIDs(const FileSystem& files, const Path& bundle,
                                            const StopToken& stop) {
     const auto opened = Bundle::open(files, bundle);
-    return opened ? findEmbeddedBundles(files, *opened, Frameworks::leftOut, stop).identifiers
+    return opened ? findEmbeddedBundles(files, *opened, EmbeddedReach::own, stop).identifiers
                   : std::vector<std::string>();
 }
 

@@ -91,10 +91,11 @@ struct BundleSnapshot::LazyContents {
 };
 
 BundleSnapshot::BundleSnapshot(const FileSystem& files, const CodeSignatures& signatures,
-                               std::vector<OwningBundle> bundles, BundleCoverage coverage,
+                               std::vector<OwningBundle> bundles, BundleCoverage coverage, BundleReach reach,
                                std::shared_ptr<BundleMemory> memory, const ReadBudget& budget)
     : files_(files),
       signatures_(signatures),
+      reach_(reach),
       budget_(budget),
       memory_(memory ? std::move(memory) : std::make_shared<BundleMemory>(false)),
       bundles_(std::move(bundles)),
@@ -121,14 +122,17 @@ std::shared_ptr<const BundleContents> BundleSnapshot::readContents(const Path& b
     if (stop.stopRequested()) return std::make_shared<const BundleContents>();
     const auto read = [&](const FileSystem& files, ReadTrail& trail) {
         const BudgetedSignatures signatures(signatures_, budget_);
-        return readBundleContents(files, TrailedSignatures(signatures, files_, trail), bundle, stop);
+        const auto reach =
+            reach_ == BundleReach::further ? EmbeddedReach::further : EmbeddedReach::frameworks;
+        return readBundleContents(files, TrailedSignatures(signatures, files_, trail), bundle, reach, stop);
     };
     const auto weigh = [](const BundleContents& contents) {
         const auto entries = contents.embeddedIDs.size() + contents.embeddedNames.size()
                              + contents.jobs.size() + contents.groups.size();
         return contents.isComplete ? std::optional(entries) : std::nullopt;
     };
-    return memory_->contents.read(bundle, files_, budget_, read, weigh);
+    auto& known = reach_ == BundleReach::further ? memory_->furtherContents : memory_->contents;
+    return known.read(bundle, files_, budget_, read, weigh);
 }
 
 void BundleSnapshot::readAllContents(const StopToken& stop) const {
@@ -186,7 +190,7 @@ std::shared_ptr<const BundleSnapshot> InstalledBundles::look(Reach reach, const 
     std::sort(bundles.begin(), bundles.end(), [](const auto& a, const auto& b) { return a.url < b.url; });
     complete(coverage, found);
     return std::make_shared<const BundleSnapshot>(files_, signatures_, std::move(bundles),
-                                                  std::move(coverage), memory_, budget);
+                                                  std::move(coverage), reach, memory_, budget);
 }
 
 std::vector<std::shared_ptr<const BundleIdentity>>
@@ -208,6 +212,7 @@ InstalledBundles::readIdentities(const std::vector<std::pair<Path, std::vector<P
         places.insert(places.end(), place);
     memory_->identities.keepOnly(places);
     memory_->contents.keepOnly(places);
+    memory_->furtherContents.keepOnly(places);
     return identities;
 }
 

@@ -19,6 +19,12 @@ namespace tidwen {
 struct BundleIdentity;
 struct BundleMemory;
 
+/// How far one look goes.
+enum class BundleReach {
+    usual,   ///< where Macs and makers put bundles: for whoever has names of his own to go by
+    further, ///< also deeper, in folders and in bundles: for whoever claims what nobody seems to own
+};
+
 /// One look at all bundles. What they carry is read once, when it is first asked for, and spends what the
 /// look left of its budget. May be used from any thread; must not outlive the ports of the service that made
 /// it.
@@ -26,7 +32,8 @@ class BundleSnapshot {
   public:
     BundleSnapshot(const FileSystem& files, const CodeSignatures& signatures,
                    std::vector<OwningBundle> bundles, BundleCoverage coverage,
-                   std::shared_ptr<BundleMemory> memory = nullptr, const ReadBudget& budget = {});
+                   BundleReach reach = BundleReach::usual, std::shared_ptr<BundleMemory> memory = nullptr,
+                   const ReadBudget& budget = {});
     ~BundleSnapshot();
     BundleSnapshot(const BundleSnapshot&) = delete;
     BundleSnapshot& operator=(const BundleSnapshot&) = delete;
@@ -49,6 +56,7 @@ class BundleSnapshot {
 
     const FileSystem& files_;
     const CodeSignatures& signatures_;
+    BundleReach reach_;
     ReadBudget budget_;
     std::shared_ptr<BundleMemory> memory_;
     std::vector<OwningBundle> bundles_;
@@ -72,10 +80,7 @@ class InstalledBundles {
     InstalledBundles(const FileSystem& files, const CodeSignatures& signatures, UserEnvironment user,
                      Looks looks = Looks::many, ReadBudget::Limits limits = {});
 
-    enum class Reach {
-        usual,   ///< where Macs and makers put bundles: for whoever has names of his own to go by
-        further, ///< also as deep as shops of games put them: for whoever claims what nobody seems to own
-    };
+    using Reach = BundleReach;
 
     /// Blocks while the disk is read, in parallel; any thread. What a spent budget hides is `uncounted`.
     std::shared_ptr<const BundleSnapshot> look(Reach reach, const StopToken& stop = {});

@@ -24,6 +24,14 @@ std::optional<std::string> programPath(const PropertyListValue& job) {
     return strings->front();
 }
 
+std::vector<std::string> argumentPaths(const PropertyListValue& job) {
+    const auto* arguments = job.find("ProgramArguments");
+    auto paths = (arguments ? arguments->asStrings() : std::nullopt).value_or(std::vector<std::string>());
+    if (!paths.empty()) paths.erase(paths.begin());
+    std::erase_if(paths, [](const std::string& text) { return !text.starts_with('/'); });
+    return paths;
+}
+
 bool isVisiblePropertyList(const Path& file) {
     return !file.lastComponent().starts_with('.') && file.lowercasedExtension() == "plist";
 }
@@ -39,8 +47,11 @@ std::optional<LaunchItem> readLaunchItem(const FileSystem& files, const Path& pl
     const auto job = readPropertyList(files, plist, jobLimits);
     const auto* label = job ? job->findString("Label") : nullptr;
     if (!label || label->empty()) return std::nullopt;
-    return LaunchItem{
-        .label = *label, .plist = plist, .isSystemDomain = isSystemDomain, .programPath = programPath(*job)};
+    return LaunchItem{.label = *label,
+                      .plist = plist,
+                      .isSystemDomain = isSystemDomain,
+                      .programPath = programPath(*job),
+                      .argumentPaths = argumentPaths(*job)};
 }
 
 std::vector<std::string> readAssociatedBundleIDs(const FileSystem& files, const Path& plist) {

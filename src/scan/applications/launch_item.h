@@ -15,6 +15,8 @@ struct LaunchItem {
     Path plist;                  ///< the file it was read from
     bool isSystemDomain = false; ///< a daemon of the system domain, else a job of the user's session
     std::optional<std::string> programPath; ///< "Program", else the first of "ProgramArguments"
+    /// Absolute paths among the arguments: a shell is handed the script that it runs. They need not exist.
+    std::vector<std::string> argumentPaths = {};
 
     friend bool operator==(const LaunchItem&, const LaunchItem&) = default;
 };
