@@ -105,7 +105,7 @@ KnownOwners::KnownOwners(const BundleSnapshot& bundles) {
             addName(name, bundle.isApplication);
         if (bundle.isApplication && bundle.isReadable)
             for (const auto& path : {bundle.url, bundle.place})
-                applications_.insert(pathKey(path).string());
+                inUse_.insert(pathKey(path).string());
     }
     addIdentifier(tidwenBundleID);
     index_ = IdentifierIndex({identifiers_.begin(), identifiers_.end()});
@@ -121,6 +121,11 @@ void KnownOwners::addWithoutMaker(const std::vector<std::string>& identifiers) {
     for (const auto& identifier : identifiers)
         if (auto lower = lowercased(identifier); isReverseDns(lower)) identifiers_.insert(std::move(lower));
     index_ = IdentifierIndex({identifiers_.begin(), identifiers_.end()});
+}
+
+void KnownOwners::addPrograms(const std::vector<Path>& programs) {
+    for (const auto& program : programs)
+        inUse_.insert(pathKey(program).string());
 }
 
 void KnownOwners::addIdentifier(std::string_view identifier) {
@@ -159,11 +164,11 @@ bool KnownOwners::ownsFolder(std::string_view name) const {
     return folders_.contains(canonicalForm(name));
 }
 
-bool KnownOwners::holdsApplication(const Path& item) const {
+bool KnownOwners::holdsWhatIsInUse(const Path& item) const {
     const auto key = pathKey(item).string();
-    if (applications_.contains(key)) return true;
-    const auto next = applications_.lower_bound(key + "/");
-    return next != applications_.end() && next->starts_with(key + "/");
+    if (inUse_.contains(key)) return true;
+    const auto next = inUse_.lower_bound(key + "/");
+    return next != inUse_.end() && next->starts_with(key + "/");
 }
 
 } // namespace tidwen

@@ -24,6 +24,9 @@ class KnownOwners {
     /// The same, of what lives while nothing else of its maker needs to. Plain words among them are left out.
     void addWithoutMaker(const std::vector<std::string>& identifiers);
 
+    /// Places of what is at work, besides the applications.
+    void addPrograms(const std::vector<Path>& programs);
+
     /// `identifier` is in lower case.
     bool claims(std::string_view identifier) const;
 
@@ -31,18 +34,18 @@ class KnownOwners {
     /// theirs, whatever it is called itself.
     bool ownsFolder(std::string_view name) const;
 
-    /// The item is an application, or would take one along.
-    bool holdsApplication(const Path& item) const;
+    /// The item is an application or a program at work, or would take one along.
+    bool holdsWhatIsInUse(const Path& item) const;
 
   private:
     void addIdentifier(std::string_view identifier);
     void addName(std::string_view name, bool isApplication);
 
-    std::set<std::string, std::less<>> identifiers_;  ///< lower-cased
-    std::set<std::string, std::less<>> makers_;       ///< of the identifiers: "com.example"
-    std::set<std::string, std::less<>> names_;        ///< canonical forms, long enough to mean something
-    std::set<std::string, std::less<>> folders_;      ///< canonical forms of names and makers of any length
-    std::set<std::string, std::less<>> applications_; ///< lower-cased paths
+    std::set<std::string, std::less<>> identifiers_; ///< lower-cased
+    std::set<std::string, std::less<>> makers_;      ///< of the identifiers: "com.example"
+    std::set<std::string, std::less<>> names_;       ///< canonical forms, long enough to mean something
+    std::set<std::string, std::less<>> folders_;     ///< canonical forms of names and makers of any length
+    std::set<std::string, std::less<>> inUse_;       ///< keys of paths: applications and programs at work
     IdentifierIndex index_;
 };
 

@@ -2,6 +2,8 @@
 
 #include "base/text.h"
 #include "platform/budgeted_files.h"
+#include "platform/file_absence.h"
+#include "scan/applications/bundle_places.h"
 #include "scan/applications/job_program.h"
 #include "scan/applications/launch_item.h"
 #include "sweep/known_owners.h"
@@ -31,6 +33,23 @@ bool worksForInstalled(const FileSystem& files, const LaunchItem& job, const Kno
                        [&](const std::string& identifier) { return installed.claims(identifier); });
 }
 
+void addPlaces(std::vector<Path>& places, const FileSystem& files, const std::string& program) {
+    const Path path = Path(program).standardized();
+    if (!path.isAbsolute() || path.isRoot() || !mayBeThere(files, path)) return;
+    places.push_back(path);
+    if (auto real = files.resolve(path); real && *real != path) places.push_back(std::move(*real));
+}
+
+/// Folders of jobs in the order in which launchd reads them, those of other users last.
+std::vector<Path> jobFolders(const FileSystem& files, const UserEnvironment& user) {
+    std::vector<Path> folders = {user.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
+                                 Path("/Library/LaunchDaemons")};
+    std::vector<Path> unreadable; // whoever looks for applications there misses them too
+    for (const auto& home : homesOnDisk(files, user, unreadable))
+        if (home != user.home) folders.push_back(home / "Library/LaunchAgents");
+    return folders;
+}
+
 } // namespace
 
 LivingJobs listLivingJobs(const FileSystem& files, const UserEnvironment& user, const KnownOwners& installed,
@@ -38,8 +57,7 @@ LivingJobs listLivingJobs(const FileSystem& files, const UserEnvironment& user, 
     LivingJobs living;
     const BudgetedFiles budgeted(files);
     JobPrograms programs(budgeted);
-    for (const auto& folder : {user.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
-                               Path("/Library/LaunchDaemons")})
+    for (const auto& folder : jobFolders(budgeted, user))
         for (const auto& job : listLaunchItems(budgeted, folder, false, stop, &living.unreadable)) {
             if (stop.stopRequested()) return living;
             const auto life = lifeOf(programs, job);
@@ -48,7 +66,12 @@ LivingJobs listLivingJobs(const FileSystem& files, const UserEnvironment& user, 
             } else if (life == Life::helper) {
                 living.helpers.push_back(lowercased(job.label));
                 living.helpers.push_back(lowercased(Path(*job.programPath).lastComponent()));
+            } else {
+                continue;
             }
+            if (job.programPath) addPlaces(living.programs, budgeted, *job.programPath);
+            for (const auto& argument : job.argumentPaths)
+                addPlaces(living.programs, budgeted, argument);
         }
     return living;
 }

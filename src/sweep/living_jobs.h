@@ -19,9 +19,12 @@ struct LivingJobs {
     /// In lower case, of jobs that start a privileged helper, and of these: they live, and say nothing of
     /// their maker's applications, since such a tool stays when its application is dragged away.
     std::vector<std::string> helpers;
+    /// What they start, as spelled and without links: the program, and the paths that it is handed.
+    std::vector<Path> programs;
     std::vector<Path> unreadable; ///< folders and property lists that may hold other jobs
 };
 
+/// The jobs of the machine and of every home on it: what lies in "/Users/Shared" works for everybody.
 LivingJobs listLivingJobs(const FileSystem& files, const UserEnvironment& user, const KnownOwners& installed,
                           const StopToken& stop = {});
 

@@ -28,24 +28,27 @@ class PackageJudge {
     PackageJudge(const FileSystem& files, const UserEnvironment& user)
         : files_(files), locations_(searchLocations(user)) {}
 
-    bool lives(const Receipt& receipt) {
+    enum class Life { living, leftovers, lost, unknown };
+
+    Life judge(const Receipt& receipt) {
         const auto identifier = lowercased(receipt.packageID);
         bool lostApplication = false, hasLeftover = false;
         Path application;
         for (const auto& file : receipt.files) {
-            if (looksLeft_ == 0) return true;
+            if (looksLeft_ == 0) return Life::living;
             const Path path = (receipt.installBase / file).standardized();
             if (const auto owner = applicationAround(path)) {
                 if (*owner == application) continue; // one look for all its files
                 application = *owner;
-                if (isThere(application, FileKind::directory)) return true;
+                if (isThere(application, FileKind::directory)) return Life::living;
                 lostApplication = true;
             } else if (isThere(path, FileKind::regular)) {
-                if (!isOwnLeftover(path, identifier)) return true;
+                if (!isOwnLeftover(path, identifier)) return Life::living;
                 hasLeftover = true;
             }
         }
-        return hasLeftover && !lostApplication;
+        if (hasLeftover) return lostApplication ? Life::leftovers : Life::living;
+        return lostApplication ? Life::lost : Life::unknown;
     }
 
   private:
@@ -91,24 +94,29 @@ class PackageJudge {
 
 } // namespace
 
-std::vector<std::string> listLivingPackages(const FileSystem& files, const Receipts& receipts,
-                                            const UserEnvironment& user, const KnownOwners& installed,
-                                            const StopToken& stop) {
-    std::vector<std::string> living;
+LivingPackages listLivingPackages(const FileSystem& files, const Receipts& receipts,
+                                  const UserEnvironment& user, const KnownOwners& installed,
+                                  const StopToken& stop) {
+    using Life = PackageJudge::Life;
+    LivingPackages packages;
     PackageJudge judge(files, user);
     std::size_t packagesLeft = mostPackages;
     for (const auto& packageID : receipts.packageIDs()) {
         if (stop.stopRequested()) break;
         auto identifier = lowercased(packageID);
         if (installed.claims(identifier)) continue;
+        auto life = Life::living;
         if (packagesLeft > 0) {
             --packagesLeft;
             const auto receipt = receipts.read(packageID);
-            if (!receipt || !judge.lives(*receipt)) continue;
+            life = receipt ? judge.judge(*receipt) : Life::unknown;
         }
-        living.push_back(std::move(identifier));
+        if (life == Life::living)
+            packages.identifiers.push_back(std::move(identifier));
+        else if (life == Life::lost)
+            packages.lost.insert(std::move(identifier));
     }
-    return living;
+    return packages;
 }
 
 } // namespace tidwen

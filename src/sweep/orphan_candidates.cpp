@@ -62,11 +62,12 @@ class LocationReader {
         }
     }
 
-    void add(std::string identifier, const Path& path, std::string folder = {}) {
+    void add(std::string identifier, const Path& path, std::string folder = {}, std::string alias = {}) {
         if (identifier.empty()) return;
         found_.push_back({std::move(identifier),
                           {},
                           std::move(folder),
+                          std::move(alias),
                           location_.category,
                           action::MovePath{path},
                           location_.requiresRoot});
@@ -80,6 +81,7 @@ class LocationReader {
         found_.push_back({std::move(identifier),
                           applicationInPath(job->programPath.value_or("")),
                           {},
+                          {},
                           location_.category,
                           action::BootoutAndMove{job->label, plist, location_.isSystemDomain},
                           location_.requiresRoot});
@@ -87,7 +89,11 @@ class LocationReader {
 
     void judgeContainer(const DirectoryEntry& entry, const Path& path) {
         if (entry.kind != FileKind::directory || isApplesIdentifier(lowercased(entry.name))) return;
-        if (const auto owner = containerOwner(files_, path)) add(identifierInName(*owner), path);
+        const auto owner = containerOwner(files_, path);
+        if (!owner) return;
+        auto identifier = identifierInName(*owner), called = identifierInName(entry.name);
+        if (called == identifier) called.clear();
+        add(std::move(identifier), path, {}, std::move(called));
     }
 
     void judgeReport(const DirectoryEntry& entry, const Path& path) {

@@ -16,6 +16,7 @@ struct OrphanCandidate {
     std::string identifier; ///< in lower case
     std::string humanName;  ///< what the find itself calls its application; may be empty
     std::string folder;     ///< name of the vendor's folder that it lies in; mostly empty
+    std::string alias;      ///< another identifier that it is called by; mostly empty
     TraceCategory category = TraceCategory::supportFiles;
     TraceAction action;
     bool requiresRoot = false;

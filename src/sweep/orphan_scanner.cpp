@@ -22,9 +22,32 @@ namespace {
 struct Finds {
     std::string humanName;
     std::vector<Trace> traces;
-    bool hasMoreThanReceipts = false;
+    bool standsAlone = false; ///< not just receipts that may be those of a tool without any application
 };
 using FindsByIdentifier = std::map<std::string, Finds>;
+
+/// Places that are reached through links, for telling where a find really lies.
+class LinkedPlaces {
+  public:
+    void add(const Path& place, const Path& real) { places_.emplace_back(place, real); }
+
+    Path resolve(const Path& path) const {
+        for (const auto& [place, real] : places_)
+            if (path.isWithin(place))
+                return Path(real.string() + path.string().substr(place.string().size()));
+        return path;
+    }
+
+  private:
+    std::vector<std::pair<Path, Path>> places_; ///< few: a Mac has none
+};
+
+/// Would taking the find away take along what is at work, by the find's name or where it really lies?
+bool holdsWhatIsInUse(const KnownOwners& owners, const Path& find, const LinkedPlaces& linked) {
+    if (owners.holdsWhatIsInUse(find)) return true;
+    const auto real = linked.resolve(find);
+    return real != find && owners.holdsWhatIsInUse(real);
+}
 
 /// Decides which candidates are nobody's, and remembers the answer per identifier.
 class OwnerJudge {
@@ -38,7 +61,7 @@ class OwnerJudge {
 
     bool isOrphan(const OrphanCandidate& candidate) {
         if (!candidate.folder.empty() && owners_.ownsFolder(candidate.folder)) return false;
-        return isNobodys(candidate.identifier) && !owners_.holdsApplication(*movedPath(candidate.action));
+        return isNobodys(candidate.identifier) && (candidate.alias.empty() || isNobodys(candidate.alias));
     }
 
   private:
@@ -86,11 +109,14 @@ void measure(const FileSystem& files, std::vector<Trace>& traces, const StopToke
 class LocationSweep {
   public:
     LocationSweep(const OrphanScanner::Ports& ports, const BudgetedFiles& files, const UserEnvironment& user,
-                  OwnerJudge& judge, const std::vector<SweepGap>& gaps, const StopToken& stop)
+                  const KnownOwners& owners, const std::set<std::string>& lostPackages, OwnerJudge& judge,
+                  const std::vector<SweepGap>& gaps, const StopToken& stop)
         : ports_(ports),
           files_(files),
           user_(user),
           policy_(user, ports.files),
+          owners_(owners),
+          lostPackages_(lostPackages),
           judge_(judge),
           gaps_(gaps),
           stop_(stop) {}
@@ -112,23 +138,32 @@ class LocationSweep {
         return std::move(finds_);
     }
 
+    const LinkedPlaces& linked() const { return linked_; }
+
   private:
     /// Not a location that is a link to another one, or to what must not be touched.
     bool isToBeSearched(const SearchLocation& location) {
         const auto place = ports_.files.resolve(location.url);
-        return !place || *place == location.url
-               || (searched_.insert(*place).second && !policy_.check(*place / "item"));
+        if (!place || *place == location.url) return true;
+        linked_.add(location.url, *place);
+        return searched_.insert(*place).second && !policy_.check(*place / "item");
+    }
+
+    bool isClaimable(const OrphanCandidate& candidate) {
+        const auto& path = pathOf(candidate);
+        return canJudge(path, user_, gaps_) && judge_.isOrphan(candidate)
+               && !holdsWhatIsInUse(owners_, path, linked_) && !policy_.check(path);
     }
 
     void take(const SearchLocation& location, std::vector<OrphanCandidate> candidates,
               const OrphanScanner::OnFound& onFound) {
         std::vector<Trace> traces;
         for (auto& candidate : candidates) {
-            const auto& path = pathOf(candidate);
-            if (!canJudge(path, user_, gaps_) || !judge_.isOrphan(candidate) || policy_.check(path)) continue;
+            if (!isClaimable(candidate)) continue;
             auto& finds = finds_[candidate.identifier];
             if (finds.humanName.empty()) finds.humanName = candidate.humanName;
-            finds.hasMoreThanReceipts |= candidate.category != TraceCategory::receipts;
+            finds.standsAlone |=
+                candidate.category != TraceCategory::receipts || lostPackages_.contains(candidate.identifier);
             traces.push_back(makeOrphanTrace(std::move(candidate)));
         }
         candidates = {}; // there may be very many
@@ -142,10 +177,13 @@ class LocationSweep {
     const BudgetedFiles& files_;
     const UserEnvironment& user_;
     const PathPolicy policy_;
+    const KnownOwners& owners_;
+    const std::set<std::string>& lostPackages_;
     OwnerJudge& judge_;
     const std::vector<SweepGap>& gaps_;
     const StopToken& stop_;
     std::set<Path> searched_; ///< each place once, whatever leads to it
+    LinkedPlaces linked_;
     FindsByIdentifier finds_;
 };
 
@@ -166,7 +204,7 @@ FindsByIdentifier joined(FindsByIdentifier&& byIdentifier) {
         auto &owner = known->second, &finds = node.mapped();
         std::move(finds.traces.begin(), finds.traces.end(), std::back_inserter(owner.traces));
         if (owner.humanName.empty()) owner.humanName = finds.humanName;
-        owner.hasMoreThanReceipts |= finds.hasMoreThanReceipts;
+        owner.standsAlone |= finds.standsAlone;
     }
     return owners;
 }
@@ -180,14 +218,13 @@ std::string nameFromIdentifier(const std::string& identifier) {
 
 /// The finds that `isStill` an orphan's, largest group first.
 std::vector<OrphanGroup> grouped(FindsByIdentifier&& finds, const KnownOwners& owners,
-                                 const std::function<bool(const Path&)>& isStill) {
+                                 const std::function<bool(const Trace&)>& isStill) {
     std::vector<OrphanGroup> groups;
     groups.reserve(finds.size());
     for (; !finds.empty(); finds.erase(finds.begin())) {
         auto& [identifier, each] = *finds.begin();
-        std::erase_if(each.traces, [&](const Trace& trace) { return !isStill(*movedPath(trace.action)); });
-        // A receipt alone may be that of a tool without any application.
-        if (!each.hasMoreThanReceipts || each.traces.empty() || owners.claims(identifier)) continue;
+        std::erase_if(each.traces, [&](const Trace& trace) { return !isStill(trace); });
+        if (!each.standsAlone || each.traces.empty() || owners.claims(identifier)) continue;
         auto name = each.humanName.empty() ? nameFromIdentifier(identifier) : std::move(each.humanName);
         groups.push_back({identifier, std::move(name), std::move(each.traces)});
     }
@@ -217,18 +254,21 @@ OrphanScanner::Look OrphanScanner::lookForOwners(InstalledBundles& installed, co
     const auto jobs = listLivingJobs(ports_.files, user_, owners, stop);
     owners.add(jobs.labels);
     owners.addWithoutMaker(jobs.helpers);
+    owners.addPrograms(jobs.programs);
     return {std::move(owners), findSweepGaps(ports_.files, user_, *bundles, jobs.unreadable)};
 }
 
 OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set<std::string>& protectedIDs,
                                      const StopToken& stop, const OnFound& onFound) {
     auto [owners, gaps] = lookForOwners(installed, stop);
-    owners.add(listLivingPackages(ports_.files, ports_.receipts, user_, owners, stop));
+    const auto packages = listLivingPackages(ports_.files, ports_.receipts, user_, owners, stop);
+    owners.add(packages.identifiers);
     OrphanScanResult result;
     if (stop.stopRequested()) return result;
     const BudgetedFiles files(ports_.files);
     OwnerJudge judge(owners, ports_.running, isRegistered_, protectedIDs);
-    auto finds = LocationSweep(ports_, files, user_, judge, gaps, stop).run(result, onFound);
+    LocationSweep sweep(ports_, files, user_, owners, packages.lost, judge, gaps, stop);
+    auto finds = sweep.run(result, onFound);
 
     // Applications that were installed meanwhile, or stood elsewhere or were being updated at the first look.
     // Where nothing is claimed, they change nothing.
@@ -237,8 +277,12 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
         if (stop.stopRequested()) return result;
         for (const auto& gap : now.gaps)
             if (std::find(gaps.begin(), gaps.end(), gap) == gaps.end()) gaps.push_back(gap);
-        result.groups = grouped(joined(std::move(finds)), now.owners, [&](const Path& path) {
-            return canJudge(path, user_, gaps) && !now.owners.holdsApplication(path);
+        result.groups = grouped(joined(std::move(finds)), now.owners, [&](const Trace& trace) {
+            const auto& path = *movedPath(trace.action);
+            const bool isCalledAfterAnOwner = trace.category == TraceCategory::containers
+                                              && now.owners.claims(identifierInName(path.lastComponent()));
+            return !isCalledAfterAnOwner && canJudge(path, user_, gaps)
+                   && !holdsWhatIsInUse(now.owners, path, sweep.linked());
         });
     }
     if (stop.stopRequested()) return result;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
+#include <utility>
 
 namespace tidwen {
 namespace {
@@ -16,8 +18,27 @@ bool isWithin(const Path& item, const std::optional<Path>& folder) {
 }
 
 bool isOfOthers(const Path& place, const UserEnvironment& user) {
-    return place.isWithin(Path("/Users")) && !place.isWithin(user.home)
-           && !place.isWithin(Path("/Users/Shared"));
+    if (place.isWithin(user.home)) return false;
+    const bool isNamed = std::any_of(user.otherHomes.begin(), user.otherHomes.end(),
+                                     [&](const Path& home) { return place.isWithin(home); });
+    return isNamed || (place.isWithin(Path("/Users")) && !place.isWithin(Path("/Users/Shared")));
+}
+
+bool leadsNowhere(const FileSystem& files, const Path& item) {
+    const auto info = files.info(item);
+    return info && info->kind == FileKind::symbolicLink && !files.infoFollowingLinks(item);
+}
+
+/// What lies in a folder that could not be read is missed with it.
+void dropWhatLiesInOthers(std::vector<SweepGap>& gaps) {
+    std::set<std::pair<Path, bool>> unreadable;
+    for (const auto& gap : gaps)
+        if (gap.reason == SweepGap::Reason::unreadable) unreadable.emplace(gap.place, gap.isOfOthers);
+    std::erase_if(gaps, [&](const SweepGap& gap) {
+        for (Path above = gap.place; !above.isRoot();)
+            if (above = above.parent(); unreadable.contains({above, gap.isOfOthers})) return true;
+        return false;
+    });
 }
 
 } // namespace
@@ -30,6 +51,10 @@ std::string_view name(SweepGap::Reason reason) {
         return "unreadable";
     case SweepGap::Reason::uncounted:
         return "uncounted";
+    case SweepGap::Reason::damaged:
+        return "damaged";
+    case SweepGap::Reason::away:
+        return "away";
     }
     return "unreadable";
 }
@@ -43,6 +68,10 @@ Message SweepGap::describe() const {
             return isOfOthers ? "orphans.gap.unreadable.shared %@" : "orphans.gap.unreadable %@";
         case Reason::uncounted:
             return isOfOthers ? "orphans.gap.uncounted.shared %@" : "orphans.gap.uncounted %@";
+        case Reason::damaged:
+            return isOfOthers ? "orphans.gap.damaged.shared %@" : "orphans.gap.damaged %@";
+        case Reason::away:
+            return isOfOthers ? "orphans.gap.away.shared %@" : "orphans.gap.away %@";
         }
         return "orphans.gap.unreadable %@";
     };
@@ -56,14 +85,18 @@ std::vector<SweepGap> findSweepGaps(const FileSystem& files, const UserEnvironme
     const auto add = [&](const Path& place, SweepGap::Reason reason) {
         gaps.push_back({place, reason, isOfOthers(place, user)});
     };
+    const auto addUnreadable = [&](const Path& place) {
+        add(place, leadsNowhere(files, place) ? SweepGap::Reason::away : SweepGap::Reason::unreadable);
+    };
     for (const auto& folder : coverage.unreadable)
-        add(folder, SweepGap::Reason::unreadable);
+        addUnreadable(folder);
     for (const auto& bundle : coverage.damaged)
-        add(bundle, SweepGap::Reason::unreadable);
+        add(bundle, SweepGap::Reason::damaged);
     for (const auto& folder : coverage.uncounted)
         add(folder, SweepGap::Reason::uncounted);
     for (const auto& job : unreadableJobs)
-        add(job, SweepGap::Reason::unreadable);
+        addUnreadable(job);
+    dropWhatLiesInOthers(gaps);
 
     const auto isOfApplications = [](const SweepGap& gap) {
         return gap.place.isWithin(applicationsFolder());

@@ -14,8 +14,10 @@ namespace tidwen {
 struct SweepGap {
     enum class Reason {
         absent,     ///< there is no such folder: /Applications of a disk that is not whole
-        unreadable, ///< a folder, or what a bundle says of itself, that cannot be read
+        unreadable, ///< a folder, or a part of a bundle or job, that cannot be read
         uncounted,  ///< holds more than is counted
+        damaged,    ///< a bundle whose Info.plist cannot be read
+        away,       ///< a link that leads nowhere, perhaps to a disk that is not attached
     };
     Path place;
     Reason reason = Reason::unreadable;

@@ -104,6 +104,8 @@ TEST_F(OrphanScan, LeavesAloneWhatAnybodyCouldClaim) {
     volume.link("/Applications/Linked.app", "/Elsewhere/Linked.app");
     volume.write(home + "Containers/com.apple.mail/.com.apple.containermanagerd.metadata.plist",
                  writeXmlPropertyList(PropertyListDictionary{{"MCMMetadataIdentifier", "com.gone.liar"}}));
+    volume.write(home + "Containers/com.marlin.notes/.com.apple.containermanagerd.metadata.plist",
+                 writeXmlPropertyList(PropertyListDictionary{{"MCMMetadataIdentifier", "com.gone.other"}}));
     volume.write("/Users/alice/Documents/com.gone.letters/x", "x");
     volume.link(home + "WebKit", "../Documents");
     const char* names[] = {
@@ -212,6 +214,47 @@ TEST_F(OrphanScan, KnowsADeadJobByItsProgram) {
     EXPECT_THAT(orphans(), testing::UnorderedElementsAreArray(dead));
 }
 
+TEST_F(OrphanScan, LeavesAloneWhatALivingJobStarts) {
+    volume.makeFolder("/Users/bob/Library");
+    volume.link(home + "HTTPStorages", "Elsewhere");
+    volume.link("/Users/alice/tools", home + "Caches/com.gone.linked");
+    const std::string support = "Library/Application Support/";
+    const struct {
+        std::string item, agents;
+        PropertyListDictionary means;
+        bool lives;
+    } jobs[] = {
+        {"/Users/alice/" + support + "com.gone.agent", home, {{"Program", "@/bin/tool"}}, true},
+        {"/" + support + "com.gone.script",
+         "/Library/",
+         {{"ProgramArguments", PropertyListArray{"/bin/sh", "@/tool"}}},
+         true},
+        {"/Users/Shared/com.gone.common", "/Users/bob/Library/", {{"Program", "@/tool"}}, true},
+        {home + "Caches/com.gone.linked", home, {{"Program", "/Users/alice/tools/tool"}}, true},
+        {home + "Elsewhere/com.gone.moved", home, {{"Program", "@/tool"}}, true},
+        {home + "Caches/com.gone.absent",
+         home,
+         {{"ProgramArguments", PropertyListArray{"/bin/sh", "@/none"}}},
+         false},
+        {home + "Caches/com.gone.dead",
+         home,
+         {{"ProgramArguments", PropertyListArray{"/Applications/Gone.app/x", "@/tool"}}},
+         false},
+    };
+    std::vector<std::string> dead;
+    int number = 0;
+    for (const auto& [item, agents, means, lives] : jobs) {
+        for (const auto* program : {"/tool", "/bin/tool"})
+            volume.write(item + program, "x");
+        auto list = writeXmlPropertyList(means);
+        if (const auto at = list.find('@'); at != list.npos) list.replace(at, 1, item);
+        list.insert(list.find("<dict>") + 6, "<key>Label</key><string>net.starter</string>");
+        volume.write(agents + "LaunchAgents/" + std::to_string(++number) + ".plist", list);
+        if (!lives) dead.push_back(Path(item).lastComponent());
+    }
+    EXPECT_THAT(orphans(), testing::UnorderedElementsAreArray(dead));
+}
+
 TEST_F(OrphanScan, ClaimsNothingWhereAJobThatWorksMayNotHaveBeenCounted) {
     volume.write("/opt/tool", "x");
     volume.write(home + "Caches/com.gone.ferry/data", "x");
@@ -270,10 +313,19 @@ TEST_F(OrphanScan, KnowsADeadPackageByItsFiles) {
     EXPECT_THAT(orphans(), testing::UnorderedElementsAreArray(dead));
 }
 
+TEST_F(OrphanScan, TakesAReceiptAloneOnlyWhenItsApplicationIsGone) {
+    receipts.packages = {{"com.lost.app", {"Applications/Lost.app/Contents/x"}},
+                         {"com.lost.tool", {"usr/local/bin/gone"}}};
+    for (const auto& [identifier, files] : receipts.packages)
+        volume.write("/private/var/db/receipts/" + identifier + ".bom", "x");
+    EXPECT_THAT(orphans(), ElementsAre("com.lost.app"));
+}
+
 TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
     using Reason = SweepGap::Reason;
     const std::string damaged = "/Applications/Damaged.app";
     test::writeBundle(volume, "/Users/bob/Applications/Bobs.app", "com.bobs.app", "Bobs");
+    volume.makeFolder("/Users/bob/Library/LaunchAgents");
     test::writeBundle(volume, damaged, "com.damaged.app", "Damaged");
     test::giveToUnprivileged(volume.hostRoot());
     const auto forbid = [&](const std::string& path) {
@@ -285,13 +337,17 @@ TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
         SweepGap gap;
         std::vector<std::string> claimed;
     } cases[] = {
+        {"other user's Library",
+         [&] { forbid("/Users/bob/Library"); },
+         {Path("/Users/bob/Library"), Reason::unreadable, true},
+         {"com.gone.own"}},
         {"other user's applications",
          [&] { forbid("/Users/bob/Applications"); },
          {Path("/Users/bob/Applications"), Reason::unreadable, true},
          {"com.gone.own"}},
         {"damaged application",
          [&] { volume.write(damaged + "/Contents/Info.plist", "?"); },
-         {Path(damaged), Reason::unreadable, false},
+         {Path(damaged), Reason::damaged, false},
          {}},
         {"a maker's folder",
          [&] {
@@ -303,11 +359,11 @@ TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
          {}},
         {"an application on a disk that is away",
          [&] { volume.link("/Applications/Away.app", "/Volumes/Drive/Away.app"); },
-         {Path("/Applications/Away.app"), Reason::unreadable, false},
+         {Path("/Applications/Away.app"), Reason::away, false},
          {}},
         {"a suite on a disk that is away",
          [&] { volume.link("/Applications/Suite", "/Volumes/Drive/Suite"); },
-         {Path("/Applications/Suite"), Reason::unreadable, false},
+         {Path("/Applications/Suite"), Reason::away, false},
          {}},
         {"a helper of an application",
          [&] {
@@ -347,6 +403,8 @@ TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
             change();
             const auto result = scan();
             EXPECT_THAT(result.gaps, testing::Contains(gap));
+            EXPECT_THAT(eachOf(result.gaps, &SweepGap::place),
+                        testing::Not(testing::Contains(Path("/Users/bob/Library/LaunchAgents"))));
             EXPECT_EQ(eachOf(result.groups, &OrphanGroup::bundleID), claimed);
         }
     });
