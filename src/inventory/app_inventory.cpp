@@ -82,7 +82,7 @@ InstalledApp AppInventory::complete(const FileSystem& files, InstalledApp app,
 std::vector<InstalledApp> AppInventory::build(const StopToken& stop, const OnApp& onApp) {
     const BudgetedFiles files(ports_.files);
     const BudgetedSignatures signatures(ports_.signatures, files.budget());
-    const auto bundles = findApplicationBundles(ports_.files, user_);
+    const auto bundles = findApplicationBundles(ports_.files, user_, &unreadable_);
     const auto jobs = launchJobs(files, stop);
     InOrder results(bundles.size(), onApp);
     parallelFor(bundles.size(), [&](std::size_t index) {

@@ -42,6 +42,9 @@ class AppInventory {
     /// Files and folders that the last `build` did not read, because the disk holds too much to read.
     std::uint64_t leftOut() const { return leftOut_; }
 
+    /// Folders that the last `build` could not list; they may hold more applications.
+    const std::vector<Path>& unreadable() const { return unreadable_; }
+
     /// Measures the bundles whose size is not known or whose content changed. `onSize` comes from any thread,
     /// one call at a time.
     void measure(std::vector<InstalledApp>& apps, const StopToken& stop = {}, const OnSize& onSize = {});
@@ -63,6 +66,7 @@ class AppInventory {
     std::mutex mutex_; ///< guards `sizes_`
     std::map<Path, Measured> sizes_;
     std::uint64_t leftOut_ = 0;
+    std::vector<Path> unreadable_;
 };
 
 } // namespace tidwen

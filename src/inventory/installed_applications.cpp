@@ -4,6 +4,7 @@
 #include "base/text.h"
 #include "platform/budgeted_files.h"
 #include "platform/budgeted_sources.h"
+#include "platform/file_absence.h"
 #include "scan/applications/bundle.h"
 
 #include <algorithm>
@@ -28,7 +29,10 @@ class BundleSearch {
         if (foldersLeft_ <= 0) return;
         --foldersLeft_;
         const auto entries = files_.list(folder);
-        if (!entries) return;
+        if (!entries) {
+            if (!isAbsence(entries.error())) unreadable_.push_back(folder);
+            return;
+        }
         for (const auto& entry : *entries) {
             if (!isValidUtf8(entry.name)) continue;
             const Path item = folder / entry.name;
@@ -43,11 +47,13 @@ class BundleSearch {
     }
 
     std::vector<Path> found() const { return {found_.begin(), found_.end()}; }
+    const std::vector<Path>& unreadable() const { return unreadable_; }
 
   private:
     const FileSystem& files_;
     int foldersLeft_ = maximumFolders;
     std::set<Path> found_;
+    std::vector<Path> unreadable_;
 };
 
 /// What `read` gives for each bundle, in their order, those without an answer left out.
@@ -63,10 +69,12 @@ std::vector<Value> readInParallel(const std::vector<Path>& bundles, const Read& 
 
 } // namespace
 
-std::vector<Path> findApplicationBundles(const FileSystem& files, const UserEnvironment& user) {
+std::vector<Path> findApplicationBundles(const FileSystem& files, const UserEnvironment& user,
+                                         std::vector<Path>* unreadable) {
     BundleSearch search(files);
     search.searchFolder(Path("/Applications"), subfolderDepth);
     search.searchFolder(user.home / "Applications", subfolderDepth);
+    if (unreadable) *unreadable = search.unreadable();
     return search.found();
 }
 

@@ -12,8 +12,10 @@
 namespace tidwen {
 
 /// Bundles in /Applications (subfolders to depth 2), the home's Applications, and applications nested in
-/// suites' folders; sorted by path. The Trash and the insides of bundles are not looked at.
-std::vector<Path> findApplicationBundles(const FileSystem& files, const UserEnvironment& user);
+/// suites' folders; sorted by path. The Trash and the insides of bundles are not looked at. `unreadable`,
+/// unless null, receives the folders that may hold others.
+std::vector<Path> findApplicationBundles(const FileSystem& files, const UserEnvironment& user,
+                                         std::vector<Path>* unreadable = nullptr);
 
 /// Name and identifier of each bundle; Apple's own count too, since they own what is theirs. Read in
 /// parallel.

@@ -61,10 +61,12 @@ InstallerScanResult scanInstallers(const FileSystem& files, const UserEnvironmen
         return result;
     }
     for (const auto& entry : *entries) {
-        if (entry.name.starts_with('.') || !isValidUtf8(entry.name)) continue;
         const auto url = folder / entry.name;
-        if (!isInstallerName(url)) continue;
-        if (auto file = describe(files, url, apps)) result.files.push_back(std::move(*file));
+        if (entry.name.starts_with('.') || !isInstallerName(url)) continue;
+        if (!isValidUtf8(entry.name))
+            result.skippedNames.push_back(url);
+        else if (auto file = describe(files, url, apps))
+            result.files.push_back(std::move(*file));
     }
     std::stable_sort(result.files.begin(), result.files.end(), [](const auto& a, const auto& b) {
         return a.sizeBytes.value_or(0) > b.sizeBytes.value_or(0);

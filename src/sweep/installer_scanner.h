@@ -24,8 +24,12 @@ struct InstallerFile {
 };
 
 struct InstallerScanResult {
-    std::vector<InstallerFile> files; ///< largest first
-    bool unreadable = false;          ///< Downloads could not be listed
+    std::vector<InstallerFile> files;    ///< largest first
+    bool unreadable = false;             ///< Downloads could not be listed
+    std::vector<Path> skippedNames = {}; ///< disk images and packages whose names are not valid UTF-8
+
+    /// There are no other installers in Downloads.
+    bool isComplete() const { return !unreadable && skippedNames.empty(); }
 };
 
 /// Only reads. A missing Downloads folder is unreadable too: there is nothing to be said about its content.

@@ -67,7 +67,7 @@ bool hasLostProgram(const StartupItem& item);
 
 struct StartupScanResult {
     std::vector<StartupItem> items; ///< orphans first, then by label as people read
-    std::vector<Path> unreadable;   ///< folders that exist and could not be listed
+    std::vector<Path> unreadable;   ///< folders of jobs or applications that exist and could not be listed
     std::uint64_t leftOut = 0;      ///< jobs and folders not read to their end: there is too much to read
     friend bool operator==(const StartupScanResult&, const StartupScanResult&) = default;
 };

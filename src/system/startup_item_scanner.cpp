@@ -76,6 +76,14 @@ class StartupItemScanner::Owners {
         });
     }
 
+    /// Its identifier stands anywhere in the label: behind a team's prefix, or a word of its maker's own.
+    std::optional<Owner> identifiedWithin(const std::string& label) const {
+        const auto framed = "." + label + ".";
+        return installedWhere([&](const Each& owner) {
+            return owner.parts.size() >= 2 && contains(framed, "." + owner.lowerID + ".");
+        });
+    }
+
     std::optional<Owner> relatedTo(const std::vector<std::string>& label) const {
         const auto* found = first([&](const Each& owner) {
             return sharesVendor(label, owner.parts) || sharesToken(label, owner.lowerID);
@@ -176,6 +184,7 @@ Owner StartupItemScanner::attributeOwner(const std::string& label,
         if (const auto parent = joined(parts, count - 1); isRegistered_(parent))
             return {Owner::Kind::registered, {}, parent, {}};
     if (const auto owner = owners.relatedTo(parts)) return *owner;
+    if (const auto owner = owners.identifiedWithin(lowered)) return *owner;
     const auto found = programPath && !programPath->empty() ? programs.find(*programPath) : JobProgram::gone;
     // In a part of macOS or on another disk that is not here, it is taken to be there.
     if (found == JobProgram::present || found == JobProgram::away)
@@ -199,6 +208,12 @@ class StartupItemScanner::Run {
             owners_.add(bundle.url, bundle.name, bundle.bundleID);
             if (bundle.place != bundle.url) owners_.add(bundle.place, bundle.name, bundle.bundleID);
         }
+    }
+
+    /// A job may be said to belong to an application that is not known only while all are.
+    void addUnreadableApplications(const Path& folder) {
+        for (const auto& place : bundles_->coverage().unreadable)
+            if (place.isWithin(folder)) result_.unreadable.push_back(place);
     }
 
     void addFolder(const Directory& directory) {
@@ -249,6 +264,8 @@ StartupScanResult StartupItemScanner::scan(const std::vector<InstalledApp>& apps
     Run run(*this, apps);
     for (const auto& directory : directories(user_))
         run.addFolder(directory);
+    for (const auto& folder : {Path("/Applications"), user_.home / "Applications"})
+        run.addUnreadableApplications(folder);
     for (const auto& app : apps)
         run.addEmbedded(app);
     return run.take();

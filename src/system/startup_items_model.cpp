@@ -179,6 +179,15 @@ void StartupItemsModel::setEnabled(const StartupItem& item, bool on, std::functi
         });
 }
 
+std::vector<const StartupItem*> StartupItemsModel::itemsNamed(const std::string& labelOrID) const {
+    std::vector<const StartupItem*> named;
+    for (const auto& item : result.get().items) {
+        if (item.id() == labelOrID) return {&item};
+        if (item.label == labelOrID) named.push_back(&item);
+    }
+    return named;
+}
+
 std::string StartupItemsModel::ownerText(const StartupItem& item) const {
     const auto& owner = item.owner;
     const auto& texts = ports_.texts;

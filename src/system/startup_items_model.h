@@ -68,6 +68,8 @@ class StartupItemsModel {
     /// Chooses every orphan, or none when all were chosen.
     void toggleSelectAllOrphans();
     std::vector<StartupItem> selectedItems() const;
+    /// The item of this id, else all with this label: several property lists may bear the same.
+    std::vector<const StartupItem*> itemsNamed(const std::string& labelOrID) const;
 
     /// Switches one job; ignored where there is no switch and while a change of it is in flight.
     void setEnabled(const StartupItem& item, bool on, std::function<void()> done = {});

@@ -2,6 +2,7 @@
 
 #include "support/fixtures.h"
 #include "support/matchers.h"
+#include "support/unprivileged.h"
 
 namespace tidwen {
 namespace {
@@ -51,6 +52,16 @@ TEST_F(Inventory, ListsBundlesButNothingInsideThem) {
               eachOf(readIdentities(volume.files(), bundles()), &InstalledIdentity::url));
     EXPECT_THAT(eachOf(listInstalledApps(volume.files(), signatures, bundles()), &InstalledApp::name),
                 ElementsAre("Deep 9", "Deep 10", "élan", "Zebra"));
+}
+
+TEST_F(Inventory, NamesTheFoldersThatItMayNotLookInto) {
+    test::giveToUnprivileged(volume.hostRoot());
+    test::asUnprivileged([&] {
+        std::filesystem::permissions(volume.host("/Applications/Maker"), std::filesystem::perms::none);
+        std::vector<Path> unreadable;
+        findApplicationBundles(volume.files(), test::alice(), &unreadable);
+        EXPECT_THAT(unreadable, ElementsAre(Path("/Applications/Maker")));
+    });
 }
 
 } // namespace

@@ -51,7 +51,10 @@ TEST(InstallerScanner, ListsLargestFirstAndLooksIntoPackages) {
     volume.write("/Users/alice/Downloads/sub/inner.dmg", "x");
     volume.write("/Users/alice/Downloads/readme.txt", "x");
     volume.link("/Users/alice/Downloads/link.dmg", "/Users/alice/Downloads/Setup.PKG");
+    volume.write("/Users/alice/Downloads/\xff.dmg", "x");
+    volume.write("/Users/alice/Downloads/\xff.txt", "x");
     const auto result = scanInstallers(volume.files(), test::alice(), {});
+    EXPECT_EQ(result.skippedNames, std::vector{Path("/Users/alice/Downloads/\xff.dmg")});
     ASSERT_EQ(result.files.size(), 3u);
     EXPECT_EQ(result.files[0].url, Path("/Users/alice/Downloads/Tool.mpkg"));
     EXPECT_GE(result.files[0].sizeBytes.value_or(0), 50'000);

@@ -4,6 +4,7 @@
 #include "support/matchers.h"
 #include "support/memory_defaults.h"
 #include "support/stand_ins.h"
+#include "support/unprivileged.h"
 
 namespace tidwen {
 namespace {
@@ -48,7 +49,7 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
     const StartupItemScanner scanner(volume.files(), test::alice(), bundles,
                                      [](const std::string& id) { return id == "com.known.product"; });
     const std::vector<InstalledApp> apps = {app("Foo", "com.vendor.app"), app("Sync", "com.other.syncerpro"),
-                                            app("Helper", "com.y.helperapp")};
+                                            app("Helper", "com.y.helperapp"), app("Kip", "com.kip.per")};
     const struct {
         const char *label, *program; ///< nullptr: none
         OwnerKind owner;
@@ -62,6 +63,9 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
         {"com.known.product.agent", nullptr, OwnerKind::registered, "com.known.product"},
         {"org.example.syncer", nullptr, OwnerKind::related, "Sync"},
         {"com.x.helper", nullptr, OwnerKind::missing, ""}, // a word that many use
+        {"ABCDE12345.com.kip.per.x", "/usr/local/bin/tool", OwnerKind::installed, "Kip"},
+        {"x.com.Kip.per", nullptr, OwnerKind::installed, "Kip"},
+        {"x.com.kip.person", nullptr, OwnerKind::missing, ""},
         {"myjob", nullptr, OwnerKind::unknown, ""},
         {"foo.bar", "/nowhere", OwnerKind::missing, ""},
         {"foo.bar", "", OwnerKind::missing, ""},
@@ -199,6 +203,30 @@ TEST_F(StartupItems, ShowsOrphansFirstAndTakesLaunchdsWord) {
     model.refreshDisabled();
     settle();
     EXPECT_EQ(model.switchState(item("com.vendor.app.agent")), SwitchState::on);
+}
+
+TEST_F(StartupItems, FindsEveryJobOfALabelAndSaysWhereItCouldNotLook) {
+    const std::string own = "/Users/alice/Library/LaunchAgents/a.plist",
+                      all = "/Library/LaunchAgents/b.plist";
+    writeJob(own, {{"Label", "net.twice"}});
+    writeJob(all, {{"Label", "net.twice"}});
+    volume.makeFolder("/Applications/Maker");
+    test::giveToUnprivileged(volume.hostRoot());
+    test::asUnprivileged([&] {
+        std::filesystem::permissions(volume.host("/Applications/Maker"), std::filesystem::perms::none);
+        model.load();
+        settle();
+        const auto idsNamed = [&](const std::string& word) {
+            std::vector<std::string> ids;
+            for (const auto* each : model.itemsNamed(word))
+                ids.push_back(each->id());
+            return ids;
+        };
+        EXPECT_THAT(idsNamed("net.twice"), testing::UnorderedElementsAre(own, all));
+        EXPECT_THAT(idsNamed(all), ElementsAre(all));
+        EXPECT_THAT(idsNamed("net.none"), IsEmpty());
+        EXPECT_THAT(model.result.get().unreadable, ElementsAre(Path("/Applications/Maker")));
+    });
 }
 
 TEST_F(StartupItems, SwitchesOneJobAtATimeAndIsSilentWhenThePromptIsDismissed) {

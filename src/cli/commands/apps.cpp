@@ -94,11 +94,11 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
         context.console.line(context.text(apps.empty() ? "cli.apps.none" : "cli.apps.noMatch"));
     else
         print(groups, context);
-    if (const auto leftOut = inventory.leftOut(); leftOut > 0) {
-        context.console.complain(context.text("cli.leftOut %lld", {std::to_string(leftOut)}));
-        return ExitStatus::someFailed;
-    }
-    return ExitStatus::done;
+    for (const auto& folder : inventory.unreadable())
+        context.console.complain(context.text("cli.unreadable %@", {folder.string()}));
+    const auto leftOut = inventory.leftOut();
+    if (leftOut > 0) context.console.complain(context.text("cli.leftOut %lld", {std::to_string(leftOut)}));
+    return leftOut > 0 || !inventory.unreadable().empty() ? ExitStatus::someFailed : ExitStatus::done;
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "cli/commands/confirmed_removal.h"
 #include "cli/console.h"
+#include "cli/incomplete_output.h"
 #include "cli/json/sweep.h"
 #include "cli/labels.h"
 #include "cli/table.h"
@@ -10,8 +11,13 @@ namespace tidwen {
 
 namespace {
 
-void print(const InstallerScanResult& result, const CommandContext& context) {
+void printUnseen(const InstallerScanResult& result, const CommandContext& context) {
     if (result.unreadable) context.console.line(context.text("installers.unreadable.title"), Paint::caution);
+    printIncomplete(0, result.skippedNames, context);
+}
+
+void print(const InstallerScanResult& result, const CommandContext& context) {
+    printUnseen(result, context);
     for (const bool matched : {true, false}) {
         Table table({Table::Align::right, Table::Align::left});
         for (const auto& file : result.files)
@@ -27,7 +33,7 @@ void print(const InstallerScanResult& result, const CommandContext& context) {
             Paint::strong);
         table.print(context.console, 2);
     }
-    if (result.files.empty() && !result.unreadable)
+    if (result.files.empty() && result.isComplete())
         context.console.line(context.text("installers.empty.title"));
 }
 
@@ -47,17 +53,21 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
         listInstalledApps(system.files, system.signatures, findApplicationBundles(system.files, system.user));
     const auto result = scanInstallers(system.files, system.user, apps);
     if (removes) {
+        if (result.unreadable) return context.refuse({"installers.unreadable.title"});
+        for (const auto& file : result.skippedNames)
+            context.console.complain(context.text("cli.skippedName %@", {file.string()}));
         FlowSession session(context, mac);
         session.model().show(stage::Installers{});
         session.model().offer(context.text("category.installers"),
                               traces(result, context.arguments.has("--select")));
-        return removeFound(context, mac, session, RemovalMode::uninstall);
+        const auto status = removeFound(context, mac, session, RemovalMode::uninstall);
+        return status == ExitStatus::done && !result.isComplete() ? ExitStatus::someFailed : status;
     }
     if (context.arguments.json)
         context.console.document(json::document(result));
     else
         print(result, context);
-    return result.unreadable ? ExitStatus::someFailed : ExitStatus::done;
+    return result.isComplete() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 } // namespace

@@ -45,8 +45,9 @@ class StartupSession {
     ExitStatus switchJobs(const std::vector<std::string>& words, bool on) {
         std::vector<const StartupItem*> chosen;
         for (const auto& word : words) {
-            chosen.push_back(find(word));
-            if (!chosen.back()) return context_.refuse({"cli.startup.unknown %@", {word}});
+            const auto item = find(word);
+            if (!item) return refuseUnseen(item.error());
+            chosen.push_back(*item);
         }
         auto status = ExitStatus::done;
         for (const auto* item : chosen) {
@@ -73,20 +74,25 @@ class StartupSession {
     ExitStatus remove(const std::vector<std::string>& words) {
         if (context_.arguments.has(orphansOption)) selectOrphans();
         for (const auto& word : words) {
-            const auto* item = find(word);
-            if (!item) return context_.refuse({"cli.startup.unknown %@", {word}});
-            if (!model_.isSelectable(*item))
-                return context_.refuse({"cli.startup.notRemovable %@", {item->label}});
-            if (!model_.selection.get().contains(item->id())) model_.toggleSelection(*item);
+            const auto found = find(word);
+            if (!found) return refuseUnseen(found.error());
+            const auto& item = **found;
+            if (!model_.isSelectable(item))
+                return context_.refuse({"cli.startup.notRemovable %@", {item.label}});
+            if (!model_.selection.get().contains(item.id())) model_.toggleSelection(item);
         }
         std::vector<Trace> traces;
         for (const auto& item : model_.selectedItems())
             if (auto trace = startupTrace(item)) traces.push_back(std::move(*trace));
+        const bool isComplete = model_.result.get().unreadable.empty();
+        complainOfUnreadable();
+        if (traces.empty() && !isComplete) return ExitStatus::refused;
         // The jobs were chosen by name or as orphans, so their risk needs no further choice.
         FlowSession session(context_, mac_);
         session.model().show(stage::StartupItems{});
         session.model().offer(context_.text("cli.startup.title"), std::move(traces));
-        return removeFound(context_, mac_, session, RemovalMode::uninstall, Chosen::all);
+        const auto status = removeFound(context_, mac_, session, RemovalMode::uninstall, Chosen::all);
+        return status == ExitStatus::done && !isComplete ? ExitStatus::someFailed : status;
     }
 
   private:
@@ -103,12 +109,25 @@ class StartupSession {
         main_.runUntil([&isDone] { return isDone; });
     }
 
-    const StartupItem* find(const std::string& word) const {
-        const auto& items = model_.result.get().items;
-        const auto found = std::find_if(items.begin(), items.end(), [&](const auto& item) {
-            return item.label == word || item.id() == word;
-        });
-        return found == items.end() ? nullptr : &*found;
+    /// The one item of this label or id, else why there is not one.
+    tl::expected<const StartupItem*, Message> find(const std::string& word) const {
+        const auto named = model_.itemsNamed(word);
+        if (named.empty()) return tl::unexpected(Message{"cli.startup.unknown %@", {word}});
+        if (named.size() == 1) return named.front();
+        std::string files;
+        for (const auto* item : named)
+            files += (files.empty() ? "" : ", ") + item->id();
+        return tl::unexpected(Message{"cli.startup.ambiguous %@ %@", {word, files}});
+    }
+
+    ExitStatus refuseUnseen(const Message& reason) const {
+        complainOfUnreadable();
+        return context_.refuse(reason);
+    }
+
+    void complainOfUnreadable() const {
+        for (const auto& folder : model_.result.get().unreadable)
+            context_.console.complain(context_.text("cli.unreadable %@", {folder.string()}));
     }
 
     void print() {

@@ -55,6 +55,7 @@ void write(const OrphanScanResult& orphans, const JsonStream::Sink& sink) {
 std::string document(const InstallerScanResult& installers) {
     return writeJson(
         {{"files", array(installers.files, [](const InstallerFile& file) { return object(file); })},
+         {"skippedNames", array(installers.skippedNames, toValue)},
          {"unreadable", installers.unreadable}});
 }
 

@@ -42,7 +42,8 @@ class Around(VolumeTest):
         self.call("orphans", "--remove", "--dry-run", "--json")
         self.assertEqual(snapshot(self.volume, "Users/alice/.Trash"), before)
         self.call("orphans", "--remove", "--yes")
-        self.assertLess(len(self.call("orphans", "--json").json["groups"]), len(groups))
+        left = {trace["displayName"] for group in self.call("orphans", "--json").json["groups"] for trace in group["traces"]}
+        self.assertEqual(left, {path for path in everything if "/receipts/" in path}, "what stays is shown again")
         self.call("undo", "1")
         self.assertEqual(snapshot(self.volume, "Users/alice/.Trash"), before)
 
@@ -174,6 +175,9 @@ class Around(VolumeTest):
 
     def test_wrong_words_are_refused(self):
         job = self.call("startup", "list", "--json").json["items"][-1]["label"]
+        for folder in ("Library/LaunchAgents", "Library/LaunchDaemons"):
+            (self.volume / folder / "twice.plist").write_bytes(
+                plistlib.dumps({"Label": "net.twice", "Program": "/Applications/Gone.app/x"}))
         before = snapshot(self.volume)
         for words, saying in [(["startup", "fly"], "fly"), (["startup", "off", "no.such"], "no.such"),
                               (["permissions", "revoke"], "revoke"), (["permissions", "revoke", "Kip", "Air"], "Air"),
@@ -183,11 +187,20 @@ class Around(VolumeTest):
                               (["protect", "remove", "Kip"], "Kip"), (["settings", "set", "language", "klingon"], "klingon"),
                               (["purge", "--all", "--yes=false"], "--yes takes no value"),
                               (["startup", "off", job, "no.such"], "no.such"),
+                              (["startup", "off", "net.twice"], "/Library/LaunchDaemons/twice.plist"),
+                              (["startup", "remove", "net.twice", "--yes"], "/Library/LaunchAgents/twice.plist"),
                               (["requests", "fill"], "fill"), (["requests", "gate"], "gate on"), (["apps", "--sort", "luck"], "luck"),
                               (["completions", "abacus"], "abacus")]:
             with self.subTest(words):
                 self.refuse(*words, saying=saying)
         self.assertEqual(snapshot(self.volume), before)
+
+    def test_an_installer_whose_name_cannot_be_written_down_is_said(self):
+        name = os.fsencode(self.volume / "Users/alice/Downloads") + b"/Kip\xff.dmg"
+        open(name, "wb").close()
+        self.assertIn("not valid UTF-8", self.call("installers", status=1).output)
+        self.call("installers", "--remove", "--yes", status=1)
+        self.assertTrue(os.path.exists(name))
 
     def test_bash_completes(self):
         script = self.call("completions", "bash", volume=False).output
