@@ -13,6 +13,7 @@ struct Receipt {
     std::string packageID;
     Path installBase;               ///< volume and location joined
     std::vector<std::string> files; ///< relative to `installBase`, as recorded: may be hostile or outdated
+    std::optional<Path> unreadableList = {}; ///< what should list the files and cannot be read
     friend bool operator==(const Receipt&, const Receipt&) = default;
 };
 

@@ -5,6 +5,7 @@
 #include "platform/budgeted_files.h"
 #include "platform/budgeted_sources.h"
 #include "scan/matching/residue_scanner.h"
+#include "scan/policy/location_access.h"
 #include "scan/policy/path_policy.h"
 #include "scan/policy/search_location.h"
 #include "sweep/living_jobs.h"
@@ -127,8 +128,12 @@ class LocationSweep {
             searched_.insert(location.url);
         for (const auto& location : locations) {
             if (stop_.stopRequested()) break;
-            if (!isToBeSearched(location)) continue;
-            if (auto candidates = listOrphanCandidates(files_, location, result.skippedNames, stop_)) {
+            const auto access = accessTo(location.url, files_, policy_);
+            if (access == LocationAccess::absent || !isFirstWayTo(location)) continue;
+            auto candidates = access == LocationAccess::closed
+                                  ? std::nullopt
+                                  : listOrphanCandidates(files_, location, result.skippedNames, stop_);
+            if (candidates) {
                 take(location, std::move(*candidates), onFound);
             } else {
                 ports_.log.warning("Unreadable location {}", location.url.string());
@@ -141,12 +146,12 @@ class LocationSweep {
     const LinkedPlaces& linked() const { return linked_; }
 
   private:
-    /// Not a location that is a link to another one, or to what must not be touched.
-    bool isToBeSearched(const SearchLocation& location) {
+    /// Not a location that is a link to another one.
+    bool isFirstWayTo(const SearchLocation& location) {
         const auto place = ports_.files.resolve(location.url);
         if (!place || *place == location.url) return true;
         linked_.add(location.url, *place);
-        return searched_.insert(*place).second && !policy_.check(*place / "item");
+        return searched_.insert(*place).second;
     }
 
     bool isClaimable(const OrphanCandidate& candidate) {

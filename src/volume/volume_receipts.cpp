@@ -1,5 +1,6 @@
 #include "base/text.h"
 #include "platform/bill_of_materials.h"
+#include "platform/file_absence.h"
 #include "platform/property_list_file.h"
 #include "volume/volume_sources.h"
 
@@ -48,8 +49,13 @@ std::optional<Receipt> VolumeReceipts::read(const std::string& packageID) const 
     if (!base) return std::nullopt;
 
     Receipt receipt{.packageID = packageID, .installBase = *base, .files = {}};
-    if (const auto bill = files_.read(receiptsFolder() / (packageID + ".bom"), maxBillBytes))
-        receipt.files = readBillOfMaterials(*bill).value_or(std::vector<std::string>());
+    const Path billFile = receiptsFolder() / (packageID + ".bom");
+    const auto bill = files_.read(billFile, maxBillBytes);
+    if (!bill && isAbsence(bill.error())) return receipt;
+    if (auto listed = bill ? readBillOfMaterials(*bill) : std::nullopt)
+        receipt.files = std::move(*listed);
+    else
+        receipt.unreadableList = billFile;
     return receipt;
 }
 

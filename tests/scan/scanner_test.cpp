@@ -647,16 +647,69 @@ TEST_F(Scanner, LeavesOutWhatMustNotMove) {
     volume.write("/private/etc/hosts", std::string(90'000, 'x'));
     volume.write("/Users/alice/Documents/Marlin Notes/letter", "x");
     volume.link(library + "HTTPStorages", "../Documents"); // a location that leads to the user's own
-    volume.link(library + "WebKit", "/../../../../../../../etc");
-    volume.link(library + "Cookies", "Cookies");
-    volume.write(library + "Services", "a file");
-    target.name = "CrashReporter"; // the name of a location
+    target.name = "CrashReporter";                         // the name of a location
     volume.makeFolder(library + "Application Support/CrashReporter");
     EXPECT_THAT(found(), ElementsAre("caches exactBundleID: ~Caches/com.corvella.marlin.notes"));
     EXPECT_LT(scan().traces.at(2).sizeBytes.value_or(-1), 90'000); // of the link, not of what it leads to
     EXPECT_THAT(scan().skippedNames,
                 testing::Contains(Path(library + "Caches/com.corvella.marlin.notes.\xff")));
-    EXPECT_THAT(scan().unreadableLocations, IsEmpty());
+}
+
+TEST_F(Scanner, NamesLocationsThatCannotBeSearched) {
+    using Names = std::vector<Path>;
+    volume.makeFolder("/Volumes/Ext/C");
+    volume.makeFolder("/Users/bob/C");
+    volume.makeFolder("/opt/C");
+    const std::string caches = library + "Caches", audio = library + "Audio";
+    const struct {
+        const char* why;
+        std::string place;
+        const char* target;
+        Names missed;
+    } cases[] = {
+        {"a link to a disk that is away", caches, "/Volumes/Away/C", {Path(caches)}},
+        {"to another disk", caches, "/Volumes/Ext/C", {Path(caches)}},
+        {"in circles", caches, "Caches", {Path(caches)}},
+        {"into another home", caches, "/Users/bob/C", {Path(caches)}},
+        {"into another home, where nothing is", caches, "/Users/bob/D", {Path(caches)}},
+        {"to the user's own", caches, "../Documents", {Path(caches)}},
+        {"out of the volume", caches, "/../../../../../../../etc", {Path(caches)}},
+        {"a plain file", caches, nullptr, {Path(caches)}},
+        {"a link in the way to a location",
+         "/Library/Audio",
+         "/Volumes/Away/Audio",
+         {Path("/Library/Audio/Plug-Ins/Components"), Path("/Library/Audio/Plug-Ins/HAL"),
+          Path("/Library/Audio/Plug-Ins/VST"), Path("/Library/Audio/Plug-Ins/VST3")}},
+        {"a link to where items may be taken", caches, "/opt/C", {}},
+        {"a way that ends before the location", library + "Logs/here", nullptr, {}},
+    };
+    volume.makeFolder("/Users/alice/Documents");
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
+        if (c.target)
+            volume.link(c.place, c.target);
+        else
+            volume.write(c.place, "a file");
+        EXPECT_EQ(scan().unreadableLocations, c.missed);
+        std::filesystem::remove(volume.host(c.place));
+    }
+}
+
+TEST_F(Scanner, NamesWhatItCannotReadInParts) {
+    const auto maker = library + "Application Support/Corvella";
+    const auto container = library + "Containers/6F0A2B6C-0A1B-4C2D-8E3F-001122334455";
+    volume.makeFolder(maker + "/com.corvella.marlin.notes");
+    volume.makeFolder(container);
+    volume.makeFolder(library + "Containers/com.other.app");
+    receipts.all = {{"com.corvella.marlin.notes", Path("/"), {}, Path("/private/var/db/receipts/a.bom")},
+                    {"com.other.app", Path("/"), {}, Path("/private/var/db/receipts/b.bom")}};
+    test::giveToUnprivileged(volume.hostRoot());
+    for (const auto& closed : {maker, container, library + "Containers/com.other.app"})
+        std::filesystem::permissions(volume.host(closed), std::filesystem::perms::none);
+    test::asUnprivileged([&] {
+        EXPECT_THAT(scan().unreadableLocations,
+                    ElementsAre(Path(maker), Path(container), Path("/private/var/db/receipts/a.bom")));
+    });
 }
 
 TEST_F(Scanner, NamesLocationsThatItCannotRead) {

@@ -71,7 +71,8 @@ TEST(VolumeReceipts, DamageCostsNoMoreThanWhatIsDamaged) {
     const VolumeReceipts receipts(volume.files());
     EXPECT_THAT(receipts.packageIDs(),
                 ElementsAre("array", "cut", "garbage", "no-bill", "wrong-type", "zero-byte"));
-    EXPECT_EQ(receipts.read("cut"), (Receipt{"cut", Path("/Applications"), {}}));
+    EXPECT_EQ(receipts.read("cut"),
+              (Receipt{"cut", Path("/Applications"), {}, Path("/private/var/db/receipts/cut.bom")}));
     EXPECT_EQ(receipts.read("no-bill"), (Receipt{"no-bill", Path("/Applications"), {}}));
     EXPECT_EQ(receipts.read("wrong-type"),
               (Receipt{"wrong-type", Path("/"), {"Applications", "Applications/Notes.app"}}));

@@ -1,6 +1,7 @@
 #include "scan/applications/container_identity.h"
 
 #include "platform/budgeted_files.h"
+#include "platform/file_absence.h"
 #include "platform/property_list_file.h"
 
 namespace tidwen {
@@ -10,6 +11,14 @@ namespace {
 // Real ones hold a sandbox profile of some ten kilobytes.
 constexpr PropertyListLimits limits = {.bytes = 4u << 20, .nodes = 100'000, .depth = 64};
 
+constexpr const char* metadataName = ".com.apple.containermanagerd.metadata.plist";
+constexpr const char* olderName = "Container.plist";
+
+bool isBudgetSpent(const FileSystem& files) {
+    const auto* budget = BudgetedFiles::budgetOf(files);
+    return budget && budget->isExhausted();
+}
+
 std::optional<std::string> nonEmpty(const PropertyListValue& dictionary, std::string_view key) {
     const auto* text = dictionary.findString(key);
     return text && !text->empty() ? std::optional(*text) : std::nullopt;
@@ -18,11 +27,10 @@ std::optional<std::string> nonEmpty(const PropertyListValue& dictionary, std::st
 } // namespace
 
 std::optional<std::string> containerIdentity(const FileSystem& files, const Path& container) {
-    if (const auto metadata =
-            readPropertyList(files, container / ".com.apple.containermanagerd.metadata.plist", limits))
+    if (const auto metadata = readPropertyList(files, container / metadataName, limits))
         return nonEmpty(*metadata, "MCMMetadataIdentifier");
 
-    const auto older = readPropertyList(files, container / "Container.plist", limits);
+    const auto older = readPropertyList(files, container / olderName, limits);
     const auto* validation = older ? older->find("SandboxProfileDataValidationInfo") : nullptr;
     const auto* parameters =
         validation ? validation->find("SandboxProfileDataValidationParametersKey") : nullptr;
@@ -33,8 +41,13 @@ std::optional<std::string> containerIdentity(const FileSystem& files, const Path
 
 std::optional<std::string> containerOwner(const FileSystem& files, const Path& container) {
     if (auto identity = containerIdentity(files, container)) return identity;
-    const auto* budget = BudgetedFiles::budgetOf(files);
-    return budget && budget->isExhausted() ? std::nullopt : std::optional(container.lastComponent());
+    return isBudgetSpent(files) ? std::nullopt : std::optional(container.lastComponent());
+}
+
+bool hidesItsOwner(const FileSystem& files, const Path& container) {
+    const auto may = [&](const char* record) { return mayBeThere(files, container / record); };
+    return !containerIdentity(files, container) && !isBudgetSpent(files)
+           && (may(metadataName) || may(olderName));
 }
 
 } // namespace tidwen

@@ -16,4 +16,8 @@ std::optional<std::string> containerIdentity(const FileSystem& files, const Path
 /// nobody knows whose it is.
 std::optional<std::string> containerOwner(const FileSystem& files, const Path& container);
 
+/// Whether a record of its owner is, or may be, there and cannot be read, so that only its folder's name
+/// tells. False when the budget of the run does not suffice to look: that is counted as left out.
+bool hidesItsOwner(const FileSystem& files, const Path& container);
+
 } // namespace tidwen

@@ -3,8 +3,10 @@
 #include "base/parallel.h"
 #include "base/text.h"
 #include "platform/budgeted_files.h"
+#include "platform/file_absence.h"
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/container_identity.h"
+#include "scan/policy/location_access.h"
 
 namespace tidwen {
 
@@ -103,19 +105,12 @@ std::optional<Attribution> attributeJob(const ScanContext& context, const Launch
     return found;
 }
 
-/// A link in the user's home may lead to the folder of somebody else.
-bool LocationScan::isElsewhere(const Path& realPath) const {
-    return location_.url.isWithin(context_.user.home) && context_.policy.isInAnotherHome(realPath);
-}
-
-bool LocationScan::run() {
-    bool isUnreadable = false;
-    const auto real = context_.files.resolve(location_.url);
-    const Path realPath = real.value_or(location_.url);
-    if (isElsewhere(realPath)) return true;
-    auto folder = open(location_.url, realPath, isUnreadable);
-    if (isUnreadable) context_.log.warning("Unreadable location {}", location_.url.string());
-    if (!folder) return !isUnreadable;
+std::vector<Path> LocationScan::run() {
+    const auto access = accessTo(location_.url, context_.files, context_.policy);
+    if (access == LocationAccess::closed) miss(location_.url);
+    if (access != LocationAccess::open) return std::move(unreadable_);
+    auto folder = open(location_.url, context_.files.resolve(location_.url).value_or(location_.url));
+    if (!folder) return std::move(unreadable_);
 
     switch (location_.style) {
     case SearchLocation::Style::launchItemPlists:
@@ -132,17 +127,19 @@ bool LocationScan::run() {
         judgeReports(*folder);
         break;
     }
-    return true;
+    return std::move(unreadable_);
 }
 
-std::optional<LocationScan::Folder> LocationScan::open(const Path& path, const Path& realPath,
-                                                       bool& isUnreadable) const {
+std::optional<LocationScan::Folder> LocationScan::open(const Path& path, const Path& realPath) {
     auto entries = context_.files.list(path);
     if (entries) return Folder{path, realPath, std::move(*entries)};
-    const auto fault = entries.error().fault;
-    isUnreadable = fault != FileFault::missing && fault != FileFault::notDirectory
-                   && fault != FileFault::throughLink; // a link to itself
+    if (!isAbsence(entries.error())) miss(path);
     return std::nullopt;
+}
+
+void LocationScan::miss(const Path& path) {
+    context_.log.warning("Unreadable location {}", path.string());
+    unreadable_.push_back(path);
 }
 
 void LocationScan::judgeChildren(const Folder& folder) {
@@ -161,9 +158,7 @@ void LocationScan::judgeChildren(const Folder& folder) {
 }
 
 void LocationScan::judgeVendorFolder(const Folder& parent, const DirectoryEntry& vendor) {
-    bool isUnreadable = false;
-    const auto folder = open(parent.path / vendor.name, parent.realPath / vendor.name, isUnreadable);
-    if (isUnreadable) context_.log.warning("Unreadable folder {}", (parent.path / vendor.name).string());
+    const auto folder = open(parent.path / vendor.name, parent.realPath / vendor.name);
     if (!folder) return;
     // Named like another application, the whole folder may be that application's.
     const auto namesake = context_.matcher.others().named(canonicalForm(vendor.name));
@@ -179,13 +174,17 @@ void LocationScan::judgeVendorFolder(const Folder& parent, const DirectoryEntry&
 
 void LocationScan::judgeContainers(const Folder& folder) {
     std::vector<std::string> identities(folder.entries.size());
+    std::vector<char> areHidden(folder.entries.size(), false);
     parallelFor(identities.size(), [&](std::size_t i) {
         const auto& entry = folder.entries[i];
         identities[i] = entry.name;
         if (entry.kind != FileKind::directory || context_.stop.stopRequested()) return;
         identities[i] = containerOwner(context_.files, folder.path / entry.name).value_or("");
+        // What macOS calls by an identifier needs no record.
+        areHidden[i] = Uuid::parse(entry.name) && hidesItsOwner(context_.files, folder.path / entry.name);
     });
     for (std::size_t i = 0; i < identities.size(); ++i) {
+        if (areHidden[i]) miss(folder.path / folder.entries[i].name);
         const auto& name = folder.entries[i].name;
         if (context_.matcher.isOffLimits(name)) continue; // whatever its metadata says
         auto found = context_.matcher.attribute(identities[i]);
@@ -219,7 +218,7 @@ void LocationScan::judgeLaunchItems(const Folder& folder) {
         if (!item) {
             const auto* budget = BudgetedFiles::budgetOf(context_.files);
             const bool isLeftOut = budget && budget->isExhausted();
-            if (!isLeftOut && isUnreadableJob(context_.files, plist)) unreadableJobs_.push_back(plist);
+            if (!isLeftOut && isUnreadableJob(context_.files, plist)) miss(plist);
             continue;
         }
         auto found = attributeJob(context_, *item);

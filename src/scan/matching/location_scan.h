@@ -26,10 +26,9 @@ class LocationScan {
     LocationScan(const ScanContext& context, const SearchLocation& location, TraceCollector& traces)
         : context_(context), location_(location), traces_(traces) {}
 
-    /// False when the folder is there and cannot be listed.
-    bool run();
-    /// Property lists of jobs that cannot be read, so that nobody knows whose they are.
-    const std::vector<Path>& unreadableJobs() const { return unreadableJobs_; }
+    /// Gives what could not be looked at, so that something of the target's may remain there: the folder
+    /// itself, makers' folders, containers that do not say whose they are, property lists of jobs.
+    std::vector<Path> run();
 
   private:
     struct Folder {
@@ -38,8 +37,8 @@ class LocationScan {
         std::vector<DirectoryEntry> entries;
     };
 
-    bool isElsewhere(const Path& realPath) const;
-    std::optional<Folder> open(const Path& path, const Path& realPath, bool& isUnreadable) const;
+    std::optional<Folder> open(const Path& path, const Path& realPath);
+    void miss(const Path& path);
     void judgeChildren(const Folder& folder);
     void judgeVendorFolder(const Folder& parent, const DirectoryEntry& vendor);
     void judgeContainers(const Folder& folder);
@@ -51,7 +50,7 @@ class LocationScan {
     const ScanContext& context_;
     const SearchLocation& location_;
     TraceCollector& traces_;
-    std::vector<Path> unreadableJobs_;
+    std::vector<Path> unreadable_;
 };
 
 } // namespace tidwen

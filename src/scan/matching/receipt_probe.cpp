@@ -253,24 +253,34 @@ class ReceiptProbe {
 
 } // namespace
 
-void probeReceipts(const ScanContext& context, const Receipts& receipts,
-                   const std::vector<Path>& applications, TraceCollector& traces) {
+std::vector<Path> probeReceipts(const ScanContext& context, const Receipts& receipts,
+                                const std::vector<Path>& applications, TraceCollector& traces) {
     ReceiptProbe probe(context, receipts, applications, traces);
+    std::vector<Path> unreadable;
     const auto* budget = BudgetedFiles::budgetOf(context.files);
     for (const auto& packageID : receipts.packageIDs()) {
-        if (context.stop.stopRequested()) return;
+        if (context.stop.stopRequested()) break;
         // Judging names alone takes long when there are very many.
-        if (budget && budget->isExhausted()) return budget->leaveOut();
+        if (budget && budget->isExhausted()) {
+            budget->leaveOut();
+            break;
+        }
         const auto found = [&] {
             const ReadBudget::Work work(budget);
             return context.matcher.attributeIdentifier(packageID);
         }();
         // A name is too weak a hint to take a package's whole list for the target's.
         if (!found || found->reason.kind != MatchReason::Kind::exactBundleID) continue;
-        if (const auto receipt = receipts.read(packageID)) probe.judge(*receipt, found->contestedBy);
-        if (probe.isFull())
-            return context.log.warning("Receipts list too much; the rest of {} is left out", packageID);
+        const auto receipt = receipts.read(packageID);
+        if (!receipt) continue;
+        if (receipt->unreadableList) unreadable.push_back(*receipt->unreadableList);
+        probe.judge(*receipt, found->contestedBy);
+        if (probe.isFull()) {
+            context.log.warning("Receipts list too much; the rest of {} is left out", packageID);
+            break;
+        }
     }
+    return unreadable;
 }
 
 } // namespace tidwen

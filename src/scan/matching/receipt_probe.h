@@ -16,7 +16,9 @@ namespace tidwen {
 /// business, only what bears the target's name. A bundle of another identifier is that one's, and one that
 /// only the list names is marked like a file. Nothing inside the target's bundle, inside another application
 /// (`applications`: where they lie) or inside what was found before is listed again.
-void probeReceipts(const ScanContext& context, const Receipts& receipts,
-                   const std::vector<Path>& applications, TraceCollector& traces);
+///
+/// Gives the files of receipts that cannot be read, so that what they list may remain.
+std::vector<Path> probeReceipts(const ScanContext& context, const Receipts& receipts,
+                                const std::vector<Path>& applications, TraceCollector& traces);
 
 } // namespace tidwen

@@ -142,15 +142,14 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     for (const auto& location : searchLocations(user_)) {
         if (stop.stopRequested()) break;
         report(location.category);
-        LocationScan search(context, location, traces);
-        if (!search.run()) result.unreadableLocations.push_back(location.url);
-        const auto& jobs = search.unreadableJobs();
-        result.unreadableLocations.insert(result.unreadableLocations.end(), jobs.begin(), jobs.end());
+        for (auto& missed : LocationScan(context, location, traces).run())
+            result.unreadableLocations.push_back(std::move(missed));
     }
     addEmbeddedJobs(matcher, traces);
     report(TraceCategory::receipts);
-    probeReceipts(context, receipts, bundles_ ? placesOfApplications(*bundles_, user_) : std::vector<Path>(),
-                  traces);
+    const auto applications = bundles_ ? placesOfApplications(*bundles_, user_) : std::vector<Path>();
+    for (auto& missed : probeReceipts(context, receipts, applications, traces))
+        result.unreadableLocations.push_back(std::move(missed));
     report(TraceCategory::keychain);
     if (!stop.stopRequested()) probeKeychain(context, ports_.keychain, ports_.texts, traces);
     report(TraceCategory::systemExtensions);

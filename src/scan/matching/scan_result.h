@@ -16,7 +16,8 @@ namespace tidwen {
 struct ScanResult {
     AppTarget target;
     std::vector<Trace> traces; ///< in the order of the search
-    /// Folders that could not be listed, and launchd jobs that cannot be read: the scan is incomplete.
+    /// Folders that could not be listed or lead nowhere, and containers, receipts and launchd jobs that
+    /// cannot be read: the scan is incomplete.
     std::vector<Path> unreadableLocations;
     std::vector<Path> skippedNames; ///< finds that cannot be moved: their names are not valid UTF-8
     std::uint64_t leftOut = 0;      ///< files and folders not read, because the disk holds too much to read

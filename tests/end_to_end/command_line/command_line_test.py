@@ -193,7 +193,7 @@ class Refusals(VolumeTest):
         shutil.rmtree(caches)
         caches.symlink_to(outside)
         (self.home / "Library/Logs/com.littlefin.kip").symlink_to(outside)
-        self.call("remove", "Kip", "--yes")
+        self.assertIn("/Users/alice/Library/Caches", self.call("remove", "Kip", "--yes", status=1).output)
         self.assertEqual((outside / "com.littlefin.kip/data").read_text(), "mine")
         self.assertFalse(os.path.lexists(self.home / "Library/Logs/com.littlefin.kip"), "the link itself goes")
         shutil.rmtree(outside)
