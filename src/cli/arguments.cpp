@@ -60,10 +60,7 @@ const OptionSyntax* findOption(const CommandSyntax* command, std::string_view na
 
 EarlyExit complaint(const std::string& text, const CommandSyntax* command) {
     const auto who = command ? std::string(command->name) + ": " : std::string();
-    const auto help = command
-                          ? "\"tidwen " + std::string(command->name) + " --help\" tells about this command."
-                          : std::string("\"tidwen --help\" lists commands and options.");
-    return {wrongUsage, "tidwen: " + who + printable(text) + "\n" + help + "\n"};
+    return {wrongUsage, "tidwen: " + who + printable(text) + "\n" + help::usage(command)};
 }
 
 std::optional<EarlyExit> wrongOperandCount(const CommandSyntax& syntax,
@@ -92,7 +89,8 @@ std::optional<EarlyExit> wrongValue(const char* const* word, const char* const* 
         if (!option) continue;
         if (option->valueName.empty() && hasValue)
             return complaint(std::string(name) + " takes no value", command);
-        if (!option->valueName.empty() && text.size() == name.size() + 1)
+        const bool isCutOff = !hasValue && word + 1 == end;
+        if (!option->valueName.empty() && (isCutOff || text.size() == name.size() + 1))
             return complaint(std::string(name) + " needs a value", command);
         if (!option->valueName.empty() && !hasValue && word + 1 != end) ++word; // its value, whatever it is
     }
@@ -109,6 +107,9 @@ EarlyExit endOf(const CLI::ParseError& error, const CLI::App& app, const Command
         return complaint("there is no command " + unexpected.front(), nullptr);
     if (dynamic_cast<const CLI::CallForHelp*>(&error))
         return {0, command ? help::command(*command) : help::program(commands)};
+    // The parser takes a command's own option only behind it.
+    if (command && !unexpected.empty() && findOption(command, unexpected.front()))
+        return complaint(unexpected.front() + " stands behind the command", command);
     if (dynamic_cast<const CLI::ExtrasError*>(&error) && !unexpected.empty())
         return complaint((isOption(unexpected.front()) ? "there is no option " : "too many arguments: ")
                              + unexpected.front(),
@@ -127,10 +128,25 @@ std::vector<std::string> Arguments::values(std::string_view option) const {
     return found == options.end() ? std::vector<std::string>{} : found->second;
 }
 
+namespace {
+
+/// "help" and "help COMMAND", as in most programs.
+std::optional<EarlyExit> helpFor(int count, const char* const* words,
+                                 const std::vector<CommandSyntax>& commands) {
+    if (count < 2 || std::string_view(words[1]) != "help") return std::nullopt;
+    if (count == 2) return EarlyExit{0, help::program(commands)};
+    const auto* command = find(commands, words[2]);
+    if (!command) return complaint("there is no command " + std::string(words[2]), nullptr);
+    return EarlyExit{0, help::command(*command)};
+}
+
+} // namespace
+
 tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* words,
                                                   const std::vector<CommandSyntax>& commands) {
     Arguments result;
     result.program = count > 0 ? words[0] : "tidwen";
+    if (auto help = helpFor(count, words, commands)) return tl::unexpected(std::move(*help));
     CLI::App app("", "tidwen");
     app.set_help_flag("-h,--help");
     app.require_subcommand(0, 1);
@@ -162,6 +178,7 @@ tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* 
     }
     const CommandSyntax* command = namedCommand();
     if (app.count("--version") > 0) return tl::unexpected(EarlyExit{0, "tidwen " TIDWEN_VERSION "\n"});
+    if (!command && mark != end) return tl::unexpected(complaint("the command is missing", nullptr));
     if (!command) return tl::unexpected(EarlyExit{wrongUsage, help::program(commands)});
     if (mark != end) result.operands.insert(result.operands.end(), mark + 1, end);
     if (auto wrong = wrongOperandCount(*command, result.operands)) return tl::unexpected(std::move(*wrong));

@@ -1,7 +1,10 @@
 #include "cli/command.h"
 
 #include "cli/console.h"
+#include "cli/help.h"
 #include "operations/admin_batch.h"
+
+#include <algorithm>
 
 namespace tidwen {
 
@@ -14,11 +17,33 @@ std::string quotedIfNeeded(const std::string& word) {
                                                                                : adminBatch::quoted(word);
 }
 
+std::optional<CommandSyntax> syntaxOf(const std::string& command) {
+    for (const auto& each : allCommands())
+        if (each.syntax.name == command) return each.syntax;
+    return std::nullopt;
+}
+
 } // namespace
 
 ExitStatus CommandContext::refuse(const Message& reason) const {
     console.complain(texts.text(reason));
     return ExitStatus::refused;
+}
+
+ExitStatus CommandContext::misuse(const Message& reason) const {
+    console.complain(texts.text(reason));
+    Console errors = console.onErrors();
+    const auto syntax = syntaxOf(arguments.command);
+    errors.document(help::usage(syntax ? &*syntax : nullptr));
+    return ExitStatus::refused;
+}
+
+ExitStatus CommandContext::misuseOfAction(const std::string& action) const {
+    const auto syntax = syntaxOf(arguments.command);
+    const bool isKnown =
+        syntax && std::ranges::find(syntax->actions, std::string_view(action)) != syntax->actions.end();
+    return misuse(isKnown ? Message{"cli.action.wrongOperands %@ %@", {arguments.command, action}}
+                          : Message{"cli.action.unknown %@", {action}});
 }
 
 std::string CommandContext::commandLine(const std::vector<std::string>& words) const {

@@ -40,6 +40,10 @@ struct CommandContext {
     }
     /// Says why nothing is done.
     ExitStatus refuse(const Message& reason) const;
+    /// The same for a call that the command cannot make sense of; says how to call it.
+    ExitStatus misuse(const Message& reason) const;
+    /// The same for the words of a command whose first one is an action: it is none, or cannot be called so.
+    ExitStatus misuseOfAction(const std::string& action) const;
     /// How to call this program with a command's words on the same Mac, ready to be pasted into a shell.
     std::string commandLine(const std::vector<std::string>& words) const;
 };

@@ -41,6 +41,10 @@ class Console {
     void progress(std::string_view what);
     void endProgress();
 
+    /// One whose lines go to standard error, for what a person must see while standard output is a
+    /// document's.
+    Console onErrors() const { return {input_, errors_, errors_}; }
+
     /// There is a person who can answer.
     bool canAsk() const { return inputIsTerminal_; }
     /// Prints the question and waits for a line; true when it is one of `yesAnswers` (letter case ignored).

@@ -26,7 +26,7 @@ std::vector<RecoveryNotice> FlowSession::start() {
     return model_.recoveryNotices();
 }
 
-bool FlowSession::scan(const std::vector<std::string>& words) {
+bool FlowSession::scan(const std::vector<std::string>& words, ProtectedTargets ofProtected) {
     auto& mac = session_.mac();
     const bool areAllPaths =
         std::all_of(words.begin(), words.end(), [](const auto& word) { return word.starts_with('/'); });
@@ -42,7 +42,7 @@ bool FlowSession::scan(const std::vector<std::string>& words) {
         context_.console.complain(failure);
     someRefused_ = !named.failures.empty();
     if (named.bundles.empty()) return false;
-    model_.loadTargets(named.bundles);
+    model_.loadTargets(named.bundles, ofProtected);
     complainOfRefusals();
     return awaitScan();
 }

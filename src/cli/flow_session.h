@@ -23,7 +23,8 @@ class FlowSession {
 
     /// Finds and scans the applications that the words mean, and leaves the model in its review. False when
     /// none could be taken or Ctrl-C called it off; the reasons are printed.
-    bool scan(const std::vector<std::string>& words);
+    bool scan(const std::vector<std::string>& words,
+              ProtectedTargets ofProtected = ProtectedTargets::refused);
     /// Some application was refused, with its reason printed.
     bool someRefused() const { return someRefused_; }
 

@@ -39,6 +39,20 @@ std::string operandTerm(const CommandSyntax& syntax) {
     return syntax.minimumOperands > 0 ? name : "[" + name + "]";
 }
 
+/// "list, on JOB…" → "list | on JOB…": the actions of a command, each with its operands.
+std::string actionTerm(const CommandSyntax& syntax) {
+    std::string text(syntax.operandHelp);
+    for (std::size_t at = 0; (at = text.find(", ", at)) != std::string::npos; at += 3)
+        text.replace(at, 2, " | ");
+    return text;
+}
+
+std::string call(const CommandSyntax& syntax) {
+    const auto operands = syntax.actions.empty() ? operandTerm(syntax) : actionTerm(syntax);
+    return "Usage: tidwen " + std::string(syntax.name) + " [OPTION...]"
+           + (operands.empty() ? "" : " " + operands) + "\n";
+}
+
 } // namespace
 
 const std::vector<OptionSyntax>& globalOptions() {
@@ -49,7 +63,7 @@ const std::vector<OptionSyntax>& globalOptions() {
         {"--yes", "", "Answer every question with yes"},
         {"--verbose", "", "Print the log on standard error, not its errors alone"},
         {"--version", "", "Print the version and exit"},
-        {"--help", "", "Print this help and exit"},
+        {"--help", "", "Print this help and exit; -h does the same"},
     };
     return options;
 }
@@ -62,16 +76,17 @@ std::string program(const std::vector<CommandSyntax>& commands) {
            "\nUsage: tidwen [OPTION...] COMMAND [ARGUMENT...]\n"
            + rendered("Commands", summaries)
            + rendered("Options, before the command or after it", rows(globalOptions()))
-           + "\n\"tidwen COMMAND --help\" says more about one command.\n";
+           + "\n\"tidwen help COMMAND\" says more about one command.\n";
+}
+
+std::string usage(const CommandSyntax* syntax) {
+    if (!syntax) return "Usage: tidwen [OPTION...] COMMAND [ARGUMENT...]\nTry \"tidwen help\".\n";
+    return call(*syntax) + "Try \"tidwen help " + std::string(syntax->name) + "\".\n";
 }
 
 std::string command(const CommandSyntax& syntax) {
-    std::string text =
-        std::string(syntax.summary) + ".\n\nUsage: tidwen " + std::string(syntax.name) + " [OPTION...]";
-    const auto operand = operandTerm(syntax);
-    if (!operand.empty()) text += " " + operand;
-    text += "\n";
-    if (!operand.empty())
+    std::string text = std::string(syntax.summary) + ".\n\n" + call(syntax);
+    if (!syntax.operandName.empty())
         text += rendered("Arguments", {{std::string(syntax.operandName), std::string(syntax.operandHelp)}});
     if (!syntax.options.empty()) text += rendered("Options of this command", rows(syntax.options));
     return text + rendered("Options of every command", rows(globalOptions()));

@@ -14,4 +14,8 @@ const std::vector<OptionSyntax>& globalOptions();
 std::string program(const std::vector<CommandSyntax>& commands);
 std::string command(const CommandSyntax& syntax);
 
+/// What follows every complaint of wrong usage: how to call the command, or without one the program, and
+/// where to read more.
+std::string usage(const CommandSyntax* syntax);
+
 } // namespace tidwen::help

@@ -2,6 +2,8 @@
 
 #include "cli/console.h"
 
+#include <algorithm>
+
 namespace tidwen {
 
 void printIncomplete(std::uint64_t leftOut, const std::vector<Path>& skippedNames,
@@ -12,9 +14,31 @@ void printIncomplete(std::uint64_t leftOut, const std::vector<Path>& skippedName
         context.console.line(context.text("cli.leftOut %lld", {std::to_string(leftOut)}), Paint::caution);
 }
 
+void printUnreadable(const std::vector<Path>& places, const CommandContext& context) {
+    if (places.empty()) return;
+    context.console.line(context.text("cli.remove.unreadable"), Paint::caution);
+    for (const auto& place : places)
+        context.console.line("  " + place.string());
+}
+
+/// An account sees little of the homes of others, so a few names stand for many.
+void printOwners(const BundleCoverage& owners, const CommandContext& context) {
+    constexpr std::size_t mostShown = 5;
+    std::vector<Path> places = owners.absent;
+    places.insert(places.end(), owners.unreadable.begin(), owners.unreadable.end());
+    places.insert(places.end(), owners.uncounted.begin(), owners.uncounted.end());
+    places.insert(places.end(), owners.damaged.begin(), owners.damaged.end());
+    if (places.empty()) return;
+    context.console.line(context.text("cli.scan.owners.title"), Paint::caution);
+    context.console.line(context.text("cli.scan.owners.body"), Paint::faint);
+    for (std::size_t i = 0; i < std::min(places.size(), mostShown); ++i)
+        context.console.line("  " + places[i].string());
+    if (places.size() > mostShown) context.console.line("  …");
+}
+
 void printUnseen(const Unseen& unseen, const CommandContext& context) {
-    for (const auto& folder : unseen.unreadableLocations)
-        context.console.line(context.text("cli.remove.unreadable %@", {folder.string()}), Paint::caution);
+    printOwners(unseen.owners, context);
+    printUnreadable(unseen.unreadableLocations, context);
     printIncomplete(unseen.leftOut, {}, context);
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cli/command.h"
-#include "cli/unseen.h"
+#include "removal/unseen.h"
 
 #include <cstdint>
 #include <vector>
@@ -13,7 +13,13 @@ namespace tidwen {
 void printIncomplete(std::uint64_t leftOut, const std::vector<Path>& skippedNames,
                      const CommandContext& context);
 
-/// The same with the folders that could not be listed.
+/// Folders and records that could not be read; nothing when all could.
+void printUnreadable(const std::vector<Path>& places, const CommandContext& context);
+
+/// Where the applications may lie whose claims are not known; nothing when all are.
+void printOwners(const BundleCoverage& owners, const CommandContext& context);
+
+/// What the search before a removal could not look at.
 void printUnseen(const Unseen& unseen, const CommandContext& context);
 
 } // namespace tidwen

@@ -43,6 +43,8 @@ std::vector<Path> ApplicationFinder::withName(const std::string& wanted) const {
 std::vector<std::string> ApplicationFinder::similarNames(const std::string& wanted) const {
     constexpr std::size_t enough = 5;
     std::vector<std::string> names;
+    // A dot or a letter is in every name.
+    if (wanted.size() < 2) return names;
     for (const auto& app : installed_) {
         const auto name = app.url.stem();
         const bool isSimilar = folded(name).find(wanted) != std::string::npos
@@ -107,7 +109,7 @@ NamedBundles findBundles(const std::vector<std::string>& words, const Applicatio
         if (auto bundle = finder.find(word))
             named.bundles.push_back(std::move(*bundle));
         else
-            named.failures.push_back(word + ": " + texts.text(bundle.error()));
+            named.failures.push_back((word.empty() ? "“”" : word) + ": " + texts.text(bundle.error()));
     }
     return named;
 }

@@ -1,7 +1,12 @@
 #include "cli/selection.h"
 
+#include "base/path_key.h"
+#include "base/text.h"
 #include "removal/chosen_items.h"
 #include "scan/matching/default_selection.h"
+
+#include <algorithm>
+#include <iterator>
 
 namespace tidwen {
 
@@ -25,72 +30,130 @@ class NamedTraces {
 
     /// Gives why a selector is refused.
     std::optional<Message> add(const std::string& selector) {
-        if (const auto matches = matching(selector); !matches.empty()) return take(matches);
+        auto whole = resolve(selector);
         // A path may hold commas; only what names nothing as a whole is a list.
         const auto parts = splitAtCommas(selector);
-        for (const auto& part : parts) {
-            const auto matches = parts.size() > 1 ? matching(part) : std::vector<const Trace*>{};
-            if (matches.empty()) return Message{"cli.select.unknown %@", {part}};
-            if (auto refused = take(matches)) return refused;
-        }
+        if (whole || parts.size() == 1) return take(std::move(whole));
+        for (const auto& part : parts)
+            if (auto refused = take(resolve(part))) return refused;
         return std::nullopt;
     }
 
-    std::set<Uuid> take() { return std::move(ids_); }
+    Selection take() { return std::move(selection_); }
 
   private:
-    std::vector<const Trace*> matching(const std::string& selector) const {
-        for (const auto match : {&NamedTraces::items, &NamedTraces::ofApplication, &NamedTraces::lastNames})
-            if (auto found = (this->*match)(selector); !found.empty()) return found;
-        return {};
+    using Traces = std::vector<const Trace*>;
+    struct Meant {
+        Traces traces;
+        bool isOneItem = false; ///< not an application with all that is taken of it
+    };
+
+    tl::expected<Meant, Message> resolve(const std::string& selector) const {
+        if (auto found = atPath(selector); !found.empty()) return Meant{std::move(found), true};
+        if (isApplication(selector)) {
+            auto found = ofApplication(selector);
+            if (found.empty()) return tl::unexpected(Message{"cli.select.nothingByDefault %@", {selector}});
+            return Meant{std::move(found)};
+        }
+        for (auto found : {shownAs(selector), endingIn(selector)}) {
+            if (found.empty()) continue;
+            if (const auto items = placesOf(found); items.size() > 1)
+                return tl::unexpected(Message{"cli.select.ambiguous %@ %@", {selector, joined(items)}});
+            return Meant{std::move(found), true};
+        }
+        return tl::unexpected(Message{"cli.select.unknown %@", {selector}});
     }
 
     template<class Test>
-    std::vector<const Trace*> where(const Test& isMeant) const {
-        std::vector<const Trace*> found;
+    Traces where(const Test& isMeant) const {
+        Traces found;
         for (const auto& result : results_)
             for (const auto& trace : result.traces)
                 if (isMeant(result, trace)) found.push_back(&trace);
         return found;
     }
 
-    /// What `remove` would take of it without further choice.
-    std::vector<const Trace*> ofApplication(const std::string& name) const {
-        return where([&](const ScanResult& result, const Trace& trace) {
-            const auto& target = result.target;
-            return !target.bundleID.empty() && (target.bundleID == name || target.name == name)
-                   && takenByDefault(trace) && isEligible(trace, mode_);
-        });
+    /// Two targets that share an item have a trace of it each.
+    static std::set<std::string> placesOf(const Traces& traces) {
+        std::set<std::string> places;
+        for (const auto* trace : traces) {
+            const Path* moved = movedPath(trace->action);
+            places.insert(moved ? moved->string() : trace->displayName);
+        }
+        return places;
     }
 
-    /// The end of a path, where only one item is called so.
-    std::vector<const Trace*> lastNames(const std::string& name) const {
-        auto found = where([&](const ScanResult&, const Trace& trace) {
-            const Path* moved = movedPath(trace.action);
-            return moved && moved->lastComponent() == name;
-        });
-        if (found.size() > 1) found.clear();
-        return found;
+    static std::string joined(const std::set<std::string>& words) {
+        std::string text;
+        for (const auto& word : words)
+            text += (text.empty() ? "" : ", ") + word;
+        return text;
     }
 
-    std::vector<const Trace*> items(const std::string& selector) const {
+    Traces atPath(const std::string& selector) const {
         const Path path(selector);
         const auto onVolume = hostPaths_.macPath(selector);
         const auto id = Uuid::parse(selector);
-        return where([&](const ScanResult&, const Trace& trace) {
+        const auto isExact = [&](const ScanResult&, const Trace& trace) {
             const Path* moved = movedPath(trace.action);
-            return (id && trace.id == *id) || trace.displayName == selector
+            return (id && trace.id == *id)
                    || (moved && (*moved == path || (onVolume && *moved == *onVolume)));
+        };
+        auto found = where(isExact);
+        if (!found.empty() || !path.isAbsolute()) return found;
+        found = where([&](const ScanResult&, const Trace& trace) {
+            const Path* moved = movedPath(trace.action);
+            return moved && pathKey(*moved) == pathKey(path);
+        });
+        return placesOf(found).size() == 1 ? found : Traces();
+    }
+
+    static bool isCalled(const AppTarget& target, const std::string& name) {
+        const auto key = fileNameKey(name);
+        return !target.bundleID.empty()
+               && (fileNameKey(target.bundleID) == key || fileNameKey(target.name) == key);
+    }
+
+    bool isApplication(const std::string& name) const {
+        return std::ranges::any_of(results_, [&](const auto& each) { return isCalled(each.target, name); });
+    }
+
+    /// What `remove` would take of it without further choice.
+    Traces ofApplication(const std::string& name) const {
+        return where([&](const ScanResult& result, const Trace& trace) {
+            return isCalled(result.target, name) && takenByDefault(trace) && isEligible(trace, mode_);
         });
     }
 
-    std::optional<Message> take(const std::vector<const Trace*>& traces) {
-        for (const auto* trace : traces) {
+    Traces shownAs(const std::string& name) const {
+        const auto key = fileNameKey(name);
+        return where(
+            [&](const ScanResult&, const Trace& trace) { return fileNameKey(trace.displayName) == key; });
+    }
+
+    /// By the last components of the path.
+    Traces endingIn(const std::string& name) const {
+        const auto wanted = Path("/" + name).standardized().components();
+        if (wanted.size() < 2 || name.starts_with('/')) return {};
+        return where([&](const ScanResult&, const Trace& trace) {
+            const Path* moved = movedPath(trace.action);
+            const auto parts = moved ? moved->components() : std::vector<std::string>();
+            return parts.size() >= wanted.size()
+                   && std::equal(
+                       wanted.rbegin(), std::prev(wanted.rend()), parts.rbegin(),
+                       [](const auto& a, const auto& b) { return fileNameKey(a) == fileNameKey(b); });
+        });
+    }
+
+    std::optional<Message> take(tl::expected<Meant, Message> meant) {
+        if (!meant) return std::move(meant.error());
+        for (const auto* trace : meant->traces) {
             if (trace->reversibility == Reversibility::manualOnly)
                 return Message{"cli.select.byHandOnly %@", {trace->displayName}};
             if (staysInMode(*trace, mode_))
                 return Message{"cli.select.staysInReset %@", {trace->displayName}};
-            ids_.insert(trace->id);
+            selection_.ids.insert(trace->id);
+            if (meant->isOneItem) selection_.named.insert(trace->id);
         }
         return std::nullopt;
     }
@@ -98,7 +161,7 @@ class NamedTraces {
     const std::vector<ScanResult>& results_;
     RemovalMode mode_;
     const HostPaths& hostPaths_;
-    std::set<Uuid> ids_;
+    Selection selection_;
 };
 
 } // namespace
@@ -114,19 +177,19 @@ tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::str
     return tiers;
 }
 
-tl::expected<std::set<Uuid>, Message> chooseTraces(const std::vector<ScanResult>& found,
-                                                   const SelectionRequest& request, RemovalMode mode,
-                                                   const HostPaths& hostPaths) {
+tl::expected<Selection, Message> chooseTraces(const std::vector<ScanResult>& found,
+                                              const SelectionRequest& request, RemovalMode mode,
+                                              const HostPaths& hostPaths) {
     NamedTraces named(found, mode, hostPaths);
     for (const auto& selector : request.selectors)
         if (auto refused = named.add(selector)) return tl::unexpected(std::move(*refused));
-    auto ids = named.take();
-    if (!request.tiers) return ids;
+    auto selection = named.take();
+    if (!request.tiers) return selection;
     for (const auto& result : found)
         for (const auto& trace : result.traces)
             if (request.tiers->contains(trace.risk) && isUndoubted(trace) && isEligible(trace, mode))
-                ids.insert(trace.id);
-    return ids;
+                selection.ids.insert(trace.id);
+    return selection;
 }
 
 } // namespace tidwen

@@ -25,13 +25,19 @@ struct SelectionRequest {
 /// "safe,review" → the tiers; the reason names the word that is none.
 tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::string>& words);
 
-/// What a request that is not empty names. A selector is a trace's path, display name or identifier, the
-/// application's or group's name or identifier (which stands for what is taken of it by default), or the end
-/// of the path of one single trace; the first of these that fits counts. It is refused when it names nothing
-/// that was found, or something that cannot be taken in this mode; several of them at once may be joined by
+struct Selection {
+    std::set<Uuid> ids;
+    std::set<Uuid> named = {}; ///< of these, the items that were named one by one
+};
+
+/// What a request that is not empty names. A selector is a trace's path or identifier, the application's or
+/// group's name or identifier (which stands for what is taken of it by default), a trace's display name, or
+/// the end of the path of one single item; the first of these that fits counts. Names are compared as a Mac's
+/// disk compares them, unless one fits exactly. A selector is refused when it names nothing that was found,
+/// several items, or something that cannot be taken in this mode; several of them at once may be joined by
 /// commas.
-tl::expected<std::set<Uuid>, Message> chooseTraces(const std::vector<ScanResult>& found,
-                                                   const SelectionRequest& request, RemovalMode mode,
-                                                   const HostPaths& hostPaths);
+tl::expected<Selection, Message> chooseTraces(const std::vector<ScanResult>& found,
+                                              const SelectionRequest& request, RemovalMode mode,
+                                              const HostPaths& hostPaths);
 
 } // namespace tidwen

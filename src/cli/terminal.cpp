@@ -81,8 +81,13 @@ ExitStatus runCommand(const Command& command, const Arguments& arguments, const 
     StandardErrorLog log(arguments.verbose ? LogLevel::info : LogLevel::error);
     for (const auto& problem : texts.problems())
         log.warning("{}", problem);
-    if (texts.keys().empty()) log.error("the texts were not found; TIDWEN_RESOURCES may name their folder");
     Console console(stdin, stdout, stderr);
+    // Nobody could read what is asked or told, so nothing is begun.
+    if (texts.keys().empty()) {
+        console.complain(
+            "The texts were not found, so nothing was done. TIDWEN_RESOURCES may name their folder.");
+        return ExitStatus::refused;
+    }
     const CommandContext context{arguments, texts, console};
     tellOfCrash(context, log);
     const auto status = CommandRun(context, build, log)(command);

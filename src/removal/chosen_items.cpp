@@ -1,6 +1,7 @@
 #include "removal/chosen_items.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 
 namespace tidwen {
@@ -46,21 +47,37 @@ void takeEachItemOnce(std::vector<RemovalTarget>& targets) {
     std::erase_if(targets, [](const RemovalTarget& target) { return target.traces.empty(); });
 }
 
-std::vector<Trace> leftInPlace(const std::vector<ScanResult>& found, const std::vector<RemovalTarget>& chosen,
-                               RemovalMode mode) {
+std::vector<Remainder> remainders(const std::vector<ScanResult>& found,
+                                  const std::vector<RemovalTarget>& chosen, RemovalMode mode) {
     const auto moved = movedPaths(chosen);
     std::set<Uuid> ids;
     for (const auto& target : chosen)
         for (const auto& trace : target.traces)
             ids.insert(trace.id);
 
-    std::vector<Trace> left;
-    for (const auto& result : found)
+    std::vector<Remainder> left;
+    for (const auto& result : found) {
+        const bool isGoing = std::ranges::any_of(chosen, [&](const RemovalTarget& target) {
+            return target.target.bundleURL == result.target.bundleURL && takesTheApplication(target);
+        });
+        Remainder remainder{.target = result.target, .traces = {}};
         for (const auto& trace : result.traces) {
             const Path* path = movedPath(trace.action);
             const bool goesAlong = path && (moved.contains(*path) || liesInOneOf(moved, *path));
-            if (!ids.contains(trace.id) && !goesAlong && !staysInMode(trace, mode)) left.push_back(trace);
+            const bool isIdle = std::holds_alternative<action::Guidance>(trace.action) && !isGoing;
+            if (!ids.contains(trace.id) && !goesAlong && !staysInMode(trace, mode) && !isIdle)
+                remainder.traces.push_back(trace);
         }
+        if (!remainder.traces.empty()) left.push_back(std::move(remainder));
+    }
+    return left;
+}
+
+std::vector<Trace> leftInPlace(const std::vector<ScanResult>& found, const std::vector<RemovalTarget>& chosen,
+                               RemovalMode mode) {
+    std::vector<Trace> left;
+    for (auto& each : remainders(found, chosen, mode))
+        std::ranges::move(each.traces, std::back_inserter(left));
     return left;
 }
 

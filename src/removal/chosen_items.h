@@ -19,7 +19,20 @@ bool takesTheApplication(const RemovalTarget& target);
 /// nothing is left drop out.
 void takeEachItemOnce(std::vector<RemovalTarget>& targets);
 
-/// What was found and is not among the chosen, nor goes along with them or is meant to stay.
+/// What stays of one application or group of leftovers.
+struct Remainder {
+    AppTarget target;
+    std::vector<Trace> traces;
+    /// After a run: no later search finds these, as their application is gone. They can be taken when the run
+    /// is undone and the application removed together with them.
+    bool needsUndo = false;
+};
+
+/// What was found and is not among the chosen, nor goes along with them or is meant to stay, by application;
+/// none is empty. What only the user can do is left when the application goes.
+std::vector<Remainder> remainders(const std::vector<ScanResult>& found,
+                                  const std::vector<RemovalTarget>& chosen, RemovalMode mode);
+/// The same in one list.
 std::vector<Trace> leftInPlace(const std::vector<ScanResult>& found, const std::vector<RemovalTarget>& chosen,
                                RemovalMode mode);
 

@@ -2,7 +2,6 @@
 
 #include "base/background_step.h"
 #include "quarantine/trash_lock.h"
-#include "removal/target_intake.h"
 
 #include <algorithm>
 #include <functional>
@@ -40,6 +39,7 @@ void RemovalFlowModel::forgetChoices() {
     refusedByDefault_.reset();
     offer_.reset();
     selection_.clear();
+    named_.clear();
     resetIneligible_.clear();
     mode_ = RemovalMode::uninstall;
     reviewTrees_.clear();
@@ -102,10 +102,10 @@ void RemovalFlowModel::close() {
     if (isReport && onReportDismissed) onReportDismissed();
 }
 
-void RemovalFlowModel::loadTargets(const std::vector<Path>& bundles) {
+void RemovalFlowModel::loadTargets(const std::vector<Path>& bundles, ProtectedTargets ofProtected) {
     if (!isHome() && !std::holds_alternative<stage::Review>(stage_)) return;
     errorMessage_.reset();
-    auto intake = takeIn(bundles, services_.loader, services_.protectedApps, services_.texts);
+    auto intake = takeIn(bundles, services_.loader, services_.protectedApps, services_.texts, ofProtected);
     std::string failures;
     for (const auto& line : intake.failures)
         failures += (failures.empty() ? "" : "\n") + line;
@@ -188,6 +188,8 @@ void RemovalFlowModel::cancelScan() {
 }
 
 void RemovalFlowModel::review(std::vector<ScanResult> results) {
+    for (auto& result : results)
+        result.isProtected = services_.protectedApps.contains(result.target.bundleID);
     std::map<std::string, std::vector<Trace>> traces; // two copies of one application share an identifier
     for (const auto& result : results) {
         auto& ofTarget = traces[result.target.bundleID];

@@ -13,6 +13,7 @@
 #include "removal/removal_refusal.h"
 #include "removal/removal_summary.h"
 #include "removal/removal_texts.h"
+#include "removal/target_intake.h"
 #include "scan/applications/protected_apps.h"
 #include "scan/matching/residue_scanner.h"
 #include "settings/app_preferences.h"
@@ -112,7 +113,10 @@ class RemovalFlowModel {
     /// What is of `found` and stays where it is. Of the last removal in a report: also what an application
     /// that was left out at its quit prompt keeps.
     std::vector<Trace> leftInPlace() const;
-    /// What of the review can be neither shown as a trace nor taken: its names are not valid UTF-8.
+    /// What the search for what is found could not look at.
+    Unseen unseen() const;
+    /// What of the review or the sweep can be neither shown as a trace nor taken: its names are not valid
+    /// UTF-8.
     std::vector<Path> skippedNames() const;
     /// What the removal takes away, in words: "Marlin Notes", "3 leftovers". Of the last one in a report.
     std::string subject() const;
@@ -130,7 +134,9 @@ class RemovalFlowModel {
     /// that nothing which this start recovers is purged by its age at once.
     void start();
 
-    void loadTargets(const std::vector<Path>& bundles);
+    /// Those `shown` although they are protected can be looked at and not removed.
+    void loadTargets(const std::vector<Path>& bundles,
+                     ProtectedTargets ofProtected = ProtectedTargets::refused);
     void scanOrphans();
     void cancelScan();
     /// One of the home stages.
@@ -145,8 +151,9 @@ class RemovalFlowModel {
 
     // The selection never holds what the mode leaves in place or what only the user can deal with.
     void setSelected(const std::set<Uuid>& ids, bool selected);
-    /// Exactly these.
-    void select(const std::set<Uuid>& ids);
+    /// Exactly these. Those of them that are `named` one by one go also when another application of the
+    /// review that stays claims them.
+    void select(const std::set<Uuid>& ids, const std::set<Uuid>& named = {});
     /// What is taken without further choice (`takenByDefault`). Of an application that cannot be removed that
     /// is nothing, and until something is chosen a removal is refused with the reason.
     void selectDefaults();
@@ -199,11 +206,11 @@ class RemovalFlowModel {
     std::optional<QuitPrompt> pendingQuitPrompt_;
     std::function<void(QuitPromptChoice)> quitPromptContinuation_;
     std::set<Uuid> selection_;
+    std::set<Uuid> named_;                           ///< of the selection, chosen one by one
     std::optional<RemovalRefusal> refusedByDefault_; ///< while nobody chose otherwise
     std::set<Uuid> resetIneligible_;  ///< was selected when the mode became reset, and cannot take part in it
     std::optional<ScanResult> offer_; ///< only in a home stage, and while it is removed
     std::string reportSubject_;
-    std::vector<Trace> reportLeft_;
     RemovalMode mode_ = RemovalMode::uninstall;
     std::map<std::string, std::shared_ptr<const LeftoverList>> reviewLists_; ///< by bundle identifier
     std::map<std::string, LeftoverTree> reviewTrees_;

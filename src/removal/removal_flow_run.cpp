@@ -3,6 +3,7 @@
 #include "base/background_step.h"
 #include "quarantine/trash_lock.h"
 #include "removal/chosen_items.h"
+#include "removal/removal_aftermath.h"
 #include "removal/removal_flow_model.h"
 #include "removal/removal_verification.h"
 #include "removal/staying_applications.h"
@@ -17,6 +18,7 @@ struct RemovalFlowModel::Run {
     std::vector<RemovalTarget> targets; ///< those that take part
     std::size_t next = 0;               ///< the first one that was not asked yet
     std::vector<Path> skippedNames;
+    Unseen unseen;
     RemovalMode mode = RemovalMode::uninstall;
     RemovalSubject subject = RemovalSubject::applications;
     Stage cameFrom;
@@ -52,6 +54,7 @@ void RemovalFlowModel::confirm() {
     run->found = found();
     run->targets = std::move(targets);
     run->skippedNames = skippedNames();
+    run->unseen = unseen();
     run->mode = mode_;
     run->cameFrom = stage_;
     enter(stage::Removing{});
@@ -155,15 +158,40 @@ FileResult<RemovalReport> carryOut(const RemovalFlowModel::Services& services, c
     apps.reserve(targets.size());
     for (const auto& target : targets)
         apps.push_back({target.target.name, target.target.bundleID});
-    const auto layout = createQuarantineFolder(apps, date, user, services.files);
-    if (!layout) return tl::unexpected(layout.error());
-    const auto plan = buildRemovalPlan(targets, *layout, mode, services.texts);
-    auto report = services.executor.execute(plan, *layout, apps, mode, date);
+    auto layout = makeLayout(apps, date, user);
+    const auto planned = buildRemovalPlan(targets, layout, mode, services.texts);
+    // A run of which nothing can be put back needs no folder, and no place in the history.
+    if (!manifestEntries(planned).empty()) {
+        auto made = createQuarantineFolder(apps, date, user, services.files);
+        if (!made) return tl::unexpected(made.error());
+        layout = std::move(*made);
+    }
+    const auto plan = buildRemovalPlan(targets, layout, mode, services.texts);
+    auto links = linksToApplications(targets, services.files, user);
+    auto report = services.executor.execute(plan, layout, apps, mode, date);
     if (!report) return report;
     report->verification = verifyRemoval(targets, services.audit);
-    if (const auto size = services.files.treeSize(layout->root, traceSizeEntryLimit))
-        report->reclaimedBytes = static_cast<std::int64_t>(size->allocatedBytes);
+    report->reclaimedBytes = movedBytes(*report, services.files);
+    report->emptiedFolders = emptiedFolders(targets, services.files, user);
+    std::erase_if(links, [&](const Path& link) { return services.files.resolve(link).has_value(); });
+    report->deadLinks = std::move(links);
     return report;
+}
+
+/// What stays after the run, and whether a later search would find it.
+std::vector<Remainder> remaindersAfter(const std::vector<ScanResult>& found,
+                                       const std::vector<RemovalTarget>& taken, RemovalMode mode,
+                                       const FileSystem& files) {
+    auto left = remainders(found, taken, mode);
+    for (auto& each : left) {
+        const bool isApplication = !each.target.bundleURL.isRoot();
+        // Receipts alone are no evidence of an application.
+        each.needsUndo = isApplication ? !files.exists(each.target.bundleURL)
+                                       : std::ranges::all_of(each.traces, [](const Trace& trace) {
+                                             return trace.category == TraceCategory::receipts;
+                                         });
+    }
+    return left;
 }
 
 } // namespace
@@ -174,7 +202,11 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
     reportSubject_ = subjectText(run->subject, run->mode, run->targets, services_.texts);
     auto work = [services = services_, user = user_, run] {
         auto report = carryOut(services, user, run->targets, run->mode);
-        if (report) report->skippedNames = std::move(run->skippedNames);
+        if (report) {
+            report->skippedNames = std::move(run->skippedNames);
+            report->unseen = std::move(run->unseen);
+            report->left = remaindersAfter(run->found, run->targets, run->mode, services.files);
+        }
         run->lock.reset(); // before the report is seen, so that it can be undone at once
         return report;
     };
@@ -182,7 +214,6 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
                  [run = std::move(run)](RemovalFlowModel& self, FileResult<RemovalReport> report) {
                      if (!report) return self.goBack(*run, self.wordsOf(report.error()));
                      self.undoReport_.reset();
-                     self.reportLeft_ = tidwen::leftInPlace(run->found, run->targets, run->mode);
                      self.offer_.reset();
                      self.enter(stage::Report{std::move(*report)});
                  });

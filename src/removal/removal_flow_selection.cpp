@@ -64,8 +64,9 @@ void RemovalFlowModel::setSelected(const std::set<Uuid>& ids, bool selected) {
     notify();
 }
 
-void RemovalFlowModel::select(const std::set<Uuid>& ids) {
+void RemovalFlowModel::select(const std::set<Uuid>& ids, const std::set<Uuid>& named) {
     selection_.clear();
+    named_ = named;
     resetIneligible_.clear();
     setSelected(ids, true);
 }
@@ -115,14 +116,26 @@ std::vector<RemovalTarget> RemovalFlowModel::chosenTargets() const {
                      [&](const Trace& trace) { return selection_.contains(trace.id); });
     });
     if (const auto* review = std::get_if<stage::Review>(&stage_))
-        leaveToThoseThatStay(stayingApplications(review->results, targets, mode_), targets);
+        leaveToThoseThatStay(stayingApplications(review->results, targets, mode_), targets, named_);
     takeEachItemOnce(targets);
     return targets;
 }
 
 std::vector<Trace> RemovalFlowModel::leftInPlace() const {
-    if (std::holds_alternative<stage::Report>(stage_)) return reportLeft_;
-    return tidwen::leftInPlace(found(), chosenTargets(), mode_);
+    const auto* shown = std::get_if<stage::Report>(&stage_);
+    if (!shown) return tidwen::leftInPlace(found(), chosenTargets(), mode_);
+    std::vector<Trace> left;
+    for (const auto& each : shown->report.left)
+        left.insert(left.end(), each.traces.begin(), each.traces.end());
+    return left;
+}
+
+Unseen RemovalFlowModel::unseen() const {
+    if (const auto* review = std::get_if<stage::Review>(&stage_)) return unseenIn(review->results);
+    if (const auto* orphans = std::get_if<stage::Orphans>(&stage_))
+        return {.unreadableLocations = orphans->result.unreadableLocations,
+                .leftOut = orphans->result.leftOut};
+    return {};
 }
 
 std::vector<Path> RemovalFlowModel::skippedNames() const {
@@ -130,6 +143,8 @@ std::vector<Path> RemovalFlowModel::skippedNames() const {
     if (const auto* review = std::get_if<stage::Review>(&stage_))
         for (const auto& result : review->results)
             names.insert(result.skippedNames.begin(), result.skippedNames.end());
+    if (const auto* orphans = std::get_if<stage::Orphans>(&stage_))
+        names.insert(orphans->result.skippedNames.begin(), orphans->result.skippedNames.end());
     return {names.begin(), names.end()};
 }
 

@@ -2,7 +2,9 @@
 
 #include "base/text.h"
 #include "quarantine/manifest.h"
+#include "quarantine/trash_lock.h"
 #include "removal/chosen_items.h"
+#include "removal/target_intake.h"
 #include "removal/unmovable_items.h"
 
 namespace tidwen {
@@ -11,6 +13,11 @@ std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chos
                                           const RefusalGrounds& grounds) {
     const auto& [files, user, rights, protectedApps, texts] = grounds;
     if (auto problem = protectedApps.problem()) return RemovalRefusal{std::move(*problem)};
+    for (const auto& each : chosen)
+        if (protectedApps.contains(each.target.bundleID))
+            return RemovalRefusal{describeProtected(each.target)};
+    if (const auto unusable = whyTrashIsUnusable(user, files))
+        return RemovalRefusal{describeNotBegun(*unusable, texts)};
     const PathPolicy policy(user, files);
     if (mode == RemovalMode::uninstall)
         for (const auto& each : chosen) {

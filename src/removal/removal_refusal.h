@@ -27,7 +27,8 @@ struct RefusalGrounds {
     const Texts& texts;
 };
 
-/// Nothing goes while the list of protected applications cannot be known: an empty one would spare nothing.
+/// Nothing goes while the list of protected applications cannot be known: an empty one would spare nothing;
+/// nor into a Trash that cannot be used.
 /// An application goes with its data or not at all: refused is a choice with an application that cannot be
 /// taken from where it lies (`whyNotRemovable`), a plan of more steps than a journal holds, and one that the
 /// rights do not suffice for (`unmovableItems`). Data alone, and a reset, keep the application by choice.

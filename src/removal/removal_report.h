@@ -2,6 +2,8 @@
 
 #include "operations/privileged_runner.h"
 #include "quarantine/manifest.h"
+#include "removal/chosen_items.h"
+#include "removal/unseen.h"
 #include "scan/permissions/permission_audit.h"
 
 #include <cstdint>
@@ -28,12 +30,12 @@ struct VerificationReport {
 struct RemovalReport {
     std::vector<AppRecord> apps;
     RemovalMode mode = RemovalMode::uninstall;
-    Path quarantineRoot;
-    Path manifestURL;
+    Path quarantineRoot; ///< "/" when nothing was to be moved or unloaded: there is nothing to undo
+    Path manifestURL;    ///< likewise
     std::vector<RemovalOperation> operations;  ///< the whole plan
     std::vector<OperationResult> results = {}; ///< user-level ones, then root-level ones, each in plan order
     std::optional<VerificationReport> verification = {};
-    std::optional<std::int64_t> reclaimedBytes = {};
+    std::optional<std::int64_t> reclaimedBytes = {}; ///< of what was moved; absent when nothing was
     /// Why there is no manifest. The journal then stays in the folder; undo takes it instead, and recovering
     /// interrupted runs makes the manifest from it.
     std::optional<Message> manifestFailure = {};
@@ -43,6 +45,10 @@ struct RemovalReport {
 
     /// What was found and stays because its name is not valid UTF-8: no manifest could hold it.
     std::vector<Path> skippedNames = {};
+    Unseen unseen = {};                    ///< what the search could not look at
+    std::vector<Remainder> left = {};      ///< what was found and stays
+    std::vector<Path> emptiedFolders = {}; ///< held an application, and hold nothing now
+    std::vector<Path> deadLinks = {};      ///< led to an application that was taken
 
     struct Failure {
         RemovalOperation operation;

@@ -103,14 +103,15 @@ std::vector<ScanResult> stayingApplications(const std::vector<ScanResult>& found
     return staying;
 }
 
-void leaveToThoseThatStay(const std::vector<ScanResult>& staying, std::vector<RemovalTarget>& chosen) {
+void leaveToThoseThatStay(const std::vector<ScanResult>& staying, std::vector<RemovalTarget>& chosen,
+                          const std::set<Uuid>& named) {
     std::set<Path> left;
     for (const auto& result : staying)
         for (auto& target : chosen) {
             if (target.target.bundleURL == result.target.bundleURL) continue;
             const Claims claims(result, target.target);
             std::erase_if(target.traces, [&](const Trace& trace) {
-                const bool stays = claims.hold(trace);
+                const bool stays = !named.contains(trace.id) && claims.hold(trace);
                 if (const Path* moved = movedPath(trace.action); moved && stays) left.insert(*moved);
                 return stays;
             });
@@ -118,7 +119,7 @@ void leaveToThoseThatStay(const std::vector<ScanResult>& staying, std::vector<Re
     for (auto& target : chosen)
         std::erase_if(target.traces, [&](const Trace& trace) {
             const Path* moved = movedPath(trace.action);
-            return moved && left.contains(*moved);
+            return moved && left.contains(*moved) && !named.contains(trace.id);
         });
 }
 

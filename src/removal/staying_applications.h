@@ -3,6 +3,7 @@
 #include "removal/removal_plan.h"
 #include "scan/matching/scan_result.h"
 
+#include <set>
 #include <vector>
 
 namespace tidwen {
@@ -15,7 +16,9 @@ std::vector<ScanResult> stayingApplications(const std::vector<ScanResult>& found
 
 /// Applications that are scanned together contest nothing with one another, as all of them are to go. This
 /// takes out of `chosen` what one of `staying` has as good a claim to as the application that goes. An item
-/// that stays for its sake is not taken by another entry of the run either.
-void leaveToThoseThatStay(const std::vector<ScanResult>& staying, std::vector<RemovalTarget>& chosen);
+/// that stays for its sake is not taken by another entry of the run either. What the user named one by one
+/// (`named`, identifiers of traces) goes whoever claims it, as in a removal of one application.
+void leaveToThoseThatStay(const std::vector<ScanResult>& staying, std::vector<RemovalTarget>& chosen,
+                          const std::set<Uuid>& named = {});
 
 } // namespace tidwen

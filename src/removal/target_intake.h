@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "base/texts.h"
 #include "scan/applications/protected_apps.h"
 
@@ -14,7 +15,17 @@ struct TargetIntake {
     std::vector<std::string> failures; ///< names in them have their control characters made visible
 };
 
+/// What becomes of applications that the user protects.
+enum class ProtectedTargets {
+    refused,
+    shown, ///< taken in like others, by who only looks
+};
+
 TargetIntake takeIn(const std::vector<Path>& bundles, const AppTargetLoader& loader,
-                    const ProtectedApps& protectedApps, const Texts& texts);
+                    const ProtectedApps& protectedApps, const Texts& texts,
+                    ProtectedTargets ofProtected = ProtectedTargets::refused);
+
+/// That the application is protected, and the command that takes the protection off.
+Message describeProtected(const AppTarget& target);
 
 } // namespace tidwen

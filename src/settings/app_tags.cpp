@@ -82,25 +82,26 @@ std::string AppTags::spelling(const std::string& tag, const Store& store) {
     return found == existing.end() ? tag : *found;
 }
 
-bool AppTags::add(const std::string& bundleID, const std::string& tag) {
+AppTags::Result AppTags::add(const std::string& bundleID, const std::string& tag) {
     const auto name = trimmed(tag);
-    if (bundleID.empty() || !isUsable(name)) return false;
-    return change([&](Store& store) {
+    if (bundleID.empty() || !isUsable(name)) return tl::unexpected(Refusal::unusableName);
+    return change(Refusal::thereAlready, [&](Store& store) {
         auto& tags = store[bundleID];
         if (find(tags, name) == tags.end()) tags.push_back(spelling(name, store));
     });
 }
 
-bool AppTags::remove(const std::string& bundleID, const std::string& tag) {
-    return change([&](Store& store) {
+AppTags::Result AppTags::remove(const std::string& bundleID, const std::string& tag) {
+    return change(Refusal::notThere, [&](Store& store) {
         std::erase_if(store[bundleID], [&](const auto& each) { return sameTag(each, trimmed(tag)); });
     });
 }
 
-bool AppTags::rename(const std::string& tag, const std::string& newName) {
+AppTags::Result AppTags::rename(const std::string& tag, const std::string& newName) {
     const auto from = trimmed(tag), name = trimmed(newName);
-    if (!isUsable(name)) return false;
-    return change([&](Store& store) {
+    if (!isUsable(name)) return tl::unexpected(Refusal::unusableName);
+    const bool isThere = !tagged(from).empty();
+    return change(isThere ? Refusal::thereAlready : Refusal::notThere, [&](Store& store) {
         const auto to = sameTag(from, name) ? name : spelling(name, store);
         for (auto& [bundleID, tags] : store)
             if (std::erase_if(tags, [&](const auto& each) { return sameTag(each, from); }) > 0
@@ -109,8 +110,8 @@ bool AppTags::rename(const std::string& tag, const std::string& newName) {
     });
 }
 
-bool AppTags::erase(const std::string& tag) {
-    return change([&](Store& store) {
+AppTags::Result AppTags::erase(const std::string& tag) {
+    return change(Refusal::notThere, [&](Store& store) {
         for (auto& [bundleID, tags] : store)
             std::erase_if(tags, [&](const auto& each) { return sameTag(each, trimmed(tag)); });
     });
@@ -118,7 +119,7 @@ bool AppTags::erase(const std::string& tag) {
 
 /// On top of what stands there: another process may have changed it since. What is damaged in the store goes
 /// only when something changes.
-bool AppTags::change(const std::function<void(Store&)>& edit) {
+AppTags::Result AppTags::change(Refusal unchanged, const std::function<void(Store&)>& edit) {
     Store before, after;
     const bool isStored = defaults_.update(
         defaultsKey, [&](const std::optional<PropertyListValue>& stored) -> std::optional<PropertyListValue> {
@@ -132,10 +133,11 @@ bool AppTags::change(const std::function<void(Store&)>& edit) {
                 dictionary.emplace(bundleID, PropertyListArray(tags.begin(), tags.end()));
             return dictionary;
         });
-    if (!isStored) return false;
+    if (!isStored) return tl::unexpected(Refusal::notStored);
     const bool isChanged = after != before;
     show(std::move(after));
-    return isChanged;
+    if (!isChanged) return tl::unexpected(unchanged);
+    return {};
 }
 
 } // namespace tidwen

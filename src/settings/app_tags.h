@@ -8,6 +8,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace tidwen {
@@ -29,13 +30,17 @@ class AppTags {
     /// Identifiers of the applications that carry a tag.
     std::set<std::string> tagged(const std::string& tag) const;
 
-    /// Each stores at once and answers false when nothing changed or it could not be stored.
-    bool add(const std::string& bundleID, const std::string& tag);
-    bool remove(const std::string& bundleID, const std::string& tag);
+    /// Why nothing changed.
+    enum class Refusal { unusableName, thereAlready, notThere, notStored };
+    using Result = tl::expected<void, Refusal>;
+
+    /// Each stores at once.
+    Result add(const std::string& bundleID, const std::string& tag);
+    Result remove(const std::string& bundleID, const std::string& tag);
     /// Renames everywhere; a name in use joins the two.
-    bool rename(const std::string& tag, const std::string& newName);
+    Result rename(const std::string& tag, const std::string& newName);
     /// Takes the tag off every application.
-    bool erase(const std::string& tag);
+    Result erase(const std::string& tag);
 
     /// Reads everything again, after another process changed it.
     void reload();
@@ -47,7 +52,8 @@ class AppTags {
     static Store read(const std::optional<PropertyListValue>& stored);
     static std::vector<std::string> all(const Store& store);
     static std::string spelling(const std::string& tag, const Store& store);
-    bool change(const std::function<void(Store&)>& edit);
+    /// `unchanged` is the refusal when the edit leaves everything as it is.
+    Result change(Refusal unchanged, const std::function<void(Store&)>& edit);
     void show(Store store);
 
     Defaults& defaults_;

@@ -18,7 +18,8 @@ std::optional<PropertyListDictionary> parse(std::string_view bytes) {
 Message denied(const std::string& file) {
     struct stat item {};
     if (::lstat(file.c_str(), &item) != 0) return {"settings.problem.folder %@", {file}};
-    if (item.st_uid == ::geteuid()) return {"settings.problem.mode %@", {file}};
+    if (item.st_uid == ::geteuid())
+        return {"settings.problem.mode %@ %@", {file, fmt::format("chmod u+rw '{}'", file)}};
     return {"settings.problem.owner %@ %@", {file, fmt::format("sudo chown {} '{}'", ::geteuid(), file)}};
 }
 

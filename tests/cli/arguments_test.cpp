@@ -90,7 +90,13 @@ TEST(Arguments, EndsEarlyWithTheRightStatus) {
         {{"apps", "--dry-run"}, 2, "--dry-run"},
         {{"remove"}, 2, "APP"},
         {{"undo", "1", "2"}, 2, "2"},
-        {{"apps", "--volume"}, 2, "--volume"},
+        {{"apps", "--volume"}, 2, "--volume needs a value"},
+        {{"--dry-run", "remove", "X"}, 2, "--dry-run stands behind the command"},
+        {{"--", "apps"}, 2, "the command is missing"},
+        {{"remove"}, 2, "Usage: tidwen remove [OPTION...] APP...\nTry \"tidwen help remove\"."},
+        {{"help"}, 0, "remove APP..."},
+        {{"help", "remove"}, 0, "--dry-run"},
+        {{"help", "fly"}, 2, "no command fly"},
         {{"--bogus", "apps"}, 2, "--bogus"},
     };
     for (const auto& c : cases) {

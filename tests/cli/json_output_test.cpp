@@ -57,6 +57,7 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
     auto trace = traceOf(action::MovePath{Path("/a")});
     trace.sizeBytes = 7;
     trace.contestedBy = Claimant{"com.example.b", "B", Path("/Applications/B.app")};
+    trace.isOnlyListed = true;
     result.traces = {trace};
     result.unreadableLocations = {Path("/Library/Caches")};
     result.skippedNames = {Path("/Library/\xff")};
@@ -72,12 +73,13 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
         "traces": [{"id": ")" + trace.id.string() + R"(", "category": "launchItems",
                     "action": {"kind": "movePath", "url": "/a"}, "reason": {"kind": "declaredTarget"},
                     "reversibility": "reversible", "displayName": "x", "sizeBytes": 7, "requiresRoot": false,
-                    "risk": "safe", "contestedBy": "com.example.b", "contestedByPlace": "/Applications/B.app"}],
+                    "risk": "safe", "contestedBy": "com.example.b", "contestedByPlace": "/Applications/B.app",
+                    "isOnlyListed": true}],
         "unreadableLocations": ["/Library/Caches"], "skippedNames": ["/Library/\ufffd"], "leftOut": 3,
         "unknownOwners": {"unreadable": ["/Users/bob/Applications"], "uncounted": [], "damaged": [],
                           "absent": []},
         "immovable": {"reason": "protectedPlace", "place": "/Users/alice/Downloads/A.app"},
-        "nameMatchingDisabled": false,
+        "isProtected": false, "nameMatchingDisabled": false,
         "permissions": {"grants": [{"service": "kTCCServiceCamera", "state": {"kind": "unknown", "value": 4},
                                     "scope": "user", "isPathClient": false}],
                         "unreadable": ["system"]}}])"));
@@ -96,6 +98,10 @@ TEST(JsonOutput, AReportTellsWhyAStepFailedInWordsAndByKey) {
     report.operations = {step};
     report.results = {OperationResult::failure(1, {"failure.exit %@", {"3"}})};
     report.skippedNames = {Path("/Library/\xff")};
+    report.unseen = {.unreadableLocations = {Path("/c")}, .leftOut = 2, .owners = {}};
+    report.unseen.owners.damaged = {Path("/B.app")};
+    report.emptiedFolders = {Path("/Applications/S")};
+    report.deadLinks = {Path("/Applications/A.app")};
     report.verification =
         VerificationReport{{{"com.example.app", "A", {}, {PermissionGrant::Scope::system}}}};
     EXPECT_EQ(parsed(json::document(report, Texts())), Json::parse(R"({
@@ -106,7 +112,9 @@ TEST(JsonOutput, AReportTellsWhyAStepFailedInWordsAndByKey) {
                         "traceID": ")" + step.traceID.string() + R"(", "bundleID": ""}],
         "results": [{"operationID": 1, "succeeded": false, "failureReason": "failure.exit 3",
                      "failureKey": "failure.exit %@"}],
-        "skippedNames": ["/Library/\ufffd"],
+        "skippedNames": ["/Library/\ufffd"], "unreadableLocations": ["/c"], "leftOut": 2,
+        "unknownOwners": {"unreadable": [], "uncounted": [], "damaged": ["/B.app"], "absent": []},
+        "emptiedFolders": ["/Applications/S"], "deadLinks": ["/Applications/A.app"],
         "verification": {"apps": [{"bundleID": "com.example.app", "name": "A", "tccSurvivors": [], "unreadable": ["system"]}]}})"));
 }
 

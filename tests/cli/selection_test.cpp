@@ -33,11 +33,16 @@ ScanResult result(const char* app, std::vector<Trace> traces) {
     return scanned;
 }
 
+Trace permissions() {
+    return makeTrace(TraceCategory::permissions, action::ResetPermissions{"com.example.app"}, {},
+                     Reversibility::irreversibleHarmless, "com.example.app", std::nullopt, false);
+}
+
 /// What was found for one application with something of every sort.
 std::vector<ScanResult> everySort() {
     return {result("/Applications/A.app",
                    {bundle("/Applications/A.app"), file("/L/safe"),
-                    file("/L/named", MatchReason::Kind::nameToken),
+                    file("/L/named", MatchReason::Kind::nameToken), permissions(),
                     file("/L/root", MatchReason::Kind::exactBundleID, true), contested("/L/contested"),
                     makeTrace(TraceCategory::keychain, action::DeleteKeychainItem{"secret", false}, {},
                               Reversibility::irreversibleDestructive, "secret", std::nullopt, false),
@@ -73,8 +78,14 @@ TEST(Selection, TakesWhatTheRequestNames) {
         {"by the end of its path", {.selectors = {"root"}}, {"/L/root"}},
         {"the application by its identifier, as by default",
          {.selectors = {"com.example.app"}},
-         {"/Applications/A.app", "/L/safe", "/L/named"}},
-        {"its data in a reset", {.selectors = {"A"}}, {"/L/safe", "/L/named"}, RemovalMode::reset},
+         {"/Applications/A.app", "/L/safe", "/L/named", "com.example.app"}},
+        {"its data in a reset, in any letter case",
+         {.selectors = {"a"}},
+         {"/L/safe", "/L/named", "com.example.app"},
+         RemovalMode::reset},
+        {"by several components of its path, in any letter case", {.selectors = {"l/ROOT"}}, {"/L/root"}},
+        {"a path in another letter case", {.selectors = {"/l/Safe"}}, {"/L/safe"}},
+        {"a path is no end of one", {.selectors = {"/safe"}}, {"cli.select.unknown %@"}},
         {"by name, joined", {.selectors = {"secret,/L/root"}}, {"/L/root", "secret"}},
         {"unknown", {.selectors = {"/L/safe", "/L/other"}}, {"cli.select.unknown %@"}},
         {"unknown part", {.selectors = {"/L/safe,/L/other"}}, {"cli.select.unknown %@"}},
@@ -88,8 +99,24 @@ TEST(Selection, TakesWhatTheRequestNames) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
         const auto chosen = chooseTraces(found, c.request, c.mode, HostPaths(std::nullopt));
-        EXPECT_EQ(chosen ? namesOf(found, *chosen) : Names{chosen.error().key}, c.expected);
+        EXPECT_EQ(chosen ? namesOf(found, chosen->ids) : Names{chosen.error().key}, c.expected);
     }
+}
+
+TEST(Selection, TellsAnItemOfTwoTargetsFromTwoItemsOfOneName) {
+    const std::vector found = {result("/A.app", {file("/L/shared"), file("/L/a/same")}),
+                               result("/B.app", {file("/L/shared"), file("/L/b/same")})};
+    const auto choose = [&](const char* selector) {
+        return chooseTraces(found, {.selectors = {selector}}, RemovalMode::uninstall, HostPaths({}));
+    };
+    for (const auto* selector : {"shared", "/L/shared"}) {
+        const auto chosen = choose(selector);
+        ASSERT_TRUE(chosen) << chosen.error().key;
+        EXPECT_EQ(namesOf(found, chosen->named), (Names{"/L/shared", "/L/shared"}));
+    }
+    EXPECT_EQ(choose("same").error(),
+              (Message{"cli.select.ambiguous %@ %@", {"same", "/L/a/same, /L/b/same"}}));
+    EXPECT_TRUE(choose("A")->named.empty()) << "an application is not all of its items by name";
 }
 
 TEST(Selection, SelectorsMayBePathsOfThisMachine) {
@@ -99,7 +126,7 @@ TEST(Selection, SelectorsMayBePathsOfThisMachine) {
     const auto chosen = chooseTraces(found, {.selectors = {volume.host("/L/with, comma").string()}},
                                      RemovalMode::uninstall, HostPaths(volume.hostRoot()));
     ASSERT_TRUE(chosen) << chosen.error().key;
-    EXPECT_EQ(namesOf(found, *chosen), Names{"/L/with, comma"});
+    EXPECT_EQ(namesOf(found, chosen->ids), Names{"/L/with, comma"});
 }
 
 TEST(Selection, ReadsTiers) {

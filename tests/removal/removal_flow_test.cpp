@@ -115,8 +115,9 @@ TEST(RemovalFlow, AsksAboutEachApplicationThatDoesNotQuit) {
 }
 
 TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
-    enum class Out { nobody, inTheSelection, atTheQuitQuestion, inAReset };
-    for (const auto out : {Out::nobody, Out::inTheSelection, Out::atTheQuitQuestion, Out::inAReset}) {
+    enum class Out { nobody, inTheSelection, atTheQuitQuestion, inAReset, butItIsNamed };
+    for (const auto out :
+         {Out::nobody, Out::inTheSelection, Out::atTheQuitQuestion, Out::inAReset, Out::butItIsNamed}) {
         SCOPED_TRACE(static_cast<int>(out));
         FlowFixture bench;
         for (const auto* name : {"Alpine", "Birch"})
@@ -133,6 +134,18 @@ TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
             if (out == Out::inAReset
                 || (out == Out::inTheSelection && trace.category == TraceCategory::application))
                 model.setSelected({trace.id}, false);
+        if (out == Out::butItIsNamed) {
+            std::set<Uuid> ids;
+            for (const auto& result : model.found())
+                for (const auto& trace : result.traces)
+                    if (trace.displayName == shared.string()) ids.insert(trace.id);
+            model.select(ids, ids);
+            model.confirm();
+            bench.settle();
+            EXPECT_FALSE(bench.has(shared));
+            EXPECT_TRUE(bench.has(bench.bundle("Alpine")) && bench.has(alpines));
+            continue;
+        }
         if (out == Out::atTheQuitQuestion) bench.running.stubborn = {"com.example.Birch"};
         model.confirm();
         bench.settle();
@@ -159,6 +172,54 @@ TEST(RemovalFlow, ReportsWhatNoManifestCouldName) {
     EXPECT_THAT(std::get<stage::Report>(bench.model->stage()).report.skippedNames,
                 testing::ElementsAre(unnamed));
     EXPECT_TRUE(bench.has(unnamed));
+}
+
+TEST(RemovalFlow, TellsWhatItLeavesBehind) {
+    FlowFixture bench;
+    const Path suite("/Applications/Suite"), link("/Applications/Link.app");
+    const auto app = suite / "Elm.app", data = Path("/Library/Caches/com.example.Elm");
+    writeBundle(bench.volume, app.string(), "com.example.Elm", "Elm");
+    bench.volume.write(data.string(), "x");
+    bench.volume.write((suite / ".DS_Store").string(), "x");
+    bench.volume.link(link.string(), app.string().c_str());
+    bench.volume.link("/Users/alice/Library/Logs", "/Volumes/Away");
+    bench.model->loadTargets({app});
+    bench.settle();
+    bench.model->confirm();
+    bench.settle();
+    ASSERT_EQ(bench.stage(), "report");
+    const auto& report = std::get<stage::Report>(bench.model->stage()).report;
+    ASSERT_EQ(report.left.size(), 1u);
+    EXPECT_EQ(report.left[0].traces[0].displayName, data.string());
+    EXPECT_TRUE(report.left[0].needsUndo) << "a scan would no longer find it";
+    EXPECT_THAT(report.emptiedFolders, testing::ElementsAre(suite));
+    EXPECT_THAT(report.deadLinks, testing::ElementsAre(link));
+    EXPECT_THAT(report.unseen.unreadableLocations, testing::Contains(Path("/Users/alice/Library/Logs")));
+    const auto whole = bench.volume.files().treeSize(report.quarantineRoot, 1'000)->allocatedBytes;
+    EXPECT_LT(report.reclaimedBytes, static_cast<std::int64_t>(whole)) << "records free nothing";
+}
+
+TEST(RemovalFlow, WhatCannotBePutBackLeavesNoFolder) {
+    FlowFixture bench;
+    for (const bool movesToo : {false, true}) {
+        bench.review({"Alpine"});
+        std::set<Uuid> ids;
+        const auto found = bench.model->found();
+        for (const auto& trace : found[0].traces)
+            if (std::holds_alternative<action::ResetPermissions>(trace.action)
+                || (movesToo && trace.displayName == bench.cache("Alpine").string()))
+                ids.insert(trace.id);
+        bench.model->select(ids);
+        bench.model->confirm();
+        bench.settle();
+        ASSERT_EQ(bench.stage(), "report");
+        const auto& report = std::get<stage::Report>(bench.model->stage()).report;
+        EXPECT_EQ(report.operations.size(), ids.size());
+        EXPECT_EQ(report.quarantineRoot.isRoot(), !movesToo);
+        EXPECT_EQ(report.reclaimedBytes.has_value(), movesToo);
+        EXPECT_EQ(listQuarantineFolders(bench.user, bench.volume.files())->size(), movesToo ? 1u : 0u);
+        bench.model->close();
+    }
 }
 
 TEST(RemovalFlow, NothingIsRemovedWhileWhatIsProtectedIsUnknown) {
@@ -199,7 +260,8 @@ TEST(RemovalFlow, RefusalsAreLinesAndDoNotKeepTheOthersOut) {
     bench.volume.write("/Applications/Ev\nil.app", "a file");
     bench.model->loadTargets({Path("/Applications/Ev\nil.app"), bench.bundle("Birch"), bench.bundle("Alpine"),
                               Path("/Applications/./Alpine.app")});
-    EXPECT_EQ(bench.model->errorMessage(), "Ev\\nil.app: error.unreadableBundle\nerror.protectedApp Birch");
+    EXPECT_EQ(bench.model->errorMessage(),
+              "Ev\\nil.app: error.unreadableBundle\nerror.protectedApp Birch com.example.Birch");
     bench.settle();
     EXPECT_EQ(bench.model->found().size(), 1u);
 }

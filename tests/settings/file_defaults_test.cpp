@@ -118,7 +118,7 @@ TEST_F(FileDefaultsTest, WhatCannotBeReadIsSaidAndLeftAlone) {
         {"unreadable %@", [&] { fs::create_directory(file_); }},
         {"unreadable %@", [&] { ASSERT_EQ(::mkfifo(file_.c_str(), 0600), 0); }},
         {"link %@", [&] { fs::create_symlink("nowhere", file_); }},
-        {"mode %@", [&] { putList(), fs::permissions(file_, fs::perms::none); }},
+        {"mode %@ %@", [&] { putList(), fs::permissions(file_, fs::perms::none); }},
         {"folder %@", [&] { putList(), fs::permissions(file_.parent_path(), fs::perms::none); }},
     };
     for (const auto& [problem, make] : cases) {

@@ -75,8 +75,12 @@ TEST(AppTags, JoinsWhatPeopleCallTheSame) {
     AppTags tags(defaults);
     EXPECT_TRUE(tags.add("com.example.a", " Work "));
     EXPECT_TRUE(tags.add("com.example.b", "work"));
-    EXPECT_FALSE(tags.add("com.example.b", "WORK"));
-    EXPECT_FALSE(tags.add("com.example.b", "  "));
+    using enum AppTags::Refusal;
+    EXPECT_EQ(tags.add("com.example.b", "WORK").error(), thereAlready);
+    EXPECT_EQ(tags.add("com.example.b", "  ").error(), unusableName);
+    EXPECT_EQ(tags.rename("nope", "x").error(), notThere);
+    EXPECT_EQ(tags.rename("work", "Work").error(), thereAlready);
+    EXPECT_EQ(tags.erase("nope").error(), notThere);
     EXPECT_TRUE(tags.add("com.example.b", "Games"));
     EXPECT_THAT(tags.all(), ElementsAre("Games", "Work"));
     EXPECT_TRUE(tags.rename("games", "Work")); // joins the two

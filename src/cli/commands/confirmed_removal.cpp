@@ -33,9 +33,9 @@ std::optional<Message> choose(RemovalFlowModel& model, const SelectionRequest& r
         if (chosen == Chosen::byDefault) model.selectDefaults();
         return std::nullopt;
     }
-    const auto ids = chooseTraces(model.found(), request, mode, hostPaths);
-    if (!ids) return ids.error();
-    model.select(*ids);
+    const auto selection = chooseTraces(model.found(), request, mode, hostPaths);
+    if (!selection) return selection.error();
+    model.select(selection->ids, selection->named);
     return std::nullopt;
 }
 
@@ -77,52 +77,49 @@ void complainOfSkipped(const std::vector<Path>& names, const CommandContext& con
         context.console.complain(context.text("cli.remove.skippedName %@", {path.string()}));
 }
 
-void show(const Preview& preview, const std::vector<Trace>& left, const CommandContext& context) {
+/// Prints on standard error what belongs beside a document.
+template<class Print>
+void besideDocument(const CommandContext& context, const Print& print) {
+    Console errors = context.console.onErrors();
+    print(CommandContext{context.arguments, context.texts, errors});
+}
+
+void show(const Preview& preview, const RemovalFlowModel& model, const CommandContext& context) {
+    const auto unseen = model.unseen();
     if (context.arguments.json) {
         context.console.document(json::document(preview.plan));
-    } else {
-        printPlan(preview.plan, preview.layout, context);
-        printLeft(left, context);
+        return besideDocument(context, [&](const auto& beside) { printUnseen(unseen, beside); });
     }
+    printPlan(preview.plan, preview.layout, context);
+    printLeft(model.leftInPlace(), context);
+    printUnseen(unseen, context);
 }
 
-/// Where the scans of the applications could not look.
-Unseen unseenBy(const RemovalFlowModel& model) {
-    Unseen unseen;
-    const auto add = [](std::vector<Path>& all, const std::vector<Path>& more) {
-        for (const auto& path : more)
-            if (std::ranges::find(all, path) == all.end()) all.push_back(path);
-    };
-    for (const auto& result : model.found()) {
-        add(unseen.unreadableLocations, result.unreadableLocations);
-        unseen.leftOut += result.leftOut;
-    }
-    return unseen;
-}
-
-bool confirmed(const CommandContext& context, const Mac& mac, const RemovalFlowModel& model,
-               const Unseen& unseen) {
+bool confirmed(const CommandContext& context, const Mac& mac, const RemovalFlowModel& model) {
     const auto words = confirmationTexts(model.summary(), model.subject(), model.mode(), context.texts);
-    if (!context.arguments.yes && context.console.canAsk() && !context.arguments.json) {
-        printItems(model.chosenTargets(), context);
-        printConfirmation(words, context, mac);
-        printLeft(model.leftInPlace(), context);
-        printUnseen(unseen, context);
-    }
+    const auto show = [&](const CommandContext& shown) {
+        printItems(model.chosenTargets(), shown);
+        printConfirmation(words, shown, mac);
+        printLeft(model.leftInPlace(), shown);
+        printUnseen(model.unseen(), shown);
+    };
+    if (!context.arguments.yes && context.console.canAsk())
+        context.arguments.json ? besideDocument(context, show) : show(context);
     return agreed(context, context.text("cli.question %@", {words.title}), "cli.remove.needsYes");
 }
 
-void show(const RemovalReport& report, const std::vector<Trace>& left, const Unseen& unseen,
-          const std::string& subject, const CommandContext& context, const Mac& mac) {
+void show(const RemovalReport& report, const std::string& subject, const CommandContext& context,
+          const Mac& mac) {
     if (context.arguments.json) {
-        context.console.document(json::document(report, context.texts, unseen));
+        context.console.document(json::document(report, context.texts));
         return;
     }
     printReport(report, reportTexts(report, subject, context.texts), context);
-    printLeft(left, context);
-    printUnseen(unseen, context);
-    if (const auto undo = undoCommandLine(report.quarantineRoot, context, mac))
-        context.console.line(context.text("cli.undo.hint %@", {*undo}));
+    const auto undo =
+        report.quarantineRoot.isRoot() ? std::nullopt : undoCommandLine(report.quarantineRoot, context, mac);
+    printRemainders(report, undo, context);
+    printUnseen(report.unseen, context);
+    if (undo) context.console.line(context.text("cli.undo.hint %@", {*undo}));
 }
 
 } // namespace
@@ -156,27 +153,30 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     const auto planned = preview(context, mac, model);
     const bool isDryRun = context.arguments.has("--dry-run");
     if (isDryRun) {
-        show(planned, model.leftInPlace(), context);
+        show(planned, model, context);
         complainOfSkipped(model.skippedNames(), context);
     }
     if (refusal) return refuse(*refusal, context);
-    if (isDryRun) return ExitStatus::done;
-    const auto unseen = unseenBy(model);
-    if (!confirmed(context, mac, model, unseen)) return ExitStatus::refused;
+    // Who names each item asks for nothing else.
+    const bool namesItems = !request->selectors.empty();
+    if (isDryRun)
+        return model.unseen().isNothing() && (model.skippedNames().empty() || namesItems)
+                   ? ExitStatus::done
+                   : ExitStatus::someFailed;
+    if (!confirmed(context, mac, model)) return ExitStatus::refused;
 
     if (!session.remove()) {
         if (const auto& why = model.errorMessage()) context.console.complain(*why);
         return ExitStatus::refused;
     }
     const auto& report = std::get<stage::Report>(model.stage()).report;
-    show(report, model.leftInPlace(), unseen, model.subject(), context, mac);
+    show(report, model.subject(), context, mac);
     complainOfSkipped(report.skippedNames, context);
-    // Who names each item asks for nothing else.
-    const bool tookAll = report.skippedNames.empty() || !request->selectors.empty();
+    const bool tookAll = report.skippedNames.empty() || namesItems;
     const bool isComplete = report.failures().empty() && !report.manifestFailure && tookAll;
     remindOfReview(context, mac.system.defaults, isComplete);
-    return isComplete && !session.someLeftOut() && unseen.isNothing() ? ExitStatus::done
-                                                                      : ExitStatus::someFailed;
+    return isComplete && !session.someLeftOut() && report.unseen.isNothing() ? ExitStatus::done
+                                                                             : ExitStatus::someFailed;
 }
 
 std::optional<Message> idleOption(const Arguments& arguments, std::string_view meaningful) {

@@ -49,8 +49,7 @@ void print(const OrphanScanResult& orphans, bool isNarrowed, const CommandContex
         count += group.traces.size();
         bytes += group.bytes();
     }
-    for (const auto& location : orphans.unreadableLocations)
-        context.console.line(context.text("cli.unreadable %@", {location.string()}), Paint::caution);
+    printUnreadable(orphans.unreadableLocations, context);
     for (const auto& gap : orphans.gaps)
         context.console.line(context.texts.text(gap.describe()), Paint::caution);
     printIncomplete(orphans.leftOut, orphans.skippedNames, context);
@@ -70,9 +69,12 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     FlowSession session(context, mac);
     if (removes) {
         if (!session.sweep()) return ExitStatus::refused;
-        for (const auto& gap : std::get<stage::Orphans>(session.model().stage()).result.gaps)
+        const auto& gaps = std::get<stage::Orphans>(session.model().stage()).result.gaps;
+        const bool sawAllOwners = gaps.empty();
+        for (const auto& gap : gaps)
             context.console.complain(context.texts.text(gap.describe()));
-        return removeFound(context, mac, session, RemovalMode::uninstall);
+        const auto status = removeFound(context, mac, session, RemovalMode::uninstall);
+        return status == ExitStatus::done && !sawAllOwners ? ExitStatus::someFailed : status;
     }
     auto orphans = session.findOrphans();
     if (!orphans) return ExitStatus::refused;

@@ -7,6 +7,7 @@
 #include "cli/json/startup.h"
 #include "cli/table.h"
 #include "inventory/installed_applications.h"
+#include "scan/applications/identifier_form.h"
 #include "system/permissions_model.h"
 #include "system/permissions_sheet.h"
 
@@ -22,6 +23,13 @@ std::optional<AppTarget> findTarget(const CommandContext& context, Mac& mac, con
     const ApplicationFinder finder(system.files, installed, HostPaths(mac.volume));
     // Looking at permissions touches nothing, so protected applications are not refused here.
     const auto path = finder.find(word);
+    // macOS keeps the permissions of an application that is gone.
+    if (!path && isIdentifier(word)) {
+        AppTarget gone;
+        gone.bundleID = word;
+        gone.name = word;
+        return gone;
+    }
     if (!path) {
         context.refuse(path.error());
         return std::nullopt;
@@ -32,6 +40,17 @@ std::optional<AppTarget> findTarget(const CommandContext& context, Mac& mac, con
         return std::nullopt;
     }
     return std::move(*target);
+}
+
+void printUnreadable(const PermissionAudit::Result& audit, const CommandContext& context, const Mac& mac) {
+    for (const auto scope : audit.unreadable)
+        context.console.line(context.text("cli.permissions.database %@",
+                                          {PermissionAudit::databasePath(scope, mac.system.user).string()}),
+                             Paint::caution);
+}
+
+ExitStatus statusOf(const PermissionAudit::Result& audit) {
+    return audit.unreadable.empty() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 void print(const AppTarget& app, const PermissionAudit::Result& audit, const CommandContext& context,
@@ -47,6 +66,8 @@ void print(const AppTarget& app, const PermissionAudit::Result& audit, const Com
                    {PermissionsSheet::detail(grant, context.texts), Paint::faint}});
     table.print(context.console);
     if (audit.unreadable.empty()) return;
+    // A mounted disk has no settings to look at or to give access in.
+    if (mac.volume) return printUnreadable(audit, context, mac);
     // Where the program may read everything that is guarded, the database itself is at fault.
     const auto access = FullDiskAccessProbe::status(mac.system.files, mac.system.user);
     context.console.line(context.text(access == FullDiskAccessProbe::Status::denied
@@ -61,13 +82,16 @@ ExitStatus showOwn(const CommandContext& context, const Mac& mac) {
     PermissionsModel model(
         mac.system.files, mac.system.user, [] { return false; }, mac.system.log);
     model.refresh();
+    const auto databases =
+        PermissionAudit(mac.system.files, mac.system.user, context.texts).audit("", Path());
     if (context.arguments.json) {
         context.console.document(json::document(model));
-        return ExitStatus::done;
+        return statusOf(databases);
     }
     const std::string access(name(model.fullDiskAccess.get()));
     context.console.line(context.text("permission.fullDisk") + ": " + context.text("cli.fullDisk." + access));
-    return ExitStatus::done;
+    printUnreadable(databases, context, mac);
+    return statusOf(databases);
 }
 
 /// The grants that the words name: by service, with or without its prefix, or by title; letter case does
@@ -107,7 +131,7 @@ class SheetSession {
             context_.console.document(json::document(*sheet_.audit.get()));
         else
             print(sheet_.app(), *sheet_.audit.get(), context_, mac_);
-        return ExitStatus::done;
+        return statusOf(*sheet_.audit.get());
     }
 
     /// `words`: services; all of them when there are none.
@@ -125,8 +149,8 @@ class SheetSession {
         }
         for (const auto& grant : *chosen)
             if (!revoke(grant)) status = ExitStatus::someFailed;
-        (void)show();
-        return status;
+        const auto shown = show();
+        return status == ExitStatus::done ? shown : status;
     }
 
   private:
@@ -177,10 +201,9 @@ class SheetSession {
 ExitStatus run(const CommandContext& context, Mac& mac) {
     const auto& words = context.arguments.operands;
     const std::string action = words.empty() ? "show" : words.front();
-    if (action != "show" && action != "revoke") return context.refuse({"cli.action.unknown %@", {action}});
+    if (action != "show" && action != "revoke") return context.misuseOfAction(action);
     if (action == "show" && words.size() < 2) return showOwn(context, mac);
-    if (words.size() < 2 || (action == "show" && words.size() > 2))
-        return context.refuse({"cli.action.wrongOperands %@ %@", {"permissions", action}});
+    if (words.size() < 2 || (action == "show" && words.size() > 2)) return context.misuseOfAction(action);
     auto target = findTarget(context, mac, words[1]);
     if (!target) return ExitStatus::refused;
     SheetSession session(context, mac, std::move(*target));

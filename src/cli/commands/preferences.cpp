@@ -23,7 +23,7 @@ namespace tidwen {
 namespace {
 
 ExitStatus wrongAction(const CommandContext& context) {
-    return context.refuse({"cli.action.unknown %@", {context.arguments.operands.front()}});
+    return context.misuseOfAction(context.arguments.operands.front());
 }
 
 ExitStatus notStored(const CommandContext& context) {
@@ -115,8 +115,7 @@ ExitStatus runProtect(const CommandContext& context, Host& host, Mac* mac) {
     const std::string action = words.empty() ? "list" : words.front();
     const bool changes = action == "add" || action == "remove";
     if (!changes && action != "list") return wrongAction(context);
-    if (changes ? words.size() < 2 : words.size() > 1)
-        return context.refuse({"cli.action.wrongOperands %@ %@", {"protect", action}});
+    if (changes ? words.size() < 2 : words.size() > 1) return context.misuseOfAction(action);
     if (const auto problem = apps.problem()) return context.refuse(*problem);
     if (changes) {
         const std::vector<std::string> named(words.begin() + 1, words.end());
@@ -162,13 +161,30 @@ std::optional<std::string> taggedOne(const std::string& word, const AppTags& tag
     return IdentifierReader(context, mac).read(word);
 }
 
+/// `tag`: what should change; `name`: what it should become or be called.
+ExitStatus refuseTag(AppTags::Refusal refusal, const std::string& tag, const std::string& name,
+                     const CommandContext& context) {
+    switch (refusal) {
+    case AppTags::Refusal::unusableName:
+        return context.refuse({"cli.tags.unusable %@", {name}});
+    case AppTags::Refusal::thereAlready:
+        return context.refuse({"cli.tags.thereAlready %@", {name}});
+    case AppTags::Refusal::notThere:
+        return context.refuse({"cli.tags.notThere %@", {tag}});
+    case AppTags::Refusal::notStored:
+        break;
+    }
+    return notStored(context);
+}
+
 ExitStatus runTags(const CommandContext& context, Host& host, Mac* mac) {
     if (const auto problem = host.defaults.problem()) return context.refuse(*problem);
     AppTags tags(host.defaults);
     const auto& words = context.arguments.operands;
     const std::string action = words.empty() ? "list" : words.front();
     const auto needs = [&](std::size_t count) { return words.size() == count + 1; };
-    bool changed = true;
+    AppTags::Result changed;
+    const auto& tag = words.empty() ? action : words.back();
     if ((action == "add" || action == "remove") && needs(2)) {
         const auto id = action == "add" ? IdentifierReader(context, mac).read(words[1])
                                         : taggedOne(words[1], tags, context, mac);
@@ -179,13 +195,13 @@ ExitStatus runTags(const CommandContext& context, Host& host, Mac* mac) {
     else if (action == "delete" && needs(1))
         changed = tags.erase(words[1]);
     else if (action != "list" || words.size() > 1)
-        return context.refuse({"cli.tags.usage"});
-    if (!changed) context.console.complain(context.text("cli.tags.unchanged"));
+        return context.misuseOfAction(action);
+    if (!changed) return refuseTag(changed.error(), action == "rename" ? words[1] : tag, tag, context);
     if (context.arguments.json)
         context.console.document(json::document(byTag(tags)));
     else
         printTags(tags, context);
-    return changed ? ExitStatus::done : ExitStatus::someFailed;
+    return ExitStatus::done;
 }
 
 void printSettings(const AppPreferences& preferences, const CommandContext& context) {
@@ -218,7 +234,7 @@ ExitStatus watchAtLogin(bool isOn, const CommandContext& context, LoginItem& log
 
 ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context, Host& host) {
     const auto& words = context.arguments.operands;
-    if (words.size() != 3) return context.refuse({"cli.settings.usage"});
+    if (words.size() != 3) return context.misuseOfAction(words.front());
     if (!preferences.get(words[1])) return context.refuse({"cli.settings.unknown %@", {words[1]}});
     if (words[1] == "updateFeed" && !words[2].empty() && !isPlainHttpsAddress(words[2]))
         return context.refuse({"updates.badAddress %@", {words[2]}});
@@ -244,7 +260,7 @@ ExitStatus runSettings(const CommandContext& context, Host& host) {
         context.console.line(*value);
         return ExitStatus::done;
     }
-    if (action != "list" || words.size() > 1) return context.refuse({"cli.settings.usage"});
+    if (action != "list" || words.size() > 1) return context.misuseOfAction(action);
     if (context.arguments.json)
         context.console.document(json::document(preferences));
     else

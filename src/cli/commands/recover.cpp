@@ -56,10 +56,9 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 } // namespace
 
 Command recoverCommand() {
-    return {
-        .syntax = {.name = "recover",
-                   .summary = "Finish the book-keeping of removals that were cut off, so they can be undone"},
-        .run = run};
+    return {.syntax = {.name = "recover",
+                       .summary = "Finish the book-keeping of interrupted removals, so they can be undone"},
+            .run = run};
 }
 
 } // namespace tidwen

@@ -3,6 +3,7 @@
 #include "cli/console.h"
 #include "cli/labels.h"
 #include "cli/table.h"
+#include "scan/matching/default_selection.h"
 
 #include <algorithm>
 
@@ -45,7 +46,10 @@ void printConfirmation(const ConfirmationTexts& words, const CommandContext& con
     if (words.password && mac.administrator) console.line(*words.password);
 }
 
-void printLeft(const std::vector<Trace>& left, const CommandContext& context) {
+namespace {
+
+/// Prints what only the user can do, and gives the rest.
+std::vector<Trace> withoutGuidance(const std::vector<Trace>& left, const CommandContext& context) {
     std::vector<Trace> takeable;
     for (const auto& trace : left) {
         if (const auto* guidance = std::get_if<action::Guidance>(&trace.action))
@@ -53,6 +57,36 @@ void printLeft(const std::vector<Trace>& left, const CommandContext& context) {
         else
             takeable.push_back(trace);
     }
+    return takeable;
+}
+
+/// The words of a removal that takes what the last one took, once that is undone, and `left` too.
+std::vector<std::string> laterRemoval(const RemovalReport& report, const std::vector<Remainder>& left,
+                                      const CommandContext& context) {
+    std::vector<std::string> words = {context.arguments.command}, choice;
+    if (words.front() == "orphans") words.emplace_back("--remove");
+    const auto select = [&](const std::string& item) { choice.insert(choice.end(), {"--select", item}); };
+    for (const auto& step : report.operations)
+        if (const auto* application = std::get_if<operation::UnregisterApp>(&step.kind)) {
+            words.push_back(application->bundleURL.string());
+            select(step.bundleID);
+        }
+    for (const auto& each : left)
+        for (const auto& trace : each.traces)
+            select(trace.displayName);
+    // --risk takes nothing that is in doubt.
+    if (std::ranges::all_of(left, [](const Remainder& each) {
+            return std::ranges::all_of(each.traces, [](const Trace& trace) { return isUndoubted(trace); });
+        }))
+        choice = {"--risk", "safe,review,sensitive"};
+    words.insert(words.end(), choice.begin(), choice.end());
+    return words;
+}
+
+} // namespace
+
+void printLeft(const std::vector<Trace>& left, const CommandContext& context) {
+    const auto takeable = withoutGuidance(left, context);
     if (takeable.empty()) return;
     const auto& command = context.arguments.command;
     const auto count = labels::countAndSize(takeable, context.texts);
@@ -61,6 +95,31 @@ void printLeft(const std::vector<Trace>& left, const CommandContext& context) {
             ? context.text("cli.installers.left %@", {count})
             : context.text("cli.remove.left %@ %@", {count, command == "orphans" ? "orphans" : "scan"}),
         Paint::caution);
+}
+
+void printRemainders(const RemovalReport& report, const std::optional<std::string>& undo,
+                     const CommandContext& context) {
+    std::vector<Trace> found; // by a later search
+    std::vector<Remainder> gone;
+    for (const auto& each : report.left) {
+        if (!each.needsUndo) {
+            found.insert(found.end(), each.traces.begin(), each.traces.end());
+            continue;
+        }
+        gone.push_back({each.target, withoutGuidance(each.traces, context), true});
+        if (gone.back().traces.empty()) gone.pop_back();
+    }
+    printLeft(found, context);
+    if (gone.empty()) return;
+    context.console.line(context.text("cli.remove.remains"), Paint::caution);
+    for (const auto& each : gone)
+        for (const auto& trace : each.traces)
+            context.console.line(
+                {{"  " + trace.displayName}, {"  " + labels::whyLeft(trace, context.texts), Paint::faint}});
+    if (!undo) return;
+    context.console.line(context.text("cli.remove.takeRemains"));
+    context.console.line("  " + *undo);
+    context.console.line("  " + context.commandLine(laterRemoval(report, gone, context)));
 }
 
 void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout& layout,
@@ -100,7 +159,12 @@ void printReport(const RemovalReport& report, const ReportTexts& words, const Co
     if (words.failures.empty()) console.line(words.summary, Paint::good);
     console.line(words.counts);
     if (words.reclaimed) console.line(*words.reclaimed);
-    console.line(context.text("cli.report.quarantine %@", {report.quarantineRoot.string()}));
+    if (words.reclaimed)
+        console.line(context.text("cli.report.quarantine %@", {report.quarantineRoot.string()}));
+    for (const auto& folder : report.emptiedFolders)
+        console.line(context.text("cli.report.emptied %@", {folder.string()}), Paint::caution);
+    for (const auto& link : report.deadLinks)
+        console.line(context.text("cli.report.deadLink %@", {link.string()}), Paint::caution);
     if (report.manifestFailure)
         console.line(context.text("cli.report.noManifest %@", {context.texts.text(*report.manifestFailure)}),
                      Paint::danger);

@@ -4,6 +4,8 @@
 #include "quarantine/quarantine_layout.h"
 #include "removal/removal_texts.h"
 
+#include <optional>
+#include <string>
 #include <vector>
 
 /// What a removal prints for people: before, in place of, and after it.
@@ -15,8 +17,13 @@ void printItems(const std::vector<RemovalTarget>& targets, const CommandContext&
 /// What taking them means.
 void printConfirmation(const ConfirmationTexts& words, const CommandContext& context, const Mac& mac);
 
-/// What was found and is not taken, and what only the user can do about it.
+/// What was found and will not be taken, and what only the user can do about it.
 void printLeft(const std::vector<Trace>& left, const CommandContext& context);
+
+/// Each item that stays after a run, with the reason, and the commands that take these items too. `undo`:
+/// the command that undoes the run, when it can be undone.
+void printRemainders(const RemovalReport& report, const std::optional<std::string>& undo,
+                     const CommandContext& context);
 
 /// The numbered steps.
 void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout& layout,

@@ -60,9 +60,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
         if (requestInbox(context, mac).setFinderGate(words[1] == "on")) return ExitStatus::done;
         return context.refuse({"cli.requests.gateFailed"});
     }
-    if (action == "drain" || action == "post" || action == "gate")
-        return context.refuse({"cli.requests.usage"});
-    return context.refuse({"cli.action.unknown %@", {action}});
+    return context.misuseOfAction(action);
 }
 
 } // namespace
@@ -72,9 +70,7 @@ Command requestsCommand() {
                        .summary =
                            "Applications that other processes ask to remove: drain, post APP..., gate on|off",
                        .operandName = "ACTION",
-                       .operandHelp =
-                           "drain: take the waiting requests and list what they name; post: ask for "
-                           "applications; gate: whether the Finder offers its menu entry",
+                       .operandHelp = "drain, post APP…, gate on|off",
                        .minimumOperands = 1,
                        .maximumOperands = anyNumber,
                        .actions = {"drain", "post", "gate"}},

@@ -59,22 +59,9 @@ void printPermissions(const PermissionAudit::Result& permissions, const CommandC
     table.print(context.console, 2);
 }
 
-/// An account sees little of the homes of others, so a few names stand for many.
-void printOwners(const BundleCoverage& owners, const CommandContext& context) {
-    constexpr std::size_t mostShown = 5;
-    std::vector<Path> places = owners.absent;
-    places.insert(places.end(), owners.unreadable.begin(), owners.unreadable.end());
-    places.insert(places.end(), owners.uncounted.begin(), owners.uncounted.end());
-    places.insert(places.end(), owners.damaged.begin(), owners.damaged.end());
-    if (places.empty()) return;
-    context.console.line(context.text("cli.scan.owners.title"), Paint::caution);
-    context.console.line(context.text("cli.scan.owners.body"), Paint::faint);
-    for (std::size_t i = 0; i < std::min(places.size(), mostShown); ++i)
-        context.console.line("  " + places[i].string());
-    if (places.size() > mostShown) context.console.line("  …");
-}
-
 void printNotices(const ScanResult& result, const CommandContext& context) {
+    if (result.isProtected)
+        context.console.line(context.texts.text(describeProtected(result.target)), Paint::caution);
     if (result.immovable) {
         context.console.line(context.text("cli.scan.immovable"), Paint::caution);
         context.console.line(context.texts.text(result.immovable->describe(result.target)), Paint::faint);
@@ -98,6 +85,7 @@ void printNotices(const ScanResult& result, const CommandContext& context) {
 void printTotals(const ScanResult& result, const CommandContext& context) {
     const auto& traces = result.traces;
     context.console.line(context.text("cli.scan.found %@", {labels::countAndSize(traces, context.texts)}));
+    if (result.isProtected) return context.console.line(context.text("cli.scan.takenOfProtected"));
     if (result.immovable) return context.console.line(context.text("cli.scan.takenNothing"));
     std::vector<Trace> taken;
     std::ranges::copy_if(traces, std::back_inserter(taken),
@@ -132,7 +120,7 @@ void print(const ScanResult& result, const CommandContext& context, const FileSy
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
     FlowSession session(context, mac);
-    if (!session.scan(context.arguments.operands)) return ExitStatus::refused;
+    if (!session.scan(context.arguments.operands, ProtectedTargets::shown)) return ExitStatus::refused;
     const auto& results = std::get<stage::Review>(session.model().stage()).results;
     if (context.arguments.json) {
         context.console.document(json::document(results));

@@ -174,12 +174,12 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const std::string action = words.empty() ? "list" : words.front();
     const std::vector<std::string> jobs(words.empty() ? words.end() : words.begin() + 1, words.end());
     const bool isKnown = action == "list" || action == "on" || action == "off" || action == "remove";
-    if (!isKnown) return context.refuse({"cli.action.unknown %@", {action}});
+    if (!isKnown) return context.misuseOfAction(action);
     const bool takesOrphans = action == "remove" && context.arguments.has(orphansOption);
     const bool isIdle =
         action != "remove" && (context.arguments.has("--dry-run") || context.arguments.has(orphansOption));
     if (isIdle || (action == "list") != (jobs.empty() && !takesOrphans))
-        return context.refuse({"cli.action.wrongOperands %@ %@", {"startup", action}});
+        return context.misuseOfAction(action);
     StartupSession session(context, mac);
     if (action == "list") return session.list();
     if (action == "remove") return session.remove(jobs);

@@ -142,7 +142,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 
 Command watchCommand() {
     return {.syntax = {.name = "watch",
-                       .summary = "Tell of each application that is trashed or asked for, until interrupted",
+                       .summary = "Report each application moved to the Trash or requested for removal",
                        .options = {{atLogin, "", "Watch only while the setting catchTrashedApps is on"}}},
             .run = run};
 }

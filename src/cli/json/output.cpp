@@ -28,6 +28,7 @@ Value object(const ScanResult& result) {
                  {"skippedNames", array(result.skippedNames, toValue)},
                  {"leftOut", result.leftOut},
                  {"unknownOwners", object(result.owners)},
+                 {"isProtected", result.isProtected},
                  {"nameMatchingDisabled", result.nameMatchingDisabled},
                  {"permissions", value(result.permissions)}};
     if (result.immovable)
@@ -80,19 +81,30 @@ std::string document(const std::vector<RemovalOperation>& plan) {
     return writeJson(array(plan, toValue));
 }
 
-std::string document(const RemovalReport& report, const Texts& texts, const Unseen& unseen) {
+std::string document(const RemovalReport& report, const Texts& texts) {
     Value result{
         {"apps", array(report.apps, [](const AppRecord& app) { return object(app); })},
         {"mode", std::string(name(report.mode))},
-        {"quarantineRoot", report.quarantineRoot.string()},
-        {"manifestURL", report.manifestURL.string()},
         {"operations", array(report.operations, toValue)},
         {"results", array(report.results, [&](const OperationResult& r) { return object(r, texts); })}};
+    if (!report.quarantineRoot.isRoot()) {
+        result["quarantineRoot"] = report.quarantineRoot.string();
+        result["manifestURL"] = report.manifestURL.string();
+    }
     if (report.verification) result["verification"] = object(*report.verification);
     put(result, "reclaimedBytes", report.reclaimedBytes);
+    const auto& unseen = report.unseen;
     if (!unseen.unreadableLocations.empty())
         result["unreadableLocations"] = array(unseen.unreadableLocations, toValue);
     if (unseen.leftOut > 0) result["leftOut"] = unseen.leftOut;
+    if (!unseen.knowsAllOwners()) result["unknownOwners"] = object(unseen.owners);
+    Value left = Value::array();
+    for (const auto& each : report.left)
+        for (const auto& trace : each.traces)
+            left.push_back(value(trace));
+    if (!left.empty()) result["leftInPlace"] = std::move(left);
+    if (!report.emptiedFolders.empty()) result["emptiedFolders"] = array(report.emptiedFolders, toValue);
+    if (!report.deadLinks.empty()) result["deadLinks"] = array(report.deadLinks, toValue);
     if (!report.unsettled.empty()) result["unsettled"] = report.unsettled;
     if (!report.skippedNames.empty()) result["skippedNames"] = array(report.skippedNames, toValue);
     if (report.manifestFailure) result["manifestFailure"] = texts.text(*report.manifestFailure);

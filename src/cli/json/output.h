@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/texts.h"
-#include "cli/unseen.h"
 #include "operations/removal_operation.h"
 #include "quarantine/history.h"
 #include "quarantine/undo_service.h"
@@ -32,7 +31,7 @@ std::string document(const std::vector<ScanResult>& results);
 std::string document(const std::vector<RemovalOperation>& plan);
 /// A failed result carries its reason in words and, as "failureKey", by the key that does not change with
 /// the language.
-std::string document(const RemovalReport& report, const Texts& texts, const Unseen& unseen = {});
+std::string document(const RemovalReport& report, const Texts& texts);
 /// The numbered runs in their order, then those that have no readable manifest; told apart by "status".
 std::string document(const std::vector<RemovalHistoryEntry>& entries,
                      const std::vector<UnfinishedRun>& unfinished, const Texts& texts);

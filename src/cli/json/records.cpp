@@ -152,6 +152,7 @@ Value value(const Trace& trace) {
         result["contestedBy"] = trace.contestedBy->bundleID;
         result["contestedByPlace"] = trace.contestedBy->place.string();
     }
+    if (trace.isOnlyListed) result["isOnlyListed"] = true;
     return result;
 }
 

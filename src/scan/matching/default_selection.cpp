@@ -14,7 +14,7 @@ bool takenByDefault(const Trace& trace) {
 }
 
 bool takenByDefault(const Trace& trace, const ScanResult& result) {
-    return !result.immovable && takenByDefault(trace);
+    return !result.immovable && !result.isProtected && takenByDefault(trace);
 }
 
 } // namespace tidwen

@@ -73,13 +73,43 @@ class Around(VolumeTest):
         run = self.call("remove", "Kip", "--yes", "--json", status=1)
         self.assertEqual(len(run.json["skippedNames"]), 1)
         self.assertTrue(os.path.isdir(odd))
+        shutil.rmtree(os.fsencode(self.home) + b"/Library/Caches")
+        (self.home / "Library/Caches").symlink_to("/Volumes/Away")
+        os.symlink("/Volumes/Away/Any.app", self.volume / "Applications/Any.app")
+        for words in (["--dry-run"], ["--yes"]):
+            printed = self.call("remove", "Lumen", *words, status=1).output
+            for said in ("/Users/alice/Library/Caches", "Not all installed applications", "/Applications/Any.app"):
+                self.assertIn(said, printed)
+        run = self.call("remove", "Pantry", "--dry-run", "--json", status=1)
+        self.assertIn("/Users/alice/Library/Caches", run.errors)
+        run = self.call("remove", "Pantry", "--yes", "--json", status=1)
+        self.assertEqual(run.json["unknownOwners"]["unreadable"], ["/Applications/Any.app"])
+
+    def test_what_a_removal_leaves_can_be_taken_by_the_commands_it_prints(self):
+        lines = self.call("remove", "Brightwell Studio", "Brightwell Tuner", "--yes").output.splitlines()
+        self.assertIn("This folder is empty now: /Applications/Brightwell Studio", lines)
+        left = lines[lines.index("Left in place:") + 1:]
+        commands = [line.strip() for line in left if line.startswith(f"  {terminal.PROGRAM}")]
+        items = [line.strip().split("  ")[0] for line in left if line.startswith("  /") and line.strip() not in commands]
+        self.assertEqual([item for item in items if not os.path.lexists(f"{self.volume}{item}")], [])
+        self.assertIn("/Library/LaunchDaemons/com.brightwell.studio.licensed.plist", items)
+        self.assertEqual(len(commands), 2)
+        for command in commands:
+            subprocess.run(command + " --yes", shell=True, env=self.environment, check=True, capture_output=True)
+        self.assertEqual([item for item in items if os.path.lexists(f"{self.volume}{item}")], [])
+
+    def test_who_stays_is_not_told_of_what_it_keeps(self):
+        printed = self.call("remove", "Marlin Notes", "--select", "com.marlinworks.notes.plist", "--yes").output
+        self.assertNotIn("still has the permission", printed)
+        printed = self.call("remove", "Harbor VPN", "--select", "net.harborvpn.client.menu", "--yes").output
+        self.assertNotIn("system extension", printed)
 
     def test_what_cannot_be_removed_is_not_ticked(self):
         os.rename(self.volume / "Applications/Kip.app", self.home / "Downloads/Kip.app")
         kip = "/Users/alice/Downloads/Kip.app"
         shown = self.call("scan", kip).output
         self.assertNotIn("[x]", shown)
-        self.assertIn("“remove” refuses", shown)
+        self.assertIn("“tidwen remove” refuses", shown)
         self.refuse("remove", kip, "--yes", saying=kip)
         self.call("remove", kip, "--select", "/Users/alice/Library/Preferences/com.littlefin.kip.plist", "--yes")
 
@@ -125,6 +155,17 @@ class Around(VolumeTest):
                 run = self.call("permissions", "revoke", *words, "--json", "--yes", status=status)
                 self.assertEqual([grant["service"] for grant in run.json["grants"]], left)
                 self.assertIn(saying, run.errors)
+        shutil.rmtree(self.volume / "Applications/Pantry.app")
+        grants = self.call("permissions", "show", "io.pantryapp.Pantry", "--json").json["grants"]
+        self.assertTrue(grants, "macOS keeps them of an application that is gone")
+        self.call("permissions", "revoke", "io.pantryapp.Pantry", "--yes")
+        database = self.home / "Library/Application Support/com.apple.TCC/TCC.db"
+        database.unlink()
+        database.write_text("garbage")
+        for words in (["show"], ["show", "Kip"], ["revoke", "Kip", "--yes"]):
+            run = self.call("permissions", *words, status=1)
+            self.assertIn("com.apple.TCC/TCC.db", run.output)
+            self.assertNotIn("granted", run.output)
 
     def test_expired_runs_go_and_those_whose_age_nobody_knows_stay(self):
         for name in ["Kip", "Marlin Notes", "Pantry"]:
@@ -158,7 +199,8 @@ class Around(VolumeTest):
         (self.volume / "Tidwen.app/Contents/MacOS").mkdir(parents=True)
         own = shutil.copy(terminal.PROGRAM, self.volume / "Tidwen.app/Contents/MacOS/tidwen")
         (self.volume / "Tidwen.app/Contents/Info.plist").write_bytes(plistlib.dumps({"CorvellaAppGroup": "T.group"}))
-        subprocess.run([own, "--volume", self.volume, "requests", "post", "Kip"], env=self.environment, check=True)
+        texts = {"TIDWEN_RESOURCES": os.path.join(os.path.dirname(terminal.PROGRAM), "../resources")}
+        subprocess.run([own, "--volume", self.volume, "requests", "post", "Kip"], env=self.environment | texts, check=True)
         self.assertEqual(len(os.listdir(self.home / "Library/Group Containers/T.group/requests")), 1)
         self.call("requests", "post", "Kip")
         watching = subprocess.Popen([terminal.PROGRAM, "--volume", self.volume, "watch"], env=self.environment,
@@ -182,8 +224,9 @@ class Around(VolumeTest):
         for words, saying in [(["startup", "fly"], "fly"), (["startup", "off", "no.such"], "no.such"),
                               (["permissions", "revoke"], "revoke"), (["permissions", "revoke", "Kip", "Air"], "Air"),
                               (["settings", "set", "quarantineRetention", "soon"], "soon"), (["purge"], "--all"),
-                              (["settings", "get", "colour"], "colour"), (["tags", "add", "x"], "tags add APP TAG"),
-                              (["tags", "add", "Nobody", "x"], "Nobody"), (["protect", "add", "Kip", ""], "identifier"),
+                              (["settings", "get", "colour"], "colour"), (["tags", "add", "x"], "add APP TAG"),
+                              (["tags", "add", "Nobody", "x"], "Nobody"), (["tags", "delete", "nope"], "no tag “nope”"),
+                              (["tags", "add", "Kip", " "], "cannot be a tag"), (["protect", "add", "Kip", ""], "identifier"),
                               (["protect", "remove", "Kip"], "Kip"), (["settings", "set", "language", "klingon"], "klingon"),
                               (["purge", "--all", "--yes=false"], "--yes takes no value"),
                               (["startup", "off", job, "no.such"], "no.such"),

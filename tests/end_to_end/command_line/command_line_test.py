@@ -5,6 +5,7 @@ import os
 import plistlib
 import shutil
 import sqlite3
+import subprocess
 import sys
 import unittest
 
@@ -107,6 +108,8 @@ class Journey(VolumeTest):
         for answer in (b"n\n", b"\n", b"\x04"):
             status, printed = self.call_on_terminal("remove", "Kip", answer=answer)
             self.assertEqual((status, snapshot(self.volume) == before), (2, True), printed)
+        status, printed = self.call_on_terminal("remove", "Kip", "--json", answer=b"n\n")
+        self.assertIn("/Applications/Kip.app", printed, "a document does not spare the list of what goes")
         status, printed = self.call_on_terminal("remove", "Kip", answer=b"y\n")
         self.assertEqual(status, 0, printed)
         self.assertIn("\x1b[32m", printed, "colours on a terminal")
@@ -202,7 +205,10 @@ class Refusals(VolumeTest):
         for word in ["Kip", "COM.LittleFin.Kip", "/Applications/Kip.app", str(self.volume / "Applications/Kip.app")]:
             with self.subTest(word):
                 self.assertEqual(self.call("protect", "add", word, "--json").json, ["com.littlefin.kip"])
-                self.refuse("remove", "Kip", "--yes", saying="Kip is protected")
+                self.refuse("remove", "Kip", "--yes", saying="tidwen protect remove com.littlefin.kip")
+                shown = self.call("scan", "Kip").output
+                self.assertIn("tidwen protect remove com.littlefin.kip", shown)
+                self.assertNotIn("[x]", shown)
                 self.assertEqual(self.call("protect", "remove", word.upper() if "/" not in word else word, "--json").json, [])
         self.assertIn("installed", self.call("protect", "add", "com.example.later").errors)
         self.refuse("protect", "add", "Kip", saying="--volume", volume=False)
@@ -244,8 +250,17 @@ class Refusals(VolumeTest):
         shutil.rmtree(self.home / ".Trash")
         (self.home / ".Trash").write_text("no folder")
         before = snapshot(self.volume)
-        self.refuse("remove", "Kip", "--yes", saying="nothing was changed")
+        self.refuse("remove", "Kip", "--yes", saying="Nothing was changed")
+        self.assertIn("Nothing was changed", self.call("remove", "Kip", "--dry-run", status=2).errors)
         self.assertEqual(snapshot(self.volume), before)
+
+    def test_without_its_texts_nothing_is_begun(self):
+        lonely = shutil.copy(terminal.PROGRAM, self.base / "lonely")
+        done = subprocess.run([lonely, "--volume", self.volume, "remove", "Kip", "--yes"], env=self.environment,
+                              capture_output=True, text=True)
+        self.assertEqual((done.returncode, done.stdout), (2, ""))
+        self.assertIn("TIDWEN_RESOURCES", done.stderr)
+        self.assertTrue((self.volume / "Applications/Kip.app").exists())
 
     def test_wrong_usage_and_unusable_volumes(self):
         (self.volume / "Users/bob/Library").mkdir(parents=True)
@@ -257,9 +272,8 @@ class Refusals(VolumeTest):
             (["--home", "/Users/alice", "remove", "Kip", "--risk", "some", "--yes"], "some"),
             (["--home", "/Users/alice", "remove", "Kip", "--risk", "safe", "--select", "x", "--yes"], "--select"),
             (["--home", "/Users/alice", "remove", "Kip", "--select", "/nothing", "--yes"], "/nothing"),
-            (["--home", "/Users/alice", "remove", "Kip", "--select", "", "--dry-run"], "found"),
+            (["--home", "/Users/alice", "remove", "Kip", "--select", "", "--dry-run"], "“”"),
             (["--home", "/Users/alice", "reset", "Kip", "--select", "/Applications/Kip.app", "--yes"], "reset"),
-            (["--home", "/Users/alice", "remove", "Harbor VPN", "--select", "Harbor VPN", "--yes"], "System Settings"),
             (["--home", "/Users/alice", "undo", "Tidwen - x"], "Tidwen - x"),
             (["sample", str(self.volume)], "not empty"),
             (["fly"], "fly"),
