@@ -13,6 +13,19 @@ std::string number(std::size_t count) {
     return std::to_string(count);
 }
 
+/// Items that were moved, and that were to be: what the history and an undo count too. Of a run that moves
+/// nothing, its steps.
+std::pair<std::size_t, std::size_t> doneAndAll(const RemovalReport& report,
+                                               const std::vector<RemovalReport::Failure>& failures) {
+    const auto isMove = [](const RemovalOperation& step) {
+        return std::holds_alternative<operation::Move>(step.kind);
+    };
+    const auto moves = static_cast<std::size_t>(std::ranges::count_if(report.operations, isMove));
+    if (moves == 0) return {report.operations.size() - failures.size(), report.operations.size()};
+    const auto failed = std::ranges::count_if(failures, isMove, &RemovalReport::Failure::operation);
+    return {moves - static_cast<std::size_t>(failed), moves};
+}
+
 } // namespace
 
 std::string subjectText(RemovalSubject subject, RemovalMode mode, const std::vector<RemovalTarget>& targets,
@@ -65,9 +78,10 @@ ReportTexts reportTexts(const RemovalReport& report, const std::string& subject,
     ReportTexts words;
     words.summary =
         texts.text(isReset ? "report.summary.reset %@" : "report.summary.uninstall %@", {subject});
-    words.counts = texts.text(
-        isReset ? "report.summary.clearedCount %lld %lld" : "report.summary.removedCount %lld %lld",
-        {number(report.operations.size() - failures.size()), number(report.operations.size())});
+    const auto [done, all] = doneAndAll(report, failures);
+    words.counts = texts.text(isReset ? "report.summary.clearedCount %lld %lld"
+                                      : "report.summary.removedCount %lld %lld",
+                              {number(done), number(all)});
     if (report.reclaimedBytes)
         words.reclaimed = texts.text("report.summary.reclaimed %@",
                                      {formatByteCount(*report.reclaimedBytes, texts.language())});

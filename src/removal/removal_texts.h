@@ -36,7 +36,7 @@ ConfirmationTexts confirmationTexts(const RemovalSummary& summary, const std::st
 
 struct ReportTexts {
     std::string summary;                   ///< "Marlin Notes removed"
-    std::string counts;                    ///< "9 of 10 removed": steps that were done, and all
+    std::string counts;                    ///< "9 of 10 removed": items that were moved, and all
     std::optional<std::string> reclaimed;  ///< absent while the size is not known
     std::vector<std::string> failures;     ///< "name: reason"
     std::vector<std::string> verification; ///< empty when nothing was checked

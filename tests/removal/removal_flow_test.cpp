@@ -197,6 +197,8 @@ TEST(RemovalFlow, TellsWhatItLeavesBehind) {
     EXPECT_THAT(report.unseen.unreadableLocations, testing::Contains(Path("/Users/alice/Library/Logs")));
     const auto whole = bench.volume.files().treeSize(report.quarantineRoot, 1'000)->allocatedBytes;
     EXPECT_LT(report.reclaimedBytes, static_cast<std::int64_t>(whole)) << "records free nothing";
+    EXPECT_EQ(reportTexts(report, "Elm", bench.texts).counts, "report.summary.removedCount 1 1")
+        << "the application alone was moved, whatever else was done";
 }
 
 TEST(RemovalFlow, WhatCannotBePutBackLeavesNoFolder) {

@@ -6,6 +6,7 @@
 #include "scan/matching/default_selection.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace tidwen {
 
@@ -137,6 +138,22 @@ void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout
     table.print(context.console);
 }
 
+namespace {
+
+/// What can be done about permissions that are left.
+void printSurvivors(const VerificationReport& verification, const CommandContext& context) {
+    const auto isByPath = [](const PermissionGrant& grant) { return grant.isPathClient; };
+    for (const auto& app : verification.apps) {
+        const auto& grants = app.tccSurvivors;
+        if (std::ranges::any_of(grants, std::not_fn(isByPath)))
+            context.console.line(context.text(
+                "cli.report.revoke %@", {context.commandLine({"permissions", "revoke", app.bundleID})}));
+        if (std::ranges::any_of(grants, isByPath)) context.console.line(context.text("cli.report.pathGrant"));
+    }
+}
+
+} // namespace
+
 void printReport(const RemovalReport& report, const ReportTexts& words, const CommandContext& context) {
     auto& console = context.console;
     Table table({Table::Align::right});
@@ -172,6 +189,7 @@ void printReport(const RemovalReport& report, const ReportTexts& words, const Co
         console.line("  " + item + ": " + context.text("failure.moveUnfinished"), Paint::danger);
     for (const auto& line : words.verification)
         console.line(line, words.isClean ? Paint::plain : Paint::caution);
+    if (report.verification) printSurvivors(*report.verification, context);
 }
 
 } // namespace tidwen

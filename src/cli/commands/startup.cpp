@@ -178,8 +178,10 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const bool takesOrphans = action == "remove" && context.arguments.has(orphansOption);
     const bool isIdle =
         action != "remove" && (context.arguments.has("--dry-run") || context.arguments.has(orphansOption));
-    if (isIdle || (action == "list") != (jobs.empty() && !takesOrphans))
-        return context.misuseOfAction(action);
+    if (isIdle)
+        return context.misuse({"cli.startup.idleOption %@",
+                               {context.arguments.has("--dry-run") ? "--dry-run" : orphansOption}});
+    if ((action == "list") != (jobs.empty() && !takesOrphans)) return context.misuseOfAction(action);
     StartupSession session(context, mac);
     if (action == "list") return session.list();
     if (action == "remove") return session.remove(jobs);

@@ -232,6 +232,7 @@ class Around(VolumeTest):
                               (["startup", "off", job, "no.such"], "no.such"),
                               (["startup", "off", "net.twice"], "/Library/LaunchDaemons/twice.plist"),
                               (["startup", "remove", "net.twice", "--yes"], "/Library/LaunchAgents/twice.plist"),
+                              (["startup", "off", job, "--dry-run"], "--dry-run goes with"),
                               (["requests", "fill"], "fill"), (["requests", "gate"], "gate on"), (["apps", "--sort", "luck"], "luck"),
                               (["completions", "abacus"], "abacus")]:
             with self.subTest(words):
