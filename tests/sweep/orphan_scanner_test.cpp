@@ -155,7 +155,9 @@ TEST_F(OrphanScan, SearchesAFolderWithTwoNamesOnceAndNamesWhatItSkips) {
     volume.write(home + "Caches/com.gone.ferry/x", "x");
     volume.write(home + "Caches/com.gone.\xff/x", "x");
     volume.link(home + "HTTPStorages", "Caches");
+    volume.link(home + "WebKit", "/Volumes/Away");
     const auto result = scan();
+    EXPECT_THAT(result.unreadableLocations, ElementsAre(Path(home + "WebKit")));
     ASSERT_EQ(result.groups.size(), 1u);
     EXPECT_EQ(result.groups[0].traces.size(), 1u);
     EXPECT_THAT(result.skippedNames, ElementsAre(Path(home + "Caches/com.gone.\xff")));

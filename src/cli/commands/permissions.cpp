@@ -25,6 +25,7 @@ std::optional<AppTarget> findTarget(const CommandContext& context, Mac& mac, con
     const auto path = finder.find(word);
     // macOS keeps the permissions of an application that is gone.
     if (!path && isIdentifier(word)) {
+        context.console.complain(context.text("cli.permissions.absent %@", {word}));
         AppTarget gone;
         gone.bundleID = word;
         gone.name = word;
