@@ -20,12 +20,13 @@ namespace tidwen {
 
 namespace {
 
-/// The list of mounts writes some bytes of a path, the blank among them, as a backslash and three octal digits.
+/// The list of mounts writes some bytes of a path, the blank among them, as a backslash and three octal
+/// digits.
 std::string unescaped(const std::string& text) {
     std::string path;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const bool isEscape = text[i] == '\\' && text.find_first_not_of("01234567", i + 1) >= i + 4
-                              && i + 3 < text.size();
+        const bool isEscape =
+            text[i] == '\\' && text.find_first_not_of("01234567", i + 1) >= i + 4 && i + 3 < text.size();
         path += isEscape ? static_cast<char>(std::stoi(text.substr(i + 1, 3), nullptr, 8)) : text[i];
         if (isEscape) i += 3;
     }

@@ -46,7 +46,7 @@ std::vector<Path> linksToApplications(const std::vector<RemovalTarget>& chosen, 
 
 std::vector<Path> emptiedFolders(const std::vector<RemovalTarget>& chosen, const FileSystem& files,
                                  const UserEnvironment& user) {
-    const PathPolicy policy(user);
+    const PathPolicy policy(user, files);
     std::set<Path> folders;
     for (const auto& target : chosen) {
         const Path folder = target.target.bundleURL.standardized().parent();

@@ -8,12 +8,13 @@
 namespace tidwen {
 namespace {
 
-/// What many makers begin their identifiers with though the domain is not theirs: hosts of source code that the list
-/// does not know, tools that name what people build with them, and what examples tell people to replace.
+/// What many makers begin their identifiers with though the domain is not theirs: hosts of source code that
+/// the list does not know, tools that name what people build with them, and what examples tell people to
+/// replace.
 constexpr std::array hosts = std::to_array<std::string_view>(
-    {"com.github", "com.gitlab", "com.googlecode", "com.electron", "com.electronjs", "com.todesktop", "com.company",
-     "com.example", "com.mycompany", "com.yourcompany", "net.sourceforge", "org.bitbucket", "org.pythonmac.unspecified",
-     "org.sourceforge"});
+    {"com.github", "com.gitlab", "com.googlecode", "com.electron", "com.electronjs", "com.todesktop",
+     "com.company", "com.example", "com.mycompany", "com.yourcompany", "net.sourceforge", "org.bitbucket",
+     "org.pythonmac.unspecified", "org.sourceforge"});
 
 /// Where the first `count` pieces end; the whole length when there are fewer.
 std::size_t endOfPieces(std::string_view identifier, std::size_t count) {
@@ -51,7 +52,8 @@ bool isTopLevelDomain(std::string_view piece) {
     if (piece.empty() || piece.find('.') != piece.npos) return false;
     const auto* list = psl_builtin();
     return list
-           && psl_is_public_suffix2(list, std::string(piece).c_str(), PSL_TYPE_ANY | PSL_TYPE_NO_STAR_RULE) != 0;
+           && psl_is_public_suffix2(list, std::string(piece).c_str(), PSL_TYPE_ANY | PSL_TYPE_NO_STAR_RULE)
+                  != 0;
 }
 
 std::string_view makerOf(std::string_view identifier) {
