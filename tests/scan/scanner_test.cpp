@@ -508,6 +508,8 @@ TEST_F(Scanner, LeavesFoldersInWhichBundlesOfOthersLie) {
         {damaged, ""},
         {"/Users/Shared/Marlin Notes/Two.app", "com.other.two"},
         {library + "WebKit/" + identifier + "/Own.app", identifier + ".own"},
+        {library + "Application Scripts/" + identifier + "/Pro.app", identifier + ".pro",
+         "/Applications/Pro.app"},
         {library + "WebKit/" + identifier + "/Helper.app", "net.embedded.helper"},
         {"/Users/Shared/MarlinEngine/Helper.app", "net.embedded.helper"},
         {library + "WebKit/" + identifier + "/Updater.app", "org.sparkle-project.Sparkle.Updater"},
@@ -531,6 +533,8 @@ TEST_F(Scanner, LeavesFoldersInWhichBundlesOfOthersLie) {
             "caches exactBundleID: ~Caches/" + identifier + " contested by com.other.six",
             "caches exactBundleID: ~HTTPStorages/" + identifier + " contested by com.other.seven",
             "caches exactBundleID: ~WebKit/" + identifier, "logs nameToken: ~Logs/Marlin Notes contested by ",
+            "supportFiles exactBundleID: ~Application Scripts/" + identifier + " contested by " + identifier
+                + ".pro",
             "supportFiles nameToken: /Users/Shared/Marlin Notes contested by com.other.two",
             "supportFiles executableName: /Users/Shared/MarlinEngine"));
     together.push_back({.bundleURL = Path(unknown), .bundleID = "com.other.deep"});

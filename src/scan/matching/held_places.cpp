@@ -28,12 +28,20 @@ std::optional<Claimant> holderBy(const ScanContext& context, const LaunchItem& j
     return Claimant{.bundleID = job.label, .name = job.label, .place = job.plist};
 }
 
+/// Somebody reaches it as an application of its own, wherever it lies.
+bool isInstalledByLink(const OwningBundle& bundle) {
+    const auto isElsewhere = [&](const Path& name) { return pathKey(name) != pathKey(bundle.place); };
+    return isElsewhere(bundle.url) || std::ranges::any_of(bundle.foundAs, isElsewhere);
+}
+
 } // namespace
 
 bool isPartOfTarget(const ResidueMatcher& matcher, const OwningBundle& bundle,
                     const std::vector<Path>& damaged) {
     if (bundle.bundleID.empty()) return std::ranges::find(damaged, bundle.url) == damaged.end();
-    return matcher.isOwnIdentifier(bundle.bundleID) || isCommonIdentifier(folded(bundle.bundleID));
+    const auto identifier = folded(bundle.bundleID);
+    if (identifier == folded(matcher.target().bundleID) || isCommonIdentifier(identifier)) return true;
+    return matcher.isOwnIdentifier(identifier) && !isInstalledByLink(bundle);
 }
 
 HeldPlaces::HeldPlaces(const ResidueMatcher& matcher, const FileSystem& files,

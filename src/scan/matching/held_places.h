@@ -24,9 +24,9 @@ struct ScanContext;
 class HeldPlaces {
   public:
     /// Where the matcher's other bundles lie, under all their names, but those that are the target's own by
-    /// their identifier and parts that many applications carry. One without an identifier counts only when it
-    /// is `damaged`, so that it may be anybody's.
-    /// What lies at a place of `leaving` holds nothing. The references must outlive it.
+    /// their identifier (`isPartOfTarget`) and parts that many applications carry. One without an identifier
+    /// counts only when it is `damaged`, so that it may be anybody's. What lies at a place of `leaving` holds
+    /// nothing. The references must outlive it.
     HeldPlaces(const ResidueMatcher& matcher, const FileSystem& files, const std::vector<Path>& damaged,
                const std::set<Path>& leaving, const StopToken& stop);
 
@@ -50,7 +50,9 @@ class HeldPlaces {
     std::size_t foldersLeft_ = 10'000;
 };
 
-/// The bundle may stand in a folder of the target's without being anybody else's.
+/// The bundle may stand in a folder of the target's without being anybody else's. One that continues the
+/// target's identifier, or is called like its helper, is an application of its own where it is found through
+/// a link.
 bool isPartOfTarget(const ResidueMatcher& matcher, const OwningBundle& bundle,
                     const std::vector<Path>& damaged);
 
