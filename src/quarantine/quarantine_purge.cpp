@@ -82,6 +82,10 @@ std::optional<QuarantinePurge::Failure> QuarantinePurge::validate(const Path& fo
     // What is mounted there is another disk, or another folder of this one.
     if (info->device != trashInfo->device || info->mount != trashInfo->mount)
         return refuse(Failure::Kind::notAQuarantineFolder, folder);
+    // A link may lead from the user's documents, or the home of another, to what lies in the run.
+    const PathPolicy policy(user_, files_);
+    if (policy.holdsProtectedPlace(path) || policy.holdsProtectedPlace(*realPath))
+        return refuse(Failure::Kind::notAQuarantineFolder, folder);
     // A manifest that can be read says that the run has ended, whatever lies beside it: its journal may be
     // there still because nobody could delete it.
     if (files_.exists(path / journalFileName) && !readManifest(path, files_))

@@ -89,6 +89,16 @@ TEST_F(Purge, OneRefusedFolderDeletesNothing) {
     EXPECT_TRUE(scripts.empty());
 }
 
+TEST_F(Purge, ARunInWhichTheUsersFoldersLieStays) {
+    const auto holder = run("Holder"), beside = run("Beside");
+    volume.write((holder / "0001/Notes2/Docs/letter").string(), "of the user");
+    volume.link("/Users/alice/Documents", (holder / "0001/Notes2/Docs").string());
+    EXPECT_FALSE(purger().purge({holder}));
+    EXPECT_EQ(purger().purgeExpired(1, runDate + std::chrono::hours(900)), 1);
+    EXPECT_TRUE(volume.exists((holder / "0001/Notes2/Docs/letter").string()));
+    EXPECT_FALSE(volume.exists(beside.string()));
+}
+
 TEST_F(Purge, LinksThatAppearLeadNowhere) {
     volume.write("/Users/alice/Documents/letter.txt", "of the user");
     const auto root = run("Swapped"), beside = run("Beside");

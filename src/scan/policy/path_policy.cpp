@@ -352,6 +352,10 @@ std::optional<PathPolicy::Violation> PathPolicy::checkMove(const Path& source, c
     return std::nullopt;
 }
 
+bool PathPolicy::holdsProtectedPlace(const Path& url) const {
+    return deniedExact_.contains(componentsOf(url));
+}
+
 bool PathPolicy::isInAnotherHome(const Path& url) const {
     return isInAnotherHome(componentsOf(url));
 }

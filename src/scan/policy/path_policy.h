@@ -47,6 +47,10 @@ class PathPolicy {
     /// A disk image or package that lies directly in the user's Downloads.
     bool isInstallerInDownloads(const Path& url) const;
 
+    /// The path is a place that must not be taken away, or a folder in which one really lies. By its text; in
+    /// a quarantine folder nothing else is protected.
+    bool holdsProtectedPlace(const Path& url) const;
+
     /// Something in the home of another user: a folder of "/Users" that is neither the user's home nor
     /// "Shared", what a link there leads to (of the first thousand links), a folder of another place where
     /// homes lie, or one that an account names. Such places are never touched.
