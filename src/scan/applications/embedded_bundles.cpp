@@ -18,9 +18,10 @@ namespace {
 constexpr int maximumDepth = 6;
 constexpr int maximumBundles = 2'000;
 
-// Where nobody expects them: "Contents/SharedSupport/Tools/Extras/Tool.app". Resources go far deeper, and
-// hold no bundles there.
-constexpr int maximumFurtherLevel = 4;
+// Where nobody expects them: "Contents/SharedSupport/Tools/Extras/Tool.app". Resources have many folders and
+// go far deeper, and hold no bundles there.
+constexpr int furtherLevels = 4;
+constexpr int furtherLevelsOfResources = 1;
 constexpr int maximumFurtherFolders = 1'000;
 
 // Where macOS, the build tools and habit put bundles, below "Contents".
@@ -53,8 +54,11 @@ bool isApplication(const Path& item) {
     return item.lowercasedExtension() == "app";
 }
 
-bool isTranslation(const Path& item) {
-    return item.lowercasedExtension() == "lproj";
+/// Holds texts, headers or hashes by its very name.
+bool holdsNoBundles(const Path& item) {
+    static constexpr std::string_view names[] = {"Headers", "PrivateHeaders", "Modules", "_CodeSignature"};
+    return item.lowercasedExtension() == "lproj"
+           || std::find(std::begin(names), std::end(names), item.lastComponent()) != std::end(names);
 }
 
 class EmbeddedSearch {
@@ -154,9 +158,9 @@ class EmbeddedSearch {
     /// All that lies in the folders of a bundle or framework, whatever they are called, level by level.
     void searchFurther(const Path& root, int depth) {
         const bool wasFurther = std::exchange(isFurther_, true);
-        std::vector<Path> level = {root};
-        for (int left = maximumFurtherLevel; left >= 0 && !level.empty(); --left) {
-            std::vector<Path> below;
+        std::vector<FurtherFolder> level = {{root, furtherLevels}};
+        while (!level.empty()) {
+            std::vector<FurtherFolder> below;
             for (const auto& folder : level)
                 if (mayListOneMore()) searchFurtherIn(folder, depth, below);
             level = std::move(below);
@@ -164,16 +168,24 @@ class EmbeddedSearch {
         isFurther_ = wasFurther;
     }
 
-    void searchFurtherIn(const Path& folder, int depth, std::vector<Path>& below) {
-        for (const auto& entry : list(folder)) {
-            const Path inner = folder / entry.name;
-            if (entry.kind != FileKind::directory || isTranslation(inner)) continue;
+    struct FurtherFolder {
+        Path path;
+        int levelsLeft;
+    };
+
+    void searchFurtherIn(const FurtherFolder& folder, int depth, std::vector<FurtherFolder>& below) {
+        const bool isResources = lowercased(folder.path.lastComponent()) == "resources";
+        const int levelsLeft =
+            isResources ? std::min(folder.levelsLeft, furtherLevelsOfResources) : folder.levelsLeft;
+        for (const auto& entry : list(folder.path)) {
+            const Path inner = folder.path / entry.name;
+            if (entry.kind != FileKind::directory || holdsNoBundles(inner)) continue;
             if (isFramework(inner) && depth + 1 < maximumDepth)
                 searchFurtherFramework(inner, depth + 1);
             else if (isOwnBundle(inner) && mayLookAtOneMore())
                 lookAt(inner, depth);
-            else if (!isBundleName(entry.name))
-                below.push_back(inner);
+            else if (levelsLeft > 0 && !isBundleName(entry.name))
+                below.push_back({inner, levelsLeft - 1});
         }
     }
 
