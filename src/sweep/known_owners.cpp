@@ -93,8 +93,11 @@ KnownOwners::KnownOwners(const BundleSnapshot& bundles) {
         addIdentifier(bundle.bundleID);
         for (const auto& embedded : contents.embeddedIDs)
             addIdentifier(embedded);
-        for (const auto& job : contents.jobs)
+        for (const auto& job : contents.jobs) {
             addIdentifier(job.label);
+            addPrograms({job.argumentPaths.begin(), job.argumentPaths.end()});
+            if (job.programPath && job.programPath->starts_with('/')) addPrograms({Path(*job.programPath)});
+        }
         for (const auto& group : contents.groups)
             addIdentifier(withoutGroupMarks(group));
         // Helpers are called "Updater" or "Agent": too little to tell whose an identifier is.
@@ -125,7 +128,7 @@ void KnownOwners::addWithoutMaker(const std::vector<std::string>& identifiers) {
 
 void KnownOwners::addPrograms(const std::vector<Path>& programs) {
     for (const auto& program : programs)
-        inUse_.insert(pathKey(program).string());
+        inUse_.insert(pathKey(program.standardized()).string());
 }
 
 void KnownOwners::addIdentifier(std::string_view identifier) {

@@ -219,6 +219,7 @@ TEST_F(OrphanScan, KnowsADeadJobByItsProgram) {
 TEST_F(OrphanScan, LeavesAloneWhatALivingJobStarts) {
     volume.makeFolder("/Users/bob/Library");
     volume.link(home + "HTTPStorages", "Elsewhere");
+    test::writeBundle(volume, "/Applications/Own.app", "io.own.app", "Own");
     volume.link("/Users/alice/tools", home + "Caches/com.gone.linked");
     const std::string support = "Library/Application Support/";
     const struct {
@@ -233,6 +234,10 @@ TEST_F(OrphanScan, LeavesAloneWhatALivingJobStarts) {
          true},
         {"/Users/Shared/com.gone.common", "/Users/bob/Library/", {{"Program", "@/tool"}}, true},
         {home + "Caches/com.gone.linked", home, {{"Program", "/Users/alice/tools/tool"}}, true},
+        {home + "Caches/com.gone.carried",
+         "/Applications/Own.app/Contents/Library/",
+         {{"Program", "@/tool"}},
+         true},
         {home + "Elsewhere/com.gone.moved", home, {{"Program", "@/tool"}}, true},
         {home + "Caches/com.gone.absent",
          home,
