@@ -210,10 +210,13 @@ class StartupItemScanner::Run {
         }
     }
 
-    /// A job may be said to belong to an application that is not known only while all are.
+    /// Whoever lies there may own any job.
     void addUnreadableApplications(const Path& folder) {
         for (const auto& place : bundles_->coverage().unreadable)
-            if (place.isWithin(folder)) result_.unreadable.push_back(place);
+            if (place.isWithin(folder)) {
+                result_.unreadable.push_back(place);
+                seesAllOwners_ = false;
+            }
     }
 
     void addFolder(const Directory& directory) {
@@ -262,10 +265,10 @@ class StartupItemScanner::Run {
 
 StartupScanResult StartupItemScanner::scan(const std::vector<InstalledApp>& apps) const {
     Run run(*this, apps);
-    for (const auto& directory : directories(user_))
-        run.addFolder(directory);
     for (const auto& folder : {Path("/Applications"), user_.home / "Applications"})
         run.addUnreadableApplications(folder);
+    for (const auto& directory : directories(user_))
+        run.addFolder(directory);
     for (const auto& app : apps)
         run.addEmbedded(app);
     return run.take();

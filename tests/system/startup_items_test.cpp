@@ -210,6 +210,7 @@ TEST_F(StartupItems, FindsEveryJobOfALabelAndSaysWhereItCouldNotLook) {
                       all = "/Library/LaunchAgents/b.plist";
     writeJob(own, {{"Label", "net.twice"}});
     writeJob(all, {{"Label", "net.twice"}});
+    writeJob("/Library/LaunchAgents/c.plist", {{"Label", "org.maker.job"}});
     volume.makeFolder("/Applications/Maker");
     test::giveToUnprivileged(volume.hostRoot());
     test::asUnprivileged([&] {
@@ -225,6 +226,7 @@ TEST_F(StartupItems, FindsEveryJobOfALabelAndSaysWhereItCouldNotLook) {
         EXPECT_THAT(idsNamed("net.twice"), testing::UnorderedElementsAre(own, all));
         EXPECT_THAT(idsNamed(all), ElementsAre(all));
         EXPECT_THAT(idsNamed("net.none"), IsEmpty());
+        EXPECT_EQ(item("org.maker.job").owner.kind, OwnerKind::unknown) << "its owner may lie there";
         EXPECT_THAT(model.result.get().unreadable, ElementsAre(Path("/Applications/Maker")));
     });
 }
