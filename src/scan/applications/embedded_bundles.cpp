@@ -55,10 +55,9 @@ bool isApplication(const Path& item) {
 }
 
 /// Holds texts, headers or hashes by its very name.
-bool holdsNoBundles(const Path& item) {
+bool holdsNoBundles(std::string_view name) {
     static constexpr std::string_view names[] = {"Headers", "PrivateHeaders", "Modules", "_CodeSignature"};
-    return item.lowercasedExtension() == "lproj"
-           || std::find(std::begin(names), std::end(names), item.lastComponent()) != std::end(names);
+    return name.ends_with(".lproj") || std::find(std::begin(names), std::end(names), name) != std::end(names);
 }
 
 class EmbeddedSearch {
@@ -138,8 +137,9 @@ class EmbeddedSearch {
 
     void searchFolder(const Path& folder, bool (*isWanted)(const Path&), int depth) {
         for (const auto& entry : list(folder)) {
+            if (entry.kind != FileKind::directory) continue;
             const Path inner = folder / entry.name;
-            if (entry.kind != FileKind::directory || !isWanted(inner)) continue;
+            if (!isWanted(inner)) continue;
             if (!mayLookAtOneMore()) return;
             lookAt(inner, depth);
         }
@@ -178,8 +178,8 @@ class EmbeddedSearch {
         const int levelsLeft =
             isResources ? std::min(folder.levelsLeft, furtherLevelsOfResources) : folder.levelsLeft;
         for (const auto& entry : list(folder.path)) {
+            if (entry.kind != FileKind::directory || holdsNoBundles(entry.name)) continue;
             const Path inner = folder.path / entry.name;
-            if (entry.kind != FileKind::directory || holdsNoBundles(inner)) continue;
             if (isFramework(inner) && depth + 1 < maximumDepth)
                 searchFurtherFramework(inner, depth + 1);
             else if (isOwnBundle(inner) && mayLookAtOneMore())
