@@ -75,12 +75,14 @@ PastRuns loadPastRuns(const UserEnvironment& user, const FileSystem& files, bool
         return runs;
     }
     for (const auto& root : *folders) {
+        const auto before = budgeted.budget().leftOut();
         if (auto manifest = readManifest(root, budgeted)) {
             if (auto entry = makeEntry(root, std::move(*manifest), budgeted))
                 runs.entries.push_back(std::move(*entry));
         } else if (!manifest.error().isLeftOut) {
             if (auto run = readUnfinished(root, budgeted)) runs.unfinished.push_back(std::move(*run));
         }
+        if (budgeted.budget().leftOut() > before) runs.leftOut.push_back(root);
     }
     if (includeSizes)
         for (auto& entry : runs.entries)

@@ -49,11 +49,12 @@ struct PastRuns {
     /// Newest first, runs of one second by name: people refer to them by their number in this list.
     std::vector<RemovalHistoryEntry> entries;
     std::vector<UnfinishedRun>
-        unfinished; ///< those without a readable manifest, by the names of their folders
+        unfinished;                 ///< those without a readable manifest, by the names of their folders
+    std::vector<Path> leftOut = {}; ///< for which the budget did not suffice
     std::optional<FileError> unreadable = {}; ///< why the Trash could not be read; then there is nothing else
 };
 
-/// Runs for which `budget` does not suffice are in neither list: it counts them as left out.
+/// Runs for which `budget` does not suffice are in neither list; it counts them, too.
 PastRuns loadPastRuns(const UserEnvironment& user, const FileSystem& files, bool includeSizes,
                       const ReadBudget& budget = {});
 

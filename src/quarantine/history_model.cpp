@@ -28,15 +28,14 @@ void HistoryModel::load(Sizes sizes, std::function<void()> done) {
     isLoading.set(true);
     ports_.background.post([this, ports = ports_, user = user_, sizes, number = ++loadsStarted_,
                             alive = std::weak_ptr(alive_), done = std::move(done)]() mutable {
-        const ReadBudget budget;
-        auto loaded = loadPastRuns(user, ports.files, sizes == Sizes::measured, budget);
+        auto loaded = loadPastRuns(user, ports.files, sizes == Sizes::measured);
         const bool isBusy = !loaded.unfinished.empty() && isAnotherIn(user.trash(), ports.files);
-        ports.main.post([this, alive, number, isBusy, missing = budget.leftOut(), loaded = std::move(loaded),
-                         done = std::move(done)]() mutable {
-            if (alive.expired()) return;
-            if (number == loadsStarted_) publish(std::move(loaded), isBusy, missing);
-            if (done) done();
-        });
+        ports.main.post(
+            [this, alive, number, isBusy, loaded = std::move(loaded), done = std::move(done)]() mutable {
+                if (alive.expired()) return;
+                if (number == loadsStarted_) publish(std::move(loaded), isBusy);
+                if (done) done();
+            });
     });
 }
 
@@ -91,8 +90,8 @@ void HistoryModel::remove(const std::vector<RemovalHistoryEntry>& chosen,
         std::move(answer));
 }
 
-void HistoryModel::publish(PastRuns runs, bool isBusy, std::uint64_t missing) {
-    leftOut.set(missing);
+void HistoryModel::publish(PastRuns runs, bool isBusy) {
+    leftOut.set(std::move(runs.leftOut));
     unreadable.set(std::move(runs.unreadable));
     isAnotherAtWork.set(isBusy);
     unfinishedRuns.set(isBusy ? std::vector<UnfinishedRun>() : std::move(runs.unfinished));

@@ -45,7 +45,7 @@ class HistoryModel {
     HistoryModel(Ports ports, UserEnvironment user);
 
     Property<std::vector<RemovalHistoryEntry>> entries; ///< newest first
-    Property<std::uint64_t> leftOut{0}; ///< runs that were not read, because there is too much to read
+    Property<std::vector<Path>> leftOut; ///< runs that were not read, because there is too much to read
     Property<std::vector<UnfinishedRun>> unfinishedRuns; ///< what `entries` cannot show, by folder name
     Property<std::optional<FileError>>
         unreadable; ///< why the Trash could not be read: nothing is known of it
@@ -82,7 +82,7 @@ class HistoryModel {
              Answer<Result> answer);
     void publish(const UndoReport& report) { lastUndo.set(report); }
     void publish(const QuarantinePurge::Outcome& outcome);
-    void publish(PastRuns runs, bool isAnotherAtWork, std::uint64_t missing);
+    void publish(PastRuns runs, bool isAnotherAtWork);
 
     Ports ports_;
     UserEnvironment user_;

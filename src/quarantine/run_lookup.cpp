@@ -20,15 +20,19 @@ bool isCalled(const Path& root, const std::string& word) {
 
 } // namespace
 
-tl::expected<Path, Message> findRun(const std::vector<RemovalHistoryEntry>& entries,
-                                    const std::vector<UnfinishedRun>& unfinished, const std::string& word) {
+tl::expected<Path, Message> findRun(const PastRuns& runs, const std::string& word) {
     std::vector<Path> roots;
-    for (const auto& entry : entries)
+    for (const auto& entry : runs.entries)
         roots.push_back(entry.root);
     for (std::size_t i = 0; i < roots.size(); ++i)
-        if (word == std::to_string(i + 1)) return roots[i];
-    for (const auto& run : unfinished)
+        if (word == std::to_string(i + 1)) {
+            if (runs.leftOut.empty()) return roots[i];
+            const auto count = std::to_string(runs.leftOut.size());
+            return tl::unexpected(Message{"history.run.numbersUncertain %lld", {count}});
+        }
+    for (const auto& run : runs.unfinished)
         roots.push_back(run.root);
+    roots.insert(roots.end(), runs.leftOut.begin(), runs.leftOut.end());
 
     const auto exact =
         std::ranges::find_if(roots, [&](const Path& root) { return isCalledExactly(root, word); });

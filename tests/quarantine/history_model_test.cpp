@@ -70,7 +70,7 @@ TEST_F(History, CountsRunsForWhichTheBudgetDoesNotSuffice) {
                                  folder(name) / journalFileName, volume.files()));
     const ReadBudget little({.bytes = 1});
     const auto runs = loadPastRuns(user, volume.files(), false, little);
-    EXPECT_EQ(runs.entries.size() + runs.unfinished.size() + little.leftOut(), 5u);
+    EXPECT_EQ(runs.entries.size() + runs.leftOut.size(), 5u);
     EXPECT_THAT(runs.unfinished, IsEmpty());
 }
 
@@ -88,25 +88,29 @@ TEST_F(History, LooksForItemsSpendTheBudgetToo) {
 TEST_F(History, AWordMeansTheRunOfThatName) {
     for (const auto* name : {"Kip", "KIP", "Caf\u00e9", "Other"})
         run(name, 0);
-    const auto runs = loadPastRuns(user, volume.files(), false);
-    const std::vector<UnfinishedRun> unfinished{{.root = folder("OTHER")}};
+    auto runs = loadPastRuns(user, volume.files(), false);
+    runs.unfinished = {{.root = folder("OTHER")}};
+    runs.leftOut = {folder("Too much")};
     const std::pair<std::string, std::string> cases[] = {
         {"Tidwen - Kip", "Tidwen - Kip"},
         {"Tidwen - KIP", "Tidwen - KIP"},
         {folder("KIP").string(), "Tidwen - KIP"},
         {"tidwen - cafe\u0301", "Tidwen - Caf\u00e9"},
         {"Tidwen - OTHER", "Tidwen - OTHER"},
-        {"1", runs.entries[0].root.lastComponent()},
+        {"Tidwen - Too much", "Tidwen - Too much"},
+        {"1", "history.run.numbersUncertain %lld"},
         {"5", "history.run.unknown %@"}, // those that were cut off have no number
         {"Kip", "history.run.unknown %@"},
         {"tidwen - kip", "history.run.ambiguous %@ %@"},
         {folder("other").string(), "history.run.ambiguous %@ %@"},
     };
     for (const auto& [word, meant] : cases) {
-        const auto found = findRun(runs.entries, unfinished, word);
+        const auto found = findRun(runs, word);
         EXPECT_EQ(found ? found->lastComponent() : found.error().key, meant) << word;
     }
-    const auto refusal = findRun(runs.entries, unfinished, "tidwen - kip").error();
+    runs.leftOut.clear();
+    EXPECT_EQ(findRun(runs, "1"), runs.entries[0].root);
+    const auto refusal = findRun(runs, "tidwen - kip").error();
     EXPECT_EQ(refusal.arguments.at(1), "Tidwen - Kip, Tidwen - KIP");
 }
 

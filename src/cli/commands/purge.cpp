@@ -4,7 +4,6 @@
 #include "cli/commands/terminal_history.h"
 #include "cli/console.h"
 #include "cli/labels.h"
-#include "quarantine/run_lookup.h"
 #include "settings/app_preferences.h"
 
 #include <algorithm>
@@ -18,13 +17,16 @@ namespace {
 tl::expected<RemovalHistoryEntry, Message> findEntry(const std::vector<RemovalHistoryEntry>& history,
                                                      const TerminalHistory& runs, const std::string& word,
                                                      const CommandContext& context) {
-    const auto root = findRun(history, runs.unfinishedRuns(), word);
+    const auto root = runs.find(word);
     if (!root) return tl::unexpected(root.error());
     for (const auto& run : runs.unfinishedRuns())
         if (*root == run.root)
             return tl::unexpected(
                 Message{"cli.purge.spared %@ %@", {root->lastComponent(), context.texts.text(run.advice())}});
-    return *std::ranges::find_if(history, [&](const auto& entry) { return entry.root == *root; });
+    const auto entry = std::ranges::find_if(history, [&](const auto& each) { return each.root == *root; });
+    if (entry == history.end())
+        return tl::unexpected(Message{"cli.history.leftOut %lld", {std::to_string(runs.leftOut())}});
+    return *entry;
 }
 
 /// The runs that are meant, or why it is not clear which.

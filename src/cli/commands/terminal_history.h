@@ -3,6 +3,7 @@
 #include "base/executor.h"
 #include "cli/command.h"
 #include "quarantine/history_model.h"
+#include "quarantine/run_lookup.h"
 
 #include <optional>
 #include <string>
@@ -23,7 +24,14 @@ class TerminalHistory {
     const std::vector<RemovalHistoryEntry>& load(Sizes sizes);
 
     /// Runs that `load` did not read, because there is too much to read.
-    std::uint64_t leftOut() const { return model_.leftOut.get(); }
+    std::uint64_t leftOut() const { return model_.leftOut.get().size(); }
+    /// The run that a word means, as `findRun`.
+    tl::expected<Path, Message> find(const std::string& word) const {
+        return findRun({.entries = model_.entries.get(),
+                        .unfinished = model_.unfinishedRuns.get(),
+                        .leftOut = model_.leftOut.get()},
+                       word);
+    }
     /// Of the last load: runs that have no number.
     const std::vector<UnfinishedRun>& unfinishedRuns() const { return model_.unfinishedRuns.get(); }
     const std::optional<FileError>& unreadable() const { return model_.unreadable.get(); }

@@ -4,7 +4,6 @@
 #include "cli/console.h"
 #include "cli/json/output.h"
 #include "cli/labels.h"
-#include "quarantine/run_lookup.h"
 
 namespace tidwen {
 
@@ -32,11 +31,8 @@ void print(const UndoReport& report, const CommandContext& context, const Mac& m
 ExitStatus run(const CommandContext& context, Mac& mac) {
     const std::string& word = context.arguments.operands.front();
     TerminalHistory history(mac);
-    const auto& runs = history.load(TerminalHistory::Sizes::leftOut);
-    const auto root = findRun(runs, history.unfinishedRuns(), word);
-    // Numbers count the runs that were read: with some left out they could mean other runs than were shown.
-    if (history.leftOut() > 0 && root && root->lastComponent() != Path(word).lastComponent())
-        return context.refuse({"cli.undo.numbersUncertain %lld", {std::to_string(history.leftOut())}});
+    history.load(TerminalHistory::Sizes::leftOut);
+    const auto root = history.find(word);
     if (!root) {
         mentionInterruptedRuns(context, history);
         return context.refuse(root.error());
