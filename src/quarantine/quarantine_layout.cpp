@@ -74,6 +74,17 @@ std::string safeLabel(std::string_view applicationName) {
     return name.empty() || meansSomethingElse(name) ? "App" : name;
 }
 
+bool hasRunName(const Path& folder) {
+    constexpr std::string_view stamp = " - 0000-00-00 00-00-00";
+    auto name = folder.lastComponent();
+    if (const auto number = name.rfind(" ("); number != name.npos && name.ends_with(')')) name.resize(number);
+    if (!name.starts_with(quarantineFolderPrefix) || name.size() < stamp.size()) return false;
+    std::string end = name.substr(name.size() - stamp.size());
+    std::ranges::replace_if(
+        end, [](char c) { return '0' <= c && c <= '9'; }, '0');
+    return end == stamp;
+}
+
 QuarantineLayout makeLayout(const std::vector<AppRecord>& apps, Timestamp date, const UserEnvironment& user) {
     const auto folder = fmt::format("{}{} - {}", quarantineFolderPrefix, label(apps), folderStamp(date));
     return {.root = user.trash() / folder, .isBatch = apps.size() > 1};

@@ -31,6 +31,9 @@ bool isRunDocument(std::string_view name);
 /// longer than a file name may be together with what a quarantine folder adds to it.
 std::string safeLabel(std::string_view applicationName);
 
+/// Whether a folder bears the name that a run gives, its date included; any other may be the user's own.
+bool hasRunName(const Path& folder);
+
 /// Pure; creates nothing.
 QuarantineLayout makeLayout(const std::vector<AppRecord>& apps, Timestamp date, const UserEnvironment& user);
 

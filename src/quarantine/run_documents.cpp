@@ -51,6 +51,7 @@ void dropUnfinishedDocuments(const Path& root, FileSystem& files) {
 }
 
 bool dropEmptyRun(const Path& root, FileSystem& files) {
+    if (!hasRunName(root)) return false;
     const auto entries = files.list(root);
     const auto isRest = [](const DirectoryEntry& entry) {
         return isRunDocument(entry.name) && entry.name != manifestFileName && entry.name != journalFileName;

@@ -18,8 +18,8 @@ FileResult<void> finishRun(const Manifest& manifest, FileSystem& files);
 void dropUnfinishedDocuments(const Path& root, FileSystem& files);
 
 /// Takes away the quarantine folder `root` when nothing lies in it but such rests: a kill between the
-/// creation of the folder and its journal leaves it, or a purge that was cut off at its end. True when it is
-/// gone.
+/// creation of the folder and its journal leaves it, or a purge that was cut off at its end. Only when it has
+/// the name of a run. True when it is gone.
 bool dropEmptyRun(const Path& root, FileSystem& files);
 
 } // namespace tidwen

@@ -225,7 +225,7 @@ TEST_F(History, DeletesOneOrAll) {
         run(name, 0);
     volume.write((user.trash() / "Tidwen - mine/letter.txt").string(), "of the user");
     volume.write((user.trash() / "photo.jpg").string(), "of the user");
-    volume.makeFolder(folder("Never begun").string());
+    volume.makeFolder(folder("Never begun - 2026-11-14 17-26-00").string());
     loaded();
     model.remove({model.entries.get()[1]});
     drain();
@@ -235,7 +235,7 @@ TEST_F(History, DeletesOneOrAll) {
     drain();
     EXPECT_THAT(names(), IsEmpty());
     EXPECT_FALSE(model.errorMessage.get());
-    EXPECT_FALSE(volume.exists(folder("Never begun").string()));
+    EXPECT_FALSE(volume.exists(folder("Never begun - 2026-11-14 17-26-00").string()));
     EXPECT_TRUE(volume.exists("/Users/alice/.Trash/Tidwen - mine/letter.txt"));
     EXPECT_TRUE(volume.exists("/Users/alice/.Trash/photo.jpg"));
 }

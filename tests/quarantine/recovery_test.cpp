@@ -196,8 +196,11 @@ TEST_F(Recovery, DropsTheJournalOfARunThatEndedOnceItIsSettled) {
 }
 
 TEST_F(Recovery, TakesAwayFoldersInWhichNothingEverLay) {
-    const Path empty = folder("Empty"), begun = folder("Begun"), numbered = folder("Numbered");
+    const std::string date = " - 2026-11-14 17-26-00";
+    const Path empty = folder("Empty" + date), begun = folder("Begun" + date + " (12)"),
+               numbered = folder("Numbered" + date), mine = folder("mine - 14");
     volume.makeFolder(empty.string());
+    volume.makeFolder(mine.string());
     volume.write((begun / ".tidwen-new-tidwen-journal.json").string(), "{");
     volume.write((begun / reserveFileName).string(), "space");
     volume.write((numbered / "0001/Notes.app").string(), "an item");
@@ -206,6 +209,7 @@ TEST_F(Recovery, TakesAwayFoldersInWhichNothingEverLay) {
     EXPECT_FALSE(volume.exists(empty.string()));
     EXPECT_FALSE(volume.exists(begun.string()));
     EXPECT_TRUE(volume.exists((numbered / "0001/Notes.app").string()));
+    EXPECT_TRUE(volume.exists(mine.string())) << "the user's own";
 }
 
 TEST_F(Recovery, FindsItemsWhoseNamesAnotherDiskSpelled) {
