@@ -78,6 +78,8 @@ void FlowSession::complainOfRefusals() {
     std::istringstream lines(*model_.errorMessage());
     for (std::string line; std::getline(lines, line);)
         context_.console.complain(line);
+    for (const auto& target : model_.protectedTargets())
+        context_.console.complain(unprotectHint(target, context_));
 }
 
 /// False when there was nothing to scan, or the scan was called off.

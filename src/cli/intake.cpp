@@ -101,6 +101,11 @@ tl::expected<NamedIdentifier, Message> ApplicationFinder::findIdentifier(const s
     return identifierOf(*bundle).map([](const std::string& id) { return NamedIdentifier{id, true}; });
 }
 
+std::string unprotectHint(const AppTarget& target, const CommandContext& context) {
+    return context.text("cli.protect.takeOff %@",
+                        {context.commandLine({"protect", "remove", target.bundleID})});
+}
+
 NamedBundles findBundles(const std::vector<std::string>& words, const ApplicationFinder& finder,
                          const Texts& texts) {
     NamedBundles named;

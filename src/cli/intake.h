@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/message.h"
+#include "cli/command.h"
 #include "platform/code_signatures.h"
 #include "platform/file_system.h"
 #include "program/host_paths.h"
@@ -45,6 +46,9 @@ class ApplicationFinder {
     const std::vector<InstalledIdentity>& installed_;
     HostPaths hostPaths_;
 };
+
+/// How to take the protection off an application.
+std::string unprotectHint(const AppTarget& target, const CommandContext& context);
 
 /// Bundles that words on the command line mean, and a line for each word that means none.
 struct NamedBundles {

@@ -88,8 +88,7 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
                                                    Timestamp date) {
     const RemovalJournal journal{
         .createdAt = date, .quarantineRoot = layout.root, .apps = apps, .planned = manifestEntries(plan)};
-    const bool isRecorded = !journal.planned.empty();
-    if (const auto written = isRecorded ? beginRun(journal, ports_.files) : FileResult<void>(); !written) {
+    if (const auto written = beginRun(journal, ports_.files); !written) {
         // Nothing was moved, so nothing needs the folder; with something in it, it stays.
         (void)ports_.files.removeEmptyDirectory(layout.root);
         return tl::unexpected(written.error());
@@ -97,8 +96,8 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
 
     RemovalReport report{.apps = apps,
                          .mode = mode,
-                         .quarantineRoot = isRecorded ? layout.root : Path(),
-                         .manifestURL = isRecorded ? layout.root / manifestFileName : Path(),
+                         .quarantineRoot = layout.root,
+                         .manifestURL = layout.root / manifestFileName,
                          .operations = plan};
     for (const bool requiresRoot : {false, true}) {
         const auto operations = operationsOfLevel(plan, requiresRoot);
@@ -107,7 +106,7 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
         std::move(results.begin(), results.end(), std::back_inserter(report.results));
     }
 
-    if (isRecorded) report.manifestFailure = conclude(journal, report);
+    report.manifestFailure = conclude(journal, report);
     const auto succeeded = std::count_if(report.results.begin(), report.results.end(),
                                          [](const OperationResult& result) { return result.succeeded; });
     ports_.log.info("Removed {}/{} traces", succeeded, plan.size());

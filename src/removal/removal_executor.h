@@ -22,11 +22,10 @@ class RemovalExecutor {
 
     explicit RemovalExecutor(Ports ports) : ports_(ports) {}
 
-    /// `layout.root` must exist, unless nothing of the plan can be put back: then there is neither journal
-    /// nor manifest. Fails only when the journal cannot be written, with the space for the manifest beside
-    /// it; then nothing was touched. The journal stays in place of a manifest when that cannot be written,
-    /// when a move was left unfinished, and when the administrator's commands overran their time: then the
-    /// run can be recovered, and undone by its journal.
+    /// `layout.root` must exist. Fails only when the journal cannot be written, with the space for the
+    /// manifest beside it; then nothing was touched. The journal stays in place of a manifest when that
+    /// cannot be written, when a move was left unfinished, and when the administrator's commands overran
+    /// their time: then the run can be recovered, and undone by its journal.
     FileResult<RemovalReport> execute(const std::vector<RemovalOperation>& plan,
                                       const QuarantineLayout& layout, const std::vector<AppRecord>& apps,
                                       RemovalMode mode, Timestamp date);

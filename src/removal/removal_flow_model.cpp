@@ -106,6 +106,7 @@ void RemovalFlowModel::loadTargets(const std::vector<Path>& bundles, ProtectedTa
     if (!isHome() && !std::holds_alternative<stage::Review>(stage_)) return;
     errorMessage_.reset();
     auto intake = takeIn(bundles, services_.loader, services_.protectedApps, services_.texts, ofProtected);
+    protectedTargets_ = std::move(intake.refused);
     std::string failures;
     for (const auto& line : intake.failures)
         failures += (failures.empty() ? "" : "\n") + line;

@@ -96,6 +96,8 @@ class RemovalFlowModel {
 
     const Stage& stage() const { return stage_; }
     const std::optional<std::string>& errorMessage() const { return errorMessage_; }
+    /// Of the last `loadTargets`: the applications that were refused because they are protected.
+    const std::vector<AppTarget>& protectedTargets() const { return protectedTargets_; }
     const std::optional<UndoReport>& undoReport() const { return undoReport_; }
     bool isUndoing() const { return isUndoing_; }
     /// Newest first; the next one becomes the notice when one is dismissed or undone.
@@ -200,6 +202,7 @@ class RemovalFlowModel {
     Stage stage_ = stage::Idle{};
     Stage home_ = stage::Idle{}; ///< the home stage that a flow started from
     std::optional<std::string> errorMessage_;
+    std::vector<AppTarget> protectedTargets_;
     std::optional<UndoReport> undoReport_;
     bool isUndoing_ = false;
     std::vector<RecoveryNotice> recoveryNotices_;

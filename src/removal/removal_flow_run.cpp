@@ -150,6 +150,13 @@ void RemovalFlowModel::answerQuitPrompt(QuitPromptChoice choice) {
 
 namespace {
 
+/// A run of which nothing could be put back needs no folder once it is over, and no place in the history.
+void dropRecord(RemovalReport& report, FileSystem& files) {
+    if (report.manifestFailure || !files.removeFile(report.manifestURL)) return;
+    if (!files.removeEmptyDirectory(report.quarantineRoot)) return;
+    report.quarantineRoot = report.manifestURL = Path();
+}
+
 /// The run from its folder to its verified report. Nothing was touched when it gives an error instead.
 FileResult<RemovalReport> carryOut(const RemovalFlowModel::Services& services, const UserEnvironment& user,
                                    const std::vector<RemovalTarget>& targets, RemovalMode mode) {
@@ -158,18 +165,13 @@ FileResult<RemovalReport> carryOut(const RemovalFlowModel::Services& services, c
     apps.reserve(targets.size());
     for (const auto& target : targets)
         apps.push_back({target.target.name, target.target.bundleID});
-    auto layout = makeLayout(apps, date, user);
-    const auto planned = buildRemovalPlan(targets, layout, mode, services.texts);
-    // A run of which nothing can be put back needs no folder, and no place in the history.
-    if (!manifestEntries(planned).empty()) {
-        auto made = createQuarantineFolder(apps, date, user, services.files);
-        if (!made) return tl::unexpected(made.error());
-        layout = std::move(*made);
-    }
-    const auto plan = buildRemovalPlan(targets, layout, mode, services.texts);
+    const auto layout = createQuarantineFolder(apps, date, user, services.files);
+    if (!layout) return tl::unexpected(layout.error());
+    const auto plan = buildRemovalPlan(targets, *layout, mode, services.texts);
     auto links = linksToApplications(targets, services.files, user);
-    auto report = services.executor.execute(plan, layout, apps, mode, date);
+    auto report = services.executor.execute(plan, *layout, apps, mode, date);
     if (!report) return report;
+    if (manifestEntries(plan).empty()) dropRecord(*report, services.files);
     report->verification = verifyRemoval(targets, services.audit);
     report->reclaimedBytes = movedBytes(*report, services.files);
     report->emptiedFolders = emptiedFolders(targets, services.files, user);

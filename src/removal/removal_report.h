@@ -54,6 +54,9 @@ struct RemovalReport {
         RemovalOperation operation;
         Message reason;
     };
+    /// The application stays, and resetting its permissions was not asked for: those it has are no survivors.
+    bool keepsItsPermissions(const std::string& bundleID) const;
+
     /// Failed operations with their reasons, in plan order.
     std::vector<Failure> failures() const;
 };

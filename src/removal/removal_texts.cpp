@@ -4,6 +4,7 @@
 #include "removal/chosen_items.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace tidwen {
 
@@ -87,16 +88,18 @@ ReportTexts reportTexts(const RemovalReport& report, const std::string& subject,
                                      {formatByteCount(*report.reclaimedBytes, texts.language())});
     for (const auto& failure : failures)
         words.failures.push_back(failure.operation.displayName + ": " + texts.text(failure.reason));
-    const auto isApplication = [](const AppRecord& app) { return !app.bundleID.empty(); };
-    const bool hasApplications = std::any_of(report.apps.begin(), report.apps.end(), isApplication);
-    if (!report.verification || !hasApplications) return words; // installer files have no permissions
-    for (const auto& app : report.verification->apps)
+    if (!report.verification) return words;
+    std::vector<VerificationReport::AppVerification> checked; // installer files have no permissions
+    std::ranges::copy_if(report.verification->apps, std::back_inserter(checked), [&](const auto& app) {
+        return !app.bundleID.empty() && !report.keepsItsPermissions(app.bundleID);
+    });
+    if (checked.empty()) return words;
+    for (const auto& app : checked)
         for (const auto& grant : app.tccSurvivors)
             words.verification.push_back(texts.text("report.verify.tccSurvivor %@ %@",
                                                     {app.name, permissionTitle(grant.service, texts)}));
     const bool isComplete =
-        std::all_of(report.verification->apps.begin(), report.verification->apps.end(),
-                    [](const VerificationReport::AppVerification& app) { return app.unreadable.empty(); });
+        std::ranges::all_of(checked, [](const auto& app) { return app.unreadable.empty(); });
     if (!isComplete) words.verification.push_back(texts.text("report.verify.unreadable"));
     words.isClean = words.verification.empty();
     if (words.isClean) words.verification.push_back(texts.text("report.verify.clean"));

@@ -7,8 +7,7 @@
 
 namespace tidwen {
 
-/// Reads the privacy grants of each application again that goes or was to lose them; what is still there
-/// survived. Names the databases
+/// Reads the privacy grants of each application again; what is still there survived. Names the databases
 /// that cannot be read, and fails by none.
 VerificationReport verifyRemoval(const std::vector<RemovalTarget>& targets, const PermissionAudit& audit);
 

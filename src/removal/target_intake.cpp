@@ -1,18 +1,13 @@
 #include "removal/target_intake.h"
 
 #include "base/text.h"
-#include "operations/admin_batch.h"
-#include "scan/applications/identifier_form.h"
 
 #include <set>
 
 namespace tidwen {
 
 Message describeProtected(const AppTarget& target) {
-    const bool isPlain = isIdentifier(target.bundleID);
-    return {
-        "error.protectedApp %@ %@",
-        {printable(target.name), isPlain ? target.bundleID : adminBatch::quoted(printable(target.bundleID))}};
+    return {"error.protectedApp %@", {printable(target.name)}};
 }
 
 TargetIntake takeIn(const std::vector<Path>& bundles, const AppTargetLoader& loader,
@@ -35,6 +30,7 @@ TargetIntake takeIn(const std::vector<Path>& bundles, const AppTargetLoader& loa
     auto [allowed, refused] = protectedApps.partition(std::move(loaded));
     for (const auto& target : refused)
         intake.failures.push_back(texts.text(describeProtected(target)));
+    intake.refused = std::move(refused);
     intake.targets = std::move(allowed);
     return intake;
 }

@@ -13,6 +13,7 @@ namespace tidwen {
 struct TargetIntake {
     std::vector<AppTarget> targets;    ///< in the order asked for, each bundle once
     std::vector<std::string> failures; ///< names in them have their control characters made visible
+    std::vector<AppTarget> refused;    ///< those among the failures that are protected
 };
 
 /// What becomes of applications that the user protects.
@@ -25,7 +26,7 @@ TargetIntake takeIn(const std::vector<Path>& bundles, const AppTargetLoader& loa
                     const ProtectedApps& protectedApps, const Texts& texts,
                     ProtectedTargets ofProtected = ProtectedTargets::refused);
 
-/// That the application is protected, and the command that takes the protection off.
+/// That the application is protected.
 Message describeProtected(const AppTarget& target);
 
 } // namespace tidwen

@@ -7,15 +7,10 @@ namespace {
 
 enum class Opening { opens, refused, absent };
 
-/// How every SQLite database begins.
-constexpr std::string_view databaseMark = "SQLite format 3";
-
-/// Reading its beginning opens the file; nothing of it is kept. What is no database where one should be tells
-/// nothing.
+/// Reading one byte opens the file; nothing of it is kept.
 Opening open(const FileSystem& files, const Path& path) {
-    const auto read = files.readRange(path, 0, databaseMark.size());
-    const bool isDatabase = path.lowercasedExtension() == "db";
-    if (read) return isDatabase && *read != databaseMark ? Opening::absent : Opening::opens;
+    const auto read = files.readRange(path, 0, 1);
+    if (read) return Opening::opens;
     switch (read.error().fault) {
     case FileFault::missing:
     case FileFault::notDirectory:

@@ -115,7 +115,7 @@ TEST_F(IntakeTest, RefusedApplicationsDoNotKeepTheOthersOut) {
     EXPECT_EQ(intake.failures, (std::vector<std::string>{
                                    "Nobody: cli.app.unknown", "Clock.app: error.systemApplication",
                                    "File.app: error.unreadableBundle", "Applications: error.notAnApplication",
-                                   "error.protectedApp Caf\u00e9 Sync com.cafesync.mac"}));
+                                   "error.protectedApp Caf\u00e9 Sync"}));
 }
 
 } // namespace

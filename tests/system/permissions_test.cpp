@@ -26,7 +26,7 @@ TEST(FullDiskAccess, IsToldByWhatOpens) {
     for (const auto& c : cases) {
         const test::TemporaryVolume volume;
         for (const auto& file : c.present)
-            volume.write(file, "SQLite format 3 and more");
+            volume.write(file, "x");
         if (!c.refused.empty()) ::chmod(volume.host(c.refused).c_str(), 0);
         test::giveToUnprivileged(volume.hostRoot());
         test::asUnprivileged([&] {

@@ -89,7 +89,10 @@ ExitStatus showOwn(const CommandContext& context, const Mac& mac) {
         context.console.document(json::document(model));
         return statusOf(databases);
     }
-    const std::string access(name(model.fullDiskAccess.get()));
+    // A file that opens and is no database has granted nothing that could be read.
+    const auto status = databases.unreadable.empty() ? model.fullDiskAccess.get()
+                                                     : FullDiskAccessProbe::Status::indeterminate;
+    const std::string access(name(status));
     context.console.line(context.text("permission.fullDisk") + ": " + context.text("cli.fullDisk." + access));
     printUnreadable(databases, context, mac);
     return statusOf(databases);

@@ -141,9 +141,11 @@ void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout
 namespace {
 
 /// What can be done about permissions that are left.
-void printSurvivors(const VerificationReport& verification, const CommandContext& context) {
+void printSurvivors(const RemovalReport& report, const CommandContext& context) {
+    if (!report.verification) return;
     const auto isByPath = [](const PermissionGrant& grant) { return grant.isPathClient; };
-    for (const auto& app : verification.apps) {
+    for (const auto& app : report.verification->apps) {
+        if (report.keepsItsPermissions(app.bundleID)) continue;
         const auto& grants = app.tccSurvivors;
         if (std::ranges::any_of(grants, std::not_fn(isByPath)))
             context.console.line(context.text(
@@ -189,7 +191,7 @@ void printReport(const RemovalReport& report, const ReportTexts& words, const Co
         console.line("  " + item + ": " + context.text("failure.moveUnfinished"), Paint::danger);
     for (const auto& line : words.verification)
         console.line(line, words.isClean ? Paint::plain : Paint::caution);
-    if (report.verification) printSurvivors(*report.verification, context);
+    printSurvivors(report, context);
 }
 
 } // namespace tidwen

@@ -2,6 +2,7 @@
 #include "cli/console.h"
 #include "cli/flow_session.h"
 #include "cli/incomplete_output.h"
+#include "cli/intake.h"
 #include "cli/json/output.h"
 #include "cli/labels.h"
 #include "cli/table.h"
@@ -60,8 +61,10 @@ void printPermissions(const PermissionAudit::Result& permissions, const CommandC
 }
 
 void printNotices(const ScanResult& result, const CommandContext& context) {
-    if (result.isProtected)
+    if (result.isProtected) {
         context.console.line(context.texts.text(describeProtected(result.target)), Paint::caution);
+        context.console.line(unprotectHint(result.target, context), Paint::faint);
+    }
     if (result.immovable) {
         context.console.line(context.text("cli.scan.immovable"), Paint::caution);
         context.console.line(context.texts.text(result.immovable->describe(result.target)), Paint::faint);

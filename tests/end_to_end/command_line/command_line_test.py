@@ -205,9 +205,9 @@ class Refusals(VolumeTest):
         for word in ["Kip", "COM.LittleFin.Kip", "/Applications/Kip.app", str(self.volume / "Applications/Kip.app")]:
             with self.subTest(word):
                 self.assertEqual(self.call("protect", "add", word, "--json").json, ["com.littlefin.kip"])
-                self.refuse("remove", "Kip", "--yes", saying="tidwen protect remove com.littlefin.kip")
+                self.refuse("remove", "Kip", "--yes", saying="protect remove com.littlefin.kip")
                 shown = self.call("scan", "Kip").output
-                self.assertIn("tidwen protect remove com.littlefin.kip", shown)
+                self.assertIn("protect remove com.littlefin.kip", shown)
                 self.assertNotIn("[x]", shown)
                 self.assertEqual(self.call("protect", "remove", word.upper() if "/" not in word else word, "--json").json, [])
         self.assertIn("installed", self.call("protect", "add", "com.example.later").errors)
