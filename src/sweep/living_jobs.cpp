@@ -33,13 +33,6 @@ bool worksForInstalled(const FileSystem& files, const LaunchItem& job, const Kno
                        [&](const std::string& identifier) { return installed.claims(identifier); });
 }
 
-void addPlaces(std::vector<Path>& places, const FileSystem& files, const std::string& program) {
-    const Path path = Path(program).standardized();
-    if (!path.isAbsolute() || path.isRoot() || !mayBeThere(files, path)) return;
-    places.push_back(path);
-    if (auto real = files.resolve(path); real && *real != path) places.push_back(std::move(*real));
-}
-
 /// Folders of jobs in the order in which launchd reads them, those of other users last.
 std::vector<Path> jobFolders(const FileSystem& files, const UserEnvironment& user) {
     std::vector<Path> folders = {user.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
@@ -69,9 +62,8 @@ LivingJobs listLivingJobs(const FileSystem& files, const UserEnvironment& user, 
             } else {
                 continue;
             }
-            if (job.programPath) addPlaces(living.programs, budgeted, *job.programPath);
-            for (const auto& argument : job.argumentPaths)
-                addPlaces(living.programs, budgeted, argument);
+            for (auto& place : placesOfProgram(budgeted, job))
+                living.programs.push_back(std::move(place));
         }
     return living;
 }

@@ -27,6 +27,8 @@ std::optional<std::string> programPath(const PropertyListValue& job) {
 std::vector<std::string> argumentPaths(const PropertyListValue& job) {
     const auto* arguments = job.find("ProgramArguments");
     auto paths = (arguments ? arguments->asStrings() : std::nullopt).value_or(std::vector<std::string>());
+    constexpr std::size_t mostArguments = 64;
+    paths.resize(std::min(paths.size(), mostArguments));
     if (!paths.empty()) paths.erase(paths.begin());
     std::erase_if(paths, [](const std::string& text) { return !text.starts_with('/'); });
     return paths;
@@ -66,21 +68,14 @@ std::vector<std::string> readAssociatedBundleIDs(const FileSystem& files, const 
 }
 
 std::vector<Path> placesOfProgram(const FileSystem& files, const LaunchItem& job) {
-    constexpr std::size_t mostArguments = 64;
-    std::vector<std::string> named;
+    auto named = job.argumentPaths;
     if (job.programPath) named.push_back(*job.programPath);
-    const auto list = readPropertyList(files, job.plist, jobLimits);
-    const auto* arguments = list ? list->find("ProgramArguments") : nullptr;
-    if (const auto strings = arguments ? arguments->asStrings() : std::nullopt)
-        named.insert(named.end(), strings->begin(),
-                     strings->begin() + std::min(strings->size(), mostArguments));
     std::vector<Path> places;
     for (const auto& each : named) {
         const Path place = Path(each).standardized();
-        const auto real = place.isAbsolute() ? files.resolve(place) : FileResult<Path>(place);
-        if (!place.isAbsolute() || !real) continue;
+        if (!place.isAbsolute() || place.isRoot() || !mayBeThere(files, place)) continue;
         places.push_back(place);
-        if (*real != place) places.push_back(*real);
+        if (auto real = files.resolve(place); real && *real != place) places.push_back(std::move(*real));
     }
     return places;
 }

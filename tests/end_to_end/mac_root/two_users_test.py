@@ -130,7 +130,7 @@ class TwoUsers(unittest.TestCase):
                     "XDG_CONFIG_HOME", "/state/config", "/opt/authority", "/opt/tidwen/bin/tidwen", "purge", "--yes", *words]
         status, self.said = as_two_users(command)
         self.prompts = (self.state / "log").read_text().count("osascript")
-        done = [line.split(": ")[1] for line in self.said.splitlines() if line.startswith("Removals deleted for good: ")]
+        done = [line.split(": ")[1] for line in self.said.splitlines() if line.startswith("Removals deleted permanently: ")]
         return status, int(done[0]) if done else 0
 
     def test_what_root_owns_goes_with_one_prompt(self):
