@@ -4,6 +4,7 @@
 #include "base/text.h"
 #include "scan/applications/app_target.h"
 #include "scan/applications/bundle_names.h"
+#include "scan/applications/identifier_form.h"
 #include "scan/matching/residue_matcher.h"
 #include "scan/matching/shared_names.h"
 #include "sweep/identifier_domains.h"
@@ -76,14 +77,29 @@ bool isReverseDns(std::string_view identifier) {
     });
 }
 
-std::string identifierInName(std::string_view name) {
+namespace {
+
+/// The name without what wraps an identifier in it, in lower case.
+std::string bareName(std::string_view name) {
     name = withoutWrappingExtension(name);
     if (name.ends_with(".sfl4")) name.remove_suffix(5);
     name = withoutGroupMarks(name);
     if (const auto dot = name.rfind('.'); dot != name.npos && isHardwareUuid(name.substr(dot + 1)))
         name = name.substr(0, dot);
-    auto lower = lowercased(name);
-    return isReverseDns(lower) ? lower : std::string();
+    return lowercased(name);
+}
+
+} // namespace
+
+std::string identifierInName(std::string_view name) {
+    auto bare = bareName(name);
+    return isReverseDns(bare) ? bare : std::string();
+}
+
+std::string looseIdentifierInName(std::string_view name) {
+    auto bare = bareName(name);
+    const bool isLoose = isIdentifier(bare) && !isReverseDns(bare) && !isDocument(pieces(bare).back());
+    return isLoose && !makerOf(bare).empty() ? bare : std::string();
 }
 
 KnownOwners::KnownOwners(const BundleSnapshot& bundles) {
@@ -102,8 +118,10 @@ KnownOwners::KnownOwners(const BundleSnapshot& bundles) {
             addIdentifier(withoutGroupMarks(group));
         // Helpers are called "Updater" or "Agent": too little to tell whose an identifier is.
         for (const auto& name : contents.embeddedNames)
-            if (auto canonical = canonicalForm(name); !canonical.empty())
+            if (auto canonical = canonicalForm(name); !canonical.empty()) {
+                addWord(canonical);
                 folders_.insert(std::move(canonical));
+            }
         for (const auto& name : bundle.names)
             addName(name, bundle.isApplication);
         if (bundle.isApplication && bundle.isReadable)
@@ -138,12 +156,20 @@ void KnownOwners::addIdentifier(std::string_view identifier) {
         makers_.emplace(maker);
         folders_.insert(canonicalForm(maker.substr(maker.rfind('.') + 1)));
     }
+    const auto parts = pieces(lower);
+    for (auto part = parts.begin() + 1; part < parts.end(); ++part)
+        addWord(canonicalForm(*part));
     identifiers_.insert(std::move(lower));
+}
+
+void KnownOwners::addWord(const std::string& canonicalName) {
+    if (characterCount(canonicalName) >= shortestName) words_.insert(canonicalName);
 }
 
 void KnownOwners::addName(std::string_view name, bool isApplication) {
     auto canonical = canonicalForm(name);
     if (canonical.empty()) return;
+    addWord(canonical);
     if (isApplication) folders_.insert(canonical);
     if (characterCount(canonical) >= shortestName) names_.insert(std::move(canonical));
 }
@@ -165,6 +191,15 @@ bool KnownOwners::claims(std::string_view identifier) const {
 
 bool KnownOwners::ownsFolder(std::string_view name) const {
     return folders_.contains(canonicalForm(name));
+}
+
+bool KnownOwners::mayMean(std::string_view canonicalName) const {
+    if (folders_.contains(canonicalName)) return true;
+    const auto longer = words_.lower_bound(canonicalName);
+    if (longer != words_.end() && longer->starts_with(canonicalName)) return true;
+    for (auto length = shortestName; length < canonicalName.size(); ++length)
+        if (words_.contains(canonicalName.substr(0, length))) return true;
+    return false;
 }
 
 bool KnownOwners::holdsWhatIsInUse(const Path& item) const {

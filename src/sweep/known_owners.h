@@ -34,18 +34,24 @@ class KnownOwners {
     /// theirs, whatever it is called itself.
     bool ownsFolder(std::string_view name) const;
 
+    /// Somebody who lives could be called so, or begin or go on with it: "Marlin" while "Marlin Notes" is
+    /// there. `canonicalName` as `canonicalForm` gives it.
+    bool mayMean(std::string_view canonicalName) const;
+
     /// The item is an application or a program at work, or would take one along.
     bool holdsWhatIsInUse(const Path& item) const;
 
   private:
     void addIdentifier(std::string_view identifier);
+    void addWord(const std::string& canonicalName);
     void addName(std::string_view name, bool isApplication);
 
     std::set<std::string, std::less<>> identifiers_; ///< lower-cased
     std::set<std::string, std::less<>> makers_;      ///< of the identifiers: "com.example"
     std::set<std::string, std::less<>> names_;       ///< canonical forms, long enough to mean something
     std::set<std::string, std::less<>> folders_;     ///< canonical forms of names and makers of any length
-    std::set<std::string, std::less<>> inUse_;       ///< keys of paths: applications and programs at work
+    std::set<std::string, std::less<>> words_; ///< canonical names and pieces of identifiers, five letters on
+    std::set<std::string, std::less<>> inUse_; ///< keys of paths: applications and programs at work
     IdentifierIndex index_;
 };
 
@@ -53,6 +59,10 @@ class KnownOwners {
 /// it, a team prefix, "group.", or the hardware identifier of a per-machine preference. Empty when the name
 /// holds no identifier of at least three pieces.
 std::string identifierInName(std::string_view name);
+
+/// The same of two pieces, or that begins with no registered top-level domain ("seb.GlacierMac"): many names
+/// of files look like that, so it takes another sign to be one.
+std::string looseIdentifierInName(std::string_view name);
 
 /// Begins with a registered top-level domain and has at least three pieces of plain characters.
 bool isReverseDns(std::string_view identifier);

@@ -4,8 +4,12 @@
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/container_identity.h"
 #include "scan/applications/launch_item.h"
+#include "scan/matching/residue_matcher.h"
 #include "scan/matching/shared_names.h"
 #include "sweep/known_owners.h"
+
+#include <algorithm>
+#include <array>
 
 namespace tidwen {
 namespace {
@@ -19,13 +23,62 @@ std::string applicationInPath(const std::string& program) {
     return {};
 }
 
+/// Where applications put folders and files under their own names. In the others (fonts, plug-ins, temporary
+/// files) a name says less.
+bool isForNames(const SearchLocation& location) {
+    if (location.style == Style::vendorNestedChildren || location.style == Style::prefixedReports)
+        return true;
+    const bool isOfKind = location.category == TraceCategory::caches
+                          || location.category == TraceCategory::logs
+                          || location.category == TraceCategory::preferences;
+    const auto parent = location.url.parent().lastComponent();
+    return isOfKind && location.style == Style::directChildren
+           && (parent == "Library" || parent == "Preferences");
+}
+
+bool isMadeByMacOS(const SearchLocation& location) {
+    constexpr std::array folders = {"Saved Application State", "HTTPStorages", "WebKit",
+                                    "Application Scripts"};
+    const auto folder = location.url.lastComponent();
+    return location.style == Style::containerDirectories
+           || std::find(folders.begin(), folders.end(), folder) != folders.end();
+}
+
+/// "Marlin Notes" of "Marlin Notes.plist" and "Marlin Notes.log".
+std::string_view nameIn(std::string_view entry) {
+    constexpr std::string_view log = ".log";
+    if (entry.ends_with(log)) entry.remove_suffix(log.size());
+    return withoutWrappingExtension(entry);
+}
+
+/// "Marlin Notes" of "Marlin Notes_2026-11-21-101112_mac.crash", "Marlin Notes-2026-11-21-101112.ips" and
+/// "Marlin Notes_<identifier of the machine>.plist". Empty when the name has no such form.
+std::string_view subjectOfReport(std::string_view entry) {
+    if (const auto end = entry.find('_'); end != entry.npos) return entry.substr(0, end);
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    constexpr std::string_view form = "-dddd-dd-dd";
+    for (std::size_t at = entry.find('-'); at != entry.npos; at = entry.find('-', at + 1)) {
+        const auto date = entry.substr(at, form.size());
+        if (std::equal(date.begin(), date.end(), form.begin(), form.end(),
+                       [&](char c, char wanted) { return wanted == 'd' ? isDigit(c) : c == wanted; }))
+            return entry.substr(0, at);
+    }
+    return {};
+}
+
 class LocationReader {
   public:
     LocationReader(const FileSystem& files, const SearchLocation& location, std::vector<Path>& skippedNames,
                    const StopToken& stop)
-        : files_(files), location_(location), skippedNames_(skippedNames), stop_(stop) {}
+        : files_(files),
+          location_(location),
+          skippedNames_(skippedNames),
+          stop_(stop),
+          isForNames_(isForNames(location)) {
+        found_.isMadeByMacOS = isMadeByMacOS(location);
+    }
 
-    std::optional<std::vector<OrphanCandidate>> read() {
+    std::optional<LocationCandidates> read() {
         const auto entries = files_.list(location_.url);
         if (!entries) {
             const auto fault = entries.error().fault;
@@ -54,23 +107,43 @@ class LocationReader {
         case Style::prefixedReports:
             return judgeReport(entry, path);
         case Style::directChildren:
-            return add(identifierInName(entry.name), path);
+            addChild(entry.name, path);
+            return;
         case Style::vendorNestedChildren:
-            if (auto identifier = identifierInName(entry.name); !identifier.empty())
-                return add(std::move(identifier), path);
-            return judgeVendor(entry, path);
+            if (!addChild(entry.name, path)) judgeVendor(entry, path);
+            return;
         }
     }
 
     void add(std::string identifier, const Path& path, std::string folder = {}, std::string alias = {}) {
         if (identifier.empty()) return;
-        found_.push_back({std::move(identifier),
-                          {},
-                          std::move(folder),
-                          std::move(alias),
-                          location_.category,
-                          action::MovePath{path},
-                          location_.requiresRoot});
+        found_.identified.push_back({std::move(identifier),
+                                     {},
+                                     std::move(folder),
+                                     std::move(alias),
+                                     location_.category,
+                                     action::MovePath{path},
+                                     location_.requiresRoot});
+    }
+
+    /// By the identifier in its name, else by the name itself. False when it has no identifier.
+    bool addChild(const std::string& entry, const Path& path) {
+        if (auto identifier = identifierInName(entry); !identifier.empty())
+            return add(std::move(identifier), path), true;
+        if (auto loose = looseIdentifierInName(entry); !loose.empty())
+            found_.loose.push_back({std::move(loose),
+                                    {},
+                                    {},
+                                    {},
+                                    location_.category,
+                                    action::MovePath{path},
+                                    location_.requiresRoot});
+        return addNamed(nameIn(entry), path), false;
+    }
+
+    void addNamed(std::string_view name, const Path& path) {
+        if (isForNames_ && !isBundleName(name) && isTellingName(canonicalForm(name)))
+            found_.named.push_back({std::string(name), location_.category, path, location_.requiresRoot});
     }
 
     void judgeJob(const std::string& name, const Path& plist) {
@@ -78,13 +151,13 @@ class LocationReader {
         const auto job = readLaunchItem(files_, plist, location_.isSystemDomain);
         auto identifier = job ? lowercased(job->label) : std::string();
         if (!isReverseDns(identifier)) return;
-        found_.push_back({std::move(identifier),
-                          applicationInPath(job->programPath.value_or("")),
-                          {},
-                          {},
-                          location_.category,
-                          action::BootoutAndMove{job->label, plist, location_.isSystemDomain},
-                          location_.requiresRoot});
+        found_.identified.push_back({std::move(identifier),
+                                     applicationInPath(job->programPath.value_or("")),
+                                     {},
+                                     {},
+                                     location_.category,
+                                     action::BootoutAndMove{job->label, plist, location_.isSystemDomain},
+                                     location_.requiresRoot});
     }
 
     void judgeContainer(const DirectoryEntry& entry, const Path& path) {
@@ -93,13 +166,24 @@ class LocationReader {
         if (!owner) return;
         auto identifier = identifierInName(*owner), called = identifierInName(entry.name);
         if (called == identifier) called.clear();
+        if (auto loose = looseIdentifierInName(*owner); identifier.empty() && !loose.empty())
+            found_.loose.push_back({std::move(loose),
+                                    {},
+                                    {},
+                                    std::move(called),
+                                    location_.category,
+                                    action::MovePath{path},
+                                    location_.requiresRoot});
         add(std::move(identifier), path, {}, std::move(called));
     }
 
     void judgeReport(const DirectoryEntry& entry, const Path& path) {
-        const auto end = entry.name.find('_');
-        if (entry.kind == FileKind::regular && end != entry.name.npos && end > 0)
-            add(identifierInName(entry.name.substr(0, end)), path);
+        const auto subject = subjectOfReport(entry.name);
+        if (entry.kind != FileKind::regular || subject.empty()) return;
+        if (auto identifier = identifierInName(subject); !identifier.empty())
+            add(std::move(identifier), path);
+        else
+            addNamed(subject, path);
     }
 
     /// A plain folder without an identifier of its own may be a vendor's; only what carries one is looked at
@@ -119,15 +203,16 @@ class LocationReader {
     const SearchLocation& location_;
     std::vector<Path>& skippedNames_;
     const StopToken& stop_;
-    std::vector<OrphanCandidate> found_;
+    const bool isForNames_;
+    LocationCandidates found_;
 };
 
 } // namespace
 
-std::optional<std::vector<OrphanCandidate>> listOrphanCandidates(const FileSystem& files,
-                                                                 const SearchLocation& location,
-                                                                 std::vector<Path>& skippedNames,
-                                                                 const StopToken& stop) {
+std::optional<LocationCandidates> listOrphanCandidates(const FileSystem& files,
+                                                       const SearchLocation& location,
+                                                       std::vector<Path>& skippedNames,
+                                                       const StopToken& stop) {
     return LocationReader(files, location, skippedNames, stop).read();
 }
 

@@ -4,6 +4,7 @@
 #include "platform/file_system.h"
 #include "scan/matching/trace.h"
 #include "scan/policy/search_location.h"
+#include "sweep/named_finds.h"
 
 #include <optional>
 #include <string>
@@ -22,11 +23,20 @@ struct OrphanCandidate {
     bool requiresRoot = false;
 };
 
+/// What one location holds.
+struct LocationCandidates {
+    std::vector<OrphanCandidate> identified;
+    std::vector<OrphanCandidate>
+        loose;                  ///< by what may be an identifier; told by `isMadeByMacOS` and another find
+    bool isMadeByMacOS = false; ///< macOS itself names what lies here after identifiers
+    std::vector<NamedCandidate> named; ///< where applications put what they call by their names
+};
+
 /// Reads one location. Nothing when it is there and cannot be listed. What has a name that is not valid UTF-8
 /// is not judged and goes to `skippedNames`. Ends early, with what it has, when `stop` asks for it.
-std::optional<std::vector<OrphanCandidate>> listOrphanCandidates(const FileSystem& files,
-                                                                 const SearchLocation& location,
-                                                                 std::vector<Path>& skippedNames,
-                                                                 const StopToken& stop = {});
+std::optional<LocationCandidates> listOrphanCandidates(const FileSystem& files,
+                                                       const SearchLocation& location,
+                                                       std::vector<Path>& skippedNames,
+                                                       const StopToken& stop = {});
 
 } // namespace tidwen

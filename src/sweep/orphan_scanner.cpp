@@ -4,12 +4,14 @@
 #include "base/text.h"
 #include "platform/budgeted_files.h"
 #include "platform/budgeted_sources.h"
+#include "scan/matching/residue_matcher.h"
 #include "scan/matching/residue_scanner.h"
 #include "scan/policy/location_access.h"
 #include "scan/policy/path_policy.h"
 #include "scan/policy/search_location.h"
 #include "sweep/living_jobs.h"
 #include "sweep/living_packages.h"
+#include "sweep/named_finds.h"
 #include "sweep/orphan_candidates.h"
 
 #include <algorithm>
@@ -75,8 +77,11 @@ class OwnerJudge {
     bool judge(const std::string& identifier) const {
         if (owners_.claims(identifier)) return false;
         // A helper's identifier continues its application's: every shorter form is asked for too.
-        for (std::string form = identifier; isReverseDns(form); form.resize(form.rfind('.')))
+        std::string form = identifier;
+        do {
             if (protected_.contains(form) || running_.isRunning(form) || isRegistered_(form)) return false;
+            form.resize(form.rfind('.'));
+        } while (isReverseDns(form));
         return true;
     }
 
@@ -134,16 +139,21 @@ class LocationSweep {
                                   ? std::nullopt
                                   : listOrphanCandidates(files_, location, result.skippedNames, stop_);
             if (candidates) {
-                take(location, std::move(*candidates), onFound);
+                take(std::move(candidates->identified), onFound);
+                keepLoose(location, *candidates);
+                keepNamed(std::move(candidates->named));
             } else {
                 ports_.log.warning("Unreadable location {}", location.url.string());
                 result.unreadableLocations.push_back(location.url);
             }
         }
+        takeLoose(onFound);
         return std::move(finds_);
     }
 
     const LinkedPlaces& linked() const { return linked_; }
+    /// What has no identifier and may be taken all the same, if it is some group's.
+    std::vector<NamedCandidate> takeNamed() { return std::move(named_); }
 
   private:
     /// Not a location that is a link to another one.
@@ -160,8 +170,36 @@ class LocationSweep {
                && !holdsWhatIsInUse(owners_, path, linked_) && !policy_.check(path);
     }
 
-    void take(const SearchLocation& location, std::vector<OrphanCandidate> candidates,
-              const OrphanScanner::OnFound& onFound) {
+    /// What looks like an identifier is one when macOS itself named something so and it stands elsewhere,
+    /// too.
+    struct Loose {
+        std::vector<OrphanCandidate> candidates;
+        std::set<Path> locations;
+        bool isNamedByMacOS = false;
+    };
+
+    void keepLoose(const SearchLocation& location, LocationCandidates& found) {
+        for (auto& candidate : found.loose) {
+            auto& same = loose_[candidate.identifier];
+            same.candidates.push_back(std::move(candidate));
+            same.locations.insert(location.url);
+            same.isNamedByMacOS |= found.isMadeByMacOS;
+        }
+    }
+
+    void takeLoose(const OrphanScanner::OnFound& onFound) {
+        std::set<Path> taken;
+        for (auto& [identifier, same] : loose_) {
+            if (!same.isNamedByMacOS || same.locations.size() < 2) continue;
+            for (const auto& candidate : same.candidates)
+                taken.insert(pathOf(candidate));
+            take(std::move(same.candidates), onFound);
+        }
+        loose_.clear();
+        std::erase_if(named_, [&](const NamedCandidate& named) { return taken.contains(named.path); });
+    }
+
+    void take(std::vector<OrphanCandidate> candidates, const OrphanScanner::OnFound& onFound) {
         std::vector<Trace> traces;
         for (auto& candidate : candidates) {
             if (!isClaimable(candidate)) continue;
@@ -173,9 +211,16 @@ class LocationSweep {
         }
         candidates = {}; // there may be very many
         measure(ports_.files, traces, stop_);
-        if (onFound && !traces.empty() && location.category != TraceCategory::receipts) onFound(traces);
+        if (onFound && !traces.empty() && traces.front().category != TraceCategory::receipts) onFound(traces);
         for (auto& trace : traces)
             finds_.find(trace.reason.value)->second.traces.push_back(std::move(trace));
+    }
+
+    void keepNamed(std::vector<NamedCandidate> candidates) {
+        for (auto& candidate : candidates)
+            if (canJudge(candidate.path, user_, gaps_) && !owners_.mayMean(canonicalForm(candidate.name))
+                && !holdsWhatIsInUse(owners_, candidate.path, linked_) && !policy_.check(candidate.path))
+                named_.push_back(std::move(candidate));
     }
 
     const OrphanScanner::Ports& ports_;
@@ -190,6 +235,8 @@ class LocationSweep {
     std::set<Path> searched_; ///< each place once, whatever leads to it
     LinkedPlaces linked_;
     FindsByIdentifier finds_;
+    std::map<std::string, Loose> loose_;
+    std::vector<NamedCandidate> named_;
 };
 
 /// Puts "com.example.app.helper" to "com.example.app" when both were found: they are one application's.
@@ -214,14 +261,14 @@ FindsByIdentifier joined(FindsByIdentifier&& byIdentifier) {
     return owners;
 }
 
-/// The last piece of an identifier, as a name: "Tidepool" of "com.example.tidepool".
+/// "Tidepool" of "com.example.tidepool".
 std::string nameFromIdentifier(const std::string& identifier) {
-    auto name = identifier.substr(identifier.rfind('.') + 1);
+    auto name = nameInIdentifier(identifier);
     if (!name.empty() && name[0] >= 'a' && name[0] <= 'z') name[0] = static_cast<char>(name[0] - 'a' + 'A');
     return name;
 }
 
-/// The finds that `isStill` an orphan's, largest group first.
+/// The finds that `isStill` an orphan's, by identifier.
 std::vector<OrphanGroup> grouped(FindsByIdentifier&& finds, const KnownOwners& owners,
                                  const std::function<bool(const Trace&)>& isStill) {
     std::vector<OrphanGroup> groups;
@@ -233,9 +280,28 @@ std::vector<OrphanGroup> grouped(FindsByIdentifier&& finds, const KnownOwners& o
         auto name = each.humanName.empty() ? nameFromIdentifier(identifier) : std::move(each.humanName);
         groups.push_back({identifier, std::move(name), std::move(each.traces)});
     }
+    return groups;
+}
+
+/// Measures the finds that have only a name, and hands them on, as the others were when they were found.
+void measureNamed(std::vector<OrphanGroup>& groups, const FileSystem& files, const StopToken& stop,
+                  const OrphanScanner::OnFound& onFound) {
+    for (auto& group : groups) {
+        const auto first =
+            std::stable_partition(group.traces.begin(), group.traces.end(), [](const Trace& trace) {
+                return trace.reason.kind != MatchReason::Kind::nameToken;
+            });
+        std::vector<Trace> named(std::make_move_iterator(first), std::make_move_iterator(group.traces.end()));
+        group.traces.erase(first, group.traces.end());
+        measure(files, named, stop);
+        if (onFound && !named.empty()) onFound(named);
+        std::move(named.begin(), named.end(), std::back_inserter(group.traces));
+    }
+}
+
+void sortBySize(std::vector<OrphanGroup>& groups) {
     std::stable_sort(groups.begin(), groups.end(),
                      [](const auto& a, const auto& b) { return a.bytes() > b.bytes(); });
-    return groups;
 }
 
 /// Nothing that is found could be told to be nobody's.
@@ -282,13 +348,20 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
         if (stop.stopRequested()) return result;
         for (const auto& gap : now.gaps)
             if (std::find(gaps.begin(), gaps.end(), gap) == gaps.end()) gaps.push_back(gap);
+        const auto isStill = [&](const Path& path) {
+            return canJudge(path, user_, gaps) && !holdsWhatIsInUse(now.owners, path, sweep.linked());
+        };
         result.groups = grouped(joined(std::move(finds)), now.owners, [&](const Trace& trace) {
             const auto& path = *movedPath(trace.action);
             const bool isCalledAfterAnOwner = trace.category == TraceCategory::containers
                                               && now.owners.claims(identifierInName(path.lastComponent()));
-            return !isCalledAfterAnOwner && canJudge(path, user_, gaps)
-                   && !holdsWhatIsInUse(now.owners, path, sweep.linked());
+            return !isCalledAfterAnOwner && isStill(path);
         });
+        auto named = sweep.takeNamed();
+        std::erase_if(named, [&](const NamedCandidate& each) { return !isStill(each.path); });
+        addNamedFinds(result.groups, named, now.owners);
+        measureNamed(result.groups, ports_.files, stop, onFound);
+        sortBySize(result.groups);
     }
     if (stop.stopRequested()) return result;
     result.gaps = std::move(gaps);

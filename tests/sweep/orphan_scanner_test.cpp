@@ -70,6 +70,60 @@ TEST_F(OrphanScan, GathersWhatOneGoneApplicationLeft) {
     EXPECT_EQ(streamed, 6u); // a receipt waits for what else there is
 }
 
+TEST_F(OrphanScan, GivesWhatBearsOnlyANameToTheOneGroupThatIsCalledSo) {
+    test::writeBundle(volume, "/Applications/Zander Studio.app", "org.zander.studio", "Zander Studio");
+    for (const auto* group :
+         {"com.maker.tidepool", "com.other.tidemark", "net.third.tidemark", "com.lonely.zander",
+          "com.kettle.desktop", "com.short.kip", "org.printer.manager"})
+        volume.write(home + "Preferences/" + group + ".plist", "x");
+    volume.write(home + "LaunchAgents/com.gone.ferry.plist",
+                 job("com.gone.ferry", "/Applications/Old Ferry.app/Contents/MacOS/sync"));
+    const std::pair<std::string, std::string> names[] = {
+        {"Application Support/TidePool", "com.maker.tidepool"},
+        {"Preferences/Tidepool.plist", "com.maker.tidepool"},
+        {"Logs/Old Ferry.log", "com.gone.ferry"},
+        {"Logs/DiagnosticReports/Old Ferry-2026-11-21-101112.ips", "com.gone.ferry"},
+        {"Application Support/CrashReporter/Tidepool_8F0C2A71-5B0E-5C1C-9C55-0D6E0A7F2B11.plist",
+         "com.maker.tidepool"},
+        {"Caches/Kettle", "com.kettle.desktop"},
+        {"Application Support/Tidemark", ""}, // of which of the two?
+        {"Application Support/Zander", ""},   // perhaps of Zander Studio
+        {"Application Support/Kip", ""},
+        {"Application Support/Manager", ""},
+        {"Application Support/Nobody Else", ""},
+        {"Fonts/Tidepool", ""},
+    };
+    for (const auto& [place, group] : names)
+        volume.write(home + place + (place.ends_with("plist") || place.find("Logs/") == 0 ? "" : "/x"), "x");
+    const auto groups = scan().groups;
+    for (const auto& [place, owner] : names) {
+        std::string claimedBy;
+        for (const auto& group : groups)
+            for (const auto& trace : group.traces)
+                if (trace.displayName == home + place) {
+                    claimedBy = group.bundleID;
+                    EXPECT_EQ(trace.risk, TraceRisk::review) << place;
+                }
+        EXPECT_EQ(claimedBy, owner) << place;
+    }
+    EXPECT_THAT(eachOf(groups, &OrphanGroup::name),
+                testing::IsSupersetOf({"Tidepool", "Old Ferry", "Kettle"}));
+}
+
+TEST_F(OrphanScan, TakesALooseFormForAnIdentifierOnlyWithAnotherSign) {
+    test::writeBundle(volume, "/Applications/Lives.app", "seb.Lives", "Any Name");
+    for (const auto* identifier : {"seb.GlacierMac", "seb.Lives", "protected.Tool"})
+        for (const auto* place : {"Saved Application State/%.savedState/x", "Preferences/%.plist"}) {
+            std::string path = place;
+            volume.write(home + path.replace(path.find('%'), 1, identifier), "x");
+        }
+    volume.write(home + "Saved Application State/once.Only.savedState/x", "x");
+    volume.write(home + "Preferences/notes.backup.plist", "x"); // twice, but never by macOS itself
+    volume.write(home + "Caches/notes.backup/x", "x");
+    EXPECT_THAT(eachOf(scan({"protected.tool"}).groups, &OrphanGroup::bundleID),
+                ElementsAre("seb.glaciermac"));
+}
+
 TEST_F(OrphanScan, LeavesAloneWhatAnybodyCouldClaim) {
     test::writeBundle(volume, "/Applications/Marlin.app", "com.marlin.notes", "Marlin");
     test::writeBundle(volume, "/Applications/Marlin.app/Contents/PlugIns/S.appex", "org.capture.share", "S");
