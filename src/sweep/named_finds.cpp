@@ -17,17 +17,20 @@ constexpr std::size_t shortestName = 5;
 
 /// What many identifiers end with: it says what a program is, not which.
 constexpr auto plainWords = std::to_array<std::string_view>(
-    {"agent", "app",   "application", "assistant", "audio",     "backup",  "browser", "calendar", "camera",   "client",
-     "cloud", "cocoa",   "common",      "console",   "control",   "daemon",  "database", "debug",   "default",  "desktop",
-     "develop", "developer",   "display",   "download",  "editor",  "engine",   "export",  "extension", "extensions",
-     "finder",  "framework",   "games",     "global",    "helper",  "images",   "import",  "install",  "installer",
-     "keyboard", "launcher",   "license",   "library",   "login", "mac", "main",   "macos", "macosx",    "manager", "media",    "menubar",
-     "messages", "mobile",     "monitor",   "music",     "network", "notes",    "office", "osx",  "panel",    "photo",
-     "photos",  "player",      "plugin",    "plugins",   "preview", "printer",  "projects", "python",  "reader",
-     "recorder", "release",    "remote",    "scanner",   "screen",  "script",   "scripts", "search",   "server",
-     "service", "services",    "settings",  "setup",     "shared",  "sounds",   "support", "system",   "templates",
-     "terminal", "tools",      "uninstaller", "update",  "updater", "utility",  "version", "video",    "viewer",
-     "widget"});
+    {"agent",      "app",      "application", "assistant", "audio",    "backup",      "browser",
+     "calendar",   "camera",   "client",      "cloud",     "cocoa",    "common",      "console",
+     "control",    "daemon",   "database",    "debug",     "default",  "desktop",     "develop",
+     "developer",  "display",  "download",    "editor",    "engine",   "export",      "extension",
+     "extensions", "finder",   "framework",   "games",     "global",   "helper",      "images",
+     "import",     "install",  "installer",   "keyboard",  "launcher", "license",     "library",
+     "login",      "mac",      "main",        "macos",     "macosx",   "manager",     "media",
+     "menubar",    "messages", "mobile",      "monitor",   "music",    "network",     "notes",
+     "office",     "osx",      "panel",       "photo",     "photos",   "player",      "plugin",
+     "plugins",    "preview",  "printer",     "projects",  "python",   "reader",      "recorder",
+     "release",    "remote",   "scanner",     "screen",    "script",   "scripts",     "search",
+     "server",     "service",  "services",    "settings",  "setup",    "shared",      "sounds",
+     "support",    "system",   "templates",   "terminal",  "tools",    "uninstaller", "update",
+     "updater",    "utility",  "version",     "video",     "viewer",   "widget"});
 
 bool isPlainWord(std::string_view word) {
     return std::find(plainWords.begin(), plainWords.end(), word) != plainWords.end();

@@ -130,15 +130,19 @@ class LocationReader {
     bool addChild(const std::string& entry, const Path& path) {
         if (auto identifier = identifierInName(entry); !identifier.empty())
             return add(std::move(identifier), path), true;
-        if (auto loose = looseIdentifierInName(entry); !loose.empty())
-            found_.loose.push_back({std::move(loose),
-                                    {},
-                                    {},
-                                    {},
-                                    location_.category,
-                                    action::MovePath{path},
-                                    location_.requiresRoot});
+        addLoose(looseIdentifierInName(entry), path);
         return addNamed(nameIn(entry), path), false;
+    }
+
+    void addLoose(std::string identifier, const Path& path, std::string alias = {}) {
+        if (identifier.empty()) return;
+        found_.loose.push_back({std::move(identifier),
+                                {},
+                                {},
+                                std::move(alias),
+                                location_.category,
+                                action::MovePath{path},
+                                location_.requiresRoot});
     }
 
     void addNamed(std::string_view name, const Path& path) {
@@ -166,15 +170,10 @@ class LocationReader {
         if (!owner) return;
         auto identifier = identifierInName(*owner), called = identifierInName(entry.name);
         if (called == identifier) called.clear();
-        if (auto loose = looseIdentifierInName(*owner); identifier.empty() && !loose.empty())
-            found_.loose.push_back({std::move(loose),
-                                    {},
-                                    {},
-                                    std::move(called),
-                                    location_.category,
-                                    action::MovePath{path},
-                                    location_.requiresRoot});
-        add(std::move(identifier), path, {}, std::move(called));
+        if (identifier.empty())
+            addLoose(looseIdentifierInName(*owner), path, std::move(called));
+        else
+            add(std::move(identifier), path, {}, std::move(called));
     }
 
     void judgeReport(const DirectoryEntry& entry, const Path& path) {

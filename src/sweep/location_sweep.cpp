@@ -1,0 +1,130 @@
+#include "sweep/location_sweep.h"
+
+#include "base/parallel.h"
+#include "base/text.h"
+#include "scan/matching/residue_scanner.h"
+#include "scan/policy/location_access.h"
+#include "scan/policy/search_location.h"
+
+namespace tidwen {
+namespace {
+
+const Path& pathOf(const OrphanCandidate& candidate) {
+    return *movedPath(candidate.action);
+}
+
+Trace makeOrphanTrace(OrphanCandidate candidate) {
+    auto name = pathOf(candidate).string();
+    return makeTrace(candidate.category, std::move(candidate.action),
+                     {MatchReason::Kind::exactBundleID, std::move(candidate.identifier)},
+                     Reversibility::reversible, std::move(name), std::nullopt, candidate.requiresRoot);
+}
+
+} // namespace
+
+void measureTraces(const FileSystem& files, std::vector<Trace>& traces, const StopToken& stop) {
+    parallelFor(traces.size(), [&](std::size_t i) {
+        if (stop.stopRequested()) return;
+        if (const auto size = files.treeSize(*movedPath(traces[i].action), traceSizeEntryLimit, stop))
+            traces[i].sizeBytes = static_cast<std::int64_t>(size->allocatedBytes);
+    });
+}
+
+LocationSweep::LocationSweep(const OrphanScanner::Ports& ports, const BudgetedFiles& files,
+                             const UserEnvironment& user, const KnownOwners& owners,
+                             const std::set<std::string>& lostPackages, OwnerJudge& judge,
+                             const std::vector<SweepGap>& gaps, const StopToken& stop)
+    : ports_(ports),
+      files_(files),
+      user_(user),
+      policy_(user, ports.files),
+      owners_(owners),
+      lostPackages_(lostPackages),
+      judge_(judge),
+      gaps_(gaps),
+      stop_(stop) {}
+
+FindsByIdentifier LocationSweep::run(OrphanScanResult& result, const OrphanScanner::OnFound& onFound) {
+    const auto locations = searchLocations(user_);
+    for (const auto& location : locations)
+        searched_.insert(location.url);
+    for (const auto& location : locations) {
+        if (stop_.stopRequested()) break;
+        const auto access = accessTo(location.url, files_, policy_);
+        if (access == LocationAccess::absent || !isFirstWayTo(location)) continue;
+        auto candidates = access == LocationAccess::closed
+                              ? std::nullopt
+                              : listOrphanCandidates(files_, location, result.skippedNames, stop_);
+        if (candidates) {
+            take(std::move(candidates->identified), onFound);
+            keepLoose(location, *candidates);
+            keepNamed(std::move(candidates->named));
+        } else {
+            ports_.log.warning("Unreadable location {}", location.url.string());
+            result.unreadableLocations.push_back(location.url);
+        }
+    }
+    takeLoose(onFound);
+    return std::move(finds_);
+}
+
+/// Not a location that is a link to another one.
+bool LocationSweep::isFirstWayTo(const SearchLocation& location) {
+    const auto place = ports_.files.resolve(location.url);
+    if (!place || *place == location.url) return true;
+    linked_.add(location.url, *place);
+    return searched_.insert(*place).second;
+}
+
+bool LocationSweep::isClaimable(const OrphanCandidate& candidate) const {
+    const auto& path = pathOf(candidate);
+    return canJudge(path, user_, gaps_) && judge_.isOrphan(candidate)
+           && !holdsWhatIsInUse(owners_, path, linked_) && !policy_.check(path);
+}
+
+void LocationSweep::take(std::vector<OrphanCandidate> candidates, const OrphanScanner::OnFound& onFound) {
+    std::vector<Trace> traces;
+    for (auto& candidate : candidates) {
+        if (!isClaimable(candidate)) continue;
+        auto& finds = finds_[candidate.identifier];
+        if (finds.humanName.empty()) finds.humanName = candidate.humanName;
+        finds.standsAlone |=
+            candidate.category != TraceCategory::receipts || lostPackages_.contains(candidate.identifier);
+        traces.push_back(makeOrphanTrace(std::move(candidate)));
+    }
+    candidates = {}; // there may be very many
+    measureTraces(ports_.files, traces, stop_);
+    if (onFound && !traces.empty() && traces.front().category != TraceCategory::receipts) onFound(traces);
+    for (auto& trace : traces)
+        finds_.find(trace.reason.value)->second.traces.push_back(std::move(trace));
+}
+
+void LocationSweep::keepLoose(const SearchLocation& location, LocationCandidates& found) {
+    for (auto& candidate : found.loose) {
+        auto& same = loose_[candidate.identifier];
+        same.candidates.push_back(std::move(candidate));
+        same.locations.insert(location.url);
+        same.isNamedByMacOS |= found.isMadeByMacOS;
+    }
+}
+
+void LocationSweep::takeLoose(const OrphanScanner::OnFound& onFound) {
+    std::set<Path> taken;
+    for (auto& [identifier, same] : loose_) {
+        if (!same.isNamedByMacOS || same.locations.size() < 2) continue;
+        for (const auto& candidate : same.candidates)
+            taken.insert(pathOf(candidate));
+        take(std::move(same.candidates), onFound);
+    }
+    loose_.clear();
+    std::erase_if(named_, [&](const NamedCandidate& named) { return taken.contains(named.path); });
+}
+
+void LocationSweep::keepNamed(std::vector<NamedCandidate> candidates) {
+    for (auto& candidate : candidates)
+        if (canJudge(candidate.path, user_, gaps_) && !owners_.mayMean(canonicalForm(candidate.name))
+            && !holdsWhatIsInUse(owners_, candidate.path, linked_) && !policy_.check(candidate.path))
+            named_.push_back(std::move(candidate));
+}
+
+} // namespace tidwen

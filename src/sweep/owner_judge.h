@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/applications.h"
+#include "sweep/orphan_scanner.h"
+
+#include <map>
+#include <set>
+#include <string>
+
+namespace tidwen {
+
+struct OrphanCandidate;
+
+/// Decides which candidates are nobody's, and remembers the answer per identifier.
+class OwnerJudge {
+  public:
+    /// `protectedIDs` in any letter case. What is passed by reference outlives it.
+    OwnerJudge(const KnownOwners& owners, const RunningApplications& running,
+               const OrphanScanner::IsRegistered& isRegistered, const std::set<std::string>& protectedIDs);
+
+    bool isOrphan(const OrphanCandidate& candidate);
+
+  private:
+    bool isNobodys(const std::string& identifier);
+    bool judge(const std::string& identifier) const;
+
+    const KnownOwners& owners_;
+    const RunningApplications& running_;
+    const OrphanScanner::IsRegistered& isRegistered_;
+    std::set<std::string> protected_;
+    std::map<std::string, bool> answers_;
+};
+
+} // namespace tidwen
