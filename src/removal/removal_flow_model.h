@@ -195,7 +195,8 @@ class RemovalFlowModel {
     void execute(std::shared_ptr<Run> run);
     void goBack(Run& run, std::optional<std::string> error);
     void goBack(Run& run, RemovalRefusal refusal);
-    void undo(const Path& root, std::function<void()> done);
+    /// A notice of the run goes with its undo.
+    void undo(const Path& root);
 
     Services services_;
     UserEnvironment user_;

@@ -221,7 +221,7 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
                  });
 }
 
-void RemovalFlowModel::undo(const Path& root, std::function<void()> done) {
+void RemovalFlowModel::undo(const Path& root) {
     if (isUndoing_) return;
     isUndoing_ = true;
     errorMessage_.reset();
@@ -230,26 +230,22 @@ void RemovalFlowModel::undo(const Path& root, std::function<void()> done) {
     inBackground(
         *this, alive_, services_.background, services_.main,
         [&service = services_.undo, root] { return service.undoRun(root); },
-        [done = std::move(done)](RemovalFlowModel& self, Outcome outcome) {
+        [root](RemovalFlowModel& self, Outcome outcome) {
             self.isUndoing_ = false;
             if (!outcome) return self.fail(self.services_.texts.text(outcome.error()));
             self.undoReport_ = std::move(*outcome);
-            if (done) done();
+            std::erase_if(self.recoveryNotices_,
+                          [&](const auto& each) { return each.manifest.quarantineRoot == root; });
             self.notify();
         });
 }
 
 void RemovalFlowModel::undoLast() {
-    if (const auto* shown = std::get_if<stage::Report>(&stage_)) undo(shown->report.quarantineRoot, {});
+    if (const auto* shown = std::get_if<stage::Report>(&stage_)) undo(shown->report.quarantineRoot);
 }
 
 void RemovalFlowModel::undoRecovered() {
-    if (recoveryNotices_.empty()) return;
-    const Path root = recoveryNotices_.front().manifest.quarantineRoot;
-    undo(root, [this, root] {
-        std::erase_if(recoveryNotices_,
-                      [&](const auto& each) { return each.manifest.quarantineRoot == root; });
-    });
+    if (!recoveryNotices_.empty()) undo(recoveryNotices_.front().manifest.quarantineRoot);
 }
 
 void RemovalFlowModel::dismissRecoveryNotice() {

@@ -29,8 +29,8 @@ void measureTraces(const FileSystem& files, std::vector<Trace>& traces, const St
 /// Looks through the search locations for what seems to be nobody's.
 class LocationSweep {
   public:
-    /// `lostPackages`: identifiers of packages of which nothing is there any more. What is passed by reference
-    /// outlives it.
+    /// `lostPackages`: identifiers of packages of which nothing is there any more. What is passed by
+    /// reference outlives it.
     LocationSweep(const OrphanScanner::Ports& ports, const BudgetedFiles& files, const UserEnvironment& user,
                   const KnownOwners& owners, const std::set<std::string>& lostPackages, OwnerJudge& judge,
                   const std::vector<SweepGap>& gaps, const StopToken& stop);
@@ -43,7 +43,8 @@ class LocationSweep {
     std::vector<NamedCandidate> takeNamed() { return std::move(named_); }
 
   private:
-    /// What looks like an identifier is one when macOS itself named something so and it stands elsewhere, too.
+    /// What looks like an identifier is one when macOS itself named something so and it stands elsewhere,
+    /// too.
     struct Loose {
         std::vector<OrphanCandidate> candidates;
         std::set<Path> locations;

@@ -7,7 +7,8 @@
 namespace tidwen {
 
 OwnerJudge::OwnerJudge(const KnownOwners& owners, const RunningApplications& running,
-                       const OrphanScanner::IsRegistered& isRegistered, const std::set<std::string>& protectedIDs)
+                       const OrphanScanner::IsRegistered& isRegistered,
+                       const std::set<std::string>& protectedIDs)
     : owners_(owners), running_(running), isRegistered_(isRegistered) {
     for (const auto& identifier : protectedIDs)
         protected_.insert(lowercased(identifier));
