@@ -22,6 +22,7 @@ bool isCalled(const Path& root, const std::string& word) {
 
 tl::expected<Path, Message> findRun(const PastRuns& runs, const std::string& word) {
     std::vector<Path> roots;
+    roots.reserve(runs.entries.size());
     for (const auto& entry : runs.entries)
         roots.push_back(entry.root);
     for (std::size_t i = 0; i < roots.size(); ++i)

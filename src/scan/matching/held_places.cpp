@@ -109,6 +109,7 @@ std::optional<Claimant> HeldPlaces::within(const Path& folder) const {
 void addProgramsOfJobs(HeldPlaces& held, const ScanContext& context,
                        const std::vector<std::string>& leavingIDs) {
     std::vector<std::string> leaving;
+    leaving.reserve(leavingIDs.size());
     for (const auto& identifier : leavingIDs)
         leaving.push_back(folded(identifier));
     const IdentifierIndex leavingJobs(std::move(leaving));
