@@ -49,6 +49,8 @@ bool continues(std::string_view identifier, std::string_view beginning) {
 } // namespace
 
 bool isTopLevelDomain(std::string_view piece) {
+    // Asked for every name on a disk, and nearly all identifiers begin so.
+    if (piece == "com" || piece == "org" || piece == "net" || piece == "io") return true;
     if (piece.empty() || piece.find('.') != piece.npos) return false;
     const auto* list = psl_builtin();
     return list

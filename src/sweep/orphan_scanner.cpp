@@ -60,15 +60,15 @@ std::vector<OrphanGroup> grouped(FindsByIdentifier&& finds, const KnownOwners& o
 /// Measures the finds that have only a name, and hands them on, as the others were when they were found.
 void measureNamed(std::vector<OrphanGroup>& groups, const FileSystem& files, const StopToken& stop,
                   const OrphanScanner::OnFound& onFound) {
+    const auto isNamed = [](const Trace& trace) { return trace.reason.kind == MatchReason::Kind::nameToken; };
     for (auto& group : groups) {
-        const auto first =
-            std::stable_partition(group.traces.begin(), group.traces.end(), [](const Trace& trace) {
-                return trace.reason.kind != MatchReason::Kind::nameToken;
-            });
+        // They came last.
+        const auto first = std::find_if(group.traces.begin(), group.traces.end(), isNamed);
+        if (first == group.traces.end()) continue;
         std::vector<Trace> named(std::make_move_iterator(first), std::make_move_iterator(group.traces.end()));
         group.traces.erase(first, group.traces.end());
         measureTraces(files, named, stop);
-        if (onFound && !named.empty()) onFound(named);
+        if (onFound) onFound(named);
         std::move(named.begin(), named.end(), std::back_inserter(group.traces));
     }
 }
