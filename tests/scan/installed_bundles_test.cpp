@@ -54,7 +54,7 @@ TEST_F(InstalledBundlesTest, KnowsWhatLiesWhereBundlesReallyAre) {
                             "/Users/alice/Library/Application Support/Store/library/common/Game/Game.app",
                             "/Users/alice/Library/Developer/Xcode/DerivedData/P-x/Build/Products/Debug/P.app",
                             "/Users/alice/Loose.app",
-                            "/Users/alice/Work/Tools/Loose.app",
+                            "/Users/alice/Projects/Tools/Loose.app",
                             "/Users/bob/Applications/Theirs.app",
                             "/Users/b\xe9n/Applications/Theirs.app",
                             "/opt/a/b/c/Deep.app",
