@@ -45,7 +45,8 @@ class AdminScriptRunner : public PrivilegedRunner {
     Execute execute_;
     const FileSystem& files_;
     UserEnvironment user_;
-    PathPolicy policy_;
+    PathPolicy
+        policy_; ///< made at the start: a home that is exchanged meanwhile must not move what it protects
     Log& log_;
 };
 

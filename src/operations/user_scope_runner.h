@@ -29,7 +29,8 @@ class UserScopeRunner : public PrivilegedRunner {
   private:
     Ports ports_;
     UserEnvironment user_;
-    PathPolicy policy_;
+    PathPolicy
+        policy_; ///< made at the start: a home that is exchanged meanwhile must not move what it protects
 };
 
 } // namespace tidwen

@@ -20,7 +20,8 @@ class VolumeRunner : public PrivilegedRunner {
   private:
     FileSystem& files_;
     UserEnvironment user_;
-    PathPolicy policy_;
+    PathPolicy
+        policy_; ///< made at the start: a home that is exchanged meanwhile must not move what it protects
     Log& log_;
 };
 
