@@ -5,8 +5,8 @@
 #include "scan/applications/app_target.h"
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/identifier_form.h"
+#include "scan/applications/shared_names.h"
 #include "scan/matching/residue_matcher.h"
-#include "scan/matching/shared_names.h"
 #include "sweep/identifier_domains.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 #include "sweep/named_finds.h"
 
 #include "base/text.h"
+#include "scan/applications/shared_names.h"
 #include "scan/matching/residue_matcher.h"
-#include "scan/matching/shared_names.h"
 #include "sweep/orphan_scanner.h"
 
 #include <algorithm>

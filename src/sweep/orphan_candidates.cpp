@@ -4,8 +4,8 @@
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/container_identity.h"
 #include "scan/applications/launch_item.h"
+#include "scan/applications/shared_names.h"
 #include "scan/matching/residue_matcher.h"
-#include "scan/matching/shared_names.h"
 #include "sweep/known_owners.h"
 
 #include <algorithm>
@@ -189,7 +189,7 @@ class LocationReader {
     /// in it.
     void judgeVendor(const DirectoryEntry& entry, const Path& path) {
         const auto lower = lowercased(entry.name);
-        if (entry.kind != FileKind::directory || isBundleName(entry.name) || lower.starts_with("com.apple.")
+        if (entry.kind != FileKind::directory || isBundleName(entry.name) || isFromApple(entry.name)
             || lower == "clouddocs")
             return;
         const auto children = files_.list(path);

@@ -2,7 +2,7 @@
 
 #include "base/text.h"
 #include "platform/budgeted_files.h"
-#include "scan/matching/shared_names.h"
+#include "scan/applications/shared_names.h"
 
 #include <algorithm>
 #include <array>
@@ -174,7 +174,7 @@ Owner StartupItemScanner::attributeOwner(const std::string& label,
                                          const std::optional<std::string>& programPath, const Owners& owners,
                                          JobPrograms& programs) const {
     const auto lowered = lowercased(label);
-    if (lowered.starts_with("com.apple.")) return {Owner::Kind::apple, {}, {}, {}};
+    if (isFromApple(label)) return {Owner::Kind::apple, {}, {}, {}};
     if (programPath)
         if (const auto owner = owners.containing(*programPath)) return *owner;
     if (const auto owner = owners.identifiedBy(lowered)) return *owner;

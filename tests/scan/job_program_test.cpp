@@ -1,7 +1,7 @@
 #include "scan/applications/job_program.h"
 
 #include "scan/applications/launch_item.h"
-#include "scan/matching/shared_names.h"
+#include "scan/applications/shared_names.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 

@@ -3,6 +3,7 @@
 #include "base/text.h"
 #include "platform/code_signatures.h"
 #include "scan/applications/bundle.h"
+#include "scan/applications/shared_names.h"
 
 #include <algorithm>
 #include <array>
@@ -12,7 +13,7 @@ namespace {
 
 /// Judged by where the bundle really lies: the safety policy would not let it go, and its data would.
 bool belongsToSystem(const FileSystem& files, const std::string& identifier, const Path& bundle) {
-    if (lowercased(identifier).starts_with("com.apple.")) return true;
+    if (isFromApple(identifier)) return true;
     const Path place = files.resolveParent(bundle.standardized()).value_or(bundle.standardized());
     return std::ranges::any_of(std::array{"/System", "/usr", "/bin", "/sbin"},
                                [&](const char* folder) { return place.isWithinIgnoringCase(Path(folder)); });

@@ -2,7 +2,7 @@
 #include "platform/file_absence.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/bundle_names.h"
-#include "scan/matching/shared_names.h"
+#include "scan/applications/shared_names.h"
 
 #include <algorithm>
 #include <map>

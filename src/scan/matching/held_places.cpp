@@ -7,9 +7,9 @@
 #include "scan/applications/job_program.h"
 #include "scan/applications/launch_item.h"
 #include "scan/applications/owning_bundle.h"
+#include "scan/applications/shared_names.h"
 #include "scan/matching/identifier_index.h"
 #include "scan/matching/location_scan.h"
-#include "scan/matching/shared_names.h"
 
 #include <algorithm>
 

@@ -6,6 +6,7 @@
 #include "platform/file_absence.h"
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/container_identity.h"
+#include "scan/applications/shared_names.h"
 #include "scan/policy/location_access.h"
 
 namespace tidwen {
@@ -72,7 +73,7 @@ std::optional<Claimant> holderOf(const ScanContext& context, const Path& program
 bool isVendorFolder(const ResidueMatcher& matcher, std::string_view name) {
     if (isBundleName(name)) return false;
     const auto lower = lowercased(composed(name));
-    if (lower == "clouddocs" || lower.starts_with("com.apple.")) return false;
+    if (lower == "clouddocs" || isFromApple(lower)) return false;
     if (lower == "caches" || lower == "fileprovider") return true;
     return !matcher.vendor().empty() && canonicalForm(lower).starts_with(matcher.vendor());
 }

@@ -5,8 +5,8 @@
 #include "scan/applications/bundle.h"
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/launch_item.h"
+#include "scan/applications/shared_names.h"
 #include "scan/matching/location_scan.h"
-#include "scan/matching/shared_names.h"
 #include "scan/policy/root_needed.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 
 #include "base/text.h"
 #include "scan/applications/identifier_form.h"
-#include "scan/matching/shared_names.h"
+#include "scan/applications/shared_names.h"
 
 #include <algorithm>
 #include <array>
@@ -34,7 +34,6 @@ constexpr std::array<std::string_view, 14> nameSuffixes = {
 
 constexpr std::size_t shortestName = 5;
 constexpr std::size_t dottedFormComponents = 3;
-constexpr std::string_view applePrefix = "com.apple.";
 
 template<class List>
 bool contains(const List& list, std::string_view text) {
@@ -151,7 +150,7 @@ ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
       canonicalName_(distinctive(target_.name)),
       canonicalExecutable_(distinctive(target_.executableName.value_or(""))),
       vendor_(vendorPiece(identifier_)) {
-    isApples_ = identifier_.starts_with(applePrefix);
+    isApples_ = isFromApple(identifier_);
     isTidwen_ = identifier_ == tidwenBundleID;
     if (!isIdentifier(identifier_)) identifier_.clear();
     identifierIsLong_ = componentCount(identifier_) >= dottedFormComponents;

@@ -1,4 +1,6 @@
-#include "scan/matching/shared_names.h"
+#include "scan/applications/shared_names.h"
+
+#include "base/text.h"
 
 #include <algorithm>
 #include <iterator>
@@ -12,6 +14,8 @@ namespace {
 constexpr std::string_view applesOtherIdentifiers[] = {
     "is.workflow",  "edu.mit.kerberos", "org.cups",     "com.vix.cron", "com.openssh",
     "org.openldap", "org.postfix",      "org.net-snmp", "org.ntp",      "org.isc.named"};
+
+constexpr std::string_view appleDomain = "com.apple.";
 
 constexpr std::string_view commonIdentifiers[] = {"org.qt-project",
                                                   "com.trolltech",
@@ -87,6 +91,10 @@ std::string_view withoutGroupPrefixes(std::string_view lowercased) {
     for (const std::string_view mark : {"group.", "groups.", "systemgroup."})
         if (bare.starts_with(mark)) return bare.substr(mark.size());
     return bare;
+}
+
+bool isFromApple(std::string_view identifier) {
+    return lowercased(identifier.substr(0, appleDomain.size())) == appleDomain;
 }
 
 bool isApplesIdentifier(std::string_view identifier) {

@@ -5,7 +5,11 @@
 /// Names that no single application owns, whoever bears them.
 namespace tidwen {
 
-/// "com.apple.notes", and the same as a group: behind "group." or a team
+/// What Apple makes bears its domain: "com.apple.notes", in any case. Such a bundle is part of the system.
+bool isFromApple(std::string_view identifier);
+
+/// Whether what is called so may be macOS's own: "com.apple.notes", and the same as a group: behind "group."
+/// or a team
 /// ("243LU875E5.groups.com.apple.notes"); and parts of macOS that bear others' names
 /// ("is.workflow.shortcuts"). `identifier` is in lower case.
 bool isApplesIdentifier(std::string_view identifier);
