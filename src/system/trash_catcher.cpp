@@ -1,8 +1,10 @@
 #include "system/trash_catcher.h"
 
+#include "base/background_step.h"
 #include "base/text.h"
 #include "scan/applications/app_target.h"
 #include "scan/applications/bundle.h"
+#include "scan/applications/shared_names.h"
 
 namespace tidwen {
 
@@ -10,25 +12,22 @@ namespace {
 
 constexpr std::size_t maximumUnfinished = 8; // each is watched by a thread
 
-/// A bundle folder that does not say who it is, or not yet.
-bool isUnfinished(const FileSystem& files, const Path& url) {
-    const auto info = files.info(url);
-    if (!info || info->kind != FileKind::directory) return false;
-    const auto bundle = Bundle::open(files, url);
-    return !bundle || !bundle->identifier();
+bool isNoneOfTheUsers(std::string_view identifier) {
+    return isFromApple(identifier) || lowercased(identifier) == tidwenBundleID;
 }
 
 } // namespace
 
-std::optional<TrashedApp> TrashedApp::read(const FileSystem& files, const Path& url) {
-    if (const auto info = files.info(url); !info || info->kind == FileKind::symbolicLink) return std::nullopt;
-    if (!isValidUtf8(url.string())) return std::nullopt; // nobody could be told of it, or answer
+TrashedBundle TrashedBundle::read(const FileSystem& files, const Path& url) {
+    TrashedBundle seen{.url = url};
+    const auto info = files.info(url);
+    if (!info || info->kind == FileKind::symbolicLink) return seen;
+    if (!isValidUtf8(url.string())) return seen; // nobody could be told of it, or answer
     const auto bundle = Bundle::open(files, url);
     const auto identifier = bundle ? bundle->identifier() : std::nullopt;
-    if (!identifier) return std::nullopt;
-    const auto lowered = lowercased(*identifier);
-    if (lowered.starts_with("com.apple.") || lowered == tidwenBundleID) return std::nullopt;
-    return TrashedApp{url, bundle->name(), *identifier};
+    seen.isUnfinished = info->kind == FileKind::directory && !identifier;
+    if (identifier && !isNoneOfTheUsers(*identifier)) seen.app = TrashedApp{url, bundle->name(), *identifier};
+    return seen;
 }
 
 UserNotification trashNotification(const TrashedApp& app, const Texts& texts) {
@@ -52,7 +51,7 @@ TrashCatcher::TrashCatcher(Ports ports, AppPreferences& preferences, const Path&
       preferences_(preferences),
       permission_(ports.notifications, ports.main),
       watcher_({ports.files, ports.events, ports.clock, ports.main, ports.queue, ports.log}, trash,
-               [this](const std::vector<Path>& bundles) { post(bundles); }) {}
+               [this](const std::vector<Path>& bundles) { look(bundles); }) {}
 
 void TrashCatcher::install() {
     if (isInstalled_) return;
@@ -84,34 +83,41 @@ void TrashCatcher::watchOnce() {
     watcher_.start();
 }
 
-void TrashCatcher::post(const std::vector<Path>& bundles) {
-    if (!isOn_) return;
+void TrashCatcher::look(const std::vector<Path>& bundles, std::function<bool()> stillAwaited) {
+    const auto read = [&files = ports_.files, bundles] {
+        std::vector<TrashedBundle> seen;
+        for (const auto& url : bundles)
+            seen.push_back(TrashedBundle::read(files, url));
+        return seen;
+    };
+    inBackground(*this, alive_, ports_.queue, ports_.main, read,
+                 [stillAwaited = std::move(stillAwaited)](TrashCatcher& catcher, auto seen) {
+                     if (catcher.isOn_ && stillAwaited()) catcher.tell(seen);
+                 });
+}
+
+void TrashCatcher::tell(const std::vector<TrashedBundle>& bundles) {
     permission_.refresh();
     const bool isAllowed = permission_.state.get() == NotificationState::allowed;
     if (!isAllowed) ports_.log.info("App trashed, notifications not allowed - nothing posted");
-    for (const auto& url : bundles) {
-        const auto app = TrashedApp::read(ports_.files, url);
-        if (!app) {
-            awaitRest(url);
-            continue;
-        }
-        unfinished_.erase(url);
-        found.emit(*app);
-        if (isAllowed && !ports_.notifications.post(trashNotification(*app, ports_.texts)))
-            ports_.log.warning("A notification could not be posted: {}", app->url.string());
+    for (const auto& bundle : bundles) {
+        if (bundle.isUnfinished)
+            awaitRest(bundle.url);
+        else
+            unfinished_.erase(bundle.url);
+        if (!bundle.app) continue;
+        found.emit(*bundle.app);
+        if (isAllowed && !ports_.notifications.post(trashNotification(*bundle.app, ports_.texts)))
+            ports_.log.warning("A notification could not be posted: {}", bundle.url.string());
     }
 }
 
 /// What is copied into the Trash shows its name first and who it is some time later.
 void TrashCatcher::awaitRest(const Path& bundle) {
-    if (!isUnfinished(ports_.files, bundle)) {
-        unfinished_.erase(bundle);
-        return;
-    }
     if (unfinished_.contains(bundle) || unfinished_.size() == maximumUnfinished) return;
     const auto lookAgain = [this, bundle, main = &ports_.main, alive = std::weak_ptr(alive_)] {
         main->post([this, bundle, alive] {
-            if (!alive.expired() && unfinished_.contains(bundle)) post({bundle});
+            if (!alive.expired()) look({bundle}, [this, bundle] { return unfinished_.contains(bundle); });
         });
     };
     unfinished_[bundle] = ports_.events.watch(bundle / "Contents", lookAgain);

@@ -24,10 +24,17 @@ struct TrashedApp {
     Path url;
     std::string name;
     std::string bundleID;
+};
 
+/// What lies under the name of an application in the Trash, as one look saw it.
+struct TrashedBundle {
+    Path url;
     /// Nothing for what has no identifier, is Apple's, or is this program, and for a link: the application it
     /// leads to is not in the Trash.
-    static std::optional<TrashedApp> read(const FileSystem& files, const Path& url);
+    std::optional<TrashedApp> app = {};
+    bool isUnfinished = false; ///< a folder that does not say who it is, or not yet
+
+    static TrashedBundle read(const FileSystem& files, const Path& url);
 };
 
 /// Registers this program for the next login, or takes it out. False, with a log line, when that failed.
@@ -80,7 +87,10 @@ class TrashCatcher {
     bool isWatching() const { return watcher_.isWatching(); }
 
   private:
-    void post(const std::vector<Path>& bundles);
+    /// Reads them on the queue, and tells of them if that is `stillAwaited`.
+    void look(
+        const std::vector<Path>& bundles, std::function<bool()> stillAwaited = [] { return true; });
+    void tell(const std::vector<TrashedBundle>& bundles);
     void awaitRest(const Path& bundle);
     void respond(const std::string& action, const std::map<std::string, std::string>& userInfo);
 

@@ -5,6 +5,7 @@
 #include "support/matchers.h"
 #include "support/memory_defaults.h"
 #include "support/stand_ins.h"
+#include "support/watched_files.h"
 #include "volume/volume_folder_events.h"
 
 #include <chrono>
@@ -48,8 +49,13 @@ class Catcher : public testing::Test {
     }
     void fire() {
         events.fire();
-        queue.drain();
-        main.drain();
+        settle();
+    }
+    void settle() {
+        for (int step = 0; step < 4; ++step) { // seen, read, told, and looked at again
+            queue.drain();
+            main.drain();
+        }
     }
     std::vector<std::string> titles() {
         return eachOf(std::exchange(notifications.posted, {}),
@@ -92,7 +98,7 @@ TEST_F(Catcher, TellsOfEachNewApplicationOnce) {
     trash("Empty", "com.example.copied"); // the rest of it comes
     for (int i = 0; i < 2; ++i)
         events.fireInBundle();
-    main.drain();
+    settle();
     EXPECT_THAT(titles(), ElementsAre("com.example.copied")) << "once";
 
     std::filesystem::remove_all(volume.host("/Users/alice/.Trash/A.app")); // put back, and thrown away again
@@ -108,6 +114,26 @@ TEST_F(Catcher, TellsOfEachNewApplicationOnce) {
     main.drain();
     EXPECT_THAT(titles(), IsEmpty());
     EXPECT_FALSE(loginItem.enabled);
+}
+
+TEST_F(Catcher, TellsOfABundleThatIsFinishedInTheMiddleOfALook) {
+    test::WatchedFiles files{volume.files()};
+    TrashCatcher watching{{files, events, notifications, loginItem, texts, clock, main, queue, log},
+                          preferences,
+                          Path("/Users/alice/.Trash")};
+    volume.makeFolder("/Users/alice/.Trash");
+    watching.watchOnce();
+    for (std::size_t call = 0;; ++call) {
+        const auto name = "App" + std::to_string(call);
+        volume.makeFolder("/Users/alice/.Trash/" + name + ".app");
+        files.before(call, [&] {
+            trash(name, "com.example." + name);
+            if (events.fireInBundle) events.fireInBundle();
+        });
+        fire();
+        if (files.calls() <= call) break; // the look was over before
+        EXPECT_THAT(titles(), ElementsAre("com.example." + name)) << "finished before call " << call;
+    }
 }
 
 TEST_F(Catcher, WatchesOnRequestUntilThePreferenceChanges) {
