@@ -49,12 +49,12 @@ std::vector<OperationResult> AdminScriptRunner::run(const std::vector<RemovalOpe
     std::vector<RemovalOperation> allowed;
     std::vector<std::size_t> places; // of the allowed ones among all
     for (const auto& operation : operations) {
-        auto refusal = whyNotAllowed(operation);
-        const bool isAllowed = !refusal;
-        results.push_back(OperationResult::failure(operation.id, std::move(refusal).value_or(Message())));
-        if (!isAllowed) continue;
+        auto allowedOne = judged(operation);
+        results.push_back(
+            OperationResult::failure(operation.id, allowedOne ? Message() : allowedOne.error()));
+        if (!allowedOne) continue;
         places.push_back(results.size() - 1);
-        allowed.push_back(operation);
+        allowed.push_back(std::move(*allowedOne));
     }
     auto answers = runAllowed(allowed);
     for (std::size_t i = 0; i < answers.size(); ++i)
@@ -73,20 +73,26 @@ OperationResult AdminScriptRunner::settled(OperationResult result, const Removal
     return OperationResult::success(operation.id);
 }
 
-std::optional<Message> AdminScriptRunner::whyNotAllowed(const RemovalOperation& operation) const {
-    if (const auto* move = std::get_if<operation::Move>(&operation.kind)) {
-        const auto violation = policy_.checkMove(move->source, move->destination, files_);
-        if (!violation && toolArguments::areSafe(operation.kind)) return std::nullopt;
-        log_.warning("Privileged move blocked by path policy: {}",
-                     violation ? violation->path : move->source.string());
-        return Message{blockedBySafetyPolicyKey};
+tl::expected<RemovalOperation, Message> AdminScriptRunner::judged(RemovalOperation operation) const {
+    const auto blocked = [&](const char* key, const char* why, const std::string& what) {
+        log_.warning("Privileged {} blocked {}: {}", kindName(operation.kind), why, what);
+        return tl::unexpected(Message{key});
+    };
+    constexpr auto byPolicy = "by path policy", noArgument = "because it cannot be handed to a tool";
+    if (auto* move = std::get_if<operation::Move>(&operation.kind)) {
+        const auto allowed = policy_.checkMove(move->source, move->destination, files_);
+        if (!allowed) return blocked(blockedBySafetyPolicyKey, byPolicy, allowed.error().path);
+        *move = {allowed->source(), allowed->destination()};
+        if (!toolArguments::areSafe(operation.kind))
+            return blocked(blockedBySafetyPolicyKey, noArgument, move->source.string());
+        return operation;
     }
     const auto* bootstrap = std::get_if<operation::Bootstrap>(&operation.kind);
-    const bool isForeignJob = bootstrap && bootstrap->isSystemDomain && !isSystemJobFile(bootstrap->plist);
-    if (!isForeignJob && toolArguments::areSafe(operation.kind)) return std::nullopt;
-    log_.warning("Privileged {} blocked: {} cannot be handed to a tool", kindName(operation.kind),
-                 operation.displayName);
-    return Message{isForeignJob ? blockedBySafetyPolicyKey : toolArguments::unsafeArgumentKey};
+    if (bootstrap && bootstrap->isSystemDomain && !isSystemJobFile(bootstrap->plist))
+        return blocked(blockedBySafetyPolicyKey, byPolicy, bootstrap->plist.string());
+    if (!toolArguments::areSafe(operation.kind))
+        return blocked(toolArguments::unsafeArgumentKey, noArgument, operation.displayName);
+    return operation;
 }
 
 std::vector<OperationResult>

@@ -36,7 +36,8 @@ class AdminScriptRunner : public PrivilegedRunner {
     std::vector<OperationResult> run(const std::vector<RemovalOperation>& operations) override;
 
   private:
-    std::optional<Message> whyNotAllowed(const RemovalOperation& operation) const;
+    /// The operation as root may do it: a move between where its ends really lie. Or why not.
+    tl::expected<RemovalOperation, Message> judged(RemovalOperation operation) const;
     /// An item that lies in its new place was moved, whatever became of the answer: the shell may have died
     /// or the tool complained afterwards. Called failed, it would stand in no manifest and never be put back.
     OperationResult settled(OperationResult result, const RemovalOperation& operation) const;

@@ -82,12 +82,9 @@ bool laysWithin(const std::set<Path>& moved, const Path& item) {
 /// found the next time.
 std::optional<MoveRemains> settled(const Path& from, const Path& to, FileSystem& files,
                                    const PathPolicy& policy) {
-    if (policy.checkMove(from, to, files)) return std::nullopt;
-    // Moves go along resolved parents, so that is where their remains lie.
-    const auto realFrom = files.resolveParent(from);
-    const auto realTo = files.resolveParent(to);
-    if (!realFrom || !realTo) return std::nullopt;
-    return files.settleInterruptedMove(*realFrom, *realTo).value_or(std::nullopt);
+    const auto judged = policy.checkMove(from, to, files);
+    if (!judged) return std::nullopt;
+    return files.settleInterruptedMove(judged->source(), judged->destination()).value_or(std::nullopt);
 }
 
 } // namespace

@@ -203,7 +203,7 @@ class UndoRun {
     }
 
     bool isBlocked(const Path& from, const Path& to) {
-        if (!policy_.checkMove(from, to, ports_.files)) return false;
+        if (policy_.checkMove(from, to, ports_.files)) return false;
         ports_.log.warning("Undo move blocked by path policy: {}", to.string());
         return true;
     }

@@ -170,9 +170,11 @@ TEST_F(RunnersTest, WhatAToolCouldMisunderstandReachesNone) {
 }
 
 TEST_F(RunnersTest, ABatchIsOneCallAndAnswersInPlanOrder) {
+    volume.makeFolder("/opt/real");
+    volume.link("/opt/linked", "real"); // turned later, it must not lead root elsewhere
     const std::vector<RemovalOperation> operations = {
         step(4, operation::Move{Path("/System/x"), Path(quarantine + "/0004/x")}),
-        step(2, toQuarantine("/Library/Caches/com.example.app")),
+        step(2, toQuarantine("/opt/linked/com.example.app")),
         step(9, operation::Bootout{"com.example.d", true}), step(3, operation::FlushPreferences{})};
     tools.answer = [](const auto&) -> RecordingTools::Answer {
         return ProcessResult{1, "OP 4 OK\rOP 3 OK\rOP 2 FAIL occupied\r", "0:9: execution error: died (9)"};
@@ -185,7 +187,9 @@ TEST_F(RunnersTest, ABatchIsOneCallAndAnswersInPlanOrder) {
 
     ASSERT_EQ(tools.calls.size(), 1u);
     EXPECT_EQ(tools.calls[0].executable, "/usr/bin/osascript");
-    const auto script = adminBatch::script({operations.begin() + 1, operations.end()}, 501);
+    std::vector<RemovalOperation> allowed(operations.begin() + 1, operations.end());
+    std::get<operation::Move>(allowed[0].kind).source = Path("/opt/real/com.example.app");
+    const auto script = adminBatch::script(allowed, 501);
     EXPECT_EQ(tools.calls[0].arguments, (std::vector<std::string>{"-e", adminBatch::appleScript(script)}));
     EXPECT_EQ(tools.calls[0].timeout, 600s);
 }

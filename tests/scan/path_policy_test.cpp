@@ -149,8 +149,9 @@ class MovePolicy : public testing::Test {
         volume.makeFolder(quarantine);
     }
     std::optional<Violation> check(const std::string& source, const std::string& destination) {
-        return PathPolicy(userAt(home), volume.files())
-            .checkMove(Path(source), Path(destination), volume.files());
+        const auto judged = PathPolicy(userAt(home), volume.files())
+                                .checkMove(Path(source), Path(destination), volume.files());
+        return judged ? std::nullopt : std::optional(judged.error());
     }
 
     test::TemporaryVolume volume;
@@ -280,8 +281,7 @@ TEST_F(MovePolicy, ProtectsPlacesWhereTheyReallyLie) {
         const PathPolicy policy(userAt(home), disk.files());
         const auto isRefused = [&](const std::string& path, bool isPutBack) {
             const Path real(path), kept(quarantine + "/x");
-            return policy.checkMove(isPutBack ? kept : real, isPutBack ? real : kept, disk.files())
-                .has_value();
+            return !policy.checkMove(isPutBack ? kept : real, isPutBack ? real : kept, disk.files());
         };
         for (const bool isPutBack : {false, true}) {
             for (const auto& path : c.refused)

@@ -325,31 +325,34 @@ std::optional<PathPolicy::Violation> PathPolicy::check(const Path& url,
     return std::nullopt;
 }
 
-std::optional<PathPolicy::Violation> PathPolicy::checkMove(const Path& source, const Path& destination,
-                                                           const FileSystem& files) const {
+tl::expected<JudgedMove, PathPolicy::Violation>
+PathPolicy::checkMove(const Path& source, const Path& destination, const FileSystem& files) const {
+    const auto refused = [](ViolationKind kind, const Path& path) {
+        return tl::unexpected(Violation{kind, path.string()});
+    };
     for (const Path* end : {&source, &destination})
-        if (end->hasTraversal()) return Violation{ViolationKind::traversal, end->string()};
+        if (end->hasTraversal()) return refused(ViolationKind::traversal, *end);
 
-    const bool sourceIsQuarantined = isQuarantineEndpoint(source);
-    if (sourceIsQuarantined == isQuarantineEndpoint(destination))
-        return Violation{ViolationKind::missingQuarantineEndpoint,
-                         (sourceIsQuarantined ? source : destination).string()};
-    const Path real = (sourceIsQuarantined ? destination : source).standardized();
-    const Path quarantined = (sourceIsQuarantined ? source : destination).standardized();
+    const bool leavesQuarantine = isQuarantineEndpoint(source);
+    if (leavesQuarantine == isQuarantineEndpoint(destination))
+        return refused(ViolationKind::missingQuarantineEndpoint, leavesQuarantine ? source : destination);
+    const Path real = (leavesQuarantine ? destination : source).standardized();
+    const Path quarantined = (leavesQuarantine ? source : destination).standardized();
 
-    if (isBesideTheHome(real, files)) return Violation{ViolationKind::neverTouch, real.string()};
-    if (auto found = check(real, true)) return found;
+    if (isBesideTheHome(real, files)) return refused(ViolationKind::neverTouch, real);
+    if (const auto found = check(real, true)) return tl::unexpected(*found);
     const auto resolvedReal = resolvedPlace(real, files);
-    if (!resolvedReal) return Violation{ViolationKind::traversal, real.string()};
+    if (!resolvedReal) return refused(ViolationKind::traversal, real);
     if (*resolvedReal != real)
-        if (auto found = check(*resolvedReal, true)) return found;
+        if (const auto found = check(*resolvedReal, true)) return tl::unexpected(*found);
 
     const auto resolvedQuarantined = resolvedPlace(quarantined, files);
     const bool staysInQuarantine =
         resolvedQuarantined
         && (*resolvedQuarantined == quarantined || isQuarantineEndpoint(*resolvedQuarantined));
-    if (!staysInQuarantine) return Violation{ViolationKind::missingQuarantineEndpoint, quarantined.string()};
-    return std::nullopt;
+    if (!staysInQuarantine) return refused(ViolationKind::missingQuarantineEndpoint, quarantined);
+    return leavesQuarantine ? JudgedMove(*resolvedQuarantined, *resolvedReal)
+                            : JudgedMove(*resolvedReal, *resolvedQuarantined);
 }
 
 bool PathPolicy::holdsProtectedPlace(const Path& url) const {

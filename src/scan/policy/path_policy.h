@@ -7,9 +7,27 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <tl/expected.hpp>
+#include <utility>
 #include <vector>
 
 namespace tidwen {
+
+/// A move that the policy allows, from and to where the items really lie: the links of both parents are
+/// resolved as far as these exist. Moved along these paths, without following links, nothing can lead it
+/// elsewhere afterwards. Only `PathPolicy` makes one.
+class JudgedMove {
+  public:
+    const Path& source() const { return source_; }
+    const Path& destination() const { return destination_; }
+
+  private:
+    friend class PathPolicy;
+    JudgedMove(Path source, Path destination)
+        : source_(std::move(source)), destination_(std::move(destination)) {}
+
+    Path source_, destination_;
+};
 
 /// The last line of defence before anything moves: refuses shallow paths, the user's own folders, the homes
 /// of others, what belongs to the system, every path that leads elsewhere through ".." or a link, and what
@@ -39,8 +57,8 @@ class PathPolicy {
     /// resolved through `files`, and where they lead is judged too; parents that do not exist yet are judged
     /// by the nearest one that does. Where the disk tells letter case apart, a folder beside the user's home
     /// whose name differs in that alone is not the home.
-    std::optional<Violation> checkMove(const Path& source, const Path& destination,
-                                       const FileSystem& files) const;
+    tl::expected<JudgedMove, Violation> checkMove(const Path& source, const Path& destination,
+                                                  const FileSystem& files) const;
 
     /// Something in a quarantine folder: below "<home>/.Trash/Tidwen - …", not that folder itself.
     bool isQuarantineEndpoint(const Path& url) const;
