@@ -1,7 +1,9 @@
 #include "operations/admin_script_runner.h"
 
 #include "operations/admin_batch.h"
+#include "operations/screened_move.h"
 #include "operations/tool_arguments.h"
+#include "platform/file_absence.h"
 #include "posix/posix_process_runner.h"
 
 #include <utility>
@@ -66,9 +68,7 @@ OperationResult AdminScriptRunner::settled(OperationResult result, const Removal
     const auto* move = std::get_if<operation::Move>(&operation.kind);
     if (result.succeeded || !move || result.failureReason->key == "failure.destinationOccupied")
         return result;
-    const auto source = files_.info(move->source);
-    const bool isGone = !source && source.error().fault == FileFault::missing;
-    if (!isGone || !files_.exists(move->destination)) return result;
+    if (!isMissing(files_, move->source) || !files_.exists(move->destination)) return result;
     log_.warning("Moved although the batch says {}: {}", result.failureReason->key, move->source.string());
     return OperationResult::success(operation.id);
 }
@@ -82,6 +82,7 @@ tl::expected<RemovalOperation, Message> AdminScriptRunner::judged(RemovalOperati
     if (auto* move = std::get_if<operation::Move>(&operation.kind)) {
         const auto allowed = policy_.checkMove(move->source, move->destination, files_);
         if (!allowed) return blocked(blockedBySafetyPolicyKey, byPolicy, allowed.error().path);
+        if (hasLostRunFolder(*allowed, files_, policy_)) return tl::unexpected(Message{quarantineGoneKey});
         *move = {allowed->source(), allowed->destination()};
         if (!toolArguments::areSafe(operation.kind))
             return blocked(blockedBySafetyPolicyKey, noArgument, move->source.string());

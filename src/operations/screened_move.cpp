@@ -1,5 +1,7 @@
 #include "operations/screened_move.h"
 
+#include "platform/file_absence.h"
+
 namespace tidwen {
 
 namespace {
@@ -7,6 +9,17 @@ namespace {
 Message failure(const FileError& error) {
     if (error.fault == FileFault::exists) return {"failure.destinationOccupied"};
     return {std::string(failureKey(error.fault))};
+}
+
+/// Only what lies below the run's folder is made: a run's folder, a Trash or a home that went away in the
+/// middle of a run, and was made anew, would take the rest of the items and know of none.
+FileResult<void> makeFolderInQuarantine(const Path& folder, FileSystem& files, const PathPolicy& policy) {
+    if (!policy.isQuarantineEndpoint(folder)) return {}; // the run's own
+    if (auto above = makeFolderInQuarantine(folder.parent(), files, policy); !above) return above;
+    auto made = files.createDirectory(folder);
+    if (made || made.error().fault != FileFault::exists) return made;
+    const auto there = files.info(folder);
+    return there && there->kind == FileKind::directory ? FileResult<void>() : made;
 }
 
 /// What forbids a move is rarely the item's own permissions: the words name what can be done about it.
@@ -22,6 +35,13 @@ Message moveFailure(const FileError& error, const JudgedMove& move, const FileSy
 
 } // namespace
 
+bool hasLostRunFolder(const JudgedMove& move, const FileSystem& files, const PathPolicy& policy) {
+    Path folder = move.destination();
+    while (policy.isQuarantineEndpoint(folder))
+        folder = folder.parent();
+    return folder != move.destination() && isMissing(files, folder);
+}
+
 std::optional<Message> screenedMove(const operation::Move& move, FileSystem& files, const PathPolicy& policy,
                                     Log& log) {
     const auto judged = policy.checkMove(move.source, move.destination, files);
@@ -30,11 +50,18 @@ std::optional<Message> screenedMove(const operation::Move& move, FileSystem& fil
         return Message{blockedBySafetyPolicyKey};
     }
     const auto folder = judged->destination().parent();
-    if (const auto created = files.createDirectories(folder); !created) return failure(created.error());
+    const bool entersQuarantine = policy.isQuarantineEndpoint(judged->destination());
+    const auto created =
+        entersQuarantine ? makeFolderInQuarantine(folder, files, policy) : files.createDirectories(folder);
+    const auto gone = Message{quarantineGoneKey};
+    if (!created)
+        return entersQuarantine && created.error().fault == FileFault::missing ? gone
+                                                                               : failure(created.error());
     const auto moved = files.move(judged->source(), judged->destination());
     if (moved) return std::nullopt;
+    if (entersQuarantine && isMissing(files, folder)) return gone;
     // The numbered folder that waits for nothing would count as something in quarantine.
-    if (policy.isQuarantineEndpoint(judged->destination())) (void)files.removeEmptyDirectory(folder);
+    if (entersQuarantine) (void)files.removeEmptyDirectory(folder);
     return moveFailure(moved.error(), *judged, files);
 }
 

@@ -1,5 +1,6 @@
 #include "quarantine/interrupted_move.h"
 
+#include "platform/file_absence.h"
 #include "quarantine/quarantine_layout.h"
 
 #include <algorithm>
@@ -66,11 +67,6 @@ bool isSettled(const ManifestEntry& entry, Place place, Unaccounted& unaccounted
     return !unaccounted.liesIn(destination.parent());
 }
 
-bool isGone(const Path& item, const FileSystem& files) {
-    const auto info = files.info(item);
-    return !info && info.error().fault == FileFault::missing;
-}
-
 /// It went along with a folder that was moved.
 bool laysWithin(const std::set<Path>& moved, const Path& item) {
     for (Path folder = item.parent(); !folder.isRoot() && folder.isAbsolute(); folder = folder.parent())
@@ -119,7 +115,7 @@ RunObservation observe(const std::vector<ManifestEntry>& planned, const FileSyst
         if (!isMove) continue;
         if (!isSettled(entry, place, unaccounted, files))
             seen.unsettled.push_back(entry);
-        else if (place == Place::elsewhere && isGone(Path(entry.source), files))
+        else if (place == Place::elsewhere && isMissing(files, Path(entry.source)))
             gone.push_back(entry);
     }
     for (auto& entry : gone)

@@ -3,6 +3,7 @@
 #include "base/numbered_name.h"
 #include "base/path_key.h"
 #include "operations/screened_move.h"
+#include "platform/file_absence.h"
 #include "quarantine/history.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/item_names.h"
@@ -180,10 +181,7 @@ class UndoRun {
     }
 
     /// Other faults are left to the move: an administrator may see what we cannot.
-    bool isMissing(const Path& item) const {
-        const auto info = ports_.files.info(item);
-        return !info && info.error().fault == FileFault::missing;
-    }
+    bool isMissing(const Path& item) const { return tidwen::isMissing(ports_.files, item); }
 
     /// An undo that was cut off between two devices may have set the item aside on its way to any of the
     /// names that were taken then. True when it arrived now.

@@ -1,6 +1,9 @@
 #include "removal/removal_executor.h"
 
+#include "operations/screened_move.h"
+#include "platform/file_absence.h"
 #include "quarantine/interrupted_move.h"
+#include "quarantine/quarantine_layout.h"
 #include "quarantine/run_documents.h"
 
 #include <algorithm>
@@ -113,6 +116,26 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
     return report;
 }
 
+/// Somebody moved or deleted it, and the journal that lies in it tells where it is now. A manifest would only
+/// make a second folder of the name.
+bool RemovalExecutor::hasLostItsFolder(const RemovalJournal& journal) const {
+    return isMissing(ports_.files, journal.quarantineRoot / journalFileName);
+}
+
+/// What was moved and lies nowhere now cannot be put back, whatever was true a moment ago.
+void RemovalExecutor::failWhatVanished(const RemovalJournal& journal, RemovalReport& report) const {
+    const bool isFolderGone = hasLostItsFolder(journal);
+    std::map<int, const operation::Move*> moves;
+    for (const auto& each : report.operations)
+        if (const auto* move = std::get_if<operation::Move>(&each.kind)) moves.emplace(each.id, move);
+    for (auto& result : report.results) {
+        const auto move = result.succeeded ? moves.find(result.operationID) : moves.end();
+        if (move == moves.end() || !isMissing(ports_.files, move->second->destination)) continue;
+        result = OperationResult::failure(result.operationID,
+                                          {isFolderGone ? quarantineGoneKey : "failure.notInQuarantine"});
+    }
+}
+
 /// Why the run's journal stays in place of a manifest; recovery looks at it again.
 std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal, RemovalReport& report) const {
     const auto& root = journal.quarantineRoot;
@@ -125,18 +148,24 @@ std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal, 
     if (!unsettled.empty()) return Message{"failure.moveUnfinished"};
 
     const ObservedResults observed(report.operations, ports_.files);
+    const auto done = observed.of(report.results);
+    failWhatVanished(journal, report);
+    if (hasLostItsFolder(journal)) {
+        ports_.log.error("The quarantine folder {} went away during the run, and its journal with it",
+                         root.string());
+        return Message{"failure.quarantineGone %@", {root.string()}};
+    }
     if (std::ranges::any_of(report.results,
                             [&](const auto& each) { return observed.mayStillHappen(each); })) {
         ports_.log.error("The journal stays in {}, the administrator's commands may still run",
                          root.string());
         return Message{"failure.mayStillRun"};
     }
-    const auto written =
-        finishRun({.createdAt = journal.createdAt,
-                   .quarantineRoot = root,
-                   .apps = journal.apps,
-                   .entries = manifestEntries(report.operations, observed.of(report.results))},
-                  ports_.files);
+    const auto written = finishRun({.createdAt = journal.createdAt,
+                                    .quarantineRoot = root,
+                                    .apps = journal.apps,
+                                    .entries = manifestEntries(report.operations, done)},
+                                   ports_.files);
     if (written) return std::nullopt;
     ports_.log.error("Could not write manifest {}: {}", report.manifestURL.string(),
                      failureKey(written.error().fault));

@@ -31,6 +31,8 @@ class RemovalExecutor {
                                       RemovalMode mode, Timestamp date);
 
   private:
+    bool hasLostItsFolder(const RemovalJournal& journal) const;
+    void failWhatVanished(const RemovalJournal& journal, RemovalReport& report) const;
     std::optional<Message> conclude(const RemovalJournal& journal, RemovalReport& report) const;
 
     Ports ports_;

@@ -1,3 +1,4 @@
+#include "operations/screened_move.h"
 #include "quarantine/recovery.h"
 #include "quarantine/undo_service.h"
 #include "removal/removal_executor.h"
@@ -29,6 +30,11 @@ class Executor : public testing::Test {
             .execute(plan, {root, false}, {{"Notes", "n"}}, RemovalMode::uninstall, Timestamp{});
     }
 
+    std::optional<Message> done(const RemovalOperation& each) {
+        return screenedMove(std::get<operation::Move>(each.kind), volume.files(),
+                            PathPolicy(alice(), volume.files()), log);
+    }
+
     bool hasJournal() { return volume.exists((root / journalFileName).string()); }
 
     std::vector<int> manifestIDs() {
@@ -48,7 +54,7 @@ TEST_F(Executor, WritesTheJournalFirstAndTheManifestLast) {
         EXPECT_EQ(readJournal(root, volume.files()).value().planned.size(), 3u);
         ran.push_back(each.id);
         if (each.id == 3) return Message{"failure.adminCancelled"};
-        return std::nullopt;
+        return done(each);
     };
     const auto report = execute(plan);
     ASSERT_TRUE(report);
@@ -79,6 +85,30 @@ TEST_F(Executor, WithoutAManifestTheJournalStays) {
     EXPECT_TRUE(report->manifestFailure);
     EXPECT_TRUE(hasJournal());
     EXPECT_THAT(administrator.batches, IsEmpty()) << "no password without need";
+}
+
+TEST_F(Executor, AFolderThatGoesAwayInTheMiddleIsNotMadeAnew) {
+    const Path folders[] = {root, alice().trash(), alice().home};
+    for (const auto& folder : folders) {
+        volume.makeFolder(root.string());
+        user.answer = [&](const RemovalOperation& each) {
+            if (each.id == 2) std::filesystem::rename(volume.host(folder.string()), volume.host("/aside"));
+            return done(each);
+        };
+        const auto report = execute({move(1, "a", false), move(2, "b", false)});
+        ASSERT_TRUE(report);
+        EXPECT_FALSE(volume.exists(folder.string()));
+        EXPECT_EQ(volume.read("/Library/Caches/b"), "b");
+        EXPECT_EQ(report->manifestFailure, (Message{"failure.quarantineGone %@", {root.string()}}));
+        const auto reasons = eachOf(report->failures(), &RemovalReport::Failure::reason);
+        EXPECT_THAT(reasons, testing::Each(Message{quarantineGoneKey}));
+        EXPECT_EQ(reasons.size(), 2u) << "what went away with it is not done either";
+
+        std::filesystem::rename(volume.host("/aside"), volume.host(folder.string()));
+        recoverInterruptedRemovals(alice(), volume.files(), SystemClock(), log);
+        EXPECT_THAT(manifestIDs(), ElementsAre(1));
+        std::filesystem::remove_all(volume.host(root.string()));
+    }
 }
 
 TEST_F(Executor, AMoveThatNeitherEndedNorWasTakenBackIsLeftToRecovery) {
