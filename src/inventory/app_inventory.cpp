@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace tidwen {
 namespace {
@@ -48,6 +49,19 @@ class InOrder {
     const AppInventory::OnApp& deliver_;
 };
 
+bool holdsBundles(const FileSystem& files, const Path& folder) {
+    const auto entries = files.list(folder);
+    return entries && std::any_of(entries->begin(), entries->end(), [](const DirectoryEntry& entry) {
+               return Path("/" + entry.name).lowercasedExtension() == "app";
+           });
+}
+
+void sortForDisplay(std::vector<InstalledApp>& apps, const std::string& locale) {
+    std::stable_sort(apps.begin(), apps.end(), [&](const auto& a, const auto& b) {
+        return compareForDisplay(a.name, b.name, locale) < 0;
+    });
+}
+
 } // namespace
 
 /// Label and program of every job outside the bundles.
@@ -61,8 +75,8 @@ std::vector<std::pair<std::string, std::string>> AppInventory::launchJobs(const 
     return jobs;
 }
 
-InstalledApp AppInventory::complete(const FileSystem& files, InstalledApp app,
-                                    const std::vector<std::pair<std::string, std::string>>& jobs) const {
+void AppInventory::complete(const FileSystem& files, InstalledApp& app,
+                            const std::vector<std::pair<std::string, std::string>>& jobs) const {
     const auto bundleID = lowercased(app.bundleID);
     const auto belongs = [&](const auto& job) {
         const auto& [label, program] = job;
@@ -70,37 +84,50 @@ InstalledApp AppInventory::complete(const FileSystem& files, InstalledApp app,
                || (!program.empty() && Path(program).isWithin(app.url));
     };
     const auto library = app.url / "Contents/Library";
-    app.hasResidentHelper =
-        std::any_of(jobs.begin(), jobs.end(), belongs)
-        || !listLaunchItems(files, library / "LaunchAgents", false).empty()
-        || !listLaunchItems(files, library / "LaunchDaemons", true).empty()
-        || !files.list(library / "LoginItems").value_or(std::vector<DirectoryEntry>()).empty();
+    app.hasResidentHelper = std::any_of(jobs.begin(), jobs.end(), belongs)
+                            || !listLaunchItems(files, library / "LaunchAgents", false).empty()
+                            || !listLaunchItems(files, library / "LaunchDaemons", true).empty()
+                            || holdsBundles(files, library / "LoginItems");
     app.usage = probeUsage(files, ports_.running, user_, app);
-    return app;
 }
 
-std::vector<InstalledApp> AppInventory::build(const StopToken& stop, const OnApp& onApp) {
+/// What was found out before the program started, once.
+void AppInventory::recall() {
+    if (std::exchange(isRecalled_, true) || !memory_) return;
+    auto apps = memory_->read();
+    const std::lock_guard lock(mutex_);
+    known_ = std::move(apps);
+}
+
+void AppInventory::fillInKnown(InstalledApp& app) {
+    const auto changed = changeDate(app.url);
+    const std::lock_guard lock(mutex_);
+    const auto known = known_.find(app.url);
+    if (known == known_.end() || known->second.changed != changed) return;
+    app.sizeBytes = known->second.bytes;
+    if (known->second.usage)
+        app.usage = AppUsage{.evidence = *known->second.usage, .useCount = std::nullopt, .isRunning = false};
+}
+
+std::vector<InstalledApp> AppInventory::build(const StopToken& stop, const OnApp& onApp,
+                                              const std::string& locale) {
     const BudgetedFiles files(ports_.files);
     const BudgetedSignatures signatures(ports_.signatures, files.budget());
+    recall();
     const auto bundles = findApplicationBundles(ports_.files, user_, &unreadable_);
-    const auto jobs = launchJobs(files, stop);
     InOrder results(bundles.size(), onApp);
     parallelFor(bundles.size(), [&](std::size_t index) {
-        if (stop.stopRequested()) return results.put(index, std::nullopt);
-        auto app = makeInstalledApp(files, signatures, bundles[index]);
-        results.put(index, app ? std::optional(complete(files, std::move(*app), jobs)) : std::nullopt);
+        auto app = stop.stopRequested() ? std::nullopt : makeInstalledApp(files, signatures, bundles[index]);
+        if (app) fillInKnown(*app);
+        results.put(index, std::move(app));
     });
     auto apps = results.take();
+    const auto jobs = launchJobs(files, stop);
+    parallelFor(apps.size(), [&](std::size_t index) {
+        if (!stop.stopRequested()) complete(files, apps[index], jobs);
+    });
     leftOut_ = files.budget().leftOut();
-    {
-        const std::lock_guard lock(mutex_);
-        for (auto& app : apps)
-            if (const auto known = sizes_.find(app.url);
-                known != sizes_.end() && known->second.changed == changeDate(app.url))
-                app.sizeBytes = known->second.bytes;
-    }
-    std::stable_sort(apps.begin(), apps.end(),
-                     [](const auto& a, const auto& b) { return compareForDisplay(a.name, b.name) < 0; });
+    sortForDisplay(apps, locale);
     return apps;
 }
 
@@ -114,17 +141,51 @@ std::int64_t AppInventory::changeDate(const Path& bundle) const {
 }
 
 void AppInventory::measure(std::vector<InstalledApp>& apps, const StopToken& stop, const OnSize& onSize) {
+    std::vector<std::int64_t> dates(apps.size());
     parallelFor(apps.size(), [&](std::size_t index) {
         auto& app = apps[index];
-        if (app.sizeBytes || stop.stopRequested()) return;
-        const auto changed = changeDate(app.url);
+        if (stop.stopRequested()) return;
+        dates[index] = dateOfSize(app);
+        if (app.sizeBytes) return;
         const auto size = ports_.files.treeSize(app.url, bundleEntryLimit, stop);
         if (!size || stop.stopRequested()) return;
         app.sizeBytes = static_cast<std::int64_t>(size->allocatedBytes);
         const std::lock_guard lock(mutex_);
-        sizes_[app.url] = {changed, *app.sizeBytes};
         if (onSize) onSize(app.url, *app.sizeBytes);
     });
+    if (!stop.stopRequested()) keepKnown(apps, dates);
+}
+
+/// When what is known, or is measured next, was true: a bundle that changes meanwhile is measured again.
+std::int64_t AppInventory::dateOfSize(const InstalledApp& app) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (const auto known = known_.find(app.url); app.sizeBytes && known != known_.end())
+            return known->second.changed;
+    }
+    return changeDate(app.url);
+}
+
+/// Of the applications that are there now: what else is known is of some that are gone.
+void AppInventory::keepKnown(const std::vector<InstalledApp>& apps, const std::vector<std::int64_t>& dates) {
+    KnownApps found;
+    for (std::size_t i = 0; i < apps.size(); ++i)
+        found.emplace(apps[i].url,
+                      KnownApp{dates[i], apps[i].sizeBytes,
+                               apps[i].usage ? std::optional(apps[i].usage->evidence) : std::nullopt});
+    {
+        const std::lock_guard lock(mutex_);
+        if (found == known_) return;
+        known_ = found;
+    }
+    if (memory_) (void)memory_->store(found); // else it is found out again at the next start
+}
+
+std::set<std::string> AppInventory::running(const std::vector<InstalledApp>& apps) const {
+    std::set<std::string> found;
+    for (const auto& app : apps)
+        if (ports_.running.isRunning(app.bundleID)) found.insert(app.bundleID);
+    return found;
 }
 
 } // namespace tidwen

@@ -86,9 +86,10 @@ class HomeFilter {
 };
 
 void sortApps(std::vector<const InstalledApp*>& apps, HomeSort sort, const std::string& language) {
-    const auto byName = [&](const InstalledApp* a, const InstalledApp* b) {
-        return compareForDisplay(a->name, b->name, language) < 0;
-    };
+    std::map<const InstalledApp*, std::string> names;
+    for (const auto* app : apps)
+        names.emplace(app, displayOrderKey(app->name, language));
+    const auto byName = [&](const auto* a, const auto* b) { return names.at(a) < names.at(b); };
     std::stable_sort(apps.begin(), apps.end(), byName);
     if (sort == HomeSort::size)
         std::stable_sort(apps.begin(), apps.end(), [](const auto* a, const auto* b) {
@@ -106,30 +107,21 @@ HomeSort effectiveSort(HomeSort sort, HomeGrouping grouping, const std::string& 
     return isUnused ? HomeSort::size : HomeSort::name;
 }
 
-/// The headings that an application stands under, each with what orders it among the others.
-std::vector<HomeGroup> headings(const InstalledApp& app, const HomeGridOptions& options, const AppTags& tags,
-                                const Texts& texts, Timestamp now) {
+/// The groups that an application stands in.
+std::vector<std::string> groupIDs(const InstalledApp& app, const HomeGridOptions& options,
+                                  const AppTags& tags, Timestamp now) {
     switch (options.grouping) {
     case HomeGrouping::none:
-        return {{"all", "", {}, 0}};
-    case HomeGrouping::lastUsed: {
-        const std::string id(bandName(usageBand(app, options.threshold, now)));
-        return {{id, texts.text("home.band." + id), {}, 0}};
-    }
+        return {"all"};
+    case HomeGrouping::lastUsed:
+        return {std::string(bandName(usageBand(app, options.threshold, now)))};
     case HomeGrouping::category: {
-        const std::string id(shortCategory(app.category));
-        return {{id == otherCategory ? id : std::string(categoryPrefix) + id,
-                 categoryTitle(app.category, texts),
-                 {},
-                 0}};
+        const auto category = shortCategory(app.category);
+        return {std::string(category == otherCategory ? "" : categoryPrefix) + std::string(category)};
     }
-    case HomeGrouping::tag: {
-        std::vector<HomeGroup> result;
-        for (const auto& tag : tags.tags(app.bundleID))
-            result.push_back({tag, tag, {}, 0});
-        if (result.empty()) result.push_back({"", texts.text("home.group.untagged"), {}, 0});
-        return result;
-    }
+    case HomeGrouping::tag:
+        if (auto own = tags.tags(app.bundleID); !own.empty()) return own;
+        return {""};
     }
     return {};
 }
@@ -159,6 +151,20 @@ UsageBand usageBand(const InstalledApp& app, UnusedThreshold threshold, Timestam
     return age <= std::chrono::hours(24) * days(threshold) ? UsageBand::earlier : UsageBand::unused;
 }
 
+std::string homeGroupTitle(HomeGrouping grouping, const std::string& groupID, const Texts& texts) {
+    switch (grouping) {
+    case HomeGrouping::none:
+        return {};
+    case HomeGrouping::lastUsed:
+        return texts.text("home.band." + groupID);
+    case HomeGrouping::category:
+        return categoryTitle(groupID, texts);
+    case HomeGrouping::tag:
+        return groupID.empty() ? texts.text("home.group.untagged") : groupID;
+    }
+    return {};
+}
+
 std::string categoryTitle(const std::optional<std::string>& category, const Texts& texts) {
     return texts.text("home.category." + std::string(shortCategory(category)));
 }
@@ -170,14 +176,16 @@ std::vector<HomeGroup> arrangeHomeGrid(const std::vector<InstalledApp>& apps, co
     std::map<std::string, HomeGroup> byID;
     for (const auto& app : apps) {
         if (!filter.passes(app)) continue;
-        for (auto& heading : headings(app, options, tags, texts, now)) {
-            auto& group = byID.try_emplace(heading.id, heading).first->second;
+        for (const auto& id : groupIDs(app, options, tags, now)) {
+            auto& group = byID[id];
             group.apps.push_back(&app);
             group.bytes += app.sizeBytes.value_or(0);
         }
     }
     std::vector<HomeGroup> groups;
     for (auto& [id, group] : byID) {
+        group.id = id;
+        group.title = homeGroupTitle(options.grouping, id, texts);
         sortApps(group.apps, effectiveSort(options.sort, options.grouping, id), texts.language());
         groups.push_back(std::move(group));
     }

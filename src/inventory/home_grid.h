@@ -49,6 +49,9 @@ std::vector<HomeGroup> arrangeHomeGrid(const std::vector<InstalledApp>& apps, co
                                        const AppTags& tags, const ProtectedApps& protectedApps,
                                        const Texts& texts, Timestamp now);
 
+/// The words of the group with this id.
+std::string homeGroupTitle(HomeGrouping grouping, const std::string& groupID, const Texts& texts);
+
 /// What people call a raw "LSApplicationCategoryType"; an unknown one is "other".
 std::string categoryTitle(const std::optional<std::string>& category, const Texts& texts);
 

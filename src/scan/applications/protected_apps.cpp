@@ -39,21 +39,31 @@ std::vector<std::string> ProtectedApps::inAnyCase(const std::string& bundleID) c
 
 bool ProtectedApps::toggle(const std::string& bundleID) {
     const bool adds = !contains(bundleID);
-    std::set<std::string> changed;
+    std::set<std::string> edited;
     bool isKnown = true;
     const bool isStored =
         defaults_.update(defaultsKey, [&](const auto& stored) -> std::optional<PropertyListValue> {
             isKnown = isReadable(stored);
             if (!isKnown) return stored;
-            changed = read(stored); // another process may have added to it since
+            edited = read(stored); // another process may have added to it since
             if (adds)
-                changed.insert(bundleID);
+                edited.insert(bundleID);
             else
-                changed.erase(bundleID);
-            return PropertyListArray(changed.begin(), changed.end());
+                edited.erase(bundleID);
+            return PropertyListArray(edited.begin(), edited.end());
         });
-    if (isStored && isKnown) bundleIDs_ = std::move(changed);
+    if (isStored && isKnown) show(std::move(edited));
     return isStored && isKnown;
+}
+
+void ProtectedApps::reload() {
+    if (!problem()) show(read(defaults_.value(defaultsKey)));
+}
+
+void ProtectedApps::show(std::set<std::string> bundleIDs) {
+    if (bundleIDs == bundleIDs_) return;
+    bundleIDs_ = std::move(bundleIDs);
+    changed.emit();
 }
 
 ProtectedApps::Partition ProtectedApps::partition(std::vector<AppTarget> targets) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/observable.h"
 #include "platform/defaults.h"
 #include "scan/applications/app_target.h"
 
@@ -27,6 +28,12 @@ class ProtectedApps {
     /// Adds or removes, and stores the list sorted, with what other processes did to it since. False when it
     /// could not be stored (nothing changes).
     bool toggle(const std::string& bundleID);
+    /// Reads the list again, after another process changed it. One that cannot be read leaves this one as it
+    /// was.
+    void reload();
+
+    /// Told when the list became another one.
+    Signal<> changed;
 
     struct Partition {
         std::vector<AppTarget> allowed;
@@ -36,6 +43,8 @@ class ProtectedApps {
     Partition partition(std::vector<AppTarget> targets) const;
 
   private:
+    void show(std::set<std::string> bundleIDs);
+
     Defaults& defaults_;
     std::set<std::string> bundleIDs_;
 };

@@ -1,0 +1,61 @@
+#include "base/list_change.h"
+
+#include <algorithm>
+
+namespace tidwen {
+
+namespace {
+
+/// Which old rows stay: the longest run of them that stands in the same order in both lists.
+std::vector<bool> stayingRows(const std::vector<std::optional<std::size_t>>& newPlaces) {
+    std::vector<std::size_t> tails; // old rows: the last of each length
+    std::vector<std::size_t> previous(newPlaces.size(), newPlaces.size()); // in the run that a row ends
+    for (std::size_t row = 0; row < newPlaces.size(); ++row) {
+        if (!newPlaces[row]) continue;
+        const auto at =
+            std::lower_bound(tails.begin(), tails.end(), *newPlaces[row],
+                             [&](std::size_t tail, std::size_t place) { return *newPlaces[tail] < place; });
+        if (at != tails.begin()) previous[row] = *std::prev(at);
+        if (at == tails.end())
+            tails.push_back(row);
+        else
+            *at = row;
+    }
+    std::vector<bool> stays(newPlaces.size(), false);
+    for (auto row = tails.empty() ? newPlaces.size() : tails.back(); row < newPlaces.size();
+         row = previous[row])
+        stays[row] = true;
+    return stays;
+}
+
+/// Runs of rows for which `isPart` is false, from the first to the last.
+std::vector<RowChange> gaps(const std::vector<bool>& isPart, RowChange::Kind kind) {
+    std::vector<RowChange> found;
+    for (std::size_t row = 0; row < isPart.size(); ++row) {
+        if (isPart[row]) continue;
+        if (row > 0 && !isPart[row - 1])
+            ++found.back().count;
+        else
+            found.push_back({kind, row, 1});
+    }
+    return found;
+}
+
+} // namespace
+
+std::vector<RowChange> rowChanges(const std::vector<std::optional<std::size_t>>& newPlaces,
+                                  std::size_t newCount) {
+    const auto stays = stayingRows(newPlaces);
+    std::vector<bool> isOld(newCount, false);
+    for (std::size_t row = 0; row < stays.size(); ++row)
+        if (stays[row]) isOld[*newPlaces[row]] = true;
+
+    auto changes = gaps(stays, RowChange::Kind::removed);
+    std::reverse(changes.begin(), changes.end()); // from the end, so that the places of the others hold
+    const auto insertions = gaps(isOld, RowChange::Kind::inserted);
+    changes.insert(changes.end(), insertions.begin(), insertions.end());
+    if (changes.size() > mostRowChanges) return {RowChange{}};
+    return changes;
+}
+
+} // namespace tidwen

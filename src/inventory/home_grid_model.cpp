@@ -1,0 +1,203 @@
+#include "inventory/home_grid_model.h"
+
+#include "base/background_step.h"
+#include "base/batched_delivery.h"
+
+#include <map>
+
+namespace tidwen {
+
+namespace {
+
+/// What one look at the disk gives.
+struct Listed {
+    std::vector<InstalledApp> apps;
+    std::vector<Path> unreadable;
+    std::uint64_t leftOut = 0;
+};
+
+HomeRow heading(const HomeGroup& group) {
+    return {.groupID = group.id, .app = std::nullopt, .count = group.apps.size(), .bytes = group.bytes};
+}
+
+} // namespace
+
+HomeGridModel::HomeGridModel(Ports ports) : ports_(ports) {
+    follow();
+}
+
+HomeGridModel::~HomeGridModel() {
+    stop_.requestStop();
+}
+
+void HomeGridModel::follow() {
+    auto& preferences = ports_.preferences;
+    const auto read = [this] {
+        options_.grouping = homeGrouping(ports_.preferences.homeGrouping.get());
+        options_.sort = homeSort(ports_.preferences.homeSort.get());
+        options_.threshold = unusedThreshold(ports_.preferences.unusedThreshold.get());
+    };
+    read();
+    const auto readAndArrange = [this, read](const std::string&) {
+        read();
+        arrange();
+    };
+    for (auto* preference : {&preferences.homeGrouping, &preferences.homeSort, &preferences.unusedThreshold})
+        following_.push_back(preference->observe(readAndArrange));
+    following_.push_back(ports_.tags.changed.connect([this] { arrange(); }));
+    following_.push_back(ports_.protectedApps.changed.connect([this] { arrange(); }));
+}
+
+void HomeGridModel::setOptions(HomeGridOptions options) {
+    options_ = std::move(options);
+    arrange();
+}
+
+void HomeGridModel::load(std::function<void()> done) {
+    if (done) done_.push_back(std::move(done));
+    if (!isBusy_) return list();
+    isAskedAgain_ = true;
+    run_ = nullptr;
+    stop_.requestStop();
+}
+
+void HomeGridModel::cancel() {
+    isAskedAgain_ = false;
+    stop_.requestStop();
+}
+
+void HomeGridModel::list() {
+    isBusy_ = true;
+    isAskedAgain_ = false;
+    stop_ = StopSource();
+    run_ = std::make_shared<bool>(true);
+    phase.set(Phase::listing);
+    const auto stream = std::make_shared<BatchedDelivery<InstalledApp>>(
+        ports_.main, [this, run = std::weak_ptr(run_)](std::vector<InstalledApp> found) {
+            if (!run.expired()) takeStreamed(std::move(found));
+        });
+    inBackground(
+        *this, alive_, ports_.background, ports_.main,
+        [&inventory = ports_.inventory, stop = stop_.token(), stream, locale = ports_.texts.language()] {
+            Listed listed;
+            listed.apps = inventory.build(
+                stop, [&](const InstalledApp& app) { stream->add(app); }, locale);
+            listed.unreadable = inventory.unreadable();
+            listed.leftOut = inventory.leftOut();
+            return listed;
+        },
+        [](HomeGridModel& self, Listed listed) {
+            if (self.stop_.token().stopRequested()) return self.end(Phase::idle);
+            self.inventory.set({.unreadable = std::move(listed.unreadable), .leftOut = listed.leftOut});
+            self.apps_ = std::move(listed.apps);
+            self.countInventory();
+            self.arrange();
+            self.measure();
+        });
+}
+
+/// Only what was not shown before: of the others more is known than what is streamed.
+void HomeGridModel::takeStreamed(std::vector<InstalledApp> found) {
+    std::set<Path> shown;
+    for (const auto& app : apps_)
+        shown.insert(app.url);
+    for (auto& app : found)
+        if (!shown.contains(app.url)) apps_.push_back(std::move(app));
+    countInventory();
+    arrange();
+}
+
+void HomeGridModel::measure() {
+    phase.set(Phase::measuring);
+    const auto stream = std::make_shared<BatchedDelivery<Size>>(
+        ports_.main, [this, run = std::weak_ptr(run_)](const std::vector<Size>& sizes) {
+            if (!run.expired()) takeSizes(sizes);
+        });
+    inBackground(
+        *this, alive_, ports_.background, ports_.main,
+        [&inventory = ports_.inventory, stop = stop_.token(), stream, apps = apps_]() mutable {
+            inventory.measure(apps, stop, [&](const Path& url, std::int64_t bytes) {
+                stream->add({url, bytes});
+            });
+            return true;
+        },
+        [](HomeGridModel& self, bool) { self.end(Phase::ready); });
+}
+
+void HomeGridModel::end(Phase reached) {
+    isBusy_ = false;
+    if (isAskedAgain_) return list();
+    phase.set(reached);
+    for (const auto& done : std::exchange(done_, {}))
+        done();
+}
+
+void HomeGridModel::takeSizes(const std::vector<Size>& sizes) {
+    std::map<Path, std::int64_t> byPath;
+    for (const auto& size : sizes)
+        byPath.emplace(size.url, size.bytes);
+    for (auto& app : apps_)
+        if (const auto size = byPath.find(app.url); size != byPath.end()) app.sizeBytes = size->second;
+    countInventory();
+    updateShown();
+}
+
+void HomeGridModel::refreshRunning(std::function<void()> done) {
+    inBackground(
+        *this, alive_, ports_.background, ports_.main,
+        [&inventory = ports_.inventory, apps = apps_] { return inventory.running(apps); },
+        [done = std::move(done)](HomeGridModel& self, const std::set<std::string>& running) {
+            for (auto& app : self.apps_)
+                if (app.usage) app.usage->isRunning = running.contains(app.bundleID);
+            self.updateShown();
+            if (done) done();
+        });
+}
+
+void HomeGridModel::arrange() {
+    const auto groups =
+        arrangeHomeGrid(apps_, options_, ports_.tags, ports_.protectedApps, ports_.texts, ports_.clock.now());
+    std::vector<HomeRow> arranged;
+    for (const auto& group : groups) {
+        arranged.push_back(heading(group));
+        for (const auto* app : group.apps)
+            arranged.push_back({.groupID = group.id,
+                                .app = *app,
+                                .isProtected = ports_.protectedApps.contains(app->bundleID),
+                                .tags = ports_.tags.tags(app->bundleID)});
+    }
+    rows.assign(std::move(arranged));
+}
+
+/// Shows what is known by now of each application, where it stands.
+void HomeGridModel::updateShown() {
+    std::map<Path, const InstalledApp*> byPath;
+    for (const auto& app : apps_)
+        byPath.emplace(app.url, &app);
+    std::map<std::string, std::int64_t> bytes;
+    for (std::size_t i = 0; i < rows.rows().size(); ++i) {
+        auto row = rows.rows()[i];
+        const auto app = row.app ? byPath.find(row.app->url) : byPath.end();
+        if (app == byPath.end()) continue;
+        row.app = *app->second;
+        bytes[row.groupID] += row.app->sizeBytes.value_or(0);
+        rows.update(i, std::move(row));
+    }
+    for (std::size_t i = 0; i < rows.rows().size(); ++i) {
+        auto row = rows.rows()[i];
+        if (row.app) continue;
+        row.bytes = bytes[row.groupID];
+        rows.update(i, std::move(row));
+    }
+}
+
+void HomeGridModel::countInventory() {
+    auto counted = inventory.get();
+    counted.count = apps_.size();
+    counted.bytes = 0;
+    for (const auto& app : apps_)
+        counted.bytes += app.sizeBytes.value_or(0);
+    inventory.set(std::move(counted));
+}
+
+} // namespace tidwen
