@@ -10,6 +10,7 @@ inline constexpr const char* tccutil = "/usr/bin/tccutil";
 inline constexpr const char* security = "/usr/bin/security";
 inline constexpr const char* pkgutil = "/usr/sbin/pkgutil";
 inline constexpr const char* systemextensionsctl = "/usr/bin/systemextensionsctl";
+inline constexpr const char* open = "/usr/bin/open";
 inline constexpr const char* killall = "/usr/bin/killall";
 inline constexpr const char* lsregister = "/System/Library/Frameworks/CoreServices.framework/Frameworks/"
                                           "LaunchServices.framework/Support/lsregister";

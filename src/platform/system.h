@@ -8,10 +8,12 @@
 #include "platform/defaults.h"
 #include "platform/file_system.h"
 #include "platform/keychain.h"
+#include "platform/known_applications.h"
 #include "platform/launchd.h"
 #include "platform/receipts.h"
 #include "platform/system_extensions.h"
 #include "platform/user_environment.h"
+#include "platform/workspace.h"
 
 namespace tidwen {
 
@@ -24,7 +26,9 @@ struct System {
     Keychain& keychain;
     SystemExtensions& systemExtensions;
     RunningApplications& runningApplications;
+    KnownApplications& knownApplications;
     Launchd& launchd;
+    Workspace& workspace;
     Defaults& defaults;
     const Texts& texts;
     Clock& clock;

@@ -15,10 +15,12 @@ namespace tidwen {
 namespace {
 
 /// What a tool is told of its surroundings. TMPDIR is the user's own folder; __CF_USER_TEXT_ENCODING spares
-/// macOS tools a look into the home folder.
+/// macOS tools a look into the home folder; the session bus is where a Linux desktop is asked to show
+/// something.
 std::vector<std::string> toolEnvironment() {
     std::vector<std::string> variables = {"PATH=/usr/bin:/bin:/usr/sbin:/sbin"};
-    for (const char* kept : {"HOME", "USER", "LOGNAME", "TMPDIR", "__CF_USER_TEXT_ENCODING"})
+    for (const char* kept :
+         {"HOME", "USER", "LOGNAME", "TMPDIR", "__CF_USER_TEXT_ENCODING", "DBUS_SESSION_BUS_ADDRESS"})
         if (const char* value = std::getenv(kept)) // NOLINT(concurrency-mt-unsafe): nobody sets it
             variables.push_back(std::string(kept) + "=" + value);
     return variables;

@@ -3,6 +3,7 @@
 #include "operations/tool_launchd.h"
 #include "operations/tool_receipts.h"
 #include "operations/tool_system_extensions.h"
+#include "operations/tool_workspace.h"
 #include "operations/user_scope_runner.h"
 #include "platform/file_code_signatures.h"
 #include "posix/rooted_file_system.h"
@@ -18,6 +19,7 @@ struct RunningMac::Parts {
           receipts(host.processes()),
           systemExtensions(host.processes()),
           launchd(host.processes(), ports.user.userID),
+          workspace(*files, host.processes()),
           administrator(AdminScriptRunner::throughOsascript(host.processes(), ports.promptTimeout)),
           userRunner({*files, host.processes(), ports.keychain, ports.applications, log}, ports.user),
           privilegedRunner(administrator, *files, ports.user, log),
@@ -29,7 +31,9 @@ struct RunningMac::Parts {
                          .keychain = ports.keychain,
                          .systemExtensions = systemExtensions,
                          .runningApplications = ports.applications,
+                         .knownApplications = ports.knownApplications,
                          .launchd = launchd,
+                         .workspace = workspace,
                          .defaults = host.defaults(),
                          .texts = texts,
                          .clock = clock,
@@ -49,6 +53,7 @@ struct RunningMac::Parts {
     ToolReceipts receipts;
     ToolSystemExtensions systemExtensions;
     ToolLaunchd launchd;
+    ToolWorkspace workspace;
     SystemClock clock;
     AdminScriptRunner::Execute administrator;
     UserScopeRunner userRunner;

@@ -20,6 +20,7 @@ class RunningMac {
         UserEnvironment user; ///< the logged-in user, with his real id
         Keychain& keychain;
         RunningApplications& applications;
+        KnownApplications& knownApplications;
         /// How long a prompt for the administrator's password may take.
         std::chrono::milliseconds promptTimeout = std::chrono::seconds(600);
     };

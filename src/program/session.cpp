@@ -63,9 +63,9 @@ std::unique_ptr<ResidueScanner> Session::makeScanner() {
 OrphanScanResult Session::sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,
                                        const OrphanScanner::OnFound& onFound) const {
     const auto& system = mac_.system;
-    // Nothing but the bundles themselves tells of installed applications here.
-    OrphanScanner scanner({system.files, system.receipts, system.runningApplications, system.log},
-                          system.user, [](const std::string&) { return false; });
+    OrphanScanner scanner(
+        {system.files, system.receipts, system.runningApplications, system.log}, system.user,
+        [&known = system.knownApplications](const std::string& bundleID) { return known.isKnown(bundleID); });
     InstalledBundles installed(system.files, system.signatures, system.user);
     return scanner.scan(installed, protectedIDs, stop, onFound);
 }

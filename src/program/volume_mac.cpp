@@ -1,5 +1,6 @@
 #include "program/volume_mac.h"
 
+#include "host/file_manager.h"
 #include "platform/file_code_signatures.h"
 #include "posix/rooted_file_system.h"
 #include "program/host_services.h"
@@ -7,6 +8,7 @@
 #include "volume/volume_runner.h"
 #include "volume/volume_sources.h"
 #include "volume/volume_user.h"
+#include "volume/volume_workspace.h"
 
 namespace tidwen {
 
@@ -19,6 +21,7 @@ struct VolumeMac::Parts {
           receipts(*files),
           systemExtensions(*files),
           launchd(*files, user),
+          workspace(*files, folder, [&host](const auto& item) { return revealHere(host.processes(), item); }),
           runner(*files, user, log),
           revoker(*files, user),
           folderEvents(hostFolderEvents(folder)),
@@ -28,7 +31,9 @@ struct VolumeMac::Parts {
                          .keychain = keychain,
                          .systemExtensions = systemExtensions,
                          .runningApplications = runningApplications,
+                         .knownApplications = knownApplications,
                          .launchd = launchd,
+                         .workspace = workspace,
                          .defaults = host.defaults(),
                          .texts = texts,
                          .clock = clock,
@@ -50,7 +55,9 @@ struct VolumeMac::Parts {
     VolumeKeychain keychain;
     VolumeSystemExtensions systemExtensions;
     VolumeRunningApplications runningApplications;
+    VolumeKnownApplications knownApplications;
     VolumeLaunchd launchd;
+    VolumeWorkspace workspace;
     SystemClock clock;
     VolumeRunner runner;
     VolumePermissionRevoker revoker;

@@ -4,6 +4,7 @@
 #include "platform/applications.h"
 #include "platform/file_system.h"
 #include "platform/keychain.h"
+#include "platform/known_applications.h"
 #include "platform/launchd.h"
 #include "platform/receipts.h"
 #include "platform/system_extensions.h"
@@ -59,6 +60,13 @@ class VolumeRunningApplications : public RunningApplications {
   public:
     bool isRunning(const std::string&) const override { return false; }
     bool quit(const std::string&, std::chrono::milliseconds) override { return true; }
+};
+
+/// The records of Launch Services are made anew by each Mac: here the bundles themselves are all there is,
+/// and whoever asks looks at those first.
+class VolumeKnownApplications : public KnownApplications {
+  public:
+    bool isKnown(const std::string&) const override { return false; }
 };
 
 } // namespace tidwen

@@ -23,7 +23,10 @@ class StartupSession {
           mac_(mac),
           protectedApps_(mac.system.defaults),
           bundles_(mac.system.files, mac.system.signatures, mac.system.user),
-          scanner_(mac.system.files, mac.system.user, bundles_, [](const std::string&) { return false; }),
+          scanner_(mac.system.files, mac.system.user, bundles_,
+                   [&known = mac.system.knownApplications](const std::string& bundleID) {
+                       return known.isKnown(bundleID);
+                   }),
           model_({mac.system.files, mac.system.launchd, scanner_, protectedApps_, mac.system.texts, main_,
                   background_, mac.system.log},
                  [&system = mac.system] {

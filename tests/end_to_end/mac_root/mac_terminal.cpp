@@ -28,11 +28,17 @@ class NothingRuns : public RunningApplications {
     bool quit(const std::string&, std::chrono::milliseconds) override { return true; }
 };
 
+class NothingIsKnown : public KnownApplications {
+  public:
+    bool isKnown(const std::string&) const override { return false; }
+};
+
 /// Lives as long as the program.
 struct Frameworks {
     explicit Frameworks(ProcessRunner& processes) : keychain(processes) {}
     SystemKeychain keychain;
     NothingRuns applications;
+    NothingIsKnown knownApplications;
 };
 
 std::chrono::milliseconds promptTimeout() {
@@ -50,6 +56,7 @@ int main(int count, char** words) {
             {.user = UserEnvironment{Path("/Users/alice"), getuid(), std::nullopt, std::nullopt},
              .keychain = frameworks->keychain,
              .applications = frameworks->applications,
+             .knownApplications = frameworks->knownApplications,
              .promptTimeout = promptTimeout()},
             host, texts, log);
     };

@@ -1,0 +1,23 @@
+#include "volume/volume_workspace.h"
+
+#include "scan/applications/bundle_icon.h"
+
+namespace tidwen {
+
+Workspace::Result VolumeWorkspace::reveal(const Path& item) {
+    // A link on the volume is a path of the volume; the machine would follow it to its own.
+    const auto place = files_.resolveParent(item);
+    const auto info = place ? files_.info(*place) : tl::unexpected(place.error());
+    if (!info) return tl::unexpected(Message{std::string(failureKey(info.error().fault))});
+    return revealHere_(folder_ / place->string().substr(1));
+}
+
+Workspace::Result VolumeWorkspace::openSettingsPane(SystemSettingsLauncher::Pane) {
+    return tl::unexpected(Message{"failure.settingsOfRunningMac"});
+}
+
+FileResult<std::string> VolumeWorkspace::iconOf(const Path& bundle) const {
+    return readBundleIcon(files_, bundle);
+}
+
+} // namespace tidwen
