@@ -37,12 +37,8 @@ std::optional<InstallerFile> describe(const FileSystem& files, const Path& url,
     if (!info) return std::nullopt; // gone since it was listed
     InstallerFile file{
         .url = url, .sizeBytes = std::nullopt, .addedAt = std::nullopt, .installedApp = std::nullopt};
-    if (info->kind == FileKind::directory) {
-        if (const auto size = files.treeSize(url, traceSizeEntryLimit))
-            file.sizeBytes = static_cast<std::int64_t>(size->allocatedBytes);
-    } else {
-        file.sizeBytes = static_cast<std::int64_t>(info->size);
-    }
+    file.isFolder = info->kind == FileKind::directory;
+    if (!file.isFolder) file.sizeBytes = static_cast<std::int64_t>(info->size);
     if (info->createdNanoseconds)
         file.addedAt = Timestamp(std::chrono::seconds(*info->createdNanoseconds / 1'000'000'000));
     file.installedApp = matchInstaller(url.lastComponent(), apps);
@@ -51,7 +47,29 @@ std::optional<InstallerFile> describe(const FileSystem& files, const Path& url,
 
 } // namespace
 
+std::optional<std::int64_t> measurePackage(const FileSystem& files, const Path& package,
+                                           const StopToken& stop) {
+    const auto size = files.treeSize(package, traceSizeEntryLimit, stop);
+    if (!size || stop.stopRequested()) return std::nullopt;
+    return static_cast<std::int64_t>(size->allocatedBytes);
+}
+
+void sortBySize(std::vector<InstallerFile>& files) {
+    std::stable_sort(files.begin(), files.end(), [](const auto& a, const auto& b) {
+        return a.sizeBytes.value_or(0) > b.sizeBytes.value_or(0);
+    });
+}
+
 InstallerScanResult scanInstallers(const FileSystem& files, const UserEnvironment& user,
+                                   const std::vector<InstalledApp>& apps) {
+    auto result = listInstallers(files, user, apps);
+    for (auto& file : result.files)
+        if (file.isFolder) file.sizeBytes = measurePackage(files, file.url);
+    sortBySize(result.files);
+    return result;
+}
+
+InstallerScanResult listInstallers(const FileSystem& files, const UserEnvironment& user,
                                    const std::vector<InstalledApp>& apps) {
     InstallerScanResult result;
     const auto folder = user.home / "Downloads";
@@ -68,9 +86,7 @@ InstallerScanResult scanInstallers(const FileSystem& files, const UserEnvironmen
         else if (auto file = describe(files, url, apps))
             result.files.push_back(std::move(*file));
     }
-    std::stable_sort(result.files.begin(), result.files.end(), [](const auto& a, const auto& b) {
-        return a.sizeBytes.value_or(0) > b.sizeBytes.value_or(0);
-    });
+    sortBySize(result.files);
     return result;
 }
 

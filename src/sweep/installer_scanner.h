@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/stop_token.h"
 #include "base/timestamp.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
@@ -19,6 +20,7 @@ struct InstallerFile {
     std::optional<std::int64_t> sizeBytes;
     std::optional<Timestamp> addedAt;         ///< when the item was created
     std::optional<InstalledApp> installedApp; ///< the application that it most likely installed
+    bool isFolder = false;                    ///< a package whose size is that of its contents
 
     friend bool operator==(const InstallerFile&, const InstallerFile&) = default;
 };
@@ -30,11 +32,22 @@ struct InstallerScanResult {
 
     /// There are no other installers in Downloads.
     bool isComplete() const { return !unreadable && skippedNames.empty(); }
+
+    friend bool operator==(const InstallerScanResult&, const InstallerScanResult&) = default;
 };
 
 /// Only reads. A missing Downloads folder is unreadable too: there is nothing to be said about its content.
 InstallerScanResult scanInstallers(const FileSystem& files, const UserEnvironment& user,
                                    const std::vector<InstalledApp>& apps);
+
+/// The same, but for the sizes of packages that are folders: `measurePackage` walks through those.
+InstallerScanResult listInstallers(const FileSystem& files, const UserEnvironment& user,
+                                   const std::vector<InstalledApp>& apps);
+/// Bytes on the disk of a package that is a folder, of its first `traceSizeEntryLimit` entries.
+std::optional<std::int64_t> measurePackage(const FileSystem& files, const Path& package,
+                                           const StopToken& stop = {});
+/// Largest first; what has no size counts as 0.
+void sortBySize(std::vector<InstallerFile>& files);
 
 /// The installed application that a file of this name belongs to: the one with the longest name that the
 /// file's name begins with; a name of three or four letters must be the whole leading word.
