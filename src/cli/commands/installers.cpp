@@ -1,3 +1,4 @@
+#include "base/executor.h"
 #include "cli/commands/confirmed_removal.h"
 #include "cli/console.h"
 #include "cli/incomplete_output.h"
@@ -5,7 +6,7 @@
 #include "cli/labels.h"
 #include "cli/table.h"
 #include "inventory/installed_applications.h"
-#include "sweep/installer_scanner.h"
+#include "sweep/installers_model.h"
 
 namespace tidwen {
 
@@ -45,13 +46,23 @@ std::vector<Trace> traces(const InstallerScanResult& result, bool isChosen) {
     return traces;
 }
 
+/// What the screen of a window shows, once everything is there.
+InstallerScanResult findInstallers(const System& system) {
+    MainQueue main;
+    WorkQueue background;
+    InstallersModel installers({system.files, system.user, system.texts, main, background}, [&system] {
+        return listInstalledApps(system.files, system.signatures,
+                                 findApplicationBundles(system.files, system.user));
+    });
+    installers.load();
+    main.runUntil([&] { return installers.hasLoaded.get(); });
+    return installers.result.get();
+}
+
 ExitStatus run(const CommandContext& context, Mac& mac) {
     const bool removes = context.arguments.has("--remove");
     if (const auto idle = idleOption(context.arguments); idle && !removes) return context.refuse(*idle);
-    const auto& system = mac.system;
-    const auto apps =
-        listInstalledApps(system.files, system.signatures, findApplicationBundles(system.files, system.user));
-    const auto result = scanInstallers(system.files, system.user, apps);
+    const auto result = findInstallers(mac.system);
     if (removes) {
         if (result.unreadable) return context.refuse({"installers.unreadable.title"});
         for (const auto& file : result.skippedNames)
