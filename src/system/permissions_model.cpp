@@ -1,6 +1,9 @@
 #include "system/permissions_model.h"
 
+#include "base/background_step.h"
+
 #include <fmt/core.h>
+#include <utility>
 
 namespace tidwen {
 namespace {
@@ -48,22 +51,27 @@ std::string_view name(FullDiskAccessProbe::Status status) {
     return "indeterminate";
 }
 
-PermissionsModel::PermissionsModel(const FileSystem& files, UserEnvironment user,
-                                   IsFinderExtensionEnabled isFinderExtensionEnabled, Log& log)
-    : files_(files),
-      user_(std::move(user)),
-      isFinderExtensionEnabled_(std::move(isFinderExtensionEnabled)),
-      log_(log) {}
+void PermissionsModel::refresh(std::function<void()> done) {
+    inBackground(
+        *this, alive_, ports_.background, ports_.main,
+        [&files = ports_.files, user = user_, isEnabled = isFinderExtensionEnabled_] {
+            return std::pair(FullDiskAccessProbe::status(files, user), isEnabled());
+        },
+        [done = std::move(done)](PermissionsModel& self, const auto& found) {
+            self.publish(found.first, found.second);
+            if (done) done();
+        });
+}
 
-void PermissionsModel::refresh() {
+void PermissionsModel::publish(FullDiskAccessProbe::Status status, bool isExtensionEnabled) {
     const auto oldStatus = fullDiskAccess.get();
-    if (fullDiskAccess.set(FullDiskAccessProbe::status(files_, user_)))
-        log_.write(LogLevel::debug,
-                   fmt::format("Full Disk Access: {} -> {}", name(oldStatus), name(fullDiskAccess.get())));
+    if (fullDiskAccess.set(status))
+        ports_.log.write(LogLevel::debug,
+                         fmt::format("Full Disk Access: {} -> {}", name(oldStatus), name(status)));
     const bool wasEnabled = finderExtension.get();
-    if (finderExtension.set(isFinderExtensionEnabled_()))
-        log_.write(LogLevel::debug,
-                   fmt::format("Finder extension: {} -> {}", wasEnabled, finderExtension.get()));
+    if (finderExtension.set(isExtensionEnabled))
+        ports_.log.write(LogLevel::debug,
+                         fmt::format("Finder extension: {} -> {}", wasEnabled, isExtensionEnabled));
 }
 
 } // namespace tidwen

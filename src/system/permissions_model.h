@@ -1,11 +1,13 @@
 #pragma once
 
+#include "base/executor.h"
 #include "base/log.h"
 #include "base/observable.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
 
 #include <functional>
+#include <memory>
 
 namespace tidwen {
 
@@ -17,25 +19,36 @@ struct FullDiskAccessProbe {
 };
 std::string_view name(FullDiskAccessProbe::Status status);
 
-/// This program's own standing with the system. Belongs to the main thread.
+/// This program's own standing with the system. Belongs to the main thread; files are opened in the
+/// background.
 class PermissionsModel {
   public:
-    using IsFinderExtensionEnabled = std::function<bool()>;
+    struct Ports {
+        const FileSystem& files;
+        Executor& main;
+        Executor& background;
+        Log& log;
+    };
+    using IsFinderExtensionEnabled = std::function<bool()>; ///< called in the background
 
-    PermissionsModel(const FileSystem& files, UserEnvironment user,
-                     IsFinderExtensionEnabled isFinderExtensionEnabled, Log& log);
+    PermissionsModel(Ports ports, UserEnvironment user, IsFinderExtensionEnabled isFinderExtensionEnabled)
+        : ports_(ports),
+          user_(std::move(user)),
+          isFinderExtensionEnabled_(std::move(isFinderExtensionEnabled)) {}
 
     Property<FullDiskAccessProbe::Status> fullDiskAccess{FullDiskAccessProbe::Status::indeterminate};
     Property<bool> finderExtension{false};
 
     /// Looks at both again and publishes what changed; the shell calls it while the program is in front.
-    void refresh();
+    void refresh(std::function<void()> done = {});
 
   private:
-    const FileSystem& files_;
+    void publish(FullDiskAccessProbe::Status status, bool isExtensionEnabled);
+
+    Ports ports_;
     UserEnvironment user_;
     IsFinderExtensionEnabled isFinderExtensionEnabled_;
-    Log& log_;
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };
 
 } // namespace tidwen

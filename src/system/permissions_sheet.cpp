@@ -4,6 +4,19 @@
 
 namespace tidwen {
 
+PermissionsSheet::PermissionsSheet(Ports ports, AppTarget app) : ports_(ports), app_(std::move(app)) {
+    following_.push_back(audit.observe([this](const auto&) { show(); }));
+    following_.push_back(revoking.observe([this](const auto&) { show(); }));
+}
+
+void PermissionsSheet::show() {
+    std::vector<PermissionRow> shown;
+    if (audit.get())
+        for (const auto& grant : audit.get()->grants)
+            shown.push_back({grant, revoking.get().contains(grant.service)});
+    rows.assign(std::move(shown));
+}
+
 void PermissionsSheet::load(std::function<void()> done) {
     inBackground(
         *this, alive_, ports_.background, ports_.main,
@@ -29,7 +42,7 @@ void PermissionsSheet::revoke(const PermissionGrant& grant, std::function<void()
         },
         [service = grant.service, done = std::move(done)](PermissionsSheet& self, const Outcome& outcome) {
             const auto reason = outcome ? std::nullopt : outcome.error().describe();
-            if (reason) self.errorText.set(self.ports_.texts.text(*reason));
+            if (reason) self.errorText.set(*reason);
             self.load([&self, service, done] {
                 auto left = self.revoking.get();
                 left.erase(service);

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "base/executor.h"
+#include "base/message.h"
 #include "base/observable.h"
+#include "base/observable_list.h"
 #include "base/texts.h"
 #include "operations/permission_revoker.h"
 #include "scan/permissions/permission_audit.h"
@@ -11,8 +13,21 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <tuple>
+#include <vector>
 
 namespace tidwen {
+
+/// One line of the sheet.
+struct PermissionRow {
+    PermissionGrant grant;
+    bool isRevoking = false; ///< a change of its service is in flight
+
+    std::tuple<std::string, PermissionGrant::Scope, bool> key() const {
+        return {grant.service, grant.scope, grant.isPathClient};
+    }
+    friend bool operator==(const PermissionRow&, const PermissionRow&) = default;
+};
 
 /// The privacy permissions of one application while somebody looks at them and takes some back. Belongs to
 /// the main thread; the databases are read and changed in the background.
@@ -21,16 +36,16 @@ class PermissionsSheet {
     struct Ports {
         const PermissionAudit& auditor;
         PermissionRevoker& revoker;
-        const Texts& texts;
         Executor& main;
         Executor& background;
     };
 
-    PermissionsSheet(Ports ports, AppTarget app) : ports_(ports), app_(std::move(app)) {}
+    PermissionsSheet(Ports ports, AppTarget app);
 
     Property<std::optional<PermissionAudit::Result>> audit; ///< nothing while it is read for the first time
     Property<std::set<std::string>> revoking;               ///< services that are being revoked
-    Property<std::optional<std::string>> errorText;         ///< of the last failure that people are told of
+    Property<std::optional<Message>> errorText;             ///< of the last failure that people are told of
+    ObservableList<PermissionRow> rows;                     ///< of both
 
     const AppTarget& app() const { return app_; }
 
@@ -43,8 +58,11 @@ class PermissionsSheet {
     static std::string detail(const PermissionGrant& grant, const Texts& texts);
 
   private:
+    void show();
+
     Ports ports_;
     AppTarget app_;
+    std::vector<Subscription> following_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };
 

@@ -5,6 +5,7 @@
 #include "platform/property_list_file.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tidwen {
 
@@ -76,30 +77,65 @@ std::optional<Trace> startupTrace(const StartupItem& item) {
 }
 
 StartupItemsModel::StartupItemsModel(Ports ports, Inventory inventory)
-    : ports_(ports), inventory_(std::move(inventory)) {}
+    : ports_(ports), inventory_(std::move(inventory)) {
+    follow();
+}
 
 StartupItemsModel::~StartupItemsModel() = default;
 
+void StartupItemsModel::follow() {
+    for (auto* ids : {&selection, &disabled, &switching})
+        following_.push_back(ids->observe([this](const auto&) { show(); }));
+    following_.push_back(ports_.protectedApps.changed.connect([this] {
+        dropUnselectable();
+        show();
+    }));
+}
+
 void StartupItemsModel::load(std::function<void()> done) {
+    if (done) done_.push_back(std::move(done));
+    if (std::exchange(isBusy_, true)) return;
     isLoading.set(true);
     inBackground(
         *this, alive_, ports_.background, ports_.main,
         [&scanner = ports_.scanner, inventory = inventory_] { return scanner.scan(inventory()); },
-        [done = std::move(done)](StartupItemsModel& self, StartupScanResult scanned) {
+        [](StartupItemsModel& self, StartupScanResult scanned) {
             self.result.set(std::move(scanned));
-            self.refreshDisabled([&self, done] { self.endLoading(done); });
+            self.show();
+            self.refreshDisabled([&self] { self.endLoading(); });
         });
 }
 
-void StartupItemsModel::endLoading(const std::function<void()>& done) {
-    std::set<std::string> present;
-    for (const auto& item : result.get().items)
-        present.insert(item.id());
-    auto kept = selection.get();
-    std::erase_if(kept, [&](const auto& id) { return !present.contains(id); });
-    selection.set(std::move(kept));
+void StartupItemsModel::endLoading() {
+    isBusy_ = false;
+    dropUnselectable();
     isLoading.set(false);
-    if (done) done();
+    for (const auto& done : std::exchange(done_, {}))
+        done();
+}
+
+/// What is gone, or may no longer be removed.
+void StartupItemsModel::dropUnselectable() {
+    std::set<std::string> selectable;
+    for (const auto& item : result.get().items)
+        if (isSelectable(item)) selectable.insert(item.id());
+    auto kept = selection.get();
+    std::erase_if(kept, [&](const auto& id) { return !selectable.contains(id); });
+    selection.set(std::move(kept));
+}
+
+void StartupItemsModel::show() {
+    std::vector<StartupItemRow> shown;
+    for (const auto& item : result.get().items) {
+        const auto id = item.id();
+        shown.push_back({.item = item,
+                         .switchState = switchState(item),
+                         .isOff = disabled.get().contains(id),
+                         .isSelected = selection.get().contains(id),
+                         .isSelectable = isSelectable(item),
+                         .isProtected = isProtected(item)});
+    }
+    rows.assign(std::move(shown));
 }
 
 void StartupItemsModel::refreshDisabled(std::function<void()> done) {
@@ -171,7 +207,7 @@ void StartupItemsModel::setEnabled(const StartupItem& item, bool on, std::functi
         },
         [id, done = std::move(done)](StartupItemsModel& self, const Outcome& outcome) {
             if (!outcome && outcome.error().kind != LaunchdError::Kind::authorizationCancelled)
-                self.toggleError.set(self.ports_.texts.text(outcome.error().message));
+                self.toggleError.set(outcome.error().message);
             self.refreshDisabled([&self, id, done] {
                 self.switching.set(without(self.switching.get(), id));
                 if (done) done();

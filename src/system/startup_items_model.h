@@ -2,7 +2,9 @@
 
 #include "base/executor.h"
 #include "base/log.h"
+#include "base/message.h"
 #include "base/observable.h"
+#include "base/observable_list.h"
 #include "base/texts.h"
 #include "platform/file_system.h"
 #include "platform/launchd.h"
@@ -29,6 +31,19 @@ enum class SwitchState {
 };
 std::string_view name(SwitchState state);
 
+/// One line of the list of startup items, as it is drawn: whose it is stands in the item.
+struct StartupItemRow {
+    StartupItem item;
+    SwitchState switchState = SwitchState::none;
+    bool isOff = false; ///< launchd does not start it, whether or not it has a switch
+    bool isSelected = false;
+    bool isSelectable = false;
+    bool isProtected = false;
+
+    std::string key() const { return item.id(); }
+    friend bool operator==(const StartupItemRow&, const StartupItemRow&) = default;
+};
+
 /// Everything a person can do with the jobs that start on their own: look, choose for removal, switch off and
 /// on. Belongs to the main thread; the slow work runs in the background and comes back through the main
 /// executor.
@@ -38,7 +53,7 @@ class StartupItemsModel {
         const FileSystem& files;
         Launchd& launchd;
         const StartupItemScanner& scanner;
-        const ProtectedApps& protectedApps;
+        ProtectedApps& protectedApps;
         const Texts& texts;
         Executor& main;
         Executor& background;
@@ -54,12 +69,14 @@ class StartupItemsModel {
 
     Property<StartupScanResult> result;
     Property<bool> isLoading{true};
-    Property<std::set<std::string>> selection; ///< ids
-    Property<std::set<std::string>> disabled;  ///< ids of what is switched off
-    Property<std::set<std::string>> switching; ///< ids whose switch is being changed
-    Property<std::optional<std::string>> toggleError;
+    Property<std::set<std::string>> selection;    ///< ids
+    Property<std::set<std::string>> disabled;     ///< ids of what is switched off
+    Property<std::set<std::string>> switching;    ///< ids whose switch is being changed
+    Property<std::optional<Message>> toggleError; ///< of the last switch that failed
+    ObservableList<StartupItemRow> rows;          ///< what all of these come to, in the order of the result
 
-    /// Scans again; `done` is called on the main thread when everything is published.
+    /// Scans again; `done` is called on the main thread when everything is published. A load that is going
+    /// on serves this call, too.
     void load(std::function<void()> done = {});
     /// Asks launchd again what is switched off.
     void refreshDisabled(std::function<void()> done = {});
@@ -77,14 +94,20 @@ class StartupItemsModel {
     SwitchState switchState(const StartupItem& item) const;
     bool isSelectable(const StartupItem& item) const;
     bool isProtected(const StartupItem& item) const;
-    /// What stands under the label ("Belongs to Marlin Notes").
+    /// What stands under the label ("Belongs to Marlin Notes"), in the language of now.
     std::string ownerText(const StartupItem& item) const;
 
   private:
-    void endLoading(const std::function<void()>& done);
+    void follow();
+    void endLoading();
+    void dropUnselectable();
+    void show();
 
     Ports ports_;
     Inventory inventory_;
+    bool isBusy_ = false;                     ///< a load is going on
+    std::vector<std::function<void()>> done_; ///< of the loads that wait for its end
+    std::vector<Subscription> following_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };
 

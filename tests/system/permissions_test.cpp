@@ -31,9 +31,11 @@ TEST(FullDiskAccess, IsToldByWhatOpens) {
         test::giveToUnprivileged(volume.hostRoot());
         test::asUnprivileged([&] {
             test::RecordingLog log;
-            PermissionsModel model(
-                volume.files(), test::alice(), [] { return true; }, log);
+            test::SteppedQueues queues;
+            PermissionsModel model({volume.files(), queues.main, queues.background, log}, test::alice(),
+                                   [] { return true; });
             model.refresh();
+            queues.settle();
             EXPECT_EQ(model.fullDiskAccess.get(), c.status) << c.refused;
             EXPECT_TRUE(model.finderExtension.get() && log.contains("Finder extension"));
         });
@@ -61,7 +63,7 @@ TEST(PermissionsSheet, RevokesAServiceOnceAtATimeAndIsSilentWhenThePromptIsDismi
     test::SteppedQueues queues;
     AppTarget app;
     app.bundleID = "com.example.app";
-    const PermissionsSheet::Ports ports{auditor, revoker, texts, queues.main, queues.background};
+    const PermissionsSheet::Ports ports{auditor, revoker, queues.main, queues.background};
     PermissionsSheet sheet(ports, app);
     sheet.load();
     EXPECT_FALSE(sheet.audit.get().has_value());

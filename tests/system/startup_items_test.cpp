@@ -175,6 +175,11 @@ class StartupItems : public testing::Test, protected test::SteppedQueues {
     StartupItemScanner scanner{volume.files(), test::alice(), bundles,
                                [](const std::string&) { return false; }};
     std::vector<InstalledApp> apps = {app("Foo", "com.vendor.app")};
+    std::vector<std::string> shown() const {
+        return eachOf(model.rows.rows(), [](const StartupItemRow& row) {
+            return row.item.label + (row.isSelected ? "+" : row.isSelectable ? "" : "!");
+        });
+    }
     StartupItemsModel model{{volume.files(), launchd, scanner, protectedApps, texts, main, background, log},
                             [this] { return apps; }};
 };
@@ -270,10 +275,20 @@ TEST_F(StartupItems, SelectsOnlyWhatMayBeRemovedAndForgetsWhatIsGone) {
     EXPECT_THAT(model.selectedItems(), IsEmpty());
     model.toggleSelectAllOrphans();
     EXPECT_EQ(model.selectedItems().size(), 1u);
+    protectedApps.toggle("com.vendor.app"); // by another window, say
+    model.toggleSelection(item("com.vendor.app.agent"));
+    EXPECT_EQ(model.selectedItems().size(), 2u);
+    EXPECT_THAT(shown(), ElementsAre("zz.gone.thing+", "com.apple.thing!", "com.vendor.app.agent+"));
+    protectedApps.toggle("com.vendor.app");
+    EXPECT_THAT(shown(), ElementsAre("zz.gone.thing+", "com.apple.thing!", "com.vendor.app.agent!"));
     std::filesystem::remove(volume.host("/Users/alice/Library/LaunchAgents/z.plist"));
-    model.load();
+    int loads = 0;
+    for (int i = 0; i < 2; ++i)
+        model.load([&] { ++loads; });
     settle();
+    EXPECT_EQ(loads, 2);
     EXPECT_THAT(model.selection.get(), IsEmpty());
+    EXPECT_THAT(shown(), ElementsAre("com.apple.thing!", "com.vendor.app.agent!"));
 }
 
 TEST_F(StartupItems, MayEndWhileWorkIsOnItsWay) {

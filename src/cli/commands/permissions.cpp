@@ -80,9 +80,13 @@ void print(const AppTarget& app, const PermissionAudit::Result& audit, const Com
 /// Whether this program may look everywhere, which decides how complete a scan can be.
 ExitStatus showOwn(const CommandContext& context, const Mac& mac) {
     // A volume runs no Finder whose extensions could be switched on.
-    PermissionsModel model(
-        mac.system.files, mac.system.user, [] { return false; }, mac.system.log);
-    model.refresh();
+    MainQueue main;
+    WorkQueue background;
+    PermissionsModel model({mac.system.files, main, background, mac.system.log}, mac.system.user,
+                           [] { return false; });
+    bool isRefreshed = false;
+    model.refresh([&] { isRefreshed = true; });
+    main.runUntil([&] { return isRefreshed; });
     const auto databases =
         PermissionAudit(mac.system.files, mac.system.user, context.texts).audit("", Path());
     if (context.arguments.json) {
@@ -126,7 +130,7 @@ class SheetSession {
         : context_(context),
           mac_(mac),
           auditor_(mac.system.files, mac.system.user, mac.system.texts),
-          sheet_({auditor_, mac.permissionRevoker, mac.system.texts, main_, background_}, std::move(target)) {
+          sheet_({auditor_, mac.permissionRevoker, main_, background_}, std::move(target)) {
         wait([this](auto done) { sheet_.load(done); });
     }
 
@@ -171,7 +175,7 @@ class SheetSession {
         sheet_.errorText.set(std::nullopt);
         wait([&](auto done) { sheet_.revoke(grant, done); });
         if (const auto& error = sheet_.errorText.get()) {
-            context_.console.complain(title + ": " + *error);
+            context_.console.complain(title + ": " + context_.texts.text(*error));
             return false;
         }
         const auto& left = sheet_.audit.get()->grants;

@@ -63,7 +63,7 @@ class StartupSession {
             model_.toggleError.set(std::nullopt);
             wait([&](auto done) { model_.setEnabled(*item, on, done); });
             if (const auto& error = model_.toggleError.get()) {
-                context_.console.complain(item->label + ": " + *error);
+                context_.console.complain(item->label + ": " + context_.texts.text(*error));
                 status = ExitStatus::someFailed;
             } else if (!context_.arguments.json) {
                 context_.console.line(
