@@ -1,43 +1,102 @@
 #include "system/inbox_watcher.h"
 
+#include "base/background_step.h"
+
+#include <utility>
+
 namespace tidwen {
 
-InboxWatcher::InboxWatcher(Ports ports, RequestInbox& inbox, OnRequest onRequest)
-    : ports_(ports), inbox_(inbox), onRequest_(std::move(onRequest)) {}
+/// One look, with all that it needs: it may outlive the watcher.
+struct InboxWatcher::Looker {
+    Ports ports;
+    RequestInbox inbox;
+    std::optional<FolderIdentity> watched;
+    bool takes = true; ///< else what is there is counted
+    std::function<void()> changed;
+
+    Look operator()() {
+        Look look;
+        look.folder = currentFolder();
+        // It is missing, was removed or replaced: requests go to the one that has its name.
+        if (!look.folder || look.folder != watched) watch(look);
+        // Watched first, so that what comes meanwhile is told.
+        if (takes)
+            look.drained = inbox.drain();
+        else
+            look.waiting = inbox.waiting();
+        return look;
+    }
+
+    void watch(Look& look) {
+        const auto folder = inbox.folder();
+        if (!folder) return;
+        const auto made = ports.files.createDirectories(*folder);
+        look.folder = currentFolder();
+        if (made && look.folder) look.watch = ports.events.watch(*folder, changed);
+        if (!look.watch) ports.log.error("Could not watch for requests in {}", folder->string());
+    }
+
+    std::optional<FolderIdentity> currentFolder() const {
+        const auto folder = inbox.folder();
+        const auto info = folder ? ports.files.info(*folder) : FileResult<FileInfo>();
+        // A link is not watched: the inbox takes nothing through one.
+        if (!folder || !info || info->kind != FileKind::directory) return std::nullopt;
+        return FolderIdentity{info->device, info->inode};
+    }
+};
+
+InboxWatcher::InboxWatcher(Ports ports, RequestInbox inbox, OnRequest onRequest)
+    : ports_(ports), inbox_(std::move(inbox)), onRequest_(std::move(onRequest)) {}
 
 void InboxWatcher::start() {
-    watch();
-    serve();
+    isStarted_ = true;
+    look();
 }
 
-void InboxWatcher::serve() {
-    if (const auto paths = inbox_.drain(); !paths.empty()) onRequest_(paths);
-    if (!watch_ || currentFolder() == watched_) return;
-    watch(); // the folder was removed or replaced; requests go to the one that has its name
-    if (const auto paths = inbox_.drain(); !paths.empty()) onRequest_(paths);
-}
-
-void InboxWatcher::watch() {
-    watch_.reset();
-    const auto folder = inbox_.folder();
-    if (!folder) return;
-    const auto made = ports_.files.createDirectories(*folder);
-    watched_ = currentFolder();
-    if (made && watched_)
-        watch_ = ports_.events.watch(*folder, [this, main = &ports_.main, alive = std::weak_ptr(alive_)] {
-            main->post([this, alive] {
-                if (!alive.expired()) serve();
-            });
+void InboxWatcher::look() {
+    if (!isStarted_) return;
+    if (isLooking_) {
+        looksAgain_ = true;
+        return;
+    }
+    isLooking_ = true;
+    const auto changed = [this, main = &ports_.main, alive = std::weak_ptr(alive_)] {
+        main->post([this, alive] {
+            if (!alive.expired()) look();
         });
-    if (!watch_) ports_.log.error("Could not watch for requests in {}", folder->string());
+    };
+    inBackground(*this, alive_, ports_.queue, ports_.main,
+                 Looker{ports_, inbox_, watched_, !isBusy_, changed},
+                 [](InboxWatcher& self, Look look) { self.finish(std::move(look)); });
 }
 
-std::optional<InboxWatcher::FolderIdentity> InboxWatcher::currentFolder() const {
-    const auto folder = inbox_.folder();
-    const auto info = folder ? ports_.files.info(*folder) : FileResult<FileInfo>();
-    // A link is not watched: the inbox takes nothing through one.
-    if (!folder || !info || info->kind != FileKind::directory) return std::nullopt;
-    return FolderIdentity{info->device, info->inode};
+void InboxWatcher::finish(Look found) {
+    isLooking_ = false;
+    if (found.folder != watched_ || found.watch) {
+        watched_ = found.folder;
+        watch_ = std::move(found.watch);
+    }
+    const bool isMoreLeft = found.drained.waiting > 0 && found.drained.taken > 0;
+    if (!found.drained.isEmpty()) held_.push_back(std::move(found.drained));
+    waiting.set(found.waiting + (isBusy_ ? held_.size() : 0));
+    if (std::exchange(looksAgain_, false) || isMoreLeft) look();
+    serveHeld();
+}
+
+void InboxWatcher::serveHeld() {
+    // Whoever is served may be busy with it, or end this.
+    const auto alive = std::weak_ptr(alive_);
+    while (!alive.expired() && !isBusy_ && !held_.empty()) {
+        const auto drained = std::move(held_.front());
+        held_.erase(held_.begin());
+        onRequest_(drained);
+    }
+}
+
+void InboxWatcher::setBusy(bool isBusy) {
+    if (std::exchange(isBusy_, isBusy) == isBusy) return;
+    look();
+    serveHeld();
 }
 
 } // namespace tidwen

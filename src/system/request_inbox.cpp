@@ -57,34 +57,45 @@ struct RequestInbox::Taken {
     std::size_t files = 0;
     std::size_t bytes = 0;
     std::size_t named = 0; ///< paths, acceptable or not: each costs a look at the disk
-    std::vector<Path> paths;
+    Drained drained;
 
     bool isEnough() const {
         return files >= maxRequestsPerDrain || bytes >= maxBytesPerDrain || named >= maxPathsPerDrain;
     }
 };
 
-std::vector<Path> RequestInbox::drain() {
+std::vector<Path> RequestInbox::requestFiles() const {
     const auto requests = folder();
-    if (!requests) return {};
-    const auto place = files_.info(*requests);
-    const auto entries = place && place->kind == FileKind::directory
-                             ? files_.list(*requests)
-                             : FileResult<std::vector<DirectoryEntry>>();
-    if (!entries) return {};
+    const auto place = requests ? files_.info(*requests) : FileResult<FileInfo>();
+    if (!requests || !place || place->kind != FileKind::directory) return {};
+    const auto entries = files_.list(*requests);
+    std::vector<Path> found;
+    if (entries)
+        for (const auto& entry : *entries)
+            if (entry.name.ends_with(".json")
+                && (entry.kind == FileKind::regular || entry.kind == FileKind::symbolicLink))
+                found.push_back(*requests / entry.name);
+    return found;
+}
+
+std::size_t RequestInbox::waiting() const {
+    return requestFiles().size();
+}
+
+RequestInbox::Drained RequestInbox::drain() {
     Taken taken;
-    for (const auto& entry : *entries) {
+    const auto files = requestFiles();
+    for (const auto& file : files) {
         if (taken.isEnough()) break;
-        if (entry.name.ends_with(".json")
-            && (entry.kind == FileKind::regular || entry.kind == FileKind::symbolicLink))
-            take(*requests / entry.name, taken);
+        take(file, taken);
     }
+    taken.drained.waiting = files.size() - taken.files;
     if (taken.files == 0) return {};
-    if (taken.paths.empty())
+    if (taken.drained.paths.empty())
         log_.info("Finder request dropped: nothing at the paths it named");
     else
-        log_.info("Serving Finder request for {} app(s)", taken.paths.size());
-    return std::move(taken.paths);
+        log_.info("Serving Finder request for {} app(s)", taken.drained.paths.size());
+    return std::move(taken.drained);
 }
 
 std::optional<std::string> RequestInbox::readRequest(const Path& file) const {
@@ -97,16 +108,28 @@ std::optional<std::string> RequestInbox::readRequest(const Path& file) const {
 void RequestInbox::take(const Path& file, Taken& taken) {
     ++taken.files;
     const auto content = readRequest(file);
-    // Removed first: a request that cannot be removed would be served again and again.
-    if (!files_.removeFile(file) || !content) return;
-    taken.bytes += content->size();
-    const auto request = decodeRequest(*content);
-    if (!request) return;
+    const bool isRemoved = files_.removeFile(file).has_value();
+    taken.drained.taken += isRemoved;
+    // One that cannot be removed would be served again and again.
+    const auto request = content && isRemoved ? decodeRequest(*content) : std::nullopt;
+    if (content) taken.bytes += content->size();
+    if (!request) {
+        ++taken.drained.unreadable;
+        return;
+    }
     taken.named += request->paths.size();
-    auto& paths = taken.paths;
-    for (const auto& path : request->paths)
-        if (isAcceptable(path) && std::find(paths.begin(), paths.end(), Path(path)) == paths.end())
-            paths.emplace_back(path);
+    judge(*request, taken.drained);
+}
+
+void RequestInbox::judge(const UninstallRequest& request, Drained& drained) const {
+    const auto addOnce = [](auto& list, const auto& item) {
+        if (std::find(list.begin(), list.end(), item) == list.end()) list.push_back(item);
+    };
+    for (const auto& path : request.paths)
+        if (isAcceptable(path))
+            addOnce(drained.paths, Path(path));
+        else
+            addOnce(drained.refused, path);
 }
 
 bool RequestInbox::isAcceptable(const std::string& path) const {

@@ -39,12 +39,13 @@ std::string encode(const UninstallRequest& request);
 
 /// The folder through which other processes of the user hand bundles to the running one. Anybody with the
 /// user's rights can write there, so a request only names what intake will judge, and everything is bounded.
+/// Calls block; any thread.
 class RequestInbox {
   public:
     // More than a person selects in the Finder; what exceeds it is no request of ours.
     static constexpr std::size_t maxRequestBytes = 1u << 20;
     static constexpr std::size_t maxPathsPerRequest = 1000;
-    // A drain holds up the main thread: what is beyond these waits for the next one.
+    // What is beyond these waits for the next drain.
     static constexpr std::size_t maxRequestsPerDrain = 200;
     static constexpr std::size_t maxPathsPerDrain = 1000;
     static constexpr std::size_t maxBytesPerDrain = 8u << 20;
@@ -64,11 +65,22 @@ class RequestInbox {
     /// many paths, or one that is not valid UTF-8. `fileName` is one component, without extension.
     bool post(const UninstallRequest& request, const std::string& fileName);
 
+    /// What was taken out of the folder.
+    struct Drained {
+        std::vector<Path> paths;          ///< absolute, without "..", no links, and there; each once
+        std::vector<std::string> refused; ///< the other paths that were asked for, as they were written
+        std::size_t unreadable = 0;       ///< files that held no request, or could not be taken away
+        std::size_t taken = 0;            ///< files that are gone now
+        std::size_t waiting = 0;          ///< requests that are beyond the limits, for the next drain
+
+        bool isEmpty() const { return paths.empty() && refused.empty() && unreadable == 0; }
+    };
     /// Takes the waiting requests, in the order of their names and within the limits, and removes their
-    /// files, whether or not they could be read; pipes, devices and folders are left alone. Gives the paths
-    /// that are absolute, hold no "..", are no links and exist, each once. A `folder` that is a link holds no
-    /// requests.
-    std::vector<Path> drain();
+    /// files, whether or not they could be read; pipes, devices and folders are left alone. A `folder` that
+    /// is a link holds no requests.
+    Drained drain();
+    /// How many requests wait, none of them looked at.
+    std::size_t waiting() const;
 
     /// The file that tells the Finder extension whether to offer its menu entry. False when it
     /// could not be written or removed.
@@ -76,7 +88,9 @@ class RequestInbox {
 
   private:
     struct Taken;
+    std::vector<Path> requestFiles() const;
     void take(const Path& file, Taken& taken);
+    void judge(const UninstallRequest& request, Drained& drained) const;
     std::optional<std::string> readRequest(const Path& file) const;
     bool isAcceptable(const std::string& path) const;
 

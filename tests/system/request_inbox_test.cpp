@@ -30,11 +30,13 @@ TEST_F(Inbox, GivesEachAcceptablePathOnce) {
     EXPECT_TRUE(inbox.post(request, "one"));
     EXPECT_TRUE(inbox.post(request, "two"));
     volume.write(file("keep.txt"), encode(request));
-    EXPECT_EQ(inbox.drain(), std::vector{Path(notes)});
+    const auto drained = inbox.drain();
+    EXPECT_EQ(drained.paths, std::vector{Path(notes)});
+    EXPECT_EQ(drained.refused, std::vector<std::string>(request.paths.begin() + 2, request.paths.end()));
     EXPECT_TRUE(log.contains("Serving Finder request for 1 app(s)"));
     EXPECT_FALSE(volume.exists(file("one.json")));
     EXPECT_TRUE(volume.exists(file("keep.txt")));
-    EXPECT_TRUE(inbox.drain().empty());
+    EXPECT_TRUE(inbox.drain().isEmpty());
 }
 
 TEST_F(Inbox, DropsWhatIsNoRequest) {
@@ -51,7 +53,7 @@ TEST_F(Inbox, DropsWhatIsNoRequest) {
     volume.link(file("link.json"), "/elsewhere.json");
     volume.makeFolder(file("folder.json"));
     ASSERT_EQ(::mkfifo(volume.host(file("pipe.json")).c_str(), 0600), 0);
-    EXPECT_TRUE(inbox.drain().empty());
+    EXPECT_EQ(inbox.drain().unreadable, 5u);
     for (const auto* name : {"bad.json", "huge.json", "deep.json", "many.json", "link.json"})
         EXPECT_FALSE(volume.exists(file(name))) << name;
     EXPECT_TRUE(volume.exists(file("pipe.json")));
@@ -61,7 +63,7 @@ TEST_F(Inbox, DropsWhatIsNoRequest) {
     std::filesystem::rename(volume.host(container + "/requests"), volume.host("/elsewhere"));
     volume.write("/elsewhere/x.json", valid);
     volume.link(container + "/requests", "/elsewhere");
-    EXPECT_TRUE(inbox.drain().empty());
+    EXPECT_TRUE(inbox.drain().isEmpty());
     EXPECT_FALSE(inbox.post({{"/A.app"}}, "y"));
     EXPECT_TRUE(volume.exists("/elsewhere/x.json"));
 }
@@ -70,9 +72,10 @@ TEST_F(Inbox, LeavesWhatIsBeyondItsLimitsForTheNextDrain) {
     volume.makeFolder("/A.app");
     for (std::size_t i = 0; i <= RequestInbox::maxRequestsPerDrain; ++i)
         volume.write(file(std::to_string(i) + ".json"), encode({{"/A.app"}}));
-    EXPECT_EQ(inbox.drain().size(), 1u);
-    EXPECT_EQ(inbox.drain().size(), 1u);
-    EXPECT_TRUE(inbox.drain().empty());
+    EXPECT_EQ(inbox.waiting(), RequestInbox::maxRequestsPerDrain + 1);
+    EXPECT_EQ(inbox.drain().waiting, 1u);
+    EXPECT_EQ(inbox.drain().paths.size(), 1u);
+    EXPECT_TRUE(inbox.drain().isEmpty());
 
     const UninstallRequest full{std::vector<std::string>(RequestInbox::maxPathsPerRequest, "/A.app")};
     EXPECT_TRUE(inbox.post(full, "1"));
@@ -97,7 +100,7 @@ TEST(OwnBundle, NamesTheGroup) {
 TEST_F(Inbox, AServiceHandsOverTheBundlesOfASelection) {
     volume.makeFolder("/A.APP");
     std::vector<Path> served;
-    UninstallService service(inbox, log, [&] { served = inbox.drain(); });
+    UninstallService service(inbox, log, [&] { served = inbox.drain().paths; });
     using enum UninstallService::Outcome;
     EXPECT_EQ(service.handOver({Path("/Letter.pdf")}), noApplication);
     EXPECT_TRUE(log.contains("Service invoked on a selection with no app bundle in it"));
@@ -115,7 +118,7 @@ TEST_F(Inbox, GateComesAndGoes) {
     EXPECT_FALSE(volume.exists(container + "/finder-gate.json"));
     RequestInbox none(volume.files(), std::nullopt, log);
     EXPECT_FALSE(none.post({}, "x"));
-    EXPECT_TRUE(none.drain().empty());
+    EXPECT_TRUE(none.drain().isEmpty());
 }
 
 } // namespace

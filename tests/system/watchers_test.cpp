@@ -196,41 +196,73 @@ class WatchedInbox : public testing::Test {
         for (const auto* app : {"/A.app", "/B.app", "/C.app"})
             volume.makeFolder(app);
     }
+    void start() {
+        watcher->start();
+        queues.settle();
+    }
     void fire() {
         events.fire();
-        main.drain();
+        queues.settle();
     }
 
     test::TemporaryVolume volume;
     test::RecordingLog log;
     test::HandFiredEvents events;
-    MainQueue main;
+    test::SteppedQueues queues;
     RequestInbox inbox{volume.files(), RequestInbox::fallbackContainer(test::alice()), log};
     std::vector<std::string> served;
-    std::optional<InboxWatcher> watcher{std::in_place, InboxWatcher::Ports{volume.files(), events, main, log},
-                                        inbox, [this](const std::vector<Path>& paths) {
-                                            for (const auto& path : paths)
-                                                served.push_back(path.string());
-                                        }};
+    std::optional<InboxWatcher> watcher{
+        std::in_place, InboxWatcher::Ports{volume.files(), events, queues.main, queues.background, log},
+        inbox, [this](const RequestInbox::Drained& requests) {
+            for (const auto& path : requests.paths)
+                served.push_back(path.string());
+            for (const auto& path : requests.refused)
+                served.push_back("not " + path);
+        }};
 };
 
 TEST_F(WatchedInbox, ServesWhatWaitsAndWhatComes) {
     inbox.post({{"/A.app"}}, "1");
-    watcher->start();
-    inbox.post({{"/B.app"}}, "2");
+    start();
+    inbox.post({{"/B.app", "/None.app"}}, "2");
     fire();
     fire();
-    EXPECT_THAT(served, ElementsAre("/A.app", "/B.app"));
+    EXPECT_THAT(served, ElementsAre("/A.app", "/B.app", "not /None.app"));
+
+    for (std::size_t i = 0; i <= RequestInbox::maxRequestsPerDrain; ++i)
+        inbox.post({{"/A.app"}}, std::to_string(i));
+    fire();
+    EXPECT_EQ(served.size(), 5u) << "one event, two drains";
+    EXPECT_EQ(inbox.waiting(), 0u);
 
     inbox.post({{"/C.app"}}, "3");
     events.fire();
     watcher.reset(); // while the request is on its way
-    main.drain();
-    EXPECT_EQ(served.size(), 2u);
+    queues.settle();
+    EXPECT_EQ(served.size(), 5u);
+    EXPECT_EQ(inbox.waiting(), 1u);
+}
+
+TEST_F(WatchedInbox, LeavesRequestsWhereTheyAreWhileNobodyCanBeServed) {
+    start();
+    inbox.post({{"/A.app"}}, "1");
+    events.fire();
+    queues.main.drain();
+    queues.background.drain(); // taken, and then
+    watcher->setBusy(true);
+    inbox.post({{"/B.app"}}, "2");
+    fire();
+    EXPECT_THAT(served, IsEmpty());
+    EXPECT_EQ(watcher->waiting.get(), 2u);
+    EXPECT_EQ(inbox.waiting(), 1u) << "it outlives the program";
+    watcher->setBusy(false);
+    queues.settle();
+    EXPECT_THAT(served, ElementsAre("/A.app", "/B.app"));
+    EXPECT_EQ(watcher->waiting.get(), 0u);
 }
 
 TEST_F(WatchedInbox, FollowsAFolderThatWasReplaced) {
-    watcher->start();
+    start();
     const auto folder = volume.host(inbox.folder()->string());
     std::filesystem::rename(folder, volume.host("/aside"));
     inbox.post({{"/A.app"}}, "1");
@@ -246,7 +278,7 @@ TEST_F(WatchedInbox, FollowsAFolderThatWasReplaced) {
 TEST_F(WatchedInbox, WithoutEventsServesWhatWaits) {
     inbox.post({{"/A.app"}}, "1");
     events.isImpossible = true;
-    watcher->start();
+    start();
     EXPECT_FALSE(watcher->isWatching());
     EXPECT_TRUE(log.contains("Could not watch for requests"));
     EXPECT_THAT(served, ElementsAre("/A.app"));

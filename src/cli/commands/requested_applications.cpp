@@ -29,15 +29,24 @@ JudgedRequest judgeRequest(const std::vector<Path>& paths, const CommandContext&
     return {std::move(intake.targets), !intake.failures.empty()};
 }
 
-RequestedApplications::RequestedApplications(const CommandContext& context, Mac& mac, Executor& main)
+void complainOfRefused(const RequestInbox::Drained& requests, const CommandContext& context) {
+    for (const auto& path : requests.refused)
+        context.console.complain(context.text("cli.requests.refused %@", {path}));
+    if (requests.unreadable > 0)
+        context.console.complain(
+            context.text("cli.requests.unreadable %lld", {std::to_string(requests.unreadable)}));
+}
+
+RequestedApplications::RequestedApplications(const CommandContext& context, Mac& mac, Executor& main,
+                                             Executor& queue)
     : context_(context),
       mac_(mac),
-      inbox_(requestInbox(context, mac)),
-      watcher_({mac.system.files, mac.folderEvents, main, mac.system.log}, inbox_,
-               [this](const std::vector<Path>& paths) { show(paths); }) {}
+      watcher_({mac.system.files, mac.folderEvents, main, queue, mac.system.log}, requestInbox(context, mac),
+               [this](const RequestInbox::Drained& requests) { show(requests); }) {}
 
-void RequestedApplications::show(const std::vector<Path>& paths) const {
-    for (const auto& target : judgeRequest(paths, context_, mac_).targets) {
+void RequestedApplications::show(const RequestInbox::Drained& requests) const {
+    complainOfRefused(requests, context_);
+    for (const auto& target : judgeRequest(requests.paths, context_, mac_).targets) {
         const auto& url = target.bundleURL.string();
         if (context_.arguments.json) {
             context_.console.document(writeJson(

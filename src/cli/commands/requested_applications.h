@@ -18,20 +18,23 @@ struct JudgedRequest {
 };
 JudgedRequest judgeRequest(const std::vector<Path>& paths, const CommandContext& context, const Mac& mac);
 
+/// Complains of what was asked for and is not there, and of what held no request.
+void complainOfRefused(const RequestInbox::Drained& requests, const CommandContext& context);
+
 /// While it lives, shows each application that another process asks to remove, and how to do it. Nothing is
 /// removed without its user typing that.
 class RequestedApplications {
   public:
-    RequestedApplications(const CommandContext& context, Mac& mac, Executor& main);
+    /// `queue` is serial.
+    RequestedApplications(const CommandContext& context, Mac& mac, Executor& main, Executor& queue);
     /// An inbox that cannot be watched is logged, and what waits in it shown all the same.
     void start() { watcher_.start(); }
 
   private:
-    void show(const std::vector<Path>& paths) const;
+    void show(const RequestInbox::Drained& requests) const;
 
     const CommandContext& context_;
     const Mac& mac_;
-    RequestInbox inbox_;
     InboxWatcher watcher_;
 };
 

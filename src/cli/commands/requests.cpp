@@ -12,20 +12,25 @@ namespace tidwen {
 namespace {
 
 ExitStatus drain(const CommandContext& context, Mac& mac) {
-    const auto paths = requestInbox(context, mac).drain();
-    const auto judged = judgeRequest(paths, context, mac);
+    const auto drained = requestInbox(context, mac).drain();
+    const auto judged = judgeRequest(drained.paths, context, mac);
     if (context.arguments.json) {
         auto urls = nlohmann::json::array();
         for (const auto& target : judged.targets)
             urls.push_back(target.bundleURL.string());
         context.console.document(writeJson({{"paths", urls}}));
     } else {
-        if (paths.empty()) context.console.line(context.text("cli.requests.none"));
+        if (drained.isEmpty()) context.console.line(context.text("cli.requests.none"));
         for (const auto& target : judged.targets)
             context.console.line(
                 {{target.name, Paint::strong}, {"  " + target.bundleURL.string(), Paint::faint}});
     }
-    return judged.someRefused ? ExitStatus::someFailed : ExitStatus::done;
+    complainOfRefused(drained, context);
+    if (drained.waiting > 0)
+        context.console.complain(
+            context.text("cli.requests.waiting %lld", {std::to_string(drained.waiting)}));
+    const bool isAll = !judged.someRefused && drained.refused.empty() && drained.unreadable == 0;
+    return isAll && drained.waiting == 0 ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 /// As the Services menu does: the process that runs `watch`, or the next `drain`, serves the request.

@@ -44,7 +44,7 @@ class WatchSession {
         if (!isOn)
             remark("cli.watch.once %@",
                    {context_.commandLine({"settings", "set", "catchTrashedApps", "true"})});
-        RequestedApplications requested(context_, mac_, main_);
+        RequestedApplications requested(context_, mac_, main_, queue_);
         requested.start();
         const auto allowing = catcher_.permission().state.observe([this](auto state) { tellOf(state); });
         askForPermission();
