@@ -27,6 +27,8 @@ struct UpdateError {
     /// Nothing was asked of anybody.
     bool isRefusal() const { return fault <= UpdateFault::badAddress; }
     Message message() const;
+
+    friend bool operator==(const UpdateError&, const UpdateError&) = default;
 };
 
 struct UpdateSettings {

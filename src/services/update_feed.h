@@ -43,6 +43,8 @@ enum class UpdateState {
 struct UpdateAnswer {
     UpdateState state = UpdateState::upToDate;
     std::optional<Release> release; ///< the newest one that the state speaks of
+
+    friend bool operator==(const UpdateAnswer&, const UpdateAnswer&) = default;
 };
 
 /// Never offers the running version or an older one, so that an old feed shown again cannot lead back. A

@@ -1,5 +1,6 @@
-#include "services/update_check.h"
+#include "services/updates_model.h"
 #include "support/fixtures.h"
+#include "support/stand_ins.h"
 
 #include <gmock/gmock.h>
 #include <map>
@@ -95,6 +96,33 @@ TEST_F(Updates, ShowOnlyWhatTheMakerSigned) {
         settings.publicKey = wrong;
         EXPECT_EQ(fault(), UpdateFault::notVerified) << wrong;
     }
+}
+
+TEST_F(Updates, AreLookedForOnceAtATimeWithTheSettingsOfThen) {
+    fetcher.files = {{address, soundFeed}, {address + ".sig", soundSignature}};
+    test::SteppedQueues queues;
+    std::optional<UpdatesModel> model(std::in_place,
+                                      UpdatesModel::Ports{fetcher, log, queues.main, queues.background},
+                                      [this] { return settings; });
+    int ended = 0;
+    for (int i = 0; i < 2; ++i)
+        model->check([&] { ++ended; });
+    EXPECT_TRUE(model->isChecking.get());
+    queues.settle();
+    EXPECT_EQ(ended, 2);
+    EXPECT_EQ(fetcher.requests, 2) << "one feed and its signature";
+    EXPECT_EQ(model->answer.get(), UpdateAnswer{});
+    EXPECT_EQ(model->error.get(), std::nullopt);
+
+    settings.isSwitchedOn = false;
+    model->check();
+    queues.settle();
+    EXPECT_EQ(model->error.get()->fault, UpdateFault::switchedOff);
+    EXPECT_FALSE(model->isChecking.get());
+    model->check([&] { ++ended; });
+    model.reset();
+    queues.settle();
+    EXPECT_EQ(ended, 2);
 }
 
 } // namespace
