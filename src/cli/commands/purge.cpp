@@ -1,13 +1,12 @@
-#include "base/json.h"
 #include "cli/commands/confirmed_removal.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/commands/terminal_history.h"
 #include "cli/console.h"
+#include "cli/json/services.h"
 #include "cli/labels.h"
 #include "settings/app_preferences.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 namespace tidwen {
 
@@ -72,15 +71,7 @@ void report(const QuarantinePurge::Outcome& outcome, const Spared& spared, const
             context.text("cli.purge.spared %@ %@", {run.root.string(), context.texts.text(run.advice())}));
     if (spared.leftOut > 0)
         context.console.complain(context.text("cli.history.leftOut %lld", {std::to_string(spared.leftOut)}));
-    if (context.arguments.json) {
-        nlohmann::json kept = nlohmann::json::array();
-        for (const auto& run : spared.runs)
-            kept.push_back(run.root.string());
-        for (const auto& folder : outcome.kept)
-            kept.push_back(folder.string());
-        context.console.document(writeJson({{"removedFolders", outcome.removedFolders}, {"kept", kept}}));
-        return;
-    }
+    if (context.arguments.json) return context.console.document(json::document(outcome, spared.runs));
     context.console.line(context.text("cli.purge.done %lld", {std::to_string(outcome.removedFolders)}));
     for (const auto& folder : outcome.kept) {
         const bool isWhole = std::ranges::find(outcome.othersItems, folder) != outcome.othersItems.end();

@@ -1,11 +1,9 @@
 #include "cli/commands/requested_applications.h"
 
-#include "base/json.h"
 #include "cli/console.h"
 #include "cli/intake.h"
+#include "cli/json/services.h"
 #include "program/resources.h"
-
-#include <nlohmann/json.hpp>
 
 namespace tidwen {
 
@@ -49,8 +47,7 @@ void RequestedApplications::show(const RequestInbox::Drained& requests) const {
     for (const auto& target : judgeRequest(requests.paths, context_, mac_).targets) {
         const auto& url = target.bundleURL.string();
         if (context_.arguments.json) {
-            context_.console.document(writeJson(
-                {{"url", url}, {"name", target.name}, {"bundleID", target.bundleID}, {"requested", true}}));
+            context_.console.document(json::requestLine(target));
         } else {
             context_.console.line({{context_.text("cli.requests.asked %@", {target.name}), Paint::strong}});
             context_.console.line("  " + context_.commandLine({"remove", url}));

@@ -1,11 +1,9 @@
-#include "base/json.h"
 #include "cli/commands/requested_applications.h"
 #include "cli/console.h"
 #include "cli/intake.h"
+#include "cli/json/services.h"
 #include "inventory/installed_applications.h"
 #include "system/uninstall_service.h"
-
-#include <nlohmann/json.hpp>
 
 namespace tidwen {
 
@@ -15,10 +13,7 @@ ExitStatus drain(const CommandContext& context, Mac& mac) {
     const auto drained = requestInbox(context, mac).drain();
     const auto judged = judgeRequest(drained.paths, context, mac);
     if (context.arguments.json) {
-        auto urls = nlohmann::json::array();
-        for (const auto& target : judged.targets)
-            urls.push_back(target.bundleURL.string());
-        context.console.document(writeJson({{"paths", urls}}));
+        context.console.document(json::requestsDocument(judged.targets));
     } else {
         if (drained.isEmpty()) context.console.line(context.text("cli.requests.none"));
         for (const auto& target : judged.targets)

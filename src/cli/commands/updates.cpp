@@ -1,11 +1,10 @@
-#include "base/json.h"
 #include "cli/command.h"
 #include "cli/console.h"
+#include "cli/json/services.h"
 #include "host/host_system.h"
 #include "services/update_check.h"
 #include "settings/app_preferences.h"
 
-#include <nlohmann/json.hpp>
 #include <sstream>
 
 namespace tidwen {
@@ -23,28 +22,6 @@ UpdateSettings settings(const Host& host) {
             .application = application,
             .running = VersionNumber::parse(programVersion()).value_or(VersionNumber{}),
             .system = hostSystem()};
-}
-
-const char* name(UpdateState state) {
-    switch (state) {
-    case UpdateState::upToDate:
-        return "upToDate";
-    case UpdateState::available:
-        return "available";
-    case UpdateState::needsNewerSystem:
-        return "needsNewerSystem";
-    }
-    return "upToDate";
-}
-
-std::string document(const UpdateAnswer& answer) {
-    nlohmann::json object = {{"running", std::string(programVersion())}, {"state", name(answer.state)}};
-    if (const auto& release = answer.release)
-        object["release"] = {{"version", release->version},
-                             {"date", iso8601(release->date)},
-                             {"url", release->url},
-                             {"notes", release->notes}};
-    return writeJson(object);
 }
 
 void print(const UpdateAnswer& answer, const CommandContext& context) {
@@ -70,7 +47,7 @@ ExitStatus run(const CommandContext& context, Host& host) {
         return answer.error().isRefusal() ? ExitStatus::refused : ExitStatus::someFailed;
     }
     if (context.arguments.json)
-        context.console.document(document(*answer));
+        context.console.document(json::document(*answer, programVersion()));
     else
         print(*answer, context);
     return ExitStatus::done;

@@ -1,15 +1,13 @@
 #include "base/executor.h"
-#include "base/json.h"
 #include "cli/command.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/commands/requested_applications.h"
 #include "cli/console.h"
 #include "cli/end_signals.h"
 #include "cli/flow_session.h"
+#include "cli/json/services.h"
 #include "cli/labels.h"
 #include "system/trash_catcher.h"
-
-#include <nlohmann/json.hpp>
 
 namespace tidwen {
 
@@ -104,8 +102,7 @@ class WatchSession {
 
     void show(const TrashedApp& app) {
         if (context_.arguments.json) {
-            context_.console.document(
-                writeJson({{"url", app.url.string()}, {"name", app.name}, {"bundleID", app.bundleID}}));
+            context_.console.document(json::line(app));
         } else {
             context_.console.line(
                 {{context_.text("trash.notification.title %@", {app.name}), Paint::strong}});

@@ -6,8 +6,6 @@ import os
 import plistlib
 import shutil
 import subprocess
-import sys
-import unittest
 
 import terminal
 from terminal import VolumeTest, snapshot
@@ -259,5 +257,4 @@ class Around(VolumeTest):
 
 
 if __name__ == "__main__":
-    terminal.PROGRAM = os.path.abspath(sys.argv.pop(1))
-    unittest.main()
+    terminal.main()

@@ -2,13 +2,10 @@
 """Volumes, homes, manifests and settings as accidents and strangers leave them: clear words, the right status,
 nothing lost. Usage: bad_input_test.py TIDWEN"""
 import fcntl
-import json
 import os
 import plistlib
 import shutil
-import sys
 import unicodedata
-import unittest
 
 import terminal
 from terminal import VolumeTest, snapshot
@@ -155,5 +152,4 @@ class BadInput(VolumeTest):
 
 
 if __name__ == "__main__":
-    terminal.PROGRAM = os.path.abspath(sys.argv.pop(1))
-    unittest.main()
+    terminal.main()

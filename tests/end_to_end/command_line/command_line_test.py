@@ -6,7 +6,6 @@ import plistlib
 import shutil
 import sqlite3
 import subprocess
-import sys
 import unittest
 
 import terminal
@@ -294,5 +293,4 @@ class Refusals(VolumeTest):
 
 
 if __name__ == "__main__":
-    terminal.PROGRAM = os.path.abspath(sys.argv.pop(1))
-    unittest.main()
+    terminal.main()

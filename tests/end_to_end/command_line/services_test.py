@@ -4,14 +4,11 @@ TIDWEN is built with the public key that belongs to SEED; its feed is served her
 import base64
 import http.server
 import json
-import os
 import re
 import signal
 import ssl
 import subprocess
-import sys
 import threading
-import unittest
 from pathlib import Path
 
 import terminal
@@ -135,5 +132,4 @@ class Services(VolumeTest):
 
 
 if __name__ == "__main__":
-    terminal.PROGRAM = os.path.abspath(sys.argv.pop(1))
-    unittest.main()
+    terminal.main()

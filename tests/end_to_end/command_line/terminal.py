@@ -4,9 +4,13 @@ import os
 import pty
 import shutil
 import subprocess
+import sys
 import tempfile
 import unittest
 from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
+import documents  # noqa: E402
 
 PROGRAM = None  # set by the test's main()
 
@@ -37,6 +41,22 @@ class Snapshot(dict):
         paths = sorted(path for path in self.keys() | other.keys() if self.get(path) != other.get(path))
         lines = [f"{path}: {str(self.get(path))[:120]} is not {str(other.get(path))[:120]}" for path in paths[:20]]
         return "\n".join(lines + [f"{len(paths)} differences"])
+
+
+def command_of(words):
+    """The words from the command on: what stands before are global options."""
+    words = [str(word) for word in words]
+    while words[0].startswith("-"):
+        words = words[2 if words[0] in ("--volume", "--home") else 1:]
+    return words
+
+
+def main():
+    """Runs the tests of the script; its first argument is the program."""
+    global PROGRAM
+    PROGRAM = os.path.abspath(sys.argv.pop(1))
+    documents.note_seen_for(sys.argv[0])
+    unittest.main()
 
 
 class Run:
@@ -87,6 +107,8 @@ class VolumeTest(unittest.TestCase):
                               stdin=subprocess.DEVNULL, timeout=60)
         run = Run(done.returncode, done.stdout.decode(), done.stderr.decode())
         self.assertEqual(run.status, status, (words, run.output, run.errors))
+        if "--json" in words and run.output:
+            documents.check(command_of(words), run.output)
         return run
 
     def refuse(self, *words, saying, volume=True):

@@ -6,9 +6,7 @@ import queue
 import shutil
 import signal
 import subprocess
-import sys
 import threading
-import unittest
 
 import terminal
 from terminal import VolumeTest
@@ -120,5 +118,4 @@ class Watching(VolumeTest):
 
 
 if __name__ == "__main__":
-    terminal.PROGRAM = os.path.abspath(sys.argv.pop(1))
-    unittest.main()
+    terminal.main()

@@ -12,6 +12,9 @@ import tempfile
 import unittest
 
 HERE = pathlib.Path(__file__).resolve().parent
+sys.path.insert(0, str(HERE.parent))
+import documents  # noqa: E402
+
 RESOURCES = HERE.parents[2] / "resources"
 HOST_TOOLS = ["cat", "chmod", "grep", "head", "ls", "ln", "mkdir", "mv", "rm", "sed", "sh", "sleep", "tr"]
 CORE_SERVICES = "/System/Library/Frameworks/CoreServices.framework/Frameworks"
@@ -120,6 +123,7 @@ class MacRoot(unittest.TestCase):
         self.guard()
         done = box(self.volume, self.state, self.program, "--json", *arguments, **options)
         self.assertIn(done.returncode, (0, 1), done.stderr)
+        documents.check(arguments, done.stdout)
         return json.loads(done.stdout)
 
     def remove(self, *names, **options):
@@ -144,6 +148,8 @@ class MacRoot(unittest.TestCase):
         return (self.state / "log").read_text().splitlines()
 
     def test_everything_goes_and_comes_back(self):
+        found, = self.run_tidwen("scan", "/Applications/Marlin Notes.app")
+        self.assertIn("keychain", {trace["category"] for trace in found["traces"]})
         lines = self.remove()
         self.assertEqual([line for line in lines if not line.endswith(" ok")], [])
         # A file that nothing but a package's list gives to it stays.
@@ -249,4 +255,5 @@ if __name__ == "__main__":
     if reason:
         print(f"skipped: no namespace for a Mac-shaped root here: {reason}")
         sys.exit(77)
+    documents.note_seen_for(sys.argv[0])
     unittest.main(verbosity=2)

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "quarantine/quarantine_purge.h"
+#include "quarantine/unfinished_run.h"
+#include "scan/applications/app_target.h"
+#include "services/update_feed.h"
+#include "system/trash_catcher.h"
+
+#include <string>
+#include <vector>
+
+/// Documents of the purge, the watch, the inbox and the update check; see json/output.h for their form.
+namespace tidwen::json {
+
+/// `spared`: runs that were not deleted because nobody can tell what they moved.
+std::string document(const QuarantinePurge::Outcome& outcome, const std::vector<UnfinishedRun>& spared);
+std::string document(const UpdateAnswer& answer, std::string_view running);
+/// The applications that requests name.
+std::string requestsDocument(const std::vector<AppTarget>& requested);
+
+/// One line each, for a reader that takes a line as soon as it is there.
+std::string line(const TrashedApp& found);
+std::string requestLine(const AppTarget& requested);
+
+} // namespace tidwen::json
