@@ -2,6 +2,7 @@
 
 #include "platform/budgeted_files.h"
 #include "quarantine/quarantine_layout.h"
+#include "quarantine/run_items.h"
 #include "scan/matching/residue_scanner.h"
 
 #include <algorithm>
@@ -30,14 +31,9 @@ std::optional<RemovalHistoryEntry> makeEntry(const Path& root, Manifest manifest
             ++entry.loadableJobs;
         if (step.kind != ManifestEntryKind::move) continue;
         ++entry.totalMoves;
-        // An undo that was cut off between two devices still has it on its way.
-        const bool isPending =
-            step.destination
-            && (files.exists(Path(*step.destination)) || files.isSetAside(Path(*step.destination)));
-        if (isPending)
-            ++entry.pendingMoves;
-        else if (!files.exists(Path(step.source)))
-            ++entry.missingMoves;
+        const auto place = placeOf(step, files);
+        if (place == ItemPlace::inQuarantine) ++entry.pendingMoves;
+        if (place == ItemPlace::missing) ++entry.missingMoves;
     }
     return entry;
 }

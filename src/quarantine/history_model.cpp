@@ -60,9 +60,10 @@ void HistoryModel::run(std::string busyID, std::function<tl::expected<Result, Re
     });
 }
 
-void HistoryModel::undo(const Path& root, Answer<UndoReport> answer) {
+void HistoryModel::undo(const Path& root, const ItemChoice& items, Answer<UndoReport> answer) {
     run<UndoReport>(
-        root.string(), [&service = ports_.undo, root] { return service.undoRun(root).map_error(toRefusal); },
+        root.string(),
+        [&service = ports_.undo, root, items] { return service.undoRun(root, items).map_error(toRefusal); },
         std::move(answer));
 }
 

@@ -64,8 +64,9 @@ class HistoryModel {
     void undo(const RemovalHistoryEntry& entry, Answer<UndoReport> answer = {}) {
         undo(entry.root, std::move(answer));
     }
-    /// Also of a run that was cut off.
-    void undo(const Path& root, Answer<UndoReport> answer = {});
+    /// Also of a run that was cut off, and of single items of a run.
+    void undo(const Path& root, Answer<UndoReport> answer = {}) { undo(root, {}, std::move(answer)); }
+    void undo(const Path& root, const ItemChoice& items, Answer<UndoReport> answer = {});
     /// Refused while `whyNotRemove` gives a reason. Quarantine folders in which nothing ever lay go along.
     void remove(const std::vector<RemovalHistoryEntry>& chosen, Answer<QuarantinePurge::Outcome> answer = {});
     void removeAll(Answer<QuarantinePurge::Outcome> answer = {}) { remove(entries.get(), std::move(answer)); }

@@ -69,18 +69,20 @@ bool isLaunchFolder(const Path& folder, const Path& home, bool isSystemDomain) {
 /// One undo from start to end.
 class UndoRun {
   public:
-    UndoRun(UndoService::Ports& ports, const UserEnvironment& user, const Manifest& manifest)
+    UndoRun(UndoService::Ports& ports, const UserEnvironment& user, const Manifest& manifest,
+            const ItemChoice& items)
         : ports_(ports),
           user_(user),
           policy_(user, ports.files),
           manifest_(manifest),
+          items_(items),
           numbers_(manifest),
           names_(ports.files) {}
 
     UndoReport run() {
         report_.mayHaveLost =
             std::ranges::any_of(manifest_.apps, [](const AppRecord& app) { return !app.bundleID.empty(); });
-        const auto order = restoreOrder(manifest_.entries);
+        const auto order = chosenSteps();
         for (const auto& step : order)
             if (!step.afterBatch) restore(step);
         queueJobs(true);
@@ -94,7 +96,63 @@ class UndoRun {
         return std::move(report_);
     }
 
+    UndoPlan plan() {
+        UndoPlan plan;
+        for (const auto& step : chosenSteps()) {
+            if (isBack(step))
+                ++plan.alreadyBack;
+            else
+                plan.items.push_back(planned(step));
+        }
+        if (!ports_.runsJobs) return plan;
+        for (const auto* job : chosenJobs())
+            plan.jobs.push_back(job->launchLabel.value_or(job->source));
+        return plan;
+    }
+
   private:
+    bool isChosen(const std::string& oldPlace) const { return items_.empty() || items_.contains(oldPlace); }
+
+    std::vector<RestoreStep> chosenSteps() const {
+        auto order = restoreOrder(manifest_.entries);
+        std::erase_if(order, [&](const RestoreStep& step) { return !isChosen(step.entry->source); });
+        return order;
+    }
+
+    bool isBack(const RestoreStep& step) const {
+        const Path from(*step.entry->destination);
+        return isMissing(from) && !ports_.files.isSetAside(from)
+               && ports_.files.exists(Path(step.entry->source));
+    }
+
+    /// What `restore` would come to, as far as it can be told by looking.
+    PlannedReturn planned(const RestoreStep& step) {
+        const Path from(*step.entry->destination), source(step.entry->source);
+        PlannedReturn result{
+            .oldPlace = source, .quarantined = from, .requiresRoot = step.entry->requiresRoot};
+        const bool isGone =
+            isMissing(from) && !ports_.files.isSetAside(from) && !ports_.files.isSetAside(source);
+        const bool outerStays =
+            step.outer && !isChosen(step.outer->source) && !isMissing(Path(*step.outer->destination));
+        if (isGone)
+            result.problem = {notFoundKey(from)};
+        else if (isBlocked(from, source))
+            result.problem = {blockedBySafetyPolicyKey};
+        else if (outerStays)
+            result.problem = {outerNotRestoredKey};
+        if (result.problem) return result;
+        result.destination = isMissing(from) // and on its way
+                                 ? source
+                                 : restoreTarget(source, ports_.files, taken_, nextNumber_[source]);
+        taken_.insert(*result.destination);
+        return result;
+    }
+
+    const char* notFoundKey(const Path& quarantined) {
+        return names_.find(manifest_.quarantineRoot, quarantined).isAmbiguous ? severalOfTheNameKey
+                                                                              : notInQuarantineKey;
+    }
+
     struct Queued {
         RemovalOperation operation;
         std::string path; ///< named in the line of a failure
@@ -129,9 +187,7 @@ class UndoRun {
             ++report_.alreadyBack;
             --report_.totalCount;
         } else if (!ports_.files.isSetAside(source)) {
-            fail(source.string(),
-                 {names_.find(manifest_.quarantineRoot, from).isAmbiguous ? severalOfTheNameKey
-                                                                          : notInQuarantineKey});
+            fail(source.string(), {notFoundKey(from)});
         } else if (isBlocked(from, source)) {
             fail(source.string(), {blockedBySafetyPolicyKey});
         } else if (reveal(source)) {
@@ -155,6 +211,7 @@ class UndoRun {
     void revealRemains() {
         for (const auto& entry : manifest_.entries) {
             if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
+            if (!isChosen(entry.source)) continue;
             const Path source(entry.source);
             if (!ports_.files.isSetAside(source) || !isMissing(Path(*entry.destination))) continue;
             if (isBlocked(Path(*entry.destination), source)) continue;
@@ -176,7 +233,9 @@ class UndoRun {
     /// Put back before the folder it lay in, it would take that folder's place. Inside the batch the order of
     /// the steps sees to that.
     bool mustWait(const RestoreStep& step) const {
-        if (!step.outer || (step.outer->requiresRoot && step.entry->requiresRoot)) return false;
+        if (!step.outer) return false;
+        const bool isInBatch = step.outer->requiresRoot && isChosen(step.outer->source);
+        if (isInBatch && step.entry->requiresRoot) return false;
         return !isMissing(Path(*step.outer->destination));
     }
 
@@ -215,10 +274,19 @@ class UndoRun {
                            entry.source});
     }
 
+    /// Jobs whose files this undo brings back, or an earlier one did.
+    std::vector<const ManifestEntry*> chosenJobs() const {
+        std::vector<const ManifestEntry*> jobs;
+        for (const auto& entry : manifest_.entries)
+            if (entry.kind == ManifestEntryKind::bootout && entry.plistPath && isChosen(*entry.plistPath))
+                jobs.push_back(&entry);
+        return jobs;
+    }
+
     void queueJobs(bool isSystemDomain) {
-        for (const auto& entry : manifest_.entries) {
-            if (entry.kind != ManifestEntryKind::bootout || entry.isSystemDomain != isSystemDomain) continue;
-            if (!entry.plistPath) continue;
+        for (const auto* job : chosenJobs()) {
+            const auto& entry = *job;
+            if (entry.isSystemDomain != isSystemDomain) continue;
             const Path plist(*entry.plistPath);
             // System jobs are loaded in the batch that brings their files back, so they need not be there
             // yet.
@@ -274,6 +342,7 @@ class UndoRun {
     const UserEnvironment& user_;
     PathPolicy policy_;
     const Manifest& manifest_;
+    const ItemChoice& items_;
     OperationNumbers numbers_;
     ItemNames names_;
     std::set<Path> taken_;
@@ -285,11 +354,11 @@ class UndoRun {
 
 } // namespace
 
-UndoReport UndoService::undo(const Manifest& manifest) {
-    return UndoRun(ports_, user_, manifest).run();
+UndoReport UndoService::undo(const Manifest& manifest, const ItemChoice& items) {
+    return UndoRun(ports_, user_, manifest, items).run();
 }
 
-tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root) const {
+tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settling settling) const {
     const Message nothingLeft{"history.undo.nothingLeft %@", {root.lastComponent()}};
     if (auto entry = readHistoryEntry(root, ports_.files)) {
         const bool isLeft = entry->pendingMoves > 0 || (ports_.runsJobs && entry->loadableJobs > 0);
@@ -298,8 +367,9 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root) const 
     }
     if (const auto journal = readJournal(root, ports_.files)) {
         // What goes back takes its own place; what was written there since gets a name beside it.
-        settleInterruptedMoves(journal->planned, StrayWrites::stayAside, ports_.files,
-                               PathPolicy(user_, ports_.files));
+        if (settling == Settling::done)
+            settleInterruptedMoves(journal->planned, StrayWrites::stayAside, ports_.files,
+                                   PathPolicy(user_, ports_.files));
         auto seen = observe(journal->planned, ports_.files);
         Manifest known{.createdAt = journal->createdAt,
                        .quarantineRoot = root,
@@ -317,11 +387,17 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root) const 
                                   : nothingLeft);
 }
 
-tl::expected<UndoReport, Message> UndoService::undoRun(const Path& root) {
+tl::expected<UndoPlan, Message> UndoService::planRun(const Path& root, const ItemChoice& items) {
+    return whatIsLeft(root, Settling::leftOut).map([&](const Manifest& manifest) {
+        return UndoRun(ports_, user_, manifest, items).plan();
+    });
+}
+
+tl::expected<UndoReport, Message> UndoService::undoRun(const Path& root, const ItemChoice& items) {
     const auto lock = lockTrash(user_, ports_.files);
     if (!lock) return tl::unexpected(describeNotBegun(lock.error(), ports_.texts));
-    return whatIsLeft(root).map([&](const Manifest& manifest) {
-        auto report = undo(manifest);
+    return whatIsLeft(root, Settling::done).map([&](const Manifest& manifest) {
+        auto report = undo(manifest, items);
         if (!readManifest(root, ports_.files)) finishInterruptedRun(manifest);
         return report;
     });

@@ -6,7 +6,9 @@
 #include "operations/privileged_runner.h"
 #include "platform/user_environment.h"
 #include "quarantine/manifest.h"
+#include "quarantine/run_items.h"
 
+#include <optional>
 #include <set>
 #include <string>
 #include <tl/expected.hpp>
@@ -27,6 +29,22 @@ struct UndoReport {
     friend bool operator==(const UndoReport&, const UndoReport&) = default;
 };
 
+/// Where an item of a run would go back to now, or why it would not.
+struct PlannedReturn {
+    Path oldPlace;
+    Path quarantined;
+    /// The old place, or a name beside it when that is taken; absent with a problem.
+    std::optional<Path> destination = {};
+    std::optional<Message> problem = {};
+    bool requiresRoot = false;
+};
+
+struct UndoPlan {
+    std::vector<PlannedReturn> items;
+    std::vector<std::string> jobs; ///< labels of jobs that would be loaded again
+    int alreadyBack = 0;           ///< items that lie in their old place
+};
+
 /// Puts a run's items back and loads their jobs again. The manifest is not trusted: every move is screened,
 /// and what is looked for in vain is looked for a bounded number of times.
 class UndoService {
@@ -43,17 +61,22 @@ class UndoService {
 
     UndoService(Ports ports, UserEnvironment user) : ports_(ports), user_(std::move(user)) {}
 
-    UndoReport undo(const Manifest& manifest);
+    /// Of the items chosen; an item that lies in a folder which is in quarantine, too, waits for that.
+    UndoReport undo(const Manifest& manifest, const ItemChoice& items = {});
 
     /// The undo of the run in the quarantine folder `root`, the same for every caller: locks the Trash, reads
     /// the run's manifest again (of a run that was cut off, its journal) and undoes what is left. Gives the
     /// reason when nothing was begun: another process is at work, nothing is left, nobody can tell what was
     /// moved. A run that was cut off gets its manifest in the end, as a recovery would give it, unless
     /// something of it is still on its way. Blocks.
-    tl::expected<UndoReport, Message> undoRun(const Path& root);
+    tl::expected<UndoReport, Message> undoRun(const Path& root, const ItemChoice& items = {});
+
+    /// What `undoRun` would do now, by the same rules and refusals. Only looks, and needs no lock.
+    tl::expected<UndoPlan, Message> planRun(const Path& root, const ItemChoice& items = {});
 
   private:
-    tl::expected<Manifest, Message> whatIsLeft(const Path& root) const;
+    enum class Settling { done, leftOut };
+    tl::expected<Manifest, Message> whatIsLeft(const Path& root, Settling settling) const;
     /// Gives a run that was cut off its manifest, once nothing of it is unsettled.
     void finishInterruptedRun(Manifest known) const;
 

@@ -127,7 +127,8 @@ TEST(JsonOutput, NamesThatAreNotTextNeverBreakADocument) {
 
     RemovalHistoryEntry entry;
     entry.manifest.apps = {{hostile, ""}};
-    EXPECT_EQ(parsed(json::document(std::vector{entry}, {}, Texts()))[0]["manifest"]["apps"].size(), 1U);
+    EXPECT_EQ(parsed(json::document(std::vector{entry}, true, {}, Texts()))[0]["manifest"]["apps"].size(),
+              1U);
 }
 
 } // namespace

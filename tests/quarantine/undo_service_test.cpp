@@ -214,6 +214,63 @@ TEST_F(Undo, ItemsThatLayInOneAnotherComeBackInOneAnother) {
     EXPECT_EQ(volume.files().list(Path(vendor).parent())->size(), 1u);
 }
 
+TEST_F(Undo, OfSingleItemsLeavesTheRestForLater) {
+    const std::string agent = "/Users/alice/Library/LaunchAgents/agent.plist",
+                      folder = "/Users/alice/Library/N";
+    quarantined(1, agent);
+    quarantined(2, folder + "/inner");
+    volume.write((root / "0003/N/data").string(), "");
+    manifest.entries.push_back(moveEntry(3, root, folder));
+    manifest.entries.push_back(bootoutEntry(4, "agent", false, agent));
+    quarantined(5, "/Users/alice/Library/taken");
+    volume.write("/Users/alice/Library/taken", "");
+    ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
+    UndoService service({volume.files(), administrator, session, texts, log, clock}, alice());
+
+    const auto plan = service.planRun(root, {agent, folder + "/inner", "/Users/alice/Library/taken"});
+    ASSERT_TRUE(plan);
+    std::map<std::string, std::string> goes;
+    for (const auto& item : plan->items)
+        goes[item.oldPlace.string()] = item.destination ? item.destination->string() : item.problem->key;
+    EXPECT_THAT(goes, ElementsAre(Pair(agent, agent), Pair(folder + "/inner", "failure.outerNotRestored"),
+                                  Pair("/Users/alice/Library/taken", "/Users/alice/Library/taken 2")));
+    EXPECT_THAT(plan->jobs, ElementsAre("agent"));
+    EXPECT_EQ(readHistoryEntry(root, volume.files())->pendingMoves, 4) << "nothing was changed";
+
+    EXPECT_THAT(service.undoRun(root, {folder + "/inner"})->failures,
+                ElementsAre(folder + "/inner: failure.outerNotRestored"));
+    EXPECT_EQ(*service.undoRun(root, {agent}),
+              (UndoReport{.restoredCount = 1, .totalCount = 1, .failures = {}, .relaunchedJobs = 1}));
+    EXPECT_EQ(readHistoryEntry(root, volume.files())->pendingMoves, 3);
+    EXPECT_EQ(service.planRun(root)->items.size(), 3u);
+    EXPECT_EQ(service.undoRun(root)->restoredCount, 3);
+    EXPECT_TRUE(volume.exists(folder + "/inner"));
+}
+
+TEST(RunItems, AreNamedByPlaceEndOfPlaceOrApplication) {
+    Manifest manifest{.quarantineRoot = Path("/q"), .apps = {{"Notes", "com.example.notes"}}};
+    for (const auto* source : {"/Users/a/Caches/One", "/Users/a/Logs/One", "/Users/a/Two"})
+        manifest.entries.push_back(moveEntry(1, Path("/q"), source));
+    manifest.entries.back().bundleID = "other";
+    const struct {
+        std::string word;
+        std::size_t found;
+        std::string refusal;
+    } cases[] = {{"/users/A/two", 1, ""},
+                 {"two", 1, ""},
+                 {"Logs/one", 1, ""},
+                 {"One", 0, "history.item.ambiguous %@ %@"},
+                 {"notes", 2, ""},
+                 {"COM.example.notes", 2, ""},
+                 {"ne", 0, "history.item.unknown %@"},
+                 {"", 0, "history.item.unknown %@"}};
+    for (const auto& c : cases) {
+        const auto found = findItems(manifest, {c.word});
+        EXPECT_EQ(found ? found->size() : 0, c.found) << c.word;
+        EXPECT_EQ(found ? "" : found.error().key, c.refusal) << c.word;
+    }
+}
+
 TEST_F(Undo, AHostileManifestMovesNothing) {
     const auto item = (root / "0001/item").string();
     volume.write(item, "");

@@ -6,6 +6,8 @@
 #include "cli/labels.h"
 #include "cli/table.h"
 
+#include <algorithm>
+
 namespace tidwen {
 
 namespace {
@@ -59,13 +61,66 @@ void print(const std::vector<UnfinishedRun>& runs, const CommandContext& context
     }
 }
 
+void print(const std::vector<RunItem>& items, const CommandContext& context) {
+    Table table;
+    for (const auto& item : items)
+        table.add({{context.text("cli.item." + std::string(name(item.place))),
+                    item.place == ItemPlace::missing ? Paint::caution : Paint::faint},
+                   {item.entry.source}});
+    table.print(context.console, 2);
+}
+
+/// One run with what became of each of its items.
+ExitStatus show(const TerminalHistory& runs, const std::string& word, const CommandContext& context,
+                const FileSystem& files) {
+    const auto root = runs.find(word);
+    if (!root) {
+        mentionInterruptedRuns(context, runs);
+        return context.refuse(root.error());
+    }
+    const auto& unfinished = runs.unfinishedRuns();
+    const auto run = std::ranges::find(unfinished, *root, &UnfinishedRun::root);
+    if (run != unfinished.end()) {
+        const auto items = run->known ? runItems(*run->known, files) : std::vector<RunItem>();
+        if (context.arguments.json) {
+            context.console.document(json::document(*run, items, context.texts));
+        } else {
+            print(std::vector{*run}, context);
+            print(items, context);
+        }
+        return ExitStatus::someFailed;
+    }
+    const auto& history = runs.entries();
+    const auto entry = std::ranges::find(history, *root, &RemovalHistoryEntry::root);
+    if (entry == history.end())
+        return context.refuse({"cli.history.leftOut %lld", {std::to_string(runs.leftOut())}});
+    const auto items = runItems(entry->manifest, files);
+    const auto number = runs.leftOut() > 0
+                            ? std::nullopt
+                            : std::optional(static_cast<std::size_t>(entry - history.begin()) + 1);
+    if (context.arguments.json) {
+        context.console.document(json::document(*entry, number, items));
+        return ExitStatus::done;
+    }
+    context.console.line(
+        {{labels::names(entry->manifest.apps), Paint::strong},
+         {"  " + displayDate(entry->manifest.createdAt), Paint::faint},
+         {"  " + labels::countAndSize(items.size(), entry->sizeBytes.value_or(0), context.texts)},
+         {"  " + state(*entry, context)}});
+    context.console.line(entry->root.string(), Paint::faint);
+    print(items, context);
+    return ExitStatus::done;
+}
+
 ExitStatus run(const CommandContext& context, Mac& mac) {
     TerminalHistory runs(mac);
     const auto& history = runs.load(TerminalHistory::Sizes::measured);
+    if (!context.arguments.operands.empty())
+        return show(runs, context.arguments.operands.front(), context, mac.system.files);
     const auto& unfinished = runs.unfinishedRuns();
     const bool isAllKnown = !runs.unreadable() && !runs.isAnotherAtWork() && runs.leftOut() == 0;
     if (context.arguments.json) {
-        context.console.document(json::document(history, unfinished, context.texts));
+        context.console.document(json::document(history, runs.leftOut() == 0, unfinished, context.texts));
     } else {
         if (!history.empty())
             print(history, context);
@@ -82,7 +137,12 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 } // namespace
 
 Command historyCommand() {
-    return {.syntax = {.name = "history", .summary = "List past removals, newest first"}, .run = run};
+    return {.syntax = {.name = "history",
+                       .summary = "List past removals, newest first, or what became of the items of one",
+                       .operandName = "RUN",
+                       .operandHelp = "Number in history, or name of the quarantine folder",
+                       .maximumOperands = 1},
+            .run = run};
 }
 
 } // namespace tidwen

@@ -5,7 +5,8 @@
 namespace tidwen {
 
 TerminalHistory::TerminalHistory(Mac& mac)
-    : undo_(undoPorts(mac), mac.system.user),
+    : files_(mac.system.files),
+      undo_(undoPorts(mac), mac.system.user),
       purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
       model_({mac.system.files, undo_, purge_, mac.system.defaults, mac.system.texts, queue_, queue_},
              mac.system.user) {}
@@ -28,8 +29,14 @@ TerminalHistory::await(const std::function<void(HistoryModel::Answer<Result>)>& 
     });
 }
 
-tl::expected<UndoReport, Message> TerminalHistory::undo(const Path& root) {
-    return await<UndoReport>([&](auto answer) { model_.undo(root, std::move(answer)); });
+std::optional<Manifest> TerminalHistory::record(const Path& root) const {
+    if (auto manifest = readManifest(root, files_)) return std::move(*manifest);
+    const auto run = readUnfinishedRun(root, files_);
+    return run ? run->known : std::nullopt;
+}
+
+tl::expected<UndoReport, Message> TerminalHistory::undo(const Path& root, const ItemChoice& items) {
+    return await<UndoReport>([&](auto answer) { model_.undo(root, items, std::move(answer)); });
 }
 
 tl::expected<QuarantinePurge::Outcome, Message>

@@ -23,6 +23,8 @@ class TerminalHistory {
     /// In the order in which `history` numbers them from 1.
     const std::vector<RemovalHistoryEntry>& load(Sizes sizes);
 
+    /// As they were loaded.
+    const std::vector<RemovalHistoryEntry>& entries() const { return model_.entries.get(); }
     /// Runs that `load` did not read, because there is too much to read.
     std::uint64_t leftOut() const { return model_.leftOut.get().size(); }
     /// The run that a word means, as `findRun`.
@@ -37,8 +39,15 @@ class TerminalHistory {
     const std::optional<FileError>& unreadable() const { return model_.unreadable.get(); }
     bool isAnotherAtWork() const { return model_.isAnotherAtWork.get(); }
 
+    /// What is known of the run in `root`: its manifest, or by its journal what can be undone now.
+    std::optional<Manifest> record(const Path& root) const;
+
     /// The reason when nothing was done.
-    tl::expected<UndoReport, Message> undo(const Path& root);
+    tl::expected<UndoReport, Message> undo(const Path& root, const ItemChoice& items);
+    /// What `undo` would do.
+    tl::expected<UndoPlan, Message> planUndo(const Path& root, const ItemChoice& items) {
+        return undo_.planRun(root, items);
+    }
     std::optional<Message> whyNotRemove() const { return model_.whyNotRemove(); }
     tl::expected<QuarantinePurge::Outcome, Message> remove(const std::vector<RemovalHistoryEntry>& chosen);
 
@@ -46,6 +55,7 @@ class TerminalHistory {
     template<class Result>
     tl::expected<Result, Message> await(const std::function<void(HistoryModel::Answer<Result>)>& start);
 
+    FileSystem& files_;
     MainQueue queue_; ///< main thread and background in one
     UndoService undo_;
     QuarantinePurge purge_;

@@ -3,15 +3,18 @@
 #include "cli/commands/terminal_history.h"
 #include "cli/console.h"
 #include "cli/json/output.h"
-#include "cli/labels.h"
+#include "cli/table.h"
+
+#include <algorithm>
 
 namespace tidwen {
 
 namespace {
 
-void print(const UndoReport& report, const CommandContext& context, const Mac& mac) {
+void print(const UndoReport& report, bool isOfSingleItems, const CommandContext& context, const Mac& mac) {
     const bool isComplete = report.failures.empty();
-    context.console.line(context.text(isComplete ? "report.undo.complete" : "report.undo.partial"),
+    const auto* whole = isOfSingleItems ? "cli.undo.chosenComplete" : "report.undo.complete";
+    context.console.line(context.text(isComplete ? whole : "report.undo.partial"),
                          isComplete ? Paint::good : Paint::caution);
     for (const auto& failure : report.failures)
         context.console.line("  " + failure);
@@ -28,23 +31,70 @@ void print(const UndoReport& report, const CommandContext& context, const Mac& m
             context.text("report.undo.relaunched %lld", {std::to_string(report.relaunchedJobs)}));
 }
 
+constexpr const char* dryRunOption = "--dry-run";
+
+void print(const UndoPlan& plan, const CommandContext& context) {
+    Table table;
+    for (const auto& item : plan.items) {
+        const auto note = item.problem ? context.texts.text(*item.problem)
+                          : *item.destination != item.oldPlace
+                              ? context.text("cli.undo.beside %@", {item.destination->string()})
+                              : std::string();
+        table.add({{context.text(item.problem ? "cli.undo.stays" : "cli.undo.goesBack"),
+                    item.problem ? Paint::caution : Paint::good},
+                   {item.requiresRoot ? context.text("cli.plan.administrator") : "", Paint::caution},
+                   {item.oldPlace.string()},
+                   {note, Paint::faint}});
+    }
+    for (const auto& job : plan.jobs)
+        table.add({{context.text("cli.step.bootstrap"), Paint::good}, {}, {job}});
+    table.print(context.console);
+    if (plan.alreadyBack > 0)
+        context.console.line(context.text("cli.undo.alreadyBack %lld", {std::to_string(plan.alreadyBack)}));
+}
+
+ExitStatus showPlan(TerminalHistory& history, const Path& root, const ItemChoice& items,
+                    const CommandContext& context) {
+    const auto plan = history.planUndo(root, items);
+    if (!plan) return context.refuse(plan.error());
+    if (context.arguments.json)
+        context.console.document(json::document(root, *plan, context.texts));
+    else
+        print(*plan, context);
+    const bool isWhole =
+        std::ranges::none_of(plan->items, [](const PlannedReturn& item) { return item.problem.has_value(); });
+    return isWhole ? ExitStatus::done : ExitStatus::someFailed;
+}
+
+/// The items that words mean; all of them without words.
+tl::expected<ItemChoice, Message> choose(const TerminalHistory& history, const Path& root,
+                                         const std::vector<std::string>& words) {
+    if (words.empty()) return ItemChoice();
+    const auto record = history.record(root);
+    if (!record) return tl::unexpected(Message{"history.undo.unreadable %@", {root.lastComponent()}});
+    return findItems(*record, words);
+}
+
 ExitStatus run(const CommandContext& context, Mac& mac) {
-    const std::string& word = context.arguments.operands.front();
+    const auto& words = context.arguments.operands;
     TerminalHistory history(mac);
     history.load(TerminalHistory::Sizes::leftOut);
-    const auto root = history.find(word);
+    const auto root = history.find(words.front());
     if (!root) {
         mentionInterruptedRuns(context, history);
         return context.refuse(root.error());
     }
+    const auto items = choose(history, *root, {words.begin() + 1, words.end()});
+    if (!items) return context.refuse(items.error());
+    if (context.arguments.has(dryRunOption)) return showPlan(history, *root, *items, context);
     context.console.progress(context.text("home.recovery.restoring"));
-    const auto report = history.undo(*root);
+    const auto report = history.undo(*root, *items);
     context.console.endProgress();
     if (!report) return context.refuse(report.error());
     if (context.arguments.json)
         context.console.document(json::document(*report));
     else
-        print(*report, context, mac);
+        print(*report, !items->empty(), context, mac);
     return report->failures.empty() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
@@ -52,11 +102,14 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 
 Command undoCommand() {
     return {.syntax = {.name = "undo",
-                       .summary = "Put everything that a removal moved back to its place",
+                       .summary = "Put what a removal moved back to its place: everything, or single items",
                        .operandName = "RUN",
-                       .operandHelp = "Number in history, or name of the quarantine folder",
+                       .operandHelp =
+                           "Number in history, or name of the quarantine folder; then the items to "
+                           "put back, as “tidwen history RUN” shows them",
                        .minimumOperands = 1,
-                       .maximumOperands = 1},
+                       .maximumOperands = anyNumber,
+                       .options = {{dryRunOption, "", "Print what would be put back and change nothing"}}},
             .run = run};
 }
 

@@ -111,27 +111,82 @@ std::string document(const RemovalReport& report, const Texts& texts) {
     return writeJson(result);
 }
 
-std::string document(const std::vector<RemovalHistoryEntry>& entries,
-                     const std::vector<UnfinishedRun>& unfinished, const Texts& texts) {
-    Value runs = array(entries, [](const RemovalHistoryEntry& entry) {
-        Value result{{"root", entry.root.string()},
-                     {"status", entry.manifest.recoveredAt ? "recovered" : "finished"},
-                     {"manifest", object(entry.manifest)},
-                     {"pendingMoves", entry.pendingMoves},
-                     {"totalMoves", entry.totalMoves},
-                     {"missingMoves", entry.missingMoves}};
-        put(result, "sizeBytes", entry.sizeBytes);
-        return result;
-    });
-    for (const auto& run : unfinished) {
-        Value result{{"root", run.root.string()},
-                     {"status", std::string(name(run.problem))},
-                     {"advice", texts.text(run.advice())},
-                     {"unsettled", run.unsettled}};
-        if (run.known) result["known"] = object(*run.known);
-        runs.push_back(std::move(result));
+namespace {
+
+Value object(const RemovalHistoryEntry& entry, std::optional<std::size_t> number) {
+    Value result{{"root", entry.root.string()},
+                 {"status", entry.manifest.recoveredAt ? "recovered" : "finished"},
+                 {"manifest", object(entry.manifest)},
+                 {"pendingMoves", entry.pendingMoves},
+                 {"totalMoves", entry.totalMoves},
+                 {"missingMoves", entry.missingMoves}};
+    put(result, "number", number);
+    put(result, "sizeBytes", entry.sizeBytes);
+    return result;
+}
+
+Value object(const UnfinishedRun& run, const Texts& texts) {
+    Value result{{"root", run.root.string()},
+                 {"status", std::string(name(run.problem))},
+                 {"advice", texts.text(run.advice())},
+                 {"unsettled", run.unsettled}};
+    if (run.known) result["known"] = object(*run.known);
+    return result;
+}
+
+Value object(const RunItem& item) {
+    Value fields{{"source", item.entry.source},
+                 {"place", name(item.place)},
+                 {"requiresRoot", item.entry.requiresRoot},
+                 {"bundleID", item.entry.bundleID}};
+    put(fields, "destination", item.entry.destination);
+    return fields;
+}
+
+std::string withItems(Value run, const std::vector<RunItem>& items) {
+    run["items"] = array(items, [](const RunItem& item) { return object(item); });
+    return writeJson(run);
+}
+
+Value object(const PlannedReturn& item, const Texts& texts) {
+    Value fields{{"source", value(item.oldPlace)},
+                 {"quarantined", value(item.quarantined)},
+                 {"requiresRoot", item.requiresRoot}};
+    if (item.destination) fields["destination"] = value(*item.destination);
+    if (item.problem) {
+        fields["failureReason"] = texts.text(*item.problem);
+        fields["failureKey"] = item.problem->key;
     }
+    return fields;
+}
+
+} // namespace
+
+std::string document(const std::vector<RemovalHistoryEntry>& entries, bool areNumbered,
+                     const std::vector<UnfinishedRun>& unfinished, const Texts& texts) {
+    Value runs = Value::array();
+    for (const auto& entry : entries)
+        runs.push_back(object(entry, areNumbered ? std::optional(runs.size() + 1) : std::nullopt));
+    for (const auto& run : unfinished)
+        runs.push_back(object(run, texts));
     return writeJson(runs);
+}
+
+std::string document(const RemovalHistoryEntry& entry, std::optional<std::size_t> number,
+                     const std::vector<RunItem>& items) {
+    return withItems(object(entry, number), items);
+}
+
+std::string document(const UnfinishedRun& run, const std::vector<RunItem>& items, const Texts& texts) {
+    return withItems(object(run, texts), items);
+}
+
+std::string document(const Path& root, const UndoPlan& plan, const Texts& texts) {
+    return writeJson(
+        {{"root", value(root)},
+         {"items", array(plan.items, [&](const PlannedReturn& item) { return object(item, texts); })},
+         {"jobs", plan.jobs},
+         {"alreadyBack", plan.alreadyBack}});
 }
 
 std::string document(const UndoReport& report) {

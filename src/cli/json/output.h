@@ -32,10 +32,16 @@ std::string document(const std::vector<RemovalOperation>& plan);
 /// A failed result carries its reason in words and, as "failureKey", by the key that does not change with
 /// the language.
 std::string document(const RemovalReport& report, const Texts& texts);
-/// The numbered runs in their order, then those that have no readable manifest; told apart by "status".
-std::string document(const std::vector<RemovalHistoryEntry>& entries,
+/// The runs in their order, numbered from 1 unless the numbers are uncertain, then those that have no
+/// readable manifest; told apart by "status".
+std::string document(const std::vector<RemovalHistoryEntry>& entries, bool areNumbered,
                      const std::vector<UnfinishedRun>& unfinished, const Texts& texts);
+/// One run with what became of each of its items.
+std::string document(const RemovalHistoryEntry& entry, std::optional<std::size_t> number,
+                     const std::vector<RunItem>& items);
+std::string document(const UnfinishedRun& run, const std::vector<RunItem>& items, const Texts& texts);
 std::string document(const UndoReport& report);
+std::string document(const Path& root, const UndoPlan& plan, const Texts& texts);
 std::string document(const std::vector<Manifest>& manifests);
 
 } // namespace tidwen::json

@@ -8,7 +8,7 @@ import shutil
 import subprocess
 
 import terminal
-from terminal import VolumeTest, snapshot
+from terminal import RESTORED_NEVER, VolumeTest, snapshot
 
 
 class Around(VolumeTest):
@@ -44,6 +44,28 @@ class Around(VolumeTest):
         self.assertEqual(left, {path for path in everything if "/receipts/" in path}, "what stays is shown again")
         self.call("undo", "1")
         self.assertEqual(snapshot(self.volume, "Users/alice/.Trash"), before)
+
+    def test_single_items_come_back_and_the_rest_later(self):
+        before = snapshot(self.volume, *RESTORED_NEVER)
+        self.call("remove", "Kip", "Pantry", "--yes")
+        planned = self.call("undo", "1", "Pantry", "--dry-run", "--json").json["items"]
+        self.assertEqual({item["destination"] for item in planned}, {item["source"] for item in planned})
+        self.assertIn("/Applications/Pantry.app", self.call("undo", "1", "--dry-run").output)
+        places = self.call("history", "1", "--json").json["items"]
+        self.assertEqual({item["place"] for item in places}, {"inQuarantine"}, "a dry run changes nothing")
+        self.refuse("undo", "1", "Lumen", saying="“Lumen”")
+
+        (self.volume / "Applications/Kip.app").mkdir()
+        self.assertIn("as /Applications/Kip 2.app", self.call("undo", "1", "Kip.app", "--dry-run").output)
+        (self.volume / "Applications/Kip.app").rmdir()
+        self.call("undo", "1", "Kip.app")
+        shown = self.call("history", "1").output
+        self.assertIn("put back       /Applications/Kip.app", shown)
+        self.assertIn("in quarantine  /Applications/Pantry.app", shown)
+        run, = self.call("history", "--json").json
+        self.assertEqual((run["number"], run["totalMoves"] - run["pendingMoves"]), (1, 1))
+        self.call("undo", "1")
+        self.assertEqual(snapshot(self.volume, *RESTORED_NEVER), before)
 
     def test_purge_asks_and_deletes(self):
         self.call("remove", "Kip", "--yes")

@@ -8,10 +8,7 @@ import shutil
 import unicodedata
 
 import terminal
-from terminal import VolumeTest, snapshot
-
-RESTORED_NEVER = ("Users/alice/.Trash", "Users/alice/Library/Application Support/com.apple.TCC",
-                  "Library/Application Support/com.apple.TCC")
+from terminal import RESTORED_NEVER, VolumeTest, snapshot
 
 
 def write_list(path, values):

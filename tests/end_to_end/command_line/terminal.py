@@ -13,6 +13,10 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 import documents  # noqa: E402
 
 PROGRAM = None  # set by the test's main()
+# What an undo does not bring back: the run's own folder stays for the record, and permissions that were reset are
+# for macOS to ask again.
+RESTORED_NEVER = ("Users/alice/.Trash", "Users/alice/Library/Application Support/com.apple.TCC",
+                  "Library/Application Support/com.apple.TCC")
 
 
 def snapshot(root: Path, *left_out: str):

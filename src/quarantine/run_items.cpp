@@ -1,0 +1,95 @@
+#include "quarantine/run_items.h"
+
+#include "base/path_key.h"
+#include "base/text.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace tidwen {
+
+namespace {
+
+/// `end`: absolute; what stands behind its root are the components that are looked for.
+bool endsIn(const Path& path, const Path& end) {
+    const auto parts = path.components(), last = end.components();
+    return last.size() > 1 && last.size() <= parts.size()
+           && std::equal(last.rbegin(), std::prev(last.rend()), parts.rbegin());
+}
+
+/// Whether the entry is of an application that is called so.
+bool isOf(const ManifestEntry& entry, const std::string& name, const Manifest& manifest) {
+    const auto key = fileNameKey(name);
+    return std::ranges::any_of(manifest.apps, [&](const AppRecord& app) {
+        const bool isCalledSo = fileNameKey(app.name) == key || fileNameKey(app.bundleID) == key;
+        return isCalledSo && !key.empty() && app.bundleID == entry.bundleID;
+    });
+}
+
+template<class Test>
+ItemChoice where(const Manifest& manifest, const Test& isMeant) {
+    ItemChoice found;
+    for (const auto& entry : manifest.entries)
+        if (entry.kind == ManifestEntryKind::move && isMeant(entry)) found.insert(entry.source);
+    return found;
+}
+
+tl::expected<ItemChoice, Message> find(const Manifest& manifest, const std::string& word) {
+    const auto key = pathKey(Path("/" + word).standardized());
+    auto found = where(manifest, [&](const auto& entry) { return entry.source == word; });
+    if (found.empty() && word.starts_with('/'))
+        found = where(manifest, [&](const auto& entry) { return pathKey(Path(entry.source)) == key; });
+    if (found.empty()) found = where(manifest, [&](const auto& each) { return isOf(each, word, manifest); });
+    if (!found.empty()) return found;
+    if (!word.starts_with('/'))
+        found =
+            where(manifest, [&](const auto& entry) { return endsIn(pathKey(Path(entry.source)), key); });
+    if (found.empty()) return tl::unexpected(Message{"history.item.unknown %@", {word}});
+    if (found.size() == 1) return found;
+    std::string all;
+    for (const auto& item : found)
+        all += (all.empty() ? "" : ", ") + item;
+    return tl::unexpected(Message{"history.item.ambiguous %@ %@", {word, all}});
+}
+
+} // namespace
+
+std::string_view name(ItemPlace place) {
+    switch (place) {
+    case ItemPlace::inQuarantine:
+        return "inQuarantine";
+    case ItemPlace::putBack:
+        return "putBack";
+    case ItemPlace::missing:
+        return "missing";
+    }
+    return {};
+}
+
+ItemPlace placeOf(const ManifestEntry& move, const FileSystem& files) {
+    // An undo that was cut off between two devices still has it on its way.
+    const bool isPending = move.destination
+                           && (files.exists(Path(*move.destination))
+                               || files.isSetAside(Path(*move.destination)));
+    if (isPending) return ItemPlace::inQuarantine;
+    return files.exists(Path(move.source)) ? ItemPlace::putBack : ItemPlace::missing;
+}
+
+std::vector<RunItem> runItems(const Manifest& manifest, const FileSystem& files) {
+    std::vector<RunItem> items;
+    for (const auto& entry : manifest.entries)
+        if (entry.kind == ManifestEntryKind::move) items.push_back({entry, placeOf(entry, files)});
+    return items;
+}
+
+tl::expected<ItemChoice, Message> findItems(const Manifest& manifest, const std::vector<std::string>& words) {
+    ItemChoice all;
+    for (const auto& word : words) {
+        auto found = find(manifest, word);
+        if (!found) return found;
+        all.merge(*found);
+    }
+    return all;
+}
+
+} // namespace tidwen
