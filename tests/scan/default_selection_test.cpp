@@ -107,7 +107,7 @@ constexpr const char* key = "tidwen.protectedBundleIDs";
 TEST(ProtectedApps, TogglesAndStoresSorted) {
     test::MemoryDefaults defaults;
     ProtectedApps apps(defaults);
-    for (const char* identifier : {"b", "a", "x", "C", "x"})
+    for (const char* identifier : {"b", "a", "x", "C", "X"})
         apps.toggle(identifier);
     EXPECT_EQ(defaults.value(key), (PropertyListArray{"C", "a", "b"}));
     defaults.isReadOnly = true;
@@ -118,13 +118,13 @@ TEST(ProtectedApps, TogglesAndStoresSorted) {
     EXPECT_TRUE(ProtectedApps(defaults).bundleIDs().empty());
 }
 
-TEST(ProtectedApps, PartitionComparesExactlyAndKeepsTheOrder) {
+TEST(ProtectedApps, PartitionPassesOverLetterCaseAndKeepsTheOrder) {
     test::MemoryDefaults defaults;
     defaults.values = {{key, PropertyListArray{"a", "c"}}};
     const AppTarget a{.bundleID = "a"}, upper{.bundleID = "A"}, b{.bundleID = "b"}, c{.bundleID = "c"};
     const auto parts = ProtectedApps(defaults).partition({c, upper, a, b});
-    EXPECT_EQ(parts.protectedTargets, (std::vector{c, a}));
-    EXPECT_EQ(parts.allowed, (std::vector{upper, b}));
+    EXPECT_EQ(parts.protectedTargets, (std::vector{c, upper, a}));
+    EXPECT_EQ(parts.allowed, std::vector{b});
 }
 
 } // namespace

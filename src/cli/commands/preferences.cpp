@@ -86,13 +86,12 @@ std::optional<std::set<std::string>> protectedOnes(const std::vector<std::string
     const IdentifierReader reader(context, mac);
     std::set<std::string> found;
     for (const auto& word : words) {
-        auto ids = apps.inAnyCase(word);
-        if (const auto named = reader.installed(word); ids.empty() && named) ids = apps.inAnyCase(*named);
-        if (ids.empty()) {
+        const auto id = apps.contains(word) ? std::optional(word) : reader.installed(word);
+        if (!id || !apps.contains(*id)) {
             context.refuse({"cli.protect.unknown %@", {word}});
             return std::nullopt;
         }
-        found.insert(ids.begin(), ids.end());
+        found.insert(*id);
     }
     return found;
 }
@@ -122,8 +121,8 @@ ExitStatus runProtect(const CommandContext& context, Host& host, Mac* mac) {
         const auto ids =
             action == "add" ? newOnes(named, apps, context, mac) : protectedOnes(named, apps, context, mac);
         if (!ids) return ExitStatus::refused;
-        for (const auto& id : *ids)
-            if (!apps.toggle(id)) return notStored(context);
+        for (const auto& id : *ids) // two words may mean one
+            if (apps.contains(id) != (action == "add") && !apps.toggle(id)) return notStored(context);
     }
     if (context.arguments.json)
         context.console.document(json::document(apps.bundleIDs()));
@@ -152,13 +151,10 @@ void printTags(const AppTags& tags, const CommandContext& context) {
     }
 }
 
-/// The identifier under which tags are kept for what the word means.
+/// The identifier that the word means; one that bears tags needs no application.
 std::optional<std::string> taggedOne(const std::string& word, const AppTags& tags,
                                      const CommandContext& context, Mac* mac) {
-    for (const auto& tag : tags.all())
-        for (const auto& id : tags.tagged(tag))
-            if (lowercased(id) == lowercased(word)) return id;
-    return IdentifierReader(context, mac).read(word);
+    return tags.tags(word).empty() ? IdentifierReader(context, mac).read(word) : std::optional(word);
 }
 
 /// `tag`: what should change; `name`: what it should become or be called.

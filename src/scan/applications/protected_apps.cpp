@@ -2,8 +2,7 @@
 
 #include "base/text.h"
 
-#include <algorithm>
-#include <iterator>
+#include <utility>
 
 namespace tidwen {
 
@@ -21,20 +20,14 @@ std::set<std::string> read(const std::optional<PropertyListValue>& stored) {
 
 } // namespace
 
-ProtectedApps::ProtectedApps(Defaults& defaults)
-    : defaults_(defaults), bundleIDs_(read(defaults.value(defaultsKey))) {}
+ProtectedApps::ProtectedApps(Defaults& defaults) : defaults_(defaults) {
+    show(read(defaults.value(defaultsKey)));
+}
 
 std::optional<Message> ProtectedApps::problem() const {
     if (auto problem = defaults_.problem()) return problem;
     if (isReadable(defaults_.value(defaultsKey))) return std::nullopt;
     return Message{"settings.problem.protectedList"};
-}
-
-std::vector<std::string> ProtectedApps::inAnyCase(const std::string& bundleID) const {
-    std::vector<std::string> found;
-    std::copy_if(bundleIDs_.begin(), bundleIDs_.end(), std::back_inserter(found),
-                 [wanted = lowercased(bundleID)](const auto& id) { return lowercased(id) == wanted; });
-    return found;
 }
 
 bool ProtectedApps::toggle(const std::string& bundleID) {
@@ -49,7 +42,8 @@ bool ProtectedApps::toggle(const std::string& bundleID) {
             if (adds)
                 edited.insert(bundleID);
             else
-                edited.erase(bundleID);
+                std::erase_if(edited,
+                              [&](const auto& each) { return lowercased(each) == lowercased(bundleID); });
             return PropertyListArray(edited.begin(), edited.end());
         });
     if (isStored && isKnown) show(std::move(edited));
@@ -63,6 +57,7 @@ void ProtectedApps::reload() {
 void ProtectedApps::show(std::set<std::string> bundleIDs) {
     if (bundleIDs == bundleIDs_) return;
     bundleIDs_ = std::move(bundleIDs);
+    protects_ = {bundleIDs_.begin(), bundleIDs_.end()};
     changed.emit();
 }
 
