@@ -67,9 +67,9 @@ class HomeFilter {
         if (options_.onlyUnused && usageBand(app, options_.threshold, now_) != UsageBand::unused)
             return false;
         if (options_.onlyProtected && !protected_.contains(app.bundleID)) return false;
-        const auto own = tags_.tags(app.bundleID);
-        if (options_.tag && std::find(own.begin(), own.end(), *options_.tag) == own.end()) return false;
+        if (options_.tag && !tags_.isTagged(app.bundleID, *options_.tag)) return false;
         if (query_.empty() || holds(app.name) || holds(app.bundleID)) return true;
+        const auto own = tags_.tags(app.bundleID);
         return std::any_of(own.begin(), own.end(), [&](const auto& tag) { return holds(tag); });
     }
 

@@ -58,6 +58,11 @@ std::vector<std::string> AppTags::tags(const std::string& bundleID) const {
     return tags;
 }
 
+bool AppTags::isTagged(const std::string& bundleID, const std::string& tag) const {
+    const auto found = byApp_.find(bundleID);
+    return found != byApp_.end() && find(found->second, trimmed(tag)) != found->second.end();
+}
+
 std::vector<std::string> AppTags::all(const Store& store) {
     std::vector<std::string> result;
     for (const auto& [bundleID, tags] : store)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/letter_case.h"
 #include "base/observable.h"
 #include "platform/defaults.h"
 
@@ -16,7 +17,7 @@ namespace tidwen {
 /// The user's own tags on applications. Belongs to the main thread.
 ///
 /// Tag names are trimmed, never empty, at most 64 characters, and two that differ in letter case only are
-/// one.
+/// one. So are identifiers.
 class AppTags {
   public:
     static constexpr const char* defaultsKey = "tidwen.appTags";
@@ -29,6 +30,7 @@ class AppTags {
     std::vector<std::string> all() const { return all(byApp_); }
     /// Identifiers of the applications that carry a tag.
     std::set<std::string> tagged(const std::string& tag) const;
+    bool isTagged(const std::string& bundleID, const std::string& tag) const;
 
     /// Why nothing changed.
     enum class Refusal { unusableName, thereAlready, notThere, notStored };
@@ -48,7 +50,8 @@ class AppTags {
     Signal<> changed;
 
   private:
-    using Store = std::map<std::string, std::vector<std::string>>; ///< identifier → tags, each once
+    /// Identifier → tags, each once.
+    using Store = std::map<std::string, std::vector<std::string>, AnyCase>;
     static Store read(const std::optional<PropertyListValue>& stored);
     static std::vector<std::string> all(const Store& store);
     static std::string spelling(const std::string& tag, const Store& store);

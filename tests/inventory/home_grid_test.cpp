@@ -85,8 +85,8 @@ TEST_F(HomeGrid, GroupsSortsAndFilters) {
     apps[2].category = "org.example.odd";
     tags.add("com.example.Buoy", "Sea");
     tags.add("com.example.Cutter", "Sea");
-    tags.add("com.example.Cutter", "Fast");
-    protectedApps.toggle("com.example.Buoy");
+    tags.add("com.example.CUTTER", "Fast");
+    protectedApps.toggle("com.example.buoy");
 
     EXPECT_THAT(shown({}), ElementsAre("unused: Cutter Anchor", "recent: Buoy", "unknown: Dinghy"));
     EXPECT_THAT(shown({.grouping = HomeGrouping::none, .sort = HomeSort::lastUsed}),
@@ -100,7 +100,7 @@ TEST_F(HomeGrid, GroupsSortsAndFilters) {
     EXPECT_THAT(shown({.grouping = HomeGrouping::none, .onlyUnused = true}),
                 ElementsAre("all: Anchor Cutter"));
     EXPECT_THAT(shown({.grouping = HomeGrouping::none, .onlyProtected = true}), ElementsAre("all: Buoy"));
-    EXPECT_THAT(shown({.grouping = HomeGrouping::none, .tag = "Fast"}), ElementsAre("all: Cutter"));
+    EXPECT_THAT(shown({.grouping = HomeGrouping::none, .tag = "fast"}), ElementsAre("all: Cutter"));
 }
 
 TEST(UsageProbe, ReadsTheDateThatTheSystemKeeps) {

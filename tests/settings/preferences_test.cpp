@@ -81,7 +81,7 @@ TEST(AppTags, JoinsWhatPeopleCallTheSame) {
     EXPECT_EQ(tags.rename("nope", "x").error(), notThere);
     EXPECT_EQ(tags.rename("work", "Work").error(), thereAlready);
     EXPECT_EQ(tags.erase("nope").error(), notThere);
-    EXPECT_TRUE(tags.add("com.example.b", "Games"));
+    EXPECT_TRUE(tags.add("COM.example.B", "Games"));
     EXPECT_THAT(tags.all(), ElementsAre("Games", "Work"));
     EXPECT_TRUE(tags.rename("games", "Work")); // joins the two
     EXPECT_THAT(tags.tags("com.example.b"), ElementsAre("Work"));
@@ -104,9 +104,10 @@ TEST(AppTags, JoinsWhatPeopleCallTheSame) {
 TEST(AppTags, ReadsDamagedStoresAsFarAsTheyMakeSense) {
     test::MemoryDefaults defaults;
     defaults.values["tidwen.appTags"] =
-        PropertyListDictionary{{"com.example.a", PropertyListArray{"x", "X", "", std::string(100, 'y')}},
+        PropertyListDictionary{{"com.example.A", PropertyListArray{"z"}},
+                               {"com.example.a", PropertyListArray{"x", "X", "", std::string(100, 'y')}},
                                {"com.example.b", "no list"}};
-    EXPECT_THAT(AppTags(defaults).all(), ElementsAre("x"));
+    EXPECT_THAT(AppTags(defaults).tags("com.example.a"), ElementsAre("x", "z"));
 }
 
 } // namespace
