@@ -1,19 +1,17 @@
 #include "base/json.h"
 
+#include "base/json_reader.h"
 #include "base/text.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
-#include <set>
-#include <vector>
+#include <variant>
 
 namespace tidwen {
 
 using nlohmann::json;
 
 namespace {
-
-constexpr std::size_t maxDepth = 64;
 
 void writeString(std::string& out, std::string_view text) {
     const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
@@ -100,36 +98,35 @@ void writeValue(std::string& out, const json& value, std::size_t indent) {
     }
 }
 
-/// Looks through a document for what the library lets pass: too deep, or a key twice in one object.
-class StrictnessCheck : public nlohmann::json_sax<json> {
-  public:
-    bool null() override { return true; }
-    bool boolean(bool) override { return true; }
-    bool number_integer(number_integer_t) override { return true; }
-    bool number_unsigned(number_unsigned_t) override { return true; }
-    bool number_float(number_float_t, const string_t&) override { return true; }
-    bool string(string_t&) override { return true; }
-    bool binary(binary_t&) override { return true; }
-    bool start_object(std::size_t) override { return open(); }
-    bool end_object() override { return close(); }
-    bool start_array(std::size_t) override { return open(); }
-    bool end_array() override { return close(); }
-    bool key(string_t& name) override { return keys_.back().insert(name).second; }
-    bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override {
-        return false;
+/// The value that stands next. No deeper than the reader goes.
+json takeValue(JsonReader& reader) {
+    json value;
+    switch (reader.next()) {
+    case JsonReader::Kind::null:
+        reader.null();
+        break;
+    case JsonReader::Kind::boolean:
+        value = reader.boolean();
+        break;
+    case JsonReader::Kind::number:
+        std::visit([&](auto number) { value = number; }, reader.number());
+        break;
+    case JsonReader::Kind::string:
+        value = std::string(reader.string());
+        break;
+    case JsonReader::Kind::array:
+        value = json::array();
+        reader.array([&] { value.push_back(takeValue(reader)); });
+        break;
+    case JsonReader::Kind::object:
+        value = json::object();
+        reader.object([&](std::string_view key) { value[std::string(key)] = takeValue(reader); });
+        break;
+    case JsonReader::Kind::none:
+        break;
     }
-
-  private:
-    bool open() {
-        keys_.emplace_back();
-        return keys_.size() <= maxDepth;
-    }
-    bool close() {
-        keys_.pop_back();
-        return true;
-    }
-    std::vector<std::set<std::string>> keys_;
-};
+    return value;
+}
 
 } // namespace
 
@@ -186,10 +183,9 @@ void JsonStream::flush(std::size_t mostKept) {
 
 std::optional<json> parseJson(std::string_view text, std::size_t maxBytes) {
     if (text.size() > maxBytes) return std::nullopt;
-    StrictnessCheck check;
-    if (!json::sax_parse(text, &check)) return std::nullopt;
-    auto value = json::parse(text, nullptr, false);
-    if (value.is_discarded()) return std::nullopt;
+    JsonReader reader(text);
+    auto value = takeValue(reader);
+    if (!reader.finish()) return std::nullopt;
     return value;
 }
 

@@ -2,9 +2,13 @@
 
 #include "base/text.h"
 
+#include <algorithm>
+
 namespace tidwen {
 
 Path pathKey(const Path& path) {
+    const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    if (std::ranges::all_of(path.string(), isAscii)) return Path(lowercased(path.string()));
     std::string key;
     for (const auto& component : path.components()) {
         const auto name = fileNameKey(component);

@@ -4,6 +4,7 @@
 #include <fmt/core.h>
 #include <map>
 #include <memory>
+#include <numeric>
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
 #include <unicode/coll.h>
@@ -18,8 +19,12 @@ namespace {
 
 constexpr char32_t replacement = 0xFFFD;
 
+/// Looks at all of it, so that the compiler can take many bytes at once.
 bool isAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    const auto bits = std::accumulate(text.begin(), text.end(), 0u, [](unsigned all, char c) {
+        return all | static_cast<unsigned char>(c);
+    });
+    return bits < 0x80;
 }
 
 char asciiLower(char c) {
@@ -99,11 +104,12 @@ int sign(std::ptrdiff_t difference) {
 
 std::string lowercased(std::string_view text) {
     std::string result;
-    result.reserve(text.size());
     if (isAscii(text)) {
-        std::transform(text.begin(), text.end(), std::back_inserter(result), asciiLower);
+        result = text;
+        std::transform(result.begin(), result.end(), result.begin(), asciiLower);
         return result;
     }
+    result.reserve(text.size());
     UErrorCode status = U_ZERO_ERROR;
     icu::StringByteSink<std::string> sink(&result);
     icu::CaseMap::utf8ToLower("", 0, piece(validUtf8(text)), sink, nullptr, status);

@@ -1,4 +1,5 @@
 #include "base/json.h"
+#include "base/json_reader.h"
 #include "base/path_key.h"
 #include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
@@ -9,7 +10,9 @@
 #include <fmt/core.h>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <type_traits>
 #include <utility>
+#include <variant>
 
 namespace tidwen {
 
@@ -17,183 +20,236 @@ namespace {
 
 using nlohmann::json;
 
-bool take(const json& value, std::string& into) {
-    if (!value.is_string()) return false;
-    into = value.get_ref<const std::string&>();
-    return true;
+/// A member of a record, and where its value goes.
+template<class T>
+struct Field {
+    std::string_view key;
+    T& into;
+    bool isRequired;
+    bool isFound = false;
+};
+
+template<class T>
+Field<T> required(std::string_view key, T& into) {
+    return {key, into, true};
 }
 
-bool take(const json& value, bool& into) {
-    if (!value.is_boolean()) return false;
-    into = value.get<bool>();
-    return true;
+/// May be missing, or null.
+template<class T>
+Field<T> optional(std::string_view key, T& into) {
+    return {key, into, false};
 }
 
-bool take(const json& value, int& into) {
-    // Another program may have written the document anew, and some write every number with a point.
-    if (value.is_number_float()) {
-        const auto number = value.get<double>();
-        if (!(std::abs(number) <= std::numeric_limits<int>::max()) || number != std::trunc(number))
-            return false;
-        into = static_cast<int>(number);
-        return true;
-    }
-    if (!value.is_number_integer()) return false;
-    if (value.is_number_unsigned() && value.get<std::uint64_t>() > std::numeric_limits<int>::max())
-        return false;
-    const auto number = value.get<std::int64_t>();
-    if (!std::in_range<int>(number)) return false;
-    into = static_cast<int>(number);
-    return true;
-}
+/// What manifests of an older form say of their application; elsewhere it may be anything.
+struct OlderText {
+    std::string text;
+    bool isText = false;
+};
 
-bool take(const json& value, Timestamp& into) {
-    if (!value.is_string()) return false;
-    const auto moment = parseIso8601(value.get_ref<const std::string&>());
-    if (moment) into = *moment;
-    return moment.has_value();
-}
-
-bool take(const json& value, Path& into) {
-    if (!value.is_string()) return false;
-    into = Path(value.get_ref<const std::string&>());
-    return true;
-}
-
-bool take(const json& value, ManifestEntryKind& into) {
-    if (value == "move")
-        into = ManifestEntryKind::move;
-    else if (value == "bootout")
-        into = ManifestEntryKind::bootout;
-    else
-        return false;
-    return true;
-}
-
-/// Takes typed values out of JSON objects and remembers the first thing that was wrong, so that a document is
-/// read straight through and judged once at the end.
+/// Takes typed values out of a JSON document and remembers the first thing that was wrong, so that a document
+/// is read straight through and judged once at the end.
 class Reader {
   public:
-    template<class T>
-    T required(const json& object, const char* key) {
-        T value{};
-        if (const json* found = find(object, key)) {
-            if (!take(*found, value)) fail("wrong type of key", key);
-        } else {
-            fail("missing key", key);
-        }
-        return value;
-    }
+    explicit Reader(std::string_view text) : json_(text.size() > maxDocumentBytes ? "" : text) {}
 
-    template<class T>
-    std::optional<T> optional(const json& object, const char* key) {
-        const json* found = find(object, key);
-        if (!found || found->is_null()) return std::nullopt;
-        return required<T>(object, key);
-    }
-
-    /// An array of objects, each read by `readOne`.
-    template<class ReadOne>
-    auto objects(const json& object, const char* key, ReadOne readOne) {
-        std::vector<decltype(readOne(object))> all;
-        const json* found = find(object, key);
-        if (!found)
-            fail("missing key", key);
-        else if (!found->is_array() || found->size() > maxManifestEntries)
-            fail("wrong type or size of key", key);
+    /// Takes the next value, which has to be an object, into the fields; other members are passed over.
+    template<class... Fields>
+    void record(Fields... fields) {
+        if (json_.next() == JsonReader::Kind::object)
+            json_.object([&](std::string_view key) {
+                if (!(takeIf(key, fields) || ...)) json_.skip();
+            });
         else
-            for (const auto& each : *found)
-                all.push_back(readOne(each));
-        return all;
+            json_.skip();
+        (checkFound(fields), ...);
     }
 
     void fail(std::string_view what, std::string_view key) {
         if (fault_.empty()) fault_ = fmt::format("{} {}", what, key);
     }
 
-    bool has(const json& object, const char* key) const {
-        const json* found = find(object, key);
-        return found && !found->is_null();
-    }
-
     template<class Document>
-    tl::expected<Document, DocumentError> finish(Document document) const {
+    tl::expected<Document, DocumentError> finish(Document document) {
+        if (!json_.finish()) fault_ = "not a JSON document";
         if (fault_.empty()) return document;
         return tl::unexpected(DocumentError{DocumentError::Kind::malformed, fault_});
     }
 
   private:
-    static const json* find(const json& object, const char* key) {
-        if (!object.is_object()) return nullptr;
-        const auto found = object.find(key);
-        return found == object.end() ? nullptr : &*found;
+    using Kind = JsonReader::Kind;
+
+    template<class T>
+    bool takeIf(std::string_view key, Field<T>& field) {
+        if (key != field.key) return false;
+        field.isFound = true;
+        if (!field.isRequired && json_.next() == Kind::null)
+            json_.null();
+        else if (!take(field.into))
+            fail("wrong type of key", key);
+        return true;
     }
 
+    template<class T>
+    void checkFound(const Field<T>& field) {
+        if (field.isRequired && !field.isFound) fail("missing key", field.key);
+    }
+
+    /// Whether the next value is of the kind; passes it over when it is not.
+    bool isNext(Kind kind) {
+        const bool isIt = json_.next() == kind;
+        if (!isIt) json_.skip();
+        return isIt;
+    }
+
+    // Each takes the next value; false when it is of another type.
+
+    bool take(std::string& into) {
+        if (!isNext(Kind::string)) return false;
+        into = json_.string();
+        return true;
+    }
+
+    bool take(OlderText& into) {
+        into.isText = take(into.text);
+        return true;
+    }
+
+    bool take(bool& into) {
+        if (!isNext(Kind::boolean)) return false;
+        into = json_.boolean();
+        return true;
+    }
+
+    bool take(int& into) {
+        if (!isNext(Kind::number)) return false;
+        return std::visit([&](auto number) { return narrow(number, into); }, json_.number());
+    }
+
+    bool take(Timestamp& into) {
+        if (!isNext(Kind::string)) return false;
+        const auto moment = parseIso8601(json_.string());
+        if (moment) into = *moment;
+        return moment.has_value();
+    }
+
+    bool take(Path& into) {
+        if (!isNext(Kind::string)) return false;
+        into = Path(std::string(json_.string()));
+        return true;
+    }
+
+    bool take(ManifestEntryKind& into) {
+        if (!isNext(Kind::string)) return false;
+        const auto name = json_.string();
+        into = name == "move" ? ManifestEntryKind::move : ManifestEntryKind::bootout;
+        return name == "move" || name == "bootout";
+    }
+
+    template<class T>
+    bool take(std::optional<T>& into) {
+        return take(into.emplace());
+    }
+
+    template<class T>
+    bool take(std::vector<T>& into) {
+        if (!isNext(Kind::array)) return false;
+        std::size_t count = 0;
+        json_.array([&] {
+            if (count++ < maxManifestEntries)
+                takeRecord(into.emplace_back());
+            else
+                json_.skip();
+        });
+        return count <= maxManifestEntries;
+    }
+
+    void takeRecord(AppRecord& app) {
+        record(required("name", app.name), required("bundleID", app.bundleID));
+    }
+
+    void takeRecord(ManifestEntry& entry) {
+        record(optional("bundleID", entry.bundleID), optional("destination", entry.destination),
+               optional("isSystemDomain", entry.isSystemDomain), required("kind", entry.kind),
+               optional("launchLabel", entry.launchLabel), required("operationID", entry.operationID),
+               optional("plistPath", entry.plistPath), required("requiresRoot", entry.requiresRoot),
+               required("source", entry.source));
+    }
+
+    template<class Number>
+    static bool narrow(Number number, int& into) {
+        // Another program may have written the document anew, and some write every number with a point.
+        if constexpr (std::is_floating_point_v<Number>) {
+            if (!(std::abs(number) <= std::numeric_limits<int>::max()) || number != std::trunc(number))
+                return false;
+        } else if (!std::in_range<int>(number)) {
+            return false;
+        }
+        into = static_cast<int>(number);
+        return true;
+    }
+
+    JsonReader json_;
     std::string fault_;
 };
 
 /// Four times what a Mac's own calls take.
 constexpr std::size_t maxPathBytes = 4096;
 
-/// Absolute and spelled out: no "." or "..", no byte at which a system call would stop reading.
-bool isPlainAbsolutePath(const std::string& text) {
-    if (text.size() > maxPathBytes || text.find('\0') != text.npos) return false;
-    const Path path(text);
-    return path.isAbsolute() && path.standardized() == path;
+/// Whether a component is "." or "..". Others begin with a point, too, as the Trash's own.
+bool hasDots(std::string_view path) {
+    for (auto at = path.find("/."); at != path.npos; at = path.find("/.", at + 1)) {
+        auto rest = path.substr(at + 2);
+        if (rest.starts_with('.')) rest.remove_prefix(1);
+        if (rest.empty() || rest.front() == '/') return true;
+    }
+    return false;
 }
 
-/// Below the quarantine folder, and not one of the files that describe it.
-bool isQuarantinedItem(const std::string& text, const Path& root) {
-    if (!isPlainAbsolutePath(text)) return false;
-    const Path item = pathKey(Path(text)), folder = pathKey(root);
-    if (item == folder || !item.isWithin(folder)) return false;
-    return std::ranges::none_of(std::array{manifestFileName, journalFileName, reserveFileName},
-                                [&](const char* name) { return item == folder / name; });
+/// Absolute and spelled out: no "." or "..", no byte at which a system call would stop reading.
+bool isPlainAbsolutePath(std::string_view text) {
+    return text.starts_with('/') && text.size() <= maxPathBytes && text.find('\0') == text.npos
+           && !hasDots(text);
 }
+
+/// Tells what lies below the quarantine folder, and is not one of the files that describe it.
+class QuarantinedItems {
+  public:
+    explicit QuarantinedItems(const Path& root)
+        : folder_(pathKey(root)),
+          documents_{folder_ / manifestFileName, folder_ / journalFileName, folder_ / reserveFileName} {}
+
+    bool contain(const std::string& text) const {
+        if (!isPlainAbsolutePath(text)) return false;
+        const Path item = pathKey(Path(text));
+        return item != folder_ && item.isWithin(folder_)
+               && std::ranges::find(documents_, item) == documents_.end();
+    }
+
+  private:
+    Path folder_;
+    std::array<Path, 3> documents_;
+};
 
 void checkPlaces(Reader& reader, const Path& root, const std::vector<ManifestEntry>& entries) {
     if (!isPlainAbsolutePath(root.string()) || root.isRoot()) reader.fail("not a folder:", "quarantineRoot");
+    const QuarantinedItems items(root);
     for (const auto& entry : entries) {
         if (entry.kind == ManifestEntryKind::move && !isPlainAbsolutePath(entry.source))
             reader.fail("not an absolute path:", "source");
-        if (entry.destination && !isQuarantinedItem(*entry.destination, root))
+        if (entry.destination && !items.contain(*entry.destination))
             reader.fail("outside its folder:", "destination");
         if (entry.plistPath && !isPlainAbsolutePath(*entry.plistPath))
             reader.fail("not an absolute path:", "plistPath");
     }
 }
 
-AppRecord readApp(Reader& reader, const json& object) {
-    return {.name = reader.required<std::string>(object, "name"),
-            .bundleID = reader.required<std::string>(object, "bundleID")};
-}
-
-ManifestEntry readEntry(Reader& reader, const json& object) {
-    return {.operationID = reader.required<int>(object, "operationID"),
-            .kind = reader.required<ManifestEntryKind>(object, "kind"),
-            .source = reader.required<std::string>(object, "source"),
-            .destination = reader.optional<std::string>(object, "destination"),
-            .launchLabel = reader.optional<std::string>(object, "launchLabel"),
-            .isSystemDomain = reader.optional<bool>(object, "isSystemDomain"),
-            .requiresRoot = reader.required<bool>(object, "requiresRoot"),
-            .bundleID = reader.optional<std::string>(object, "bundleID").value_or(""),
-            .plistPath = reader.optional<std::string>(object, "plistPath")};
-}
-
-std::vector<AppRecord> readApps(Reader& reader, const json& document) {
-    return reader.objects(document, "apps", [&](const json& each) { return readApp(reader, each); });
-}
-
-std::vector<ManifestEntry> readEntries(Reader& reader, const json& document, const char* key) {
-    return reader.objects(document, key, [&](const json& each) { return readEntry(reader, each); });
-}
-
 /// A manifest of one application, as they were written before a run could take several.
-void readSingleApp(Reader& reader, const json& document, Manifest& manifest) {
-    const auto bundleID = reader.optional<std::string>(document, "bundleID").value_or("");
-    manifest.apps = {{reader.optional<std::string>(document, "appName").value_or("App"), bundleID}};
+void takeSingleApp(Reader& reader, OlderText name, OlderText bundleID, Manifest& manifest) {
+    if (!name.isText) reader.fail("wrong type of key", "appName");
+    if (!bundleID.isText) reader.fail("wrong type of key", "bundleID");
     for (auto& entry : manifest.entries)
-        if (entry.bundleID.empty()) entry.bundleID = bundleID;
+        if (entry.bundleID.empty()) entry.bundleID = bundleID.text;
+    manifest.apps = {{std::move(name.text), std::move(bundleID.text)}};
 }
 
 json toJson(const std::vector<AppRecord>& apps) {
@@ -241,34 +297,29 @@ std::string encode(const RemovalJournal& journal) {
 }
 
 tl::expected<Manifest, DocumentError> decodeManifest(std::string_view text) {
-    const auto document = parseJson(text, maxDocumentBytes);
-    if (!document)
-        return tl::unexpected(DocumentError{DocumentError::Kind::malformed, "not a JSON document"});
-    Reader reader;
-    Manifest manifest{.version = reader.required<int>(*document, "version"),
-                      .createdAt = reader.required<Timestamp>(*document, "createdAt"),
-                      .quarantineRoot = reader.required<Path>(*document, "quarantineRoot"),
-                      .apps = {},
-                      .entries = readEntries(reader, *document, "entries"),
-                      .recoveredAt = reader.optional<Timestamp>(*document, "recoveredAt")};
-    if (reader.has(*document, "apps"))
-        manifest.apps = readApps(reader, *document);
+    Reader reader(text);
+    Manifest manifest;
+    std::optional<std::vector<AppRecord>> apps;
+    std::optional<OlderText> name, bundleID;
+    reader.record(required("version", manifest.version), required("createdAt", manifest.createdAt),
+                  required("quarantineRoot", manifest.quarantineRoot), optional("apps", apps),
+                  required("entries", manifest.entries), optional("recoveredAt", manifest.recoveredAt),
+                  optional("appName", name), optional("bundleID", bundleID));
+    if (apps)
+        manifest.apps = std::move(*apps);
     else
-        readSingleApp(reader, *document, manifest);
+        takeSingleApp(reader, name.value_or(OlderText{"App", true}), bundleID.value_or(OlderText{"", true}),
+                      manifest);
     checkPlaces(reader, manifest.quarantineRoot, manifest.entries);
     return reader.finish(std::move(manifest));
 }
 
 tl::expected<RemovalJournal, DocumentError> decodeJournal(std::string_view text) {
-    const auto document = parseJson(text, maxDocumentBytes);
-    if (!document)
-        return tl::unexpected(DocumentError{DocumentError::Kind::malformed, "not a JSON document"});
-    Reader reader;
-    RemovalJournal journal{.version = reader.required<int>(*document, "version"),
-                           .createdAt = reader.required<Timestamp>(*document, "createdAt"),
-                           .quarantineRoot = reader.required<Path>(*document, "quarantineRoot"),
-                           .apps = readApps(reader, *document),
-                           .planned = readEntries(reader, *document, "planned")};
+    Reader reader(text);
+    RemovalJournal journal;
+    reader.record(required("version", journal.version), required("createdAt", journal.createdAt),
+                  required("quarantineRoot", journal.quarantineRoot), required("apps", journal.apps),
+                  required("planned", journal.planned));
     checkPlaces(reader, journal.quarantineRoot, journal.planned);
     return reader.finish(std::move(journal));
 }

@@ -55,12 +55,30 @@ TEST(Json, ReadsWhatItWrites) {
     EXPECT_EQ(parseJson(writeJson(value)), value);
 }
 
+TEST(Json, ReadsWhatOthersWrite) {
+    const std::string text = "\xEF\xBB\xBF\r\n{\"z\":[-0, 1E+2 ,18446744073709551616,[ ] , {}],"
+                             R"("\u0061\/":"\ud83d\uDE00\u00e9\u20ac\u0000é", "a":null})";
+    const json expected = {{"z", {0, 100.0, 18446744073709551616.0, json::array(), json::object()}},
+                           {"a/", std::string("\U0001F600\u00E9\u20AC\0\u00E9", 12)},
+                           {"a", nullptr}};
+    EXPECT_EQ(parseJson(text), expected);
+}
+
 TEST(Json, RefusesWhatIsMalformedDeepOrLarge) {
     const auto nested = [](std::size_t levels) {
         return std::string(levels, '[') + std::string(levels, ']');
     };
     const std::pair<const char*, std::string> refused[] = {
         {"cut off", R"({"a" : )"},
+        {"a comma too many", R"([1,])"},
+        {"a comma missing", R"({"a" : 1 "b" : 2})"},
+        {"more than one value", "1 2"},
+        {"a number with a zero before it", "[01]"},
+        {"a number without digits", "[1.e5]"},
+        {"a word of another language", "[nil]"},
+        {"half a character", R"(["\ud83d"])"},
+        {"its second half first", R"(["\ude00\ud83d"])"},
+        {"a control character", "[\"\t\"]"},
         {"a key twice", R"({"a" : 1, "a" : 2})"},
         {"a key twice, further in", R"([{"b" : {"a" : 1, "x" : {}, "\u0061" : 2}}])"},
         {"invalid UTF-8", "\"\xFF\""},
