@@ -20,7 +20,9 @@ class StrictnessCheck : public nlohmann::json_sax<json> {
     bool boolean(bool) override { return true; }
     bool number_integer(number_integer_t) override { return true; }
     bool number_unsigned(number_unsigned_t) override { return true; }
-    bool number_float(number_float_t, const string_t&) override { return true; }
+    bool number_float(number_float_t, const string_t& text) override {
+        return text.find_first_of(".eE") != text.npos; // a whole number that 64 bits do not hold
+    }
     bool string(string_t&) override { return true; }
     bool binary(binary_t&) override { return true; }
     bool start_object(std::size_t) override { return open(); }

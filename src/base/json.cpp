@@ -103,7 +103,6 @@ json takeValue(JsonReader& reader) {
     json value;
     switch (reader.next()) {
     case JsonReader::Kind::null:
-        reader.null();
         break;
     case JsonReader::Kind::boolean:
         value = reader.boolean();

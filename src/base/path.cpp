@@ -8,16 +8,8 @@ namespace tidwen {
 
 namespace {
 
-/// Looks at all of it, so that the compiler can take many bytes at once.
-bool hasDoubleSlash(std::string_view text) {
-    bool isDouble = false;
-    for (std::size_t i = 1; i < text.size(); ++i)
-        isDouble |= (text[i - 1] == '/') & (text[i] == '/');
-    return isDouble;
-}
-
 std::string withoutSpareSlashes(std::string text) {
-    if (hasDoubleSlash(text))
+    if (text.find("//") != text.npos)
         text.erase(std::unique(text.begin(), text.end(), [](char a, char b) { return a == '/' && b == '/'; }),
                    text.end());
     if (text.size() > 1 && text.back() == '/') text.pop_back();

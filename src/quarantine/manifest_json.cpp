@@ -82,10 +82,8 @@ class Reader {
     bool takeIf(std::string_view key, Field<T>& field) {
         if (key != field.key) return false;
         field.isFound = true;
-        if (!field.isRequired && json_.next() == Kind::null)
-            json_.null();
-        else if (!take(field.into))
-            fail("wrong type of key", key);
+        const bool isAbsent = !field.isRequired && json_.next() == Kind::null;
+        if (!isAbsent && !take(field.into)) fail("wrong type of key", key);
         return true;
     }
 

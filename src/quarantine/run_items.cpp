@@ -42,8 +42,7 @@ tl::expected<ItemChoice, Message> find(const Manifest& manifest, const std::stri
     if (found.empty()) found = where(manifest, [&](const auto& each) { return isOf(each, word, manifest); });
     if (!found.empty()) return found;
     if (!word.starts_with('/'))
-        found =
-            where(manifest, [&](const auto& entry) { return endsIn(pathKey(Path(entry.source)), key); });
+        found = where(manifest, [&](const auto& entry) { return endsIn(pathKey(Path(entry.source)), key); });
     if (found.empty()) return tl::unexpected(Message{"history.item.unknown %@", {word}});
     if (found.size() == 1) return found;
     std::string all;
@@ -68,9 +67,9 @@ std::string_view name(ItemPlace place) {
 
 ItemPlace placeOf(const ManifestEntry& move, const FileSystem& files) {
     // An undo that was cut off between two devices still has it on its way.
-    const bool isPending = move.destination
-                           && (files.exists(Path(*move.destination))
-                               || files.isSetAside(Path(*move.destination)));
+    const bool isPending =
+        move.destination
+        && (files.exists(Path(*move.destination)) || files.isSetAside(Path(*move.destination)));
     if (isPending) return ItemPlace::inQuarantine;
     return files.exists(Path(move.source)) ? ItemPlace::putBack : ItemPlace::missing;
 }

@@ -56,7 +56,7 @@ TEST(Json, ReadsWhatItWrites) {
 }
 
 TEST(Json, ReadsWhatOthersWrite) {
-    const std::string text = "\xEF\xBB\xBF\r\n{\"z\":[-0, 1E+2 ,18446744073709551616,[ ] , {}],"
+    const std::string text = "\xEF\xBB\xBF\r\n{\"z\":[-0, 1E+2 ,1.8446744073709551616E19,[ ] , {}],"
                              R"("\u0061\/":"\ud83d\uDE00\u00e9\u20ac\u0000é", "a":null})";
     const json expected = {{"z", {0, 100.0, 18446744073709551616.0, json::array(), json::object()}},
                            {"a/", std::string("\U0001F600\u00E9\u20AC\0\u00E9", 12)},
@@ -83,13 +83,16 @@ TEST(Json, RefusesWhatIsMalformedDeepOrLarge) {
         {"a key twice, further in", R"([{"b" : {"a" : 1, "x" : {}, "\u0061" : 2}}])"},
         {"invalid UTF-8", "\"\xFF\""},
         {"a number beyond all bounds", "1e999"},
+        {"a whole number beyond 64 bits", "[18446744073709551616]"},
         {"65 levels", nested(65)},
+        {"65 levels with a value", std::string(65, '[') + "1" + std::string(65, ']')},
         {"a million levels", std::string(1'000'000, '[')},
     };
     for (const auto& [why, text] : refused)
         EXPECT_FALSE(parseJson(text)) << why;
 
     EXPECT_TRUE(parseJson(nested(64)));
+    EXPECT_TRUE(parseJson(std::string(64, '[') + "1" + std::string(64, ']')));
     EXPECT_TRUE(parseJson(R"([{"a" : 1}, {"a" : 2}])")) << "one key in two objects";
     EXPECT_TRUE(parseJson("[1]", 3));
     EXPECT_FALSE(parseJson("[1] ", 3));
