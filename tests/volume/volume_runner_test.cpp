@@ -83,6 +83,7 @@ TEST_F(VolumeRunnerTest, MovesAreScreened) {
     const Path quarantined("/Users/alice/.Trash/Tidwen - Notes/1/com.example.notes");
     volume_.write(cache.string() + "/db", "content");
     volume_.makeFolder("/Users/alice/Documents");
+    volume_.makeFolder("/Users/alice/.Trash/Tidwen - Notes");
     EXPECT_EQ(failureOf(operation::Move{Path("/Users/alice/Documents"), quarantined}),
               blockedBySafetyPolicyKey);
     EXPECT_EQ(failureOf(operation::Move{cache, quarantined}), "none");
