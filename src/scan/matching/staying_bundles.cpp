@@ -72,8 +72,8 @@ class OwnLeftovers {
 
 } // namespace
 
-OtherApplications stayingBundles(std::shared_ptr<const BundleSnapshot> bundles, const AppTarget& target,
-                                 const std::vector<std::string>& helperBundleIDs,
+OtherApplications stayingBundles(const std::shared_ptr<const BundleSnapshot>& bundles,
+                                 const AppTarget& target, const std::vector<std::string>& helperBundleIDs,
                                  const std::set<Path>& leaving, const UserEnvironment& user,
                                  const StopToken& stop) {
     if (!bundles) return {};

@@ -17,8 +17,8 @@ class BundleSnapshot;
 /// is a leftover of the target itself: found there by its name, or the target's by its identifier in a folder
 /// that is found by its name. It goes with the target. The answers on what bundles carry are read from the
 /// snapshot.
-OtherApplications stayingBundles(std::shared_ptr<const BundleSnapshot> bundles, const AppTarget& target,
-                                 const std::vector<std::string>& helperBundleIDs,
+OtherApplications stayingBundles(const std::shared_ptr<const BundleSnapshot>& bundles,
+                                 const AppTarget& target, const std::vector<std::string>& helperBundleIDs,
                                  const std::set<Path>& leaving, const UserEnvironment& user,
                                  const StopToken& stop);
 
