@@ -18,12 +18,10 @@ FlowSession::FlowSession(const CommandContext& context, Mac& mac)
       progress_(model_.changed.connect([this] { showProgress(); })) {}
 
 std::vector<RecoveryNotice> FlowSession::start() {
-    bool isDone = false;
-    model_.start();
-    // Behind the work of `start`.
-    session_.background().post([&] { main_.post([&] { isDone = true; }); });
-    main_.runUntil([&] { return isDone; });
-    return model_.recoveryNotices();
+    StartupChores chores(session_.startupServices(), session_.mac().system.user);
+    chores.run();
+    main_.runUntil([&] { return chores.isDone(); });
+    return chores.recoveryNotices();
 }
 
 bool FlowSession::scan(const std::vector<std::string>& words, ProtectedTargets ofProtected) {
@@ -133,8 +131,9 @@ void FlowSession::showProgress() {
             console.progress(context_.text("cli.orphans.progress"));
         else if (!scanning->phase.empty())
             console.progress(context_.text("cli.scan.progress %@ %@", {scanning->name, scanning->phase}));
-    } else if (std::holds_alternative<stage::Removing>(model_.stage()) && !model_.pendingQuitPrompt()) {
-        console.progress(context_.text("cli.remove.progress %@", {model_.subject()}));
+    } else if (const auto* removing = std::get_if<stage::Removing>(&model_.stage());
+               removing && !model_.pendingQuitPrompt()) {
+        console.progress(context_.text("cli.remove.progress %@", {removing->subject.text(context_.texts)}));
     }
 }
 

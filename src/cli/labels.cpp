@@ -58,17 +58,6 @@ std::vector<std::string> badges(const Trace& trace, const Texts& texts) {
     return result;
 }
 
-std::string whyLeft(const Trace& trace, const Texts& texts) {
-    if (trace.contestedBy || trace.isOnlyListed) {
-        auto doubts = badges(trace, texts);
-        std::erase(doubts, texts.text("cli.badge.administrator"));
-        return doubts.front();
-    }
-    if (trace.reversibility == Reversibility::irreversibleDestructive)
-        return texts.text("cli.badge.permanent");
-    return texts.text(trace.risk == TraceRisk::sensitive ? "cli.left.sensitive" : "cli.left.notChosen");
-}
-
 std::string verb(const RemovalOperation::Kind& kind, const Texts& texts) {
     return texts.text("cli.step." + std::string(kindName(kind)));
 }

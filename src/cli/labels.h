@@ -21,8 +21,6 @@ std::string reason(const MatchReason& reason, const Texts& texts);
 std::string size(std::optional<std::int64_t> bytes, const Texts& texts);
 /// What is special about taking the trace: needs an administrator, is claimed by others, cannot be undone.
 std::vector<std::string> badges(const Trace& trace, const Texts& texts);
-/// Why a trace that was found was not taken.
-std::string whyLeft(const Trace& trace, const Texts& texts);
 /// "move", "unload job": what a step does.
 std::string verb(const RemovalOperation::Kind& kind, const Texts& texts);
 /// What the step is done to; empty when the verb says it all.

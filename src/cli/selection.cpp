@@ -25,8 +25,8 @@ std::vector<std::string> splitAtCommas(const std::string& text) {
 /// Traces that the user named, found by one selector after the other.
 class NamedTraces {
   public:
-    NamedTraces(const std::vector<ScanResult>& results, RemovalMode mode, const HostPaths& hostPaths)
-        : results_(results), mode_(mode), hostPaths_(hostPaths) {}
+    NamedTraces(const std::vector<FoundGroup>& groups, RemovalMode mode, const HostPaths& hostPaths)
+        : groups_(groups), mode_(mode), hostPaths_(hostPaths) {}
 
     /// Gives why a selector is refused.
     std::optional<Message> add(const std::string& selector) {
@@ -67,9 +67,9 @@ class NamedTraces {
     template<class Test>
     Traces where(const Test& isMeant) const {
         Traces found;
-        for (const auto& result : results_)
-            for (const auto& trace : result.traces)
-                if (isMeant(result, trace)) found.push_back(&trace);
+        for (const auto& group : groups_)
+            for (const auto& trace : group.traces)
+                if (isMeant(group, trace)) found.push_back(&trace);
         return found;
     }
 
@@ -94,14 +94,14 @@ class NamedTraces {
         const Path path(selector);
         const auto onVolume = hostPaths_.macPath(selector);
         const auto id = Uuid::parse(selector);
-        const auto isExact = [&](const ScanResult&, const Trace& trace) {
+        const auto isExact = [&](const FoundGroup&, const Trace& trace) {
             const Path* moved = movedPath(trace.action);
             return (id && trace.id == *id)
                    || (moved && (*moved == path || (onVolume && *moved == *onVolume)));
         };
         auto found = where(isExact);
         if (!found.empty() || !path.isAbsolute()) return found;
-        found = where([&](const ScanResult&, const Trace& trace) {
+        found = where([&](const FoundGroup&, const Trace& trace) {
             const Path* moved = movedPath(trace.action);
             return moved && pathKey(*moved) == pathKey(path);
         });
@@ -115,27 +115,27 @@ class NamedTraces {
     }
 
     bool isApplication(const std::string& name) const {
-        return std::ranges::any_of(results_, [&](const auto& each) { return isCalled(each.target, name); });
+        return std::ranges::any_of(groups_, [&](const auto& each) { return isCalled(each.target, name); });
     }
 
     /// What `remove` would take of it without further choice.
     Traces ofApplication(const std::string& name) const {
-        return where([&](const ScanResult& result, const Trace& trace) {
-            return isCalled(result.target, name) && takenByDefault(trace) && isEligible(trace, mode_);
+        return where([&](const FoundGroup& group, const Trace& trace) {
+            return isCalled(group.target, name) && takenByDefault(trace) && isEligible(trace, mode_);
         });
     }
 
     Traces shownAs(const std::string& name) const {
         const auto key = fileNameKey(name);
         return where(
-            [&](const ScanResult&, const Trace& trace) { return fileNameKey(trace.displayName) == key; });
+            [&](const FoundGroup&, const Trace& trace) { return fileNameKey(trace.displayName) == key; });
     }
 
     /// By the last components of the path.
     Traces endingIn(const std::string& name) const {
         const auto wanted = Path("/" + name).standardized().components();
         if (wanted.size() < 2 || name.starts_with('/')) return {};
-        return where([&](const ScanResult&, const Trace& trace) {
+        return where([&](const FoundGroup&, const Trace& trace) {
             const Path* moved = movedPath(trace.action);
             const auto parts = moved ? moved->components() : std::vector<std::string>();
             return parts.size() >= wanted.size()
@@ -158,7 +158,7 @@ class NamedTraces {
         return std::nullopt;
     }
 
-    const std::vector<ScanResult>& results_;
+    const std::vector<FoundGroup>& groups_;
     RemovalMode mode_;
     const HostPaths& hostPaths_;
     Selection selection_;
@@ -177,7 +177,7 @@ tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::str
     return tiers;
 }
 
-tl::expected<Selection, Message> chooseTraces(const std::vector<ScanResult>& found,
+tl::expected<Selection, Message> chooseTraces(const std::vector<FoundGroup>& found,
                                               const SelectionRequest& request, RemovalMode mode,
                                               const HostPaths& hostPaths) {
     NamedTraces named(found, mode, hostPaths);
@@ -185,8 +185,8 @@ tl::expected<Selection, Message> chooseTraces(const std::vector<ScanResult>& fou
         if (auto refused = named.add(selector)) return tl::unexpected(std::move(*refused));
     auto selection = named.take();
     if (!request.tiers) return selection;
-    for (const auto& result : found)
-        for (const auto& trace : result.traces)
+    for (const auto& group : found)
+        for (const auto& trace : group.traces)
             if (request.tiers->contains(trace.risk) && isUndoubted(trace) && isEligible(trace, mode))
                 selection.ids.insert(trace.id);
     return selection;

@@ -3,7 +3,7 @@
 #include "base/message.h"
 #include "operations/removal_operation.h"
 #include "program/host_paths.h"
-#include "scan/matching/scan_result.h"
+#include "removal/findings.h"
 
 #include <optional>
 #include <set>
@@ -36,7 +36,7 @@ struct Selection {
 /// disk compares them, unless one fits exactly. A selector is refused when it names nothing that was found,
 /// several items, or something that cannot be taken in this mode; several of them at once may be joined by
 /// commas.
-tl::expected<Selection, Message> chooseTraces(const std::vector<ScanResult>& found,
+tl::expected<Selection, Message> chooseTraces(const std::vector<FoundGroup>& found,
                                               const SelectionRequest& request, RemovalMode mode,
                                               const HostPaths& hostPaths);
 

@@ -35,16 +35,27 @@ RemovalFlowModel::Services Session::removalServices() {
             .executor = executor_,
             .undo = undo_,
             .rights = mac_.rights(),
-            .purge = purge_,
             .audit = audit_,
             .protectedApps = protectedApps_,
-            .preferences = preferences_,
             .texts = system.texts,
             .clock = system.clock,
             .log = system.log,
             .main = main_,
             .background = background_,
             .treeQueue = treeQueue_};
+}
+
+StartupChores::Services Session::startupServices() {
+    const auto& system = mac_.system;
+    return {.files = system.files,
+            .undo = undo_,
+            .purge = purge_,
+            .preferences = preferences_,
+            .texts = system.texts,
+            .clock = system.clock,
+            .log = system.log,
+            .main = main_,
+            .background = background_};
 }
 
 std::shared_ptr<const BundleSnapshot> Session::lookAtBundles() {

@@ -5,6 +5,7 @@
 #include "quarantine/quarantine_purge.h"
 #include "quarantine/undo_service.h"
 #include "removal/removal_flow_model.h"
+#include "removal/startup_chores.h"
 #include "scan/applications/installed_bundles.h"
 
 #include <memory>
@@ -30,6 +31,7 @@ class Session {
     Executor& background() { return background_; }
     /// What the model of a removal works with.
     RemovalFlowModel::Services removalServices();
+    StartupChores::Services startupServices();
 
     /// All bundles as they are now. The next scan uses the same look.
     std::shared_ptr<const BundleSnapshot> lookAtBundles();

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "base/uuid.h"
-#include "quarantine/manifest.h"
 #include "removal/removal_report.h"
+#include "removal/removal_subject.h"
 #include "scan/matching/scan_result.h"
 #include "sweep/orphan_scanner.h"
 
+#include <memory>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -25,14 +27,17 @@ struct Scanning {
     int total = 0;
 };
 struct Review {
-    std::vector<ScanResult> results;
+    std::shared_ptr<const std::vector<ScanResult>> results; ///< never null
 };
 struct Orphans {
-    OrphanScanResult result;
+    std::shared_ptr<const OrphanScanResult> result; ///< never null
 };
-struct Removing {};
+struct Removing {
+    RemovalSubject subject;
+};
 struct Report {
     RemovalReport report;
+    RemovalSubject subject; ///< what was removed; not what was left out at a quit prompt
 };
 } // namespace stage
 
@@ -50,14 +55,6 @@ struct QuitPrompt {
 enum class QuitPromptChoice {
     forceContinue, ///< go on while it runs
     cancelApp,     ///< leave this application out; the others are removed
-};
-
-/// A run was cut off, and this is what of it lies in quarantine.
-struct RecoveryNotice {
-    Manifest manifest;
-    /// The old places of items that could not be brought to either of their two places; the next start tries
-    /// again.
-    std::vector<std::string> unsettled = {};
 };
 
 } // namespace tidwen

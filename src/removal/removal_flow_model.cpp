@@ -3,8 +3,8 @@
 #include "base/background_step.h"
 #include "quarantine/trash_lock.h"
 
-#include <algorithm>
 #include <functional>
+#include <utility>
 
 namespace tidwen {
 
@@ -35,13 +35,14 @@ void RemovalFlowModel::enter(Stage next) {
     notify();
 }
 
+/// Where something can be chosen from, if there is anything.
+bool RemovalFlowModel::isChoosing() const {
+    return isHome() || std::holds_alternative<stage::Review>(stage_)
+           || std::holds_alternative<stage::Orphans>(stage_);
+}
+
 void RemovalFlowModel::forgetChoices() {
-    refusedByDefault_.reset();
-    offer_.reset();
-    selection_.clear();
-    named_.clear();
-    resetIneligible_.clear();
-    mode_ = RemovalMode::uninstall;
+    choice_ = RemovalChoice();
     reviewTrees_.clear();
     reviewLists_.clear();
 }
@@ -52,31 +53,6 @@ std::string RemovalFlowModel::wordsOf(const FileError& error) const {
 
 void RemovalFlowModel::fail(std::string message) {
     errorMessage_ = std::move(message);
-    notify();
-}
-
-void RemovalFlowModel::start() {
-    if (std::exchange(hasStarted_, true)) return;
-    inBackground(
-        *this, alive_, services_.background, services_.main,
-        [services = services_, user = user_, retention = services_.preferences.quarantineRetention.get()] {
-            if (!services.files.exists(user.trash())) return RecoveryOutcome(); // do not create it to look
-            const auto lock = lockTrash(user, services.files);
-            if (!lock) return RecoveryOutcome(); // what another Tidwen is at work on is not interrupted
-            services.purge.purgeExpired(days(quarantineRetention(retention)), services.clock.now());
-            return recoverInterruptedRemovals(user, services.files, services.clock, services.log);
-        },
-        [](RemovalFlowModel& self, RecoveryOutcome outcome) { self.showRecovered(std::move(outcome)); });
-}
-
-void RemovalFlowModel::showRecovered(RecoveryOutcome outcome) {
-    for (auto& manifest : outcome.recovered)
-        recoveryNotices_.push_back({std::move(manifest), {}});
-    for (auto& run : outcome.unfinished)
-        if (run.known) recoveryNotices_.push_back({std::move(*run.known), std::move(run.unsettled)});
-    if (recoveryNotices_.empty()) return;
-    std::ranges::stable_sort(recoveryNotices_, std::greater(),
-                             [](const RecoveryNotice& notice) { return notice.manifest.createdAt; });
     notify();
 }
 
@@ -165,19 +141,18 @@ void RemovalFlowModel::scanOrphans() {
             if (!alive.expired() && !stop.stopRequested()) sweep_.add(found);
         });
     };
+    struct Swept {
+        std::shared_ptr<const OrphanScanResult> result;
+        Findings findings;
+    };
     inBackground(
         *this, alive_, services_.background, services_.main,
         [sweepOrphans = services_.sweepOrphans, stop = scanStop_.token(), onFound] {
-            return sweepOrphans(stop, onFound);
+            const auto result = std::make_shared<const OrphanScanResult>(sweepOrphans(stop, onFound));
+            return Swept{result, Findings(result)};
         },
-        [stop = scanStop_.token()](RemovalFlowModel& self, OrphanScanResult result) {
-            if (stop.stopRequested()) return;
-            std::vector<Trace> traces;
-            for (const auto& group : result.groups)
-                traces.insert(traces.end(), group.traces.begin(), group.traces.end());
-            self.sweep_.finish(std::move(traces));
-            // Nothing is selected: whose they are nobody can confirm, so the user chooses each.
-            self.enter(stage::Orphans{std::move(result)});
+        [stop = scanStop_.token()](RemovalFlowModel& self, Swept swept) {
+            if (!stop.stopRequested()) self.showOrphans(std::move(swept.result), std::move(swept.findings));
         });
 }
 
@@ -200,14 +175,70 @@ void RemovalFlowModel::review(std::vector<ScanResult> results) {
         reviewLists_[bundleID] =
             std::make_shared<const LeftoverList>(std::move(ofTarget), services_.texts.language());
     buildReviewTrees();
-    stage_ = stage::Review{std::move(results)};
+    const auto shared = std::make_shared<const std::vector<ScanResult>>(std::move(results));
+    stage_ = stage::Review{shared};
+    choose(Findings(shared), RemovalSubject::Kind::applications);
     selectDefaults();
+}
+
+/// Nothing is selected: whose they are nobody can confirm, so the user chooses each.
+void RemovalFlowModel::showOrphans(std::shared_ptr<const OrphanScanResult> result, Findings findings) {
+    std::vector<Trace> traces;
+    for (const auto& group : result->groups)
+        traces.insert(traces.end(), group.traces.begin(), group.traces.end());
+    sweep_.finish(std::move(traces));
+    choose(std::move(findings), RemovalSubject::Kind::leftovers);
+    enter(stage::Orphans{std::move(result)});
+}
+
+void RemovalFlowModel::choose(Findings findings, RemovalSubject::Kind kind) {
+    choice_ = RemovalChoice(std::make_shared<const Findings>(std::move(findings)), kind,
+                            services_.texts.language());
 }
 
 void RemovalFlowModel::buildReviewTrees() {
     reviewTrees_.clear();
     for (const auto& [bundleID, list] : reviewLists_)
         reviewTrees_[bundleID] = buildTree(list, reviewFilter_);
+}
+
+void RemovalFlowModel::offer(const std::string& name, std::vector<Trace> traces) {
+    if (!isHome()) return;
+    forgetChoices();
+    errorMessage_.reset();
+    std::set<Uuid> all;
+    for (const auto& trace : traces)
+        all.insert(trace.id);
+    const auto kind = std::holds_alternative<stage::Installers>(stage_) ? RemovalSubject::Kind::installers
+                      : std::holds_alternative<stage::StartupItems>(stage_)
+                          ? RemovalSubject::Kind::startupItems
+                          : RemovalSubject::Kind::applications;
+    choose(Findings(name, std::move(traces)), kind);
+    select(all);
+}
+
+void RemovalFlowModel::setSelected(const std::set<Uuid>& ids, bool selected) {
+    if (!isChoosing()) return;
+    choice_.setSelected(ids, selected);
+    notify();
+}
+
+void RemovalFlowModel::select(const std::set<Uuid>& ids, const std::set<Uuid>& named) {
+    if (!isChoosing()) return;
+    choice_.select(ids, named);
+    notify();
+}
+
+void RemovalFlowModel::selectDefaults() {
+    if (!isChoosing()) return;
+    choice_.selectDefaults();
+    notify();
+}
+
+void RemovalFlowModel::setMode(RemovalMode mode) {
+    if (!isChoosing()) return;
+    choice_.setMode(mode);
+    notify();
 }
 
 void RemovalFlowModel::setReviewFilter(LeftoverFilter filter) {

@@ -4,19 +4,14 @@
 #include "base/observable.h"
 #include "base/stop_token.h"
 #include "platform/applications.h"
-#include "quarantine/quarantine_purge.h"
-#include "quarantine/recovery.h"
 #include "quarantine/undo_service.h"
 #include "removal/flow_types.h"
+#include "removal/removal_choice.h"
 #include "removal/removal_executor.h"
-#include "removal/removal_plan.h"
 #include "removal/removal_refusal.h"
-#include "removal/removal_summary.h"
-#include "removal/removal_texts.h"
 #include "removal/target_intake.h"
 #include "scan/applications/protected_apps.h"
 #include "scan/matching/residue_scanner.h"
-#include "settings/app_preferences.h"
 #include "sweep/leftover_tree.h"
 #include "sweep/sweep_state.h"
 
@@ -71,10 +66,8 @@ class RemovalFlowModel {
         RemovalExecutor& executor;
         UndoService& undo;
         MoveRights rights; ///< whether there is an administrator to ask
-        QuarantinePurge& purge;
         const PermissionAudit& audit;
         const ProtectedApps& protectedApps;
-        const AppPreferences& preferences;
         const Texts& texts;
         const Clock& clock;
         Log& log;
@@ -100,41 +93,17 @@ class RemovalFlowModel {
     const std::vector<AppTarget>& protectedTargets() const { return protectedTargets_; }
     const std::optional<UndoReport>& undoReport() const { return undoReport_; }
     bool isUndoing() const { return isUndoing_; }
-    /// Newest first; the next one becomes the notice when one is dismissed or undone.
-    const std::vector<RecoveryNotice>& recoveryNotices() const { return recoveryNotices_; }
-    std::optional<RecoveryNotice> recoveryNotice() const {
-        return recoveryNotices_.empty() ? std::nullopt : std::optional(recoveryNotices_.front());
-    }
     const std::optional<QuitPrompt>& pendingQuitPrompt() const { return pendingQuitPrompt_; }
-    const std::set<Uuid>& selection() const { return selection_; }
-    /// What can be chosen from: of the review, of the sweep, or what was offered.
-    std::vector<ScanResult> found() const;
-    /// The selection as a removal takes it: by application, each item once, and nothing that an application
-    /// of the review which is not chosen claims too.
-    std::vector<RemovalTarget> chosenTargets() const;
-    /// What is of `found` and stays where it is. Of the last removal in a report: also what an application
-    /// that was left out at its quit prompt keeps.
-    std::vector<Trace> leftInPlace() const;
-    /// What the search for what is found could not look at.
-    Unseen unseen() const;
-    /// What of the review or the sweep can be neither shown as a trace nor taken: its names are not valid
-    /// UTF-8.
-    std::vector<Path> skippedNames() const;
-    /// What the removal takes away, in words: "Marlin Notes", "3 leftovers". Of the last one in a report.
-    std::string subject() const;
-    RemovalSummary summary() const;
+    /// What can be chosen from and what is chosen, in the review, after a sweep, and of an offer; from
+    /// nothing in every other stage. While a removal runs, what it was begun with.
+    const RemovalChoice& choice() const { return choice_; }
     /// Why `confirm` would not begin what is chosen; reads the disk, so only before a question or a preview.
     std::optional<RemovalRefusal> refusal() const;
     /// What kept the last removal from beginning because the rights do not suffice for it.
     const std::vector<Path>& unmovableItems() const { return unmovableItems_; }
-    RemovalMode mode() const { return mode_; }
     const std::map<std::string, LeftoverTree>& reviewTrees() const { return reviewTrees_; }
     const LeftoverFilter& reviewFilter() const { return reviewFilter_; }
     SweepState& sweep() { return sweep_; } ///< with the filter of its screen
-
-    /// What runs once when the program starts: the automatic purge, then recovery of interrupted runs, so
-    /// that nothing which this start recovers is purged by its age at once.
-    void start();
 
     /// Those `shown` although they are protected can be looked at and not removed.
     void loadTargets(const std::vector<Path>& bundles,
@@ -151,15 +120,12 @@ class RemovalFlowModel {
     /// scan or a sweep withdraws the offer.
     void offer(const std::string& name, std::vector<Trace> traces);
 
-    // The selection never holds what the mode leaves in place or what only the user can deal with.
+    // Changes of `choice`, which see; nothing while there is nothing to choose from.
     void setSelected(const std::set<Uuid>& ids, bool selected);
-    /// Exactly these. Those of them that are `named` one by one go also when another application of the
-    /// review that stays claims them.
     void select(const std::set<Uuid>& ids, const std::set<Uuid>& named = {});
-    /// What is taken without further choice (`takenByDefault`). Of an application that cannot be removed that
-    /// is nothing, and until something is chosen a removal is refused with the reason.
     void selectDefaults();
     void setMode(RemovalMode mode);
+
     void setReviewFilter(LeftoverFilter filter);
 
     void confirm();
@@ -167,13 +133,12 @@ class RemovalFlowModel {
 
     /// Undoes the run of the report.
     void undoLast();
-    void undoRecovered();
-    void dismissRecoveryNotice();
 
   private:
     struct Run; ///< a removal that is being prepared
 
     bool isHome() const;
+    bool isChoosing() const;
     void enter(Stage next);
     void forgetChoices();
     void fail(std::string message);
@@ -183,20 +148,16 @@ class RemovalFlowModel {
 
     void scan(std::vector<AppTarget> targets);
     void review(std::vector<ScanResult> results);
+    void showOrphans(std::shared_ptr<const OrphanScanResult> result, Findings findings);
     void buildReviewTrees();
 
-    void forEachFound(const std::function<void(const AppTarget&, const std::vector<Trace>&)>& visit) const;
-    RemovalSubject subjectKind() const;
-    void showRecovered(RecoveryOutcome outcome);
-    /// Why there is nothing to begin with.
-    std::optional<RemovalRefusal> whyNothingIsChosen(const std::vector<RemovalTarget>& targets) const;
+    void choose(Findings findings, RemovalSubject::Kind kind);
+    RefusalGrounds refusalGrounds() const;
     void beginUnlessRefused(const std::shared_ptr<Run>& run);
     void quitNext(std::shared_ptr<Run> run);
     void execute(std::shared_ptr<Run> run);
     void goBack(Run& run, std::optional<std::string> error);
     void goBack(Run& run, RemovalRefusal refusal);
-    /// A notice of the run goes with its undo.
-    void undo(const Path& root);
 
     Services services_;
     UserEnvironment user_;
@@ -206,23 +167,15 @@ class RemovalFlowModel {
     std::vector<AppTarget> protectedTargets_;
     std::optional<UndoReport> undoReport_;
     bool isUndoing_ = false;
-    std::vector<RecoveryNotice> recoveryNotices_;
     std::optional<QuitPrompt> pendingQuitPrompt_;
     std::function<void(QuitPromptChoice)> quitPromptContinuation_;
-    std::set<Uuid> selection_;
-    std::set<Uuid> named_;                           ///< of the selection, chosen one by one
-    std::optional<RemovalRefusal> refusedByDefault_; ///< while nobody chose otherwise
-    std::set<Uuid> resetIneligible_;  ///< was selected when the mode became reset, and cannot take part in it
-    std::optional<ScanResult> offer_; ///< only in a home stage, and while it is removed
-    std::string reportSubject_;
-    RemovalMode mode_ = RemovalMode::uninstall;
+    RemovalChoice choice_;
     std::map<std::string, std::shared_ptr<const LeftoverList>> reviewLists_; ///< by bundle identifier
     std::map<std::string, LeftoverTree> reviewTrees_;
     LeftoverFilter reviewFilter_;
     SweepState sweep_;
     StopSource scanStop_;
     std::vector<Path> unmovableItems_;
-    bool hasStarted_ = false;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };
 

@@ -2,84 +2,68 @@
 
 #include "base/background_step.h"
 #include "quarantine/trash_lock.h"
-#include "removal/chosen_items.h"
-#include "removal/removal_aftermath.h"
 #include "removal/removal_flow_model.h"
-#include "removal/removal_verification.h"
-#include "removal/staying_applications.h"
+#include "removal/removal_run.h"
 
 #include <algorithm>
+#include <set>
+#include <utility>
 
 namespace tidwen {
 
 /// A removal while its applications are asked to quit.
 struct RemovalFlowModel::Run {
-    std::vector<ScanResult> found;      ///< what they were chosen from
-    std::vector<RemovalTarget> targets; ///< those that take part
-    std::size_t next = 0;               ///< the first one that was not asked yet
-    std::vector<Path> skippedNames;
-    Unseen unseen;
-    RemovalMode mode = RemovalMode::uninstall;
-    RemovalSubject subject = RemovalSubject::applications;
+    RemovalChoice choice;                ///< what of it is left out is not taken
+    std::vector<GoingGroup> asked;       ///< those that it began with, in the order in which they are asked
+    std::size_t next = 0;                ///< the first one that was not asked yet
+    std::vector<RemovalTarget> targets;  ///< what goes, once that is settled
+    std::set<const FoundGroup*> running; ///< those that ran
     Stage cameFrom;
     std::unique_ptr<FolderLock> lock; ///< of the Trash
 
-    /// The application that was asked last stays, and with it what it claims of the others' items.
-    void leaveOutNext() {
-        const auto place = targets[next].target.bundleURL;
-        targets.erase(targets.begin() + static_cast<std::ptrdiff_t>(next));
-        if (subject != RemovalSubject::applications) return; // leftovers were not scanned as anybody's
-        std::vector<ScanResult> staying;
-        std::ranges::copy_if(found, std::back_inserter(staying),
-                             [&](const ScanResult& result) { return result.target.bundleURL == place; });
-        leaveToThoseThatStay(staying, targets);
+    /// Passes over those of which nothing goes since another one was left out.
+    const FoundGroup* nextToAsk() {
+        while (next < asked.size()) {
+            const auto* group = asked[next++].group;
+            if (std::ranges::find(choice.going(), group, &GoingGroup::group) != choice.going().end())
+                return group;
+        }
+        return nullptr;
+    }
+
+    /// Every answer is in.
+    void settle() {
+        targets = choice.targets();
+        for (std::size_t i = 0; i < targets.size(); ++i)
+            targets[i].isRunning = running.contains(choice.going()[i].group);
     }
 };
 
 void RemovalFlowModel::confirm() {
-    const bool isOffer = isHome() && offer_;
-    if (!isOffer && !std::holds_alternative<stage::Review>(stage_)
-        && !std::holds_alternative<stage::Orphans>(stage_))
-        return;
+    const bool hasNoOffer = isHome() && choice_.findings().groups().empty();
+    if (!isChoosing() || hasNoOffer) return;
     errorMessage_.reset();
-    auto targets = chosenTargets();
     unmovableItems_.clear();
-    if (auto refusal = whyNothingIsChosen(targets)) {
-        unmovableItems_ = std::move(refusal->unmovableItems);
+    if (const auto& refusal = choice_.refusal()) {
+        unmovableItems_ = refusal->unmovableItems;
         return fail(services_.texts.text(refusal->reason));
     }
-    reportSubject_ = subject();
     auto run = std::make_shared<Run>();
-    run->subject = subjectKind();
-    run->found = found();
-    run->targets = std::move(targets);
-    run->skippedNames = skippedNames();
-    run->unseen = unseen();
-    run->mode = mode_;
+    run->choice = choice_;
+    run->asked = run->choice.going();
+    run->targets = run->choice.targets();
     run->cameFrom = stage_;
-    enter(stage::Removing{});
+    enter(stage::Removing{choice_.subject()});
     beginUnlessRefused(run);
 }
 
-namespace {
-
-RefusalGrounds groundsOf(const RemovalFlowModel::Services& services, const UserEnvironment& user) {
-    return {services.files, user, services.rights, services.protectedApps, services.texts};
-}
-
-} // namespace
-
-std::optional<RemovalRefusal>
-RemovalFlowModel::whyNothingIsChosen(const std::vector<RemovalTarget>& targets) const {
-    if (refusedByDefault_ && mode_ == RemovalMode::uninstall) return refusedByDefault_;
-    if (targets.empty()) return RemovalRefusal{{"error.nothingToRemove"}};
-    return std::nullopt;
+RefusalGrounds RemovalFlowModel::refusalGrounds() const {
+    return {services_.files, user_, services_.rights, services_.protectedApps, services_.texts};
 }
 
 std::optional<RemovalRefusal> RemovalFlowModel::refusal() const {
-    const auto targets = chosenTargets();
-    if (auto refusal = whyNothingIsChosen(targets)) return refusal;
-    return whyNotBegin(targets, mode_, groundsOf(services_, user_));
+    if (choice_.refusal()) return choice_.refusal();
+    return whyNotBegin(choice_.targets(), choice_.mode(), refusalGrounds());
 }
 
 /// Refusals come before the first application is asked to quit and before anything is made or locked.
@@ -88,7 +72,9 @@ void RemovalFlowModel::beginUnlessRefused(const std::shared_ptr<Run>& run) {
     inBackground(
         *this, alive_, services_.background, services_.main,
         [services = services_, user = user_, run]() -> Outcome {
-            if (auto refusal = whyNotBegin(run->targets, run->mode, groundsOf(services, user)))
+            const RefusalGrounds grounds{services.files, user, services.rights, services.protectedApps,
+                                         services.texts};
+            if (auto refusal = whyNotBegin(run->targets, run->choice.mode(), grounds))
                 return tl::unexpected(std::move(*refusal));
             return lockTrash(user, services.files);
         },
@@ -114,29 +100,23 @@ void RemovalFlowModel::goBack(Run& run, std::optional<std::string> error) {
 }
 
 void RemovalFlowModel::quitNext(std::shared_ptr<Run> run) {
-    if (run->next == run->targets.size()) return execute(std::move(run));
-    const auto& target = run->targets[run->next].target;
+    const auto* group = run->nextToAsk();
+    if (!group) return execute(std::move(run));
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [&running = services_.running, bundleID = target.bundleID] {
+        [&running = services_.running, bundleID = group->target.bundleID] {
             const bool wasRunning = !bundleID.empty() && running.isRunning(bundleID);
             return std::pair(wasRunning, !wasRunning || running.quit(bundleID, quitWait));
         },
-        [run](RemovalFlowModel& self, std::pair<bool, bool> outcome) {
+        [run, group](RemovalFlowModel& self, std::pair<bool, bool> outcome) {
             const auto [wasRunning, hasQuit] = outcome;
-            run->targets[run->next].isRunning = wasRunning;
-            if (hasQuit) {
-                ++run->next;
-                return self.quitNext(run);
-            }
-            self.quitPromptContinuation_ = [&self, run](QuitPromptChoice choice) {
-                if (choice == QuitPromptChoice::forceContinue)
-                    ++run->next;
-                else
-                    run->leaveOutNext();
+            if (wasRunning) run->running.insert(group);
+            if (hasQuit) return self.quitNext(run);
+            self.quitPromptContinuation_ = [&self, run, group](QuitPromptChoice choice) {
+                if (choice == QuitPromptChoice::cancelApp) run->choice.leaveOut(*group);
                 self.quitNext(run);
             };
-            self.pendingQuitPrompt_ = QuitPrompt{Uuid::random(), run->targets[run->next].target.name};
+            self.pendingQuitPrompt_ = QuitPrompt{Uuid::random(), group->target.name};
             self.notify();
         });
 }
@@ -148,67 +128,14 @@ void RemovalFlowModel::answerQuitPrompt(QuitPromptChoice choice) {
     if (auto answer = std::exchange(quitPromptContinuation_, nullptr)) answer(choice);
 }
 
-namespace {
-
-/// A run of which nothing could be put back needs no folder once it is over, and no place in the history.
-void dropRecord(RemovalReport& report, FileSystem& files) {
-    if (report.manifestFailure || !files.removeFile(report.manifestURL)) return;
-    if (!files.removeEmptyDirectory(report.quarantineRoot)) return;
-    report.quarantineRoot = report.manifestURL = Path();
-}
-
-/// The run from its folder to its verified report. Nothing was touched when it gives an error instead.
-FileResult<RemovalReport> carryOut(const RemovalFlowModel::Services& services, const UserEnvironment& user,
-                                   const std::vector<RemovalTarget>& targets, RemovalMode mode) {
-    const auto date = services.clock.now();
-    std::vector<AppRecord> apps;
-    apps.reserve(targets.size());
-    for (const auto& target : targets)
-        apps.push_back({target.target.name, target.target.bundleID});
-    const auto layout = createQuarantineFolder(apps, date, user, services.files);
-    if (!layout) return tl::unexpected(layout.error());
-    const auto plan = buildRemovalPlan(targets, *layout, mode, services.texts);
-    auto links = linksToApplications(targets, services.files, user);
-    auto report = services.executor.execute(plan, *layout, apps, mode, date);
-    if (!report) return report;
-    if (manifestEntries(plan).empty()) dropRecord(*report, services.files);
-    report->verification = verifyRemoval(targets, services.audit);
-    report->reclaimedBytes = movedBytes(*report, services.files);
-    report->emptiedFolders = emptiedFolders(targets, services.files, user);
-    std::erase_if(links, [&](const Path& link) { return services.files.resolve(link).has_value(); });
-    report->deadLinks = std::move(links);
-    return report;
-}
-
-/// What stays after the run, and whether a later search would find it.
-std::vector<Remainder> remaindersAfter(const std::vector<ScanResult>& found,
-                                       const std::vector<RemovalTarget>& taken, RemovalMode mode,
-                                       const FileSystem& files) {
-    auto left = remainders(found, taken, mode);
-    for (auto& each : left) {
-        const bool isApplication = !each.target.bundleURL.isRoot();
-        // Receipts alone are no evidence of an application.
-        each.needsUndo = isApplication ? !files.exists(each.target.bundleURL)
-                                       : std::ranges::all_of(each.traces, [](const Trace& trace) {
-                                             return trace.category == TraceCategory::receipts;
-                                         });
-    }
-    return left;
-}
-
-} // namespace
-
 void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
-    std::erase_if(run->targets, [](const RemovalTarget& target) { return target.traces.empty(); });
-    if (run->targets.empty()) return goBack(*run, std::nullopt); // every application was left out
-    reportSubject_ = subjectText(run->subject, run->mode, run->targets, services_.texts);
+    if (run->choice.going().empty()) return goBack(*run, std::nullopt); // every application was left out
+    run->settle();
+    enter(stage::Removing{run->choice.subject()});
     auto work = [services = services_, user = user_, run] {
-        auto report = carryOut(services, user, run->targets, run->mode);
-        if (report) {
-            report->skippedNames = std::move(run->skippedNames);
-            report->unseen = std::move(run->unseen);
-            report->left = remaindersAfter(run->found, run->targets, run->mode, services.files);
-        }
+        RemovalRun removal(
+            {services.files, services.executor, services.audit, services.texts, services.clock}, user);
+        auto report = removal.carryOut(run->choice, run->targets);
         run->lock.reset(); // before the report is seen, so that it can be undone at once
         return report;
     };
@@ -216,41 +143,26 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
                  [run = std::move(run)](RemovalFlowModel& self, FileResult<RemovalReport> report) {
                      if (!report) return self.goBack(*run, self.wordsOf(report.error()));
                      self.undoReport_.reset();
-                     self.offer_.reset();
-                     self.enter(stage::Report{std::move(*report)});
+                     self.forgetChoices();
+                     self.enter(stage::Report{std::move(*report), run->choice.subject()});
                  });
 }
 
-void RemovalFlowModel::undo(const Path& root) {
-    if (isUndoing_) return;
+void RemovalFlowModel::undoLast() {
+    const auto* shown = std::get_if<stage::Report>(&stage_);
+    if (!shown || isUndoing_) return;
     isUndoing_ = true;
     errorMessage_.reset();
     notify();
-    using Outcome = tl::expected<UndoReport, Message>;
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [&service = services_.undo, root] { return service.undoRun(root); },
-        [root](RemovalFlowModel& self, Outcome outcome) {
+        [&service = services_.undo, root = shown->report.quarantineRoot] { return service.undoRun(root); },
+        [](RemovalFlowModel& self, tl::expected<UndoReport, Message> outcome) {
             self.isUndoing_ = false;
             if (!outcome) return self.fail(self.services_.texts.text(outcome.error()));
             self.undoReport_ = std::move(*outcome);
-            std::erase_if(self.recoveryNotices_,
-                          [&](const auto& each) { return each.manifest.quarantineRoot == root; });
             self.notify();
         });
-}
-
-void RemovalFlowModel::undoLast() {
-    if (const auto* shown = std::get_if<stage::Report>(&stage_)) undo(shown->report.quarantineRoot);
-}
-
-void RemovalFlowModel::undoRecovered() {
-    if (!recoveryNotices_.empty()) undo(recoveryNotices_.front().manifest.quarantineRoot);
-}
-
-void RemovalFlowModel::dismissRecoveryNotice() {
-    if (!recoveryNotices_.empty()) recoveryNotices_.erase(recoveryNotices_.begin());
-    notify();
 }
 
 } // namespace tidwen

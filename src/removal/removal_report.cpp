@@ -10,9 +10,10 @@ bool RemovalReport::keepsItsPermissions(const std::string& bundleID) const {
         return step.bundleID == bundleID && std::holds_alternative<operation::ResetPermissions>(step.kind);
     };
     const auto stays = [&](const Remainder& each) {
-        return each.target.bundleID == bundleID && std::ranges::any_of(each.traces, [](const Trace& trace) {
-                   return trace.category == TraceCategory::application;
-               });
+        return each.target.bundleID == bundleID
+               && std::ranges::any_of(each.traces, [](const StayingTrace& item) {
+                      return item.trace.category == TraceCategory::application;
+                  });
     };
     return std::ranges::none_of(operations, resets)
            && (mode == RemovalMode::reset || std::ranges::any_of(left, stays));

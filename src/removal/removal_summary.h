@@ -28,6 +28,6 @@ struct RemovalSummary {
 };
 
 /// Traces that only the user himself can deal with do not count.
-RemovalSummary summarize(const std::vector<Trace>& selection, const std::string& locale = "en");
+RemovalSummary summarize(const std::vector<const Trace*>& selection, const std::string& locale = "en");
 
 } // namespace tidwen

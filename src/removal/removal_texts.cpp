@@ -1,7 +1,6 @@
 #include "removal/removal_texts.h"
 
 #include "base/byte_count.h"
-#include "removal/chosen_items.h"
 
 #include <algorithm>
 #include <iterator>
@@ -28,26 +27,6 @@ std::pair<std::size_t, std::size_t> doneAndAll(const RemovalReport& report,
 }
 
 } // namespace
-
-std::string subjectText(RemovalSubject subject, RemovalMode mode, const std::vector<RemovalTarget>& targets,
-                        const Texts& texts) {
-    std::size_t items = 0;
-    for (const auto& target : targets)
-        items += target.traces.size();
-    if (subject == RemovalSubject::applications) {
-        const bool isOne = targets.size() == 1;
-        const bool goWhole = mode == RemovalMode::reset || std::ranges::all_of(targets, takesTheApplication);
-        const auto some = texts.text("report.subject.items %lld", {number(items)});
-        if (!goWhole)
-            return isOne ? texts.text("report.subject.of %@ %@", {some, targets.front().target.name}) : some;
-        return isOne ? targets.front().target.name
-                     : texts.text("report.subject.apps %lld", {number(targets.size())});
-    }
-    const auto* key = subject == RemovalSubject::leftovers    ? "confirm.subject.leftovers %lld"
-                      : subject == RemovalSubject::installers ? "confirm.subject.installers %lld"
-                                                              : "confirm.subject.startup %lld";
-    return texts.text(key, {number(items)});
-}
 
 ConfirmationTexts confirmationTexts(const RemovalSummary& summary, const std::string& subject,
                                     RemovalMode mode, const Texts& texts) {

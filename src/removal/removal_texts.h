@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/texts.h"
-#include "removal/removal_plan.h"
 #include "removal/removal_report.h"
 #include "removal/removal_summary.h"
 
@@ -11,14 +10,6 @@
 
 /// The words around a removal, the same wherever they are shown.
 namespace tidwen {
-
-/// What kind of thing a removal takes away, which decides what it is called.
-enum class RemovalSubject { applications, leftovers, installers, startupItems };
-
-/// "Marlin Notes", "3 applications", "12 leftovers"; "2 items of Kip" when an application itself stays that a
-/// reset does not keep anyway.
-std::string subjectText(RemovalSubject subject, RemovalMode mode, const std::vector<RemovalTarget>& targets,
-                        const Texts& texts);
 
 struct ConfirmationTexts {
     std::string title;                           ///< "Remove Marlin Notes?"

@@ -98,7 +98,7 @@ TEST(Selection, TakesWhatTheRequestNames) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
-        const auto chosen = chooseTraces(found, c.request, c.mode, HostPaths(std::nullopt));
+        const auto chosen = chooseTraces(groupsOf(found), c.request, c.mode, HostPaths(std::nullopt));
         EXPECT_EQ(chosen ? namesOf(found, chosen->ids) : Names{chosen.error().key}, c.expected);
     }
 }
@@ -107,7 +107,8 @@ TEST(Selection, TellsAnItemOfTwoTargetsFromTwoItemsOfOneName) {
     const std::vector found = {result("/A.app", {file("/L/shared"), file("/L/a/same")}),
                                result("/B.app", {file("/L/shared"), file("/L/b/same")})};
     const auto choose = [&](const char* selector) {
-        return chooseTraces(found, {.selectors = {selector}}, RemovalMode::uninstall, HostPaths({}));
+        return chooseTraces(groupsOf(found), {.selectors = {selector}}, RemovalMode::uninstall,
+                            HostPaths({}));
     };
     for (const auto* selector : {"shared", "/L/shared"}) {
         const auto chosen = choose(selector);
@@ -123,7 +124,7 @@ TEST(Selection, SelectorsMayBePathsOfThisMachine) {
     const test::TemporaryVolume volume;
     volume.write("/L/with, comma", "x");
     const std::vector found = {result("/Applications/A.app", {file("/L/with, comma")})};
-    const auto chosen = chooseTraces(found, {.selectors = {volume.host("/L/with, comma").string()}},
+    const auto chosen = chooseTraces(groupsOf(found), {.selectors = {volume.host("/L/with, comma").string()}},
                                      RemovalMode::uninstall, HostPaths(volume.hostRoot()));
     ASSERT_TRUE(chosen) << chosen.error().key;
     EXPECT_EQ(namesOf(found, chosen->ids), Names{"/L/with, comma"});

@@ -1,5 +1,7 @@
-#include "removal/chosen_items.h"
+#include "removal/removal_choice.h"
 #include "removal/removal_texts.h"
+
+#include "support/matchers.h"
 
 #include <gmock/gmock.h>
 
@@ -15,26 +17,48 @@ Trace trace(const char* path, Reversibility reversibility = Reversibility::rever
                      size, requiresRoot);
 }
 
-ScanResult found(std::vector<Trace> traces) {
-    ScanResult result;
-    result.traces = std::move(traces);
-    return result;
+std::set<Uuid> idsOf(const Findings& findings) {
+    std::set<Uuid> ids;
+    for (const auto& group : findings.groups())
+        for (const auto& trace : group.traces)
+            ids.insert(trace.id);
+    return ids;
 }
 
-TEST(ChosenItems, EachIsTakenOnceAndWhatGoesAlongIsNotLeft) {
-    const std::vector<ScanResult> all = {found({trace("/L/Maker/child"), trace("/L/shared")}),
-                                         found({trace("/L/shared"), trace("/L/Maker")}),
-                                         found({trace("/L/Maker/child")}), found({trace("/L/other")})};
-    std::vector<RemovalTarget> chosen;
-    for (std::size_t i = 0; i < 3; ++i)
-        chosen.push_back({.target = {}, .traces = all[i].traces});
-    takeEachItemOnce(chosen);
-    ASSERT_EQ(chosen.size(), 2u) << "an application of which nothing is left to take drops out";
-    EXPECT_EQ(chosen[0].traces[0].displayName, "/L/shared");
-    EXPECT_EQ(chosen[1].traces[0].displayName, "/L/Maker");
-    const auto left = leftInPlace(all, chosen, RemovalMode::uninstall);
-    ASSERT_EQ(left.size(), 1u);
-    EXPECT_EQ(left[0].displayName, "/L/other");
+TEST(RemovalChoice, TakesEachItemOnceAndSaysWhyTheOthersStay) {
+    auto contested = trace("/L/contested");
+    contested.contestedBy = Claimant{"com.example.other", "Other", Path("/Other.app")};
+    const auto findings =
+        std::make_shared<const Findings>(std::make_shared<const OrphanScanResult>(OrphanScanResult{
+            {{"a", "A", {trace("/L/Maker/child"), trace("/L/shared")}},
+             {"b", "B", {trace("/L/shared"), trace("/L/Maker"), trace("/L/Maker 2")}},
+             {"c", "C", {trace("/L/Maker/child"), trace("/L/Maker/deep/er/child")}},
+             {"d", "D", {trace("/L/other"), contested, trace("/by hand", Reversibility::manualOnly)}}},
+            {}}));
+    RemovalChoice choice(findings, RemovalSubject::Kind::leftovers, "en");
+    EXPECT_EQ(choice.refusal()->reason.key, "error.nothingToRemove");
+    choice.setSelected(idsOf(*findings), true);
+    EXPECT_FALSE(choice.isSelected(findings->groups()[3].traces[2].id)) << "only the user can deal with it";
+    choice.setSelected({findings->groups()[3].traces[0].id, contested.id}, false);
+
+    Names going, staying;
+    for (const auto& target : choice.targets())
+        for (const auto& each : target.traces)
+            going.push_back(target.target.name + each.displayName);
+    for (const auto& left : choice.remainders())
+        for (const auto& each : left.traces)
+            staying.push_back(each.trace.displayName + ": " + Texts().text(each.describe()));
+    EXPECT_EQ(going, (Names{"A/L/shared", "B/L/Maker", "B/L/Maker 2"})) << "of C nothing is left to take";
+    EXPECT_EQ(staying,
+              (Names{"/L/other: left.notChosen", "/L/contested: left.contested com.example.other /Other.app",
+                     "/by hand: left.byHand"}));
+    EXPECT_EQ(choice.subject().text(Texts()), "confirm.subject.leftovers 3");
+    EXPECT_EQ(choice.summary().totalCount, 3);
+
+    RemovalChoice other = choice;
+    other.select({contested.id});
+    EXPECT_EQ(other.summary().totalCount, 1);
+    EXPECT_EQ(choice.summary().totalCount, 3) << "a copy is independent";
 }
 
 TEST(RemovalSummary, AndItsWords) {
@@ -58,7 +82,9 @@ TEST(RemovalSummary, AndItsWords) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
-        const auto words = confirmationTexts(summarize(c.selection), "It", RemovalMode::reset, Texts());
+        const auto words =
+            confirmationTexts(summarize(eachOf(c.selection, [](const Trace& each) { return &each; }), "en"),
+                              "It", RemovalMode::reset, Texts());
         EXPECT_EQ(words.title, "confirm.reset.title It");
         Names lines = {words.summary};
         lines.insert(lines.end(), words.breakdown.begin(), words.breakdown.end());

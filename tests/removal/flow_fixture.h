@@ -3,6 +3,7 @@
 #include "platform/file_code_signatures.h"
 #include "quarantine/trash_lock.h"
 #include "removal/removal_flow_model.h"
+#include "removal/startup_chores.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/memory_defaults.h"
@@ -41,9 +42,9 @@ class FlowFixture : public SteppedQueues {
     bool has(const Path& path) const { return volume.exists(path.string()); }
     std::set<std::string> selected() const {
         std::set<std::string> names;
-        for (const auto& target : model->chosenTargets())
-            for (const auto& trace : target.traces)
-                names.insert(trace.displayName);
+        for (const auto& each : model->choice().going())
+            for (const auto* trace : each.traces)
+                names.insert(trace->displayName);
         return names;
     }
 
@@ -91,10 +92,8 @@ class FlowFixture : public SteppedQueues {
             .executor = executor,
             .undo = undo,
             .rights = MoveRights::own,
-            .purge = purge,
             .audit = audit,
             .protectedApps = protectedApps,
-            .preferences = preferences,
             .texts = texts,
             .clock = clock,
             .log = log,
@@ -102,6 +101,16 @@ class FlowFixture : public SteppedQueues {
             .background = background,
             .treeQueue = background},
         user);
+    StartupChores chores{{.files = volume.files(),
+                          .undo = undo,
+                          .purge = purge,
+                          .preferences = preferences,
+                          .texts = texts,
+                          .clock = clock,
+                          .log = log,
+                          .main = main,
+                          .background = background},
+                         user};
 };
 
 } // namespace tidwen::test

@@ -1,4 +1,5 @@
 #include "removal/flow_fixture.h"
+#include "removal/removal_texts.h"
 
 #include "support/matchers.h"
 #include "support/unprivileged.h"
@@ -101,7 +102,9 @@ TEST(RemovalFlow, AsksAboutEachApplicationThatDoesNotQuit) {
 
     ASSERT_EQ(bench.stage(), "report");
     EXPECT_EQ(std::get<stage::Report>(bench.model->stage()).report.apps.size(), 2u);
-    EXPECT_EQ(bench.model->subject(), "report.subject.apps 2") << "who was left out does not count";
+    EXPECT_EQ(std::get<stage::Report>(bench.model->stage()).subject.text(bench.texts),
+              "report.subject.apps 2")
+        << "who was left out does not count";
     EXPECT_FALSE(bench.has(bench.bundle("Birch")));
     EXPECT_TRUE(bench.has(bench.bundle("Cedar")));
 
@@ -129,15 +132,15 @@ TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
         bench.review({"Alpine", "Birch"});
         auto& model = *bench.model;
         if (out == Out::inAReset) model.setMode(RemovalMode::reset);
-        const auto birch = model.found()[1];
+        const auto& birch = model.choice().findings().groups()[1];
         for (const auto& trace : birch.traces)
             if (out == Out::inAReset
                 || (out == Out::inTheSelection && trace.category == TraceCategory::application))
                 model.setSelected({trace.id}, false);
         if (out == Out::butItIsNamed) {
             std::set<Uuid> ids;
-            for (const auto& result : model.found())
-                for (const auto& trace : result.traces)
+            for (const auto& group : model.choice().findings().groups())
+                for (const auto& trace : group.traces)
                     if (trace.displayName == shared.string()) ids.insert(trace.id);
             model.select(ids, ids);
             model.confirm();
@@ -153,8 +156,13 @@ TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
         bench.settle();
         ASSERT_EQ(bench.stage(), "report");
         std::set<std::string> left;
-        for (const auto& trace : model.leftInPlace())
-            left.insert(trace.displayName);
+        for (const auto& each : std::get<stage::Report>(model.stage()).report.left)
+            for (const auto& item : each.traces) {
+                left.insert(item.trace.displayName);
+                const bool isLeftOut = out == Out::atTheQuitQuestion && each.target.name == "Birch";
+                EXPECT_EQ(item.reason == StayReason::leftOut, isLeftOut);
+                EXPECT_TRUE(each.target.name != "Alpine" || item.reason == StayReason::claimed);
+            }
         EXPECT_EQ(bench.has(shared), out != Out::nobody);
         EXPECT_EQ(left.contains(shared.string()), out != Out::nobody);
         EXPECT_FALSE(bench.has(bench.cache("Alpine")));
@@ -190,7 +198,7 @@ TEST(RemovalFlow, TellsWhatItLeavesBehind) {
     ASSERT_EQ(bench.stage(), "report");
     const auto& report = std::get<stage::Report>(bench.model->stage()).report;
     ASSERT_EQ(report.left.size(), 1u);
-    EXPECT_EQ(report.left[0].traces[0].displayName, data.string());
+    EXPECT_EQ(report.left[0].traces[0].trace.displayName, data.string());
     EXPECT_TRUE(report.left[0].needsUndo) << "a scan would no longer find it";
     EXPECT_THAT(report.emptiedFolders, testing::ElementsAre(suite));
     EXPECT_THAT(report.deadLinks, testing::ElementsAre(link));
@@ -206,8 +214,7 @@ TEST(RemovalFlow, WhatCannotBePutBackLeavesNoFolder) {
     for (const bool movesToo : {false, true}) {
         bench.review({"Alpine"});
         std::set<Uuid> ids;
-        const auto found = bench.model->found();
-        for (const auto& trace : found[0].traces)
+        for (const auto& trace : bench.model->choice().findings().groups()[0].traces)
             if (std::holds_alternative<action::ResetPermissions>(trace.action)
                 || (movesToo && trace.displayName == bench.cache("Alpine").string()))
                 ids.insert(trace.id);
@@ -264,7 +271,7 @@ TEST(RemovalFlow, RefusalsAreLinesAndDoNotKeepTheOthersOut) {
                               Path("/Applications/./Alpine.app")});
     EXPECT_EQ(bench.model->errorMessage(), "Ev\\nil.app: error.unreadableBundle\nerror.protectedApp Birch");
     bench.settle();
-    EXPECT_EQ(bench.model->found().size(), 1u);
+    EXPECT_EQ(bench.model->choice().findings().groups().size(), 1u);
 }
 
 TEST(RemovalFlow, AResetKeepsTheApplicationAndGoingBackTakesItAgain) {
@@ -276,7 +283,7 @@ TEST(RemovalFlow, AResetKeepsTheApplicationAndGoingBackTakesItAgain) {
     bench.model->setMode(RemovalMode::reset);
     bench.model->selectDefaults();
     EXPECT_THAT(bench.selected(), UnorderedElementsAre(cache, permissions));
-    EXPECT_THAT(bench.model->leftInPlace(), IsEmpty()) << "what a reset keeps was not forgotten";
+    EXPECT_THAT(bench.model->choice().staying(), IsEmpty()) << "what a reset keeps was not forgotten";
     bench.model->setMode(RemovalMode::uninstall);
     EXPECT_THAT(bench.selected(), UnorderedElementsAre(app, cache, permissions));
     EXPECT_THAT(bench.selected(), UnorderedElementsAre(app, cache, permissions));
@@ -306,7 +313,7 @@ TEST(RemovalFlow, UndoesTheRunOfTheReport) {
     EXPECT_FALSE(bench.model->undoReport());
 }
 
-TEST(RemovalFlow, StartsWithRecoveryAndPurgesWhatIsPastItsTime) {
+TEST(StartupChores, StartsWithRecoveryAndPurgesWhatIsPastItsTime) {
     FlowFixture bench;
     bench.preferences.quarantineRetention.set("thirtyDays");
     std::vector<Path> roots;
@@ -328,22 +335,22 @@ TEST(RemovalFlow, StartsWithRecoveryAndPurgesWhatIsPastItsTime) {
         ASSERT_TRUE(bench.volume.files().removeFile(root / manifestFileName));
     }
 
-    bench.model->start();
+    bench.chores.run();
     bench.settle();
     EXPECT_FALSE(bench.has(roots[0]));
     EXPECT_TRUE(bench.has(roots[1])) << "its date lies in the future";
-    EXPECT_THAT(eachOf(bench.model->recoveryNotices(),
+    EXPECT_THAT(eachOf(bench.chores.recoveryNotices(),
                        [](const auto& notice) { return notice.manifest.apps.front().name; }),
                 ElementsAre("Cedar", "Dogwood"));
     EXPECT_TRUE(bench.has(roots[3])) << "what this start recovered is not purged by its age at once";
-    bench.model->start();
+    bench.chores.run();
     EXPECT_EQ(bench.background.drain(), 0u) << "once per launch";
-    bench.model->undoRecovered();
+    bench.chores.undoRecovered();
     bench.settle();
     EXPECT_TRUE(bench.has(bench.bundle("Cedar")));
-    EXPECT_EQ(bench.model->recoveryNotice()->manifest.apps.front().name, "Dogwood");
-    bench.model->dismissRecoveryNotice();
-    EXPECT_FALSE(bench.model->recoveryNotice());
+    EXPECT_EQ(bench.chores.recoveryNotice()->manifest.apps.front().name, "Dogwood");
+    bench.chores.dismissRecoveryNotice();
+    EXPECT_FALSE(bench.chores.recoveryNotice());
 }
 
 TEST(RemovalFlow, AnApplicationAndItsDataGoTogetherOrNotAtAll) {
@@ -369,10 +376,11 @@ TEST(RemovalFlow, AnApplicationAndItsDataGoTogetherOrNotAtAll) {
     }
     bench.model->loadTargets({got});
     bench.settle();
-    for (const auto& result : bench.model->found())
-        for (const auto& trace : result.traces)
+    for (const auto& group : bench.model->choice().findings().groups())
+        for (const auto& trace : group.traces)
             if (trace.category != TraceCategory::application) bench.model->setSelected({trace.id}, true);
-    EXPECT_EQ(bench.model->subject(), "report.subject.of report.subject.items 2 Alpine");
+    EXPECT_EQ(bench.model->choice().subject().text(bench.texts),
+              "report.subject.of report.subject.items 2 Alpine");
     bench.model->confirm();
     bench.settle();
     EXPECT_EQ(bench.stage(), "report") << "data alone is an explicit choice";

@@ -33,7 +33,7 @@ std::optional<Message> choose(RemovalFlowModel& model, const SelectionRequest& r
         if (chosen == Chosen::byDefault) model.selectDefaults();
         return std::nullopt;
     }
-    const auto selection = chooseTraces(model.found(), request, mode, hostPaths);
+    const auto selection = chooseTraces(model.choice().findings().groups(), request, mode, hostPaths);
     if (!selection) return selection.error();
     model.select(selection->ids, selection->named);
     return std::nullopt;
@@ -43,8 +43,8 @@ std::optional<Message> choose(RemovalFlowModel& model, const SelectionRequest& r
 void narrow(RemovalFlowModel& model, const LeftoverFilter& filter) {
     if (!filter.isActive()) return;
     std::set<Uuid> hidden;
-    for (const auto& result : model.found())
-        for (const auto& trace : result.traces)
+    for (const auto& group : model.choice().findings().groups())
+        for (const auto& trace : group.traces)
             if (!filter.passes(trace)) hidden.insert(trace.id);
     model.setSelected(hidden, false);
 }
@@ -55,14 +55,14 @@ struct Preview {
     std::vector<RemovalOperation> plan;
 };
 
-Preview preview(const CommandContext& context, const Mac& mac, const RemovalFlowModel& model) {
-    const auto targets = model.chosenTargets();
+Preview preview(const CommandContext& context, const Mac& mac, const RemovalChoice& choice) {
+    const auto targets = choice.targets();
     std::vector<AppRecord> apps;
     apps.reserve(targets.size());
     for (const auto& target : targets)
         apps.push_back({target.target.name, target.target.bundleID});
     const auto layout = makeLayout(apps, mac.system.clock.now(), mac.system.user);
-    return {layout, buildRemovalPlan(targets, layout, model.mode(), context.texts)};
+    return {layout, buildRemovalPlan(targets, layout, choice.mode(), context.texts)};
 }
 
 ExitStatus refuse(const RemovalRefusal& refusal, const CommandContext& context) {
@@ -84,24 +84,25 @@ void besideDocument(const CommandContext& context, const Print& print) {
     print(CommandContext{context.arguments, context.texts, errors});
 }
 
-void show(const Preview& preview, const RemovalFlowModel& model, const CommandContext& context) {
-    const auto unseen = model.unseen();
+void show(const Preview& preview, const RemovalChoice& choice, const CommandContext& context) {
+    const auto& unseen = choice.findings().unseen();
     if (context.arguments.json) {
         context.console.document(json::document(preview.plan));
         return besideDocument(context, [&](const auto& beside) { printUnseen(unseen, beside); });
     }
     printPlan(preview.plan, preview.layout, context);
-    printLeft(model.leftInPlace(), context);
+    printLeft(choice.staying(), context);
     printUnseen(unseen, context);
 }
 
-bool confirmed(const CommandContext& context, const Mac& mac, const RemovalFlowModel& model) {
-    const auto words = confirmationTexts(model.summary(), model.subject(), model.mode(), context.texts);
+bool confirmed(const CommandContext& context, const Mac& mac, const RemovalChoice& choice) {
+    const auto words = confirmationTexts(choice.summary(), choice.subject().text(context.texts),
+                                         choice.mode(), context.texts);
     const auto show = [&](const CommandContext& shown) {
-        printItems(model.chosenTargets(), shown);
+        printItems(choice.going(), shown);
         printConfirmation(words, shown, mac);
-        printLeft(model.leftInPlace(), shown);
-        printUnseen(model.unseen(), shown);
+        printLeft(choice.staying(), shown);
+        printUnseen(choice.findings().unseen(), shown);
     };
     if (!context.arguments.yes && context.console.canAsk())
         context.arguments.json ? besideDocument(context, show) : show(context);
@@ -148,29 +149,31 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     if (const auto refused = choose(model, *request, chosen, mode, HostPaths(mac.volume)))
         return context.refuse(*refused);
     narrow(model, {.query = searchText(context.arguments)});
+    const auto& choice = model.choice();
     const auto refusal = model.refusal();
-    if (refusal && model.chosenTargets().empty()) return refuse(*refusal, context);
-    const auto planned = preview(context, mac, model);
+    if (refusal && choice.going().empty()) return refuse(*refusal, context);
+    const auto planned = preview(context, mac, choice);
+    const auto& skipped = choice.findings().skippedNames();
     const bool isDryRun = context.arguments.has("--dry-run");
     if (isDryRun) {
-        show(planned, model, context);
-        complainOfSkipped(model.skippedNames(), context);
+        show(planned, choice, context);
+        complainOfSkipped(skipped, context);
     }
     if (refusal) return refuse(*refusal, context);
     // Who names each item asks for nothing else.
     const bool namesItems = !request->selectors.empty();
     if (isDryRun)
-        return model.unseen().isNothing() && (model.skippedNames().empty() || namesItems)
+        return choice.findings().unseen().isNothing() && (skipped.empty() || namesItems)
                    ? ExitStatus::done
                    : ExitStatus::someFailed;
-    if (!confirmed(context, mac, model)) return ExitStatus::refused;
+    if (!confirmed(context, mac, choice)) return ExitStatus::refused;
 
     if (!session.remove()) {
         if (const auto& why = model.errorMessage()) context.console.complain(*why);
         return ExitStatus::refused;
     }
-    const auto& report = std::get<stage::Report>(model.stage()).report;
-    show(report, model.subject(), context, mac);
+    const auto& [report, subject] = std::get<stage::Report>(model.stage());
+    show(report, subject.text(context.texts), context, mac);
     complainOfSkipped(report.skippedNames, context);
     const bool tookAll = report.skippedNames.empty() || namesItems;
     const bool isComplete = report.failures().empty() && !report.manifestFailure && tookAll;

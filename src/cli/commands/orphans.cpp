@@ -69,7 +69,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     FlowSession session(context, mac);
     if (removes) {
         if (!session.sweep()) return ExitStatus::refused;
-        const auto& gaps = std::get<stage::Orphans>(session.model().stage()).result.gaps;
+        const auto& gaps = std::get<stage::Orphans>(session.model().stage()).result->gaps;
         const bool sawAllOwners = gaps.empty();
         for (const auto& gap : gaps)
             context.console.complain(context.texts.text(gap.describe()));

@@ -20,15 +20,15 @@ std::string belowRoot(const Path& path, const Path& root) {
 
 } // namespace
 
-void printItems(const std::vector<RemovalTarget>& targets, const CommandContext& context) {
-    for (const auto& target : targets) {
-        context.console.line(target.target.name, Paint::strong);
+void printItems(const std::vector<GoingGroup>& going, const CommandContext& context) {
+    for (const auto& each : going) {
+        context.console.line(each.group->target.name, Paint::strong);
         Table table({Table::Align::left, Table::Align::right});
-        for (const auto& trace : target.traces)
-            table.add({labels::risk(trace.risk, context.texts),
-                       {labels::size(trace.sizeBytes, context.texts)},
-                       {labels::category(trace.category, context.texts), Paint::faint},
-                       {trace.displayName}});
+        for (const auto* trace : each.traces)
+            table.add({labels::risk(trace->risk, context.texts),
+                       {labels::size(trace->sizeBytes, context.texts)},
+                       {labels::category(trace->category, context.texts), Paint::faint},
+                       {trace->displayName}});
         table.print(context.console, 2);
     }
 }
@@ -49,17 +49,40 @@ void printConfirmation(const ConfirmationTexts& words, const CommandContext& con
 
 namespace {
 
-/// Prints what only the user can do, and gives the rest.
-std::vector<Trace> withoutGuidance(const std::vector<Trace>& left, const CommandContext& context) {
-    std::vector<Trace> takeable;
-    for (const auto& trace : left) {
-        if (const auto* guidance = std::get_if<action::Guidance>(&trace.action))
-            context.console.line(guidance->step.instruction, Paint::caution);
-        else
-            takeable.push_back(trace);
-    }
-    return takeable;
+/// What only the user can do about it is printed instead.
+bool isGuidance(const Trace& trace, const CommandContext& context) {
+    const auto* guidance = std::get_if<action::Guidance>(&trace.action);
+    if (guidance) context.console.line(guidance->step.instruction, Paint::caution);
+    return guidance != nullptr;
 }
+
+/// Counts what a later search shows and takes.
+class FoundAgain {
+  public:
+    explicit FoundAgain(const CommandContext& context) : context_(context) {}
+
+    void add(const Trace& trace) {
+        if (isGuidance(trace, context_)) return;
+        ++count_;
+        bytes_ += trace.sizeBytes.value_or(0);
+    }
+
+    void print() const {
+        if (count_ == 0) return;
+        const auto& command = context_.arguments.command;
+        const auto count = labels::countAndSize(count_, bytes_, context_.texts);
+        context_.console.line(
+            command == "installers"
+                ? context_.text("cli.installers.left %@", {count})
+                : context_.text("cli.remove.left %@ %@", {count, command == "orphans" ? "orphans" : "scan"}),
+            Paint::caution);
+    }
+
+  private:
+    const CommandContext& context_;
+    std::size_t count_ = 0;
+    std::int64_t bytes_ = 0;
+};
 
 /// The words of a removal that takes what the last one took, once that is undone, and `left` too.
 std::vector<std::string> laterRemoval(const RemovalReport& report, const std::vector<Remainder>& left,
@@ -73,11 +96,12 @@ std::vector<std::string> laterRemoval(const RemovalReport& report, const std::ve
             select(step.bundleID);
         }
     for (const auto& each : left)
-        for (const auto& trace : each.traces)
+        for (const auto& [trace, reason, claimant] : each.traces)
             select(trace.displayName);
     // --risk takes nothing that is in doubt.
     if (std::ranges::all_of(left, [](const Remainder& each) {
-            return std::ranges::all_of(each.traces, [](const Trace& trace) { return isUndoubted(trace); });
+            return std::ranges::all_of(each.traces,
+                                       [](const StayingTrace& item) { return isUndoubted(item.trace); });
         }))
         choice = {"--risk", "safe,review,sensitive"};
     words.insert(words.end(), choice.begin(), choice.end());
@@ -86,37 +110,34 @@ std::vector<std::string> laterRemoval(const RemovalReport& report, const std::ve
 
 } // namespace
 
-void printLeft(const std::vector<Trace>& left, const CommandContext& context) {
-    const auto takeable = withoutGuidance(left, context);
-    if (takeable.empty()) return;
-    const auto& command = context.arguments.command;
-    const auto count = labels::countAndSize(takeable, context.texts);
-    context.console.line(
-        command == "installers"
-            ? context.text("cli.installers.left %@", {count})
-            : context.text("cli.remove.left %@ %@", {count, command == "orphans" ? "orphans" : "scan"}),
-        Paint::caution);
+void printLeft(const std::vector<StayingGroup>& staying, const CommandContext& context) {
+    FoundAgain found(context);
+    for (const auto& each : staying)
+        for (const auto& item : each.items)
+            found.add(*item.trace);
+    found.print();
 }
 
 void printRemainders(const RemovalReport& report, const std::optional<std::string>& undo,
                      const CommandContext& context) {
-    std::vector<Trace> found; // by a later search
-    std::vector<Remainder> gone;
-    for (const auto& each : report.left) {
+    FoundAgain found(context);
+    std::vector<Remainder> gone; // no later search finds these
+    for (auto each : report.left) {
         if (!each.needsUndo) {
-            found.insert(found.end(), each.traces.begin(), each.traces.end());
+            for (const auto& left : each.traces)
+                found.add(left.trace);
             continue;
         }
-        gone.push_back({each.target, withoutGuidance(each.traces, context), true});
-        if (gone.back().traces.empty()) gone.pop_back();
+        std::erase_if(each.traces, [&](const StayingTrace& left) { return isGuidance(left.trace, context); });
+        if (!each.traces.empty()) gone.push_back(std::move(each));
     }
-    printLeft(found, context);
+    found.print();
     if (gone.empty()) return;
     context.console.line(context.text("cli.remove.remains"), Paint::caution);
     for (const auto& each : gone)
-        for (const auto& trace : each.traces)
-            context.console.line(
-                {{"  " + trace.displayName}, {"  " + labels::whyLeft(trace, context.texts), Paint::faint}});
+        for (const auto& left : each.traces)
+            context.console.line({{"  " + left.trace.displayName},
+                                  {"  " + context.texts.text(left.describe()), Paint::faint}});
     if (!undo) return;
     context.console.line(context.text("cli.remove.takeRemains"));
     context.console.line("  " + *undo);

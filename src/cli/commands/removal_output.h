@@ -2,6 +2,7 @@
 
 #include "cli/command.h"
 #include "quarantine/quarantine_layout.h"
+#include "removal/removal_choice.h"
 #include "removal/removal_texts.h"
 
 #include <optional>
@@ -12,13 +13,13 @@
 namespace tidwen {
 
 /// The items that will be taken, before the question.
-void printItems(const std::vector<RemovalTarget>& targets, const CommandContext& context);
+void printItems(const std::vector<GoingGroup>& going, const CommandContext& context);
 
 /// What taking them means.
 void printConfirmation(const ConfirmationTexts& words, const CommandContext& context, const Mac& mac);
 
 /// What was found and will not be taken, and what only the user can do about it.
-void printLeft(const std::vector<Trace>& left, const CommandContext& context);
+void printLeft(const std::vector<StayingGroup>& staying, const CommandContext& context);
 
 /// Each item that stays after a run, with the reason, and the commands that take these items too. `undo`:
 /// the command that undoes the run, when it can be undone.

@@ -124,7 +124,7 @@ void print(const ScanResult& result, const CommandContext& context, const FileSy
 ExitStatus run(const CommandContext& context, Mac& mac) {
     FlowSession session(context, mac);
     if (!session.scan(context.arguments.operands, ProtectedTargets::shown)) return ExitStatus::refused;
-    const auto& results = std::get<stage::Review>(session.model().stage()).results;
+    const auto& results = *std::get<stage::Review>(session.model().stage()).results;
     if (context.arguments.json) {
         context.console.document(json::document(results));
     } else {

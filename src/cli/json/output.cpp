@@ -100,8 +100,8 @@ std::string document(const RemovalReport& report, const Texts& texts) {
     if (!unseen.knowsAllOwners()) result["unknownOwners"] = object(unseen.owners);
     Value left = Value::array();
     for (const auto& each : report.left)
-        for (const auto& trace : each.traces)
-            left.push_back(value(trace));
+        for (const auto& item : each.traces)
+            left.push_back(value(item.trace));
     if (!left.empty()) result["leftInPlace"] = std::move(left);
     if (!report.emptiedFolders.empty()) result["emptiedFolders"] = array(report.emptiedFolders, toValue);
     if (!report.deadLinks.empty()) result["deadLinks"] = array(report.deadLinks, toValue);

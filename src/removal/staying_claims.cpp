@@ -1,10 +1,8 @@
-#include "removal/staying_applications.h"
+#include "removal/staying_claims.h"
 
-#include "removal/chosen_items.h"
 #include "scan/matching/residue_matcher.h"
 
 #include <algorithm>
-#include <set>
 
 namespace tidwen {
 
@@ -84,43 +82,18 @@ class Claims {
 
 } // namespace
 
-std::vector<ScanResult> stayingApplications(const std::vector<ScanResult>& found,
-                                            const std::vector<RemovalTarget>& chosen, RemovalMode mode) {
-    std::set<Uuid> ids;
-    for (const auto& target : chosen)
-        for (const auto& trace : target.traces)
-            ids.insert(trace.id);
-    const auto isBundle = [](const Trace& trace) { return trace.category == TraceCategory::application; };
-    const auto isChosen = [&](const Trace& trace) { return ids.contains(trace.id); };
-    std::vector<ScanResult> staying;
-    for (const auto& result : found) {
-        const auto bundle = std::ranges::find_if(result.traces, isBundle);
-        if (bundle == result.traces.end()) continue;
-        const bool goes =
-            mode == RemovalMode::reset ? std::ranges::any_of(result.traces, isChosen) : isChosen(*bundle);
-        if (!goes) staying.push_back(result);
+const std::vector<std::size_t>& StayingClaims::of(std::size_t application) {
+    const auto [known, isNew] = byApplication_.try_emplace(application);
+    if (!isNew) return known->second;
+    const auto& scanned = findings_->scanned();
+    for (std::size_t other = 0; other < scanned.size(); ++other) {
+        if (scanned[other].target.bundleURL == scanned[application].target.bundleURL) continue;
+        const Claims claims(scanned[application], scanned[other].target);
+        const auto& traces = scanned[other].traces;
+        for (std::size_t i = 0; i < traces.size(); ++i)
+            if (claims.hold(traces[i])) known->second.push_back(findings_->firstNumber(other) + i);
     }
-    return staying;
-}
-
-void leaveToThoseThatStay(const std::vector<ScanResult>& staying, std::vector<RemovalTarget>& chosen,
-                          const std::set<Uuid>& named) {
-    std::set<Path> left;
-    for (const auto& result : staying)
-        for (auto& target : chosen) {
-            if (target.target.bundleURL == result.target.bundleURL) continue;
-            const Claims claims(result, target.target);
-            std::erase_if(target.traces, [&](const Trace& trace) {
-                const bool stays = !named.contains(trace.id) && claims.hold(trace);
-                if (const Path* moved = movedPath(trace.action); moved && stays) left.insert(*moved);
-                return stays;
-            });
-        }
-    for (auto& target : chosen)
-        std::erase_if(target.traces, [&](const Trace& trace) {
-            const Path* moved = movedPath(trace.action);
-            return moved && left.contains(*moved) && !named.contains(trace.id);
-        });
+    return known->second;
 }
 
 } // namespace tidwen

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "removal/unseen.h"
+#include "scan/matching/scan_result.h"
+#include "sweep/orphan_scanner.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <set>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// An application, a group of leftovers or what was offered, with what was found of it.
+struct FoundGroup {
+    AppTarget target;              ///< of leftovers and an offer no more than names
+    std::span<const Trace> traces; ///< belong to the findings
+    /// Nothing of it is taken unless it is chosen: its application cannot be removed or is protected.
+    bool isKeptByDefault = false;
+};
+
+/// As groups; the results must outlive them.
+std::vector<FoundGroup> groupsOf(const std::vector<ScanResult>& scanned);
+
+/// What a search found, to choose a removal from. Never changes, and is shared with whoever shows it. Traces
+/// are numbered from 0 through all groups.
+class Findings {
+  public:
+    using Scanned = std::shared_ptr<const std::vector<ScanResult>>;
+    using Swept = std::shared_ptr<const OrphanScanResult>;
+
+    Findings() = default; ///< of nothing
+    explicit Findings(Scanned scanned);
+    explicit Findings(const Swept& swept);
+    Findings(const std::string& name, std::vector<Trace> offered);
+
+    const std::vector<FoundGroup>& groups() const { return groups_; }
+    /// Empty unless applications were scanned; then in the order of the groups.
+    const std::vector<ScanResult>& scanned() const;
+    const Unseen& unseen() const { return unseen_; }
+    /// What can be neither shown as a trace nor taken, each once: its names are not valid UTF-8.
+    const std::vector<Path>& skippedNames() const { return skippedNames_; }
+
+    std::size_t traceCount() const { return numbers_.size(); }
+    std::size_t firstNumber(std::size_t group) const { return firstNumbers_[group]; }
+    std::optional<std::size_t> number(const Uuid& id) const;
+    /// Of those that are known.
+    std::vector<std::size_t> numbers(const std::set<Uuid>& ids) const;
+
+    /// The items that traces move, numbered; several traces may move one.
+    using Place = std::uint32_t;
+    static constexpr Place noPlace = UINT32_MAX;
+    Place place(std::size_t trace) const { return places_[trace]; }
+    /// The nearest item that holds this one.
+    Place outer(Place place) const { return outer_[place]; }
+    std::size_t placeCount() const { return outer_.size(); }
+
+  private:
+    void index();
+    void numberPlaces();
+
+    std::shared_ptr<const void> owner_; ///< of the traces
+    Scanned scanned_;
+    std::vector<FoundGroup> groups_;
+    std::vector<std::size_t> firstNumbers_;
+    std::vector<std::pair<Uuid, std::size_t>> numbers_; ///< by identifier
+    std::vector<Place> places_, outer_;
+    Unseen unseen_;
+    std::vector<Path> skippedNames_;
+};
+
+} // namespace tidwen

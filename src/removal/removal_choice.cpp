@@ -1,0 +1,269 @@
+#include "removal/removal_choice.h"
+
+#include "removal/staying_claims.h"
+#include "scan/matching/default_selection.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tidwen {
+
+namespace {
+
+bool isBundle(const Trace& trace) {
+    return trace.category == TraceCategory::application;
+}
+
+/// Calls `visit(number, trace, group's number)` for every trace.
+template<class Visit>
+void forEachTrace(const Findings& findings, const Visit& visit) {
+    std::size_t number = 0;
+    for (std::size_t group = 0; group < findings.groups().size(); ++group)
+        for (const auto& trace : findings.groups()[group].traces)
+            visit(number++, trace, group);
+}
+
+} // namespace
+
+RemovalChoice::RemovalChoice()
+    : RemovalChoice(std::make_shared<const Findings>(), RemovalSubject::Kind::applications, "en") {}
+
+RemovalChoice::RemovalChoice(std::shared_ptr<const Findings> findings, RemovalSubject::Kind kind,
+                             std::string locale)
+    : findings_(std::move(findings)),
+      claims_(std::make_shared<StayingClaims>(findings_)),
+      kind_(kind),
+      locale_(std::move(locale)),
+      selected_(findings_->traceCount()),
+      named_(selected_),
+      setAside_(selected_),
+      leftOut_(findings_->groups().size()) {
+    update();
+}
+
+bool RemovalChoice::isSelected(const Uuid& id) const {
+    const auto number = findings_->number(id);
+    return number && selected_[*number];
+}
+
+std::vector<RemovalTarget> RemovalChoice::targets() const {
+    std::vector<RemovalTarget> targets;
+    targets.reserve(going_.size());
+    for (const auto& each : going_) {
+        targets.push_back({each.group->target, {}, false});
+        targets.back().traces.reserve(each.traces.size());
+        for (const auto* trace : each.traces)
+            targets.back().traces.push_back(*trace);
+    }
+    return targets;
+}
+
+std::vector<Remainder> RemovalChoice::remainders() const {
+    std::vector<Remainder> left;
+    left.reserve(staying_.size());
+    for (const auto& each : staying_) {
+        left.push_back({.target = each.group->target, .traces = {}});
+        left.back().traces.reserve(each.items.size());
+        for (const auto& item : each.items) {
+            left.back().traces.push_back({*item.trace, item.reason});
+            if (item.claimant)
+                left.back().traces.back().claimant = {item.claimant->bundleID, item.claimant->name,
+                                                      item.claimant->bundleURL};
+        }
+    }
+    return left;
+}
+
+void RemovalChoice::setSelected(const std::set<Uuid>& ids, bool selected) {
+    if (selected) refusedByDefault_.reset();
+    Flags isMeant(selected_.size());
+    for (const auto number : findings_->numbers(ids))
+        isMeant[number] = true;
+    forEachTrace(*findings_, [&](std::size_t number, const Trace& trace, std::size_t) {
+        if (isMeant[number]) selected_[number] = selected && isEligible(trace, mode_);
+    });
+    update();
+}
+
+void RemovalChoice::select(const std::set<Uuid>& ids, const std::set<Uuid>& named) {
+    selected_.assign(selected_.size(), false);
+    setAside_ = named_ = selected_;
+    for (const auto number : findings_->numbers(named))
+        named_[number] = true;
+    setSelected(ids, true);
+}
+
+void RemovalChoice::selectDefaults() {
+    named_.assign(named_.size(), false);
+    forEachTrace(*findings_, [&](std::size_t number, const Trace& trace, std::size_t group) {
+        const bool staysNow = staysInMode(trace, mode_);
+        // A reset takes data alone, so it does not matter whether the application could go.
+        const bool goesAlone = mode_ == RemovalMode::reset && !staysNow;
+        const bool isTaken =
+            takenByDefault(trace) && (goesAlone || !findings_->groups()[group].isKeptByDefault);
+        selected_[number] = isTaken && isEligible(trace, mode_);
+        setAside_[number] = isTaken && staysNow;
+    });
+    refusedByDefault_ = whyNotByDefault(findings_->scanned());
+    update();
+}
+
+void RemovalChoice::setMode(RemovalMode mode) {
+    if (findings_->scanned().empty() || mode == mode_) return;
+    mode_ = mode;
+    forEachTrace(*findings_, [&](std::size_t number, const Trace& trace, std::size_t) {
+        if (mode == RemovalMode::uninstall) {
+            if (setAside_[number]) selected_[number] = true;
+            setAside_[number] = false;
+        } else if (selected_[number] && !isEligible(trace, mode)) {
+            selected_[number] = false;
+            setAside_[number] = true;
+        }
+    });
+    update();
+}
+
+void RemovalChoice::leaveOut(const FoundGroup& group) {
+    leftOut_[static_cast<std::size_t>(&group - findings_->groups().data())] = true;
+    update();
+}
+
+void RemovalChoice::update() {
+    auto goes = selectedOfThoseThatGo();
+    leaveToThoseThatStay(goes);
+    takeEachItemOnce(goes);
+    sort(goes);
+    describe();
+}
+
+RemovalChoice::Flags RemovalChoice::selectedOfThoseThatGo() const {
+    Flags goes = selected_;
+    forEachTrace(*findings_, [&](std::size_t number, const Trace&, std::size_t group) {
+        if (leftOut_[group]) goes[number] = false;
+    });
+    return goes;
+}
+
+/// Of an application that was scanned to go: an uninstall does not take its bundle, a reset nothing of it.
+/// One whose bundle was not found to be taken (in the Trash, already gone) stays nowhere.
+bool RemovalChoice::staysWhole(std::size_t group) const {
+    if (leftOut_[group]) return true;
+    const auto traces = findings_->groups()[group].traces;
+    const auto first = findings_->firstNumber(group);
+    const auto bundle = std::ranges::find_if(traces, isBundle);
+    if (bundle == traces.end()) return false;
+    if (mode_ == RemovalMode::uninstall) return !selected_[first + (bundle - traces.begin())];
+    for (std::size_t i = 0; i < traces.size(); ++i)
+        if (selected_[first + i]) return false;
+    return true;
+}
+
+/// Applications that are scanned together contest nothing with one another, as all of them are to go. One
+/// that stays keeps what it has as good a claim to as the application that goes, and no other entry of the
+/// run takes that item either. What the user named goes whoever claims it, as in a removal of one
+/// application, but not from one that he left out later.
+void RemovalChoice::leaveToThoseThatStay(Flags& goes) {
+    keptFor_.assign(goes.size(), nullptr);
+    std::vector<const AppTarget*> keeps(findings_->placeCount());
+    Flags keepsNamed(findings_->placeCount());
+    const auto& scanned = findings_->scanned();
+    bool isAnyKept = false;
+    for (std::size_t group = 0; group < scanned.size(); ++group) {
+        if (!staysWhole(group)) continue;
+        for (const auto number : claims_->of(group)) {
+            if (!goes[number] || (named_[number] && !leftOut_[group])) continue;
+            keptFor_[number] = &scanned[group].target;
+            isAnyKept = true;
+            if (const auto place = findings_->place(number); place != Findings::noPlace) {
+                keeps[place] = keptFor_[number];
+                if (leftOut_[group]) keepsNamed[place] = true;
+            }
+        }
+    }
+    if (!isAnyKept) return;
+    for (std::size_t number = 0; number < goes.size(); ++number) {
+        const auto place = findings_->place(number);
+        if (goes[number] && !keptFor_[number] && place != Findings::noPlace
+            && (!named_[number] || keepsNamed[place]))
+            keptFor_[number] = keeps[place];
+        if (keptFor_[number]) goes[number] = false;
+    }
+}
+
+/// Leaves out what goes anyway with a folder that is taken, and what an earlier group takes: the second move
+/// would fail, and undo would find the first one's place occupied.
+void RemovalChoice::takeEachItemOnce(Flags& goes) {
+    goingPlaces_.assign(findings_->placeCount(), false);
+    for (std::size_t number = 0; number < goes.size(); ++number)
+        if (const auto place = findings_->place(number); goes[number] && place != Findings::noPlace)
+            goingPlaces_[place] = true;
+    Flags isTaken(findings_->placeCount());
+    for (std::size_t number = 0; number < goes.size(); ++number) {
+        const auto place = findings_->place(number);
+        if (!goes[number] || place == Findings::noPlace) continue;
+        if (goesAlong(number) || isTaken[place]) goes[number] = false;
+        isTaken[place] = true;
+    }
+}
+
+/// A folder that holds it goes.
+bool RemovalChoice::goesAlong(std::size_t trace) const {
+    const auto place = findings_->place(trace);
+    if (place == Findings::noPlace) return false;
+    for (auto outer = findings_->outer(place); outer != Findings::noPlace; outer = findings_->outer(outer))
+        if (goingPlaces_[outer]) return true;
+    return false;
+}
+
+void RemovalChoice::sort(const Flags& goes) {
+    going_.clear();
+    staying_.clear();
+    for (std::size_t i = 0; i < findings_->groups().size(); ++i) {
+        const auto& group = findings_->groups()[i];
+        GoingGroup going{.group = &group};
+        StayingGroup left{.group = &group};
+        const auto first = findings_->firstNumber(i);
+        bool isGoing = false;
+        for (std::size_t k = 0; k < group.traces.size(); ++k)
+            if (goes[first + k]) {
+                going.traces.push_back(&group.traces[k]);
+                isGoing = isGoing || isBundle(group.traces[k]);
+            }
+        for (std::size_t k = 0; k < group.traces.size(); ++k) {
+            const auto& trace = group.traces[k];
+            const auto place = findings_->place(first + k);
+            const bool isTaken = goes[first + k] || (place != Findings::noPlace && goingPlaces_[place])
+                                 || goesAlong(first + k);
+            const bool isIdle = std::holds_alternative<action::Guidance>(trace.action) && !isGoing;
+            if (!isTaken && !staysInMode(trace, mode_) && !isIdle)
+                left.items.push_back(staying(trace, first + k));
+        }
+        if (!going.traces.empty()) going_.push_back(std::move(going));
+        if (!left.items.empty()) staying_.push_back(std::move(left));
+    }
+}
+
+StayingGroup::Item RemovalChoice::staying(const Trace& trace, std::size_t number) const {
+    if (keptFor_[number]) return {&trace, StayReason::claimed, keptFor_[number]};
+    return {&trace, selected_[number] ? StayReason::leftOut : whyNotSelected(trace)};
+}
+
+void RemovalChoice::describe() {
+    std::vector<const Trace*> all;
+    subject_ = {.kind = kind_, .mode = mode_, .groups = going_.size()};
+    for (const auto& each : going_) {
+        all.insert(all.end(), each.traces.begin(), each.traces.end());
+        if (subject_.name.empty()) subject_.name = each.group->target.name;
+        if (std::ranges::none_of(each.traces, [](const Trace* trace) { return isBundle(*trace); }))
+            subject_.goesWhole = false;
+    }
+    subject_.items = all.size();
+    summary_ = summarize(all, locale_);
+    refusal_.reset();
+    if (refusedByDefault_ && mode_ == RemovalMode::uninstall)
+        refusal_ = refusedByDefault_;
+    else if (all.empty())
+        refusal_ = RemovalRefusal{{"error.nothingToRemove"}};
+}
+
+} // namespace tidwen

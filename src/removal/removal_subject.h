@@ -1,0 +1,29 @@
+#pragma once
+
+#include "base/texts.h"
+#include "operations/removal_operation.h"
+
+#include <cstddef>
+#include <string>
+
+namespace tidwen {
+
+/// What a removal takes away, as it is called.
+struct RemovalSubject {
+    enum class Kind { applications, leftovers, installers, startupItems };
+
+    Kind kind = Kind::applications;
+    RemovalMode mode = RemovalMode::uninstall;
+    std::size_t groups = 0; ///< applications, or groups of leftovers
+    std::size_t items = 0;
+    std::string name = {}; ///< of the first group
+    bool goesWhole = true; ///< every application goes itself
+
+    /// "Marlin Notes", "3 applications", "12 leftovers"; "2 items of Kip" when an application itself stays
+    /// that a reset does not keep anyway.
+    std::string text(const Texts& texts) const;
+
+    friend bool operator==(const RemovalSubject&, const RemovalSubject&) = default;
+};
+
+} // namespace tidwen

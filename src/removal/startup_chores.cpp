@@ -1,0 +1,72 @@
+#include "removal/startup_chores.h"
+
+#include "base/background_step.h"
+#include "quarantine/trash_lock.h"
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+namespace tidwen {
+
+StartupChores::StartupChores(Services services, UserEnvironment user)
+    : services_(services), user_(std::move(user)) {}
+
+void StartupChores::run() {
+    if (std::exchange(hasStarted_, true)) return;
+    inBackground(
+        *this, alive_, services_.background, services_.main,
+        [services = services_, user = user_, retention = services_.preferences.quarantineRetention.get()] {
+            if (!services.files.exists(user.trash())) return RecoveryOutcome(); // do not create it to look
+            const auto lock = lockTrash(user, services.files);
+            if (!lock) return RecoveryOutcome(); // what another Tidwen is at work on is not interrupted
+            services.purge.purgeExpired(days(quarantineRetention(retention)), services.clock.now());
+            return recoverInterruptedRemovals(user, services.files, services.clock, services.log);
+        },
+        [](StartupChores& self, RecoveryOutcome outcome) { self.show(std::move(outcome)); });
+}
+
+void StartupChores::show(RecoveryOutcome outcome) {
+    isDone_ = true;
+    for (auto& manifest : outcome.recovered)
+        recoveryNotices_.push_back({std::move(manifest), {}});
+    for (auto& run : outcome.unfinished)
+        if (run.known) recoveryNotices_.push_back({std::move(*run.known), std::move(run.unsettled)});
+    std::ranges::stable_sort(recoveryNotices_, std::greater(),
+                             [](const RecoveryNotice& notice) { return notice.manifest.createdAt; });
+    changed.emit();
+}
+
+void StartupChores::dismissRecoveryNotice() {
+    if (recoveryNotices_.empty()) return;
+    recoveryNotices_.erase(recoveryNotices_.begin());
+    changed.emit();
+}
+
+void StartupChores::dismissRecoveryNotice(const Path& root) {
+    const auto isOfRun = [&](const RecoveryNotice& each) { return each.manifest.quarantineRoot == root; };
+    if (std::erase_if(recoveryNotices_, isOfRun) > 0) changed.emit();
+}
+
+void StartupChores::undoRecovered() {
+    if (isUndoing_ || recoveryNotices_.empty()) return;
+    isUndoing_ = true;
+    errorMessage_.reset();
+    changed.emit();
+    const auto root = recoveryNotices_.front().manifest.quarantineRoot;
+    inBackground(
+        *this, alive_, services_.background, services_.main,
+        [&service = services_.undo, root] { return service.undoRun(root); },
+        [root](StartupChores& self, tl::expected<UndoReport, Message> outcome) {
+            self.isUndoing_ = false;
+            if (outcome) {
+                self.undoReport_ = std::move(*outcome);
+                self.dismissRecoveryNotice(root);
+            } else {
+                self.errorMessage_ = self.services_.texts.text(outcome.error());
+            }
+            self.changed.emit();
+        });
+}
+
+} // namespace tidwen

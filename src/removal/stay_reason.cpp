@@ -1,0 +1,46 @@
+#include "removal/stay_reason.h"
+
+namespace tidwen {
+
+namespace {
+
+Message claimedBy(const Claimant& other) {
+    return {"left.contested %@ %@",
+            {other.bundleID.empty() ? other.name : other.bundleID, other.place.string()}};
+}
+
+} // namespace
+
+StayReason whyNotSelected(const Trace& trace) {
+    if (trace.reversibility == Reversibility::manualOnly) return StayReason::byHand;
+    if (trace.contestedBy) return StayReason::contested;
+    if (trace.isOnlyListed) return StayReason::onlyListed;
+    if (trace.reversibility == Reversibility::irreversibleDestructive) return StayReason::permanent;
+    return trace.risk == TraceRisk::sensitive ? StayReason::sensitive : StayReason::notChosen;
+}
+
+Message StayingTrace::describe() const {
+    switch (reason) {
+    case StayReason::notChosen:
+        break;
+    case StayReason::sensitive:
+        return {"left.sensitive"};
+    case StayReason::permanent:
+        return {"left.permanent"};
+    case StayReason::contested:
+        if (trace.contestedBy) return claimedBy(*trace.contestedBy);
+        break;
+    case StayReason::onlyListed:
+        return {"left.onlyListed"};
+    case StayReason::claimed:
+        if (claimant) return claimedBy(*claimant);
+        break;
+    case StayReason::leftOut:
+        return {"left.leftOut"};
+    case StayReason::byHand:
+        return {"left.byHand"};
+    }
+    return {"left.notChosen"};
+}
+
+} // namespace tidwen
