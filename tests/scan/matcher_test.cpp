@@ -198,6 +198,13 @@ TEST(ResidueMatcher, MatchesDeclaredGroups) {
     EXPECT_EQ(matcher.attributeGroup("ABCDE12345.com.example.app")->contestedBy->bundleID,
               "com.corvella.Chart");
     EXPECT_FALSE(matcher.attributeGroup("com.corvella.tidwen.group"));
+
+    // A group is declared as easily as another's identifier or name is written.
+    target.appGroups = {"com.other.app", "ABCDE12345.com.other.app.shared", "Othello", "com.helper.agent"};
+    const auto hostile = matcherFor(target, {owner("/Applications/Othello.app", "com.other.app", "Othello")},
+                                    {}, {BundleContents{{"com.helper.agent"}, {}, {}, true}});
+    for (const auto& group : target.appGroups)
+        EXPECT_EQ(hostile.attributeGroup(group)->contestedBy.value_or(Claimant{}).name, "Othello") << group;
 }
 
 TEST(ResidueMatcher, TellsWhoElseClaimsAName) {
@@ -277,7 +284,9 @@ TEST(ResidueMatcher, AnIdentifierOfOthersYieldsOnlyToOneThatSaysMore) {
         {"com.tee.main", "group.com.tee.main.shared.plist", "Marlin"}, // a group that is declared
         {"com.tee.main", "ABCDE12345.com.tee.main", "Marlin"},
         {"group.com.tee.main.shared", "group.com.tee.main.shared", "Marlin"},
+        {"com.tee.main", "group.com.tee.main.shared.8E2C.plist", "Marlin"}, // and what goes on with it
         {"com.tee.main", "com.tee.main.plist", ""},
+        {"com.tee.main", "com.tee.main.cache", ""},
         {"Adobo.Photoshow", "Adobo.Photoshow", "Marzipan"},
     };
     for (const auto& c : cases) {

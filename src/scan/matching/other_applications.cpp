@@ -57,6 +57,7 @@ struct OtherApplications::Carried {
     std::map<std::string, std::size_t, std::less<>> groups;         ///< lower-cased
     std::map<std::string, std::size_t, std::less<>> groupsSansTeam; ///< those with a team, without it
     IdentifierIndex embeddedIDs;                                    ///< the keys of `embedded`
+    IdentifierIndex groupNames;                                     ///< those of `groups`
 
     void fill() {
         const auto contents = read();
@@ -75,6 +76,10 @@ struct OtherApplications::Carried {
         for (const auto& [identifier, bundle] : embedded)
             if (identifier.size() <= longestIdentifier) identifiers.push_back(identifier);
         embeddedIDs = IdentifierIndex(std::move(identifiers));
+        std::vector<std::string> names;
+        for (const auto& [group, bundle] : groups)
+            if (group.size() <= longestIdentifier) names.push_back(group);
+        groupNames = IdentifierIndex(std::move(names));
     }
 };
 
@@ -191,6 +196,15 @@ std::optional<Claimant> OtherApplications::declaringGroup(std::string_view group
     if (!declarer) declarer = lookUp(known.groups, name.withoutTeam);
     if (!declarer && mayLackTeam) declarer = lookUp(known.groupsSansTeam, name.lowercased);
     return declarer;
+}
+
+std::optional<Claimant> OtherApplications::groupRivalOf(std::string_view own,
+                                                        std::string_view lowercasedCandidate) const {
+    if (!carried_) return std::nullopt;
+    const auto& known = carried();
+    const auto held = longestHeld(known.groupNames, lowercasedCandidate, own);
+    const auto found = known.groups.find(held);
+    return held == own || found == known.groups.end() ? std::nullopt : std::optional(claimant(found->second));
 }
 
 } // namespace tidwen

@@ -80,6 +80,8 @@ class OtherApplications {
     /// Who declares this application group. `mayLackTeam`: one that is declared with a team counts without
     /// it, too; not so for a name that is first of all an application's identifier.
     std::optional<Claimant> declaringGroup(std::string_view group, bool mayLackTeam = true) const;
+    /// As `rivalOf`, by the groups that are declared, without those that are no more than `own`.
+    std::optional<Claimant> groupRivalOf(std::string_view own, std::string_view lowercasedCandidate) const;
 
   private:
     using Index =

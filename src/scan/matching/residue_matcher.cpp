@@ -231,16 +231,17 @@ std::optional<Claimant> ResidueMatcher::contestedBy(std::string_view candidate,
     if (reason.kind == Kind::sharedAppGroup) return others_.declaringGroup(reason.value);
     if (reason.kind == Kind::declaredTarget) return std::nullopt;
     if (others_.copyOfTarget()) return others_.copyOfTarget();
-    if (reason.kind == Kind::appGroup) return std::nullopt;
 
     // An identifier claims more than any name; of two the target's has to say more, not only be longer: a
-    // prefix ("group.", a team) before another application's identifier is easily declared. A helper may bear
-    // a name that continues another application's: it is the other's to claim.
+    // prefix ("group.", a team) before another application's identifier is easily declared, and so is a group
+    // of that name. A helper may bear a name that continues another application's: it is the other's to
+    // claim.
     const auto unwrapped = withoutWrappingExtension(candidate);
     const auto lower = folded(unwrapped);
     const auto canonical = canonicalForm(lower);
     const bool isExact = reason.kind == Kind::exactBundleID;
-    const auto own = isExact ? ownIdentifierIn(lower) : std::string_view();
+    const bool isGroup = reason.kind == Kind::appGroup;
+    const auto own = isExact || isGroup ? ownIdentifierIn(lower) : std::string_view();
     if (auto other = others_.rivalOf(own, lower)) return other;
     // Somebody's data may be called by his name, whatever form that has.
     if (auto namesake = others_.named(canonical)) return namesake;
@@ -249,6 +250,8 @@ std::optional<Claimant> ResidueMatcher::contestedBy(std::string_view candidate,
         if (auto namesake = others_.named(canonicalName_)) return namesake;
     // A group belongs to all who declare it, wherever they keep something under its name.
     if (auto declarer = others_.declaringGroup(unwrapped, own.size() != lower.size())) return declarer;
+    if (auto declarer = others_.groupRivalOf(own, lower)) return declarer;
+    if (isGroup) return others_.embeddedRivalOf(own, lower);
     if (!isExact) return others_.ofVendor(canonical);
     return own.empty() ? others_.embedding(folded(reason.value)) : others_.embeddedRivalOf(own, lower);
 }
