@@ -263,6 +263,11 @@ TEST_F(MovePolicy, ProtectsPlacesWhereTheyReallyLie) {
          {"/Users/alice/dl/Setup.dmg"}},
         {"/Users/alice/Downloads", "/Users/alice/Documents/dl", {"/Users/alice/Documents/dl/Setup.dmg"}},
         {"/Users/alice/Downloads", "/Users/alice/Documents", {"/Users/alice/Documents/Setup.dmg"}},
+        {"/Users/bob/Library", support + "/Lumen/b", {support + "/Lumen", support + "/Lumen/b/x"}},
+        {"/Users/bob/Documents", "/Users/Shared/Bob", {"/Users/Shared/Bob/x"}, {"/Users/Shared/x"}},
+        {"/Users/bob/Library/Preferences", "/Library/Bob", {"/Library/Bob/x"}, {"/Library/x/y"}},
+        {"/Users/bob/Applications", home + "/Applications", {}, {home + "/Applications/x"}},
+        {"/Users/bob", home, {home}, {home + "/Applications/x"}},
         // What would leave nothing is no place to protect: a link to the home, or above it, and shared ones.
         {"/Users/alice/Music", "/Users/alice", {"/Users/alice"}, {support + "/Lumen", "/Applications/x"}},
         {"/Users/bob", "/Users", {"/Users/bob/x"}, {support + "/Lumen", "/Users/Shared/x"}},

@@ -91,7 +91,7 @@ constexpr std::string_view placesOfOthers[] = {"/root", "/home", "/Network", "/n
 constexpr std::string_view aliasFolders[] = {".vol", ".nofollow", ".resolve"};
 
 // More people than any Mac has.
-constexpr std::size_t mostLinkedHomes = 1000;
+constexpr std::size_t mostLinkedHomes = 1000, mostOtherHomes = 100;
 
 constexpr std::string_view installerExtensions[] = {"dmg", "pkg", "mpkg"};
 
@@ -250,11 +250,14 @@ void PathPolicy::keepOtherHomes(RealPlaces& places) {
 
     const auto entries = places.files().list(users);
     if (!entries) return;
-    std::size_t links = 0;
-    for (const auto& entry : *entries)
-        if (entry.kind == FileKind::symbolicLink && fileNameKey(entry.name) != "shared"
-            && links++ < mostLinkedHomes)
-            keepOtherHome(users / entry.name, places);
+    std::size_t links = 0, homes = 0;
+    for (const auto& entry : *entries) {
+        const auto key = fileNameKey(entry.name);
+        const Path home = users / entry.name;
+        if (key == "shared" || holdsTheHome(componentsOf(home))) continue;
+        if (entry.kind == FileKind::symbolicLink && links++ < mostLinkedHomes) keepOtherHome(home, places);
+        if (entry.kind == FileKind::directory && homes++ < mostOtherHomes) keepFoldersOf(home, places);
+    }
 }
 
 void PathPolicy::keepItself(const Path& place, RealPlaces& places) {
@@ -272,18 +275,44 @@ void PathPolicy::keepWhole(const Path& place, NeverTouchRule rule, RealPlaces& p
     }
 }
 
-/// An account, or a link, that names a folder which everybody shares, or one that holds the user's home, does
-/// not make it a home.
 void PathPolicy::keepOtherHome(const Path& home, RealPlaces& places) {
     if (!home.isAbsolute()) return;
-    for (const auto& spelled : places.spellings(home)) {
-        auto place = componentsOf(spelled);
-        const auto holds = [&](std::string_view shared) { return startsWith(componentsOf(shared), place); };
-        if (holdsTheHome(place) || std::ranges::any_of(deniedPaths, holds) || isSearched(place, user_))
-            continue;
-        deny(place);
-        otherHomes_.push_back(std::move(place));
-    }
+    bool isHome = true;
+    for (const auto& spelled : places.spellings(home))
+        isHome = keepOthers(spelled) && isHome;
+    if (isHome) keepFoldersOf(home, places);
+}
+
+/// What lies in the home is kept with it: only where its folders lead elsewhere is more to be kept.
+void PathPolicy::keepFoldersOf(const Path& otherHome, RealPlaces& places) {
+    auto other = user_;
+    other.home = otherHome;
+    other.cacheFolder = other.temporaryFolder = std::nullopt;
+    const auto keep = [&](const Path& folder) {
+        for (const auto& spelled : places.spellings(folder))
+            if (!spelled.isWithin(otherHome)) keepOthers(spelled);
+    };
+    for (const auto folder : deniedHomeFolders)
+        keep(otherHome / folder);
+    for (const auto folder : neverTouchInHome)
+        keep(otherHome / folder);
+    for (const auto& location : userLocations(other))
+        keep(location.url);
+}
+
+/// An account, or a link, that names a folder which everybody shares, one of the user's own, or one that
+/// holds the user's home, does not make it another's.
+bool PathPolicy::keepOthers(const Path& place) {
+    auto kept = componentsOf(place);
+    const auto isHeldBy = [&](const Components& home) { return startsWith(kept, home); };
+    const bool isOwnFolder = deniedExact_.contains(kept) && std::ranges::any_of(homes_, isHeldBy);
+    const auto holds = [&](std::string_view shared) { return startsWith(componentsOf(shared), kept); };
+    if (isOwnFolder || holdsTheHome(kept) || std::ranges::any_of(deniedPaths, holds)
+        || isSearched(kept, user_))
+        return false;
+    deny(kept);
+    otherHomes_.push_back(std::move(kept));
+    return true;
 }
 
 void PathPolicy::deny(Components place) {

@@ -44,9 +44,9 @@ class PathPolicy {
         friend bool operator==(const Violation&, const Violation&) = default;
     };
 
-    /// Where the home and the protected places lead is looked up now, some hundred paths, and never again: so
-    /// judging is cheap, and exchanging the home for a link to another one in the middle of a run does not
-    /// make that one the user's.
+    /// Where the home and the protected places lead is looked up now, some hundred paths and fifty of each
+    /// other home, and never again: so judging is cheap, and exchanging the home for a link to another one in
+    /// the middle of a run does not make that one the user's.
     PathPolicy(const UserEnvironment& user, const FileSystem& files);
 
     /// Judges one path that is about to be taken away. Looks at the text only: that of a path through links
@@ -71,7 +71,9 @@ class PathPolicy {
 
     /// Something in the home of another user: a folder of "/Users" that is neither the user's home nor
     /// "Shared", what a link there leads to (of the first thousand links), a folder of another place where
-    /// homes lie, or one that an account names. Such places are never touched.
+    /// homes lie, or one that an account names; or where the folders lead that macOS keeps in such a home (of
+    /// the first hundred homes of "/Users"), from "Documents" to "Library/Preferences". Such places are never
+    /// touched.
     bool isInAnotherHome(const Path& url) const;
 
   private:
@@ -92,7 +94,10 @@ class PathPolicy {
     void keepItself(const Path& place, RealPlaces& places);
     /// `rule` without its prefix.
     void keepWhole(const Path& place, NeverTouchRule rule, RealPlaces& places);
-    void keepOtherHome(const Path& place, RealPlaces& places);
+    void keepOtherHome(const Path& home, RealPlaces& places);
+    void keepFoldersOf(const Path& otherHome, RealPlaces& places);
+    /// False when it is shared or the user's own, and so not kept.
+    bool keepOthers(const Path& place);
 
     /// Neither the place nor what it lies in may go.
     void deny(Components place);
