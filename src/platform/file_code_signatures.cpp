@@ -13,21 +13,23 @@ class SignatureFiles {
   public:
     explicit SignatureFiles(const FileSystem& files) : files_(files) {}
 
-    /// Empty when there is no such file.
-    std::string read(const Path& file, std::size_t maxBytes) { return keep(files_.read(file, maxBytes)); }
+    /// Nothing when there is no such file, or it cannot be read.
+    std::optional<std::string> read(const Path& file, std::size_t maxBytes) {
+        return keep(files_.read(file, maxBytes));
+    }
     std::string readRange(const Path& file, std::uint64_t offset, std::size_t length) {
-        return keep(files_.readRange(file, offset, length));
+        return keep(files_.readRange(file, offset, length)).value_or("");
     }
     bool missedSome() const { return missedSome_; }
 
   private:
-    std::string keep(FileResult<std::string> bytes) {
+    std::optional<std::string> keep(FileResult<std::string> bytes) {
         if (bytes) return std::move(*bytes);
         const auto fault = bytes.error().fault;
         const bool isNoFile = fault == FileFault::missing || fault == FileFault::notDirectory
                               || fault == FileFault::isDirectory || fault == FileFault::notRegular;
         if (!isNoFile) missedSome_ = true;
-        return {};
+        return std::nullopt;
     }
 
     const FileSystem& files_;
@@ -38,17 +40,19 @@ class SignatureFiles {
 CodeSignature readDetached(SignatureFiles& files, const Path& folder) {
     constexpr std::size_t maxDirectoryBytes = 1u << 20;
     CodeSignature result;
-    if (const auto directory = files.read(folder / "CodeDirectory", maxDirectoryBytes); !directory.empty())
+    if (const auto directory = files.read(folder / "CodeDirectory", maxDirectoryBytes))
         result.teamID = readTeamID(
             [&](std::uint64_t offset, std::size_t length) {
-                return offset < directory.size() ? directory.substr(static_cast<std::size_t>(offset), length)
-                                                 : std::string();
+                return offset < directory->size()
+                           ? directory->substr(static_cast<std::size_t>(offset), length)
+                           : std::string();
             },
-            directory.size());
-    if (const auto entitlements = files.read(folder / "CodeEntitlements", maxEntitlementBytes);
-        !entitlements.empty())
-        if (auto groups = groupsFromXmlEntitlements(entitlements))
-            result.applicationGroups = std::move(*groups);
+            directory->size());
+    if (const auto entitlements = files.read(folder / "CodeEntitlements", maxEntitlementBytes)) {
+        auto groups = groupsFromXmlEntitlements(*entitlements);
+        result.isUnreadable = !groups;
+        if (groups) result.applicationGroups = std::move(*groups);
+    }
     return result;
 }
 
@@ -81,7 +85,7 @@ CodeSignature FileCodeSignatures::read(const Path& bundle, const Path& executabl
     auto signature = readMachOSignature(
         [&](std::uint64_t offset, std::size_t length) { return file.read(offset, length); });
     if (signature == CodeSignature{}) signature = readDetached(files, bundle / "Contents/_CodeSignature");
-    signature.isUnreadable = files.missedSome();
+    signature.isUnreadable |= files.missedSome();
     return signature;
 }
 

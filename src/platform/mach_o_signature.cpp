@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
 
 namespace tidwen {
 
@@ -60,10 +61,16 @@ class File {
         return std::string_view(chunk_).substr(static_cast<std::size_t>(offset - chunkOffset_), length);
     }
 
+    /// The code that was read breaks off or contradicts itself, so what it would say is not known.
+    void noteDamage() { isDamaged_ = true; }
+    /// Whether any was noted since the last question.
+    bool takeDamage() { return std::exchange(isDamaged_, false); }
+
   private:
     const ByteSource& source_;
     std::string chunk_;
     std::uint64_t chunkOffset_ = 0;
+    bool isDamaged_ = false;
 };
 
 /// The slices of a universal file, those for arm64 first; a thin file is its own only slice.
@@ -72,6 +79,7 @@ std::vector<Region> slices(File& file) {
     const ByteReader header(file.read(whole, 0, 8 + 32 * maxSlices));
     const auto magic = header.big32(0), count = header.big32(4);
     if (magic != magicUniversal && magic != magicUniversal64) return {whole};
+    if (!count) file.noteDamage();
     if (!count || *count > maxSlices) return {};
 
     const bool wide = magic == magicUniversal64;
@@ -81,7 +89,10 @@ std::vector<Region> slices(File& file) {
         const auto cpu = header.big32(at);
         std::optional<std::uint64_t> offset = header.big32(at + 8), size = header.big32(at + 12);
         if (wide) offset = header.big64(at + 8), size = header.big64(at + 16);
-        if (!cpu || !offset || !size) break;
+        if (!cpu || !offset || !size) {
+            file.noteDamage();
+            break;
+        }
         if (const auto slice = whole.part(*offset, *size))
             (*cpu == cpuArm64 ? arm : others).push_back(*slice);
     }
@@ -94,19 +105,26 @@ std::optional<Region> signatureOf(const Region& slice, File& file) {
     const std::string head(file.read(slice, 0, 32));
     const ByteReader header(head);
     const auto magic = header.little32(0), commandBytes = header.little32(20);
-    if ((magic != magic64 && magic != magic32) || !commandBytes || *commandBytes > maxCommandBytes)
-        return std::nullopt;
+    const auto damaged = [&] { return file.noteDamage(), std::nullopt; };
+    if (head.empty() && slice.offset > 0) return damaged();
+    if (magic != magic64 && magic != magic32) return std::nullopt;
+    if (!commandBytes || *commandBytes > maxCommandBytes) return damaged();
 
-    const ByteReader commands(file.read(slice, magic == magic64 ? 32 : 28, *commandBytes));
-    for (std::uint64_t at = 0;;) {
+    const auto bytes = file.read(slice, magic == magic64 ? 32 : 28, *commandBytes);
+    if (bytes.size() < *commandBytes) return damaged();
+    const ByteReader commands(bytes);
+    for (std::uint64_t at = 0; at < bytes.size();) {
         const auto command = commands.little32(at), size = commands.little32(at + 4);
-        if (!command || !size || *size < 8) return std::nullopt;
+        if (!command || !size || *size < 8) return damaged();
         if (*command == commandCodeSignature) {
             const auto offset = commands.little32(at + 8), length = commands.little32(at + 12);
-            return offset && length ? slice.part(*offset, *length) : std::nullopt;
+            const auto signature = offset && length ? slice.part(*offset, *length) : std::nullopt;
+            if (!signature) return damaged();
+            return signature;
         }
         at += *size;
     }
+    return std::nullopt;
 }
 
 /// The blobs of a signature by their slots; each reaches to the end of the signature. The first of a slot
@@ -115,10 +133,14 @@ std::map<std::uint32_t, Region> blobsOf(const Region& signature, File& file) {
     const ByteReader index(file.read(signature, 0, 12 + 8 * maxBlobs));
     const auto length = index.big32(4), count = index.big32(8);
     std::map<std::uint32_t, Region> blobs;
-    if (index.big32(0) != magicSuperBlob || !length || !count || *length > signature.size) return blobs;
+    if (index.big32(0) != magicSuperBlob || !length || !count || *length > signature.size)
+        return file.noteDamage(), blobs;
     for (std::uint32_t i = 0; i < std::min(*count, maxBlobs); ++i) {
         const auto slot = index.big32(12 + 8 * i), offset = index.big32(16 + 8 * i);
-        if (!slot || !offset) break;
+        if (!slot || !offset) {
+            file.noteDamage();
+            break;
+        }
         if (*offset < *length) blobs.emplace(*slot, Region{signature.offset + *offset, *length - *offset});
     }
     return blobs;
@@ -149,14 +171,18 @@ std::string_view blobBytes(const std::map<std::uint32_t, Region>& blobs, std::ui
 
 CodeSignature readSlice(const Region& slice, File& file) {
     const auto signature = signatureOf(slice, file);
-    if (!signature) return {};
+    if (!signature) return {.teamID = {}, .applicationGroups = {}, .isUnreadable = file.takeDamage()};
     const auto blobs = blobsOf(*signature, file);
 
     CodeSignature result;
     result.teamID = teamOf(blobs, file);
     auto groups = groupsFromXmlEntitlements(blobBytes(blobs, slotXmlEntitlements, file));
     if (!groups) groups = groupsFromDerEntitlements(blobBytes(blobs, slotDerEntitlements, file));
-    if (groups) result.applicationGroups = std::move(*groups);
+    if (groups)
+        result.applicationGroups = std::move(*groups);
+    else
+        result.isUnreadable = blobs.contains(slotXmlEntitlements) || blobs.contains(slotDerEntitlements);
+    result.isUnreadable |= file.takeDamage();
     return result;
 }
 
@@ -164,11 +190,14 @@ CodeSignature readSlice(const Region& slice, File& file) {
 
 CodeSignature readMachOSignature(const ByteSource& source) {
     File file(source);
-    for (const auto& slice : slices(file)) {
+    const auto parts = slices(file);
+    CodeSignature damaged{.teamID = {}, .applicationGroups = {}, .isUnreadable = file.takeDamage()};
+    for (const auto& slice : parts) {
         auto signature = readSlice(slice, file);
-        if (signature != CodeSignature{}) return signature;
+        if (signature != CodeSignature{} && !signature.isUnreadable) return signature;
+        if (signature.isUnreadable && !damaged.teamID) damaged = std::move(signature);
     }
-    return {};
+    return damaged;
 }
 
 } // namespace tidwen

@@ -14,7 +14,8 @@ using ByteSource = std::function<std::string(std::uint64_t offset, std::size_t l
 
 /// Reads team identifier and application groups out of the LC_CODE_SIGNATURE data of a thin or universal
 /// Mach-O file (for a universal one from the arm64 slice when it has one). Only the parts that matter are
-/// read, so a large executable costs a few kilobytes. Anything malformed yields what was sound up to there.
+/// read, so a large executable costs a few kilobytes. Anything malformed yields what was sound up to there,
+/// and is said to be unreadable when no slice is sound.
 /// Layout: big-endian SuperBlob of CodeDirectory (team), XML entitlements and DER entitlements.
 CodeSignature readMachOSignature(const ByteSource& file);
 

@@ -111,7 +111,9 @@ TEST(MachOSignature, DamageNeverInventsAnything) {
         const auto whole = writeMachOStub(stub);
         for (std::size_t kept = 0; kept < whole.size(); kept += kept < 64 || kept % 16384 < 900 ? 1 : 509) {
             SCOPED_TRACE(kept);
-            EXPECT_EQ(read(whole.substr(0, kept)).teamID.value_or(team), team);
+            const auto cut = read(whole.substr(0, kept));
+            EXPECT_EQ(cut.teamID.value_or(team), team);
+            EXPECT_EQ(cut.isUnreadable, kept >= 4 && cut.applicationGroups.empty());
         }
         // A universal file's slices are thin files: only its own header is new.
         for (std::size_t at = 0; at + 4 <= (universal ? 64 : whole.size()); ++at)

@@ -7,6 +7,8 @@
 #include "support/watched_files.h"
 #include "volume/volume_sources.h"
 
+#include <tuple>
+
 namespace tidwen {
 namespace {
 
@@ -179,8 +181,9 @@ TEST_F(InstalledBundlesTest, NamesABundleOfWhichAPartCannotBeRead) {
         writeBundle(volume, own.string(), "com.example.own", "Own");
         writeBundle(volume, contents + "/Library/LoginItems/H.app", "com.example.helper", "H");
         writeBundle(volume, contents + "/PlugIns/W.appex", "com.example.widget", "W");
+        const auto groups = writeXmlPropertyList(PropertyListDictionary{});
         volume.write(contents + "/MacOS/Own", "#!");
-        volume.write(contents + "/_CodeSignature/CodeEntitlements", "x");
+        volume.write(contents + "/_CodeSignature/CodeEntitlements", groups);
         volume.write(contents + "/Library/LaunchAgents/job.plist",
                      writeXmlPropertyList(PropertyListDictionary{{"Label", "com.example.job"}}));
         EXPECT_FALSE(isNamed());
@@ -198,6 +201,19 @@ TEST_F(InstalledBundlesTest, NamesABundleOfWhichAPartCannotBeRead) {
                 std::filesystem::permissions(place, perms::owner_all);
             }
         EXPECT_FALSE(isNamed());
+        for (const auto& [part, damaged, whole] :
+             {std::tuple("/MacOS/Own", std::string(), std::string("#!")),
+              std::tuple("/MacOS/Own", std::string("\xcf\xfa\xed\xfe"), std::string("#!")),
+              std::tuple("/_CodeSignature/CodeEntitlements", groups.substr(0, 60), groups),
+              std::tuple("/_CodeSignature/CodeEntitlements", std::string(), groups)}) {
+            volume.write(contents + part, damaged);
+            EXPECT_TRUE(isNamed()) << part;
+            volume.write(contents + part, whole);
+        }
+        EXPECT_FALSE(isNamed());
+        std::filesystem::remove(volume.host(contents + "/MacOS/Own"));
+        EXPECT_TRUE(isNamed());
+        volume.write(contents + "/MacOS/Own", "#!");
         volume.write(contents + "/PlugIns/W.appex/Contents/Info.plist", "?");
         EXPECT_TRUE(isNamed());
     });

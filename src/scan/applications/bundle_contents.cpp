@@ -5,13 +5,28 @@
 #include "scan/applications/bundle.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <set>
+#include <string_view>
 
 namespace tidwen {
 namespace {
 
-void addSigned(BundleContents& contents, const CodeSignature& signature) {
+/// An application or extension whose program is away, or nothing but a name, is damaged: what was signed with
+/// it is not known.
+bool lacksItsProgram(const FileSystem& files, const Bundle& bundle) {
+    static constexpr std::array<std::string_view, 3> kinds = {"app", "appex", "xpc"};
+    const bool isProgram = std::ranges::find(kinds, bundle.root.lowercasedExtension()) != kinds.end();
+    if (!isProgram || !bundle.infoString("CFBundleExecutable")) return false;
+    const auto program = files.infoFollowingLinks(bundle.executable());
+    return !program || program->kind != FileKind::regular || program->size == 0;
+}
+
+void addSigned(BundleContents& contents, const FileSystem& files, const CodeSignatures& signatures,
+               const Bundle& bundle) {
+    const auto signature = signatures.read(bundle.root, bundle.executable());
+    if (signature == CodeSignature{} && lacksItsProgram(files, bundle)) contents.isReadable = false;
     auto& groups = contents.groups;
     for (const auto& group : signature.applicationGroups)
         if (std::find(groups.begin(), groups.end(), group) == groups.end()) groups.push_back(group);
@@ -49,11 +64,11 @@ BundleContents readBundleContents(const FileSystem& files, const CodeSignatures&
     BundleContents contents;
     const auto opened = Bundle::open(files, bundle);
     if (!opened) return contents;
-    addSigned(contents, signatures.read(bundle, opened->executable()));
+    addSigned(contents, files, signatures, *opened);
     std::set<std::string> names;
     auto embedded = findEmbeddedBundles(files, *opened, reach, stop, [&](const Bundle& inner) {
         addNames(names, inner);
-        addSigned(contents, signatures.read(inner.root, inner.executable()));
+        addSigned(contents, files, signatures, inner);
     });
     contents.embeddedNames.assign(names.begin(), names.end());
     std::set_union(embedded.identifiers.begin(), embedded.identifiers.end(), embedded.inFrameworks.begin(),
