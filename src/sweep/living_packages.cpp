@@ -1,7 +1,9 @@
 #include "sweep/living_packages.h"
 
 #include "base/text.h"
+#include "platform/file_absence.h"
 #include "scan/applications/bundle_names.h"
+#include "scan/applications/job_program.h"
 #include "scan/policy/search_location.h"
 #include "sweep/known_owners.h"
 
@@ -17,6 +19,12 @@ namespace {
 constexpr std::size_t mostPackages = 2'000;
 constexpr std::size_t mostLooks = 200'000;
 
+/// There, and not to be listed.
+bool isClosed(const FileSystem& files, const Path& folder) {
+    const auto entries = files.list(folder);
+    return !entries && !isAbsence(entries.error());
+}
+
 /// "com.example.app.helper" continues "com.example.app", which continues itself.
 bool continues(std::string_view identifier, std::string_view form) {
     return identifier.starts_with(form)
@@ -26,7 +34,7 @@ bool continues(std::string_view identifier, std::string_view form) {
 class PackageJudge {
   public:
     PackageJudge(const FileSystem& files, const UserEnvironment& user)
-        : files_(files), locations_(searchLocations(user)) {}
+        : files_(files), programs_(files), locations_(searchLocations(user)) {}
 
     enum class Life { living, leftovers, lost, unknown };
 
@@ -59,7 +67,16 @@ class PackageJudge {
         const auto info = files_.info(path);
         if (info)
             return info->kind == kind || (info->kind == FileKind::symbolicLink && !path.parent().isRoot());
-        return info.error().fault != FileFault::missing && info.error().fault != FileFault::notDirectory;
+        return !isAbsence(info.error()) || mayBeElsewhere(path);
+    }
+
+    /// As with the program of a job, what lies where this disk holds nothing is not known to be gone.
+    bool mayBeElsewhere(const Path& path) {
+        const Path folder = path.parent();
+        if (goneFolders_.contains(folder)) return false;
+        if (programs_.find(path.string()) != JobProgram::gone) return true;
+        if (!mayBeThere(files_, folder)) goneFolders_.insert(folder);
+        return false;
     }
 
     static std::optional<Path> applicationAround(const Path& path) {
@@ -88,6 +105,8 @@ class PackageJudge {
     }
 
     const FileSystem& files_;
+    JobPrograms programs_;
+    std::set<Path> goneFolders_;
     std::vector<SearchLocation> locations_;
     std::size_t looksLeft_ = mostLooks;
 };
@@ -99,6 +118,9 @@ LivingPackages listLivingPackages(const FileSystem& files, const Receipts& recei
                                   const StopToken& stop) {
     using Life = PackageJudge::Life;
     LivingPackages packages;
+    for (const auto& location : searchLocations(user))
+        if (location.category == TraceCategory::receipts && isClosed(files, location.url))
+            packages.unreadable.push_back(location.url);
     PackageJudge judge(files, user);
     std::size_t packagesLeft = mostPackages;
     for (const auto& packageID : receipts.packageIDs()) {
@@ -109,7 +131,8 @@ LivingPackages listLivingPackages(const FileSystem& files, const Receipts& recei
         if (packagesLeft > 0) {
             --packagesLeft;
             const auto receipt = receipts.read(packageID);
-            life = receipt ? judge.judge(*receipt) : Life::unknown;
+            if (receipt && !receipt->unreadableList) life = judge.judge(*receipt);
+            if (receipt && receipt->unreadableList) packages.unreadable.push_back(*receipt->unreadableList);
         }
         if (life == Life::living)
             packages.identifiers.push_back(std::move(identifier));

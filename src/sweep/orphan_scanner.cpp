@@ -108,6 +108,8 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
     auto [owners, gaps] = lookForOwners(installed, stop);
     const auto packages = listLivingPackages(ports_.files, ports_.receipts, user_, owners, stop);
     owners.add(packages.identifiers);
+    for (const auto& place : packages.unreadable)
+        gaps.push_back(gapAt(ports_.files, user_, place));
     OrphanScanResult result;
     if (stop.stopRequested()) return result;
     const BudgetedFiles files(ports_.files);

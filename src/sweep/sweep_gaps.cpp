@@ -85,9 +85,7 @@ std::vector<SweepGap> findSweepGaps(const FileSystem& files, const UserEnvironme
     const auto add = [&](const Path& place, SweepGap::Reason reason) {
         gaps.push_back({place, reason, isOfOthers(place, user)});
     };
-    const auto addUnreadable = [&](const Path& place) {
-        add(place, leadsNowhere(files, place) ? SweepGap::Reason::away : SweepGap::Reason::unreadable);
-    };
+    const auto addUnreadable = [&](const Path& place) { gaps.push_back(gapAt(files, user, place)); };
     for (const auto& folder : coverage.unreadable)
         addUnreadable(folder);
     for (const auto& bundle : coverage.damaged)
@@ -106,6 +104,12 @@ std::vector<SweepGap> findSweepGaps(const FileSystem& files, const UserEnvironme
             files.exists(applicationsFolder()) ? SweepGap::Reason::unreadable : SweepGap::Reason::absent);
     std::stable_partition(gaps.begin(), gaps.end(), isOfApplications);
     return gaps;
+}
+
+SweepGap gapAt(const FileSystem& files, const UserEnvironment& user, const Path& unreadable) {
+    const auto reason =
+        leadsNowhere(files, unreadable) ? SweepGap::Reason::away : SweepGap::Reason::unreadable;
+    return {unreadable, reason, isOfOthers(unreadable, user)};
 }
 
 bool canJudge(const Path& item, const UserEnvironment& user, const std::vector<SweepGap>& gaps) {

@@ -35,6 +35,9 @@ std::string_view name(SweepGap::Reason reason);
 std::vector<SweepGap> findSweepGaps(const FileSystem& files, const UserEnvironment& user,
                                     const BundleSnapshot& bundles, const std::vector<Path>& unreadableJobs);
 
+/// The gap that a folder or file leaves which cannot be read.
+SweepGap gapAt(const FileSystem& files, const UserEnvironment& user, const Path& unreadable);
+
 /// Whether it can be told in spite of the gaps that the item is nobody's.
 bool canJudge(const Path& item, const UserEnvironment& user, const std::vector<SweepGap>& gaps);
 

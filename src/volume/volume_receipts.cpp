@@ -43,15 +43,17 @@ std::optional<Receipt> VolumeReceipts::read(const std::string& packageID) const 
     constexpr std::size_t maxBillBytes = 64u << 20;
     if (packageID.empty() || packageID.find('/') != packageID.npos) return std::nullopt;
 
-    const auto list = readPropertyList(files_, receiptsFolder() / (packageID + ".plist"), limits);
-    if (!list || !list->asDictionary()) return std::nullopt;
-    const auto base = installBase(*list);
-    if (!base) return std::nullopt;
+    const Path listFile = receiptsFolder() / (packageID + ".plist");
+    const auto list = readPropertyList(files_, listFile, limits);
+    if (!list && !mayBeThere(files_, listFile)) return std::nullopt;
+    const auto base = list && list->asDictionary() ? installBase(*list) : std::nullopt;
+    if (!base)
+        return Receipt{
+            .packageID = packageID, .installBase = Path(), .files = {}, .unreadableList = listFile};
 
     Receipt receipt{.packageID = packageID, .installBase = *base, .files = {}};
     const Path billFile = receiptsFolder() / (packageID + ".bom");
     const auto bill = files_.read(billFile, maxBillBytes);
-    if (!bill && isAbsence(bill.error())) return receipt;
     if (auto listed = bill ? readBillOfMaterials(*bill) : std::nullopt)
         receipt.files = std::move(*listed);
     else

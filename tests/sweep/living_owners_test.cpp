@@ -204,6 +204,10 @@ TEST_F(OrphanScan, KnowsADeadPackageByItsFiles) {
         {"com.data.engine",
          {"Applications/Data.app/x", "Library/Application Support/com.data.engine/x"},
          false},
+        {"com.drive.pkg", {"Volumes/Drive/tool"}, true},
+        {"com.bob.pkg", {"Users/bob/tool"}, true},
+        {"com.system.pkg", {"usr/lib/gone"}, true}, // of a part of macOS that this disk does not hold
+        {"com.carried.app", {"Volumes/Drive/Carried.app/Contents/x"}, true},
         {"com.gone.pkg", {"usr/local/bin", "usr/local/bin/gone", "../../usr/local/bin"}, false},
         {"com.empty.pkg", {}, false},
     };
@@ -218,6 +222,7 @@ TEST_F(OrphanScan, KnowsADeadPackageByItsFiles) {
 }
 
 TEST_F(OrphanScan, TakesAReceiptAloneOnlyWhenItsApplicationIsGone) {
+    volume.write("/usr/local/bin/tool", "x"); // so that what is not there is known to be gone
     receipts.packages = {{"com.lost.app", {"Applications/Lost.app/Contents/x"}},
                          {"com.lost.tool", {"usr/local/bin/gone"}}};
     for (const auto& [identifier, files] : receipts.packages)

@@ -25,8 +25,9 @@ class ListedReceipts : public Receipts {
         return identifiers;
     }
     std::optional<Receipt> read(const std::string& packageID) const override {
-        return Receipt{packageID, Path("/"), packages.at(packageID)};
+        return Receipt{packageID, Path("/"), packages.at(packageID), unreadable};
     }
+    std::optional<Path> unreadable;
     std::map<std::string, std::vector<std::string>> packages;
 };
 

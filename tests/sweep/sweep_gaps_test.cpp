@@ -39,6 +39,8 @@ TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
     test::writeBundle(volume, "/Users/bob/Applications/Bobs.app", "com.bobs.app", "Bobs");
     volume.makeFolder("/Users/bob/Library/LaunchAgents");
     test::writeBundle(volume, damaged, "com.damaged.app", "Damaged");
+    volume.makeFolder("/private/var/db/receipts");
+    receipts.packages["com.closed.pkg"] = {"opt/gone"};
     test::giveToUnprivileged(volume.hostRoot());
     const auto forbid = [&](const std::string& path) {
         std::filesystem::permissions(volume.host(path), std::filesystem::perms::none);
@@ -91,6 +93,17 @@ TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
              forbid(home + "LaunchAgents/closed.plist");
          },
          {Path(home + "LaunchAgents/closed.plist"), Reason::unreadable, false},
+         {}},
+        {"a package's list",
+         [&] { receipts.unreadable = Path("/private/var/db/receipts/com.closed.pkg.bom"); },
+         {Path("/private/var/db/receipts/com.closed.pkg.bom"), Reason::unreadable, false},
+         {}},
+        {"the folder of receipts",
+         [&] {
+             receipts = {};
+             forbid("/private/var/db/receipts");
+         },
+         {Path("/private/var/db/receipts"), Reason::unreadable, false},
          {}},
         {"a damaged job",
          [&] { volume.write(home + "LaunchAgents/damaged.plist", "?"); },

@@ -73,11 +73,14 @@ TEST(VolumeReceipts, DamageCostsNoMoreThanWhatIsDamaged) {
                 ElementsAre("array", "cut", "garbage", "no-bill", "wrong-type", "zero-byte"));
     EXPECT_EQ(receipts.read("cut"),
               (Receipt{"cut", Path("/Applications"), {}, Path("/private/var/db/receipts/cut.bom")}));
-    EXPECT_EQ(receipts.read("no-bill"), (Receipt{"no-bill", Path("/Applications"), {}}));
+    EXPECT_EQ(receipts.read("no-bill"),
+              (Receipt{"no-bill", Path("/Applications"), {}, Path("/private/var/db/receipts/no-bill.bom")}));
     EXPECT_EQ(receipts.read("wrong-type"),
               (Receipt{"wrong-type", Path("/"), {"Applications", "Applications/Notes.app"}}));
-    for (const char* unusable : {"zero-byte", "garbage", "array", "lonely", "folder"})
-        EXPECT_EQ(receipts.read(unusable), std::nullopt) << unusable;
+    for (const std::string unusable : {"zero-byte", "garbage", "array"})
+        EXPECT_EQ(receipts.read(unusable),
+                  (Receipt{unusable, Path(), {}, Path(folder + unusable + ".plist")}));
+    EXPECT_EQ(receipts.read("lonely"), std::nullopt);
 }
 
 TEST(VolumeSystemExtensions, SkipsWhatHasTheWrongType) {
