@@ -59,6 +59,8 @@ FindsByIdentifier LocationSweep::run(OrphanScanResult& result, const OrphanScann
             take(std::move(candidates->identified), onFound);
             keepLoose(location, *candidates);
             keepNamed(std::move(candidates->named));
+            for (auto& container : candidates->ownerless)
+                result.unreadableLocations.push_back(std::move(container));
         } else {
             ports_.log.warning("Unreadable location {}", location.url.string());
             result.unreadableLocations.push_back(location.url);

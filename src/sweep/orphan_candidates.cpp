@@ -167,7 +167,10 @@ class LocationReader {
     void judgeContainer(const DirectoryEntry& entry, const Path& path) {
         if (entry.kind != FileKind::directory || isApplesIdentifier(lowercased(entry.name))) return;
         const auto owner = containerOwner(files_, path);
-        if (!owner) return;
+        if (!owner) {
+            if (hidesItsOwner(files_, path)) found_.ownerless.push_back(path);
+            return;
+        }
         auto identifier = identifierInName(*owner), called = identifierInName(entry.name);
         if (called == identifier) called.clear();
         if (identifier.empty())

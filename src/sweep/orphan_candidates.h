@@ -30,6 +30,7 @@ struct LocationCandidates {
         loose;                  ///< by what may be an identifier; told by `isMadeByMacOS` and another find
     bool isMadeByMacOS = false; ///< macOS itself names what lies here after identifiers
     std::vector<NamedCandidate> named; ///< where applications put what they call by their names
+    std::vector<Path> ownerless;       ///< containers whose records do not say whose they are
 };
 
 /// Reads one location. Nothing when it is there and cannot be listed. What has a name that is not valid UTF-8

@@ -92,7 +92,8 @@ TEST_F(Scanner, NamesWhatItCannotReadInParts) {
         std::filesystem::permissions(volume.host(closed), std::filesystem::perms::none);
     test::asUnprivileged([&] {
         EXPECT_THAT(scan().unreadableLocations,
-                    ElementsAre(Path(maker), Path(container), Path("/private/var/db/receipts/a.bom")));
+                    ElementsAre(Path(maker), Path(container), Path(library + "Containers/com.other.app"),
+                                Path("/private/var/db/receipts/a.bom")));
     });
 }
 

@@ -85,10 +85,11 @@ TEST_F(Scanner, KnowsContainersByTheirMetadata) {
     installed.push_back(test::owner("/Applications/Third.app", "com.third.app", "Third"));
     EXPECT_THAT(found(), ElementsAre("containers exactBundleID: ~Containers/1B2C",
                                      "containers exactBundleID: ~Containers/5F",
-                                     "containers exactBundleID: ~Containers/com.corvella.marlin.notes.share",
                                      "containers exactBundleID: ~Containers/com.third.app contested by "
                                      "com.third.app",
                                      "containers exactBundleID: ~Daemon Containers/3D4E"));
+    EXPECT_THAT(scan().unreadableLocations,
+                ElementsAre(Path(library + "Containers/com.corvella.marlin.notes.share")));
 }
 
 TEST_F(Scanner, LooksIntoVendorsFoldersAndSharedStores) {

@@ -33,6 +33,14 @@ TEST_F(OrphanScan, ClaimsNothingWhereAJobThatWorksMayNotHaveBeenCounted) {
                 ElementsAre(SweepGap{Path(home + "LaunchAgents"), SweepGap::Reason::unreadable}));
 }
 
+TEST_F(OrphanScan, LeavesAContainerThatHidesItsOwner) {
+    const auto record = home + "Containers/com.gone.ferry/.com.apple.containermanagerd.metadata.plist";
+    volume.write(record, "?");
+    const auto result = scan();
+    EXPECT_THAT(result.groups, IsEmpty());
+    EXPECT_THAT(result.unreadableLocations, ElementsAre(Path(record).parent()));
+}
+
 TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
     using Reason = SweepGap::Reason;
     const std::string damaged = "/Applications/Damaged.app";

@@ -24,6 +24,11 @@ std::optional<std::string> nonEmpty(const PropertyListValue& dictionary, std::st
     return text && !text->empty() ? std::optional(*text) : std::nullopt;
 }
 
+/// It is there, or it cannot be told that there is none.
+bool hasRecord(const FileSystem& files, const Path& container) {
+    return mayBeThere(files, container / metadataName) || mayBeThere(files, container / olderName);
+}
+
 } // namespace
 
 std::optional<std::string> containerIdentity(const FileSystem& files, const Path& container) {
@@ -41,13 +46,12 @@ std::optional<std::string> containerIdentity(const FileSystem& files, const Path
 
 std::optional<std::string> containerOwner(const FileSystem& files, const Path& container) {
     if (auto identity = containerIdentity(files, container)) return identity;
-    return isBudgetSpent(files) ? std::nullopt : std::optional(container.lastComponent());
+    const bool isUnknown = isBudgetSpent(files) || hasRecord(files, container);
+    return isUnknown ? std::nullopt : std::optional(container.lastComponent());
 }
 
 bool hidesItsOwner(const FileSystem& files, const Path& container) {
-    const auto may = [&](const char* record) { return mayBeThere(files, container / record); };
-    return !containerIdentity(files, container) && !isBudgetSpent(files)
-           && (may(metadataName) || may(olderName));
+    return !isBudgetSpent(files) && hasRecord(files, container) && !containerIdentity(files, container);
 }
 
 } // namespace tidwen

@@ -12,12 +12,13 @@ namespace tidwen {
 /// Nothing when neither can be read.
 std::optional<std::string> containerIdentity(const FileSystem& files, const Path& container);
 
-/// Its identity, else the folder's name. Nothing when the budget of the run does not suffice to look: then
-/// nobody knows whose it is.
+/// Its identity; the folder's name when macOS keeps no record of it. Nothing when the record does not say,
+/// cannot be read, or the budget of the run does not suffice to look: the folder may bear any name, so nobody
+/// knows whose it is.
 std::optional<std::string> containerOwner(const FileSystem& files, const Path& container);
 
-/// Whether a record of its owner is, or may be, there and cannot be read, so that only its folder's name
-/// tells. False when the budget of the run does not suffice to look: that is counted as left out.
+/// A record of its owner is, or may be, there, and cannot be read or does not say whose it is. False when the
+/// budget of the run does not suffice to look: that is counted as left out.
 bool hidesItsOwner(const FileSystem& files, const Path& container);
 
 } // namespace tidwen

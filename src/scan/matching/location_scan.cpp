@@ -180,14 +180,14 @@ void LocationScan::judgeContainers(const Folder& folder) {
         const auto& entry = folder.entries[i];
         identities[i] = entry.name;
         if (entry.kind != FileKind::directory || context_.stop.stopRequested()) return;
-        identities[i] = containerOwner(context_.files, folder.path / entry.name).value_or("");
-        // What macOS calls by an identifier needs no record.
-        areHidden[i] = Uuid::parse(entry.name) && hidesItsOwner(context_.files, folder.path / entry.name);
+        const auto owner = containerOwner(context_.files, folder.path / entry.name);
+        identities[i] = owner.value_or("");
+        areHidden[i] = !owner && hidesItsOwner(context_.files, folder.path / entry.name);
     });
     for (std::size_t i = 0; i < identities.size(); ++i) {
-        if (areHidden[i]) miss(folder.path / folder.entries[i].name);
         const auto& name = folder.entries[i].name;
         if (context_.matcher.isOffLimits(name)) continue; // whatever its metadata says
+        if (areHidden[i]) miss(folder.path / name);
         auto found = context_.matcher.attribute(identities[i]);
         if (!found) continue;
         if (identities[i] != name) {
