@@ -42,6 +42,7 @@ std::vector<std::string> badges(const Trace& trace, const Texts& texts) {
                        {other.bundleID.empty() ? other.name : other.bundleID, other.place.string()}));
     }
     if (trace.isOnlyListed) result.push_back(texts.text("cli.badge.onlyListed"));
+    if (trace.mayHoldOthers) result.push_back(texts.text("cli.badge.mayHoldOthers"));
     switch (trace.reversibility) {
     case Reversibility::reversible:
         break;

@@ -15,6 +15,7 @@ StayReason whyNotSelected(const Trace& trace) {
     if (trace.reversibility == Reversibility::manualOnly) return StayReason::byHand;
     if (trace.contestedBy) return StayReason::contested;
     if (trace.isOnlyListed) return StayReason::onlyListed;
+    if (trace.mayHoldOthers) return StayReason::mayHoldOthers;
     if (trace.reversibility == Reversibility::irreversibleDestructive) return StayReason::permanent;
     return trace.risk == TraceRisk::sensitive ? StayReason::sensitive : StayReason::notChosen;
 }
@@ -32,6 +33,8 @@ Message StayingTrace::describe() const {
         break;
     case StayReason::onlyListed:
         return {"left.onlyListed"};
+    case StayReason::mayHoldOthers:
+        return {"left.mayHoldOthers"};
     case StayReason::claimed:
         if (claimant) return claimedBy(*claimant);
         break;

@@ -10,13 +10,14 @@ namespace tidwen {
 /// Why something that was found stays.
 enum class StayReason {
     notChosen,
-    sensitive,  ///< and not chosen
-    permanent,  ///< could not be put back, and not chosen
-    contested,  ///< another bundle claims it, so it goes only when it is chosen
-    onlyListed, ///< nothing but a package's list speaks for it, so it goes only when it is chosen
-    claimed,    ///< it was chosen, and an application of the same scan that stays claims it too
-    leftOut,    ///< it was chosen, and its application was left out at the quit prompt
-    byHand,     ///< only the user can deal with it
+    sensitive,     ///< and not chosen
+    permanent,     ///< could not be put back, and not chosen
+    contested,     ///< another bundle claims it, so it goes only when it is chosen
+    onlyListed,    ///< nothing but a package's list speaks for it, so it goes only when it is chosen
+    mayHoldOthers, ///< not all of it was searched for other applications, so it goes only when it is chosen
+    claimed,       ///< it was chosen, and an application of the same scan that stays claims it too
+    leftOut,       ///< it was chosen, and its application was left out at the quit prompt
+    byHand,        ///< only the user can deal with it
 };
 
 /// Of what was not selected.

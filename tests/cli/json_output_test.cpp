@@ -57,7 +57,7 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
     auto trace = traceOf(action::MovePath{Path("/a")});
     trace.sizeBytes = 7;
     trace.contestedBy = Claimant{"com.example.b", "B", Path("/Applications/B.app")};
-    trace.isOnlyListed = true;
+    trace.isOnlyListed = trace.mayHoldOthers = true;
     result.traces = {trace};
     result.unreadableLocations = {Path("/Library/Caches")};
     result.skippedNames = {Path("/Library/\xff")};
@@ -74,7 +74,7 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
                     "action": {"kind": "movePath", "url": "/a"}, "reason": {"kind": "declaredTarget"},
                     "reversibility": "reversible", "displayName": "x", "sizeBytes": 7, "requiresRoot": false,
                     "risk": "safe", "contestedBy": "com.example.b", "contestedByPlace": "/Applications/B.app",
-                    "isOnlyListed": true}],
+                    "isOnlyListed": true, "mayHoldOthers": true}],
         "unreadableLocations": ["/Library/Caches"], "skippedNames": ["/Library/\ufffd"], "leftOut": 3,
         "unknownOwners": {"unreadable": ["/Users/bob/Applications"], "uncounted": [], "damaged": [],
                           "absent": []},

@@ -41,7 +41,7 @@ TEST(DefaultSelection, TakesWhatIsSafeToTake) {
         Reversibility reversibility;
         bool isTaken;
         Kind reason = Kind::exactBundleID;
-        bool requiresRoot = false, isContested = false, isOnlyListed = false;
+        bool requiresRoot = false, isContested = false, isOnlyListed = false, mayHoldOthers = false;
     } cases[] = {
         {"the application, also as root", application, reversible, true, Kind::declaredTarget, true},
         {"safe", caches, reversible, true},
@@ -49,6 +49,7 @@ TEST(DefaultSelection, TakesWhatIsSafeToTake) {
         {"permissions", permissions, irreversibleHarmless, true, Kind::declaredTarget},
         {"contested", caches, reversible, false, Kind::exactBundleID, false, true},
         {"only listed", receipts, reversible, false, Kind::receipt, false, false, true},
+        {"not searched", caches, reversible, false, Kind::nameToken, false, false, false, true},
         {"sensitive", caches, reversible, false, Kind::exactBundleID, true},
         {"passwords", keychain, irreversibleDestructive, false},
         {"only by hand", supportFiles, manualOnly, false},
@@ -60,6 +61,7 @@ TEST(DefaultSelection, TakesWhatIsSafeToTake) {
         if (c.isContested)
             trace.contestedBy = Claimant{"com.other.app", "Other", Path("/Applications/Other.app")};
         trace.isOnlyListed = c.isOnlyListed;
+        trace.mayHoldOthers = c.mayHoldOthers;
         EXPECT_EQ(takenByDefault(trace), c.isTaken) << c.what;
         ScanResult result;
         EXPECT_EQ(takenByDefault(trace, result), c.isTaken) << c.what;

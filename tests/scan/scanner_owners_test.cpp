@@ -61,6 +61,10 @@ TEST_F(Scanner, UnloadsNoJobOfOthersThatABundleNames) {
                 ElementsAre("launchItems declaredTarget: com.other.app contested by com.other.app",
                             "launchItems declaredTarget: com.other.app.sync contested by com.other.app",
                             "launchItems declaredTarget: own"));
+
+    // launchd has another job of that label, or the label is of one.
+    writeJob(library + "LaunchAgents/a.plist", "own", "/Applications/Other.app/Contents/x");
+    EXPECT_THAT(found(), testing::Contains("launchItems declaredTarget: own contested by own"));
 }
 
 TEST_F(Scanner, LeavesABundleWhoseFileNameEqualsAnIdentifier) {
@@ -264,6 +268,9 @@ TEST_F(Scanner, LeavesFoldersInWhichBundlesOfOthersLie) {
     };
     const auto unknown = library + "Application Support/MarlinEngine/a/b/Deep.app"; // to the service
     test::writeBundle(volume, unknown, "com.other.deep", "Deep");
+    const auto suite =
+        library + "Cookies/" + identifier + "/Suite.bundle/In.app/In.app"; // no bundles around it
+    test::writeBundle(volume, suite, "com.other.in", "In");
     test::writeBundle(volume, library + "WebKit/" + identifier + "/u/Marlin.app", identifier, "Marlin");
     volume.makeFolder(library + "WebKit/" + identifier + "/u/data.app");
     for (const auto& each : bundles) {
@@ -280,15 +287,31 @@ TEST_F(Scanner, LeavesFoldersInWhichBundlesOfOthersLie) {
             "caches exactBundleID: ~Caches/" + identifier + " contested by com.other.six",
             "caches exactBundleID: ~HTTPStorages/" + identifier + " contested by com.other.seven",
             "caches exactBundleID: ~WebKit/" + identifier, "logs nameToken: ~Logs/Marlin Notes contested by ",
+            "caches exactBundleID: ~Cookies/" + identifier + " contested by com.other.in",
             "supportFiles exactBundleID: ~Application Scripts/" + identifier + " contested by " + identifier
                 + ".pro",
             "supportFiles nameToken: /Users/Shared/Marlin Notes contested by com.other.two",
             "supportFiles executableName: /Users/Shared/MarlinEngine"));
     together.push_back({.bundleURL = Path(unknown), .bundleID = "com.other.deep"});
+    together.push_back({.bundleURL = Path(suite), .bundleID = "com.other.in"});
     for (const auto& each : bundles) // all of them go
         together.push_back({.bundleURL = Path(each.place), .bundleID = each.bundleID});
     for (const auto& trace : scan().traces)
         EXPECT_FALSE(trace.contestedBy) << trace.displayName;
+}
+
+TEST_F(Scanner, DoubtsAFolderThatItCannotSearchToItsEnd) {
+    const std::string support = library + "Application Support/";
+    volume.makeFolder(support + "Marlin Notes/closed");
+    for (int i = 0; i < 10'000; ++i)
+        volume.makeFolder(support + "MarlinEngine/" + std::to_string(i));
+    volume.makeFolder(library + "Caches/com.corvella.marlin.notes/1/2/3/4/5/6/7"); // as deep as is said
+    test::giveToUnprivileged(volume.hostRoot());
+    std::filesystem::permissions(volume.host(support + "Marlin Notes/closed"), std::filesystem::perms::none);
+    test::asUnprivileged([&] {
+        EXPECT_THAT(eachOf(scan().traces, &Trace::mayHoldOthers),
+                    ElementsAre(false, false, true, true, false));
+    });
 }
 
 TEST_F(Scanner, LeavesFoldersOutOfWhichJobsOfOthersRun) {

@@ -153,6 +153,7 @@ Value value(const Trace& trace) {
         result["contestedByPlace"] = trace.contestedBy->place.string();
     }
     if (trace.isOnlyListed) result["isOnlyListed"] = true;
+    if (trace.mayHoldOthers) result["mayHoldOthers"] = true;
     return result;
 }
 

@@ -3,7 +3,7 @@
 namespace tidwen {
 
 bool isUndoubted(const Trace& trace) {
-    return !trace.contestedBy && !trace.isOnlyListed;
+    return !trace.contestedBy && !trace.isOnlyListed && !trace.mayHoldOthers;
 }
 
 bool takenByDefault(const Trace& trace) {

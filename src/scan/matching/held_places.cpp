@@ -2,6 +2,7 @@
 
 #include "base/path_key.h"
 #include "base/text.h"
+#include "platform/file_absence.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/job_program.h"
@@ -21,11 +22,9 @@ std::string folded(std::string_view text) {
     return lowercased(composed(text));
 }
 
-/// Nobody when the job is the target's.
-std::optional<Claimant> holderBy(const ScanContext& context, const LaunchItem& job) {
-    if (auto found = attributeJob(context, job)) return std::move(found->contestedBy);
-    if (auto other = context.matcher.others().longestContinued(folded(job.label))) return other;
-    return Claimant{.bundleID = job.label, .name = job.label, .place = job.plist};
+/// Not one that is only called like a bundle: applications may lie in that as in any folder.
+bool isBundleFolder(const FileSystem& files, const Path& folder) {
+    return isBundleName(folder.lastComponent()) && isBundle(files, folder);
 }
 
 /// Somebody reaches it as an application of its own, wherever it lies.
@@ -61,29 +60,37 @@ void HeldPlaces::add(const Path& place, const Claimant& holder) {
     holders_.emplace(pathKey(place.standardized()).string(), holder);
 }
 
-std::optional<Claimant> HeldPlaces::holderIn(const Path& item, const Path& realItem) {
-    if (auto holder = within(item)) return holder;
-    if (auto holder = within(realItem)) return holder;
-    return applicationIn(realItem);
+void HeldPlaces::mark(Trace& trace, const Path& item, const Path& realItem) {
+    bool isSeen = true;
+    trace.contestedBy = within(item);
+    if (!trace.contestedBy) trace.contestedBy = within(realItem);
+    if (!trace.contestedBy) trace.contestedBy = applicationIn(realItem, isSeen);
+    trace.mayHoldOthers = !trace.contestedBy && !isSeen;
 }
 
-std::optional<Claimant> HeldPlaces::applicationIn(const Path& item) {
-    constexpr std::size_t mostFolders = 2'000, deepest = 6;
+std::optional<Claimant> HeldPlaces::applicationIn(const Path& item, bool& isSeen) {
+    constexpr std::size_t mostFolders = 10'000, deepest = 6;
     const auto info = files_.info(item);
-    if (!info || info->kind != FileKind::directory || isBundleName(item.lastComponent())) return std::nullopt;
+    if (!info || info->kind != FileKind::directory || isBundleFolder(files_, item)) return std::nullopt;
     std::vector<std::pair<Path, std::size_t>> folders = {{item, 0}}; // with their depths, nearest first
-    for (std::size_t i = 0; i < folders.size() && foldersLeft_ > 0 && !stop_.stopRequested(); ++i) {
+    for (std::size_t i = 0; i < folders.size() && !stop_.stopRequested(); ++i) {
+        if (foldersLeft_ == 0) return isSeen = false, std::nullopt;
         --foldersLeft_;
         const auto [folder, depth] = folders[i];
         const auto entries = files_.list(folder);
-        if (!entries) continue;
+        if (!entries) {
+            isSeen = isSeen && isAbsence(entries.error());
+            continue;
+        }
         for (const auto& entry : *entries) {
             if (entry.kind != FileKind::directory) continue;
-            const Path inner = folder / entry.name;
-            if (inner.lowercasedExtension() == "app") {
+            Path inner = folder / entry.name;
+            if (isBundleFolder(files_, inner)) {
                 if (auto holder = holderAt(inner)) return holder;
-            } else if (!isBundleName(entry.name) && depth < deepest && folders.size() < mostFolders) {
-                folders.emplace_back(inner, depth + 1);
+            } else if (depth < deepest && folders.size() < mostFolders) {
+                folders.emplace_back(std::move(inner), depth + 1);
+            } else {
+                isSeen = isSeen && depth >= deepest;
             }
         }
     }
@@ -91,6 +98,7 @@ std::optional<Claimant> HeldPlaces::applicationIn(const Path& item) {
 }
 
 std::optional<Claimant> HeldPlaces::holderAt(const Path& application) const {
+    if (application.lowercasedExtension() != "app") return std::nullopt;
     const auto bundle = Bundle::open(files_, application);
     if (!bundle || leaving_.contains(application)) return std::nullopt;
     const OwningBundle found = {
@@ -106,25 +114,38 @@ std::optional<Claimant> HeldPlaces::within(const Path& folder) const {
                                                                        : std::nullopt;
 }
 
-void addProgramsOfJobs(HeldPlaces& held, const ScanContext& context,
-                       const std::vector<std::string>& leavingIDs) {
+std::vector<LaunchItem> jobsThatStay(const ScanContext& context, const std::vector<std::string>& leavingIDs) {
     std::vector<std::string> leaving;
     leaving.reserve(leavingIDs.size());
     for (const auto& identifier : leavingIDs)
         leaving.push_back(folded(identifier));
     const IdentifierIndex leavingJobs(std::move(leaving));
-    JobPrograms programs(context.files);
+    std::vector<LaunchItem> staying;
     for (const auto& folder : {context.user.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
                                Path("/Library/LaunchDaemons")})
-        for (const auto& job : listLaunchItems(context.files, folder, false, context.stop)) {
-            if (context.stop.stopRequested()) return;
-            const auto places = placesOfProgram(context.files, job);
-            if (places.empty() || leavingJobs.longestContinued(folded(job.label)) > 0) continue;
-            if (job.programPath && programs.find(*job.programPath) == JobProgram::gone) continue;
-            if (const auto holder = holderBy(context, job))
-                for (const auto& place : places)
-                    held.add(place, *holder);
-        }
+        for (auto& job : listLaunchItems(context.files, folder, false, context.stop))
+            if (leavingJobs.longestContinued(folded(job.label)) == 0) staying.push_back(std::move(job));
+    return staying;
+}
+
+std::optional<Claimant> holderOfJob(const ScanContext& context, const LaunchItem& job) {
+    if (auto found = attributeJob(context, job)) return std::move(found->contestedBy);
+    if (auto other = context.matcher.others().longestContinued(folded(job.label))) return other;
+    return Claimant{.bundleID = job.label, .name = job.label, .place = job.plist};
+}
+
+void addProgramsOfJobs(HeldPlaces& held, const ScanContext& context, const std::vector<LaunchItem>& jobs) {
+    JobPrograms programs(context.files);
+    for (const auto& job : jobs) {
+        if (context.stop.stopRequested()) return;
+        const auto places = placesOfProgram(context.files, job);
+        if (places.empty()) continue;
+        if (job.programPath && programs.find(*job.programPath) == JobProgram::gone) continue;
+        const auto holder = holderOfJob(context, job);
+        if (!holder) continue;
+        for (const auto& place : places) // of a folder what lies in it, also when the folder is the find
+            held.add(context.files.isDirectoryFollowingLinks(place) ? place / "*" : place, *holder);
+    }
 }
 
 } // namespace tidwen

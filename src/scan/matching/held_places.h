@@ -3,6 +3,7 @@
 #include "base/path.h"
 #include "base/stop_token.h"
 #include "platform/file_system.h"
+#include "scan/applications/launch_item.h"
 #include "scan/matching/trace.h"
 
 #include <cstddef>
@@ -32,14 +33,16 @@ class HeldPlaces {
 
     void add(const Path& place, const Claimant& holder);
 
-    /// Whose place lies in the item, not at it; `realItem` is the same without links. Applications that
-    /// nobody knows of yet are looked for in it: six folders deep, in the two thousand folders that are
-    /// nearest, and in ten thousand of all items.
-    std::optional<Claimant> holderIn(const Path& item, const Path& realItem);
+    /// Marks the trace of an item in which somebody's place lies, not of one that is the place; `realItem` is
+    /// the item without links. Applications that nobody knows of yet are looked for in it, six folders deep;
+    /// where a folder cannot be read, or one item has more than ten thousand or all have more than forty
+    /// thousand, the trace is marked as one that may hold others.
+    void mark(Trace& trace, const Path& item, const Path& realItem);
 
   private:
     std::optional<Claimant> within(const Path& folder) const;
-    std::optional<Claimant> applicationIn(const Path& item);
+    /// `isSeen`: whether everything in it was looked at.
+    std::optional<Claimant> applicationIn(const Path& item, bool& isSeen);
     std::optional<Claimant> holderAt(const Path& application) const;
 
     const ResidueMatcher& matcher_;
@@ -47,7 +50,7 @@ class HeldPlaces {
     const std::set<Path>& leaving_;
     const StopToken& stop_;
     std::map<std::string, Claimant> holders_; ///< by the keys of their places
-    std::size_t foldersLeft_ = 10'000;
+    std::size_t foldersLeft_ = 40'000;
 };
 
 /// The bundle may stand in a folder of the target's without being anybody else's. One that continues the
@@ -56,10 +59,14 @@ class HeldPlaces {
 bool isPartOfTarget(const ResidueMatcher& matcher, const OwningBundle& bundle,
                     const std::vector<Path>& damaged);
 
-/// Adds where the programs of launchd jobs lie that may still start and are not the target's: each is its
-/// owner's, else held by its label. `leavingIDs`: identifiers of applications that go in the same run, whose
-/// jobs hold nothing.
-void addProgramsOfJobs(HeldPlaces& held, const ScanContext& context,
-                       const std::vector<std::string>& leavingIDs);
+/// The launchd jobs in the folders of the user and of the machine. Those of applications that go in the same
+/// run are left out; `leavingIDs`: their identifiers.
+std::vector<LaunchItem> jobsThatStay(const ScanContext& context, const std::vector<std::string>& leavingIDs);
+
+/// Whose a job is that is not the target's: its owner's, else its label's.
+std::optional<Claimant> holderOfJob(const ScanContext& context, const LaunchItem& job);
+
+/// Adds where the programs of jobs lie that may still start and are not the target's.
+void addProgramsOfJobs(HeldPlaces& held, const ScanContext& context, const std::vector<LaunchItem>& jobs);
 
 } // namespace tidwen

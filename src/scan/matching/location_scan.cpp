@@ -239,7 +239,7 @@ void LocationScan::take(const Folder& folder, std::string_view name, Attribution
     auto trace = makeTrace(location_.category, action::MovePath{path}, std::move(attribution.reason),
                            Reversibility::reversible, path.string(), std::nullopt, location_.requiresRoot);
     trace.contestedBy = std::move(attribution.contestedBy);
-    if (!trace.contestedBy) trace.contestedBy = context_.held.holderIn(path, folder.realPath / name);
+    if (!trace.contestedBy) context_.held.mark(trace, path, folder.realPath / name);
     traces_.addFound(std::move(trace), folder.realPath);
 }
 

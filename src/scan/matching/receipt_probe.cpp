@@ -149,7 +149,7 @@ class ReceiptProbe {
         if (!trace.contestedBy && job) trace.contestedBy = jobClaimant(*job);
         if (!trace.contestedBy) trace.contestedBy = claimant(path);
         if (!trace.contestedBy && !isOwnBundle) trace.contestedBy = identity;
-        if (!trace.contestedBy) trace.contestedBy = context_.held.holderIn(path, *realPath);
+        if (!trace.contestedBy) context_.held.mark(trace, path, *realPath);
         if ((!isFolder || isBundle) && !job) {
             if (!trace.contestedBy) trace.contestedBy = otherPackages_.listing(path);
             trace.isOnlyListed = !isOwnBundle && !namesTarget(path);

@@ -65,17 +65,27 @@ Trace permissionTrace(const ResidueMatcher& matcher) {
     return trace;
 }
 
+/// Whose job would be stopped: by the label, or by a job of that label which launchd finds elsewhere.
+std::optional<Claimant> otherOwnerOf(const ScanContext& context, const std::string& label,
+                                     const std::vector<LaunchItem>& jobs) {
+    const auto own = context.matcher.attributeIdentifier(label);
+    auto other =
+        own ? own->contestedBy : context.matcher.others().longestContinued(lowercased(composed(label)));
+    for (const auto& job : jobs)
+        if (!other && job.label == label) other = holderOfJob(context, job);
+    return other;
+}
+
 /// A bundle may give its job any label: macOS's own are not its to unload, another application's are shown as
 /// that one's.
-void addEmbeddedJobs(const ResidueMatcher& matcher, TraceCollector& traces) {
-    for (const auto& job : matcher.target().embeddedLaunchdItems) {
-        if (matcher.isOffLimits(job.label)) continue;
+void addEmbeddedJobs(const ScanContext& context, const std::vector<LaunchItem>& jobs,
+                     TraceCollector& traces) {
+    for (const auto& job : context.matcher.target().embeddedLaunchdItems) {
+        if (context.matcher.isOffLimits(job.label)) continue;
         auto trace = makeTrace(TraceCategory::launchItems, action::Bootout{job.label, job.isSystemDomain},
                                {.evidence = MatchReason::Evidence::embedded}, Reversibility::reversible,
                                job.label, std::nullopt, job.isSystemDomain);
-        const auto own = matcher.attributeIdentifier(job.label);
-        trace.contestedBy =
-            own ? own->contestedBy : matcher.others().longestContinued(lowercased(composed(job.label)));
+        trace.contestedBy = otherOwnerOf(context, job.label, jobs);
         traces.add(std::move(trace));
     }
 }
@@ -136,8 +146,9 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     const auto damaged = bundles_ ? bundles_->coverage().damaged : std::vector<Path>();
     HeldPlaces held(matcher, files, damaged, leaving, stop);
     const ScanContext context = {files, user_, policy, matcher, held, targetPlace, stop, ports_.log};
-    addProgramsOfJobs(held, context,
-                      bundles_ ? identifiersOfLeaving(*bundles_, leaving) : std::vector<std::string>());
+    const auto jobs = jobsThatStay(context, bundles_ ? identifiersOfLeaving(*bundles_, leaving)
+                                                     : std::vector<std::string>());
+    addProgramsOfJobs(held, context, jobs);
     traces.add(permissionTrace(matcher));
     for (const auto& location : searchLocations(user_)) {
         if (stop.stopRequested()) break;
@@ -145,7 +156,7 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
         for (auto& missed : LocationScan(context, location, traces).run())
             result.unreadableLocations.push_back(std::move(missed));
     }
-    addEmbeddedJobs(matcher, traces);
+    addEmbeddedJobs(context, jobs, traces);
     report(TraceCategory::receipts);
     const auto applications = bundles_ ? placesOfApplications(*bundles_, user_) : std::vector<Path>();
     for (auto& missed : probeReceipts(context, receipts, applications, traces))

@@ -117,6 +117,9 @@ struct Trace {
     /// A file or a bundle in a place that everybody shares, for which nothing speaks but the list of a
     /// package. Anybody can write such a list, so it is never taken by default either.
     bool isOnlyListed = false;
+    /// A folder that could not be searched to its end for applications of others, which would go along. Never
+    /// taken by default either.
+    bool mayHoldOthers = false;
 
     friend bool operator==(const Trace&, const Trace&) = default;
 };
