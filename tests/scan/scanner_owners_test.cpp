@@ -318,12 +318,13 @@ TEST_F(Scanner, LeavesFoldersOutOfWhichJobsOfOthersRun) {
     installed.push_back(test::owner("/Applications/Other.app", "com.other.app", "Other"));
     const struct {
         const char *folder, *label, *claimant;
-        bool isScript = false, isGone = false;
+        bool isScript = false, isGone = false, isText = false;
     } cases[] = {
         {"Caches", "com.other.app.agent", " contested by com.other.app"},
         {"HTTPStorages", "org.script", " contested by org.script", true},
         {"WebKit", "org.mine", ""}, // the program's place makes the job the target's
         {"Logs", "com.other.app.gone", "", false, true},
+        {"Cookies", "org.text", " contested by org.text", false, false, true},
     };
     std::vector<std::string> expected;
     for (const auto& c : cases) {
@@ -333,6 +334,9 @@ TEST_F(Scanner, LeavesFoldersOutOfWhichJobsOfOthersRun) {
         PropertyListDictionary job = {{"Label", c.label}, {"Program", folder + "/run"}};
         if (c.isScript)
             job = {{"Label", c.label}, {"ProgramArguments", PropertyListArray{"/bin/sh", folder + "/run"}}};
+        if (c.isText)
+            job["ProgramArguments"] = PropertyListArray{"/bin/sh", "-c", "cd " + folder + " && ./run"},
+            job.erase("Program");
         volume.write(library + "LaunchAgents/" + c.label + ".plist", writeXmlPropertyList(job));
         expected.push_back(std::string(c.folder) + "/com.corvella.marlin.notes" + c.claimant);
     }

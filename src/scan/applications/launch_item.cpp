@@ -24,13 +24,41 @@ std::optional<std::string> programPath(const PropertyListValue& job) {
     return strings->front();
 }
 
+/// Adds the parts of a text that may be paths: from a slash that something other than a path ends before, to
+/// whatever may end it. Names hold blanks too, so a part may go on behind one.
+void addPathsIn(std::string_view text, std::vector<std::string>& paths) {
+    constexpr std::size_t most = 64, longest = 4096;
+    constexpr std::string_view marks = " \t\n\"'`=:;,|&<>()";
+    text = text.substr(0, longest);
+    for (auto start = text.find('/'); start != text.npos; start = text.find('/', start + 1)) {
+        if (start > 0 && marks.find(text[start - 1]) == marks.npos) continue;
+        for (auto end = start; end != text.npos && paths.size() < most;) {
+            end = text.find_first_of(marks, end + 1);
+            std::string part(text.substr(start, end - start));
+            // In a shell's text a backslash stands before a blank that is part of the name.
+            if (part.ends_with('\\')) continue;
+            std::erase(part, '\\');
+            if (part.size() > 1) paths.push_back(std::move(part));
+        }
+    }
+}
+
 std::vector<std::string> argumentPaths(const PropertyListValue& job) {
+    constexpr std::size_t mostTexts = 64;
+    std::vector<std::string> paths;
     const auto* arguments = job.find("ProgramArguments");
-    auto paths = (arguments ? arguments->asStrings() : std::nullopt).value_or(std::vector<std::string>());
-    constexpr std::size_t mostArguments = 64;
-    paths.resize(std::min(paths.size(), mostArguments));
-    if (!paths.empty()) paths.erase(paths.begin());
-    std::erase_if(paths, [](const std::string& text) { return !text.starts_with('/'); });
+    const auto texts =
+        (arguments ? arguments->asStrings() : std::nullopt).value_or(std::vector<std::string>());
+    for (std::size_t i = 1; i < std::min(texts.size(), mostTexts); ++i)
+        addPathsIn(texts[i], paths);
+    if (const auto* folder = job.findString("WorkingDirectory"); folder && folder->starts_with('/'))
+        paths.push_back(*folder);
+    const auto* variables = job.find("EnvironmentVariables");
+    if (const auto* each = variables ? variables->asDictionary() : nullptr)
+        for (std::size_t left = mostTexts; const auto& [name, value] : *each) {
+            if (left-- == 0) break;
+            if (const auto* text = value.asString()) addPathsIn(*text, paths);
+        }
     return paths;
 }
 

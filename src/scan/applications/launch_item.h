@@ -15,7 +15,9 @@ struct LaunchItem {
     Path plist;                  ///< the file it was read from
     bool isSystemDomain = false; ///< a daemon of the system domain, else a job of the user's session
     std::optional<std::string> programPath; ///< "Program", else the first of "ProgramArguments"
-    /// Absolute paths among the arguments: a shell is handed the script that it runs. They need not exist.
+    /// Absolute paths in the arguments, the working directory and the environment: a shell is handed the
+    /// script that it runs, or the text of one. Of a text each part that may be a path, so they need not
+    /// exist.
     std::vector<std::string> argumentPaths = {};
 
     friend bool operator==(const LaunchItem&, const LaunchItem&) = default;
@@ -28,9 +30,9 @@ std::optional<LaunchItem> readLaunchItem(const FileSystem& files, const Path& pl
 /// ("AssociatedBundleIdentifiers": one or several).
 std::vector<std::string> readAssociatedBundleIDs(const FileSystem& files, const Path& plist);
 
-/// What of the disk the job needs to start: its program, and what it hands to it, of the first 64 arguments
-/// those that are absolute paths (an interpreter's script). Each as it is written and without links; what is
-/// not there is left out.
+/// What of the disk the job needs to start: its program, its working directory, and what it hands to it, of
+/// the first 64 arguments and variables (an interpreter's script). Each as it is written and without links;
+/// what is not there is left out.
 std::vector<Path> placesOfProgram(const FileSystem& files, const LaunchItem& job);
 
 /// Every job of a folder's direct, visible "*.plist" children, in listing order. An unreadable folder is
