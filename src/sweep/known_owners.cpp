@@ -124,6 +124,10 @@ KnownOwners::KnownOwners(const BundleSnapshot& bundles) {
             }
         for (const auto& name : bundle.names)
             addName(name, bundle.isApplication);
+        for (const auto& path : {bundle.url, bundle.place})
+            bundles_.insert(pathKey(path).string());
+        for (const auto& path : bundle.foundAs)
+            bundles_.insert(pathKey(path).string());
         if (bundle.isApplication && bundle.isReadable)
             for (const auto& path : {bundle.url, bundle.place})
                 inUse_.insert(pathKey(path).string());
@@ -200,6 +204,17 @@ bool KnownOwners::mayMean(std::string_view canonicalName) const {
     for (auto length = shortestName; length < canonicalName.size(); ++length)
         if (words_.contains(canonicalName.substr(0, length))) return true;
     return false;
+}
+
+bool KnownOwners::ownsPlace(const Path& path) const {
+    const auto key = pathKey(path.standardized()).string();
+    for (auto end = key.find('/', 1); end != key.npos; end = key.find('/', end + 1))
+        if (bundles_.contains(std::string_view(key).substr(0, end))) return true;
+    const auto parts = path.standardized().components();
+    return std::any_of(parts.begin(), parts.end(), [&](const std::string& part) {
+        const auto identifier = identifierInName(part);
+        return !identifier.empty() && claims(identifier);
+    });
 }
 
 bool KnownOwners::holdsWhatIsInUse(const Path& item) const {

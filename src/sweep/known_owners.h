@@ -38,6 +38,10 @@ class KnownOwners {
     /// there. `canonicalName` as `canonicalForm` gives it.
     bool mayMean(std::string_view canonicalName) const;
 
+    /// The path lies in a bundle, under whatever name that was found, or a folder on the way to it, or it, is
+    /// called by an identifier that is claimed.
+    bool ownsPlace(const Path& path) const;
+
     /// The item is an application or a program at work, or would take one along.
     bool holdsWhatIsInUse(const Path& item) const;
 
@@ -52,6 +56,7 @@ class KnownOwners {
     std::set<std::string, std::less<>> folders_;     ///< canonical forms of names and makers of any length
     std::set<std::string, std::less<>> words_; ///< canonical names and pieces of identifiers, five letters on
     std::set<std::string, std::less<>> inUse_; ///< keys of paths: applications and programs at work
+    std::set<std::string, std::less<>> bundles_; ///< keys of all paths of all bundles
     IdentifierIndex index_;
 };
 

@@ -27,7 +27,24 @@ Life lifeOf(JobPrograms& programs, const LaunchItem& job) {
     return isThere && isPrivilegedHelper(Path(*job.programPath)) ? Life::helper : Life::living;
 }
 
+/// Where the program lies, or would lie, without the links on the way.
+Path realPlace(const FileSystem& files, const Path& program) {
+    Path there = program.standardized();
+    std::string rest;
+    for (; !there.isRoot(); there = there.parent()) {
+        if (const auto real = files.resolve(there)) return Path(real->string() + rest);
+        rest = "/" + there.lastComponent() + rest;
+    }
+    return program;
+}
+
+/// It works for an application that is there, by what it says or by where its program was: an update may have
+/// left the job behind, or bring its program back.
 bool worksForInstalled(const FileSystem& files, const LaunchItem& job, const KnownOwners& installed) {
+    if (job.programPath) {
+        const Path program(*job.programPath);
+        if (installed.ownsPlace(program) || installed.ownsPlace(realPlace(files, program))) return true;
+    }
     const auto identifiers = readAssociatedBundleIDs(files, job.plist);
     return std::any_of(identifiers.begin(), identifiers.end(),
                        [&](const std::string& identifier) { return installed.claims(identifier); });

@@ -76,6 +76,16 @@ class StartupItemScanner::Owners {
         });
     }
 
+    /// Whose identifier a folder on the way to the program, or the program, bears.
+    std::optional<Owner> namedOnTheWay(const std::string& program) const {
+        constexpr std::size_t longest = 1024;
+        if (program.size() > longest) return std::nullopt;
+        for (const auto& component : Path(program).standardized().components())
+            if (contains(component, "."))
+                if (auto owner = identifiedBy(lowercased(component))) return owner;
+        return std::nullopt;
+    }
+
     /// Its identifier stands anywhere in the label: behind a team's prefix, or a word of its maker's own.
     std::optional<Owner> identifiedWithin(const std::string& label) const {
         const auto framed = "." + label + ".";
@@ -189,6 +199,8 @@ Owner StartupItemScanner::attributeOwner(const std::string& label,
     // In a part of macOS or on another disk that is not here, it is taken to be there.
     if (found == JobProgram::present || found == JobProgram::away)
         return {Owner::Kind::program, {}, {}, *programPath};
+    if (programPath)
+        if (auto owner = owners.namedOnTheWay(*programPath)) return *owner;
     const bool isLost = found == JobProgram::gone && parts.size() >= 2;
     return {isLost ? Owner::Kind::missing : Owner::Kind::unknown, {}, {}, {}};
 }

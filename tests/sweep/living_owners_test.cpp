@@ -85,6 +85,8 @@ TEST_F(OrphanScan, KnowsADeadJobByItsProgram) {
     volume.write("/usr/local/bin/serviced", "x");
     volume.write("/Library/PrivilegedHelperTools/com.left.helper", "x");
     volume.link("/Users/alice/Away", "/Volumes/Drive");
+    volume.link("/Users/alice/M", "/Applications/Marlin.app");
+    volume.makeFolder(home + "Application Support/com.marlin.notes");
     volume.write("/Volumes/Attached/x", "x");
     const struct {
         const char* label;
@@ -104,6 +106,9 @@ TEST_F(OrphanScan, KnowsADeadJobByItsProgram) {
          {{"Program", "/usr/local/bin/gone"}, {"AssociatedBundleIdentifiers", "com.Marlin.Notes"}},
          true},
         {"com.gone.job", {{"Program", "/usr/local/bin/gone"}}, false},
+        {"com.updated.job", {{"Program", "/Applications/Marlin.app/Contents/MacOS/gone"}}, true},
+        {"com.bylink.job", {{"Program", "/Users/alice/M/Contents/MacOS/gone"}}, true},
+        {"com.indata.job", {{"Program", home + "Application Support/com.marlin.notes/gone"}}, true},
         {"com.nobodys.job",
          {{"Program", "/Applications/Gone.app/x"},
           {"AssociatedBundleIdentifiers", PropertyListArray{"com.nobodys.app"}}},

@@ -71,6 +71,7 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
         {"foo.bar", "", OwnerKind::missing, ""},
         {"foo.bar", "/usr/local/bin/tool", OwnerKind::program, "/usr/local/bin/tool"},
         {"foo.bar", "/usr/local/bin/other", OwnerKind::missing, ""},
+        {"foo.bar", "/usr/local/com.Kip.per/other", OwnerKind::installed, "Kip"}, // whose folder is named
         // Whose place is not on this disk.
         {"foo.bar", "/bin/zsh", OwnerKind::program, "/bin/zsh"},
         {"foo.bar", "/Volumes/Drive/tool", OwnerKind::program, "/Volumes/Drive/tool"},
