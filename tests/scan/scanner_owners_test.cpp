@@ -92,6 +92,17 @@ TEST_F(Scanner, AGroupStaysSharedWhenAllWhoDeclareItGo) {
     EXPECT_THAT(found(), ElementsAre(group));
 }
 
+TEST_F(Scanner, AJobIsAlsoWhoseItSaysItWorksFor) {
+    installed.push_back(test::owner("/Applications/Other.app", "com.other.app", "Other"));
+    for (const std::string other : {"com.other.app", "com.corvella.marlin.notes"})
+        volume.write(library + "LaunchAgents/" + other + "-works.plist",
+                     writeXmlPropertyList(PropertyListDictionary{{"Label", "com.corvella.marlin.notes.for"},
+                                                                 {"AssociatedBundleIdentifiers", other}}));
+    const std::string job = "launchItems exactBundleID: ~LaunchAgents/";
+    EXPECT_THAT(found(), ElementsAre(job + "com.corvella.marlin.notes-works.plist job",
+                                     job + "com.other.app-works.plist job contested by com.other.app"));
+}
+
 TEST_F(Scanner, KnowsItsBundleFromACopyOfIt) {
     volume.makeFolder(library + "Caches/com.corvella.marlin.notes");
     volume.link("/Applications/Link.app", "Marlin Notes.app");

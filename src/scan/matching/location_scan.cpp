@@ -55,6 +55,13 @@ std::optional<Claimant> namedOnTheWay(const ScanContext& context, const Path& pr
     return std::nullopt;
 }
 
+/// Another application for which the job says that it works.
+std::optional<Claimant> associateOf(const ScanContext& context, const LaunchItem& item) {
+    for (const auto& identifier : readAssociatedBundleIDs(context.files, item.plist))
+        if (auto other = context.matcher.otherOwnerOf(identifier)) return other;
+    return std::nullopt;
+}
+
 bool isInTarget(const ScanContext& context, const Path& program) {
     const Path place = program.standardized();
     return place.isWithinIgnoringCase(context.targetPlace)
@@ -78,7 +85,9 @@ bool isVendorFolder(const ResidueMatcher& matcher, std::string_view name) {
     return !matcher.vendor().empty() && canonicalForm(lower).starts_with(matcher.vendor());
 }
 
-std::optional<Attribution> attributeJob(const ScanContext& context, const LaunchItem& item) {
+namespace {
+
+std::optional<Attribution> attributeByNames(const ScanContext& context, const LaunchItem& item) {
     const auto file = item.plist.lastComponent();
     if (context.matcher.isOffLimits(item.label) || context.matcher.isOffLimits(file)) return std::nullopt;
     auto found = context.matcher.attributeIdentifier(item.label);
@@ -103,6 +112,14 @@ std::optional<Attribution> attributeJob(const ScanContext& context, const Launch
     if (!found->contestedBy) found->contestedBy = holderOf(context, program);
     if (!found->contestedBy && !isEmbedded) found->contestedBy = namedOnTheWay(context, program);
     if (!found->contestedBy && !isEmbedded) found->contestedBy = namedOnTheWay(context, real);
+    return found;
+}
+
+} // namespace
+
+std::optional<Attribution> attributeJob(const ScanContext& context, const LaunchItem& item) {
+    auto found = attributeByNames(context, item);
+    if (found && !found->contestedBy) found->contestedBy = associateOf(context, item);
     return found;
 }
 
