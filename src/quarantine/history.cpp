@@ -6,7 +6,9 @@
 #include "scan/matching/residue_scanner.h"
 
 #include <algorithm>
+#include <string_view>
 #include <tuple>
+#include <unordered_set>
 
 namespace tidwen {
 
@@ -36,6 +38,26 @@ std::optional<RemovalHistoryEntry> makeEntry(const Path& root, Manifest manifest
         if (place == ItemPlace::missing) ++entry.missingMoves;
     }
     return entry;
+}
+
+/// What was put back and taken again is the later run's, and no loss of the earlier one. `entries`: newest
+/// first.
+void settleTakenAgain(std::vector<RemovalHistoryEntry>& entries, const BudgetedFiles& files) {
+    const auto misses = [](const RemovalHistoryEntry& entry) { return entry.missingMoves > 0; };
+    if (std::ranges::none_of(entries, misses)) return;
+    std::unordered_set<std::string_view> takenLater;
+    for (auto& entry : entries) {
+        if (files.budget().isExhausted()) return;
+        const auto& steps = entry.manifest.entries;
+        if (misses(entry) && !takenLater.empty())
+            for (const auto& step : steps)
+                if (step.kind == ManifestEntryKind::move && takenLater.contains(step.source)
+                    && !files.exists(Path(step.source))
+                    && !(step.destination && files.exists(Path(*step.destination))))
+                    --entry.missingMoves;
+        for (const auto& step : steps)
+            takenLater.insert(step.source);
+    }
 }
 
 /// Nothing when the budget runs out meanwhile: what was not looked at would be taken for missing.
@@ -88,6 +110,7 @@ PastRuns loadPastRuns(const UserEnvironment& user, const FileSystem& files, bool
     std::sort(runs.entries.begin(), runs.entries.end(), [](const auto& a, const auto& b) {
         return std::tie(a.manifest.createdAt, a.root) > std::tie(b.manifest.createdAt, b.root);
     });
+    settleTakenAgain(runs.entries, budgeted);
     return runs;
 }
 

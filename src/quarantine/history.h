@@ -18,7 +18,9 @@ struct RemovalHistoryEntry {
     std::optional<std::int64_t> sizeBytes = {}; ///< absent when sizes were not asked for
     int pendingMoves = 0;                       ///< moves whose item still lies in quarantine
     int totalMoves = 0;
-    int missingMoves = 0; ///< moves whose item lies neither in quarantine nor anything in its old place
+    /// Moves whose item lies neither in quarantine nor anything in its old place, from where no later run of
+    /// the history took it again.
+    int missingMoves = 0;
     int loadableJobs = 0; ///< unloaded jobs whose property list lies in its place again
 
     /// Something is left to put back or to load again. Whether a job was loaded since cannot be told; loading

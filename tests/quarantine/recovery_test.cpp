@@ -281,6 +281,16 @@ TEST_F(Recovery, HistoryCountsWhatIsLeft) {
     EXPECT_EQ(items(), Items::inQuarantine);
     fs::remove_all(volume.host((root / "0002").string()));
     EXPECT_EQ(items(), Items::missing) << "nobody put them back";
+    const auto later = folder("Notes again");
+    ASSERT_TRUE(writeManifest({.createdAt = runDate + std::chrono::hours(1),
+                               .quarantineRoot = later,
+                               .entries = {moveEntry(1, later, "/Library/Caches/b")}},
+                              later / manifestFileName, volume.files()));
+    volume.write((later / "0001/b").string(), "put back, and taken again");
+    const auto both = loadHistory(alice(), volume.files(), false);
+    ASSERT_EQ(both.size(), 2u);
+    EXPECT_EQ(both[0].missingMoves, 0);
+    EXPECT_EQ(both[1].missingMoves, 2) << "a and d";
     for (const auto* name : {"a", "b", "d"})
         volume.write(std::string("/Library/Caches/") + name, "");
     EXPECT_EQ(items(), Items::putBack);
