@@ -42,7 +42,7 @@ void print(const std::vector<RemovalHistoryEntry>& history, const CommandContext
         table.add({{std::to_string(i + 1)},
                    {displayDate(entry.manifest.createdAt), Paint::faint},
                    {labels::names(entry.manifest.apps), Paint::strong},
-                   {context.text("history.row.items %lld", {std::to_string(entry.manifest.entries.size())})},
+                   {context.text("history.row.items %lld", {std::to_string(entry.totalMoves)})},
                    {labels::size(entry.sizeBytes, context.texts)},
                    {state(entry, context)}});
     }

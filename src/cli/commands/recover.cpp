@@ -12,10 +12,12 @@ namespace tidwen {
 namespace {
 
 void print(const Manifest& manifest, const CommandContext& context, const Mac& mac) {
-    context.console.line(
-        context.text("cli.recover.one %@ %@ %@",
-                     {labels::names(manifest.apps), displayDate(manifest.createdAt),
-                      context.text("history.row.items %lld", {std::to_string(manifest.entries.size())})}));
+    // A job that was unloaded is a step of the run, and lies nowhere.
+    const auto entry = readHistoryEntry(manifest.quarantineRoot, mac.system.files);
+    context.console.line(context.text(
+        "cli.recover.one %@ %@ %@",
+        {labels::names(manifest.apps), displayDate(manifest.createdAt),
+         context.text("history.row.items %lld", {std::to_string(entry ? entry->pendingMoves : 0)})}));
     if (const auto undo = undoCommandLine(manifest.quarantineRoot, context, mac);
         undo && !manifest.entries.empty())
         context.console.line(context.text("cli.undo.hint %@", {*undo}));
