@@ -184,11 +184,18 @@ std::vector<StartupItem> StartupItemsModel::selectedItems() const {
 }
 
 SwitchState StartupItemsModel::switchState(const StartupItem& item) const {
-    if (item.owner.kind == OwnerKind::apple) return SwitchState::none;
-    if (item.isEmbedded()) return SwitchState::systemSettings;
-    if (item.owner.kind == OwnerKind::missing) return SwitchState::none;
+    if (whyNoSwitch(item))
+        return item.owner.kind != OwnerKind::apple && item.isEmbedded() ? SwitchState::systemSettings
+                                                                        : SwitchState::none;
     if (switching.get().contains(item.id())) return SwitchState::switching;
     return disabled.get().contains(item.id()) ? SwitchState::off : SwitchState::on;
+}
+
+std::optional<Message> StartupItemsModel::whyNoSwitch(const StartupItem& item) const {
+    if (item.owner.kind == OwnerKind::apple) return Message{"startup.noSwitch.apple"};
+    if (item.isEmbedded()) return Message{"startup.toggle.systemSettings.help"};
+    if (item.owner.kind == OwnerKind::missing) return Message{"startup.noSwitch.missing"};
+    return std::nullopt;
 }
 
 void StartupItemsModel::setEnabled(const StartupItem& item, bool on, std::function<void()> done) {

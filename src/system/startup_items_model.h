@@ -92,6 +92,8 @@ class StartupItemsModel {
     void setEnabled(const StartupItem& item, bool on, std::function<void()> done = {});
 
     SwitchState switchState(const StartupItem& item) const;
+    /// Why a job has no switch here.
+    std::optional<Message> whyNoSwitch(const StartupItem& item) const;
     bool isSelectable(const StartupItem& item) const;
     bool isProtected(const StartupItem& item) const;
     /// What stands under the label ("Belongs to Marlin Notes"), in the language of now.

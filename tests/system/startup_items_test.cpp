@@ -205,6 +205,8 @@ TEST_F(StartupItems, ShowsOrphansFirstAndTakesLaunchdsWord) {
     EXPECT_EQ(model.switchState(item("com.vendor.app.daemon")), SwitchState::off);
     EXPECT_EQ(model.switchState(item("com.vendor.app.inner")), SwitchState::systemSettings);
     EXPECT_EQ(model.switchState(item("zz.gone.thing")), SwitchState::none);
+    EXPECT_EQ(model.whyNoSwitch(item("zz.gone.thing")), Message{"startup.noSwitch.missing"});
+    EXPECT_FALSE(model.whyNoSwitch(item("com.vendor.app.agent")));
     launchd.user = {{"com.vendor.app.agent", false}};
     model.refreshDisabled();
     settle();

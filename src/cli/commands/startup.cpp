@@ -52,14 +52,12 @@ class StartupSession {
             if (!item) return refuseUnseen(item.error());
             chosen.push_back(*item);
         }
+        for (const auto* item : chosen)
+            if (const auto why = model_.whyNoSwitch(*item))
+                return context_.refuse(
+                    {"cli.startup.noSwitch %@ %@", {item->label, context_.texts.text(*why)}});
         auto status = ExitStatus::done;
         for (const auto* item : chosen) {
-            const auto state = model_.switchState(*item);
-            if (state != SwitchState::on && state != SwitchState::off) {
-                context_.console.complain(context_.text("cli.startup.noSwitch %@", {item->label}));
-                status = ExitStatus::someFailed;
-                continue;
-            }
             model_.toggleError.set(std::nullopt);
             wait([&](auto done) { model_.setEnabled(*item, on, done); });
             if (const auto& error = model_.toggleError.get()) {

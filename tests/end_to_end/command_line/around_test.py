@@ -152,6 +152,7 @@ class Around(VolumeTest):
         self.assertEqual(sizes, sorted(sizes, reverse=True))
         self.call("tags", "add", "com.littlefin.kip", "tiny")
         self.call("protect", "add", "com.littlefin.kip")
+        self.refuse("startup", "off", gone[0], saying="no longer exists")
         for words in (["--tag", "tiny"], ["--protected"], ["--filter", "littlefin"]):
             with self.subTest(words):
                 self.assertEqual([app["name"] for app in self.call("apps", *words, "--json").json], ["Kip"])
