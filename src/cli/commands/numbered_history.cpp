@@ -12,11 +12,10 @@ std::optional<std::string> undoCommandLine(const Path& root, const CommandContex
     if (found == history.end()) {
         const auto run = readUnfinishedRun(root, mac.system.files);
         if (!run || !run->known || run->known->entries.empty()) return std::nullopt;
-        return context.commandLine({"undo", root.lastComponent()});
-    }
-    const bool isLeft = mac.volume ? found->pendingMoves > 0 : found->canBeUndone();
-    if (!isLeft) return std::nullopt;
-    return context.commandLine({"undo", std::to_string(found - history.begin() + 1)});
+    } else if (const bool isLeft = mac.volume ? found->pendingMoves > 0 : found->canBeUndone(); !isLeft)
+        return std::nullopt;
+    // By its name: the next run takes its number.
+    return context.commandLine({"undo", root.lastComponent()});
 }
 
 void mentionInterruptedRuns(const CommandContext& context, const TerminalHistory& history) {

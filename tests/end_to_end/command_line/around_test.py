@@ -118,6 +118,15 @@ class Around(VolumeTest):
             subprocess.run(command + " --yes", shell=True, env=self.environment, check=True, capture_output=True)
         self.assertEqual([item for item in items if os.path.lexists(f"{self.volume}{item}")], [])
 
+    def test_no_command_is_printed_that_takes_what_another_claims(self):
+        printed = self.call("remove", "Lumen", "--yes").output
+        self.assertIn("also claimed by com.lumenlight.lumen.beta", printed)
+        self.assertNotIn("--select", printed)
+        undo = printed.splitlines()[-1].split(": ", 1)[1]
+        self.call("remove", "Kip", "--yes")
+        subprocess.run(undo, shell=True, env=self.environment, check=True, capture_output=True)
+        self.assertTrue((self.volume / "Applications/Lumen.app").exists(), "the run that was meant, whatever ran since")
+
     def test_who_stays_is_not_told_of_what_it_keeps(self):
         printed = self.call("remove", "Marlin Notes", "--select", "com.marlinworks.notes.plist", "--yes").output
         self.assertNotIn("still has the permission", printed)
