@@ -24,11 +24,11 @@ std::vector<FoundGroup> groupsOf(const std::vector<ScanResult>& scanned) {
     return groups;
 }
 
-Findings::Findings(Scanned scanned)
+Findings::Findings(Scanned scanned, const UserEnvironment& user)
     : owner_(scanned),
       scanned_(std::move(scanned)),
       groups_(groupsOf(*scanned_)),
-      unseen_(unseenIn(*scanned_)) {
+      unseen_(unseenIn(*scanned_, user)) {
     std::set<Path> names; // several applications may claim one item
     for (const auto& result : *scanned_)
         names.insert(result.skippedNames.begin(), result.skippedNames.end());

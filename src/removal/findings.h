@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/user_environment.h"
 #include "removal/unseen.h"
 #include "scan/matching/scan_result.h"
 #include "sweep/orphan_scanner.h"
@@ -34,7 +35,7 @@ class Findings {
     using Swept = std::shared_ptr<const OrphanScanResult>;
 
     Findings() = default; ///< of nothing
-    explicit Findings(Scanned scanned);
+    Findings(Scanned scanned, const UserEnvironment& user);
     explicit Findings(const Swept& swept);
     Findings(const std::string& name, std::vector<Trace> offered);
 

@@ -164,8 +164,9 @@ void RemovalFlowModel::cancelScan() {
 }
 
 void RemovalFlowModel::review(std::vector<ScanResult> results) {
+    const bool isUnknown = services_.protectedApps.problem().has_value();
     for (auto& result : results)
-        result.isProtected = services_.protectedApps.contains(result.target.bundleID);
+        result.isProtected = isUnknown || services_.protectedApps.contains(result.target.bundleID);
     std::map<std::string, std::vector<Trace>> traces; // two copies of one application share an identifier
     for (const auto& result : results) {
         auto& ofTarget = traces[result.target.bundleID];
@@ -177,7 +178,7 @@ void RemovalFlowModel::review(std::vector<ScanResult> results) {
     buildReviewTrees();
     const auto shared = std::make_shared<const std::vector<ScanResult>>(std::move(results));
     stage_ = stage::Review{shared};
-    choose(Findings(shared), RemovalSubject::Kind::applications);
+    choose(Findings(shared, user_), RemovalSubject::Kind::applications);
     selectDefaults();
 }
 

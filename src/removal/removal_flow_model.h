@@ -152,6 +152,7 @@ class RemovalFlowModel {
     void buildReviewTrees();
 
     void choose(Findings findings, RemovalSubject::Kind kind);
+    std::optional<RemovalRefusal> whyNothingIsChosen() const;
     RefusalGrounds refusalGrounds() const;
     void beginUnlessRefused(const std::shared_ptr<Run>& run);
     void quitNext(std::shared_ptr<Run> run);

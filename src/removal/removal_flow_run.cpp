@@ -44,7 +44,7 @@ void RemovalFlowModel::confirm() {
     if (!isChoosing() || hasNoOffer) return;
     errorMessage_.reset();
     unmovableItems_.clear();
-    if (const auto& refusal = choice_.refusal()) {
+    if (const auto refusal = whyNothingIsChosen()) {
         unmovableItems_ = refusal->unmovableItems;
         return fail(services_.texts.text(refusal->reason));
     }
@@ -57,12 +57,20 @@ void RemovalFlowModel::confirm() {
     beginUnlessRefused(run);
 }
 
+std::optional<RemovalRefusal> RemovalFlowModel::whyNothingIsChosen() const {
+    auto refusal = choice_.refusal();
+    // Of what may be protected nothing is chosen, and that is the reason then.
+    if (const auto problem = refusal ? services_.protectedApps.problem() : std::nullopt)
+        refusal->reason = *problem;
+    return refusal;
+}
+
 RefusalGrounds RemovalFlowModel::refusalGrounds() const {
     return {services_.files, user_, services_.rights, services_.protectedApps, services_.texts};
 }
 
 std::optional<RemovalRefusal> RemovalFlowModel::refusal() const {
-    if (choice_.refusal()) return choice_.refusal();
+    if (auto refusal = whyNothingIsChosen()) return refusal;
     return whyNotBegin(choice_.targets(), choice_.mode(), refusalGrounds());
 }
 

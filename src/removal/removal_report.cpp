@@ -5,18 +5,32 @@
 
 namespace tidwen {
 
-bool RemovalReport::keepsItsPermissions(const std::string& bundleID) const {
-    const auto resets = [&](const RemovalOperation& step) {
+namespace {
+
+bool resetsPermissions(const std::vector<RemovalOperation>& steps, const std::string& bundleID) {
+    return std::ranges::any_of(steps, [&](const RemovalOperation& step) {
         return step.bundleID == bundleID && std::holds_alternative<operation::ResetPermissions>(step.kind);
-    };
+    });
+}
+
+} // namespace
+
+bool RemovalReport::keepsItsPermissions(const std::string& bundleID) const {
     const auto stays = [&](const Remainder& each) {
         return each.target.bundleID == bundleID
                && std::ranges::any_of(each.traces, [](const StayingTrace& item) {
                       return item.trace.category == TraceCategory::application;
                   });
     };
-    return std::ranges::none_of(operations, resets)
+    return !resetsPermissions(operations, bundleID)
            && (mode == RemovalMode::reset || std::ranges::any_of(left, stays));
+}
+
+bool RemovalReport::missedAPermission() const {
+    return verification && std::ranges::any_of(verification->apps, [&](const auto& app) {
+               return resetsPermissions(operations, app.bundleID)
+                      && (!app.tccSurvivors.empty() || !app.unreadable.empty());
+           });
 }
 
 std::vector<RemovalReport::Failure> RemovalReport::failures() const {

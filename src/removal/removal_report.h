@@ -57,6 +57,9 @@ struct RemovalReport {
     /// The application stays, and resetting its permissions was not asked for: those it has are no survivors.
     bool keepsItsPermissions(const std::string& bundleID) const;
 
+    /// A permission of an application whose permissions were reset is still recorded, or may be.
+    bool missedAPermission() const;
+
     /// Failed operations with their reasons, in plan order.
     std::vector<Failure> failures() const;
 };

@@ -18,10 +18,12 @@ bool Unseen::knowsAllOwners() const {
            && owners.damaged.empty();
 }
 
-Unseen unseenIn(const std::vector<ScanResult>& results) {
+Unseen unseenIn(const std::vector<ScanResult>& results, const UserEnvironment& user) {
     Unseen unseen;
     for (const auto& result : results) {
         addOnce(unseen.unreadableLocations, result.unreadableLocations);
+        for (const auto scope : result.permissions.unreadable)
+            addOnce(unseen.unreadableLocations, {PermissionAudit::databasePath(scope, user)});
         unseen.leftOut += result.leftOut;
         addOnce(unseen.owners.unreadable, result.owners.unreadable);
         addOnce(unseen.owners.uncounted, result.owners.uncounted);

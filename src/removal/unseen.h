@@ -9,7 +9,7 @@ namespace tidwen {
 
 /// What the search before a removal could not look at. What lies there stays.
 struct Unseen {
-    std::vector<Path> unreadableLocations = {}; ///< folders and records that could not be read
+    std::vector<Path> unreadableLocations = {}; ///< folders, records and privacy databases
     std::uint64_t leftOut = 0;                  ///< files and folders that were too many to read
     BundleCoverage owners = {};                 ///< where others may lie that claim what is taken
 
@@ -18,7 +18,7 @@ struct Unseen {
     bool knowsAllOwners() const;
 };
 
-/// Of all these scans, each place once.
-Unseen unseenIn(const std::vector<ScanResult>& results);
+/// Of all these scans of a user's, each place once.
+Unseen unseenIn(const std::vector<ScanResult>& results, const UserEnvironment& user);
 
 } // namespace tidwen

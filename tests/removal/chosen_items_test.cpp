@@ -61,6 +61,27 @@ TEST(RemovalChoice, TakesEachItemOnceAndSaysWhyTheOthersStay) {
     EXPECT_EQ(choice.summary().totalCount, 3) << "a copy is independent";
 }
 
+TEST(RemovalReport, MissesWhatItResetAndCouldNotSeeBefore) {
+    ScanResult scan;
+    scan.permissions.unreadable = {PermissionGrant::Scope::system};
+    EXPECT_FALSE(scan.isComplete());
+    EXPECT_EQ(unseenIn({scan, scan}, alice()).unreadableLocations,
+              std::vector{PermissionAudit::databasePath(PermissionGrant::Scope::system, alice())});
+
+    const PermissionGrant grant;
+    for (const bool resets : {false, true})
+        for (const bool survives : {false, true}) {
+            RemovalReport report;
+            report.operations.resize(1);
+            report.operations[0].bundleID = resets ? "com.example.a" : "com.example.b";
+            report.operations[0].kind = operation::ResetPermissions{report.operations[0].bundleID};
+            report.verification.emplace().apps = {{.bundleID = "com.example.a",
+                                                   .name = "A",
+                                                   .tccSurvivors = std::vector(survives ? 1 : 0, grant)}};
+            EXPECT_EQ(report.missedAPermission(), resets && survives);
+        }
+}
+
 TEST(RemovalSummary, AndItsWords) {
     using enum Reversibility;
     const struct {

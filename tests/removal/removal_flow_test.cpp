@@ -242,6 +242,7 @@ TEST(RemovalFlow, NothingIsRemovedWhileWhatIsProtectedIsUnknown) {
         damage(bench);
         bench.remove({"Alpine"});
         EXPECT_EQ(bench.stage(), "review") << "looking is harmless";
+        EXPECT_THAT(bench.selected(), IsEmpty()) << "it may be one of these";
         EXPECT_EQ(bench.model->errorMessage(), reason);
         EXPECT_TRUE(bench.has(bench.bundle("Alpine")));
         EXPECT_FALSE(bench.protectedApps.toggle("com.example.Birch") && reason != "unreadable");

@@ -49,6 +49,12 @@ tl::expected<HomeGridOptions, Message> readOptions(const CommandContext& context
     return options;
 }
 
+/// What is shown depends on what the user decided.
+bool dependsOnSettings(const HomeGridOptions& options) {
+    return options.onlyProtected || options.onlyUnused || options.tag
+           || options.grouping != HomeGrouping::none;
+}
+
 std::string document(const std::vector<HomeGroup>& groups) {
     std::vector<InstalledApp> apps;
     for (const auto& group : groups)
@@ -81,13 +87,16 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     auto& system = mac.system;
     const auto options = readOptions(context, system.defaults);
     if (!options) return context.refuse(options.error());
+    const ProtectedApps protectedApps(system.defaults);
+    if (const auto problem = protectedApps.problem(); problem && dependsOnSettings(*options))
+        return context.refuse(*problem);
     context.console.progress(context.text("cli.apps.progress"));
     AppInventory inventory({system.files, system.signatures, system.runningApplications}, system.user);
     auto apps = inventory.build();
     inventory.measure(apps);
     context.console.endProgress();
-    const auto groups = arrangeHomeGrid(apps, *options, AppTags(system.defaults),
-                                        ProtectedApps(system.defaults), context.texts, system.clock.now());
+    const auto groups = arrangeHomeGrid(apps, *options, AppTags(system.defaults), protectedApps,
+                                        context.texts, system.clock.now());
     if (context.arguments.json)
         context.console.document(document(groups));
     else if (groups.empty())

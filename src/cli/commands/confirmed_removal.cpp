@@ -176,7 +176,8 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     show(report, subject.text(context.texts), context, mac);
     complainOfSkipped(report.skippedNames, context);
     const bool tookAll = report.skippedNames.empty() || namesItems;
-    const bool isComplete = report.failures().empty() && !report.manifestFailure && tookAll;
+    const bool isComplete =
+        report.failures().empty() && !report.manifestFailure && tookAll && !report.missedAPermission();
     remindOfReview(context, mac.system.defaults, isComplete);
     return isComplete && !session.someLeftOut() && report.unseen.isNothing() ? ExitStatus::done
                                                                              : ExitStatus::someFailed;

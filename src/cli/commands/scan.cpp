@@ -45,11 +45,15 @@ void printTraces(const ScanResult& result, const CommandContext& context) {
     }
 }
 
-void printPermissions(const PermissionAudit::Result& permissions, const CommandContext& context) {
-    if (!permissions.unreadable.empty())
-        context.console.line(
-            context.text(context.arguments.volume ? "cli.scan.audit.unreadable" : "review.audit.unreadable"),
-            Paint::caution);
+void printPermissions(const PermissionAudit::Result& permissions, const CommandContext& context,
+                      const UserEnvironment& user) {
+    for (const auto scope : permissions.unreadable)
+        context.console.line(context.text("cli.permissions.database %@",
+                                          {PermissionAudit::databasePath(scope, user).string()}),
+                             Paint::caution);
+    // A mounted disk has no settings to give access in.
+    if (!permissions.unreadable.empty() && !context.arguments.volume)
+        context.console.line(context.text("review.audit.unreadable"), Paint::caution);
     if (permissions.grants.empty()) return;
     context.console.line(context.text("review.permissionAudit"), Paint::strong);
     Table table;
@@ -60,8 +64,9 @@ void printPermissions(const PermissionAudit::Result& permissions, const CommandC
     table.print(context.console, 2);
 }
 
-void printNotices(const ScanResult& result, const CommandContext& context) {
-    if (result.isProtected) {
+/// `isKnown`: which applications are protected.
+void printNotices(const ScanResult& result, bool isKnown, const CommandContext& context) {
+    if (result.isProtected && isKnown) {
         context.console.line(context.texts.text(describeProtected(result.target)), Paint::caution);
         context.console.line(unprotectHint(result.target, context), Paint::faint);
     }
@@ -85,10 +90,12 @@ void printNotices(const ScanResult& result, const CommandContext& context) {
         context.console.line("  " + location.string());
 }
 
-void printTotals(const ScanResult& result, const CommandContext& context) {
+void printTotals(const ScanResult& result, bool isKnown, const CommandContext& context) {
     const auto& traces = result.traces;
     context.console.line(context.text("cli.scan.found %@", {labels::countAndSize(traces, context.texts)}));
-    if (result.isProtected) return context.console.line(context.text("cli.scan.takenOfProtected"));
+    if (result.isProtected)
+        return context.console.line(
+            context.text(isKnown ? "cli.scan.takenOfProtected" : "cli.scan.takenUnknown"));
     if (result.immovable) return context.console.line(context.text("cli.scan.takenNothing"));
     std::vector<Trace> taken;
     std::ranges::copy_if(traces, std::back_inserter(taken),
@@ -107,35 +114,37 @@ void printRights(const std::vector<Trace>& traces, const CommandContext& context
         context.console.line(context.text("cli.scan.notYours %lld", {std::to_string(count)}), Paint::caution);
 }
 
-void print(const ScanResult& result, const CommandContext& context, const FileSystem& files) {
+void print(const ScanResult& result, bool isKnown, const CommandContext& context, const Mac& mac) {
     const auto& target = result.target;
     context.console.line({{target.name, Paint::strong},
                           {target.version ? " " + *target.version : ""},
                           {"  " + target.bundleID, Paint::faint}});
     context.console.line(target.bundleURL.string(), Paint::faint);
-    printNotices(result, context);
+    printNotices(result, isKnown, context);
     printIncomplete(result.leftOut, result.skippedNames, context);
     printTraces(result, context);
-    printPermissions(result.permissions, context);
-    printTotals(result, context);
-    printRights(result.traces, context, files);
+    printPermissions(result.permissions, context, mac.system.user);
+    printTotals(result, isKnown, context);
+    printRights(result.traces, context, mac.system.files);
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
     FlowSession session(context, mac);
     if (!session.scan(context.arguments.operands, ProtectedTargets::shown)) return ExitStatus::refused;
     const auto& results = *std::get<stage::Review>(session.model().stage()).results;
+    const auto problem = ProtectedApps(mac.system.defaults).problem();
+    if (problem) context.refuse(*problem);
     if (context.arguments.json) {
         context.console.document(json::document(results));
     } else {
         for (const auto& result : results) {
             if (&result != &results.front()) context.console.blankLine();
-            print(result, context, mac.system.files);
+            print(result, !problem, context, mac);
         }
     }
     const bool areComplete = std::all_of(results.begin(), results.end(),
                                          [](const ScanResult& result) { return result.isComplete(); });
-    return session.someRefused() || !areComplete ? ExitStatus::someFailed : ExitStatus::done;
+    return session.someRefused() || !areComplete || problem ? ExitStatus::someFailed : ExitStatus::done;
 }
 
 } // namespace

@@ -39,6 +39,7 @@ void print(const UpdateAnswer& answer, const CommandContext& context) {
 }
 
 ExitStatus run(const CommandContext& context, Host& host) {
+    if (const auto problem = host.defaults.problem()) return context.refuse(*problem);
     context.console.progress(context.text("updates.progress"));
     const auto answer = UpdateCheck(host.fetcher, host.log, settings(host)).check();
     context.console.endProgress();

@@ -128,10 +128,10 @@ class BadInput(VolumeTest):
             settings.unlink(missing_ok=True)
             settings.write_bytes(b"bplist00\xd1") if damage == "cut" else settings.mkdir()
             for words in (["remove", "Pantry", "--yes"], ["purge", "1", "--yes"], ["purge", "--expired", "--yes"],
-                          ["orphans", "--remove", "--yes"]):
+                          ["orphans", "--remove", "--yes"], ["apps", "--protected"], ["updates"]):
                 with self.subTest(damage=damage, words=words):
                     self.refuse(*words, saying="ettings")
-            self.call("scan", "Pantry")
+            self.assertNotIn("[x]", self.call("scan", "Pantry", status=1).output)
             self.call("history")
         self.assertEqual(snapshot(self.volume), before)
 

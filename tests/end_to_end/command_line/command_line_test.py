@@ -79,7 +79,8 @@ class Journey(VolumeTest):
         hers = [snapshot(self.home / folder) for folder in HERS]
         before = snapshot(self.volume, *NOT_RESTORED)
         apps = [app["url"] for app in self.call("apps", "--json").json]
-        report = self.call("remove", *apps, "--risk", "safe,review,sensitive", "--yes", "--json").json
+        # What Harbor VPN was granted by its path is still there after the reset, so not all is done.
+        report = self.call("remove", *apps, "--risk", "safe,review,sensitive", "--yes", "--json", status=1).json
         self.assertEqual([r for r in report["results"] if not r["succeeded"]], [])
         self.assertEqual(self.call("apps", "--json").json, [])
         self.assertEqual([snapshot(self.home / folder) for folder in HERS], hers)
@@ -218,7 +219,7 @@ class Refusals(VolumeTest):
         settings.parent.mkdir(parents=True, exist_ok=True)
         settings.write_text("damaged")
         before = snapshot(self.volume)
-        self.call("scan", "Pantry")
+        self.call("scan", "Pantry", status=1)
         for words in [["remove", "Pantry", "--yes"], ["orphans", "--remove", "--yes"], ["purge", "--all", "--yes"],
                       ["protect", "list"], ["settings", "set", "appearance", "dark"]]:
             self.refuse(*words, saying=str(settings))
