@@ -26,6 +26,13 @@ std::pair<std::size_t, std::size_t> doneAndAll(const RemovalReport& report,
     return {moves - static_cast<std::size_t>(failed), moves};
 }
 
+/// An identifier alone does not say that it was about permissions.
+std::string subjectOf(const RemovalOperation& step, const Texts& texts) {
+    return std::holds_alternative<operation::ResetPermissions>(step.kind)
+               ? texts.text("report.failures.permissions %@", {step.displayName})
+               : step.displayName;
+}
+
 } // namespace
 
 ConfirmationTexts confirmationTexts(const RemovalSummary& summary, const std::string& subject,
@@ -66,7 +73,7 @@ ReportTexts reportTexts(const RemovalReport& report, const std::string& subject,
         words.reclaimed = texts.text("report.summary.reclaimed %@",
                                      {formatByteCount(*report.reclaimedBytes, texts.language())});
     for (const auto& failure : failures)
-        words.failures.push_back(failure.operation.displayName + ": " + texts.text(failure.reason));
+        words.failures.push_back(subjectOf(failure.operation, texts) + ": " + texts.text(failure.reason));
     if (!report.verification) return words;
     std::vector<VerificationReport::AppVerification> checked; // installer files have no permissions
     std::ranges::copy_if(report.verification->apps, std::back_inserter(checked), [&](const auto& app) {

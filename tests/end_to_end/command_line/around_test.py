@@ -152,6 +152,7 @@ class Around(VolumeTest):
         items = self.call("startup", "list", "--json").json["items"]
         gone = [item["label"] for item in items if item["owner"]["kind"] == "missing"]
         self.assertTrue(gone)
+        self.refuse("startup", "off", gone[0], saying="no longer exists")
         planned = self.call("startup", "remove", "--orphans", gone[0], "--dry-run").output
         self.assertEqual([label for label in gone if label not in planned], [])
 
@@ -161,7 +162,6 @@ class Around(VolumeTest):
         self.assertEqual(sizes, sorted(sizes, reverse=True))
         self.call("tags", "add", "com.littlefin.kip", "tiny")
         self.call("protect", "add", "com.littlefin.kip")
-        self.refuse("startup", "off", gone[0], saying="no longer exists")
         for words in (["--tag", "tiny"], ["--protected"], ["--filter", "littlefin"]):
             with self.subTest(words):
                 self.assertEqual([app["name"] for app in self.call("apps", *words, "--json").json], ["Kip"])
