@@ -16,11 +16,13 @@ bool resetsPermissions(const std::vector<RemovalOperation>& steps, const std::st
 } // namespace
 
 bool RemovalReport::keepsItsPermissions(const std::string& bundleID) const {
+    const auto isOfOneThatStays = [](const Trace& trace) {
+        return trace.category == TraceCategory::application
+               || (trace.contestedBy && std::holds_alternative<action::ResetPermissions>(trace.action));
+    };
     const auto stays = [&](const Remainder& each) {
         return each.target.bundleID == bundleID
-               && std::ranges::any_of(each.traces, [](const StayingTrace& item) {
-                      return item.trace.category == TraceCategory::application;
-                  });
+               && std::ranges::any_of(each.traces, isOfOneThatStays, &StayingTrace::trace);
     };
     return !resetsPermissions(operations, bundleID)
            && (mode == RemovalMode::reset || std::ranges::any_of(left, stays));

@@ -54,7 +54,8 @@ struct RemovalReport {
         RemovalOperation operation;
         Message reason;
     };
-    /// The application stays, and resetting its permissions was not asked for: those it has are no survivors.
+    /// The application stays, or another one claims its permissions, and resetting them was not asked for:
+    /// those it has are no survivors.
     bool keepsItsPermissions(const std::string& bundleID) const;
 
     /// A permission of an application whose permissions were reset is still recorded, or may be.

@@ -79,6 +79,11 @@ TEST(RemovalReport, MissesWhatItResetAndCouldNotSeeBefore) {
                                                    .name = "A",
                                                    .tccSurvivors = std::vector(survives ? 1 : 0, grant)}};
             EXPECT_EQ(report.missedAPermission(), resets && survives);
+            auto claimed = makeTrace(TraceCategory::permissions, action::ResetPermissions{"com.example.a"},
+                                     {}, Reversibility::irreversibleHarmless, "com.example.a", {}, false);
+            claimed.contestedBy.emplace().name = "Another copy";
+            report.left = {{.target = {.bundleID = "com.example.a"}, .traces = {claimed}}};
+            EXPECT_EQ(report.keepsItsPermissions("com.example.a"), !resets);
         }
 }
 
