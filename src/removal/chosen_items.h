@@ -16,11 +16,15 @@ bool takesTheApplication(const RemovalTarget& target);
 
 /// What stays of one application or group of leftovers.
 struct Remainder {
+    /// How it can be taken after a run.
+    enum class Reach {
+        search,   ///< a later search finds it
+        claimant, ///< its application is gone, and it is listed with the one that stays and claims it
+        undo,     ///< nobody knows of it any more: undo the run, then remove the application together with it
+    };
     AppTarget target;
     std::vector<StayingTrace> traces;
-    /// After a run: no later search finds these, as their application is gone. They can be taken when the run
-    /// is undone and the application removed together with them.
-    bool needsUndo = false;
+    Reach reach = Reach::search;
 };
 
 } // namespace tidwen

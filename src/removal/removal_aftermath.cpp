@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <set>
 #include <unordered_set>
+#include <utility>
 
 namespace tidwen {
 
@@ -20,6 +21,20 @@ bool isEmptyFolder(const Path& folder, const FileSystem& files) {
     return entries && std::ranges::all_of(*entries, [](const DirectoryEntry& entry) {
                return entry.name == finderFile;
            });
+}
+
+/// Receipts alone may be no evidence of an application to the next sweep.
+bool isReceipt(const StayingTrace& item) {
+    return item.trace.category == TraceCategory::receipts;
+}
+
+bool isClaimed(const StayingTrace& item) {
+    return item.claimant || item.trace.contestedBy;
+}
+
+bool isFoundAgain(const Remainder& left, const FileSystem& files) {
+    const Path& bundle = left.target.bundleURL;
+    return bundle.isRoot() ? !std::ranges::all_of(left.traces, isReceipt) : files.exists(bundle);
 }
 
 } // namespace
@@ -54,6 +69,28 @@ std::vector<Path> emptiedFolders(const std::vector<RemovalTarget>& chosen, const
             folders.insert(folder);
     }
     return {folders.begin(), folders.end()};
+}
+
+std::vector<Remainder> remaindersAfter(std::vector<Remainder> left, const FileSystem& files) {
+    using enum Remainder::Reach;
+    std::vector<Remainder> sorted;
+    std::set<std::pair<std::size_t, std::string>> listed;
+    const auto list = [&](Remainder remainder) {
+        std::erase_if(remainder.traces, [&](const StayingTrace& item) {
+            return !listed.emplace(item.trace.action.index(), item.trace.displayName).second;
+        });
+        if (!remainder.traces.empty()) sorted.push_back(std::move(remainder));
+    };
+    const auto gone =
+        std::ranges::stable_partition(left, [&](const Remainder& each) { return isFoundAgain(each, files); });
+    for (auto each = left.begin(); each != gone.begin(); ++each)
+        list(std::move(*each));
+    for (auto& each : gone) {
+        const auto nobodys = std::ranges::stable_partition(each.traces, isClaimed);
+        list({each.target, {each.traces.begin(), nobodys.begin()}, claimant});
+        list({each.target, {nobodys.begin(), nobodys.end()}, undo});
+    }
+    return sorted;
 }
 
 std::optional<std::int64_t> movedBytes(const RemovalReport& report, const FileSystem& files) {

@@ -22,6 +22,10 @@ std::vector<Path> linksToApplications(const std::vector<RemovalTarget>& chosen, 
 std::vector<Path> emptiedFolders(const std::vector<RemovalTarget>& chosen, const FileSystem& files,
                                  const UserEnvironment& user);
 
+/// What stays once a run is over, sorted by how it can be taken still; what several of them found stands
+/// once.
+std::vector<Remainder> remaindersAfter(std::vector<Remainder> left, const FileSystem& files);
+
 /// What the run moved takes on the disk; nothing when it moved nothing.
 std::optional<std::int64_t> movedBytes(const RemovalReport& report, const FileSystem& files);
 

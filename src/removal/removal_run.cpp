@@ -29,7 +29,7 @@ FileResult<RemovalReport> RemovalRun::carryOut(const RemovalChoice& choice,
     report->deadLinks = std::move(links);
     report->skippedNames = choice.findings().skippedNames();
     report->unseen = choice.findings().unseen();
-    report->left = remaindersOf(choice);
+    report->left = remaindersAfter(choice.remainders(), ports_.files);
     return report;
 }
 
@@ -38,20 +38,6 @@ void RemovalRun::dropRecord(RemovalReport& report) const {
     if (report.manifestFailure || !ports_.files.removeFile(report.manifestURL)) return;
     if (!ports_.files.removeEmptyDirectory(report.quarantineRoot)) return;
     report.quarantineRoot = report.manifestURL = Path();
-}
-
-/// What stays after the run, and whether a later search would find it.
-std::vector<Remainder> RemovalRun::remaindersOf(const RemovalChoice& choice) const {
-    auto left = choice.remainders();
-    for (auto& each : left) {
-        const bool isApplication = !each.target.bundleURL.isRoot();
-        // Receipts alone are no evidence of an application.
-        each.needsUndo = isApplication ? !ports_.files.exists(each.target.bundleURL)
-                                       : std::ranges::all_of(each.traces, [](const StayingTrace& item) {
-                                             return item.trace.category == TraceCategory::receipts;
-                                         });
-    }
-    return left;
 }
 
 } // namespace tidwen

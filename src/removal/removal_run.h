@@ -29,7 +29,6 @@ class RemovalRun {
 
   private:
     void dropRecord(RemovalReport& report) const;
-    std::vector<Remainder> remaindersOf(const RemovalChoice& choice) const;
 
     Ports ports_;
     UserEnvironment user_;

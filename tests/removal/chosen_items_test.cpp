@@ -1,6 +1,8 @@
+#include "removal/removal_aftermath.h"
 #include "removal/removal_choice.h"
 #include "removal/removal_texts.h"
 
+#include "support/fixtures.h"
 #include "support/matchers.h"
 
 #include <gmock/gmock.h>
@@ -82,9 +84,40 @@ TEST(RemovalReport, MissesWhatItResetAndCouldNotSeeBefore) {
             auto claimed = makeTrace(TraceCategory::permissions, action::ResetPermissions{"com.example.a"},
                                      {}, Reversibility::irreversibleHarmless, "com.example.a", {}, false);
             claimed.contestedBy.emplace().name = "Another copy";
-            report.left = {{.target = {.bundleID = "com.example.a"}, .traces = {claimed}}};
+            report.left = {{.target = {.bundleID = "com.example.a"}, .traces = {{claimed}}}};
             EXPECT_EQ(report.keepsItsPermissions("com.example.a"), !resets);
         }
+}
+
+TEST(Remainders, AreSortedByHowTheyCanBeTakenStill) {
+    using enum Remainder::Reach;
+    TemporaryVolume volume;
+    volume.write("/Applications/Here.app/Contents/x", "x");
+    const auto left = [](const char* place, const std::vector<Trace>& traces) {
+        Remainder remainder;
+        remainder.target.bundleURL = Path(place);
+        for (const auto& each : traces)
+            remainder.traces.push_back({each});
+        return remainder;
+    };
+    auto claimed = trace("/L/claimed");
+    claimed.contestedBy = Claimant{"com.example.other", "Other", Path("/Applications/Other.app")};
+    auto receipt = trace("/L/receipt");
+    receipt.category = TraceCategory::receipts;
+    const auto sorted =
+        remaindersAfter({left("/Applications/Gone.app", {trace("/L/nobodys"), claimed, trace("/L/both")}),
+                         left("/Applications/Old/Gone.app", {claimed, trace("/L/both")}),
+                         left("/Applications/Here.app", {trace("/L/here")}), left("/", {receipt}),
+                         left("/", {trace("/L/leftover")})},
+                        volume.files());
+    std::vector<std::pair<Remainder::Reach, std::string>> names;
+    for (const auto& each : sorted)
+        for (const auto& item : each.traces)
+            names.emplace_back(each.reach, item.trace.displayName);
+    using Name = std::pair<Remainder::Reach, std::string>;
+    EXPECT_THAT(names, testing::ElementsAre(Name(search, "/L/here"), Name(search, "/L/leftover"),
+                                            Name(claimant, "/L/claimed"), Name(undo, "/L/nobodys"),
+                                            Name(undo, "/L/both"), Name(undo, "/L/receipt")));
 }
 
 TEST(RemovalSummary, AndItsWords) {

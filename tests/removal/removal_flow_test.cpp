@@ -158,7 +158,9 @@ TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
         std::set<std::string> left;
         for (const auto& each : std::get<stage::Report>(model.stage()).report.left)
             for (const auto& item : each.traces) {
-                left.insert(item.trace.displayName);
+                EXPECT_TRUE(left.insert(item.trace.displayName).second) << "named twice";
+                EXPECT_TRUE(each.reach == Remainder::Reach::search || item.claimant || item.trace.contestedBy)
+                    << item.trace.displayName;
                 const bool isLeftOut = out == Out::atTheQuitQuestion && each.target.name == "Birch";
                 EXPECT_EQ(item.reason == StayReason::leftOut, isLeftOut);
                 EXPECT_TRUE(each.target.name != "Alpine" || item.reason == StayReason::claimed);
@@ -199,7 +201,7 @@ TEST(RemovalFlow, TellsWhatItLeavesBehind) {
     const auto& report = std::get<stage::Report>(bench.model->stage()).report;
     ASSERT_EQ(report.left.size(), 1u);
     EXPECT_EQ(report.left[0].traces[0].trace.displayName, data.string());
-    EXPECT_TRUE(report.left[0].needsUndo) << "a scan would no longer find it";
+    EXPECT_EQ(report.left[0].reach, Remainder::Reach::undo) << "a scan would no longer find it";
     EXPECT_THAT(report.emptiedFolders, testing::ElementsAre(suite));
     EXPECT_THAT(report.deadLinks, testing::ElementsAre(link));
     EXPECT_THAT(report.unseen.unreadableLocations, testing::Contains(Path("/Users/alice/Library/Logs")));

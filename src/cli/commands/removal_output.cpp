@@ -85,24 +85,22 @@ class FoundAgain {
 };
 
 /// The words of a removal that takes what the last one took, once that is undone, and `left` too.
-std::vector<std::string> laterRemoval(const RemovalReport& report, const std::vector<Remainder>& left,
+std::vector<std::string> laterRemoval(const RemovalReport& report, const std::vector<StayingTrace>& left,
                                       const CommandContext& context) {
     std::vector<std::string> words = {context.arguments.command}, choice;
-    if (words.front() == "orphans") words.emplace_back("--remove");
+    const bool areLeftovers = words.front() == "orphans";
+    if (areLeftovers) words.emplace_back("--remove");
     const auto select = [&](const std::string& item) { choice.insert(choice.end(), {"--select", item}); };
     for (const auto& step : report.operations)
         if (const auto* application = std::get_if<operation::UnregisterApp>(&step.kind)) {
             words.push_back(application->bundleURL.string());
-            select(step.bundleID);
-        }
-    for (const auto& each : left)
-        for (const auto& [trace, reason, claimant] : each.traces)
-            select(trace.displayName);
+            if (std::ranges::find(choice, step.bundleID) == choice.end()) select(step.bundleID);
+        } else if (areLeftovers && std::holds_alternative<operation::Move>(step.kind))
+            select(step.displayName); // these and no more: the sweep found those of others, too
+    for (const auto& item : left)
+        select(item.trace.displayName);
     // --risk takes nothing that is in doubt.
-    if (std::ranges::all_of(left, [](const Remainder& each) {
-            return std::ranges::all_of(each.traces,
-                                       [](const StayingTrace& item) { return isUndoubted(item.trace); });
-        }))
+    if (!areLeftovers && std::ranges::all_of(left, isUndoubted, &StayingTrace::trace))
         choice = {"--risk", "safe,review,sensitive"};
     words.insert(words.end(), choice.begin(), choice.end());
     return words;
@@ -118,27 +116,28 @@ void printLeft(const std::vector<StayingGroup>& staying, const CommandContext& c
     found.print();
 }
 
+void listLeft(const char* heading, const std::vector<StayingTrace>& left, const CommandContext& context) {
+    if (!left.empty()) context.console.line(context.text(heading), Paint::caution);
+    for (const auto& item : left)
+        context.console.line(
+            {{"  " + item.trace.displayName}, {"  " + context.texts.text(item.describe()), Paint::faint}});
+}
+
 void printRemainders(const RemovalReport& report, const std::optional<std::string>& undo,
                      const CommandContext& context) {
+    using Reach = Remainder::Reach;
     FoundAgain found(context);
-    std::vector<Remainder> gone; // no later search finds these
-    for (auto each : report.left) {
-        if (!each.needsUndo) {
-            for (const auto& left : each.traces)
-                found.add(left.trace);
-            continue;
-        }
-        std::erase_if(each.traces, [&](const StayingTrace& left) { return isGuidance(left.trace, context); });
-        if (!each.traces.empty()) gone.push_back(std::move(each));
-    }
+    std::vector<StayingTrace> claimed, gone;
+    for (const auto& each : report.left)
+        for (const auto& item : each.traces)
+            if (each.reach == Reach::search)
+                found.add(item.trace);
+            else if (!isGuidance(item.trace, context))
+                (each.reach == Reach::claimant ? claimed : gone).push_back(item);
     found.print();
-    if (gone.empty()) return;
-    context.console.line(context.text("cli.remove.remains"), Paint::caution);
-    for (const auto& each : gone)
-        for (const auto& left : each.traces)
-            context.console.line({{"  " + left.trace.displayName},
-                                  {"  " + context.texts.text(left.describe()), Paint::faint}});
-    if (!undo) return;
+    listLeft("cli.remove.claimed", claimed, context);
+    listLeft("cli.remove.remains", gone, context);
+    if (gone.empty() || !undo) return;
     context.console.line(context.text("cli.remove.takeRemains"));
     context.console.line("  " + *undo);
     context.console.line("  " + context.commandLine(laterRemoval(report, gone, context)));
