@@ -5,6 +5,7 @@
 #include "macos/fs_events.h"
 #include "macos/preferences_defaults.h"
 #include "scan/applications/app_target.h"
+#include "settings/user_folder.h"
 #else
 #include "host/xdg_autostart.h"
 #include "settings/file_defaults.h"
@@ -40,6 +41,14 @@ std::unique_ptr<FolderEvents> hostFolderEvents(const std::filesystem::path& root
     return std::make_unique<FsEvents>(root);
 #else
     return std::make_unique<VolumeFolderEvents>(root);
+#endif
+}
+
+std::filesystem::path HostServices::knownApps() const {
+#ifdef __APPLE__
+    return userHome() / "Library/Application Support/Tidwen/applications.json";
+#else
+    return FileDefaults::defaultFile().replace_filename("applications.json");
 #endif
 }
 

@@ -25,6 +25,8 @@ class HostServices {
     LoginItem& loginItem() { return *loginItem_; }
     Notifications& notifications() { return notifications_; }
     ProcessRunner& processes() { return processes_; }
+    /// What is known of applications is kept here between starts, beside the settings.
+    std::filesystem::path knownApps() const;
 
   private:
     std::unique_ptr<FolderEvents> folders_; ///< of this machine; `defaults_` watches its file with it

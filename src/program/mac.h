@@ -10,6 +10,7 @@
 #include "scan/policy/removability.h"
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 
 namespace tidwen {
@@ -24,6 +25,10 @@ struct Mac {
     FolderEvents& folderEvents;
     Notifications& notifications;
     LoginItem& loginItem;
+    /// This machine's file in which what is known of applications is kept between starts.
+    std::filesystem::path knownApps;
+    /// Whether the Finder offers this program's menu entry; never on a volume. Any thread.
+    std::function<bool()> isFinderExtensionEnabled;
     /// Runs a script as an administrator; absent on a volume, where there is nobody to ask.
     std::optional<AdminScriptRunner::Execute> administrator;
     std::optional<std::filesystem::path>

@@ -45,6 +45,8 @@ struct RunningMac::Parts {
               .folderEvents = *folderEvents,
               .notifications = host.notifications(),
               .loginItem = host.loginItem(),
+              .knownApps = host.knownApps(),
+              .isFinderExtensionEnabled = ports.isFinderExtensionEnabled,
               .administrator = administrator,
               .volume = std::nullopt} {}
 

@@ -4,6 +4,7 @@
 #include "program/mac.h"
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <tl/expected.hpp>
 
@@ -21,6 +22,7 @@ class RunningMac {
         Keychain& keychain;
         RunningApplications& applications;
         KnownApplications& knownApplications;
+        std::function<bool()> isFinderExtensionEnabled = [] { return false; };
         /// How long a prompt for the administrator's password may take.
         std::chrono::milliseconds promptTimeout = std::chrono::seconds(600);
     };

@@ -10,11 +10,22 @@ Session::Session(Mac& mac, Executor& main, InstalledBundles::Looks looks)
       bundles_(mac.system.files, mac.system.signatures, mac.system.user, looks),
       loader_(mac.system.files, mac.system.signatures),
       protectedApps_(mac.system.defaults),
+      tags_(mac.system.defaults),
       preferences_(mac.system.defaults),
       executor_({mac.system.files, mac.userRunner, mac.privilegedRunner, mac.system.log}),
       undo_(undoPorts(mac), mac.system.user),
       purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
-      audit_(mac.system.files, mac.system.user, mac.system.texts) {}
+      audit_(mac.system.files, mac.system.user, mac.system.texts),
+      models_({mac, main, background_, preferences_, tags_, protectedApps_, undo_, purge_, audit_}) {}
+
+bool Session::followSettings() {
+    settingsFollower_.emplace(mac_.system.defaults, main_, [this] {
+        preferences_.reload();
+        tags_.reload();
+        protectedApps_.reload();
+    });
+    return settingsFollower_->isFollowing();
+}
 
 UndoService::Ports undoPorts(Mac& mac) {
     const bool isRunning = !mac.volume;
@@ -28,8 +39,9 @@ RemovalFlowModel::Services Session::removalServices() {
             .loader = loader_,
             .makeScanner = [this] { return makeScanner(); },
             .sweepOrphans =
-                [this, ids = protectedApps_.bundleIDs()](const auto& stop, const auto& onFound) {
-                    return sweepOrphans(ids, stop, onFound);
+                [this](const auto& stop, const auto& onFound) {
+                    // As stored now: another process may have added to it since this session began.
+                    return sweepOrphans(ProtectedApps(mac_.system.defaults).bundleIDs(), stop, onFound);
                 },
             .running = system.runningApplications,
             .executor = executor_,

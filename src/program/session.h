@@ -2,6 +2,8 @@
 
 #include "base/executor.h"
 #include "program/mac.h"
+#include "program/session_models.h"
+#include "program/settings_follower.h"
 #include "quarantine/quarantine_purge.h"
 #include "quarantine/undo_service.h"
 #include "removal/removal_flow_model.h"
@@ -9,6 +11,7 @@
 #include "scan/applications/installed_bundles.h"
 
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -27,6 +30,13 @@ class Session {
 
     Mac& mac() { return mac_; }
     ProtectedApps& protectedApps() { return protectedApps_; }
+    AppTags& tags() { return tags_; }
+    AppPreferences& preferences() { return preferences_; }
+    /// What a window shows besides a removal.
+    SessionModels& models() { return models_; }
+    /// From now on preferences, tags and protected applications follow what other processes do to them. False
+    /// when that cannot be had: changes are seen at the next start.
+    bool followSettings();
     /// One thread, so what is posted is done in its order.
     Executor& background() { return background_; }
     /// What the model of a removal works with.
@@ -48,6 +58,7 @@ class Session {
     std::shared_ptr<const BundleSnapshot> seen_; ///< looked at to find names, not yet used by a scan
     AppTargetLoader loader_;
     ProtectedApps protectedApps_;
+    AppTags tags_;
     AppPreferences preferences_;
     RemovalExecutor executor_;
     UndoService undo_;
@@ -56,6 +67,8 @@ class Session {
     // Last, so that they end their work before what the work uses is gone.
     WorkQueue treeQueue_;
     WorkQueue background_;
+    SessionModels models_;
+    std::optional<SettingsFollower> settingsFollower_;
 };
 
 } // namespace tidwen

@@ -45,6 +45,8 @@ struct VolumeMac::Parts {
               .folderEvents = *folderEvents,
               .notifications = host.notifications(),
               .loginItem = host.loginItem(),
+              .knownApps = host.knownApps(),
+              .isFinderExtensionEnabled = [] { return false; },
               .administrator = std::nullopt,
               .volume = std::move(folder)} {}
 

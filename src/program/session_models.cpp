@@ -1,0 +1,111 @@
+#include "program/session_models.h"
+
+#include "inventory/installed_applications.h"
+
+#include <utility>
+
+namespace tidwen {
+
+namespace {
+
+// More would only wait for the disk: a screen that is opened while another one still reads must not.
+constexpr unsigned readers = 3;
+
+/// Tells what is known of this Mac's applications from what is known of another's.
+std::string nameForMemory(const Mac& mac) {
+    std::error_code error;
+    const auto root = mac.volume ? std::filesystem::weakly_canonical(*mac.volume, error) : "/";
+    return root.string() + " " + mac.system.user.home.string();
+}
+
+} // namespace
+
+RequestInbox requestInbox(const Mac& mac, const OwnBundle& bundle) {
+    return {mac.system.files, RequestInbox::fallbackContainer(mac.system.user, bundle), mac.system.log};
+}
+
+WorkQueue& SessionModels::reading() {
+    return reading_ ? *reading_ : reading_.emplace(readers);
+}
+
+WorkQueue& SessionModels::watching() {
+    return watching_ ? *watching_ : watching_.emplace(1u);
+}
+
+std::vector<InstalledApp> SessionModels::listApps() const {
+    const auto& system = shared_.mac.system;
+    return listInstalledApps(system.files, system.signatures,
+                             findApplicationBundles(system.files, system.user));
+}
+
+HomeGridModel& SessionModels::homeGrid() {
+    if (homeGrid_) return *homeGrid_;
+    const auto& system = shared_.mac.system;
+    inventory_.emplace(AppInventory::Ports{system.files, system.signatures, system.runningApplications},
+                       system.user, KnownAppsFile(shared_.mac.knownApps, nameForMemory(shared_.mac)));
+    return homeGrid_.emplace(HomeGridModel::Ports{*inventory_, shared_.preferences, shared_.tags,
+                                                  shared_.protectedApps, system.texts, system.clock,
+                                                  shared_.main, reading()});
+}
+
+InstallersModel& SessionModels::installers() {
+    if (installers_) return *installers_;
+    const auto& system = shared_.mac.system;
+    return installers_.emplace(
+        InstallersModel::Ports{system.files, system.user, system.texts, shared_.main, reading()},
+        [this] { return listApps(); });
+}
+
+StartupItemsModel& SessionModels::startupItems() {
+    if (startupItems_) return *startupItems_;
+    const auto& system = shared_.mac.system;
+    bundles_.emplace(system.files, system.signatures, system.user);
+    startupScanner_.emplace(
+        system.files, system.user, *bundles_,
+        [&known = system.knownApplications](const std::string& bundleID) { return known.isKnown(bundleID); });
+    return startupItems_.emplace(StartupItemsModel::Ports{system.files, system.launchd, *startupScanner_,
+                                                          shared_.protectedApps, system.texts, shared_.main,
+                                                          reading(), system.log},
+                                 [this] { return listApps(); });
+}
+
+PermissionsModel& SessionModels::permissions() {
+    if (permissions_) return *permissions_;
+    const auto& system = shared_.mac.system;
+    return permissions_.emplace(PermissionsModel::Ports{system.files, shared_.main, reading(), system.log},
+                                system.user, shared_.mac.isFinderExtensionEnabled);
+}
+
+HistoryModel& SessionModels::history() {
+    if (history_) return *history_;
+    const auto& system = shared_.mac.system;
+    return history_.emplace(HistoryModel::Ports{system.files, shared_.undo, shared_.purge, system.defaults,
+                                                system.texts, shared_.main, shared_.actions},
+                            system.user);
+}
+
+TrashCatcher& SessionModels::trashCatcher() {
+    if (trashCatcher_) return *trashCatcher_;
+    const auto& mac = shared_.mac;
+    const auto& system = mac.system;
+    return trashCatcher_.emplace(TrashCatcher::Ports{system.files, mac.folderEvents, mac.notifications,
+                                                     mac.loginItem, system.texts, system.clock, shared_.main,
+                                                     watching(), system.log},
+                                 shared_.preferences, system.user.trash());
+}
+
+std::unique_ptr<PermissionsSheet> SessionModels::permissionsSheet(AppTarget app) {
+    return std::make_unique<PermissionsSheet>(
+        PermissionsSheet::Ports{shared_.audit, shared_.mac.permissionRevoker, shared_.main, reading()},
+        std::move(app));
+}
+
+std::unique_ptr<InboxWatcher> SessionModels::inboxWatcher(const OwnBundle& bundle,
+                                                          InboxWatcher::OnRequest onRequest) {
+    const auto& mac = shared_.mac;
+    return std::make_unique<InboxWatcher>(
+        InboxWatcher::Ports{mac.system.files, mac.folderEvents, shared_.main, watching(), mac.system.log},
+        requestInbox(mac, bundle), std::move(onRequest));
+}
+
+} // namespace tidwen

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "base/executor.h"
+#include "inventory/home_grid_model.h"
+#include "program/mac.h"
+#include "quarantine/history_model.h"
+#include "scan/applications/installed_bundles.h"
+#include "sweep/installers_model.h"
+#include "system/inbox_watcher.h"
+#include "system/permissions_model.h"
+#include "system/permissions_sheet.h"
+#include "system/startup_items_model.h"
+#include "system/trash_catcher.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace tidwen {
+
+/// The models of one open Mac that a window shows, and a terminal drives to the end of their steps. Each is
+/// made when it is first asked for and lives as long as this. Belongs to the main thread.
+class SessionModels {
+  public:
+    /// What they share with the rest of the session.
+    struct Shared {
+        Mac& mac;
+        Executor& main;
+        Executor& actions; ///< serial: what changes the Mac
+        AppPreferences& preferences;
+        AppTags& tags;
+        ProtectedApps& protectedApps;
+        UndoService& undo;
+        QuarantinePurge& purge;
+        const PermissionAudit& audit;
+    };
+
+    explicit SessionModels(Shared shared) : shared_(shared) {}
+    SessionModels(const SessionModels&) = delete;
+    SessionModels& operator=(const SessionModels&) = delete;
+
+    HomeGridModel& homeGrid();
+    InstallersModel& installers();
+    StartupItemsModel& startupItems();
+    /// This program's own standing.
+    PermissionsModel& permissions();
+    HistoryModel& history();
+    TrashCatcher& trashCatcher();
+
+    // Whoever is handed one of these lets it go before this.
+
+    /// The permissions of one application, while somebody looks at them.
+    std::unique_ptr<PermissionsSheet> permissionsSheet(AppTarget app);
+    /// The requests of other processes; `bundle` names the inbox.
+    std::unique_ptr<InboxWatcher> inboxWatcher(const OwnBundle& bundle, InboxWatcher::OnRequest onRequest);
+
+  private:
+    WorkQueue& reading();
+    WorkQueue& watching();
+    std::vector<InstalledApp> listApps() const;
+
+    Shared shared_;
+    std::optional<AppInventory> inventory_;
+    std::optional<InstalledBundles> bundles_;
+    std::optional<StartupItemScanner> startupScanner_;
+    // After what their work uses, and before the models, which give them work as long as they live.
+    std::optional<WorkQueue> reading_;
+    std::optional<WorkQueue> watching_; ///< one thread
+    std::optional<HomeGridModel> homeGrid_;
+    std::optional<InstallersModel> installers_;
+    std::optional<StartupItemsModel> startupItems_;
+    std::optional<PermissionsModel> permissions_;
+    std::optional<HistoryModel> history_;
+    std::optional<TrashCatcher> trashCatcher_;
+};
+
+/// The inbox of the Mac's user, in the folder of the application group that `bundle` names.
+RequestInbox requestInbox(const Mac& mac, const OwnBundle& bundle);
+
+} // namespace tidwen
