@@ -1,10 +1,10 @@
+#include "base/executor.h"
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/json/output.h"
 #include "cli/labels.h"
 #include "cli/table.h"
-#include "inventory/app_inventory.h"
-#include "inventory/home_grid.h"
+#include "program/session.h"
 
 #include <algorithm>
 
@@ -87,15 +87,17 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     auto& system = mac.system;
     const auto options = readOptions(context, system.defaults);
     if (!options) return context.refuse(options.error());
-    const ProtectedApps protectedApps(system.defaults);
-    if (const auto problem = protectedApps.problem(); problem && dependsOnSettings(*options))
+    if (const auto problem = ProtectedApps(system.defaults).problem(); problem && dependsOnSettings(*options))
         return context.refuse(*problem);
     context.console.progress(context.text("cli.apps.progress"));
-    AppInventory inventory({system.files, system.signatures, system.runningApplications}, system.user);
-    auto apps = inventory.build();
-    inventory.measure(apps);
+    MainQueue main;
+    Session session(mac, main, InstalledBundles::Looks::once);
+    auto& grid = session.models().homeGrid();
+    grid.load();
+    main.runUntil([&] { return grid.phase.get() == HomeGridModel::Phase::ready; });
     context.console.endProgress();
-    const auto groups = arrangeHomeGrid(apps, *options, AppTags(system.defaults), protectedApps,
+    const auto& apps = grid.apps();
+    const auto groups = arrangeHomeGrid(apps, *options, session.tags(), session.protectedApps(),
                                         context.texts, system.clock.now());
     if (context.arguments.json)
         context.console.document(document(groups));
@@ -103,11 +105,12 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
         context.console.line(context.text(apps.empty() ? "cli.apps.none" : "cli.apps.noMatch"));
     else
         print(groups, context);
-    for (const auto& folder : inventory.unreadable())
+    const auto& inventory = grid.inventory.get();
+    for (const auto& folder : inventory.unreadable)
         context.console.complain(context.text("cli.unreadable %@", {folder.string()}));
-    const auto leftOut = inventory.leftOut();
+    const auto leftOut = inventory.leftOut;
     if (leftOut > 0) context.console.complain(context.text("cli.leftOut %lld", {std::to_string(leftOut)}));
-    return leftOut > 0 || !inventory.unreadable().empty() ? ExitStatus::someFailed : ExitStatus::done;
+    return leftOut > 0 || !inventory.unreadable.empty() ? ExitStatus::someFailed : ExitStatus::done;
 }
 
 } // namespace

@@ -5,8 +5,7 @@
 #include "cli/json/sweep.h"
 #include "cli/labels.h"
 #include "cli/table.h"
-#include "inventory/installed_applications.h"
-#include "sweep/installers_model.h"
+#include "program/session.h"
 
 namespace tidwen {
 
@@ -47,13 +46,10 @@ std::vector<Trace> traces(const InstallerScanResult& result, bool isChosen) {
 }
 
 /// What the screen of a window shows, once everything is there.
-InstallerScanResult findInstallers(const System& system) {
+InstallerScanResult findInstallers(Mac& mac) {
     MainQueue main;
-    WorkQueue background;
-    InstallersModel installers({system.files, system.user, system.texts, main, background}, [&system] {
-        return listInstalledApps(system.files, system.signatures,
-                                 findApplicationBundles(system.files, system.user));
-    });
+    Session session(mac, main, InstalledBundles::Looks::once);
+    auto& installers = session.models().installers();
     installers.load();
     main.runUntil([&] { return installers.hasLoaded.get(); });
     return installers.result.get();
@@ -62,7 +58,7 @@ InstallerScanResult findInstallers(const System& system) {
 ExitStatus run(const CommandContext& context, Mac& mac) {
     const bool removes = context.arguments.has("--remove");
     if (const auto idle = idleOption(context.arguments); idle && !removes) return context.refuse(*idle);
-    const auto result = findInstallers(mac.system);
+    const auto result = findInstallers(mac);
     if (removes) {
         if (result.unreadable) return context.refuse({"installers.unreadable.title"});
         for (const auto& file : result.skippedNames)

@@ -78,12 +78,10 @@ void print(const AppTarget& app, const PermissionAudit::Result& audit, const Com
 }
 
 /// Whether this program may look everywhere, which decides how complete a scan can be.
-ExitStatus showOwn(const CommandContext& context, const Mac& mac) {
-    // A volume runs no Finder whose extensions could be switched on.
+ExitStatus showOwn(const CommandContext& context, Mac& mac) {
     MainQueue main;
-    WorkQueue background;
-    PermissionsModel model({mac.system.files, main, background, mac.system.log}, mac.system.user,
-                           [] { return false; });
+    Session session(mac, main, InstalledBundles::Looks::once);
+    auto& model = session.models().permissions();
     bool isRefreshed = false;
     model.refresh([&] { isRefreshed = true; });
     main.runUntil([&] { return isRefreshed; });
@@ -129,26 +127,26 @@ class SheetSession {
     SheetSession(const CommandContext& context, Mac& mac, AppTarget target)
         : context_(context),
           mac_(mac),
-          auditor_(mac.system.files, mac.system.user, mac.system.texts),
-          sheet_({auditor_, mac.permissionRevoker, main_, background_}, std::move(target)) {
-        wait([this](auto done) { sheet_.load(done); });
+          session_(mac, main_, InstalledBundles::Looks::once),
+          sheet_(session_.models().permissionsSheet(std::move(target))) {
+        wait([this](auto done) { sheet_->load(done); });
     }
 
     ExitStatus show() const {
         if (context_.arguments.json)
-            context_.console.document(json::document(*sheet_.audit.get()));
+            context_.console.document(json::document(*sheet_->audit.get()));
         else
-            print(sheet_.app(), *sheet_.audit.get(), context_, mac_);
-        return statusOf(*sheet_.audit.get());
+            print(sheet_->app(), *sheet_->audit.get(), context_, mac_);
+        return statusOf(*sheet_->audit.get());
     }
 
     /// `words`: services; all of them when there are none.
     ExitStatus revoke(const std::vector<std::string>& words) {
-        const auto chosen = choose(sheet_.audit.get()->grants, words, context_.texts);
+        const auto chosen = choose(sheet_->audit.get()->grants, words, context_.texts);
         if (!chosen) return context_.refuse(chosen.error());
         auto status = ExitStatus::done;
         if (chosen->empty()) {
-            context_.console.complain(context_.text(sheet_.audit.get()->unreadable.empty()
+            context_.console.complain(context_.text(sheet_->audit.get()->unreadable.empty()
                                                         ? "cli.permissions.nothing"
                                                         : "cli.permissions.unreadable"));
             status = ExitStatus::someFailed;
@@ -167,18 +165,18 @@ class SheetSession {
         std::string titles;
         for (const auto& grant : grants)
             titles += (titles.empty() ? "" : ", ") + permissionTitle(grant.service, context_.texts);
-        return context_.text("cli.permissions.question %@ %@", {sheet_.app().name, titles});
+        return context_.text("cli.permissions.question %@ %@", {sheet_->app().name, titles});
     }
 
     bool revoke(const PermissionGrant& grant) {
         const auto title = permissionTitle(grant.service, context_.texts);
-        sheet_.errorText.set(std::nullopt);
-        wait([&](auto done) { sheet_.revoke(grant, done); });
-        if (const auto& error = sheet_.errorText.get()) {
+        sheet_->errorText.set(std::nullopt);
+        wait([&](auto done) { sheet_->revoke(grant, done); });
+        if (const auto& error = sheet_->errorText.get()) {
             context_.console.complain(title + ": " + context_.texts.text(*error));
             return false;
         }
-        const auto& left = sheet_.audit.get()->grants;
+        const auto& left = sheet_->audit.get()->grants;
         const auto rest = std::find_if(left.begin(), left.end(), [&](const PermissionGrant& each) {
             return each.service == grant.service && each.scope == grant.scope;
         });
@@ -187,7 +185,7 @@ class SheetSession {
         // was the user who dismissed the prompt, and he knows.
         if (rest->isPathClient)
             context_.console.complain(
-                context_.text("report.verify.tccSurvivor %@ %@", {sheet_.app().name, title}));
+                context_.text("report.verify.tccSurvivor %@ %@", {sheet_->app().name, title}));
         return false;
     }
 
@@ -200,10 +198,9 @@ class SheetSession {
 
     const CommandContext& context_;
     Mac& mac_;
-    PermissionAudit auditor_;
     MainQueue main_;
-    PermissionsSheet sheet_;
-    WorkQueue background_; ///< last, so that it ends its work before what the work uses is gone
+    Session session_;
+    std::unique_ptr<PermissionsSheet> sheet_;
 };
 
 ExitStatus run(const CommandContext& context, Mac& mac) {

@@ -8,8 +8,7 @@
 namespace tidwen {
 
 RequestInbox requestInbox(const CommandContext& context, const Mac& mac) {
-    const auto bundle = findOwnBundle(context.arguments.program.c_str());
-    return {mac.system.files, RequestInbox::fallbackContainer(mac.system.user, bundle), mac.system.log};
+    return requestInbox(mac, findOwnBundle(context.arguments.program.c_str()));
 }
 
 JudgedRequest judgeRequest(const std::vector<Path>& paths, const CommandContext& context, const Mac& mac) {
@@ -35,12 +34,12 @@ void complainOfRefused(const RequestInbox::Drained& requests, const CommandConte
             context.text("cli.requests.unreadable %lld", {std::to_string(requests.unreadable)}));
 }
 
-RequestedApplications::RequestedApplications(const CommandContext& context, Mac& mac, Executor& main,
-                                             Executor& queue)
+RequestedApplications::RequestedApplications(const CommandContext& context, Session& session)
     : context_(context),
-      mac_(mac),
-      watcher_({mac.system.files, mac.folderEvents, main, queue, mac.system.log}, requestInbox(context, mac),
-               [this](const RequestInbox::Drained& requests) { show(requests); }) {}
+      mac_(session.mac()),
+      watcher_(
+          session.models().inboxWatcher(findOwnBundle(context.arguments.program.c_str()),
+                                        [this](const RequestInbox::Drained& requests) { show(requests); })) {}
 
 void RequestedApplications::show(const RequestInbox::Drained& requests) const {
     complainOfRefused(requests, context_);

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "base/executor.h"
 #include "cli/command.h"
-#include "system/inbox_watcher.h"
+#include "program/session.h"
 
+#include <memory>
 #include <vector>
 
 namespace tidwen {
@@ -25,17 +25,16 @@ void complainOfRefused(const RequestInbox::Drained& requests, const CommandConte
 /// removed without its user typing that.
 class RequestedApplications {
   public:
-    /// `queue` is serial.
-    RequestedApplications(const CommandContext& context, Mac& mac, Executor& main, Executor& queue);
+    RequestedApplications(const CommandContext& context, Session& session);
     /// An inbox that cannot be watched is logged, and what waits in it shown all the same.
-    void start() { watcher_.start(); }
+    void start() { watcher_->start(); }
 
   private:
     void show(const RequestInbox::Drained& requests) const;
 
     const CommandContext& context_;
     const Mac& mac_;
-    InboxWatcher watcher_;
+    std::unique_ptr<InboxWatcher> watcher_;
 };
 
 } // namespace tidwen

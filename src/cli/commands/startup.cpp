@@ -4,8 +4,7 @@
 #include "cli/console.h"
 #include "cli/incomplete_output.h"
 #include "cli/table.h"
-#include "inventory/installed_applications.h"
-#include "system/startup_items_model.h"
+#include "program/session.h"
 
 #include <algorithm>
 
@@ -21,18 +20,8 @@ class StartupSession {
     StartupSession(const CommandContext& context, Mac& mac)
         : context_(context),
           mac_(mac),
-          protectedApps_(mac.system.defaults),
-          bundles_(mac.system.files, mac.system.signatures, mac.system.user),
-          scanner_(mac.system.files, mac.system.user, bundles_,
-                   [&known = mac.system.knownApplications](const std::string& bundleID) {
-                       return known.isKnown(bundleID);
-                   }),
-          model_({mac.system.files, mac.system.launchd, scanner_, protectedApps_, mac.system.texts, main_,
-                  background_, mac.system.log},
-                 [&system = mac.system] {
-                     return listInstalledApps(system.files, system.signatures,
-                                              findApplicationBundles(system.files, system.user));
-                 }) {
+          session_(mac, main_, InstalledBundles::Looks::once),
+          model_(session_.models().startupItems()) {
         wait([this](auto done) { model_.load(done); });
     }
 
@@ -89,10 +78,10 @@ class StartupSession {
         complainOfUnreadable();
         if (traces.empty() && !isComplete) return ExitStatus::refused;
         // The jobs were chosen by name or as orphans, so their risk needs no further choice.
-        FlowSession session(context_, mac_);
-        session.model().show(stage::StartupItems{});
-        session.model().offer(context_.text("cli.startup.title"), std::move(traces));
-        const auto status = removeFound(context_, mac_, session, RemovalMode::uninstall, Chosen::all);
+        FlowSession flow(context_, mac_);
+        flow.model().show(stage::StartupItems{});
+        flow.model().offer(context_.text("cli.startup.title"), std::move(traces));
+        const auto status = removeFound(context_, mac_, flow, RemovalMode::uninstall, Chosen::all);
         return status == ExitStatus::done && !isComplete ? ExitStatus::someFailed : status;
     }
 
@@ -162,12 +151,9 @@ class StartupSession {
 
     const CommandContext& context_;
     Mac& mac_;
-    ProtectedApps protectedApps_;
-    InstalledBundles bundles_;
-    StartupItemScanner scanner_;
     MainQueue main_;
-    StartupItemsModel model_;
-    WorkQueue background_; ///< last, so that it ends its work before what the work uses is gone
+    Session session_;
+    StartupItemsModel& model_;
 };
 
 ExitStatus run(const CommandContext& context, Mac& mac) {

@@ -1,28 +1,15 @@
+#include "base/executor.h"
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/json/services.h"
-#include "host/host_system.h"
-#include "services/update_check.h"
-#include "settings/app_preferences.h"
+#include "program/update_settings.h"
+#include "services/updates_model.h"
 
 #include <sstream>
 
 namespace tidwen {
 
 namespace {
-
-constexpr const char* application = "com.corvella.tidwen";
-
-UpdateSettings settings(const Host& host) {
-    const AppPreferences preferences(host.defaults);
-    const auto& ownFeed = preferences.updateFeed.get();
-    return {.isSwitchedOn = preferences.checksForUpdates.get(),
-            .address = ownFeed.empty() ? host.feedAddress : ownFeed,
-            .publicKey = host.feedKey,
-            .application = application,
-            .running = VersionNumber::parse(programVersion()).value_or(VersionNumber{}),
-            .system = hostSystem()};
-}
 
 void print(const UpdateAnswer& answer, const CommandContext& context) {
     auto& console = context.console;
@@ -41,12 +28,20 @@ void print(const UpdateAnswer& answer, const CommandContext& context) {
 ExitStatus run(const CommandContext& context, Host& host) {
     if (const auto problem = host.defaults.problem()) return context.refuse(*problem);
     context.console.progress(context.text("updates.progress"));
-    const auto answer = UpdateCheck(host.fetcher, host.log, settings(host)).check();
+    const AppPreferences preferences(host.defaults);
+    MainQueue main;
+    WorkQueue background;
+    UpdatesModel model({host.fetcher, host.log, main, background}, [&] {
+        return updateSettings(preferences, host.feedKey, host.feedAddress, programVersion());
+    });
+    model.check();
+    main.runUntil([&] { return !model.isChecking.get(); });
     context.console.endProgress();
-    if (!answer) {
-        context.refuse(answer.error().message());
-        return answer.error().isRefusal() ? ExitStatus::refused : ExitStatus::someFailed;
+    if (const auto& error = model.error.get()) {
+        context.refuse(error->message());
+        return error->isRefusal() ? ExitStatus::refused : ExitStatus::someFailed;
     }
+    const auto& answer = model.answer.get();
     if (context.arguments.json)
         context.console.document(json::document(*answer, programVersion()));
     else

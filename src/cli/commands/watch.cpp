@@ -7,7 +7,7 @@
 #include "cli/flow_session.h"
 #include "cli/json/services.h"
 #include "cli/labels.h"
-#include "system/trash_catcher.h"
+#include "program/session.h"
 
 namespace tidwen {
 
@@ -22,10 +22,9 @@ class WatchSession {
     WatchSession(const CommandContext& context, Mac& mac)
         : context_(context),
           mac_(mac),
-          preferences_(mac.system.defaults),
-          catcher_({mac.system.files, mac.folderEvents, mac.notifications, mac.loginItem, mac.system.texts,
-                    mac.system.clock, main_, queue_, mac.system.log},
-                   preferences_, mac.system.user.trash()) {}
+          session_(mac, main_, InstalledBundles::Looks::once),
+          preferences_(session_.preferences()),
+          catcher_(session_.models().trashCatcher()) {}
 
     ExitStatus run() {
         const bool byHand = !context_.arguments.has(atLogin);
@@ -42,13 +41,14 @@ class WatchSession {
         if (!isOn)
             remark("cli.watch.once %@",
                    {context_.commandLine({"settings", "set", "catchTrashedApps", "true"})});
-        RequestedApplications requested(context_, mac_, main_, queue_);
+        RequestedApplications requested(context_, session_);
         requested.start();
         const auto allowing = catcher_.permission().state.observe([this](auto state) { tellOf(state); });
         askForPermission();
         const auto switching = preferences_.catchTrashedApps.observe(
             [this, byHand](const bool& value) { tellOfSwitch(value, byHand); });
-        const auto following = followSettings();
+        if (!session_.followSettings())
+            mac_.system.log.warning("Changes of the settings are seen at the next start");
         const EndSignals signals(main_, [this] { isEnding_ = true; });
         tidyUp();
         main_.runUntil([this] { return isEnding_; });
@@ -71,15 +71,6 @@ class WatchSession {
             if (const auto undo = undoCommandLine(notice.manifest.quarantineRoot, context_, mac_))
                 remark("cli.undo.hint %@", {*undo});
         }
-    }
-
-    /// Changes that another process makes, `tidwen settings set` for one.
-    std::unique_ptr<FolderEvents::Watch> followSettings() {
-        const auto reload = [this] { preferences_.reload(); };
-        auto watch = mac_.system.defaults.watch([this, reload] { main_.post(reload); });
-        if (!watch) mac_.system.log.warning("Changes of the settings are seen at the next start");
-        main_.post(reload); // what changed before it was watched
-        return watch;
     }
 
     void askForPermission() {
@@ -125,9 +116,9 @@ class WatchSession {
     const CommandContext& context_;
     Mac& mac_;
     MainQueue main_;
-    WorkQueue queue_;
-    AppPreferences preferences_;
-    TrashCatcher catcher_;
+    Session session_;
+    AppPreferences& preferences_;
+    TrashCatcher& catcher_;
     bool isEnding_ = false;
 };
 

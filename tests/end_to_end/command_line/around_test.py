@@ -159,6 +159,10 @@ class Around(VolumeTest):
     def test_the_list_of_applications_is_narrowed(self):
         names = [app["name"] for app in self.call("apps", "--json").json]
         sizes = [app["sizeBytes"] for app in self.call("apps", "--sort", "size", "--json").json]
+        known = self.base / "config/tidwen/applications.json"
+        self.assertIn("lastUsed", known.read_text())
+        known.write_text('{"macs":[{"mac":1}')
+        self.assertEqual([app["name"] for app in self.call("apps", "--json").json], names)
         self.assertEqual(sizes, sorted(sizes, reverse=True))
         self.call("tags", "add", "com.littlefin.kip", "tiny")
         self.call("protect", "add", "com.littlefin.kip")
