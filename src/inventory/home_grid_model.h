@@ -49,7 +49,7 @@ class HomeGridModel {
     };
 
     enum class Phase {
-        idle,      ///< nothing was looked for yet, or the first look was called off
+        idle,      ///< nothing was looked for yet, or a look was called off before all were there
         listing,   ///< applications are coming in
         measuring, ///< all are there, sizes are coming in
         ready,

@@ -150,12 +150,12 @@ StartupItem makeItem(const LaunchItem& job, StartupItem::Source source, Owner ow
 }
 
 /// Orphans first, then as people read.
-void sortForDisplay(std::vector<StartupItem>& items) {
+void sortForDisplay(std::vector<StartupItem>& items, const std::string& locale) {
     using Key = std::tuple<bool, std::string, std::size_t>;
     std::vector<Key> order;
     for (std::size_t i = 0; i < items.size(); ++i)
         order.emplace_back(items[i].owner.kind != Owner::Kind::missing,
-                           displayOrderKey(lowercased(items[i].label)), i);
+                           displayOrderKey(lowercased(items[i].label), locale), i);
     std::sort(order.begin(), order.end());
     std::vector<StartupItem> sorted;
     sorted.reserve(items.size());
@@ -248,8 +248,8 @@ class StartupItemScanner::Run {
                                                  {Owner::Kind::installed, app.name, app.bundleID, {}}));
     }
 
-    StartupScanResult take() {
-        sortForDisplay(result_.items);
+    StartupScanResult take(const std::string& locale) {
+        sortForDisplay(result_.items, locale);
         result_.leftOut = files_.budget().leftOut();
         return std::move(result_);
     }
@@ -275,7 +275,8 @@ class StartupItemScanner::Run {
     StartupScanResult result_;
 };
 
-StartupScanResult StartupItemScanner::scan(const std::vector<InstalledApp>& apps) const {
+StartupScanResult StartupItemScanner::scan(const std::vector<InstalledApp>& apps,
+                                           const std::string& locale) const {
     Run run(*this, apps);
     for (const auto& folder : {Path("/Applications"), user_.home / "Applications"})
         run.addUnreadableApplications(folder);
@@ -283,7 +284,7 @@ StartupScanResult StartupItemScanner::scan(const std::vector<InstalledApp>& apps
         run.addFolder(directory);
     for (const auto& app : apps)
         run.addEmbedded(app);
-    return run.take();
+    return run.take(locale);
 }
 
 } // namespace tidwen

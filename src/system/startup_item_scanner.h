@@ -36,7 +36,8 @@ class StartupItemScanner {
 
     /// `apps`: the inventory, whose embedded jobs are listed. A job may be any other bundle's, too. Bounded
     /// by a budget; when not all owners could be looked at, no job is `missing` its own.
-    StartupScanResult scan(const std::vector<InstalledApp>& apps) const;
+    /// `locale` orders the labels.
+    StartupScanResult scan(const std::vector<InstalledApp>& apps, const std::string& locale = "en") const;
 
     StartupItem::Owner attributeOwner(const std::string& label, const std::optional<std::string>& programPath,
                                       const std::vector<InstalledApp>& apps) const;

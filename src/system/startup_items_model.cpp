@@ -98,7 +98,9 @@ void StartupItemsModel::load(std::function<void()> done) {
     isLoading.set(true);
     inBackground(
         *this, alive_, ports_.background, ports_.main,
-        [&scanner = ports_.scanner, inventory = inventory_] { return scanner.scan(inventory()); },
+        [&scanner = ports_.scanner, inventory = inventory_, locale = ports_.texts.language()] {
+            return scanner.scan(inventory(), locale);
+        },
         [](StartupItemsModel& self, StartupScanResult scanned) {
             self.result.set(std::move(scanned));
             self.show();
