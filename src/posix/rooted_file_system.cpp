@@ -100,16 +100,24 @@ class RootedFileSystem::Impl {
 
     /// Opens a plain file. Looked at before, because opening a pipe or a device can already have an effect.
     FileResult<OpenFile> openFile(const Path& path) const {
+        // Both from its folder, so that the way there is gone once; a link's target has another one.
+        const auto place = resolver.place(path, LastLink::keep);
+        if (!place) return tl::unexpected(place.error());
+        const int folder = place->folder.get();
+        const char* name = place->name.c_str();
+        const auto item = statItem(folder, name);
+        if (!item) return failed(path, item.error());
+        if (S_ISREG(item->st_mode))
+            return opened(path, Descriptor(uninterrupted([&] {
+                              return ::openat(folder, name, readFlags | O_NOFOLLOW | O_CLOEXEC);
+                          })));
         const auto info = describe(path, LastLink::follow);
         if (!info) return tl::unexpected(info.error());
         if (info->kind == FileKind::directory) return refused(path, FileFault::isDirectory);
         if (info->kind != FileKind::regular) return refused(path, FileFault::notRegular);
         auto file = resolver.open(path, readFlags, LastLink::follow);
         if (!file) return tl::unexpected(file.error());
-        const auto item = statOpen(file->get());
-        if (!item) return failed(path, item.error());
-        if (!S_ISREG(item->st_mode)) return refused(path, FileFault::notRegular);
-        return OpenFile{std::move(*file), static_cast<std::uint64_t>(item->st_size)};
+        return opened(path, std::move(*file));
     }
 
     /// To whom a new item belongs; nothing outside the home.
@@ -131,6 +139,14 @@ class RootedFileSystem::Impl {
     std::optional<Home> home;
 
   private:
+    static FileResult<OpenFile> opened(const Path& path, Descriptor file) {
+        if (!file.isOpen()) return failed(path, errno);
+        const auto item = statOpen(file.get());
+        if (!item) return failed(path, item.error());
+        if (!S_ISREG(item->st_mode)) return refused(path, FileFault::notRegular);
+        return OpenFile{std::move(file), static_cast<std::uint64_t>(item->st_size)};
+    }
+
     static FileResult<FileInfo> describedAt(const Path& path, int folder, const char* name) {
         const auto info = describeItem(folder, name);
         if (!info) return failed(path, info.error());
