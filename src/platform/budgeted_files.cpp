@@ -73,7 +73,7 @@ std::shared_ptr<const PropertyListValue> BudgetedFiles::propertyList(const Path&
     FileResult<std::string> bytes;
     std::shared_ptr<const PropertyListValue> value;
     {
-        const ReadBudget::Work work(budget_);
+        const ReadBudget::Work work(budget_, ReadBudget::Measure::exactly);
         bytes = files_.read(file, limits.bytes);
         if (!bytes) return nullptr;
         budget_.spendBytes(bytes->size());

@@ -33,22 +33,29 @@ class ReadBudget {
     void leaveOut() const { ++left_->leftOut; }
     std::uint64_t leftOut() const { return left_->leftOut; }
 
+    /// Processor time is asked of the kernel, which takes as long as a look at an item.
+    enum class Measure {
+        /// Asked only around some of the calls: those that come after one that took long, be it for work or
+        /// for a slow disk. What is short costs as much as the wall clock says.
+        cheaply,
+        exactly,
+    };
+
     /// Spends the time of the calling thread from now until it is destroyed. Not to be nested. Without a
     /// budget it does nothing.
     class Work {
       public:
-        explicit Work(const ReadBudget* budget)
-            : budget_(budget), start_(budget ? budget->clock_() : std::chrono::nanoseconds()) {}
-        explicit Work(const ReadBudget& budget) : Work(&budget) {}
-        ~Work() {
-            if (budget_) budget_->left_->nanoseconds -= (budget_->clock_() - start_).count();
-        }
+        explicit Work(const ReadBudget* budget, Measure measure = Measure::cheaply);
+        explicit Work(const ReadBudget& budget, Measure measure = Measure::cheaply)
+            : Work(&budget, measure) {}
+        ~Work();
         Work(const Work&) = delete;
         Work& operator=(const Work&) = delete;
 
       private:
         const ReadBudget* budget_;
-        std::chrono::nanoseconds start_;
+        Clock clock_ = nullptr;
+        std::chrono::nanoseconds start_{};
     };
 
   private:

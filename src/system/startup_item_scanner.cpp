@@ -117,7 +117,7 @@ class StartupItemScanner::Owners {
 
     template<class Fits>
     const Each* first(const Fits& fits) const {
-        const ReadBudget::Work work(budget_);
+        const ReadBudget::Work work(budget_, ReadBudget::Measure::exactly);
         const auto found = std::find_if(owners_.begin(), owners_.end(), fits);
         return found == owners_.end() ? nullptr : &*found;
     }

@@ -266,7 +266,7 @@ std::vector<Path> probeReceipts(const ScanContext& context, const Receipts& rece
             break;
         }
         const auto found = [&] {
-            const ReadBudget::Work work(budget);
+            const ReadBudget::Work work(budget, ReadBudget::Measure::exactly);
             return context.matcher.attributeIdentifier(packageID);
         }();
         // A name is too weak a hint to take a package's whole list for the target's.
