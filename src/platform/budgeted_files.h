@@ -56,6 +56,10 @@ class BudgetedFiles : public FileSystem {
         return files_.treeSize(path, entryLimit, stop);
     }
     bool isMovable(const Path& path) const override { return files_.isMovable(path); }
+    std::vector<bool> existing(const Path& folder, const std::vector<std::string>& items) const override {
+        const ReadBudget::Work work(budget_, ReadBudget::Measure::exactly);
+        return files_.existing(folder, items);
+    }
     bool isSetAside(const Path& from) const override {
         const ReadBudget::Work work(budget_);
         return files_.isSetAside(from);

@@ -38,6 +38,14 @@ std::string_view failureKey(FileFault fault) {
     return "failure.file.io";
 }
 
+std::vector<bool> FileSystem::existing(const Path& folder, const std::vector<std::string>& items) const {
+    std::vector<bool> areThere;
+    areThere.reserve(items.size());
+    for (const auto& item : items)
+        areThere.push_back(exists(folder / item));
+    return areThere;
+}
+
 FileResult<Path> FileSystem::resolveParent(const Path& path) const {
     const std::string last = path.lastComponent();
     // These name a folder by way of another one: there is no last component to keep.

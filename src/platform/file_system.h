@@ -141,6 +141,9 @@ class FileSystem {
     /// May this process take the item out of its folder? Judged by permissions, owners and flags, so a move
     /// can still fail; never true for what is not there.
     virtual bool isMovable(const Path& path) const = 0;
+    /// Which of the items that lie below a folder, as relative paths, are there; as `exists` says of each
+    /// one.
+    virtual std::vector<bool> existing(const Path& folder, const std::vector<std::string>& items) const;
     /// The run whose budget reading spends; null where nobody set one.
     virtual const BudgetedFiles* budgeted() const { return nullptr; }
 

@@ -35,21 +35,28 @@ struct OpenHow {
     std::uint64_t mode = 0;
     std::uint64_t resolve = 0;
 };
-constexpr std::uint64_t noMagicLinks = 0x02, noSymbolicLinks = 0x04, inRoot = 0x10;
+constexpr std::uint64_t noMagicLinks = 0x02, noSymbolicLinks = 0x04, beneath = 0x08, inRoot = 0x10;
+
+int openResolved(int folder, const char* path, int flags, std::uint64_t resolve) {
+    OpenHow how{.flags = static_cast<std::uint64_t>(flags | O_CLOEXEC), .resolve = noMagicLinks | resolve};
+    return static_cast<int>(::syscall(SYS_openat2, folder, path, &how, sizeof how));
+}
 
 int openInRoot(int root, const char* path, int flags, std::uint64_t resolve = 0) {
-    OpenHow how{.flags = static_cast<std::uint64_t>(flags | O_CLOEXEC),
-                .resolve = inRoot | noMagicLinks | resolve};
     int result = -1;
     // EAGAIN: something was renamed during a step over "..", so the kernel cannot vouch for the root.
     for (int attempt = 0; attempt < 100; ++attempt) {
-        result = static_cast<int>(::syscall(SYS_openat2, root, path, &how, sizeof how));
+        result = openResolved(root, path, flags, inRoot | resolve);
         if (result >= 0 || (errno != EAGAIN && errno != EINTR)) break;
     }
     return result;
 }
 #else
-constexpr std::uint64_t noSymbolicLinks = 0;
+constexpr std::uint64_t noSymbolicLinks = 0, beneath = 0;
+int openResolved(int, const char*, int, std::uint64_t) {
+    errno = ENOSYS;
+    return -1;
+}
 int openInRoot(int, const char*, int, std::uint64_t = 0) {
     errno = ENOSYS;
     return -1;
@@ -243,6 +250,23 @@ FileResult<Place> RootResolver::placeForChange(const Path& path) const {
     Walk walk(root_.get(), LastLink::keep, Walk::ParentLinks::refuse);
     if (const int fault = walk.run(path.string())) return failed(path, fault);
     return walk.takePlace();
+}
+
+std::optional<RootResolver::LooksBelow> RootResolver::looksBelow(const Path& folder) const {
+    if (way_ != Way::kernel) return std::nullopt;
+    auto opened = open(folder, searchFlags, LastLink::follow);
+    if (!opened) return std::nullopt;
+    return LooksBelow(std::move(*opened));
+}
+
+std::optional<bool> RootResolver::LooksBelow::isThere(const std::string& item) const {
+    if (item.empty() || item.find('\0') != item.npos) return std::nullopt;
+    constexpr int flags = searchFlags & ~O_DIRECTORY;
+    const Descriptor opened(
+        openResolved(folder_.get(), item.c_str(), flags | O_NOFOLLOW, beneath | noSymbolicLinks));
+    if (opened.isOpen()) return true;
+    if (errno == ENOENT || errno == ENOTDIR) return false;
+    return std::nullopt;
 }
 
 FileResult<Path> RootResolver::resolve(const Path& path) const {

@@ -3,7 +3,9 @@
 #include "base/descriptor.h"
 #include "platform/file_system.h"
 
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace tidwen {
 
@@ -46,6 +48,20 @@ class RootResolver {
     /// The same for a call that changes the disk: a link or ".." among the parents is `throughLink`. The
     /// root itself has no place that could be changed: `denied`.
     FileResult<Place> placeForChange(const Path& path) const;
+
+    /// Looks for items below one folder, which is found and opened once.
+    class LooksBelow {
+      public:
+        explicit LooksBelow(Descriptor folder) : folder_(std::move(folder)) {}
+        /// Whether the item of this relative path is there. Nothing where a link on the way, or something
+        /// else, keeps it from being told without going through the root.
+        std::optional<bool> isThere(const std::string& item) const;
+
+      private:
+        Descriptor folder_;
+    };
+    /// Nothing where the kernel cannot, or the folder cannot be opened.
+    std::optional<LooksBelow> looksBelow(const Path& folder) const;
 
     /// The path without any link.
     FileResult<Path> resolve(const Path& path) const;

@@ -263,6 +263,19 @@ bool RootedFileSystem::isMovable(const Path& path) const {
     return place && mayTakeOut(place->folder.get(), place->name.c_str());
 }
 
+std::vector<bool> RootedFileSystem::existing(const Path& folder,
+                                             const std::vector<std::string>& items) const {
+    const auto looks = impl_->resolver.looksBelow(folder);
+    if (!looks) return FileSystem::existing(folder, items);
+    std::vector<bool> areThere;
+    areThere.reserve(items.size());
+    for (const auto& item : items) {
+        const auto answer = looks->isThere(item);
+        areThere.push_back(answer ? *answer : exists(folder / item));
+    }
+    return areThere;
+}
+
 // Changing
 
 FileResult<void> RootedFileSystem::createDirectory(const Path& folder) {

@@ -38,6 +38,7 @@ class RootedFileSystem : public FileSystem {
     FileResult<TreeSize> treeSize(const Path& path, std::uint64_t entryLimit,
                                   const StopToken& stop = {}) const override;
     bool isMovable(const Path& path) const override;
+    std::vector<bool> existing(const Path& folder, const std::vector<std::string>& items) const override;
     FileResult<void> createDirectory(const Path& folder) override;
     FileResult<void> createDirectories(const Path& folder) override;
     MoveResult move(const Path& from, const Path& to) override;

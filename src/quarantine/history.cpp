@@ -1,5 +1,6 @@
 #include "quarantine/history.h"
 
+#include "base/parallel.h"
 #include "platform/budgeted_files.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/run_items.h"
@@ -21,10 +22,12 @@ bool hasTrustworthyDate(const Manifest& manifest, Timestamp now) {
 namespace {
 
 /// Nothing when the budget of the run to which `files` belong is spent meanwhile.
-std::optional<RemovalHistoryEntry> makeEntry(const Path& root, Manifest manifest, const FileSystem& files) {
-    RemovalHistoryEntry entry{.root = root, .manifest = std::move(manifest)};
+std::optional<RemovalHistoryEntry> makeEntry(const Path& root, ManifestInPlace read,
+                                             const FileSystem& files) {
+    RemovalHistoryEntry entry{.root = root, .manifest = std::move(read.manifest)};
     const ReadBudget* budget = BudgetedFiles::budgetOf(files);
-    for (const auto& step : entry.manifest.entries) {
+    for (std::size_t i = 0; i < entry.manifest.entries.size(); ++i) {
+        const auto& step = entry.manifest.entries[i];
         if (budget && budget->isExhausted()) {
             budget->leaveOut();
             return std::nullopt;
@@ -33,7 +36,7 @@ std::optional<RemovalHistoryEntry> makeEntry(const Path& root, Manifest manifest
             ++entry.loadableJobs;
         if (step.kind != ManifestEntryKind::move) continue;
         ++entry.totalMoves;
-        const auto place = placeOf(step, files);
+        const auto place = placeOf(step, read.isThere[i], files);
         if (place == ItemPlace::inQuarantine) ++entry.pendingMoves;
         if (place == ItemPlace::missing) ++entry.missingMoves;
     }
@@ -69,6 +72,33 @@ std::optional<UnfinishedRun> readUnfinished(const Path& root, const BudgetedFile
     return std::nullopt;
 }
 
+/// What lies in one quarantine folder; neither when it is no run, or was left out.
+struct ReadRun {
+    std::optional<RemovalHistoryEntry> entry;
+    std::optional<UnfinishedRun> unfinished;
+    bool isLeftOut = false;
+};
+
+ReadRun readRun(const Path& root, const BudgetedFiles& files) {
+    ReadRun run;
+    if (auto manifest = readManifestInPlace(root, files))
+        run.entry = makeEntry(root, std::move(*manifest), files);
+    else if (!manifest.error().isLeftOut)
+        run.unfinished = readUnfinished(root, files);
+    run.isLeftOut = !run.entry && !run.unfinished && files.budget().isExhausted();
+    return run;
+}
+
+/// By folder. Many are read in parallel; a few sooner than threads start.
+std::vector<ReadRun> readRuns(const std::vector<Path>& folders, const BudgetedFiles& files) {
+    constexpr std::size_t few = 32;
+    std::vector<ReadRun> runs(folders.size());
+    parallelFor(
+        folders.size(), [&](std::size_t i) { runs[i] = readRun(folders[i], files); },
+        folders.size() < few ? 1 : 0);
+    return runs;
+}
+
 } // namespace
 
 RemovalHistoryEntry::Items RemovalHistoryEntry::items() const {
@@ -78,7 +108,7 @@ RemovalHistoryEntry::Items RemovalHistoryEntry::items() const {
 }
 
 std::optional<RemovalHistoryEntry> readHistoryEntry(const Path& root, const FileSystem& files) {
-    auto manifest = readManifest(root, files);
+    auto manifest = readManifestInPlace(root, files);
     if (!manifest) return std::nullopt;
     return makeEntry(root, std::move(*manifest), files);
 }
@@ -92,15 +122,11 @@ PastRuns loadPastRuns(const UserEnvironment& user, const FileSystem& files, bool
         runs.unreadable = folders.error();
         return runs;
     }
-    for (const auto& root : *folders) {
-        const auto before = budgeted.budget().leftOut();
-        if (auto manifest = readManifest(root, budgeted)) {
-            if (auto entry = makeEntry(root, std::move(*manifest), budgeted))
-                runs.entries.push_back(std::move(*entry));
-        } else if (!manifest.error().isLeftOut) {
-            if (auto run = readUnfinished(root, budgeted)) runs.unfinished.push_back(std::move(*run));
-        }
-        if (budgeted.budget().leftOut() > before) runs.leftOut.push_back(root);
+    auto read = readRuns(*folders, budgeted);
+    for (std::size_t i = 0; i < read.size(); ++i) {
+        if (read[i].entry) runs.entries.push_back(std::move(*read[i].entry));
+        if (read[i].unfinished) runs.unfinished.push_back(std::move(*read[i].unfinished));
+        if (read[i].isLeftOut) runs.leftOut.push_back((*folders)[i]);
     }
     if (includeSizes)
         for (auto& entry : runs.entries)

@@ -23,7 +23,7 @@ const ItemNames::NamesByKey& ItemNames::namesIn(const Path& folder) {
 }
 
 ItemNames::Found ItemNames::find(const Path& root, const Path& item) {
-    if (files_.exists(item)) return {.place = item};
+    if (files_.exists(item)) return {.place = item, .isThere = true};
     const auto components = item.components();
     Path place = root;
     for (auto i = root.components().size(); i < components.size(); ++i) {
@@ -34,7 +34,7 @@ ItemNames::Found ItemNames::find(const Path& root, const Path& item) {
         if (!isExact && found->second.size() > 1) return {.place = item, .isAmbiguous = true};
         place = place / (isExact ? components[i] : found->second.front());
     }
-    return {.place = place};
+    return {.place = place, .isThere = true};
 }
 
 } // namespace tidwen

@@ -18,6 +18,7 @@ class ItemNames {
     struct Found {
         Path place; ///< as it was asked for when nothing or more than one thing is called so
         bool isAmbiguous = false;
+        bool isThere = false;
     };
 
     /// `item`, which lies within `root`: by its exact name, else each component as the one entry of its

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <map>
+#include <span>
 #include <unordered_set>
 
 namespace tidwen {
@@ -87,50 +88,89 @@ std::vector<ManifestEntry>& entriesOf(RemovalJournal& journal) {
 }
 
 /// The path below `from`, which may be spelled otherwise there, as it is below `to`.
-std::string rebased(const std::string& item, const Path& from, const Path& to) {
-    const auto components = Path(item).components();
+Path rebased(const Path& item, const Path& from, const Path& to) {
+    if (from == to && item.isWithin(to)) return item; // as nearly all are
+    const auto components = item.components();
     Path result = to;
     for (auto i = from.components().size(); i < components.size(); ++i)
         result = result / components[i];
-    return result.string();
+    return result;
 }
+
+/// After how many items the budget is asked again.
+constexpr std::size_t looksAtOnce = 256;
+
+/// Sets the destinations to where the items lie in the folder `root`, which the document calls `from`, and
+/// adds for each entry whether there is such an item.
+void locate(std::span<ManifestEntry> entries, const Path& from, const Path& root, const FileSystem& files,
+            ItemNames& names, std::vector<bool>& areThere) {
+    std::vector<Path> places;
+    std::vector<std::string> items; // the same below the folder
+    for (const auto& entry : entries)
+        if (entry.destination) {
+            const auto& place = places.emplace_back(rebased(Path(*entry.destination), from, root));
+            items.push_back(place.string().substr(root.string().size() + 1));
+        }
+    const auto found = files.existing(root, items);
+    std::size_t i = 0;
+    for (auto& entry : entries) {
+        areThere.push_back(false);
+        if (!entry.destination) continue;
+        areThere.back() = found[i];
+        if (!found[i]) {
+            auto other = names.find(root, places[i]);
+            areThere.back() = other.isThere;
+            places[i] = std::move(other.place);
+        }
+        entry.destination = places[i++].string();
+    }
+}
+
+/// A document as it lies on the disk, and which of its items are there, by entry.
+template<class Document>
+struct InPlace {
+    Document document;
+    std::vector<bool> isThere;
+};
 
 /// A disk may list the folder's name, and those of what lies in it, with their accents decomposed or in
 /// another letter case: what they are called there is what they are found by.
 template<class Document>
-tl::expected<Document, DocumentError> asItLies(tl::expected<Document, DocumentError> document,
-                                               const Path& root, const FileSystem& files) {
-    if (!document) return document;
-    if (pathKey(document->quarantineRoot) != pathKey(root))
+tl::expected<InPlace<Document>, DocumentError> asItLies(Document document, const Path& root,
+                                                        const FileSystem& files) {
+    if (document.quarantineRoot != root && pathKey(document.quarantineRoot) != pathKey(root))
         return tl::unexpected(
             DocumentError{DocumentError::Kind::malformed, "quarantineRoot names another folder"});
     ItemNames names(files);
     const ReadBudget* budget = BudgetedFiles::budgetOf(files);
-    for (auto& entry : entriesOf(*document)) {
+    std::vector<bool> areThere;
+    std::span rest(entriesOf(document));
+    while (!rest.empty()) {
         if (budget && budget->isExhausted()) {
             budget->leaveOut();
             return tl::unexpected(fileError({.fault = FileFault::exhausted, .path = root}));
         }
-        if (!entry.destination) continue;
-        const Path item(rebased(*entry.destination, document->quarantineRoot, root));
-        entry.destination = names.find(root, item).place.string();
+        const auto next = rest.first(std::min(rest.size(), looksAtOnce));
+        locate(next, document.quarantineRoot, root, files, names, areThere);
+        rest = rest.subspan(next.size());
     }
-    document->quarantineRoot = root;
-    return document;
+    document.quarantineRoot = root;
+    return InPlace<Document>{std::move(document), std::move(areThere)};
 }
 
 /// Reads a document of the quarantine folder `root`.
 template<class Document>
-tl::expected<Document, DocumentError>
+tl::expected<InPlace<Document>, DocumentError>
 readIn(const Path& root, const char* fileName,
        tl::expected<Document, DocumentError> (*decode)(std::string_view), const FileSystem& files) {
     const auto text = readDocument(root / fileName, files);
     if (!text) return tl::unexpected(text.error());
     auto document = [&] {
-        const ReadBudget::Work work(BudgetedFiles::budgetOf(files));
+        const ReadBudget::Work work(BudgetedFiles::budgetOf(files), ReadBudget::Measure::exactly);
         return decode(*text);
     }();
-    return asItLies(std::move(document), root, files);
+    if (!document) return tl::unexpected(std::move(document.error()));
+    return asItLies(std::move(*document), root, files);
 }
 
 } // namespace
@@ -168,11 +208,21 @@ FileResult<void> writeJournal(const RemovalJournal& journal, const Path& file, F
 }
 
 tl::expected<Manifest, DocumentError> readManifest(const Path& root, const FileSystem& files) {
-    return readIn(root, manifestFileName, decodeManifest, files);
+    return readIn(root, manifestFileName, decodeManifest, files).map([](auto read) {
+        return std::move(read.document);
+    });
+}
+
+tl::expected<ManifestInPlace, DocumentError> readManifestInPlace(const Path& root, const FileSystem& files) {
+    return readIn(root, manifestFileName, decodeManifest, files).map([](auto read) {
+        return ManifestInPlace{std::move(read.document), std::move(read.isThere)};
+    });
 }
 
 tl::expected<RemovalJournal, DocumentError> readJournal(const Path& root, const FileSystem& files) {
-    return readIn(root, journalFileName, decodeJournal, files);
+    return readIn(root, journalFileName, decodeJournal, files).map([](auto read) {
+        return std::move(read.document);
+    });
 }
 
 } // namespace tidwen

@@ -93,6 +93,14 @@ FileResult<void> writeJournal(const RemovalJournal& journal, const Path& file, F
 /// and a link is not followed: the file lies where anybody may have written it. Destinations are as the disk
 /// spells them now; those that nothing there is called by stay as they were written.
 tl::expected<Manifest, DocumentError> readManifest(const Path& root, const FileSystem& files);
+
+/// A manifest, and which of its items lie in quarantine now.
+struct ManifestInPlace {
+    Manifest manifest;
+    std::vector<bool> isThere; ///< by entry; false where it has no destination
+};
+tl::expected<ManifestInPlace, DocumentError> readManifestInPlace(const Path& root, const FileSystem& files);
+
 tl::expected<RemovalJournal, DocumentError> readJournal(const Path& root, const FileSystem& files);
 
 } // namespace tidwen

@@ -66,11 +66,13 @@ std::string_view name(ItemPlace place) {
 }
 
 ItemPlace placeOf(const ManifestEntry& move, const FileSystem& files) {
+    return placeOf(move, move.destination && files.exists(Path(*move.destination)), files);
+}
+
+ItemPlace placeOf(const ManifestEntry& move, bool isInQuarantine, const FileSystem& files) {
     // An undo that was cut off between two devices still has it on its way.
-    const bool isPending =
-        move.destination
-        && (files.exists(Path(*move.destination)) || files.isSetAside(Path(*move.destination)));
-    if (isPending) return ItemPlace::inQuarantine;
+    if (isInQuarantine || (move.destination && files.isSetAside(Path(*move.destination))))
+        return ItemPlace::inQuarantine;
     return files.exists(Path(move.source)) ? ItemPlace::putBack : ItemPlace::missing;
 }
 

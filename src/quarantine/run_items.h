@@ -24,6 +24,8 @@ std::string_view name(ItemPlace place);
 
 /// Where the item of a `move` entry is now. Only looks.
 ItemPlace placeOf(const ManifestEntry& move, const FileSystem& files);
+/// The same for who has looked into the quarantine already.
+ItemPlace placeOf(const ManifestEntry& move, bool isInQuarantine, const FileSystem& files);
 
 struct RunItem {
     ManifestEntry entry; ///< a move

@@ -60,6 +60,39 @@ class FileSystemContract : public testing::TestWithParam<FileSystemUnderTest> {
     std::unique_ptr<FileSystem> files;
 };
 
+TEST_P(FileSystemContract, TellsWhichItemsBelowAFolderAreThere) {
+    write("/folder/a/item");
+    makeFolder("/empty");
+    link("/folder/in", "a");
+    link("/folder/up", "../../outside");
+    link("/folder/nowhere", "gone");
+    link("/linked", "folder");
+    const std::vector<std::pair<std::string, bool>> items = {{"a", true},
+                                                             {"a/item", true},
+                                                             {"in/item", true},
+                                                             {"nowhere", true},
+                                                             {"up", true},
+                                                             {"a/none", false},
+                                                             {"a/item/below", false},
+                                                             {"in/none", false},
+                                                             {"none/x", false},
+                                                             {"nowhere/x", false},
+                                                             {"up/x", false},
+                                                             {"../outside", false},
+                                                             {"../empty", true},
+                                                             {"", true},
+                                                             {std::string(5000, 'x'), false}};
+    std::vector<std::string> names;
+    for (const auto& [name, isThere] : items)
+        names.push_back(name);
+    for (const auto* at : {"/folder", "/linked"}) {
+        const auto answers = files->existing(Path(at), names);
+        for (std::size_t i = 0; i < items.size(); ++i)
+            EXPECT_EQ(answers.at(i), items[i].second) << at << " " << names[i];
+    }
+    EXPECT_EQ(files->existing(Path("/none"), {"a", "../empty"}), (std::vector<bool>{false, false}));
+}
+
 TEST_P(FileSystemContract, DescribesItemsThemselves) {
     write("/a/file", "12345");
     link("/a/link", "file");

@@ -61,6 +61,11 @@ class TrailedFiles : public BudgetedFiles {
     FileResult<Path> resolve(const Path& path) const override {
         return noted(path), BudgetedFiles::resolve(path);
     }
+    std::vector<bool> existing(const Path& folder, const std::vector<std::string>& items) const override {
+        for (const auto& item : items)
+            noted(folder / item);
+        return BudgetedFiles::existing(folder, items);
+    }
 
   private:
     void noted(const Path& path) const { trail_.note(files_, path); }
