@@ -16,11 +16,15 @@ namespace {
 struct Unit {
     icu::MeasureUnit (*unit)();
     int decimals;
+    std::int64_t halfDigit; ///< bytes, half of what the last decimal counts
 };
 
-constexpr Unit units[] = {{icu::MeasureUnit::getByte, 0},     {icu::MeasureUnit::getKilobyte, 0},
-                          {icu::MeasureUnit::getMegabyte, 1}, {icu::MeasureUnit::getGigabyte, 2},
-                          {icu::MeasureUnit::getTerabyte, 2}, {icu::MeasureUnit::getPetabyte, 2}};
+constexpr Unit units[] = {{icu::MeasureUnit::getByte, 0, 1},
+                          {icu::MeasureUnit::getKilobyte, 0, 500},
+                          {icu::MeasureUnit::getMegabyte, 1, 50'000},
+                          {icu::MeasureUnit::getGigabyte, 2, 5'000'000},
+                          {icu::MeasureUnit::getTerabyte, 2, 5'000'000'000},
+                          {icu::MeasureUnit::getPetabyte, 2, 5'000'000'000'000}};
 
 /// Making one costs far more than using it, and a list shows thousands of sizes.
 const icu::number::LocalizedNumberFormatter& formatterFor(const std::string& locale, std::size_t unit) {
@@ -39,7 +43,26 @@ const icu::number::LocalizedNumberFormatter& formatterFor(const std::string& loc
     return made[unit];
 }
 
+/// The same for sizes that read the same. Rounding turns only at multiples of half a last digit, so the sizes
+/// between two of these read the same, and one that is a multiple stands for itself.
+std::int64_t roundedKey(std::int64_t bytes) {
+    std::size_t unit = 0;
+    for (auto rest = bytes; rest >= 1000 && unit + 1 < std::size(units); rest /= 1000)
+        ++unit;
+    const auto halfDigit = units[unit].halfDigit;
+    const bool isMultiple = bytes % halfDigit == 0;
+    return (bytes / halfDigit * 2 + (isMultiple ? 0 : 1)) * static_cast<std::int64_t>(std::size(units))
+           + static_cast<std::int64_t>(unit);
+}
+
 } // namespace
+
+const std::string& ByteCountTexts::text(std::int64_t bytes) {
+    bytes = std::max<std::int64_t>(bytes, 0);
+    auto& known = texts_[roundedKey(bytes)];
+    if (known.empty()) known = formatByteCount(bytes, locale_);
+    return known;
+}
 
 std::string formatByteCount(std::int64_t bytes, const std::string& locale) {
     auto value = static_cast<double>(std::max<std::int64_t>(bytes, 0));

@@ -1,6 +1,6 @@
 #include "sweep/leftover_tree.h"
 
-#include "base/byte_count.h"
+#include "base/parallel.h"
 #include "base/text.h"
 
 #include <algorithm>
@@ -8,40 +8,85 @@
 
 namespace tidwen {
 
-LeftoverList::LeftoverList(std::vector<Trace> traces, std::string locale)
-    : traces_(std::move(traces)), locale_(std::move(locale)) {
-    entries_.reserve(traces_.size());
-    sizeTexts_.reserve(traces_.size()); // rows point into it
-    for (const auto& trace : traces_) {
-        const auto name = searchForm(trace.displayName);
-        sizeTexts_.push_back(trace.sizeBytes ? formatByteCount(*trace.sizeBytes, locale_) : std::string());
-        entries_.push_back({.row = {&trace, trace.displayName, sizeTexts_.back()},
-                            .nameOffset = names_.size(),
-                            .nameLength = name.size(),
+namespace {
+
+/// The numbers from 0 on in an order that leaves no two equal; both halves are sorted at once.
+template<class IsBefore>
+std::vector<std::uint32_t> sorted(std::size_t count, IsBefore isBefore) {
+    std::vector<std::uint32_t> order(count);
+    std::iota(order.begin(), order.end(), 0u);
+    const auto middle = order.begin() + static_cast<std::ptrdiff_t>(count / 2);
+    parallelFor(2, [&](std::size_t half) {
+        half == 0 ? std::sort(order.begin(), middle, isBefore) : std::sort(middle, order.end(), isBefore);
+    });
+    std::inplace_merge(order.begin(), middle, order.end(), isBefore);
+    return order;
+}
+
+/// Inserting one by one would look for each one's place.
+std::set<Uuid> setOf(std::vector<Uuid> ids) {
+    std::sort(ids.begin(), ids.end());
+    return std::set<Uuid>(ids.begin(), ids.end());
+}
+
+void addIDs(std::vector<Uuid>& ids, const LeftoverGroup& group) {
+    for (const auto& row : group.rows)
+        ids.push_back(row.trace->id);
+}
+
+} // namespace
+
+void SharedTraces::add(std::vector<Trace> own) {
+    const auto owner = std::make_shared<const std::vector<Trace>>(std::move(own));
+    traces.reserve(traces.size() + owner->size());
+    for (const auto& trace : *owner)
+        traces.push_back(&trace);
+    owners.push_back(owner);
+}
+
+LeftoverList::LeftoverList(SharedTraces traces, std::string locale)
+    : shared_(std::move(traces)), locale_(std::move(locale)), sizeTexts_(locale_) {
+    describe();
+    sort();
+}
+
+void LeftoverList::describe() {
+    const auto& traces = shared_.traces;
+    names_ = TextList(traces.size(), [&](std::size_t i) { return searchForm(traces[i]->displayName); });
+    entries_.reserve(traces.size());
+    std::vector<Uuid> ids;
+    ids.reserve(traces.size());
+    for (std::size_t i = 0; i < traces.size(); ++i) {
+        const auto& trace = *traces[i];
+        const auto size = trace.sizeBytes ? std::string_view(sizeTexts_.text(*trace.sizeBytes)) : "";
+        entries_.push_back({.row = {&trace, trace.displayName, size},
+                            .name = names_[i],
                             .bytes = trace.sizeBytes,
                             .risk = trace.risk,
                             .category = trace.category,
                             .isManual = trace.reversibility == Reversibility::manualOnly});
-        names_ += name;
+        ids.push_back(trace.id);
         ++sums_.byRisk[static_cast<std::size_t>(trace.risk)];
         ++sums_.byCategory[static_cast<std::size_t>(trace.category)];
         sums_.bytes += trace.sizeBytes.value_or(0);
     }
-    sort();
+    ids_ = setOf(std::move(ids));
 }
 
 void LeftoverList::sort() {
-    std::vector<std::string> keys;
-    keys.reserve(traces_.size());
-    for (const auto& trace : traces_)
-        keys.push_back(displayOrderKey(trace.displayName, locale_));
-    byName_.resize(traces_.size());
-    std::iota(byName_.begin(), byName_.end(), 0u);
-    std::stable_sort(byName_.begin(), byName_.end(),
-                     [&](std::uint32_t a, std::uint32_t b) { return keys[a] < keys[b]; });
-    bySize_ = byName_; // stable: equal sizes stay in the order of their names
-    std::stable_sort(bySize_.begin(), bySize_.end(), [&](std::uint32_t a, std::uint32_t b) {
-        return entries_[a].bytes.value_or(-1) > entries_[b].bytes.value_or(-1);
+    const TextList keys(entries_.size(), [&](std::size_t i) {
+        return displayOrderKey(shared_.traces[i]->displayName, locale_);
+    });
+    byName_ = sorted(entries_.size(), [&](std::uint32_t a, std::uint32_t b) {
+        const int order = keys[a].compare(keys[b]);
+        return order != 0 ? order < 0 : a < b;
+    });
+    std::vector<std::uint32_t> place(byName_.size()); // equal sizes stay in the order of their names
+    for (std::uint32_t i = 0; i < byName_.size(); ++i)
+        place[byName_[i]] = i;
+    bySize_ = sorted(entries_.size(), [&](std::uint32_t a, std::uint32_t b) {
+        const auto sizeA = entries_[a].bytes.value_or(-1), sizeB = entries_[b].bytes.value_or(-1);
+        return sizeA != sizeB ? sizeA > sizeB : place[a] < place[b];
     });
 }
 
@@ -78,9 +123,7 @@ class LeftoverTreeBuilder {
         if (!filter_.risks.empty() && !filter_.risks.contains(entry.risk)) return false;
         if (filter_.category && entry.category != *filter_.category) return false;
         if (entry.bytes && *entry.bytes < floor_) return false;
-        return sought_.empty()
-               || std::string_view(list_.names_).substr(entry.nameOffset, entry.nameLength).find(sought_)
-                      != std::string_view::npos;
+        return sought_.empty() || entry.name.find(sought_) != std::string_view::npos;
     }
 
     void add(LeftoverTree& tree, const LeftoverList::Entry& entry) {
@@ -126,17 +169,16 @@ class LeftoverTreeBuilder {
 };
 
 std::set<Uuid> LeftoverGroup::ids() const {
-    std::set<Uuid> result;
-    for (const auto& row : rows)
-        result.insert(row.trace->id);
-    return result;
+    std::vector<Uuid> all;
+    addIDs(all, *this);
+    return setOf(std::move(all));
 }
 
 std::set<Uuid> LeftoverTier::ids() const {
-    std::set<Uuid> result;
+    std::vector<Uuid> all;
     for (const auto& group : groups)
-        result.merge(group.ids());
-    return result;
+        addIDs(all, group);
+    return setOf(std::move(all));
 }
 
 LeftoverTree buildTree(std::shared_ptr<const LeftoverList> list, const LeftoverFilter& filter) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/byte_count.h"
+#include "base/text_list.h"
 #include "sweep/leftover_filter.h"
 
 #include <array>
@@ -22,11 +24,24 @@ struct LeftoverRow {
     std::string_view sizeText; ///< empty for what has no size
 };
 
+/// Traces that belong to somebody, who is kept as long as they are needed.
+struct SharedTraces {
+    std::vector<std::shared_ptr<const void>> owners = {};
+    std::vector<const Trace*> traces = {};
+
+    SharedTraces() = default;
+    explicit SharedTraces(std::vector<Trace> own) { add(std::move(own)); }
+    void add(std::vector<Trace> own);
+};
+
 /// Leftovers made ready for being filtered on every key stroke: their names in search form, their sizes as
-/// text, both orders and the sums are worked out once. Immutable; shared by the trees built from it.
+/// text, both orders and the sums are worked out once, on all cores. Immutable; shared by the trees built
+/// from it.
 class LeftoverList {
   public:
-    explicit LeftoverList(std::vector<Trace> traces, std::string locale = "en");
+    explicit LeftoverList(SharedTraces traces, std::string locale = "en");
+    explicit LeftoverList(std::vector<Trace> traces, std::string locale = "en")
+        : LeftoverList(SharedTraces(std::move(traces)), std::move(locale)) {}
     LeftoverList(const LeftoverList&) = delete;
     LeftoverList& operator=(const LeftoverList&) = delete;
 
@@ -37,7 +52,8 @@ class LeftoverList {
         std::int64_t bytes = 0;
     };
 
-    const std::vector<Trace>& traces() const { return traces_; }
+    const std::vector<const Trace*>& traces() const { return shared_.traces; }
+    const std::set<Uuid>& ids() const { return ids_; } ///< of all traces, for choosing them at once
     const Sums& sums() const { return sums_; }
     const std::string& locale() const { return locale_; }
 
@@ -47,21 +63,23 @@ class LeftoverList {
     /// What a filter and a row need of a trace, side by side: the traces themselves lie far apart in memory.
     struct Entry {
         LeftoverRow row;
-        std::size_t nameOffset, nameLength; ///< into `names_`
+        std::string_view name; ///< in search form, in `names_`
         std::optional<std::int64_t> bytes;
         TraceRisk risk;
         TraceCategory category;
         bool isManual;
     };
 
+    void describe();
     void sort();
 
-    std::vector<Trace> traces_;
+    SharedTraces shared_;
     std::string locale_;
-    std::string names_; ///< every name in search form, one after another
-    std::vector<std::string> sizeTexts_;
+    TextList names_; ///< in search form
+    ByteCountTexts sizeTexts_;
     std::vector<Entry> entries_;                 ///< in the order of the traces
     std::vector<std::uint32_t> byName_, bySize_; ///< indices in either order
+    std::set<Uuid> ids_;
     Sums sums_;
 };
 

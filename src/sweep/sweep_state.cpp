@@ -3,6 +3,7 @@
 #include "base/byte_count.h"
 
 #include <atomic>
+#include <utility>
 
 namespace tidwen {
 
@@ -34,28 +35,32 @@ SweepState::~SweepState() {
     ++shared_->newest;
 }
 
-std::set<Uuid> SweepState::allIDs() const {
-    std::set<Uuid> ids;
-    for (const auto& trace : traces_)
-        ids.insert(trace.id);
-    return ids;
+const std::set<Uuid>& SweepState::allIDs() const {
+    static const std::set<Uuid> none;
+    return snapshot_.tree.list ? snapshot_.tree.list->ids() : none;
 }
 
 void SweepState::begin(Timestamp now) {
     startedAt_ = now;
-    traces_.clear();
-    known_.clear();
-    rebuild(true);
+    replaceTraces({});
 }
 
 void SweepState::add(const std::vector<Trace>& found) {
+    std::vector<Trace> unseen;
     for (const auto& trace : found)
-        if (known_.insert(trace.displayName).second) traces_.push_back(trace);
+        if (known_.insert(trace.displayName).second) unseen.push_back(trace);
+    traces_.add(std::move(unseen));
     rebuild(true);
 }
 
-void SweepState::finish(std::vector<Trace> traces) {
-    traces_ = std::move(traces);
+void SweepState::finish(SharedTraces traces) {
+    replaceTraces(std::move(traces));
+}
+
+/// Taking thousands of traces apart takes long, so what was there ends on the queue.
+void SweepState::replaceTraces(SharedTraces traces) {
+    std::swap(traces_, traces);
+    queue_.post([old = std::move(traces), known = std::exchange(known_, {})] {});
     rebuild(true);
 }
 
@@ -69,16 +74,16 @@ void SweepState::rebuild(bool tracesChanged) {
     if (tracesChanged) list_ = nullptr;
     const auto number = ++shared_->newest;
     // A list that is there serves every filter; else the traces go along and the list is made on the queue.
-    queue_.post([this, number, main = &main_, shared = shared_, list = list_,
-                 traces = list_ ? std::vector<Trace>() : traces_, filter = filter_,
-                 locale = locale_]() mutable {
+    queue_.post([this, number, main = &main_, queue = &queue_, shared = shared_, list = list_,
+                 traces = list_ ? SharedTraces() : traces_, filter = filter_, locale = locale_]() mutable {
         if (shared->newest != number) return;
         if (!list) list = std::make_shared<const LeftoverList>(std::move(traces), locale);
-        auto snapshot = makeSnapshot(list, filter);
-        main->post([this, number, shared, list, snapshot = std::move(snapshot)]() mutable {
+        auto snapshot = std::make_shared<Snapshot>(makeSnapshot(list, filter));
+        main->post([this, number, queue, shared, list, snapshot = std::move(snapshot)]() mutable {
             if (shared->newest != number) return;
-            list_ = std::move(list);
-            snapshot_ = std::move(snapshot);
+            list_ = list;
+            std::swap(snapshot_, *snapshot);
+            queue->post([old = std::move(snapshot)] {});
             changed.emit();
         });
     });

@@ -38,8 +38,10 @@ class SweepState {
     Signal<> changed;
 
     const Snapshot& snapshot() const { return snapshot_; }
-    const std::vector<Trace>& traces() const { return traces_; }
-    std::set<Uuid> allIDs() const;
+    const std::vector<const Trace*>& traces() const {
+        return traces_.traces;
+    }                                     ///< may be ahead of the snapshot
+    const std::set<Uuid>& allIDs() const; ///< of the snapshot
     const std::optional<Timestamp>& startedAt() const { return startedAt_; }
 
     /// A new sweep: what was found before is gone.
@@ -47,18 +49,20 @@ class SweepState {
     /// More finds of the running sweep; what was seen before does not count again.
     void add(const std::vector<Trace>& found);
     /// The finds of the ended sweep take the place of what was streamed.
-    void finish(std::vector<Trace> traces);
+    void finish(SharedTraces traces);
+    void finish(std::vector<Trace> traces) { finish(SharedTraces(std::move(traces))); }
     void setFilter(LeftoverFilter filter);
     const LeftoverFilter& filter() const { return filter_; }
 
   private:
     struct Shared;
+    void replaceTraces(SharedTraces traces);
     void rebuild(bool tracesChanged);
 
     Executor& main_;
     Executor& queue_;
     std::string locale_;
-    std::vector<Trace> traces_;
+    SharedTraces traces_;
     std::set<std::string> known_; ///< names of what was seen
     LeftoverFilter filter_;
     std::optional<Timestamp> startedAt_;

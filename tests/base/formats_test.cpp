@@ -78,6 +78,11 @@ TEST(ByteCount, CountsAsTheFinderDoes) {
     };
     for (const auto& [bytes, text] : cases)
         EXPECT_EQ(formatByteCount(bytes), text);
+    ByteCountTexts texts("en");
+    for (const std::int64_t step : {1L, 99L, 500L, 50'000L, 5'000'000L, 5'000'000'000L})
+        for (std::int64_t bytes = step; bytes < step * 300; bytes += step)
+            for (const auto each : {bytes - 1, bytes, bytes + 1})
+                ASSERT_EQ(texts.text(each), formatByteCount(each)) << each;
     EXPECT_EQ(formatByteCount(12'345'678, "de"), "12,3 MB");
 }
 
