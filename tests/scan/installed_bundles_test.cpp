@@ -319,6 +319,10 @@ TEST(InstalledBundlesAgain, ReadsOnlyWhatHasChanged) {
     EXPECT_FALSE(reads.contains(ferrysInfo) || reads.contains(innerInfo) || reads.contains(Path(owners)));
     EXPECT_EQ(second->bundles(), first->bundles());
     EXPECT_EQ(second->contents(1), first->contents(1));
+    const auto only = InstalledBundles(files, signatures, test::alice(), InstalledBundles::Looks::once)
+                          .look(InstalledBundles::Reach::further);
+    EXPECT_EQ(only->contents(1), first->contents(1));
+    EXPECT_EQ(files.takeReads().count(Path(owners + "/Raft.app/Contents/Info.plist")), 1u);
 
     const std::pair<const char*, std::function<void()>> changes[] = {
         {"com.example.newer", [&] { writeFerry("com.example.newer"); }},

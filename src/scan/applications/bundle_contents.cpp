@@ -61,23 +61,27 @@ bool isBudgetSpent(const FileSystem& files) {
 
 BundleContents readBundleContents(const FileSystem& files, const CodeSignatures& signatures,
                                   const Path& bundle, EmbeddedReach reach, const StopToken& stop) {
-    BundleContents contents;
     const auto opened = Bundle::open(files, bundle);
-    if (!opened) return contents;
-    addSigned(contents, files, signatures, *opened);
+    return opened ? readBundleContents(files, signatures, *opened, reach, stop) : BundleContents();
+}
+
+BundleContents readBundleContents(const FileSystem& files, const CodeSignatures& signatures,
+                                  const Bundle& opened, EmbeddedReach reach, const StopToken& stop) {
+    BundleContents contents;
+    addSigned(contents, files, signatures, opened);
     std::set<std::string> names;
-    auto embedded = findEmbeddedBundles(files, *opened, reach, stop, [&](const Bundle& inner) {
+    auto embedded = findEmbeddedBundles(files, opened, reach, stop, [&](const Bundle& inner) {
         addNames(names, inner);
         addSigned(contents, files, signatures, inner);
     });
     contents.embeddedNames.assign(names.begin(), names.end());
     std::set_union(embedded.identifiers.begin(), embedded.identifiers.end(), embedded.inFrameworks.begin(),
                    embedded.inFrameworks.end(), std::back_inserter(contents.embeddedIDs));
-    const bool areJobsReadable = addJobs(contents, files, bundle / "Contents/Library", stop);
-    if (opened->isDamaged || !embedded.isReadable || !areJobsReadable) contents.isReadable = false;
+    const bool areJobsReadable = addJobs(contents, files, opened.root / "Contents/Library", stop);
+    if (opened.isDamaged || !embedded.isReadable || !areJobsReadable) contents.isReadable = false;
     // A bundle that was taken away in the middle may hold more than was seen.
-    contents.isComplete = contents.isReadable && embedded.isComplete && opened->identifier()
-                          && !stop.stopRequested() && files.exists(opened->infoFile) && !isBudgetSpent(files);
+    contents.isComplete = contents.isReadable && embedded.isComplete && opened.identifier()
+                          && !stop.stopRequested() && files.exists(opened.infoFile) && !isBudgetSpent(files);
     return contents;
 }
 

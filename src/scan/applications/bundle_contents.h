@@ -6,6 +6,9 @@
 #include "scan/applications/bundle.h"
 #include "scan/applications/owning_bundle.h"
 
+#include <array>
+#include <string_view>
+
 namespace tidwen {
 
 /// Reads what a bundle declares and carries, bounded as `findEmbeddedBundles`; its frameworks are entered.
@@ -14,5 +17,13 @@ namespace tidwen {
 BundleContents readBundleContents(const FileSystem& files, const CodeSignatures& signatures,
                                   const Path& bundle, EmbeddedReach reach = EmbeddedReach::frameworks,
                                   const StopToken& stop = {});
+
+/// The same of a bundle that is open already. Of its Info.plist it takes the identifier, the executable and
+/// the privileged tools (`keysOfContents`).
+BundleContents readBundleContents(const FileSystem& files, const CodeSignatures& signatures,
+                                  const Bundle& opened, EmbeddedReach reach, const StopToken& stop);
+
+inline constexpr std::array<std::string_view, 3> keysOfContents = {"CFBundleIdentifier", "CFBundleExecutable",
+                                                                   "SMPrivilegedExecutables"};
 
 } // namespace tidwen

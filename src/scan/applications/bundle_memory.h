@@ -1,5 +1,6 @@
 #pragma once
 
+#include "scan/applications/bundle.h"
 #include "scan/applications/owning_bundle.h"
 #include "scan/applications/read_trail.h"
 
@@ -89,6 +90,8 @@ struct BundleIdentity {
     std::string bundleID = {};
     std::optional<std::string> name = {}; ///< for people; absent when empty
     std::vector<std::string> names = {};  ///< CFBundleName, CFBundleDisplayName, executable
+    /// With what of its Info.plist its contents are read by; absent where that has to be read anew.
+    std::shared_ptr<const Bundle> opened = {};
 };
 
 /// What a look at all bundles remembers for the next one.

@@ -21,7 +21,20 @@ void addName(std::vector<std::string>& names, std::string name) {
         names.push_back(std::move(name));
 }
 
-BundleIdentity readIdentity(const FileSystem& files, const Path& place) {
+/// The bundle with as much of its Info.plist as reading its contents takes.
+std::shared_ptr<const Bundle> forContents(const Bundle& bundle) {
+    auto kept = std::make_shared<Bundle>(
+        Bundle{.root = bundle.root, .contents = bundle.contents, .infoFile = bundle.infoFile, .info = {}});
+    kept->isDamaged = bundle.isDamaged;
+    if (!bundle.info) return kept;
+    kept->info.emplace();
+    for (const auto key : keysOfContents)
+        if (const auto found = bundle.info->find(key); found != bundle.info->end())
+            kept->info->insert(*found);
+    return kept;
+}
+
+BundleIdentity readIdentity(const FileSystem& files, const Path& place, bool keepsOpened) {
     BundleIdentity identity;
     const auto opened = Bundle::open(files, place);
     if (!opened) {
@@ -29,6 +42,7 @@ BundleIdentity readIdentity(const FileSystem& files, const Path& place) {
         return identity;
     }
     identity.isThere = true;
+    if (keepsOpened) identity.opened = forContents(*opened);
     identity.isReadable = opened->info.has_value();
     identity.isDamaged = opened->isDamaged;
     if (!identity.isReadable) return identity;
@@ -92,7 +106,7 @@ struct BundleSnapshot::LazyContents {
 
 BundleSnapshot::BundleSnapshot(const FileSystem& files, const CodeSignatures& signatures,
                                std::vector<OwningBundle> bundles, BundleCoverage coverage, BundleReach reach,
-                               std::shared_ptr<BundleMemory> memory, const ReadBudget& budget)
+                               std::shared_ptr<BundleMemory> memory, const ReadBudget& budget, Opened opened)
     : files_(files),
       signatures_(signatures),
       reach_(reach),
@@ -100,6 +114,7 @@ BundleSnapshot::BundleSnapshot(const FileSystem& files, const CodeSignatures& si
       memory_(memory ? std::move(memory) : std::make_shared<BundleMemory>(false)),
       bundles_(std::move(bundles)),
       coverage_(std::move(coverage)),
+      opened_(std::move(opened)),
       contents_(std::make_unique<LazyContents[]>(bundles_.size())) {}
 
 BundleSnapshot::~BundleSnapshot() = default;
@@ -124,7 +139,10 @@ std::shared_ptr<const BundleContents> BundleSnapshot::readContents(const Path& b
         const BudgetedSignatures signatures(signatures_, budget_);
         const auto reach =
             reach_ == BundleReach::further ? EmbeddedReach::further : EmbeddedReach::frameworks;
-        return readBundleContents(files, TrailedSignatures(signatures, files_, trail), bundle, reach, stop);
+        const TrailedSignatures trailed(signatures, files_, trail);
+        const auto opened = opened_.find(bundle);
+        return opened != opened_.end() ? readBundleContents(files, trailed, *opened->second, reach, stop)
+                                       : readBundleContents(files, trailed, bundle, reach, stop);
     };
     const auto weigh = [](const BundleContents& contents) {
         const auto entries = contents.embeddedIDs.size() + contents.embeddedNames.size()
@@ -161,6 +179,7 @@ InstalledBundles::InstalledBundles(const FileSystem& files, const CodeSignatures
     : files_(files),
       signatures_(signatures),
       user_(std::move(user)),
+      looks_(looks),
       limits_(limits),
       memory_(std::make_shared<BundleMemory>(looks == Looks::many)) {}
 
@@ -178,8 +197,10 @@ std::shared_ptr<const BundleSnapshot> InstalledBundles::look(Reach reach, const 
     const std::vector<std::pair<Path, std::vector<Path>>> named(found.names.begin(), found.names.end());
     const auto identities = readIdentities(named, budget, stop);
     std::vector<OwningBundle> bundles;
+    BundleSnapshot::Opened opened;
     for (std::size_t i = 0; i < named.size(); ++i) {
         if (!identities[i]) continue;
+        if (identities[i]->opened) opened.emplace(named[i].first, identities[i]->opened);
         auto bundle = makeBundle(*identities[i], named[i].first, named[i].second);
         if (identities[i]->isDamaged && budget.isExhausted())
             coverage.uncounted.push_back(bundle.url.parent());
@@ -190,7 +211,8 @@ std::shared_ptr<const BundleSnapshot> InstalledBundles::look(Reach reach, const 
     std::sort(bundles.begin(), bundles.end(), [](const auto& a, const auto& b) { return a.url < b.url; });
     complete(coverage, found);
     return std::make_shared<const BundleSnapshot>(files_, signatures_, std::move(bundles),
-                                                  std::move(coverage), reach, memory_, budget);
+                                                  std::move(coverage), reach, memory_, budget,
+                                                  std::move(opened));
 }
 
 std::vector<std::shared_ptr<const BundleIdentity>>
@@ -201,7 +223,7 @@ InstalledBundles::readIdentities(const std::vector<std::pair<Path, std::vector<P
     parallelFor(bundles.size(), [&](std::size_t i) {
         const auto& place = bundles[i].first;
         const auto read = [&](const FileSystem& files, const ReadTrail&) {
-            return readIdentity(files, place);
+            return readIdentity(files, place, looks_ == Looks::once);
         };
         if (!stop.stopRequested())
             identities[i] = memory_->identities.read(place, files_, budget, read, weigh);

@@ -9,6 +9,7 @@
 #include "scan/applications/owning_bundle.h"
 
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <set>
 #include <utility>
@@ -16,6 +17,7 @@
 
 namespace tidwen {
 
+struct Bundle;
 struct BundleIdentity;
 struct BundleMemory;
 
@@ -30,10 +32,13 @@ enum class BundleReach {
 /// it.
 class BundleSnapshot {
   public:
+    /// By place, bundles that need not be opened again for their contents.
+    using Opened = std::map<Path, std::shared_ptr<const Bundle>>;
+
     BundleSnapshot(const FileSystem& files, const CodeSignatures& signatures,
                    std::vector<OwningBundle> bundles, BundleCoverage coverage,
                    BundleReach reach = BundleReach::usual, std::shared_ptr<BundleMemory> memory = nullptr,
-                   const ReadBudget& budget = {});
+                   const ReadBudget& budget = {}, Opened opened = {});
     ~BundleSnapshot();
     BundleSnapshot(const BundleSnapshot&) = delete;
     BundleSnapshot& operator=(const BundleSnapshot&) = delete;
@@ -61,6 +66,7 @@ class BundleSnapshot {
     std::shared_ptr<BundleMemory> memory_;
     std::vector<OwningBundle> bundles_;
     BundleCoverage coverage_;
+    Opened opened_;
     std::unique_ptr<LazyContents[]> contents_;
 };
 
@@ -94,6 +100,7 @@ class InstalledBundles {
     const FileSystem& files_;
     const CodeSignatures& signatures_;
     UserEnvironment user_;
+    Looks looks_;
     ReadBudget::Limits limits_;
     std::shared_ptr<BundleMemory> memory_;
 };
