@@ -34,6 +34,7 @@ class AdminScriptRunner : public PrivilegedRunner {
     AdminScriptRunner(Execute execute, const FileSystem& files, UserEnvironment user, Log& log);
 
     std::vector<OperationResult> run(const std::vector<RemovalOperation>& operations) override;
+    bool asksPerRun() const override { return true; }
 
   private:
     /// The operation as root may do it: a move between where its ends really lie. Or why not.

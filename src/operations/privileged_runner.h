@@ -26,6 +26,8 @@ class PrivilegedRunner {
     virtual ~PrivilegedRunner() = default;
     /// Exactly one result per operation, in their order.
     virtual std::vector<OperationResult> run(const std::vector<RemovalOperation>& operations) = 0;
+    /// Each call may ask for a password, so all operations belong into one.
+    virtual bool asksPerRun() const { return false; }
 };
 
 } // namespace tidwen

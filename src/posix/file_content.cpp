@@ -1,5 +1,6 @@
 #include "posix/file_content.h"
 
+#include "posix/copied_bytes.h"
 #include "posix/item_description.h"
 
 #include <algorithm>
@@ -132,8 +133,10 @@ int copyContent(int from, int to, std::uint64_t size) {
             if (count < 0) return errno;
             if (count == 0) break; // cut shorter meanwhile; the comparison will tell
             const std::string_view piece(buffer.data(), static_cast<std::size_t>(count));
-            if (!isZero(piece))
+            if (!isZero(piece)) {
                 if (const int fault = writePiece(to, piece.data(), piece.size(), offset)) return fault;
+                CopiedBytes::add(piece.size());
+            }
             offset += piece.size();
         }
     }

@@ -39,9 +39,10 @@ RemovalFlowModel::Services Session::removalServices() {
             .loader = loader_,
             .makeScanner = [this] { return makeScanner(); },
             .sweepOrphans =
-                [this](const auto& stop, const auto& onFound) {
+                [this](const auto& stop, const auto& onFound, const auto& onStep) {
                     // As stored now: another process may have added to it since this session began.
-                    return sweepOrphans(ProtectedApps(mac_.system.defaults).bundleIDs(), stop, onFound);
+                    return sweepOrphans(ProtectedApps(mac_.system.defaults).bundleIDs(), stop, onFound,
+                                        onStep);
                 },
             .running = system.runningApplications,
             .executor = executor_,
@@ -84,13 +85,13 @@ std::unique_ptr<ResidueScanner> Session::makeScanner() {
 }
 
 OrphanScanResult Session::sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,
-                                       const OrphanScanner::OnFound& onFound) const {
+                                       const OrphanScanner::OnFound& onFound, const OnStep& onStep) const {
     const auto& system = mac_.system;
     OrphanScanner scanner(
         {system.files, system.receipts, system.runningApplications, system.log}, system.user,
         [&known = system.knownApplications](const std::string& bundleID) { return known.isKnown(bundleID); });
     InstalledBundles installed(system.files, system.signatures, system.user);
-    return scanner.scan(installed, protectedIDs, stop, onFound);
+    return scanner.scan(installed, protectedIDs, stop, onFound, onStep);
 }
 
 } // namespace tidwen

@@ -47,7 +47,7 @@ class Session {
     std::shared_ptr<const BundleSnapshot> lookAtBundles();
     /// Blocks; any thread but the main one, which would wait for it.
     OrphanScanResult sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,
-                                  const OrphanScanner::OnFound& onFound) const;
+                                  const OrphanScanner::OnFound& onFound, const OnStep& onStep = {}) const;
 
   private:
     std::unique_ptr<ResidueScanner> makeScanner();

@@ -40,15 +40,21 @@ void HistoryModel::load(Sizes sizes, std::function<void()> done) {
 }
 
 template<class Result>
-void HistoryModel::run(std::string busyID, std::function<tl::expected<Result, Refusal>()> action,
+void HistoryModel::run(std::string busyID,
+                       std::function<tl::expected<Result, Refusal>(const StepControl&)> action,
                        Answer<Result> answer) {
     if (busyEntryID.get()) return;
     busyEntryID.set(std::move(busyID));
+    stop_ = StopSource();
+    relay_.emplace(ports_.main, [this](const StepProgress& step) { progress.set(step); });
     ports_.background.post([this, ports = ports_, alive = std::weak_ptr(alive_), action = std::move(action),
+                            control = StepControl{stop_.token(), relay_->observer()},
                             answer = std::move(answer)]() mutable {
-        auto result = action();
+        auto result = action(control);
         ports.main.post([this, alive, result = std::move(result), answer = std::move(answer)] {
             if (alive.expired()) return;
+            relay_.reset();
+            progress.set(std::nullopt);
             busyEntryID.set(std::nullopt);
             errorMessage.set(result || !result.error().reason
                                  ? std::nullopt
@@ -63,7 +69,9 @@ void HistoryModel::run(std::string busyID, std::function<tl::expected<Result, Re
 void HistoryModel::undo(const Path& root, const ItemChoice& items, Answer<UndoReport> answer) {
     run<UndoReport>(
         root.string(),
-        [&service = ports_.undo, root, items] { return service.undoRun(root, items).map_error(toRefusal); },
+        [&service = ports_.undo, root, items](const StepControl& control) {
+            return service.undoRun(root, items, control).map_error(toRefusal);
+        },
         std::move(answer));
 }
 
@@ -75,13 +83,13 @@ void HistoryModel::remove(const std::vector<RemovalHistoryEntry>& chosen,
         folders.push_back(entry.root);
     run<QuarantinePurge::Outcome>(
         chosen.size() == 1 ? id(chosen.front()) : user_.trash().string(),
-        [ports = ports_, user = user_,
-         folders = std::move(folders)]() -> tl::expected<QuarantinePurge::Outcome, Refusal> {
+        [ports = ports_, user = user_, folders = std::move(folders)](
+            const StepControl& control) -> tl::expected<QuarantinePurge::Outcome, Refusal> {
             if (auto problem = ports.settings.problem()) return Refused(toRefusal(std::move(*problem)));
             if (folders.empty() && !ports.files.exists(user.trash())) return QuarantinePurge::Outcome();
             const auto lock = lockTrash(user, ports.files);
             if (!lock) return Refused(toRefusal(describeNotBegun(lock.error(), ports.texts)));
-            auto outcome = ports.purge.purge(folders);
+            auto outcome = ports.purge.purge(folders, control);
             if (!outcome) return Refused(Refusal{outcome.error().describe()});
             const auto left = listQuarantineFolders(user, ports.files);
             for (const auto& root : left.value_or(std::vector<Path>{}))

@@ -2,6 +2,7 @@
 
 #include "base/executor.h"
 #include "base/observable.h"
+#include "base/progress_relay.h"
 #include "base/texts.h"
 #include "platform/defaults.h"
 #include "quarantine/history.h"
@@ -53,6 +54,7 @@ class HistoryModel {
     Property<bool> isAnotherAtWork{false};
     Property<bool> isLoading{false};
     Property<std::optional<std::string>> busyEntryID; ///< see `id`; the Trash while several are deleted
+    Property<std::optional<StepProgress>> progress;   ///< the step at hand of what runs
     Property<std::optional<UndoReport>> lastUndo;
     Property<std::optional<std::string>> errorMessage; ///< of the last undo or deletion
 
@@ -71,6 +73,9 @@ class HistoryModel {
     void remove(const std::vector<RemovalHistoryEntry>& chosen, Answer<QuarantinePurge::Outcome> answer = {});
     void removeAll(Answer<QuarantinePurge::Outcome> answer = {}) { remove(entries.get(), std::move(answer)); }
 
+    /// Ends an undo or a deletion after the step at hand.
+    void stop() { stop_.requestStop(); }
+
     /// Why nothing is deleted for good: who does not know the settings does not know how long the user wants
     /// to keep what would go.
     std::optional<Message> whyNotRemove() const { return ports_.settings.problem(); }
@@ -79,7 +84,7 @@ class HistoryModel {
 
   private:
     template<class Result>
-    void run(std::string busyID, std::function<tl::expected<Result, Refusal>()> action,
+    void run(std::string busyID, std::function<tl::expected<Result, Refusal>(const StepControl&)> action,
              Answer<Result> answer);
     void publish(const UndoReport& report) { lastUndo.set(report); }
     void publish(const QuarantinePurge::Outcome& outcome);
@@ -87,6 +92,8 @@ class HistoryModel {
 
     Ports ports_;
     UserEnvironment user_;
+    StopSource stop_;                    ///< of what runs
+    std::optional<ProgressRelay> relay_; ///< while something runs
     int loadsStarted_ = 0;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };

@@ -183,7 +183,7 @@ FileResult<void> QuarantinePurge::removeRun(const Path& folder) {
 }
 
 tl::expected<QuarantinePurge::Outcome, QuarantinePurge::Failure>
-QuarantinePurge::purge(const std::vector<Path>& folders) {
+QuarantinePurge::purge(const std::vector<Path>& folders, const StepControl& control) {
     for (const auto& folder : folders)
         if (auto failure = validate(folder)) return tl::unexpected(std::move(*failure));
 
@@ -194,12 +194,21 @@ QuarantinePurge::purge(const std::vector<Path>& folders) {
             for (auto& item : foreignItems(folder.standardized()))
                 foreign.push_back(std::move(item));
         }
-        if (!foreign.empty())
+        if (!foreign.empty() && !control.isStopped()) {
+            control.tell({.step = 1, .total = folders.size(), .kind = "administrator"});
             if (auto failure = removeAsAdministrator(foreign)) return tl::unexpected(std::move(*failure));
+        }
     }
 
     Outcome outcome;
-    for (const auto& folder : folders) {
+    for (std::size_t i = 0; i < folders.size(); ++i) {
+        const auto& folder = folders[i];
+        if (control.isStopped()) {
+            outcome.kept.push_back(folder);
+            outcome.notBegun.push_back(folder);
+            continue;
+        }
+        control.tell({i + 1, folders.size(), "purge", folder.string()});
         if (!administrator_ && !isWhollyOurs(folder.standardized())) {
             log_.error("Left whole, not all of it may be deleted: {}", folder.string());
             outcome.kept.push_back(folder);
@@ -224,14 +233,17 @@ bool QuarantinePurge::isWhollyOurs(const Path& folder) const {
     return foreign && !*foreign;
 }
 
-int QuarantinePurge::purgeExpired(int days, Timestamp now) {
+int QuarantinePurge::purgeExpired(int days, Timestamp now, const StepControl& control) {
     const auto history = loadHistory(user_, files_, false);
     if (administrator_)
         for (const auto& entry : history)
             showHiddenItems(entry.root);
     int removed = 0;
-    for (const auto& entry : expiredEntries(history, days, now)) {
+    const auto expired = expiredEntries(history, days, now);
+    for (std::size_t i = 0; i < expired.size() && !control.isStopped(); ++i) {
+        const auto& entry = expired[i];
         if (!hasTrustworthyDate(entry.manifest, now)) continue;
+        control.tell({i + 1, expired.size(), "purge", entry.root.string()});
         if (validate(entry.root) || !isWhollyOurs(entry.root) || !removeRun(entry.root)) {
             log_.warning("Automatic purge refused {}", entry.root.string());
             continue;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/step_progress.h"
 #include "operations/admin_script_runner.h"
 #include "quarantine/history.h"
 
@@ -36,6 +37,7 @@ class QuarantinePurge {
         std::vector<Path> kept; ///< folders that could not be removed; the reason is in the log
         /// Those of `kept` that are whole, because they hold what only root could delete.
         std::vector<Path> othersItems = {};
+        std::vector<Path> notBegun = {}; ///< of `kept`: it was told to stop before them
     };
 
     /// Runs a shell script as an administrator; absent on a volume, where there is nobody to ask.
@@ -46,12 +48,12 @@ class QuarantinePurge {
 
     /// Removes the folders whose run is older than `days` (0: none), with the user's own rights and without a
     /// prompt. A run that holds anything of another owner stays as a whole. Gives the number removed.
-    int purgeExpired(int days, Timestamp now);
+    int purgeExpired(int days, Timestamp now, const StepControl& control = {});
 
     /// Removes the given folders. Each is validated first; when one is refused nothing is deleted. Items that
     /// belong to somebody else go through one administrator script; without one a run that holds any stays as
-    /// a whole.
-    tl::expected<Outcome, Failure> purge(const std::vector<Path>& folders);
+    /// a whole. A step is one run; told to stop, it deletes the run at hand and keeps the others.
+    tl::expected<Outcome, Failure> purge(const std::vector<Path>& folders, const StepControl& control = {});
 
   private:
     std::optional<Failure> validate(const Path& folder) const;

@@ -1,5 +1,6 @@
 #include "quarantine/recovery.h"
 
+#include "posix/copied_bytes.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/run_documents.h"
@@ -92,15 +93,23 @@ class Recovery {
 } // namespace
 
 RecoveryOutcome recoverInterruptedRemovals(const UserEnvironment& user, FileSystem& files, const Clock& clock,
-                                           Log& log) {
+                                           Log& log, const StepControl& control) {
     const auto folders = listQuarantineFolders(user, files);
     if (!folders) {
         log.warning("Unreadable location {}", user.trash().string());
         return {};
     }
     Recovery recovery(user, files, clock, log);
-    for (const auto& root : *folders)
+    for (std::size_t i = 0; i < folders->size() && !control.isStopped(); ++i) {
+        const auto& root = (*folders)[i];
+        StepProgress progress{i + 1, folders->size(), "recover", root.string()};
+        control.tell(progress);
+        const CopiedBytes copied([&](std::uint64_t bytes) {
+            progress.copiedBytes = bytes;
+            control.tell(progress);
+        });
         recovery.lookAt(root);
+    }
     return std::move(recovery.outcome);
 }
 

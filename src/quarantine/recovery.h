@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/step_progress.h"
 #include "platform/user_environment.h"
 #include "quarantine/unfinished_run.h"
 
@@ -19,8 +20,9 @@ struct RecoveryOutcome {
 /// writes each a manifest of what really lies in quarantine. While something of a run is unsettled its
 /// journal is all that knows of it: then no manifest is written. A journal that stayed beside a manifest goes
 /// once nothing of it is unsettled, and so does a quarantine folder in which nothing ever lay. The caller
-/// holds the lock of the Trash.
+/// holds the lock of the Trash. A step is one quarantine folder; told to stop, it leaves the others for the
+/// next time.
 RecoveryOutcome recoverInterruptedRemovals(const UserEnvironment& user, FileSystem& files, const Clock& clock,
-                                           Log& log);
+                                           Log& log, const StepControl& control = {});
 
 } // namespace tidwen

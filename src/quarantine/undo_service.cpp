@@ -3,7 +3,9 @@
 #include "base/numbered_name.h"
 #include "base/path_key.h"
 #include "operations/screened_move.h"
+#include "operations/stepwise_run.h"
 #include "platform/file_absence.h"
+#include "posix/copied_bytes.h"
 #include "quarantine/history.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/item_names.h"
@@ -70,12 +72,13 @@ bool isLaunchFolder(const Path& folder, const Path& home, bool isSystemDomain) {
 class UndoRun {
   public:
     UndoRun(UndoService::Ports& ports, const UserEnvironment& user, const Manifest& manifest,
-            const ItemChoice& items)
+            const ItemChoice& items, const StepControl& control)
         : ports_(ports),
           user_(user),
           policy_(user, ports.files),
           manifest_(manifest),
           items_(items),
+          steps_(control),
           numbers_(manifest),
           names_(ports.files) {}
 
@@ -83,6 +86,7 @@ class UndoRun {
         report_.mayHaveLost =
             std::ranges::any_of(manifest_.apps, [](const AppRecord& app) { return !app.bundleID.empty(); });
         const auto order = chosenSteps();
+        steps_.expect(order.size() + chosenJobs().size());
         for (const auto& step : order)
             if (!step.afterBatch) restore(step);
         queueJobs(true);
@@ -92,6 +96,7 @@ class UndoRun {
         revealRemains();
         queueJobs(false);
         runQueued(ports_.userRunner);
+        steps_.finish();
         removeEmptiedFolders();
         return std::move(report_);
     }
@@ -166,6 +171,7 @@ class UndoRun {
         // Looked for first: judging costs more, and a manifest may name any number of items that are not
         // there.
         if (isMissing(from) && !ports_.files.isSetAside(from)) return restoreMissing(from, source);
+        if (steps_.isStopped()) return fail(entry.source, {stoppedKey});
         if (isBlocked(from, source)) return fail(entry.source, {blockedBySafetyPolicyKey});
         if (isMissing(from) && finishEarlierUndo(from, source)) return countRestored(from, source);
         if (isMissing(from)) return fail(entry.source, {moveUnfinishedKey});
@@ -176,6 +182,8 @@ class UndoRun {
         taken_.insert(move.destination);
         if (isBlocked(from, move.destination)) return fail(entry.source, {blockedBySafetyPolicyKey});
         if (entry.requiresRoot) return queue(move, entry);
+        steps_.begin(kindName(move), entry.source);
+        const CopiedBytes copied([this](std::uint64_t bytes) { steps_.tellCopied(bytes); });
         if (const auto failure = screenedMove(move, ports_.files, policy_, ports_.log))
             return fail(entry.source, *failure);
         countRestored(move, source);
@@ -311,7 +319,7 @@ class UndoRun {
         operations.reserve(queued.size());
         for (const auto& each : queued)
             operations.push_back(each.operation);
-        const auto results = runner.run(operations);
+        const auto results = runStepwise(runner, operations, steps_);
         for (std::size_t i = 0; i < queued.size(); ++i) {
             const auto* move = std::get_if<operation::Move>(&queued[i].operation.kind);
             if (i < results.size() && results[i].succeeded)
@@ -343,6 +351,7 @@ class UndoRun {
     PathPolicy policy_;
     const Manifest& manifest_;
     const ItemChoice& items_;
+    StepCounter steps_;
     OperationNumbers numbers_;
     ItemNames names_;
     std::set<Path> taken_;
@@ -354,8 +363,8 @@ class UndoRun {
 
 } // namespace
 
-UndoReport UndoService::undo(const Manifest& manifest, const ItemChoice& items) {
-    return UndoRun(ports_, user_, manifest, items).run();
+UndoReport UndoService::undo(const Manifest& manifest, const ItemChoice& items, const StepControl& control) {
+    return UndoRun(ports_, user_, manifest, items, control).run();
 }
 
 tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settling settling) const {
@@ -389,15 +398,16 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settli
 
 tl::expected<UndoPlan, Message> UndoService::planRun(const Path& root, const ItemChoice& items) {
     return whatIsLeft(root, Settling::leftOut).map([&](const Manifest& manifest) {
-        return UndoRun(ports_, user_, manifest, items).plan();
+        return UndoRun(ports_, user_, manifest, items, {}).plan();
     });
 }
 
-tl::expected<UndoReport, Message> UndoService::undoRun(const Path& root, const ItemChoice& items) {
+tl::expected<UndoReport, Message> UndoService::undoRun(const Path& root, const ItemChoice& items,
+                                                       const StepControl& control) {
     const auto lock = lockTrash(user_, ports_.files);
     if (!lock) return tl::unexpected(describeNotBegun(lock.error(), ports_.texts));
     return whatIsLeft(root, Settling::done).map([&](const Manifest& manifest) {
-        auto report = undo(manifest, items);
+        auto report = undo(manifest, items, control);
         if (!readManifest(root, ports_.files)) finishInterruptedRun(manifest);
         return report;
     });

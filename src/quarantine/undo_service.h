@@ -2,6 +2,7 @@
 
 #include "base/log.h"
 #include "base/message.h"
+#include "base/step_progress.h"
 #include "base/texts.h"
 #include "operations/privileged_runner.h"
 #include "platform/user_environment.h"
@@ -61,15 +62,18 @@ class UndoService {
 
     UndoService(Ports ports, UserEnvironment user) : ports_(ports), user_(std::move(user)) {}
 
-    /// Of the items chosen; an item that lies in a folder which is in quarantine, too, waits for that.
-    UndoReport undo(const Manifest& manifest, const ItemChoice& items = {});
+    /// Of the items chosen; an item that lies in a folder which is in quarantine, too, waits for that. Told
+    /// to stop, it ends after the step at hand: what was not begun is among the failures, and another undo
+    /// brings it back.
+    UndoReport undo(const Manifest& manifest, const ItemChoice& items = {}, const StepControl& control = {});
 
     /// The undo of the run in the quarantine folder `root`, the same for every caller: locks the Trash, reads
     /// the run's manifest again (of a run that was cut off, its journal) and undoes what is left. Gives the
     /// reason when nothing was begun: another process is at work, nothing is left, nobody can tell what was
     /// moved. A run that was cut off gets its manifest in the end, as a recovery would give it, unless
     /// something of it is still on its way. Blocks.
-    tl::expected<UndoReport, Message> undoRun(const Path& root, const ItemChoice& items = {});
+    tl::expected<UndoReport, Message> undoRun(const Path& root, const ItemChoice& items = {},
+                                              const StepControl& control = {});
 
     /// What `undoRun` would do now, by the same rules and refusals. Only looks, and needs no lock.
     tl::expected<UndoPlan, Message> planRun(const Path& root, const ItemChoice& items = {});

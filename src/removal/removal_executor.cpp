@@ -1,6 +1,7 @@
 #include "removal/removal_executor.h"
 
 #include "operations/screened_move.h"
+#include "operations/stepwise_run.h"
 #include "platform/file_absence.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/quarantine_layout.h"
@@ -88,7 +89,7 @@ class ObservedResults {
 FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOperation>& plan,
                                                    const QuarantineLayout& layout,
                                                    const std::vector<AppRecord>& apps, RemovalMode mode,
-                                                   Timestamp date) {
+                                                   Timestamp date, const StepControl& control) {
     const RemovalJournal journal{
         .createdAt = date, .quarantineRoot = layout.root, .apps = apps, .planned = manifestEntries(plan)};
     if (const auto written = beginRun(journal, ports_.files); !written) {
@@ -102,13 +103,15 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
                          .quarantineRoot = layout.root,
                          .manifestURL = layout.root / manifestFileName,
                          .operations = plan};
+    StepCounter steps(control);
+    steps.expect(plan.size());
     for (const bool requiresRoot : {false, true}) {
-        const auto operations = operationsOfLevel(plan, requiresRoot);
-        if (operations.empty()) continue; // an empty batch would still ask for a password
-        auto results = (requiresRoot ? ports_.privilegedRunner : ports_.userRunner).run(operations);
+        auto& runner = requiresRoot ? ports_.privilegedRunner : ports_.userRunner;
+        auto results = runStepwise(runner, operationsOfLevel(plan, requiresRoot), steps);
         std::move(results.begin(), results.end(), std::back_inserter(report.results));
     }
 
+    steps.finish();
     report.manifestFailure = conclude(journal, report);
     const auto succeeded = std::count_if(report.results.begin(), report.results.end(),
                                          [](const OperationResult& result) { return result.succeeded; });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/step_progress.h"
 #include "quarantine/quarantine_layout.h"
 #include "removal/removal_report.h"
 
@@ -26,9 +27,11 @@ class RemovalExecutor {
     /// manifest beside it; then nothing was touched. The journal stays in place of a manifest when that
     /// cannot be written, when a move was left unfinished, and when the administrator's commands overran
     /// their time: then the run can be recovered, and undone by its journal.
+    /// Told to stop, it ends after the step at hand as after failures: the steps that were not begun have
+    /// "failure.stopped" as their reason.
     FileResult<RemovalReport> execute(const std::vector<RemovalOperation>& plan,
                                       const QuarantineLayout& layout, const std::vector<AppRecord>& apps,
-                                      RemovalMode mode, Timestamp date);
+                                      RemovalMode mode, Timestamp date, const StepControl& control = {});
 
   private:
     bool hasLostItsFolder(const RemovalJournal& journal) const;

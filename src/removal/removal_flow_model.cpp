@@ -20,7 +20,18 @@ RemovalFlowModel::RemovalFlowModel(Services services, UserEnvironment user)
       sweep_(services_.main, services_.treeQueue, services_.texts.language()) {}
 
 RemovalFlowModel::~RemovalFlowModel() {
-    scanStop_.requestStop();
+    stop_.requestStop();
+}
+
+StepControl RemovalFlowModel::beginSteps() {
+    stop_ = StopSource();
+    relay_.emplace(services_.main, [this](const StepProgress& step) { progress.set(step); });
+    return {stop_.token(), relay_->observer()};
+}
+
+void RemovalFlowModel::endSteps() {
+    relay_.reset();
+    progress.set(std::nullopt);
 }
 
 bool RemovalFlowModel::isHome() const {
@@ -94,36 +105,33 @@ void RemovalFlowModel::loadTargets(const std::vector<Path>& bundles, ProtectedTa
 
 void RemovalFlowModel::scan(std::vector<AppTarget> targets) {
     forgetChoices();
-    scanStop_ = StopSource();
+    const auto control = beginSteps();
     const auto total = static_cast<int>(targets.size());
     enter(stage::Scanning{targets.front().name, "", 0, total});
     const auto report = [this, alive = std::weak_ptr(alive_), main = &services_.main,
-                         stop = scanStop_.token()](stage::Scanning progress) {
-        main->post([this, alive, stop, progress = std::move(progress)] {
+                         stop = control.stop](stage::Scanning next) {
+        main->post([this, alive, stop, next = std::move(next)] {
             if (alive.expired() || stop.stopRequested()) return;
-            stage_ = progress;
+            stage_ = next;
             notify();
         });
     };
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [makeScanner = services_.makeScanner, targets = std::move(targets), stop = scanStop_.token(), report,
-         total] {
+        [makeScanner = services_.makeScanner, targets = std::move(targets), control, report, total] {
             const auto scanner = makeScanner();
             std::vector<ScanResult> results;
             for (const auto& target : targets) {
                 const auto done = static_cast<int>(results.size());
-                results.push_back(scanner->scan(
-                    target, stop,
-                    [&](const std::string& phase) {
-                        report({target.name, phase, done, total});
-                    },
-                    targets));
+                const auto onPhase = [&](const std::string& phase) {
+                    report({target.name, phase, done, total});
+                };
+                results.push_back(scanner->scan(target, control.stop, onPhase, targets, control.onStep));
             }
             return results;
         },
         // A scan that was called off may end all the same before it notices.
-        [stop = scanStop_.token()](RemovalFlowModel& self, std::vector<ScanResult> results) {
+        [stop = control.stop](RemovalFlowModel& self, std::vector<ScanResult> results) {
             if (!stop.stopRequested()) self.review(std::move(results));
         });
 }
@@ -131,12 +139,12 @@ void RemovalFlowModel::scan(std::vector<AppTarget> targets) {
 void RemovalFlowModel::scanOrphans() {
     if (!isHome()) return;
     forgetChoices();
-    scanStop_ = StopSource();
+    const auto control = beginSteps();
     errorMessage_.reset();
     sweep_.begin(services_.clock.now());
     enter(stage::Scanning{});
     const auto onFound = [this, alive = std::weak_ptr(alive_), main = &services_.main,
-                          stop = scanStop_.token()](const std::vector<Trace>& found) {
+                          stop = control.stop](const std::vector<Trace>& found) {
         main->post([this, alive, stop, found] {
             if (!alive.expired() && !stop.stopRequested()) sweep_.add(found);
         });
@@ -147,23 +155,26 @@ void RemovalFlowModel::scanOrphans() {
     };
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [sweepOrphans = services_.sweepOrphans, stop = scanStop_.token(), onFound] {
-            const auto result = std::make_shared<const OrphanScanResult>(sweepOrphans(stop, onFound));
+        [sweepOrphans = services_.sweepOrphans, control, onFound] {
+            const auto result =
+                std::make_shared<const OrphanScanResult>(sweepOrphans(control.stop, onFound, control.onStep));
             return Swept{result, Findings(result)};
         },
-        [stop = scanStop_.token()](RemovalFlowModel& self, Swept swept) {
+        [stop = control.stop](RemovalFlowModel& self, Swept swept) {
             if (!stop.stopRequested()) self.showOrphans(std::move(swept.result), std::move(swept.findings));
         });
 }
 
 void RemovalFlowModel::cancelScan() {
     if (!std::holds_alternative<stage::Scanning>(stage_)) return;
-    scanStop_.requestStop();
+    stop_.requestStop();
+    endSteps();
     stage_ = home_;
     notify();
 }
 
 void RemovalFlowModel::review(std::vector<ScanResult> results) {
+    endSteps();
     const bool isUnknown = services_.protectedApps.problem().has_value();
     for (auto& result : results)
         result.isProtected = isUnknown || services_.protectedApps.contains(result.target.bundleID);
@@ -184,6 +195,7 @@ void RemovalFlowModel::review(std::vector<ScanResult> results) {
 
 /// Nothing is selected: whose they are nobody can confirm, so the user chooses each.
 void RemovalFlowModel::showOrphans(std::shared_ptr<const OrphanScanResult> result, Findings findings) {
+    endSteps();
     std::vector<Trace> traces;
     for (const auto& group : result->groups)
         traces.insert(traces.end(), group.traces.begin(), group.traces.end());

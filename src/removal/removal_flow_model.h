@@ -2,6 +2,7 @@
 
 #include "base/executor.h"
 #include "base/observable.h"
+#include "base/progress_relay.h"
 #include "base/stop_token.h"
 #include "platform/applications.h"
 #include "quarantine/undo_service.h"
@@ -48,6 +49,8 @@ namespace tidwen {
 ///   removing     the run has ended                      report
 ///   removing     the run is refused or cannot be set up the stage it came from, with an error
 ///   removing     every application was left out         the stage it came from
+///   removing     stop, before the first step            the stage it came from, with an error
+///   removing     stop, later                            report
 ///   report       close                                  the home stage it came from; onReportDismissed
 ///
 ///   (*) home: idle, startupItems, installers, history. What is not in the table changes nothing.
@@ -61,7 +64,8 @@ class RemovalFlowModel {
         /// A scanner that knows the applications installed now; called in the background.
         std::function<std::unique_ptr<ResidueScanner>()> makeScanner;
         /// A sweep with the applications installed now; called in the background.
-        std::function<OrphanScanResult(const StopToken&, const OrphanScanner::OnFound&)> sweepOrphans;
+        std::function<OrphanScanResult(const StopToken&, const OrphanScanner::OnFound&, const OnStep&)>
+            sweepOrphans;
         RunningApplications& running;
         RemovalExecutor& executor;
         UndoService& undo;
@@ -86,6 +90,9 @@ class RemovalFlowModel {
 
     /// Told after every change of what the accessors below answer.
     Signal<> changed;
+    /// The step at hand of the scan, sweep, removal or undo that runs; nothing before its first one and when
+    /// none runs. Not told through `changed`.
+    Property<std::optional<StepProgress>> progress;
 
     const Stage& stage() const { return stage_; }
     const std::optional<std::string>& errorMessage() const { return errorMessage_; }
@@ -110,6 +117,11 @@ class RemovalFlowModel {
                      ProtectedTargets ofProtected = ProtectedTargets::refused);
     void scanOrphans();
     void cancelScan();
+    /// Ends what runs: cancels a scan or sweep; ends a removal after the step at hand, with a report like
+    /// that of one of which some steps failed; an undo likewise. A removal of which no step has begun goes
+    /// back to the stage it came from, and a pending quit prompt is withdrawn. What runs behind a password
+    /// prompt ends first.
+    void stop();
     /// One of the home stages.
     void show(Stage home);
     /// Leaves review, orphans or report.
@@ -145,6 +157,9 @@ class RemovalFlowModel {
     /// Why what was asked for was not begun.
     std::string wordsOf(const FileError& error) const;
     void notify() { changed.emit(); }
+    /// Begins something that can be followed and stopped.
+    StepControl beginSteps();
+    void endSteps();
 
     void scan(std::vector<AppTarget> targets);
     void review(std::vector<ScanResult> results);
@@ -157,6 +172,7 @@ class RemovalFlowModel {
     void beginUnlessRefused(const std::shared_ptr<Run>& run);
     void quitNext(std::shared_ptr<Run> run);
     void execute(std::shared_ptr<Run> run);
+    bool goBackIfStopped(Run& run);
     void goBack(Run& run, std::optional<std::string> error);
     void goBack(Run& run, RemovalRefusal refusal);
 
@@ -175,7 +191,9 @@ class RemovalFlowModel {
     std::map<std::string, LeftoverTree> reviewTrees_;
     LeftoverFilter reviewFilter_;
     SweepState sweep_;
-    StopSource scanStop_;
+    StopSource stop_;                    ///< of what runs; a new one for each scan, removal, undo
+    std::optional<ProgressRelay> relay_; ///< while something runs
+    std::shared_ptr<Run> run_;           ///< from the confirmation to the report
     std::vector<Path> unmovableItems_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };

@@ -20,6 +20,7 @@ struct RemovalFlowModel::Run {
     std::set<const FoundGroup*> running; ///< those that ran
     Stage cameFrom;
     std::unique_ptr<FolderLock> lock; ///< of the Trash
+    StepControl control;
 
     /// Passes over those of which nothing goes since another one was left out.
     const FoundGroup* nextToAsk() {
@@ -53,6 +54,8 @@ void RemovalFlowModel::confirm() {
     run->asked = run->choice.going();
     run->targets = run->choice.targets();
     run->cameFrom = stage_;
+    run->control = beginSteps();
+    run_ = run;
     enter(stage::Removing{choice_.subject()});
     beginUnlessRefused(run);
 }
@@ -102,12 +105,22 @@ void RemovalFlowModel::goBack(Run& run, RemovalRefusal refusal) {
 
 void RemovalFlowModel::goBack(Run& run, std::optional<std::string> error) {
     run.lock.reset();
+    const auto kept = std::move(run_); // it may hold the last reference
+    endSteps();
     errorMessage_ = std::move(error);
     stage_ = std::move(run.cameFrom);
     notify();
 }
 
+/// No step has begun, and none will.
+bool RemovalFlowModel::goBackIfStopped(Run& run) {
+    if (!run.control.isStopped()) return false;
+    goBack(run, services_.texts.text("error.stoppedBeforeFirstStep"));
+    return true;
+}
+
 void RemovalFlowModel::quitNext(std::shared_ptr<Run> run) {
+    if (goBackIfStopped(*run)) return;
     const auto* group = run->nextToAsk();
     if (!group) return execute(std::move(run));
     inBackground(
@@ -129,6 +142,16 @@ void RemovalFlowModel::quitNext(std::shared_ptr<Run> run) {
         });
 }
 
+void RemovalFlowModel::stop() {
+    if (std::holds_alternative<stage::Scanning>(stage_)) return cancelScan();
+    if (!run_ && !isUndoing_) return;
+    stop_.requestStop();
+    if (!pendingQuitPrompt_) return;
+    pendingQuitPrompt_.reset();
+    quitPromptContinuation_ = nullptr;
+    goBackIfStopped(*run_);
+}
+
 void RemovalFlowModel::answerQuitPrompt(QuitPromptChoice choice) {
     if (!pendingQuitPrompt_) return;
     pendingQuitPrompt_.reset();
@@ -143,13 +166,16 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
     auto work = [services = services_, user = user_, run] {
         RemovalRun removal(
             {services.files, services.executor, services.audit, services.texts, services.clock}, user);
-        auto report = removal.carryOut(run->choice, run->targets);
+        auto report = removal.carryOut(run->choice, run->targets, run->control);
         run->lock.reset(); // before the report is seen, so that it can be undone at once
         return report;
     };
     inBackground(*this, alive_, services_.background, services_.main, std::move(work),
                  [run = std::move(run)](RemovalFlowModel& self, FileResult<RemovalReport> report) {
                      if (!report) return self.goBack(*run, self.wordsOf(report.error()));
+                     if (report->isUntouched()) return void(self.goBackIfStopped(*run));
+                     self.run_.reset();
+                     self.endSteps();
                      self.undoReport_.reset();
                      self.forgetChoices();
                      self.enter(stage::Report{std::move(*report), run->choice.subject()});
@@ -161,12 +187,16 @@ void RemovalFlowModel::undoLast() {
     if (!shown || isUndoing_) return;
     isUndoing_ = true;
     errorMessage_.reset();
+    const auto control = beginSteps();
     notify();
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [&service = services_.undo, root = shown->report.quarantineRoot] { return service.undoRun(root); },
+        [&service = services_.undo, root = shown->report.quarantineRoot, control] {
+            return service.undoRun(root, {}, control);
+        },
         [](RemovalFlowModel& self, tl::expected<UndoReport, Message> outcome) {
             self.isUndoing_ = false;
+            self.endSteps();
             if (!outcome) return self.fail(self.services_.texts.text(outcome.error()));
             self.undoReport_ = std::move(*outcome);
             self.notify();

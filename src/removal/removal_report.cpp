@@ -1,5 +1,7 @@
 #include "removal/removal_report.h"
 
+#include "operations/stepwise_run.h"
+
 #include <algorithm>
 #include <unordered_map>
 
@@ -33,6 +35,14 @@ bool RemovalReport::missedAPermission() const {
                return resetsPermissions(operations, app.bundleID)
                       && (!app.tccSurvivors.empty() || !app.unreadable.empty());
            });
+}
+
+bool RemovalReport::wasStopped() const {
+    return std::ranges::any_of(results, wasNotBegun);
+}
+
+bool RemovalReport::isUntouched() const {
+    return wasStopped() && std::ranges::all_of(results, wasNotBegun);
 }
 
 std::vector<RemovalReport::Failure> RemovalReport::failures() const {

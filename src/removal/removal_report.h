@@ -61,7 +61,12 @@ struct RemovalReport {
     /// A permission of an application whose permissions were reset is still recorded, or may be.
     bool missedAPermission() const;
 
-    /// Failed operations with their reasons, in plan order.
+    /// Somebody asked to stop before the last step had begun.
+    bool wasStopped() const;
+    /// And before the first one.
+    bool isUntouched() const;
+
+    /// Failed operations with their reasons, in plan order; those that were not begun are among them.
     std::vector<Failure> failures() const;
 };
 

@@ -1,15 +1,19 @@
 #include "removal/removal_run.h"
 
+#include "operations/stepwise_run.h"
 #include "removal/removal_aftermath.h"
 #include "removal/removal_verification.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 #include <utility>
 
 namespace tidwen {
 
 FileResult<RemovalReport> RemovalRun::carryOut(const RemovalChoice& choice,
-                                               const std::vector<RemovalTarget>& targets) {
+                                               const std::vector<RemovalTarget>& targets,
+                                               const StepControl& control) {
     const auto date = ports_.clock.now();
     std::vector<AppRecord> apps;
     apps.reserve(targets.size());
@@ -19,9 +23,9 @@ FileResult<RemovalReport> RemovalRun::carryOut(const RemovalChoice& choice,
     if (!layout) return tl::unexpected(layout.error());
     const auto plan = buildRemovalPlan(targets, *layout, choice.mode(), ports_.texts);
     auto links = linksToApplications(targets, ports_.files, user_);
-    auto report = ports_.executor.execute(plan, *layout, apps, choice.mode(), date);
+    auto report = ports_.executor.execute(plan, *layout, apps, choice.mode(), date, control);
     if (!report) return report;
-    if (manifestEntries(plan).empty()) dropRecord(*report);
+    if (manifestEntries(plan).empty() || report->isUntouched()) dropRecord(*report);
     report->verification = verifyRemoval(targets, ports_.audit);
     report->reclaimedBytes = movedBytes(*report, ports_.files);
     report->emptiedFolders = emptiedFolders(targets, ports_.files, user_);
@@ -29,7 +33,7 @@ FileResult<RemovalReport> RemovalRun::carryOut(const RemovalChoice& choice,
     report->deadLinks = std::move(links);
     report->skippedNames = choice.findings().skippedNames();
     report->unseen = choice.findings().unseen();
-    report->left = remaindersAfter(choice.remainders(), ports_.files);
+    report->left = remaindersOf(choice, *report);
     return report;
 }
 
@@ -38,6 +42,48 @@ void RemovalRun::dropRecord(RemovalReport& report) const {
     if (report.manifestFailure || !ports_.files.removeFile(report.manifestURL)) return;
     if (!ports_.files.removeEmptyDirectory(report.quarantineRoot)) return;
     report.quarantineRoot = report.manifestURL = Path();
+}
+
+namespace {
+
+/// What was to go, and was not begun when the run was told to stop.
+std::set<Uuid> notBegun(const RemovalReport& report) {
+    std::set<Uuid> traces;
+    std::map<int, Uuid> traceOf;
+    for (const auto& step : report.operations)
+        traceOf.emplace(step.id, step.traceID);
+    for (const auto& result : report.results)
+        if (const auto trace = traceOf.find(result.operationID);
+            wasNotBegun(result) && trace != traceOf.end())
+            traces.insert(trace->second);
+    return traces;
+}
+
+/// To the group that has it already, if it has.
+Remainder& remainderOf(const AppTarget& target, std::vector<Remainder>& left) {
+    const auto known = std::ranges::find_if(left, [&](const Remainder& each) {
+        return each.target.bundleURL == target.bundleURL && each.target.bundleID == target.bundleID
+               && each.target.name == target.name;
+    });
+    if (known != left.end()) return *known;
+    left.push_back({.target = target, .traces = {}});
+    return left.back();
+}
+
+} // namespace
+
+/// What stays after the run, and whether a later search would find it.
+std::vector<Remainder> RemovalRun::remaindersOf(const RemovalChoice& choice,
+                                                const RemovalReport& report) const {
+    auto left = choice.remainders();
+    if (report.wasStopped()) {
+        const auto stopped = notBegun(report);
+        for (const auto& each : choice.going())
+            for (const auto* trace : each.traces)
+                if (stopped.contains(trace->id))
+                    remainderOf(each.group->target, left).traces.push_back({*trace, StayReason::stopped});
+    }
+    return remaindersAfter(std::move(left), ports_.files);
 }
 
 } // namespace tidwen

@@ -23,12 +23,14 @@ class RemovalRun {
 
     RemovalRun(Ports ports, UserEnvironment user) : ports_(ports), user_(std::move(user)) {}
 
-    /// `targets`: those of the choice.
-    FileResult<RemovalReport> carryOut(const RemovalChoice& choice,
-                                       const std::vector<RemovalTarget>& targets);
+    /// `targets`: those of the choice. Told to stop before the first step, it leaves no folder behind
+    /// (`RemovalReport::isUntouched`).
+    FileResult<RemovalReport> carryOut(const RemovalChoice& choice, const std::vector<RemovalTarget>& targets,
+                                       const StepControl& control = {});
 
   private:
     void dropRecord(RemovalReport& report) const;
+    std::vector<Remainder> remaindersOf(const RemovalChoice& choice, const RemovalReport& report) const;
 
     Ports ports_;
     UserEnvironment user_;

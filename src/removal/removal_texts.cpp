@@ -1,6 +1,7 @@
 #include "removal/removal_texts.h"
 
 #include "base/byte_count.h"
+#include "operations/stepwise_run.h"
 
 #include <algorithm>
 #include <iterator>
@@ -72,8 +73,13 @@ ReportTexts reportTexts(const RemovalReport& report, const std::string& subject,
     if (report.reclaimedBytes)
         words.reclaimed = texts.text("report.summary.reclaimed %@",
                                      {formatByteCount(*report.reclaimedBytes, texts.language())});
+    std::size_t notBegun = 0;
     for (const auto& failure : failures)
-        words.failures.push_back(subjectOf(failure.operation, texts) + ": " + texts.text(failure.reason));
+        if (failure.reason.key == stoppedKey)
+            ++notBegun;
+        else
+            words.failures.push_back(subjectOf(failure.operation, texts) + ": " + texts.text(failure.reason));
+    if (notBegun > 0) words.stopped = texts.text("report.stopped %lld", {number(notBegun)});
     if (!report.verification) return words;
     std::vector<VerificationReport::AppVerification> checked; // installer files have no permissions
     std::ranges::copy_if(report.verification->apps, std::back_inserter(checked), [&](const auto& app) {

@@ -29,7 +29,8 @@ struct ReportTexts {
     std::string summary;                   ///< "Marlin Notes removed"
     std::string counts;                    ///< "9 of 10 removed": items that were moved, and all
     std::optional<std::string> reclaimed;  ///< absent while the size is not known
-    std::vector<std::string> failures;     ///< "name: reason"
+    std::optional<std::string> stopped;    ///< how many steps were not begun when it was told to stop
+    std::vector<std::string> failures;     ///< "name: reason", of the steps that were begun
     std::vector<std::string> verification; ///< empty when nothing was checked
     bool isClean = true;                   ///< no permission is left, as far as everything could be read
 };

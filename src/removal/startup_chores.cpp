@@ -16,18 +16,20 @@ void StartupChores::run() {
     if (std::exchange(hasStarted_, true)) return;
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [services = services_, user = user_, retention = services_.preferences.quarantineRetention.get()] {
+        [services = services_, user = user_, control = beginSteps(),
+         retention = services_.preferences.quarantineRetention.get()] {
             if (!services.files.exists(user.trash())) return RecoveryOutcome(); // do not create it to look
             const auto lock = lockTrash(user, services.files);
             if (!lock) return RecoveryOutcome(); // what another Tidwen is at work on is not interrupted
-            services.purge.purgeExpired(days(quarantineRetention(retention)), services.clock.now());
-            return recoverInterruptedRemovals(user, services.files, services.clock, services.log);
+            services.purge.purgeExpired(days(quarantineRetention(retention)), services.clock.now(), control);
+            return recoverInterruptedRemovals(user, services.files, services.clock, services.log, control);
         },
         [](StartupChores& self, RecoveryOutcome outcome) { self.show(std::move(outcome)); });
 }
 
 void StartupChores::show(RecoveryOutcome outcome) {
     isDone_ = true;
+    endSteps();
     for (auto& manifest : outcome.recovered)
         recoveryNotices_.push_back({std::move(manifest), {}});
     for (auto& run : outcome.unfinished)
@@ -35,6 +37,17 @@ void StartupChores::show(RecoveryOutcome outcome) {
     std::ranges::stable_sort(recoveryNotices_, std::greater(),
                              [](const RecoveryNotice& notice) { return notice.manifest.createdAt; });
     changed.emit();
+}
+
+StepControl StartupChores::beginSteps() {
+    stop_ = StopSource();
+    relay_.emplace(services_.main, [this](const StepProgress& step) { progress.set(step); });
+    return {stop_.token(), relay_->observer()};
+}
+
+void StartupChores::endSteps() {
+    relay_.reset();
+    progress.set(std::nullopt);
 }
 
 void StartupChores::dismissRecoveryNotice() {
@@ -56,9 +69,12 @@ void StartupChores::undoRecovered() {
     const auto root = recoveryNotices_.front().manifest.quarantineRoot;
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [&service = services_.undo, root] { return service.undoRun(root); },
+        [&service = services_.undo, root, control = beginSteps()] {
+            return service.undoRun(root, {}, control);
+        },
         [root](StartupChores& self, tl::expected<UndoReport, Message> outcome) {
             self.isUndoing_ = false;
+            self.endSteps();
             if (outcome) {
                 self.undoReport_ = std::move(*outcome);
                 self.dismissRecoveryNotice(root);

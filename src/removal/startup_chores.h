@@ -2,6 +2,7 @@
 
 #include "base/executor.h"
 #include "base/observable.h"
+#include "base/progress_relay.h"
 #include "quarantine/quarantine_purge.h"
 #include "quarantine/recovery.h"
 #include "quarantine/undo_service.h"
@@ -43,6 +44,8 @@ class StartupChores {
 
     /// Told after every change of what the accessors below answer.
     Signal<> changed;
+    /// The step at hand of the purge, the recovery or an undo that runs. Not told through `changed`.
+    Property<std::optional<StepProgress>> progress;
 
     /// Once; what follows does nothing.
     void run();
@@ -60,15 +63,21 @@ class StartupChores {
     /// Undoes the run of the notice; the notice goes with it.
     void undoRecovered();
     bool isUndoing() const { return isUndoing_; }
+    /// Ends what runs after the step at hand; what is left waits for the next start, or another undo.
+    void stop() { stop_.requestStop(); }
     const std::optional<UndoReport>& undoReport() const { return undoReport_; }
     /// Why the last undo was not begun.
     const std::optional<std::string>& errorMessage() const { return errorMessage_; }
 
   private:
     void show(RecoveryOutcome outcome);
+    StepControl beginSteps();
+    void endSteps();
 
     Services services_;
     UserEnvironment user_;
+    StopSource stop_;
+    std::optional<ProgressRelay> relay_; ///< while something runs
     bool hasStarted_ = false;
     bool isDone_ = false;
     std::vector<RecoveryNotice> recoveryNotices_;

@@ -40,6 +40,8 @@ Message StayingTrace::describe() const {
         break;
     case StayReason::leftOut:
         return {"left.leftOut"};
+    case StayReason::stopped:
+        return {"left.stopped"};
     case StayReason::byHand:
         return {"left.byHand"};
     }

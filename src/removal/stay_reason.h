@@ -17,6 +17,7 @@ enum class StayReason {
     mayHoldOthers, ///< not all of it was searched for other applications, so it goes only when it is chosen
     claimed,       ///< it was chosen, and an application of the same scan that stays claims it too
     leftOut,       ///< it was chosen, and its application was left out at the quit prompt
+    stopped,       ///< it was to go, and the run was told to stop before
     byHand,        ///< only the user can deal with it
 };
 

@@ -44,12 +44,18 @@ LocationSweep::LocationSweep(const OrphanScanner::Ports& ports, const BudgetedFi
       gaps_(gaps),
       stop_(stop) {}
 
-FindsByIdentifier LocationSweep::run(OrphanScanResult& result, const OrphanScanner::OnFound& onFound) {
+FindsByIdentifier LocationSweep::run(OrphanScanResult& result, const OrphanScanner::OnFound& onFound,
+                                     const OnStep& onStep) {
     const auto locations = searchLocations(user_);
     for (const auto& location : locations)
         searched_.insert(location.url);
+    StepProgress step{.total = locations.size()};
     for (const auto& location : locations) {
         if (stop_.stopRequested()) break;
+        ++step.step;
+        step.kind = name(location.category);
+        step.item = location.url.string();
+        if (onStep) onStep(step);
         const auto access = accessTo(location.url, files_, policy_);
         if (access == LocationAccess::absent || !isFirstWayTo(location)) continue;
         auto candidates = access == LocationAccess::closed

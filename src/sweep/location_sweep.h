@@ -36,7 +36,8 @@ class LocationSweep {
                   const std::vector<SweepGap>& gaps, const StopToken& stop);
 
     /// What could not be looked at goes to the result.
-    FindsByIdentifier run(OrphanScanResult& result, const OrphanScanner::OnFound& onFound);
+    FindsByIdentifier run(OrphanScanResult& result, const OrphanScanner::OnFound& onFound,
+                          const OnStep& onStep = {});
 
     const LinkedPlaces& linked() const { return linked_; }
     /// What has no identifier and may be taken all the same, if it is some group's.

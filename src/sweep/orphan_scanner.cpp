@@ -104,7 +104,7 @@ OrphanScanner::Look OrphanScanner::lookForOwners(InstalledBundles& installed, co
 }
 
 OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set<std::string>& protectedIDs,
-                                     const StopToken& stop, const OnFound& onFound) {
+                                     const StopToken& stop, const OnFound& onFound, const OnStep& onStep) {
     auto [owners, gaps] = lookForOwners(installed, stop);
     const auto packages = listLivingPackages(ports_.files, ports_.receipts, user_, owners, stop);
     owners.add(packages.identifiers);
@@ -115,7 +115,7 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
     const BudgetedFiles files(ports_.files);
     OwnerJudge judge(owners, ports_.running, isRegistered_, protectedIDs);
     LocationSweep sweep(ports_, files, user_, owners, packages.lost, judge, gaps, stop);
-    auto finds = sweep.run(result, onFound);
+    auto finds = sweep.run(result, onFound, onStep);
 
     // Applications that were installed meanwhile, or stood elsewhere or were being updated at the first look.
     // Where nothing is claimed, they change nothing.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/step_progress.h"
 #include "base/stop_token.h"
 #include "platform/applications.h"
 #include "platform/file_system.h"
@@ -63,9 +64,9 @@ class OrphanScanner {
 
     /// `protectedIDs`: identifiers whose leftovers are left alone. Of what is streamed some may turn out to
     /// belong to an application that came meanwhile, and is missing in the result. Stopped early it gives no
-    /// groups at all: nothing was looked at once more.
+    /// groups at all: nothing was looked at once more. A step is one search location.
     OrphanScanResult scan(InstalledBundles& installed, const std::set<std::string>& protectedIDs,
-                          const StopToken& stop = {}, const OnFound& onFound = {});
+                          const StopToken& stop = {}, const OnFound& onFound = {}, const OnStep& onStep = {});
 
   private:
     /// One look at all that lives, and at what of it could not be seen.

@@ -1,4 +1,7 @@
+#include "base/descriptor.h"
+#include "posix/copied_bytes.h"
 #include "posix/rooted_file_system.h"
+#include "posix/tree_copy.h"
 #include "support/small_disk.h"
 #include "support/temporary_folder.h"
 #include "support/trees.h"
@@ -9,6 +12,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 #ifdef __linux__
 #include <csignal>
@@ -425,6 +429,20 @@ TEST(SettleInterruptedMove, FinishesItsOwnRenamesByHardLink) {
     (void)openVolume(volume.hostRoot())->settleInterruptedMove(Path("/from/x"), Path("/to/x"));
     EXPECT_EQ(namesIn(volume.host("/from")), std::vector<std::string>{"x"});
     EXPECT_EQ(namesIn(volume.host("/to")), std::vector<std::string>{"x"});
+}
+
+TEST(CopiedBytes, AreToldToTheirThreadWhileTheyAreCopied) {
+    const TemporaryFolder folder;
+    std::ofstream(folder.path() / "from") << std::string(3u << 20, 'x');
+    std::vector<std::uint64_t> told;
+    {
+        const CopiedBytes observed([&](std::uint64_t bytes) { told.push_back(bytes); });
+        const Descriptor parent(::open(folder.path().c_str(), O_RDONLY | O_CLOEXEC));
+        EXPECT_EQ(copyTree(parent.get(), "from", parent.get(), "to"), 0);
+        std::thread([] { CopiedBytes::add(1u << 30); }).join();
+    }
+    CopiedBytes::add(1u << 30);
+    EXPECT_EQ(told, (std::vector<std::uint64_t>{1u << 20, 2u << 20, 3u << 20}));
 }
 
 } // namespace

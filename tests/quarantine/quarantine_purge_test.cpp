@@ -122,6 +122,17 @@ TEST_F(Purge, LinksThatAppearLeadNowhere) {
     EXPECT_TRUE(volume.exists("/Users/alice/elsewhere/Tidwen - Beside/0001/Notes"));
 }
 
+TEST_F(Purge, KeepsTheRunsBeforeWhichItIsToldToStop) {
+    const auto first = run("First"), second = run("Second");
+    StopSource stop;
+    const auto outcome =
+        purger().purge({first, second}, {stop.token(), [&](const StepProgress&) { stop.requestStop(); }});
+    EXPECT_EQ(outcome->removedFolders, 1);
+    EXPECT_EQ(outcome->notBegun, std::vector{second});
+    EXPECT_EQ(outcome->kept, std::vector{second});
+    EXPECT_TRUE(volume.exists(second.string()) && !volume.exists(first.string()));
+}
+
 TEST(PurgeScript, QuotesPaths) {
     EXPECT_EQ(purgeScript({Path("/T/O'Brien"), Path("/T/$(b)")}),
               "d=$(/usr/bin/mktemp -d /private/tmp/tidwen-purge.XXXXXX) || exit 1\n"

@@ -19,6 +19,7 @@ class Undo : public testing::Test {
         administrator.answer = [this](const RemovalOperation& each) {
             return VolumeRunner(volume.files(), alice(), log).run({each}).front().failureReason;
         };
+        administrator.asksForPassword = true;
         manifest.quarantineRoot = root;
     }
 
@@ -73,6 +74,24 @@ TEST_F(Undo, PutsEverythingBackWithOneBatch) {
     EXPECT_THAT(session.batches[0],
                 ElementsAre(is(operation::Bootstrap{Path(agents + "agent.plist"), false})));
     EXPECT_THAT(*volume.files().list(root), IsEmpty()) << "emptied folders stay behind";
+}
+
+TEST_F(Undo, WhatItLeavesWhenItIsToldToStopComesBackLater) {
+    quarantined(1, "/Users/alice/Library/Caches/first");
+    quarantined(2, "/Users/alice/Library/Caches/second");
+    quarantined(3, "/Library/Caches/third", true);
+    StopSource stop;
+    auto service = UndoService({volume.files(), administrator, session, texts, log, clock}, alice());
+    const auto report = service.undo(manifest, {}, {stop.token(), [&](const StepProgress& step) {
+                                                        EXPECT_EQ(step.total, 3u);
+                                                        stop.requestStop();
+                                                    }});
+    EXPECT_EQ(report.restoredCount, 1);
+    EXPECT_EQ(report.failures,
+              (std::vector<std::string>{"/Users/alice/Library/Caches/second: failure.stopped",
+                                        "/Library/Caches/third: failure.stopped"}));
+    EXPECT_THAT(administrator.batches, IsEmpty());
+    EXPECT_EQ(service.undo(manifest).restoredCount, 2);
 }
 
 TEST_F(Undo, ReportsEveryStepThatFailsAndGoesOn) {

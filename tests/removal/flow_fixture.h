@@ -84,7 +84,7 @@ class FlowFixture : public SteppedQueues {
             .loader = loader,
             .makeScanner = [this] { return makeScanner(); },
             .sweepOrphans =
-                [this](const StopToken&, const auto& onFound) {
+                [this](const StopToken&, const auto& onFound, const OnStep&) {
                     onFound({orphan});
                     return OrphanScanResult{{{"com.example.gone", "Gone", {orphan}}}, {}};
                 },

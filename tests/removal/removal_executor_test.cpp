@@ -14,7 +14,10 @@ namespace {
 
 class Executor : public testing::Test {
   protected:
-    Executor() { volume.makeFolder(root.string()); }
+    Executor() {
+        volume.makeFolder(root.string());
+        administrator.asksForPassword = true;
+    }
 
     RemovalOperation move(int id, const std::string& name, bool requiresRoot) {
         volume.write("/Library/Caches/" + name, name);
@@ -25,9 +28,10 @@ class Executor : public testing::Test {
                 .bundleID = "n"};
     }
 
-    FileResult<RemovalReport> execute(const std::vector<RemovalOperation>& plan) {
+    FileResult<RemovalReport> execute(const std::vector<RemovalOperation>& plan,
+                                      const StepControl& control = {}) {
         return RemovalExecutor({volume.files(), user, administrator, log})
-            .execute(plan, {root, false}, {{"Notes", "n"}}, RemovalMode::uninstall, Timestamp{});
+            .execute(plan, {root, false}, {{"Notes", "n"}}, RemovalMode::uninstall, Timestamp{}, control);
     }
 
     std::optional<Message> done(const RemovalOperation& each) {
@@ -67,6 +71,54 @@ TEST_F(Executor, WritesTheJournalFirstAndTheManifestLast) {
     EXPECT_EQ(report->failures()[0].operation.id, 3);
     EXPECT_EQ(report->failures()[0].reason.key, "failure.adminCancelled");
     EXPECT_TRUE(log.contains("Removed 2/3 traces"));
+}
+
+TEST_F(Executor, EndsAfterTheStepAtHandWhenItIsToldTo) {
+    using Lines = std::vector<std::string>;
+    const Lines all = {"1/4 move a", "2/4 move b", "4/4 administrator "};
+    const struct {
+        int stopIn; ///< the step; 0: before the journal
+        std::size_t told;
+        std::size_t done;
+    } cases[] = {{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {3, 3, 4}, {4, 3, 4}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.stopIn);
+        volume.makeFolder(root.string());
+        StopSource stop;
+        if (c.stopIn == 0) stop.requestStop();
+        user.answer = administrator.answer = [&](const RemovalOperation& each) -> std::optional<Message> {
+            const auto& step = std::get<operation::Move>(each.kind);
+            (void)volume.files().move(step.source, step.destination);
+            if (each.id == c.stopIn) stop.requestStop();
+            return std::nullopt;
+        };
+        Lines told;
+        const auto report =
+            execute({move(1, "a", false), move(2, "b", false), move(3, "c", true), move(4, "d", true)},
+                    {stop.token(), [&](const StepProgress& at) {
+                         told.push_back(std::to_string(at.step) + "/" + std::to_string(at.total) + " "
+                                        + at.kind + " " + at.item);
+                     }});
+        ASSERT_TRUE(report);
+        if (c.told > 0) {
+            EXPECT_EQ(told.back(), std::to_string(c.done) + "/4 finish ");
+            told.pop_back();
+        }
+        EXPECT_EQ(told, Lines(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(c.told)));
+        ASSERT_EQ(report->results.size(), 4u);
+        for (std::size_t i = 0; i < 4; ++i)
+            EXPECT_EQ(report->results[i].failureReason,
+                      i < c.done ? std::nullopt : std::optional(Message{"failure.stopped"}));
+        EXPECT_EQ(report->wasStopped(), c.done < 4);
+        EXPECT_EQ(report->isUntouched(), c.done == 0);
+        EXPECT_EQ(manifestIDs().size(), c.done);
+        EXPECT_FALSE(hasJournal());
+        (void)UndoService({volume.files(), administrator, user, Texts(), log, FixedClock()}, alice())
+            .undoRun(root);
+        for (const auto* name : {"a", "b", "c", "d"})
+            EXPECT_TRUE(volume.exists(std::string("/Library/Caches/") + name)) << name;
+        std::filesystem::remove_all(volume.host(root.string()));
+    }
 }
 
 TEST_F(Executor, TouchesNothingWithoutAJournal) {

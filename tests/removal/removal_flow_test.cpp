@@ -402,6 +402,51 @@ TEST(RemovalFlow, NamesWhatTheRightsDoNotSufficeFor) {
     });
 }
 
+TEST(RemovalFlow, StopsBeforeTheFirstStepWithoutATrace) {
+    for (const int rounds : {0, 1, 2, 3}) { // of the refusals, the quit question, the run
+        SCOPED_TRACE(rounds);
+        FlowFixture bench;
+        bench.review({"Alpine"});
+        bench.model->confirm();
+        for (int i = 0; i < rounds; ++i) {
+            bench.background.drain();
+            bench.main.drain();
+        }
+        bench.model->stop();
+        bench.settle();
+        const bool isTooLate = rounds == 3;
+        EXPECT_EQ(bench.stage(), isTooLate ? "report" : "review");
+        EXPECT_EQ(bench.has(bench.bundle("Alpine")), !isTooLate);
+        EXPECT_EQ(listQuarantineFolders(bench.user, bench.volume.files())->empty(), !isTooLate);
+        EXPECT_EQ(bench.model->errorMessage().has_value(), !isTooLate);
+        EXPECT_TRUE(lockTrash(bench.user, bench.volume.files()));
+        if (isTooLate) continue;
+        bench.running.stubborn = {"com.example.Alpine"};
+        bench.model->confirm();
+        bench.settle();
+        ASSERT_TRUE(bench.model->pendingQuitPrompt());
+        bench.model->stop();
+        EXPECT_FALSE(bench.model->pendingQuitPrompt());
+        EXPECT_EQ(bench.stage(), "review") << "and the choice is still there";
+        EXPECT_THAT(bench.selected(), Contains(bench.bundle("Alpine").string()));
+    }
+}
+
+TEST(RemovalFlow, TellsTheStepAtHand) {
+    FlowFixture bench;
+    std::vector<std::string> kinds;
+    const auto told = bench.model->progress.observe([&](const auto& at) {
+        kinds.push_back(at ? at->kind : "none");
+        EXPECT_TRUE(!at || at->step == at->total) << "of many steps at once the newest is told";
+    });
+    bench.review({"Alpine"});
+    bench.model->confirm();
+    bench.settle();
+    bench.model->undoLast();
+    bench.settle();
+    EXPECT_THAT(kinds, ElementsAre("permissions", "none", "finish", "none", "finish", "none"));
+}
+
 TEST(RemovalFlow, WorkThatComesBackLateChangesNothing) {
     FlowFixture bench;
     bench.model->loadTargets({bench.bundle("Alpine")});

@@ -49,11 +49,12 @@ class Scanner : public testing::Test {
   protected:
     Scanner() { test::writeBundle(volume, bundle, "com.corvella.marlin.notes", "Marlin Notes"); }
 
-    ScanResult scan(const StopToken& stop = {}, const ResidueScanner::Progress& progress = {}) {
+    ScanResult scan(const StopToken& stop = {}, const ResidueScanner::Progress& progress = {},
+                    const OnStep& onStep = {}) {
         const auto bundles =
             std::make_shared<const BundleSnapshot>(volume.files(), signatures, installed, coverage);
         ResidueScanner scanner({volume.files(), receipts, keychain, extensions, texts, log}, user, bundles);
-        return scanner.scan(target, stop, progress, together);
+        return scanner.scan(target, stop, progress, together, onStep);
     }
 
     /// "category reason value: what" of every trace that is neither the bundle nor its permissions.

@@ -51,7 +51,13 @@ TEST_F(Scanner, LooksEverywhereInOrder) {
             "systemExtensions exactBundleID: Filter"));
 
     std::vector<std::string> phases;
-    const auto result = scan({}, [&](const std::string& phase) { phases.push_back(phase); });
+    std::vector<StepProgress> steps;
+    const auto result = scan(
+        {}, [&](const std::string& phase) { phases.push_back(phase); },
+        [&](const StepProgress& step) { steps.push_back(step); });
+    EXPECT_EQ(steps.size(), steps.back().total);
+    EXPECT_EQ(steps.back().step, steps.back().total);
+    EXPECT_EQ(steps.front().item, "/Users/alice/Library/Application Support");
     EXPECT_EQ(phases.front(), "category.supportFiles");
     EXPECT_THAT(std::vector(phases.end() - 4, phases.end()),
                 ElementsAre("category.receipts", "category.keychain", "category.systemExtensions",

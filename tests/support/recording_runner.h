@@ -25,6 +25,9 @@ class RecordingRunner : public PrivilegedRunner {
         return results;
     }
 
+    bool asksPerRun() const override { return asksForPassword; }
+
+    bool asksForPassword = false;
     std::function<std::optional<Message>(const RemovalOperation&)> answer;
     std::vector<std::vector<RemovalOperation>> batches;
 };

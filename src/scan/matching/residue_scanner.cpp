@@ -111,9 +111,17 @@ ResidueScanner::ResidueScanner(Ports ports, UserEnvironment user,
 }
 
 ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, const Progress& progress,
-                                const std::vector<AppTarget>& together) {
+                                const std::vector<AppTarget>& together, const OnStep& onStep) {
     const std::lock_guard lock(oneAtATime_);
-    auto report = [&, last = std::optional<TraceCategory>()](TraceCategory category) mutable {
+    const auto locations = searchLocations(user_);
+    constexpr std::size_t sources = 4; // receipts, keychain, system extensions, permissions
+    StepProgress step{.total = locations.size() + sources};
+    auto report = [&, last = std::optional<TraceCategory>()](TraceCategory category,
+                                                             std::string item = {}) mutable {
+        ++step.step;
+        step.kind = name(category);
+        step.item = std::move(item);
+        if (onStep) onStep(step);
         if (progress && last != category)
             progress(ports_.texts.text(fmt::format("category.{}", name(category))));
         last = category;
@@ -150,9 +158,9 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
                                                      : std::vector<std::string>());
     addProgramsOfJobs(held, context, jobs);
     traces.add(permissionTrace(matcher));
-    for (const auto& location : searchLocations(user_)) {
+    for (const auto& location : locations) {
         if (stop.stopRequested()) break;
-        report(location.category);
+        report(location.category, location.url.string());
         for (auto& missed : LocationScan(context, location, traces).run())
             result.unreadableLocations.push_back(std::move(missed));
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/step_progress.h"
 #include "base/stop_token.h"
 #include "base/texts.h"
 #include "platform/file_system.h"
@@ -43,9 +44,10 @@ class ResidueScanner {
                    MoveRights rights = MoveRights::administrator);
 
     /// `together`: the applications that are to be removed in the same run, the target among them or not.
-    /// They claim nothing from one another, unless they cannot be removed.
+    /// They claim nothing from one another, unless they cannot be removed. `onStep`: a step is one search
+    /// location or, in the end, one source that is no folder; its kind is a category.
     ScanResult scan(const AppTarget& target, const StopToken& stop = {}, const Progress& progress = {},
-                    const std::vector<AppTarget>& together = {});
+                    const std::vector<AppTarget>& together = {}, const OnStep& onStep = {});
 
   private:
     Ports ports_;
