@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <sys/ioctl.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -32,6 +33,27 @@ const char* escapeOf(Paint paint) {
 
 bool isTerminal(std::FILE* file) {
     return isatty(fileno(file)) == 1;
+}
+
+std::size_t widthOf(std::FILE* terminal) {
+    constexpr std::size_t usual = 80;
+    winsize size{};
+    return ::ioctl(fileno(terminal), TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col : usual;
+}
+
+/// A line that wraps could not be written over. Its end goes: the beginning says what is done.
+std::string fitted(const std::string& line, std::size_t width) {
+    constexpr auto continues = [](char byte) { return (static_cast<unsigned char>(byte) & 0xc0) == 0x80; };
+    for (std::size_t begin = 0; begin < line.size();) {
+        auto end = begin + 1;
+        while (end < line.size() && continues(line[end]))
+            ++end;
+        const auto cells = displayWidth(std::string_view(line).substr(begin, end - begin));
+        if (cells > width) return line.substr(0, begin);
+        width -= cells;
+        begin = end;
+    }
+    return line;
 }
 
 bool isSet(const char* variable) {
@@ -95,7 +117,7 @@ void Console::remark(std::string_view text) {
 
 void Console::progress(std::string_view what) {
     if (!showsProgress_) return;
-    put(errors_, "\r\x1b[K" + printable(what));
+    put(errors_, "\r\x1b[K" + fitted(printable(what), widthOf(errors_) - 1));
     std::fflush(errors_);
     progressShown_ = true;
 }

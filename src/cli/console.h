@@ -37,8 +37,10 @@ class Console {
     /// A line beside the results, on standard error; only on a terminal.
     void remark(std::string_view text);
 
-    /// Shows what is being done on a line that the next one overwrites; only on a terminal.
+    /// Shows what is being done on a line that the next one overwrites, cut to the width; only on a terminal.
     void progress(std::string_view what);
+    /// From now on none is shown: whoever asks for a document reads no lines.
+    void hideProgress() { showsProgress_ = false; }
     void endProgress();
 
     /// One whose lines go to standard error, for what a person must see while standard output is a

@@ -3,6 +3,7 @@
 #include "cli/console.h"
 #include "cli/end_signals.h"
 #include "cli/intake.h"
+#include "cli/labels.h"
 #include "inventory/installed_applications.h"
 
 #include <algorithm>
@@ -15,12 +16,19 @@ FlowSession::FlowSession(const CommandContext& context, Mac& mac)
     : context_(context),
       session_(mac, main_, InstalledBundles::Looks::once),
       model_(session_.removalServices(), mac.system.user),
-      progress_(model_.changed.connect([this] { showProgress(); })) {}
+      progress_(model_.changed.connect([this] { showProgress(); })),
+      steps_(model_.progress.observe([this](const auto&) { showProgress(); })) {}
 
 std::vector<RecoveryNotice> FlowSession::start() {
     StartupChores chores(session_.startupServices(), session_.mac().system.user);
+    const auto steps = chores.progress.observe([this](const auto& step) {
+        if (step)
+            context_.console.progress(
+                labels::progress(context_.text("cli.progress.recovering"), *step, context_.texts));
+    });
     chores.run();
     main_.runUntil([&] { return chores.isDone(); });
+    context_.console.endProgress();
     return chores.recoveryNotices();
 }
 
@@ -57,8 +65,12 @@ std::optional<OrphanScanResult> FlowSession::findOrphans() {
     bool hasEnded = false;
     {
         const EndSignals signals(main_, [&] { stop.requestStop(); });
-        session_.background().post([&] {
-            result = session_.sweepOrphans(session_.protectedApps().bundleIDs(), stop.token(), {});
+        const ProgressRelay relay(main_, [this](const StepProgress& step) {
+            context_.console.progress(
+                labels::progress(context_.text("cli.orphans.progress"), step, context_.texts));
+        });
+        session_.background().post([&, onStep = relay.observer()] {
+            result = session_.sweepOrphans(session_.protectedApps().bundleIDs(), stop.token(), {}, onStep);
             main_.post([&] { hasEnded = true; });
         });
         main_.runUntil([&] { return hasEnded; });
@@ -102,14 +114,30 @@ bool FlowSession::awaitScan() {
 bool FlowSession::remove() {
     model_.confirm();
     for (;;) {
-        main_.runUntil([this] {
-            return model_.pendingQuitPrompt() || !std::holds_alternative<stage::Removing>(model_.stage());
-        });
+        awaitRemoval();
         if (!model_.pendingQuitPrompt()) break;
         answer(*model_.pendingQuitPrompt());
     }
     context_.console.endProgress();
     return std::holds_alternative<stage::Report>(model_.stage());
+}
+
+/// Until the report, or a question. At a question a signal ends the program at once: nothing has begun.
+void FlowSession::awaitRemoval() {
+    const auto hasNews = [this] {
+        return model_.pendingQuitPrompt() || !std::holds_alternative<stage::Removing>(model_.stage());
+    };
+    {
+        const EndSignals signals(main_, [this] { stopRemoval(); });
+        main_.runUntil(hasNews);
+    }
+    main_.drain(); // a signal that came just then
+}
+
+void FlowSession::stopRemoval() {
+    if (!std::holds_alternative<stage::Removing>(model_.stage())) return; // it came too late
+    context_.console.complain(context_.text("cli.stopping"));
+    model_.stop();
 }
 
 void FlowSession::answer(const QuitPrompt& prompt) {
@@ -126,15 +154,19 @@ void FlowSession::answer(const QuitPrompt& prompt) {
 
 void FlowSession::showProgress() {
     auto& console = context_.console;
+    std::string work;
     if (const auto* scanning = std::get_if<stage::Scanning>(&model_.stage())) {
         if (scanning->name.empty())
-            console.progress(context_.text("cli.orphans.progress"));
+            work = context_.text("cli.orphans.progress");
         else if (!scanning->phase.empty())
-            console.progress(context_.text("cli.scan.progress %@ %@", {scanning->name, scanning->phase}));
+            work = context_.text("cli.scan.progress %@ %@", {scanning->name, scanning->phase});
     } else if (const auto* removing = std::get_if<stage::Removing>(&model_.stage());
                removing && !model_.pendingQuitPrompt()) {
-        console.progress(context_.text("cli.remove.progress %@", {removing->subject.text(context_.texts)}));
+        work = context_.text("cli.remove.progress %@", {removing->subject.text(context_.texts)});
     }
+    if (work.empty()) return;
+    const auto& step = model_.progress.get();
+    console.progress(step ? labels::progress(work, *step, context_.texts) : work);
 }
 
 } // namespace tidwen

@@ -36,7 +36,8 @@ class FlowSession {
     std::optional<OrphanScanResult> findOrphans();
 
     /// Removes what is chosen. Who still runs and does not quit is left out, unless the user, where he can be
-    /// asked, wants to go on. True when the model shows a report.
+    /// asked, wants to go on. Ctrl-C ends it after the step at hand, a second one ends the program. True when
+    /// the model shows a report.
     bool remove();
     /// Some application was left out, and was named on standard error.
     bool someLeftOut() const { return someLeftOut_; }
@@ -45,6 +46,8 @@ class FlowSession {
     void complainOfRefusals();
     bool awaitScan();
     void showProgress();
+    void awaitRemoval();
+    void stopRemoval();
     void answer(const QuitPrompt& prompt);
 
     const CommandContext& context_;
@@ -53,7 +56,7 @@ class FlowSession {
     bool someRefused_ = false;
     bool someLeftOut_ = false;
     RemovalFlowModel model_;
-    Subscription progress_;
+    Subscription progress_, steps_;
 };
 
 } // namespace tidwen

@@ -59,6 +59,22 @@ std::vector<std::string> badges(const Trace& trace, const Texts& texts) {
     return result;
 }
 
+std::string progress(const std::string& work, const StepProgress& step, const Texts& texts) {
+    auto line = texts.text("cli.progress %@ %lld %lld",
+                           {work, std::to_string(step.step), std::to_string(step.total)});
+    const auto key = "cli.step." + step.kind;
+    const auto verb = texts.text(key);
+    std::string what = verb == key ? "" : verb; // a search is told by its place alone
+    if (!step.item.empty()) what += (what.empty() ? "" : " ") + step.item;
+    if (!what.empty()) line += ": " + what;
+    if (step.copiedBytes > 0)
+        line +=
+            ", "
+            + texts.text("cli.progress.copied %@",
+                         {formatByteCount(static_cast<std::int64_t>(step.copiedBytes), texts.language())});
+    return line;
+}
+
 std::string verb(const RemovalOperation::Kind& kind, const Texts& texts) {
     return texts.text("cli.step." + std::string(kindName(kind)));
 }

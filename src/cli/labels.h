@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/step_progress.h"
 #include "base/texts.h"
 #include "cli/console.h"
 #include "operations/removal_operation.h"
@@ -21,6 +22,8 @@ std::string reason(const MatchReason& reason, const Texts& texts);
 std::string size(std::optional<std::int64_t> bytes, const Texts& texts);
 /// What is special about taking the trace: needs an administrator, is claimed by others, cannot be undone.
 std::vector<std::string> badges(const Trace& trace, const Texts& texts);
+/// "Removing Kip… 3 of 12: move /Users/…": work, the step at hand, and how much of it is copied.
+std::string progress(const std::string& work, const StepProgress& step, const Texts& texts);
 /// "move", "unload job": what a step does.
 std::string verb(const RemovalOperation::Kind& kind, const Texts& texts);
 /// What the step is done to; empty when the verb says it all.

@@ -82,6 +82,7 @@ ExitStatus runCommand(const Command& command, const Arguments& arguments, const 
     for (const auto& problem : texts.problems())
         log.warning("{}", problem);
     Console console(stdin, stdout, stderr);
+    if (arguments.json) console.hideProgress();
     // Nobody could read what is asked or told, so nothing is begun.
     if (texts.keys().empty()) {
         console.complain(

@@ -113,7 +113,7 @@ ExitStatus show(const TerminalHistory& runs, const std::string& word, const Comm
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
-    TerminalHistory runs(mac);
+    TerminalHistory runs(context, mac);
     const auto& history = runs.load(TerminalHistory::Sizes::measured);
     if (!context.arguments.operands.empty())
         return show(runs, context.arguments.operands.front(), context, mac.system.files);

@@ -73,15 +73,19 @@ void report(const QuarantinePurge::Outcome& outcome, const Spared& spared, const
         context.console.complain(context.text("cli.history.leftOut %lld", {std::to_string(spared.leftOut)}));
     if (context.arguments.json) return context.console.document(json::document(outcome, spared.runs));
     context.console.line(context.text("cli.purge.done %lld", {std::to_string(outcome.removedFolders)}));
-    for (const auto& folder : outcome.kept) {
-        const bool isWhole = std::ranges::find(outcome.othersItems, folder) != outcome.othersItems.end();
-        context.console.complain(
-            context.text(isWhole ? "cli.purge.othersItems %@" : "history.purge.kept %@", {folder.string()}));
-    }
+    const auto isAmong = [](const std::vector<Path>& folders, const Path& folder) {
+        return std::ranges::find(folders, folder) != folders.end();
+    };
+    for (const auto& folder : outcome.kept)
+        context.console.complain(context.text(isAmong(outcome.othersItems, folder)
+                                                  ? "cli.purge.othersItems %@"
+                                              : isAmong(outcome.notBegun, folder) ? "cli.purge.stopped %@"
+                                                                                  : "history.purge.kept %@",
+                                              {folder.string()}));
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
-    TerminalHistory history(mac);
+    TerminalHistory history(context, mac);
     if (const auto problem = history.whyNotRemove()) return context.refuse(*problem);
     const bool asks = !context.arguments.yes && !context.arguments.json && context.console.canAsk();
     using enum TerminalHistory::Sizes;

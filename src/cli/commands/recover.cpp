@@ -38,8 +38,12 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     // A removal that another process is at work on is not cut off. Without a Trash there is nothing to lock.
     if (system.files.exists(system.user.trash())) lock = lockTrash(system.user, system.files);
     if (!lock) return refuseWithoutLock(context, lock.error());
-    const auto [recovered, unfinished, missing] =
-        recoverInterruptedRemovals(system.user, system.files, system.clock, system.log);
+    const auto [recovered, unfinished, missing] = recoverInterruptedRemovals(
+        system.user, system.files, system.clock, system.log, {.onStep = [&](const StepProgress& step) {
+            context.console.progress(
+                labels::progress(context.text("cli.progress.recovering"), step, context.texts));
+        }});
+    context.console.endProgress();
     if (context.arguments.json) {
         context.console.document(json::document(recovered));
     } else {

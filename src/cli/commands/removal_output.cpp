@@ -3,6 +3,7 @@
 #include "cli/console.h"
 #include "cli/labels.h"
 #include "cli/table.h"
+#include "operations/stepwise_run.h"
 #include "scan/matching/default_selection.h"
 
 #include <algorithm>
@@ -182,10 +183,12 @@ void printReport(const RemovalReport& report, const ReportTexts& words, const Co
     for (const auto& step : report.operations) {
         const auto result = std::find_if(report.results.begin(), report.results.end(),
                                          [&](const OperationResult& r) { return r.operationID == step.id; });
-        const bool succeeded = result != report.results.end() && result->succeeded;
+        const bool isKnown = result != report.results.end();
         table.add({{std::to_string(step.id)},
-                   succeeded ? Span{context.text("cli.report.done"), Paint::good}
-                             : Span{context.text("cli.report.failed"), Paint::danger},
+                   isKnown && result->succeeded ? Span{context.text("cli.report.done"), Paint::good}
+                   : isKnown && wasNotBegun(*result)
+                       ? Span{context.text("cli.report.notBegun"), Paint::caution}
+                       : Span{context.text("cli.report.failed"), Paint::danger},
                    {labels::verb(step.kind, context.texts), Paint::faint},
                    {labels::subject(step)}});
     }
@@ -195,7 +198,8 @@ void printReport(const RemovalReport& report, const ReportTexts& words, const Co
     for (const auto& failure : words.failures)
         console.line("  " + failure);
 
-    if (words.failures.empty()) console.line(words.summary, Paint::good);
+    if (words.stopped) console.line(*words.stopped, Paint::caution);
+    if (words.failures.empty() && !words.stopped) console.line(words.summary, Paint::good);
     console.line(words.counts);
     if (words.reclaimed) console.line(*words.reclaimed);
     if (words.reclaimed)

@@ -1,29 +1,50 @@
 #include "cli/commands/terminal_history.h"
 
+#include "cli/console.h"
+#include "cli/end_signals.h"
+#include "cli/labels.h"
 #include "program/session.h"
 
 namespace tidwen {
 
-TerminalHistory::TerminalHistory(Mac& mac)
-    : files_(mac.system.files),
+TerminalHistory::TerminalHistory(const CommandContext& context, Mac& mac)
+    : context_(context),
+      files_(mac.system.files),
       undo_(undoPorts(mac), mac.system.user),
       purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
-      model_({mac.system.files, undo_, purge_, mac.system.defaults, mac.system.texts, queue_, queue_},
+      model_({mac.system.files, undo_, purge_, mac.system.defaults, mac.system.texts, main_, background_},
              mac.system.user) {}
 
 const std::vector<RemovalHistoryEntry>& TerminalHistory::load(Sizes sizes) {
-    model_.load(sizes);
-    queue_.drain();
+    bool isDone = false;
+    model_.load(sizes, [&] { isDone = true; });
+    main_.runUntil([&] { return isDone; });
     return model_.entries.get();
 }
 
 template<class Result>
 tl::expected<Result, Message>
-TerminalHistory::await(const std::function<void(HistoryModel::Answer<Result>)>& start) {
+TerminalHistory::await(const std::string& work,
+                       const std::function<void(HistoryModel::Answer<Result>)>& start) {
+    context_.console.progress(work);
+    const auto steps = model_.progress.observe([&](const auto& step) {
+        if (step) context_.console.progress(labels::progress(work, *step, context_.texts));
+    });
     std::optional<tl::expected<Result, HistoryModel::Refusal>> answer;
-    start([&](const auto& result) { answer = result; });
-    // Up to the answer: the list, which would be loaded again next, is shown no more.
-    queue_.runUntil([&] { return answer.has_value(); });
+    {
+        const EndSignals signals(main_, [&] {
+            if (answer) return; // it came too late
+            context_.console.complain(context_.text("cli.stopping"));
+            model_.stop();
+        });
+        start([&](const auto& result) {
+            answer = result;
+            background_.close();
+        });
+        main_.runUntil([&] { return answer.has_value(); });
+    }
+    main_.drain(); // a signal that came just then
+    context_.console.endProgress();
     return answer->map_error([](const HistoryModel::Refusal& refusal) {
         return refusal.reason.value_or(Message{"failure.adminCancelled"});
     });
@@ -36,12 +57,14 @@ std::optional<Manifest> TerminalHistory::record(const Path& root) const {
 }
 
 tl::expected<UndoReport, Message> TerminalHistory::undo(const Path& root, const ItemChoice& items) {
-    return await<UndoReport>([&](auto answer) { model_.undo(root, items, std::move(answer)); });
+    return await<UndoReport>(context_.text("home.recovery.restoring"),
+                             [&](auto answer) { model_.undo(root, items, std::move(answer)); });
 }
 
 tl::expected<QuarantinePurge::Outcome, Message>
 TerminalHistory::remove(const std::vector<RemovalHistoryEntry>& chosen) {
-    return await<QuarantinePurge::Outcome>([&](auto answer) { model_.remove(chosen, std::move(answer)); });
+    return await<QuarantinePurge::Outcome>(context_.text("cli.progress.deleting"),
+                                           [&](auto answer) { model_.remove(chosen, std::move(answer)); });
 }
 
 } // namespace tidwen

@@ -13,12 +13,13 @@
 namespace tidwen {
 
 /// The list of past runs for a command, which has nothing else to do meanwhile: each call returns when its
-/// work is done.
+/// work is done. An undo and a deletion show their progress, and end after the step at hand with the first
+/// Ctrl-C.
 class TerminalHistory {
   public:
     using Sizes = HistoryModel::Sizes;
 
-    explicit TerminalHistory(Mac& mac);
+    TerminalHistory(const CommandContext& context, Mac& mac);
 
     /// In the order in which `history` numbers them from 1.
     const std::vector<RemovalHistoryEntry>& load(Sizes sizes);
@@ -53,12 +54,29 @@ class TerminalHistory {
 
   private:
     template<class Result>
-    tl::expected<Result, Message> await(const std::function<void(HistoryModel::Answer<Result>)>& start);
+    tl::expected<Result, Message> await(const std::string& work,
+                                        const std::function<void(HistoryModel::Answer<Result>)>& start);
 
+    /// Takes no more work once the command has its answer: the model would load the list again, which is
+    /// shown no more.
+    class Background : public Executor {
+      public:
+        void post(std::function<void()> work) override {
+            if (!isClosed_) queue_.post(std::move(work));
+        }
+        void close() { isClosed_ = true; }
+
+      private:
+        bool isClosed_ = false; ///< the main thread's
+        WorkQueue queue_;
+    };
+
+    const CommandContext& context_;
     FileSystem& files_;
-    MainQueue queue_; ///< main thread and background in one
+    MainQueue main_;
     UndoService undo_;
     QuarantinePurge purge_;
+    Background background_;
     HistoryModel model_;
 };
 

@@ -77,7 +77,7 @@ tl::expected<ItemChoice, Message> choose(const TerminalHistory& history, const P
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
     const auto& words = context.arguments.operands;
-    TerminalHistory history(mac);
+    TerminalHistory history(context, mac);
     history.load(TerminalHistory::Sizes::leftOut);
     const auto root = history.find(words.front());
     if (!root) {
@@ -87,9 +87,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const auto items = choose(history, *root, {words.begin() + 1, words.end()});
     if (!items) return context.refuse(items.error());
     if (context.arguments.has(dryRunOption)) return showPlan(history, *root, *items, context);
-    context.console.progress(context.text("home.recovery.restoring"));
     const auto report = history.undo(*root, *items);
-    context.console.endProgress();
     if (!report) return context.refuse(report.error());
     if (context.arguments.json)
         context.console.document(json::document(*report));

@@ -292,6 +292,16 @@ class Refusals(VolumeTest):
             with self.subTest(words):
                 self.refuse(*words, saying=saying, volume=False)
 
+    def test_progress_is_one_line_of_a_terminal_and_gone_in_the_end(self):
+        status, printed = self.call_on_terminal("remove", "Kip", "--yes", answer=None)
+        self.assertEqual(status, 0, printed)
+        shown = [piece.removeprefix("\x1b[K") for piece in printed.split("\r") if piece.startswith("\x1b[K")]
+        self.assertTrue(any("Removing Kip" in piece for piece in shown), shown)
+        self.assertTrue(any(" of " in piece for piece in shown), shown)
+        self.assertTrue(all(len(piece) < 80 for piece in shown if "\n" not in piece), shown)
+        _, printed = self.call_on_terminal("undo", "1", "--json", answer=None)
+        self.assertNotIn("\x1b", printed)
+
 
 if __name__ == "__main__":
     terminal.main()

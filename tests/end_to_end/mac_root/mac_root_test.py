@@ -181,6 +181,34 @@ class MacRoot(unittest.TestCase):
         self.assertNotIn("osascript", self.log())
         self.assertEqual(self.tree(), self.before)
 
+    INTERRUPT = "kill -INT $PPID; sleep 1\n"  # as Ctrl-C, and time for it to be noticed before the step ends
+
+    def test_an_interrupt_ends_a_removal_after_the_step_at_hand(self):
+        self.note("hooks/killall", self.INTERRUPT)  # the last step before the batch
+        for line in self.remove():
+            self.assertTrue(line.endswith("failure.stopped" if line.startswith("root") else " ok"), line)
+        self.assertNotIn("osascript", self.log())
+        self.assertFalse(self.at("/Users/alice/Library/Caches/com.example.marlin").exists())
+        self.assertEqual(self.undo(), ["3 3 1"])
+        self.assertEqual(self.tree(), self.before)
+
+        self.note("hooks/killall", "")
+        self.note("hooks/osascript", self.INTERRUPT)
+        self.assertEqual([line for line in self.remove() if not line.endswith(" ok")], [], "a batch runs to its end")
+
+    def test_a_second_interrupt_ends_the_program_and_recovery_finds_the_run(self):
+        self.note("hooks/killall", self.INTERRUPT + self.INTERRUPT)
+        self.guard()
+        before = self.tree()
+        done = box(self.volume, self.state, self.program, "remove", "--yes", "Marlin Notes")
+        self.assertEqual((done.returncode, done.stdout), (130, ""), done.stderr)
+        self.assertIn("Stopping after the step at hand.", done.stderr)
+        self.assertNotEqual(self.tree(), before)
+        self.note("hooks/killall", "")
+        self.run_tidwen("recover")
+        self.undo()
+        self.assertEqual(self.tree(), before)
+
     def test_jobs_that_are_gone_loaded_already_or_switched_off(self):
         daemon = self.state / f"jobs/system/{DAEMON}"
         daemon.unlink()  # the stand-in says 3
