@@ -22,6 +22,7 @@ Command watchCommand();
 Command requestsCommand();
 Command updatesCommand();
 Command completionsCommand();
+Command completeCommand();
 
 std::vector<Command> allCommands() {
     return {
@@ -29,6 +30,7 @@ std::vector<Command> allCommands() {
         historyCommand(),    undoCommand(),    recoverCommand(),     purgeCommand(),   orphansCommand(),
         installersCommand(), startupCommand(), permissionsCommand(), protectCommand(), tagsCommand(),
         settingsCommand(),   watchCommand(),   requestsCommand(),    updatesCommand(), completionsCommand(),
+        completeCommand(),
     };
 }
 

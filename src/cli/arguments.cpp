@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "cli/help.h"
+#include "cli/suggestion.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -39,6 +40,7 @@ void readGlobalOptions(const CLI::App& app, Arguments& result) {
     result.home = last("--home");
     result.json = app.count("--json") > 0;
     result.yes = app.count("--yes") > 0;
+    result.quiet = app.count("--quiet") > 0;
     result.verbose = app.count("--verbose") > 0;
 }
 
@@ -58,63 +60,102 @@ const OptionSyntax* findOption(const CommandSyntax* command, std::string_view na
     return option || !command ? option : findIn(command->options);
 }
 
-EarlyExit complaint(const std::string& text, const CommandSyntax* command) {
-    const auto who = command ? std::string(command->name) + ": " : std::string();
-    return {wrongUsage, "tidwen: " + who + printable(text) + "\n" + help::usage(command)};
-}
+/// Makes the exits that end the parsing.
+class Exits {
+  public:
+    Exits(const std::vector<CommandSyntax>& commands, const Texts& texts)
+        : commands_(commands), texts_(texts) {}
+
+    EarlyExit wrong(const Message& reason, const CommandSyntax* command,
+                    const std::optional<std::string>& meant = {}) const {
+        auto text = texts_.text(reason);
+        if (meant) text += " " + texts_.text("cli.didYouMean %@", {*meant});
+        return {wrongUsage, "tidwen: " + printable(text) + "\n" + help::usage(command, texts_), reason};
+    }
+
+    EarlyExit noCommand(const std::string& word) const {
+        std::vector<std::string> names;
+        for (const auto& command : commands_)
+            if (!command.isHidden) names.emplace_back(command.name);
+        return wrong({"cli.usage.unknownCommand %@", {word}}, nullptr, closest(word, names));
+    }
+
+    EarlyExit noOption(const std::string& word, const CommandSyntax* command) const {
+        const auto name = word.substr(0, word.find('='));
+        std::vector<std::string> names;
+        for (const auto& option : help::globalOptions())
+            names.emplace_back(option.name);
+        if (command)
+            for (const auto& option : command->options)
+                names.emplace_back(option.name);
+        return wrong({"cli.usage.unknownOption %@", {name}}, command, closest(name, names));
+    }
+
+    EarlyExit help(const CommandSyntax* command) const {
+        return {0, command ? help::command(*command, texts_) : help::program(commands_, texts_)};
+    }
+
+    const std::vector<CommandSyntax>& commands() const { return commands_; }
+
+  private:
+    const std::vector<CommandSyntax>& commands_;
+    const Texts& texts_;
+};
 
 std::optional<EarlyExit> wrongOperandCount(const CommandSyntax& syntax,
-                                           const std::vector<std::string>& operands) {
+                                           const std::vector<std::string>& operands, const Exits& exits) {
     if (operands.size() < syntax.minimumOperands)
-        return complaint(std::string(syntax.operandName) + " is missing", &syntax);
+        return exits.wrong({"cli.usage.missing %@", {std::string(syntax.operandName)}}, &syntax);
     if (operands.size() > syntax.maximumOperands)
-        return complaint("too many arguments: " + operands[syntax.maximumOperands], &syntax);
+        return exits.wrong({"cli.usage.tooMany %@", {operands[syntax.maximumOperands]}}, &syntax);
     return std::nullopt;
 }
 
 /// The refusal of a flag that was given a value, and of "--volume=", as a script writes it whose variable is
-/// empty. The parser takes "--yes=false" and "--yes=" for "--yes".
-std::optional<EarlyExit> wrongValue(const char* const* word, const char* const* end,
-                                    const std::vector<CommandSyntax>& commands) {
+/// empty, or "--volume ''". The parser takes "--yes=false" and "--yes=" for "--yes".
+std::optional<EarlyExit> wrongValue(const char* const* word, const char* const* end, const Exits& exits) {
     const CommandSyntax* command = nullptr;
     for (; word != end; ++word) {
         const std::string_view text(*word);
         if (!text.starts_with('-')) {
-            if (!command) command = find(commands, text);
+            if (!command) command = find(exits.commands(), text);
             continue;
         }
         const auto name = text.substr(0, text.find('='));
         const bool hasValue = name.size() < text.size();
         const auto* option = findOption(command, name == "-h" ? "--help" : name);
         if (!option) continue;
-        if (option->valueName.empty() && hasValue)
-            return complaint(std::string(name) + " takes no value", command);
+        if (option->valueName.empty()) {
+            if (hasValue) return exits.wrong({"cli.usage.takesNoValue %@", {std::string(name)}}, command);
+            continue;
+        }
         const bool isCutOff = !hasValue && word + 1 == end;
-        if (!option->valueName.empty() && (isCutOff || text.size() == name.size() + 1))
-            return complaint(std::string(name) + " needs a value", command);
-        if (!option->valueName.empty() && !hasValue && word + 1 != end) ++word; // its value, whatever it is
+        const bool isPlace = name == "--volume" || name == "--home";
+        const bool isEmpty = hasValue ? text.size() == name.size() + 1 : isPlace && !isCutOff && !*word[1];
+        if (isCutOff || isEmpty)
+            return exits.wrong({"cli.usage.needsValue %@", {std::string(name)}}, command);
+        if (!hasValue) ++word; // its value, whatever it is
     }
     return std::nullopt;
 }
 
 /// Why parsing ended early. `command` is the one that was named, if any.
 EarlyExit endOf(const CLI::ParseError& error, const CLI::App& app, const CommandSyntax* command,
-                const std::vector<CommandSyntax>& commands) {
+                const Exits& exits) {
     if (app.count("--version") > 0) return {0, "tidwen " TIDWEN_VERSION "\n"};
     const auto unexpected = app.remaining(true);
     const auto isOption = [](const std::string& word) { return word.starts_with('-'); };
     if (!command && !unexpected.empty() && !isOption(unexpected.front()))
-        return complaint("there is no command " + unexpected.front(), nullptr);
-    if (dynamic_cast<const CLI::CallForHelp*>(&error))
-        return {0, command ? help::command(*command) : help::program(commands)};
+        return exits.noCommand(unexpected.front());
+    if (dynamic_cast<const CLI::CallForHelp*>(&error)) return exits.help(command);
     // The parser takes a command's own option only behind it.
     if (command && !unexpected.empty() && findOption(command, unexpected.front()))
-        return complaint(unexpected.front() + " stands behind the command", command);
-    if (dynamic_cast<const CLI::ExtrasError*>(&error) && !unexpected.empty())
-        return complaint((isOption(unexpected.front()) ? "there is no option " : "too many arguments: ")
-                             + unexpected.front(),
-                         command);
-    return complaint(error.what(), command);
+        return exits.wrong({"cli.usage.behindCommand %@", {unexpected.front()}}, command);
+    if (!dynamic_cast<const CLI::ExtrasError*>(&error) || unexpected.empty())
+        return exits.wrong({"cli.usage.other %@", {error.what()}}, command);
+    return isOption(unexpected.front())
+               ? exits.noOption(unexpected.front(), command)
+               : exits.wrong({"cli.usage.tooMany %@", {unexpected.front()}}, command);
 }
 
 } // namespace
@@ -128,25 +169,32 @@ std::vector<std::string> Arguments::values(std::string_view option) const {
     return found == options.end() ? std::vector<std::string>{} : found->second;
 }
 
+std::vector<std::string_view> CommandSyntax::actionWords() const {
+    std::vector<std::string_view> words;
+    for (const auto& form : actions)
+        words.push_back(form.substr(0, form.find(' ')));
+    return words;
+}
+
 namespace {
 
 /// "help" and "help COMMAND", as in most programs.
-std::optional<EarlyExit> helpFor(int count, const char* const* words,
-                                 const std::vector<CommandSyntax>& commands) {
+std::optional<EarlyExit> helpFor(int count, const char* const* words, const Exits& exits) {
     if (count < 2 || std::string_view(words[1]) != "help") return std::nullopt;
-    if (count == 2) return EarlyExit{0, help::program(commands)};
-    const auto* command = find(commands, words[2]);
-    if (!command) return complaint("there is no command " + std::string(words[2]), nullptr);
-    return EarlyExit{0, help::command(*command)};
+    if (count == 2) return exits.help(nullptr);
+    const auto* command = find(exits.commands(), words[2]);
+    return command ? exits.help(command) : exits.noCommand(words[2]);
 }
 
 } // namespace
 
 tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* words,
-                                                  const std::vector<CommandSyntax>& commands) {
+                                                  const std::vector<CommandSyntax>& commands,
+                                                  const Texts& texts, const char* defaultVolume) {
+    const Exits exits(commands, texts);
     Arguments result;
     result.program = count > 0 ? words[0] : "tidwen";
-    if (auto help = helpFor(count, words, commands)) return tl::unexpected(std::move(*help));
+    if (auto help = helpFor(count, words, exits)) return tl::unexpected(std::move(*help));
     CLI::App app("", "tidwen");
     app.set_help_flag("-h,--help");
     app.require_subcommand(0, 1);
@@ -156,8 +204,7 @@ tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* 
     for (const auto& syntax : commands) {
         auto* command = app.add_subcommand(std::string(syntax.name));
         // Too few or too many operands are told by us, so that those behind "--" count too.
-        if (!syntax.operandName.empty())
-            command->add_option(std::string(syntax.operandName), result.operands);
+        if (!syntax.operandName.empty()) command->add_option("operands", result.operands);
         for (const auto& option : syntax.options)
             declare(*command, option);
     }
@@ -169,21 +216,29 @@ tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* 
     // All behind "--" are operands; the parser itself would give them to the wrong command.
     const auto* const end = words + count;
     const auto* const mark = std::find_if(words, end, [](std::string_view word) { return word == "--"; });
-    if (auto wrong = wrongValue(words + std::min(count, 1), mark, commands))
+    if (auto wrong = wrongValue(words + std::min(count, 1), mark, exits))
         return tl::unexpected(std::move(*wrong));
     try {
         app.parse(static_cast<int>(mark - words), words);
     } catch (const CLI::ParseError& error) {
-        return tl::unexpected(endOf(error, app, namedCommand(), commands));
+        return tl::unexpected(endOf(error, app, namedCommand(), exits));
     }
     const CommandSyntax* command = namedCommand();
     if (app.count("--version") > 0) return tl::unexpected(EarlyExit{0, "tidwen " TIDWEN_VERSION "\n"});
-    if (!command && mark != end) return tl::unexpected(complaint("the command is missing", nullptr));
-    if (!command) return tl::unexpected(EarlyExit{wrongUsage, help::program(commands)});
+    if (!command && mark != end) return tl::unexpected(exits.wrong({"cli.usage.noCommand"}, nullptr));
+    if (!command)
+        return tl::unexpected(
+            EarlyExit{wrongUsage, help::program(commands, texts), Message{"cli.usage.noCommand"}});
     if (mark != end) result.operands.insert(result.operands.end(), mark + 1, end);
-    if (auto wrong = wrongOperandCount(*command, result.operands)) return tl::unexpected(std::move(*wrong));
+    if (auto wrong = wrongOperandCount(*command, result.operands, exits))
+        return tl::unexpected(std::move(*wrong));
     result.command = command->name;
     readGlobalOptions(app, result);
+    if (!result.volume && defaultVolume) {
+        if (!*defaultVolume)
+            return tl::unexpected(exits.wrong({"cli.usage.needsValue %@", {volumeVariable}}, command));
+        result.volume = defaultVolume;
+    }
     for (const auto& option : command->options)
         if (auto values = given(*app.get_subcommand(result.command), option))
             result.options[std::string(option.name)] = std::move(*values);

@@ -2,6 +2,7 @@
 
 #include "cli/console.h"
 #include "cli/help.h"
+#include "cli/suggestion.h"
 #include "operations/admin_batch.h"
 
 #include <algorithm>
@@ -25,25 +26,34 @@ std::optional<CommandSyntax> syntaxOf(const std::string& command) {
 
 } // namespace
 
-ExitStatus CommandContext::refuse(const Message& reason) const {
-    console.complain(texts.text(reason));
+void CommandContext::complain(const Message& what) const {
+    console.complain(texts.text(what), what.key);
+}
+
+ExitStatus CommandContext::refuse(const Message& reason, const std::optional<std::string>& meant) const {
+    auto line = texts.text(reason);
+    if (meant) line += " " + text("cli.didYouMean %@", {*meant});
+    console.complain(line, reason.key);
     return ExitStatus::refused;
 }
 
-ExitStatus CommandContext::misuse(const Message& reason) const {
-    console.complain(texts.text(reason));
+ExitStatus CommandContext::misuse(const Message& reason, const std::optional<std::string>& meant) const {
+    refuse(reason, meant);
     Console errors = console.onErrors();
     const auto syntax = syntaxOf(arguments.command);
-    errors.document(help::usage(syntax ? &*syntax : nullptr));
+    errors.document(help::usage(syntax ? &*syntax : nullptr, texts));
     return ExitStatus::refused;
 }
 
 ExitStatus CommandContext::misuseOfAction(const std::string& action) const {
     const auto syntax = syntaxOf(arguments.command);
-    const bool isKnown =
-        syntax && std::ranges::find(syntax->actions, std::string_view(action)) != syntax->actions.end();
-    return misuse(isKnown ? Message{"cli.action.wrongOperands %@ %@", {arguments.command, action}}
-                          : Message{"cli.action.unknown %@", {action}});
+    std::vector<std::string> known;
+    if (syntax)
+        for (const auto& word : syntax->actionWords())
+            known.emplace_back(word);
+    if (std::ranges::find(known, action) != known.end())
+        return misuse({"cli.action.wrongOperands %@ %@", {arguments.command, action}});
+    return misuse({"cli.action.unknown %@", {action}}, closest(action, known));
 }
 
 std::string CommandContext::commandLine(const std::vector<std::string>& words) const {

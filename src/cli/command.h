@@ -38,10 +38,12 @@ struct CommandContext {
     std::string text(std::string_view key, const std::vector<std::string>& fill = {}) const {
         return texts.text(key, fill);
     }
-    /// Says why nothing is done.
-    ExitStatus refuse(const Message& reason) const;
+    /// Says what went wrong.
+    void complain(const Message& what) const;
+    /// Says why nothing is done, and which word may have been `meant`.
+    ExitStatus refuse(const Message& reason, const std::optional<std::string>& meant = {}) const;
     /// The same for a call that the command cannot make sense of; says how to call it.
-    ExitStatus misuse(const Message& reason) const;
+    ExitStatus misuse(const Message& reason, const std::optional<std::string>& meant = {}) const;
     /// The same for the words of a command whose first one is an action: it is none, or cannot be called so.
     ExitStatus misuseOfAction(const std::string& action) const;
     /// How to call this program with a command's words on the same Mac, ready to be pasted into a shell.

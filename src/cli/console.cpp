@@ -1,6 +1,7 @@
 #include "cli/console.h"
 
 #include "base/text.h"
+#include "cli/line_layout.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -68,14 +69,15 @@ bool isDumb() {
 
 } // namespace
 
-Console::Console(std::FILE* input, std::FILE* output, std::FILE* errors)
+Console::Console(std::FILE* input, std::FILE* output, std::FILE* errors, Voice voice)
     : input_(input),
       output_(output),
       errors_(errors),
       inputIsTerminal_(isTerminal(input)),
       errorsAreTerminal_(isTerminal(errors)),
       showsColours_(isTerminal(output) && !isSet("NO_COLOR") && !isDumb()),
-      showsProgress_(errorsAreTerminal_ && !isDumb()) {}
+      showsProgress_(errorsAreTerminal_ && !isDumb() && voice == Voice::normal),
+      voice_(voice) {}
 
 void Console::put(std::FILE* file, std::string_view text) {
     const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
@@ -89,7 +91,24 @@ std::string Console::painted(const Span& span) const {
 }
 
 void Console::line(const std::vector<Span>& spans) {
+    if (voice_ == Voice::quiet) return;
     endProgress();
+    const auto width = columns();
+    std::size_t needed = 0;
+    for (const auto& span : spans)
+        needed += width ? displayWidth(printable(span.text)) : 0;
+    if (!width || needed <= *width) return putLine(spans);
+    for (const auto& each : wrapped(spans, *width))
+        putLine(each);
+}
+
+void Console::verbatim(const std::string& text) {
+    if (voice_ == Voice::quiet) return;
+    endProgress();
+    putLine({{text}});
+}
+
+void Console::putLine(const std::vector<Span>& spans) {
     std::string text;
     for (const auto& span : spans)
         text += painted(span);
@@ -97,19 +116,28 @@ void Console::line(const std::vector<Span>& spans) {
     put(output_, text + "\n");
 }
 
+std::optional<std::size_t> Console::columns() const {
+    winsize size{};
+    if (!isTerminal(output_) || ioctl(fileno(output_), TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
+        return std::nullopt;
+    return std::max<std::size_t>(size.ws_col, leastColumns);
+}
+
 void Console::document(std::string_view text) {
     endProgress();
+    hasPrintedDocument_ = true;
     put(output_, text);
 }
 
-void Console::complain(std::string_view text) {
+void Console::complain(std::string_view text, std::string_view key) {
+    complaints_.push_back({std::string(text), std::string(key)});
     endProgress();
     std::fflush(output_); // so that the two streams keep their order where they meet
     put(errors_, "tidwen: " + printable(text) + "\n");
 }
 
 void Console::remark(std::string_view text) {
-    if (!errorsAreTerminal_) return;
+    if (!showsRemarks()) return;
     endProgress();
     std::fflush(output_); // it comes after what it remarks on
     put(errors_, printable(text) + "\n");

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,24 +18,41 @@ struct Span {
     friend bool operator==(const Span&, const Span&) = default;
 };
 
+/// A line about what went wrong, with the key of its words where that is known.
+struct Complaint {
+    std::string text;
+    std::string key = {};
+};
+
 /// The terminal, or what stands in its place: a pipe or a file. Results go to standard output; questions,
 /// complaints and progress to standard error. Used by one thread.
 class Console {
   public:
-    Console(std::FILE* input, std::FILE* output, std::FILE* errors);
+    /// `Quiet`: of results nothing is printed but documents, and nothing beside them but complaints.
+    enum class Voice { normal, quiet };
+    Console(std::FILE* input, std::FILE* output, std::FILE* errors, Voice voice = Voice::normal);
 
-    /// One line of spans, control characters in them made visible.
+    /// One line of spans, control characters in them made visible. Where standard output is a terminal that
+    /// is narrower it becomes several (line_layout.h).
     void line(const std::vector<Span>& spans);
+    /// One that stays as it is, so that a command in it can be copied.
+    void verbatim(const std::string& text);
+    /// Of the terminal that standard output is, at least `leastColumns`; nothing when it is none.
+    std::optional<std::size_t> columns() const;
     void line(std::string text, Paint paint = Paint::plain) { line({Span{std::move(text), paint}}); }
     void blankLine() { line(std::vector<Span>{}); }
-    /// A document as it stands.
+    /// A document, or a piece of one, as it stands.
     void document(std::string_view text);
+    bool hasPrintedDocument() const { return hasPrintedDocument_; }
 
-    /// "tidwen: " and the text, on standard error.
-    void complain(std::string_view text);
+    /// "tidwen: " and the text, on standard error. `key`: of the words, where it is known.
+    void complain(std::string_view text, std::string_view key = {});
+    void complain(const Complaint& complaint) { complain(complaint.text, complaint.key); }
+    /// What was complained of until now.
+    const std::vector<Complaint>& complaints() const { return complaints_; }
 
     /// There is a person who sees remarks.
-    bool showsRemarks() const { return errorsAreTerminal_; }
+    bool showsRemarks() const { return errorsAreTerminal_ && voice_ == Voice::normal; }
     /// A line beside the results, on standard error; only on a terminal.
     void remark(std::string_view text);
 
@@ -58,6 +77,7 @@ class Console {
 
   private:
     void put(std::FILE* file, std::string_view text);
+    void putLine(const std::vector<Span>& spans);
     std::string painted(const Span& span) const;
 
     std::FILE* input_;
@@ -68,6 +88,9 @@ class Console {
     bool showsColours_ = false;
     bool showsProgress_ = false;
     bool progressShown_ = false;
+    bool hasPrintedDocument_ = false;
+    Voice voice_;
+    std::vector<Complaint> complaints_;
     int outputError_ = 0; ///< errno of the first failed write to standard output
 };
 

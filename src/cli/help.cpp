@@ -1,7 +1,8 @@
 #include "cli/help.h"
 
+#include "base/text.h"
+
 #include <algorithm>
-#include <fmt/core.h>
 #include <utility>
 
 namespace tidwen::help {
@@ -10,13 +11,14 @@ namespace {
 
 using Rows = std::vector<std::pair<std::string, std::string>>;
 
-std::string rendered(const char* title, const Rows& rows) {
+std::string rendered(const std::string& title, const Rows& rows) {
     std::size_t width = 0;
     for (const auto& row : rows)
-        width = std::max(width, row.first.size());
-    std::string text = "\n" + std::string(title) + ":\n";
+        width = std::max(width, displayWidth(row.first));
+    std::string text = "\n" + title + ":\n";
     for (const auto& [term, meaning] : rows)
-        text += fmt::format("  {:<{}}  {}\n", term, width, meaning);
+        text += "  " + term + std::string(width - displayWidth(term), ' ')
+                + (meaning.empty() ? "" : "  " + meaning) + "\n";
     return text;
 }
 
@@ -26,70 +28,91 @@ std::string term(const OptionSyntax& option) {
     return text;
 }
 
-Rows rows(const std::vector<OptionSyntax>& options) {
+Rows rows(const std::vector<OptionSyntax>& options, const Texts& texts) {
     Rows result;
     for (const auto& option : options)
-        result.emplace_back(term(option), option.help);
+        result.emplace_back(term(option), texts.text(option.help));
     return result;
 }
 
-std::string operandTerm(const CommandSyntax& syntax) {
-    if (syntax.operandName.empty()) return {};
-    const auto name = std::string(syntax.operandName) + (syntax.maximumOperands > 1 ? "..." : "");
-    return syntax.minimumOperands > 0 ? name : "[" + name + "]";
-}
-
-/// "list, on JOB…" → "list | on JOB…": the actions of a command, each with its operands.
 std::string actionTerm(const CommandSyntax& syntax) {
-    std::string text(syntax.operandHelp);
-    for (std::size_t at = 0; (at = text.find(", ", at)) != std::string::npos; at += 3)
-        text.replace(at, 2, " | ");
+    std::string text;
+    for (const auto& form : syntax.actions)
+        text += (text.empty() ? "" : " | ") + std::string(form);
     return text;
 }
 
-std::string call(const CommandSyntax& syntax) {
-    const auto operands = syntax.actions.empty() ? operandTerm(syntax) : actionTerm(syntax);
-    return "Usage: tidwen " + std::string(syntax.name) + " [OPTION...]"
-           + (operands.empty() ? "" : " " + operands) + "\n";
+std::string call(const CommandSyntax& syntax, const Texts& texts) {
+    const auto behind = syntax.actions.empty() ? operands(syntax) : actionTerm(syntax);
+    const auto words =
+        "tidwen " + std::string(syntax.name) + " [OPTION...]" + (behind.empty() ? "" : " " + behind);
+    return texts.text("cli.help.usage %@", {words}) + "\n";
+}
+
+std::string call(const Texts& texts) {
+    return texts.text("cli.help.usage %@", {"tidwen [OPTION...] COMMAND [ARGUMENT...]"}) + "\n";
+}
+
+std::string operandHelp(const CommandSyntax& syntax, const Texts& texts) {
+    Rows rows;
+    for (const auto& form : syntax.actions)
+        rows.emplace_back(std::string(form), "");
+    if (!rows.empty()) return rendered(texts.text("cli.help.actions"), rows);
+    if (syntax.operandName.empty()) return {};
+    return rendered(texts.text("cli.help.arguments"), {{operands(syntax), texts.text(syntax.operandHelp)}});
+}
+
+std::string statuses(const Texts& texts) {
+    return rendered(texts.text("cli.help.statuses"), {{"0", texts.text("cli.help.status.done")},
+                                                      {"1", texts.text("cli.help.status.someFailed")},
+                                                      {"2", texts.text("cli.help.status.refused")}});
 }
 
 } // namespace
 
+std::string operands(const CommandSyntax& syntax) {
+    if (syntax.operandName.empty()) return {};
+    if (!syntax.operandForm.empty()) return std::string(syntax.operandForm);
+    const auto name = std::string(syntax.operandName) + (syntax.maximumOperands > 1 ? "..." : "");
+    return syntax.minimumOperands > 0 ? name : "[" + name + "]";
+}
+
 const std::vector<OptionSyntax>& globalOptions() {
     static const std::vector<OptionSyntax> options = {
-        {"--volume", "DIR", "Work on the folder DIR, which is laid out like a Mac's disk"},
-        {"--home", "PATH", "The home folder to look into when that Mac has several (\"/Users/alice\")"},
-        {"--json", "", "Print one JSON document for programs"},
-        {"--yes", "", "Answer every question with yes"},
-        {"--verbose", "", "Print the log on standard error, not its errors alone"},
-        {"--version", "", "Print the version and exit"},
-        {"--help", "", "Print this help and exit; -h does the same"},
+        {"--volume", "DIR", "cli.help.option.volume"}, {"--home", "PATH", "cli.help.option.home"},
+        {"--json", "", "cli.help.option.json"},        {"--yes", "", "cli.help.option.yes"},
+        {"--quiet", "", "cli.help.option.quiet"},      {"--verbose", "", "cli.help.option.verbose"},
+        {"--version", "", "cli.help.option.version"},  {"--help", "", "cli.help.option.help"},
     };
     return options;
 }
 
-std::string program(const std::vector<CommandSyntax>& commands) {
+std::string program(const std::vector<CommandSyntax>& commands, const Texts& texts) {
     Rows summaries;
     for (const auto& syntax : commands)
-        summaries.emplace_back(std::string(syntax.name) + " " + operandTerm(syntax), syntax.summary);
-    return "Takes an application off a Mac with everything it left behind, and can put back what it moved.\n"
-           "\nUsage: tidwen [OPTION...] COMMAND [ARGUMENT...]\n"
-           + rendered("Commands", summaries)
-           + rendered("Options, before the command or after it", rows(globalOptions()))
-           + "\n\"tidwen help COMMAND\" says more about one command.\n";
+        if (!syntax.isHidden)
+            summaries.emplace_back(std::string(syntax.name) + " " + operands(syntax),
+                                   texts.text(syntax.summary));
+    return texts.text("cli.help.program") + "\n\n" + call(texts)
+           + rendered(texts.text("cli.help.commands"), summaries)
+           + rendered(texts.text("cli.help.globalOptions"), rows(globalOptions(), texts))
+           + rendered(texts.text("cli.help.environment"),
+                      {{volumeVariable, texts.text("cli.help.environment.volume")}})
+           + statuses(texts) + "\n" + texts.text("cli.help.more") + "\n";
 }
 
-std::string usage(const CommandSyntax* syntax) {
-    if (!syntax) return "Usage: tidwen [OPTION...] COMMAND [ARGUMENT...]\nTry \"tidwen help\".\n";
-    return call(*syntax) + "Try \"tidwen help " + std::string(syntax->name) + "\".\n";
+std::string usage(const CommandSyntax* syntax, const Texts& texts) {
+    const auto more = syntax ? "tidwen help " + std::string(syntax->name) : std::string("tidwen help");
+    return (syntax ? call(*syntax, texts) : call(texts)) + texts.text("cli.help.try %@", {more}) + "\n";
 }
 
-std::string command(const CommandSyntax& syntax) {
-    std::string text = std::string(syntax.summary) + ".\n\n" + call(syntax);
-    if (!syntax.operandName.empty())
-        text += rendered("Arguments", {{std::string(syntax.operandName), std::string(syntax.operandHelp)}});
-    if (!syntax.options.empty()) text += rendered("Options of this command", rows(syntax.options));
-    return text + rendered("Options of every command", rows(globalOptions()));
+std::string command(const CommandSyntax& syntax, const Texts& texts) {
+    std::string text =
+        texts.text(syntax.summary) + ".\n\n" + call(syntax, texts) + operandHelp(syntax, texts);
+    if (!syntax.options.empty())
+        text += rendered(texts.text("cli.help.ownOptions"), rows(syntax.options, texts));
+    return text + rendered(texts.text("cli.help.everyOptions"), rows(globalOptions(), texts))
+           + statuses(texts);
 }
 
 } // namespace tidwen::help

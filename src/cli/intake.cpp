@@ -1,9 +1,12 @@
 #include "cli/intake.h"
 
 #include "base/text.h"
+#include "cli/suggestion.h"
 #include "inventory/installed_applications.h"
 #include "scan/applications/identifier_form.h"
 
+#include <algorithm>
+#include <iterator>
 #include <set>
 
 namespace tidwen {
@@ -51,6 +54,11 @@ std::vector<std::string> ApplicationFinder::similarNames(const std::string& want
                                || folded(app.bundleID).find(wanted) != std::string::npos;
         if (isSimilar && names.size() < enough) names.push_back(name);
     }
+    if (!names.empty()) return names;
+    std::vector<std::string> known;
+    for (const auto& app : installed_)
+        known.insert(known.end(), {app.url.stem(), app.bundleID});
+    if (auto meant = closest(wanted, known)) names.push_back(std::move(*meant));
     return names;
 }
 
@@ -114,7 +122,8 @@ NamedBundles findBundles(const std::vector<std::string>& words, const Applicatio
         if (auto bundle = finder.find(word))
             named.bundles.push_back(std::move(*bundle));
         else
-            named.failures.push_back((word.empty() ? "“”" : word) + ": " + texts.text(bundle.error()));
+            named.failures.push_back(
+                {(word.empty() ? "“”" : word) + ": " + texts.text(bundle.error()), bundle.error().key});
     }
     return named;
 }
@@ -124,7 +133,8 @@ TargetIntake loadTargets(const std::vector<std::string>& words, const Applicatio
                          const Texts& texts) {
     auto named = findBundles(words, finder, texts);
     auto intake = takeIn(named.bundles, loader, protectedApps, texts);
-    intake.failures.insert(intake.failures.begin(), named.failures.begin(), named.failures.end());
+    std::ranges::transform(named.failures, std::inserter(intake.failures, intake.failures.begin()),
+                           &Complaint::text);
     return intake;
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/message.h"
 #include "cli/command.h"
+#include "cli/console.h"
 #include "platform/code_signatures.h"
 #include "platform/file_system.h"
 #include "program/host_paths.h"
@@ -53,7 +54,7 @@ std::string unprotectHint(const AppTarget& target, const CommandContext& context
 /// Bundles that words on the command line mean, and a line for each word that means none.
 struct NamedBundles {
     std::vector<Path> bundles;
-    std::vector<std::string> failures;
+    std::vector<Complaint> failures;
 };
 
 NamedBundles findBundles(const std::vector<std::string>& words, const ApplicationFinder& finder,

@@ -166,11 +166,18 @@ class NamedTraces {
 
 } // namespace
 
-tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::string>& words) {
+tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::string>& words,
+                                                      const Texts& texts) {
+    const auto tierCalled = [&](const std::string& word) -> std::optional<TraceRisk> {
+        const auto wanted = lowercased(trimmed(word));
+        for (const auto risk : {TraceRisk::safe, TraceRisk::review, TraceRisk::sensitive})
+            if (lowercased(texts.text("risk." + std::string(name(risk)) + ".title")) == wanted) return risk;
+        return parseTraceRisk(wanted);
+    };
     std::set<TraceRisk> tiers;
     for (const auto& word : words)
         for (const auto& part : splitAtCommas(word)) {
-            const auto risk = parseTraceRisk(part);
+            const auto risk = tierCalled(part);
             if (!risk) return tl::unexpected(Message{"cli.risk.unknown %@", {part}});
             tiers.insert(*risk);
         }

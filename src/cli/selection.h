@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/message.h"
+#include "base/texts.h"
 #include "operations/removal_operation.h"
 #include "program/host_paths.h"
 #include "removal/findings.h"
@@ -22,8 +23,10 @@ struct SelectionRequest {
     bool isEmpty() const { return selectors.empty() && !tiers; }
 };
 
-/// "safe,review" → the tiers; the reason names the word that is none.
-tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::string>& words);
+/// "safe,review" → the tiers, also by the titles that are printed, in any letter case; the reason names the
+/// word that is none.
+tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::string>& words,
+                                                      const Texts& texts);
 
 struct Selection {
     std::set<Uuid> ids;

@@ -22,12 +22,14 @@ class Table {
     /// in every row takes no room.
     std::vector<std::vector<Span>> lines(std::size_t indentation = 0) const;
 
-    void print(Console& console, std::size_t indentation = 0) const {
-        for (const auto& line : lines(indentation))
-            console.line(line);
-    }
+    /// The lines as they are, or on a terminal that they do not fit on two for each row: the columns that
+    /// fit, long cells cut in the middle, and below them the rest.
+    void print(Console& console, std::size_t indentation = 0) const;
 
   private:
+    std::vector<std::size_t> widths() const;
+    void printInTwo(Console& console, std::size_t indentation, std::size_t columns) const;
+
     std::vector<Align> columns_;
     std::vector<std::vector<Span>> rows_;
 };

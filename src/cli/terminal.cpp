@@ -2,6 +2,7 @@
 
 #include "cli/command.h"
 #include "cli/console.h"
+#include "cli/json/services.h"
 #include "cli/login_command.h"
 #include "host/crash_recorder.h"
 #include "host/crash_reports.h"
@@ -75,25 +76,40 @@ void tellOfCrash(const CommandContext& context, Log& log) {
         context.console.complain(context.text("crash.report %@", {report->string()}));
 }
 
-ExitStatus runCommand(const Command& command, const Arguments& arguments, const TerminalBuild& build) {
-    const auto resources = findResources(arguments.program.c_str());
-    const auto texts = Texts::load(resources, preferredLanguage(resources));
+/// Who reads documents gets one of a command that printed none because it was refused or failed.
+void documentFailure(const CommandContext& context) {
+    auto& console = context.console;
+    const auto& complaints = console.complaints();
+    if (!context.arguments.json || console.hasPrintedDocument() || complaints.empty()) return;
+    console.document(context.arguments.command == "watch" ? json::failureLine(complaints)
+                                                          : json::failureDocument(complaints));
+}
+
+ExitStatus runCommand(const Command& command, const Arguments& arguments, const Texts& texts,
+                      const TerminalBuild& build) {
     StandardErrorLog log(arguments.verbose ? LogLevel::info : LogLevel::error);
     for (const auto& problem : texts.problems())
         log.warning("{}", problem);
-    Console console(stdin, stdout, stderr);
+    Console console(stdin, stdout, stderr, arguments.quiet ? Console::Voice::quiet : Console::Voice::normal);
     if (arguments.json) console.hideProgress();
-    // Nobody could read what is asked or told, so nothing is begun.
-    if (texts.keys().empty()) {
-        console.complain(
-            "The texts were not found, so nothing was done. TIDWEN_RESOURCES may name their folder.");
-        return ExitStatus::refused;
-    }
     const CommandContext context{arguments, texts, console};
     tellOfCrash(context, log);
     const auto status = CommandRun(context, build, log)(command);
+    if (status != ExitStatus::done) documentFailure(context);
     const bool printed = console.finish();
     return status == ExitStatus::done && !printed ? ExitStatus::someFailed : status;
+}
+
+/// Prints why nothing is begun, or what was asked for in its place.
+int end(const EarlyExit& exit, int count, char** words, const Texts& texts) {
+    std::fputs(exit.text.c_str(), exit.status == 0 ? stdout : stderr);
+    char** const mark =
+        std::find_if(words, words + count, [](std::string_view word) { return word == "--"; });
+    const bool isForPrograms =
+        std::find_if(words, mark, [](std::string_view word) { return word == "--json"; }) != mark;
+    if (exit.status != 0 && isForPrograms)
+        std::fputs(json::failureDocument({{texts.text(exit.reason), exit.reason.key}}).c_str(), stdout);
+    return exit.status;
 }
 
 } // namespace
@@ -102,21 +118,28 @@ int runTerminal(int count, char** words, const TerminalBuild& build) {
     // A reader that goes away must not end a removal half-way.
     std::signal(SIGPIPE, SIG_IGN);
     crashRecorder::install(CrashReports::defaultFolder(), programVersion());
+    const auto resources = findResources(count > 0 ? words[0] : "tidwen");
+    const auto texts = Texts::load(resources, preferredLanguage(resources));
+    // Nobody could read what is asked or told, so nothing is begun.
+    if (texts.keys().empty()) {
+        std::fputs("tidwen: The texts were not found, so nothing was done. TIDWEN_RESOURCES may name their "
+                   "folder.\n",
+                   stderr);
+        return static_cast<int>(ExitStatus::refused);
+    }
     const auto commands = allCommands();
     std::vector<CommandSyntax> syntax;
     syntax.reserve(commands.size());
     for (const auto& command : commands)
         syntax.push_back(command.syntax);
-    const auto arguments = parseArguments(count, words, syntax);
-    if (!arguments) {
-        std::fputs(arguments.error().text.c_str(), arguments.error().status == 0 ? stdout : stderr);
-        return arguments.error().status;
-    }
+    const auto arguments = parseArguments(count, words, syntax, texts,
+                                          std::getenv(volumeVariable)); // NOLINT(concurrency-mt-unsafe)
+    if (!arguments) return end(arguments.error(), count, words, texts);
     const auto command = std::find_if(commands.begin(), commands.end(), [&](const Command& candidate) {
         return candidate.syntax.name == arguments->command;
     });
     crashRecorder::note(command->syntax.name);
-    return static_cast<int>(runCommand(*command, *arguments, build));
+    return static_cast<int>(runCommand(*command, *arguments, texts, build));
 }
 
 } // namespace tidwen

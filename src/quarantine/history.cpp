@@ -7,9 +7,12 @@
 #include "scan/matching/residue_scanner.h"
 
 #include <algorithm>
+#include <functional>
+#include <ranges>
 #include <string_view>
 #include <tuple>
 #include <unordered_set>
+#include <utility>
 
 namespace tidwen {
 
@@ -99,6 +102,33 @@ std::vector<ReadRun> readRuns(const std::vector<Path>& folders, const BudgetedFi
     return runs;
 }
 
+/// Records tell only seconds. Of one second the run whose record was written last is the newest; those of
+/// which that does not tell go by name, so that the numbers people refer to stay the same.
+void sortNewestFirst(std::vector<RemovalHistoryEntry>& entries, const FileSystem& files) {
+    std::ranges::sort(entries, [](const auto& a, const auto& b) {
+        return std::tie(a.manifest.createdAt, a.root) > std::tie(b.manifest.createdAt, b.root);
+    });
+    const auto written = [&](const RemovalHistoryEntry& entry) {
+        const auto info = files.info(entry.root / manifestFileName);
+        return info ? info->modifiedNanoseconds : 0;
+    };
+    for (auto begin = entries.begin(); begin != entries.end();) {
+        const auto end = std::find_if(begin, entries.end(), [&](const auto& entry) {
+            return entry.manifest.createdAt != begin->manifest.createdAt;
+        });
+        if (end - begin > 1) {
+            std::vector<std::pair<std::int64_t, RemovalHistoryEntry>> ofOneSecond;
+            for (auto& entry : std::ranges::subrange(begin, end)) {
+                const auto time = written(entry);
+                ofOneSecond.emplace_back(time, std::move(entry));
+            }
+            std::ranges::stable_sort(ofOneSecond, std::greater{}, &decltype(ofOneSecond)::value_type::first);
+            std::ranges::transform(ofOneSecond, begin, [](auto& each) { return std::move(each.second); });
+        }
+        begin = end;
+    }
+}
+
 } // namespace
 
 RemovalHistoryEntry::Items RemovalHistoryEntry::items() const {
@@ -132,10 +162,7 @@ PastRuns loadPastRuns(const UserEnvironment& user, const FileSystem& files, bool
         for (auto& entry : runs.entries)
             if (const auto size = files.treeSize(entry.root, historySizeEntryLimit))
                 entry.sizeBytes = static_cast<std::int64_t>(size->allocatedBytes);
-    // Runs of one second go by name, so that the numbers people refer to stay the same.
-    std::sort(runs.entries.begin(), runs.entries.end(), [](const auto& a, const auto& b) {
-        return std::tie(a.manifest.createdAt, a.root) > std::tie(b.manifest.createdAt, b.root);
-    });
+    sortNewestFirst(runs.entries, files);
     settleTakenAgain(runs.entries, budgeted);
     return runs;
 }

@@ -19,9 +19,10 @@ const std::vector<CommandSyntax>& commands() {
     return all;
 }
 
-tl::expected<Arguments, EarlyExit> parse(std::vector<const char*> words) {
+tl::expected<Arguments, EarlyExit> parse(std::vector<const char*> words,
+                                         const char* defaultVolume = nullptr) {
     words.insert(words.begin(), "tidwen");
-    return parseArguments(static_cast<int>(words.size()), words.data(), commands());
+    return parseArguments(static_cast<int>(words.size()), words.data(), commands(), Texts(), defaultVolume);
 }
 
 TEST(Arguments, GlobalOptionsStandBeforeOrAfterTheCommand) {
@@ -60,16 +61,22 @@ TEST(Arguments, AFlagTakesNoValue) {
             const auto arguments = parse(words);
             ASSERT_FALSE(arguments) << word;
             EXPECT_EQ(arguments.error().status, 2) << word;
-            EXPECT_NE(arguments.error().text.find("takes no value"), std::string::npos) << word;
+            EXPECT_NE(arguments.error().text.find("cli.usage.takesNoValue"), std::string::npos) << word;
         }
     EXPECT_EQ(parse({"--yes=false", "apps"}).error().status, 2);
-    for (const auto& words :
-         std::vector<std::vector<const char*>>{{"--volume=", "apps"}, {"apps", "--home="}})
-        EXPECT_NE(parse(words).error().text.find("needs a value"), std::string::npos) << words[0];
+    for (const auto& words : std::vector<std::vector<const char*>>{
+             {"--volume=", "apps"}, {"apps", "--home="}, {"--volume", "", "apps"}})
+        EXPECT_EQ(parse(words).error().reason.key, "cli.usage.needsValue %@") << words[0];
     const auto value = parse({"remove", "--select", "--yes=false", "X", "--", "--yes=false"});
     ASSERT_TRUE(value) << value.error().text;
     EXPECT_FALSE(value->yes) << "an option's value or an operand is no flag";
     EXPECT_EQ(value->values("--select"), std::vector<std::string>{"--yes=false"});
+}
+
+TEST(Arguments, TheEnvironmentNamesTheVolumeWhereNoOptionDoes) {
+    EXPECT_EQ(parse({"apps"}, "v")->volume, "v");
+    EXPECT_EQ(parse({"apps", "--volume", "w"}, "")->volume, "w");
+    EXPECT_EQ(parse({"apps"}, "").error().reason, (Message{"cli.usage.needsValue %@", {volumeVariable}}));
 }
 
 TEST(Arguments, EndsEarlyWithTheRightStatus) {
@@ -82,22 +89,25 @@ TEST(Arguments, EndsEarlyWithTheRightStatus) {
         {{"apps", "--version"}, 0, "tidwen "},
         {{"--help"}, 0, "remove APP..."},
         {{"remove", "--help"}, 0, "--dry-run"},
-        {{}, 2, "Usage"},
-        {{"fly"}, 2, "no command fly"},
-        {{"fl\x1b[2Jy\u202e"}, 2, "no command fl\\u{1b}[2Jy\\u{202e}"},
+        {{}, 2, "usage"},
+        {{"fly"}, 2, "unknownCommand fly"},
+        {{"fl\x1b[2Jy\u202e"}, 2, "unknownCommand fl\\u{1b}[2Jy\\u{202e}"},
         {{"apps", "ex\xc2\x9btra"}, 2, "ex\\u{9b}tra"},
         {{"apps", "extra"}, 2, "extra"},
         {{"apps", "--dry-run"}, 2, "--dry-run"},
         {{"remove"}, 2, "APP"},
         {{"undo", "1", "2"}, 2, "2"},
-        {{"apps", "--volume"}, 2, "--volume needs a value"},
-        {{"--dry-run", "remove", "X"}, 2, "--dry-run stands behind the command"},
-        {{"--", "apps"}, 2, "the command is missing"},
-        {{"remove"}, 2, "Usage: tidwen remove [OPTION...] APP...\nTry \"tidwen help remove\"."},
+        {{"apps", "--volume"}, 2, "needsValue --volume"},
+        {{"--dry-run", "remove", "X"}, 2, "behindCommand --dry-run"},
+        {{"--", "apps"}, 2, "cli.usage.noCommand"},
+        {{"remove"}, 2, "usage tidwen remove [OPTION...] APP...\ncli.help.try tidwen help remove"},
         {{"help"}, 0, "remove APP..."},
         {{"help", "remove"}, 0, "--dry-run"},
-        {{"help", "fly"}, 2, "no command fly"},
+        {{"help", "fly"}, 2, "unknownCommand fly"},
         {{"--bogus", "apps"}, 2, "--bogus"},
+        {{"remvoe", "X"}, 2, "didYouMean remove"},
+        {{"remove", "X", "--slect=a"}, 2, "didYouMean --select"},
+        {{"remove", "X", "--xyzzy"}, 2, "unknownOption --xyzzy\n"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text);

@@ -132,9 +132,11 @@ TEST(Selection, SelectorsMayBePathsOfThisMachine) {
 
 TEST(Selection, ReadsTiers) {
     using enum TraceRisk;
-    EXPECT_EQ(parseTiers({"safe,review", "sensitive"}), (std::set{safe, review, sensitive}));
-    EXPECT_EQ(parseTiers({"safe,"}).error(), (Message{"cli.risk.unknown %@", {""}}));
-    EXPECT_EQ(parseTiers({"Safe"}).error(), (Message{"cli.risk.unknown %@", {"Safe"}}));
+    const Texts texts; // keys stand for the titles
+    EXPECT_EQ(parseTiers({"safe, risk.Review.title", "SENSITIVE"}, texts),
+              (std::set{safe, review, sensitive}));
+    EXPECT_EQ(parseTiers({"safe,"}, texts).error(), (Message{"cli.risk.unknown %@", {""}}));
+    EXPECT_EQ(parseTiers({"safer"}, texts).error(), (Message{"cli.risk.unknown %@", {"safer"}}));
 }
 
 } // namespace

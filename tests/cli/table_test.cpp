@@ -1,5 +1,8 @@
 #include "cli/table.h"
 
+#include "base/text.h"
+#include "cli/line_layout.h"
+#include "cli/suggestion.h"
 #include "support/temporary_folder.h"
 #include "support/trees.h"
 
@@ -35,6 +38,40 @@ TEST(Table, ColumnsStandBelowOneAnotherAsATerminalShowsThem) {
                                                                            " \u5199\u4f5c  12 MB  /a\n"
                                                                            " Cafe\u0301      7  /b\n"
                                                                            " x\\n\n");
+}
+
+TEST(LineLayout, BreaksBetweenWordsAndCutsWhatIsTooLong) {
+    const auto laidOut = [](const std::vector<Span>& line, std::size_t columns) {
+        std::string text;
+        for (const auto& each : wrapped(line, columns)) {
+            std::string shown;
+            for (const auto& span : each)
+                shown += span.text;
+            EXPECT_LE(displayWidth(shown), columns) << shown;
+            text += shown + "|";
+        }
+        return text;
+    };
+    EXPECT_EQ(laidOut({{"  one two three"}, {"  four", Paint::faint}}, 20), "  one two three|    four|");
+    EXPECT_EQ(laidOut({{"[x]"}, {"  "}, {"/a b/c d"}, {"  why it is so"}}, 20),
+              "[x]  /a b/c d  why|    it is so|");
+    EXPECT_EQ(laidOut({{"  [x]"}, {"  /Library/Application Support/Corvella"}}, 20),
+              "  [x]|     /Librar…Corvella|");
+    EXPECT_EQ(cutInMiddle("\u5199\u4f5c\u5199\u4f5c", 5), "\u5199…\u4f5c");
+    EXPECT_EQ(laidOut({}, 20), "|");
+}
+
+TEST(Suggestion, IsTheWordThatComesClosest) {
+    const std::vector<std::string> known = {"scan", "sample", "startup", "history"};
+    for (const auto& [word, meant] :
+         std::vector<std::pair<std::string, std::optional<std::string>>>{{"scna", "scan"},
+                                                                         {"SCAN", "scan"},
+                                                                         {"histroy", "history"},
+                                                                         {"hstory", "history"},
+                                                                         {"fly", {}},
+                                                                         {"", {}},
+                                                                         {std::string(1'000, 's'), {}}})
+        EXPECT_EQ(closest(word, known), meant) << word;
 }
 
 TEST(Console, NothingFromOutsideMovesTheCursor) {

@@ -50,7 +50,7 @@ class Description:
 
     def type_for(self, words):
         """By the command that the words call: its longest form whose words are all there, `APP` being any."""
-        given = [word for word in map(str, words) if word not in ("--json", "--yes")]
+        given = [word for word in map(str, words) if word not in ("--json", "--yes", "--quiet")]
         best = ()
         for form in self.commands:
             at = [given.index(word) if word in given else len(given) for word in form if word.isupper() is False]
@@ -63,7 +63,8 @@ class Description:
     def check(self, words, value):
         """Raises when the document is not as described; else what was seen of it."""
         seen = set()
-        self._check(value, self.type_for(words), words[0], seen)
+        is_failure = isinstance(value, dict) and set(value) == {"error"}
+        self._check(value, "`Failure`" if is_failure else self.type_for(words), words[0], seen)
         return seen
 
     def _check(self, value, type_, place, seen):

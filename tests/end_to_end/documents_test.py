@@ -40,7 +40,7 @@ class Documents(VolumeTest):
         described = documents.DESCRIPTION.records["Settings"]
         for name, (type_, _) in described.items():
             for value in re.findall("`([^`]+)`", type_):
-                self.call("settings", "set", name, value)
+                self.call("settings", "set", name, value, "--json")
                 self.call("settings", "list", "--json")
 
     def test_documents_of_runs(self):
@@ -62,6 +62,7 @@ class Documents(VolumeTest):
                 manifest.unlink()
             found = self.call("history", "--json", status=1 if damage.startswith("un") else 0).json
             self.assertEqual([run["status"] for run in found], [damage])
+            self.call("history", root.name, "--json", status=1 if damage.startswith("un") else 0)
             shutil.rmtree(self.volume)
             shutil.copytree(self.sample, self.volume, symlinks=True, copy_function=os.link)
 
@@ -86,7 +87,15 @@ class Documents(VolumeTest):
         (self.volume / "Applications/Bad.app/Contents/Info.plist").write_text("garbage")
         self.call("orphans", "--json", status=1)
 
+    def test_documents_of_an_item_that_is_lost(self):
+        root = self.volume / self.call("remove", "Kip", "--yes", "--json").json["quarantineRoot"][1:]
+        shutil.rmtree(next(root.glob("*/Kip.app")))
+        self.assertEqual([item["failureKey"] for item in self.call("undo", "1", "--dry-run", "--json", status=1).json["items"]
+                          if "failureKey" in item], ["failure.notInQuarantine"])
+        self.assertIn("missing", [item["place"] for item in self.call("history", "1", "--json").json["items"]])
+
     def test_documents_of_the_rest(self):
+        self.call("requests", "gate", "on", "--json")
         self.call("sample", self.base / "second", "--json", volume=False)
         self.call("reset", "Kip", "--yes", "--json")
         for name in ("Kip.dmg", "Other.dmg"):

@@ -135,12 +135,12 @@ TEST_F(History, SaysWhatItCannotTell) {
 
 TEST_F(History, ListsWhatCanBeReadNewestFirst) {
     run("Old", 0);
-    run("Twin a", 5);
-    run("New", 9, 500'000);
     run("Twin b", 5);
+    run("New", 9, 500'000);
+    run("Twin a", 5);
     volume.write((folder("Damaged") / manifestFileName).string(), "{");
     volume.link((folder("Linked") / manifestFileName).string(), "../Tidwen - Old/tidwen-manifest.json");
-    EXPECT_THAT(loaded(), ElementsAre("New", "Twin b", "Twin a", "Old"));
+    EXPECT_THAT(loaded(), ElementsAre("New", "Twin a", "Twin b", "Old"));
     EXPECT_FALSE(model.entries.get().front().sizeBytes);
     loaded(HistoryModel::Sizes::measured);
     EXPECT_GE(model.entries.get().front().sizeBytes.value_or(0), 500'000);

@@ -17,10 +17,11 @@ tl::expected<std::string, Message> choice(const Arguments& arguments, std::strin
                                           std::string_view name, std::string fallback) {
     const auto given = arguments.values(option);
     if (given.empty()) return fallback;
+    const auto word = given.back() == "used" ? "lastUsed" : given.back();
     for (const auto& setting : preferenceDescriptions()) {
         if (setting.name != name) continue;
         const auto& values = setting.values;
-        if (std::find(values.begin(), values.end(), given.back()) != values.end()) return given.back();
+        if (std::find(values.begin(), values.end(), word) != values.end()) return word;
         std::string all;
         for (const auto value : values)
             all += (all.empty() ? "" : ", ") + std::string(value);
@@ -55,38 +56,67 @@ bool dependsOnSettings(const HomeGridOptions& options) {
            || options.grouping != HomeGrouping::none;
 }
 
-std::string document(const std::vector<HomeGroup>& groups) {
-    std::vector<InstalledApp> apps;
+/// The applications in their order, each once.
+std::vector<const InstalledApp*> listed(const std::vector<HomeGroup>& groups) {
+    std::vector<const InstalledApp*> apps;
     for (const auto& group : groups)
         for (const auto* app : group.apps)
-            apps.push_back(*app);
-    return json::document(apps);
+            if (std::ranges::find(apps, app) == apps.end()) apps.push_back(app);
+    return apps;
 }
 
-void print(const std::vector<HomeGroup>& groups, const CommandContext& context) {
+/// The day, or that it runs now; empty when nothing tells.
+std::string lastUsed(const InstalledApp& app, const CommandContext& context) {
+    if (app.usage && app.usage->isRunning) return context.text("cli.apps.running");
+    if (!app.usage || !app.usage->evidence.date) return {};
+    return displayDate(*app.usage->evidence.date).substr(0, std::string_view("2026-11-14").size());
+}
+
+/// What the user decided about it.
+std::string decisions(const InstalledApp& app, const AppTags& tags, const ProtectedApps& protectedApps,
+                      const CommandContext& context) {
+    auto words = tags.tags(app.bundleID);
+    if (protectedApps.contains(app.bundleID)) words.insert(words.begin(), context.text("cli.apps.protected"));
+    std::string text;
+    for (const auto& word : words)
+        text += (text.empty() ? "" : ", ") + word;
+    return text;
+}
+
+void print(const std::vector<HomeGroup>& groups, const AppTags& tags, const ProtectedApps& protectedApps,
+           const CommandContext& context) {
     const auto heading = [&](const char* key) { return Span{context.text(key), Paint::faint}; };
     using enum Table::Align;
     for (const auto& group : groups) {
         if (!group.title.empty())
-            context.console.line({{group.title, Paint::strong},
-                                  {"  " + labels::size(group.bytes, context.texts), Paint::faint}});
+            context.console.line(
+                {{group.title, Paint::strong},
+                 {"  " + labels::countAndSize(group.apps.size(), group.bytes, context.texts), Paint::faint}});
         Table table({left, left, right, left, left});
         table.add({heading("cli.apps.name"), heading("cli.apps.version"), heading("cli.apps.size"),
-                   heading("cli.apps.identifier"), heading("cli.apps.path")});
+                   heading("cli.apps.lastUsed"), heading("cli.apps.identifier"), heading("cli.apps.path")});
         for (const auto* app : group.apps)
             table.add({{app->name, Paint::strong},
                        {app->version.value_or("")},
                        {labels::size(app->sizeBytes, context.texts)},
+                       {lastUsed(*app, context)},
                        {app->bundleID},
-                       {app->url.string(), Paint::faint}});
+                       {app->url.string(), Paint::faint},
+                       {decisions(*app, tags, protectedApps, context), Paint::caution}});
         table.print(context.console, group.title.empty() ? 0 : 2);
     }
+    const auto apps = listed(groups);
+    std::int64_t bytes = 0;
+    for (const auto* app : apps)
+        bytes += app->sizeBytes.value_or(0);
+    context.console.line(context.text("cli.apps.total %lld %@",
+                                      {std::to_string(apps.size()), labels::size(bytes, context.texts)}));
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
     auto& system = mac.system;
     const auto options = readOptions(context, system.defaults);
-    if (!options) return context.refuse(options.error());
+    if (!options) return context.misuse(options.error());
     if (const auto problem = ProtectedApps(system.defaults).problem(); problem && dependsOnSettings(*options))
         return context.refuse(*problem);
     context.console.progress(context.text("cli.apps.progress"));
@@ -97,36 +127,37 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     main.runUntil([&] { return grid.phase.get() == HomeGridModel::Phase::ready; });
     context.console.endProgress();
     const auto& apps = grid.apps();
-    const auto groups = arrangeHomeGrid(apps, *options, session.tags(), session.protectedApps(),
-                                        context.texts, system.clock.now());
+    const auto& tags = session.tags();
+    const auto& protectedApps = session.protectedApps();
+    const auto groups =
+        arrangeHomeGrid(apps, *options, tags, protectedApps, context.texts, system.clock.now());
     if (context.arguments.json)
-        context.console.document(document(groups));
+        context.console.document(json::document(listed(groups), tags, protectedApps));
     else if (groups.empty())
         context.console.line(context.text(apps.empty() ? "cli.apps.none" : "cli.apps.noMatch"));
     else
-        print(groups, context);
+        print(groups, tags, protectedApps, context);
     const auto& inventory = grid.inventory.get();
     for (const auto& folder : inventory.unreadable)
-        context.console.complain(context.text("cli.unreadable %@", {folder.string()}));
+        context.complain({"cli.unreadable %@", {folder.string()}});
     const auto leftOut = inventory.leftOut;
-    if (leftOut > 0) context.console.complain(context.text("cli.leftOut %lld", {std::to_string(leftOut)}));
+    if (leftOut > 0) context.complain({"cli.leftOut %lld", {std::to_string(leftOut)}});
     return leftOut > 0 || !inventory.unreadable.empty() ? ExitStatus::someFailed : ExitStatus::done;
 }
 
 } // namespace
 
 Command appsCommand() {
-    return {
-        .syntax = {.name = "apps",
-                   .summary = "List the applications that are installed",
-                   .options = {{"--group", "lastUsed|category|tag|none", "Put them under headings"},
-                               {"--sort", "auto|name|size|lastUsed", "Order, inside each group"},
-                               {"--filter", "TEXT", "Those with TEXT in name, identifier or tags"},
-                               {"--tag", "TAG", "Those with this tag"},
-                               {"--unused", "", "Those not used for longer than the unusedThreshold setting"},
-                               {"--protected", "", "Those that are protected from removal"},
-                               {"--no-agents", "", "Without those that only work in the background"}}},
-        .run = run};
+    return {.syntax = {.name = "apps",
+                       .summary = "cli.help.apps",
+                       .options = {{"--group", "lastUsed|category|tag|none", "cli.help.apps.group"},
+                                   {"--sort", "auto|name|size|used", "cli.help.apps.sort"},
+                                   {"--filter", "TEXT", "cli.help.apps.filter"},
+                                   {"--tag", "TAG", "cli.help.apps.tag"},
+                                   {"--unused", "", "cli.help.apps.unused"},
+                                   {"--protected", "", "cli.help.apps.protected"},
+                                   {"--no-agents", "", "cli.help.apps.noAgents"}}},
+            .run = run};
 }
 
 } // namespace tidwen

@@ -15,11 +15,12 @@ namespace tidwen {
 
 namespace {
 
-tl::expected<SelectionRequest, Message> readRequest(const Arguments& arguments) {
+tl::expected<SelectionRequest, Message> readRequest(const CommandContext& context) {
+    const auto& arguments = context.arguments;
     SelectionRequest request{.selectors = arguments.values("--select")};
     if (!arguments.has("--risk")) return request;
     if (!request.selectors.empty()) return tl::unexpected(Message{"cli.select.notWithRisk"});
-    auto tiers = parseTiers(arguments.values("--risk"));
+    auto tiers = parseTiers(arguments.values("--risk"), context.texts);
     if (!tiers) return tl::unexpected(std::move(tiers.error()));
     request.tiers = std::move(*tiers);
     return request;
@@ -67,14 +68,14 @@ Preview preview(const CommandContext& context, const Mac& mac, const RemovalChoi
 
 ExitStatus refuse(const RemovalRefusal& refusal, const CommandContext& context) {
     const auto status = context.refuse(refusal.reason);
-    if (!refusal.unmovableItems.empty()) context.console.complain(context.text("cli.remove.otherAccount"));
+    if (!refusal.unmovableItems.empty()) context.complain({"cli.remove.otherAccount"});
     return status;
 }
 
 /// On standard error: with --json, too, and whatever was chosen.
 void complainOfSkipped(const std::vector<Path>& names, const CommandContext& context) {
     for (const auto& path : names)
-        context.console.complain(context.text("cli.remove.skippedName %@", {path.string()}));
+        context.complain({"cli.remove.skippedName %@", {path.string()}});
 }
 
 /// Prints on standard error what belongs beside a document.
@@ -105,7 +106,7 @@ bool confirmed(const CommandContext& context, const Mac& mac, const RemovalChoic
         printUnseen(choice.findings().unseen(), shown);
     };
     if (!context.arguments.yes && context.console.canAsk())
-        context.arguments.json ? besideDocument(context, show) : show(context);
+        context.arguments.json || context.arguments.quiet ? besideDocument(context, show) : show(context);
     return agreed(context, context.text("cli.question %@", {words.title}), "cli.remove.needsYes");
 }
 
@@ -120,7 +121,7 @@ void show(const RemovalReport& report, const std::string& subject, const Command
         report.quarantineRoot.isRoot() ? std::nullopt : undoCommandLine(report.quarantineRoot, context, mac);
     printRemainders(report, undo, context);
     printUnseen(report.unseen, context);
-    if (undo) context.console.line(context.text("cli.undo.hint %@", {*undo}));
+    if (undo) context.console.verbatim(context.text("cli.undo.hint %@", {*undo}));
 }
 
 } // namespace
@@ -137,14 +138,14 @@ bool agreed(const CommandContext& context, const std::string& question, std::str
         return false;
     }
     if (context.console.ask(question, {"y", "yes", context.text("cli.answer.yes")})) return true;
-    context.console.complain(context.text("cli.remove.cancelled"));
+    context.refuse({"cli.remove.cancelled"});
     return false;
 }
 
 ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& session, RemovalMode mode,
                        Chosen chosen) {
-    const auto request = readRequest(context.arguments);
-    if (!request) return context.refuse(request.error());
+    const auto request = readRequest(context);
+    if (!request) return context.misuse(request.error());
     auto& model = session.model();
     if (const auto refused = choose(model, *request, chosen, mode, HostPaths(mac.volume)))
         return context.refuse(*refused);
@@ -191,10 +192,9 @@ std::optional<Message> idleOption(const Arguments& arguments, std::string_view m
 }
 
 std::vector<OptionSyntax> removalOptions() {
-    return {
-        {"--select", "ITEMS", "Take exactly these: paths or names that are shown, or all of an application"},
-        {"--risk", "TIERS", "Take the items of these tiers: safe,review,sensitive"},
-        {"--dry-run", "", "Print the numbered steps and change nothing"}};
+    return {{"--select", "ITEMS", "cli.help.option.select"},
+            {"--risk", "TIERS", "cli.help.option.risk"},
+            {"--dry-run", "", "cli.help.option.dryRun"}};
 }
 
 } // namespace tidwen

@@ -129,8 +129,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
         print(unfinished, context);
     }
     mentionInterruptedRuns(context, runs);
-    if (runs.leftOut() > 0)
-        context.console.complain(context.text("cli.history.leftOut %lld", {std::to_string(runs.leftOut())}));
+    if (runs.leftOut() > 0) context.complain({"cli.history.leftOut %lld", {std::to_string(runs.leftOut())}});
     return isAllKnown && unfinished.empty() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
@@ -138,9 +137,9 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 
 Command historyCommand() {
     return {.syntax = {.name = "history",
-                       .summary = "List past removals, newest first, or what became of the items of one",
+                       .summary = "cli.help.history",
                        .operandName = "RUN",
-                       .operandHelp = "Number in history, or name of the quarantine folder",
+                       .operandHelp = "cli.help.operand.run",
                        .maximumOperands = 1},
             .run = run};
 }

@@ -57,12 +57,12 @@ InstallerScanResult findInstallers(Mac& mac) {
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
     const bool removes = context.arguments.has("--remove");
-    if (const auto idle = idleOption(context.arguments); idle && !removes) return context.refuse(*idle);
+    if (const auto idle = idleOption(context.arguments); idle && !removes) return context.misuse(*idle);
     const auto result = findInstallers(mac);
     if (removes) {
         if (result.unreadable) return context.refuse({"installers.unreadable.title"});
         for (const auto& file : result.skippedNames)
-            context.console.complain(context.text("cli.skippedName %@", {file.string()}));
+            context.complain({"cli.skippedName %@", {file.string()}});
         FlowSession session(context, mac);
         session.model().show(stage::Installers{});
         session.model().offer(context.text("category.installers"),
@@ -81,10 +81,10 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 
 Command installersCommand() {
     return {.syntax = {.name = "installers",
-                       .summary = "Find disk images and installer packages in Downloads",
-                       .options = {{"--remove", "", "Move those of installed applications to quarantine"},
-                                   {"--select", "ITEMS", "Take exactly these: paths that are shown"},
-                                   {"--dry-run", "", "Print the numbered steps and change nothing"}}},
+                       .summary = "cli.help.installers",
+                       .options = {{"--remove", "", "cli.help.installers.remove"},
+                                   {"--select", "ITEMS", "cli.help.installers.select"},
+                                   {"--dry-run", "", "cli.help.option.dryRun"}}},
             .run = run};
 }
 

@@ -20,17 +20,17 @@ std::optional<std::string> undoCommandLine(const Path& root, const CommandContex
 
 void mentionInterruptedRuns(const CommandContext& context, const TerminalHistory& history) {
     if (const auto& fault = history.unreadable())
-        context.console.complain(context.text(
-            "cli.history.unreadable %@ %@", {fault->path.string(), context.text(failureKey(fault->fault))}));
-    if (history.isAnotherAtWork()) context.console.complain(context.text("failure.trashBusy"));
+        context.complain(
+            {"cli.history.unreadable %@ %@", {fault->path.string(), context.text(failureKey(fault->fault))}});
+    if (history.isAnotherAtWork()) context.complain({"failure.trashBusy"});
     const auto count = std::ranges::count_if(history.unfinishedRuns(), [](const UnfinishedRun& run) {
         // Nothing that `recover` could do anything about is left of the others.
         return run.problem == UnfinishedRun::Problem::interrupted
                || run.problem == UnfinishedRun::Problem::unsettled;
     });
     if (count > 0)
-        context.console.complain(context.text("cli.interrupted %lld %@",
-                                              {std::to_string(count), context.commandLine({"recover"})}));
+        context.complain(
+            {"cli.interrupted %lld %@", {std::to_string(count), context.commandLine({"recover"})}});
 }
 
 } // namespace tidwen

@@ -12,8 +12,9 @@ namespace tidwen {
 
 namespace {
 
-tl::expected<LeftoverFilter, Message> readFilter(const Arguments& arguments) {
-    auto risks = parseTiers(arguments.values("--risk"));
+tl::expected<LeftoverFilter, Message> readFilter(const CommandContext& context) {
+    const auto& arguments = context.arguments;
+    auto risks = parseTiers(arguments.values("--risk"), context.texts);
     if (!risks) return tl::unexpected(std::move(risks.error()));
     return LeftoverFilter{.query = searchText(arguments), .risks = std::move(*risks)};
 }
@@ -63,9 +64,9 @@ void print(const OrphanScanResult& orphans, bool isNarrowed, const CommandContex
 ExitStatus run(const CommandContext& context, Mac& mac) {
     const bool removes = context.arguments.has("--remove");
     if (const auto idle = idleOption(context.arguments, "--risk"); idle && !removes)
-        return context.refuse(*idle);
-    const auto filter = readFilter(context.arguments);
-    if (!filter) return context.refuse(filter.error());
+        return context.misuse(*idle);
+    const auto filter = readFilter(context);
+    if (!filter) return context.misuse(filter.error());
     FlowSession session(context, mac);
     if (removes) {
         if (!session.sweep()) return ExitStatus::refused;
@@ -90,18 +91,15 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 
 std::vector<OptionSyntax> options() {
     auto all = removalOptions();
-    all.insert(all.begin(), {"--remove", "", "Move what was found to quarantine"});
-    all.insert(all.begin(), {filterOption, "TEXT", "Only what has TEXT in its path"});
+    all.insert(all.begin(), {"--remove", "", "cli.help.orphans.remove"});
+    all.insert(all.begin(), {filterOption, "TEXT", "cli.help.orphans.filter"});
     return all;
 }
 
 } // namespace
 
 Command orphansCommand() {
-    return {.syntax = {.name = "orphans",
-                       .summary = "Find leftovers of applications that are no longer installed",
-                       .options = options()},
-            .run = run};
+    return {.syntax = {.name = "orphans", .summary = "cli.help.orphans", .options = options()}, .run = run};
 }
 
 } // namespace tidwen

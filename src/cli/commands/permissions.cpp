@@ -25,7 +25,7 @@ std::optional<AppTarget> findTarget(const CommandContext& context, Mac& mac, con
     const auto path = finder.find(word);
     // macOS keeps the permissions of an application that is gone.
     if (!path && isIdentifier(word)) {
-        context.console.complain(context.text("cli.permissions.absent %@", {word}));
+        context.complain({"cli.permissions.absent %@", {word}});
         AppTarget gone;
         gone.bundleID = word;
         gone.name = word;
@@ -184,8 +184,7 @@ class SheetSession {
         // What was given to a program by its path is not reset through the application's identifier. Else it
         // was the user who dismissed the prompt, and he knows.
         if (rest->isPathClient)
-            context_.console.complain(
-                context_.text("report.verify.tccSurvivor %@ %@", {sheet_->app().name, title}));
+            context_.complain({"report.verify.tccSurvivor %@ %@", {sheet_->app().name, title}});
         return false;
     }
 
@@ -219,12 +218,10 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 
 Command permissionsCommand() {
     return {.syntax = {.name = "permissions",
-                       .summary = "Privacy permissions of an application: show APP, revoke APP [SERVICE]; of "
-                                  "Tidwen itself: show",
+                       .summary = "cli.help.permissions",
                        .operandName = "ACTION",
-                       .operandHelp = "show, show APP, revoke APP [SERVICE…]",
                        .maximumOperands = anyNumber,
-                       .actions = {"show", "revoke"}},
+                       .actions = {"show [APP]", "revoke APP [SERVICE...]"}},
             .run = run};
 }
 

@@ -5,6 +5,7 @@
 #include "cli/console.h"
 #include "cli/intake.h"
 #include "cli/json/settings.h"
+#include "cli/suggestion.h"
 #include "cli/table.h"
 #include "inventory/installed_applications.h"
 #include "program/resources.h"
@@ -27,13 +28,13 @@ ExitStatus wrongAction(const CommandContext& context) {
 }
 
 ExitStatus notStored(const CommandContext& context) {
-    context.console.complain(context.text("cli.settings.notStored"));
+    context.complain({"cli.settings.notStored"});
     return ExitStatus::someFailed;
 }
 
 /// The reason with the word that it is about.
 ExitStatus refuse(const CommandContext& context, const std::string& word, const Message& reason) {
-    context.console.complain(word + ": " + context.text(reason.key, reason.arguments));
+    context.console.complain(word + ": " + context.texts.text(reason), reason.key);
     return ExitStatus::refused;
 }
 
@@ -59,8 +60,7 @@ class IdentifierReader {
             refuse(context_, word, found.error());
             return std::nullopt;
         }
-        if (!found->isInstalled)
-            context_.console.complain(context_.text("cli.identifier.absent %@", {found->bundleID}));
+        if (!found->isInstalled) context_.complain({"cli.identifier.absent %@", {found->bundleID}});
         return found->bundleID;
     }
 
@@ -159,14 +159,14 @@ std::optional<std::string> taggedOne(const std::string& word, const AppTags& tag
 
 /// `tag`: what should change; `name`: what it should become or be called.
 ExitStatus refuseTag(AppTags::Refusal refusal, const std::string& tag, const std::string& name,
-                     const CommandContext& context) {
+                     const std::vector<std::string>& known, const CommandContext& context) {
     switch (refusal) {
     case AppTags::Refusal::unusableName:
         return context.refuse({"cli.tags.unusable %@", {name}});
     case AppTags::Refusal::thereAlready:
         return context.refuse({"cli.tags.thereAlready %@", {name}});
     case AppTags::Refusal::notThere:
-        return context.refuse({"cli.tags.notThere %@", {tag}});
+        return context.refuse({"cli.tags.notThere %@", {tag}}, closest(tag, known));
     case AppTags::Refusal::notStored:
         break;
     }
@@ -192,7 +192,8 @@ ExitStatus runTags(const CommandContext& context, Host& host, Mac* mac) {
         changed = tags.erase(words[1]);
     else if (action != "list" || words.size() > 1)
         return context.misuseOfAction(action);
-    if (!changed) return refuseTag(changed.error(), action == "rename" ? words[1] : tag, tag, context);
+    if (!changed)
+        return refuseTag(changed.error(), action == "rename" ? words[1] : tag, tag, tags.all(), context);
     if (context.arguments.json)
         context.console.document(json::document(byTag(tags)));
     else
@@ -216,11 +217,11 @@ void printSettings(const AppPreferences& preferences, const CommandContext& cont
 /// Who wants the Trash watched has it watched from each login on, for the volume named now.
 ExitStatus watchAtLogin(bool isOn, const CommandContext& context, LoginItem& loginItem) {
     if (isOn && !context.arguments.volume) {
-        context.console.complain(context.text("cli.settings.loginNeedsVolume"));
+        context.complain({"cli.settings.loginNeedsVolume"});
         return ExitStatus::done;
     }
     if (!loginItem.setEnabled(isOn)) {
-        context.console.complain(context.text("cli.settings.loginFailed"));
+        context.complain({"cli.settings.loginFailed"});
         return ExitStatus::someFailed;
     }
     if (isOn && !context.arguments.json)
@@ -228,17 +229,32 @@ ExitStatus watchAtLogin(bool isOn, const CommandContext& context, LoginItem& log
     return ExitStatus::done;
 }
 
+ExitStatus refuseSetting(const std::string& name, const CommandContext& context) {
+    std::vector<std::string> names;
+    for (const auto& setting : preferenceDescriptions())
+        names.emplace_back(setting.name);
+    return context.refuse({"cli.settings.unknown %@", {name}}, closest(name, names));
+}
+
+std::vector<std::string> valuesOf(const std::string& name, const AppPreferences& preferences) {
+    for (const auto& setting : preferenceDescriptions())
+        if (setting.name == name) return preferences.values(setting);
+    return {};
+}
+
 ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context, Host& host) {
     const auto& words = context.arguments.operands;
     if (words.size() != 3) return context.misuseOfAction(words.front());
-    if (!preferences.get(words[1])) return context.refuse({"cli.settings.unknown %@", {words[1]}});
+    if (!preferences.get(words[1])) return refuseSetting(words[1], context);
     if (words[1] == "updateFeed" && !words[2].empty() && !isPlainHttpsAddress(words[2]))
         return context.refuse({"updates.badAddress %@", {words[2]}});
     if (!preferences.set(words[1], words[2]))
-        return context.refuse({"cli.settings.refused %@ %@", {words[1], words[2]}});
+        return context.refuse({"cli.settings.refused %@ %@", {words[1], words[2]}},
+                              closest(words[2], valuesOf(words[1], preferences)));
     // Read back what another process would see.
     const auto stored = AppPreferences(host.defaults).get(words[1]);
     if (stored != preferences.get(words[1])) return notStored(context);
+    if (context.arguments.json) context.console.document(json::settingDocument(words[1], words[2]));
     return words[1] == "catchTrashedApps" ? watchAtLogin(words[2] == "true", context, host.loginItem)
                                           : ExitStatus::done;
 }
@@ -252,8 +268,11 @@ ExitStatus runSettings(const CommandContext& context, Host& host) {
     if (action == "set") return setSetting(preferences, context, host);
     if (action == "get" && words.size() == 2) {
         const auto value = preferences.get(words[1]);
-        if (!value) return context.refuse({"cli.settings.unknown %@", {words[1]}});
-        context.console.line(*value);
+        if (!value) return refuseSetting(words[1], context);
+        if (context.arguments.json)
+            context.console.document(json::settingDocument(words[1], *value));
+        else
+            context.console.line(*value);
         return ExitStatus::done;
     }
     if (action != "list" || words.size() > 1) return context.misuseOfAction(action);
@@ -268,31 +287,28 @@ ExitStatus runSettings(const CommandContext& context, Host& host) {
 
 Command protectCommand() {
     return {.syntax = {.name = "protect",
-                       .summary = "Applications that must not be removed: list, add APP, remove APP",
+                       .summary = "cli.help.protect",
                        .operandName = "ACTION",
-                       .operandHelp = "list, add APP…, remove APP…",
                        .maximumOperands = anyNumber,
-                       .actions = {"list", "add", "remove"}},
+                       .actions = {"list", "add APP...", "remove APP..."}},
             .run = runProtect};
 }
 
 Command tagsCommand() {
     return {.syntax = {.name = "tags",
-                       .summary = "Your own tags on applications: list, add, remove, rename, delete",
+                       .summary = "cli.help.tags",
                        .operandName = "ACTION",
-                       .operandHelp = "list, add APP TAG, remove APP TAG, rename TAG NEW, delete TAG",
                        .maximumOperands = 3,
-                       .actions = {"list", "add", "remove", "rename", "delete"}},
+                       .actions = {"list", "add APP TAG", "remove APP TAG", "rename TAG NEW", "delete TAG"}},
             .run = runTags};
 }
 
 Command settingsCommand() {
     return {.syntax = {.name = "settings",
-                       .summary = "Settings: list, get NAME, set NAME VALUE",
+                       .summary = "cli.help.settings",
                        .operandName = "ACTION",
-                       .operandHelp = "list, get NAME, set NAME VALUE",
                        .maximumOperands = 3,
-                       .actions = {"list", "get", "set"}},
+                       .actions = {"list", "get NAME", "set NAME VALUE"}},
             .run = runSettings};
 }
 

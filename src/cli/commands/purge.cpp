@@ -34,8 +34,6 @@ choose(const std::vector<RemovalHistoryEntry>& history, const TerminalHistory& r
        const CommandContext& context, const Mac& mac) {
     const auto& words = context.arguments.operands;
     const bool all = context.arguments.has("--all"), expired = context.arguments.has("--expired");
-    if ((words.empty() ? 0 : 1) + (all ? 1 : 0) + (expired ? 1 : 0) != 1)
-        return tl::unexpected(Message{"cli.purge.usage"});
     if (all) return history;
     if (expired) {
         const AppPreferences preferences(mac.system.defaults);
@@ -67,10 +65,8 @@ struct Spared {
 
 void report(const QuarantinePurge::Outcome& outcome, const Spared& spared, const CommandContext& context) {
     for (const auto& run : spared.runs)
-        context.console.complain(
-            context.text("cli.purge.spared %@ %@", {run.root.string(), context.texts.text(run.advice())}));
-    if (spared.leftOut > 0)
-        context.console.complain(context.text("cli.history.leftOut %lld", {std::to_string(spared.leftOut)}));
+        context.complain({"cli.purge.spared %@ %@", {run.root.string(), context.texts.text(run.advice())}});
+    if (spared.leftOut > 0) context.complain({"cli.history.leftOut %lld", {std::to_string(spared.leftOut)}});
     if (context.arguments.json) return context.console.document(json::document(outcome, spared.runs));
     context.console.line(context.text("cli.purge.done %lld", {std::to_string(outcome.removedFolders)}));
     const auto isAmong = [](const std::vector<Path>& folders, const Path& folder) {
@@ -85,6 +81,10 @@ void report(const QuarantinePurge::Outcome& outcome, const Spared& spared, const
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
+    const auto& arguments = context.arguments;
+    const int ways = (arguments.operands.empty() ? 0 : 1) + (arguments.has("--all") ? 1 : 0)
+                     + (arguments.has("--expired") ? 1 : 0);
+    if (ways != 1) return context.misuse({"cli.purge.usage"});
     TerminalHistory history(context, mac);
     if (const auto problem = history.whyNotRemove()) return context.refuse(*problem);
     const bool asks = !context.arguments.yes && !context.arguments.json && context.console.canAsk();
@@ -120,15 +120,14 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 } // namespace
 
 Command purgeCommand() {
-    return {
-        .syntax = {.name = "purge",
-                   .summary = "Delete past removals for good: runs of the history, the expired ones, or all",
-                   .operandName = "RUN",
-                   .operandHelp = "Number in history, or name of the quarantine folder",
-                   .maximumOperands = anyNumber,
-                   .options = {{"--expired", "", "Those older than the quarantineRetention setting"},
-                               {"--all", "", "Every run"}}},
-        .run = run};
+    return {.syntax = {.name = "purge",
+                       .summary = "cli.help.purge",
+                       .operandName = "RUN",
+                       .operandHelp = "cli.help.operand.run",
+                       .maximumOperands = anyNumber,
+                       .options = {{"--expired", "", "cli.help.purge.expired"},
+                                   {"--all", "", "cli.help.purge.all"}}},
+            .run = run};
 }
 
 } // namespace tidwen

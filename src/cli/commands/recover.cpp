@@ -7,6 +7,8 @@
 #include "quarantine/recovery.h"
 #include "quarantine/trash_lock.h"
 
+#include <algorithm>
+
 namespace tidwen {
 
 namespace {
@@ -20,16 +22,15 @@ void print(const Manifest& manifest, const CommandContext& context, const Mac& m
          context.text("history.row.items %lld", {std::to_string(entry ? entry->pendingMoves : 0)})}));
     if (const auto undo = undoCommandLine(manifest.quarantineRoot, context, mac);
         undo && !manifest.entries.empty())
-        context.console.line(context.text("cli.undo.hint %@", {*undo}));
+        context.console.verbatim(context.text("cli.undo.hint %@", {*undo}));
 }
 
 void complain(const UnfinishedRun& run, const CommandContext& context, const Mac& mac) {
-    context.console.complain(
-        context.text("cli.history.unfinished %@ %@", {run.root.string(), context.texts.text(run.advice())}));
+    context.complain({"cli.history.unfinished %@ %@", {run.root.string(), context.texts.text(run.advice())}});
     for (const auto& item : run.unsettled)
         context.console.complain("  " + item);
     if (const auto undo = undoCommandLine(run.root, context, mac))
-        context.console.complain(context.text("cli.undo.hint %@", {*undo}));
+        context.complain({"cli.undo.hint %@", {*undo}});
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
@@ -53,7 +54,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     }
     for (const auto& run : unfinished)
         complain(run, context, mac);
-    if (!missing.empty()) context.console.complain(context.text("cli.recover.missing"));
+    if (!missing.empty()) context.complain({"cli.recover.missing"});
     for (const auto& item : missing)
         context.console.complain("  " + item);
     return unfinished.empty() && missing.empty() ? ExitStatus::done : ExitStatus::someFailed;
@@ -62,9 +63,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 } // namespace
 
 Command recoverCommand() {
-    return {.syntax = {.name = "recover",
-                       .summary = "Finish the book-keeping of interrupted removals, so they can be undone"},
-            .run = run};
+    return {.syntax = {.name = "recover", .summary = "cli.help.recover"}, .run = run};
 }
 
 } // namespace tidwen

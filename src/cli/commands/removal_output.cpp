@@ -140,8 +140,8 @@ void printRemainders(const RemovalReport& report, const std::optional<std::strin
     listLeft("cli.remove.remains", gone, context);
     if (gone.empty() || !undo) return;
     context.console.line(context.text("cli.remove.takeRemains"));
-    context.console.line("  " + *undo);
-    context.console.line("  " + context.commandLine(laterRemoval(report, gone, context)));
+    context.console.verbatim("  " + *undo);
+    context.console.verbatim("  " + context.commandLine(laterRemoval(report, gone, context)));
 }
 
 void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout& layout,

@@ -22,7 +22,7 @@ CommandSyntax syntax(std::string_view name, std::string_view summary) {
     return {.name = name,
             .summary = summary,
             .operandName = "APP",
-            .operandHelp = "Name, identifier or path of an application",
+            .operandHelp = "cli.help.operand.app",
             .minimumOperands = 1,
             .maximumOperands = anyNumber,
             .options = removalOptions()};
@@ -31,12 +31,11 @@ CommandSyntax syntax(std::string_view name, std::string_view summary) {
 } // namespace
 
 Command removeCommand() {
-    return {.syntax = syntax("remove", "Move an application and what it left to quarantine"),
-            .run = runRemove};
+    return {.syntax = syntax("remove", "cli.help.remove"), .run = runRemove};
 }
 
 Command resetCommand() {
-    return {.syntax = syntax("reset", "Keep an application, move its data to quarantine"), .run = runReset};
+    return {.syntax = syntax("reset", "cli.help.reset"), .run = runReset};
 }
 
 } // namespace tidwen

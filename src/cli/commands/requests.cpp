@@ -13,7 +13,10 @@ ExitStatus drain(const CommandContext& context, Mac& mac) {
     const auto drained = requestInbox(context, mac).drain();
     const auto judged = judgeRequest(drained.paths, context, mac);
     if (context.arguments.json) {
-        context.console.document(json::requestsDocument(judged.targets));
+        std::vector<Path> applications;
+        for (const auto& target : judged.targets)
+            applications.push_back(target.bundleURL);
+        context.console.document(json::requestsDocument(applications));
     } else {
         if (drained.isEmpty()) context.console.line(context.text("cli.requests.none"));
         for (const auto& target : judged.targets)
@@ -48,6 +51,7 @@ ExitStatus post(const std::vector<std::string>& words, const CommandContext& con
     case UninstallService::Outcome::notPosted:
         return context.refuse({"cli.requests.notPosted"});
     }
+    if (context.arguments.json) context.console.document(json::requestsDocument(selection));
     return ExitStatus::done;
 }
 
@@ -57,8 +61,11 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     if (action == "drain" && words.size() == 1) return drain(context, mac);
     if (action == "post" && words.size() > 1) return post({words.begin() + 1, words.end()}, context, mac);
     if (action == "gate" && words.size() == 2 && (words[1] == "on" || words[1] == "off")) {
-        if (requestInbox(context, mac).setFinderGate(words[1] == "on")) return ExitStatus::done;
-        return context.refuse({"cli.requests.gateFailed"});
+        const bool isOpen = words[1] == "on";
+        if (!requestInbox(context, mac).setFinderGate(isOpen))
+            return context.refuse({"cli.requests.gateFailed"});
+        if (context.arguments.json) context.console.document(json::gateDocument(isOpen));
+        return ExitStatus::done;
     }
     return context.misuseOfAction(action);
 }
@@ -67,13 +74,11 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 
 Command requestsCommand() {
     return {.syntax = {.name = "requests",
-                       .summary =
-                           "Applications that other processes ask to remove: drain, post APP..., gate on|off",
+                       .summary = "cli.help.requests",
                        .operandName = "ACTION",
-                       .operandHelp = "drain, post APP…, gate on|off",
                        .minimumOperands = 1,
                        .maximumOperands = anyNumber,
-                       .actions = {"drain", "post", "gate"}},
+                       .actions = {"drain", "post APP...", "gate on|off"}},
             .run = run};
 }
 

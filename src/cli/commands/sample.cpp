@@ -27,7 +27,7 @@ ExitStatus run(const CommandContext& context) {
                       labels::size(static_cast<std::int64_t>(sample->bytes), context.texts)}));
     Arguments arguments = context.arguments;
     arguments.volume = folder;
-    context.console.line(context.text(
+    context.console.verbatim(context.text(
         "cli.next %@", {CommandContext{arguments, context.texts, context.console}.commandLine({"apps"})}));
     return ExitStatus::done;
 }
@@ -36,9 +36,9 @@ ExitStatus run(const CommandContext& context) {
 
 Command sampleCommand() {
     return {.syntax = {.name = "sample",
-                       .summary = "Write a Mac volume of invented applications to try everything on",
+                       .summary = "cli.help.sample",
                        .operandName = "DIR",
-                       .operandHelp = "Folder to write it to; must be empty or not exist",
+                       .operandHelp = "cli.help.sample.operand",
                        .minimumOperands = 1,
                        .maximumOperands = 1},
             .run = run};

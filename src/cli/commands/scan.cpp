@@ -9,39 +9,77 @@
 #include "scan/matching/default_selection.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
+#include <map>
 
 namespace tidwen {
 
 namespace {
 
-/// Traces of one category stand together, in the order in which categories are shown.
-std::vector<Trace> byCategory(const std::vector<Trace>& traces) {
-    auto sorted = traces;
-    std::stable_sort(sorted.begin(), sorted.end(),
-                     [](const Trace& a, const Trace& b) { return a.category < b.category; });
-    return sorted;
+constexpr const char* sortOption = "--sort";
+
+/// The traces of one category.
+struct Section {
+    TraceCategory category;
+    std::vector<Trace> traces;
+    std::int64_t bytes = 0;
+};
+
+/// Categories in the order in which they are shown; by size, the largest first, and so what they hold.
+std::vector<Section> sections(const std::vector<Trace>& traces, bool isBySize) {
+    std::map<TraceCategory, Section> byCategory;
+    for (const auto& trace : traces) {
+        auto& section = byCategory.try_emplace(trace.category, Section{trace.category, {}}).first->second;
+        section.traces.push_back(trace);
+        section.bytes += trace.sizeBytes.value_or(0);
+    }
+    std::vector<Section> result;
+    for (auto& [category, section] : byCategory) {
+        if (isBySize)
+            std::ranges::stable_sort(section.traces, std::greater{},
+                                     [](const Trace& trace) { return trace.sizeBytes.value_or(-1); });
+        result.push_back(std::move(section));
+    }
+    if (isBySize) std::ranges::stable_sort(result, std::greater{}, &Section::bytes);
+    return result;
+}
+
+/// How much of the whole a part is, drawn.
+std::string bar(std::int64_t part, std::int64_t whole) {
+    constexpr std::int64_t columns = 20;
+    std::string text;
+    for (std::int64_t i = 0; i < columns && whole > 0; ++i)
+        text += i * whole < part * columns ? "█" : "░";
+    return text;
 }
 
 /// Mark, tier and size stand in columns; what follows has its own length and would only push the rest away.
-void printTraces(const ScanResult& result, const CommandContext& context) {
+void printTraces(const ScanResult& result, bool isBySize, const CommandContext& context) {
     using enum Table::Align;
     Table table({left, left, right});
-    const auto sorted = byCategory(result.traces);
-    for (const auto& trace : sorted)
-        table.add({{takenByDefault(trace, result) ? "[x]" : "[ ]", Paint::faint},
-                   labels::risk(trace.risk, context.texts),
-                   {labels::size(trace.sizeBytes, context.texts)}});
+    const auto all = sections(result.traces, isBySize);
+    for (const auto& section : all)
+        for (const auto& trace : section.traces)
+            table.add({{takenByDefault(trace, result) ? "[x]" : "[ ]", Paint::faint},
+                       labels::risk(trace.risk, context.texts),
+                       {labels::size(trace.sizeBytes, context.texts)}});
     auto lines = table.lines(2);
-    for (std::size_t i = 0; i < sorted.size(); ++i) {
-        const auto& trace = sorted[i];
-        if (i == 0 || trace.category != sorted[i - 1].category)
-            context.console.line(labels::category(trace.category, context.texts), Paint::strong);
-        lines[i].push_back({"  " + trace.displayName});
-        lines[i].push_back({"  " + labels::reason(trace.reason, context.texts), Paint::faint});
-        for (const auto& badge : labels::badges(trace, context.texts))
-            lines[i].push_back({"  [" + badge + "]", Paint::caution});
-        context.console.line(lines[i]);
+    std::size_t next = 0;
+    for (const auto& section : all) {
+        context.console.line(
+            {{labels::category(section.category, context.texts), Paint::strong},
+             {"  " + labels::countAndSize(section.traces, context.texts), Paint::faint},
+             {isBySize ? "  " + bar(section.bytes, labels::totalBytes(result.traces)) : ""}});
+        for (const auto& trace : section.traces) {
+            auto& line = lines[next++];
+            line.push_back({"  "});
+            line.push_back({trace.displayName});
+            line.push_back({"  " + labels::reason(trace.reason, context.texts), Paint::faint});
+            for (const auto& badge : labels::badges(trace, context.texts))
+                line.push_back({"  [" + badge + "]", Paint::caution});
+            context.console.line(line);
+        }
     }
 }
 
@@ -114,7 +152,8 @@ void printRights(const std::vector<Trace>& traces, const CommandContext& context
         context.console.line(context.text("cli.scan.notYours %lld", {std::to_string(count)}), Paint::caution);
 }
 
-void print(const ScanResult& result, bool isKnown, const CommandContext& context, const Mac& mac) {
+void print(const ScanResult& result, bool isKnown, bool isBySize, const CommandContext& context,
+           const Mac& mac) {
     const auto& target = result.target;
     context.console.line({{target.name, Paint::strong},
                           {target.version ? " " + *target.version : ""},
@@ -122,13 +161,17 @@ void print(const ScanResult& result, bool isKnown, const CommandContext& context
     context.console.line(target.bundleURL.string(), Paint::faint);
     printNotices(result, isKnown, context);
     printIncomplete(result.leftOut, result.skippedNames, context);
-    printTraces(result, context);
+    printTraces(result, isBySize, context);
     printPermissions(result.permissions, context, mac.system.user);
     printTotals(result, isKnown, context);
     printRights(result.traces, context, mac.system.files);
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
+    const auto sort = context.arguments.values(sortOption);
+    const bool isBySize = !sort.empty() && sort.back() == "size";
+    if (!sort.empty() && !isBySize && sort.back() != "category")
+        return context.misuse({"cli.apps.badValue %@ %@ %@", {sortOption, sort.back(), "category, size"}});
     FlowSession session(context, mac);
     if (!session.scan(context.arguments.operands, ProtectedTargets::shown)) return ExitStatus::refused;
     const auto& results = *std::get<stage::Review>(session.model().stage()).results;
@@ -139,7 +182,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     } else {
         for (const auto& result : results) {
             if (&result != &results.front()) context.console.blankLine();
-            print(result, !problem, context, mac);
+            print(result, !problem, isBySize, context, mac);
         }
     }
     const bool areComplete = std::all_of(results.begin(), results.end(),
@@ -151,11 +194,12 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 
 Command scanCommand() {
     return {.syntax = {.name = "scan",
-                       .summary = "Show what belongs to an application, and why",
+                       .summary = "cli.help.scan",
                        .operandName = "APP",
-                       .operandHelp = "Name, identifier or path of an application",
+                       .operandHelp = "cli.help.operand.app",
                        .minimumOperands = 1,
-                       .maximumOperands = anyNumber},
+                       .maximumOperands = anyNumber,
+                       .options = {{sortOption, "category|size", "cli.help.scan.sort"}}},
             .run = run};
 }
 

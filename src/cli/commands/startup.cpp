@@ -1,8 +1,10 @@
 #include "cli/json/startup.h"
 #include "base/executor.h"
 #include "cli/commands/confirmed_removal.h"
+#include "cli/commands/startup_labels.h"
 #include "cli/console.h"
 #include "cli/incomplete_output.h"
+#include "cli/suggestion.h"
 #include "cli/table.h"
 #include "program/session.h"
 
@@ -23,6 +25,13 @@ class StartupSession {
           session_(mac, main_, InstalledBundles::Looks::once),
           model_(session_.models().startupItems()) {
         wait([this](auto done) { model_.load(done); });
+    }
+
+    std::vector<std::string> labels() const {
+        std::vector<std::string> labels;
+        for (const auto& item : model_.result.get().items)
+            labels.push_back(item.label);
+        return labels;
     }
 
     ExitStatus list() {
@@ -102,12 +111,18 @@ class StartupSession {
     /// The one item of this label or id, else why there is not one.
     tl::expected<const StartupItem*, Message> find(const std::string& word) const {
         const auto named = model_.itemsNamed(word);
-        if (named.empty()) return tl::unexpected(Message{"cli.startup.unknown %@", {word}});
+        if (named.empty()) return tl::unexpected(unknown(word));
         if (named.size() == 1) return named.front();
         std::string files;
         for (const auto* item : named)
             files += (files.empty() ? "" : ", ") + item->id();
         return tl::unexpected(Message{"cli.startup.ambiguous %@ %@", {word, files}});
+    }
+
+    Message unknown(const std::string& word) const {
+        const auto meant = closest(word, labels());
+        return meant ? Message{"cli.startup.similar %@ %@", {word, *meant}}
+                     : Message{"cli.startup.unknown %@", {word}};
     }
 
     ExitStatus refuseUnseen(const Message& reason) const {
@@ -117,7 +132,7 @@ class StartupSession {
 
     void complainOfUnreadable() const {
         for (const auto& folder : model_.result.get().unreadable)
-            context_.console.complain(context_.text("cli.unreadable %@", {folder.string()}));
+            context_.complain({"cli.unreadable %@", {folder.string()}});
     }
 
     void print() {
@@ -177,17 +192,19 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 
 } // namespace
 
+std::vector<std::string> startupLabels(const CommandContext& context, Mac& mac) {
+    return StartupSession(context, mac).labels();
+}
+
 Command startupCommand() {
-    return {
-        .syntax = {.name = "startup",
-                   .summary = "Jobs that start on their own: list, on JOB, off JOB, remove JOB",
-                   .operandName = "ACTION",
-                   .operandHelp = "list, on JOB…, off JOB…, remove JOB…",
-                   .maximumOperands = anyNumber,
-                   .options = {{orphansOption, "", "With remove: every job whose application is gone"},
-                               {"--dry-run", "", "With remove: print the numbered steps and change nothing"}},
-                   .actions = {"list", "on", "off", "remove"}},
-        .run = run};
+    return {.syntax = {.name = "startup",
+                       .summary = "cli.help.startup",
+                       .operandName = "ACTION",
+                       .maximumOperands = anyNumber,
+                       .options = {{orphansOption, "", "cli.help.startup.orphans"},
+                                   {"--dry-run", "", "cli.help.startup.dryRun"}},
+                       .actions = {"list", "on JOB...", "off JOB...", "remove JOB..."}},
+            .run = run};
 }
 
 } // namespace tidwen

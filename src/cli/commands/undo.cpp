@@ -100,14 +100,13 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 
 Command undoCommand() {
     return {.syntax = {.name = "undo",
-                       .summary = "Put what a removal moved back to its place: everything, or single items",
+                       .summary = "cli.help.undo",
                        .operandName = "RUN",
-                       .operandHelp =
-                           "Number in history, or name of the quarantine folder; then the items to "
-                           "put back, as “tidwen history RUN” shows them",
+                       .operandForm = "RUN [ITEM...]",
+                       .operandHelp = "cli.help.undo.operand",
                        .minimumOperands = 1,
                        .maximumOperands = anyNumber,
-                       .options = {{dryRunOption, "", "Print what would be put back and change nothing"}}},
+                       .options = {{dryRunOption, "", "cli.help.undo.dryRun"}}},
             .run = run};
 }
 

@@ -52,10 +52,7 @@ ExitStatus run(const CommandContext& context, Host& host) {
 } // namespace
 
 Command updatesCommand() {
-    return {
-        .syntax = {.name = "updates",
-                   .summary = "Tell whether there is a newer version, if the setting checksForUpdates is on"},
-        .run = run};
+    return {.syntax = {.name = "updates", .summary = "cli.help.updates"}, .run = run};
 }
 
 } // namespace tidwen

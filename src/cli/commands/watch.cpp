@@ -103,7 +103,7 @@ class WatchSession {
     }
 
     void showRemoval(const std::string& bundle) const {
-        context_.console.line("  " + context_.commandLine({"remove", bundle}));
+        context_.console.verbatim("  " + context_.commandLine({"remove", bundle}));
     }
 
     /// The terminal has no window to bring to the front; the command does what the window would.
@@ -130,8 +130,8 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 
 Command watchCommand() {
     return {.syntax = {.name = "watch",
-                       .summary = "Report each application moved to the Trash or requested for removal",
-                       .options = {{atLogin, "", "Watch only while the setting catchTrashedApps is on"}}},
+                       .summary = "cli.help.watch",
+                       .options = {{atLogin, "", "cli.help.watch.atLogin"}}},
             .run = run};
 }
 

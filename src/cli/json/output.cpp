@@ -3,6 +3,7 @@
 #include "base/json.h"
 #include "base/timestamp.h"
 #include "cli/json/records.h"
+#include "scan/matching/default_selection.h"
 
 namespace tidwen::json {
 
@@ -22,8 +23,13 @@ Value object(const BundleCoverage& owners) {
 }
 
 Value object(const ScanResult& result) {
+    Value traces = array(result.traces, [&](const Trace& trace) {
+        Value fields = value(trace);
+        fields["isSelectedByDefault"] = takenByDefault(trace, result);
+        return fields;
+    });
     Value fields{{"target", value(result.target)},
-                 {"traces", array(result.traces, toValue)},
+                 {"traces", std::move(traces)},
                  {"unreadableLocations", array(result.unreadableLocations, toValue)},
                  {"skippedNames", array(result.skippedNames, toValue)},
                  {"leftOut", result.leftOut},
@@ -69,8 +75,14 @@ std::string document(const Sample& sample) {
                       {"bytes", sample.bytes}});
 }
 
-std::string document(const std::vector<InstalledApp>& apps) {
-    return writeJson(array(apps, toValue));
+std::string document(const std::vector<const InstalledApp*>& apps, const AppTags& tags,
+                     const ProtectedApps& protectedApps) {
+    return writeJson(array(apps, [&](const InstalledApp* app) {
+        Value fields = value(*app);
+        fields["tags"] = tags.tags(app->bundleID);
+        fields["isProtected"] = protectedApps.contains(app->bundleID);
+        return fields;
+    }));
 }
 
 std::string document(const std::vector<ScanResult>& results) {
@@ -100,8 +112,12 @@ std::string document(const RemovalReport& report, const Texts& texts) {
     if (!unseen.knowsAllOwners()) result["unknownOwners"] = object(unseen.owners);
     Value left = Value::array();
     for (const auto& each : report.left)
-        for (const auto& item : each.traces)
+        for (const auto& item : each.traces) {
             left.push_back(value(item.trace));
+            const auto why = item.describe();
+            left.back()["leftReason"] = texts.text(why);
+            left.back()["leftKey"] = why.key;
+        }
     if (!left.empty()) result["leftInPlace"] = std::move(left);
     if (!report.emptiedFolders.empty()) result["emptiedFolders"] = array(report.emptiedFolders, toValue);
     if (!report.deadLinks.empty()) result["deadLinks"] = array(report.deadLinks, toValue);

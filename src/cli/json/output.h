@@ -7,7 +7,9 @@
 #include "quarantine/unfinished_run.h"
 #include "removal/removal_report.h"
 #include "scan/applications/installed_app.h"
+#include "scan/applications/protected_apps.h"
 #include "scan/matching/scan_result.h"
+#include "settings/app_tags.h"
 
 #include <filesystem>
 #include <string>
@@ -26,7 +28,9 @@ struct Sample {
 };
 
 std::string document(const Sample& sample);
-std::string document(const std::vector<InstalledApp>& apps);
+/// Each with what the user decided about it.
+std::string document(const std::vector<const InstalledApp*>& apps, const AppTags& tags,
+                     const ProtectedApps& protectedApps);
 std::string document(const std::vector<ScanResult>& results);
 std::string document(const std::vector<RemovalOperation>& plan);
 /// A failed result carries its reason in words and, as "failureKey", by the key that does not change with

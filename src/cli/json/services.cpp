@@ -35,7 +35,24 @@ Value found(const std::string& url, const std::string& name, const std::string& 
     return {{"url", url}, {"name", name}, {"bundleID", bundleID}, {"requested", isRequested}};
 }
 
+Value failure(const std::vector<Complaint>& complaints) {
+    Value error;
+    for (const auto& complaint : complaints) {
+        error["reasons"].push_back(complaint.text);
+        if (!complaint.key.empty() && !error.contains("key")) error["key"] = complaint.key;
+    }
+    return {{"error", std::move(error)}};
+}
+
 } // namespace
+
+std::string failureDocument(const std::vector<Complaint>& complaints) {
+    return writeJson(failure(complaints));
+}
+
+std::string failureLine(const std::vector<Complaint>& complaints) {
+    return onOneLine(failure(complaints));
+}
 
 std::string document(const QuarantinePurge::Outcome& outcome, const std::vector<UnfinishedRun>& spared) {
     Value kept = array(spared, [](const UnfinishedRun& run) { return value(run.root); });
@@ -54,9 +71,12 @@ std::string document(const UpdateAnswer& answer, std::string_view running) {
     return writeJson(object);
 }
 
-std::string requestsDocument(const std::vector<AppTarget>& requested) {
-    return writeJson(
-        {{"paths", array(requested, [](const AppTarget& target) { return value(target.bundleURL); })}});
+std::string requestsDocument(const std::vector<Path>& applications) {
+    return writeJson({{"paths", array(applications, [](const Path& path) { return value(path); })}});
+}
+
+std::string gateDocument(bool isOpen) {
+    return writeJson({{"isOpen", isOpen}});
 }
 
 std::string line(const TrashedApp& app) {

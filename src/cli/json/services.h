@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cli/console.h"
 #include "quarantine/quarantine_purge.h"
 #include "quarantine/unfinished_run.h"
 #include "scan/applications/app_target.h"
@@ -16,7 +17,13 @@ namespace tidwen::json {
 std::string document(const QuarantinePurge::Outcome& outcome, const std::vector<UnfinishedRun>& spared);
 std::string document(const UpdateAnswer& answer, std::string_view running);
 /// The applications that requests name.
-std::string requestsDocument(const std::vector<AppTarget>& requested);
+std::string requestsDocument(const std::vector<Path>& applications);
+std::string gateDocument(bool isOpen);
+
+/// Why a command that prints a document on success printed none. The key is that of the first complaint that
+/// has one.
+std::string failureDocument(const std::vector<Complaint>& complaints);
+std::string failureLine(const std::vector<Complaint>& complaints);
 
 /// One line each, for a reader that takes a line as soon as it is there.
 std::string line(const TrashedApp& found);

@@ -24,4 +24,8 @@ std::string document(const AppPreferences& preferences) {
     return writeJson(object);
 }
 
+std::string settingDocument(const std::string& name, const std::string& value) {
+    return writeJson({{"name", name}, {"value", value}});
+}
+
 } // namespace tidwen::json

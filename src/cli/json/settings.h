@@ -13,5 +13,6 @@ namespace tidwen::json {
 std::string document(const std::set<std::string>& protectedIDs);
 std::string document(const std::map<std::string, std::vector<std::string>>& byTag);
 std::string document(const AppPreferences& preferences);
+std::string settingDocument(const std::string& name, const std::string& value);
 
 } // namespace tidwen::json

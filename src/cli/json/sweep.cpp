@@ -1,6 +1,7 @@
 #include "cli/json/sweep.h"
 
 #include "cli/json/records.h"
+#include "scan/matching/default_selection.h"
 
 namespace tidwen::json {
 
@@ -35,8 +36,11 @@ void write(const OrphanScanResult& orphans, const JsonStream::Sink& sink) {
         out.value(group.name);
         out.key("traces");
         out.beginArray();
-        for (const auto& trace : group.traces)
-            out.value(value(trace));
+        for (const auto& trace : group.traces) {
+            Value fields = value(trace);
+            fields["isSelectedByDefault"] = takenByDefault(trace);
+            out.value(fields);
+        }
         out.end();
         out.end();
     }

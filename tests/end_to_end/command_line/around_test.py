@@ -4,6 +4,7 @@ import fcntl
 import json
 import os
 import plistlib
+import re
 import shutil
 import subprocess
 
@@ -280,16 +281,54 @@ class Around(VolumeTest):
         self.call("installers", "--remove", "--yes", status=1)
         self.assertTrue(os.path.exists(name))
 
+    def test_what_is_mistyped_is_answered_with_what_may_be_meant(self):
+        for words, meant in [(["scna", "Kip"], "scan"), (["apps", "--srot", "size"], "--sort"), (["tags", "lits"], "list"),
+                             (["settings", "get", "langauge"], "language"), (["scan", "Lumne"], "Lumen"),
+                             (["settings", "set", "quarantineRetention", "thirtydays"], "thirtyDays")]:
+            with self.subTest(words):
+                self.refuse(*words, saying="Did you mean")
+                self.refuse(*words, saying=meant)
+        self.assertEqual(self.call("orphans", "--risk", "have a look,safe").output,
+                         self.call("orphans", "--risk", "review,safe").output)
+
+    def test_a_refusal_is_a_document_for_programs(self):
+        for words, key in [(["remove", "Nobody", "--yes"], "cli.app.unknown"), (["fly"], "cli.usage.unknownCommand %@"),
+                           (["purge"], "cli.purge.usage"), (["settings", "get", "x"], "cli.settings.unknown %@")]:
+            run = self.call(*words, "--json", status=2)
+            self.assertEqual(run.json["error"]["key"], key)
+            self.assertIn(run.json["error"]["reasons"][0], run.errors)
+
+    def test_quiet_prints_only_what_went_wrong(self):
+        self.assertEqual(self.call("remove", "Kip", "--yes", "--quiet").output, "")
+        self.assertIn("Nobody", self.call("scan", "Nobody", "--quiet", status=2).errors)
+        self.assertEqual(len(self.call("history", "--quiet", "--json").json), 1)
+
+    def test_a_scan_by_size_begins_with_the_largest(self):
+        sizes = [[int(float(n) * {"kB": 1, "MB": 1000}[unit]) for n, unit in re.findall(r"(?m)^  \[.\].*?([\d.]+) (kB|MB)", part)]
+                 for part in re.split("█", self.call("scan", "Brightwell Studio", "--sort", "size").output)]
+        self.assertEqual(sizes, [sorted(part, reverse=True) for part in sizes])
+        self.assertTrue(any(sizes))
+        self.refuse("scan", "Kip", "--sort", "luck", saying="luck")
+
     def test_bash_completes(self):
         script = self.call("completions", "bash", volume=False).output
+        self.call("remove", "Kip", "--yes")
+        self.call("tags", "add", "Lumen", "mine")
         for line, expected in [("tidwen orph", ["orphans"]), ("tidwen --volume /x startup re", ["remove"]),
                                ("tidwen apps --group cat", ["category"]), ("tidwen remove --dry", ["--dry-run"]),
-                               ("tidwen startup off re", []), ("tidwen remove Kip --ex", [])]:
-            words = line.split(" ")
+                               ("tidwen startup off re", []), ("tidwen remove Kip --ex", []),
+                               ("tidwen --volume V remove Lum", ["Lumen", "Lumen\\ Beta"]),
+                               ("tidwen --volume V undo ", ["1"]), ("tidwen --volume V tags delete m", ["mine"]),
+                               ("tidwen --volume V apps --tag m", ["mine"]),
+                               ("tidwen --volume V startup off com.marlinworks.notes", ["com.marlinworks.notes.sync"]),
+                               ("tidwen settings set quarantineR", ["quarantineRetention"]),
+                               ("tidwen settings set quarantineRetention n", ["never", "ninetyDays"]),
+                               ("tidwen remove Kip --risk s", ["safe", "sensitive"])]:
+            words = [terminal.PROGRAM, *line.replace("V", str(self.volume)).split(" ")[1:]]
             done = subprocess.run(["bash", "-c", script + '\nCOMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _tidwen\n'
                                    'printf "%s\\n" "${COMPREPLY[@]}"', "bash", *words],
                                   env=self.environment, capture_output=True, text=True)
-            self.assertEqual((done.stdout.split(), done.stderr), (expected, ""), line)
+            self.assertEqual((sorted(done.stdout.split("\n")[:-1]), done.stderr), (expected or [""], ""), line)
 
 
 if __name__ == "__main__":

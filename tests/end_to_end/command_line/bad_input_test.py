@@ -2,9 +2,12 @@
 """Volumes, homes, manifests and settings as accidents and strangers leave them: clear words, the right status,
 nothing lost. Usage: bad_input_test.py TIDWEN"""
 import fcntl
+import json
 import os
 import plistlib
+import re
 import shutil
+import subprocess
 import unicodedata
 
 import terminal
@@ -134,6 +137,46 @@ class BadInput(VolumeTest):
             self.assertNotIn("[x]", self.call("scan", "Pantry", status=1).output)
             self.call("history")
         self.assertEqual(snapshot(self.volume), before)
+
+    def test_a_narrow_terminal_breaks_no_word(self):
+        self.application("Applications/A name that is longer than any terminal is wide, or nearly.app", "com.long")
+        self.call("remove", "Kip", "--yes")
+        for words in (["apps"], ["scan", "Brightwell Studio"], ["history"], ["history", "1"], ["orphans"],
+                      ["undo", "1", "--dry-run"], ["startup"], ["settings"], ["permissions", "show", "Lumen"]):
+            whole = set(self.call(*words).output.split())
+            for columns in (20, 80):
+                with self.subTest(words=words, columns=columns):
+                    printed = re.sub(r"\x1b\[\d*m", "", self.call_on_terminal(*words, columns=columns)[1])
+                    lines = [line.split("\x1b[K")[-1].rstrip() for line in printed.split("\n")]
+                    self.assertEqual([line for line in lines if len(line) > columns], [])
+                    self.assertEqual([word for line in lines for word in line.split()
+                                      if word not in whole and "…" not in word], [])
+
+    def test_a_reader_that_goes_away_ends_nothing_half_way(self):
+        reader, writer = os.pipe()
+        os.close(reader)
+        done = subprocess.run([terminal.PROGRAM, "--volume", self.volume, "remove", "Kip", "--yes"], stdout=writer,
+                              stderr=subprocess.PIPE, env=self.environment, text=True)
+        os.close(writer)
+        self.assertEqual((done.returncode, done.stderr), (1, ""))
+        self.assertEqual([run["pendingMoves"] for run in self.call("history", "--json").json], [3])
+
+    def test_a_volume_without_a_name_is_wrong_usage(self):
+        for words, environment in [(["--volume", "", "apps"], {}), (["--volume=", "apps"], {}),
+                                   (["apps"], {"TIDWEN_VOLUME": ""})]:
+            done = subprocess.run([terminal.PROGRAM, *words], env=self.environment | environment,
+                                  capture_output=True, text=True)
+            self.assertEqual((done.returncode, done.stdout), (2, ""), words)
+            self.assertRegex(done.stderr, r"tidwen: (--volume|TIDWEN_VOLUME) needs a value.\nUsage: ")
+        for volume, prefix in [(self.volume, []), ("/nowhere", ["--volume", self.volume])]:
+            done = subprocess.run([terminal.PROGRAM, *prefix, "apps", "--json"], capture_output=True,
+                                  env=self.environment | {"TIDWEN_VOLUME": str(volume)})
+            self.assertEqual(len(json.loads(done.stdout)), 14)
+
+    def test_switches_as_other_programs_store_them(self):
+        for value, read in [(1, True), ("YES", True), (0, False), ("no", False), (1.0, True)]:
+            write_list(self.base / "config/tidwen/settings.plist", {"tidwen.checksForUpdates": value})
+            self.assertEqual(self.call("settings", "list", "--json").json["checksForUpdates"], read, value)
 
     def test_reading_never_waits_for_a_lock(self):
         self.call("settings", "set", "quarantineRetention", "sevenDays")

@@ -1,11 +1,14 @@
 """Runs the program on a volume as a person or a script would, and looks at what became of the disk."""
+import fcntl
 import json
 import os
 import pty
 import shutil
+import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import unittest
 from pathlib import Path
 
@@ -116,15 +119,20 @@ class VolumeTest(unittest.TestCase):
         return run
 
     def refuse(self, *words, saying, volume=True):
-        """Expects a refusal: status 2, nothing on standard output, the reason on standard error."""
+        """Expects a refusal: status 2, nothing on standard output but a document of it, the reason on standard error."""
         run = self.call(*words, status=2, volume=volume)
-        self.assertEqual(run.output, "")
+        if "--json" in words:
+            self.assertIn(saying, " ".join(run.json["error"]["reasons"]))
+        else:
+            self.assertEqual(run.output, "")
         self.assertIn(saying, run.errors)
+        return run
 
-    def call_on_terminal(self, *words, answer):
+    def call_on_terminal(self, *words, answer=None, columns=0):
         """Status and everything printed, the question answered with `answer`."""
         child, terminal = pty.fork()
         if child == 0:
+            fcntl.ioctl(0, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
             os.execve(PROGRAM, [PROGRAM, "--volume", str(self.volume), *words], {**self.environment, "TERM": "xterm"})
         printed = b""
         while True:

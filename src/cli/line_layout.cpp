@@ -1,0 +1,94 @@
+#include "cli/line_layout.h"
+
+#include "base/text.h"
+
+#include <algorithm>
+
+namespace tidwen {
+
+namespace {
+
+/// What is not broken, and the blanks that separate it from what is before it on a line.
+struct Piece {
+    std::size_t blanks = 0;
+    std::string text;
+    Paint paint = Paint::plain;
+};
+
+/// Adds the words of a span, or all of it when it is a path. Gives the blanks at its end.
+std::size_t addPieces(const Span& span, std::size_t blanks, std::vector<Piece>& pieces) {
+    const auto text = printable(span.text);
+    for (std::size_t at = 0; at < text.size();) {
+        const auto begin = std::min(text.find_first_not_of(' ', at), text.size());
+        blanks += begin - at;
+        if (begin == text.size()) break;
+        const bool isPath = text[begin] == '/';
+        const auto end =
+            isPath ? text.find_last_not_of(' ') + 1 : std::min(text.find(' ', begin), text.size());
+        const auto word = text.substr(begin, end - begin);
+        // What follows without a blank belongs to the same word.
+        if (blanks == 0 && !pieces.empty() && pieces.back().paint == span.paint)
+            pieces.back().text += word;
+        else
+            pieces.push_back({blanks, word, span.paint});
+        blanks = 0;
+        at = end;
+    }
+    return blanks;
+}
+
+/// Where code points begin.
+std::vector<std::size_t> starts(const std::string& text) {
+    std::vector<std::size_t> result;
+    for (std::size_t i = 0; i < text.size(); ++i)
+        if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) result.push_back(i);
+    result.push_back(text.size());
+    return result;
+}
+
+} // namespace
+
+std::string cutInMiddle(const std::string& text, std::size_t columns) {
+    const auto shown = printable(text);
+    if (displayWidth(shown) <= columns) return shown;
+    const auto at = starts(shown);
+    std::size_t head = 0, tail = at.size() - 1; // of code points, that stay
+    const auto joined = [&](std::size_t h, std::size_t t) {
+        return shown.substr(0, at[h]) + "…" + shown.substr(at[t]);
+    };
+    // The end tells more of a path than its beginning, so it is first to grow.
+    for (bool isTail = true; head < tail; isTail = !isTail) {
+        const auto h = head + (isTail ? 0 : 1), t = tail - (isTail ? 1 : 0);
+        if (displayWidth(joined(h, t)) > columns) break;
+        head = h;
+        tail = t;
+    }
+    return joined(head, tail);
+}
+
+std::vector<std::vector<Span>> wrapped(const std::vector<Span>& line, std::size_t columns) {
+    std::vector<Piece> pieces;
+    std::size_t blanks = 0;
+    for (const auto& span : line)
+        blanks = addPieces(span, blanks, pieces);
+    std::vector<std::vector<Span>> lines(1);
+    if (pieces.empty()) return lines;
+    const auto indentation = std::min(pieces.front().blanks + 4, columns / 4);
+    std::size_t column = 0;
+    for (auto& [before, text, paint] : pieces) {
+        const bool isFirst = lines.size() == 1 && column == 0;
+        if (!isFirst && column + before + displayWidth(text) > columns) {
+            lines.emplace_back();
+            column = 0;
+            before = indentation;
+        }
+        before = std::min(before, columns / 2);
+        text = cutInMiddle(text, columns - column - before);
+        column += before + displayWidth(text);
+        lines.back().push_back({std::string(before, ' ')});
+        lines.back().push_back({std::move(text), paint});
+    }
+    return lines;
+}
+
+} // namespace tidwen
