@@ -19,7 +19,8 @@ from terminal import VolumeTest, documents  # noqa: E402
 NOT_PROVOKED = """
 AppUsage.useCount Gap.reason=uncounted Gap.reason=unreadable Immovable.reason=noRights MatchReason.kind=executableName
 OperationKind.kind=quitApplication OwnPermissions.fullDiskAccess=denied OwnPermissions.fullDiskAccess=indeterminate
-RemovalReport.leftOut RemovalReport.unsettled StartupOwner.kind=registered UsageEvidence.kind=launchRecord
+RemovalReport.leftOut RemovalReport.unsettled StartupOwner.kind=registered Trace.leftKey=left.leftOut Trace.leftKey=left.permanent
+UsageEvidence.kind=launchRecord
 """
 # Seen only where the kernel allows the root of a Mac.
 ON_A_MAC = """
@@ -96,6 +97,7 @@ class Documents(VolumeTest):
 
     def test_documents_of_the_rest(self):
         self.call("requests", "gate", "on", "--json")
+        self.call("remove", "Brightwell Studio", "--yes", "--json")
         self.call("sample", self.base / "second", "--json", volume=False)
         self.call("reset", "Kip", "--yes", "--json")
         for name in ("Kip.dmg", "Other.dmg"):

@@ -320,7 +320,7 @@ class Around(VolumeTest):
                                ("tidwen --volume V remove Lum", ["Lumen", "Lumen\\ Beta"]),
                                ("tidwen --volume V undo ", ["1"]), ("tidwen --volume V tags delete m", ["mine"]),
                                ("tidwen --volume V apps --tag m", ["mine"]),
-                               ("tidwen --volume V startup off com.marlinworks.notes", ["com.marlinworks.notes.sync"]),
+                               ("tidwen --volume V startup off com.brightwell.studio.t", ["com.brightwell.studio.tray"]),
                                ("tidwen settings set quarantineR", ["quarantineRetention"]),
                                ("tidwen settings set quarantineRetention n", ["never", "ninetyDays"]),
                                ("tidwen remove Kip --risk s", ["safe", "sensitive"])]:
