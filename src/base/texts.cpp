@@ -7,8 +7,10 @@
 #include <algorithm>
 #include <charconv>
 #include <fstream>
+#include <functional>
 #include <iterator>
-#include <memory>
+#include <map>
+#include <optional>
 #include <set>
 #include <unicode/plurrule.h>
 
@@ -48,10 +50,28 @@ std::string pluralCategory(const std::string& language, std::int64_t number) {
 
 } // namespace
 
+/// All that is loaded of one language; never changed afterwards.
+struct Texts::Words {
+    struct Plural {
+        std::string language;                                                ///< whose plural rules hold
+        std::string format;                                                  ///< "%#@count@"
+        std::map<std::string, std::map<std::string, std::string>> variables; ///< variable → category → words
+    };
+
+    bool addLanguage(const fs::path& resources, const std::string& tag);
+    bool addStrings(const fs::path& file);
+    void addPlurals(const fs::path& file, const std::string& tag);
+
+    std::string language = "en";
+    std::map<std::string, std::string, std::less<>> strings;
+    std::map<std::string, Plural, std::less<>> plurals;
+    std::vector<std::string> problems;
+};
+
 /// Fills one text: walks its parts and counts which argument is next.
 struct Texts::Filling {
     const std::vector<std::string>& arguments;
-    const Plural* plural = nullptr;
+    const Words::Plural* plural = nullptr;
     std::size_t next = 0;
 
     std::string fill(std::string_view format) {
@@ -101,56 +121,74 @@ struct Texts::Filling {
     }
 };
 
+Texts::Texts() : words_(std::make_shared<const Words>()) {}
+
+Texts::Texts(const Texts& other) : words_(other.words()) {}
+
+Texts& Texts::operator=(const Texts& other) {
+    auto words = other.words(); // not with both locks held
+    const std::lock_guard lock(mutex_);
+    words_ = std::move(words);
+    return *this;
+}
+
+std::shared_ptr<const Texts::Words> Texts::words() const {
+    const std::lock_guard lock(mutex_);
+    return words_;
+}
+
 Texts Texts::load(const fs::path& resources, const std::string& language) {
+    auto words = std::make_shared<Words>();
     Texts texts;
-    if (!texts.addLanguage(resources, "en"))
-        texts.problems_.push_back("en.lproj/Localizable.strings: missing");
+    texts.words_ = words;
+    if (!words->addLanguage(resources, "en"))
+        words->problems.push_back("en.lproj/Localizable.strings: missing");
     if (language == "en") return texts;
     if (!isLanguageTag(language)) {
-        texts.problems_.push_back("not a language");
+        words->problems.push_back("not a language");
         return texts;
     }
     bool found = false;
     const auto general = language.substr(0, language.find('-'));
-    if (general != language && general != "en") found = texts.addLanguage(resources, general);
-    found = texts.addLanguage(resources, language) || found;
+    if (general != language && general != "en") found = words->addLanguage(resources, general);
+    found = words->addLanguage(resources, language) || found;
     if (found || general == "en")
-        texts.language_ = language;
+        words->language = language;
     else
-        texts.problems_.push_back(language + ".lproj/Localizable.strings: missing");
+        words->problems.push_back(language + ".lproj/Localizable.strings: missing");
     return texts;
 }
 
-bool Texts::addLanguage(const fs::path& resources, const std::string& language) {
-    const auto folder = resources / (language + ".lproj");
+bool Texts::Words::addLanguage(const fs::path& resources, const std::string& tag) {
+    const auto folder = resources / (tag + ".lproj");
     if (!addStrings(folder / "Localizable.strings")) return false;
-    addPlurals(folder / "Localizable.stringsdict", language);
+    addPlurals(folder / "Localizable.stringsdict", tag);
     return true;
 }
 
-bool Texts::addStrings(const fs::path& file) {
+bool Texts::Words::addStrings(const fs::path& file) {
     const auto bytes = readFile(file);
     if (!bytes) return false;
-    const auto strings = parseStringsFile(*bytes);
-    if (!strings) problems_.push_back(nameOf(file) + ": malformed");
-    for (const auto& [key, words] : strings.value_or(std::map<std::string, std::string>())) {
-        strings_.insert_or_assign(key, words);
-        plurals_.erase(key); // those of the language below
+    const auto parsed = parseStringsFile(*bytes);
+    if (!parsed) problems.push_back(nameOf(file) + ": malformed");
+    for (const auto& [key, words] : parsed.value_or(std::map<std::string, std::string>())) {
+        strings.insert_or_assign(key, words);
+        plurals.erase(key); // those of the language below
     }
     return true;
 }
 
-void Texts::addPlurals(const fs::path& file, const std::string& language) {
+void Texts::Words::addPlurals(const fs::path& file, const std::string& tag) {
     const auto bytes = readFile(file);
     if (!bytes) return; // a language need not have plurals
     const auto list = parsePropertyList(*bytes);
     const auto* entries = list ? list->asDictionary() : nullptr;
     if (!entries) {
-        problems_.push_back(nameOf(file) + ": malformed");
+        problems.push_back(nameOf(file) + ": malformed");
         return;
     }
     for (const auto& [key, entry] : *entries) {
-        Plural plural{language, {}, {}};
+        Plural plural{tag, {}, {}};
         if (const auto* format = entry.findString("NSStringLocalizedFormatKey")) plural.format = *format;
         const auto* members = entry.asDictionary();
         for (const auto& [name, forms] : members ? *members : PropertyListDictionary()) {
@@ -163,24 +201,34 @@ void Texts::addPlurals(const fs::path& file, const std::string& language) {
             return part.kind != FormatPart::Kind::variable || plural.variables.contains(part.text);
         });
         if (parts.empty() || !complete)
-            problems_.push_back(nameOf(file) + ": " + key + ": no format, or a variable without \"other\"");
+            problems.push_back(nameOf(file) + ": " + key + ": no format, or a variable without \"other\"");
         else
-            plurals_.insert_or_assign(key, std::move(plural));
+            plurals.insert_or_assign(key, std::move(plural));
     }
 }
 
 std::string Texts::text(std::string_view key, const std::vector<std::string>& arguments) const {
-    if (const auto plural = plurals_.find(key); plural != plurals_.end())
+    const auto now = words();
+    if (const auto plural = now->plurals.find(key); plural != now->plurals.end())
         return Filling{arguments, &plural->second}.fill(plural->second.format);
-    const auto words = strings_.find(key);
-    return Filling{arguments}.fill(words == strings_.end() ? key : std::string_view(words->second));
+    const auto found = now->strings.find(key);
+    return Filling{arguments}.fill(found == now->strings.end() ? key : std::string_view(found->second));
+}
+
+std::string Texts::language() const {
+    return words()->language;
+}
+
+std::vector<std::string> Texts::problems() const {
+    return words()->problems;
 }
 
 std::vector<std::string> Texts::keys() const {
+    const auto now = words();
     std::set<std::string> all;
-    for (const auto& [key, words] : strings_)
+    for (const auto& [key, found] : now->strings)
         all.insert(key);
-    for (const auto& [key, plural] : plurals_)
+    for (const auto& [key, plural] : now->plurals)
         all.insert(key);
     return {all.begin(), all.end()};
 }

@@ -2,9 +2,9 @@
 
 #include "base/message.h"
 
-#include <cstdint>
 #include <filesystem>
-#include <map>
+#include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,11 +14,14 @@ namespace tidwen {
 /// The words of one language, read from "<language>.lproj/Localizable.strings" and ".stringsdict".
 ///
 /// A key without a translation gives the English words, and without those the key itself, so nothing is
-/// ever blank. Immutable after loading; safe to share between threads.
+/// ever blank. Safe to share between threads: one may assign another language while others read, and whoever
+/// holds a reference speaks the new one from then on.
 class Texts {
   public:
     /// No words at all: every key stands for itself. For tests that compare keys.
-    Texts() = default;
+    Texts();
+    Texts(const Texts& other);
+    Texts& operator=(const Texts& other);
 
     /// Loads English and lays `language` ("de", "pt-BR", "zh-Hans") over it, after its language without
     /// region
@@ -31,28 +34,20 @@ class Texts {
     std::string text(std::string_view key, const std::vector<std::string>& arguments = {}) const;
     std::string text(const Message& message) const { return text(message.key, message.arguments); }
 
-    const std::string& language() const { return language_; }
-    const std::vector<std::string>& problems() const { return problems_; }
+    std::string language() const;
+    std::vector<std::string> problems() const;
 
     /// Every key that has words, for the test that compares languages.
     std::vector<std::string> keys() const;
 
   private:
-    struct Plural {
-        std::string language;                                                ///< whose plural rules hold
-        std::string format;                                                  ///< "%#@count@"
-        std::map<std::string, std::map<std::string, std::string>> variables; ///< variable → category → words
-    };
+    struct Words;
     struct Filling;
 
-    bool addLanguage(const std::filesystem::path& resources, const std::string& language);
-    bool addStrings(const std::filesystem::path& file);
-    void addPlurals(const std::filesystem::path& file, const std::string& language);
+    std::shared_ptr<const Words> words() const;
 
-    std::string language_ = "en";
-    std::map<std::string, std::string, std::less<>> strings_;
-    std::map<std::string, Plural, std::less<>> plurals_;
-    std::vector<std::string> problems_;
+    mutable std::mutex mutex_; ///< guards `words_`
+    std::shared_ptr<const Words> words_;
 };
 
 } // namespace tidwen

@@ -7,6 +7,10 @@
 #include "support/temporary_folder.h"
 #include "support/trees.h"
 
+#include <atomic>
+#include <thread>
+#include <utility>
+
 namespace tidwen {
 namespace {
 
@@ -119,6 +123,24 @@ TEST_F(TextsTest, LaysLanguagesOverEnglish) {
     EXPECT_EQ(texts.text("n %lld", {"1"}), "1") << "translated words come before English plurals";
     EXPECT_THAT(texts.keys(), ElementsAre("a", "b", "c", "n %lld"));
     EXPECT_THAT(texts.problems(), IsEmpty());
+}
+
+TEST_F(TextsTest, SpeaksAnotherLanguageToWhoeverReadsMeanwhile) {
+    write("en.lproj/Localizable.strings", "a = \"one\";");
+    write("pt.lproj/Localizable.strings", "a = \"um\";");
+    const auto english = load("en"), portuguese = load("pt");
+    Texts texts = english;
+    std::atomic<bool> isDone = false;
+    std::thread reader([&, &held = std::as_const(texts)] {
+        while (!isDone)
+            if (const auto word = held.text("a"); word != "one" && word != "um") ADD_FAILURE() << word;
+    });
+    for (int i = 0; i < 1'000; ++i)
+        texts = i % 2 == 0 ? portuguese : english;
+    isDone = true;
+    reader.join();
+    EXPECT_EQ(texts.text("a"), "one");
+    EXPECT_EQ(portuguese.text("a"), "um");
 }
 
 TEST_F(TextsTest, SaysWhatWasWrong) {
