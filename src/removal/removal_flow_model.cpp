@@ -196,9 +196,11 @@ void RemovalFlowModel::review(std::vector<ScanResult> results) {
 /// Nothing is selected: whose they are nobody can confirm, so the user chooses each.
 void RemovalFlowModel::showOrphans(std::shared_ptr<const OrphanScanResult> result, Findings findings) {
     endSteps();
-    std::vector<Trace> traces;
+    SharedTraces traces;
+    traces.owners = {result};
     for (const auto& group : result->groups)
-        traces.insert(traces.end(), group.traces.begin(), group.traces.end());
+        for (const auto& trace : group.traces)
+            traces.traces.push_back(&trace);
     sweep_.finish(std::move(traces));
     choose(std::move(findings), RemovalSubject::Kind::leftovers);
     enter(stage::Orphans{std::move(result)});
