@@ -79,8 +79,11 @@ std::string document(const std::vector<const InstalledApp*>& apps, const AppTags
                      const ProtectedApps& protectedApps) {
     return writeJson(array(apps, [&](const InstalledApp* app) {
         Value fields = value(*app);
-        fields["tags"] = tags.tags(app->bundleID);
-        fields["isProtected"] = protectedApps.contains(app->bundleID);
+        // Nobody knows what the user decided while the settings cannot be read.
+        if (!protectedApps.problem()) {
+            fields["tags"] = tags.tags(app->bundleID);
+            fields["isProtected"] = protectedApps.contains(app->bundleID);
+        }
         return fields;
     }));
 }
