@@ -4,9 +4,6 @@
 
 #include <algorithm>
 #include <fcntl.h>
-#ifdef __linux__
-#include <sys/syscall.h>
-#endif
 
 namespace tidwen {
 
@@ -46,33 +43,6 @@ Descriptor openFolderToRead(int folder, const char* name) {
     }));
 }
 
-#ifdef __linux__
-
-FolderListing::FolderListing(int folder) : folder_(folder) {
-    if (::lseek(folder, 0, SEEK_SET) != 0) fault_ = errno; // another listing may have left it at the end
-}
-
-FolderListing::FolderListing(Descriptor folder) : own_(std::move(folder)), folder_(own_.get()) {}
-
-FolderListing::~FolderListing() = default;
-
-const FolderListing::Entry* FolderListing::readNext() {
-    if (fault_) return nullptr;
-    if (at_ == filled_) {
-        const auto count =
-            uninterrupted([&] { return ::syscall(SYS_getdents64, folder_, buffer_.data(), buffer_.size()); });
-        if (count < 0 && errno != ENOENT) fault_ = errno; // a folder that was removed meanwhile is at its end
-        if (count <= 0) return nullptr;
-        at_ = 0;
-        filled_ = static_cast<std::size_t>(count);
-    }
-    const auto* entry = reinterpret_cast<const Entry*>(buffer_.data() + at_);
-    at_ += entry->length;
-    return entry;
-}
-
-#else
-
 FolderListing::FolderListing(int folder) {
     // A stream owns its descriptor: it gets one of its own. Both share one position, which another listing
     // may have left at the end.
@@ -96,19 +66,14 @@ FolderListing::~FolderListing() {
     if (stream_) ::closedir(stream_);
 }
 
-const FolderListing::Entry* FolderListing::readNext() {
-    if (!stream_) return nullptr;
-    errno = 0;
-    const auto* entry =
-        ::readdir(stream_); // NOLINT(concurrency-mt-unsafe): the stream is this listing's alone
-    if (!entry) fault_ = errno;
-    return entry;
-}
-
-#endif
-
 const char* FolderListing::next() {
-    while ((entry_ = readNext())) {
+    while (stream_) {
+        errno = 0;
+        entry_ = ::readdir(stream_); // NOLINT(concurrency-mt-unsafe): the stream is this listing's alone
+        if (!entry_) {
+            fault_ = errno;
+            return nullptr;
+        }
         const std::string_view name = entry_->d_name;
         if (name != "." && name != "..") return entry_->d_name;
     }

@@ -3,9 +3,6 @@
 #include "base/descriptor.h"
 #include "platform/file_system.h"
 
-#include <array>
-#include <cstddef>
-#include <cstdint>
 #include <dirent.h>
 #include <string>
 #include <vector>
@@ -28,36 +25,16 @@ class FolderListing {
 
     /// Valid until the next call; null at the end and after an error.
     const char* next();
-    /// Of the entry that `next` gave, as DT_REG and the like; DT_UNKNOWN when the disk did not say.
+    /// Of the entry that `next` gave; `other` may also mean that the disk did not say.
     unsigned char type() const { return entry_->d_type; }
     /// The errno that ended the listing; 0 at its proper end.
     int fault() const { return fault_; }
 
   private:
-#ifdef __linux__
-    /// The kernel's struct linux_dirent64. A walk lists thousands of folders, and a stream for each of them
-    /// would cost as many calls again as the listing.
-    struct Entry {
-        std::uint64_t inode;
-        std::int64_t next;
-        unsigned short length;
-        unsigned char d_type;
-        char d_name[1]; ///< as long as it is
-    };
-
-    Descriptor own_;
-    int folder_;
-    std::size_t at_ = 0, filled_ = 0; ///< in `buffer_`
-    alignas(std::uint64_t) std::array<char, 32u << 10> buffer_;
-#else
-    using Entry = dirent;
     void start(Descriptor own);
 
     DIR* stream_ = nullptr;
-#endif
-    const Entry* readNext();
-
-    const Entry* entry_ = nullptr;
+    const dirent* entry_ = nullptr;
     int fault_ = 0;
 };
 

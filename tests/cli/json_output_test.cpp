@@ -74,7 +74,7 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
                     "action": {"kind": "movePath", "url": "/a"}, "reason": {"kind": "declaredTarget"},
                     "reversibility": "reversible", "displayName": "x", "sizeBytes": 7, "requiresRoot": false,
                     "risk": "safe", "contestedBy": "com.example.b", "contestedByPlace": "/Applications/B.app",
-                    "isOnlyListed": true, "mayHoldOthers": true}],
+                    "isOnlyListed": true, "isSelectedByDefault": false, "mayHoldOthers": true}],
         "unreadableLocations": ["/Library/Caches"], "skippedNames": ["/Library/\ufffd"], "leftOut": 3,
         "unknownOwners": {"unreadable": ["/Users/bob/Applications"], "uncounted": [], "damaged": [],
                           "absent": []},

@@ -52,11 +52,11 @@ TEST(LineLayout, BreaksBetweenWordsAndCutsWhatIsTooLong) {
         }
         return text;
     };
-    EXPECT_EQ(laidOut({{"  one two three"}, {"  four", Paint::faint}}, 20), "  one two three|    four|");
+    EXPECT_EQ(laidOut({{"  one two three"}, {"  four", Paint::faint}}, 20), "  one two three|     four|");
     EXPECT_EQ(laidOut({{"[x]"}, {"  "}, {"/a b/c d"}, {"  why it is so"}}, 20),
               "[x]  /a b/c d  why|    it is so|");
     EXPECT_EQ(laidOut({{"  [x]"}, {"  /Library/Application Support/Corvella"}}, 20),
-              "  [x]|     /Librar…Corvella|");
+              "  [x]|     /Librar…orvella|");
     EXPECT_EQ(cutInMiddle("\u5199\u4f5c\u5199\u4f5c", 5), "\u5199…\u4f5c");
     EXPECT_EQ(laidOut({}, 20), "|");
 }

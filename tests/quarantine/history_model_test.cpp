@@ -111,7 +111,9 @@ TEST_F(History, AWordMeansTheRunOfThatName) {
     runs.leftOut.clear();
     EXPECT_EQ(findRun(runs, "1"), runs.entries[0].root);
     const auto refusal = findRun(runs, "tidwen - kip").error();
-    EXPECT_EQ(refusal.arguments.at(1), "Tidwen - Kip, Tidwen - KIP");
+    EXPECT_THAT(refusal.arguments.at(1),
+                testing::AnyOf("Tidwen - Kip, Tidwen - KIP", "Tidwen - KIP, Tidwen - Kip"))
+        << "of one moment";
 }
 
 TEST_F(History, SaysWhatItCannotTell) {
@@ -138,6 +140,11 @@ TEST_F(History, ListsWhatCanBeReadNewestFirst) {
     run("Twin b", 5);
     run("New", 9, 500'000);
     run("Twin a", 5);
+    const auto written = [&](const char* name) {
+        return volume.host((folder(name) / manifestFileName).string());
+    };
+    std::filesystem::last_write_time(written("Twin a"), std::filesystem::last_write_time(written("Twin b"))
+                                                            + std::chrono::seconds(1));
     volume.write((folder("Damaged") / manifestFileName).string(), "{");
     volume.link((folder("Linked") / manifestFileName).string(), "../Tidwen - Old/tidwen-manifest.json");
     EXPECT_THAT(loaded(), ElementsAre("New", "Twin a", "Twin b", "Old"));
