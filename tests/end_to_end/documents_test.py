@@ -19,8 +19,8 @@ from terminal import VolumeTest, documents  # noqa: E402
 NOT_PROVOKED = """
 AppUsage.useCount Gap.reason=uncounted Gap.reason=unreadable Immovable.reason=noRights MatchReason.kind=executableName
 OperationKind.kind=quitApplication OwnPermissions.fullDiskAccess=denied OwnPermissions.fullDiskAccess=indeterminate
-RemovalReport.leftOut RemovalReport.unsettled StartupOwner.kind=registered Trace.leftKey=left.leftOut Trace.leftKey=left.permanent
-UsageEvidence.kind=launchRecord
+RemovalReport.leftOut RemovalReport.unsettled StartupOwner.kind=registered Trace.leftKey=left.leftOut Trace.leftKey=left.mayHoldOthers
+Trace.leftKey=left.permanent Trace.mayHoldOthers UsageEvidence.kind=launchRecord
 """
 # Seen only where the kernel allows the root of a Mac.
 ON_A_MAC = """

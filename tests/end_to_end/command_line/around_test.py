@@ -60,6 +60,7 @@ class Around(VolumeTest):
         self.assertIn("as /Applications/Kip 2.app", self.call("undo", "1", "Kip.app", "--dry-run").output)
         (self.volume / "Applications/Kip.app").rmdir()
         self.call("undo", "1", "Kip.app")
+        self.assertIn("putBack", [item["place"] for item in self.call("history", "1", "--json").json["items"]])
         shown = self.call("history", "1").output
         self.assertIn("put back       /Applications/Kip.app", shown)
         self.assertIn("in quarantine  /Applications/Pantry.app", shown)
