@@ -126,6 +126,7 @@ Texts::Texts() : words_(std::make_shared<const Words>()) {}
 Texts::Texts(const Texts& other) : words_(other.words()) {}
 
 Texts& Texts::operator=(const Texts& other) {
+    if (&other == this) return *this;
     auto words = other.words(); // not with both locks held
     const std::lock_guard lock(mutex_);
     words_ = std::move(words);
