@@ -171,6 +171,7 @@ std::vector<std::string> Arguments::values(std::string_view option) const {
 
 std::vector<std::string_view> CommandSyntax::actionWords() const {
     std::vector<std::string_view> words;
+    words.reserve(actions.size());
     for (const auto& form : actions)
         words.push_back(form.substr(0, form.find(' ')));
     return words;
