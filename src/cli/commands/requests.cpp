@@ -14,6 +14,7 @@ ExitStatus drain(const CommandContext& context, Mac& mac) {
     const auto judged = judgeRequest(drained.paths, context, mac);
     if (context.arguments.json) {
         std::vector<Path> applications;
+        applications.reserve(judged.targets.size());
         for (const auto& target : judged.targets)
             applications.push_back(target.bundleURL);
         context.console.document(json::requestsDocument(applications));
