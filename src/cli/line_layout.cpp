@@ -49,7 +49,7 @@ std::vector<std::size_t> starts(const std::string& text) {
 } // namespace
 
 std::string cutInMiddle(const std::string& text, std::size_t columns) {
-    const auto shown = printable(text);
+    auto shown = printable(text);
     if (displayWidth(shown) <= columns) return shown;
     const auto at = starts(shown);
     std::size_t head = 0, tail = at.size() - 1; // of code points, that stay
