@@ -1,5 +1,6 @@
 #include "quarantine/history_model.h"
 
+#include "base/background_step.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/run_documents.h"
 #include "quarantine/trash_lock.h"
@@ -22,21 +23,26 @@ bool isAnotherIn(const Path& trash, FileSystem& files) {
 
 } // namespace
 
-HistoryModel::HistoryModel(Ports ports, UserEnvironment user) : ports_(ports), user_(std::move(user)) {}
+HistoryModel::HistoryModel(Ports ports, UserEnvironment user)
+    : ports_(ports), user_(std::move(user)), work_(ports.main, progress) {}
 
 void HistoryModel::load(Sizes sizes, std::function<void()> done) {
     isLoading.set(true);
-    ports_.background.post([this, ports = ports_, user = user_, sizes, number = ++loadsStarted_,
-                            alive = std::weak_ptr(alive_), done = std::move(done)]() mutable {
-        auto loaded = loadPastRuns(user, ports.files, sizes == Sizes::measured);
-        const bool isBusy = !loaded.unfinished.empty() && isAnotherIn(user.trash(), ports.files);
-        ports.main.post(
-            [this, alive, number, isBusy, loaded = std::move(loaded), done = std::move(done)]() mutable {
-                if (alive.expired()) return;
-                if (number == loadsStarted_) publish(std::move(loaded), isBusy);
-                if (done) done();
-            });
-    });
+    struct Loaded {
+        PastRuns runs;
+        bool isAnotherAtWork = false;
+    };
+    inBackground(
+        *this, alive_, ports_.background, ports_.main,
+        [&files = ports_.files, user = user_, sizes] {
+            Loaded loaded{loadPastRuns(user, files, sizes == Sizes::measured)};
+            loaded.isAnotherAtWork = !loaded.runs.unfinished.empty() && isAnotherIn(user.trash(), files);
+            return loaded;
+        },
+        [number = ++loadsStarted_, done = std::move(done)](HistoryModel& self, Loaded loaded) {
+            if (number == self.loadsStarted_) self.publish(std::move(loaded.runs), loaded.isAnotherAtWork);
+            if (done) done();
+        });
 }
 
 template<class Result>
@@ -45,25 +51,19 @@ void HistoryModel::run(std::string busyID,
                        Answer<Result> answer) {
     if (busyEntryID.get()) return;
     busyEntryID.set(std::move(busyID));
-    stop_ = StopSource();
-    relay_.emplace(ports_.main, [this](const StepProgress& step) { progress.set(step); });
-    ports_.background.post([this, ports = ports_, alive = std::weak_ptr(alive_), action = std::move(action),
-                            control = StepControl{stop_.token(), relay_->observer()},
-                            answer = std::move(answer)]() mutable {
-        auto result = action(control);
-        ports.main.post([this, alive, result = std::move(result), answer = std::move(answer)] {
-            if (alive.expired()) return;
-            relay_.reset();
-            progress.set(std::nullopt);
-            busyEntryID.set(std::nullopt);
-            errorMessage.set(result || !result.error().reason
-                                 ? std::nullopt
-                                 : std::optional(ports_.texts.text(*result.error().reason)));
-            if (result) publish(*result);
+    inBackground(
+        *this, alive_, ports_.background, ports_.main,
+        [action = std::move(action), control = work_.begin()] { return action(control); },
+        [answer = std::move(answer)](HistoryModel& self, tl::expected<Result, Refusal> result) {
+            self.work_.end();
+            self.busyEntryID.set(std::nullopt);
+            self.errorMessage.set(result || !result.error().reason
+                                      ? std::nullopt
+                                      : std::optional(self.ports_.texts.text(*result.error().reason)));
+            if (result) self.publish(*result);
             if (answer) answer(result);
-            if (result) load();
+            if (result) self.load();
         });
-    });
 }
 
 void HistoryModel::undo(const Path& root, const ItemChoice& items, Answer<UndoReport> answer) {

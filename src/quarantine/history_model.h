@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/executor.h"
+#include "base/followed_work.h"
 #include "base/observable.h"
-#include "base/progress_relay.h"
 #include "base/texts.h"
 #include "platform/defaults.h"
 #include "quarantine/history.h"
@@ -74,7 +74,7 @@ class HistoryModel {
     void removeAll(Answer<QuarantinePurge::Outcome> answer = {}) { remove(entries.get(), std::move(answer)); }
 
     /// Ends an undo or a deletion after the step at hand.
-    void stop() { stop_.requestStop(); }
+    void stop() { work_.stop(); }
 
     /// Why nothing is deleted for good: who does not know the settings does not know how long the user wants
     /// to keep what would go.
@@ -92,8 +92,7 @@ class HistoryModel {
 
     Ports ports_;
     UserEnvironment user_;
-    StopSource stop_;                    ///< of what runs
-    std::optional<ProgressRelay> relay_; ///< while something runs
+    FollowedWork work_;
     int loadsStarted_ = 0;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };

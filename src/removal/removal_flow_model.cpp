@@ -17,21 +17,11 @@ std::string_view name(const Stage& stage) {
 RemovalFlowModel::RemovalFlowModel(Services services, UserEnvironment user)
     : services_(std::move(services)),
       user_(std::move(user)),
-      sweep_(services_.main, services_.treeQueue, services_.texts.language()) {}
+      sweep_(services_.main, services_.treeQueue, services_.texts.language()),
+      work_(services_.main, progress) {}
 
 RemovalFlowModel::~RemovalFlowModel() {
-    stop_.requestStop();
-}
-
-StepControl RemovalFlowModel::beginSteps() {
-    stop_ = StopSource();
-    relay_.emplace(services_.main, [this](const StepProgress& step) { progress.set(step); });
-    return {stop_.token(), relay_->observer()};
-}
-
-void RemovalFlowModel::endSteps() {
-    relay_.reset();
-    progress.set(std::nullopt);
+    work_.stop();
 }
 
 bool RemovalFlowModel::isHome() const {
@@ -105,7 +95,7 @@ void RemovalFlowModel::loadTargets(const std::vector<Path>& bundles, ProtectedTa
 
 void RemovalFlowModel::scan(std::vector<AppTarget> targets) {
     forgetChoices();
-    const auto control = beginSteps();
+    const auto control = work_.begin();
     const auto total = static_cast<int>(targets.size());
     enter(stage::Scanning{targets.front().name, "", 0, total});
     const auto report = [this, alive = std::weak_ptr(alive_), main = &services_.main,
@@ -139,7 +129,7 @@ void RemovalFlowModel::scan(std::vector<AppTarget> targets) {
 void RemovalFlowModel::scanOrphans() {
     if (!isHome()) return;
     forgetChoices();
-    const auto control = beginSteps();
+    const auto control = work_.begin();
     errorMessage_.reset();
     sweep_.begin(services_.clock.now());
     enter(stage::Scanning{});
@@ -167,14 +157,14 @@ void RemovalFlowModel::scanOrphans() {
 
 void RemovalFlowModel::cancelScan() {
     if (!std::holds_alternative<stage::Scanning>(stage_)) return;
-    stop_.requestStop();
-    endSteps();
+    work_.stop();
+    work_.end();
     stage_ = home_;
     notify();
 }
 
 void RemovalFlowModel::review(std::vector<ScanResult> results) {
-    endSteps();
+    work_.end();
     const bool isUnknown = services_.protectedApps.problem().has_value();
     for (auto& result : results)
         result.isProtected = isUnknown || services_.protectedApps.contains(result.target.bundleID);
@@ -195,7 +185,7 @@ void RemovalFlowModel::review(std::vector<ScanResult> results) {
 
 /// Nothing is selected: whose they are nobody can confirm, so the user chooses each.
 void RemovalFlowModel::showOrphans(std::shared_ptr<const OrphanScanResult> result, Findings findings) {
-    endSteps();
+    work_.end();
     SharedTraces traces;
     traces.owners = {result};
     for (const auto& group : result->groups)

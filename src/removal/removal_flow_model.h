@@ -1,9 +1,8 @@
 #pragma once
 
 #include "base/executor.h"
+#include "base/followed_work.h"
 #include "base/observable.h"
-#include "base/progress_relay.h"
-#include "base/stop_token.h"
 #include "platform/applications.h"
 #include "quarantine/undo_service.h"
 #include "removal/flow_types.h"
@@ -157,9 +156,6 @@ class RemovalFlowModel {
     /// Why what was asked for was not begun.
     std::string wordsOf(const FileError& error) const;
     void notify() { changed.emit(); }
-    /// Begins something that can be followed and stopped.
-    StepControl beginSteps();
-    void endSteps();
 
     void scan(std::vector<AppTarget> targets);
     void review(std::vector<ScanResult> results);
@@ -191,9 +187,8 @@ class RemovalFlowModel {
     std::map<std::string, LeftoverTree> reviewTrees_;
     LeftoverFilter reviewFilter_;
     SweepState sweep_;
-    StopSource stop_;                    ///< of what runs; a new one for each scan, removal, undo
-    std::optional<ProgressRelay> relay_; ///< while something runs
-    std::shared_ptr<Run> run_;           ///< from the confirmation to the report
+    FollowedWork work_;        ///< the scan, removal or undo that runs
+    std::shared_ptr<Run> run_; ///< from the confirmation to the report
     std::vector<Path> unmovableItems_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };

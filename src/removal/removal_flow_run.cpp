@@ -54,7 +54,7 @@ void RemovalFlowModel::confirm() {
     run->asked = run->choice.going();
     run->targets = run->choice.targets();
     run->cameFrom = stage_;
-    run->control = beginSteps();
+    run->control = work_.begin();
     run_ = run;
     enter(stage::Removing{choice_.subject()});
     beginUnlessRefused(run);
@@ -106,7 +106,7 @@ void RemovalFlowModel::goBack(Run& run, RemovalRefusal refusal) {
 void RemovalFlowModel::goBack(Run& run, std::optional<std::string> error) {
     run.lock.reset();
     const auto kept = std::move(run_); // it may hold the last reference
-    endSteps();
+    work_.end();
     errorMessage_ = std::move(error);
     stage_ = std::move(run.cameFrom);
     notify();
@@ -145,7 +145,7 @@ void RemovalFlowModel::quitNext(std::shared_ptr<Run> run) {
 void RemovalFlowModel::stop() {
     if (std::holds_alternative<stage::Scanning>(stage_)) return cancelScan();
     if (!run_ && !isUndoing_) return;
-    stop_.requestStop();
+    work_.stop();
     if (!pendingQuitPrompt_) return;
     pendingQuitPrompt_.reset();
     quitPromptContinuation_ = nullptr;
@@ -175,7 +175,7 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
                      if (!report) return self.goBack(*run, self.wordsOf(report.error()));
                      if (report->isUntouched()) return void(self.goBackIfStopped(*run));
                      self.run_.reset();
-                     self.endSteps();
+                     self.work_.end();
                      self.undoReport_.reset();
                      self.forgetChoices();
                      self.enter(stage::Report{std::move(*report), run->choice.subject()});
@@ -187,7 +187,7 @@ void RemovalFlowModel::undoLast() {
     if (!shown || isUndoing_) return;
     isUndoing_ = true;
     errorMessage_.reset();
-    const auto control = beginSteps();
+    const auto control = work_.begin();
     notify();
     inBackground(
         *this, alive_, services_.background, services_.main,
@@ -196,7 +196,7 @@ void RemovalFlowModel::undoLast() {
         },
         [](RemovalFlowModel& self, tl::expected<UndoReport, Message> outcome) {
             self.isUndoing_ = false;
-            self.endSteps();
+            self.work_.end();
             if (!outcome) return self.fail(self.services_.texts.text(outcome.error()));
             self.undoReport_ = std::move(*outcome);
             self.notify();

@@ -10,13 +10,13 @@
 namespace tidwen {
 
 StartupChores::StartupChores(Services services, UserEnvironment user)
-    : services_(services), user_(std::move(user)) {}
+    : services_(services), user_(std::move(user)), work_(services.main, progress) {}
 
 void StartupChores::run() {
     if (std::exchange(hasStarted_, true)) return;
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [services = services_, user = user_, control = beginSteps(),
+        [services = services_, user = user_, control = work_.begin(),
          retention = services_.preferences.quarantineRetention.get()] {
             if (!services.files.exists(user.trash())) return RecoveryOutcome(); // do not create it to look
             const auto lock = lockTrash(user, services.files);
@@ -29,7 +29,7 @@ void StartupChores::run() {
 
 void StartupChores::show(RecoveryOutcome outcome) {
     isDone_ = true;
-    endSteps();
+    work_.end();
     for (auto& manifest : outcome.recovered)
         recoveryNotices_.push_back({std::move(manifest), {}});
     for (auto& run : outcome.unfinished)
@@ -37,17 +37,6 @@ void StartupChores::show(RecoveryOutcome outcome) {
     std::ranges::stable_sort(recoveryNotices_, std::greater(),
                              [](const RecoveryNotice& notice) { return notice.manifest.createdAt; });
     changed.emit();
-}
-
-StepControl StartupChores::beginSteps() {
-    stop_ = StopSource();
-    relay_.emplace(services_.main, [this](const StepProgress& step) { progress.set(step); });
-    return {stop_.token(), relay_->observer()};
-}
-
-void StartupChores::endSteps() {
-    relay_.reset();
-    progress.set(std::nullopt);
 }
 
 void StartupChores::dismissRecoveryNotice() {
@@ -69,12 +58,12 @@ void StartupChores::undoRecovered() {
     const auto root = recoveryNotices_.front().manifest.quarantineRoot;
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [&service = services_.undo, root, control = beginSteps()] {
+        [&service = services_.undo, root, control = work_.begin()] {
             return service.undoRun(root, {}, control);
         },
         [root](StartupChores& self, tl::expected<UndoReport, Message> outcome) {
             self.isUndoing_ = false;
-            self.endSteps();
+            self.work_.end();
             if (outcome) {
                 self.undoReport_ = std::move(*outcome);
                 self.dismissRecoveryNotice(root);

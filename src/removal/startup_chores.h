@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/executor.h"
+#include "base/followed_work.h"
 #include "base/observable.h"
-#include "base/progress_relay.h"
 #include "quarantine/quarantine_purge.h"
 #include "quarantine/recovery.h"
 #include "quarantine/undo_service.h"
@@ -64,20 +64,17 @@ class StartupChores {
     void undoRecovered();
     bool isUndoing() const { return isUndoing_; }
     /// Ends what runs after the step at hand; what is left waits for the next start, or another undo.
-    void stop() { stop_.requestStop(); }
+    void stop() { work_.stop(); }
     const std::optional<UndoReport>& undoReport() const { return undoReport_; }
     /// Why the last undo was not begun.
     const std::optional<std::string>& errorMessage() const { return errorMessage_; }
 
   private:
     void show(RecoveryOutcome outcome);
-    StepControl beginSteps();
-    void endSteps();
 
     Services services_;
     UserEnvironment user_;
-    StopSource stop_;
-    std::optional<ProgressRelay> relay_; ///< while something runs
+    FollowedWork work_;
     bool hasStarted_ = false;
     bool isDone_ = false;
     std::vector<RecoveryNotice> recoveryNotices_;
