@@ -32,10 +32,10 @@ std::shared_ptr<const OrphanScanResult> finds(std::size_t count) {
 int main(int argc, char** argv) {
     const std::size_t count = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 100'000;
     const auto swept = finds(count);
-    std::set<Uuid> all;
+    std::vector<Uuid> all;
     for (const auto& group : swept->groups)
         for (const auto& trace : group.traces)
-            all.insert(trace.id);
+            all.push_back(trace.id);
     std::shared_ptr<const Findings> findings;
     const auto ready = bench::secondsOf(3, {[&] { findings = std::make_shared<const Findings>(swept); }});
     RemovalChoice choice(findings, RemovalSubject::Kind::leftovers, "en");

@@ -152,8 +152,8 @@ class NamedTraces {
                 return Message{"cli.select.byHandOnly %@", {trace->displayName}};
             if (staysInMode(*trace, mode_))
                 return Message{"cli.select.staysInReset %@", {trace->displayName}};
-            selection_.ids.insert(trace->id);
-            if (meant->isOneItem) selection_.named.insert(trace->id);
+            selection_.ids.push_back(trace->id);
+            if (meant->isOneItem) selection_.named.push_back(trace->id);
         }
         return std::nullopt;
     }
@@ -195,7 +195,7 @@ tl::expected<Selection, Message> chooseTraces(const std::vector<FoundGroup>& fou
     for (const auto& group : found)
         for (const auto& trace : group.traces)
             if (request.tiers->contains(trace.risk) && isUndoubted(trace) && isEligible(trace, mode))
-                selection.ids.insert(trace.id);
+                selection.ids.push_back(trace.id);
     return selection;
 }
 

@@ -29,8 +29,8 @@ tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::str
                                                       const Texts& texts);
 
 struct Selection {
-    std::set<Uuid> ids;
-    std::set<Uuid> named = {}; ///< of these, the items that were named one by one
+    std::vector<Uuid> ids;
+    std::vector<Uuid> named = {}; ///< of these, the items that were named one by one
 };
 
 /// What a request that is not empty names. A selector is a trace's path or identifier, the application's or

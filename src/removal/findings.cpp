@@ -69,8 +69,10 @@ void Findings::index() {
     std::size_t number = 0;
     for (const auto& group : groups_) {
         firstNumbers_.push_back(number);
-        for (const auto& trace : group.traces)
+        for (const auto& trace : group.traces) {
+            ids_.push_back(trace.id);
             numbers_.emplace_back(trace.id, number++);
+        }
     }
     std::ranges::sort(numbers_);
     numberPlaces();
@@ -100,19 +102,15 @@ std::optional<std::size_t> Findings::number(const Uuid& id) const {
     return found != numbers_.end() && found->first == id ? std::optional(found->second) : std::nullopt;
 }
 
-std::vector<std::size_t> Findings::numbers(const std::set<Uuid>& ids) const {
+std::vector<std::size_t> Findings::numbers(const std::vector<Uuid>& ids) const {
     std::vector<std::size_t> found;
     found.reserve(ids.size());
-    if (ids.size() < numbers_.size() / 16) {
-        for (const auto& id : ids)
-            if (const auto known = number(id)) found.push_back(*known);
-        return found;
-    }
-    auto next = numbers_.begin(); // both are in the order of the identifiers
     for (const auto& id : ids) {
-        while (next != numbers_.end() && next->first < id)
-            ++next;
-        if (next != numbers_.end() && next->first == id) found.push_back(next->second);
+        const auto next = found.empty() ? 0 : found.back() + 1;
+        if (next < ids_.size() && ids_[next] == id)
+            found.push_back(next);
+        else if (const auto known = number(id))
+            found.push_back(*known);
     }
     return found;
 }

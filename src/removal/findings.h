@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -49,8 +48,8 @@ class Findings {
     std::size_t traceCount() const { return numbers_.size(); }
     std::size_t firstNumber(std::size_t group) const { return firstNumbers_[group]; }
     std::optional<std::size_t> number(const Uuid& id) const;
-    /// Of those that are known.
-    std::vector<std::size_t> numbers(const std::set<Uuid>& ids) const;
+    /// Of those that are known. Quick where they come in the order of the traces.
+    std::vector<std::size_t> numbers(const std::vector<Uuid>& ids) const;
 
     /// The items that traces move, numbered; several traces may move one.
     using Place = std::uint32_t;
@@ -68,6 +67,7 @@ class Findings {
     Scanned scanned_;
     std::vector<FoundGroup> groups_;
     std::vector<std::size_t> firstNumbers_;
+    std::vector<Uuid> ids_;                             ///< by number
     std::vector<std::pair<Uuid, std::size_t>> numbers_; ///< by identifier
     std::vector<Place> places_, outer_;
     Unseen unseen_;

@@ -74,7 +74,7 @@ std::vector<Remainder> RemovalChoice::remainders() const {
     return left;
 }
 
-void RemovalChoice::setSelected(const std::set<Uuid>& ids, bool selected) {
+void RemovalChoice::setSelected(const std::vector<Uuid>& ids, bool selected) {
     if (selected) refusedByDefault_.reset();
     Flags isMeant(selected_.size());
     for (const auto number : findings_->numbers(ids))
@@ -85,7 +85,7 @@ void RemovalChoice::setSelected(const std::set<Uuid>& ids, bool selected) {
     update();
 }
 
-void RemovalChoice::select(const std::set<Uuid>& ids, const std::set<Uuid>& named) {
+void RemovalChoice::select(const std::vector<Uuid>& ids, const std::vector<Uuid>& named) {
     selected_.assign(selected_.size(), false);
     setAside_ = named_ = selected_;
     for (const auto number : findings_->numbers(named))

@@ -10,7 +10,6 @@
 
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -63,10 +62,10 @@ class RemovalChoice {
     const std::optional<RemovalRefusal>& refusal() const { return refusal_; }
 
     // The selection never holds what the mode leaves in place or what only the user can deal with.
-    void setSelected(const std::set<Uuid>& ids, bool selected);
+    void setSelected(const std::vector<Uuid>& ids, bool selected);
     /// Exactly these. Those of them that are `named` one by one go also when another application of the
     /// scan that stays claims them.
-    void select(const std::set<Uuid>& ids, const std::set<Uuid>& named = {});
+    void select(const std::vector<Uuid>& ids, const std::vector<Uuid>& named = {});
     /// What is taken without further choice (`takenByDefault`). Of an application that cannot be removed that
     /// is nothing, and until something is chosen a removal is refused with the reason.
     void selectDefaults();

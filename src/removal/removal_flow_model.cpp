@@ -211,9 +211,10 @@ void RemovalFlowModel::offer(const std::string& name, std::vector<Trace> traces)
     if (!isHome()) return;
     forgetChoices();
     errorMessage_.reset();
-    std::set<Uuid> all;
+    std::vector<Uuid> all;
+    all.reserve(traces.size());
     for (const auto& trace : traces)
-        all.insert(trace.id);
+        all.push_back(trace.id);
     const auto kind = std::holds_alternative<stage::Installers>(stage_) ? RemovalSubject::Kind::installers
                       : std::holds_alternative<stage::StartupItems>(stage_)
                           ? RemovalSubject::Kind::startupItems
@@ -222,13 +223,13 @@ void RemovalFlowModel::offer(const std::string& name, std::vector<Trace> traces)
     select(all);
 }
 
-void RemovalFlowModel::setSelected(const std::set<Uuid>& ids, bool selected) {
+void RemovalFlowModel::setSelected(const std::vector<Uuid>& ids, bool selected) {
     if (!isChoosing()) return;
     choice_.setSelected(ids, selected);
     notify();
 }
 
-void RemovalFlowModel::select(const std::set<Uuid>& ids, const std::set<Uuid>& named) {
+void RemovalFlowModel::select(const std::vector<Uuid>& ids, const std::vector<Uuid>& named) {
     if (!isChoosing()) return;
     choice_.select(ids, named);
     notify();

@@ -19,7 +19,6 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -132,8 +131,8 @@ class RemovalFlowModel {
     void offer(const std::string& name, std::vector<Trace> traces);
 
     // Changes of `choice`, which see; nothing while there is nothing to choose from.
-    void setSelected(const std::set<Uuid>& ids, bool selected);
-    void select(const std::set<Uuid>& ids, const std::set<Uuid>& named = {});
+    void setSelected(const std::vector<Uuid>& ids, bool selected);
+    void select(const std::vector<Uuid>& ids, const std::vector<Uuid>& named = {});
     void selectDefaults();
     void setMode(RemovalMode mode);
 

@@ -2,6 +2,7 @@
 
 #include "support/temporary_folder.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace tidwen {
@@ -52,11 +53,11 @@ std::vector<ScanResult> everySort() {
 
 using Names = std::vector<std::string>;
 
-Names namesOf(const std::vector<ScanResult>& found, const std::set<Uuid>& ids) {
+Names namesOf(const std::vector<ScanResult>& found, const std::vector<Uuid>& ids) {
     Names names;
     for (const auto& result : found)
         for (const auto& trace : result.traces)
-            if (ids.contains(trace.id)) names.push_back(trace.displayName);
+            if (std::ranges::find(ids, trace.id) != ids.end()) names.push_back(trace.displayName);
     return names;
 }
 

@@ -19,11 +19,11 @@ Trace trace(const char* path, Reversibility reversibility = Reversibility::rever
                      size, requiresRoot);
 }
 
-std::set<Uuid> idsOf(const Findings& findings) {
-    std::set<Uuid> ids;
+std::vector<Uuid> idsOf(const Findings& findings) {
+    std::vector<Uuid> ids;
     for (const auto& group : findings.groups())
         for (const auto& trace : group.traces)
-            ids.insert(trace.id);
+            ids.push_back(trace.id);
     return ids;
 }
 

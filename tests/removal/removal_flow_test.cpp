@@ -102,10 +102,10 @@ TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
                 || (out == Out::inTheSelection && trace.category == TraceCategory::application))
                 model.setSelected({trace.id}, false);
         if (out == Out::butItIsNamed) {
-            std::set<Uuid> ids;
+            std::vector<Uuid> ids;
             for (const auto& group : model.choice().findings().groups())
                 for (const auto& trace : group.traces)
-                    if (trace.displayName == shared.string()) ids.insert(trace.id);
+                    if (trace.displayName == shared.string()) ids.push_back(trace.id);
             model.select(ids, ids);
             model.confirm();
             bench.settle();
@@ -179,11 +179,11 @@ TEST(RemovalFlow, WhatCannotBePutBackLeavesNoFolder) {
     FlowFixture bench;
     for (const bool movesToo : {false, true}) {
         bench.review({"Alpine"});
-        std::set<Uuid> ids;
+        std::vector<Uuid> ids;
         for (const auto& trace : bench.model->choice().findings().groups()[0].traces)
             if (std::holds_alternative<action::ResetPermissions>(trace.action)
                 || (movesToo && trace.displayName == bench.cache("Alpine").string()))
-                ids.insert(trace.id);
+                ids.push_back(trace.id);
         bench.model->select(ids);
         bench.model->confirm();
         bench.settle();

@@ -43,10 +43,10 @@ std::optional<Message> choose(RemovalFlowModel& model, const SelectionRequest& r
 /// Takes out of what is chosen what the user does not see.
 void narrow(RemovalFlowModel& model, const LeftoverFilter& filter) {
     if (!filter.isActive()) return;
-    std::set<Uuid> hidden;
+    std::vector<Uuid> hidden;
     for (const auto& group : model.choice().findings().groups())
         for (const auto& trace : group.traces)
-            if (!filter.passes(trace)) hidden.insert(trace.id);
+            if (!filter.passes(trace)) hidden.push_back(trace.id);
     model.setSelected(hidden, false);
 }
 
