@@ -2,6 +2,7 @@
 
 #include "base/json.h"
 #include "base/text.h"
+#include "platform/unfinished_names.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -64,27 +65,33 @@ struct RequestInbox::Taken {
     }
 };
 
-std::vector<Path> RequestInbox::requestFiles() const {
+RequestInbox::Listing RequestInbox::list() const {
     const auto requests = folder();
     const auto place = requests ? files_.info(*requests) : FileResult<FileInfo>();
     if (!requests || !place || place->kind != FileKind::directory) return {};
     const auto entries = files_.list(*requests);
-    std::vector<Path> found;
-    if (entries)
-        for (const auto& entry : *entries)
-            if (entry.name.ends_with(".json")
-                && (entry.kind == FileKind::regular || entry.kind == FileKind::symbolicLink))
-                found.push_back(*requests / entry.name);
+    Listing found;
+    if (!entries) return found;
+    for (const auto& entry : *entries) {
+        if (!entry.name.ends_with(".json")
+            || (entry.kind != FileKind::regular && entry.kind != FileKind::symbolicLink))
+            continue;
+        const bool isUnfinished = entry.name.starts_with(unfinishedReplacementPrefix);
+        (isUnfinished ? found.unfinished : found.requests).push_back(*requests / entry.name);
+    }
     return found;
 }
 
 std::size_t RequestInbox::waiting() const {
-    return requestFiles().size();
+    return list().requests.size();
 }
 
 RequestInbox::Drained RequestInbox::drain() {
     Taken taken;
-    const auto files = requestFiles();
+    const auto [files, unfinished] = list();
+    for (const auto& each : unfinished) // left by a kill; what somebody is still writing stays
+        files_.dropUnfinishedReplacement(each.parent()
+                                         / each.lastComponent().substr(unfinishedReplacementPrefix.size()));
     for (const auto& file : files) {
         if (taken.isEnough()) break;
         take(file, taken);

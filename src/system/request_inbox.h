@@ -88,7 +88,11 @@ class RequestInbox {
 
   private:
     struct Taken;
-    std::vector<Path> requestFiles() const;
+    struct Listing {
+        std::vector<Path> requests = {};
+        std::vector<Path> unfinished = {}; ///< not posted yet: still being written, or never finished
+    };
+    Listing list() const;
     void take(const Path& file, Taken& taken);
     void judge(const UninstallRequest& request, Drained& drained) const;
     std::optional<std::string> readRequest(const Path& file) const;

@@ -2,9 +2,12 @@
 #include "system/request_inbox.h"
 #include "system/uninstall_service.h"
 
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace tidwen::test {
 namespace {
@@ -66,6 +69,20 @@ TEST_F(Inbox, DropsWhatIsNoRequest) {
     EXPECT_TRUE(inbox.drain().isEmpty());
     EXPECT_FALSE(inbox.post({{"/A.app"}}, "y"));
     EXPECT_TRUE(volume.exists("/elsewhere/x.json"));
+}
+
+TEST_F(Inbox, LeavesARequestThatIsStillBeingWritten) {
+    volume.makeFolder("/A.app");
+    const auto unfinished = file(".tidwen-new-one.json");
+    volume.write(unfinished, encode({{"/A.app"}}).substr(0, 9));
+    const int writer = ::open(volume.host(unfinished).c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(writer, LOCK_EX), 0); // as whoever writes it holds it
+    EXPECT_EQ(inbox.waiting(), 0u);
+    EXPECT_TRUE(inbox.drain().isEmpty());
+    EXPECT_TRUE(volume.exists(unfinished));
+    ::close(writer);
+    EXPECT_TRUE(inbox.drain().isEmpty());
+    EXPECT_FALSE(volume.exists(unfinished)) << "its writer is gone";
 }
 
 TEST_F(Inbox, LeavesWhatIsBeyondItsLimitsForTheNextDrain) {
