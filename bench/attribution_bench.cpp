@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <unistd.h>
 
 using namespace tidwen;
 using tidwen::bench::Cask;
@@ -191,7 +192,7 @@ int main(int argc, char** argv) {
     if (argc != 2) return std::fprintf(stderr, "usage: attribution_bench FILE.jsonl\n"), 2;
     const auto casks = readCasks(argv[1]);
     std::string folder = (fs::temp_directory_path() / "tidwen-attribution-XXXXXX").string();
-    if (casks.empty() || !mkdtemp(folder.data()))
+    if (casks.empty() || !::mkdtemp(folder.data()))
         return std::fprintf(stderr, "no data or no place for it\n"), 1;
     for (const auto& cask : casks)
         for (const auto& leftover : cask.leftovers)

@@ -1,18 +1,32 @@
 #pragma once
 
+#include "peak_memory.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
-#include <sched.h>
 #include <string>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
+#ifdef __linux__
+#include <sched.h>
+#endif
 
 namespace tidwen::bench {
 
 using Command = std::vector<std::string>;
+
+/// Leaves this process the first `cores` cores. A Mac has no call for it and runs it on all.
+inline void keepTo([[maybe_unused]] int cores) {
+#ifdef __linux__
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    for (int core = 0; core < cores; ++core)
+        CPU_SET(core, &set);
+    ::sched_setaffinity(0, sizeof set, &set);
+#endif
+}
 
 /// Runs a command without its output on the first `cores` cores. Gives its peak memory in KiB; ends the
 /// program when it fails.
@@ -22,11 +36,7 @@ inline long run(const Command& command, int cores) {
         const int null = ::open("/dev/null", O_RDWR);
         ::dup2(null, 1);
         ::dup2(null, 2);
-        cpu_set_t set;
-        CPU_ZERO(&set);
-        for (int core = 0; core < cores; ++core)
-            CPU_SET(core, &set);
-        ::sched_setaffinity(0, sizeof set, &set);
+        keepTo(cores);
         std::vector<char*> arguments;
         for (const auto& argument : command)
             arguments.push_back(const_cast<char*>(argument.c_str()));
@@ -37,7 +47,7 @@ inline long run(const Command& command, int cores) {
     int status = 0;
     rusage usage = {};
     ::wait4(child, &status, 0, &usage);
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return usage.ru_maxrss;
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return peakKiB(usage);
     std::fprintf(stderr, "%s failed\n", command.front().c_str());
     std::exit(1);
 }

@@ -3,6 +3,7 @@
 // [LEFTOVERS]
 
 #include "base/text.h"
+#include "peak_memory.h"
 #include "stopwatch.h"
 #include "sweep/sweep_state.h"
 
@@ -10,7 +11,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <random>
-#include <sys/resource.h>
 
 using namespace tidwen;
 
@@ -56,7 +56,7 @@ double slowestAccessor(SweepState& state, std::int64_t& sum) {
 double peakMiB() {
     rusage usage = {};
     ::getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_maxrss) / 1024;
+    return static_cast<double>(tidwen::bench::peakKiB(usage)) / 1024;
 }
 
 } // namespace

@@ -21,6 +21,7 @@
 #include <fstream>
 #include <map>
 #include <random>
+#include <unistd.h>
 
 using namespace tidwen;
 using tidwen::bench::Cask;
@@ -222,7 +223,7 @@ int main(int argc, char** argv) {
                 removed.push_back(*each);
 
         std::string folder = (fs::temp_directory_path() / "tidwen-recall-XXXXXX").string();
-        if (!mkdtemp(folder.data())) return std::fprintf(stderr, "no place for a volume\n"), 1;
+        if (!::mkdtemp(folder.data())) return std::fprintf(stderr, "no place for a volume\n"), 1;
         Disk disk(folder);
         for (const auto* cask : removed)
             disk.leave(*cask);

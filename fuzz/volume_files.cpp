@@ -12,6 +12,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <unistd.h>
 
 namespace {
 
@@ -36,7 +37,7 @@ struct Volume {
         std::string pattern =
             (std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path())
             / "tidwen-fuzz-XXXXXX";
-        if (!mkdtemp(pattern.data())) std::abort();
+        if (!::mkdtemp(pattern.data())) std::abort();
         root = pattern;
         for (const auto file : files)
             std::filesystem::create_directories(host(file).parent_path());

@@ -60,14 +60,14 @@ bool holdsMount(int folder, const char* name) {
 #else
 
 bool holdsMount(int folder, const char* name) {
+    static constexpr int mostItems = 200'000;
     class Search : public TreeVisitor {
       public:
-        int item(const TreeItem&) override { return ++seen_ < most ? 0 : ECANCELED; }
+        int item(const TreeItem&) override { return ++seen_ < mostItems ? 0 : ECANCELED; }
         int skipped(int fault) override { return fault == EXDEV ? fault : 0; }
         int enter(const TreeItem& folder, int) override { return item(folder); }
 
       private:
-        static constexpr int most = 200'000;
         int seen_ = 0;
     } search;
     return walkTree(folder, name, search) == EXDEV;

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <plist/plist.h>
+#include <type_traits>
 
 namespace tidwen {
 namespace {
@@ -85,7 +86,14 @@ using Other = std::unique_ptr<void, void (*)(plist_t)>;
 
 Other readByOther(const std::string& bytes) {
     plist_t list = nullptr;
-    plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &list);
+    const auto size = static_cast<std::uint32_t>(bytes.size());
+    const auto read = [&](auto function) { // since 2.3 it has an argument more, for the form that it met
+        if constexpr (std::is_invocable_v<decltype(function), const char*, std::uint32_t, plist_t*>)
+            function(bytes.data(), size, &list);
+        else
+            function(bytes.data(), size, &list, nullptr);
+    };
+    read(&plist_from_memory);
     return {list, plist_free};
 }
 

@@ -8,7 +8,7 @@
 #include "support/recording_tools.h"
 #include "support/stand_ins.h"
 
-#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <gtest/gtest.h>
 
 namespace tidwen {

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <stdexcept>
+#include <unistd.h>
 
 namespace tidwen::test {
 
@@ -11,7 +12,7 @@ namespace fs = std::filesystem;
 
 TemporaryFolder::TemporaryFolder() {
     std::string pattern = (fs::temp_directory_path() / "tidwen-test-XXXXXX").string();
-    if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
+    if (!::mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
     path_ = fs::canonical(pattern);
 }
 

@@ -1,5 +1,7 @@
 #include "support/trees.h"
 
+#include "posix/item_description.h"
+
 #include <algorithm>
 #include <array>
 #include <fmt/format.h>
@@ -16,19 +18,35 @@ namespace {
 
 constexpr const char* attribute = "user.com.example.tag";
 
+#ifdef __APPLE__ // two arguments more: an offset that only resource forks have, and options
+ssize_t attributeOf(const fs::path& item, char* value, std::size_t size) {
+    return ::getxattr(item.c_str(), attribute, value, size, 0, 0);
+}
+int setAttribute(const fs::path& item, std::string_view value) {
+    return ::setxattr(item.c_str(), attribute, value.data(), value.size(), 0, 0);
+}
+#else
+ssize_t attributeOf(const fs::path& item, char* value, std::size_t size) {
+    return ::getxattr(item.c_str(), attribute, value, size);
+}
+int setAttribute(const fs::path& item, std::string_view value) {
+    return ::setxattr(item.c_str(), attribute, value.data(), value.size(), 0);
+}
+#endif
+
 std::string describe(const fs::path& item, const std::string& shown, FolderTimes times) {
     struct stat status {};
     if (::lstat(item.c_str(), &status) != 0) return shown + " missing";
     const bool isFolder = S_ISDIR(status.st_mode);
-    if (isFolder && times == FolderTimes::ignored) status.st_mtim = {};
+    const auto modified = isFolder && times == FolderTimes::ignored ? timespec{} : modificationTime(status);
     std::string line =
         fmt::format("{} {:o} {} {} {}.{} {} ", shown, status.st_mode, status.st_uid, status.st_gid,
-                    status.st_mtim.tv_sec, status.st_mtim.tv_nsec, isFolder ? 0 : status.st_nlink);
+                    modified.tv_sec, modified.tv_nsec, isFolder ? 0 : status.st_nlink);
     if (S_ISLNK(status.st_mode)) return line + fs::read_symlink(item).string();
     if (S_ISREG(status.st_mode))
         line += fmt::format("{} {}", status.st_size, std::hash<std::string>()(contentOf(item)));
     std::array<char, 64> value{};
-    const auto length = ::getxattr(item.c_str(), attribute, value.data(), value.size());
+    const auto length = attributeOf(item, value.data(), value.size());
     return length < 0 ? line : line + " tag " + std::string(value.data(), static_cast<std::size_t>(length));
 }
 
@@ -44,7 +62,7 @@ std::vector<std::string> fingerprint(const fs::path& top, FolderTimes times) {
 }
 
 bool tag(const fs::path& item) {
-    return ::setxattr(item.c_str(), attribute, "blue", 4, 0) == 0;
+    return setAttribute(item, "blue") == 0;
 }
 
 void writeFile(const fs::path& file, std::string_view content) {
