@@ -204,9 +204,7 @@ std::optional<fs::path> CrashReports::collect() {
 
 fs::path CrashReports::defaultFolder() {
 #ifdef __APPLE__
-    constexpr std::string_view logs = "Library/Logs/Tidwen";
-    const char* state = std::getenv("XDG_STATE_HOME"); // NOLINT(concurrency-mt-unsafe)
-    if (!state || *state != '/') return userHome() / logs;
+    if (!namedFolder("XDG_STATE_HOME")) return userHome() / "Library/Logs/Tidwen";
 #endif
     return userFolder("XDG_STATE_HOME", ".local/state") / "tidwen";
 }

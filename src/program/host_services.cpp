@@ -1,5 +1,7 @@
 #include "program/host_services.h"
 
+#include "host/xdg_autostart.h"
+#include "settings/file_defaults.h"
 #ifdef __APPLE__
 #include "host/launch_agent.h"
 #include "macos/fs_events.h"
@@ -7,8 +9,6 @@
 #include "scan/applications/app_target.h"
 #include "settings/user_folder.h"
 #else
-#include "host/xdg_autostart.h"
-#include "settings/file_defaults.h"
 #include "volume/volume_folder_events.h"
 #endif
 
@@ -17,22 +17,28 @@ namespace tidwen {
 namespace {
 
 #ifdef __APPLE__
-std::unique_ptr<Defaults> ownDefaults(Log& log, FolderEvents& folders) {
-    return std::make_unique<PreferencesDefaults>(std::string(tidwenBundleID), log, folders);
+/// A folder that is named for settings is where they are kept instead of in the account: what a test changes
+/// reaches nothing of the account's own.
+bool isAccountUsed() {
+    return !namedFolder("XDG_CONFIG_HOME");
 }
+#endif
 
-std::unique_ptr<LoginItem> ownLoginItem(std::vector<std::string> command, Log& log) {
-    return std::make_unique<LaunchAgent>(LaunchAgent::defaultFolder(), std::move(command), log);
-}
-#else
 std::unique_ptr<Defaults> ownDefaults(Log& log, FolderEvents& folders) {
+#ifdef __APPLE__
+    if (isAccountUsed())
+        return std::make_unique<PreferencesDefaults>(std::string(tidwenBundleID), log, folders);
+#endif
     return std::make_unique<FileDefaults>(FileDefaults::defaultFile(), log, &folders);
 }
 
 std::unique_ptr<LoginItem> ownLoginItem(std::vector<std::string> command, Log& log) {
+#ifdef __APPLE__
+    if (isAccountUsed())
+        return std::make_unique<LaunchAgent>(LaunchAgent::defaultFolder(), std::move(command), log);
+#endif
     return std::make_unique<XdgAutostart>(XdgAutostart::defaultFolder(), std::move(command), log);
 }
-#endif
 
 } // namespace
 
@@ -46,10 +52,9 @@ std::unique_ptr<FolderEvents> hostFolderEvents(const std::filesystem::path& root
 
 std::filesystem::path HostServices::knownApps() const {
 #ifdef __APPLE__
-    return userHome() / "Library/Application Support/Tidwen/applications.json";
-#else
-    return FileDefaults::defaultFile().replace_filename("applications.json");
+    if (isAccountUsed()) return userHome() / "Library/Application Support/Tidwen/applications.json";
 #endif
+    return FileDefaults::defaultFile().replace_filename("applications.json");
 }
 
 HostServices::HostServices(std::vector<std::string> loginCommand, Log& log)

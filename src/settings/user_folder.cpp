@@ -15,9 +15,14 @@ fs::path userHome() {
     return account ? account->pw_dir : "/";
 }
 
+std::optional<fs::path> namedFolder(const char* variable) {
+    const char* named = std::getenv(variable); // NOLINT(concurrency-mt-unsafe): nothing sets variables
+    return named && *named == '/' ? std::optional<fs::path>(named) : std::nullopt;
+}
+
 fs::path userFolder(const char* variable, std::string_view fallback) {
-    const char* named = std::getenv(variable); // NOLINT(concurrency-mt-unsafe)
-    return named && *named == '/' ? fs::path(named) : userHome() / fallback;
+    const auto named = namedFolder(variable);
+    return named ? *named : userHome() / fallback;
 }
 
 } // namespace tidwen

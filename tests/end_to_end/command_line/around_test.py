@@ -4,15 +4,36 @@ import fcntl
 import json
 import os
 import plistlib
+import pwd
 import re
 import shutil
 import subprocess
+import sys
+from pathlib import Path
 
 import terminal
 from terminal import RESTORED_NEVER, VolumeTest, snapshot
 
 
 class Around(VolumeTest):
+    def test_nothing_of_the_account_is_touched(self):
+        """What the environment redirects stays redirected, also on a Mac, whose own settings do not ask the environment."""
+        def account():
+            own = Path(pwd.getpwuid(os.getuid()).pw_dir)
+            found = [own / place for place in (
+                ".config/tidwen/settings.plist", ".config/autostart/com.corvella.tidwen.desktop",
+                "Library/LaunchAgents/com.corvella.tidwen.watch.plist", "Library/Application Support/Tidwen")]
+            kept = subprocess.run(["defaults", "export", "com.corvella.tidwen", "-"], capture_output=True).stdout \
+                if sys.platform == "darwin" else b""
+            return [file.stat().st_mtime_ns if file.exists() else None for file in found], kept
+        before, here = account(), set(os.listdir(self.base))
+        self.call("settings", "set", "quarantineRetention", "sevenDays")
+        self.call("settings", "set", "catchTrashedApps", "true")
+        self.call("apps")
+        self.assertEqual(account(), before)
+        self.assertEqual(set(os.listdir(self.base)) - here, {"config"})
+        self.assertEqual(set(os.listdir(self.base / "config")), {"autostart", "tidwen"})
+
     def test_a_second_process_is_refused_and_touches_nothing(self):
         self.call("remove", "Kip", "--yes")
         lock = os.open(self.home / ".Trash", os.O_RDONLY)

@@ -80,7 +80,7 @@ class VolumeTest(unittest.TestCase):
 
     @classmethod
     def setUpClass(cls):
-        cls.base = Path(tempfile.mkdtemp(prefix="tidwen-end-to-end-"))
+        cls.base = Path(tempfile.mkdtemp(prefix="tidwen-end-to-end-")).resolve()  # a Mac's /var is a link
         cls.environment = {"PATH": os.environ["PATH"], "LC_ALL": "C", "TZ": "UTC", "HOME": str(cls.base),
                            "XDG_CONFIG_HOME": str(cls.base / "config"),
                            **{k: v for k, v in os.environ.items() if k.endswith("SAN_OPTIONS")}}
@@ -109,6 +109,8 @@ class VolumeTest(unittest.TestCase):
 
     def call(self, *words, status=0, volume=True):
         """Runs the program and expects `status`."""
+        if not volume and sys.platform == "darwin" and command_of(words)[0] in ("apps", "protect"):
+            self.skipTest("would work on the Mac that this runs on")
         prefix = ["--volume", self.volume] if volume else []
         done = subprocess.run([PROGRAM, *prefix, *words], env=self.environment, capture_output=True,
                               stdin=subprocess.DEVNULL, timeout=60)
