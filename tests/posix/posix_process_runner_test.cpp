@@ -91,10 +91,17 @@ TEST_F(PosixProcessRunnerTest, AFloodOnBothStreamsNeitherBlocksNorFillsTheMemory
 
 /// Of a process that may have been collected already: "Z" when only its status is left.
 std::string stateOf(pid_t process) {
+#ifdef __linux__
     std::ifstream status("/proc/" + std::to_string(process) + "/stat");
     for (std::string word; status >> word;)
         if (word.ends_with(')')) return status >> word ? word : "gone";
     return "gone";
+#else
+    const auto asked =
+        PosixProcessRunner().run("/bin/ps", {"-o", "state=", "-p", std::to_string(process)}, 20s);
+    if (!asked) return "unknown";
+    return asked->standardOutput.empty() ? "gone" : asked->standardOutput.substr(0, 1);
+#endif
 }
 
 /// A killed process takes until the kernel gives it the processor once more.

@@ -1,4 +1,5 @@
-// Declared by hand from Apple's documentation; the package of the compiler that checks the code for macOS lacks it.
+// Declared by hand from Apple's documentation; the package of the compiler that checks the code for macOS
+// lacks it.
 #pragma once
 
 #include <stddef.h>
@@ -12,9 +13,11 @@
 #ifdef __cplusplus
 extern "C" {
 #endif
-ssize_t getxattr(const char* path, const char* name, void* value, size_t size, uint32_t position, int options);
+ssize_t getxattr(const char* path, const char* name, void* value, size_t size, uint32_t position,
+                 int options);
 ssize_t fgetxattr(int fd, const char* name, void* value, size_t size, uint32_t position, int options);
-int setxattr(const char* path, const char* name, const void* value, size_t size, uint32_t position, int options);
+int setxattr(const char* path, const char* name, const void* value, size_t size, uint32_t position,
+             int options);
 int fsetxattr(int fd, const char* name, const void* value, size_t size, uint32_t position, int options);
 int fremovexattr(int fd, const char* name, int options);
 ssize_t flistxattr(int fd, char* names, size_t size, int options);
