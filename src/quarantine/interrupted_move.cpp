@@ -119,7 +119,10 @@ RunObservation observe(const std::vector<ManifestEntry>& planned, const FileSyst
             gone.push_back(entry);
     }
     for (auto& entry : gone)
-        if (!laysWithin(moved, Path(entry.source))) seen.missing.push_back(std::move(entry));
+        if (!laysWithin(moved, Path(entry.source))) {
+            entry.isMissing = true;
+            seen.missing.push_back(std::move(entry));
+        }
     for (std::size_t i = 0; i < planned.size(); ++i) {
         const auto& entry = planned[i];
         const bool isUnloadedJob = entry.kind == ManifestEntryKind::bootout && entry.plistPath

@@ -35,6 +35,7 @@ struct RunObservation {
     /// quarantine that the plan does not know.
     std::vector<ManifestEntry> unsettled;
     /// Moves whose item is at neither place although nothing hints at where it could be: somebody took it.
+    /// Marked so (`isMissing`).
     std::vector<ManifestEntry> missing;
 };
 

@@ -35,6 +35,8 @@ struct ManifestEntry {
     std::string bundleID; ///< may be empty
     /// bootout: where the job's file was when the run moved it too
     std::optional<std::string> plistPath = {};
+    /// move: recovery found its item neither in quarantine nor in its old place
+    bool isMissing = false;
     friend bool operator==(const ManifestEntry&, const ManifestEntry&) = default;
 };
 
@@ -44,6 +46,7 @@ struct Manifest {
     Timestamp createdAt{};
     Path quarantineRoot;
     std::vector<AppRecord> apps = {};
+    /// The moves that are missing come last; the file has them apart, in "missing".
     std::vector<ManifestEntry> entries = {};
     std::optional<Timestamp> recoveredAt = {}; ///< rebuilt from a journal at this moment
     friend bool operator==(const Manifest&, const Manifest&) = default;

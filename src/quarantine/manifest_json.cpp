@@ -250,6 +250,17 @@ void takeSingleApp(Reader& reader, OlderText name, OlderText bundleID, Manifest&
     manifest.apps = {{std::move(name.text), std::move(bundleID.text)}};
 }
 
+/// Apart in the file, so that who takes `entries` for what lies in quarantine is not misled.
+void takeMissing(Reader& reader, std::vector<ManifestEntry> missing, Manifest& manifest) {
+    if (manifest.entries.size() + missing.size() > maxManifestEntries) reader.fail("too many in", "missing");
+    manifest.entries.reserve(manifest.entries.size() + missing.size());
+    for (auto& entry : missing) {
+        if (entry.kind != ManifestEntryKind::move) reader.fail("no move in", "missing");
+        entry.isMissing = true;
+        manifest.entries.push_back(std::move(entry));
+    }
+}
+
 json toJson(const std::vector<AppRecord>& apps) {
     json all = json::array();
     for (const auto& app : apps)
@@ -257,9 +268,11 @@ json toJson(const std::vector<AppRecord>& apps) {
     return all;
 }
 
-json toJson(const std::vector<ManifestEntry>& entries) {
+/// Of a manifest's, those that are missing or those that are not.
+json toJson(const std::vector<ManifestEntry>& entries, bool areMissing = false) {
     json all = json::array();
     for (const auto& entry : entries) {
+        if (entry.isMissing != areMissing) continue;
         json one{{"operationID", entry.operationID},
                  {"kind", entry.kind == ManifestEntryKind::move ? "move" : "bootout"},
                  {"source", entry.source},
@@ -282,6 +295,8 @@ std::string encode(const Manifest& manifest) {
                   {"quarantineRoot", manifest.quarantineRoot.string()},
                   {"apps", toJson(manifest.apps)},
                   {"entries", toJson(manifest.entries)}};
+    if (auto missing = toJson(manifest.entries, true); !missing.empty())
+        document["missing"] = std::move(missing);
     if (manifest.recoveredAt) document["recoveredAt"] = iso8601(*manifest.recoveredAt);
     return writeJson(document);
 }
@@ -299,10 +314,13 @@ tl::expected<Manifest, DocumentError> decodeManifest(std::string_view text) {
     Manifest manifest;
     std::optional<std::vector<AppRecord>> apps;
     std::optional<OlderText> name, bundleID;
+    std::vector<ManifestEntry> missing;
     reader.record(required("version", manifest.version), required("createdAt", manifest.createdAt),
                   required("quarantineRoot", manifest.quarantineRoot), optional("apps", apps),
-                  required("entries", manifest.entries), optional("recoveredAt", manifest.recoveredAt),
-                  optional("appName", name), optional("bundleID", bundleID));
+                  required("entries", manifest.entries), optional("missing", missing),
+                  optional("recoveredAt", manifest.recoveredAt), optional("appName", name),
+                  optional("bundleID", bundleID));
+    takeMissing(reader, std::move(missing), manifest);
     if (apps)
         manifest.apps = std::move(*apps);
     else

@@ -43,10 +43,11 @@ class Recovery {
                 log_.warning("Interrupted removal {} keeps its journal for {}", root.string(), item);
             outcome.unfinished.push_back(std::move(*run));
         } else if (auto manifest = *run->known; finish(manifest)) {
+            const auto before = outcome.missing.size();
+            for (const auto& entry : manifest.entries)
+                if (entry.isMissing) outcome.missing.push_back(entry.source);
             log_.info("Recovered interrupted removal: {}/{} planned entries observed in quarantine",
-                      manifest.entries.size(), journal.planned.size());
-            for (const auto& entry : observe(journal.planned, files_).missing)
-                outcome.missing.push_back(entry.source);
+                      manifest.entries.size() - (outcome.missing.size() - before), journal.planned.size());
             outcome.recovered.push_back(std::move(manifest));
         } else {
             outcome.unfinished.push_back(std::move(*run));
@@ -54,18 +55,28 @@ class Recovery {
     }
 
     /// The journal of a run that ended stays when nobody could delete it. What it alone knows to lie in
-    /// quarantine is written down first.
+    /// quarantine, or nowhere any more, is written down first.
     void dropJournal(const RemovalJournal& journal, Manifest manifest) {
         settle(journal);
         auto seen = observe(journal.planned, files_);
         if (!seen.unsettled.empty()) return;
         const auto known = manifest.entries.size();
-        for (auto& entry : seen.entries)
-            if (std::ranges::find(manifest.entries, entry) == manifest.entries.end())
+        for (auto* found : {&seen.entries, &seen.missing})
+            for (auto& entry : *found) {
+                if (isKnown(entry, manifest)) continue;
+                if (entry.isMissing) outcome.missing.push_back(entry.source);
                 manifest.entries.push_back(std::move(entry));
+            }
         if (manifest.entries.size() > known) return void(finish(manifest));
         (void)files_.removeFile(journal.quarantineRoot / journalFileName);
         dropUnfinishedDocuments(journal.quarantineRoot, files_);
+    }
+
+    static bool isKnown(const ManifestEntry& entry, const Manifest& manifest) {
+        return std::ranges::any_of(manifest.entries, [&](const ManifestEntry& known) {
+            return known.kind == entry.kind && known.source == entry.source
+                   && known.destination == entry.destination;
+        });
     }
 
     void settle(const RemovalJournal& journal) {

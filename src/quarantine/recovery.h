@@ -13,7 +13,8 @@ namespace tidwen {
 struct RecoveryOutcome {
     std::vector<Manifest> recovered;       ///< the manifests that were written
     std::vector<UnfinishedRun> unfinished; ///< their journals stay, for the next time and for an undo
-    std::vector<std::string> missing = {}; ///< old places of items of `recovered` that are nowhere any more
+    /// Old places of items that are nowhere any more; the manifests of their runs keep them.
+    std::vector<std::string> missing = {};
 };
 
 /// Finds runs that were cut off (a journal and no manifest that can be read), settles half-made moves and

@@ -19,6 +19,8 @@ UnfinishedRun fromJournal(const Path& root, RemovalJournal journal, const FileSy
                                         .quarantineRoot = root,
                                         .apps = std::move(journal.apps),
                                         .entries = std::move(seen.entries)}};
+    auto& known = run.known->entries;
+    known.insert(known.end(), seen.missing.begin(), seen.missing.end());
     for (auto& entry : seen.unsettled)
         run.unsettled.push_back(std::move(entry.source));
     return run;

@@ -20,7 +20,7 @@ struct UnfinishedRun {
     };
     Path root;
     Problem problem = Problem::interrupted;
-    /// What of it can be undone now, by its journal; absent when that cannot be read.
+    /// What of it can be undone now, by its journal, and what is missing; absent when that cannot be read.
     std::optional<Manifest> known = {};
     std::vector<std::string> unsettled = {}; ///< the old places of items that are at neither place
 

@@ -122,6 +122,13 @@ TEST(Manifest, RefusesWhatIsNotOne) {
     };
     for (const auto& [from, to] : edits)
         EXPECT_FALSE(decodeManifest(edited(encode(sample), from, to))) << to;
+    auto missing = sample;
+    missing.entries[1].isMissing = true;
+    EXPECT_EQ(decodeManifest(encode(missing)), missing);
+    for (const auto& [from, to] : {std::pair(R"("kind" : "move")", R"("kind" : "bootout")"),
+                                   std::pair(R"(\/Library\/Caches)", R"(Library\/Caches)"),
+                                   std::pair(R"(Notes\/0002)", R"(Other\/0002)")})
+        EXPECT_FALSE(decodeManifest(edited(encode(missing), from, to))) << to;
     for (const auto* key : {"createdAt", "quarantineRoot", "version", "entries"})
         EXPECT_FALSE(decodeManifest(edited(encode(sample), key, "x"))) << key;
     for (const auto* key : {"createdAt", "quarantineRoot", "version", "planned", "apps"})

@@ -1,3 +1,4 @@
+#include "base/json.h"
 #include "quarantine/entries.h"
 #include "quarantine/history.h"
 #include "quarantine/quarantine_layout.h"
@@ -9,6 +10,8 @@
 
 #include <filesystem>
 #include <functional>
+#include <nlohmann/json.hpp>
+#include <tuple>
 
 namespace tidwen::test {
 namespace {
@@ -189,8 +192,11 @@ TEST_F(Recovery, DropsTheJournalOfARunThatEndedOnceItIsSettled) {
     fs::remove(volume.host(late.source));
     volume.write(*late.destination, "");
     EXPECT_THAT(recoverBeside(), ElementsAre(known, late)) << "a move that was made after the run had ended";
-    volume.write((root / "0002/.tidwen-copy-late").string(), "");
     fs::remove(volume.host(*late.destination));
+    auto nowhere = late;
+    nowhere.isMissing = true;
+    EXPECT_THAT(recoverBeside(), ElementsAre(known, nowhere));
+    volume.write((root / "0002/.tidwen-copy-late").string(), "");
     recoverBeside();
     EXPECT_TRUE(volume.exists((root / journalFileName).string())) << "it alone knows of the copy";
 }
@@ -257,8 +263,24 @@ TEST_F(Recovery, NamesItemsThatAreNowhere) {
     volume.write((root / "0003/Maker/in it").string(), "went along");
     const auto outcome = recoverAll();
     ASSERT_EQ(outcome.recovered.size(), 1u);
-    EXPECT_THAT(outcome.recovered[0].entries, ElementsAre(journal.planned[2]));
     EXPECT_THAT(outcome.missing, ElementsAre(taken));
+
+    const auto text = volume.read((root / manifestFileName).string());
+    auto older = parseJson(text).value();
+    EXPECT_EQ(older["missing"].size(), 1u);
+    older.erase("missing");
+    EXPECT_THAT(decodeManifest(older.dump())->entries, ElementsAre(journal.planned[2]))
+        << "what was observed";
+
+    const auto entry = [&] { return readHistoryEntry(root, volume.files()).value(); };
+    EXPECT_EQ(entry().manifest, outcome.recovered[0]);
+    EXPECT_EQ(std::tuple(entry().totalMoves, entry().pendingMoves, entry().missingMoves),
+              std::tuple(2, 1, 1));
+    volume.write(taken, "made anew");
+    EXPECT_EQ(entry().missingMoves, 0);
+    fs::remove(volume.host(taken));
+    volume.write(*journal.planned[0].destination, "");
+    EXPECT_EQ(entry().pendingMoves, 2) << "somebody brought it back into quarantine";
 }
 
 TEST_F(Recovery, HistoryCountsWhatIsLeft) {

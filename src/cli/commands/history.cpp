@@ -20,8 +20,11 @@ std::string state(const RemovalHistoryEntry& entry, const CommandContext& contex
         switch (entry.items()) {
         case RemovalHistoryEntry::Items::none:
             return context.text("cli.history.nothing");
-        case RemovalHistoryEntry::Items::inQuarantine:
-            return ofAll("cli.history.pending %lld %lld", entry.pendingMoves);
+        case RemovalHistoryEntry::Items::inQuarantine: {
+            const auto pending = ofAll("cli.history.pending %lld %lld", entry.pendingMoves);
+            if (entry.missingMoves == 0) return pending;
+            return pending + ", " + ofAll("cli.history.missing %lld %lld", entry.missingMoves);
+        }
         case RemovalHistoryEntry::Items::missing:
             return ofAll("cli.history.missing %lld %lld", entry.missingMoves);
         case RemovalHistoryEntry::Items::putBack:
@@ -98,9 +101,10 @@ ExitStatus show(const TerminalHistory& runs, const std::string& word, const Comm
     const auto number = runs.leftOut() > 0
                             ? std::nullopt
                             : std::optional(static_cast<std::size_t>(entry - history.begin()) + 1);
+    const auto status = entry->missingMoves > 0 ? ExitStatus::someFailed : ExitStatus::done;
     if (context.arguments.json) {
         context.console.document(json::document(*entry, number, items));
-        return ExitStatus::done;
+        return status;
     }
     context.console.line(
         {{labels::names(entry->manifest.apps), Paint::strong},
@@ -109,7 +113,7 @@ ExitStatus show(const TerminalHistory& runs, const std::string& word, const Comm
          {"  " + state(*entry, context)}});
     context.console.line(entry->root.string(), Paint::faint);
     print(items, context);
-    return ExitStatus::done;
+    return status;
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
@@ -130,7 +134,9 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     }
     mentionInterruptedRuns(context, runs);
     if (runs.leftOut() > 0) context.complain({"cli.history.leftOut %lld", {std::to_string(runs.leftOut())}});
-    return isAllKnown && unfinished.empty() ? ExitStatus::done : ExitStatus::someFailed;
+    const bool isNothingLost = std::ranges::none_of(
+        history, [](const RemovalHistoryEntry& entry) { return entry.missingMoves > 0; });
+    return isAllKnown && unfinished.empty() && isNothingLost ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 } // namespace

@@ -11,7 +11,8 @@ std::optional<std::string> undoCommandLine(const Path& root, const CommandContex
     const auto found = std::ranges::find_if(history, [&](const auto& entry) { return entry.root == root; });
     if (found == history.end()) {
         const auto run = readUnfinishedRun(root, mac.system.files);
-        if (!run || !run->known || run->known->entries.empty()) return std::nullopt;
+        const auto isFound = [](const ManifestEntry& entry) { return !entry.isMissing; };
+        if (!run || !run->known || std::ranges::none_of(run->known->entries, isFound)) return std::nullopt;
     } else if (const bool isLeft = mac.volume ? found->pendingMoves > 0 : found->canBeUndone(); !isLeft)
         return std::nullopt;
     // By its name: the next run takes its number.

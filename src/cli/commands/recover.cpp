@@ -20,8 +20,7 @@ void print(const Manifest& manifest, const CommandContext& context, const Mac& m
         "cli.recover.one %@ %@ %@",
         {labels::names(manifest.apps), displayDate(manifest.createdAt),
          context.text("history.row.items %lld", {std::to_string(entry ? entry->pendingMoves : 0)})}));
-    if (const auto undo = undoCommandLine(manifest.quarantineRoot, context, mac);
-        undo && !manifest.entries.empty())
+    if (const auto undo = undoCommandLine(manifest.quarantineRoot, context, mac))
         context.console.verbatim(context.text("cli.undo.hint %@", {*undo}));
 }
 

@@ -132,9 +132,21 @@ class Journey(VolumeTest):
         cut, = history.json
         self.assertEqual((cut["status"], cut["known"]["entries"]), ("interrupted", manifest["entries"]))
         self.assertIn("recover", history.errors)
-        recovered, = self.call("recover", "--json").json
-        self.assertEqual(recovered["entries"], manifest["entries"])
-        self.call("undo", "1")
+        taken, *moved = (entry for entry in manifest["entries"] if entry["kind"] == "move")
+        (self.volume / taken["destination"][1:]).rename(self.volume / "Users/alice/taken out")
+        recovered, = self.call("recover", "--json", status=1).json
+        self.assertEqual(recovered["missing"], [taken])
+        self.assertNotIn(taken, recovered["entries"])
+        self.assertIn(f"1 of {len(moved) + 1} neither", self.call("history", "1", status=1).output)
+        lost, = (item for item in self.call("undo", "1", "--dry-run", "--json", status=1).json["items"]
+                 if "failureKey" in item)
+        self.assertEqual((lost["source"], lost["failureKey"]), (taken["source"], "failure.notInQuarantine"))
+        undone = self.call("undo", "1", status=1).output
+        self.assertIn(f"{taken['source']}: It no longer lies in quarantine.", undone)
+        self.assertNotIn("Everything", undone)
+        self.assertIn(f"1 of {len(moved) + 1} neither", self.call("history", status=1).output)
+        (self.volume / "Users/alice/taken out").rename(self.volume / taken["source"][1:])
+        self.assertIn("Put back", self.call("history").output)
         self.assertEqual(snapshot(self.volume, *NOT_RESTORED), before)
 
 
