@@ -18,9 +18,6 @@ namespace tidwen {
 
 namespace {
 
-/// What a copy is called until it is whole; the item's name follows.
-constexpr std::string_view growingCopyPrefix = ".tidwen-copy-";
-
 /// Beyond this many remains of one item something is wrong that another move would only make worse.
 constexpr int lastAside = 9;
 
@@ -98,11 +95,14 @@ class CopiedMove {
         const bool isPlaced = isTaken(target(), finalName()), isCopied = isTaken(target(), copy_.c_str());
         if (unsettled && (isCopied || !isPlaced)) return settleWithoutWholeCopy(*unsettled, isCopied);
         if (unsettled) return remainsAt(*unsettled, FileFault::busy);
-        if (isPlaced || !isCopied) return remains;
+        if (!isCopied) return remains;
+        if (isTaken(source(), original())) {
+            dropCopy();
+            return remains;
+        }
         // Without an original the copy is all there is, and no state that a crash of ours leaves.
-        if (!isTaken(source(), original())) return refused(from_.path, FileFault::missing);
-        dropCopy();
-        return {};
+        if (!isPlaced) return refused(from_.path, FileFault::missing);
+        return remains;
     }
 
   private:
@@ -215,10 +215,14 @@ class CopiedMove {
 
     const MoveEnd& from_;
     const MoveEnd& to_;
-    const std::string copy_ = nameBeside(growingCopyPrefix, to_.place.name);
+    const std::string copy_ = growingCopyName(to_.place.name);
 };
 
 } // namespace
+
+std::string growingCopyName(const std::string& name) {
+    return nameBeside(growingCopyPrefix, name);
+}
 
 MoveResult moveByCopy(const MoveEnd& from, const MoveEnd& to) {
     return CopiedMove(from, to).run();

@@ -3,6 +3,10 @@
 #include "platform/file_system.h"
 #include "posix/root_resolver.h"
 
+#include <string>
+#include <string_view>
+#include <vector>
+
 namespace tidwen {
 
 /// One end of a move: where it is, held open, and what it is called towards the caller.
@@ -10,6 +14,11 @@ struct MoveEnd {
     const Place& place;
     const Path& path;
 };
+
+/// What a copy is called until it is whole; the name that it will get follows.
+inline constexpr std::string_view growingCopyPrefix = ".tidwen-copy-";
+/// The name of the copy that will be called `name`, shortened where the whole would be too long.
+std::string growingCopyName(const std::string& name);
 
 /// Moves an item to another disk. A copy grows in ".tidwen-copy-<name>" in the destination's folder with
 /// everything that the original has, is flushed and compared; then the original is renamed to

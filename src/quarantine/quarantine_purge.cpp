@@ -4,6 +4,7 @@
 #include "base/text.h"
 #include "base/uuid.h"
 #include "operations/admin_batch.h"
+#include "quarantine/interrupted_return.h"
 #include "quarantine/quarantine_layout.h"
 #include "scan/policy/path_policy.h"
 
@@ -34,6 +35,8 @@ std::optional<Message> QuarantinePurge::Failure::describe() const {
         return Message{blockedBySafetyPolicyKey};
     case Kind::unsettled:
         return Message{"failure.purge.unsettled"};
+    case Kind::undoCutOff:
+        return Message{"failure.purge.undoCutOff %@", {text}};
     case Kind::elevatedDeleteFailed:
         return noScript ? *noScript
                         : Message{"%@", {text}}; // the tool's own words, which no language file can know
@@ -88,9 +91,13 @@ std::optional<QuarantinePurge::Failure> QuarantinePurge::validate(const Path& fo
         return refuse(Failure::Kind::notAQuarantineFolder, folder);
     // A manifest that can be read says that the run has ended, whatever lies beside it: its journal may be
     // there still because nobody could delete it.
-    if (files_.exists(path / journalFileName) && !readManifest(path, files_))
-        return refuse(Failure::Kind::unsettled, folder);
+    const auto manifest = readManifest(path, files_);
+    if (files_.exists(path / journalFileName) && !manifest) return refuse(Failure::Kind::unsettled, folder);
     if (!files_.exists(path / manifestFileName)) return refuse(Failure::Kind::notAQuarantineFolder, folder);
+    // Without the run nobody would know of the copy any more.
+    if (manifest)
+        if (const auto returns = InterruptedReturns(files_).of(manifest->entries); !returns.empty())
+            return refuse(Failure::Kind::undoCutOff, returns.front().copy);
     return std::nullopt;
 }
 

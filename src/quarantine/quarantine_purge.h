@@ -20,7 +20,8 @@ class QuarantinePurge {
         enum class Kind {
             notAQuarantineFolder,
             escapesThroughSymlink,
-            unsettled, ///< its journal is there and no manifest that says it has ended
+            unsettled,  ///< its journal is there and no manifest that says it has ended
+            undoCutOff, ///< a copy that an undo did not finish lies beside an old place
             elevatedDeleteFailed,
             authorizationCancelled
         };

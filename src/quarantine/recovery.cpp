@@ -1,11 +1,14 @@
 #include "quarantine/recovery.h"
 
+#include "platform/budgeted_files.h"
 #include "posix/copied_bytes.h"
 #include "quarantine/interrupted_move.h"
+#include "quarantine/interrupted_return.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/run_documents.h"
 
 #include <algorithm>
+#include <set>
 
 namespace tidwen {
 
@@ -20,16 +23,29 @@ class Recovery {
         : policy_(user, files), files_(files), clock_(clock), log_(log) {}
 
     void lookAt(const Path& root) {
-        if (dropEmptyRun(root, files_) || !files_.exists(root / journalFileName)) return;
+        if (dropEmptyRun(root, files_)) return;
+        if (!files_.exists(root / journalFileName)) {
+            if (const auto ended = readManifest(root, budgeted_)) settleReturns(ended->entries);
+            return;
+        }
         const auto journal = readJournal(root, files_);
         if (auto manifest = readManifest(root, files_))
             return journal ? dropJournal(*journal, std::move(*manifest)) : void();
         if (journal) return recover(*journal);
         log_.warning("Unreadable removal journal at {}: {}", root.string(), journal.error().detail);
-        outcome.unfinished.push_back({.root = root, .problem = Problem::unreadableJournal});
+        outcome_.unfinished.push_back({.root = root, .problem = Problem::unreadableJournal});
     }
 
-    RecoveryOutcome outcome;
+    /// Of two runs that took items of one place, only one may know the original of a copy.
+    RecoveryOutcome finish() {
+        std::set<Path> strays;
+        for (const auto& found : unsettledReturns_)
+            if (files_.exists(found.copy)) strays.insert(found.copy);
+        for (const auto& copy : strays)
+            log_.warning("A copy that an undo began stays: {}", copy.string());
+        outcome_.strayCopies.assign(strays.begin(), strays.end());
+        return std::move(outcome_);
+    }
 
   private:
     void recover(const RemovalJournal& journal) {
@@ -37,20 +53,20 @@ class Recovery {
         settle(journal);
         auto run = readRunWithoutManifest(root, files_);
         if (!run || !run->known) { // changed under our hands
-            outcome.unfinished.push_back({.root = root});
+            outcome_.unfinished.push_back({.root = root});
         } else if (run->problem == Problem::unsettled) {
             for (const auto& item : run->unsettled)
                 log_.warning("Interrupted removal {} keeps its journal for {}", root.string(), item);
-            outcome.unfinished.push_back(std::move(*run));
-        } else if (auto manifest = *run->known; finish(manifest)) {
-            const auto before = outcome.missing.size();
+            outcome_.unfinished.push_back(std::move(*run));
+        } else if (auto manifest = *run->known; write(manifest)) {
+            const auto before = outcome_.missing.size();
             for (const auto& entry : manifest.entries)
-                if (entry.isMissing) outcome.missing.push_back(entry.source);
+                if (entry.isMissing) outcome_.missing.push_back(entry.source);
             log_.info("Recovered interrupted removal: {}/{} planned entries observed in quarantine",
-                      manifest.entries.size() - (outcome.missing.size() - before), journal.planned.size());
-            outcome.recovered.push_back(std::move(manifest));
+                      manifest.entries.size() - (outcome_.missing.size() - before), journal.planned.size());
+            outcome_.recovered.push_back(std::move(manifest));
         } else {
-            outcome.unfinished.push_back(std::move(*run));
+            outcome_.unfinished.push_back(std::move(*run));
         }
     }
 
@@ -64,10 +80,10 @@ class Recovery {
         for (auto* found : {&seen.entries, &seen.missing})
             for (auto& entry : *found) {
                 if (isKnown(entry, manifest)) continue;
-                if (entry.isMissing) outcome.missing.push_back(entry.source);
+                if (entry.isMissing) outcome_.missing.push_back(entry.source);
                 manifest.entries.push_back(std::move(entry));
             }
-        if (manifest.entries.size() > known) return void(finish(manifest));
+        if (manifest.entries.size() > known) return void(write(manifest));
         (void)files_.removeFile(journal.quarantineRoot / journalFileName);
         dropUnfinishedDocuments(journal.quarantineRoot, files_);
     }
@@ -81,9 +97,27 @@ class Recovery {
 
     void settle(const RemovalJournal& journal) {
         settleInterruptedMoves(journal.planned, StrayWrites::getAName, files_, policy_);
+        settleReturns(journal.planned);
     }
 
-    bool finish(Manifest& manifest) {
+    void settleReturns(const std::vector<ManifestEntry>& entries) {
+        for (const auto& entry : entries)
+            if (settleArrived(entry, files_, policy_)) tellSettled(Path(entry.source));
+        for (auto& found : returns_.of(entries)) {
+            if (!files_.exists(found.copy)) continue;
+            if (tidwen::settle(found, files_, policy_))
+                tellSettled(found.to);
+            else
+                unsettledReturns_.push_back(std::move(found));
+        }
+    }
+
+    void tellSettled(const Path& place) {
+        log_.info("Settled an undo that was cut off on the way to {}", place.string());
+        outcome_.settledReturns.push_back(place);
+    }
+
+    bool write(Manifest& manifest) {
         manifest.recoveredAt = clock_.now();
         const Path& root = manifest.quarantineRoot;
         const auto written = finishRun(manifest, files_);
@@ -97,8 +131,12 @@ class Recovery {
 
     const PathPolicy policy_;
     FileSystem& files_;
+    const BudgetedFiles budgeted_{files_}; ///< for runs that ended, of which there may be any number
     const Clock& clock_;
     Log& log_;
+    InterruptedReturns returns_{files_};
+    std::vector<InterruptedReturn> unsettledReturns_;
+    RecoveryOutcome outcome_;
 };
 
 } // namespace
@@ -121,7 +159,7 @@ RecoveryOutcome recoverInterruptedRemovals(const UserEnvironment& user, FileSyst
         });
         recovery.lookAt(root);
     }
-    return std::move(recovery.outcome);
+    return recovery.finish();
 }
 
 } // namespace tidwen

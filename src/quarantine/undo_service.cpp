@@ -8,6 +8,7 @@
 #include "posix/copied_bytes.h"
 #include "quarantine/history.h"
 #include "quarantine/interrupted_move.h"
+#include "quarantine/interrupted_return.h"
 #include "quarantine/item_names.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/restore_order.h"
@@ -407,10 +408,17 @@ tl::expected<UndoReport, Message> UndoService::undoRun(const Path& root, const I
     const auto lock = lockTrash(user_, ports_.files);
     if (!lock) return tl::unexpected(describeNotBegun(lock.error(), ports_.texts));
     return whatIsLeft(root, Settling::done).map([&](const Manifest& manifest) {
+        dropBegunCopies(manifest);
         auto report = undo(manifest, items, control);
         if (!readManifest(root, ports_.files)) finishInterruptedRun(manifest);
         return report;
     });
+}
+
+void UndoService::dropBegunCopies(const Manifest& manifest) const {
+    const PathPolicy policy(user_, ports_.files);
+    for (const auto& found : InterruptedReturns(ports_.files).of(manifest.entries))
+        if (ports_.files.exists(found.from)) (void)settle(found, ports_.files, policy);
 }
 
 void UndoService::finishInterruptedRun(Manifest known) const {

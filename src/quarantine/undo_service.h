@@ -81,6 +81,8 @@ class UndoService {
   private:
     enum class Settling { done, leftOut };
     tl::expected<Manifest, Message> whatIsLeft(const Path& root, Settling settling) const;
+    /// An earlier undo that was cut off may have begun copies beside places that this one does not take.
+    void dropBegunCopies(const Manifest& manifest) const;
     /// Gives a run that was cut off its manifest, once nothing of it is unsettled.
     void finishInterruptedRun(Manifest known) const;
 

@@ -365,6 +365,7 @@ TEST(SettleInterruptedMove, RemovesOnlyWhatIsSafeElsewhere) {
         {"nothing began", "ab", "", "", "", "ok", "ab", "", "", ""},
         {"all is done", "", "", "", "ab", "ok", "", "", "", "ab"},
         {"copying", "ab", "a", "", "", "ok", "ab", "", "", ""},
+        {"copying, and somebody took the destination", "ab", "a", "", "x", "ok", "ab", "", "", "x"},
         {"set aside", "", "ab", "ab", "", "ok", "", "", "", "ab"},
         {"in place", "", "", "ab", "ab", "ok", "", "", "", "ab"},
         {"half removed", "", "", "b", "ab", "ok", "", "", "", "ab"},

@@ -2,6 +2,7 @@
 #include "quarantine/entries.h"
 #include "quarantine/history.h"
 #include "quarantine/quarantine_layout.h"
+#include "quarantine/quarantine_purge.h"
 #include "quarantine/recovery.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
@@ -10,6 +11,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <tuple>
 
@@ -281,6 +283,64 @@ TEST_F(Recovery, NamesItemsThatAreNowhere) {
     fs::remove(volume.host(taken));
     volume.write(*journal.planned[0].destination, "");
     EXPECT_EQ(entry().pendingMoves, 2) << "somebody brought it back into quarantine";
+}
+
+TEST_F(Recovery, SettlesWhatAnUndoBetweenDisksLeftBesideTheOldPlace) {
+    const std::string place = "/Library/Caches/a.db", copy = "/Library/Caches/.tidwen-copy-a.db",
+                      beside = "/Library/Caches/.tidwen-copy-a 7.db";
+    const auto entry = moveEntry(1, root, place);
+    const std::string item = *entry.destination, aside = (root / "0001/.tidwen-moved-a.db").string();
+    using Files = std::map<std::string, std::string>;
+    const struct {
+        const char* what;
+        Files given, then;
+        bool isStray = false;
+    } cases[] = {
+        {"half a copy", {{item, "whole"}, {copy, "who"}}, {{item, "whole"}}},
+        {"for a name beside", {{item, "whole"}, {beside, "who"}}, {{item, "whole"}}},
+        {"its place was taken since",
+         {{item, "whole"}, {copy, "who"}, {place, "new"}},
+         {{item, "whole"}, {place, "new"}}},
+        {"whole, the original aside", {{aside, "whole"}, {copy, "whole"}}, {{place, "whole"}}},
+        {"half, the original aside", {{aside, "whole"}, {copy, "who"}}, {{item, "whole"}}},
+        {"arrived, the original aside", {{aside, "whole"}, {place, "whole"}}, {{place, "whole"}}},
+        {"the original was taken", {{copy, "who"}}, {{copy, "who"}}, true},
+        {"more than the original", {{item, "w"}, {copy, "who"}}, {{item, "w"}, {copy, "who"}}, true},
+    };
+    const auto present = [&] {
+        Files found;
+        for (const auto& path : {place, copy, beside, item, aside})
+            if (volume.exists(path)) found[path] = volume.read(path);
+        return found;
+    };
+    QuarantinePurge purge(volume.files(), alice(), {}, log);
+    for (const auto& c : cases)
+        for (const bool hasEnded : {true, false}) {
+            SCOPED_TRACE(c.what);
+            for (const auto& [path, content] : c.given) {
+                volume.write(path, content);
+                fs::last_write_time(volume.host(path), fs::file_time_type());
+            }
+            const Manifest manifest{.createdAt = runDate, .quarantineRoot = root, .entries = {entry}};
+            const RemovalJournal journal{.createdAt = runDate, .quarantineRoot = root, .planned = {entry}};
+            if (hasEnded) {
+                ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
+                if (c.given.contains(copy) || c.given.contains(beside)) {
+                    const auto refused = purge.purge({root});
+                    ASSERT_FALSE(refused);
+                    EXPECT_EQ(refused.error().kind, QuarantinePurge::Failure::Kind::undoCutOff);
+                }
+            } else {
+                ASSERT_TRUE(writeJournal(journal, root / journalFileName, volume.files()));
+            }
+            const auto outcome = recoverAll();
+            EXPECT_EQ(present(), c.then);
+            EXPECT_EQ(outcome.settledReturns.size(), c.isStray ? 0u : 1u);
+            EXPECT_EQ(outcome.strayCopies, c.isStray ? std::vector{Path(copy)} : std::vector<Path>());
+            EXPECT_EQ(purge.purge({root}).has_value(), !c.isStray);
+            for (const auto& path : {root.string(), place, copy})
+                fs::remove_all(volume.host(path));
+        }
 }
 
 TEST_F(Recovery, HistoryCountsWhatIsLeft) {

@@ -38,7 +38,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     // A removal that another process is at work on is not cut off. Without a Trash there is nothing to lock.
     if (system.files.exists(system.user.trash())) lock = lockTrash(system.user, system.files);
     if (!lock) return refuseWithoutLock(context, lock.error());
-    const auto [recovered, unfinished, missing] = recoverInterruptedRemovals(
+    const auto [recovered, unfinished, missing, settled, strays] = recoverInterruptedRemovals(
         system.user, system.files, system.clock, system.log, {.onStep = [&](const StepProgress& step) {
             context.console.progress(
                 labels::progress(context.text("cli.progress.recovering"), step, context.texts));
@@ -47,7 +47,10 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     if (context.arguments.json) {
         context.console.document(json::document(recovered));
     } else {
-        if (recovered.empty() && unfinished.empty()) context.console.line(context.text("cli.recover.none"));
+        if (recovered.empty() && unfinished.empty() && settled.empty() && strays.empty())
+            context.console.line(context.text("cli.recover.none"));
+        for (const auto& place : settled)
+            context.console.line(context.text("cli.recover.settled %@", {place.string()}));
         for (const auto& manifest : recovered)
             print(manifest, context, mac);
     }
@@ -56,7 +59,11 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     if (!missing.empty()) context.complain({"cli.recover.missing"});
     for (const auto& item : missing)
         context.console.complain("  " + item);
-    return unfinished.empty() && missing.empty() ? ExitStatus::done : ExitStatus::someFailed;
+    if (!strays.empty()) context.complain({"cli.recover.strayCopies"});
+    for (const auto& copy : strays)
+        context.console.complain("  " + copy.string());
+    return unfinished.empty() && missing.empty() && strays.empty() ? ExitStatus::done
+                                                                   : ExitStatus::someFailed;
 }
 
 } // namespace

@@ -45,9 +45,14 @@ TEST_P(Kill, ARecoveryCutOffAnywhereIsMadeAgain) {
 }
 
 TEST_P(Kill, AnUndoCutOffAnywhereIsFinishedByTheNext) {
-    sweep("killed undo", [](const FaultyVolume& volume, const Fault& kill) {
+    sweep("killed undo", [recovers = false](const FaultyVolume& volume, const Fault& kill) mutable {
         EXPECT_EQ(volume.remove().exitCode, 0);
         const auto ended = volume.undo(kill);
+        recovers = !recovers;
+        if (ended.killed && recovers) {
+            EXPECT_EQ(volume.recover().exitCode, 0) << ended.hit;
+            EXPECT_EQ(volume.hiddenItems(), Words()) << ended.hit;
+        }
         if (ended.killed) volume.undo(); // says which items were back already
         EXPECT_EQ(volume.changes(), Words()) << ended.hit << ended.output;
         return ended.hit.empty();

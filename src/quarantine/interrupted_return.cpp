@@ -1,0 +1,86 @@
+#include "quarantine/interrupted_return.h"
+
+#include "base/numbered_name.h"
+#include "posix/copied_move.h"
+#include "quarantine/interrupted_move.h"
+
+#include <utility>
+
+namespace tidwen {
+
+namespace {
+
+/// A forged record could ask for any number of names beside its items.
+constexpr int mostNumbersTried = 200'000;
+
+/// More than any application holds.
+constexpr std::size_t mostCompared = 1'000'000;
+
+/// Whether everything in the copy is in the original, of the same kind and no smaller there. Anything else
+/// came from elsewhere, or is what the original has lost since.
+bool canHaveGrownFrom(const Path& original, const Path& copy, const FileSystem& files) {
+    std::vector<std::pair<Path, Path>> left{{original, copy}};
+    for (std::size_t compared = 0; !left.empty(); ++compared) {
+        if (compared == mostCompared) return false;
+        const auto [whole, part] = std::move(left.back());
+        left.pop_back();
+        const auto has = files.info(whole), grew = files.info(part);
+        if (!has || !grew || has->kind != grew->kind) return false;
+        if (has->kind == FileKind::regular && has->size < grew->size) return false;
+        if (has->kind != FileKind::directory) continue;
+        const auto entries = files.list(part);
+        if (!entries) return false;
+        left.reserve(left.size() + entries->size());
+        for (const auto& entry : *entries)
+            left.emplace_back(whole / entry.name, part / entry.name);
+    }
+    return true;
+}
+
+} // namespace
+
+std::vector<InterruptedReturn> InterruptedReturns::of(const std::vector<ManifestEntry>& entries) {
+    std::vector<InterruptedReturn> found;
+    for (const auto& entry : entries) {
+        if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
+        const Path source(entry.source);
+        const auto& copies = copiesIn(source.parent());
+        for (int number = 1; number <= lastNumberTried && !copies.empty(); ++number) {
+            if (number > 1 && ++numbersTried_ > mostNumbersTried) break;
+            const Path to = numberedName(source, number);
+            if (const auto copy = copies.find(growingCopyName(to.lastComponent())); copy != copies.end())
+                found.push_back({Path(*entry.destination), to, source.parent() / *copy});
+        }
+    }
+    return found;
+}
+
+/// By the real folder, so that links do not have one listed any number of times.
+const std::set<std::string>& InterruptedReturns::copiesIn(const Path& folder) {
+    const auto [real, isNewName] = real_.try_emplace(folder, folder);
+    if (isNewName) real->second = files_.resolve(folder).value_or(folder);
+    const auto [copies, isNew] = copies_.try_emplace(real->second);
+    if (isNew)
+        for (const auto& entry : files_.list(real->second).value_or(std::vector<DirectoryEntry>()))
+            if (entry.name.starts_with(growingCopyPrefix)) copies->second.insert(entry.name);
+    return copies->second;
+}
+
+bool settle(const InterruptedReturn& found, FileSystem& files, const PathPolicy& policy) {
+    if (!files.exists(found.copy)) return true;
+    const auto judged = policy.checkMove(found.from, found.to, files);
+    if (!judged) return false;
+    if (!files.isSetAside(found.from) && !canHaveGrownFrom(found.from, found.copy, files)) return false;
+    (void)files.settleInterruptedMove(judged->source(), judged->destination());
+    return !files.exists(found.copy);
+}
+
+bool settleArrived(const ManifestEntry& move, FileSystem& files, const PathPolicy& policy) {
+    if (move.kind != ManifestEntryKind::move || !move.destination) return false;
+    const Path from(*move.destination), to(move.source);
+    if (files.exists(from) || !files.isSetAside(from) || !files.exists(to)) return false;
+    (void)settleInterruptedMove(from, to, files, policy);
+    return !files.exists(from) && !files.isSetAside(from);
+}
+
+} // namespace tidwen
