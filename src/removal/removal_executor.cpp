@@ -50,6 +50,16 @@ class ObservedResults {
         return results;
     }
 
+    /// What was moved and lies nowhere now cannot be put back, whatever was true a moment ago.
+    void failWhatVanished(std::vector<OperationResult>& results, const Message& reason) const {
+        for (auto& result : results) {
+            const auto* operation = result.succeeded ? find(result.operationID) : nullptr;
+            const auto* move = operation ? std::get_if<operation::Move>(&operation->kind) : nullptr;
+            if (move && isMissing(files_, move->destination))
+                result = OperationResult::failure(result.operationID, reason);
+        }
+    }
+
     /// A move whose shell overran its time, and which may still be made.
     bool mayStillHappen(const OperationResult& result) const {
         const auto* operation = find(result.operationID);
@@ -119,26 +129,6 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
     return report;
 }
 
-/// Somebody moved or deleted it, and the journal that lies in it tells where it is now. A manifest would only
-/// make a second folder of the name.
-bool RemovalExecutor::hasLostItsFolder(const RemovalJournal& journal) const {
-    return isMissing(ports_.files, journal.quarantineRoot / journalFileName);
-}
-
-/// What was moved and lies nowhere now cannot be put back, whatever was true a moment ago.
-void RemovalExecutor::failWhatVanished(const RemovalJournal& journal, RemovalReport& report) const {
-    const bool isFolderGone = hasLostItsFolder(journal);
-    std::map<int, const operation::Move*> moves;
-    for (const auto& each : report.operations)
-        if (const auto* move = std::get_if<operation::Move>(&each.kind)) moves.emplace(each.id, move);
-    for (auto& result : report.results) {
-        const auto move = result.succeeded ? moves.find(result.operationID) : moves.end();
-        if (move == moves.end() || !isMissing(ports_.files, move->second->destination)) continue;
-        result = OperationResult::failure(result.operationID,
-                                          {isFolderGone ? quarantineGoneKey : "failure.notInQuarantine"});
-    }
-}
-
 /// Why the run's journal stays in place of a manifest; recovery looks at it again.
 std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal, RemovalReport& report) const {
     const auto& root = journal.quarantineRoot;
@@ -152,8 +142,11 @@ std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal, 
 
     const ObservedResults observed(report.operations, ports_.files);
     const auto done = observed.of(report.results);
-    failWhatVanished(journal, report);
-    if (hasLostItsFolder(journal)) {
+    // Somebody moved or deleted the folder, and the journal that lies in it tells where it is now. A manifest
+    // would only make a second folder of the name.
+    const bool isFolderGone = isMissing(ports_.files, root / journalFileName);
+    observed.failWhatVanished(report.results, {isFolderGone ? quarantineGoneKey : "failure.notInQuarantine"});
+    if (isFolderGone) {
         ports_.log.error("The quarantine folder {} went away during the run, and its journal with it",
                          root.string());
         return Message{"failure.quarantineGone %@", {root.string()}};

@@ -34,8 +34,6 @@ class RemovalExecutor {
                                       RemovalMode mode, Timestamp date, const StepControl& control = {});
 
   private:
-    bool hasLostItsFolder(const RemovalJournal& journal) const;
-    void failWhatVanished(const RemovalJournal& journal, RemovalReport& report) const;
     std::optional<Message> conclude(const RemovalJournal& journal, RemovalReport& report) const;
 
     Ports ports_;
