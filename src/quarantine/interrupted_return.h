@@ -32,8 +32,8 @@ class InterruptedReturns {
     const std::set<std::string>& copiesIn(const Path& folder);
 
     const FileSystem& files_;
-    std::map<Path, Path> real_;                        ///< by the folder as records have it
-    std::map<Path, std::set<std::string>> copies_;     ///< names in a real folder
+    std::map<Path, Path> real_;                    ///< by the folder as records have it
+    std::map<Path, std::set<std::string>> copies_; ///< names in a real folder
     int numbersTried_ = 0;
 };
 

@@ -139,8 +139,8 @@ template<class Document>
 tl::expected<InPlace<Document>, DocumentError> asItLies(Document document, const Path& root,
                                                         const FileSystem& files) {
     if (document.quarantineRoot != root && pathKey(document.quarantineRoot) != pathKey(root))
-        return tl::unexpected(
-            DocumentError{DocumentError::Kind::malformed, "quarantineRoot names another folder"});
+        return tl::unexpected(DocumentError{.detail = "quarantineRoot names another folder",
+                                            .otherRoot = document.quarantineRoot});
     ItemNames names(files);
     const ReadBudget* budget = BudgetedFiles::budgetOf(files);
     std::vector<bool> areThere;

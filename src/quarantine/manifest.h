@@ -71,7 +71,8 @@ struct DocumentError {
     enum class Kind { file, malformed };
     Kind kind = Kind::malformed;
     std::string detail;
-    bool isLeftOut = false; ///< not read, because the run of the reader has read too much already
+    bool isLeftOut = false;             ///< not read, because the run of the reader has read too much already
+    std::optional<Path> otherRoot = {}; ///< the folder that the document is of, when it is whole otherwise
 };
 
 /// The reversible steps among `operations`; with `results`, only those that succeeded.

@@ -33,8 +33,10 @@ class Recovery {
             return journal ? dropJournal(*journal, std::move(*manifest)) : void();
         if (journal) return recover(*journal);
         log_.warning("Unreadable removal journal at {}: {}", root.string(), journal.error().detail);
-        outcome_.unfinished.push_back({.root = root, .problem = Problem::unreadableJournal});
+        if (auto run = readRunWithoutManifest(root, files_)) outcome_.unfinished.push_back(std::move(*run));
     }
+
+    void leaveOut(const Path& root) { outcome_.notBegun.push_back(root); }
 
     /// Of two runs that took items of one place, only one may know the original of a copy.
     RecoveryOutcome finish() {
@@ -149,8 +151,12 @@ RecoveryOutcome recoverInterruptedRemovals(const UserEnvironment& user, FileSyst
         return {};
     }
     Recovery recovery(user, files, clock, log);
-    for (std::size_t i = 0; i < folders->size() && !control.isStopped(); ++i) {
+    for (std::size_t i = 0; i < folders->size(); ++i) {
         const auto& root = (*folders)[i];
+        if (control.isStopped()) {
+            recovery.leaveOut(root);
+            continue;
+        }
         StepProgress progress{i + 1, folders->size(), "recover", root.string()};
         control.tell(progress);
         const CopiedBytes copied([&](std::uint64_t bytes) {

@@ -15,6 +15,7 @@ struct RecoveryOutcome {
     std::vector<UnfinishedRun> unfinished; ///< their journals stay, for the next time and for an undo
     /// Old places of items that are nowhere any more; the manifests of their runs keep them.
     std::vector<std::string> missing = {};
+    std::vector<Path> notBegun = {};       ///< quarantine folders before which it was told to stop
     std::vector<Path> settledReturns = {}; ///< on the way to which an undo was cut off
     std::vector<Path> strayCopies = {};    ///< that an undo began, and whose originals are not whole any more
 };

@@ -392,9 +392,8 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settli
         if (known.entries.empty()) return tl::unexpected(nothingLeft);
         return known;
     }
-    const bool isThere = readUnfinishedRun(root, ports_.files).has_value();
-    return tl::unexpected(isThere ? Message{"history.undo.unreadable %@", {root.lastComponent()}}
-                                  : nothingLeft);
+    const auto unreadable = readUnfinishedRun(root, ports_.files);
+    return tl::unexpected(unreadable ? unreadable->whyNoUndo(ports_.texts) : nothingLeft);
 }
 
 tl::expected<UndoPlan, Message> UndoService::planRun(const Path& root, const ItemChoice& items) {

@@ -26,6 +26,14 @@ UnfinishedRun fromJournal(const Path& root, RemovalJournal journal, const FileSy
     return run;
 }
 
+UnfinishedRun unreadable(const Path& root, Problem problem, const DocumentError& error,
+                         const FileSystem& files) {
+    return {.root = root,
+            .problem = problem,
+            .recordOf = error.otherRoot,
+            .isCopy = error.otherRoot && files.exists(*error.otherRoot)};
+}
+
 } // namespace
 
 std::string_view name(Problem problem) {
@@ -35,7 +43,14 @@ std::string_view name(Problem problem) {
 }
 
 Message UnfinishedRun::advice() const {
+    if (recordOf)
+        return {isCopy ? "history.unfinished.copied %@" : "history.unfinished.renamed %@",
+                {recordOf->string()}};
     return {"history.unfinished." + std::string(name(problem)), {}};
+}
+
+Message UnfinishedRun::whyNoUndo(const Texts& texts) const {
+    return {"history.undo.unreadable %@ %@", {root.lastComponent(), texts.text(advice())}};
 }
 
 std::optional<UnfinishedRun> readUnfinishedRun(const Path& root, const FileSystem& files) {
@@ -47,9 +62,10 @@ std::optional<UnfinishedRun> readRunWithoutManifest(const Path& root, const File
     auto journal = readJournal(root, files);
     if (journal) return fromJournal(root, std::move(*journal), files);
     if (files.exists(root / manifestFileName))
-        return UnfinishedRun{.root = root, .problem = Problem::unreadableManifest};
+        if (const auto manifest = readManifest(root, files); !manifest)
+            return unreadable(root, Problem::unreadableManifest, manifest.error(), files);
     if (!files.exists(root / journalFileName)) return std::nullopt;
-    return UnfinishedRun{.root = root, .problem = Problem::unreadableJournal};
+    return unreadable(root, Problem::unreadableJournal, journal.error(), files);
 }
 
 } // namespace tidwen

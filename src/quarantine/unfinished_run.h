@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/message.h"
+#include "base/texts.h"
 #include "quarantine/manifest.h"
 
 #include <optional>
@@ -23,9 +24,14 @@ struct UnfinishedRun {
     /// What of it can be undone now, by its journal, and what is missing; absent when that cannot be read.
     std::optional<Manifest> known = {};
     std::vector<std::string> unsettled = {}; ///< the old places of items that are at neither place
+    /// The folder that its record is of, when that is another one: this one was copied or renamed.
+    std::optional<Path> recordOf = {};
+    bool isCopy = false; ///< `recordOf` is there, too
 
     /// What the user can do about it.
     Message advice() const;
+    /// Why it cannot be undone when nothing of it is known.
+    Message whyNoUndo(const Texts& texts) const;
     friend bool operator==(const UnfinishedRun&, const UnfinishedRun&) = default;
 };
 

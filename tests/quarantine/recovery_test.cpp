@@ -119,13 +119,20 @@ TEST_F(Recovery, HistoryAlsoTellsOfRunsThatAreNoEntries) {
     volume.write((folder("Damaged") / manifestFileName).string(), "{");
     volume.write((folder("Cut") / journalFileName).string(), "{");
     volume.makeFolder(folder("Nothing").string());
+    // Under other names than their records have.
+    ASSERT_TRUE(writeManifest({.quarantineRoot = folder("Away")}, folder("Moved") / manifestFileName,
+                              volume.files()));
+    fs::copy(volume.host(root.string()), volume.host(folder("Notes copy").string()));
     const auto runs = loadPastRuns(alice(), volume.files(), false).unfinished;
     EXPECT_THAT(eachOf(runs, [](const auto& run) { return run.root.lastComponent(); }),
-                ElementsAre("Tidwen - Cut", "Tidwen - Damaged", "Tidwen - Notes"));
+                ElementsAre("Tidwen - Cut", "Tidwen - Damaged", "Tidwen - Moved", "Tidwen - Notes",
+                            "Tidwen - Notes copy"));
     EXPECT_THAT(eachOf(runs, [](const auto& run) { return run.advice().key; }),
                 ElementsAre("history.unfinished.unreadableJournal", "history.unfinished.unreadableManifest",
-                            "history.unfinished.interrupted"));
-    EXPECT_EQ(runs[2].known->apps.front().name, "Notes");
+                            "history.unfinished.renamed %@", "history.unfinished.interrupted",
+                            "history.unfinished.copied %@"));
+    EXPECT_EQ(runs[2].recordOf, folder("Away"));
+    EXPECT_EQ(runs[3].known->apps.front().name, "Notes");
 }
 
 TEST_F(Recovery, LeavesEverythingElseAlone) {
@@ -283,6 +290,20 @@ TEST_F(Recovery, NamesItemsThatAreNowhere) {
     fs::remove(volume.host(taken));
     volume.write(*journal.planned[0].destination, "");
     EXPECT_EQ(entry().pendingMoves, 2) << "somebody brought it back into quarantine";
+}
+
+TEST_F(Recovery, LeavesTheFoldersBeforeWhichItIsToldToStop) {
+    for (const auto* name : {"A", "B"}) {
+        const RemovalJournal journal{.createdAt = runDate, .quarantineRoot = folder(name)};
+        ASSERT_TRUE(writeJournal(journal, folder(name) / journalFileName, volume.files()));
+    }
+    StopSource stop;
+    const auto outcome =
+        recoverInterruptedRemovals(alice(), volume.files(), FixedClock(), log,
+                                   {stop.token(), [&](const StepProgress&) { stop.requestStop(); }});
+    EXPECT_EQ(outcome.recovered.size(), 1u);
+    EXPECT_THAT(outcome.notBegun, ElementsAre(folder("B")));
+    EXPECT_EQ(recover().size(), 1u);
 }
 
 TEST_F(Recovery, SettlesWhatAnUndoBetweenDisksLeftBesideTheOldPlace) {

@@ -161,7 +161,7 @@ TEST_F(Undo, TakesTheJournalOfARunThatHasNoManifest) {
 
     EXPECT_TRUE(volume.files().removeFile(root / manifestFileName));
     volume.write((root / journalFileName).string(), "{");
-    EXPECT_EQ(service.undoRun(root).error().key, "history.undo.unreadable %@");
+    EXPECT_EQ(service.undoRun(root).error().key, "history.undo.unreadable %@ %@");
 }
 
 TEST_F(Undo, FindsWhatAnotherDiskSpelledOtherwise) {

@@ -19,7 +19,7 @@ std::string state(const RemovalHistoryEntry& entry, const CommandContext& contex
     const auto items = [&] {
         switch (entry.items()) {
         case RemovalHistoryEntry::Items::none:
-            return context.text("cli.history.nothing");
+            return context.text(entry.manifest.recoveredAt ? "cli.history.nothing" : "cli.history.allStayed");
         case RemovalHistoryEntry::Items::inQuarantine: {
             const auto pending = ofAll("cli.history.pending %lld %lld", entry.pendingMoves);
             if (entry.missingMoves == 0) return pending;
@@ -77,10 +77,7 @@ void print(const std::vector<RunItem>& items, const CommandContext& context) {
 ExitStatus show(const TerminalHistory& runs, const std::string& word, const CommandContext& context,
                 const FileSystem& files) {
     const auto root = runs.find(word);
-    if (!root) {
-        mentionInterruptedRuns(context, runs);
-        return context.refuse(root.error());
-    }
+    if (!root) return refuseUnknownRun(context, runs, root.error());
     const auto& unfinished = runs.unfinishedRuns();
     const auto run = std::ranges::find(unfinished, *root, &UnfinishedRun::root);
     if (run != unfinished.end()) {

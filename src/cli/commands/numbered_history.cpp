@@ -19,10 +19,26 @@ std::optional<std::string> undoCommandLine(const Path& root, const CommandContex
     return context.commandLine({"undo", root.lastComponent()});
 }
 
+namespace {
+
+std::optional<Message> whyUnreadable(const CommandContext& context, const TerminalHistory& history) {
+    const auto& fault = history.unreadable();
+    if (!fault) return std::nullopt;
+    return Message{"cli.history.unreadable %@ %@",
+                   {fault->path.string(), context.text(failureKey(fault->fault))}};
+}
+
+} // namespace
+
+ExitStatus refuseUnknownRun(const CommandContext& context, const TerminalHistory& history,
+                            const Message& reason) {
+    if (const auto unreadable = whyUnreadable(context, history)) return context.refuse(*unreadable);
+    mentionInterruptedRuns(context, history);
+    return context.refuse(reason);
+}
+
 void mentionInterruptedRuns(const CommandContext& context, const TerminalHistory& history) {
-    if (const auto& fault = history.unreadable())
-        context.complain(
-            {"cli.history.unreadable %@ %@", {fault->path.string(), context.text(failureKey(fault->fault))}});
+    if (const auto unreadable = whyUnreadable(context, history)) context.complain(*unreadable);
     if (history.isAnotherAtWork()) context.complain({"failure.trashBusy"});
     const auto count = std::ranges::count_if(history.unfinishedRuns(), [](const UnfinishedRun& run) {
         // Nothing that `recover` could do anything about is left of the others.

@@ -15,4 +15,9 @@ std::optional<std::string> undoCommandLine(const Path& root, const CommandContex
 /// work, or all of them.
 void mentionInterruptedRuns(const CommandContext& context, const TerminalHistory& history);
 
+/// Refuses a word that means no run, with the reason; with a Trash that cannot be read nobody knows whether
+/// it means one, and that is the reason.
+ExitStatus refuseUnknownRun(const CommandContext& context, const TerminalHistory& history,
+                            const Message& reason);
+
 } // namespace tidwen

@@ -1,13 +1,17 @@
+#include "base/executor.h"
+#include "base/followed_work.h"
 #include "cli/command.h"
 #include "cli/commands/lock_refusal.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/console.h"
+#include "cli/end_signals.h"
 #include "cli/json/output.h"
 #include "cli/labels.h"
 #include "quarantine/recovery.h"
 #include "quarantine/trash_lock.h"
 
-#include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace tidwen {
 
@@ -32,22 +36,44 @@ void complain(const UnfinishedRun& run, const CommandContext& context, const Mac
         context.complain({"cli.undo.hint %@", {*undo}});
 }
 
+/// The first Ctrl-C ends it after the quarantine folder at hand.
+RecoveryOutcome recover(const CommandContext& context, const System& system) {
+    MainQueue main;
+    FollowedWork::Progress progress;
+    FollowedWork work(main, progress);
+    const auto steps = progress.observe([&](const auto& step) {
+        if (step)
+            context.console.progress(
+                labels::progress(context.text("cli.progress.recovering"), *step, context.texts));
+    });
+    std::optional<RecoveryOutcome> outcome;
+    const EndSignals signals(main, [&] {
+        if (outcome) return; // it came too late
+        context.console.complain(context.text("cli.stopping"));
+        work.stop();
+    });
+    WorkQueue background;
+    background.post([&, control = work.begin()] {
+        auto found = recoverInterruptedRemovals(system.user, system.files, system.clock, system.log, control);
+        main.post([&, found = std::move(found)] { outcome = found; });
+    });
+    main.runUntil([&] { return outcome.has_value(); });
+    work.end();
+    context.console.endProgress();
+    return std::move(*outcome);
+}
+
 ExitStatus run(const CommandContext& context, Mac& mac) {
     auto& system = mac.system;
     FileResult<std::unique_ptr<FolderLock>> lock;
     // A removal that another process is at work on is not cut off. Without a Trash there is nothing to lock.
     if (system.files.exists(system.user.trash())) lock = lockTrash(system.user, system.files);
     if (!lock) return refuseWithoutLock(context, lock.error());
-    const auto [recovered, unfinished, missing, settled, strays] = recoverInterruptedRemovals(
-        system.user, system.files, system.clock, system.log, {.onStep = [&](const StepProgress& step) {
-            context.console.progress(
-                labels::progress(context.text("cli.progress.recovering"), step, context.texts));
-        }});
-    context.console.endProgress();
+    const auto [recovered, unfinished, missing, notBegun, settled, strays] = recover(context, system);
     if (context.arguments.json) {
         context.console.document(json::document(recovered));
     } else {
-        if (recovered.empty() && unfinished.empty() && settled.empty() && strays.empty())
+        if (recovered.empty() && unfinished.empty() && settled.empty() && strays.empty() && notBegun.empty())
             context.console.line(context.text("cli.recover.none"));
         for (const auto& place : settled)
             context.console.line(context.text("cli.recover.settled %@", {place.string()}));
@@ -62,8 +88,10 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     if (!strays.empty()) context.complain({"cli.recover.strayCopies"});
     for (const auto& copy : strays)
         context.console.complain("  " + copy.string());
-    return unfinished.empty() && missing.empty() && strays.empty() ? ExitStatus::done
-                                                                   : ExitStatus::someFailed;
+    if (!notBegun.empty()) context.complain({"cli.recover.stopped %lld", {std::to_string(notBegun.size())}});
+    return unfinished.empty() && missing.empty() && strays.empty() && notBegun.empty()
+               ? ExitStatus::done
+               : ExitStatus::someFailed;
 }
 
 } // namespace

@@ -50,10 +50,12 @@ TerminalHistory::await(const std::string& work,
     });
 }
 
-std::optional<Manifest> TerminalHistory::record(const Path& root) const {
+tl::expected<Manifest, Message> TerminalHistory::record(const Path& root) const {
     if (auto manifest = readManifest(root, files_)) return std::move(*manifest);
     const auto run = readUnfinishedRun(root, files_);
-    return run ? run->known : std::nullopt;
+    if (!run) return tl::unexpected(Message{"history.run.unknown %@", {root.lastComponent()}});
+    if (!run->known) return tl::unexpected(run->whyNoUndo(context_.texts));
+    return *run->known;
 }
 
 tl::expected<UndoReport, Message> TerminalHistory::undo(const Path& root, const ItemChoice& items) {

@@ -40,8 +40,9 @@ class TerminalHistory {
     const std::optional<FileError>& unreadable() const { return model_.unreadable.get(); }
     bool isAnotherAtWork() const { return model_.isAnotherAtWork.get(); }
 
-    /// What is known of the run in `root`: its manifest, or by its journal what can be undone now.
-    std::optional<Manifest> record(const Path& root) const;
+    /// What is known of the run in `root`: its manifest, or by its journal what can be undone now. Else why
+    /// nothing is.
+    tl::expected<Manifest, Message> record(const Path& root) const;
 
     /// The reason when nothing was done.
     tl::expected<UndoReport, Message> undo(const Path& root, const ItemChoice& items);

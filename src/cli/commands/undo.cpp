@@ -71,7 +71,7 @@ tl::expected<ItemChoice, Message> choose(const TerminalHistory& history, const P
                                          const std::vector<std::string>& words) {
     if (words.empty()) return ItemChoice();
     const auto record = history.record(root);
-    if (!record) return tl::unexpected(Message{"history.undo.unreadable %@", {root.lastComponent()}});
+    if (!record) return tl::unexpected(record.error());
     return findItems(*record, words);
 }
 
@@ -80,10 +80,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     TerminalHistory history(context, mac);
     history.load(TerminalHistory::Sizes::leftOut);
     const auto root = history.find(words.front());
-    if (!root) {
-        mentionInterruptedRuns(context, history);
-        return context.refuse(root.error());
-    }
+    if (!root) return refuseUnknownRun(context, history, root.error());
     const auto items = choose(history, *root, {words.begin() + 1, words.end()});
     if (!items) return context.refuse(items.error());
     if (context.arguments.has(dryRunOption)) return showPlan(history, *root, *items, context);

@@ -117,8 +117,9 @@ class BadInput(VolumeTest):
         manifest.write_text(manifest.read_text()[:100])
         before = snapshot(self.volume)
         self.assertIn(root.name, self.call("history", status=1).output)
-        for words in (["undo", root.name], ["purge", root.name, "--yes"]):
+        for words in (["undo", root.name], ["undo", root.name, "Kip.app"], ["purge", root.name, "--yes"]):
             self.refuse(*words, saying=root.name)
+            self.refuse(*words, saying="put back by hand")
         self.call("purge", "--all", "--yes", status=1)
         self.assertEqual(snapshot(self.volume), before)
 

@@ -1,10 +1,13 @@
 // Preloaded into a program: lets one of its calls that change the file system below a folder go wrong.
-//   TIDWEN_FAULT_BELOW   the folder
-//   TIDWEN_FAULT_AT      the number of the call, from 1; 0: none
-//   TIDWEN_FAULT         "kill": the program ends there; otherwise the error (a number) that the call fails
-//   with TIDWEN_FAULT_LASTS   set: every later call fails with it too TIDWEN_FAULT_NOTE    file that gets the
-//   name and the place of the call that was hit TIDWEN_NO_EXCLUSIVE_RENAME   the error (a number) that every
-//   rename gets which must not replace anything
+// clang-format off
+//   TIDWEN_FAULT_BELOW          the folder
+//   TIDWEN_FAULT_AT             the number of the call, from 1; 0: none
+//   TIDWEN_FAULT                "kill": the program ends there; "interrupt": Ctrl-C is pressed there; otherwise
+//                               the error (a number) that the call fails with
+//   TIDWEN_FAULT_LASTS          set: every later call fails with it too
+//   TIDWEN_FAULT_NOTE           file that gets the name and the place of the call that was hit
+//   TIDWEN_NO_EXCLUSIVE_RENAME  the error (a number) that every rename gets which must not replace anything
+// clang-format on
 // A write at which the program is killed gets half of its bytes through, as a disk may leave it. Flushes
 // never reach the disk: a killed process loses none of what it wrote, and hundreds of runs would wait for
 // them.
@@ -41,6 +44,7 @@ struct Settings {
     std::string note = variable("TIDWEN_FAULT_NOTE");
     long at = std::atol(variable("TIDWEN_FAULT_AT").c_str());
     bool kills = variable("TIDWEN_FAULT") == "kill";
+    bool interrupts = variable("TIDWEN_FAULT") == "interrupt";
     int error = std::atoi(variable("TIDWEN_FAULT").c_str());
     bool lasts = std::getenv("TIDWEN_FAULT_LASTS");
     int renameError = std::atoi(variable("TIDWEN_NO_EXCLUSIVE_RENAME").c_str());
@@ -93,6 +97,10 @@ bool isHit(const char* call, const std::string& place) {
 bool fails(const char* call, const std::string& place) {
     if (!isHit(call, place)) return false;
     if (settings().kills) end();
+    if (settings().interrupts) {
+        kill(getpid(), SIGINT);
+        return false;
+    }
     errno = settings().error;
     return true;
 }

@@ -17,7 +17,7 @@ using Words = std::vector<std::string>;
 /// What goes wrong in one run of the program (fault_at_call.cpp).
 struct Fault {
     int at = 0;                ///< number of the call that changes the disk, from 1; 0: nothing goes wrong
-    std::string kind = "kill"; ///< or the error, as a number
+    std::string kind = "kill"; ///< "interrupt", or the error, as a number
     bool lasts = false;        ///< every later call fails too, as on a disk that is gone
 };
 

@@ -23,7 +23,7 @@ TEST_P(Kill, ARemovalCutOffAnywhereIsPutBack) {
             EXPECT_EQ(volume.itemsLeft(), Words{"/Users/alice/Library/Logs/keep me.log"});
             return true;
         }
-        const auto recovered = volume.recover();
+        const auto recovered = volume.recover({.at = 1, .kind = "interrupt"}); // and it ends the step at hand
         EXPECT_EQ(recovered.exitCode, 0) << recovered.output;
         const auto undone = volume.undo(); // refused when nothing had moved yet
         EXPECT_NE(undone.exitCode, 1) << undone.output;
