@@ -7,6 +7,8 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
+#include <string>
 #include <vector>
 
 namespace tidwen {
@@ -59,6 +61,11 @@ struct PastRuns {
 /// Runs for which `budget` does not suffice are in neither list; it counts them, too.
 PastRuns loadPastRuns(const UserEnvironment& user, const FileSystem& files, bool includeSizes,
                       const ReadBudget& budget = {});
+
+/// The old places of what lies in quarantine by later runs than this one: they took it, and this one has not
+/// lost it.
+std::set<std::string> heldByLaterRuns(const Manifest& run, const UserEnvironment& user,
+                                      const FileSystem& files);
 
 /// The entries alone.
 std::vector<RemovalHistoryEntry> loadHistory(const UserEnvironment& user, const FileSystem& files,

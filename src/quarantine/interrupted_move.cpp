@@ -54,12 +54,6 @@ Place placeOf(const Path& destination, const FileSystem& files) {
     return item.error().fault == FileFault::missing ? Place::elsewhere : Place::unknown;
 }
 
-/// Both names of one item, of which a move by a hard link has yet to take the old one away.
-bool isOneItem(const Path& a, const Path& b, const FileSystem& files) {
-    const auto first = files.info(a), second = files.info(b);
-    return first && second && first->device == second->device && first->inode == second->inode;
-}
-
 bool isSettled(const ManifestEntry& entry, Place place, Unaccounted& unaccounted, const FileSystem& files) {
     const Path source(entry.source), destination(*entry.destination);
     if (place == Place::unknown || files.isSetAside(source)) return false;
@@ -84,6 +78,11 @@ std::optional<MoveRemains> settled(const Path& from, const Path& to, FileSystem&
 }
 
 } // namespace
+
+bool isOneItem(const Path& a, const Path& b, const FileSystem& files) {
+    const auto first = files.info(a), second = files.info(b);
+    return first && second && first->device == second->device && first->inode == second->inode;
+}
 
 std::optional<MoveRemains> settleInterruptedMove(const Path& from, const Path& to, FileSystem& files,
                                                  const PathPolicy& policy) {

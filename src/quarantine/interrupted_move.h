@@ -25,6 +25,9 @@ enum class StrayWrites {
 void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrites strayWrites,
                             FileSystem& files, const PathPolicy& policy);
 
+/// Whether both are names of one item, of which a move by a hard link has yet to take one away.
+bool isOneItem(const Path& a, const Path& b, const FileSystem& files);
+
 /// What the disk tells of a run's plan.
 struct RunObservation {
     /// What can be undone, in planned order: moves whose item lies in quarantine, and unloaded jobs whose

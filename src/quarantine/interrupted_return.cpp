@@ -78,7 +78,8 @@ bool settle(const InterruptedReturn& found, FileSystem& files, const PathPolicy&
 bool settleArrived(const ManifestEntry& move, FileSystem& files, const PathPolicy& policy) {
     if (move.kind != ManifestEntryKind::move || !move.destination) return false;
     const Path from(*move.destination), to(move.source);
-    if (files.exists(from) || !files.isSetAside(from) || !files.exists(to)) return false;
+    if (!files.exists(to)) return false;
+    if (files.exists(from) ? !isOneItem(from, to, files) : !files.isSetAside(from)) return false;
     (void)settleInterruptedMove(from, to, files, policy);
     return !files.exists(from) && !files.isSetAside(from);
 }

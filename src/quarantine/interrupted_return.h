@@ -42,8 +42,8 @@ class InterruptedReturns {
 /// back into quarantine. What the safety policy would not let move is left alone. True when no copy is left.
 bool settle(const InterruptedReturn& found, FileSystem& files, const PathPolicy& policy);
 
-/// An undo that was cut off at its end left the original aside although the item has arrived: takes away what
-/// is at the old place, too. True when nothing is left of it.
+/// An undo that was cut off at its end left the original aside, or under both its names, although the item
+/// has arrived: takes away what is at the old place, too. True when nothing is left of it.
 bool settleArrived(const ManifestEntry& move, FileSystem& files, const PathPolicy& policy);
 
 } // namespace tidwen

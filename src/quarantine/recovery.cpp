@@ -2,6 +2,7 @@
 
 #include "platform/budgeted_files.h"
 #include "posix/copied_bytes.h"
+#include "quarantine/history.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/interrupted_return.h"
 #include "quarantine/quarantine_layout.h"
@@ -20,7 +21,7 @@ using Problem = UnfinishedRun::Problem;
 class Recovery {
   public:
     Recovery(const UserEnvironment& user, FileSystem& files, const Clock& clock, Log& log)
-        : policy_(user, files), files_(files), clock_(clock), log_(log) {}
+        : user_(user), policy_(user, files), files_(files), clock_(clock), log_(log) {}
 
     void lookAt(const Path& root) {
         if (dropEmptyRun(root, files_)) return;
@@ -54,6 +55,7 @@ class Recovery {
         const Path& root = journal.quarantineRoot;
         settle(journal);
         auto run = readRunWithoutManifest(root, files_);
+        if (run && run->known) forgetWhatOthersHold(*run->known, run->known->entries);
         if (!run || !run->known) { // changed under our hands
             outcome_.unfinished.push_back({.root = root});
         } else if (run->problem == Problem::unsettled) {
@@ -78,6 +80,7 @@ class Recovery {
         settle(journal);
         auto seen = observe(journal.planned, files_);
         if (!seen.unsettled.empty()) return;
+        forgetWhatOthersHold(manifest, seen.missing);
         const auto known = manifest.entries.size();
         for (auto* found : {&seen.entries, &seen.missing})
             for (auto& entry : *found) {
@@ -88,6 +91,14 @@ class Recovery {
         if (manifest.entries.size() > known) return void(write(manifest));
         (void)files_.removeFile(journal.quarantineRoot / journalFileName);
         dropUnfinishedDocuments(journal.quarantineRoot, files_);
+    }
+
+    /// What a later run took was not lost by this one.
+    void forgetWhatOthersHold(const Manifest& run, std::vector<ManifestEntry>& entries) const {
+        if (std::ranges::none_of(entries, &ManifestEntry::isMissing)) return;
+        const auto held = heldByLaterRuns(run, user_, files_);
+        std::erase_if(entries,
+                      [&](const auto& entry) { return entry.isMissing && held.contains(entry.source); });
     }
 
     static bool isKnown(const ManifestEntry& entry, const Manifest& manifest) {
@@ -131,6 +142,7 @@ class Recovery {
         return written.has_value();
     }
 
+    const UserEnvironment& user_;
     const PathPolicy policy_;
     FileSystem& files_;
     const BudgetedFiles budgeted_{files_}; ///< for runs that ended, of which there may be any number

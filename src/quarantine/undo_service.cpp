@@ -177,6 +177,7 @@ class UndoRun {
         if (isMissing(from) && finishEarlierUndo(from, source)) return countRestored(from, source);
         if (isMissing(from)) return fail(entry.source, {moveUnfinishedKey});
 
+        if (finishLinkedReturn(from, source)) return;
         if (mustWait(step)) return fail(entry.source, {outerNotRestoredKey});
         const operation::Move move{
             .source = from, .destination = restoreTarget(source, ports_.files, taken_, nextNumber_[source])};
@@ -264,6 +265,22 @@ class UndoRun {
             const bool isItsOwn =
                 !ports_.files.isSetAside(from) || (remains && remains->fault != FileFault::busy);
             if (!wasThere || isItsOwn) return ports_.files.exists(target);
+        }
+        return false;
+    }
+
+    /// Where the disk has no exclusive rename, an undo that was cut off may have left the item both of its
+    /// names. True when it has only the one it was to get now.
+    bool finishLinkedReturn(const Path& from, const Path& source) {
+        for (int number = 1; number <= lastNumberTried && settleAttempts_ < settleAttemptsPerUndo; ++number) {
+            const Path target = numberedName(source, number);
+            if (!ports_.files.exists(target)) return false;
+            ++settleAttempts_;
+            if (!isOneItem(from, target, ports_.files)) continue;
+            settleInterruptedMove(from, target, ports_.files, policy_);
+            if (!isMissing(from)) return false;
+            countRestored({.source = from, .destination = target}, source);
+            return true;
         }
         return false;
     }

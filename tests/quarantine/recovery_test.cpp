@@ -267,8 +267,14 @@ TEST_F(Recovery, NamesItemsThatAreNowhere) {
     const RemovalJournal journal{.createdAt = runDate,
                                  .quarantineRoot = root,
                                  .planned = {moveEntry(1, root, taken), moveEntry(2, root, maker + "/in it"),
-                                             moveEntry(3, root, maker)}};
+                                             moveEntry(3, root, maker), moveEntry(4, root, "/Library/held")}};
     ASSERT_TRUE(writeJournal(journal, root / journalFileName, volume.files()));
+    const auto later = folder("Taken by the next run");
+    ASSERT_TRUE(writeManifest({.createdAt = runDate + std::chrono::seconds(5),
+                               .quarantineRoot = later,
+                               .entries = {moveEntry(1, later, "/Library/held")}},
+                              later / manifestFileName, volume.files()));
+    volume.write((later / "0001/held").string(), "");
     volume.write((root / "0003/Maker/in it").string(), "went along");
     const auto outcome = recoverAll();
     ASSERT_EQ(outcome.recovered.size(), 1u);

@@ -200,6 +200,25 @@ TEST_F(Undo, TakesAwayWhatAnEarlierOneLeftOfAnItemThatIsBack) {
     });
 }
 
+TEST_F(Undo, TakesAwayTheOldNameThatAnEarlierOneLeft) {
+    const std::string back = "/Users/alice/Library/Caches/back.db";
+    for (const auto& name : {back, std::string("/Users/alice/Library/Caches/back 2.db")}) {
+        SCOPED_TRACE(name);
+        manifest.entries = {moveEntry(1, root, back)};
+        const auto& quarantined = *manifest.entries[0].destination;
+        volume.write(quarantined, "item");
+        volume.write(back, "another");
+        std::filesystem::remove(volume.host(name));
+        std::filesystem::create_hard_link(volume.host(quarantined), volume.host(name));
+        const auto report = undo();
+        EXPECT_EQ(report.restoredCount, 1);
+        EXPECT_EQ(report.renamed, name == back ? std::vector<Path>() : std::vector{Path(name)});
+        EXPECT_FALSE(volume.exists(quarantined));
+        EXPECT_FALSE(volume.exists("/Users/alice/Library/Caches/back 3.db"));
+        EXPECT_EQ(volume.exists("/Users/alice/Library/Caches/back 2.db"), name != back);
+    }
+}
+
 TEST_F(Undo, AForgedManifestDoesNotHoldTheLockForHours) {
     for (int number = 1; number <= 5'000; ++number)
         manifest.entries.push_back(moveEntry(number, root, fmt::format("/Library/Caches/{}", number)));
