@@ -38,7 +38,7 @@ int main(int argc, char** argv) {
             all.push_back(trace.id);
     std::shared_ptr<const Findings> findings;
     const auto ready = bench::secondsOf(3, {[&] { findings = std::make_shared<const Findings>(swept); }});
-    RemovalChoice choice(findings, RemovalSubject::Kind::leftovers, "en");
+    RemovalChoice choice(findings, RemovalSubject::Kind::leftovers);
     const auto seconds = bench::secondsOf(15, {[&] {
                                                    choice.setSelected(all, false);
                                                    choice.setSelected({*all.begin()}, true);

@@ -36,6 +36,17 @@ void printOwners(const BundleCoverage& owners, const CommandContext& context) {
     if (places.size() > mostShown) context.console.line("  …");
 }
 
+void printUnsearchable(const ScanResult& result, const CommandContext& context) {
+    const auto print = [&](const char* title, const char* body, const std::string& word) {
+        context.console.line(context.text(title), Paint::caution);
+        context.console.line(context.text(body, {word}), Paint::faint);
+    };
+    if (result.nameMatchingDisabled)
+        print("review.genericName.title", "review.genericName.body %@", result.target.name);
+    if (result.identifierMatchingDisabled)
+        print("review.noIdentifier.title", "review.noIdentifier.body %@", result.target.bundleID);
+}
+
 void printUnseen(const Unseen& unseen, const CommandContext& context) {
     printOwners(unseen.owners, context);
     printUnreadable(unseen.unreadableLocations, context);

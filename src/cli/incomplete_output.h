@@ -2,6 +2,7 @@
 
 #include "cli/command.h"
 #include "removal/unseen.h"
+#include "scan/matching/scan_result.h"
 
 #include <cstdint>
 #include <vector>
@@ -18,6 +19,9 @@ void printUnreadable(const std::vector<Path>& places, const CommandContext& cont
 
 /// Where the applications may lie whose claims are not known; nothing when all are.
 void printOwners(const BundleCoverage& owners, const CommandContext& context);
+
+/// What of the application was no help in the search, its name or its identifier; nothing when both were.
+void printUnsearchable(const ScanResult& result, const CommandContext& context);
 
 /// What the search before a removal could not look at.
 void printUnseen(const Unseen& unseen, const CommandContext& context);

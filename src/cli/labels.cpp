@@ -28,8 +28,8 @@ std::string reason(const MatchReason& reason, const Texts& texts) {
     return texts.text(key + " %@", {reason.value});
 }
 
-std::string size(std::optional<std::int64_t> bytes, const Texts& texts) {
-    return bytes ? formatByteCount(*bytes, texts.language()) : std::string();
+std::string size(std::optional<std::int64_t> bytes, bool isPartial, const Texts& texts) {
+    return bytes ? sizeText(*bytes, isPartial, texts) : std::string();
 }
 
 std::vector<std::string> badges(const Trace& trace, const Texts& texts) {
@@ -92,19 +92,14 @@ std::string names(const std::vector<AppRecord>& apps) {
     return result;
 }
 
-std::string countAndSize(std::size_t count, std::int64_t bytes, const Texts& texts) {
-    return texts.text("review.header.summary %lld %@", {std::to_string(count), size(bytes, texts)});
+std::string countAndSize(std::size_t count, const ByteSum& sum, const Texts& texts) {
+    const auto number = std::to_string(count);
+    return sum.isKnown ? texts.text("review.header.summary %lld %@", {number, sizeText(sum, texts)})
+                       : texts.text("review.header.count %lld", {number});
 }
 
 std::string countAndSize(const std::vector<Trace>& traces, const Texts& texts) {
-    return countAndSize(traces.size(), totalBytes(traces), texts);
-}
-
-std::int64_t totalBytes(const std::vector<Trace>& traces) {
-    std::int64_t total = 0;
-    for (const auto& trace : traces)
-        total += trace.sizeBytes.value_or(0);
-    return total;
+    return countAndSize(traces.size(), total(traces), texts);
 }
 
 } // namespace tidwen::labels

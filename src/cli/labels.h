@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/byte_sum.h"
 #include "base/step_progress.h"
 #include "base/texts.h"
 #include "cli/console.h"
@@ -18,8 +19,12 @@ namespace tidwen::labels {
 std::string category(TraceCategory category, const Texts& texts);
 Span risk(TraceRisk risk, const Texts& texts);
 std::string reason(const MatchReason& reason, const Texts& texts);
-/// "3.9 MB"; empty when the size is not known.
-std::string size(std::optional<std::int64_t> bytes, const Texts& texts);
+/// "3.9 MB", "over 3.9 MB"; empty when the size is not known.
+std::string size(std::optional<std::int64_t> bytes, bool isPartial, const Texts& texts);
+template<class Record>
+std::string size(const Record& record, const Texts& texts) {
+    return size(record.sizeBytes, record.isSizePartial, texts);
+}
 /// What is special about taking the trace: needs an administrator, is claimed by others, cannot be undone.
 std::vector<std::string> badges(const Trace& trace, const Texts& texts);
 /// "Removing Kip… 3 of 12: move /Users/…": work, the step at hand, and how much of it is copied.
@@ -31,10 +36,17 @@ std::string subject(const RemovalOperation& step);
 /// "Marlin Notes, Kip".
 std::string names(const std::vector<AppRecord>& apps);
 
-/// "12 items, 3.4 MB".
-std::string countAndSize(std::size_t count, std::int64_t bytes, const Texts& texts);
+/// "12 items, 3.4 MB"; "1 item" where nothing was measured.
+std::string countAndSize(std::size_t count, const ByteSum& sum, const Texts& texts);
 std::string countAndSize(const std::vector<Trace>& traces, const Texts& texts);
-/// The sum of the known sizes.
-std::int64_t totalBytes(const std::vector<Trace>& traces);
+
+/// Of the records' known sizes.
+template<class Records>
+ByteSum total(const Records& records) {
+    ByteSum sum;
+    for (const auto& record : records)
+        sum.add(record.sizeBytes, record.isSizePartial);
+    return sum;
+}
 
 } // namespace tidwen::labels

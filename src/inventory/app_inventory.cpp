@@ -105,6 +105,7 @@ void AppInventory::fillInKnown(InstalledApp& app) {
     const auto known = known_.find(app.url);
     if (known == known_.end() || known->second.changed != changed) return;
     app.sizeBytes = known->second.bytes;
+    app.isSizePartial = known->second.isPartial;
     if (known->second.usage)
         app.usage = AppUsage{.evidence = *known->second.usage, .useCount = std::nullopt, .isRunning = false};
 }
@@ -150,8 +151,9 @@ void AppInventory::measure(std::vector<InstalledApp>& apps, const StopToken& sto
         const auto size = ports_.files.treeSize(app.url, bundleEntryLimit, stop);
         if (!size || stop.stopRequested()) return;
         app.sizeBytes = static_cast<std::int64_t>(size->allocatedBytes);
+        app.isSizePartial = size->capped;
         const std::lock_guard lock(mutex_);
-        if (onSize) onSize(app.url, *app.sizeBytes);
+        if (onSize) onSize(app);
     });
     if (!stop.stopRequested()) keepKnown(apps, dates);
 }
@@ -172,7 +174,8 @@ void AppInventory::keepKnown(const std::vector<InstalledApp>& apps, const std::v
     for (std::size_t i = 0; i < apps.size(); ++i)
         found.emplace(apps[i].url,
                       KnownApp{dates[i], apps[i].sizeBytes,
-                               apps[i].usage ? std::optional(apps[i].usage->evidence) : std::nullopt});
+                               apps[i].usage ? std::optional(apps[i].usage->evidence) : std::nullopt,
+                               apps[i].isSizePartial});
     {
         const std::lock_guard lock(mutex_);
         if (found == known_) return;

@@ -32,7 +32,7 @@ class AppInventory {
         const RunningApplications& running;
     };
     using OnApp = std::function<void(const InstalledApp&)>;
-    using OnSize = std::function<void(const Path& url, std::int64_t bytes)>;
+    using OnSize = std::function<void(const InstalledApp&)>;
 
     /// `memory`: where sizes and last use are kept between starts.
     AppInventory(Ports ports, UserEnvironment user, std::optional<KnownAppsFile> memory = std::nullopt)
@@ -51,8 +51,8 @@ class AppInventory {
     /// Folders that the last `build` could not list; they may hold more applications.
     const std::vector<Path>& unreadable() const { return unreadable_; }
 
-    /// Measures the bundles whose size is not known or whose content changed. `onSize` comes from any thread,
-    /// one call at a time. What was found out is kept for the next start.
+    /// Measures the bundles whose size is not known or whose content changed. `onSize` gets each that was
+    /// measured, from any thread, one call at a time. What was found out is kept for the next start.
     void measure(std::vector<InstalledApp>& apps, const StopToken& stop = {}, const OnSize& onSize = {});
 
     /// Which of the applications run now, by identifier.

@@ -179,7 +179,7 @@ std::vector<HomeGroup> arrangeHomeGrid(const std::vector<InstalledApp>& apps, co
         for (const auto& id : groupIDs(app, options, tags, now)) {
             auto& group = byID[id];
             group.apps.push_back(&app);
-            group.bytes += app.sizeBytes.value_or(0);
+            group.size.add(app.sizeBytes, app.isSizePartial);
         }
     }
     std::vector<HomeGroup> groups;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/byte_sum.h"
 #include "base/texts.h"
 #include "base/timestamp.h"
 #include "scan/applications/installed_app.h"
@@ -41,7 +42,7 @@ struct HomeGroup {
     std::string id;    ///< "unused", "public.app-category.games", a tag, or "all"
     std::string title; ///< in the user's language; empty when nothing is grouped
     std::vector<const InstalledApp*> apps;
-    std::int64_t bytes = 0; ///< of the applications whose size is known
+    ByteSum size = {}; ///< of the applications whose size is known
 };
 
 /// Groups without applications are left out. Grouped by tag, an application stands under each of its tags.

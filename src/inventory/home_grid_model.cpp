@@ -17,7 +17,7 @@ struct Listed {
 };
 
 HomeRow heading(const HomeGroup& group) {
-    return {.groupID = group.id, .app = std::nullopt, .count = group.apps.size(), .bytes = group.bytes};
+    return {.groupID = group.id, .app = std::nullopt, .count = group.apps.size(), .size = group.size};
 }
 
 } // namespace
@@ -109,16 +109,14 @@ void HomeGridModel::takeStreamed(std::vector<InstalledApp> found) {
 
 void HomeGridModel::measure() {
     phase.set(Phase::measuring);
-    const auto stream = std::make_shared<BatchedDelivery<Size>>(
-        ports_.main, [this, run = std::weak_ptr(run_)](const std::vector<Size>& sizes) {
-            if (!run.expired()) takeSizes(sizes);
+    const auto stream = std::make_shared<BatchedDelivery<InstalledApp>>(
+        ports_.main, [this, run = std::weak_ptr(run_)](const std::vector<InstalledApp>& measured) {
+            if (!run.expired()) takeSizes(measured);
         });
     inBackground(
         *this, alive_, ports_.background, ports_.main,
         [&inventory = ports_.inventory, stop = stop_.token(), stream, apps = apps_]() mutable {
-            inventory.measure(apps, stop, [&](const Path& url, std::int64_t bytes) {
-                stream->add({url, bytes});
-            });
+            inventory.measure(apps, stop, [&](const InstalledApp& app) { stream->add(app); });
             return true;
         },
         [](HomeGridModel& self, bool) { self.end(Phase::ready); });
@@ -132,12 +130,15 @@ void HomeGridModel::end(Phase reached) {
         done();
 }
 
-void HomeGridModel::takeSizes(const std::vector<Size>& sizes) {
-    std::map<Path, std::int64_t> byPath;
-    for (const auto& size : sizes)
-        byPath.emplace(size.url, size.bytes);
+void HomeGridModel::takeSizes(const std::vector<InstalledApp>& measured) {
+    std::map<Path, const InstalledApp*> byPath;
+    for (const auto& app : measured)
+        byPath.emplace(app.url, &app);
     for (auto& app : apps_)
-        if (const auto size = byPath.find(app.url); size != byPath.end()) app.sizeBytes = size->second;
+        if (const auto found = byPath.find(app.url); found != byPath.end()) {
+            app.sizeBytes = found->second->sizeBytes;
+            app.isSizePartial = found->second->isSizePartial;
+        }
     countInventory();
     updateShown();
 }
@@ -174,19 +175,19 @@ void HomeGridModel::updateShown() {
     std::map<Path, const InstalledApp*> byPath;
     for (const auto& app : apps_)
         byPath.emplace(app.url, &app);
-    std::map<std::string, std::int64_t> bytes;
+    std::map<std::string, ByteSum> sizes;
     for (std::size_t i = 0; i < rows.rows().size(); ++i) {
         auto row = rows.rows()[i];
         const auto app = row.app ? byPath.find(row.app->url) : byPath.end();
         if (app == byPath.end()) continue;
         row.app = *app->second;
-        bytes[row.groupID] += row.app->sizeBytes.value_or(0);
+        sizes[row.groupID].add(row.app->sizeBytes, row.app->isSizePartial);
         rows.update(i, std::move(row));
     }
     for (std::size_t i = 0; i < rows.rows().size(); ++i) {
         auto row = rows.rows()[i];
         if (row.app) continue;
-        row.bytes = bytes[row.groupID];
+        row.size = sizes[row.groupID];
         rows.update(i, std::move(row));
     }
 }
@@ -194,9 +195,9 @@ void HomeGridModel::updateShown() {
 void HomeGridModel::countInventory() {
     auto counted = inventory.get();
     counted.count = apps_.size();
-    counted.bytes = 0;
+    counted.size = {};
     for (const auto& app : apps_)
-        counted.bytes += app.sizeBytes.value_or(0);
+        counted.size.add(app.sizeBytes, app.isSizePartial);
     inventory.set(std::move(counted));
 }
 

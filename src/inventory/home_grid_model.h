@@ -24,8 +24,8 @@ struct HomeRow {
     std::optional<InstalledApp> app; ///< nothing: the heading itself
     bool isProtected = false;
     std::vector<std::string> tags = {};
-    std::size_t count = 0;  ///< of a heading: applications below it
-    std::int64_t bytes = 0; ///< of a heading: their sizes, as far as they are known
+    std::size_t count = 0; ///< of a heading: applications below it
+    ByteSum size = {};     ///< of a heading: their sizes, as far as they are known
 
     std::pair<std::string, std::string> key() const {
         return {groupID, app ? app->url.string() : std::string()};
@@ -58,7 +58,7 @@ class HomeGridModel {
     /// What is there, whatever the filter shows.
     struct Inventory {
         std::size_t count = 0;
-        std::int64_t bytes = 0;            ///< of those whose size is known
+        ByteSum size = {};                 ///< of those whose size is known
         std::vector<Path> unreadable = {}; ///< folders that may hold more
         std::uint64_t leftOut = 0; ///< files and folders that were not read: there is too much to read
         friend bool operator==(const Inventory&, const Inventory&) = default;
@@ -90,16 +90,11 @@ class HomeGridModel {
     const std::vector<InstalledApp>& apps() const { return apps_; }
 
   private:
-    struct Size {
-        Path url;
-        std::int64_t bytes;
-    };
-
     void list();
     void measure();
     void end(Phase reached);
     void takeStreamed(std::vector<InstalledApp> found);
-    void takeSizes(const std::vector<Size>& sizes);
+    void takeSizes(const std::vector<InstalledApp>& measured);
     void updateShown();
     void countInventory();
     void follow();

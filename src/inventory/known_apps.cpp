@@ -38,6 +38,11 @@ std::optional<std::int64_t> countMember(const json& object, const char* key) {
     return count >= 0 ? std::optional(count) : std::nullopt;
 }
 
+bool isSet(const json& object, const char* key) {
+    const auto* value = member(object, key);
+    return value && value->is_boolean() && value->get<bool>();
+}
+
 std::optional<UsageEvidence> readUsage(const json& object) {
     const auto* kind = textMember(object, "evidence");
     const auto known = std::find_if(evidenceNames.begin(), evidenceNames.end(),
@@ -52,6 +57,7 @@ std::optional<UsageEvidence> readUsage(const json& object) {
 json writeApp(const KnownApp& app) {
     json object = {{"changed", app.changed}};
     if (app.bytes) object["bytes"] = *app.bytes;
+    if (app.isPartial) object["isPartial"] = true;
     if (!app.usage) return object;
     for (const auto& [kind, name] : evidenceNames)
         if (kind == app.usage->kind) object["evidence"] = name;
@@ -64,7 +70,8 @@ KnownApps readApps(const json& object) {
     if (!object.is_object() || object.size() > KnownAppsFile::maxApps) return apps;
     for (const auto& [path, value] : object.items())
         if (const auto changed = countMember(value, "changed"); changed && Path(path).isAbsolute())
-            apps.emplace(path, KnownApp{*changed, countMember(value, "bytes"), readUsage(value)});
+            apps.emplace(path, KnownApp{*changed, countMember(value, "bytes"), readUsage(value),
+                                        isSet(value, "isPartial")});
     return apps;
 }
 

@@ -19,6 +19,7 @@ struct KnownApp {
     std::int64_t changed = 0;           ///< the bundle's date then, in nanoseconds since 1970
     std::optional<std::int64_t> bytes;  ///< on the disk
     std::optional<UsageEvidence> usage; ///< shown until it is looked for again
+    bool isPartial = false;             ///< there were more bytes than could be measured
     friend bool operator==(const KnownApp&, const KnownApp&) = default;
 };
 using KnownApps = std::map<Path, KnownApp>;

@@ -160,8 +160,10 @@ PastRuns loadPastRuns(const UserEnvironment& user, const FileSystem& files, bool
     }
     if (includeSizes)
         for (auto& entry : runs.entries)
-            if (const auto size = files.treeSize(entry.root, historySizeEntryLimit))
+            if (const auto size = files.treeSize(entry.root, historySizeEntryLimit)) {
                 entry.sizeBytes = static_cast<std::int64_t>(size->allocatedBytes);
+                entry.isSizePartial = size->capped;
+            }
     sortNewestFirst(runs.entries, files);
     settleTakenAgain(runs.entries, budgeted);
     return runs;

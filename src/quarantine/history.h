@@ -23,7 +23,8 @@ struct RemovalHistoryEntry {
     /// Moves whose item lies neither in quarantine nor anything in its old place, from where no later run of
     /// the history took it again.
     int missingMoves = 0;
-    int loadableJobs = 0; ///< unloaded jobs whose property list lies in its place again
+    bool isSizePartial = false; ///< there was more than is measured: `sizeBytes` is a lower bound
+    int loadableJobs = 0;       ///< unloaded jobs whose property list lies in its place again
 
     /// Something is left to put back or to load again. Whether a job was loaded since cannot be told; loading
     /// it once more does no harm.

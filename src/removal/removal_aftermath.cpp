@@ -93,16 +93,16 @@ std::vector<Remainder> remaindersAfter(std::vector<Remainder> left, const FileSy
     return sorted;
 }
 
-std::optional<std::int64_t> movedBytes(const RemovalReport& report, const FileSystem& files) {
+ByteSum movedBytes(const RemovalReport& report, const FileSystem& files) {
     std::unordered_set<int> succeeded;
     for (const auto& result : report.results)
         if (result.succeeded) succeeded.insert(result.operationID);
-    std::optional<std::int64_t> sum;
+    ByteSum sum;
     for (const auto& each : report.operations) {
         const auto* move = std::get_if<operation::Move>(&each.kind);
         if (!move || !succeeded.contains(each.id)) continue;
         if (const auto size = files.treeSize(move->destination, traceSizeEntryLimit))
-            sum = sum.value_or(0) + static_cast<std::int64_t>(size->allocatedBytes);
+            sum.add(static_cast<std::int64_t>(size->allocatedBytes), size->capped);
     }
     return sum;
 }

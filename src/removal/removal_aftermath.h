@@ -1,11 +1,11 @@
 #pragma once
 
+#include "base/byte_sum.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
 #include "removal/removal_plan.h"
 #include "removal/removal_report.h"
 
-#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -27,6 +27,6 @@ std::vector<Path> emptiedFolders(const std::vector<RemovalTarget>& chosen, const
 std::vector<Remainder> remaindersAfter(std::vector<Remainder> left, const FileSystem& files);
 
 /// What the run moved takes on the disk; nothing when it moved nothing.
-std::optional<std::int64_t> movedBytes(const RemovalReport& report, const FileSystem& files);
+ByteSum movedBytes(const RemovalReport& report, const FileSystem& files);
 
 } // namespace tidwen

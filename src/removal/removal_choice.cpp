@@ -26,14 +26,12 @@ void forEachTrace(const Findings& findings, const Visit& visit) {
 } // namespace
 
 RemovalChoice::RemovalChoice()
-    : RemovalChoice(std::make_shared<const Findings>(), RemovalSubject::Kind::applications, "en") {}
+    : RemovalChoice(std::make_shared<const Findings>(), RemovalSubject::Kind::applications) {}
 
-RemovalChoice::RemovalChoice(std::shared_ptr<const Findings> findings, RemovalSubject::Kind kind,
-                             std::string locale)
+RemovalChoice::RemovalChoice(std::shared_ptr<const Findings> findings, RemovalSubject::Kind kind)
     : findings_(std::move(findings)),
       claims_(std::make_shared<StayingClaims>(findings_)),
       kind_(kind),
-      locale_(std::move(locale)),
       selected_(findings_->traceCount()),
       named_(selected_),
       setAside_(selected_),
@@ -258,7 +256,7 @@ void RemovalChoice::describe() {
             subject_.goesWhole = false;
     }
     subject_.items = all.size();
-    summary_ = summarize(all, locale_);
+    summary_ = summarize(all);
     refusal_.reset();
     if (refusedByDefault_ && mode_ == RemovalMode::uninstall)
         refusal_ = refusedByDefault_;

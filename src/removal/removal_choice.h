@@ -40,7 +40,7 @@ struct StayingGroup {
 class RemovalChoice {
   public:
     RemovalChoice(); ///< from nothing
-    RemovalChoice(std::shared_ptr<const Findings> findings, RemovalSubject::Kind kind, std::string locale);
+    RemovalChoice(std::shared_ptr<const Findings> findings, RemovalSubject::Kind kind);
 
     const Findings& findings() const { return *findings_; }
     RemovalMode mode() const { return mode_; }
@@ -91,7 +91,6 @@ class RemovalChoice {
     std::shared_ptr<const Findings> findings_;
     std::shared_ptr<StayingClaims> claims_;
     RemovalSubject::Kind kind_ = RemovalSubject::Kind::applications;
-    std::string locale_;
     RemovalMode mode_ = RemovalMode::uninstall;
     Flags selected_;
     Flags named_;    ///< of the selection, chosen one by one

@@ -197,8 +197,7 @@ void RemovalFlowModel::showOrphans(std::shared_ptr<const OrphanScanResult> resul
 }
 
 void RemovalFlowModel::choose(Findings findings, RemovalSubject::Kind kind) {
-    choice_ = RemovalChoice(std::make_shared<const Findings>(std::move(findings)), kind,
-                            services_.texts.language());
+    choice_ = RemovalChoice(std::make_shared<const Findings>(std::move(findings)), kind);
 }
 
 void RemovalFlowModel::buildReviewTrees() {

@@ -36,6 +36,7 @@ struct RemovalReport {
     std::vector<OperationResult> results = {}; ///< user-level ones, then root-level ones, each in plan order
     std::optional<VerificationReport> verification = {};
     std::optional<std::int64_t> reclaimedBytes = {}; ///< of what was moved; absent when nothing was
+    bool isReclaimedPartial = false; ///< there was more than is measured: `reclaimedBytes` is a lower bound
     /// Why there is no manifest. The journal then stays in the folder; undo takes it instead, and recovering
     /// interrupted runs makes the manifest from it.
     std::optional<Message> manifestFailure = {};

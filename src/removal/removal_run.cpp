@@ -27,7 +27,9 @@ FileResult<RemovalReport> RemovalRun::carryOut(const RemovalChoice& choice,
     if (!report) return report;
     if (manifestEntries(plan).empty() || report->isUntouched()) dropRecord(*report);
     report->verification = verifyRemoval(targets, ports_.audit);
-    report->reclaimedBytes = movedBytes(*report, ports_.files);
+    const auto moved = movedBytes(*report, ports_.files);
+    if (moved.isKnown) report->reclaimedBytes = moved.bytes;
+    report->isReclaimedPartial = moved.isPartial;
     report->emptiedFolders = emptiedFolders(targets, ports_.files, user_);
     std::erase_if(links, [&](const Path& link) { return ports_.files.resolve(link).has_value(); });
     report->deadLinks = std::move(links);

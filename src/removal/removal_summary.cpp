@@ -1,23 +1,22 @@
 #include "removal/removal_summary.h"
 
-#include "base/byte_count.h"
-
 namespace tidwen {
 
-RemovalSummary summarize(const std::vector<const Trace*>& selection, const std::string& locale) {
+std::optional<std::string> RemovalSummary::Tier::sizeText(const Texts& texts) const {
+    return size.isKnown ? std::optional(tidwen::sizeText(size, texts)) : std::nullopt;
+}
+
+RemovalSummary summarize(const std::vector<const Trace*>& selection) {
     RemovalSummary summary;
-    std::int64_t totalBytes = 0;
     for (const auto risk : {TraceRisk::safe, TraceRisk::review, TraceRisk::sensitive}) {
-        RemovalSummary::Tier tier{.risk = risk, .count = 0, .sizeText = std::nullopt};
-        std::optional<std::int64_t> bytes;
+        RemovalSummary::Tier tier{.risk = risk};
         for (const auto* trace : selection) {
             if (trace->risk != risk || trace->reversibility == Reversibility::manualOnly) continue;
             ++tier.count;
-            if (trace->sizeBytes) bytes = bytes.value_or(0) + *trace->sizeBytes;
+            tier.size.add(trace->sizeBytes, trace->isSizePartial);
         }
         if (tier.count == 0) continue;
-        if (bytes) tier.sizeText = formatByteCount(*bytes, locale);
-        totalBytes += bytes.value_or(0);
+        summary.totalSize.add(tier.size);
         summary.totalCount += tier.count;
         summary.tiers.push_back(std::move(tier));
     }
@@ -30,7 +29,6 @@ RemovalSummary summarize(const std::vector<const Trace*>& selection, const std::
         if (trace->reversibility == Reversibility::irreversibleHarmless) summary.resetsPermissions = true;
         if (trace->requiresRoot) summary.requiresPassword = true;
     }
-    summary.totalSizeText = formatByteCount(totalBytes, locale);
     return summary;
 }
 

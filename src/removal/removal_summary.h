@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/byte_sum.h"
 #include "scan/matching/trace.h"
 
 #include <cstdint>
@@ -14,20 +15,24 @@ struct RemovalSummary {
     struct Tier {
         TraceRisk risk = TraceRisk::safe;
         int count = 0;
-        std::optional<std::string> sizeText; ///< absent when no size is known
+        ByteSum size = {};
+
+        std::optional<std::string> sizeText(const Texts& texts) const; ///< absent when no size is known
         friend bool operator==(const Tier&, const Tier&) = default;
     };
 
     std::vector<Tier> tiers; ///< safe, review, sensitive; none empty
     int totalCount = 0;
-    std::string totalSizeText;
+    ByteSum totalSize;
     std::vector<Trace> permanent; ///< what is lost for good
     int reversibleCount = 0;
     bool requiresPassword = false;
     bool resetsPermissions = false;
+
+    std::string totalSizeText(const Texts& texts) const { return sizeText(totalSize, texts); }
 };
 
 /// Traces that only the user himself can deal with do not count.
-RemovalSummary summarize(const std::vector<const Trace*>& selection, const std::string& locale = "en");
+RemovalSummary summarize(const std::vector<const Trace*>& selection);
 
 } // namespace tidwen

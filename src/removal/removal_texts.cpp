@@ -1,6 +1,6 @@
 #include "removal/removal_texts.h"
 
-#include "base/byte_count.h"
+#include "base/byte_sum.h"
 #include "operations/stepwise_run.h"
 
 #include <algorithm>
@@ -41,12 +41,13 @@ ConfirmationTexts confirmationTexts(const RemovalSummary& summary, const std::st
     ConfirmationTexts words;
     words.title = texts.text(
         mode == RemovalMode::reset ? "confirm.reset.title %@" : "confirm.uninstall.title %@", {subject});
-    words.summary =
-        texts.text("confirm.summary %lld %@", {std::to_string(summary.totalCount), summary.totalSizeText});
+    words.summary = texts.text("confirm.summary %lld %@",
+                               {std::to_string(summary.totalCount), summary.totalSizeText(texts)});
     for (const auto& tier : summary.tiers) {
         auto line =
             texts.text("risk." + std::string(name(tier.risk)) + ".count %lld", {std::to_string(tier.count)});
-        words.breakdown.push_back(tier.sizeText ? line + ", " + *tier.sizeText : line);
+        const auto size = tier.sizeText(texts);
+        words.breakdown.push_back(size ? line + ", " + *size : line);
     }
     if (summary.reversibleCount > 0)
         words.reversible = texts.text("confirm.reversible %lld", {std::to_string(summary.reversibleCount)});
@@ -72,7 +73,7 @@ ReportTexts reportTexts(const RemovalReport& report, const std::string& subject,
                               {number(done), number(all)});
     if (report.reclaimedBytes)
         words.reclaimed = texts.text("report.summary.reclaimed %@",
-                                     {formatByteCount(*report.reclaimedBytes, texts.language())});
+                                     {sizeText(*report.reclaimedBytes, report.isReclaimedPartial, texts)});
     std::size_t notBegun = 0;
     for (const auto& failure : failures)
         if (failure.reason.key == stoppedKey)

@@ -47,11 +47,19 @@ std::optional<InstallerFile> describe(const FileSystem& files, const Path& url,
 
 } // namespace
 
-std::optional<std::int64_t> measurePackage(const FileSystem& files, const Path& package,
-                                           const StopToken& stop) {
+Path installersFolder(const UserEnvironment& user) {
+    return user.home / "Downloads";
+}
+
+void setSize(InstallerFile& file, const TreeSize& size) {
+    file.sizeBytes = static_cast<std::int64_t>(size.allocatedBytes);
+    file.isSizePartial = size.capped;
+}
+
+std::optional<TreeSize> measurePackage(const FileSystem& files, const Path& package, const StopToken& stop) {
     const auto size = files.treeSize(package, traceSizeEntryLimit, stop);
     if (!size || stop.stopRequested()) return std::nullopt;
-    return static_cast<std::int64_t>(size->allocatedBytes);
+    return *size;
 }
 
 void sortBySize(std::vector<InstallerFile>& files) {
@@ -64,7 +72,8 @@ InstallerScanResult scanInstallers(const FileSystem& files, const UserEnvironmen
                                    const std::vector<InstalledApp>& apps) {
     auto result = listInstallers(files, user, apps);
     for (auto& file : result.files)
-        if (file.isFolder) file.sizeBytes = measurePackage(files, file.url);
+        if (file.isFolder)
+            if (const auto size = measurePackage(files, file.url)) setSize(file, *size);
     sortBySize(result.files);
     return result;
 }
@@ -72,7 +81,7 @@ InstallerScanResult scanInstallers(const FileSystem& files, const UserEnvironmen
 InstallerScanResult listInstallers(const FileSystem& files, const UserEnvironment& user,
                                    const std::vector<InstalledApp>& apps) {
     InstallerScanResult result;
-    const auto folder = user.home / "Downloads";
+    const auto folder = installersFolder(user);
     const auto entries = files.list(folder);
     if (!entries) {
         result.unreadable = true;
@@ -110,9 +119,11 @@ std::optional<InstalledApp> matchInstaller(std::string_view fileName, const std:
 }
 
 Trace installerTrace(const InstallerFile& file) {
-    return makeTrace(TraceCategory::installers, action::MovePath{file.url},
-                     {MatchReason::Kind::declaredTarget, {}}, Reversibility::reversible, file.url.string(),
-                     file.sizeBytes, false);
+    auto trace = makeTrace(TraceCategory::installers, action::MovePath{file.url},
+                           {MatchReason::Kind::declaredTarget, {}}, Reversibility::reversible,
+                           file.url.string(), file.sizeBytes, false);
+    trace.isSizePartial = file.isSizePartial;
+    return trace;
 }
 
 } // namespace tidwen

@@ -21,6 +21,7 @@ struct InstallerFile {
     std::optional<Timestamp> addedAt;         ///< when the item was created
     std::optional<InstalledApp> installedApp; ///< the application that it most likely installed
     bool isFolder = false;                    ///< a package whose size is that of its contents
+    bool isSizePartial = false; ///< there was more than is measured: `sizeBytes` is a lower bound
 
     friend bool operator==(const InstallerFile&, const InstallerFile&) = default;
 };
@@ -43,9 +44,12 @@ InstallerScanResult scanInstallers(const FileSystem& files, const UserEnvironmen
 /// The same, but for the sizes of packages that are folders: `measurePackage` walks through those.
 InstallerScanResult listInstallers(const FileSystem& files, const UserEnvironment& user,
                                    const std::vector<InstalledApp>& apps);
-/// Bytes on the disk of a package that is a folder, of its first `traceSizeEntryLimit` entries.
-std::optional<std::int64_t> measurePackage(const FileSystem& files, const Path& package,
-                                           const StopToken& stop = {});
+/// The folder whose direct children are looked at.
+Path installersFolder(const UserEnvironment& user);
+/// Of a package that is a folder, its first `traceSizeEntryLimit` entries.
+std::optional<TreeSize> measurePackage(const FileSystem& files, const Path& package,
+                                       const StopToken& stop = {});
+void setSize(InstallerFile& file, const TreeSize& size);
 /// Largest first; what has no size counts as 0.
 void sortBySize(std::vector<InstallerFile>& files);
 

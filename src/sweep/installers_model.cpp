@@ -45,19 +45,19 @@ void InstallersModel::measure() {
         *this, alive_, ports_.background, ports_.main,
         [&files = ports_.files, packages = std::move(packages), stream, stop = stop_.token()] {
             for (const auto& package : packages)
-                if (const auto bytes = measurePackage(files, package, stop)) stream->add({package, *bytes});
+                if (const auto size = measurePackage(files, package, stop)) stream->add({package, *size});
             return true;
         },
         [](InstallersModel& self, bool) { self.endLoading(); });
 }
 
 void InstallersModel::takeSizes(const std::vector<Size>& sizes) {
-    std::map<Path, std::int64_t> byPath;
+    std::map<Path, TreeSize> byPath;
     for (const auto& size : sizes)
-        byPath.emplace(size.url, size.bytes);
+        byPath.emplace(size.url, size.size);
     auto found = result.get();
     for (auto& file : found.files)
-        if (const auto size = byPath.find(file.url); size != byPath.end()) file.sizeBytes = size->second;
+        if (const auto size = byPath.find(file.url); size != byPath.end()) setSize(file, size->second);
     result.set(std::move(found));
     showValues();
 }

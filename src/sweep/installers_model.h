@@ -66,7 +66,7 @@ class InstallersModel {
   private:
     struct Size {
         Path url;
-        std::int64_t bytes;
+        TreeSize size;
     };
 
     void measure();

@@ -26,7 +26,7 @@ void measureTraces(const FileSystem& files, std::vector<Trace>& traces, const St
     parallelFor(traces.size(), [&](std::size_t i) {
         if (stop.stopRequested()) return;
         if (const auto size = files.treeSize(*movedPath(traces[i].action), traceSizeEntryLimit, stop))
-            traces[i].sizeBytes = static_cast<std::int64_t>(size->allocatedBytes);
+            setSize(traces[i], *size);
     });
 }
 

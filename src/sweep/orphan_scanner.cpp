@@ -75,7 +75,7 @@ void measureNamed(std::vector<OrphanGroup>& groups, const FileSystem& files, con
 
 void sortBySize(std::vector<OrphanGroup>& groups) {
     std::stable_sort(groups.begin(), groups.end(),
-                     [](const auto& a, const auto& b) { return a.bytes() > b.bytes(); });
+                     [](const auto& a, const auto& b) { return a.bytes().bytes > b.bytes().bytes; });
 }
 
 /// Nothing that is found could be told to be nobody's.
@@ -85,10 +85,10 @@ bool hideEverything(const std::vector<SweepGap>& gaps) {
 
 } // namespace
 
-std::int64_t OrphanGroup::bytes() const {
-    std::int64_t sum = 0;
+ByteSum OrphanGroup::bytes() const {
+    ByteSum sum;
     for (const auto& trace : traces)
-        sum += trace.sizeBytes.value_or(0);
+        sum.add(trace.sizeBytes, trace.isSizePartial);
     return sum;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/byte_sum.h"
 #include "base/log.h"
 #include "base/step_progress.h"
 #include "base/stop_token.h"
@@ -26,7 +27,7 @@ struct OrphanGroup {
     std::string name;     ///< the best that is known of what people called it
     std::vector<Trace> traces;
 
-    std::int64_t bytes() const;
+    ByteSum bytes() const;
 };
 
 struct OrphanScanResult {

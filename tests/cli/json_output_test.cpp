@@ -79,7 +79,7 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
         "unknownOwners": {"unreadable": ["/Users/bob/Applications"], "uncounted": [], "damaged": [],
                           "absent": []},
         "immovable": {"reason": "protectedPlace", "place": "/Users/alice/Downloads/A.app"},
-        "isProtected": false, "nameMatchingDisabled": false,
+        "isProtected": false, "nameMatchingDisabled": false, "identifierMatchingDisabled": false,
         "permissions": {"grants": [{"service": "kTCCServiceCamera", "state": {"kind": "unknown", "value": 4},
                                     "scope": "user", "isPathClient": false}],
                         "unreadable": ["system"]}}])"));

@@ -17,7 +17,7 @@ from terminal import VolumeTest, documents  # noqa: E402
 # What only a race, a fault of the disk, a lack of rights or more files than a test can write brings about. The tests
 # of the layers below hold these.
 NOT_PROVOKED = """
-AppUsage.useCount Gap.reason=uncounted Gap.reason=unreadable Immovable.reason=noRights MatchReason.kind=executableName
+AppUsage.useCount InstalledApp.isSizePartial Gap.reason=uncounted Gap.reason=unreadable Immovable.reason=noRights MatchReason.kind=executableName
 OperationKind.kind=quitApplication OwnPermissions.fullDiskAccess=denied OwnPermissions.fullDiskAccess=indeterminate
 RemovalReport.leftOut RemovalReport.unsettled StartupOwner.kind=registered Trace.leftKey=left.leftOut Trace.leftKey=left.mayHoldOthers
 Trace.leftKey=left.permanent Trace.mayHoldOthers UsageEvidence.kind=launchRecord
@@ -94,6 +94,27 @@ class Documents(VolumeTest):
         self.assertEqual([item["failureKey"] for item in self.call("undo", "1", "--dry-run", "--json", status=1).json["items"]
                           if "failureKey" in item], ["failure.notInQuarantine"])
         self.assertIn("missing", [item["place"] for item in self.call("history", "1", "--json").json["items"]])
+
+    def test_documents_of_what_is_too_large_to_measure(self):
+        (self.home / "Library/Application Support/com.littlefin.kip/first").write_bytes(b"x")
+        first = self.home / "Library/Application Support/com.littlefin.kip/first"
+        package = self.home / "Downloads/Large.pkg"
+        package.mkdir()
+        for number in range(20_001):
+            os.link(first, package / str(number))
+        os.rename(package, first.parent / "many")
+        self.assertIn("over", self.call("scan", "Kip").output)
+        scanned = self.call("scan", "Kip", "--json").json[0]["traces"]
+        self.assertEqual([t["category"] for t in scanned if t.get("isSizePartial")], ["supportFiles"])
+        self.assertTrue(self.call("remove", "Kip", "--yes", "--json").json["isReclaimedPartial"])
+        self.assertIn("over", self.call("history").output)
+        self.assertTrue(self.call("history", "--json").json[0]["isSizePartial"])
+        self.call("undo", "1")
+        os.rename(first.parent / "many", package)
+        self.assertIn("over", self.call("installers").output)
+        self.assertTrue(self.call("installers", "--json").json["files"][0]["isSizePartial"])
+        os.rename(self.home / "Downloads", self.home / "elsewhere")
+        self.assertEqual(self.call("installers", "--json", status=1).json["unreadable"], ["/Users/alice/Downloads"])
 
     def test_documents_of_the_rest(self):
         self.call("requests", "gate", "on", "--json")

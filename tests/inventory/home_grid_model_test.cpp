@@ -79,8 +79,8 @@ TEST_F(HomeModel, ShowsNamesFirstAndMovesNothingForSizes) {
     EXPECT_THAT(changes, ElementsAre(RowChange::Kind::changed, RowChange::Kind::changed,
                                      RowChange::Kind::changed, RowChange::Kind::changed));
     EXPECT_THAT(shown(), ElementsAre("[all]", "Anchor", "Buoy", "Cutter"));
-    EXPECT_EQ(model->rows.rows().front().bytes, model->inventory.get().bytes);
-    EXPECT_GT(model->inventory.get().bytes, 250'000);
+    EXPECT_EQ(model->rows.rows().front().size, model->inventory.get().size);
+    EXPECT_GT(model->inventory.get().size.bytes, 250'000);
     model->arrange();
     EXPECT_THAT(shown(), ElementsAre("[all]", "Buoy", "Cutter", "Anchor"));
 }

@@ -133,7 +133,7 @@ TEST(AppInventory, StreamsInOrderAndMeasuresAgainOnlyWhatChanged) {
     EXPECT_EQ(apps[1].usage->evidence.kind, UsageEvidence::Kind::appData);
 
     int measured = 0;
-    const auto count = [&](const Path&, std::int64_t) { ++measured; };
+    const auto count = [&](const InstalledApp&) { ++measured; };
     inventory.measure(apps, {}, count);
     EXPECT_EQ(measured, 2);
     const timeval dates[2] = {{2'000'000'000, 0}, {2'000'000'000, 0}}; // an update of one of them

@@ -37,7 +37,7 @@ TEST(RemovalChoice, TakesEachItemOnceAndSaysWhyTheOthersStay) {
              {"c", "C", {trace("/L/Maker/child"), trace("/L/Maker/deep/er/child")}},
              {"d", "D", {trace("/L/other"), contested, trace("/by hand", Reversibility::manualOnly)}}},
             {}}));
-    RemovalChoice choice(findings, RemovalSubject::Kind::leftovers, "en");
+    RemovalChoice choice(findings, RemovalSubject::Kind::leftovers);
     EXPECT_EQ(choice.refusal()->reason.key, "error.nothingToRemove");
     choice.setSelected(idsOf(*findings), true);
     EXPECT_FALSE(choice.isSelected(findings->groups()[3].traces[2].id)) << "only the user can deal with it";
@@ -122,6 +122,8 @@ TEST(Remainders, AreSortedByHowTheyCanBeTakenStill) {
 
 TEST(RemovalSummary, AndItsWords) {
     using enum Reversibility;
+    auto partial = trace("/a", reversible, 1000);
+    partial.isSizePartial = true;
     const struct {
         const char* why;
         std::vector<Trace> selection;
@@ -132,6 +134,9 @@ TEST(RemovalSummary, AndItsWords) {
          {trace("/a", reversible, 1000, true), trace("/b"), trace("/c", reversible, 2000)},
          {"confirm.summary 3 3 kB", "risk.safe.count 2, 2 kB", "risk.sensitive.count 1, 1 kB",
           "confirm.reversible 3", "confirm.password"}},
+        {"not all of it measured",
+         {partial, trace("/b", reversible, 1000)},
+         {"confirm.summary 2 size.over 2 kB", "risk.safe.count 2, size.over 2 kB", "confirm.reversible 2"}},
         {"no size known",
          {trace("/a", irreversibleHarmless, std::nullopt, false, MatchReason::Kind::nameToken)},
          {"confirm.summary 1 0 bytes", "risk.review.count 1", "confirm.permissionsReset"}},
@@ -142,8 +147,8 @@ TEST(RemovalSummary, AndItsWords) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
         const auto words =
-            confirmationTexts(summarize(eachOf(c.selection, [](const Trace& each) { return &each; }), "en"),
-                              "It", RemovalMode::reset, Texts());
+            confirmationTexts(summarize(eachOf(c.selection, [](const Trace& each) { return &each; })), "It",
+                              RemovalMode::reset, Texts());
         EXPECT_EQ(words.title, "confirm.reset.title It");
         Names lines = {words.summary};
         lines.insert(lines.end(), words.breakdown.begin(), words.breakdown.end());

@@ -137,6 +137,13 @@ TEST(ResidueMatcher, MatchesNoCommonOrShortNames) {
         EXPECT_FALSE(matcher.matchIdentifier(common)) << common;
         EXPECT_FALSE(matcher.matchExecutable(common)) << common;
     }
+    for (const auto& [identifier, isUsed] :
+         {std::pair("com.example.app", true), std::pair("com.exam.service", false), std::pair("none", false),
+          std::pair("com.corvella.tidwen.other", false)}) {
+        const auto matcher = matcherFor(targetNamed(identifier, "Marlin Notes"));
+        EXPECT_EQ(!matcher.identifierMatchingDisabled(), isUsed) << identifier;
+        EXPECT_EQ(matcher.matchIdentifier(identifier).has_value(), isUsed) << identifier;
+    }
 }
 
 TEST(ResidueMatcher, ComparesNamesAsPeopleSeeThem) {

@@ -16,7 +16,7 @@ TEST_F(OrphanScan, GathersWhatOneGoneApplicationLeft) {
     ASSERT_THAT(result.groups, ElementsAre(Field(&OrphanGroup::bundleID, "com.gone.ferry")));
     EXPECT_EQ(result.groups[0].name, "Old Ferry");
     EXPECT_EQ(result.groups[0].traces.size(), 7u);
-    EXPECT_GT(result.groups[0].bytes(), 9000);
+    EXPECT_GT(result.groups[0].bytes().bytes, 9000);
     EXPECT_EQ(streamed, 6u); // a receipt waits for what else there is
 }
 

@@ -91,14 +91,14 @@ void print(const std::vector<HomeGroup>& groups, const AppTags& tags, const Prot
         if (!group.title.empty())
             context.console.line(
                 {{group.title, Paint::strong},
-                 {"  " + labels::countAndSize(group.apps.size(), group.bytes, context.texts), Paint::faint}});
+                 {"  " + labels::countAndSize(group.apps.size(), group.size, context.texts), Paint::faint}});
         Table table({left, left, right, left, left});
         table.add({heading("cli.apps.name"), heading("cli.apps.version"), heading("cli.apps.size"),
                    heading("cli.apps.lastUsed"), heading("cli.apps.identifier"), heading("cli.apps.path")});
         for (const auto* app : group.apps)
             table.add({{app->name, Paint::strong},
                        {app->version.value_or("")},
-                       {labels::size(app->sizeBytes, context.texts)},
+                       {labels::size(*app, context.texts)},
                        {lastUsed(*app, context)},
                        {app->bundleID},
                        {app->url.string(), Paint::faint},
@@ -106,11 +106,11 @@ void print(const std::vector<HomeGroup>& groups, const AppTags& tags, const Prot
         table.print(context.console, group.title.empty() ? 0 : 2);
     }
     const auto apps = listed(groups);
-    std::int64_t bytes = 0;
+    ByteSum sum;
     for (const auto* app : apps)
-        bytes += app->sizeBytes.value_or(0);
-    context.console.line(context.text("cli.apps.total %lld %@",
-                                      {std::to_string(apps.size()), labels::size(bytes, context.texts)}));
+        sum.add(app->sizeBytes, app->isSizePartial);
+    context.console.line(
+        context.text("cli.apps.total %lld %@", {std::to_string(apps.size()), sizeText(sum, context.texts)}));
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {

@@ -35,23 +35,32 @@ std::string state(const RemovalHistoryEntry& entry, const CommandContext& contex
     return entry.manifest.recoveredAt ? items + ", " + context.text("history.row.recovered") : items;
 }
 
+/// What was put back lies in quarantine no more, and the record of the run is no size to speak of.
+ByteSum sizeInQuarantine(const RemovalHistoryEntry& entry) {
+    ByteSum size;
+    if (entry.items() != RemovalHistoryEntry::Items::putBack) size.add(entry.sizeBytes, entry.isSizePartial);
+    return size;
+}
+
 void print(const std::vector<RemovalHistoryEntry>& history, const CommandContext& context) {
     using enum Table::Align;
     Table table({right, left, left, right, right, left});
-    std::int64_t bytes = 0;
+    ByteSum sum;
     for (std::size_t i = 0; i < history.size(); ++i) {
         const auto& entry = history[i];
-        bytes += entry.sizeBytes.value_or(0);
+        const auto size = sizeInQuarantine(entry);
+        sum.add(size);
         table.add({{std::to_string(i + 1)},
                    {displayDate(entry.manifest.createdAt), Paint::faint},
                    {labels::names(entry.manifest.apps), Paint::strong},
                    {context.text("history.row.items %lld", {std::to_string(entry.totalMoves)})},
-                   {labels::size(entry.sizeBytes, context.texts)},
+                   {size.isKnown ? sizeText(size, context.texts) : ""},
                    {state(entry, context)}});
     }
     table.print(context.console);
-    context.console.line(context.text("history.total %lld %@",
-                                      {std::to_string(history.size()), labels::size(bytes, context.texts)}));
+    const auto count = std::to_string(history.size());
+    if (!sum.isKnown) return context.console.line(context.text("history.count %lld", {count}));
+    context.console.line(context.text("history.total %lld %@", {count, sizeText(sum, context.texts)}));
 }
 
 void print(const std::vector<UnfinishedRun>& runs, const CommandContext& context) {
@@ -106,7 +115,7 @@ ExitStatus show(const TerminalHistory& runs, const std::string& word, const Comm
     context.console.line(
         {{labels::names(entry->manifest.apps), Paint::strong},
          {"  " + displayDate(entry->manifest.createdAt), Paint::faint},
-         {"  " + labels::countAndSize(items.size(), entry->sizeBytes.value_or(0), context.texts)},
+         {"  " + labels::countAndSize(items.size(), sizeInQuarantine(*entry), context.texts)},
          {"  " + state(*entry, context)}});
     context.console.line(entry->root.string(), Paint::faint);
     print(items, context);

@@ -22,7 +22,7 @@ void print(const InstallerScanResult& result, const CommandContext& context) {
         Table table({Table::Align::right, Table::Align::left});
         for (const auto& file : result.files)
             if (file.installedApp.has_value() == matched)
-                table.add({{labels::size(file.sizeBytes, context.texts)},
+                table.add({{labels::size(file, context.texts)},
                            {file.url.string(), Paint::strong},
                            {matched ? context.text("installers.row.installed %@", {file.installedApp->name})
                                     : context.text("installers.row.unmatched"),
@@ -71,7 +71,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
         return status == ExitStatus::done && !result.isComplete() ? ExitStatus::someFailed : status;
     }
     if (context.arguments.json)
-        context.console.document(json::document(result));
+        context.console.document(json::document(result, installersFolder(mac.system.user)));
     else
         print(result, context);
     return result.isComplete() ? ExitStatus::done : ExitStatus::someFailed;

@@ -33,7 +33,7 @@ void printTraces(const OrphanGroup& group, const CommandContext& context) {
         Table table({Table::Align::left, Table::Align::right});
         for (std::size_t i = begin; i < std::min(begin + rowsAtOnce, group.traces.size()); ++i)
             table.add({labels::risk(group.traces[i].risk, context.texts),
-                       {labels::size(group.traces[i].sizeBytes, context.texts)},
+                       {labels::size(group.traces[i], context.texts)},
                        {group.traces[i].displayName}});
         table.print(context.console, 2);
     }
@@ -41,14 +41,14 @@ void printTraces(const OrphanGroup& group, const CommandContext& context) {
 
 void print(const OrphanScanResult& orphans, bool isNarrowed, const CommandContext& context) {
     std::size_t count = 0;
-    std::int64_t bytes = 0;
+    ByteSum sum;
     for (const auto& group : orphans.groups) {
         context.console.line({{group.name, Paint::strong},
                               {"  " + group.bundleID},
                               {"  " + labels::countAndSize(group.traces, context.texts), Paint::faint}});
         printTraces(group, context);
         count += group.traces.size();
-        bytes += group.bytes();
+        sum.add(group.bytes());
     }
     printUnreadable(orphans.unreadableLocations, context);
     for (const auto& gap : orphans.gaps)
@@ -58,7 +58,7 @@ void print(const OrphanScanResult& orphans, bool isNarrowed, const CommandContex
         count == 0 ? context.text(isNarrowed             ? "orphans.filter.empty.title"
                                   : orphans.gaps.empty() ? "cli.orphans.none"
                                                          : "cli.orphans.undecided")
-                   : context.text("cli.scan.found %@", {labels::countAndSize(count, bytes, context.texts)}));
+                   : context.text("cli.scan.found %@", {labels::countAndSize(count, sum, context.texts)}));
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {

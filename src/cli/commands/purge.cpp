@@ -107,8 +107,8 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     }
     for (const auto& entry : *chosen)
         if (asks)
-            context.console.line({{entry.root.lastComponent()},
-                                  {"  " + labels::size(entry.sizeBytes, context.texts), Paint::faint}});
+            context.console.line(
+                {{entry.root.lastComponent()}, {"  " + labels::size(entry, context.texts), Paint::faint}});
     const auto question = context.text("cli.purge.question %lld", {std::to_string(chosen->size())});
     if (!agreed(context, question, "cli.purge.needsYes")) return ExitStatus::refused;
     const auto outcome = history.remove(*chosen);

@@ -27,7 +27,7 @@ void printItems(const std::vector<GoingGroup>& going, const CommandContext& cont
         Table table({Table::Align::left, Table::Align::right});
         for (const auto* trace : each.traces)
             table.add({labels::risk(trace->risk, context.texts),
-                       {labels::size(trace->sizeBytes, context.texts)},
+                       {labels::size(*trace, context.texts)},
                        {labels::category(trace->category, context.texts), Paint::faint},
                        {trace->displayName}});
         table.print(context.console, 2);
@@ -65,13 +65,13 @@ class FoundAgain {
     void add(const Trace& trace) {
         if (isGuidance(trace, context_)) return;
         ++count_;
-        bytes_ += trace.sizeBytes.value_or(0);
+        sum_.add(trace.sizeBytes, trace.isSizePartial);
     }
 
     void print() const {
         if (count_ == 0) return;
         const auto& command = context_.arguments.command;
-        const auto count = labels::countAndSize(count_, bytes_, context_.texts);
+        const auto count = labels::countAndSize(count_, sum_, context_.texts);
         context_.console.line(
             command == "installers"
                 ? context_.text("cli.installers.left %@", {count})
@@ -82,7 +82,7 @@ class FoundAgain {
   private:
     const CommandContext& context_;
     std::size_t count_ = 0;
-    std::int64_t bytes_ = 0;
+    ByteSum sum_;
 };
 
 /// The words of a removal that takes what the last one took, once that is undone, and `left` too.

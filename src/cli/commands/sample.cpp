@@ -1,7 +1,7 @@
+#include "base/byte_sum.h"
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/json/output.h"
-#include "cli/labels.h"
 #include "sample/sample_contents.h"
 #include "sample/sample_volume.h"
 
@@ -24,7 +24,7 @@ ExitStatus run(const CommandContext& context) {
     context.console.line(
         context.text("cli.sample.done %@ %lld %@",
                      {folder, std::to_string(sample->applications),
-                      labels::size(static_cast<std::int64_t>(sample->bytes), context.texts)}));
+                      sizeText(static_cast<std::int64_t>(sample->bytes), false, context.texts)}));
     Arguments arguments = context.arguments;
     arguments.volume = folder;
     context.console.verbatim(context.text(

@@ -23,7 +23,7 @@ constexpr const char* sortOption = "--sort";
 struct Section {
     TraceCategory category;
     std::vector<Trace> traces;
-    std::int64_t bytes = 0;
+    ByteSum size = {};
 };
 
 /// Categories in the order in which they are shown; by size, the largest first, and so what they hold.
@@ -32,7 +32,7 @@ std::vector<Section> sections(const std::vector<Trace>& traces, bool isBySize) {
     for (const auto& trace : traces) {
         auto& section = byCategory.try_emplace(trace.category, Section{trace.category, {}}).first->second;
         section.traces.push_back(trace);
-        section.bytes += trace.sizeBytes.value_or(0);
+        section.size.add(trace.sizeBytes, trace.isSizePartial);
     }
     std::vector<Section> result;
     for (auto& [category, section] : byCategory) {
@@ -41,7 +41,9 @@ std::vector<Section> sections(const std::vector<Trace>& traces, bool isBySize) {
                                      [](const Trace& trace) { return trace.sizeBytes.value_or(-1); });
         result.push_back(std::move(section));
     }
-    if (isBySize) std::ranges::stable_sort(result, std::greater{}, &Section::bytes);
+    if (isBySize)
+        std::ranges::stable_sort(result, std::greater{},
+                                 [](const Section& section) { return section.size.bytes; });
     return result;
 }
 
@@ -63,14 +65,14 @@ void printTraces(const ScanResult& result, bool isBySize, const CommandContext& 
         for (const auto& trace : section.traces)
             table.add({{takenByDefault(trace, result) ? "[x]" : "[ ]", Paint::faint},
                        labels::risk(trace.risk, context.texts),
-                       {labels::size(trace.sizeBytes, context.texts)}});
+                       {labels::size(trace, context.texts)}});
     auto lines = table.lines(2);
     std::size_t next = 0;
     for (const auto& section : all) {
         context.console.line(
             {{labels::category(section.category, context.texts), Paint::strong},
              {"  " + labels::countAndSize(section.traces, context.texts), Paint::faint},
-             {isBySize ? "  " + bar(section.bytes, labels::totalBytes(result.traces)) : ""}});
+             {isBySize ? "  " + bar(section.size.bytes, labels::total(result.traces).bytes) : ""}});
         for (const auto& trace : section.traces) {
             auto& line = lines[next++];
             line.push_back({"  "});
@@ -113,10 +115,7 @@ void printNotices(const ScanResult& result, bool isKnown, const CommandContext& 
         context.console.line(context.texts.text(result.immovable->describe(result.target)), Paint::faint);
     }
     printOwners(result.owners, context);
-    if (result.nameMatchingDisabled) {
-        context.console.line(context.text("review.genericName.title"), Paint::caution);
-        context.console.line(context.text("review.genericName.body %@", {result.target.name}), Paint::faint);
-    }
+    printUnsearchable(result, context);
     if (result.unreadableLocations.empty()) return;
     context.console.line(context.text("review.incomplete.title"), Paint::caution);
     // What may be read on a volume is a matter of accounts; macOS has nothing to grant there.

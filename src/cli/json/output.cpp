@@ -36,6 +36,7 @@ Value object(const ScanResult& result) {
                  {"unknownOwners", object(result.owners)},
                  {"isProtected", result.isProtected},
                  {"nameMatchingDisabled", result.nameMatchingDisabled},
+                 {"identifierMatchingDisabled", result.identifierMatchingDisabled},
                  {"permissions", value(result.permissions)}};
     if (result.immovable)
         fields["immovable"] = {{"reason", std::string(name(result.immovable->reason))},
@@ -108,6 +109,7 @@ std::string document(const RemovalReport& report, const Texts& texts) {
     }
     if (report.verification) result["verification"] = object(*report.verification);
     put(result, "reclaimedBytes", report.reclaimedBytes);
+    if (report.isReclaimedPartial) result["isReclaimedPartial"] = true;
     const auto& unseen = report.unseen;
     if (!unseen.unreadableLocations.empty())
         result["unreadableLocations"] = array(unseen.unreadableLocations, toValue);
@@ -141,6 +143,7 @@ Value object(const RemovalHistoryEntry& entry, std::optional<std::size_t> number
                  {"missingMoves", entry.missingMoves}};
     put(result, "number", number);
     put(result, "sizeBytes", entry.sizeBytes);
+    if (entry.isSizePartial) result["isSizePartial"] = true;
     return result;
 }
 

@@ -134,6 +134,7 @@ Value value(const InstalledApp& app) {
     put(result, "version", app.version);
     put(result, "category", app.category);
     put(result, "sizeBytes", app.sizeBytes);
+    if (app.isSizePartial) result["isSizePartial"] = true;
     if (app.usage) result["usage"] = value(*app.usage);
     return result;
 }
@@ -152,6 +153,7 @@ Value value(const Trace& trace) {
         result["contestedBy"] = trace.contestedBy->bundleID;
         result["contestedByPlace"] = trace.contestedBy->place.string();
     }
+    if (trace.isSizePartial) result["isSizePartial"] = true;
     if (trace.isOnlyListed) result["isOnlyListed"] = true;
     if (trace.mayHoldOthers) result["mayHoldOthers"] = true;
     return result;

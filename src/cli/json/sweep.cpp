@@ -12,6 +12,7 @@ constexpr auto toValue = [](const auto& record) { return value(record); };
 Value object(const InstallerFile& file) {
     Value fields{{"url", value(file.url)}};
     put(fields, "sizeBytes", file.sizeBytes);
+    if (file.isSizePartial) fields["isSizePartial"] = true;
     if (file.addedAt) fields["addedAt"] = iso8601(*file.addedAt);
     if (file.installedApp) fields["installedApp"] = value(*file.installedApp);
     return fields;
@@ -56,11 +57,12 @@ void write(const OrphanScanResult& orphans, const JsonStream::Sink& sink) {
     out.end();
 }
 
-std::string document(const InstallerScanResult& installers) {
+std::string document(const InstallerScanResult& installers, const Path& folder) {
+    const auto unreadable = installers.unreadable ? std::vector{folder} : std::vector<Path>();
     return writeJson(
         {{"files", array(installers.files, [](const InstallerFile& file) { return object(file); })},
          {"skippedNames", array(installers.skippedNames, toValue)},
-         {"unreadable", installers.unreadable}});
+         {"unreadable", array(unreadable, toValue)}});
 }
 
 } // namespace tidwen::json

@@ -11,6 +11,7 @@ namespace tidwen::json {
 
 /// Piece by piece: a sweep may find hundreds of thousands of traces.
 void write(const OrphanScanResult& orphans, const JsonStream::Sink& sink);
-std::string document(const InstallerScanResult& installers);
+/// `folder`: the one that was to be looked at.
+std::string document(const InstallerScanResult& installers, const Path& folder);
 
 } // namespace tidwen::json

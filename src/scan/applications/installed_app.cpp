@@ -20,7 +20,8 @@ std::optional<InstalledApp> makeInstalledApp(const FileSystem& files, const Code
                             bundle->infoFlag("LSUIElement") || bundle->infoFlag("LSBackgroundOnly"),
                         .hasResidentHelper = false,
                         .sizeBytes = std::nullopt,
-                        .usage = std::nullopt};
+                        .usage = std::nullopt,
+                        .isSizePartial = false};
 }
 
 } // namespace tidwen

@@ -37,6 +37,7 @@ struct InstalledApp {
     bool hasResidentHelper = false;        ///< filled by the inventory
     std::optional<std::int64_t> sizeBytes; ///< filled by the inventory's measurement
     std::optional<AppUsage> usage;         ///< filled by the inventory's probe
+    bool isSizePartial = false;            ///< there was more than is measured: `sizeBytes` is a lower bound
 
     friend bool operator==(const InstalledApp&, const InstalledApp&) = default;
 };

@@ -68,6 +68,8 @@ class ResidueMatcher {
     /// The target's name is too short or too common to find anything by, or has the form of an identifier,
     /// which it may not claim.
     bool nameMatchingDisabled() const { return canonicalName_.empty(); }
+    /// What the target calls its identifier is none, or somebody's whose items are never its own.
+    bool identifierMatchingDisabled() const { return identifier_.empty() || isGuarded(identifier_); }
 
     /// The vendor piece of the target's identifier in canonical form ("example" of "com.example.app"); empty
     /// when it is shorter than 4 characters.

@@ -175,6 +175,7 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     if (!stop.stopRequested()) probeSystemExtensions(context, ports_.systemExtensions, ports_.texts, traces);
     report(TraceCategory::permissions);
     result.nameMatchingDisabled = matcher.nameMatchingDisabled();
+    result.identifierMatchingDisabled = matcher.identifierMatchingDisabled();
     if (!stop.stopRequested())
         result.permissions = PermissionAudit(ports_.files, user_, ports_.texts).audit(target);
     if (bundles_)

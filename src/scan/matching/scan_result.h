@@ -23,9 +23,13 @@ struct ScanResult {
     std::uint64_t leftOut = 0;      ///< files and folders not read, because the disk holds too much to read
     /// Why the application itself cannot be removed from where it lies; its data can be found all the same.
     std::optional<ImmovableApplication> immovable = {};
-    bool isProtected = false;          ///< by the user, or nobody knows whether it is: nothing of it is taken
-    BundleCoverage owners = {};        ///< where other owners may lie that the attribution does not know
-    bool nameMatchingDisabled = false; ///< the name is too common or short to find anything by
+    bool isProtected = false;   ///< by the user, or nobody knows whether it is: nothing of it is taken
+    BundleCoverage owners = {}; ///< where other owners may lie that the attribution does not know
+    /// Nothing was looked for by the target's name: it is too short, too common, or has the form of an
+    /// identifier.
+    bool nameMatchingDisabled = false;
+    /// Nor by its identifier: it is none, or is called as a file is.
+    bool identifierMatchingDisabled = false;
     PermissionAudit::Result permissions; ///< read again after a removal
 
     /// Every place was looked at. What other bundles own may still be unknown (`owners`).

@@ -30,7 +30,7 @@ void SizeMeasurer::add(Path item) {
     changed_.notify_one();
 }
 
-std::vector<std::optional<std::int64_t>> SizeMeasurer::finish() {
+std::vector<std::optional<TreeSize>> SizeMeasurer::finish() {
     {
         std::unique_lock lock(mutex_);
         measureQueued(lock);
@@ -44,11 +44,11 @@ void SizeMeasurer::measureQueued(std::unique_lock<std::mutex>& lock) {
         const auto index = next_++;
         const Path item = items_[index];
         lock.unlock();
-        std::optional<std::int64_t> size;
+        std::optional<TreeSize> size;
         if (!stop_.stopRequested())
             if (const auto tree = files_.treeSize(item, traceSizeEntryLimit, stop_);
                 tree && !stop_.stopRequested())
-                size = static_cast<std::int64_t>(tree->allocatedBytes);
+                size = *tree;
         lock.lock();
         sizes_[index] = size;
     }

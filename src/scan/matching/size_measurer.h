@@ -27,9 +27,9 @@ class SizeMeasurer {
 
     void add(Path item);
 
-    /// Helps until all is measured. Gives one answer for each `add`, in their order: the bytes on the disk of
-    /// the first `traceSizeEntryLimit` entries; nothing where that cannot be told or was stopped.
-    std::vector<std::optional<std::int64_t>> finish();
+    /// Helps until all is measured. Gives one answer for each `add`, in their order: of the first
+    /// `traceSizeEntryLimit` entries; nothing where that cannot be told or was stopped.
+    std::vector<std::optional<TreeSize>> finish();
 
   private:
     void measureQueued(std::unique_lock<std::mutex>& lock);
@@ -41,7 +41,7 @@ class SizeMeasurer {
     std::mutex mutex_;
     std::condition_variable changed_;
     std::vector<Path> items_;
-    std::vector<std::optional<std::int64_t>> sizes_;
+    std::vector<std::optional<TreeSize>> sizes_;
     std::size_t next_ = 0; ///< the first item that nobody measures yet
     bool isClosed_ = false;
     std::vector<std::thread> workers_;

@@ -1,5 +1,7 @@
 #include "scan/matching/trace.h"
 
+#include "platform/file_system.h"
+
 namespace tidwen {
 
 TraceRisk traceRisk(TraceCategory category, MatchReason::Kind reason, bool requiresRoot) {
@@ -42,6 +44,11 @@ Trace makeTrace(TraceCategory category, TraceAction action, MatchReason reason, 
             .requiresRoot = requiresRoot,
             .risk = risk,
             .contestedBy = std::nullopt};
+}
+
+void setSize(Trace& trace, const TreeSize& size) {
+    trace.sizeBytes = static_cast<std::int64_t>(size.allocatedBytes);
+    trace.isSizePartial = size.capped;
 }
 
 const Path* movedPath(const TraceAction& action) {

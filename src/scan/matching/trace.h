@@ -13,6 +13,8 @@
 
 namespace tidwen {
 
+struct TreeSize;
+
 enum class SettingsPane { fullDiskAccess, loginItemsAndExtensions, privacyAndSecurity };
 
 /// Something only the user can do.
@@ -120,6 +122,7 @@ struct Trace {
     /// A folder that could not be searched to its end for applications of others, which would go along. Never
     /// taken by default either.
     bool mayHoldOthers = false;
+    bool isSizePartial = false; ///< there was more than is measured: `sizeBytes` is a lower bound
 
     friend bool operator==(const Trace&, const Trace&) = default;
 };
@@ -130,6 +133,9 @@ TraceRisk traceRisk(TraceCategory category, MatchReason::Kind reason, bool requi
 /// Fills `id` and `risk`; the only way the scanners make a trace.
 Trace makeTrace(TraceCategory category, TraceAction action, MatchReason reason, Reversibility reversibility,
                 std::string displayName, std::optional<std::int64_t> sizeBytes, bool requiresRoot);
+
+/// What a walk measured of it.
+void setSize(Trace& trace, const TreeSize& size);
 
 /// The file or folder whose move the trace asks for; nothing for traces that move nothing.
 const Path* movedPath(const TraceAction& action);

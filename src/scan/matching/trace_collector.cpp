@@ -37,7 +37,7 @@ void TraceCollector::skip(const Path& path) {
 std::vector<Trace> TraceCollector::take() {
     const auto sizes = sizes_.finish();
     for (std::size_t i = 0; i < measured_.size(); ++i)
-        traces_[measured_[i]].sizeBytes = sizes[i];
+        if (sizes[i]) setSize(traces_[measured_[i]], *sizes[i]);
     return std::move(traces_);
 }
 
