@@ -65,7 +65,8 @@ int main(int argc, char** argv) {
     const std::size_t count = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 100'000;
     const auto traces = std::make_shared<const std::vector<Trace>>(leftovers(count));
     MainQueue main, background;
-    SweepState state(main, background);
+    const Texts texts;
+    SweepState state(main, background, texts);
     const auto settle = [&] {
         background.drain();
         main.drain();

@@ -28,13 +28,21 @@ class ObservableList {
     /// Becomes `rows` in as few steps as its observers can follow easily. Keys that are there twice cost a
     /// reset.
     void assign(std::vector<Row> rows) {
-        const auto places = newPlaces(rows);
-        const auto changes = places ? rowChanges(*places, rows.size()) : std::vector{RowChange{}};
-        if (!changes.empty() && changes.front().kind == RowChange::Kind::reset)
+        const auto steps = stepsBetween(rows_, rows);
+        assign(std::move(rows), steps);
+    }
+    /// The same for a long list, with the steps from its rows to these worked out on another thread.
+    void assign(std::vector<Row> rows, const std::vector<RowChange>& steps) {
+        if (!steps.empty() && steps.front().kind == RowChange::Kind::reset)
             return step({}, [&] { rows_ = std::move(rows); });
-        for (const auto& change : changes)
+        for (const auto& change : steps)
             step(change, [&] { apply(change, rows); });
         replaceChanged(std::move(rows));
+    }
+    /// The rows that come and go; any thread.
+    static std::vector<RowChange> stepsBetween(const std::vector<Row>& from, const std::vector<Row>& to) {
+        const auto places = newPlaces(from, to);
+        return places ? rowChanges(*places, to.size()) : std::vector{RowChange{}};
     }
 
     /// Exchanges one row for another with the same key. Does nothing when they are equal.
@@ -53,14 +61,14 @@ class ObservableList {
         changed.emit(change);
     }
 
-    /// Where each row of now stands in `rows`; nothing when a key is there twice.
-    std::optional<Place> newPlaces(const std::vector<Row>& rows) const {
-        std::map<std::decay_t<decltype(rows.front().key())>, std::size_t> byKey;
-        for (std::size_t i = 0; i < rows.size(); ++i)
-            if (!byKey.emplace(rows[i].key(), i).second) return std::nullopt;
+    /// Where each row of `from` stands in `to`; nothing when a key is there twice.
+    static std::optional<Place> newPlaces(const std::vector<Row>& from, const std::vector<Row>& to) {
+        std::map<std::decay_t<decltype(to.front().key())>, std::size_t> byKey;
+        for (std::size_t i = 0; i < to.size(); ++i)
+            if (!byKey.emplace(to[i].key(), i).second) return std::nullopt;
         Place places;
-        places.reserve(rows_.size());
-        for (const auto& row : rows_) {
+        places.reserve(from.size());
+        for (const auto& row : from) {
             const auto found = byKey.find(row.key());
             places.push_back(found == byKey.end() ? std::nullopt : std::optional(found->second));
         }

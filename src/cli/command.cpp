@@ -30,6 +30,10 @@ void CommandContext::complain(const Message& what) const {
     console.complain(texts.text(what), what.key);
 }
 
+void CommandContext::complainOf(const Problem& what) const {
+    console.complain(what.text(texts), what.reason.key);
+}
+
 ExitStatus CommandContext::refuse(const Message& reason, const std::optional<std::string>& meant) const {
     auto line = texts.text(reason);
     if (meant) line += " " + text("cli.didYouMean %@", {*meant});

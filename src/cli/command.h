@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/message.h"
+#include "base/problem.h"
 #include "cli/arguments.h"
 #include "platform/https_fetcher.h"
 #include "program/mac.h"
@@ -40,6 +40,7 @@ struct CommandContext {
     }
     /// Says what went wrong.
     void complain(const Message& what) const;
+    void complainOf(const Problem& what) const;
     /// Says why nothing is done, and which word may have been `meant`.
     ExitStatus refuse(const Message& reason, const std::optional<std::string>& meant = {}) const;
     /// The same for a call that the command cannot make sense of; says how to call it.

@@ -7,7 +7,6 @@
 #include "inventory/installed_applications.h"
 
 #include <algorithm>
-#include <sstream>
 #include <utility>
 
 namespace tidwen {
@@ -15,7 +14,7 @@ namespace tidwen {
 FlowSession::FlowSession(const CommandContext& context, Mac& mac)
     : context_(context),
       session_(mac, main_, InstalledBundles::Looks::once),
-      model_(session_.removalServices(), mac.system.user),
+      model_(session_.models().removal()),
       progress_(model_.changed.connect([this] { showProgress(); })),
       steps_(model_.progress.observe([this](const auto&) { showProgress(); })) {}
 
@@ -42,10 +41,10 @@ bool FlowSession::scan(const std::vector<std::string>& words, ProtectedTargets o
         installed =
             identitiesOf(*session_.lookAtBundles(), findApplicationBundles(system.files, system.user));
     }
-    const auto named = findBundles(
-        words, ApplicationFinder(mac.system.files, installed, HostPaths(mac.volume)), context_.texts);
+    const auto named =
+        findBundles(words, ApplicationFinder(mac.system.files, installed, HostPaths(mac.volume)));
     for (const auto& failure : named.failures)
-        context_.console.complain(failure);
+        context_.complainOf(failure);
     someRefused_ = !named.failures.empty();
     if (named.bundles.empty()) return false;
     model_.loadTargets(named.bundles, ofProtected);
@@ -83,11 +82,10 @@ std::optional<OrphanScanResult> FlowSession::findOrphans() {
 }
 
 void FlowSession::complainOfRefusals() {
-    if (!model_.errorMessage()) return;
+    if (model_.problems().empty()) return;
     someRefused_ = true;
-    std::istringstream lines(*model_.errorMessage());
-    for (std::string line; std::getline(lines, line);)
-        context_.console.complain(line);
+    for (const auto& problem : model_.problems())
+        context_.complainOf(problem);
     for (const auto& target : model_.protectedTargets())
         context_.console.complain(unprotectHint(target, context_));
 }

@@ -55,7 +55,7 @@ class FlowSession {
     Session session_;
     bool someRefused_ = false;
     bool someLeftOut_ = false;
-    RemovalFlowModel model_;
+    RemovalFlowModel& model_;
     Subscription progress_, steps_;
 };
 

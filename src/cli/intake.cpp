@@ -114,27 +114,24 @@ std::string unprotectHint(const AppTarget& target, const CommandContext& context
                         {context.commandLine({"protect", "remove", target.bundleID})});
 }
 
-NamedBundles findBundles(const std::vector<std::string>& words, const ApplicationFinder& finder,
-                         const Texts& texts) {
+NamedBundles findBundles(const std::vector<std::string>& words, const ApplicationFinder& finder) {
     NamedBundles named;
     named.bundles.reserve(words.size());
     for (const auto& word : words) {
         if (auto bundle = finder.find(word))
             named.bundles.push_back(std::move(*bundle));
         else
-            named.failures.push_back(
-                {(word.empty() ? "“”" : word) + ": " + texts.text(bundle.error()), bundle.error().key});
+            named.failures.push_back({word.empty() ? "“”" : word, bundle.error()});
     }
     return named;
 }
 
 TargetIntake loadTargets(const std::vector<std::string>& words, const ApplicationFinder& finder,
-                         const AppTargetLoader& loader, const ProtectedApps& protectedApps,
-                         const Texts& texts) {
-    auto named = findBundles(words, finder, texts);
-    auto intake = takeIn(named.bundles, loader, protectedApps, texts);
-    std::ranges::transform(named.failures, std::inserter(intake.failures, intake.failures.begin()),
-                           &Complaint::text);
+                         const AppTargetLoader& loader, const ProtectedApps& protectedApps) {
+    auto named = findBundles(words, finder);
+    auto intake = takeIn(named.bundles, loader, protectedApps);
+    intake.failures.insert(intake.failures.begin(), std::make_move_iterator(named.failures.begin()),
+                           std::make_move_iterator(named.failures.end()));
     return intake;
 }
 

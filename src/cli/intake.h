@@ -54,15 +54,13 @@ std::string unprotectHint(const AppTarget& target, const CommandContext& context
 /// Bundles that words on the command line mean, and a line for each word that means none.
 struct NamedBundles {
     std::vector<Path> bundles;
-    std::vector<Complaint> failures;
+    std::vector<Problem> failures;
 };
 
-NamedBundles findBundles(const std::vector<std::string>& words, const ApplicationFinder& finder,
-                         const Texts& texts);
+NamedBundles findBundles(const std::vector<std::string>& words, const ApplicationFinder& finder);
 
 /// The applications that words mean, loaded; the failures of both steps in one list.
 TargetIntake loadTargets(const std::vector<std::string>& words, const ApplicationFinder& finder,
-                         const AppTargetLoader& loader, const ProtectedApps& protectedApps,
-                         const Texts& texts);
+                         const AppTargetLoader& loader, const ProtectedApps& protectedApps);
 
 } // namespace tidwen

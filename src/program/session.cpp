@@ -10,13 +10,14 @@ Session::Session(Mac& mac, Executor& main, InstalledBundles::Looks looks)
       bundles_(mac.system.files, mac.system.signatures, mac.system.user, looks),
       loader_(mac.system.files, mac.system.signatures),
       protectedApps_(mac.system.defaults),
-      tags_(mac.system.defaults),
+      tags_(mac.system.defaults, mac.system.texts),
       preferences_(mac.system.defaults),
       executor_({mac.system.files, mac.userRunner, mac.privilegedRunner, mac.system.log}),
       undo_(undoPorts(mac), mac.system.user),
       purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
       audit_(mac.system.files, mac.system.user, mac.system.texts),
-      models_({mac, main, background_, preferences_, tags_, protectedApps_, undo_, purge_, audit_}) {}
+      models_({mac, main, background_, preferences_, tags_, protectedApps_, undo_, purge_, audit_,
+               [this] { return removalServices(); }}) {}
 
 bool Session::followSettings() {
     settingsFollower_.emplace(mac_.system.defaults, main_, [this] {

@@ -38,6 +38,10 @@ std::vector<InstalledApp> SessionModels::listApps() const {
                              findApplicationBundles(system.files, system.user));
 }
 
+RemovalFlowModel& SessionModels::removal() {
+    return removal_ ? *removal_ : removal_.emplace(shared_.removal(), shared_.mac.system.user);
+}
+
 HomeGridModel& SessionModels::homeGrid() {
     if (homeGrid_) return *homeGrid_;
     const auto& system = shared_.mac.system;
@@ -103,9 +107,12 @@ std::unique_ptr<PermissionsSheet> SessionModels::permissionsSheet(AppTarget app)
 std::unique_ptr<InboxWatcher> SessionModels::inboxWatcher(const OwnBundle& bundle,
                                                           InboxWatcher::OnRequest onRequest) {
     const auto& mac = shared_.mac;
-    return std::make_unique<InboxWatcher>(
+    auto watcher = std::make_unique<InboxWatcher>(
         InboxWatcher::Ports{mac.system.files, mac.folderEvents, shared_.main, watching(), mac.system.log},
         requestInbox(mac, bundle), std::move(onRequest));
+    auto& flow = removal();
+    watcher->follow(flow.changed, [&flow] { return !flow.takesTargets(); });
+    return watcher;
 }
 
 } // namespace tidwen

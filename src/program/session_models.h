@@ -4,6 +4,7 @@
 #include "inventory/home_grid_model.h"
 #include "program/mac.h"
 #include "quarantine/history_model.h"
+#include "removal/removal_flow_model.h"
 #include "scan/applications/installed_bundles.h"
 #include "sweep/installers_model.h"
 #include "system/inbox_watcher.h"
@@ -12,8 +13,10 @@
 #include "system/startup_items_model.h"
 #include "system/trash_catcher.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace tidwen {
@@ -33,12 +36,15 @@ class SessionModels {
         UndoService& undo;
         QuarantinePurge& purge;
         const PermissionAudit& audit;
+        std::function<RemovalFlowModel::Services()> removal; ///< what a removal works with
     };
 
-    explicit SessionModels(Shared shared) : shared_(shared) {}
+    explicit SessionModels(Shared shared) : shared_(std::move(shared)) {}
     SessionModels(const SessionModels&) = delete;
     SessionModels& operator=(const SessionModels&) = delete;
 
+    /// The walk of a removal, from the choice to the report.
+    RemovalFlowModel& removal();
     HomeGridModel& homeGrid();
     InstallersModel& installers();
     StartupItemsModel& startupItems();
@@ -51,7 +57,8 @@ class SessionModels {
 
     /// The permissions of one application, while somebody looks at them.
     std::unique_ptr<PermissionsSheet> permissionsSheet(AppTarget app);
-    /// The requests of other processes; `bundle` names the inbox.
+    /// The requests of other processes; `bundle` names the inbox. While `removal` takes no applications in,
+    /// they wait.
     std::unique_ptr<InboxWatcher> inboxWatcher(const OwnBundle& bundle, InboxWatcher::OnRequest onRequest);
 
   private:
@@ -66,6 +73,7 @@ class SessionModels {
     // After what their work uses, and before the models, which give them work as long as they live.
     std::optional<WorkQueue> reading_;
     std::optional<WorkQueue> watching_; ///< one thread
+    std::optional<RemovalFlowModel> removal_;
     std::optional<HomeGridModel> homeGrid_;
     std::optional<InstallersModel> installers_;
     std::optional<StartupItemsModel> startupItems_;

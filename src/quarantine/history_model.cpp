@@ -57,9 +57,7 @@ void HistoryModel::run(std::string busyID,
         [answer = std::move(answer)](HistoryModel& self, tl::expected<Result, Refusal> result) {
             self.work_.end();
             self.busyEntryID.set(std::nullopt);
-            self.errorMessage.set(result || !result.error().reason
-                                      ? std::nullopt
-                                      : std::optional(self.ports_.texts.text(*result.error().reason)));
+            self.error.set(result ? std::nullopt : result.error().reason);
             if (result) self.publish(*result);
             if (answer) answer(result);
             if (result) self.load();
@@ -109,8 +107,7 @@ void HistoryModel::publish(PastRuns runs, bool isBusy) {
 }
 
 void HistoryModel::publish(const QuarantinePurge::Outcome& outcome) {
-    if (!outcome.kept.empty())
-        errorMessage.set(ports_.texts.text("history.purge.kept %@", {outcome.kept.front().string()}));
+    if (!outcome.kept.empty()) error.set(Message{"history.purge.kept %@", {outcome.kept.front().string()}});
 }
 
 } // namespace tidwen

@@ -56,7 +56,11 @@ class HistoryModel {
     Property<std::optional<std::string>> busyEntryID; ///< see `id`; the Trash while several are deleted
     Property<std::optional<StepProgress>> progress;   ///< the step at hand of what runs
     Property<std::optional<UndoReport>> lastUndo;
-    Property<std::optional<std::string>> errorMessage; ///< of the last undo or deletion
+    Property<std::optional<Message>> error; ///< why the last undo or deletion was not done, or not wholly
+    /// The same in words.
+    std::optional<std::string> errorMessage() const {
+        return error.get() ? std::optional(ports_.texts.text(*error.get())) : std::nullopt;
+    }
 
     /// Reads the runs again. Of several loads at once the last one started wins.
     void load(Sizes sizes = Sizes::measured, std::function<void()> done = {});

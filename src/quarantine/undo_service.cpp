@@ -349,9 +349,7 @@ class UndoRun {
         }
     }
 
-    void fail(const std::string& path, const Message& reason) {
-        report_.failures.push_back(fmt::format("{}: {}", path, ports_.texts.text(reason)));
-    }
+    void fail(const std::string& path, const Message& reason) { report_.failures.push_back({path, reason}); }
 
     /// Keeps the Trash tidy: the numbered folders go when nothing is left in them, and only then.
     void removeEmptiedFolders() {

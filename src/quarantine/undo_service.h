@@ -2,6 +2,7 @@
 
 #include "base/log.h"
 #include "base/message.h"
+#include "base/problem.h"
 #include "base/step_progress.h"
 #include "base/texts.h"
 #include "operations/privileged_runner.h"
@@ -20,7 +21,7 @@ namespace tidwen {
 struct UndoReport {
     int restoredCount = 0;
     int totalCount = 0;
-    std::vector<std::string> failures; ///< "path: reason" in the user's language
+    std::vector<Problem> failures; ///< each with its path, or the label of a job
     int relaunchedJobs = 0;
     std::vector<Path> renamed = {}; ///< where items went whose old place is taken
     int alreadyBack = 0;            ///< items that lie in their old place again; neither tried nor failed

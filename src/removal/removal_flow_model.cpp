@@ -17,7 +17,7 @@ std::string_view name(const Stage& stage) {
 RemovalFlowModel::RemovalFlowModel(Services services, UserEnvironment user)
     : services_(std::move(services)),
       user_(std::move(user)),
-      sweep_(services_.main, services_.treeQueue, services_.texts.language()),
+      sweep_(services_.main, services_.treeQueue, services_.texts),
       work_(services_.main, progress) {}
 
 RemovalFlowModel::~RemovalFlowModel() {
@@ -48,18 +48,25 @@ void RemovalFlowModel::forgetChoices() {
     reviewLists_.clear();
 }
 
-std::string RemovalFlowModel::wordsOf(const FileError& error) const {
-    return services_.texts.text(describeNotBegun(error, services_.texts));
+bool RemovalFlowModel::takesTargets() const {
+    return isHome() || std::holds_alternative<stage::Review>(stage_);
 }
 
-void RemovalFlowModel::fail(std::string message) {
-    errorMessage_ = std::move(message);
+std::optional<std::string> RemovalFlowModel::errorMessage() const {
+    std::optional<std::string> lines;
+    for (const auto& problem : problems_)
+        lines = (lines ? *lines + "\n" : "") + problem.text(services_.texts);
+    return lines;
+}
+
+void RemovalFlowModel::fail(Message reason) {
+    problems_ = {{.reason = std::move(reason)}};
     notify();
 }
 
 void RemovalFlowModel::show(Stage home) {
     if (!isHome()) return;
-    errorMessage_.reset();
+    problems_.clear();
     forgetChoices();
     stage_ = std::move(home);
     if (!isHome()) stage_ = stage::Idle{};
@@ -71,7 +78,7 @@ void RemovalFlowModel::close() {
     if (!isReport && !std::holds_alternative<stage::Review>(stage_)
         && !std::holds_alternative<stage::Orphans>(stage_))
         return;
-    errorMessage_.reset();
+    problems_.clear();
     undoReport_.reset();
     forgetChoices();
     stage_ = home_;
@@ -80,16 +87,13 @@ void RemovalFlowModel::close() {
 }
 
 void RemovalFlowModel::loadTargets(const std::vector<Path>& bundles, ProtectedTargets ofProtected) {
-    if (!isHome() && !std::holds_alternative<stage::Review>(stage_)) return;
-    errorMessage_.reset();
-    auto intake = takeIn(bundles, services_.loader, services_.protectedApps, services_.texts, ofProtected);
+    if (!takesTargets()) return;
+    problems_.clear();
+    auto intake = takeIn(bundles, services_.loader, services_.protectedApps, ofProtected);
     protectedTargets_ = std::move(intake.refused);
-    std::string failures;
-    for (const auto& line : intake.failures)
-        failures += (failures.empty() ? "" : "\n") + line;
-    if (intake.targets.empty())
-        return fail(failures.empty() ? services_.texts.text("error.nothingToRemove") : std::move(failures));
-    if (!failures.empty()) errorMessage_ = std::move(failures);
+    if (intake.targets.empty() && intake.failures.empty()) return fail({"error.nothingToRemove"});
+    problems_ = std::move(intake.failures);
+    if (intake.targets.empty()) return notify();
     scan(std::move(intake.targets));
 }
 
@@ -130,7 +134,7 @@ void RemovalFlowModel::scanOrphans() {
     if (!isHome()) return;
     forgetChoices();
     const auto control = work_.begin();
-    errorMessage_.reset();
+    problems_.clear();
     sweep_.begin(services_.clock.now());
     enter(stage::Scanning{});
     const auto onFound = [this, alive = std::weak_ptr(alive_), main = &services_.main,
@@ -174,8 +178,7 @@ void RemovalFlowModel::review(std::vector<ScanResult> results) {
         ofTarget.insert(ofTarget.end(), result.traces.begin(), result.traces.end());
     }
     for (auto& [bundleID, ofTarget] : traces)
-        reviewLists_[bundleID] =
-            std::make_shared<const LeftoverList>(std::move(ofTarget), services_.texts.language());
+        reviewLists_[bundleID] = std::make_shared<const LeftoverList>(std::move(ofTarget), services_.texts);
     buildReviewTrees();
     const auto shared = std::make_shared<const std::vector<ScanResult>>(std::move(results));
     stage_ = stage::Review{shared};
@@ -206,10 +209,19 @@ void RemovalFlowModel::buildReviewTrees() {
         reviewTrees_[bundleID] = buildTree(list, reviewFilter_);
 }
 
+void RemovalFlowModel::arrange() {
+    sweep_.arrange();
+    for (auto& [bundleID, list] : reviewLists_)
+        if (list->language() != services_.texts.language())
+            list = std::make_shared<const LeftoverList>(list->shared(), services_.texts);
+    buildReviewTrees();
+    notify();
+}
+
 void RemovalFlowModel::offer(const std::string& name, std::vector<Trace> traces) {
     if (!isHome()) return;
     forgetChoices();
-    errorMessage_.reset();
+    problems_.clear();
     std::vector<Uuid> all;
     all.reserve(traces.size());
     for (const auto& trace : traces)

@@ -3,6 +3,7 @@
 #include "base/executor.h"
 #include "base/followed_work.h"
 #include "base/observable.h"
+#include "base/problem.h"
 #include "platform/applications.h"
 #include "quarantine/undo_service.h"
 #include "removal/flow_types.h"
@@ -93,7 +94,10 @@ class RemovalFlowModel {
     Property<std::optional<StepProgress>> progress;
 
     const Stage& stage() const { return stage_; }
-    const std::optional<std::string>& errorMessage() const { return errorMessage_; }
+    /// Why what was asked for last was not done, or not all of it.
+    const std::vector<Problem>& problems() const { return problems_; }
+    /// The same in words, a line each; nothing when there is none.
+    std::optional<std::string> errorMessage() const;
     /// Of the last `loadTargets`: the applications that were refused because they are protected.
     const std::vector<AppTarget>& protectedTargets() const { return protectedTargets_; }
     const std::optional<UndoReport>& undoReport() const { return undoReport_; }
@@ -109,6 +113,10 @@ class RemovalFlowModel {
     const std::map<std::string, LeftoverTree>& reviewTrees() const { return reviewTrees_; }
     const LeftoverFilter& reviewFilter() const { return reviewFilter_; }
     SweepState& sweep() { return sweep_; } ///< with the filter of its screen
+    /// `loadTargets` would take applications in now.
+    bool takesTargets() const;
+    /// Orders and names in the language that is in use by now what was made in another.
+    void arrange();
 
     /// Those `shown` although they are protected can be looked at and not removed.
     void loadTargets(const std::vector<Path>& bundles,
@@ -151,9 +159,7 @@ class RemovalFlowModel {
     bool isChoosing() const;
     void enter(Stage next);
     void forgetChoices();
-    void fail(std::string message);
-    /// Why what was asked for was not begun.
-    std::string wordsOf(const FileError& error) const;
+    void fail(Message reason);
     void notify() { changed.emit(); }
 
     void scan(std::vector<AppTarget> targets);
@@ -168,14 +174,14 @@ class RemovalFlowModel {
     void quitNext(std::shared_ptr<Run> run);
     void execute(std::shared_ptr<Run> run);
     bool goBackIfStopped(Run& run);
-    void goBack(Run& run, std::optional<std::string> error);
+    void goBack(Run& run, std::optional<Message> error);
     void goBack(Run& run, RemovalRefusal refusal);
 
     Services services_;
     UserEnvironment user_;
     Stage stage_ = stage::Idle{};
     Stage home_ = stage::Idle{}; ///< the home stage that a flow started from
-    std::optional<std::string> errorMessage_;
+    std::vector<Problem> problems_;
     std::vector<AppTarget> protectedTargets_;
     std::optional<UndoReport> undoReport_;
     bool isUndoing_ = false;

@@ -43,11 +43,11 @@ struct RemovalFlowModel::Run {
 void RemovalFlowModel::confirm() {
     const bool hasNoOffer = isHome() && choice_.findings().groups().empty();
     if (!isChoosing() || hasNoOffer) return;
-    errorMessage_.reset();
+    problems_.clear();
     unmovableItems_.clear();
     if (const auto refusal = whyNothingIsChosen()) {
         unmovableItems_ = refusal->unmovableItems;
-        return fail(services_.texts.text(refusal->reason));
+        return fail(refusal->reason);
     }
     auto run = std::make_shared<Run>();
     run->choice = choice_;
@@ -92,7 +92,7 @@ void RemovalFlowModel::beginUnlessRefused(const std::shared_ptr<Run>& run) {
         [run](RemovalFlowModel& self, Outcome outcome) {
             if (!outcome) return self.goBack(*run, std::move(outcome.error()));
             auto& lock = *outcome;
-            if (!lock) return self.goBack(*run, self.wordsOf(lock.error()));
+            if (!lock) return self.goBack(*run, describeNotBegun(lock.error(), self.services_.texts));
             run->lock = std::move(*lock);
             self.quitNext(run);
         });
@@ -100,14 +100,15 @@ void RemovalFlowModel::beginUnlessRefused(const std::shared_ptr<Run>& run) {
 
 void RemovalFlowModel::goBack(Run& run, RemovalRefusal refusal) {
     unmovableItems_ = std::move(refusal.unmovableItems);
-    goBack(run, services_.texts.text(refusal.reason));
+    goBack(run, std::move(refusal.reason));
 }
 
-void RemovalFlowModel::goBack(Run& run, std::optional<std::string> error) {
+void RemovalFlowModel::goBack(Run& run, std::optional<Message> error) {
     run.lock.reset();
     const auto kept = std::move(run_); // it may hold the last reference
     work_.end();
-    errorMessage_ = std::move(error);
+    problems_.clear();
+    if (error) problems_.push_back({.reason = std::move(*error)});
     stage_ = std::move(run.cameFrom);
     notify();
 }
@@ -115,7 +116,7 @@ void RemovalFlowModel::goBack(Run& run, std::optional<std::string> error) {
 /// No step has begun, and none will.
 bool RemovalFlowModel::goBackIfStopped(Run& run) {
     if (!run.control.isStopped()) return false;
-    goBack(run, services_.texts.text("error.stoppedBeforeFirstStep"));
+    goBack(run, Message{"error.stoppedBeforeFirstStep"});
     return true;
 }
 
@@ -172,7 +173,8 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
     };
     inBackground(*this, alive_, services_.background, services_.main, std::move(work),
                  [run = std::move(run)](RemovalFlowModel& self, FileResult<RemovalReport> report) {
-                     if (!report) return self.goBack(*run, self.wordsOf(report.error()));
+                     if (!report)
+                         return self.goBack(*run, describeNotBegun(report.error(), self.services_.texts));
                      if (report->isUntouched()) return void(self.goBackIfStopped(*run));
                      self.run_.reset();
                      self.work_.end();
@@ -186,7 +188,7 @@ void RemovalFlowModel::undoLast() {
     const auto* shown = std::get_if<stage::Report>(&stage_);
     if (!shown || isUndoing_) return;
     isUndoing_ = true;
-    errorMessage_.reset();
+    problems_.clear();
     const auto control = work_.begin();
     notify();
     inBackground(
@@ -197,7 +199,7 @@ void RemovalFlowModel::undoLast() {
         [](RemovalFlowModel& self, tl::expected<UndoReport, Message> outcome) {
             self.isUndoing_ = false;
             self.work_.end();
-            if (!outcome) return self.fail(self.services_.texts.text(outcome.error()));
+            if (!outcome) return self.fail(std::move(outcome.error()));
             self.undoReport_ = std::move(*outcome);
             self.notify();
         });

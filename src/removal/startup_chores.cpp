@@ -53,7 +53,7 @@ void StartupChores::dismissRecoveryNotice(const Path& root) {
 void StartupChores::undoRecovered() {
     if (isUndoing_ || recoveryNotices_.empty()) return;
     isUndoing_ = true;
-    errorMessage_.reset();
+    error_.reset();
     changed.emit();
     const auto root = recoveryNotices_.front().manifest.quarantineRoot;
     inBackground(
@@ -68,7 +68,7 @@ void StartupChores::undoRecovered() {
                 self.undoReport_ = std::move(*outcome);
                 self.dismissRecoveryNotice(root);
             } else {
-                self.errorMessage_ = self.services_.texts.text(outcome.error());
+                self.error_ = std::move(outcome.error());
             }
             self.changed.emit();
         });

@@ -67,7 +67,10 @@ class StartupChores {
     void stop() { work_.stop(); }
     const std::optional<UndoReport>& undoReport() const { return undoReport_; }
     /// Why the last undo was not begun.
-    const std::optional<std::string>& errorMessage() const { return errorMessage_; }
+    const std::optional<Message>& error() const { return error_; }
+    std::optional<std::string> errorMessage() const {
+        return error_ ? std::optional(services_.texts.text(*error_)) : std::nullopt;
+    }
 
   private:
     void show(RecoveryOutcome outcome);
@@ -80,7 +83,7 @@ class StartupChores {
     std::vector<RecoveryNotice> recoveryNotices_;
     bool isUndoing_ = false;
     std::optional<UndoReport> undoReport_;
-    std::optional<std::string> errorMessage_;
+    std::optional<Message> error_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };
 

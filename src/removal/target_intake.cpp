@@ -11,7 +11,7 @@ Message describeProtected(const AppTarget& target) {
 }
 
 TargetIntake takeIn(const std::vector<Path>& bundles, const AppTargetLoader& loader,
-                    const ProtectedApps& protectedApps, const Texts& texts, ProtectedTargets ofProtected) {
+                    const ProtectedApps& protectedApps, ProtectedTargets ofProtected) {
     TargetIntake intake;
     std::vector<AppTarget> loaded;
     std::set<Path> seen;
@@ -20,8 +20,8 @@ TargetIntake takeIn(const std::vector<Path>& bundles, const AppTargetLoader& loa
         if (auto target = loader.load(bundle))
             loaded.push_back(std::move(*target));
         else
-            intake.failures.push_back(printable(bundle.lastComponent()) + ": "
-                                      + texts.text(errorKey(target.error())));
+            intake.failures.push_back(
+                {printable(bundle.lastComponent()), {std::string(errorKey(target.error()))}});
     }
     if (ofProtected == ProtectedTargets::shown) {
         intake.targets = std::move(loaded);
@@ -29,7 +29,7 @@ TargetIntake takeIn(const std::vector<Path>& bundles, const AppTargetLoader& loa
     }
     auto [allowed, refused] = protectedApps.partition(std::move(loaded));
     for (const auto& target : refused)
-        intake.failures.push_back(texts.text(describeProtected(target)));
+        intake.failures.push_back({.reason = describeProtected(target)});
     intake.refused = std::move(refused);
     intake.targets = std::move(allowed);
     return intake;

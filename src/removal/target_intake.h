@@ -1,19 +1,17 @@
 #pragma once
 
-#include "base/message.h"
-#include "base/texts.h"
+#include "base/problem.h"
 #include "scan/applications/protected_apps.h"
 
-#include <string>
 #include <vector>
 
 namespace tidwen {
 
-/// Applications that were asked for, and a line for each that cannot be taken ("Zed.app: This is no …").
+/// Applications that were asked for, and why some of them cannot be taken ("Zed.app: This is no …").
 struct TargetIntake {
-    std::vector<AppTarget> targets;    ///< in the order asked for, each bundle once
-    std::vector<std::string> failures; ///< names in them have their control characters made visible
-    std::vector<AppTarget> refused;    ///< those among the failures that are protected
+    std::vector<AppTarget> targets; ///< in the order asked for, each bundle once
+    std::vector<Problem> failures;  ///< names in them have their control characters made visible
+    std::vector<AppTarget> refused; ///< those among the failures that are protected
 };
 
 /// What becomes of applications that the user protects.
@@ -23,7 +21,7 @@ enum class ProtectedTargets {
 };
 
 TargetIntake takeIn(const std::vector<Path>& bundles, const AppTargetLoader& loader,
-                    const ProtectedApps& protectedApps, const Texts& texts,
+                    const ProtectedApps& protectedApps,
                     ProtectedTargets ofProtected = ProtectedTargets::refused);
 
 /// That the application is protected.

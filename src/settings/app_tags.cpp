@@ -24,7 +24,7 @@ bool isUsable(const std::string& tag) {
 
 } // namespace
 
-AppTags::AppTags(Defaults& defaults) : defaults_(defaults) {
+AppTags::AppTags(Defaults& defaults, const Texts& texts) : defaults_(defaults), texts_(texts) {
     reload();
 }
 
@@ -52,9 +52,13 @@ void AppTags::show(Store store) {
 std::vector<std::string> AppTags::tags(const std::string& bundleID) const {
     const auto found = byApp_.find(bundleID);
     if (found == byApp_.end()) return {};
-    auto tags = found->second;
-    std::sort(tags.begin(), tags.end(),
-              [](const auto& a, const auto& b) { return compareForDisplay(a, b) < 0; });
+    return sorted(found->second);
+}
+
+std::vector<std::string> AppTags::sorted(std::vector<std::string> tags) const {
+    std::ranges::sort(tags, [locale = texts_.language()](const auto& a, const auto& b) {
+        return compareForDisplay(a, b, locale) < 0;
+    });
     return tags;
 }
 
@@ -68,8 +72,6 @@ std::vector<std::string> AppTags::all(const Store& store) {
     for (const auto& [bundleID, tags] : store)
         for (const auto& tag : tags)
             if (find(result, tag) == result.end()) result.push_back(tag);
-    std::sort(result.begin(), result.end(),
-              [](const auto& a, const auto& b) { return compareForDisplay(a, b) < 0; });
     return result;
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/letter_case.h"
 #include "base/observable.h"
+#include "base/texts.h"
 #include "platform/defaults.h"
 
 #include <functional>
@@ -22,12 +23,13 @@ class AppTags {
   public:
     static constexpr const char* defaultsKey = "tidwen.appTags";
 
-    explicit AppTags(Defaults& defaults);
+    /// `texts`: of the language in which people read.
+    AppTags(Defaults& defaults, const Texts& texts);
 
     /// Tags of one application, in the order of `all()`.
     std::vector<std::string> tags(const std::string& bundleID) const;
-    /// Every tag in use, sorted as people read.
-    std::vector<std::string> all() const { return all(byApp_); }
+    /// Every tag in use, as the language orders them.
+    std::vector<std::string> all() const { return sorted(all(byApp_)); }
     /// Identifiers of the applications that carry a tag.
     std::set<std::string> tagged(const std::string& tag) const;
     bool isTagged(const std::string& bundleID, const std::string& tag) const;
@@ -59,7 +61,10 @@ class AppTags {
     Result change(Refusal unchanged, const std::function<void(Store&)>& edit);
     void show(Store store);
 
+    std::vector<std::string> sorted(std::vector<std::string> tags) const;
+
     Defaults& defaults_;
+    const Texts& texts_;
     Store byApp_;
 };
 

@@ -44,10 +44,16 @@ void SharedTraces::add(std::vector<Trace> own) {
     owners.push_back(owner);
 }
 
-LeftoverList::LeftoverList(SharedTraces traces, std::string locale)
-    : shared_(std::move(traces)), locale_(std::move(locale)), sizeTexts_(locale_) {
+LeftoverList::LeftoverList(SharedTraces traces, const Texts& texts)
+    : shared_(std::move(traces)), texts_(texts), sizeTexts_(texts_.language()) {
     describe();
     sort();
+}
+
+std::string_view LeftoverList::sizeTextOf(const Trace& trace) {
+    if (!trace.sizeBytes) return {};
+    if (!trace.isSizePartial) return sizeTexts_.text(*trace.sizeBytes);
+    return partialSizeTexts_.emplace_back(sizeText(*trace.sizeBytes, true, texts_));
 }
 
 void LeftoverList::describe() {
@@ -58,8 +64,7 @@ void LeftoverList::describe() {
     ids.reserve(traces.size());
     for (std::size_t i = 0; i < traces.size(); ++i) {
         const auto& trace = *traces[i];
-        const auto size = trace.sizeBytes ? std::string_view(sizeTexts_.text(*trace.sizeBytes)) : "";
-        entries_.push_back({.row = {&trace, trace.displayName, size},
+        entries_.push_back({.row = {&trace, trace.displayName, sizeTextOf(trace)},
                             .name = names_[i],
                             .bytes = trace.sizeBytes,
                             .risk = trace.risk,
@@ -68,14 +73,15 @@ void LeftoverList::describe() {
         ids.push_back(trace.id);
         ++sums_.byRisk[static_cast<std::size_t>(trace.risk)];
         ++sums_.byCategory[static_cast<std::size_t>(trace.category)];
-        sums_.bytes += trace.sizeBytes.value_or(0);
+        sums_.size.add(trace.sizeBytes, trace.isSizePartial);
     }
     ids_ = setOf(std::move(ids));
 }
 
 void LeftoverList::sort() {
+    const auto locale = language();
     const TextList keys(entries_.size(), [&](std::size_t i) {
-        return displayOrderKey(shared_.traces[i]->displayName, locale_);
+        return displayOrderKey(shared_.traces[i]->displayName, locale);
     });
     byName_ = sorted(entries_.size(), [&](std::uint32_t a, std::uint32_t b) {
         const int order = keys[a].compare(keys[b]);
@@ -110,14 +116,14 @@ class LeftoverTreeBuilder {
             if (passing[index]) add(tree, list_.entries_[index]);
         for (std::size_t risk = 0; risk < groups_.size(); ++risk)
             close(tree, risk);
-        tree.totalSizeText = formatByteCount(tree.totalBytes, list_.locale_);
+        tree.totalBytes = total_.bytes;
+        tree.totalSizeText = sizeText(total_, list_.texts_);
     }
 
   private:
-    struct Bucket {
-        LeftoverGroup group;
-        bool hasSize = false;
-    };
+    std::optional<std::string> textOf(const ByteSum& sum) const {
+        return sum.isKnown ? std::optional(sizeText(sum, list_.texts_)) : std::nullopt;
+    }
 
     bool passes(const LeftoverList::Entry& entry) const {
         if (!filter_.risks.empty() && !filter_.risks.contains(entry.risk)) return false;
@@ -131,33 +137,28 @@ class LeftoverTreeBuilder {
             tree.manual.push_back(entry.row.trace);
             return;
         }
-        auto& bucket =
-            groups_[static_cast<std::size_t>(entry.risk)][static_cast<std::size_t>(entry.category)];
-        bucket.group.rows.push_back(entry.row);
-        if (!entry.bytes) return;
-        bucket.group.bytes += *entry.bytes;
-        bucket.hasSize = true;
+        auto& group = groups_[static_cast<std::size_t>(entry.risk)][static_cast<std::size_t>(entry.category)];
+        group.rows.push_back(entry.row);
+        group.size.add(entry.bytes, entry.row.trace->isSizePartial);
     }
 
     void close(LeftoverTree& tree, std::size_t risk) {
         LeftoverTier tier;
         tier.risk = allTraceRisks[risk];
-        bool hasSize = false;
         for (const auto category : allTraceCategories) {
-            auto& [group, groupHasSize] = groups_[risk][static_cast<std::size_t>(category)];
+            auto& group = groups_[risk][static_cast<std::size_t>(category)];
             if (group.rows.empty()) continue;
             group.category = category;
-            if (groupHasSize) group.sizeText = formatByteCount(group.bytes, list_.locale_);
-            hasSize |= groupHasSize;
+            group.sizeText = textOf(group.size);
             tier.count += static_cast<int>(group.rows.size());
-            tier.bytes += group.bytes;
+            tier.size.add(group.size);
             tier.groups.push_back(std::move(group));
         }
         tree.counts[risk] = tier.count;
         tree.totalCount += tier.count;
-        tree.totalBytes += tier.bytes;
+        total_.add(tier.size);
         if (tier.groups.empty()) return;
-        if (hasSize) tier.sizeText = formatByteCount(tier.bytes, list_.locale_);
+        tier.sizeText = textOf(tier.size);
         tree.tiers.push_back(std::move(tier));
     }
 
@@ -165,7 +166,8 @@ class LeftoverTreeBuilder {
     const LeftoverFilter& filter_;
     std::string sought_;
     std::int64_t floor_;
-    std::array<std::array<Bucket, allTraceCategories.size()>, allTraceRisks.size()> groups_;
+    ByteSum total_;
+    std::array<std::array<LeftoverGroup, allTraceCategories.size()>, allTraceRisks.size()> groups_;
 };
 
 std::set<Uuid> LeftoverGroup::ids() const {

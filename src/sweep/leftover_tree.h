@@ -1,11 +1,14 @@
 #pragma once
 
 #include "base/byte_count.h"
+#include "base/byte_sum.h"
 #include "base/text_list.h"
+#include "base/texts.h"
 #include "sweep/leftover_filter.h"
 
 #include <array>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <set>
@@ -39,9 +42,10 @@ struct SharedTraces {
 /// from it.
 class LeftoverList {
   public:
-    explicit LeftoverList(SharedTraces traces, std::string locale = "en");
-    explicit LeftoverList(std::vector<Trace> traces, std::string locale = "en")
-        : LeftoverList(SharedTraces(std::move(traces)), std::move(locale)) {}
+    /// In the language that `texts` speak now.
+    explicit LeftoverList(SharedTraces traces, const Texts& texts = Texts());
+    explicit LeftoverList(std::vector<Trace> traces, const Texts& texts = Texts())
+        : LeftoverList(SharedTraces(std::move(traces)), texts) {}
     LeftoverList(const LeftoverList&) = delete;
     LeftoverList& operator=(const LeftoverList&) = delete;
 
@@ -49,13 +53,15 @@ class LeftoverList {
     struct Sums {
         std::array<int, allTraceRisks.size()> byRisk = {};
         std::array<int, allTraceCategories.size()> byCategory = {};
-        std::int64_t bytes = 0;
+        ByteSum size = {};
     };
 
+    const SharedTraces& shared() const { return shared_; }
     const std::vector<const Trace*>& traces() const { return shared_.traces; }
     const std::set<Uuid>& ids() const { return ids_; } ///< of all traces, for choosing them at once
     const Sums& sums() const { return sums_; }
-    const std::string& locale() const { return locale_; }
+    const Texts& texts() const { return texts_; } ///< of the language in which it is sorted and described
+    std::string language() const { return texts_.language(); }
 
   private:
     friend class LeftoverTreeBuilder;
@@ -71,12 +77,14 @@ class LeftoverList {
     };
 
     void describe();
+    std::string_view sizeTextOf(const Trace& trace);
     void sort();
 
     SharedTraces shared_;
-    std::string locale_;
+    Texts texts_;    ///< a copy: those of the program may speak another language meanwhile
     TextList names_; ///< in search form
     ByteCountTexts sizeTexts_;
+    std::deque<std::string> partialSizeTexts_;
     std::vector<Entry> entries_;                 ///< in the order of the traces
     std::vector<std::uint32_t> byName_, bySize_; ///< indices in either order
     std::set<Uuid> ids_;
@@ -86,7 +94,7 @@ class LeftoverList {
 struct LeftoverGroup {
     TraceCategory category = TraceCategory::supportFiles;
     std::vector<LeftoverRow> rows;
-    std::int64_t bytes = 0;
+    ByteSum size = {};
     std::optional<std::string> sizeText; ///< absent when no row has a size
 
     std::set<Uuid> ids() const; ///< for choosing the whole group at once
@@ -95,7 +103,7 @@ struct LeftoverGroup {
 struct LeftoverTier {
     TraceRisk risk = TraceRisk::safe;
     std::vector<LeftoverGroup> groups; ///< in the order of the categories, none empty
-    std::int64_t bytes = 0;
+    ByteSum size = {};
     std::optional<std::string> sizeText;
     int count = 0;
 

@@ -1,7 +1,5 @@
 #include "sweep/sweep_state.h"
 
-#include "base/byte_count.h"
-
 #include <atomic>
 #include <utility>
 
@@ -10,6 +8,23 @@ namespace tidwen {
 /// The number of the newest rebuild that was asked for: an older one on its way is dropped.
 struct SweepState::Shared {
     std::atomic<std::uint64_t> newest = 0;
+};
+
+/// What a rebuild works with.
+struct SweepState::Request {
+    std::shared_ptr<const LeftoverList> list; ///< one that is there serves every filter
+    SharedTraces traces;                      ///< else it is made of these
+    LeftoverFilter filter;
+    Texts texts;
+    std::shared_ptr<const std::vector<SweepRow>> shown; ///< what `rows` hold, which becomes the new rows
+    std::shared_ptr<const LeftoverList> shownList;      ///< what they point into
+};
+
+struct SweepState::Built {
+    std::shared_ptr<const LeftoverList> list;
+    Snapshot snapshot;
+    std::shared_ptr<const std::vector<SweepRow>> rows;
+    std::vector<RowChange> steps;
 };
 
 namespace {
@@ -21,15 +36,37 @@ SweepState::Snapshot makeSnapshot(const std::shared_ptr<const LeftoverList>& lis
     snapshot.riskCounts = sums.byRisk;
     snapshot.categoryCounts = sums.byCategory;
     snapshot.totalCount = static_cast<int>(list->traces().size());
-    snapshot.totalSizeText = formatByteCount(sums.bytes, list->locale());
+    snapshot.totalSizeText = sizeText(sums.size, list->texts());
     snapshot.tree = buildTree(list, filter);
     return snapshot;
 }
 
+std::vector<SweepRow> rowsOf(const LeftoverTree& tree) {
+    std::vector<SweepRow> rows;
+    rows.reserve(static_cast<std::size_t>(tree.totalCount)
+                 + tree.tiers.size() * (1 + allTraceCategories.size()));
+    for (const auto& tier : tree.tiers) {
+        rows.push_back({.risk = tier.risk, .count = static_cast<std::size_t>(tier.count), .size = tier.size});
+        for (const auto& group : tier.groups) {
+            rows.push_back({.risk = tier.risk,
+                            .category = group.category,
+                            .count = group.rows.size(),
+                            .size = group.size});
+            for (const auto& row : group.rows)
+                rows.push_back({.risk = tier.risk, .category = group.category, .trace = row.trace});
+        }
+    }
+    return rows;
+}
+
 } // namespace
 
-SweepState::SweepState(Executor& main, Executor& queue, std::string locale)
-    : main_(main), queue_(queue), locale_(std::move(locale)), shared_(std::make_shared<Shared>()) {}
+SweepState::SweepState(Executor& main, Executor& queue, const Texts& texts)
+    : main_(main),
+      queue_(queue),
+      texts_(texts),
+      shown_(std::make_shared<const std::vector<SweepRow>>()),
+      shared_(std::make_shared<Shared>()) {}
 
 SweepState::~SweepState() {
     ++shared_->newest;
@@ -70,21 +107,39 @@ void SweepState::setFilter(LeftoverFilter filter) {
     rebuild(false);
 }
 
+SweepState::Built SweepState::build(Request request) {
+    Built built;
+    built.list = request.list
+                     ? request.list
+                     : std::make_shared<const LeftoverList>(std::move(request.traces), request.texts);
+    built.snapshot = makeSnapshot(built.list, request.filter);
+    auto rows = rowsOf(built.snapshot.tree);
+    built.steps = ObservableList<SweepRow>::stepsBetween(*request.shown, rows);
+    built.rows = std::make_shared<const std::vector<SweepRow>>(std::move(rows));
+    return built;
+}
+
+/// What was shown goes with `built`.
+void SweepState::publish(Built& built) {
+    list_ = built.list;
+    rows.assign(*built.rows, built.steps);
+    std::swap(shown_, built.rows);
+    std::swap(snapshot_, built.snapshot);
+    changed.emit();
+}
+
 void SweepState::rebuild(bool tracesChanged) {
-    if (tracesChanged) list_ = nullptr;
+    if (tracesChanged || (list_ && list_->language() != texts_.language())) list_ = nullptr;
     const auto number = ++shared_->newest;
-    // A list that is there serves every filter; else the traces go along and the list is made on the queue.
-    queue_.post([this, number, main = &main_, queue = &queue_, shared = shared_, list = list_,
-                 traces = list_ ? SharedTraces() : traces_, filter = filter_, locale = locale_]() mutable {
+    Request request{list_, list_ ? SharedTraces() : traces_, filter_, texts_, shown_, snapshot_.tree.list};
+    queue_.post([this, number, main = &main_, queue = &queue_, shared = shared_,
+                 request = std::move(request)]() mutable {
         if (shared->newest != number) return;
-        if (!list) list = std::make_shared<const LeftoverList>(std::move(traces), locale);
-        auto snapshot = std::make_shared<Snapshot>(makeSnapshot(list, filter));
-        main->post([this, number, queue, shared, list, snapshot = std::move(snapshot)]() mutable {
+        auto built = std::make_shared<Built>(build(std::move(request)));
+        main->post([this, number, queue, shared, built = std::move(built)]() mutable {
             if (shared->newest != number) return;
-            list_ = list;
-            std::swap(snapshot_, *snapshot);
-            queue->post([old = std::move(snapshot)] {});
-            changed.emit();
+            publish(*built);
+            queue->post([old = std::move(built)] {});
         });
     });
 }

@@ -2,6 +2,8 @@
 
 #include "base/executor.h"
 #include "base/observable.h"
+#include "base/observable_list.h"
+#include "base/texts.h"
 #include "base/timestamp.h"
 #include "sweep/leftover_tree.h"
 
@@ -11,16 +13,31 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace tidwen {
+
+/// One line of a list of finds: the heading of a tier, that of a category in it, or a find.
+struct SweepRow {
+    TraceRisk risk = TraceRisk::safe;
+    std::optional<TraceCategory> category = {}; ///< nothing: the heading of the tier
+    const Trace* trace = nullptr;               ///< null: a heading
+    std::size_t count = 0;                      ///< of a heading: finds below it
+    ByteSum size = {};                          ///< of a heading: their sizes, as far as they are known
+
+    std::tuple<TraceRisk, std::optional<TraceCategory>, std::optional<Uuid>> key() const {
+        return {risk, category, trace ? std::optional(trace->id) : std::nullopt};
+    }
+    friend bool operator==(const SweepRow&, const SweepRow&) = default;
+};
 
 /// The running state of a sweep for orphans, as its screen shows it. Belongs to the main thread; the tree is
 /// built on a queue of its own, and only the newest one is published.
 class SweepState {
   public:
-    /// `queue` is serial.
-    SweepState(Executor& main, Executor& queue, std::string locale = "en");
+    /// `queue` is serial. `texts` order and name; call `arrange` when they are in another language.
+    SweepState(Executor& main, Executor& queue, const Texts& texts);
     ~SweepState();
     SweepState(const SweepState&) = delete;
     SweepState& operator=(const SweepState&) = delete;
@@ -36,6 +53,9 @@ class SweepState {
 
     /// Told whenever `snapshot` became another one.
     Signal<> changed;
+    /// The tree line by line, without what the user has to deal with by hand. Follows before `changed` is
+    /// told; what its rows point at lives until the next `changed`.
+    ObservableList<SweepRow> rows;
 
     const Snapshot& snapshot() const { return snapshot_; }
     const std::vector<const Trace*>& traces() const {
@@ -52,23 +72,29 @@ class SweepState {
     void finish(SharedTraces traces);
     void finish(std::vector<Trace> traces) { finish(SharedTraces(std::move(traces))); }
     void setFilter(LeftoverFilter filter);
+    void arrange() { rebuild(false); }
     const LeftoverFilter& filter() const { return filter_; }
 
   private:
     struct Shared;
+    struct Request;
+    struct Built;
+    static Built build(Request request);
+    void publish(Built& built);
     void replaceTraces(SharedTraces traces);
     void rebuild(bool tracesChanged);
 
     Executor& main_;
     Executor& queue_;
-    std::string locale_;
+    const Texts& texts_;
     SharedTraces traces_;
     std::set<std::string> known_; ///< names of what was seen
     LeftoverFilter filter_;
     std::optional<Timestamp> startedAt_;
     Snapshot snapshot_;
-    std::shared_ptr<const LeftoverList> list_; ///< of `traces_`, once a rebuild made it
-    std::shared_ptr<Shared> shared_;           ///< outlives this for rebuilds on their way
+    std::shared_ptr<const std::vector<SweepRow>> shown_; ///< what `rows` hold
+    std::shared_ptr<const LeftoverList> list_;           ///< of `traces_`, once a rebuild made it
+    std::shared_ptr<Shared> shared_;                     ///< outlives this for rebuilds on their way
 };
 
 } // namespace tidwen

@@ -93,6 +93,11 @@ void InboxWatcher::serveHeld() {
     }
 }
 
+void InboxWatcher::follow(Signal<>& changed, std::function<bool()> isBusy) {
+    setBusy(isBusy());
+    following_ = changed.connect([this, isBusy = std::move(isBusy)] { setBusy(isBusy()); });
+}
+
 void InboxWatcher::setBusy(bool isBusy) {
     if (std::exchange(isBusy_, isBusy) == isBusy) return;
     look();

@@ -43,6 +43,8 @@ class InboxWatcher {
     void look();
     /// Whether requests cannot be served: a removal runs, say. Afterwards those that came are.
     void setBusy(bool isBusy);
+    /// Is busy from now on whenever `isBusy` says so, which is asked after each `changed`.
+    void follow(Signal<>& changed, std::function<bool()> isBusy);
     bool isWatching() const { return watch_ != nullptr; }
 
   private:
@@ -63,6 +65,7 @@ class InboxWatcher {
     Ports ports_;
     RequestInbox inbox_;
     OnRequest onRequest_;
+    Subscription following_;
     bool isStarted_ = false;
     bool isBusy_ = false;
     bool isLooking_ = false;

@@ -46,7 +46,7 @@ class HomeModel : public testing::Test {
     test::SteppedQueues queues;
     Texts texts;
     AppPreferences preferences{defaults};
-    AppTags tags{defaults};
+    AppTags tags{defaults, texts};
     ProtectedApps protectedApps{defaults};
     AppInventory inventory{{volume.files(), signatures, running},
                            test::alice(),

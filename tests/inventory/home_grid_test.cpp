@@ -45,7 +45,8 @@ class HomeGrid : public testing::Test {
     }
 
     test::MemoryDefaults defaults;
-    AppTags tags{defaults};
+    const Texts texts;
+    AppTags tags{defaults, texts};
     ProtectedApps protectedApps{defaults};
     std::vector<InstalledApp> apps;
 };

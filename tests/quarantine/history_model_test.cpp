@@ -188,7 +188,7 @@ TEST_F(History, UndoLocksOutTheRestAndReloads) {
 
     model.undo(entries[0]); // as a list would that another process has overtaken
     drain();
-    EXPECT_EQ(model.errorMessage.get(), "history.undo.nothingLeft Tidwen - One");
+    EXPECT_EQ(model.errorMessage(), "history.undo.nothingLeft Tidwen - One");
 }
 
 TEST_F(History, RefusalsLeaveTheListAndAreToldUnlessThePromptWasDismissed) {
@@ -198,13 +198,13 @@ TEST_F(History, RefusalsLeaveTheListAndAreToldUnlessThePromptWasDismissed) {
         const auto other = lockTrash(user, volume.files());
         model.removeAll();
         drain();
-        EXPECT_EQ(model.errorMessage.get(), "failure.trashBusy");
+        EXPECT_EQ(model.errorMessage(), "failure.trashBusy");
         EXPECT_FALSE(model.busyEntryID.get());
     }
     settings.fault = Message{"unreadable"};
     model.removeAll();
     drain();
-    EXPECT_EQ(model.errorMessage.get(), "unreadable");
+    EXPECT_EQ(model.errorMessage(), "unreadable");
     settings.fault.reset();
     auto stranger = user;
     stranger.userID += 1; // so that everything in the folder is somebody else's
@@ -217,12 +217,12 @@ TEST_F(History, RefusalsLeaveTheListAndAreToldUnlessThePromptWasDismissed) {
     });
     drain();
     EXPECT_EQ(told, std::nullopt);
-    EXPECT_FALSE(dismissed.errorMessage.get());
+    EXPECT_FALSE(dismissed.errorMessage());
 
     std::filesystem::remove(volume.host((folder("One") / manifestFileName).string()));
     model.removeAll();
     drain();
-    EXPECT_EQ(model.errorMessage.get(), "failure.blockedBySafetyPolicy");
+    EXPECT_EQ(model.errorMessage(), "failure.blockedBySafetyPolicy");
     EXPECT_THAT(names(), ElementsAre("One"));
     EXPECT_TRUE(volume.exists("/Users/alice/.Trash/Tidwen - One/0001/One"));
 }
@@ -241,7 +241,7 @@ TEST_F(History, DeletesOneOrAll) {
     model.removeAll();
     drain();
     EXPECT_THAT(names(), IsEmpty());
-    EXPECT_FALSE(model.errorMessage.get());
+    EXPECT_FALSE(model.errorMessage());
     EXPECT_FALSE(volume.exists(folder("Never begun - 2026-11-14 17-26-00").string()));
     EXPECT_TRUE(volume.exists("/Users/alice/.Trash/Tidwen - mine/letter.txt"));
     EXPECT_TRUE(volume.exists("/Users/alice/.Trash/photo.jpg"));

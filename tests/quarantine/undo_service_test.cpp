@@ -13,6 +13,11 @@
 namespace tidwen::test {
 namespace {
 
+std::vector<std::string> lines(const std::vector<Problem>& failures) {
+    return eachOf(failures,
+                  [](const Problem& failure) { return failure.item + ": " + Texts().text(failure.reason); });
+}
+
 class Undo : public testing::Test {
   protected:
     Undo() {
@@ -87,7 +92,7 @@ TEST_F(Undo, WhatItLeavesWhenItIsToldToStopComesBackLater) {
                                                         stop.requestStop();
                                                     }});
     EXPECT_EQ(report.restoredCount, 1);
-    EXPECT_EQ(report.failures,
+    EXPECT_EQ(lines(report.failures),
               (std::vector<std::string>{"/Users/alice/Library/Caches/second: failure.stopped",
                                         "/Library/Caches/third: failure.stopped"}));
     EXPECT_THAT(administrator.batches, IsEmpty());
@@ -102,9 +107,10 @@ TEST_F(Undo, ReportsEveryStepThatFailsAndGoesOn) {
                               bootoutEntry(5, "daemon", true, "/Library/LaunchDaemons/d.plist")});
     EXPECT_EQ(report.restoredCount, 1);
     EXPECT_EQ(report.totalCount, 3);
-    EXPECT_THAT(report.failures, ElementsAre("/Users/alice/Library/Caches/gone: failure.notInQuarantine",
-                                             "/Library/Caches/refused: failure.adminCancelled",
-                                             "/Library/LaunchDaemons/d.plist: failure.adminCancelled"));
+    EXPECT_THAT(lines(report.failures),
+                ElementsAre("/Users/alice/Library/Caches/gone: failure.notInQuarantine",
+                            "/Library/Caches/refused: failure.adminCancelled",
+                            "/Library/LaunchDaemons/d.plist: failure.adminCancelled"));
     EXPECT_TRUE(volume.exists((root / "0002/refused").string()));
 }
 
@@ -120,7 +126,7 @@ TEST_F(Undo, OfWhatIsBackAlreadyFailsNothing) {
     };
     manifest.entries.push_back(bootoutEntry(3, "agent", false, agent));
     ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
-    EXPECT_THAT(run(true)->failures, ElementsAre(agent + ": failure.launchctlExit 5"));
+    EXPECT_THAT(lines(run(true)->failures), ElementsAre(agent + ": failure.launchctlExit 5"));
 
     session.answer = nullptr;
     manifest.apps = {{"Notes", "com.example.notes"}};
@@ -154,7 +160,7 @@ TEST_F(Undo, TakesTheJournalOfARunThatHasNoManifest) {
     ASSERT_TRUE(writeJournal({.createdAt = runDate, .quarantineRoot = root, .planned = manifest.entries},
                              root / journalFileName, volume.files()));
     volume.write((root / manifestFileName).string(), "{");
-    EXPECT_THAT(service.undoRun(root)->failures,
+    EXPECT_THAT(lines(service.undoRun(root)->failures),
                 ElementsAre("/Users/alice/Library/Caches/gone: failure.notInQuarantine"));
     EXPECT_FALSE(volume.exists((root / journalFileName).string()));
     EXPECT_EQ(readHistoryEntry(root, volume.files())->items(), RemovalHistoryEntry::Items::missing);
@@ -175,7 +181,7 @@ TEST_F(Undo, FindsWhatAnotherDiskSpelledOtherwise) {
         UndoService({volume.files(), administrator, session, texts, log, clock}, alice()).undoRun(root);
     ASSERT_TRUE(report);
     EXPECT_EQ(volume.read("/Library/Caches/Caf\u00e9"), "one");
-    EXPECT_THAT(report->failures, ElementsAre("/Library/Caches/Kip: failure.severalInQuarantine"));
+    EXPECT_THAT(lines(report->failures), ElementsAre("/Library/Caches/Kip: failure.severalInQuarantine"));
     EXPECT_TRUE(volume.exists((root / "0002/KIP").string()) && volume.exists((root / "0002/kip").string()));
 }
 
@@ -191,9 +197,9 @@ TEST_F(Undo, TakesAwayWhatAnEarlierOneLeftOfAnItemThatIsBack) {
     asUnprivileged([&] {
         const auto numbered = volume.host(aside.parent().string());
         std::filesystem::permissions(numbered, std::filesystem::perms(0555));
-        EXPECT_THAT(undo({entry}).failures, ElementsAre(back + ": failure.remainsInQuarantine"));
+        EXPECT_THAT(lines(undo({entry}).failures), ElementsAre(back + ": failure.remainsInQuarantine"));
         std::filesystem::permissions(numbered, std::filesystem::perms(0755));
-        EXPECT_THAT(undo().failures, IsEmpty());
+        EXPECT_THAT(lines(undo().failures), IsEmpty());
         EXPECT_FALSE(volume.exists(aside.string()));
         EXPECT_EQ(volume.read(back), "whole");
         EXPECT_FALSE(volume.exists("/Users/alice/Library/Caches/back 2"));
@@ -242,9 +248,10 @@ TEST_F(Undo, ItemsThatLayInOneAnotherComeBackInOneAnother) {
     volume.write((root / "0003/Corvella/shared").string(), "");
     const auto working =
         std::exchange(administrator.answer, [](const auto&) { return Message{"failure.adminCancelled"}; });
-    EXPECT_THAT(undo({moveEntry(2, root, vendor + "/Notes"), moveEntry(3, root, vendor, true)}).failures,
-                ElementsAre(vendor + ": failure.adminCancelled", vendor + "/Notes: failure.outerNotRestored",
-                            vendor + "/Notes/cache: failure.outerNotRestored"));
+    EXPECT_THAT(
+        lines(undo({moveEntry(2, root, vendor + "/Notes"), moveEntry(3, root, vendor, true)}).failures),
+        ElementsAre(vendor + ": failure.adminCancelled", vendor + "/Notes: failure.outerNotRestored",
+                    vendor + "/Notes/cache: failure.outerNotRestored"));
     administrator.answer = working;
     EXPECT_EQ(undo().restoredCount, 3);
     for (const auto* item : {"/shared", "/Notes/data", "/Notes/cache"})
@@ -275,7 +282,7 @@ TEST_F(Undo, OfSingleItemsLeavesTheRestForLater) {
     EXPECT_THAT(plan->jobs, ElementsAre("agent"));
     EXPECT_EQ(readHistoryEntry(root, volume.files())->pendingMoves, 4) << "nothing was changed";
 
-    EXPECT_THAT(service.undoRun(root, {folder + "/inner"})->failures,
+    EXPECT_THAT(lines(service.undoRun(root, {folder + "/inner"})->failures),
                 ElementsAre(folder + "/inner: failure.outerNotRestored"));
     EXPECT_EQ(*service.undoRun(root, {agent}),
               (UndoReport{.restoredCount = 1, .totalCount = 1, .failures = {}, .relaunchedJobs = 1}));
@@ -337,11 +344,11 @@ TEST_F(Undo, AHostileManifestMovesNothing) {
                                  .destination = destination,
                                  .requiresRoot = requiresRoot,
                                  .bundleID = ""}};
-            EXPECT_THAT(undo().failures, ElementsAre(source + ": failure.blockedBySafetyPolicy"));
+            EXPECT_THAT(lines(undo().failures), ElementsAre(source + ": failure.blockedBySafetyPolicy"));
         }
     for (const bool isSystemDomain : {false, true}) {
         manifest.entries = {bootoutEntry(1, "evil", isSystemDomain, "/System/Library/evil.plist")};
-        EXPECT_THAT(undo().failures, IsEmpty()) << "nothing was asked for that a removal does";
+        EXPECT_THAT(lines(undo().failures), IsEmpty()) << "nothing was asked for that a removal does";
     }
     EXPECT_THAT(administrator.batches, IsEmpty());
     EXPECT_THAT(session.batches, IsEmpty());

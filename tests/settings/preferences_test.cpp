@@ -72,7 +72,8 @@ TEST(AppPreferences, WritesOnlyWhatChangesAndRefusesWhatIsNoValue) {
 
 TEST(AppTags, JoinsWhatPeopleCallTheSame) {
     test::MemoryDefaults defaults;
-    AppTags tags(defaults);
+    const Texts texts;
+    AppTags tags(defaults, texts);
     EXPECT_TRUE(tags.add("com.example.a", " Work "));
     EXPECT_TRUE(tags.add("com.example.b", "work"));
     using enum AppTags::Refusal;
@@ -86,14 +87,14 @@ TEST(AppTags, JoinsWhatPeopleCallTheSame) {
     EXPECT_TRUE(tags.rename("games", "Work")); // joins the two
     EXPECT_THAT(tags.tags("com.example.b"), ElementsAre("Work"));
     EXPECT_TRUE(tags.rename("Work", "work"));
-    EXPECT_THAT(AppTags(defaults).all(), ElementsAre("work"));
+    EXPECT_THAT(AppTags(defaults, Texts()).all(), ElementsAre("work"));
     EXPECT_TRUE(tags.erase("WORK"));
     EXPECT_TRUE(defaults.values.empty());
 
-    AppTags other(defaults); // of another process, which read before this one changed anything
+    AppTags other(defaults, texts); // of another process, which read before this one changed anything
     EXPECT_TRUE(tags.add("com.example.a", "first"));
     EXPECT_TRUE(other.add("com.example.b", "second"));
-    EXPECT_THAT(AppTags(defaults).all(), ElementsAre("first", "second"));
+    EXPECT_THAT(AppTags(defaults, Texts()).all(), ElementsAre("first", "second"));
     EXPECT_TRUE(tags.erase("first") && tags.erase("second"));
 
     defaults.isReadOnly = true;
@@ -107,7 +108,7 @@ TEST(AppTags, ReadsDamagedStoresAsFarAsTheyMakeSense) {
         PropertyListDictionary{{"com.example.A", PropertyListArray{"z"}},
                                {"com.example.a", PropertyListArray{"x", "X", "", std::string(100, 'y')}},
                                {"com.example.b", "no list"}};
-    EXPECT_THAT(AppTags(defaults).tags("com.example.a"), ElementsAre("x", "z"));
+    EXPECT_THAT(AppTags(defaults, Texts()).tags("com.example.a"), ElementsAre("x", "z"));
 }
 
 } // namespace

@@ -1,6 +1,11 @@
 #include "support/matchers.h"
+#include "support/stand_ins.h"
+#include "support/temporary_folder.h"
 #include "sweep/leftover_tree.h"
 #include "sweep/sweep_state.h"
+
+#include <filesystem>
+#include <fstream>
 
 namespace tidwen {
 namespace {
@@ -76,7 +81,7 @@ TEST(LeftoverTree, OrdersRowsAndLeavesEmptyTiersOut) {
     EXPECT_EQ(tree.tiers[1].risk, TraceRisk::review);
     ASSERT_EQ(tree.tiers[0].groups.size(), 2u);
     EXPECT_THAT(titles(tree.tiers[0].groups[0]), ElementsAre("zeta", "Beta 9", "beta 10", "alpha"));
-    EXPECT_EQ(tree.tiers[0].groups[0].bytes, 910);
+    EXPECT_EQ(tree.tiers[0].groups[0].size.bytes, 910);
     EXPECT_EQ(tree.tiers[0].ids().size(), 5u);
     EXPECT_THAT(tree.counts, ElementsAre(5, 1, 0));
     EXPECT_EQ(tree.manual.size(), 1u);
@@ -89,7 +94,8 @@ TEST(LeftoverTree, OrdersRowsAndLeavesEmptyTiersOut) {
 
 TEST(SweepState, PublishesOnlyTheNewestTreeAndCountsEachFindOnce) {
     MainQueue main, queue; // both stepped by hand
-    SweepState state(main, queue);
+    const Texts texts;
+    SweepState state(main, queue, texts);
     int changes = 0;
     const auto watching = state.changed.connect([&] { ++changes; });
     state.begin(Timestamp{});
@@ -108,10 +114,61 @@ TEST(SweepState, PublishesOnlyTheNewestTreeAndCountsEachFindOnce) {
     EXPECT_EQ(state.snapshot().totalCount, 3);
 }
 
+std::string shown(const SweepRow& row) {
+    return row.trace ? row.trace->displayName
+                     : std::string(row.category ? name(*row.category) : name(row.risk)) + " "
+                           + std::to_string(row.count) + " " + std::to_string(row.size.bytes);
+}
+
+TEST(SweepState, TellsWhichRowsComeGoAndChange) {
+    test::SteppedQueues queues;
+    const Texts texts;
+    SweepState state(queues.main, queues.background, texts);
+    std::vector<RowChange> steps;
+    const auto watching = state.rows.changed.connect([&](const RowChange& step) { steps.push_back(step); });
+    state.add({trace("b", 2), trace("c", 1)});
+    queues.settle();
+    steps.clear();
+    state.add({trace("a", 3), trace("log", 7, TraceCategory::logs)});
+    queues.settle();
+    EXPECT_THAT(eachOf(state.rows.rows(), shown),
+                ElementsAre("safe 4 13", "caches 3 6", "a", "b", "c", "logs 1 7", "log"));
+    using enum RowChange::Kind;
+    EXPECT_THAT(steps,
+                ElementsAre(RowChange{inserted, 2, 1}, RowChange{inserted, 5, 2}, RowChange{changed, 0, 2}));
+
+    steps.clear();
+    state.setFilter({.query = "b", .category = {}});
+    queues.settle();
+    EXPECT_THAT(steps,
+                ElementsAre(RowChange{removed, 4, 3}, RowChange{removed, 2, 1}, RowChange{changed, 0, 2}));
+}
+
+TEST(SweepState, OrdersInTheLanguageOfNow) {
+    const test::TemporaryFolder resources;
+    std::filesystem::create_directories(resources.path() / "sv.lproj");
+    std::ofstream(resources.path() / "sv.lproj/Localizable.strings") << "\"size.over %@\" = \"mer än %@\";";
+    test::SteppedQueues queues;
+    Texts texts;
+    SweepState state(queues.main, queues.background, texts);
+    auto large = trace("z", 1'000'000);
+    large.isSizePartial = true;
+    state.finish({trace("\xC3\xA4", 1), large});
+    state.setFilter({.query = "", .category = {}, .order = LeftoverFilter::Order::name});
+    queues.settle();
+    EXPECT_EQ(shown(state.rows.rows()[2]), "\xC3\xA4");
+    texts = Texts::load(resources.path(), "sv");
+    state.arrange();
+    queues.settle();
+    EXPECT_EQ(shown(state.rows.rows()[2]), "z");
+    EXPECT_EQ(state.snapshot().totalSizeText, "mer \xC3\xA4n 1 MB");
+}
+
 TEST(SweepState, MayEndWhileARebuildIsOnItsWay) {
     MainQueue main, queue;
+    const Texts texts;
     {
-        SweepState state(main, queue);
+        SweepState state(main, queue, texts);
         state.add({trace("a", 1)});
         queue.drain();
     }

@@ -70,7 +70,7 @@ ExitStatus run(const CommandContext& context, Host& host, Mac* mac) {
             words.add(std::string(setting.name));
     if (place == "VALUE" && operands.size() > 1) words.values(operands[1], host.defaults);
     if (place == "TAG")
-        for (const auto& tag : AppTags(host.defaults).all())
+        for (const auto& tag : AppTags(host.defaults, context.texts).all())
             words.add(tag);
     if (place == "TIERS")
         for (const auto risk : {TraceRisk::safe, TraceRisk::review, TraceRisk::sensitive})

@@ -170,7 +170,8 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     if (!confirmed(context, mac, choice)) return ExitStatus::refused;
 
     if (!session.remove()) {
-        if (const auto& why = model.errorMessage()) context.console.complain(*why);
+        for (const auto& why : model.problems())
+            context.complainOf(why);
         return ExitStatus::refused;
     }
     const auto& [report, subject] = std::get<stage::Report>(model.stage());

@@ -175,7 +175,7 @@ ExitStatus refuseTag(AppTags::Refusal refusal, const std::string& tag, const std
 
 ExitStatus runTags(const CommandContext& context, Host& host, Mac* mac) {
     if (const auto problem = host.defaults.problem()) return context.refuse(*problem);
-    AppTags tags(host.defaults);
+    AppTags tags(host.defaults, context.texts);
     const auto& words = context.arguments.operands;
     const std::string action = words.empty() ? "list" : words.front();
     const auto needs = [&](std::size_t count) { return words.size() == count + 1; };

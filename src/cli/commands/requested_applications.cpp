@@ -20,9 +20,9 @@ JudgedRequest judgeRequest(const std::vector<Path>& paths, const CommandContext&
     const std::vector<InstalledIdentity> none; // requests name paths, never names
     const ApplicationFinder finder(system.files, none, HostPaths(std::nullopt));
     auto intake = loadTargets(words, finder, AppTargetLoader(system.files, system.signatures),
-                              ProtectedApps(system.defaults), context.texts);
+                              ProtectedApps(system.defaults));
     for (const auto& failure : intake.failures)
-        context.console.complain(failure);
+        context.complainOf(failure);
     return {std::move(intake.targets), !intake.failures.empty()};
 }
 

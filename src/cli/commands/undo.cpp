@@ -17,7 +17,7 @@ void print(const UndoReport& report, bool isOfSingleItems, const CommandContext&
     context.console.line(context.text(isComplete ? whole : "report.undo.partial"),
                          isComplete ? Paint::good : Paint::caution);
     for (const auto& failure : report.failures)
-        context.console.line("  " + failure);
+        context.console.line("  " + failure.text(context.texts));
     for (const auto& item : report.renamed)
         context.console.line("  " + context.text("cli.undo.renamed %@", {item.string()}));
     context.console.line(context.text("report.undo.restored %lld %lld", {std::to_string(report.restoredCount),
@@ -87,7 +87,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const auto report = history.undo(*root, *items);
     if (!report) return context.refuse(report.error());
     if (context.arguments.json)
-        context.console.document(json::document(*report));
+        context.console.document(json::document(*report, context.texts));
     else
         print(*report, !items->empty(), context, mac);
     return report->failures.empty() ? ExitStatus::done : ExitStatus::someFailed;

@@ -211,10 +211,15 @@ std::string document(const Path& root, const UndoPlan& plan, const Texts& texts)
          {"alreadyBack", plan.alreadyBack}});
 }
 
-std::string document(const UndoReport& report) {
+std::string document(const UndoReport& report, const Texts& texts) {
+    const auto failed = [&](const Problem& failure) {
+        return Value{{"item", failure.item},
+                     {"failureReason", texts.text(failure.reason)},
+                     {"failureKey", failure.reason.key}};
+    };
     return writeJson({{"restoredCount", report.restoredCount},
                       {"totalCount", report.totalCount},
-                      {"failures", report.failures},
+                      {"failures", array(report.failures, failed)},
                       {"relaunchedJobs", report.relaunchedJobs},
                       {"alreadyBack", report.alreadyBack},
                       {"renamed", array(report.renamed, toValue)}});

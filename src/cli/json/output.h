@@ -44,7 +44,7 @@ std::string document(const std::vector<RemovalHistoryEntry>& entries, bool areNu
 std::string document(const RemovalHistoryEntry& entry, std::optional<std::size_t> number,
                      const std::vector<RunItem>& items);
 std::string document(const UnfinishedRun& run, const std::vector<RunItem>& items, const Texts& texts);
-std::string document(const UndoReport& report);
+std::string document(const UndoReport& report, const Texts& texts);
 std::string document(const Path& root, const UndoPlan& plan, const Texts& texts);
 std::string document(const std::vector<Manifest>& manifests);
 

@@ -142,7 +142,8 @@ class MacRoot(unittest.TestCase):
         """What came back, of how much, how many jobs were started again; and what did not."""
         self.note("log", "")
         report = self.run_tidwen("undo", "1")
-        return [f'{report["restoredCount"]} {report["totalCount"]} {report["relaunchedJobs"]}', *report["failures"]]
+        return [f'{report["restoredCount"]} {report["totalCount"]} {report["relaunchedJobs"]}', *(
+            f'{each["item"]}: {each["failureReason"]}' for each in report["failures"])]
 
     def log(self):
         return (self.state / "log").read_text().splitlines()
