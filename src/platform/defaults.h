@@ -19,8 +19,11 @@ class Defaults {
     /// Why what the user stored cannot be known, and what helps: every value is absent then, though it may be
     /// set. What relies on a setting to spare something must not go on. Nothing when all is well.
     virtual std::optional<Message> problem() const { return std::nullopt; }
-    /// Stores at once; nothing removes the key. False when it could not be written.
+    /// Stores at once; nothing removes the key. False when it could not be written: `whyNotStored` says why.
     virtual bool setValue(const std::string& key, const std::optional<PropertyListValue>& value) = 0;
+
+    /// Of the last change that was not stored.
+    virtual Message whyNotStored() const { return {"settings.store.failed"}; }
 
     using Change =
         std::function<std::optional<PropertyListValue>(const std::optional<PropertyListValue>& stored)>;

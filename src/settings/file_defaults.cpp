@@ -34,13 +34,10 @@ bool FileDefaults::setValue(const std::string& key, const std::optional<Property
 bool FileDefaults::update(const std::string& key, const Change& change) {
     const std::lock_guard guard(mutex_);
     const auto lock = file_.lock(patience_);
-    if (lock.isBusy())
-        log_.error("Settings are locked by another program that does not finish: {}", file_.path().string());
-    else if (!lock.isHeld())
-        log_.error("Settings cannot be changed: {}", file_.path().string());
-    if (!lock.isHeld()) return false;
+    if (lock.isBusy()) return refuse({"settings.store.busy %@", {file_.path().string()}});
+    if (!lock.isHeld()) return refuse(whyNotWritable(file_.path()));
     reload();
-    if (problem_) return false;
+    if (problem_) return refuse(*problem_);
     auto values = values_;
     const auto stored = values.find(key);
     const auto value = change(stored == values.end() ? std::nullopt : std::optional(stored->second));
@@ -51,13 +48,22 @@ bool FileDefaults::update(const std::string& key, const Change& change) {
     if (values == values_) return true;
 
     const auto bytes = settingsBytes(values);
-    if (!bytes || !file_.replace(*bytes)) {
-        log_.error("Settings could not be written: {}", file_.path().string());
-        return false;
-    }
+    if (!bytes || !file_.replace(*bytes)) return refuse(whyNotWritable(file_.path()));
     values_ = std::move(values);
     version_ = file_.version();
     return true;
+}
+
+/// Whoever asked for the change tells it.
+bool FileDefaults::refuse(Message why) {
+    log_.warning("Settings were not changed: {}", file_.path().string());
+    whyNotStored_ = std::move(why);
+    return false;
+}
+
+Message FileDefaults::whyNotStored() const {
+    const std::lock_guard guard(mutex_);
+    return whyNotStored_;
 }
 
 std::unique_ptr<FolderEvents::Watch> FileDefaults::watch(std::function<void()> changed) {
@@ -75,7 +81,7 @@ void FileDefaults::reload() const {
     version_ = file_.version(); // before reading: a change in between is then seen the next time
     auto read = readSettings(file_);
     auto problem = read ? std::nullopt : std::optional(std::move(read.error()));
-    if (problem && problem != problem_) log_.error("Settings cannot be read: {}", file_.path().string());
+    if (problem && problem != problem_) log_.warning("Settings cannot be read: {}", file_.path().string());
     problem_ = std::move(problem);
     values_ = read ? std::move(*read) : PropertyListDictionary();
 }

@@ -27,6 +27,7 @@ class FileDefaults : public Defaults {
     std::optional<Message> problem() const override;
     bool setValue(const std::string& key, const std::optional<PropertyListValue>& value) override;
     bool update(const std::string& key, const Change& change) override;
+    Message whyNotStored() const override;
     std::unique_ptr<FolderEvents::Watch> watch(std::function<void()> changed) override;
 
     /// "$XDG_CONFIG_HOME/tidwen/settings.plist", else "~/.config/tidwen/settings.plist".
@@ -35,6 +36,7 @@ class FileDefaults : public Defaults {
   private:
     void refresh() const;
     void reload() const;
+    bool refuse(Message why);
 
     SharedFile file_;
     Log& log_;
@@ -44,6 +46,7 @@ class FileDefaults : public Defaults {
     mutable tl::expected<SharedFile::Version, SharedFile::Fault> version_; ///< of what `values_` holds
     mutable PropertyListDictionary values_;
     mutable std::optional<Message> problem_; ///< `values_` is empty then
+    Message whyNotStored_{"settings.store.failed"};
 };
 
 } // namespace tidwen

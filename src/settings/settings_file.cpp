@@ -1,6 +1,8 @@
 #include "settings/settings_file.h"
 
+#include <filesystem>
 #include <fmt/format.h>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,6 +25,19 @@ Message denied(const std::string& file) {
     return {"settings.problem.owner %@ %@", {file, fmt::format("sudo chown {} '{}'", ::geteuid(), file)}};
 }
 
+/// What may not be written: the file's folder, or the nearest one above it that is there; else the lock that
+/// another program left.
+std::optional<std::filesystem::path> protectedPlace(const std::filesystem::path& file) {
+    auto folder = file.parent_path();
+    std::error_code error;
+    while (!std::filesystem::exists(folder, error) && folder.has_relative_path())
+        folder = folder.parent_path();
+    if (::access(folder.c_str(), W_OK | X_OK) != 0) return folder;
+    const auto lock = file.string() + ".lock";
+    if (::access(lock.c_str(), F_OK) == 0 && ::access(lock.c_str(), R_OK | W_OK) != 0) return lock;
+    return std::nullopt;
+}
+
 Message problem(SharedFile::Fault fault, const std::string& file) {
     using Fault = SharedFile::Fault;
     switch (fault) {
@@ -41,6 +56,17 @@ Message problem(SharedFile::Fault fault, const std::string& file) {
 }
 
 } // namespace
+
+Message whyNotWritable(const std::filesystem::path& file) {
+    const auto place = protectedPlace(file);
+    if (!place) return {"settings.store.failed"};
+    const auto path = place->string();
+    struct stat item {};
+    const bool isOwn = ::stat(path.c_str(), &item) == 0 && item.st_uid == ::geteuid();
+    return isOwn ? Message{"settings.store.mode %@ %@", {path, fmt::format("chmod u+rwX '{}'", path)}}
+                 : Message{"settings.store.owner %@ %@",
+                           {path, fmt::format("sudo chown {} '{}'", ::geteuid(), path)}};
+}
 
 tl::expected<PropertyListDictionary, Message> readSettings(const SharedFile& file) {
     const auto bytes = file.read(settingsLimits.bytes);

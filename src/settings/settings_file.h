@@ -4,6 +4,7 @@
 #include "base/property_list.h"
 #include "settings/shared_file.h"
 
+#include <filesystem>
 #include <tl/expected.hpp>
 
 namespace tidwen {
@@ -14,6 +15,10 @@ inline constexpr PropertyListLimits settingsLimits{.bytes = 4u << 20, .nodes = 2
 /// The settings that a file holds, none when it is missing. Otherwise why it cannot be known what is set, and
 /// what helps.
 tl::expected<PropertyListDictionary, Message> readSettings(const SharedFile& file);
+
+/// Why the file could not be replaced, judged by what lies there: it, its lock or its folder belongs to
+/// another account or is write-protected.
+Message whyNotWritable(const std::filesystem::path& file);
 
 /// Bytes from which the same values are read again: XML, which people can read and mend, unless the values
 /// hold what XML cannot (control characters, say). Nothing when no form keeps them.

@@ -62,7 +62,8 @@ bool makeFolders(const fs::path& folder) {
     return giveNewFolder(parent->folder.get(), name.c_str(), parent->owner) == 0;
 }
 
-/// A link's owner decides what root reads and writes through it, so it may only lead to what is his anyway.
+/// A link's owner decides what root reads and writes through it, so it may only lead to what that owner has
+/// anyway.
 bool isLinkToAnothers(const fs::path& link) {
     struct stat self {
     }, target{};

@@ -12,8 +12,8 @@
 
 namespace tidwen {
 
-/// A small file of this machine's user that several processes of his read and replace. Errors are answers;
-/// nothing here throws but for want of memory.
+/// A small file of this machine's user that several processes of that user read and replace. Errors are
+/// answers; nothing here throws but for want of memory.
 class SharedFile {
   public:
     /// Tells one state of the file from the next.

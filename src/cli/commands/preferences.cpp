@@ -27,8 +27,8 @@ ExitStatus wrongAction(const CommandContext& context) {
     return context.misuseOfAction(context.arguments.operands.front());
 }
 
-ExitStatus notStored(const CommandContext& context) {
-    context.complain({"cli.settings.notStored"});
+ExitStatus notStored(const CommandContext& context, const Host& host) {
+    context.complain(host.defaults.whyNotStored());
     return ExitStatus::someFailed;
 }
 
@@ -122,7 +122,7 @@ ExitStatus runProtect(const CommandContext& context, Host& host, Mac* mac) {
             action == "add" ? newOnes(named, apps, context, mac) : protectedOnes(named, apps, context, mac);
         if (!ids) return ExitStatus::refused;
         for (const auto& id : *ids) // two words may mean one
-            if (apps.contains(id) != (action == "add") && !apps.toggle(id)) return notStored(context);
+            if (apps.contains(id) != (action == "add") && !apps.toggle(id)) return notStored(context, host);
     }
     if (context.arguments.json)
         context.console.document(json::document(apps.bundleIDs()));
@@ -159,7 +159,7 @@ std::optional<std::string> taggedOne(const std::string& word, const AppTags& tag
 
 /// `tag`: what should change; `name`: what it should become or be called.
 ExitStatus refuseTag(AppTags::Refusal refusal, const std::string& tag, const std::string& name,
-                     const std::vector<std::string>& known, const CommandContext& context) {
+                     const std::vector<std::string>& known, const CommandContext& context, const Host& host) {
     switch (refusal) {
     case AppTags::Refusal::unusableName:
         return context.refuse({"cli.tags.unusable %@", {name}});
@@ -170,7 +170,7 @@ ExitStatus refuseTag(AppTags::Refusal refusal, const std::string& tag, const std
     case AppTags::Refusal::notStored:
         break;
     }
-    return notStored(context);
+    return notStored(context, host);
 }
 
 ExitStatus runTags(const CommandContext& context, Host& host, Mac* mac) {
@@ -193,7 +193,8 @@ ExitStatus runTags(const CommandContext& context, Host& host, Mac* mac) {
     else if (action != "list" || words.size() > 1)
         return context.misuseOfAction(action);
     if (!changed)
-        return refuseTag(changed.error(), action == "rename" ? words[1] : tag, tag, tags.all(), context);
+        return refuseTag(changed.error(), action == "rename" ? words[1] : tag, tag, tags.all(), context,
+                         host);
     if (context.arguments.json)
         context.console.document(json::document(byTag(tags)));
     else
@@ -253,8 +254,11 @@ ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context
                               closest(words[2], valuesOf(words[1], preferences)));
     // Read back what another process would see.
     const auto stored = AppPreferences(host.defaults).get(words[1]);
-    if (stored != preferences.get(words[1])) return notStored(context);
-    if (context.arguments.json) context.console.document(json::settingDocument(words[1], words[2]));
+    if (stored != preferences.get(words[1])) return notStored(context, host);
+    if (context.arguments.json)
+        context.console.document(json::settingDocument(words[1], words[2]));
+    else
+        context.console.line({{words[1], Paint::strong}, {"  " + words[2]}});
     return words[1] == "catchTrashedApps" ? watchAtLogin(words[2] == "true", context, host.loginItem)
                                           : ExitStatus::done;
 }
