@@ -182,7 +182,8 @@ namespace {
 /// "help" and "help COMMAND", as in most programs.
 std::optional<EarlyExit> helpFor(int count, const char* const* words, const Exits& exits) {
     if (count < 2 || std::string_view(words[1]) != "help") return std::nullopt;
-    if (count == 2) return exits.help(nullptr);
+    if (count > 3) return exits.wrong({"cli.usage.tooMany %@", {words[3]}}, nullptr);
+    if (count == 2 || std::string_view(words[2]) == "help") return exits.help(nullptr);
     const auto* command = find(exits.commands(), words[2]);
     return command ? exits.help(command) : exits.noCommand(words[2]);
 }

@@ -67,7 +67,19 @@ bool isDumb() {
     return !terminal || std::string_view(terminal) == "dumb";
 }
 
+std::optional<std::size_t> columnsOf(std::FILE* file) {
+    winsize size{};
+    if (!isTerminal(file) || ::ioctl(fileno(file), TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
+        return std::nullopt;
+    return std::max<std::size_t>(size.ws_col, leastColumns);
+}
+
 } // namespace
+
+std::string fittedTo(std::FILE* file, const std::string& text) {
+    const auto columns = columnsOf(file);
+    return columns ? wrappedText(text, *columns) : text;
+}
 
 Console::Console(std::FILE* input, std::FILE* output, std::FILE* errors, Voice voice)
     : input_(input),
@@ -117,10 +129,7 @@ void Console::putLine(const std::vector<Span>& spans) {
 }
 
 std::optional<std::size_t> Console::columns() const {
-    winsize size{};
-    if (!isTerminal(output_) || ioctl(fileno(output_), TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
-        return std::nullopt;
-    return std::max<std::size_t>(size.ws_col, leastColumns);
+    return columnsOf(output_);
 }
 
 void Console::document(std::string_view text) {
@@ -130,17 +139,25 @@ void Console::document(std::string_view text) {
 }
 
 void Console::complain(std::string_view text, std::string_view key) {
+    putComplaint(fittedTo(errors_, "tidwen: " + printable(text)), text, key);
+}
+
+void Console::advise(std::string_view text) {
+    putComplaint("tidwen: " + printable(text), text, {});
+}
+
+void Console::putComplaint(const std::string& line, std::string_view text, std::string_view key) {
     complaints_.push_back({std::string(text), std::string(key)});
     endProgress();
     std::fflush(output_); // so that the two streams keep their order where they meet
-    put(errors_, "tidwen: " + printable(text) + "\n");
+    put(errors_, line + "\n");
 }
 
 void Console::remark(std::string_view text) {
     if (!showsRemarks()) return;
     endProgress();
     std::fflush(output_); // it comes after what it remarks on
-    put(errors_, printable(text) + "\n");
+    put(errors_, fittedTo(errors_, printable(text)) + "\n");
 }
 
 void Console::progress(std::string_view what) {
@@ -160,7 +177,7 @@ void Console::endProgress() {
 bool Console::ask(std::string_view question, const std::vector<std::string>& yesAnswers) {
     endProgress();
     std::fflush(output_);
-    put(errors_, printable(question) + " ");
+    put(errors_, fittedTo(errors_, printable(question) + " "));
     std::fflush(errors_);
     std::string answer;
     for (int c = std::fgetc(input_); c != EOF && c != '\n'; c = std::fgetc(input_))

@@ -24,6 +24,9 @@ struct Complaint {
     std::string key = {};
 };
 
+/// The text as it fits the terminal that `file` is; as it stands when it is none.
+std::string fittedTo(std::FILE* file, const std::string& text);
+
 /// The terminal, or what stands in its place: a pipe or a file. Results go to standard output; questions,
 /// complaints and progress to standard error. Used by one thread.
 class Console {
@@ -47,7 +50,8 @@ class Console {
 
     /// "tidwen: " and the text, on standard error. `key`: of the words, where it is known.
     void complain(std::string_view text, std::string_view key = {});
-    void complain(const Complaint& complaint) { complain(complaint.text, complaint.key); }
+    /// The same for a line with a command to copy, which stays whole.
+    void advise(std::string_view text);
     /// What was complained of until now.
     const std::vector<Complaint>& complaints() const { return complaints_; }
 
@@ -77,6 +81,7 @@ class Console {
 
   private:
     void put(std::FILE* file, std::string_view text);
+    void putComplaint(const std::string& line, std::string_view text, std::string_view key);
     void putLine(const std::vector<Span>& spans);
     std::string painted(const Span& span) const;
 

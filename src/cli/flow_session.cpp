@@ -87,7 +87,7 @@ void FlowSession::complainOfRefusals() {
     for (const auto& problem : model_.problems())
         context_.complainOf(problem);
     for (const auto& target : model_.protectedTargets())
-        context_.console.complain(unprotectHint(target, context_));
+        context_.console.advise(unprotectHint(target, context_));
 }
 
 /// False when there was nothing to scan, or the scan was called off.

@@ -35,9 +35,9 @@ class FlowSession {
     /// when Ctrl-C called it off.
     std::optional<OrphanScanResult> findOrphans();
 
-    /// Removes what is chosen. Who still runs and does not quit is left out, unless the user, where he can be
-    /// asked, wants to go on. Ctrl-C ends it after the step at hand, a second one ends the program. True when
-    /// the model shows a report.
+    /// Removes what is chosen. Who still runs and does not quit is left out, unless the user, where one can
+    /// be asked, wants to go on. Ctrl-C ends it after the step at hand, a second one ends the program. True
+    /// when the model shows a report.
     bool remove();
     /// Some application was left out, and was named on standard error.
     bool someLeftOut() const { return someLeftOut_; }

@@ -62,9 +62,26 @@ std::vector<std::string> ApplicationFinder::similarNames(const std::string& want
     return names;
 }
 
+bool ApplicationFinder::leadsNowhere(const Path& path) const {
+    const auto itself = files_.info(path);
+    return itself && itself->kind == FileKind::symbolicLink && !files_.infoFollowingLinks(path);
+}
+
+/// A link among the applications is no installed application, but what people see there.
+std::optional<Path> ApplicationFinder::linkCalled(const std::string& wanted) const {
+    const Path folder("/Applications");
+    const auto entries = files_.list(folder);
+    if (!entries) return std::nullopt;
+    for (const auto& [name, kind] : *entries)
+        if (kind == FileKind::symbolicLink && (folded(name) == wanted || folded(name) == wanted + ".app"))
+            return folder / name;
+    return std::nullopt;
+}
+
 tl::expected<Path, Message> ApplicationFinder::find(const std::string& word) const {
     if (word.starts_with('/')) {
         const Path path(word);
+        if (leadsNowhere(path)) return tl::unexpected(Message{"cli.app.away"});
         if (files_.exists(path)) return path;
         if (auto onVolume = hostPaths_.macPath(word)) return std::move(*onVolume);
         return tl::unexpected(Message{"cli.app.missing"});
@@ -80,6 +97,7 @@ tl::expected<Path, Message> ApplicationFinder::find(const std::string& word) con
             paths.push_back(path.string());
         return tl::unexpected(Message{"cli.app.ambiguous %@", {joined(paths)}});
     }
+    if (const auto link = linkCalled(wanted)) return *link;
     if (const auto onVolume = hostPaths_.macPath(word)) return *onVolume;
     if (const auto similar = similarNames(wanted); !wanted.empty() && !similar.empty())
         return tl::unexpected(Message{"cli.app.similar %@", {joined(similar)}});

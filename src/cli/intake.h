@@ -9,6 +9,7 @@
 #include "removal/target_intake.h"
 #include "scan/matching/other_applications.h"
 
+#include <optional>
 #include <string>
 #include <tl/expected.hpp>
 #include <vector>
@@ -39,6 +40,8 @@ class ApplicationFinder {
 
   private:
     tl::expected<std::string, Message> identifierOf(const Path& bundle) const;
+    bool leadsNowhere(const Path& path) const;
+    std::optional<Path> linkCalled(const std::string& folded) const;
     std::vector<Path> withIdentifier(const std::string& folded) const;
     std::vector<Path> withName(const std::string& folded) const;
     std::vector<std::string> similarNames(const std::string& folded) const;

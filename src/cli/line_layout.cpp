@@ -66,6 +66,67 @@ std::string cutInMiddle(const std::string& text, std::size_t columns) {
     return joined(head, tail);
 }
 
+namespace {
+
+/// A line of words that is filled as far as it goes.
+class WrappedLine {
+  public:
+    explicit WrappedLine(std::size_t columns) : columns_(columns), indentation_(columns / 10) {}
+
+    void add(std::string_view word) {
+        const auto blanks = column_ > indentation_ || (isFirst_ && column_ > 0) ? 1u : 0u;
+        if (column_ + blanks + displayWidth(word) <= columns_) return put(std::string(blanks, ' '), word);
+        if (blanks > 0) end();
+        const auto at = starts(std::string(word));
+        for (std::size_t i = 0; i + 1 < at.size(); ++i) {
+            const auto letter = word.substr(at[i], at[i + 1] - at[i]);
+            if (column_ + displayWidth(letter) > columns_) end();
+            put("", letter);
+        }
+    }
+    std::string take() { return std::move(text_); }
+
+  private:
+    void put(const std::string& blanks, std::string_view word) {
+        text_ += blanks;
+        text_ += word;
+        column_ += blanks.size() + displayWidth(word);
+    }
+    void end() {
+        text_ += "\n" + std::string(indentation_, ' ');
+        column_ = indentation_;
+        isFirst_ = false;
+    }
+
+    std::size_t columns_, indentation_, column_ = 0;
+    bool isFirst_ = true;
+    std::string text_;
+};
+
+std::string wrappedLine(std::string_view line, std::size_t columns) {
+    WrappedLine wrapped(columns);
+    for (std::size_t at = 0; at < line.size();) {
+        const auto end = std::min(line.find(' ', at), line.size());
+        wrapped.add(line.substr(at, end - at));
+        at = end + 1;
+    }
+    return wrapped.take();
+}
+
+} // namespace
+
+std::string wrappedText(const std::string& text, std::size_t columns) {
+    std::string result;
+    for (std::size_t at = 0; at < text.size();) {
+        const auto end = std::min(text.find('\n', at), text.size());
+        const auto line = text.substr(at, end - at);
+        result += displayWidth(line) <= columns ? line : wrappedLine(line, columns);
+        if (end < text.size()) result += '\n';
+        at = end + 1;
+    }
+    return result;
+}
+
 std::vector<std::vector<Span>> wrapped(const std::vector<Span>& line, std::size_t columns) {
     std::vector<Piece> pieces;
     std::size_t blanks = 0;

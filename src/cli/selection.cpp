@@ -25,8 +25,9 @@ std::vector<std::string> splitAtCommas(const std::string& text) {
 /// Traces that the user named, found by one selector after the other.
 class NamedTraces {
   public:
-    NamedTraces(const std::vector<FoundGroup>& groups, RemovalMode mode, const HostPaths& hostPaths)
-        : groups_(groups), mode_(mode), hostPaths_(hostPaths) {}
+    NamedTraces(const std::vector<FoundGroup>& groups, RemovalMode mode, const HostPaths& hostPaths,
+                const std::string& listing)
+        : groups_(groups), mode_(mode), hostPaths_(hostPaths), listing_(listing) {}
 
     /// Gives why a selector is refused.
     std::optional<Message> add(const std::string& selector) {
@@ -61,7 +62,7 @@ class NamedTraces {
                 return tl::unexpected(Message{"cli.select.ambiguous %@ %@", {selector, joined(items)}});
             return Meant{std::move(found), true};
         }
-        return tl::unexpected(Message{"cli.select.unknown %@", {selector}});
+        return tl::unexpected(Message{"cli.select.unknown %@ %@", {selector, listing_}});
     }
 
     template<class Test>
@@ -161,6 +162,7 @@ class NamedTraces {
     const std::vector<FoundGroup>& groups_;
     RemovalMode mode_;
     const HostPaths& hostPaths_;
+    const std::string& listing_;
     Selection selection_;
 };
 
@@ -187,7 +189,7 @@ tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::str
 tl::expected<Selection, Message> chooseTraces(const std::vector<FoundGroup>& found,
                                               const SelectionRequest& request, RemovalMode mode,
                                               const HostPaths& hostPaths) {
-    NamedTraces named(found, mode, hostPaths);
+    NamedTraces named(found, mode, hostPaths, request.listing);
     for (const auto& selector : request.selectors)
         if (auto refused = named.add(selector)) return tl::unexpected(std::move(*refused));
     auto selection = named.take();

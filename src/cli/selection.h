@@ -19,6 +19,7 @@ namespace tidwen {
 struct SelectionRequest {
     std::vector<std::string> selectors = {};    ///< of single traces or of an application
     std::optional<std::set<TraceRisk>> tiers{}; ///< the items of these tiers that nobody contests
+    std::string listing = "scan";               ///< the command that prints what can be named
 
     bool isEmpty() const { return selectors.empty() && !tiers; }
 };

@@ -102,7 +102,8 @@ ExitStatus runCommand(const Command& command, const Arguments& arguments, const 
 
 /// Prints why nothing is begun, or what was asked for in its place.
 int end(const EarlyExit& exit, int count, char** words, const Texts& texts) {
-    std::fputs(exit.text.c_str(), exit.status == 0 ? stdout : stderr);
+    std::FILE* const file = exit.status == 0 ? stdout : stderr;
+    std::fputs(exit.status == 0 ? exit.text.c_str() : fittedTo(file, exit.text).c_str(), file);
     char** const mark =
         std::find_if(words, words + count, [](std::string_view word) { return word == "--"; });
     const bool isForPrograms =

@@ -25,7 +25,7 @@ struct KnownApp {
 using KnownApps = std::map<Path, KnownApp>;
 
 /// Keeps what is known of applications between starts, so that the next list is complete at once. One file
-/// of this machine's user for all Macs that he looks at; whoever writes in it can at most have a wrong size
+/// of this machine's user for all Macs that are looked at; whoever writes in it can at most have a wrong size
 /// or date shown. Calls block; any thread.
 class KnownAppsFile {
   public:

@@ -20,7 +20,7 @@ namespace tidwen {
 /// Before anything runs, every operation is judged: moves by the safety policy, the other kinds by what may
 /// be handed to a tool as root (see tool_arguments.h). What is refused never reaches the batch; a batch of
 /// refused operations asks for no password. `UserEnvironment::userID` must be the logged-in user's real id:
-/// it names the launchd domain of his session.
+/// it names the launchd domain of that session.
 class AdminScriptRunner : public PrivilegedRunner {
   public:
     using Execute =

@@ -18,7 +18,7 @@ class RunningMac {
   public:
     /// What only a framework of macOS answers. The ports outlive the result.
     struct FrameworkPorts {
-        UserEnvironment user; ///< the logged-in user, with his real id
+        UserEnvironment user; ///< the logged-in user, with the real id
         Keychain& keychain;
         RunningApplications& applications;
         KnownApplications& knownApplications;

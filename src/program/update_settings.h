@@ -8,7 +8,7 @@
 
 namespace tidwen {
 
-/// What a check for updates goes by: the user's settings, and what was built in where he set nothing.
+/// What a check for updates goes by: the user's settings, and what was built in where nothing is set.
 /// `feedKey`: the maker's public key; `feedAddress`: the feed; either may be empty. `version`: of this
 /// program.
 UpdateSettings updateSettings(const AppPreferences& preferences, const std::string& feedKey,

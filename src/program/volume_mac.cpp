@@ -74,6 +74,12 @@ Message describe(const VolumeUserError& error) {
     switch (error.kind) {
     case VolumeUserError::Kind::noHome:
         return {"volume.home.none"};
+    case VolumeUserError::Kind::noMac:
+        return {"volume.home.noMac"};
+    case VolumeUserError::Kind::notAPath:
+        return {"volume.home.notAPath %@ %@", {error.home.string(), "/Users/" + error.home.string()}};
+    case VolumeUserError::Kind::linked:
+        return {"volume.home.linked %@", {error.home.string()}};
     case VolumeUserError::Kind::notAFolder:
         return {"volume.home.notAFolder %@", {error.home.string()}};
     case VolumeUserError::Kind::notAHome:

@@ -159,7 +159,7 @@ bool RemovalChoice::staysWhole(std::size_t group) const {
 /// Applications that are scanned together contest nothing with one another, as all of them are to go. One
 /// that stays keeps what it has as good a claim to as the application that goes, and no other entry of the
 /// run takes that item either. What the user named goes whoever claims it, as in a removal of one
-/// application, but not from one that he left out later.
+/// application, but not from one that was left out later.
 void RemovalChoice::leaveToThoseThatStay(Flags& goes) {
     keptFor_.assign(goes.size(), nullptr);
     std::vector<const AppTarget*> keeps(findings_->placeCount());

@@ -20,4 +20,18 @@ std::string RemovalSubject::text(const Texts& texts) const {
     return groups == 1 ? texts.text("report.subject.of %@ %@", {some, name}) : some;
 }
 
+std::string_view RemovalSubject::kindName() const {
+    switch (kind) {
+    case Kind::leftovers:
+        return "orphans";
+    case Kind::installers:
+        return "installers";
+    case Kind::startupItems:
+        return "startupItems";
+    case Kind::applications:
+        break;
+    }
+    return mode == RemovalMode::uninstall && !goesWhole ? "items" : tidwen::name(mode);
+}
+
 } // namespace tidwen

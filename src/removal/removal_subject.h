@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace tidwen {
 
@@ -22,6 +23,10 @@ struct RemovalSubject {
     /// "Marlin Notes", "3 applications", "12 leftovers"; "2 items of Kip" when an application itself stays
     /// that a reset does not keep anyway.
     std::string text(const Texts& texts) const;
+
+    /// What kind of removal it is, as it stands in JSON: "uninstall", "reset", "items" of applications that
+    /// stay, "orphans", "installers", "startupItems".
+    std::string_view kindName() const;
 
     friend bool operator==(const RemovalSubject&, const RemovalSubject&) = default;
 };

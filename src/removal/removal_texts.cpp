@@ -68,6 +68,7 @@ ReportTexts reportTexts(const RemovalReport& report, const std::string& subject,
     words.summary =
         texts.text(isReset ? "report.summary.reset %@" : "report.summary.uninstall %@", {subject});
     const auto [done, all] = doneAndAll(report, failures);
+    words.isWhole = done == all;
     words.counts = texts.text(isReset ? "report.summary.clearedCount %lld %lld"
                                       : "report.summary.removedCount %lld %lld",
                               {number(done), number(all)});

@@ -27,6 +27,7 @@ ConfirmationTexts confirmationTexts(const RemovalSummary& summary, const std::st
 
 struct ReportTexts {
     std::string summary;                   ///< "Marlin Notes removed"
+    bool isWhole = false;                  ///< every item that was to be moved was
     std::string counts;                    ///< "9 of 10 removed": items that were moved, and all
     std::optional<std::string> reclaimed;  ///< absent while the size is not known
     std::optional<std::string> stopped;    ///< how many steps were not begun when it was told to stop

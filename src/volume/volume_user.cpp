@@ -28,6 +28,23 @@ std::vector<Path> homes(const FileSystem& files) {
     return found;
 }
 
+bool isLink(const FileSystem& files, const Path& path) {
+    const auto itself = files.info(path);
+    return itself && itself->kind == FileKind::symbolicLink;
+}
+
+VolumeUserError whyNoHome(const FileSystem& files) {
+    using Kind = VolumeUserError::Kind;
+    const Path users("/Users");
+    if (!files.exists(users)) return {Kind::noMac, {}, {}};
+    const auto entries = files.list(users).value_or(std::vector<DirectoryEntry>());
+    const auto link = std::find_if(entries.begin(), entries.end(), [](const DirectoryEntry& entry) {
+        return entry.kind == FileKind::symbolicLink && isUserName(entry.name);
+    });
+    return link == entries.end() ? VolumeUserError{Kind::noHome, {}, {}}
+                                 : VolumeUserError{Kind::linked, {}, users / link->name};
+}
+
 std::vector<Path> foldersIn(const FileSystem& files, const Path& folder) {
     std::vector<Path> found;
     const auto entries = files.list(folder);
@@ -150,13 +167,15 @@ tl::expected<UserEnvironment, VolumeUserError> findVolumeUser(const FileSystem& 
                                                               const std::optional<Path>& home) {
     using Kind = VolumeUserError::Kind;
     auto candidates = home ? std::vector<Path>{home->standardized()} : homes(files);
-    if (candidates.empty()) return tl::unexpected(VolumeUserError{Kind::noHome, {}, {}});
+    if (candidates.empty()) return tl::unexpected(whyNoHome(files));
     if (candidates.size() > 1)
         return tl::unexpected(VolumeUserError{Kind::severalHomes, std::move(candidates), {}});
 
     const auto& chosen = candidates.front();
     const auto info = files.infoFollowingLinks(chosen);
-    if (!chosen.isAbsolute() || !info || info->kind != FileKind::directory)
+    if (!chosen.isAbsolute()) return tl::unexpected(VolumeUserError{Kind::notAPath, {}, chosen});
+    if (isLink(files, chosen)) return tl::unexpected(VolumeUserError{Kind::linked, {}, chosen});
+    if (!info || info->kind != FileKind::directory)
         return tl::unexpected(VolumeUserError{Kind::notAFolder, {}, chosen});
     const auto accounts = readAccounts(files);
     if (!isHome(files, accounts, home.value_or(chosen)))

@@ -12,10 +12,18 @@ namespace tidwen {
 
 /// Why it is not clear whose leftovers to look for.
 struct VolumeUserError {
-    enum class Kind { noHome, severalHomes, notAFolder, notAHome };
+    enum class Kind {
+        noHome,
+        noMac, ///< not even a "/Users": this is another folder than a Mac's disk
+        severalHomes,
+        notAFolder,
+        notAPath, ///< a name alone
+        linked,
+        notAHome
+    };
     Kind kind = Kind::noHome;
     std::vector<Path> candidates; ///< of `severalHomes`
-    Path home;                    ///< of `notAFolder` and `notAHome`
+    Path home;                    ///< of those after `severalHomes`
 };
 
 /// The user of a volume: `home` when given, else the one folder of "/Users" that is a user's (not "Shared",

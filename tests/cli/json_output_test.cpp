@@ -104,7 +104,7 @@ TEST(JsonOutput, AReportTellsWhyAStepFailedInWordsAndByKey) {
     report.deadLinks = {Path("/Applications/A.app")};
     report.verification =
         VerificationReport{{{"com.example.app", "A", {}, {PermissionGrant::Scope::system}}}};
-    EXPECT_EQ(parsed(json::document(report, Texts())), Json::parse(R"({
+    EXPECT_EQ(parsed(json::document(report, {.mode = RemovalMode::reset}, Texts())), Json::parse(R"({
         "apps": [{"name": "A", "bundleID": "com.example.app"}], "mode": "reset",
         "quarantineRoot": "/q", "manifestURL": "/q/m.json",
         "operations": [{"id": 1, "kind": {"kind": "move", "source": "/a", "destination": "/q/0001/a"},

@@ -57,6 +57,9 @@ TEST(LineLayout, BreaksBetweenWordsAndCutsWhatIsTooLong) {
               "[x]  /a b/c d  why|    it is so|");
     EXPECT_EQ(laidOut({{"  [x]"}, {"  /Library/Application Support/Corvella"}}, 20),
               "  [x]|     /Librar…orvella|");
+    EXPECT_EQ(wrappedText("tidwen: /a: one two\nUsage", 12), "tidwen: /a:\n one two\nUsage");
+    EXPECT_EQ(wrappedText("x /Users/alice/\u5199\u4f5c.app y", 12),
+              "x\n /Users/alic\n e/\u5199\u4f5c.app\n y");
     EXPECT_EQ(cutInMiddle("\u5199\u4f5c\u5199\u4f5c", 5), "\u5199…\u4f5c");
     EXPECT_EQ(laidOut({}, 20), "|");
 }

@@ -18,6 +18,11 @@ std::vector<CommandSyntax> commandTable() {
     std::vector<CommandSyntax> table;
     for (const auto& command : allCommands())
         if (!command.syntax.isHidden) table.push_back(command.syntax);
+    CommandSyntax help{.name = "help", .summary = "cli.help.help", .operandName = "COMMAND"};
+    help.actions.reserve(table.size());
+    for (const auto& command : table)
+        help.actions.push_back(command.name);
+    table.push_back(std::move(help));
     return table;
 }
 

@@ -18,6 +18,8 @@ namespace {
 tl::expected<SelectionRequest, Message> readRequest(const CommandContext& context) {
     const auto& arguments = context.arguments;
     SelectionRequest request{.selectors = arguments.values("--select")};
+    if (arguments.command == "orphans" || arguments.command == "installers")
+        request.listing = arguments.command;
     if (!arguments.has("--risk")) return request;
     if (!request.selectors.empty()) return tl::unexpected(Message{"cli.select.notWithRisk"});
     auto tiers = parseTiers(arguments.values("--risk"), context.texts);
@@ -68,6 +70,9 @@ Preview preview(const CommandContext& context, const Mac& mac, const RemovalChoi
 
 ExitStatus refuse(const RemovalRefusal& refusal, const CommandContext& context) {
     const auto status = context.refuse(refusal.reason);
+    if (refusal.reason.key == "error.reachedThroughLink %@ %@")
+        context.console.advise(context.text(
+            "cli.next %@", {context.commandLine({context.arguments.command, refusal.reason.arguments[1]})}));
     if (!refusal.unmovableItems.empty()) context.complain({"cli.remove.otherAccount"});
     return status;
 }
@@ -85,6 +90,12 @@ void besideDocument(const CommandContext& context, const Print& print) {
     print(CommandContext{context.arguments, context.texts, errors});
 }
 
+/// What nobody can look for again once the application is gone.
+void printUnsearchable(const RemovalChoice& choice, const CommandContext& context) {
+    for (const auto& result : choice.findings().scanned())
+        printUnsearchable(result, context);
+}
+
 void show(const Preview& preview, const RemovalChoice& choice, const CommandContext& context) {
     const auto& unseen = choice.findings().unseen();
     if (context.arguments.json) {
@@ -93,6 +104,7 @@ void show(const Preview& preview, const RemovalChoice& choice, const CommandCont
     }
     printPlan(preview.plan, preview.layout, context);
     printLeft(choice.staying(), context);
+    printUnsearchable(choice, context);
     printUnseen(unseen, context);
 }
 
@@ -103,6 +115,7 @@ bool confirmed(const CommandContext& context, const Mac& mac, const RemovalChoic
         printItems(choice.going(), shown);
         printConfirmation(words, shown, mac);
         printLeft(choice.staying(), shown);
+        printUnsearchable(choice, shown);
         printUnseen(choice.findings().unseen(), shown);
     };
     if (!context.arguments.yes && context.console.canAsk())
@@ -110,13 +123,16 @@ bool confirmed(const CommandContext& context, const Mac& mac, const RemovalChoic
     return agreed(context, context.text("cli.question %@", {words.title}), "cli.remove.needsYes");
 }
 
-void show(const RemovalReport& report, const std::string& subject, const CommandContext& context,
+/// `begun`: what was to be removed.
+void show(const stage::Report& shown, const RemovalChoice& begun, const CommandContext& context,
           const Mac& mac) {
+    const auto& [report, subject] = shown;
     if (context.arguments.json) {
-        context.console.document(json::document(report, context.texts));
+        context.console.document(json::document(report, subject, context.texts));
         return;
     }
-    printReport(report, reportTexts(report, subject, context.texts), context);
+    printReport(report, reportTexts(report, subject.text(context.texts), context.texts), context);
+    printUnsearchable(begun, context);
     const auto undo =
         report.quarantineRoot.isRoot() ? std::nullopt : undoCommandLine(report.quarantineRoot, context, mac);
     printRemainders(report, undo, context);
@@ -169,13 +185,15 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
                    : ExitStatus::someFailed;
     if (!confirmed(context, mac, choice)) return ExitStatus::refused;
 
+    const RemovalChoice begun = choice;
     if (!session.remove()) {
         for (const auto& why : model.problems())
             context.complainOf(why);
         return ExitStatus::refused;
     }
-    const auto& [report, subject] = std::get<stage::Report>(model.stage());
-    show(report, subject.text(context.texts), context, mac);
+    const auto& shown = std::get<stage::Report>(model.stage());
+    const auto& report = shown.report;
+    show(shown, begun, context, mac);
     complainOfSkipped(report.skippedNames, context);
     const bool tookAll = report.skippedNames.empty() || namesItems;
     const bool isComplete =

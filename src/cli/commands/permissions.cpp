@@ -182,7 +182,7 @@ class SheetSession {
         });
         if (rest == left.end()) return true;
         // What was given to a program by its path is not reset through the application's identifier. Else it
-        // was the user who dismissed the prompt, and he knows.
+        // was the user who dismissed the prompt, and who knows.
         if (rest->isPathClient)
             context_.complain({"report.verify.tccSurvivor %@ %@", {sheet_->app().name, title}});
         return false;

@@ -68,7 +68,10 @@ void report(const QuarantinePurge::Outcome& outcome, const Spared& spared, const
         context.complain({"cli.purge.spared %@ %@", {run.root.string(), context.texts.text(run.advice())}});
     if (spared.leftOut > 0) context.complain({"cli.history.leftOut %lld", {std::to_string(spared.leftOut)}});
     if (context.arguments.json) return context.console.document(json::document(outcome, spared.runs));
-    context.console.line(context.text("cli.purge.done %lld", {std::to_string(outcome.removedFolders)}));
+    const bool isNothing = outcome.removedFolders == 0 && outcome.kept.empty() && spared.isNothing();
+    context.console.line(isNothing
+                             ? context.text("cli.purge.nothing")
+                             : context.text("cli.purge.done %lld", {std::to_string(outcome.removedFolders)}));
     const auto isAmong = [](const std::vector<Path>& folders, const Path& folder) {
         return std::ranges::find(folders, folder) != folders.end();
     };

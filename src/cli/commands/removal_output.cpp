@@ -62,8 +62,9 @@ class FoundAgain {
   public:
     explicit FoundAgain(const CommandContext& context) : context_(context) {}
 
+    /// That an application stays of which only some items were chosen goes without saying.
     void add(const Trace& trace) {
-        if (isGuidance(trace, context_)) return;
+        if (isGuidance(trace, context_) || trace.category == TraceCategory::application) return;
         ++count_;
         sum_.add(trace.sizeBytes, trace.isSizePartial);
     }
@@ -175,6 +176,19 @@ void printSurvivors(const RemovalReport& report, const CommandContext& context) 
     }
 }
 
+/// No job runs on a volume, and no part of macOS that would have to be told.
+bool isIdle(const RemovalOperation& step, const CommandContext& context) {
+    return context.arguments.volume
+           && (std::holds_alternative<operation::Bootout>(step.kind)
+               || std::holds_alternative<operation::UnregisterApp>(step.kind)
+               || std::holds_alternative<operation::FlushPreferences>(step.kind));
+}
+
+bool didNothing(const RemovalReport& report, const CommandContext& context) {
+    return std::ranges::all_of(report.operations,
+                               [&](const RemovalOperation& step) { return isIdle(step, context); });
+}
+
 } // namespace
 
 void printReport(const RemovalReport& report, const ReportTexts& words, const CommandContext& context) {
@@ -185,7 +199,8 @@ void printReport(const RemovalReport& report, const ReportTexts& words, const Co
                                          [&](const OperationResult& r) { return r.operationID == step.id; });
         const bool isKnown = result != report.results.end();
         table.add({{std::to_string(step.id)},
-                   isKnown && result->succeeded ? Span{context.text("cli.report.done"), Paint::good}
+                   isIdle(step, context)          ? Span{context.text("cli.report.idle"), Paint::faint}
+                   : isKnown && result->succeeded ? Span{context.text("cli.report.done"), Paint::good}
                    : isKnown && wasNotBegun(*result)
                        ? Span{context.text("cli.report.notBegun"), Paint::caution}
                        : Span{context.text("cli.report.failed"), Paint::danger},
@@ -199,8 +214,12 @@ void printReport(const RemovalReport& report, const ReportTexts& words, const Co
         console.line("  " + failure);
 
     if (words.stopped) console.line(*words.stopped, Paint::caution);
-    if (words.failures.empty() && !words.stopped) console.line(words.summary, Paint::good);
-    console.line(words.counts);
+    if (didNothing(report, context)) {
+        console.line(context.text("cli.report.nothingOnVolume"));
+    } else {
+        if (words.isWhole) console.line(words.summary, words.failures.empty() ? Paint::good : Paint::plain);
+        console.line(words.counts);
+    }
     if (words.reclaimed) console.line(*words.reclaimed);
     if (words.reclaimed)
         console.line(context.text("cli.report.quarantine %@", {report.quarantineRoot.string()}));

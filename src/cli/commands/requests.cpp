@@ -52,7 +52,11 @@ ExitStatus post(const std::vector<std::string>& words, const CommandContext& con
     case UninstallService::Outcome::notPosted:
         return context.refuse({"cli.requests.notPosted"});
     }
-    if (context.arguments.json) context.console.document(json::requestsDocument(selection));
+    if (context.arguments.json)
+        context.console.document(json::requestsDocument(selection));
+    else
+        for (const auto& path : selection)
+            context.console.line(context.text("cli.requests.posted %@", {path.string()}));
     return ExitStatus::done;
 }
 
@@ -65,7 +69,10 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
         const bool isOpen = words[1] == "on";
         if (!requestInbox(context, mac).setFinderGate(isOpen))
             return context.refuse({"cli.requests.gateFailed"});
-        if (context.arguments.json) context.console.document(json::gateDocument(isOpen));
+        if (context.arguments.json)
+            context.console.document(json::gateDocument(isOpen));
+        else
+            context.console.line(context.text(isOpen ? "cli.requests.gateOpen" : "cli.requests.gateClosed"));
         return ExitStatus::done;
     }
     return context.misuseOfAction(action);

@@ -56,6 +56,12 @@ std::string bar(std::int64_t part, std::int64_t whole) {
     return text;
 }
 
+/// Every application has the item that resets its permissions, also when macOS has recorded none.
+bool isEmptyReset(const Trace& trace, const ScanResult& result) {
+    return std::holds_alternative<action::ResetPermissions>(trace.action) && result.permissions.grants.empty()
+           && result.permissions.unreadable.empty();
+}
+
 /// Mark, tier and size stand in columns; what follows has its own length and would only push the rest away.
 void printTraces(const ScanResult& result, bool isBySize, const CommandContext& context) {
     using enum Table::Align;
@@ -77,6 +83,11 @@ void printTraces(const ScanResult& result, bool isBySize, const CommandContext& 
             auto& line = lines[next++];
             line.push_back({"  "});
             line.push_back({trace.displayName});
+            if (isEmptyReset(trace, result)) {
+                line.push_back({"  " + context.text("cli.scan.noPermissions"), Paint::faint});
+                context.console.line(line);
+                continue;
+            }
             line.push_back({"  " + labels::reason(trace.reason, context.texts), Paint::faint});
             for (const auto& badge : labels::badges(trace, context.texts))
                 line.push_back({"  [" + badge + "]", Paint::caution});
@@ -113,6 +124,9 @@ void printNotices(const ScanResult& result, bool isKnown, const CommandContext& 
     if (result.immovable) {
         context.console.line(context.text("cli.scan.immovable"), Paint::caution);
         context.console.line(context.texts.text(result.immovable->describe(result.target)), Paint::faint);
+        if (result.immovable->reason == ImmovableApplication::Reason::reachedThroughLink)
+            context.console.verbatim("  "
+                                     + context.commandLine({"remove", result.immovable->place.string()}));
     }
     printOwners(result.owners, context);
     printUnsearchable(result, context);

@@ -7,6 +7,7 @@
 #include "cli/suggestion.h"
 #include "cli/table.h"
 #include "program/session.h"
+#include "sweep/location_sweep.h"
 
 #include <algorithm>
 
@@ -56,6 +57,12 @@ class StartupSession {
                     {"cli.startup.noSwitch %@ %@", {item->label, context_.texts.text(*why)}});
         auto status = ExitStatus::done;
         for (const auto* item : chosen) {
+            if (model_.disabled.get().contains(item->id()) != on) {
+                if (!context_.arguments.json)
+                    context_.console.line(context_.text(
+                        on ? "cli.startup.onAlready %@" : "cli.startup.offAlready %@", {item->label}));
+                continue;
+            }
             model_.toggleError.set(std::nullopt);
             wait([&](auto done) { model_.setEnabled(*item, on, done); });
             if (const auto& error = model_.toggleError.get()) {
@@ -83,6 +90,7 @@ class StartupSession {
         std::vector<Trace> traces;
         for (const auto& item : model_.selectedItems())
             if (auto trace = startupTrace(item)) traces.push_back(std::move(*trace));
+        measureTraces(mac_.system.files, traces, {});
         const bool isComplete = model_.result.get().unreadable.empty();
         complainOfUnreadable();
         if (traces.empty() && !isComplete) return ExitStatus::refused;

@@ -24,7 +24,9 @@ void print(const UndoReport& report, bool isOfSingleItems, const CommandContext&
                                                                          std::to_string(report.totalCount)}));
     if (report.alreadyBack > 0)
         context.console.line(context.text("cli.undo.alreadyBack %lld", {std::to_string(report.alreadyBack)}));
-    if (report.mayHaveLost) context.console.line(context.text("report.undo.permanent"), Paint::faint);
+    if (report.mayHaveLost)
+        context.console.line(
+            context.text(mac.volume ? "cli.undo.permanentOnVolume" : "report.undo.permanent"), Paint::faint);
     // No job runs on a volume; it starts with the Mac that the volume belongs to.
     if (report.relaunchedJobs > 0 && !mac.volume)
         context.console.line(

@@ -39,8 +39,8 @@ class WatchSession {
 
         remark("cli.watch.started %@", {trash()});
         if (!isOn)
-            remark("cli.watch.once %@",
-                   {context_.commandLine({"settings", "set", "catchTrashedApps", "true"})});
+            advise("cli.watch.once %@",
+                   context_.commandLine({"settings", "set", "catchTrashedApps", "true"}));
         RequestedApplications requested(context_, session_);
         requested.start();
         const auto allowing = catcher_.permission().state.observe([this](auto state) { tellOf(state); });
@@ -63,13 +63,18 @@ class WatchSession {
         if (!context_.arguments.json) context_.console.complain(context_.text(key, fill));
     }
 
+    /// The same with a command to copy.
+    void advise(std::string_view key, const std::string& command) const {
+        if (!context_.arguments.json) context_.console.advise(context_.text(key, {command}));
+    }
+
     void tidyUp() const {
         for (const auto& notice : FlowSession(context_, mac_).start()) {
             remark("home.recovery.title %@", {labels::names(notice.manifest.apps)});
             for (const auto& item : notice.unsettled)
                 remark("failure.moveUnfinished %@", {item});
             if (const auto undo = undoCommandLine(notice.manifest.quarantineRoot, context_, mac_))
-                remark("cli.undo.hint %@", {*undo});
+                advise("cli.undo.hint %@", *undo);
         }
     }
 

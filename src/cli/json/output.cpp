@@ -97,10 +97,10 @@ std::string document(const std::vector<RemovalOperation>& plan) {
     return writeJson(array(plan, toValue));
 }
 
-std::string document(const RemovalReport& report, const Texts& texts) {
+std::string document(const RemovalReport& report, const RemovalSubject& subject, const Texts& texts) {
     Value result{
         {"apps", array(report.apps, [](const AppRecord& app) { return object(app); })},
-        {"mode", std::string(name(report.mode))},
+        {"mode", subject.kindName()},
         {"operations", array(report.operations, toValue)},
         {"results", array(report.results, [&](const OperationResult& r) { return object(r, texts); })}};
     if (!report.quarantineRoot.isRoot()) {

@@ -6,6 +6,7 @@
 #include "quarantine/undo_service.h"
 #include "quarantine/unfinished_run.h"
 #include "removal/removal_report.h"
+#include "removal/removal_subject.h"
 #include "scan/applications/installed_app.h"
 #include "scan/applications/protected_apps.h"
 #include "scan/matching/scan_result.h"
@@ -35,7 +36,7 @@ std::string document(const std::vector<ScanResult>& results);
 std::string document(const std::vector<RemovalOperation>& plan);
 /// A failed result carries its reason in words and, as "failureKey", by the key that does not change with
 /// the language.
-std::string document(const RemovalReport& report, const Texts& texts);
+std::string document(const RemovalReport& report, const RemovalSubject& subject, const Texts& texts);
 /// The runs in their order, numbered from 1 unless the numbers are uncertain, then those that have no
 /// readable manifest; told apart by "status".
 std::string document(const std::vector<RemovalHistoryEntry>& entries, bool areNumbered,

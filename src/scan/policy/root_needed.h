@@ -6,8 +6,8 @@
 namespace tidwen {
 
 /// Whether moving the item away takes an administrator's rights: its parent is not writable for the user, or
-/// is sticky and neither it nor the item is his, or the item is a folder that is not his, or it is immutable.
-/// Also when that cannot be found out.
+/// is sticky and neither it nor the item is the user's, or the item is a folder of another's, or it is
+/// immutable. Also when that cannot be found out.
 bool moveNeedsRoot(const FileSystem& files, const UserEnvironment& user, const Path& item);
 
 /// The same for what is known of the item and of the folder that it lies in.

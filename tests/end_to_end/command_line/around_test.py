@@ -131,7 +131,7 @@ class Around(VolumeTest):
     def test_what_a_removal_leaves_can_be_taken_by_the_commands_it_prints(self):
         lines = self.call("remove", "Brightwell Studio", "Brightwell Tuner", "--yes").output.splitlines()
         self.assertIn("This folder is empty now: /Applications/Brightwell Studio", lines)
-        left = lines[lines.index("Left in place:") + 1:]
+        left = lines[lines.index("Left in place, and shown by no later search:") + 1:]
         commands = [line.strip() for line in left if line.startswith(f"  {terminal.PROGRAM}")]
         items = [line.strip().split("  ")[0] for line in left if line.startswith("  /") and line.strip() not in commands]
         self.assertEqual([item for item in items if not os.path.lexists(f"{self.volume}{item}")], [])

@@ -153,6 +153,35 @@ class BadInput(VolumeTest):
                     self.assertEqual([word for line in lines for word in line.split()
                                       if word not in whole and "…" not in word], [])
 
+    def test_what_is_said_is_true(self):
+        self.application("Applications/Long Enough.app", "com.exam.service")
+        os.symlink("/Volumes/Away/Tern.app", self.volume / "Applications/Tern.app")
+        os.makedirs(self.volume / "opt")
+        os.rename(self.volume / "Applications/Kip.app", self.volume / "opt/Kip.app")
+        os.symlink("/opt/Kip.app", self.volume / "Applications/Kip.app")
+        os.symlink("alice", self.volume / "Users/carol")
+        for words, said in [("purge|--all", "There is no removal to delete."),
+                            ("scan|Long Enough", "Nothing was looked for by this identifier"),
+                            ("scan|Kip", "remove /opt/Kip.app"),
+                            ("scan|Notes", "Nothing was looked for by this name"),
+                            ("scan|Notes", "macOS has recorded no permissions"),
+                            ("remove|Kip", "remove /opt/Kip.app"),
+                            ("remove|Notes|--dry-run", "Nothing was looked for by this name"),
+                            ("remove|/Applications/Tern.app", "may not be connected"),
+                            ("remove|Harbor VPN|--select|net.harborvpn.client.menu", "no job runs on a volume"),
+                            ("installers|--remove|--select|x", "“tidwen installers”"),
+                            ("--home|bob|apps", "such as “/Users/bob”"),
+                            ("--home|/Users/carol|apps", "/Users/carol is a link")]:
+            with self.subTest(words):
+                run = subprocess.run([terminal.PROGRAM, "--volume", self.volume, *words.split("|"), "--yes"],
+                                     env=self.environment, capture_output=True, text=True)
+                self.assertIn(said, run.stdout + run.stderr)
+        self.assertNotIn("0 bytes", self.call("scan", "Lumen").output)
+        for home in ("Users/alice", "opt"):
+            run = subprocess.run([terminal.PROGRAM, "--volume", self.volume / home, "apps"],
+                                 env=self.environment, capture_output=True, text=True)
+            self.assertIn("it has no folder Users", run.stderr)
+
     def test_a_reader_that_goes_away_ends_nothing_half_way(self):
         reader, writer = os.pipe()
         os.close(reader)
