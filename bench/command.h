@@ -15,6 +15,7 @@
 
 namespace tidwen::bench {
 
+/// For measuring programs from outside: a command, and what running it takes.
 using Command = std::vector<std::string>;
 
 /// Leaves this process the first `cores` cores. A Mac has no call for it and runs it on all.

@@ -8,6 +8,8 @@
 
 namespace tidwen::bench {
 
+// Times pieces of work against one another and prints the ratio beside its target.
+
 inline double median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::nth_element(values.begin(), middle, values.end());

@@ -6,6 +6,7 @@
 
 namespace tidwen {
 
+/// How much a line of the log matters. `debug` is of use while the program is written, `error` asks for help.
 enum class LogLevel { debug, info, warning, error };
 
 /// Where log lines go: the unified log on a Mac, standard error in the terminal, a list in tests.

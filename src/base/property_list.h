@@ -14,6 +14,8 @@
 
 namespace tidwen {
 
+// Apple's property lists (Info.plist, launchd's jobs, containers' records) as values, read from their XML and
+// binary forms and written as XML.
 class PropertyListValue;
 using PropertyListArray = std::vector<PropertyListValue>;
 using PropertyListDictionary = std::map<std::string, PropertyListValue, std::less<>>;

@@ -9,6 +9,7 @@
 
 namespace tidwen {
 
+/// What a piece of a line means, shown by colour and weight where the terminal can.
 enum class Paint { plain, strong, faint, good, caution, danger };
 
 /// A piece of a line. Text that came from outside is made harmless when it is printed.

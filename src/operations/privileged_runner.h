@@ -8,6 +8,7 @@
 
 namespace tidwen {
 
+/// How one operation of a removal went.
 struct OperationResult {
     int operationID = 0;
     bool succeeded = false;

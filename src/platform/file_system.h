@@ -14,6 +14,9 @@
 
 namespace tidwen {
 
+// The port to the files of the Mac that is worked on: a volume's folder, or the running system's disk. All
+// file work goes through it.
+
 enum class FileKind { regular, directory, symbolicLink, other };
 
 /// What the file system says of one item. Symbolic links are described themselves unless said otherwise.

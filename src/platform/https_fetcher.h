@@ -6,6 +6,7 @@
 
 namespace tidwen {
 
+/// Why a file could not be fetched.
 struct FetchError {
     enum class Fault {
         noLibrary,   ///< what would fetch is not installed

@@ -8,6 +8,7 @@
 
 namespace tidwen {
 
+/// How a tool that ran to its end ended, and what it printed.
 struct ProcessResult {
     std::int32_t exitCode = 0;  ///< 128 + signal number when a signal ended it
     std::string standardOutput; ///< empty when the bytes are not valid UTF-8

@@ -5,6 +5,8 @@
 
 namespace tidwen {
 
+/// A driver or network extension that an application installed in the system, which only the system takes
+/// out.
 struct SystemExtensionRecord {
     std::string teamID;
     std::string bundleID;

@@ -7,6 +7,7 @@
 
 namespace tidwen {
 
+/// What a call answers for an attribute that is not there (errno).
 #ifdef __APPLE__
 constexpr int noSuchAttribute = ENOATTR;
 #else

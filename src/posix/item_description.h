@@ -8,6 +8,9 @@
 
 namespace tidwen {
 
+// What the system tells of an item by a folder's descriptor and a name, so that no link on the way can lead
+// elsewhere.
+
 FileKind kindOf(mode_t mode);
 
 /// Describes the item of that name in a folder, a link itself; with an empty name (Linux only) what the

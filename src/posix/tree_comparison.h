@@ -4,6 +4,7 @@
 
 namespace tidwen {
 
+/// What a comparison is to prove of an item and its copy.
 enum class Compared {
     whole,   ///< both have the same entries with the same content and metadata
     remains, ///< the first may have lost entries; what it still has is as in the second

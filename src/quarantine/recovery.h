@@ -10,6 +10,7 @@
 
 namespace tidwen {
 
+/// What became of the removals that were cut off.
 struct RecoveryOutcome {
     std::vector<Manifest> recovered;       ///< the manifests that were written
     std::vector<UnfinishedRun> unfinished; ///< their journals stay, for the next time and for an undo

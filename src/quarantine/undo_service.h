@@ -18,6 +18,7 @@
 
 namespace tidwen {
 
+/// What an undo put back, and what not.
 struct UndoReport {
     int restoredCount = 0;
     int totalCount = 0;

@@ -9,6 +9,7 @@
 
 namespace tidwen {
 
+/// Why the feed told nothing of a newer version.
 enum class UpdateFault {
     switchedOff,
     noKey,      ///< this build knows no key of the maker, so nothing could be verified

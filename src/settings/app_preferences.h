@@ -10,6 +10,8 @@
 
 namespace tidwen {
 
+// The user's settings: their values, the texts that they are stored as, and how people name them.
+
 enum class HomeGrouping { lastUsed, category, tag, none };
 enum class HomeSort { automatic, name, size, lastUsed };
 enum class UnusedThreshold { oneMonth, threeMonths, sixMonths, twelveMonths };

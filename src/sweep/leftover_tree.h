@@ -18,6 +18,7 @@
 
 namespace tidwen {
 
+/// The tiers in the order in which they are shown.
 inline constexpr std::array allTraceRisks = {TraceRisk::safe, TraceRisk::review, TraceRisk::sensitive};
 
 /// One line of the tree. Points into the list that the tree holds.

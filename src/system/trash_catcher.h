@@ -16,6 +16,9 @@
 
 namespace tidwen {
 
+// Notices applications that the user puts into the Trash and offers to take away what they left behind. These
+// names tie the notification to its action.
+
 inline constexpr const char* trashedAppCategory = "tidwen.trashedApp";
 inline constexpr const char* cleanUpAction = "tidwen.trashedApp.cleanUp";
 

@@ -6,6 +6,8 @@
 
 namespace tidwen::test {
 
+// Entries of manifests as a removal writes them, for tests.
+
 inline const Timestamp runDate = *parseIso8601("2026-11-14T17:26:00Z");
 
 /// The move of `source` into the numbered folder of a quarantine folder.

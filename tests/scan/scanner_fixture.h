@@ -10,6 +10,8 @@
 
 namespace tidwen {
 
+// A small Mac with applications and stand-ins for every port that a scan asks.
+
 inline const std::string library = "/Users/alice/Library/";
 inline const std::string bundle = "/Applications/Marlin Notes.app";
 

@@ -8,6 +8,7 @@
 
 namespace tidwen::test {
 
+/// An operation of which only the kind matters.
 inline RemovalOperation step(int id, RemovalOperation::Kind kind) {
     return {.id = id, .kind = std::move(kind), .displayName = {}, .bundleID = {}};
 }

@@ -10,6 +10,8 @@
 
 namespace tidwen {
 
+// A Mac for sweeps: jobs, receipts and leftovers of applications that are gone.
+
 inline const std::string home = "/Users/alice/Library/";
 
 inline std::string job(const std::string& label, const std::string& program) {

@@ -11,6 +11,7 @@ struct sqlite3;
 
 namespace tidwen {
 
+/// Why a privacy database could not be opened.
 enum class PrivacyDatabaseError {
     missing,    ///< there is no such file
     unreadable, ///< no plain file, more than 64 MiB, or the file system refuses

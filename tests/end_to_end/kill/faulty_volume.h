@@ -12,6 +12,9 @@
 
 namespace tidwen::test {
 
+// Runs the program on volumes of which one call goes wrong, or ends it: what the sweeps of faults are made
+// of.
+
 using Words = std::vector<std::string>;
 
 /// What goes wrong in one run of the program (fault_at_call.cpp).
