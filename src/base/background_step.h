@@ -7,8 +7,8 @@
 
 namespace tidwen {
 
-/// Does `work` in the background and hands what it gives to `then(owner, result)` on the main thread, unless
-/// the owner is gone by then. `alive` goes with the owner; `work` must not touch the owner.
+/// Runs `work` in the background and passes its result to `then(owner, result)` on the main thread, unless
+/// the owner has been destroyed by then. `alive` expires with the owner; `work` must not touch the owner.
 template<class Owner, class Work, class Then>
 void inBackground(Owner& owner, const std::shared_ptr<bool>& alive, Executor& background, Executor& main,
                   Work work, Then then) {

@@ -6,11 +6,10 @@
 
 namespace tidwen {
 
-/// The usual alphabet with padding, in one line.
+/// Standard alphabet, padded, without line breaks.
 std::string encodeBase64(std::string_view bytes);
 
-/// White space between the characters is passed over. Nothing for any other character, and when the padding
-/// is missing.
+/// Ignores white space. Returns nullopt for any other character and for missing padding.
 std::optional<std::string> decodeBase64(std::string_view text);
 
 } // namespace tidwen

@@ -10,21 +10,21 @@
 
 namespace tidwen {
 
-/// Hands what worker threads find to the main thread, as much at a time as has gathered since the last
-/// delivery: however fast they find it, one delivery at most is on its way. May be used from any thread.
+/// Delivers results of worker threads to the main thread in batches: each delivery carries everything
+/// gathered since the last one, and at most one is queued, however fast results come. Thread-safe.
 template<class Piece>
 class BatchedDelivery : public std::enable_shared_from_this<BatchedDelivery<Piece>> {
   public:
     using Deliver = std::function<void(std::vector<Piece>)>;
 
-    /// `deliver` runs on `main`; it has to look itself whether whom it tells still lives.
+    /// `deliver` runs on `main`; it must check itself whether its receiver still exists.
     BatchedDelivery(Executor& main, Deliver deliver) : main_(main), deliver_(std::move(deliver)) {}
 
     void add(Piece piece) {
         {
             const std::lock_guard lock(mutex_);
             pieces_.push_back(std::move(piece));
-            if (pieces_.size() > 1) return; // a delivery is on its way and takes it along
+            if (pieces_.size() > 1) return; // a delivery is already queued and will take it along
         }
         main_.post([self = this->shared_from_this()] { self->deliver(); });
     }

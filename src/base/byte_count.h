@@ -10,12 +10,12 @@ namespace tidwen {
 /// "12.3 MB": decimal units, as the Finder counts, with the locale's decimal mark.
 std::string formatByteCount(std::int64_t bytes, const std::string& locale = "en");
 
-/// Formats many sizes: those that read the same share one text. Not for use from several threads at once.
+/// Formats many sizes; sizes with the same text share one string. Not thread-safe.
 class ByteCountTexts {
   public:
     explicit ByteCountTexts(std::string locale) : locale_(std::move(locale)) {}
 
-    /// As `formatByteCount`. Stays where it is as long as this object.
+    /// As `formatByteCount`. The reference is valid for the lifetime of this object.
     const std::string& text(std::int64_t bytes);
 
   private:

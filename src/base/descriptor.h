@@ -7,11 +7,11 @@
 
 namespace tidwen {
 
-/// What a call of the operating system gives, or its errno.
+/// The result of a system call, or its errno.
 template<class T>
 using OsResult = tl::expected<T, int>;
 
-/// An open file descriptor and its owner: closed when this goes.
+/// Owns an open file descriptor and closes it on destruction.
 class Descriptor {
   public:
     Descriptor() = default;
@@ -29,7 +29,7 @@ class Descriptor {
     int get() const { return number_; }
     bool isOpen() const { return number_ >= 0; }
 
-    /// Keeps errno, so that it can stand between a failed call and the look at its reason.
+    /// Preserves errno, so that it may run between a failed call and the check of its reason.
     void close() {
         if (number_ < 0) return;
         const int kept = errno;
@@ -37,14 +37,14 @@ class Descriptor {
         errno = kept;
         number_ = -1;
     }
-    /// Hands the descriptor over to somebody who closes it.
+    /// Releases ownership; the caller closes the descriptor.
     int release() { return std::exchange(number_, -1); }
 
   private:
     int number_ = -1;
 };
 
-/// Repeats a call that a signal cut short.
+/// Repeats a call that was interrupted by a signal.
 template<class Call>
 auto uninterrupted(Call call) {
     auto result = call();

@@ -9,21 +9,22 @@
 
 namespace tidwen {
 
-/// Takes work to be done later. `post` may be called from any thread; work must not throw.
+/// Queues work to run later. `post` may be called from any thread; work must not throw.
 class Executor {
   public:
     virtual ~Executor() = default;
     virtual void post(std::function<void()> work) = 0;
 };
 
-/// Work done by whoever owns the queue, on the thread that calls `drain` or `runUntil`: the main thread of
-/// the terminal program, and the hand-stepped executor of tests.
+/// Runs work on the thread that calls `drain` or `runUntil`: the main thread of the terminal program, or a
+/// test that steps through it by hand.
 class MainQueue : public Executor {
   public:
     void post(std::function<void()> work) override;
-    /// Does what is queued now and what that queues, without waiting. Gives the number of pieces done.
+    /// Runs what is queued now and what that work queues in turn, without waiting. Returns the number of
+    /// items run.
     std::size_t drain();
-    /// Does work as it comes, waiting in between, until `done` answers true after a piece of work.
+    /// Runs work as it arrives, waiting in between, until `done` returns true after an item.
     void runUntil(const std::function<bool()>& done);
 
   private:
@@ -32,8 +33,8 @@ class MainQueue : public Executor {
     std::deque<std::function<void()>> work_;
 };
 
-/// Threads of its own that take work in order. One thread makes it a serial queue. Ending it finishes what is
-/// queued first.
+/// A pool of threads that take work in order; with one thread, a serial queue. The destructor finishes the
+/// queued work first.
 class WorkQueue : public Executor {
   public:
     explicit WorkQueue(unsigned threads = 1);

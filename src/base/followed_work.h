@@ -7,22 +7,22 @@
 
 namespace tidwen {
 
-/// The work in steps that a model has running: shows its newest step in a property, and stops it after the
-/// step at hand. Belongs to the main thread; a part of the model, behind the property.
+/// Runs a model's stepwise work: shows the newest step in a property and stops the work after the current
+/// step. Main thread only. A member of the model, declared after the property.
 class FollowedWork {
   public:
     using Progress = Property<std::optional<StepProgress>>;
 
-    /// Both outlive it.
+    /// Both must outlive this object.
     FollowedWork(Executor& main, Progress& progress) : main_(main), progress_(progress) {}
 
-    /// For the work that begins now. What was stopped or told before does not count for it.
+    /// The control for the work that begins now; earlier stops and steps do not affect it.
     StepControl begin() {
         stop_ = StopSource();
         relay_.emplace(main_, [&progress = progress_](const StepProgress& step) { progress.set(step); });
         return {stop_.token(), relay_->observer()};
     }
-    /// It has ended: nothing of it is shown any more.
+    /// The work has ended; shows none of its steps any more.
     void end() {
         relay_.reset();
         progress_.set(std::nullopt);
@@ -33,7 +33,7 @@ class FollowedWork {
     Executor& main_;
     Progress& progress_;
     StopSource stop_;
-    std::optional<ProgressRelay> relay_; ///< while something runs
+    std::optional<ProgressRelay> relay_; ///< set while work runs
 };
 
 } // namespace tidwen

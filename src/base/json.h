@@ -11,14 +11,13 @@
 
 namespace tidwen {
 
-/// The one form of every JSON document Tidwen writes: two-space indentation, sorted keys, " : " between key
-/// and value, forward slashes and everything that is not printable (`isPrintable`) escaped, a final line
-/// feed. Strings that are not valid UTF-8 are written with replacement characters, so the document is always
-/// valid.
+/// Writes JSON as every document of Tidwen has it: two-space indentation, sorted keys, " : " between key and
+/// value, forward slashes and everything that is not printable (`isPrintable`) escaped, a final line feed.
+/// Invalid UTF-8 in strings becomes replacement characters, so the document is always valid.
 std::string writeJson(const nlohmann::json& value);
 
 /// Writes a document in the form of `writeJson` piece by piece, so that a long list need not be held in
-/// memory. The caller puts the keys of an object in the order of the alphabet.
+/// memory. The caller writes the keys of an object in sorted order.
 class JsonStream {
   public:
     using Sink = std::function<void(std::string_view)>;
@@ -27,9 +26,9 @@ class JsonStream {
 
     void beginObject() { begin('{', '}'); }
     void beginArray() { begin('[', ']'); }
-    /// Closes what was begun last. The final line feed follows the outermost bracket.
+    /// Closes the innermost open array or object. A final line feed follows the outermost one.
     void end();
-    void key(std::string_view name); ///< its value comes next
+    void key(std::string_view name); ///< the value of the key follows
     void value(const nlohmann::json& value);
 
   private:
@@ -44,13 +43,13 @@ class JsonStream {
     void flush(std::size_t mostKept);
 
     Sink sink_;
-    std::string text_; ///< not given to the sink yet
+    std::string text_; ///< not yet passed to the sink
     std::vector<Open> open_;
     bool isAfterKey_ = false;
 };
 
-/// Reads a document of at most `maxBytes` and 64 levels. Nothing when it is malformed, deeper or larger.
-/// A document that names one key twice in an object is malformed: two readers could see two files.
+/// Parses a document of at most `maxBytes` and 64 levels. Returns nullopt when it is malformed, deeper or
+/// larger. Duplicate keys in an object make it malformed, because two readers could take different values.
 std::optional<nlohmann::json> parseJson(std::string_view text, std::size_t maxBytes = 64u << 20);
 
 } // namespace tidwen

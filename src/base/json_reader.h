@@ -12,42 +12,42 @@
 
 namespace tidwen {
 
-/// Hands out a JSON document from front to back, so that long lists of records go straight into them. The
-/// caller looks at `next` and takes each value once, in any way; what is not wanted is skipped.
+/// Reads a JSON document in one forward pass, so that long lists go straight into records. The caller checks
+/// `next` and takes each value once, with the function for its kind, or skips it.
 ///
-/// Refused are a malformed document, invalid UTF-8, one of more than 64 levels, a number that neither 64 bits
-/// nor a double holds, and a key that stands twice in an object. There is no next value then, and what was
-/// taken before counts for nothing: ask `finish` before using it.
+/// Rejects malformed documents, invalid UTF-8, more than 64 levels, numbers that fit neither 64 bits nor a
+/// double, and duplicate keys in an object. After a rejection there is no next value and earlier values are
+/// void: check `finish` before using them.
 class JsonReader {
   public:
     static constexpr std::size_t maxDepth = 64;
 
     enum class Kind { null, boolean, number, string, array, object, none };
-    /// The first that can hold it: whole numbers without a sign, with one, all others.
+    /// The first type that fits: unsigned, signed, floating point.
     using Number = std::variant<std::uint64_t, std::int64_t, double>;
 
-    /// Reads the text, which need not stay. A byte-order mark before it is passed over, and a zero byte ends
-    /// it.
+    /// Parses the text, which need not outlive the call. Skips a leading byte-order mark and stops at a zero
+    /// byte.
     explicit JsonReader(std::string_view text);
     ~JsonReader();
     JsonReader(const JsonReader&) = delete;
     JsonReader& operator=(const JsonReader&) = delete;
 
-    /// What stands next; `none` when nothing can be taken any more.
+    /// The kind of the next value; `none` at the end and after a rejection.
     Kind next() const;
 
     // Each takes the next value, which must be of that kind.
 
     bool boolean();
     Number number();
-    std::string_view string(); ///< valid as long as the reader
-    /// Calls `onElement()` before each element, which it may take.
+    std::string_view string(); ///< valid for the lifetime of the reader
+    /// Calls `onElement()` before each element, which it may take or leave.
     template<class OnElement>
     void array(OnElement onElement) {
         for (open(); toNextElement();)
             onElement();
     }
-    /// Calls `onMember(key)` before the value of each member, which it may take.
+    /// Calls `onMember(key)` before the value of each member, which it may take or leave.
     template<class OnMember>
     void object(OnMember onMember) {
         const auto firstKey = keys_.size();
@@ -57,14 +57,14 @@ class JsonReader {
             keys_.push_back(*key);
             onMember(*key);
         }
-        // As Tidwen writes them, in ascending order, none can stand twice.
+        // keys in ascending order, as Tidwen writes them, cannot repeat
         if (!areAscending) refuseRepeated(firstKey);
         keys_.resize(firstKey);
     }
-    /// Passes over the next value, whatever it is, and checks the keys in it.
+    /// Skips the next value of any kind and checks the keys in it.
     void skip();
 
-    /// True when nothing was refused.
+    /// True when nothing was rejected.
     bool finish() const { return !failed_; }
 
   private:
@@ -77,7 +77,7 @@ class JsonReader {
 
     std::unique_ptr<Document> document_;
     bool failed_ = false;
-    std::vector<std::string_view> keys_; ///< of the open objects, the innermost last
+    std::vector<std::string_view> keys_; ///< of the open objects, innermost last
 };
 
 } // namespace tidwen

@@ -6,8 +6,9 @@
 
 namespace tidwen {
 
-/// The order of a set or map in which texts that differ in letter case alone are one key, in the spelling
-/// that came first. Identifiers of applications are compared so wherever a user gives them.
+/// Orders texts without regard to letter case: in a set or map, spellings that differ only in case are one
+/// key, and the first one is kept. Identifiers of applications are compared like this wherever a user enters
+/// them.
 struct AnyCase {
     bool operator()(const std::string& a, const std::string& b) const {
         return lowercased(a) < lowercased(b);

@@ -6,11 +6,11 @@
 
 namespace tidwen {
 
-/// How much a line of the log matters. `debug` is of use while the program is written, `error` asks for help.
+/// Severity of a log line. `debug` is for development; `error` needs attention.
 enum class LogLevel { debug, info, warning, error };
 
-/// Where log lines go: the unified log on a Mac, standard error in the terminal, a list in tests.
-/// May be called from any thread.
+/// Destination of log lines: the unified log on a Mac, standard error in the terminal, a list in tests.
+/// Thread-safe.
 class Log {
   public:
     virtual ~Log() = default;
@@ -30,7 +30,7 @@ class Log {
     }
 };
 
-/// Writes lines of at least `threshold` to standard error, control characters made visible.
+/// Writes lines of at least `threshold` to standard error, with control characters escaped.
 class StandardErrorLog : public Log {
   public:
     explicit StandardErrorLog(LogLevel threshold) : threshold_(threshold) {}

@@ -5,8 +5,8 @@
 
 namespace tidwen {
 
-/// A text that a person will read, as its key and what fills the key's placeholders in order
-/// ("failure.exit %@" with {"64"}). `Texts` turns it into words; code compares the key.
+/// A text for people: its key and the values of the key's placeholders in order ("failure.exit %@" with
+/// {"64"}). `Texts` translates it; code compares the key.
 struct Message {
     std::string key;
     std::vector<std::string> arguments = {};

@@ -7,17 +7,17 @@
 
 namespace tidwen {
 
-/// What every disk takes for one name, in bytes.
+/// The longest file name, in bytes, that every supported file system accepts.
 inline constexpr std::size_t longestFileName = 255;
 
-/// Beyond this many names that are taken something else is going on.
+/// Give up after this many names that are taken.
 inline constexpr int lastNumberTried = 999;
 
-/// At most `bytes` bytes, without a cut through a character.
+/// Truncates to at most `bytes` bytes, never inside a character.
 std::string shortened(std::string text, std::size_t bytes);
 
-/// The path itself for 1, then "Name 2.ext" and so on beside it; the stem is shortened where the whole would
-/// be too long for a name.
+/// The path itself for 1, then "Name 2.ext" and so on beside it; the stem is shortened where the name would
+/// be too long.
 Path numberedName(const Path& path, int number);
 
 } // namespace tidwen

@@ -8,8 +8,7 @@
 
 namespace tidwen {
 
-/// Keeps one observer connected; the observer is called no more once this is destroyed. May outlive what it
-/// observes.
+/// Keeps one observer connected until destroyed. May outlive the signal.
 class Subscription {
   public:
     Subscription() = default;
@@ -31,8 +30,8 @@ class Subscription {
     std::function<void()> disconnect_;
 };
 
-/// Calls its observers in the order in which they connected. Belongs to one thread. An observer may connect
-/// and disconnect others, itself included, while it is called.
+/// Calls its observers in the order in which they connected. Single thread only. An observer may connect and
+/// disconnect observers, itself included, while it is called.
 template<class... Args>
 class Signal {
   public:
@@ -63,7 +62,7 @@ class Signal {
     std::shared_ptr<Observers> observers_ = std::make_shared<Observers>();
 };
 
-/// A value that tells its observers when it becomes another one. Belongs to one thread.
+/// A value that notifies its observers when it changes. Single thread only.
 template<class T>
 class Property {
   public:
@@ -72,7 +71,7 @@ class Property {
 
     const T& get() const { return value_; }
 
-    /// Does nothing when the value is the same. True when it changed.
+    /// Does nothing when the value is equal. Returns whether it changed.
     bool set(T value) {
         if (value == value_) return false;
         value_ = std::move(value);

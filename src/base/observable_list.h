@@ -12,21 +12,20 @@
 
 namespace tidwen {
 
-/// Rows that tell their observers, step by step, how they become others. Belongs to one thread; an observer
-/// must not change the list.
+/// Rows that notify observers of each change, step by step. Single thread only; an observer must not change
+/// the list.
 ///
-/// `Row` is compared with `==`; `row.key()` is what tells one row from another while what it shows changes.
+/// `Row` is compared with `==`; `row.key()` identifies a row while its content changes.
 template<class Row>
 class ObservableList {
   public:
     const std::vector<Row>& rows() const { return rows_; }
 
-    /// Each step is told before and after it is done: the rows are those of the step before, then its own.
+    /// Sent before and after each step: the rows are those before the step, then those after it.
     Signal<const RowChange&> willChange;
     Signal<const RowChange&> changed;
 
-    /// Becomes `rows` in as few steps as its observers can follow easily. Keys that are there twice cost a
-    /// reset.
+    /// Replaces the rows, in as few steps as observers can follow cheaply. Duplicate keys cause a reset.
     void assign(std::vector<Row> rows) {
         const auto steps = stepsBetween(rows_, rows);
         assign(std::move(rows), steps);
@@ -45,7 +44,7 @@ class ObservableList {
         return places ? rowChanges(*places, to.size()) : std::vector{RowChange{}};
     }
 
-    /// Exchanges one row for another with the same key. Does nothing when they are equal.
+    /// Replaces one row by another with the same key. Does nothing when they are equal.
     void update(std::size_t index, Row row) {
         if (rows_[index] == row) return;
         step({RowChange::Kind::changed, index, 1}, [&] { rows_[index] = std::move(row); });
@@ -82,11 +81,11 @@ class ObservableList {
         const auto end = change.first + change.count;
         if (change.kind == RowChange::Kind::removed)
             rows_.erase(at(rows_, change.first), at(rows_, end));
-        else // insertions come in order, so their places are already those of the new list
+        else // insertions come in order, so their indices are already those of the new list
             rows_.insert(at(rows_, change.first), at(rows, change.first), at(rows, end));
     }
 
-    /// The rows are the new ones now, but may show what the old ones did.
+    /// The rows are now the new ones but may still have their old content.
     void replaceChanged(std::vector<Row> rows) {
         for (std::size_t first = 0; first < rows.size(); ++first) {
             auto end = first;

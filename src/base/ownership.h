@@ -6,8 +6,8 @@
 
 namespace tidwen {
 
-/// Whose a file is. What root creates inside somebody's home has to be given to that somebody, who could
-/// neither read nor delete it otherwise; for anybody else this changes nothing that the kernel forbids.
+/// Owner and group of a file. What root creates inside a user's home is given to that user, who could
+/// otherwise neither read nor delete it; for other processes this grants nothing that the kernel forbids.
 struct Ownership {
     uid_t user = 0;
     gid_t group = 0;
@@ -16,12 +16,12 @@ struct Ownership {
 /// Of an open file or folder.
 OsResult<Ownership> ownershipOf(int descriptor);
 
-/// Gives away an open file that this process has created. 0 or the errno.
+/// Changes the owner of an open file that this process has created. Returns 0 or the errno.
 int giveFile(int file, const Ownership& owner);
 
-/// Gives away the folder that this process has just created under `name`, never through a link: EBUSY when
-/// something else has taken its name since, so that nothing but a new, empty folder changes hands. 0 or the
-/// errno.
+/// Changes the owner of the folder that this process has just created under `name`, never through a link.
+/// EBUSY when something else has taken the name since, so that only a new, empty folder changes its owner.
+/// Returns 0 or the errno.
 int giveNewFolder(int parent, const char* name, const Ownership& owner);
 
 } // namespace tidwen

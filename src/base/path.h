@@ -7,16 +7,17 @@
 
 namespace tidwen {
 
-/// A path as the Mac itself writes it ("/Library/Caches/com.example.app"), whatever disk the item is on.
+/// A path as the Mac itself writes it ("/Library/Caches/com.example.app"), independent of where its volume is
+/// mounted.
 ///
-/// The bytes are carried as they are: a name that is not valid UTF-8 stays what it was. Splitting follows
-/// Foundation: a trailing slash and doubled slashes do not count, ".hidden" has no extension.
+/// Keeps the bytes as they are, including names that are not valid UTF-8. Splits as Foundation does: trailing
+/// and repeated slashes are ignored, ".hidden" has no extension.
 class Path {
   public:
     Path() : text_("/") {}
     explicit Path(std::string text);
 
-    /// The text as given, less doubled and trailing slashes.
+    /// The text as given, without repeated and trailing slashes.
     const std::string& string() const { return text_; }
 
     bool isAbsolute() const { return !text_.empty() && text_.front() == '/'; }
@@ -29,27 +30,27 @@ class Path {
     std::string lastComponent() const;
     /// The last component without its extension.
     std::string stem() const;
-    /// Without the point and with its letter case; empty when there is none.
+    /// Without the dot, letter case kept; empty when there is none.
     std::string extension() const;
-    /// The extension in lower case, for comparisons.
+    /// The extension in lower case, for comparison.
     std::string lowercasedExtension() const;
 
     /// The root is its own parent.
     Path parent() const;
 
-    /// Resolves "." and ".." by text alone; symbolic links are not looked at.
+    /// Resolves "." and ".." lexically; symbolic links are not followed.
     Path standardized() const;
 
     /// True when any component is "..".
     bool hasTraversal() const;
 
-    /// True when this is `ancestor` or lies below it. Whole components, letter case counts.
+    /// True when this is `ancestor` or lies below it. Compares whole components, case-sensitively.
     bool isWithin(const Path& ancestor) const;
 
-    /// The same with letter case ignored, as the safety rules compare.
+    /// The same without regard to letter case, as the safety rules compare.
     bool isWithinIgnoringCase(const Path& ancestor) const;
 
-    /// Appends one component or several ("a/b").
+    /// Appends one or more components ("a/b").
     Path operator/(std::string_view component) const;
 
     friend bool operator==(const Path&, const Path&) = default;

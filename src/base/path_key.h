@@ -4,8 +4,8 @@
 
 namespace tidwen {
 
-/// The path with each component as `fileNameKey` gives it: paths that a Mac's disks take for one are equal,
-/// and one lies within another when their keys do. Only for comparing; it may name nothing.
+/// The path with each component replaced by its `fileNameKey`: paths that any Mac file system treats as equal
+/// are equal, and one lies within another when their keys do. For comparison only; it may not name an item.
 Path pathKey(const Path& path);
 
 } // namespace tidwen

@@ -8,15 +8,14 @@
 
 namespace tidwen {
 
-/// Hands progress from the thread that works to the main thread: the newest alone, however many steps there
-/// were since the last time, so that at most one piece of work waits there. Belongs to the main thread; once
-/// it is gone nothing is shown.
+/// Passes progress from the working thread to the main thread. Only the newest step is shown, and at most one
+/// call is queued there. Main thread only; shows nothing after its destruction.
 class ProgressRelay {
   public:
-    /// `main` outlives the observers.
+    /// `main` must outlive the observers.
     ProgressRelay(Executor& main, std::function<void(const StepProgress&)> show);
 
-    /// To be called from any thread, for as long as anybody wants.
+    /// May be called from any thread, also after the relay's destruction.
     OnStep observer() const;
 
   private:

@@ -14,8 +14,8 @@
 
 namespace tidwen {
 
-// Apple's property lists (Info.plist, launchd's jobs, containers' records) as values, read from their XML and
-// binary forms and written as XML.
+// Values of Apple's property lists (Info.plist, launchd jobs, container records), read from the XML and
+// binary forms and written as XML or binary.
 class PropertyListValue;
 using PropertyListArray = std::vector<PropertyListValue>;
 using PropertyListDictionary = std::map<std::string, PropertyListValue, std::less<>>;
@@ -37,8 +37,8 @@ struct PropertyListUid {
     friend bool operator==(const PropertyListUid&, const PropertyListUid&) = default;
 };
 
-/// One value of a property list. The `as…` functions answer nothing when the value is of another type, so a
-/// reader of hostile files asks for the type it wants and needs no other check.
+/// One value of a property list. The `as…` functions return nothing when the value has another type, so
+/// readers of untrusted files need no other check.
 class PropertyListValue {
   public:
     using Storage =
@@ -66,12 +66,12 @@ class PropertyListValue {
     std::optional<bool> asBool() const;
     std::optional<std::int64_t> asInteger() const;
 
-    /// The array's elements when it is an array and every one of them is a string.
+    /// The elements of an array of strings; nullopt for anything else.
     std::optional<std::vector<std::string>> asStrings() const;
 
-    /// The value under a key when this is a dictionary that has it.
+    /// The value of a key; null when this is no dictionary or lacks the key.
     const PropertyListValue* find(std::string_view key) const;
-    /// The string under a key; nothing when the key is absent or holds another type.
+    /// The string of a key; null when the key is absent or has another type.
     const std::string* findString(std::string_view key) const;
 
     friend bool operator==(const PropertyListValue&, const PropertyListValue&) = default;
@@ -82,27 +82,27 @@ class PropertyListValue {
 
 enum class PropertyListError {
     tooLarge,      ///< more bytes, nodes or depth than the limits allow
-    notRecognised, ///< neither the binary nor the XML form
-    malformed,     ///< cut off, offsets out of range, cycles, broken XML, wrong nesting
+    notRecognised, ///< neither binary nor XML
+    malformed,     ///< truncated, offsets out of range, cycles, broken XML, wrong nesting
 };
 
-/// What a reader gives up at. Shared objects of the binary form count every time they are reached, so a
-/// small file cannot unfold into a large tree.
+/// Limits of the parser. Shared objects of the binary form count each time they are referenced, so a small
+/// file cannot expand into a large tree.
 struct PropertyListLimits {
     std::size_t bytes = 32u << 20;
     std::size_t nodes = 1'000'000;
     std::size_t depth = 128;
 };
 
-/// Reads the binary form ("bplist00") or the XML form. XML entities that a document declares are not
-/// expanded: such a document is malformed. White space before "<?xml" is accepted.
+/// Parses the binary form ("bplist00") or the XML form. XML entities declared in a document are not expanded;
+/// such a document is malformed. White space before "<?xml" is accepted.
 tl::expected<PropertyListValue, PropertyListError> parsePropertyList(std::string_view bytes,
                                                                      const PropertyListLimits& limits = {});
 
-/// The binary form, dictionaries sorted by key: equal values give equal bytes.
+/// Writes the binary form with dictionaries sorted by key: equal values give equal bytes.
 std::string writeBinaryPropertyList(const PropertyListValue& value);
 
-/// The XML form, dictionaries sorted by key, tabs for indentation.
+/// Writes the XML form with dictionaries sorted by key, indented with tabs.
 std::string writeXmlPropertyList(const PropertyListValue& value);
 
 } // namespace tidwen

@@ -4,7 +4,7 @@
 
 namespace tidwen {
 
-/// The two forms that `parsePropertyList` chooses between. Both keep the limits it was given.
+/// The parsers of the two forms, as `parsePropertyList` calls them. Both enforce the given limits.
 tl::expected<PropertyListValue, PropertyListError> parseBinaryPropertyList(std::string_view bytes,
                                                                            const PropertyListLimits& limits);
 tl::expected<PropertyListValue, PropertyListError> parseXmlPropertyList(std::string_view bytes,

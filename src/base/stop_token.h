@@ -5,8 +5,8 @@
 
 namespace tidwen {
 
-/// Asks whether work should end early. A default-made token never does. (Apple's library of the oldest
-/// supported toolchain has no std::stop_token.)
+/// Tells work that it should end early. A default-constructed token never does. (The standard library of the
+/// oldest supported Apple toolchain has no std::stop_token.)
 class StopToken {
   public:
     StopToken() = default;

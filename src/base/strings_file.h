@@ -7,8 +7,9 @@
 
 namespace tidwen {
 
-/// Reads a ".strings" file: the text form ("key" = "value"; with comments, UTF-8 or UTF-16) or a property
-/// list. Nothing when the file is malformed, as on a Mac, where one missing semicolon invalidates it all.
+/// Parses a ".strings" file: the text form ("key" = "value"; with comments, UTF-8 or UTF-16) or a property
+/// list. Returns nullopt when the file is malformed: as on a Mac, one missing semicolon invalidates all of
+/// it.
 std::optional<std::map<std::string, std::string>> parseStringsFile(std::string_view bytes);
 
 } // namespace tidwen

@@ -10,12 +10,12 @@
 
 namespace tidwen {
 
-/// Many texts in one piece of memory, where going through them or comparing them costs little. Never changes.
+/// An immutable list of texts in one block of memory, for fast iteration and comparison.
 class TextList {
   public:
     TextList() = default;
 
-    /// `make(0 … count-1)` gives the texts; it is called from several threads and must not throw.
+    /// `make(0 … count-1)` returns the texts; it is called from several threads and must not throw.
     template<class Make>
     TextList(std::size_t count, Make make) : ends_(count) {
         constexpr std::size_t partSize = 4096;
@@ -46,7 +46,7 @@ class TextList {
 
   private:
     std::string text_;
-    std::vector<std::size_t> ends_; ///< in `text_`
+    std::vector<std::size_t> ends_; ///< end offsets in `text_`
 };
 
 } // namespace tidwen

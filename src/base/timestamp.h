@@ -7,22 +7,22 @@
 
 namespace tidwen {
 
-/// A moment in whole seconds, UTC: the precision of every date that Tidwen writes.
+/// A point in time in whole seconds, UTC: the precision of every date that Tidwen writes.
 using Timestamp = std::chrono::sys_seconds;
 
 /// "2026-11-14T17:26:00Z".
 std::string iso8601(Timestamp moment);
 
-/// Reads what `iso8601` writes, and offsets ("+01:00"); nothing for anything else.
+/// Parses what `iso8601` writes, also with an offset ("+01:00"); nullopt for anything else.
 std::optional<Timestamp> parseIso8601(std::string_view text);
 
-/// "2026-11-14 17-26-00" in the local time zone of this machine (TZ is honoured).
+/// "2026-11-14 17-26-00" in the local time zone of this machine (respects TZ).
 std::string folderStamp(Timestamp moment);
 
 /// "2026-11-14 17:26" in the local time zone, for lists that people read.
 std::string displayDate(Timestamp moment);
 
-/// Where services take the time from, so that tests choose it.
+/// Source of the current time for services, so that tests can set it.
 class Clock {
   public:
     virtual ~Clock() = default;
