@@ -5,12 +5,12 @@
 
 namespace tidwen {
 
-/// The applications that run now. On a volume none does.
+/// The applications that are running. None on a volume.
 class RunningApplications {
   public:
     virtual ~RunningApplications() = default;
     virtual bool isRunning(const std::string& bundleID) const = 0;
-    /// Asks every instance to quit and waits; true when none is left. Blocks up to `wait`.
+    /// Asks every instance to quit; blocks up to `wait`. True when none is left.
     virtual bool quit(const std::string& bundleID, std::chrono::milliseconds wait) = 0;
 };
 

@@ -11,23 +11,22 @@
 
 namespace tidwen {
 
-/// The files of a Mac as one run of a reader sees them: what it reads is spent from a budget, and once that
-/// is exhausted reading and listing fail with `FileFault::exhausted`; other questions are still answered. A
-/// reader needs to know nothing of it; who starts the run asks the budget what was left out. Refuses to
-/// change anything.
+/// A Mac's file system for one run of a reader, with a budget for reading: once it is exhausted, reading and
+/// listing fail with `FileFault::exhausted`; other queries still work. The reader does not see the budget;
+/// its caller asks the budget afterwards how much was left out. Every change is refused.
 class BudgetedFiles : public FileSystem {
   public:
-    /// A run within another run spends that one's budget.
+    /// Inside another run, uses that run's budget.
     explicit BudgetedFiles(const FileSystem& files, const ReadBudget& budget = {});
 
     const ReadBudget& budget() const { return budget_; }
-    /// That of the run to which the files belong; null where nobody set one.
+    /// The budget of the run to which the files belong; null without one.
     static const ReadBudget* budgetOf(const FileSystem& files) {
         return files.budgeted() ? &files.budgeted()->budget() : nullptr;
     }
     const BudgetedFiles* budgeted() const override { return this; }
 
-    /// As `readPropertyList`. A large one that many links or names lead to is parsed once.
+    /// As `readPropertyList`. A large list that is reached through many links or names is parsed once.
     virtual std::shared_ptr<const PropertyListValue> propertyList(const Path& file,
                                                                   const PropertyListLimits& limits) const;
 
@@ -83,12 +82,12 @@ class BudgetedFiles : public FileSystem {
     FileResult<std::unique_ptr<FolderLock>> lock(const Path& folder) override { return refused(folder); }
 
   private:
-    /// One state of one file, and the limits that it was parsed within.
+    /// One state of one file and the limits used for parsing it.
     using ParsedKey = std::tuple<std::uint64_t, std::uint64_t, std::int64_t, std::uint64_t, std::size_t,
                                  std::size_t, std::size_t>;
     struct Parsed {
         ParsedKey key;
-        std::shared_ptr<const PropertyListValue> value; ///< null: malformed
+        std::shared_ptr<const PropertyListValue> value; ///< null when malformed
     };
 
     static tl::unexpected<FileError> refused(const Path& path) {

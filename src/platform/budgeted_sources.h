@@ -6,8 +6,8 @@
 
 namespace tidwen {
 
-/// Signatures as one run of a reader sees them: work on them is spent from its budget. Once that is exhausted
-/// everything seems unsigned; the budget tells how much was left out.
+/// Code signatures for one run of a reader, read within its budget. Once that is exhausted all code appears
+/// unsigned; the budget counts what was left out.
 class BudgetedSignatures : public CodeSignatures {
   public:
     BudgetedSignatures(const CodeSignatures& signatures, const ReadBudget& budget)
@@ -24,7 +24,7 @@ class BudgetedSignatures : public CodeSignatures {
     ReadBudget budget_;
 };
 
-/// Receipts likewise: once the budget is exhausted none can be read.
+/// The same for receipts: once the budget is exhausted none can be read.
 class BudgetedReceipts : public Receipts {
   public:
     BudgetedReceipts(const Receipts& receipts, const ReadBudget& budget)

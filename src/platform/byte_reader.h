@@ -6,8 +6,8 @@
 
 namespace tidwen {
 
-/// Reads numbers and texts out of bytes that nobody vouches for: whatever lies past the end is nothing, for
-/// every offset and length. Offsets count from the beginning of the bytes.
+/// Bounds-checked reads of numbers and texts from untrusted bytes; any read past the end returns nullopt.
+/// Offsets count from the first byte.
 class ByteReader {
   public:
     explicit ByteReader(std::string_view bytes) : bytes_(bytes) {}
@@ -18,7 +18,7 @@ class ByteReader {
         if (offset > bytes_.size() || length > bytes_.size() - offset) return std::nullopt;
         return bytes_.substr(static_cast<std::size_t>(offset), static_cast<std::size_t>(length));
     }
-    /// The text from `offset` up to the next zero byte; nothing when none follows within `maxLength` bytes.
+    /// The text from `offset` to the next NUL; nullopt when none follows within `maxLength` bytes.
     std::optional<std::string_view> terminated(std::uint64_t offset, std::size_t maxLength) const {
         if (offset >= bytes_.size()) return std::nullopt;
         const auto rest = bytes_.substr(static_cast<std::size_t>(offset), maxLength + 1);

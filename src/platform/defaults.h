@@ -11,13 +11,14 @@
 
 namespace tidwen {
 
-/// The user's settings of this program: the defaults domain on a Mac, one property list elsewhere.
+/// The user's settings of this program: its defaults domain on a Mac, one property list elsewhere.
 class Defaults {
   public:
     virtual ~Defaults() = default;
     virtual std::optional<PropertyListValue> value(const std::string& key) const = 0;
-    /// Why what the user stored cannot be known, and what helps: every value is absent then, though it may be
-    /// set. What relies on a setting to spare something must not go on. Nothing when all is well.
+    /// Why the stored settings cannot be read and what the user can do; every value then reads as absent
+    /// although it may be set. Nothing that relies on a setting to protect something may proceed. nullopt
+    /// when all is well.
     virtual std::optional<Message> problem() const { return std::nullopt; }
     /// Stores at once; nothing removes the key. False when it could not be written: `whyNotStored` says why.
     virtual bool setValue(const std::string& key, const std::optional<PropertyListValue>& value) = 0;
@@ -27,13 +28,13 @@ class Defaults {
 
     using Change =
         std::function<std::optional<PropertyListValue>(const std::optional<PropertyListValue>& stored)>;
-    /// Stores what `change` makes of the stored value. Where processes share the store, none comes between.
+    /// Stores what `change` returns for the stored value. Atomic where several processes share the store.
     virtual bool update(const std::string& key, const Change& change) {
         return setValue(key, change(value(key)));
     }
 
-    /// Calls `changed` from another thread when another process may have changed a value. Nothing where that
-    /// cannot be had.
+    /// Calls `changed` from another thread when another process may have changed a value. Null where watching
+    /// is not available.
     // NOLINTNEXTLINE(performance-unnecessary-value-param): who watches keeps it
     virtual std::unique_ptr<FolderEvents::Watch> watch(std::function<void()>) { return nullptr; }
 };

@@ -11,8 +11,8 @@ namespace tidwen {
 /// Larger entitlements are not read; real ones take a few kilobytes.
 inline constexpr std::size_t maxEntitlementBytes = 1u << 20;
 
-/// The application groups that entitlements name, in their order, empty ones dropped. None when the key is
-/// absent or holds anything but strings. Nothing at all when the bytes are no entitlements of that form.
+/// The application groups named by entitlements, in order, without empty ones. Empty when the key is absent
+/// or holds anything but strings; nullopt when the bytes are not entitlements of that form.
 using ApplicationGroups = std::optional<std::vector<std::string>>;
 
 /// From a property list, bare or wrapped as a signature blob (magic 0xfade7171, length, list).

@@ -4,18 +4,18 @@
 
 namespace tidwen {
 
-/// Nothing is there. Any other fault leaves open what is.
+/// The item does not exist. With any other fault it may.
 inline bool isAbsence(const FileError& error) {
     return error.fault == FileFault::missing || error.fault == FileFault::notDirectory;
 }
 
-/// Nothing has this name. Links are not followed.
+/// No item has this name. Links are not followed.
 inline bool isMissing(const FileSystem& files, const Path& item) {
     const auto info = files.info(item);
     return !info && info.error().fault == FileFault::missing;
 }
 
-/// The item is there, or it cannot be told that it is not. Links are followed.
+/// The item exists, or its absence cannot be established. Links are followed.
 inline bool mayBeThere(const FileSystem& files, const Path& item) {
     const auto info = files.infoFollowingLinks(item);
     return info || !isAbsence(info.error());

@@ -5,7 +5,7 @@
 
 namespace tidwen {
 
-/// From the Mach-O file itself; a script's from "Contents/_CodeSignature".
+/// Reads signatures from the Mach-O file itself; a script's from "Contents/_CodeSignature".
 class FileCodeSignatures : public CodeSignatures {
   public:
     explicit FileCodeSignatures(const FileSystem& files) : files_(files) {}

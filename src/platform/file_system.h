@@ -14,28 +14,29 @@
 
 namespace tidwen {
 
-// The port to the files of the Mac that is worked on: a volume's folder, or the running system's disk. All
-// file work goes through it.
+// The port to the files of one Mac: a volume's folder or the running system's disk. All file work goes
+// through it.
 
 enum class FileKind { regular, directory, symbolicLink, other };
 
-/// What the file system says of one item. Symbolic links are described themselves unless said otherwise.
+/// The attributes of one item. A symbolic link is described itself unless stated otherwise.
 struct FileInfo {
     FileKind kind = FileKind::other;
     std::uint64_t size = 0;           ///< bytes of content
-    std::uint64_t allocatedBytes = 0; ///< bytes taken on the disk
-    std::uint32_t permissions = 0;    ///< the mode's lower twelve bits
+    std::uint64_t allocatedBytes = 0; ///< bytes allocated on the disk
+    std::uint32_t permissions = 0;    ///< the lower twelve bits of the mode
     std::uint32_t ownerID = 0;
     std::uint32_t groupID = 0;
     std::int64_t modifiedNanoseconds = 0; ///< since 1970
     std::uint64_t device = 0;
-    std::uint64_t mount = 0; ///< tells apart two mounts of one device; 0 where the system does not
+    std::uint64_t mount =
+        0; ///< distinguishes two mounts of one device; 0 where the system does not number mounts
     std::uint64_t inode = 0;
-    bool immutable = false; ///< carries a flag that forbids moving it, also for its owner
+    bool immutable = false; ///< has a flag that forbids moving it, even by its owner
     std::optional<std::int64_t>
-        createdNanoseconds; ///< birth, since 1970; absent where the disk does not keep it
-    /// When the item came into its folder, since 1970; where the disk does not keep that, when the system
-    /// last wrote its record, which a move does.
+        createdNanoseconds; ///< creation, since 1970; absent where the file system does not store it
+    /// When the item was added to its folder, since 1970; where the file system does not store that, the time
+    /// of its last status change, which a move updates.
     std::optional<std::int64_t> addedNanoseconds;
 };
 
@@ -51,55 +52,55 @@ enum class FileFault {
     notDirectory,
     isDirectory,
     throughLink, ///< a parent is a symbolic link where none may be
-    notRegular,  ///< asked to read something that is no plain file
-    tooLarge,    ///< more bytes than the caller allowed
+    notRegular,  ///< read of something that is not a plain file
+    tooLarge,    ///< more bytes than the caller allows
     noSpace,
     nameTooLong,
-    busy,         ///< another process holds it or is changing it
-    exhausted,    ///< not looked at: the budget of the run is spent
-    notSupported, ///< the file system or disk cannot do it
-    otherDisk,    ///< another disk, or another folder, is mounted there
+    busy,         ///< another process has it locked or is changing it
+    exhausted,    ///< not read: the budget of the run is exhausted
+    notSupported, ///< the file system does not support it
+    otherDisk,    ///< another file system or folder is mounted there
     io,           ///< anything else
 };
 
 struct FileError {
     FileFault fault = FileFault::io;
-    Path path;      ///< the end of the operation that was at fault
-    int osCode = 0; ///< errno, for the log; decides nothing
+    Path path;      ///< the path that caused the error
+    int osCode = 0; ///< errno, for the log only
 
     friend bool operator==(const FileError&, const FileError&) = default;
 };
 
-/// The key of the words for a fault ("failure.file.missing" …).
+/// The text key of a fault ("failure.file.missing" …).
 std::string_view failureKey(FileFault fault);
 
 template<class T>
 using FileResult = tl::expected<T, FileError>;
 
-/// What a walk of a folder found before it ended or was cut short.
+/// The result of a tree walk, complete or stopped early.
 struct TreeSize {
     std::uint64_t allocatedBytes = 0;
-    std::uint64_t entries = 0; ///< items visited, the folder itself not counted; links are not followed
-    bool capped = false;       ///< stopped at the limit: `allocatedBytes` is a lower bound
+    std::uint64_t entries = 0; ///< items visited, without the folder itself; links are not followed
+    bool capped = false;       ///< stopped at the limit; `allocatedBytes` is a lower bound
 };
 
-/// What a move between devices could not take away of the original, although the item arrived complete.
+/// What a move between devices could not remove of the original although the copy is complete.
 struct MoveRemains {
     Path place; ///< hidden, in the original's folder
-    /// `busy`: somebody wrote in the original after it was copied, so what lies there has no copy. Anything
-    /// else is why the system refused to remove what has one.
+    /// `busy`: the original was written to after it was copied, so what is left has no copy. Any other fault
+    /// is why the system refused to remove what has a copy.
     FileFault fault = FileFault::busy;
 
     friend bool operator==(const MoveRemains&, const MoveRemains&) = default;
 };
 
-/// The outcome of a move that arrived; the remains are absent when nothing is left of the original.
+/// The result of a successful move; no remains when the original is completely gone.
 using MoveResult = FileResult<std::optional<MoveRemains>>;
 
-/// How a tree may be changed: what `replaceFile` keeps of the file it replaces.
+/// What `replaceFile` keeps of the file it replaces.
 enum class NewFileMode { privateToOwner, likeExisting };
 
-/// Held until it is destroyed, or its process ends.
+/// Held until it is destroyed or its process ends.
 class FolderLock {
   public:
     virtual ~FolderLock() = default;
@@ -107,13 +108,13 @@ class FolderLock {
 
 class BudgetedFiles;
 
-/// A Mac's files. All paths are absolute Mac paths; on a mounted volume they are resolved inside its root and
-/// nothing outside it can be named, whatever links the volume holds.
+/// A Mac's file system. All paths are absolute Mac paths; on a mounted volume they are resolved inside its
+/// root, and no path, through whatever links, names anything outside it.
 ///
-/// Calls block, may come from any thread, and never throw. Reading follows symbolic links (inside the root);
-/// everything that changes the disk refuses a path whose *parents* hold a link (`FileFault::throughLink`) and
-/// takes the last component as it is: resolve first with `resolveParent` and judge the answer, so that what
-/// was judged is what is touched.
+/// Calls block, are thread-safe, and never throw. Reading follows symbolic links (inside the root). Every
+/// call that changes the disk refuses a path whose *parents* contain a link (`FileFault::throughLink`) and
+/// does not follow the last component: resolve with `resolveParent` and check the result first, so that
+/// exactly the checked path is changed.
 class FileSystem {
   public:
     virtual ~FileSystem() = default;
@@ -122,83 +123,83 @@ class FileSystem {
 
     /// Describes the item itself; a symbolic link is not followed.
     virtual FileResult<FileInfo> info(const Path& path) const = 0;
-    /// Describes what the path leads to; a dangling link is `missing`.
+    /// Describes the target of the path; a dangling link is `missing`.
     virtual FileResult<FileInfo> infoFollowingLinks(const Path& path) const = 0;
     /// Entries of a folder, without "." and "..", sorted by the bytes of their names.
     virtual FileResult<std::vector<DirectoryEntry>> list(const Path& folder) const = 0;
-    /// The whole content of a plain file of at most `maxBytes`. Never blocks on a pipe or device.
+    /// The content of a plain file of at most `maxBytes`. Never blocks on a pipe or device.
     virtual FileResult<std::string> read(const Path& file, std::size_t maxBytes) const = 0;
     /// Up to `length` bytes from `offset`; shorter at the end of the file.
     virtual FileResult<std::string> readRange(const Path& file, std::uint64_t offset,
                                               std::size_t length) const = 0;
-    /// An extended attribute's value; `missing` when the item has none of that name.
+    /// The value of an extended attribute; `missing` when the item does not have it.
     virtual FileResult<std::string> extendedAttribute(const Path& path, const std::string& name) const = 0;
-    /// The path with every link resolved, as a Mac path. Where nothing is, the error names the resolved
-    /// place.
+    /// The path with every link resolved, as a Mac path. If nothing exists there, the error carries the
+    /// resolved path.
     virtual FileResult<Path> resolve(const Path& path) const = 0;
-    /// Allocated bytes of a plain file, or of everything below a folder (the folder included), stopping after
-    /// `entryLimit` entries. Other file systems below are not entered. An unreadable subfolder counts as
-    /// empty.
+    /// Allocated bytes of a plain file, or of a folder and everything below it, stopping after `entryLimit`
+    /// entries. Other file systems below are not entered. An unreadable subfolder counts as empty.
     virtual FileResult<TreeSize> treeSize(const Path& path, std::uint64_t entryLimit,
                                           const StopToken& stop = {}) const = 0;
-    /// May this process take the item out of its folder? Judged by permissions, owners and flags, so a move
-    /// can still fail; never true for what is not there.
+    /// Whether this process may move the item out of its folder. Based on permissions, owners and flags, so a
+    /// move can still fail; false for missing items.
     virtual bool isMovable(const Path& path) const = 0;
-    /// Which of the items that lie below a folder, as relative paths, are there; as `exists` says of each
-    /// one.
+    /// For each relative path below a folder, whether `exists` holds for it.
     virtual std::vector<bool> existing(const Path& folder, const std::vector<std::string>& items) const;
-    /// The run whose budget reading spends; null where nobody set one.
+    /// The run whose budget pays for reading; null without one.
     virtual const BudgetedFiles* budgeted() const { return nullptr; }
 
     // Changing
 
-    /// Creates one folder, closed to others inside a home; its parent must exist. `exists` when it is taken.
+    /// Creates one folder, private to its owner inside a home; its parent must exist. `exists` when the name
+    /// is taken.
     virtual FileResult<void> createDirectory(const Path& folder) = 0;
-    /// Creates the folder and its missing parents in the same way. Succeeds when it is there already.
+    /// Creates the folder and its missing parents with the same permissions. Succeeds when it already exists.
     virtual FileResult<void> createDirectories(const Path& folder) = 0;
-    /// Moves an item, also a link itself; never replaces anything, and takes no mount along (`otherDisk`).
-    /// Between two devices everything is copied, flushed and compared before the original goes. After an
-    /// error the original is complete where it was. What an earlier move of it left is not in the way.
+    /// Moves an item; a link is moved itself. Never replaces anything and never moves a mount (`otherDisk`).
+    /// Between devices everything is copied, flushed and compared before the original is removed. After an
+    /// error the original is complete in its old place. Leftovers of an earlier move do not prevent another
+    /// one.
     virtual MoveResult move(const Path& from, const Path& to) = 0;
-    /// After a kill in the middle of a move between devices, or after one that left remains: completes it
-    /// when the original was already set aside, else drops the unfinished copy; removes remains that are at
-    /// the destination too. Does nothing when there is nothing to settle. The answer tells remains that stay.
+    /// Recovers a move between devices that was killed or left remains: completes it when the original was
+    /// already set aside, else removes the unfinished copy; removes remains that also exist at the
+    /// destination. Does nothing when there is nothing to recover. Returns remains that stay.
     virtual MoveResult settleInterruptedMove(const Path& from, const Path& to) = 0;
     /// True when a move between devices left the item of `from`, or remains of it, aside: after a kill it is
-    /// at neither place until `settleInterruptedMove` brings it to one of them.
+    /// at neither place until `settleInterruptedMove` has run.
     virtual bool isSetAside(const Path& from) const = 0;
-    /// Gives remains of moves away from `from` a name that people see: that of `from`, or a free one beside
-    /// it ("Name 2.ext"). Settle first, so that what has a copy is gone. The names given, in their order.
+    /// Gives remains of moves away from `from` a visible name: that of `from`, or a free one beside it
+    /// ("Name 2.ext"). Call `settleInterruptedMove` first, so that what has a copy is removed. Returns the
+    /// new names in order.
     virtual FileResult<std::vector<Path>> revealRemains(const Path& from) = 0;
-    /// Writes a file so that after a crash either the old content or the new is there: temporary file in the
-    /// same folder, flushed, renamed over, folder flushed. Permissions, owner and extended attributes of a
-    /// file that it replaces are kept with `likeExisting`.
+    /// Writes a file so that after a crash it has either the old or the new content: temporary file in the
+    /// same folder, flushed, renamed over the target, folder flushed. `likeExisting` keeps permissions, owner
+    /// and extended attributes of the file it replaces.
     virtual FileResult<void> replaceFile(const Path& file, std::string_view content, NewFileMode mode) = 0;
-    /// Takes away what a kill in the middle of `replaceFile` left beside the file, unless somebody is writing
-    /// it.
+    /// Removes what a kill during `replaceFile` left beside the file, unless another process is writing it.
     virtual void dropUnfinishedReplacement(const Path& file) = 0;
     /// Removes a plain file or a link and flushes its folder.
     virtual FileResult<void> removeFile(const Path& file) = 0;
     /// Removes a folder that is empty.
     virtual FileResult<void> removeEmptyDirectory(const Path& folder) = 0;
-    /// Deletes an item with everything in it, for good: never through a link, and nothing that is mounted at
-    /// or below it (`otherDisk`). Opens folders of this user's own that forbid it. What cannot be deleted
-    /// stays, with the folders above it; the error tells the first reason.
+    /// Deletes an item and everything in it permanently: never through a link, and nothing mounted at or
+    /// below it (`otherDisk`). Makes unreadable folders of this user accessible. What cannot be deleted stays
+    /// with the folders above it; the error is the first reason.
     virtual FileResult<void> removeTree(const Path& folder) = 0;
-    /// Whether an item or anything below it belongs to another owner, or cannot be looked at. Without an
-    /// `ownerID` that is another than this process, and to one of root's nothing is another's. Opens folders
-    /// of this user's own that forbid it for as long as it looks. `otherDisk` when something is mounted
+    /// Whether an item or anything below it belongs to another owner or cannot be inspected. Without
+    /// `ownerID`, any owner other than this process counts as another, and for root none does. Makes
+    /// unreadable folders of this user accessible while it looks. `otherDisk` when something is mounted
     /// there.
     virtual FileResult<bool> holdsOthersItems(const Path& item, std::optional<std::uint32_t> ownerID) = 0;
-    /// Takes a lock between processes on a folder, which must be no link. Leaves nothing behind. `busy` when
-    /// another process holds it.
+    /// Locks a folder, which must not be a link, against other processes. Leaves nothing on disk. `busy` when
+    /// another process holds the lock.
     virtual FileResult<std::unique_ptr<FolderLock>> lock(const Path& folder) = 0;
 
-    // Said in terms of the above
+    // Derived from the calls above
 
-    /// Anything there, a dangling link included.
+    /// Anything exists there, including a dangling link.
     bool exists(const Path& path) const { return info(path).has_value(); }
-    /// The path with the links of its parents resolved and its last component kept.
+    /// The path with the links of its parents resolved; the last component is not followed.
     FileResult<Path> resolveParent(const Path& path) const;
     bool isDirectoryFollowingLinks(const Path& path) const;
 };

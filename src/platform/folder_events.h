@@ -7,19 +7,19 @@
 
 namespace tidwen {
 
-/// Tells that something changed directly inside a folder, or that the folder went away; what changed is for
-/// the listener to find out.
+/// Reports that something directly inside a folder changed, or that the folder disappeared. The listener
+/// finds out what changed.
 class FolderEvents {
   public:
-    /// Stops watching when destroyed; no call comes after that.
+    /// Stops watching when destroyed; no call follows.
     class Watch {
       public:
         virtual ~Watch() = default;
     };
 
     virtual ~FolderEvents() = default;
-    /// `changed` is called from a thread of the watcher's own, changes within about a second as one call. A
-    /// folder that is missing, or goes, is watched from when it comes. Nothing when it cannot be watched.
+    /// Calls `changed` on a thread of its own; changes within about a second are reported as one. A folder
+    /// that is missing or disappears is watched once it exists. Null when it cannot be watched.
     virtual std::unique_ptr<Watch> watch(const Path& folder, std::function<void()> changed) = 0;
 };
 

@@ -19,11 +19,11 @@ enum class KeychainItemClass { genericPassword, internetPassword };
 class Keychain {
   public:
     virtual ~Keychain() = default;
-    /// Services of the user's keychain in first-seen order, then those of the system keychain. Secrets are
-    /// never read and no prompt appears. Empty when the keychain cannot be read.
+    /// Services of the user's keychain in first-seen order, then those of the system keychain. Never reads
+    /// secrets and never prompts. Empty when the keychain cannot be read.
     virtual std::vector<KeychainEntry> entries() const = 0;
     /// Deletes the items of one class whose service (the server, for internet passwords) equals `service`
-    /// from the user's keychain. Gives the keychain services' status: 0 deleted, -25300 none there, -25244
+    /// from the user's keychain. Returns the keychain services' status: 0 deleted, -25300 not found, -25244
     /// refused.
     virtual std::int32_t deleteItems(KeychainItemClass itemClass, const std::string& service) = 0;
 };

@@ -4,12 +4,12 @@
 
 namespace tidwen {
 
-/// What Launch Services knows: applications of which macOS keeps a record, wherever they lie.
+/// The applications registered with Launch Services, wherever they are on disk.
 class KnownApplications {
   public:
     virtual ~KnownApplications() = default;
-    /// An application with this identifier, in whatever letter case, is known and there. May be called from
-    /// any thread; blocks.
+    /// Whether an application with this identifier, in any letter case, is registered and exists.
+    /// Thread-safe; blocks.
     virtual bool isKnown(const std::string& bundleID) const = 0;
 };
 

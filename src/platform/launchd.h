@@ -10,20 +10,20 @@
 
 namespace tidwen {
 
-/// Why a job was not switched.
+/// Why a job could not be enabled or disabled.
 struct LaunchdError {
     enum class Kind { failed, authorizationCancelled, process };
     Kind kind = Kind::failed;
-    Message message; ///< what to tell; empty for a dismissed prompt, which is silent everywhere
+    Message message; ///< the text for the user; empty for a dismissed prompt, which is never reported
 };
 
-/// launchd's list of overrides. Only jobs that were switched on or off by hand stand in it.
+/// launchd's overrides, which list only jobs that were enabled or disabled by hand.
 class Launchd {
   public:
     virtual ~Launchd() = default;
-    /// Label → switched off, of the system domain or of the user's graphical session. Empty when unreadable.
+    /// Label → disabled, of the system domain or of the user's graphical session. Empty when unreadable.
     virtual std::map<std::string, bool> disabledOverrides(bool isSystemDomain) const = 0;
-    /// Switches a job on (and loads it) or off (and unloads it). `plist` is the job's property list.
+    /// Enables a job (and loads it) or disables it (and unloads it). `plist` is the job's property list.
     virtual tl::expected<void, LaunchdError> setEnabled(bool on, const std::string& label, const Path& plist,
                                                         bool isSystemDomain) = 0;
 };

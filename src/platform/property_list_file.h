@@ -8,7 +8,7 @@
 namespace tidwen {
 
 /// Reads and parses one property list. Null when it cannot be read or parsed, exceeds `limits`, or the budget
-/// of the run is spent.
+/// of the run is exhausted.
 std::shared_ptr<const PropertyListValue> readPropertyList(const FileSystem& files, const Path& file,
                                                           const PropertyListLimits& limits = {});
 

@@ -7,18 +7,19 @@
 
 namespace tidwen {
 
-/// What one run of a reader (a scan, a sweep, the reading of a history) may spend on the content of files.
-/// Every file has a limit of its own, but a disk may name thousands of files at their limits, or one file
-/// thousands of times. Copies share what is left. May be used from any thread.
+/// How much one run (a scan, a sweep, reading a history) may spend on reading file content. Each file has its
+/// own limit, but a volume may name thousands of files at that limit, or one file thousands of times. Copies
+/// share the remaining budget. Thread-safe.
 class ReadBudget {
   public:
     struct Limits {
-        std::int64_t bytes = std::int64_t{256} << 20;            ///< of content read
-        std::chrono::nanoseconds time = std::chrono::seconds(4); ///< of work on it, all threads together
+        std::int64_t bytes = std::int64_t{256} << 20; ///< of content read
+        std::chrono::nanoseconds time =
+            std::chrono::seconds(4); ///< of processor time on it, summed over all threads
     };
     using Clock = std::chrono::nanoseconds (*)();
 
-    /// Processor time of the calling thread: waiting for a slow disk costs nothing.
+    /// Processor time of the calling thread; waiting for a slow disk is not counted.
     static std::chrono::nanoseconds threadTime();
 
     ReadBudget() : ReadBudget(Limits{}) {}
@@ -29,20 +30,20 @@ class ReadBudget {
 
     void spendBytes(std::uint64_t bytes) const { left_->bytes -= static_cast<std::int64_t>(bytes); }
 
-    /// Counts something that is not read because the budget is exhausted.
+    /// Counts an item that is not read because the budget is exhausted.
     void leaveOut() const { ++left_->leftOut; }
     std::uint64_t leftOut() const { return left_->leftOut; }
 
-    /// Processor time is asked of the kernel, which takes as long as a look at an item.
+    /// How time is measured: asking the kernel for processor time costs as much as a look at an item.
     enum class Measure {
-        /// Asked only around some of the calls: those that come after one that took long, be it for work or
-        /// for a slow disk. What is short costs as much as the wall clock says.
+        /// Processor time only for calls that follow a slow one, whether it was slow by work or by the disk;
+        /// short calls are charged their wall-clock time.
         cheaply,
         exactly,
     };
 
-    /// Spends the time of the calling thread from now until it is destroyed. Not to be nested. Without a
-    /// budget it does nothing.
+    /// Charges the calling thread's time from construction to destruction. Must not be nested. Does nothing
+    /// without a budget.
     class Work {
       public:
         explicit Work(const ReadBudget* budget, Measure measure = Measure::cheaply);

@@ -8,21 +8,22 @@
 
 namespace tidwen {
 
-/// What an installer package left behind as its receipt.
+/// The receipt of an installer package.
 struct Receipt {
     std::string packageID;
-    Path installBase;               ///< volume and location joined
-    std::vector<std::string> files; ///< relative to `installBase`, as recorded: may be hostile or outdated
-    std::optional<Path> unreadableList = {}; ///< what should list the files, and is away or cannot be read
+    Path installBase; ///< volume and location joined
+    std::vector<std::string>
+        files; ///< relative to `installBase`, as recorded; untrusted and possibly outdated
+    std::optional<Path> unreadableList = {}; ///< the file list that is missing or unreadable
     friend bool operator==(const Receipt&, const Receipt&) = default;
 };
 
 class Receipts {
   public:
     virtual ~Receipts() = default;
-    /// Identifiers of every installed package, sorted. Empty when they cannot be had.
+    /// Identifiers of all installed packages, sorted. Empty when they cannot be read.
     virtual std::vector<std::string> packageIDs() const = 0;
-    /// Nothing when there is no such receipt, or it cannot be read and no file is to blame.
+    /// nullopt when there is no such receipt, or it cannot be read for no fault of a file.
     virtual std::optional<Receipt> read(const std::string& packageID) const = 0;
 };
 

@@ -2,11 +2,11 @@
 
 namespace tidwen {
 
-/// Asks the user kindly for a review of the program.
+/// Asks the user for a review of the program.
 class ReviewPrompt {
   public:
     virtual ~ReviewPrompt() = default;
-    /// Whether somebody is there who would see it.
+    /// Whether a user is there to see it.
     virtual bool canShow() const = 0;
     virtual void show() = 0;
 };

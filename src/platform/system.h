@@ -17,8 +17,8 @@
 
 namespace tidwen {
 
-/// One Mac, running or on a volume, as the ports to it. Made once by `main`, which owns what it refers to and
-/// outlives it. Services take the few ports they use, not this.
+/// The ports to one Mac, running or on a volume. Created once by `main`, which owns the objects and outlives
+/// this. Services take the few ports they use, not this.
 struct System {
     FileSystem& files;
     CodeSignatures& signatures;

@@ -5,8 +5,7 @@
 
 namespace tidwen {
 
-/// A driver or network extension that an application installed in the system, which only the system takes
-/// out.
+/// A driver or network extension that an application installed in the system. Only the system can remove it.
 struct SystemExtensionRecord {
     std::string teamID;
     std::string bundleID;
@@ -17,7 +16,7 @@ struct SystemExtensionRecord {
 class SystemExtensions {
   public:
     virtual ~SystemExtensions() = default;
-    /// One record per bundle identifier. Empty when they cannot be had.
+    /// One record per bundle identifier. Empty when they cannot be read.
     virtual std::vector<SystemExtensionRecord> list() const = 0;
 };
 

@@ -4,7 +4,7 @@
 
 namespace tidwen {
 
-/// What the new content of a file is called until it is whole; the file's name follows.
+/// Prefix of the name under which a file's new content is written until it is complete.
 inline constexpr std::string_view unfinishedReplacementPrefix = ".tidwen-new-";
 
 } // namespace tidwen

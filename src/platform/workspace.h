@@ -10,11 +10,11 @@
 
 namespace tidwen {
 
-/// The panes of System Settings that people are sent to.
+/// The panes of System Settings that the program refers users to.
 struct SystemSettingsLauncher {
     enum class Pane { fullDiskAccess, loginItemsAndExtensions, privacyAndSecurity };
 
-    /// The address by which macOS opens a pane.
+    /// The URL with which macOS opens a pane.
     static constexpr std::string_view address(Pane pane) {
         switch (pane) {
         case Pane::fullDiskAccess:
@@ -28,23 +28,23 @@ struct SystemSettingsLauncher {
     }
 };
 
-/// What the desktop shows for this program, and how it shows applications. Calls block; any thread but the
-/// main one.
+/// What the desktop does for this program: showing items, and icons of applications. Calls block; not for the
+/// main thread.
 class Workspace {
   public:
-    /// Larger than any icon that people draw, in bytes.
+    /// In bytes; larger than any real icon.
     static constexpr std::size_t maxIconBytes = 16u << 20;
 
-    /// The message says why nothing was shown.
+    /// The message says why the item could not be shown.
     using Result = tl::expected<void, Message>;
 
     virtual ~Workspace() = default;
-    /// Shows an item, chosen, in its folder. Opens nothing, starts nothing and follows no link.
+    /// Selects an item in its folder. Opens and starts nothing and follows no link.
     virtual Result reveal(const Path& item) = 0;
     virtual Result openSettingsPane(SystemSettingsLauncher::Pane pane) = 0;
-    /// The bytes of the bundle's icon file, in Apple's "icns" form, of at most `maxIconBytes`. `missing` when
-    /// the bundle names none that is there; `throughLink` when it lies outside the bundle, `notSupported`
-    /// when it is something else.
+    /// The content of the bundle's icon file, in Apple's "icns" form, of at most `maxIconBytes`. `missing`
+    /// when the bundle names none that exists; `throughLink` when it lies outside the bundle, `notSupported`
+    /// when it has another form.
     virtual FileResult<std::string> iconOf(const Path& bundle) const = 0;
 };
 
