@@ -9,7 +9,7 @@
 
 namespace tidwen {
 
-/// An open file that is closed when it goes out of scope.
+/// Owns an open file descriptor and closes it on destruction.
 class FileDescriptor {
   public:
     explicit FileDescriptor(int number = -1) : number_(number) {}
@@ -26,12 +26,12 @@ class FileDescriptor {
     int number_;
 };
 
-/// A running tool in a process group of its own. Destroying it kills the group and waits for the tool, so
-/// that no path through the code leaves a zombie.
+/// A running tool in its own process group. The destructor kills the group and waits for the tool, so that no
+/// zombie remains on any path.
 class ChildProcess {
   public:
-    /// Starts `executable` with the null device as input and the two pipe ends as output. The error is an
-    /// errno.
+    /// Starts `executable` with the null device as input and the two pipe ends as output and error. The error
+    /// is an errno.
     static tl::expected<ChildProcess, int> start(const std::string& executable,
                                                  const std::vector<std::string>& arguments,
                                                  const FileDescriptor& standardOutput,
@@ -40,19 +40,19 @@ class ChildProcess {
     ChildProcess(ChildProcess&& other) noexcept;
     ChildProcess& operator=(ChildProcess&&) = delete;
 
-    /// Has the tool itself ended? Its children may go on.
+    /// Whether the tool itself has ended; its children may still run.
     bool hasEnded() const;
-    /// Sends a signal to the tool and its children, as long as the tool has not been waited for.
+    /// Signals the tool and its children, until the tool has been waited for.
     void signalGroup(int signal) const;
-    /// Waits for the end: the exit status, or 128 + the number of the signal that ended it. `unknownStatus`
-    /// when the system has thrown the status away, as it does for a program that was started with SIGCHLD
-    /// ignored.
+    /// Waits for the end. Returns the exit status, or 128 + the number of the signal that ended it;
+    /// `unknownStatus` when the system has discarded the status, as it does for a program started with
+    /// SIGCHLD ignored.
     int wait();
     static constexpr int unknownStatus = -1;
 
   private:
     explicit ChildProcess(pid_t id) : id_(id) {}
-    pid_t id_; ///< 0 once it was waited for
+    pid_t id_; ///< 0 after the wait
 };
 
 } // namespace tidwen

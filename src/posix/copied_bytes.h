@@ -5,18 +5,18 @@
 
 namespace tidwen {
 
-/// While it lives, observes what the current thread copies from one disk to another. By thread, because the
-/// copy is made deep below whoever shows it, in a move that may as well be a mere renaming. One replaces
-/// another one until it is gone.
+/// Observes, during its lifetime, how many bytes the current thread copies between disks. Per thread, because
+/// the copy happens far below the code that shows it, inside a move that may as well be a plain rename.
+/// Nested observers replace the outer one.
 class CopiedBytes {
   public:
-    /// Called with the sum, at most once a mebibyte.
+    /// Called with the total, at most once per mebibyte.
     explicit CopiedBytes(std::function<void(std::uint64_t)> onCopied);
     ~CopiedBytes();
     CopiedBytes(const CopiedBytes&) = delete;
     CopiedBytes& operator=(const CopiedBytes&) = delete;
 
-    /// Called by what copies.
+    /// Called by the copying code.
     static void add(std::uint64_t bytes);
 
   private:

@@ -9,36 +9,35 @@
 
 namespace tidwen {
 
-/// One end of a move: where it is, held open, and what it is called towards the caller.
+/// One end of a move: its place, held open, and its path as the caller names it.
 struct MoveEnd {
     const Place& place;
     const Path& path;
 };
 
-/// What a copy is called until it is whole; the name that it will get follows.
+/// Prefix of a copy's name until it is complete; the final name follows.
 inline constexpr std::string_view growingCopyPrefix = ".tidwen-copy-";
-/// The name of the copy that will be called `name`, shortened where the whole would be too long.
+/// The name of an incomplete copy of `name`, shortened where it would be too long.
 std::string growingCopyName(const std::string& name);
 
-/// Moves an item to another disk. A copy grows in ".tidwen-copy-<name>" in the destination's folder with
-/// everything that the original has, is flushed and compared; then the original is renamed to
-/// ".tidwen-moved-<name>" in its own folder, looked at once more, the copy gets its name, and the original is
-/// removed. An error leaves the original complete where it was and no copy. What the destination's disk
-/// cannot keep (an attribute, an owner, a kind of item) is an error before anything changes, never left out.
-/// What of the original cannot be removed, or came to it since it was copied, stays aside and is told.
+/// Moves an item to another disk. A copy is written to ".tidwen-copy-<name>" in the destination's folder with
+/// everything the original has, flushed and compared; then the original is renamed to ".tidwen-moved-<name>"
+/// in its own folder and checked once more, the copy gets its name, and the original is removed. After an
+/// error the original is complete in its old place and no copy is left. What the destination's disk cannot
+/// store (an attribute, an owner, a kind of item) is an error before anything changes, never left out. What
+/// cannot be removed of the original, or was added to it since the copy, stays aside and is returned.
 ///
-/// Only hard links from outside the tree do not survive: their other names keep the content on the old disk.
+/// Only hard links from outside the tree are lost: those names keep the content on the old disk.
 MoveResult moveByCopy(const MoveEnd& from, const MoveEnd& to);
 
-/// What `FileSystem::settleInterruptedMove` promises. Also finishes a move on one disk that was made of a
-/// hard link.
+/// Implements `FileSystem::settleInterruptedMove`. Also finishes a move on one disk that used a hard link.
 MoveResult settleMoveByCopy(const MoveEnd& from, const MoveEnd& to);
 
-/// What `FileSystem::revealRemains` promises.
+/// Implements `FileSystem::revealRemains`.
 FileResult<std::vector<Path>> revealAside(const MoveEnd& from);
 
-/// The names under which originals of such moves stand aside in a folder, the oldest first: more than one
-/// only where an earlier move left remains.
+/// The names in a folder under which such moves have set originals aside, oldest first; more than one only
+/// where an earlier move left remains.
 std::vector<std::string> namesAside(int folder, const std::string& name);
 
 } // namespace tidwen

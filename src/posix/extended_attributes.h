@@ -7,22 +7,23 @@
 
 namespace tidwen {
 
-/// What a call answers for an attribute that is not there (errno).
+/// The errno for an attribute that does not exist.
 #ifdef __APPLE__
 constexpr int noSuchAttribute = ENOATTR;
 #else
 constexpr int noSuchAttribute = ENODATA;
 #endif
 
-/// The extended attributes of an open plain file or folder by their names on this system. What the system
-/// itself puts on every file it creates (its security label) is left out: it is not the item's own.
-/// A disk that has no such attributes gives none.
+/// The extended attributes of an open plain file or folder by their names on this system. Omits what the
+/// system itself sets on every file it creates (its security label), because it does not belong to the item.
+/// Empty on file systems without attributes.
 OsResult<std::map<std::string, std::string>> extendedAttributesOf(int descriptor);
 
-/// The attribute that a Mac calls `name`; `noSuchAttribute` when there is none.
+/// The attribute that is called `name` on a Mac; `noSuchAttribute` when there is none.
 OsResult<std::string> macAttributeOf(int descriptor, const std::string& name);
 
-/// Makes the attributes of `to` those of `from`. 0 or the errno; ENOTSUP where the disk cannot hold one.
+/// Replaces the attributes of `to` by those of `from`. Returns 0 or the errno; ENOTSUP where the file system
+/// cannot store one.
 int copyExtendedAttributes(int from, int to);
 
 } // namespace tidwen

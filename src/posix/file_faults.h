@@ -4,13 +4,13 @@
 
 namespace tidwen {
 
-/// What an errno means to the callers of the file port.
+/// The fault of the file port that corresponds to an errno.
 FileFault faultOf(int osCode);
 
-/// A failure of the operating system at `path`.
+/// A system error at `path`.
 tl::unexpected<FileError> failed(const Path& path, int osCode);
 
-/// A refusal of our own at `path`.
+/// A refusal by this program at `path`.
 tl::unexpected<FileError> refused(const Path& path, FileFault fault);
 
 } // namespace tidwen

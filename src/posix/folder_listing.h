@@ -9,15 +9,15 @@
 
 namespace tidwen {
 
-/// Opens a folder by its name in another one to read its entries; never a link.
+/// Opens an entry of a folder to list it; never follows a link.
 Descriptor openFolderToRead(int folder, const char* name);
 
-/// The names in a folder that is open for reading, one after the other, without "." and "..". A descriptor
-/// that is not given stays the caller's; only one listing of it at a time.
+/// Iterates over the names in a folder open for reading, without "." and "..". A descriptor passed by
+/// reference stays the caller's; only one listing of it at a time.
 class FolderListing {
   public:
     explicit FolderListing(int folder);
-    /// Of a folder that was just opened for this; takes it over.
+    /// Takes ownership of a folder opened for this.
     explicit FolderListing(Descriptor folder);
     ~FolderListing();
     FolderListing(const FolderListing&) = delete;
@@ -25,9 +25,9 @@ class FolderListing {
 
     /// Valid until the next call; null at the end and after an error.
     const char* next();
-    /// Of the entry that `next` gave; `other` may also mean that the disk did not say.
+    /// Of the entry last returned; `other` may also mean that the file system did not say.
     unsigned char type() const { return entry_->d_type; }
-    /// The errno that ended the listing; 0 at its proper end.
+    /// The errno that ended the listing; 0 at its regular end.
     int fault() const { return fault_; }
 
   private:
@@ -38,9 +38,9 @@ class FolderListing {
     int fault_ = 0;
 };
 
-/// All entries of an open folder in the order of their names' bytes.
+/// All entries of an open folder, sorted by the bytes of their names.
 OsResult<std::vector<DirectoryEntry>> entriesOf(int folder);
-/// Of one that was just opened for this.
+/// The same for a folder opened for this.
 OsResult<std::vector<DirectoryEntry>> takeEntries(Descriptor folder);
 
 } // namespace tidwen

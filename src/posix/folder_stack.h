@@ -6,9 +6,9 @@
 
 namespace tidwen {
 
-/// The folders from the top of a tree down to where a walk stands. Only the lowest few are kept open, so that
-/// no depth uses up the process's descriptors; on the way up the others are opened again by ".." and known by
-/// device and inode, so a folder moved elsewhere meanwhile cannot take the walk out of the tree.
+/// The open folders from the top of a tree to the current position of a walk. Only the deepest few are kept
+/// open, so that depth never exhausts the process's descriptors; on the way up the others are reopened by
+/// ".." and checked by device and inode, so a folder moved meanwhile cannot lead the walk out of the tree.
 class FolderStack {
   public:
     /// Starts with the top of the tree.
@@ -17,11 +17,11 @@ class FolderStack {
     int current() const { return levels_.back().folder.get(); }
     std::size_t depth() const { return levels_.size(); }
 
-    /// Goes down into an open folder. False when it cannot be identified.
+    /// Enters an open folder. False when it cannot be identified.
     bool push(Descriptor folder);
-    /// The same for one that was just identified.
+    /// The same for a folder that was just identified.
     void push(Descriptor folder, const ItemIdentity& identity);
-    /// Goes up one level. False when the folder above is not where it was.
+    /// Goes up one level. False when the folder above is no longer there.
     bool pop();
 
   private:

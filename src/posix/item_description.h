@@ -8,25 +8,24 @@
 
 namespace tidwen {
 
-// What the system tells of an item by a folder's descriptor and a name, so that no link on the way can lead
-// elsewhere.
+// Queries an item by a folder's descriptor and a name, so that no link on the path can redirect them.
 
 FileKind kindOf(mode_t mode);
 
-/// Describes the item of that name in a folder, a link itself; with an empty name (Linux only) what the
-/// descriptor stands for.
+/// Describes the item of that name in a folder, a link itself; with an empty name (Linux only) the
+/// descriptor's own item.
 OsResult<FileInfo> describeItem(int folder, const char* name);
 
-/// The same as the system tells it.
+/// The same as the system's stat structure.
 OsResult<struct stat> statItem(int folder, const char* name);
 OsResult<struct stat> statOpen(int descriptor);
 
-/// What tells an item from every other one, and the mount that it is on: a disk that is mounted twice, or a
-/// folder that is mounted elsewhere once more, has one device and two mounts.
+/// Identifies an item and the mount it is on: a disk mounted twice, or a folder mounted a second time, has
+/// one device and two mounts.
 struct ItemIdentity {
     dev_t device = 0;
     ino_t inode = 0;
-    std::uint64_t mount = 0; ///< 0 for all where the system does not number them
+    std::uint64_t mount = 0; ///< always 0 where the system does not number mounts
 
     bool isOnMountOf(const ItemIdentity& other) const {
         return device == other.device && mount == other.mount;
@@ -36,13 +35,13 @@ struct ItemIdentity {
 OsResult<ItemIdentity> identify(int folder, const char* name);
 OsResult<ItemIdentity> identifyOpen(int descriptor);
 
-/// Whether an item of that name is there, a dangling link included; an errno other than ENOENT counts as yes.
+/// Whether an item of that name exists, including a dangling link; an errno other than ENOENT counts as yes.
 bool isTaken(int folder, const char* name);
 
-/// Where a symbolic link points, as it stands; EINVAL when the item is no link.
+/// The target of a symbolic link, unresolved; EINVAL when the item is no link.
 OsResult<std::string> readLinkTarget(int folder, const char* name);
 
-/// The times of an item, which systems call differently.
+/// The times of an item, whose fields are named differently on each system.
 namespace statTime {
 #ifdef __APPLE__
 inline constexpr auto modified = &stat::st_mtimespec, changed = &stat::st_ctimespec,

@@ -4,8 +4,8 @@
 
 namespace tidwen {
 
-/// Whether another disk, or another folder of the same one, is mounted at the item of that name in an open
-/// folder, or below it. False where the system does not tell.
+/// Whether another file system, or another folder of the same one, is mounted at or below the item of that
+/// name in an open folder. False where the system cannot tell.
 bool holdsMount(int folder, const char* name);
 
 } // namespace tidwen

@@ -6,10 +6,9 @@
 
 namespace tidwen {
 
-/// Takes the lock of the folder whose files are about to be read, changed and written again, so that of two
-/// programs that do it at once neither undoes what the other did. Waits for its turn, then `busy`: none holds
-/// it longer than it takes to write a file, so after `patience` the other one hangs. Reading needs no lock,
-/// because files are replaced as a whole.
+/// Locks the folder of files that are about to be read, changed and written, so that two programs doing so at
+/// once do not lose each other's change. Waits, then fails with `busy`: a holder needs only the time to write
+/// a file, so after `patience` it hangs. Reading needs no lock, because files are replaced atomically.
 FileResult<std::unique_ptr<FolderLock>>
 lockPatiently(FileSystem& files, const Path& folder,
               std::chrono::milliseconds patience = std::chrono::milliseconds(5000));

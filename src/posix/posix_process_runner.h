@@ -8,20 +8,19 @@
 
 namespace tidwen {
 
-/// Starts tools with posix_spawn and reads both their pipes in the calling thread, so that there is nothing
-/// left to wait for or to clean up when a call returns.
+/// Starts tools with posix_spawn and reads both pipes on the calling thread, so that nothing is left to wait
+/// for or clean up when a call returns.
 ///
-/// A tool gets a process group of its own and a small environment: the system's search path, and who the user
-/// is. No language is passed on, because the answers are read by programs, and nothing that could change what
-/// a tool does.
+/// A tool gets its own process group and a small environment: the system's search path and the user's name.
+/// No language is passed, because programs parse the output, and nothing that could change what a tool does.
 class PosixProcessRunner : public ProcessRunner {
   public:
     struct Limits {
-        /// Kept of each stream; what a tool prints beyond it is read and dropped.
+        /// Captured of each stream; further output is read and discarded.
         std::size_t outputBytes = 64u << 20;
-        /// How long a tool that overran its time may take to end, before it is killed with its children.
+        /// How long a terminated tool may take to end before it is killed with its children.
         std::chrono::milliseconds terminationGrace{2'000};
-        /// How long to read on after the tool ended, when a child of it holds a pipe open.
+        /// How long to keep reading after the tool ended while a child of it holds a pipe open.
         std::chrono::milliseconds lingeringOutput{5'000};
     };
 

@@ -7,24 +7,23 @@
 
 namespace tidwen {
 
-/// The files of a Mac volume that lies in a folder of this machine (or, with "/" as the folder, of this
-/// machine itself). Every path is resolved inside that folder by the kernel (openat2 with RESOLVE_IN_ROOT),
-/// or, where the kernel or a sandbox has no such call, by a walk component by component that answers the
-/// same.
+/// The files of a Mac volume in a folder of this machine (or, with "/" as the folder, of this machine
+/// itself). Every path is resolved inside that folder by the kernel (openat2 with RESOLVE_IN_ROOT) or, where
+/// the kernel or a sandbox does not offer it, by an equivalent walk component by component.
 class RootedFileSystem : public FileSystem {
   public:
     enum class Resolver { automatic, kernel, walk };
 
-    /// Opens the root folder and holds it. Fails when it is no folder that can be read.
+    /// Opens the root folder and holds it open. Fails when it is not a readable folder.
     static FileResult<std::unique_ptr<RootedFileSystem>> open(const std::filesystem::path& root,
                                                               Resolver resolver = Resolver::automatic);
     ~RootedFileSystem() override;
 
     Resolver resolver() const; ///< the one in use; never `automatic`
 
-    /// From now on what is created inside this folder belongs to its owner and group, whoever runs the
-    /// program: root would leave folders that the user cannot open. Folders that are created elsewhere are
-    /// open to everybody's eyes (0755). Call it before other threads come.
+    /// From now on whatever is created inside this folder belongs to its owner and group, whoever runs the
+    /// program; otherwise root would leave folders that the user cannot open. Folders created elsewhere are
+    /// readable by everyone (0755). Call it before other threads use this object.
     FileResult<void> setHome(const Path& home);
 
     FileResult<FileInfo> info(const Path& path) const override;

@@ -4,10 +4,10 @@
 
 namespace tidwen {
 
-/// What a comparison is to prove of an item and its copy.
+/// What a comparison of an item with its copy must show.
 enum class Compared {
     whole,   ///< both have the same entries with the same content and metadata
-    remains, ///< the first may have lost entries; what it still has is as in the second
+    remains, ///< the first may have lost entries; the rest of it is as in the second
 };
 
 /// Compares an item and everything below it with its copy, byte by byte.

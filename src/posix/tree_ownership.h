@@ -7,7 +7,7 @@
 
 namespace tidwen {
 
-/// What `FileSystem::holdsOthersItems` promises; EXDEV when something is mounted in the tree.
+/// Implements `FileSystem::holdsOthersItems`; EXDEV when something is mounted in the tree.
 OsResult<bool> holdsOthersItems(int folder, const char* name, std::optional<uid_t> owner);
 
 } // namespace tidwen

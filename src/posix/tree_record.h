@@ -8,16 +8,16 @@
 
 namespace tidwen {
 
-/// Which items a tree had and in which state, so that a later change by somebody else shows.
+/// The items of a tree and their state, to detect concurrent modification.
 class TreeRecord {
   public:
-    /// Also sees whether all of it could be removed. EPERM when an item carries a flag against that, EACCES
-    /// when a folder's permissions forbid it.
+    /// Also checks that all of it can be removed: EPERM when an item has a flag against that, EACCES when a
+    /// folder's permissions forbid it.
     static OsResult<TreeRecord> of(int folder, const char* name);
 
     bool holdsFolder(ino_t inode) const;
 
-    /// Whether an item other than a folder was there, with the content that it has now.
+    /// Whether an item other than a folder is recorded with its present content.
     bool holds(const struct stat& item) const;
 
     friend bool operator==(const TreeRecord&, const TreeRecord&) = default;

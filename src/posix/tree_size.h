@@ -4,7 +4,7 @@
 
 namespace tidwen {
 
-/// What `FileSystem::treeSize` promises. A file with several hard links below the folder counts once.
+/// Implements `FileSystem::treeSize`. A file with several hard links below the folder counts once.
 OsResult<TreeSize> sizeOfTree(const Place& place, std::uint64_t entryLimit, const StopToken& stop);
 
 } // namespace tidwen

@@ -5,40 +5,41 @@
 
 namespace tidwen {
 
-/// One item of a tree: its folder, held open, its name there and what the system says of it.
+/// One item of a tree: its folder, held open, its name and its status.
 struct TreeItem {
     int folder;
     const char* name;
     const struct stat& status;
 };
 
-/// For a visitor that has to get through whatever somebody made.
+/// Limit for visitors that must handle trees of any depth, hostile ones included.
 inline constexpr std::size_t deepestTree = 1u << 18;
 
-/// What is done on a walk. Every call gives 0 to go on, or an errno that ends the walk; from `enter` it means
-/// the same as a folder that could not be entered.
+/// The callbacks of a walk. Each returns 0 to continue or an errno that ends the walk; an errno of `enter` is
+/// handled like a folder that could not be entered.
 class TreeVisitor {
   public:
     virtual ~TreeVisitor() = default;
-    /// Beyond this many levels folders are not entered. Each costs some hundred bytes of memory.
+    /// Folders below this depth are not entered. Each level costs some hundred bytes of memory.
     virtual std::size_t deepestLevel() const { return 4096; }
     /// Anything but a folder.
     virtual int item(const TreeItem& item) = 0;
-    /// A folder that may not be read: true when it may now.
+    /// A folder that may not be read; returns true when it now may.
     virtual bool unlock(const TreeItem&) { return false; }
-    /// An item that could not be looked at, or a folder that could not be entered: 0 to go on without it.
+    /// An item that could not be inspected or a folder that could not be entered; return 0 to continue
+    /// without it.
     virtual int skipped(int fault) { return fault; }
     /// A folder, just opened.
     virtual int enter(const TreeItem&, int /*opened*/) { return 0; }
-    /// The same folder when everything in it has been seen, still open.
+    /// The same folder after everything in it has been visited, still open.
     virtual int leave(const struct stat&, int /*opened*/) { return 0; }
     /// The same folder once more, closed, by its place.
     virtual int left(const TreeItem&) { return 0; }
 };
 
-/// Walks an item and everything below it in the order of names. Links are not followed. What is mounted at
-/// the item or below it, be it the same disk once more, is EXDEV, a tree that is rearranged meanwhile ESTALE,
-/// one of more levels than the visitor takes ENAMETOOLONG. 0 or the errno.
+/// Walks an item and everything below it in name order. Links are not followed. EXDEV for anything mounted at
+/// or below the item, even the same disk again; ESTALE when the tree is rearranged meanwhile; ENAMETOOLONG
+/// for more levels than the visitor allows. Returns 0 or the errno.
 int walkTree(int folder, const char* name, TreeVisitor& visitor);
 
 } // namespace tidwen
