@@ -13,11 +13,11 @@ namespace tidwen {
 
 class CodeSignatures;
 
-/// The application to remove, as its bundle describes it. Immutable; everything later reads only this.
+/// The application to remove, as described by its bundle. Immutable; later steps read only this.
 struct AppTarget {
     Path bundleURL = {};       ///< as chosen, symbolic links not resolved
     std::string bundleID = {}; ///< never empty, letter case as declared
-    std::string name = {};     ///< what people call it; may be empty when the bundle says so
+    std::string name = {};     ///< the name shown to people; may be empty when the bundle says so
     std::optional<std::string> teamID = {};
     std::optional<std::string> version = {};
     std::optional<std::string> executableName = {};
@@ -43,7 +43,7 @@ std::string_view errorKey(AppTargetLoaderError error);
 /// This program's own bundle identifier: never a target, and never matched as a leftover.
 inline constexpr std::string_view tidwenBundleID = "com.corvella.tidwen";
 
-/// Turns bundles into targets. Only reads; may be used from any thread.
+/// Loads bundles as targets. Read-only; thread-safe.
 class AppTargetLoader {
   public:
     AppTargetLoader(const FileSystem& files, const CodeSignatures& signatures)

@@ -11,15 +11,15 @@
 
 namespace tidwen {
 
-/// Reads what a bundle declares and carries, bounded as `findEmbeddedBundles`; its frameworks are entered.
-/// Incomplete when the bundle does not say who it is, went away meanwhile, holds more than is counted or what
-/// cannot be read, its files' budget is spent, or `stop` asked to end early.
+/// Reads what a bundle declares and contains, with the limits of `findEmbeddedBundles` and including its
+/// frameworks. Incomplete when the bundle has no identity, disappears meanwhile, exceeds a limit or contains
+/// something unreadable, when the budget is exhausted, or when `stop` asks to end early.
 BundleContents readBundleContents(const FileSystem& files, const CodeSignatures& signatures,
                                   const Path& bundle, EmbeddedReach reach = EmbeddedReach::frameworks,
                                   const StopToken& stop = {});
 
-/// The same of a bundle that is open already. Of its Info.plist it takes the identifier, the executable and
-/// the privileged tools (`keysOfContents`).
+/// The same for a bundle that is already open. Uses identifier, executable and privileged tools of its
+/// Info.plist (`keysOfContents`).
 BundleContents readBundleContents(const FileSystem& files, const CodeSignatures& signatures,
                                   const Bundle& opened, EmbeddedReach reach, const StopToken& stop);
 

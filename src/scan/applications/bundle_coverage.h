@@ -6,16 +6,17 @@
 
 namespace tidwen {
 
-/// Where the search for bundles could not look or did not count to the end. All sorted. Bundles stand among
-/// the folders when their insides were read and not all could be.
+/// Where the search for bundles was blocked or stopped at a limit. All lists are sorted. Includes bundles
+/// whose contents were read incompletely.
 struct BundleCoverage {
-    std::vector<Path> unreadable;  ///< what could not be listed, and links to applications that are away
-    std::vector<Path> uncounted;   ///< folders whose search stopped at a bound or was asked to end early
-    std::vector<Path> damaged;     ///< bundles whose Info.plist cannot be read (not: has none)
-    std::vector<Path> absent;      ///< /Applications when there is none, as on a disk that is not whole
-    bool seesApplications = false; ///< /Applications is there and was listed to its end
+    std::vector<Path>
+        unreadable; ///< folders that could not be listed, and links to applications on a missing disk
+    std::vector<Path> uncounted;   ///< folders whose search stopped at a limit or was asked to end early
+    std::vector<Path> damaged;     ///< bundles whose Info.plist exists but cannot be read
+    std::vector<Path> absent;      ///< /Applications if it does not exist, as on an incomplete disk
+    bool seesApplications = false; ///< /Applications exists and was listed completely
 
-    /// Every folder was listed to its end and every bundle said what it is.
+    /// Every folder was listed completely and every bundle could be identified.
     bool isComplete() const {
         return seesApplications && unreadable.empty() && uncounted.empty() && damaged.empty();
     }

@@ -6,7 +6,7 @@
 
 namespace tidwen {
 
-/// What `Workspace::iconOf` promises, from the bundle's files: the file that "CFBundleIconFile" names, in the
+/// Implements `Workspace::iconOf` from the bundle's files: reads the file named by "CFBundleIconFile" in the
 /// bundle's Resources.
 FileResult<std::string> readBundleIcon(const FileSystem& files, const Path& bundle);
 

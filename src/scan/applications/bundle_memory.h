@@ -10,17 +10,17 @@
 
 namespace tidwen {
 
-/// Answers of a reader, each kept as long as nothing changes that it was read from. Bounded: what does not
-/// fit is read again each time. May be used from any thread.
+/// Caches what a reader returned, each value as long as none of the files it was read from has changed.
+/// Bounded: what does not fit is read again each time. Thread-safe.
 template<class Value>
 class RememberedReads {
   public:
-    /// Otherwise everything is read each time, without the cost of trails.
+    /// With false everything is read each time, without the cost of trails.
     explicit RememberedReads(bool keepsAny) : keepsAny_(keepsAny) {}
 
-    /// The answer for the path: the remembered one while it holds, else what `read` makes of the files and
-    /// the trail that it is given. `weigh` says how many entries it holds; what it gives nothing for is not
-    /// kept, nor what was read on a spent budget.
+    /// The value for the path: the cached one while it is valid, else what `read` returns for the files and
+    /// the trail it is given. `weigh` returns the number of entries of a value; a value without a weight is
+    /// not cached, nor one that was read on an exhausted budget.
     template<class Read, class Weigh>
     std::shared_ptr<const Value> read(const Path& path, const FileSystem& files, const ReadBudget& budget,
                                       const Read& read, const Weigh& weigh) {
@@ -48,7 +48,7 @@ class RememberedReads {
     }
 
   private:
-    // Several times what a large Mac takes; some tens of megabytes.
+    // Several times what a large Mac needs; some tens of megabytes.
     static constexpr std::size_t mostWeight = 200'000;
 
     struct Remembered {
@@ -56,7 +56,7 @@ class RememberedReads {
 
         ReadTrail trail;
         std::shared_ptr<const Value> value;
-        std::size_t weight = 0; ///< entries of the value and states of the trail
+        std::size_t weight = 0; ///< entries of the value plus states in the trail
     };
 
     std::shared_ptr<const Remembered> find(const Path& path) const {
@@ -77,31 +77,32 @@ class RememberedReads {
     }
 
     const bool keepsAny_;
-    mutable std::mutex mutex_; ///< guards what follows
+    mutable std::mutex mutex_; ///< guards the members below
     std::map<Path, std::shared_ptr<const Remembered>> known_;
     std::size_t weight_ = 0;
 };
 
-/// What the manifest of a bundle says of it.
+/// What a bundle's Info.plist says of it.
 struct BundleIdentity {
     bool isThere = false;    ///< a folder, its path valid UTF-8
-    bool isReadable = false; ///< its Info.plist was there and could be read
-    bool isDamaged = false;  ///< its Info.plist is there and could not be read
+    bool isReadable = false; ///< its Info.plist exists and could be read
+    bool isDamaged = false;  ///< its Info.plist exists and could not be read
     std::string bundleID = {};
     std::optional<std::string> name = {}; ///< for people; absent when empty
     std::vector<std::string> names = {};  ///< CFBundleName, CFBundleDisplayName, executable
-    /// With what of its Info.plist its contents are read by; absent where that has to be read anew.
+    /// Includes the parts of Info.plist that reading its contents needs; absent where they must be read
+    /// again.
     std::shared_ptr<const Bundle> opened = {};
 };
 
-/// What a look at all bundles remembers for the next one.
+/// What a look at all bundles caches for the next one.
 struct BundleMemory {
     explicit BundleMemory(bool keepsAny)
         : folders(keepsAny), identities(keepsAny), contents(keepsAny), furtherContents(keepsAny) {}
 
     RememberedReads<FileResult<std::vector<DirectoryEntry>>> folders;
     RememberedReads<BundleIdentity> identities;
-    RememberedReads<BundleContents> contents, furtherContents; ///< by how far the look went
+    RememberedReads<BundleContents> contents, furtherContents; ///< by reach of the look
 };
 
 } // namespace tidwen

@@ -4,7 +4,8 @@
 
 namespace tidwen {
 
-/// The name has the extension of a folder that people take for one thing (".app", ".plugin", ".kext" …).
+/// Whether the name has the extension of a folder that is presented as one item (".app", ".plugin", ".kext"
+/// …).
 bool isBundleName(std::string_view name);
 
 } // namespace tidwen

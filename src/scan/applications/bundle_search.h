@@ -10,19 +10,20 @@
 
 namespace tidwen {
 
-/// What a search for bundles found, and where it could not look.
+/// The bundles found by a search, and where it was blocked.
 struct FoundBundles {
-    std::map<Path, std::vector<Path>> names; ///< place without links → the names it was found under
+    std::map<Path, std::vector<Path>> names; ///< location without links → the paths it was found under
     std::vector<Path>
-        unreadable; ///< folders that could not be listed, and links to applications that are away
-    std::vector<Path> uncounted; ///< folders whose search stopped at a bound, by `stop` or on a spent budget
-    std::vector<Path> listed;    ///< the places that are there and were listed themselves
+        unreadable; ///< folders that could not be listed, and links to applications on a missing disk
+    std::vector<Path>
+        uncounted; ///< folders whose search stopped at a limit, by `stop` or on an exhausted budget
+    std::vector<Path> listed; ///< the places that exist and were listed themselves
 };
 
-/// Looks for bundles in the places, level by level, in parallel. Never into bundles, but into folders that
-/// are only called like one; a link is followed to the bundle it names. Each place has a bound of its own, so
-/// that one that was made to have no end does not hide the others. Folders that have not changed since
-/// `memory` saw them are not listed again; on a spent budget the places that are left are `uncounted`.
+/// Searches the places for bundles, level by level, in parallel. Does not enter bundles, but does enter
+/// folders that only have a bundle's extension; a link is followed to the bundle it names. Each place has its
+/// own limit, so an endless one does not hide the others. Folders unchanged since `memory` saw them are not
+/// listed again; when the budget is exhausted the remaining places are `uncounted`.
 FoundBundles searchBundles(const FileSystem& files, const ReadBudget& budget, BundleMemory& memory,
                            const std::vector<BundlePlace>& places, const StopToken& stop = {});
 

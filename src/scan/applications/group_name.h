@@ -5,17 +5,17 @@
 
 namespace tidwen {
 
-/// An application group in lower case, and the same without the team prefix ("ABCDE12345.") when it has one.
-/// Groups are declared with and without it.
+/// An application group in lower case, with and without its team prefix ("ABCDE12345."). Groups are declared
+/// both ways.
 struct GroupName {
     std::string lowercased;
     std::string withoutTeam;
 
-    /// `isLowercased`: of a group whose letter case is lost.
+    /// `isLowercased`: the original letter case of the group is unknown.
     static GroupName of(std::string_view group, bool isLowercased = false);
 };
 
-/// Equal as they stand, or when one of them alone loses its team prefix: two different teams stay two.
+/// Equal as written, or without the team prefix of one of them: groups of two different teams differ.
 bool operator==(const GroupName& a, const GroupName& b);
 
 } // namespace tidwen

@@ -10,7 +10,7 @@
 
 namespace tidwen {
 
-/// What shows when an application was last used.
+/// Evidence of when an application was last used.
 struct UsageEvidence {
     enum class Kind { launchRecord, appData, none };
     Kind kind = Kind::none;
@@ -25,7 +25,7 @@ struct AppUsage {
     friend bool operator==(const AppUsage&, const AppUsage&) = default;
 };
 
-/// One row of the inventory. Identity is `url`.
+/// One row of the inventory. Identified by `url`.
 struct InstalledApp {
     Path url;
     std::string name;
@@ -42,7 +42,7 @@ struct InstalledApp {
     friend bool operator==(const InstalledApp&, const InstalledApp&) = default;
 };
 
-/// The first seven fields, from the bundle; nothing when the loader refuses it.
+/// The first seven fields, read from the bundle; nullopt when the loader refuses it.
 std::optional<InstalledApp> makeInstalledApp(const FileSystem& files, const CodeSignatures& signatures,
                                              const Path& bundle);
 

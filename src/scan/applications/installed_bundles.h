@@ -21,18 +21,17 @@ struct Bundle;
 struct BundleIdentity;
 struct BundleMemory;
 
-/// How far one look goes.
+/// How far one look searches.
 enum class BundleReach {
-    usual,   ///< where Macs and makers put bundles: for whoever has names of his own to go by
-    further, ///< also deeper, in folders and in bundles: for whoever claims what nobody seems to own
+    usual,   ///< the usual places of macOS and vendors: for callers that have names to match
+    further, ///< also deeper in folders and bundles: for callers that claim what appears to have no owner
 };
 
-/// One look at all bundles. What they carry is read once, when it is first asked for, and spends what the
-/// look left of its budget. May be used from any thread; must not outlive the ports of the service that made
-/// it.
+/// A snapshot of all bundles. Their contents are read once, on first use, with what the look left of its
+/// budget. Thread-safe; must not outlive the ports of the service that created it.
 class BundleSnapshot {
   public:
-    /// By place, bundles that need not be opened again for their contents.
+    /// By location, bundles that need not be opened again to read their contents.
     using Opened = std::map<Path, std::shared_ptr<const Bundle>>;
 
     BundleSnapshot(const FileSystem& files, const CodeSignatures& signatures,
@@ -47,11 +46,11 @@ class BundleSnapshot {
     const std::vector<OwningBundle>& bundles() const { return bundles_; }
     /// Of the search alone.
     const BundleCoverage& coverage() const { return coverage_; }
-    /// That and the bundles whose contents were read, and not all could be; but those at `without` (places).
+    /// Adds the bundles whose contents were read incompletely, except those at `without` (locations).
     BundleCoverage coverageWithContents(const std::set<Path>& without = {}) const;
-    /// What the bundle at this place in `bundles` carries. Blocks while it is read.
+    /// What the bundle at this index of `bundles` contains. Blocks while it is read.
     const BundleContents& contents(std::size_t index) const;
-    /// Reads the contents of all bundles, in parallel. After a stop they are incomplete.
+    /// Reads the contents of all bundles in parallel; incomplete after a stop.
     void readAllContents(const StopToken& stop) const;
 
   private:
@@ -70,29 +69,28 @@ class BundleSnapshot {
     std::unique_ptr<LazyContents[]> contents_;
 };
 
-/// Knows every bundle that can be found where applications and plug-ins really lie: all folders of
-/// applications, also of other users, loose applications in a home, the bundles in the Library folders, and
-/// those of package managers and build folders. Links are followed to the bundle they name. Bounded in depth
-/// and count; the insides of bundles and the Trash are not searched. Remembers what it read: a later look
-/// reads again only what has changed.
+/// Finds every bundle where applications and plug-ins really lie: all application folders, including other
+/// users', loose applications in a home, the bundles in the Library folders, and those of package managers
+/// and build folders. Links are followed to the bundle they name. Bounded in depth and number; does not
+/// search inside bundles or the Trash. Caches what it read: a later look reads again only what has changed.
 class InstalledBundles {
   public:
     enum class Looks {
-        once, ///< there will hardly be another: remembering would only cost time
+        once, ///< no second look is expected, so caching would only cost time
         many,
     };
 
-    /// Each look may spend `limits`, when the files do not have a budget of their own.
+    /// Each look may spend `limits` unless the files already have a budget.
     InstalledBundles(const FileSystem& files, const CodeSignatures& signatures, UserEnvironment user,
                      Looks looks = Looks::many, ReadBudget::Limits limits = {});
 
     using Reach = BundleReach;
 
-    /// Blocks while the disk is read, in parallel; any thread. What a spent budget hides is `uncounted`.
+    /// Reads the disk in parallel and blocks; thread-safe. What an exhausted budget hides is `uncounted`.
     std::shared_ptr<const BundleSnapshot> look(Reach reach, const StopToken& stop = {});
 
   private:
-    /// Of the bundles at these places, in their order; null after a stop.
+    /// For the bundles at these locations, in order; null after a stop.
     std::vector<std::shared_ptr<const BundleIdentity>>
     readIdentities(const std::vector<std::pair<Path, std::vector<Path>>>& bundles, const ReadBudget& budget,
                    const StopToken& stop);

@@ -10,22 +10,22 @@
 
 namespace tidwen {
 
-/// What this disk tells of the program that a launchd job starts.
+/// What this disk shows of the program that a launchd job starts.
 enum class JobProgram {
     present,
-    gone,    ///< its place is on this disk, and the program is not there
-    away,    ///< in a part of macOS or on another disk that is not here, or not to be looked up by its path
-    unknown, ///< the top folder that it names is not on this disk
+    gone,    ///< its location is on this disk, and the program does not exist
+    away,    ///< in a part of macOS or on another disk that is not present, or not searchable by path
+    unknown, ///< the top-level folder that it names is not on this disk
 };
 
-/// Looks for the programs of many jobs. A disk that is looked at from elsewhere may lack whole parts of the
-/// Mac that it belongs to, and a disk image or drive may not be attached: what lies there is not gone.
-/// Folders are listed once and in bounds; what lies beyond them is `away`.
+/// Looks up the programs of many jobs. A mounted volume may lack whole parts of its Mac, and a disk image or
+/// drive may not be attached: programs there are not gone. Folders are listed once, with limits; what lies
+/// beyond them is `away`.
 class JobPrograms {
   public:
     explicit JobPrograms(const FileSystem& files) : files_(files) {}
 
-    /// `program` as the job names it.
+    /// `program` as written in the job.
     JobProgram find(const std::string& program);
 
   private:

@@ -13,37 +13,37 @@ namespace tidwen {
 struct LaunchItem {
     std::string label;           ///< never empty
     Path plist;                  ///< the file it was read from
-    bool isSystemDomain = false; ///< a daemon of the system domain, else a job of the user's session
+    bool isSystemDomain = false; ///< a daemon of the system domain, otherwise a job of the user's session
     std::optional<std::string> programPath; ///< "Program", else the first of "ProgramArguments"
-    /// Absolute paths in the arguments, the working directory and the environment: a shell is handed the
-    /// script that it runs, or the text of one. Of a text each part that may be a path, so they need not
-    /// exist.
+    /// Absolute paths in the arguments, the working directory and the environment: a shell may be passed the
+    /// path of its script or a command line. From a command line, every part that may be a path, so these
+    /// need not exist.
     std::vector<std::string> argumentPaths = {};
 
     friend bool operator==(const LaunchItem&, const LaunchItem&) = default;
 };
 
-/// Nothing when the file is no property list or has no usable label.
+/// nullopt when the file is not a property list or has no usable label.
 std::optional<LaunchItem> readLaunchItem(const FileSystem& files, const Path& plist, bool isSystemDomain);
 
-/// Lower-cased identifiers of the applications that the job says it works for
-/// ("AssociatedBundleIdentifiers": one or several).
+/// Lower-cased identifiers of the applications that the job serves ("AssociatedBundleIdentifiers": one or
+/// several).
 std::vector<std::string> readAssociatedBundleIDs(const FileSystem& files, const Path& plist);
 
-/// What of the disk the job needs to start: its program, its working directory, and what it hands to it, of
-/// the first 64 arguments and variables (an interpreter's script). Each as it is written and without links;
-/// what is not there is left out.
+/// The items on the disk that the job needs to start: its program, its working directory, and paths in its
+/// first 64 arguments and variables (an interpreter's script). Each as written and with links resolved;
+/// missing items are left out.
 std::vector<Path> placesOfProgram(const FileSystem& files, const LaunchItem& job);
 
-/// Every job of a folder's direct, visible "*.plist" children, in listing order. An unreadable folder is
-/// empty. Ends early, with what it has, when `stop` asks for it, after 5,000 jobs, or when the files' budget
-/// is spent; the budget counts a folder that is cut short as left out. `unreadable`, unless null, receives
-/// what may be or hold a job that is not in the answer: the folder when it cannot be listed or holds more
-/// than is read, and each property list that cannot be read (not: has no label).
+/// The jobs of a folder's direct, visible "*.plist" children, in listing order. Empty for an unreadable
+/// folder. Returns early with partial results when `stop` asks for it, after 5,000 jobs, or when the budget
+/// is exhausted; the budget counts a folder that is cut short as left out. `unreadable`, unless null,
+/// receives whatever may hold a job that is not returned: the folder when it cannot be listed or holds more
+/// than is read, and each unreadable property list (but not one without a label).
 std::vector<LaunchItem> listLaunchItems(const FileSystem& files, const Path& folder, bool isSystemDomain,
                                         const StopToken& stop = {}, std::vector<Path>* unreadable = nullptr);
 
-/// The property list is there, perhaps as a link to what is away, and nothing can be read from it.
+/// The property list exists, perhaps as a link to a missing disk, and cannot be read.
 bool isUnreadableJob(const FileSystem& files, const Path& plist);
 
 } // namespace tidwen

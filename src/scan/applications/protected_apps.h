@@ -11,29 +11,29 @@
 
 namespace tidwen {
 
-/// The user's own list of applications that must not be removed. Owned by the main thread.
+/// The user's list of applications that must not be removed. Main thread only.
 ///
-/// Letter case does not count: an identifier may have been typed before its application was there to give its
-/// spelling, and what is protected in the eyes of its user is never taken.
+/// Letter case is ignored: an identifier may have been entered before its application was installed, and what
+/// its user considers protected is never taken.
 class ProtectedApps {
   public:
     static constexpr const char* defaultsKey = "tidwen.protectedBundleIDs";
 
     explicit ProtectedApps(Defaults& defaults);
 
-    /// As they were stored; several may differ in letter case alone.
+    /// As stored; several may differ only in letter case.
     const std::set<std::string>& bundleIDs() const { return bundleIDs_; }
     bool contains(const std::string& bundleID) const { return protects_.contains(bundleID); }
-    /// Why the list cannot be known, so that nothing may be removed.
+    /// Why the list is unknown, so that nothing may be removed.
     std::optional<Message> problem() const;
-    /// Adds, or removes in every spelling, and stores the list sorted, with what other processes did to it
-    /// since. False when it could not be stored (nothing changes).
+    /// Adds the identifier, or removes it in every spelling, and stores the list sorted, merged with changes
+    /// by other processes. False, with nothing changed, when it could not be stored.
     bool toggle(const std::string& bundleID);
-    /// Reads the list again, after another process changed it. One that cannot be read leaves this one as it
+    /// Reads the list again after another process changed it. If it cannot be read, this list stays as it
     /// was.
     void reload();
 
-    /// Told when the list became another one.
+    /// Emitted when the list has changed.
     Signal<> changed;
 
     struct Partition {

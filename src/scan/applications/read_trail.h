@@ -8,21 +8,22 @@
 
 namespace tidwen {
 
-/// What an answer was read from: the state of every file and folder at the time, so that it can be told later
-/// whether the answer still holds. For one thread.
+/// The files and folders that an answer was read from and their state at the time, to check later whether the
+/// answer is still valid. Single thread only.
 class ReadTrail {
   public:
-    /// Without `notes` it stays empty.
+    /// With `notes` false it stays empty.
     explicit ReadTrail(bool notes);
 
-    /// Notes the state of what the path leads to; to be called before it is read. The first state counts.
+    /// Records the state of the path's target; call it before reading. The first state counts.
     void note(const FileSystem& files, const Path& path);
-    /// Nothing that was noted has changed since, nor was it so new then that a change could go unseen.
+    /// Nothing recorded has changed since, and nothing was modified so recently then that a change could go
+    /// unnoticed.
     bool isUnchanged(const FileSystem& files) const;
     std::size_t size() const { return states_.size(); }
 
   private:
-    /// Device, inode, size, modification, arrival in its folder; all zero for what is not there.
+    /// Device, inode, size, modification, date added; all zero for a missing item.
     using State =
         std::tuple<std::uint64_t, std::uint64_t, std::uint64_t, std::int64_t, std::optional<std::int64_t>>;
     static State stateOf(const FileSystem& files, const Path& path);
@@ -32,7 +33,7 @@ class ReadTrail {
     std::map<Path, State> states_;
 };
 
-/// The files of a run, noting in a trail all that is asked of them.
+/// The files of a run; records every access in a trail.
 class TrailedFiles : public BudgetedFiles {
   public:
     TrailedFiles(const FileSystem& files, const ReadBudget& budget, ReadTrail& trail)
@@ -74,7 +75,7 @@ class TrailedFiles : public BudgetedFiles {
     ReadTrail& trail_;
 };
 
-/// Signatures likewise, with the files that they are kept in.
+/// The same for signatures, with the files that contain them.
 class TrailedSignatures : public CodeSignatures {
   public:
     TrailedSignatures(const CodeSignatures& signatures, const FileSystem& files, ReadTrail& trail)

@@ -4,16 +4,16 @@
 
 namespace tidwen {
 
-/// Whether it is clear enough whose a trace is to take it without its being named: no other application
-/// contests it, and more than a package's list speaks for it.
+/// Whether ownership of a trace is clear enough to take it without being named: no other application contests
+/// it, and there is more evidence than a package's file list.
 bool isUndoubted(const Trace& trace);
 
-/// Whether a trace is taken when the user chooses nothing: the application itself, and every undoubted trace
-/// of risk safe or review whose removal loses nothing for good.
+/// Whether a trace is selected by default: the application itself, and every undoubted trace of risk safe or
+/// review whose removal loses no data permanently.
 bool takenByDefault(const Trace& trace);
 
-/// The same for a trace of this scan when the application is to go too: an application goes with its data or
-/// not at all, so nothing is taken while it cannot be removed from where it lies.
+/// The same for a trace of this scan when the application is to be removed too: the application and its data
+/// are removed together or not at all, so nothing is selected while the application cannot be moved.
 bool takenByDefault(const Trace& trace, const ScanResult& result);
 
 } // namespace tidwen

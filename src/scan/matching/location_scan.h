@@ -10,24 +10,24 @@
 
 namespace tidwen {
 
-/// Whose a job is: by the bundle in which its program lies, by its label, else by a folder on the way to its
-/// program that bears the target's name.
+/// Attributes a job: by the bundle that contains its program, by its label, else by a folder in its program's
+/// path with the target's name.
 std::optional<Attribution> attributeJob(const ScanContext& context, const LaunchItem& item);
 
-/// In which other bundle a job's program lies, also by way of links.
+/// The other bundle that contains a job's program, also through links.
 std::optional<Claimant> holderOf(const ScanContext& context, const Path& program);
 
-/// A vendor's folder holds one folder for each of its applications; a shared store one for each application.
+/// A vendor's folder contains one folder per application; so does a shared store.
 bool isVendorFolder(const ResidueMatcher& matcher, std::string_view name);
 
-/// Searches one location for what is the target's.
+/// Searches one location for traces of the target.
 class LocationScan {
   public:
     LocationScan(const ScanContext& context, const SearchLocation& location, TraceCollector& traces)
         : context_(context), location_(location), traces_(traces) {}
 
-    /// Gives what could not be looked at, so that something of the target's may remain there: the folder
-    /// itself, makers' folders, containers that do not say whose they are, property lists of jobs.
+    /// Returns what could not be searched and may hold more traces: the folder itself, vendors' folders,
+    /// containers without a known owner, property lists of jobs.
     std::vector<Path> run();
 
   private:

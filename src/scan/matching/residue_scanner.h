@@ -23,8 +23,8 @@
 
 namespace tidwen {
 
-/// Finds everything one application left behind. Never fails: what could not be read is in the result.
-/// One scan at a time; concurrent callers wait for one another.
+/// Finds everything that an application left behind. Never fails: what could not be read is in the result.
+/// One scan at a time; concurrent calls wait.
 class ResidueScanner {
   public:
     struct Ports {
@@ -36,16 +36,16 @@ class ResidueScanner {
         Log& log;
     };
 
-    using Progress = std::function<void(const std::string& phase)>; ///< a localised category title
+    using Progress = std::function<void(const std::string& phase)>; ///< a localized category title
 
-    /// `bundles`: everything on this Mac that may own data; nothing when nobody else is to be considered.
-    /// `rights`: who moves what this process may not.
+    /// `bundles`: everything on this Mac that may own data; null when other owners are to be ignored.
+    /// `rights`: who can move what this process may not.
     ResidueScanner(Ports ports, UserEnvironment user, std::shared_ptr<const BundleSnapshot> bundles,
                    MoveRights rights = MoveRights::administrator);
 
-    /// `together`: the applications that are to be removed in the same run, the target among them or not.
-    /// They claim nothing from one another, unless they cannot be removed. `onStep`: a step is one search
-    /// location or, in the end, one source that is no folder; its kind is a category.
+    /// `together`: the applications to be removed in the same run, including the target or not. They contest
+    /// nothing among themselves, unless they cannot be removed. `onStep`: a step is one search location or,
+    /// at the end, one source other than a folder; its kind is a category.
     ScanResult scan(const AppTarget& target, const StopToken& stop = {}, const Progress& progress = {},
                     const std::vector<AppTarget>& together = {}, const OnStep& onStep = {});
 

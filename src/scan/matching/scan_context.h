@@ -10,14 +10,14 @@
 
 namespace tidwen {
 
-/// What every step of one scan works with.
+/// Shared input of all steps of one scan.
 struct ScanContext {
     const FileSystem& files;
     const UserEnvironment& user;
     const PathPolicy& policy;
     const ResidueMatcher& matcher;
-    HeldPlaces& held;        ///< what others keep that may lie in a find
-    const Path& targetPlace; ///< where the target's bundle really lies
+    HeldPlaces& held;        ///< places of other owners that may lie inside a find
+    const Path& targetPlace; ///< the target's bundle with links resolved
     const StopToken& stop;
     Log& log;
 };

@@ -15,13 +15,13 @@ namespace tidwen {
 /// Everything found for one application.
 struct ScanResult {
     AppTarget target;
-    std::vector<Trace> traces; ///< in the order of the search
-    /// Folders that could not be listed or lead nowhere, and containers, receipts and launchd jobs that
-    /// cannot be read: the scan is incomplete.
+    std::vector<Trace> traces; ///< in search order
+    /// Folders that could not be listed or that are broken links, and unreadable containers, receipts and
+    /// launchd jobs: the scan is incomplete.
     std::vector<Path> unreadableLocations;
     std::vector<Path> skippedNames; ///< finds that cannot be moved: their names are not valid UTF-8
-    std::uint64_t leftOut = 0;      ///< files and folders not read, because the disk holds too much to read
-    /// Why the application itself cannot be removed from where it lies; its data can be found all the same.
+    std::uint64_t leftOut = 0;      ///< files and folders not read because the budget was exhausted
+    /// Why the application itself cannot be removed from its location; its data can be found all the same.
     std::optional<ImmovableApplication> immovable = {};
     bool isProtected = false;   ///< by the user, or nobody knows whether it is: nothing of it is taken
     BundleCoverage owners = {}; ///< where other owners may lie that the attribution does not know
@@ -32,7 +32,7 @@ struct ScanResult {
     bool identifierMatchingDisabled = false;
     PermissionAudit::Result permissions; ///< read again after a removal
 
-    /// Every place was looked at. What other bundles own may still be unknown (`owners`).
+    /// Every place was searched. What other bundles own may still be unknown (`owners`).
     bool isComplete() const {
         return unreadableLocations.empty() && skippedNames.empty() && leftOut == 0
                && permissions.unreadable.empty();

@@ -12,7 +12,7 @@ namespace tidwen {
 void probeKeychain(const ScanContext& context, const Keychain& keychain, const Texts& texts,
                    TraceCollector& traces);
 
-/// The target's system extensions, which only the user can take out.
+/// The target's system extensions, which only the user can remove.
 void probeSystemExtensions(const ScanContext& context, const SystemExtensions& extensions, const Texts& texts,
                            TraceCollector& traces);
 

@@ -12,12 +12,12 @@
 
 namespace tidwen {
 
-/// How many entries a size walk visits before it stops: traces and installers, and history folders.
+/// Limit of entries per size measurement, of traces, installers and history folders.
 inline constexpr std::uint64_t traceSizeEntryLimit = 20'000;
 inline constexpr std::uint64_t historySizeEntryLimit = 2'000;
 
-/// Measures what a scan found while the scan goes on, on the other cores: most of a scan's time is the walk
-/// through the application's bundle, and that is the first thing found.
+/// Measures finds on the other cores while the scan continues: most of a scan's time is the walk through the
+/// application's bundle, which is found first.
 class SizeMeasurer {
   public:
     SizeMeasurer(const FileSystem& files, const StopToken& stop);

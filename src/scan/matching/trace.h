@@ -17,14 +17,14 @@ struct TreeSize;
 
 enum class SettingsPane { fullDiskAccess, loginItemsAndExtensions, privacyAndSecurity };
 
-/// Something only the user can do.
+/// A step that only the user can take.
 struct GuidanceStep {
     std::string instruction; ///< already in the user's language
     std::optional<SettingsPane> settingsPane;
     friend bool operator==(const GuidanceStep&, const GuidanceStep&) = default;
 };
 
-/// What removing a trace means.
+/// How a trace is removed.
 namespace action {
 struct MovePath { ///< move the item into quarantine
     Path url;
@@ -36,7 +36,7 @@ struct BootoutAndMove { ///< unload the launchd job, then quarantine its propert
     bool isSystemDomain = false;
     friend bool operator==(const BootoutAndMove&, const BootoutAndMove&) = default;
 };
-struct Bootout { ///< unload a job that has no file of its own to move
+struct Bootout { ///< unload a job that has no file to move
     std::string label;
     bool isSystemDomain = false;
     friend bool operator==(const Bootout&, const Bootout&) = default;
@@ -65,18 +65,18 @@ struct MatchReason {
         exactBundleID,
         receipt,
         appGroup,
-        sharedAppGroup, ///< other installed applications declare the group too
+        sharedAppGroup, ///< other installed applications declare the group, too
         nameToken,
         executableName,
-        declaredTarget, ///< the application itself declares it: its bundle, its embedded jobs
+        declaredTarget, ///< declared by the application itself: its bundle, its embedded jobs
     };
-    /// Where the identifier or name was read; it chooses the words, nothing else.
+    /// Where the identifier or name was read; affects only the wording.
     enum class Evidence {
         itsName,
         record,   ///< in the container's record
         label,    ///< the job's label
         program,  ///< in the path of the job's program
-        embedded, ///< the job, or its program, lies in the application's bundle
+        embedded, ///< the job or its program is inside the application's bundle
     };
     Kind kind = Kind::declaredTarget;
     std::string value =
@@ -87,9 +87,9 @@ struct MatchReason {
 
 enum class Reversibility {
     reversible,              ///< moved into quarantine; undo restores it
-    irreversibleHarmless,    ///< cannot be undone, nothing of value is lost
+    irreversibleHarmless,    ///< cannot be undone, no loss of value
     irreversibleDestructive, ///< cannot be undone and data is lost
-    manualOnly,              ///< the user must do it
+    manualOnly,              ///< must be done by the user
 };
 
 enum class TraceRisk { safe, review, sensitive };
@@ -97,40 +97,40 @@ enum class TraceRisk { safe, review, sensitive };
 /// Another bundle on this Mac that claims an item.
 struct Claimant {
     std::string bundleID; ///< as declared
-    std::string name;     ///< what people call it
+    std::string name;     ///< the name shown to people
     Path place;           ///< where it lies
     friend bool operator==(const Claimant&, const Claimant&) = default;
 };
 
 /// One leftover of an application.
 struct Trace {
-    Uuid id = Uuid::random(); ///< fresh for every trace of every scan
+    Uuid id = Uuid::random(); ///< new for every trace of every scan
     TraceCategory category = TraceCategory::supportFiles;
     TraceAction action;
     MatchReason reason;
     Reversibility reversibility = Reversibility::reversible;
-    std::string displayName;               ///< what is shown for it; a path for files
-    std::optional<std::int64_t> sizeBytes; ///< allocated on disk; absent for what is no file
+    std::string displayName;               ///< shown to people; a path for files
+    std::optional<std::int64_t> sizeBytes; ///< allocated on disk; absent for anything but files
     bool requiresRoot = false;
     TraceRisk risk = TraceRisk::review; ///< set by `makeTrace`
-    /// Another bundle, a second copy of the application included, that stays and has at least as strong a
-    /// claim. Such a trace is shown and never taken by default.
+    /// Another bundle that stays, perhaps a second copy of the application, with an equal or stronger claim.
+    /// Such a trace is shown but never selected by default.
     std::optional<Claimant> contestedBy;
-    /// A file or a bundle in a place that everybody shares, for which nothing speaks but the list of a
-    /// package. Anybody can write such a list, so it is never taken by default either.
+    /// A file or bundle in a shared place with no evidence but a package's file list. Anyone can write such a
+    /// list, so it is never selected by default either.
     bool isOnlyListed = false;
-    /// A folder that could not be searched to its end for applications of others, which would go along. Never
-    /// taken by default either.
+    /// A folder whose search for other applications, which would be moved along, was incomplete. Never
+    /// selected by default either.
     bool mayHoldOthers = false;
     bool isSizePartial = false; ///< there was more than is measured: `sizeBytes` is a lower bound
 
     friend bool operator==(const Trace&, const Trace&) = default;
 };
 
-/// The rule that gives every trace its tier. (Permission resets alone are always `review`.)
+/// The risk tier of every trace. (Permission resets alone are always `review`.)
 TraceRisk traceRisk(TraceCategory category, MatchReason::Kind reason, bool requiresRoot);
 
-/// Fills `id` and `risk`; the only way the scanners make a trace.
+/// Sets `id` and `risk`; scanners create traces only with this function.
 Trace makeTrace(TraceCategory category, TraceAction action, MatchReason reason, Reversibility reversibility,
                 std::string displayName, std::optional<std::int64_t> sizeBytes, bool requiresRoot);
 
@@ -140,7 +140,7 @@ void setSize(Trace& trace, const TreeSize& size);
 /// The file or folder whose move the trace asks for; nothing for traces that move nothing.
 const Path* movedPath(const TraceAction& action);
 
-// Names as they stand in JSON and in localisation keys ("supportFiles", "exactBundleID").
+// Names as used in JSON and in localization keys ("supportFiles", "exactBundleID").
 std::string_view name(TraceCategory category);
 std::string_view name(MatchReason::Kind kind);
 std::string_view name(MatchReason::Evidence evidence);
@@ -149,7 +149,7 @@ std::string_view name(TraceRisk risk);
 std::string_view name(SettingsPane pane);
 std::optional<TraceRisk> parseTraceRisk(std::string_view text);
 
-/// The system's address of a settings pane ("x-apple.systempreferences:…").
+/// The URL of a settings pane ("x-apple.systempreferences:…").
 std::string_view address(SettingsPane pane);
 
 } // namespace tidwen

@@ -11,28 +11,28 @@
 
 namespace tidwen {
 
-/// The traces of one scan in the order in which they were found, and the gate that each file passes. Files
-/// are measured while the search goes on.
+/// Collects the traces of one scan in order of discovery, and decides which files are accepted. Files are
+/// measured while the search continues.
 class TraceCollector {
   public:
     TraceCollector(const FileSystem& files, const PathPolicy& policy, const StopToken& stop, Log& log)
         : policy_(policy), log_(log), sizes_(files, stop) {}
 
-    /// For what the application declares and for what is no file.
+    /// For what the application declares and for everything that is not a file.
     void add(Trace trace);
 
-    /// For a file or folder that was found. Left out, with `false`: one that must not be moved, also when
-    /// `realParent`, the parent without links, leads to such a place; one that was found already, or whose
-    /// folder was; one whose name no manifest can hold.
+    /// For a file or folder found by the search. Returns false and leaves it out when it must not be moved,
+    /// also because `realParent`, the parent without links, leads to such a place; when it, or a folder
+    /// containing it, was already found; or when no manifest can store its name.
     bool addFound(Trace trace, const Path& realParent);
 
-    /// Notes a find whose name is not valid UTF-8: no manifest could hold it.
+    /// Records a find whose name is not valid UTF-8, which no manifest can store.
     void skip(const Path& path);
     const std::vector<Path>& skippedNames() const { return skippedNames_; }
 
     const std::vector<Trace>& traces() const { return traces_; }
 
-    /// The traces with their sizes; once, at the end.
+    /// The traces with their sizes; call it once, at the end.
     std::vector<Trace> take();
 
   private:
@@ -43,8 +43,8 @@ class TraceCollector {
     SizeMeasurer sizes_;
     std::vector<Trace> traces_;
     std::vector<Path> skippedNames_;
-    std::vector<std::size_t> measured_;        ///< which of the traces
-    std::set<std::string, std::less<>> paths_; ///< theirs, also without links
+    std::vector<std::size_t> measured_;        ///< indices in the traces
+    std::set<std::string, std::less<>> paths_; ///< of the traces, also without links
 };
 
 } // namespace tidwen

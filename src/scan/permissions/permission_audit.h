@@ -12,12 +12,12 @@
 
 namespace tidwen {
 
-/// A privacy permission that the user once gave or refused.
+/// A privacy permission that the user has granted or denied.
 struct PermissionGrant {
     struct State {
         enum class Kind { unknown, granted, limited, denied };
         Kind kind = Kind::unknown;
-        std::int64_t rawValue = 0; ///< what the database holds; only meaningful for `unknown`
+        std::int64_t rawValue = 0; ///< value in the database; meaningful only for `unknown`
         friend bool operator==(const State&, const State&) = default;
     };
     enum class Scope { user, system };
@@ -25,23 +25,23 @@ struct PermissionGrant {
     std::string service; ///< "kTCCServiceCamera"
     State state;
     Scope scope = Scope::user;
-    bool isPathClient = false; ///< the database names the client by its path
+    bool isPathClient = false; ///< the database identifies the client by its path
     friend bool operator==(const PermissionGrant&, const PermissionGrant&) = default;
 };
 
 std::string_view name(PermissionGrant::State::Kind kind);
 std::string_view name(PermissionGrant::Scope scope);
 
-/// What a person calls a service ("Camera"); an unknown one is its own name without "kTCCService".
+/// The display name of a service ("Camera"); for an unknown one its identifier without "kTCCService".
 std::string permissionTitle(std::string_view service, const Texts& texts);
 
 /// Reads the privacy databases ("TCC.db", SQLite; table "access") for one application. The file is copied
-/// into memory and queried there: no lock is taken, no link followed by another library, nothing written
-/// beside it. A database in the middle of somebody's transaction counts as unreadable.
+/// into memory and queried there: takes no lock, lets SQLite follow no link, writes nothing beside it. A
+/// database within another process's transaction counts as unreadable.
 class PermissionAudit {
   public:
     struct Result {
-        std::vector<PermissionGrant> grants; ///< sorted by title, user scope first among equals
+        std::vector<PermissionGrant> grants; ///< sorted by title, user scope first among equal ones
         std::vector<PermissionGrant::Scope> unreadable;
         friend bool operator==(const Result&, const Result&) = default;
     };

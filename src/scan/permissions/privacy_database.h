@@ -14,22 +14,22 @@ namespace tidwen {
 /// Why a privacy database could not be opened.
 enum class PrivacyDatabaseError {
     missing,    ///< there is no such file
-    unreadable, ///< no plain file, more than 64 MiB, or the file system refuses
-    busy,       ///< in the middle of a transaction, or changed while it was read
-    malformed,  ///< not a database that SQLite takes
+    unreadable, ///< not a plain file, more than 64 MiB, or refused by the file system
+    busy,       ///< within a transaction, or changed while it was read
+    malformed,  ///< not a valid SQLite database
 };
 
-/// A privacy database ("TCC.db", SQLite) as a copy in memory: nothing on the disk is locked, followed or
-/// written. Its schema is not trusted: views, triggers, virtual tables and functions with effects are off,
-/// and statements that run too long end with SQLITE_INTERRUPT.
+/// A privacy database ("TCC.db", SQLite) as a copy in memory: no file is locked, followed as a link or
+/// written. Its schema is untrusted: views, triggers, virtual tables and functions with side effects are off,
+/// and long-running statements end with SQLITE_INTERRUPT.
 class PrivacyDatabase {
   public:
     static tl::expected<PrivacyDatabase, PrivacyDatabaseError> open(std::string bytes, bool writable);
 
-    /// For preparing statements; valid as long as this object.
+    /// For preparing statements; valid for the lifetime of this object.
     sqlite3* handle() const { return handle_.get(); }
 
-    /// The whole database as it stands now, as bytes of a file.
+    /// The database in its present state, as the bytes of a file.
     tl::expected<std::string, PrivacyDatabaseError> bytes() const;
 
   private:
@@ -38,13 +38,13 @@ class PrivacyDatabase {
     };
     PrivacyDatabase() = default;
 
-    // On the heap because SQLite keeps its address; outlives the handle.
+    // On the heap because SQLite keeps its address; must outlive the handle.
     std::unique_ptr<std::int64_t> stepsLeft_;
     std::unique_ptr<sqlite3, Close> handle_;
     bool usesWriteAheadLog_ = false;
 };
 
-/// Reads a database from the disk, provided that nobody is changing it.
+/// Reads a database from the disk unless another process is changing it.
 tl::expected<PrivacyDatabase, PrivacyDatabaseError>
 readPrivacyDatabase(const FileSystem& files, const Path& file, bool writable = false);
 

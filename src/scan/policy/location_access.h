@@ -5,16 +5,16 @@
 
 namespace tidwen {
 
-/// What a search through a folder can say of it.
+/// Whether a folder can be searched.
 enum class LocationAccess {
-    absent, ///< nothing is there, nor in the way to it
-    open,   ///< a folder from which items may be taken; listing it may still be refused
-    /// Something is there that cannot be searched: a link to a disk that is away, in circles or to a place
-    /// from which nothing is ever taken, or no folder at all. What applications left there stays.
+    absent, ///< neither it nor an obstacle on its path exists
+    open,   ///< a folder from which items may be moved; listing it may still fail
+    /// Something exists that cannot be searched: a link to a missing disk, in a cycle or to a place from
+    /// which nothing is ever moved, or not a folder at all. Its contents stay.
     closed,
 };
 
-/// `policy` judges paths whose links are resolved.
+/// `policy` must accept resolved paths.
 LocationAccess accessTo(const Path& folder, const FileSystem& files, const PathPolicy& policy);
 
 } // namespace tidwen

@@ -10,30 +10,30 @@
 
 namespace tidwen {
 
-/// An application that cannot be taken from where it lies. Without it, only its data would go.
+/// An application that cannot be removed from its location. Without it, only its data would be removed.
 struct ImmovableApplication {
     enum class Reason {
         reachedThroughLink, ///< the bundle, or a folder above it, is a link
-        protectedPlace,     ///< the safety policy lets nothing go from there
-        partOfBundle,       ///< the bundle lies in another one, which is broken without it
-        noRights,           ///< this process may not move it, and nobody who may can be asked
+        protectedPlace,     ///< the safety policy forbids moving anything from there
+        partOfBundle,       ///< it is part of another bundle, which would break
+        noRights,           ///< this process may not move it, and no one with the rights can be asked
     };
     Reason reason = Reason::protectedPlace;
-    Path place; ///< where the bundle really lies; of `partOfBundle` the outermost one that holds it
+    Path place; ///< real location of the bundle; for `partOfBundle` of the outermost bundle that contains it
 
-    /// Why, with the application's name and its real place.
+    /// The reason, with the application's name and real location.
     Message describe(const AppTarget& target) const;
     friend bool operator==(const ImmovableApplication&, const ImmovableApplication&) = default;
 };
 
-/// As it stands in JSON: "reachedThroughLink" and so on.
+/// As used in JSON: "reachedThroughLink" and so on.
 std::string_view name(ImmovableApplication::Reason reason);
 
-/// Who can be asked for what this process may not move itself.
+/// Who can move what this process may not.
 enum class MoveRights { own, administrator };
 
-/// Why the application at the target's place cannot be removed from there; nothing when it can, when there is
-/// none (a bundle in the user's Trash is away already), and when it has vanished.
+/// Why the application at the target's location cannot be removed; nullopt when it can, when there is none (a
+/// bundle in the user's Trash is already removed), and when it has disappeared.
 std::optional<ImmovableApplication> whyNotRemovable(const AppTarget& target, const FileSystem& files,
                                                     const PathPolicy& policy, const UserEnvironment& user,
                                                     MoveRights rights);

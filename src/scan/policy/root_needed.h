@@ -10,7 +10,7 @@ namespace tidwen {
 /// immutable. Also when that cannot be found out.
 bool moveNeedsRoot(const FileSystem& files, const UserEnvironment& user, const Path& item);
 
-/// The same for what is known of the item and of the folder that it lies in.
+/// The same from known attributes of the item and of its folder.
 bool moveNeedsRoot(const FileInfo& item, const FileInfo& parent, std::uint32_t userID);
 
 } // namespace tidwen

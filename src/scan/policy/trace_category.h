@@ -4,7 +4,7 @@
 
 namespace tidwen {
 
-/// What kind of thing an application left behind.
+/// The kind of leftover.
 enum class TraceCategory {
     application,
     supportFiles,
