@@ -2,16 +2,16 @@
 
 #include <string_view>
 
-/// Identifiers begin like a domain turned around: "com.example.app" of example.com. Which domains there are,
-/// and which of them hand out names below themselves to anybody, the Public Suffix List says.
+/// Identifiers begin with a reversed domain: "com.example.app" for example.com. The Public Suffix List tells
+/// which domains exist and which of them assign names below themselves to anyone.
 namespace tidwen {
 
-/// The piece is a top-level domain that is registered ("com", "xyz", "cz"). In lower case.
+/// Whether the component is a registered top-level domain ("com", "xyz", "cz"). In lower case.
 bool isTopLevelDomain(std::string_view piece);
 
-/// What of an identifier (in lower case) names its maker: "com.example" of "com.example.app", "uk.co.example"
-/// of "uk.co.example.app", "io.github.somebody" of "io.github.somebody.app". Empty when it names nobody: a
-/// single piece, or a host of many makers alone ("com.github").
+/// The part of an identifier (in lower case) that names its vendor: "com.example" of "com.example.app",
+/// "uk.co.example" of "uk.co.example.app", "io.github.someone" of "io.github.someone.app". Empty when it
+/// names none: a single component, or only a host of many vendors ("com.github").
 std::string_view makerOf(std::string_view identifier);
 
 } // namespace tidwen

@@ -31,17 +31,17 @@ struct InstallerScanResult {
     bool unreadable = false;             ///< Downloads could not be listed
     std::vector<Path> skippedNames = {}; ///< disk images and packages whose names are not valid UTF-8
 
-    /// There are no other installers in Downloads.
+    /// Downloads contains no other installers.
     bool isComplete() const { return !unreadable && skippedNames.empty(); }
 
     friend bool operator==(const InstallerScanResult&, const InstallerScanResult&) = default;
 };
 
-/// Only reads. A missing Downloads folder is unreadable too: there is nothing to be said about its content.
+/// Read-only. A missing Downloads folder counts as unreadable, because its contents are unknown.
 InstallerScanResult scanInstallers(const FileSystem& files, const UserEnvironment& user,
                                    const std::vector<InstalledApp>& apps);
 
-/// The same, but for the sizes of packages that are folders: `measurePackage` walks through those.
+/// The same without the sizes of packages that are folders, which `measurePackage` walks.
 InstallerScanResult listInstallers(const FileSystem& files, const UserEnvironment& user,
                                    const std::vector<InstalledApp>& apps);
 /// The folder whose direct children are looked at.
@@ -54,10 +54,10 @@ void setSize(InstallerFile& file, const TreeSize& size);
 void sortBySize(std::vector<InstallerFile>& files);
 
 /// The installed application that a file of this name belongs to: the one with the longest name that the
-/// file's name begins with; a name of three or four letters must be the whole leading word.
+/// file's name starts with; a name of three or four letters must be the whole first word.
 std::optional<InstalledApp> matchInstaller(std::string_view fileName, const std::vector<InstalledApp>& apps);
 
-/// The trace by which an installer file is removed.
+/// The trace with which an installer file is removed.
 Trace installerTrace(const InstallerFile& file);
 
 } // namespace tidwen

@@ -13,7 +13,7 @@
 
 namespace tidwen {
 
-/// One line of the list of installers. Those whose application is installed stand first.
+/// One row of the list of installers. Those whose application is installed come first.
 struct InstallerRow {
     InstallerFile file;
     bool isSelected = false;
@@ -22,34 +22,34 @@ struct InstallerRow {
     friend bool operator==(const InstallerRow&, const InstallerRow&) = default;
 };
 
-/// The disk images and packages in Downloads while they are looked at and chosen for removal. Belongs to the
-/// main thread; the disk is read in the background.
+/// The disk images and packages in Downloads, for viewing and choosing which to remove. Main thread only; the
+/// disk is read in the background.
 class InstallersModel {
   public:
     struct Ports {
         const FileSystem& files;
         UserEnvironment user;
-        const Texts& texts; ///< orders names; call `setOrder` when they are in another language
+        const Texts& texts; ///< orders names; call `setOrder` after a change of language
         Executor& main;
         Executor& background;
     };
-    /// Gives the installed applications; called in the background.
+    /// Returns the installed applications; called in the background.
     using Inventory = std::function<std::vector<InstalledApp>()>;
-    enum class Order { size, name, date }; ///< largest, in the language's order, newest first
+    enum class Order { size, name, date }; ///< largest first, by name in the language's order, newest first
 
     InstallersModel(Ports ports, Inventory inventory);
     ~InstallersModel();
     InstallersModel(const InstallersModel&) = delete;
     InstallersModel& operator=(const InstallersModel&) = delete;
 
-    Property<InstallerScanResult> result; ///< sizes of packages that are folders come in while it loads
+    Property<InstallerScanResult> result; ///< sizes of packages that are folders arrive while it loads
     Property<bool> isLoading;
-    Property<bool> hasLoaded; ///< the first look has ended
+    Property<bool> hasLoaded; ///< the first load has ended
     Property<std::set<Path>> selection;
-    ObservableList<InstallerRow> rows; ///< of the same files; sizes that come in move no row until all are in
+    ObservableList<InstallerRow> rows; ///< of the same files; arriving sizes move no row until all are in
 
-    /// Looks again; `done` is called on the main thread when everything is published. While it looks, the
-    /// look that is going on serves this call, too.
+    /// Loads again; `done` is called on the main thread when everything is published. A call during a load
+    /// joins it.
     void load(std::function<void()> done = {});
 
     Order order() const { return order_; }
@@ -57,10 +57,10 @@ class InstallersModel {
 
     /// Ignored for what is not in the list.
     void toggleSelection(const Path& url);
-    /// Chooses every installer whose application is installed, or none of them when all were chosen.
+    /// Selects every installer whose application is installed, or none of them if all were selected.
     void toggleSelectAllMatched();
     std::vector<InstallerFile> selectedFiles() const;
-    /// The traces by which the removal flow removes them.
+    /// The traces with which the removal flow removes them.
     std::vector<Trace> selectedTraces() const;
 
   private:
@@ -81,7 +81,7 @@ class InstallersModel {
     Order order_ = Order::size;
     std::vector<std::function<void()>> done_;
     StopSource stop_;
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< checked by results that arrive late
 };
 
 } // namespace tidwen

@@ -11,12 +11,12 @@
 
 namespace tidwen {
 
-/// Narrows and orders a list of leftovers.
+/// Filters and sorts a list of leftovers.
 struct LeftoverFilter {
     enum class SizeFloor { any, mb1, mb10, mb100 };
     enum class Order { largest, name };
 
-    std::string query = {};                     ///< free text; blanks around it do not count
+    std::string query = {};                     ///< free text; surrounding white space is ignored
     std::set<TraceRisk> risks = {};             ///< empty: all
     std::optional<TraceCategory> category = {}; ///< absent: all
     SizeFloor floor = SizeFloor::any;
@@ -24,7 +24,7 @@ struct LeftoverFilter {
 
     friend bool operator==(const LeftoverFilter&, const LeftoverFilter&) = default;
 
-    /// Narrows anything at all? Its opposite tells an empty list from a list with nothing that passes.
+    /// Whether it filters anything: distinguishes an empty list from a list in which nothing matches.
     bool isActive() const;
     bool passes(const Trace& trace) const;
 };
@@ -33,13 +33,13 @@ inline constexpr std::array allSizeFloors = {LeftoverFilter::SizeFloor::any, Lef
                                              LeftoverFilter::SizeFloor::mb10,
                                              LeftoverFilter::SizeFloor::mb100};
 
-/// Bytes, in decimal megabytes; 0 for `any`.
+/// In bytes, of decimal megabytes; 0 for `any`.
 std::int64_t minimumBytes(LeftoverFilter::SizeFloor floor);
 
 std::string_view name(LeftoverFilter::Order order);
 std::optional<LeftoverFilter::Order> parseOrder(std::string_view text);
 
-/// A query or a name in the form in which one is looked for in the other.
+/// The form in which a query is searched in a name; apply it to both.
 std::string searchForm(std::string_view text);
 
 } // namespace tidwen

@@ -18,17 +18,17 @@
 
 namespace tidwen {
 
-/// The tiers in the order in which they are shown.
+/// The tiers in display order.
 inline constexpr std::array allTraceRisks = {TraceRisk::safe, TraceRisk::review, TraceRisk::sensitive};
 
-/// One line of the tree. Points into the list that the tree holds.
+/// One row of the tree. Points into the list that the tree holds.
 struct LeftoverRow {
     const Trace* trace = nullptr;
     std::string_view title;
-    std::string_view sizeText; ///< empty for what has no size
+    std::string_view sizeText; ///< empty for an item without a size
 };
 
-/// Traces that belong to somebody, who is kept as long as they are needed.
+/// Traces kept alive by a shared owner as long as they are needed.
 struct SharedTraces {
     std::vector<std::shared_ptr<const void>> owners = {};
     std::vector<const Trace*> traces = {};
@@ -38,9 +38,8 @@ struct SharedTraces {
     void add(std::vector<Trace> own);
 };
 
-/// Leftovers made ready for being filtered on every key stroke: their names in search form, their sizes as
-/// text, both orders and the sums are worked out once, on all cores. Immutable; shared by the trees built
-/// from it.
+/// Leftovers prepared for filtering on every key stroke: names in search form, sizes as text, both orders and
+/// the sums are computed once, on all cores. Immutable; shared by the trees built from it.
 class LeftoverList {
   public:
     /// In the language that `texts` speak now.
@@ -50,7 +49,7 @@ class LeftoverList {
     LeftoverList(const LeftoverList&) = delete;
     LeftoverList& operator=(const LeftoverList&) = delete;
 
-    /// Of all traces, whatever the filter.
+    /// Of all traces, regardless of the filter.
     struct Sums {
         std::array<int, allTraceRisks.size()> byRisk = {};
         std::array<int, allTraceCategories.size()> byCategory = {};
@@ -59,7 +58,7 @@ class LeftoverList {
 
     const SharedTraces& shared() const { return shared_; }
     const std::vector<const Trace*>& traces() const { return shared_.traces; }
-    const std::set<Uuid>& ids() const { return ids_; } ///< of all traces, for choosing them at once
+    const std::set<Uuid>& ids() const { return ids_; } ///< of all traces, for selecting them at once
     const Sums& sums() const { return sums_; }
     const Texts& texts() const { return texts_; } ///< of the language in which it is sorted and described
     std::string language() const { return texts_.language(); }
@@ -67,10 +66,11 @@ class LeftoverList {
   private:
     friend class LeftoverTreeBuilder;
 
-    /// What a filter and a row need of a trace, side by side: the traces themselves lie far apart in memory.
+    /// What filter and row need of a trace, stored contiguously: the traces themselves are scattered in
+    /// memory.
     struct Entry {
         LeftoverRow row;
-        std::string_view name; ///< in search form, in `names_`
+        std::string_view name; ///< in search form, points into `names_`
         std::optional<std::int64_t> bytes;
         TraceRisk risk;
         TraceCategory category;
@@ -87,7 +87,7 @@ class LeftoverList {
     ByteCountTexts sizeTexts_;
     std::deque<std::string> partialSizeTexts_;
     std::vector<Entry> entries_;                 ///< in the order of the traces
-    std::vector<std::uint32_t> byName_, bySize_; ///< indices in either order
+    std::vector<std::uint32_t> byName_, bySize_; ///< indices, sorted by name and by size
     std::set<Uuid> ids_;
     Sums sums_;
 };
@@ -98,7 +98,7 @@ struct LeftoverGroup {
     ByteSum size = {};
     std::optional<std::string> sizeText; ///< absent when no row has a size
 
-    std::set<Uuid> ids() const; ///< for choosing the whole group at once
+    std::set<Uuid> ids() const; ///< for selecting the whole group at once
 };
 
 struct LeftoverTier {
@@ -111,19 +111,18 @@ struct LeftoverTier {
     std::set<Uuid> ids() const;
 };
 
-/// Risk tiers, in each of them groups by category, in each of those rows. A tier that nothing passes into is
-/// left out.
+/// Risk tiers, each with groups by category, each with rows. Tiers without a match are left out.
 struct LeftoverTree {
     std::shared_ptr<const LeftoverList> list; ///< what the rows point into
     std::vector<LeftoverTier> tiers;
-    std::vector<const Trace*> manual; ///< what the user has to deal with by hand, whatever the filter
-    std::array<int, allTraceRisks.size()> counts = {}; ///< of what passes, by risk
+    std::vector<const Trace*> manual; ///< what the user must remove by hand, regardless of the filter
+    std::array<int, allTraceRisks.size()> counts = {}; ///< of matching traces, by risk
     int totalCount = 0;
     std::int64_t totalBytes = 0;
     std::string totalSizeText;
 };
 
-/// What the line above a filtered list says.
+/// The text of the line above a filtered list.
 struct LeftoverFilterSummary {
     int shown = 0;
     int total = 0;

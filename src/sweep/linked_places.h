@@ -9,7 +9,7 @@ namespace tidwen {
 
 class KnownOwners;
 
-/// Places that are reached through links, for telling where a find really lies.
+/// Places reached through links, for finding the real location of a find.
 class LinkedPlaces {
   public:
     void add(const Path& place, const Path& real) { places_.emplace_back(place, real); }
@@ -22,10 +22,10 @@ class LinkedPlaces {
     }
 
   private:
-    std::vector<std::pair<Path, Path>> places_; ///< few: a Mac has none
+    std::vector<std::pair<Path, Path>> places_; ///< few; a standard Mac has none
 };
 
-/// Would taking the find away take along what is at work, by the find's name or where it really lies?
+/// Whether moving the find, by its path or its real location, would take along something in use.
 bool holdsWhatIsInUse(const KnownOwners& owners, const Path& find, const LinkedPlaces& linked);
 
 } // namespace tidwen

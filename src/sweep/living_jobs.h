@@ -12,19 +12,20 @@ namespace tidwen {
 
 class KnownOwners;
 
-/// The launchd jobs that may still work. A job is dead only when its program is known to be gone and no
-/// installed application is said to own it.
+/// The launchd jobs that may still run. A job is dead only when its program is known to be gone and no
+/// installed application is declared as its owner.
 struct LivingJobs {
     std::vector<std::string> labels; ///< in lower case
-    /// In lower case, of jobs that start a privileged helper, and of these: they live, and say nothing of
-    /// their maker's applications, since such a tool stays when its application is dragged away.
+    /// In lower case: labels of jobs that start a privileged helper, and identifiers of these helpers. They
+    /// are in use but do not imply that their vendor's applications are, because such a tool stays when its
+    /// application is dragged to the Trash.
     std::vector<std::string> helpers;
-    /// What they start, as spelled and without links: the program, and the paths that it is handed.
+    /// What they start, as written and with links resolved: the program, and the paths passed to it.
     std::vector<Path> programs;
-    std::vector<Path> unreadable; ///< folders and property lists that may hold other jobs
+    std::vector<Path> unreadable; ///< folders and property lists that may contain further jobs
 };
 
-/// The jobs of the machine and of every home on it: what lies in "/Users/Shared" works for everybody.
+/// The jobs of the machine and of every home on it: what lies in "/Users/Shared" serves all users.
 LivingJobs listLivingJobs(const FileSystem& files, const UserEnvironment& user, const KnownOwners& installed,
                           const StopToken& stop = {});
 

@@ -13,18 +13,18 @@ namespace tidwen {
 
 class KnownOwners;
 
-/// Installer packages, by their identifiers in lower case.
+/// Installer packages, by identifier in lower case.
 struct LivingPackages {
-    std::vector<std::string> identifiers; ///< something of them is still in use
-    std::set<std::string> lost;           ///< they installed an application, and none of their files is there
-    std::vector<Path> unreadable = {};    ///< what of the receipts cannot be read: whose files may be there
+    std::vector<std::string> identifiers; ///< some of their files are still in use
+    std::set<std::string> lost;           ///< they installed an application, and none of their files exists
+    std::vector<Path> unreadable = {};    ///< unreadable parts of the receipts, whose files may exist
 };
 
-/// A package lives while any of its files is there, be it a link that leads nowhere, or may be: on a disk or
-/// in a home that is not here, or in a list that cannot be read. One whose application is gone does not live
-/// by what the sweep would find as that application's leftovers, by the package's own identifier; else what
-/// an uninstalled application leaves would keep itself. Folders do not count: packages share them. Packages
-/// that `installed` claims are left out.
+/// A package is in use while any of its files exists, including a broken link, or may exist: on a missing
+/// disk, in a missing home, or in an unreadable list. If its application is gone, items that the sweep would
+/// find as that application's leftovers by the package's own identifier do not count; otherwise the leftovers
+/// of an uninstalled application would keep themselves in use. Folders do not count, because packages share
+/// them. Packages claimed by `installed` are left out.
 LivingPackages listLivingPackages(const FileSystem& files, const Receipts& receipts,
                                   const UserEnvironment& user, const KnownOwners& installed,
                                   const StopToken& stop = {});

@@ -15,37 +15,36 @@
 
 namespace tidwen {
 
-/// One application that is gone, while its finds come in.
+/// The finds of one missing application, while they arrive.
 struct Finds {
     std::string humanName;
     std::vector<Trace> traces;
-    bool standsAlone = false; ///< not just receipts that may be those of a tool without any application
+    bool standsAlone = false; ///< not just receipts, which may be those of a tool without any application
 };
 using FindsByIdentifier = std::map<std::string, Finds>;
 
-/// Fills in how much of the disk each of the traces takes; one that cannot be measured stays without.
+/// Sets the disk size of each trace; one that cannot be measured keeps none.
 void measureTraces(const FileSystem& files, std::vector<Trace>& traces, const StopToken& stop);
 
-/// Looks through the search locations for what seems to be nobody's.
+/// Searches the search locations for items that appear to have no owner.
 class LocationSweep {
   public:
-    /// `lostPackages`: identifiers of packages of which nothing is there any more. What is passed by
-    /// reference outlives it.
+    /// `lostPackages`: identifiers of packages of which no file exists any more. References must outlive this
+    /// object.
     LocationSweep(const OrphanScanner::Ports& ports, const BudgetedFiles& files, const UserEnvironment& user,
                   const KnownOwners& owners, const std::set<std::string>& lostPackages, OwnerJudge& judge,
                   const std::vector<SweepGap>& gaps, const StopToken& stop);
 
-    /// What could not be looked at goes to the result.
+    /// Adds what could not be searched to the result.
     FindsByIdentifier run(OrphanScanResult& result, const OrphanScanner::OnFound& onFound,
                           const OnStep& onStep = {});
 
     const LinkedPlaces& linked() const { return linked_; }
-    /// What has no identifier and may be taken all the same, if it is some group's.
+    /// Items without an identifier that may be taken if they belong to a group.
     std::vector<NamedCandidate> takeNamed() { return std::move(named_); }
 
   private:
-    /// What looks like an identifier is one when macOS itself named something so and it stands elsewhere,
-    /// too.
+    /// An apparent identifier counts as one when macOS itself named an item so and it occurs elsewhere, too.
     struct Loose {
         std::vector<OrphanCandidate> candidates;
         std::set<Path> locations;
@@ -68,7 +67,7 @@ class LocationSweep {
     OwnerJudge& judge_;
     const std::vector<SweepGap>& gaps_;
     const StopToken& stop_;
-    std::set<Path> searched_; ///< each place once, whatever leads to it
+    std::set<Path> searched_; ///< each place once, whatever path leads to it
     LinkedPlaces linked_;
     FindsByIdentifier finds_;
     std::map<std::string, Loose> loose_;

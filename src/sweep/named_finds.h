@@ -11,27 +11,26 @@ namespace tidwen {
 
 struct OrphanGroup;
 
-/// Something in a search location that carries a name and no identifier ("Application Support/Marlin Notes").
-/// It tells nothing of its owner by itself.
+/// An item in a search location with a name but no identifier ("Application Support/Marlin Notes"). The name
+/// alone does not show its owner.
 struct NamedCandidate {
-    std::string name; ///< as it is written, without what wraps it
+    std::string name; ///< as written, without what wraps it
     TraceCategory category = TraceCategory::supportFiles;
     Path path;
     bool requiresRoot = false;
 };
 
-/// The name could tell whose something is: five characters or more, and none that macOS, many applications or
-/// plain language use.
+/// Whether the name is distinctive enough to identify an owner: five characters or more, and not used by
+/// macOS, many applications or ordinary language.
 bool isTellingName(std::string_view canonicalName);
 
-/// The piece of an identifier that says which application it is: the last, or where that is a plain word
-/// ("com.tidepool.desktop") the one before it.
+/// The component of an identifier that names the application: the last, or the one before it if the last is a
+/// plain word ("com.tidepool.desktop").
 std::string nameInIdentifier(const std::string& identifier);
 
-/// Gives to each group what bears its name: the name that its application is known by, or the piece of its
-/// identifier that says which it is. Not when two groups are called so, nor when somebody who lives may be
-/// meant. Such finds are for review, for a name is no proof. A group without a name of its own takes that of
-/// such a find.
+/// Adds to each group the items with its name: the name of its application, or the naming component of its
+/// identifier. Not when two groups have that name, or an owner in use may. Such finds are for review, because
+/// a name is no proof. A group without a name of its own takes that of such a find.
 void addNamedFinds(std::vector<OrphanGroup>& groups, const std::vector<NamedCandidate>& candidates,
                    const KnownOwners& owners);
 

@@ -12,29 +12,29 @@
 
 namespace tidwen {
 
-/// Something in a search location that carries a reverse-DNS identifier.
+/// An item in a search location with a reverse-DNS identifier.
 struct OrphanCandidate {
     std::string identifier; ///< in lower case
-    std::string humanName;  ///< what the find itself calls its application; may be empty
-    std::string folder;     ///< name of the vendor's folder that it lies in; mostly empty
-    std::string alias;      ///< another identifier that it is called by; mostly empty
+    std::string humanName;  ///< the application's name according to the find itself; may be empty
+    std::string folder;     ///< name of the vendor's folder that contains it; usually empty
+    std::string alias;      ///< a second identifier in its name; usually empty
     TraceCategory category = TraceCategory::supportFiles;
     TraceAction action;
     bool requiresRoot = false;
 };
 
-/// What one location holds.
+/// The contents of one location.
 struct LocationCandidates {
     std::vector<OrphanCandidate> identified;
     std::vector<OrphanCandidate>
-        loose;                  ///< by what may be an identifier; told by `isMadeByMacOS` and another find
-    bool isMadeByMacOS = false; ///< macOS itself names what lies here after identifiers
-    std::vector<NamedCandidate> named; ///< where applications put what they call by their names
-    std::vector<Path> ownerless;       ///< containers whose records do not say whose they are
+        loose;                  ///< by apparent identifier; confirmed by `isMadeByMacOS` and another find
+    bool isMadeByMacOS = false; ///< macOS itself names the items here by identifier
+    std::vector<NamedCandidate> named; ///< from places where applications name items after themselves
+    std::vector<Path> ownerless;       ///< containers whose records do not name their owner
 };
 
-/// Reads one location. Nothing when it is there and cannot be listed. What has a name that is not valid UTF-8
-/// is not judged and goes to `skippedNames`. Ends early, with what it has, when `stop` asks for it.
+/// Reads one location. nullopt when it exists and cannot be listed. Items whose names are not valid UTF-8 are
+/// not judged and go to `skippedNames`. Returns early with partial results when `stop` asks for it.
 std::optional<LocationCandidates> listOrphanCandidates(const FileSystem& files,
                                                        const SearchLocation& location,
                                                        std::vector<Path>& skippedNames,

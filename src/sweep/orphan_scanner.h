@@ -21,10 +21,10 @@
 
 namespace tidwen {
 
-/// What an application that is gone left behind.
+/// The leftovers of an application that is gone.
 struct OrphanGroup {
     std::string bundleID; ///< in lower case; no installed application claims it
-    std::string name;     ///< the best that is known of what people called it
+    std::string name;     ///< the best known display name
     std::vector<Trace> traces;
 
     ByteSum bytes() const;
@@ -33,20 +33,21 @@ struct OrphanGroup {
 struct OrphanScanResult {
     std::vector<OrphanGroup> groups; ///< largest first
     std::vector<Path> unreadableLocations;
-    std::vector<Path> skippedNames = {}; ///< in search locations; not judged, their names are not valid UTF-8
-    /// Files and folders not read, because the disk holds too much to read. When an application could own
-    /// what was not read, there are no groups at all.
+    std::vector<Path> skippedNames =
+        {}; ///< in search locations; not judged, because their names are not valid UTF-8
+    /// Files and folders not read because the budget was exhausted. When an application could own something
+    /// unread, there are no groups at all.
     std::uint64_t leftOut = 0;
-    std::vector<SweepGap> gaps = {}; ///< why some of what may be left, or all of it, was left alone
+    std::vector<SweepGap> gaps = {}; ///< why some or all possible leftovers were left alone
 
-    /// Everything was looked at: what is not among the groups is not there.
+    /// Everything was searched: there is nothing besides the groups.
     bool isComplete() const {
         return unreadableLocations.empty() && skippedNames.empty() && leftOut == 0 && gaps.empty();
     }
 };
 
-/// Finds leftovers whose owner is gone, wherever applications leave things. Never fails; what cannot be
-/// attributed with confidence is left alone.
+/// Finds leftovers without an owner wherever applications leave files. Never fails; what cannot be attributed
+/// with confidence is left alone.
 class OrphanScanner {
   public:
     struct Ports {
@@ -55,22 +56,22 @@ class OrphanScanner {
         const RunningApplications& running;
         Log& log;
     };
-    /// Does the system know an application with this identifier (lower case)?
+    /// Whether the system knows an application with this identifier (lower case).
     using IsRegistered = std::function<bool(const std::string& bundleID)>;
-    /// Traces as they are found, measured; from the calling thread.
+    /// Receives measured traces as they are found, on the calling thread.
     using OnFound = std::function<void(const std::vector<Trace>&)>;
 
     OrphanScanner(Ports ports, UserEnvironment user, IsRegistered isRegistered)
         : ports_(ports), user_(std::move(user)), isRegistered_(std::move(isRegistered)) {}
 
-    /// `protectedIDs`: identifiers whose leftovers are left alone. Of what is streamed some may turn out to
-    /// belong to an application that came meanwhile, and is missing in the result. Stopped early it gives no
-    /// groups at all: nothing was looked at once more. A step is one search location.
+    /// `protectedIDs`: identifiers whose leftovers are left alone. Streamed traces may turn out to belong to
+    /// an application installed meanwhile; these are missing in the result. When stopped early there are no
+    /// groups at all, because the final check was not done. A step is one search location.
     OrphanScanResult scan(InstalledBundles& installed, const std::set<std::string>& protectedIDs,
                           const StopToken& stop = {}, const OnFound& onFound = {}, const OnStep& onStep = {});
 
   private:
-    /// One look at all that lives, and at what of it could not be seen.
+    /// One look at all owners in use, and at what of them could not be seen.
     struct Look {
         KnownOwners owners;
         std::vector<SweepGap> gaps = {};

@@ -11,10 +11,10 @@ namespace tidwen {
 
 struct OrphanCandidate;
 
-/// Decides which candidates are nobody's, and remembers the answer per identifier.
+/// Decides which candidates have no owner, and caches the answer per identifier.
 class OwnerJudge {
   public:
-    /// `protectedIDs` in any letter case. What is passed by reference outlives it.
+    /// `protectedIDs` in any letter case. References must outlive this object.
     OwnerJudge(const KnownOwners& owners, const RunningApplications& running,
                const OrphanScanner::IsRegistered& isRegistered, const std::set<std::string>& protectedIDs);
 

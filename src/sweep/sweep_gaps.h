@@ -13,15 +13,15 @@ namespace tidwen {
 /// A place whose owners could not all be seen, so that what they may own is not claimed.
 struct SweepGap {
     enum class Reason {
-        absent,     ///< there is no such folder: /Applications of a disk that is not whole
+        absent,     ///< a missing folder: /Applications of an incomplete disk
         unreadable, ///< a folder, or a part of a bundle or job, that cannot be read
-        uncounted,  ///< holds more than is counted
+        uncounted,  ///< more entries than are counted
         damaged,    ///< a bundle whose Info.plist cannot be read
-        away,       ///< a link that leads nowhere, perhaps to a disk that is not attached
+        away,       ///< a broken link, perhaps to a disk that is not attached
     };
     Path place;
     Reason reason = Reason::unreadable;
-    bool isOfOthers = false; ///< in another user's home: only what all users share is in doubt
+    bool isOfOthers = false; ///< in another user's home: only shared items are in doubt
 
     /// What was left alone, and why.
     Message describe() const;
@@ -30,15 +30,15 @@ struct SweepGap {
 
 std::string_view name(SweepGap::Reason reason);
 
-/// What one look at the bundles, at what they carry and at the launchd jobs left unseen; that of
-/// /Applications first. `unreadableJobs`: their folders and property lists.
+/// The gaps of one look at the bundles, their contents and the launchd jobs, /Applications first.
+/// `unreadableJobs`: folders and property lists of jobs.
 std::vector<SweepGap> findSweepGaps(const FileSystem& files, const UserEnvironment& user,
                                     const BundleSnapshot& bundles, const std::vector<Path>& unreadableJobs);
 
-/// The gap that a folder or file leaves which cannot be read.
+/// The gap caused by an unreadable folder or file.
 SweepGap gapAt(const FileSystem& files, const UserEnvironment& user, const Path& unreadable);
 
-/// Whether it can be told in spite of the gaps that the item is nobody's.
+/// Whether the item can be judged to have no owner in spite of the gaps.
 bool canJudge(const Path& item, const UserEnvironment& user, const std::vector<SweepGap>& gaps);
 
 } // namespace tidwen

@@ -42,7 +42,7 @@ class SweepState {
     SweepState(const SweepState&) = delete;
     SweepState& operator=(const SweepState&) = delete;
 
-    /// What is shown, of one and the same set of traces.
+    /// What is shown; all of it for the same set of traces.
     struct Snapshot {
         LeftoverTree tree;                                              ///< filtered
         std::array<int, allTraceRisks.size()> riskCounts = {};          ///< of all traces
@@ -51,7 +51,7 @@ class SweepState {
         std::string totalSizeText;
     };
 
-    /// Told whenever `snapshot` became another one.
+    /// Emitted whenever `snapshot` has changed.
     Signal<> changed;
     /// The tree line by line, without what the user has to deal with by hand. Follows before `changed` is
     /// told; what its rows point at lives until the next `changed`.
@@ -64,11 +64,11 @@ class SweepState {
     const std::set<Uuid>& allIDs() const; ///< of the snapshot
     const std::optional<Timestamp>& startedAt() const { return startedAt_; }
 
-    /// A new sweep: what was found before is gone.
+    /// Begins a new sweep; earlier finds are dropped.
     void begin(Timestamp now);
-    /// More finds of the running sweep; what was seen before does not count again.
+    /// Adds finds of the running sweep; repeated ones are ignored.
     void add(const std::vector<Trace>& found);
-    /// The finds of the ended sweep take the place of what was streamed.
+    /// Replaces the streamed finds by those of the finished sweep.
     void finish(SharedTraces traces);
     void finish(std::vector<Trace> traces) { finish(SharedTraces(std::move(traces))); }
     void setFilter(LeftoverFilter filter);
@@ -88,7 +88,7 @@ class SweepState {
     Executor& queue_;
     const Texts& texts_;
     SharedTraces traces_;
-    std::set<std::string> known_; ///< names of what was seen
+    std::set<std::string> known_; ///< names of finds already added
     LeftoverFilter filter_;
     std::optional<Timestamp> startedAt_;
     Snapshot snapshot_;
