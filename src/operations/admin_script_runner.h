@@ -15,7 +15,7 @@
 
 namespace tidwen {
 
-/// Runs root operations as one shell batch behind one authorisation prompt.
+/// Runs root operations as one shell batch with one authorization prompt.
 ///
 /// Before anything runs, every operation is judged: moves by the safety policy, the other kinds by what may
 /// be handed to a tool as root (see tool_arguments.h). What is refused never reaches the batch; a batch of
@@ -26,8 +26,8 @@ class AdminScriptRunner : public PrivilegedRunner {
     using Execute =
         std::function<tl::expected<ProcessResult, AdminScriptRunnerError>(const std::string& script)>;
 
-    /// The way through /usr/bin/osascript. The time includes that which the user takes to answer the prompt.
-    /// `processes` must outlive the function.
+    /// Runs the batch through /usr/bin/osascript. The timeout includes the time the user takes to answer the
+    /// prompt. `processes` must outlive the function.
     static Execute throughOsascript(ProcessRunner& processes,
                                     std::chrono::milliseconds timeout = std::chrono::seconds(600));
 
@@ -37,10 +37,10 @@ class AdminScriptRunner : public PrivilegedRunner {
     bool asksPerRun() const override { return true; }
 
   private:
-    /// The operation as root may do it: a move between where its ends really lie. Or why not.
+    /// The operation as root may run it, a move with both ends resolved; or the reason for a refusal.
     tl::expected<RemovalOperation, Message> judged(RemovalOperation operation) const;
-    /// An item that lies in its new place was moved, whatever became of the answer: the shell may have died
-    /// or the tool complained afterwards. Called failed, it would stand in no manifest and never be put back.
+    /// An item at its destination counts as moved whatever the output says: the shell may have died, or the
+    /// tool failed afterwards. Otherwise it would be missing in the manifest and never be put back.
     OperationResult settled(OperationResult result, const RemovalOperation& operation) const;
     std::vector<OperationResult> runAllowed(const std::vector<RemovalOperation>& operations) const;
 
@@ -48,7 +48,7 @@ class AdminScriptRunner : public PrivilegedRunner {
     const FileSystem& files_;
     UserEnvironment user_;
     PathPolicy
-        policy_; ///< made at the start: a home that is exchanged meanwhile must not move what it protects
+        policy_; ///< created at the start: replacing the home meanwhile must not change what is protected
     Log& log_;
 };
 

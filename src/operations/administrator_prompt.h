@@ -9,17 +9,17 @@
 
 namespace tidwen {
 
-/// Why a script gave no output at all.
+/// Why a script gave no output.
 struct AdminScriptRunnerError {
     enum class Kind { scriptFailed, authorizationCancelled, process };
     Kind kind = Kind::scriptFailed;
-    std::string message = {};        ///< of `scriptFailed`
-    ProcessRunnerError process = {}; ///< of `process`
+    std::string message = {};        ///< for `scriptFailed`
+    ProcessRunnerError process = {}; ///< for `process`
     Message describe() const;
 };
 
-/// Runs a shell script as root through /usr/bin/osascript, behind the system's own prompt. `timeout` includes
-/// the time that the user takes to answer it. A script that ended with a status of its own is an answer.
+/// Runs a shell script as root through /usr/bin/osascript, with the system's own prompt. `timeout` includes
+/// the time the user takes to answer it. A script that ended with a nonzero status is a result, not an error.
 tl::expected<ProcessResult, AdminScriptRunnerError>
 runAsAdministrator(ProcessRunner& processes, const std::string& script, std::chrono::milliseconds timeout);
 

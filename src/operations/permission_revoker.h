@@ -10,18 +10,18 @@
 
 namespace tidwen {
 
-/// Why a permission was not taken back.
+/// Why a permission could not be revoked.
 struct PermissionRevokerError {
     enum class Kind { failed, refused, authorizationCancelled, process };
     Kind kind = Kind::failed;
-    std::string text;           ///< of `failed`: what the tool said; of `refused`: the key of the reason
-    ProcessRunnerError process; ///< of `process`
+    std::string text;           ///< for `failed`: the tool's output; for `refused`: the key of the reason
+    ProcessRunnerError process; ///< for `process`
 
-    /// Nothing for a dismissed prompt, which is silent everywhere.
+    /// nullopt for a dismissed prompt, which is never reported.
     std::optional<Message> describe() const;
 };
 
-/// Takes one privacy permission of one application back. Blocks; call it off the main thread.
+/// Revokes one privacy permission of one application. Blocks; not for the main thread.
 class PermissionRevoker {
   public:
     virtual ~PermissionRevoker() = default;
@@ -29,7 +29,7 @@ class PermissionRevoker {
                                                               const std::string& bundleID) = 0;
 };
 
-/// On the running Mac, through /usr/bin/tccutil; a permission of the system's database needs an
+/// On the running Mac, through /usr/bin/tccutil; permissions in the system's database require an
 /// administrator.
 class ToolPermissionRevoker : public PermissionRevoker {
   public:
@@ -41,7 +41,7 @@ class ToolPermissionRevoker : public PermissionRevoker {
     ProcessRunner& processes_;
 };
 
-/// A service as tccutil names it: "Camera" for "kTCCServiceCamera".
+/// A service as named by tccutil: "Camera" for "kTCCServiceCamera".
 std::string shortServiceName(const std::string& service);
 
 } // namespace tidwen

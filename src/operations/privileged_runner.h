@@ -8,7 +8,7 @@
 
 namespace tidwen {
 
-/// How one operation of a removal went.
+/// The result of one operation of a removal.
 struct OperationResult {
     int operationID = 0;
     bool succeeded = false;
@@ -20,14 +20,14 @@ struct OperationResult {
     static OperationResult failure(int id, Message reason) { return {id, false, std::move(reason)}; }
 };
 
-/// Carries out operations. Never fails as a whole: every problem, a dismissed authorisation prompt included,
-/// is the result of the operations it concerns. Blocks; call it off the main thread.
+/// Runs operations. Never fails as a whole: every problem, including a dismissed authorization prompt, is a
+/// result of the operations concerned. Blocks; not for the main thread.
 class PrivilegedRunner {
   public:
     virtual ~PrivilegedRunner() = default;
-    /// Exactly one result per operation, in their order.
+    /// Returns exactly one result per operation, in order.
     virtual std::vector<OperationResult> run(const std::vector<RemovalOperation>& operations) = 0;
-    /// Each call may ask for a password, so all operations belong into one.
+    /// Each call may ask for a password, so pass all operations in one call.
     virtual bool asksPerRun() const { return false; }
 };
 

@@ -10,11 +10,12 @@
 
 namespace tidwen {
 
-/// `uninstall`: everything found goes. `reset`: the application and its receipts stay, only its data goes.
+/// `uninstall` removes everything found. `reset` keeps the application and its receipts and removes only its
+/// data.
 enum class RemovalMode { uninstall, reset };
 std::string_view name(RemovalMode mode);
 
-/// What one step does.
+/// The kinds of step.
 namespace operation {
 struct QuitApplication {
     std::string bundleID;
@@ -44,33 +45,33 @@ struct DeleteKeychainItem {
     bool isSystemKeychain = false;
     friend bool operator==(const DeleteKeychainItem&, const DeleteKeychainItem&) = default;
 };
-struct UnregisterApp { ///< drop the bundle from the Launch Services database
+struct UnregisterApp { ///< remove the bundle from the Launch Services database
     Path bundleURL;
     friend bool operator==(const UnregisterApp&, const UnregisterApp&) = default;
 };
-struct FlushPreferences { ///< make the preference daemon drop its cached values
+struct FlushPreferences { ///< make the preference daemon discard its cached values
     friend bool operator==(const FlushPreferences&, const FlushPreferences&) = default;
 };
 } // namespace operation
 
-/// One concrete step of a removal or an undo.
+/// One step of a removal or an undo.
 struct RemovalOperation {
     using Kind = std::variant<operation::QuitApplication, operation::ResetPermissions, operation::Bootout,
                               operation::Bootstrap, operation::Move, operation::DeleteKeychainItem,
                               operation::UnregisterApp, operation::FlushPreferences>;
 
-    int id = 0; ///< unique in its plan, from 1 in plan order
+    int id = 0; ///< unique within its plan, from 1 in plan order
     Kind kind;
-    bool requiresRoot = false; ///< goes into the administrator batch
+    bool requiresRoot = false; ///< runs in the administrator batch
     Reversibility reversibility = Reversibility::reversible;
     std::string displayName;
-    Uuid traceID = Uuid::random(); ///< of the trace it comes from, else fresh
+    Uuid traceID = Uuid::random(); ///< of its trace, otherwise new
     std::string bundleID;          ///< of the application it serves
 
     friend bool operator==(const RemovalOperation&, const RemovalOperation&) = default;
 };
 
-/// "move", "bootout" …: the kind's name in JSON.
+/// "move", "bootout" …: the name of the kind in JSON.
 std::string_view kindName(const RemovalOperation::Kind& kind);
 
 } // namespace tidwen

@@ -10,16 +10,16 @@
 
 namespace tidwen {
 
-/// Why nothing is moved any more: the run's folder was moved or deleted in the middle of the run.
+/// Why no further move is made: the run's folder was moved or deleted during the run.
 inline constexpr const char* quarantineGoneKey = "failure.quarantineGone";
 
-/// It goes into the folder of a run that is not there any more.
+/// The destination is in the folder of a run that no longer exists.
 bool hasLostRunFolder(const JudgedMove& move, const FileSystem& files, const PathPolicy& policy);
 
-/// Judges a move by the safety policy, creates the destination's parents, though never the folder of a run,
-/// and moves, never overwriting. The move is made along the resolved parents that were judged, so a parent
-/// that becomes a link in between makes it fail instead of leading elsewhere. Gives the reason when it did
-/// not happen; then nothing moved.
+/// Checks a move against the safety policy, creates the destination's parents, but never the folder of a run,
+/// and moves without overwriting. The move uses the resolved parents that were checked, so a parent that
+/// becomes a link meanwhile makes it fail instead of redirecting it. Returns the reason on failure; nothing
+/// is moved then.
 std::optional<Message> screenedMove(const operation::Move& move, FileSystem& files, const PathPolicy& policy,
                                     Log& log);
 

@@ -8,28 +8,28 @@
 
 namespace tidwen {
 
-/// What a step that was not begun fails with, because somebody asked to stop.
+/// The failure of a step that was not begun because the user asked to stop.
 inline constexpr const char* stoppedKey = "failure.stopped";
-/// The kind of a step that is a whole batch behind one password prompt.
+/// The kind of a step that is a whole batch with one password prompt.
 inline constexpr std::string_view administratorStep = "administrator";
-/// The kind of what follows the last step.
+/// The kind of the work after the last step.
 inline constexpr std::string_view finishingStep = "finish";
 
 bool wasNotBegun(const OperationResult& result);
 
-/// Numbers the steps of a removal or an undo as they begin, and tells of each.
+/// Numbers the steps of a removal or an undo as they begin, and reports each.
 class StepCounter {
   public:
-    /// The control outlives it.
+    /// The control must outlive it.
     explicit StepCounter(const StepControl& control) : control_(control) {}
 
     void expect(std::size_t total) { progress_.total = total; }
     bool isStopped() const { return control_.isStopped(); }
-    /// `count`: of the steps that are one; it bears the number of the last of them.
+    /// `count`: number of steps in the batch; it is reported with the number of the last one.
     void begin(std::string_view kind, std::string item, std::size_t count = 1);
-    /// Of the step that began last.
+    /// For the step that began last.
     void tellCopied(std::uint64_t bytes);
-    /// The last of them has ended, if any began; what follows is book-keeping.
+    /// The last step has ended, if any began; only bookkeeping follows.
     void finish();
 
   private:
@@ -38,9 +38,9 @@ class StepCounter {
     std::size_t begun_ = 0;
 };
 
-/// Hands operations to their runner one by one, or all at once where each call asks for a password, and tells
-/// of what begins. Once it is asked to stop, none that has not begun is: these fail with `stoppedKey`. What
-/// runs behind a password prompt cannot be stopped any more.
+/// Passes operations to the runner one by one, or all at once where each call asks for a password, and
+/// reports each step as it begins. After a stop is requested no further step begins: the rest fails with
+/// `stoppedKey`. A batch behind a password prompt cannot be stopped once it runs.
 std::vector<OperationResult> runStepwise(PrivilegedRunner& runner,
                                          const std::vector<RemovalOperation>& operations, StepCounter& steps);
 

@@ -8,11 +8,11 @@
 
 namespace tidwen {
 
-/// launchd on the running Mac, through /bin/launchctl (at most 10 seconds for a question, 30 for a switch). A
-/// job of the system domain is switched behind an administrator prompt.
+/// launchd on the running Mac, through /bin/launchctl (timeout 10 seconds for a query, 30 for a change).
+/// Changing a job of the system domain shows an administrator prompt.
 class ToolLaunchd : public Launchd {
   public:
-    /// `userID` names the user's session.
+    /// `userID` identifies the user's session.
     ToolLaunchd(ProcessRunner& processes, std::uint32_t userID) : processes_(processes), userID_(userID) {}
     std::map<std::string, bool> disabledOverrides(bool isSystemDomain) const override;
     tl::expected<void, LaunchdError> setEnabled(bool on, const std::string& label, const Path& plist,
@@ -25,8 +25,8 @@ class ToolLaunchd : public Launchd {
     std::uint32_t userID_;
 };
 
-/// Label → switched off, from the output of "launchctl print-disabled". macOS 12 and older say true and
-/// false, newer ones disabled and enabled; lines with any other value belong to another list.
+/// Label → disabled, from the output of "launchctl print-disabled". macOS 12 and older print true and false,
+/// newer versions disabled and enabled; lines with any other value belong to another list.
 std::map<std::string, bool> parseDisabledServices(std::string_view output);
 
 } // namespace tidwen

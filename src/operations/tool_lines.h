@@ -6,8 +6,8 @@
 
 namespace tidwen {
 
-/// The lines of a tool's output, split at line feeds alone: a file name may hold a carriage return. Empty
-/// lines are left out.
+/// Splits a tool's output at line feeds only, because a file name may contain a carriage return. Empty lines
+/// are left out.
 inline std::vector<std::string_view> linesOf(std::string_view output) {
     std::vector<std::string_view> lines;
     while (!output.empty()) {

@@ -1,7 +1,7 @@
 #pragma once
 
-/// Where macOS keeps the tools that Tidwen starts. Always absolute: no search path has a say. (The
-/// administrator batch spells its tools out, because its text is a contract of its own.)
+/// The macOS tools that Tidwen runs. Always absolute, so no search path is used. (The administrator batch has
+/// its own literal paths, because its exact text is tested.)
 namespace tidwen::toolPaths {
 
 inline constexpr const char* osascript = "/usr/bin/osascript";

@@ -7,7 +7,7 @@
 
 namespace tidwen {
 
-/// Receipts of the running Mac, asked of /usr/sbin/pkgutil.
+/// Receipts of the running Mac, through /usr/sbin/pkgutil.
 class ToolReceipts : public Receipts {
   public:
     explicit ToolReceipts(ProcessRunner& processes) : processes_(processes) {}
@@ -18,7 +18,7 @@ class ToolReceipts : public Receipts {
     ProcessRunner& processes_;
 };
 
-/// Volume and location of "pkgutil --pkg-info-plist" output joined; nothing when it is not that.
+/// Volume and location from the output of "pkgutil --pkg-info-plist", joined; nullopt for other output.
 std::optional<Path> parsePackageInstallBase(std::string_view propertyList);
 
 } // namespace tidwen

@@ -7,7 +7,7 @@
 
 namespace tidwen {
 
-/// System extensions of the running Mac, asked of /usr/bin/systemextensionsctl (at most 20 seconds).
+/// System extensions of the running Mac, through /usr/bin/systemextensionsctl (timeout 20 seconds).
 class ToolSystemExtensions : public SystemExtensions {
   public:
     explicit ToolSystemExtensions(ProcessRunner& processes) : processes_(processes) {}

@@ -11,7 +11,7 @@
 
 namespace tidwen {
 
-/// Carries out operations one by one in the user's own rights on the running Mac.
+/// Runs operations one by one with the user's own rights on the running Mac.
 class UserScopeRunner : public PrivilegedRunner {
   public:
     struct Ports {
@@ -30,7 +30,7 @@ class UserScopeRunner : public PrivilegedRunner {
     Ports ports_;
     UserEnvironment user_;
     PathPolicy
-        policy_; ///< made at the start: a home that is exchanged meanwhile must not move what it protects
+        policy_; ///< created at the start: replacing the home meanwhile must not change what is protected
 };
 
 } // namespace tidwen
