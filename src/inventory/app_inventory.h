@@ -19,10 +19,10 @@
 
 namespace tidwen {
 
-/// The applications that are installed, with what the home grid shows of each.
+/// The installed applications with what the home grid shows of each.
 ///
-/// Bundles are read by several threads at once and handed over in one order, so a list can be shown while it
-/// grows. An application that moves or vanishes meanwhile is left out. Calls block; any thread, one at a
+/// Several threads read bundles, but results are delivered in a fixed order, so a list can be shown while it
+/// grows. An application that moves or disappears meanwhile is left out. Calls block; any thread, one at a
 /// time.
 class AppInventory {
   public:
@@ -34,28 +34,28 @@ class AppInventory {
     using OnApp = std::function<void(const InstalledApp&)>;
     using OnSize = std::function<void(const InstalledApp&)>;
 
-    /// `memory`: where sizes and last use are kept between starts.
+    /// `memory`: where sizes and last use are stored between launches.
     AppInventory(Ports ports, UserEnvironment user, std::optional<KnownAppsFile> memory = std::nullopt)
         : ports_(ports), user_(std::move(user)), memory_(std::move(memory)) {}
 
-    /// Every application with its usage and resident helper, sorted by name as `locale` orders it; sizes
-    /// known from before are filled in. `onApp` is called from one thread at a time, in the order of the
-    /// bundles' paths, as soon as a bundle is read: its usage is then what was known before, and its helper
-    /// is not looked for yet. Ends early, with what it has, when `stop` asks for it.
+    /// Every application with its usage and resident helper, sorted by name in the order of `locale`; known
+    /// sizes are filled in. Calls `onApp` as soon as a bundle is read, one call at a time, in order of the
+    /// bundles' paths: its usage is then the stored one, and its helper is not yet determined. Returns early
+    /// with partial results when `stop` asks for it.
     std::vector<InstalledApp> build(const StopToken& stop = {}, const OnApp& onApp = {},
                                     const std::string& locale = "en");
 
-    /// Files and folders that the last `build` did not read, because the disk holds too much to read.
+    /// Files and folders that the last `build` did not read because its budget was exhausted.
     std::uint64_t leftOut() const { return leftOut_; }
 
-    /// Folders that the last `build` could not list; they may hold more applications.
+    /// Folders that the last `build` could not list; they may contain more applications.
     const std::vector<Path>& unreadable() const { return unreadable_; }
 
     /// Measures the bundles whose size is not known or whose content changed. `onSize` gets each that was
     /// measured, from any thread, one call at a time. What was found out is kept for the next start.
     void measure(std::vector<InstalledApp>& apps, const StopToken& stop = {}, const OnSize& onSize = {});
 
-    /// Which of the applications run now, by identifier.
+    /// Identifiers of the applications that are running.
     std::set<std::string> running(const std::vector<InstalledApp>& apps) const;
 
   private:

@@ -18,10 +18,10 @@
 
 namespace tidwen {
 
-/// One line of the home grid: a heading, or an application below it.
+/// One row of the home grid: a heading, or an application below it.
 struct HomeRow {
-    std::string groupID;             ///< of the heading; `homeGroupTitle` gives its words
-    std::optional<InstalledApp> app; ///< nothing: the heading itself
+    std::string groupID;             ///< of the heading; see `homeGroupTitle`
+    std::optional<InstalledApp> app; ///< nullopt for a heading
     bool isProtected = false;
     std::vector<std::string> tags = {};
     std::size_t count = 0; ///< of a heading: applications below it
@@ -33,29 +33,29 @@ struct HomeRow {
     friend bool operator==(const HomeRow&, const HomeRow&) = default;
 };
 
-/// The home grid while it is filled, arranged and looked at: what is installed comes in as it is found, names
-/// first, then last use, then sizes. Belongs to the main thread; the disk is read in the background.
+/// The home grid while it is loaded and arranged: applications arrive as they are found, first their names,
+/// then last use, then sizes. Main thread only; the disk is read in the background.
 class HomeGridModel {
   public:
     struct Ports {
-        AppInventory& inventory; ///< used by this model alone
+        AppInventory& inventory; ///< used by this model only
         AppPreferences& preferences;
         AppTags& tags;
         ProtectedApps& protectedApps;
-        const Texts& texts; ///< orders headings; call `arrange` when they are in another language
+        const Texts& texts; ///< orders headings; call `arrange` after a change of language
         const Clock& clock;
         Executor& main;
         Executor& background;
     };
 
     enum class Phase {
-        idle,      ///< nothing was looked for yet, or a look was called off before all were there
+        idle,      ///< not loaded yet, or a load was cancelled before all applications arrived
         listing,   ///< applications are coming in
-        measuring, ///< all are there, sizes are coming in
+        measuring, ///< all applications have arrived, sizes are arriving
         ready,
     };
 
-    /// What is there, whatever the filter shows.
+    /// Everything loaded, regardless of the filter.
     struct Inventory {
         std::size_t count = 0;
         ByteSum size = {};                 ///< of those whose size is known
@@ -64,7 +64,8 @@ class HomeGridModel {
         friend bool operator==(const Inventory&, const Inventory&) = default;
     };
 
-    /// Groups and sorts as the preferences say, and follows them, the tags and the protected applications.
+    /// Groups and sorts by the preferences and follows changes of preferences, tags and protected
+    /// applications.
     explicit HomeGridModel(Ports ports);
     ~HomeGridModel();
     HomeGridModel(const HomeGridModel&) = delete;
@@ -74,17 +75,17 @@ class HomeGridModel {
     Property<Inventory> inventory;
     ObservableList<HomeRow> rows;
 
-    /// Looks again; what is shown stays until it is found to be gone. Ends a look that is going on, whose
-    /// `done` is called with that of this one.
+    /// Loads again; applications stay visible until they are found to be gone. Ends a load in progress, whose
+    /// `done` is called together with this one's.
     void load(std::function<void()> done = {});
-    /// Ends a look; what was found stays. Its `done` is called.
+    /// Ends a load and calls its `done`; what was found stays.
     void cancel();
-    /// Asks again who runs. No row moves.
+    /// Updates which applications are running. Moves no row.
     void refreshRunning(std::function<void()> done = {});
 
     const HomeGridOptions& options() const { return options_; }
     void setOptions(HomeGridOptions options);
-    /// Puts every row where it belongs by now: sizes that come in move nothing by themselves.
+    /// Sorts every row by its present values: arriving sizes move nothing by themselves.
     void arrange();
 
     const std::vector<InstalledApp>& apps() const { return apps_; }
@@ -102,13 +103,13 @@ class HomeGridModel {
     Ports ports_;
     HomeGridOptions options_;
     std::vector<InstalledApp> apps_;
-    std::vector<std::function<void()>> done_; ///< of the looks that wait for their end
-    bool isBusy_ = false;                     ///< the inventory is at work
+    std::vector<std::function<void()>> done_; ///< of the loads in progress
+    bool isBusy_ = false;                     ///< the inventory is in use
     bool isAskedAgain_ = false;
     StopSource stop_;
     std::vector<Subscription> following_;
-    std::shared_ptr<bool> run_;                                  ///< of one look: what it streams looks at it
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
+    std::shared_ptr<bool> run_;                                  ///< of one load: checked by what it streams
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< checked by results that arrive late
 };
 
 } // namespace tidwen

@@ -12,19 +12,18 @@
 namespace tidwen {
 
 /// Bundles in /Applications (subfolders to depth 2), the home's Applications, and applications nested in
-/// suites' folders; sorted by path. The Trash and the insides of bundles are not looked at. `unreadable`,
-/// unless null, receives the folders that may hold others.
+/// suites' folders; sorted by path. Excludes the Trash and the insides of bundles. `unreadable`, unless null,
+/// receives the folders that may contain others.
 std::vector<Path> findApplicationBundles(const FileSystem& files, const UserEnvironment& user,
                                          std::vector<Path>* unreadable = nullptr);
 
-/// Name and identifier of each bundle; Apple's own count too, since they own what is theirs. Read in
-/// parallel.
+/// Name and identifier of each bundle, including Apple's, which own their data too. Read in parallel.
 std::vector<InstalledIdentity> readIdentities(const FileSystem& files, const std::vector<Path>& bundles);
 
-/// The same of what one look has read; bundles that it did not see are left out.
+/// The same from one snapshot; bundles it does not contain are left out.
 std::vector<InstalledIdentity> identitiesOf(const BundleSnapshot& snapshot, const std::vector<Path>& bundles);
 
-/// The rows of the inventory, sorted by name as people read it. Refused bundles are left out.
+/// The rows of the inventory, sorted by name in display order. Refused bundles are left out.
 std::vector<InstalledApp> listInstalledApps(const FileSystem& files, const CodeSignatures& signatures,
                                             const std::vector<Path>& bundles);
 

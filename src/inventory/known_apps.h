@@ -14,7 +14,7 @@
 
 namespace tidwen {
 
-/// What took long to find out about an application, and holds as long as its bundle does not change.
+/// What is expensive to determine about an application and stays valid while its bundle does not change.
 struct KnownApp {
     std::int64_t changed = 0;           ///< the bundle's date then, in nanoseconds since 1970
     std::optional<std::int64_t> bytes;  ///< on the disk
@@ -30,15 +30,15 @@ using KnownApps = std::map<Path, KnownApp>;
 class KnownAppsFile {
   public:
     static constexpr std::size_t maxBytes = 8u << 20;
-    static constexpr std::size_t maxApps = 10'000; ///< of one Mac; the rest is found out anew
-    static constexpr std::size_t maxMacs = 8;      ///< those that were looked at last
+    static constexpr std::size_t maxApps = 10'000; ///< of one Mac; others are determined again
+    static constexpr std::size_t maxMacs = 8;      ///< the most recently used ones
 
-    /// `mac` tells this Mac and its user from others in the same file.
+    /// `mac` identifies this Mac and its user in the file.
     KnownAppsFile(const std::filesystem::path& file, std::string mac) : file_(file), mac_(std::move(mac)) {}
 
-    /// Nothing of a file that is missing, damaged or larger than its bound.
+    /// Empty when the file is missing, damaged or too large.
     KnownApps read() const;
-    /// False when it could not be written, or another process holds the file.
+    /// False when it could not be written, or another process has it locked.
     bool store(const KnownApps& apps) const;
 
   private:

@@ -10,13 +10,13 @@
 
 namespace tidwen {
 
-/// Finds out when an application was last used: the date that the system keeps on the bundle, else the newest
-/// of what the application itself wrote into the user's Library, else nothing.
+/// Determines when an application was last used: the date that the system stores on the bundle, else that of
+/// the newest file the application wrote to the user's Library, else none.
 AppUsage probeUsage(const FileSystem& files, const RunningApplications& running, const UserEnvironment& user,
                     const InstalledApp& app);
 
-/// The date in an extended attribute "com.apple.lastuseddate#PS": 16 bytes, little-endian, seconds and
-/// nanoseconds since 1970. Nothing for another length or a date that no file system holds.
+/// Parses the extended attribute "com.apple.lastuseddate#PS": 16 bytes, little-endian, seconds and
+/// nanoseconds since 1970. nullopt for another length or a date outside any file system's range.
 std::optional<Timestamp> parseLastUsedDate(std::string_view attribute);
 
 } // namespace tidwen
