@@ -10,14 +10,14 @@
 
 namespace tidwen {
 
-// The user's settings: their values, the texts that they are stored as, and how people name them.
+// The user's settings: values, stored texts and names for people.
 
 enum class HomeGrouping { lastUsed, category, tag, none };
 enum class HomeSort { automatic, name, size, lastUsed };
 enum class UnusedThreshold { oneMonth, threeMonths, sixMonths, twelveMonths };
 enum class QuarantineRetention { never, sevenDays, thirtyDays, ninetyDays };
 
-// The raw texts under which the settings are stored; an unknown text stands for the default.
+// The texts under which the settings are stored; an unknown text means the default.
 HomeGrouping homeGrouping(std::string_view raw);
 HomeSort homeSort(std::string_view raw);
 UnusedThreshold unusedThreshold(std::string_view raw);
@@ -25,26 +25,26 @@ QuarantineRetention quarantineRetention(std::string_view raw);
 
 /// Days without use after which an application counts as unused.
 int days(UnusedThreshold threshold);
-/// Days that quarantined items are kept; 0 for ever.
+/// Days that quarantined items are kept; 0 means forever.
 int days(QuarantineRetention retention);
 
 /// One setting as people name, read and change it.
 struct PreferenceDescription {
     std::string_view name;                     ///< "quarantineRetention"
     std::string_view key;                      ///< "tidwen.quarantineRetention"
-    std::string_view fallback;                 ///< raw text of the default; "false" or "true" for switches
-    std::vector<std::string_view> values = {}; ///< what may be chosen, besides a language; empty: any text
+    std::string_view fallback;                 ///< stored text of the default; "false" or "true" for switches
+    std::vector<std::string_view> values = {}; ///< allowed values, besides a language; empty: any text
     bool isSwitch = false;
 };
 
 /// The settings that `AppPreferences` keeps, in the order of the settings screen.
 const std::vector<PreferenceDescription>& preferenceDescriptions();
 
-/// The user's settings: read once, published, written when they change. Enumerated ones are kept as their raw
-/// texts, so that a value of a newer version survives. Belongs to the main thread.
+/// The user's settings: read once, published, written when they change. Enumerated values keep their stored
+/// text, so that a value of a newer version is not lost. Main thread only.
 class AppPreferences {
   public:
-    /// `languages`: those that the program speaks, which `set` takes besides "system".
+    /// `languages`: the translations available, which `set` accepts besides "system".
     explicit AppPreferences(Defaults& defaults, std::vector<std::string> languages = {});
 
     Property<std::string> language;
@@ -56,15 +56,16 @@ class AppPreferences {
     Property<bool> catchTrashedApps;
     Property<bool> hasCompletedOnboarding;
     Property<bool> checksForUpdates;
-    Property<std::string> updateFeed; ///< address of another feed than the program's own; empty: its own
+    Property<std::string>
+        updateFeed; ///< address of a feed to use instead of the built-in one; empty: built-in
 
-    /// Reads everything again, after another process changed the settings. Only what differs is published.
+    /// Reads everything again after another process changed the settings. Publishes only differences.
     void reload();
 
-    /// By name, as the terminal gives and takes settings. `set` refuses an unknown name or value.
+    /// By name, for the terminal. `set` refuses an unknown name or value.
     std::optional<std::string> get(std::string_view name) const;
     bool set(std::string_view name, std::string_view value);
-    /// What a setting may be; empty: any text.
+    /// The allowed values of a setting; empty: any text.
     std::vector<std::string> values(const PreferenceDescription& description) const;
 
   private:
@@ -81,7 +82,7 @@ class AppPreferences {
 
     Defaults& defaults_;
     std::vector<std::string> languages_;
-    bool reloading_ = false; ///< what was just read need not be written
+    bool reloading_ = false; ///< values just read need not be written
     std::vector<Subscription> writers_;
 };
 

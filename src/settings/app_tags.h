@@ -15,10 +15,10 @@
 
 namespace tidwen {
 
-/// The user's own tags on applications. Belongs to the main thread.
+/// The user's own tags on applications. Main thread only.
 ///
-/// Tag names are trimmed, never empty, at most 64 characters, and two that differ in letter case only are
-/// one. So are identifiers.
+/// Tag names are trimmed, never empty, at most 64 characters, and compared without regard to letter case;
+/// identifiers as well.
 class AppTags {
   public:
     static constexpr const char* defaultsKey = "tidwen.appTags";
@@ -38,15 +38,15 @@ class AppTags {
     enum class Refusal { unusableName, thereAlready, notThere, notStored };
     using Result = tl::expected<void, Refusal>;
 
-    /// Each stores at once.
+    /// Each change is stored at once.
     Result add(const std::string& bundleID, const std::string& tag);
     Result remove(const std::string& bundleID, const std::string& tag);
-    /// Renames everywhere; a name in use joins the two.
+    /// Renames the tag everywhere; if the new name is in use, the two are merged.
     Result rename(const std::string& tag, const std::string& newName);
-    /// Takes the tag off every application.
+    /// Removes the tag from every application.
     Result erase(const std::string& tag);
 
-    /// Reads everything again, after another process changed it.
+    /// Reads everything again after another process changed it.
     void reload();
 
     Signal<> changed;
@@ -57,7 +57,7 @@ class AppTags {
     static Store read(const std::optional<PropertyListValue>& stored);
     static std::vector<std::string> all(const Store& store);
     static std::string spelling(const std::string& tag, const Store& store);
-    /// `unchanged` is the refusal when the edit leaves everything as it is.
+    /// Returns `unchanged` when the edit changes nothing.
     Result change(Refusal unchanged, const std::function<void(Store&)>& edit);
     void show(Store store);
 

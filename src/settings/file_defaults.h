@@ -11,15 +11,15 @@ namespace tidwen {
 
 /// Settings in one property list of this machine's user, for systems without a defaults database.
 ///
-/// Several processes may share the file: it is read again when it changed on the disk, without waiting for
-/// anybody, and a value is set on top of what stands there, under a lock ("<name>.lock" beside it). A crash
-/// leaves the old file or the new one. A file that cannot be read or is no dictionary is left alone: nothing
-/// can be set until somebody has mended it or moved it away, because what it protects would be forgotten.
-/// May be used from any thread.
+/// Several processes may share the file: it is read again when it has changed on disk, without waiting for a
+/// lock, and a value is merged into the present content under a lock ("<name>.lock" beside it). After a crash
+/// the file is the old or the new one. A file that cannot be read or is not a dictionary is left alone:
+/// nothing can be set until someone repairs or moves it, because what it protects would be forgotten.
+/// Thread-safe.
 class FileDefaults : public Defaults {
   public:
-    /// `folders`: of this machine ("/" is its root); without them `watch` tells of nothing.
-    /// `patience`: how long a change waits for another process that is writing.
+    /// `folders`: of this machine ("/" is its root); without it `watch` reports nothing. `patience`: how long
+    /// a change waits for another process that is writing.
     FileDefaults(const std::filesystem::path& file, Log& log, FolderEvents* folders = nullptr,
                  std::chrono::milliseconds patience = SharedFile::usualPatience);
 
@@ -43,7 +43,8 @@ class FileDefaults : public Defaults {
     FolderEvents* folders_;
     std::chrono::milliseconds patience_;
     mutable std::mutex mutex_;
-    mutable tl::expected<SharedFile::Version, SharedFile::Fault> version_; ///< of what `values_` holds
+    mutable tl::expected<SharedFile::Version, SharedFile::Fault>
+        version_; ///< version of the file in `values_`
     mutable PropertyListDictionary values_;
     mutable std::optional<Message> problem_; ///< `values_` is empty then
     Message whyNotStored_{"settings.store.failed"};

@@ -9,11 +9,11 @@
 
 namespace tidwen {
 
-/// More than any user's settings take, in bytes, values and depth.
+/// Limits for a settings file in bytes, values and depth; more than any user needs.
 inline constexpr PropertyListLimits settingsLimits{.bytes = 4u << 20, .nodes = 200'000, .depth = 32};
 
-/// The settings that a file holds, none when it is missing. Otherwise why it cannot be known what is set, and
-/// what helps.
+/// The settings in a file, empty when it is missing. The error says why they are unknown and what the user
+/// can do.
 tl::expected<PropertyListDictionary, Message> readSettings(const SharedFile& file);
 
 /// Why the file could not be replaced, judged by what lies there: it, its lock or its folder belongs to

@@ -16,7 +16,7 @@ namespace tidwen {
 /// answers; nothing here throws but for want of memory.
 class SharedFile {
   public:
-    /// Tells one state of the file from the next.
+    /// Identifies one state of the file.
     struct Version {
         std::uint64_t device = 0;
         std::uint64_t inode = 0;
@@ -26,53 +26,54 @@ class SharedFile {
     };
     enum class Fault {
         missing,
-        linkToNothing, ///< a link that leads to no file: perhaps its disk is away
-        foreignLink, ///< seen by root: the file or a folder above it is somebody's link to what is another's
-        denied,      ///< the file or a folder above it may not be read
+        linkToNothing, ///< a link to a missing file: its disk may not be attached
+        foreignLink,   ///< as root only: the file or a folder above it is another user's link to what is not
+                       ///< theirs
+        denied,        ///< the file or a folder above it is not readable
         tooLarge,
-        unreadable, ///< no plain file, or the disk failed
+        unreadable, ///< not a plain file, or the disk failed
     };
 
     enum class Links { followed, kept };
 
-    /// A linked file is replaced where the link leads, unless `links` says that the link itself is.
+    /// The target of a link is replaced, unless `links` says to replace the link itself.
     explicit SharedFile(const std::filesystem::path& path, Links links = Links::followed);
 
     const std::filesystem::path& path() const { return path_; }
 
     tl::expected<Version, Fault> version() const;
-    /// The whole content, when it is a plain file of at most `maxBytes`. Waits for nobody's lock.
+    /// The whole content of a plain file of at most `maxBytes`. Waits for no lock.
     tl::expected<std::string, Fault> read(std::size_t maxBytes) const;
 
-    /// Writes so that after a crash either the old content or the new is there, readable by its owner alone.
-    /// Call it with the lock held. What root makes, this file, its lock and its folders, belongs to the owner
-    /// of the folder that it is made in.
+    /// Writes so that after a crash the file has either the old or the new content, readable only by its
+    /// owner. Call it with the lock held. What root creates, the file, its lock and its folders, gets the
+    /// owner of its parent folder.
     bool replace(std::string_view content) const;
-    /// Makes the folder of the file (mode 0700) and those above it when they are missing.
+    /// Creates the folder of the file (mode 0700) and missing parents.
     bool makeFolder() const;
 
-    /// How long a writer waits for another process: none holds the lock longer than it takes to write a
-    /// file, so the other one hangs.
+    /// How long a writer waits for another process: a holder needs only the time to write a file, so after
+    /// this it hangs.
     static constexpr std::chrono::milliseconds usualPatience{5000};
 
-    /// While it lives no other process holds the lock of the same file.
+    /// Excludes other processes from the lock of the same file during its lifetime.
     class Lock {
       public:
         Lock(const Lock&) = delete;
         Lock& operator=(const Lock&) = delete;
         bool isHeld() const { return file_.isOpen(); }
-        /// Not held because another process did not give it up; else the folder takes no lock file.
+        /// Not held because another process keeps it; otherwise the folder accepts no lock file.
         bool isBusy() const { return isBusy_; }
 
       private:
         friend class SharedFile;
         Lock(Descriptor file, std::chrono::milliseconds patience);
-        Descriptor file_; ///< the kernel drops the lock with it
+        Descriptor file_; ///< the kernel releases the lock with it
         bool isBusy_ = false;
     };
-    /// Makes the folder of the file when it is missing.
+    /// Creates the folder of the file if it is missing.
     Lock lock(std::chrono::milliseconds patience = usualPatience) const;
-    /// The same by the folder itself, where a lock file would lie in the way of others. Makes nothing.
+    /// Locks the folder itself, for folders where a lock file would disturb others. Creates nothing.
     Lock lockFolder() const;
 
   private:
@@ -80,7 +81,7 @@ class SharedFile {
     std::filesystem::path sibling(const std::string& ending) const;
 
     std::filesystem::path path_;
-    std::filesystem::path given_; ///< `path_` as it was named, perhaps a link
+    std::filesystem::path given_; ///< the path as given, perhaps a link; `path_` is its target
     bool isForeignLink_ = false;
 };
 

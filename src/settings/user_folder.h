@@ -6,13 +6,13 @@
 
 namespace tidwen {
 
-/// What an environment variable says when it is an absolute path, as the XDG base directories ask.
+/// The value of an environment variable if it is an absolute path, as the XDG base directories require.
 std::optional<std::filesystem::path> namedFolder(const char* variable);
 
-/// A folder of this machine's user: the named one, else `fallback` below the user's home.
+/// A folder of this machine's user: that of the variable, else `fallback` below the user's home.
 std::filesystem::path userFolder(const char* variable, std::string_view fallback);
 
-/// The home of whoever runs this program.
+/// The home of the user running this program.
 std::filesystem::path userHome();
 
 } // namespace tidwen
