@@ -7,8 +7,8 @@
 
 namespace tidwen {
 
-/// Asks for a review after the fifth removal without failure, at most once a version. Where nobody would see
-/// it, it waits for the next removal. A new version counts from the start.
+/// Asks for a review after the fifth removal without failure, at most once per version. If no one would see
+/// it, it waits for the next removal. A new version starts counting again.
 class ReviewReminder {
   public:
     static constexpr const char* countKey = "tidwen.removalsSinceReview";
@@ -18,7 +18,7 @@ class ReviewReminder {
     ReviewReminder(Defaults& defaults, ReviewPrompt& prompt, std::string version)
         : defaults_(defaults), prompt_(prompt), version_(std::move(version)) {}
 
-    /// Call it after the report of each removal was shown.
+    /// Call it after the report of each removal has been shown.
     void removalEnded(bool withoutFailure);
 
   private:

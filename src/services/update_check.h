@@ -9,23 +9,23 @@
 
 namespace tidwen {
 
-/// Why the feed told nothing of a newer version.
+/// Why no update information is available.
 enum class UpdateFault {
     switchedOff,
-    noKey,      ///< this build knows no key of the maker, so nothing could be verified
-    noAddress,  ///< neither the user nor this build names a feed
+    noKey,      ///< this build has no public key, so nothing could be verified
+    noAddress,  ///< neither the user nor this build configures a feed
     badAddress, ///< not a plain https address
     unreachable,
     tooLarge,
-    notVerified, ///< not signed by the maker; it was thrown away unread
-    unreadable,  ///< signed, but no feed of this application
+    notVerified, ///< not signed by the vendor; discarded unread
+    unreadable,  ///< signed, but not a feed of this application
 };
 
 struct UpdateError {
     UpdateFault fault;
     std::string detail = {};
 
-    /// Nothing was asked of anybody.
+    /// No request was sent.
     bool isRefusal() const { return fault <= UpdateFault::badAddress; }
     Message message() const;
 
@@ -34,15 +34,15 @@ struct UpdateError {
 
 struct UpdateSettings {
     bool isSwitchedOn = false;
-    std::string address;     ///< the feed; its signature lies at the same address with ".sig" behind it
-    std::string publicKey;   ///< the maker's, 32 bytes in Base64
-    std::string application; ///< whose feed it must be
+    std::string address;     ///< URL of the feed; its signature has the same URL with ".sig" appended
+    std::string publicKey;   ///< the vendor's, 32 bytes in Base64
+    std::string application; ///< the application that the feed must name
     VersionNumber running;
     HostSystem system;
 };
 
-/// Looks for a newer version and only tells of it. Does nothing on its own: somebody must ask each time, and
-/// the user must have switched it on.
+/// Checks for a newer version and only reports it. Never runs by itself: each check is started by a caller,
+/// and the user must have enabled it.
 class UpdateCheck {
   public:
     static constexpr std::size_t maxFeedBytes = 1u << 20;
@@ -51,7 +51,7 @@ class UpdateCheck {
     UpdateCheck(HttpsFetcher& fetcher, Log& log, UpdateSettings settings)
         : fetcher_(fetcher), log_(log), settings_(std::move(settings)) {}
 
-    /// Waits for the network.
+    /// Blocks on the network.
     tl::expected<UpdateAnswer, UpdateError> check();
 
   private:
