@@ -16,9 +16,9 @@
 
 namespace tidwen {
 
-/// Serves the requests that wait in the inbox, and each that comes while this object lives. While nobody can
-/// be served, requests stay where they are, so that not even the end of the program loses one. Belongs to
-/// the main thread; the folder is read on a queue.
+/// Serves the requests waiting in the inbox and those that arrive during its lifetime. While requests cannot
+/// be served they stay in the folder, so that none is lost even if the program ends. Main thread only; the
+/// folder is read on a queue.
 class InboxWatcher {
   public:
     struct Ports {
@@ -28,20 +28,20 @@ class InboxWatcher {
         Executor& queue; ///< serial
         Log& log;
     };
-    /// Gets what `RequestInbox::drain` gives, refusals included, never nothing.
+    /// Receives the result of `RequestInbox::drain`, refusals included; never an empty one.
     using OnRequest = std::function<void(const RequestInbox::Drained&)>;
 
     InboxWatcher(Ports ports, RequestInbox inbox, OnRequest onRequest);
 
-    /// How many requests wait because nobody can be served.
+    /// Number of requests waiting because they cannot be served now.
     Property<std::size_t> waiting;
 
-    /// Creates the folder of the inbox when it is missing, so that it can be watched, and serves what waits
-    /// in it.
+    /// Creates the inbox folder if it is missing, so that it can be watched, and serves what is waiting.
     void start();
-    /// Looks now, without waiting to be told of a change: after this process itself has posted a request.
+    /// Looks now instead of waiting for a change: after this process itself has posted a request.
     void look();
-    /// Whether requests cannot be served: a removal runs, say. Afterwards those that came are.
+    /// Whether requests cannot be served now, for example during a removal. When it ends, waiting ones are
+    /// served.
     void setBusy(bool isBusy);
     /// Is busy from now on whenever `isBusy` says so, which is asked after each `changed`.
     void follow(Signal<>& changed, std::function<bool()> isBusy);
@@ -50,12 +50,12 @@ class InboxWatcher {
   private:
     using FolderIdentity = std::pair<std::uint64_t, std::uint64_t>; ///< device and inode
 
-    /// What one look at the folder, on the queue, found out and did.
+    /// The result of one look at the folder, made on the queue.
     struct Look {
         std::optional<FolderIdentity> folder;
         std::unique_ptr<FolderEvents::Watch> watch; ///< of a folder that was not watched before
         RequestInbox::Drained drained;
-        std::size_t waiting = 0; ///< of requests that were left alone
+        std::size_t waiting = 0; ///< number of requests left in the folder
     };
     struct Looker;
 
@@ -70,10 +70,10 @@ class InboxWatcher {
     bool isBusy_ = false;
     bool isLooking_ = false;
     bool looksAgain_ = false;
-    std::vector<RequestInbox::Drained> held_; ///< taken out of the folder and not served yet
+    std::vector<RequestInbox::Drained> held_; ///< taken from the folder, not yet served
     std::optional<FolderIdentity> watched_;
     std::unique_ptr<FolderEvents::Watch> watch_;
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< checked by results that arrive late
 };
 
 } // namespace tidwen

@@ -9,7 +9,7 @@
 
 namespace tidwen {
 
-/// Whether the user lets this program notify him, as the settings show it. Belongs to the main thread.
+/// Whether the user allows this program to show notifications, for the settings screen. Main thread only.
 class NotificationPermission {
   public:
     NotificationPermission(Notifications& notifications, Executor& main);
@@ -17,14 +17,14 @@ class NotificationPermission {
     Property<NotificationState> state{NotificationState::notAsked};
 
     void refresh();
-    /// Asks the user, once at a time; the answer is published.
+    /// Asks the user; only one request at a time. Publishes the answer.
     void request();
 
   private:
     Notifications& notifications_;
     Executor& main_;
     bool isRequesting_ = false;
-    std::optional<NotificationState> answer_; ///< of a request that was made before
+    std::optional<NotificationState> answer_; ///< of an earlier request
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 

@@ -11,16 +11,15 @@
 
 namespace tidwen {
 
-/// Whether macOS lets this program read what it guards. Found out by opening files that only Full Disk Access
-/// opens.
+/// Whether macOS lets this program read protected files, found by opening files that require Full Disk
+/// Access.
 struct FullDiskAccessProbe {
     enum class Status { granted, denied, indeterminate };
     static Status status(const FileSystem& files, const UserEnvironment& user);
 };
 std::string_view name(FullDiskAccessProbe::Status status);
 
-/// This program's own standing with the system. Belongs to the main thread; files are opened in the
-/// background.
+/// This program's own permissions. Main thread only; files are opened in the background.
 class PermissionsModel {
   public:
     struct Ports {
@@ -39,7 +38,7 @@ class PermissionsModel {
     Property<FullDiskAccessProbe::Status> fullDiskAccess{FullDiskAccessProbe::Status::indeterminate};
     Property<bool> finderExtension{false};
 
-    /// Looks at both again and publishes what changed; the shell calls it while the program is in front.
+    /// Checks both again and publishes changes; the shell calls it while the program is in front.
     void refresh(std::function<void()> done = {});
 
   private:
@@ -48,7 +47,7 @@ class PermissionsModel {
     Ports ports_;
     UserEnvironment user_;
     IsFinderExtensionEnabled isFinderExtensionEnabled_;
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< checked by results that arrive late
 };
 
 } // namespace tidwen

@@ -18,10 +18,10 @@
 
 namespace tidwen {
 
-/// One line of the sheet.
+/// One row of the sheet.
 struct PermissionRow {
     PermissionGrant grant;
-    bool isRevoking = false; ///< a change of its service is in flight
+    bool isRevoking = false; ///< a change of its service is in progress
 
     std::tuple<std::string, PermissionGrant::Scope, bool> key() const {
         return {grant.service, grant.scope, grant.isPathClient};
@@ -29,8 +29,8 @@ struct PermissionRow {
     friend bool operator==(const PermissionRow&, const PermissionRow&) = default;
 };
 
-/// The privacy permissions of one application while somebody looks at them and takes some back. Belongs to
-/// the main thread; the databases are read and changed in the background.
+/// The privacy permissions of one application, for viewing and revoking. Main thread only; the databases are
+/// read and changed in the background.
 class PermissionsSheet {
   public:
     struct Ports {
@@ -42,19 +42,19 @@ class PermissionsSheet {
 
     PermissionsSheet(Ports ports, AppTarget app);
 
-    Property<std::optional<PermissionAudit::Result>> audit; ///< nothing while it is read for the first time
+    Property<std::optional<PermissionAudit::Result>> audit; ///< nullopt during the first read
     Property<std::set<std::string>> revoking;               ///< services that are being revoked
-    Property<std::optional<Message>> errorText;             ///< of the last failure that people are told of
+    Property<std::optional<Message>> errorText;             ///< of the last failure to show
     ObservableList<PermissionRow> rows;                     ///< of both
 
     const AppTarget& app() const { return app_; }
 
     void load(std::function<void()> done = {});
-    /// Takes one back and reads again; ignored while its service is being revoked. A dismissed password
-    /// prompt is no error.
+    /// Revokes one permission and reads again; ignored while its service is being revoked. A dismissed
+    /// password prompt is not an error.
     void revoke(const PermissionGrant& grant, std::function<void()> done = {});
 
-    /// What stands behind a permission ("Limited · For all users"); empty for an ordinary one.
+    /// Details shown after a permission ("Limited · For all users"); empty for an ordinary one.
     static std::string detail(const PermissionGrant& grant, const Texts& texts);
 
   private:
@@ -63,7 +63,7 @@ class PermissionsSheet {
     Ports ports_;
     AppTarget app_;
     std::vector<Subscription> following_;
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< checked by results that arrive late
 };
 
 } // namespace tidwen

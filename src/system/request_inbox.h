@@ -12,78 +12,78 @@
 
 namespace tidwen {
 
-/// The application group that Tidwen's processes share when its bundle names none.
+/// The application group shared by Tidwen's processes when the bundle names none.
 inline constexpr std::string_view tidwenApplicationGroup = "C7RVL2A9TD.com.corvella.tidwen";
 
-/// The bundle that this process runs from, as far as it names the inbox.
+/// What determines the inbox in the bundle that this process runs from.
 struct OwnBundle {
     bool isExtension = false; ///< the bundle's name ends with ".appex"
     std::string group{tidwenApplicationGroup};
     friend bool operator==(const OwnBundle&, const OwnBundle&) = default;
 };
 
-/// Reads the group from the bundle's Info dictionary ("CorvellaAppGroup"): a name that can stand for a
-/// folder.
+/// Reads the group from the bundle's Info dictionary ("CorvellaAppGroup"); it must be usable as a folder
+/// name.
 OwnBundle ownBundle(std::string_view bundlePath, const PropertyListDictionary& info);
 
-/// Asks the running Tidwen to remove applications: what the Finder extension and the Services menu hand over
-/// (docs/file-formats.md, "Uninstall request").
+/// A request to the running Tidwen to remove applications, as posted by the Finder extension and the Services
+/// menu (docs/file-formats.md, "Uninstall request").
 struct UninstallRequest {
     std::vector<std::string> paths; ///< absolute paths of application bundles
     friend bool operator==(const UninstallRequest&, const UninstallRequest&) = default;
 };
 
-/// Nothing when the text is no such request.
+/// nullopt when the text is not such a request.
 std::optional<UninstallRequest> decodeRequest(std::string_view json);
 std::string encode(const UninstallRequest& request);
 
-/// The folder through which other processes of the user hand bundles to the running one. Anybody with the
-/// user's rights can write there, so a request only names what intake will judge, and everything is bounded.
-/// Calls block; any thread.
+/// The folder through which other processes of the user pass bundles to the running Tidwen. Any process with
+/// the user's rights can write there, so a request only names paths that intake will check, and everything is
+/// bounded. Calls block; any thread.
 class RequestInbox {
   public:
-    // More than a person selects in the Finder; what exceeds it is no request of ours.
+    // More than anyone selects in the Finder; a larger file is not a request.
     static constexpr std::size_t maxRequestBytes = 1u << 20;
     static constexpr std::size_t maxPathsPerRequest = 1000;
-    // What is beyond these waits for the next drain.
+    // Requests beyond these limits wait for the next drain.
     static constexpr std::size_t maxRequestsPerDrain = 200;
     static constexpr std::size_t maxPathsPerDrain = 1000;
     static constexpr std::size_t maxBytesPerDrain = 8u << 20;
 
-    /// `container`: the shared folder of the application group; nothing when this process has none.
+    /// `container`: the shared folder of the application group; nullopt when this process has none.
     RequestInbox(FileSystem& files, std::optional<Path> container, Log& log)
         : files_(files), container_(std::move(container)), log_(log) {}
 
-    /// "<home>/Library/Group Containers/<group>", where the system gives no container; an extension, which
-    /// may not go there by itself, then has none.
+    /// "<home>/Library/Group Containers/<group>", for when the system returns no container; nullopt for an
+    /// extension, which may not go there by itself.
     static std::optional<Path> fallbackContainer(const UserEnvironment& user, const OwnBundle& bundle = {});
 
-    /// The folder to watch for new requests; nothing without a container.
+    /// The folder to watch for new requests; nullopt without a container.
     std::optional<Path> folder() const;
 
     /// False when there is no container, it could not be written, or a drain would refuse the request: too
     /// many paths, or one that is not valid UTF-8. `fileName` is one component, without extension.
     bool post(const UninstallRequest& request, const std::string& fileName);
 
-    /// What was taken out of the folder.
+    /// The requests taken out of the folder.
     struct Drained {
-        std::vector<Path> paths;          ///< absolute, without "..", no links, and there; each once
-        std::vector<std::string> refused; ///< the other paths that were asked for, as they were written
-        std::size_t unreadable = 0;       ///< files that held no request, or could not be taken away
-        std::size_t taken = 0;            ///< files that are gone now
-        std::size_t waiting = 0;          ///< requests that are beyond the limits, for the next drain
+        std::vector<Path> paths;          ///< absolute, without "..", no links, existing; without duplicates
+        std::vector<std::string> refused; ///< the other requested paths, as written
+        std::size_t unreadable = 0;       ///< files that were not requests, or could not be removed
+        std::size_t taken = 0;            ///< files removed
+        std::size_t waiting = 0;          ///< requests beyond the limits, for the next drain
 
         bool isEmpty() const { return paths.empty() && refused.empty() && unreadable == 0; }
     };
-    /// Takes the waiting requests, in the order of their names and within the limits, and removes their
-    /// files, whether or not they could be read; pipes, devices and folders are left alone. A `folder` that
-    /// is a link holds no requests.
+    /// Takes the waiting requests in the order of their names, within the limits, and removes their files
+    /// whether or not they could be read; pipes, devices and folders are left alone. A `folder` that is a
+    /// link contains no requests.
     Drained drain();
-    /// How many requests wait, none of them looked at.
+    /// Number of waiting requests, without reading them.
     std::size_t waiting() const;
 
-    /// The file that tells the Finder extension whether to offer its menu entry. False when it
-    /// could not be written or removed.
+    /// The file that tells the Finder extension whether to show its menu item. False when it could not be
+    /// written or removed.
     bool setFinderGate(bool enabled);
 
   private:

@@ -10,7 +10,7 @@
 
 namespace tidwen {
 
-/// A launchd job that can start on its own, and whose it is.
+/// A launchd job that can start on its own, with its owner.
 struct StartupItem {
     struct Plist { ///< a property list in one of the launchd folders
         Path url;
@@ -26,17 +26,18 @@ struct StartupItem {
     struct Owner {
         enum class Kind {
             installed,  ///< belongs to this installed application
-            related,    ///< looks like its vendor's or product's
-            registered, ///< an application of this identifier is known, though not in the inventory
-            program,    ///< no owner found, but the program is on the disk
+            related,    ///< has its vendor's or product's name
+            registered, ///< an application of this identifier is registered, though not in the inventory
+            program,    ///< no owner found, but the program exists
             apple,
-            missing, ///< the application that left it is gone
-            unknown, ///< no owner found, and the label tells nothing, or this disk lacks the program's place
+            missing, ///< its application is gone
+            unknown, ///< no owner found, and the label shows nothing, or this disk lacks the program's
+                     ///< location
         };
         Kind kind = Kind::unknown;
-        std::string name;     ///< of `installed` and `related`: the application's name
-        std::string bundleID; ///< of `installed` and `registered`
-        std::string path;     ///< of `program`
+        std::string name;     ///< for `installed` and `related`: the application's name
+        std::string bundleID; ///< for `installed` and `registered`
+        std::string path;     ///< for `program`
         friend bool operator==(const Owner&, const Owner&) = default;
     };
 
@@ -49,7 +50,7 @@ struct StartupItem {
     /// The property list's path, or the bundle's path, "#" and the label.
     std::string id() const;
     bool isEmbedded() const { return std::holds_alternative<Embedded>(source); }
-    /// The job's own property list; nothing for an embedded job.
+    /// The job's own property list; null for an embedded job.
     const Path* plist() const;
 
     friend bool operator==(const StartupItem&, const StartupItem&) = default;
@@ -57,18 +58,18 @@ struct StartupItem {
 
 std::string_view name(StartupItem::Owner::Kind kind);
 
-/// The three sections that the list is shown in.
+/// The sections in which the list is shown.
 enum class StartupSection { owned, unattributed, orphans };
 StartupSection section(const StartupItem& item);
 
-/// The item is an orphan and names the program that is gone. One that names none may be started by what its
-/// property list does not tell.
+/// The item is an orphan and names a program that is gone. One that names none may be started by something
+/// its property list does not show.
 bool hasLostProgram(const StartupItem& item);
 
 struct StartupScanResult {
-    std::vector<StartupItem> items; ///< orphans first, then by label as people read
-    std::vector<Path> unreadable;   ///< folders of jobs or applications that exist and could not be listed
-    std::uint64_t leftOut = 0;      ///< jobs and folders not read to their end: there is too much to read
+    std::vector<StartupItem> items; ///< orphans first, then by label in display order
+    std::vector<Path> unreadable;   ///< folders of jobs or applications that exist but could not be listed
+    std::uint64_t leftOut = 0;      ///< jobs and folders not read completely because the budget was exhausted
     friend bool operator==(const StartupScanResult&, const StartupScanResult&) = default;
 };
 

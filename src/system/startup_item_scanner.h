@@ -16,7 +16,7 @@
 
 namespace tidwen {
 
-/// Lists every job that can start on its own and says whose it is. Slow; call it off the main thread.
+/// Lists every job that can start on its own with its owner. Slow; not for the main thread.
 class StartupItemScanner {
   public:
     struct Directory {
@@ -24,7 +24,7 @@ class StartupItemScanner {
         bool isSystemDomain = false;
     };
 
-    /// Does the system know an application with this identifier?
+    /// Whether the system knows an application with this identifier.
     using IsRegistered = std::function<bool(const std::string& bundleID)>;
 
     StartupItemScanner(const FileSystem& files, UserEnvironment user, InstalledBundles& installed,
@@ -34,8 +34,8 @@ class StartupItemScanner {
           installed_(installed),
           isRegistered_(std::move(isRegistered)) {}
 
-    /// `apps`: the inventory, whose embedded jobs are listed. A job may be any other bundle's, too. Bounded
-    /// by a budget; when not all owners could be looked at, no job is `missing` its own.
+    /// `apps`: the inventory, whose embedded jobs are listed. Other bundles may own jobs, too. Limited by a
+    /// budget; when not all owners could be examined, no job is reported as `missing` its application.
     /// `locale` orders the labels.
     StartupScanResult scan(const std::vector<InstalledApp>& apps, const std::string& locale = "en") const;
 
@@ -43,7 +43,7 @@ class StartupItemScanner {
                                       const std::vector<InstalledApp>& apps) const;
 
     /// The user's agents, the machine's agents, the machine's daemons. The machine's agents run in each
-    /// user's session, so they are no jobs of the system domain.
+    /// user's session, so they do not belong to the system domain.
     static std::vector<Directory> directories(const UserEnvironment& user);
 
   private:

@@ -21,17 +21,17 @@
 
 namespace tidwen {
 
-/// The switch of one row.
+/// The state of a row's switch.
 enum class SwitchState {
     none, ///< no switch is shown
     on,
     off,
-    switching,      ///< a change is in flight
-    systemSettings, ///< only the user can switch it, in System Settings
+    switching,      ///< a change is in progress
+    systemSettings, ///< only the user can change it, in System Settings
 };
 std::string_view name(SwitchState state);
 
-/// One line of the list of startup items, as it is drawn: whose it is stands in the item.
+/// One row of the list of startup items, ready to draw; the item holds its owner.
 struct StartupItemRow {
     StartupItem item;
     SwitchState switchState = SwitchState::none;
@@ -44,9 +44,8 @@ struct StartupItemRow {
     friend bool operator==(const StartupItemRow&, const StartupItemRow&) = default;
 };
 
-/// Everything a person can do with the jobs that start on their own: look, choose for removal, switch off and
-/// on. Belongs to the main thread; the slow work runs in the background and comes back through the main
-/// executor.
+/// The jobs that start on their own, for viewing, selecting for removal, and enabling or disabling. Main
+/// thread only; slow work runs in the background and returns through the main executor.
 class StartupItemsModel {
   public:
     struct Ports {
@@ -59,7 +58,7 @@ class StartupItemsModel {
         Executor& background;
         Log& log;
     };
-    /// Gives the installed applications; called in the background.
+    /// Returns the installed applications; called in the background.
     using Inventory = std::function<std::vector<InstalledApp>()>;
 
     StartupItemsModel(Ports ports, Inventory inventory);
@@ -70,25 +69,26 @@ class StartupItemsModel {
     Property<StartupScanResult> result;
     Property<bool> isLoading{true};
     Property<std::set<std::string>> selection;    ///< ids
-    Property<std::set<std::string>> disabled;     ///< ids of what is switched off
-    Property<std::set<std::string>> switching;    ///< ids whose switch is being changed
-    Property<std::optional<Message>> toggleError; ///< of the last switch that failed
-    ObservableList<StartupItemRow> rows;          ///< what all of these come to, in the order of the result
+    Property<std::set<std::string>> disabled;     ///< ids of disabled items
+    Property<std::set<std::string>> switching;    ///< ids of items whose state is being changed
+    Property<std::optional<Message>> toggleError; ///< of the last change that failed
+    ObservableList<StartupItemRow>
+        rows; ///< the rows that follow from all of these, in the order of the result
 
-    /// Scans again; `done` is called on the main thread when everything is published. A load that is going
-    /// on serves this call, too.
+    /// Scans again; `done` is called on the main thread when everything is published. A call during a load
+    /// joins it.
     void load(std::function<void()> done = {});
-    /// Asks launchd again what is switched off.
+    /// Asks launchd again which jobs are disabled.
     void refreshDisabled(std::function<void()> done = {});
 
     void toggleSelection(const StartupItem& item);
-    /// Chooses every orphan, or none when all were chosen.
+    /// Selects every orphan, or none if all were selected.
     void toggleSelectAllOrphans();
     std::vector<StartupItem> selectedItems() const;
-    /// The item of this id, else all with this label: several property lists may bear the same.
+    /// The item with this ID, else all with this label: several property lists may have the same one.
     std::vector<const StartupItem*> itemsNamed(const std::string& labelOrID) const;
 
-    /// Switches one job; ignored where there is no switch and while a change of it is in flight.
+    /// Enables or disables one job; ignored where there is no switch and while a change is in progress.
     void setEnabled(const StartupItem& item, bool on, std::function<void()> done = {});
 
     SwitchState switchState(const StartupItem& item) const;
@@ -96,7 +96,7 @@ class StartupItemsModel {
     std::optional<Message> whyNoSwitch(const StartupItem& item) const;
     bool isSelectable(const StartupItem& item) const;
     bool isProtected(const StartupItem& item) const;
-    /// What stands under the label ("Belongs to Marlin Notes"), in the language of now.
+    /// The text under the label ("Belongs to Marlin Notes"), in the present language.
     std::string ownerText(const StartupItem& item) const;
 
   private:
@@ -107,16 +107,16 @@ class StartupItemsModel {
 
     Ports ports_;
     Inventory inventory_;
-    bool isBusy_ = false;                     ///< a load is going on
-    std::vector<std::function<void()>> done_; ///< of the loads that wait for its end
+    bool isBusy_ = false;                     ///< a load is in progress
+    std::vector<std::function<void()>> done_; ///< of the calls that joined the load
     std::vector<Subscription> following_;
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< checked by results that arrive late
 };
 
-/// The trace by which a startup item is removed: its job unloaded and its property list moved.
+/// The trace with which a startup item is removed: its job unloaded and its property list moved.
 std::optional<Trace> startupTrace(const StartupItem& item);
 
-/// Which of the items launchd starts no more: its own word first, else the property list's "Disabled".
+/// The items that launchd does not start: by its own override, else by "Disabled" in the property list.
 std::set<std::string> disabledItems(const std::vector<StartupItem>& items, const Launchd& launchd,
                                     const FileSystem& files);
 

@@ -16,38 +16,38 @@
 
 namespace tidwen {
 
-// Notices applications that the user puts into the Trash and offers to take away what they left behind. These
-// names tie the notification to its action.
+// Detects applications that the user moves to the Trash and offers to remove their leftovers. These names
+// connect the notification with its action.
 
 inline constexpr const char* trashedAppCategory = "tidwen.trashedApp";
 inline constexpr const char* cleanUpAction = "tidwen.trashedApp.cleanUp";
 
-/// An application bundle that lies in the Trash.
+/// An application bundle in the Trash.
 struct TrashedApp {
     Path url;
     std::string name;
     std::string bundleID;
 };
 
-/// What lies under the name of an application in the Trash, as one look saw it.
+/// An item in the Trash with the name of an application, as one look saw it.
 struct TrashedBundle {
     Path url;
-    /// Nothing for what has no identifier, is Apple's, or is this program, and for a link: the application it
-    /// leads to is not in the Trash.
+    /// nullopt for an item without identifier, for Apple's and this program, and for a link: the application
+    /// it leads to is not in the Trash.
     std::optional<TrashedApp> app = {};
-    bool isUnfinished = false; ///< a folder that does not say who it is, or not yet
+    bool isUnfinished = false; ///< a folder without an identity, perhaps because it is still being copied
 
     static TrashedBundle read(const FileSystem& files, const Path& url);
 };
 
-/// Registers this program for the next login, or takes it out. False, with a log line, when that failed.
+/// Registers this program to start at login, or removes it. False, with a log line, on failure.
 bool alignLoginItem(LoginItem& loginItem, bool enabled, Log& log);
 
-/// What tells the user of it.
+/// The notification about it.
 UserNotification trashNotification(const TrashedApp& app, const Texts& texts);
 
-/// Offers to clean up after applications that the user moved to the Trash, while the preference is on.
-/// Belongs to the main thread; one per process.
+/// Offers to remove the leftovers of applications that the user moved to the Trash, while the preference is
+/// on. Main thread only; one per process.
 class TrashCatcher {
   public:
     struct Ports {
@@ -62,7 +62,7 @@ class TrashCatcher {
         Log& log;
     };
 
-    /// What the user chose to clean up.
+    /// What the user chose to remove.
     struct CleanUp {
         std::string path;
         std::optional<std::string> bundleID;
@@ -70,27 +70,27 @@ class TrashCatcher {
 
     TrashCatcher(Ports ports, AppPreferences& preferences, const Path& trash);
 
-    /// Follows the preference from now on. Once per process.
+    /// Follows the preference from now on. Call once per process.
     void install();
 
-    /// Watches or not, and starts this program at login or not. Called by the preference.
+    /// Turns the watch and the start at login on or off. Called when the preference changes.
     void apply(bool enabled);
 
-    /// Watches now, whatever the preference says, until it changes. Changes nothing for the next login.
+    /// Watches now regardless of the preference, until it changes. Does not affect the next login.
     void watchOnce();
 
-    /// Shows the main window; the shell then asks for `takePendingCleanUp`.
+    /// Shows the main window; the shell then calls `takePendingCleanUp`.
     std::function<void()> presentMainWindow;
     std::optional<CleanUp> takePendingCleanUp();
 
-    /// Each application that arrived, notification or not; the terminal prints them.
+    /// Emitted for each application that arrived, with or without a notification; the terminal prints them.
     Signal<const TrashedApp&> found;
 
     NotificationPermission& permission() { return permission_; }
     bool isWatching() const { return watcher_.isWatching(); }
 
   private:
-    /// Reads them on the queue, and tells of them if that is `stillAwaited`.
+    /// Reads them on the queue and reports them if `stillAwaited`.
     void look(
         const std::vector<Path>& bundles, std::function<bool()> stillAwaited = [] { return true; });
     void tell(const std::vector<TrashedBundle>& bundles);
@@ -106,7 +106,7 @@ class TrashCatcher {
     std::optional<CleanUp> pendingCleanUp_;
     std::map<Path, std::unique_ptr<FolderEvents::Watch>> unfinished_; ///< bundles that are still being copied
     Subscription following_;
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< checked by results that arrive late
 };
 
 } // namespace tidwen

@@ -16,11 +16,10 @@
 
 namespace tidwen {
 
-/// Watches the user's Trash for application bundles that arrive there.
+/// Watches the user's Trash for arriving application bundles.
 ///
-/// What was in the Trash when watching started is not new; a bundle that leaves and comes back is. All
-/// looking is done on a queue of its own, one look at a time; `onNewApps` is called through the main
-/// executor.
+/// What was in the Trash when watching started is not new; a bundle that leaves and returns is. All looks run
+/// on a separate queue, one at a time; `onNewApps` is called through the main executor.
 class TrashWatcher {
   public:
     struct Ports {
@@ -38,7 +37,7 @@ class TrashWatcher {
     TrashWatcher(const TrashWatcher&) = delete;
     TrashWatcher& operator=(const TrashWatcher&) = delete;
 
-    /// Does nothing while watching. A Trash that cannot be watched is logged and leaves the watcher stopped.
+    /// Does nothing while watching. If the Trash cannot be watched, logs it and stays stopped.
     void start();
     void stop();
     bool isWatching() const { return watch_ != nullptr; }

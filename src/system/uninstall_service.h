@@ -8,21 +8,22 @@
 
 namespace tidwen {
 
-/// What stands behind the Services menu (`uninstallWithTidwen:userData:error:` on a Mac): hands a selection
-/// over through the inbox, so that a request of one's own is served like anybody else's.
+/// Implements the Services menu item (`uninstallWithTidwen:userData:error:` on a Mac): posts the selection to
+/// the inbox, so that this program's own requests are served like any others.
 class UninstallService {
   public:
     enum class Outcome {
         handedOver,
         noApplication, ///< no bundle in the selection
-        notPosted,     ///< the inbox could not take the request
+        notPosted,     ///< the inbox did not accept the request
     };
 
-    /// `drain` serves the inbox in this process right after a request; without it the one that watches does.
+    /// `drain` serves the inbox in this process right after a request; without it the process that watches
+    /// does.
     UninstallService(RequestInbox& inbox, Log& log, std::function<void()> drain = {})
         : inbox_(inbox), log_(log), drain_(std::move(drain)) {}
 
-    /// Application bundles are told by their extension alone; the rest of the selection is left out.
+    /// Recognizes application bundles by their extension alone; other selected items are ignored.
     Outcome handOver(const std::vector<Path>& selection);
 
   private:
