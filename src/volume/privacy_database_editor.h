@@ -9,9 +9,9 @@
 namespace tidwen {
 
 /// Deletes every row of `client`, or only those of one service ("kTCCServiceCamera"), from table "access" of
-/// a privacy database on a volume. The file is edited in memory and replaced as a whole, its mode and owner
-/// kept; it is left alone when no row is there. A file that does not exist has nothing to delete. Gives the
-/// reason when it could not be done; then it is unchanged.
+/// a privacy database on a volume. Edits the file in memory and replaces it as a whole, keeping mode and
+/// owner; writes nothing if no row matches. A missing file is a success. Returns the reason on failure; the
+/// file is unchanged then.
 std::optional<Message> deletePermissionRows(FileSystem& files, const Path& database,
                                             const std::string& client,
                                             const std::optional<std::string>& service = std::nullopt);

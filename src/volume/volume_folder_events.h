@@ -9,8 +9,7 @@ namespace tidwen {
 
 class RootResolver;
 
-/// Watches folders below a root through the kernel of this machine (inotify). Where there is no such call no
-/// folder can be watched.
+/// Watches folders below a root with this machine's kernel (inotify). Without it, no folder can be watched.
 class VolumeFolderEvents : public FolderEvents {
   public:
     explicit VolumeFolderEvents(const std::filesystem::path& root);
@@ -19,7 +18,7 @@ class VolumeFolderEvents : public FolderEvents {
     std::unique_ptr<Watch> watch(const Path& folder, std::function<void()> changed) override;
 
   private:
-    std::shared_ptr<const RootResolver> resolver_; ///< nothing when the root cannot be opened
+    std::shared_ptr<const RootResolver> resolver_; ///< null when the root cannot be opened
 };
 
 } // namespace tidwen

@@ -6,7 +6,7 @@
 
 namespace tidwen {
 
-/// Takes a permission back by deleting its rows from a volume's privacy database.
+/// Revokes a permission by deleting its rows from a volume's privacy database.
 class VolumePermissionRevoker : public PermissionRevoker {
   public:
     VolumePermissionRevoker(FileSystem& files, const UserEnvironment& user) : files_(files), user_(user) {}

@@ -8,10 +8,10 @@
 
 namespace tidwen {
 
-/// Carries out operations on a volume, user-level and root-level alike. Moves are moves, screened by the
-/// safety policy. No job is loaded there, nothing is registered and no preference is cached, so unloading,
-/// loading, unregistering and flushing succeed with nothing to do. A permission reset deletes the client's
-/// rows from the volume's privacy databases. A keychain deletion fails: it needs the running Mac.
+/// Runs user-level and root-level operations on a volume. Moves are real moves, checked by the safety policy.
+/// On a volume no job is loaded, nothing is registered and no preference is cached, so unloading, loading,
+/// unregistering and flushing succeed without doing anything. A permission reset deletes the client's rows
+/// from the volume's privacy databases. A keychain deletion fails: it requires the running Mac.
 class VolumeRunner : public PrivilegedRunner {
   public:
     VolumeRunner(FileSystem& files, UserEnvironment user, Log& log);
@@ -21,7 +21,7 @@ class VolumeRunner : public PrivilegedRunner {
     FileSystem& files_;
     UserEnvironment user_;
     PathPolicy
-        policy_; ///< made at the start: a home that is exchanged meanwhile must not move what it protects
+        policy_; ///< created at the start: replacing the home meanwhile must not change what is protected
     Log& log_;
 };
 

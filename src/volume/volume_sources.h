@@ -10,7 +10,7 @@
 #include "platform/system_extensions.h"
 #include "platform/user_environment.h"
 
-/// What a running Mac answers through tools, read here from the files in which macOS keeps it.
+/// The ports that a running Mac answers with tools, answered from the files in which macOS stores the data.
 namespace tidwen {
 
 /// "/private/var/db/receipts": one property list and one bill of materials per package.
@@ -39,7 +39,7 @@ class VolumeLaunchd : public Launchd {
   public:
     VolumeLaunchd(FileSystem& files, const UserEnvironment& user) : files_(files), user_(user) {}
     std::map<std::string, bool> disabledOverrides(bool isSystemDomain) const override;
-    /// Writes the override file; nothing is loaded on a volume.
+    /// Writes the override file; no job is loaded on a volume.
     tl::expected<void, LaunchdError> setEnabled(bool on, const std::string& label, const Path& plist,
                                                 bool isSystemDomain) override;
 
@@ -48,7 +48,7 @@ class VolumeLaunchd : public Launchd {
     const UserEnvironment& user_;
 };
 
-/// A keychain's items are encrypted by the running Mac: none can be read here.
+/// A keychain's items are encrypted by the running Mac and cannot be read here.
 class VolumeKeychain : public Keychain {
   public:
     std::vector<KeychainEntry> entries() const override { return {}; }
@@ -62,8 +62,8 @@ class VolumeRunningApplications : public RunningApplications {
     bool quit(const std::string&, std::chrono::milliseconds) override { return true; }
 };
 
-/// The records of Launch Services are made anew by each Mac: here the bundles themselves are all there is,
-/// and whoever asks looks at those first.
+/// Each Mac rebuilds the records of Launch Services; on a volume there are only the bundles themselves, which
+/// callers check first.
 class VolumeKnownApplications : public KnownApplications {
   public:
     bool isKnown(const std::string&) const override { return false; }

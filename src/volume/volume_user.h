@@ -10,7 +10,7 @@
 
 namespace tidwen {
 
-/// Why it is not clear whose leftovers to look for.
+/// Why the user of the volume cannot be determined.
 struct VolumeUserError {
     enum class Kind {
         noHome,
@@ -26,13 +26,12 @@ struct VolumeUserError {
     Path home;                    ///< of those after `severalHomes`
 };
 
-/// The user of a volume: `home` when given, else the one folder of "/Users" that is a user's (not "Shared",
-/// "Guest" or a hidden one; it has a "Library"). A home that is given must be a real folder, reached through
-/// no link and no "..", that lies directly in "/Users" or that a person's account names as its home
-/// ("/private/var/db/dslocal"): what is done in a home is done as if its owner owned all below it. The
-/// per-user cache and temporary folders are the pair under
-/// "/private/var/folders" that belongs to the home's owner. The homes of others are those that the accounts
-/// name, as far as they may be read.
+/// The user of a volume: `home` if given, else the only user folder in "/Users" (not "Shared", "Guest" or a
+/// hidden one; it has a "Library"). A given home must be a real folder, reached without links and "..",
+/// directly in "/Users" or named as home by a person's account ("/private/var/db/dslocal"), because
+/// everything below a home is treated as its owner's. The per-user cache and temporary folders are the pair
+/// under "/private/var/folders" that belongs to the home's owner. Homes of others are those named by the
+/// accounts, as far as they are readable.
 tl::expected<UserEnvironment, VolumeUserError> findVolumeUser(const FileSystem& files,
                                                               const std::optional<Path>& home);
 

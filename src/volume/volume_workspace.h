@@ -7,14 +7,14 @@
 
 namespace tidwen {
 
-/// A volume's items as the desktop of this machine shows them. There is no System Settings that could be
-/// opened for a Mac that does not run.
+/// Shows a volume's items on the desktop of this machine. System Settings cannot be opened for a Mac that is
+/// not running.
 class VolumeWorkspace : public Workspace {
   public:
-    /// Shows an item of this machine, chosen, in its folder.
+    /// Selects an item of this machine in its folder.
     using RevealHere = std::function<Result(const std::filesystem::path&)>;
 
-    /// `folder`: of this machine, which holds the volume.
+    /// `folder`: the folder of this machine that contains the volume.
     VolumeWorkspace(const FileSystem& files, std::filesystem::path folder, RevealHere revealHere)
         : files_(files), folder_(std::move(folder)), revealHere_(std::move(revealHere)) {}
 
