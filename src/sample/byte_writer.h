@@ -8,7 +8,7 @@
 
 namespace tidwen {
 
-/// Puts numbers behind one another as a file format wants them.
+/// Appends numbers in the byte order of a file format.
 class ByteWriter {
   public:
     ByteWriter& byte(std::uint8_t value) { return big(value, 1); }
@@ -24,9 +24,9 @@ class ByteWriter {
         bytes_.append(value);
         return *this;
     }
-    /// The text and a zero byte.
+    /// The text and a NUL byte.
     ByteWriter& terminated(std::string_view value) { return text(value).byte(0); }
-    /// Zero bytes up to `size` bytes in all.
+    /// Appends zero bytes until the total is `size` bytes.
     ByteWriter& padTo(std::size_t size) {
         if (bytes_.size() < size) bytes_.resize(size, '\0');
         return *this;

@@ -3,8 +3,8 @@
 #include <string_view>
 #include <vector>
 
-/// What lies on the sample volume, as tables. Everything in them is invented. Paths are the Mac's; "~" is the
-/// home of the one user.
+/// The contents of the sample volume as tables. All names are invented. Paths are the Mac's; "~" is the home
+/// of the only user.
 namespace tidwen::sample {
 
 inline constexpr std::string_view home = "/Users/alice";
@@ -15,16 +15,16 @@ struct Bundle {
     std::string_view bundleID;
     std::string_view name;
     std::string_view version = "1.0";
-    std::string_view teamID = {};              ///< empty: not signed at all
-    std::vector<std::string_view> groups = {}; ///< application groups of its entitlements
+    std::string_view teamID = {};              ///< empty: not signed
+    std::vector<std::string_view> groups = {}; ///< application groups in its entitlements
     int kilobytes = 24;                        ///< of resources
-    std::string_view category = {};            ///< "productivity", less the constant prefix
+    std::string_view category = {};            ///< "productivity", without the constant prefix
     bool isBackgroundAgent = false;
     bool hasBinaryInfo = false;
     bool isUniversal = false;
 };
 
-/// A file, or with a trailing slash an empty folder. The kind of content follows from the extension.
+/// A file, or with a trailing slash an empty folder. Its extension determines the kind of content.
 struct Item {
     std::string_view path;
     int kilobytes = 1;
@@ -35,22 +35,22 @@ struct Link {
     std::string_view target;
 };
 
-/// A sandbox or group container, known by its metadata file.
+/// A sandbox or group container, identified by its metadata file.
 struct Container {
     std::string_view folder;
     std::string_view identifier;
 };
 
-/// A launchd job and the property list it stands in.
+/// A launchd job and the path of its property list.
 struct Job {
     std::string_view plist;
     std::string_view label;
     std::string_view program;
     bool hasBinaryForm = false;
-    bool isSwitchedOff = false; ///< by an override of the system, not by its own file
+    bool isSwitchedOff = false; ///< by a system override, not by its own property list
 };
 
-/// An installer receipt. Files are relative to `prefix`; a folder ends in a slash.
+/// An installer receipt. Files are relative to `prefix`; a folder ends with a slash.
 struct Package {
     std::string_view packageID;
     std::string_view version;
@@ -61,7 +61,7 @@ struct Package {
 /// A row of a privacy database.
 struct Grant {
     bool isSystemScope = false;
-    std::string_view service; ///< less the constant "kTCCService"
+    std::string_view service; ///< without the constant "kTCCService"
     std::string_view client;
     int authValue = 2; ///< 0 refused, 2 granted, 3 limited
     bool isPathClient = false;

@@ -8,8 +8,8 @@
 
 namespace tidwen::sample {
 
-/// Writes files below one folder and gives everything fixed modes and times, so that two samples are equal
-/// byte by byte whatever the machine's clock and umask. Throws std::filesystem::filesystem_error.
+/// Writes files below one folder with fixed modes and times, so that two samples are identical byte by byte
+/// whatever the machine's clock and umask. Throws std::filesystem::filesystem_error.
 class SampleTree {
   public:
     explicit SampleTree(std::filesystem::path root) : root_(std::move(root)) {}
@@ -19,7 +19,7 @@ class SampleTree {
     void file(std::string_view path, std::string_view content, bool isExecutable = false);
     void link(std::string_view path, std::string_view target);
 
-    /// To be called once, at the end: a later file would change the times of its folder again.
+    /// Call it once, at the end: a later file would change the times of its folder again.
     void setModesAndTimes();
 
     std::uint64_t bytesWritten() const { return bytesWritten_; }
@@ -35,7 +35,7 @@ class SampleTree {
 /// "~/Library" → "/Users/alice/Library".
 std::string expandHome(std::string_view path);
 
-/// Bytes that do not compress and are the same for the same seed.
+/// Incompressible bytes, the same for the same seed.
 std::string noise(std::string_view seed, std::size_t bytes);
 
 } // namespace tidwen::sample

@@ -8,20 +8,20 @@
 
 namespace tidwen {
 
-/// What `writeSampleVolume` wrote.
+/// The result of `writeSampleVolume`.
 struct SampleSummary {
     std::filesystem::path root; ///< absolute
-    int applications = 0;       ///< those that are installed
+    int applications = 0;       ///< number of installed applications
     std::uint64_t bytes = 0;
 };
 
 struct SampleError {
-    bool nothingWritten = false; ///< refused beforehand; else part of the sample may stand there
+    bool nothingWritten = false; ///< refused before writing; otherwise part of the sample may exist
     Message reason;
 };
 
-/// Writes a Mac volume of invented applications with everything Tidwen knows how to find. `folder` must be
-/// empty or not exist. The same bytes, modes and times every time.
+/// Writes a Mac volume of invented applications with everything that Tidwen can find. `folder` must be empty
+/// or not exist. Always produces the same bytes, modes and times.
 tl::expected<SampleSummary, SampleError> writeSampleVolume(const std::filesystem::path& folder);
 
 } // namespace tidwen
