@@ -3,22 +3,21 @@
 #include <filesystem>
 #include <string_view>
 
-/// Writes down how the program crashed, while it crashes, for `CrashReports` to find at the next start.
+/// Records a crash of the program while it happens, for `CrashReports` to read at the next launch.
 ///
-/// Only what a signal handler may do is done then: the record is opened, written and closed with system calls
-/// from memory set aside before; nothing is allocated and no lock is taken. The process ends as it would have
-/// without, so that a core file and the shell's status stay true. Nothing on the disk is touched until
-/// a crash.
+/// The signal handler only makes async-signal-safe calls: it opens, writes and closes the record from memory
+/// reserved before; it allocates nothing and takes no lock. The process then ends as it would have without
+/// the handler, so core file and exit status are unaffected. Nothing on disk is touched before a crash.
 ///
-/// State of the process, because a signal handler gets nothing else. A stack overflow is recorded on the
-/// thread that called `install` only: the handler's own stack belongs to one thread.
+/// Process-wide state, because a signal handler has no context. A stack overflow is recorded only on the
+/// thread that called `install`: the handler's alternate stack belongs to one thread.
 namespace tidwen::crashRecorder {
 
-/// `folder` is made when it is needed, for its owner alone. Call it once, on the main thread, before others
-/// are started.
+/// `folder` is created on demand, accessible only to its owner. Call it once, on the main thread, before
+/// other threads start.
 void install(const std::filesystem::path& folder, std::string_view version);
 
-/// What the program was asked to do, to stand in the record: the name of a command, nothing of the user's.
+/// Sets the activity to record: the name of the running command, no user data.
 void note(std::string_view activity);
 
 } // namespace tidwen::crashRecorder

@@ -9,19 +9,20 @@
 
 namespace tidwen {
 
-/// Reports of crashes of this program, readable text in a folder of the user who ran it. They are written on
-/// this machine, shown to him, and sent nowhere.
+/// Reports of crashes of this program, as readable text in a folder of the user who ran it. Written on this
+/// machine, shown to that user, and never sent.
 class CrashReports {
   public:
     static constexpr std::size_t kept = 10;
 
-    /// `introduction`: the words at the head of a report that tell the user what it is.
+    /// `introduction`: the text at the head of a report that explains it to the user.
     CrashReports(std::filesystem::path folder, std::string introduction, Log& log)
         : folder_(std::move(folder)), introduction_(std::move(introduction)), log_(log) {}
 
-    /// Turns the records that crashed runs left (`crashRecorder`) into reports, each once, readable by their
-    /// owner alone, and deletes all but the last ten. Gives the newest of the new ones. A record that is no
-    /// plain file of the user, or larger than 64 KiB, is dropped unread. Two processes at once: one does it.
+    /// Converts the records of crashed runs (`crashRecorder`) to reports, each once, readable only by their
+    /// owner, and deletes all but the last ten. Returns the newest of the new ones. A record that is not a
+    /// plain file of the user, or is larger than 64 KiB, is dropped unread. If two processes call it at once,
+    /// one does the work.
     std::optional<std::filesystem::path> collect();
 
     /// "$XDG_STATE_HOME/tidwen"; else "~/Library/Logs/Tidwen" on a Mac, "~/.local/state/tidwen" elsewhere.
@@ -33,7 +34,7 @@ class CrashReports {
     Log& log_;
 };
 
-/// A report from a record. Folders are cut off the names of program files, and `home` becomes "~".
+/// A report from a record. Strips folders from names of program files and replaces `home` by "~".
 std::string crashReport(std::string_view record, const std::string& introduction, const std::string& home);
 
 } // namespace tidwen

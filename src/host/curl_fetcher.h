@@ -6,14 +6,14 @@
 
 namespace tidwen {
 
-/// Fetches with libcurl, which is loaded at the first call: a program that was not asked to look for updates
-/// carries no code that reaches the network, and starts faster.
+/// Fetches with libcurl, which is loaded on first use: a program that does not check for updates loads no
+/// network code and starts faster.
 ///
-/// TLS 1.2 at least, certificates verified; redirects only to https; no cookies, no credentials, no stored
-/// state, no compression; "User-Agent: Tidwen". The usual proxy variables of the environment are honoured.
+/// TLS 1.2 or later, certificates verified; redirects only to https; no cookies, credentials, stored state or
+/// compression; "User-Agent: Tidwen". Honours the usual proxy variables of the environment.
 class CurlFetcher : public HttpsFetcher {
   public:
-    /// `authorities`: a file of the certificates to trust instead of the system's; empty for the system's.
+    /// `authorities`: a file with the certificates to trust instead of the system's; empty for the system's.
     explicit CurlFetcher(std::filesystem::path authorities = {}) : authorities_(std::move(authorities)) {}
 
     tl::expected<std::string, FetchError> fetch(const std::string& address, std::size_t maxBytes) override;

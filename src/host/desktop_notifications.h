@@ -8,8 +8,8 @@
 namespace tidwen {
 
 /// The notification service of a Linux desktop, through /usr/bin/notify-send (package libnotify-bin).
-/// Unavailable without the tool or without a session bus. The desktop asks nobody for permission. Buttons
-/// need somebody who waits for them, so a notification is shown without and answers nothing.
+/// Unavailable without the tool or a session bus. The desktop requires no permission. A button would require
+/// a process that waits for the response, so notifications have none and never call back.
 class DesktopNotifications : public Notifications {
   public:
     explicit DesktopNotifications(ProcessRunner& processes, std::string tool = "/usr/bin/notify-send")

@@ -9,12 +9,12 @@
 
 namespace tidwen {
 
-/// Shows an item of this machine, chosen, in the window of its folder: the Finder's on a Mac, elsewhere that
-/// of the file manager that the desktop names ("org.freedesktop.FileManager1", through /usr/bin/gdbus). Opens
-/// nothing. Blocks; the message says why nothing was shown.
+/// Selects an item of this machine in the window of its folder: in the Finder on a Mac, elsewhere in the
+/// desktop's file manager ("org.freedesktop.FileManager1", through /usr/bin/gdbus). Opens nothing. Blocks;
+/// the message says why the item could not be shown.
 tl::expected<void, Message> revealHere(ProcessRunner& processes, const std::filesystem::path& item);
 
-/// The path as a "file" address: every byte that is neither letter, digit, "/" nor one of "-._~" escaped.
+/// The path as a "file" URL: every byte except letters, digits, "/" and "-._~" is escaped.
 std::string fileAddress(const std::filesystem::path& item);
 
 } // namespace tidwen

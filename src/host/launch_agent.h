@@ -6,11 +6,11 @@
 
 namespace tidwen {
 
-/// Starts a command at login by a launch agent of the Mac's user: a property list in which launchd reads what
-/// to run, from the next login on.
+/// Starts a command at login with a launch agent of the Mac's user: a property list that launchd reads from
+/// the next login on.
 class LaunchAgent : public LoginFile {
   public:
-    /// `command`: the program by absolute path, and its arguments.
+    /// `command`: the absolute path of the program, and its arguments.
     LaunchAgent(const std::filesystem::path& folder, std::vector<std::string> command, Log& log)
         : LoginFile(folder / "com.corvella.tidwen.watch.plist", log), command_(std::move(command)) {}
 

@@ -9,19 +9,19 @@
 
 namespace tidwen {
 
-/// A login item that is a file in a folder which the system reads at login: there while it is on. What goes
-/// wrong is logged with the path.
+/// A login item that is a file in a folder that the system reads at login; it exists while the item is
+/// enabled. Errors are logged with the path.
 class LoginFile : public LoginItem {
   public:
     LoginFile(std::filesystem::path file, Log& log) : file_(std::move(file)), log_(log) {}
 
-    /// A file that says of itself that it is switched off counts as none.
+    /// A file that is marked as disabled counts as absent.
     bool isEnabled() const override;
-    /// Writes the file anew, or removes it. A link of its name is replaced or removed, never followed.
+    /// Writes the file again, or removes it. A link of that name is replaced or removed, never followed.
     bool setEnabled(bool enabled) override;
 
   private:
-    /// What the system is to read, or why that cannot be written down.
+    /// The content of the file, or why it cannot be expressed.
     virtual tl::expected<std::string, std::string> text() const = 0;
     virtual bool isOn(const std::string& text) const = 0;
     bool failed(std::string_view what, std::string_view reason) const;

@@ -6,11 +6,11 @@
 
 namespace tidwen {
 
-/// Starts a command at login by an entry in the autostart folder of a Linux desktop (XDG Autostart, as
-/// freedesktop.org describes it). An entry that the desktop's own settings switched off counts as none.
+/// Starts a command at login with an entry in the autostart folder of a Linux desktop (XDG Autostart of
+/// freedesktop.org). An entry disabled in the desktop's own settings counts as absent.
 class XdgAutostart : public LoginFile {
   public:
-    /// `command`: the program by absolute path, and its arguments.
+    /// `command`: the absolute path of the program, and its arguments.
     XdgAutostart(const std::filesystem::path& folder, std::vector<std::string> command, Log& log)
         : LoginFile(folder / "com.corvella.tidwen.desktop", log), command_(std::move(command)) {}
 
@@ -24,7 +24,7 @@ class XdgAutostart : public LoginFile {
     std::vector<std::string> command_;
 };
 
-/// The text of the entry; every argument quoted as the format's "Exec" key asks.
+/// The text of the entry; every argument is quoted as required by the "Exec" key.
 std::string autostartEntry(const std::vector<std::string>& command);
 
 } // namespace tidwen
