@@ -4,9 +4,9 @@
 #include <cmath>
 #include <unicode/unistr.h>
 
-// The binary form: "bplist00", the objects one after the other, a table of their offsets, and a trailer of
-// 32 bytes that says where the table is and how wide its entries are. All numbers are big-endian.
-// A container holds indexes into the table, so a file can share objects, and a hostile one can make cycles.
+// The binary form: "bplist00", the objects, a table of their offsets, and a trailer of 32 bytes with the
+// position of the table and the width of its entries. All numbers are big-endian. Containers refer to objects
+// by index, so a file can share objects, and a hostile one can contain cycles.
 
 namespace tidwen {
 
@@ -31,11 +31,11 @@ class BinaryReader {
     }
 
   private:
-    /// What an object's first bytes say: its type, and a count of bytes, characters or entries behind them.
+    /// The type in an object's first bytes, and the count of bytes, characters or entries that follow.
     struct Head {
         unsigned type = 0;
         unsigned low = 0;
-        std::size_t content = 0; ///< offset behind marker and count
+        std::size_t content = 0; ///< offset after marker and count
         std::uint64_t count = 0;
     };
 
@@ -61,7 +61,7 @@ class BinaryReader {
         return true;
     }
 
-    /// `size` bytes (at most 8) as a number; the caller has checked that they are there.
+    /// `size` bytes (at most 8) as a number; the caller has checked the bounds.
     std::uint64_t number(std::size_t at, std::size_t size) const {
         std::uint64_t value = 0;
         for (std::size_t i = 0; i < size; ++i)
@@ -69,7 +69,7 @@ class BinaryReader {
         return value;
     }
 
-    /// True when objects may have `count` items of `size` bytes at `at`: they end where the table starts.
+    /// Whether `count` items of `size` bytes fit at `at`: objects end where the offset table starts.
     bool fits(std::size_t at, std::uint64_t count, std::size_t size) const {
         return at <= table_ && count <= (table_ - at) / size;
     }
@@ -136,7 +136,7 @@ class BinaryReader {
         const auto high = number(head.content, 8);
         const auto low = number(head.content + 8, 8);
         const bool negative = low >> 63 != 0;
-        if (high == 0 && negative) return PropertyListValue(low); // too large for a signed number
+        if (high == 0 && negative) return PropertyListValue(low); // too large for a signed 64-bit number
         if (high != (negative ? ~std::uint64_t{0} : 0)) return malformed();
         return PropertyListValue(static_cast<std::int64_t>(low));
     }
@@ -163,8 +163,8 @@ class BinaryReader {
         return PropertyListValue(PropertyListUid{number(head.content, size)});
     }
 
-    /// The bytes of a string or of data. What is reached twice counts twice, or one long string that is
-    /// referred to a million times would fill the memory.
+    /// The bytes of a string or of data. Each reference counts; otherwise a long string referenced a million
+    /// times would exhaust memory.
     std::optional<std::string_view> payload(const Head& head, std::size_t unit) {
         if (!fits(head.content, head.count, unit)) return malformed();
         const auto size = head.count * unit;
@@ -199,7 +199,7 @@ class BinaryReader {
 
     using ReadEntries = std::optional<PropertyListValue> (BinaryReader::*)(const Head&, std::size_t);
 
-    /// Marks the container as open while its entries are read: an entry that is open already is a cycle.
+    /// Marks the container as open while its entries are read: reaching an open container again is a cycle.
     std::optional<PropertyListValue> container(std::uint64_t index, const Head& head, std::size_t depth,
                                                ReadEntries readEntries) {
         if (open_[index]) return malformed();
@@ -233,7 +233,7 @@ class BinaryReader {
             if (!key->asString()) return malformed();
             auto member = object(reference(head.content, head.count + i), depth + 1);
             if (!member) return std::nullopt;
-            // Of a key that stands twice the last value holds, in both forms.
+            // Of a duplicate key the last value counts, in both forms.
             members.insert_or_assign(*key->asString(), std::move(*member));
         }
         return PropertyListValue(std::move(members));

@@ -55,8 +55,8 @@ std::string stringObject(const std::string& text) {
     return out;
 }
 
-/// Numbers the objects on the way down and keeps each one's bytes, with its references still as numbers,
-/// because their width depends on how many objects there are in the end.
+/// Numbers the objects depth first and keeps the bytes of each, with references as numbers until the end,
+/// because their width depends on the number of objects.
 class BinaryWriter {
   public:
     std::string write(const PropertyListValue& value) {
@@ -104,7 +104,7 @@ class BinaryWriter {
     }
     std::size_t addHeld(std::uint64_t value) {
         if (std::in_range<std::int64_t>(value)) return append(integerObject(value));
-        // Eight bytes would be read as a negative number.
+        // With eight bytes it would be read as a negative number.
         std::string bytes(1, '\x14');
         appendNumber(bytes, 0, 8);
         appendNumber(bytes, value, 8);
@@ -115,7 +115,7 @@ class BinaryWriter {
         return append(markerWithCount(0x4, data.bytes.size()) + data.bytes);
     }
     std::size_t addHeld(const PropertyListDate& date) {
-        // No reader takes a date that is not a number.
+        // No reader accepts a date that is not a finite number.
         return append(doubleObject(0x33, std::isfinite(date.secondsSince2001) ? date.secondsSince2001 : 0));
     }
     std::size_t addHeld(const PropertyListUid& uid) {
@@ -124,7 +124,7 @@ class BinaryWriter {
         appendNumber(bytes, uid.value, size);
         return append(std::move(bytes));
     }
-    /// Equal strings are written once: keys repeat in every list of dictionaries.
+    /// Equal strings are written once, because keys repeat in every list of dictionaries.
     std::size_t addHeld(const std::string& text) {
         const auto [known, isNew] = strings_.try_emplace(text, objects_.size());
         if (isNew) append(stringObject(text));

@@ -16,7 +16,7 @@ namespace {
 struct Unit {
     icu::MeasureUnit (*unit)();
     int decimals;
-    std::int64_t halfDigit; ///< bytes, half of what the last decimal counts
+    std::int64_t halfDigit; ///< in bytes, half a unit of the last decimal
 };
 
 constexpr Unit units[] = {{icu::MeasureUnit::getByte, 0, 1},
@@ -26,7 +26,7 @@ constexpr Unit units[] = {{icu::MeasureUnit::getByte, 0, 1},
                           {icu::MeasureUnit::getTerabyte, 2, 5'000'000'000},
                           {icu::MeasureUnit::getPetabyte, 2, 5'000'000'000'000}};
 
-/// Making one costs far more than using it, and a list shows thousands of sizes.
+/// Creating a formatter costs far more than using it, and a list shows thousands of sizes.
 const icu::number::LocalizedNumberFormatter& formatterFor(const std::string& locale, std::size_t unit) {
     using Formatters = std::array<icu::number::LocalizedNumberFormatter, std::size(units)>;
     thread_local std::map<std::string, Formatters> formatters;
@@ -43,8 +43,8 @@ const icu::number::LocalizedNumberFormatter& formatterFor(const std::string& loc
     return made[unit];
 }
 
-/// The same for sizes that read the same. Rounding turns only at multiples of half a last digit, so the sizes
-/// between two of these read the same, and one that is a multiple stands for itself.
+/// A key that is equal for sizes with the same text. Rounding changes only at multiples of half a unit of the
+/// last decimal, so all sizes between two of them share a text; a multiple has its own key.
 std::int64_t roundedKey(std::int64_t bytes) {
     std::size_t unit = 0;
     for (auto rest = bytes; rest >= 1000 && unit + 1 < std::size(units); rest /= 1000)
@@ -67,7 +67,7 @@ const std::string& ByteCountTexts::text(std::int64_t bytes) {
 std::string formatByteCount(std::int64_t bytes, const std::string& locale) {
     auto value = static_cast<double>(std::max<std::int64_t>(bytes, 0));
     std::size_t chosen = 0;
-    // By the rounded value, or 999 950 bytes would read "1000 kB".
+    // Uses the rounded value, because otherwise 999 950 bytes would read "1000 kB".
     while (chosen + 1 < std::size(units)) {
         const double step = std::pow(10.0, units[chosen].decimals);
         if (std::round(value * step) / step < 1000) break;

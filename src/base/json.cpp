@@ -18,7 +18,7 @@ void writeString(std::string& out, std::string_view text) {
     out += '"';
     const auto isPlain = [](char c) { return c >= 0x20 && c < 0x7F && c != '"' && c != '\\' && c != '/'; };
     for (std::size_t at = 0; at < text.size(); ++at) {
-        const auto start = at; // nearly all of nearly all texts is plain
+        const auto start = at; // most text needs no escape
         while (at < text.size() && isPlain(text[at]))
             ++at;
         out.append(text, start, at - start);
@@ -94,11 +94,11 @@ void writeValue(std::string& out, const json& value, std::size_t indent) {
     } else if (value.is_string()) {
         writeString(out, value.get_ref<const std::string&>());
     } else {
-        out += value.dump(); // numbers, true, false, null: nothing in them can fail
+        out += value.dump(); // numbers, true, false, null: these cannot fail
     }
 }
 
-/// The value that stands next. No deeper than the reader goes.
+/// Takes the next value. Nested no deeper than the reader allows.
 json takeValue(JsonReader& reader) {
     json value;
     switch (reader.next()) {

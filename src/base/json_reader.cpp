@@ -15,7 +15,7 @@ std::string_view withoutByteOrderMark(std::string_view text) {
     return text.starts_with(mark) ? text.substr(mark.size()) : text;
 }
 
-/// Nothing in particular when it is of another kind.
+/// An empty value when it is of another kind.
 template<class T>
 T valueAs(const dom::element& element) {
     T value{};
@@ -25,7 +25,7 @@ T valueAs(const dom::element& element) {
 } // namespace
 
 struct JsonReader::Document {
-    /// Where the reader stands in an open array or object.
+    /// The reader's position in an open array or object.
     struct Level {
         dom::array::iterator element, lastElement;
         dom::object::iterator member, lastMember;
@@ -33,14 +33,14 @@ struct JsonReader::Document {
     };
 
     dom::parser parser;
-    dom::element value; ///< the next one
+    dom::element value; ///< the next value
     std::vector<Level> levels;
 };
 
 JsonReader::JsonReader(std::string_view text) : document_(std::make_unique<Document>()) {
     text = withoutByteOrderMark(text);
     text = text.substr(0, text.find('\0'));
-    // The library does not count a list in which nothing stands, so `open` counts once more.
+    // The library does not count empty lists towards the depth, so `open` counts too.
     failed_ =
         document_->parser.allocate(std::max<std::size_t>(text.size(), 1), maxDepth + 1) != simdjson::SUCCESS
         || document_->parser.parse(text.data(), text.size()).get(document_->value) != simdjson::SUCCESS;

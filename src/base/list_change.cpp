@@ -6,10 +6,11 @@ namespace tidwen {
 
 namespace {
 
-/// Which old rows stay: the longest run of them that stands in the same order in both lists.
+/// The old rows that stay: the longest subsequence that is in the same order in both lists.
 std::vector<bool> stayingRows(const std::vector<std::optional<std::size_t>>& newPlaces) {
     std::vector<std::size_t> tails; // old rows: the last of each length
-    std::vector<std::size_t> previous(newPlaces.size(), newPlaces.size()); // in the run that a row ends
+    std::vector<std::size_t> previous(newPlaces.size(),
+                                      newPlaces.size()); // in the subsequence that ends with a row
     for (std::size_t row = 0; row < newPlaces.size(); ++row) {
         if (!newPlaces[row]) continue;
         const auto at =
@@ -28,7 +29,7 @@ std::vector<bool> stayingRows(const std::vector<std::optional<std::size_t>>& new
     return stays;
 }
 
-/// Runs of rows for which `isPart` is false, from the first to the last.
+/// The runs of rows for which `isPart` is false, in order.
 std::vector<RowChange> gaps(const std::vector<bool>& isPart, RowChange::Kind kind) {
     std::vector<RowChange> found;
     for (std::size_t row = 0; row < isPart.size(); ++row) {
@@ -51,7 +52,7 @@ std::vector<RowChange> rowChanges(const std::vector<std::optional<std::size_t>>&
         if (stays[row]) isOld[*newPlaces[row]] = true;
 
     auto changes = gaps(stays, RowChange::Kind::removed);
-    std::reverse(changes.begin(), changes.end()); // from the end, so that the places of the others hold
+    std::reverse(changes.begin(), changes.end()); // from the end, so that the earlier indices stay valid
     const auto insertions = gaps(isOld, RowChange::Kind::inserted);
     changes.insert(changes.end(), insertions.begin(), insertions.end());
     if (changes.size() > mostRowChanges) return {RowChange{}};

@@ -27,7 +27,7 @@ const char* levelName(LogLevel level) {
 void StandardErrorLog::write(LogLevel level, std::string_view line) {
     if (level < threshold_) return;
     const auto whole = fmt::format("tidwen: {}: {}\n", levelName(level), printable(line));
-    // One call, so that lines of two threads do not mix.
+    // One call, so that lines of two threads are not interleaved.
     std::fwrite(whole.data(), 1, whole.size(), stderr);
 }
 

@@ -15,7 +15,7 @@ bool isOwnedBy(const struct stat& item, const Ownership& owner) {
 
 int give(int descriptor, const Ownership& owner) {
     if (::fchown(descriptor, owner.user, owner.group) == 0) return 0;
-    return ::geteuid() == 0 ? errno : 0; // nobody else may give files away
+    return ::geteuid() == 0 ? errno : 0; // only root may change owners
 }
 
 bool isEmpty(Descriptor folder) {

@@ -22,7 +22,7 @@ void parallelFor(std::size_t count, const std::function<void(std::size_t)>& work
         while (helpers.size() + 1 < wanted)
             helpers.emplace_back(run);
     } catch (const std::system_error&) {
-        // No more threads to be had: those that started, and this one, do the work.
+        // No more threads can be created: those that started, and this one, do the work.
     }
     run();
     for (auto& helper : helpers)

@@ -16,8 +16,8 @@ std::string withoutSpareSlashes(std::string text) {
     return text;
 }
 
-/// Where the point of the extension stands; `npos` when the name has none. A leading point makes a hidden
-/// file, and a name that ends in a point has no extension either.
+/// Position of the extension's dot; `npos` when there is none. A leading dot makes a hidden file, and a name
+/// that ends with a dot has no extension either.
 std::size_t extensionPoint(std::string_view name) {
     const auto point = name.rfind('.');
     if (point == 0 || point == name.npos || point + 1 == name.size()) return name.npos;
@@ -75,7 +75,7 @@ Path Path::parent() const {
 }
 
 Path Path::standardized() const {
-    // Without a component that begins with a point there is nothing to resolve.
+    // Without a component that begins with a dot there is nothing to resolve.
     if (!text_.starts_with('.') && text_.find("/.") == text_.npos) return *this;
     std::vector<std::string> kept;
     for (auto& part : components()) {
@@ -103,7 +103,7 @@ bool Path::isWithin(const Path& ancestor) const {
 }
 
 bool Path::isWithinIgnoringCase(const Path& ancestor) const {
-    // A Mac's disk takes composed and decomposed names for the same, so both are brought to one form.
+    // Mac file systems treat composed and decomposed names as equal, so both are normalized.
     return textIsWithin(lowercased(composed(text_)), lowercased(composed(ancestor.text_)));
 }
 

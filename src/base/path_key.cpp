@@ -12,7 +12,8 @@ Path pathKey(const Path& path) {
     std::string key;
     for (const auto& component : path.components()) {
         const auto name = fileNameKey(component);
-        key += (name.empty() ? component : name) + "/"; // a name of marks alone is a name too
+        key +=
+            (name.empty() ? component : name) + "/"; // a name of only ignorable characters keeps its own text
     }
     return Path(std::move(key));
 }

@@ -10,7 +10,7 @@ struct ProgressRelay::Newest {
     StepProgress progress;
     bool isOnItsWay = false;
 
-    /// True when nobody is on the way to the main thread yet.
+    /// True when no delivery to the main thread is queued yet.
     bool put(const StepProgress& next) {
         const std::lock_guard lock(mutex);
         progress = next;

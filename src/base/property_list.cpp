@@ -10,8 +10,8 @@ namespace {
 
 using namespace std::string_view_literals;
 
-/// Where the XML starts: some tools write a byte-order mark or blank lines before it. Nothing when the bytes
-/// do not look like XML.
+/// The XML part: some tools write a byte-order mark or blank lines before it. nullopt when the bytes do not
+/// look like XML.
 std::optional<std::string_view> xmlPart(std::string_view bytes) {
     constexpr auto byteOrderMark = "\xEF\xBB\xBF"sv;
     if (bytes.starts_with("\xFE\xFF\0<"sv) || bytes.starts_with("\xFF\xFE<\0"sv)) return bytes; // UTF-16

@@ -33,8 +33,8 @@ std::string decoded(std::string_view bytes) {
     return std::move(units.toUTF8String(text));
 }
 
-/// Collects a quoted string. Escapes name UTF-16 units, so a letter outside the basic plane takes two, and
-/// only the whole can be turned into UTF-8.
+/// Collects a quoted string. Escapes denote UTF-16 units, so a character outside the basic plane takes two,
+/// and only the whole string can be converted to UTF-8.
 class QuotedText {
   public:
     void add(std::string_view utf8) { units_.append(icu::UnicodeString::fromUTF8(piece(utf8))); }
@@ -78,7 +78,7 @@ class StringsParser {
 
     std::string_view rest() const { return text_.substr(at_); }
 
-    /// White space and comments; false when a comment does not end.
+    /// Skips white space and comments; false when a comment does not end.
     bool skipSpace() {
         for (;;) {
             at_ = std::min(text_.find_first_not_of(" \t\r\n\v\f", at_), text_.size());
@@ -105,7 +105,7 @@ class StringsParser {
         return bareWord();
     }
 
-    /// Words without quotes are common as keys: CFBundleName = "…";
+    /// Unquoted words are common as keys: CFBundleName = "…";
     std::optional<std::string> bareWord() {
         const auto start = at_;
         while (at_ < text_.size() && isBare(text_[at_]))
@@ -132,7 +132,7 @@ class StringsParser {
         }
     }
 
-    /// What follows a backslash. An unknown letter stands for itself.
+    /// Reads what follows a backslash. An unknown letter stands for itself.
     bool escape(QuotedText& content) {
         if (at_ >= text_.size()) return false;
         const char c = text_[at_];
@@ -146,7 +146,7 @@ class StringsParser {
         return true;
     }
 
-    /// A unit of at most `digits` digits, or of exactly so many.
+    /// Reads a unit of at most `digits` digits, or of exactly that many.
     bool numbered(QuotedText& content, std::size_t digits, int base, bool exactly) {
         unsigned unit = 0;
         const auto part = text_.substr(at_, digits);
@@ -169,7 +169,7 @@ class StringsParser {
     std::size_t at_ = 0;
 };
 
-/// Entries that are not text (plural rules in a compiled file) are passed over.
+/// Skips entries that are not text (plural rules in a compiled file).
 std::optional<Words> stringsOf(const PropertyListValue& list) {
     const auto* dictionary = list.asDictionary();
     if (!dictionary) return std::nullopt;

@@ -19,7 +19,7 @@ namespace {
 
 constexpr char32_t replacement = 0xFFFD;
 
-/// Looks at all of it, so that the compiler can take many bytes at once.
+/// Checks all bytes without an early exit, so that the compiler can vectorize it.
 bool isAscii(std::string_view text) {
     const auto bits = std::accumulate(text.begin(), text.end(), 0u, [](unsigned all, char c) {
         return all | static_cast<unsigned char>(c);
@@ -35,7 +35,7 @@ icu::StringPiece piece(std::string_view text) {
     return icu::StringPiece(text.data(), static_cast<int32_t>(text.size()));
 }
 
-/// The code point at `at`, which moves past it; negative for an invalid sequence.
+/// Decodes the code point at `at` and advances `at`; negative for an invalid sequence.
 UChar32 decodeNext(std::string_view text, std::int64_t& at) {
     UChar32 c = 0;
 #pragma GCC diagnostic push
@@ -45,7 +45,7 @@ UChar32 decodeNext(std::string_view text, std::int64_t& at) {
     return c;
 }
 
-/// Calls `visit` with every code point and the bytes it stands in; one invalid sequence is one U+FFFD.
+/// Calls `visit` with every code point and its bytes; an invalid sequence is one U+FFFD.
 template<class Visit>
 void forEachCodePoint(std::string_view text, Visit visit) {
     for (std::int64_t at = 0; at < static_cast<std::int64_t>(text.size());) {
@@ -69,7 +69,7 @@ bool changesDirectionOrLine(char32_t c) {
 }
 
 std::string escaped(char32_t c, EscapeForm form) {
-    // Everything that is not printable lies below U+10000: one unit is enough.
+    // Everything that is not printable is below U+10000, so one unit is enough.
     if (form == EscapeForm::json) return fmt::format("\\u{:04x}", static_cast<std::uint32_t>(c));
     switch (c) {
     case '\n':
@@ -83,7 +83,7 @@ std::string escaped(char32_t c, EscapeForm form) {
     }
 }
 
-/// A collator is costly to make and not safe to share, so each thread keeps its own.
+/// A collator is expensive to create and not thread-safe, so each thread keeps its own.
 const icu::Collator* collatorFor(const std::string& locale) {
     thread_local std::map<std::string, std::unique_ptr<icu::Collator>> collators;
     const auto found = collators.find(locale);
@@ -224,13 +224,13 @@ std::string displayOrderKey(std::string_view text, const std::string& locale) {
             return collator->getSortKey(unicode, reinterpret_cast<std::uint8_t*>(key.data()),
                                         static_cast<std::int32_t>(key.size()));
         };
-        key.resize(text.size() * 2 + 32); // enough for most; the answer is the length needed
+        key.resize(text.size() * 2 + 32); // enough for most texts; the call returns the length needed
         const auto length = static_cast<std::size_t>(write());
         const bool fits = length <= key.size();
         key.resize(length);
         if (!fits) write();
     }
-    return key.append(text); // the collator's part ends in a zero byte, of which it has no other
+    return key.append(text); // the collator's part is NUL-terminated and contains no other NUL
 }
 
 std::size_t displayWidth(std::string_view text) {

@@ -30,14 +30,14 @@ std::string nameOf(const fs::path& file) {
     return (file.parent_path().filename() / file.filename()).string();
 }
 
-/// The language becomes part of a path, and settings may name anything.
+/// The language becomes part of a path, and the settings may contain any text.
 bool isLanguageTag(std::string_view language) {
     return !language.empty() && std::all_of(language.begin(), language.end(), [](char c) {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-';
     });
 }
 
-/// "one", "few", … "other" by the rules of the language.
+/// "one", "few", … "other" by the plural rules of the language.
 std::string pluralCategory(const std::string& language, std::int64_t number) {
     UErrorCode status = U_ZERO_ERROR;
     const std::unique_ptr<icu::PluralRules> rules(
@@ -50,12 +50,12 @@ std::string pluralCategory(const std::string& language, std::int64_t number) {
 
 } // namespace
 
-/// All that is loaded of one language; never changed afterwards.
+/// Everything loaded for one language; immutable.
 struct Texts::Words {
     struct Plural {
-        std::string language;                                                ///< whose plural rules hold
-        std::string format;                                                  ///< "%#@count@"
-        std::map<std::string, std::map<std::string, std::string>> variables; ///< variable → category → words
+        std::string language; ///< the language whose plural rules apply
+        std::string format;   ///< "%#@count@"
+        std::map<std::string, std::map<std::string, std::string>> variables; ///< variable → category → text
     };
 
     bool addLanguage(const fs::path& resources, const std::string& tag);
@@ -68,7 +68,7 @@ struct Texts::Words {
     std::vector<std::string> problems;
 };
 
-/// Fills one text: walks its parts and counts which argument is next.
+/// Fills one text: iterates over its parts and counts the next argument.
 struct Texts::Filling {
     const std::vector<std::string>& arguments;
     const Words::Plural* plural = nullptr;
@@ -90,8 +90,7 @@ struct Texts::Filling {
         return out;
     }
 
-    /// The words of a plural variable, in which a placeholder without a position is the variable's own
-    /// number.
+    /// The text of a plural variable, in which a placeholder without a position is the variable's own number.
     std::string variable(const std::string& name, std::size_t index) const {
         if (!plural) return {};
         const auto forms = plural->variables.find(name);
@@ -113,7 +112,7 @@ struct Texts::Filling {
             const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
             isNumber = error == std::errc() && end == text.data() + text.size();
         }
-        // As on a Mac, "zero" holds for nought in every language that gives it.
+        // As on a Mac, "zero" applies to 0 in every language that defines it.
         auto form = forms.end();
         if (isNumber && number == 0) form = forms.find("zero");
         if (isNumber && form == forms.end()) form = forms.find(pluralCategory(plural->language, number));
@@ -127,7 +126,7 @@ Texts::Texts(const Texts& other) : words_(other.words()) {}
 
 Texts& Texts::operator=(const Texts& other) {
     if (&other == this) return *this;
-    auto words = other.words(); // not with both locks held
+    auto words = other.words(); // taken before locking, so that both locks are never held
     const std::lock_guard lock(mutex_);
     words_ = std::move(words);
     return *this;
@@ -174,7 +173,7 @@ bool Texts::Words::addStrings(const fs::path& file) {
     if (!parsed) problems.push_back(nameOf(file) + ": malformed");
     for (const auto& [key, words] : parsed.value_or(std::map<std::string, std::string>())) {
         strings.insert_or_assign(key, words);
-        plurals.erase(key); // those of the language below
+        plurals.erase(key); // removes the entries of the fallback language
     }
     return true;
 }

@@ -7,7 +7,7 @@ namespace tidwen {
 
 namespace {
 
-/// `count` digits at `at`, which moves past them.
+/// Reads `count` digits at `at` and advances it.
 std::optional<int> digits(std::string_view text, std::size_t& at, std::size_t count) {
     if (text.size() - at < count) return std::nullopt;
     int value = 0;
@@ -18,8 +18,8 @@ std::optional<int> digits(std::string_view text, std::size_t& at, std::size_t co
     return value;
 }
 
-/// Reads "dd?dd?dd" fields of the given widths, each followed by the character below it in `marks`
-/// (a space stands for none).
+/// Reads "dd?dd?dd" fields of the given widths, each followed by its character in `marks` (a space means
+/// none).
 template<std::size_t Count>
 bool readFields(std::string_view text, std::size_t& at, const std::size_t (&widths)[Count],
                 const char (&marks)[Count + 1], int (&values)[Count]) {
@@ -34,7 +34,7 @@ bool readFields(std::string_view text, std::size_t& at, const std::size_t (&widt
     return true;
 }
 
-/// The offset that ends a date ("Z", "+01:00"), which must be all that is left.
+/// The offset at the end of a date ("Z", "+01:00"); nothing may follow it.
 std::optional<std::chrono::seconds> parseOffset(std::string_view text) {
     if (text == "Z") return std::chrono::seconds(0);
     if (text.empty() || (text.front() != '+' && text.front() != '-')) return std::nullopt;
@@ -49,7 +49,7 @@ std::optional<std::chrono::seconds> parseOffset(std::string_view text) {
 std::tm localTime(Timestamp moment) {
     const std::time_t seconds = moment.time_since_epoch().count();
     std::tm parts{};
-    tzset(); // localtime_r need not look at TZ by itself
+    tzset(); // localtime_r need not read TZ itself
     localtime_r(&seconds, &parts);
     return parts;
 }

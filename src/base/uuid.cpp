@@ -22,15 +22,15 @@ std::optional<unsigned> hexDigit(char c) {
 } // namespace
 
 Uuid Uuid::random() {
-    // Asked directly: the library's own source may take an instruction of the processor for every number,
-    // which costs a sweep seconds.
+    // Called directly: the library's own source may execute a slow processor instruction per number, which
+    // costs a sweep seconds.
     std::uint64_t words[2];
     if (::getentropy(words, sizeof words) != 0) {
         std::random_device source;
         for (auto& word : words)
             word = std::uint64_t{source()} << 32 | source();
     }
-    // The version (4) and the variant (binary 10) stand at fixed places.
+    // The version (4) and the variant (binary 10) have fixed positions.
     constexpr std::uint64_t version = 0xF000, variant = 0xC000'0000'0000'0000;
     return Uuid((words[0] & ~version) | 0x4000, (words[1] & ~variant) | 0x8000'0000'0000'0000);
 }
@@ -45,7 +45,7 @@ std::optional<Uuid> Uuid::parse(std::string_view text) {
         }
         const auto digit = hexDigit(text[i]);
         if (!digit) return std::nullopt;
-        auto& half = i < 18 ? high : low; // the hyphen there stands in the middle
+        auto& half = i < 18 ? high : low; // position 18 is the hyphen between the halves
         half = half << 4 | *digit;
     }
     return Uuid(high, low);

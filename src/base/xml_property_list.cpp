@@ -46,7 +46,7 @@ Parsed parseInteger(std::string_view text) {
     return PropertyListValue(static_cast<std::int64_t>(magnitude));
 }
 
-/// A stream, because the point is the decimal mark whatever the program's locale is.
+/// A stream, because the decimal mark must be the point in every locale.
 Parsed parseReal(std::string_view text) {
     text = withoutWhiteSpace(text);
     constexpr auto infinity = std::numeric_limits<double>::infinity();
@@ -75,7 +75,7 @@ Parsed parseData(std::string_view text) {
     return PropertyListValue(PropertyListData{std::move(*bytes)});
 }
 
-/// A keyed archive in XML writes its references as a dictionary with this one key.
+/// A keyed archive in XML stores a reference as a dictionary with only this key.
 PropertyListValue dictionaryOrUid(PropertyListDictionary members) {
     const auto uid = members.find("CF$UID");
     if (members.size() == 1 && uid != members.end()) {
@@ -85,7 +85,7 @@ PropertyListValue dictionaryOrUid(PropertyListDictionary members) {
     return members;
 }
 
-/// Builds the value from expat's events. The first fault stops the parser.
+/// Builds the value from expat's events. The first error stops the parser.
 class XmlReader {
   public:
     explicit XmlReader(const PropertyListLimits& limits) : limits_(limits) {}
@@ -100,13 +100,13 @@ class XmlReader {
         XML_SetUserData(parser_, this);
         XML_SetElementHandler(parser_, onStart, onEnd);
         XML_SetCharacterDataHandler(parser_, onText);
-        // No entity is expanded but the five of XML itself: a declaration is a fault, and so is a name that
+        // Only the five predefined entities are expanded: a declaration is an error, and so is a name that
         // only the external subset, which is never loaded, could declare.
         XML_SetEntityDeclHandler(parser_, [](void* self, const char*, int, const char*, int, const char*,
                                              const char*, const char*, const char*) { reader(self).fail(); });
         XML_SetSkippedEntityHandler(parser_, [](void* self, const char*, int) { reader(self).fail(); });
 
-        // In one piece: expat would read a long token anew with every further piece.
+        // In one piece, because expat would rescan a long token with every further piece.
         const auto status = XML_Parse(parser_, bytes.data(), static_cast<int>(bytes.size()), XML_TRUE);
         if (error_) return tl::unexpected(*error_);
         if (status != XML_STATUS_OK || !root_) return tl::unexpected(PropertyListError::malformed);
@@ -114,12 +114,12 @@ class XmlReader {
     }
 
   private:
-    /// An element that is open: the root, a container, or a scalar whose text is collected.
+    /// An open element: the root, a container, or a scalar whose text is collected.
     struct Open {
         std::string name;
         PropertyListArray array;
         PropertyListDictionary dictionary;
-        std::optional<std::string> key; ///< in a dictionary: read, its value to come
+        std::optional<std::string> key; ///< in a dictionary: read, its value still to come
     };
 
     static XmlReader& reader(void* self) { return *static_cast<XmlReader*>(self); }
@@ -145,7 +145,7 @@ class XmlReader {
         return false;
     }
 
-    /// May an element of this name stand where the parser is?
+    /// Whether an element of this name is allowed at this point.
     bool isAllowed(std::string_view name) const {
         if (open_.empty()) return name == "plist";
         if (name == "plist" || (!isContainer(name) && !isScalar(name))) return false;
@@ -205,7 +205,7 @@ class XmlReader {
         if (parent.name == "array") {
             parent.array.push_back(std::move(value));
         } else if (parent.name == "dict") {
-            // Of a key that stands twice the last value holds, in both forms.
+            // Of a duplicate key the last value counts, in both forms.
             parent.dictionary.insert_or_assign(std::move(*parent.key), std::move(value));
             parent.key.reset();
         } else {

@@ -17,7 +17,7 @@ constexpr std::string_view opening = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>
                                      "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
                                      "<plist version=\"1.0\">\n";
 
-/// True at the start of U+FFFE or U+FFFF, which XML does not allow any more than control characters.
+/// Whether `rest` starts with U+FFFE or U+FFFF, which XML forbids like control characters.
 bool isNonCharacter(std::string_view rest) {
     return rest.starts_with("\xEF\xBF\xBE") || rest.starts_with("\xEF\xBF\xBF");
 }
@@ -34,7 +34,7 @@ std::string escaped(std::string_view text) {
         } else if (c == '>') {
             out += "&gt;";
         } else if (c == '\r') {
-            out += "&#13;"; // as it is, it would be read as a line feed
+            out += "&#13;"; // unescaped, it would be read as a line feed
         } else if (isNonCharacter(std::string_view(valid).substr(i))) {
             out += "\xEF\xBF\xBD";
             i += 2;
@@ -53,7 +53,7 @@ std::string realText(double value) {
     return fmt::format("{}", value);
 }
 
-/// The text form has four digits for the year, and no fractions.
+/// The text form has a four-digit year and no fractions.
 std::string dateText(PropertyListDate date) {
     constexpr std::chrono::sys_days epoch = std::chrono::year(2001) / 1 / 1;
     constexpr std::chrono::sys_seconds first = std::chrono::sys_days(std::chrono::year(0) / 1 / 1);
@@ -97,7 +97,8 @@ class XmlWriter {
 
     void addHeld(const PropertyListData& data) {
         const auto text = encodeBase64(data.bytes);
-        const std::size_t width = 76 - std::min<std::size_t>(8 * indent_, 64); // a tab counts eight
+        const std::size_t width =
+            76 - std::min<std::size_t>(8 * indent_, 64); // a tab counts as eight columns
         line("<data>");
         for (std::size_t at = 0; at < text.size(); at += width)
             line(std::string_view(text).substr(at, width));
