@@ -9,7 +9,7 @@ namespace tidwen {
 
 namespace {
 
-// Far above what installers write: the largest packages list some hundred thousand items.
+// Far more than installers write: the largest packages list some hundred thousand items.
 constexpr std::size_t maxEntries = 1'000'000;
 constexpr std::size_t maxNameBytes = 1024;
 constexpr std::size_t maxPathBytes = 4096;
@@ -19,10 +19,10 @@ constexpr std::size_t maxTreeDepth = 32;
 
 constexpr std::uint64_t headerSize = 512;
 
-/// A file of numbered blocks; all numbers are big-endian. Block 0 stands for "none".
+/// A file of numbered blocks; all numbers are big-endian. Block 0 means "none".
 class BlockStore {
   public:
-    /// Nothing when the header or the block table reaches past the end.
+    /// nullopt when the header or the block table extends past the end.
     static std::optional<BlockStore> open(std::string_view bytes) {
         const ByteReader in(bytes);
         const auto version = in.big32(8), table = in.big32(16), variables = in.big32(24);
@@ -51,7 +51,7 @@ class BlockStore {
             if (!number || !length) return std::nullopt;
             auto found = in_.slice(at + 5, *length);
             if (!found) return std::nullopt;
-            if (found->ends_with('\0')) found->remove_suffix(1); // some writers count the zero byte
+            if (found->ends_with('\0')) found->remove_suffix(1); // some writers include the NUL byte
             if (*found == name) return block(*number);
             at += 5 + std::uint64_t{*length};
         }
@@ -118,8 +118,7 @@ std::optional<Entry> entryAt(const BlockStore& store, const Node& leaf, std::uin
     return Entry{*id, *parent, *name, std::nullopt};
 }
 
-/// The entries of all leaves in their order. A chain of leaves that comes back to one of them is longer than
-/// the number of blocks.
+/// The entries of all leaves in order. A cyclic chain of leaves is longer than the number of blocks.
 std::optional<std::vector<Entry>> readEntries(const BlockStore& store) {
     std::vector<Entry> entries;
     auto leaf = firstLeaf(store);
@@ -139,8 +138,8 @@ std::optional<std::vector<Entry>> readEntries(const BlockStore& store) {
 
 using EntriesByID = std::unordered_map<std::uint32_t, Entry*>;
 
-/// Fills in the path of an entry and of its parents. False when the parents have a gap, go round in a circle
-/// or make a path that no Mac can hold.
+/// Sets the path of an entry and of its parents. False when a parent is missing, the parents form a cycle, or
+/// the path is too long for a Mac.
 bool compose(Entry& entry, const EntriesByID& byID) {
     std::vector<Entry*> chain;
     auto* top = &entry;

@@ -6,9 +6,9 @@ namespace tidwen {
 
 namespace {
 
-// Smaller ones are parsed faster than they are looked up.
+// Smaller lists are parsed faster than looked up.
 constexpr std::size_t smallestKept = 64u << 10;
-// A parsed list takes many times the room of its file.
+// A parsed list takes many times the memory of its file.
 constexpr std::size_t mostKept = 4;
 
 } // namespace
@@ -57,7 +57,7 @@ std::optional<BudgetedFiles::Parsed> BudgetedFiles::known(const Path& file,
                                                           const PropertyListLimits& limits) const {
     {
         const std::lock_guard lock(mutex_);
-        if (parsed_.empty()) return std::nullopt; // as on most disks: then there is nothing to look up
+        if (parsed_.empty()) return std::nullopt; // as on most volumes: there is nothing to look up
     }
     const auto key = keyOf(file, limits);
     const std::lock_guard lock(mutex_);

@@ -36,7 +36,7 @@ struct Element {
     std::string_view content;
 };
 
-/// Takes the first element off `rest`. Lengths take one byte below 128, else up to four behind a count.
+/// Removes the first element from `rest`. A length below 128 takes one byte, others up to four after a count.
 std::optional<Element> nextElement(std::string_view& rest) {
     const ByteReader in(rest);
     const auto tag = in.byte(0);

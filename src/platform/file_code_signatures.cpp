@@ -8,12 +8,12 @@ namespace tidwen {
 
 namespace {
 
-/// Reads for one signature, and knows afterwards whether something was there that it could not read.
+/// Reads files for one signature and notes whether an existing one could not be read.
 class SignatureFiles {
   public:
     explicit SignatureFiles(const FileSystem& files) : files_(files) {}
 
-    /// Nothing when there is no such file, or it cannot be read.
+    /// nullopt when there is no such file, or it cannot be read.
     std::optional<std::string> read(const Path& file, std::size_t maxBytes) {
         return keep(files_.read(file, maxBytes));
     }
@@ -36,7 +36,7 @@ class SignatureFiles {
     bool missedSome_ = false;
 };
 
-/// Code that is no Mach-O file, a script for instance, has its signature in files of its own.
+/// Code other than Mach-O, such as a script, has its signature in separate files.
 CodeSignature readDetached(SignatureFiles& files, const Path& folder) {
     constexpr std::size_t maxDirectoryBytes = 1u << 20;
     CodeSignature result;
@@ -56,7 +56,7 @@ CodeSignature readDetached(SignatureFiles& files, const Path& folder) {
     return result;
 }
 
-/// A file whose beginning is read at once: what a signature is found by lies there, in several pieces.
+/// Reads the beginning of a file at once: it contains several of the parts that locate a signature.
 class HeadedFile {
   public:
     HeadedFile(SignatureFiles& files, const Path& file)

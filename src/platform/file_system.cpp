@@ -48,7 +48,7 @@ std::vector<bool> FileSystem::existing(const Path& folder, const std::vector<std
 
 FileResult<Path> FileSystem::resolveParent(const Path& path) const {
     const std::string last = path.lastComponent();
-    // These name a folder by way of another one: there is no last component to keep.
+    // These name a folder relative to another one: there is no last component to keep.
     if (path.isRoot() || last == "." || last == "..") return resolve(path);
     return resolve(path.parent()).map([&](const Path& parent) { return parent / last; });
 }

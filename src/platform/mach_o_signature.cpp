@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint32_t magic64 = 0xfeedfacf;
 constexpr std::uint32_t magic32 = 0xfeedface;
-constexpr std::uint32_t magicUniversal = 0xcafebabe; // of Java class files too
+constexpr std::uint32_t magicUniversal = 0xcafebabe; // also used by Java class files
 constexpr std::uint32_t magicUniversal64 = 0xcafebabf;
 constexpr std::uint32_t cpuArm64 = 0x0100000c;
 constexpr std::uint32_t commandCodeSignature = 0x1d;
@@ -26,12 +26,12 @@ constexpr std::uint32_t alternateCodeDirectories = 5;
 constexpr std::uint32_t slotXmlEntitlements = 5;
 constexpr std::uint32_t slotDerEntitlements = 7;
 
-// What real files stay far below; a file that claims more is not read further.
+// Real files stay far below these; a file that claims more is not read further.
 constexpr std::uint32_t maxSlices = 16;
 constexpr std::uint32_t maxCommandBytes = 1u << 20;
 constexpr std::uint32_t maxBlobs = 128;
 
-/// A part of the file: what lies outside of it cannot be reached through it.
+/// A part of the file; reads through it cannot go outside of it.
 struct Region {
     std::uint64_t offset = 0;
     std::uint64_t size = 0;
@@ -42,12 +42,12 @@ struct Region {
     }
 };
 
-/// Reads at least a few kilobytes at a time, since what is wanted next mostly lies close behind.
+/// Reads at least a few kilobytes at a time, because the next part is usually close behind.
 class File {
   public:
     explicit File(const ByteSource& source) : source_(source) {}
 
-    /// Up to `length` bytes of a region, fewer where it or the file ends.
+    /// Up to `length` bytes of a region, fewer at the end of the region or the file.
     std::string_view read(const Region& region, std::uint64_t at, std::size_t length) {
         constexpr std::size_t readAhead = 4096;
         if (at >= region.size) return {};
@@ -61,9 +61,9 @@ class File {
         return std::string_view(chunk_).substr(static_cast<std::size_t>(offset - chunkOffset_), length);
     }
 
-    /// The code that was read breaks off or contradicts itself, so what it would say is not known.
+    /// The code read is truncated or inconsistent, so its content is unknown.
     void noteDamage() { isDamaged_ = true; }
-    /// Whether any was noted since the last question.
+    /// Whether damage was noted since the last call.
     bool takeDamage() { return std::exchange(isDamaged_, false); }
 
   private:
@@ -73,7 +73,7 @@ class File {
     bool isDamaged_ = false;
 };
 
-/// The slices of a universal file, those for arm64 first; a thin file is its own only slice.
+/// The slices of a universal file, those for arm64 first; a thin file is its only slice.
 std::vector<Region> slices(File& file) {
     constexpr Region whole{0, std::uint64_t{1} << 62};
     const ByteReader header(file.read(whole, 0, 8 + 32 * maxSlices));
@@ -100,7 +100,7 @@ std::vector<Region> slices(File& file) {
     return arm;
 }
 
-/// Where the load commands of a slice say that its signature lies.
+/// The signature's location according to a slice's load commands.
 std::optional<Region> signatureOf(const Region& slice, File& file) {
     const std::string head(file.read(slice, 0, 32));
     const ByteReader header(head);
@@ -127,8 +127,7 @@ std::optional<Region> signatureOf(const Region& slice, File& file) {
     return std::nullopt;
 }
 
-/// The blobs of a signature by their slots; each reaches to the end of the signature. The first of a slot
-/// counts.
+/// The blobs of a signature by slot; each extends to the end of the signature. The first of a slot counts.
 std::map<std::uint32_t, Region> blobsOf(const Region& signature, File& file) {
     const ByteReader index(file.read(signature, 0, 12 + 8 * maxBlobs));
     const auto length = index.big32(4), count = index.big32(8);

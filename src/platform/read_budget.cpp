@@ -6,10 +6,10 @@ namespace tidwen {
 
 namespace {
 
-/// No look at an item takes longer that waits for nothing and has no long way to go.
+/// Upper bound for one call that does not wait and follows no long path.
 constexpr std::chrono::microseconds longest{50};
-/// How many calls are measured exactly after one that took longer: whoever makes every look a long one pays
-/// for nearly all of them.
+/// The number of calls measured exactly after a slow one: a volume that makes every call slow is charged for
+/// nearly all of them.
 constexpr int exactAfterLong = 64;
 
 thread_local int exactLeft = 0;
@@ -39,7 +39,7 @@ ReadBudget::Work::~Work() {
     std::chrono::nanoseconds spent = clock_() - start_;
     if (spent > longest) {
         exactLeft = exactAfterLong;
-        if (clock_ == wallTime) spent = longest; // how much of it was work nobody knows
+        if (clock_ == wallTime) spent = longest; // how much of that was processor time is unknown
     }
     budget_->left_->nanoseconds -= spent.count();
 }
