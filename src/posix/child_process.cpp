@@ -14,9 +14,8 @@ namespace tidwen {
 
 namespace {
 
-/// What a tool is told of its surroundings. TMPDIR is the user's own folder; __CF_USER_TEXT_ENCODING spares
-/// macOS tools a look into the home folder; the session bus is where a Linux desktop is asked to show
-/// something.
+/// The environment of a tool. TMPDIR is the user's own folder; __CF_USER_TEXT_ENCODING saves macOS tools a
+/// look into the home folder; the session bus is needed to show something on a Linux desktop.
 std::vector<std::string> toolEnvironment() {
     std::vector<std::string> variables = {"PATH=/usr/bin:/bin:/usr/sbin:/sbin"};
     for (const char* kept :
@@ -35,8 +34,7 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
     return result;
 }
 
-/// Both structures of a spawn, destroyed together. Every call's error is kept until the end: the first one
-/// wins.
+/// Both structures of a spawn, destroyed together. Keeps the first error of all calls.
 class SpawnSettings {
   public:
     SpawnSettings() {
@@ -56,7 +54,7 @@ class SpawnSettings {
         keep(posix_spawn_file_actions_adddup2(&actions, standardError, STDERR_FILENO));
     }
 
-    /// A group of its own, and signals as a fresh process has them whatever this program blocks or ignores.
+    /// A separate process group, and default signal handling whatever this program blocks or ignores.
     void freshSignals() {
         sigset_t none;
         sigset_t all;
@@ -66,7 +64,7 @@ class SpawnSettings {
         sigdelset(&all, SIGSTOP);
         int flags = POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
 #ifdef POSIX_SPAWN_CLOEXEC_DEFAULT
-        flags |= POSIX_SPAWN_CLOEXEC_DEFAULT; // also what another thread opened a moment ago
+        flags |= POSIX_SPAWN_CLOEXEC_DEFAULT; // includes descriptors that another thread has just opened
 #endif
         keep(posix_spawnattr_setpgroup(&attributes, 0));
         keep(posix_spawnattr_setsigmask(&attributes, &none));
@@ -109,7 +107,7 @@ tl::expected<ChildProcess, int> ChildProcess::start(const std::string& executabl
                                                     const FileDescriptor& standardError) {
     std::vector<std::string> words = {executable};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    // A zero byte would cut a word short, and the tool would act on something else.
+    // A NUL byte would truncate an argument, and the tool would act on something else.
     for (const auto& word : words)
         if (word.find('\0') != std::string::npos) return tl::unexpected(EINVAL);
 
@@ -137,7 +135,7 @@ ChildProcess::~ChildProcess() {
 bool ChildProcess::hasEnded() const {
     if (id_ == 0) return true;
     siginfo_t ended{};
-    // WNOWAIT leaves it to be waited for: until then its number, and so its group's, is not given away.
+    // WNOWAIT keeps the process waitable, so its ID, and its group's, cannot be reused yet.
     const int result = waitid(P_PID, static_cast<id_t>(id_), &ended, WEXITED | WNOHANG | WNOWAIT);
     return result != 0 ? errno != EINTR : ended.si_pid != 0;
 }

@@ -18,16 +18,16 @@ namespace tidwen {
 
 namespace {
 
-/// Beyond this many remains of one item something is wrong that another move would only make worse.
+/// Give up with this many remains of one item; another move would only make it worse.
 constexpr int lastAside = 9;
 
-/// A number stands before the hyphen: behind it, it could be the beginning of another item's name.
+/// The number comes before the hyphen; after it, it could be the beginning of another item's name.
 std::string asideName(const std::string& name, int number) {
     return nameBeside(number == 1 ? ".tidwen-moved-" : fmt::format(".tidwen-moved{}-", number), name);
 }
 
-/// Gives what stands aside the item's own name. That may have been taken meanwhile, by an application that
-/// made its folder anew: then it gets a visible name beside, because a hidden one would be found by nobody.
+/// Gives an item that was set aside its own name again. If that has been taken meanwhile, by an application
+/// that created its folder again, it gets a visible name beside it, because no one would find a hidden one.
 FileResult<Path> giveVisibleName(const MoveEnd& from, const std::string& aside) {
     const int folder = from.place.folder.get();
     const auto rename = [&](const std::string& name) {
@@ -44,8 +44,8 @@ FileResult<Path> giveVisibleName(const MoveEnd& from, const std::string& aside) 
     return place;
 }
 
-/// Mounted elsewhere once more, a folder of the very item can hold the destination: the copy would be copied
-/// again and again, until names or the disk run out.
+/// If the item's own folder is also mounted elsewhere, it can contain the destination: the copy would then be
+/// copied again and again until names or disk space run out.
 bool liesInside(int folder, dev_t device, const TreeRecord& item) {
     Descriptor current = openFolderToSearch(folder, ".");
     for (ItemIdentity last; current.isOpen();) {
@@ -58,8 +58,8 @@ bool liesInside(int folder, dev_t device, const TreeRecord& item) {
     return false;
 }
 
-/// One move, and the names it uses. Those in between follow from the two ends, so that they are found again
-/// after a crash.
+/// One move and the names it uses. The intermediate names are derived from the two ends, so that they are
+/// found again after a crash.
 class CopiedMove {
   public:
     CopiedMove(const MoveEnd& from, const MoveEnd& to) : from_(from), to_(to) {}
@@ -67,7 +67,7 @@ class CopiedMove {
     MoveResult run() {
         if (auto settled = settle(); !settled) return settled;
         if (isTaken(target(), finalName())) return refused(to_.path, FileFault::exists);
-        // Known beforehand, so as not to copy in vain.
+        // Check first, to avoid a pointless copy.
         if (::faccessat(source(), ".", W_OK | X_OK, AT_EACCESS) != 0) return failed(from_.path, errno);
         if (::faccessat(target(), ".", W_OK | X_OK, AT_EACCESS) != 0) return failed(to_.path, errno);
         const auto before = TreeRecord::of(source(), original());
@@ -84,7 +84,7 @@ class CopiedMove {
 
     MoveResult settle() {
         finishRenamesByLink();
-        std::optional<std::string> unsettled; // the newest, which is this move's if any is
+        std::optional<std::string> unsettled; // the newest, which belongs to this move if any does
         std::optional<MoveRemains> remains;
         for (const auto& aside : namesAside(source(), from_.place.name)) {
             const auto completion = complete(aside);
@@ -100,7 +100,7 @@ class CopiedMove {
             dropCopy();
             return remains;
         }
-        // Without an original the copy is all there is, and no state that a crash of ours leaves.
+        // Our own crash cannot leave a copy without an original.
         if (!isPlaced) return refused(from_.path, FileFault::missing);
         return remains;
     }
@@ -111,7 +111,7 @@ class CopiedMove {
     const char* original() const { return from_.place.name.c_str(); }
     const char* finalName() const { return to_.place.name.c_str(); }
 
-    /// Where the disk has no exclusive rename, a kill leaves both names of a file.
+    /// Without an exclusive rename, a kill leaves both names of a file.
     void finishRenamesByLink() {
         finishLinkedRename(target(), copy_.c_str(), target(), finalName());
         for (const auto& aside : namesAside(source(), from_.place.name))
@@ -136,11 +136,11 @@ class CopiedMove {
         const auto same = isSameTree(source(), original(), target(), copy_.c_str(), Compared::whole);
         if (!same) return failed(from_.path, same.error());
         if (!*same)
-            return failed(from_.path, EBUSY); // somebody writes in it, or the disk does not keep it all
+            return failed(from_.path, EBUSY); // it is being written to, or the disk does not store all of it
         return {};
     }
 
-    /// From here on the original is the one that stands aside.
+    /// From here on the original is the item that was set aside.
     MoveResult exchange(const TreeRecord& before) {
         std::string aside;
         int fault = EEXIST;
@@ -165,7 +165,7 @@ class CopiedMove {
         return returned ? failed(culprit, reason) : returned;
     }
 
-    /// The error tells another name than its own, when that was taken.
+    /// The error carries the new name when its own was taken.
     MoveResult returnAside(const std::string& aside) {
         const auto place = giveVisibleName(from_, aside);
         if (!place) return tl::unexpected(place.error());
@@ -174,8 +174,8 @@ class CopiedMove {
         return {};
     }
 
-    /// The item is complete at its destination: what cannot be removed any more does not undo the move.
-    /// Nothing is removed before the new name is on the disk.
+    /// The item is complete at its destination, so a failed removal does not undo the move. Nothing is
+    /// removed before the new name is flushed.
     std::optional<MoveRemains> removeAside(const std::string& aside, const TreeRecord& known) {
         if (const int fault = flushFolder(target())) return remainsAt(aside, faultOf(fault));
         const int fault = removeTree(source(), aside.c_str(), &known);
@@ -185,7 +185,7 @@ class CopiedMove {
     }
 
     struct Completion {
-        bool isThisMoves = false; ///< and its copy whole, so that it is complete now
+        bool isThisMoves = false; ///< what is aside is this move's, and its copy is complete
         std::optional<MoveRemains> remains = {};
     };
 
@@ -206,8 +206,8 @@ class CopiedMove {
         return Completion{true, removeAside(aside, *known)};
     }
 
-    /// The original goes back. Where it stands, too, and nothing was copied, what is aside are remains of an
-    /// earlier move, which has another destination.
+    /// Puts the original back. If an item has its old name, too, and nothing was copied, what is aside are
+    /// remains of an earlier move to another destination.
     MoveResult settleWithoutWholeCopy(const std::string& aside, bool isCopied) {
         if (!isCopied && isTaken(source(), original())) return {};
         return returnAside(aside);

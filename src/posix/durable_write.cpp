@@ -19,13 +19,13 @@ bool isSame(const OsResult<struct stat>& a, const OsResult<struct stat>& b) {
     return a && b && a->st_dev == b->st_dev && a->st_ino == b->st_ino;
 }
 
-/// Takes away a temporary file that a crash left. EEXIST when somebody is writing it, or when it is no file.
+/// Removes a temporary file left by a crash. EEXIST when it is being written or is not a file.
 int removeStale(int folder, const char* name) {
     const Descriptor stale(::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!stale.isOpen()) return errno == ENOENT ? 0 : EEXIST;
     const auto item = statOpen(stale.get());
     if (!item || !S_ISREG(item->st_mode) || ::flock(stale.get(), LOCK_EX | LOCK_NB) != 0) return EEXIST;
-    // Its writer may have renamed it and gone between the two calls; then the name is no longer this file's.
+    // Its writer may have renamed it between the two calls; then the name refers to another file.
     if (!isSame(item, statItem(folder, name))) return 0;
     return ::unlinkat(folder, name, 0) == 0 || errno == ENOENT ? 0 : errno;
 }
@@ -38,7 +38,7 @@ OsResult<Descriptor> createTemporary(int folder, const char* name) {
     for (int attempt = 0; attempt < 10; ++attempt) {
         Descriptor file(::openat(folder, name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
         if (file.isOpen()) {
-            // Between the two calls another writer may have taken it for stale.
+            // Between the two calls another writer may have removed it as stale.
             if (::flock(file.get(), LOCK_EX | LOCK_NB) == 0
                 && isSame(statOpen(file.get()), statItem(folder, name)))
                 return file;
@@ -51,7 +51,7 @@ OsResult<Descriptor> createTemporary(int folder, const char* name) {
     return tl::unexpected(EEXIST);
 }
 
-/// Owner before mode, because a change of owner takes the set-user bits away. 0 or the errno.
+/// Owner before mode, because chown clears the set-user bits. Returns 0 or the errno.
 int keepIdentity(int folder, const char* existing, int file) {
     const auto item = statItem(folder, existing);
     if (!item && item.error() == ENOENT) return 0;
@@ -100,12 +100,12 @@ void dropStaleReplacement(const Place& place) {
 std::string nameBeside(std::string_view prefix, std::string_view name) {
     std::string whole = fmt::format("{}{}", prefix, name);
     if (whole.size() <= longestFileName) return whole;
-    std::uint64_t hash = 0xcbf29ce484222325u; // FNV-1a: the same in every run, also after a crash
+    std::uint64_t hash = 0xcbf29ce484222325u; // FNV-1a: the same in every run, including after a crash
     for (const char byte : name)
         hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3u;
     const std::string tail = fmt::format("-{:016x}", hash);
     std::size_t length = longestFileName - tail.size();
-    // Not inside a character: some disks take only valid UTF-8.
+    // Not inside a character: some file systems accept only valid UTF-8.
     while (length > prefix.size() && (static_cast<unsigned char>(whole[length]) & 0xC0) == 0x80)
         --length;
     return whole.substr(0, length) + tail;

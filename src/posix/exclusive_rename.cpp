@@ -21,7 +21,7 @@ int renamePlainly(int fromFolder, const char* from, int toFolder, const char* to
     return ::renameat(fromFolder, from, toFolder, to) == 0 ? 0 : errno;
 }
 
-/// The kernel itself puts a folder only where nothing is, or a folder that is empty.
+/// rename() itself replaces nothing but an empty folder.
 int renameFolder(int fromFolder, const char* from, int toFolder, const char* to) {
     if (isTaken(toFolder, to)) return EEXIST;
     const int fault = renamePlainly(fromFolder, from, toFolder, to);
@@ -36,7 +36,7 @@ int renameByLink(int fromFolder, const char* from, int toFolder, const char* to)
         return fault;
     }
     if (errno == EEXIST || errno == ENOENT || errno == EXDEV) return errno;
-    // No hard links here, or not of somebody else's file.
+    // No hard links here, or not to another owner's file.
     if (isTaken(toFolder, to)) return EEXIST;
     return renamePlainly(fromFolder, from, toFolder, to);
 }
@@ -57,7 +57,7 @@ bool finishLinkedRename(int fromFolder, const char* from, int toFolder, const ch
     const auto second = statItem(toFolder, to);
     if (!first || !second || S_ISDIR(first->st_mode)) return false;
     if (first->st_dev != second->st_dev || first->st_ino != second->st_ino) return false;
-    // With one link only both names are the same entry, reached by two spellings of its path.
+    // With a single link, both names are the same entry under two spellings of its path.
     return first->st_nlink >= 2 && ::unlinkat(fromFolder, from, 0) == 0;
 }
 

@@ -38,15 +38,15 @@ int setValue(int descriptor, const char* name, const char* value, std::size_t si
 int removeAttribute(int descriptor, const char* name) {
     return ::fremovexattr(descriptor, name);
 }
-// A Mac's attribute lies in "user." where files were copied here, in "osx." where the Mac's disk is mounted.
+// A Mac's attribute is in "user." where files were copied here, in "osx." where the Mac's disk is mounted.
 constexpr std::array<const char*, 2> macNamespaces{"user.", "osx."};
 constexpr const char* systemLabel = "security.selinux";
 #endif
 
-// A Mac keeps resource forks as attributes; more than this is refused rather than held in memory.
+// A Mac stores resource forks as attributes; larger ones are refused rather than held in memory.
 constexpr ssize_t valueLimit = 64 << 20;
 
-/// Calls with growing buffers: what is asked for may grow between asking its size and reading it.
+/// Calls with growing buffers, because the value may grow between asking for its size and reading it.
 template<class Call>
 OsResult<std::string> readAll(Call call) {
     for (int attempt = 0; attempt < 10; ++attempt) {
@@ -106,7 +106,7 @@ OsResult<std::string> macAttributeOf(int descriptor, const std::string& name) {
 int copyExtendedAttributes(int from, int to) {
     const auto wanted = extendedAttributesOf(from), present = extendedAttributesOf(to);
     if (!wanted || !present) return wanted ? present.error() : wanted.error();
-    // A folder can hand an access list down to what is made in it.
+    // A folder can pass an access control list on to what is created in it.
     for (const auto& [name, value] : *present)
         if (!wanted->contains(name) && removeAttribute(to, name.c_str()) != 0) return errno;
     for (const auto& [name, value] : *wanted)

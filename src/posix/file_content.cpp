@@ -17,7 +17,7 @@ constexpr std::size_t pieceBytes = 256u << 10;
 
 constexpr std::uint64_t mostHolesRead = std::uint64_t{1} << 30;
 
-constexpr std::size_t mostRanges = 1u << 16; // a file in more pieces is read whole
+constexpr std::size_t mostRanges = 1u << 16; // a file with more ranges is read completely
 
 struct Range {
     std::uint64_t begin;
@@ -26,8 +26,8 @@ struct Range {
 
 #ifdef SEEK_DATA
 
-/// Where the disk says that a file has data; nothing when it does not say, contradicts itself, or has
-/// allocated more than that: some file systems call a hole what is not on the disk yet.
+/// The data ranges that the file system reports; nullopt when it reports none, contradicts itself, or has
+/// allocated more than that: some file systems report delayed allocations as holes.
 std::optional<std::vector<Range>> reportedData(int file, std::uint64_t size) {
     const auto item = statOpen(file);
     if (!item) return std::nullopt;
@@ -36,7 +36,7 @@ std::optional<std::vector<Range>> reportedData(int file, std::uint64_t size) {
     std::uint64_t reported = 0;
     for (std::uint64_t offset = 0; offset < size;) {
         const off_t begin = ::lseek(file, static_cast<off_t>(offset), SEEK_DATA);
-        if (begin < 0 && errno == ENXIO) break; // only holes from here on
+        if (begin < 0 && errno == ENXIO) break; // only a hole from here on
         const off_t end = begin < 0 ? begin : ::lseek(file, begin, SEEK_HOLE);
         const bool makesSense = end > begin && static_cast<std::uint64_t>(begin) >= offset;
         if (!makesSense || ranges.size() == mostRanges) return std::nullopt;
@@ -51,8 +51,7 @@ std::optional<std::vector<Range>> reportedData(int file, std::uint64_t size) {
 
 #endif
 
-/// The stretches of a file that have to be copied. All of it, unless the disk's account of its holes agrees
-/// with what it has allocated.
+/// The ranges to copy: the whole file, unless the reported holes agree with the allocated size.
 std::vector<Range> dataOf(int file, std::uint64_t size) {
     std::vector<Range> ranges;
 #ifdef SEEK_DATA
@@ -63,7 +62,7 @@ std::vector<Range> dataOf(int file, std::uint64_t size) {
     return ranges;
 }
 
-/// Data of either file. Where both have a hole both read as zeros.
+/// Data of either file. Where both have a hole, both read as zeros.
 std::vector<Range> merged(std::vector<Range> a, const std::vector<Range>& b) {
     a.insert(a.end(), b.begin(), b.end());
     std::ranges::sort(a, {}, &Range::begin);
@@ -83,15 +82,15 @@ std::uint64_t bytesOf(const std::vector<Range>& ranges) {
     return bytes;
 }
 
-/// The stretches of two files that have to be compared: all of them, unless the holes that both disks tell of
-/// exceed anything that a disk would still keep to itself.
+/// The ranges to compare: everything, unless the holes reported by both disks are larger than anything a disk
+/// may not have allocated yet.
 std::vector<Range> comparedOf(int a, int b, std::uint64_t size) {
     auto ranges = merged(dataOf(a, size), dataOf(b, size));
     if (bytesOf(ranges) + mostHolesRead < size) return ranges;
     return {{0, size}};
 }
 
-/// Fills the buffer from `offset` or to the end of the file; the bytes read, or -1.
+/// Fills the buffer from `offset` or to the end of the file. Returns the number of bytes read, or -1.
 ssize_t readPiece(int file, char* buffer, std::size_t length, std::uint64_t offset) {
     std::size_t done = 0;
     while (done < length) {
@@ -131,7 +130,7 @@ int copyContent(int from, int to, std::uint64_t size) {
             const auto wanted = std::min<std::uint64_t>(buffer.size(), end - offset);
             const auto count = readPiece(from, buffer.data(), wanted, offset);
             if (count < 0) return errno;
-            if (count == 0) break; // cut shorter meanwhile; the comparison will tell
+            if (count == 0) break; // truncated meanwhile; the comparison will detect it
             const std::string_view piece(buffer.data(), static_cast<std::size_t>(count));
             if (!isZero(piece)) {
                 if (const int fault = writePiece(to, piece.data(), piece.size(), offset)) return fault;

@@ -28,9 +28,9 @@ FileFault faultOf(int osCode) {
         return FileFault::nameTooLong;
     case EBUSY:
         return FileFault::busy;
-    case EINVAL: // a folder into itself, a name that the disk's format does not allow
+    case EINVAL: // a folder into itself, or a name that the file system does not allow
     case EILSEQ:
-    case EFBIG: // larger than the disk's format allows
+    case EFBIG: // larger than the file system allows
     case ENOSYS:
 #if ENOTSUP != EOPNOTSUPP
     case EOPNOTSUPP:

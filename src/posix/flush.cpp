@@ -9,7 +9,7 @@ namespace tidwen {
 
 int flushFile(int descriptor) {
 #ifdef F_FULLFSYNC
-    if (::fcntl(descriptor, F_FULLFSYNC) == 0) return 0; // fsync alone stops at the drive's own cache there
+    if (::fcntl(descriptor, F_FULLFSYNC) == 0) return 0; // there, fsync alone stops at the drive's own cache
 #endif
     return uninterrupted([&] { return ::fsync(descriptor); }) == 0 ? 0 : errno;
 }
@@ -27,7 +27,7 @@ int flushDisk(int folder) {
     if (!readable.isOpen()) return errno;
     return ::syncfs(readable.get()) == 0 ? 0 : errno;
 #else
-    return flushFolder(folder); // F_FULLFSYNC empties the whole drive's cache
+    return flushFolder(folder); // F_FULLFSYNC flushes the whole drive's cache
 #endif
 }
 

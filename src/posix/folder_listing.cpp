@@ -44,7 +44,7 @@ Descriptor openFolderToRead(int folder, const char* name) {
 }
 
 FolderListing::FolderListing(int folder) {
-    // A stream owns its descriptor: it gets one of its own. Both share one position, which another listing
+    // A stream owns its descriptor, so it gets a duplicate. Both share one position, which another listing
     // may have left at the end.
     start(Descriptor(::fcntl(folder, F_DUPFD_CLOEXEC, 0)));
     if (stream_) ::rewinddir(stream_);

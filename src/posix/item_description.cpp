@@ -11,7 +11,7 @@ namespace tidwen {
 
 namespace {
 
-constexpr std::uint64_t blockBytes = 512; // the unit of st_blocks, whatever the disk's own is
+constexpr std::uint64_t blockBytes = 512; // the unit of st_blocks on every file system
 
 } // namespace
 
@@ -36,7 +36,7 @@ std::uint64_t mountOf(const struct statx& item) {
 
 } // namespace
 
-// statx tells the flags that forbid a change in the same call; the older way would have to open the item.
+// statx also returns the flags that forbid a change; otherwise the item would have to be opened.
 OsResult<FileInfo> describeItem(int folder, const char* name) {
     struct statx item {};
     constexpr unsigned wanted = STATX_BASIC_STATS | STATX_BTIME | STATX_MNT_ID;
@@ -127,7 +127,7 @@ OsResult<ItemIdentity> identifyOpen(int descriptor) {
 #endif
 
 OsResult<struct stat> statItem(int folder, const char* name) {
-    OsResult<struct stat> item; // filled in place: a walk asks for hundreds of thousands
+    OsResult<struct stat> item; // filled in place, because a walk describes hundreds of thousands of items
     if (::fstatat(folder, name, &*item, AT_SYMLINK_NOFOLLOW) != 0) item = tl::unexpected(errno);
     return item;
 }
@@ -144,7 +144,7 @@ bool isTaken(int folder, const char* name) {
 }
 
 OsResult<std::string> readLinkTarget(int folder, const char* name) {
-    char target[4096]; // no system keeps a longer one
+    char target[4096]; // no system supports a longer target
     const ssize_t length = ::readlinkat(folder, name, target, sizeof target);
     if (length < 0) return tl::unexpected(errno);
     if (static_cast<std::size_t>(length) == sizeof target) return tl::unexpected(ENAMETOOLONG);

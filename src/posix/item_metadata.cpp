@@ -18,7 +18,7 @@ std::array<timespec, 2> timesOf(const struct stat& item) {
 }
 
 #ifdef __APPLE__
-// Access lists and the Finder's flags; the other flags forbid changes, and such an item is not moved.
+// Access control lists and the Finder's flags; other flags forbid changes, and such an item is not moved.
 int copyMacMetadata(int from, const struct stat& original, int to) {
     if (::fcopyfile(from, to, nullptr, COPYFILE_ACL) != 0) return errno;
     return ::fchflags(to, original.st_flags & (UF_HIDDEN | UF_NODUMP | UF_OPAQUE)) == 0 ? 0 : errno;
@@ -32,7 +32,7 @@ int copyMacMetadata(int, const struct stat&, int) {
 } // namespace
 
 int copyMetadata(int from, const struct stat& original, int to) {
-    // In this order: a new owner takes set-user bits away, attributes can change both permissions and times.
+    // In this order: chown clears set-user bits, and attributes can change permissions and times.
     if (::fchown(to, original.st_uid, original.st_gid) != 0) return errno;
     if (const int fault = copyExtendedAttributes(from, to)) return fault;
     if (::fchmod(to, original.st_mode & 07777) != 0) return errno;

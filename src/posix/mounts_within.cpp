@@ -20,8 +20,7 @@ namespace tidwen {
 
 namespace {
 
-/// The list of mounts writes some bytes of a path, the blank among them, as a backslash and three octal
-/// digits.
+/// The mount list writes some bytes of a path, including the space, as a backslash and three octal digits.
 std::string unescaped(const std::string& text) {
     std::string path;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -33,7 +32,7 @@ std::string unescaped(const std::string& text) {
     return path;
 }
 
-/// The fifth field of a line: where the mount is.
+/// The fifth field of a line: the mount point.
 std::string mountPoint(const std::string& line) {
     std::istringstream fields(line);
     std::string field;

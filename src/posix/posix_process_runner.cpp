@@ -27,12 +27,13 @@ struct Pipe {
     FileDescriptor writeEnd;
 };
 
-/// Neither end reaches any tool by inheritance, and none is one of the three standard streams, which the file
-/// actions of the spawn overwrite.
+/// Neither end is inherited by any tool, and neither is one of the standard streams, which the file actions
+/// of the spawn overwrite.
 std::optional<Pipe> openPipe() {
     std::array<int, 2> ends{};
 #ifdef POSIX_SPAWN_CLOEXEC_DEFAULT
-    if (pipe(ends.data()) != 0) return std::nullopt; // this system closes at the spawn, and has no pipe2
+    if (pipe(ends.data()) != 0)
+        return std::nullopt; // this system closes descriptors at the spawn, and lacks pipe2
 #else
     if (pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
 #endif
@@ -45,7 +46,7 @@ std::optional<Pipe> openPipe() {
     return result;
 }
 
-/// One output stream of a tool, read without ever blocking.
+/// One output stream of a tool, read without blocking.
 class OutputReader {
   public:
     OutputReader(FileDescriptor readEnd, std::size_t limit) : readEnd_(std::move(readEnd)), limit_(limit) {}
@@ -53,7 +54,8 @@ class OutputReader {
     bool isOpen() const { return readEnd_.isOpen(); }
     int descriptor() const { return readEnd_.get(); }
 
-    /// Takes what is there, at most a few buffers so that the caller sees the time between two calls.
+    /// Reads what is available, at most a few buffers, so that the caller can check the time between two
+    /// calls.
     void take() {
         std::array<char, 65536> buffer;
         for (int round = 0; round < 16 && isOpen(); ++round) {
@@ -79,7 +81,7 @@ class OutputReader {
         bytes_.append(bytes.substr(0, room));
     }
 
-    /// The limit may have cut a character in two, which is no reason to lose the whole text.
+    /// The limit may have split a character, which is no reason to discard the whole text.
     void dropCutCharacter() {
         std::size_t continuation = 0;
         while (continuation < std::min<std::size_t>(bytes_.size(), 3)
@@ -95,7 +97,7 @@ class OutputReader {
     bool isTruncated_ = false;
 };
 
-/// A tool with its two streams, while it runs.
+/// A running tool with its two streams.
 class RunningTool {
   public:
     RunningTool(ChildProcess process, OutputReader output, OutputReader error)
@@ -103,14 +105,14 @@ class RunningTool {
 
     ChildProcess& process() { return process_; }
 
-    /// Reads until the tool has ended (or, with `alsoOutput`, both streams have too). False at the deadline.
+    /// Reads until the tool has ended (with `alsoOutput`, also both streams). False at the deadline.
     bool readUntilEnd(steady_clock::time_point deadline, bool alsoOutput) {
         auto pause = shortestPause;
         for (;;) {
             if (process_.hasEnded() && (!alsoOutput || (!output_.isOpen() && !error_.isOpen()))) return true;
             const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now());
             if (left <= milliseconds::zero()) return false;
-            // Output wakes us at once; the end of a tool that has closed its streams is looked for.
+            // Output wakes the poll at once; the end of a tool that has closed its streams is polled for.
             pause = readOnce(std::min(pause, left)) ? shortestPause : std::min(pause * 2, longestPause);
         }
     }
@@ -125,10 +127,11 @@ class RunningTool {
     static constexpr milliseconds shortestPause{1};
     static constexpr milliseconds longestPause{50};
 
-    /// True when a stream had something, its end included.
+    /// True when a stream returned something, including its end.
     bool readOnce(milliseconds pause) {
-        std::array<pollfd, 2> streams{pollfd{output_.descriptor(), POLLIN, 0},
-                                      pollfd{error_.descriptor(), POLLIN, 0}}; // a negative number is ignored
+        std::array<pollfd, 2> streams{
+            pollfd{output_.descriptor(), POLLIN, 0},
+            pollfd{error_.descriptor(), POLLIN, 0}}; // poll ignores a negative number
         if (poll(streams.data(), streams.size(), static_cast<int>(pause.count())) <= 0) return false;
         if (streams[0].revents != 0) output_.take();
         if (streams[1].revents != 0) error_.take();

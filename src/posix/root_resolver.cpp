@@ -44,7 +44,8 @@ int openResolved(int folder, const char* path, int flags, std::uint64_t resolve)
 
 int openInRoot(int root, const char* path, int flags, std::uint64_t resolve = 0) {
     int result = -1;
-    // EAGAIN: something was renamed during a step over "..", so the kernel cannot vouch for the root.
+    // EAGAIN: something was renamed during a step over "..", so the kernel cannot guarantee that it stayed
+    // inside the root.
     for (int attempt = 0; attempt < 100; ++attempt) {
         result = openResolved(root, path, flags, inRoot | resolve);
         if (result >= 0 || (errno != EAGAIN && errno != EINTR)) break;
@@ -63,16 +64,16 @@ int openInRoot(int, const char*, int, std::uint64_t = 0) {
 }
 #endif
 
-/// One way down from the root, a component at a time. It holds one folder open and remembers what it came
-/// through by device and inode: ".." is taken only when it leads back there, so a folder that is moved out of
-/// the root meanwhile cannot take the walk with it.
+/// A walk from the root, one component at a time. Holds one folder open and remembers the folders above it by
+/// device and inode: ".." is taken only when it leads back there, so a folder moved out of the root meanwhile
+/// cannot take the walk with it.
 class Walk {
   public:
     enum class ParentLinks { follow, refuse };
 
     Walk(int root, LastLink last, ParentLinks parents) : root_(root), last_(last), parents_(parents) {}
 
-    /// 0 when the place was found, else the errno.
+    /// Returns 0 when the place was found, else the errno.
     int run(const std::string& path) {
         if (path.size() >= pathLimit) return ENAMETOOLONG;
         if (!goToRoot()) return errno;
@@ -97,7 +98,7 @@ class Walk {
         return Path(text.empty() ? "/" : text);
     }
 
-    /// Where the walk failed and what it still had to go, links on the way taken.
+    /// The path where the walk failed plus what remained, with the links so far resolved.
     Path sought() const {
         Path path("/");
         for (const auto& level : levels_)
@@ -121,7 +122,7 @@ class Walk {
         return current_.isOpen();
     }
 
-    /// Puts the components of a text before what is still to be walked.
+    /// Puts the components of a text before those still to be walked.
     void addPending(const std::string& text) {
         std::vector<std::string> parts;
         for (std::size_t at = 0; at < text.size();) {
@@ -129,7 +130,7 @@ class Walk {
             if (end > at) parts.push_back(text.substr(at, end - at));
             at = end + 1;
         }
-        // "name/" asks for a folder, as "name/." does.
+        // "name/" requires a folder, as "name/." does.
         if (!text.empty() && text.back() == '/') parts.emplace_back(".");
         pending_.insert(pending_.end(), std::make_move_iterator(parts.rbegin()),
                         std::make_move_iterator(parts.rend()));
@@ -215,7 +216,7 @@ FileResult<Descriptor> RootResolver::open(const Path& path, int flags, LastLink 
     }
     auto found = place(path, last);
     if (!found) return tl::unexpected(found.error());
-    // The walk has followed every link there was: one that stands here now was put in its way.
+    // The walk has followed every link, so one that is here now was put there meanwhile.
     Descriptor opened(uninterrupted(
         [&] { return ::openat(found->folder.get(), found->name.c_str(), flags | O_NOFOLLOW | O_CLOEXEC); }));
     if (!opened.isOpen()) return failed(path, errno);
@@ -271,7 +272,7 @@ std::optional<bool> RootResolver::LooksBelow::isThere(const std::string& item) c
 
 FileResult<Path> RootResolver::resolve(const Path& path) const {
     if (!canName(path)) return refused(path, FileFault::missing);
-    // Only the walk sees the names on the way; asking the kernel for them afterwards would need /proc.
+    // Only the walk knows the names on the way; asking the kernel afterwards would require /proc.
     Walk walk(root_.get(), LastLink::follow, Walk::ParentLinks::follow);
     if (const int fault = walk.run(path.string()))
         return failed(fault == ENOENT ? walk.sought() : path, fault);

@@ -22,14 +22,15 @@ namespace tidwen {
 
 namespace {
 
-// Without O_NONBLOCK a pipe would wait for its writer, without O_NOCTTY a terminal would become ours.
+// Without O_NONBLOCK opening a pipe would wait for its writer; without O_NOCTTY a terminal would become this
+// process's own.
 constexpr int readFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY;
 
-/// Reads from `offset` until `length` bytes are there or the file ends; `size` is the file's, as it was when
-/// it was opened.
+/// Reads from `offset` until `length` bytes are read or the file ends; `size` is the file's size when it was
+/// opened.
 OsResult<std::string> readBytes(int file, std::uint64_t offset, std::size_t length, std::uint64_t size) {
     const std::uint64_t rest = size > offset ? size - offset : 0;
-    // One byte more than there should be: when it does not come, the end is known without another call.
+    // One byte more than expected: when it does not arrive, the end is known without another call.
     std::size_t wanted = static_cast<std::size_t>(std::min<std::uint64_t>(length, rest + 1));
     std::string bytes;
     while (bytes.size() < wanted) {
@@ -41,7 +42,7 @@ OsResult<std::string> readBytes(int file, std::uint64_t offset, std::size_t leng
         if (count < 0) return tl::unexpected(errno);
         bytes.resize(old + static_cast<std::size_t>(count));
         if (count == 0 || bytes.size() == rest) break;
-        // It has grown meanwhile, or does not tell its size.
+        // It has grown meanwhile, or does not report its size.
         if (bytes.size() == wanted) wanted = std::min(length, std::max<std::size_t>(wanted * 2, 64u << 10));
     }
     return bytes;
@@ -59,13 +60,13 @@ bool mayTakeOut(int folder, const char* name) {
         return ::faccessat(folder, what, W_OK, AT_EACCESS) == 0;
     };
     if (::faccessat(folder, ".", W_OK | X_OK, AT_EACCESS) != 0) return false;
-    // A folder gets another "..", which takes the right to write in it.
+    // A moved folder gets a new "..", which requires the right to write in it.
     if (item->kind == FileKind::directory && !isWritable(name)) return false;
     const auto me = ::geteuid();
     return (holder->st_mode & S_ISVTX) == 0 || me == 0 || item->ownerID == me || holder->st_uid == me;
 }
 
-/// The kernel keeps the lock as long as the file is open.
+/// The kernel holds the lock as long as the file is open.
 class DescriptorLock : public FolderLock {
   public:
     explicit DescriptorLock(Descriptor file) : file_(std::move(file)) {}
@@ -98,9 +99,9 @@ class RootedFileSystem::Impl {
         std::uint64_t size; ///< when it was opened
     };
 
-    /// Opens a plain file. Looked at before, because opening a pipe or a device can already have an effect.
+    /// Opens a plain file. Describes it first, because opening a pipe or a device can already have an effect.
     FileResult<OpenFile> openFile(const Path& path) const {
-        // Both from its folder, so that the way there is gone once; a link's target has another one.
+        // Both relative to its folder, so the path is resolved once; a link's target has another folder.
         const auto place = resolver.place(path, LastLink::keep);
         if (!place) return tl::unexpected(place.error());
         const int folder = place->folder.get();
@@ -120,12 +121,12 @@ class RootedFileSystem::Impl {
         return opened(path, std::move(*file));
     }
 
-    /// To whom a new item belongs; nothing outside the home.
+    /// The owner of a new item; nullopt outside the home.
     std::optional<Ownership> ownerOfNew(const Path& path) const {
         return home && path.isWithin(home->folder) ? std::optional(home->owner) : std::nullopt;
     }
 
-    /// Outside the home a folder is everybody's: closed, nobody else could use what lies in it.
+    /// A folder outside the home is for all users: if private, no one else could use its contents.
     bool isShared(const Path& folder) const {
         return home && !folder.isWithin(home->folder);
     }
@@ -206,7 +207,7 @@ FileResult<std::string> RootedFileSystem::read(const Path& file, std::size_t max
     const auto opened = impl_->openFile(file);
     if (!opened) return tl::unexpected(opened.error());
     if (opened->size > maxBytes) return refused(file, FileFault::tooLarge);
-    // One byte more than allowed shows a file that has grown since.
+    // One byte more than allowed detects a file that has grown since.
     auto bytes =
         readBytes(opened->file.get(), 0, maxBytes < SIZE_MAX ? maxBytes + 1 : maxBytes, opened->size);
     if (!bytes) return failed(file, bytes.error());
@@ -218,7 +219,7 @@ FileResult<std::string> RootedFileSystem::readRange(const Path& file, std::uint6
                                                     std::size_t length) const {
     const auto opened = impl_->openFile(file);
     if (!opened) return tl::unexpected(opened.error());
-    // Also keeps an offset that the kernel would take for a negative one away from it.
+    // Also rejects an offset that the kernel would take as negative.
     if (offset >= opened->size) return std::string();
     auto bytes = readBytes(opened->file.get(), offset, length, opened->size);
     if (!bytes) return failed(file, bytes.error());
@@ -309,7 +310,7 @@ FileResult<void> RootedFileSystem::createDirectories(const Path& folder) {
         return {};
     }
     auto created = createDirectory(folder);
-    // Somebody else may have been quicker; anything but a folder there stays an error.
+    // Another process may have created it first; anything but a folder there stays an error.
     if (!created && created.error().fault == FileFault::exists && isFolder()) return {};
     return created;
 }
@@ -322,14 +323,14 @@ MoveResult RootedFileSystem::move(const Path& from, const Path& to) {
     const auto item = statItem(source->folder.get(), source->name.c_str());
     if (!item) return failed(from, item.error());
     if (from != to && to.isWithin(from)) return refused(to, FileFault::notSupported);
-    // A rename would take the mount along, and with it what is on that disk.
+    // A rename would take along the mount and everything on that disk.
     if (holdsMount(source->folder.get(), source->name.c_str())) return refused(from, FileFault::otherDisk);
 
     const int fault = renameExclusively(source->folder.get(), source->name.c_str(), target->folder.get(),
                                         target->name.c_str());
     if (fault == EXDEV) return moveByCopy({*source, from}, {*target, to});
     if (fault) return failed(fault == EEXIST || fault == ENOSPC ? to : from, fault);
-    // The item is whole at one of the two names, flushed or not: nothing here could still fail the move.
+    // The item is complete under one of the two names, flushed or not, so the move can no longer fail here.
     flushFolder(target->folder.get());
     flushFolder(source->folder.get());
     return {};

@@ -16,7 +16,7 @@ namespace tidwen {
 
 namespace {
 
-/// Ends the walk at the first difference, which is no fault of the system's.
+/// Ends the walk at the first difference, which is not a system error.
 constexpr int difference = -1;
 
 int answer(bool same) {
@@ -48,7 +48,7 @@ class TreeComparison : public TreeVisitor {
         Descriptor other = openFolderToRead(folder(), nameFor(item));
         if (!other.isOpen()) return errno;
         if (const int fault = compareAttributes(opened, other.get())) return fault;
-        // What the copy lacks will be missed when its turn comes.
+        // Entries missing in the copy are detected when they are visited.
         if (whole) {
             const auto mine = entriesOf(opened), its = entriesOf(other.get());
             if (!mine || !its) return mine ? its.error() : mine.error();
@@ -73,7 +73,7 @@ class TreeComparison : public TreeVisitor {
         return answer(*mine == *its);
     }
 
-    /// Names of one file must be names of one file in the copy, too.
+    /// Names of one file must also be names of one file in the copy.
     bool isLinkedAlike(const struct stat& item, const struct stat& copy) {
         if (item.st_nlink < 2) return true;
         return linked_.emplace(item.st_ino, copy.st_ino).first->second == copy.st_ino;

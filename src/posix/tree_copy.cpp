@@ -35,7 +35,7 @@ class TreeCopy : public TreeVisitor {
 
     int enter(const TreeItem& item, int) override {
         const char* name = nameFor(item);
-        // Closed to everybody else until it has its own permissions.
+        // Private until it gets its own permissions.
         if (::mkdirat(folder(), name, 0700) != 0) return errno;
         Descriptor made = openFolderToRead(folder(), name);
         if (!made.isOpen()) return errno;
@@ -74,7 +74,7 @@ class TreeCopy : public TreeVisitor {
         if (const int fault = copyMetadata(from.get(), item.status, to.get())) return fault;
 #ifndef __linux__
         if (uninterrupted([&] { return ::fsync(to.get()); }) != 0)
-            return errno; // elsewhere flushDisk does all
+            return errno; // elsewhere flushDisk flushes everything
 #endif
         return 0;
     }
@@ -84,7 +84,7 @@ class TreeCopy : public TreeVisitor {
         if (!target) return target.error();
         if (::symlinkat(target->c_str(), folder(), nameFor(item)) != 0) return errno;
 #ifdef O_SYMLINK
-        // A Mac's links have attributes of their own, quarantine among them.
+        // A Mac's links have attributes, such as quarantine.
         const Descriptor from(::openat(item.folder, item.name, O_RDONLY | O_SYMLINK | O_CLOEXEC));
         const Descriptor to(::openat(folder(), nameFor(item), O_RDONLY | O_SYMLINK | O_CLOEXEC));
         if (!from.isOpen() || !to.isOpen()) return errno;
@@ -111,9 +111,9 @@ class TreeCopy : public TreeVisitor {
     int folder_;
     const char* name_;
     Descriptor top_;                      ///< of the copy, when it is a folder
-    std::optional<FolderStack> copies_;   ///< beside the original's folders
-    std::string inside_;                  ///< the way from the top, with a slash behind each name
-    std::map<ino_t, std::string> linked_; ///< where the first name of a file with several was copied to
+    std::optional<FolderStack> copies_;   ///< parallel to the original's folders
+    std::string inside_;                  ///< the path from the top, with a slash after each name
+    std::map<ino_t, std::string> linked_; ///< path of the first copied name of a file with several
 };
 
 } // namespace

@@ -8,7 +8,7 @@ namespace tidwen {
 
 namespace {
 
-/// Goes through all of the tree, also behind the first find: what is mounted in it counts most.
+/// Walks the whole tree even after the first find, because anything mounted in it takes precedence.
 class TreeOwnership : public TreeVisitor {
   public:
     explicit TreeOwnership(std::optional<uid_t> owner)

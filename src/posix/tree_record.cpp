@@ -17,7 +17,7 @@ class TreeRecord::Visitor : public TreeVisitor {
 
     int enter(const TreeItem& item, int opened) override {
         const bool isOwn = item.status.st_uid == ::geteuid();
-        // One's own folder can be made writable; a sticky one lets only owners remove.
+        // One's own folder can be made writable; in a sticky one only owners can remove.
         if (!isOwn && ::faccessat(opened, ".", W_OK | X_OK, AT_EACCESS) != 0) return errno;
         const int fault = add(item);
         const bool isSticky = (item.status.st_mode & S_ISVTX) != 0 && !isOwn && ::geteuid() != 0;
@@ -69,7 +69,7 @@ bool TreeRecord::holdsFolder(ino_t inode) const {
 bool TreeRecord::holds(const struct stat& item) const {
     const auto entry = std::lower_bound(entries_.begin(), entries_.end(), item.st_ino,
                                         [](const Entry& each, ino_t inode) { return each.inode < inode; });
-    // Not the time of change: removing one of a file's names moves it.
+    // Not the time of status change, which changes when one of the file's names is removed.
     return entry != entries_.end() && entry->inode == item.st_ino && entry->mode == item.st_mode
            && entry->size == item.st_size && entry->modified == nanoseconds(modificationTime(item));
 }

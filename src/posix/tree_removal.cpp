@@ -43,7 +43,7 @@ class TreeRemoval : public TreeVisitor {
     int left(const TreeItem& item) override {
         if (::unlinkat(item.folder, item.name, AT_REMOVEDIR) == 0) return 0;
         if (errno != ENOTEMPTY && errno != EEXIST) return skipped(errno);
-        somethingStays_ = true; // what is new in it may be all there is of it
+        somethingStays_ = true; // what is new in it may have no copy
         return 0;
     }
 
@@ -52,7 +52,7 @@ class TreeRemoval : public TreeVisitor {
   private:
     const TreeRecord* known_;
     bool somethingStays_ = false;
-    int fault_ = 0; ///< the first
+    int fault_ = 0; ///< the first one
 };
 
 } // namespace

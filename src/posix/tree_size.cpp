@@ -74,7 +74,7 @@ class SizeWalk {
     std::uint64_t limit_;
     const StopToken& stop_;
     TreeSize size_;
-    std::vector<std::vector<std::string>> pending_; ///< per open level, the folders still to be entered
+    std::vector<std::vector<std::string>> pending_; ///< per open level, the folders still to enter
     std::set<ino_t> linked_;
 };
 

@@ -37,7 +37,7 @@ class Walker {
     struct Level {
         std::string name;
         struct stat status;
-        std::vector<std::string> pending; ///< the names still to be seen, the next one last
+        std::vector<std::string> pending; ///< the names still to visit, the next one last
     };
 
     int current() const { return stack_ ? stack_->current() : folder_; }
@@ -90,9 +90,9 @@ class Walker {
         return visitor_.left({current(), level.name.c_str(), level.status});
     }
 
-    int folder_; ///< that holds the tree
+    int folder_; ///< the folder that contains the tree
     TreeVisitor& visitor_;
-    ItemIdentity holder_; ///< of `folder_`: what is mounted at the item or below it is not the tree's
+    ItemIdentity holder_; ///< of `folder_`: anything mounted at the item or below it is not part of the tree
     std::optional<FolderStack> stack_;
     std::vector<Level> levels_;
 };
