@@ -11,7 +11,8 @@
 namespace tidwen {
 namespace {
 
-/// Judged by where the bundle really lies: the safety policy would not let it go, and its data would.
+/// Judged by the real location of the bundle: the safety policy would keep the application but let its data
+/// go.
 bool belongsToSystem(const FileSystem& files, const std::string& identifier, const Path& bundle) {
     if (isFromApple(identifier)) return true;
     const Path place = files.resolveParent(bundle.standardized()).value_or(bundle.standardized());
@@ -31,7 +32,7 @@ std::vector<LaunchItem> embeddedJobs(const FileSystem& files, const Path& bundle
 }
 
 std::vector<std::string> loginItems(const FileSystem& files, const Path& bundle) {
-    // Each one costs a property list; applications ship one or two.
+    // Each one requires reading a property list; applications have one or two.
     constexpr std::size_t maximumLoginItems = 500;
     std::vector<std::string> identifiers;
     const Path folder = bundle / "Contents/Library/LoginItems";
@@ -70,7 +71,8 @@ std::string_view errorKey(AppTargetLoaderError error) {
 tl::expected<AppTarget, AppTargetLoaderError> AppTargetLoader::load(const Path& url) const {
     using Error = AppTargetLoaderError;
     if (url.lowercasedExtension() != "app") return tl::unexpected(Error::notAnApplication);
-    if (!isValidUtf8(url.string())) return tl::unexpected(Error::unreadableBundle); // no manifest names it
+    if (!isValidUtf8(url.string()))
+        return tl::unexpected(Error::unreadableBundle); // no manifest can store its path
     const auto bundle = Bundle::open(files_, url);
     if (!bundle) return tl::unexpected(Error::unreadableBundle);
     const auto identifier = bundle->identifier();

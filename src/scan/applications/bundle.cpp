@@ -10,7 +10,7 @@
 namespace tidwen {
 namespace {
 
-// The largest Info.plists in use (every document type of an office suite) stay below 200 KB.
+// The largest real Info.plists (with every document type of an office suite) are below 200 KB.
 constexpr PropertyListLimits infoLimits = {.bytes = 4u << 20, .nodes = 200'000, .depth = 64};
 
 std::optional<PropertyListDictionary> readInfo(const FileSystem& files, const Path& infoFile) {
@@ -19,8 +19,8 @@ std::optional<PropertyListDictionary> readInfo(const FileSystem& files, const Pa
     return dictionary ? std::optional(*dictionary) : std::nullopt;
 }
 
-/// The item of this name, in other letter case when there is none in this: a Mac's disk does not tell them
-/// apart, while a copy of it may lie on one that does.
+/// The item of this name, or of the same name in other letter case: Mac disks are usually case-insensitive,
+/// but a copy may be on a case-sensitive one.
 Path itemNamed(const FileSystem& files, const Path& folder, std::string_view name) {
     Path item = folder / name;
     if (files.exists(item)) return item;
@@ -32,14 +32,14 @@ Path itemNamed(const FileSystem& files, const Path& folder, std::string_view nam
     return item;
 }
 
-/// The Info.plist that describes the bundle; the one in "Contents" when there is none at all.
+/// The Info.plist that describes the bundle; the path in "Contents" when there is none.
 Path findInfo(const FileSystem& files, const Path& root) {
     const auto infoIn = [&](const Path& folder) { return itemNamed(files, folder, "Info.plist"); };
     Path info = infoIn(itemNamed(files, root, "Contents"));
     if (files.exists(info)) return info;
     if (Path flat = infoIn(root); files.exists(flat)) return flat;
 
-    // A link to "Wrapper/<name>.app". One that leads out of the bundle would lend it a stranger's identity.
+    // A link to "Wrapper/<name>.app". One that leads out of the bundle would give it another's identity.
     const auto wrapped = files.resolve(root / "WrappedBundle");
     const auto resolvedRoot = files.resolve(root);
     const bool staysInside =
@@ -49,7 +49,7 @@ Path findInfo(const FileSystem& files, const Path& root) {
     return files.exists(ofWrapped) ? ofWrapped : info;
 }
 
-/// One name, not a way out of its folder.
+/// A single name that does not leave its folder.
 bool isPlainName(std::string_view name) {
     return !name.empty() && name != "." && name != ".."
            && name.find_first_of(std::string_view("/\0", 2)) == name.npos;
@@ -77,8 +77,8 @@ std::optional<Bundle> Bundle::open(const FileSystem& files, const Path& root) {
     const std::string& text = root.string();
     if (!root.isAbsolute() || text.find('\0') != std::string::npos) return std::nullopt;
 
-    // Nearly all bundles have it where Macs put it, and hundreds are opened for one scan: when it is there,
-    // nothing else has to be asked.
+    // Nearly all bundles have it there, and hundreds are opened in one scan: when it exists, nothing else is
+    // checked.
     const Path contents = root / "Contents";
     Path infoFile = contents / "Info.plist";
     if (auto info = readInfo(files, infoFile))
@@ -104,7 +104,7 @@ const std::string* Bundle::infoString(std::string_view key) const {
 
 std::optional<std::string> Bundle::identifier() const {
     const auto* text = infoString("CFBundleIdentifier");
-    // Tools end their arguments at a zero byte: they would act on another application.
+    // Tools would stop reading an argument at a NUL byte and act on another application.
     if (!text || text->empty() || text->find('\0') != text->npos) return std::nullopt;
     return *text;
 }

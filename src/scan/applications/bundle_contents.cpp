@@ -13,8 +13,8 @@
 namespace tidwen {
 namespace {
 
-/// An application or extension whose program is away, or nothing but a name, is damaged: what was signed with
-/// it is not known.
+/// An application or extension without its program, or empty except for its name, is damaged: its signed
+/// declarations are unknown.
 bool lacksItsProgram(const FileSystem& files, const Bundle& bundle) {
     static constexpr std::array<std::string_view, 3> kinds = {"app", "appex", "xpc"};
     const bool isProgram = std::ranges::find(kinds, bundle.root.lowercasedExtension()) != kinds.end();
@@ -39,9 +39,9 @@ void addNames(std::set<std::string>& names, const Bundle& inner) {
         if (const auto* name = inner.infoString(key)) names.insert(*name);
 }
 
-/// The jobs that it registers while it is installed. False when not all of them could be read.
+/// The jobs that it registers while installed. False when some could not be read.
 bool addJobs(BundleContents& contents, const FileSystem& files, const Path& library, const StopToken& stop) {
-    const auto isThere = files.info(library); // most bundles have none, so nothing else need be asked
+    const auto isThere = files.info(library); // most bundles have none, so one check suffices
     if (!isThere && isAbsence(isThere.error())) return true;
     std::vector<Path> unreadable;
     for (const bool isSystemDomain : {false, true}) {
@@ -79,7 +79,7 @@ BundleContents readBundleContents(const FileSystem& files, const CodeSignatures&
                    embedded.inFrameworks.end(), std::back_inserter(contents.embeddedIDs));
     const bool areJobsReadable = addJobs(contents, files, opened.root / "Contents/Library", stop);
     if (opened.isDamaged || !embedded.isReadable || !areJobsReadable) contents.isReadable = false;
-    // A bundle that was taken away in the middle may hold more than was seen.
+    // A bundle that was removed meanwhile may contain more than was seen.
     contents.isComplete = contents.isReadable && embedded.isComplete && opened.identifier()
                           && !stop.stopRequested() && files.exists(opened.infoFile) && !isBudgetSpent(files);
     return contents;

@@ -13,7 +13,7 @@ namespace {
 constexpr std::string_view iconMagic = "icns";
 constexpr std::size_t headerBytes = 8; // the magic, and the length of the whole file
 
-/// The icon's file name; nothing when it is not declared or would lead elsewhere.
+/// The icon's file name; nullopt when it is not declared or would leave the folder.
 std::optional<std::string> iconName(const Bundle& bundle) {
     const auto* declared = bundle.infoString("CFBundleIconFile");
     if (!declared || declared->empty() || declared->find('/') != std::string::npos
@@ -23,7 +23,7 @@ std::optional<std::string> iconName(const Bundle& bundle) {
     return hasExtension ? *declared : *declared + ".icns";
 }
 
-/// Where the icon really lies: a plain file inside the bundle.
+/// The real location of the icon: a plain file inside the bundle.
 FileResult<Path> resolveIcon(const FileSystem& files, const Path& icon, const Path& bundle) {
     auto place = files.resolve(icon);
     if (!place) return place;

@@ -8,16 +8,16 @@
 namespace tidwen {
 namespace {
 
-// Suites lie in folders of folders: "/Applications/Maker/Suite 2024/Tools/Extras/Tool.app". What lies deeper
-// keeps anybody from saying that an application is gone, so it is far more than suites need.
+// Suites use nested folders: "/Applications/Maker/Suite 2024/Tools/Extras/Tool.app". Deeper folders prevent
+// the claim that an application is gone, so the limit is far above what suites need.
 constexpr int applicationDepth = 12;
-// More homes than any Mac has.
+// More than any Mac has.
 constexpr std::size_t maximumHomes = 200;
 
-// Games and tool boxes: "Application Support/Store/library/common/Game/Game.app".
+// Games and toolboxes: "Application Support/Store/library/common/Game/Game.app".
 constexpr int furtherSupportDepth = 6;
-// People and makers put folders into folders; what lies deeper than these nobody misses, for the folders of a
-// person's documents have no end.
+// People and vendors nest folders; deeper ones are not reported as gaps, because a person's documents can be
+// nested without limit.
 constexpr int furtherDepth = 3;
 
 struct Row {
@@ -39,7 +39,7 @@ constexpr Row systemRows[] = {
     {"usr/local/opt", 1},
 };
 
-// Where a person keeps applications besides the folder for them. The home itself is the first.
+// Where a person keeps applications besides the Applications folder. The home itself comes first.
 constexpr Row homeRows[] = {
     {"", 0, 0, 2},
     {"Desktop", 2, 0, furtherDepth},
@@ -48,7 +48,7 @@ constexpr Row homeRows[] = {
     {"Games", 3, 0, furtherDepth},
 };
 
-// Below "/Library" and the Library of each home. Makers put folders of their own into most of them.
+// Below "/Library" and the Library of each home. Vendors have folders of their own in most of them.
 constexpr Row libraryRows[] = {
     {"Address Book Plug-Ins"},
     {"Application Support", 1, 0, furtherSupportDepth},
@@ -100,8 +100,8 @@ BundlePlace placeBelow(const Path& folder, const Row& row, bool isOptional = fal
             .furtherDepth = row.furtherDepth};
 }
 
-/// One look tells which of the many folders in a Library are there at all. A closed one is missed once, as a
-/// whole; so is one that is a link to what is away.
+/// One listing tells which of the many folders in a Library exist. An unreadable one is reported once, as a
+/// whole; so is one that is a broken link.
 void addLibrary(std::vector<BundlePlace>& places, const FileSystem& files, const Path& library,
                 std::vector<Path>& unreadable) {
     const auto entries = files.list(library);

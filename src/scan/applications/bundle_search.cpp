@@ -12,12 +12,12 @@
 namespace tidwen {
 namespace {
 
-// Far beyond any Mac; they end the search of a disk that was made to have no end.
+// Far above any real Mac; they end the search of an endless disk.
 constexpr std::size_t maximumBundles = 5'000;
 constexpr int maximumFoldersOfPlace = 2'000;
 constexpr int maximumFolders = 20'000;
 constexpr int maximumLinks = 2'000;
-// Of the levels that are not missed; they must not use up what the others need.
+// Of the levels whose gaps are not reported; they must not use up what the others need.
 constexpr int maximumFurtherFoldersOfPlace = 3'000;
 constexpr int maximumFurtherFolders = 12'000;
 
@@ -49,7 +49,7 @@ class BundleSearch {
 
     struct Folder {
         Path path;
-        Path realPath; ///< the same without links; empty name ("/") while it is not known
+        Path realPath; ///< the same without links; empty name ("/") while unknown
         std::size_t place;
         int depthLeft;
         bool isSearched = false;
@@ -76,7 +76,7 @@ class BundleSearch {
         return below;
     }
 
-    /// The folders and links in it.
+    /// Its folders and links.
     std::shared_ptr<const Entries> list(const Path& folder) const {
         const auto read = [&](const FileSystem& files, const ReadTrail&) {
             auto entries = files.list(folder);
@@ -112,7 +112,7 @@ class BundleSearch {
     void lookThrough(const Folder& folder, std::vector<Folder>& below) {
         if (!*folder.entries) return noteUnreadable(folder);
         listed_.insert(folder.path);
-        // By a link, or because one place lies in another, a folder may come up again.
+        // A folder may occur again, through a link or because places overlap.
         const auto [known, isNew] = depths_.emplace(folder.realPath, folder.depthLeft);
         if (levelOf(folder) == 0) found_.listed.push_back(folder.path);
         if (!isNew && known->second >= folder.depthLeft) return;
@@ -126,7 +126,7 @@ class BundleSearch {
             const Path item = folder.path / entry.name;
             if (isBundleName(entry.name)) {
                 const auto bundle = addBundle(folder, entry, item);
-                // A folder may be called like a bundle and hold applications all the same.
+                // A folder may have the name of a bundle and still contain applications.
                 if (!bundle || isBundle(BudgetedFiles(files_, budget_), *bundle)) continue;
             }
             if (folder.depthLeft > 0 && !isPrivate(folder, entry.name))
@@ -136,13 +136,13 @@ class BundleSearch {
         }
     }
 
-    /// What a home keeps out of sight, or has places of its own in.
+    /// Hidden folders of a home, and those that are places of their own.
     bool isPrivate(const Folder& folder, const std::string& name) const {
         return places_[folder.place].isHome && levelOf(folder) == 0
                && (name.starts_with('.') || name == "Library");
     }
 
-    /// A folder that the search does not reach may hold applications.
+    /// A folder beyond the search's depth may contain applications.
     void noteDeeper(const Folder& folder, const DirectoryEntry& entry, const Path& item) {
         if (entry.kind == FileKind::symbolicLink) {
             const auto real = followLink(folder, item);
@@ -162,7 +162,7 @@ class BundleSearch {
             noteLinkOnTheWay(folder.path);
     }
 
-    /// A place that is reached by a link to a disk that is away is not missing.
+    /// A place reached through a link to a missing disk is not absent.
     void noteLinkOnTheWay(const Path& place) {
         for (Path item = place; !item.isRoot(); item = item.parent()) {
             const auto info = files_.info(item);
@@ -174,8 +174,8 @@ class BundleSearch {
         }
     }
 
-    /// An application on a disk that is away still owns what is here; one that is gone from this disk is no
-    /// application, whatever link still names it.
+    /// An application on a missing disk still owns what is here; one deleted from this disk does not, even if
+    /// a link still names it.
     bool mayLeadAway(const FileError& error) {
         if (!isAbsence(error)) return true;
         const auto found = targets_.find(error.path.string());
@@ -186,7 +186,7 @@ class BundleSearch {
         return !files_.exists(parts.size() > 1 && top == Path("/Users") ? top / parts[1] : top);
     }
 
-    /// Where it lies, without links; nothing when it is no folder or one too many.
+    /// Its location without links; nullopt when it is not a folder or exceeds the limit.
     std::optional<Path> addBundle(const Folder& folder, const DirectoryEntry& entry, const Path& item) {
         Path real = folder.realPath / entry.name;
         if (entry.kind == FileKind::symbolicLink) {
@@ -213,7 +213,7 @@ class BundleSearch {
             below.push_back({item, std::move(*real), folder.place, folder.depthLeft - 1});
     }
 
-    /// Where the link leads; nothing when it leads to no folder.
+    /// The target of the link; nullopt when it is not a folder.
     std::optional<Path> followLink(const Folder& folder, const Path& link) {
         if (linksLeft_ == 0) {
             uncounted_.insert(places_[folder.place].folder);
@@ -235,14 +235,14 @@ class BundleSearch {
         int folders = maximumFoldersOfPlace;
         int further = maximumFurtherFoldersOfPlace;
     };
-    std::vector<Budget> budgets_; ///< what is left of each place's
+    std::vector<Budget> budgets_; ///< what is left of the budget of each place
     Budget all_ = {maximumFolders, maximumFurtherFolders};
     int linksLeft_ = maximumLinks;
     JobPrograms targets_{files_}; ///< of links
-    std::map<Path, int> depths_;  ///< real folder → how deep below it was searched
+    std::map<Path, int> depths_;  ///< resolved folder → depth to which it was searched
     std::set<Path> listed_;
     std::set<Path> uncounted_;
-    std::set<Path> ways_; ///< links to what is away that places are reached by
+    std::set<Path> ways_; ///< broken links through which places are reached
     FoundBundles found_;
 };
 

@@ -8,7 +8,7 @@ namespace tidwen {
 
 namespace {
 
-// Real ones hold a sandbox profile of some ten kilobytes.
+// Real ones contain a sandbox profile of some ten kilobytes.
 constexpr PropertyListLimits limits = {.bytes = 4u << 20, .nodes = 100'000, .depth = 64};
 
 constexpr const char* metadataName = ".com.apple.containermanagerd.metadata.plist";
@@ -24,7 +24,7 @@ std::optional<std::string> nonEmpty(const PropertyListValue& dictionary, std::st
     return text && !text->empty() ? std::optional(*text) : std::nullopt;
 }
 
-/// It is there, or it cannot be told that there is none.
+/// It exists, or its absence cannot be established.
 bool hasRecord(const FileSystem& files, const Path& container) {
     return mayBeThere(files, container / metadataName) || mayBeThere(files, container / olderName);
 }

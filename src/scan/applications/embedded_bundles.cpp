@@ -13,18 +13,18 @@
 namespace tidwen {
 namespace {
 
-// An application inside a helper inside an application is as deep as it gets in practice; the count keeps a
-// bundle that was made to hold thousands of others from holding up a scan.
+// An application in a helper in an application is the greatest depth in practice; the count prevents a bundle
+// with thousands of nested ones from delaying a scan.
 constexpr int maximumDepth = 6;
 constexpr int maximumBundles = 2'000;
 
-// Where nobody expects them: "Contents/SharedSupport/Tools/Extras/Tool.app". Resources have many folders and
-// go far deeper, and hold no bundles there.
+// Unusual places: "Contents/SharedSupport/Tools/Extras/Tool.app". Resources have many, deeper folders without
+// bundles.
 constexpr int furtherLevels = 4;
 constexpr int furtherLevelsOfResources = 1;
 constexpr int maximumFurtherFolders = 1'000;
 
-// Where macOS, the build tools and habit put bundles, below "Contents".
+// Where macOS, build tools and convention put bundles, below "Contents".
 constexpr std::string_view places[] = {
     "Applications",
     "Extensions",
@@ -54,7 +54,7 @@ bool isApplication(const Path& item) {
     return item.lowercasedExtension() == "app";
 }
 
-/// Holds texts, headers or hashes by its very name.
+/// A folder that by its name contains texts, headers or hashes.
 bool holdsNoBundles(std::string_view name) {
     static constexpr std::string_view names[] = {"Headers", "PrivateHeaders", "Modules", "_CodeSignature"};
     return name.ends_with(".lproj") || std::find(std::begin(names), std::end(names), name) != std::end(names);
@@ -81,7 +81,7 @@ class EmbeddedSearch {
     }
 
   private:
-    /// In lower case, as most Mac disks compare them → as they are written.
+    /// In lower case, as most Mac disks compare them → as written.
     using Names = std::map<std::string, std::string, std::less<>>;
 
     Names namesIn(const Path& folder, bool withLinks = true) {
@@ -100,8 +100,7 @@ class EmbeddedSearch {
 
     void noteUnreadable() { isReadable_ = isReadable_ && isFurther_; }
 
-    /// Most bundles have two or three of the places; the names that are there tell which need no look of
-    /// their own.
+    /// Most bundles have two or three of these places; the listing shows which need not be opened.
     void searchPlaces(const Path& contents, const Names& there, int depth) {
         for (const auto place : places) {
             const auto slash = std::min(place.find('/'), place.size());
@@ -111,7 +110,7 @@ class EmbeddedSearch {
         }
         const auto frameworks = there.find("frameworks");
         if (frameworks == there.end()) return;
-        // Helpers of browser engines lie beside the frameworks that start them, or in these.
+        // Helpers of browser engines are beside the frameworks that start them, or in these.
         searchFolder(contents / frameworks->second, isApplication, depth);
         if (reach_ != EmbeddedReach::own) searchFrameworks(contents / frameworks->second, depth + 1);
     }
@@ -124,7 +123,7 @@ class EmbeddedSearch {
         isInFramework_ = wasInside;
     }
 
-    /// Its versions hold what it has; the names beside them are links to those of the current one.
+    /// Its contents are in its versions; the names beside them are links into the current one.
     void searchFramework(const Path& framework, int depth) {
         const auto there = namesIn(framework, false);
         searchPlaces(framework, there, depth);
@@ -155,7 +154,7 @@ class EmbeddedSearch {
         searchInside(*bundle, depth + 1);
     }
 
-    /// All that lies in the folders of a bundle or framework, whatever they are called, level by level.
+    /// Everything in the folders of a bundle or framework, whatever their names, level by level.
     void searchFurther(const Path& root, int depth) {
         const bool wasFurther = std::exchange(isFurther_, true);
         std::vector<FurtherFolder> level = {{root, furtherLevels}};
@@ -228,9 +227,9 @@ class EmbeddedSearch {
     bool isComplete_ = true;
     bool isReadable_ = true;
     bool isInFramework_ = false;
-    bool isFurther_ = false; ///< what is looked at is not missed when it cannot be read
+    bool isFurther_ = false; ///< unreadable parts are not reported
     int furtherFoldersLeft_ = maximumFurtherFolders;
-    std::set<Path> seen_; ///< bundles, while several ways lead to them
+    std::set<Path> seen_; ///< bundles, because several paths lead to them
     std::set<std::string> found_;
     std::set<std::string> inFrameworks_;
 };

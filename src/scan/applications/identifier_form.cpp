@@ -10,8 +10,8 @@
 namespace tidwen {
 namespace {
 
-// What only files are called: wrapped names, fonts and keyboard layouts, input methods, what plug-ins and
-// filters keep, documents.
+// Extensions that only files have: wrapped names, fonts and keyboard layouts, input methods, files of
+// plug-ins and filters, documents.
 constexpr std::array fileExtensions = std::to_array<std::string_view>(
     {"plist", "savedstate", "binarycookies", "lockfile", "sfl",   "sfl2",      "sfl3",
      "sfl4",  "bom",        "log",           "ttf",      "otf",   "ttc",       "otc",
@@ -26,7 +26,7 @@ bool isPlain(char c) {
            || static_cast<unsigned char>(c) >= 0x80;
 }
 
-/// How many pieces the text has; 0 when it is not made of such pieces.
+/// Number of components; 0 when the text does not consist of such components.
 std::size_t pieceCount(std::string_view text) {
     std::size_t pieces = 0;
     for (std::size_t start = 0; start <= text.size(); ++pieces) {

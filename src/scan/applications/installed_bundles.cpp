@@ -21,7 +21,7 @@ void addName(std::vector<std::string>& names, std::string name) {
         names.push_back(std::move(name));
 }
 
-/// The bundle with as much of its Info.plist as reading its contents takes.
+/// The bundle with the parts of its Info.plist that reading its contents needs.
 std::shared_ptr<const Bundle> forContents(const Bundle& bundle) {
     auto kept = std::make_shared<Bundle>(
         Bundle{.root = bundle.root, .contents = bundle.contents, .infoFile = bundle.infoFile, .info = {}});
@@ -53,7 +53,7 @@ BundleIdentity readIdentity(const FileSystem& files, const Path& place, bool kee
     return identity;
 }
 
-/// The bundle with every name that it was found under.
+/// The bundle with every path it was found under.
 OwningBundle makeBundle(const BundleIdentity& identity, const Path& place, const std::vector<Path>& foundAs) {
     const bool isReal = std::find(foundAs.begin(), foundAs.end(), place) != foundAs.end();
     OwningBundle bundle = {.url = isReal ? place : foundAs.front(), .place = place};
@@ -84,7 +84,7 @@ void sortOnce(std::vector<Path>& paths) {
     paths.erase(std::unique(paths.begin(), paths.end()), paths.end());
 }
 
-/// Puts the coverage in order and says whether it covers the folder that matters most.
+/// Sorts the coverage and determines whether it covers /Applications.
 void complete(BundleCoverage& coverage, const FoundBundles& found) {
     coverage.unreadable.insert(coverage.unreadable.end(), found.unreadable.begin(), found.unreadable.end());
     coverage.uncounted.insert(coverage.uncounted.end(), found.uncounted.begin(), found.uncounted.end());

@@ -9,7 +9,7 @@
 namespace tidwen {
 namespace {
 
-/// The folder that is there or away as a whole: "/Library", "/usr/bin".
+/// The folder that exists or is missing as a whole: "/Library", "/usr/bin".
 Path placeOf(const Path& program) {
     static constexpr std::array<std::string_view, 4> ofParts = {"System", "usr", "Users", "private"};
     const auto parts = program.components();
@@ -18,7 +18,7 @@ Path placeOf(const Path& program) {
     return isOfParts && parts.size() > 3 ? top / parts[2] : top;
 }
 
-/// Every Mac has these, and whatever is installed on it lies elsewhere.
+/// Exists on every Mac; everything installed is elsewhere.
 bool isOfSystem(const Path& path) {
     if (path.isWithinIgnoringCase(Path("/usr/local"))) return false;
     static constexpr std::array<std::string_view, 4> places = {"/System", "/bin", "/sbin", "/usr"};
@@ -27,7 +27,7 @@ bool isOfSystem(const Path& path) {
     });
 }
 
-// Twice as deep as programs lie in helpers of helpers.
+// Twice the depth of programs in helpers of helpers.
 constexpr std::size_t mostComponents = 24;
 
 } // namespace
@@ -41,7 +41,7 @@ JobProgram JobPrograms::find(const std::string& program) {
     return isJudged ? judgeMissing(path) : JobProgram::away;
 }
 
-/// Judges a path of which something is missing by the deepest folder that is there.
+/// Judges a path with a missing part by its deepest existing folder.
 JobProgram JobPrograms::judgeMissing(const Path& program) {
     Path absent = program;
     auto there = files_.infoFollowingLinks(absent.parent());
@@ -51,8 +51,8 @@ JobProgram JobPrograms::judgeMissing(const Path& program) {
     const auto real = files_.resolve(folder);
     const auto* names = namesIn(folder);
     if (!there || !real || !names) return JobProgram::away;
-    // A link that leads nowhere may lead to what is away; and a Mac's disk finds a name in other letter case,
-    // or composed in another way, which the disk that holds the copy may not.
+    // A broken link may lead to a missing disk; and a Mac's disk finds a name in other letter case or
+    // normalization, which the disk with the copy may not.
     if (names->contains(fileNameKey(absent.lastComponent()))) return JobProgram::away;
 
     const Path target(real->string() + program.string().substr(folder.isRoot() ? 0 : folder.string().size()));
@@ -62,7 +62,7 @@ JobProgram JobPrograms::judgeMissing(const Path& program) {
     return isOfSystem(target) ? JobProgram::away : JobProgram::unknown;
 }
 
-/// An empty folder may be where a disk is attached, but for those that are always on the disk itself.
+/// An empty folder may be the mount point of a disk, except for those that are always on the disk itself.
 bool JobPrograms::holds(const Path& place) {
     const auto* names = namesIn(place);
     return names && (!names->empty() || place == Path("/Applications") || place == Path("/Library"));

@@ -10,10 +10,10 @@
 namespace tidwen {
 namespace {
 
-// The largest jobs seen hold a few kilobytes.
+// The largest jobs seen have a few kilobytes.
 constexpr PropertyListLimits jobLimits = {.bytes = 1u << 20, .nodes = 20'000, .depth = 32};
 
-// A Mac has some hundred jobs; a folder with more is none that launchd would read in time either.
+// A Mac has some hundred jobs; launchd itself would not read a folder with more in time.
 constexpr std::size_t maximumJobs = 5'000;
 
 std::optional<std::string> programPath(const PropertyListValue& job) {
@@ -24,8 +24,8 @@ std::optional<std::string> programPath(const PropertyListValue& job) {
     return strings->front();
 }
 
-/// Adds the parts of a text that may be paths: from a slash that something other than a path ends before, to
-/// whatever may end it. Names hold blanks too, so a part may go on behind one.
+/// Adds the parts of a text that may be paths: from a slash after a character that cannot be part of a path,
+/// to every character that may end it. Names may contain spaces, so a part may continue after one.
 void addPathsIn(std::string_view text, std::vector<std::string>& paths) {
     constexpr std::size_t most = 64, longest = 4096;
     constexpr std::string_view marks = " \t\n\"'`=:;,|&<>()";
@@ -35,7 +35,7 @@ void addPathsIn(std::string_view text, std::vector<std::string>& paths) {
         for (auto end = start; end != text.npos && paths.size() < most;) {
             end = text.find_first_of(marks, end + 1);
             std::string part(text.substr(start, end - start));
-            // In a shell's text a backslash stands before a blank that is part of the name.
+            // In a shell's text a backslash precedes a space that is part of the name.
             if (part.ends_with('\\')) continue;
             std::erase(part, '\\');
             if (part.size() > 1) paths.push_back(std::move(part));

@@ -6,7 +6,7 @@
 namespace tidwen {
 namespace {
 
-// Disks keep times in steps of up to two seconds: what changes twice within one step looks the same.
+// Some file systems store times in steps of up to two seconds; two changes within one step look the same.
 constexpr std::chrono::nanoseconds longestStep = std::chrono::seconds(2);
 
 std::int64_t nanosecondsNow() {

@@ -9,8 +9,8 @@ namespace tidwen {
 
 namespace {
 
-// Parts of macOS that keep the name under which others made them: Shortcuts, Kerberos, printing, cron, the
-// servers and agents that come with the system.
+// Parts of macOS with other identifiers than Apple's: Shortcuts, Kerberos, printing, cron, bundled servers
+// and agents.
 constexpr std::string_view applesOtherIdentifiers[] = {
     "is.workflow",  "edu.mit.kerberos", "org.cups",     "com.vix.cron", "com.openssh",
     "org.openldap", "org.postfix",      "org.net-snmp", "org.ntp",      "org.isc.named"};

@@ -22,12 +22,12 @@ std::string folded(std::string_view text) {
     return lowercased(composed(text));
 }
 
-/// Not one that is only called like a bundle: applications may lie in that as in any folder.
+/// False for a folder with only the name of a bundle: it may contain applications like any folder.
 bool isBundleFolder(const FileSystem& files, const Path& folder) {
     return isBundleName(folder.lastComponent()) && isBundle(files, folder);
 }
 
-/// Somebody reaches it as an application of its own, wherever it lies.
+/// It is installed as an application of its own, through a link, wherever it lies.
 bool isInstalledByLink(const OwningBundle& bundle) {
     const auto isElsewhere = [&](const Path& name) { return pathKey(name) != pathKey(bundle.place); };
     return isElsewhere(bundle.url) || std::ranges::any_of(bundle.foundAs, isElsewhere);
@@ -72,7 +72,7 @@ std::optional<Claimant> HeldPlaces::applicationIn(const Path& item, bool& isSeen
     constexpr std::size_t mostFolders = 10'000, deepest = 6;
     const auto info = files_.info(item);
     if (!info || info->kind != FileKind::directory || isBundleFolder(files_, item)) return std::nullopt;
-    std::vector<std::pair<Path, std::size_t>> folders = {{item, 0}}; // with their depths, nearest first
+    std::vector<std::pair<Path, std::size_t>> folders = {{item, 0}}; // with their depths, shallowest first
     for (std::size_t i = 0; i < folders.size() && !stop_.stopRequested(); ++i) {
         if (foldersLeft_ == 0) return isSeen = false, std::nullopt;
         --foldersLeft_;
@@ -143,7 +143,8 @@ void addProgramsOfJobs(HeldPlaces& held, const ScanContext& context, const std::
         if (job.programPath && programs.find(*job.programPath) == JobProgram::gone) continue;
         const auto holder = holderOfJob(context, job);
         if (!holder) continue;
-        for (const auto& place : places) // of a folder what lies in it, also when the folder is the find
+        for (const auto& place :
+             places) // for a folder, its contents, even when the folder itself is the find
             held.add(context.files.isDirectoryFollowingLinks(place) ? place / "*" : place, *holder);
     }
 }

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t keyLength = 8;
 
-/// One of the sorted strings, none of which begins another, begins the text.
+/// Whether the text begins with one of the sorted strings, none of which begins another.
 template<class Iterator>
 bool anyBegins(Iterator first, Iterator last, std::string_view text) {
     const auto after = std::upper_bound(first, last, text);
@@ -19,7 +19,7 @@ bool anyBegins(Iterator first, Iterator last, std::string_view text) {
 
 } // namespace
 
-/// Of the first eight bytes; the text has as many.
+/// Of the first eight bytes; the text must have at least as many.
 std::size_t IdentifierIndex::slotOf(std::string_view text) {
     std::uint64_t key = 0;
     std::memcpy(&key, text.data(), keyLength);
@@ -31,8 +31,7 @@ IdentifierIndex::IdentifierIndex(std::vector<std::string> identifiers) : all_(st
     std::sort(all_.begin(), all_.end());
     all_.erase(std::unique(all_.begin(), all_.end()), all_.end());
 
-    std::string_view
-        beginning; // of the last identifier that was kept: sorted, it stands before all it begins
+    std::string_view beginning; // of the last identifier kept: sorted, it precedes all that it begins
     for (const auto& identifier : all_) {
         if (!beginning.empty() && identifier.starts_with(beginning)) continue;
         beginning = identifier;

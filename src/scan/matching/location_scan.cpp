@@ -13,8 +13,8 @@ namespace tidwen {
 
 namespace {
 
-/// A folder that everybody shares ("/opt/homebrew", the home of a user called like the application, what is
-/// in "/usr/bin") may bear the target's name by chance; an identifier it does not.
+/// A shared folder ("/opt/homebrew", the home of a user with the application's name, anything in "/usr/bin")
+/// may have the target's name by chance, but not its identifier.
 bool mayNameOwner(const ScanContext& context, const Path& place, std::string_view component,
                   const MatchReason& reason) {
     const bool isIdentifier =
@@ -22,7 +22,7 @@ bool mayNameOwner(const ScanContext& context, const Path& place, std::string_vie
     return isIdentifier || !context.policy.check(place);
 }
 
-/// Looks at the disk only for the few names that could be a bundle's.
+/// Checks the disk only for the few names that could be a bundle's.
 bool isBundle(const FileSystem& files, const Path& item) {
     return isBundleName(item.lastComponent())
            && (files.exists(item / "Contents") || files.exists(item / "Info.plist"));
@@ -42,7 +42,7 @@ std::optional<Attribution> attributeProgram(const ScanContext& context, const Pa
     return std::nullopt;
 }
 
-/// Another bundle whose identifier a folder on the way to the program, or the program, bears.
+/// Another bundle whose identifier is the name of the program or of a folder in its path.
 std::optional<Claimant> namedOnTheWay(const ScanContext& context, const Path& program) {
     for (const auto& component : program.components()) {
         if (component.find('.') == component.npos) continue; // no identifier
@@ -55,7 +55,7 @@ std::optional<Claimant> namedOnTheWay(const ScanContext& context, const Path& pr
     return std::nullopt;
 }
 
-/// Another application for which the job says that it works.
+/// Another application that the job declares it serves.
 std::optional<Claimant> associateOf(const ScanContext& context, const LaunchItem& item) {
     for (const auto& identifier : readAssociatedBundleIDs(context.files, item.plist))
         if (auto other = context.matcher.otherOwnerOf(identifier)) return other;
@@ -93,7 +93,8 @@ std::optional<Attribution> attributeByNames(const ScanContext& context, const La
     auto found = context.matcher.attributeIdentifier(item.label);
     if (found) found->reason.evidence = MatchReason::Evidence::label;
     const bool isByLabel = found.has_value();
-    // Who the job's file is called after may rely on it, whatever label and program it has now.
+    // The application after which the job's file is named may rely on it, whatever its present label and
+    // program.
     if (found && !found->contestedBy) found->contestedBy = context.matcher.otherOwnerOf(file);
     if (!item.programPath) return found;
 
@@ -178,7 +179,7 @@ void LocationScan::judgeChildren(const Folder& folder) {
 void LocationScan::judgeVendorFolder(const Folder& parent, const DirectoryEntry& vendor) {
     const auto folder = open(parent.path / vendor.name, parent.realPath / vendor.name);
     if (!folder) return;
-    // Named like another application, the whole folder may be that application's.
+    // A folder with another application's name may belong entirely to that application.
     const auto namesake = context_.matcher.others().named(canonicalForm(vendor.name));
     for (const auto& entry : folder->entries) {
         if (context_.stop.stopRequested()) return;
@@ -203,13 +204,13 @@ void LocationScan::judgeContainers(const Folder& folder) {
     });
     for (std::size_t i = 0; i < identities.size(); ++i) {
         const auto& name = folder.entries[i].name;
-        if (context_.matcher.isOffLimits(name)) continue; // whatever its metadata says
+        if (context_.matcher.isOffLimits(name)) continue; // regardless of its metadata
         if (areHidden[i]) miss(folder.path / name);
         auto found = context_.matcher.attribute(identities[i]);
         if (!found) continue;
         if (identities[i] != name) {
             found->reason.evidence = MatchReason::Evidence::record;
-            // Any program may write the record; the folder's name is macOS's.
+            // Any program may write the record; macOS chooses the folder's name.
             if (!found->contestedBy) found->contestedBy = context_.matcher.otherOwnerOf(name);
         }
         take(folder, name, std::move(*found));
@@ -221,7 +222,7 @@ void LocationScan::judgeReports(const Folder& folder) {
         if (context_.stop.stopRequested()) return;
         const auto end = entry.name.find('_');
         if (entry.kind != FileKind::regular || end == 0 || end == entry.name.npos) continue;
-        // macOS calls most of them after the executable.
+        // macOS names most of them after the executable.
         if (auto found = context_.matcher.attribute(std::string_view(entry.name).substr(0, end)))
             take(folder, entry.name, std::move(*found));
     }

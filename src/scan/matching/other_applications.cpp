@@ -10,14 +10,14 @@ namespace tidwen {
 
 namespace {
 
-// No file, label or service that is looked at has a longer name, and a hostile Info.plist may hold megabytes.
+// No file, label or service in a scan has a longer name, and a hostile Info.plist may contain megabytes.
 constexpr std::size_t longestIdentifier = 1024;
 
 std::string folded(std::string_view text) {
     return lowercased(composed(text));
 }
 
-/// Calls `visit` with the text from its start and from every dot on, until it answers true.
+/// Calls `visit` with the text from its start and from each dot, until it returns true.
 template<class Visit>
 bool anyStart(std::string_view text, Visit visit) {
     for (std::size_t start = 0;;) {
@@ -28,9 +28,10 @@ bool anyStart(std::string_view text, Visit visit) {
     }
 }
 
-/// The longest of the identifiers that the text holds, whole pieces of it one after the other; empty when it
-/// holds none. One that lies within `own`, a part of the text, and ends before it says less than `own`, and
-/// a single word says nothing beside it; one that begins before `own` or reaches as far says as much.
+/// The longest of the identifiers contained in the text as consecutive whole components; empty when there is
+/// none. One that lies within `own`, a part of the text, and ends earlier is weaker evidence than `own`, and
+/// a single word counts for nothing beside it; one that begins before `own` or extends as far is equal
+/// evidence.
 std::string_view longestHeld(const IdentifierIndex& identifiers, std::string_view text,
                              std::string_view own) {
     std::string_view longest;
@@ -49,13 +50,13 @@ std::string_view longestHeld(const IdentifierIndex& identifiers, std::string_vie
 
 } // namespace
 
-/// What the bundles carry, once it has been asked for.
+/// What the bundles contain, read on first use.
 struct OtherApplications::Carried {
     ReadContents read;
     std::once_flag once;
     std::map<std::string, std::size_t, std::less<>> embedded;       ///< lower-cased
     std::map<std::string, std::size_t, std::less<>> groups;         ///< lower-cased
-    std::map<std::string, std::size_t, std::less<>> groupsSansTeam; ///< those with a team, without it
+    std::map<std::string, std::size_t, std::less<>> groupsSansTeam; ///< those with a team, without its prefix
     IdentifierIndex embeddedIDs;                                    ///< the keys of `embedded`
     IdentifierIndex groupNames;                                     ///< those of `groups`
 
@@ -103,7 +104,7 @@ OtherApplications::OtherApplications(std::vector<OwningBundle> others, std::stri
             if (!copy_) copy_ = claimant(i);
             continue;
         }
-        // A bundle that does not say its identifier keeps its data under a name all the same.
+        // A bundle without an identifier still stores its data under a name.
         for (const auto& name : bundle.names)
             if (auto canonical = canonicalForm(name); !canonical.empty())
                 names_.emplace_back(std::move(canonical), i);

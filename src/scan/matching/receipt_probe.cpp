@@ -17,11 +17,11 @@ namespace tidwen {
 
 namespace {
 
-// Packages that list more are not read to the end; people could not look through so many traces either.
+// Longer lists are not read to the end; people could not review so many traces either.
 constexpr std::size_t mostListedPaths = 100'000;
 constexpr std::size_t mostTraces = 2'000;
 
-/// A set of paths, compared as a Mac's disk compares them, that knows what lies inside them.
+/// A set of paths, compared as Mac file systems do, that also answers what lies inside them.
 class ClosedPaths {
   public:
     void add(const Path& path) { keys_.insert(key(path)); }
@@ -48,8 +48,8 @@ class ClosedPaths {
     std::set<std::string, std::less<>> keys_;
 };
 
-/// What packages of other applications list too, read when it is first asked for. Packages of none that is
-/// there keep nothing for anybody.
+/// What packages of other applications list too, read on first use. Packages without an installed application
+/// protect nothing.
 class OtherPackages {
   public:
     OtherPackages(const ScanContext& context, const Receipts& receipts)
@@ -111,8 +111,7 @@ class ReceiptProbe {
     bool isFull() const { return taken_ >= mostTraces; }
 
   private:
-    /// Sorted, so that a folder comes before what is in it. A path that climbs out of the base is none of
-    /// them.
+    /// Sorted, so that a folder comes before its contents. Paths that leave the base are dropped.
     static std::vector<Path> listedPaths(const Receipt& receipt) {
         const Path base = receipt.installBase.standardized();
         std::vector<Path> paths;
@@ -126,15 +125,15 @@ class ReceiptProbe {
     }
 
     void judge(const Path& path, const std::string& packageID, const std::optional<Claimant>& contestedBy) {
-        if (isOffLimits(path)) return; // whatever the package installed there
+        if (isOffLimits(path)) return; // regardless of what the package installed there
         const auto realPath = context_.files.resolveParent(path);
         if (!realPath || closed_.cover(*realPath) || isOffLimits(*realPath)) return;
-        // What the matcher finds in a home has been found where applications keep their things; anything else
-        // there is the user's own, whatever a package says.
+        // The matcher has already searched the places for application data in a home; anything else there
+        // belongs to the user, whatever a package says.
         if (isInHome(path, *realPath)) return;
         const auto info = context_.files.info(path);
         if (!info) return;
-        // A link to a folder may be the way by which others are installed.
+        // A link to a folder may be the path through which others are installed.
         if (closed_.lieWithin(path)) return;
         const bool isFolder = info->kind == FileKind::directory;
         if (isFolder && !isTargetsFolder(path)) return;
@@ -166,7 +165,7 @@ class ReceiptProbe {
                || realPath.isWithinIgnoringCase(context_.files.resolve(home).value_or(home));
     }
 
-    /// Whatever package put it there, a bundle says itself whose it is.
+    /// A bundle's own identifier decides its owner, whatever package installed it.
     std::optional<Claimant> identityOf(const Path& path, const Path& realPath) const {
         const auto bundle = Bundle::open(context_.files, path);
         const auto bundleID = bundle ? bundle->identifier() : std::nullopt;
@@ -193,7 +192,7 @@ class ReceiptProbe {
                });
     }
 
-    /// Another application to which one of the path's components points.
+    /// Another application named by one of the path's components.
     std::optional<Claimant> claimant(const Path& path) const {
         for (const auto& component : path.components()) {
             if (const auto own = context_.matcher.attribute(component)) {
@@ -212,7 +211,7 @@ class ReceiptProbe {
         return isCommonName(canonical) ? std::nullopt : others.named(canonical);
     }
 
-    /// Who has the better claim to the job by its label, or by where its program lies.
+    /// Who has the better claim to the job by its label or its program's location.
     std::optional<Claimant> jobClaimant(const LaunchItem& job) const {
         if (const auto own = attributeJob(context_, job)) return own->contestedBy;
         if (auto other = context_.matcher.others().longestContinued(lowercased(composed(job.label))))
@@ -260,7 +259,7 @@ std::vector<Path> probeReceipts(const ScanContext& context, const Receipts& rece
     const auto* budget = BudgetedFiles::budgetOf(context.files);
     for (const auto& packageID : receipts.packageIDs()) {
         if (context.stop.stopRequested()) break;
-        // Judging names alone takes long when there are very many.
+        // Matching names alone takes long when there are very many.
         if (budget && budget->isExhausted()) {
             budget->leaveOut();
             break;
@@ -269,7 +268,7 @@ std::vector<Path> probeReceipts(const ScanContext& context, const Receipts& rece
             const ReadBudget::Work work(budget, ReadBudget::Measure::exactly);
             return context.matcher.attributeIdentifier(packageID);
         }();
-        // A name is too weak a hint to take a package's whole list for the target's.
+        // A name is too weak as evidence for attributing a package's whole list to the target.
         if (!found || found->reason.kind != MatchReason::Kind::exactBundleID) continue;
         const auto receipt = receipts.read(packageID);
         if (!receipt) continue;

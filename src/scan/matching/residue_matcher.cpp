@@ -16,7 +16,7 @@ using Kind = MatchReason::Kind;
 constexpr std::array<std::string_view, 8> wrappingExtensions = {
     "plist", "savedstate", "binarycookies", "lockfile", "sfl2", "sfl3", "bom", "log"};
 
-// Names that Apple's own applications or parts of many applications carry.
+// Names of Apple's own applications or of components in many applications.
 constexpr std::array<std::string_view, 44> genericNames = {
     "notes",       "mail",    "music",     "books",       "home",        "news",       "maps",
     "photos",      "files",   "safari",    "preview",     "calendar",    "contacts",   "reminders",
@@ -48,8 +48,8 @@ char asciiLower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
 
-/// A name lower-cased and composed, on the stack when it is plain ASCII, as nearly every one of the many
-/// thousand names of a scan is.
+/// A name, lower-cased and composed; on the stack for plain ASCII, like nearly all of the many thousand names
+/// in a scan.
 class FoldedName {
   public:
     explicit FoldedName(std::string_view text) {
@@ -75,7 +75,7 @@ class FoldedName {
         return bits < 0x80;
     }
 
-    std::array<char, 256> buffer_; // as long as names may be
+    std::array<char, 256> buffer_; // the maximum length of a name
     std::string text_;
     std::string_view view_;
 };
@@ -84,7 +84,7 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-/// The prefix is lower-case ASCII.
+/// The prefix must be lower-case ASCII.
 bool beginsIgnoringCase(std::string_view text, std::string_view prefix) {
     return text.size() >= prefix.size()
            && std::equal(prefix.begin(), prefix.end(), text.begin(),
@@ -95,7 +95,7 @@ std::size_t componentCount(std::string_view identifier) {
     return 1 + static_cast<std::size_t>(std::count(identifier.begin(), identifier.end(), '.'));
 }
 
-/// The last place in the text where whole components, one after the other, are the identifier; else empty.
+/// The last part of the text whose consecutive whole components are the identifier; empty when there is none.
 std::string_view dottedForm(std::string_view text, std::string_view identifier) {
     std::string_view last;
     for (auto at = text.find(identifier); at != text.npos; at = text.find(identifier, at + 1)) {
@@ -106,7 +106,7 @@ std::string_view dottedForm(std::string_view text, std::string_view identifier) 
     return last;
 }
 
-/// Whether the canonical form of a folded text is this one; most texts differ in their first letter.
+/// Whether a folded text has this canonical form; most texts differ in the first letter.
 bool hasCanonicalForm(std::string_view text, std::string_view canonical) {
     std::size_t matched = 0;
     for (const char c : text) {
@@ -118,8 +118,8 @@ bool hasCanonicalForm(std::string_view text, std::string_view canonical) {
     return matched == canonical.size();
 }
 
-/// The canonical form when it is distinctive enough to find things by, else nothing. What macOS or everybody
-/// calls a folder is not, nor is an identifier that a bundle gives as its name: that is somebody else's.
+/// The canonical form when it is distinctive enough for matching, else empty. Common folder names are not,
+/// nor is an identifier that a bundle gives as its name, because it belongs to another.
 std::string distinctive(std::string_view name) {
     auto canonical = canonicalForm(name);
     const bool saysTooLittle = characterCount(canonical) < shortestName || contains(genericNames, canonical)
@@ -197,7 +197,7 @@ std::optional<MatchReason> ResidueMatcher::matchIdentifier(std::string_view cand
     return std::nullopt;
 }
 
-/// The part that is the target's identifier: the whole, or a dotted form within; empty when there is none.
+/// The part that is the target's identifier: the whole text or a dotted form in it; empty when there is none.
 std::string_view ResidueMatcher::ownIdentifierIn(std::string_view lowercased) const {
     if (identifier_.empty()) return {};
     if (lowercased == identifier_) return lowercased;
@@ -232,10 +232,10 @@ std::optional<Claimant> ResidueMatcher::contestedBy(std::string_view candidate,
     if (reason.kind == Kind::declaredTarget) return std::nullopt;
     if (others_.copyOfTarget()) return others_.copyOfTarget();
 
-    // An identifier claims more than any name; of two the target's has to say more, not only be longer: a
-    // prefix ("group.", a team) before another application's identifier is easily declared, and so is a group
-    // of that name. A helper may bear a name that continues another application's: it is the other's to
-    // claim.
+    // An identifier is a stronger claim than any name. Of two identifiers, the target's must be more
+    // specific, not just longer: a prefix ("group.", a team) before another application's identifier is
+    // easily declared, and so is a group of that name. The name of a helper may continue another
+    // application's identifier; that application then has the claim.
     const auto unwrapped = withoutWrappingExtension(candidate);
     const auto lower = folded(unwrapped);
     const auto canonical = canonicalForm(lower);
@@ -243,12 +243,12 @@ std::optional<Claimant> ResidueMatcher::contestedBy(std::string_view candidate,
     const bool isGroup = reason.kind == Kind::appGroup;
     const auto own = isExact || isGroup ? ownIdentifierIn(lower) : std::string_view();
     if (auto other = others_.rivalOf(own, lower)) return other;
-    // Somebody's data may be called by his name, whatever form that has.
+    // An application's data may have its name, whatever form that has.
     if (auto namesake = others_.named(canonical)) return namesake;
-    // Whoever shares the name shares all the forms by which it finds things ("Name Helper", "name-2").
+    // Applications with the same name match the same forms of it ("Name Helper", "name-2").
     if (reason.kind == Kind::nameToken)
         if (auto namesake = others_.named(canonicalName_)) return namesake;
-    // A group belongs to all who declare it, wherever they keep something under its name.
+    // A group belongs to all who declare it, wherever they store something under its name.
     if (auto declarer = others_.declaringGroup(unwrapped, own.size() != lower.size())) return declarer;
     if (auto declarer = others_.groupRivalOf(own, lower)) return declarer;
     if (isGroup) return others_.embeddedRivalOf(own, lower);
@@ -298,7 +298,7 @@ bool ResidueMatcher::mayClaimBundle(std::string_view fileName) const {
     return attribute(Path(std::string(fileName)).stem()).has_value();
 }
 
-/// As declared, the helper identifier that the candidate equals or holds in a dotted form.
+/// The helper identifier, as declared, that the candidate equals or contains in a dotted form.
 const std::string* ResidueMatcher::helperIn(std::string_view lowercased) const {
     if (declaredHelpers_.empty()) return nullptr;
     for (std::size_t start = 0;;) {

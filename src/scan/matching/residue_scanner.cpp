@@ -20,7 +20,7 @@ namespace tidwen {
 
 namespace {
 
-/// Where the applications lie that go: the target, and those of `together` that can be removed.
+/// The locations of the applications to be removed: the target, and those of `together` that can be removed.
 std::set<Path> leavingPlaces(const FileSystem& files, const AppTarget& target,
                              const std::vector<AppTarget>& together,
                              const std::function<bool(const AppTarget&)>& isRemovable) {
@@ -31,7 +31,7 @@ std::set<Path> leavingPlaces(const FileSystem& files, const AppTarget& target,
     return places;
 }
 
-/// Login items, the bundles inside the bundle, and the labels of its launchd jobs; each once.
+/// Login items, nested bundles, and the labels of its launchd jobs; without duplicates.
 std::vector<std::string> helperBundleIDs(const FileSystem& files, const AppTarget& target,
                                          const StopToken& stop) {
     std::vector<std::string> helpers = target.loginItemBundleIDs;
@@ -59,13 +59,14 @@ Trace permissionTrace(const ResidueMatcher& matcher) {
     auto trace = makeTrace(TraceCategory::permissions, action::ResetPermissions{bundleID}, {},
                            Reversibility::irreversibleHarmless, bundleID, std::nullopt, false);
     trace.risk = TraceRisk::review;
-    // The databases name the identifier, so whoever bears it too, a copy of the application or a helper of
-    // another, would lose its permissions.
+    // The databases contain only the identifier, so any other bundle with it, a copy of the application or a
+    // helper of another, would lose its permissions.
     trace.contestedBy = matcher.contestedBy(bundleID, {MatchReason::Kind::exactBundleID, bundleID});
     return trace;
 }
 
-/// Whose job would be stopped: by the label, or by a job of that label which launchd finds elsewhere.
+/// The owner of the job that would be stopped: by its label, or by a job with that label that launchd finds
+/// elsewhere.
 std::optional<Claimant> otherOwnerOf(const ScanContext& context, const std::string& label,
                                      const std::vector<LaunchItem>& jobs) {
     const auto own = context.matcher.attributeIdentifier(label);
@@ -76,8 +77,8 @@ std::optional<Claimant> otherOwnerOf(const ScanContext& context, const std::stri
     return other;
 }
 
-/// A bundle may give its job any label: macOS's own are not its to unload, another application's are shown as
-/// that one's.
+/// A bundle may give its job any label: a label of macOS itself must not be unloaded, and one of another
+/// application is shown as contested by it.
 void addEmbeddedJobs(const ScanContext& context, const std::vector<LaunchItem>& jobs,
                      TraceCollector& traces) {
     for (const auto& job : context.matcher.target().embeddedLaunchdItems) {
@@ -90,7 +91,7 @@ void addEmbeddedJobs(const ScanContext& context, const std::vector<LaunchItem>& 
     }
 }
 
-/// What other bundles own is only known where they were looked for.
+/// The owners of other data are known only where bundles were searched.
 void logCoverage(const BundleCoverage& coverage, Log& log) {
     for (const auto& folder : coverage.absent)
         log.warning("Folder of applications is not there: {}", printable(folder.string()));
@@ -137,7 +138,7 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     const BudgetedReceipts receipts(ports_.receipts, files.budget());
     result.immovable = whyImmovable(target);
 
-    // First of all, so that the bundle is measured while everything else is searched.
+    // First, so that the bundle is measured while the rest is searched.
     TraceCollector traces(files, policy, stop, ports_.log);
     if (!isValidUtf8(target.bundleURL.string()))
         traces.skip(target.bundleURL);

@@ -6,14 +6,14 @@
 namespace tidwen {
 
 SizeMeasurer::SizeMeasurer(const FileSystem& files, const StopToken& stop) : files_(files), stop_(stop) {
-    // More would wait for the disk only.
+    // More would only wait for the disk.
     constexpr unsigned mostWorkers = 3;
     const auto wanted = std::min(mostWorkers, std::max(1u, std::thread::hardware_concurrency()) - 1);
     try {
         while (workers_.size() < wanted)
             workers_.emplace_back([this] { work(); });
     } catch (const std::system_error&) {
-        // No more threads to be had: those that started, and the caller of `finish`, do the work.
+        // No more threads can be created: those that started, and the caller of `finish`, do the work.
     }
 }
 

@@ -15,7 +15,7 @@ bool isInLibraryOf(const UserEnvironment& user, const Path& place) {
     return place.isWithin(Path("/Library")) || place.isWithin(user.libraryFolder());
 }
 
-/// The bundles of the snapshot at these places in it.
+/// The snapshot's bundles with these indices.
 OtherApplications indexOf(const std::shared_ptr<const BundleSnapshot>& bundles,
                           std::vector<std::size_t> which, const AppTarget& target, const StopToken& stop) {
     std::vector<OwningBundle> others;
@@ -32,7 +32,7 @@ OtherApplications indexOf(const std::shared_ptr<const BundleSnapshot>& bundles,
             }};
 }
 
-/// Tells the bundles in searched folders that a scan for the target takes, themselves or with their folder.
+/// Determines which bundles in searched folders a scan for the target takes, themselves or with their folder.
 class OwnLeftovers {
   public:
     OwnLeftovers(const ResidueMatcher& matcher, const UserEnvironment& user, const std::vector<Path>& damaged)
@@ -43,7 +43,7 @@ class OwnLeftovers {
                                     location.style == SearchLocation::Style::vendorNestedChildren);
     }
 
-    /// What is nearest to the bundle decides: a folder of "Application Support" may be a location itself.
+    /// The nearest folder decides: a folder of "Application Support" may be a location itself.
     bool contain(const OwningBundle& bundle) const {
         std::optional<Path> below;
         for (Path item = bundle.place, folder; !item.isRoot(); below = item, item = folder) {

@@ -17,7 +17,7 @@ using State = PermissionGrant::State;
 
 constexpr std::string_view servicePrefix = "kTCCService";
 
-// Less the prefix, and the key less "permission.".
+// Without the prefix, and the key without "permission.".
 constexpr std::pair<std::string_view, std::string_view> services[] = {
     {"Accessibility", "accessibility"},
     {"AddressBook", "contacts"},
@@ -51,7 +51,7 @@ constexpr std::pair<std::string_view, std::string_view> services[] = {
     {"Willow", "homeData"},
 };
 
-// Some sixty services exist; a database that names more for one application was not written by macOS.
+// Some sixty services exist; macOS never writes a database with more for one application.
 constexpr std::size_t maximumServices = 1'000;
 
 constexpr const char* query =
@@ -85,8 +85,8 @@ int weight(State::Kind kind) {
     return 0;
 }
 
-/// One service may have a row by identifier and one by path, or several that differ in what they reach: what
-/// grants more counts, and the identifier before the path.
+/// One service may have a row by identifier and one by path, or several of different scope: the one that
+/// grants more is kept, and the identifier before the path.
 void fold(PermissionGrant& kept, const PermissionGrant& row) {
     const int difference = weight(row.state.kind) - weight(kept.state.kind);
     if (difference > 0 || (difference == 0 && kept.isPathClient && !row.isPathClient)) kept = row;
@@ -102,7 +102,7 @@ bool bind(sqlite3_stmt* statement, int index, const std::string& text) {
            == SQLITE_OK;
 }
 
-/// The grants of one database; nothing when it cannot be queried to its end.
+/// The grants in one database; nullopt when the query did not complete.
 std::optional<std::vector<PermissionGrant>> readGrants(const PrivacyDatabase& database, Scope scope,
                                                        const std::string& bundleID, const Path& bundle) {
     sqlite3_stmt* prepared = nullptr;
@@ -183,7 +183,7 @@ PermissionAudit::Result PermissionAudit::audit(const std::string& bundleID, cons
         auto title = permissionTitle(grant.service, texts_);
         titled.emplace_back(std::move(title), std::move(grant));
     }
-    // The grants come with the user's first and sorted by service, which settles equal titles.
+    // The grants are already sorted with the user's first and by service, which decides equal titles.
     std::stable_sort(titled.begin(), titled.end(), [&](const auto& a, const auto& b) {
         return compareForDisplay(a.first, b.first, texts_.language()) < 0;
     });

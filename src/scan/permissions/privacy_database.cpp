@@ -8,14 +8,15 @@ namespace {
 
 constexpr std::size_t maximumBytes = 64u << 20;
 
-// Real databases hold some hundred rows. Going through 64 MiB of them takes less than half of this.
+// Real databases have some hundred rows. Reading 64 MiB of them takes less than half of this.
 constexpr std::int64_t stepBudget = 50'000'000;
 constexpr int stepsPerCheck = 1'000;
 
-// Enough for hundreds of tables where a real database has ten; reading them takes the square of their number.
+// Enough for hundreds of tables where a real database has ten; the cost grows with the square of their
+// number.
 constexpr std::int64_t schemaStepBudget = 20'000;
 
-// Offsets of the file's write and read version; 2 says that changes go to a separate log first.
+// Offsets of the file's write and read version; 2 means a write-ahead log.
 constexpr std::size_t writeVersionOffset = 18;
 constexpr std::size_t readVersionOffset = 19;
 constexpr std::size_t headerSize = 100;
@@ -35,7 +36,7 @@ void distrustSchema(sqlite3* database) {
     sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr);
     sqlite3_db_config(database, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
-    // Without modules a virtual table cannot be opened, so no reader of hidden tables runs on hostile ones.
+    // Without modules no virtual table can be opened, so none of their code runs on hostile data.
     sqlite3_drop_modules(database, nullptr);
 
     sqlite3_limit(database, SQLITE_LIMIT_LENGTH, 1 << 20);
@@ -55,7 +56,7 @@ bool run(sqlite3* database, const char* statement) {
     return sqlite3_exec(database, statement, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-/// Something with content beside the database: an unfinished transaction, or changes not yet in it.
+/// A file with content beside the database: an unfinished transaction, or changes not yet in it.
 bool hasContent(const FileSystem& files, const Path& file) {
     const auto info = files.info(file);
     if (!info) return info.error().fault != FileFault::missing;
@@ -74,11 +75,11 @@ void PrivacyDatabase::Close::operator()(sqlite3* database) const {
 }
 
 tl::expected<PrivacyDatabase, Error> PrivacyDatabase::open(std::string bytes, bool writable) {
-    // SQLite takes an empty file for a new database; macOS never leaves one.
+    // SQLite accepts an empty file as a new database; macOS never leaves one.
     if (bytes.size() < headerSize || bytes.size() > maximumBytes) return tl::unexpected(Error::malformed);
 
     PrivacyDatabase opened;
-    // A database in memory cannot have a log beside it. What the log held was checked by the reader.
+    // A database in memory cannot have a log. The reader has checked the contents of the log.
     opened.usesWriteAheadLog_ = bytes[readVersionOffset] == writeAheadLog;
     if (opened.usesWriteAheadLog_) bytes[writeVersionOffset] = bytes[readVersionOffset] = rollbackJournal;
 
@@ -108,7 +109,7 @@ tl::expected<PrivacyDatabase, Error> PrivacyDatabase::open(std::string bytes, bo
 
 tl::expected<std::string, Error> PrivacyDatabase::bytes() const {
     sqlite3_int64 size = 0;
-    // Not a copy: owned by SQLite and valid until the next statement.
+    // Not copied: owned by SQLite and valid until the next statement.
     const auto* content = sqlite3_serialize(handle(), "main", &size, SQLITE_SERIALIZE_NOCOPY);
     if (!content || size < static_cast<sqlite3_int64>(headerSize)) return tl::unexpected(Error::malformed);
     std::string bytes(reinterpret_cast<const char*>(content), static_cast<std::size_t>(size));
@@ -124,7 +125,7 @@ tl::expected<PrivacyDatabase, Error> readPrivacyDatabase(const FileSystem& files
         return tl::unexpected(isMissing ? Error::missing : Error::unreadable);
     }
     const auto before = files.info(file);
-    // macOS makes no links here; behind one, an unfinished transaction would lie beside another file.
+    // macOS creates no links here; an unfinished transaction would be beside the link's target.
     if (!before || before->kind != FileKind::regular) return tl::unexpected(Error::unreadable);
     auto bytes = files.read(file, maximumBytes);
     if (!bytes) return tl::unexpected(Error::unreadable);

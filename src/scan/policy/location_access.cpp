@@ -4,8 +4,8 @@ namespace tidwen {
 
 namespace {
 
-/// Whether the folder is merely not there: up to the first parent that exists, and is a folder, nothing
-/// stands in its way. A link to nowhere is there itself, and what it should lead to is not.
+/// Whether the folder is just missing: nothing obstructs its path up to the first existing parent, which is a
+/// folder. A broken link exists itself and is not absent.
 bool isAbsent(Path folder, const FileSystem& files) {
     for (;; folder = folder.parent()) {
         const auto info = files.info(folder);

@@ -13,7 +13,7 @@ namespace {
 
 using Components = std::vector<std::string>;
 
-// Shared by everything below them: moving one of these takes far more away than any application.
+// Shared by everything below: moving one of these takes along far more than any application.
 constexpr std::string_view deniedPaths[] = {
     "/",
     "/Applications",
@@ -86,16 +86,16 @@ constexpr std::string_view neverTouchInHome[] = {
 // Homes of others, and folders of such homes; "/Users" has a rule of its own.
 constexpr std::string_view placesOfOthers[] = {"/root", "/home", "/Network", "/net"};
 
-// The kernel's other spellings: "/.vol/<device>/<inode>" and the like reach any item without saying where it
-// lies, so nothing below can judge them.
+// The kernel's aliases: "/.vol/<device>/<inode>" and the like reach any item without its path, so nothing
+// below them can be checked.
 constexpr std::string_view aliasFolders[] = {".vol", ".nofollow", ".resolve"};
 
-// More people than any Mac has.
+// More than any Mac has.
 constexpr std::size_t mostLinkedHomes = 1000, mostOtherHomes = 100;
 
 constexpr std::string_view installerExtensions[] = {"dmg", "pkg", "mpkg"};
 
-// Below these, only what lies inside a user's "C" or "T" folder may go.
+// Below these, only the contents of a user's "C" or "T" folder may be moved.
 struct DepthRule {
     std::string_view prefix;
     std::size_t components;
@@ -119,14 +119,14 @@ bool startsWith(const Components& path, const Components& prefix) {
 
 bool saysWhereItLies(const Path& path, const Components& parts) {
     if (!path.isAbsolute()) return false;
-    // A system call ends the path at a NUL: another item would be touched than the one judged.
+    // A system call ends the path at a NUL, so another item than the checked one would be moved.
     if (path.string().find('\0') != std::string::npos) return false;
     return parts.size() < 2
            || std::find(std::begin(aliasFolders), std::end(aliasFolders), parts[1]) == std::end(aliasFolders);
 }
 
-/// Where the item lies, or would lie, once the links of its parents are followed. Nothing when that cannot be
-/// told: a parent that is no folder, that may not be read, or a link to nowhere.
+/// The location of the item, existing or not, with the links of its parents resolved. nullopt when it is
+/// unknown: a parent that is not a folder or not readable, or a broken link.
 std::optional<Path> resolvedPlace(const Path& place, const FileSystem& files) {
     std::vector<std::string> notThereYet = {place.lastComponent()};
     for (Path folder = place.parent();; folder = folder.parent()) {
@@ -143,7 +143,7 @@ std::optional<Path> resolvedPlace(const Path& place, const FileSystem& files) {
     }
 }
 
-/// The place is a folder that is searched, or holds one.
+/// The place is a folder that is searched, or contains one.
 bool isSearched(const Components& place, const UserEnvironment& user) {
     const auto locations = searchLocations(user);
     return std::ranges::any_of(locations, [&](const SearchLocation& location) {
@@ -153,14 +153,14 @@ bool isSearched(const Components& place, const UserEnvironment& user) {
 
 } // namespace
 
-/// Follows the links of many places, looking at each folder on the way once.
+/// Resolves the links of many places, looking at each folder once.
 class PathPolicy::RealPlaces {
   public:
     explicit RealPlaces(const FileSystem& files) : files_(files) {}
 
     const FileSystem& files() const { return files_; }
 
-    /// The place as it is given and, where a link leads elsewhere, where it really lies or would lie.
+    /// The place as given and, if links lead elsewhere, its real location, existing or not.
     std::vector<Path> spellings(const Path& place) {
         std::vector<Path> both = {place};
         if (!place.isAbsolute() || place.string().size() > longestPath) return both;
@@ -170,10 +170,10 @@ class PathPolicy::RealPlaces {
     }
 
   private:
-    static constexpr std::size_t longestPath = 1024; // of what a Mac opens
+    static constexpr std::size_t longestPath = 1024; // the longest path that a Mac opens
 
     struct Found {
-        std::optional<Path> place; ///< nothing when it cannot be told
+        std::optional<Path> place; ///< nullopt when it is unknown
         bool isThere = false;
     };
 
@@ -242,7 +242,8 @@ void PathPolicy::keepOtherHomes(RealPlaces& places) {
     for (const auto& spelled : places.spellings(users))
         usersFolders_.push_back(componentsOf(spelled));
     for (const auto place : placesOfOthers) {
-        otherHomes_.push_back(componentsOf(place)); // the user's own home in one of them is told apart
+        otherHomes_.push_back(
+            componentsOf(place)); // the user's own home in one of them is recognized separately
         keepOtherHome(Path(std::string(place)), places);
     }
     for (const auto& home : user_.otherHomes)
@@ -268,7 +269,7 @@ void PathPolicy::keepItself(const Path& place, RealPlaces& places) {
 void PathPolicy::keepWhole(const Path& place, NeverTouchRule rule, RealPlaces& places) {
     for (const auto& spelled : places.spellings(place)) {
         rule.prefix = componentsOf(spelled);
-        // A link from one of these places to the home, or above it, makes nothing of the home untouchable.
+        // A link from one of these places to the home, or above it, does not protect the home's contents.
         if (spelled != place && holdsTheHome(rule.prefix)) continue;
         deny(rule.prefix);
         if (std::ranges::find(neverTouch_, rule) == neverTouch_.end()) neverTouch_.push_back(rule);
@@ -283,7 +284,8 @@ void PathPolicy::keepOtherHome(const Path& home, RealPlaces& places) {
     if (isHome) keepFoldersOf(home, places);
 }
 
-/// What lies in the home is kept with it: only where its folders lead elsewhere is more to be kept.
+/// The contents of the home are protected with it: only folders that lead elsewhere need protection of their
+/// own.
 void PathPolicy::keepFoldersOf(const Path& otherHome, RealPlaces& places) {
     auto other = user_;
     other.home = otherHome;
@@ -300,8 +302,8 @@ void PathPolicy::keepFoldersOf(const Path& otherHome, RealPlaces& places) {
         keep(location.url);
 }
 
-/// An account, or a link, that names a folder which everybody shares, one of the user's own, or one that
-/// holds the user's home, does not make it another's.
+/// A folder does not become another user's because an account or a link names it, if all users share it, it
+/// is the user's own, or it contains the user's home.
 bool PathPolicy::keepOthers(const Path& place) {
     auto kept = componentsOf(place);
     const auto isHeldBy = [&](const Components& home) { return startsWith(kept, home); };
@@ -329,7 +331,7 @@ std::optional<PathPolicy::Violation> PathPolicy::check(const Path& url,
     const auto violation = [&](ViolationKind kind) { return Violation{kind, url.standardized().string()}; };
 
     const auto path = componentsOf(url);
-    // Without a home the user's own folders cannot be told from others.
+    // Without a home the user's own folders cannot be distinguished from others.
     if (!saysWhereItLies(url, path) || !user_.home.isAbsolute()) return violation(ViolationKind::traversal);
 
     if (path.size() < 3) return violation(ViolationKind::tooShallow);

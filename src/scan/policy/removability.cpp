@@ -11,12 +11,12 @@ namespace {
 
 using Reason = ImmovableApplication::Reason;
 
-/// Where the bundle really lies; the path itself when that cannot be told.
+/// The real location of the bundle; the path itself when it is unknown.
 Path realPlace(const Path& bundle, bool isLink, const FileSystem& files) {
     return (isLink ? files.resolve(bundle) : files.resolveParent(bundle)).value_or(bundle);
 }
 
-/// A home may itself be reached through a link; what lies in it is then where everybody expects it.
+/// A home may itself be reached through a link; its contents are then where users expect them.
 bool isWhereItSays(const Path& bundle, const Path& place, const Path& home, const FileSystem& files) {
     if (pathKey(bundle) == pathKey(place)) return true;
     const auto realHome = files.resolve(home);
@@ -25,7 +25,7 @@ bool isWhereItSays(const Path& bundle, const Path& place, const Path& home, cons
     return Path(pathKey(*realHome).string() + below) == pathKey(place);
 }
 
-/// The outermost bundle that the place lies in.
+/// The outermost bundle that contains the place.
 std::optional<Path> holdingBundle(const Path& place, const FileSystem& files) {
     std::optional<Path> holder;
     for (Path folder = place.parent(); !folder.isRoot(); folder = folder.parent())
@@ -71,7 +71,7 @@ std::optional<ImmovableApplication> whyNotRemovable(const AppTarget& target, con
     if (policy.check(place)) return ImmovableApplication{Reason::protectedPlace, place};
     if (auto holder = holdingBundle(place, files))
         return ImmovableApplication{Reason::partOfBundle, std::move(*holder)};
-    // A locked item stays for an administrator too.
+    // An administrator cannot move a locked item either.
     const bool isKept = rights == MoveRights::own ? !files.isMovable(bundle) : info && info->immutable;
     if (isKept) return ImmovableApplication{Reason::noRights, place};
     return std::nullopt;

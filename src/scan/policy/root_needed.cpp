@@ -11,9 +11,9 @@ constexpr std::uint32_t groupWrite = 0020;
 constexpr std::uint32_t othersWrite = 0002;
 constexpr std::uint32_t stickyBit = 01000;
 
-/// By mode and owners alone. The kernel would answer for this process, which on a mounted or copied disk is
-/// not the Mac's user. That he belongs to the groups of an ordinary administrator account is assumed; where
-/// he does not, the move fails and says so, and nothing is lost.
+/// Based on mode and owners alone: the kernel would answer for this process, which on a mounted or copied
+/// disk is not the Mac's user. Assumes the groups of an ordinary administrator account; if the user is not in
+/// them, the move fails and is reported, and nothing is lost.
 bool isWritable(const FileInfo& folder, std::uint32_t userID) {
     if (folder.ownerID == userID) return (folder.permissions & ownerWrite) != 0;
     if (folder.groupID == staffGroup || folder.groupID == adminGroup)
@@ -28,7 +28,7 @@ bool moveNeedsRoot(const FileInfo& item, const FileInfo& parent, std::uint32_t u
     if (userID == 0) return false;
     const bool isHis = item.ownerID == userID;
     const bool isSticky = (parent.permissions & stickyBit) != 0;
-    // A folder that moves gets another "..", which the kernel allows to its owner.
+    // Moving a folder changes its "..", which the kernel permits only to its owner.
     return !isWritable(parent, userID) || (isSticky && parent.ownerID != userID && !isHis)
            || (item.kind == FileKind::directory && !isHis);
 }

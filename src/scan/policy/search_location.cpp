@@ -16,7 +16,7 @@ struct Row {
     bool isSystemDomain = false;
 };
 
-// The order is the order of the search and so of the traces that people see.
+// This is the order of the search and of the traces shown.
 constexpr Row userRows[] = {
     {"Application Support", TraceCategory::supportFiles, Style::vendorNestedChildren},
     {"Containers", TraceCategory::containers, Style::containerDirectories},
@@ -80,7 +80,7 @@ constexpr Row systemRows[] = {
     {"/Users/Shared", TraceCategory::supportFiles},
 };
 
-// Anybody may write here, so no administrator is needed.
+// Everyone may write here, so no administrator is needed.
 constexpr std::string_view sharedFolder = "/Users/Shared";
 
 void appendTemporaryFolder(std::vector<SearchLocation>& locations, const std::optional<Path>& folder) {
