@@ -8,15 +8,14 @@
 namespace tidwen {
 namespace {
 
-/// What many makers begin their identifiers with though the domain is not theirs: hosts of source code that
-/// the list does not know, tools that name what people build with them, and what examples tell people to
-/// replace.
+/// Prefixes that many vendors use without owning the domain: hosts of source code missing in the list, tools
+/// that name what people build with them, and placeholders in examples.
 constexpr std::array hosts = std::to_array<std::string_view>(
     {"com.github", "com.gitlab", "com.googlecode", "com.electron", "com.electronjs", "com.todesktop",
      "com.company", "com.example", "com.mycompany", "com.yourcompany", "net.sourceforge", "org.bitbucket",
      "org.pythonmac.unspecified", "org.sourceforge"});
 
-/// Where the first `count` pieces end; the whole length when there are fewer.
+/// The end of the first `count` components; the whole length when there are fewer.
 std::size_t endOfPieces(std::string_view identifier, std::size_t count) {
     std::size_t end = 0;
     for (std::size_t piece = 0; piece < count; ++piece) {
@@ -49,7 +48,7 @@ bool continues(std::string_view identifier, std::string_view beginning) {
 } // namespace
 
 bool isTopLevelDomain(std::string_view piece) {
-    // Asked for every name on a disk, and nearly all identifiers begin so.
+    // Called for every name on a disk, and nearly all identifiers begin like this.
     if (piece == "com" || piece == "org" || piece == "net" || piece == "io") return true;
     if (piece.empty() || piece.find('.') != piece.npos) return false;
     const auto* list = psl_builtin();
@@ -64,7 +63,7 @@ std::string_view makerOf(std::string_view identifier) {
         if (identifier.size() == host.size()) return {};
         return identifier.substr(0, endOfPieces(identifier, countPieces(host) + 1));
     }
-    // No name of a maker takes more pieces than this; the rest need not be turned around.
+    // No vendor's domain has more components; the rest need not be reversed.
     constexpr std::size_t mostPieces = 8;
     const auto beginning = identifier.substr(0, endOfPieces(identifier, mostPieces));
     const auto domain = turnedAround(beginning);

@@ -16,7 +16,7 @@ bool isInstallerName(const Path& path) {
     return extensions.contains(path.lowercasedExtension());
 }
 
-/// The first characters of a stem that are letters, blanks or points: "Foo Bar" of "Foo Bar-2.3.1-arm64".
+/// The leading part of a stem of only letters, spaces and dots: "Foo Bar" of "Foo Bar-2.3.1-arm64".
 std::string_view leadingWords(std::string_view stem) {
     std::size_t end = 0;
     while (end < stem.size()) {
@@ -34,7 +34,7 @@ std::string_view leadingWords(std::string_view stem) {
 std::optional<InstallerFile> describe(const FileSystem& files, const Path& url,
                                       const std::vector<InstalledApp>& apps) {
     const auto info = files.info(url);
-    if (!info) return std::nullopt; // gone since it was listed
+    if (!info) return std::nullopt; // removed since it was listed
     InstallerFile file{
         .url = url, .sizeBytes = std::nullopt, .addedAt = std::nullopt, .installedApp = std::nullopt};
     file.isFolder = info->kind == FileKind::directory;

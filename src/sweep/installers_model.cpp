@@ -99,7 +99,7 @@ void InstallersModel::arrange() {
     rows.assign(std::move(arranged));
 }
 
-/// Shows what is known by now of each file, where it stands.
+/// Shows what is now known of each file, without moving its row.
 void InstallersModel::showValues() {
     std::map<Path, const InstallerFile*> byPath;
     for (const auto& file : result.get().files)
@@ -109,7 +109,7 @@ void InstallersModel::showValues() {
             rows.update(i, {*file->second, selection.get().contains(file->first)});
 }
 
-/// As far as it is in the list.
+/// Ignores what is not in the list.
 void InstallersModel::select(std::set<Path> chosen) {
     std::set<Path> kept;
     for (const auto& file : result.get().files)

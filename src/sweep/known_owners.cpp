@@ -19,14 +19,14 @@ constexpr std::size_t shortestName = 5;
 constexpr std::size_t teamLength = 10;
 constexpr std::size_t uuidLength = 36;
 
-// What people's own files end with.
+// Extensions of people's own files.
 constexpr auto documentExtensions = std::to_array<std::string_view>(
     {"7z",  "aif",  "aiff", "bak",  "bz2", "csv", "doc",  "docx", "gif", "gz",    "heic", "html",
      "iso", "jpeg", "jpg",  "json", "m4a", "m4v", "md",   "mov",  "mp3", "mp4",   "old",  "pdf",
      "png", "ppt",  "pptx", "psd",  "rar", "rtf", "svg",  "tar",  "tgz", "tif",   "tiff", "tmp",
      "txt", "wav",  "xls",  "xlsx", "xml", "xz",  "yaml", "yml",  "zip", "sqlite"});
 
-/// "photo.backup.2024.jpg" begins with a top-level domain, too; the old ones are no words.
+/// "photo.backup.2024.jpg" begins with a top-level domain, too; the traditional domains are no words.
 bool isWord(std::string_view topLevelDomain) {
     return topLevelDomain.size() > 3;
 }
@@ -116,7 +116,7 @@ KnownOwners::KnownOwners(const BundleSnapshot& bundles) {
         }
         for (const auto& group : contents.groups)
             addIdentifier(withoutGroupMarks(group));
-        // Helpers are called "Updater" or "Agent": too little to tell whose an identifier is.
+        // Helpers have names like "Updater" or "Agent", which do not identify an owner.
         for (const auto& name : contents.embeddedNames)
             if (auto canonical = canonicalForm(name); !canonical.empty()) {
                 addWord(canonical);
@@ -182,7 +182,7 @@ bool KnownOwners::claims(std::string_view identifier) const {
     if (isApplesIdentifier(identifier) || identifier.find(".com.apple.") != identifier.npos) return true;
     if (isCommonIdentifier(identifier)) return true;
     if (makers_.contains(makerOf(identifier))) return true;
-    for (auto rest = identifier;;) { // an owner's identifier may stand anywhere in it
+    for (auto rest = identifier;;) { // an owner's identifier may be at any component
         if (index_.longestContinued(rest) > 0) return true;
         const auto dot = rest.find('.');
         if (dot == rest.npos) break;

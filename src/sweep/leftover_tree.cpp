@@ -10,7 +10,7 @@ namespace tidwen {
 
 namespace {
 
-/// The numbers from 0 on in an order that leaves no two equal; both halves are sorted at once.
+/// The numbers from 0, sorted by a strict total order; both halves are sorted in parallel.
 template<class IsBefore>
 std::vector<std::uint32_t> sorted(std::size_t count, IsBefore isBefore) {
     std::vector<std::uint32_t> order(count);
@@ -23,7 +23,7 @@ std::vector<std::uint32_t> sorted(std::size_t count, IsBefore isBefore) {
     return order;
 }
 
-/// Inserting one by one would look for each one's place.
+/// Inserting one by one would search the position of each.
 std::set<Uuid> setOf(std::vector<Uuid> ids) {
     std::sort(ids.begin(), ids.end());
     return std::set<Uuid>(ids.begin(), ids.end());
@@ -87,7 +87,7 @@ void LeftoverList::sort() {
         const int order = keys[a].compare(keys[b]);
         return order != 0 ? order < 0 : a < b;
     });
-    std::vector<std::uint32_t> place(byName_.size()); // equal sizes stay in the order of their names
+    std::vector<std::uint32_t> place(byName_.size()); // equal sizes stay in name order
     for (std::uint32_t i = 0; i < byName_.size(); ++i)
         place[byName_[i]] = i;
     bySize_ = sorted(entries_.size(), [&](std::uint32_t a, std::uint32_t b) {
@@ -96,7 +96,7 @@ void LeftoverList::sort() {
     });
 }
 
-/// Sorts the passing traces into their groups. The list is already in order, so one pass over it will do.
+/// Sorts the matching traces into groups. The list is already sorted, so one pass suffices.
 class LeftoverTreeBuilder {
   public:
     LeftoverTreeBuilder(const LeftoverList& list, const LeftoverFilter& filter)
@@ -106,7 +106,7 @@ class LeftoverTreeBuilder {
           floor_(minimumBytes(filter.floor)) {}
 
     void fill(LeftoverTree& tree) {
-        // Judged in the order in which they lie in memory, and only then looked at in that of the rows.
+        // Filtered in memory order first; only matches are then visited in display order.
         std::vector<bool> passing;
         passing.reserve(list_.entries_.size());
         for (const auto& entry : list_.entries_)

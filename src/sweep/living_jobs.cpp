@@ -20,14 +20,15 @@ bool isPrivilegedHelper(const Path& program) {
 }
 
 Life lifeOf(JobPrograms& programs, const LaunchItem& job) {
-    if (!job.programPath) return Life::living; // started by what the property list does not name
+    if (!job.programPath)
+        return Life::living; // it may be started by something the property list does not name
     const auto program = programs.find(*job.programPath);
     if (program == JobProgram::gone) return Life::dead;
     const bool isThere = program == JobProgram::present;
     return isThere && isPrivilegedHelper(Path(*job.programPath)) ? Life::helper : Life::living;
 }
 
-/// Where the program lies, or would lie, without the links on the way.
+/// The location of the program, existing or not, without links.
 Path realPlace(const FileSystem& files, const Path& program) {
     Path there = program.standardized();
     std::string rest;
@@ -38,8 +39,8 @@ Path realPlace(const FileSystem& files, const Path& program) {
     return program;
 }
 
-/// It works for an application that is there, by what it says or by where its program was: an update may have
-/// left the job behind, or bring its program back.
+/// It serves an installed application, by its own declaration or by its program's location: an update may
+/// have left the job behind, or may restore its program.
 bool worksForInstalled(const FileSystem& files, const LaunchItem& job, const KnownOwners& installed) {
     if (job.programPath) {
         const Path program(*job.programPath);
@@ -50,11 +51,11 @@ bool worksForInstalled(const FileSystem& files, const LaunchItem& job, const Kno
                        [&](const std::string& identifier) { return installed.claims(identifier); });
 }
 
-/// Folders of jobs in the order in which launchd reads them, those of other users last.
+/// Folders of jobs in the order in which launchd reads them, other users' last.
 std::vector<Path> jobFolders(const FileSystem& files, const UserEnvironment& user) {
     std::vector<Path> folders = {user.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
                                  Path("/Library/LaunchDaemons")};
-    std::vector<Path> unreadable; // whoever looks for applications there misses them too
+    std::vector<Path> unreadable; // the search for applications reports them, too
     for (const auto& home : homesOnDisk(files, user, unreadable))
         if (home != user.home) folders.push_back(home / "Library/LaunchAgents");
     return folders;

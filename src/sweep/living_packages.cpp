@@ -14,12 +14,12 @@
 namespace tidwen {
 namespace {
 
-// A Mac has some hundred packages; the receipts of one that has more, or list without end, are not read to
-// theirs, and what was not read lives.
+// A Mac has some hundred packages; more of them, or endless lists, are not read to the end, and what was not
+// read counts as in use.
 constexpr std::size_t mostPackages = 2'000;
 constexpr std::size_t mostLooks = 200'000;
 
-/// There, and not to be listed.
+/// It exists but cannot be listed.
 bool isClosed(const FileSystem& files, const Path& folder) {
     const auto entries = files.list(folder);
     return !entries && !isAbsence(entries.error());
@@ -46,7 +46,7 @@ class PackageJudge {
             if (looksLeft_ == 0) return Life::living;
             const Path path = (receipt.installBase / file).standardized();
             if (const auto owner = applicationAround(path)) {
-                if (*owner == application) continue; // one look for all its files
+                if (*owner == application) continue; // one lookup for all its files
                 application = *owner;
                 if (isThere(application, FileKind::directory)) return Life::living;
                 lostApplication = true;
@@ -60,8 +60,8 @@ class PackageJudge {
     }
 
   private:
-    /// What cannot be looked at may be there, and so may what a link leads to; but "/etc", "/tmp" and "/var"
-    /// are links of macOS itself.
+    /// What cannot be inspected may exist, and so may the target of a link; but "/etc", "/tmp" and "/var" are
+    /// links of macOS itself.
     bool isThere(const Path& path, FileKind kind) {
         --looksLeft_;
         const auto info = files_.info(path);
@@ -70,7 +70,7 @@ class PackageJudge {
         return !isAbsence(info.error()) || mayBeElsewhere(path);
     }
 
-    /// As with the program of a job, what lies where this disk holds nothing is not known to be gone.
+    /// As for the program of a job, what lies where this disk has nothing is not known to be gone.
     bool mayBeElsewhere(const Path& path) {
         const Path folder = path.parent();
         if (goneFolders_.contains(folder)) return false;
@@ -86,8 +86,8 @@ class PackageJudge {
         return std::nullopt;
     }
 
-    /// Lies where the sweep itself would find it by the package's identifier: nothing else than what any
-    /// application leaves behind when it is dragged away. Bundles and privileged tools work without one.
+    /// The sweep itself would find it by the package's identifier: it is an ordinary leftover of an
+    /// application dragged to the Trash. Bundles and privileged tools work without their application.
     bool isOwnLeftover(const Path& path, std::string_view identifier) const {
         const auto parts = path.components();
         if (std::any_of(parts.begin(), parts.end(), isBundleName)

@@ -76,7 +76,7 @@ FindsByIdentifier LocationSweep::run(OrphanScanResult& result, const OrphanScann
     return std::move(finds_);
 }
 
-/// Not a location that is a link to another one.
+/// False for a location that links to another one.
 bool LocationSweep::isFirstWayTo(const SearchLocation& location) {
     const auto place = ports_.files.resolve(location.url);
     if (!place || *place == location.url) return true;
@@ -100,7 +100,7 @@ void LocationSweep::take(std::vector<OrphanCandidate> candidates, const OrphanSc
             candidate.category != TraceCategory::receipts || lostPackages_.contains(candidate.identifier);
         traces.push_back(makeOrphanTrace(std::move(candidate)));
     }
-    candidates = {}; // there may be very many
+    candidates = {}; // frees them early: there may be very many
     measureTraces(ports_.files, traces, stop_);
     if (onFound && !traces.empty() && traces.front().category != TraceCategory::receipts) onFound(traces);
     for (auto& trace : traces)

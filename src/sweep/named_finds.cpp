@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t shortestName = 5;
 
-/// What many identifiers end with: it says what a program is, not which.
+/// Words that end many identifiers: they say what kind of program it is, not which.
 constexpr auto plainWords = std::to_array<std::string_view>(
     {"agent",      "app",      "application", "assistant", "audio",    "backup",      "browser",
      "calendar",   "camera",   "client",      "cloud",     "cocoa",    "common",      "console",
@@ -36,7 +36,7 @@ bool isPlainWord(std::string_view word) {
     return std::find(plainWords.begin(), plainWords.end(), word) != plainWords.end();
 }
 
-/// Names that mean one group and nobody else.
+/// Names that identify exactly one group.
 class GroupNames {
   public:
     GroupNames(const std::vector<OrphanGroup>& groups, const KnownOwners& owners) : owners_(owners) {
@@ -45,7 +45,7 @@ class GroupNames {
                 add(canonicalForm(name), i);
     }
 
-    /// The group's place; nothing when no group, or not one alone, is called so.
+    /// The group's index; nullopt when no group, or more than one, has this name.
     std::optional<std::size_t> find(std::string_view canonicalName) const {
         const auto found = groups_.find(canonicalName);
         return found == groups_.end() ? std::nullopt : found->second;

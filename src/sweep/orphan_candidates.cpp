@@ -23,8 +23,8 @@ std::string applicationInPath(const std::string& program) {
     return {};
 }
 
-/// Where applications put folders and files under their own names. In the others (fonts, plug-ins, temporary
-/// files) a name says less.
+/// Where applications store folders and files under their own names. Elsewhere (fonts, plug-ins, temporary
+/// files) a name is weaker evidence.
 bool isForNames(const SearchLocation& location) {
     if (location.style == Style::vendorNestedChildren || location.style == Style::prefixedReports)
         return true;
@@ -126,7 +126,7 @@ class LocationReader {
                                      location_.requiresRoot});
     }
 
-    /// By the identifier in its name, else by the name itself. False when it has no identifier.
+    /// By the identifier in its name, else by the name itself. False without an identifier.
     bool addChild(const std::string& entry, const Path& path) {
         if (auto identifier = identifierInName(entry); !identifier.empty())
             return add(std::move(identifier), path), true;
@@ -188,8 +188,8 @@ class LocationReader {
             addNamed(subject, path);
     }
 
-    /// A plain folder without an identifier of its own may be a vendor's; only what carries one is looked at
-    /// in it.
+    /// A plain folder without an identifier may be a vendor's; only its children with an identifier are
+    /// considered.
     void judgeVendor(const DirectoryEntry& entry, const Path& path) {
         const auto lower = lowercased(entry.name);
         if (entry.kind != FileKind::directory || isBundleName(entry.name) || isFromApple(entry.name)

@@ -13,10 +13,11 @@
 namespace tidwen {
 namespace {
 
-/// Puts "com.example.app.helper" to "com.example.app" when both were found: they are one application's.
+/// Merges "com.example.app.helper" into "com.example.app" when both were found: they belong to one
+/// application.
 FindsByIdentifier joined(FindsByIdentifier&& byIdentifier) {
     FindsByIdentifier owners;
-    // A shorter form comes before what continues it. Taken out one by one: there may be very many.
+    // A shorter form comes before what continues it. Removed one by one, because there may be very many.
     while (!byIdentifier.empty()) {
         auto node = byIdentifier.extract(byIdentifier.begin());
         auto form = node.key();
@@ -42,7 +43,7 @@ std::string nameFromIdentifier(const std::string& identifier) {
     return name;
 }
 
-/// The finds that `isStill` an orphan's, by identifier.
+/// The finds whose owner is still missing according to `isStill`, by identifier.
 std::vector<OrphanGroup> grouped(FindsByIdentifier&& finds, const KnownOwners& owners,
                                  const std::function<bool(const Trace&)>& isStill) {
     std::vector<OrphanGroup> groups;
@@ -57,12 +58,12 @@ std::vector<OrphanGroup> grouped(FindsByIdentifier&& finds, const KnownOwners& o
     return groups;
 }
 
-/// Measures the finds that have only a name, and hands them on, as the others were when they were found.
+/// Measures the finds that have only a name and passes them on, as was done for the others when found.
 void measureNamed(std::vector<OrphanGroup>& groups, const FileSystem& files, const StopToken& stop,
                   const OrphanScanner::OnFound& onFound) {
     const auto isNamed = [](const Trace& trace) { return trace.reason.kind == MatchReason::Kind::nameToken; };
     for (auto& group : groups) {
-        // They came last.
+        // They are at the end.
         const auto first = std::find_if(group.traces.begin(), group.traces.end(), isNamed);
         if (first == group.traces.end()) continue;
         std::vector<Trace> named(std::make_move_iterator(first), std::make_move_iterator(group.traces.end()));
@@ -78,7 +79,7 @@ void sortBySize(std::vector<OrphanGroup>& groups) {
                      [](const auto& a, const auto& b) { return a.bytes().bytes > b.bytes().bytes; });
 }
 
-/// Nothing that is found could be told to be nobody's.
+/// No find can be judged to have no owner.
 bool hideEverything(const std::vector<SweepGap>& gaps) {
     return std::any_of(gaps.begin(), gaps.end(), [](const SweepGap& gap) { return !gap.isOfOthers; });
 }
@@ -117,8 +118,8 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
     LocationSweep sweep(ports_, files, user_, owners, packages.lost, judge, gaps, stop);
     auto finds = sweep.run(result, onFound, onStep);
 
-    // Applications that were installed meanwhile, or stood elsewhere or were being updated at the first look.
-    // Where nothing is claimed, they change nothing.
+    // Applications that were installed meanwhile, or were elsewhere or being updated during the first look.
+    // Irrelevant when nothing is claimed.
     if (!hideEverything(gaps)) {
         const auto now = lookForOwners(installed, stop);
         if (stop.stopRequested()) return result;

@@ -27,7 +27,7 @@ bool OwnerJudge::isNobodys(const std::string& identifier) {
 
 bool OwnerJudge::judge(const std::string& identifier) const {
     if (owners_.claims(identifier)) return false;
-    // A helper's identifier continues its application's: every shorter form is asked for too.
+    // A helper's identifier continues its application's, so every shorter form is checked too.
     for (std::string form = identifier;; form.resize(form.rfind('.'))) {
         if (protected_.contains(form) || running_.isRunning(form) || isRegistered_(form)) return false;
         if (!isReverseDns(form)) return true;

@@ -29,7 +29,7 @@ bool leadsNowhere(const FileSystem& files, const Path& item) {
     return info && info->kind == FileKind::symbolicLink && !files.infoFollowingLinks(item);
 }
 
-/// What lies in a folder that could not be read is missed with it.
+/// Drops gaps inside a folder that is a gap itself.
 void dropWhatLiesInOthers(std::vector<SweepGap>& gaps) {
     std::set<std::pair<Path, bool>> unreadable;
     for (const auto& gap : gaps)

@@ -5,7 +5,7 @@
 
 namespace tidwen {
 
-/// The number of the newest rebuild that was asked for: an older one on its way is dropped.
+/// The number of the newest rebuild requested; older ones in progress are dropped.
 struct SweepState::Shared {
     std::atomic<std::uint64_t> newest = 0;
 };
@@ -94,7 +94,7 @@ void SweepState::finish(SharedTraces traces) {
     replaceTraces(std::move(traces));
 }
 
-/// Taking thousands of traces apart takes long, so what was there ends on the queue.
+/// Destroying thousands of traces takes long, so the old ones are destroyed on the queue.
 void SweepState::replaceTraces(SharedTraces traces) {
     std::swap(traces_, traces);
     queue_.post([old = std::move(traces), known = std::exchange(known_, {})] {});
