@@ -26,15 +26,15 @@ std::string replacedAll(std::string_view text, char wanted, std::string_view rep
     return result;
 }
 
-/// The line of each kind. Every line ends by echoing its result, so that no failure stops the batch. Single
-/// quotes around an echo where nothing expands, double quotes where the shell fills in the status.
+/// The script line of each kind. Every line ends by echoing its result, so that no failure stops the batch.
+/// Single quotes around an echo without expansion, double quotes where the shell inserts the status.
 struct LineWriter {
     int id;
     std::uint32_t userID;
 
     std::string done() const { return fmt::format("echo 'OP {} OK'", id); }
 
-    // Nothing to do as root: an application is quit before the batch, and registered in the user's own
+    // Nothing to do as root: an application is quit before the batch and registered in the user's own
     // database.
     std::string operator()(const operation::QuitApplication&) const { return done(); }
     std::string operator()(const operation::UnregisterApp&) const { return done(); }
@@ -45,7 +45,7 @@ struct LineWriter {
                            "n"_a = id, "bundleID"_a = quoted(reset.bundleID));
     }
 
-    /// 3: no such process, 113: no such service. A job that is gone already is what was wanted.
+    /// 3: no such process, 113: no such service. A job that is no longer loaded is the desired state.
     std::string operator()(const operation::Bootout& bootout) const {
         return fmt::format(R"(/bin/launchctl bootout {domain}/{label} >/dev/null 2>&1; c=$?;)"
                            R"( if [ $c -eq 0 ] || [ $c -eq 3 ] || [ $c -eq 113 ];)"
@@ -55,7 +55,7 @@ struct LineWriter {
                            "label"_a = quoted(bootout.label));
     }
 
-    /// 17: loaded already. A job that its owner switched off stays off, which is as it was.
+    /// 17: already loaded. A job that was disabled stays disabled, as before.
     std::string operator()(const operation::Bootstrap& bootstrap) const {
         return fmt::format(R"(/bin/launchctl bootstrap {domain} {plist} >/dev/null 2>&1; c=$?;)"
                            R"( l=$(/usr/libexec/PlistBuddy -c 'Print :Label' {plist} 2>/dev/null);)"
@@ -68,7 +68,7 @@ struct LineWriter {
                            "plist"_a = quoted(bootstrap.plist.string()));
     }
 
-    /// -e follows links, so -L looks for a dangling one. mv alone would replace a file or move into a folder.
+    /// -e follows links, so -L detects a dangling one. mv alone would replace a file or move into a folder.
     std::string operator()(const operation::Move& move) const {
         return fmt::format(R"(if /bin/mkdir -p {parent}; then if [ ! -e {to} ] && [ ! -L {to} ];)"
                            R"( then /bin/mv {from} {to} && echo 'OP {n} OK' || echo "OP {n} FAIL $?";)"
@@ -78,7 +78,7 @@ struct LineWriter {
                            "to"_a = quoted(move.destination.string()));
     }
 
-    /// One call deletes one item, hence the loops; 1 stands for "there was none".
+    /// One call deletes one item, hence the loops; 1 means that there was none.
     std::string operator()(const operation::DeleteKeychainItem& item) const {
         return fmt::format(R"(n=0; while /usr/bin/security delete-generic-password -s {service}{keychain})"
                            R"( >/dev/null 2>&1; do n=$((n+1)); done;)"
@@ -109,7 +109,7 @@ std::vector<std::string_view> split(std::string_view text, std::string_view sepa
     return parts;
 }
 
-/// The result that a line states; nothing when it is no result line.
+/// The result in a line; nullopt when it is not a result line.
 std::optional<OperationResult> resultOf(std::string_view line) {
     const auto words = split(line, " ");
     if (words.size() < 3 || words[0] != "OP") return std::nullopt;

@@ -14,8 +14,8 @@ namespace {
 
 using Operations = std::vector<RemovalOperation>::const_iterator;
 
-/// A script is one argument of a process, and macOS gives all arguments together 1 MiB. Some five hundred
-/// moves fit into this; only a removal with more asks for the password again.
+/// A script is one argument of a process, and macOS limits all arguments together to 1 MiB. Some five hundred
+/// moves fit; only a larger removal asks for the password again.
 constexpr std::size_t longestSource = 512u << 10;
 
 Operations endOfBatch(Operations begin, Operations end, std::uint32_t userID) {
@@ -28,8 +28,8 @@ Operations endOfBatch(Operations begin, Operations end, std::uint32_t userID) {
     return next;
 }
 
-/// A manifest names the jobs that undo loads as root, and anybody may have written a manifest: only what lies
-/// where system jobs live is loaded into the system domain.
+/// Undo loads the jobs in a manifest as root, and anyone may have written a manifest: only property lists in
+/// the folder of system jobs are loaded into the system domain.
 bool isSystemJobFile(const Path& plist) {
     return !plist.hasTraversal() && plist.parent() == Path("/Library/LaunchDaemons");
 }
@@ -49,7 +49,7 @@ AdminScriptRunner::AdminScriptRunner(Execute execute, const FileSystem& files, U
 std::vector<OperationResult> AdminScriptRunner::run(const std::vector<RemovalOperation>& operations) {
     std::vector<OperationResult> results;
     std::vector<RemovalOperation> allowed;
-    std::vector<std::size_t> places; // of the allowed ones among all
+    std::vector<std::size_t> places; // indices of the allowed operations
     for (const auto& operation : operations) {
         auto allowedOne = judged(operation);
         results.push_back(
@@ -103,7 +103,7 @@ AdminScriptRunner::runAllowed(const std::vector<RemovalOperation>& operations) c
         const auto end = endOfBatch(next, operations.end(), user_.userID);
         const std::vector<RemovalOperation> batch(next, end);
         const auto output = execute_(adminBatch::script(batch, user_.userID));
-        if (!output) { // ask no second time
+        if (!output) { // do not prompt again
             for (; next != operations.end(); ++next)
                 results.push_back(OperationResult::failure(next->id, output.error().describe()));
             break;

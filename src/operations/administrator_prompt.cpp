@@ -27,7 +27,7 @@ runAsAdministrator(ProcessRunner& processes, const std::string& script, std::chr
     if (!result)
         return tl::unexpected(
             AdminScriptRunnerError{.kind = Kind::process, .process = std::move(result.error())});
-    // The words beside the number are in the user's language.
+    // The text around the number is localized.
     if (result->exitCode != 0 && result->standardError.find("-128") != std::string::npos)
         return tl::unexpected(AdminScriptRunnerError{.kind = Kind::authorizationCancelled});
     return std::move(*result);

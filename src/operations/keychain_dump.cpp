@@ -21,8 +21,8 @@ int hexDigit(char c) {
     return -1;
 }
 
-/// A printed value. Text of plain characters stands between quotes, of which inner ones are not escaped.
-/// Anything else is given as hexadecimal bytes first, which are exact; what follows them is for people.
+/// Decodes a printed value. Plain text is between quotes, inner ones not escaped. Anything else begins with
+/// its exact hexadecimal bytes, followed by a readable form.
 std::optional<std::string> decodedValue(std::string_view printed) {
     if (printed.starts_with('"')) {
         const auto last = printed.rfind('"');
@@ -39,7 +39,7 @@ std::optional<std::string> decodedValue(std::string_view printed) {
     return bytes;
 }
 
-/// Counts services in the order in which they are first seen.
+/// Counts services in first-seen order.
 class ServiceCounts {
   public:
     explicit ServiceCounts(bool isSystemKeychain) : isSystemKeychain_(isSystemKeychain) {}
@@ -64,7 +64,7 @@ std::vector<KeychainEntry> parseKeychainDump(std::string_view output, bool isSys
     constexpr std::string_view classMark = "class: ";
     constexpr std::string_view keychainMark = "keychain: ";
     ServiceCounts counts(isSystemKeychain);
-    std::string_view serviceMark; // of the item that is being read; empty when its service does not matter
+    std::string_view serviceMark; // of the current item; empty when its service is irrelevant
     for (const auto line : linesOf(output)) {
         if (line.starts_with(keychainMark)) {
             serviceMark = {};

@@ -55,7 +55,7 @@ std::string shortServiceName(const std::string& service) {
 
 Outcome ToolPermissionRevoker::revoke(const PermissionGrant& grant, const std::string& bundleID) {
     const auto service = shortServiceName(grant.service);
-    // An empty word would widen the reset to every service or application, "-…" would be an option.
+    // An empty argument would extend the reset to every service or application; "-…" would be an option.
     if (!toolArguments::isIdentifier(bundleID) || !toolArguments::isIdentifier(service))
         return failed(bundleID + " " + service);
     if (grant.scope == PermissionGrant::Scope::user) {

@@ -11,10 +11,10 @@ Message failure(const FileError& error) {
     return {std::string(failureKey(error.fault))};
 }
 
-/// Only what lies below the run's folder is made: a run's folder, a Trash or a home that went away in the
-/// middle of a run, and was made anew, would take the rest of the items and know of none.
+/// Creates only folders below the run's folder: if a run's folder, a Trash or a home that disappeared during
+/// a run were created again, it would take the remaining items without a record of them.
 FileResult<void> makeFolderInQuarantine(const Path& folder, FileSystem& files, const PathPolicy& policy) {
-    if (!policy.isQuarantineEndpoint(folder)) return {}; // the run's own
+    if (!policy.isQuarantineEndpoint(folder)) return {}; // the run's own folder
     if (auto above = makeFolderInQuarantine(folder.parent(), files, policy); !above) return above;
     auto made = files.createDirectory(folder);
     if (made || made.error().fault != FileFault::exists) return made;
@@ -22,7 +22,7 @@ FileResult<void> makeFolderInQuarantine(const Path& folder, FileSystem& files, c
     return there && there->kind == FileKind::directory ? FileResult<void>() : made;
 }
 
-/// What forbids a move is rarely the item's own permissions: the words name what can be done about it.
+/// A move rarely fails because of the item's own permissions: the text names what the user can do.
 Message moveFailure(const FileError& error, const JudgedMove& move, const FileSystem& files) {
     const Path& from = move.source();
     if (error.fault == FileFault::exists && error.path != from && error.path != move.destination())
@@ -60,7 +60,7 @@ std::optional<Message> screenedMove(const operation::Move& move, FileSystem& fil
     const auto moved = files.move(judged->source(), judged->destination());
     if (moved) return std::nullopt;
     if (entersQuarantine && isMissing(files, folder)) return gone;
-    // The numbered folder that waits for nothing would count as something in quarantine.
+    // Remove the empty numbered folder, which would count as something in quarantine.
     if (entersQuarantine) (void)files.removeEmptyDirectory(folder);
     return moveFailure(moved.error(), *judged, files);
 }

@@ -30,7 +30,7 @@ Outcome failed(const ProcessRunnerError& error) {
     return tl::unexpected(LaunchdError{LaunchdError::Kind::process, describe(error)});
 }
 
-/// The first command decides; loading what is loaded, or unloading what is not, must not fail a switch.
+/// The first command decides; loading what is loaded, or unloading what is not, is not a failure.
 std::array<Command, 2> switchCommands(bool on, const std::string& domain, const std::string& label,
                                       const Path& plist) {
     const auto target = domain + "/" + label;
@@ -56,7 +56,7 @@ std::map<std::string, bool> ToolLaunchd::disabledOverrides(bool isSystemDomain) 
 }
 
 Outcome ToolLaunchd::setEnabled(bool on, const std::string& label, const Path& plist, bool isSystemDomain) {
-    // A label that means something else to launchctl could switch the whole session.
+    // A label with a meaning to launchctl could change the whole session.
     if (!toolArguments::isLabel(label) || !toolArguments::isBatchPath(plist))
         return tl::unexpected(LaunchdError{LaunchdError::Kind::failed, {blockedBySafetyPolicyKey}});
     const auto commands =

@@ -11,7 +11,7 @@ namespace tidwen {
 
 namespace {
 
-/// The tool's answer; nothing when it could not be had.
+/// The tool's output; nullopt when it could not be run.
 std::optional<std::string> askPkgutil(ProcessRunner& processes, const std::vector<std::string>& arguments) {
     auto result = processes.run(toolPaths::pkgutil, arguments, std::chrono::seconds(30));
     if (!result || result->exitCode != 0) return std::nullopt;

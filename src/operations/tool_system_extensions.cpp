@@ -27,15 +27,16 @@ std::string_view identifierOf(std::string_view withVersion) {
     return withVersion.substr(0, withVersion.find(" ("));
 }
 
-/// enabled, active, team, identifier (version), name, [state]: between single tabs, the marks possibly empty.
+/// enabled, active, team, identifier (version), name, [state]: separated by single tabs; the marks may be
+/// empty.
 std::optional<SystemExtensionRecord> recordFromFields(std::string_view row) {
     const auto fields = splitAt(row, "\t");
     if (fields.size() < 6) return std::nullopt;
     return SystemExtensionRecord{trimmed(fields[2]), trimmed(identifierOf(fields[3])), trimmed(fields[4])};
 }
 
-/// The same row with its tabs turned into blanks, or its last two fields run together: the identifier is the
-/// first word with a point before "(version)", the team stands before it and the state is the last "[…]".
+/// The same row with tabs converted to spaces, or its last two fields joined: the identifier is the first
+/// word with a dot before "(version)", the team precedes it, and the state is the last "[…]".
 std::optional<SystemExtensionRecord> recordFromWords(std::string_view row) {
     const auto state = row.rfind('[');
     if (state == row.npos) return std::nullopt;
@@ -70,7 +71,7 @@ std::vector<SystemExtensionRecord> parseSystemExtensionList(std::string_view out
         auto record = recordFromFields(line);
         if (!record) record = recordFromWords(line);
         if (!record || record->bundleID.empty()) continue;
-        // An old version that waits for the restart stands beside the new one.
+        // An old version waiting for a restart is listed beside the new one.
         const bool isKnown = std::any_of(records.begin(), records.end(), [&](const auto& other) {
             return other.bundleID == record->bundleID;
         });

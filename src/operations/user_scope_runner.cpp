@@ -13,19 +13,19 @@ namespace tidwen {
 
 namespace {
 
-using Failure = std::optional<Message>; ///< nothing when the operation succeeded
+using Failure = std::optional<Message>; ///< nullopt when the operation succeeded
 
 constexpr std::chrono::seconds quitWait{10};
 constexpr std::chrono::seconds toolTimeout{30};
 
-/// launchctl's own numbers, beside 0: what was to be done is done already.
+/// launchctl's exit codes, besides 0, for what is already done.
 constexpr int noSuchProcess = 3;
 constexpr int noSuchService = 113;
 constexpr int alreadyLoaded = 17;
 
 constexpr int killallFoundNone = 1;
 
-/// Carries out one operation.
+/// Runs one operation.
 class Step {
   public:
     Step(const UserScopeRunner::Ports& ports, const UserEnvironment& user, const PathPolicy& policy)
@@ -68,7 +68,7 @@ class Step {
     }
 
     Failure operator()(const operation::DeleteKeychainItem& item) const {
-        // The system's keychain is not the one that this runner's rights reach.
+        // This runner has no rights to the system's keychain.
         if (item.isSystemKeychain || !toolArguments::isService(item.service)) return blocked(item.service);
         bool isAnyDeleted = false;
         for (const auto itemClass :
@@ -104,7 +104,7 @@ class Step {
         return tl::unexpected(Message{unavailableKey});
     }
 
-    /// A job that was switched off does not load, and that is the state to put back.
+    /// A disabled job is not loaded, and that is the state to restore.
     bool isSwitchedOff(const operation::Bootstrap& bootstrap) const {
         const auto job = readPropertyList(ports_.files, bootstrap.plist);
         const auto* label = job ? job->findString("Label") : nullptr;
