@@ -16,10 +16,10 @@
 namespace tidwen {
 namespace {
 
-// Enough for any application; a bundle made to have no end stops here.
+// Enough for any application; limits an endless bundle.
 constexpr std::uint64_t bundleEntryLimit = 500'000;
 
-/// Hands results over in the order of their indices, however their threads finish.
+/// Delivers results in the order of their indices, in whatever order the threads finish.
 class InOrder {
   public:
     InOrder(std::size_t count, const AppInventory::OnApp& deliver) : results_(count), deliver_(deliver) {}
@@ -91,7 +91,7 @@ void AppInventory::complete(const FileSystem& files, InstalledApp& app,
     app.usage = probeUsage(files, ports_.running, user_, app);
 }
 
-/// What was found out before the program started, once.
+/// Loads what earlier launches found, once.
 void AppInventory::recall() {
     if (std::exchange(isRecalled_, true) || !memory_) return;
     auto apps = memory_->read();
@@ -132,7 +132,8 @@ std::vector<InstalledApp> AppInventory::build(const StopToken& stop, const OnApp
     return apps;
 }
 
-/// The newest date of the bundle's own folders and its Info.plist: an update replaces at least one of them.
+/// The newest modification time of the bundle's own folders and its Info.plist: an update replaces at least
+/// one of them.
 std::int64_t AppInventory::changeDate(const Path& bundle) const {
     std::int64_t newest = 0;
     for (const auto& place :
@@ -158,7 +159,8 @@ void AppInventory::measure(std::vector<InstalledApp>& apps, const StopToken& sto
     if (!stop.stopRequested()) keepKnown(apps, dates);
 }
 
-/// When what is known, or is measured next, was true: a bundle that changes meanwhile is measured again.
+/// The bundle's date to which the known or next measured size belongs: a bundle that changes meanwhile is
+/// measured again.
 std::int64_t AppInventory::dateOfSize(const InstalledApp& app) {
     {
         const std::lock_guard lock(mutex_);
@@ -168,7 +170,7 @@ std::int64_t AppInventory::dateOfSize(const InstalledApp& app) {
     return changeDate(app.url);
 }
 
-/// Of the applications that are there now: what else is known is of some that are gone.
+/// Stores only applications that exist now and drops those that are gone.
 void AppInventory::keepKnown(const std::vector<InstalledApp>& apps, const std::vector<std::int64_t>& dates) {
     KnownApps found;
     for (std::size_t i = 0; i < apps.size(); ++i)
@@ -181,7 +183,7 @@ void AppInventory::keepKnown(const std::vector<InstalledApp>& apps, const std::v
         if (found == known_) return;
         known_ = found;
     }
-    if (memory_) (void)memory_->store(found); // else it is found out again at the next start
+    if (memory_) (void)memory_->store(found); // on failure it is determined again at the next launch
 }
 
 std::set<std::string> AppInventory::running(const std::vector<InstalledApp>& apps) const {

@@ -14,7 +14,7 @@ constexpr int recentDays = 30;
 constexpr std::string_view categoryPrefix = "public.app-category.";
 constexpr std::string_view otherCategory = "other";
 
-// All that the system knows. A game's kind is more than a reader of the grid wants to know.
+// All categories of the system. Genres of games are too detailed for the grid.
 constexpr std::array<std::string_view, 21> categories = {
     "business",    "developer-tools", "education",       "entertainment",
     "finance",     "games",           "graphics-design", "healthcare-fitness",
@@ -51,7 +51,7 @@ Timestamp lastUsed(const InstalledApp& app) {
     return app.usage && app.usage->evidence.date ? *app.usage->evidence.date : Timestamp{};
 }
 
-/// Decides which applications are shown.
+/// Determines which applications are shown.
 class HomeFilter {
   public:
     HomeFilter(const HomeGridOptions& options, const AppTags& tags, const ProtectedApps& protectedApps,
@@ -100,14 +100,14 @@ void sortApps(std::vector<const InstalledApp*>& apps, HomeSort sort, const std::
                          [](const auto* a, const auto* b) { return lastUsed(*a) > lastUsed(*b); });
 }
 
-/// What is not used is worth looking at by its size; everything else is looked up by its name.
+/// Unused applications are most useful sorted by size; all others are looked up by name.
 HomeSort effectiveSort(HomeSort sort, HomeGrouping grouping, const std::string& groupID) {
     if (sort != HomeSort::automatic) return sort;
     const bool isUnused = grouping == HomeGrouping::lastUsed && groupID == bandName(UsageBand::unused);
     return isUnused ? HomeSort::size : HomeSort::name;
 }
 
-/// The groups that an application stands in.
+/// The groups of an application.
 std::vector<std::string> groupIDs(const InstalledApp& app, const HomeGridOptions& options,
                                   const AppTags& tags, Timestamp now) {
     switch (options.grouping) {
@@ -131,7 +131,7 @@ void sortGroups(std::vector<HomeGroup>& groups, const HomeGridOptions& options, 
         if (options.grouping == HomeGrouping::lastUsed)
             for (int band = 0; band <= static_cast<int>(UsageBand::background); ++band)
                 if (group.id == bandName(static_cast<UsageBand>(band))) return band;
-        return group.id.empty() || group.id == otherCategory ? 1 : 0; // what belongs nowhere comes last
+        return group.id.empty() || group.id == otherCategory ? 1 : 0; // items without a group come last
     };
     std::stable_sort(groups.begin(), groups.end(), [&](const HomeGroup& a, const HomeGroup& b) {
         const int rankA = rank(a), rankB = rank(b);

@@ -9,7 +9,7 @@ namespace tidwen {
 
 namespace {
 
-/// What one look at the disk gives.
+/// The result of one look at the disk.
 struct Listed {
     std::vector<InstalledApp> apps;
     std::vector<Path> unreadable;
@@ -96,7 +96,7 @@ void HomeGridModel::list() {
         });
 }
 
-/// Only what was not shown before: of the others more is known than what is streamed.
+/// Only applications not shown before: more is known of the others than what is streamed.
 void HomeGridModel::takeStreamed(std::vector<InstalledApp> found) {
     std::set<Path> shown;
     for (const auto& app : apps_)
@@ -170,7 +170,7 @@ void HomeGridModel::arrange() {
     rows.assign(std::move(arranged));
 }
 
-/// Shows what is known by now of each application, where it stands.
+/// Shows what is now known of each application, without moving its row.
 void HomeGridModel::updateShown() {
     std::map<Path, const InstalledApp*> byPath;
     for (const auto& app : apps_)

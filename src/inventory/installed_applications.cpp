@@ -14,10 +14,10 @@
 namespace tidwen {
 namespace {
 
-// "/Applications/Maker/Suite/Tool.app" is as deep as installers go.
+// Installers go no deeper than "/Applications/Maker/Suite/Tool.app".
 constexpr int subfolderDepth = 2;
 
-// Far beyond any Mac; they end the search of a disk that was made to have no end.
+// Far above any real Mac; they end the search of an endless disk.
 constexpr std::size_t maximumBundles = 5'000;
 constexpr int maximumFolders = 5'000;
 
@@ -36,7 +36,7 @@ class BundleSearch {
         for (const auto& entry : *entries) {
             if (!isValidUtf8(entry.name)) continue;
             const Path item = folder / entry.name;
-            // A link to an application is not the application: removing it would take only the link.
+            // A link to an application does not count: removing it would remove only the link.
             if (entry.kind != FileKind::directory || entry.name.starts_with('.')) continue;
             if (item.lowercasedExtension() == "app") {
                 if (found_.size() < maximumBundles) found_.insert(item);
@@ -56,7 +56,7 @@ class BundleSearch {
     std::vector<Path> unreadable_;
 };
 
-/// What `read` gives for each bundle, in their order, those without an answer left out.
+/// The results of `read` for each bundle, in order, without the empty ones.
 template<class Value, class Read>
 std::vector<Value> readInParallel(const std::vector<Path>& bundles, const Read& read) {
     std::vector<std::optional<Value>> answers(bundles.size());

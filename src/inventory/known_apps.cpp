@@ -14,7 +14,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::chrono::milliseconds patience{200}; // nothing is lost when it is not stored this time
+constexpr std::chrono::milliseconds patience{200}; // skipping one store loses nothing
 
 constexpr std::array<std::pair<UsageEvidence::Kind, std::string_view>, 3> evidenceNames = {
     {{UsageEvidence::Kind::launchRecord, "launchRecord"},
@@ -75,7 +75,7 @@ KnownApps readApps(const json& object) {
     return apps;
 }
 
-/// What the file holds of each Mac, the one that was looked at last first.
+/// The entries of all Macs in the file, the most recently used first.
 std::vector<json> readMacs(const SharedFile& file) {
     const auto text = file.read(KnownAppsFile::maxBytes);
     const auto document = text ? parseJson(*text, KnownAppsFile::maxBytes) : std::nullopt;
