@@ -10,7 +10,7 @@ namespace tidwen {
 
 namespace {
 
-// Raw texts in the order of the enumerators.
+// Stored texts in the order of the enumerators.
 constexpr std::array<std::string_view, 4> groupingTexts = {"lastUsed", "category", "tag", "none"};
 constexpr std::array<std::string_view, 4> sortTexts = {"auto", "name", "size", "lastUsed"};
 constexpr std::array<std::string_view, 4> thresholdTexts = {"oneMonth", "threeMonths", "sixMonths",
@@ -39,8 +39,7 @@ std::string storedText(const Defaults& defaults, const PreferenceDescription& de
     return text ? *text : std::string(description.fallback);
 }
 
-/// As the system's own boolean reads take it: `defaults write` stores "YES", "1" or a number as they are
-/// typed.
+/// As the system parses booleans: `defaults write` stores "YES", "1" or a number as typed.
 std::optional<bool> asSwitch(const PropertyListValue& value) {
     if (const auto flag = value.asBool()) return flag;
     if (const auto number = value.asInteger()) return *number != 0;
@@ -155,8 +154,7 @@ void AppPreferences::reload() {
 }
 
 std::optional<std::string> AppPreferences::get(std::string_view name) const {
-    auto& self =
-        const_cast<AppPreferences&>(*this); // the lists hand out references that `set` writes through
+    auto& self = const_cast<AppPreferences&>(*this); // the lists contain references that `set` writes through
     for (const auto& [description, property] : self.texts())
         if (description.name == name) return property.get();
     for (const auto& [description, property] : self.switches())

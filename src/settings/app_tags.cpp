@@ -82,7 +82,7 @@ std::set<std::string> AppTags::tagged(const std::string& tag) const {
     return result;
 }
 
-/// The spelling already in use for a tag, so that "Work" and "work" stay one.
+/// The spelling already in use for a tag, so that "Work" and "work" are one.
 std::string AppTags::spelling(const std::string& tag, const Store& store) {
     const auto existing = all(store);
     const auto found = find(existing, tag);
@@ -124,8 +124,8 @@ AppTags::Result AppTags::erase(const std::string& tag) {
     });
 }
 
-/// On top of what stands there: another process may have changed it since. What is damaged in the store goes
-/// only when something changes.
+/// Applied to the stored state, because another process may have changed it. Damaged entries in the store are
+/// dropped only when something changes.
 AppTags::Result AppTags::change(Refusal unchanged, const std::function<void(Store&)>& edit) {
     Store before, after;
     const bool isStored = defaults_.update(

@@ -67,18 +67,18 @@ Message FileDefaults::whyNotStored() const {
 }
 
 std::unique_ptr<FolderEvents::Watch> FileDefaults::watch(std::function<void()> changed) {
-    // The folder, because a file that is replaced is another file each time.
+    // The folder, because replacing a file creates another one.
     const auto folder = std::filesystem::absolute(file_.path()).parent_path();
     return folders_ ? folders_->watch(Path(folder.string()), std::move(changed)) : nullptr;
 }
 
 void FileDefaults::refresh() const {
-    // A change of owner or modes makes a file readable without giving it another version.
+    // A change of owner or mode makes a file readable without changing its version.
     if (problem_ || file_.version() != version_) reload();
 }
 
 void FileDefaults::reload() const {
-    version_ = file_.version(); // before reading: a change in between is then seen the next time
+    version_ = file_.version(); // before reading, so that a change in between is detected next time
     auto read = readSettings(file_);
     auto problem = read ? std::nullopt : std::optional(std::move(read.error()));
     if (problem && problem != problem_) log_.warning("Settings cannot be read: {}", file_.path().string());

@@ -16,7 +16,7 @@ std::optional<PropertyListDictionary> parse(std::string_view bytes) {
     return *list->asDictionary();
 }
 
-/// What may not be read is another's, as after a run as root, or its modes forbid it.
+/// An unreadable file belongs to another owner, as after a run as root, or its mode forbids reading.
 Message denied(const std::string& file) {
     struct stat item {};
     if (::lstat(file.c_str(), &item) != 0) return {"settings.problem.folder %@", {file}};

@@ -21,7 +21,7 @@ Descriptor open(const fs::path& path, int flags) {
     return Descriptor(::open(path.c_str(), flags | O_CLOEXEC));
 }
 
-/// A folder to create something in, and whose that will be.
+/// A folder to create something in, and the owner of what is created.
 struct Parent {
     Descriptor folder;
     Ownership owner;
@@ -35,7 +35,7 @@ OsResult<Parent> openParent(const fs::path& path) {
     return Parent{std::move(folder), *owner};
 }
 
-/// Creates a file for its owner alone, which must not be there yet.
+/// Creates a private file, which must not exist yet.
 Descriptor createFile(const fs::path& path) {
     const auto parent = openParent(path);
     if (!parent) return {};
@@ -71,7 +71,7 @@ bool isLinkToAnothers(const fs::path& link) {
            && self.st_uid != target.st_uid;
 }
 
-/// The file, or a folder that it is reached through.
+/// The file, or a folder in its path.
 bool leadsToAnothers(const fs::path& file) {
     fs::path reached;
     for (const auto& part : file) {
@@ -108,7 +108,7 @@ tl::expected<SharedFile::Version, SharedFile::Fault> SharedFile::version() const
 
 tl::expected<std::string, SharedFile::Fault> SharedFile::read(std::size_t maxBytes) const {
     if (isForeignLink_) return tl::unexpected(Fault::foreignLink);
-    const auto file = open(path_, O_RDONLY | O_NONBLOCK); // a pipe of that name must not hold us up
+    const auto file = open(path_, O_RDONLY | O_NONBLOCK); // a pipe of that name must not block
     if (!file.isOpen()) return tl::unexpected(faultOf(errno));
     struct stat info {};
     if (::fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode)) return tl::unexpected(Fault::unreadable);
@@ -128,7 +128,7 @@ tl::expected<std::string, SharedFile::Fault> SharedFile::read(std::size_t maxByt
 
 bool SharedFile::replace(std::string_view content) const {
     const auto fresh = sibling("new");
-    ::unlink(fresh.c_str()); // what a crash left behind
+    ::unlink(fresh.c_str()); // left by a crash
     {
         const auto file = createFile(fresh);
         if (!file.isOpen()) return false;
@@ -141,7 +141,7 @@ bool SharedFile::replace(std::string_view content) const {
         ::unlink(fresh.c_str());
         return false;
     }
-    // Without this the new name may be lost in a crash, though the content is not.
+    // Without this a crash may lose the new name, though not the content.
     const auto folder = open(path_.parent_path(), O_RDONLY | O_DIRECTORY);
     return folder.isOpen() && flushFolder(folder.get()) == 0;
 }
