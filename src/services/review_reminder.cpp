@@ -23,7 +23,7 @@ void ReviewReminder::removalEnded(bool withoutFailure) {
         defaults_.setValue(countKey, PropertyListValue(removals));
         return;
     }
-    // Noted first: what cannot be noted would be asked after every removal from now on.
+    // Stored first: otherwise a failure to store would repeat the question after every removal.
     if (!defaults_.setValue(versionKey, PropertyListValue(version_))) return;
     defaults_.setValue(countKey, std::nullopt);
     prompt_.show();

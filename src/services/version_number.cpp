@@ -73,7 +73,7 @@ std::optional<VersionNumber> VersionNumber::parse(std::string_view text) {
 }
 
 int compare(const VersionNumber& a, const VersionNumber& b) {
-    // Without zeros at the end the shorter of two that begin alike is the smaller one.
+    // Without trailing zeros, of two with a common beginning the shorter one is smaller.
     if (a.numbers != b.numbers) return order(a.numbers, b.numbers);
     if (a.isFinished() || b.isFinished()) return order(a.isFinished(), b.isFinished());
     for (std::size_t i = 0; i < std::min(a.stage.size(), b.stage.size()); ++i)
