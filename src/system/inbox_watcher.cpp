@@ -6,20 +6,20 @@
 
 namespace tidwen {
 
-/// One look, with all that it needs: it may outlive the watcher.
+/// One look with everything it needs, because it may outlive the watcher.
 struct InboxWatcher::Looker {
     Ports ports;
     RequestInbox inbox;
     std::optional<FolderIdentity> watched;
-    bool takes = true; ///< else what is there is counted
+    bool takes = true; ///< otherwise requests are only counted
     std::function<void()> changed;
 
     Look operator()() {
         Look look;
         look.folder = currentFolder();
-        // It is missing, was removed or replaced: requests go to the one that has its name.
+        // It is missing, or was removed or replaced: requests go to the folder that now has its name.
         if (!look.folder || look.folder != watched) watch(look);
-        // Watched first, so that what comes meanwhile is told.
+        // Watched first, so that nothing that arrives meanwhile is missed.
         if (takes)
             look.drained = inbox.drain();
         else
@@ -39,7 +39,7 @@ struct InboxWatcher::Looker {
     std::optional<FolderIdentity> currentFolder() const {
         const auto folder = inbox.folder();
         const auto info = folder ? ports.files.info(*folder) : FileResult<FileInfo>();
-        // A link is not watched: the inbox takes nothing through one.
+        // A link is not watched, because the inbox takes nothing through one.
         if (!folder || !info || info->kind != FileKind::directory) return std::nullopt;
         return FolderIdentity{info->device, info->inode};
     }
@@ -84,7 +84,7 @@ void InboxWatcher::finish(Look found) {
 }
 
 void InboxWatcher::serveHeld() {
-    // Whoever is served may be busy with it, or end this.
+    // The receiver may be busy with it or destroy this object.
     const auto alive = std::weak_ptr(alive_);
     while (!alive.expired() && !isBusy_ && !held_.empty()) {
         const auto drained = std::move(held_.front());

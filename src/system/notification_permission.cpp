@@ -7,7 +7,7 @@ NotificationPermission::NotificationPermission(Notifications& notifications, Exe
 
 void NotificationPermission::refresh() {
     const auto settled = notifications_.state();
-    // A service that has not settled it yet leaves it to what this process knows of its own request.
+    // While the service has no answer, the answer to this process's own request counts.
     if (settled != NotificationState::notAsked)
         state.set(settled);
     else

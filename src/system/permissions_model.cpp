@@ -10,7 +10,7 @@ namespace {
 
 enum class Opening { opens, refused, absent };
 
-/// Reading one byte opens the file; nothing of it is kept.
+/// Reads one byte to open the file; the content is discarded.
 Opening open(const FileSystem& files, const Path& path) {
     const auto read = files.readRange(path, 0, 1);
     if (read) return Opening::opens;
@@ -34,7 +34,7 @@ FullDiskAccessProbe::Status FullDiskAccessProbe::status(const FileSystem& files,
         case Opening::refused:
             return Status::denied;
         case Opening::absent:
-            break; // the next one tells
+            break; // try the next one
         }
     return Status::indeterminate;
 }

@@ -47,17 +47,17 @@ std::optional<Path> RequestInbox::folder() const {
 bool RequestInbox::post(const UninstallRequest& request, const std::string& fileName) {
     const auto requests = folder();
     const auto text = encode(request);
-    // What a drain would read as something else is not posted.
+    // Does not post what a drain would read differently.
     if (!requests || decodeRequest(text) != request || !files_.createDirectories(*requests)) return false;
     return files_.replaceFile(*requests / (fileName + ".json"), text, NewFileMode::privateToOwner)
         .has_value();
 }
 
-/// What one drain has taken so far.
+/// What the current drain has taken so far.
 struct RequestInbox::Taken {
     std::size_t files = 0;
     std::size_t bytes = 0;
-    std::size_t named = 0; ///< paths, acceptable or not: each costs a look at the disk
+    std::size_t named = 0; ///< paths, acceptable or not: each requires a look at the disk
     Drained drained;
 
     bool isEnough() const {
@@ -117,7 +117,7 @@ void RequestInbox::take(const Path& file, Taken& taken) {
     const auto content = readRequest(file);
     const bool isRemoved = files_.removeFile(file).has_value();
     taken.drained.taken += isRemoved;
-    // One that cannot be removed would be served again and again.
+    // A request that cannot be removed would be served repeatedly.
     const auto request = content && isRemoved ? decodeRequest(*content) : std::nullopt;
     if (content) taken.bytes += content->size();
     if (!request) {

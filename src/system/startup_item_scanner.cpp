@@ -33,7 +33,7 @@ std::string joined(const std::vector<std::string>& parts, std::size_t count) {
     return result;
 }
 
-/// Words that many products use in their labels, so that sharing one says nothing.
+/// Words in the labels of many products, so that sharing one is no evidence.
 bool isCommonWord(std::string_view word) {
     static constexpr std::array<std::string_view, 13> words = {
         "agent",  "client", "daemon", "helper", "service",   "services",   "updater",
@@ -47,8 +47,8 @@ bool contains(const std::string& text, const std::string& part) {
 
 } // namespace
 
-/// Applications, prepared for being asked about many jobs; the first that fits a rule decides. Looking
-/// through them is spent from the budget.
+/// Applications indexed for attributing many jobs; the first that matches a rule counts. Searching is charged
+/// to the budget.
 class StartupItemScanner::Owners {
   public:
     Owners(const std::vector<InstalledApp>& apps, const ReadBudget& budget) : budget_(budget) {
@@ -76,7 +76,7 @@ class StartupItemScanner::Owners {
         });
     }
 
-    /// Whose identifier a folder on the way to the program, or the program, bears.
+    /// The owner whose identifier is the name of the program or of a folder in its path.
     std::optional<Owner> namedOnTheWay(const std::string& program) const {
         constexpr std::size_t longest = 1024;
         if (program.size() > longest) return std::nullopt;
@@ -86,7 +86,7 @@ class StartupItemScanner::Owners {
         return std::nullopt;
     }
 
-    /// Its identifier stands anywhere in the label: behind a team's prefix, or a word of its maker's own.
+    /// Its identifier occurs anywhere in the label: after a team's prefix or a word of its vendor.
     std::optional<Owner> identifiedWithin(const std::string& label) const {
         const auto framed = "." + label + ".";
         return installedWhere([&](const Each& owner) {
@@ -149,7 +149,7 @@ StartupItem makeItem(const LaunchItem& job, StartupItem::Source source, Owner ow
     return {job.label, std::move(source), job.isSystemDomain, job.programPath, std::move(owner)};
 }
 
-/// Orphans first, then as people read.
+/// Orphans first, then in display order.
 void sortForDisplay(std::vector<StartupItem>& items, const std::string& locale) {
     using Key = std::tuple<bool, std::string, std::size_t>;
     std::vector<Key> order;
@@ -196,7 +196,7 @@ Owner StartupItemScanner::attributeOwner(const std::string& label,
     if (const auto owner = owners.relatedTo(parts)) return *owner;
     if (const auto owner = owners.identifiedWithin(lowered)) return *owner;
     const auto found = programPath && !programPath->empty() ? programs.find(*programPath) : JobProgram::gone;
-    // In a part of macOS or on another disk that is not here, it is taken to be there.
+    // In a part of macOS or on another disk that is missing; assumed to exist.
     if (found == JobProgram::present || found == JobProgram::away)
         return {Owner::Kind::program, {}, {}, *programPath};
     if (programPath)
@@ -205,7 +205,7 @@ Owner StartupItemScanner::attributeOwner(const std::string& label,
     return {isLost ? Owner::Kind::missing : Owner::Kind::unknown, {}, {}, {}};
 }
 
-/// One run: what it reads and looks through is spent from one budget.
+/// One run; everything it reads and searches is charged to one budget.
 class StartupItemScanner::Run {
   public:
     Run(const StartupItemScanner& scanner, const std::vector<InstalledApp>& apps)
@@ -222,7 +222,7 @@ class StartupItemScanner::Run {
         }
     }
 
-    /// Whoever lies there may own any job.
+    /// An application there could own any job.
     void addUnreadableApplications(const Path& folder) {
         for (const auto& place : bundles_->coverage().unreadable)
             if (place.isWithin(folder)) {
@@ -261,7 +261,7 @@ class StartupItemScanner::Run {
         auto owner = scanner_.attributeOwner(job.label, job.programPath, owners_, programs_);
         if (owner.kind != Owner::Kind::missing) return owner;
         if (auto named = owners_.named(readAssociatedBundleIDs(files_, job.plist))) return *named;
-        // Whoever was not looked at may own it.
+        // An owner that was not examined may own it.
         if (!seesAllOwners_ || budget.isExhausted()) owner.kind = Owner::Kind::unknown;
         return owner;
     }

@@ -68,7 +68,7 @@ std::set<std::string> disabledItems(const std::vector<StartupItem>& items, const
 std::optional<Trace> startupTrace(const StartupItem& item) {
     const auto* plist = item.plist();
     if (!plist) return std::nullopt;
-    // The machine's own agents lie in a folder that only an administrator may change.
+    // The machine's own agents are in a folder that only an administrator may change.
     const bool requiresRoot = plist->isWithin(Path("/Library"));
     return makeTrace(TraceCategory::launchItems,
                      action::BootoutAndMove{item.label, *plist, item.isSystemDomain},
@@ -116,7 +116,7 @@ void StartupItemsModel::endLoading() {
         done();
 }
 
-/// What is gone, or may no longer be removed.
+/// Drops items that are gone or may no longer be removed.
 void StartupItemsModel::dropUnselectable() {
     std::set<std::string> selectable;
     for (const auto& item : result.get().items)

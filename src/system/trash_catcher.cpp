@@ -10,7 +10,7 @@ namespace tidwen {
 
 namespace {
 
-constexpr std::size_t maximumUnfinished = 8; // each is watched by a thread
+constexpr std::size_t maximumUnfinished = 8; // each watch has its own thread
 
 bool isNoneOfTheUsers(std::string_view identifier) {
     return isFromApple(identifier) || lowercased(identifier) == tidwenBundleID;
@@ -22,7 +22,7 @@ TrashedBundle TrashedBundle::read(const FileSystem& files, const Path& url) {
     TrashedBundle seen{.url = url};
     const auto info = files.info(url);
     if (!info || info->kind == FileKind::symbolicLink) return seen;
-    if (!isValidUtf8(url.string())) return seen; // nobody could be told of it, or answer
+    if (!isValidUtf8(url.string())) return seen; // a path that cannot be reported or passed on
     const auto bundle = Bundle::open(files, url);
     const auto identifier = bundle ? bundle->identifier() : std::nullopt;
     seen.isUnfinished = info->kind == FileKind::directory && !identifier;
@@ -31,7 +31,7 @@ TrashedBundle TrashedBundle::read(const FileSystem& files, const Path& url) {
 }
 
 UserNotification trashNotification(const TrashedApp& app, const Texts& texts) {
-    return {.identifier = app.url.string(), // a second one for the same bundle replaces the first
+    return {.identifier = app.url.string(), // a later one for the same bundle replaces the first
             .title = texts.text("trash.notification.title %@", {app.name}),
             .body = texts.text("trash.notification.body"),
             .category = trashedAppCategory,
@@ -74,7 +74,7 @@ void TrashCatcher::apply(bool enabled) {
     else
         watcher_.stop();
     if (!enabled) unfinished_.clear();
-    // A Mac that watches the Trash has to start Tidwen at login; one that does not must not.
+    // Tidwen must start at login if and only if the Trash is watched.
     (void)alignLoginItem(ports_.loginItem, enabled, ports_.log);
 }
 
@@ -112,7 +112,7 @@ void TrashCatcher::tell(const std::vector<TrashedBundle>& bundles) {
     }
 }
 
-/// What is copied into the Trash shows its name first and who it is some time later.
+/// While an item is copied into the Trash its name appears first and its Info.plist later.
 void TrashCatcher::awaitRest(const Path& bundle) {
     if (unfinished_.contains(bundle) || unfinished_.size() == maximumUnfinished) return;
     const auto lookAgain = [this, bundle, main = &ports_.main, alive = std::weak_ptr(alive_)] {
@@ -121,7 +121,7 @@ void TrashCatcher::awaitRest(const Path& bundle) {
         });
     };
     unfinished_[bundle] = ports_.events.watch(bundle / "Contents", lookAgain);
-    lookAgain(); // what came before it was watched
+    lookAgain(); // anything that arrived before the watch started
 }
 
 void TrashCatcher::respond(const std::string& action, const std::map<std::string, std::string>& userInfo) {

@@ -5,8 +5,8 @@
 namespace tidwen {
 namespace {
 
-/// The application bundles directly in the Trash; nothing when it cannot be listed, which is not the same as
-/// none.
+/// The application bundles directly in the Trash; nullopt when it cannot be listed, which is not the same as
+/// empty.
 std::optional<std::vector<Path>> listBundles(const FileSystem& files, const Path& trash) {
     const auto entries = files.list(trash);
     if (!entries) return std::nullopt;
@@ -27,11 +27,11 @@ std::set<std::string> names(const std::vector<Path>& bundles) {
 
 } // namespace
 
-/// What was seen at the last look. Shared with looks that are still queued when the watcher ends.
+/// What the last look saw. Shared with looks that are still queued when the watcher is destroyed.
 struct TrashWatcher::State {
     std::mutex mutex;
     bool isWatching = false;
-    std::optional<std::set<std::string>> known; ///< nothing while the Trash could not be listed
+    std::optional<std::set<std::string>> known; ///< nullopt while the Trash could not be listed
     Timestamp startedAt{};
     OnNewApps onNewApps;
 
