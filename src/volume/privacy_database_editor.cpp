@@ -11,7 +11,7 @@ namespace tidwen {
 
 namespace {
 
-/// How many rows went; nothing when there is no table of the known form.
+/// Number of deleted rows; nullopt when there is no table of the known form.
 std::optional<int> deleteRows(sqlite3* database, const std::string& client,
                               const std::optional<std::string>& service) {
     constexpr std::size_t longest = std::numeric_limits<int>::max();
@@ -45,7 +45,7 @@ std::optional<Message> deletePermissionRows(FileSystem& files, const Path& datab
     const auto opened = readPrivacyDatabase(files, database, true);
     if (!opened && opened.error() == PrivacyDatabaseError::missing) return std::nullopt;
     if (!opened) return failure;
-    files.dropUnfinishedReplacement(*file); // also where no row is left to delete
+    files.dropUnfinishedReplacement(*file); // even when there are no rows left to delete
 
     const auto deleted = deleteRows(opened->handle(), client, service);
     if (!deleted) return failure;

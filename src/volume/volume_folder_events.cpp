@@ -33,23 +33,23 @@ namespace {
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-// A copy into the folder comes as a burst of events: told once it pauses, and at the latest after a second.
+// Copying into the folder causes a burst of events: reported when it pauses, after a second at the latest.
 constexpr milliseconds quietTime{100};
 constexpr milliseconds longestGathering{1000};
 
 constexpr std::uint32_t nameEvents = IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ONLYDIR;
 constexpr std::uint32_t lossEvents = IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED | IN_UNMOUNT | IN_Q_OVERFLOW;
 
-/// What is watched: the folder when it is there, and the nearest folder above it, which tells when it comes,
-/// goes or is another one.
+/// What is watched: the folder if it exists, and its nearest existing ancestor, which reports when the folder
+/// appears, disappears or is replaced.
 struct Places {
     Descriptor events;
-    int folder = -1;     ///< watch of the folder; -1 when it is not there
-    int above = -1;      ///< watch of the folder above; -1 when that cannot be watched
-    std::string awaited; ///< the name in the folder above that matters
+    int folder = -1;     ///< watch of the folder; -1 when it does not exist
+    int above = -1;      ///< watch of the ancestor; -1 when it cannot be watched
+    std::string awaited; ///< the name to watch for in the ancestor
 };
 
-/// By the open folder, not by its path: what was resolved inside the root is what is watched.
+/// By the open folder, not by its path: exactly what was resolved inside the root is watched.
 int addWatch(const Descriptor& events, const Descriptor& folder, std::uint32_t mask) {
     const auto place = "/proc/self/fd/" + std::to_string(folder.get());
     return ::inotify_add_watch(events.get(), place.c_str(), mask | IN_DELETE_SELF | IN_MOVE_SELF);
@@ -59,7 +59,7 @@ FileResult<Descriptor> openFolder(const RootResolver& resolver, const Path& fold
     return resolver.open(folder, O_RDONLY | O_DIRECTORY, LastLink::follow);
 }
 
-/// Adds the watch of the nearest folder above. False when what it waits for came in the meantime.
+/// Adds the watch of the nearest ancestor. False when the awaited item appeared meanwhile.
 bool watchAbove(const RootResolver& resolver, const Path& folder, Places& places) {
     auto awaited = folder, above = folder.parent();
     auto opened = openFolder(resolver, above);
@@ -73,9 +73,9 @@ bool watchAbove(const RootResolver& resolver, const Path& folder, Places& places
     return awaited == folder || !openFolder(resolver, awaited);
 }
 
-/// The folder above is watched before the folder is looked for: one that comes in between is not missed.
+/// The ancestor is watched before the folder is looked up, so that nothing in between is missed.
 FileResult<Places> findPlaces(const RootResolver& resolver, const Path& folder) {
-    constexpr int attempts = 8; // folders that come and go all the time are not followed for ever
+    constexpr int attempts = 8; // gives up on folders that keep appearing and disappearing
     const auto failed = [&](FileFault fault) { return tl::unexpected(FileError{fault, folder, errno}); };
     Places places;
     places.events = Descriptor(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
@@ -120,7 +120,7 @@ class InotifyWatch : public FolderEvents::Watch {
         return takeEvents() ? Awaited::event : Awaited::nothing;
     }
 
-    /// True when one of the events is about the folder.
+    /// True when one of the events concerns the folder.
     bool takeEvents() {
         bool matters = false;
         alignas(inotify_event) std::array<char, 16384> buffer;
@@ -140,7 +140,7 @@ class InotifyWatch : public FolderEvents::Watch {
         return matters;
     }
 
-    /// The folder may be another one now. Where nothing can be watched any more, silence follows.
+    /// The folder may have been replaced. If nothing can be watched any more, no further calls follow.
     void follow() {
         isMoved_ = false;
         if (auto places = findPlaces(*resolver_, folder_)) places_ = std::move(*places);
@@ -150,7 +150,7 @@ class InotifyWatch : public FolderEvents::Watch {
         for (;;) {
             auto next = await(milliseconds(-1));
             if (next == Awaited::end) return;
-            if (next == Awaited::nothing) continue; // something beside the folder
+            if (next == Awaited::nothing) continue; // something else in the same folder
             const auto end = Clock::now() + longestGathering;
             while (next == Awaited::event && Clock::now() < end)
                 next = await(quietTime);
@@ -175,7 +175,7 @@ std::unique_ptr<FolderEvents::Watch> VolumeFolderEvents::watch(const Path& folde
                                                                std::function<void()> changed) {
     if (!resolver_ || !RootResolver::canName(folder)) return nullptr;
     const auto now = openFolder(*resolver_, folder);
-    if (!now && now.error().fault != FileFault::missing) return nullptr; // a file is in its place, say
+    if (!now && now.error().fault != FileFault::missing) return nullptr; // for example, a file has its name
     auto places = findPlaces(*resolver_, folder);
     Descriptor wakeUp(::eventfd(0, EFD_CLOEXEC));
     if (!places || !wakeUp.isOpen()) return nullptr;

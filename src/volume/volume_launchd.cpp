@@ -8,7 +8,7 @@ namespace tidwen {
 
 namespace {
 
-/// Label → true when the job is switched off, or, as OS X 10.9 wrote it, label → {Disabled: boolean}.
+/// Label → true for a disabled job, or, in the form of OS X 10.9, label → {Disabled: boolean}.
 void addOverrides(const FileSystem& files, const Path& file, std::map<std::string, bool>& overrides) {
     const auto list = readPropertyList(files, file);
     const auto* labels = list ? list->asDictionary() : nullptr;
@@ -51,7 +51,7 @@ tl::expected<void, LaunchdError> VolumeLaunchd::setEnabled(bool on, const std::s
     PropertyListDictionary overrides;
     if (files_.exists(file)) {
         const auto list = readPropertyList(files_, file);
-        // Writing over what cannot be read would switch every other job of the list.
+        // Overwriting an unreadable list would change every other job in it.
         if (!list || !list->asDictionary()) return failed({FileFault::io, file, 0});
         overrides = *list->asDictionary();
     }

@@ -16,7 +16,7 @@ Path receiptsFolder() {
     return Path("/private/var/db/receipts");
 }
 
-/// "", "/", "Applications" and "Applications/X.app/" all occur; each counts from the root of the volume.
+/// "", "/", "Applications" and "Applications/X.app/" all occur; each is relative to the root of the volume.
 std::optional<Path> installBase(const PropertyListValue& receipt) {
     const auto* prefix = receipt.findString("InstallPrefixPath");
     if (!prefix) return Path();
@@ -34,7 +34,7 @@ std::vector<std::string> VolumeReceipts::packageIDs() const {
         if (kind != FileKind::directory && name.size() > propertyListSuffix.size()
             && name.ends_with(propertyListSuffix) && isValidUtf8(name))
             identifiers.push_back(name.substr(0, name.size() - propertyListSuffix.size()));
-    std::sort(identifiers.begin(), identifiers.end()); // the suffix counted in the order of the names
+    std::sort(identifiers.begin(), identifiers.end()); // the files were sorted with their suffix
     return identifiers;
 }
 

@@ -8,7 +8,7 @@ namespace tidwen {
 
 namespace {
 
-/// Does one operation; gives the reason when it could not be done.
+/// Runs one operation; returns the reason for a failure.
 class Carrier {
   public:
     Carrier(FileSystem& files, const UserEnvironment& user, const PathPolicy& policy, Log& log)
@@ -17,7 +17,7 @@ class Carrier {
     std::optional<Message> operator()(const operation::Move& move) const {
         return screenedMove(move, files_, policy_, log_);
     }
-    /// Both databases are edited even when one cannot be.
+    /// Edits both databases even when one fails.
     std::optional<Message> operator()(const operation::ResetPermissions& reset) const {
         using Scope = PermissionGrant::Scope;
         std::optional<Message> failure;
@@ -31,7 +31,8 @@ class Carrier {
     std::optional<Message> operator()(const operation::DeleteKeychainItem&) const {
         return Message{"failure.needsRunningMac"};
     }
-    // Nothing runs on a volume and nothing is loaded, registered or cached: these are done as they stand.
+    // Nothing runs on a volume and nothing is loaded, registered or cached, so these succeed without doing
+    // anything.
     std::optional<Message> operator()(const operation::QuitApplication&) const { return std::nullopt; }
     std::optional<Message> operator()(const operation::Bootout&) const { return std::nullopt; }
     std::optional<Message> operator()(const operation::Bootstrap&) const { return std::nullopt; }

@@ -8,7 +8,7 @@ namespace tidwen {
 
 namespace {
 
-/// The application that brought the extension: people know its name, not the extension's.
+/// The application that installed the extension: people know its name, not the extension's.
 std::string displayName(const PropertyListValue& extension, const std::string& bundleID) {
     const auto* container = extension.find("container");
     const auto* bundle = container ? container->findString("bundlePath") : nullptr;
@@ -27,7 +27,7 @@ std::vector<SystemExtensionRecord> VolumeSystemExtensions::list() const {
         const auto* bundleID = extension.findString("identifier");
         const auto* teamID = extension.findString("teamID");
         if (!bundleID || bundleID->empty() || !teamID) continue;
-        // An update that waits for a restart stands beside the version in use.
+        // An update waiting for a restart is listed beside the version in use.
         if (known.insert(*bundleID).second)
             records.push_back({*teamID, *bundleID, displayName(extension, *bundleID)});
     }

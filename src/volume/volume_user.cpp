@@ -15,7 +15,8 @@ bool isUserName(const std::string& name) {
     return !name.starts_with('.') && lowered != "shared" && lowered != "guest" && isValidUtf8(name);
 }
 
-/// Sorted, as `list` is. A linked home is left to who names it: two names of one home are no two users.
+/// Sorted like `list`. Links are excluded, because two names of one home are not two users; the caller may
+/// name one.
 std::vector<Path> homes(const FileSystem& files) {
     const Path users("/Users");
     std::vector<Path> found;
@@ -54,8 +55,8 @@ std::vector<Path> foldersIn(const FileSystem& files, const Path& folder) {
     return found;
 }
 
-/// Fills in "/private/var/folders/XX/YYYY/{C,T}" when exactly one YYYY belongs to the user: where one account
-/// owns everything (a copied disk, say) a guess could take another user's files.
+/// Sets "/private/var/folders/XX/YYYY/{C,T}" when exactly one YYYY belongs to the user: where one account
+/// owns everything (on a copied disk, for example) a guess could take another user's files.
 void findTemporaryFolders(const FileSystem& files, UserEnvironment& user) {
     std::vector<Path> owned;
     for (const auto& group : foldersIn(files, Path("/private/var/folders")))
@@ -71,7 +72,7 @@ void findTemporaryFolders(const FileSystem& files, UserEnvironment& user) {
     if (files.isDirectoryFollowingLinks(folder / "T")) user.temporaryFolder = folder / "T";
 }
 
-/// Where the system itself lives: no person's home, whatever an account's record says.
+/// System folders: never a person's home, whatever an account's record says.
 bool isSystemPlace(const Path& folder) {
     static const char* const places[] = {"/system", "/library", "/applications", "/usr",         "/bin",
                                          "/sbin",   "/private", "/var",          "/etc",         "/tmp",
@@ -82,14 +83,14 @@ bool isSystemPlace(const Path& folder) {
                           [&](const char* place) { return lowered.isWithin(Path(place)); });
 }
 
-/// One account of the volume's own directory.
+/// One account in the volume's own directory.
 struct Account {
-    bool isPersons = false; ///< else a service's
+    bool isPersons = false; ///< otherwise a service's
     std::vector<Path> homes;
 };
 
 std::optional<Account> readAccount(const FileSystem& files, const Path& record) {
-    constexpr int firstPerson = 500; // below are the accounts of services
+    constexpr int firstPerson = 500; // lower IDs are service accounts
     const auto list = readPropertyList(files, record);
     if (!list) return std::nullopt;
     const auto values = [&](const char* key) {
@@ -107,7 +108,7 @@ std::optional<Account> readAccount(const FileSystem& files, const Path& record) 
     return account;
 }
 
-/// None where the directory may not be read: on a Mac's own disk only root may.
+/// Empty when the directory is not readable: on a Mac's own disk only root may read it.
 std::vector<Account> readAccounts(const FileSystem& files) {
     constexpr std::size_t mostAccounts = 1000;
     const Path folder("/private/var/db/dslocal/nodes/Default/users");
@@ -128,8 +129,8 @@ bool isNamedByAccount(const std::vector<Account>& accounts, const Path& home) {
     });
 }
 
-/// The homes that accounts name, but the user's. Services live in folders of the system's, where what belongs
-/// to applications lies too.
+/// The homes named by accounts, except the user's. Homes of services are system folders, which also contain
+/// data of applications.
 std::vector<Path> homesOfOthers(const FileSystem& files, const std::vector<Account>& accounts,
                                 const Path& own) {
     std::vector<Path> others;
@@ -144,7 +145,7 @@ std::vector<Path> homesOfOthers(const FileSystem& files, const std::vector<Accou
     return others;
 }
 
-/// A real folder in its real place: letter case and the form of accents are the disk's own affair.
+/// A real folder at its real location, regardless of letter case and Unicode normalization.
 bool isReached(const FileSystem& files, const Path& home) {
     const auto itself = files.info(home);
     const auto real = files.resolve(home);

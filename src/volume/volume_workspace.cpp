@@ -5,7 +5,7 @@
 namespace tidwen {
 
 Workspace::Result VolumeWorkspace::reveal(const Path& item) {
-    // A link on the volume is a path of the volume; the machine would follow it to its own.
+    // A link on the volume names a path of the volume; this machine would resolve it to its own.
     const auto place = files_.resolveParent(item);
     const auto info = place ? files_.info(*place) : tl::unexpected(place.error());
     if (!info) return tl::unexpected(Message{std::string(failureKey(info.error().fault))});
