@@ -20,7 +20,7 @@ struct Item {
     std::map<std::string, Item> children = {};
 };
 
-/// An item as a leaf lists it.
+/// An item as listed in a leaf.
 struct Record {
     std::uint32_t parent = 0;
     std::uint32_t id = 0;
@@ -29,7 +29,7 @@ struct Record {
     std::uint32_t size = 0;
 };
 
-/// A node or an item as the level above points at it: child, and File block of the last item below.
+/// A reference from the level above to a node or item: the child, and the File block of its last item.
 struct Reference {
     std::uint32_t block = 0;
     std::uint32_t lastFile = 0;
@@ -63,7 +63,7 @@ void number(const Item& item, const std::string& name, std::uint32_t parent, std
 
 class Store {
   public:
-    Store() : blocks_(1) {} // block 0 stands for "none"
+    Store() : blocks_(1) {} // block 0 means "none"
 
     std::uint32_t add(std::string bytes) {
         blocks_.push_back(std::move(bytes));
@@ -103,7 +103,7 @@ class Store {
     std::vector<std::string> blocks_;
 };
 
-/// The three blocks of one item; the pair that a leaf holds of it.
+/// Adds the three blocks of one item; returns the pair stored in a leaf.
 Reference addItem(const Record& record, Store& store) {
     constexpr std::uint32_t modified = 1'700'000'000;
     ByteWriter details;
@@ -118,7 +118,7 @@ Reference addItem(const Record& record, Store& store) {
     return {pathInfo, store.add(ByteWriter().big32(record.parent).terminated(record.name).take())};
 }
 
-/// One level of the tree: the references laid into as many nodes as they take.
+/// Adds one level of the tree: distributes the references over as many nodes as needed.
 std::vector<Reference> addLevel(const std::vector<Reference>& below, bool isLeaf, Store& store) {
     std::vector<Reference> level;
     const auto first = store.nextBlock();

@@ -60,8 +60,8 @@ std::string codeDirectory(const MachOStub& stub) {
     ByteWriter out;
     out.big32(0xfade0c02).big32(end).big32(0x20400);
     out.big32(hasTeam ? 0x10000 : 0x2); // hardened runtime, or ad hoc
-    out.big32(end).big32(headerSize);   // where the hashes would begin, the identifier
-    out.big32(0).big32(0).big32(0);     // special slots, code slots, code limit: nothing is sealed
+    out.big32(end).big32(headerSize);   // offset of the (missing) hashes, and of the identifier
+    out.big32(0).big32(0).big32(0);     // special slots, code slots, code limit: nothing is covered
     out.byte(32).byte(2).byte(0).byte(12).big32(0); // SHA-256, pages of 4096 bytes
     out.big32(0).big32(hasTeam ? teamOffset : 0).big32(0);
     out.big64(0).big64(0).big64(0).big64(0); // code limit, executable segment

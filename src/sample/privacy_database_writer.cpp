@@ -30,7 +30,7 @@ CREATE TABLE access (service TEXT NOT NULL, client TEXT NOT NULL, client_type IN
     FOREIGN KEY (policy_id) REFERENCES policies(id) ON DELETE CASCADE ON UPDATE CASCADE);
 )";
 
-// The moments are given, not taken from the clock: two samples must be equal.
+// Fixed times instead of the clock, because two samples must be identical.
 constexpr const char* insertion =
     "INSERT INTO access (service, client, client_type, auth_value, auth_reason, auth_version, flags,"
     " last_modified, last_reminded) VALUES (?, ?, ?, ?, 2, 1, 0, 1730000000, 1730000000)";

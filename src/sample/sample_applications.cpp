@@ -61,7 +61,7 @@ std::vector<Bundle> bundles() {
          .kilobytes = 580,
          .category = "music"},
 
-        // Jobs inside the bundle and a system extension, which only the user can take away.
+        // Jobs inside the bundle, and a system extension that only the user can remove.
         {.path = "/Applications/Harbor VPN.app",
          .bundleID = "net.harborvpn.client",
          .name = "Harbor VPN",
@@ -78,7 +78,7 @@ std::vector<Bundle> bundles() {
          .version = "8.5",
          .teamID = harbor},
 
-        // Sandboxed, so nearly everything lies in containers.
+        // Sandboxed, so nearly all of its data is in containers.
         {.path = "/Applications/Pantry.app",
          .bundleID = "io.pantryapp.Pantry",
          .name = "Pantry",
@@ -94,7 +94,7 @@ std::vector<Bundle> bundles() {
          .version = "1.9",
          .teamID = "PNTRY00APP"},
 
-        // Names by which nothing may be looked for: too short, too common.
+        // Names unsuitable for matching: too short, too common.
         {.path = "/Applications/Kip.app",
          .bundleID = "com.littlefin.kip",
          .name = "Kip",
@@ -109,7 +109,7 @@ std::vector<Bundle> bundles() {
          .kilobytes = 420,
          .category = "productivity"},
 
-        // One identifier begins the other.
+        // One identifier is a prefix of the other.
         {.path = "/Applications/Lumen.app",
          .bundleID = "com.lumenlight.lumen",
          .name = "Lumen",
@@ -126,7 +126,8 @@ std::vector<Bundle> bundles() {
          .category = "photography",
          .hasBinaryInfo = true},
 
-        // Letters and marks that trip careless programs. This name is composed; what it left is not.
+        // Letters and marks that break careless programs. This name is composed, its leftovers' names are
+        // decomposed.
         {.path = "/Applications/Caf\u00e9 Sync.app",
          .bundleID = "com.cafesync.mac",
          .name = "Caf\u00e9 Sync",
@@ -147,7 +148,7 @@ std::vector<Bundle> bundles() {
          .kilobytes = 720,
          .category = "video"},
 
-        // In the home's own folder, living in the menu bar, unsigned.
+        // In the home's own Applications folder, in the menu bar, unsigned.
         {.path = "~/Applications/Quillpad.app",
          .bundleID = "com.quillpad.menubar",
          .name = "Quillpad",
@@ -156,7 +157,7 @@ std::vector<Bundle> bundles() {
          .category = "utilities",
          .isBackgroundAgent = true},
 
-        // Thrown away by hand; what it left is still there.
+        // Moved to the Trash by hand; its leftovers remain.
         {.path = "~/.Trash/Gravel.app",
          .bundleID = "com.gravelworks.gravel",
          .name = "Gravel",
@@ -173,7 +174,7 @@ std::vector<Job> jobs() {
          .label = "com.marlinworks.capture",
          .program = "/Applications/Marlin Notes.app/Contents/Library/LoginItems/Marlin Capture.app/"
                     "Contents/MacOS/Marlin Capture"},
-        // Its label says nothing; the program's path does.
+        // Attributable by the program's path, not by the label.
         {.plist = "~/Library/LaunchAgents/local.quill.keepalive.plist",
          .label = "local.quill.keepalive",
          .program = "~/Library/Application Support/com.quillpad.menubar/keepalive",
@@ -194,7 +195,7 @@ std::vector<Job> jobs() {
          .label = "net.harborvpn.client.tunneld",
          .program = "Contents/MacOS/tunneld",
          .isSwitchedOff = true},
-        // Nobody's any more.
+        // Jobs without an owner.
         {.plist = "~/Library/LaunchAgents/com.oldferry.timetable.sync.plist",
          .label = "com.oldferry.timetable.sync",
          .program = "/Applications/Old Ferry.app/Contents/MacOS/sync"},

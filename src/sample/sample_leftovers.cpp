@@ -32,7 +32,7 @@ std::vector<Item> userItems() {
         {"/private/var/folders/7k/q2w8xw0d5f9_1n4c0000gn/C/com.marlinworks.notes/thumbnails.data", 210},
         {"/private/var/folders/7k/q2w8xw0d5f9_1n4c0000gn/T/com.marlinworks.notes/draft.tmp", 12},
 
-        // Marlin Sketch keeps its things in the maker's folder
+        // Marlin Sketch stores its data in the vendor's folder
         {"~/Library/Application Support/Marlinworks/Marlin Sketch/brushes.pack", 580},
         {"~/Library/Application Support/Marlinworks/com.marlinworks.sketch/state.bin", 25},
         {"~/Library/Preferences/com.marlinworks.sketch.plist"},
@@ -68,7 +68,7 @@ std::vector<Item> userItems() {
         {"~/Library/Application Scripts/io.pantryapp.Pantry/"},
         {"~/Library/Application Scripts/io.pantryapp.Pantry.Widget/"},
 
-        // Kip and Notes: only what carries the identifier can be told apart from other people's
+        // Kip and Notes: only items with the identifier can be attributed
         {"~/Library/Application Support/com.littlefin.kip/kip.db", 130},
         {"~/Library/Application Support/Kip/holiday plans.bin", 20},
         {"~/Library/Preferences/com.littlefin.kip.plist"},
@@ -84,7 +84,7 @@ std::vector<Item> userItems() {
         {"~/Library/Caches/com.lumenlight.lumen/previews.cache", 1360},
         {"~/Library/Caches/com.lumenlight.lumen.beta/previews.cache", 490},
 
-        // Café Sync, its names decomposed as old disks store them
+        // Café Sync, its names decomposed as older file systems store them
         {"~/Library/Application Support/Cafe\u0301 Sync/index.db", 350},
         {"~/Library/Logs/Cafe\u0301 Sync/sync.log", 66},
         {"~/Library/Preferences/com.cafesync.mac.plist"},
@@ -107,14 +107,14 @@ std::vector<Item> userItems() {
         {"~/Library/Caches/com.gravelworks.gravel/levels.cache", 810},
         {"~/Library/Preferences/com.gravelworks.gravel.plist"},
 
-        // Left by applications that are gone
+        // Leftovers of applications that are gone
         {"~/Library/Application Support/Old Ferry/timetable.db", 400},
         {"~/Library/Preferences/com.oldferry.timetable.plist"},
         {"~/Library/Caches/com.oldferry.timetable/map.cache", 1140},
         {"~/Library/Containers/com.tinylantern.Lantern/Data/Documents/wicks.bin", 200},
         {"~/Library/HTTPStorages/com.tinylantern.Lantern/httpstorages.sqlite", 28},
 
-        // Alice's own, which nothing here may touch
+        // Alice's own files, which nothing may touch
         {"~/Documents/Novel.txt", 120},
         {"~/Documents/Marlin Notes/How I use it.txt", 3},
         {"~/Desktop/Shopping list.txt", 1},
@@ -158,7 +158,7 @@ std::vector<Link> links() {
         {"/var", "private/var"},
         {"/tmp", "private/tmp"},
         {"/etc", "private/etc"},
-        // Sandboxed applications keep their window state inside the container and link to it.
+        // Sandboxed applications keep their window state in the container and link to it.
         {"~/Library/Saved Application State/io.pantryapp.Pantry.savedState",
          "../Containers/io.pantryapp.Pantry/Data/Library/Saved Application State/"
          "io.pantryapp.Pantry.savedState"},
@@ -212,7 +212,7 @@ std::vector<Grant> grants() {
         {.isSystemScope = system, .service = "Accessibility", .client = "com.marlinworks.notes"},
         {.isSystemScope = system, .service = "ScreenCapture", .client = "com.marlinworks.notes"},
         {.isSystemScope = system, .service = "SystemPolicyAllFiles", .client = "net.harborvpn.client"},
-        // The same permission under the identifier and under the path, as old releases stored it.
+        // The same permission by identifier and by path, as older releases stored it.
         {.isSystemScope = system,
          .service = "SystemPolicyAllFiles",
          .client = "/Applications/Harbor VPN.app",

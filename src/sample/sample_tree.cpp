@@ -25,7 +25,7 @@ std::uint64_t hashOf(std::string_view text) {
     throw fs::filesystem_error(what, path, std::error_code(errno, std::generic_category()));
 }
 
-/// Some moment between November 2023 and March 2025, always the same for one path.
+/// A time between November 2023 and March 2025, derived from the path.
 timespec timeOf(const fs::path& relative) {
     constexpr std::time_t first = 1'700'000'000;
     constexpr std::uint64_t span = 42'000'000;

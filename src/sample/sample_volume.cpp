@@ -20,7 +20,7 @@ namespace sample {
 
 namespace {
 
-constexpr double secondsTo2024 = 725'846'400; ///< from 2001, as property lists count
+constexpr double secondsTo2024 = 725'846'400; ///< from 2001, the epoch of property lists
 
 std::string text(std::string_view value) {
     return std::string(value);
@@ -30,7 +30,7 @@ std::string encoded(const PropertyListDictionary& dictionary, bool isBinary) {
     return isBinary ? writeBinaryPropertyList(dictionary) : writeXmlPropertyList(dictionary);
 }
 
-/// What a file of this name plausibly holds.
+/// Plausible content for a file of this name.
 std::string content(std::string_view path, int kilobytes) {
     const auto bytes = static_cast<std::size_t>(kilobytes) * 1024;
     const fs::path name(path);
@@ -165,7 +165,7 @@ void writeEverything(SampleTree& tree) {
     tree.setModesAndTimes();
 }
 
-/// Bundles of the table that are applications of their own and not thrown away.
+/// Number of stand-alone applications in the table that are not in the Trash.
 int installedCount() {
     const auto all = bundles();
     return static_cast<int>(std::count_if(all.begin(), all.end(), [](const Bundle& bundle) {
@@ -185,7 +185,7 @@ tl::expected<SampleSummary, SampleError> writeSampleVolume(const fs::path& folde
     bool begun = false;
     try {
         auto root = fs::absolute(folder).lexically_normal();
-        if (root.filename().empty()) root = root.parent_path(); // given with a slash at its end
+        if (root.filename().empty()) root = root.parent_path(); // given with a trailing slash
         if (const auto status = fs::symlink_status(root); fs::exists(status)) {
             if (!fs::is_directory(fs::status(root))) return refusal("cli.sample.notAFolder %@");
             if (!fs::is_empty(root)) return refusal("cli.sample.notEmpty %@");
