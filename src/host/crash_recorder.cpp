@@ -21,7 +21,7 @@ namespace {
 constexpr int signals[] = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGTRAP, SIGABRT};
 constexpr int maxFrames = 64;
 
-/// Text of a fixed length that a handler can read at any time.
+/// Fixed-size text that a handler can read at any time.
 template<std::size_t N>
 struct FixedText {
     char text[N] = {};
@@ -34,7 +34,7 @@ struct FixedText {
     std::string_view view() const { return {text, ::strnlen(text, N)}; }
 };
 
-/// All that the handlers know.
+/// Everything the handlers use.
 struct State {
     FixedText<2048> folder;
     FixedText<64> version;
@@ -45,7 +45,7 @@ struct State {
 };
 State state; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables): see the header
 
-/// A line put together without the heap.
+/// Builds a line without the heap.
 class Line {
   public:
     Line& operator<<(std::string_view text) {
@@ -62,7 +62,7 @@ class Line {
         while ((number /= 10) != 0);
         return *this << std::string_view(first, static_cast<std::size_t>(digits + sizeof digits - first));
     }
-    const char* text() { // ended by a zero
+    const char* text() { // NUL-terminated
         buffer_[std::min(size_, sizeof buffer_ - 1)] = '\0';
         return buffer_;
     }
@@ -80,7 +80,7 @@ class Line {
     std::size_t size_ = 0;
 };
 
-/// The state's folder; -1 when it cannot be made or is a link.
+/// Opens the state folder; -1 when it cannot be created or is a link.
 int openFolder() {
     auto& path = state.folder.text;
     for (auto* slash = std::strchr(path + 1, '/'); slash; slash = std::strchr(slash + 1, '/')) {
@@ -112,10 +112,10 @@ void writeRecord(int signal) {
     ::close(file);
 }
 
-/// A crash while the record is written, or of a second thread, ends the process at once.
+/// A second crash, while the record is written or in another thread, ends the process at once.
 void onSignal(int signal) {
     if (!state.isWriting.test_and_set()) writeRecord(signal);
-    // It stays blocked until this returns, and then ends the process as it would have.
+    // The signal stays blocked until this returns, and then ends the process as without a handler.
     std::signal(signal, SIG_DFL);
     std::raise(signal);
 }
@@ -140,7 +140,7 @@ void install(const std::filesystem::path& folder, std::string_view version) {
     state.version.assign(version);
 
     void* frames[1];
-    ::backtrace(frames, 1); // the first call loads what unwinds; a handler must not
+    ::backtrace(frames, 1); // the first call loads the unwinder, which a handler must not do
 
     stack_t stack{};
     stack.ss_sp = state.handlerStack;

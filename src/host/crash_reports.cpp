@@ -29,7 +29,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::size_t maxRecordBytes = 64u << 10;
-constexpr std::size_t maxEntries = 10'000; ///< of the folder that are looked at
+constexpr std::size_t maxEntries = 10'000; ///< limit of entries read from the folder
 constexpr std::string_view prefix = "crash-";
 constexpr std::string_view recordSuffix = ".record";
 constexpr std::string_view reportSuffix = ".txt";
@@ -41,14 +41,15 @@ std::optional<std::int64_t> number(std::string_view text) {
     return value;
 }
 
-/// A moment of this millennium; what is written otherwise counts as its beginning.
+/// A time from the year 2000 on; anything else counts as its beginning.
 Timestamp moment(std::string_view seconds) {
     constexpr std::int64_t first = 946'684'800;
     constexpr std::int64_t last = 32'503'680'000;
     return Timestamp(std::chrono::seconds(std::clamp(number(seconds).value_or(first), first, last)));
 }
 
-/// The names in the folder that begin and end so, oldest first: they carry their time in a fixed width.
+/// The names in the folder with this prefix and suffix, oldest first: they contain their time in a fixed
+/// width.
 std::vector<std::string> names(int folder, std::string_view suffix) {
     std::vector<std::string> result;
     const int again = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -88,7 +89,7 @@ std::optional<std::string> readRecord(int folder, const std::string& name) {
 }
 
 bool writeReport(int folder, const std::string& name, std::string_view content) {
-    ::unlinkat(folder, name.c_str(), 0); // half of one, from a start that was cut off
+    ::unlinkat(folder, name.c_str(), 0); // an incomplete one, from an interrupted launch
     const Descriptor file(
         ::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
     if (!file.isOpen()) return false;
@@ -138,7 +139,7 @@ std::string system() {
 }
 
 std::string replaced(std::string text, const std::string& what, std::string_view with) {
-    if (what.size() < 2) return text; // a home that is "/" hides nothing
+    if (what.size() < 2) return text; // replacing a home of "/" would hide nothing
     for (auto at = text.find(what); at != text.npos; at = text.find(what, at + with.size()))
         text.replace(at, what.size(), with);
     return text;
@@ -177,7 +178,7 @@ std::string crashReport(std::string_view record, const std::string& introduction
 
 std::optional<fs::path> CrashReports::collect() {
     const Descriptor folder(::open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (!folder.isOpen()) return std::nullopt; // nothing ever crashed, or somebody put a link there
+    if (!folder.isOpen()) return std::nullopt; // no crash yet, or a link in its place
     struct stat info {};
     if (::fstat(folder.get(), &info) != 0 || info.st_uid != ::geteuid()) return std::nullopt; // as with sudo
     if (::flock(folder.get(), LOCK_EX | LOCK_NB) != 0) return std::nullopt;
@@ -192,7 +193,7 @@ std::optional<fs::path> CrashReports::collect() {
             const auto name = reportName(record);
             if (!writeReport(folder.get(), name, crashReport(*content, introduction_, userHome().string()))) {
                 log_.error("Crash report could not be written: {}", (folder_ / name).string());
-                continue; // the record stays for the next start
+                continue; // the record stays for the next launch
             }
             newest = folder_ / name;
         }

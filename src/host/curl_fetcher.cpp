@@ -14,8 +14,8 @@ constexpr long connectSeconds = 10;
 constexpr long totalSeconds = 30;
 constexpr long redirects = 3;
 
-/// The few functions that are needed of the library. It stays loaded: what it has started of its own
-/// (a TLS library with exit handlers) must not vanish.
+/// The few functions used from the library. It stays loaded, because what it starts itself (a TLS library
+/// with exit handlers) must not be unloaded.
 struct Curl {
     decltype(&::curl_easy_init) init = nullptr;
     decltype(&::curl_easy_setopt) set = nullptr;
@@ -51,7 +51,7 @@ struct Body {
     bool isTooLarge = false;
 };
 
-/// Answering less than was given ends the transfer.
+/// Returning less than `size` aborts the transfer.
 std::size_t receive(char* data, std::size_t, std::size_t size, void* target) {
     auto& body = *static_cast<Body*>(target);
     body.isTooLarge = size > body.limit - body.bytes.size();

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::chrono::seconds timeout{5};
 
-/// The service reads simple markup in the body; a hostile name must stay a name.
+/// The service interprets simple markup in the body, so a hostile name is escaped.
 std::string withoutMarkup(std::string_view text) {
     std::string result;
     for (const char c : printable(text)) {

@@ -35,7 +35,7 @@ tl::expected<void, Message> revealHere(ProcessRunner& processes, const std::file
     const std::vector<std::string> arguments = {"-R", absolute.string()};
 #else
     const std::string tool = "/usr/bin/gdbus";
-    // The address holds no quote that could end the text early.
+    // The URL contains no quote that could end the string early.
     const std::vector<std::string> arguments = {"call",
                                                 "--session",
                                                 "--dest",

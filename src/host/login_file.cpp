@@ -31,7 +31,7 @@ bool LoginFile::setEnabled(bool enabled) {
     const SharedFile shared(file_, SharedFile::Links::kept);
     errno = 0;
     if (!shared.makeFolder()) return failed("write", std::generic_category().message(errno));
-    const auto lock = shared.lockFolder(); // `settings set` and a `watch` that sees it both write
+    const auto lock = shared.lockFolder(); // `settings set` and a running `watch` may both write it
     errno = 0;
     return (lock.isHeld() && shared.replace(*wanted))
            || failed("write", std::generic_category().message(errno));

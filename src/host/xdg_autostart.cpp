@@ -11,9 +11,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// In double quotes, with the four characters that mean something there escaped; the escape itself is escaped
-/// once more, because a value of the file is unescaped before the key's own rules apply. "%" begins a field
-/// code.
+/// In double quotes, with the four special characters escaped; the escape character itself is escaped twice,
+/// because a value in the file is unescaped before the key's own rules apply. "%" begins a field code.
 std::string quotedArgument(const std::string& argument) {
     std::string result = "\"";
     for (const char c : argument) {
@@ -25,7 +24,7 @@ std::string quotedArgument(const std::string& argument) {
     return result + '"';
 }
 
-/// A line break would end the value and begin a key of its own; the format is UTF-8.
+/// A line break would end the value and begin another key; the format is UTF-8.
 bool canStandInEntry(const std::string& argument) {
     const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7f; };
     return isValidUtf8(argument) && std::none_of(argument.begin(), argument.end(), isControl);
