@@ -1,4 +1,5 @@
-// Every language that ships: its files are well-formed, and its words ask for what their keys promise.
+// Every shipped language: its files are well-formed, and its texts have the placeholders that their keys
+// declare.
 
 #include "base/strings_file.h"
 #include "base/text_format.h"
@@ -14,7 +15,7 @@ namespace {
 
 using Kind = FormatPart::Kind;
 
-/// The kind of argument that each position is filled with.
+/// The kind of argument expected at each position.
 std::vector<Kind> argumentKinds(std::string_view format) {
     std::vector<Kind> kinds;
     std::size_t next = 0;
@@ -34,17 +35,17 @@ TEST(Words, AreCompleteAndAskForWhatTheirKeysPromise) {
         if (folder.path().extension() != ".lproj") continue;
         const auto texts = Texts::load(TIDWEN_RESOURCES, folder.path().stem().string());
         EXPECT_THAT(texts.problems(), testing::IsEmpty());
-        EXPECT_EQ(texts.keys(), english) << folder.path() << " has a key that English has not";
+        EXPECT_EQ(texts.keys(), english) << folder.path() << " has a key that English lacks";
         std::ifstream file(folder.path() / "Localizable.strings");
         const std::string bytes(std::istreambuf_iterator<char>(file), {});
         const auto strings = parseStringsFile(bytes);
         ASSERT_TRUE(strings);
         for (const auto& [key, words] : *strings)
             EXPECT_EQ(argumentKinds(words), argumentKinds(key)) << folder.path() << key;
-        for (const auto& key : english) // filled, and so the plural forms too
+        for (const auto& key : english) // filled in, which also tests the plural forms
             for (const char number : {'1', '7'}) {
                 SCOPED_TRACE(texts.language() + ": " + key);
-                std::vector<std::string> arguments; // that no words hold by themselves
+                std::vector<std::string> arguments; // a value that occurs in no text
                 for (const auto kind : argumentKinds(key))
                     arguments.push_back(kind == Kind::number ? std::string(arguments.size() + 1, number)
                                                              : "⟦" + std::to_string(arguments.size()) + "⟧");

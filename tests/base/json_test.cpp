@@ -43,7 +43,7 @@ TEST(Json, AStreamGivesTheSameDocument) {
     out.end();
     out.end();
     out.key("left");
-    out.value(std::string(200'000, 'x')); // more than one piece
+    out.value(std::string(200'000, 'x')); // written in more than one piece
     out.end();
     const json expected = {{"groups", {{{"name", "a/b"}, {"sizes", {1, 2}}}, {{"none", json::array()}}}},
                            {"left", std::string(200'000, 'x')}};

@@ -14,7 +14,7 @@ struct Row {
     friend bool operator==(const Row&, const Row&) = default;
 };
 
-/// Follows a list as a view does, by what the steps say alone.
+/// Follows a list as a view does, using only the steps.
 struct Follower {
     explicit Follower(ObservableList<Row>& list)
         : before(list.willChange.connect([&](const auto&) { EXPECT_EQ(rows, list.rows()); })),
@@ -90,7 +90,7 @@ TEST(ObservableList, TakesFewStepsForWhatChangedAndOneForTooMuch) {
         rows[i].name += "x";
     EXPECT_EQ(stepsTo(rows), 1u);
     rows[1] = rows[0];
-    EXPECT_EQ(stepsTo(rows), 1u) << "a key that is there twice";
+    EXPECT_EQ(stepsTo(rows), 1u) << "a duplicate key";
     EXPECT_EQ(follower.resets, 2u);
 }
 

@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::string_literals;
 
-/// A binary property list of these objects, the first on top; offsets and references take one byte each.
+/// A binary property list of these objects, the first as root; offsets and references take one byte each.
 std::string binary(const std::vector<std::string>& objects, unsigned char top = 0) {
     std::string out = "bplist00", offsets;
     for (const auto& object : objects) {
@@ -70,13 +70,14 @@ TEST(BinaryPropertyList, RefusesWhatIsMalformed) {
 }
 
 TEST(BinaryPropertyList, SharedObjectsCountEachTimeTheyAreReached) {
-    std::vector<std::string> levels; // ten references each to the next: 10^24 values in a few hundred bytes
+    std::vector<std::string>
+        levels; // ten references each to the next object: 10^24 values in a few hundred bytes
     for (char next = 1; next <= 14; ++next)
         levels.push_back("\xAA"s + std::string(10, next));
     levels.push_back("\xA0");
     EXPECT_EQ(parsePropertyList(binary(levels), {.nodes = 100'000}).error(), PropertyListError::tooLarge);
 
-    // The same with the bytes of one string.
+    // The same with the bytes of a single string.
     const auto text = binary({"\xAE"s + std::string(14, '\1'), "\x5F\x10\x40"s + std::string(64, 'x')});
     EXPECT_TRUE(parsePropertyList(text, {.bytes = 14 * 64}));
     EXPECT_EQ(parsePropertyList(text, {.bytes = 14 * 64 - 1}).error(), PropertyListError::tooLarge);
@@ -135,7 +136,7 @@ TEST(PropertyList, SurvivesDamage) {
                 auto damaged = whole;
                 for (auto flips = random() % 8; flips-- > 0;)
                     damaged[random() % damaged.size()] ^= static_cast<char>(1 << random() % 8);
-                // Whatever comes out can be written and read again.
+                // What was parsed can be written and parsed again.
                 if (const auto read = parsePropertyList(damaged, limits)) {
                     EXPECT_TRUE(parsePropertyList(writeBinaryPropertyList(*read)));
                     EXPECT_TRUE(parsePropertyList(writeXmlPropertyList(*read)));

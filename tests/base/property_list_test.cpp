@@ -108,8 +108,8 @@ std::string writtenByOther(plist_t list, WriteByOther write) {
     return copy;
 }
 
-/// Compares the readers and writers with another implementation of the formats. Without references: the other
-/// one reads their XML form as dictionaries.
+/// Compares the readers and writers with another implementation of the formats. Without references, which the
+/// other one reads as dictionaries in XML.
 TEST(PropertyList, AgreesWithAnotherImplementation) {
     for (unsigned seed = 1000; seed < 1200; ++seed) {
         SCOPED_TRACE(seed);

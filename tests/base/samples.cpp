@@ -28,7 +28,7 @@ PropertyListValue PropertyListGenerator::value(int depth) {
     return scalar();
 }
 
-/// Now and then more than the fourteen whose number fits in a marker.
+/// Sometimes more than fourteen, the largest count that fits in a marker.
 std::uint64_t PropertyListGenerator::entries() {
     return below(below(6) == 0 ? 20 : 4);
 }

@@ -9,8 +9,8 @@ namespace tidwen::test {
 /// With a byte-order mark.
 std::string utf16(const std::string& ascii, bool bigEndian);
 
-/// A random value of every type that the format has, at most `depth` containers deep. The same seed gives the
-/// same value. `uids`: references of keyed archives among them.
+/// A random value with every type of the format, at most `depth` containers deep. Equal seeds give equal
+/// values. `uids`: including references of keyed archives.
 class PropertyListGenerator {
   public:
     explicit PropertyListGenerator(unsigned seed, bool uids = true) : random_(seed), uids_(uids) {}

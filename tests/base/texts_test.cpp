@@ -79,7 +79,7 @@ TEST_F(TextsTest, FillsPlaceholders) {
     const std::tuple<const char*, std::vector<std::string>, const char*> cases[] = {
         {"plain", {"ignored"}, "Plain"},
         {"one %@", {"a"}, "<a>"},
-        {"one %@", {"100%@ %1$@"}, "<100%@ %1$@>"}, // what is filled in is not filled again
+        {"one %@", {"100%@ %1$@"}, "<100%@ %1$@>"}, // an inserted argument is not parsed again
         {"one %@", {}, "<%@>"},
         {"turned %@ %lld", {"x", "3"}, "3 of x"},
         {"per %lld", {"5"}, "5% %x 100%"},
@@ -102,7 +102,8 @@ TEST_F(TextsTest, ChoosesThePluralFormOfTheLanguage) {
     EXPECT_EQ(english.text("k %lld %@", {"many", "x"}), "many files (x)");
     EXPECT_EQ(english.text("k %lld %@"), "%lld files (%2$@)");
 
-    EXPECT_EQ(load("pl").text("k %lld %@", {"1", "x"}), "1 file (x)") << "English words keep English rules";
+    EXPECT_EQ(load("pl").text("k %lld %@", {"1", "x"}), "1 file (x)")
+        << "English fallbacks use English plural rules";
     writePlural("pl", "k %lld %@", "%#@n@",
                 {{"one", "%lld plik"}, {"few", "%lld pliki"}, {"other", "%lld plików"}});
     const auto polish = load("pl");
@@ -120,7 +121,7 @@ TEST_F(TextsTest, LaysLanguagesOverEnglish) {
     EXPECT_EQ(texts.text("a"), "english a");
     EXPECT_EQ(texts.text("b"), "português b");
     EXPECT_EQ(texts.text("c"), "brasileiro c");
-    EXPECT_EQ(texts.text("n %lld", {"1"}), "1") << "translated words come before English plurals";
+    EXPECT_EQ(texts.text("n %lld", {"1"}), "1") << "translations take precedence over English plurals";
     EXPECT_THAT(texts.keys(), ElementsAre("a", "b", "c", "n %lld"));
     EXPECT_THAT(texts.problems(), IsEmpty());
 }
