@@ -21,7 +21,7 @@ std::string replaced(std::string bytes, const std::string& part, const std::stri
     return at == bytes.npos ? bytes : bytes.replace(at, part.size(), by);
 }
 
-/// A name as the store holds it: behind the number of its parent, closed by a zero byte.
+/// A name as stored: after the number of its parent, NUL-terminated.
 std::string named(std::uint32_t parent, const std::string& name) {
     return number(parent) + name + '\0';
 }
@@ -55,7 +55,7 @@ TEST(BillOfMaterials, MalformedFilesGiveNothing) {
     // Numbered depth first: "." 1, "Applications" 2, "Icon" 3, "Notes.app" 4, "été" 5.
     const auto bill = smallBill();
     const auto leaf = number(1, 2) + number(5, 2) + number(0) + number(0);
-    const auto nodeBlock = 1 + 5 * 3; // behind three blocks per item
+    const auto nodeBlock = 1 + 5 * 3; // after three blocks per item
     const std::pair<const char*, std::string> cases[] = {
         {"nothing", ""},
         {"another version", replaced(bill, "BOMStore" + number(1), "BOMStore" + number(2))},
@@ -88,7 +88,7 @@ TEST(BillOfMaterials, PathsDoNotGrowWithoutBounds) {
 TEST(BillOfMaterials, DamageIsRefusedOrHarmless) {
     const auto bill = smallBill();
     const auto whole = readBillOfMaterials(bill);
-    const auto tableEnd = bill.size() - 20; // the empty free list behind it is not needed
+    const auto tableEnd = bill.size() - 20; // the empty free list after it is optional
     for (std::size_t kept = 0; kept < bill.size(); ++kept) {
         SCOPED_TRACE(kept);
         EXPECT_EQ(readBillOfMaterials(std::string_view(bill).substr(0, kept)),
@@ -99,7 +99,7 @@ TEST(BillOfMaterials, DamageIsRefusedOrHarmless) {
              {0ul, 1ul, 2ul, 16ul, 0x7ffffffful, 0xfffffff8ul, 0xfffffffful, bill.size()}) {
             auto bytes = bill;
             bytes.replace(at, 4, number(value));
-            // Every item has its own number, so there are never more of them.
+            // Every item has a unique number, so there cannot be more of them.
             EXPECT_LE(readBillOfMaterials(bytes).value_or(*whole).size(), whole->size() + 1);
         }
 }

@@ -13,7 +13,7 @@ using Entitlements = MachOStub::Entitlements;
 const std::string team = "ABCDE12345";
 const std::string group = "group.com.example.notes";
 
-/// Reads a signature out of bytes and fails the test when that took more than a few reads.
+/// Reads a signature from bytes and fails the test if that takes more than a few reads.
 CodeSignature read(const std::string& bytes) {
     std::size_t reads = 0, total = 0;
     const auto signature = readMachOSignature([&](std::uint64_t offset, std::size_t length) {
@@ -77,13 +77,13 @@ TEST(MachOSignature, ChoosesTheSliceAndTheBlobThatAreSound) {
     const auto different = replaced(fat, team, intel);
     EXPECT_EQ(read(different).teamID, team) << "the arm64 slice comes first";
     EXPECT_EQ(read(replaced(different, "\xcf\xfa\xed\xfe", "\xfe\xed\xfa\xcf", true)).teamID, intel)
-        << "a slice that cannot be read leaves the other";
+        << "an unreadable slice does not affect the other";
 
     const auto codeDirectory = number(0, true) + number(12 + 4 * 8, true);
     const auto alternate = number(0x1001, true) + number(12 + 4 * 8, true);
     EXPECT_EQ(read(replaced(thin, codeDirectory, alternate)).teamID, team);
     EXPECT_THAT(read(replaced(thin, "<plist", "<plisx")).applicationGroups, ElementsAre(group))
-        << "DER stands in";
+        << "falls back to DER";
 }
 
 TEST(MachOSignature, TakesNothingThatIsNotATeamIdentifier) {
@@ -115,7 +115,7 @@ TEST(MachOSignature, DamageNeverInventsAnything) {
             EXPECT_EQ(cut.teamID.value_or(team), team);
             EXPECT_EQ(cut.isUnreadable, kept >= 4 && cut.applicationGroups.empty());
         }
-        // A universal file's slices are thin files: only its own header is new.
+        // The slices of a universal file are thin files: only its own header is new.
         for (std::size_t at = 0; at + 4 <= (universal ? 64 : whole.size()); ++at)
             for (const std::uint32_t value :
                  {0u, 1u, 0x7fffffffu, 0xfffffff8u, 0xffffffffu, static_cast<std::uint32_t>(whole.size())})
@@ -123,8 +123,7 @@ TEST(MachOSignature, DamageNeverInventsAnything) {
                     SCOPED_TRACE(testing::Message() << at << " = " << value);
                     auto bytes = whole;
                     const auto signature = read(bytes.replace(at, 4, number(value, isBigEndian)));
-                    // What stands at a wrong offset is text of the file, never more than a name's worth of
-                    // it.
+                    // A wrong offset yields other bytes of the file, limited to the length of a name.
                     const auto found = signature.teamID.value_or("");
                     EXPECT_LE(found.size(), 64u);
                     EXPECT_NE(bytes.find(found), bytes.npos);
