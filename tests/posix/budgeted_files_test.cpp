@@ -17,14 +17,14 @@ TEST(BudgetedFiles, ReadsUntilTheBytesAreSpentAndCountsTheRest) {
     EXPECT_TRUE(files.read(Path("/a"), 600));
     const FileSystem& asReadersSeeIt = files;
     EXPECT_TRUE(BudgetedFiles(asReadersSeeIt).readRange(Path("/a"), 0, 600))
-        << "a run within spends the same budget";
+        << "a nested run uses the same budget";
     EXPECT_TRUE(files.budget().isExhausted());
 
     EXPECT_EQ(files.read(Path("/a"), 600).error().fault, FileFault::exhausted);
     EXPECT_EQ(files.readRange(Path("/a"), 0, 1).error().fault, FileFault::exhausted);
     EXPECT_EQ(files.list(Path("/")).error().fault, FileFault::exhausted);
     EXPECT_FALSE(readPropertyList(files, Path("/a")));
-    EXPECT_TRUE(files.exists(Path("/a"))) << "what is there is still said";
+    EXPECT_TRUE(files.exists(Path("/a"))) << "existence is still reported";
     EXPECT_EQ(files.budget().leftOut(), 4u);
 }
 

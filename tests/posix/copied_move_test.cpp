@@ -44,7 +44,7 @@ void age(const fs::path& item, long nanoseconds) {
     ::utimensat(AT_FDCWD, item.c_str(), times, AT_SYMLINK_NOFOLLOW);
 }
 
-/// A folder here and one on another disk; both are gone after the test.
+/// A folder here and one on another disk; both are removed after the test.
 class CopiedMove : public testing::Test {
   protected:
     void SetUp() override {
@@ -55,7 +55,7 @@ class CopiedMove : public testing::Test {
         away = pattern;
         ::stat(here.path().c_str(), &mine);
         ::stat(away.c_str(), &its);
-        if (mine.st_dev == its.st_dev) GTEST_SKIP() << "/dev/shm is no second disk";
+        if (mine.st_dev == its.st_dev) GTEST_SKIP() << "/dev/shm is not a second disk";
         hasAttributes = tag(away) && tag(here.path());
     }
     void TearDown() override {
@@ -133,7 +133,7 @@ TEST_F(CopiedMove, WhatCannotBeMovedWholeStaysWhole) {
     ::chmod((here.path() / "unreadable/file").c_str(), 0);
     ::chmod((here.path() / "mine/sealed").c_str(), 0500);
     std::vector<std::string> immovable{"unreadable"};
-    if (::geteuid() == 0) { // nobody else can give an item away
+    if (::geteuid() == 0) { // only root can give an item away
         writeFile(here.path() / "foreign/file", "x");
         immovable.insert(immovable.begin(), "foreign");
         ASSERT_EQ(::chown((here.path() / "foreign").c_str(), 501, 20), 0);
@@ -164,7 +164,7 @@ TEST_F(CopiedMove, AFullDiskLeavesTheOriginalAndNoCopy) {
     if (skipped) GTEST_SKIP() << *skipped;
 }
 
-/// The destination is on another mount, and in the item all the same.
+/// The destination is on another mount and yet inside the item.
 TEST_F(CopiedMove, NothingIsCopiedIntoItself) {
     const auto skipped = withSmallDisk(1u << 20, [](const fs::path& disk) {
         writeFile(disk / "app/file", "x");
@@ -183,7 +183,7 @@ TEST_F(CopiedMove, HolesOfTerabytesCostNothing) {
     constexpr off_t size = off_t{4} << 40;
     const auto file = here.path() / "sparse";
     writeFile(file, "start");
-    if (::truncate(file.c_str(), size) != 0) GTEST_SKIP() << "no such large files here";
+    if (::truncate(file.c_str(), size) != 0) GTEST_SKIP() << "this disk does not support such large files";
     std::ofstream(file, std::ios::in | std::ios::binary).seekp(size - 3) << "end";
     const auto files = openVolume();
     ASSERT_EQ(outcome(files->move(hereAt("sparse"), awayAt("sparse"))), "ok");
@@ -195,7 +195,7 @@ TEST_F(CopiedMove, HolesOfTerabytesCostNothing) {
 
 #ifdef __linux__
 
-/// File systems have called a hole what was written a moment before; here all of every file.
+/// Some file systems report recently written data as a hole; here, all of every file.
 TEST_F(CopiedMove, CopiesWhatTheDiskWronglyCallsAHole) {
     writeFile(here.path() / "app/file", std::string(700'000, 'x'));
     const auto before = fingerprint(here.path() / "app");
@@ -206,7 +206,7 @@ TEST_F(CopiedMove, CopiesWhatTheDiskWronglyCallsAHole) {
     EXPECT_EQ(fingerprint(away / "app"), before);
 }
 
-/// Whether the call at which a traced process stopped would change a disk.
+/// Whether the system call at which a traced process stopped changes a disk.
 bool wouldChangeADisk(const __ptrace_syscall_info& stop) {
     constexpr long changing[] = {SYS_mkdirat, SYS_renameat2, SYS_unlinkat,  SYS_linkat, SYS_symlinkat,
                                  SYS_mknodat, SYS_pwrite64,  SYS_ftruncate, SYS_fchown, SYS_fchownat,
@@ -219,7 +219,7 @@ bool wouldChangeADisk(const __ptrace_syscall_info& stop) {
 
 enum class Ended { reached, before, notTraced };
 
-/// Runs the body in a child and calls `interrupt` right before its `count`-th call that would change a disk.
+/// Runs the body in a child and calls `interrupt` just before its `count`-th call that changes a disk.
 Ended runAndInterruptAt(int count, const std::function<void()>& body,
                         const std::function<void(pid_t child)>& interrupt) {
     const pid_t child = ::fork();
@@ -242,8 +242,8 @@ Ended runAndInterruptAt(int count, const std::function<void()>& body,
     return count <= 0 ? Ended::reached : Ended::before;
 }
 
-/// Moves a small application to the other disk with an interruption at every change in turn, each in fresh
-/// folders, and looks at the outcome of each. The number of changes; 0 where nothing can be traced.
+/// Moves a small application to the other disk, interrupted before each change in turn, each time in new
+/// folders, and checks the outcome. Returns the number of changes; 0 where nothing can be traced.
 int forEveryChange(const fs::path& here, const fs::path& away,
                    const std::function<void(pid_t child)>& interrupt,
                    const std::function<void(const std::vector<std::string>& before)>& look) {
@@ -284,7 +284,7 @@ TEST_F(CopiedMove, AKillAtAnyChangeIsSettled) {
     EXPECT_GT(completed, 2);
 }
 
-/// Somebody goes on writing in the item while it is moved: whatever the move makes of it, the words survive.
+/// A process keeps writing to the item while it is moved: its data survives in every case.
 TEST_F(CopiedMove, WhatIsWrittenMeanwhileIsNotLost) {
     int kept = 0;
     const int changes = forEveryChange(
@@ -294,7 +294,7 @@ TEST_F(CopiedMove, WhatIsWrittenMeanwhileIsNotLost) {
                 if (!fs::exists(top / "inner/file")) continue;
                 writeFile(top / "inner/new", "new words");
                 std::ofstream(top / "inner/file", std::ios::app) << "more words";
-                // An application that misses its folder makes it anew.
+                // An application that misses its folder creates it again.
                 if (!fs::exists(here.path() / "app")) writeFile(here.path() / "app/anew", "anew");
                 return;
             }
@@ -321,7 +321,7 @@ TEST_F(CopiedMove, WhatIsWrittenMeanwhileIsNotLost) {
     EXPECT_GT(kept, 0);
 }
 
-/// What refuses to go is told, taken away as soon as that is possible, and not in the way of the next move.
+/// What cannot be removed is returned, removed as soon as possible, and does not prevent the next move.
 TEST_F(CopiedMove, WhatCannotBeRemovedIsToldAndRemovedLater) {
     const auto files = openVolume();
     const struct {
@@ -353,14 +353,13 @@ TEST_F(CopiedMove, EndsOrChangesAtAnyCall) {
 
 #endif
 
-/// What settling makes of every state that a crash, or somebody else after it, can leave. The four places
-/// hold nothing or a folder with these letters as files: the original, its copy, the one set aside, the
-/// destination.
+/// Recovery from every state that a crash, or another process after it, can leave. Each of the four places is
+/// empty or a folder with these letters as files: the original, its copy, the one set aside, the destination.
 TEST(SettleInterruptedMove, RemovesOnlyWhatIsSafeElsewhere) {
     const struct {
         std::string what, original, copy, aside, destination;
         std::string result, thenOriginal, thenCopy, thenAside, thenDestination;
-        std::string thenBeside = {}; ///< the original, by a name that people see
+        std::string thenBeside = {}; ///< the original, under a visible name
     } cases[] = {
         {"nothing began", "ab", "", "", "", "ok", "ab", "", "", ""},
         {"all is done", "", "", "", "ab", "ok", "", "", "", "ab"},
@@ -426,7 +425,7 @@ TEST(SettleInterruptedMove, FinishesARenameByHardLink) {
     EXPECT_EQ(volume.read("/to/x"), "content");
 }
 
-/// The same within one of the two folders, on the way to the name in between or from it.
+/// The same within one of the two folders, for the rename to or from the intermediate name.
 TEST(SettleInterruptedMove, FinishesItsOwnRenamesByHardLink) {
     const TemporaryVolume volume;
     volume.write("/from/x", "content");

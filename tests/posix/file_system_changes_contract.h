@@ -4,7 +4,7 @@
 
 #include <sys/file.h>
 
-/// The half of the contract about what changes the disk.
+/// The part of the contract about changing the disk.
 namespace tidwen::test {
 
 TEST_P(FileSystemContract, ChangesRefuseLinkedParentsAndSpareLinkedTargets) {
@@ -140,7 +140,7 @@ TEST_P(FileSystemContract, RemovesTreesAndNothingBeyond) {
     asUnprivileged([&] {
         EXPECT_EQ(files->holdsOthersItems(Path("/tree"), ::geteuid()), false);
         EXPECT_EQ(files->holdsOthersItems(Path("/tree"), ::geteuid() + 1), true);
-        EXPECT_EQ(files->info(Path("/tree/shut"))->permissions, 0u) << "as it was";
+        EXPECT_EQ(files->info(Path("/tree/shut"))->permissions, 0u) << "unchanged";
         EXPECT_EQ(outcome(files->removeTree(Path("/tree"))), "ok");
         EXPECT_EQ(outcome(files->removeTree(Path("/tree"))), "missing");
         EXPECT_EQ(outcome(files->removeTree(Path("/linkToKept"))), "ok");

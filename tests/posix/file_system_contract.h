@@ -17,8 +17,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-/// What every implementation of `FileSystem` must hold. A test program includes this and instantiates
-/// `FileSystemContract` with its own; each test gets a fresh folder as the root.
+/// The contract of every implementation of `FileSystem`. A test program includes this and instantiates
+/// `FileSystemContract` with its own; each test gets a new folder as root.
 namespace tidwen {
 
 inline void PrintTo(const Path& path, std::ostream* out) {
@@ -273,7 +273,7 @@ TEST_P(FileSystemContract, TellsWhatTheKernelDenies) {
     write("/shut/inner/file");
     write("/shared/mine");
     giveToUnprivileged(folder.path());
-    // As in /Users/Shared: everybody adds, and only owners take away.
+    // As in /Users/Shared: everyone may add, and only owners may remove.
     write("/shared/theirs");
     ::chmod(host("/shared").c_str(), 01777);
     const bool isRoot = ::geteuid() == 0;
@@ -299,7 +299,7 @@ TEST_P(FileSystemContract, TellsWhatTheKernelDenies) {
             EXPECT_FALSE(mine->isMovable(Path(item))) << item;
         for (const auto* item : {"/open/secret", "/open/into", "/shared/mine"})
             EXPECT_TRUE(mine->isMovable(Path(item))) << item;
-        // One's own folder, however closed, can be emptied.
+        // One's own folder can be emptied, whatever its mode.
         EXPECT_EQ(outcome(mine->removeTree(Path("/shut"))), "ok");
         EXPECT_EQ(outcome(mine->move(Path("/open/secret"), Path("/open/into/x"))), "ok");
     });

@@ -58,7 +58,7 @@ std::string found(const FileResult<FileInfo>& item) {
     return item ? std::to_string(item->inode) : outcome(item);
 }
 
-/// Two ways to one answer: random trees full of links, random paths through them.
+/// Both resolvers agree, on random trees full of links and random paths through them.
 TEST(RootedFileSystem, KernelAndWalkAgree) {
     const TemporaryFolder folder;
     if (!RootedFileSystem::open(folder.path(), RootedFileSystem::Resolver::kernel))
@@ -72,7 +72,7 @@ TEST(RootedFileSystem, KernelAndWalkAgree) {
             path += std::string(i ? "/" : "") + words[pick(std::size(words))];
         return path + (pick(8) ? "" : "/");
     };
-    // As many links after each other as the kernel follows, and one more.
+    // A chain of as many links as the kernel follows, and one more.
     for (int i = 0; i < 45; ++i)
         std::filesystem::create_symlink(std::to_string(i + 1), folder.path() / std::to_string(i));
     writeFile(folder.path() / "45", "end of the chain");
@@ -130,7 +130,7 @@ TEST(RootedFileSystem, WhatRootMakesInAHomeBelongsToItsOwner) {
     for (const char* roots : {"/Users/alice/Roots", "/Users/alice/old", "/Users/alicea/new", "/Users/file"})
         EXPECT_EQ(owner(roots), "0:0") << roots;
     EXPECT_EQ(files->info(Path("/Users/alice/.Trash"))->permissions, 0700u);
-    EXPECT_EQ(files->info(Path("/Users/alicea"))->permissions, 0755u) << "everybody's";
+    EXPECT_EQ(files->info(Path("/Users/alicea"))->permissions, 0755u) << "readable by everyone";
     EXPECT_EQ(outcome(files->replaceFile(Path("/Users/alice/old"), "x", NewFileMode::privateToOwner)), "ok");
     EXPECT_EQ(owner("/Users/alice/old"), "501:20");
 }
@@ -149,7 +149,7 @@ TEST(RootedFileSystem, WalksWhereTheKernelsCallIsRefused) {
         });
 }
 
-/// What a disk gets whose format has no rename that refuses to replace, also one without hard links.
+/// A file system without exclusive rename, with and without hard links.
 TEST(RootedFileSystem, NeverReplacesWhereTheExclusiveRenameIsRefused) {
     for (const bool hardLinks : {true, false}) {
         const TemporaryFolder folder;
@@ -170,7 +170,7 @@ TEST(RootedFileSystem, NeverReplacesWhereTheExclusiveRenameIsRefused) {
                 EXPECT_EQ(outcome(files->move(Path(source), moved)), "ok");
                 EXPECT_EQ(outcome(files->move(moved, Path(source))), "ok");
             }
-            // As when the process ends there: nothing stands in for the folder at its new name.
+            // As if the process ended there: nothing takes the folder's new name.
             ASSERT_TRUE(refuseSystemCall(SYS_renameat, EIO) && refuseSystemCall(SYS_unlinkat, EIO));
             EXPECT_EQ(outcome(files->move(Path("/folder"), Path("/folder2"))), "io");
         });
@@ -206,7 +206,7 @@ TEST(RootedFileSystem, RemovesTreesDeeperThanAnyPath) {
     if (skipped) GTEST_SKIP() << *skipped;
 }
 
-/// A folder of the same disk mounted once more: only the number of its mount tells it from a plain one.
+/// A folder of the same disk mounted a second time: only its mount ID distinguishes it from a plain one.
 TEST(RootedFileSystem, EntersNothingThatIsMounted) {
     const auto skipped = withSmallDisk(1u << 20, [](const std::filesystem::path& disk) {
         const auto files = openVolume(disk, RootedFileSystem::Resolver::automatic);
@@ -224,7 +224,7 @@ TEST(RootedFileSystem, EntersNothingThatIsMounted) {
         for (const char* item : {"/below", "/at/top", "/at", "/of many\n\\words"})
             EXPECT_EQ(outcome(files->move(Path(item), Path("/moved"))), "otherDisk") << item;
         EXPECT_EQ(outcome(files->move(Path("/guest"), Path("/moved"))), "ok")
-            << "mounted, but holds no mount";
+            << "mounted itself, but contains no mount";
         EXPECT_EQ(outcome(files->move(Path("/moved"), Path("/guest"))), "ok");
         for (const std::string item : {"/below", "/at/top"}) {
             EXPECT_EQ(outcome(files->holdsOthersItems(Path(item), mine)), "otherDisk") << item;
@@ -232,7 +232,7 @@ TEST(RootedFileSystem, EntersNothingThatIsMounted) {
         }
         EXPECT_TRUE(std::filesystem::exists(disk / "guest/kept"));
         EXPECT_TRUE(std::filesystem::exists(disk / "below/a/mounted/kept"));
-        EXPECT_FALSE(std::filesystem::exists(disk / "below/own")) << "the rest goes";
+        EXPECT_FALSE(std::filesystem::exists(disk / "below/own")) << "the rest is removed";
         const TemporaryFolder away;
         writeFile(disk / "below/own", "x");
         EXPECT_EQ(outcome(openVolume("/", RootedFileSystem::Resolver::automatic)

@@ -15,7 +15,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Runs shell commands and checks, when it goes, that no process and no open file is left behind.
+/// Runs shell commands and checks at the end that no process and no open file is left.
 class PosixProcessRunnerTest : public testing::Test {
   protected:
     ~PosixProcessRunnerTest() override {
@@ -42,7 +42,7 @@ class PosixProcessRunnerTest : public testing::Test {
 TEST_F(PosixProcessRunnerTest, GivesStatusAndBothStreams) {
     const std::pair<const char*, ProcessResult> cases[] = {
         {"echo out; echo err >&2; exit 3", {3, "out\n", "err\n"}},
-        {"cat", {0, "", ""}}, // its input is empty, not ours
+        {"cat", {0, "", ""}}, // its input is empty, not this program's
         {"kill -9 $$", {137, "", ""}},
         {"exec >&- 2>&-; exit 4", {4, "", ""}}, // closes its streams before it ends
         {"printf 'caf\\303\\251'; printf '\\377' >&2", {0, "caf\xC3\xA9", ""}},
@@ -84,12 +84,12 @@ TEST_F(PosixProcessRunnerTest, AFloodOnBothStreamsNeitherBlocksNorFillsTheMemory
     EXPECT_EQ(flooded->standardOutput, std::string(1 << 20, '\0'));
     EXPECT_EQ(flooded->standardError.size(), 1u << 20);
 
-    limits.outputBytes = 10; // in the middle of the fourth character
+    limits.outputBytes = 10; // inside the fourth character
     EXPECT_EQ(shell("printf '\\342\\202\\254\\342\\202\\254\\342\\202\\254\\342\\202\\254'")->standardOutput,
               "\xE2\x82\xAC\xE2\x82\xAC\xE2\x82\xAC");
 }
 
-/// Of a process that may have been collected already: "Z" when only its status is left.
+/// The state of a process that may already be gone; "Z" when only its status is left.
 std::string stateOf(pid_t process) {
 #ifdef __linux__
     std::ifstream status("/proc/" + std::to_string(process) + "/stat");
@@ -104,7 +104,7 @@ std::string stateOf(pid_t process) {
 #endif
 }
 
-/// A killed process takes until the kernel gives it the processor once more.
+/// A killed process ends only when it is scheduled again.
 bool ends(pid_t process) {
     const auto deadline = std::chrono::steady_clock::now() + 20s;
     while (std::chrono::steady_clock::now() < deadline) {
@@ -117,7 +117,7 @@ bool ends(pid_t process) {
 TEST_F(PosixProcessRunnerTest, AToolThatHangsIsEndedWithItsChildren) {
     for (const char* hanging : {"wait", "trap '' TERM; while :; do sleep 0.01; done", "yes"}) {
         pid_t child = 0;
-        // A machine so busy that the child did not even start gets another try with more time.
+        // If a busy machine did not even start the child, try again with more time.
         for (auto timeout = 200ms; child == 0 && timeout < 20s; timeout *= 4) {
             const test::TemporaryFolder folder;
             const auto note = (folder.path() / "child").string();
@@ -136,7 +136,7 @@ TEST_F(PosixProcessRunnerTest, AGrandchildThatHoldsAPipeIsNotWaitedFor) {
     const auto result = shell("sleep 1000 & echo $!");
     ASSERT_TRUE(result);
     EXPECT_EQ(result->exitCode, 0);
-    EXPECT_EQ(kill(std::stoi(result->standardOutput), SIGKILL), 0) << "it was none of our business to end it";
+    EXPECT_EQ(kill(std::stoi(result->standardOutput), SIGKILL), 0) << "a detached process is not terminated";
 }
 
 } // namespace
