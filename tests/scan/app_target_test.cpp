@@ -17,7 +17,7 @@ using Error = AppTargetLoaderError;
 using test::writeBundle;
 using namespace std::string_literals;
 
-/// Answers with one signature and remembers which executable was asked for.
+/// Returns a fixed signature and records which executable was read.
 class FixedSignature : public CodeSignatures {
   public:
     CodeSignature read(const Path&, const Path& executable) const override {
@@ -103,7 +103,7 @@ TEST_F(AppTargets, RefusesWhatMustNeverBeATarget) {
 TEST_F(AppTargets, AnUnreadableInfoDictionaryHasNoIdentifier) {
     const std::string app = "/Applications/Bad.app", info = app + "/Contents/Info.plist";
     const auto good = writeXmlPropertyList(Dictionary{{"CFBundleIdentifier", "com.example.app"}});
-    // A list that holds itself is in the third place.
+    // The third is a list that contains itself.
     for (const auto& bytes :
          {good.substr(0, good.size() / 2), writeXmlPropertyList(Array{"CFBundleIdentifier"}),
           "bplist00\xa1\0\x08\0\0\0\0\0\0\x01\x01\0\0\0\0\0\0\0\x01\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x0a"s,

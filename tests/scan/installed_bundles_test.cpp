@@ -14,7 +14,7 @@ namespace {
 
 using test::writeBundle;
 
-/// Every bundle declares one group, called after its file.
+/// Every bundle declares one group, named after its file.
 class GroupPerBundle : public CodeSignatures {
   public:
     CodeSignature read(const Path& bundle, const Path&) const override {
@@ -227,7 +227,7 @@ TEST_F(InstalledBundlesTest, MissesWhatLinksToAnAbsentDiskLeadTo) {
         volume.makeFolder(link.parent().string());
         volume.link(link.string(), "/Volumes/Away/Suite");
     }
-    // What is gone from this disk is no application.
+    // An application deleted from this disk does not count.
     volume.makeFolder("/Users/carol");
     volume.write("/usr/local/other", "x");
     volume.link("/Applications/Gone.app", "/opt/Gone.app");
@@ -274,7 +274,7 @@ TEST_F(InstalledBundlesTest, SaysWhatItCouldNotSee) {
     });
 }
 
-/// Times so old that no disk's clock could hide a change since.
+/// Times so old that no clock resolution could hide a later change.
 void age(const test::TemporaryVolume& volume) {
     namespace fs = std::filesystem;
     for (const auto& each : fs::recursive_directory_iterator(volume.hostRoot()))
@@ -301,7 +301,7 @@ TEST(InstalledBundlesAgain, ReadsOnlyWhatHasChanged) {
     const auto idsOf = [](const BundleSnapshot& snapshot) {
         return eachOf(snapshot.bundles(), &OwningBundle::bundleID);
     };
-    const auto readTwice = [&] { // what is written just now may still change unseen
+    const auto readTwice = [&] { // a file written just now may still change unnoticed
         look();
         files.takeReads();
         look();
@@ -327,7 +327,7 @@ TEST(InstalledBundlesAgain, ReadsOnlyWhatHasChanged) {
     const std::pair<const char*, std::function<void()>> changes[] = {
         {"com.example.newer", [&] { writeFerry("com.example.newer"); }},
         {"com.example.swapped",
-         [&] { // as an update does, with the times that it was packed with
+         [&] { // as an update does, with the times from its archive
              std::filesystem::rename(volume.host(ferry), volume.host("/Old"));
              writeFerry("com.example.swapped");
              age(volume);

@@ -27,7 +27,7 @@ TEST(JobProgram, IsGoneOnlyWhereThisDiskHoldsItsPlace) {
         {"/Library/PrivilegedHelperTools/com.gone.tool", JobProgram::gone},
         {"/usr/local/bin/other", JobProgram::gone},
         {"/atroot", JobProgram::gone},
-        // Parts of macOS, and other disks, that are not here.
+        // Parts of macOS and other disks that are missing.
         {"/bin/zsh", JobProgram::away},
         {"/usr/bin/open", JobProgram::away},
         {"/usr/libexec/deep/tool", JobProgram::away},
@@ -35,17 +35,17 @@ TEST(JobProgram, IsGoneOnlyWhereThisDiskHoldsItsPlace) {
         {"/Volumes/Drive/tool", JobProgram::away},
         {"/Volumes/Attached/tool", JobProgram::away},
         {"/Volumes/Detached/tool", JobProgram::away},
-        // Through links that lead there.
+        // Through links to such places.
         {"/Applications/Away.app/Contents/MacOS/agent", JobProgram::away},
         {"/Applications/Detached/Tool.app/x", JobProgram::away},
         {"/var/tool/x", JobProgram::away},
-        // Not a path to look up, or one that a Mac spells otherwise.
+        // No absolute path, or one that a Mac spells differently.
         {"tool", JobProgram::away},
         {"", JobProgram::away},
         {"/", JobProgram::away},
         {"/Users/alice/BIN/script", JobProgram::away},
         {"/users/alice/bin/other", JobProgram::away},
-        // In folders that may be volumes of their own.
+        // In folders that may be separate volumes.
         {"/nix/store/tool", JobProgram::unknown},
         {"/opt/maker/tool", JobProgram::unknown},
         {"/Users/bob/bin/tool", JobProgram::unknown},

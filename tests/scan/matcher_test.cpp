@@ -50,11 +50,11 @@ TEST(ResidueMatcher, JudgesByIdentifierThenName) {
         {"com.corvella.share.login.plist", "exactBundleID com.corvella.share.Login"},
         {"ABCDE12345.com.corvella.share.login.x", "exactBundleID com.corvella.share.Login"},
         {"corvella.two", "exactBundleID corvella.two"},
-        {"corvella.two.more", "none"},   // two pieces: only as a whole
-        {"helper", "none"},              // one word is nobody's own
+        {"corvella.two.more", "none"},   // two components match only as a whole
+        {"helper", "none"},              // a single word identifies no one
         {"com.corvella.marlin", "none"}, // a helper that is another installed application
         {"com.example.app.beta.plist", "exactBundleID com.Example.app"},
-        {"com.other.application", "none"}, // begins with com.other.app, wherever it goes on
+        {"com.other.application", "none"}, // begins with com.other.app, whatever follows
         {"marlin notes.com.other.app", "none"},
         {"com.apple.com.example.app", "none"},
         {"Com.Apple.Marlin", "none"},
@@ -83,14 +83,14 @@ TEST(ResidueMatcher, TakesNothingThatIsApplesOrEverybodys) {
         {"group.com.apple.notes", "", "group.com.apple.notes", false},
         {"groups.com.apple.podcasts", "", "243LU875E5.groups.com.apple.podcasts", false},
         {"com.example.app", "com apple", "com.apple", false},
-        {"com.example.app", "MobileSync", "MobileSync", false}, // backups of telephones
+        {"com.example.app", "MobileSync", "MobileSync", false}, // device backups
         {"com.example.app", "Cloud-Docs", "CloudDocs", false},
         {"com.example.app", "GlobalPreferences", ".GlobalPreferences.plist", false},
         {"com.corvella.app", "Reader", "TEAMTEAM12.com.corvella.tidwen.shared", false},
-        {"com.example.app", "Electron", "Electron", false}, // every application built with it in a hurry
+        {"com.example.app", "Electron", "Electron", false}, // a default executable name
         {"Caches", "", "Caches", false},
         {"Terminal", "", "Terminal", false},
-        {"Marlin", "", "Marlin", false}, // no identifier, and no name
+        {"Marlin", "", "Marlin", false}, // neither identifier nor name
         {"com", "", "com.example.app", false},
         {"..", "", "..", false},
         {".GlobalPreferences", "", ".GlobalPreferences.plist", false},
@@ -147,7 +147,7 @@ TEST(ResidueMatcher, MatchesNoCommonOrShortNames) {
 }
 
 TEST(ResidueMatcher, ComparesNamesAsPeopleSeeThem) {
-    // Composed in the bundle, decomposed on the disk, and the other way round.
+    // Composed in the bundle, decomposed on the disk, and vice versa.
     const std::string composedName = "Caf\xC3\xA9 \xC3\x9C"
                                      "ber",
                       decomposedName = "Cafe\xCC\x81 U\xCC\x88"
@@ -188,7 +188,7 @@ TEST(ResidueMatcher, MatchesDeclaredGroups) {
     const std::pair<const char*, const char*> cases[] = {
         {"abcde12345.COM.corvella.shared", "appGroup ABCDE12345.com.corvella.Shared"},
         {"com.corvella.shared", "appGroup ABCDE12345.com.corvella.Shared"},
-        {"ZZZZZ99999.com.corvella.shared", "none"}, // another maker's
+        {"ZZZZZ99999.com.corvella.shared", "none"}, // another vendor's
         {"group.corvella", "sharedAppGroup group.corvella"},
         {"com.apple.notes", "none"},
         {"group.com.apple.x", "none"},
@@ -201,12 +201,12 @@ TEST(ResidueMatcher, MatchesDeclaredGroups) {
         EXPECT_EQ(shown(matcher.matchAppGroup(candidate)), expected) << candidate;
     EXPECT_EQ(matcher.attributeGroup("group.corvella")->contestedBy->bundleID, "com.corvella.Chart");
     EXPECT_FALSE(matcher.attributeGroup("com.corvella.shared")->contestedBy);
-    // Found by its identifier alone, and yet the other one's group too.
+    // Found by its identifier alone, yet also the other one's group.
     EXPECT_EQ(matcher.attributeGroup("ABCDE12345.com.example.app")->contestedBy->bundleID,
               "com.corvella.Chart");
     EXPECT_FALSE(matcher.attributeGroup("com.corvella.tidwen.group"));
 
-    // A group is declared as easily as another's identifier or name is written.
+    // Declaring a group is as easy as writing another's identifier or name.
     target.appGroups = {"com.other.app", "ABCDE12345.com.other.app.shared", "Othello", "com.helper.agent"};
     const auto hostile = matcherFor(target, {owner("/Applications/Othello.app", "com.other.app", "Othello")},
                                     {}, {BundleContents{{"com.helper.agent"}, {}, {}, true}});
@@ -229,19 +229,19 @@ TEST(ResidueMatcher, TellsWhoElseClaimsAName) {
     EXPECT_EQ(claimant("Marlin Notes-2"), "com.Example.App.Beta");
     EXPECT_EQ(claimant("Marlin Notes.Helper"), "com.corvella.marlin");
 
-    // A namesake has as good a claim to the name, not to the identifier.
+    // An application of the same name has an equal claim to the name, not to the identifier.
     installed.push_back(owner("/Applications/Namesake.app", "com.namesake.app", "marlin-notes"));
     EXPECT_EQ(claimant("Marlin Notes"), "com.namesake.app");
     EXPECT_EQ(claimant("Marlin Notes Cache"), "com.namesake.app");
     EXPECT_EQ(claimant("marlin notes-7"), "com.namesake.app");
     EXPECT_EQ(claimant("com.example.app"), "nobody");
 
-    // A helper inside the bundle that continues another application's identifier.
+    // A helper in the bundle whose identifier continues another application's.
     const auto withHelper = matcherFor(target, installed, {"com.other.app.sync", "com.corvella.sync"});
     EXPECT_EQ(withHelper.attribute("com.other.app.sync.plist")->contestedBy->bundleID, "com.other.app");
     EXPECT_FALSE(withHelper.attribute("com.corvella.sync.plist")->contestedBy);
 
-    // A helper that another application ships too is nobody's alone.
+    // A helper that another application embeds too belongs to neither alone.
     const auto sharing =
         matcherFor(target, {owner("/Applications/Other.app", "com.other.app", "com-vend-tool")},
                    {"com.vend.updater", "com.vend.own", "com.vend.tool"},
@@ -249,15 +249,15 @@ TEST(ResidueMatcher, TellsWhoElseClaimsAName) {
     EXPECT_EQ(sharing.attribute("com.vend.updater.plist")->contestedBy,
               (Claimant{"com.other.app", "com-vend-tool", Path("/Applications/Other.app")}));
     EXPECT_FALSE(sharing.attribute("com.vend.own.plist")->contestedBy);
-    EXPECT_TRUE(sharing.attribute("com.vend.tool")->contestedBy); // the other one is called so
+    EXPECT_TRUE(sharing.attribute("com.vend.tool")->contestedBy); // the other one has this name
 
-    // A folder named after the maker may hold what its other applications keep.
+    // A folder with the vendor's name may contain data of its other applications.
     target.name = "Corvella";
     EXPECT_EQ(claimant("Corvella"), "com.corvella.marlin");
     EXPECT_EQ(claimant("Corvella Cache"), "nobody");
     target.name = "Marlin Notes";
 
-    // A copy of the application shares everything, and takes nothing away from it.
+    // A copy of the application shares everything and contests nothing.
     installed.push_back(owner("/Users/alice/Applications/Target.app", "com.Example.App", "Marlin Notes"));
     EXPECT_EQ(claimant("com.example.app.plist"), "com.Example.App");
     EXPECT_EQ(claimant("Marlin Notes"), "com.Example.App");
@@ -281,17 +281,17 @@ TEST(ResidueMatcher, AnIdentifierOfOthersYieldsOnlyToOneThatSaysMore) {
         {"ABCDE12345.com.lumenlight", "ABCDE12345.com.lumenlight.lumen", "Lumen"},
         {"group.com.lumenlight", "group.com.lumenlight.lumen.plist", "Lumen"},
         {"some.longprefix.com.lumenlight", "some.longprefix.com.lumenlight.lumen", "Lumen"},
-        {"group.com.lumenlight.lumen", "group.com.lumenlight.lumen", "Lumen"}, // no more, but a prefix
+        {"group.com.lumenlight.lumen", "group.com.lumenlight.lumen", "Lumen"}, // only a prefix more
         {"lumen.shared.data", "com.lumenlight.lumen.shared.data", "Lumen"},
         {"com.lumenlight.lumen.pro", "group.com.lumenlight.lumen.pro.x", ""},
-        {"com.example.app", "com.example.app.plist", ""}, // the word "app" is no identifier in it
-        {"com.marlinworks.capture", "com.marlinworks.capture.plist", "Marlin"}, // a helper that is embedded
+        {"com.example.app", "com.example.app.plist", ""}, // the word "app" in it is not an identifier
+        {"com.marlinworks.capture", "com.marlinworks.capture.plist", "Marlin"}, // an embedded helper
         {"ABCDE12345.com.marlinworks", "ABCDE12345.com.marlinworks.capture", "Marlin"},
         {"com.marlinworks.capture.pro", "com.marlinworks.capture.pro", ""},
-        {"com.tee.main", "group.com.tee.main.shared.plist", "Marlin"}, // a group that is declared
+        {"com.tee.main", "group.com.tee.main.shared.plist", "Marlin"}, // a declared group
         {"com.tee.main", "ABCDE12345.com.tee.main", "Marlin"},
         {"group.com.tee.main.shared", "group.com.tee.main.shared", "Marlin"},
-        {"com.tee.main", "group.com.tee.main.shared.8E2C.plist", "Marlin"}, // and what goes on with it
+        {"com.tee.main", "group.com.tee.main.shared.8E2C.plist", "Marlin"}, // and what continues it
         {"com.tee.main", "com.tee.main.plist", ""},
         {"com.tee.main", "com.tee.main.cache", ""},
         {"Adobo.Photoshow", "Adobo.Photoshow", "Marzipan"},

@@ -17,7 +17,7 @@ std::optional<Kind> kindOf(const std::optional<Violation>& violation) {
     return violation ? std::optional(violation->kind) : std::nullopt;
 }
 
-/// Judges lists of paths, each of which is to be answered in one way.
+/// Checks lists of paths; all paths of a list must get the same result.
 template<class Judge>
 void expectEach(const Judge& judge,
                 const std::vector<std::pair<std::optional<Kind>, std::vector<std::string>>>& cases) {
@@ -32,7 +32,7 @@ UserEnvironment userAt(const std::string& home) {
     return user;
 }
 
-/// Where nothing is a link.
+/// In a home without links.
 PathPolicy policyFor(const std::string& home) {
     const test::TemporaryVolume empty;
     return {userAt(home), empty.files()};
@@ -59,7 +59,7 @@ TEST(PathPolicy, JudgesPaths) {
           {"/usr/localized/tool", home + "/Downloads/Setup.dmg", "/Users/bob/Library/Caches/x", "/USERS/al",
            "/Users/alice2/Applications/Foo.app", "/private/var/db/other",
            "/System/Volumes/Data/Users/alice/Library/Caches/x", "/Library/Caches/../../System/Library/x",
-           // One disk or the other takes these for "Documents": a long s, a joiner.
+           // Some Mac disks treat these as "Documents": a long s, a joiner.
            home + "/Document\u017f/Letter.txt", home + "/Docu\u200dments/Letter.txt"}},
          {Kind::traversal,
           {"/.vol/16777220/1152921500312", std::string("/usr/local/bin\0x", 16), "Library/Caches/x", ""}}});
@@ -88,7 +88,7 @@ TEST(PathPolicy, HomesOfOthersWhereverTheyLie) {
     auto user = test::alice();
     user.home = Path("/home/alice");
     user.otherHomes = {Path("/srv/homes/carl"),
-                       Path("/opt/people/dave"), // and what is no home:
+                       Path("/opt/people/dave"), // and what is not a home:
                        Path("/"),
                        Path("/Library"),
                        Path("/home"),
@@ -106,7 +106,7 @@ TEST(PathPolicy, HomesOfOthersWhereverTheyLie) {
                   "/Library/Application Support/x", "/usr/local/bin/tool"}}});
 }
 
-/// Spells a path in another way that leads to the same item on a Mac.
+/// A different spelling of a path that names the same item on a Mac.
 std::string respelled(const std::string& path, std::mt19937& random) {
     static const char* const separators[] = {"/", "//", "/./", "/x/../", "///.//"};
     std::string spelled;
@@ -203,11 +203,11 @@ TEST_F(MovePolicy, FollowsTheLinksOfTheQuarantine) {
 
 TEST_F(MovePolicy, AFolderBesideTheHomeIsNotTheHome) {
     const auto putBack = [&](const std::string& path) { return kindOf(check(quarantine + "/x", path)); };
-    EXPECT_EQ(putBack("/Users/alicE/new/x"), Kind::neverTouch) << "would be made beside the home";
+    EXPECT_EQ(putBack("/Users/alicE/new/x"), Kind::neverTouch) << "would be created beside the home";
     volume.makeFolder("/Users/ALICE/Library");
     EXPECT_EQ(putBack("/Users/ALICE/Library/x"), Kind::neverTouch);
     EXPECT_EQ(putBack("/Users/alice/./Library/x"), std::nullopt);
-    volume.link("/Users/Alice", "alice"); // as a disk has it to which letter case is all one
+    volume.link("/Users/Alice", "alice"); // as on a case-insensitive disk
     EXPECT_EQ(putBack("/Users/Alice/Library/x"), std::nullopt);
 }
 
@@ -268,11 +268,11 @@ TEST_F(MovePolicy, ProtectsPlacesWhereTheyReallyLie) {
         {"/Users/bob/Library/Preferences", "/Library/Bob", {"/Library/Bob/x"}, {"/Library/x/y"}},
         {"/Users/bob/Applications", home + "/Applications", {}, {home + "/Applications/x"}},
         {"/Users/bob", home, {home}, {home + "/Applications/x"}},
-        // What would leave nothing is no place to protect: a link to the home, or above it, and shared ones.
+        // Protecting these would leave nothing removable: a link to the home, or above it, and shared places.
         {"/Users/alice/Music", "/Users/alice", {"/Users/alice"}, {support + "/Lumen", "/Applications/x"}},
         {"/Users/bob", "/Users", {"/Users/bob/x"}, {support + "/Lumen", "/Users/Shared/x"}},
         {"/Users/bob", "/Users/Shared", {"/Users/Shared"}, {"/Users/Shared/x"}},
-        // As every Mac has it.
+        // As on every Mac.
         {"/var",
          "/private/var",
          {"/private/var/db/x"},

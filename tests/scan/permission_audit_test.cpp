@@ -131,7 +131,7 @@ TEST(PrivacyDatabase, HostileContentHasNoEffect) {
         databaseOf(schema + row("Camera", "com.example.app", 2)
                    + "CREATE TABLE loot (x UNIQUE); INSERT INTO loot VALUES (1); CREATE TRIGGER t AFTER "
                      "DELETE ON access BEGIN INSERT INTO loot VALUES (1); END;");
-    bytes[18] = bytes[19] = 2; // changes would go to a log first
+    bytes[18] = bytes[19] = 2; // a write-ahead log
     const auto readable = PrivacyDatabase::open(bytes, false);
     ASSERT_TRUE(readable);
     EXPECT_EQ(run(*readable, "DELETE FROM access"), SQLITE_READONLY);

@@ -19,7 +19,7 @@ TEST(Removability, SaysWhyAnApplicationStaysAndWhereItIs) {
         volume.makeFolder(item);
     test::writeBundle(volume, "/Applications/Suite.app", "com.suite.main", "Suite");
     test::writeBundle(volume, "/Applications/Suite.app/Contents/Helpers/Part.app", "com.suite.part", "Part");
-    volume.makeFolder("/Applications/Folder.app/Inner.app"); // called like a bundle, and none
+    volume.makeFolder("/Applications/Folder.app/Inner.app"); // the name of a bundle, but not one
     volume.link("/Applications/Linked.app", "../opt/apps/Real.app");
     volume.link("/Applications/Dangling.app", "/Volumes/Away/Dangling.app");
     volume.link("/Applications/Folder", "/opt/apps");

@@ -10,7 +10,7 @@
 
 namespace tidwen {
 
-// A small Mac with applications and stand-ins for every port that a scan asks.
+// A small Mac with applications and test doubles for every port of a scan.
 
 inline const std::string library = "/Users/alice/Library/";
 inline const std::string bundle = "/Applications/Marlin Notes.app";
@@ -38,7 +38,7 @@ struct GroupsByBundle : CodeSignatures {
     std::map<Path, std::vector<std::string>> groups;
 };
 
-/// The paths of a list, which colons part.
+/// The paths in a colon-separated list.
 inline std::vector<std::string> pathsOf(const std::string& list) {
     std::vector<std::string> paths;
     std::istringstream words(list);
@@ -59,7 +59,7 @@ class Scanner : public testing::Test {
         return scanner.scan(target, stop, progress, together, onStep);
     }
 
-    /// "category reason value: what" of every trace that is neither the bundle nor its permissions.
+    /// "category reason value: what" of every trace except the bundle and its permissions.
     std::vector<std::string> found() {
         std::vector<std::string> lines;
         for (const auto& trace : scan().traces) {

@@ -1,4 +1,4 @@
-// What a scan could not see, and says so.
+// What a scan could not see is reported.
 
 #include "scan/scanner_fixture.h"
 

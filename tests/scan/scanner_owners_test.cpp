@@ -1,4 +1,4 @@
-// Whose a find is: the target's, or that of somebody who stays.
+// Ownership of finds: the target's, or that of an application that stays.
 
 #include "scan/scanner_fixture.h"
 
@@ -17,11 +17,11 @@ TEST_F(Scanner, JudgesJobsByTheirProgramsPlace) {
         const char* file = nullptr;             // none: named after the label
     } cases[] = {
         {"a.job", "/opt/tools/Alice/run", ""},
-        {"b.job", "/Users/alice/bin/sync", nullptr}, // the user is called so too
+        {"b.job", "/Users/alice/bin/sync", nullptr}, // also the user's name
         {"c.job", "/usr/bin/alice", nullptr},
         {"d.job", "/usr/bin/com.corvella.marlin.notes", ""},
         {"e.job", "/Applications/Other.app/Contents/Alice/x", "com.other.app"},
-        {"com.corvella.marlin.notes.i", "/opt/com.other.app/i", "com.other.app"}, // whose folder it is in
+        {"com.corvella.marlin.notes.i", "/opt/com.other.app/i", "com.other.app"}, // in that owner's folder
         {"j.job", "/opt/Alice/com.other.app.j", "com.other.app"},
         {"com.other.app.sync", "/opt/Alice/x", "com.other.app"},
         {"com.apple.job", "/opt/Alice/x", nullptr},
@@ -43,7 +43,7 @@ TEST_F(Scanner, JudgesJobsByTheirProgramsPlace) {
     }
     EXPECT_THAT(found(), testing::UnorderedElementsAreArray(expected));
 
-    target.name = "Contents"; // what every bundle holds
+    target.name = "Contents"; // a folder in every bundle
     EXPECT_THAT(found(),
                 ElementsAre("launchItems exactBundleID: ~LaunchAgents/com.corvella.marlin.notes.i.plist job "
                             "contested by com.other.app",
@@ -62,7 +62,7 @@ TEST_F(Scanner, UnloadsNoJobOfOthersThatABundleNames) {
                             "launchItems declaredTarget: com.other.app.sync contested by com.other.app",
                             "launchItems declaredTarget: own"));
 
-    // launchd has another job of that label, or the label is of one.
+    // launchd has another job with that label, or the label is another's identifier.
     writeJob(library + "LaunchAgents/a.plist", "own", "/Applications/Other.app/Contents/x");
     EXPECT_THAT(found(), testing::Contains("launchItems declaredTarget: own contested by own"));
 }
@@ -109,7 +109,7 @@ TEST_F(Scanner, KnowsItsBundleFromACopyOfIt) {
     target.bundleURL = Path("/Applications/Link.app");
     EXPECT_FALSE(scan().traces.at(2).contestedBy);
 
-    // The one in the Trash goes, the one that stays needs what both share.
+    // The one in the Trash is removed; the one that stays needs what both share.
     const auto trashed = "/Users/alice/.Trash/Marlin Notes.app";
     test::writeBundle(volume, trashed, "com.corvella.marlin.notes", "Marlin Notes");
     target.bundleURL = Path(trashed);
@@ -158,7 +158,7 @@ TEST_F(Scanner, LeavesJobsToWhoseBundleHoldsTheirProgram) {
         EXPECT_EQ(found.contains(c.label) ? found[c.label] : "none", c.expected ? c.expected : "none")
             << c.label;
 
-    // Both go: neither claims anything from the other.
+    // Both are removed: neither contests the other.
     together = {{.bundleURL = Path(other), .bundleID = "com.other.app", .name = "Other"}};
     for (const auto& trace : scan().traces)
         EXPECT_FALSE(trace.contestedBy) << trace.displayName;
@@ -196,12 +196,12 @@ TEST_F(Scanner, TakesNoSharedFileOnTheWordOfAPackageAlone) {
     } cases[] = {
         {"Users/Shared/family/photo.jpg", "only listed"},
         {"opt/tools/node", "only listed"},
-        {"opt/tools/bounce", "only listed, com.brightwell.studio"}, // in its package too
-        {"opt/tools/marlin notes", "com.brightwell.studio"},        // likewise
+        {"opt/tools/bounce", "only listed, com.brightwell.studio"}, // listed in its package, too
+        {"opt/tools/marlin notes", "com.brightwell.studio"},        // the same
         {"Users/Shared/Brightwell Studio/a", "only listed, com.brightwell.studio"},
         {"opt/tools/com.brightwell.studio.b", "only listed, com.brightwell.studio"},
         {"opt/Marlin Notes/c", ""},
-        // Bundles, known by themselves whether the service found them or not.
+        // Bundles, identified by themselves whether the service found them or not.
         {"Library/Frameworks/Run.framework", "only listed, org.run.time", "org.run.time"},
         {"Library/Frameworks/Shared.framework", "only listed, com.brightwell.studio"},
         {"Library/Frameworks/Nobody.framework", "only listed"},
@@ -261,7 +261,7 @@ TEST_F(Scanner, LeavesFoldersInWhichBundlesOfOthersLie) {
     coverage.damaged = {Path(damaged)};
     const struct {
         std::string place, bundleID;
-        const char* name = nullptr; // by which it was found too
+        const char* name = nullptr; // the name by which it was found, too
     } bundles[] = {
         {library + "Application Support/Marlin Notes/Games/Other.app", "com.other.game"},
         {library + "Caches/" + identifier + "/Six.app", "com.other.six", "/Applications/Six.app"},
@@ -277,10 +277,10 @@ TEST_F(Scanner, LeavesFoldersInWhichBundlesOfOthersLie) {
         {library + "WebKit/" + identifier + "/Updater.app", "org.sparkle-project.Sparkle.Updater"},
         {library + "WebKit/" + identifier + "/data.plugin", ""},
     };
-    const auto unknown = library + "Application Support/MarlinEngine/a/b/Deep.app"; // to the service
+    const auto unknown = library + "Application Support/MarlinEngine/a/b/Deep.app"; // unknown to the service
     test::writeBundle(volume, unknown, "com.other.deep", "Deep");
     const auto suite =
-        library + "Cookies/" + identifier + "/Suite.bundle/In.app/In.app"; // no bundles around it
+        library + "Cookies/" + identifier + "/Suite.bundle/In.app/In.app"; // without bundles around it
     test::writeBundle(volume, suite, "com.other.in", "In");
     test::writeBundle(volume, library + "WebKit/" + identifier + "/u/Marlin.app", identifier, "Marlin");
     volume.makeFolder(library + "WebKit/" + identifier + "/u/data.app");
@@ -305,7 +305,7 @@ TEST_F(Scanner, LeavesFoldersInWhichBundlesOfOthersLie) {
             "supportFiles executableName: /Users/Shared/MarlinEngine"));
     together.push_back({.bundleURL = Path(unknown), .bundleID = "com.other.deep"});
     together.push_back({.bundleURL = Path(suite), .bundleID = "com.other.in"});
-    for (const auto& each : bundles) // all of them go
+    for (const auto& each : bundles) // all of them are removed
         together.push_back({.bundleURL = Path(each.place), .bundleID = each.bundleID});
     for (const auto& trace : scan().traces)
         EXPECT_FALSE(trace.contestedBy) << trace.displayName;
@@ -316,7 +316,7 @@ TEST_F(Scanner, DoubtsAFolderThatItCannotSearchToItsEnd) {
     volume.makeFolder(support + "Marlin Notes/closed");
     for (int i = 0; i < 10'000; ++i)
         volume.makeFolder(support + "MarlinEngine/" + std::to_string(i));
-    volume.makeFolder(library + "Caches/com.corvella.marlin.notes/1/2/3/4/5/6/7"); // as deep as is said
+    volume.makeFolder(library + "Caches/com.corvella.marlin.notes/1/2/3/4/5/6/7"); // as deep as documented
     test::giveToUnprivileged(volume.hostRoot());
     std::filesystem::permissions(volume.host(support + "Marlin Notes/closed"), std::filesystem::perms::none);
     test::asUnprivileged([&] {
@@ -333,7 +333,7 @@ TEST_F(Scanner, LeavesFoldersOutOfWhichJobsOfOthersRun) {
     } cases[] = {
         {"Caches", "com.other.app.agent", " contested by com.other.app"},
         {"HTTPStorages", "org.script", " contested by org.script", true},
-        {"WebKit", "org.mine", ""}, // the program's place makes the job the target's
+        {"WebKit", "org.mine", ""}, // the program's location attributes the job to the target
         {"Logs", "com.other.app.gone", "", false, true},
         {"Cookies", "org.text", " contested by org.text", false, false, true},
     };

@@ -76,7 +76,8 @@ TEST_F(Scanner, KnowsContainersByTheirMetadata) {
                      writeBinaryPropertyList(PropertyListDictionary{{"MCMMetadataIdentifier", identifier}}));
     };
     container("Containers/1B2C", "com.corvella.marlin.notes.widget");
-    container("Containers/com.corvella.marlin.notes", "com.other.app"); // says whose it is, whatever its name
+    container("Containers/com.corvella.marlin.notes",
+              "com.other.app"); // attributed by its record, whatever its name
     container("Daemon Containers/3D4E", "com.corvella.marlin.notes");
     volume.write(
         library + "Containers/com.corvella.marlin.notes.share/.com.apple.containermanagerd.metadata.plist",
@@ -86,7 +87,8 @@ TEST_F(Scanner, KnowsContainersByTheirMetadata) {
     volume.write(
         library + "Containers/5F/Container.plist",
         writeXmlPropertyList(PropertyListDictionary{{"SandboxProfileDataValidationInfo", validation}}));
-    container("Containers/com.apple.mail", "com.corvella.marlin.notes"); // macOS's, whatever it says
+    container("Containers/com.apple.mail",
+              "com.corvella.marlin.notes"); // belongs to macOS, whatever its record
     container("Containers/com.third.app", "com.corvella.marlin.notes");
     installed.push_back(test::owner("/Applications/Third.app", "com.third.app", "Third"));
     EXPECT_THAT(found(), ElementsAre("containers exactBundleID: ~Containers/1B2C",
@@ -132,7 +134,7 @@ TEST_F(Scanner, FoldsWhatReceiptsList) {
         volume.write(file, "x");
     writeJob("/opt/corvella/LaunchAgents/job.plist", "com.unrelated.job", "/x");
     volume.link("/opt/way", "/Users/alice/Documents");
-    // By links another application is installed, and a folder of them.
+    // Another application is installed through links, and so is a folder of them.
     volume.link("/Applications/Second Name.app", "Other.app");
     installed.back().foundAs = {installed.back().url, Path("/Applications/Second Name.app")};
     test::writeBundle(volume, "/elsewhere/Suite/In.app", "com.suite.in", "In");
@@ -196,11 +198,11 @@ TEST_F(Scanner, LeavesOutWhatMustNotMove) {
     volume.link(library + "Caches/com.corvella.marlin.notes", "/etc");
     volume.write("/private/etc/hosts", std::string(90'000, 'x'));
     volume.write("/Users/alice/Documents/Marlin Notes/letter", "x");
-    volume.link(library + "HTTPStorages", "../Documents"); // a location that leads to the user's own
+    volume.link(library + "HTTPStorages", "../Documents"); // a location that links to the user's own folder
     target.name = "CrashReporter";                         // the name of a location
     volume.makeFolder(library + "Application Support/CrashReporter");
     EXPECT_THAT(found(), ElementsAre("caches exactBundleID: ~Caches/com.corvella.marlin.notes"));
-    EXPECT_LT(scan().traces.at(2).sizeBytes.value_or(-1), 90'000); // of the link, not of what it leads to
+    EXPECT_LT(scan().traces.at(2).sizeBytes.value_or(-1), 90'000); // of the link, not of its target
     EXPECT_THAT(scan().skippedNames,
                 testing::Contains(Path(library + "Caches/com.corvella.marlin.notes.\xff")));
 }
