@@ -1,5 +1,5 @@
-// Lists of applications, scans and sweeps on a disk that changes under their hands, that is far larger than
-// any Mac's, or that nobody wants to wait for any longer.
+// Listings of applications, scans and sweeps on a disk that changes meanwhile, that is far larger than any
+// Mac's, or while they are stopped.
 
 #include "inventory/app_inventory.h"
 #include "inventory/installed_applications.h"
@@ -25,7 +25,7 @@ std::string job(const std::string& label) {
     return writeXmlPropertyList(PropertyListDictionary{{"Label", label}, {"Program", "/gone"}});
 }
 
-/// Three applications with leftovers, and one that is gone.
+/// Three applications with leftovers, and one that was removed.
 class Disk {
   public:
     Disk() {
@@ -34,7 +34,7 @@ class Disk {
             if (std::string_view(name) != "gone") writeApplication(name);
             for (const auto* place : {"Caches", "Containers", "Application Support"})
                 volume.write(fmt::format("{}{}/{}/data", library, place, identifier), std::string(5000, 'x'));
-            // Only what lies inside the bundle claims this one.
+            // Claimed only by a helper inside the bundle.
             volume.write(fmt::format("{}Preferences/org.{}helper.sync.plist", library, name), "x");
             volume.write(fmt::format("{}LaunchAgents/{}.plist", library, identifier),
                          job(identifier + ".agent"));
@@ -86,7 +86,7 @@ using Work = std::vector<std::string> (Disk::*)(const StopToken&);
 constexpr std::pair<const char*, Work> works[] = {
     {"orphans", &Disk::orphans}, {"inventory", &Disk::inventory}, {"scan", &Disk::scan}};
 
-/// How often the work asks the disk for something when nothing happens to it.
+/// Number of file system calls when nothing interferes.
 std::size_t callsOf(Work work, Disk& disk) {
     disk.files.before(SIZE_MAX, {});
     (disk.*work)({});
@@ -158,7 +158,7 @@ TEST(ChangingDisk, EndsSoonWhereverItIsStopped) {
                               job("com.old.job" + number));
         }
         const auto calls = callsOf(work, disk);
-        // What is in the hands of each thread is finished: one bundle at most.
+        // Each thread finishes its current item: one bundle at most.
         constexpr std::size_t soon = 120;
         for (std::size_t at = 0; at < calls; at += calls / 40) {
             StopSource stop;
@@ -186,7 +186,7 @@ TEST(HugeFolder, CostsNoMoreLooksThanASmallOne) {
 
     for (int i = 0; i < 6'000; ++i)
         disk.volume.makeFolder("/Applications/Folder " + std::to_string(i));
-    // A disk made to have no end is not searched to it, and what was found still counts.
+    // The search of an endless disk is limited, and what was found still counts.
     EXPECT_THAT(disk.inventory(), Contains("com.canoe.boat"));
     EXPECT_LE(callsOf(&Disk::inventory, disk), before[1] + 10'100);
 }

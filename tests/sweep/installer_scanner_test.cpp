@@ -27,7 +27,7 @@ TEST(InstallerScanner, MatchesByTheLongestLeadingName) {
         {"Quill-4.2.dmg", {"Quil"}, nullptr}, // four letters must be the whole leading word
         {"Kip 2.dmg", {"Kip"}, "Kip"},
         {"kipper-tool.dmg", {"Kip"}, nullptr},
-        {"Zo.dmg", {"Zo"}, nullptr}, // two letters say nothing
+        {"Zo.dmg", {"Zo"}, nullptr}, // two letters are no evidence
         {"MarlinNotesBeta.pkg", {"Marlin", "Marlin Notes"}, "Marlin Notes"},
         {"Foo Bar-2.3.1-arm64.dmg", {"Foo Bar"}, "Foo Bar"},
         {"-1.0.dmg", {"Marlin"}, nullptr},

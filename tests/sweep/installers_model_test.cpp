@@ -30,7 +30,7 @@ TEST(InstallersModel, StreamsSizesKeepsTheChoiceAndFollowsTheFolder) {
     int loads = 0;
     const auto load = [&] { model->load([&] { ++loads; }); };
     load();
-    load(); // the same look serves both
+    load(); // the same load serves both
     queues.background.drain();
     queues.main.drain();
     EXPECT_FALSE(model->hasLoaded.get());
@@ -60,7 +60,7 @@ TEST(InstallersModel, StreamsSizesKeepsTheChoiceAndFollowsTheFolder) {
     EXPECT_TRUE(model->result.get().unreadable);
     EXPECT_THAT(shown(), IsEmpty());
     load();
-    model.reset(); // while it looks
+    model.reset(); // while it loads
     queues.settle();
     EXPECT_EQ(loads, 4);
 }

@@ -57,7 +57,7 @@ TEST(LeftoverFilter, PassesOnlyWhatEveryConditionAllows) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
         EXPECT_EQ(c.filter.passes(c.trace), c.passes);
-        // The tree asks the same question its own, faster way.
+        // The tree filters with a faster implementation of its own.
         EXPECT_EQ(buildTree({c.trace}, c.filter).totalCount, c.passes ? 1 : 0);
     }
     EXPECT_FALSE((LeftoverFilter{.query = " \n ", .category = {}}).isActive());
@@ -103,7 +103,7 @@ TEST(SweepState, PublishesOnlyTheNewestTreeAndCountsEachFindOnce) {
     state.add({trace("b", 2), trace("c", 3)});
     queue.drain();
     main.drain();
-    EXPECT_EQ(changes, 1) << "older rebuilds were overtaken";
+    EXPECT_EQ(changes, 1) << "older rebuilds are dropped";
     EXPECT_EQ(state.snapshot().totalCount, 3);
     EXPECT_EQ(state.allIDs().size(), 3u);
 

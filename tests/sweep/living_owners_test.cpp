@@ -1,4 +1,4 @@
-// What lives, and keeps what is its own from the sweep.
+// Owners in use, whose items the sweep leaves alone.
 
 #include "sweep/orphan_scan_fixture.h"
 
@@ -9,7 +9,7 @@ TEST_F(OrphanScan, LeavesAloneWhatAnybodyCouldClaim) {
     test::writeBundle(volume, "/Applications/Marlin.app", "com.marlin.notes", "Marlin");
     test::writeBundle(volume, "/Applications/Marlin.app/Contents/PlugIns/S.appex", "org.capture.share", "S");
     const std::pair<const char*, std::string> owners[] = {
-        // Wherever it is installed, and whatever it is.
+        // Any kind of bundle, wherever it is installed.
         {"/Applications/A/B/C/D/E/Deep.app", "com.deep.tool"},
         {"/Applications/.Hidden.app", "com.hidden.tool"},
         {"/Elsewhere/Linked.app", "com.linked.tool"},
@@ -46,22 +46,22 @@ TEST_F(OrphanScan, LeavesAloneWhatAnybodyCouldClaim) {
     const char* names[] = {
         "Preferences/com.marlin.notes.plist",          // the application's own
         "Caches/com.github.Electron.ShipIt/x",         // many applications'
-        "Preferences/com.marlin.old.plist",            // its maker's
+        "Preferences/com.marlin.old.plist",            // its vendor's
         "Preferences/org.capture.share.plist",         // embedded
         "Preferences/group.org.capture.share.x.plist", // continues it
-        "Preferences/net.someone.marlin.plist",        // carries its name
+        "Preferences/net.someone.marlin.plist",        // contains its name
         "Preferences/com.apple.finder.plist",          // Apple's
-        "Preferences/org.cups.PrintingPrefs.plist",    // Apple's under another name
+        "Preferences/org.cups.PrintingPrefs.plist",    // Apple's with another identifier
         "Preferences/edu.mit.Kerberos.plist",
         "Group Containers/group.is.workflow.my.app/x",
         "Application Support/Marlin/com.third.plugin/x",   // in the folder of an application
-        "Application Support/Capture/com.third.plugin/x",  // in that of its maker
+        "Application Support/Capture/com.third.plugin/x",  // in that of its vendor
         "Application Support/Zeppelin/com.third.plugin/x", // in that of its helper
         "Preferences/com.corvella.tidwen.plist",           // ours
         "Preferences/loginwindow.plist",                   // no identifier
-        "Preferences/some.thing.else.plist",               // begins with no domain
-        "Preferences/com.two.plist",                       // too short to tell
-        "Caches/Gone Application/x",                       // a name alone
+        "Preferences/some.thing.else.plist",               // begins with no registered domain
+        "Preferences/com.two.plist",                       // too short to be evidence
+        "Caches/Gone Application/x",                       // only a name
         "Preferences/com.protected.app.plist",
         "Preferences/com.registered.app.helper.plist",
         "Application Support/com.apple.sharedfilelist/com.gone.thing/x",
@@ -116,7 +116,7 @@ TEST_F(OrphanScan, KnowsADeadJobByItsProgram) {
         {"com.left.helper", {{"Program", "/Library/PrivilegedHelperTools/com.left.helper"}}, true},
         {"com.lost.helper", {{"Program", "/Library/PrivilegedHelperTools/com.lost.helper"}}, false},
     };
-    // A tool that stays keeps what is its own, and nothing else of its maker.
+    // A tool that stays keeps its own items, but nothing else of its vendor.
     volume.write(home + "Caches/com.left.helper.cache/x", "x");
     volume.write(home + "Preferences/com.left.app.plist", "x");
     std::vector<std::string> dead = {"com.left.app"};
@@ -230,7 +230,7 @@ TEST_F(OrphanScan, KnowsADeadPackageByItsFiles) {
          false},
         {"com.drive.pkg", {"Volumes/Drive/tool"}, true},
         {"com.bob.pkg", {"Users/bob/tool"}, true},
-        {"com.system.pkg", {"usr/lib/gone"}, true}, // of a part of macOS that this disk does not hold
+        {"com.system.pkg", {"usr/lib/gone"}, true}, // in a part of macOS that this disk lacks
         {"com.carried.app", {"Volumes/Drive/Carried.app/Contents/x"}, true},
         {"com.gone.pkg", {"usr/local/bin", "usr/local/bin/gone", "../../usr/local/bin"}, false},
         {"com.empty.pkg", {}, false},
@@ -246,7 +246,7 @@ TEST_F(OrphanScan, KnowsADeadPackageByItsFiles) {
 }
 
 TEST_F(OrphanScan, TakesAReceiptAloneOnlyWhenItsApplicationIsGone) {
-    volume.write("/usr/local/bin/tool", "x"); // so that what is not there is known to be gone
+    volume.write("/usr/local/bin/tool", "x"); // so that missing items are known to be gone
     receipts.packages = {{"com.lost.app", {"Applications/Lost.app/Contents/x"}},
                          {"com.lost.tool", {"usr/local/bin/gone"}}};
     for (const auto& [identifier, files] : receipts.packages)

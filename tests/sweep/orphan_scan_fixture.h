@@ -10,7 +10,7 @@
 
 namespace tidwen {
 
-// A Mac for sweeps: jobs, receipts and leftovers of applications that are gone.
+// A Mac for sweeps: jobs, receipts and leftovers of missing applications.
 
 inline const std::string home = "/Users/alice/Library/";
 

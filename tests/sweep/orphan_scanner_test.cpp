@@ -36,8 +36,8 @@ TEST_F(OrphanScan, GivesWhatBearsOnlyANameToTheOneGroupThatIsCalledSo) {
         {"Application Support/CrashReporter/Tidepool_8F0C2A71-5B0E-5C1C-9C55-0D6E0A7F2B11.plist",
          "com.maker.tidepool"},
         {"Caches/Kettle", "com.kettle.desktop"},
-        {"Application Support/Tidemark", ""}, // of which of the two?
-        {"Application Support/Zander", ""},   // perhaps of Zander Studio
+        {"Application Support/Tidemark", ""}, // ambiguous: two groups have this name
+        {"Application Support/Zander", ""},   // may belong to Zander Studio
         {"Application Support/Kip", ""},
         {"Application Support/Manager", ""},
         {"Application Support/Nobody Else", ""},
@@ -68,7 +68,7 @@ TEST_F(OrphanScan, TakesALooseFormForAnIdentifierOnlyWithAnotherSign) {
             volume.write(home + path.replace(path.find('%'), 1, identifier), "x");
         }
     volume.write(home + "Saved Application State/once.Only.savedState/x", "x");
-    volume.write(home + "Preferences/notes.backup.plist", "x"); // twice, but never by macOS itself
+    volume.write(home + "Preferences/notes.backup.plist", "x"); // twice, but never named by macOS itself
     volume.write(home + "Caches/notes.backup/x", "x");
     EXPECT_THAT(eachOf(scan({"protected.tool"}).groups, &OrphanGroup::bundleID),
                 ElementsAre("seb.glaciermac"));

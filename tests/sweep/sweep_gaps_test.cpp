@@ -1,4 +1,4 @@
-// What could not be seen, and so is nobody's to claim.
+// What could not be seen may have an owner and is not claimed.
 
 #include "sweep/orphan_scan_fixture.h"
 
