@@ -13,7 +13,7 @@ namespace {
 
 using test::step;
 
-/// What the real shell prints for a script: the bytes as they are.
+/// The unmodified output of the real shell for a script.
 std::string shellOutput(const std::string& script) {
     const test::TemporaryFolder folder;
     const auto file = folder.path() / "batch";
@@ -27,15 +27,14 @@ std::string shellOutput(const std::string& script) {
     return output;
 }
 
-/// Reads the string literal of a "do shell script" as AppleScript does; empty when the source is anything
-/// else.
+/// Parses the string literal of a "do shell script" as AppleScript does; empty for any other source.
 std::string scriptInside(const std::string& source) {
     const std::string before = "do shell script \"";
     const std::string after = "\" with administrator privileges";
     if (!source.starts_with(before) || !source.ends_with(after)) return {};
     std::string script;
     for (std::size_t i = before.size(); i < source.size() - after.size(); ++i) {
-        if (source[i] == '"') return {}; // the literal would end here
+        if (source[i] == '"') return {}; // an unescaped quote would end the literal here
         if (source[i] == '\\') ++i;
         script += source[i];
     }
@@ -104,7 +103,7 @@ TEST(AdminBatch, AnswersAreReadLineByLine) {
     const auto silent = failed({"failure.noResult"});
     const std::pair<const char*, OperationResult> cases[] = {
         {"OP 7 OK\n", ok},
-        {"noise\rOP 7 OK\rmore", ok}, // as osascript hands line feeds on
+        {"noise\rOP 7 OK\rmore", ok}, // as osascript converts line feeds
         {"OP 7 OK and more words", ok},
         {"OP 7 FAIL", failed({"failure.unknown"})},
         {"OP 7 FAIL occupied", failed({"failure.destinationOccupied"})},

@@ -24,7 +24,7 @@ operation::Move toQuarantine(const std::string& source) {
     return {Path(source), Path(quarantine + "/0001/" + Path(source).lastComponent())};
 }
 
-/// Both runners over tools that only record, on a volume with one quarantine folder.
+/// Both runners with recording tools, on a volume with one quarantine folder.
 class RunnersTest : public testing::Test {
   protected:
     RunnersTest() { volume.makeFolder(quarantine); }
@@ -54,7 +54,7 @@ TEST_F(RunnersTest, UserLevelStepsAskTheRightToolAndReadItsStatus) {
     struct Case {
         RemovalOperation::Kind kind;
         std::string command;
-        std::vector<int> fine; ///< statuses that are success
+        std::vector<int> fine; ///< exit codes that count as success
         std::string otherwise; ///< the key of status 5
         std::string whenMissing;
     };
@@ -97,7 +97,7 @@ TEST_F(RunnersTest, UserLevelStepsAskTheRightToolAndReadItsStatus) {
         EXPECT_EQ(asUser(c.kind).failureReason, Message{"failure.timedOut"});
     }
 
-    // A job that its owner switched off does not load, in the words of either release.
+    // A disabled job is not loaded, in the wording of either release.
     for (const auto& [word, isFine] : {std::pair{"disabled", true}, {"true", true}, {"enabled", false}}) {
         tools.answer = [&](const auto& call) -> RecordingTools::Answer {
             if (call.arguments[0] != "print-disabled") return ProcessResult{5, "", ""};
@@ -134,7 +134,7 @@ TEST_F(RunnersTest, UserLevelStepsWithoutATool) {
 TEST_F(RunnersTest, WhatAToolCouldMisunderstandReachesNone) {
     std::vector<RemovalOperation::Kind> refusedByBoth = {
         operation::Move{Path("/System/Library/x"), Path(quarantine + "/0001/x")}};
-    // An empty word would mean every application, the whole session, every password.
+    // An empty argument would mean every application, the whole session, every password.
     const std::string zero("a\0b", 3);
     for (const auto& text : {std::string(), std::string("-rf"), std::string("a\nb"), zero})
         refusedByBoth.push_back(operation::ResetPermissions{text});
@@ -171,7 +171,7 @@ TEST_F(RunnersTest, WhatAToolCouldMisunderstandReachesNone) {
 
 TEST_F(RunnersTest, ABatchIsOneCallAndAnswersInPlanOrder) {
     volume.makeFolder("/opt/real");
-    volume.link("/opt/linked", "real"); // turned later, it must not lead root elsewhere
+    volume.link("/opt/linked", "real"); // if replaced later, it must not redirect root
     const std::vector<RemovalOperation> operations = {
         step(4, operation::Move{Path("/System/x"), Path(quarantine + "/0004/x")}),
         step(2, toQuarantine("/opt/linked/com.example.app")),
@@ -208,7 +208,7 @@ TEST_F(RunnersTest, ABatchThatGivesNothingFailsEveryOperationAndIsNotAskedAgain)
         EXPECT_EQ(asAdministrator(operations).at(0), OperationResult::failure(1, testCase.second));
     }
 
-    // More than one process can be given is asked for in parts; a dismissed prompt ends that.
+    // More than fits in one process's arguments is split into batches; a dismissed prompt ends them.
     for (int id = 2; id <= 1500; ++id)
         operations.push_back(step(id, toQuarantine("/Library/Caches/com.example." + std::string(40, 'x'))));
     std::size_t answered = 0;

@@ -32,7 +32,7 @@ TEST(ToolLaunchd, SwitchesAUsersJobAndIgnoresWhatTheSecondCommandSays) {
     const auto refused = launchd.setEnabled(true, "com.example.job", Path("/x.plist"), false);
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().message, (Message{"startup.toggle.failed %@", {"not permitted"}}));
-    EXPECT_EQ(tools.calls.size(), 5u) << "nothing is loaded when the switch failed";
+    EXPECT_EQ(tools.calls.size(), 5u) << "nothing is loaded when the change failed";
 }
 
 TEST(ToolLaunchd, SwitchesASystemJobBehindOnePrompt) {
@@ -53,7 +53,7 @@ TEST(ToolLaunchd, SwitchesASystemJobBehindOnePrompt) {
     tools.calls.clear();
     EXPECT_FALSE(launchd.setEnabled(true, "../../system", Path("/x.plist"), true));
     EXPECT_FALSE(launchd.setEnabled(false, "", Path("/x.plist"), false));
-    EXPECT_TRUE(tools.calls.empty()) << "a label that names something else is never handed on";
+    EXPECT_TRUE(tools.calls.empty()) << "a label with another meaning is never passed to the tool";
 }
 
 TEST(ToolPermissionRevoker, AsksTheUsersToolOrAnAdministrator) {
@@ -80,7 +80,7 @@ TEST(ToolPermissionRevoker, AsksTheUsersToolOrAnAdministrator) {
     EXPECT_FALSE(revoker.revoke(grant, ""));
     grant.service = "kTCCService";
     EXPECT_FALSE(revoker.revoke(grant, "com.example.app"));
-    EXPECT_TRUE(tools.calls.empty()) << "an empty word would widen the reset";
+    EXPECT_TRUE(tools.calls.empty()) << "an empty argument would extend the reset";
 }
 
 } // namespace

@@ -25,7 +25,7 @@ TEST(KeychainDump, CountsServicesByTheRuleOfPrintedValues) {
         + item("\"genp\"", "    \"svce\"<blob>=\"com.example.b\"")
         + item("\"genp\"", "    \"svce\"<blob>=0x6261636B5C736C617368  \"back\\134slash\"")
         + item("\"genp\"", "    \"svce\"<blob>=0x636F6D2E6578616D706C65")
-        // What is no password, or has no service that could be named:
+        // Items that are not passwords, or have no service that can be named:
         + item("0x80001000 ", "    \"svce\"<blob>=\"com.example.certificate\"")
         + item("\"inet\"", "    \"svce\"<blob>=\"com.example.inet\"")
         + item("\"genp\"", "    \"svce\"<blob>=<NULL>") + item("\"genp\"", "    \"svce\"<blob>=\"\"")
