@@ -114,7 +114,7 @@ TEST_F(HomeModel, LooksAgainWhileItLooksAndCanBeCalledOff) {
     model->load(count);
     queues.background.drain();
     install("Dinghy", 1);
-    model->load(count); // what the first look found is not yet told
+    model->load(count); // results of the first load are still queued
     queues.settle();
     EXPECT_EQ(ended, 2);
     EXPECT_THAT(shown(), ElementsAre("[all]", "Anchor", "Buoy", "Cutter", "Dinghy"));
@@ -128,7 +128,7 @@ TEST_F(HomeModel, LooksAgainWhileItLooksAndCanBeCalledOff) {
     queues.settle();
     EXPECT_EQ(shown().size(), 4u);
     model->load(count);
-    model.reset(); // while it looks
+    model.reset(); // while it loads
     queues.settle();
     EXPECT_EQ(ended, 4);
 }
@@ -176,7 +176,7 @@ TEST(KnownAppsFile, KeepsTheMacsThatWereSeenLastAndBelievesNothingElse) {
     EXPECT_EQ(KnownAppsFile(path, "m").read(), (KnownApps{{Path("/A.app"), {1, {}, {}}}}));
     std::filesystem::resize_file(path, 1u << 30);
     EXPECT_THAT(KnownAppsFile(path, "m").read(), IsEmpty());
-    EXPECT_TRUE(KnownAppsFile(path, "m").store(apps)) << "a damaged file is written anew";
+    EXPECT_TRUE(KnownAppsFile(path, "m").store(apps)) << "a damaged file is replaced";
     EXPECT_EQ(KnownAppsFile(path, "m").read(), apps);
 }
 
