@@ -133,7 +133,7 @@ TEST_F(FileDefaultsTest, WhatCannotBeReadIsSaidAndLeftAlone) {
             EXPECT_FALSE(defaults.setValue("a", 2));
             fs::permissions(file_.parent_path(), fs::perms::owner_all);
             fs::remove(file_);
-            EXPECT_EQ(defaults.problem(), std::nullopt) << "mended";
+            EXPECT_EQ(defaults.problem(), std::nullopt) << "repaired";
             EXPECT_TRUE(defaults.setValue("a", 2));
         });
         fs::remove_all(file_.parent_path());
@@ -169,7 +169,7 @@ TEST_F(FileDefaultsTest, WhatRootMakesBelongsToTheOwnerOfItsFolder) {
          {file_.parent_path().parent_path(), file_.parent_path(), file_, fs::path(file_.string() + ".lock")})
         expectHers(made);
 
-    // Somebody's link does not make root read or write what is not theirs.
+    // Another user's link does not make root read or write what is not that user's.
     const auto roots = folder_.path() / "roots", link = folder_.path() / "link.plist",
                linkedFolder = folder_.path() / "linked";
     fs::create_directory(roots);
@@ -187,7 +187,7 @@ TEST_F(FileDefaultsTest, WhatRootMakesBelongsToTheOwnerOfItsFolder) {
 }
 
 TEST_F(FileDefaultsTest, WhatBelongsToAnotherAccountIsReadWhereItMayBeAndNotWritten) {
-    if (::geteuid() != 0) GTEST_SKIP() << "only root can take a file from its user";
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can change the owner of a file";
     put(writeXmlPropertyList(PropertyListDictionary{{"a", 1}}));
     for (auto path = file_; path != folder_.path().parent_path(); path = path.parent_path())
         fs::permissions(path, fs::perms(path == file_ ? 0644 : 0755));
@@ -210,7 +210,7 @@ TEST_F(FileDefaultsTest, ALinkedFileIsReplacedWhereItLies) {
     put("another program's");
     EXPECT_FALSE(FileDefaults(link, log_).setValue("b", 3));
     EXPECT_EQ(test::contentOf(file_), "another program's")
-        << "what a link leads to keeps its place when it is no settings file";
+        << "the target of a link is left alone when it is not a settings file";
 }
 
 } // namespace

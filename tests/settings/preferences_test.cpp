@@ -17,7 +17,7 @@ TEST(AppPreferences, TakesDefaultsForWhatIsAbsentOrOfAnotherType) {
     EXPECT_EQ(preferences.unusedThreshold.get(), "sixMonths");
     EXPECT_EQ(preferences.quarantineRetention.get(), "never");
     EXPECT_FALSE(preferences.catchTrashedApps.get());
-    // A value of a newer version is kept, and means the default here.
+    // A value of a newer version is preserved, and counts as the default here.
     EXPECT_EQ(preferences.homeSort.get(), "fromTheFuture");
     EXPECT_EQ(homeSort(preferences.homeSort.get()), HomeSort::automatic);
 }
@@ -84,7 +84,7 @@ TEST(AppTags, JoinsWhatPeopleCallTheSame) {
     EXPECT_EQ(tags.erase("nope").error(), notThere);
     EXPECT_TRUE(tags.add("COM.example.B", "Games"));
     EXPECT_THAT(tags.all(), ElementsAre("Games", "Work"));
-    EXPECT_TRUE(tags.rename("games", "Work")); // joins the two
+    EXPECT_TRUE(tags.rename("games", "Work")); // merges the two
     EXPECT_THAT(tags.tags("com.example.b"), ElementsAre("Work"));
     EXPECT_TRUE(tags.rename("Work", "work"));
     EXPECT_THAT(AppTags(defaults, Texts()).all(), ElementsAre("work"));
@@ -99,7 +99,7 @@ TEST(AppTags, JoinsWhatPeopleCallTheSame) {
 
     defaults.isReadOnly = true;
     EXPECT_FALSE(tags.add("com.example.a", "x"));
-    EXPECT_TRUE(tags.all().empty()) << "what could not be stored is not shown either";
+    EXPECT_TRUE(tags.all().empty()) << "a change that could not be stored is not shown";
 }
 
 TEST(AppTags, ReadsDamagedStoresAsFarAsTheyMakeSense) {
