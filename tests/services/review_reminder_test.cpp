@@ -16,8 +16,8 @@ class CountingPrompt : public ReviewPrompt {
 };
 
 TEST(ReviewReminder, AsksAfterFiveSoundRemovalsOnceAVersion) {
-    // "s": a sound removal, "f": one with a failure, "u": a sound one that nobody watches, "2": a new
-    // version, "r": settings that cannot be written from now on, "d": a damaged count.
+    // "s": a removal without failure, "f": one with a failure, "u": one without failure that no one sees,
+    // "2": a new version, "r": settings are read-only from now on, "d": a damaged count.
     const std::pair<const char*, int> cases[] = {
         {"ssss", 0},     {"sssss", 1},     {"ffffffffff", 0}, {"sfsfsfsfs", 1},   {"ssssssssssss", 1},
         {"ssssuuuu", 0}, {"ssssuuuus", 1}, {"sssss2ssss", 1}, {"sssss2sssss", 2}, {"ssss2s", 1},
@@ -35,7 +35,7 @@ TEST(ReviewReminder, AsksAfterFiveSoundRemovalsOnceAVersion) {
                 defaults.isReadOnly = true;
             else if (event == 'd')
                 defaults.values = {{ReviewReminder::countKey, PropertyListValue("many")}};
-            else // each removal is a run of the program of its own
+            else // each removal is a separate run of the program
                 ReviewReminder(defaults, prompt, std::to_string(version)).removalEnded(event != 'f');
         }
         EXPECT_EQ(prompt.shown, shown) << events;

@@ -22,7 +22,7 @@ class MemoryFetcher : public HttpsFetcher {
     int requests = 0;
 };
 
-// The first two test keys of RFC 8032, and what another library signed with them.
+// The first two test keys of RFC 8032, and signatures made with them by another library.
 constexpr const char* key = "11qYAYKxCrfVS/7TyWQHOg7hcvPapiMlrwIaaPcHURo=";
 const std::string soundFeed = R"({"application": "com.example.app", "releases": []})";
 const std::string soundSignature =
@@ -44,7 +44,7 @@ class Updates : public testing::Test {
     MemoryFetcher fetcher;
     test::RecordingLog log;
 
-    /// What goes wrong; nothing when there is an answer.
+    /// The fault; nullopt when there is an answer.
     std::optional<UpdateFault> fault() {
         const auto answer = UpdateCheck(fetcher, log, settings).check();
         return answer ? std::nullopt : std::optional(answer.error().fault);
@@ -89,7 +89,7 @@ TEST_F(Updates, ShowOnlyWhatTheMakerSigned) {
     for (const auto& c : cases) {
         fetcher.files = {{address, c.feed}, {address + ".sig", c.signature}};
         EXPECT_EQ(fault(), c.fault) << c.feed.substr(0, 99) << c.signature;
-        EXPECT_EQ(log.contains(address), c.fault.has_value()) << "what was dropped is logged";
+        EXPECT_EQ(log.contains(address), c.fault.has_value()) << "a dropped feed is logged";
     }
     fetcher.files = {{address, soundFeed}, {address + ".sig", soundSignature}};
     for (const auto* wrong : {"c2hvcnQ=", "no base64!", "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA="}) {

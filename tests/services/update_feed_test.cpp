@@ -12,7 +12,7 @@ VersionNumber version(std::string_view text) {
 }
 
 TEST(VersionNumber, OrdersByNumbersAndStages) {
-    // Oldest first; those in one row are the same version.
+    // Oldest first; versions in one row are equal.
     const std::vector<std::vector<const char*>> rows = {
         {"0"},        {"0.1.0-alpha"}, {"0.1.0", "0.1"}, {"0.2"},          {"0.10"},     {"1-1"},
         {"1-2"},      {"1-alpha"},     {"1-beta"},       {"1.0.0-beta.1"}, {"1-beta.2"}, {"1-beta.10"},
@@ -36,7 +36,7 @@ std::string feed(const std::string& releases, const std::string& application = "
     return R"({"application": )" + application + R"(, "future": 1, "releases": [)" + releases + "]}";
 }
 
-/// The sound feed with a part of it replaced.
+/// The valid feed with a part of it replaced.
 std::string with(const std::string& part, const std::string& other) {
     auto text = sound;
     return feed(text.replace(text.find(part), part.size(), other));
@@ -90,7 +90,7 @@ TEST(UpdateFeed, ReadsWhatIsOneAndRefusesTheRestWhole) {
 TEST(UpdateFeed, OffersTheNewestThatRunsHereAndNeverLeadsBack) {
     using enum UpdateState;
     const struct {
-        std::vector<std::pair<const char*, const char*>> releases; ///< version, least macOS
+        std::vector<std::pair<const char*, const char*>> releases; ///< version, minimum macOS
         const char* running;
         UpdateState state;
         const char* offered;
