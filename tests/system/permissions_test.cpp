@@ -16,7 +16,7 @@ TEST(FullDiskAccess, IsToldByWhatOpens) {
     const std::string bookmarks = "/Users/alice/Library/Safari/Bookmarks.plist";
     const struct {
         std::vector<std::string> present;
-        std::string refused; ///< of the present ones
+        std::string refused; ///< one of the existing ones
         Status status;
     } cases[] = {
         {{}, "", Status::indeterminate},          {{database}, "", Status::granted},
@@ -99,7 +99,7 @@ TEST(PermissionsSheet, RevokesAServiceOnceAtATimeAndIsSilentWhenThePromptIsDismi
     EXPECT_EQ(PermissionsSheet::detail(camera, texts),
               "permissions.sheet.limited · permissions.sheet.pathClient");
     { PermissionsSheet(ports, app).load(); }
-    queues.settle(); // what comes back to a sheet that was closed
+    queues.settle(); // results for a sheet that was closed
 }
 
 } // namespace

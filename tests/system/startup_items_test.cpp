@@ -62,7 +62,7 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
         {"com.vendor.application", nullptr, OwnerKind::related, "Foo"},
         {"com.known.product.agent", nullptr, OwnerKind::registered, "com.known.product"},
         {"org.example.syncer", nullptr, OwnerKind::related, "Sync"},
-        {"com.x.helper", nullptr, OwnerKind::missing, ""}, // a word that many use
+        {"com.x.helper", nullptr, OwnerKind::missing, ""}, // a common word
         {"ABCDE12345.com.kip.per.x", "/usr/local/bin/tool", OwnerKind::installed, "Kip"},
         {"x.com.Kip.per", nullptr, OwnerKind::installed, "Kip"},
         {"x.com.kip.person", nullptr, OwnerKind::missing, ""},
@@ -71,8 +71,9 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
         {"foo.bar", "", OwnerKind::missing, ""},
         {"foo.bar", "/usr/local/bin/tool", OwnerKind::program, "/usr/local/bin/tool"},
         {"foo.bar", "/usr/local/bin/other", OwnerKind::missing, ""},
-        {"foo.bar", "/usr/local/com.Kip.per/other", OwnerKind::installed, "Kip"}, // whose folder is named
-        // Whose place is not on this disk.
+        {"foo.bar", "/usr/local/com.Kip.per/other", OwnerKind::installed,
+         "Kip"}, // a folder with its identifier
+        // Programs whose location is not on this disk.
         {"foo.bar", "/bin/zsh", OwnerKind::program, "/bin/zsh"},
         {"foo.bar", "/Volumes/Drive/tool", OwnerKind::program, "/Volumes/Drive/tool"},
         {"foo.bar", "tool", OwnerKind::program, "tool"},
@@ -115,7 +116,7 @@ TEST(StartupItemScanner, SaysWhatItLeftOutAndCallsNothingGoneWithoutAllOwners) {
 
     for (int i = 0; i < 2'100; ++i)
         volume.makeFolder("/Users/alice/Downloads/"
-                          + std::to_string(i)); // more than are searched for bundles
+                          + std::to_string(i)); // more than the search limit for bundles
     EXPECT_EQ(scanner.scan({}).items.front().owner.kind, OwnerKind::unknown);
 }
 
@@ -201,7 +202,8 @@ TEST_F(StartupItems, ShowsOrphansFirstAndTakesLaunchdsWord) {
                 ElementsAre("zz.gone.thing", "com.vendor.app.agent", "com.vendor.app.daemon",
                             "com.vendor.app.inner"));
     EXPECT_THAT(model.result.get().unreadable, IsEmpty());
-    EXPECT_EQ(model.switchState(item("com.vendor.app.agent")), SwitchState::off) << "its own file says so";
+    EXPECT_EQ(model.switchState(item("com.vendor.app.agent")), SwitchState::off)
+        << "disabled in its own property list";
     EXPECT_EQ(model.switchState(item("com.vendor.app.daemon")), SwitchState::off);
     EXPECT_EQ(model.switchState(item("com.vendor.app.inner")), SwitchState::systemSettings);
     EXPECT_EQ(model.switchState(item("zz.gone.thing")), SwitchState::none);
@@ -234,7 +236,7 @@ TEST_F(StartupItems, FindsEveryJobOfALabelAndSaysWhereItCouldNotLook) {
         EXPECT_THAT(idsNamed("net.twice"), testing::UnorderedElementsAre(own, all));
         EXPECT_THAT(idsNamed(all), ElementsAre(all));
         EXPECT_THAT(idsNamed("net.none"), IsEmpty());
-        EXPECT_EQ(item("org.maker.job").owner.kind, OwnerKind::unknown) << "its owner may lie there";
+        EXPECT_EQ(item("org.maker.job").owner.kind, OwnerKind::unknown) << "its owner may be there";
         EXPECT_THAT(model.result.get().unreadable, ElementsAre(Path("/Applications/Maker")));
     });
 }
@@ -246,7 +248,7 @@ TEST_F(StartupItems, SwitchesOneJobAtATimeAndIsSilentWhenThePromptIsDismissed) {
     const auto job = item("com.vendor.app.daemon");
     model.setEnabled(job, false);
     EXPECT_EQ(model.switchState(job), SwitchState::switching);
-    model.setEnabled(job, true); // ignored: one is in flight
+    model.setEnabled(job, true); // ignored: a change is in progress
     settle();
     EXPECT_EQ(model.switchState(job), SwitchState::off);
 
@@ -278,7 +280,7 @@ TEST_F(StartupItems, SelectsOnlyWhatMayBeRemovedAndForgetsWhatIsGone) {
     EXPECT_THAT(model.selectedItems(), IsEmpty());
     model.toggleSelectAllOrphans();
     EXPECT_EQ(model.selectedItems().size(), 1u);
-    protectedApps.toggle("com.vendor.app"); // by another window, say
+    protectedApps.toggle("com.vendor.app"); // for example in another window
     model.toggleSelection(item("com.vendor.app.agent"));
     EXPECT_EQ(model.selectedItems().size(), 2u);
     EXPECT_THAT(shown(), ElementsAre("zz.gone.thing+", "com.apple.thing!", "com.vendor.app.agent+"));

@@ -52,7 +52,7 @@ class Catcher : public testing::Test {
         settle();
     }
     void settle() {
-        for (int step = 0; step < 4; ++step) { // seen, read, told, and looked at again
+        for (int step = 0; step < 4; ++step) { // seen, read, reported, and looked at again
             queue.drain();
             main.drain();
         }
@@ -95,13 +95,14 @@ TEST_F(Catcher, TellsOfEachNewApplicationOnce) {
     EXPECT_THAT(titles(), ElementsAre("com.example.a", "com.example.b"));
     fire();
     EXPECT_THAT(titles(), IsEmpty());
-    trash("Empty", "com.example.copied"); // the rest of it comes
+    trash("Empty", "com.example.copied"); // the rest of it arrives
     for (int i = 0; i < 2; ++i)
         events.fireInBundle();
     settle();
-    EXPECT_THAT(titles(), ElementsAre("com.example.copied")) << "once";
+    EXPECT_THAT(titles(), ElementsAre("com.example.copied")) << "reported once";
 
-    std::filesystem::remove_all(volume.host("/Users/alice/.Trash/A.app")); // put back, and thrown away again
+    std::filesystem::remove_all(
+        volume.host("/Users/alice/.Trash/A.app")); // put back, and moved to the Trash again
     fire();
     trash("A", "com.example.a");
     fire();
@@ -110,7 +111,7 @@ TEST_F(Catcher, TellsOfEachNewApplicationOnce) {
     trash("C", "com.example.c");
     events.fire();
     queue.drain();
-    preferences.catchTrashedApps.set(false); // while the find is on its way
+    preferences.catchTrashedApps.set(false); // while the result is queued
     main.drain();
     EXPECT_THAT(titles(), IsEmpty());
     EXPECT_FALSE(loginItem.enabled);
@@ -131,21 +132,21 @@ TEST_F(Catcher, TellsOfABundleThatIsFinishedInTheMiddleOfALook) {
             if (events.fireInBundle) events.fireInBundle();
         });
         fire();
-        if (files.calls() <= call) break; // the look was over before
+        if (files.calls() <= call) break; // the look had already finished
         EXPECT_THAT(titles(), ElementsAre("com.example." + name)) << "finished before call " << call;
     }
 }
 
 TEST_F(Catcher, WatchesOnRequestUntilThePreferenceChanges) {
-    loginItem.enabled = true; // of a time when the preference was on
+    loginItem.enabled = true; // left from when the preference was on
     catcher.install();
     EXPECT_FALSE(loginItem.enabled);
     catcher.watchOnce();
-    EXPECT_FALSE(loginItem.enabled) << "the next login is none of its business";
+    EXPECT_FALSE(loginItem.enabled) << "does not affect the next login";
     trash("A", "com.example.a");
     fire();
     EXPECT_THAT(titles(), ElementsAre("com.example.a"));
-    for (const bool isOn : {true, false}) { // as another process switches it
+    for (const bool isOn : {true, false}) { // as if another process changed it
         defaults.values["tidwen.catchTrashedApps"] = PropertyListValue(isOn);
         preferences.reload();
         EXPECT_EQ(catcher.isWatching(), isOn);
@@ -168,7 +169,7 @@ TEST_F(Catcher, PostsNothingWithoutPermissionAndHandsTheAnswerOver) {
     main.drain();
     EXPECT_EQ(catcher.permission().state.get(), NotificationState::allowed);
     catcher.permission().refresh();
-    EXPECT_EQ(catcher.permission().state.get(), NotificationState::allowed) << "the service knows it later";
+    EXPECT_EQ(catcher.permission().state.get(), NotificationState::allowed) << "the service answers later";
 
     int presented = 0;
     catcher.presentMainWindow = [&] { ++presented; };
@@ -182,9 +183,9 @@ TEST_F(Catcher, PostsNothingWithoutPermissionAndHandsTheAnswerOver) {
 }
 
 TEST_F(Catcher, FallsBackToDatesWhenTheTrashCouldNotBeListed) {
-    clock.time = Timestamp(std::chrono::seconds(1)); // everything came later than that
+    clock.time = Timestamp(std::chrono::seconds(1)); // everything arrived after that
     preferences.catchTrashedApps.set(true);
-    catcher.install(); // there is no Trash yet
+    catcher.install(); // the Trash does not exist yet
     trash("A", "com.example.a");
     fire();
     EXPECT_THAT(titles(), ElementsAre("com.example.a"));
@@ -237,7 +238,7 @@ TEST_F(WatchedInbox, ServesWhatWaitsAndWhatComes) {
 
     inbox.post({{"/C.app"}}, "3");
     events.fire();
-    watcher.reset(); // while the request is on its way
+    watcher.reset(); // while the request is queued
     queues.settle();
     EXPECT_EQ(served.size(), 5u);
     EXPECT_EQ(inbox.waiting(), 1u);
@@ -248,13 +249,13 @@ TEST_F(WatchedInbox, LeavesRequestsWhereTheyAreWhileNobodyCanBeServed) {
     inbox.post({{"/A.app"}}, "1");
     events.fire();
     queues.main.drain();
-    queues.background.drain(); // taken, and then
+    queues.background.drain(); // taken from the folder first
     watcher->setBusy(true);
     inbox.post({{"/B.app"}}, "2");
     fire();
     EXPECT_THAT(served, IsEmpty());
     EXPECT_EQ(watcher->waiting.get(), 2u);
-    EXPECT_EQ(inbox.waiting(), 1u) << "it outlives the program";
+    EXPECT_EQ(inbox.waiting(), 1u) << "it stays when the program ends";
     watcher->setBusy(false);
     queues.settle();
     EXPECT_THAT(served, ElementsAre("/A.app", "/B.app"));
@@ -315,7 +316,7 @@ TEST(VolumeFolderEvents, FollowTheFolderAwayAndBack) {
     EXPECT_TRUE(isToldOf([&] { volume.makeFolder("/Users/alice/.Trash"); }));
     EXPECT_TRUE(isToldOf([&] { volume.write("/Users/alice/.Trash/y", "1"); }));
 
-    watching = watch("/Users/bob/.Trash"); // neither it nor what holds it is there yet
+    watching = watch("/Users/bob/.Trash"); // neither it nor its parent exists yet
     EXPECT_TRUE(isToldOf([&] { volume.write("/Users/bob/.Trash/x", "1"); }));
     EXPECT_EQ(watch("/Users/carol/.Trash"), nullptr);
 }
