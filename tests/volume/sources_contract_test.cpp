@@ -1,5 +1,5 @@
-// What a running Mac answers through its tools and what a volume answers from files must agree: every promise
-// of these ports is kept by both.
+// The ports that a running Mac answers with tools and a volume with files must agree: both implementations
+// fulfil the same contract.
 
 #include "base/property_list.h"
 #include "operations/tool_launchd.h"
@@ -28,7 +28,7 @@ struct Facts {
     std::map<std::string, bool> userOverrides = {}, systemOverrides = {};
 };
 
-/// The ports over one set of facts, as a volume holds them.
+/// The ports over one set of facts, stored as on a volume.
 class VolumeSources {
     test::TemporaryVolume volume_;
     UserEnvironment user_ = test::alice();
@@ -67,7 +67,7 @@ class VolumeSources {
     }
 };
 
-/// The same, as the tools of a Mac tell them.
+/// The same, as printed by the tools of a Mac.
 class ToolSources {
     test::RecordingTools tools_;
 

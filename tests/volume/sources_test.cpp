@@ -136,7 +136,7 @@ TEST(VolumeLaunchd, SwitchesOneJobAndKeepsTheOthers) {
     const auto user = test::alice();
     VolumeLaunchd launchd(volume.files(), user);
     const Path plist("/Library/LaunchDaemons/j.plist");
-    EXPECT_TRUE(launchd.setEnabled(false, "com.example.first", plist, true)) << "there was no list yet";
+    EXPECT_TRUE(launchd.setEnabled(false, "com.example.first", plist, true)) << "creates the missing list";
     EXPECT_TRUE(launchd.setEnabled(false, "com.example.job", plist, true));
     EXPECT_TRUE(launchd.setEnabled(true, "com.example.job", plist, true));
     EXPECT_THAT(launchd.disabledOverrides(true),
@@ -147,11 +147,11 @@ TEST(VolumeLaunchd, SwitchesOneJobAndKeepsTheOthers) {
     for (const char* damaged : {"garbage", "<plist><array/></plist>"}) {
         volume.write(list, damaged);
         EXPECT_FALSE(launchd.setEnabled(false, "com.example.job", plist, false));
-        EXPECT_EQ(volume.read(list), damaged) << "a list that cannot be read is not written over";
+        EXPECT_EQ(volume.read(list), damaged) << "an unreadable list is not overwritten";
     }
 }
 
-/// Runs `change(0)` … `change(count - 1)` in as many processes at once; each says whether it succeeded.
+/// Runs `change(0)` … `change(count - 1)` in that many concurrent processes; all must succeed.
 void inProcessesAtOnce(int count, const std::function<bool(int)>& change) {
     std::vector<pid_t> children;
     for (int number = 0; number < count; ++number)
@@ -219,7 +219,7 @@ TEST(VolumeSystemExtensions, ReadsALongListInLinearTime) {
     const auto start = ReadBudget::threadTime();
     EXPECT_EQ(VolumeSystemExtensions(volume.files()).list().size(), 99'999u);
     EXPECT_LT(ReadBudget::threadTime() - start,
-              std::chrono::seconds(10)); // comparing each with each: minutes
+              std::chrono::seconds(10)); // comparing all pairs would take minutes
 }
 
 } // namespace

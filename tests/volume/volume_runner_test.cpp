@@ -23,7 +23,7 @@ constexpr const char* table =
     "CREATE TABLE access (service TEXT NOT NULL, client TEXT NOT NULL, client_type INTEGER,"
     " auth_value INTEGER);";
 
-/// The answer to a query of one number, of a database that also stands a full check.
+/// The numeric result of a query, on a database that also passes a full check.
 int ask(const fs::path& file, const std::string& query) {
     sqlite3* opened = nullptr;
     sqlite3_open_v2(file.c_str(), &opened, SQLITE_OPEN_READONLY, nullptr);
@@ -93,7 +93,7 @@ TEST_F(VolumeRunnerTest, MovesAreScreened) {
 TEST_F(VolumeRunnerTest, PermissionsAreResetInBothDatabases) {
     EXPECT_EQ(reset(), "none") << "no database, nothing to reset";
     auto logged = test::databaseOf(std::string(table) + rows);
-    logged[18] = logged[19] = 2; // keeps a write-ahead log, which is empty now
+    logged[18] = logged[19] = 2; // uses a write-ahead log, which is now empty
     volume_.write(userDatabase, test::databaseOf(std::string(table) + rows));
     volume_.write(systemDatabase, logged);
     ASSERT_EQ(::chmod(volume_.host(systemDatabase).c_str(), 0640), 0);
@@ -112,7 +112,7 @@ TEST_F(VolumeRunnerTest, PermissionsAreResetInBothDatabases) {
     volume_.write(leftByAKill.string(), "half of it");
     EXPECT_EQ(reset(), "none");
     EXPECT_FALSE(volume_.exists(leftByAKill.string()));
-    EXPECT_EQ(inode(volume_.host(userDatabase)), before) << "without rows the file is not even written";
+    EXPECT_EQ(inode(volume_.host(userDatabase)), before) << "without matching rows the file is not written";
 }
 
 TEST_F(VolumeRunnerTest, OneUnusableDatabaseFailsTheResetAndKeepsItsBytes) {

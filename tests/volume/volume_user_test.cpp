@@ -113,12 +113,12 @@ TEST(VolumeUser, HasThePairOfTemporaryFoldersThatIsSurelyHers) {
     EXPECT_EQ(user().temporaryFolder, Path("/private/var/folders/ab/first/T"));
 
     volume.makeFolder("/private/var/folders/cd/second/T");
-    EXPECT_EQ(user().cacheFolder, std::nullopt) << "two pairs of one owner";
+    EXPECT_EQ(user().cacheFolder, std::nullopt) << "two pairs with the same owner";
     EXPECT_EQ(user().temporaryFolder, std::nullopt);
 
     if (::geteuid() != 0) GTEST_SKIP() << "only root can give a folder to another user";
     ASSERT_EQ(::chown(volume.host("/Users/alice").c_str(), 501, 20), 0);
-    EXPECT_EQ(user().temporaryFolder, std::nullopt) << "pairs of somebody else";
+    EXPECT_EQ(user().temporaryFolder, std::nullopt) << "pairs of another owner";
     ASSERT_EQ(::chown(volume.host("/private/var/folders/cd/second").c_str(), 501, 20), 0);
     EXPECT_EQ(user().userID, 501u);
     EXPECT_EQ(user().cacheFolder, std::nullopt);

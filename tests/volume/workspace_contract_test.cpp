@@ -1,4 +1,4 @@
-// What the desktop of the running Mac and that of the machine a volume lies on both keep.
+// The contract of a workspace, for the desktop of the running Mac and for that of the machine with a volume.
 
 #include "host/file_manager.h"
 #include "operations/tool_workspace.h"
@@ -14,7 +14,7 @@ namespace {
 
 using Pane = SystemSettingsLauncher::Pane;
 
-/// A volume seen as the Mac that runs; `shown` is what the last call was asked to show.
+/// A volume presented as the running Mac; `shown` is the item of the last call.
 class RunningMacs {
   public:
     explicit RunningMacs(const test::TemporaryVolume& volume) : workspace(volume.files(), tools) {}
