@@ -16,20 +16,20 @@ namespace {
 namespace fs = std::filesystem;
 using namespace testing;
 
-/// Takes 16 KiB of the stack each time; the sum keeps the compiler from making a loop of it.
+/// Uses 16 KiB of stack per call; the sum keeps the compiler from turning it into a loop.
 int descend(int depth) {
     volatile char room[16u << 10];
     room[depth % sizeof room] = 1;
     return depth < 0 ? 0 : descend(depth + 1) + room[0];
 }
 
-/// Near the beginning of the address space nothing is ever mapped.
+/// The beginning of the address space is never mapped.
 void readNothing() {
     const volatile std::uintptr_t nowhere = 64;
     (void)*reinterpret_cast<const volatile char*>(nowhere); // NOLINT(performance-no-int-to-ptr): meant
 }
 
-/// Really crashes a child process, in which nobody catches what is thrown; how it ended.
+/// Crashes a child process without exception handlers; returns how it ended.
 int crash(const fs::path& folder, void (*fault)()) noexcept {
     const auto child = ::fork();
     if (child == 0) {
@@ -76,7 +76,7 @@ TEST_F(Crash, IsWrittenDownAndToldOfOnceAtTheNextStart) {
         EXPECT_THAT(test::contentOf(*report),
                     AllOf(HasSubstr("What this is.\n"), HasSubstr("Version: 1.2.3\n"),
                           HasSubstr("Command: scan\n"), HasSubstr(c.said), HasSubstr("host_test")));
-        EXPECT_FALSE(reports.collect()) << "it is told of once";
+        EXPECT_FALSE(reports.collect()) << "each crash is reported once";
         fs::remove_all(folder);
     }
 }
@@ -101,10 +101,10 @@ TEST_F(Crash, FollowsNoLinks) {
     fs::create_symlink(base.path() / "secret", folder / "crash-1763700001-1.record");
     std::ofstream(folder / "crash-1763700002-2.record") << std::string(100'000, 'x');
     EXPECT_FALSE(reports.collect());
-    EXPECT_EQ(count(folder), 0) << "what is no record is dropped";
+    EXPECT_EQ(count(folder), 0) << "anything but a record is dropped";
     EXPECT_TRUE(fs::exists(base.path() / "secret"));
 
-    // A link in place of the folder, for the one who crashes and for the reader.
+    // A link in place of the folder, for the recorder and for the reader.
     const auto elsewhere = base.path() / "elsewhere";
     fs::create_directories(elsewhere);
     fs::remove(folder);

@@ -25,17 +25,17 @@ TEST(XdgAutostart, QuotesWhatTheEntryWouldReadAsSomethingElse) {
             << autostartEntry({c.argument});
 }
 
-/// `switchedOff`: how the system's own settings switch an entry off.
+/// `switchedOff`: how the system's own settings disable an entry.
 void expectToSwitch(LoginItem& item, const std::filesystem::path& entry,
                     const std::function<void()>& switchedOff) {
     namespace fs = std::filesystem;
     EXPECT_FALSE(item.isEnabled());
-    EXPECT_TRUE(item.setEnabled(false)) << "off already";
+    EXPECT_TRUE(item.setEnabled(false)) << "already off";
     EXPECT_TRUE(item.setEnabled(true));
     EXPECT_TRUE(item.isEnabled());
     const auto writeOften = [&item] {
         for (int i = 0; i < 20; ++i)
-            EXPECT_TRUE(item.setEnabled(true)); // of two processes at once
+            EXPECT_TRUE(item.setEnabled(true)); // one of two concurrent processes
     };
     std::thread other(writeOften);
     writeOften();
@@ -91,7 +91,7 @@ TEST(DesktopNotifications, AreUnavailableWithoutTheToolAndNeverReadANameAsAnOpti
     EXPECT_FALSE(missing.post({.identifier = "x", .title = "t", .body = "b"}));
     EXPECT_TRUE(tools.calls.empty());
 
-    DesktopNotifications present(tools, "/bin/sh"); // anything that may be started
+    DesktopNotifications present(tools, "/bin/sh"); // any program that can be run
     EXPECT_TRUE(present.post({.identifier = "x", .title = "--help\x1b", .body = "<b>&"}));
     ASSERT_EQ(tools.calls.size(), 1u);
     const auto& arguments = tools.calls[0].arguments;
