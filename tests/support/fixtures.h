@@ -12,7 +12,7 @@
 
 namespace tidwen::test {
 
-/// Keeps every line, so that a test can ask what was logged.
+/// Records every line for later checks.
 class RecordingLog : public Log {
   public:
     void write(LogLevel level, std::string_view line) override;
@@ -30,11 +30,11 @@ UserEnvironment alice();
 /// Writes an application bundle: Info.plist (XML) from `info` and an executable of a few bytes.
 void writeBundle(const TemporaryVolume& volume, std::string_view macPath, PropertyListDictionary info);
 
-/// A bundle with identifier and name alone.
+/// A bundle with only identifier and name.
 void writeBundle(const TemporaryVolume& volume, std::string_view macPath, std::string_view bundleID,
                  std::string_view name);
 
-/// A bundle that owns data, found where it lies.
+/// A bundle that owns data, found at its own location.
 OwningBundle owner(std::string_view path, std::string_view bundleID, std::string_view name);
 
 } // namespace tidwen::test

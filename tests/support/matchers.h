@@ -6,7 +6,7 @@
 
 namespace tidwen {
 
-// The matchers that most tests use, by their own names.
+// The most common matchers, without their namespace.
 
 using testing::Contains;
 using testing::ElementsAre;
@@ -17,7 +17,7 @@ using testing::Optional;
 using testing::Pair;
 using testing::UnorderedElementsAre;
 
-/// What a test looks at of each item: a field, or what a function makes of it.
+/// A field of each item, or the result of a function of it.
 template<class Items, class Of>
 auto eachOf(const Items& items, const Of& of) {
     std::vector<std::decay_t<decltype(std::invoke(of, *items.begin()))>> all;

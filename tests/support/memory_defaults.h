@@ -6,7 +6,7 @@
 
 namespace tidwen::test {
 
-/// Settings in memory, and a way to make storing fail.
+/// Settings in memory; storing can be made to fail.
 class MemoryDefaults : public Defaults {
   public:
     std::optional<PropertyListValue> value(const std::string& key) const override {

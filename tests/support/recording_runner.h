@@ -8,12 +8,12 @@
 
 namespace tidwen::test {
 
-/// An operation of which only the kind matters.
+/// An operation with only the kind set.
 inline RemovalOperation step(int id, RemovalOperation::Kind kind) {
     return {.id = id, .kind = std::move(kind), .displayName = {}, .bundleID = {}};
 }
 
-/// Keeps what it was asked to do. Every operation succeeds unless `answer` gives a reason.
+/// Records its operations. Every operation succeeds unless `answer` returns a reason.
 class RecordingRunner : public PrivilegedRunner {
   public:
     std::vector<OperationResult> run(const std::vector<RemovalOperation>& operations) override {

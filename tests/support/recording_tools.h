@@ -8,7 +8,7 @@
 
 namespace tidwen::test {
 
-/// Stands in for the tools: keeps every call and answers success unless `answer` says otherwise.
+/// A process runner that records every call and reports success unless `answer` returns otherwise.
 class RecordingTools : public ProcessRunner {
   public:
     using Answer = tl::expected<ProcessResult, ProcessRunnerError>;

@@ -21,7 +21,7 @@ namespace {
 
 constexpr int refusedByKernel = 77;
 
-/// A mount table of this process alone; without root's rights by way of a user table of its own.
+/// A mount namespace of this process; without root's rights through a user namespace.
 bool ownMountTable() {
     const auto user = ::geteuid(), group = ::getegid();
     if (::unshare(CLONE_NEWNS) == 0) return ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;

@@ -7,7 +7,7 @@
 
 namespace tidwen::test {
 
-/// The bytes of the database that the statements make.
+/// The bytes of the database that the statements create.
 inline std::string databaseOf(const std::string& statements) {
     sqlite3* made = nullptr;
     sqlite3_open(":memory:", &made);

@@ -11,15 +11,15 @@
 
 namespace tidwen::test {
 
-/// A clock that stands, at the beginning of its time unless a test sets it.
+/// A clock that always returns the same time, the epoch unless a test sets it.
 struct FixedClock : Clock {
     Timestamp now() const override { return time; }
     Timestamp time{};
 };
 
-/// The main thread and one for long work, which do what they were given when the test says so.
+/// The main thread and a background queue, both run by the test.
 struct SteppedQueues {
-    /// Does all that is queued, and all that it queues.
+    /// Runs everything queued, and everything that work queues in turn.
     void settle() {
         while (background.drain() + main.drain() > 0) {
         }
@@ -27,7 +27,7 @@ struct SteppedQueues {
     MainQueue main, background;
 };
 
-/// Folder events that the test fires.
+/// Folder events triggered by the test.
 struct HandFiredEvents : FolderEvents {
     std::unique_ptr<Watch> watch(const Path& folder, std::function<void()> changed) override {
         if (isImpossible) return nullptr;
@@ -40,7 +40,7 @@ struct HandFiredEvents : FolderEvents {
     bool isImpossible = false;
 };
 
-/// Says who runs, and keeps whom it asked to quit.
+/// A fixed set of running applications; records which were asked to quit.
 struct FakeApplications : RunningApplications {
     bool isRunning(const std::string& bundleID) const override {
         return obedient.contains(bundleID) || stubborn.contains(bundleID);
@@ -53,7 +53,7 @@ struct FakeApplications : RunningApplications {
     std::vector<std::string> asked;
 };
 
-/// A keychain in memory: answers a deletion with the status given, and keeps whose items were to go.
+/// A keychain in memory: deletions return the given status, and are recorded.
 struct FakeKeychain : Keychain {
     std::vector<KeychainEntry> entries() const override { return all; }
     std::int32_t deleteItems(KeychainItemClass itemClass, const std::string& service) override {

@@ -18,7 +18,7 @@ TemporaryFolder::TemporaryFolder() {
 
 TemporaryFolder::~TemporaryFolder() {
     std::error_code ignored;
-    // Folders without write permission would keep their content.
+    // Otherwise the contents of folders without write permission could not be deleted.
     for (auto it =
              fs::recursive_directory_iterator(path_, fs::directory_options::skip_permission_denied, ignored);
          !ignored && it != fs::recursive_directory_iterator(); it.increment(ignored))

@@ -9,7 +9,7 @@
 
 namespace tidwen::test {
 
-/// A fresh folder of this machine that is removed, whatever its modes, when the test ends.
+/// A new folder of this machine that is removed, whatever its modes, when the test ends.
 class TemporaryFolder {
   public:
     TemporaryFolder();
@@ -23,7 +23,7 @@ class TemporaryFolder {
     std::filesystem::path path_;
 };
 
-/// A Mac volume in a temporary folder, with helpers that speak Mac paths ("/Library/Caches/x").
+/// A Mac volume in a temporary folder, with helpers that take Mac paths ("/Library/Caches/x").
 class TemporaryVolume {
   public:
     TemporaryVolume();
@@ -36,7 +36,7 @@ class TemporaryVolume {
     /// Writes a file and creates its parents.
     void write(std::string_view macPath, std::string_view content) const;
     void makeFolder(std::string_view macPath) const;
-    /// `target` is written as it stands.
+    /// `target` is stored as given.
     void link(std::string_view macPath, std::string_view target) const;
     bool exists(std::string_view macPath) const;
     std::string read(std::string_view macPath) const;

@@ -8,20 +8,20 @@
 
 namespace tidwen::test {
 
-/// Everything that must survive a move of an item, one line for it and each item below: name, kind, mode,
-/// owner, time, content or target, number of links, the extended attribute "com.example.tag". In a fixed
-/// order. A folder's time also changes with what comes and goes in it; it can be left out.
+/// Everything that a move must preserve, one line for the item and each item below: name, kind, mode, owner,
+/// time, content or target, number of links, the extended attribute "com.example.tag". In a fixed order. A
+/// folder's time, which changes with its entries, can be left out.
 enum class FolderTimes { kept, ignored };
 std::vector<std::string> fingerprint(const std::filesystem::path& top, FolderTimes times = FolderTimes::kept);
 
-/// Gives an item that attribute; false where the disk has none.
+/// Sets that attribute; false where the file system does not support it.
 bool tag(const std::filesystem::path& item);
 
 /// Writes a file and creates its parents.
 void writeFile(const std::filesystem::path& file, std::string_view content);
 std::string contentOf(const std::filesystem::path& file);
 
-/// "ok", or the name of the fault: so that a table can hold both.
+/// "ok" or the name of the fault, so that a table can contain both.
 template<class T>
 std::string outcome(const FileResult<T>& result) {
     constexpr std::string_view prefix = "failure.file.";

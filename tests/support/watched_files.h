@@ -10,13 +10,13 @@
 
 namespace tidwen::test {
 
-/// Another file system that counts what is asked of it, and lets a test do something before the call of a
-/// given number: change the disk under the reader's hands, or ask it to stop.
+/// A file system wrapper that counts calls and runs a test's code before the call of a given number: to
+/// change the disk during a read, or to stop the reader.
 class WatchedFiles : public FileSystem {
   public:
     explicit WatchedFiles(FileSystem& files) : files_(files) {}
 
-    /// `what` is done once, before call number `call`, which is counted from zero.
+    /// Runs `what` once, before call number `call`, counted from zero.
     void before(std::size_t call, std::function<void()> what) {
         calls_ = 0;
         call_ = call;
@@ -24,7 +24,7 @@ class WatchedFiles : public FileSystem {
     }
     std::size_t calls() const { return calls_; }
 
-    /// What was read and listed since the last answer.
+    /// What was read and listed since the last call.
     std::multiset<Path> takeReads() {
         const std::lock_guard lock(mutex_);
         return std::exchange(reads_, {});
