@@ -89,7 +89,7 @@ std::size_t RequestInbox::waiting() const {
 RequestInbox::Drained RequestInbox::drain() {
     Taken taken;
     const auto [files, unfinished] = list();
-    for (const auto& each : unfinished) // left by a kill; what somebody is still writing stays
+    for (const auto& each : unfinished) // left by a kill; one that is still being written stays
         files_.dropUnfinishedReplacement(each.parent()
                                          / each.lastComponent().substr(unfinishedReplacementPrefix.size()));
     for (const auto& file : files) {
