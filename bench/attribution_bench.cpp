@@ -1,6 +1,7 @@
-// How much of what real applications leave behind a scan finds, and how often it takes what another one left.
-// Lays the leftovers of every application in the data on one volume and scans for each application in turn.
-// Usage: attribution_bench FILE.jsonl (one application an object; bench/README.md names the fields)
+// Measures which share of real applications' leftovers a scan finds, and how often it takes another
+// application's. Puts the leftovers of every application in the data on one volume and scans for each
+// application in turn. Usage: attribution_bench FILE.jsonl (one application per line; bench/README.md
+// describes the fields)
 
 #include "base/property_list.h"
 #include "base/text.h"
@@ -53,7 +54,7 @@ AppTarget targetOf(const Cask& cask) {
     return target;
 }
 
-/// Folders, but files where only a file of a kind is looked at.
+/// Creates folders, but files where only files of a certain kind are searched.
 void lay(const fs::path& root, const Path& leftover) {
     const auto place = root / leftover.string().substr(1);
     const auto parent = leftover.parent().lastComponent();
@@ -65,7 +66,7 @@ void lay(const fs::path& root, const Path& leftover) {
     if (isJob)
         std::ofstream(place) << writeXmlPropertyList(PropertyListDictionary{{"Label", leftover.stem()}});
     else
-        std::ofstream(place, std::ios::app).flush(); // fails where it is a folder
+        std::ofstream(place, std::ios::app).flush(); // fails if it is a folder
 }
 
 bool isNameTheIdentifier(const Path& leftover, const std::string& bundleID) {
@@ -129,7 +130,7 @@ class Bench {
                     whole);
     }
 
-    /// What stands in the lists of others alone, or holds such a thing, is one too many.
+    /// A find that is only in the lists of others, or contains such an item, counts as wrong.
     void countClaim(Score& score, const Cask& cask, const Trace& trace) const {
         const auto* path = movedPath(trace.action);
         if (!path || trace.category == TraceCategory::application) return;
@@ -183,7 +184,7 @@ class Bench {
     const std::vector<Cask>& casks_;
     const FileSystem& files_;
     std::multimap<Path, const Cask*> owners_;
-    std::map<Path, bool> locations_; ///< to whether it has vendors' folders
+    std::map<Path, bool> locations_; ///< → whether it has vendors' folders
 };
 
 } // namespace

@@ -1,5 +1,5 @@
-// Measures what a click in a long list of finds costs, when everything that follows from the choice is worked
-// out at once. Usage: choice_bench [FINDS]
+// Measures the cost of a click in a long list of finds, including everything derived from the selection.
+// Usage: choice_bench [FINDS]
 
 #include "removal/removal_choice.h"
 #include "stopwatch.h"
@@ -11,7 +11,7 @@ using namespace tidwen;
 
 namespace {
 
-/// Groups of ten; one in ten of their items lies in a folder of theirs.
+/// Groups of ten; one of their ten items is in a folder of the group.
 std::shared_ptr<const OrphanScanResult> finds(std::size_t count) {
     OrphanScanResult result;
     for (std::size_t i = 0; i < count; ++i) {

@@ -1,5 +1,5 @@
-// Measures reading the history of 5,000 runs against reading the same manifests once, plainly.
-// Usage: history_bench FOLDER; the volume is written in it unless the folder is there, and left behind.
+// Compares reading the history of 5,000 runs with reading the same manifests once without further work.
+// Usage: history_bench FOLDER; writes the volume there unless the folder exists, and keeps it.
 
 #include "posix/rooted_file_system.h"
 #include "quarantine/history.h"
@@ -21,11 +21,11 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int runs = 5000;
-constexpr int itemsPerRun = 12; // what a middling application leaves
+constexpr int itemsPerRun = 12; // an average application's number of leftovers
 
 const UserEnvironment alice{Path("/Users/alice"), ::geteuid(), {}, {}};
 
-/// A run whose items still lie in quarantine, as most do until they are purged.
+/// A run whose items are still in quarantine, as is usual before a purge.
 Manifest makeRun(int number) {
     const Timestamp date = *parseIso8601("2026-01-01T00:00:00Z") + std::chrono::seconds(number);
     const std::string name = fmt::format("Marlin {}", number);
@@ -42,7 +42,7 @@ Manifest makeRun(int number) {
     return run;
 }
 
-/// The manifests' places on this machine.
+/// The paths of the manifests on this machine.
 std::vector<std::string> writeVolume(const fs::path& root) {
     const auto host = [&](const std::string& macPath) { return root / macPath.substr(1); };
     const bool isWritten = fs::exists(root);

@@ -1,5 +1,5 @@
-// Measures the list of installed applications, with everything the home grid shows but their sizes, against
-// nothing but reading and parsing their Info.plists. Usage: inventory_bench VOLUME
+// Compares listing the installed applications, with everything the home grid shows except sizes, with just
+// reading and parsing their Info.plists. Usage: inventory_bench VOLUME
 
 #include "base/property_list.h"
 #include "inventory/app_inventory.h"
@@ -19,7 +19,7 @@ using namespace tidwen;
 
 namespace {
 
-/// As plainly as it can be done.
+/// In the simplest way.
 bool readsInfo(const std::string& file) {
     char bytes[64 << 10];
     const int opened = ::open(file.c_str(), O_RDONLY | O_CLOEXEC);
@@ -41,7 +41,7 @@ int main(int argc, char** argv) {
     const FileCodeSignatures signatures(**files);
     VolumeRunningApplications running;
     const auto bundles = findApplicationBundles(**files, *user);
-    std::size_t read = 0, listed = 0; // used, so that the compiler leaves the work in
+    std::size_t read = 0, listed = 0; // used, so that the compiler cannot drop the work
     const auto seconds = tidwen::bench::secondsOf(
         11, {[&] {
                  for (const auto& bundle : bundles)

@@ -1,6 +1,5 @@
-// Measures what a window asks of a list of leftovers: making it ready, what happens on every key stroke in
-// its search field, against one pass over the same records, and choosing all of it. Usage: leftover_bench
-// [LEFTOVERS]
+// Measures a window's operations on a list of leftovers: preparing it, filtering it on every key stroke,
+// compared with one pass over the same records, and selecting all of it. Usage: leftover_bench [LEFTOVERS]
 
 #include "base/text.h"
 #include "peak_memory.h"
@@ -16,7 +15,7 @@ using namespace tidwen;
 
 namespace {
 
-/// Paths of invented applications, of all categories and sizes, always the same.
+/// Paths of invented applications, of all categories and sizes; deterministic.
 std::vector<Trace> leftovers(std::size_t count) {
     static constexpr const char* words[] = {"marlin", "harbor", "quill", "tidepool", "Café", "lantern"};
     std::mt19937 random(7);
@@ -35,7 +34,7 @@ std::vector<Trace> leftovers(std::size_t count) {
     return traces;
 }
 
-/// What every answer to a key stroke has to look at: who passes, and their sum.
+/// The minimum work per key stroke: which records match, and their sum.
 std::int64_t onePass(const std::vector<Trace>& traces, std::string_view sought) {
     std::int64_t sum = 0;
     for (const auto& trace : traces)
@@ -45,7 +44,7 @@ std::int64_t onePass(const std::vector<Trace>& traces, std::string_view sought) 
     return sum;
 }
 
-/// The slowest of what a window asks the main thread for, in seconds.
+/// The slowest accessor that a window calls on the main thread, in seconds.
 double slowestAccessor(SweepState& state, std::int64_t& sum) {
     const auto seconds = tidwen::bench::secondsOf(
         9, {[&] { sum += state.snapshot().totalCount; }, [&] { sum += state.allIDs().size(); },
@@ -79,7 +78,7 @@ int main(int argc, char** argv) {
                                                     state.finish(std::move(found));
                                                     settle();
                                                 }});
-    std::int64_t sum = 0; // keeps the compiler from leaving a pass out
+    std::int64_t sum = 0; // keeps the compiler from dropping a pass
     const auto accessor = slowestAccessor(state, sum);
     const auto all = tidwen::bench::secondsOf(9, {[&] {
                                                   for (const auto& tier : state.snapshot().tree.tiers)

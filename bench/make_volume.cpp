@@ -1,6 +1,6 @@
-// Writes the volume that the scan is measured on: invented applications with what they leave behind, and the
-// system's own entries between them. Always the same for the same numbers.
-// Usage: make_volume FOLDER [APPLICATIONS [FILES [ORPHANS]]]; the folder must not exist.
+// Writes the volume for the scan benchmark: invented applications with their leftovers, and the system's own
+// entries between them. Deterministic for the same numbers. Usage: make_volume FOLDER [APPLICATIONS [FILES
+// [ORPHANS]]]; the folder must not exist.
 
 #include "base/property_list.h"
 #include "sample/bill_of_materials_writer.h"
@@ -36,7 +36,7 @@ class VolumeWriter {
             name_ = i < 3 ? known[i] : words() + (i % 2 ? "" : " " + std::to_string(i));
             vendor_ = i % 3 == 0 ? word() : vendor_;
             identifier_ = "com." + vendor_ + "." + word() + std::to_string(i);
-            // A few applications hold a good part of the files, as on a real disk.
+            // A few applications have a large part of the files, as on a real disk.
             const auto share = files_ / applications_;
             writeApplication(i, i == 0 ? share * 36 : i % 50 == 1 ? share * 6 : share * 3 / 4);
         }
@@ -44,7 +44,7 @@ class VolumeWriter {
             writeOrphans(i);
     }
 
-    /// Single files of as many applications that are gone, in four places.
+    /// Single files of that many removed applications, in four places.
     void writeManyOrphans(std::size_t count) {
         static constexpr const char* places[] = {"Caches/", "Preferences/", "HTTPStorages/",
                                                  "Application Support/"};
@@ -85,7 +85,7 @@ class VolumeWriter {
         writeFiles(bundle + "Resources/", stop > written_ ? stop - written_ : 0);
     }
 
-    /// What an application left behind that is no longer there.
+    /// The leftovers of a removed application.
     void writeOrphans(std::size_t number) {
         const auto identifier = "com.gone" + std::to_string(number) + "." + word();
         write("Library/Preferences/" + identifier + ".plist", property(identifier));
@@ -143,7 +143,7 @@ class VolumeWriter {
         if (number % 3 == 0) writeContainer("Containers/" + identifier, identifier);
     }
 
-    /// Below the home's Library, with a folder for every forty files.
+    /// Below the home's Library, with one folder per forty files.
     void writeTree(const std::string& folder, std::size_t files) {
         writeFiles(home + ("Library/" + folder) + "/", files);
     }
@@ -190,7 +190,7 @@ class VolumeWriter {
     std::size_t written_ = 0;
     std::mt19937 random_{42};
     fs::path parent_;
-    std::string name_, vendor_ = "corvella", identifier_; ///< of the application at hand
+    std::string name_, vendor_ = "corvella", identifier_; ///< of the current application
 };
 
 } // namespace

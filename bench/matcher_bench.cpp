@@ -1,5 +1,5 @@
-// How much faster the matcher judges a name than the plain rules do that ask every other application in turn,
-// and whether both always answer the same. Usage: matcher_bench [APPLICATIONS]
+// Measures how much faster the matcher judges a name than a plain implementation that compares it with every
+// other application in turn, and checks that both always agree. Usage: matcher_bench [APPLICATIONS]
 
 #include "base/text.h"
 #include "scan/matching/residue_matcher.h"
@@ -14,8 +14,8 @@ using namespace tidwen;
 
 namespace {
 
-/// The rules as one would first write them down: a loop over every helper and every other application. With
-/// `arePrepared` the loop's strings are put together once, which is the best a loop can do.
+/// A straightforward implementation of the rules: a loop over every helper and every other application. With
+/// `arePrepared` the loop's strings are computed once, which is the best a loop can do.
 class PlainMatcher {
   public:
     PlainMatcher(const AppTarget& target, const std::vector<InstalledIdentity>& installed,
@@ -74,12 +74,12 @@ class PlainMatcher {
     std::string identifier_;
     std::string name_;
     std::string canonicalName_;
-    std::vector<std::pair<std::string, std::string>> others_; ///< also with a point before it
+    std::vector<std::pair<std::string, std::string>> others_; ///< each also with a leading dot
     std::vector<std::string> helpers_;
     bool arePrepared_;
 };
 
-/// Invented names, always the same ones.
+/// Invented names; deterministic.
 class Names {
   public:
     std::string word() {
@@ -111,7 +111,7 @@ std::vector<InstalledIdentity> installedApplications(Names& names, std::size_t c
     return installed;
 }
 
-/// What Library folders hold: mostly names made of identifiers, the system's own, and plain names.
+/// Typical names in Library folders: mostly based on identifiers, the system's own, and plain names.
 std::vector<std::string> candidateNames(Names& names, const std::vector<InstalledIdentity>& installed,
                                         const AppTarget& target) {
     static const std::vector<std::string> endings = {
@@ -191,7 +191,7 @@ int main(int argc, char** argv) {
     std::printf("%zu other applications, %zu names, %zu of them the target's, %zu answers differ\n",
                 installed.size() - 1, candidates.size(), matches, differences);
 
-    std::size_t sum = 0; // keeps the compiler from leaving the work out
+    std::size_t sum = 0; // keeps the compiler from dropping the work
     const auto judgeAll = [&](auto judge) {
         return [&, judge] {
             for (const auto& name : lower)

@@ -1,6 +1,6 @@
-// Measures `tidwen scan` on a volume against the system's own tools doing the least that the answer takes:
-// `du` over the folders that are found, and a listing of the places that are searched. Usage: scan_bench
-// VOLUME TIDWEN APPLICATION…; each a Mac path, the first one is held against the targets.
+// Compares `tidwen scan` on a volume with the least work the system's own tools need for the answer: `du`
+// over the folders found, and a listing of the places searched. Usage: scan_bench VOLUME TIDWEN APPLICATION…;
+// each a Mac path, the first one is compared with the targets.
 
 #include "command.h"
 #include "platform/file_code_signatures.h"
@@ -35,7 +35,7 @@ class ScanBench {
         user_ = *user;
     }
 
-    /// Against the targets when `isMeasured`; otherwise the numbers are printed alone.
+    /// Compared with the targets if `isMeasured`; otherwise only printed.
     bool compare(const std::string& application, bool isMeasured) {
         Command du = {"du", "-s", "--"};
         Command list = {"ls", "-f", "--"};
@@ -105,7 +105,7 @@ class ScanBench {
         return scanner.scan(target);
     }
 
-    /// Where the time goes, inside this process.
+    /// Time per part, inside this process.
     void printParts(const std::string& application) const {
         const auto target = load(application);
         const auto bundles = look();

@@ -8,7 +8,7 @@
 
 namespace tidwen::bench {
 
-// Times pieces of work against one another and prints the ratio beside its target.
+// Times several works alternately and prints the ratio beside its target.
 
 inline double median(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
@@ -16,8 +16,8 @@ inline double median(std::vector<double> values) {
     return *middle;
 }
 
-/// Seconds that each of the works takes: medians over `rounds` in which they take turns, so that whatever
-/// else the machine does meets all of them, after one round that warms the caches.
+/// Seconds per work: medians over `rounds` in which the works alternate, so that other load on the machine
+/// affects all of them, after one round that warms the caches.
 inline std::vector<double> secondsOf(int rounds, const std::vector<std::function<void()>>& works) {
     using Clock = std::chrono::steady_clock;
     std::vector<std::vector<double>> seconds(works.size());
@@ -33,7 +33,7 @@ inline std::vector<double> secondsOf(int rounds, const std::vector<std::function
     return medians;
 }
 
-/// One line of a report: what was measured, the ratio, the target, and whether it holds.
+/// Prints one line of a report: what was measured, the ratio, the target; returns whether it is met.
 inline bool printRatio(const char* what, double ratio, const char* relation, double target) {
     const bool holds = *relation == '>' ? ratio >= target : ratio <= target;
     std::printf("%-58s %8.2f   target %s %-6g %s\n", what, ratio, relation, target, holds ? "ok" : "MISSED");

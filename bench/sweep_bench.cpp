@@ -1,6 +1,6 @@
-// Measures `tidwen orphans` on a volume against `find` over the places that it searches, which does the least
-// that looking everywhere takes. Usage: sweep_bench VOLUME TIDWEN, or sweep_bench --many VOLUME TIDWEN for a
-// volume of 200,000 leftovers, which is measured by itself.
+// Compares `tidwen orphans` on a volume with `find` over the places that it searches, the least work for a
+// complete search. Usage: sweep_bench VOLUME TIDWEN, or sweep_bench --many VOLUME TIDWEN for a volume of
+// 200,000 leftovers, which is measured without comparison.
 
 #include "command.h"
 #include "posix/rooted_file_system.h"
@@ -19,7 +19,7 @@ using tidwen::bench::run;
 
 namespace {
 
-/// The locations that are there and lie in no other one.
+/// The existing locations that are not inside another one.
 std::vector<Path> topLocations(const FileSystem& files, const UserEnvironment& user) {
     std::vector<Path> all, top;
     for (const auto& location : searchLocations(user))
@@ -31,7 +31,7 @@ std::vector<Path> topLocations(const FileSystem& files, const UserEnvironment& u
     return top;
 }
 
-/// Neither the search nor the document may grow beyond what a small Mac has to spare.
+/// Neither the search nor the document may need more memory than a small Mac has to spare.
 int measureMany(const std::string& root, const char* tidwen) {
     const Command orphans = {tidwen, "--volume", root, "orphans", "--json"};
     const auto seconds = tidwen::bench::secondsOf(3, {[&] { run(orphans, 2); }});

@@ -1,7 +1,7 @@
-// How much of what removed applications left behind the sweep finds, and whether it claims what an installed
-// one uses. Lays 120 installed and 300 removed applications of the data on a volume, as a disk has them:
-// bundles with helpers, containers with their records, jobs with their programs, packages with their
-// receipts. Usage: sweep_recall_bench FILE.jsonl [SEEDS]; MISS=1 names what is missed, too.
+// Measures which share of removed applications' leftovers the sweep finds, and whether it claims what an
+// installed one uses. Puts 120 installed and 300 removed applications of the data on a volume like a real
+// disk: bundles with helpers, containers with their records, jobs with their programs, packages with their
+// receipts. Usage: sweep_recall_bench FILE.jsonl [SEEDS]; MISS=1 also lists what is missed.
 
 #include "base/property_list.h"
 #include "base/text.h"
@@ -44,7 +44,7 @@ bool isPattern(const Path& path) {
     return path.string().find_first_of("*?{[") != std::string::npos;
 }
 
-/// The volume, while applications are put on it.
+/// The volume while applications are added to it.
 class Disk {
   public:
     explicit Disk(fs::path root) : root_(std::move(root)) {}
@@ -57,7 +57,7 @@ class Disk {
         leave(cask);
     }
 
-    /// What the application leaves, whether it is there or not.
+    /// Writes the application's leftovers, whether it is installed or not.
     void leave(const Cask& cask) {
         for (const auto& leftover : cask.leftovers)
             if (!isPattern(leftover)) lay(leftover, cask);
@@ -131,7 +131,7 @@ bool holds(const std::vector<Path>& paths, const Path& path) {
     return std::any_of(paths.begin(), paths.end(), [&](const Path& each) { return path.isWithin(each); });
 }
 
-/// In a folder that the sweep looks through, or in a maker's folder there.
+/// In a folder that the sweep searches, or in a vendor's folder there.
 bool isInReach(const Path& leftover) {
     static const auto locations = searchLocations(user());
     return std::any_of(locations.begin(), locations.end(), [&](const SearchLocation& location) {
@@ -177,7 +177,7 @@ void measure(Score& score, const std::vector<Path>& found, const std::vector<con
     for (const auto* cask : removed) {
         std::size_t ofThis = 0, foundOfThis = 0;
         for (const auto& leftover : cask->leftovers) {
-            // What an installed application uses as well is not left behind.
+            // What an installed application also uses is not a leftover.
             if (isPattern(leftover) || used.contains(leftover.string())) continue;
             const bool isFound = holds(found, leftover);
             const bool canBe = isInReach(leftover);
@@ -214,7 +214,7 @@ int main(int argc, char** argv) {
             order.push_back(&cask);
         std::shuffle(order.begin(), order.end(), std::mt19937(static_cast<unsigned>(seed)));
         const std::vector<const Cask*> installed(order.begin(), order.begin() + installedCount);
-        // Editions of one application share what they leave.
+        // Editions of one application share their leftovers.
         std::vector<const Cask*> removed;
         for (auto each = order.begin() + installedCount; each != order.end() && removed.size() < removedCount;
              ++each)
