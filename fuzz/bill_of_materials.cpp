@@ -1,4 +1,4 @@
-// Bills of materials: every path stays below the place where the package was installed.
+// Bills of materials: every path stays below the package's install location.
 
 #include "platform/bill_of_materials.h"
 

@@ -1,5 +1,5 @@
-// Manifests, journals, and requests from other processes: what is accepted can be written, reads as the same
-// again, and names no place outside its quarantine folder.
+// Manifests, journals, and requests from other processes: what is accepted can be written, reads back equal,
+// and names no place outside its quarantine folder.
 
 #include "base/path_key.h"
 #include "base/text.h"
@@ -22,7 +22,7 @@ void requireSafe(const Path& root, const std::vector<ManifestEntry>& entries) {
         if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
         const Path source(entry.source), destination(*entry.destination);
         require(source.isAbsolute() && !source.hasTraversal());
-        // In any letter case: a Mac's disk finds the same item.
+        // In any letter case, because a Mac's disk finds the same item.
         require(!destination.hasTraversal() && pathKey(destination).isWithin(pathKey(root)));
         require(pathKey(destination) != pathKey(root));
         require(isValidUtf8(entry.source) && isValidUtf8(*entry.destination));

@@ -1,5 +1,5 @@
-// JSON documents: they read as the JSON library reads them, but for what it lets pass (deep ones, a key twice
-// in an object); what is read can be written, and reads as the same again.
+// JSON documents: parsed like the JSON library does, except for what the library tolerates (deep nesting,
+// duplicate keys); what is parsed can be written and reads back equal.
 
 #include "base/json.h"
 
@@ -13,7 +13,7 @@ namespace {
 
 using nlohmann::json;
 
-/// Looks through a document for what the library lets pass.
+/// Checks a document for what the library tolerates.
 class StrictnessCheck : public nlohmann::json_sax<json> {
   public:
     bool null() override { return true; }
@@ -21,7 +21,7 @@ class StrictnessCheck : public nlohmann::json_sax<json> {
     bool number_integer(number_integer_t) override { return true; }
     bool number_unsigned(number_unsigned_t) override { return true; }
     bool number_float(number_float_t, const string_t& text) override {
-        return text.find_first_of(".eE") != text.npos; // a whole number that 64 bits do not hold
+        return text.find_first_of(".eE") != text.npos; // an integer that does not fit in 64 bits
     }
     bool string(string_t&) override { return true; }
     bool binary(binary_t&) override { return true; }
@@ -52,7 +52,7 @@ std::optional<json> parsedByTheLibrary(std::string_view text) {
     return json::parse(text);
 }
 
-/// Equal down to the types of numbers, which `==` takes for the same.
+/// Equal including the types of numbers, which `==` ignores.
 bool isSame(const std::optional<json>& a, const std::optional<json>& b) {
     return a.has_value() == b.has_value() && (!a || (*a == *b && a->dump() == b->dump()));
 }

@@ -1,4 +1,4 @@
-// Executables and the pieces of their signatures: what comes out is clean text, whatever goes in.
+// Executables and the parts of their signatures: the result is valid text for every input.
 
 #include "base/text.h"
 #include "platform/code_directory.h"

@@ -1,4 +1,4 @@
-// ".strings" files: what is read is valid UTF-8, and reads the same when it is written out again.
+// ".strings" files: what is read is valid UTF-8 and reads back equal after writing.
 
 #include "base/strings_file.h"
 #include "base/text.h"

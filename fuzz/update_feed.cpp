@@ -1,4 +1,4 @@
-// Update feeds: what is read keeps its bounds, and nothing in it is offered that would lead back.
+// Update feeds: what is read respects the limits, and no release older than the running version is offered.
 
 #include "services/update_feed.h"
 

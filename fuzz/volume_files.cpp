@@ -1,5 +1,5 @@
-// The property lists in which macOS and applications keep what a scan asks for, read where they lie. The
-// first byte chooses the file.
+// The property lists of macOS and applications that a scan reads, in their own places. The first byte selects
+// the file.
 
 #include "base/text.h"
 #include "platform/file_code_signatures.h"
@@ -30,7 +30,7 @@ constexpr std::string_view files[] = {
     "/Users/alice/Library/Containers/com.example.marlin/.com.apple.containermanagerd.metadata.plist",
 };
 
-/// One folder for the whole run; in memory where the machine has such a place.
+/// One folder for the whole run; in memory where possible.
 struct Volume {
     Volume() {
         const std::filesystem::path memory = "/dev/shm";
