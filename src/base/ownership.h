@@ -7,7 +7,8 @@
 namespace tidwen {
 
 /// Owner and group of a file. What root creates inside a user's home is given to that user, who could
-/// otherwise neither read nor delete it; for other processes this grants nothing that the kernel forbids.
+/// otherwise neither read nor delete it. Other processes may not change owners; for them a refusal is no
+/// error.
 struct Ownership {
     uid_t user = 0;
     gid_t group = 0;

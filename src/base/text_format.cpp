@@ -8,7 +8,7 @@ namespace tidwen {
 
 namespace {
 
-/// The placeholder at the start of `text` ("%…") and its length. Empty when there is none.
+/// The placeholder at the start of `text` ("%…") and its length; nullopt when there is none.
 struct Placeholder {
     FormatPart part;
     std::size_t length = 0;

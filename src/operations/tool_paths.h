@@ -1,7 +1,7 @@
 #pragma once
 
 /// The macOS tools that Tidwen runs. Always absolute, so no search path is used. (The administrator batch has
-/// its own literal paths, because its exact text is tested.)
+/// its own literal paths, because its exact text is a contract.)
 namespace tidwen::toolPaths {
 
 inline constexpr const char* osascript = "/usr/bin/osascript";
