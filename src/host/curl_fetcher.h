@@ -10,7 +10,7 @@ namespace tidwen {
 /// network code and starts faster.
 ///
 /// TLS 1.2 or later, certificates verified; redirects only to https; no cookies, credentials, stored state or
-/// compression; "User-Agent: Tidwen". Honours the usual proxy variables of the environment.
+/// compression; "User-Agent: Tidwen". Uses the usual proxy variables of the environment.
 class CurlFetcher : public HttpsFetcher {
   public:
     /// `authorities`: a file with the certificates to trust instead of the system's; empty for the system's.

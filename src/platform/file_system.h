@@ -158,7 +158,7 @@ class FileSystem {
     virtual FileResult<void> createDirectories(const Path& folder) = 0;
     /// Moves an item; a link is moved itself. Never replaces anything and never moves a mount (`otherDisk`).
     /// Between devices everything is copied, flushed and compared before the original is removed. After an
-    /// error the original is complete in its old place. Leftovers of an earlier move do not prevent another
+    /// error the original is complete in its old place. Remains of an earlier move do not prevent another
     /// one.
     virtual MoveResult move(const Path& from, const Path& to) = 0;
     /// Recovers a move between devices that was killed or left remains: completes it when the original was

@@ -84,7 +84,7 @@ class OtherApplications {
 
   private:
     using Index =
-        std::vector<std::pair<std::string, std::size_t>>; ///< sorted; the second is an index of `bundles_`
+        std::vector<std::pair<std::string, std::size_t>>; ///< sorted; the second is an index into `bundles_`
     struct Carried;
 
     std::optional<Claimant> claimant(const Index& index, std::string_view key) const;
