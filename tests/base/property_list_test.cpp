@@ -87,7 +87,7 @@ using Other = std::unique_ptr<void, void (*)(plist_t)>;
 Other readByOther(const std::string& bytes) {
     plist_t list = nullptr;
     const auto size = static_cast<std::uint32_t>(bytes.size());
-    const auto read = [&](auto function) { // since 2.3 it has an argument more, for the form that it met
+    const auto read = [&](auto function) { // since 2.3 it has another argument, for the form it found
         if constexpr (std::is_invocable_v<decltype(function), const char*, std::uint32_t, plist_t*>)
             function(bytes.data(), size, &list);
         else

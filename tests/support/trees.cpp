@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* attribute = "user.com.example.tag";
 
-#ifdef __APPLE__ // two arguments more: an offset that only resource forks have, and options
+#ifdef __APPLE__ // two more arguments: an offset, only for resource forks, and options
 ssize_t attributeOf(const fs::path& item, char* value, std::size_t size) {
     return ::getxattr(item.c_str(), attribute, value, size, 0, 0);
 }
