@@ -15,6 +15,7 @@ namespace tidwen {
 
 struct TreeSize;
 
+/// A page of System Settings on which only the user can change something.
 enum class SettingsPane { fullDiskAccess, loginItemsAndExtensions, privacyAndSecurity };
 
 /// A step that only the user can take.
