@@ -46,7 +46,7 @@ class Descriptor {
 
 /// Repeats a call that was interrupted by a signal.
 template<class Call>
-auto uninterrupted(Call call) {
+auto retryOnEintr(Call call) {
     auto result = call();
     while (result == -1 && errno == EINTR)
         result = call();

@@ -104,7 +104,7 @@ bool Path::isWithin(const Path& ancestor) const {
 
 bool Path::isWithinIgnoringCase(const Path& ancestor) const {
     // Mac file systems treat composed and decomposed names as equal, so both are normalized.
-    return textIsWithin(lowercased(composed(text_)), lowercased(composed(ancestor.text_)));
+    return textIsWithin(folded(text_), folded(ancestor.text_));
 }
 
 Path Path::operator/(std::string_view component) const {

@@ -116,7 +116,7 @@ std::string lowercased(std::string_view text) {
     return result;
 }
 
-std::string composed(std::string_view text) {
+std::string nfc(std::string_view text) {
     if (isAscii(text)) return std::string(text);
     UErrorCode status = U_ZERO_ERROR;
     const auto* form = icu::Normalizer2::getNFCInstance(status);
@@ -128,6 +128,10 @@ std::string composed(std::string_view text) {
     return result;
 }
 
+std::string folded(std::string_view text) {
+    return lowercased(nfc(text));
+}
+
 std::string canonicalForm(std::string_view name) {
     std::string result;
     result.reserve(name.size());
@@ -137,7 +141,7 @@ std::string canonicalForm(std::string_view name) {
                 result += asciiLower(c);
         return result;
     }
-    forEachCodePoint(lowercased(composed(name)), [&](char32_t c, std::string_view bytes, bool) {
+    forEachCodePoint(folded(name), [&](char32_t c, std::string_view bytes, bool) {
         const auto mask = U_GET_GC_MASK(static_cast<UChar32>(c));
         if ((mask & (U_GC_L_MASK | U_GC_N_MASK)) != 0) result += bytes;
     });
@@ -147,14 +151,14 @@ std::string canonicalForm(std::string_view name) {
 std::string fileNameKey(std::string_view name) {
     if (isAscii(name)) return lowercased(name);
     std::string kept;
-    forEachCodePoint(composed(name), [&](char32_t c, std::string_view bytes, bool) {
+    forEachCodePoint(nfc(name), [&](char32_t c, std::string_view bytes, bool) {
         if (!u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_DEFAULT_IGNORABLE_CODE_POINT)) kept += bytes;
     });
     std::string folded;
     UErrorCode status = U_ZERO_ERROR;
     icu::StringByteSink<std::string> sink(&folded);
     icu::CaseMap::utf8Fold(0, piece(kept), sink, nullptr, status);
-    return composed(folded);
+    return nfc(folded);
 }
 
 std::size_t characterCount(std::string_view text) {

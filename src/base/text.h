@@ -11,7 +11,11 @@ namespace tidwen {
 std::string lowercased(std::string_view text);
 
 /// Composed (NFC), so that a name from a file system that stores decomposed names equals a typed one.
-std::string composed(std::string_view text);
+std::string nfc(std::string_view text);
+
+/// Composed and lower-cased: the form in which names and identifiers are compared where letter case does not
+/// count.
+std::string folded(std::string_view text);
 
 /// Composed and lower-cased, reduced to letters and digits: "My-App 2" becomes "myapp2".
 std::string canonicalForm(std::string_view name);

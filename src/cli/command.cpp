@@ -26,18 +26,18 @@ std::optional<CommandSyntax> syntaxOf(const std::string& command) {
 
 } // namespace
 
-void CommandContext::complain(const Message& what) const {
-    console.complain(texts.text(what), what.key);
+void CommandContext::error(const Message& what) const {
+    console.error(texts.text(what), what.key);
 }
 
-void CommandContext::complainOf(const Problem& what) const {
-    console.complain(what.text(texts), what.reason.key);
+void CommandContext::report(const Problem& what) const {
+    console.error(what.text(texts), what.reason.key);
 }
 
 ExitStatus CommandContext::refuse(const Message& reason, const std::optional<std::string>& meant) const {
     auto line = texts.text(reason);
     if (meant) line += " " + text("cli.didYouMean %@", {*meant});
-    console.complain(line, reason.key);
+    console.error(line, reason.key);
     return ExitStatus::refused;
 }
 

@@ -39,8 +39,8 @@ struct CommandContext {
         return texts.text(key, fill);
     }
     /// Says what went wrong.
-    void complain(const Message& what) const;
-    void complainOf(const Problem& what) const;
+    void error(const Message& what) const;
+    void report(const Problem& what) const;
     /// Says why nothing is done, and which word may have been `meant`.
     ExitStatus refuse(const Message& reason, const std::optional<std::string>& meant = {}) const;
     /// The same for a call that the command cannot make sense of; says how to call it.

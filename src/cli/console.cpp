@@ -14,19 +14,19 @@ namespace tidwen {
 
 namespace {
 
-const char* escapeOf(Paint paint) {
+const char* escapeOf(Style paint) {
     switch (paint) {
-    case Paint::plain:
+    case Style::plain:
         return "";
-    case Paint::strong:
+    case Style::strong:
         return "\x1b[1m";
-    case Paint::faint:
+    case Style::faint:
         return "\x1b[2m";
-    case Paint::good:
+    case Style::good:
         return "\x1b[32m";
-    case Paint::caution:
+    case Style::caution:
         return "\x1b[33m";
-    case Paint::danger:
+    case Style::danger:
         return "\x1b[31m";
     }
     return "";
@@ -96,13 +96,13 @@ void Console::put(std::FILE* file, std::string_view text) {
     if (!written && file == output_ && outputError_ == 0) outputError_ = errno;
 }
 
-std::string Console::painted(const Span& span) const {
+std::string Console::painted(const StyledText& span) const {
     auto text = printable(span.text);
-    if (!showsColours_ || span.paint == Paint::plain || text.empty()) return text;
+    if (!showsColours_ || span.paint == Style::plain || text.empty()) return text;
     return escapeOf(span.paint) + text + "\x1b[0m";
 }
 
-void Console::line(const std::vector<Span>& spans) {
+void Console::line(const std::vector<StyledText>& spans) {
     if (voice_ == Voice::quiet) return;
     endProgress();
     const auto width = columns();
@@ -120,7 +120,7 @@ void Console::verbatim(const std::string& text) {
     putLine({{text}});
 }
 
-void Console::putLine(const std::vector<Span>& spans) {
+void Console::putLine(const std::vector<StyledText>& spans) {
     std::string text;
     for (const auto& span : spans)
         text += painted(span);
@@ -138,25 +138,25 @@ void Console::document(std::string_view text) {
     put(output_, text);
 }
 
-void Console::complain(std::string_view text, std::string_view key) {
-    putComplaint(fittedTo(errors_, "tidwen: " + printable(text)), text, key);
+void Console::error(std::string_view text, std::string_view key) {
+    putError(fittedTo(errors_, "tidwen: " + printable(text)), text, key);
 }
 
 void Console::advise(std::string_view text) {
-    putComplaint("tidwen: " + printable(text), text, {});
+    putError("tidwen: " + printable(text), text, {});
 }
 
-void Console::putComplaint(const std::string& line, std::string_view text, std::string_view key) {
-    complaints_.push_back({std::string(text), std::string(key)});
+void Console::putError(const std::string& line, std::string_view text, std::string_view key) {
+    reported_.push_back({std::string(text), std::string(key)});
     endProgress();
     std::fflush(output_); // so that the two streams keep their order where they meet
     put(errors_, line + "\n");
 }
 
-void Console::remark(std::string_view text) {
-    if (!showsRemarks()) return;
+void Console::note(std::string_view text) {
+    if (!showsNotes()) return;
     endProgress();
-    std::fflush(output_); // it comes after what it remarks on
+    std::fflush(output_); // it comes after what it is about
     put(errors_, fittedTo(errors_, printable(text)) + "\n");
 }
 
@@ -190,7 +190,7 @@ bool Console::finish() {
     endProgress();
     if (std::fflush(output_) != 0 && outputError_ == 0) outputError_ = errno;
     if (outputError_ != 0 && outputError_ != EPIPE)
-        complain("standard output: " + std::generic_category().message(outputError_));
+        error("standard output: " + std::generic_category().message(outputError_));
     return outputError_ == 0;
 }
 

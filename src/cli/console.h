@@ -10,17 +10,17 @@
 namespace tidwen {
 
 /// What a piece of a line means, shown by colour and weight where the terminal can.
-enum class Paint { plain, strong, faint, good, caution, danger };
+enum class Style { plain, strong, faint, good, caution, danger };
 
 /// A piece of a line. Text that came from outside is made harmless when it is printed.
-struct Span {
+struct StyledText {
     std::string text;
-    Paint paint = Paint::plain;
-    friend bool operator==(const Span&, const Span&) = default;
+    Style style = Style::plain;
+    friend bool operator==(const StyledText&, const StyledText&) = default;
 };
 
 /// A line about what went wrong, with the key of its words where that is known.
-struct Complaint {
+struct ErrorText {
     std::string text;
     std::string key = {};
 };
@@ -29,37 +29,37 @@ struct Complaint {
 std::string fittedTo(std::FILE* file, const std::string& text);
 
 /// The terminal, or what stands in its place: a pipe or a file. Results go to standard output; questions,
-/// complaints and progress to standard error. Used by one thread.
+/// errors and progress to standard error. Used by one thread.
 class Console {
   public:
-    /// `Quiet`: of results nothing is printed but documents, and nothing beside them but complaints.
+    /// `Quiet`: of results nothing is printed but documents, and nothing beside them but errors.
     enum class Voice { normal, quiet };
     Console(std::FILE* input, std::FILE* output, std::FILE* errors, Voice voice = Voice::normal);
 
-    /// One line of spans, control characters in them made visible. Where standard output is a terminal that
-    /// is narrower it becomes several (line_layout.h).
-    void line(const std::vector<Span>& spans);
+    /// One line of styled pieces, control characters in them made visible. Where standard output is a
+    /// terminal that is narrower it becomes several (line_layout.h).
+    void line(const std::vector<StyledText>& spans);
     /// One that stays as it is, so that a command in it can be copied.
     void verbatim(const std::string& text);
     /// Of the terminal that standard output is, at least `leastColumns`; nothing when it is none.
     std::optional<std::size_t> columns() const;
-    void line(std::string text, Paint paint = Paint::plain) { line({Span{std::move(text), paint}}); }
-    void blankLine() { line(std::vector<Span>{}); }
+    void line(std::string text, Style style = Style::plain) { line({StyledText{std::move(text), style}}); }
+    void blankLine() { line(std::vector<StyledText>{}); }
     /// A document, or a piece of one, as it stands.
     void document(std::string_view text);
     bool hasPrintedDocument() const { return hasPrintedDocument_; }
 
     /// "tidwen: " and the text, on standard error. `key`: of the words, where it is known.
-    void complain(std::string_view text, std::string_view key = {});
+    void error(std::string_view text, std::string_view key = {});
     /// The same for a line with a command to copy, which stays whole.
     void advise(std::string_view text);
-    /// What was complained of until now.
-    const std::vector<Complaint>& complaints() const { return complaints_; }
+    /// Every error so far.
+    const std::vector<ErrorText>& errors() const { return reported_; }
 
-    /// There is a person who sees remarks.
-    bool showsRemarks() const { return errorsAreTerminal_ && voice_ == Voice::normal; }
+    /// Somebody sees notes: standard error is a terminal.
+    bool showsNotes() const { return errorsAreTerminal_ && voice_ == Voice::normal; }
     /// A line beside the results, on standard error; only on a terminal.
-    void remark(std::string_view text);
+    void note(std::string_view text);
 
     /// Shows what is being done on a line that the next one overwrites, cut to the width; only on a terminal.
     void progress(std::string_view what);
@@ -76,15 +76,15 @@ class Console {
     /// Prints the question and waits for a line; true when it is one of `yesAnswers` (letter case ignored).
     bool ask(std::string_view question, const std::vector<std::string>& yesAnswers);
 
-    /// Flushes. False, with a complaint, when something could not be written, as on a full disk. A reader
-    /// that went away ("| head") is no reason to complain.
+    /// Flushes. False, with an error message, when something could not be written, as on a full disk. A
+    /// reader that went away ("| head") is no error.
     bool finish();
 
   private:
     void put(std::FILE* file, std::string_view text);
-    void putComplaint(const std::string& line, std::string_view text, std::string_view key);
-    void putLine(const std::vector<Span>& spans);
-    std::string painted(const Span& span) const;
+    void putError(const std::string& line, std::string_view text, std::string_view key);
+    void putLine(const std::vector<StyledText>& spans);
+    std::string painted(const StyledText& span) const;
 
     std::FILE* input_;
     std::FILE* output_;
@@ -96,7 +96,7 @@ class Console {
     bool progressShown_ = false;
     bool hasPrintedDocument_ = false;
     Voice voice_;
-    std::vector<Complaint> complaints_;
+    std::vector<ErrorText> reported_;
     int outputError_ = 0; ///< errno of the first failed write to standard output
 };
 

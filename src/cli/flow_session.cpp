@@ -44,11 +44,11 @@ bool FlowSession::scan(const std::vector<std::string>& words, ProtectedTargets o
     const auto named =
         findBundles(words, ApplicationFinder(mac.system.files, installed, HostPaths(mac.volume)));
     for (const auto& failure : named.failures)
-        context_.complainOf(failure);
+        context_.report(failure);
     someRefused_ = !named.failures.empty();
     if (named.bundles.empty()) return false;
     model_.loadTargets(named.bundles, ofProtected);
-    complainOfRefusals();
+    reportRefusals();
     return awaitScan();
 }
 
@@ -77,15 +77,15 @@ std::optional<OrphanScanResult> FlowSession::findOrphans() {
     main_.drain(); // a signal that came just when the sweep had ended
     context_.console.endProgress();
     if (!stop.token().stopRequested()) return result;
-    context_.console.complain(context_.text("cli.remove.cancelled"));
+    context_.console.error(context_.text("cli.remove.cancelled"));
     return std::nullopt;
 }
 
-void FlowSession::complainOfRefusals() {
+void FlowSession::reportRefusals() {
     if (model_.problems().empty()) return;
     someRefused_ = true;
     for (const auto& problem : model_.problems())
-        context_.complainOf(problem);
+        context_.report(problem);
     for (const auto& target : model_.protectedTargets())
         context_.console.advise(unprotectHint(target, context_));
 }
@@ -105,7 +105,7 @@ bool FlowSession::awaitScan() {
     main_.drain(); // a signal that came just when the scan had ended
     context_.console.endProgress();
     if (!isCalledOff) return true;
-    context_.console.complain(context_.text("cli.remove.cancelled"));
+    context_.console.error(context_.text("cli.remove.cancelled"));
     return false;
 }
 
@@ -134,7 +134,7 @@ void FlowSession::awaitRemoval() {
 
 void FlowSession::stopRemoval() {
     if (!std::holds_alternative<stage::Removing>(model_.stage())) return; // it came too late
-    context_.console.complain(context_.text("cli.stopping"));
+    context_.console.error(context_.text("cli.stopping"));
     model_.stop();
 }
 
@@ -145,7 +145,7 @@ void FlowSession::answer(const QuitPrompt& prompt) {
                                               {"y", "yes", context_.text("cli.answer.yes")});
     if (!goOn) {
         someLeftOut_ = true;
-        context_.console.complain(context_.text("cli.quit.leftOut %@", {prompt.appName}));
+        context_.console.error(context_.text("cli.quit.leftOut %@", {prompt.appName}));
     }
     model_.answerQuitPrompt(goOn ? QuitPromptChoice::forceContinue : QuitPromptChoice::cancelApp);
 }

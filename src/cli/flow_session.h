@@ -43,7 +43,7 @@ class FlowSession {
     bool someLeftOut() const { return someLeftOut_; }
 
   private:
-    void complainOfRefusals();
+    void reportRefusals();
     bool awaitScan();
     void showProgress();
     void awaitRemoval();

@@ -17,7 +17,7 @@ std::string command(const CommandSyntax& syntax, const Texts& texts);
 /// What stands behind a command that has no actions: "APP...", "[RUN]", nothing.
 std::string operands(const CommandSyntax& syntax);
 
-/// What follows every complaint of wrong usage: how to call the command, or without one the program, and
+/// What follows every message about wrong usage: how to call the command, or without one the program, and
 /// where to read more.
 std::string usage(const CommandSyntax* syntax, const Texts& texts);
 

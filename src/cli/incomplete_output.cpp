@@ -9,14 +9,14 @@ namespace tidwen {
 void printIncomplete(std::uint64_t leftOut, const std::vector<Path>& skippedNames,
                      const CommandContext& context) {
     for (const auto& path : skippedNames)
-        context.console.line(context.text("cli.skippedName %@", {path.string()}), Paint::caution);
+        context.console.line(context.text("cli.skippedName %@", {path.string()}), Style::caution);
     if (leftOut > 0)
-        context.console.line(context.text("cli.leftOut %lld", {std::to_string(leftOut)}), Paint::caution);
+        context.console.line(context.text("cli.leftOut %lld", {std::to_string(leftOut)}), Style::caution);
 }
 
 void printUnreadable(const std::vector<Path>& places, const CommandContext& context) {
     if (places.empty()) return;
-    context.console.line(context.text("cli.remove.unreadable"), Paint::caution);
+    context.console.line(context.text("cli.remove.unreadable"), Style::caution);
     for (const auto& place : places)
         context.console.line("  " + place.string());
 }
@@ -29,8 +29,8 @@ void printOwners(const BundleCoverage& owners, const CommandContext& context) {
     places.insert(places.end(), owners.uncounted.begin(), owners.uncounted.end());
     places.insert(places.end(), owners.damaged.begin(), owners.damaged.end());
     if (places.empty()) return;
-    context.console.line(context.text("cli.scan.owners.title"), Paint::caution);
-    context.console.line(context.text("cli.scan.owners.body"), Paint::faint);
+    context.console.line(context.text("cli.scan.owners.title"), Style::caution);
+    context.console.line(context.text("cli.scan.owners.body"), Style::faint);
     for (std::size_t i = 0; i < std::min(places.size(), mostShown); ++i)
         context.console.line("  " + places[i].string());
     if (places.size() > mostShown) context.console.line("  …");
@@ -38,8 +38,8 @@ void printOwners(const BundleCoverage& owners, const CommandContext& context) {
 
 void printUnsearchable(const ScanResult& result, const CommandContext& context) {
     const auto print = [&](const char* title, const char* body, const std::string& word) {
-        context.console.line(context.text(title), Paint::caution);
-        context.console.line(context.text(body, {word}), Paint::faint);
+        context.console.line(context.text(title), Style::caution);
+        context.console.line(context.text(body, {word}), Style::faint);
     };
     if (result.nameMatchingDisabled)
         print("review.genericName.title", "review.genericName.body %@", result.target.name);

@@ -13,11 +13,6 @@ namespace tidwen {
 
 namespace {
 
-/// Names are equal when they are equal to people: letter case and normal form do not count.
-std::string folded(std::string_view text) {
-    return lowercased(composed(text));
-}
-
 std::string joined(const std::vector<std::string>& parts) {
     std::string result;
     for (const auto& part : parts)

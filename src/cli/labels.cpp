@@ -8,15 +8,15 @@ std::string category(TraceCategory category, const Texts& texts) {
     return texts.text("category." + std::string(name(category)));
 }
 
-Span risk(TraceRisk risk, const Texts& texts) {
+StyledText risk(TraceRisk risk, const Texts& texts) {
     const auto title = texts.text("risk." + std::string(name(risk)) + ".title");
     switch (risk) {
     case TraceRisk::safe:
-        return {title, Paint::good};
+        return {title, Style::good};
     case TraceRisk::review:
-        return {title, Paint::caution};
+        return {title, Style::caution};
     case TraceRisk::sensitive:
-        return {title, Paint::danger};
+        return {title, Style::danger};
     }
     return {title};
 }

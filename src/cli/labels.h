@@ -17,7 +17,7 @@
 namespace tidwen::labels {
 
 std::string category(TraceCategory category, const Texts& texts);
-Span risk(TraceRisk risk, const Texts& texts);
+StyledText risk(TraceRisk risk, const Texts& texts);
 std::string reason(const MatchReason& reason, const Texts& texts);
 /// "3.9 MB", "over 3.9 MB"; empty when the size is not known.
 std::string size(std::optional<std::int64_t> bytes, bool isPartial, const Texts& texts);

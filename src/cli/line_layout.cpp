@@ -12,11 +12,11 @@ namespace {
 struct Piece {
     std::size_t blanks = 0;
     std::string text;
-    Paint paint = Paint::plain;
+    Style paint = Style::plain;
 };
 
 /// Adds the words of a span, or all of it when it is a path. Gives the blanks at its end.
-std::size_t addPieces(const Span& span, std::size_t blanks, std::vector<Piece>& pieces) {
+std::size_t addPieces(const StyledText& span, std::size_t blanks, std::vector<Piece>& pieces) {
     const auto text = printable(span.text);
     for (std::size_t at = 0; at < text.size();) {
         const auto begin = std::min(text.find_first_not_of(' ', at), text.size());
@@ -127,12 +127,12 @@ std::string wrappedText(const std::string& text, std::size_t columns) {
     return result;
 }
 
-std::vector<std::vector<Span>> wrapped(const std::vector<Span>& line, std::size_t columns) {
+std::vector<std::vector<StyledText>> wrapped(const std::vector<StyledText>& line, std::size_t columns) {
     std::vector<Piece> pieces;
     std::size_t blanks = 0;
     for (const auto& span : line)
         blanks = addPieces(span, blanks, pieces);
-    std::vector<std::vector<Span>> lines(1);
+    std::vector<std::vector<StyledText>> lines(1);
     if (pieces.empty()) return lines;
     const auto indentation = std::min(pieces.front().blanks + 4, columns / 4);
     std::size_t column = 0;

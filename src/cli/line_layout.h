@@ -21,6 +21,6 @@ std::string wrappedText(const std::string& text, std::size_t columns);
 
 /// The line in as many as it needs, broken between words and spans, what follows indented below the first. A
 /// span that is a path stays whole; what takes more than a line by itself is cut in the middle.
-std::vector<std::vector<Span>> wrapped(const std::vector<Span>& line, std::size_t columns);
+std::vector<std::vector<StyledText>> wrapped(const std::vector<StyledText>& line, std::size_t columns);
 
 } // namespace tidwen

@@ -9,7 +9,7 @@ namespace tidwen {
 
 namespace {
 
-std::size_t width(const Span& cell) {
+std::size_t width(const StyledText& cell) {
     return displayWidth(printable(cell.text));
 }
 
@@ -50,7 +50,7 @@ void Table::printInTwo(Console& console, std::size_t indentation, std::size_t co
     const auto heads = first.lines(indentation);
     for (std::size_t i = 0; i < rows_.size(); ++i) {
         console.line(heads[i]);
-        std::vector<Span> rest;
+        std::vector<StyledText> rest;
         for (std::size_t k = count; k < rows_[i].size(); ++k) {
             if (rows_[i][k].text.empty()) continue;
             rest.push_back({std::string(rest.empty() ? indentation + 4 : 2, ' ')});
@@ -60,11 +60,11 @@ void Table::printInTwo(Console& console, std::size_t indentation, std::size_t co
     }
 }
 
-std::vector<std::vector<Span>> Table::lines(std::size_t indentation) const {
+std::vector<std::vector<StyledText>> Table::lines(std::size_t indentation) const {
     const auto widths = this->widths();
-    std::vector<std::vector<Span>> result;
+    std::vector<std::vector<StyledText>> result;
     for (const auto& row : rows_) {
-        std::vector<Span> line{{std::string(indentation, ' ')}};
+        std::vector<StyledText> line{{std::string(indentation, ' ')}};
         for (std::size_t i = 0; i < row.size(); ++i) {
             if (widths[i] == 0) continue;
             const std::string padding(widths[i] - width(row[i]), ' ');

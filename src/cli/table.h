@@ -15,12 +15,12 @@ class Table {
     /// One entry per column; cells beyond them are aligned left.
     explicit Table(std::vector<Align> columns = {}) : columns_(std::move(columns)) {}
 
-    void add(std::vector<Span> cells) { rows_.push_back(std::move(cells)); }
+    void add(std::vector<StyledText> cells) { rows_.push_back(std::move(cells)); }
     bool empty() const { return rows_.empty(); }
 
     /// The rows, columns two blanks apart, each line begun with `indentation` blanks. A column that is empty
     /// in every row takes no room.
-    std::vector<std::vector<Span>> lines(std::size_t indentation = 0) const;
+    std::vector<std::vector<StyledText>> lines(std::size_t indentation = 0) const;
 
     /// The lines as they are, or on a terminal that they do not fit on two for each row: the columns that
     /// fit, long cells cut in the middle, and below them the rest.
@@ -31,7 +31,7 @@ class Table {
     void printInTwo(Console& console, std::size_t indentation, std::size_t columns) const;
 
     std::vector<Align> columns_;
-    std::vector<std::vector<Span>> rows_;
+    std::vector<std::vector<StyledText>> rows_;
 };
 
 } // namespace tidwen

@@ -73,16 +73,16 @@ class CommandRun {
 void tellOfCrash(const CommandContext& context, Log& log) {
     CrashReports reports(CrashReports::defaultFolder(), context.text("crash.introduction"), log);
     if (const auto report = reports.collect())
-        context.console.complain(context.text("crash.report %@", {report->string()}));
+        context.console.error(context.text("crash.report %@", {report->string()}));
 }
 
 /// Who reads documents gets one of a command that printed none because it was refused or failed.
 void documentFailure(const CommandContext& context) {
     auto& console = context.console;
-    const auto& complaints = console.complaints();
-    if (!context.arguments.json || console.hasPrintedDocument() || complaints.empty()) return;
-    console.document(context.arguments.command == "watch" ? json::failureLine(complaints)
-                                                          : json::failureDocument(complaints));
+    const auto& errors = console.errors();
+    if (!context.arguments.json || console.hasPrintedDocument() || errors.empty()) return;
+    console.document(context.arguments.command == "watch" ? json::failureLine(errors)
+                                                          : json::failureDocument(errors));
 }
 
 ExitStatus runCommand(const Command& command, const Arguments& arguments, const Texts& texts,

@@ -60,7 +60,7 @@ class HomeFilter {
           tags_(tags),
           protected_(protectedApps),
           now_(now),
-          query_(lowercased(composed(trimmed(options.query)))) {}
+          query_(folded(trimmed(options.query))) {}
 
     bool passes(const InstalledApp& app) const {
         if (!options_.showsBackgroundAgents && app.isBackgroundAgent) return false;
@@ -74,9 +74,7 @@ class HomeFilter {
     }
 
   private:
-    bool holds(const std::string& text) const {
-        return lowercased(composed(text)).find(query_) != std::string::npos;
-    }
+    bool holds(const std::string& text) const { return folded(text).find(query_) != std::string::npos; }
 
     const HomeGridOptions& options_;
     const AppTags& tags_;

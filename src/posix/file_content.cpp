@@ -94,7 +94,7 @@ std::vector<Range> comparedOf(int a, int b, std::uint64_t size) {
 ssize_t readPiece(int file, char* buffer, std::size_t length, std::uint64_t offset) {
     std::size_t done = 0;
     while (done < length) {
-        const auto count = uninterrupted(
+        const auto count = retryOnEintr(
             [&] { return ::pread(file, buffer + done, length - done, static_cast<off_t>(offset + done)); });
         if (count < 0) return -1;
         if (count == 0) break;
@@ -106,7 +106,7 @@ ssize_t readPiece(int file, char* buffer, std::size_t length, std::uint64_t offs
 int writePiece(int file, const char* bytes, std::size_t length, std::uint64_t offset) {
     while (length > 0) {
         const auto count =
-            uninterrupted([&] { return ::pwrite(file, bytes, length, static_cast<off_t>(offset)); });
+            retryOnEintr([&] { return ::pwrite(file, bytes, length, static_cast<off_t>(offset)); });
         if (count < 0) return errno;
         if (count == 0) return EIO;
         bytes += count;

@@ -11,7 +11,7 @@ int flushFile(int descriptor) {
 #ifdef F_FULLFSYNC
     if (::fcntl(descriptor, F_FULLFSYNC) == 0) return 0; // there, fsync alone stops at the drive's own cache
 #endif
-    return uninterrupted([&] { return ::fsync(descriptor); }) == 0 ? 0 : errno;
+    return retryOnEintr([&] { return ::fsync(descriptor); }) == 0 ? 0 : errno;
 }
 
 int flushFolder(int folder) {
@@ -33,7 +33,7 @@ int flushDisk(int folder) {
 
 int writeFully(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
-        const auto written = uninterrupted([&] { return ::write(descriptor, bytes.data(), bytes.size()); });
+        const auto written = retryOnEintr([&] { return ::write(descriptor, bytes.data(), bytes.size()); });
         if (written < 0) return errno;
         if (written == 0) return EIO;
         bytes.remove_prefix(static_cast<std::size_t>(written));

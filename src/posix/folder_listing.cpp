@@ -38,7 +38,7 @@ OsResult<std::vector<DirectoryEntry>> entriesIn(FolderListing& listing, int fold
 } // namespace
 
 Descriptor openFolderToRead(int folder, const char* name) {
-    return Descriptor(uninterrupted([&] {
+    return Descriptor(retryOnEintr([&] {
         return ::openat(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     }));
 }

@@ -217,7 +217,7 @@ FileResult<Descriptor> RootResolver::open(const Path& path, int flags, LastLink 
     auto found = place(path, last);
     if (!found) return tl::unexpected(found.error());
     // The walk has followed every link, so one that is here now was put there meanwhile.
-    Descriptor opened(uninterrupted(
+    Descriptor opened(retryOnEintr(
         [&] { return ::openat(found->folder.get(), found->name.c_str(), flags | O_NOFOLLOW | O_CLOEXEC); }));
     if (!opened.isOpen()) return failed(path, errno);
     return opened;

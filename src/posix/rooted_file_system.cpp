@@ -36,7 +36,7 @@ OsResult<std::string> readBytes(int file, std::uint64_t offset, std::size_t leng
     while (bytes.size() < wanted) {
         const std::size_t old = bytes.size();
         bytes.resize(wanted);
-        const auto count = uninterrupted([&] {
+        const auto count = retryOnEintr([&] {
             return ::pread(file, bytes.data() + old, bytes.size() - old, static_cast<off_t>(offset + old));
         });
         if (count < 0) return tl::unexpected(errno);
@@ -109,7 +109,7 @@ class RootedFileSystem::Impl {
         const auto item = statItem(folder, name);
         if (!item) return failed(path, item.error());
         if (S_ISREG(item->st_mode))
-            return opened(path, Descriptor(uninterrupted([&] {
+            return opened(path, Descriptor(retryOnEintr([&] {
                               return ::openat(folder, name, readFlags | O_NOFOLLOW | O_CLOEXEC);
                           })));
         const auto info = describe(path, LastLink::follow);
@@ -407,9 +407,9 @@ FileResult<std::unique_ptr<FolderLock>> RootedFileSystem::lock(const Path& folde
     if (!place) return tl::unexpected(place.error());
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
     Descriptor opened(
-        uninterrupted([&] { return ::openat(place->folder.get(), place->name.c_str(), flags); }));
+        retryOnEintr([&] { return ::openat(place->folder.get(), place->name.c_str(), flags); }));
     if (!opened.isOpen()) return failed(folder, errno);
-    if (uninterrupted([&] { return ::flock(opened.get(), LOCK_EX | LOCK_NB); }) != 0)
+    if (retryOnEintr([&] { return ::flock(opened.get(), LOCK_EX | LOCK_NB); }) != 0)
         return errno == EWOULDBLOCK ? refused(folder, FileFault::busy) : failed(folder, errno);
     return std::make_unique<DescriptorLock>(std::move(opened));
 }

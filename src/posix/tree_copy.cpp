@@ -73,7 +73,7 @@ class TreeCopy : public TreeVisitor {
         if (const int fault = copyContent(from.get(), to.get(), size)) return fault;
         if (const int fault = copyMetadata(from.get(), item.status, to.get())) return fault;
 #ifndef __linux__
-        if (uninterrupted([&] { return ::fsync(to.get()); }) != 0)
+        if (retryOnEintr([&] { return ::fsync(to.get()); }) != 0)
             return errno; // elsewhere flushDisk flushes everything
 #endif
         return 0;

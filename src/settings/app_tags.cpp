@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t longestTag = 64;
 
 bool sameTag(const std::string& a, const std::string& b) {
-    return lowercased(composed(a)) == lowercased(composed(b));
+    return folded(a) == folded(b);
 }
 
 auto find(const std::vector<std::string>& tags, const std::string& tag) {

@@ -100,7 +100,7 @@ InstallerScanResult listInstallers(const FileSystem& files, const UserEnvironmen
 }
 
 std::optional<InstalledApp> matchInstaller(std::string_view fileName, const std::vector<InstalledApp>& apps) {
-    const auto stem = composed((Path("/") / fileName).stem());
+    const auto stem = nfc((Path("/") / fileName).stem());
     const auto fullKey = canonicalForm(stem);
     if (fullKey.empty()) return std::nullopt;
     const auto leadKey = canonicalForm(leadingWords(stem));

@@ -13,8 +13,8 @@ bool LeftoverFilter::passes(const Trace& trace) const {
     if (!risks.empty() && !risks.contains(trace.risk)) return false;
     if (category && trace.category != *category) return false;
     if (trace.sizeBytes && *trace.sizeBytes < minimumBytes(floor)) return false;
-    const auto sought = searchForm(trimmed(query));
-    return sought.empty() || searchForm(trace.displayName).find(sought) != std::string::npos;
+    const auto sought = folded(trimmed(query));
+    return sought.empty() || folded(trace.displayName).find(sought) != std::string::npos;
 }
 
 std::int64_t minimumBytes(LeftoverFilter::SizeFloor floor) {
@@ -39,10 +39,6 @@ std::optional<LeftoverFilter::Order> parseOrder(std::string_view text) {
     for (const auto order : {LeftoverFilter::Order::largest, LeftoverFilter::Order::name})
         if (name(order) == text) return order;
     return std::nullopt;
-}
-
-std::string searchForm(std::string_view text) {
-    return lowercased(composed(text));
 }
 
 } // namespace tidwen

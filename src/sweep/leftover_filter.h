@@ -39,7 +39,4 @@ std::int64_t minimumBytes(LeftoverFilter::SizeFloor floor);
 std::string_view name(LeftoverFilter::Order order);
 std::optional<LeftoverFilter::Order> parseOrder(std::string_view text);
 
-/// The form in which a query is searched in a name; apply it to both.
-std::string searchForm(std::string_view text);
-
 } // namespace tidwen

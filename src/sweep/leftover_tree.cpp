@@ -58,7 +58,7 @@ std::string_view LeftoverList::sizeTextOf(const Trace& trace) {
 
 void LeftoverList::describe() {
     const auto& traces = shared_.traces;
-    names_ = TextList(traces.size(), [&](std::size_t i) { return searchForm(traces[i]->displayName); });
+    names_ = TextList(traces.size(), [&](std::size_t i) { return folded(traces[i]->displayName); });
     entries_.reserve(traces.size());
     std::vector<Uuid> ids;
     ids.reserve(traces.size());
@@ -102,7 +102,7 @@ class LeftoverTreeBuilder {
     LeftoverTreeBuilder(const LeftoverList& list, const LeftoverFilter& filter)
         : list_(list),
           filter_(filter),
-          sought_(searchForm(trimmed(filter.query))),
+          sought_(folded(trimmed(filter.query))),
           floor_(minimumBytes(filter.floor)) {}
 
     void fill(LeftoverTree& tree) {

@@ -103,7 +103,7 @@ class InotifyWatch : public FolderEvents::Watch {
 
     ~InotifyWatch() override {
         const std::uint64_t one = 1;
-        (void)uninterrupted([&] { return ::write(wakeUp_.get(), &one, sizeof one); });
+        (void)retryOnEintr([&] { return ::write(wakeUp_.get(), &one, sizeof one); });
         thread_.join();
     }
 
@@ -113,7 +113,7 @@ class InotifyWatch : public FolderEvents::Watch {
     Awaited await(milliseconds longest) {
         std::array<pollfd, 2> sources = {pollfd{places_.events.get(), POLLIN, 0},
                                          pollfd{wakeUp_.get(), POLLIN, 0}};
-        const int ready = uninterrupted(
+        const int ready = retryOnEintr(
             [&] { return ::poll(sources.data(), sources.size(), static_cast<int>(longest.count())); });
         if (ready < 0 || sources[1].revents != 0) return Awaited::end;
         if (ready == 0) return Awaited::nothing;

@@ -149,8 +149,8 @@ std::vector<Path> homesOfOthers(const FileSystem& files, const std::vector<Accou
 bool isReached(const FileSystem& files, const Path& home) {
     const auto itself = files.info(home);
     const auto real = files.resolve(home);
-    const auto folded = [](const Path& path) { return lowercased(composed(path.string())); };
-    return itself && itself->kind == FileKind::directory && real && folded(*real) == folded(home);
+    return itself && itself->kind == FileKind::directory && real
+           && folded(real->string()) == folded(home.string());
 }
 
 bool isHome(const FileSystem& files, const std::vector<Account>& accounts, const Path& folder) {

@@ -30,7 +30,7 @@ std::string printed(Print print) {
 TEST(Table, ColumnsStandBelowOneAnotherAsATerminalShowsThem) {
     using enum Table::Align;
     Table table({left, right, left, left});
-    table.add({{"Name", Paint::strong}, {"Size"}, {""}, {"Path"}});
+    table.add({{"Name", Style::strong}, {"Size"}, {""}, {"Path"}});
     table.add({{"\u5199\u4f5c"}, {"12 MB"}, {""}, {"/a"}}); // two letters, four columns
     table.add({{"Cafe\u0301"}, {"7"}, {""}, {"/b"}});       // five code points, four columns
     table.add({{"x\n"}});
@@ -41,7 +41,7 @@ TEST(Table, ColumnsStandBelowOneAnotherAsATerminalShowsThem) {
 }
 
 TEST(LineLayout, BreaksBetweenWordsAndCutsWhatIsTooLong) {
-    const auto laidOut = [](const std::vector<Span>& line, std::size_t columns) {
+    const auto laidOut = [](const std::vector<StyledText>& line, std::size_t columns) {
         std::string text;
         for (const auto& each : wrapped(line, columns)) {
             std::string shown;
@@ -52,7 +52,7 @@ TEST(LineLayout, BreaksBetweenWordsAndCutsWhatIsTooLong) {
         }
         return text;
     };
-    EXPECT_EQ(laidOut({{"  one two three"}, {"  four", Paint::faint}}, 20), "  one two three|     four|");
+    EXPECT_EQ(laidOut({{"  one two three"}, {"  four", Style::faint}}, 20), "  one two three|     four|");
     EXPECT_EQ(laidOut({{"[x]"}, {"  "}, {"/a b/c d"}, {"  why it is so"}}, 20),
               "[x]  /a b/c d  why|    it is so|");
     EXPECT_EQ(laidOut({{"  [x]"}, {"  /Library/Application Support/Corvella"}}, 20),
@@ -79,7 +79,7 @@ TEST(Suggestion, IsTheWordThatComesClosest) {
 
 TEST(Console, NothingFromOutsideMovesTheCursor) {
     const auto text = printed([](Console& console) {
-        console.line({{"\x1b[2Jname\r\x07", Paint::danger}, {" \u202egpj.exe"}, {"\xff"}});
+        console.line({{"\x1b[2Jname\r\x07", Style::danger}, {" \u202egpj.exe"}, {"\xff"}});
     });
     for (const char control : {'\x1b', '\r', '\x07'})
         EXPECT_EQ(text.find(control), std::string::npos) << text;

@@ -9,8 +9,8 @@ namespace {
 
 using Step = std::function<void(FlowFixture&)>;
 
-void select(FlowFixture& bench) {
-    bench.model->select({bench.orphan.id});
+void select(FlowFixture& fixture) {
+    fixture.model->select({fixture.orphan.id});
 }
 
 const std::map<std::string, Step> events = {
@@ -72,12 +72,12 @@ TEST(RemovalFlow, FollowsItsTableAndNothingElse) {
     for (const auto& row : rows)
         for (const auto& [event, happen] : events) {
             SCOPED_TRACE(row.stage + (" + " + event));
-            FlowFixture bench;
-            row.reach(bench);
-            ASSERT_EQ(bench.stage(), row.stage);
-            happen(bench);
+            FlowFixture fixture;
+            row.reach(fixture);
+            ASSERT_EQ(fixture.stage(), row.stage);
+            happen(fixture);
             const auto next = row.next.find(event);
-            EXPECT_EQ(bench.stage(), next == row.next.end() ? row.stage : next->second);
+            EXPECT_EQ(fixture.stage(), next == row.next.end() ? row.stage : next->second);
         }
 }
 
@@ -86,15 +86,16 @@ TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
     for (const auto out :
          {Out::nobody, Out::inTheSelection, Out::atTheQuitQuestion, Out::inAReset, Out::butItIsNamed}) {
         SCOPED_TRACE(static_cast<int>(out));
-        FlowFixture bench;
+        FlowFixture fixture;
         for (const auto* name : {"Alpine", "Birch"})
-            writeBundle(bench.volume, bench.bundle(name).string() + "/Contents/Library/LoginItems/Sync.app",
+            writeBundle(fixture.volume,
+                        fixture.bundle(name).string() + "/Contents/Library/LoginItems/Sync.app",
                         "com.example.sync", "Sync");
-        const auto shared = bench.cache("sync"), alpines = bench.cache("Birch.com.example.Alpine");
-        bench.volume.write(shared.string(), "x");
-        bench.volume.write(alpines.string(), "named after both");
-        bench.review({"Alpine", "Birch"});
-        auto& model = *bench.model;
+        const auto shared = fixture.cache("sync"), alpines = fixture.cache("Birch.com.example.Alpine");
+        fixture.volume.write(shared.string(), "x");
+        fixture.volume.write(alpines.string(), "named after both");
+        fixture.review({"Alpine", "Birch"});
+        auto& model = *fixture.model;
         if (out == Out::inAReset) model.setMode(RemovalMode::reset);
         const auto& birch = model.choice().findings().groups()[1];
         for (const auto& trace : birch.traces)
@@ -108,17 +109,17 @@ TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
                     if (trace.displayName == shared.string()) ids.push_back(trace.id);
             model.select(ids, ids);
             model.confirm();
-            bench.settle();
-            EXPECT_FALSE(bench.has(shared));
-            EXPECT_TRUE(bench.has(bench.bundle("Alpine")) && bench.has(alpines));
+            fixture.settle();
+            EXPECT_FALSE(fixture.has(shared));
+            EXPECT_TRUE(fixture.has(fixture.bundle("Alpine")) && fixture.has(alpines));
             continue;
         }
-        if (out == Out::atTheQuitQuestion) bench.running.stubborn = {"com.example.Birch"};
+        if (out == Out::atTheQuitQuestion) fixture.running.stubborn = {"com.example.Birch"};
         model.confirm();
-        bench.settle();
+        fixture.settle();
         model.answerQuitPrompt(QuitPromptChoice::cancelApp);
-        bench.settle();
-        ASSERT_EQ(bench.stage(), "report");
+        fixture.settle();
+        ASSERT_EQ(fixture.stage(), "report");
         std::set<std::string> left;
         for (const auto& each : std::get<stage::Report>(model.stage()).report.left)
             for (const auto& item : each.traces) {
@@ -129,137 +130,137 @@ TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
                 EXPECT_EQ(item.reason == StayReason::leftOut, isLeftOut);
                 EXPECT_TRUE(each.target.name != "Alpine" || item.reason == StayReason::claimed);
             }
-        EXPECT_EQ(bench.has(shared), out != Out::nobody);
+        EXPECT_EQ(fixture.has(shared), out != Out::nobody);
         EXPECT_EQ(left.contains(shared.string()), out != Out::nobody);
-        EXPECT_FALSE(bench.has(bench.cache("Alpine")));
-        EXPECT_EQ(bench.has(alpines), out != Out::nobody);
-        EXPECT_EQ(bench.has(bench.bundle("Birch")), out != Out::nobody);
+        EXPECT_FALSE(fixture.has(fixture.cache("Alpine")));
+        EXPECT_EQ(fixture.has(alpines), out != Out::nobody);
+        EXPECT_EQ(fixture.has(fixture.bundle("Birch")), out != Out::nobody);
     }
 }
 
 TEST(RemovalFlow, ReportsWhatNoManifestCouldName) {
-    FlowFixture bench;
-    const Path unnamed(bench.cache("Alpine").string() + ".\xff");
-    bench.volume.write(unnamed.string(), "x");
-    bench.remove({"Alpine"});
-    ASSERT_EQ(bench.stage(), "report");
-    EXPECT_THAT(std::get<stage::Report>(bench.model->stage()).report.skippedNames,
+    FlowFixture fixture;
+    const Path unnamed(fixture.cache("Alpine").string() + ".\xff");
+    fixture.volume.write(unnamed.string(), "x");
+    fixture.remove({"Alpine"});
+    ASSERT_EQ(fixture.stage(), "report");
+    EXPECT_THAT(std::get<stage::Report>(fixture.model->stage()).report.skippedNames,
                 testing::ElementsAre(unnamed));
-    EXPECT_TRUE(bench.has(unnamed));
+    EXPECT_TRUE(fixture.has(unnamed));
 }
 
 TEST(RemovalFlow, TellsWhatItLeavesBehind) {
-    FlowFixture bench;
+    FlowFixture fixture;
     const Path suite("/Applications/Suite"), link("/Applications/Link.app");
     const auto app = suite / "Elm.app", data = Path("/Library/Caches/com.example.Elm");
-    writeBundle(bench.volume, app.string(), "com.example.Elm", "Elm");
-    bench.volume.write(data.string(), "x");
-    bench.volume.write((suite / ".DS_Store").string(), "x");
-    bench.volume.link(link.string(), app.string().c_str());
-    bench.volume.link("/Users/alice/Library/Logs", "/Volumes/Away");
-    bench.model->loadTargets({app});
-    bench.settle();
-    bench.model->confirm();
-    bench.settle();
-    ASSERT_EQ(bench.stage(), "report");
-    const auto& report = std::get<stage::Report>(bench.model->stage()).report;
+    writeBundle(fixture.volume, app.string(), "com.example.Elm", "Elm");
+    fixture.volume.write(data.string(), "x");
+    fixture.volume.write((suite / ".DS_Store").string(), "x");
+    fixture.volume.link(link.string(), app.string().c_str());
+    fixture.volume.link("/Users/alice/Library/Logs", "/Volumes/Away");
+    fixture.model->loadTargets({app});
+    fixture.settle();
+    fixture.model->confirm();
+    fixture.settle();
+    ASSERT_EQ(fixture.stage(), "report");
+    const auto& report = std::get<stage::Report>(fixture.model->stage()).report;
     ASSERT_EQ(report.left.size(), 1u);
     EXPECT_EQ(report.left[0].traces[0].trace.displayName, data.string());
     EXPECT_EQ(report.left[0].reach, Remainder::Reach::undo) << "a scan would no longer find it";
     EXPECT_THAT(report.emptiedFolders, testing::ElementsAre(suite));
     EXPECT_THAT(report.deadLinks, testing::ElementsAre(link));
     EXPECT_THAT(report.unseen.unreadableLocations, testing::Contains(Path("/Users/alice/Library/Logs")));
-    const auto whole = bench.volume.files().treeSize(report.quarantineRoot, 1'000)->allocatedBytes;
+    const auto whole = fixture.volume.files().treeSize(report.quarantineRoot, 1'000)->allocatedBytes;
     EXPECT_LT(report.reclaimedBytes, static_cast<std::int64_t>(whole)) << "records free nothing";
-    EXPECT_EQ(reportTexts(report, "Elm", bench.texts).counts, "report.summary.removedCount 1 1")
+    EXPECT_EQ(reportTexts(report, "Elm", fixture.texts).counts, "report.summary.removedCount 1 1")
         << "the application alone was moved, whatever else was done";
 }
 
 TEST(RemovalFlow, WhatCannotBePutBackLeavesNoFolder) {
-    FlowFixture bench;
+    FlowFixture fixture;
     for (const bool movesToo : {false, true}) {
-        bench.review({"Alpine"});
+        fixture.review({"Alpine"});
         std::vector<Uuid> ids;
-        for (const auto& trace : bench.model->choice().findings().groups()[0].traces)
+        for (const auto& trace : fixture.model->choice().findings().groups()[0].traces)
             if (std::holds_alternative<action::ResetPermissions>(trace.action)
-                || (movesToo && trace.displayName == bench.cache("Alpine").string()))
+                || (movesToo && trace.displayName == fixture.cache("Alpine").string()))
                 ids.push_back(trace.id);
-        bench.model->select(ids);
-        bench.model->confirm();
-        bench.settle();
-        ASSERT_EQ(bench.stage(), "report");
-        const auto& report = std::get<stage::Report>(bench.model->stage()).report;
+        fixture.model->select(ids);
+        fixture.model->confirm();
+        fixture.settle();
+        ASSERT_EQ(fixture.stage(), "report");
+        const auto& report = std::get<stage::Report>(fixture.model->stage()).report;
         EXPECT_EQ(report.operations.size(), ids.size());
         EXPECT_EQ(report.quarantineRoot.isRoot(), !movesToo);
         EXPECT_EQ(report.reclaimedBytes.has_value(), movesToo);
-        EXPECT_EQ(listQuarantineFolders(bench.user, bench.volume.files())->size(), movesToo ? 1u : 0u);
-        bench.model->close();
+        EXPECT_EQ(listQuarantineFolders(fixture.user, fixture.volume.files())->size(), movesToo ? 1u : 0u);
+        fixture.model->close();
     }
 }
 
 TEST(RemovalFlow, AResetKeepsTheApplicationAndGoingBackTakesItAgain) {
-    FlowFixture bench;
-    bench.review({"Alpine"});
-    const auto app = bench.bundle("Alpine").string(), cache = bench.cache("Alpine").string();
+    FlowFixture fixture;
+    fixture.review({"Alpine"});
+    const auto app = fixture.bundle("Alpine").string(), cache = fixture.cache("Alpine").string();
     const std::string permissions = "com.example.Alpine";
-    EXPECT_THAT(bench.selected(), UnorderedElementsAre(app, cache, permissions));
-    bench.model->setMode(RemovalMode::reset);
-    bench.model->selectDefaults();
-    EXPECT_THAT(bench.selected(), UnorderedElementsAre(cache, permissions));
-    EXPECT_THAT(bench.model->choice().staying(), IsEmpty()) << "what a reset keeps was not forgotten";
-    bench.model->setMode(RemovalMode::uninstall);
-    EXPECT_THAT(bench.selected(), UnorderedElementsAre(app, cache, permissions));
-    EXPECT_THAT(bench.selected(), UnorderedElementsAre(app, cache, permissions));
-    bench.model->setMode(RemovalMode::reset);
-    bench.model->confirm();
-    bench.settle();
-    EXPECT_TRUE(bench.has(bench.bundle("Alpine")));
-    EXPECT_FALSE(bench.has(bench.cache("Alpine")));
+    EXPECT_THAT(fixture.selected(), UnorderedElementsAre(app, cache, permissions));
+    fixture.model->setMode(RemovalMode::reset);
+    fixture.model->selectDefaults();
+    EXPECT_THAT(fixture.selected(), UnorderedElementsAre(cache, permissions));
+    EXPECT_THAT(fixture.model->choice().staying(), IsEmpty()) << "what a reset keeps was not forgotten";
+    fixture.model->setMode(RemovalMode::uninstall);
+    EXPECT_THAT(fixture.selected(), UnorderedElementsAre(app, cache, permissions));
+    EXPECT_THAT(fixture.selected(), UnorderedElementsAre(app, cache, permissions));
+    fixture.model->setMode(RemovalMode::reset);
+    fixture.model->confirm();
+    fixture.settle();
+    EXPECT_TRUE(fixture.has(fixture.bundle("Alpine")));
+    EXPECT_FALSE(fixture.has(fixture.cache("Alpine")));
 }
 
 TEST(RemovalFlow, UndoesTheRunOfTheReport) {
-    FlowFixture bench;
-    bench.remove({"Alpine"});
-    ASSERT_FALSE(bench.has(bench.bundle("Alpine")));
-    EXPECT_TRUE(std::get<stage::Report>(bench.model->stage()).report.verification);
-    bench.model->undoLast();
-    bench.model->undoLast();
-    EXPECT_TRUE(bench.model->isUndoing());
-    bench.settle();
-    EXPECT_TRUE(bench.has(bench.bundle("Alpine")));
-    EXPECT_EQ(bench.model->undoReport(),
+    FlowFixture fixture;
+    fixture.remove({"Alpine"});
+    ASSERT_FALSE(fixture.has(fixture.bundle("Alpine")));
+    EXPECT_TRUE(std::get<stage::Report>(fixture.model->stage()).report.verification);
+    fixture.model->undoLast();
+    fixture.model->undoLast();
+    EXPECT_TRUE(fixture.model->isUndoing());
+    fixture.settle();
+    EXPECT_TRUE(fixture.has(fixture.bundle("Alpine")));
+    EXPECT_EQ(fixture.model->undoReport(),
               (UndoReport{.restoredCount = 2, .totalCount = 2, .failures = {}, .mayHaveLost = true}));
     bool dismissed = false;
-    bench.model->onReportDismissed = [&] { dismissed = true; };
-    bench.model->close();
+    fixture.model->onReportDismissed = [&] { dismissed = true; };
+    fixture.model->close();
     EXPECT_TRUE(dismissed);
-    EXPECT_FALSE(bench.model->undoReport());
+    EXPECT_FALSE(fixture.model->undoReport());
 }
 
 TEST(RemovalFlow, WorkThatComesBackLateChangesNothing) {
-    FlowFixture bench;
-    bench.model->loadTargets({bench.bundle("Alpine")});
-    bench.background.drain(); // the scan has ended, its results wait for the main thread
-    bench.model->cancelScan();
-    bench.model->loadTargets({bench.bundle("Birch")});
-    bench.main.drain();
-    EXPECT_EQ(std::get<stage::Scanning>(bench.model->stage()).name, "Birch");
-    bench.settle();
-    EXPECT_THAT(bench.selected(), Not(Contains(bench.bundle("Alpine").string())));
+    FlowFixture fixture;
+    fixture.model->loadTargets({fixture.bundle("Alpine")});
+    fixture.background.drain(); // the scan has ended, its results wait for the main thread
+    fixture.model->cancelScan();
+    fixture.model->loadTargets({fixture.bundle("Birch")});
+    fixture.main.drain();
+    EXPECT_EQ(std::get<stage::Scanning>(fixture.model->stage()).name, "Birch");
+    fixture.settle();
+    EXPECT_THAT(fixture.selected(), Not(Contains(fixture.bundle("Alpine").string())));
 
-    bench.model->close();
-    bench.model->scanOrphans();
-    bench.background.drain();
-    bench.model->cancelScan();
-    bench.settle();
-    EXPECT_EQ(bench.stage(), "idle");
-    EXPECT_THAT(bench.model->sweep().traces(), IsEmpty());
+    fixture.model->close();
+    fixture.model->scanOrphans();
+    fixture.background.drain();
+    fixture.model->cancelScan();
+    fixture.settle();
+    EXPECT_EQ(fixture.stage(), "idle");
+    EXPECT_THAT(fixture.model->sweep().traces(), IsEmpty());
 
-    bench.review({"Cedar"});
-    bench.model->confirm();
-    bench.model.reset();
-    bench.settle();
-    EXPECT_TRUE(bench.has(bench.bundle("Cedar"))) << "a run whose owner is gone does not begin";
+    fixture.review({"Cedar"});
+    fixture.model->confirm();
+    fixture.model.reset();
+    fixture.settle();
+    EXPECT_TRUE(fixture.has(fixture.bundle("Cedar"))) << "a run whose owner is gone does not begin";
 }
 
 } // namespace

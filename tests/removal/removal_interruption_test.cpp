@@ -7,83 +7,83 @@ namespace tidwen::test {
 namespace {
 
 TEST(RemovalFlow, AsksAboutEachApplicationThatDoesNotQuit) {
-    FlowFixture bench;
-    bench.running.obedient = {"com.example.Alpine"};
-    bench.running.stubborn = {"com.example.Birch", "com.example.Cedar"};
-    bench.remove({"Alpine", "Birch", "Cedar"});
-    ASSERT_TRUE(bench.model->pendingQuitPrompt());
-    const auto first = *bench.model->pendingQuitPrompt();
+    FlowFixture fixture;
+    fixture.running.obedient = {"com.example.Alpine"};
+    fixture.running.stubborn = {"com.example.Birch", "com.example.Cedar"};
+    fixture.remove({"Alpine", "Birch", "Cedar"});
+    ASSERT_TRUE(fixture.model->pendingQuitPrompt());
+    const auto first = *fixture.model->pendingQuitPrompt();
     EXPECT_EQ(first.appName, "Birch");
-    EXPECT_TRUE(bench.has(bench.bundle("Alpine"))) << "nothing moves before every answer is in";
-    EXPECT_EQ(lockTrash(bench.user, bench.volume.files()).error().fault, FileFault::busy);
+    EXPECT_TRUE(fixture.has(fixture.bundle("Alpine"))) << "nothing moves before every answer is in";
+    EXPECT_EQ(lockTrash(fixture.user, fixture.volume.files()).error().fault, FileFault::busy);
 
-    bench.model->answerQuitPrompt(QuitPromptChoice::forceContinue);
-    bench.settle();
-    ASSERT_TRUE(bench.model->pendingQuitPrompt());
-    EXPECT_EQ(bench.model->pendingQuitPrompt()->appName, "Cedar");
-    EXPECT_NE(bench.model->pendingQuitPrompt()->id, first.id);
-    bench.model->answerQuitPrompt(QuitPromptChoice::cancelApp);
-    bench.settle();
+    fixture.model->answerQuitPrompt(QuitPromptChoice::forceContinue);
+    fixture.settle();
+    ASSERT_TRUE(fixture.model->pendingQuitPrompt());
+    EXPECT_EQ(fixture.model->pendingQuitPrompt()->appName, "Cedar");
+    EXPECT_NE(fixture.model->pendingQuitPrompt()->id, first.id);
+    fixture.model->answerQuitPrompt(QuitPromptChoice::cancelApp);
+    fixture.settle();
 
-    ASSERT_EQ(bench.stage(), "report");
-    EXPECT_EQ(std::get<stage::Report>(bench.model->stage()).report.apps.size(), 2u);
-    EXPECT_EQ(std::get<stage::Report>(bench.model->stage()).subject.text(bench.texts),
+    ASSERT_EQ(fixture.stage(), "report");
+    EXPECT_EQ(std::get<stage::Report>(fixture.model->stage()).report.apps.size(), 2u);
+    EXPECT_EQ(std::get<stage::Report>(fixture.model->stage()).subject.text(fixture.texts),
               "report.subject.apps 2")
         << "who was left out does not count";
-    EXPECT_FALSE(bench.has(bench.bundle("Birch")));
-    EXPECT_TRUE(bench.has(bench.bundle("Cedar")));
+    EXPECT_FALSE(fixture.has(fixture.bundle("Birch")));
+    EXPECT_TRUE(fixture.has(fixture.bundle("Cedar")));
 
-    bench.model->close();
-    bench.remove({"Cedar"});
-    bench.model->answerQuitPrompt(QuitPromptChoice::cancelApp);
-    bench.settle();
-    EXPECT_EQ(bench.stage(), "review") << "nobody is left to remove";
-    EXPECT_FALSE(bench.model->errorMessage());
-    EXPECT_TRUE(lockTrash(bench.user, bench.volume.files()));
+    fixture.model->close();
+    fixture.remove({"Cedar"});
+    fixture.model->answerQuitPrompt(QuitPromptChoice::cancelApp);
+    fixture.settle();
+    EXPECT_EQ(fixture.stage(), "review") << "nobody is left to remove";
+    EXPECT_FALSE(fixture.model->errorMessage());
+    EXPECT_TRUE(lockTrash(fixture.user, fixture.volume.files()));
 }
 
 TEST(RemovalFlow, StopsBeforeTheFirstStepWithoutATrace) {
     for (const int rounds : {0, 1, 2, 3}) { // of the refusals, the quit question, the run
         SCOPED_TRACE(rounds);
-        FlowFixture bench;
-        bench.review({"Alpine"});
-        bench.model->confirm();
+        FlowFixture fixture;
+        fixture.review({"Alpine"});
+        fixture.model->confirm();
         for (int i = 0; i < rounds; ++i) {
-            bench.background.drain();
-            bench.main.drain();
+            fixture.background.drain();
+            fixture.main.drain();
         }
-        bench.model->stop();
-        bench.settle();
+        fixture.model->stop();
+        fixture.settle();
         const bool isTooLate = rounds == 3;
-        EXPECT_EQ(bench.stage(), isTooLate ? "report" : "review");
-        EXPECT_EQ(bench.has(bench.bundle("Alpine")), !isTooLate);
-        EXPECT_EQ(listQuarantineFolders(bench.user, bench.volume.files())->empty(), !isTooLate);
-        EXPECT_EQ(bench.model->errorMessage().has_value(), !isTooLate);
-        EXPECT_TRUE(lockTrash(bench.user, bench.volume.files()));
+        EXPECT_EQ(fixture.stage(), isTooLate ? "report" : "review");
+        EXPECT_EQ(fixture.has(fixture.bundle("Alpine")), !isTooLate);
+        EXPECT_EQ(listQuarantineFolders(fixture.user, fixture.volume.files())->empty(), !isTooLate);
+        EXPECT_EQ(fixture.model->errorMessage().has_value(), !isTooLate);
+        EXPECT_TRUE(lockTrash(fixture.user, fixture.volume.files()));
         if (isTooLate) continue;
-        bench.running.stubborn = {"com.example.Alpine"};
-        bench.model->confirm();
-        bench.settle();
-        ASSERT_TRUE(bench.model->pendingQuitPrompt());
-        bench.model->stop();
-        EXPECT_FALSE(bench.model->pendingQuitPrompt());
-        EXPECT_EQ(bench.stage(), "review") << "and the choice is still there";
-        EXPECT_THAT(bench.selected(), Contains(bench.bundle("Alpine").string()));
+        fixture.running.stubborn = {"com.example.Alpine"};
+        fixture.model->confirm();
+        fixture.settle();
+        ASSERT_TRUE(fixture.model->pendingQuitPrompt());
+        fixture.model->stop();
+        EXPECT_FALSE(fixture.model->pendingQuitPrompt());
+        EXPECT_EQ(fixture.stage(), "review") << "and the choice is still there";
+        EXPECT_THAT(fixture.selected(), Contains(fixture.bundle("Alpine").string()));
     }
 }
 
 TEST(RemovalFlow, TellsTheStepAtHand) {
-    FlowFixture bench;
+    FlowFixture fixture;
     std::vector<std::string> kinds;
-    const auto told = bench.model->progress.observe([&](const auto& at) {
+    const auto told = fixture.model->progress.observe([&](const auto& at) {
         kinds.push_back(at ? at->kind : "none");
         EXPECT_TRUE(!at || at->step == at->total) << "of many steps at once the newest is told";
     });
-    bench.review({"Alpine"});
-    bench.model->confirm();
-    bench.settle();
-    bench.model->undoLast();
-    bench.settle();
+    fixture.review({"Alpine"});
+    fixture.model->confirm();
+    fixture.settle();
+    fixture.model->undoLast();
+    fixture.settle();
     EXPECT_THAT(kinds, ElementsAre("permissions", "none", "finish", "none", "finish", "none"));
 }
 

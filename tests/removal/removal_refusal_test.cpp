@@ -8,91 +8,91 @@ namespace {
 
 TEST(RemovalFlow, NothingIsRemovedWhileWhatIsProtectedIsUnknown) {
     const std::pair<std::string, std::function<void(FlowFixture&)>> cases[] = {
-        {"unreadable", [](FlowFixture& bench) { bench.defaults.fault = Message{"unreadable"}; }},
-        {"settings.problem.protectedList", [](FlowFixture& bench) {
-             bench.defaults.values[ProtectedApps::defaultsKey] = "com.example.Alpine";
+        {"unreadable", [](FlowFixture& fixture) { fixture.defaults.fault = Message{"unreadable"}; }},
+        {"settings.problem.protectedList", [](FlowFixture& fixture) {
+             fixture.defaults.values[ProtectedApps::defaultsKey] = "com.example.Alpine";
          }}};
     for (const auto& [reason, damage] : cases) {
-        FlowFixture bench;
-        damage(bench);
-        bench.remove({"Alpine"});
-        EXPECT_EQ(bench.stage(), "review") << "looking is harmless";
-        EXPECT_THAT(bench.selected(), IsEmpty()) << "it may be one of these";
-        EXPECT_EQ(bench.model->errorMessage(), reason);
-        EXPECT_TRUE(bench.has(bench.bundle("Alpine")));
-        EXPECT_FALSE(bench.protectedApps.toggle("com.example.Birch") && reason != "unreadable");
+        FlowFixture fixture;
+        damage(fixture);
+        fixture.remove({"Alpine"});
+        EXPECT_EQ(fixture.stage(), "review") << "looking is harmless";
+        EXPECT_THAT(fixture.selected(), IsEmpty()) << "it may be one of these";
+        EXPECT_EQ(fixture.model->errorMessage(), reason);
+        EXPECT_TRUE(fixture.has(fixture.bundle("Alpine")));
+        EXPECT_FALSE(fixture.protectedApps.toggle("com.example.Birch") && reason != "unreadable");
     }
 }
 
 TEST(RemovalFlow, ARunThatCannotBeginAsksNobodyToQuit) {
-    FlowFixture bench;
-    bench.running.obedient = {"com.example.Alpine"};
+    FlowFixture fixture;
+    fixture.running.obedient = {"com.example.Alpine"};
     {
-        const auto other = lockTrash(bench.user, bench.volume.files());
-        bench.remove({"Alpine"});
-        EXPECT_EQ(bench.model->errorMessage(), "failure.trashBusy");
+        const auto other = lockTrash(fixture.user, fixture.volume.files());
+        fixture.remove({"Alpine"});
+        EXPECT_EQ(fixture.model->errorMessage(), "failure.trashBusy");
     }
-    EXPECT_EQ(bench.stage(), "review");
-    EXPECT_THAT(bench.running.asked, IsEmpty());
-    bench.model->confirm();
-    bench.settle();
-    EXPECT_EQ(bench.stage(), "report") << "the selection is still there";
+    EXPECT_EQ(fixture.stage(), "review");
+    EXPECT_THAT(fixture.running.asked, IsEmpty());
+    fixture.model->confirm();
+    fixture.settle();
+    EXPECT_EQ(fixture.stage(), "report") << "the selection is still there";
 }
 
 TEST(RemovalFlow, RefusalsAreLinesAndDoNotKeepTheOthersOut) {
-    FlowFixture bench;
-    bench.protectedApps.toggle("com.example.Birch");
-    bench.volume.write("/Applications/Ev\nil.app", "a file");
-    bench.model->loadTargets({Path("/Applications/Ev\nil.app"), bench.bundle("Birch"), bench.bundle("Alpine"),
-                              Path("/Applications/./Alpine.app")});
-    EXPECT_EQ(bench.model->errorMessage(), "Ev\\nil.app: error.unreadableBundle\nerror.protectedApp Birch");
-    bench.settle();
-    EXPECT_EQ(bench.model->choice().findings().groups().size(), 1u);
+    FlowFixture fixture;
+    fixture.protectedApps.toggle("com.example.Birch");
+    fixture.volume.write("/Applications/Ev\nil.app", "a file");
+    fixture.model->loadTargets({Path("/Applications/Ev\nil.app"), fixture.bundle("Birch"),
+                                fixture.bundle("Alpine"), Path("/Applications/./Alpine.app")});
+    EXPECT_EQ(fixture.model->errorMessage(), "Ev\\nil.app: error.unreadableBundle\nerror.protectedApp Birch");
+    fixture.settle();
+    EXPECT_EQ(fixture.model->choice().findings().groups().size(), 1u);
 }
 
 TEST(RemovalFlow, AnApplicationAndItsDataGoTogetherOrNotAtAll) {
-    FlowFixture bench;
+    FlowFixture fixture;
     const Path got("/Users/alice/Downloads/Alpine.app"), linked("/Applications/Linked.app");
-    writeBundle(bench.volume, got.string(), "com.example.Alpine", "Alpine");
-    bench.volume.link(linked.string(), "/opt/apps/Cedar.app");
-    writeBundle(bench.volume, "/opt/apps/Cedar.app", "com.example.Cedar", "Cedar");
+    writeBundle(fixture.volume, got.string(), "com.example.Alpine", "Alpine");
+    fixture.volume.link(linked.string(), "/opt/apps/Cedar.app");
+    writeBundle(fixture.volume, "/opt/apps/Cedar.app", "com.example.Cedar", "Cedar");
     for (const auto& [app, reason] :
          {std::pair(got, "error.protectedPlace Alpine " + got.string()),
           std::pair(linked, std::string("error.reachedThroughLink Cedar /opt/apps/Cedar.app"))}) {
-        bench.model->loadTargets({app});
-        bench.settle();
-        EXPECT_THAT(bench.selected(), IsEmpty());
-        ASSERT_TRUE(bench.model->refusal());
-        bench.model->confirm();
-        bench.settle();
-        EXPECT_EQ(bench.stage(), "review");
-        EXPECT_EQ(bench.model->errorMessage(), reason);
-        EXPECT_TRUE(bench.has(bench.cache("Alpine")) && bench.has(bench.cache("Cedar")));
-        EXPECT_THAT(bench.running.asked, IsEmpty());
-        bench.model->close();
+        fixture.model->loadTargets({app});
+        fixture.settle();
+        EXPECT_THAT(fixture.selected(), IsEmpty());
+        ASSERT_TRUE(fixture.model->refusal());
+        fixture.model->confirm();
+        fixture.settle();
+        EXPECT_EQ(fixture.stage(), "review");
+        EXPECT_EQ(fixture.model->errorMessage(), reason);
+        EXPECT_TRUE(fixture.has(fixture.cache("Alpine")) && fixture.has(fixture.cache("Cedar")));
+        EXPECT_THAT(fixture.running.asked, IsEmpty());
+        fixture.model->close();
     }
-    bench.model->loadTargets({got});
-    bench.settle();
-    for (const auto& group : bench.model->choice().findings().groups())
+    fixture.model->loadTargets({got});
+    fixture.settle();
+    for (const auto& group : fixture.model->choice().findings().groups())
         for (const auto& trace : group.traces)
-            if (trace.category != TraceCategory::application) bench.model->setSelected({trace.id}, true);
-    EXPECT_EQ(bench.model->choice().subject().text(bench.texts),
+            if (trace.category != TraceCategory::application) fixture.model->setSelected({trace.id}, true);
+    EXPECT_EQ(fixture.model->choice().subject().text(fixture.texts),
               "report.subject.of report.subject.items 2 Alpine");
-    bench.model->confirm();
-    bench.settle();
-    EXPECT_EQ(bench.stage(), "report") << "data alone is an explicit choice";
-    EXPECT_TRUE(bench.has(got) && !bench.has(bench.cache("Alpine")));
+    fixture.model->confirm();
+    fixture.settle();
+    EXPECT_EQ(fixture.stage(), "report") << "data alone is an explicit choice";
+    EXPECT_TRUE(fixture.has(got) && !fixture.has(fixture.cache("Alpine")));
 }
 
 TEST(RemovalFlow, NamesWhatTheRightsDoNotSufficeFor) {
-    FlowFixture bench;
-    giveToUnprivileged(bench.volume.hostRoot());
-    std::filesystem::permissions(bench.volume.host("/Applications"), std::filesystem::perms(0555));
+    FlowFixture fixture;
+    giveToUnprivileged(fixture.volume.hostRoot());
+    std::filesystem::permissions(fixture.volume.host("/Applications"), std::filesystem::perms(0555));
     asUnprivileged([&] {
-        bench.remove({"Alpine"});
-        EXPECT_EQ(bench.stage(), "review");
-        EXPECT_THAT(bench.model->unmovableItems(), ElementsAre(bench.bundle("Alpine")));
-        EXPECT_TRUE(bench.has(bench.cache("Alpine")));
+        fixture.remove({"Alpine"});
+        EXPECT_EQ(fixture.stage(), "review");
+        EXPECT_THAT(fixture.model->unmovableItems(), ElementsAre(fixture.bundle("Alpine")));
+        EXPECT_TRUE(fixture.has(fixture.cache("Alpine")));
     });
 }
 

@@ -85,24 +85,24 @@ std::string decisions(const InstalledApp& app, const AppTags& tags, const Protec
 
 void print(const std::vector<HomeGroup>& groups, const AppTags& tags, const ProtectedApps& protectedApps,
            const CommandContext& context) {
-    const auto heading = [&](const char* key) { return Span{context.text(key), Paint::faint}; };
+    const auto heading = [&](const char* key) { return StyledText{context.text(key), Style::faint}; };
     using enum Table::Align;
     for (const auto& group : groups) {
         if (!group.title.empty())
             context.console.line(
-                {{group.title, Paint::strong},
-                 {"  " + labels::countAndSize(group.apps.size(), group.size, context.texts), Paint::faint}});
+                {{group.title, Style::strong},
+                 {"  " + labels::countAndSize(group.apps.size(), group.size, context.texts), Style::faint}});
         Table table({left, left, right, left, left});
         table.add({heading("cli.apps.name"), heading("cli.apps.version"), heading("cli.apps.size"),
                    heading("cli.apps.lastUsed"), heading("cli.apps.identifier"), heading("cli.apps.path")});
         for (const auto* app : group.apps)
-            table.add({{app->name, Paint::strong},
+            table.add({{app->name, Style::strong},
                        {app->version.value_or("")},
                        {labels::size(*app, context.texts)},
                        {lastUsed(*app, context)},
                        {app->bundleID},
-                       {app->url.string(), Paint::faint},
-                       {decisions(*app, tags, protectedApps, context), Paint::caution}});
+                       {app->url.string(), Style::faint},
+                       {decisions(*app, tags, protectedApps, context), Style::caution}});
         table.print(context.console, group.title.empty() ? 0 : 2);
     }
     const auto apps = listed(groups);
@@ -139,9 +139,9 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
         print(groups, tags, protectedApps, context);
     const auto& inventory = grid.inventory.get();
     for (const auto& folder : inventory.unreadable)
-        context.complain({"cli.unreadable %@", {folder.string()}});
+        context.error({"cli.unreadable %@", {folder.string()}});
     const auto leftOut = inventory.leftOut;
-    if (leftOut > 0) context.complain({"cli.leftOut %lld", {std::to_string(leftOut)}});
+    if (leftOut > 0) context.error({"cli.leftOut %lld", {std::to_string(leftOut)}});
     return leftOut > 0 || !inventory.unreadable.empty() ? ExitStatus::someFailed : ExitStatus::done;
 }
 

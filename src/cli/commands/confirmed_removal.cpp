@@ -2,7 +2,7 @@
 
 #include "cli/commands/numbered_history.h"
 #include "cli/commands/removal_output.h"
-#include "cli/commands/review_remark.h"
+#include "cli/commands/review_note.h"
 #include "cli/console.h"
 #include "cli/incomplete_output.h"
 #include "cli/json/output.h"
@@ -73,14 +73,14 @@ ExitStatus refuse(const RemovalRefusal& refusal, const CommandContext& context) 
     if (refusal.reason.key == "error.reachedThroughLink %@ %@")
         context.console.advise(context.text(
             "cli.next %@", {context.commandLine({context.arguments.command, refusal.reason.arguments[1]})}));
-    if (!refusal.unmovableItems.empty()) context.complain({"cli.remove.otherAccount"});
+    if (!refusal.unmovableItems.empty()) context.error({"cli.remove.otherAccount"});
     return status;
 }
 
 /// On standard error: with --json, too, and whatever was chosen.
-void complainOfSkipped(const std::vector<Path>& names, const CommandContext& context) {
+void reportSkipped(const std::vector<Path>& names, const CommandContext& context) {
     for (const auto& path : names)
-        context.complain({"cli.remove.skippedName %@", {path.string()}});
+        context.error({"cli.remove.skippedName %@", {path.string()}});
 }
 
 /// Prints on standard error what belongs beside a document.
@@ -174,7 +174,7 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     const bool isDryRun = context.arguments.has("--dry-run");
     if (isDryRun) {
         show(planned, choice, context);
-        complainOfSkipped(skipped, context);
+        reportSkipped(skipped, context);
     }
     if (refusal) return refuse(*refusal, context);
     // Who names each item asks for nothing else.
@@ -188,13 +188,13 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     const RemovalChoice begun = choice;
     if (!session.remove()) {
         for (const auto& why : model.problems())
-            context.complainOf(why);
+            context.report(why);
         return ExitStatus::refused;
     }
     const auto& shown = std::get<stage::Report>(model.stage());
     const auto& report = shown.report;
     show(shown, begun, context, mac);
-    complainOfSkipped(report.skippedNames, context);
+    reportSkipped(report.skippedNames, context);
     const bool tookAll = report.skippedNames.empty() || namesItems;
     const bool isComplete =
         report.failures().empty() && !report.manifestFailure && tookAll && !report.missedAPermission();

@@ -51,8 +51,8 @@ void print(const std::vector<RemovalHistoryEntry>& history, const CommandContext
         const auto size = sizeInQuarantine(entry);
         sum.add(size);
         table.add({{std::to_string(i + 1)},
-                   {displayDate(entry.manifest.createdAt), Paint::faint},
-                   {labels::names(entry.manifest.apps), Paint::strong},
+                   {displayDate(entry.manifest.createdAt), Style::faint},
+                   {labels::names(entry.manifest.apps), Style::strong},
                    {context.text("history.row.items %lld", {std::to_string(entry.totalMoves)})},
                    {size.isKnown ? sizeText(size, context.texts) : ""},
                    {state(entry, context)}});
@@ -67,7 +67,7 @@ void print(const std::vector<UnfinishedRun>& runs, const CommandContext& context
     for (const auto& run : runs) {
         context.console.line(context.text("cli.history.unfinished %@ %@",
                                           {run.root.lastComponent(), context.texts.text(run.advice())}),
-                             Paint::caution);
+                             Style::caution);
         for (const auto& item : run.unsettled)
             context.console.line("  " + item);
     }
@@ -77,7 +77,7 @@ void print(const std::vector<RunItem>& items, const CommandContext& context) {
     Table table;
     for (const auto& item : items)
         table.add({{context.text("cli.item." + std::string(name(item.place))),
-                    item.place == ItemPlace::missing ? Paint::caution : Paint::faint},
+                    item.place == ItemPlace::missing ? Style::caution : Style::faint},
                    {item.entry.source}});
     table.print(context.console, 2);
 }
@@ -113,11 +113,11 @@ ExitStatus show(const TerminalHistory& runs, const std::string& word, const Comm
         return status;
     }
     context.console.line(
-        {{labels::names(entry->manifest.apps), Paint::strong},
-         {"  " + displayDate(entry->manifest.createdAt), Paint::faint},
+        {{labels::names(entry->manifest.apps), Style::strong},
+         {"  " + displayDate(entry->manifest.createdAt), Style::faint},
          {"  " + labels::countAndSize(items.size(), sizeInQuarantine(*entry), context.texts)},
          {"  " + state(*entry, context)}});
-    context.console.line(entry->root.string(), Paint::faint);
+    context.console.line(entry->root.string(), Style::faint);
     print(items, context);
     return status;
 }
@@ -139,7 +139,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
         print(unfinished, context);
     }
     mentionInterruptedRuns(context, runs);
-    if (runs.leftOut() > 0) context.complain({"cli.history.leftOut %lld", {std::to_string(runs.leftOut())}});
+    if (runs.leftOut() > 0) context.error({"cli.history.leftOut %lld", {std::to_string(runs.leftOut())}});
     const bool isNothingLost = std::ranges::none_of(
         history, [](const RemovalHistoryEntry& entry) { return entry.missingMoves > 0; });
     return isAllKnown && unfinished.empty() && isNothingLost ? ExitStatus::done : ExitStatus::someFailed;

@@ -12,7 +12,7 @@ namespace tidwen {
 namespace {
 
 void printUnseen(const InstallerScanResult& result, const CommandContext& context) {
-    if (result.unreadable) context.console.line(context.text("installers.unreadable.title"), Paint::caution);
+    if (result.unreadable) context.console.line(context.text("installers.unreadable.title"), Style::caution);
     printIncomplete(0, result.skippedNames, context);
 }
 
@@ -23,14 +23,14 @@ void print(const InstallerScanResult& result, const CommandContext& context) {
         for (const auto& file : result.files)
             if (file.installedApp.has_value() == matched)
                 table.add({{labels::size(file, context.texts)},
-                           {file.url.string(), Paint::strong},
+                           {file.url.string(), Style::strong},
                            {matched ? context.text("installers.row.installed %@", {file.installedApp->name})
                                     : context.text("installers.row.unmatched"),
-                            Paint::faint}});
+                            Style::faint}});
         if (table.empty()) continue;
         context.console.line(
             context.text(matched ? "installers.section.matched" : "installers.section.unmatched"),
-            Paint::strong);
+            Style::strong);
         table.print(context.console, 2);
     }
     if (result.files.empty() && result.isComplete())
@@ -62,7 +62,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     if (removes) {
         if (result.unreadable) return context.refuse({"installers.unreadable.title"});
         for (const auto& file : result.skippedNames)
-            context.complain({"cli.skippedName %@", {file.string()}});
+            context.error({"cli.skippedName %@", {file.string()}});
         FlowSession session(context, mac);
         session.model().show(stage::Installers{});
         session.model().offer(context.text("category.installers"),

@@ -38,16 +38,15 @@ ExitStatus refuseUnknownRun(const CommandContext& context, const TerminalHistory
 }
 
 void mentionInterruptedRuns(const CommandContext& context, const TerminalHistory& history) {
-    if (const auto unreadable = whyUnreadable(context, history)) context.complain(*unreadable);
-    if (history.isAnotherAtWork()) context.complain({"failure.trashBusy"});
+    if (const auto unreadable = whyUnreadable(context, history)) context.error(*unreadable);
+    if (history.isAnotherAtWork()) context.error({"failure.trashBusy"});
     const auto count = std::ranges::count_if(history.unfinishedRuns(), [](const UnfinishedRun& run) {
         // Nothing that `recover` could do anything about is left of the others.
         return run.problem == UnfinishedRun::Problem::interrupted
                || run.problem == UnfinishedRun::Problem::unsettled;
     });
     if (count > 0)
-        context.complain(
-            {"cli.interrupted %lld %@", {std::to_string(count), context.commandLine({"recover"})}});
+        context.error({"cli.interrupted %lld %@", {std::to_string(count), context.commandLine({"recover"})}});
 }
 
 } // namespace tidwen

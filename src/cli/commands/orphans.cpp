@@ -43,16 +43,16 @@ void print(const OrphanScanResult& orphans, bool isNarrowed, const CommandContex
     std::size_t count = 0;
     ByteSum sum;
     for (const auto& group : orphans.groups) {
-        context.console.line({{group.name, Paint::strong},
+        context.console.line({{group.name, Style::strong},
                               {"  " + group.bundleID},
-                              {"  " + labels::countAndSize(group.traces, context.texts), Paint::faint}});
+                              {"  " + labels::countAndSize(group.traces, context.texts), Style::faint}});
         printTraces(group, context);
         count += group.traces.size();
         sum.add(group.bytes());
     }
     printUnreadable(orphans.unreadableLocations, context);
     for (const auto& gap : orphans.gaps)
-        context.console.line(context.texts.text(gap.describe()), Paint::caution);
+        context.console.line(context.texts.text(gap.describe()), Style::caution);
     printIncomplete(orphans.leftOut, orphans.skippedNames, context);
     context.console.line(
         count == 0 ? context.text(isNarrowed             ? "orphans.filter.empty.title"
@@ -73,7 +73,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
         const auto& gaps = std::get<stage::Orphans>(session.model().stage()).result->gaps;
         const bool sawAllOwners = gaps.empty();
         for (const auto& gap : gaps)
-            context.console.complain(context.texts.text(gap.describe()));
+            context.console.error(context.texts.text(gap.describe()));
         const auto status = removeFound(context, mac, session, RemovalMode::uninstall);
         return status == ExitStatus::done && !sawAllOwners ? ExitStatus::someFailed : status;
     }

@@ -25,7 +25,7 @@ std::optional<AppTarget> findTarget(const CommandContext& context, Mac& mac, con
     const auto path = finder.find(word);
     // macOS keeps the permissions of an application that is gone.
     if (!path && isIdentifier(word)) {
-        context.complain({"cli.permissions.absent %@", {word}});
+        context.error({"cli.permissions.absent %@", {word}});
         AppTarget gone;
         gone.bundleID = word;
         gone.name = word;
@@ -47,7 +47,7 @@ void printUnreadable(const PermissionAudit::Result& audit, const CommandContext&
     for (const auto scope : audit.unreadable)
         context.console.line(context.text("cli.permissions.database %@",
                                           {PermissionAudit::databasePath(scope, mac.system.user).string()}),
-                             Paint::caution);
+                             Style::caution);
 }
 
 ExitStatus statusOf(const PermissionAudit::Result& audit) {
@@ -56,15 +56,15 @@ ExitStatus statusOf(const PermissionAudit::Result& audit) {
 
 void print(const AppTarget& app, const PermissionAudit::Result& audit, const CommandContext& context,
            const Mac& mac) {
-    context.console.line(context.text("permissions.sheet.title %@", {app.name}), Paint::strong);
+    context.console.line(context.text("permissions.sheet.title %@", {app.name}), Style::strong);
     if (audit.grants.empty() && audit.unreadable.empty())
         context.console.line(context.text("permissions.sheet.none"));
     Table table;
     for (const auto& grant : audit.grants)
-        table.add({{permissionTitle(grant.service, context.texts), Paint::strong},
+        table.add({{permissionTitle(grant.service, context.texts), Style::strong},
                    {context.text("cli.permission." + std::string(name(grant.state.kind)))},
-                   {grant.service, Paint::faint},
-                   {PermissionsSheet::detail(grant, context.texts), Paint::faint}});
+                   {grant.service, Style::faint},
+                   {PermissionsSheet::detail(grant, context.texts), Style::faint}});
     table.print(context.console);
     if (audit.unreadable.empty()) return;
     // A mounted disk has no settings to look at or to give access in.
@@ -74,7 +74,7 @@ void print(const AppTarget& app, const PermissionAudit::Result& audit, const Com
     context.console.line(context.text(access == FullDiskAccessProbe::Status::denied
                                           ? "review.audit.unreadable"
                                           : "permissions.sheet.systemSettings"),
-                         Paint::caution);
+                         Style::caution);
 }
 
 /// Whether this program may look everywhere, which decides how complete a scan can be.
@@ -146,9 +146,9 @@ class SheetSession {
         if (!chosen) return context_.refuse(chosen.error());
         auto status = ExitStatus::done;
         if (chosen->empty()) {
-            context_.console.complain(context_.text(sheet_->audit.get()->unreadable.empty()
-                                                        ? "cli.permissions.nothing"
-                                                        : "cli.permissions.unreadable"));
+            context_.console.error(context_.text(sheet_->audit.get()->unreadable.empty()
+                                                     ? "cli.permissions.nothing"
+                                                     : "cli.permissions.unreadable"));
             status = ExitStatus::someFailed;
         } else if (!agreed(context_, question(*chosen), "cli.permissions.needsYes")) {
             return ExitStatus::refused;
@@ -173,7 +173,7 @@ class SheetSession {
         sheet_->errorText.set(std::nullopt);
         wait([&](auto done) { sheet_->revoke(grant, done); });
         if (const auto& error = sheet_->errorText.get()) {
-            context_.console.complain(title + ": " + context_.texts.text(*error));
+            context_.console.error(title + ": " + context_.texts.text(*error));
             return false;
         }
         const auto& left = sheet_->audit.get()->grants;
@@ -184,7 +184,7 @@ class SheetSession {
         // What was given to a program by its path is not reset through the application's identifier. Else it
         // was the user who dismissed the prompt, and who knows.
         if (rest->isPathClient)
-            context_.complain({"report.verify.tccSurvivor %@ %@", {sheet_->app().name, title}});
+            context_.error({"report.verify.tccSurvivor %@ %@", {sheet_->app().name, title}});
         return false;
     }
 

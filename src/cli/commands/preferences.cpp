@@ -28,13 +28,13 @@ ExitStatus wrongAction(const CommandContext& context) {
 }
 
 ExitStatus notStored(const CommandContext& context, const Host& host) {
-    context.complain(host.defaults.whyNotStored());
+    context.error(host.defaults.whyNotStored());
     return ExitStatus::someFailed;
 }
 
 /// The reason with the word that it is about.
 ExitStatus refuse(const CommandContext& context, const std::string& word, const Message& reason) {
-    context.console.complain(word + ": " + context.texts.text(reason), reason.key);
+    context.console.error(word + ": " + context.texts.text(reason), reason.key);
     return ExitStatus::refused;
 }
 
@@ -48,7 +48,7 @@ class IdentifierReader {
     }
 
     /// Nothing, with the reason printed, when the word names no application and is no identifier. One that
-    /// is not installed is taken with a remark, so that it can be protected beforehand.
+    /// is not installed is accepted with a note, so that it can be protected beforehand.
     std::optional<std::string> read(const std::string& word) const {
         if (!mac_) {
             if (isIdentifier(word)) return word;
@@ -60,7 +60,7 @@ class IdentifierReader {
             refuse(context_, word, found.error());
             return std::nullopt;
         }
-        if (!found->isInstalled) context_.complain({"cli.identifier.absent %@", {found->bundleID}});
+        if (!found->isInstalled) context_.error({"cli.identifier.absent %@", {found->bundleID}});
         return found->bundleID;
     }
 
@@ -145,7 +145,7 @@ std::map<std::string, std::vector<std::string>> byTag(const AppTags& tags) {
 void printTags(const AppTags& tags, const CommandContext& context) {
     if (tags.all().empty()) context.console.line(context.text("cli.tags.none"));
     for (const auto& [tag, ids] : byTag(tags)) {
-        context.console.line(tag, Paint::strong);
+        context.console.line(tag, Style::strong);
         for (const auto& id : ids)
             context.console.line("  " + id);
     }
@@ -208,9 +208,9 @@ void printSettings(const AppPreferences& preferences, const CommandContext& cont
         std::string values;
         for (const auto& value : preferences.values(setting))
             values += (values.empty() ? "" : ", ") + value;
-        table.add({{std::string(setting.name), Paint::strong},
+        table.add({{std::string(setting.name), Style::strong},
                    {*preferences.get(setting.name)},
-                   {values, Paint::faint}});
+                   {values, Style::faint}});
     }
     table.print(context.console);
 }
@@ -218,11 +218,11 @@ void printSettings(const AppPreferences& preferences, const CommandContext& cont
 /// Who wants the Trash watched has it watched from each login on, for the volume named now.
 ExitStatus watchAtLogin(bool isOn, const CommandContext& context, LoginItem& loginItem) {
     if (isOn && !context.arguments.volume) {
-        context.complain({"cli.settings.loginNeedsVolume"});
+        context.error({"cli.settings.loginNeedsVolume"});
         return ExitStatus::done;
     }
     if (!loginItem.setEnabled(isOn)) {
-        context.complain({"cli.settings.loginFailed"});
+        context.error({"cli.settings.loginFailed"});
         return ExitStatus::someFailed;
     }
     if (isOn && !context.arguments.json)
@@ -258,7 +258,7 @@ ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context
     if (context.arguments.json)
         context.console.document(json::settingDocument(words[1], words[2]));
     else
-        context.console.line({{words[1], Paint::strong}, {"  " + words[2]}});
+        context.console.line({{words[1], Style::strong}, {"  " + words[2]}});
     return words[1] == "catchTrashedApps" ? watchAtLogin(words[2] == "true", context, host.loginItem)
                                           : ExitStatus::done;
 }

@@ -65,8 +65,8 @@ struct Spared {
 
 void report(const QuarantinePurge::Outcome& outcome, const Spared& spared, const CommandContext& context) {
     for (const auto& run : spared.runs)
-        context.complain({"cli.purge.spared %@ %@", {run.root.string(), context.texts.text(run.advice())}});
-    if (spared.leftOut > 0) context.complain({"cli.history.leftOut %lld", {std::to_string(spared.leftOut)}});
+        context.error({"cli.purge.spared %@ %@", {run.root.string(), context.texts.text(run.advice())}});
+    if (spared.leftOut > 0) context.error({"cli.history.leftOut %lld", {std::to_string(spared.leftOut)}});
     if (context.arguments.json) return context.console.document(json::document(outcome, spared.runs));
     const bool isNothing = outcome.removedFolders == 0 && outcome.kept.empty() && spared.isNothing();
     context.console.line(isNothing
@@ -76,11 +76,10 @@ void report(const QuarantinePurge::Outcome& outcome, const Spared& spared, const
         return std::ranges::find(folders, folder) != folders.end();
     };
     for (const auto& folder : outcome.kept)
-        context.console.complain(context.text(isAmong(outcome.othersItems, folder)
-                                                  ? "cli.purge.othersItems %@"
-                                              : isAmong(outcome.notBegun, folder) ? "cli.purge.stopped %@"
-                                                                                  : "history.purge.kept %@",
-                                              {folder.string()}));
+        context.console.error(context.text(isAmong(outcome.othersItems, folder) ? "cli.purge.othersItems %@"
+                                           : isAmong(outcome.notBegun, folder)  ? "cli.purge.stopped %@"
+                                                                                : "history.purge.kept %@",
+                                           {folder.string()}));
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
@@ -111,7 +110,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     for (const auto& entry : *chosen)
         if (asks)
             context.console.line(
-                {{entry.root.lastComponent()}, {"  " + labels::size(entry, context.texts), Paint::faint}});
+                {{entry.root.lastComponent()}, {"  " + labels::size(entry, context.texts), Style::faint}});
     const auto question = context.text("cli.purge.question %lld", {std::to_string(chosen->size())});
     if (!agreed(context, question, "cli.purge.needsYes")) return ExitStatus::refused;
     const auto outcome = history.remove(*chosen);

@@ -28,12 +28,12 @@ void print(const Manifest& manifest, const CommandContext& context, const Mac& m
         context.console.verbatim(context.text("cli.undo.hint %@", {*undo}));
 }
 
-void complain(const UnfinishedRun& run, const CommandContext& context, const Mac& mac) {
-    context.complain({"cli.history.unfinished %@ %@", {run.root.string(), context.texts.text(run.advice())}});
+void error(const UnfinishedRun& run, const CommandContext& context, const Mac& mac) {
+    context.error({"cli.history.unfinished %@ %@", {run.root.string(), context.texts.text(run.advice())}});
     for (const auto& item : run.unsettled)
-        context.console.complain("  " + item);
+        context.console.error("  " + item);
     if (const auto undo = undoCommandLine(run.root, context, mac))
-        context.complain({"cli.undo.hint %@", {*undo}});
+        context.error({"cli.undo.hint %@", {*undo}});
 }
 
 /// The first Ctrl-C ends it after the quarantine folder at hand.
@@ -49,7 +49,7 @@ RecoveryOutcome recover(const CommandContext& context, const System& system) {
     std::optional<RecoveryOutcome> outcome;
     const EndSignals signals(main, [&] {
         if (outcome) return; // it came too late
-        context.console.complain(context.text("cli.stopping"));
+        context.console.error(context.text("cli.stopping"));
         work.stop();
     });
     WorkQueue background;
@@ -81,14 +81,14 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
             print(manifest, context, mac);
     }
     for (const auto& run : unfinished)
-        complain(run, context, mac);
-    if (!missing.empty()) context.complain({"cli.recover.missing"});
+        error(run, context, mac);
+    if (!missing.empty()) context.error({"cli.recover.missing"});
     for (const auto& item : missing)
-        context.console.complain("  " + item);
-    if (!strays.empty()) context.complain({"cli.recover.strayCopies"});
+        context.console.error("  " + item);
+    if (!strays.empty()) context.error({"cli.recover.strayCopies"});
     for (const auto& copy : strays)
-        context.console.complain("  " + copy.string());
-    if (!notBegun.empty()) context.complain({"cli.recover.stopped %lld", {std::to_string(notBegun.size())}});
+        context.console.error("  " + copy.string());
+    if (!notBegun.empty()) context.error({"cli.recover.stopped %lld", {std::to_string(notBegun.size())}});
     return unfinished.empty() && missing.empty() && strays.empty() && notBegun.empty()
                ? ExitStatus::done
                : ExitStatus::someFailed;

@@ -23,12 +23,12 @@ std::string belowRoot(const Path& path, const Path& root) {
 
 void printItems(const std::vector<GoingGroup>& going, const CommandContext& context) {
     for (const auto& each : going) {
-        context.console.line(each.group->target.name, Paint::strong);
+        context.console.line(each.group->target.name, Style::strong);
         Table table({Table::Align::left, Table::Align::right});
         for (const auto* trace : each.traces)
             table.add({labels::risk(trace->risk, context.texts),
                        {labels::size(*trace, context.texts)},
-                       {labels::category(trace->category, context.texts), Paint::faint},
+                       {labels::category(trace->category, context.texts), Style::faint},
                        {trace->displayName}});
         table.print(context.console, 2);
     }
@@ -36,11 +36,11 @@ void printItems(const std::vector<GoingGroup>& going, const CommandContext& cont
 
 void printConfirmation(const ConfirmationTexts& words, const CommandContext& context, const Mac& mac) {
     auto& console = context.console;
-    console.line(words.summary, Paint::strong);
+    console.line(words.summary, Style::strong);
     for (const auto& tier : words.breakdown)
         console.line("  " + tier);
     if (words.reversible) console.line(*words.reversible);
-    if (words.permanentHeading) console.line(*words.permanentHeading, Paint::danger);
+    if (words.permanentHeading) console.line(*words.permanentHeading, Style::danger);
     for (const auto& name : words.permanent)
         console.line("  " + name);
     if (words.permissionsReset) console.line(*words.permissionsReset);
@@ -53,7 +53,7 @@ namespace {
 /// What only the user can do about it is printed instead.
 bool isGuidance(const Trace& trace, const CommandContext& context) {
     const auto* guidance = std::get_if<action::Guidance>(&trace.action);
-    if (guidance) context.console.line(guidance->step.instruction, Paint::caution);
+    if (guidance) context.console.line(guidance->step.instruction, Style::caution);
     return guidance != nullptr;
 }
 
@@ -77,7 +77,7 @@ class FoundAgain {
             command == "installers"
                 ? context_.text("cli.installers.left %@", {count})
                 : context_.text("cli.remove.left %@ %@", {count, command == "orphans" ? "orphans" : "scan"}),
-            Paint::caution);
+            Style::caution);
     }
 
   private:
@@ -119,10 +119,10 @@ void printLeft(const std::vector<StayingGroup>& staying, const CommandContext& c
 }
 
 void listLeft(const char* heading, const std::vector<StayingTrace>& left, const CommandContext& context) {
-    if (!left.empty()) context.console.line(context.text(heading), Paint::caution);
+    if (!left.empty()) context.console.line(context.text(heading), Style::caution);
     for (const auto& item : left)
         context.console.line(
-            {{"  " + item.trace.displayName}, {"  " + context.texts.text(item.describe()), Paint::faint}});
+            {{"  " + item.trace.displayName}, {"  " + context.texts.text(item.describe()), Style::faint}});
 }
 
 void printRemainders(const RemovalReport& report, const std::optional<std::string>& undo,
@@ -152,8 +152,8 @@ void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout
     for (const auto& step : plan) {
         const auto* move = std::get_if<operation::Move>(&step.kind);
         table.add({{std::to_string(step.id)},
-                   {step.requiresRoot ? context.text("cli.plan.administrator") : "", Paint::caution},
-                   {labels::verb(step.kind, context.texts), Paint::faint},
+                   {step.requiresRoot ? context.text("cli.plan.administrator") : "", Style::caution},
+                   {labels::verb(step.kind, context.texts), Style::faint},
                    {labels::subject(step)
                     + (move ? " -> " + belowRoot(move->destination, layout.root) : std::string())}});
     }
@@ -199,41 +199,41 @@ void printReport(const RemovalReport& report, const ReportTexts& words, const Co
                                          [&](const OperationResult& r) { return r.operationID == step.id; });
         const bool isKnown = result != report.results.end();
         table.add({{std::to_string(step.id)},
-                   isIdle(step, context)          ? Span{context.text("cli.report.idle"), Paint::faint}
-                   : isKnown && result->succeeded ? Span{context.text("cli.report.done"), Paint::good}
+                   isIdle(step, context)          ? StyledText{context.text("cli.report.idle"), Style::faint}
+                   : isKnown && result->succeeded ? StyledText{context.text("cli.report.done"), Style::good}
                    : isKnown && wasNotBegun(*result)
-                       ? Span{context.text("cli.report.notBegun"), Paint::caution}
-                       : Span{context.text("cli.report.failed"), Paint::danger},
-                   {labels::verb(step.kind, context.texts), Paint::faint},
+                       ? StyledText{context.text("cli.report.notBegun"), Style::caution}
+                       : StyledText{context.text("cli.report.failed"), Style::danger},
+                   {labels::verb(step.kind, context.texts), Style::faint},
                    {labels::subject(step)}});
     }
     table.print(console);
 
-    if (!words.failures.empty()) console.line(context.text("report.failures.title"), Paint::danger);
+    if (!words.failures.empty()) console.line(context.text("report.failures.title"), Style::danger);
     for (const auto& failure : words.failures)
         console.line("  " + failure);
 
-    if (words.stopped) console.line(*words.stopped, Paint::caution);
+    if (words.stopped) console.line(*words.stopped, Style::caution);
     if (didNothing(report, context)) {
         console.line(context.text("cli.report.nothingOnVolume"));
     } else {
-        if (words.isWhole) console.line(words.summary, words.failures.empty() ? Paint::good : Paint::plain);
+        if (words.isWhole) console.line(words.summary, words.failures.empty() ? Style::good : Style::plain);
         console.line(words.counts);
     }
     if (words.reclaimed) console.line(*words.reclaimed);
     if (words.reclaimed)
         console.line(context.text("cli.report.quarantine %@", {report.quarantineRoot.string()}));
     for (const auto& folder : report.emptiedFolders)
-        console.line(context.text("cli.report.emptied %@", {folder.string()}), Paint::caution);
+        console.line(context.text("cli.report.emptied %@", {folder.string()}), Style::caution);
     for (const auto& link : report.deadLinks)
-        console.line(context.text("cli.report.deadLink %@", {link.string()}), Paint::caution);
+        console.line(context.text("cli.report.deadLink %@", {link.string()}), Style::caution);
     if (report.manifestFailure)
         console.line(context.text("cli.report.noManifest %@", {context.texts.text(*report.manifestFailure)}),
-                     Paint::danger);
+                     Style::danger);
     for (const auto& item : report.unsettled)
-        console.line("  " + item + ": " + context.text("failure.moveUnfinished"), Paint::danger);
+        console.line("  " + item + ": " + context.text("failure.moveUnfinished"), Style::danger);
     for (const auto& line : words.verification)
-        console.line(line, words.isClean ? Paint::plain : Paint::caution);
+        console.line(line, words.isClean ? Style::plain : Style::caution);
     printSurvivors(report, context);
 }
 

@@ -22,15 +22,15 @@ JudgedRequest judgeRequest(const std::vector<Path>& paths, const CommandContext&
     auto intake = loadTargets(words, finder, AppTargetLoader(system.files, system.signatures),
                               ProtectedApps(system.defaults));
     for (const auto& failure : intake.failures)
-        context.complainOf(failure);
+        context.report(failure);
     return {std::move(intake.targets), !intake.failures.empty()};
 }
 
-void complainOfRefused(const RequestInbox::Drained& requests, const CommandContext& context) {
+void reportRefused(const RequestInbox::Drained& requests, const CommandContext& context) {
     for (const auto& path : requests.refused)
-        context.console.complain(context.text("cli.requests.refused %@", {path}));
+        context.console.error(context.text("cli.requests.refused %@", {path}));
     if (requests.unreadable > 0)
-        context.console.complain(
+        context.console.error(
             context.text("cli.requests.unreadable %lld", {std::to_string(requests.unreadable)}));
 }
 
@@ -42,13 +42,13 @@ RequestedApplications::RequestedApplications(const CommandContext& context, Sess
                                         [this](const RequestInbox::Drained& requests) { show(requests); })) {}
 
 void RequestedApplications::show(const RequestInbox::Drained& requests) const {
-    complainOfRefused(requests, context_);
+    reportRefused(requests, context_);
     for (const auto& target : judgeRequest(requests.paths, context_, mac_).targets) {
         const auto& url = target.bundleURL.string();
         if (context_.arguments.json) {
             context_.console.document(json::requestLine(target));
         } else {
-            context_.console.line({{context_.text("cli.requests.asked %@", {target.name}), Paint::strong}});
+            context_.console.line({{context_.text("cli.requests.asked %@", {target.name}), Style::strong}});
             context_.console.verbatim("  " + context_.commandLine({"remove", url}));
         }
     }

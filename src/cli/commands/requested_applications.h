@@ -11,7 +11,7 @@ namespace tidwen {
 /// The inbox of the Mac's user, in the folder of this program's application group.
 RequestInbox requestInbox(const CommandContext& context, const Mac& mac);
 
-/// Judges each path as if it had been typed, complains of those that are refused and gives the others.
+/// Judges each path as if it had been typed, reports those that are refused and gives the others.
 struct JudgedRequest {
     std::vector<AppTarget> targets;
     bool someRefused = false;
@@ -19,7 +19,7 @@ struct JudgedRequest {
 JudgedRequest judgeRequest(const std::vector<Path>& paths, const CommandContext& context, const Mac& mac);
 
 /// Complains of what was asked for and is not there, and of what held no request.
-void complainOfRefused(const RequestInbox::Drained& requests, const CommandContext& context);
+void reportRefused(const RequestInbox::Drained& requests, const CommandContext& context);
 
 /// While it lives, shows each application that another process asks to remove, and how to do it. Nothing is
 /// removed without its user typing that.

@@ -22,12 +22,11 @@ ExitStatus drain(const CommandContext& context, Mac& mac) {
         if (drained.isEmpty()) context.console.line(context.text("cli.requests.none"));
         for (const auto& target : judged.targets)
             context.console.line(
-                {{target.name, Paint::strong}, {"  " + target.bundleURL.string(), Paint::faint}});
+                {{target.name, Style::strong}, {"  " + target.bundleURL.string(), Style::faint}});
     }
-    complainOfRefused(drained, context);
+    reportRefused(drained, context);
     if (drained.waiting > 0)
-        context.console.complain(
-            context.text("cli.requests.waiting %lld", {std::to_string(drained.waiting)}));
+        context.console.error(context.text("cli.requests.waiting %lld", {std::to_string(drained.waiting)}));
     const bool isAll = !judged.someRefused && drained.refused.empty() && drained.unreadable == 0;
     return isAll && drained.waiting == 0 ? ExitStatus::done : ExitStatus::someFailed;
 }

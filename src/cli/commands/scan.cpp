@@ -69,28 +69,28 @@ void printTraces(const ScanResult& result, bool isBySize, const CommandContext& 
     const auto all = sections(result.traces, isBySize);
     for (const auto& section : all)
         for (const auto& trace : section.traces)
-            table.add({{takenByDefault(trace, result) ? "[x]" : "[ ]", Paint::faint},
+            table.add({{takenByDefault(trace, result) ? "[x]" : "[ ]", Style::faint},
                        labels::risk(trace.risk, context.texts),
                        {labels::size(trace, context.texts)}});
     auto lines = table.lines(2);
     std::size_t next = 0;
     for (const auto& section : all) {
         context.console.line(
-            {{labels::category(section.category, context.texts), Paint::strong},
-             {"  " + labels::countAndSize(section.traces, context.texts), Paint::faint},
+            {{labels::category(section.category, context.texts), Style::strong},
+             {"  " + labels::countAndSize(section.traces, context.texts), Style::faint},
              {isBySize ? "  " + bar(section.size.bytes, labels::total(result.traces).bytes) : ""}});
         for (const auto& trace : section.traces) {
             auto& line = lines[next++];
             line.push_back({"  "});
             line.push_back({trace.displayName});
             if (isEmptyReset(trace, result)) {
-                line.push_back({"  " + context.text("cli.scan.noPermissions"), Paint::faint});
+                line.push_back({"  " + context.text("cli.scan.noPermissions"), Style::faint});
                 context.console.line(line);
                 continue;
             }
-            line.push_back({"  " + labels::reason(trace.reason, context.texts), Paint::faint});
+            line.push_back({"  " + labels::reason(trace.reason, context.texts), Style::faint});
             for (const auto& badge : labels::badges(trace, context.texts))
-                line.push_back({"  [" + badge + "]", Paint::caution});
+                line.push_back({"  [" + badge + "]", Style::caution});
             context.console.line(line);
         }
     }
@@ -101,29 +101,29 @@ void printPermissions(const PermissionAudit::Result& permissions, const CommandC
     for (const auto scope : permissions.unreadable)
         context.console.line(context.text("cli.permissions.database %@",
                                           {PermissionAudit::databasePath(scope, user).string()}),
-                             Paint::caution);
+                             Style::caution);
     // A mounted disk has no settings to give access in.
     if (!permissions.unreadable.empty() && !context.arguments.volume)
-        context.console.line(context.text("review.audit.unreadable"), Paint::caution);
+        context.console.line(context.text("review.audit.unreadable"), Style::caution);
     if (permissions.grants.empty()) return;
-    context.console.line(context.text("review.permissionAudit"), Paint::strong);
+    context.console.line(context.text("review.permissionAudit"), Style::strong);
     Table table;
     for (const auto& grant : permissions.grants)
         table.add({{permissionTitle(grant.service, context.texts)},
                    {context.text("cli.permission." + std::string(name(grant.state.kind)))},
-                   {context.text("cli.permission.scope." + std::string(name(grant.scope))), Paint::faint}});
+                   {context.text("cli.permission.scope." + std::string(name(grant.scope))), Style::faint}});
     table.print(context.console, 2);
 }
 
 /// `isKnown`: which applications are protected.
 void printNotices(const ScanResult& result, bool isKnown, const CommandContext& context) {
     if (result.isProtected && isKnown) {
-        context.console.line(context.texts.text(describeProtected(result.target)), Paint::caution);
-        context.console.line(unprotectHint(result.target, context), Paint::faint);
+        context.console.line(context.texts.text(describeProtected(result.target)), Style::caution);
+        context.console.line(unprotectHint(result.target, context), Style::faint);
     }
     if (result.immovable) {
-        context.console.line(context.text("cli.scan.immovable"), Paint::caution);
-        context.console.line(context.texts.text(result.immovable->describe(result.target)), Paint::faint);
+        context.console.line(context.text("cli.scan.immovable"), Style::caution);
+        context.console.line(context.texts.text(result.immovable->describe(result.target)), Style::faint);
         if (result.immovable->reason == ImmovableApplication::Reason::reachedThroughLink)
             context.console.verbatim("  "
                                      + context.commandLine({"remove", result.immovable->place.string()}));
@@ -131,12 +131,12 @@ void printNotices(const ScanResult& result, bool isKnown, const CommandContext& 
     printOwners(result.owners, context);
     printUnsearchable(result, context);
     if (result.unreadableLocations.empty()) return;
-    context.console.line(context.text("review.incomplete.title"), Paint::caution);
+    context.console.line(context.text("review.incomplete.title"), Style::caution);
     // What may be read on a volume is a matter of accounts; macOS has nothing to grant there.
     const auto* body =
         context.arguments.volume ? "cli.scan.incomplete.body %lld" : "review.incomplete.body %lld";
     context.console.line(context.text(body, {std::to_string(result.unreadableLocations.size())}),
-                         Paint::faint);
+                         Style::faint);
     for (const auto& location : result.unreadableLocations)
         context.console.line("  " + location.string());
 }
@@ -162,16 +162,16 @@ void printRights(const std::vector<Trace>& traces, const CommandContext& context
         return item && !files.isMovable(*item);
     });
     if (count > 0)
-        context.console.line(context.text("cli.scan.notYours %lld", {std::to_string(count)}), Paint::caution);
+        context.console.line(context.text("cli.scan.notYours %lld", {std::to_string(count)}), Style::caution);
 }
 
 void print(const ScanResult& result, bool isKnown, bool isBySize, const CommandContext& context,
            const Mac& mac) {
     const auto& target = result.target;
-    context.console.line({{target.name, Paint::strong},
+    context.console.line({{target.name, Style::strong},
                           {target.version ? " " + *target.version : ""},
-                          {"  " + target.bundleID, Paint::faint}});
-    context.console.line(target.bundleURL.string(), Paint::faint);
+                          {"  " + target.bundleID, Style::faint}});
+    context.console.line(target.bundleURL.string(), Style::faint);
     printNotices(result, isKnown, context);
     printIncomplete(result.leftOut, result.skippedNames, context);
     printTraces(result, isBySize, context);

@@ -66,7 +66,7 @@ class StartupSession {
             model_.toggleError.set(std::nullopt);
             wait([&](auto done) { model_.setEnabled(*item, on, done); });
             if (const auto& error = model_.toggleError.get()) {
-                context_.console.complain(item->label + ": " + context_.texts.text(*error));
+                context_.console.error(item->label + ": " + context_.texts.text(*error));
                 status = ExitStatus::someFailed;
             } else if (!context_.arguments.json) {
                 context_.console.line(
@@ -92,7 +92,7 @@ class StartupSession {
             if (auto trace = startupTrace(item)) traces.push_back(std::move(*trace));
         measureTraces(mac_.system.files, traces, {});
         const bool isComplete = model_.result.get().unreadable.empty();
-        complainOfUnreadable();
+        reportUnreadable();
         if (traces.empty() && !isComplete) return ExitStatus::refused;
         // The jobs were chosen by name or as orphans, so their risk needs no further choice.
         FlowSession flow(context_, mac_);
@@ -134,13 +134,13 @@ class StartupSession {
     }
 
     ExitStatus refuseUnseen(const Message& reason) const {
-        complainOfUnreadable();
+        reportUnreadable();
         return context_.refuse(reason);
     }
 
-    void complainOfUnreadable() const {
+    void reportUnreadable() const {
         for (const auto& folder : model_.result.get().unreadable)
-            context_.complain({"cli.unreadable %@", {folder.string()}});
+            context_.error({"cli.unreadable %@", {folder.string()}});
     }
 
     void print() {
@@ -153,23 +153,23 @@ class StartupSession {
             for (const auto& item : result.items)
                 if (section(item) == part) table.add(row(item));
             if (table.empty()) continue;
-            context_.console.line(context_.text(key), Paint::strong);
+            context_.console.line(context_.text(key), Style::strong);
             table.print(context_.console, 2);
         }
         for (const auto& folder : result.unreadable)
-            context_.console.line(context_.text("cli.unreadable %@", {folder.string()}), Paint::caution);
+            context_.console.line(context_.text("cli.unreadable %@", {folder.string()}), Style::caution);
         printIncomplete(result.leftOut, {}, context_);
         if (result.items.empty()) context_.console.line(context_.text("startup.empty.title"));
     }
 
-    std::vector<Span> row(const StartupItem& item) const {
+    std::vector<StyledText> row(const StartupItem& item) const {
         const auto state = model_.switchState(item);
         const bool isOff = model_.disabled.get().contains(item.id());
         return {{context_.text("cli.startup.state." + std::string(isOff ? "off" : name(state))),
-                 isOff ? Paint::caution : Paint::faint},
-                {item.label, Paint::strong},
-                {item.isSystemDomain ? context_.text("startup.badge.daemon") : "", Paint::faint},
-                {model_.ownerText(item), Paint::faint}};
+                 isOff ? Style::caution : Style::faint},
+                {item.label, Style::strong},
+                {item.isSystemDomain ? context_.text("startup.badge.daemon") : "", Style::faint},
+                {model_.ownerText(item), Style::faint}};
     }
 
     const CommandContext& context_;

@@ -34,7 +34,7 @@ TerminalHistory::await(const std::string& work,
     {
         const EndSignals signals(main_, [&] {
             if (answer) return; // it came too late
-            context_.console.complain(context_.text("cli.stopping"));
+            context_.console.error(context_.text("cli.stopping"));
             model_.stop();
         });
         start([&](const auto& result) {

@@ -15,7 +15,7 @@ void print(const UndoReport& report, bool isOfSingleItems, const CommandContext&
     const bool isComplete = report.failures.empty();
     const auto* whole = isOfSingleItems ? "cli.undo.chosenComplete" : "report.undo.complete";
     context.console.line(context.text(isComplete ? whole : "report.undo.partial"),
-                         isComplete ? Paint::good : Paint::caution);
+                         isComplete ? Style::good : Style::caution);
     for (const auto& failure : report.failures)
         context.console.line("  " + failure.text(context.texts));
     for (const auto& item : report.renamed)
@@ -26,7 +26,7 @@ void print(const UndoReport& report, bool isOfSingleItems, const CommandContext&
         context.console.line(context.text("cli.undo.alreadyBack %lld", {std::to_string(report.alreadyBack)}));
     if (report.mayHaveLost)
         context.console.line(
-            context.text(mac.volume ? "cli.undo.permanentOnVolume" : "report.undo.permanent"), Paint::faint);
+            context.text(mac.volume ? "cli.undo.permanentOnVolume" : "report.undo.permanent"), Style::faint);
     // No job runs on a volume; it starts with the Mac that the volume belongs to.
     if (report.relaunchedJobs > 0 && !mac.volume)
         context.console.line(
@@ -43,13 +43,13 @@ void print(const UndoPlan& plan, const CommandContext& context) {
                               ? context.text("cli.undo.beside %@", {item.destination->string()})
                               : std::string();
         table.add({{context.text(item.problem ? "cli.undo.stays" : "cli.undo.goesBack"),
-                    item.problem ? Paint::caution : Paint::good},
-                   {item.requiresRoot ? context.text("cli.plan.administrator") : "", Paint::caution},
+                    item.problem ? Style::caution : Style::good},
+                   {item.requiresRoot ? context.text("cli.plan.administrator") : "", Style::caution},
                    {item.oldPlace.string()},
-                   {note, Paint::faint}});
+                   {note, Style::faint}});
     }
     for (const auto& job : plan.jobs)
-        table.add({{context.text("cli.step.bootstrap"), Paint::good}, {}, {job}});
+        table.add({{context.text("cli.step.bootstrap"), Style::good}, {}, {job}});
     table.print(context.console);
     if (plan.alreadyBack > 0)
         context.console.line(context.text("cli.undo.alreadyBack %lld", {std::to_string(plan.alreadyBack)}));

@@ -18,7 +18,7 @@ void print(const UpdateAnswer& answer, const CommandContext& context) {
     const auto* headline =
         answer.state == UpdateState::available ? "updates.available %@ %@" : "updates.needsNewerSystem %@ %@";
     const auto day = iso8601(release->date).substr(0, std::string_view("2026-11-14").size());
-    console.line(context.text(headline, {release->version, day}), Paint::strong);
+    console.line(context.text(headline, {release->version, day}), Style::strong);
     std::istringstream notes(release->notes);
     for (std::string line; std::getline(notes, line);)
         console.line("  " + line);

@@ -37,7 +37,7 @@ class WatchSession {
         if (!byHand && !isOn) return ExitStatus::done;
         if (!catcher_.isWatching()) return context_.refuse({"cli.watch.impossible %@", {trash()}});
 
-        remark("cli.watch.started %@", {trash()});
+        note("cli.watch.started %@", {trash()});
         if (!isOn)
             advise("cli.watch.once %@",
                    context_.commandLine({"settings", "set", "catchTrashedApps", "true"}));
@@ -59,8 +59,8 @@ class WatchSession {
     std::string trash() const { return mac_.system.user.trash().string(); }
 
     /// Beside the finds, and not where a program reads.
-    void remark(std::string_view key, const std::vector<std::string>& fill = {}) const {
-        if (!context_.arguments.json) context_.console.complain(context_.text(key, fill));
+    void note(std::string_view key, const std::vector<std::string>& fill = {}) const {
+        if (!context_.arguments.json) context_.console.error(context_.text(key, fill));
     }
 
     /// The same with a command to copy.
@@ -70,9 +70,9 @@ class WatchSession {
 
     void tidyUp() const {
         for (const auto& notice : FlowSession(context_, mac_).start()) {
-            remark("home.recovery.title %@", {labels::names(notice.manifest.apps)});
+            note("home.recovery.title %@", {labels::names(notice.manifest.apps)});
             for (const auto& item : notice.unsettled)
-                remark("failure.moveUnfinished %@", {item});
+                note("failure.moveUnfinished %@", {item});
             if (const auto undo = undoCommandLine(notice.manifest.quarantineRoot, context_, mac_))
                 advise("cli.undo.hint %@", *undo);
         }
@@ -85,14 +85,14 @@ class WatchSession {
     }
 
     void tellOf(NotificationState state) const {
-        if (state == NotificationState::denied) remark("cli.watch.notificationsDenied");
-        if (state == NotificationState::unavailable) remark("cli.watch.notificationsUnavailable");
+        if (state == NotificationState::denied) note("cli.watch.notificationsDenied");
+        if (state == NotificationState::unavailable) note("cli.watch.notificationsUnavailable");
     }
 
     void tellOfSwitch(bool isOn, bool byHand) {
-        if (isOn && !catcher_.isWatching()) remark("cli.watch.impossible %@", {trash()});
-        if (isOn) return remark("cli.watch.started %@", {trash()});
-        remark(byHand ? "cli.watch.switchedOff" : "cli.watch.ended");
+        if (isOn && !catcher_.isWatching()) note("cli.watch.impossible %@", {trash()});
+        if (isOn) return note("cli.watch.started %@", {trash()});
+        note(byHand ? "cli.watch.switchedOff" : "cli.watch.ended");
         isEnding_ = !byHand;
     }
 
@@ -101,7 +101,7 @@ class WatchSession {
             context_.console.document(json::line(app));
         } else {
             context_.console.line(
-                {{context_.text("trash.notification.title %@", {app.name}), Paint::strong}});
+                {{context_.text("trash.notification.title %@", {app.name}), Style::strong}});
             showRemoval(app.url.string());
         }
         isEnding_ = !context_.console.finish() || isEnding_; // nobody reads any more

@@ -35,23 +35,23 @@ Value found(const std::string& url, const std::string& name, const std::string& 
     return {{"url", url}, {"name", name}, {"bundleID", bundleID}, {"requested", isRequested}};
 }
 
-Value failure(const std::vector<Complaint>& complaints) {
+Value failure(const std::vector<ErrorText>& errors) {
     Value error;
-    for (const auto& complaint : complaints) {
-        error["reasons"].push_back(complaint.text);
-        if (!complaint.key.empty() && !error.contains("key")) error["key"] = complaint.key;
+    for (const auto& each : errors) {
+        error["reasons"].push_back(each.text);
+        if (!each.key.empty() && !error.contains("key")) error["key"] = each.key;
     }
     return {{"error", std::move(error)}};
 }
 
 } // namespace
 
-std::string failureDocument(const std::vector<Complaint>& complaints) {
-    return writeJson(failure(complaints));
+std::string failureDocument(const std::vector<ErrorText>& errors) {
+    return writeJson(failure(errors));
 }
 
-std::string failureLine(const std::vector<Complaint>& complaints) {
-    return onOneLine(failure(complaints));
+std::string failureLine(const std::vector<ErrorText>& errors) {
+    return onOneLine(failure(errors));
 }
 
 std::string document(const QuarantinePurge::Outcome& outcome, const std::vector<UnfinishedRun>& spared) {

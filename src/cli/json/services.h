@@ -20,10 +20,10 @@ std::string document(const UpdateAnswer& answer, std::string_view running);
 std::string requestsDocument(const std::vector<Path>& applications);
 std::string gateDocument(bool isOpen);
 
-/// Why a command that prints a document on success printed none. The key is that of the first complaint that
+/// Why a command that prints a document on success printed none. The key is that of the first error that
 /// has one.
-std::string failureDocument(const std::vector<Complaint>& complaints);
-std::string failureLine(const std::vector<Complaint>& complaints);
+std::string failureDocument(const std::vector<ErrorText>& errors);
+std::string failureLine(const std::vector<ErrorText>& errors);
 
 /// One line each, for a reader that takes a line as soon as it is there.
 std::string line(const TrashedApp& found);

@@ -14,8 +14,7 @@ GroupName GroupName::of(std::string_view group, bool isLowercased) {
                          && std::all_of(team.begin(), team.end(), [&](char c) {
                                 return (c >= '0' && c <= '9') || (c >= firstLetter && c < firstLetter + 26);
                             });
-    return {tidwen::lowercased(composed(group)),
-            tidwen::lowercased(composed(hasTeam ? group.substr(teamLength + 1) : group))};
+    return {tidwen::folded(group), tidwen::folded(hasTeam ? group.substr(teamLength + 1) : group)};
 }
 
 bool operator==(const GroupName& a, const GroupName& b) {

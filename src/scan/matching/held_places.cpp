@@ -18,10 +18,6 @@ namespace tidwen {
 
 namespace {
 
-std::string folded(std::string_view text) {
-    return lowercased(composed(text));
-}
-
 /// False for a folder with only the name of a bundle: it may contain applications like any folder.
 bool isBundleFolder(const FileSystem& files, const Path& folder) {
     return isBundleName(folder.lastComponent()) && isBundle(files, folder);

@@ -48,7 +48,7 @@ std::optional<Claimant> namedOnTheWay(const ScanContext& context, const Path& pr
         if (component.find('.') == component.npos) continue; // no identifier
         if (const auto own = context.matcher.attributeIdentifier(component)) {
             if (own->contestedBy) return own->contestedBy;
-        } else if (auto other = context.matcher.others().longestContinued(lowercased(composed(component)))) {
+        } else if (auto other = context.matcher.others().longestContinued(folded(component))) {
             return other;
         }
     }
@@ -79,7 +79,7 @@ std::optional<Claimant> holderOf(const ScanContext& context, const Path& program
 
 bool isVendorFolder(const ResidueMatcher& matcher, std::string_view name) {
     if (isBundleName(name)) return false;
-    const auto lower = lowercased(composed(name));
+    const auto lower = folded(name);
     if (lower == "clouddocs" || isFromApple(lower)) return false;
     if (lower == "caches" || lower == "fileprovider") return true;
     return !matcher.vendor().empty() && canonicalForm(lower).starts_with(matcher.vendor());
@@ -109,7 +109,7 @@ std::optional<Attribution> attributeByNames(const ScanContext& context, const La
     if (!found || found->contestedBy) return found;
     if (!isByLabel) found->contestedBy = context.matcher.otherOwnerOf(file);
     if (!found->contestedBy && !isByLabel)
-        found->contestedBy = context.matcher.others().longestContinued(lowercased(composed(item.label)));
+        found->contestedBy = context.matcher.others().longestContinued(folded(item.label));
     if (!found->contestedBy) found->contestedBy = holderOf(context, program);
     if (!found->contestedBy && !isEmbedded) found->contestedBy = namedOnTheWay(context, program);
     if (!found->contestedBy && !isEmbedded) found->contestedBy = namedOnTheWay(context, real);

@@ -13,10 +13,6 @@ namespace {
 // No file, label or service in a scan has a longer name, and a hostile Info.plist may contain megabytes.
 constexpr std::size_t longestIdentifier = 1024;
 
-std::string folded(std::string_view text) {
-    return lowercased(composed(text));
-}
-
 /// Calls `visit` with the text from its start and from each dot, until it returns true.
 template<class Visit>
 bool anyStart(std::string_view text, Visit visit) {

@@ -43,7 +43,7 @@ class ClosedPaths {
     }
 
   private:
-    static std::string key(const Path& path) { return lowercased(composed(path.string())); }
+    static std::string key(const Path& path) { return folded(path.string()); }
 
     std::set<std::string, std::less<>> keys_;
 };
@@ -68,7 +68,7 @@ class OtherPackages {
             if (context_.stop.stopRequested()) return;
             const auto own = context_.matcher.attributeIdentifier(packageID);
             if (own && own->reason.kind == MatchReason::Kind::exactBundleID) continue;
-            auto owner = context_.matcher.others().longestContinued(lowercased(composed(packageID)));
+            auto owner = context_.matcher.others().longestContinued(folded(packageID));
             const auto receipt = owner ? receipts_.read(packageID) : std::nullopt;
             if (!receipt) continue;
             claimants_.push_back(std::move(*owner));
@@ -206,7 +206,7 @@ class ReceiptProbe {
 
     std::optional<Claimant> otherCalled(const std::string& component) const {
         const auto& others = context_.matcher.others();
-        if (auto other = others.longestContinued(lowercased(composed(component)))) return other;
+        if (auto other = others.longestContinued(folded(component))) return other;
         const auto canonical = canonicalForm(component);
         return isCommonName(canonical) ? std::nullopt : others.named(canonical);
     }
@@ -214,8 +214,7 @@ class ReceiptProbe {
     /// Who has the better claim to the job by its label or its program's location.
     std::optional<Claimant> jobClaimant(const LaunchItem& job) const {
         if (const auto own = attributeJob(context_, job)) return own->contestedBy;
-        if (auto other = context_.matcher.others().longestContinued(lowercased(composed(job.label))))
-            return other;
+        if (auto other = context_.matcher.others().longestContinued(folded(job.label))) return other;
         return job.programPath ? holderOf(context_, Path(*job.programPath)) : std::nullopt;
     }
 

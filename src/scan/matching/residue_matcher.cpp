@@ -40,10 +40,6 @@ bool contains(const List& list, std::string_view text) {
     return std::find(list.begin(), list.end(), text) != list.end();
 }
 
-std::string folded(std::string_view text) {
-    return lowercased(composed(text));
-}
-
 char asciiLower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }

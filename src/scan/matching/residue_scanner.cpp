@@ -70,8 +70,7 @@ Trace permissionTrace(const ResidueMatcher& matcher) {
 std::optional<Claimant> otherOwnerOf(const ScanContext& context, const std::string& label,
                                      const std::vector<LaunchItem>& jobs) {
     const auto own = context.matcher.attributeIdentifier(label);
-    auto other =
-        own ? own->contestedBy : context.matcher.others().longestContinued(lowercased(composed(label)));
+    auto other = own ? own->contestedBy : context.matcher.others().longestContinued(folded(label));
     for (const auto& job : jobs)
         if (!other && job.label == label) other = holderOfJob(context, job);
     return other;
