@@ -169,22 +169,6 @@ PastRuns loadPastRuns(const UserEnvironment& user, const FileSystem& files, bool
     return runs;
 }
 
-std::set<std::string> heldByLaterRuns(const Manifest& run, const UserEnvironment& user,
-                                      const FileSystem& files) {
-    std::set<std::string> held;
-    const auto add = [&](const Manifest& other) {
-        if (other.quarantineRoot == run.quarantineRoot || other.createdAt < run.createdAt) return;
-        for (const auto& item : runItems(other, files))
-            if (item.place == ItemPlace::inQuarantine) held.insert(item.entry.source);
-    };
-    const auto runs = loadPastRuns(user, files, false);
-    for (const auto& entry : runs.entries)
-        add(entry.manifest);
-    for (const auto& unfinished : runs.unfinished)
-        if (unfinished.known) add(*unfinished.known);
-    return held;
-}
-
 std::vector<RemovalHistoryEntry> loadHistory(const UserEnvironment& user, const FileSystem& files,
                                              bool includeSizes, const ReadBudget& budget) {
     return loadPastRuns(user, files, includeSizes, budget).entries;

@@ -7,8 +7,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <set>
-#include <string>
 #include <vector>
 
 namespace tidwen {
@@ -62,11 +60,6 @@ struct PastRuns {
 /// Runs for which `budget` does not suffice are in neither list; it counts them, too.
 PastRuns loadPastRuns(const UserEnvironment& user, const FileSystem& files, bool includeSizes,
                       const ReadBudget& budget = {});
-
-/// The old places of what lies in quarantine by later runs than this one: they took it, and this one has not
-/// lost it.
-std::set<std::string> heldByLaterRuns(const Manifest& run, const UserEnvironment& user,
-                                      const FileSystem& files);
 
 /// The entries alone.
 std::vector<RemovalHistoryEntry> loadHistory(const UserEnvironment& user, const FileSystem& files,

@@ -16,8 +16,8 @@ constexpr int mostNumbersTried = 200'000;
 /// More than any application holds.
 constexpr std::size_t mostCompared = 1'000'000;
 
-/// Whether everything in the copy is in the original, of the same kind and no smaller there. Anything else
-/// came from elsewhere, or is what the original has lost since.
+} // namespace
+
 bool canHaveGrownFrom(const Path& original, const Path& copy, const FileSystem& files) {
     std::vector<std::pair<Path, Path>> left{{original, copy}};
     for (std::size_t compared = 0; !left.empty(); ++compared) {
@@ -36,8 +36,6 @@ bool canHaveGrownFrom(const Path& original, const Path& copy, const FileSystem& 
     }
     return true;
 }
-
-} // namespace
 
 std::vector<InterruptedReturn> InterruptedReturns::of(const std::vector<ManifestEntry>& entries) {
     std::vector<InterruptedReturn> found;

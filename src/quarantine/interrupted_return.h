@@ -37,6 +37,10 @@ class InterruptedReturns {
     int numbersTried_ = 0;
 };
 
+/// Whether everything in the copy is in the original, of the same kind and no smaller there. Anything else
+/// came from elsewhere, or is what the original has lost since.
+bool canHaveGrownFrom(const Path& original, const Path& copy, const FileSystem& files);
+
 /// Settles one: takes the copy away when it can have grown from what lies whole in quarantine; when the
 /// original was set aside already, completes the return with a copy that is whole, else puts the original
 /// back into quarantine. What the safety policy would not let move is left alone. True when no copy is left.

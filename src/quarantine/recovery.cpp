@@ -2,13 +2,16 @@
 
 #include "platform/budgeted_files.h"
 #include "posix/copied_bytes.h"
+#include "posix/copied_move.h"
 #include "quarantine/history.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/interrupted_return.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/run_documents.h"
+#include "quarantine/run_items.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 
 namespace tidwen {
@@ -16,6 +19,25 @@ namespace tidwen {
 namespace {
 
 using Problem = UnfinishedRun::Problem;
+
+/// Where what lies in quarantine by later runs than this one lies, by its old place: they took it, and this
+/// one has not lost it.
+std::map<std::string, Path> heldByLaterRuns(const Manifest& run, const UserEnvironment& user,
+                                            const FileSystem& files) {
+    std::map<std::string, Path> held;
+    const auto add = [&](const Manifest& other) {
+        if (other.quarantineRoot == run.quarantineRoot || other.createdAt < run.createdAt) return;
+        for (const auto& [entry, place] : runItems(other, files))
+            if (place == ItemPlace::inQuarantine && entry.destination)
+                held.emplace(entry.source, *entry.destination);
+    };
+    const auto runs = loadPastRuns(user, files, false);
+    for (const auto& entry : runs.entries)
+        add(entry.manifest);
+    for (const auto& unfinished : runs.unfinished)
+        if (unfinished.known) add(*unfinished.known);
+    return held;
+}
 
 /// One look at the runs of a Trash.
 class Recovery {
@@ -55,6 +77,8 @@ class Recovery {
         const Path& root = journal.quarantineRoot;
         settle(journal);
         auto run = readRunWithoutManifest(root, files_);
+        if (run && run->problem == Problem::unsettled && dropCopiesOfWhatOthersHold(journal, *run->known))
+            run = readRunWithoutManifest(root, files_);
         if (run && run->known) forgetWhatOthersHold(*run->known, run->known->entries);
         if (!run || !run->known) { // changed under our hands
             outcome_.unfinished.push_back({.root = root});
@@ -99,6 +123,22 @@ class Recovery {
         const auto held = heldByLaterRuns(run, user_, files_);
         std::erase_if(entries,
                       [&](const auto& entry) { return entry.isMissing && held.contains(entry.source); });
+    }
+
+    /// A removal that was made again took the originals of copies that this one had begun. True when one of
+    /// these is gone now.
+    bool dropCopiesOfWhatOthersHold(const RemovalJournal& journal, const Manifest& run) {
+        bool isAnyGone = false;
+        const auto held = heldByLaterRuns(run, user_, files_);
+        for (const auto& entry : journal.planned) {
+            const auto original = entry.destination ? held.find(entry.source) : held.end();
+            if (original == held.end()) continue;
+            const Path destination(*entry.destination);
+            const Path copy = destination.parent() / growingCopyName(destination.lastComponent());
+            if (files_.exists(copy) && canHaveGrownFrom(original->second, copy, files_))
+                isAnyGone = files_.removeTree(copy).has_value() || isAnyGone;
+        }
+        return isAnyGone;
     }
 
     static bool isKnown(const ManifestEntry& entry, const Manifest& manifest) {

@@ -274,7 +274,8 @@ TEST_F(Recovery, NamesItemsThatAreNowhere) {
                                .quarantineRoot = later,
                                .entries = {moveEntry(1, later, "/Library/held")}},
                               later / manifestFileName, volume.files()));
-    volume.write((later / "0001/held").string(), "");
+    volume.write((later / "0001/held").string(), "whole");
+    volume.write((root / "0004/.tidwen-copy-held").string(), "who");
     volume.write((root / "0003/Maker/in it").string(), "went along");
     const auto outcome = recoverAll();
     ASSERT_EQ(outcome.recovered.size(), 1u);
