@@ -59,7 +59,8 @@ class HistoryModel {
     Property<std::optional<Message>> error; ///< why the last undo or deletion was not done, or not wholly
     /// The same in words.
     std::optional<std::string> errorMessage() const {
-        return error.get() ? std::optional(ports_.texts.text(*error.get())) : std::nullopt;
+        const auto& why = error.get();
+        return why ? std::optional(ports_.texts.text(*why)) : std::nullopt;
     }
 
     /// Reads the runs again. Of several loads at once the last one started wins.

@@ -93,7 +93,9 @@ class Documents(VolumeTest):
         shutil.rmtree(next(root.glob("*/Kip.app")))
         self.assertEqual([item["failureKey"] for item in self.call("undo", "1", "--dry-run", "--json", status=1).json["items"]
                           if "failureKey" in item], ["failure.notInQuarantine"])
-        self.assertIn("missing", [item["place"] for item in self.call("history", "1", "--json").json["items"]])
+        self.assertIn("missing", [item["place"] for item in self.call("history", "1", "--json", status=1).json["items"]])
+        self.assertEqual([failure["failureKey"] for failure in self.call("undo", "1", "--json", status=1).json["failures"]],
+                         ["failure.notInQuarantine"])
 
     def test_documents_of_what_is_too_large_to_measure(self):
         (self.home / "Library/Application Support/com.littlefin.kip/first").write_bytes(b"x")
@@ -112,7 +114,8 @@ class Documents(VolumeTest):
         self.call("undo", "1")
         os.rename(first.parent / "many", package)
         self.assertIn("over", self.call("installers").output)
-        self.assertTrue(self.call("installers", "--json").json["files"][0]["isSizePartial"])
+        files = self.call("installers", "--json").json["files"]
+        self.assertEqual([file["url"] for file in files if file.get("isSizePartial")], ["/Users/alice/Downloads/Large.pkg"])
         os.rename(self.home / "Downloads", self.home / "elsewhere")
         self.assertEqual(self.call("installers", "--json", status=1).json["unreadable"], ["/Users/alice/Downloads"])
 
@@ -124,7 +127,11 @@ class Documents(VolumeTest):
         for name in ("Kip.dmg", "Other.dmg"):
             (self.home / "Downloads" / name).write_bytes(b"image")
         self.call("installers", "--json")
-        self.call("installers", "--remove", "--select", "Other.dmg", "--yes", "--json")
+        for words, mode in [(["installers", "--remove", "--select", "Other.dmg"], "installers"),
+                            (["orphans", "--remove", "--risk", "safe"], "orphans"),
+                            (["startup", "remove", "local.quill.keepalive"], "startupItems"),
+                            (["remove", "Lumen", "--select", "com.lumenlight.lumen.plist"], "items")]:
+            self.assertEqual(self.call(*words, "--yes", "--json").json["mode"], mode)
         self.application("Applications/Never.app", "com.never.used")
         self.call("apps", "--json")
         for name, job in {"com.apple.x": {"Program": "/usr/bin/x"}, "odd": {}}.items():

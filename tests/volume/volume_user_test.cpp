@@ -65,17 +65,20 @@ TEST(VolumeUser, MayBeNamed) {
         ASSERT_TRUE(user) << given;
         EXPECT_EQ(user->home, Path(home));
     }
-    for (const char* wrong : {"/Users/file", "/Users/none", "/Users/dangling", "Users/alice"}) {
+    for (const auto& [wrong, kind] :
+         {std::pair("/Users/file", Kind::notAFolder), std::pair("/Users/none", Kind::notAFolder),
+          std::pair("/Users/dangling", Kind::linked), std::pair("/Users/linked", Kind::linked),
+          std::pair("Users/alice", Kind::notAPath)}) {
         SCOPED_TRACE(wrong);
         const auto refused = findVolumeUser(volume.files(), Path(wrong));
         ASSERT_FALSE(refused);
-        EXPECT_EQ(refused.error().kind, Kind::notAFolder);
+        EXPECT_EQ(refused.error().kind, kind);
         EXPECT_EQ(refused.error().home, Path(wrong));
     }
     for (const char* wrong :
          {"/", "/Users", "/Users/Shared", "/Users/shared", "/Users/Shared/x", "/System", "/System/Library",
-          "/Library/WebServer", "/Users/linked", "/People/alice", "/Users/alice/Library",
-          "/Users/../Users/alice", "/Users/alice/..", "/Volumes/Data/nobodys", "/Volumes/service"}) {
+          "/Library/WebServer", "/People/alice", "/Users/alice/Library", "/Users/../Users/alice",
+          "/Users/alice/..", "/Volumes/Data/nobodys", "/Volumes/service"}) {
         const auto refused = findVolumeUser(volume.files(), Path(wrong));
         ASSERT_FALSE(refused) << wrong;
         if (volume.exists(wrong)) {

@@ -300,7 +300,7 @@ class Refusals(VolumeTest):
         self.assertEqual(len(self.call("--home", "/Users/alice", "apps", "--json").json), 14)
         for words, saying in [(["apps"], "volume to work on"), (["--volume", __file__, "apps"], "not a folder"),
                               (["--volume", "/nowhere", "apps"], "/nowhere"),
-                              (["--volume", str(self.base), "apps"], "--home")]:
+                              (["--volume", str(self.base), "apps"], "no folder Users")]:
             with self.subTest(words):
                 self.refuse(*words, saying=saying, volume=False)
 
