@@ -14,8 +14,8 @@ namespace tidwen {
 
 namespace {
 
-const char* escapeOf(Style paint) {
-    switch (paint) {
+const char* escapeOf(Style style) {
+    switch (style) {
     case Style::plain:
         return "";
     case Style::strong:
@@ -98,8 +98,8 @@ void Console::put(std::FILE* file, std::string_view text) {
 
 std::string Console::painted(const StyledText& span) const {
     auto text = printable(span.text);
-    if (!showsColours_ || span.paint == Style::plain || text.empty()) return text;
-    return escapeOf(span.paint) + text + "\x1b[0m";
+    if (!showsColours_ || span.style == Style::plain || text.empty()) return text;
+    return escapeOf(span.style) + text + "\x1b[0m";
 }
 
 void Console::line(const std::vector<StyledText>& spans) {

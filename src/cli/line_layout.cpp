@@ -12,7 +12,7 @@ namespace {
 struct Piece {
     std::size_t blanks = 0;
     std::string text;
-    Style paint = Style::plain;
+    Style style = Style::plain;
 };
 
 /// Adds the words of a span, or all of it when it is a path. Gives the blanks at its end.
@@ -27,10 +27,10 @@ std::size_t addPieces(const StyledText& span, std::size_t blanks, std::vector<Pi
             isPath ? text.find_last_not_of(' ') + 1 : std::min(text.find(' ', begin), text.size());
         const auto word = text.substr(begin, end - begin);
         // What follows without a blank belongs to the same word.
-        if (blanks == 0 && !pieces.empty() && pieces.back().paint == span.paint)
+        if (blanks == 0 && !pieces.empty() && pieces.back().style == span.style)
             pieces.back().text += word;
         else
-            pieces.push_back({blanks, word, span.paint});
+            pieces.push_back({blanks, word, span.style});
         blanks = 0;
         at = end;
     }
@@ -136,7 +136,7 @@ std::vector<std::vector<StyledText>> wrapped(const std::vector<StyledText>& line
     if (pieces.empty()) return lines;
     const auto indentation = std::min(pieces.front().blanks + 4, columns / 4);
     std::size_t column = 0;
-    for (auto& [before, text, paint] : pieces) {
+    for (auto& [before, text, style] : pieces) {
         const bool isFirst = lines.size() == 1 && column == 0;
         if (!isFirst && column + before + displayWidth(text) > columns) {
             lines.emplace_back();
@@ -147,7 +147,7 @@ std::vector<std::vector<StyledText>> wrapped(const std::vector<StyledText>& line
         text = cutInMiddle(text, columns - column - before);
         column += before + displayWidth(text);
         lines.back().push_back({std::string(before, ' ')});
-        lines.back().push_back({std::move(text), paint});
+        lines.back().push_back({std::move(text), style});
     }
     return lines;
 }
