@@ -48,8 +48,9 @@ bool FlowSession::scan(const std::vector<std::string>& words, ProtectedTargets o
     someRefused_ = !named.failures.empty();
     if (named.bundles.empty()) return false;
     model_.loadTargets(named.bundles, ofProtected);
+    const bool hasEnded = awaitScan();
     reportRefusals();
-    return awaitScan();
+    return hasEnded && std::holds_alternative<stage::Review>(model_.stage());
 }
 
 bool FlowSession::sweep() {

@@ -142,7 +142,7 @@ NamedBundles findBundles(const std::vector<std::string>& words, const Applicatio
 TargetIntake loadTargets(const std::vector<std::string>& words, const ApplicationFinder& finder,
                          const AppTargetLoader& loader, const ProtectedApps& protectedApps) {
     auto named = findBundles(words, finder);
-    auto intake = takeIn(named.bundles, loader, protectedApps);
+    auto intake = takeIn(tidwen::loadTargets(named.bundles, loader), protectedApps);
     intake.failures.insert(intake.failures.begin(), std::make_move_iterator(named.failures.begin()),
                            std::make_move_iterator(named.failures.end()));
     return intake;

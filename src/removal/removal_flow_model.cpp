@@ -89,12 +89,25 @@ void RemovalFlowModel::close() {
 void RemovalFlowModel::loadTargets(const std::vector<Path>& bundles, ProtectedTargets ofProtected) {
     if (!takesTargets()) return;
     problems_.clear();
-    auto intake = takeIn(bundles, services_.loader, services_.protectedApps, ofProtected);
-    protectedTargets_ = std::move(intake.refused);
-    if (intake.targets.empty() && intake.failures.empty()) return fail({"error.nothingToRemove"});
-    problems_ = std::move(intake.failures);
-    if (intake.targets.empty()) return notify();
-    scan(std::move(intake.targets));
+    protectedTargets_.clear();
+    if (bundles.empty()) return fail({"error.nothingToRemove"});
+    const auto control = work_.begin();
+    auto cameFrom = stage_;
+    enter(stage::Scanning{bundles.front().stem(), "", 0, static_cast<int>(bundles.size())});
+    inBackground(
+        *this, alive_, services_.background, services_.main,
+        [&loader = services_.loader, bundles] { return tidwen::loadTargets(bundles, loader); },
+        [stop = control.stop, cameFrom = std::move(cameFrom), ofProtected](RemovalFlowModel& self,
+                                                                           LoadedTargets loaded) mutable {
+            if (stop.stopRequested()) return;
+            auto intake = takeIn(std::move(loaded), self.services_.protectedApps, ofProtected);
+            self.protectedTargets_ = std::move(intake.refused);
+            self.problems_ = std::move(intake.failures);
+            if (!intake.targets.empty()) return self.scan(std::move(intake.targets));
+            self.work_.end();
+            self.stage_ = std::move(cameFrom);
+            self.notify();
+        });
 }
 
 void RemovalFlowModel::scan(std::vector<AppTarget> targets) {
@@ -163,6 +176,7 @@ void RemovalFlowModel::cancelScan() {
     if (!std::holds_alternative<stage::Scanning>(stage_)) return;
     work_.stop();
     work_.end();
+    forgetChoices();
     stage_ = home_;
     notify();
 }

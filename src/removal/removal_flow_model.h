@@ -31,15 +31,15 @@ namespace tidwen {
 ///
 ///   stage        event                                  next stage
 ///   ---------    -----------------------------------    --------------------------------------------
-///   home (*)     loadTargets, something is left         scanning
-///   home         loadTargets, nothing is left           the same, with an error
+///   home (*)     loadTargets                            scanning
 ///   home         scanOrphans                            scanning
 ///   home         show                                   another home stage
 ///   home         offer (installers, startup items)      the same; what is offered can be confirmed
+///   scanning     no bundle can be taken                 the stage it came from, with an error
 ///   scanning     all applications are scanned           review
 ///   scanning     the sweep has ended                    orphans
 ///   scanning     cancelScan                             the home stage it came from
-///   review       loadTargets, something is left         scanning
+///   review       loadTargets                            scanning
 ///   review,      confirm, something is selected         removing; each application that runs is asked to
 ///   orphans,                                            quit, and the user about each that does not
 ///   an offer     confirm, nothing is selected           the same, with an error

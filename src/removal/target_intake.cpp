@@ -10,24 +10,27 @@ Message describeProtected(const AppTarget& target) {
     return {"error.protectedApp %@", {printable(target.name)}};
 }
 
-TargetIntake takeIn(const std::vector<Path>& bundles, const AppTargetLoader& loader,
-                    const ProtectedApps& protectedApps, ProtectedTargets ofProtected) {
-    TargetIntake intake;
-    std::vector<AppTarget> loaded;
+LoadedTargets loadTargets(const std::vector<Path>& bundles, const AppTargetLoader& loader) {
+    LoadedTargets loaded;
     std::set<Path> seen;
     for (const auto& bundle : bundles) {
         if (!seen.insert(bundle.standardized()).second) continue;
         if (auto target = loader.load(bundle))
-            loaded.push_back(std::move(*target));
+            loaded.targets.push_back(std::move(*target));
         else
-            intake.failures.push_back(
+            loaded.failures.push_back(
                 {printable(bundle.lastComponent()), {std::string(errorKey(target.error()))}});
     }
+    return loaded;
+}
+
+TargetIntake takeIn(LoadedTargets loaded, const ProtectedApps& protectedApps, ProtectedTargets ofProtected) {
+    TargetIntake intake{.targets = {}, .failures = std::move(loaded.failures), .refused = {}};
     if (ofProtected == ProtectedTargets::shown) {
-        intake.targets = std::move(loaded);
+        intake.targets = std::move(loaded.targets);
         return intake;
     }
-    auto [allowed, refused] = protectedApps.partition(std::move(loaded));
+    auto [allowed, refused] = protectedApps.partition(std::move(loaded.targets));
     for (const auto& target : refused)
         intake.failures.push_back({.reason = describeProtected(target)});
     intake.refused = std::move(refused);

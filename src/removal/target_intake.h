@@ -7,6 +7,15 @@
 
 namespace tidwen {
 
+/// What was read of the bundles that were asked for.
+struct LoadedTargets {
+    std::vector<AppTarget> targets; ///< in the order asked for, each bundle once
+    std::vector<Problem> failures;  ///< names in them have their control characters made visible
+};
+
+/// Reads the disk; any thread.
+LoadedTargets loadTargets(const std::vector<Path>& bundles, const AppTargetLoader& loader);
+
 /// Applications that were asked for, and why some of them cannot be taken ("Zed.app: This is no …").
 struct TargetIntake {
     std::vector<AppTarget> targets; ///< in the order asked for, each bundle once
@@ -20,8 +29,7 @@ enum class ProtectedTargets {
     shown, ///< taken in like others, by who only looks
 };
 
-TargetIntake takeIn(const std::vector<Path>& bundles, const AppTargetLoader& loader,
-                    const ProtectedApps& protectedApps,
+TargetIntake takeIn(LoadedTargets loaded, const ProtectedApps& protectedApps,
                     ProtectedTargets ofProtected = ProtectedTargets::refused);
 
 /// That the application is protected.

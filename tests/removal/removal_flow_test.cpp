@@ -35,7 +35,7 @@ TEST(RemovalFlow, FollowsItsTableAndNothingElse) {
     };
     const auto home = [](const Stage& stage) { return [stage](FlowFixture& b) { b.model->show(stage); }; };
     const std::map<std::string, std::string> fromHome = {
-        {"load", "scanning"}, {"sweep", "scanning"}, {"show", "history"}};
+        {"load", "scanning"}, {"load nothing", "scanning"}, {"sweep", "scanning"}, {"show", "history"}};
     const auto load = events.at("load");
     const auto sweep = [](FlowFixture& b) {
         b.model->show(stage::Installers{});
@@ -49,17 +49,21 @@ TEST(RemovalFlow, FollowsItsTableAndNothingElse) {
         {"history", home(stage::History{}), fromHome},
         {"installers", // with an offer
          [](FlowFixture& b) { b.model->show(stage::Installers{}), events.at("offer")(b); },
-         {{"load", "scanning"}, {"sweep", "scanning"}, {"show", "history"}, {"confirm", "removing"}}},
+         {{"load", "scanning"},
+          {"load nothing", "scanning"},
+          {"sweep", "scanning"},
+          {"show", "history"},
+          {"confirm", "removing"}}},
         {"scanning", load, {{"cancel", "idle"}, {"work ends", "review"}}},
         {"scanning",
          [](FlowFixture& b) { b.model->show(stage::History{}), b.model->scanOrphans(); },
          {{"cancel", "history"}, {"work ends", "orphans"}}},
         {"review",
          [](FlowFixture& b) { b.review({"Alpine"}); },
-         {{"load", "scanning"}, {"confirm", "removing"}, {"close", "idle"}}},
+         {{"load", "scanning"}, {"load nothing", "scanning"}, {"confirm", "removing"}, {"close", "idle"}}},
         {"review",
          [](FlowFixture& b) { b.review({"Alpine"}), b.model->select({}); },
-         {{"load", "scanning"}, {"close", "idle"}}},
+         {{"load", "scanning"}, {"load nothing", "scanning"}, {"close", "idle"}}},
         {"orphans", sweep, {{"close", "installers"}}},
         {"orphans",
          [&](FlowFixture& b) { sweep(b), select(b); },
@@ -240,6 +244,8 @@ TEST(RemovalFlow, UndoesTheRunOfTheReport) {
 TEST(RemovalFlow, WorkThatComesBackLateChangesNothing) {
     FlowFixture fixture;
     fixture.model->loadTargets({fixture.bundle("Alpine")});
+    fixture.background.drain();
+    fixture.main.drain();
     fixture.background.drain(); // the scan has ended, its results wait for the main thread
     fixture.model->cancelScan();
     fixture.model->loadTargets({fixture.bundle("Birch")});

@@ -45,9 +45,15 @@ TEST(RemovalFlow, RefusalsAreLinesAndDoNotKeepTheOthersOut) {
     fixture.volume.write("/Applications/Ev\nil.app", "a file");
     fixture.model->loadTargets({Path("/Applications/Ev\nil.app"), fixture.bundle("Birch"),
                                 fixture.bundle("Alpine"), Path("/Applications/./Alpine.app")});
-    EXPECT_EQ(fixture.model->errorMessage(), "Ev\\nil.app: error.unreadableBundle\nerror.protectedApp Birch");
     fixture.settle();
+    EXPECT_EQ(fixture.model->errorMessage(), "Ev\\nil.app: error.unreadableBundle\nerror.protectedApp Birch");
     EXPECT_EQ(fixture.model->choice().findings().groups().size(), 1u);
+
+    fixture.model->loadTargets({fixture.bundle("Birch")});
+    fixture.settle();
+    EXPECT_EQ(fixture.model->errorMessage(), "error.protectedApp Birch");
+    EXPECT_EQ(fixture.stage(), "review") << "what was found before is still there";
+    EXPECT_THAT(fixture.selected(), Contains(fixture.bundle("Alpine").string()));
 }
 
 TEST(RemovalFlow, AnApplicationAndItsDataGoTogetherOrNotAtAll) {
