@@ -24,7 +24,7 @@ bool hasTrustworthyDate(const Manifest& manifest, Timestamp now) {
 
 namespace {
 
-/// Nothing when the budget of the run to which `files` belong is spent meanwhile.
+/// nullopt if the budget of `files` runs out meanwhile.
 std::optional<RemovalHistoryEntry> makeEntry(const Path& root, ManifestInPlace read,
                                              const FileSystem& files) {
     RemovalHistoryEntry entry{.root = root, .manifest = std::move(read.manifest)};
@@ -46,8 +46,8 @@ std::optional<RemovalHistoryEntry> makeEntry(const Path& root, ManifestInPlace r
     return entry;
 }
 
-/// What was put back and taken again is the later run's, and no loss of the earlier one. `entries`: newest
-/// first.
+/// An item put back and moved again belongs to the later run and is not missing from the earlier one.
+/// `entries`: newest first.
 void settleTakenAgain(std::vector<RemovalHistoryEntry>& entries, const BudgetedFiles& files) {
     const auto misses = [](const RemovalHistoryEntry& entry) { return entry.missingMoves > 0; };
     if (std::ranges::none_of(entries, misses)) return;
@@ -66,7 +66,7 @@ void settleTakenAgain(std::vector<RemovalHistoryEntry>& entries, const BudgetedF
     }
 }
 
-/// Nothing when the budget runs out meanwhile: what was not looked at would be taken for missing.
+/// nullopt if the budget runs out meanwhile: items not looked at would appear missing.
 std::optional<UnfinishedRun> readUnfinished(const Path& root, const BudgetedFiles& files) {
     const bool hadBudget = !files.budget().isExhausted();
     auto run = readRunWithoutManifest(root, files);
@@ -75,7 +75,7 @@ std::optional<UnfinishedRun> readUnfinished(const Path& root, const BudgetedFile
     return std::nullopt;
 }
 
-/// What lies in one quarantine folder; neither when it is no run, or was left out.
+/// The content of one quarantine folder; both are empty when it is no run or was not read.
 struct ReadRun {
     std::optional<RemovalHistoryEntry> entry;
     std::optional<UnfinishedRun> unfinished;
@@ -92,7 +92,7 @@ ReadRun readRun(const Path& root, const BudgetedFiles& files) {
     return run;
 }
 
-/// By folder. Many are read in parallel; a few sooner than threads start.
+/// By folder. Many are read in parallel; for a few, starting threads takes longer.
 std::vector<ReadRun> readRuns(const std::vector<Path>& folders, const BudgetedFiles& files) {
     constexpr std::size_t few = 32;
     std::vector<ReadRun> runs(folders.size());
@@ -102,8 +102,8 @@ std::vector<ReadRun> readRuns(const std::vector<Path>& folders, const BudgetedFi
     return runs;
 }
 
-/// Records tell only seconds. Of one second the run whose record was written last is the newest; those of
-/// which that does not tell go by name, so that the numbers people refer to stay the same.
+/// Dates have a resolution of one second. Runs of the same second are ordered by when their document was
+/// written, then by name, so that the numbers users refer to are stable.
 void sortNewestFirst(std::vector<RemovalHistoryEntry>& entries, const FileSystem& files) {
     std::ranges::sort(entries, [](const auto& a, const auto& b) {
         return std::tie(a.manifest.createdAt, a.root) > std::tie(b.manifest.createdAt, b.root);

@@ -15,7 +15,7 @@ HistoryModel::Refusal toRefusal(Message reason) {
     return {std::move(reason)};
 }
 
-/// Asked only where something looks cut off: to ask is to hold the lock for a moment.
+/// Called only when something looks interrupted, because it takes the lock for a moment.
 bool isAnotherIn(const Path& trash, FileSystem& files) {
     const auto lock = files.lock(trash);
     return !lock && lock.error().fault == FileFault::busy;

@@ -19,8 +19,8 @@
 
 namespace tidwen {
 
-/// The list of past runs, and what can be done with them. Belongs to the main thread; one undo or deletion
-/// runs at a time, in the background, and holds the lock of the Trash.
+/// The list of past runs and the actions on them. Main thread only. One undo or deletion runs at a time, in
+/// the background, holding the lock of the Trash.
 class HistoryModel {
   public:
     struct Ports {
@@ -33,11 +33,11 @@ class HistoryModel {
         Executor& background;
     };
 
-    /// Why nothing was done; without words when the user dismissed the administrator's prompt.
+    /// Why nothing was done; no reason when the user dismissed the administrator's prompt.
     struct Refusal {
         std::optional<Message> reason;
     };
-    /// Called on the main thread with what an action came to, before the list is loaded again.
+    /// Called on the main thread with the result of an action, before the list is reloaded.
     template<class Result>
     using Answer = std::function<void(const tl::expected<Result, Refusal>&)>;
 
@@ -46,43 +46,45 @@ class HistoryModel {
     HistoryModel(Ports ports, UserEnvironment user);
 
     Property<std::vector<RemovalHistoryEntry>> entries; ///< newest first
-    Property<std::vector<Path>> leftOut; ///< runs that were not read, because there is too much to read
-    Property<std::vector<UnfinishedRun>> unfinishedRuns; ///< what `entries` cannot show, by folder name
+    Property<std::vector<Path>> leftOut; ///< runs not read because the read budget was exhausted
+    Property<std::vector<UnfinishedRun>> unfinishedRuns; ///< runs that are not in `entries`, by folder name
     Property<std::optional<FileError>>
-        unreadable; ///< why the Trash could not be read: nothing is known of it
-    /// Another process works in the Trash: what looks cut off may be its run, so `unfinishedRuns` is empty.
+        unreadable; ///< why the Trash could not be read; nothing is known about it then
+    /// Another process is working in the Trash. What looks interrupted may be its run, so `unfinishedRuns` is
+    /// empty.
     Property<bool> isAnotherAtWork{false};
     Property<bool> isLoading{false};
-    Property<std::optional<std::string>> busyEntryID; ///< see `id`; the Trash while several are deleted
-    Property<std::optional<StepProgress>> progress;   ///< the step at hand of what runs
+    Property<std::optional<std::string>> busyEntryID; ///< see `id`; the Trash while several runs are deleted
+    Property<std::optional<StepProgress>> progress;   ///< the current step of the action
     Property<std::optional<UndoReport>> lastUndo;
-    Property<std::optional<Message>> error; ///< why the last undo or deletion was not done, or not wholly
-    /// The same in words.
+    Property<std::optional<Message>> error; ///< why the last undo or deletion was not done, or only in part
+    /// `error` as text.
     std::optional<std::string> errorMessage() const {
         const auto& why = error.get();
         return why ? std::optional(ports_.texts.text(*why)) : std::nullopt;
     }
 
-    /// Reads the runs again. Of several loads at once the last one started wins.
+    /// Reloads the runs. Of several concurrent loads the last one started wins.
     void load(Sizes sizes = Sizes::measured, std::function<void()> done = {});
 
-    /// Each of these is ignored, and `answer` never called, while another one runs. After a refusal the list
-    /// stays as it was; otherwise it is loaded again.
+    /// Each action is ignored, without calling `answer`, while another one runs. After a refusal the list
+    /// stays as it is; otherwise it is reloaded.
     void undo(const RemovalHistoryEntry& entry, Answer<UndoReport> answer = {}) {
         undo(entry.root, std::move(answer));
     }
-    /// Also of a run that was cut off, and of single items of a run.
+    /// `root` may be an interrupted run; `items` selects items of a run.
     void undo(const Path& root, Answer<UndoReport> answer = {}) { undo(root, {}, std::move(answer)); }
     void undo(const Path& root, const ItemChoice& items, Answer<UndoReport> answer = {});
-    /// Refused while `whyNotRemove` gives a reason. Quarantine folders in which nothing ever lay go along.
+    /// Refused while `whyNotRemove` gives a reason. Quarantine folders that are empty but for run documents
+    /// are deleted too.
     void remove(const std::vector<RemovalHistoryEntry>& chosen, Answer<QuarantinePurge::Outcome> answer = {});
     void removeAll(Answer<QuarantinePurge::Outcome> answer = {}) { remove(entries.get(), std::move(answer)); }
 
-    /// Ends an undo or a deletion after the step at hand.
+    /// Stops an undo or a deletion after the current step.
     void stop() { work_.stop(); }
 
-    /// Why nothing is deleted for good: who does not know the settings does not know how long the user wants
-    /// to keep what would go.
+    /// Why nothing is deleted permanently: while the settings are unreadable, the retention period the user
+    /// has set is unknown.
     std::optional<Message> whyNotRemove() const { return ports_.settings.problem(); }
 
     static std::string id(const RemovalHistoryEntry& entry) { return entry.root.string(); }
@@ -99,7 +101,8 @@ class HistoryModel {
     UserEnvironment user_;
     FollowedWork work_;
     int loadsStarted_ = 0;
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
+    std::shared_ptr<bool> alive_ =
+        std::make_shared<bool>(true); ///< checked by background work when it finishes
 };
 
 } // namespace tidwen

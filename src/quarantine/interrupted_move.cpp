@@ -12,8 +12,8 @@ namespace tidwen {
 
 namespace {
 
-/// What lies in the folders of a run's items besides these: a copy, whose original may stand aside on a disk
-/// that is away, or an item under a name that is not its own.
+/// Unknown items in the quarantine folders of a run: a copy whose original is set aside on a disconnected
+/// disk, or an item under another name.
 class Unaccounted {
   public:
     Unaccounted(const std::vector<ManifestEntry>& planned, const FileSystem& files) : files_(files) {
@@ -23,7 +23,7 @@ class Unaccounted {
                     place = place.parent();
     }
 
-    /// Also when nobody can tell.
+    /// True also if the folder cannot be read.
     bool liesIn(const Path& folder) {
         const auto [known, isNew] = known_.try_emplace(folder, false);
         if (isNew) known->second = look(folder);
@@ -35,7 +35,7 @@ class Unaccounted {
         const auto entries = files_.list(folder);
         if (!entries) return entries.error().fault != FileFault::missing;
         return std::ranges::any_of(*entries, [&](const DirectoryEntry& entry) {
-            // A Mac that shows a folder leaves the first; the rest tells of the run itself.
+            // The Finder creates .DS_Store; the run documents are known.
             return entry.name != ".DS_Store" && !isRunDocument(entry.name)
                    && !accounted_.contains(folder / entry.name);
         });
@@ -61,15 +61,14 @@ bool isSettled(const ManifestEntry& entry, Place place, Unaccounted& unaccounted
     return !unaccounted.liesIn(destination.parent());
 }
 
-/// It went along with a folder that was moved.
+/// Whether the item was moved as part of an enclosing folder.
 bool laysWithin(const std::set<Path>& moved, const Path& item) {
     for (Path folder = item.parent(); !folder.isRoot() && folder.isAbsolute(); folder = folder.parent())
         if (moved.contains(folder)) return true;
     return false;
 }
 
-/// What stays of the original of a move that arrived. What cannot be settled now stays where it is and is
-/// found the next time.
+/// The remains of a move that arrived. What cannot be settled now stays and is found the next time.
 std::optional<MoveRemains> settled(const Path& from, const Path& to, FileSystem& files,
                                    const PathPolicy& policy) {
     const auto judged = policy.checkMove(from, to, files);

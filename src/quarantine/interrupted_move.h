@@ -9,40 +9,39 @@
 
 namespace tidwen {
 
-/// Settles what a kill in the middle of the move from `from` to `to` may have left on two devices. What the
-/// safety policy would not let move is not looked at either: the two paths come from a file in the Trash.
-/// Gives what stays aside although the item has arrived.
+/// Recovers an interrupted move from `from` to `to` between two devices. Paths that the safety policy would
+/// not let move are not even looked at, because both come from a file in the Trash. Returns the remains that
+/// stay although the item has arrived.
 std::optional<MoveRemains> settleInterruptedMove(const Path& from, const Path& to, FileSystem& files,
                                                  const PathPolicy& policy);
 
-/// What somebody wrote into an original while it was moved has no copy.
+/// What happens to writes into an original during its move, of which there is no copy.
 enum class StrayWrites {
     stayAside,
-    getAName, ///< in the old place, that people see
+    getAName, ///< revealed under a visible name in the old place
 };
 
-/// The same for every move of a run.
+/// Recovers every move of a run.
 void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrites strayWrites,
                             FileSystem& files, const PathPolicy& policy);
 
-/// Whether both are names of one item, of which a move by a hard link has yet to take one away.
+/// Whether both are names of one item, as in a move by hard link before the old name is removed.
 bool isOneItem(const Path& a, const Path& b, const FileSystem& files);
 
-/// What the disk tells of a run's plan.
+/// The state of a run's plan on disk.
 struct RunObservation {
-    /// What can be undone, in planned order: moves whose item lies in quarantine, and unloaded jobs whose
+    /// What can be undone, in planned order: moves whose item is in quarantine, and unloaded jobs whose
     /// property list is among them.
     std::vector<ManifestEntry> entries;
-    /// Moves of which something lies neither in its old place nor in quarantine, or may: set aside, half
-    /// copied, not unlinked, where this account may not look, or as something in the item's folder in
-    /// quarantine that the plan does not know.
+    /// Moves with something at neither place, or possibly so: set aside, half copied, still hard-linked,
+    /// inaccessible to this account, or possibly the unknown item in their folder in quarantine.
     std::vector<ManifestEntry> unsettled;
-    /// Moves whose item is at neither place although nothing hints at where it could be: somebody took it.
-    /// Marked so (`isMissing`).
+    /// Moves whose item is at neither place and that left no trace: another process took it. `isMissing` is
+    /// set.
     std::vector<ManifestEntry> missing;
 };
 
-/// Only looks.
+/// Changes nothing.
 RunObservation observe(const std::vector<ManifestEntry>& planned, const FileSystem& files);
 
 } // namespace tidwen

@@ -10,7 +10,7 @@ namespace tidwen {
 
 namespace {
 
-/// A forged record could ask for any number of names beside its items.
+/// Limits the names a forged record can make us try beside its items.
 constexpr int mostNumbersTried = 200'000;
 
 /// More than any application holds.
@@ -53,7 +53,7 @@ std::vector<InterruptedReturn> InterruptedReturns::of(const std::vector<Manifest
     return found;
 }
 
-/// By the real folder, so that links do not have one listed any number of times.
+/// Keyed by the resolved folder, so that links do not cause repeated listings.
 const std::set<std::string>& InterruptedReturns::copiesIn(const Path& folder) {
     const auto [real, isNewName] = real_.try_emplace(folder, folder);
     if (isNewName) real->second = files_.resolve(folder).value_or(folder);

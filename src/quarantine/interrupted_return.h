@@ -11,43 +11,44 @@
 
 namespace tidwen {
 
-/// A copy that an undo between two disks began beside an item's old place and did not finish. No journal
-/// tells of an undo: its copies are found by their names.
+/// The unfinished copy of an undo between two disks, beside an item's old place. An undo has no journal: its
+/// copies are found by name.
 struct InterruptedReturn {
-    Path from; ///< where the item lies in quarantine, or stands aside there
-    Path to;   ///< the old place, or the name beside it that was free then
+    Path from; ///< the item in quarantine, or set aside there
+    Path to;   ///< the old place, or the name beside it that was free at that time
     Path copy; ///< hidden, beside `to`
     friend bool operator==(const InterruptedReturn&, const InterruptedReturn&) = default;
 };
 
-/// Finds such copies. Lists each folder once, so it is for one moment only.
+/// Finds such copies. Caches each folder's listing, so use it for one moment only.
 class InterruptedReturns {
   public:
     explicit InterruptedReturns(const FileSystem& files) : files_(files) {}
 
-    /// Those of the moves of a run. Only looks.
+    /// The copies for the moves of a run. Changes nothing.
     std::vector<InterruptedReturn> of(const std::vector<ManifestEntry>& entries);
 
   private:
     const std::set<std::string>& copiesIn(const Path& folder);
 
     const FileSystem& files_;
-    std::map<Path, Path> real_;                    ///< by the folder as records have it
-    std::map<Path, std::set<std::string>> copies_; ///< names in a real folder
+    std::map<Path, Path> real_;                    ///< by the folder as recorded
+    std::map<Path, std::set<std::string>> copies_; ///< names in a resolved folder
     int numbersTried_ = 0;
 };
 
-/// Whether everything in the copy is in the original, of the same kind and no smaller there. Anything else
-/// came from elsewhere, or is what the original has lost since.
+/// Whether everything in the copy is in the original, of the same kind and no smaller. Otherwise the copy
+/// contains foreign items or what the original has lost since.
 bool canHaveGrownFrom(const Path& original, const Path& copy, const FileSystem& files);
 
-/// Settles one: takes the copy away when it can have grown from what lies whole in quarantine; when the
-/// original was set aside already, completes the return with a copy that is whole, else puts the original
-/// back into quarantine. What the safety policy would not let move is left alone. True when no copy is left.
+/// Settles one copy. If it could have been copied from what is complete in quarantine, the copy is removed.
+/// If the original was already set aside, a complete copy completes the return; otherwise the original goes
+/// back into quarantine. Paths that the safety policy would not let move are left alone. True when no copy is
+/// left.
 bool settle(const InterruptedReturn& found, FileSystem& files, const PathPolicy& policy);
 
-/// An undo that was cut off at its end left the original aside, or under both its names, although the item
-/// has arrived: takes away what is at the old place, too. True when nothing is left of it.
+/// Removes what an undo interrupted at its end left of an item that has arrived: the original set aside, or
+/// its name in quarantine hard-linked to that at the old place. True when nothing is left.
 bool settleArrived(const ManifestEntry& move, FileSystem& files, const PathPolicy& policy);
 
 } // namespace tidwen

@@ -8,21 +8,21 @@
 
 namespace tidwen {
 
-/// Finds the items of a run as the disk spells their names now. A document keeps the names that the run gave;
-/// a copy through another disk may have decomposed their accents or changed their letter case. Lists each
-/// folder once, so it is for one moment only.
+/// Finds the items of a run under their current names. A document keeps the original names; a copy through
+/// another disk may have decomposed their accents or changed their case. Caches each folder's listing, so use
+/// it for one moment only.
 class ItemNames {
   public:
     explicit ItemNames(const FileSystem& files) : files_(files) {}
 
     struct Found {
-        Path place; ///< as it was asked for when nothing or more than one thing is called so
+        Path place; ///< as requested when no entry or more than one matches
         bool isAmbiguous = false;
         bool isThere = false;
     };
 
-    /// `item`, which lies within `root`: by its exact name, else each component as the one entry of its
-    /// folder whose name is the same to a Mac's disks.
+    /// Finds `item` within `root`: by its exact name, else each component as the only entry of its folder
+    /// with a name that a Mac's file systems treat as equal.
     Found find(const Path& root, const Path& item);
 
   private:

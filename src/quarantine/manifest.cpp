@@ -14,7 +14,7 @@ namespace tidwen {
 
 namespace {
 
-/// Where the move that the same trace asked for takes the job's property list from.
+/// The source of the move with the same trace: the path of the job's property list.
 std::map<Uuid, std::string> firstMovedPathByTrace(const std::vector<RemovalOperation>& operations) {
     std::map<Uuid, std::string> sources;
     for (const auto& each : operations)
@@ -72,7 +72,7 @@ DocumentError fileError(const FileError& error) {
 tl::expected<std::string, DocumentError> readDocument(const Path& file, const FileSystem& files) {
     const auto info = files.info(file);
     if (!info) return tl::unexpected(fileError(info.error()));
-    // Reading follows links; a link here would show somebody else's file as ours.
+    // Reading follows links; a link could present another file as the document.
     if (info->kind != FileKind::regular)
         return tl::unexpected(DocumentError{DocumentError::Kind::file, "not a plain file"});
     auto content = files.read(file, maxDocumentBytes);
@@ -87,9 +87,9 @@ std::vector<ManifestEntry>& entriesOf(RemovalJournal& journal) {
     return journal.planned;
 }
 
-/// The path below `from`, which may be spelled otherwise there, as it is below `to`.
+/// The path below `from` (which it may spell differently) as a path below `to`.
 Path rebased(const Path& item, const Path& from, const Path& to) {
-    if (from == to && item.isWithin(to)) return item; // as nearly all are
+    if (from == to && item.isWithin(to)) return item; // the usual case
     const auto components = item.components();
     Path result = to;
     for (auto i = from.components().size(); i < components.size(); ++i)
@@ -97,15 +97,15 @@ Path rebased(const Path& item, const Path& from, const Path& to) {
     return result;
 }
 
-/// After how many items the budget is asked again.
+/// The number of items between two checks of the budget.
 constexpr std::size_t looksAtOnce = 256;
 
-/// Sets the destinations to where the items lie in the folder `root`, which the document calls `from`, and
-/// adds for each entry whether there is such an item.
+/// Sets the destinations to the current paths of the items in the folder `root`, which the document calls
+/// `from`, and adds for each entry whether the item exists.
 void locate(std::span<ManifestEntry> entries, const Path& from, const Path& root, const FileSystem& files,
             ItemNames& names, std::vector<bool>& areThere) {
     std::vector<Path> places;
-    std::vector<std::string> items; // the same below the folder
+    std::vector<std::string> items; // paths relative to the folder
     for (const auto& entry : entries)
         if (entry.destination) {
             const auto& place = places.emplace_back(rebased(Path(*entry.destination), from, root));
@@ -126,15 +126,15 @@ void locate(std::span<ManifestEntry> entries, const Path& from, const Path& root
     }
 }
 
-/// A document as it lies on the disk, and which of its items are there, by entry.
+/// A document with current paths, and whether each entry's item exists.
 template<class Document>
 struct InPlace {
     Document document;
     std::vector<bool> isThere;
 };
 
-/// A disk may list the folder's name, and those of what lies in it, with their accents decomposed or in
-/// another letter case: what they are called there is what they are found by.
+/// A disk may list names with decomposed accents or in another case; items are then found by their names on
+/// disk.
 template<class Document>
 tl::expected<InPlace<Document>, DocumentError> asItLies(Document document, const Path& root,
                                                         const FileSystem& files) {
@@ -198,8 +198,8 @@ FileResult<void> writeJournal(const RemovalJournal& journal, const Path& file, F
     if (journal.planned.size() > maxManifestEntries) return refused(FileFault::tooLarge);
     const auto text = encode(journal);
     if (text.size() > maxDocumentBytes) return refused(FileFault::tooLarge);
-    // A journal that reads back as something else (a path that is not UTF-8) could
-    // not bring the items back: better nothing is touched.
+    // A journal that reads back differently (a path that is not UTF-8) could not restore the items, so
+    // nothing is moved.
     const auto readBack = decodeJournal(text);
     if (!readBack || readBack->planned != journal.planned
         || readBack->quarantineRoot != journal.quarantineRoot)

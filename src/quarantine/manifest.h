@@ -23,7 +23,7 @@ struct AppRecord {
 
 enum class ManifestEntryKind { move, bootout };
 
-/// One reversible step that was carried out (docs/file-formats.md, "Manifest").
+/// One reversible step that was executed (docs/file-formats.md, "Manifest").
 struct ManifestEntry {
     int operationID = 0;
     ManifestEntryKind kind = ManifestEntryKind::move;
@@ -33,26 +33,26 @@ struct ManifestEntry {
     std::optional<bool> isSystemDomain = {};     ///< bootout
     bool requiresRoot = false;
     std::string bundleID; ///< may be empty
-    /// bootout: where the job's file was when the run moved it too
+    /// bootout: the path of the job's property list, if the run moved it too
     std::optional<std::string> plistPath = {};
-    /// move: recovery found its item neither in quarantine nor in its old place
+    /// move: recovery found the item neither in quarantine nor at its old path
     bool isMissing = false;
     friend bool operator==(const ManifestEntry&, const ManifestEntry&) = default;
 };
 
-/// What a run did, as it lies in its quarantine folder.
+/// What a run did; stored in its quarantine folder.
 struct Manifest {
     int version = 2;
     Timestamp createdAt{};
     Path quarantineRoot;
     std::vector<AppRecord> apps = {};
-    /// The moves that are missing come last; the file has them apart, in "missing".
+    /// Missing moves come last; the file keeps them separately, in "missing".
     std::vector<ManifestEntry> entries = {};
-    std::optional<Timestamp> recoveredAt = {}; ///< rebuilt from a journal at this moment
+    std::optional<Timestamp> recoveredAt = {}; ///< set when rebuilt from a journal
     friend bool operator==(const Manifest&, const Manifest&) = default;
 };
 
-/// What a run is about to do. The journal's file has the same form as the manifest's.
+/// What a run is about to do. The file has the same format as the manifest.
 struct RemovalJournal {
     int version = 1;
     Timestamp createdAt{};
@@ -62,17 +62,17 @@ struct RemovalJournal {
     friend bool operator==(const RemovalJournal&, const RemovalJournal&) = default;
 };
 
-/// What a manifest or journal may hold at most: far beyond any run, and small enough to read on any Mac.
+/// Limits of a manifest or journal: far beyond any run, and small enough to read on any Mac.
 inline constexpr std::size_t maxDocumentBytes = 32u << 20;
 inline constexpr std::size_t maxManifestEntries = 100'000;
 
-/// Why a manifest or journal was refused; `detail` is for the log ("missing key entries").
+/// Why a manifest or journal was rejected; `detail` is for the log ("missing key entries").
 struct DocumentError {
     enum class Kind { file, malformed };
     Kind kind = Kind::malformed;
     std::string detail;
-    bool isLeftOut = false;             ///< not read, because the run of the reader has read too much already
-    std::optional<Path> otherRoot = {}; ///< the folder that the document is of, when it is whole otherwise
+    bool isLeftOut = false;             ///< not read because the reader's budget is exhausted
+    std::optional<Path> otherRoot = {}; ///< the folder the document names, if it is otherwise valid
 };
 
 /// The reversible steps among `operations`; with `results`, only those that succeeded.
@@ -82,26 +82,26 @@ std::vector<ManifestEntry> manifestEntries(const std::vector<RemovalOperation>& 
 
 std::string encode(const Manifest& manifest);
 std::string encode(const RemovalJournal& journal);
-/// Malformed: a missing key, a wrong type, a path that is not absolute or holds ".." or a zero byte, a
-/// destination that is not below `quarantineRoot`, more than the limits. Manifests of an older form (one
-/// application, no "apps") are read too.
+/// Malformed: a missing key, a wrong type, a path that is not absolute or contains ".." or a NUL, a
+/// destination outside `quarantineRoot`, limits exceeded. The older format (one application, no "apps") is
+/// also read.
 tl::expected<Manifest, DocumentError> decodeManifest(std::string_view json);
 tl::expected<RemovalJournal, DocumentError> decodeJournal(std::string_view json);
 
-/// Written durably (content and folder flushed); the folder is created when it is missing. A journal that
-/// would not read back as it is (`notSupported`) is not written.
+/// Durable (content and folder are flushed). Creates a missing folder. A journal that would not read back
+/// identically is not written (`notSupported`).
 FileResult<void> writeManifest(const Manifest& manifest, const Path& file, FileSystem& files);
 FileResult<void> writeJournal(const RemovalJournal& journal, const Path& file, FileSystem& files);
 
 /// Reads the file of the quarantine folder `root`. A `quarantineRoot` that names another folder is malformed,
-/// and a link is not followed: the file lies where anybody may have written it. Destinations are as the disk
-/// spells them now; those that nothing there is called by stay as they were written.
+/// and links are not followed: any program may have written the file. Destinations use the current spelling
+/// on disk; those that match no entry stay as written.
 tl::expected<Manifest, DocumentError> readManifest(const Path& root, const FileSystem& files);
 
-/// A manifest, and which of its items lie in quarantine now.
+/// A manifest, and which of its items are in quarantine now.
 struct ManifestInPlace {
     Manifest manifest;
-    std::vector<bool> isThere; ///< by entry; false where it has no destination
+    std::vector<bool> isThere; ///< by entry; false without a destination
 };
 tl::expected<ManifestInPlace, DocumentError> readManifestInPlace(const Path& root, const FileSystem& files);
 

@@ -20,7 +20,7 @@ namespace {
 
 using nlohmann::json;
 
-/// A member of a record, and where its value goes.
+/// A member of an object, and where to store its value.
 template<class T>
 struct Field {
     std::string_view key;
@@ -34,25 +34,25 @@ Field<T> required(std::string_view key, T& into) {
     return {key, into, true};
 }
 
-/// May be missing, or null.
+/// Optional or null.
 template<class T>
 Field<T> optional(std::string_view key, T& into) {
     return {key, into, false};
 }
 
-/// What manifests of an older form say of their application; elsewhere it may be anything.
+/// Required in the older format with one application; otherwise of any type.
 struct OlderText {
     std::string text;
     bool isText = false;
 };
 
-/// Takes typed values out of a JSON document and remembers the first thing that was wrong, so that a document
-/// is read straight through and judged once at the end.
+/// Reads typed values from a JSON document and remembers the first error, so that a document is read
+/// sequentially and the error checked once at the end.
 class Reader {
   public:
     explicit Reader(std::string_view text) : json_(text.size() > maxDocumentBytes ? "" : text) {}
 
-    /// Takes the next value, which has to be an object, into the fields; other members are passed over.
+    /// Reads the next value, which must be an object, into the fields; other members are skipped.
     template<class... Fields>
     void record(Fields... fields) {
         if (json_.next() == JsonReader::Kind::object)
@@ -92,14 +92,14 @@ class Reader {
         if (field.isRequired && !field.isFound) fail("missing key", field.key);
     }
 
-    /// Whether the next value is of the kind; passes it over when it is not.
+    /// Whether the next value is of the kind; skips it otherwise.
     bool isNext(Kind kind) {
         const bool isIt = json_.next() == kind;
         if (!isIt) json_.skip();
         return isIt;
     }
 
-    // Each takes the next value; false when it is of another type.
+    // Each reads the next value; false if it has another type.
 
     bool take(std::string& into) {
         if (!isNext(Kind::string)) return false;
@@ -175,7 +175,7 @@ class Reader {
 
     template<class Number>
     static bool narrow(Number number, int& into) {
-        // Another program may have written the document anew, and some write every number with a point.
+        // Another program may have rewritten the document, and some write all numbers as floating point.
         if constexpr (std::is_floating_point_v<Number>) {
             if (!(std::abs(number) <= std::numeric_limits<int>::max()) || number != std::trunc(number))
                 return false;
@@ -190,10 +190,10 @@ class Reader {
     std::string fault_;
 };
 
-/// Four times what a Mac's own calls take.
+/// Four times the limit of macOS's own calls.
 constexpr std::size_t maxPathBytes = 4096;
 
-/// Whether a component is "." or "..". Others begin with a point, too, as the Trash's own.
+/// Whether a component is "." or "..". Other names may start with a dot, like ".Trash".
 bool hasDots(std::string_view path) {
     for (auto at = path.find("/."); at != path.npos; at = path.find("/.", at + 1)) {
         auto rest = path.substr(at + 2);
@@ -203,13 +203,13 @@ bool hasDots(std::string_view path) {
     return false;
 }
 
-/// Absolute and spelled out: no "." or "..", no byte at which a system call would stop reading.
+/// Absolute, without ".", ".." or a NUL, at which system calls would stop reading.
 bool isPlainAbsolutePath(std::string_view text) {
     return text.starts_with('/') && text.size() <= maxPathBytes && text.find('\0') == text.npos
            && !hasDots(text);
 }
 
-/// Tells what lies below the quarantine folder, and is not one of the files that describe it.
+/// Recognizes paths below the quarantine folder, other than run documents.
 class QuarantinedItems {
   public:
     explicit QuarantinedItems(const Path& root)
@@ -241,7 +241,7 @@ void checkPlaces(Reader& reader, const Path& root, const std::vector<ManifestEnt
     }
 }
 
-/// A manifest of one application, as they were written before a run could take several.
+/// Reads a manifest of one application, the format before a run could have several.
 void takeSingleApp(Reader& reader, OlderText name, OlderText bundleID, Manifest& manifest) {
     if (!name.isText) reader.fail("wrong type of key", "appName");
     if (!bundleID.isText) reader.fail("wrong type of key", "bundleID");
@@ -250,7 +250,7 @@ void takeSingleApp(Reader& reader, OlderText name, OlderText bundleID, Manifest&
     manifest.apps = {{std::move(name.text), std::move(bundleID.text)}};
 }
 
-/// Apart in the file, so that who takes `entries` for what lies in quarantine is not misled.
+/// A separate array in the file, so that `entries` contains only items in quarantine.
 void takeMissing(Reader& reader, std::vector<ManifestEntry> missing, Manifest& manifest) {
     if (manifest.entries.size() + missing.size() > maxManifestEntries) reader.fail("too many in", "missing");
     manifest.entries.reserve(manifest.entries.size() + missing.size());
@@ -268,7 +268,7 @@ json toJson(const std::vector<AppRecord>& apps) {
     return all;
 }
 
-/// Of a manifest's, those that are missing or those that are not.
+/// The missing entries of a manifest, or the others.
 json toJson(const std::vector<ManifestEntry>& entries, bool areMissing = false) {
     json all = json::array();
     for (const auto& entry : entries) {

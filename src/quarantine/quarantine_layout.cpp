@@ -12,13 +12,13 @@ namespace tidwen {
 
 namespace {
 
-/// Two runs of one second share a name; more than this many point at something else going wrong.
+/// Runs of the same second need distinct names; more attempts than this indicate another fault.
 constexpr int maxFolderAttempts = 100;
 
-/// What surrounds the label in the longest folder name.
+/// The length of the longest folder name without its label.
 constexpr std::size_t longestSurrounding = std::string_view("Tidwen -  - 2026-11-14 17-26-00 (100)").size();
 
-/// C0, DEL and C1: they would let a name pretend to be another one in a terminal or a list.
+/// Removes C0, DEL and C1, which would let a name look like another one in a terminal or a list.
 std::string withoutControls(std::string_view text) {
     std::string clean;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -34,7 +34,7 @@ std::string withoutControls(std::string_view text) {
     return clean;
 }
 
-/// Names that lead elsewhere or that belong to the quarantine folder itself.
+/// Names with a special meaning in a path or in a quarantine folder.
 bool meansSomethingElse(const std::string& label) {
     const auto folded = lowercased(label);
     return label == "." || label == ".." || folded == manifestFileName || folded == journalFileName
@@ -47,8 +47,8 @@ std::string label(const std::vector<AppRecord>& apps) {
     return fmt::format("{} apps", apps.size());
 }
 
-/// Nothing when the Trash does not exist. A Trash that is a link would put what we move, and what we believe
-/// to be ours, in a place that nobody judged.
+/// False without a Trash. A Trash that is a link would redirect what is moved or purged to an unchecked
+/// place.
 FileResult<bool> trashExists(const Path& trash, const FileSystem& files) {
     const auto info = files.info(trash);
     if (info && info->kind == FileKind::symbolicLink)

@@ -11,39 +11,40 @@
 
 namespace tidwen {
 
-/// Where one run puts what it moves.
+/// Where a run moves its items.
 struct QuarantineLayout {
     Path root;            ///< "<home>/.Trash/Tidwen - <label> - <yyyy-MM-dd HH-mm-ss>"
-    bool isBatch = false; ///< more than one application: each gets a folder of its own below `root`
+    bool isBatch = false; ///< several applications: each has its own folder below `root`
     friend bool operator==(const QuarantineLayout&, const QuarantineLayout&) = default;
 };
 
 inline constexpr const char* manifestFileName = "tidwen-manifest.json";
 inline constexpr const char* journalFileName = "tidwen-journal.json";
-/// Holds the disk space of the manifest while a run lasts.
+/// Reserves disk space for the manifest during a run.
 inline constexpr const char* reserveFileName = "tidwen-reserve";
 
-/// Whether a name in a quarantine folder is one of these, or of one that a kill left half written.
+/// Whether a name in a quarantine folder is one of these, or their temporary file left by a kill.
 bool isRunDocument(std::string_view name);
 
-/// A name that may stand in a folder's name: "/", ":", "\" and control characters become "-", trimmed; "App"
-/// when nothing is left or when it would mean something else there ("..", the manifest's own name). Never
-/// longer than a file name may be together with what a quarantine folder adds to it.
+/// A label that is valid in a folder's name: "/", ":", "\" and control characters become "-", trimmed; "App"
+/// when nothing is left or the result has a special meaning ("..", the manifest's name). Short enough for a
+/// quarantine folder's name to be a valid file name.
 std::string safeLabel(std::string_view applicationName);
 
-/// Whether a folder bears the name that a run gives, its date included; any other may be the user's own.
+/// Whether a folder's name has the form of a run's, including the date; any other may be the user's own
+/// folder.
 bool hasRunName(const Path& folder);
 
-/// Pure; creates nothing.
+/// Creates nothing.
 QuarantineLayout makeLayout(const std::vector<AppRecord>& apps, Timestamp date, const UserEnvironment& user);
 
-/// Creates the folder, and the Trash when there is none; a name that is taken gets " (2)" … " (100)", and
-/// beyond that the fault is `exists`. A Trash that is a link is refused. `root` is what was really created.
+/// Creates the folder, and the Trash if missing. A name that is taken gets " (2)" … " (100)", then the fault
+/// is `exists`. Refuses a Trash that is a link. `root` is the folder created.
 FileResult<QuarantineLayout> createQuarantineFolder(const std::vector<AppRecord>& apps, Timestamp date,
                                                     const UserEnvironment& user, FileSystem& files);
 
-/// Quarantine folders in the user's Trash, sorted by name; none when there is no Trash. Links are not taken
-/// for folders, nor for the Trash.
+/// Quarantine folders in the user's Trash, sorted by name; empty without a Trash. Links are ignored, and a
+/// Trash that is a link is refused.
 FileResult<std::vector<Path>> listQuarantineFolders(const UserEnvironment& user, const FileSystem& files);
 
 } // namespace tidwen

@@ -14,7 +14,7 @@ namespace tidwen {
 
 namespace {
 
-/// What root is asked for bears such a name meanwhile, the item's own behind it.
+/// Prefix of the temporary name of an item that root is to delete; the original name follows.
 constexpr std::string_view hiddenPrefix = ".tidwen-purge-";
 constexpr std::size_t uuidLength = 36;
 
@@ -38,8 +38,7 @@ std::optional<Message> QuarantinePurge::Failure::describe() const {
     case Kind::undoCutOff:
         return Message{"failure.purge.undoCutOff %@", {text}};
     case Kind::elevatedDeleteFailed:
-        return noScript ? *noScript
-                        : Message{"%@", {text}}; // the tool's own words, which no language file can know
+        return noScript ? *noScript : Message{"%@", {text}}; // the tool's own output, which is not localized
     case Kind::authorizationCancelled:
         return std::nullopt;
     }
@@ -70,7 +69,7 @@ std::optional<QuarantinePurge::Failure> QuarantinePurge::validate(const Path& fo
     if (!isSamePlace(path.parent(), trash)
         || !fileNameKey(path.lastComponent()).starts_with(fileNameKey(quarantineFolderPrefix)))
         return refuse(Failure::Kind::notAQuarantineFolder, folder);
-    // A Trash that is a link would lead the administrator's script elsewhere.
+    // A link would redirect the administrator's script.
     const auto trashInfo = files_.info(trash);
     if (trashInfo && trashInfo->kind != FileKind::directory)
         return refuse(Failure::Kind::escapesThroughSymlink, folder);
@@ -82,19 +81,18 @@ std::optional<QuarantinePurge::Failure> QuarantinePurge::validate(const Path& fo
     const auto info = files_.info(path);
     if (!info || info->kind != FileKind::directory)
         return refuse(Failure::Kind::escapesThroughSymlink, folder);
-    // What is mounted there is another disk, or another folder of this one.
+    // Another disk, or another folder of this disk, is mounted there.
     if (info->device != trashInfo->device || info->mount != trashInfo->mount)
         return refuse(Failure::Kind::notAQuarantineFolder, folder);
-    // A link may lead from the user's documents, or the home of another, to what lies in the run.
+    // A link in the user's documents, or in another user's home, may have its target in the run.
     const PathPolicy policy(user_, files_);
     if (policy.holdsProtectedPlace(path) || policy.holdsProtectedPlace(*realPath))
         return refuse(Failure::Kind::notAQuarantineFolder, folder);
-    // A manifest that can be read says that the run has ended, whatever lies beside it: its journal may be
-    // there still because nobody could delete it.
+    // A readable manifest means that the run has ended, even if its journal could not be removed.
     const auto manifest = readManifest(path, files_);
     if (files_.exists(path / journalFileName) && !manifest) return refuse(Failure::Kind::unsettled, folder);
     if (!files_.exists(path / manifestFileName)) return refuse(Failure::Kind::notAQuarantineFolder, folder);
-    // Without the run nobody would know of the copy any more.
+    // Nothing but the run records the copy.
     if (manifest)
         if (const auto returns = InterruptedReturns(files_).of(manifest->entries); !returns.empty())
             return refuse(Failure::Kind::undoCutOff, returns.front().copy);
@@ -109,7 +107,7 @@ std::vector<Path> QuarantinePurge::foreignItems(const Path& folder) const {
         const Path item = folder / entry.name;
         const auto foreign = files_.holdsOthersItems(item, user_.userID);
         const auto fault = foreign ? FileFault::missing : foreign.error().fault;
-        // Root's rm would empty what is mounted in it.
+        // root's rm would delete the content of the mount.
         if (fault == FileFault::otherDisk)
             log_.warning("Left alone, something is mounted there: {}", item.string());
         else if (foreign ? *foreign : fault != FileFault::missing)
@@ -118,8 +116,8 @@ std::vector<Path> QuarantinePurge::foreignItems(const Path& folder) const {
     return result;
 }
 
-/// Whoever exchanges the run's folder for a link while the prompt is open would have root take an item of
-/// the same name from wherever the link leads. So each gets a name that nothing else has.
+/// If the run's folder is replaced by a link while the prompt is open, root would delete the item of the same
+/// name at the link's target. Each item therefore gets a unique name.
 class QuarantinePurge::HiddenItems {
   public:
     explicit HiddenItems(FileSystem& files) : files_(files) {}
@@ -127,7 +125,7 @@ class QuarantinePurge::HiddenItems {
     HiddenItems& operator=(const HiddenItems&) = delete;
     ~HiddenItems() {
         for (std::size_t i = 0; i < originals_.size(); ++i)
-            (void)files_.move(hidden_[i], originals_[i]); // those that root has taken are gone
+            (void)files_.move(hidden_[i], originals_[i]); // fails for those that root has moved
     }
 
     FileResult<void> add(const Path& item) {
@@ -185,7 +183,7 @@ FileResult<void> QuarantinePurge::removeRun(const Path& folder) {
     for (const auto& entry : *entries)
         if (entry.name != manifestFileName)
             if (auto removed = files_.removeTree(folder / entry.name); !removed) outcome = std::move(removed);
-    // The manifest goes last: a run of which something stays remains in the history, to be deleted later.
+    // The manifest is deleted last: a partly deleted run stays in the history and can be deleted later.
     return outcome ? files_.removeTree(folder) : outcome;
 }
 
@@ -234,7 +232,7 @@ QuarantinePurge::purge(const std::vector<Path>& folders, const StepControl& cont
 }
 
 bool QuarantinePurge::isWhollyOurs(const Path& folder) const {
-    // On a volume it is this process that deletes, whoever its user is there.
+    // On a volume this process itself deletes, so its own account decides, not the volume's user.
     const auto owner = administrator_ ? std::optional(user_.userID) : std::nullopt;
     const auto foreign = files_.holdsOthersItems(folder, owner);
     return foreign && !*foreign;

@@ -20,8 +20,7 @@ namespace {
 
 using Problem = UnfinishedRun::Problem;
 
-/// Where what lies in quarantine by later runs than this one lies, by its old place: they took it, and this
-/// one has not lost it.
+/// The places in quarantine of items that later runs hold, by old path; those are not missing from this run.
 std::map<std::string, Path> heldByLaterRuns(const Manifest& run, const UserEnvironment& user,
                                             const FileSystem& files) {
     std::map<std::string, Path> held;
@@ -39,7 +38,7 @@ std::map<std::string, Path> heldByLaterRuns(const Manifest& run, const UserEnvir
     return held;
 }
 
-/// One look at the runs of a Trash.
+/// One recovery of a Trash.
 class Recovery {
   public:
     Recovery(const UserEnvironment& user, FileSystem& files, const Clock& clock, Log& log)
@@ -61,7 +60,8 @@ class Recovery {
 
     void leaveOut(const Path& root) { outcome_.notBegun.push_back(root); }
 
-    /// Of two runs that took items of one place, only one may know the original of a copy.
+    /// Unsettled returns last: of two runs that moved items of one path, only one may have the original of a
+    /// copy.
     RecoveryOutcome finish() {
         std::set<Path> strays;
         for (const auto& found : unsettledReturns_)
@@ -80,7 +80,7 @@ class Recovery {
         if (run && run->problem == Problem::unsettled && dropCopiesOfWhatOthersHold(journal, *run->known))
             run = readRunWithoutManifest(root, files_);
         if (run && run->known) forgetWhatOthersHold(*run->known, run->known->entries);
-        if (!run || !run->known) { // changed under our hands
+        if (!run || !run->known) { // changed meanwhile
             outcome_.unfinished.push_back({.root = root});
         } else if (run->problem == Problem::unsettled) {
             for (const auto& item : run->unsettled)
@@ -98,8 +98,8 @@ class Recovery {
         }
     }
 
-    /// The journal of a run that ended stays when nobody could delete it. What it alone knows to lie in
-    /// quarantine, or nowhere any more, is written down first.
+    /// Removes the journal of a completed run, which stays when it could not be deleted. First adds to the
+    /// manifest what only the journal records as in quarantine or missing.
     void dropJournal(const RemovalJournal& journal, Manifest manifest) {
         settle(journal);
         auto seen = observe(journal.planned, files_);
@@ -117,7 +117,7 @@ class Recovery {
         dropUnfinishedDocuments(journal.quarantineRoot, files_);
     }
 
-    /// What a later run took was not lost by this one.
+    /// An item moved by a later run is not missing from this one.
     void forgetWhatOthersHold(const Manifest& run, std::vector<ManifestEntry>& entries) const {
         if (std::ranges::none_of(entries, &ManifestEntry::isMissing)) return;
         const auto held = heldByLaterRuns(run, user_, files_);
@@ -125,8 +125,8 @@ class Recovery {
                       [&](const auto& entry) { return entry.isMissing && held.contains(entry.source); });
     }
 
-    /// A removal that was made again took the originals of copies that this one had begun. True when one of
-    /// these is gone now.
+    /// Removes unfinished copies of this run whose originals a later removal moved. True when any was
+    /// removed.
     bool dropCopiesOfWhatOthersHold(const RemovalJournal& journal, const Manifest& run) {
         bool isAnyGone = false;
         const auto held = heldByLaterRuns(run, user_, files_);
@@ -185,7 +185,7 @@ class Recovery {
     const UserEnvironment& user_;
     const PathPolicy policy_;
     FileSystem& files_;
-    const BudgetedFiles budgeted_{files_}; ///< for runs that ended, of which there may be any number
+    const BudgetedFiles budgeted_{files_}; ///< for completed runs, whose number is unlimited
     const Clock& clock_;
     Log& log_;
     InterruptedReturns returns_{files_};

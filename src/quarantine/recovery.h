@@ -10,24 +10,23 @@
 
 namespace tidwen {
 
-/// What became of the removals that were cut off.
+/// The result of recovering interrupted removals.
 struct RecoveryOutcome {
     std::vector<Manifest> recovered;       ///< the manifests that were written
-    std::vector<UnfinishedRun> unfinished; ///< their journals stay, for the next time and for an undo
-    /// Old places of items that are nowhere any more; the manifests of their runs keep them.
+    std::vector<UnfinishedRun> unfinished; ///< their journals stay for the next recovery and for an undo
+    /// Old paths of missing items; the manifests of their runs record them.
     std::vector<std::string> missing = {};
-    std::vector<Path> notBegun = {};       ///< quarantine folders before which it was told to stop
-    std::vector<Path> settledReturns = {}; ///< on the way to which an undo was cut off
-    std::vector<Path> strayCopies = {};    ///< that an undo began, and whose originals are not whole any more
+    std::vector<Path> notBegun = {};       ///< quarantine folders not processed when it was stopped
+    std::vector<Path> settledReturns = {}; ///< of interrupted undos
+    std::vector<Path> strayCopies = {};    ///< of interrupted undos, whose originals are no longer complete
 };
 
-/// Finds runs that were cut off (a journal and no manifest that can be read), settles half-made moves and
-/// writes each a manifest of what really lies in quarantine. While something of a run is unsettled its
-/// journal is all that knows of it: then no manifest is written. A journal that stayed beside a manifest goes
-/// once nothing of it is unsettled, and so does a quarantine folder in which nothing ever lay. What an undo
-/// that was cut off left beside old places is settled, of runs that ended too. The caller
-/// holds the lock of the Trash. A step is one quarantine folder; told to stop, it leaves the others for the
-/// next time.
+/// Finds interrupted runs (a journal without a readable manifest), settles their interrupted moves and writes
+/// each a manifest of what is actually in quarantine. While an item of a run is unsettled only its journal
+/// records it, so no manifest is written. Also removes journals beside a manifest of which nothing is
+/// unsettled, and quarantine folders that never held anything, and settles what interrupted undos left beside
+/// old places, including those of completed runs. The caller holds the lock of the Trash. A step is one
+/// quarantine folder; when stopped, it leaves the others for the next time.
 RecoveryOutcome recoverInterruptedRemovals(const UserEnvironment& user, FileSystem& files, const Clock& clock,
                                            Log& log, const StepControl& control = {});
 

@@ -8,8 +8,8 @@ namespace tidwen {
 
 namespace {
 
-/// The manifest's own text, which no disk can compress better than the manifest itself, and a little more: a
-/// date that recovery adds, and what a disk rounds up.
+/// The manifest's own text, because other content could be compressed better than it, and a little more for
+/// the date that recovery adds and for rounding by the disk.
 std::string reserveFor(const RemovalJournal& journal) {
     constexpr std::size_t margin = 16u << 10;
     const auto text = encode(Manifest{.createdAt = journal.createdAt,
@@ -38,7 +38,7 @@ FileResult<void> finishRun(const Manifest& manifest, FileSystem& files) {
     if (!written && written.error().fault == FileFault::noSpace && files.removeFile(root / reserveFileName))
         written = writeManifest(manifest, root / manifestFileName, files);
     if (!written) return written;
-    // Beside a manifest neither is read again, so a failure here costs nothing.
+    // With a manifest neither is read again, so failures are harmless.
     (void)files.removeFile(root / reserveFileName);
     (void)files.removeFile(root / journalFileName);
     return {};

@@ -10,14 +10,14 @@ namespace tidwen {
 
 namespace {
 
-/// `end`: absolute; what stands behind its root are the components that are looked for.
+/// `end`: absolute; its components without the root are compared.
 bool endsIn(const Path& path, const Path& end) {
     const auto parts = path.components(), last = end.components();
     return last.size() > 1 && last.size() <= parts.size()
            && std::equal(last.rbegin(), std::prev(last.rend()), parts.rbegin());
 }
 
-/// Whether the entry is of an application that is called so.
+/// Whether the entry belongs to an application with this name or identifier.
 bool isOf(const ManifestEntry& entry, const std::string& name, const Manifest& manifest) {
     const auto key = fileNameKey(name);
     return std::ranges::any_of(manifest.apps, [&](const AppRecord& app) {
@@ -70,7 +70,7 @@ ItemPlace placeOf(const ManifestEntry& move, const FileSystem& files) {
 }
 
 ItemPlace placeOf(const ManifestEntry& move, bool isInQuarantine, const FileSystem& files) {
-    // An undo that was cut off between two devices still has it on its way.
+    // An interrupted undo between two devices still has to complete its return.
     if (isInQuarantine || (move.destination && files.isSetAside(Path(*move.destination))))
         return ItemPlace::inQuarantine;
     return files.exists(Path(move.source)) ? ItemPlace::putBack : ItemPlace::missing;

@@ -10,21 +10,21 @@
 
 namespace tidwen {
 
-/// Items of one run, by their old places as its record has them. Where it chooses, an empty one means all.
+/// Items of one run, by their old paths as recorded. As a selection, empty means all.
 using ItemChoice = std::set<std::string>;
 
-/// Where an item that a run moved is now.
+/// Where an item of a run is now.
 enum class ItemPlace {
-    inQuarantine, ///< or still on its way out of it
-    putBack,      ///< something lies in its old place
-    missing,      ///< neither: somebody took it out of quarantine, or from its place since
+    inQuarantine, ///< or on its way out of it
+    putBack,      ///< something is at its old path
+    missing,      ///< neither: removed from quarantine, or put back and then removed
 };
-/// "inQuarantine" and so on, as in JSON.
+/// The JSON value ("inQuarantine" …).
 std::string_view name(ItemPlace place);
 
-/// Where the item of a `move` entry is now. Only looks.
+/// Where the item of a `move` entry is now. Changes nothing.
 ItemPlace placeOf(const ManifestEntry& move, const FileSystem& files);
-/// The same for who has looked into the quarantine already.
+/// For callers that have already looked into the quarantine.
 ItemPlace placeOf(const ManifestEntry& move, bool isInQuarantine, const FileSystem& files);
 
 struct RunItem {
@@ -32,12 +32,12 @@ struct RunItem {
     ItemPlace place = ItemPlace::inQuarantine;
 };
 
-/// The items that the run moved, in its order.
+/// The items the run moved, in its order.
 std::vector<RunItem> runItems(const Manifest& manifest, const FileSystem& files);
 
-/// The items that words mean: an old place, its last components when only one item has them, or the name or
-/// identifier of an application of the run, which stands for all of its items. Names are compared as a Mac's
-/// disks compare them. Gives the reason when a word means none or several.
+/// Resolves words to items: an old path, its last components if unique, or the name or identifier of an
+/// application of the run, which selects all of its items. Names are compared as a Mac's file systems do. The
+/// error says which word matches none or several.
 tl::expected<ItemChoice, Message> findItems(const Manifest& manifest, const std::vector<std::string>& words);
 
 } // namespace tidwen

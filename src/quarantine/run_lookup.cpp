@@ -13,7 +13,7 @@ bool isCalledExactly(const Path& root, const std::string& word) {
     return word == root.lastComponent() || Path(word) == root;
 }
 
-/// However the disk spells the folder's name.
+/// Independent of how the disk spells the folder's name.
 bool isCalled(const Path& root, const std::string& word) {
     return fileNameKey(word) == fileNameKey(root.lastComponent()) || pathKey(Path(word)) == pathKey(root);
 }

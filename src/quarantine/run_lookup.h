@@ -8,10 +8,10 @@
 
 namespace tidwen {
 
-/// The quarantine folder of the run that a word means: its number among the entries, from 1, or the name or
-/// path of the folder. The exact name wins; else the one that is the same to a Mac's disks, and when there
-/// are several of these the word means none. Gives the reason when it means none. Numbers count the runs that
-/// were read: with some left out they could mean other runs than were shown.
+/// The quarantine folder that a word means: the number of an entry, from 1, or the name or path of the
+/// folder. An exact name wins, else one that a Mac's file systems treat as equal; several such matches are an
+/// error. The error says why nothing was found. Numbers are refused when runs were not read, because they
+/// could differ from those shown.
 tl::expected<Path, Message> findRun(const PastRuns& runs, const std::string& word);
 
 } // namespace tidwen

@@ -3,7 +3,7 @@
 namespace tidwen {
 
 std::optional<FileError> whyTrashIsUnusable(const UserEnvironment& user, const FileSystem& files) {
-    // A Trash that is a link would put what is ours in a place that nobody judged.
+    // A Trash that is a link would redirect quarantine folders to an unchecked place.
     const auto trash = files.info(user.trash());
     if (trash && trash->kind != FileKind::directory) {
         const bool isLink = trash->kind == FileKind::symbolicLink;

@@ -32,11 +32,11 @@ constexpr const char* outerNotRestoredKey = "failure.outerNotRestored";
 constexpr const char* moveUnfinishedKey = "failure.moveUnfinished";
 constexpr const char* remainsInQuarantineKey = "failure.remainsInQuarantine";
 
-/// An interrupted undo left at most a few items on their way. A manifest that makes it look like many more is
-/// forged, and must not hold the lock for hours.
+/// An interrupted undo leaves at most a few items to settle. A manifest that implies many more is forged and
+/// must not hold the lock for hours.
 constexpr int settleAttemptsPerUndo = 5'000;
 
-/// Gives every operation of a batch its own number: results are told apart by it, and a manifest may hold one
+/// Gives each operation of a batch a unique number, which identifies its result; a manifest may contain a
 /// number twice.
 class OperationNumbers {
   public:
@@ -45,7 +45,7 @@ class OperationNumbers {
             reserved_.insert(entry.operationID);
     }
 
-    /// The number of the removal's own operation while it is still free.
+    /// The number of the removal's own operation if it is still free.
     int prefer(int number) { return number > 0 && given_.insert(number).second ? number : fresh(); }
 
     int fresh() {
@@ -61,15 +61,15 @@ class OperationNumbers {
     int next_ = 1;
 };
 
-/// launchd reads jobs from these folders alone. A manifest that asks for another file to be loaded, possibly
-/// as root, was not written by a removal.
+/// launchd loads jobs only from these folders. A manifest that requests another file, possibly as root, is
+/// forged.
 bool isLaunchFolder(const Path& folder, const Path& home, bool isSystemDomain) {
     const auto is = [key = pathKey(folder)](const Path& place) { return key == pathKey(place); };
     if (is(Path("/Library/LaunchDaemons")) || is(Path("/Library/LaunchAgents"))) return true;
     return !isSystemDomain && is(home / "Library/LaunchAgents");
 }
 
-/// One undo from start to end.
+/// One complete undo.
 class UndoRun {
   public:
     UndoRun(UndoService::Ports& ports, const UserEnvironment& user, const Manifest& manifest,
@@ -131,7 +131,7 @@ class UndoRun {
                && ports_.files.exists(Path(step.entry->source));
     }
 
-    /// What `restore` would come to, as far as it can be told by looking.
+    /// What `restore` would do, without changing anything.
     PlannedReturn planned(const RestoreStep& step) {
         const Path from(*step.entry->destination), source(step.entry->source);
         PlannedReturn result{
@@ -161,7 +161,7 @@ class UndoRun {
 
     struct Queued {
         RemovalOperation operation;
-        std::string path; ///< named in the line of a failure
+        std::string path; ///< reported with a failure
     };
 
     void restore(const RestoreStep& step) {
@@ -169,8 +169,7 @@ class UndoRun {
         ++report_.totalCount;
         const Path from(*entry.destination);
         const Path source(entry.source);
-        // Looked for first: judging costs more, and a manifest may name any number of items that are not
-        // there.
+        // Checked first: the policy is more expensive, and a manifest may name any number of missing items.
         if (isMissing(from) && !ports_.files.isSetAside(from)) return restoreMissing(from, source);
         if (steps_.isStopped()) return fail(entry.source, {stoppedKey});
         if (isBlocked(from, source)) return fail(entry.source, {blockedBySafetyPolicyKey});
@@ -191,7 +190,7 @@ class UndoRun {
         countRestored(move, source);
     }
 
-    /// Not in quarantine: back already, set aside on its way there, or gone.
+    /// Not in quarantine: already put back, set aside on its way, or missing.
     void restoreMissing(const Path& from, const Path& source) {
         if (ports_.files.exists(source)) {
             ++report_.alreadyBack;
@@ -207,7 +206,7 @@ class UndoRun {
         }
     }
 
-    /// Gives what a move between disks left aside its name, or one beside it.
+    /// Renames what a move between disks left aside to its own name, or a free one beside it.
     bool reveal(const Path& source) {
         const auto real = ports_.files.resolveParent(source);
         const auto places = real ? ports_.files.revealRemains(*real) : tl::unexpected(real.error());
@@ -217,7 +216,7 @@ class UndoRun {
         return true;
     }
 
-    /// What somebody wrote into an item while it was moved away belongs beside it again.
+    /// Writes into an item during its removal are put beside it.
     void revealRemains() {
         for (const auto& entry : manifest_.entries) {
             if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
@@ -234,14 +233,14 @@ class UndoRun {
         if (move.destination != oldPlace) report_.renamed.push_back(move.destination);
     }
 
-    /// The item is complete again; what a move between disks could not remove behind it is told all the same.
+    /// The item is complete; remains in quarantine are reported as well.
     void countRestored(const Path& from, const Path& oldPlace) {
         ++report_.restoredCount;
         if (ports_.files.isSetAside(from)) fail(oldPlace.string(), {remainsInQuarantineKey});
     }
 
-    /// Put back before the folder it lay in, it would take that folder's place. Inside the batch the order of
-    /// the steps sees to that.
+    /// Put back before its enclosing folder, it would take that folder's place. Within the batch the order of
+    /// steps is sufficient.
     bool mustWait(const RestoreStep& step) const {
         if (!step.outer) return false;
         const bool isInBatch = step.outer->requiresRoot && isChosen(step.outer->source);
@@ -249,11 +248,11 @@ class UndoRun {
         return !isMissing(Path(*step.outer->destination));
     }
 
-    /// Other faults are left to the move: an administrator may see what we cannot.
+    /// Other faults are left to the move: an administrator may have access.
     bool isMissing(const Path& item) const { return tidwen::isMissing(ports_.files, item); }
 
-    /// An undo that was cut off between two devices may have set the item aside on its way to any of the
-    /// names that were taken then. True when it arrived now.
+    /// An interrupted undo between two devices may have set the item aside on its way to the old place or a
+    /// numbered name. True if it has arrived now.
     bool finishEarlierUndo(const Path& from, const Path& source) {
         for (int number = 1; number <= lastNumberTried && settleAttempts_ < settleAttemptsPerUndo; ++number) {
             ++settleAttempts_;
@@ -261,7 +260,7 @@ class UndoRun {
             const bool wasThere = ports_.files.exists(target);
             const auto remains = settleInterruptedMove(from, target, ports_.files, policy_);
             if (!isMissing(from)) return false;
-            // What is aside may be the rest of the very item that stands there, which had arrived.
+            // What is aside may be the remains of the item at the target, which had arrived.
             const bool isItsOwn =
                 !ports_.files.isSetAside(from) || (remains && remains->fault != FileFault::busy);
             if (!wasThere || isItsOwn) return ports_.files.exists(target);
@@ -269,8 +268,8 @@ class UndoRun {
         return false;
     }
 
-    /// Where the disk has no exclusive rename, an undo that was cut off may have left the item both of its
-    /// names. True when it has only the one it was to get now.
+    /// Without exclusive renames an interrupted undo may have left the item under both names. True if it has
+    /// only the new one now.
     bool finishLinkedReturn(const Path& from, const Path& source) {
         for (int number = 1; number <= lastNumberTried && settleAttempts_ < settleAttemptsPerUndo; ++number) {
             const Path target = numberedName(source, number);
@@ -300,7 +299,7 @@ class UndoRun {
                            entry.source});
     }
 
-    /// Jobs whose files this undo brings back, or an earlier one did.
+    /// Jobs whose property lists this undo puts back, or an earlier one did.
     std::vector<const ManifestEntry*> chosenJobs() const {
         std::vector<const ManifestEntry*> jobs;
         for (const auto& entry : manifest_.entries)
@@ -314,8 +313,7 @@ class UndoRun {
             const auto& entry = *job;
             if (entry.isSystemDomain != isSystemDomain) continue;
             const Path plist(*entry.plistPath);
-            // System jobs are loaded in the batch that brings their files back, so they need not be there
-            // yet.
+            // The batch that loads system jobs also puts their files back, so these may be missing yet.
             if (!isSystemDomain && !ports_.files.exists(plist)) continue;
             if (!isLaunchFolder(plist.parent(), user_.home, isSystemDomain)) {
                 ports_.log.warning("Undo loads no job from {}", plist.string());
@@ -351,7 +349,7 @@ class UndoRun {
 
     void fail(const std::string& path, const Message& reason) { report_.failures.push_back({path, reason}); }
 
-    /// Keeps the Trash tidy: the numbered folders go when nothing is left in them, and only then.
+    /// Removes the numbered folders that are empty.
     void removeEmptiedFolders() {
         for (const auto& entry : manifest_.entries) {
             if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
@@ -371,7 +369,7 @@ class UndoRun {
     OperationNumbers numbers_;
     ItemNames names_;
     std::set<Path> taken_;
-    std::map<Path, int> nextNumber_; ///< by old place: the numbered names before it are taken
+    std::map<Path, int> nextNumber_; ///< by old place: all lower numbers are taken
     int settleAttempts_ = 0;
     std::vector<Queued> queued_;
     UndoReport report_;
@@ -391,7 +389,7 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settli
         return std::move(entry->manifest);
     }
     if (const auto journal = readJournal(root, ports_.files)) {
-        // What goes back takes its own place; what was written there since gets a name beside it.
+        // The original takes its own place; what was written there meanwhile gets a name beside it.
         if (settling == Settling::done)
             settleInterruptedMoves(journal->planned, StrayWrites::stayAside, ports_.files,
                                    PathPolicy(user_, ports_.files));
@@ -400,7 +398,7 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settli
                        .quarantineRoot = root,
                        .apps = journal->apps,
                        .entries = std::move(seen.entries)};
-        // What is still on its way, or nowhere, is named among the failures.
+        // Unsettled and missing items are reported as failures.
         for (auto* unfound : {&seen.unsettled, &seen.missing})
             for (auto& entry : *unfound)
                 if (!ports_.files.exists(Path(*entry.destination))) known.entries.push_back(std::move(entry));

@@ -18,25 +18,25 @@
 
 namespace tidwen {
 
-/// What an undo put back, and what not.
+/// What an undo put back, and what it did not.
 struct UndoReport {
     int restoredCount = 0;
     int totalCount = 0;
-    std::vector<Problem> failures; ///< each with its path, or the label of a job
+    std::vector<Problem> failures; ///< each with its path, or a job's label
     int relaunchedJobs = 0;
-    std::vector<Path> renamed = {}; ///< where items went whose old place is taken
-    int alreadyBack = 0;            ///< items that lie in their old place again; neither tried nor failed
-    /// Applications took part. What a removal does to these besides moves and jobs, no run records: it resets
-    /// permissions and deletes passwords, for good.
+    std::vector<Path> renamed = {}; ///< new paths of items whose old path is taken
+    int alreadyBack = 0;            ///< items already at their old path; neither tried nor failed
+    /// The run removed applications. It does not record what else was done to them: resetting privacy
+    /// permissions and deleting passwords, which cannot be undone.
     bool mayHaveLost = false;
     friend bool operator==(const UndoReport&, const UndoReport&) = default;
 };
 
-/// Where an item of a run would go back to now, or why it would not.
+/// Where an undo would put an item, or why it would not.
 struct PlannedReturn {
     Path oldPlace;
     Path quarantined;
-    /// The old place, or a name beside it when that is taken; absent with a problem.
+    /// The old path, or a name beside it when that is taken; absent with a problem.
     std::optional<Path> destination = {};
     std::optional<Message> problem = {};
     bool requiresRoot = false;
@@ -44,57 +44,57 @@ struct PlannedReturn {
 
 struct UndoPlan {
     std::vector<PlannedReturn> items;
-    std::vector<std::string> jobs; ///< labels of jobs that would be loaded again
-    int alreadyBack = 0;           ///< items that lie in their old place
+    std::vector<std::string> jobs; ///< labels of jobs that would be loaded
+    int alreadyBack = 0;           ///< items already at their old path
 };
 
-/// Puts a run's items back and loads their jobs again. The manifest is not trusted: every move is screened,
-/// and what is looked for in vain is looked for a bounded number of times.
+/// Puts a run's items back and loads their jobs. The manifest is untrusted: the safety policy checks every
+/// move, and the number of futile searches is limited.
 class UndoService {
   public:
     struct Ports {
         FileSystem& files;
-        PrivilegedRunner& privilegedRunner; ///< moves that need an administrator and system jobs, one batch
-        PrivilegedRunner& userRunner;       ///< jobs of the user's own session
+        PrivilegedRunner& privilegedRunner; ///< administrator moves and system jobs, in one batch
+        PrivilegedRunner& userRunner;       ///< jobs of the user's session
         const Texts& texts;
         Log& log;
         const Clock& clock;
-        bool runsJobs = true; ///< false on a volume: nothing is loaded there, so no job waits to be
+        bool runsJobs = true; ///< false on a volume: jobs are never loaded there
     };
 
     UndoService(Ports ports, UserEnvironment user) : ports_(ports), user_(std::move(user)) {}
 
-    /// Of the items chosen; an item that lies in a folder which is in quarantine, too, waits for that. Told
-    /// to stop, it ends after the step at hand: what was not begun is among the failures, and another undo
-    /// brings it back.
+    /// Undoes the selected items. An item inside a folder that is also in quarantine waits for that folder.
+    /// When stopped, it ends after the current step: the rest is among the failures and can be undone later.
     UndoReport undo(const Manifest& manifest, const ItemChoice& items = {}, const StepControl& control = {});
 
-    /// The undo of the run in the quarantine folder `root`, the same for every caller: locks the Trash, reads
-    /// the run's manifest again (of a run that was cut off, its journal) and undoes what is left. Gives the
-    /// reason when nothing was begun: another process is at work, nothing is left, nobody can tell what was
-    /// moved. A run that was cut off gets its manifest in the end, as a recovery would give it, unless
-    /// something of it is still on its way. Blocks.
+    /// Undoes the run in the quarantine folder `root`; the entry point for all callers. Locks the Trash,
+    /// rereads the manifest (for an interrupted run, the journal) and undoes what is left. The error says why
+    /// nothing was begun: another process is running, nothing is left, or the documents do not say what was
+    /// moved. An interrupted run then gets the manifest that a recovery would write, unless an item is
+    /// unsettled. Blocks.
     tl::expected<UndoReport, Message> undoRun(const Path& root, const ItemChoice& items = {},
                                               const StepControl& control = {});
 
-    /// What `undoRun` would do now, by the same rules and refusals. Only looks, and needs no lock.
+    /// What `undoRun` would do now, by the same rules and with the same errors. Changes nothing and needs no
+    /// lock.
     tl::expected<UndoPlan, Message> planRun(const Path& root, const ItemChoice& items = {});
 
   private:
     enum class Settling { done, leftOut };
     tl::expected<Manifest, Message> whatIsLeft(const Path& root, Settling settling) const;
-    /// An earlier undo that was cut off may have begun copies beside places that this one does not take.
+    /// Removes copies that an earlier, interrupted undo began beside places that this one does not use.
     void dropBegunCopies(const Manifest& manifest) const;
-    /// Gives a run that was cut off its manifest, once nothing of it is unsettled.
+    /// Writes the manifest of an interrupted run once nothing of it is unsettled.
     void finishInterruptedRun(Manifest known) const;
 
     Ports ports_;
     UserEnvironment user_;
 };
 
-/// Where an item goes back to: its old place, or "Name 2.ext" … "Name 999.ext" beside what took it, or a name
-/// with a fresh UUID and no extension. Names in `taken` count as existing; those before the number `first`
-/// are not looked at, and it becomes the number that was given.
+/// Where to put an item back: its old path, or "Name 2.ext" … "Name 999.ext" beside what is there, else a
+/// name with a new UUID and no extension. Names in `taken` count as existing. Numbers below `first` are
+/// skipped; it is set to the number used.
 Path restoreTarget(const Path& source, const FileSystem& files, const std::set<Path>& taken = {});
 Path restoreTarget(const Path& source, const FileSystem& files, const std::set<Path>& taken, int& first);
 

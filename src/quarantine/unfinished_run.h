@@ -11,22 +11,23 @@
 
 namespace tidwen {
 
-/// A run that has no readable manifest, and so is no entry of the history.
+/// A run without a readable manifest, which is therefore not in the history.
 struct UnfinishedRun {
     enum class Problem {
-        interrupted,        ///< cut off; recovery has not looked at it yet, or could not write its manifest
-        unsettled,          ///< cut off, and some of its items are at neither of their two places
-        unreadableJournal,  ///< cut off, and nobody can tell what it planned
-        unreadableManifest, ///< ended, and nobody can tell what it moved
+        interrupted,        ///< not yet recovered, or its manifest could not be written
+        unsettled,          ///< interrupted, with items at neither of their two places
+        unreadableJournal,  ///< interrupted; its plan is unknown
+        unreadableManifest, ///< ended; what it moved is unknown
     };
     Path root;
     Problem problem = Problem::interrupted;
-    /// What of it can be undone now, by its journal, and what is missing; absent when that cannot be read.
+    /// What of it can be undone now according to its journal, and what is missing; absent if the journal is
+    /// unreadable.
     std::optional<Manifest> known = {};
-    std::vector<std::string> unsettled = {}; ///< the old places of items that are at neither place
-    /// The folder that its record is of, when that is another one: this one was copied or renamed.
+    std::vector<std::string> unsettled = {}; ///< old paths of items at neither place
+    /// The folder its record names, if that is another one: this folder was copied or renamed.
     std::optional<Path> recordOf = {};
-    bool isCopy = false; ///< `recordOf` is there, too
+    bool isCopy = false; ///< `recordOf` exists too
 
     /// What the user can do about it.
     Message advice() const;
@@ -35,15 +36,15 @@ struct UnfinishedRun {
     friend bool operator==(const UnfinishedRun&, const UnfinishedRun&) = default;
 };
 
-/// "interrupted" and so on, as in JSON.
+/// The JSON value ("interrupted" …).
 std::string_view name(UnfinishedRun::Problem problem);
 
-/// The run in the quarantine folder `root`, by what lies there now; nothing when it has a readable manifest
-/// or neither of the two documents. Only looks.
+/// The run in the quarantine folder `root` in its current state; nullopt with a readable manifest or without
+/// either document. Changes nothing.
 std::optional<UnfinishedRun> readUnfinishedRun(const Path& root, const FileSystem& files);
 
-/// The same of a folder in which no readable manifest was found. A damaged one beside a whole journal counts
-/// as none: it is made anew from the journal.
+/// The same for a folder without a readable manifest. A damaged manifest beside a valid journal counts as
+/// none: it is rebuilt from the journal.
 std::optional<UnfinishedRun> readRunWithoutManifest(const Path& root, const FileSystem& files);
 
 } // namespace tidwen
