@@ -60,8 +60,8 @@ class Recovery {
 
     void leaveOut(const Path& root) { outcome_.notBegun.push_back(root); }
 
-    /// Unsettled returns last: of two runs that moved items of one path, only one may have the original of a
-    /// copy.
+    /// A copy unsettled for one run may have been settled for another one that moved an item of the same
+    /// path.
     RecoveryOutcome finish() {
         std::set<Path> strays;
         for (const auto& found : unsettledReturns_)

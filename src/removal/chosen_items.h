@@ -7,20 +7,20 @@
 
 namespace tidwen {
 
-/// Whether a removal in this mode can take the trace: not what only the user can deal with, and in a reset
+/// Whether a removal in this mode can move the trace: not if only the user can remove it, and in a reset
 /// neither the application nor its receipts.
 bool isEligible(const Trace& trace, RemovalMode mode);
 
-/// The application itself is among what is chosen of it, not its data alone.
+/// Whether the selection includes the application itself, not only its data.
 bool takesTheApplication(const RemovalTarget& target);
 
 /// What stays of one application or group of leftovers.
 struct Remainder {
-    /// How it can be taken after a run.
+    /// How to remove it after the run.
     enum class Reach {
         search,   ///< a later search finds it
-        claimant, ///< its application is gone, and it is listed with the one that stays and claims it
-        undo,     ///< nobody knows of it any more: undo the run, then remove the application together with it
+        claimant, ///< its application is gone; it is listed with the remaining application that claims it
+        undo,     ///< nothing will find it again: undo the run, then remove the application together with it
     };
     AppTarget target;
     std::vector<StayingTrace> traces;

@@ -29,7 +29,7 @@ Findings::Findings(Scanned scanned, const UserEnvironment& user)
       scanned_(std::move(scanned)),
       groups_(groupsOf(*scanned_)),
       unseen_(unseenIn(*scanned_, user)) {
-    std::set<Path> names; // several applications may claim one item
+    std::set<Path> names; // several applications may claim the same item
     for (const auto& result : *scanned_)
         names.insert(result.skippedNames.begin(), result.skippedNames.end());
     skippedNames_.assign(names.begin(), names.end());

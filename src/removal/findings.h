@@ -15,47 +15,47 @@
 
 namespace tidwen {
 
-/// An application, a group of leftovers or what was offered, with what was found of it.
+/// An application, a group of leftovers or an offer, with its traces.
 struct FoundGroup {
-    AppTarget target;              ///< of leftovers and an offer no more than names
-    std::span<const Trace> traces; ///< belong to the findings
-    /// Nothing of it is taken unless it is chosen: its application cannot be removed or is protected.
+    AppTarget target;              ///< for leftovers and an offer only names
+    std::span<const Trace> traces; ///< owned by the findings
+    /// Not selected by default: the application cannot be removed or is protected.
     bool isKeptByDefault = false;
 };
 
-/// As groups; the results must outlive them.
+/// One group per result; the results must outlive them.
 std::vector<FoundGroup> groupsOf(const std::vector<ScanResult>& scanned);
 
-/// What a search found, to choose a removal from. Never changes, and is shared with whoever shows it. Traces
-/// are numbered from 0 through all groups.
+/// The results of a search, from which a removal is selected. Immutable and shared with the views. Traces are
+/// numbered from 0 across all groups.
 class Findings {
   public:
     using Scanned = std::shared_ptr<const std::vector<ScanResult>>;
     using Swept = std::shared_ptr<const OrphanScanResult>;
 
-    Findings() = default; ///< of nothing
+    Findings() = default; ///< no groups
     Findings(Scanned scanned, const UserEnvironment& user);
     explicit Findings(const Swept& swept);
     Findings(const std::string& name, std::vector<Trace> offered);
 
     const std::vector<FoundGroup>& groups() const { return groups_; }
-    /// Empty unless applications were scanned; then in the order of the groups.
+    /// Empty unless applications were scanned; otherwise in the order of the groups.
     const std::vector<ScanResult>& scanned() const;
     const Unseen& unseen() const { return unseen_; }
-    /// What can be neither shown as a trace nor taken, each once: its names are not valid UTF-8.
+    /// Items that can be neither shown nor removed, without duplicates: their names are not valid UTF-8.
     const std::vector<Path>& skippedNames() const { return skippedNames_; }
 
     std::size_t traceCount() const { return numbers_.size(); }
     std::size_t firstNumber(std::size_t group) const { return firstNumbers_[group]; }
     std::optional<std::size_t> number(const Uuid& id) const;
-    /// Of those that are known. Quick where they come in the order of the traces.
+    /// Unknown identifiers are skipped. Fast if they are in the order of the traces.
     std::vector<std::size_t> numbers(const std::vector<Uuid>& ids) const;
 
-    /// The items that traces move, numbered; several traces may move one.
+    /// The number of an item that traces move; several traces may move the same item.
     using Place = std::uint32_t;
     static constexpr Place noPlace = UINT32_MAX;
     Place place(std::size_t trace) const { return places_[trace]; }
-    /// The nearest item that holds this one.
+    /// The nearest item that contains this one.
     Place outer(Place place) const { return outer_[place]; }
     std::size_t placeCount() const { return outer_.size(); }
 

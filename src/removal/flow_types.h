@@ -14,15 +14,15 @@
 
 namespace tidwen {
 
-/// What the main window shows.
+/// The stages of the main window.
 namespace stage {
 struct Idle {};
 struct StartupItems {};
 struct Installers {};
 struct History {};
 struct Scanning {
-    std::string name;  ///< of the application that is being scanned; empty for a sweep
-    std::string phase; ///< a localised category title
+    std::string name;  ///< the application being scanned; empty for a sweep
+    std::string phase; ///< a localized category title
     int done = 0;      ///< applications scanned
     int total = 0;
 };
@@ -37,7 +37,7 @@ struct Removing {
 };
 struct Report {
     RemovalReport report;
-    RemovalSubject subject; ///< what was removed; not what was left out at a quit prompt
+    RemovalSubject subject; ///< without what was left out at a quit prompt
 };
 } // namespace stage
 
@@ -47,14 +47,14 @@ using Stage = std::variant<stage::Scanning, stage::Review, stage::Orphans, stage
 /// "scanning", "review" …
 std::string_view name(const Stage& stage);
 
-/// An application that is to be removed still runs and did not quit.
+/// An application to be removed is still running and did not quit.
 struct QuitPrompt {
     Uuid id = Uuid::random();
     std::string appName;
 };
 enum class QuitPromptChoice {
-    forceContinue, ///< go on while it runs
-    cancelApp,     ///< leave this application out; the others are removed
+    forceContinue, ///< continue while it is running
+    cancelApp,     ///< leave this application out and remove the others
 };
 
 } // namespace tidwen

@@ -13,7 +13,7 @@ namespace tidwen {
 
 namespace {
 
-/// The Finder writes it into every folder that it shows.
+/// Written by the Finder into every folder it shows.
 constexpr const char* finderFile = ".DS_Store";
 
 bool isEmptyFolder(const Path& folder, const FileSystem& files) {
@@ -23,7 +23,7 @@ bool isEmptyFolder(const Path& folder, const FileSystem& files) {
            });
 }
 
-/// Receipts alone may be no evidence of an application to the next sweep.
+/// The next sweep may not accept receipts alone as evidence of an application.
 bool isReceipt(const StayingTrace& item) {
     return item.trace.category == TraceCategory::receipts;
 }

@@ -9,24 +9,24 @@
 #include <optional>
 #include <vector>
 
-/// What a run leaves beside the items that it took.
+/// What a run leaves besides the items it moved.
 namespace tidwen {
 
-/// Links in the folders of applications that lead to one of the applications chosen. Asked before the run:
-/// afterwards nobody can tell where they led.
+/// Links in the applications folders to one of the selected applications. Call it before the run: afterwards
+/// their targets are unknown.
 std::vector<Path> linksToApplications(const std::vector<RemovalTarget>& chosen, const FileSystem& files,
                                       const UserEnvironment& user);
 
-/// Folders that held an application that was taken and hold nothing now, such as that of a suite; not those
-/// that must stay.
+/// Folders that contained a removed application and are empty now, such as that of a suite; not those that
+/// must stay.
 std::vector<Path> emptiedFolders(const std::vector<RemovalTarget>& chosen, const FileSystem& files,
                                  const UserEnvironment& user);
 
-/// What stays once a run is over, sorted by how it can be taken still; what several of them found stands
-/// once.
+/// What stays after a run, sorted by how it can still be removed. An item that several of them found is
+/// listed once.
 std::vector<Remainder> remaindersAfter(std::vector<Remainder> left, const FileSystem& files);
 
-/// What the run moved takes on the disk; nothing when it moved nothing.
+/// The disk space of what the run moved; nothing if it moved nothing.
 ByteSum movedBytes(const RemovalReport& report, const FileSystem& files);
 
 } // namespace tidwen

@@ -95,7 +95,7 @@ void RemovalChoice::selectDefaults() {
     named_.assign(named_.size(), false);
     forEachTrace(*findings_, [&](std::size_t number, const Trace& trace, std::size_t group) {
         const bool staysNow = staysInMode(trace, mode_);
-        // A reset takes data alone, so it does not matter whether the application could go.
+        // A reset moves only data, so it does not matter whether the application is removable.
         const bool goesAlone = mode_ == RemovalMode::reset && !staysNow;
         const bool isTaken =
             takenByDefault(trace) && (goesAlone || !findings_->groups()[group].isKeptByDefault);
@@ -142,8 +142,8 @@ RemovalChoice::Flags RemovalChoice::selectedOfThoseThatGo() const {
     return goes;
 }
 
-/// Of an application that was scanned to go: an uninstall does not take its bundle, a reset nothing of it.
-/// One whose bundle was not found to be taken (in the Trash, already gone) stays nowhere.
+/// Whether a scanned application itself stays: in an uninstall without its bundle, in a reset with nothing of
+/// it selected. One without a bundle to remove (in the Trash, already gone) does not exist anywhere.
 bool RemovalChoice::staysWhole(std::size_t group) const {
     if (leftOut_[group]) return true;
     const auto traces = findings_->groups()[group].traces;
@@ -156,10 +156,10 @@ bool RemovalChoice::staysWhole(std::size_t group) const {
     return true;
 }
 
-/// Applications that are scanned together contest nothing with one another, as all of them are to go. One
-/// that stays keeps what it has as good a claim to as the application that goes, and no other entry of the
-/// run takes that item either. What the user named goes whoever claims it, as in a removal of one
-/// application, but not from one that was left out later.
+/// Applications scanned together do not contest each other, because all are to be removed. One that stays
+/// keeps items to which it has an equally strong claim, also against other entries of the run. Items the user
+/// named are removed whoever claims them, as in the removal of one application, except against an application
+/// that is left out later.
 void RemovalChoice::leaveToThoseThatStay(Flags& goes) {
     keptFor_.assign(goes.size(), nullptr);
     std::vector<const AppTarget*> keeps(findings_->placeCount());
@@ -188,8 +188,8 @@ void RemovalChoice::leaveToThoseThatStay(Flags& goes) {
     }
 }
 
-/// Leaves out what goes anyway with a folder that is taken, and what an earlier group takes: the second move
-/// would fail, and undo would find the first one's place occupied.
+/// Drops items inside a folder that is also removed, and those an earlier group removes: the second move
+/// would fail, and undo would find the place of the first occupied.
 void RemovalChoice::takeEachItemOnce(Flags& goes) {
     goingPlaces_.assign(findings_->placeCount(), false);
     for (std::size_t number = 0; number < goes.size(); ++number)
@@ -204,7 +204,7 @@ void RemovalChoice::takeEachItemOnce(Flags& goes) {
     }
 }
 
-/// A folder that holds it goes.
+/// Whether a folder that contains it is removed.
 bool RemovalChoice::goesAlong(std::size_t trace) const {
     const auto place = findings_->place(trace);
     if (place == Findings::noPlace) return false;

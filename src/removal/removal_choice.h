@@ -17,65 +17,65 @@ namespace tidwen {
 
 class StayingClaims;
 
-/// What goes of one application, group of leftovers or offer; never nothing.
+/// What is removed of one application, group of leftovers or offer; never empty.
 struct GoingGroup {
     const FoundGroup* group = nullptr;
     std::vector<const Trace*> traces = {};
 };
 
-/// What stays of one; never nothing.
+/// What stays of one; never empty.
 struct StayingGroup {
     struct Item {
         const Trace* trace = nullptr;
         StayReason reason = StayReason::notChosen;
-        const AppTarget* claimant = nullptr; ///< who keeps it when it is `claimed`
+        const AppTarget* claimant = nullptr; ///< set when the reason is `claimed`
     };
     const FoundGroup* group = nullptr;
     std::vector<Item> items = {};
 };
 
-/// What of the findings is chosen for a removal, and everything that follows from it: what goes, what stays
-/// and why, the summary, and what the whole is called. Worked out once with each change. A copy is
-/// independent and shares the findings, which live as long as one of them. Used by one thread at a time.
+/// The selection for a removal, and everything derived from it: what is removed, what stays and why, the
+/// summary and the name of the whole. Recomputed on each change. A copy is independent and shares the
+/// findings, which it keeps alive. Not thread-safe.
 class RemovalChoice {
   public:
-    RemovalChoice(); ///< from nothing
+    RemovalChoice(); ///< no findings
     RemovalChoice(std::shared_ptr<const Findings> findings, RemovalSubject::Kind kind);
 
     const Findings& findings() const { return *findings_; }
     RemovalMode mode() const { return mode_; }
-    /// Whether it was chosen. It may stay all the same: another application that stays claims it.
+    /// Whether it is selected. It may stay nevertheless: a remaining application may claim it.
     bool isSelected(const Uuid& id) const;
-    /// What goes, each item once: neither what goes along with a folder, nor what an application of the scan
-    /// that stays claims too.
+    /// What is removed, each item once: without items inside a folder that is also removed, and without items
+    /// that a remaining application of the scan also claims.
     const std::vector<GoingGroup>& going() const { return going_; }
-    /// The same as a plan takes it. Copies every trace.
+    /// `going` in the form a plan needs. Copies every trace.
     std::vector<RemovalTarget> targets() const;
-    /// What stays, and is neither meant to by the mode nor goes along with a folder. What only the user can
-    /// deal with is among it when the application goes.
+    /// What stays, except what the mode keeps and what is moved with a folder. Includes what only the user
+    /// can remove if the application is removed.
     const std::vector<StayingGroup>& staying() const { return staying_; }
-    /// The same for a report, which outlives the findings. Copies every trace.
+    /// `staying` for a report, which outlives the findings. Copies every trace.
     std::vector<Remainder> remainders() const;
     const RemovalSummary& summary() const { return summary_; }
     const RemovalSubject& subject() const { return subject_; }
-    /// Why nothing is chosen, so that there is nothing to begin with.
+    /// Why nothing is selected, so that a removal cannot begin.
     const std::optional<RemovalRefusal>& refusal() const { return refusal_; }
 
-    // The selection never holds what the mode leaves in place or what only the user can deal with.
+    // The selection never contains what the mode keeps or what only the user can remove.
     void setSelected(const std::vector<Uuid>& ids, bool selected);
-    /// Exactly these. Those of them that are `named` one by one go also when another application of the
-    /// scan that stays claims them.
+    /// Selects exactly these. Those in `named`, which the user chose individually, are removed even if a
+    /// remaining application of the scan also claims them.
     void select(const std::vector<Uuid>& ids, const std::vector<Uuid>& named = {});
-    /// What is taken without further choice (`takenByDefault`). Of an application that cannot be removed that
-    /// is nothing, and until something is chosen a removal is refused with the reason.
+    /// Selects the defaults (`takenByDefault`). An application that cannot be removed has none, and until
+    /// something is selected a removal is refused with that reason.
     void selectDefaults();
-    /// Only scanned applications can be reset. The way back gives the selection back that was there.
+    /// Only scanned applications can be reset. Switching back restores the previous selection.
     void setMode(RemovalMode mode);
-    /// Leaves a group out, whatever is selected, with what its application claims of the others' items.
+    /// Leaves a group out whatever is selected, with what its application claims of the others' items.
     void leaveOut(const FoundGroup& group);
 
   private:
-    /// By the number of the trace, of the group, or of the place.
+    /// Indexed by the number of the trace, group or place.
     using Flags = std::vector<bool>;
 
     void update();
@@ -93,12 +93,13 @@ class RemovalChoice {
     RemovalSubject::Kind kind_ = RemovalSubject::Kind::applications;
     RemovalMode mode_ = RemovalMode::uninstall;
     Flags selected_;
-    Flags named_;    ///< of the selection, chosen one by one
-    Flags setAside_; ///< selected, and taken by an uninstall alone: comes back with it
+    Flags named_;    ///< selected individually
+    Flags setAside_; ///< selected, but removed only by an uninstall: restored when switching back
     Flags leftOut_;  ///< groups
-    std::optional<RemovalRefusal> refusedByDefault_; ///< while nobody chose otherwise
+    std::optional<RemovalRefusal> refusedByDefault_; ///< until the selection changes
 
-    std::vector<const AppTarget*> keptFor_; ///< by trace: who stays and keeps what was selected
+    std::vector<const AppTarget*>
+        keptFor_; ///< by trace: the remaining application that claims a selected item
     Flags goingPlaces_;
     std::vector<GoingGroup> going_;
     std::vector<StayingGroup> staying_;

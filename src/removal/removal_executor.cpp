@@ -24,7 +24,7 @@ std::vector<RemovalOperation> operationsOfLevel(const std::vector<RemovalOperati
     return level;
 }
 
-/// The batch's shell may have died after the step, or may still be at it: its answer says nothing of the
+/// The batch's shell may have died after the step or still be running it, so its result does not describe the
 /// disk.
 bool isAnswerLost(const OperationResult& result) {
     return result.failureReason
@@ -32,8 +32,8 @@ bool isAnswerLost(const OperationResult& result) {
                || result.failureReason->key == "failure.timedOut");
 }
 
-/// The results as the manifest takes them: an item that lies in quarantine must be in it to come back, and so
-/// must a job that was unloaded before its property list went there, whatever became of the answers.
+/// The results for the manifest, corrected by what is on disk: an item in quarantine must be listed to be
+/// restored, and so must an unloaded job whose property list is there, whatever result was reported.
 class ObservedResults {
   public:
     ObservedResults(const std::vector<RemovalOperation>& plan, const FileSystem& files) : files_(files) {
@@ -50,7 +50,7 @@ class ObservedResults {
         return results;
     }
 
-    /// What was moved and lies nowhere now cannot be put back, whatever was true a moment ago.
+    /// An item that was moved and no longer exists cannot be restored, so its move has failed.
     void failWhatVanished(std::vector<OperationResult>& results, const Message& reason) const {
         for (auto& result : results) {
             const auto* operation = result.succeeded ? find(result.operationID) : nullptr;
@@ -60,7 +60,7 @@ class ObservedResults {
         }
     }
 
-    /// A move whose shell overran its time, and which may still be made.
+    /// A move whose shell timed out may still be executed.
     bool mayStillHappen(const OperationResult& result) const {
         const auto* operation = find(result.operationID);
         const auto* move = operation ? std::get_if<operation::Move>(&operation->kind) : nullptr;
@@ -103,7 +103,7 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
     const RemovalJournal journal{
         .createdAt = date, .quarantineRoot = layout.root, .apps = apps, .planned = manifestEntries(plan)};
     if (const auto written = beginRun(journal, ports_.files); !written) {
-        // Nothing was moved, so nothing needs the folder; with something in it, it stays.
+        // Nothing was moved, so the folder is not needed; if it is not empty it stays.
         (void)ports_.files.removeEmptyDirectory(layout.root);
         return tl::unexpected(written.error());
     }
@@ -129,7 +129,7 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
     return report;
 }
 
-/// Why the run's journal stays in place of a manifest; recovery looks at it again.
+/// Why the run's journal stays instead of a manifest; recovery examines it again.
 std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal, RemovalReport& report) const {
     const auto& root = journal.quarantineRoot;
     const auto unsettled = observe(journal.planned, ports_.files).unsettled;
@@ -142,8 +142,8 @@ std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal, 
 
     const ObservedResults observed(report.operations, ports_.files);
     const auto done = observed.of(report.results);
-    // Somebody moved or deleted the folder, and the journal that lies in it tells where it is now. A manifest
-    // would only make a second folder of the name.
+    // The folder was moved or deleted; if moved, the journal in it tells its contents. Writing a manifest
+    // would only create a second folder of that name.
     const bool isFolderGone = isMissing(ports_.files, root / journalFileName);
     observed.failWhatVanished(report.results, {isFolderGone ? quarantineGoneKey : "failure.notInQuarantine"});
     if (isFolderGone) {

@@ -10,8 +10,8 @@
 
 namespace tidwen {
 
-/// Carries out one plan: journal, user-level operations, one administrator batch, manifest, journal dropped.
-/// Decides nothing and keeps no state between calls.
+/// Executes one plan: journal, user-level operations, one administrator batch, manifest, removal of the
+/// journal. Decides nothing and keeps no state between calls.
 class RemovalExecutor {
   public:
     struct Ports {
@@ -23,12 +23,11 @@ class RemovalExecutor {
 
     explicit RemovalExecutor(Ports ports) : ports_(ports) {}
 
-    /// `layout.root` must exist. Fails only when the journal cannot be written, with the space for the
-    /// manifest beside it; then nothing was touched. The journal stays in place of a manifest when that
-    /// cannot be written, when a move was left unfinished, and when the administrator's commands overran
-    /// their time: then the run can be recovered, and undone by its journal.
-    /// Told to stop, it ends after the step at hand as after failures: the steps that were not begun have
-    /// "failure.stopped" as their reason.
+    /// `layout.root` must exist. Fails only if the journal, with the reserved space for the manifest, cannot
+    /// be written; then nothing was changed. The journal stays instead of a manifest if the manifest cannot
+    /// be written, a move was left unfinished, or the administrator's commands timed out: the run can then be
+    /// recovered, or undone by its journal. When stopped, it ends after the current step as after failures:
+    /// steps that were not begun have "failure.stopped" as their reason.
     FileResult<RemovalReport> execute(const std::vector<RemovalOperation>& plan,
                                       const QuarantineLayout& layout, const std::vector<AppRecord>& apps,
                                       RemovalMode mode, Timestamp date, const StepControl& control = {});

@@ -36,7 +36,7 @@ void RemovalFlowModel::enter(Stage next) {
     notify();
 }
 
-/// Where something can be chosen from, if there is anything.
+/// Whether the stage has a selection.
 bool RemovalFlowModel::isChoosing() const {
     return isHome() || std::holds_alternative<stage::Review>(stage_)
            || std::holds_alternative<stage::Orphans>(stage_);
@@ -137,7 +137,7 @@ void RemovalFlowModel::scan(std::vector<AppTarget> targets) {
             }
             return results;
         },
-        // A scan that was called off may end all the same before it notices.
+        // A cancelled scan may complete before it notices.
         [stop = control.stop](RemovalFlowModel& self, std::vector<ScanResult> results) {
             if (!stop.stopRequested()) self.review(std::move(results));
         });
@@ -200,7 +200,7 @@ void RemovalFlowModel::review(std::vector<ScanResult> results) {
     selectDefaults();
 }
 
-/// Nothing is selected: whose they are nobody can confirm, so the user chooses each.
+/// Nothing is selected: the owner is uncertain, so the user chooses each item.
 void RemovalFlowModel::showOrphans(std::shared_ptr<const OrphanScanResult> result, Findings findings) {
     work_.end();
     SharedTraces traces;

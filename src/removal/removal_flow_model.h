@@ -25,9 +25,9 @@
 
 namespace tidwen {
 
-/// The state machine behind the main window: from chosen bundles through scan, review and confirmation to the
-/// report and its undo. Belongs to the main thread; slow work runs in the background and comes back through
-/// the main executor.
+/// The state machine of the main window: from chosen bundles through scan, review and confirmation to the
+/// report and its undo. Main thread only; slow work runs in the background and returns through the main
+/// executor.
 ///
 ///   stage        event                                  next stage
 ///   ---------    -----------------------------------    --------------------------------------------
@@ -45,30 +45,30 @@ namespace tidwen {
 ///   an offer     confirm, nothing is selected           the same, with an error
 ///   review,      close                                  the home stage it came from
 ///   orphans
-///   removing     the run has ended                      report
-///   removing     the run is refused or cannot be set up the stage it came from, with an error
-///   removing     every application was left out         the stage it came from
+///   removing     run ended                              report
+///   removing     run refused or cannot be set up        the stage it came from, with an error
+///   removing     every application left out             the stage it came from
 ///   removing     stop, before the first step            the stage it came from, with an error
 ///   removing     stop, later                            report
 ///   report       close                                  the home stage it came from; onReportDismissed
 ///
-///   (*) home: idle, startupItems, installers, history. What is not in the table changes nothing.
+///   (*) home: idle, startupItems, installers, history. Anything not in the table is ignored.
 ///
-/// A removal locks the Trash from before the first application is asked to quit until its report.
+/// A removal holds the lock of the Trash from before the first application is asked to quit until its report.
 class RemovalFlowModel {
   public:
     struct Services {
         FileSystem& files;
         const AppTargetLoader& loader;
-        /// A scanner that knows the applications installed now; called in the background.
+        /// A scanner that knows the currently installed applications; called in the background.
         std::function<std::unique_ptr<ResidueScanner>()> makeScanner;
-        /// A sweep with the applications installed now; called in the background.
+        /// A sweep with the currently installed applications; called in the background.
         std::function<OrphanScanResult(const StopToken&, const OrphanScanner::OnFound&, const OnStep&)>
             sweepOrphans;
         RunningApplications& running;
         RemovalExecutor& executor;
         UndoService& undo;
-        MoveRights rights; ///< whether there is an administrator to ask
+        MoveRights rights; ///< whether an administrator prompt is possible
         const PermissionAudit& audit;
         const ProtectedApps& protectedApps;
         const Texts& texts;
@@ -87,46 +87,45 @@ class RemovalFlowModel {
     RemovalFlowModel(const RemovalFlowModel&) = delete;
     RemovalFlowModel& operator=(const RemovalFlowModel&) = delete;
 
-    /// Told after every change of what the accessors below answer.
+    /// Emitted after every change of the accessors below.
     Signal<> changed;
-    /// The step at hand of the scan, sweep, removal or undo that runs; nothing before its first one and when
-    /// none runs. Not told through `changed`.
+    /// The current step of the running scan, sweep, removal or undo; nothing before the first one, or when
+    /// none is running. Not announced by `changed`.
     Property<std::optional<StepProgress>> progress;
 
     const Stage& stage() const { return stage_; }
-    /// Why what was asked for last was not done, or not all of it.
+    /// Why the last request was not done, or only in part.
     const std::vector<Problem>& problems() const { return problems_; }
-    /// The same in words, a line each; nothing when there is none.
+    /// `problems` as text, one line each; absent when there are none.
     std::optional<std::string> errorMessage() const;
-    /// Of the last `loadTargets`: the applications that were refused because they are protected.
+    /// The applications that the last `loadTargets` refused because they are protected.
     const std::vector<AppTarget>& protectedTargets() const { return protectedTargets_; }
     const std::optional<UndoReport>& undoReport() const { return undoReport_; }
     bool isUndoing() const { return isUndoing_; }
     const std::optional<QuitPrompt>& pendingQuitPrompt() const { return pendingQuitPrompt_; }
-    /// What can be chosen from and what is chosen, in the review, after a sweep, and of an offer; from
-    /// nothing in every other stage. While a removal runs, what it was begun with.
+    /// The findings and the selection in the review, after a sweep and of an offer; empty in every other
+    /// stage. While a removal runs, what it was started with.
     const RemovalChoice& choice() const { return choice_; }
-    /// Why `confirm` would not begin what is chosen; reads the disk, so only before a question or a preview.
+    /// Why `confirm` would not begin. Reads the disk; call it only before a question or a preview.
     std::optional<RemovalRefusal> refusal() const;
-    /// What kept the last removal from beginning because the rights do not suffice for it.
+    /// The items for which the last removal lacked the permissions to begin.
     const std::vector<Path>& unmovableItems() const { return unmovableItems_; }
     const std::map<std::string, LeftoverTree>& reviewTrees() const { return reviewTrees_; }
     const LeftoverFilter& reviewFilter() const { return reviewFilter_; }
-    SweepState& sweep() { return sweep_; } ///< with the filter of its screen
-    /// `loadTargets` would take applications in now.
+    SweepState& sweep() { return sweep_; } ///< including the filter of its screen
+    /// Whether `loadTargets` would accept applications now.
     bool takesTargets() const;
-    /// Orders and names in the language that is in use by now what was made in another.
+    /// Sorts and names again in the current language.
     void arrange();
 
-    /// Those `shown` although they are protected can be looked at and not removed.
+    /// Protected applications that are `shown` can be inspected but not removed.
     void loadTargets(const std::vector<Path>& bundles,
                      ProtectedTargets ofProtected = ProtectedTargets::refused);
     void scanOrphans();
     void cancelScan();
-    /// Ends what runs: cancels a scan or sweep; ends a removal after the step at hand, with a report like
-    /// that of one of which some steps failed; an undo likewise. A removal of which no step has begun goes
-    /// back to the stage it came from, and a pending quit prompt is withdrawn. What runs behind a password
-    /// prompt ends first.
+    /// Stops what is running: cancels a scan or sweep; ends a removal or undo after the current step, with a
+    /// report as after failures. A removal without a begun step returns to its previous stage, and a pending
+    /// quit prompt is withdrawn. An administrator batch completes first.
     void stop();
     /// One of the home stages.
     void show(Stage home);
@@ -134,11 +133,11 @@ class RemovalFlowModel {
     void close();
     std::function<void()> onReportDismissed;
 
-    /// What the installers' or the startup items' screen chose, all of it selected. Another home stage, a
-    /// scan or a sweep withdraws the offer.
+    /// Offers the selection of the installers' or the startup items' screen, all of it selected. Another home
+    /// stage, a scan or a sweep withdraws the offer.
     void offer(const std::string& name, std::vector<Trace> traces);
 
-    // Changes of `choice`, which see; nothing while there is nothing to choose from.
+    // Changes `choice`, see there; ignored while there is nothing to choose from.
     void setSelected(const std::vector<Uuid>& ids, bool selected);
     void select(const std::vector<Uuid>& ids, const std::vector<Uuid>& named = {});
     void selectDefaults();
@@ -153,7 +152,7 @@ class RemovalFlowModel {
     void undoLast();
 
   private:
-    struct Run; ///< a removal that is being prepared
+    struct Run; ///< a removal in preparation
 
     bool isHome() const;
     bool isChoosing() const;
@@ -180,7 +179,7 @@ class RemovalFlowModel {
     Services services_;
     UserEnvironment user_;
     Stage stage_ = stage::Idle{};
-    Stage home_ = stage::Idle{}; ///< the home stage that a flow started from
+    Stage home_ = stage::Idle{}; ///< the home stage where the flow started
     std::vector<Problem> problems_;
     std::vector<AppTarget> protectedTargets_;
     std::optional<UndoReport> undoReport_;
@@ -192,10 +191,11 @@ class RemovalFlowModel {
     std::map<std::string, LeftoverTree> reviewTrees_;
     LeftoverFilter reviewFilter_;
     SweepState sweep_;
-    FollowedWork work_;        ///< the scan, removal or undo that runs
+    FollowedWork work_;        ///< the running scan, removal or undo
     std::shared_ptr<Run> run_; ///< from the confirmation to the report
     std::vector<Path> unmovableItems_;
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
+    std::shared_ptr<bool> alive_ =
+        std::make_shared<bool>(true); ///< checked by background work when it finishes
 };
 
 } // namespace tidwen

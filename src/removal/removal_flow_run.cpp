@@ -1,4 +1,4 @@
-// The removal itself: the quit prompts, the run, and its undo.
+// Part of RemovalFlowModel: quit prompts, the run and its undo.
 
 #include "base/background_step.h"
 #include "quarantine/trash_lock.h"
@@ -13,16 +13,16 @@ namespace tidwen {
 
 /// A removal while its applications are asked to quit.
 struct RemovalFlowModel::Run {
-    RemovalChoice choice;                ///< what of it is left out is not taken
-    std::vector<GoingGroup> asked;       ///< those that it began with, in the order in which they are asked
-    std::size_t next = 0;                ///< the first one that was not asked yet
-    std::vector<RemovalTarget> targets;  ///< what goes, once that is settled
-    std::set<const FoundGroup*> running; ///< those that ran
+    RemovalChoice choice;                ///< without what was left out
+    std::vector<GoingGroup> asked;       ///< as confirmed, in the order in which they are asked
+    std::size_t next = 0;                ///< index of the first one not yet asked
+    std::vector<RemovalTarget> targets;  ///< final, once every application has answered
+    std::set<const FoundGroup*> running; ///< those that were running
     Stage cameFrom;
     std::unique_ptr<FolderLock> lock; ///< of the Trash
     StepControl control;
 
-    /// Passes over those of which nothing goes since another one was left out.
+    /// Skips groups of which nothing is removed after another one was left out.
     const FoundGroup* nextToAsk() {
         while (next < asked.size()) {
             const auto* group = asked[next++].group;
@@ -32,7 +32,7 @@ struct RemovalFlowModel::Run {
         return nullptr;
     }
 
-    /// Every answer is in.
+    /// Called when all answers are in.
     void settle() {
         targets = choice.targets();
         for (std::size_t i = 0; i < targets.size(); ++i)
@@ -62,7 +62,7 @@ void RemovalFlowModel::confirm() {
 
 std::optional<RemovalRefusal> RemovalFlowModel::whyNothingIsChosen() const {
     auto refusal = choice_.refusal();
-    // Of what may be protected nothing is chosen, and that is the reason then.
+    // Nothing that may be protected is selected; the unreadable list is then the reason.
     if (const auto problem = refusal ? services_.protectedApps.problem() : std::nullopt)
         refusal->reason = *problem;
     return refusal;
@@ -77,7 +77,7 @@ std::optional<RemovalRefusal> RemovalFlowModel::refusal() const {
     return whyNotBegin(choice_.targets(), choice_.mode(), refusalGrounds());
 }
 
-/// Refusals come before the first application is asked to quit and before anything is made or locked.
+/// Refusals come before the first application is asked to quit and before anything is created or locked.
 void RemovalFlowModel::beginUnlessRefused(const std::shared_ptr<Run>& run) {
     using Outcome = tl::expected<FileResult<std::unique_ptr<FolderLock>>, RemovalRefusal>;
     inBackground(
@@ -105,7 +105,7 @@ void RemovalFlowModel::goBack(Run& run, RemovalRefusal refusal) {
 
 void RemovalFlowModel::goBack(Run& run, std::optional<Message> error) {
     run.lock.reset();
-    const auto kept = std::move(run_); // it may hold the last reference
+    const auto kept = std::move(run_); // it may be the last reference
     work_.end();
     problems_.clear();
     if (error) problems_.push_back({.reason = std::move(*error)});
@@ -113,7 +113,7 @@ void RemovalFlowModel::goBack(Run& run, std::optional<Message> error) {
     notify();
 }
 
-/// No step has begun, and none will.
+/// Returns to the previous stage if stopped before the first step.
 bool RemovalFlowModel::goBackIfStopped(Run& run) {
     if (!run.control.isStopped()) return false;
     goBack(run, Message{"error.stoppedBeforeFirstStep"});
@@ -168,7 +168,7 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
         RemovalRun removal(
             {services.files, services.executor, services.audit, services.texts, services.clock}, user);
         auto report = removal.carryOut(run->choice, run->targets, run->control);
-        run->lock.reset(); // before the report is seen, so that it can be undone at once
+        run->lock.reset(); // before the report is shown, so that it can be undone at once
         return report;
     };
     inBackground(*this, alive_, services_.background, services_.main, std::move(work),

@@ -16,7 +16,7 @@ bool isPreference(const Path& path) {
     return std::find(components.begin(), components.end(), "Preferences") != components.end();
 }
 
-/// The plan of one application after another, numbered through.
+/// Plans one application after another with consecutive numbers.
 class PlanBuilder {
   public:
     PlanBuilder(const QuarantineLayout& layout, RemovalMode mode, const Texts& texts)
@@ -108,13 +108,13 @@ class PlanBuilder {
                source.string(), trace.id);
     }
 
-    /// Every item lies alone in a folder named by its number, so two of one name never meet.
+    /// Each item is alone in a numbered folder, so equal names never collide.
     Path destination(const Path& source) const {
         const Path folder = layout_.isBatch ? layout_.root / safeLabel(target_->name) : layout_.root;
         return folder / fmt::format("{:04}", nextID()) / source.lastComponent();
     }
 
-    /// At most one per scope: the daemon drops everything it holds.
+    /// At most one per scope: a flush clears the daemon's entire cache.
     void addPreferenceFlushes(const Traces& moved) {
         for (const bool asRoot : {false, true}) {
             const bool needed = std::any_of(moved.begin(), moved.end(), [&](const Trace* trace) {

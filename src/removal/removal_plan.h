@@ -13,15 +13,15 @@ namespace tidwen {
 struct RemovalTarget {
     AppTarget target;
     std::vector<Trace> traces;
-    bool isRunning = false; ///< had a running instance when the removal was asked for
+    bool isRunning = false; ///< had a running instance when the removal was requested
 };
 
-/// True when the mode leaves this trace where it is: a reset keeps the application and its receipts.
+/// Whether the mode leaves this trace in place: a reset keeps the application and its receipts.
 bool staysInMode(const Trace& trace, RemovalMode mode);
 
-/// Turns confirmed traces into numbered operations. The order within a target is deliberate: permission
-/// resets (while the application is still registered), job unloads, keychain deletions, moves in path order
-/// with the bundle last, then preference flushes. Pure: reads no file and touches nothing.
+/// Turns confirmed traces into numbered operations. Order within a target: permission resets (while the
+/// application is still registered), job unloads, keychain deletions, moves in path order with the bundle
+/// last, then preference flushes. Pure: does not access the disk.
 std::vector<RemovalOperation> buildRemovalPlan(const std::vector<RemovalTarget>& targets,
                                                const QuarantineLayout& layout, RemovalMode mode,
                                                const Texts& texts);

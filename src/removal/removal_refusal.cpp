@@ -23,11 +23,11 @@ std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chos
         for (const auto& each : chosen) {
             if (!takesTheApplication(each)) continue;
             const auto why = whyNotRemovable(each.target, files, policy, user, rights);
-            // What is a matter of rights is judged below, together with everything else.
+            // Permissions are checked below, for all items.
             if (why && why->reason != ImmovableApplication::Reason::noRights)
                 return RemovalRefusal{why->describe(each.target)};
         }
-    // Where the items would go does not matter here.
+    // The destinations are irrelevant here.
     const auto plan = buildRemovalPlan(chosen, {user.trash(), chosen.size() > 1}, mode, texts);
     if (const auto count = manifestEntries(plan).size(); count > maxManifestEntries)
         return RemovalRefusal{

@@ -15,10 +15,10 @@ namespace tidwen {
 /// Why a removal must not begin.
 struct RemovalRefusal {
     Message reason;
-    std::vector<Path> unmovableItems = {}; ///< what the rights do not suffice for
+    std::vector<Path> unmovableItems = {}; ///< items this process lacks the permissions to move
 };
 
-/// What a refusal is judged by.
+/// What a refusal depends on.
 struct RefusalGrounds {
     const FileSystem& files;
     const UserEnvironment& user;
@@ -27,16 +27,16 @@ struct RefusalGrounds {
     const Texts& texts;
 };
 
-/// Nothing goes while the list of protected applications cannot be known: an empty one would spare nothing;
-/// nor into a Trash that cannot be used.
-/// An application goes with its data or not at all: refused is a choice with an application that cannot be
-/// taken from where it lies (`whyNotRemovable`), a plan of more steps than a journal holds, and one that the
-/// rights do not suffice for (`unmovableItems`). Data alone, and a reset, keep the application by choice.
-/// Reads the disk; changes nothing; may be called from any thread.
+/// Why a removal must not begin. Refused are: any removal while the list of protected applications is
+/// unreadable (an empty one would protect nothing) or the Trash is unusable; an application that cannot be
+/// removed from its place (`whyNotRemovable`); a plan with more steps than a journal holds; and a plan that
+/// lacks permissions (`unmovableItems`), because an application is removed with its data or not at all.
+/// Removing data alone, or a reset, keeps the application by choice. Reads the disk, changes nothing;
+/// thread-safe.
 std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chosen, RemovalMode mode,
                                           const RefusalGrounds& grounds);
 
-/// Why an application of the scan stays although nobody chose that; nothing of it is taken by default then.
+/// Why an application of the scan stays although it was not deselected; nothing of it is selected by default.
 std::optional<RemovalRefusal> whyNotByDefault(const std::vector<ScanResult>& results);
 
 } // namespace tidwen

@@ -13,61 +13,62 @@
 
 namespace tidwen {
 
-/// The privacy grants that are still recorded after a removal.
+/// The privacy grants still recorded after a removal.
 struct VerificationReport {
     struct AppVerification {
         std::string bundleID;
         std::string name;
         std::vector<PermissionGrant> tccSurvivors;
-        std::vector<PermissionGrant::Scope> unreadable = {}; ///< where others may have survived unseen
+        std::vector<PermissionGrant::Scope> unreadable = {}; ///< where others may remain
         friend bool operator==(const AppVerification&, const AppVerification&) = default;
     };
-    std::vector<AppVerification> apps; ///< in the report's order
+    std::vector<AppVerification> apps; ///< in the order of the report
     friend bool operator==(const VerificationReport&, const VerificationReport&) = default;
 };
 
-/// What one run did.
+/// The result of one run.
 struct RemovalReport {
     std::vector<AppRecord> apps;
     RemovalMode mode = RemovalMode::uninstall;
-    Path quarantineRoot; ///< "/" when nothing was to be moved or unloaded: there is nothing to undo
-    Path manifestURL;    ///< likewise
-    std::vector<RemovalOperation> operations;  ///< the whole plan
-    std::vector<OperationResult> results = {}; ///< user-level ones, then root-level ones, each in plan order
+    Path quarantineRoot; ///< "/" when nothing was to be moved or unloaded: nothing can be undone
+    Path manifestURL;    ///< "/" in the same case
+    std::vector<RemovalOperation> operations; ///< the whole plan
+    std::vector<OperationResult> results =
+        {}; ///< user-level results, then root-level ones, each in plan order
     std::optional<VerificationReport> verification = {};
-    std::optional<std::int64_t> reclaimedBytes = {}; ///< of what was moved; absent when nothing was
-    bool isReclaimedPartial = false; ///< there was more than is measured: `reclaimedBytes` is a lower bound
-    /// Why there is no manifest. The journal then stays in the folder; undo takes it instead, and recovering
-    /// interrupted runs makes the manifest from it.
+    std::optional<std::int64_t> reclaimedBytes = {}; ///< of moved items; absent when none were moved
+    bool isReclaimedPartial = false; ///< measuring stopped at a limit; `reclaimedBytes` is a lower bound
+    /// Why there is no manifest. The journal then stays in the folder; undo uses it instead, and recovery
+    /// builds the manifest from it.
     std::optional<Message> manifestFailure = {};
-    /// The old places of items that are not all in quarantine: something of them was left beside, or the move
-    /// was not finished. Recovery tries again.
+    /// Old paths of items that are not completely in quarantine: something was left behind, or the move was
+    /// not finished. Recovery tries again.
     std::vector<std::string> unsettled = {};
 
-    /// What was found and stays because its name is not valid UTF-8: no manifest could hold it.
+    /// Items found that stay because their names are not valid UTF-8, which a manifest cannot store.
     std::vector<Path> skippedNames = {};
-    Unseen unseen = {};                    ///< what the search could not look at
+    Unseen unseen = {};                    ///< what the search could not read
     std::vector<Remainder> left = {};      ///< what was found and stays
-    std::vector<Path> emptiedFolders = {}; ///< held an application, and hold nothing now
-    std::vector<Path> deadLinks = {};      ///< led to an application that was taken
+    std::vector<Path> emptiedFolders = {}; ///< contained an application and are empty now
+    std::vector<Path> deadLinks = {};      ///< led to a removed application
 
     struct Failure {
         RemovalOperation operation;
         Message reason;
     };
-    /// The application stays, or another one claims its permissions, and resetting them was not asked for:
-    /// those it has are no survivors.
+    /// Whether the application's permissions are kept without counting as survivors: it stays, or another one
+    /// claims them, and no reset was requested.
     bool keepsItsPermissions(const std::string& bundleID) const;
 
-    /// A permission of an application whose permissions were reset is still recorded, or may be.
+    /// Whether permissions of an application remain, or may remain, after a reset.
     bool missedAPermission() const;
 
-    /// Somebody asked to stop before the last step had begun.
+    /// The run was stopped before its last step had begun.
     bool wasStopped() const;
-    /// And before the first one.
+    /// The run was stopped before its first step.
     bool isUntouched() const;
 
-    /// Failed operations with their reasons, in plan order; those that were not begun are among them.
+    /// Failed operations with their reasons, in plan order, including those not begun.
     std::vector<Failure> failures() const;
 };
 

@@ -39,7 +39,7 @@ FileResult<RemovalReport> RemovalRun::carryOut(const RemovalChoice& choice,
     return report;
 }
 
-/// A run of which nothing could be put back needs no folder once it is over, and no place in the history.
+/// A run that cannot be undone needs no folder afterwards, and no entry in the history.
 void RemovalRun::dropRecord(RemovalReport& report) const {
     if (report.manifestFailure || !ports_.files.removeFile(report.manifestURL)) return;
     if (!ports_.files.removeEmptyDirectory(report.quarantineRoot)) return;
@@ -48,7 +48,7 @@ void RemovalRun::dropRecord(RemovalReport& report) const {
 
 namespace {
 
-/// What was to go, and was not begun when the run was told to stop.
+/// Traces whose step was not begun when the run was stopped.
 std::set<Uuid> notBegun(const RemovalReport& report) {
     std::set<Uuid> traces;
     std::map<int, Uuid> traceOf;
@@ -61,7 +61,7 @@ std::set<Uuid> notBegun(const RemovalReport& report) {
     return traces;
 }
 
-/// To the group that has it already, if it has.
+/// The group's existing remainder, or a new one.
 Remainder& remainderOf(const AppTarget& target, std::vector<Remainder>& left) {
     const auto known = std::ranges::find_if(left, [&](const Remainder& each) {
         return each.target.bundleURL == target.bundleURL && each.target.bundleID == target.bundleID

@@ -9,8 +9,8 @@
 
 namespace tidwen {
 
-/// One removal from its quarantine folder to its verified report, with all that the report says of what was
-/// chosen. The caller holds the lock of the Trash. Blocks. Nothing was touched when it gives an error.
+/// One removal, from its quarantine folder to the verified report about the whole selection. The caller holds
+/// the lock of the Trash. Blocks. After an error nothing was changed.
 class RemovalRun {
   public:
     struct Ports {
@@ -23,7 +23,7 @@ class RemovalRun {
 
     RemovalRun(Ports ports, UserEnvironment user) : ports_(ports), user_(std::move(user)) {}
 
-    /// `targets`: those of the choice. Told to stop before the first step, it leaves no folder behind
+    /// `targets`: those of the choice. When stopped before the first step, it leaves no folder behind
     /// (`RemovalReport::isUntouched`).
     FileResult<RemovalReport> carryOut(const RemovalChoice& choice, const std::vector<RemovalTarget>& targets,
                                        const StepControl& control = {});

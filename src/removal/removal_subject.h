@@ -9,7 +9,7 @@
 
 namespace tidwen {
 
-/// What a removal takes away, as it is called.
+/// The name of what is removed.
 struct RemovalSubject {
     enum class Kind { applications, leftovers, installers, startupItems };
 
@@ -18,14 +18,14 @@ struct RemovalSubject {
     std::size_t groups = 0; ///< applications, or groups of leftovers
     std::size_t items = 0;
     std::string name = {}; ///< of the first group
-    bool goesWhole = true; ///< every application goes itself
+    bool goesWhole = true; ///< every application itself is removed
 
-    /// "Marlin Notes", "3 applications", "12 leftovers"; "2 items of Kip" when an application itself stays
-    /// that a reset does not keep anyway.
+    /// "Marlin Notes", "3 applications", "12 leftovers"; "2 items of Kip" when an application itself stays,
+    /// except in a reset.
     std::string text(const Texts& texts) const;
 
-    /// What kind of removal it is, as it stands in JSON: "uninstall", "reset", "items" of applications that
-    /// stay, "orphans", "installers", "startupItems".
+    /// The kind of removal in JSON: "uninstall", "reset", "items" (of applications that stay), "orphans",
+    /// "installers", "startupItems".
     std::string_view kindName() const;
 
     friend bool operator==(const RemovalSubject&, const RemovalSubject&) = default;

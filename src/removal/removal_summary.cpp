@@ -25,7 +25,7 @@ RemovalSummary summarize(const std::vector<const Trace*>& selection) {
         if (trace->reversibility == Reversibility::irreversibleDestructive)
             summary.permanent.push_back(*trace);
         if (trace->reversibility == Reversibility::reversible) ++summary.reversibleCount;
-        // The one thing that cannot be undone and harms nobody is a permission reset.
+        // Permission resets are the only harmless step that cannot be undone.
         if (trace->reversibility == Reversibility::irreversibleHarmless) summary.resetsPermissions = true;
         if (trace->requiresRoot) summary.requiresPassword = true;
     }

@@ -24,7 +24,7 @@ struct RemovalSummary {
     std::vector<Tier> tiers; ///< safe, review, sensitive; none empty
     int totalCount = 0;
     ByteSum totalSize;
-    std::vector<Trace> permanent; ///< what is lost for good
+    std::vector<Trace> permanent; ///< what is lost permanently
     int reversibleCount = 0;
     bool requiresPassword = false;
     bool resetsPermissions = false;
@@ -32,7 +32,7 @@ struct RemovalSummary {
     std::string totalSizeText(const Texts& texts) const { return sizeText(totalSize, texts); }
 };
 
-/// Traces that only the user himself can deal with do not count.
+/// Does not count traces that only the user can remove.
 RemovalSummary summarize(const std::vector<const Trace*>& selection);
 
 } // namespace tidwen

@@ -14,8 +14,8 @@ std::string number(std::size_t count) {
     return std::to_string(count);
 }
 
-/// Items that were moved, and that were to be: what the history and an undo count too. Of a run that moves
-/// nothing, its steps.
+/// Items moved and items to be moved, the same count as in the history and an undo. For a run without moves,
+/// its steps.
 std::pair<std::size_t, std::size_t> doneAndAll(const RemovalReport& report,
                                                const std::vector<RemovalReport::Failure>& failures) {
     const auto isMove = [](const RemovalOperation& step) {
@@ -27,7 +27,7 @@ std::pair<std::size_t, std::size_t> doneAndAll(const RemovalReport& report,
     return {moves - static_cast<std::size_t>(failed), moves};
 }
 
-/// An identifier alone does not say that it was about permissions.
+/// An identifier alone does not show that the step concerned permissions.
 std::string subjectOf(const RemovalOperation& step, const Texts& texts) {
     return std::holds_alternative<operation::ResetPermissions>(step.kind)
                ? texts.text("report.failures.permissions %@", {step.displayName})

@@ -7,8 +7,8 @@
 
 namespace tidwen {
 
-/// Reads the privacy grants of each application again; what is still there survived. Names the databases
-/// that cannot be read, and fails by none.
+/// Reads the privacy grants of each application again; remaining ones are survivors. Unreadable databases are
+/// listed and are no error.
 VerificationReport verifyRemoval(const std::vector<RemovalTarget>& targets, const PermissionAudit& audit);
 
 } // namespace tidwen

@@ -18,9 +18,11 @@ void StartupChores::run() {
         *this, alive_, services_.background, services_.main,
         [services = services_, user = user_, control = work_.begin(),
          retention = services_.preferences.quarantineRetention.get()] {
-            if (!services.files.exists(user.trash())) return RecoveryOutcome(); // do not create it to look
+            if (!services.files.exists(user.trash()))
+                return RecoveryOutcome(); // do not create the Trash just to look
             const auto lock = lockTrash(user, services.files);
-            if (!lock) return RecoveryOutcome(); // what another Tidwen is at work on is not interrupted
+            if (!lock)
+                return RecoveryOutcome(); // another Tidwen is running there, so its run is not interrupted
             services.purge.purgeExpired(days(quarantineRetention(retention)), services.clock.now(), control);
             return recoverInterruptedRemovals(user, services.files, services.clock, services.log, control);
         },

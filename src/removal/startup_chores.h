@@ -15,17 +15,17 @@
 
 namespace tidwen {
 
-/// A run was cut off, and this is what of it lies in quarantine.
+/// A recovered run, with what of it is in quarantine.
 struct RecoveryNotice {
     Manifest manifest;
-    /// The old places of items that could not be brought to either of their two places; the next start tries
-    /// again.
+    /// Old paths of items at neither of their two places; the next start tries again.
     std::vector<std::string> unsettled = {};
 };
 
-/// What a program does once that starts and stays: the automatic purge, then recovery of interrupted runs, so
-/// that nothing which this start recovers is purged by its age at once. Each recovered run is a notice, which
-/// the user dismisses or undoes. Belongs to the main thread; its work runs in the background.
+/// What a long-running program does once at its start: the automatic purge, then recovery of interrupted
+/// runs, in this order so that a run just recovered is not purged immediately because of its age. Each
+/// recovered run is a notice, which the user dismisses or undoes. Main thread only; the work runs in the
+/// background.
 class StartupChores {
   public:
     struct Services {
@@ -42,28 +42,28 @@ class StartupChores {
 
     StartupChores(Services services, UserEnvironment user);
 
-    /// Told after every change of what the accessors below answer.
+    /// Emitted after every change of the accessors below.
     Signal<> changed;
-    /// The step at hand of the purge, the recovery or an undo that runs. Not told through `changed`.
+    /// The current step of the running purge, recovery or undo. Not announced by `changed`.
     Property<std::optional<StepProgress>> progress;
 
-    /// Once; what follows does nothing.
+    /// Runs once; further calls do nothing.
     void run();
     bool isDone() const { return isDone_; }
 
-    /// Newest first; the next one becomes the notice when one is dismissed or undone.
+    /// Newest first. When one is dismissed or undone the next one is shown.
     const std::vector<RecoveryNotice>& recoveryNotices() const { return recoveryNotices_; }
     std::optional<RecoveryNotice> recoveryNotice() const {
         return recoveryNotices_.empty() ? std::nullopt : std::optional(recoveryNotices_.front());
     }
     void dismissRecoveryNotice();
-    /// The run of the notice was undone elsewhere.
+    /// For a run that was undone elsewhere.
     void dismissRecoveryNotice(const Path& root);
 
-    /// Undoes the run of the notice; the notice goes with it.
+    /// Undoes the run of the notice and dismisses it.
     void undoRecovered();
     bool isUndoing() const { return isUndoing_; }
-    /// Ends what runs after the step at hand; what is left waits for the next start, or another undo.
+    /// Stops after the current step; the rest waits for the next start, or another undo.
     void stop() { work_.stop(); }
     const std::optional<UndoReport>& undoReport() const { return undoReport_; }
     /// Why the last undo was not begun.
@@ -84,7 +84,8 @@ class StartupChores {
     bool isUndoing_ = false;
     std::optional<UndoReport> undoReport_;
     std::optional<Message> error_;
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
+    std::shared_ptr<bool> alive_ =
+        std::make_shared<bool>(true); ///< checked by background work when it finishes
 };
 
 } // namespace tidwen

@@ -7,30 +7,30 @@
 
 namespace tidwen {
 
-/// Why something that was found stays.
+/// Why an item that was found stays.
 enum class StayReason {
     notChosen,
-    sensitive,     ///< and not chosen
-    permanent,     ///< could not be put back, and not chosen
-    contested,     ///< another bundle claims it, so it goes only when it is chosen
-    onlyListed,    ///< nothing but a package's list speaks for it, so it goes only when it is chosen
-    mayHoldOthers, ///< not all of it was searched for other applications, so it goes only when it is chosen
-    claimed,       ///< it was chosen, and an application of the same scan that stays claims it too
-    leftOut,       ///< it was chosen, and its application was left out at the quit prompt
-    stopped,       ///< it was to go, and the run was told to stop before
-    byHand,        ///< only the user can deal with it
+    sensitive,     ///< not selected by default
+    permanent,     ///< cannot be restored; not selected by default
+    contested,     ///< another bundle claims it; not selected by default
+    onlyListed,    ///< a package's list is the only evidence; not selected by default
+    mayHoldOthers, ///< not completely searched for other applications; not selected by default
+    claimed,       ///< selected, but a remaining application of the same scan also claims it
+    leftOut,       ///< selected, but its application was left out at the quit prompt
+    stopped,       ///< selected, but the run was stopped before its step
+    byHand,        ///< only the user can remove it
 };
 
-/// Of what was not selected.
+/// For traces that are not selected.
 StayReason whyNotSelected(const Trace& trace);
 
 /// One item that stays after a removal.
 struct StayingTrace {
     Trace trace;
     StayReason reason = StayReason::notChosen;
-    std::optional<Claimant> claimant = {}; ///< who keeps it when it is `claimed`
+    std::optional<Claimant> claimant = {}; ///< set when the reason is `claimed`
 
-    /// The reason in words, without a full stop.
+    /// The reason as text, without a full stop.
     Message describe() const;
 };
 

@@ -15,7 +15,7 @@ std::vector<std::string> helpersOf(const AppTarget& application) {
     return helpers;
 }
 
-/// Judges an application's items as if the other one were all that stays.
+/// A matcher for an application's items as if only the other one stayed.
 ResidueMatcher judging(const AppTarget& application, const AppTarget& other) {
     OwningBundle bundle{.url = other.bundleURL.standardized(),
                         .place = other.bundleURL.standardized(),
@@ -35,7 +35,7 @@ ResidueMatcher judging(const AppTarget& application, const AppTarget& other) {
             helpersOf(application)};
 }
 
-/// What the item was attributed by: the name of its file, label, service.
+/// The name used for attribution: of a file, label or service.
 std::string attributedName(const Trace& trace) {
     if (const auto* job = std::get_if<action::BootoutAndMove>(&trace.action)) return job->label;
     if (const auto* job = std::get_if<action::Bootout>(&trace.action)) return job->label;
@@ -50,14 +50,14 @@ bool isContested(const Trace& trace, const ResidueMatcher& matcher) {
     return matcher.contestedBy(attributedName(trace), trace.reason).has_value();
 }
 
-/// Taking the one takes something of the other.
+/// Whether removing one removes something of the other.
 bool meet(const Trace& a, const Trace& b) {
     const Path *first = movedPath(a.action), *second = movedPath(b.action);
     if (!first || !second) return a.action == b.action;
     return first->isWithin(*second) || second->isWithin(*first);
 }
 
-/// What one application that stays claims of what another one leaves.
+/// Finds what a remaining application claims of another one's items.
 class Claims {
   public:
     Claims(const ScanResult& staying, const AppTarget& leaving)

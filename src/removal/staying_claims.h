@@ -9,14 +9,14 @@
 
 namespace tidwen {
 
-/// What the applications of one scan claim of one another's items. They contest nothing with one another when
-/// they are scanned, as all of them are to go; it matters once one of them stays. Worked out when it is
-/// asked for, and kept. Used by one thread at a time.
+/// What the applications of one scan claim of each other's items. When scanned together they do not contest
+/// each other, because all are to be removed; their claims count once one of them stays. Computed on demand
+/// and cached. Not thread-safe.
 class StayingClaims {
   public:
     explicit StayingClaims(std::shared_ptr<const Findings> findings) : findings_(std::move(findings)) {}
 
-    /// The numbers of the other applications' traces that this one has as good a claim to as they have.
+    /// The numbers of other applications' traces to which this one has an equally strong claim.
     const std::vector<std::size_t>& of(std::size_t application);
 
   private:

@@ -18,15 +18,15 @@ LoadedTargets loadTargets(const std::vector<Path>& bundles, const AppTargetLoade
 
 /// Applications that were asked for, and why some of them cannot be taken ("Zed.app: This is no …").
 struct TargetIntake {
-    std::vector<AppTarget> targets; ///< in the order asked for, each bundle once
-    std::vector<Problem> failures;  ///< names in them have their control characters made visible
-    std::vector<AppTarget> refused; ///< those among the failures that are protected
+    std::vector<AppTarget> targets; ///< in the requested order, each bundle once
+    std::vector<Problem> failures;  ///< with control characters in names made visible
+    std::vector<AppTarget> refused; ///< the protected ones among the failures
 };
 
-/// What becomes of applications that the user protects.
+/// How protected applications are handled.
 enum class ProtectedTargets {
     refused,
-    shown, ///< taken in like others, by who only looks
+    shown, ///< accepted, for callers that only display them
 };
 
 TargetIntake takeIn(LoadedTargets loaded, const ProtectedApps& protectedApps,

@@ -7,7 +7,7 @@ namespace tidwen {
 
 namespace {
 
-/// What has vanished meanwhile is no matter of rights. A locked item stays for an administrator too.
+/// A missing item is no permission problem. A locked item is immovable for an administrator too.
 bool isImmovable(const Path& item, bool asAdministrator, const FileSystem& files) {
     const auto info = files.info(item);
     if (!info && info.error().fault == FileFault::missing) return false;

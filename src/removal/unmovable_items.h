@@ -8,10 +8,9 @@
 
 namespace tidwen {
 
-/// What keeps a plan from beginning: the items that can be moved neither by this process nor, with
-/// `MoveRights::administrator`, by the batch that takes the plan's root-level steps; when an application is
-/// among them (it would stay without its data) or when there is nothing else to move. Empty when the plan may
-/// begin; what cannot be moved then fails alone.
+/// The items that prevent a plan from beginning: neither this process nor, with `MoveRights::administrator`,
+/// the administrator batch can move them, and either an application is among them (it would stay without its
+/// data) or nothing else can be moved. Empty when the plan may begin; immovable items then fail individually.
 std::vector<Path> unmovableItems(const std::vector<RemovalOperation>& plan, const FileSystem& files,
                                  MoveRights rights);
 

@@ -7,18 +7,18 @@
 
 namespace tidwen {
 
-/// What the search before a removal could not look at. What lies there stays.
+/// What the search before a removal could not read. Items there stay.
 struct Unseen {
     std::vector<Path> unreadableLocations = {}; ///< folders, records and privacy databases
-    std::uint64_t leftOut = 0;                  ///< files and folders that were too many to read
-    BundleCoverage owners = {};                 ///< where others may lie that claim what is taken
+    std::uint64_t leftOut = 0;                  ///< number of files and folders beyond the limit
+    BundleCoverage owners = {};                 ///< where unread bundles may claim what is removed
 
-    /// Every place was searched. What other applications claim may still be unknown, as in a scan.
+    /// Every place was searched. Claims of other applications may still be unknown, as in a scan.
     bool isNothing() const { return unreadableLocations.empty() && leftOut == 0; }
     bool knowsAllOwners() const;
 };
 
-/// Of all these scans of a user's, each place once.
+/// Combined over all these scans of one user, each place once.
 Unseen unseenIn(const std::vector<ScanResult>& results, const UserEnvironment& user);
 
 } // namespace tidwen
