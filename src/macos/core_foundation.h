@@ -7,7 +7,7 @@
 
 namespace tidwen {
 
-/// Owns what a Core Foundation function with "Create" or "Copy" in its name gave.
+/// Owns a reference returned by a Core Foundation function with "Create" or "Copy" in its name.
 template<class Ref>
 class CFOwned {
   public:
@@ -25,7 +25,7 @@ class CFOwned {
     Ref object_;
 };
 
-/// Nothing when the text is not UTF-8.
+/// Null when the text is not UTF-8.
 inline CFOwned<CFStringRef> makeString(const std::string& text) {
     return CFOwned(CFStringCreateWithBytes(nullptr, reinterpret_cast<const UInt8*>(text.data()),
                                            static_cast<CFIndex>(text.size()), kCFStringEncodingUTF8, false));

@@ -12,11 +12,11 @@ namespace tidwen {
 
 namespace {
 
-/// Changes that come within this time are told as one.
+/// Changes within this interval are reported together.
 constexpr CFTimeInterval gathering = 0.5; // seconds
 
-/// Events name a folder in which something changed. These say that some may be missing, or that the folder
-/// itself came, went or was renamed.
+/// Events name a folder in which something changed. These flags mean that some may be missing, or that the
+/// folder itself appeared, disappeared or was renamed.
 constexpr FSEventStreamEventFlags concernsAll =
     kFSEventStreamEventFlagMustScanSubDirs | kFSEventStreamEventFlagRootChanged;
 
@@ -33,7 +33,7 @@ class StreamWatch : public FolderEvents::Watch {
             FSEventStreamInvalidate(stream_);
             FSEventStreamRelease(stream_);
         }
-        dispatch_sync_f(queue_, nullptr, [](void*) {}); // a call that had begun has ended after this
+        dispatch_sync_f(queue_, nullptr, [](void*) {}); // waits for a running callback
         dispatch_release(queue_);
     }
 
@@ -60,14 +60,14 @@ class StreamWatch : public FolderEvents::Watch {
             if ((flags[i] & concernsAll) != 0 || watch.isWatched(folders[i])) return watch.changed_();
     }
 
-    /// Streams tell of everything below as well.
+    /// Streams also report changes anywhere below.
     bool isWatched(std::string_view folder) const {
         while (folder.size() > 1 && folder.ends_with('/'))
             folder.remove_suffix(1);
         return folder == folder_;
     }
 
-    std::string folder_; ///< without links, as events name it
+    std::string folder_; ///< resolved, as in events
     std::function<void()> changed_;
     dispatch_queue_t queue_;
     FSEventStreamRef stream_ = nullptr;
@@ -76,7 +76,7 @@ class StreamWatch : public FolderEvents::Watch {
 } // namespace
 
 std::unique_ptr<FolderEvents::Watch> FsEvents::watch(const Path& folder, std::function<void()> changed) {
-    // A link of the volume that leads outside is watched there: that tells nothing but that something
+    // A link of the volume that leads outside is watched at its target; this reveals only that something
     // changed.
     std::error_code failure;
     const auto place = std::filesystem::weakly_canonical(root_ / folder.string().substr(1), failure);

@@ -12,7 +12,7 @@ std::filesystem::path domainFolder() {
     return userHome() / "Library/Preferences";
 }
 
-/// Both directions go through the binary form: one reader judges every property list, whoever wrote it.
+/// Both directions use the binary format, so that one parser validates every property list.
 CFOwned<CFPropertyListRef> toSystem(const PropertyListValue& value) {
     const auto bytes = writeBinaryPropertyList(value);
     const CFOwned data(CFDataCreate(nullptr, reinterpret_cast<const UInt8*>(bytes.data()),
@@ -37,7 +37,7 @@ std::optional<PropertyListValue> fromSystem(CFPropertyListRef value) {
 std::optional<PropertyListValue> PreferencesDefaults::value(const std::string& key) const {
     const auto domain = makeString(domain_), name = makeString(key);
     if (!domain || !name) return std::nullopt;
-    CFPreferencesAppSynchronize(domain.get()); // else what another process changed stays unseen
+    CFPreferencesAppSynchronize(domain.get()); // otherwise changes by other processes stay unseen
     const CFOwned stored(CFPreferencesCopyAppValue(name.get(), domain.get()));
     return stored ? fromSystem(stored.get()) : std::nullopt;
 }
@@ -52,7 +52,7 @@ bool PreferencesDefaults::setValue(const std::string& key, const std::optional<P
     const auto wanted = value ? toSystem(*value) : CFOwned<CFPropertyListRef>(nullptr);
     bool isStored = domain && name && (wanted || !value);
     if (isStored) {
-        CFPreferencesSetAppValue(name.get(), wanted.get(), domain.get()); // none removes the key
+        CFPreferencesSetAppValue(name.get(), wanted.get(), domain.get()); // null removes the key
         isStored = CFPreferencesAppSynchronize(domain.get());
     }
     if (!isStored) log_.error("Settings could not be written: {}", domain_);

@@ -7,9 +7,9 @@
 
 namespace tidwen {
 
-/// A domain of the user defaults of the running Mac (CFPreferences). May be used from any thread. Changes of
-/// other processes are seen at the next look; macOS has no way to keep them out between two calls, so of two
-/// processes that update one key at once the later one wins.
+/// A user defaults domain of the running Mac (CFPreferences). Thread-safe. Changes by other processes are
+/// seen at the next read. macOS cannot lock a domain between two calls, so if two processes update one key at
+/// once the later one wins.
 class PreferencesDefaults : public Defaults {
   public:
     /// `folders`: of this machine, for `watch`.
@@ -17,10 +17,10 @@ class PreferencesDefaults : public Defaults {
         : domain_(std::move(domain)), log_(log), folders_(folders) {}
 
     std::optional<PropertyListValue> value(const std::string& key) const override;
-    /// Judged by the domain's file: of one that it cannot read the system only says that nothing is set.
+    /// Checks the domain's file, because for an unreadable file the system only reports that nothing is set.
     std::optional<Message> problem() const override;
     bool setValue(const std::string& key, const std::optional<PropertyListValue>& value) override;
-    /// By the folder in which macOS writes all domains down, some seconds after a change.
+    /// Watches the folder where macOS writes all domains, some seconds after a change.
     std::unique_ptr<FolderEvents::Watch> watch(std::function<void()> changed) override;
 
   private:

@@ -18,7 +18,7 @@ std::optional<Path> HostPaths::macPath(const std::string& hostPath) const {
     std::error_code failed;
     fs::path given = fs::absolute(hostPath, failed);
     if (failed) return std::nullopt;
-    if (given.filename().empty()) given = given.parent_path(); // completed with a slash at its end
+    if (given.filename().empty()) given = given.parent_path(); // a trailing slash from completion
     if (!fs::exists(fs::symlink_status(given, failed))) return std::nullopt;
 
     const fs::path parent = fs::canonical(given.parent_path(), failed);

@@ -8,19 +8,19 @@
 
 namespace tidwen {
 
-/// Paths of this machine that lead into the volume's folder, as a shell completes them
-/// ("sample/Applications/Pantry.app"), turned into the Mac's own.
+/// Converts paths of this machine inside the volume's folder, as a shell completes them
+/// ("sample/Applications/Pantry.app"), to Mac paths.
 class HostPaths {
   public:
-    /// Without a volume the machine's paths are the Mac's already.
+    /// Without a volume this machine's paths are Mac paths.
     explicit HostPaths(const std::optional<std::filesystem::path>& volume);
 
-    /// Nothing when the item does not exist or lies outside the volume. Links on the way to the item are
-    /// followed, the item itself is not.
+    /// nullopt when the item does not exist or is outside the volume. Links in parent folders are followed,
+    /// the item itself is not.
     std::optional<Path> macPath(const std::string& hostPath) const;
 
   private:
-    std::optional<std::filesystem::path> root_; ///< without links
+    std::optional<std::filesystem::path> root_; ///< resolved
 };
 
 } // namespace tidwen

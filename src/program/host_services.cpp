@@ -17,8 +17,8 @@ namespace tidwen {
 namespace {
 
 #ifdef __APPLE__
-/// A folder that is named for settings is where they are kept instead of in the account: what a test changes
-/// reaches nothing of the account's own.
+/// With a settings folder named in the environment, settings are kept there, so that tests change nothing of
+/// the account.
 bool isAccountUsed() {
     return !namedFolder("XDG_CONFIG_HOME");
 }

@@ -14,18 +14,18 @@
 
 namespace tidwen {
 
-/// What the machine on which the program runs gives it, whatever Mac it works on: the settings of its user,
-/// its login, its notifications and its tools.
+/// Services of the host operating system, independent of the Mac being worked on: settings of its user, login
+/// item, notifications and tools.
 class HostServices {
   public:
-    /// `loginCommand`: what a login starts, the program by absolute path and its arguments.
+    /// `loginCommand`: what to start at login: the program's absolute path and its arguments.
     HostServices(std::vector<std::string> loginCommand, Log& log);
 
     Defaults& defaults() { return *defaults_; }
     LoginItem& loginItem() { return *loginItem_; }
     Notifications& notifications() { return notifications_; }
     ProcessRunner& processes() { return processes_; }
-    /// What is known of applications is kept here between starts, beside the settings.
+    /// The file of known applications, beside the settings.
     std::filesystem::path knownApps() const;
 
   private:
@@ -36,7 +36,7 @@ class HostServices {
     DesktopNotifications notifications_;
 };
 
-/// Watches folders below `root`, a folder of this machine.
+/// Watches folders below `root` on this machine.
 std::unique_ptr<FolderEvents> hostFolderEvents(const std::filesystem::path& root);
 
 } // namespace tidwen

@@ -15,8 +15,8 @@
 
 namespace tidwen {
 
-/// One Mac as whoever drives the program gets it, the terminal or a window: the ports that tell of it, and
-/// what acts on it. Made by `VolumeMac` or `RunningMac`, which own what it refers to.
+/// One Mac, for the terminal or a window: ports that read it and ports that change it. Created by `VolumeMac`
+/// or `RunningMac`, which own what it refers to.
 struct Mac {
     System system;
     PrivilegedRunner& userRunner;
@@ -25,14 +25,14 @@ struct Mac {
     FolderEvents& folderEvents;
     Notifications& notifications;
     LoginItem& loginItem;
-    /// This machine's file in which what is known of applications is kept between starts.
+    /// The file on this machine that stores known applications between starts.
     std::filesystem::path knownApps;
-    /// Whether the Finder offers this program's menu entry; never on a volume. Any thread.
+    /// Whether the Finder offers this program's menu entry; never on a volume. Thread-safe.
     std::function<bool()> isFinderExtensionEnabled;
-    /// Runs a script as an administrator; absent on a volume, where there is nobody to ask.
+    /// Runs a script as an administrator; absent on a volume, where no prompt is possible.
     std::optional<AdminScriptRunner::Execute> administrator;
     std::optional<std::filesystem::path>
-        volume; ///< this machine's folder that holds it; absent on the running Mac
+        volume; ///< this machine's folder with the volume; absent on the running Mac
 
     MoveRights rights() const { return administrator ? MoveRights::administrator : MoveRights::own; }
 };

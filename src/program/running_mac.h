@@ -12,11 +12,11 @@ namespace tidwen {
 
 class HostServices;
 
-/// The Mac that the program runs on. Files are read and moved by POSIX calls, everything else is asked of the
-/// system's own tools; so this is portable, and whoever makes it hands it what only a framework answers.
+/// The Mac that the program runs on. Uses POSIX calls for files and the system's own tools for everything
+/// else, so it is portable; the creator passes in what needs a framework.
 class RunningMac {
   public:
-    /// What only a framework of macOS answers. The ports outlive the result.
+    /// What requires a framework of macOS. The ports must outlive the result.
     struct FrameworkPorts {
         UserEnvironment user; ///< the logged-in user, with the real id
         Keychain& keychain;
@@ -27,7 +27,7 @@ class RunningMac {
         std::chrono::milliseconds promptTimeout = std::chrono::seconds(600);
     };
 
-    /// What is passed by reference outlives the result. The error says in words what cannot be used.
+    /// What is passed by reference must outlive the result. The error says what is unusable.
     static tl::expected<std::unique_ptr<RunningMac>, Message> open(FrameworkPorts ports, HostServices& host,
                                                                    const Texts& texts, Log& log);
     ~RunningMac();

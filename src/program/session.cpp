@@ -41,7 +41,7 @@ RemovalFlowModel::Services Session::removalServices() {
             .makeScanner = [this] { return makeScanner(); },
             .sweepOrphans =
                 [this](const auto& stop, const auto& onFound, const auto& onStep) {
-                    // As stored now: another process may have added to it since this session began.
+                    // Reread: another process may have changed the protection since this session began.
                     return sweepOrphans(ProtectedApps(mac_.system.defaults).bundleIDs(), stop, onFound,
                                         onStep);
                 },

@@ -17,35 +17,35 @@
 
 namespace tidwen {
 
-/// What an undo on this Mac works with.
+/// The ports of undo on this Mac.
 UndoService::Ports undoPorts(Mac& mac);
 
-/// The services of one open Mac, put together once for whoever drives them. What acts on the Mac stands here
-/// and below; a terminal or a window adds only how it shows things and how it waits.
+/// The services of one open Mac, composed once for the terminal and the window, which add only presentation
+/// and waiting.
 class Session {
   public:
-    /// `looks`: whether bundles will be looked at again and again. `mac` and `main` outlive it; `main` runs
-    /// what models hand back to the main thread.
+    /// `looks`: whether bundles will be read repeatedly. `mac` and `main` must outlive it; `main` runs what
+    /// models post to the main thread.
     Session(Mac& mac, Executor& main, InstalledBundles::Looks looks);
 
     Mac& mac() { return mac_; }
     ProtectedApps& protectedApps() { return protectedApps_; }
     AppTags& tags() { return tags_; }
     AppPreferences& preferences() { return preferences_; }
-    /// What a window shows besides a removal.
+    /// The models of a window's other screens.
     SessionModels& models() { return models_; }
-    /// From now on preferences, tags and protected applications follow what other processes do to them. False
-    /// when that cannot be had: changes are seen at the next start.
+    /// Makes preferences, tags and protected applications follow changes by other processes. False if
+    /// watching is impossible: changes are then seen at the next start.
     bool followSettings();
-    /// One thread, so what is posted is done in its order.
+    /// A single thread: tasks run in order.
     Executor& background() { return background_; }
-    /// What the model of a removal works with.
+    /// The services of a removal's model.
     RemovalFlowModel::Services removalServices();
     StartupChores::Services startupServices();
 
-    /// All bundles as they are now. The next scan uses the same look.
+    /// A snapshot of all bundles. The next scan uses the same one.
     std::shared_ptr<const BundleSnapshot> lookAtBundles();
-    /// Blocks; any thread but the main one, which would wait for it.
+    /// Blocks. Not from the main thread, which would wait for itself.
     OrphanScanResult sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,
                                   const OrphanScanner::OnFound& onFound, const OnStep& onStep = {}) const;
 
@@ -55,7 +55,7 @@ class Session {
     Mac& mac_;
     Executor& main_;
     InstalledBundles bundles_;
-    std::shared_ptr<const BundleSnapshot> seen_; ///< looked at to find names, not yet used by a scan
+    std::shared_ptr<const BundleSnapshot> seen_; ///< read to look up names, not yet used by a scan
     AppTargetLoader loader_;
     ProtectedApps protectedApps_;
     AppTags tags_;
@@ -64,7 +64,7 @@ class Session {
     UndoService undo_;
     QuarantinePurge purge_;
     PermissionAudit audit_;
-    // Last, so that they end their work before what the work uses is gone.
+    // Last, so that they stop before what their work uses is destroyed.
     WorkQueue treeQueue_;
     WorkQueue background_;
     SessionModels models_;

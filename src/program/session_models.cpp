@@ -8,10 +8,10 @@ namespace tidwen {
 
 namespace {
 
-// More would only wait for the disk: a screen that is opened while another one still reads must not.
+// More would only wait for the disk; with fewer, a screen would wait for another one that is still reading.
 constexpr unsigned readers = 3;
 
-/// Tells what is known of this Mac's applications from what is known of another's.
+/// Distinguishes the known applications of this Mac from those of other Macs.
 std::string nameForMemory(const Mac& mac) {
     std::error_code error;
     const auto root = mac.volume ? std::filesystem::weakly_canonical(*mac.volume, error) : "/";

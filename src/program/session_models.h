@@ -21,44 +21,44 @@
 
 namespace tidwen {
 
-/// The models of one open Mac that a window shows, and a terminal drives to the end of their steps. Each is
-/// made when it is first asked for and lives as long as this. Belongs to the main thread.
+/// The models of one open Mac, shown by a window or run to completion by a terminal. Each is created on first
+/// use and lives as long as this object. Main thread only.
 class SessionModels {
   public:
-    /// What they share with the rest of the session.
+    /// Shared with the rest of the session.
     struct Shared {
         Mac& mac;
         Executor& main;
-        Executor& actions; ///< serial: what changes the Mac
+        Executor& actions; ///< serial: changes the Mac
         AppPreferences& preferences;
         AppTags& tags;
         ProtectedApps& protectedApps;
         UndoService& undo;
         QuarantinePurge& purge;
         const PermissionAudit& audit;
-        std::function<RemovalFlowModel::Services()> removal; ///< what a removal works with
+        std::function<RemovalFlowModel::Services()> removal; ///< the services of a removal
     };
 
     explicit SessionModels(Shared shared) : shared_(std::move(shared)) {}
     SessionModels(const SessionModels&) = delete;
     SessionModels& operator=(const SessionModels&) = delete;
 
-    /// The walk of a removal, from the choice to the report.
+    /// The flow of a removal, from the selection to the report.
     RemovalFlowModel& removal();
     HomeGridModel& homeGrid();
     InstallersModel& installers();
     StartupItemsModel& startupItems();
-    /// This program's own standing.
+    /// The permissions of this program.
     PermissionsModel& permissions();
     HistoryModel& history();
     TrashCatcher& trashCatcher();
 
-    // Whoever is handed one of these lets it go before this.
+    // What these functions return must be destroyed before this object.
 
-    /// The permissions of one application, while somebody looks at them.
+    /// The permissions of one application, while they are shown.
     std::unique_ptr<PermissionsSheet> permissionsSheet(AppTarget app);
-    /// The requests of other processes; `bundle` names the inbox. While `removal` takes no applications in,
-    /// they wait.
+    /// Requests from other processes; `bundle` names the inbox. They wait while `removal` accepts no
+    /// applications.
     std::unique_ptr<InboxWatcher> inboxWatcher(const OwnBundle& bundle, InboxWatcher::OnRequest onRequest);
 
   private:
@@ -70,7 +70,7 @@ class SessionModels {
     std::optional<AppInventory> inventory_;
     std::optional<InstalledBundles> bundles_;
     std::optional<StartupItemScanner> startupScanner_;
-    // After what their work uses, and before the models, which give them work as long as they live.
+    // Destroyed before what their work uses and after the models, which post work as long as they live.
     std::optional<WorkQueue> reading_;
     std::optional<WorkQueue> watching_; ///< one thread
     std::optional<RemovalFlowModel> removal_;

@@ -7,7 +7,7 @@ namespace tidwen {
 
 struct SettingsFollower::Reload {
     std::function<void()> run;
-    std::atomic<bool> isComing = false; ///< one that is on its way sees later changes, too
+    std::atomic<bool> isComing = false; ///< a pending reload also sees later changes
 };
 
 SettingsFollower::SettingsFollower(Defaults& defaults, Executor& main, std::function<void()> reload)
@@ -24,7 +24,7 @@ SettingsFollower::SettingsFollower(Defaults& defaults, Executor& main, std::func
         });
     };
     watch_ = defaults.watch([&defaults, post] {
-        (void)defaults.problem(); // reads what changed here, so that the main thread finds it read
+        (void)defaults.problem(); // rereads the file here, so that the main thread need not
         post();
     });
     post();

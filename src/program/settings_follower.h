@@ -8,20 +8,20 @@
 
 namespace tidwen {
 
-/// While it lives, what another process changes in the settings is read again here: the terminal beside the
-/// window, or the other way round. Belongs to the main thread.
+/// While it lives, reloads settings changed by another process, such as the terminal beside the window. Main
+/// thread only.
 class SettingsFollower {
   public:
-    /// `reload` runs on the main thread: once in the beginning, for what changed before anybody watched, and
-    /// after each change.
+    /// `reload` runs on the main thread: once at the beginning, for changes before watching began, and after
+    /// each change.
     SettingsFollower(Defaults& defaults, Executor& main, std::function<void()> reload);
 
-    /// False where changes cannot be watched: they are seen at the next start.
+    /// False if changes cannot be watched: they are seen at the next start.
     bool isFollowing() const { return watch_ != nullptr; }
 
   private:
     struct Reload;
-    std::shared_ptr<Reload> reload_; ///< goes with this; work that comes back late looks at it
+    std::shared_ptr<Reload> reload_; ///< destroyed with this object; pending work checks it
     std::unique_ptr<FolderEvents::Watch> watch_;
 };
 

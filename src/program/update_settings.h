@@ -8,9 +8,8 @@
 
 namespace tidwen {
 
-/// What a check for updates goes by: the user's settings, and what was built in where nothing is set.
-/// `feedKey`: the maker's public key; `feedAddress`: the feed; either may be empty. `version`: of this
-/// program.
+/// The parameters of an update check: the user's settings, with built-in defaults. `feedKey`: the vendor's
+/// public key; `feedAddress`: the feed; both may be empty. `version`: of this program.
 UpdateSettings updateSettings(const AppPreferences& preferences, const std::string& feedKey,
                               const std::string& feedAddress, std::string_view version);
 

@@ -12,11 +12,11 @@ namespace tidwen {
 
 class HostServices;
 
-/// A Mac volume in a folder of this machine, and everything that stands behind its ports.
+/// A Mac volume in a folder of this machine, with the implementations of its ports.
 class VolumeMac {
   public:
-    /// `home`: whose leftovers, as the Mac writes the path; needed where the volume has several homes. What
-    /// is passed by reference outlives the result. The error says in words what cannot be used.
+    /// `home`: the user to work for, as a Mac path; required when the volume has several homes. What is
+    /// passed by reference must outlive the result. The error says what is unusable.
     static tl::expected<std::unique_ptr<VolumeMac>, Message> open(const std::filesystem::path& folder,
                                                                   const std::optional<std::string>& home,
                                                                   HostServices& host, const Texts& texts,
