@@ -16,7 +16,7 @@ constexpr int wrongUsage = 2;
 CLI::Option* declare(CLI::App& app, const OptionSyntax& syntax) {
     const std::string name(syntax.name);
     if (syntax.valueName.empty()) return app.add_flag(name);
-    // One value at a time, or an option would swallow the operands behind it.
+    // One value per option, so that it does not consume the operands after it.
     return app.add_option(name)
         ->type_name(std::string(syntax.valueName))
         ->expected(1)
@@ -24,7 +24,7 @@ CLI::Option* declare(CLI::App& app, const OptionSyntax& syntax) {
         ->allow_extra_args(false);
 }
 
-/// The values that were given for an option of `app`, empty for a flag; nothing when it was not given.
+/// The values given for an option of `app`, empty for a flag; nullopt if it was not given.
 std::optional<std::vector<std::string>> given(const CLI::App& app, const OptionSyntax& syntax) {
     const auto* option = app.get_option(std::string(syntax.name));
     if (option->count() == 0) return std::nullopt;
@@ -60,7 +60,7 @@ const OptionSyntax* findOption(const CommandSyntax* command, std::string_view na
     return option || !command ? option : findIn(command->options);
 }
 
-/// Makes the exits that end the parsing.
+/// Creates the early exits of parsing.
 class Exits {
   public:
     Exits(const std::vector<CommandSyntax>& commands, const Texts& texts)
@@ -111,8 +111,8 @@ std::optional<EarlyExit> wrongOperandCount(const CommandSyntax& syntax,
     return std::nullopt;
 }
 
-/// The refusal of a flag that was given a value, and of "--volume=", as a script writes it whose variable is
-/// empty, or "--volume ''". The parser takes "--yes=false" and "--yes=" for "--yes".
+/// Refuses a flag with a value, and an empty "--volume=" or "--volume ''", as from a script with an empty
+/// variable. The parser would accept "--yes=false" and "--yes=" as "--yes".
 std::optional<EarlyExit> wrongValue(const char* const* word, const char* const* end, const Exits& exits) {
     const CommandSyntax* command = nullptr;
     for (; word != end; ++word) {
@@ -134,12 +134,12 @@ std::optional<EarlyExit> wrongValue(const char* const* word, const char* const* 
         const bool isEmpty = hasValue ? text.size() == name.size() + 1 : isPlace && !isCutOff && !*word[1];
         if (isCutOff || isEmpty)
             return exits.wrong({"cli.usage.needsValue %@", {std::string(name)}}, command);
-        if (!hasValue) ++word; // its value, whatever it is
+        if (!hasValue) ++word; // its value, even if it looks like an option
     }
     return std::nullopt;
 }
 
-/// Why parsing ended early. `command` is the one that was named, if any.
+/// Why parsing ended early. `command`: the one given, if any.
 EarlyExit endOf(const CLI::ParseError& error, const CLI::App& app, const CommandSyntax* command,
                 const Exits& exits) {
     if (app.count("--version") > 0) return {0, "tidwen " TIDWEN_VERSION "\n"};
@@ -148,7 +148,7 @@ EarlyExit endOf(const CLI::ParseError& error, const CLI::App& app, const Command
     if (!command && !unexpected.empty() && !isOption(unexpected.front()))
         return exits.noCommand(unexpected.front());
     if (dynamic_cast<const CLI::CallForHelp*>(&error)) return exits.help(command);
-    // The parser takes a command's own option only behind it.
+    // The parser accepts a command's own option only after the command.
     if (command && !unexpected.empty() && findOption(command, unexpected.front()))
         return exits.wrong({"cli.usage.behindCommand %@", {unexpected.front()}}, command);
     if (!dynamic_cast<const CLI::ExtrasError*>(&error) || unexpected.empty())
@@ -179,7 +179,7 @@ std::vector<std::string_view> CommandSyntax::actionWords() const {
 
 namespace {
 
-/// "help" and "help COMMAND", as in most programs.
+/// "help" and "help COMMAND".
 std::optional<EarlyExit> helpFor(int count, const char* const* words, const Exits& exits) {
     if (count < 2 || std::string_view(words[1]) != "help") return std::nullopt;
     if (count > 3) return exits.wrong({"cli.usage.tooMany %@", {words[3]}}, nullptr);
@@ -205,7 +205,7 @@ tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* 
         if (option.name != "--help") declare(app, option);
     for (const auto& syntax : commands) {
         auto* command = app.add_subcommand(std::string(syntax.name));
-        // Too few or too many operands are told by us, so that those behind "--" count too.
+        // The number of operands is checked below, so that those after "--" count too.
         if (!syntax.operandName.empty()) command->add_option("operands", result.operands);
         for (const auto& option : syntax.options)
             declare(*command, option);
@@ -215,7 +215,7 @@ tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* 
         const auto named = app.get_subcommands();
         return named.empty() ? nullptr : find(commands, named.front()->get_name());
     };
-    // All behind "--" are operands; the parser itself would give them to the wrong command.
+    // Everything after "--" is an operand; the parser would assign them to the wrong command.
     const auto* const end = words + count;
     const auto* const mark = std::find_if(words, end, [](std::string_view word) { return word == "--"; });
     if (auto wrong = wrongValue(words + std::min(count, 1), mark, exits))

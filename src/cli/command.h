@@ -13,21 +13,21 @@ namespace tidwen {
 
 class Console;
 
-/// How the program ends.
+/// The exit status of the program.
 enum class ExitStatus {
     done = 0,
-    someFailed = 1, ///< the output says what
-    refused = 2,    ///< refused or wrong usage; nothing was touched
+    someFailed = 1, ///< the output says which
+    refused = 2,    ///< refused or wrong usage; nothing was changed
 };
 
-/// This machine's user and the program itself, for commands that need no Mac.
+/// This machine's user and the program itself, for commands that work without a Mac.
 struct Host {
     Defaults& defaults;
     Log& log;
     HttpsFetcher& fetcher;
     LoginItem& loginItem;
-    std::string feedKey;     ///< the maker's public key that was built in; may be empty
-    std::string feedAddress; ///< the feed that was built in; may be empty
+    std::string feedKey;     ///< the vendor's built-in public key; may be empty
+    std::string feedAddress; ///< the built-in feed; may be empty
 };
 
 struct CommandContext {
@@ -38,25 +38,25 @@ struct CommandContext {
     std::string text(std::string_view key, const std::vector<std::string>& fill = {}) const {
         return texts.text(key, fill);
     }
-    /// Says what went wrong.
+    /// Prints an error.
     void error(const Message& what) const;
     void report(const Problem& what) const;
-    /// Says why nothing is done, and which word may have been `meant`.
+    /// Prints why nothing is done, and the word that was probably `meant`.
     ExitStatus refuse(const Message& reason, const std::optional<std::string>& meant = {}) const;
-    /// The same for a call that the command cannot make sense of; says how to call it.
+    /// The same for wrong usage; adds how to call the command.
     ExitStatus misuse(const Message& reason, const std::optional<std::string>& meant = {}) const;
-    /// The same for the words of a command whose first one is an action: it is none, or cannot be called so.
+    /// The same for a command whose first operand is an action: it is unknown, or has the wrong operands.
     ExitStatus misuseOfAction(const std::string& action) const;
-    /// How to call this program with a command's words on the same Mac, ready to be pasted into a shell.
+    /// This program's command line for the same Mac with these words, quoted for a shell.
     std::string commandLine(const std::vector<std::string>& words) const;
 };
 
-/// One command: how it is called and what it does. A new one is a file in `commands` and a line in
+/// One command: its syntax and its function. A new command is a file in `commands` and a line in
 /// all_commands.cpp.
 struct Command {
     using Anywhere = ExitStatus (*)(const CommandContext&);
     using OnHost = ExitStatus (*)(const CommandContext&, Host&);
-    /// Needs no Mac, but uses the one that is named to resolve names on it.
+    /// Needs no Mac, but uses the given one to resolve names.
     using OnHostAndMac = ExitStatus (*)(const CommandContext&, Host&, Mac*);
     using OnMac = ExitStatus (*)(const CommandContext&, Mac&);
 
@@ -64,7 +64,7 @@ struct Command {
     std::variant<Anywhere, OnHost, OnHostAndMac, OnMac> run;
 };
 
-/// In the order in which help lists them.
+/// In the order of the help.
 std::vector<Command> allCommands();
 
 } // namespace tidwen

@@ -42,7 +42,7 @@ std::size_t widthOf(std::FILE* terminal) {
     return ::ioctl(fileno(terminal), TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col : usual;
 }
 
-/// A line that wraps could not be written over. Its end goes: the beginning says what is done.
+/// Cuts the end, because a wrapped line could not be overwritten.
 std::string fitted(const std::string& line, std::size_t width) {
     constexpr auto continues = [](char byte) { return (static_cast<unsigned char>(byte) & 0xc0) == 0x80; };
     for (std::size_t begin = 0; begin < line.size();) {
@@ -149,14 +149,14 @@ void Console::advise(std::string_view text) {
 void Console::putError(const std::string& line, std::string_view text, std::string_view key) {
     reported_.push_back({std::string(text), std::string(key)});
     endProgress();
-    std::fflush(output_); // so that the two streams keep their order where they meet
+    std::fflush(output_); // keeps the order of the two streams on one terminal
     put(errors_, line + "\n");
 }
 
 void Console::note(std::string_view text) {
     if (!showsNotes()) return;
     endProgress();
-    std::fflush(output_); // it comes after what it is about
+    std::fflush(output_); // keeps the message after the output it refers to
     put(errors_, fittedTo(errors_, printable(text)) + "\n");
 }
 

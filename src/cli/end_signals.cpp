@@ -10,7 +10,7 @@ namespace {
 
 constexpr char asked = 'a', done = 'd';
 
-volatile std::sig_atomic_t writeEnd = -1; // a signal handler can reach nothing else
+volatile std::sig_atomic_t writeEnd = -1; // the only way to reach it from a signal handler
 
 void tell(char what) {
     const int kept = errno;
@@ -25,7 +25,7 @@ void handle(int) {
 } // namespace
 
 EndSignals::EndSignals(Executor& main, std::function<void()> onAsked) {
-    if (::pipe(pipe_.data()) != 0) return; // then a signal ends the program at once
+    if (::pipe(pipe_.data()) != 0) return; // a signal then ends the program at once
     for (const int end : pipe_)
         (void)::fcntl(end, F_SETFD, FD_CLOEXEC);
     writeEnd = pipe_[1];

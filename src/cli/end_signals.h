@@ -9,8 +9,8 @@
 
 namespace tidwen {
 
-/// While it lives, the first Ctrl-C, hang-up or request to end is told through the main executor instead of
-/// ending the program; a second one ends it. One at a time.
+/// While it lives, the first SIGINT, SIGTERM or SIGHUP calls `asked` through the main executor instead of
+/// ending the program; a second one ends it. Only one instance at a time.
 class EndSignals {
   public:
     EndSignals(Executor& main, std::function<void()> asked);

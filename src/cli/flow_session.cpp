@@ -75,7 +75,7 @@ std::optional<OrphanScanResult> FlowSession::findOrphans() {
         });
         main_.runUntil([&] { return hasEnded; });
     }
-    main_.drain(); // a signal that came just when the sweep had ended
+    main_.drain(); // handles a signal received at the end of the sweep
     context_.console.endProgress();
     if (!stop.token().stopRequested()) return result;
     context_.console.error(context_.text("cli.remove.cancelled"));
@@ -91,7 +91,7 @@ void FlowSession::reportRefusals() {
         context_.console.advise(unprotectHint(target, context_));
 }
 
-/// False when there was nothing to scan, or the scan was called off.
+/// False if there was nothing to scan, or the scan was cancelled.
 bool FlowSession::awaitScan() {
     const auto hasEnded = [this] { return !std::holds_alternative<stage::Scanning>(model_.stage()); };
     if (hasEnded()) return false;
@@ -103,7 +103,7 @@ bool FlowSession::awaitScan() {
         });
         main_.runUntil(hasEnded);
     }
-    main_.drain(); // a signal that came just when the scan had ended
+    main_.drain(); // handles a signal received at the end of the scan
     context_.console.endProgress();
     if (!isCalledOff) return true;
     context_.console.error(context_.text("cli.remove.cancelled"));
@@ -121,7 +121,7 @@ bool FlowSession::remove() {
     return std::holds_alternative<stage::Report>(model_.stage());
 }
 
-/// Until the report, or a question. At a question a signal ends the program at once: nothing has begun.
+/// Runs until the report or a question. At a question a signal ends the program at once: nothing has begun.
 void FlowSession::awaitRemoval() {
     const auto hasNews = [this] {
         return model_.pendingQuitPrompt() || !std::holds_alternative<stage::Removing>(model_.stage());
@@ -130,17 +130,17 @@ void FlowSession::awaitRemoval() {
         const EndSignals signals(main_, [this] { stopRemoval(); });
         main_.runUntil(hasNews);
     }
-    main_.drain(); // a signal that came just then
+    main_.drain(); // handles a signal received at the end
 }
 
 void FlowSession::stopRemoval() {
-    if (!std::holds_alternative<stage::Removing>(model_.stage())) return; // it came too late
+    if (!std::holds_alternative<stage::Removing>(model_.stage())) return; // already complete
     context_.console.error(context_.text("cli.stopping"));
     model_.stop();
 }
 
 void FlowSession::answer(const QuitPrompt& prompt) {
-    // An answer given beforehand covers what was shown, not an application that loses data by it.
+    // "--yes" confirms what was shown, not the loss of data in a running application.
     const bool goOn = !context_.arguments.yes && context_.console.canAsk()
                       && context_.console.ask(context_.text("cli.quit.question %@", {prompt.appName}),
                                               {"y", "yes", context_.text("cli.answer.yes")});

@@ -8,17 +8,17 @@
 /// The texts of `--help`.
 namespace tidwen::help {
 
-/// The options that every command understands, before it or after it.
+/// The options of every command, allowed before and after it.
 const std::vector<OptionSyntax>& globalOptions();
 
 std::string program(const std::vector<CommandSyntax>& commands, const Texts& texts);
 std::string command(const CommandSyntax& syntax, const Texts& texts);
 
-/// What stands behind a command that has no actions: "APP...", "[RUN]", nothing.
+/// The operands of a command without actions: "APP...", "[RUN]", "".
 std::string operands(const CommandSyntax& syntax);
 
-/// What follows every message about wrong usage: how to call the command, or without one the program, and
-/// where to read more.
+/// Appended to every message about wrong usage: the syntax of the command, or of the program, and where to
+/// read more.
 std::string usage(const CommandSyntax* syntax, const Texts& texts);
 
 } // namespace tidwen::help

@@ -21,7 +21,7 @@ void printUnreadable(const std::vector<Path>& places, const CommandContext& cont
         context.console.line("  " + place.string());
 }
 
-/// An account sees little of the homes of others, so a few names stand for many.
+/// Most of other users' homes is inaccessible, so only a few names are printed.
 void printOwners(const BundleCoverage& owners, const CommandContext& context) {
     constexpr std::size_t mostShown = 5;
     std::vector<Path> places = owners.absent;

@@ -9,21 +9,22 @@
 
 namespace tidwen {
 
-/// What a search could not look at, in lines; none when it looked at everything. Skipped names are shown with
-/// replacement characters.
+/// Prints what a search could not read; nothing if it was complete. Skipped names are shown with replacement
+/// characters.
 void printIncomplete(std::uint64_t leftOut, const std::vector<Path>& skippedNames,
                      const CommandContext& context);
 
-/// Folders and records that could not be read; nothing when all could.
+/// Prints folders and records that could not be read; nothing without any.
 void printUnreadable(const std::vector<Path>& places, const CommandContext& context);
 
-/// Where the applications may lie whose claims are not known; nothing when all are.
+/// Prints where applications may be whose claims are unknown; nothing if all are known.
 void printOwners(const BundleCoverage& owners, const CommandContext& context);
 
-/// What of the application was no help in the search, its name or its identifier; nothing when both were.
+/// Prints which of the application's name and identifier could not be used for searching; nothing if both
+/// could.
 void printUnsearchable(const ScanResult& result, const CommandContext& context);
 
-/// What the search before a removal could not look at.
+/// Prints what the search before a removal could not read.
 void printUnseen(const Unseen& unseen, const CommandContext& context);
 
 } // namespace tidwen

@@ -41,7 +41,7 @@ std::vector<Path> ApplicationFinder::withName(const std::string& wanted) const {
 std::vector<std::string> ApplicationFinder::similarNames(const std::string& wanted) const {
     constexpr std::size_t enough = 5;
     std::vector<std::string> names;
-    // A dot or a letter is in every name.
+    // A single character matches nearly every name.
     if (wanted.size() < 2) return names;
     for (const auto& app : installed_) {
         const auto name = app.url.stem();
@@ -62,7 +62,7 @@ bool ApplicationFinder::leadsNowhere(const Path& path) const {
     return itself && itself->kind == FileKind::symbolicLink && !files_.infoFollowingLinks(path);
 }
 
-/// A link among the applications is no installed application, but what people see there.
+/// A link in /Applications is not an installed application, but appears as one.
 std::optional<Path> ApplicationFinder::linkCalled(const std::string& wanted) const {
     const Path folder("/Applications");
     const auto entries = files_.list(folder);

@@ -16,26 +16,26 @@
 
 namespace tidwen {
 
-/// What a word that names an application stands for in the user's settings.
+/// The application a word means, as identified in the user's settings.
 struct NamedIdentifier {
     std::string bundleID;
     bool isInstalled = false;
 };
 
-/// Finds the application that a word on the command line means: an absolute Mac path of a bundle, the
-/// identifier, name or bundle file name of an installed application (letter case ignored, ".app" may be left
-/// out), or a path of this machine that leads to one on the volume.
+/// Finds the application that a word on the command line means: an absolute Mac path of a bundle; the
+/// identifier, name or bundle file name of an installed application (ignoring case, ".app" optional); or a
+/// path of this machine to one on the volume.
 class ApplicationFinder {
   public:
     ApplicationFinder(const FileSystem& files, const std::vector<InstalledIdentity>& installed,
                       HostPaths hostPaths)
         : files_(files), installed_(installed), hostPaths_(std::move(hostPaths)) {}
 
-    /// The reason names the candidates when the word means several, and close ones when it means none.
+    /// The error lists the candidates if the word is ambiguous, and similar names if it matches none.
     tl::expected<Path, Message> find(const std::string& word) const;
 
-    /// The identifier by which the user's decisions about that application are kept, as its bundle spells it.
-    /// An identifier that nothing installed has is taken as it stands: its application may come later.
+    /// The identifier for settings about that application, as its bundle spells it. An identifier of no
+    /// installed application is accepted unchanged: the application may be installed later.
     tl::expected<NamedIdentifier, Message> findIdentifier(const std::string& word) const;
 
   private:
@@ -51,10 +51,10 @@ class ApplicationFinder {
     HostPaths hostPaths_;
 };
 
-/// How to take the protection off an application.
+/// How to remove an application's protection.
 std::string unprotectHint(const AppTarget& target, const CommandContext& context);
 
-/// Bundles that words on the command line mean, and a line for each word that means none.
+/// Bundles that words on the command line mean, and a problem for each word that matches none.
 struct NamedBundles {
     std::vector<Path> bundles;
     std::vector<Problem> failures;
@@ -62,7 +62,7 @@ struct NamedBundles {
 
 NamedBundles findBundles(const std::vector<std::string>& words, const ApplicationFinder& finder);
 
-/// The applications that words mean, loaded; the failures of both steps in one list.
+/// Finds and loads the applications that words mean; the failures of both steps in one list.
 TargetIntake loadTargets(const std::vector<std::string>& words, const ApplicationFinder& finder,
                          const AppTargetLoader& loader, const ProtectedApps& protectedApps);
 

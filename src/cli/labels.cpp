@@ -64,7 +64,7 @@ std::string progress(const std::string& work, const StepProgress& step, const Te
                            {work, std::to_string(step.step), std::to_string(step.total)});
     const auto key = "cli.step." + step.kind;
     const auto verb = texts.text(key);
-    std::string what = verb == key ? "" : verb; // a search is told by its place alone
+    std::string what = verb == key ? "" : verb; // steps of a search have no verb
     if (!step.item.empty()) what += (what.empty() ? "" : " ") + step.item;
     if (!what.empty()) line += ": " + what;
     if (step.copiedBytes > 0)

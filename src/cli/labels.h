@@ -13,34 +13,34 @@
 #include <string>
 #include <vector>
 
-/// What records are called in front of people.
+/// Names of records for people.
 namespace tidwen::labels {
 
 std::string category(TraceCategory category, const Texts& texts);
 StyledText risk(TraceRisk risk, const Texts& texts);
 std::string reason(const MatchReason& reason, const Texts& texts);
-/// "3.9 MB", "over 3.9 MB"; empty when the size is not known.
+/// "3.9 MB", "over 3.9 MB"; empty if the size is unknown.
 std::string size(std::optional<std::int64_t> bytes, bool isPartial, const Texts& texts);
 template<class Record>
 std::string size(const Record& record, const Texts& texts) {
     return size(record.sizeBytes, record.isSizePartial, texts);
 }
-/// What is special about taking the trace: needs an administrator, is claimed by others, cannot be undone.
+/// Special properties of removing the trace: needs an administrator, is claimed by others, cannot be undone.
 std::vector<std::string> badges(const Trace& trace, const Texts& texts);
-/// "Removing Kip… 3 of 12: move /Users/…": work, the step at hand, and how much of it is copied.
+/// "Removing Kip… 3 of 12: move /Users/…": the work, the current step and how much of it is copied.
 std::string progress(const std::string& work, const StepProgress& step, const Texts& texts);
-/// "move", "unload job": what a step does.
+/// "move", "unload job": the kind of step.
 std::string verb(const RemovalOperation::Kind& kind, const Texts& texts);
-/// What the step is done to; empty when the verb says it all.
+/// What the step acts on; empty when the verb is sufficient.
 std::string subject(const RemovalOperation& step);
 /// "Marlin Notes, Kip".
 std::string names(const std::vector<AppRecord>& apps);
 
-/// "12 items, 3.4 MB"; "1 item" where nothing was measured.
+/// "12 items, 3.4 MB"; "1 item" without known sizes.
 std::string countAndSize(std::size_t count, const ByteSum& sum, const Texts& texts);
 std::string countAndSize(const std::vector<Trace>& traces, const Texts& texts);
 
-/// Of the records' known sizes.
+/// The sum of the records' known sizes.
 template<class Records>
 ByteSum total(const Records& records) {
     ByteSum sum;

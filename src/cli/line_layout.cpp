@@ -8,14 +8,14 @@ namespace tidwen {
 
 namespace {
 
-/// What is not broken, and the blanks that separate it from what is before it on a line.
+/// An unbreakable piece, and the spaces before it within a line.
 struct Piece {
     std::size_t blanks = 0;
     std::string text;
     Style style = Style::plain;
 };
 
-/// Adds the words of a span, or all of it when it is a path. Gives the blanks at its end.
+/// Adds the words of a span, or a path as one piece. Returns the number of trailing spaces.
 std::size_t addPieces(const StyledText& span, std::size_t blanks, std::vector<Piece>& pieces) {
     const auto text = printable(span.text);
     for (std::size_t at = 0; at < text.size();) {
@@ -26,7 +26,7 @@ std::size_t addPieces(const StyledText& span, std::size_t blanks, std::vector<Pi
         const auto end =
             isPath ? text.find_last_not_of(' ') + 1 : std::min(text.find(' ', begin), text.size());
         const auto word = text.substr(begin, end - begin);
-        // What follows without a blank belongs to the same word.
+        // Without a space between them both are parts of one word.
         if (blanks == 0 && !pieces.empty() && pieces.back().style == span.style)
             pieces.back().text += word;
         else
@@ -37,7 +37,7 @@ std::size_t addPieces(const StyledText& span, std::size_t blanks, std::vector<Pi
     return blanks;
 }
 
-/// Where code points begin.
+/// The offsets of the code points.
 std::vector<std::size_t> starts(const std::string& text) {
     std::vector<std::size_t> result;
     for (std::size_t i = 0; i < text.size(); ++i)
@@ -52,11 +52,11 @@ std::string cutInMiddle(const std::string& text, std::size_t columns) {
     auto shown = printable(text);
     if (displayWidth(shown) <= columns) return shown;
     const auto at = starts(shown);
-    std::size_t head = 0, tail = at.size() - 1; // of code points, that stay
+    std::size_t head = 0, tail = at.size() - 1; // of code points that are kept
     const auto joined = [&](std::size_t h, std::size_t t) {
         return shown.substr(0, at[h]) + "…" + shown.substr(at[t]);
     };
-    // The end tells more of a path than its beginning, so it is first to grow.
+    // The end of a path says more than its beginning, so it gets the first code point.
     for (bool isTail = true; head < tail; isTail = !isTail) {
         const auto h = head + (isTail ? 0 : 1), t = tail - (isTail ? 1 : 0);
         if (displayWidth(joined(h, t)) > columns) break;
@@ -68,7 +68,7 @@ std::string cutInMiddle(const std::string& text, std::size_t columns) {
 
 namespace {
 
-/// A line of words that is filled as far as it goes.
+/// Fills lines with words.
 class WrappedLine {
   public:
     explicit WrappedLine(std::size_t columns) : columns_(columns), indentation_(columns / 10) {}

@@ -6,21 +6,21 @@
 #include <string>
 #include <vector>
 
-/// How lines fit into the columns of a terminal.
+/// Wraps lines to the columns of a terminal.
 namespace tidwen {
 
-/// The narrowest terminal that is laid out for.
+/// The narrowest supported terminal.
 inline constexpr std::size_t leastColumns = 20;
 
-/// The text as a terminal shows it, with "…" in place of its middle where it takes more than `columns`.
+/// The printable form of the text, with "…" replacing its middle if it exceeds `columns`.
 std::string cutInMiddle(const std::string& text, std::size_t columns);
 
-/// Each line of a text in as many as it needs, broken between words and, where one takes more than a line,
-/// within it: nothing is left out. What follows is indented.
+/// Wraps each line of a text between words, or within a word longer than a line; nothing is omitted.
+/// Continuation lines are indented.
 std::string wrappedText(const std::string& text, std::size_t columns);
 
-/// The line in as many as it needs, broken between words and spans, what follows indented below the first. A
-/// span that is a path stays whole; what takes more than a line by itself is cut in the middle.
+/// Wraps a line between words and spans; continuation lines are indented below the first. A span that is a
+/// path is not broken; a piece longer than a line is cut in the middle.
 std::vector<std::vector<StyledText>> wrapped(const std::vector<StyledText>& line, std::size_t columns);
 
 } // namespace tidwen

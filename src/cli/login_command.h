@@ -7,8 +7,8 @@
 
 namespace tidwen {
 
-/// What a login starts so that the Trash of the volume and user named here is watched; every path of this
-/// machine absolute.
+/// The command started at login to watch the Trash of the volume and user in `arguments`; all paths of this
+/// machine are absolute.
 std::vector<std::string> loginCommand(const Arguments& arguments);
 
 } // namespace tidwen

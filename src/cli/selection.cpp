@@ -22,17 +22,17 @@ std::vector<std::string> splitAtCommas(const std::string& text) {
     return parts;
 }
 
-/// Traces that the user named, found by one selector after the other.
+/// The traces selected by a sequence of selectors.
 class NamedTraces {
   public:
     NamedTraces(const std::vector<FoundGroup>& groups, RemovalMode mode, const HostPaths& hostPaths,
                 const std::string& listing)
         : groups_(groups), mode_(mode), hostPaths_(hostPaths), listing_(listing) {}
 
-    /// Gives why a selector is refused.
+    /// Returns why a selector is refused.
     std::optional<Message> add(const std::string& selector) {
         auto whole = resolve(selector);
-        // A path may hold commas; only what names nothing as a whole is a list.
+        // A path may contain commas, so a selector is split only if it matches nothing as a whole.
         const auto parts = splitAtCommas(selector);
         if (whole || parts.size() == 1) return take(std::move(whole));
         for (const auto& part : parts)
@@ -46,7 +46,7 @@ class NamedTraces {
     using Traces = std::vector<const Trace*>;
     struct Meant {
         Traces traces;
-        bool isOneItem = false; ///< not an application with all that is taken of it
+        bool isOneItem = false; ///< rather than an application with its defaults
     };
 
     tl::expected<Meant, Message> resolve(const std::string& selector) const {
@@ -74,7 +74,7 @@ class NamedTraces {
         return found;
     }
 
-    /// Two targets that share an item have a trace of it each.
+    /// Two targets that share an item each have a trace of it.
     static std::set<std::string> placesOf(const Traces& traces) {
         std::set<std::string> places;
         for (const auto* trace : traces) {
@@ -119,7 +119,7 @@ class NamedTraces {
         return std::ranges::any_of(groups_, [&](const auto& each) { return isCalled(each.target, name); });
     }
 
-    /// What `remove` would take of it without further choice.
+    /// The default selection of `remove`.
     Traces ofApplication(const std::string& name) const {
         return where([&](const FoundGroup& group, const Trace& trace) {
             return isCalled(group.target, name) && takenByDefault(trace) && isEligible(trace, mode_);
@@ -132,7 +132,7 @@ class NamedTraces {
             [&](const FoundGroup&, const Trace& trace) { return fileNameKey(trace.displayName) == key; });
     }
 
-    /// By the last components of the path.
+    /// Matches the last components of the path.
     Traces endingIn(const std::string& name) const {
         const auto wanted = Path("/" + name).standardized().components();
         if (wanted.size() < 2 || name.starts_with('/')) return {};

@@ -15,31 +15,29 @@
 
 namespace tidwen {
 
-/// Which of the found traces are to be taken, as options name them.
+/// The selection options.
 struct SelectionRequest {
     std::vector<std::string> selectors = {};    ///< of single traces or of an application
-    std::optional<std::set<TraceRisk>> tiers{}; ///< the items of these tiers that nobody contests
-    std::string listing = "scan";               ///< the command that prints what can be named
+    std::optional<std::set<TraceRisk>> tiers{}; ///< their uncontested items
+    std::string listing = "scan";               ///< the command that lists what can be selected
 
     bool isEmpty() const { return selectors.empty() && !tiers; }
 };
 
-/// "safe,review" → the tiers, also by the titles that are printed, in any letter case; the reason names the
-/// word that is none.
+/// Parses "safe,review", also by the printed titles, ignoring case; the error names the invalid word.
 tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::string>& words,
                                                       const Texts& texts);
 
 struct Selection {
     std::vector<Uuid> ids;
-    std::vector<Uuid> named = {}; ///< of these, the items that were named one by one
+    std::vector<Uuid> named = {}; ///< those of `ids` that were selected individually
 };
 
-/// What a request that is not empty names. A selector is a trace's path or identifier, the application's or
-/// group's name or identifier (which stands for what is taken of it by default), a trace's display name, or
-/// the end of the path of one single item; the first of these that fits counts. Names are compared as a Mac's
-/// disk compares them, unless one fits exactly. A selector is refused when it names nothing that was found,
-/// several items, or something that cannot be taken in this mode; several of them at once may be joined by
-/// commas.
+/// Resolves a non-empty request. A selector is the first of these that matches: a trace's path or identifier,
+/// the application's or group's name or identifier (which selects its defaults), a trace's display name, or
+/// the end of the path of exactly one item. Names are compared exactly, else as a Mac's file systems do. A
+/// selector that matches nothing, several items, or something that cannot be removed in this mode is refused.
+/// Selectors may be joined by commas.
 tl::expected<Selection, Message> chooseTraces(const std::vector<FoundGroup>& found,
                                               const SelectionRequest& request, RemovalMode mode,
                                               const HostPaths& hostPaths);

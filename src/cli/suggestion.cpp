@@ -9,7 +9,7 @@ namespace tidwen {
 
 namespace {
 
-/// Letters to leave out, add, exchange or swap with the next one until `a` is `b`.
+/// The edit distance: omissions, insertions, replacements and swaps of neighbors.
 std::size_t distance(const std::string& a, const std::string& b) {
     std::vector<std::size_t> before, last, row(b.size() + 1);
     for (std::size_t j = 0; j <= b.size(); ++j)
@@ -29,11 +29,11 @@ std::size_t distance(const std::string& a, const std::string& b) {
 } // namespace
 
 std::optional<std::string> closest(const std::string& word, const std::vector<std::string>& known) {
-    constexpr std::size_t longestWord = 64; // nobody mistypes more
+    constexpr std::size_t longestWord = 64; // longer words are no typing errors
     if (word.size() > longestWord) return std::nullopt;
     const auto wanted = lowercased(word);
     std::optional<std::string> best;
-    std::size_t least = wanted.size() < 5 ? 2 : 3; // differences that are too many
+    std::size_t least = wanted.size() < 5 ? 2 : 3; // one more than the allowed differences
     for (const auto& each : known) {
         const auto difference = each.size() > longestWord ? least : distance(wanted, lowercased(each));
         if (difference >= least) continue;

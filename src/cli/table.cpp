@@ -37,7 +37,8 @@ void Table::print(Console& console, std::size_t indentation) const {
 
 void Table::printInTwo(Console& console, std::size_t indentation, std::size_t columns) const {
     const auto all = widths();
-    // The columns of the first line, each at most half of it wide, so that one long name widens no other row.
+    // The columns of the first line, each at most half its width, so that one long name does not widen all
+    // rows.
     std::size_t count = 0, used = indentation;
     while (count < all.size() && used + std::min(all[count], columns / 2) <= columns)
         used += std::min(all[count++], columns / 2) + 2;

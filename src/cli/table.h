@@ -7,23 +7,23 @@
 
 namespace tidwen {
 
-/// Rows whose columns stand below one another. Width is what a terminal shows: wide letters count two.
+/// Rows with aligned columns. Width is that of the terminal: wide characters count two.
 class Table {
   public:
     enum class Align { left, right };
 
-    /// One entry per column; cells beyond them are aligned left.
+    /// One entry per column; further cells are aligned left.
     explicit Table(std::vector<Align> columns = {}) : columns_(std::move(columns)) {}
 
     void add(std::vector<StyledText> cells) { rows_.push_back(std::move(cells)); }
     bool empty() const { return rows_.empty(); }
 
-    /// The rows, columns two blanks apart, each line begun with `indentation` blanks. A column that is empty
-    /// in every row takes no room.
+    /// The formatted rows: columns two spaces apart, each line indented by `indentation` spaces. Empty
+    /// columns are omitted.
     std::vector<std::vector<StyledText>> lines(std::size_t indentation = 0) const;
 
-    /// The lines as they are, or on a terminal that they do not fit on two for each row: the columns that
-    /// fit, long cells cut in the middle, and below them the rest.
+    /// Prints the lines. On a narrower terminal a row takes two lines: the columns that fit, long cells cut
+    /// in the middle, and below them the rest.
     void print(Console& console, std::size_t indentation = 0) const;
 
   private:

@@ -18,7 +18,7 @@ namespace tidwen {
 
 namespace {
 
-/// One run of one command: puts together what it needs, and nothing more.
+/// Runs one command and creates only what it needs.
 class CommandRun {
   public:
     CommandRun(const CommandContext& context, const TerminalBuild& build, Log& log)
@@ -50,7 +50,7 @@ class CommandRun {
         return run(host);
     }
 
-    /// The volume that is named, else the Mac that the program runs on.
+    /// Opens the given volume, else the running Mac.
     template<class Run>
     ExitStatus onMacOf(HostServices& services, const Run& run) {
         const auto& arguments = context_.arguments;
@@ -69,14 +69,14 @@ class CommandRun {
     Log& log_;
 };
 
-/// A crash of an earlier run is told of once, at the next start.
+/// A crash is reported once, at the next start.
 void tellOfCrash(const CommandContext& context, Log& log) {
     CrashReports reports(CrashReports::defaultFolder(), context.text("crash.introduction"), log);
     if (const auto report = reports.collect())
         context.console.error(context.text("crash.report %@", {report->string()}));
 }
 
-/// Who reads documents gets one of a command that printed none because it was refused or failed.
+/// With --json, a command that was refused or failed without a document prints one that says why.
 void documentFailure(const CommandContext& context) {
     auto& console = context.console;
     const auto& errors = console.errors();
@@ -100,7 +100,7 @@ ExitStatus runCommand(const Command& command, const Arguments& arguments, const 
     return status == ExitStatus::done && !printed ? ExitStatus::someFailed : status;
 }
 
-/// Prints why nothing is begun, or what was asked for in its place.
+/// Prints the reason, or the requested help.
 int end(const EarlyExit& exit, int count, char** words, const Texts& texts) {
     std::FILE* const file = exit.status == 0 ? stdout : stderr;
     std::fputs(exit.status == 0 ? exit.text.c_str() : fittedTo(file, exit.text).c_str(), file);
@@ -116,12 +116,12 @@ int end(const EarlyExit& exit, int count, char** words, const Texts& texts) {
 } // namespace
 
 int runTerminal(int count, char** words, const TerminalBuild& build) {
-    // A reader that goes away must not end a removal half-way.
+    // A closed pipe must not end a removal halfway.
     std::signal(SIGPIPE, SIG_IGN);
     crashRecorder::install(CrashReports::defaultFolder(), programVersion());
     const auto resources = findResources(count > 0 ? words[0] : "tidwen");
     const auto texts = Texts::load(resources, preferredLanguage(resources));
-    // Nobody could read what is asked or told, so nothing is begun.
+    // Without texts no message is readable, so nothing is begun.
     if (texts.keys().empty()) {
         std::fputs("tidwen: The texts were not found, so nothing was done. TIDWEN_RESOURCES may name their "
                    "folder.\n",

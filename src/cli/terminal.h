@@ -11,18 +11,18 @@
 
 namespace tidwen {
 
-/// What one build of the program brings to its terminal.
+/// What a build of the program provides to its terminal.
 struct TerminalBuild {
     using OpenRunningMac =
         std::function<tl::expected<std::unique_ptr<RunningMac>, Message>(HostServices&, const Texts&, Log&)>;
 
-    std::string feedKey;     ///< the maker's public key of the update feed; may be empty
-    std::string feedAddress; ///< the feed, unless the user sets another; may be empty
-    /// Where no volume is named. Empty on a machine that is no Mac: there a volume is needed.
+    std::string feedKey;     ///< the vendor's public key for the update feed; may be empty
+    std::string feedAddress; ///< the default feed address; may be empty
+    /// Used without a volume. Empty on a machine that is not a Mac, where a volume is required.
     OpenRunningMac openRunningMac = {};
 };
 
-/// The program as a terminal calls it, with the words of its command line; gives its exit status.
+/// Runs the program with the words of its command line; returns its exit status.
 int runTerminal(int count, char** words, const TerminalBuild& build);
 
 } // namespace tidwen

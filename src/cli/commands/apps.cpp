@@ -12,7 +12,7 @@ namespace tidwen {
 
 namespace {
 
-/// The raw value given for `option`, refused unless it is one of those that the setting `name` can have.
+/// The value given for `option`, refused unless it is valid for the setting `name`.
 tl::expected<std::string, Message> choice(const Arguments& arguments, std::string_view option,
                                           std::string_view name, std::string fallback) {
     const auto given = arguments.values(option);
@@ -43,20 +43,20 @@ tl::expected<HomeGridOptions, Message> readOptions(const CommandContext& context
                             .showsBackgroundAgents = !arguments.has("--no-agents"),
                             .onlyUnused = arguments.has("--unused"),
                             .onlyProtected = arguments.has("--protected")};
-    // An application stands under each of its tags; a document lists it once.
+    // An application appears under each of its tags, but only once in a document.
     if (arguments.json) options.grouping = HomeGrouping::none;
     if (const auto texts = arguments.values("--filter"); !texts.empty()) options.query = texts.back();
     if (const auto tags = arguments.values("--tag"); !tags.empty()) options.tag = tags.back();
     return options;
 }
 
-/// What is shown depends on what the user decided.
+/// Whether the output depends on the user's settings.
 bool dependsOnSettings(const HomeGridOptions& options) {
     return options.onlyProtected || options.onlyUnused || options.tag
            || options.grouping != HomeGrouping::none;
 }
 
-/// The applications in their order, each once.
+/// The applications in order, without duplicates.
 std::vector<const InstalledApp*> listed(const std::vector<HomeGroup>& groups) {
     std::vector<const InstalledApp*> apps;
     for (const auto& group : groups)
@@ -65,14 +65,14 @@ std::vector<const InstalledApp*> listed(const std::vector<HomeGroup>& groups) {
     return apps;
 }
 
-/// The day, or that it runs now; empty when nothing tells.
+/// The day, or that it is running; empty if unknown.
 std::string lastUsed(const InstalledApp& app, const CommandContext& context) {
     if (app.usage && app.usage->isRunning) return context.text("cli.apps.running");
     if (!app.usage || !app.usage->evidence.date) return {};
     return displayDate(*app.usage->evidence.date).substr(0, std::string_view("2026-11-14").size());
 }
 
-/// What the user decided about it.
+/// Its tags and protection.
 std::string decisions(const InstalledApp& app, const AppTags& tags, const ProtectedApps& protectedApps,
                       const CommandContext& context) {
     auto words = tags.tags(app.bundleID);

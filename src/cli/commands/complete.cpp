@@ -13,8 +13,7 @@ namespace tidwen {
 
 namespace {
 
-/// Words that may stand in one place of a command line, one a line, with a tab and what they mean behind
-/// them.
+/// Prints completions for one place of a command line: one word per line, followed by a tab and its meaning.
 class Words {
   public:
     explicit Words(const CommandContext& context) : context_(context) {}
@@ -42,7 +41,7 @@ class Words {
                 labels::names(entries[i].manifest.apps) + ", " + displayDate(entries[i].manifest.createdAt));
     }
 
-    /// What the setting may be.
+    /// The values of a setting.
     void values(const std::string& setting, Defaults& defaults) const {
         const AppPreferences preferences(
             defaults, availableLanguages(findResources(context_.arguments.program.c_str())));

@@ -11,8 +11,8 @@ namespace tidwen {
 
 namespace {
 
-// Made from the table that also parses the command line, so that they know every command of this program.
-// What only the disk or the settings know, the scripts ask `complete` for.
+// Generated from the command table, so that they are complete. For words that depend on the disk or the
+// settings the scripts call `complete`.
 
 std::vector<CommandSyntax> commandTable() {
     std::vector<CommandSyntax> table;
@@ -41,7 +41,7 @@ std::string shellQuoted(std::string_view text) {
     return adminBatch::quoted(std::string(text));
 }
 
-/// "name|size" → "name size"; empty when any value may stand there.
+/// "name|size" → "name size"; empty if any value is allowed.
 std::string fixedValues(std::string_view form) {
     std::string values(form);
     if (values.find('|') == std::string::npos) return {};
@@ -50,7 +50,7 @@ std::string fixedValues(std::string_view form) {
     return values;
 }
 
-/// What may stand in the places of a form: "add APP TAG" → "APP TAG", "[RUN...]" → "RUN...".
+/// The operand names in a form: "add APP TAG" → "APP TAG", "[RUN...]" → "RUN...".
 std::string placesOf(std::string_view form) {
     std::string places;
     for (const char letter : form)
@@ -63,7 +63,7 @@ std::string placesOfAction(std::string_view form) {
     return end == form.npos ? std::string() : placesOf(form.substr(end + 1));
 }
 
-/// Options that take a value, each once.
+/// Options that take a value, without duplicates.
 std::vector<OptionSyntax> optionsWithValue(const std::vector<CommandSyntax>& commands) {
     std::vector<OptionSyntax> result;
     const auto add = [&](const std::vector<OptionSyntax>& options) {
@@ -78,7 +78,7 @@ std::vector<OptionSyntax> optionsWithValue(const std::vector<CommandSyntax>& com
     return result;
 }
 
-/// The branches that give the places behind a command, or behind the action of one.
+/// The cases for the operands of a command or of one of its actions.
 std::string placeCases(const std::vector<CommandSyntax>& commands) {
     std::string text;
     for (const auto& command : commands) {
@@ -92,7 +92,7 @@ std::string placeCases(const std::vector<CommandSyntax>& commands) {
     return text;
 }
 
-/// The branches that give the place of the option before the cursor: a fixed list counts as one.
+/// The cases for the value of the option before the cursor; a fixed list counts as one place.
 std::string optionCases(const std::vector<CommandSyntax>& commands) {
     std::string text;
     for (const auto& option : optionsWithValue(commands))
@@ -234,7 +234,7 @@ if [[ $funcstack[1] == _tidwen ]]; then _tidwen "$@"; else compdef _tidwen tidwe
         placeCases(commands));
 }
 
-/// What fish offers in places of these kinds, as the argument of its "-a"; empty: nothing but files.
+/// The argument of fish's "-a" for places of these kinds; empty: only files.
 std::string fishOffer(const std::string& places) {
     std::string offer;
     std::istringstream words(places);

@@ -28,7 +28,7 @@ tl::expected<SelectionRequest, Message> readRequest(const CommandContext& contex
     return request;
 }
 
-/// Chooses in the model what the request names; gives why it is refused.
+/// Selects in the model what the request names; returns why it is refused.
 std::optional<Message> choose(RemovalFlowModel& model, const SelectionRequest& request, Chosen chosen,
                               RemovalMode mode, const HostPaths& hostPaths) {
     model.setMode(mode);
@@ -42,7 +42,7 @@ std::optional<Message> choose(RemovalFlowModel& model, const SelectionRequest& r
     return std::nullopt;
 }
 
-/// Takes out of what is chosen what the user does not see.
+/// Deselects what the filter hides.
 void narrow(RemovalFlowModel& model, const LeftoverFilter& filter) {
     if (!filter.isActive()) return;
     std::vector<Uuid> hidden;
@@ -52,7 +52,7 @@ void narrow(RemovalFlowModel& model, const LeftoverFilter& filter) {
     model.setSelected(hidden, false);
 }
 
-/// The plan that would run now.
+/// The plan that would be executed now.
 struct Preview {
     QuarantineLayout layout;
     std::vector<RemovalOperation> plan;
@@ -77,20 +77,21 @@ ExitStatus refuse(const RemovalRefusal& refusal, const CommandContext& context) 
     return status;
 }
 
-/// On standard error: with --json, too, and whatever was chosen.
+/// Prints on standard error, also with --json and for any selection.
 void reportSkipped(const std::vector<Path>& names, const CommandContext& context) {
     for (const auto& path : names)
         context.error({"cli.remove.skippedName %@", {path.string()}});
 }
 
-/// Prints on standard error what belongs beside a document.
+/// Prints messages beside a document on standard error.
 template<class Print>
 void besideDocument(const CommandContext& context, const Print& print) {
     Console errors = context.console.onErrors();
     print(CommandContext{context.arguments, context.texts, errors});
 }
 
-/// What nobody can look for again once the application is gone.
+/// Reports names and identifiers that could not be searched for; after the removal no search can make up for
+/// it.
 void printUnsearchable(const RemovalChoice& choice, const CommandContext& context) {
     for (const auto& result : choice.findings().scanned())
         printUnsearchable(result, context);
@@ -123,7 +124,7 @@ bool confirmed(const CommandContext& context, const Mac& mac, const RemovalChoic
     return agreed(context, context.text("cli.question %@", {words.title}), "cli.remove.needsYes");
 }
 
-/// `begun`: what was to be removed.
+/// `begun`: the selection before the run.
 void show(const stage::Report& shown, const RemovalChoice& begun, const CommandContext& context,
           const Mac& mac) {
     const auto& [report, subject] = shown;
@@ -177,7 +178,7 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
         reportSkipped(skipped, context);
     }
     if (refusal) return refuse(*refusal, context);
-    // Who names each item asks for nothing else.
+    // Naming each item means that no other items are expected.
     const bool namesItems = !request->selectors.empty();
     if (isDryRun)
         return choice.findings().unseen().isNothing() && (skipped.empty() || namesItems)

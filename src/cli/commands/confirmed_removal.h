@@ -8,30 +8,30 @@
 
 namespace tidwen {
 
-/// What is taken when no option chooses.
+/// What is removed when no option selects.
 enum class Chosen {
-    byDefault, ///< what a removal takes without further choice
-    all,       ///< everything: it was chosen by name
+    byDefault, ///< the default selection of a removal
+    all,       ///< everything: the user chose it by name
 };
 
-/// Which of what the session's model shows goes, as "--select" and "--risk" say or as nothing says, and then
-/// one removal of it: the plan with "--dry-run", else summary, question, run and report.
+/// Selects among what the session's model shows, as "--select" and "--risk" say or by default, and removes
+/// it: the plan with "--dry-run", else summary, question, run and report.
 ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& session, RemovalMode mode,
                        Chosen chosen = Chosen::byDefault);
 
-/// Narrows what is listed, and with it what is removed, to what has a text in its name.
+/// Restricts what is listed and removed to names that contain a text.
 inline constexpr const char* filterOption = "--filter";
 std::string searchText(const Arguments& arguments);
 
-/// Asks before something that cannot be taken back lightly. True when it was agreed to beforehand ("--yes")
-/// or is agreed to now; else what was said is printed, or, where nobody can be asked, the text `refusal`.
+/// Asks for confirmation. True with "--yes" or after a yes; otherwise prints that nothing was done or, where
+/// no question can be asked, the text `refusal`.
 bool agreed(const CommandContext& context, const std::string& question, std::string_view refusal);
 
-/// Why a command that removes nothing this time cannot take one of `removalOptions`, when one was given:
-/// whoever gave it believes that something will be removed.
+/// The error if one of `removalOptions` other than `meaningful` was given to a call that removes nothing: the
+/// user expects a removal.
 std::optional<Message> idleOption(const Arguments& arguments, std::string_view meaningful = {});
 
-/// The options of every command that ends in a removal.
+/// The options of every command that removes something.
 std::vector<OptionSyntax> removalOptions();
 
 } // namespace tidwen

@@ -35,7 +35,7 @@ std::string state(const RemovalHistoryEntry& entry, const CommandContext& contex
     return entry.manifest.recoveredAt ? items + ", " + context.text("history.row.recovered") : items;
 }
 
-/// What was put back lies in quarantine no more, and the record of the run is no size to speak of.
+/// Items put back are no longer in quarantine, and the size of the run's documents is negligible.
 ByteSum sizeInQuarantine(const RemovalHistoryEntry& entry) {
     ByteSum size;
     if (entry.items() != RemovalHistoryEntry::Items::putBack) size.add(entry.sizeBytes, entry.isSizePartial);
@@ -82,7 +82,7 @@ void print(const std::vector<RunItem>& items, const CommandContext& context) {
     table.print(context.console, 2);
 }
 
-/// One run with what became of each of its items.
+/// Prints one run with the state of each of its items.
 ExitStatus show(const TerminalHistory& runs, const std::string& word, const CommandContext& context,
                 const FileSystem& files) {
     const auto root = runs.find(word);

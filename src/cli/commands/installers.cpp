@@ -37,7 +37,7 @@ void print(const InstallerScanResult& result, const CommandContext& context) {
         context.console.line(context.text("installers.empty.title"));
 }
 
-/// Without a choice only those whose application is installed: they have done their work.
+/// By default only installers whose application is installed: they are no longer needed.
 std::vector<Trace> traces(const InstallerScanResult& result, bool isChosen) {
     std::vector<Trace> traces;
     for (const auto& file : result.files)
@@ -45,7 +45,7 @@ std::vector<Trace> traces(const InstallerScanResult& result, bool isChosen) {
     return traces;
 }
 
-/// What the screen of a window shows, once everything is there.
+/// The completed result of the window's model.
 InstallerScanResult findInstallers(Mac& mac) {
     MainQueue main;
     Session session(mac, main, InstalledBundles::Looks::once);

@@ -5,8 +5,8 @@
 
 namespace tidwen {
 
-/// Refuses because the Trash could not be locked: another process of this program is at work, or the Trash
-/// cannot be written.
+/// Refuses because the Trash could not be locked: another process of this program is running, or the Trash is
+/// unusable.
 ExitStatus refuseWithoutLock(const CommandContext& context, const FileError& error);
 
 } // namespace tidwen

@@ -15,7 +15,7 @@ std::optional<std::string> undoCommandLine(const Path& root, const CommandContex
         if (!run || !run->known || std::ranges::none_of(run->known->entries, isFound)) return std::nullopt;
     } else if (const bool isLeft = mac.volume ? found->pendingMoves > 0 : found->canBeUndone(); !isLeft)
         return std::nullopt;
-    // By its name: the next run takes its number.
+    // By name, because its number changes with the next run.
     return context.commandLine({"undo", root.lastComponent()});
 }
 
@@ -41,7 +41,7 @@ void mentionInterruptedRuns(const CommandContext& context, const TerminalHistory
     if (const auto unreadable = whyUnreadable(context, history)) context.error(*unreadable);
     if (history.isAnotherAtWork()) context.error({"failure.trashBusy"});
     const auto count = std::ranges::count_if(history.unfinishedRuns(), [](const UnfinishedRun& run) {
-        // Nothing that `recover` could do anything about is left of the others.
+        // `recover` can do nothing about the others.
         return run.problem == UnfinishedRun::Problem::interrupted
                || run.problem == UnfinishedRun::Problem::unsettled;
     });

@@ -8,15 +8,14 @@
 
 namespace tidwen {
 
-/// How to put the run in `root` back, as a command line; nothing when there is nothing to put back.
+/// The command line that undoes the run in `root`; absent if there is nothing to put back.
 std::optional<std::string> undoCommandLine(const Path& root, const CommandContext& context, const Mac& mac);
 
-/// Says what a loaded history cannot show: runs that wait for `recover`, those of another process that is at
-/// work, or all of them.
+/// Reports what a loaded history cannot show: runs that wait for `recover`, those of another running process,
+/// or all of them.
 void mentionInterruptedRuns(const CommandContext& context, const TerminalHistory& history);
 
-/// Refuses a word that means no run, with the reason; with a Trash that cannot be read nobody knows whether
-/// it means one, and that is the reason.
+/// Refuses a word that matches no run, with the reason; if the Trash is unreadable, that is the reason.
 ExitStatus refuseUnknownRun(const CommandContext& context, const TerminalHistory& history,
                             const Message& reason);
 

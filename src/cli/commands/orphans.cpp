@@ -19,7 +19,7 @@ tl::expected<LeftoverFilter, Message> readFilter(const CommandContext& context) 
     return LeftoverFilter{.query = searchText(arguments), .risks = std::move(*risks)};
 }
 
-/// What passes, and of the applications those of which something does.
+/// Keeps the traces that match, and the groups that contain any.
 void narrow(OrphanScanResult& orphans, const LeftoverFilter& filter) {
     for (auto& group : orphans.groups)
         std::erase_if(group.traces, [&](const Trace& trace) { return !filter.passes(trace); });
@@ -27,7 +27,7 @@ void narrow(OrphanScanResult& orphans, const LeftoverFilter& filter) {
 }
 
 void printTraces(const OrphanGroup& group, const CommandContext& context) {
-    // A group may hold any number; the columns of so many lines nobody compares with the next.
+    // A group may be of any size; aligning columns over more rows is of no use.
     constexpr std::size_t rowsAtOnce = 5'000;
     for (std::size_t begin = 0; begin < group.traces.size(); begin += rowsAtOnce) {
         Table table({Table::Align::left, Table::Align::right});

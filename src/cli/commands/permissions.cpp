@@ -21,9 +21,9 @@ std::optional<AppTarget> findTarget(const CommandContext& context, Mac& mac, con
     const auto& system = mac.system;
     const auto installed = readIdentities(system.files, findApplicationBundles(system.files, system.user));
     const ApplicationFinder finder(system.files, installed, HostPaths(mac.volume));
-    // Looking at permissions touches nothing, so protected applications are not refused here.
+    // Inspecting permissions changes nothing, so protected applications are accepted.
     const auto path = finder.find(word);
-    // macOS keeps the permissions of an application that is gone.
+    // macOS keeps the permissions of removed applications.
     if (!path && isIdentifier(word)) {
         context.error({"cli.permissions.absent %@", {word}});
         AppTarget gone;
@@ -67,9 +67,9 @@ void print(const AppTarget& app, const PermissionAudit::Result& audit, const Com
                    {PermissionsSheet::detail(grant, context.texts), Style::faint}});
     table.print(context.console);
     if (audit.unreadable.empty()) return;
-    // A mounted disk has no settings to look at or to give access in.
+    // A volume has no System Settings to grant access in.
     if (mac.volume) return printUnreadable(audit, context, mac);
-    // Where the program may read everything that is guarded, the database itself is at fault.
+    // If this program has Full Disk Access, the database itself is unreadable.
     const auto access = FullDiskAccessProbe::status(mac.system.files, mac.system.user);
     context.console.line(context.text(access == FullDiskAccessProbe::Status::denied
                                           ? "review.audit.unreadable"
@@ -77,7 +77,7 @@ void print(const AppTarget& app, const PermissionAudit::Result& audit, const Com
                          Style::caution);
 }
 
-/// Whether this program may look everywhere, which decides how complete a scan can be.
+/// Whether this program has Full Disk Access, on which the completeness of a scan depends.
 ExitStatus showOwn(const CommandContext& context, Mac& mac) {
     MainQueue main;
     Session session(mac, main, InstalledBundles::Looks::once);
@@ -91,7 +91,7 @@ ExitStatus showOwn(const CommandContext& context, Mac& mac) {
         context.console.document(json::document(model));
         return statusOf(databases);
     }
-    // A file that opens and is no database has granted nothing that could be read.
+    // A file that can be opened but is no database does not show that access was granted.
     const auto status = databases.unreadable.empty() ? model.fullDiskAccess.get()
                                                      : FullDiskAccessProbe::Status::indeterminate;
     const std::string access(name(status));
@@ -100,8 +100,8 @@ ExitStatus showOwn(const CommandContext& context, Mac& mac) {
     return statusOf(databases);
 }
 
-/// The grants that the words name: by service, with or without its prefix, or by title; letter case does
-/// not count. All without words.
+/// The grants named by the words: a service, with or without its prefix, or a title, ignoring case. All
+/// without words.
 tl::expected<std::vector<PermissionGrant>, Message> choose(const std::vector<PermissionGrant>& grants,
                                                            const std::vector<std::string>& words,
                                                            const Texts& texts) {
@@ -121,7 +121,7 @@ tl::expected<std::vector<PermissionGrant>, Message> choose(const std::vector<Per
     return chosen;
 }
 
-/// One sheet, driven from here to the end of each of its steps.
+/// Runs one permissions sheet through each of its steps.
 class SheetSession {
   public:
     SheetSession(const CommandContext& context, Mac& mac, AppTarget target)
@@ -140,7 +140,7 @@ class SheetSession {
         return statusOf(*sheet_->audit.get());
     }
 
-    /// `words`: services; all of them when there are none.
+    /// `words`: services; empty for all.
     ExitStatus revoke(const std::vector<std::string>& words) {
         const auto chosen = choose(sheet_->audit.get()->grants, words, context_.texts);
         if (!chosen) return context_.refuse(chosen.error());
@@ -160,7 +160,7 @@ class SheetSession {
     }
 
   private:
-    /// What macOS forgets cannot be put back, so each permission is named.
+    /// A reset cannot be undone, so each permission is listed.
     std::string question(const std::vector<PermissionGrant>& grants) const {
         std::string titles;
         for (const auto& grant : grants)
@@ -181,8 +181,8 @@ class SheetSession {
             return each.service == grant.service && each.scope == grant.scope;
         });
         if (rest == left.end()) return true;
-        // What was given to a program by its path is not reset through the application's identifier. Else it
-        // was the user who dismissed the prompt, and who knows.
+        // A grant to a program by path is not reset through the application's identifier. Otherwise the user
+        // dismissed the prompt, which needs no message.
         if (rest->isPathClient)
             context_.error({"report.verify.tccSurvivor %@ %@", {sheet_->app().name, title}});
         return false;

@@ -1,4 +1,4 @@
-// The commands that read and change what the user decided: protect, tags, settings.
+// The commands for the user's settings: protect, tags, settings.
 
 #include "base/text.h"
 #include "cli/command.h"
@@ -32,13 +32,13 @@ ExitStatus notStored(const CommandContext& context, const Host& host) {
     return ExitStatus::someFailed;
 }
 
-/// The reason with the word that it is about.
+/// Refuses with the word concerned.
 ExitStatus refuse(const CommandContext& context, const std::string& word, const Message& reason) {
     context.console.error(word + ": " + context.texts.text(reason), reason.key);
     return ExitStatus::refused;
 }
 
-/// Resolves what words on the command line mean to the identifiers that settings are kept under.
+/// Resolves words on the command line to the identifiers used in settings.
 class IdentifierReader {
   public:
     IdentifierReader(const CommandContext& context, Mac* mac) : context_(context), mac_(mac) {
@@ -47,8 +47,8 @@ class IdentifierReader {
                                         findApplicationBundles(mac->system.files, mac->system.user));
     }
 
-    /// Nothing, with the reason printed, when the word names no application and is no identifier. One that
-    /// is not installed is accepted with a note, so that it can be protected beforehand.
+    /// nullopt, with the reason printed, if the word names no application and is no identifier. An identifier
+    /// that is not installed is accepted with a note, so that it can be protected in advance.
     std::optional<std::string> read(const std::string& word) const {
         if (!mac_) {
             if (isIdentifier(word)) return word;
@@ -64,7 +64,7 @@ class IdentifierReader {
         return found->bundleID;
     }
 
-    /// The identifier of an installed application that the word names otherwise than by its identifier.
+    /// The identifier of an installed application matched by something other than its identifier.
     std::optional<std::string> installed(const std::string& word) const {
         const auto found = mac_ ? finder().findIdentifier(word) : tl::unexpected(Message{});
         return found && found->isInstalled ? std::optional(found->bundleID) : std::nullopt;
@@ -78,8 +78,8 @@ class IdentifierReader {
     std::vector<InstalledIdentity> installed_;
 };
 
-/// The identifiers in the list that the words mean, in any letter case or by the application's name; refused
-/// as a whole when one means none.
+/// The identifiers in the list that the words mean, by identifier (ignoring case) or by the application's
+/// name; refused completely if one word matches none.
 std::optional<std::set<std::string>> protectedOnes(const std::vector<std::string>& words,
                                                    const ProtectedApps& apps, const CommandContext& context,
                                                    Mac* mac) {
@@ -121,7 +121,7 @@ ExitStatus runProtect(const CommandContext& context, Host& host, Mac* mac) {
         const auto ids =
             action == "add" ? newOnes(named, apps, context, mac) : protectedOnes(named, apps, context, mac);
         if (!ids) return ExitStatus::refused;
-        for (const auto& id : *ids) // two words may mean one
+        for (const auto& id : *ids) // two words may mean the same one
             if (apps.contains(id) != (action == "add") && !apps.toggle(id)) return notStored(context, host);
     }
     if (context.arguments.json)
@@ -151,13 +151,13 @@ void printTags(const AppTags& tags, const CommandContext& context) {
     }
 }
 
-/// The identifier that the word means; one that bears tags needs no application.
+/// The identifier that the word means; one with tags need not be installed.
 std::optional<std::string> taggedOne(const std::string& word, const AppTags& tags,
                                      const CommandContext& context, Mac* mac) {
     return tags.tags(word).empty() ? IdentifierReader(context, mac).read(word) : std::optional(word);
 }
 
-/// `tag`: what should change; `name`: what it should become or be called.
+/// `tag`: the tag to change; `name`: its new name, or the name of the new tag.
 ExitStatus refuseTag(AppTags::Refusal refusal, const std::string& tag, const std::string& name,
                      const std::vector<std::string>& known, const CommandContext& context, const Host& host) {
     switch (refusal) {
@@ -215,7 +215,7 @@ void printSettings(const AppPreferences& preferences, const CommandContext& cont
     table.print(context.console);
 }
 
-/// Who wants the Trash watched has it watched from each login on, for the volume named now.
+/// Enables or disables the login item that watches the Trash of the given volume.
 ExitStatus watchAtLogin(bool isOn, const CommandContext& context, LoginItem& loginItem) {
     if (isOn && !context.arguments.volume) {
         context.error({"cli.settings.loginNeedsVolume"});
@@ -252,7 +252,7 @@ ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context
     if (!preferences.set(words[1], words[2]))
         return context.refuse({"cli.settings.refused %@ %@", {words[1], words[2]}},
                               closest(words[2], valuesOf(words[1], preferences)));
-    // Read back what another process would see.
+    // Read what was stored, as another process would.
     const auto stored = AppPreferences(host.defaults).get(words[1]);
     if (stored != preferences.get(words[1])) return notStored(context, host);
     if (context.arguments.json)

@@ -12,7 +12,7 @@ namespace tidwen {
 
 namespace {
 
-/// The run that a word means, or why it means none that can be deleted.
+/// The run that a word means, or why it cannot be deleted.
 tl::expected<RemovalHistoryEntry, Message> findEntry(const std::vector<RemovalHistoryEntry>& history,
                                                      const TerminalHistory& runs, const std::string& word,
                                                      const CommandContext& context) {
@@ -28,7 +28,7 @@ tl::expected<RemovalHistoryEntry, Message> findEntry(const std::vector<RemovalHi
     return *entry;
 }
 
-/// The runs that are meant, or why it is not clear which.
+/// The selected runs, or why the selection is unclear.
 tl::expected<std::vector<RemovalHistoryEntry>, Message>
 choose(const std::vector<RemovalHistoryEntry>& history, const TerminalHistory& runs,
        const CommandContext& context, const Mac& mac) {
@@ -55,7 +55,7 @@ choose(const std::vector<RemovalHistoryEntry>& history, const TerminalHistory& r
     return chosen;
 }
 
-/// What `--all` does not delete: runs of which nobody can tell what they moved, or that were not read.
+/// What `--all` does not delete: runs that moved unknown items, or that were not read.
 struct Spared {
     std::vector<UnfinishedRun> runs = {};
     std::uint64_t leftOut = 0;
@@ -101,7 +101,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const auto spared =
         context.arguments.has("--all") ? Spared{history.unfinishedRuns(), history.leftOut()} : Spared{};
     if (chosen->empty()) {
-        // Also a run that was cut off before it moved anything leaves a folder.
+        // A run interrupted before its first move leaves a folder too.
         if (context.arguments.has("--all"))
             if (const auto tidied = history.remove({}); !tidied) return context.refuse(tidied.error());
         report({}, spared, context);

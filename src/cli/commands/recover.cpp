@@ -18,7 +18,7 @@ namespace tidwen {
 namespace {
 
 void print(const Manifest& manifest, const CommandContext& context, const Mac& mac) {
-    // A job that was unloaded is a step of the run, and lies nowhere.
+    // An unloaded job is a step of the run, but not an item.
     const auto entry = readHistoryEntry(manifest.quarantineRoot, mac.system.files);
     context.console.line(context.text(
         "cli.recover.one %@ %@ %@",
@@ -36,7 +36,7 @@ void error(const UnfinishedRun& run, const CommandContext& context, const Mac& m
         context.error({"cli.undo.hint %@", {*undo}});
 }
 
-/// The first Ctrl-C ends it after the quarantine folder at hand.
+/// The first Ctrl-C stops it after the current quarantine folder.
 RecoveryOutcome recover(const CommandContext& context, const System& system) {
     MainQueue main;
     FollowedWork::Progress progress;
@@ -48,7 +48,7 @@ RecoveryOutcome recover(const CommandContext& context, const System& system) {
     });
     std::optional<RecoveryOutcome> outcome;
     const EndSignals signals(main, [&] {
-        if (outcome) return; // it came too late
+        if (outcome) return; // already complete
         context.console.error(context.text("cli.stopping"));
         work.stop();
     });
@@ -66,7 +66,8 @@ RecoveryOutcome recover(const CommandContext& context, const System& system) {
 ExitStatus run(const CommandContext& context, Mac& mac) {
     auto& system = mac.system;
     FileResult<std::unique_ptr<FolderLock>> lock;
-    // A removal that another process is at work on is not cut off. Without a Trash there is nothing to lock.
+    // While another process holds the lock, its removal is not interrupted. Without a Trash there is nothing
+    // to lock.
     if (system.files.exists(system.user.trash())) lock = lockTrash(system.user, system.files);
     if (!lock) return refuseWithoutLock(context, lock.error());
     const auto [recovered, unfinished, missing, notBegun, settled, strays] = recover(context, system);

@@ -13,7 +13,7 @@ namespace tidwen {
 
 namespace {
 
-/// The part of a destination that tells more than the folder it lies in.
+/// The destination relative to the folder of the run.
 std::string belowRoot(const Path& path, const Path& root) {
     return path.isWithin(root) && path != root ? path.string().substr(root.string().size() + 1)
                                                : path.string();
@@ -44,25 +44,25 @@ void printConfirmation(const ConfirmationTexts& words, const CommandContext& con
     for (const auto& name : words.permanent)
         console.line("  " + name);
     if (words.permissionsReset) console.line(*words.permissionsReset);
-    // On a volume there is nobody to ask for a password.
+    // On a volume no password is asked for.
     if (words.password && mac.administrator) console.line(*words.password);
 }
 
 namespace {
 
-/// What only the user can do about it is printed instead.
+/// Prints the instruction of a trace that only the user can remove; true if it is one.
 bool isGuidance(const Trace& trace, const CommandContext& context) {
     const auto* guidance = std::get_if<action::Guidance>(&trace.action);
     if (guidance) context.console.line(guidance->step.instruction, Style::caution);
     return guidance != nullptr;
 }
 
-/// Counts what a later search shows and takes.
+/// Counts what a later search finds and removes.
 class FoundAgain {
   public:
     explicit FoundAgain(const CommandContext& context) : context_(context) {}
 
-    /// That an application stays of which only some items were chosen goes without saying.
+    /// An application that stays because only some of its items were selected is not mentioned.
     void add(const Trace& trace) {
         if (isGuidance(trace, context_) || trace.category == TraceCategory::application) return;
         ++count_;
@@ -86,7 +86,7 @@ class FoundAgain {
     ByteSum sum_;
 };
 
-/// The words of a removal that takes what the last one took, once that is undone, and `left` too.
+/// The command line of a removal that, after an undo, removes what the last one removed and `left` too.
 std::vector<std::string> laterRemoval(const RemovalReport& report, const std::vector<StayingTrace>& left,
                                       const CommandContext& context) {
     std::vector<std::string> words = {context.arguments.command}, choice;
@@ -98,10 +98,10 @@ std::vector<std::string> laterRemoval(const RemovalReport& report, const std::ve
             words.push_back(application->bundleURL.string());
             if (std::ranges::find(choice, step.bundleID) == choice.end()) select(step.bundleID);
         } else if (areLeftovers && std::holds_alternative<operation::Move>(step.kind))
-            select(step.displayName); // these and no more: the sweep found those of others, too
+            select(step.displayName); // only these: the sweep also found those of others
     for (const auto& item : left)
         select(item.trace.displayName);
-    // --risk takes nothing that is in doubt.
+    // --risk skips contested and doubtful items.
     if (!areLeftovers && std::ranges::all_of(left, isUndoubted, &StayingTrace::trace))
         choice = {"--risk", "safe,review,sensitive"};
     words.insert(words.end(), choice.begin(), choice.end());
@@ -162,7 +162,7 @@ void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout
 
 namespace {
 
-/// What can be done about permissions that are left.
+/// Prints how to remove remaining permissions.
 void printSurvivors(const RemovalReport& report, const CommandContext& context) {
     if (!report.verification) return;
     const auto isByPath = [](const PermissionGrant& grant) { return grant.isPathClient; };
@@ -176,7 +176,7 @@ void printSurvivors(const RemovalReport& report, const CommandContext& context) 
     }
 }
 
-/// No job runs on a volume, and no part of macOS that would have to be told.
+/// On a volume no job runs and macOS need not be notified.
 bool isIdle(const RemovalOperation& step, const CommandContext& context) {
     return context.arguments.volume
            && (std::holds_alternative<operation::Bootout>(step.kind)

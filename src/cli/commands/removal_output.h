@@ -9,20 +9,20 @@
 #include <string>
 #include <vector>
 
-/// What a removal prints for people: before, in place of, and after it.
+/// Prints a removal for people: before, instead of, and after it.
 namespace tidwen {
 
-/// The items that will be taken, before the question.
+/// The items to be removed, before the question.
 void printItems(const std::vector<GoingGroup>& going, const CommandContext& context);
 
-/// What taking them means.
+/// The consequences of removing them.
 void printConfirmation(const ConfirmationTexts& words, const CommandContext& context, const Mac& mac);
 
-/// What was found and will not be taken, and what only the user can do about it.
+/// What was found and stays, with instructions for what only the user can remove.
 void printLeft(const std::vector<StayingGroup>& staying, const CommandContext& context);
 
-/// Each item that stays after a run, with the reason, and the commands that take these items too. `undo`:
-/// the command that undoes the run, when it can be undone.
+/// The items that stay after a run, with reasons, and the commands that remove them too. `undo`: the command
+/// that undoes the run, if possible.
 void printRemainders(const RemovalReport& report, const std::optional<std::string>& undo,
                      const CommandContext& context);
 
@@ -30,7 +30,7 @@ void printRemainders(const RemovalReport& report, const std::optional<std::strin
 void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout& layout,
                const CommandContext& context);
 
-/// What came of each step.
+/// The result of each step.
 void printReport(const RemovalReport& report, const ReportTexts& words, const CommandContext& context);
 
 } // namespace tidwen

@@ -17,7 +17,7 @@ JudgedRequest judgeRequest(const std::vector<Path>& paths, const CommandContext&
     for (const auto& path : paths)
         words.push_back(path.string());
     const auto& system = mac.system;
-    const std::vector<InstalledIdentity> none; // requests name paths, never names
+    const std::vector<InstalledIdentity> none; // requests contain paths, never names
     const ApplicationFinder finder(system.files, none, HostPaths(std::nullopt));
     auto intake = loadTargets(words, finder, AppTargetLoader(system.files, system.signatures),
                               ProtectedApps(system.defaults));

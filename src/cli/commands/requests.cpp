@@ -31,7 +31,7 @@ ExitStatus drain(const CommandContext& context, Mac& mac) {
     return isAll && drained.waiting == 0 ? ExitStatus::done : ExitStatus::someFailed;
 }
 
-/// As the Services menu does: the process that runs `watch`, or the next `drain`, serves the request.
+/// Posts like the Services menu item: a running `watch`, or the next `drain`, handles the request.
 ExitStatus post(const std::vector<std::string>& words, const CommandContext& context, Mac& mac) {
     const auto& system = mac.system;
     const auto installed = readIdentities(system.files, findApplicationBundles(system.files, system.user));

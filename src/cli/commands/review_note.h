@@ -4,7 +4,7 @@
 
 namespace tidwen {
 
-/// Counts a removal whose report was shown and, now and then, asks for a review (services/review_reminder).
+/// Counts a removal whose report was shown and occasionally asks for a review (services/review_reminder).
 void remindOfReview(const CommandContext& context, Defaults& defaults, bool withoutFailure);
 
 } // namespace tidwen

@@ -26,7 +26,7 @@ struct Section {
     ByteSum size = {};
 };
 
-/// Categories in the order in which they are shown; by size, the largest first, and so what they hold.
+/// Categories in display order; by size, the largest first, and likewise the traces in each.
 std::vector<Section> sections(const std::vector<Trace>& traces, bool isBySize) {
     std::map<TraceCategory, Section> byCategory;
     for (const auto& trace : traces) {
@@ -47,7 +47,7 @@ std::vector<Section> sections(const std::vector<Trace>& traces, bool isBySize) {
     return result;
 }
 
-/// How much of the whole a part is, drawn.
+/// A bar for the part's share of the whole.
 std::string bar(std::int64_t part, std::int64_t whole) {
     constexpr std::int64_t columns = 20;
     std::string text;
@@ -56,13 +56,13 @@ std::string bar(std::int64_t part, std::int64_t whole) {
     return text;
 }
 
-/// Every application has the item that resets its permissions, also when macOS has recorded none.
+/// Every application has a permission reset, even without recorded permissions.
 bool isEmptyReset(const Trace& trace, const ScanResult& result) {
     return std::holds_alternative<action::ResetPermissions>(trace.action) && result.permissions.grants.empty()
            && result.permissions.unreadable.empty();
 }
 
-/// Mark, tier and size stand in columns; what follows has its own length and would only push the rest away.
+/// Only mark, tier and size are aligned; longer cells would push the rest too far right.
 void printTraces(const ScanResult& result, bool isBySize, const CommandContext& context) {
     using enum Table::Align;
     Table table({left, left, right});
@@ -102,7 +102,7 @@ void printPermissions(const PermissionAudit::Result& permissions, const CommandC
         context.console.line(context.text("cli.permissions.database %@",
                                           {PermissionAudit::databasePath(scope, user).string()}),
                              Style::caution);
-    // A mounted disk has no settings to give access in.
+    // A volume has no System Settings to grant access in.
     if (!permissions.unreadable.empty() && !context.arguments.volume)
         context.console.line(context.text("review.audit.unreadable"), Style::caution);
     if (permissions.grants.empty()) return;
@@ -115,7 +115,7 @@ void printPermissions(const PermissionAudit::Result& permissions, const CommandC
     table.print(context.console, 2);
 }
 
-/// `isKnown`: which applications are protected.
+/// `isKnown`: the list of protected applications is readable.
 void printNotices(const ScanResult& result, bool isKnown, const CommandContext& context) {
     if (result.isProtected && isKnown) {
         context.console.line(context.texts.text(describeProtected(result.target)), Style::caution);
@@ -132,7 +132,7 @@ void printNotices(const ScanResult& result, bool isKnown, const CommandContext& 
     printUnsearchable(result, context);
     if (result.unreadableLocations.empty()) return;
     context.console.line(context.text("review.incomplete.title"), Style::caution);
-    // What may be read on a volume is a matter of accounts; macOS has nothing to grant there.
+    // Access to a volume depends on accounts; macOS has nothing to grant.
     const auto* body =
         context.arguments.volume ? "cli.scan.incomplete.body %lld" : "review.incomplete.body %lld";
     context.console.line(context.text(body, {std::to_string(result.unreadableLocations.size())}),
@@ -154,7 +154,7 @@ void printTotals(const ScanResult& result, bool isKnown, const CommandContext& c
     context.console.line(context.text("cli.scan.taken %@", {labels::countAndSize(taken, context.texts)}));
 }
 
-/// On a volume nobody can be asked for a password: what this account may not move stays.
+/// On a volume no password can be asked for, so what this account may not move stays.
 void printRights(const std::vector<Trace>& traces, const CommandContext& context, const FileSystem& files) {
     if (!context.arguments.volume) return;
     const auto count = std::count_if(traces.begin(), traces.end(), [&](const Trace& trace) {

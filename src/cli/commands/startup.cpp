@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char* orphansOption = "--orphans";
 
-/// The model of the screen, driven from here to the end of each of its steps.
+/// Runs the model of the startup items' screen through each of its steps.
 class StartupSession {
   public:
     StartupSession(const CommandContext& context, Mac& mac)
@@ -43,7 +43,7 @@ class StartupSession {
         return model_.result.get().unreadable.empty() ? ExitStatus::done : ExitStatus::someFailed;
     }
 
-    /// `words`: labels or paths of property lists, as the list shows them.
+    /// `words`: labels or paths of property lists, as listed.
     ExitStatus switchJobs(const std::vector<std::string>& words, bool on) {
         std::vector<const StartupItem*> chosen;
         for (const auto& word : words) {
@@ -94,7 +94,7 @@ class StartupSession {
         const bool isComplete = model_.result.get().unreadable.empty();
         reportUnreadable();
         if (traces.empty() && !isComplete) return ExitStatus::refused;
-        // The jobs were chosen by name or as orphans, so their risk needs no further choice.
+        // The jobs were selected by name or as orphans, so their risk does not matter.
         FlowSession flow(context_, mac_);
         flow.model().show(stage::StartupItems{});
         flow.model().offer(context_.text("cli.startup.title"), std::move(traces));
@@ -116,7 +116,7 @@ class StartupSession {
         main_.runUntil([&isDone] { return isDone; });
     }
 
-    /// The one item of this label or id, else why there is not one.
+    /// The item with this label or identifier; the error if there is none or more than one.
     tl::expected<const StartupItem*, Message> find(const std::string& word) const {
         const auto named = model_.itemsNamed(word);
         if (named.empty()) return tl::unexpected(unknown(word));

@@ -7,7 +7,7 @@
 
 namespace tidwen {
 
-/// What `startup` calls the jobs of this Mac, in the order of its list.
+/// The labels of this Mac's jobs, in the order of the `startup` list.
 std::vector<std::string> startupLabels(const CommandContext& context, Mac& mac);
 
 } // namespace tidwen

@@ -33,7 +33,7 @@ TerminalHistory::await(const std::string& work,
     std::optional<tl::expected<Result, HistoryModel::Refusal>> answer;
     {
         const EndSignals signals(main_, [&] {
-            if (answer) return; // it came too late
+            if (answer) return; // already complete
             context_.console.error(context_.text("cli.stopping"));
             model_.stop();
         });
@@ -43,7 +43,7 @@ TerminalHistory::await(const std::string& work,
         });
         main_.runUntil([&] { return answer.has_value(); });
     }
-    main_.drain(); // a signal that came just then
+    main_.drain(); // handles a signal received at the end
     context_.console.endProgress();
     return answer->map_error([](const HistoryModel::Refusal& refusal) {
         return refusal.reason.value_or(Message{"failure.adminCancelled"});

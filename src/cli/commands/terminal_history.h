@@ -12,9 +12,8 @@
 
 namespace tidwen {
 
-/// The list of past runs for a command, which has nothing else to do meanwhile: each call returns when its
-/// work is done. An undo and a deletion show their progress, and end after the step at hand with the first
-/// Ctrl-C.
+/// The list of past runs for a command: each call blocks until its work is done. An undo and a deletion show
+/// their progress and stop after the current step at the first Ctrl-C.
 class TerminalHistory {
   public:
     using Sizes = HistoryModel::Sizes;
@@ -24,27 +23,27 @@ class TerminalHistory {
     /// In the order in which `history` numbers them from 1.
     const std::vector<RemovalHistoryEntry>& load(Sizes sizes);
 
-    /// As they were loaded.
+    /// As last loaded.
     const std::vector<RemovalHistoryEntry>& entries() const { return model_.entries.get(); }
-    /// Runs that `load` did not read, because there is too much to read.
+    /// Runs that `load` did not read because the read budget was exhausted.
     std::uint64_t leftOut() const { return model_.leftOut.get().size(); }
-    /// The run that a word means, as `findRun`.
+    /// The run that a word means, see `findRun`.
     tl::expected<Path, Message> find(const std::string& word) const {
         return findRun({.entries = model_.entries.get(),
                         .unfinished = model_.unfinishedRuns.get(),
                         .leftOut = model_.leftOut.get()},
                        word);
     }
-    /// Of the last load: runs that have no number.
+    /// Runs of the last load that have no number.
     const std::vector<UnfinishedRun>& unfinishedRuns() const { return model_.unfinishedRuns.get(); }
     const std::optional<FileError>& unreadable() const { return model_.unreadable.get(); }
     bool isAnotherAtWork() const { return model_.isAnotherAtWork.get(); }
 
-    /// What is known of the run in `root`: its manifest, or by its journal what can be undone now. Else why
-    /// nothing is.
+    /// What is known of the run in `root`: its manifest, or what its journal says can be undone now.
+    /// Otherwise the reason why neither is.
     tl::expected<Manifest, Message> record(const Path& root) const;
 
-    /// The reason when nothing was done.
+    /// The error is the reason why nothing was done.
     tl::expected<UndoReport, Message> undo(const Path& root, const ItemChoice& items);
     /// What `undo` would do.
     tl::expected<UndoPlan, Message> planUndo(const Path& root, const ItemChoice& items) {
@@ -58,8 +57,8 @@ class TerminalHistory {
     tl::expected<Result, Message> await(const std::string& work,
                                         const std::function<void(HistoryModel::Answer<Result>)>& start);
 
-    /// Takes no more work once the command has its answer: the model would load the list again, which is
-    /// shown no more.
+    /// Rejects work after the command has its answer: the model would reload the list, which is not shown
+    /// again.
     class Background : public Executor {
       public:
         void post(std::function<void()> work) override {
@@ -68,7 +67,7 @@ class TerminalHistory {
         void close() { isClosed_ = true; }
 
       private:
-        bool isClosed_ = false; ///< the main thread's
+        bool isClosed_ = false; ///< main thread only
         WorkQueue queue_;
     };
 

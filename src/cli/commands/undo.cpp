@@ -27,7 +27,7 @@ void print(const UndoReport& report, bool isOfSingleItems, const CommandContext&
     if (report.mayHaveLost)
         context.console.line(
             context.text(mac.volume ? "cli.undo.permanentOnVolume" : "report.undo.permanent"), Style::faint);
-    // No job runs on a volume; it starts with the Mac that the volume belongs to.
+    // No job runs on a volume; it is loaded when the volume's Mac starts.
     if (report.relaunchedJobs > 0 && !mac.volume)
         context.console.line(
             context.text("report.undo.relaunched %lld", {std::to_string(report.relaunchedJobs)}));
@@ -68,7 +68,7 @@ ExitStatus showPlan(TerminalHistory& history, const Path& root, const ItemChoice
     return isWhole ? ExitStatus::done : ExitStatus::someFailed;
 }
 
-/// The items that words mean; all of them without words.
+/// The items that the words mean; all without words.
 tl::expected<ItemChoice, Message> choose(const TerminalHistory& history, const Path& root,
                                          const std::vector<std::string>& words) {
     if (words.empty()) return ItemChoice();

@@ -15,8 +15,8 @@ namespace {
 
 constexpr const char* atLogin = "--at-login";
 
-/// The Trash watch as a terminal shows it. Called by hand it watches in any case, until the setting is
-/// switched off; started at login it follows the setting alone and ends with it.
+/// The Trash watch in a terminal. Called by hand it watches regardless of the setting, until that is switched
+/// off; started at login it runs only while the setting is on.
 class WatchSession {
   public:
     WatchSession(const CommandContext& context, Mac& mac)
@@ -58,7 +58,7 @@ class WatchSession {
   private:
     std::string trash() const { return mac_.system.user.trash().string(); }
 
-    /// Beside the finds, and not where a program reads.
+    /// Prints a message beside the finds, except with --json.
     void note(std::string_view key, const std::vector<std::string>& fill = {}) const {
         if (!context_.arguments.json) context_.console.error(context_.text(key, fill));
     }
@@ -104,14 +104,14 @@ class WatchSession {
                 {{context_.text("trash.notification.title %@", {app.name}), Style::strong}});
             showRemoval(app.url.string());
         }
-        isEnding_ = !context_.console.finish() || isEnding_; // nobody reads any more
+        isEnding_ = !context_.console.finish() || isEnding_; // the reader closed the pipe
     }
 
     void showRemoval(const std::string& bundle) const {
         context_.console.verbatim("  " + context_.commandLine({"remove", bundle}));
     }
 
-    /// The terminal has no window to bring to the front; the command does what the window would.
+    /// Prints the command for what a window would show.
     void showPendingCleanUp() {
         if (const auto chosen = catcher_.takePendingCleanUp(); chosen && !context_.arguments.json)
             showRemoval(chosen->path);

@@ -62,7 +62,7 @@ Value object(const VerificationReport& verification) {
              })}};
 }
 
-/// As the file in the quarantine folder has it.
+/// The same as in the file in the quarantine folder.
 Value object(const Manifest& manifest) {
     return parseJson(encode(manifest)).value_or(Value::object());
 }
@@ -80,7 +80,7 @@ std::string document(const std::vector<const InstalledApp*>& apps, const AppTags
                      const ProtectedApps& protectedApps) {
     return writeJson(array(apps, [&](const InstalledApp* app) {
         Value fields = value(*app);
-        // Nobody knows what the user decided while the settings cannot be read.
+        // Omitted while the settings are unreadable.
         if (!protectedApps.problem()) {
             fields["tags"] = tags.tags(app->bundleID);
             fields["isProtected"] = protectedApps.contains(app->bundleID);

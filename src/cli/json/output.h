@@ -16,9 +16,9 @@
 #include <string>
 #include <vector>
 
-/// What `--json` prints. Objects carry the field names of the records; paths are strings, dates ISO 8601 in
-/// UTC, absent optionals are left out. An enumeration is its name as a string; one whose cases carry data is
-/// an object of "kind" and the case's fields. Always valid JSON and UTF-8, whatever names the disk holds.
+/// The output of `--json`. Objects use the field names of the records; paths are strings, dates ISO 8601 in
+/// UTC, absent optionals are omitted. An enumeration is its name as a string; one whose cases carry data is
+/// an object of "kind" and the case's fields. Always valid JSON and UTF-8, whatever names are on disk.
 namespace tidwen::json {
 
 struct Sample {
@@ -29,19 +29,19 @@ struct Sample {
 };
 
 std::string document(const Sample& sample);
-/// Each with what the user decided about it.
+/// Each application with its tags and protection.
 std::string document(const std::vector<const InstalledApp*>& apps, const AppTags& tags,
                      const ProtectedApps& protectedApps);
 std::string document(const std::vector<ScanResult>& results);
 std::string document(const std::vector<RemovalOperation>& plan);
-/// A failed result carries its reason in words and, as "failureKey", by the key that does not change with
-/// the language.
+/// A failed result has its reason as text and, as "failureKey", as a key that does not depend on the
+/// language.
 std::string document(const RemovalReport& report, const RemovalSubject& subject, const Texts& texts);
-/// The runs in their order, numbered from 1 unless the numbers are uncertain, then those that have no
-/// readable manifest; told apart by "status".
+/// The runs in order, numbered from 1 unless the numbers are uncertain, then those without a readable
+/// manifest; "status" distinguishes them.
 std::string document(const std::vector<RemovalHistoryEntry>& entries, bool areNumbered,
                      const std::vector<UnfinishedRun>& unfinished, const Texts& texts);
-/// One run with what became of each of its items.
+/// One run with the state of each of its items.
 std::string document(const RemovalHistoryEntry& entry, std::optional<std::size_t> number,
                      const std::vector<RunItem>& items);
 std::string document(const UnfinishedRun& run, const std::vector<RunItem>& items, const Texts& texts);

@@ -8,12 +8,12 @@
 
 #include <nlohmann/json.hpp>
 
-/// The records inside the documents of json_output.h, as JSON values.
+/// The records inside the documents of json/output.h, as JSON values.
 namespace tidwen::json {
 
 using Value = nlohmann::json;
 
-/// Puts a field into an object; an absent optional is left out.
+/// Adds a field to an object; an absent optional is omitted.
 template<class T>
 void put(Value& object, const char* key, const std::optional<T>& value) {
     if (value) object[key] = *value;
@@ -27,7 +27,7 @@ Value array(const Records& records, ToValue toValue) {
     return result;
 }
 
-/// `std::visit` over the alternatives of a payload.
+/// For `std::visit` over the alternatives of a payload.
 template<class... Cases>
 struct Overloaded : Cases... {
     using Cases::operator()...;

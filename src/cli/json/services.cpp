@@ -19,7 +19,7 @@ std::string_view name(UpdateState state) {
     return "upToDate";
 }
 
-/// The document without its line breaks and indentation. Those inside its strings are escaped.
+/// Removes line breaks and indentation; those inside strings are escaped.
 std::string onOneLine(const Value& value) {
     const auto document = writeJson(value);
     std::string result;

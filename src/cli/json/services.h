@@ -10,22 +10,22 @@
 #include <string>
 #include <vector>
 
-/// Documents of the purge, the watch, the inbox and the update check; see json/output.h for their form.
+/// Documents of the purge, the watch, the inbox and the update check; for their format see json/output.h.
 namespace tidwen::json {
 
-/// `spared`: runs that were not deleted because nobody can tell what they moved.
+/// `spared`: runs not deleted because what they moved is unknown.
 std::string document(const QuarantinePurge::Outcome& outcome, const std::vector<UnfinishedRun>& spared);
 std::string document(const UpdateAnswer& answer, std::string_view running);
-/// The applications that requests name.
+/// The requested applications.
 std::string requestsDocument(const std::vector<Path>& applications);
 std::string gateDocument(bool isOpen);
 
-/// Why a command that prints a document on success printed none. The key is that of the first error that
-/// has one.
+/// Why a command that prints a document on success printed none. The key is that of the first error with a
+/// key.
 std::string failureDocument(const std::vector<ErrorText>& errors);
 std::string failureLine(const std::vector<ErrorText>& errors);
 
-/// One line each, for a reader that takes a line as soon as it is there.
+/// One line each, for a reader that processes lines as they arrive.
 std::string line(const TrashedApp& found);
 std::string requestLine(const AppTarget& requested);
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// Documents of the user's settings; see json_output.h for their form.
+/// Documents of the user's settings; for their format see json/output.h.
 namespace tidwen::json {
 
 std::string document(const std::set<std::string>& protectedIDs);

@@ -6,13 +6,13 @@
 
 #include <string>
 
-/// Documents of startup items and permissions; see json_output.h for their form.
+/// Documents of startup items and permissions; for their format see json/output.h.
 namespace tidwen::json {
 
 /// The items in display order, each with its switch ("on", "off", "none", "systemSettings") in "switchState".
 std::string document(const StartupItemsModel& model);
 std::string document(const PermissionAudit::Result& audit);
-/// The program's own standing.
+/// The permissions of this program.
 std::string document(const PermissionsModel& model);
 
 } // namespace tidwen::json

@@ -6,12 +6,12 @@
 
 #include <string>
 
-/// Documents of what sweeps find; see json_output.h for their form.
+/// Documents of sweep results; for their format see json/output.h.
 namespace tidwen::json {
 
-/// Piece by piece: a sweep may find hundreds of thousands of traces.
+/// Written in parts: a sweep may find hundreds of thousands of traces.
 void write(const OrphanScanResult& orphans, const JsonStream::Sink& sink);
-/// `folder`: the one that was to be looked at.
+/// `folder`: the searched folder.
 std::string document(const InstallerScanResult& installers, const Path& folder);
 
 } // namespace tidwen::json
