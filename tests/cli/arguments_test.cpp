@@ -83,7 +83,7 @@ TEST(Arguments, EndsEarlyWithTheRightStatus) {
     const struct {
         std::vector<const char*> words;
         int status;
-        const char* text; ///< part of what is printed
+        const char* text; ///< part of the output
     } cases[] = {
         {{"--version"}, 0, "tidwen "},
         {{"apps", "--version"}, 0, "tidwen "},

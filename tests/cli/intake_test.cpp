@@ -38,7 +38,7 @@ TEST_F(IntakeTest, AWordMeansOneApplicationOrSaysWhyNot) {
     const auto host = [&](const char* path) { return volume_.host(path).string(); };
     const struct {
         std::string word;
-        std::string expected; ///< the Mac path, or the key of the refusal
+        std::string expected; ///< the Mac path, or the key of the error
     } cases[] = {
         {"/Applications/Marlin Notes.app", "/Applications/Marlin Notes.app"},
         {"/Applications/Marlin Notes.app/", "/Applications/Marlin Notes.app"},
@@ -46,7 +46,7 @@ TEST_F(IntakeTest, AWordMeansOneApplicationOrSaysWhyNot) {
         {"marlin notes.APP", "/Applications/Marlin Notes.app"},
         {"COM.marlinworks.notes", "/Applications/Marlin Notes.app"},
         {"Cafe\u0301 Sync", "/Applications/Caf\u00e9.app"}, // decomposed
-        {"caf\u00e9", "/Applications/Caf\u00e9.app"},       // by its file
+        {"caf\u00e9", "/Applications/Caf\u00e9.app"},       // by its file name
         {host("/Applications/Twin.app"), "/Applications/Twin.app"},
         {host("/Users/alice/Applications/Twin.app") + "/", "/Users/alice/Applications/Twin.app"},
         {"com.example.two", "/Users/alice/Applications/Twin.app"},

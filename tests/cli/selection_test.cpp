@@ -39,7 +39,7 @@ Trace permissions() {
                      Reversibility::irreversibleHarmless, "com.example.app", std::nullopt, false);
 }
 
-/// What was found for one application with something of every sort.
+/// The result for one application with traces of every kind.
 std::vector<ScanResult> everySort() {
     return {result("/Applications/A.app",
                    {bundle("/Applications/A.app"), file("/L/safe"),
@@ -68,7 +68,7 @@ TEST(Selection, TakesWhatTheRequestNames) {
     const struct {
         const char* why;
         SelectionRequest request;
-        Names expected; ///< or the key of the refusal
+        Names expected; ///< or the key of the error
         RemovalMode mode = RemovalMode::uninstall;
     } cases[] = {
         {"a reset keeps the application", {.tiers = std::set{safe}}, {"/L/safe"}, RemovalMode::reset},
@@ -133,7 +133,7 @@ TEST(Selection, SelectorsMayBePathsOfThisMachine) {
 
 TEST(Selection, ReadsTiers) {
     using enum TraceRisk;
-    const Texts texts; // keys stand for the titles
+    const Texts texts; // prints keys as titles
     EXPECT_EQ(parseTiers({"safe, risk.Review.title", "SENSITIVE"}, texts),
               (std::set{safe, review, sensitive}));
     EXPECT_EQ(parseTiers({"safe,"}, texts).error(), (Message{"cli.risk.unknown %@", {""}}));

@@ -12,7 +12,7 @@
 namespace tidwen {
 namespace {
 
-/// What reaches standard output when `print` writes to a console that is no terminal.
+/// The output of `print` on a console that is no terminal.
 template<class Print>
 std::string printed(Print print) {
     const test::TemporaryFolder folder;
@@ -31,7 +31,7 @@ TEST(Table, ColumnsStandBelowOneAnotherAsATerminalShowsThem) {
     using enum Table::Align;
     Table table({left, right, left, left});
     table.add({{"Name", Style::strong}, {"Size"}, {""}, {"Path"}});
-    table.add({{"\u5199\u4f5c"}, {"12 MB"}, {""}, {"/a"}}); // two letters, four columns
+    table.add({{"\u5199\u4f5c"}, {"12 MB"}, {""}, {"/a"}}); // two characters, four columns
     table.add({{"Cafe\u0301"}, {"7"}, {""}, {"/b"}});       // five code points, four columns
     table.add({{"x\n"}});
     EXPECT_EQ(printed([&](Console& console) { table.print(console, 1); }), " Name   Size  Path\n"

@@ -1,4 +1,4 @@
-"""docs/json.md as a schema: checks each document that a test prints, and notes which of its fields and values were seen."""
+"""docs/json.md as a schema: checks each document that a test prints, and records the fields and values seen."""
 import atexit
 import json
 import os
@@ -16,7 +16,7 @@ CHECKS = {
 
 
 class Description:
-    """What the page says: `commands` maps words to a type, `records` a name to {field: (type, is optional)}."""
+    """The content of the page: `commands` maps words to a type, `records` a name to {field: (type, is optional)}."""
 
     def __init__(self, page: str):
         self.commands, self.records, self.failures = {}, {}, set()
@@ -41,7 +41,7 @@ class Description:
                     self.commands[tuple(words.split())] = cells[1]
 
     def everything(self):
-        """Each field, and each value of an enumeration, as `check` notes them."""
+        """All fields and enumeration values, in the form `check` records them."""
         for record, fields in self.records.items():
             for field, (type_, _) in fields.items():
                 yield f"{record}.{field}"
@@ -49,7 +49,7 @@ class Description:
                     yield from (f"{record}.{field}={value}" for value in re.findall(r"`([^`]+)`", type_))
 
     def type_for(self, words):
-        """By the command that the words call: its longest form whose words are all there, `APP` being any."""
+        """The type for a call: that of the longest command form that the words match; `APP` matches any word."""
         given = [word for word in map(str, words) if word not in ("--json", "--yes", "--quiet")]
         best = ()
         for form in self.commands:
@@ -61,7 +61,7 @@ class Description:
         return self.commands[best]
 
     def check(self, words, value):
-        """Raises when the document is not as described; else what was seen of it."""
+        """Raises if the document differs from the description; returns the fields and values seen."""
         seen = set()
         is_failure = isinstance(value, dict) and set(value) == {"error"}
         self._check(value, "`Failure`" if is_failure else self.type_for(words), words[0], seen)
@@ -101,14 +101,14 @@ SEEN = set()
 
 
 def check(words, output):
-    """Of a call with `--json`: `words` begin with the command. Several documents, as `watch` prints them, are lines."""
+    """Checks the output of a call with `--json`: `words` begin with the command. `watch` prints a document per line."""
     documents = output.splitlines() if words[0] == "watch" else [output]
     for document in documents:
         SEEN.update(DESCRIPTION.check(words, json.loads(document)))
 
 
 def note_seen_for(test: str):
-    """Leaves what was seen for documents_test.py when the test ends."""
+    """Saves what was seen for documents_test.py when the test ends."""
     folder = os.environ.get("TIDWEN_DOCUMENTS_SEEN")
     if folder:
         Path(folder).mkdir(exist_ok=True)

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Everything that docs/json.md describes is printed: by the tests of the terminal, which ran before, and by what is
-provoked here. Usage: documents_test.py TIDWEN"""
+"""Everything that docs/json.md describes is printed, by the command line tests, which run first, or by the calls here.
+Usage: documents_test.py TIDWEN"""
 import json
 import os
 import plistlib
@@ -14,15 +14,15 @@ sys.path.insert(0, str(Path(__file__).resolve().parent / "command_line"))
 import terminal  # noqa: E402
 from terminal import VolumeTest, documents  # noqa: E402
 
-# What only a race, a fault of the disk, a lack of rights or more files than a test can write brings about. The tests
-# of the layers below hold these.
+# Requires a race, a disk fault, missing permissions or more files than a test can write. Covered by tests of
+# lower layers.
 NOT_PROVOKED = """
 AppUsage.useCount InstalledApp.isSizePartial Gap.reason=uncounted Gap.reason=unreadable Immovable.reason=noRights MatchReason.kind=executableName
 OperationKind.kind=quitApplication OwnPermissions.fullDiskAccess=denied OwnPermissions.fullDiskAccess=indeterminate
 RemovalReport.leftOut RemovalReport.unsettled StartupOwner.kind=registered Trace.leftKey=left.leftOut Trace.leftKey=left.mayHoldOthers
 Trace.leftKey=left.permanent Trace.mayHoldOthers UsageEvidence.kind=launchRecord
 """
-# Seen only where the kernel allows the root of a Mac.
+# Printed only where the kernel allows a Mac-like root.
 ON_A_MAC = """
 OperationKind.isSystemKeychain OperationKind.kind=deleteKeychainItem OperationKind.service
 RemovalOperation.reversibility=irreversibleDestructive RemovalReport.manifestFailure Trace.category=keychain
@@ -142,7 +142,7 @@ class Documents(VolumeTest):
         self.call("requests", "post", "Kip")
         watching = subprocess.Popen([terminal.PROGRAM, "--volume", self.volume, "watch", "--json"], text=True,
                                     env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-        found = [watching.stdout.readline()]  # it watches
+        found = [watching.stdout.readline()]  # it is watching
         os.rename(self.volume / "Applications/Lumen.app", self.home / ".Trash/Lumen.app")
         found.append(watching.stdout.readline())
         watching.terminate()
@@ -150,7 +150,7 @@ class Documents(VolumeTest):
         documents.check(["watch"], "".join(found))
         self.assertEqual([json.loads(line)["requested"] for line in found], [True, False])
 
-    def test_that_everything_described_was_printed(self):  # runs last, by its name
+    def test_that_everything_described_was_printed(self):  # runs last because of its name
         printed = set(documents.SEEN)
         earlier = {file.name: file for file in Path(os.environ["TIDWEN_DOCUMENTS_SEEN"]).iterdir()}
         for file in earlier.values():

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Installs the build elsewhere and uses what lies there. Usage: install_test.py CMAKE BUILD"""
+"""Installs the build in another folder and runs it there. Usage: install_test.py CMAKE BUILD"""
 import os
 import pathlib
 import subprocess

@@ -6,7 +6,7 @@
 
 namespace tidwen::test {
 
-// Entries of manifests as a removal writes them, for tests.
+// Manifest entries as a removal writes them, for tests.
 
 inline const Timestamp runDate = *parseIso8601("2026-11-14T17:26:00Z");
 

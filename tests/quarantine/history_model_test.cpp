@@ -42,11 +42,11 @@ class History : public testing::Test {
     void drain() { queues.settle(); }
 
     TemporaryVolume volume;
-    UserEnvironment user{alice().home, ::geteuid(), {}, {}}; // who owns what the test writes
+    UserEnvironment user{alice().home, ::geteuid(), {}, {}}; // owner of what the test writes
     RecordingLog log;
     RecordingRunner runner;
     MemoryDefaults settings;
-    Texts texts; // keys stand for themselves
+    Texts texts; // prints keys
     SteppedQueues queues;
     MainQueue &main = queues.main, &background = queues.background;
     AdminScriptRunnerError prompt{AdminScriptRunnerError::Kind::authorizationCancelled};
@@ -64,7 +64,7 @@ TEST_F(History, CountsRunsForWhichTheBudgetDoesNotSuffice) {
     const ReadBudget budget({.bytes = static_cast<std::int64_t>(first) + 1});
     EXPECT_EQ(loadHistory(user, volume.files(), false, budget).size(), 1u);
     EXPECT_EQ(budget.leftOut(), 2u);
-    // Runs that cannot be read for lack of budget are not called unfinished.
+    // Runs not read because the budget was exhausted are not reported as unfinished.
     for (const auto* name : {"0 first", "1 second"})
         EXPECT_TRUE(writeJournal({.createdAt = runDate, .quarantineRoot = folder(name)},
                                  folder(name) / journalFileName, volume.files()));
@@ -79,7 +79,7 @@ TEST_F(History, LooksForItemsSpendTheBudgetToo) {
     run("b", 0);
     static int looks;
     looks = 0;
-    // Every reading of the clock takes a second of the four.
+    // Each reading of the clock takes one second of four.
     const ReadBudget budget({}, [] { return std::chrono::nanoseconds(std::chrono::seconds(++looks)); });
     EXPECT_THAT(loadHistory(user, volume.files(), false, budget), IsEmpty());
     EXPECT_EQ(budget.leftOut(), 2u);
@@ -99,7 +99,7 @@ TEST_F(History, AWordMeansTheRunOfThatName) {
         {"Tidwen - OTHER", "Tidwen - OTHER"},
         {"Tidwen - Too much", "Tidwen - Too much"},
         {"1", "history.run.numbersUncertain %lld"},
-        {"5", "history.run.unknown %@"}, // those that were cut off have no number
+        {"5", "history.run.unknown %@"}, // interrupted runs have no number
         {"Kip", "history.run.unknown %@"},
         {"tidwen - kip", "history.run.ambiguous %@ %@"},
         {folder("other").string(), "history.run.ambiguous %@ %@"},
@@ -186,7 +186,7 @@ TEST_F(History, UndoLocksOutTheRestAndReloads) {
     ASSERT_THAT(names(), ElementsAre("One", "Two"));
     EXPECT_EQ(model.entries.get()[0].pendingMoves, 0);
 
-    model.undo(entries[0]); // as a list would that another process has overtaken
+    model.undo(entries[0]); // as from a list that another process has made outdated
     drain();
     EXPECT_EQ(model.errorMessage(), "history.undo.nothingLeft Tidwen - One");
 }
@@ -207,7 +207,7 @@ TEST_F(History, RefusalsLeaveTheListAndAreToldUnlessThePromptWasDismissed) {
     EXPECT_EQ(model.errorMessage(), "unreadable");
     settings.fault.reset();
     auto stranger = user;
-    stranger.userID += 1; // so that everything in the folder is somebody else's
+    stranger.userID += 1; // so that everything in the folder has another owner
     QuarantinePurge asking(
         volume.files(), stranger, [this](const std::string&) { return tl::unexpected(prompt); }, log);
     HistoryModel dismissed({volume.files(), undoService, asking, settings, texts, main, background}, user);

@@ -50,7 +50,7 @@ TEST_F(Purge, AgeDecidesWhatExpires) {
     const auto future = run("Future", now + day);
     const auto byAWrongClock = run("Wrong", *parseIso8601("2001-01-01T00:10:00Z"));
     EXPECT_EQ(purger().purgeExpired(0, now + day * 900), 0);
-    user.userID += 1; // never a prompt, and never one half of a run
+    user.userID += 1; // never a prompt, and never part of a run
     EXPECT_EQ(purger().purgeExpired(7, now), 0);
     EXPECT_TRUE(volume.exists((older / "0001/Notes").string()));
     user.userID -= 1;
@@ -102,7 +102,7 @@ TEST_F(Purge, ARunInWhichTheUsersFoldersLieStays) {
 TEST_F(Purge, LinksThatAppearLeadNowhere) {
     volume.write("/Users/alice/Documents/letter.txt", "of the user");
     const auto root = run("Swapped"), beside = run("Beside");
-    user.userID += 1; // so that there is a prompt, during which anything may happen
+    user.userID += 1; // causes a prompt, during which anything may happen
     QuarantinePurge purge(
         volume.files(), user,
         [&](const std::string&) {
@@ -142,7 +142,7 @@ TEST(PurgeScript, QuotesPaths) {
 }
 
 TEST_F(Purge, AsksOnlyForForeignItems) {
-    const auto mine = run("Mine"); // first: it tells who owns the items
+    const auto mine = run("Mine"); // first, to determine the owner of the items
     EXPECT_EQ(purger().purge({mine})->removedFolders, 1);
     EXPECT_TRUE(scripts.empty());
 
@@ -160,7 +160,7 @@ TEST_F(Purge, AsksOnlyForForeignItems) {
         EXPECT_EQ(failed.kind, Kind::elevatedDeleteFailed);
         EXPECT_EQ(Texts().text(*failed.describe()), "mv: 100% %@ no");
     }
-    // No name that something elsewhere might have; after a kill the next start gives it its own again.
+    // The name is unique; after a kill the next start restores the original name.
     const auto item = scripts.back().substr(scripts.back().find("/.tidwen-purge-") + 1);
     EXPECT_EQ(item.find("-0001' \"$d/0\""), std::string(".tidwen-purge-").size() + 36) << item;
     const auto hidden = root / item.substr(0, item.find('\''));
@@ -174,7 +174,7 @@ TEST_F(Purge, AsksOnlyForForeignItems) {
     EXPECT_EQ(QuarantinePurge(volume.files(), user, std::nullopt, log).purge({alone})->removedFolders, 1);
 }
 
-/// Says of some items that this process may not delete them.
+/// Reports some items as not deletable by this process.
 struct FilesOfOthers : WatchedFiles {
     FilesOfOthers(FileSystem& files, Path others) : WatchedFiles(files), others_(std::move(others)) {}
     FileResult<bool> holdsOthersItems(const Path& item, std::optional<std::uint32_t> ownerID) override {

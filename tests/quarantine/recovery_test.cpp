@@ -68,7 +68,7 @@ TEST_F(Recovery, KeepsWhatReallyLiesInQuarantine) {
 }
 
 TEST_F(Recovery, KeepsTheJournalWhileAnItemIsUnaccountedFor) {
-    // On the way from one disk to another: the original stands aside, the copy has not got its name yet.
+    // In the middle of a move between disks: the original is set aside, the copy does not have its name yet.
     const std::string caches = "/Users/alice/Library/Caches/";
     const struct {
         const char* what;
@@ -119,7 +119,7 @@ TEST_F(Recovery, HistoryAlsoTellsOfRunsThatAreNoEntries) {
     volume.write((folder("Damaged") / manifestFileName).string(), "{");
     volume.write((folder("Cut") / journalFileName).string(), "{");
     volume.makeFolder(folder("Nothing").string());
-    // Under other names than their records have.
+    // Under names other than recorded.
     ASSERT_TRUE(writeManifest({.quarantineRoot = folder("Away")}, folder("Moved") / manifestFileName,
                               volume.files()));
     fs::copy(volume.host(root.string()), volume.host(folder("Notes copy").string()));
@@ -231,7 +231,7 @@ TEST_F(Recovery, FindsItemsWhoseNamesAnotherDiskSpelled) {
     const std::string composed = "Caf\u00e9", decomposed = "Cafe\u0301";
     const struct {
         const char* what;
-        std::vector<std::string> lying; ///< in the item's numbered folder
+        std::vector<std::string> lying; ///< present in the item's numbered folder
         std::string found;              ///< empty: the journal stays
     } cases[] = {
         {"decomposed", {decomposed}, decomposed},

@@ -28,7 +28,7 @@ class Undo : public testing::Test {
         manifest.quarantineRoot = root;
     }
 
-    /// Adds a move, and the item in quarantine with its own source as content.
+    /// Adds a move, and the item in quarantine with its source path as content.
     void quarantined(int id, const std::string& source, bool requiresRoot = false) {
         manifest.entries.push_back(moveEntry(id, root, source, requiresRoot));
         volume.write(*manifest.entries.back().destination, source);
@@ -153,7 +153,7 @@ TEST_F(Undo, TakesTheJournalOfARunThatHasNoManifest) {
     EXPECT_EQ(readHistoryEntry(root, volume.files())->totalMoves, 1);
     EXPECT_EQ(service.undoRun(root).error().key, "history.undo.nothingLeft %@");
 
-    // Beside a damaged manifest it counts the same, and what lies nowhere is named.
+    // The same beside a damaged manifest; missing items are reported.
     manifest.entries.resize(1);
     quarantined(3, "/Users/alice/Library/Caches/again");
     manifest.entries.push_back(moveEntry(4, root, "/Users/alice/Library/Caches/gone"));
@@ -228,7 +228,7 @@ TEST_F(Undo, TakesAwayTheOldNameThatAnEarlierOneLeft) {
 TEST_F(Undo, AForgedManifestDoesNotHoldTheLockForHours) {
     for (int number = 1; number <= 5'000; ++number)
         manifest.entries.push_back(moveEntry(number, root, fmt::format("/Library/Caches/{}", number)));
-    // Items that look as if an undo had been cut off while it moved them, and names that are all taken.
+    // Items that an interrupted undo seems to have left, and names that are all taken.
     for (int number = 2; number <= 100; ++number)
         volume.write(fmt::format("/Library/Caches/taken {}", number), "");
     volume.write("/Library/Caches/taken", "");
@@ -358,7 +358,7 @@ TEST_F(Undo, AHostileManifestMovesNothing) {
 
 TEST_F(Undo, ATakenPlaceGivesTheNextFreeName) {
     const Path folder("/Users/alice/Library/Caches");
-    std::string longName = ".plist"; // with a number it would be too long, and a cut may split a letter
+    std::string longName = ".plist"; // too long with a number, and a cut may split a character
     while (longName.size() < 254)
         longName.insert(0, "é");
     for (const std::string taken :

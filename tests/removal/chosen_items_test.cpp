@@ -127,7 +127,7 @@ TEST(RemovalSummary, AndItsWords) {
     const struct {
         const char* why;
         std::vector<Trace> selection;
-        Names lines; ///< summary, tiers, then what else there is to say
+        Names lines; ///< summary, tiers, then the other lines
     } cases[] = {
         {"nothing counts", {trace("/a", manualOnly, 5)}, {"confirm.summary 0 0 bytes"}},
         {"tiers in order, sizes where known",

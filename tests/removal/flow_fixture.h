@@ -13,7 +13,7 @@
 
 namespace tidwen::test {
 
-/// The flow over a volume with four applications and an orphan, stepped by hand.
+/// The flow on a volume with four applications and an orphan, run step by step.
 class FlowFixture : public SteppedQueues {
   public:
     FlowFixture() {
@@ -56,7 +56,7 @@ class FlowFixture : public SteppedQueues {
     MemoryDefaults defaults;
     FixedClock clock;
     FakeApplications running;
-    Texts texts; // keys stand for themselves
+    Texts texts; // prints keys
 
   private:
     std::unique_ptr<ResidueScanner> makeScanner() {

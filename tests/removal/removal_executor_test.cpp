@@ -228,7 +228,7 @@ TEST_F(Executor, AJobWhoseAnswerWasLostIsLookedForByItsPropertyList) {
             return Message{answer};
         };
         const auto report = execute(plan);
-        // After a time-out the batch's shell may still move the other one.
+        // After a timeout the batch's shell may still move the other one.
         const bool mayGoOn = answer == std::string("failure.timedOut");
         EXPECT_EQ(report->manifestFailure.has_value(), mayGoOn);
         EXPECT_EQ(hasJournal(), mayGoOn);
@@ -264,10 +264,10 @@ TEST(UnmovableItems, KeepAnApplicationWithItsData) {
     } cases[] = {
         {{}, {}},
         {{"/open/cache", "/Applications/A.app"}, {}},
-        {{"/open/cache", "/closed/log", "/Applications/A.app"}, {}}, // the log fails alone
+        {{"/open/cache", "/closed/log", "/Applications/A.app"}, {}}, // only the log fails
         {{"/open/cache", "/closed/log", "/closed/A.app"}, {"/closed/log", "/closed/A.app"}},
         {{"/closed/log"}, {"/closed/log"}},
-        {{"/gone"}, {}}, // fails alone, and says so
+        {{"/gone"}, {}}, // only this fails, with its reason
     };
     asUnprivileged([&] {
         for (const auto& c : cases) {

@@ -31,7 +31,7 @@ TEST(RemovalFlow, FollowsItsTableAndNothingElse) {
     struct Row {
         const char* stage;
         Step reach;
-        std::map<std::string, std::string> next; ///< by event; every other event changes nothing
+        std::map<std::string, std::string> next; ///< by event; every other event is ignored
     };
     const auto home = [](const Stage& stage) { return [stage](FlowFixture& b) { b.model->show(stage); }; };
     const std::map<std::string, std::string> fromHome = {

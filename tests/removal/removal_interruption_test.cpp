@@ -43,7 +43,7 @@ TEST(RemovalFlow, AsksAboutEachApplicationThatDoesNotQuit) {
 }
 
 TEST(RemovalFlow, StopsBeforeTheFirstStepWithoutATrace) {
-    for (const int rounds : {0, 1, 2, 3}) { // of the refusals, the quit question, the run
+    for (const int rounds : {0, 1, 2, 3}) { // main-thread rounds: refusal checks, quit question, run
         SCOPED_TRACE(rounds);
         FlowFixture fixture;
         fixture.review({"Alpine"});

@@ -27,8 +27,8 @@ struct Payload {
     std::string operator()(const auto&) const { return ""; }
 };
 
-/// "3 root move /a -> /b, reversible": everything of an operation that the plan decides. What is shown of it
-/// stands behind when it is not what the line says anyway.
+/// "3 root move /a -> /b, reversible": everything in an operation that the plan decides. The displayed name
+/// follows if the line does not already contain it.
 std::string line(const RemovalOperation& each) {
     const auto payload = std::visit(Payload(), each.kind);
     const bool isPlain = payload.substr(0, payload.find(" -> ")) == each.displayName;

@@ -23,8 +23,8 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
 inline constexpr const char* filterOption = "--filter";
 std::string searchText(const Arguments& arguments);
 
-/// Asks for confirmation. True with "--yes" or after a yes; otherwise prints that nothing was done or, where
-/// no question can be asked, the text `refusal`.
+/// Asks for confirmation. True with "--yes" or after a yes. Otherwise refuses: with the text `refusal` where
+/// no question can be asked, else because the user declined.
 bool agreed(const CommandContext& context, const std::string& question, std::string_view refusal);
 
 /// The error if one of `removalOptions` other than `meaningful` was given to a call that removes nothing: the

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Journeys over the commands around a removal, on the sample volume. Usage: around_test.py TIDWEN"""
+"""Tests the commands around a removal end to end, on the sample volume. Usage: around_test.py TIDWEN"""
 import fcntl
 import json
 import os
@@ -17,7 +17,7 @@ from terminal import RESTORED_NEVER, VolumeTest, snapshot
 
 class Around(VolumeTest):
     def test_nothing_of_the_account_is_touched(self):
-        """What the environment redirects stays redirected, also on a Mac, whose own settings do not ask the environment."""
+        """Folders set in the environment are used, also on a Mac, whose own settings ignore the environment."""
         def account():
             own = Path(pwd.getpwuid(os.getuid()).pw_dir)
             found = [own / place for place in (
@@ -263,7 +263,7 @@ class Around(VolumeTest):
         watching = subprocess.Popen([terminal.PROGRAM, "--volume", self.volume, "watch"], env=self.environment,
                                     stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
         try:
-            self.assertIn("Kip", watching.stdout.readline())  # was waiting
+            self.assertIn("Kip", watching.stdout.readline())  # waited in the inbox
             watching.stdout.readline()
             self.call("requests", "post", "Marlin Notes")
             self.assertIn("Marlin Notes", watching.stdout.readline())

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Volumes, homes, manifests and settings as accidents and strangers leave them: clear words, the right status,
-nothing lost. Usage: bad_input_test.py TIDWEN"""
+"""Damaged and hostile volumes, homes, manifests and settings: clear messages, the right status, nothing lost.
+Usage: bad_input_test.py TIDWEN"""
 import fcntl
 import json
 import os
@@ -28,7 +28,7 @@ class BadInput(VolumeTest):
         return bundle
 
     def ticked(self, app):
-        """What a removal of the application takes without further choice."""
+        """The default selection of the application."""
         plan = self.call("remove", app, "--dry-run", "--json").json
         return {step["kind"]["source"] for step in plan if step["kind"]["kind"] == "move"}
 

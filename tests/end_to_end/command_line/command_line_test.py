@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Whole journeys over the real program on the sample volume. Usage: command_line_test.py TIDWEN"""
+"""Tests the real program end to end on the sample volume. Usage: command_line_test.py TIDWEN"""
 import json
 import os
 import plistlib
@@ -11,8 +11,8 @@ import unittest
 import terminal
 from terminal import Snapshot, VolumeTest, snapshot
 
-# What an undo does not bring back: the run's own folder stays for the record, and permissions that were reset
-# are for macOS to ask again.
+# What an undo does not restore: the run's folder stays as a record, and macOS asks again for reset
+# permissions.
 NOT_RESTORED = ("Users/alice/.Trash/Tidwen - ", "Users/alice/Library/Application Support/com.apple.TCC",
                 "Library/Application Support/com.apple.TCC")
 HERS = ("Documents", "Desktop", "Downloads", "Pictures")
@@ -33,7 +33,7 @@ class Journey(VolumeTest):
         self.assertEqual({t["category"] for t in traces},
                          {"application", "supportFiles", "preferences", "caches", "containers", "logs", "launchItems",
                           "privilegedTools", "receipts", "permissions", "systemExtensions"})
-        reasons = {t["reason"]["kind"] for t in traces + self.traces("Marlin Notes")}  # alone, it shares a group
+        reasons = {t["reason"]["kind"] for t in traces + self.traces("Marlin Notes")}  # when scanned alone, it shares a group
         self.assertLessEqual({"exactBundleID", "receipt", "appGroup", "sharedAppGroup", "nameToken", "declaredTarget"},
                              reasons)
         self.assertEqual({t["action"]["kind"] for t in traces},
@@ -79,7 +79,7 @@ class Journey(VolumeTest):
         hers = [snapshot(self.home / folder) for folder in HERS]
         before = snapshot(self.volume, *NOT_RESTORED)
         apps = [app["url"] for app in self.call("apps", "--json").json]
-        # What Harbor VPN was granted by its path is still there after the reset, so not all is done.
+        # The grant to Harbor VPN by path remains after the reset, so the run is incomplete.
         report = self.call("remove", *apps, "--risk", "safe,review,sensitive", "--yes", "--json", status=1).json
         self.assertEqual([r for r in report["results"] if not r["succeeded"]], [])
         self.assertEqual(self.call("apps", "--json").json, [])
@@ -174,7 +174,7 @@ class Refusals(VolumeTest):
             self.refuse("remove", f"/Applications/{name}.app", "--yes", saying=f"{name}.app: ")
         self.refuse("remove", "/Applications/Folder", "--yes", saying="not an application")
         self.assertEqual(len(self.call("apps", "--json").json), len(list(apps.glob("*.app"))) - 11 + 3)
-        # One refusal does not keep the others out.
+        # One refusal does not prevent the others.
         run = self.call("remove", "/Applications/File.app", "Kip", "--dry-run", "--json", status=1)
         self.assertTrue(run.json and "File.app: " in run.errors)
         self.assertEqual(snapshot(self.volume), before)
@@ -187,7 +187,7 @@ class Refusals(VolumeTest):
         caches = os.fsencode(self.home / "Library/Caches/com.example.evil")
         for end in (b".\xff\xfe", b".\n\x1b]0;title\x07", b"." + b"y" * (255 - len(b"com.example.evil."))):
             os.mkdir(caches + end)
-        run = self.call("scan", "com.example.evil", status=1)  # a name that is no text is left out
+        run = self.call("scan", "com.example.evil", status=1)  # a name that is not valid UTF-8 is skipped
         for control in "\x1b\r\x07\u202e":
             self.assertNotIn(control, run.output)
         run = self.call("remove", "com.example.evil", "--yes", "--json", status=1)

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Updates, crash reports and the review reminder in the real program. Usage: services_test.py TIDWEN
-TIDWEN is built with the public key that belongs to SEED; its feed is served here, over HTTPS, on this machine."""
+TIDWEN is built with the public key of SEED; this test serves its feed over HTTPS."""
 import base64
 import http.server
 import json
@@ -14,7 +14,7 @@ from pathlib import Path
 import terminal
 from terminal import VolumeTest
 
-# The first test key of RFC 8032, known to everybody. DER: an Ed25519 private key is these bytes and its seed.
+# The first test key of RFC 8032. As DER, an Ed25519 private key is these bytes followed by its seed.
 SEED = bytes.fromhex("9d61b19deffd5a60ba844af492ec2cc44449c5697b326919703bac031cae7f60")
 DER_PREFIX = bytes.fromhex("302e020100300506032b657004220420")
 SIGN = Path(__file__).resolve().parents[3] / "script/sign-feed"
@@ -23,7 +23,7 @@ RELEASE = {"version": "99.0", "date": "2026-11-14T17:26:00Z", "url": "https://ex
 
 
 class Handler(http.server.BaseHTTPRequestHandler):
-    """Serves `files`, remembers the headers of each request."""
+    """Serves `files` and records the headers of each request."""
     files, redirects, seen = {}, {}, []
 
     def do_GET(self):
@@ -34,7 +34,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
         self.end_headers()
         try:
             self.wfile.write(self.files.get(self.path, b""))
-        except OSError:  # the client hung up on something too large
+        except OSError:  # the client closed the connection after too many bytes
             pass
 
     def log_message(self, *_):
@@ -99,7 +99,7 @@ class Services(VolumeTest):
                                      ("/round", 1, "redirects")]:
             self.set("updateFeed", f"https://{self.host}{path}")
             self.assertIn(saying, self.call("updates", status=status, volume=False).errors)
-        # A certificate that nobody vouches for.
+        # An untrusted certificate.
         self.addCleanup(self.environment.update, SSL_CERT_FILE=self.environment["SSL_CERT_FILE"])
         self.environment["SSL_CERT_FILE"] = str(self.key)
         self.set("updateFeed", f"https://{self.host}/feed.json")
@@ -108,7 +108,7 @@ class Services(VolumeTest):
     def test_a_crash_is_told_of_at_the_next_start(self):
         running = subprocess.Popen([terminal.PROGRAM, "--volume", self.volume, "watch"], env=self.environment,
                                    stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
-        running.stderr.readline()  # it watches
+        running.stderr.readline()  # it is watching
         running.send_signal(signal.SIGSEGV)
         running.communicate()
         self.assertEqual(running.returncode, -signal.SIGSEGV)
@@ -125,7 +125,7 @@ class Services(VolumeTest):
             printed = self.call_on_terminal("remove", "Kip", "--yes", answer=None)[1]
             asked.append("review helps" in printed)
             self.call("undo", "1")
-            if number == 2:  # where nobody sees it, it is counted all the same
+            if number == 2:  # counted even if the reminder is not shown
                 self.assertNotIn("review helps", self.call("remove", "Kip", "--yes", "--json").errors)
                 self.call("undo", "1")
         self.assertEqual(asked, [False, False, False, True, False, False])

@@ -1,4 +1,4 @@
-"""Runs the program on a volume as a person or a script would, and looks at what became of the disk."""
+"""Runs the program on a volume like a user or a script, and checks the disk."""
 import fcntl
 import json
 import os
@@ -16,14 +16,14 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 import documents  # noqa: E402
 
 PROGRAM = None  # set by the test's main()
-# What an undo does not bring back: the run's own folder stays for the record, and permissions that were reset are
-# for macOS to ask again.
+# What an undo does not restore: the run's folder stays as a record, and macOS asks again for reset
+# permissions.
 RESTORED_NEVER = ("Users/alice/.Trash", "Users/alice/Library/Application Support/com.apple.TCC",
                   "Library/Application Support/com.apple.TCC")
 
 
 def snapshot(root: Path, *left_out: str):
-    """Everything below `root`: mode, and content, link target or nothing. `left_out` are path prefixes."""
+    """Everything below `root`: mode, and content or link target. `left_out`: path prefixes."""
     found = Snapshot()
     for folder, folders, files in os.walk(os.fsencode(root)):
         for name in folders + files:
@@ -42,7 +42,7 @@ def snapshot(root: Path, *left_out: str):
 
 
 class Snapshot(dict):
-    """What `snapshot` found. Says of two that differ only where: a difference of whole volumes takes minutes."""
+    """The result of `snapshot`. A failed comparison lists only the paths: a full difference takes minutes."""
 
     def difference(self, other):
         paths = sorted(path for path in self.keys() | other.keys() if self.get(path) != other.get(path))
@@ -51,7 +51,7 @@ class Snapshot(dict):
 
 
 def command_of(words):
-    """The words from the command on: what stands before are global options."""
+    """The words from the command on, without the global options before it."""
     words = [str(word) for word in words]
     while words[0].startswith("-"):
         words = words[2 if words[0] in ("--volume", "--home") else 1:]
@@ -76,7 +76,7 @@ class Run:
 
 
 class VolumeTest(unittest.TestCase):
-    """A fresh sample volume per test, settings of its own, no influence of the machine's language."""
+    """A new sample volume and settings per test, independent of the machine's language."""
 
     @classmethod
     def setUpClass(cls):
@@ -94,8 +94,8 @@ class VolumeTest(unittest.TestCase):
     def setUp(self):
         self.addTypeEqualityFunc(Snapshot, self.assertSameSnapshot)
         self.volume = self.base / "volume"
-        # Hard links spare the copying; the program replaces files and never writes into one.
-        self.addCleanup(self.clear)  # last of all: after the programs that a test left running have ended
+        # Hard links are faster than copies; the program replaces files and never writes into them.
+        self.addCleanup(self.clear)  # runs last, after the programs left running by a test have ended
         shutil.copytree(self.sample, self.volume, symlinks=True, copy_function=os.link)
         self.home = self.volume / "Users/alice"
 
@@ -121,7 +121,7 @@ class VolumeTest(unittest.TestCase):
         return run
 
     def refuse(self, *words, saying, volume=True):
-        """Expects a refusal: status 2, nothing on standard output but a document of it, the reason on standard error."""
+        """Expects a refusal: status 2, at most its document on standard output, the reason on standard error."""
         run = self.call(*words, status=2, volume=volume)
         if "--json" in words:
             self.assertIn(saying, " ".join(run.json["error"]["reasons"]))
@@ -131,7 +131,7 @@ class VolumeTest(unittest.TestCase):
         return run
 
     def call_on_terminal(self, *words, answer=None, columns=0):
-        """Status and everything printed, the question answered with `answer`."""
+        """The status and the complete output; answers the question with `answer`."""
         child, terminal = pty.fork()
         if child == 0:
             fcntl.ioctl(0, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
@@ -140,7 +140,7 @@ class VolumeTest(unittest.TestCase):
         while True:
             try:
                 piece = os.read(terminal, 4096)
-            except OSError:  # how Linux says that the other side is gone
+            except OSError:  # Linux reports a closed terminal this way
                 break
             if not piece:
                 break

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The Trash watch and the setting behind it, on the sample volume. Usage: watch_test.py TIDWEN"""
+"""Tests the Trash watch and its setting on the sample volume. Usage: watch_test.py TIDWEN"""
 import json
 import os
 import queue
@@ -11,11 +11,11 @@ import threading
 import terminal
 from terminal import VolumeTest
 
-PATIENCE = 30  # seconds that a line may take on a busy machine
+PATIENCE = 30  # seconds to wait for a line on a busy machine
 
 
 class Watcher:
-    """A running `tidwen watch`; its lines as they come, of both streams."""
+    """A running `tidwen watch` and the lines of both its streams as they arrive."""
 
     def __init__(self, test, *words):
         self.process = subprocess.Popen([terminal.PROGRAM, "--volume", test.volume, "watch", *words], text=True,
@@ -27,7 +27,7 @@ class Watcher:
         test.addCleanup(self.end)
 
     def line(self, containing):
-        """The first line with this text; those before it are passed over and given too."""
+        """The lines up to the first one with this text."""
         passed = []
         while True:
             try:

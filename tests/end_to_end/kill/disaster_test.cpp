@@ -1,5 +1,5 @@
-// What else can go wrong around a removal: full and forbidden disks, items and folders that change under it.
-// Nothing is lost and nothing is touched that was not meant.
+// Other failures during a removal: full and read-only disks, items and folders that change meanwhile. Nothing
+// is lost, and no other item is moved.
 
 #include "end_to_end/kill/volume_memory.h"
 #include "quarantine/history.h"
@@ -33,7 +33,7 @@ class Disaster {
         for (const auto* item : {"Library/Caches/first/a", "Library/Caches/second/b"})
             writeFile(at("/Users/alice/") / item, item);
         fs::create_directories(at(trash));
-        // What stands between a step and the next one.
+        // Runs `between` after each step.
         watched_.answer = [this](const RemovalOperation& each) {
             auto reason = runner_.run({each}).front().failureReason;
             if (between) between();
@@ -59,7 +59,7 @@ class Disaster {
             .execute(plan, *layout, apps, RemovalMode::uninstall, Timestamp{});
     }
 
-    /// Everything that happened is taken back by the means that a user has.
+    /// Undoes everything with the user's commands and returns what differs.
     std::vector<std::string> changesAfterUndo() {
         recoverInterruptedRemovals(alice(), *files_, clock_, log_);
         for (const auto& run : loadHistory(alice(), *files_, false))
@@ -70,7 +70,7 @@ class Disaster {
         return memory_->changes();
     }
 
-    /// Leaves no byte free; `fs::remove(filler())` frees them.
+    /// Fills the disk completely; `fs::remove(filler())` frees the space.
     void fillDisk() const {
         std::ofstream filler(this->filler(), std::ios::binary);
         while (filler.write(std::string(4096, '\0').data(), 4096) && filler.flush()) {

@@ -1,5 +1,5 @@
-// The calls that change the disk fail, one run per call: the program says truthfully what it could not do,
-// and nothing is lost that a recovery and an undo do not bring back.
+// The calls that change the disk fail, one run per call: the program reports correctly what failed, and
+// recovery and undo restore everything.
 
 #include "end_to_end/kill/faulty_volume.h"
 
@@ -22,8 +22,8 @@ class Fail : public testing::TestWithParam<Disks> {
         if (const auto reason = sweepFaults(GetParam(), what, faults, runWith)) GTEST_SKIP() << *reason;
     }
 
-    /// It ended by itself, and who is told of success finds it complete, who is refused finds nothing
-    /// touched, and everybody else is told something.
+    /// The program exited normally. After success everything is complete, after a refusal nothing is changed,
+    /// otherwise an error is printed.
     static void expectTruth(const Ended& ended, const FaultyVolume& volume, bool isComplete) {
         EXPECT_THAT(ended.exitCode, testing::AllOf(testing::Ge(0), testing::Le(2))) << ended.hit;
         EXPECT_NE(ended.output, "") << ended.hit;
@@ -35,11 +35,11 @@ class Fail : public testing::TestWithParam<Disks> {
         }
     }
 
-    /// By the means that a user has, on a disk that is well again, all is as it was.
+    /// On a working disk the user's commands restore everything.
     static void expectPutBack(const FaultyVolume& volume, const Ended& after) {
         const auto recovered = volume.recover();
         EXPECT_EQ(recovered.exitCode, 0) << after.hit << "\n" << recovered.output;
-        const auto undone = volume.undo(); // refused when there is nothing to undo
+        const auto undone = volume.undo(); // refused if nothing can be undone
         EXPECT_NE(undone.exitCode, 1) << after.hit << "\n" << undone.output;
         EXPECT_EQ(volume.changes(), Words()) << after.hit << "\n"
                                              << after.output << recovered.output << undone.output;
@@ -93,7 +93,7 @@ TEST_P(Fail, APurgeSaysWhatItLeftAndIsMadeAgain) {
             EXPECT_TRUE(volume.isTrashCleared()) << ended.hit;
         } else {
             EXPECT_THAT(ended.output, testing::HasSubstr("/Users/alice/.Trash/Tidwen - ")) << ended.hit;
-            EXPECT_NE(volume.purge().exitCode, 1) << ended.hit; // refused when all but its folder was gone
+            EXPECT_NE(volume.purge().exitCode, 1) << ended.hit; // refused if only its folder was left
         }
         EXPECT_TRUE(volume.isTrashCleared()) << ended.hit;
         EXPECT_EQ(volume.itemsLeft(), left) << ended.hit;

@@ -1,16 +1,15 @@
-// Preloaded into a program: lets one of its calls that change the file system below a folder go wrong.
+// Preloaded into a program: makes one of its calls that change the file system below a folder fail.
 // clang-format off
 //   TIDWEN_FAULT_BELOW          the folder
 //   TIDWEN_FAULT_AT             the number of the call, from 1; 0: none
-//   TIDWEN_FAULT                "kill": the program ends there; "interrupt": Ctrl-C is pressed there; otherwise
-//                               the error (a number) that the call fails with
-//   TIDWEN_FAULT_LASTS          set: every later call fails with it too
-//   TIDWEN_FAULT_NOTE           file that gets the name and the place of the call that was hit
-//   TIDWEN_NO_EXCLUSIVE_RENAME  the error (a number) that every rename gets which must not replace anything
+//   TIDWEN_FAULT                "kill": the program is killed there; "interrupt": it gets Ctrl-C there;
+//                               otherwise the number of the error that the call fails with
+//   TIDWEN_FAULT_LASTS          if set, every later call fails too
+//   TIDWEN_FAULT_NOTE           file for the name and the path of the faulty call
+//   TIDWEN_NO_EXCLUSIVE_RENAME  the number of the error that every exclusive rename fails with
 // clang-format on
-// A write at which the program is killed gets half of its bytes through, as a disk may leave it. Flushes
-// never reach the disk: a killed process loses none of what it wrote, and hundreds of runs would wait for
-// them.
+// A write at which the program is killed writes half of its bytes, as may happen on a disk. Flushes are
+// omitted: a killed process loses nothing it wrote, and hundreds of runs would wait for them.
 
 #include <cerrno>
 #include <csignal>
@@ -78,7 +77,7 @@ void writeNote(const char* call, const std::string& place) {
     close(file);
 }
 
-/// Counts one call; true when it must go wrong.
+/// Counts a call; true if it must fail.
 bool isHit(const char* call, const std::string& place) {
     auto& now = settings();
     if (now.at <= 0 || now.below.empty() || place.compare(0, now.below.size(), now.below) != 0) return false;
@@ -93,7 +92,7 @@ bool isHit(const char* call, const std::string& place) {
         pause();
 }
 
-/// True when the call must fail, with `errno` set; does not come back from the one that kills.
+/// True if the call must fail, with `errno` set; does not return from a kill.
 bool fails(const char* call, const std::string& place) {
     if (!isHit(call, place)) return false;
     if (settings().kills) end();
@@ -105,7 +104,7 @@ bool fails(const char* call, const std::string& place) {
     return true;
 }
 
-/// A flush changes nothing that a kill could cut off, but it can fail.
+/// A flush changes nothing that a kill could interrupt, but it can fail.
 int flush(const char* call, int descriptor) {
     return !settings().kills && fails(call, placeOf(descriptor)) ? -1 : 0;
 }
@@ -115,7 +114,7 @@ int openCounted(const char* name, int folder, const char* path, int flags, mode_
     return next<int(int, const char*, int, ...)>(name)(folder, path, flags, mode);
 }
 
-/// The file system knows no rename that replaces nothing.
+/// The file system does not support exclusive renames.
 bool isRefused(unsigned renameFlags) {
     if (settings().renameError == 0 || !(renameFlags & RENAME_NOREPLACE)) return false;
     errno = settings().renameError;
@@ -128,7 +127,7 @@ mode_t modeOf(int flags, va_list arguments) {
 
 } // namespace
 
-// NOLINTBEGIN: these are the C library's own names and shapes.
+// NOLINTBEGIN: names and signatures of the C library.
 #define TIDWEN_BY_PATH(name, parameters, arguments, folder, path)                                            \
     extern "C" int name parameters {                                                                         \
         if (fails(#name, placeOf(folder, path))) return -1;                                                  \
@@ -191,7 +190,7 @@ extern "C" int renameat2(int d, const char* a, int e, const char* b, unsigned fl
     return next<int(int, const char*, int, const char*, unsigned)>("renameat2")(d, a, e, b, flags);
 }
 
-/// Gives its error instead of setting it.
+/// Returns its error instead of setting `errno`.
 extern "C" int posix_fallocate(int descriptor, off_t from, off_t length) {
     if (fails("posix_fallocate", placeOf(descriptor))) return errno;
     return next<int(int, off_t, off_t)>("posix_fallocate")(descriptor, from, length);
@@ -218,7 +217,7 @@ extern "C" int syncfs(int descriptor) {
     return flush("syncfs", descriptor);
 }
 
-/// What the C library has no function for, or what a program does without it.
+/// System calls without a C library function, or made directly.
 extern "C" long syscall(long number, ...) {
     va_list list;
     va_start(list, number);

@@ -22,10 +22,10 @@ namespace {
 
 const Words applications = {"/Applications/Marlin Notes.app", "/Applications/Zoë's \"Draw\".app"};
 
-/// A run that takes longer hangs.
+/// A longer run hangs.
 constexpr unsigned longestRunInSeconds = 60;
 
-/// As a C function takes them.
+/// As C functions expect them.
 std::vector<char*> pointersTo(Words& words) {
     std::vector<char*> pointers;
     pointers.reserve(words.size() + 1);
@@ -35,7 +35,7 @@ std::vector<char*> pointersTo(Words& words) {
     return pointers;
 }
 
-/// Runs a program to its end, its output in a file, and gives its status as `waitpid` does.
+/// Runs a program to completion with its output in a file; returns its status as `waitpid` does.
 int runToEnd(Words arguments, Words environment, const fs::path& output) {
     const auto words = pointersTo(arguments), variables = pointersTo(environment);
     const pid_t child = fork();
@@ -70,15 +70,15 @@ FaultyVolume::FaultyVolume(const fs::path& otherDisk, bool exclusiveRename)
         if (mount(otherDisk.c_str(), trash().c_str(), nullptr, MS_BIND, nullptr) != 0)
             throw std::runtime_error("cannot mount the other disk");
     }
-    fill(tag(trash())); // a move to a disk that cannot keep the attributes would be refused
+    fill(tag(trash())); // a move to a disk without extended attributes would be refused
     memory_.emplace(volume_.hostRoot());
 }
 
 FaultyVolume::~FaultyVolume() {
-    umount2(trash().c_str(), MNT_DETACH); // refused where nothing is mounted
+    umount2(trash().c_str(), MNT_DETACH); // fails if nothing is mounted
 }
 
-/// Items of the user and of the system, of every kind and with awkward names.
+/// Items of the user and the system, of every kind and with unusual names.
 void FaultyVolume::fill(bool withAttributes) const {
     writeBundle(volume_, applications[0], "com.example.marlin", "Marlin Notes");
     writeBundle(volume_, applications[1], "com.example.draw", "Zoë's \"Draw\"");

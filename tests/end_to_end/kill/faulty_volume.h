@@ -12,33 +12,32 @@
 
 namespace tidwen::test {
 
-// Runs the program on volumes of which one call goes wrong, or ends it: what the sweeps of faults are made
-// of.
+// Runs the program on volumes with one faulty call: the basis of the fault sweeps.
 
 using Words = std::vector<std::string>;
 
-/// What goes wrong in one run of the program (fault_at_call.cpp).
+/// The fault of one run of the program (fault_at_call.cpp).
 struct Fault {
-    int at = 0;                ///< number of the call that changes the disk, from 1; 0: nothing goes wrong
-    std::string kind = "kill"; ///< "interrupt", or the error, as a number
-    bool lasts = false;        ///< every later call fails too, as on a disk that is gone
+    int at = 0;                ///< number of the call that changes the disk, from 1; 0: none
+    std::string kind = "kill"; ///< "interrupt", or the error number
+    bool lasts = false;        ///< every later call fails too, as on a disconnected disk
 };
 
 /// How one run of the program ended.
 struct Ended {
     bool killed = false;
-    int exitCode = -1; ///< -1 when a signal ended it
+    int exitCode = -1; ///< -1 if a signal ended it
     std::string output;
-    std::string hit; ///< name and place of the call that went wrong; empty when the run ended before it
+    std::string hit; ///< name and path of the faulty call; empty if the run ended before it
 };
 
-/// The disks that a sweep runs on.
+/// The disks of a sweep.
 struct Disks {
-    bool trashElsewhere = false; ///< the Trash lies on another disk
-    bool exclusiveRename = true; ///< the file system can rename without replacing
+    bool trashElsewhere = false; ///< the Trash is on another disk
+    bool exclusiveRename = true; ///< the file system supports renames without replacing
 };
 
-/// A fresh volume of two applications with items of every kind, its Trash on `otherDisk` unless that is
+/// A new volume of two applications with items of every kind, with its Trash on `otherDisk` unless that is
 /// empty.
 class FaultyVolume {
   public:
@@ -52,15 +51,15 @@ class FaultyVolume {
     Ended undo(const Fault& fault = {}) const { return tidwen({"undo", "1", "--yes"}, fault); }
     Ended purge(const Fault& fault = {}) const { return tidwen({"purge", "1", "--yes"}, fault); }
 
-    /// What is not as it was before, the quarantine aside.
+    /// The differences from the initial state, except the quarantine.
     Words changes() const { return memory_->changes(); }
-    /// Mac paths of what is no folder and does not lie in the Trash.
+    /// Mac paths of items other than folders outside the Trash.
     Words itemsLeft() const;
-    /// Mac paths of items that a move between disks calls by a hidden name while it is at work.
+    /// Mac paths of the hidden items of moves between disks in progress.
     Words hiddenItems() const;
-    /// What the removal takes and is still there, also under a hidden name.
+    /// Removed items that still exist, also under a hidden name.
     Words takenItemsLeft() const;
-    /// Nothing is in the Trash but, at most, empty folders.
+    /// The Trash contains at most empty folders.
     bool isTrashCleared() const;
 
   private:
@@ -74,15 +73,15 @@ class FaultyVolume {
     std::optional<VolumeMemory> memory_;
 };
 
-/// Runs `runWith` on fresh volumes with a fault at the first call, the second, and so on, until it says that
-/// the run came to its end before the fault. To save time one call of TIDWEN_FAULT_STEP is tried (6 unless
-/// that is set; three times as many within one disk, where a run has few calls), with one fault after the
-/// other in turn; with 1 each call with every fault. Gives the reason when these disks cannot be had here.
+/// Runs `runWith` on new volumes with a fault at the first call, the second, and so on, until the run ends
+/// before the fault. To save time only one of TIDWEN_FAULT_STEP calls is tried (default 6; three times as
+/// many within one disk, where a run has few calls), with alternating faults; with 1 each call is tried with
+/// every fault. Returns the reason if these disks are unavailable here.
 std::optional<std::string> sweepFaults(const Disks& disks, const std::string& what,
                                        const std::vector<Fault>& faults,
                                        const std::function<bool(const FaultyVolume&, const Fault&)>& runWith);
 
-/// The disks as parameters of a test, and their names.
+/// The disks as test parameters with names.
 inline auto everyDisks() {
     return testing::Values(Disks{}, Disks{.trashElsewhere = true}, Disks{.exclusiveRename = false},
                            Disks{.trashElsewhere = true, .exclusiveRename = false});

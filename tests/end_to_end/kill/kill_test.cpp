@@ -1,5 +1,5 @@
-// The program is killed at the calls that change the disk, one run per call; whatever it was doing, the
-// volume can be brought back to exactly what it was.
+// The program is killed at the calls that change the disk, one run per call; afterwards the volume can always
+// be restored exactly.
 
 #include "end_to_end/kill/faulty_volume.h"
 
@@ -23,9 +23,10 @@ TEST_P(Kill, ARemovalCutOffAnywhereIsPutBack) {
             EXPECT_EQ(volume.itemsLeft(), Words{"/Users/alice/Library/Logs/keep me.log"});
             return true;
         }
-        const auto recovered = volume.recover({.at = 1, .kind = "interrupt"}); // and it ends the step at hand
+        const auto recovered =
+            volume.recover({.at = 1, .kind = "interrupt"}); // which stops after the current step
         EXPECT_EQ(recovered.exitCode, 0) << recovered.output;
-        const auto undone = volume.undo(); // refused when nothing had moved yet
+        const auto undone = volume.undo(); // refused if nothing had been moved
         EXPECT_NE(undone.exitCode, 1) << undone.output;
         EXPECT_EQ(volume.changes(), Words()) << ended.hit;
         EXPECT_EQ(volume.hiddenItems(), Words()) << ended.hit;
@@ -53,7 +54,7 @@ TEST_P(Kill, AnUndoCutOffAnywhereIsFinishedByTheNext) {
             EXPECT_EQ(volume.recover().exitCode, 0) << ended.hit;
             EXPECT_EQ(volume.hiddenItems(), Words()) << ended.hit;
         }
-        if (ended.killed) volume.undo(); // says which items were back already
+        if (ended.killed) volume.undo(); // reports the items already put back
         EXPECT_EQ(volume.changes(), Words()) << ended.hit << ended.output;
         return ended.hit.empty();
     });
@@ -65,7 +66,7 @@ TEST_P(Kill, APurgeCutOffAnywhereIsFinishedByTheNext) {
         const auto left = volume.itemsLeft();
         const auto ended = volume.purge(kill);
         if (ended.killed) {
-            EXPECT_NE(volume.purge().exitCode, 1) << ended.hit; // refused when all but its folder was gone
+            EXPECT_NE(volume.purge().exitCode, 1) << ended.hit; // refused if only its folder was left
         }
         EXPECT_TRUE(volume.isTrashCleared()) << ended.hit;
         EXPECT_EQ(volume.itemsLeft(), left) << ended.hit;

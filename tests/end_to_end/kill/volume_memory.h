@@ -7,12 +7,12 @@
 
 namespace tidwen::test {
 
-/// What a volume is to be again in the end: all of it but what Tidwen itself keeps in alice's Trash.
+/// The initial state of a volume, without Tidwen's own files in alice's Trash.
 class VolumeMemory {
   public:
     explicit VolumeMemory(std::filesystem::path root) : root_(std::move(root)), before_(look()) {}
 
-    /// The items that are not as they were, and those that are new.
+    /// Changed, missing and new items.
     std::vector<std::string> changes() const {
         std::vector<std::string> changed;
         const auto now = look();

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Runs the program on the Mac it runs on, in a root that is laid out like a Mac's: a mount namespace in which a volume
-is "/" and stand-ins lie at the paths of the tools. Exits with 77 where the kernel allows no such namespace.
+"""Runs the program for the running Mac in a root that is laid out like a Mac's: a mount namespace in which a volume is
+"/" and stand-ins are at the paths of the tools. Exits with 77 if the kernel does not allow such a namespace.
 Usage: mac_root_test.py PROGRAM"""
 import json
 import os
@@ -106,7 +106,7 @@ class MacRoot(unittest.TestCase):
         self.note("extensions", "*\t*\tABCDE12345\tcom.example.marlin.filter (1/1)\tFilter\t[activated enabled]\n")
 
     def tree(self):
-        """Every item of the volume outside the Trash: its mode, and its content or where it leads."""
+        """Every item of the volume outside the Trash: its mode, and its content or link target."""
         found = {}
         for item in (item for tree in TREES for item in self.at(tree).rglob("*")):
             if ".Trash" not in item.parts:
@@ -119,7 +119,7 @@ class MacRoot(unittest.TestCase):
             self.at(folder).chmod(mode)
 
     def run_tidwen(self, *arguments, **options):
-        """The document that it prints."""
+        """The printed document."""
         self.guard()
         done = box(self.volume, self.state, self.program, "--json", *arguments, **options)
         self.assertIn(done.returncode, (0, 1), done.stderr)
@@ -127,7 +127,7 @@ class MacRoot(unittest.TestCase):
         return json.loads(done.stdout)
 
     def remove(self, *names, **options):
-        """Who carried out what, and how it ended; the log of the tools begins anew."""
+        """Each step with its executor and result; clears the log of the tools."""
         self.note("log", "")
         self.guard()
         self.before = self.tree()
@@ -139,7 +139,7 @@ class MacRoot(unittest.TestCase):
                 for result in report["results"]]
 
     def undo(self):
-        """What came back, of how much, how many jobs were started again; and what did not."""
+        """The counts of items put back, of all items and of jobs loaded; and the failures."""
         self.note("log", "")
         report = self.run_tidwen("undo", "1")
         return [f'{report["restoredCount"]} {report["totalCount"]} {report["relaunchedJobs"]}', *(
@@ -153,7 +153,7 @@ class MacRoot(unittest.TestCase):
         self.assertIn("keychain", {trace["category"] for trace in found["traces"]})
         lines = self.remove()
         self.assertEqual([line for line in lines if not line.endswith(" ok")], [])
-        # A file that nothing but a package's list gives to it stays.
+        # A file attributed only by a package's list stays.
         self.assertEqual([path for path in self.tree() if "arlin" in path], ["Library/Fonts/Marlin.ttf"])
         moves = [line for line in lines if line.startswith("root move")]
         self.assertEqual(len(moves), len(HOSTILE) + 3)
@@ -182,7 +182,7 @@ class MacRoot(unittest.TestCase):
         self.assertNotIn("osascript", self.log())
         self.assertEqual(self.tree(), self.before)
 
-    INTERRUPT = "kill -INT $PPID; sleep 1\n"  # as Ctrl-C, and time for it to be noticed before the step ends
+    INTERRUPT = "kill -INT $PPID; sleep 1\n"  # like Ctrl-C, with time to be noticed before the step ends
 
     def test_an_interrupt_ends_a_removal_after_the_step_at_hand(self):
         self.note("hooks/killall", self.INTERRUPT)  # the last step before the batch
@@ -212,11 +212,11 @@ class MacRoot(unittest.TestCase):
 
     def test_jobs_that_are_gone_loaded_already_or_switched_off(self):
         daemon = self.state / f"jobs/system/{DAEMON}"
-        daemon.unlink()  # the stand-in says 3
+        daemon.unlink()  # the stand-in ends with 3
         self.note("hooks/launchctl", '[ "$1" != bootout ] || [ "$2" = "${2#gui}" ] || exit 113')
         bootouts = [line for line in self.remove() if "bootout" in line]
         self.assertEqual(bootouts, ["user bootout ok", "root bootout ok"])
-        daemon.touch()  # the stand-in says 17
+        daemon.touch()  # the stand-in ends with 17
         self.note("disabled/gui/501", AGENT + "\n")
         self.assertTrue(self.undo()[0].endswith(" 2"))
         daemon.unlink()
@@ -231,7 +231,7 @@ class MacRoot(unittest.TestCase):
         self.assertIn("com.example.marlin.it's.plist: The step ended with status 9.", done[1])
 
     def test_an_occupied_place_is_never_taken(self):
-        # While the batch runs, a dangling link turns up wherever this item could be meant to go.
+        # During the batch a dangling link appears at every possible destination of this item.
         occupy = f'mkdir -p "$d/$n" && ln -s /nowhere "$d/$n/{HOSTILE[0]}"'
         numbers = " ".join(f"{number:04}" for number in range(1, 30))
         self.note("hooks/launchctl", "case $2 in system/*) for d in /Users/alice/.Trash/Tidwen*; do "
@@ -255,7 +255,8 @@ class MacRoot(unittest.TestCase):
         self.write("/Library/LaunchDaemons/com.example.zander.plist", plist(Label="com.example.zander"))
         self.note("hooks/launchctl", '[ "$2" != system/com.example.zander ] || kill -9 $PPID')
         lines = [line for line in self.remove("Marlin Notes", "Zander") if line.startswith("root")]
-        # The first application's items lie in quarantine, so they count as moved although no answer came.
+        # The first application's items are in quarantine, so they count as moved although no result was
+        # returned.
         self.assertEqual(lines.count("root move ok"), len(HOSTILE) + 3)
         self.assertEqual(lines.count("root move failure.noResult"), 3)
         self.assertEqual(lines.count("root bootout failure.noResult"), 2)

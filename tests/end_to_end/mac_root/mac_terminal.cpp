@@ -1,6 +1,6 @@
-// The program as it works on the Mac it runs on, for a root that is laid out like a Mac's with stand-ins for
-// its tools. What only a framework of macOS answers is answered here: nothing runs, and the user's own
-// keychain is empty. TIDWEN_PROMPT_MILLISECONDS says how long a prompt for the administrator may take.
+// The program for the running Mac, to be run in a root that is laid out like a Mac's with stand-ins for its
+// tools. Substitutes what needs a framework of macOS: no application runs, and the user's own keychain is
+// empty. TIDWEN_PROMPT_MILLISECONDS is the time limit of an administrator prompt.
 
 #include "cli/terminal.h"
 #include "operations/keychain_dump.h"
@@ -33,7 +33,7 @@ class NothingIsKnown : public KnownApplications {
     bool isKnown(const std::string&) const override { return false; }
 };
 
-/// Lives as long as the program.
+/// Must outlive the program.
 struct Frameworks {
     explicit Frameworks(ProcessRunner& processes) : keychain(processes) {}
     SystemKeychain keychain;

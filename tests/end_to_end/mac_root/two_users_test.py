@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Deletes quarantine folders in a root that is laid out like a Mac's and knows two users: root, whose shell carries
-out what osascript is given, and alice, who runs the program. Exits with 77 where the kernel or the rights of who
-starts this allow no such thing. Usage: two_users_test.py PROGRAM"""
+"""Deletes quarantine folders in a root that is laid out like a Mac's and has two users: root, whose shell executes
+what osascript is given, and alice, who runs the program. Exits with 77 if the kernel or the caller's permissions do
+not allow this. Usage: two_users_test.py PROGRAM"""
 import ctypes
 import json
 import os
@@ -17,13 +17,13 @@ HERE = pathlib.Path(__file__).resolve().parent
 RESOURCES = HERE.parents[2] / "resources"
 TOOLS = {**{name: f"/bin/{name}" for name in ["cat", "mv", "rm", "sed", "sh", "tr", "setpriv"]},
          "grep": "/usr/bin/grep", "mktemp": "/usr/bin/mktemp"}
-ALICE = 65534  # of this machine; 501 inside
+ALICE = 65534  # on this machine; 501 inside
 TRASH = "/Users/alice/.Trash"
 CLONE_NEWUSER = 0x10000000
 
 
 def as_two_users(command):
-    """Runs a command as root of a user table that knows root and alice; its status and output."""
+    """Runs a command as root with a user table of root and alice; returns its status and output."""
     entered, leave = os.pipe()
     mapped, go = os.pipe()
     with tempfile.TemporaryFile() as printed:
@@ -73,7 +73,7 @@ class TwoUsers(unittest.TestCase):
         for item in [self.state, *self.state.iterdir()]:
             os.chown(item, ALICE, ALICE)
         for folder in ["/bin", "/lib", "/lib64", "/opt/tidwen/bin", "/opt/tidwen/resources", "/private/tmp", "/usr/bin", "/usr/lib"]:
-            self.at(folder).mkdir(parents=True)  # bwrap would shut alice out
+            self.at(folder).mkdir(parents=True)  # bwrap would make them inaccessible to alice
         self.at("/private/tmp").chmod(0o1777)
         self.write(f"{TRASH}/letter.txt")
         self.write("/Users/alice/Documents/report.txt")
@@ -82,7 +82,7 @@ class TwoUsers(unittest.TestCase):
         return self.volume / path.lstrip("/")
 
     def write(self, path, content="x", owner=ALICE):
-        """A file and its missing parents, all of one owner."""
+        """Creates a file and its missing parents with this owner."""
         missing = [folder for folder in self.at(path).parents if not folder.exists()]
         self.at(path).parent.mkdir(parents=True, exist_ok=True)
         self.at(path).write_text(content)
@@ -97,7 +97,7 @@ class TwoUsers(unittest.TestCase):
             os.chown(item, ALICE, ALICE)
 
     def run_folder(self, name, date="2026-01-01T00:00:00Z"):
-        """A past run of one item of alice's; its name."""
+        """Creates a past run with one item of alice's; returns its name."""
         folder = f"{TRASH}/Tidwen - {name}"
         self.write(f"{folder}/tidwen-manifest.json", json.dumps(
             {"version": 2, "createdAt": date, "quarantineRoot": folder, "apps": [], "entries": []}))
@@ -117,7 +117,7 @@ class TwoUsers(unittest.TestCase):
         return sorted(str(item) for tree in ["Users", "private"] for item in self.at(tree).rglob("*"))
 
     def purge(self, *words):
-        """Its status, and how many runs it deleted; what it says of the others is in `said`."""
+        """The status and the number of deleted runs; messages about the others are in `said`."""
         command = ["bwrap", "--unshare-pid", "--unshare-net", "--die-with-parent", "--bind", self.volume, "/",
                    "--proc", "/proc", "--dev", "/dev", "--tmpfs", "/tmp", "--bind", self.state, "/state"]
         for folder in ["/usr/lib", "/lib", "/lib64", "/usr/share/icu"]:
