@@ -1,4 +1,4 @@
-# Warnings and sanitizers, as two interface targets that every layer and test links.
+# Warnings and sanitizers: two interface targets that every layer and test links.
 
 add_library(tidwen_warnings INTERFACE)
 add_library(tidwen::warnings ALIAS tidwen_warnings)
@@ -6,7 +6,7 @@ target_compile_options(tidwen_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor
     -Woverloaded-virtual -Wcast-align -Wimplicit-fallthrough -Wformat=2 -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  # g++ 12 reports these inside its own <string> and <variant> when it optimises.
+  # False positives of g++ 12 in its own <string> and <variant> with optimization.
   target_compile_options(tidwen_warnings INTERFACE -Wno-restrict -Wno-maybe-uninitialized)
 endif()
 
@@ -16,6 +16,6 @@ if(TIDWEN_SANITIZE)
 endif()
 
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
-  # The program runs with Full Disk Access: harden what the compiler can harden.
+  # The program runs with Full Disk Access: use the compiler's hardening.
   add_compile_options(-D_FORTIFY_SOURCE=2 -fstack-protector-strong)
 endif()

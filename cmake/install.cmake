@@ -1,5 +1,5 @@
-# What `cmake --install` puts where: the program, its texts, the man page, and what completes its words in shells. The
-# program finds its texts beside itself, wherever all of it is put.
+# Installs the program, its texts, the man page and the shell completions. The program finds its texts
+# relative to itself, so the installation is relocatable.
 include(GNUInstallDirs)
 
 set(completions ${CMAKE_BINARY_DIR}/completions)

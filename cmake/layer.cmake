@@ -1,7 +1,7 @@
 # tidwen_layer(NAME SOURCES file... [USES layer...] [LIBRARIES target...])
 #
-# One folder under src is one static library. It links only what it may use, so an include of a higher
-# layer fails to link even before the include test sees it. LIBRARIES are private to the layer.
+# One folder under src is one static library. It links only the layers it may use, so an include of a higher
+# layer fails to link even before the include test finds it. LIBRARIES are private to the layer.
 function(tidwen_layer name)
   cmake_parse_arguments(layer "" "" "SOURCES;USES;LIBRARIES;PUBLIC_LIBRARIES" ${ARGN})
   add_library(tidwen_${name} STATIC ${layer_SOURCES})

@@ -1,4 +1,4 @@
-# Everything that is installed rather than written here; script/install-packages names the packages.
+# External libraries; script/install-packages lists their packages.
 
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
@@ -13,7 +13,7 @@ find_package(CURL REQUIRED)
 pkg_check_modules(sodium REQUIRED IMPORTED_TARGET libsodium)
 pkg_check_modules(psl REQUIRED IMPORTED_TARGET libpsl)
 if(APPLE)
-  # Homebrew keeps its ICU out of the folders that are searched, because macOS has libraries of the same name.
+  # Homebrew keeps its ICU out of the search paths, because macOS has libraries of the same name.
   execute_process(COMMAND brew --prefix icu4c OUTPUT_VARIABLE icu_folder OUTPUT_STRIP_TRAILING_WHITESPACE)
   list(PREPEND CMAKE_PREFIX_PATH ${icu_folder})
 endif()

@@ -1,11 +1,11 @@
-# For .ci/run and script/check-all, which source it: runs the steps of a long check one after the other, each within its
-# own time and all within the whole, and tells at the end what each of them said and took.
+# Sourced by .ci/run and script/check-all: runs the steps of a long check in sequence, each and all together
+# within a time limit, and prints a summary with the result and time of each.
 
 steps_begun=$SECONDS
 steps_told=()
 steps_failed=0
 
-# say_step RESULT SECONDS NAME: a line of the summary, printed at once too.
+# say_step RESULT SECONDS NAME: prints a line and adds it to the summary.
 say_step() {
   local line
   line=$(printf '%-12s %3d:%02d  %s' "$1" $(($2 / 60)) $(($2 % 60)) "$3")
@@ -13,9 +13,10 @@ say_step() {
   echo "-- $line"
 }
 
-# step must|may MINUTES NAME COMMAND...: a step that fails makes the whole fail. One that overruns its minutes, or what
-# is left of $steps_minutes, is ended; that fails where it must finish, and where it may be cut off it is told. So it is with
-# one that ends with 77 because it cannot check here. A Mac has no tool that ends a step.
+# step must|may MINUTES NAME COMMAND...: a failing step fails the whole. A step that exceeds its minutes, or
+# the rest of $steps_minutes, is ended: with `must` this is a failure, with `may` it is only reported. The
+# same applies to a step that ends with 77 because it cannot check here. On a Mac without `timeout`, steps are
+# not ended.
 step() {
   local need=$1 seconds=$(($2 * 60)) name=$3 begun=$SECONDS status=0
   local left=$((steps_minutes * 60 - (SECONDS - steps_begun)))
@@ -29,7 +30,7 @@ step() {
   fi
   case $status in
     0) say_step passed $((SECONDS - begun)) "$name" ;;
-    77) # the convention of CTest, too
+    77) # the convention of CTest
       say_step "NOT CHECKED" $((SECONDS - begun)) "$name"
       [ "$need" = may ] || steps_failed=$((steps_failed + 1))
       ;;
@@ -44,7 +45,7 @@ step() {
   esac
 }
 
-# end_steps: the summary. Fails when a step did.
+# end_steps: prints the summary. Fails if a step did.
 end_steps() {
   printf '\n== Summary\n'
   printf '%s\n' "${steps_told[@]}"
