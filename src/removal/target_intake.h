@@ -7,16 +7,16 @@
 
 namespace tidwen {
 
-/// What was read of the bundles that were asked for.
+/// What was read of the requested bundles.
 struct LoadedTargets {
-    std::vector<AppTarget> targets; ///< in the order asked for, each bundle once
-    std::vector<Problem> failures;  ///< names in them have their control characters made visible
+    std::vector<AppTarget> targets; ///< in the requested order, each bundle once
+    std::vector<Problem> failures;  ///< with control characters in names made visible
 };
 
 /// Reads the disk; any thread.
 LoadedTargets loadTargets(const std::vector<Path>& bundles, const AppTargetLoader& loader);
 
-/// Applications that were asked for, and why some of them cannot be taken ("Zed.app: This is no …").
+/// The requested applications, and why some of them were rejected ("Zed.app: This is no …").
 struct TargetIntake {
     std::vector<AppTarget> targets; ///< in the requested order, each bundle once
     std::vector<Problem> failures;  ///< with control characters in names made visible
