@@ -69,4 +69,12 @@ std::string CommandContext::commandLine(const std::vector<std::string>& words) c
     return line;
 }
 
+bool movesUnlessDryRun(const Arguments& arguments) {
+    return !arguments.has("--dry-run");
+}
+
+bool movesWhenRemoving(const Arguments& arguments) {
+    return arguments.has("--remove") && movesUnlessDryRun(arguments);
+}
+
 } // namespace tidwen

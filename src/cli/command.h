@@ -60,11 +60,19 @@ struct Command {
     using OnHostAndMac = ExitStatus (*)(const CommandContext&, Host&, Mac*);
     using OnMac = ExitStatus (*)(const CommandContext&, Mac&);
 
+    /// Whether a call moves items of the Mac; what may keep it from that is looked at before it begins.
+    using MovesItems = bool (*)(const Arguments&);
+
     CommandSyntax syntax;
     std::variant<Anywhere, OnHost, OnHostAndMac, OnMac> run;
+    MovesItems movesItems = nullptr; ///< none for a command that never does
 };
 
-/// In the order of the help.
+/// For `movesItems`: always, but for a plan; or that with "--remove" only.
+bool movesUnlessDryRun(const Arguments& arguments);
+bool movesWhenRemoving(const Arguments& arguments);
+
+/// In the order in which help lists them.
 std::vector<Command> allCommands();
 
 } // namespace tidwen

@@ -7,8 +7,10 @@
 #include "host/crash_recorder.h"
 #include "host/crash_reports.h"
 #include "host/curl_fetcher.h"
+#include "program/host_log.h"
 #include "program/resources.h"
 #include "program/volume_mac.h"
+#include "system/permissions_model.h"
 
 #include <algorithm>
 #include <csignal>
@@ -25,18 +27,19 @@ class CommandRun {
         : context_(context), build_(build), log_(log) {}
 
     ExitStatus operator()(const Command& command) {
+        const bool moves = command.movesItems && command.movesItems(context_.arguments);
         if (const auto* anywhere = std::get_if<Command::Anywhere>(&command.run)) return (*anywhere)(context_);
         HostServices services(loginCommand(context_.arguments), log_);
         if (const auto* onHost = std::get_if<Command::OnHost>(&command.run))
             return onThisHost(services, [&](Host& host) { return (*onHost)(context_, host); });
         if (const auto* onMac = std::get_if<Command::OnMac>(&command.run))
-            return onMacOf(services, [&](Mac& mac) { return (*onMac)(context_, mac); });
+            return onMacOf(services, moves, [&](Mac& mac) { return (*onMac)(context_, mac); });
         const auto onBoth = std::get<Command::OnHostAndMac>(command.run);
         const auto withHost = [&](Mac* mac) {
             return onThisHost(services, [&](Host& host) { return onBoth(context_, host, mac); });
         };
         if (!context_.arguments.volume && !build_.openRunningMac) return withHost(nullptr);
-        return onMacOf(services, [&](Mac& mac) { return withHost(&mac); });
+        return onMacOf(services, moves, [&](Mac& mac) { return withHost(&mac); });
     }
 
   private:
@@ -52,7 +55,7 @@ class CommandRun {
 
     /// Opens the given volume, else the running Mac.
     template<class Run>
-    ExitStatus onMacOf(HostServices& services, const Run& run) {
+    ExitStatus onMacOf(HostServices& services, bool moves, const Run& run) {
         const auto& arguments = context_.arguments;
         if (arguments.volume) {
             auto volume = VolumeMac::open(*arguments.volume, arguments.home, services, context_.texts, log_);
@@ -61,7 +64,11 @@ class CommandRun {
         if (!build_.openRunningMac) return context_.refuse({"cli.volume.needed"});
         if (arguments.home) return context_.refuse({"cli.home.ofVolume"});
         auto running = build_.openRunningMac(services, context_.texts, log_);
-        return running ? run((*running)->mac()) : context_.refuse(running.error());
+        if (!running) return context_.refuse(running.error());
+        auto& mac = (*running)->mac();
+        if (const auto reason = moves ? whyNothingMoves(mac.system.files, mac.system.user) : std::nullopt)
+            return context_.refuse(*reason);
+        return run(mac);
     }
 
     const CommandContext& context_;
@@ -87,7 +94,7 @@ void documentFailure(const CommandContext& context) {
 
 ExitStatus runCommand(const Command& command, const Arguments& arguments, const Texts& texts,
                       const TerminalBuild& build) {
-    StandardErrorLog log(arguments.verbose ? LogLevel::info : LogLevel::error);
+    HostLog log(arguments.verbose ? LogLevel::info : LogLevel::error);
     for (const auto& problem : texts.problems())
         log.warning("{}", problem);
     Console console(stdin, stdout, stderr, arguments.quiet ? Console::Voice::quiet : Console::Voice::normal);

@@ -11,7 +11,7 @@ std::filesystem::path LaunchAgent::defaultFolder() {
 
 tl::expected<std::string, std::string> LaunchAgent::text() const {
     const PropertyListDictionary agent = {
-        {"Label", "com.corvella.tidwen.watch"},
+        {"Label", label},
         {"ProcessType", "Background"},
         {"ProgramArguments", PropertyListArray(command_.begin(), command_.end())},
         {"RunAtLoad", true}};
@@ -23,7 +23,10 @@ tl::expected<std::string, std::string> LaunchAgent::text() const {
 bool LaunchAgent::isOn(const std::string& text) const {
     const auto list = parsePropertyList(text);
     const auto* disabled = list ? list->find("Disabled") : nullptr;
-    return list && (!disabled || !disabled->asBool().value_or(false));
+    if (!list || (disabled && disabled->asBool().value_or(false))) return false;
+    const auto overrides = launchd_.disabledOverrides(false);
+    const auto found = overrides.find(label);
+    return found == overrides.end() || !found->second;
 }
 
 } // namespace tidwen

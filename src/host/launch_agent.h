@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/login_file.h"
+#include "platform/launchd.h"
 
 #include <vector>
 
@@ -10,9 +11,13 @@ namespace tidwen {
 /// the next login on.
 class LaunchAgent : public LoginFile {
   public:
-    /// `command`: the absolute path of the program, and its arguments.
-    LaunchAgent(const std::filesystem::path& folder, std::vector<std::string> command, Log& log)
-        : LoginFile(folder / "com.corvella.tidwen.watch.plist", log), command_(std::move(command)) {}
+    /// `command`: the absolute path of the program, and its arguments. `launchd` knows what System Settings
+    /// switched off, which the file does not tell.
+    LaunchAgent(const std::filesystem::path& folder, std::vector<std::string> command, Log& log,
+                const Launchd& launchd)
+        : LoginFile(folder / (std::string(label) + ".plist"), log),
+          command_(std::move(command)),
+          launchd_(launchd) {}
 
     /// "~/Library/LaunchAgents".
     static std::filesystem::path defaultFolder();
@@ -21,7 +26,10 @@ class LaunchAgent : public LoginFile {
     tl::expected<std::string, std::string> text() const override;
     bool isOn(const std::string& text) const override;
 
+    static constexpr const char* label = "com.corvella.tidwen.watch";
+
     std::vector<std::string> command_;
+    const Launchd& launchd_;
 };
 
 } // namespace tidwen

@@ -12,6 +12,8 @@ class FsEvents : public FolderEvents {
     explicit FsEvents(std::filesystem::path root) : root_(std::move(root)) {}
 
     std::unique_ptr<Watch> watch(const Path& folder, std::function<void()> changed) override;
+    /// The same for one file, which may be missing, in a folder that others change all the time.
+    std::unique_ptr<Watch> watchFile(const Path& file, std::function<void()> changed);
 
   private:
     std::filesystem::path root_;

@@ -8,8 +8,8 @@ namespace tidwen {
 
 namespace {
 
-std::filesystem::path domainFolder() {
-    return userHome() / "Library/Preferences";
+std::filesystem::path fileOf(const std::string& domain) {
+    return userHome() / "Library/Preferences" / (domain + ".plist");
 }
 
 /// Both directions use the binary format, so that one parser validates every property list.
@@ -43,7 +43,7 @@ std::optional<PropertyListValue> PreferencesDefaults::value(const std::string& k
 }
 
 std::optional<Message> PreferencesDefaults::problem() const {
-    const auto read = readSettings(SharedFile(domainFolder() / (domain_ + ".plist")));
+    const auto read = readSettings(SharedFile(fileOf(domain_)));
     return read ? std::nullopt : std::optional(read.error());
 }
 
@@ -60,7 +60,7 @@ bool PreferencesDefaults::setValue(const std::string& key, const std::optional<P
 }
 
 std::unique_ptr<FolderEvents::Watch> PreferencesDefaults::watch(std::function<void()> changed) {
-    return folders_.watch(Path(domainFolder().string()), std::move(changed));
+    return events_.watchFile(Path(fileOf(domain_).string()), std::move(changed));
 }
 
 } // namespace tidwen

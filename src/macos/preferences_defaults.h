@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "macos/fs_events.h"
 #include "platform/defaults.h"
 
 #include <string>
@@ -12,21 +13,19 @@ namespace tidwen {
 /// once the later one wins.
 class PreferencesDefaults : public Defaults {
   public:
-    /// `folders`: of this machine, for `watch`.
-    PreferencesDefaults(std::string domain, Log& log, FolderEvents& folders)
-        : domain_(std::move(domain)), log_(log), folders_(folders) {}
+    PreferencesDefaults(std::string domain, Log& log) : domain_(std::move(domain)), log_(log) {}
 
     std::optional<PropertyListValue> value(const std::string& key) const override;
     /// Checks the domain's file, because for an unreadable file the system only reports that nothing is set.
     std::optional<Message> problem() const override;
     bool setValue(const std::string& key, const std::optional<PropertyListValue>& value) override;
-    /// Watches the folder where macOS writes all domains, some seconds after a change.
+    /// By the file in which macOS writes the domain down, some seconds after a change.
     std::unique_ptr<FolderEvents::Watch> watch(std::function<void()> changed) override;
 
   private:
     std::string domain_;
     Log& log_;
-    FolderEvents& folders_;
+    FsEvents events_{"/"};
 };
 
 } // namespace tidwen

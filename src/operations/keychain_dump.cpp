@@ -60,6 +60,13 @@ class ServiceCounts {
 
 } // namespace
 
+std::vector<KeychainEntry> countedServices(std::vector<std::string> services, bool isSystemKeychain) {
+    ServiceCounts counts(isSystemKeychain);
+    for (auto& service : services)
+        counts.add(std::move(service));
+    return std::move(counts).entries();
+}
+
 std::vector<KeychainEntry> parseKeychainDump(std::string_view output, bool isSystemKeychain) {
     constexpr std::string_view classMark = "class: ";
     constexpr std::string_view keychainMark = "keychain: ";

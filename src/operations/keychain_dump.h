@@ -2,6 +2,7 @@
 
 #include "platform/keychain.h"
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,6 +14,9 @@ class ProcessRunner;
 /// first-seen order. Uses the hexadecimal form of a value if present, else the text between the first and the
 /// last quote.
 std::vector<KeychainEntry> parseKeychainDump(std::string_view output, bool isSystemKeychain);
+
+/// Items by their services, in first-seen order; a service that is empty or not UTF-8 names none.
+std::vector<KeychainEntry> countedServices(std::vector<std::string> services, bool isSystemKeychain);
 
 /// The system keychain of the running Mac, without secrets. Empty when it cannot be read.
 std::vector<KeychainEntry> listSystemKeychain(ProcessRunner& processes);

@@ -2,6 +2,7 @@
 
 #include "host/xdg_autostart.h"
 #include "settings/file_defaults.h"
+#include <unistd.h>
 #ifdef __APPLE__
 #include "host/launch_agent.h"
 #include "macos/fs_events.h"
@@ -26,16 +27,16 @@ bool isAccountUsed() {
 
 std::unique_ptr<Defaults> ownDefaults(Log& log, FolderEvents& folders) {
 #ifdef __APPLE__
-    if (isAccountUsed())
-        return std::make_unique<PreferencesDefaults>(std::string(tidwenBundleID), log, folders);
+    if (isAccountUsed()) return std::make_unique<PreferencesDefaults>(std::string(tidwenBundleID), log);
 #endif
     return std::make_unique<FileDefaults>(FileDefaults::defaultFile(), log, &folders);
 }
 
-std::unique_ptr<LoginItem> ownLoginItem(std::vector<std::string> command, Log& log) {
+std::unique_ptr<LoginItem> ownLoginItem(std::vector<std::string> command, Log& log,
+                                        [[maybe_unused]] const Launchd& launchd) {
 #ifdef __APPLE__
     if (isAccountUsed())
-        return std::make_unique<LaunchAgent>(LaunchAgent::defaultFolder(), std::move(command), log);
+        return std::make_unique<LaunchAgent>(LaunchAgent::defaultFolder(), std::move(command), log, launchd);
 #endif
     return std::make_unique<XdgAutostart>(XdgAutostart::defaultFolder(), std::move(command), log);
 }
@@ -60,7 +61,8 @@ std::filesystem::path HostServices::knownApps() const {
 HostServices::HostServices(std::vector<std::string> loginCommand, Log& log)
     : folders_(hostFolderEvents("/")),
       defaults_(ownDefaults(log, *folders_)),
-      loginItem_(ownLoginItem(std::move(loginCommand), log)),
+      launchd_(processes_, ::getuid()),
+      loginItem_(ownLoginItem(std::move(loginCommand), log, launchd_)),
       notifications_(processes_) {}
 
 } // namespace tidwen

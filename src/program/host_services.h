@@ -2,6 +2,7 @@
 
 #include "base/log.h"
 #include "host/desktop_notifications.h"
+#include "operations/tool_launchd.h"
 #include "platform/defaults.h"
 #include "platform/folder_events.h"
 #include "platform/login_item.h"
@@ -31,8 +32,9 @@ class HostServices {
   private:
     std::unique_ptr<FolderEvents> folders_; ///< of this machine; `defaults_` watches its file with it
     std::unique_ptr<Defaults> defaults_;
-    std::unique_ptr<LoginItem> loginItem_;
     PosixProcessRunner processes_;
+    ToolLaunchd launchd_;
+    std::unique_ptr<LoginItem> loginItem_;
     DesktopNotifications notifications_;
 };
 

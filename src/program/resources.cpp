@@ -6,6 +6,13 @@
 #include <sstream>
 #include <string_view>
 #include <system_error>
+#ifdef __APPLE__
+#include "macos/preferred_languages.h"
+
+#include <climits>
+#include <cstdint>
+#include <mach-o/dyld.h>
+#endif
 
 namespace tidwen {
 
@@ -23,6 +30,17 @@ bool isFolder(const fs::path& path) {
     return fs::is_directory(path, ignored);
 }
 
+/// What the system says; it may be a link. What a shell gives as the program's name is only its word.
+fs::path runningFile() {
+#ifdef __APPLE__
+    std::string path(PATH_MAX, '\0');
+    auto size = static_cast<std::uint32_t>(path.size());
+    return ::_NSGetExecutablePath(path.data(), &size) == 0 ? fs::path(path.c_str()) : fs::path();
+#else
+    return "/proc/self/exe";
+#endif
+}
+
 /// "zh_TW.UTF-8" → "zh-Hant", "de_AT@euro" → "de-AT".
 std::string languageTag(std::string locale) {
     locale.erase(std::min(locale.find_first_of(".@"), locale.size()));
@@ -32,11 +50,23 @@ std::string languageTag(std::string locale) {
     return locale;
 }
 
+/// What the environment asks for, as a shell has it; whatever Finder or launchd starts has only what the user
+/// chose in System Settings.
+std::vector<std::string> wishedLanguages() {
+    for (const auto* variable : {"LC_ALL", "LC_MESSAGES", "LANG"})
+        if (const auto value = environment(variable); !value.empty()) return {languageTag(value)};
+#ifdef __APPLE__
+    return preferredLanguages();
+#else
+    return {};
+#endif
+}
+
 } // namespace
 
 fs::path programFile(const char* program) {
     std::error_code failed;
-    if (auto file = fs::canonical("/proc/self/exe", failed); !failed) return file;
+    if (auto file = fs::canonical(runningFile(), failed); !failed) return file;
     const std::string_view name = program ? program : "";
     if (name.find('/') != std::string_view::npos) {
         auto file = fs::canonical(name, failed);
@@ -71,16 +101,12 @@ OwnBundle findOwnBundle(const char* program) {
 }
 
 std::string preferredLanguage(const fs::path& resources) {
-    for (const auto* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        const auto value = environment(variable);
-        if (value.empty()) continue;
-        const auto tag = languageTag(value);
-        for (const auto& language : {tag, tag.substr(0, tag.find('-'))})
-            if (!language.empty() && language.find('/') == std::string::npos
-                && isFolder(resources / (language + ".lproj")))
-                return language;
-        break;
-    }
+    for (auto language : wishedLanguages())
+        while (!language.empty() && language.find('/') == std::string::npos) {
+            if (isFolder(resources / (language + ".lproj"))) return language;
+            const auto dash = language.rfind('-'); // "de-AT" is content with "de"
+            language.erase(dash == std::string::npos ? 0 : dash);
+        }
     return "en";
 }
 

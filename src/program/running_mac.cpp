@@ -14,7 +14,8 @@ namespace tidwen {
 struct RunningMac::Parts {
     Parts(std::unique_ptr<RootedFileSystem> opened, FrameworkPorts ports, HostServices& host,
           const Texts& texts, Log& log)
-        : files(std::move(opened)),
+        : owner(std::move(ports.owner)),
+          files(std::move(opened)),
           signatures(*files),
           receipts(host.processes()),
           systemExtensions(host.processes()),
@@ -50,6 +51,7 @@ struct RunningMac::Parts {
               .administrator = administrator,
               .volume = std::nullopt} {}
 
+    std::shared_ptr<void> owner;
     std::unique_ptr<RootedFileSystem> files;
     FileCodeSignatures signatures;
     ToolReceipts receipts;

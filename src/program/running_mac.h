@@ -16,7 +16,7 @@ class HostServices;
 /// else, so it is portable; the creator passes in what needs a framework.
 class RunningMac {
   public:
-    /// What requires a framework of macOS. The ports must outlive the result.
+    /// What only a framework of macOS answers. The ports outlive the result, or live as long as `owner`.
     struct FrameworkPorts {
         UserEnvironment user; ///< the logged-in user, with the real id
         Keychain& keychain;
@@ -25,6 +25,7 @@ class RunningMac {
         std::function<bool()> isFinderExtensionEnabled = [] { return false; };
         /// How long a prompt for the administrator's password may take.
         std::chrono::milliseconds promptTimeout = std::chrono::seconds(600);
+        std::shared_ptr<void> owner = {}; ///< of the ports; kept by the result
     };
 
     /// What is passed by reference must outlive the result. The error says what is unusable.

@@ -1,6 +1,7 @@
 #include "system/permissions_model.h"
 
 #include "base/background_step.h"
+#include "platform/workspace.h"
 
 #include <fmt/core.h>
 #include <utility>
@@ -37,6 +38,12 @@ FullDiskAccessProbe::Status FullDiskAccessProbe::status(const FileSystem& files,
             break; // try the next one
         }
     return Status::indeterminate;
+}
+
+std::optional<Message> whyNothingMoves(const FileSystem& files, const UserEnvironment& user) {
+    if (FullDiskAccessProbe::status(files, user) != FullDiskAccessProbe::Status::denied) return std::nullopt;
+    const auto address = SystemSettingsLauncher::address(SystemSettingsLauncher::Pane::fullDiskAccess);
+    return Message{"running.fullDiskAccess %@", {std::string(address)}};
 }
 
 std::string_view name(FullDiskAccessProbe::Status status) {

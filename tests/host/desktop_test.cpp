@@ -1,6 +1,8 @@
 #include "host/desktop_notifications.h"
 #include "host/launch_agent.h"
+#include "host/running_user.h"
 #include "host/xdg_autostart.h"
+#include "operations/tool_launchd.h"
 #include "support/fixtures.h"
 #include "support/recording_tools.h"
 #include "support/temporary_folder.h"
@@ -54,15 +56,14 @@ void expectToSwitch(LoginItem& item, const std::filesystem::path& entry,
     EXPECT_TRUE(fs::is_empty(entry.parent_path()));
 }
 
-template<class Item>
-void expectToRefuse(const std::filesystem::path& folder) {
-    test::RecordingLog log;
+template<class Make>
+void expectToRefuse(const std::filesystem::path& folder, const test::RecordingLog& log, const Make& make) {
     for (const auto* broken : {"/opt/tidwen\x01", "/opt/\xff"}) {
-        EXPECT_FALSE(Item(folder, {broken}, log).setEnabled(true));
+        EXPECT_FALSE(make(folder, broken).setEnabled(true));
         EXPECT_TRUE(log.contains("cannot stand in it"));
     }
     std::ofstream(folder / "file");
-    EXPECT_FALSE(Item(folder / "file/entries", {"/opt/tidwen"}, log).setEnabled(true));
+    EXPECT_FALSE(make(folder / "file/entries", "/opt/tidwen").setEnabled(true));
     EXPECT_TRUE(log.contains("file/entries"));
 }
 
@@ -75,12 +76,43 @@ TEST(LoginItems, SwitchOnAndOff) {
     for (const auto* off : {"Hidden=true\n", "X-GNOME-Autostart-enabled=false\n"})
         expectToSwitch(autostart, entry, [&] { std::ofstream(entry, std::ios::app) << off; });
     const auto file = folder.path() / "LaunchAgents/com.corvella.tidwen.watch.plist";
-    LaunchAgent agent(file.parent_path(), command, log);
+    test::RecordingTools tools;
+    const ToolLaunchd launchd(tools, 501);
+    LaunchAgent agent(file.parent_path(), command, log, launchd);
     expectToSwitch(agent, file, [&] {
         std::ofstream(file) << "<plist version=\"1.0\"><dict><key>Disabled</key><true/></dict></plist>";
     });
-    expectToRefuse<XdgAutostart>(folder.path());
-    expectToRefuse<LaunchAgent>(folder.path());
+    expectToSwitch(agent, file, [&] {
+        tools.answer = [](const auto&) {
+            return ProcessResult{0, "\t\"com.corvella.tidwen.watch\" => disabled\n", ""};
+        };
+    });
+    EXPECT_EQ(tools.calls.back().arguments, (std::vector<std::string>{"print-disabled", "gui/501"}));
+    expectToRefuse(folder.path(), log, [&](const auto& place, const std::string& program) {
+        return XdgAutostart(place, {program}, log);
+    });
+    expectToRefuse(folder.path(), log, [&](const auto& place, const std::string& program) {
+        return LaunchAgent(place, {program}, log, launchd);
+    });
+}
+
+TEST(RunningUser, IsTheAccountsAndNeverRoot) {
+    const std::string folder = "/var/folders/zz/x";
+    const auto user = runningUser({501, 501, "/Users/alice", folder + "/C/", folder + "/T/"});
+    ASSERT_TRUE(user);
+    EXPECT_EQ(user->home, Path("/Users/alice"));
+    EXPECT_EQ(user->userID, 501u);
+    EXPECT_EQ(user->cacheFolder, Path("/private" + folder + "/C"));
+    EXPECT_EQ(user->temporaryFolder, Path("/private" + folder + "/T"));
+    for (const char* unusable : {"", "relative/C", "/var/\xff/C"})
+        EXPECT_EQ(runningUser({501, 501, "/Users/alice", unusable})->cacheFolder, std::nullopt) << unusable;
+    const std::tuple<ProcessAccount, const char*> refused[] = {
+        {{0, 0, "/var/root"}, "running.root"},      {{501, 0, "/Users/alice"}, "running.root"},
+        {{0, 501, "/Users/alice"}, "running.root"}, {{501, 501, ""}, "running.noHome"},
+        {{501, 501, "/"}, "running.noHome"},
+    };
+    for (const auto& [account, reason] : refused)
+        EXPECT_EQ(runningUser(account).error(), Message{reason});
 }
 
 TEST(DesktopNotifications, AreUnavailableWithoutTheToolAndNeverReadANameAsAnOption) {

@@ -85,7 +85,8 @@ Command installersCommand() {
                        .options = {{"--remove", "", "cli.help.installers.remove"},
                                    {"--select", "ITEMS", "cli.help.installers.select"},
                                    {"--dry-run", "", "cli.help.option.dryRun"}}},
-            .run = run};
+            .run = run,
+            .movesItems = movesWhenRemoving};
 }
 
 } // namespace tidwen

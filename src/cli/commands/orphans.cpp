@@ -99,7 +99,9 @@ std::vector<OptionSyntax> options() {
 } // namespace
 
 Command orphansCommand() {
-    return {.syntax = {.name = "orphans", .summary = "cli.help.orphans", .options = options()}, .run = run};
+    return {.syntax = {.name = "orphans", .summary = "cli.help.orphans", .options = options()},
+            .run = run,
+            .movesItems = movesWhenRemoving};
 }
 
 } // namespace tidwen

@@ -129,7 +129,8 @@ Command purgeCommand() {
                        .maximumOperands = anyNumber,
                        .options = {{"--expired", "", "cli.help.purge.expired"},
                                    {"--all", "", "cli.help.purge.all"}}},
-            .run = run};
+            .run = run,
+            .movesItems = movesUnlessDryRun};
 }
 
 } // namespace tidwen

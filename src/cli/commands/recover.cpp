@@ -98,7 +98,9 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 } // namespace
 
 Command recoverCommand() {
-    return {.syntax = {.name = "recover", .summary = "cli.help.recover"}, .run = run};
+    return {.syntax = {.name = "recover", .summary = "cli.help.recover"},
+            .run = run,
+            .movesItems = movesUnlessDryRun};
 }
 
 } // namespace tidwen

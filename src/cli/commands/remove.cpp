@@ -31,11 +31,11 @@ CommandSyntax syntax(std::string_view name, std::string_view summary) {
 } // namespace
 
 Command removeCommand() {
-    return {.syntax = syntax("remove", "cli.help.remove"), .run = runRemove};
+    return {.syntax = syntax("remove", "cli.help.remove"), .run = runRemove, .movesItems = movesUnlessDryRun};
 }
 
 Command resetCommand() {
-    return {.syntax = syntax("reset", "cli.help.reset"), .run = runReset};
+    return {.syntax = syntax("reset", "cli.help.reset"), .run = runReset, .movesItems = movesUnlessDryRun};
 }
 
 } // namespace tidwen

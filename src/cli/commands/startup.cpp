@@ -212,7 +212,11 @@ Command startupCommand() {
                        .options = {{orphansOption, "", "cli.help.startup.orphans"},
                                    {"--dry-run", "", "cli.help.startup.dryRun"}},
                        .actions = {"list", "on JOB...", "off JOB...", "remove JOB..."}},
-            .run = run};
+            .run = run,
+            .movesItems = [](const Arguments& arguments) {
+                return !arguments.operands.empty() && arguments.operands.front() == "remove"
+                       && movesUnlessDryRun(arguments);
+            }};
 }
 
 } // namespace tidwen

@@ -106,7 +106,8 @@ Command undoCommand() {
                        .minimumOperands = 1,
                        .maximumOperands = anyNumber,
                        .options = {{dryRunOption, "", "cli.help.undo.dryRun"}}},
-            .run = run};
+            .run = run,
+            .movesItems = movesUnlessDryRun};
 }
 
 } // namespace tidwen

@@ -269,6 +269,26 @@ class MacRoot(unittest.TestCase):
         for line in self.remove(prompt_timeout=300):
             self.assertTrue(line.endswith("failure.timedOut" if line.startswith("root") else " ok"), line)
 
+    def test_without_full_disk_access_nothing_moves(self):
+        guarded = "/Users/alice/Library/Application Support/com.apple.TCC/TCC.db"
+        marlin = "/Applications/Marlin Notes.app"
+        self.remove()
+        self.assertEqual(self.undo()[1:], [])
+        self.write(guarded)
+        self.at(guarded).chmod(0)
+        self.note("log", "")
+        for words in (["remove", "--yes", marlin], ["undo", "1"], ["recover"], ["purge", "--all", "--yes"],
+                      ["orphans", "--remove", "--yes"], ["installers", "--remove", "--yes"], ["startup", "remove", AGENT]):
+            with self.subTest(words):
+                done = box(self.volume, self.state, self.program, "--json", *words)
+                self.assertEqual(done.returncode, 2, done.stderr)
+                self.assertIn("open \"x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles\"", done.stderr)
+        self.assertFalse([line for line in self.log() if line.startswith(("osascript", "tccutil", "launchctl <bootout>"))])
+        self.assertTrue(self.at(marlin).exists())
+        for words in (["scan", marlin], ["remove", "--dry-run", marlin], ["orphans"]):
+            with self.subTest(words):
+                self.run_tidwen(*words)
+
     def test_a_tool_that_floods_its_output(self):
         self.note("hooks/lsregister", "head -c 100000000 /dev/zero; head -c 100000000 /dev/zero >&2")
         self.assertEqual([line for line in self.remove() if not line.endswith(" ok")], [])

@@ -2,9 +2,19 @@
 // macOS is compiled on every system. Nothing is ever linked against it; on a Mac the real header is taken.
 #pragma once
 
+/// As the real headers say it, so that -Werror sees a deprecated call here, too.
+#ifdef __clang__
+#define TIDWEN_DEPRECATED(since) __attribute__((availability(macos, introduced = 10.0, deprecated = since)))
+#else
+#define TIDWEN_DEPRECATED(since)
+#endif
+
 using Boolean = unsigned char;
 using UInt8 = unsigned char;
+using UInt32 = unsigned int;
+using OSStatus = int;
 using CFIndex = long;
+using CFTypeID = unsigned long;
 using CFOptionFlags = unsigned long;
 using CFTimeInterval = double;
 using CFTypeRef = const void*;
@@ -13,6 +23,12 @@ using CFAllocatorRef = const struct CFAllocator*;
 using CFStringRef = const struct CFString*;
 using CFDataRef = const struct CFData*;
 using CFArrayRef = const struct CFArray*;
+using CFDictionaryRef = const struct CFDictionary*;
+using CFBooleanRef = const struct CFBoolean*;
+struct CFRange {
+    CFIndex location;
+    CFIndex length;
+};
 using CFErrorRef = struct CFError*;
 
 using CFStringEncoding = unsigned int;
@@ -25,11 +41,30 @@ enum CFPropertyListFormat : CFIndex {
 constexpr CFOptionFlags kCFPropertyListImmutable = 0;
 
 struct CFArrayCallBacks;
+struct CFDictionaryKeyCallBacks;
+struct CFDictionaryValueCallBacks;
 
 extern "C" {
 extern const CFArrayCallBacks kCFTypeArrayCallBacks;
+extern const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks;
+extern const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks;
+extern const CFBooleanRef kCFBooleanTrue;
 
 void CFRelease(CFTypeRef object);
+CFTypeID CFGetTypeID(CFTypeRef object);
+CFTypeID CFStringGetTypeID();
+CFTypeID CFDataGetTypeID();
+CFIndex CFStringGetLength(CFStringRef text);
+CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding);
+CFIndex CFStringGetBytes(CFStringRef text, CFRange range, CFStringEncoding encoding, UInt8 lossByte,
+                         Boolean isExternalRepresentation, UInt8* buffer, CFIndex maximum, CFIndex* used);
+CFIndex CFArrayGetCount(CFArrayRef array);
+const void* CFArrayGetValueAtIndex(CFArrayRef array, CFIndex index);
+CFDictionaryRef CFDictionaryCreate(CFAllocatorRef allocator, const void** keys, const void** values,
+                                   CFIndex count, const CFDictionaryKeyCallBacks* keyCallbacks,
+                                   const CFDictionaryValueCallBacks* valueCallbacks);
+const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key);
+CFArrayRef CFLocaleCopyPreferredLanguages();
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef allocator, const UInt8* bytes, CFIndex count,
                                     CFStringEncoding encoding, Boolean isExternalRepresentation);
 CFDataRef CFDataCreate(CFAllocatorRef allocator, const UInt8* bytes, CFIndex length);

@@ -1,0 +1,88 @@
+#include "macos/workspace_applications.h"
+
+#include "base/descriptor.h"
+
+#import <AppKit/AppKit.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <sys/event.h>
+#include <vector>
+
+namespace tidwen {
+
+namespace {
+
+using std::chrono::nanoseconds;
+using std::chrono::steady_clock;
+
+/// What the objects themselves say of a process changes only while a main run loop turns, so the kernel is
+/// asked whether it is still there.
+std::vector<NSRunningApplication*> instancesOf(const std::string& bundleID) {
+    std::vector<NSRunningApplication*> instances;
+    NSString* const name = [NSString stringWithUTF8String:bundleID.c_str()];
+    if (!name) return instances;
+    for (NSRunningApplication* each in [NSRunningApplication runningApplicationsWithBundleIdentifier:name])
+        if (each.processIdentifier > 0
+            && (::kill(each.processIdentifier, 0) == 0 || errno == EPERM))
+            instances.push_back(each);
+    return instances;
+}
+
+timespec remaining(steady_clock::time_point deadline) {
+    const auto left = std::max(nanoseconds(0), nanoseconds(deadline - steady_clock::now())).count();
+    return {.tv_sec = left / 1'000'000'000, .tv_nsec = left % 1'000'000'000};
+}
+
+/// The ends of processes, each told once.
+class Ends {
+  public:
+    Ends() : queue_(::kqueue()) {}
+
+    /// False when it has ended already, or cannot be followed.
+    bool follow(pid_t process) {
+        struct kevent64_s end {};
+        EV_SET64(&end, static_cast<std::uint64_t>(process), EVFILT_PROC, EV_ADD | EV_ONESHOT, NOTE_EXIT, 0, 0,
+                 0, 0);
+        return ::kevent64(queue_.get(), &end, 1, nullptr, 0, 0, nullptr) == 0;
+    }
+
+    /// Waits for one; false when none came in time.
+    bool wait(steady_clock::time_point deadline) {
+        struct kevent64_s end {};
+        for (;;) {
+            const auto timeout = remaining(deadline);
+            const int count = ::kevent64(queue_.get(), nullptr, 0, &end, 1, 0, &timeout);
+            if (count >= 0 || errno != EINTR) return count > 0;
+        }
+    }
+
+  private:
+    Descriptor queue_;
+};
+
+} // namespace
+
+bool WorkspaceApplications::isRunning(const std::string& bundleID) const {
+    @autoreleasepool {
+        return !instancesOf(bundleID).empty();
+    }
+}
+
+bool WorkspaceApplications::quit(const std::string& bundleID, std::chrono::milliseconds wait) {
+    @autoreleasepool {
+        const auto deadline = steady_clock::now() + wait;
+        Ends ends;
+        int awaited = 0;
+        for (NSRunningApplication* instance : instancesOf(bundleID)) {
+            const bool isFollowed = ends.follow(instance.processIdentifier); // before it is asked
+            if ([instance terminate] && isFollowed) ++awaited;
+        }
+        while (awaited > 0 && ends.wait(deadline))
+            --awaited;
+        return instancesOf(bundleID).empty();
+    }
+}
+
+} // namespace tidwen

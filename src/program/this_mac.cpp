@@ -1,0 +1,50 @@
+#include "program/this_mac.h"
+
+#ifdef __APPLE__
+#include "host/running_user.h"
+#include "macos/launch_services.h"
+#include "macos/user_keychain.h"
+#include "macos/workspace_applications.h"
+#include "program/host_services.h"
+#endif
+
+namespace tidwen {
+
+#ifdef __APPLE__
+
+namespace {
+
+struct Frameworks {
+    explicit Frameworks(ProcessRunner& processes) : keychain(processes) {}
+    UserKeychain keychain;
+    WorkspaceApplications applications;
+    LaunchServices knownApplications;
+};
+
+tl::expected<std::unique_ptr<RunningMac>, Message> openThisMac(HostServices& host, const Texts& texts,
+                                                               Log& log) {
+    auto user = runningUser(processAccount());
+    if (!user) return tl::unexpected(std::move(user.error()));
+    const auto frameworks = std::make_shared<Frameworks>(host.processes());
+    return RunningMac::open({.user = std::move(*user),
+                             .keychain = frameworks->keychain,
+                             .applications = frameworks->applications,
+                             .knownApplications = frameworks->knownApplications,
+                             .owner = frameworks},
+                            host, texts, log);
+}
+
+} // namespace
+
+#endif
+
+std::function<tl::expected<std::unique_ptr<RunningMac>, Message>(HostServices&, const Texts&, Log&)>
+thisMac() {
+#ifdef __APPLE__
+    return openThisMac;
+#else
+    return {};
+#endif
+}
+
+} // namespace tidwen
