@@ -30,7 +30,7 @@ Message moveFailure(const FileError& error, const JudgedMove& move, const FileSy
     if (error.fault != FileFault::denied) return failure(error);
     const auto item = files.info(from);
     if (item && item->immutable) return {"failure.itemLocked"};
-    return files.isMovable(from) ? failure(error) : Message{"failure.notYours"};
+    return {files.isMovable(from) ? guardedBySystemKey : "failure.notYours"};
 }
 
 } // namespace

@@ -10,6 +10,9 @@
 
 namespace tidwen {
 
+/// Nothing of the item, its folders or its disk forbids the move that was denied.
+inline constexpr const char* guardedBySystemKey = "failure.guarded";
+
 /// Why no further move is made: the run's folder was moved or deleted during the run.
 inline constexpr const char* quarantineGoneKey = "failure.quarantineGone";
 

@@ -28,6 +28,10 @@ struct SystemSettingsLauncher {
     }
 };
 
+/// By which macOS opens the list of the applications that may change others; no button leads there.
+inline constexpr std::string_view appManagementAddress =
+    "x-apple.systempreferences:com.apple.preference.security?Privacy_AppBundles";
+
 /// What the desktop does for this program: showing items, and icons of applications. Calls block; not for the
 /// main thread.
 class Workspace {

@@ -3,6 +3,9 @@
 #include <array>
 #include <sys/xattr.h>
 #include <vector>
+#ifdef __APPLE__
+#include <xattr_flags.h>
+#endif
 
 namespace tidwen {
 
@@ -24,6 +27,11 @@ int removeAttribute(int descriptor, const char* name) {
 }
 constexpr std::array<const char*, 1> macNamespaces{""};
 constexpr const char* systemLabel = "com.apple.provenance";
+
+/// What macOS says belongs to a copy. The rest it sets itself, or lets nobody set ("com.apple.macl").
+bool travels(const std::string& name) {
+    return ::xattr_preserve_for_intent(name.c_str(), XATTR_OPERATION_INTENT_COPY) != 0;
+}
 #else
 ssize_t listNames(int descriptor, char* buffer, std::size_t size) {
     return ::flistxattr(descriptor, buffer, size);
@@ -41,6 +49,10 @@ int removeAttribute(int descriptor, const char* name) {
 // A Mac's attribute is in "user." where files were copied here, in "osx." where the Mac's disk is mounted.
 constexpr std::array<const char*, 2> macNamespaces{"user.", "osx."};
 constexpr const char* systemLabel = "security.selinux";
+
+bool travels(const std::string&) {
+    return true;
+}
 #endif
 
 // A Mac stores resource forks as attributes; larger ones are refused rather than held in memory.
@@ -83,7 +95,7 @@ OsResult<std::map<std::string, std::string>> extendedAttributesOf(int descriptor
     for (std::size_t at = 0; at < names->size();) {
         const std::string name(names->c_str() + at);
         at += name.size() + 1;
-        if (name == systemLabel) continue;
+        if (name == systemLabel || !travels(name)) continue;
         auto value = valueOf(descriptor, name);
         if (value)
             attributes.emplace(name, std::move(*value));

@@ -15,8 +15,8 @@ constexpr int noSuchAttribute = ENODATA;
 #endif
 
 /// The extended attributes of an open plain file or folder by their names on this system. Omits what the
-/// system itself sets on every file it creates (its security label), because it does not belong to the item.
-/// Empty on file systems without attributes.
+/// system itself sets on every file it creates (its security label) and what it keeps out of copies, because
+/// it does not belong to the item. Empty on file systems without attributes.
 OsResult<std::map<std::string, std::string>> extendedAttributesOf(int descriptor);
 
 /// The attribute that is called `name` on a Mac; `noSuchAttribute` when there is none.

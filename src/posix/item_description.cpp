@@ -93,6 +93,11 @@ std::optional<std::int64_t> addedToFolder(int folder, const char* name) {
 
 } // namespace
 
+/// Flags with which an item stays where it is, whatever its owner or root wants; the last two are those of
+/// System Integrity Protection.
+constexpr auto movingForbidden =
+    UF_IMMUTABLE | UF_APPEND | SF_IMMUTABLE | SF_APPEND | SF_RESTRICTED | SF_NOUNLINK;
+
 OsResult<FileInfo> describeItem(int folder, const char* name) {
     const auto item = statItem(folder, name);
     if (!item) return tl::unexpected(item.error());
@@ -106,8 +111,7 @@ OsResult<FileInfo> describeItem(int folder, const char* name) {
                     .modifiedNanoseconds = nanoseconds(modificationTime(*item)),
                     .device = static_cast<std::uint64_t>(item->st_dev),
                     .inode = item->st_ino,
-                    .immutable =
-                        (item->st_flags & (UF_IMMUTABLE | UF_APPEND | SF_IMMUTABLE | SF_APPEND)) != 0,
+                    .immutable = (item->st_flags & movingForbidden) != 0,
                     .createdNanoseconds = nanoseconds(item->st_birthtimespec),
                     .addedNanoseconds = added ? *added : nanoseconds(changeTime(*item))};
 }

@@ -3,10 +3,12 @@
 #include "operations/tool_arguments.h"
 #include "operations/tool_paths.h"
 #include "operations/user_scope_runner.h"
+#include "platform/workspace.h"
 #include "support/fixtures.h"
 #include "support/recording_runner.h"
 #include "support/recording_tools.h"
 #include "support/stand_ins.h"
+#include "support/watched_files.h"
 
 #include <fmt/ranges.h>
 #include <gtest/gtest.h>
@@ -105,6 +107,35 @@ TEST_F(RunnersTest, UserLevelStepsAskTheRightToolAndReadItsStatus) {
         };
         EXPECT_EQ(asUser(operation::Bootstrap{plist, false}).succeeded, isFine) << word;
     }
+
+    // Newer systems say of a job that is loaded what they say of a broken one, too.
+    for (const auto& [status, printed, isFine] :
+         {std::tuple{5, 0, true}, {37, 0, true}, {37, 113, false}, {125, 0, false}}) {
+        tools.answer = [&, status = status, printed = printed](const auto& call) -> RecordingTools::Answer {
+            if (call.arguments == std::vector<std::string>{"print", "gui/501/com.example.agent"})
+                return ProcessResult{printed, "", ""};
+            return ProcessResult{call.arguments[0] == "print-disabled" ? 1 : status, "", ""};
+        };
+        EXPECT_EQ(asUser(operation::Bootstrap{plist, false}).succeeded, isFine) << status << " " << printed;
+    }
+}
+
+TEST_F(RunnersTest, WhatOnlyTheSystemForbidsIsToldWithThePaneThatLetsItThrough) {
+    struct Guarded : test::WatchedFiles {
+        using test::WatchedFiles::WatchedFiles;
+        MoveResult move(const Path& from, const Path&) override {
+            return tl::unexpected(FileError{FileFault::denied, from, EPERM});
+        }
+    } guarded(volume.files());
+    volume.write("/Applications/A.app/Contents/Info.plist", "x");
+    volume.write("/Users/alice/Library/Caches/a", "x");
+    UserScopeRunner runner({guarded, tools, keychain, applications, log}, test::alice());
+    const Path to(quarantine + "/0001/A");
+    const auto results = runner.run({step(1, operation::Move{Path("/Applications/A.app"), to}),
+                                     step(2, operation::Move{Path("/Users/alice/Library/Caches/a"), to})});
+    EXPECT_EQ(results[0].failureReason,
+              (Message{"failure.appManagement %@", {std::string(appManagementAddress)}}));
+    EXPECT_EQ(results[1].failureReason, Message{"failure.guarded"});
 }
 
 TEST_F(RunnersTest, UserLevelStepsWithoutATool) {
