@@ -2,9 +2,11 @@
 
 #include "base/text.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <pwd.h>
+#include <system_error>
 #include <unistd.h>
-#include <vector>
 
 namespace tidwen {
 
@@ -16,6 +18,22 @@ std::string homeOf(uid_t user) {
     std::vector<char> buffer(16u << 10);
     const int failed = ::getpwuid_r(user, &record, buffer.data(), buffer.size(), &found);
     return failed == 0 && found && found->pw_dir ? found->pw_dir : "";
+}
+
+/// The accounts of services have folders of the system's for homes.
+std::vector<std::string> homesOfPersons() {
+    constexpr uid_t firstPerson = 501, nobody = 65534;
+    constexpr int mostAccounts = 10'000;
+    std::vector<std::string> homes;
+    ::setpwent();
+    for (int seen = 0; seen < mostAccounts; ++seen) {
+        const passwd* account = ::getpwent(); // NOLINT(concurrency-mt-unsafe): asked once, at the start
+        if (!account) break;
+        const bool isPersons = account->pw_uid >= firstPerson && account->pw_uid < nobody;
+        if (isPersons && account->pw_dir) homes.emplace_back(account->pw_dir);
+    }
+    ::endpwent();
+    return homes;
 }
 
 #ifdef __APPLE__
@@ -33,10 +51,30 @@ std::optional<Path> folderNamed(const std::string& text) {
     return Path((text.starts_with("/var/") ? "/private" : "") + text).standardized();
 }
 
+/// Each home where its account names it, and where it really lies.
+std::vector<Path> othersOf(const std::vector<std::string>& homes, const Path& own) {
+    std::vector<Path> others;
+    const auto add = [&](const std::string& text) {
+        const auto home = folderNamed(text);
+        const bool isNew = home && *home != own && std::ranges::find(others, *home) == others.end();
+        if (isNew && !home->isRoot()) others.push_back(*home);
+    };
+    for (const auto& home : homes) {
+        std::error_code failed;
+        const auto real = std::filesystem::canonical(home, failed);
+        add(home);
+        if (!failed) add(real.string());
+    }
+    return others;
+}
+
 } // namespace
 
 ProcessAccount processAccount() {
-    ProcessAccount account{.realID = ::getuid(), .effectiveID = ::geteuid(), .home = homeOf(::getuid())};
+    ProcessAccount account{.realID = ::getuid(),
+                           .effectiveID = ::geteuid(),
+                           .home = homeOf(::getuid()),
+                           .personsHomes = homesOfPersons()};
 #ifdef __APPLE__
     account.cacheFolder = configured(_CS_DARWIN_USER_CACHE_DIR);
     account.temporaryFolder = configured(_CS_DARWIN_USER_TEMP_DIR);
@@ -47,9 +85,9 @@ ProcessAccount processAccount() {
 tl::expected<UserEnvironment, Message> runningUser(const ProcessAccount& account) {
     if (account.realID == 0 || account.effectiveID == 0) return tl::unexpected(Message{"running.root"});
     const auto home = folderNamed(account.home);
-    if (!home || home->string() == "/") return tl::unexpected(Message{"running.noHome"});
+    if (!home || home->isRoot()) return tl::unexpected(Message{"running.noHome"});
     return UserEnvironment{*home, account.realID, folderNamed(account.cacheFolder),
-                           folderNamed(account.temporaryFolder)};
+                           folderNamed(account.temporaryFolder), othersOf(account.personsHomes, *home)};
 }
 
 } // namespace tidwen

@@ -3,8 +3,10 @@
 #include "base/message.h"
 #include "platform/user_environment.h"
 
+#include <cstdint>
 #include <string>
 #include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 
@@ -16,6 +18,7 @@ struct ProcessAccount {
     /// The folders that macOS makes for the caches and the temporary files of a user; empty when it has none.
     std::string cacheFolder = {};
     std::string temporaryFolder = {};
+    std::vector<std::string> personsHomes = {}; ///< of all accounts that people have here
 };
 ProcessAccount processAccount();
 

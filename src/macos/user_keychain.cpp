@@ -89,8 +89,7 @@ std::int32_t UserKeychain::deleteItems(KeychainItemClass itemClass, const std::s
     const auto name = makeString(service);
     if (!keychain) return errSecNoDefaultKeychain;
     if (!name) return errSecItemNotFound;
-    const auto query =
-        queryFor(keychain, systemName(itemClass), {{serviceAttribute(itemClass), name.get()}});
+    const auto query = queryFor(keychain, systemName(itemClass), {{serviceAttribute(itemClass), name.get()}});
     // One call may delete one item only.
     std::int32_t status = SecItemDelete(query.get());
     if (status != errSecSuccess) return status;

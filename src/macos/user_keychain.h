@@ -5,8 +5,8 @@
 
 namespace tidwen {
 
-/// The default keychain of the user, and of the system keychain what its own tool lists. Nothing here prompts:
-/// what would need an unlocked keychain or a person's consent fails instead. Any thread.
+/// The default keychain of the user, and of the system keychain what its own tool lists. Nothing here
+/// prompts: what would need an unlocked keychain or a person's consent fails instead. Any thread.
 class UserKeychain : public Keychain {
   public:
     explicit UserKeychain(ProcessRunner& processes);

@@ -24,8 +24,7 @@ std::vector<NSRunningApplication*> instancesOf(const std::string& bundleID) {
     NSString* const name = [NSString stringWithUTF8String:bundleID.c_str()];
     if (!name) return instances;
     for (NSRunningApplication* each in [NSRunningApplication runningApplicationsWithBundleIdentifier:name])
-        if (each.processIdentifier > 0
-            && (::kill(each.processIdentifier, 0) == 0 || errno == EPERM))
+        if (each.processIdentifier > 0 && (::kill(each.processIdentifier, 0) == 0 || errno == EPERM))
             instances.push_back(each);
     return instances;
 }

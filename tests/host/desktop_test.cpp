@@ -106,6 +106,17 @@ TEST(RunningUser, IsTheAccountsAndNeverRoot) {
     EXPECT_EQ(user->temporaryFolder, Path("/private" + folder + "/T"));
     for (const char* unusable : {"", "relative/C", "/var/\xff/C"})
         EXPECT_EQ(runningUser({501, 501, "/Users/alice", unusable})->cacheFolder, std::nullopt) << unusable;
+    const test::TemporaryFolder disk;
+    const auto linked = disk.path() / "linked", carol = disk.path() / "carol";
+    std::filesystem::create_directory(carol);
+    std::filesystem::create_symlink(carol, linked);
+    EXPECT_THAT(
+        runningUser({.realID = 501,
+                     .effectiveID = 501,
+                     .home = "/Users/alice",
+                     .personsHomes = {"/Users/alice", "/Users/bob", "/Users/bob/", "", "/", linked.string()}})
+            ->otherHomes,
+        testing::ElementsAre(Path("/Users/bob"), Path(linked.string()), Path(carol.string())));
     const std::tuple<ProcessAccount, const char*> refused[] = {
         {{0, 0, "/var/root"}, "running.root"},      {{501, 0, "/Users/alice"}, "running.root"},
         {{0, 501, "/Users/alice"}, "running.root"}, {{501, 501, ""}, "running.noHome"},

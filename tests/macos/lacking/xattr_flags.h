@@ -1,4 +1,5 @@
-// Declared by hand from Apple's documentation; the package of the compiler that checks the code for macOS lacks it.
+// Declared by hand from Apple's documentation; the package of the compiler that checks the code for macOS
+// lacks it.
 #pragma once
 
 #include <stdint.h>
@@ -9,4 +10,5 @@ typedef uint32_t xattr_operation_intent_t;
 #ifdef __cplusplus
 extern "C"
 #endif
-    int xattr_preserve_for_intent(const char* name, xattr_operation_intent_t intent);
+    int
+    xattr_preserve_for_intent(const char* name, xattr_operation_intent_t intent);

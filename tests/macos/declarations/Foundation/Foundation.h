@@ -13,7 +13,7 @@ typedef struct {
 
 @protocol NSFastEnumeration
 - (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState* _Nonnull)state
-                                  objects:(id __unsafe_unretained _Nullable [_Nonnull])buffer
+                                  objects:(id __unsafe_unretained _Nullable[_Nonnull])buffer
                                     count:(NSUInteger)length;
 @end
 

@@ -1,5 +1,5 @@
-// What Tidwen uses of the unified log, declared by hand from Apple's documentation; the package of the compiler that checks
-// the code for macOS lacks it.
+// What Tidwen uses of the unified log, declared by hand from Apple's documentation; the package of the
+// compiler that checks the code for macOS lacks it.
 #pragma once
 
 #include <stdint.h>
@@ -16,15 +16,18 @@ extern "C" {
 #endif
 extern struct mach_header __dso_handle;
 os_log_t os_log_create(const char* subsystem, const char* category);
-void _os_log_impl(void* dso, os_log_t log, os_log_type_t type, const char* format, uint8_t* buffer, uint32_t size);
+void _os_log_impl(void* dso, os_log_t log, os_log_type_t type, const char* format, uint8_t* buffer,
+                  uint32_t size);
 #ifdef __cplusplus
 }
 #endif
 
-#define os_log_with_type(log, type, format, ...)                                                     \
-    __extension__({                                                                                  \
-        static const char os_log_text[] __attribute__((section("__TEXT,__oslogstring,cstring_literals"))) = format; \
-        uint8_t os_log_buffer[__builtin_os_log_format_buffer_size(format, __VA_ARGS__)];             \
-        _os_log_impl(&__dso_handle, log, type, os_log_text,                                          \
-                     (uint8_t*)__builtin_os_log_format(os_log_buffer, format, __VA_ARGS__), sizeof os_log_buffer); \
+#define os_log_with_type(log, type, format, ...)                                                             \
+    __extension__({                                                                                          \
+        static const char os_log_text[] __attribute__((section("__TEXT,__oslogstring,cstring_literals"))) =  \
+            format;                                                                                          \
+        uint8_t os_log_buffer[__builtin_os_log_format_buffer_size(format, __VA_ARGS__)];                     \
+        _os_log_impl(&__dso_handle, log, type, os_log_text,                                                  \
+                     (uint8_t*)__builtin_os_log_format(os_log_buffer, format, __VA_ARGS__),                  \
+                     sizeof os_log_buffer);                                                                  \
     })
