@@ -2,6 +2,7 @@
 
 #include "base/descriptor.h"
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -19,6 +20,16 @@ int flushFolder(int folder) {
     if (!readable.isOpen()) return errno == EACCES ? 0 : errno;
     const int fault = flushFile(readable.get());
     return fault == EINVAL || fault == ENOTSUP ? 0 : fault;
+}
+
+int orderFolder(int folder) {
+#ifdef F_BARRIERFSYNC
+    static const bool flushesAll =
+        std::getenv("TIDWEN_FLUSH_ALL") != nullptr; // NOLINT(concurrency-mt-unsafe)
+    const Descriptor readable(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!flushesAll && readable.isOpen() && ::fcntl(readable.get(), F_BARRIERFSYNC) == 0) return 0;
+#endif
+    return flushFolder(folder);
 }
 
 int flushDisk(int folder) {

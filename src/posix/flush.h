@@ -12,6 +12,11 @@ int flushFile(int descriptor);
 /// disk that flushes by itself. Returns 0 or the errno.
 int flushFolder(int folder);
 
+/// Keeps a folder's changes in order between earlier and later flushes, without waiting for the disk; where
+/// the disk cannot guarantee that, flushes. Always flushes if TIDWEN_FLUSH_ALL is in the environment, so that
+/// both can be measured. Returns 0 or the errno.
+int orderFolder(int folder);
+
 /// Flushes everything written to the disk that contains this folder. Returns 0 or the errno.
 int flushDisk(int folder);
 

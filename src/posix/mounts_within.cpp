@@ -9,9 +9,15 @@
 #include <sstream>
 #include <string>
 #else
-#include "posix/tree_walk.h"
-
-#include <cerrno>
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstdlib>
+#include <fcntl.h>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <sys/mount.h>
 #endif
 
 namespace tidwen {
@@ -58,18 +64,29 @@ bool holdsMount(int folder, const char* name) {
 
 #else
 
-bool holdsMount(int folder, const char* name) {
-    static constexpr int mostItems = 200'000;
-    class Search : public TreeVisitor {
-      public:
-        int item(const TreeItem&) override { return ++seen_ < mostItems ? 0 : ECANCELED; }
-        int skipped(int fault) override { return fault == EXDEV ? fault : 0; }
-        int enter(const TreeItem& folder, int) override { return item(folder); }
+namespace {
 
-      private:
-        int seen_ = 0;
-    } search;
-    return walkTree(folder, name, search) == EXDEV;
+/// One place has two names on a Mac: "/Users" and "/System/Volumes/Data/Users".
+std::string_view plain(std::string_view path) {
+    constexpr std::string_view dataVolume = "/System/Volumes/Data/";
+    if (path.starts_with(dataVolume)) path.remove_prefix(dataVolume.size() - 1);
+    return path;
+}
+
+} // namespace
+
+bool holdsMount(int folder, const char* name) {
+    const Descriptor item(::openat(folder, name, O_EVTONLY | O_SYMLINK | O_CLOEXEC));
+    std::array<char, PATH_MAX> path{};
+    if (!item.isOpen() || ::fcntl(item.get(), F_GETPATH, path.data()) != 0) return false;
+    const std::string place(plain(path.data()));
+    struct statfs* mounts = nullptr;
+    const int count = ::getmntinfo_r_np(&mounts, MNT_NOWAIT);
+    const std::unique_ptr<struct statfs, decltype(&std::free)> owner(mounts, &std::free);
+    return std::any_of(mounts, mounts + std::max(count, 0), [&](const struct statfs& mount) {
+        const auto at = plain(mount.f_mntonname);
+        return at == place || at.starts_with(place + "/");
+    });
 }
 
 #endif

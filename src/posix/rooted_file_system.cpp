@@ -331,8 +331,9 @@ MoveResult RootedFileSystem::move(const Path& from, const Path& to) {
     if (fault == EXDEV) return moveByCopy({*source, from}, {*target, to});
     if (fault) return failed(fault == EEXIST || fault == ENOSPC ? to : from, fault);
     // The item is complete under one of the two names, flushed or not, so the move can no longer fail here.
-    flushFolder(target->folder.get());
-    flushFolder(source->folder.get());
+    // The journal is on the disk already, and the manifest is flushed later: the order suffices.
+    orderFolder(target->folder.get());
+    orderFolder(source->folder.get());
     return {};
 }
 
