@@ -18,10 +18,11 @@ constexpr int mostDeletions = 1000;
 // passwords, and nothing else names the user's own one or forbids every prompt.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
-CFOwned<SecKeychainRef> defaultKeychain() {
+CFOwned<SecKeychainRef> openKeychain(const std::string& file) {
     SecKeychainRef keychain = nullptr;
-    const bool isThere = SecKeychainCopyDefault(&keychain) == errSecSuccess;
-    return CFOwned(isThere ? keychain : nullptr);
+    const auto status =
+        file.empty() ? SecKeychainCopyDefault(&keychain) : SecKeychainOpen(file.c_str(), &keychain);
+    return CFOwned(status == errSecSuccess ? keychain : nullptr);
 }
 
 void forbidPrompts() {
@@ -57,13 +58,14 @@ CFStringRef systemName(KeychainItemClass itemClass) {
 
 } // namespace
 
-UserKeychain::UserKeychain(ProcessRunner& processes) : processes_(processes) {
+UserKeychain::UserKeychain(ProcessRunner& processes, std::string file)
+    : processes_(processes), file_(std::move(file)) {
     forbidPrompts();
 }
 
 std::vector<KeychainEntry> UserKeychain::entries() const {
     std::vector<std::string> services;
-    const auto keychain = defaultKeychain();
+    const auto keychain = openKeychain(file_);
     for (const auto itemClass : {KeychainItemClass::genericPassword, KeychainItemClass::internetPassword}) {
         if (!keychain) break;
         const auto query =
@@ -85,7 +87,7 @@ std::vector<KeychainEntry> UserKeychain::entries() const {
 }
 
 std::int32_t UserKeychain::deleteItems(KeychainItemClass itemClass, const std::string& service) {
-    const auto keychain = defaultKeychain();
+    const auto keychain = openKeychain(file_);
     const auto name = makeString(service);
     if (!keychain) return errSecNoDefaultKeychain;
     if (!name) return errSecItemNotFound;

@@ -1,6 +1,7 @@
 #include "settings/app_preferences.h"
 #include "settings/file_defaults.h"
 
+#include "support/defaults_contract.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/stand_ins.h"
@@ -28,20 +29,7 @@ class FileDefaultsTest : public testing::Test {
 };
 
 TEST_F(FileDefaultsTest, KeepsEveryValueAPropertyListCanHold) {
-    const PropertyListDictionary values{
-        {"text", "Größe <&> \U0001F5D1"},
-        {"control characters", std::string("a\x01\x1b\0z", 5)},
-        {"switch", true},
-        {"number", -7},
-        {"list", PropertyListArray{"com.example.a", PropertyListDictionary{{"tag", PropertyListArray{}}}}},
-    };
-    for (const auto& [key, value] : values)
-        EXPECT_TRUE(open().setValue(key, value)) << key;
-    for (const auto& [key, value] : values)
-        EXPECT_THAT(open().value(key), Optional(value)) << key;
-    EXPECT_TRUE(open().setValue("text", std::nullopt));
-    EXPECT_EQ(open().value("text"), std::nullopt);
-    EXPECT_THAT(open().value("switch"), Optional(PropertyListValue(true)));
+    test::expectToKeepEveryValue([this] { return std::make_unique<FileDefaults>(file_, log_); });
     EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0600));
     EXPECT_EQ(fs::status(file_.parent_path()).permissions(), fs::perms(0700));
 }
@@ -49,16 +37,6 @@ TEST_F(FileDefaultsTest, KeepsEveryValueAPropertyListCanHold) {
 TEST_F(FileDefaultsTest, ReadingLeavesNoTrace) {
     EXPECT_EQ(open().value("absent"), std::nullopt);
     EXPECT_TRUE(fs::is_empty(folder_.path()));
-}
-
-TEST_F(FileDefaultsTest, TwoInstancesSeeAndKeepEachOthersValues) {
-    auto one = open(), other = open();
-    EXPECT_TRUE(one.setValue("a", 1));
-    EXPECT_TRUE(other.setValue("b", 2));
-    EXPECT_THAT(one.value("b"), Optional(PropertyListValue(2)));
-    EXPECT_TRUE(one.setValue("b", 3));
-    EXPECT_THAT(other.value("b"), Optional(PropertyListValue(3)));
-    EXPECT_THAT(open().value("a"), Optional(PropertyListValue(1)));
 }
 
 TEST_F(FileDefaultsTest, ProcessesAtOnceLoseNothing) {

@@ -25,5 +25,6 @@ extern const CFStringRef kSecUseAuthenticationUISkip;
 OSStatus SecItemCopyMatching(CFDictionaryRef query, CFTypeRef* result);
 OSStatus SecItemDelete(CFDictionaryRef query);
 OSStatus SecKeychainCopyDefault(SecKeychainRef* keychain) TIDWEN_DEPRECATED(10.10);
+OSStatus SecKeychainOpen(const char* path, SecKeychainRef* keychain) TIDWEN_DEPRECATED(10.10);
 OSStatus SecKeychainSetUserInteractionAllowed(Boolean isAllowed) TIDWEN_DEPRECATED(10.10);
 }
