@@ -75,7 +75,8 @@ TEST(System, TellsItsLanguagesAndTakesLines) {
     const auto mark = fmt::format("a line of test {}", ::getpid());
     UnifiedLog("com.corvella.tidwen.test").error("{}", mark);
     const auto shown = PosixProcessRunner().run(
-        "/usr/bin/log", {"show", "--last", "1m", "--predicate", "subsystem == \"com.corvella.tidwen.test\""}, 60s);
+        "/usr/bin/log", {"show", "--last", "1m", "--predicate", "subsystem == \"com.corvella.tidwen.test\""},
+        60s);
     ASSERT_TRUE(shown);
     EXPECT_THAT(shown->standardOutput, testing::HasSubstr(mark));
 }
