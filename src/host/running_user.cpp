@@ -25,14 +25,16 @@ std::vector<std::string> homesOfPersons() {
     constexpr uid_t firstPerson = 501, nobody = 65534;
     constexpr int mostAccounts = 10'000;
     std::vector<std::string> homes;
+    // NOLINTBEGIN(concurrency-mt-unsafe): asked once, before any thread starts
     ::setpwent();
     for (int seen = 0; seen < mostAccounts; ++seen) {
-        const passwd* account = ::getpwent(); // NOLINT(concurrency-mt-unsafe): asked once, at the start
+        const passwd* account = ::getpwent();
         if (!account) break;
         const bool isPersons = account->pw_uid >= firstPerson && account->pw_uid < nobody;
         if (isPersons && account->pw_dir) homes.emplace_back(account->pw_dir);
     }
     ::endpwent();
+    // NOLINTEND(concurrency-mt-unsafe)
     return homes;
 }
 
