@@ -13,6 +13,7 @@
 
 #include <fcntl.h>
 #include <fmt/core.h>
+#include <sys/stat.h>
 
 namespace tidwen {
 
@@ -66,6 +67,7 @@ class CopiedMove {
 
     MoveResult run() {
         if (auto settled = settle(); !settled) return settled;
+        if (isTaken(target(), copy_.c_str())) return refused(to_.path.parent() / copy_, FileFault::busy);
         if (isTaken(target(), finalName())) return refused(to_.path, FileFault::exists);
         // Check first, to avoid a pointless copy.
         if (::faccessat(source(), ".", W_OK | X_OK, AT_EACCESS) != 0) return failed(from_.path, errno);
@@ -76,7 +78,7 @@ class CopiedMove {
         if (item && liesInside(target(), item->st_dev, *before))
             return refused(to_.path, FileFault::otherDisk);
         if (auto copied = makeCopy(); !copied) {
-            dropCopy();
+            if (claim_.isOpen()) dropCopy(); // else the copy is not this move's
             return tl::unexpected(copied.error());
         }
         return exchange(*before);
@@ -122,13 +124,28 @@ class CopiedMove {
         return {.place = from_.path.parent() / aside, .fault = fault};
     }
 
+    /// That of this move, or what a crash left. The copy that another process is making stays.
     void dropCopy() {
-        if (isTaken(target(), copy_.c_str())) removeTree(target(), copy_.c_str());
+        if (isTaken(target(), copy_.c_str()) && (claim_.isOpen() || claimCopy()))
+            removeTree(target(), copy_.c_str());
         flushFolder(target());
     }
 
+    bool claimCopy() {
+        const auto item = statItem(target(), copy_.c_str());
+        if (!item || (!S_ISDIR(item->st_mode) && !S_ISREG(item->st_mode))) return item.has_value();
+        constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+        claim_ = Descriptor(::openat(target(), copy_.c_str(), flags));
+        // One without read permission is complete and has lost its maker.
+        if (!claim_.isOpen()) return errno == EACCES;
+        if (isLockedElsewhere(claim_.get())) return claim_ = Descriptor(), false;
+        const auto claimed = identifyOpen(claim_.get());
+        return claimed && claimed == identify(target(), copy_.c_str());
+    }
+
     FileResult<void> makeCopy() {
-        if (const int fault = copyTree(source(), original(), target(), copy_.c_str())) {
+        claim_ = Descriptor();
+        if (const int fault = copyTree(source(), original(), target(), copy_.c_str(), claim_)) {
             const bool isTargets = fault == ENOSPC || fault == EDQUOT || fault == ENOTSUP || fault == EROFS;
             return failed(isTargets ? to_.path : from_.path, fault);
         }
@@ -178,6 +195,9 @@ class CopiedMove {
     /// removed before the new name is flushed.
     std::optional<MoveRemains> removeAside(const std::string& aside, const TreeRecord& known) {
         if (const int fault = flushFolder(target())) return remainsAt(aside, faultOf(fault));
+        // Another process has put it back meanwhile: the item is in both places.
+        if (!isTaken(source(), aside.c_str()) && isTaken(source(), original()))
+            return MoveRemains{.place = from_.path, .fault = FileFault::busy};
         const int fault = removeTree(source(), aside.c_str(), &known);
         flushFolder(source());
         if (!isTaken(source(), aside.c_str())) return std::nullopt;
@@ -216,6 +236,7 @@ class CopiedMove {
     const MoveEnd& from_;
     const MoveEnd& to_;
     const std::string copy_ = growingCopyName(to_.place.name);
+    Descriptor claim_; ///< the copy, locked, while this move makes or removes it
 };
 
 } // namespace

@@ -20,7 +20,7 @@ namespace {
 
 class TreeCopy : public TreeVisitor {
   public:
-    TreeCopy(int folder, const char* name) : folder_(folder), name_(name) {}
+    TreeCopy(int folder, const char* name, Descriptor& claim) : folder_(folder), name_(name), claim_(claim) {}
 
     int item(const TreeItem& item) override {
         if (item.status.st_nlink > 1) {
@@ -44,8 +44,10 @@ class TreeCopy : public TreeVisitor {
             return copies_->push(std::move(made)) ? 0 : ESTALE;
         }
         top_ = openFolderToRead(made.get(), ".");
+        if (!top_.isOpen()) return errno;
+        claim_ = Descriptor(::fcntl(made.get(), F_DUPFD_CLOEXEC, 0));
         copies_.emplace(std::move(made));
-        return top_.isOpen() ? 0 : errno;
+        return lockClaim();
     }
 
     int leave(const struct stat& status, int opened) override {
@@ -69,6 +71,10 @@ class TreeCopy : public TreeVisitor {
         const Descriptor to(
             ::openat(folder(), nameFor(item), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
         if (!to.isOpen()) return errno;
+        if (isTop()) {
+            claim_ = Descriptor(::fcntl(to.get(), F_DUPFD_CLOEXEC, 0));
+            if (const int fault = lockClaim()) return fault;
+        }
         const auto size = static_cast<std::uint64_t>(item.status.st_size);
         if (const int fault = copyContent(from.get(), to.get(), size)) return fault;
         if (const int fault = copyMetadata(from.get(), item.status, to.get())) return fault;
@@ -77,6 +83,11 @@ class TreeCopy : public TreeVisitor {
             return errno; // elsewhere flushDisk flushes everything
 #endif
         return 0;
+    }
+
+    int lockClaim() const {
+        if (!claim_.isOpen()) return errno;
+        return isLockedElsewhere(claim_.get()) ? EBUSY : 0;
     }
 
     int copyLink(const TreeItem& item) {
@@ -110,6 +121,7 @@ class TreeCopy : public TreeVisitor {
 
     int folder_;
     const char* name_;
+    Descriptor& claim_;
     Descriptor top_;                      ///< of the copy, when it is a folder
     std::optional<FolderStack> copies_;   ///< parallel to the original's folders
     std::string inside_;                  ///< the path from the top, with a slash after each name
@@ -118,8 +130,8 @@ class TreeCopy : public TreeVisitor {
 
 } // namespace
 
-int copyTree(int fromFolder, const char* from, int toFolder, const char* to) {
-    TreeCopy copy(toFolder, to);
+int copyTree(int fromFolder, const char* from, int toFolder, const char* to, Descriptor& claim) {
+    TreeCopy copy(toFolder, to, claim);
     return walkTree(fromFolder, from, copy);
 }
 

@@ -4,6 +4,8 @@
 #include "posix/copied_move.h"
 #include "quarantine/interrupted_move.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <utility>
 
 namespace tidwen {
@@ -16,6 +18,18 @@ constexpr int mostNumbersTried = 200'000;
 /// More than any application holds.
 constexpr std::size_t mostCompared = 1'000'000;
 
+constexpr std::size_t pieceBytes = 1u << 20;
+
+/// Whether a file of `size` bytes is how another one begins.
+bool isBeginningOf(const Path& whole, const Path& part, std::uint64_t size, const FileSystem& files) {
+    for (std::uint64_t offset = 0; offset < size; offset += pieceBytes) {
+        const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(pieceBytes, size - offset));
+        const auto a = files.readRange(whole, offset, length), b = files.readRange(part, offset, length);
+        if (!a || !b || *a != *b) return false;
+    }
+    return true;
+}
+
 } // namespace
 
 bool canHaveGrownFrom(const Path& original, const Path& copy, const FileSystem& files) {
@@ -26,7 +40,9 @@ bool canHaveGrownFrom(const Path& original, const Path& copy, const FileSystem& 
         left.pop_back();
         const auto has = files.info(whole), grew = files.info(part);
         if (!has || !grew || has->kind != grew->kind) return false;
-        if (has->kind == FileKind::regular && has->size < grew->size) return false;
+        if (has->kind == FileKind::regular
+            && (has->size < grew->size || !isBeginningOf(whole, part, grew->size, files)))
+            return false;
         if (has->kind != FileKind::directory) continue;
         const auto entries = files.list(part);
         if (!entries) return false;
@@ -62,6 +78,14 @@ const std::set<std::string>& InterruptedReturns::copiesIn(const Path& folder) {
         for (const auto& entry : files_.list(real->second).value_or(std::vector<DirectoryEntry>()))
             if (entry.name.starts_with(growingCopyPrefix)) copies->second.insert(entry.name);
     return copies->second;
+}
+
+std::optional<Path> strayCopy(const Path& from, const Path& to, const FileSystem& files) {
+    const Path copy = to.parent() / growingCopyName(to.lastComponent());
+    if (!files.exists(copy) || canHaveGrownFrom(from, copy, files)) return std::nullopt;
+    const auto item = files.info(from), folder = files.infoFollowingLinks(to.parent());
+    const bool isOnOneDisk = item && folder && item->device == folder->device;
+    return isOnOneDisk ? std::nullopt : std::optional(copy);
 }
 
 bool settle(const InterruptedReturn& found, FileSystem& files, const PathPolicy& policy) {

@@ -5,6 +5,7 @@
 #include "scan/policy/path_policy.h"
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -37,9 +38,13 @@ class InterruptedReturns {
     int numbersTried_ = 0;
 };
 
-/// Whether everything in the copy is in the original, of the same kind and no smaller. Otherwise the copy
-/// contains foreign items or what the original has lost since.
+/// Whether everything in the copy is in the original, and each file of it is how that of the original begins.
+/// Otherwise the copy contains foreign items or what the original has lost since. Reads both.
 bool canHaveGrownFrom(const Path& original, const Path& copy, const FileSystem& files);
+
+/// The copy that a move between disks from `from` to `to` would remove although it did not grow from that
+/// item.
+std::optional<Path> strayCopy(const Path& from, const Path& to, const FileSystem& files);
 
 /// Settles one copy. If it could have been copied from what is complete in quarantine, the copy is removed.
 /// If the original was already set aside, a complete copy completes the return; otherwise the original goes

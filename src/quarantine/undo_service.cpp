@@ -28,6 +28,7 @@ namespace {
 
 constexpr const char* notInQuarantineKey = "failure.notInQuarantine";
 constexpr const char* severalOfTheNameKey = "failure.severalInQuarantine";
+constexpr const char* strayCopyKey = "failure.undo.strayCopy %@";
 constexpr const char* outerNotRestoredKey = "failure.outerNotRestored";
 constexpr const char* moveUnfinishedKey = "failure.moveUnfinished";
 constexpr const char* remainsInQuarantineKey = "failure.remainsInQuarantine";
@@ -151,6 +152,9 @@ class UndoRun {
                                  ? source
                                  : restoreTarget(source, ports_.files, taken_, nextNumber_[source]);
         taken_.insert(*result.destination);
+        if (const auto copy =
+                isMissing(from) ? std::nullopt : strayCopy(from, *result.destination, ports_.files))
+            result.problem = {strayCopyKey, {copy->string()}};
         return result;
     }
 
@@ -182,6 +186,8 @@ class UndoRun {
             .source = from, .destination = restoreTarget(source, ports_.files, taken_, nextNumber_[source])};
         taken_.insert(move.destination);
         if (isBlocked(from, move.destination)) return fail(entry.source, {blockedBySafetyPolicyKey});
+        if (const auto copy = strayCopy(from, move.destination, ports_.files))
+            return fail(entry.source, {strayCopyKey, {copy->string()}});
         if (entry.requiresRoot) return queue(move, entry);
         steps_.begin(kindName(move), entry.source);
         const CopiedBytes copied([this](std::uint64_t bytes) { steps_.tellCopied(bytes); });

@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -239,6 +240,9 @@ Ended runAndInterruptAt(int count, const std::function<void()>& body,
         ::ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof stop, &stop);
         if (wouldChangeADisk(stop) && --count == 0) interrupt(child);
     }
+    // Its locks go with it.
+    while (::waitpid(child, &status, 0) == child && WIFSTOPPED(status))
+        ;
     return count <= 0 ? Ended::reached : Ended::before;
 }
 
@@ -285,6 +289,23 @@ TEST_F(CopiedMove, AKillAtAnyChangeIsSettled) {
 }
 
 /// A process keeps writing to the item while it is moved: its data survives in every case.
+TEST_F(CopiedMove, LeavesTheCopyThatAnotherProcessIsMaking) {
+    for (const std::string kind : {"folder", "file"}) {
+        const fs::path item = here.path() / kind, copy = away / (".tidwen-copy-" + kind);
+        writeFile(kind == "file" ? item : item / "file", "x");
+        writeFile(kind == "file" ? copy : copy / "file", "x");
+        {
+            const Descriptor maker(::open(copy.c_str(), O_RDONLY | O_CLOEXEC));
+            ASSERT_EQ(::flock(maker.get(), LOCK_EX), 0);
+            (void)openVolume()->settleInterruptedMove(hereAt(kind), awayAt(kind));
+            EXPECT_EQ(outcome(openVolume()->move(hereAt(kind), awayAt(kind))), "busy");
+            EXPECT_TRUE(fs::exists(copy) && fs::exists(item));
+        }
+        EXPECT_EQ(outcome(openVolume()->move(hereAt(kind), awayAt(kind))), "ok") << "its maker is gone";
+        EXPECT_FALSE(fs::exists(copy));
+    }
+}
+
 TEST_F(CopiedMove, WhatIsWrittenMeanwhileIsNotLost) {
     int kept = 0;
     const int changes = forEveryChange(
@@ -444,7 +465,8 @@ TEST(CopiedBytes, AreToldToTheirThreadWhileTheyAreCopied) {
     {
         const CopiedBytes observed([&](std::uint64_t bytes) { told.push_back(bytes); });
         const Descriptor parent(::open(folder.path().c_str(), O_RDONLY | O_CLOEXEC));
-        EXPECT_EQ(copyTree(parent.get(), "from", parent.get(), "to"), 0);
+        Descriptor claim;
+        EXPECT_EQ(copyTree(parent.get(), "from", parent.get(), "to", claim), 0);
         std::thread([] { CopiedBytes::add(1u << 30); }).join();
     }
     CopiedBytes::add(1u << 30);

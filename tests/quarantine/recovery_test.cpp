@@ -334,6 +334,7 @@ TEST_F(Recovery, SettlesWhatAnUndoBetweenDisksLeftBesideTheOldPlace) {
         {"arrived, the original aside", {{aside, "whole"}, {place, "whole"}}, {{place, "whole"}}},
         {"the original was taken", {{copy, "who"}}, {{copy, "who"}}, true},
         {"more than the original", {{item, "w"}, {copy, "who"}}, {{item, "w"}, {copy, "who"}}, true},
+        {"of another item", {{item, "whole"}, {copy, "wha"}}, {{item, "whole"}, {copy, "wha"}}, true},
     };
     const auto present = [&] {
         Files found;

@@ -84,7 +84,7 @@ constexpr std::string_view neverTouchInHome[] = {
 };
 
 // Homes of others, and folders of such homes; "/Users" has a rule of its own.
-constexpr std::string_view placesOfOthers[] = {"/root", "/home", "/Network", "/net"};
+constexpr std::string_view placesOfOthers[] = {"/root", "/private/var/root", "/home", "/Network", "/net"};
 
 // The kernel's aliases: "/.vol/<device>/<inode>" and the like reach any item without its path, so nothing
 // below them can be checked.
@@ -300,6 +300,25 @@ void PathPolicy::keepFoldersOf(const Path& otherHome, RealPlaces& places) {
         keep(otherHome / folder);
     for (const auto& location : userLocations(other))
         keep(location.url);
+    for (const auto& folder : {otherHome, otherHome / "Library"})
+        keepLinkedFromHome(folder, places);
+}
+
+/// Whatever else of another home is a link into the user's own: taken with what holds it, it would be gone
+/// from that home.
+void PathPolicy::keepLinkedFromHome(const Path& folder, RealPlaces& places) {
+    const auto entries = places.files().list(folder);
+    if (!entries) return;
+    std::size_t links = 0;
+    for (const auto& entry : *entries) {
+        if (entry.kind != FileKind::symbolicLink || links++ == mostLinkedHomes) continue;
+        for (const auto& spelled : places.spellings(folder / entry.name))
+            if (isInAHome(componentsOf(spelled))) keepOthers(spelled);
+    }
+}
+
+bool PathPolicy::isInAHome(const Components& place) const {
+    return std::ranges::any_of(homes_, [&](const Components& home) { return startsWith(place, home); });
 }
 
 /// A folder does not become another user's because an account or a link names it, if all users share it, it

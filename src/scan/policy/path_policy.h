@@ -95,6 +95,8 @@ class PathPolicy {
     void keepWhole(const Path& place, NeverTouchRule rule, RealPlaces& places);
     void keepOtherHome(const Path& home, RealPlaces& places);
     void keepFoldersOf(const Path& otherHome, RealPlaces& places);
+    void keepLinkedFromHome(const Path& folder, RealPlaces& places);
+    bool isInAHome(const Components& place) const;
     /// False when it is shared or the user's own, and therefore not protected.
     bool keepOthers(const Path& place);
 
