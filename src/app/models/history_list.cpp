@@ -1,0 +1,67 @@
+#include "app/models/history_list.h"
+
+#include "app/widgets/words.h"
+
+#include <QStringList>
+
+namespace tidwen {
+
+HistoryList::HistoryList(HistoryModel& history, const Texts& texts)
+    : history_(history), texts_(texts), rows_(static_cast<int>(history.entries.get().size())),
+      following_(history.entries.observe([this](const auto& entries) {
+          beginResetModel();
+          rows_ = static_cast<int>(entries.size());
+          endResetModel();
+      })) {}
+
+int HistoryList::rowCount(const QModelIndex& above) const {
+    return above.isValid() ? 0 : rows_;
+}
+
+QVariant HistoryList::data(const QModelIndex& index, int role) const {
+    if (!index.isValid()) return {};
+    const auto& entry = this->entry(index);
+    const auto& apps = entry.manifest.apps;
+    switch (role) {
+    case Qt::DisplayRole:
+        return title(entry);
+    case second:
+        return secondLine(entry);
+    case bundleID:
+        return apps.empty() ? QString() : QString::fromStdString(apps.front().bundleID);
+    case badge:
+        return badgeOf(entry);
+    case badgeIsGood:
+        return entry.items() == RemovalHistoryEntry::Items::putBack;
+    case Qt::AccessibleTextRole: {
+        QStringList parts = {title(entry), secondLine(entry), badgeOf(entry)};
+        parts.removeAll(QString());
+        return parts.join(QStringLiteral(", "));
+    }
+    default:
+        return {};
+    }
+}
+
+QString HistoryList::title(const RemovalHistoryEntry& entry) const {
+    QStringList names;
+    for (const auto& app : entry.manifest.apps)
+        names << shown(app.name);
+    return names.isEmpty() ? shown(entry.root.lastComponent()) : names.join(QStringLiteral(", "));
+}
+
+QString HistoryList::secondLine(const RemovalHistoryEntry& entry) const {
+    QStringList parts = {QString::fromStdString(displayDate(entry.manifest.createdAt)),
+                         words(texts_, "history.row.items %lld", {std::to_string(entry.totalMoves)})};
+    if (entry.sizeBytes) parts << sizeWords(entry.sizeBytes, texts_);
+    return parts.join(QStringLiteral(" · "));
+}
+
+QString HistoryList::badgeOf(const RemovalHistoryEntry& entry) const {
+    using Items = RemovalHistoryEntry::Items;
+    if (entry.items() == Items::putBack) return words(texts_, "history.row.restored");
+    if (entry.items() == Items::missing) return words(texts_, "history.row.missing");
+    return entry.manifest.recoveredAt ? words(texts_, "history.row.recovered") : QString();
+}
+
+} // namespace tidwen

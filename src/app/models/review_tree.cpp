@@ -1,0 +1,209 @@
+#include "app/models/review_tree.h"
+
+#include "app/models/trace_words.h"
+#include "app/widgets/words.h"
+
+#include <QStringList>
+#include <algorithm>
+
+namespace tidwen {
+
+ReviewTree::ReviewTree(RemovalFlowModel& flow, const Texts& texts, UserEnvironment user)
+    : flow_(flow), texts_(texts), user_(std::move(user)) {}
+
+void ReviewTree::rebuild() {
+    beginResetModel();
+    nodes_.clear();
+    roots_.clear();
+    largest_ = 1;
+    const auto& groups = flow_.choice().findings().groups();
+    for (const auto& group : groups) {
+        const auto tree = flow_.reviewTrees().find(group.target.bundleID);
+        if (tree == flow_.reviewTrees().end()) continue;
+        const int parent =
+            groups.size() < 2 ? -1 : add(-1, {.kind = Kind::application, .title = group.target.name});
+        addTree(parent, tree->second);
+    }
+    count();
+    endResetModel();
+}
+
+int ReviewTree::add(int parent, Node node) {
+    auto& siblings = parent < 0 ? roots_ : nodes_[static_cast<std::size_t>(parent)].children;
+    const auto number = static_cast<int>(nodes_.size());
+    node.parent = parent;
+    node.row = static_cast<int>(siblings.size());
+    siblings.push_back(number);
+    nodes_.push_back(std::move(node));
+    return number;
+}
+
+void ReviewTree::addTree(int parent, const LeftoverTree& tree) {
+    for (const auto& tier : tree.tiers) {
+        const int above = add(parent, {.kind = Kind::tier,
+                                       .title = texts_.text("risk." + std::string(name(tier.risk)) + ".title"),
+                                       .risk = tier.risk,
+                                       .sizeText = tier.sizeText.value_or("")});
+        for (const auto& group : tier.groups) {
+            const auto title = texts_.text("category." + std::string(name(group.category)));
+            const int inner = add(above, {.kind = Kind::group, .title = title, .category = group.category});
+            for (const auto& row : group.rows) {
+                add(inner, {.trace = row.trace, .risk = tier.risk, .sizeText = std::string(row.sizeText)});
+                largest_ = std::max(largest_, row.trace->sizeBytes.value_or(0));
+            }
+        }
+    }
+    if (tree.manual.empty()) return;
+    const int above = add(parent, {.kind = Kind::byHand, .title = texts_.text("review.byHand.title")});
+    for (const auto* trace : tree.manual)
+        add(above, {.trace = trace, .risk = trace->risk});
+}
+
+/// From below: children come after their parents.
+void ReviewTree::count() {
+    const auto& choice = flow_.choice();
+    for (auto& node : nodes_)
+        node.selected = node.eligible = 0;
+    for (auto node = nodes_.rbegin(); node != nodes_.rend(); ++node) {
+        if (node->trace && isEligible(*node->trace, choice.mode())) {
+            node->eligible = 1;
+            node->selected = choice.isSelected(node->trace->id) ? 1 : 0;
+        }
+        if (node->parent < 0) continue;
+        auto& above = nodes_[static_cast<std::size_t>(node->parent)];
+        above.selected += node->selected;
+        above.eligible += node->eligible;
+    }
+}
+
+void ReviewTree::refresh() {
+    count();
+    const auto tell = [this](const QModelIndex& above) {
+        if (const int rows = rowCount(above); rows > 0)
+            Q_EMIT dataChanged(index(0, 0, above), index(rows - 1, 0, above), {Qt::CheckStateRole});
+    };
+    tell({});
+    for (std::size_t i = 0; i < nodes_.size(); ++i)
+        if (!nodes_[i].children.empty()) tell(createIndex(nodes_[i].row, 0, static_cast<quintptr>(i)));
+}
+
+const Trace* ReviewTree::trace(const QModelIndex& index) const {
+    return index.isValid() ? node(index).trace : nullptr;
+}
+
+void ReviewTree::collect(const Node& node, std::vector<Uuid>& ids) const {
+    if (node.trace && node.eligible > 0) ids.push_back(node.trace->id);
+    for (const int child : node.children)
+        collect(nodes_[static_cast<std::size_t>(child)], ids);
+}
+
+void ReviewTree::toggle(const QModelIndex& index) {
+    if (!index.isValid() || node(index).eligible == 0) return;
+    std::vector<Uuid> ids;
+    collect(node(index), ids);
+    flow_.setSelected(ids, node(index).selected < node(index).eligible);
+}
+
+QModelIndex ReviewTree::index(int row, int column, const QModelIndex& above) const {
+    const auto& siblings = above.isValid() ? node(above).children : roots_;
+    if (row < 0 || column != 0 || row >= static_cast<int>(siblings.size())) return {};
+    return createIndex(row, column, static_cast<quintptr>(siblings[static_cast<std::size_t>(row)]));
+}
+
+QModelIndex ReviewTree::parent(const QModelIndex& index) const {
+    if (!index.isValid() || node(index).parent < 0) return {};
+    const auto above = node(index).parent;
+    return createIndex(nodes_[static_cast<std::size_t>(above)].row, 0, static_cast<quintptr>(above));
+}
+
+int ReviewTree::rowCount(const QModelIndex& above) const {
+    return static_cast<int>(above.isValid() ? node(above).children.size() : roots_.size());
+}
+
+QVariant ReviewTree::data(const QModelIndex& index, int role) const {
+    if (!index.isValid()) return {};
+    const auto& node = this->node(index);
+    switch (role) {
+    case kind:
+        return static_cast<int>(node.kind);
+    case Qt::CheckStateRole:
+        return checkState(node);
+    case risk:
+        return static_cast<int>(node.risk);
+    case size:
+        return QString::fromStdString(node.sizeText);
+    case Qt::AccessibleTextRole:
+        return spoken(index);
+    default:
+        break;
+    }
+    if (node.trace) return itemData(node, role);
+    if (role == Qt::DisplayRole) return node.kind == Kind::application ? shown(node.title) : QString::fromStdString(node.title);
+    if (role == second && (node.kind == Kind::tier || node.kind == Kind::application))
+        return words(texts_, "review.tier.count %lld %lld",
+                     {std::to_string(node.selected), std::to_string(node.eligible)});
+    return {};
+}
+
+QVariant ReviewTree::itemData(const Node& node, int role) const {
+    const auto& trace = *node.trace;
+    const bool isManual = std::holds_alternative<action::Guidance>(trace.action);
+    switch (role) {
+    case Qt::DisplayRole:
+        return traceTitle(trace);
+    case second: {
+        if (isManual) return shown(std::get<action::Guidance>(trace.action).step.instruction);
+        const auto place = tracePlace(trace, user_);
+        return place.isEmpty() ? traceReason(trace, texts_) : place;
+    }
+    case badge:
+        if (isManual) return {};
+        return staysInMode(trace, flow_.choice().mode()) ? words(texts_, "review.badge.staysInReset")
+                                                         : traceBadge(trace, texts_);
+    case badgeRisk:
+        return static_cast<int>(trace.reversibility == Reversibility::irreversibleHarmless ? TraceRisk::safe
+                                                                                           : trace.risk);
+    case share:
+        return trace.sizeBytes ? static_cast<double>(*trace.sizeBytes) / static_cast<double>(largest_) : -1.0;
+    case icon:
+        return isManual ? QStringLiteral("hand") : traceIcon(trace);
+    case Qt::ToolTipRole:
+        return shown(trace.displayName).toHtmlEscaped();
+    default:
+        return {};
+    }
+}
+
+QVariant ReviewTree::checkState(const Node& node) const {
+    if (node.kind == Kind::group || node.eligible == 0) return {};
+    if (node.selected == 0) return Qt::Unchecked;
+    return node.selected == node.eligible ? Qt::Checked : Qt::PartiallyChecked;
+}
+
+bool ReviewTree::setData(const QModelIndex& index, const QVariant& /*value*/, int role) {
+    if (role != Qt::CheckStateRole) return false;
+    toggle(index);
+    return true;
+}
+
+Qt::ItemFlags ReviewTree::flags(const QModelIndex& index) const {
+    if (!index.isValid()) return Qt::NoItemFlags;
+    const auto& node = this->node(index);
+    if (node.kind == Kind::group) return Qt::ItemIsEnabled;
+    Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+    if (node.eligible > 0) flags |= Qt::ItemIsUserCheckable;
+    return node.trace ? flags | Qt::ItemNeverHasChildren : flags;
+}
+
+QString ReviewTree::spoken(const QModelIndex& index) const {
+    const auto& node = this->node(index);
+    QStringList parts = {index.data().toString()};
+    if (node.trace)
+        parts << words(texts_, "risk." + std::string(name(node.risk)) + ".title") << index.data(size).toString()
+              << index.data(badge).toString() << traceReason(*node.trace, texts_);
+    else parts << index.data(second).toString();
+    parts.removeAll(QString());
+    return parts.join(QStringLiteral(", "));
+}
+
+} // namespace tidwen

@@ -1,0 +1,234 @@
+#include "app/screens/applications/applications_screen.h"
+
+#include "app/screens/applications/card_view.h"
+#include "app/widgets/empty_state.h"
+#include "app/widgets/panel.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/screen_header.h"
+#include "app/widgets/search_field.h"
+#include "app/widgets/words.h"
+
+#include <QBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QStackedLayout>
+#include <algorithm>
+#include <array>
+
+namespace tidwen {
+
+ApplicationsScreen::ApplicationsScreen(Models models, std::function<void(const std::vector<Path>&)> look)
+    : models_(models), look_(std::move(look)), list_(models.grid, models.texts, models.clock) {
+    auto* layout = parts::column(this);
+    layout->addWidget(makeHeader());
+    cards_ = new CardView;
+    cards_->setObjectName(QStringLiteral("applications"));
+    cards_->setAccessibleName(text("window.applications"));
+    cards_->setModel(&list_);
+    cards_->setContextMenuPolicy(Qt::CustomContextMenu);
+    empty_ = new EmptyState(QStringLiteral("applications"));
+    auto* content = new QWidget;
+    content_ = new QStackedLayout(content);
+    content_->setContentsMargins(scaled(24), 0, scaled(14), 0);
+    content_->addWidget(cards_);
+    content_->addWidget(empty_);
+    layout->addWidget(content, 1);
+    layout->addWidget(makeFooter());
+
+    connect(cards_, &QAbstractItemView::activated, this, [this] { lookAtChosen(); });
+    connect(cards_, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) { showMenuFor(at); });
+    connect(cards_->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] { updateFooter(); });
+    connect(&list_, &QAbstractItemModel::rowsRemoved, this, [this] { updateFooter(); });
+    connect(&list_, &QAbstractItemModel::modelReset, this, [this] { updateFooter(); });
+    following_.push_back(models_.grid.phase.observe([this](const auto&) { update(); }));
+    following_.push_back(models_.grid.inventory.observe([this](const auto&) { update(); }));
+    following_.push_back(models_.grid.rows.changed.connect([this](const auto&) { update(); }));
+    update();
+    updateFooter();
+}
+
+QWidget* ApplicationsScreen::makeHeader() {
+    header_ = new ScreenHeader(text("window.applications"));
+    auto* view = new QPushButton(text("applications.view"));
+    view->setMenu(makeViewMenu());
+    auto* filter = new QPushButton(text("applications.filter"));
+    filter->setMenu(makeFilterMenu());
+    search_ = searchField(text("orphans.search.placeholder"));
+    connect(search_, &QLineEdit::textChanged, this, [this](const QString& query) {
+        setOption([&](HomeGridOptions& options) { options.query = query.toStdString(); });
+    });
+    for (QWidget* control : {static_cast<QWidget*>(view), static_cast<QWidget*>(filter), static_cast<QWidget*>(search_)})
+        header_->addControl(control);
+    return header_;
+}
+
+QWidget* ApplicationsScreen::makeFooter() {
+    auto* footer = footerPanel();
+    count_ = parts::label({}, Type::strong);
+    sizes_ = parts::label({}, Type::second, Role::second);
+    protect_ = parts::button(text("drop.tile.protect"), [this] { toggleProtection(); });
+    primary_ = parts::primaryButton({}, [this] { lookAtChosen(); });
+    primary_->setObjectName(QStringLiteral("look"));
+    auto* layout = footer->layout();
+    layout->addWidget(count_);
+    layout->addWidget(sizes_);
+    static_cast<QBoxLayout*>(layout)->addStretch(1);
+    layout->addWidget(protect_);
+    layout->addWidget(primary_);
+    return footer;
+}
+
+void ApplicationsScreen::addChoice(QMenu& menu, const char* key, bool isOn, std::function<void()> choose) {
+    auto* action = menu.addAction(text(key));
+    action->setCheckable(true);
+    action->setChecked(isOn);
+    connect(action, &QAction::triggered, this, [choose = std::move(choose)] { choose(); });
+}
+
+QMenu* ApplicationsScreen::makeViewMenu() {
+    auto* menu = new QMenu(this);
+    connect(menu, &QMenu::aboutToShow, this, [this, menu] {
+        menu->clear();
+        menu->addSection(text("applications.group"));
+        const auto& preferences = models_.preferences;
+        constexpr std::array<std::pair<const char*, const char*>, 4> groupings = {
+            {{"lastUsed", "applications.group.lastUsed"}, {"category", "applications.group.category"},
+             {"tag", "applications.group.tag"}, {"none", "applications.group.none"}}};
+        for (const auto& [raw, key] : groupings)
+            addChoice(*menu, key, preferences.homeGrouping.get() == raw,
+                      [this, raw = raw] { models_.preferences.homeGrouping.set(raw); });
+        menu->addSection(text("orphans.filter.sort"));
+        constexpr std::array<std::pair<const char*, const char*>, 4> sorts = {
+            {{"auto", "applications.sort.automatic"}, {"name", "cli.apps.name"}, {"size", "cli.apps.size"},
+             {"lastUsed", "cli.apps.lastUsed"}}};
+        for (const auto& [raw, key] : sorts)
+            addChoice(*menu, key, preferences.homeSort.get() == raw,
+                      [this, raw = raw] { models_.preferences.homeSort.set(raw); });
+    });
+    return menu;
+}
+
+QMenu* ApplicationsScreen::makeFilterMenu() {
+    auto* menu = new QMenu(this);
+    connect(menu, &QMenu::aboutToShow, this, [this, menu] {
+        menu->clear();
+        const auto& options = models_.grid.options();
+        const auto addSwitch = [&](const char* key, bool HomeGridOptions::*option) {
+            addChoice(*menu, key, options.*option, [this, option] {
+                setOption([&](HomeGridOptions& changed) { changed.*option = !(changed.*option); });
+            });
+        };
+        addSwitch("applications.filter.background", &HomeGridOptions::showsBackgroundAgents);
+        addSwitch("applications.filter.unused", &HomeGridOptions::onlyUnused);
+        addSwitch("applications.filter.protected", &HomeGridOptions::onlyProtected);
+    });
+    return menu;
+}
+
+void ApplicationsScreen::setOption(const std::function<void(HomeGridOptions&)>& change) {
+    auto options = models_.grid.options();
+    change(options);
+    models_.grid.setOptions(std::move(options));
+}
+
+void ApplicationsScreen::showMenuFor(const QPoint& point) {
+    const auto index = cards_->indexAt(point);
+    if (!index.isValid()) return;
+    if (!cards_->selectionModel()->isSelected(index))
+        cards_->selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    connect(menu->addAction(primary_->text()), &QAction::triggered, this, [this] { lookAtChosen(); });
+    connect(menu->addAction(protect_->text()), &QAction::triggered, this, [this] { toggleProtection(); });
+    menu->popup(cards_->viewport()->mapToGlobal(point));
+}
+
+std::vector<const HomeRow*> ApplicationsScreen::chosen() const {
+    std::vector<const HomeRow*> rows;
+    const auto indexes = cards_->selectionModel()->selectedIndexes();
+    rows.reserve(static_cast<std::size_t>(indexes.size()));
+    for (const auto& index : indexes) {
+        const auto& row = list_.row(index);
+        const auto isSame = [&](const HomeRow* other) { return other->app->url == row.app->url; };
+        if (row.app && std::ranges::none_of(rows, isSame)) rows.push_back(&row); // it may stand under two tags
+    }
+    return rows;
+}
+
+void ApplicationsScreen::lookAtChosen() {
+    std::vector<Path> bundles;
+    const auto rows = chosen();
+    bundles.reserve(rows.size());
+    for (const auto* row : rows)
+        bundles.push_back(row->app->url);
+    if (!bundles.empty()) look_(bundles);
+}
+
+void ApplicationsScreen::toggleProtection() {
+    std::vector<std::string> identifiers;
+    const auto rows = chosen();
+    const bool areProtected = std::ranges::all_of(rows, &HomeRow::isProtected);
+    identifiers.reserve(rows.size());
+    for (const auto* row : rows)
+        if (row->isProtected == areProtected) identifiers.push_back(row->app->bundleID);
+    for (const auto& identifier : identifiers)
+        models_.protectedApps.toggle(identifier);
+    updateFooter();
+}
+
+void ApplicationsScreen::search() {
+    search_->setFocus();
+    search_->selectAll();
+}
+
+void ApplicationsScreen::keyPressEvent(QKeyEvent* event) {
+    const bool isText = !event->text().isEmpty() && event->text().at(0).isPrint() && event->text() != QStringLiteral(" ");
+    if (!isText || event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+        return QWidget::keyPressEvent(event);
+    search_->setFocus();
+    search_->setText(search_->text() + event->text());
+}
+
+void ApplicationsScreen::update() {
+    using Phase = HomeGridModel::Phase;
+    const auto phase = models_.grid.phase.get();
+    const auto& inventory = models_.grid.inventory.get();
+    const bool isLooking = phase == Phase::listing || phase == Phase::idle;
+    auto line = text("applications.summary %lld %@",
+                     {std::to_string(inventory.count), sizeWords(inventory.bytes, models_.texts).toStdString()});
+    if (phase == Phase::measuring) line += QStringLiteral(" · ") + text("applications.measuring");
+    if (isLooking) line = text("cli.apps.progress");
+    const auto missed = inventory.unreadable.size() + (inventory.leftOut > 0 ? 1 : 0);
+    if (missed > 0) line += QStringLiteral(" · ") + text("applications.unread %lld", {std::to_string(missed)});
+    header_->setLine(line);
+    if (inventory.count > 0) empty_->say(text("orphans.filter.empty.title"), text("orphans.filter.empty.body.filters"));
+    else if (isLooking) empty_->say(text("cli.apps.progress"), {});
+    else empty_->say(text("cli.apps.none"), text("applications.none.body"));
+    content_->setCurrentWidget(models_.grid.rows.rows().empty() ? static_cast<QWidget*>(empty_) : cards_);
+}
+
+void ApplicationsScreen::updateFooter() {
+    const auto rows = chosen();
+    std::int64_t bytes = 0;
+    for (const auto* row : rows)
+        bytes += row->app->sizeBytes.value_or(0);
+    count_->setText(rows.empty() ? text("applications.drop.hint")
+                                 : text("report.subject.apps %lld", {std::to_string(rows.size())}));
+    count_->setFont(textFont(rows.empty() ? Type::body : Type::strong));
+    sizes_->setText(rows.empty() ? QString()
+                                 : text("applications.chosen.size %@", {sizeWords(bytes, models_.texts).toStdString()}));
+    const bool areProtected = !rows.empty() && std::ranges::all_of(rows, &HomeRow::isProtected);
+    protect_->setText(text(areProtected ? "drop.tile.unprotect" : "drop.tile.protect"));
+    protect_->setVisible(!rows.empty());
+    primary_->setText(text(rows.size() > 1 ? "applications.look.several" : "applications.look"));
+    primary_->setVisible(!rows.empty());
+}
+
+QString ApplicationsScreen::text(const char* key, const std::vector<std::string>& arguments) const {
+    return words(models_.texts, key, arguments);
+}
+
+} // namespace tidwen

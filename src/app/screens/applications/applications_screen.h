@@ -1,0 +1,70 @@
+#pragma once
+
+#include "app/models/home_list.h"
+#include "base/path.h"
+
+#include <QWidget>
+#include <functional>
+#include <vector>
+
+class QLabel;
+class QLineEdit;
+class QMenu;
+class QPushButton;
+class QStackedLayout;
+
+namespace tidwen {
+
+class CardView;
+class EmptyState;
+class ScreenHeader;
+
+/// What is installed, in groups of cards; from here a removal begins.
+class ApplicationsScreen final : public QWidget {
+  public:
+    struct Models {
+        HomeGridModel& grid;
+        AppPreferences& preferences;
+        ProtectedApps& protectedApps;
+        const Texts& texts;
+        const Clock& clock;
+    };
+    /// `look`: asked for what belongs to these applications.
+    ApplicationsScreen(Models models, std::function<void(const std::vector<Path>&)> look);
+
+    void search();
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    QWidget* makeHeader();
+    QWidget* makeFooter();
+    QMenu* makeViewMenu();
+    QMenu* makeFilterMenu();
+    void addChoice(QMenu& menu, const char* key, bool isOn, std::function<void()> choose);
+    void setOption(const std::function<void(HomeGridOptions&)>& change);
+    void showMenuFor(const QPoint& point);
+    std::vector<const HomeRow*> chosen() const;
+    void lookAtChosen();
+    void toggleProtection();
+    void update();
+    void updateFooter();
+    QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
+
+    Models models_;
+    std::function<void(const std::vector<Path>&)> look_;
+    HomeList list_;
+    ScreenHeader* header_ = nullptr;
+    QLineEdit* search_ = nullptr;
+    CardView* cards_ = nullptr;
+    EmptyState* empty_ = nullptr;
+    QStackedLayout* content_ = nullptr;
+    QLabel* count_ = nullptr;
+    QLabel* sizes_ = nullptr;
+    QPushButton* protect_ = nullptr;
+    QPushButton* primary_ = nullptr;
+    std::vector<Subscription> following_;
+};
+
+} // namespace tidwen

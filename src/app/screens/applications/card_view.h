@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QListView>
+#include <vector>
+
+namespace tidwen {
+
+/// Cards in groups with headings. A list view whose geometry is our own arithmetic: it keeps the toolkit's
+/// selection, delegate and accessibility, and costs no layout per card.
+class CardView final : public QListView {
+  public:
+    explicit CardView(QWidget* parent = nullptr);
+
+    void setModel(QAbstractItemModel* model) override;
+    QRect visualRect(const QModelIndex& index) const override;
+    QModelIndex indexAt(const QPoint& point) const override;
+    void scrollTo(const QModelIndex& index, ScrollHint hint) override;
+    void reset() override;
+    void doItemsLayout() override { place(); }
+
+  protected:
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void setSelection(const QRect& area, QItemSelectionModel::SelectionFlags flags) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void updateGeometries() override { place(); }
+    void rowsInserted(const QModelIndex& above, int first, int last) override;
+    void dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) override;
+    void scrollContentsBy(int dx, int dy) override { viewport()->scroll(dx, dy); }
+    int verticalOffset() const override;
+    int horizontalOffset() const override { return 0; }
+
+  private:
+    struct Group {
+        int first; ///< row of its first card; the heading is the one before
+        int count;
+        int lines;
+        int top;
+    };
+
+    void place();
+    QRect cell(const Group& group, int number) const;
+    const Group* groupOfRow(int row) const;
+
+    std::vector<Group> groups_;
+    int columns_ = 1;
+};
+
+} // namespace tidwen

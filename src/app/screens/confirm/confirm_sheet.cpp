@@ -1,0 +1,153 @@
+#include "app/screens/confirm/confirm_sheet.h"
+
+#include "app/style/risk_roles.h"
+#include "app/style/style.h"
+#include "app/widgets/notice.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/sheet.h"
+#include "app/widgets/tile.h"
+#include "app/widgets/words.h"
+#include "removal/removal_texts.h"
+
+#include <QBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QStringList>
+
+namespace tidwen {
+
+namespace {
+
+/// A dot in the colour of a tier.
+QLabel* dot(TraceRisk risk) {
+    const int size = scaled(10);
+    auto* label = new QLabel;
+    QPixmap pixmap(QSize(size, size) * label->devicePixelRatioF());
+    pixmap.setDevicePixelRatio(label->devicePixelRatioF());
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    fillRounded(painter, QRectF(0, 0, size, size), colors()[roles(risk).mark], size / 2.0);
+    painter.end();
+    label->setPixmap(pixmap);
+    return label;
+}
+
+QWidget* tierCard(const RemovalSummary& summary, const Texts& texts) {
+    auto* card = new Panel({});
+    auto* layout = parts::column(card, scaled(14));
+    layout->setContentsMargins(scaled(16), scaled(14), scaled(16), scaled(14));
+    for (const auto& tier : summary.tiers) {
+        auto* line = parts::row(nullptr, scaled(10));
+        line->addWidget(dot(tier.risk));
+        line->addWidget(parts::label(words(texts, "risk." + std::string(name(tier.risk)) + ".count %lld",
+                                           {std::to_string(tier.count)})));
+        line->addStretch(1);
+        if (tier.sizeText) line->addWidget(parts::label(QString::fromStdString(*tier.sizeText), Type::body, Role::second));
+        layout->addLayout(line);
+    }
+    return card;
+}
+
+QWidget* readOnlyText(const QStringList& lines, const QString& name, int height) {
+    auto* text = new QPlainTextEdit(lines.join(QLatin1Char('\n')));
+    text->setReadOnly(true);
+    text->setTabChangesFocus(true);
+    text->setAccessibleName(name);
+    text->setFixedHeight(scaled(height));
+    text->setFont(textFont(Type::second));
+    return text;
+}
+
+QStringList stepLines(const RemovalChoice& choice, const System& system) {
+    const auto targets = choice.targets();
+    std::vector<AppRecord> apps;
+    apps.reserve(targets.size());
+    for (const auto& target : targets)
+        apps.push_back({target.target.name, target.target.bundleID});
+    const auto layout = makeLayout(apps, system.clock.now(), system.user);
+    QStringList lines;
+    for (const auto& step : buildRemovalPlan(targets, layout, choice.mode(), system.texts)) {
+        const auto verb = words(system.texts, "cli.step." + std::string(kindName(step.kind)));
+        auto line = QStringLiteral("%1. %2  ").arg(step.id).arg(verb) + shown(step.displayName);
+        if (const auto* move = std::get_if<operation::Move>(&step.kind))
+            line += QStringLiteral("  →  ") + shown(move->destination.string());
+        if (step.requiresRoot) line += QStringLiteral("  (") + words(system.texts, "cli.plan.administrator") + QLatin1Char(')');
+        lines << line;
+    }
+    return lines;
+}
+
+void addTitle(Sheet& sheet, const RemovalChoice& choice, const QString& title) {
+    auto* line = parts::row(nullptr, scaled(14));
+    const auto& groups = choice.going();
+    if (!groups.empty()) {
+        auto* tile = new Tile(44);
+        const auto& target = groups.front().group->target;
+        tile->show(shown(target.name), target.bundleID);
+        line->addWidget(tile);
+    }
+    line->addWidget(parts::paragraph(title, Type::sheet), 1);
+    sheet.content().addLayout(line);
+}
+
+} // namespace
+
+Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const System& system,
+                        std::function<void()> confirm) {
+    const auto& texts = system.texts;
+    const auto& summary = choice.summary();
+    const auto subject = shown(choice.subject().text(texts)).toStdString();
+    const auto said = confirmationTexts(summary, subject, choice.mode(), texts);
+    const auto title = QString::fromStdString(said.title);
+    auto* sheet = new Sheet(window, title);
+    addTitle(*sheet, choice, title);
+    sheet->content().addWidget(parts::paragraph(words(
+        texts, "confirm.body %lld %@", {std::to_string(summary.totalCount), summary.totalSizeText})));
+    sheet->content().addWidget(tierCard(summary, texts));
+    if (said.password)
+        sheet->content().addWidget(makeNotice(NoticeTone::information, {QString::fromStdString(*said.password)}));
+    if (said.permissionsReset)
+        sheet->content().addWidget(makeNotice(NoticeTone::caution, {QString::fromStdString(*said.permissionsReset)}));
+    if (said.permanentHeading) {
+        const auto heading = QString::fromStdString(*said.permanentHeading);
+        sheet->content().addWidget(parts::paragraph(heading, Type::strong, Role::sensitive));
+        QStringList names;
+        for (const auto& name : said.permanent)
+            names << shown(name);
+        sheet->content().addWidget(readOnlyText(names, heading, 90));
+    }
+    auto* buttons = parts::row(nullptr, scaled(6));
+    buttons->addWidget(parts::button(words(texts, "confirm.steps"), [window, &choice, &system] {
+        openStepsSheet(window, choice, system);
+    }));
+    buttons->addStretch(1);
+    buttons->addWidget(parts::button(words(texts, "confirm.cancelButton"), [sheet] { sheet->cancel(); }));
+    const auto answer = [sheet, confirm = std::move(confirm)] {
+        sheet->close();
+        confirm();
+    };
+    const auto removeWords = words(texts, choice.mode() == RemovalMode::reset ? "review.reset" : "confirm.removeButton");
+    auto* remove = summary.permanent.empty() ? parts::primaryButton(removeWords, answer) : parts::button(removeWords, answer);
+    remove->setObjectName(QStringLiteral("confirm"));
+    buttons->addWidget(remove);
+    sheet->content().addLayout(buttons);
+    sheet->open();
+    return sheet;
+}
+
+Sheet* openStepsSheet(QWidget* window, const RemovalChoice& choice, const System& system) {
+    const auto title = words(system.texts, "confirm.steps.title");
+    auto* sheet = new Sheet(window, title, 640);
+    sheet->content().addWidget(parts::label(title, Type::sheet));
+    sheet->content().addWidget(readOnlyText(stepLines(choice, system), title, 360));
+    auto* buttons = parts::row(nullptr);
+    buttons->addStretch(1);
+    buttons->addWidget(parts::primaryButton(words(system.texts, "permissions.doneButton"), [sheet] { sheet->cancel(); }));
+    sheet->content().addLayout(buttons);
+    sheet->open();
+    return sheet;
+}
+
+} // namespace tidwen

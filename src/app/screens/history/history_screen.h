@@ -1,0 +1,55 @@
+#pragma once
+
+#include "app/models/history_list.h"
+
+#include <QWidget>
+#include <functional>
+
+class QBoxLayout;
+class QListView;
+class QStringListModel;
+class QPushButton;
+class QStackedLayout;
+
+namespace tidwen {
+
+class EmptyState;
+class ScreenHeader;
+
+/// Past removals, the items of each, and the way back from them.
+class HistoryScreen final : public QWidget {
+  public:
+    HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvironment user,
+                  std::function<void(const Path&)> reveal);
+
+  private:
+    QWidget* makeContent();
+    QWidget* makeFooter();
+    const RemovalHistoryEntry* current() const;
+    void undo();
+    void askToDelete();
+    void update();
+    void showItems();
+    void updateFooter();
+    QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
+
+    HistoryModel& history_;
+    const Texts& texts_;
+    UserEnvironment user_;
+    std::function<void(const Path&)> reveal_;
+    HistoryList list_;
+    ScreenHeader* header_ = nullptr;
+    QBoxLayout* notices_ = nullptr;
+    QStackedLayout* content_ = nullptr;
+    QListView* runs_ = nullptr;
+    QListView* items_ = nullptr;
+    QStringListModel* itemNames_ = nullptr;
+    std::vector<std::string> sources_; ///< old places of what the current run moved, as its record has them
+    EmptyState* empty_ = nullptr;
+    QPushButton* undo_ = nullptr;
+    QPushButton* show_ = nullptr;
+    QPushButton* delete_ = nullptr;
+    std::vector<Subscription> following_;
+};
+
+} // namespace tidwen

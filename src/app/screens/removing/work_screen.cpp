@@ -1,0 +1,61 @@
+#include "app/screens/removing/work_screen.h"
+
+#include "app/models/trace_words.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/progress_ring.h"
+#include "app/widgets/words.h"
+
+#include <QBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+
+namespace tidwen {
+
+WorkScreen::WorkScreen(const Texts& texts, UserEnvironment user, std::function<void()> stop)
+    : texts_(texts), user_(std::move(user)), ring_(new ProgressRing), title_(parts::label({}, Type::title)),
+      step_(parts::paragraph({}, Type::second, Role::second)), note_(parts::paragraph({}, Type::second, Role::second)),
+      stop_(parts::button({}, std::move(stop))) {
+    stop_->setObjectName(QStringLiteral("stop"));
+    auto* layout = parts::column(this, scaled(10));
+    layout->setContentsMargins(scaled(24), 0, scaled(24), 0);
+    layout->addStretch(2);
+    layout->addWidget(ring_, 0, Qt::AlignHCenter);
+    for (auto* label : {title_, step_, note_}) {
+        label->setAlignment(Qt::AlignCenter);
+        layout->addWidget(label);
+    }
+    step_->setMinimumHeight(2 * QFontMetrics(textFont(Type::second)).height());
+    layout->addWidget(stop_, 0, Qt::AlignHCenter);
+    layout->addStretch(3);
+}
+
+void WorkScreen::show(const Words& words, const std::optional<StepProgress>& step) {
+    title_->setText(words.title);
+    note_->setText(words.note);
+    stop_->setText(words.stop);
+    stop_->setEnabled(true);
+    step_->setText(step ? stepWords(*step) : words.phase);
+    const auto done = step && step->total > 0 ? static_cast<double>(step->step) / static_cast<double>(step->total) : 0;
+    ring_->show(done);
+    ring_->setAccessibleName(step_->text().isEmpty() ? words.title : step_->text());
+}
+
+QString WorkScreen::stepWords(const StepProgress& step) const {
+    auto line = words(texts_, "work.step %lld %lld", {std::to_string(step.step), std::to_string(step.total)});
+    const auto key = "cli.step." + step.kind;
+    if (const auto verb = words(texts_, key); verb != QString::fromStdString(key)) line += QStringLiteral(" · ") + verb;
+    if (!step.item.empty()) line += QStringLiteral(" · ") + shortPath(Path(step.item), user_);
+    if (step.copiedBytes > 0)
+        line += QStringLiteral(", ")
+                + words(texts_, "cli.progress.copied %@",
+                        {sizeWords(static_cast<std::int64_t>(step.copiedBytes), texts_).toStdString()});
+    return line;
+}
+
+void WorkScreen::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && stop_->isEnabled()) return stop_->click();
+    QWidget::keyPressEvent(event);
+}
+
+} // namespace tidwen

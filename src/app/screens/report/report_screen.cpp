@@ -1,0 +1,174 @@
+#include "app/screens/report/report_screen.h"
+
+#include "app/style/icons.h"
+#include "app/style/style.h"
+#include "app/widgets/notice.h"
+#include "app/widgets/panel.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/words.h"
+#include "removal/removal_texts.h"
+
+#include <QBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QScrollArea>
+
+namespace tidwen {
+
+namespace {
+
+constexpr std::size_t mostLines = 12; ///< of one kind; History holds the others
+
+} // namespace
+
+ReportScreen::ReportScreen(RemovalFlowModel& flow, const Texts& texts, std::function<void(const Path&)> reveal)
+    : flow_(flow), texts_(texts), reveal_(std::move(reveal)) {
+    auto* layout = parts::column(this);
+    auto* body = new QWidget;
+    auto* inner = parts::column(body, scaled(10));
+    inner->setContentsMargins(scaled(24), scaled(56), scaled(24), scaled(24));
+    mark_ = new QLabel;
+    title_ = parts::paragraph({}, Type::title);
+    title_->setObjectName(QStringLiteral("report title"));
+    counts_ = parts::paragraph({}, Type::body, Role::second);
+    for (auto* label : {mark_, title_, counts_}) {
+        label->setAlignment(Qt::AlignCenter);
+        inner->addWidget(label);
+    }
+    inner->addSpacing(scaled(16));
+    auto* narrow = new QWidget;
+    narrow->setMaximumWidth(scaled(520));
+    cards_ = parts::column(narrow, scaled(12));
+    auto* centred = parts::row(nullptr);
+    centred->addStretch(1);
+    centred->addWidget(narrow, 100);
+    centred->addStretch(1);
+    inner->addLayout(centred);
+    inner->addStretch(1);
+    auto* scroll = new QScrollArea;
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setWidget(body);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    layout->addWidget(scroll, 1);
+    layout->addWidget(makeFooter());
+}
+
+QWidget* ReportScreen::makeFooter() {
+    auto* footer = footerPanel();
+    auto* layout = static_cast<QBoxLayout*>(footer->layout());
+    undo_ = parts::button(text("report.undo.button"), [this] { flow_.undoLast(); }, QStringLiteral("undo"));
+    undo_->setObjectName(QStringLiteral("undo"));
+    auto* done = parts::primaryButton(text("permissions.doneButton"), [this] { flow_.close(); });
+    done->setObjectName(QStringLiteral("done"));
+    layout->addWidget(undo_);
+    layout->addStretch(1);
+    layout->addWidget(done);
+    return footer;
+}
+
+void ReportScreen::update() {
+    const auto* report = std::get_if<stage::Report>(&flow_.stage());
+    if (!report) return;
+    parts::clear(*cards_);
+    if (flow_.errorMessage())
+        cards_->addWidget(makeNotice(NoticeTone::caution, {QString::fromStdString(*flow_.errorMessage())}));
+    if (flow_.undoReport()) showUndo(*flow_.undoReport());
+    else showReport(*report);
+    const bool canUndo = !report->report.quarantineRoot.isRoot() && !flow_.isUndoing() && !flow_.undoReport();
+    undo_->setEnabled(canUndo);
+    undo_->setText(text(flow_.isUndoing() ? "home.recovery.restoring" : "report.undo.button"));
+    setFocus();
+}
+
+void ReportScreen::showMark(const char* icon, Role color, Role ground) {
+    const int size = scaled(64);
+    QPixmap pixmap(QSize(size, size) * devicePixelRatioF());
+    pixmap.setDevicePixelRatio(devicePixelRatioF());
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    fillRounded(painter, QRectF(0, 0, size, size), colors()[ground], size / 2.0);
+    const double inner = scaled(30);
+    const QRectF place((size - inner) / 2, (size - inner) / 2, inner, inner);
+    paintIcon(painter, place, QString::fromLatin1(icon), colors()[color]);
+    painter.end();
+    mark_->setPixmap(pixmap);
+}
+
+void ReportScreen::showReport(const stage::Report& stage) {
+    const auto subject = shown(stage.subject.text(texts_)).toStdString();
+    const auto said = reportTexts(stage.report, subject, texts_);
+    const bool isClean = said.failures.empty() && !said.stopped && !stage.report.manifestFailure;
+    if (isClean) showMark("check", Role::safe, Role::safeGround);
+    else showMark("warning", Role::look, Role::lookGround);
+    title_->setText(QString::fromStdString(isClean ? said.summary : said.counts));
+    auto counts = QString::fromStdString(said.counts);
+    if (said.reclaimed) counts += QStringLiteral(" · ") + QString::fromStdString(*said.reclaimed);
+    counts_->setText(counts);
+    if (said.stopped) cards_->addWidget(makeNotice(NoticeTone::caution, {QString::fromStdString(*said.stopped)}));
+    showCard(stage);
+}
+
+void ReportScreen::showCard(const stage::Report& stage) {
+    const auto& report = stage.report;
+    const auto said = reportTexts(report, {}, texts_);
+    auto* panel = new Panel({});
+    auto* card = parts::column(panel, scaled(14));
+    card->setContentsMargins(scaled(16), scaled(14), scaled(16), scaled(14));
+    std::size_t lines = 0;
+    for (const auto& failure : said.failures)
+        if (lines++ < mostLines) addLine(*card, {"warning", Role::sensitive, text("report.failures.title"), shown(failure)});
+    if (!report.quarantineRoot.isRoot())
+        addLine(*card, {"folder", Role::second, text("report.quarantine.title"), shown(report.quarantineRoot.lastComponent())},
+                parts::button(text("history.revealButton"), [this, folder = report.quarantineRoot] { reveal_(folder); }));
+    for (const auto& line : said.verification)
+        addLine(*card, {said.isClean ? "check" : "warning", said.isClean ? Role::safe : Role::look,
+                        text("report.verify.title"), shown(line)});
+    lines = 0;
+    for (const auto& remainder : report.left)
+        for (const auto& item : remainder.traces)
+            if (lines++ < mostLines)
+                addLine(*card, {"warning", Role::look, shown(item.trace.displayName),
+                                QString::fromStdString(texts_.text(item.describe()))});
+    if (card->count() == 0) return panel->deleteLater();
+    cards_->addWidget(panel);
+}
+
+void ReportScreen::addLine(QBoxLayout& card, const Line& line, QPushButton* button) {
+    auto* row = parts::row(nullptr, scaled(10));
+    row->addWidget(parts::picture(QString::fromLatin1(line.icon), line.color), 0, Qt::AlignTop);
+    auto* words = parts::column(nullptr);
+    words->addWidget(parts::paragraph(line.title));
+    words->addWidget(parts::paragraph(line.body, Type::second, Role::second));
+    row->addLayout(words, 1);
+    if (button) row->addWidget(button);
+    card.addLayout(row);
+}
+
+void ReportScreen::showUndo(const UndoReport& undo) {
+    const bool isWhole = undo.failures.empty();
+    if (isWhole) showMark("undo", Role::safe, Role::safeGround);
+    else showMark("warning", Role::look, Role::lookGround);
+    title_->setText(text(isWhole ? "report.undo.complete" : "report.undo.partial"));
+    auto line = text("report.undo.restored %lld %lld",
+                     {std::to_string(undo.restoredCount), std::to_string(undo.totalCount)});
+    counts_->setText(line);
+    if (undo.mayHaveLost) cards_->addWidget(makeNotice(NoticeTone::information, {text("report.undo.permanent")}));
+    std::size_t lines = 0;
+    for (const auto& failure : undo.failures)
+        if (lines++ < mostLines) cards_->addWidget(makeNotice(NoticeTone::caution, {shown(failure)}));
+}
+
+void ReportScreen::keyPressEvent(QKeyEvent* event) {
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if ((isReturn || event->key() == Qt::Key_Escape) && !flow_.isUndoing()) return flow_.close();
+    QWidget::keyPressEvent(event);
+}
+
+QString ReportScreen::text(const char* key, const std::vector<std::string>& arguments) const {
+    return words(texts_, key, arguments);
+}
+
+} // namespace tidwen

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "app/style/palette.h"
+#include "removal/removal_flow_model.h"
+
+#include <QWidget>
+#include <functional>
+
+class QBoxLayout;
+class QLabel;
+class QPushButton;
+
+namespace tidwen {
+
+/// What a removal came to, and the way back.
+class ReportScreen final : public QWidget {
+  public:
+    ReportScreen(RemovalFlowModel& flow, const Texts& texts, std::function<void(const Path&)> reveal);
+
+    void update();
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    struct Line {
+        const char* icon;
+        Role color;
+        QString title;
+        QString body;
+    };
+    QWidget* makeFooter();
+    void showMark(const char* icon, Role color, Role ground);
+    void addLine(QBoxLayout& card, const Line& line, QPushButton* button = nullptr);
+    void showReport(const stage::Report& report);
+    void showCard(const stage::Report& report);
+    void showUndo(const UndoReport& undo);
+    QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
+
+    RemovalFlowModel& flow_;
+    const Texts& texts_;
+    std::function<void(const Path&)> reveal_;
+    QLabel* mark_ = nullptr;
+    QLabel* title_ = nullptr;
+    QLabel* counts_ = nullptr;
+    QBoxLayout* cards_ = nullptr;
+    QPushButton* undo_ = nullptr;
+};
+
+} // namespace tidwen

@@ -1,0 +1,69 @@
+#include "app/screens/review/details_pane.h"
+
+#include "app/models/trace_words.h"
+#include "app/style/risk_roles.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/words.h"
+
+#include <QApplication>
+#include <QBoxLayout>
+#include <QClipboard>
+#include <QLabel>
+#include <QPushButton>
+
+namespace tidwen {
+
+DetailsPane::DetailsPane(const Texts& texts, UserEnvironment user, std::function<void(const Path&)> reveal)
+    : Panel({.radius = 0, .edges = Qt::LeftEdge}), texts_(texts), user_(std::move(user)),
+      reveal_(std::move(reveal)), content_(parts::column(this, scaled(6))) {
+    setFixedWidth(scaled(292));
+    content_->setContentsMargins(scaled(18), scaled(20), scaled(18), scaled(18));
+    setAccessibleName(words(texts_, "review.details"));
+    show(nullptr);
+}
+
+void DetailsPane::show(const Trace* trace) {
+    parts::clear(*content_);
+    if (!trace) {
+        content_->addWidget(parts::paragraph(words(texts_, "review.details.none"), Type::second, Role::second));
+        content_->addStretch(1);
+        return;
+    }
+    content_->addWidget(parts::picture(traceIcon(*trace), Role::second));
+    content_->addWidget(parts::paragraph(traceTitle(*trace), Type::strong));
+    content_->addSpacing(scaled(6));
+    addLine("review.details.why", traceReason(*trace, texts_));
+    const auto risk = "risk." + std::string(name(trace->risk)) + ".title";
+    const auto note = "review.risk." + std::string(name(trace->risk)) + ".note";
+    addLine("review.details.risk", words(texts_, risk) + QStringLiteral(". ") + words(texts_, note));
+    if (const auto badge = traceBadge(*trace, texts_); !badge.isEmpty()) addLine("review.details.mark", badge);
+    if (trace->sizeBytes) addLine("cli.apps.size", sizeWords(trace->sizeBytes, texts_));
+    if (const auto place = tracePlace(*trace, user_); !place.isEmpty()) addLine("review.details.where", place);
+    addLine("review.details.undo", words(texts_, "review.details.undo." + std::string(name(trace->reversibility))));
+    if (const auto* path = movedPath(trace->action)) addButtons(*path);
+    content_->addStretch(1);
+}
+
+void DetailsPane::addLine(const char* key, const QString& text) {
+    auto* line = parts::row(nullptr, scaled(10));
+    auto* title = parts::label(words(texts_, key), Type::second, Role::second);
+    title->setFixedWidth(scaled(76));
+    title->setAlignment(Qt::AlignLeading | Qt::AlignTop);
+    title->setWordWrap(true);
+    line->addWidget(title);
+    line->addWidget(parts::paragraph(text, Type::second), 1);
+    content_->addLayout(line);
+}
+
+void DetailsPane::addButtons(const Path& path) {
+    auto* line = parts::row(nullptr, scaled(4));
+    line->addWidget(parts::button(words(texts_, "history.revealButton"), [this, path] { reveal_(path); }));
+    line->addWidget(parts::button(words(texts_, "review.details.copy"), [path] {
+        QApplication::clipboard()->setText(QString::fromStdString(path.string()));
+    }));
+    line->addStretch(1);
+    content_->addSpacing(scaled(6));
+    content_->addLayout(line);
+}
+
+} // namespace tidwen

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "app/widgets/panel.h"
+#include "base/texts.h"
+#include "platform/user_environment.h"
+#include "scan/matching/trace.h"
+
+#include <functional>
+
+class QBoxLayout;
+
+namespace tidwen {
+
+/// All about one find: why it is here, how sure that is, and whether it can be brought back.
+class DetailsPane final : public Panel {
+  public:
+    /// `reveal` shows an item in its folder.
+    DetailsPane(const Texts& texts, UserEnvironment user, std::function<void(const Path&)> reveal);
+
+    void show(const Trace* trace); ///< null: nothing is current
+
+  private:
+    void addLine(const char* key, const QString& text);
+    void addButtons(const Path& path);
+
+    const Texts& texts_;
+    UserEnvironment user_;
+    std::function<void(const Path&)> reveal_;
+    QBoxLayout* content_;
+};
+
+} // namespace tidwen

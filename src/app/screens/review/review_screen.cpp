@@ -1,0 +1,239 @@
+#include "app/screens/review/review_screen.h"
+
+#include "app/screens/review/details_pane.h"
+#include "app/screens/review/review_view.h"
+#include "app/screens/review/size_bar.h"
+#include "app/widgets/notice.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/screen_header.h"
+#include "app/widgets/search_field.h"
+#include "app/widgets/tile.h"
+#include "app/widgets/words.h"
+#include "base/byte_count.h"
+
+#include <QBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <algorithm>
+#include <map>
+
+namespace tidwen {
+
+namespace {
+
+constexpr int foldsDetailsBelow = 740; ///< of this screen's width, without the sidebar
+constexpr std::size_t namedParts = 3;  ///< of the size bar; the others are one
+
+} // namespace
+
+ReviewScreen::ReviewScreen(RemovalFlowModel& flow, const Texts& texts, UserEnvironment user, Actions actions)
+    : flow_(flow), texts_(texts), actions_(std::move(actions)), tree_(flow, texts, user) {
+    auto* layout = parts::row(this);
+    auto* main = parts::column(nullptr);
+    layout->addLayout(main, 1);
+    main->addWidget(makeHeader());
+    sizes_ = new SizeBar;
+    auto* inner = parts::column(nullptr, scaled(8));
+    inner->setContentsMargins(scaled(24), 0, scaled(24), scaled(8));
+    inner->addWidget(sizes_);
+    notices_ = parts::column(nullptr, scaled(6));
+    inner->addLayout(notices_);
+    main->addLayout(inner);
+    view_ = new ReviewView;
+    view_->setObjectName(QStringLiteral("review"));
+    view_->setAccessibleName(text("window.found"));
+    view_->setModel(&tree_);
+    auto* list = parts::row(nullptr);
+    list->setContentsMargins(scaled(14), 0, scaled(8), 0);
+    list->addWidget(view_);
+    main->addLayout(list, 1);
+    main->addWidget(makeFooter());
+    details_ = new DetailsPane(texts_, std::move(user), actions_.reveal);
+    layout->addWidget(details_);
+    connect(view_->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            [this](const QModelIndex& current) { details_->show(tree_.trace(current)); });
+}
+
+QWidget* ReviewScreen::makeHeader() {
+    header_ = new ScreenHeader({});
+    tile_ = new Tile(44);
+    header_->addLeading(tile_);
+    uninstall_ = parts::button(text("review.uninstall"), [this] { flow_.setMode(RemovalMode::uninstall); });
+    reset_ = parts::button(text("review.reset"), [this] { flow_.setMode(RemovalMode::reset); });
+    reset_->setObjectName(QStringLiteral("reset"));
+    auto* modes = new QWidget;
+    auto* row = parts::row(modes);
+    for (auto* button : {uninstall_, reset_}) {
+        button->setCheckable(true);
+        row->addWidget(button);
+    }
+    search_ = searchField(text("orphans.search.placeholder"));
+    search_->setFixedWidth(scaled(130));
+    connect(search_, &QLineEdit::textChanged, this, [this](const QString& query) {
+        auto filter = flow_.reviewFilter();
+        filter.query = query.toStdString();
+        flow_.setReviewFilter(std::move(filter));
+    });
+    header_->addControl(modes);
+    header_->addControl(search_);
+    return header_;
+}
+
+QWidget* ReviewScreen::makeFooter() {
+    auto* footer = footerPanel();
+    auto* words = parts::column(nullptr);
+    going_ = parts::label({}, Type::strong);
+    staying_ = parts::label({}, Type::second, Role::second);
+    for (auto* label : {going_, staying_}) {
+        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        words->addWidget(label);
+    }
+    auto* layout = static_cast<QBoxLayout*>(footer->layout());
+    layout->addLayout(words, 1);
+    layout->addWidget(parts::button(text("confirm.cancelButton"), [this] { flow_.close(); }));
+    remove_ = parts::primaryButton(text("installers.removeButton"), [this] { actions_.remove(); });
+    remove_->setObjectName(QStringLiteral("remove"));
+    layout->addWidget(remove_);
+    return footer;
+}
+
+void ReviewScreen::update() {
+    std::vector<const LeftoverList*> lists;
+    int rows = 0;
+    for (const auto& [identifier, tree] : flow_.reviewTrees()) {
+        lists.push_back(tree.list.get());
+        rows += tree.totalCount;
+    }
+    const bool isOther = lists != shown_;
+    if (isOther || rows != shownRows_ || shownFilter_ != flow_.reviewFilter()) {
+        shown_ = std::move(lists);
+        shownRows_ = rows;
+        shownFilter_ = flow_.reviewFilter();
+        tree_.rebuild();
+        view_->expandAll();
+        details_->show(nullptr);
+        if (isOther) showNotices();
+        if (isOther) view_->setFocus();
+    } else {
+        tree_.refresh();
+    }
+    showHeader();
+    showSizes();
+    showFooter();
+}
+
+void ReviewScreen::showHeader() {
+    const auto& choice = flow_.choice();
+    const auto& groups = choice.findings().groups();
+    if (groups.empty()) return;
+    const auto& first = groups.front().target;
+    tile_->show(shown(first.name), first.bundleID);
+    if (groups.size() == 1) {
+        header_->setTitle(shown(first.name));
+        const auto version = first.version ? shown(*first.version) + QStringLiteral(" · ") : QString();
+        header_->setLine(version + shown(first.bundleID));
+    } else {
+        header_->setTitle(text("report.subject.apps %lld", {std::to_string(groups.size())}));
+        QStringList names;
+        for (const auto& group : groups)
+            names << shown(group.target.name);
+        header_->setLine(names.join(QStringLiteral(", ")));
+    }
+    uninstall_->setChecked(choice.mode() == RemovalMode::uninstall);
+    reset_->setChecked(choice.mode() == RemovalMode::reset);
+}
+
+void ReviewScreen::showNotices() {
+    parts::clear(*notices_);
+    for (const auto& result : flow_.choice().findings().scanned()) {
+        if (!result.unreadableLocations.empty())
+            notices_->addWidget(makeNotice(
+                NoticeTone::caution,
+                {text("review.incomplete.title"),
+                 text("cli.scan.incomplete.body %lld", {std::to_string(result.unreadableLocations.size())}),
+                 text("review.incomplete.rescan")},
+                [this] { actions_.rescan(); }));
+        if (result.isProtected)
+            notices_->addWidget(makeNotice(
+                NoticeTone::caution, {QString::fromStdString(texts_.text(describeProtected(result.target)))}));
+        if (result.immovable)
+            notices_->addWidget(
+                makeNotice(NoticeTone::caution,
+                           {QString::fromStdString(texts_.text(result.immovable->describe(result.target)))}));
+        if (result.nameMatchingDisabled)
+            notices_->addWidget(
+                makeNotice(NoticeTone::caution, {text("review.genericName.title"),
+                                                 text("review.genericName.body %@",
+                                                      {shown(result.target.name).toStdString()})}));
+    }
+}
+
+/// The largest kinds by name, the others as one.
+void ReviewScreen::showSizes() {
+    std::map<TraceCategory, std::int64_t> byCategory;
+    for (const auto& group : flow_.choice().findings().groups())
+        for (const auto& trace : group.traces)
+            if (trace.sizeBytes) byCategory[trace.category] += *trace.sizeBytes;
+    std::vector<std::pair<TraceCategory, std::int64_t>> sorted(byCategory.begin(), byCategory.end());
+    std::ranges::stable_sort(sorted, std::greater{}, [](const auto& part) { return part.second; });
+    std::vector<SizeBar::Part> parts;
+    parts.reserve(namedParts + 1);
+    std::int64_t others = 0;
+    for (const auto& [category, bytes] : sorted)
+        if (parts.size() == namedParts || bytes == 0) others += bytes;
+        else parts.push_back({words(texts_, "category." + std::string(name(category))), sizeWords(bytes, texts_), bytes});
+    if (others > 0) parts.push_back({text("review.bar.others"), sizeWords(others, texts_), others});
+    sizes_->show(std::move(parts));
+}
+
+void ReviewScreen::showFooter() {
+    const auto& choice = flow_.choice();
+    const auto& summary = choice.summary();
+    going_->setText(text("review.header.summary %lld %@", {std::to_string(summary.totalCount), summary.totalSizeText}));
+    std::size_t stays = 0;
+    const StayingGroup::Item* reason = nullptr;
+    for (const auto& group : choice.staying())
+        for (const auto& item : group.items) {
+            ++stays;
+            if (!reason || item.reason != StayReason::notChosen) reason = &item;
+        }
+    if (reason) {
+        const auto why = texts_.text(StayingTrace{*reason->trace, reason->reason}.describe());
+        staying_->setText(text("review.footer.stays %lld %@", {std::to_string(stays), shown(why).toStdString()}));
+    }
+    staying_->setVisible(reason != nullptr);
+    remove_->setText(text(choice.mode() == RemovalMode::reset ? "review.resetButton" : "installers.removeButton"));
+    remove_->setEnabled(summary.totalCount > 0);
+}
+
+void ReviewScreen::search() {
+    search_->setFocus();
+    search_->selectAll();
+}
+
+void ReviewScreen::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape) {
+        if (search_->text().isEmpty()) flow_.close();
+        else search_->clear();
+        return;
+    }
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn && remove_->isEnabled() && !search_->hasFocus()) return actions_.remove();
+    const bool isText = !event->text().isEmpty() && event->text().at(0).isPrint();
+    if (!isText || event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier)) return QWidget::keyPressEvent(event);
+    search_->setFocus();
+    search_->setText(search_->text() + event->text());
+}
+
+void ReviewScreen::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    details_->setVisible(width() >= scaled(foldsDetailsBelow));
+}
+
+QString ReviewScreen::text(const char* key, const std::vector<std::string>& arguments) const {
+    return words(texts_, key, arguments);
+}
+
+} // namespace tidwen

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "app/models/review_tree.h"
+
+#include <QWidget>
+#include <functional>
+
+class QBoxLayout;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+
+namespace tidwen {
+
+class DetailsPane;
+class ReviewView;
+class ScreenHeader;
+class SizeBar;
+class Tile;
+
+/// What was found of the applications, to choose from what goes.
+class ReviewScreen final : public QWidget {
+  public:
+    struct Actions {
+        std::function<void()> remove; ///< ask to remove what is chosen
+        std::function<void()> rescan;
+        std::function<void(const Path&)> reveal;
+    };
+    ReviewScreen(RemovalFlowModel& flow, const Texts& texts, UserEnvironment user, Actions actions);
+
+    /// Other findings, or the trees of another filter.
+    void update();
+    void search();
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
+    QWidget* makeHeader();
+    QWidget* makeFooter();
+    void showHeader();
+    void showNotices();
+    void showSizes();
+    void showFooter();
+    QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
+
+    RemovalFlowModel& flow_;
+    const Texts& texts_;
+    Actions actions_;
+    ReviewTree tree_;
+    std::vector<const LeftoverList*> shown_; ///< whose rows the tree points into
+    int shownRows_ = -1;
+    LeftoverFilter shownFilter_;
+    ScreenHeader* header_ = nullptr;
+    Tile* tile_ = nullptr;
+    QPushButton* uninstall_ = nullptr;
+    QPushButton* reset_ = nullptr;
+    QLineEdit* search_ = nullptr;
+    SizeBar* sizes_ = nullptr;
+    QBoxLayout* notices_ = nullptr;
+    ReviewView* view_ = nullptr;
+    DetailsPane* details_ = nullptr;
+    QLabel* going_ = nullptr;
+    QLabel* staying_ = nullptr;
+    QPushButton* remove_ = nullptr;
+};
+
+} // namespace tidwen

@@ -1,0 +1,280 @@
+#include "app/shell/mac_view.h"
+
+#include "app/screens/applications/applications_screen.h"
+#include "app/screens/confirm/confirm_sheet.h"
+#include "app/screens/history/history_screen.h"
+#include "app/screens/removing/work_screen.h"
+#include "app/screens/report/report_screen.h"
+#include "app/screens/review/review_screen.h"
+#include "app/widgets/notice.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/sheet.h"
+#include "app/widgets/words.h"
+#include "base/background_step.h"
+#include "program/host_paths.h"
+
+#include <QBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QStackedWidget>
+
+namespace tidwen {
+
+namespace {
+
+constexpr int foldsSidebarBelow = 860;
+
+} // namespace
+
+MacView::MacView(OpenMac& mac, Executor& background, QMenu* systems)
+    : mac_(mac), background_(background), texts_(mac.system().texts) {
+    auto* layout = parts::row(this);
+    sidebar_ = new Sidebar(texts_, {shown(mac.name()), shown(mac.userName())}, systems, [this](Place place) { go(place); });
+    layout->addWidget(sidebar_);
+    auto* main = parts::column(nullptr);
+    layout->addLayout(main, 1);
+    recovery_ = parts::column(nullptr, scaled(6));
+    recovery_->setContentsMargins(scaled(24), 0, scaled(24), 0);
+    notices_ = parts::column(nullptr, scaled(6));
+    notices_->setContentsMargins(scaled(24), 0, scaled(24), 0);
+    main->addLayout(recovery_);
+    main->addLayout(notices_);
+    screens_ = new QStackedWidget;
+    main->addWidget(screens_, 1);
+    makeScreens();
+    follow();
+    showStage();
+    mac_.session().models().homeGrid().load();
+    mac_.chores().run();
+}
+
+MacView::~MacView() = default;
+
+void MacView::makeScreens() {
+    auto& session = mac_.session();
+    auto& flow = mac_.flow();
+    const auto& system = mac_.system();
+    const auto showItem = [this](const Path& item) { reveal(item); };
+    applications_ = new ApplicationsScreen({session.models().homeGrid(), session.preferences(), session.protectedApps(),
+                                            texts_, system.clock},
+                                           [this](const auto& bundles) { lookAt(bundles); });
+    history_ = new HistoryScreen(session.models().history(), texts_, system.user, showItem);
+    work_ = new WorkScreen(texts_, system.user, [this] { mac_.flow().stop(); });
+    review_ = new ReviewScreen(flow, texts_, system.user,
+                               {[this] { confirm(); },
+                                [this] {
+                                    std::vector<Path> bundles;
+                                    for (const auto& group : mac_.flow().choice().findings().groups())
+                                        bundles.push_back(group.target.bundleURL);
+                                    lookAt(bundles);
+                                },
+                                showItem});
+    report_ = new ReportScreen(flow, texts_, showItem);
+    for (QWidget* screen : std::initializer_list<QWidget*>{applications_, history_, work_, review_, report_})
+        screens_->addWidget(screen);
+}
+
+void MacView::follow() {
+    auto& flow = mac_.flow();
+    auto& models = mac_.session().models();
+    following_.push_back(flow.changed.connect([this] { showStage(); }));
+    following_.push_back(flow.progress.observe([this](const auto&) { showWork(mac_.flow().stage()); }));
+    following_.push_back(models.homeGrid().inventory.observe(
+        [this](const auto& inventory) { sidebar_->setCount(Place::applications, inventory.count); }));
+    following_.push_back(models.history().entries.observe(
+        [this](const auto& entries) { sidebar_->setCount(Place::history, entries.size()); }));
+    following_.push_back(mac_.chores().changed.connect([this] { showRecovery(); }));
+    flow.onReportDismissed = [this] { mac_.session().models().homeGrid().load(); };
+}
+
+void MacView::go(Place place) {
+    auto& flow = mac_.flow();
+    if (mac_.isBusy()) return;
+    if (std::holds_alternative<stage::Scanning>(flow.stage())) flow.cancelScan();
+    flow.close();
+    if (place == Place::history) {
+        flow.show(stage::History{});
+        mac_.session().models().history().load();
+    } else {
+        flow.show(stage::Idle{});
+    }
+}
+
+void MacView::search() {
+    if (screens_->currentWidget() == applications_) applications_->search();
+    if (screens_->currentWidget() == review_) review_->search();
+}
+
+void MacView::lookAt(const std::vector<Path>& bundles) {
+    auto& flow = mac_.flow();
+    if (mac_.isBusy()) return say(text("drop.busy"));
+    if (std::holds_alternative<stage::Scanning>(flow.stage())) return say(text("drop.scanning"));
+    if (std::holds_alternative<stage::Report>(flow.stage())) flow.close();
+    flow.loadTargets(bundles);
+}
+
+void MacView::takeDropped(std::vector<std::string> hostPaths) {
+    inBackground(
+        *this, alive_, background_, mac_.loop(),
+        [volume = mac_.session().mac().volume, paths = std::move(hostPaths)] {
+            std::vector<Path> bundles;
+            bundles.reserve(paths.size());
+            const HostPaths onVolume(volume);
+            for (const auto& path : paths)
+                if (auto found = onVolume.macPath(path)) bundles.push_back(std::move(*found));
+            return bundles;
+        },
+        [](MacView& view, const std::vector<Path>& bundles) {
+            if (bundles.empty()) view.say(view.text("drop.elsewhere"));
+            else view.lookAt(bundles);
+        });
+}
+
+void MacView::showStage() {
+    const auto& stage = mac_.flow().stage();
+    showError();
+    if (std::holds_alternative<stage::Review>(stage)) {
+        review_->update();
+        screens_->setCurrentWidget(review_);
+    } else if (std::holds_alternative<stage::Report>(stage)) {
+        screens_->setCurrentWidget(report_);
+        report_->update();
+    } else if (std::holds_alternative<stage::Scanning>(stage) || std::holds_alternative<stage::Removing>(stage)) {
+        showWork(stage);
+        screens_->setCurrentWidget(work_);
+        work_->setFocus();
+    } else {
+        showHome(std::holds_alternative<stage::History>(stage));
+    }
+    if (!std::holds_alternative<stage::Review>(stage) && confirmSheet_) confirmSheet_->cancel();
+    sidebar_->setEnabled(!mac_.isBusy());
+    askToQuit();
+    if (whenStopped_ && !mac_.isBusy()) std::exchange(whenStopped_, nullptr)();
+}
+
+void MacView::showHome(bool isHistory) {
+    sidebar_->choose(isHistory ? Place::history : Place::applications);
+    screens_->setCurrentWidget(isHistory ? static_cast<QWidget*>(history_) : applications_);
+}
+
+void MacView::showWork(const Stage& stage) {
+    const auto& step = mac_.flow().progress.get();
+    if (const auto* scanning = std::get_if<stage::Scanning>(&stage))
+        work_->show({text("scanning.title.plain"), text("confirm.cancelButton"),
+                     text("scanning.application %@", {shown(scanning->name).toStdString()}),
+                     QString::fromStdString(scanning->phase)},
+                    step);
+    else if (const auto* removing = std::get_if<stage::Removing>(&stage))
+        work_->show({text("cli.remove.progress %@", {shown(removing->subject.text(texts_)).toStdString()}),
+                     text("removing.stop"), text("removing.note"), {}},
+                    step);
+}
+
+void MacView::showError() {
+    parts::clear(*notices_);
+    notices_->setContentsMargins(scaled(24), 0, scaled(24), 0);
+    const auto& flow = mac_.flow();
+    if (!flow.errorMessage() || std::holds_alternative<stage::Report>(flow.stage())) return;
+    say(QString::fromStdString(*flow.errorMessage()));
+}
+
+void MacView::say(const QString& words) {
+    parts::clear(*notices_);
+    notices_->setContentsMargins(scaled(24), scaled(12), scaled(24), 0);
+    notices_->addWidget(makeNotice(NoticeTone::caution, {words, {}, text("window.dismiss")}, [this] {
+        parts::clear(*notices_);
+        notices_->setContentsMargins(scaled(24), 0, scaled(24), 0);
+    }));
+}
+
+void MacView::showRecovery() {
+    parts::clear(*recovery_);
+    auto& chores = mac_.chores();
+    const auto notice = chores.recoveryNotice();
+    recovery_->setContentsMargins(scaled(24), scaled(notice ? 12 : 0), scaled(24), 0);
+    mac_.session().models().history().load();
+    if (!notice) return;
+    QStringList names;
+    for (const auto& app : notice->manifest.apps)
+        names << shown(app.name);
+    const auto isUndoing = chores.isUndoing();
+    recovery_->addWidget(makeNotice(
+        NoticeTone::information,
+        {text("home.recovery.title %@", {names.join(QStringLiteral(", ")).toStdString()}), text("home.recovery.detail"),
+         text(isUndoing ? "home.recovery.restoring" : "home.recovery.undo")},
+        [this] {
+            if (!mac_.chores().isUndoing()) mac_.chores().undoRecovered();
+        }));
+}
+
+/// An application did not quit: goes on without its consent, or leaves it out.
+void MacView::askToQuit() {
+    const auto& prompt = mac_.flow().pendingQuitPrompt();
+    if (!prompt && quitSheet_) quitSheet_->close();
+    if (!prompt || askedAbout_ == prompt->id) return;
+    if (quitSheet_) quitSheet_->close();
+    askedAbout_ = prompt->id;
+    const auto title = text("quit.title %@", {shown(prompt->appName).toStdString()});
+    auto* sheet = new Sheet(window(), title);
+    quitSheet_ = sheet;
+    sheet->content().addWidget(parts::paragraph(title, Type::sheet));
+    sheet->content().addWidget(parts::paragraph(text("quit.body")));
+    auto* buttons = parts::row(nullptr, scaled(6));
+    buttons->addStretch(1);
+    const auto answer = [this, sheet](QuitPromptChoice choice) {
+        sheet->onCancel = nullptr;
+        sheet->close();
+        mac_.flow().answerQuitPrompt(choice);
+    };
+    sheet->onCancel = [this] { mac_.flow().answerQuitPrompt(QuitPromptChoice::cancelApp); };
+    buttons->addWidget(parts::button(text("quit.continue"), [answer] { answer(QuitPromptChoice::forceContinue); }));
+    buttons->addWidget(parts::primaryButton(text("quit.leaveOut"), [answer] { answer(QuitPromptChoice::cancelApp); }));
+    sheet->content().addLayout(buttons);
+    sheet->open();
+}
+
+void MacView::confirm() {
+    if (confirmSheet_) return;
+    confirmSheet_ = openConfirmSheet(window(), mac_.flow().choice(), mac_.system(), [this] { mac_.flow().confirm(); });
+}
+
+void MacView::askToStop(std::function<void()> whenStopped) {
+    const auto title = text("closing.title");
+    auto* sheet = new Sheet(window(), title);
+    sheet->content().addWidget(parts::paragraph(title, Type::sheet));
+    sheet->content().addWidget(parts::paragraph(text("closing.body")));
+    auto* buttons = parts::row(nullptr, scaled(6));
+    buttons->addStretch(1);
+    buttons->addWidget(parts::button(text("closing.stop"), [this, sheet, whenStopped] {
+        sheet->close();
+        if (!mac_.isBusy()) return whenStopped();
+        whenStopped_ = whenStopped;
+        mac_.flow().stop();
+        mac_.chores().stop();
+        mac_.session().models().history().stop();
+    }));
+    buttons->addWidget(parts::primaryButton(text("closing.goOn"), [sheet] { sheet->close(); }));
+    sheet->content().addLayout(buttons);
+    sheet->open();
+}
+
+/// The desktop may take its time, so it is not asked on the main thread.
+void MacView::reveal(const Path& item) {
+    auto& workspace = mac_.system().workspace;
+    inBackground(
+        *this, alive_, background_, mac_.loop(), [&workspace, item] { return workspace.reveal(item); },
+        [](MacView& view, const Workspace::Result& result) {
+            if (!result) view.say(QString::fromStdString(view.texts_.text(result.error())));
+        });
+}
+
+void MacView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    sidebar_->setNarrow(width() < scaled(foldsSidebarBelow));
+}
+
+QString MacView::text(const char* key, const std::vector<std::string>& arguments) const {
+    return words(texts_, key, arguments);
+}
+
+} // namespace tidwen

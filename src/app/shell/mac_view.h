@@ -1,0 +1,78 @@
+#pragma once
+
+#include "app/shell/open_mac.h"
+#include "app/shell/sidebar.h"
+
+#include <QPointer>
+#include <QWidget>
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QBoxLayout;
+class QMenu;
+class QStackedWidget;
+
+namespace tidwen {
+
+class ApplicationsScreen;
+class HistoryScreen;
+class ReportScreen;
+class ReviewScreen;
+class Sheet;
+class WorkScreen;
+
+/// One open Mac: its places at the side, and the screen at which the flow of a removal stands.
+class MacView final : public QWidget {
+  public:
+    /// `systems` offers other Macs to open.
+    MacView(OpenMac& mac, Executor& background, QMenu* systems);
+    ~MacView() override;
+
+    void go(Place place);
+    void search();
+    void lookAt(const std::vector<Path>& bundles);
+    /// Files of this machine; those that lie on the volume are looked at.
+    void takeDropped(std::vector<std::string> hostPaths);
+    /// Words above the screen, until they are dismissed or something happens.
+    void say(const QString& words);
+    /// A removal or undo runs: says so, and that it can be stopped. Called before the window closes.
+    void askToStop(std::function<void()> whenStopped);
+
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
+    void makeScreens();
+    void follow();
+    void showStage();
+    void showHome(bool isHistory);
+    void showWork(const Stage& stage);
+    void showError();
+    void showRecovery();
+    void askToQuit();
+    void confirm();
+    void reveal(const Path& item);
+    QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
+
+    OpenMac& mac_;
+    Executor& background_;
+    const Texts& texts_;
+    Sidebar* sidebar_ = nullptr;
+    QBoxLayout* notices_ = nullptr;
+    QBoxLayout* recovery_ = nullptr;
+    QStackedWidget* screens_ = nullptr;
+    ApplicationsScreen* applications_ = nullptr;
+    HistoryScreen* history_ = nullptr;
+    WorkScreen* work_ = nullptr;
+    ReviewScreen* review_ = nullptr;
+    ReportScreen* report_ = nullptr;
+    QPointer<Sheet> quitSheet_;
+    std::optional<Uuid> askedAbout_; ///< the quit question that stands
+    QPointer<Sheet> confirmSheet_;
+    std::function<void()> whenStopped_;
+    std::vector<Subscription> following_;
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
+};
+
+} // namespace tidwen

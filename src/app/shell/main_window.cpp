@@ -1,0 +1,144 @@
+#include "app/shell/main_window.h"
+
+#include "app/screens/welcome/welcome_screen.h"
+#include "app/shell/drop_veil.h"
+#include "app/shell/dropped_items.h"
+#include "app/style/metrics.h"
+#include "app/widgets/words.h"
+#include "base/background_step.h"
+
+#include <QCloseEvent>
+#include <QDragEnterEvent>
+#include <QFileDialog>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <algorithm>
+
+namespace tidwen {
+
+MainWindow::MainWindow(Services services) : services_(services) {
+    setWindowTitle(text("window.title"));
+    setMinimumSize(800, 560);
+    resize(scaled(1080), scaled(720));
+    setAcceptDrops(true);
+    makeMenus();
+    veil_ = new DropVeil(this);
+    showWelcome();
+}
+
+/// The view refers to the Mac, so it goes first.
+MainWindow::~MainWindow() {
+    delete takeCentralWidget();
+}
+
+void MainWindow::makeMenus() {
+    const auto add = [this](QMenu& menu, const char* key, const QKeySequence& keys, auto act) {
+        auto* action = menu.addAction(text(key));
+        action->setShortcut(keys);
+        connect(action, &QAction::triggered, this, act);
+        return action;
+    };
+    systems_ = menuBar()->addMenu(text("window.menu.file"));
+    add(*systems_, "window.menu.open", QKeySequence::Open, [this] { chooseVolume(); });
+    add(*systems_, "window.menu.sample", {}, [this] { openSample(); });
+    systems_->addSeparator();
+    add(*systems_, "window.menu.quit", QKeySequence::Quit, [this] { close(); });
+    auto* go = menuBar()->addMenu(text("window.menu.go"));
+    const auto whenOpen = [this](auto act) {
+        return [this, act] {
+            if (view_) act(*view_);
+        };
+    };
+    add(*go, "window.applications", QKeySequence(Qt::CTRL | Qt::Key_1), whenOpen([](MacView& view) { view.go(Place::applications); }));
+    add(*go, "window.history", QKeySequence(Qt::CTRL | Qt::Key_2), whenOpen([](MacView& view) { view.go(Place::history); }));
+    go->addSeparator();
+    add(*go, "window.menu.search", QKeySequence::Find, whenOpen([](MacView& view) { view.search(); }));
+    add(*go, "window.menu.rescan", QKeySequence(Qt::CTRL | Qt::Key_R), [this] {
+        if (mac_) mac_->session().models().homeGrid().load();
+    });
+}
+
+void MainWindow::showWelcome() {
+    welcome_ = new WelcomeScreen(services_.texts, {[this] { chooseVolume(); }, [this] { openSample(); }});
+    setCentralWidget(welcome_);
+}
+
+void MainWindow::chooseVolume() {
+    if (isBusy()) return;
+    auto* dialog = new QFileDialog(this, text("window.menu.open"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::Directory);
+    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& folder) { open(folder.toStdString()); });
+    dialog->open();
+}
+
+void MainWindow::open(const std::filesystem::path& folder, const std::optional<std::string>& home) {
+    if (isBusy()) return;
+    if (welcome_) welcome_->say(text("window.opening"));
+    if (welcome_) welcome_->setBusy(true);
+    services_.opener.open(folder, home, [this](auto opened) { take(std::move(opened)); });
+}
+
+void MainWindow::openSample() {
+    if (isBusy()) return;
+    if (welcome_) welcome_->say(text("window.sample.writing"));
+    if (welcome_) welcome_->setBusy(true);
+    services_.opener.openSample([this](auto opened) { take(std::move(opened)); });
+}
+
+/// A Mac that could not be opened leaves the one that is open as it is.
+void MainWindow::take(tl::expected<MacOpener::Opened, Message> opened) {
+    if (welcome_) welcome_->setBusy(false);
+    if (!opened) {
+        const auto why = QString::fromStdString(services_.texts.text(opened.error()));
+        if (welcome_) welcome_->say(why);
+        else if (view_) view_->say(why);
+        return;
+    }
+    delete takeCentralWidget();
+    welcome_ = nullptr;
+    view_ = nullptr;
+    mac_.reset();
+    mac_ = std::make_unique<OpenMac>(std::move(opened->volume), std::move(opened->name), services_.main);
+    view_ = new MacView(*mac_, services_.background, systems_);
+    setCentralWidget(view_);
+}
+
+/// While something is moved the Mac must stay open; says so.
+bool MainWindow::isBusy() {
+    const bool isBusy = mac_ && mac_->isBusy();
+    if (isBusy) view_->say(text("drop.busy"));
+    return isBusy;
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (!mac_ || !mac_->isBusy()) return event->accept();
+    event->ignore();
+    view_->askToStop([this] { close(); });
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    const auto paths = droppedPaths(*event->mimeData());
+    if (!view_ || paths.empty()) return;
+    const auto bundles = std::count_if(paths.begin(), paths.end(), looksLikeApplication);
+    veil_->show(bundles > 0 ? text("drop.look %lld", {std::to_string(bundles)}) : text("drop.noApplication"));
+    event->acceptProposedAction();
+}
+
+void MainWindow::dragLeaveEvent(QDragLeaveEvent* /*event*/) {
+    veil_->hide();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+    veil_->hide();
+    if (!view_) return;
+    event->acceptProposedAction();
+    view_->takeDropped(droppedPaths(*event->mimeData()));
+}
+
+QString MainWindow::text(const char* key, const std::vector<std::string>& arguments) const {
+    return words(services_.texts, key, arguments);
+}
+
+} // namespace tidwen

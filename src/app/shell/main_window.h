@@ -1,0 +1,59 @@
+#pragma once
+
+#include "app/shell/mac_opener.h"
+#include "app/shell/mac_view.h"
+
+#include <QMainWindow>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class QMenu;
+
+namespace tidwen {
+
+class DropVeil;
+class WelcomeScreen;
+
+/// The window: the Mac that is open, or the choice of one.
+class MainWindow final : public QMainWindow {
+  public:
+    /// What is passed outlives it.
+    struct Services {
+        MacOpener& opener;
+        const Texts& texts;
+        Executor& main;
+        Executor& background;
+    };
+    explicit MainWindow(Services services);
+    ~MainWindow() override;
+
+    void open(const std::filesystem::path& folder, const std::optional<std::string>& home = {});
+    void openSample();
+    OpenMac* mac() { return mac_.get(); }
+    MacView* view() { return view_; }
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+  private:
+    void makeMenus();
+    void chooseVolume();
+    void take(tl::expected<MacOpener::Opened, Message> opened);
+    void showWelcome();
+    bool isBusy();
+    QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
+
+    Services services_;
+    QMenu* systems_ = nullptr;
+    WelcomeScreen* welcome_ = nullptr;
+    DropVeil* veil_ = nullptr;
+    std::unique_ptr<OpenMac> mac_;
+    MacView* view_ = nullptr; ///< of `mac_`, and goes before it
+};
+
+} // namespace tidwen

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "program/session.h"
+#include "program/volume_mac.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tidwen {
+
+/// One open Mac with everything a window shows of it. Belongs to the main thread; ending it waits for the
+/// step at hand of what runs.
+class OpenMac {
+  public:
+    OpenMac(std::unique_ptr<VolumeMac> volume, std::string name, Executor& main);
+
+    const std::string& name() const { return name_; } ///< of the volume, as people know it
+    std::string userName() const;
+    Session& session() { return session_; }
+    RemovalFlowModel& flow() { return flow_; }
+    StartupChores& chores() { return chores_; }
+    const System& system() { return volume_->mac().system; }
+    Executor& loop() { return loop_; }
+    /// A removal or an undo runs: it must end before this Mac is left.
+    bool isBusy();
+
+  private:
+    std::unique_ptr<VolumeMac> volume_;
+    std::string name_;
+    Executor& loop_;
+    Session session_;
+    RemovalFlowModel flow_;
+    StartupChores chores_;
+};
+
+} // namespace tidwen

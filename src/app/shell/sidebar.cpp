@@ -1,0 +1,76 @@
+#include "app/shell/sidebar.h"
+
+#include "app/shell/sidebar_item.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/words.h"
+
+#include <QBoxLayout>
+#include <QLabel>
+#include <QMenu>
+
+namespace tidwen {
+
+namespace {
+
+constexpr int wide = 208;
+constexpr int narrow = 60;
+
+} // namespace
+
+Sidebar::Sidebar(const Texts& texts, const Mac& mac, QMenu* systems, std::function<void(Place)> go)
+    : Panel({.ground = Role::sidebar, .radius = 0, .edges = Qt::RightEdge}), texts_(texts), go_(std::move(go)) {
+    auto* layout = parts::column(this, scaled(2));
+    layout->setContentsMargins(scaled(10), scaled(28), scaled(10), scaled(10));
+    const auto section = [&](const char* key) {
+        auto* label = parts::label(words(texts_, key), Type::section, Role::second);
+        label->setContentsMargins(scaled(10), 0, 0, scaled(4));
+        layout->addWidget(label);
+        wideOnly_.push_back(label);
+    };
+    section("window.section.clean");
+    addPlace(Place::applications, "applications", "window.applications");
+    layout->addSpacing(scaled(14));
+    section("window.section.manage");
+    addPlace(Place::history, "history", "window.history");
+    layout->addStretch(1);
+    layout->addWidget(makeSystemTile(mac, systems));
+    setNarrow(false);
+}
+
+void Sidebar::addPlace(Place place, const char* icon, const char* key) {
+    auto* item = new SidebarItem(QString::fromLatin1(icon), words(texts_, key));
+    item->setObjectName(QString::fromLatin1(key));
+    item->setCheckable(true);
+    connect(item, &QAbstractButton::clicked, this, [this, place] { go_(place); });
+    items_[place] = item;
+    layout()->addWidget(item);
+}
+
+QWidget* Sidebar::makeSystemTile(const Mac& mac, QMenu* systems) {
+    system_ = new SidebarItem(QStringLiteral("disk"), mac.name);
+    system_->setSecondLine(words(texts_, "window.system.volume %@", {mac.user.toStdString()}));
+    connect(system_, &QAbstractButton::clicked, this, [this, systems] {
+        systems->popup(system_->mapToGlobal(QPoint(0, -systems->sizeHint().height())));
+    });
+    return system_;
+}
+
+void Sidebar::choose(Place place) {
+    for (const auto& [each, item] : items_)
+        item->setChecked(each == place);
+}
+
+void Sidebar::setCount(Place place, std::size_t count) {
+    items_.at(place)->setCount(count > 0 ? QString::number(count) : QString());
+}
+
+void Sidebar::setNarrow(bool isNarrow) {
+    setFixedWidth(scaled(isNarrow ? narrow : wide));
+    for (auto* widget : wideOnly_)
+        widget->setVisible(!isNarrow);
+    for (const auto& [place, item] : items_)
+        item->setNarrow(isNarrow);
+    system_->setNarrow(isNarrow);
+}
+
+} // namespace tidwen

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "app/widgets/panel.h"
+#include "base/texts.h"
+
+#include <functional>
+#include <map>
+
+class QAbstractButton;
+class QMenu;
+
+namespace tidwen {
+
+class SidebarItem;
+
+/// The screens to go to.
+enum class Place { applications, history };
+
+/// The places of one Mac, and which Mac it is.
+class Sidebar final : public Panel {
+  public:
+    struct Mac {
+        QString name;
+        QString user;
+    };
+    /// `systems` offers other Macs to open.
+    Sidebar(const Texts& texts, const Mac& mac, QMenu* systems, std::function<void(Place)> go);
+
+    void choose(Place place);
+    void setCount(Place place, std::size_t count);
+    void setNarrow(bool isNarrow); ///< icons only
+
+  private:
+    QWidget* makeSystemTile(const Mac& mac, QMenu* systems);
+    void addPlace(Place place, const char* icon, const char* key);
+
+    const Texts& texts_;
+    std::function<void(Place)> go_;
+    std::map<Place, SidebarItem*> items_;
+    std::vector<QWidget*> wideOnly_;
+    SidebarItem* system_ = nullptr;
+};
+
+} // namespace tidwen

@@ -1,0 +1,86 @@
+#include "app/shell/sidebar_item.h"
+
+#include "app/style/icons.h"
+#include "app/style/metrics.h"
+#include "app/style/style.h"
+
+#include <QPainter>
+
+namespace tidwen {
+
+SidebarItem::SidebarItem(QString icon, const QString& title) : icon_(std::move(icon)) {
+    setText(title);
+    setAccessibleName(title);
+    setToolTip(title.toHtmlEscaped());
+    setFocusPolicy(Qt::TabFocus);
+    setAttribute(Qt::WA_Hover);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+}
+
+void SidebarItem::setCount(const QString& count) {
+    count_ = count;
+    setAccessibleDescription(count);
+    update();
+}
+
+void SidebarItem::setSecondLine(const QString& line) {
+    second_ = line;
+    setAccessibleDescription(line);
+    updateGeometry();
+    update();
+}
+
+void SidebarItem::setNarrow(bool isNarrow) {
+    isNarrow_ = isNarrow;
+    update();
+}
+
+QSize SidebarItem::sizeHint() const {
+    const int lines = QFontMetrics(textFont(Type::body)).height()
+                      + (second_.isEmpty() ? 0 : QFontMetrics(textFont(Type::second)).height());
+    return {scaled(40), lines + scaled(second_.isEmpty() ? 16 : 18)};
+}
+
+void SidebarItem::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF ground = QRectF(rect()).adjusted(.5, .5, -.5, -.5);
+    if (!second_.isEmpty()) {
+        painter.setPen(colors()[Role::line]);
+        painter.setBrush(colors()[underMouse() ? Role::hover : Role::surface]);
+        painter.drawRoundedRect(ground, 7, 7);
+    } else if (isChecked() || underMouse()) {
+        fillRounded(painter, ground, colors()[isChecked() ? Role::chosen : Role::hover], 7);
+    }
+    if (hasFocus()) {
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(colors()[Role::accent], 2));
+        painter.drawRoundedRect(ground.adjusted(1, 1, -1, -1), 7, 7);
+    }
+    const auto color = colors()[isChecked() ? Role::accent : Role::text];
+    const int icon = scaled(18);
+    const auto at = [&](int x, int y, int w, int h) { return QStyle::visualRect(layoutDirection(), rect(), QRect(x, y, w, h)); };
+    const int iconX = isNarrow_ ? (width() - icon) / 2 : scaled(10);
+    paintIcon(painter, at(iconX, (height() - icon) / 2, icon, icon), icon_, color);
+    if (isNarrow_) return;
+    const auto draw = [&](const QRect& place, Type type, const QColor& pen, const QString& words, Qt::Alignment side) {
+        painter.setFont(textFont(type));
+        painter.setPen(pen);
+        painter.drawText(place, static_cast<int>(QStyle::visualAlignment(layoutDirection(), side | Qt::AlignVCenter)) | Qt::TextSingleLine,
+                         painter.fontMetrics().elidedText(words, Qt::ElideRight, place.width()));
+    };
+    const int x = scaled(38), end = width() - scaled(10);
+    const int figures = QFontMetrics(textFont(Type::second)).horizontalAdvance(count_) + 2;
+    if (second_.isEmpty()) {
+        draw(at(x, 0, end - x - figures, height()), isChecked() ? Type::strong : Type::body, color, text(), Qt::AlignLeft);
+        draw(at(end - figures, 0, figures, height()), Type::second, colors()[Role::second], count_, Qt::AlignRight);
+        return;
+    }
+    const int line = QFontMetrics(textFont(Type::body)).height();
+    const int chevron = scaled(16);
+    draw(at(x, scaled(9), end - x - chevron, line), Type::body, color, text(), Qt::AlignLeft);
+    draw(at(x, scaled(9) + line, end - x - chevron, height() - scaled(18) - line), Type::second, colors()[Role::second], second_, Qt::AlignLeft);
+    paintIcon(painter, at(end - chevron, (height() - chevron) / 2, chevron, chevron), QStringLiteral("chevron-down"), colors()[Role::second]);
+}
+
+} // namespace tidwen

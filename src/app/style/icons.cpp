@@ -1,0 +1,87 @@
+#include "app/style/icons.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QPainter>
+#include <QPixmapCache>
+#include <QSvgRenderer>
+#include <array>
+
+namespace tidwen {
+
+namespace {
+
+struct Gradient {
+    QRgb top;
+    QRgb bottom;
+};
+
+constexpr std::array gradients = {
+    Gradient{0x5aa2ff, 0x2460d8}, Gradient{0xff9a6b, 0xe0463c}, Gradient{0x6fd8a6, 0x1c8f62},
+    Gradient{0xffd366, 0xe39c12}, Gradient{0xc08bff, 0x7a3fe0}, Gradient{0x8b98ac, 0x4a566b},
+};
+
+/// The same in every run, unlike the toolkit's hash.
+std::size_t steadyHash(const std::string& text) {
+    std::size_t hash = 5381;
+    for (const unsigned char byte : text)
+        hash = hash * 33 + byte;
+    return hash;
+}
+
+/// The first character as people see it: never half of a pair.
+QString firstLetter(const QString& name) {
+    const auto text = name.trimmed();
+    if (text.isEmpty()) return QStringLiteral("?");
+    const auto letter = text.left(text.at(0).isHighSurrogate() ? 2 : 1);
+    return letter.toUpper();
+}
+
+} // namespace
+
+void paintIcon(QPainter& painter, const QRectF& place, const QString& name, const QColor& color) {
+    const auto ratio = painter.device()->devicePixelRatioF();
+    const auto pixmap = iconPixmap(name, qRound(place.width()), color, ratio);
+    painter.drawPixmap(place.topLeft(), pixmap);
+}
+
+QPixmap iconPixmap(const QString& name, int size, const QColor& color, double pixelRatio) {
+    const auto key = QStringLiteral("tidwen/%1/%2/%3/%4").arg(name).arg(size).arg(color.rgba()).arg(pixelRatio);
+    QPixmap pixmap;
+    if (QPixmapCache::find(key, &pixmap)) return pixmap;
+    QFile file(QStringLiteral(":/icons/%1.svg").arg(name));
+    if (!file.open(QIODevice::ReadOnly)) return {};
+    auto drawing = file.readAll();
+    drawing.replace("currentColor", color.name(QColor::HexRgb).toLatin1());
+    QSvgRenderer renderer(drawing);
+    pixmap = QPixmap(qRound(size * pixelRatio), qRound(size * pixelRatio));
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    renderer.render(&painter);
+    painter.end();
+    pixmap.setDevicePixelRatio(pixelRatio);
+    QPixmapCache::insert(key, pixmap);
+    return pixmap;
+}
+
+void paintTile(QPainter& painter, const QRectF& place, const QString& name, const std::string& bundleID) {
+    const auto& gradient = gradients[steadyHash(bundleID) % gradients.size()];
+    QLinearGradient fill(place.topLeft(), place.bottomLeft());
+    fill.setColorAt(0, QColor::fromRgb(gradient.top));
+    fill.setColorAt(1, QColor::fromRgb(gradient.bottom));
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(fill);
+    const auto radius = place.width() * 0.23;
+    painter.drawRoundedRect(place, radius, radius);
+    QFont letter = QApplication::font();
+    letter.setPixelSize(qMax(1, qRound(place.height() * 0.43)));
+    letter.setWeight(QFont::DemiBold);
+    painter.setFont(letter);
+    painter.setPen(Qt::white);
+    painter.drawText(place, Qt::AlignCenter, firstLetter(name));
+    painter.restore();
+}
+
+} // namespace tidwen

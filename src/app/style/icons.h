@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QColor>
+#include <QPixmap>
+#include <QString>
+#include <string>
+
+class QPainter;
+class QRectF;
+
+namespace tidwen {
+
+/// One of our own icons ("search") in one colour.
+void paintIcon(QPainter& painter, const QRectF& place, const QString& name, const QColor& color);
+QPixmap iconPixmap(const QString& name, int size, const QColor& color, double pixelRatio);
+
+/// What stands for an application without an icon: its first letter, on a ground that its identifier chooses.
+void paintTile(QPainter& painter, const QRectF& place, const QString& name, const std::string& bundleID);
+
+} // namespace tidwen

@@ -1,0 +1,36 @@
+#include "app/style/metrics.h"
+
+#include <QApplication>
+#include <QFontInfo>
+#include <array>
+
+namespace tidwen {
+
+namespace {
+
+struct Form {
+    int size; ///< where the body has `designTextSize`
+    QFont::Weight weight;
+};
+
+/// In the order of `Type`.
+constexpr std::array forms = {
+    Form{20, QFont::DemiBold}, Form{17, QFont::DemiBold}, Form{13, QFont::Normal},
+    Form{13, QFont::DemiBold}, Form{12, QFont::Normal},   Form{11, QFont::DemiBold},
+};
+
+} // namespace
+
+int scaled(double length) {
+    return qRound(length * QFontInfo(QApplication::font()).pixelSize() / designTextSize);
+}
+
+QFont textFont(Type type) {
+    const auto& form = forms[static_cast<std::size_t>(type)];
+    QFont font = QApplication::font();
+    font.setPixelSize(qMax(1, scaled(form.size)));
+    font.setWeight(form.weight);
+    return font;
+}
+
+} // namespace tidwen

@@ -1,0 +1,83 @@
+#include "app/widgets/parts.h"
+
+#include "app/style/icons.h"
+#include "app/style/style.h"
+
+#include <QBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+
+namespace tidwen::parts {
+
+QLabel* label(const QString& text, Type type, Role color) {
+    auto* result = new QLabel;
+    result->setTextFormat(Qt::PlainText);
+    result->setText(text);
+    result->setFont(textFont(type));
+    auto palette = result->palette();
+    palette.setColor(QPalette::WindowText, colors()[color]);
+    result->setPalette(palette);
+    return result;
+}
+
+QLabel* paragraph(const QString& text, Type type, Role color) {
+    auto* result = label(text, type, color);
+    result->setWordWrap(true);
+    return result;
+}
+
+QPushButton* button(const QString& text, std::function<void()> onClick, const QString& icon) {
+    auto* result = new QPushButton(text);
+    result->setAutoDefault(false);
+    if (!icon.isEmpty()) {
+        result->setIcon(iconPixmap(icon, scaled(16), colors()[Role::text], result->devicePixelRatioF()));
+        result->setIconSize(QSize(scaled(16), scaled(16)));
+    }
+    QObject::connect(result, &QPushButton::clicked, result, [onClick = std::move(onClick)] { onClick(); });
+    return result;
+}
+
+QPushButton* primaryButton(const QString& text, std::function<void()> onClick) {
+    auto* result = button(text, std::move(onClick));
+    result->setDefault(true);
+    result->setFont(textFont(Type::strong));
+    return result;
+}
+
+QLabel* picture(const QString& icon, Role color, int size) {
+    auto* result = new QLabel;
+    result->setPixmap(iconPixmap(icon, scaled(size), colors()[color], result->devicePixelRatioF()));
+    return result;
+}
+
+namespace {
+
+QBoxLayout* bare(QBoxLayout* layout, int spacing) {
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(spacing);
+    return layout;
+}
+
+} // namespace
+
+QBoxLayout* column(QWidget* parent, int spacing) {
+    return bare(new QBoxLayout(QBoxLayout::TopToBottom, parent), spacing);
+}
+
+QBoxLayout* row(QWidget* parent, int spacing) {
+    return bare(new QBoxLayout(QBoxLayout::LeftToRight, parent), spacing);
+}
+
+void clear(QBoxLayout& layout) {
+    while (auto* item = layout.takeAt(0)) {
+        if (auto* widget = item->widget()) {
+            widget->hide(); // at once; what is on its way to it still finds it
+            widget->deleteLater();
+        } else if (auto* inner = dynamic_cast<QBoxLayout*>(item->layout())) {
+            clear(*inner);
+        }
+        delete item;
+    }
+}
+
+} // namespace tidwen::parts

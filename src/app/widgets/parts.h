@@ -1,0 +1,32 @@
+#pragma once
+
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
+
+#include <QIcon>
+#include <QString>
+#include <functional>
+
+class QBoxLayout;
+class QLabel;
+class QPushButton;
+class QWidget;
+
+/// The small parts that every screen is made of.
+namespace tidwen::parts {
+
+/// Plain text, whatever stands in it.
+QLabel* label(const QString& text, Type type = Type::body, Role color = Role::text);
+/// The same over several lines.
+QLabel* paragraph(const QString& text, Type type = Type::body, Role color = Role::text);
+QPushButton* button(const QString& text, std::function<void()> onClick, const QString& icon = {});
+/// The one main action of a screen.
+QPushButton* primaryButton(const QString& text, std::function<void()> onClick);
+/// A label that shows one of our icons.
+QLabel* picture(const QString& icon, Role color, int size = 18);
+/// Without margins of its own.
+QBoxLayout* column(QWidget* parent = nullptr, int spacing = 0);
+QBoxLayout* row(QWidget* parent = nullptr, int spacing = 0);
+void clear(QBoxLayout& layout);
+
+} // namespace tidwen::parts

@@ -1,0 +1,83 @@
+#include "app/widgets/sheet.h"
+
+#include "app/style/style.h"
+#include "app/widgets/panel.h"
+#include "app/widgets/parts.h"
+
+#include <QApplication>
+#include <QBoxLayout>
+#include <QEvent>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QPushButton>
+
+namespace tidwen {
+
+Sheet::Sheet(QWidget* window, const QString& name, int width)
+    : QWidget(window), content_(nullptr), before_(QApplication::focusWidget()) {
+    setObjectName(QStringLiteral("sheet"));
+    setAccessibleName(name);
+    setFocusPolicy(Qt::StrongFocus);
+    auto* panel = new Panel({.radius = 14});
+    panel->setFixedWidth(qMin(scaled(width), window->width() - scaled(48)));
+    content_ = parts::column(panel, scaled(14));
+    content_->setContentsMargins(scaled(24), scaled(24), scaled(24), scaled(24));
+    auto* outer = parts::column(this);
+    outer->addStretch(1);
+    outer->addWidget(panel, 0, Qt::AlignHCenter);
+    outer->addStretch(2);
+    window->installEventFilter(this);
+}
+
+void Sheet::open() {
+    setGeometry(parentWidget()->rect());
+    show();
+    raise();
+    setFocus();
+    for (auto* button : findChildren<QPushButton*>())
+        if (button->isDefault()) button->setFocus();
+}
+
+void Sheet::close() {
+    hide();
+    if (before_) before_->setFocus();
+    deleteLater();
+}
+
+void Sheet::cancel() {
+    const auto told = onCancel;
+    close();
+    if (told) told();
+}
+
+bool Sheet::focusNextPrevChild(bool next) {
+    auto* start = focusWidget() ? focusWidget() : this;
+    for (auto* widget = start;;) {
+        widget = next ? widget->nextInFocusChain() : widget->previousInFocusChain();
+        if (widget == start) return true;
+        if (!isAncestorOf(widget) || !widget->isVisible() || !widget->isEnabled()) continue;
+        if (!(widget->focusPolicy() & Qt::TabFocus)) continue;
+        widget->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+        return true;
+    }
+}
+
+void Sheet::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape) return cancel();
+    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter) return;
+    auto* focused = qobject_cast<QPushButton*>(QApplication::focusWidget());
+    if (focused && isAncestorOf(focused)) return focused->click();
+    for (auto* button : findChildren<QPushButton*>())
+        if (button->isDefault() && button->isEnabled()) return button->click();
+}
+
+void Sheet::paintEvent(QPaintEvent* /*event*/) {
+    QPainter(this).fillRect(rect(), QColor(0, 0, 0, 90));
+}
+
+bool Sheet::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == parentWidget() && event->type() == QEvent::Resize) setGeometry(parentWidget()->rect());
+    return QWidget::eventFilter(watched, event);
+}
+
+} // namespace tidwen

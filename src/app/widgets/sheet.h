@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+#include <functional>
+
+class QBoxLayout;
+
+namespace tidwen {
+
+/// A question over a veil inside the window: Tab stays inside, Escape cancels. It deletes itself when it is
+/// closed and gives the focus back.
+class Sheet : public QWidget {
+  public:
+    /// `name` is what a screen reader calls it.
+    Sheet(QWidget* window, const QString& name, int width = 480);
+
+    QBoxLayout& content() { return *content_; }
+    /// Called when it was closed without an answer.
+    std::function<void()> onCancel;
+    void open();
+    void close();
+    void cancel();
+
+  protected:
+    bool focusNextPrevChild(bool next) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    QBoxLayout* content_;
+    QPointer<QWidget> before_; ///< had the focus
+};
+
+} // namespace tidwen

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "app/shell/main_loop.h"
+#include "app/shell/main_window.h"
+#include "support/temporary_folder.h"
+
+#include <QAbstractItemView>
+#include <QPushButton>
+#include <functional>
+
+namespace tidwen {
+
+/// Runs the event loop until `done`, sleeping between events. False after half a minute.
+bool waitUntil(const std::function<bool()>& done);
+
+/// A window over a sample volume of its own, with the settings of nobody.
+class WindowFixture {
+  public:
+    WindowFixture();
+
+    /// Opens the volume; true once every application is measured.
+    bool openSample();
+    /// Looks for what belongs to an application, as its Return key does; true once the review stands.
+    bool review(const std::string& name);
+    /// The review's primary button, and then the sheet's; true once the report stands.
+    bool removeWhatIsChosen();
+
+    RemovalFlowModel& flow() { return window.mac()->flow(); }
+    template<class Widget>
+    Widget* find(const char* name) {
+        return window.findChild<Widget*>(QString::fromLatin1(name));
+    }
+    /// Clicks a button as a hand does; false when it cannot be clicked.
+    bool click(const char* name);
+    /// The row of a view that shows these words, however deep; none when there is none.
+    static QModelIndex rowCalled(const QAbstractItemView& view, const QString& words);
+
+    TemporaryFolder folder;
+    Texts texts;
+    StandardErrorLog log{LogLevel::error};
+    MainLoop main;
+    HostServices host;
+    WorkQueue background;
+    MacOpener opener;
+    MainWindow window;
+};
+
+} // namespace tidwen
