@@ -8,7 +8,7 @@
 #include <QPushButton>
 #include <functional>
 
-namespace tidwen {
+namespace tidwen::test {
 
 /// Runs the event loop until `done`, sleeping between events. False after half a minute.
 bool waitUntil(const std::function<bool()>& done);
@@ -45,4 +45,4 @@ class WindowFixture {
     MainWindow window;
 };
 
-} // namespace tidwen
+} // namespace tidwen::test
