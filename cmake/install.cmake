@@ -14,6 +14,9 @@ endforeach()
 add_custom_target(completions ALL DEPENDS ${completion_files})
 
 install(TARGETS tidwen RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+if(TIDWEN_WINDOW AND NOT APPLE) # on a Mac it would lie beside "tidwen" on a disk that ignores letter case
+  install(TARGETS Tidwen RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/resources/ DESTINATION ${CMAKE_INSTALL_DATADIR}/tidwen
     FILES_MATCHING PATTERN "*.strings" PATTERN "*.stringsdict")
 install(FILES ${PROJECT_SOURCE_DIR}/docs/tidwen.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)

@@ -35,6 +35,7 @@ WindowFixture::WindowFixture()
       window({opener, texts, main, background}) {
     window.show();
     window.activateWindow();
+    (void)QTest::qWaitForWindowActive(&window);
 }
 
 bool WindowFixture::openSample() {

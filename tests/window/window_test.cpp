@@ -77,7 +77,10 @@ TEST_F(Window, RemovesAnApplicationAndPutsItBackByMouse) {
 }
 
 TEST_F(Window, GoesTheSameWayByKeyboardAlone) {
-    const auto press = [](Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); };
+    const auto press = [](Qt::Key key, int line = __builtin_LINE()) {
+        ASSERT_TRUE(QApplication::focusWidget()) << "nothing has the focus in line " << line;
+        QTest::keyClick(QApplication::focusWidget(), key);
+    };
     auto* cards = fixture.find<QAbstractItemView>("applications");
     cards->setFocus();
     QTest::keyClicks(cards, QStringLiteral("pantry")); // what is typed is searched for
@@ -114,7 +117,7 @@ TEST_F(Window, GoesTheSameWayByKeyboardAlone) {
 TEST_F(Window, LooksAtWhatIsDroppedAndSaysWhyTheRestIsLeft) {
     auto& session = fixture.window.mac()->session();
     for (const auto& app : session.models().homeGrid().apps())
-        if (app.name == "Kip") ASSERT_TRUE(session.protectedApps().toggle(app.bundleID));
+        if (app.name == "Kip") session.protectedApps().toggle(app.bundleID);
     drop({"Applications/Marlin Notes.app", "Applications/Kip.app", "Users/alice/Library"});
     ASSERT_TRUE(waitUntil([this] { return isAt<stage::Review>(); }));
     EXPECT_EQ(fixture.flow().choice().findings().groups().size(), 1u);

@@ -101,6 +101,9 @@ int Style::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWi
     case PM_IndicatorWidth:
     case PM_IndicatorHeight:
         return scaled(16);
+    case PM_SmallIconSize:
+    case PM_LineEditIconSize:
+        return scaled(16);
     case PM_DefaultFrameWidth:
     case PM_MenuPanelWidth:
         return 1;

@@ -18,7 +18,7 @@ EmptyState::EmptyState(const QString& icon)
     layout->addStretch(2);
     layout->addWidget(picture);
     layout->addWidget(title_);
-    layout->addWidget(sentence_, 0, Qt::AlignHCenter);
+    layout->addLayout(parts::centred(sentence_));
     layout->addStretch(3);
 }
 

@@ -68,6 +68,14 @@ QBoxLayout* row(QWidget* parent, int spacing) {
     return bare(new QBoxLayout(QBoxLayout::LeftToRight, parent), spacing);
 }
 
+QBoxLayout* centred(QWidget* widget) {
+    auto* line = row();
+    line->addStretch(1);
+    line->addWidget(widget, 100);
+    line->addStretch(1);
+    return line;
+}
+
 void clear(QBoxLayout& layout) {
     while (auto* item = layout.takeAt(0)) {
         if (auto* widget = item->widget()) {

@@ -27,6 +27,8 @@ QLabel* picture(const QString& icon, Role color, int size = 18);
 /// Without margins of its own.
 QBoxLayout* column(QWidget* parent = nullptr, int spacing = 0);
 QBoxLayout* row(QWidget* parent = nullptr, int spacing = 0);
+/// In the middle of the line. An alignment would do the same, and cut words that need a second line.
+QBoxLayout* centred(QWidget* widget);
 void clear(QBoxLayout& layout);
 
 } // namespace tidwen::parts

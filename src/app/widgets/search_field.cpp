@@ -4,6 +4,7 @@
 #include "app/style/metrics.h"
 #include "app/style/style.h"
 
+#include <QAbstractButton>
 #include <QLineEdit>
 
 namespace tidwen {
@@ -16,6 +17,8 @@ QLineEdit* searchField(const QString& placeholder) {
     field->setFixedWidth(scaled(190));
     const auto glass = iconPixmap(QStringLiteral("search"), scaled(16), colors()[Role::second], field->devicePixelRatioF());
     field->addAction(QIcon(glass), QLineEdit::LeadingPosition);
+    for (auto* button : field->findChildren<QAbstractButton*>()) // the cross that empties the field among them
+        button->setAccessibleName(placeholder);
     return field;
 }
 

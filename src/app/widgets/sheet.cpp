@@ -24,7 +24,7 @@ Sheet::Sheet(QWidget* window, const QString& name, int width)
     content_->setContentsMargins(scaled(24), scaled(24), scaled(24), scaled(24));
     auto* outer = parts::column(this);
     outer->addStretch(1);
-    outer->addWidget(panel, 0, Qt::AlignHCenter);
+    outer->addLayout(parts::centred(panel));
     outer->addStretch(2);
     window->installEventFilter(this);
 }

@@ -30,12 +30,13 @@ ApplicationsScreen::ApplicationsScreen(Models models, std::function<void(const s
     cards_->setModel(&list_);
     cards_->setContextMenuPolicy(Qt::CustomContextMenu);
     empty_ = new EmptyState(QStringLiteral("applications"));
-    auto* content = new QWidget;
-    content_ = new QStackedLayout(content);
-    content_->setContentsMargins(scaled(24), 0, scaled(14), 0);
+    auto* content = parts::row(nullptr);
+    content->setContentsMargins(scaled(24), 0, scaled(14), 0);
+    content_ = new QStackedLayout;
     content_->addWidget(cards_);
     content_->addWidget(empty_);
-    layout->addWidget(content, 1);
+    content->addLayout(content_);
+    layout->addLayout(content, 1);
     layout->addWidget(makeFooter());
 
     connect(cards_, &QAbstractItemView::activated, this, [this] { lookAtChosen(); });

@@ -4,6 +4,7 @@
 #include "app/screens/history/history_delegate.h"
 #include "app/widgets/empty_state.h"
 #include "app/widgets/notice.h"
+#include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/screen_header.h"
 #include "app/widgets/sheet.h"
@@ -53,6 +54,7 @@ QWidget* HistoryScreen::makeContent() {
     items_->setAccessibleName(text("history.items"));
     items_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     items_->setUniformItemSizes(true);
+    items_->setSpacing(scaled(3));
     items_->setTextElideMode(Qt::ElideMiddle);
     itemNames_ = new QStringListModel(this);
     items_->setModel(itemNames_);
@@ -67,12 +69,19 @@ QWidget* HistoryScreen::makeContent() {
     auto* lists = new QWidget;
     auto* row = parts::row(lists, scaled(14));
     row->addWidget(runs_, 3);
-    row->addWidget(items_, 2);
+    auto* card = new Panel({});
+    auto* inner = parts::column(card, scaled(6));
+    inner->setContentsMargins(scaled(14), scaled(12), scaled(8), scaled(12));
+    inner->addWidget(parts::label(text("history.items"), Type::section, Role::second));
+    inner->addWidget(items_);
+    row->addWidget(card, 2);
     auto* content = new QWidget;
-    content_ = new QStackedLayout(content);
-    content_->setContentsMargins(scaled(24), 0, scaled(24), scaled(12));
+    auto* outer = parts::row(content);
+    outer->setContentsMargins(scaled(24), 0, scaled(24), scaled(12));
+    content_ = new QStackedLayout;
     content_->addWidget(lists);
     content_->addWidget(empty_);
+    outer->addLayout(content_);
     return content;
 }
 

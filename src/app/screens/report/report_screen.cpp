@@ -1,5 +1,6 @@
 #include "app/screens/report/report_screen.h"
 
+#include "app/models/trace_words.h"
 #include "app/style/icons.h"
 #include "app/style/style.h"
 #include "app/widgets/notice.h"
@@ -41,11 +42,7 @@ ReportScreen::ReportScreen(RemovalFlowModel& flow, const Texts& texts, std::func
     auto* narrow = new QWidget;
     narrow->setMaximumWidth(scaled(520));
     cards_ = parts::column(narrow, scaled(12));
-    auto* centred = parts::row(nullptr);
-    centred->addStretch(1);
-    centred->addWidget(narrow, 100);
-    centred->addStretch(1);
-    inner->addLayout(centred);
+    inner->addLayout(parts::centred(narrow));
     inner->addStretch(1);
     auto* scroll = new QScrollArea;
     scroll->setFrameShape(QFrame::NoFrame);
@@ -130,7 +127,7 @@ void ReportScreen::showCard(const stage::Report& stage) {
     for (const auto& remainder : report.left)
         for (const auto& item : remainder.traces)
             if (lines++ < mostLines)
-                addLine(*card, {"warning", Role::look, shown(item.trace.displayName),
+                addLine(*card, {"warning", Role::look, text("report.stays %@", {traceTitle(item.trace).toStdString()}),
                                 QString::fromStdString(texts_.text(item.describe()))});
     if (card->count() == 0) return panel->deleteLater();
     cards_->addWidget(panel);

@@ -1,5 +1,6 @@
 #include "app/screens/review/review_screen.h"
 
+#include "app/models/trace_words.h"
 #include "app/screens/review/details_pane.h"
 #include "app/screens/review/review_view.h"
 #include "app/screens/review/size_bar.h"
@@ -85,11 +86,9 @@ QWidget* ReviewScreen::makeFooter() {
     auto* footer = footerPanel();
     auto* words = parts::column(nullptr);
     going_ = parts::label({}, Type::strong);
-    staying_ = parts::label({}, Type::second, Role::second);
-    for (auto* label : {going_, staying_}) {
-        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    staying_ = parts::paragraph({}, Type::second, Role::second);
+    for (auto* label : {going_, staying_})
         words->addWidget(label);
-    }
     auto* layout = static_cast<QBoxLayout*>(footer->layout());
     layout->addLayout(words, 1);
     layout->addWidget(parts::button(text("confirm.cancelButton"), [this] { flow_.close(); }));
@@ -200,8 +199,10 @@ void ReviewScreen::showFooter() {
             if (!reason || item.reason != StayReason::notChosen) reason = &item;
         }
     if (reason) {
-        const auto why = texts_.text(StayingTrace{*reason->trace, reason->reason}.describe());
-        staying_->setText(text("review.footer.stays %lld %@", {std::to_string(stays), shown(why).toStdString()}));
+        const auto why = reason->reason == StayReason::contested
+                             ? traceBadge(*reason->trace, texts_)
+                             : shown(texts_.text(StayingTrace{*reason->trace, reason->reason}.describe()));
+        staying_->setText(text("review.footer.stays %lld %@", {std::to_string(stays), why.toStdString()}));
     }
     staying_->setVisible(reason != nullptr);
     remove_->setText(text(choice.mode() == RemovalMode::reset ? "review.resetButton" : "installers.removeButton"));

@@ -33,7 +33,7 @@ WelcomeScreen::WelcomeScreen(const Texts& texts, Actions actions)
         label->setAlignment(Qt::AlignCenter);
     layout->addSpacing(scaled(8));
     layout->addWidget(title, 0, Qt::AlignHCenter);
-    layout->addWidget(sentence, 0, Qt::AlignHCenter);
+    layout->addLayout(parts::centred(sentence));
     layout->addSpacing(scaled(16));
     layout->addWidget(choices_, 0, Qt::AlignHCenter);
     layout->addWidget(said_);
