@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QIcon>
+#include <QPalette>
 #include <csignal>
 
 namespace {
@@ -31,8 +32,10 @@ int run(QApplication& application, const char* program) {
     MacOpener opener(host, texts, log, main, background);
     MainWindow window({opener, texts, main, background});
     const auto homeOfUser = words.isSet(home) ? std::optional(words.value(home).toStdString()) : std::nullopt;
-    if (words.isSet(volume)) window.open(words.value(volume).toStdString(), homeOfUser);
-    else if (words.isSet(sample)) window.openSample();
+    if (words.isSet(volume))
+        window.open(words.value(volume).toStdString(), homeOfUser);
+    else if (words.isSet(sample))
+        window.openSample();
     window.show();
     return QApplication::exec();
 }
@@ -45,7 +48,8 @@ int main(int count, char** words) {
     QApplication application(count, words);
     QApplication::setApplicationName(QStringLiteral("Tidwen"));
     QApplication::setApplicationVersion(QStringLiteral(TIDWEN_VERSION));
-    dress(Appearance::light);
+    const bool isDark = QApplication::palette().color(QPalette::Window).lightness() < 128; // the system's
+    dress(isDark ? Appearance::dark : Appearance::light);
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tidwen.svg")));
     return run(application, words[0]);
 }

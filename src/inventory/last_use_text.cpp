@@ -11,7 +11,9 @@ std::optional<Message> describeLastUse(const InstalledApp& app, Timestamp now) {
     const auto& date = app.usage->evidence.date;
     if (!date) return std::nullopt;
     const auto days = std::chrono::duration_cast<std::chrono::days>(now - *date).count();
-    const auto ago = [](const char* key, std::int64_t count) { return Message{key, {std::to_string(count)}}; };
+    const auto ago = [](const char* key, std::int64_t count) {
+        return Message{key, {std::to_string(count)}};
+    };
     if (days < 1) return Message{"home.used.today"};
     if (days < 2) return Message{"home.used.yesterday"};
     if (days < 14) return ago("home.used.days %lld", days);

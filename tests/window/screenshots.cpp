@@ -42,18 +42,21 @@ bool draw(const Drawing& drawing) {
     auto* found = fixture.find<QAbstractItemView>("review");
     found->setCurrentIndex(WindowFixture::rowCalled(*found, QStringLiteral("com.marlinworks.notes")));
     found->scrollToTop();
-    isDrawn = isDrawn && drawing.save(window, "review") && fixture.click("remove") && drawing.save(window, "confirm")
-              && fixture.click("confirm");
+    isDrawn = isDrawn && drawing.save(window, "review") && fixture.click("remove")
+              && drawing.save(window, "confirm") && fixture.click("confirm");
     isDrawn = isDrawn && test::waitUntil([&] {
-                  return fixture.flow().progress.get() || std::holds_alternative<stage::Report>(fixture.flow().stage());
+                  return fixture.flow().progress.get()
+                         || std::holds_alternative<stage::Report>(fixture.flow().stage());
               });
-    isDrawn = isDrawn && drawing.save(window, "removing")
-              && test::waitUntil([&] { return std::holds_alternative<stage::Report>(fixture.flow().stage()); })
-              && drawing.save(window, "report");
+    isDrawn =
+        isDrawn && drawing.save(window, "removing")
+        && test::waitUntil([&] { return std::holds_alternative<stage::Report>(fixture.flow().stage()); })
+        && drawing.save(window, "report");
     fixture.click("done");
     window.view()->go(Place::history);
     auto& history = window.mac()->session().models().history();
-    return isDrawn && test::waitUntil([&] { return !history.isLoading.get() && !history.entries.get().empty(); })
+    return isDrawn
+           && test::waitUntil([&] { return !history.isLoading.get() && !history.entries.get().empty(); })
            && drawing.save(window, "history");
 }
 
@@ -64,7 +67,8 @@ int main(int count, char** words) {
     QApplication application(count, words);
     const auto out = QString::fromLocal8Bit(count > 1 ? words[1] : ".");
     if (!QDir().mkpath(out)) return 1;
-    const std::pair<Appearance, double> looks[] = {{Appearance::light, 1}, {Appearance::dark, 1}, {Appearance::light, 2}};
+    const std::pair<Appearance, double> looks[] = {
+        {Appearance::light, 1}, {Appearance::dark, 1}, {Appearance::light, 2}};
     for (const auto& [appearance, scale] : looks) {
         dress(appearance, scale);
         const auto* look = scale > 1 ? "200" : appearance == Appearance::dark ? "dark" : "light";

@@ -31,11 +31,16 @@ QModelIndex rowBelow(const QAbstractItemModel& model, const QModelIndex& above, 
 } // namespace
 
 WindowFixture::WindowFixture()
-    : texts(Texts::load(TIDWEN_RESOURCES, "en")), host({"tidwen"}, log), opener(host, texts, log, main, background),
+    : texts(Texts::load(TIDWEN_RESOURCES, "en")),
+      host({"tidwen"}, log),
+      opener(host, texts, log, main, background),
       window({opener, texts, main, background}) {
     window.show();
+}
+
+bool WindowFixture::hasFocus() {
     window.activateWindow();
-    (void)QTest::qWaitForWindowActive(&window);
+    return QTest::qWaitForWindowActive(&window);
 }
 
 bool WindowFixture::openSample() {

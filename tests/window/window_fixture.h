@@ -20,6 +20,8 @@ class WindowFixture {
 
     /// Opens the volume; true once every application is measured.
     bool openSample();
+    /// Makes the window the one that keys go to.
+    bool hasFocus();
     /// Looks for what belongs to an application, as its Return key does; true once the review stands.
     bool review(const std::string& name);
     /// The review's primary button, and then the sheet's; true once the report stands.

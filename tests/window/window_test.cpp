@@ -38,7 +38,7 @@ std::vector<std::string> nameless(QWidget& window) {
 
 class Window : public testing::Test {
   protected:
-    void SetUp() override { ASSERT_TRUE(fixture.openSample()); }
+    void SetUp() override { ASSERT_TRUE(fixture.openSample() && fixture.hasFocus()); }
 
     template<class Stage>
     bool isAt() {
@@ -47,9 +47,13 @@ class Window : public testing::Test {
     void drop(const std::vector<std::string>& names) {
         QList<QUrl> urls;
         for (const auto& name : names)
-            urls << QUrl::fromLocalFile(QString::fromStdString((fixture.folder.path() / "Sample" / name).string()));
+            urls << QUrl::fromLocalFile(
+                QString::fromStdString((fixture.folder.path() / "Sample" / name).string()));
         QMimeData data;
         data.setUrls(urls);
+        QDragEnterEvent enter(QPoint(400, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(&fixture.window, &enter);
+        EXPECT_TRUE(fixture.find<QWidget>("drop veil")->isVisible());
         QDropEvent event(QPointF(400, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(&fixture.window, &event);
     }
@@ -122,17 +126,20 @@ TEST_F(Window, LooksAtWhatIsDroppedAndSaysWhyTheRestIsLeft) {
     ASSERT_TRUE(waitUntil([this] { return isAt<stage::Review>(); }));
     EXPECT_EQ(fixture.flow().choice().findings().groups().size(), 1u);
     EXPECT_EQ(fixture.flow().protectedTargets().size(), 1u);
-    bool isSaid = false;
-    for (const auto* label : fixture.window.findChildren<QLabel*>())
-        isSaid = isSaid || (label->isVisible() && label->text().contains(QStringLiteral("Kip")));
-    EXPECT_TRUE(isSaid);
+    EXPECT_TRUE(waitUntil([this] {
+        const auto labels = fixture.window.findChildren<QLabel*>();
+        return std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
+            return label->isVisible() && label->text().contains(QStringLiteral("Kip"));
+        });
+    }));
     drop({"../elsewhere.app"}); // is answered, and leaves the review as it is
     EXPECT_TRUE(isAt<stage::Review>());
 }
 
 TEST_F(Window, ShowsHostileNamesAsTextAndNeverAsMarkup) {
     for (const auto* label : fixture.window.findChildren<QLabel*>())
-        EXPECT_TRUE(label->textFormat() == Qt::PlainText || label->text().isEmpty()) << label->text().toStdString();
+        EXPECT_TRUE(label->textFormat() == Qt::PlainText || label->text().isEmpty())
+            << label->text().toStdString();
 }
 
 } // namespace

@@ -7,7 +7,9 @@
 namespace tidwen {
 
 HistoryList::HistoryList(HistoryModel& history, const Texts& texts)
-    : history_(history), texts_(texts), rows_(static_cast<int>(history.entries.get().size())),
+    : history_(history),
+      texts_(texts),
+      rows_(static_cast<int>(history.entries.get().size())),
       following_(history.entries.observe([this](const auto& entries) {
           beginResetModel();
           rows_ = static_cast<int>(entries.size());

@@ -23,8 +23,9 @@ QVariant HomeList::data(const QModelIndex& index, int role) const {
     const auto& row = this->row(index);
     switch (role) {
     case Qt::DisplayRole:
-        return row.app ? shown(row.app->name)
-                       : QString::fromStdString(homeGroupTitle(grid_.options().grouping, row.groupID, texts_));
+        return row.app
+                   ? shown(row.app->name)
+                   : QString::fromStdString(homeGroupTitle(grid_.options().grouping, row.groupID, texts_));
     case second:
         return secondLine(row);
     case isHeading:
@@ -66,7 +67,8 @@ QString HomeList::secondLine(const HomeRow& row) const {
 }
 
 QString HomeList::spoken(const HomeRow& row) const {
-    if (!row.app) return QString::fromStdString(homeGroupTitle(grid_.options().grouping, row.groupID, texts_));
+    if (!row.app)
+        return QString::fromStdString(homeGroupTitle(grid_.options().grouping, row.groupID, texts_));
     QStringList parts = {shown(row.app->name), secondLine(row)};
     if (row.isProtected) parts << words(texts_, "cli.apps.protected");
     for (const auto& tag : row.tags)
@@ -93,7 +95,7 @@ void HomeList::end(const RowChange& change) {
         return endRemoveRows();
     case RowChange::Kind::changed:
         Q_EMIT dataChanged(index(static_cast<int>(change.first)),
-                         index(static_cast<int>(change.first + change.count) - 1));
+                           index(static_cast<int>(change.first + change.count) - 1));
     }
 }
 

@@ -40,10 +40,11 @@ int ReviewTree::add(int parent, Node node) {
 
 void ReviewTree::addTree(int parent, const LeftoverTree& tree) {
     for (const auto& tier : tree.tiers) {
-        const int above = add(parent, {.kind = Kind::tier,
-                                       .title = texts_.text("risk." + std::string(name(tier.risk)) + ".title"),
-                                       .risk = tier.risk,
-                                       .sizeText = tier.sizeText.value_or("")});
+        const int above =
+            add(parent, {.kind = Kind::tier,
+                         .title = texts_.text("risk." + std::string(name(tier.risk)) + ".title"),
+                         .risk = tier.risk,
+                         .sizeText = tier.sizeText.value_or("")});
         for (const auto& group : tier.groups) {
             const auto title = texts_.text("category." + std::string(name(group.category)));
             const int inner = add(above, {.kind = Kind::group, .title = title, .category = group.category});
@@ -138,7 +139,8 @@ QVariant ReviewTree::data(const QModelIndex& index, int role) const {
         break;
     }
     if (node.trace) return itemData(node, role);
-    if (role == Qt::DisplayRole) return node.kind == Kind::application ? shown(node.title) : QString::fromStdString(node.title);
+    if (role == Qt::DisplayRole)
+        return node.kind == Kind::application ? shown(node.title) : QString::fromStdString(node.title);
     if (role == second && (node.kind == Kind::tier || node.kind == Kind::application))
         return words(texts_, "review.tier.count %lld %lld",
                      {std::to_string(node.selected), std::to_string(node.eligible)});
@@ -199,9 +201,11 @@ QString ReviewTree::spoken(const QModelIndex& index) const {
     const auto& node = this->node(index);
     QStringList parts = {index.data().toString()};
     if (node.trace)
-        parts << words(texts_, "risk." + std::string(name(node.risk)) + ".title") << index.data(size).toString()
-              << index.data(badge).toString() << traceReason(*node.trace, texts_);
-    else parts << index.data(second).toString();
+        parts << words(texts_, "risk." + std::string(name(node.risk)) + ".title")
+              << index.data(size).toString() << index.data(badge).toString()
+              << traceReason(*node.trace, texts_);
+    else
+        parts << index.data(second).toString();
     parts.removeAll(QString());
     return parts.join(QStringLiteral(", "));
 }

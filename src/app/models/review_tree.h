@@ -8,8 +8,8 @@
 
 namespace tidwen {
 
-/// What was found, to choose from: applications (when there are several), tiers, groups, rows. Boxes show what
-/// the flow has selected, and ask it for changes.
+/// What was found, to choose from: applications (when there are several), tiers, groups, rows. Boxes show
+/// what the flow has selected, and ask it for changes.
 class ReviewTree final : public QAbstractItemModel {
   public:
     enum class Kind { application, tier, group, item, byHand };
@@ -54,7 +54,9 @@ class ReviewTree final : public QAbstractItemModel {
     int add(int parent, Node node);
     void addTree(int parent, const LeftoverTree& tree);
     void count();
-    const Node& node(const QModelIndex& index) const { return nodes_[static_cast<std::size_t>(index.internalId())]; }
+    const Node& node(const QModelIndex& index) const {
+        return nodes_[static_cast<std::size_t>(index.internalId())];
+    }
     void collect(const Node& node, std::vector<Uuid>& ids) const;
     QVariant itemData(const Node& node, int role) const;
     QVariant checkState(const Node& node) const;

@@ -36,8 +36,10 @@ QString traceBadge(const Trace& trace, const Texts& texts) {
     if (trace.contestedBy)
         return words(texts, "review.badge.contested %@", {shown(trace.contestedBy->name).toStdString()});
     if (trace.isOnlyListed || trace.mayHoldOthers) return words(texts, "review.badge.unsure");
-    if (trace.reversibility == Reversibility::irreversibleDestructive) return words(texts, "review.badge.permanent");
-    if (trace.reversibility == Reversibility::irreversibleHarmless) return words(texts, "review.badge.notUndone");
+    if (trace.reversibility == Reversibility::irreversibleDestructive)
+        return words(texts, "review.badge.permanent");
+    if (trace.reversibility == Reversibility::irreversibleHarmless)
+        return words(texts, "review.badge.notUndone");
     if (trace.requiresRoot) return words(texts, "review.badge.needsPassword");
     if (trace.risk == TraceRisk::review) return words(texts, "review.badge.unsure");
     return {};
@@ -61,7 +63,8 @@ QString traceIcon(const Trace& trace) {
                                                        "ips",   "dmg", "crash", "pkg"};
     const auto* path = movedPath(trace.action);
     const auto extension = path ? path->lowercasedExtension() : std::string();
-    return std::ranges::find(files, extension) == files.end() ? QStringLiteral("folder") : QStringLiteral("file");
+    return std::ranges::find(files, extension) == files.end() ? QStringLiteral("folder")
+                                                              : QStringLiteral("file");
 }
 
 } // namespace tidwen

@@ -36,15 +36,20 @@ void MacOpener::open(fs::path folder, std::optional<std::string> home, Then then
             if (!volume) return tl::unexpected(volume.error());
             return Opened{std::move(*volume), nameOf(folder)};
         },
-        [then = std::move(then)](MacOpener&, tl::expected<Opened, Message> opened) { then(std::move(opened)); });
+        [then = std::move(then)](MacOpener&, tl::expected<Opened, Message> opened) {
+            then(std::move(opened));
+        });
 }
 
 void MacOpener::openSample(Then then) {
     inBackground(
         *this, alive_, background_, main_, [folder = newSampleFolder()] { return writeSampleVolume(folder); },
-        [then = std::move(then)](MacOpener& opener, const tl::expected<SampleSummary, SampleError>& sample) mutable {
-            if (sample) opener.open(sample->root, std::nullopt, std::move(then));
-            else then(tl::unexpected(sample.error().reason));
+        [then = std::move(then)](MacOpener& opener,
+                                 const tl::expected<SampleSummary, SampleError>& sample) mutable {
+            if (sample)
+                opener.open(sample->root, std::nullopt, std::move(then));
+            else
+                then(tl::unexpected(sample.error().reason));
         });
 }
 

@@ -29,7 +29,8 @@ constexpr int foldsSidebarBelow = 860;
 MacView::MacView(OpenMac& mac, Executor& background, QMenu* systems)
     : mac_(mac), background_(background), texts_(mac.system().texts) {
     auto* layout = parts::row(this);
-    sidebar_ = new Sidebar(texts_, {shown(mac.name()), shown(mac.userName())}, systems, [this](Place place) { go(place); });
+    sidebar_ = new Sidebar(texts_, {shown(mac.name()), shown(mac.userName())}, systems,
+                           [this](Place place) { go(place); });
     layout->addWidget(sidebar_);
     auto* main = parts::column(nullptr);
     layout->addLayout(main, 1);
@@ -55,9 +56,9 @@ void MacView::makeScreens() {
     auto& flow = mac_.flow();
     const auto& system = mac_.system();
     const auto showItem = [this](const Path& item) { reveal(item); };
-    applications_ = new ApplicationsScreen({session.models().homeGrid(), session.preferences(), session.protectedApps(),
-                                            texts_, system.clock},
-                                           [this](const auto& bundles) { lookAt(bundles); });
+    applications_ = new ApplicationsScreen(
+        {session.models().homeGrid(), session.preferences(), session.protectedApps(), texts_, system.clock},
+        [this](const auto& bundles) { lookAt(bundles); });
     history_ = new HistoryScreen(session.models().history(), texts_, system.user, showItem);
     work_ = new WorkScreen(texts_, system.user, [this] { mac_.flow().stop(); });
     review_ = new ReviewScreen(flow, texts_, system.user,
@@ -125,8 +126,10 @@ void MacView::takeDropped(std::vector<std::string> hostPaths) {
             return bundles;
         },
         [](MacView& view, const std::vector<Path>& bundles) {
-            if (bundles.empty()) view.say(view.text("drop.elsewhere"));
-            else view.lookAt(bundles);
+            if (bundles.empty())
+                view.say(view.text("drop.elsewhere"));
+            else
+                view.lookAt(bundles);
         });
 }
 
@@ -139,7 +142,8 @@ void MacView::showStage() {
     } else if (std::holds_alternative<stage::Report>(stage)) {
         screens_->setCurrentWidget(report_);
         report_->update();
-    } else if (std::holds_alternative<stage::Scanning>(stage) || std::holds_alternative<stage::Removing>(stage)) {
+    } else if (std::holds_alternative<stage::Scanning>(stage)
+               || std::holds_alternative<stage::Removing>(stage)) {
         showWork(stage);
         screens_->setCurrentWidget(work_);
         work_->setFocus();
@@ -166,7 +170,9 @@ void MacView::showWork(const Stage& stage) {
                     step);
     else if (const auto* removing = std::get_if<stage::Removing>(&stage))
         work_->show({text("cli.remove.progress %@", {shown(removing->subject.text(texts_)).toStdString()}),
-                     text("removing.stop"), text("removing.note"), {}},
+                     text("removing.stop"),
+                     text("removing.note"),
+                     {}},
                     step);
 }
 
@@ -200,8 +206,8 @@ void MacView::showRecovery() {
     const auto isUndoing = chores.isUndoing();
     recovery_->addWidget(makeNotice(
         NoticeTone::information,
-        {text("home.recovery.title %@", {names.join(QStringLiteral(", ")).toStdString()}), text("home.recovery.detail"),
-         text(isUndoing ? "home.recovery.restoring" : "home.recovery.undo")},
+        {text("home.recovery.title %@", {names.join(QStringLiteral(", ")).toStdString()}),
+         text("home.recovery.detail"), text(isUndoing ? "home.recovery.restoring" : "home.recovery.undo")},
         [this] {
             if (!mac_.chores().isUndoing()) mac_.chores().undoRecovered();
         }));
@@ -227,15 +233,18 @@ void MacView::askToQuit() {
         mac_.flow().answerQuitPrompt(choice);
     };
     sheet->onCancel = [this] { mac_.flow().answerQuitPrompt(QuitPromptChoice::cancelApp); };
-    buttons->addWidget(parts::button(text("quit.continue"), [answer] { answer(QuitPromptChoice::forceContinue); }));
-    buttons->addWidget(parts::primaryButton(text("quit.leaveOut"), [answer] { answer(QuitPromptChoice::cancelApp); }));
+    buttons->addWidget(
+        parts::button(text("quit.continue"), [answer] { answer(QuitPromptChoice::forceContinue); }));
+    buttons->addWidget(
+        parts::primaryButton(text("quit.leaveOut"), [answer] { answer(QuitPromptChoice::cancelApp); }));
     sheet->content().addLayout(buttons);
     sheet->open();
 }
 
 void MacView::confirm() {
     if (confirmSheet_) return;
-    confirmSheet_ = openConfirmSheet(window(), mac_.flow().choice(), mac_.system(), [this] { mac_.flow().confirm(); });
+    confirmSheet_ =
+        openConfirmSheet(window(), mac_.flow().choice(), mac_.system(), [this] { mac_.flow().confirm(); });
 }
 
 void MacView::askToStop(std::function<void()> whenStopped) {

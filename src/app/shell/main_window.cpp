@@ -50,8 +50,10 @@ void MainWindow::makeMenus() {
             if (view_) act(*view_);
         };
     };
-    add(*go, "window.applications", QKeySequence(Qt::CTRL | Qt::Key_1), whenOpen([](MacView& view) { view.go(Place::applications); }));
-    add(*go, "window.history", QKeySequence(Qt::CTRL | Qt::Key_2), whenOpen([](MacView& view) { view.go(Place::history); }));
+    add(*go, "window.applications", QKeySequence(Qt::CTRL | Qt::Key_1),
+        whenOpen([](MacView& view) { view.go(Place::applications); }));
+    add(*go, "window.history", QKeySequence(Qt::CTRL | Qt::Key_2),
+        whenOpen([](MacView& view) { view.go(Place::history); }));
     go->addSeparator();
     add(*go, "window.menu.search", QKeySequence::Find, whenOpen([](MacView& view) { view.search(); }));
     add(*go, "window.menu.rescan", QKeySequence(Qt::CTRL | Qt::Key_R), [this] {
@@ -69,7 +71,8 @@ void MainWindow::chooseVolume() {
     auto* dialog = new QFileDialog(this, text("window.menu.open"));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::Directory);
-    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString& folder) { open(folder.toStdString()); });
+    connect(dialog, &QFileDialog::fileSelected, this,
+            [this](const QString& folder) { open(folder.toStdString()); });
     dialog->open();
 }
 
@@ -92,8 +95,10 @@ void MainWindow::take(tl::expected<MacOpener::Opened, Message> opened) {
     if (welcome_) welcome_->setBusy(false);
     if (!opened) {
         const auto why = QString::fromStdString(services_.texts.text(opened.error()));
-        if (welcome_) welcome_->say(why);
-        else if (view_) view_->say(why);
+        if (welcome_)
+            welcome_->say(why);
+        else if (view_)
+            view_->say(why);
         return;
     }
     delete takeCentralWidget();

@@ -18,7 +18,9 @@ constexpr int narrow = 60;
 } // namespace
 
 Sidebar::Sidebar(const Texts& texts, const Mac& mac, QMenu* systems, std::function<void(Place)> go)
-    : Panel({.ground = Role::sidebar, .radius = 0, .edges = Qt::RightEdge}), texts_(texts), go_(std::move(go)) {
+    : Panel({.ground = Role::sidebar, .radius = 0, .edges = Qt::RightEdge}),
+      texts_(texts),
+      go_(std::move(go)) {
     auto* layout = parts::column(this, scaled(2));
     layout->setContentsMargins(scaled(10), scaled(28), scaled(10), scaled(10));
     const auto section = [&](const char* key) {

@@ -59,28 +59,37 @@ void SidebarItem::paintEvent(QPaintEvent* /*event*/) {
     }
     const auto color = colors()[isChecked() ? Role::accent : Role::text];
     const int icon = scaled(18);
-    const auto at = [&](int x, int y, int w, int h) { return QStyle::visualRect(layoutDirection(), rect(), QRect(x, y, w, h)); };
+    const auto at = [&](int x, int y, int w, int h) {
+        return QStyle::visualRect(layoutDirection(), rect(), QRect(x, y, w, h));
+    };
     const int iconX = isNarrow_ ? (width() - icon) / 2 : scaled(10);
     paintIcon(painter, at(iconX, (height() - icon) / 2, icon, icon), icon_, color);
     if (isNarrow_) return;
-    const auto draw = [&](const QRect& place, Type type, const QColor& pen, const QString& words, Qt::Alignment side) {
+    const auto draw = [&](const QRect& place, Type type, const QColor& pen, const QString& words,
+                          Qt::Alignment side) {
         painter.setFont(textFont(type));
         painter.setPen(pen);
-        painter.drawText(place, static_cast<int>(QStyle::visualAlignment(layoutDirection(), side | Qt::AlignVCenter)) | Qt::TextSingleLine,
+        painter.drawText(place,
+                         static_cast<int>(QStyle::visualAlignment(layoutDirection(), side | Qt::AlignVCenter))
+                             | Qt::TextSingleLine,
                          painter.fontMetrics().elidedText(words, Qt::ElideRight, place.width()));
     };
     const int x = scaled(38), end = width() - scaled(10);
     const int figures = QFontMetrics(textFont(Type::second)).horizontalAdvance(count_) + 2;
     if (second_.isEmpty()) {
-        draw(at(x, 0, end - x - figures, height()), isChecked() ? Type::strong : Type::body, color, text(), Qt::AlignLeft);
-        draw(at(end - figures, 0, figures, height()), Type::second, colors()[Role::second], count_, Qt::AlignRight);
+        draw(at(x, 0, end - x - figures, height()), isChecked() ? Type::strong : Type::body, color, text(),
+             Qt::AlignLeft);
+        draw(at(end - figures, 0, figures, height()), Type::second, colors()[Role::second], count_,
+             Qt::AlignRight);
         return;
     }
     const int line = QFontMetrics(textFont(Type::body)).height();
     const int chevron = scaled(16);
     draw(at(x, scaled(9), end - x - chevron, line), Type::body, color, text(), Qt::AlignLeft);
-    draw(at(x, scaled(9) + line, end - x - chevron, height() - scaled(18) - line), Type::second, colors()[Role::second], second_, Qt::AlignLeft);
-    paintIcon(painter, at(end - chevron, (height() - chevron) / 2, chevron, chevron), QStringLiteral("chevron-down"), colors()[Role::second]);
+    draw(at(x, scaled(9) + line, end - x - chevron, height() - scaled(18) - line), Type::second,
+         colors()[Role::second], second_, Qt::AlignLeft);
+    paintIcon(painter, at(end - chevron, (height() - chevron) / 2, chevron, chevron),
+              QStringLiteral("chevron-down"), colors()[Role::second]);
 }
 
 } // namespace tidwen

@@ -46,7 +46,8 @@ void paintIcon(QPainter& painter, const QRectF& place, const QString& name, cons
 }
 
 QPixmap iconPixmap(const QString& name, int size, const QColor& color, double pixelRatio) {
-    const auto key = QStringLiteral("tidwen/%1/%2/%3/%4").arg(name).arg(size).arg(color.rgba()).arg(pixelRatio);
+    const auto key =
+        QStringLiteral("tidwen/%1/%2/%3/%4").arg(name).arg(size).arg(color.rgba()).arg(pixelRatio);
     QPixmap pixmap;
     if (QPixmapCache::find(key, &pixmap)) return pixmap;
     QFile file(QStringLiteral(":/icons/%1.svg").arg(name));

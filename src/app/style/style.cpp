@@ -75,7 +75,8 @@ void Style::drawComplexControl(ComplexControl control, const QStyleOptionComplex
     if (control != CC_ScrollBar) return QProxyStyle::drawComplexControl(control, option, painter, widget);
     const auto handle =
         proxy()->subControlRect(CC_ScrollBar, option, SC_ScrollBarSlider, widget).adjusted(2, 2, -2, -2);
-    fillRounded(*painter, handle, colors_[option->state.testFlag(State_MouseOver) ? Role::second : Role::line], 3);
+    fillRounded(*painter, handle,
+                colors_[option->state.testFlag(State_MouseOver) ? Role::second : Role::line], 3);
 }
 
 QRect Style::subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl part,
@@ -87,11 +88,13 @@ QRect Style::subControlRect(ComplexControl control, const QStyleOptionComplex* o
     const bool isUpright = bar->orientation == Qt::Vertical;
     const int length = isUpright ? option->rect.height() : option->rect.width();
     const qint64 range = static_cast<qint64>(bar->maximum) - bar->minimum;
-    const auto share = range > 0 ? length * static_cast<qint64>(bar->pageStep) / (range + bar->pageStep) : length;
+    const auto share =
+        range > 0 ? length * static_cast<qint64>(bar->pageStep) / (range + bar->pageStep) : length;
     const int size = qBound(qMin(28, length), static_cast<int>(share), length);
     const int place = sliderPositionFromValue(bar->minimum, bar->maximum, bar->sliderPosition, length - size,
                                               bar->upsideDown);
-    return isUpright ? QRect(0, place, option->rect.width(), size) : QRect(place, 0, size, option->rect.height());
+    return isUpright ? QRect(0, place, option->rect.width(), size)
+                     : QRect(place, 0, size, option->rect.height());
 }
 
 int Style::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
@@ -145,9 +148,12 @@ void Style::drawPanel(const QStyleOption& option, QPainter& painter, bool isPrim
     const bool isEnabled = option.state.testFlag(State_Enabled);
     const bool isFilled = isPrimary && isEnabled;
     auto fill = colors_[isFilled ? Role::accent : Role::surface];
-    if (option.state.testFlag(State_On)) fill = colors_[Role::chosen];
-    else if (option.state.testFlag(State_Sunken)) fill = fill.darker(108);
-    else if (option.state.testFlag(State_MouseOver) && isEnabled && !isPrimary) fill = colors_[Role::hover];
+    if (option.state.testFlag(State_On))
+        fill = colors_[Role::chosen];
+    else if (option.state.testFlag(State_Sunken))
+        fill = fill.darker(108);
+    else if (option.state.testFlag(State_MouseOver) && isEnabled && !isPrimary)
+        fill = colors_[Role::hover];
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     const auto frame = QRectF(option.rect).adjusted(focusWidth, focusWidth, -focusWidth, -focusWidth);
@@ -157,7 +163,8 @@ void Style::drawPanel(const QStyleOption& option, QPainter& painter, bool isPrim
     if (isFocused) {
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(colors_[Role::accent], focusWidth));
-        painter.drawRoundedRect(QRectF(option.rect).adjusted(1, 1, -1, -1), controlRadius + 1, controlRadius + 1);
+        painter.drawRoundedRect(QRectF(option.rect).adjusted(1, 1, -1, -1), controlRadius + 1,
+                                controlRadius + 1);
     }
     painter.restore();
 }
@@ -172,12 +179,15 @@ void Style::drawCheckBox(const QStyleOption& option, QPainter& painter) const {
     painter.setPen(isOn || isMixed ? QPen(Qt::NoPen) : QPen(colors_[Role::second], 1.2));
     painter.setBrush(colors_[isOn || isMixed ? Role::accent : Role::surface]);
     painter.drawRoundedRect(box, 4, 4);
-    painter.setPen(QPen(colors_[Role::onAccent], box.width() / 7, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setPen(
+        QPen(colors_[Role::onAccent], box.width() / 7, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.translate(box.topLeft());
     painter.scale(box.width() / 14, box.width() / 14);
     painter.setPen(QPen(colors_[Role::onAccent], 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    if (isMixed) painter.drawLine(QPointF(4, 7), QPointF(10, 7));
-    else if (isOn) painter.drawPolyline(QPolygonF{{3.6, 7.2}, {6, 9.6}, {10.6, 4.6}});
+    if (isMixed)
+        painter.drawLine(QPointF(4, 7), QPointF(10, 7));
+    else if (isOn)
+        painter.drawPolyline(QPolygonF{{3.6, 7.2}, {6, 9.6}, {10.6, 4.6}});
     painter.restore();
 }
 

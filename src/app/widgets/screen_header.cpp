@@ -8,7 +8,8 @@
 namespace tidwen {
 
 ScreenHeader::ScreenHeader(const QString& title)
-    : layout_(parts::row(this, scaled(8))), title_(parts::label(title, Type::title)),
+    : layout_(parts::row(this, scaled(8))),
+      title_(parts::label(title, Type::title)),
       line_(parts::label({}, Type::second, Role::second)) {
     layout_->setContentsMargins(scaled(24), scaled(18), scaled(24), scaled(10));
     auto* words = parts::column(nullptr);

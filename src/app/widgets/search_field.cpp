@@ -15,9 +15,11 @@ QLineEdit* searchField(const QString& placeholder) {
     field->setAccessibleName(placeholder);
     field->setClearButtonEnabled(true);
     field->setFixedWidth(scaled(190));
-    const auto glass = iconPixmap(QStringLiteral("search"), scaled(16), colors()[Role::second], field->devicePixelRatioF());
+    const auto glass =
+        iconPixmap(QStringLiteral("search"), scaled(16), colors()[Role::second], field->devicePixelRatioF());
     field->addAction(QIcon(glass), QLineEdit::LeadingPosition);
-    for (auto* button : field->findChildren<QAbstractButton*>()) // the cross that empties the field among them
+    for (auto* button :
+         field->findChildren<QAbstractButton*>()) // the cross that empties the field among them
         button->setAccessibleName(placeholder);
     return field;
 }

@@ -39,9 +39,16 @@ ApplicationsScreen::ApplicationsScreen(Models models, std::function<void(const s
     layout->addLayout(content, 1);
     layout->addWidget(makeFooter());
 
-    connect(cards_, &QAbstractItemView::activated, this, [this] { lookAtChosen(); });
-    connect(cards_, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) { showMenuFor(at); });
-    connect(cards_->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] { updateFooter(); });
+    connect(cards_, &QAbstractItemView::activated, this, [this](const QModelIndex& index) {
+        // The focus makes a card current without choosing it.
+        if (!cards_->selectionModel()->isSelected(index))
+            cards_->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
+        lookAtChosen();
+    });
+    connect(cards_, &QWidget::customContextMenuRequested, this,
+            [this](const QPoint& at) { showMenuFor(at); });
+    connect(cards_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { updateFooter(); });
     connect(&list_, &QAbstractItemModel::rowsRemoved, this, [this] { updateFooter(); });
     connect(&list_, &QAbstractItemModel::modelReset, this, [this] { updateFooter(); });
     following_.push_back(models_.grid.phase.observe([this](const auto&) { update(); }));
@@ -61,7 +68,8 @@ QWidget* ApplicationsScreen::makeHeader() {
     connect(search_, &QLineEdit::textChanged, this, [this](const QString& query) {
         setOption([&](HomeGridOptions& options) { options.query = query.toStdString(); });
     });
-    for (QWidget* control : {static_cast<QWidget*>(view), static_cast<QWidget*>(filter), static_cast<QWidget*>(search_)})
+    for (QWidget* control :
+         {static_cast<QWidget*>(view), static_cast<QWidget*>(filter), static_cast<QWidget*>(search_)})
         header_->addControl(control);
     return header_;
 }
@@ -96,14 +104,18 @@ QMenu* ApplicationsScreen::makeViewMenu() {
         menu->addSection(text("applications.group"));
         const auto& preferences = models_.preferences;
         constexpr std::array<std::pair<const char*, const char*>, 4> groupings = {
-            {{"lastUsed", "applications.group.lastUsed"}, {"category", "applications.group.category"},
-             {"tag", "applications.group.tag"}, {"none", "applications.group.none"}}};
+            {{"lastUsed", "applications.group.lastUsed"},
+             {"category", "applications.group.category"},
+             {"tag", "applications.group.tag"},
+             {"none", "applications.group.none"}}};
         for (const auto& [raw, key] : groupings)
             addChoice(*menu, key, preferences.homeGrouping.get() == raw,
                       [this, raw = raw] { models_.preferences.homeGrouping.set(raw); });
         menu->addSection(text("orphans.filter.sort"));
         constexpr std::array<std::pair<const char*, const char*>, 4> sorts = {
-            {{"auto", "applications.sort.automatic"}, {"name", "cli.apps.name"}, {"size", "cli.apps.size"},
+            {{"auto", "applications.sort.automatic"},
+             {"name", "cli.apps.name"},
+             {"size", "cli.apps.size"},
              {"lastUsed", "cli.apps.lastUsed"}}};
         for (const auto& [raw, key] : sorts)
             addChoice(*menu, key, preferences.homeSort.get() == raw,
@@ -154,7 +166,8 @@ std::vector<const HomeRow*> ApplicationsScreen::chosen() const {
     for (const auto& index : indexes) {
         const auto& row = list_.row(index);
         const auto isSame = [&](const HomeRow* other) { return other->app->url == row.app->url; };
-        if (row.app && std::ranges::none_of(rows, isSame)) rows.push_back(&row); // it may stand under two tags
+        if (row.app && std::ranges::none_of(rows, isSame))
+            rows.push_back(&row); // it may stand under two tags
     }
     return rows;
 }
@@ -186,7 +199,8 @@ void ApplicationsScreen::search() {
 }
 
 void ApplicationsScreen::keyPressEvent(QKeyEvent* event) {
-    const bool isText = !event->text().isEmpty() && event->text().at(0).isPrint() && event->text() != QStringLiteral(" ");
+    const bool isText =
+        !event->text().isEmpty() && event->text().at(0).isPrint() && event->text() != QStringLiteral(" ");
     if (!isText || event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
         return QWidget::keyPressEvent(event);
     search_->setFocus();
@@ -198,16 +212,21 @@ void ApplicationsScreen::update() {
     const auto phase = models_.grid.phase.get();
     const auto& inventory = models_.grid.inventory.get();
     const bool isLooking = phase == Phase::listing || phase == Phase::idle;
-    auto line = text("applications.summary %lld %@",
-                     {std::to_string(inventory.count), sizeWords(inventory.bytes, models_.texts).toStdString()});
+    auto line =
+        text("applications.summary %lld %@",
+             {std::to_string(inventory.count), sizeWords(inventory.bytes, models_.texts).toStdString()});
     if (phase == Phase::measuring) line += QStringLiteral(" · ") + text("applications.measuring");
     if (isLooking) line = text("cli.apps.progress");
     const auto missed = inventory.unreadable.size() + (inventory.leftOut > 0 ? 1 : 0);
-    if (missed > 0) line += QStringLiteral(" · ") + text("applications.unread %lld", {std::to_string(missed)});
+    if (missed > 0)
+        line += QStringLiteral(" · ") + text("applications.unread %lld", {std::to_string(missed)});
     header_->setLine(line);
-    if (inventory.count > 0) empty_->say(text("orphans.filter.empty.title"), text("orphans.filter.empty.body.filters"));
-    else if (isLooking) empty_->say(text("cli.apps.progress"), {});
-    else empty_->say(text("cli.apps.none"), text("applications.none.body"));
+    if (inventory.count > 0)
+        empty_->say(text("orphans.filter.empty.title"), text("orphans.filter.empty.body.filters"));
+    else if (isLooking)
+        empty_->say(text("cli.apps.progress"), {});
+    else
+        empty_->say(text("cli.apps.none"), text("applications.none.body"));
     content_->setCurrentWidget(models_.grid.rows.rows().empty() ? static_cast<QWidget*>(empty_) : cards_);
 }
 
@@ -219,8 +238,9 @@ void ApplicationsScreen::updateFooter() {
     count_->setText(rows.empty() ? text("applications.drop.hint")
                                  : text("report.subject.apps %lld", {std::to_string(rows.size())}));
     count_->setFont(textFont(rows.empty() ? Type::body : Type::strong));
-    sizes_->setText(rows.empty() ? QString()
-                                 : text("applications.chosen.size %@", {sizeWords(bytes, models_.texts).toStdString()}));
+    sizes_->setText(
+        rows.empty() ? QString()
+                     : text("applications.chosen.size %@", {sizeWords(bytes, models_.texts).toStdString()}));
     const bool areProtected = !rows.empty() && std::ranges::all_of(rows, &HomeRow::isProtected);
     protect_->setText(text(areProtected ? "drop.tile.unprotect" : "drop.tile.protect"));
     protect_->setVisible(!rows.empty());

@@ -15,7 +15,9 @@ namespace {
 constexpr int tileSize = 60;
 constexpr int padding = 14;
 
-int lineHeight(Type type) { return QFontMetrics(textFont(type)).height(); }
+int lineHeight(Type type) {
+    return QFontMetrics(textFont(type)).height();
+}
 
 void paintHeading(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) {
     const auto align = QStyle::visualAlignment(option.direction, Qt::AlignLeft | Qt::AlignVCenter);
@@ -33,8 +35,10 @@ void paintHeading(QPainter& painter, const QStyleOptionViewItem& option, const Q
 
 void paintGround(QPainter& painter, const QStyleOptionViewItem& option) {
     const QRectF card = option.rect;
-    if (option.state.testFlag(QStyle::State_Selected)) fillRounded(painter, card, colors()[Role::chosen], 11);
-    else if (option.state.testFlag(QStyle::State_MouseOver)) fillRounded(painter, card, colors()[Role::hover], 11);
+    if (option.state.testFlag(QStyle::State_Selected))
+        fillRounded(painter, card, colors()[Role::chosen], 11);
+    else if (option.state.testFlag(QStyle::State_MouseOver))
+        fillRounded(painter, card, colors()[Role::hover], 11);
     if (!option.state.testFlag(QStyle::State_HasFocus)) return;
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(Qt::NoBrush);
@@ -49,7 +53,8 @@ void paintTags(QPainter& painter, const QRect& line, int count) {
     const int shown = qMin(count, static_cast<int>(dots.size()));
     int x = line.center().x() - (shown * step - (step - dot)) / 2;
     for (int i = 0; i < shown; ++i, x += step)
-        fillRounded(painter, QRectF(x, line.top(), dot, dot), colors()[dots[static_cast<std::size_t>(i)]], dot / 2.0);
+        fillRounded(painter, QRectF(x, line.top(), dot, dot), colors()[dots[static_cast<std::size_t>(i)]],
+                    dot / 2.0);
 }
 
 void paintCard(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) {
@@ -64,8 +69,8 @@ void paintCard(QPainter& painter, const QStyleOptionViewItem& option, const QMod
         fillRounded(painter, badge, colors()[Role::surface], badge.width() / 2);
         paintIcon(painter, badge.adjusted(4, 4, -4, -4), QStringLiteral("lock"), colors()[Role::text]);
     }
-    QRect line(card.left() + scaled(6), static_cast<int>(place.bottom()) + scaled(9), card.width() - scaled(12),
-               lineHeight(Type::body));
+    QRect line(card.left() + scaled(6), static_cast<int>(place.bottom()) + scaled(9),
+               card.width() - scaled(12), lineHeight(Type::body));
     painter.setFont(textFont(Type::body));
     painter.setPen(colors()[Role::text]);
     painter.drawText(line, Qt::AlignCenter | Qt::TextSingleLine,
@@ -96,10 +101,13 @@ QSize CardDelegate::sizeHint(const QStyleOptionViewItem& /*option*/, const QMode
     return cardSize();
 }
 
-void CardDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+void CardDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                         const QModelIndex& index) const {
     painter->save();
-    if (index.data(HomeList::isHeading).toBool()) paintHeading(*painter, option, index);
-    else paintCard(*painter, option, index);
+    if (index.data(HomeList::isHeading).toBool())
+        paintHeading(*painter, option, index);
+    else
+        paintCard(*painter, option, index);
     painter->restore();
 }
 

@@ -15,8 +15,12 @@ namespace {
 
 constexpr int gap = 10;
 
-int stepX() { return cardSize().width() + scaled(gap); }
-int stepY() { return cardSize().height() + scaled(gap); }
+int stepX() {
+    return cardSize().width() + scaled(gap);
+}
+int stepY() {
+    return cardSize().height() + scaled(gap);
+}
 
 } // namespace
 
@@ -37,8 +41,9 @@ void CardView::setModel(QAbstractItemModel* model) {
 }
 
 const CardView::Group* CardView::groupOfRow(int row) const {
-    const auto after = std::upper_bound(groups_.begin(), groups_.end(), row,
-                                        [](int wanted, const Group& group) { return wanted < group.first - 1; });
+    const auto after =
+        std::upper_bound(groups_.begin(), groups_.end(), row,
+                         [](int wanted, const Group& group) { return wanted < group.first - 1; });
     return after == groups_.begin() ? nullptr : &*std::prev(after);
 }
 
@@ -74,7 +79,8 @@ QModelIndex CardView::indexAt(const QPoint& point) const {
 void CardView::scrollTo(const QModelIndex& index, ScrollHint /*hint*/) {
     const auto rect = visualRect(index);
     auto* bar = verticalScrollBar();
-    if (rect.top() < 0) bar->setValue(bar->value() + rect.top() - 8);
+    if (rect.top() < 0)
+        bar->setValue(bar->value() + rect.top() - 8);
     else if (rect.bottom() >= viewport()->height())
         bar->setValue(bar->value() + rect.bottom() - viewport()->height() + 9);
 }
@@ -96,7 +102,8 @@ QModelIndex CardView::moveCursor(CursorAction action, Qt::KeyboardModifiers /*mo
     case MoveEnd:
         return go(last, groups_[last].count);
     case MoveUp:
-        if (number >= columns_ || group == 0) return go(group, number >= columns_ ? number - columns_ : number);
+        if (number >= columns_ || group == 0)
+            return go(group, number >= columns_ ? number - columns_ : number);
         return go(group - 1, (groups_[group - 1].lines - 1) * columns_ + number % columns_);
     case MoveDown:
         if (number / columns_ < here->lines - 1) return go(group, number + columns_);
@@ -110,7 +117,8 @@ QModelIndex CardView::moveCursor(CursorAction action, Qt::KeyboardModifiers /*mo
     }
     const bool isForward =
         action == MoveNext || (action != MovePrevious && (action == MoveRight) != isRightToLeft());
-    if (isForward) return number + 1 < here->count || group == last ? go(group, number + 1) : go(group + 1, 0);
+    if (isForward)
+        return number + 1 < here->count || group == last ? go(group, number + 1) : go(group + 1, 0);
     return number > 0 || group == 0 ? go(group, number - 1) : go(group - 1, groups_[group - 1].count);
 }
 

@@ -44,7 +44,8 @@ QWidget* tierCard(const RemovalSummary& summary, const Texts& texts) {
         line->addWidget(parts::label(words(texts, "risk." + std::string(name(tier.risk)) + ".count %lld",
                                            {std::to_string(tier.count)})));
         line->addStretch(1);
-        if (tier.sizeText) line->addWidget(parts::label(QString::fromStdString(*tier.sizeText), Type::body, Role::second));
+        if (tier.sizeText)
+            line->addWidget(parts::label(QString::fromStdString(*tier.sizeText), Type::body, Role::second));
         layout->addLayout(line);
     }
     return card;
@@ -73,7 +74,8 @@ QStringList stepLines(const RemovalChoice& choice, const System& system) {
         auto line = QStringLiteral("%1. %2  ").arg(step.id).arg(verb) + shown(step.displayName);
         if (const auto* move = std::get_if<operation::Move>(&step.kind))
             line += QStringLiteral("  →  ") + shown(move->destination.string());
-        if (step.requiresRoot) line += QStringLiteral("  (") + words(system.texts, "cli.plan.administrator") + QLatin1Char(')');
+        if (step.requiresRoot)
+            line += QStringLiteral("  (") + words(system.texts, "cli.plan.administrator") + QLatin1Char(')');
         lines << line;
     }
     return lines;
@@ -103,13 +105,15 @@ Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Syst
     const auto title = QString::fromStdString(said.title);
     auto* sheet = new Sheet(window, title);
     addTitle(*sheet, choice, title);
-    sheet->content().addWidget(parts::paragraph(words(
-        texts, "confirm.body %lld %@", {std::to_string(summary.totalCount), summary.totalSizeText})));
+    sheet->content().addWidget(parts::paragraph(
+        words(texts, "confirm.body %lld %@", {std::to_string(summary.totalCount), summary.totalSizeText})));
     sheet->content().addWidget(tierCard(summary, texts));
     if (said.password)
-        sheet->content().addWidget(makeNotice(NoticeTone::information, {QString::fromStdString(*said.password)}));
+        sheet->content().addWidget(
+            makeNotice(NoticeTone::information, {QString::fromStdString(*said.password)}));
     if (said.permissionsReset)
-        sheet->content().addWidget(makeNotice(NoticeTone::caution, {QString::fromStdString(*said.permissionsReset)}));
+        sheet->content().addWidget(
+            makeNotice(NoticeTone::caution, {QString::fromStdString(*said.permissionsReset)}));
     if (said.permanentHeading) {
         const auto heading = QString::fromStdString(*said.permanentHeading);
         sheet->content().addWidget(parts::paragraph(heading, Type::strong, Role::sensitive));
@@ -119,17 +123,18 @@ Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Syst
         sheet->content().addWidget(readOnlyText(names, heading, 90));
     }
     auto* buttons = parts::row(nullptr, scaled(6));
-    buttons->addWidget(parts::button(words(texts, "confirm.steps"), [window, &choice, &system] {
-        openStepsSheet(window, choice, system);
-    }));
+    buttons->addWidget(parts::button(words(texts, "confirm.steps"),
+                                     [window, &choice, &system] { openStepsSheet(window, choice, system); }));
     buttons->addStretch(1);
     buttons->addWidget(parts::button(words(texts, "confirm.cancelButton"), [sheet] { sheet->cancel(); }));
     const auto answer = [sheet, confirm = std::move(confirm)] {
         sheet->close();
         confirm();
     };
-    const auto removeWords = words(texts, choice.mode() == RemovalMode::reset ? "review.reset" : "confirm.removeButton");
-    auto* remove = summary.permanent.empty() ? parts::primaryButton(removeWords, answer) : parts::button(removeWords, answer);
+    const auto removeWords =
+        words(texts, choice.mode() == RemovalMode::reset ? "review.reset" : "confirm.removeButton");
+    auto* remove = summary.permanent.empty() ? parts::primaryButton(removeWords, answer)
+                                             : parts::button(removeWords, answer);
     remove->setObjectName(QStringLiteral("confirm"));
     buttons->addWidget(remove);
     sheet->content().addLayout(buttons);
@@ -144,7 +149,8 @@ Sheet* openStepsSheet(QWidget* window, const RemovalChoice& choice, const System
     sheet->content().addWidget(readOnlyText(stepLines(choice, system), title, 360));
     auto* buttons = parts::row(nullptr);
     buttons->addStretch(1);
-    buttons->addWidget(parts::primaryButton(words(system.texts, "permissions.doneButton"), [sheet] { sheet->cancel(); }));
+    buttons->addWidget(
+        parts::primaryButton(words(system.texts, "permissions.doneButton"), [sheet] { sheet->cancel(); }));
     sheet->content().addLayout(buttons);
     sheet->open();
     return sheet;

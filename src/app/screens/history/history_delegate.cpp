@@ -11,7 +11,9 @@ namespace tidwen {
 
 namespace {
 
-int lineHeight(Type type) { return QFontMetrics(textFont(type)).height(); }
+int lineHeight(Type type) {
+    return QFontMetrics(textFont(type)).height();
+}
 
 /// The state of the run at the far side; gives its width.
 int paintBadge(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) {
@@ -23,7 +25,8 @@ int paintBadge(QPainter& painter, const QStyleOptionViewItem& option, const QMod
     const int high = painter.fontMetrics().height() + scaled(6);
     const QRect row = option.rect;
     const auto place = QStyle::visualRect(
-        option.direction, row, QRect(row.right() - wide - scaled(16), row.top() + (row.height() - high) / 2, wide, high));
+        option.direction, row,
+        QRect(row.right() - wide - scaled(16), row.top() + (row.height() - high) / 2, wide, high));
     fillRounded(painter, place, colors()[isGood ? Role::safeGround : Role::lookGround], 5);
     painter.setPen(colors()[isGood ? Role::safe : Role::look]);
     painter.drawText(place, Qt::AlignCenter | Qt::TextSingleLine, words);
@@ -36,7 +39,8 @@ QSize HistoryDelegate::sizeHint(const QStyleOptionViewItem& /*option*/, const QM
     return {scaled(200), scaled(60)};
 }
 
-void HistoryDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+void HistoryDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                            const QModelIndex& index) const {
     painter->save();
     const QRect row = option.rect.adjusted(0, scaled(2), 0, -scaled(2));
     const bool isSelected = option.state.testFlag(QStyle::State_Selected);
@@ -52,12 +56,15 @@ void HistoryDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
     const auto draw = [&](int y, Type type, Role role, const QString& words) {
         painter->setFont(textFont(type));
         painter->setPen(colors()[role]);
-        painter->drawText(at(x, y, end - x, lineHeight(type)),
-                          static_cast<int>(QStyle::visualAlignment(option.direction, Qt::AlignLeft | Qt::AlignVCenter)) | Qt::TextSingleLine,
-                          painter->fontMetrics().elidedText(words, Qt::ElideMiddle, end - x));
+        painter->drawText(
+            at(x, y, end - x, lineHeight(type)),
+            static_cast<int>(QStyle::visualAlignment(option.direction, Qt::AlignLeft | Qt::AlignVCenter))
+                | Qt::TextSingleLine,
+            painter->fontMetrics().elidedText(words, Qt::ElideMiddle, end - x));
     };
     draw(top, Type::body, Role::text, index.data().toString());
-    draw(top + lineHeight(Type::body), Type::second, Role::second, index.data(HistoryList::second).toString());
+    draw(top + lineHeight(Type::body), Type::second, Role::second,
+         index.data(HistoryList::second).toString());
     if (option.state.testFlag(QStyle::State_HasFocus)) {
         painter->setRenderHint(QPainter::Antialiasing);
         painter->setBrush(Qt::NoBrush);

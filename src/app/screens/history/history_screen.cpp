@@ -21,7 +21,11 @@ namespace tidwen {
 
 HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvironment user,
                              std::function<void(const Path&)> reveal)
-    : history_(history), texts_(texts), user_(std::move(user)), reveal_(std::move(reveal)), list_(history, texts) {
+    : history_(history),
+      texts_(texts),
+      user_(std::move(user)),
+      reveal_(std::move(reveal)),
+      list_(history, texts) {
     auto* layout = parts::column(this);
     header_ = new ScreenHeader(text("window.history"));
     layout->addWidget(header_);
@@ -58,7 +62,8 @@ QWidget* HistoryScreen::makeContent() {
     items_->setTextElideMode(Qt::ElideMiddle);
     itemNames_ = new QStringListModel(this);
     items_->setModel(itemNames_);
-    connect(items_->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] { updateFooter(); });
+    connect(items_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { updateFooter(); });
     for (auto* view : {runs_, items_}) {
         view->setFrameShape(QFrame::NoFrame);
         view->setEditTriggers(QAbstractItemView::NoEditTriggers);
@@ -113,8 +118,10 @@ void HistoryScreen::undo() {
     ItemChoice chosen;
     for (const auto& index : items_->selectionModel()->selectedIndexes())
         chosen.insert(sources_[static_cast<std::size_t>(index.row())]);
-    if (chosen.empty()) history_.undo(*entry);
-    else history_.undo(entry->root, chosen);
+    if (chosen.empty())
+        history_.undo(*entry);
+    else
+        history_.undo(entry->root, chosen);
 }
 
 void HistoryScreen::askToDelete() {
@@ -125,13 +132,15 @@ void HistoryScreen::askToDelete() {
         notices_->addWidget(makeNotice(NoticeTone::caution, {QString::fromStdString(texts_.text(*problem))}));
         return;
     }
-    const auto title = text("history.delete.title %@", {runs_->currentIndex().data().toString().toStdString()});
+    const auto title =
+        text("history.delete.title %@", {runs_->currentIndex().data().toString().toStdString()});
     auto* sheet = new Sheet(window(), title);
     sheet->content().addWidget(parts::paragraph(title, Type::sheet));
     sheet->content().addWidget(parts::paragraph(text("history.delete.message")));
     auto* buttons = parts::row(nullptr, scaled(6));
     buttons->addStretch(1);
-    buttons->addWidget(parts::primaryButton(text("history.confirm.cancelButton"), [sheet] { sheet->cancel(); }));
+    buttons->addWidget(
+        parts::primaryButton(text("history.confirm.cancelButton"), [sheet] { sheet->cancel(); }));
     buttons->addWidget(parts::button(text("history.confirm.deleteButton"), [this, sheet, chosen = *entry] {
         sheet->close();
         history_.remove({chosen});
@@ -147,8 +156,8 @@ void HistoryScreen::update() {
         bytes += entry.sizeBytes.value_or(0);
     header_->setLine(history_.isLoading.get()
                          ? text("history.loading")
-                         : text("history.total %lld %@", {std::to_string(entries.size()),
-                                                          sizeWords(bytes, texts_).toStdString()}));
+                         : text("history.total %lld %@",
+                                {std::to_string(entries.size()), sizeWords(bytes, texts_).toStdString()}));
     parts::clear(*notices_);
     if (const auto& error = history_.errorMessage.get())
         notices_->addWidget(makeNotice(NoticeTone::caution, {QString::fromStdString(*error)}));
@@ -160,10 +169,13 @@ void HistoryScreen::update() {
                                        {counts, isWhole ? QString() : shown(undo->failures.front())}));
     }
     for (const auto& run : history_.unfinishedRuns.get())
-        notices_->addWidget(makeNotice(NoticeTone::caution, {shown(run.root.lastComponent()),
-                                                             QString::fromStdString(texts_.text(run.advice()))}));
-    if (history_.unreadable.get()) empty_->say(text("history.unreadable.title"), text("history.unreadable.body"));
-    else empty_->say(text("history.empty.title"), text("history.empty.message"));
+        notices_->addWidget(
+            makeNotice(NoticeTone::caution,
+                       {shown(run.root.lastComponent()), QString::fromStdString(texts_.text(run.advice()))}));
+    if (history_.unreadable.get())
+        empty_->say(text("history.unreadable.title"), text("history.unreadable.body"));
+    else
+        empty_->say(text("history.empty.title"), text("history.empty.message"));
     content_->setCurrentIndex(entries.empty() ? 1 : 0);
     if (!entries.empty() && !current()) runs_->setCurrentIndex(list_.index(0));
     showItems();
@@ -186,7 +198,9 @@ void HistoryScreen::updateFooter() {
     const auto* entry = current();
     const bool isBusy = history_.busyEntryID.get().has_value();
     const bool areChosen = items_->selectionModel()->hasSelection();
-    undo_->setText(text(isBusy ? "home.recovery.restoring" : areChosen ? "history.undo.chosen" : "history.undoButton"));
+    undo_->setText(text(isBusy      ? "home.recovery.restoring"
+                        : areChosen ? "history.undo.chosen"
+                                    : "history.undoButton"));
     undo_->setEnabled(entry && entry->canBeUndone() && !isBusy);
     show_->setEnabled(entry != nullptr);
     delete_->setEnabled(entry && !isBusy);

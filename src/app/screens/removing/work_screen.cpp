@@ -13,8 +13,12 @@
 namespace tidwen {
 
 WorkScreen::WorkScreen(const Texts& texts, UserEnvironment user, std::function<void()> stop)
-    : texts_(texts), user_(std::move(user)), ring_(new ProgressRing), title_(parts::label({}, Type::title)),
-      step_(parts::paragraph({}, Type::second, Role::second)), note_(parts::paragraph({}, Type::second, Role::second)),
+    : texts_(texts),
+      user_(std::move(user)),
+      ring_(new ProgressRing),
+      title_(parts::label({}, Type::title)),
+      step_(parts::paragraph({}, Type::second, Role::second)),
+      note_(parts::paragraph({}, Type::second, Role::second)),
       stop_(parts::button({}, std::move(stop))) {
     stop_->setObjectName(QStringLiteral("stop"));
     auto* layout = parts::column(this, scaled(10));
@@ -36,7 +40,8 @@ void WorkScreen::show(const Words& words, const std::optional<StepProgress>& ste
     stop_->setText(words.stop);
     stop_->setEnabled(true);
     step_->setText(step ? stepWords(*step) : words.phase);
-    const auto done = step && step->total > 0 ? static_cast<double>(step->step) / static_cast<double>(step->total) : 0;
+    const auto done =
+        step && step->total > 0 ? static_cast<double>(step->step) / static_cast<double>(step->total) : 0;
     ring_->show(done);
     ring_->setAccessibleName(step_->text().isEmpty() ? words.title : step_->text());
 }
@@ -44,7 +49,8 @@ void WorkScreen::show(const Words& words, const std::optional<StepProgress>& ste
 QString WorkScreen::stepWords(const StepProgress& step) const {
     auto line = words(texts_, "work.step %lld %lld", {std::to_string(step.step), std::to_string(step.total)});
     const auto key = "cli.step." + step.kind;
-    if (const auto verb = words(texts_, key); verb != QString::fromStdString(key)) line += QStringLiteral(" · ") + verb;
+    if (const auto verb = words(texts_, key); verb != QString::fromStdString(key))
+        line += QStringLiteral(" · ") + verb;
     if (!step.item.empty()) line += QStringLiteral(" · ") + shortPath(Path(step.item), user_);
     if (step.copiedBytes > 0)
         line += QStringLiteral(", ")

@@ -24,7 +24,8 @@ constexpr std::size_t mostLines = 12; ///< of one kind; History holds the others
 
 } // namespace
 
-ReportScreen::ReportScreen(RemovalFlowModel& flow, const Texts& texts, std::function<void(const Path&)> reveal)
+ReportScreen::ReportScreen(RemovalFlowModel& flow, const Texts& texts,
+                           std::function<void(const Path&)> reveal)
     : flow_(flow), texts_(texts), reveal_(std::move(reveal)) {
     auto* layout = parts::column(this);
     auto* body = new QWidget;
@@ -56,7 +57,8 @@ ReportScreen::ReportScreen(RemovalFlowModel& flow, const Texts& texts, std::func
 QWidget* ReportScreen::makeFooter() {
     auto* footer = footerPanel();
     auto* layout = static_cast<QBoxLayout*>(footer->layout());
-    undo_ = parts::button(text("report.undo.button"), [this] { flow_.undoLast(); }, QStringLiteral("undo"));
+    undo_ = parts::button(
+        text("report.undo.button"), [this] { flow_.undoLast(); }, QStringLiteral("undo"));
     undo_->setObjectName(QStringLiteral("undo"));
     auto* done = parts::primaryButton(text("permissions.doneButton"), [this] { flow_.close(); });
     done->setObjectName(QStringLiteral("done"));
@@ -72,8 +74,10 @@ void ReportScreen::update() {
     parts::clear(*cards_);
     if (flow_.errorMessage())
         cards_->addWidget(makeNotice(NoticeTone::caution, {QString::fromStdString(*flow_.errorMessage())}));
-    if (flow_.undoReport()) showUndo(*flow_.undoReport());
-    else showReport(*report);
+    if (flow_.undoReport())
+        showUndo(*flow_.undoReport());
+    else
+        showReport(*report);
     const bool canUndo = !report->report.quarantineRoot.isRoot() && !flow_.isUndoing() && !flow_.undoReport();
     undo_->setEnabled(canUndo);
     undo_->setText(text(flow_.isUndoing() ? "home.recovery.restoring" : "report.undo.button"));
@@ -98,13 +102,16 @@ void ReportScreen::showReport(const stage::Report& stage) {
     const auto subject = shown(stage.subject.text(texts_)).toStdString();
     const auto said = reportTexts(stage.report, subject, texts_);
     const bool isClean = said.failures.empty() && !said.stopped && !stage.report.manifestFailure;
-    if (isClean) showMark("check", Role::safe, Role::safeGround);
-    else showMark("warning", Role::look, Role::lookGround);
+    if (isClean)
+        showMark("check", Role::safe, Role::safeGround);
+    else
+        showMark("warning", Role::look, Role::lookGround);
     title_->setText(QString::fromStdString(isClean ? said.summary : said.counts));
     auto counts = QString::fromStdString(said.counts);
     if (said.reclaimed) counts += QStringLiteral(" · ") + QString::fromStdString(*said.reclaimed);
     counts_->setText(counts);
-    if (said.stopped) cards_->addWidget(makeNotice(NoticeTone::caution, {QString::fromStdString(*said.stopped)}));
+    if (said.stopped)
+        cards_->addWidget(makeNotice(NoticeTone::caution, {QString::fromStdString(*said.stopped)}));
     showCard(stage);
 }
 
@@ -116,10 +123,14 @@ void ReportScreen::showCard(const stage::Report& stage) {
     card->setContentsMargins(scaled(16), scaled(14), scaled(16), scaled(14));
     std::size_t lines = 0;
     for (const auto& failure : said.failures)
-        if (lines++ < mostLines) addLine(*card, {"warning", Role::sensitive, text("report.failures.title"), shown(failure)});
+        if (lines++ < mostLines)
+            addLine(*card, {"warning", Role::sensitive, text("report.failures.title"), shown(failure)});
     if (!report.quarantineRoot.isRoot())
-        addLine(*card, {"folder", Role::second, text("report.quarantine.title"), shown(report.quarantineRoot.lastComponent())},
-                parts::button(text("history.revealButton"), [this, folder = report.quarantineRoot] { reveal_(folder); }));
+        addLine(*card,
+                {"folder", Role::second, text("report.quarantine.title"),
+                 shown(report.quarantineRoot.lastComponent())},
+                parts::button(text("history.revealButton"),
+                              [this, folder = report.quarantineRoot] { reveal_(folder); }));
     for (const auto& line : said.verification)
         addLine(*card, {said.isClean ? "check" : "warning", said.isClean ? Role::safe : Role::look,
                         text("report.verify.title"), shown(line)});
@@ -127,7 +138,8 @@ void ReportScreen::showCard(const stage::Report& stage) {
     for (const auto& remainder : report.left)
         for (const auto& item : remainder.traces)
             if (lines++ < mostLines)
-                addLine(*card, {"warning", Role::look, text("report.stays %@", {traceTitle(item.trace).toStdString()}),
+                addLine(*card, {"warning", Role::look,
+                                text("report.stays %@", {traceTitle(item.trace).toStdString()}),
                                 QString::fromStdString(texts_.text(item.describe()))});
     if (card->count() == 0) return panel->deleteLater();
     cards_->addWidget(panel);
@@ -146,13 +158,16 @@ void ReportScreen::addLine(QBoxLayout& card, const Line& line, QPushButton* butt
 
 void ReportScreen::showUndo(const UndoReport& undo) {
     const bool isWhole = undo.failures.empty();
-    if (isWhole) showMark("undo", Role::safe, Role::safeGround);
-    else showMark("warning", Role::look, Role::lookGround);
+    if (isWhole)
+        showMark("undo", Role::safe, Role::safeGround);
+    else
+        showMark("warning", Role::look, Role::lookGround);
     title_->setText(text(isWhole ? "report.undo.complete" : "report.undo.partial"));
     auto line = text("report.undo.restored %lld %lld",
                      {std::to_string(undo.restoredCount), std::to_string(undo.totalCount)});
     counts_->setText(line);
-    if (undo.mayHaveLost) cards_->addWidget(makeNotice(NoticeTone::information, {text("report.undo.permanent")}));
+    if (undo.mayHaveLost)
+        cards_->addWidget(makeNotice(NoticeTone::information, {text("report.undo.permanent")}));
     std::size_t lines = 0;
     for (const auto& failure : undo.failures)
         if (lines++ < mostLines) cards_->addWidget(makeNotice(NoticeTone::caution, {shown(failure)}));

@@ -14,8 +14,11 @@
 namespace tidwen {
 
 DetailsPane::DetailsPane(const Texts& texts, UserEnvironment user, std::function<void(const Path&)> reveal)
-    : Panel({.radius = 0, .edges = Qt::LeftEdge}), texts_(texts), user_(std::move(user)),
-      reveal_(std::move(reveal)), content_(parts::column(this, scaled(6))) {
+    : Panel({.radius = 0, .edges = Qt::LeftEdge}),
+      texts_(texts),
+      user_(std::move(user)),
+      reveal_(std::move(reveal)),
+      content_(parts::column(this, scaled(6))) {
     setFixedWidth(scaled(292));
     content_->setContentsMargins(scaled(18), scaled(20), scaled(18), scaled(18));
     setAccessibleName(words(texts_, "review.details"));
@@ -25,7 +28,8 @@ DetailsPane::DetailsPane(const Texts& texts, UserEnvironment user, std::function
 void DetailsPane::show(const Trace* trace) {
     parts::clear(*content_);
     if (!trace) {
-        content_->addWidget(parts::paragraph(words(texts_, "review.details.none"), Type::second, Role::second));
+        content_->addWidget(
+            parts::paragraph(words(texts_, "review.details.none"), Type::second, Role::second));
         content_->addStretch(1);
         return;
     }
@@ -36,10 +40,13 @@ void DetailsPane::show(const Trace* trace) {
     const auto risk = "risk." + std::string(name(trace->risk)) + ".title";
     const auto note = "review.risk." + std::string(name(trace->risk)) + ".note";
     addLine("review.details.risk", words(texts_, risk) + QStringLiteral(". ") + words(texts_, note));
-    if (const auto badge = traceBadge(*trace, texts_); !badge.isEmpty()) addLine("review.details.mark", badge);
+    if (const auto badge = traceBadge(*trace, texts_); !badge.isEmpty())
+        addLine("review.details.mark", badge);
     if (trace->sizeBytes) addLine("cli.apps.size", sizeWords(trace->sizeBytes, texts_));
-    if (const auto place = tracePlace(*trace, user_); !place.isEmpty()) addLine("review.details.where", place);
-    addLine("review.details.undo", words(texts_, "review.details.undo." + std::string(name(trace->reversibility))));
+    if (const auto place = tracePlace(*trace, user_); !place.isEmpty())
+        addLine("review.details.where", place);
+    addLine("review.details.undo",
+            words(texts_, "review.details.undo." + std::string(name(trace->reversibility))));
     if (const auto* path = movedPath(trace->action)) addButtons(*path);
     content_->addStretch(1);
 }

@@ -22,7 +22,9 @@ TraceRisk riskOf(const QModelIndex& index, int role = ReviewTree::risk) {
     return static_cast<TraceRisk>(index.data(role).toInt());
 }
 
-int lineHeight(Type type) { return QFontMetrics(textFont(type)).height(); }
+int lineHeight(Type type) {
+    return QFontMetrics(textFont(type)).height();
+}
 
 /// One row while it is painted, from its leading edge.
 class RowPainter {
@@ -63,7 +65,8 @@ class RowPainter {
 
     void paintGround() {
         const auto ground = QRectF(option_.rect).adjusted(0, 0, 0, 0);
-        if (option_.state.testFlag(QStyle::State_Selected)) fillRounded(painter_, ground, colors()[Role::chosen], 7);
+        if (option_.state.testFlag(QStyle::State_Selected))
+            fillRounded(painter_, ground, colors()[Role::chosen], 7);
         else if (option_.state.testFlag(QStyle::State_MouseOver))
             fillRounded(painter_, ground, colors()[Role::hover], 7);
         if (!option_.state.testFlag(QStyle::State_HasFocus)) return;
@@ -88,18 +91,21 @@ class RowPainter {
         paintGround();
         const auto places = ReviewDelegate::placesIn(option_.rect, index_, option_.direction);
         const bool isOpen = option_.state.testFlag(QStyle::State_Open);
-        paintIcon(painter_, places.arrow, isOpen ? QStringLiteral("chevron-down") : QStringLiteral("chevron-right"),
+        paintIcon(painter_, places.arrow,
+                  isOpen ? QStringLiteral("chevron-down") : QStringLiteral("chevron-right"),
                   colors()[Role::text]);
         paintBox();
         int x = scaled(64);
         if (kindOf(index_) == Kind::tier) {
             const int dot = scaled(10);
-            fillRounded(painter_, at(x, (height() - dot) / 2, dot, dot), colors()[roles(riskOf(index_)).mark], dot / 2.0);
+            fillRounded(painter_, at(x, (height() - dot) / 2, dot, dot), colors()[roles(riskOf(index_)).mark],
+                        dot / 2.0);
             x += scaled(20);
         }
         const auto title = index_.data().toString();
         const int size = scaled(90);
-        const int taken = qMin(QFontMetrics(textFont(Type::strong)).horizontalAdvance(title) + 2, width() - x - size);
+        const int taken =
+            qMin(QFontMetrics(textFont(Type::strong)).horizontalAdvance(title) + 2, width() - x - size);
         text(at(x, 0, taken, height()), Type::strong, Role::text, title);
         x += taken + scaled(10);
         text(at(x, 0, width() - x - size, height()), Type::second, Role::second,
@@ -118,16 +124,16 @@ class RowPainter {
         const int x = scaled(88);
         const int top = (height() - lineHeight(Type::body) - lineHeight(Type::second)) / 2;
         text(at(x, top, end - x, lineHeight(Type::body)), Type::body, Role::text, index_.data().toString());
-        text(at(x, top + lineHeight(Type::body), end - x, lineHeight(Type::second)), Type::second, Role::second,
-             index_.data(ReviewTree::second).toString());
+        text(at(x, top + lineHeight(Type::body), end - x, lineHeight(Type::second)), Type::second,
+             Role::second, index_.data(ReviewTree::second).toString());
     }
 
     /// Size, bar and badge at the far side; gives where the words must end.
     int paintFigures() {
         const int sizeWidth = scaled(64), barWidth = scaled(56), space = scaled(10);
         int x = width() - space - sizeWidth;
-        text(at(x, 0, sizeWidth, height()), Type::body, Role::second, index_.data(ReviewTree::size).toString(),
-             Qt::AlignRight);
+        text(at(x, 0, sizeWidth, height()), Type::body, Role::second,
+             index_.data(ReviewTree::size).toString(), Qt::AlignRight);
         x -= barWidth + space;
         const double share = index_.data(ReviewTree::share).toDouble();
         if (share >= 0 && width() > scaled(430)) {
@@ -164,8 +170,8 @@ ReviewDelegate::Places ReviewDelegate::placesIn(const QRect& row, const QModelIn
     if (!index.isValid()) return {};
     const int size = scaled(18), box = scaled(18);
     const auto at = [&](int x, int extent) {
-        return QStyle::visualRect(direction, row,
-                                  QRect(row.left() + x, row.top() + (row.height() - extent) / 2, extent, extent));
+        return QStyle::visualRect(
+            direction, row, QRect(row.left() + x, row.top() + (row.height() - extent) / 2, extent, extent));
     };
     const auto kind = kindOf(index);
     if (kind == Kind::group) return {};
@@ -184,7 +190,8 @@ QSize ReviewDelegate::sizeHint(const QStyleOptionViewItem& /*option*/, const QMo
     }
 }
 
-void ReviewDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+void ReviewDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                           const QModelIndex& index) const {
     painter->save();
     RowPainter(*painter, option, index).paint();
     painter->restore();

@@ -17,7 +17,8 @@ class ReviewDelegate final : public QStyledItemDelegate {
     static Places placesIn(const QRect& row, const QModelIndex& index, Qt::LayoutDirection direction);
 
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
-    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
 };
 
 } // namespace tidwen

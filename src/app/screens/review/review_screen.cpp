@@ -155,17 +155,18 @@ void ReviewScreen::showNotices() {
                  text("review.incomplete.rescan")},
                 [this] { actions_.rescan(); }));
         if (result.isProtected)
-            notices_->addWidget(makeNotice(
-                NoticeTone::caution, {QString::fromStdString(texts_.text(describeProtected(result.target)))}));
+            notices_->addWidget(
+                makeNotice(NoticeTone::caution,
+                           {QString::fromStdString(texts_.text(describeProtected(result.target)))}));
         if (result.immovable)
             notices_->addWidget(
                 makeNotice(NoticeTone::caution,
                            {QString::fromStdString(texts_.text(result.immovable->describe(result.target)))}));
         if (result.nameMatchingDisabled)
             notices_->addWidget(
-                makeNotice(NoticeTone::caution, {text("review.genericName.title"),
-                                                 text("review.genericName.body %@",
-                                                      {shown(result.target.name).toStdString()})}));
+                makeNotice(NoticeTone::caution,
+                           {text("review.genericName.title"),
+                            text("review.genericName.body %@", {shown(result.target.name).toStdString()})}));
     }
 }
 
@@ -181,8 +182,11 @@ void ReviewScreen::showSizes() {
     parts.reserve(namedParts + 1);
     std::int64_t others = 0;
     for (const auto& [category, bytes] : sorted)
-        if (parts.size() == namedParts || bytes == 0) others += bytes;
-        else parts.push_back({words(texts_, "category." + std::string(name(category))), sizeWords(bytes, texts_), bytes});
+        if (parts.size() == namedParts || bytes == 0)
+            others += bytes;
+        else
+            parts.push_back(
+                {words(texts_, "category." + std::string(name(category))), sizeWords(bytes, texts_), bytes});
     if (others > 0) parts.push_back({text("review.bar.others"), sizeWords(others, texts_), others});
     sizes_->show(std::move(parts));
 }
@@ -190,7 +194,8 @@ void ReviewScreen::showSizes() {
 void ReviewScreen::showFooter() {
     const auto& choice = flow_.choice();
     const auto& summary = choice.summary();
-    going_->setText(text("review.header.summary %lld %@", {std::to_string(summary.totalCount), summary.totalSizeText}));
+    going_->setText(
+        text("review.header.summary %lld %@", {std::to_string(summary.totalCount), summary.totalSizeText}));
     std::size_t stays = 0;
     const StayingGroup::Item* reason = nullptr;
     for (const auto& group : choice.staying())
@@ -205,7 +210,8 @@ void ReviewScreen::showFooter() {
         staying_->setText(text("review.footer.stays %lld %@", {std::to_string(stays), why.toStdString()}));
     }
     staying_->setVisible(reason != nullptr);
-    remove_->setText(text(choice.mode() == RemovalMode::reset ? "review.resetButton" : "installers.removeButton"));
+    remove_->setText(
+        text(choice.mode() == RemovalMode::reset ? "review.resetButton" : "installers.removeButton"));
     remove_->setEnabled(summary.totalCount > 0);
 }
 
@@ -216,14 +222,17 @@ void ReviewScreen::search() {
 
 void ReviewScreen::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape) {
-        if (search_->text().isEmpty()) flow_.close();
-        else search_->clear();
+        if (search_->text().isEmpty())
+            flow_.close();
+        else
+            search_->clear();
         return;
     }
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (isReturn && remove_->isEnabled() && !search_->hasFocus()) return actions_.remove();
     const bool isText = !event->text().isEmpty() && event->text().at(0).isPrint();
-    if (!isText || event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier)) return QWidget::keyPressEvent(event);
+    if (!isText || event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier))
+        return QWidget::keyPressEvent(event);
     search_->setFocus();
     search_->setText(search_->text() + event->text());
 }

@@ -25,8 +25,10 @@ ReviewView::ReviewView(QWidget* parent) : QTreeView(parent) {
 }
 
 void ReviewView::dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) {
-    if (roles.isEmpty()) QTreeView::dataChanged(first, last, roles);
-    else viewport()->update();
+    if (roles.isEmpty())
+        QTreeView::dataChanged(first, last, roles);
+    else
+        viewport()->update();
 }
 
 void ReviewView::toggleBox(const QModelIndex& index) {
@@ -52,7 +54,8 @@ void ReviewView::keyPressEvent(QKeyEvent* event) {
 }
 
 /// The delegate paints the whole row, its ground included.
-void ReviewView::drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+void ReviewView::drawRow(QPainter* painter, const QStyleOptionViewItem& option,
+                         const QModelIndex& index) const {
     QStyleOptionViewItem row = option;
     row.state.setFlag(QStyle::State_Selected, selectionModel()->isSelected(index));
     row.state.setFlag(QStyle::State_Open, isExpanded(index));

@@ -15,7 +15,9 @@ namespace {
 /// One for each part, in both appearances; words stand below each.
 constexpr std::array<QRgb, 4> partColors = {0x3f7bea, 0x9b6be8, 0xe8953a, 0x7d8796};
 
-int barHeight() { return scaled(10); }
+int barHeight() {
+    return scaled(10);
+}
 
 } // namespace
 
@@ -49,10 +51,12 @@ void SizeBar::paintEvent(QPaintEvent* /*event*/) {
     int words = 0;
     for (std::size_t i = 0; i < parts_.size(); ++i) {
         const auto& part = parts_[i];
-        const double wide = whole > 0 ? width() * static_cast<double>(part.bytes) / static_cast<double>(whole) : 0;
+        const double wide =
+            whole > 0 ? width() * static_cast<double>(part.bytes) / static_cast<double>(whole) : 0;
         const auto color = QColor::fromRgb(partColors[i % partColors.size()]);
         painter.setClipPath(clip);
-        const auto place = QStyle::visualRect(layoutDirection(), rect(), QRectF(x, 0, wide, barHeight()).toRect());
+        const auto place =
+            QStyle::visualRect(layoutDirection(), rect(), QRectF(x, 0, wide, barHeight()).toRect());
         painter.fillRect(QRectF(place).adjusted(0, 0, i + 1 < parts_.size() ? -2 : 0, 0), color);
         x += wide;
         painter.setClipping(false);
@@ -66,7 +70,10 @@ void SizeBar::paintEvent(QPaintEvent* /*event*/) {
             words += advance;
         };
         const int dot = scaled(8);
-        fillRounded(painter, QStyle::visualRect(layoutDirection(), rect(), QRect(words, top + (line - dot) / 2, dot, dot)), color, dot / 2.0);
+        fillRounded(
+            painter,
+            QStyle::visualRect(layoutDirection(), rect(), QRect(words, top + (line - dot) / 2, dot, dot)),
+            color, dot / 2.0);
         words += dot + scaled(5);
         draw(Type::section, Role::text, part.title);
         words += scaled(4);

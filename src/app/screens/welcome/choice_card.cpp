@@ -19,7 +19,8 @@ ChoiceCard::ChoiceCard(QString icon, const QString& title, const QString& senten
 }
 
 QSize ChoiceCard::sizeHint() const {
-    return {scaled(230), scaled(72) + QFontMetrics(textFont(Type::strong)).height() + 2 * QFontMetrics(textFont(Type::second)).height()};
+    return {scaled(230), scaled(72) + QFontMetrics(textFont(Type::strong)).height()
+                             + 2 * QFontMetrics(textFont(Type::second)).height()};
 }
 
 void ChoiceCard::paintEvent(QPaintEvent* /*event*/) {
@@ -29,11 +30,13 @@ void ChoiceCard::paintEvent(QPaintEvent* /*event*/) {
     painter.setPen(hasFocus() ? QPen(colors()[Role::accent], 2) : QPen(colors()[Role::line], 1));
     painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 11, 11);
     const int edge = scaled(20), icon = scaled(18), inner = width() - 2 * edge;
-    paintIcon(painter, QStyle::visualRect(layoutDirection(), rect(), QRect(edge, edge, icon, icon)), icon_, colors()[Role::accent]);
+    paintIcon(painter, QStyle::visualRect(layoutDirection(), rect(), QRect(edge, edge, icon, icon)), icon_,
+              colors()[Role::accent]);
     const auto draw = [&](int y, int high, Type type, Role role, const QString& words) {
         painter.setFont(textFont(type));
         painter.setPen(colors()[role]);
-        painter.drawText(QRect(edge, y, inner, high), Qt::AlignLeading | Qt::AlignTop | Qt::TextWordWrap, words);
+        painter.drawText(QRect(edge, y, inner, high), Qt::AlignLeading | Qt::AlignTop | Qt::TextWordWrap,
+                         words);
     };
     const int title = QFontMetrics(textFont(Type::strong)).height();
     const int y = edge + icon + scaled(12);

@@ -18,15 +18,18 @@ WelcomeScreen::WelcomeScreen(const Texts& texts, Actions actions)
     auto* title = parts::label(words(texts, "welcome.title"), Type::title);
     auto* sentence = parts::paragraph(words(texts, "welcome.sentence"), Type::body, Role::second);
     sentence->setFixedWidth(scaled(420));
-    auto* open = new ChoiceCard(QStringLiteral("disk"), words(texts, "welcome.open"), words(texts, "welcome.open.body"));
-    auto* sample = new ChoiceCard(QStringLiteral("applications"), words(texts, "welcome.sample"), words(texts, "welcome.sample.body"));
+    auto* open = new ChoiceCard(QStringLiteral("disk"), words(texts, "welcome.open"),
+                                words(texts, "welcome.open.body"));
+    auto* sample = new ChoiceCard(QStringLiteral("applications"), words(texts, "welcome.sample"),
+                                  words(texts, "welcome.sample.body"));
     connect(open, &QAbstractButton::clicked, this, [act = std::move(actions.open)] { act(); });
     connect(sample, &QAbstractButton::clicked, this, [act = std::move(actions.sample)] { act(); });
     auto* row = parts::row(choices_, scaled(14));
     row->addWidget(open);
     row->addWidget(sample);
     auto* picture = new QLabel;
-    picture->setPixmap(iconPixmap(QStringLiteral("tidwen"), scaled(84), colors()[Role::text], devicePixelRatioF()));
+    picture->setPixmap(
+        iconPixmap(QStringLiteral("tidwen"), scaled(84), colors()[Role::text], devicePixelRatioF()));
     layout->addStretch(2);
     layout->addWidget(picture, 0, Qt::AlignHCenter);
     for (auto* label : {title, sentence, said_})
