@@ -57,7 +57,7 @@ QString HomeList::secondLine(const HomeRow& row) const {
     QStringList parts;
     if (!row.app) {
         parts << QString::number(row.count);
-        if (row.bytes > 0) parts << sizeWords(row.bytes, texts_);
+        if (row.size.isKnown) parts << sizeWords(row.size.bytes, texts_);
     } else {
         if (row.app->sizeBytes) parts << sizeWords(row.app->sizeBytes, texts_);
         if (const auto used = describeLastUse(*row.app, clock_.now()))

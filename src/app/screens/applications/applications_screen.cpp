@@ -214,7 +214,7 @@ void ApplicationsScreen::update() {
     const bool isLooking = phase == Phase::listing || phase == Phase::idle;
     auto line =
         text("applications.summary %lld %@",
-             {std::to_string(inventory.count), sizeWords(inventory.bytes, models_.texts).toStdString()});
+             {std::to_string(inventory.count), sizeWords(inventory.size.bytes, models_.texts).toStdString()});
     if (phase == Phase::measuring) line += QStringLiteral(" · ") + text("applications.measuring");
     if (isLooking) line = text("cli.apps.progress");
     const auto missed = inventory.unreadable.size() + (inventory.leftOut > 0 ? 1 : 0);

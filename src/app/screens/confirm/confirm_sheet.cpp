@@ -44,8 +44,8 @@ QWidget* tierCard(const RemovalSummary& summary, const Texts& texts) {
         line->addWidget(parts::label(words(texts, "risk." + std::string(name(tier.risk)) + ".count %lld",
                                            {std::to_string(tier.count)})));
         line->addStretch(1);
-        if (tier.sizeText)
-            line->addWidget(parts::label(QString::fromStdString(*tier.sizeText), Type::body, Role::second));
+        if (const auto size = tier.sizeText(texts))
+            line->addWidget(parts::label(QString::fromStdString(*size), Type::body, Role::second));
         layout->addLayout(line);
     }
     return card;
@@ -105,8 +105,8 @@ Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Syst
     const auto title = QString::fromStdString(said.title);
     auto* sheet = new Sheet(window, title);
     addTitle(*sheet, choice, title);
-    sheet->content().addWidget(parts::paragraph(
-        words(texts, "confirm.body %lld %@", {std::to_string(summary.totalCount), summary.totalSizeText})));
+    sheet->content().addWidget(parts::paragraph(words(
+        texts, "confirm.body %lld %@", {std::to_string(summary.totalCount), summary.totalSizeText(texts)})));
     sheet->content().addWidget(tierCard(summary, texts));
     if (said.password)
         sheet->content().addWidget(

@@ -44,7 +44,7 @@ HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvi
     follow(history_.unreadable);
     follow(history_.busyEntryID);
     follow(history_.lastUndo);
-    follow(history_.errorMessage);
+    follow(history_.error);
     update();
 }
 
@@ -159,14 +159,15 @@ void HistoryScreen::update() {
                          : text("history.total %lld %@",
                                 {std::to_string(entries.size()), sizeWords(bytes, texts_).toStdString()}));
     parts::clear(*notices_);
-    if (const auto& error = history_.errorMessage.get())
+    if (const auto error = history_.errorMessage())
         notices_->addWidget(makeNotice(NoticeTone::caution, {QString::fromStdString(*error)}));
     if (const auto& undo = history_.lastUndo.get()) {
         const bool isWhole = undo->failures.empty();
         const auto counts = text("report.undo.restored %lld %lld",
                                  {std::to_string(undo->restoredCount), std::to_string(undo->totalCount)});
-        notices_->addWidget(makeNotice(isWhole ? NoticeTone::information : NoticeTone::caution,
-                                       {counts, isWhole ? QString() : shown(undo->failures.front())}));
+        notices_->addWidget(
+            makeNotice(isWhole ? NoticeTone::information : NoticeTone::caution,
+                       {counts, isWhole ? QString() : shown(undo->failures.front().text(texts_))}));
     }
     for (const auto& run : history_.unfinishedRuns.get())
         notices_->addWidget(

@@ -170,7 +170,8 @@ void ReportScreen::showUndo(const UndoReport& undo) {
         cards_->addWidget(makeNotice(NoticeTone::information, {text("report.undo.permanent")}));
     std::size_t lines = 0;
     for (const auto& failure : undo.failures)
-        if (lines++ < mostLines) cards_->addWidget(makeNotice(NoticeTone::caution, {shown(failure)}));
+        if (lines++ < mostLines)
+            cards_->addWidget(makeNotice(NoticeTone::caution, {shown(failure.text(texts_))}));
 }
 
 void ReportScreen::keyPressEvent(QKeyEvent* event) {

@@ -194,8 +194,8 @@ void ReviewScreen::showSizes() {
 void ReviewScreen::showFooter() {
     const auto& choice = flow_.choice();
     const auto& summary = choice.summary();
-    going_->setText(
-        text("review.header.summary %lld %@", {std::to_string(summary.totalCount), summary.totalSizeText}));
+    going_->setText(text("review.header.summary %lld %@",
+                         {std::to_string(summary.totalCount), summary.totalSizeText(texts_)}));
     std::size_t stays = 0;
     const StayingGroup::Item* reason = nullptr;
     for (const auto& group : choice.staying())
