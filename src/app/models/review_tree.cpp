@@ -138,7 +138,7 @@ QVariant ReviewTree::data(const QModelIndex& index, int role) const {
     default:
         break;
     }
-    if (node.trace) return itemData(node, role);
+    if (node.trace) return traceData(node, role);
     if (role == Qt::DisplayRole)
         return node.kind == Kind::application ? shown(node.title) : QString::fromStdString(node.title);
     if (role == second && (node.kind == Kind::tier || node.kind == Kind::application))
@@ -147,7 +147,7 @@ QVariant ReviewTree::data(const QModelIndex& index, int role) const {
     return {};
 }
 
-QVariant ReviewTree::itemData(const Node& node, int role) const {
+QVariant ReviewTree::traceData(const Node& node, int role) const {
     const auto& trace = *node.trace;
     const bool isManual = std::holds_alternative<action::Guidance>(trace.action);
     switch (role) {

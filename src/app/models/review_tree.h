@@ -58,7 +58,7 @@ class ReviewTree final : public QAbstractItemModel {
         return nodes_[static_cast<std::size_t>(index.internalId())];
     }
     void collect(const Node& node, std::vector<Uuid>& ids) const;
-    QVariant itemData(const Node& node, int role) const;
+    QVariant traceData(const Node& node, int role) const;
     QVariant checkState(const Node& node) const;
     QString spoken(const QModelIndex& index) const;
 
