@@ -5,6 +5,7 @@
 #include "cli/labels.h"
 #include "cli/selection.h"
 #include "cli/table.h"
+#include "scan/applications/protected_apps.h"
 
 #include <algorithm>
 
@@ -79,14 +80,17 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     }
     auto orphans = session.findOrphans();
     if (!orphans) return ExitStatus::refused;
+    const auto unknown = ProtectedApps(mac.system.defaults).problem();
+    if (unknown) context.refuse(*unknown);
     const bool isNarrowed = filter->isActive() && !orphans->groups.empty();
     const bool isComplete = orphans->isComplete();
     if (filter->isActive()) narrow(*orphans, *filter);
     if (context.arguments.json)
-        json::write(*orphans, [&](std::string_view piece) { context.console.document(piece); });
+        json::write(*orphans, !unknown, [&](std::string_view piece) { context.console.document(piece); });
     else
         print(*orphans, isNarrowed, context);
-    return isComplete ? ExitStatus::done : ExitStatus::someFailed;
+    if (unknown && !context.arguments.json) context.console.line(context.text("cli.scan.takenUnknown"));
+    return isComplete && !unknown ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 std::vector<OptionSyntax> options() {

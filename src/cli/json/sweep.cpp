@@ -24,7 +24,7 @@ Value object(const SweepGap& gap) {
 
 } // namespace
 
-void write(const OrphanScanResult& orphans, const JsonStream::Sink& sink) {
+void write(const OrphanScanResult& orphans, bool selectsDefaults, const JsonStream::Sink& sink) {
     JsonStream out(sink);
     out.beginObject();
     out.key("groups");
@@ -39,7 +39,7 @@ void write(const OrphanScanResult& orphans, const JsonStream::Sink& sink) {
         out.beginArray();
         for (const auto& trace : group.traces) {
             Value fields = value(trace);
-            fields["isSelectedByDefault"] = takenByDefault(trace);
+            fields["isSelectedByDefault"] = selectsDefaults && takenByDefault(trace);
             out.value(fields);
         }
         out.end();

@@ -136,6 +136,9 @@ class BadInput(VolumeTest):
                 with self.subTest(damage=damage, words=words):
                     self.refuse(*words, saying="ettings")
             self.assertNotIn("[x]", self.call("scan", "Pantry", status=1).output)
+            found = self.call("orphans", "--json", status=1)
+            self.assertIn("ettings", found.errors)
+            self.assertEqual([t for g in found.json["groups"] for t in g["traces"] if t["isSelectedByDefault"]], [])
             self.call("history")
         self.assertEqual(snapshot(self.volume), before)
 
