@@ -179,13 +179,28 @@ std::vector<std::string_view> CommandSyntax::actionWords() const {
 
 namespace {
 
-/// "help" and "help COMMAND".
-std::optional<EarlyExit> helpFor(int count, const char* const* words, const Exits& exits) {
-    if (count < 2 || std::string_view(words[1]) != "help") return std::nullopt;
-    if (count > 3) return exits.wrong({"cli.usage.tooMany %@", {words[3]}}, nullptr);
-    if (count == 2 || std::string_view(words[2]) == "help") return exits.help(nullptr);
-    const auto* command = find(exits.commands(), words[2]);
-    return command ? exits.help(command) : exits.noCommand(words[2]);
+/// "help" and "help COMMAND", among options of every command.
+std::optional<EarlyExit> helpFor(const char* const* word, const char* const* end, const Exits& exits) {
+    std::vector<std::string> named;
+    for (; word != end; ++word) {
+        const std::string text(*word);
+        if (!text.starts_with('-')) {
+            named.push_back(text);
+            if (named.front() != "help") return std::nullopt;
+            continue;
+        }
+        const auto name = text.substr(0, text.find('='));
+        const auto* option = findOption(nullptr, name == "-h" ? "--help" : name);
+        if (!option && named.empty()) return std::nullopt;
+        if (!option) return exits.noOption(text, nullptr);
+        const bool hasValueBehind = !option->valueName.empty() && name.size() == text.size();
+        if (hasValueBehind && word + 1 != end) ++word;
+    }
+    if (named.empty()) return std::nullopt;
+    if (named.size() > 2) return exits.wrong({"cli.usage.tooMany %@", {named[2]}}, nullptr);
+    if (named.size() == 1 || named[1] == "help") return exits.help(nullptr);
+    const auto* command = find(exits.commands(), named[1]);
+    return command ? exits.help(command) : exits.noCommand(named[1]);
 }
 
 } // namespace
@@ -196,7 +211,6 @@ tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* 
     const Exits exits(commands, texts);
     Arguments result;
     result.program = count > 0 ? words[0] : "tidwen";
-    if (auto help = helpFor(count, words, exits)) return tl::unexpected(std::move(*help));
     CLI::App app("", "tidwen");
     app.set_help_flag("-h,--help");
     app.require_subcommand(0, 1);
@@ -220,6 +234,7 @@ tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* 
     const auto* const mark = std::find_if(words, end, [](std::string_view word) { return word == "--"; });
     if (auto wrong = wrongValue(words + std::min(count, 1), mark, exits))
         return tl::unexpected(std::move(*wrong));
+    if (auto help = helpFor(words + std::min(count, 1), mark, exits)) return tl::unexpected(std::move(*help));
     try {
         app.parse(static_cast<int>(mark - words), words);
     } catch (const CLI::ParseError& error) {

@@ -93,6 +93,7 @@ std::string program(const std::vector<CommandSyntax>& commands, const Texts& tex
         if (!syntax.isHidden)
             summaries.emplace_back(std::string(syntax.name) + " " + operands(syntax),
                                    texts.text(syntax.summary));
+    summaries.emplace_back("help [COMMAND]", texts.text("cli.help.help"));
     return texts.text("cli.help.program") + "\n\n" + call(texts)
            + rendered(texts.text("cli.help.commands"), summaries)
            + rendered(texts.text("cli.help.globalOptions"), rows(globalOptions(), texts))
