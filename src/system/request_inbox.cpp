@@ -2,6 +2,7 @@
 
 #include "base/json.h"
 #include "base/text.h"
+#include "platform/file_absence.h"
 #include "platform/unfinished_names.h"
 
 #include <algorithm>
@@ -67,11 +68,13 @@ struct RequestInbox::Taken {
 
 RequestInbox::Listing RequestInbox::list() const {
     const auto requests = folder();
-    const auto place = requests ? files_.info(*requests) : FileResult<FileInfo>();
-    if (!requests || !place || place->kind != FileKind::directory) return {};
+    if (!requests) return {};
+    const auto place = files_.info(*requests);
+    if (!place) return {.isClosed = !isAbsence(place.error())};
+    if (place->kind != FileKind::directory) return {};
     const auto entries = files_.list(*requests);
+    if (!entries) return {.isClosed = !isAbsence(entries.error())};
     Listing found;
-    if (!entries) return found;
     for (const auto& entry : *entries) {
         if (!entry.name.ends_with(".json")
             || (entry.kind != FileKind::regular && entry.kind != FileKind::symbolicLink))
@@ -88,7 +91,7 @@ std::size_t RequestInbox::waiting() const {
 
 RequestInbox::Drained RequestInbox::drain() {
     Taken taken;
-    const auto [files, unfinished] = list();
+    const auto [files, unfinished, isClosed] = list();
     for (const auto& each : unfinished) // left by a kill; one that is still being written stays
         files_.dropUnfinishedReplacement(each.parent()
                                          / each.lastComponent().substr(unfinishedReplacementPrefix.size()));
@@ -97,7 +100,8 @@ RequestInbox::Drained RequestInbox::drain() {
         take(file, taken);
     }
     taken.drained.waiting = files.size() - taken.files;
-    if (taken.files == 0) return {};
+    taken.drained.isClosed = isClosed;
+    if (taken.files == 0) return std::move(taken.drained);
     if (taken.drained.paths.empty())
         log_.info("Finder request dropped: nothing at the paths it named");
     else

@@ -72,6 +72,7 @@ class RequestInbox {
         std::size_t unreadable = 0;       ///< files that were not requests, or could not be removed
         std::size_t taken = 0;            ///< files removed
         std::size_t waiting = 0;          ///< requests beyond the limits, for the next drain
+        bool isClosed = false;            ///< the folder may hold requests, but could not be read
 
         bool isEmpty() const { return paths.empty() && refused.empty() && unreadable == 0; }
     };
@@ -91,6 +92,7 @@ class RequestInbox {
     struct Listing {
         std::vector<Path> requests = {};
         std::vector<Path> unfinished = {}; ///< not posted yet: still being written, or never finished
+        bool isClosed = false;             ///< the folder could not be read
     };
     Listing list() const;
     void take(const Path& file, Taken& taken);

@@ -71,6 +71,12 @@ TEST_F(Inbox, DropsWhatIsNoRequest) {
     EXPECT_TRUE(volume.exists("/elsewhere/x.json"));
 }
 
+TEST_F(Inbox, TellsAFolderThatCannotBeReadFromAnEmptyOne) {
+    EXPECT_FALSE(inbox.drain().isClosed) << "no folder";
+    volume.link(container, container); // leads to itself
+    EXPECT_TRUE(inbox.drain().isClosed);
+}
+
 TEST_F(Inbox, LeavesARequestThatIsStillBeingWritten) {
     volume.makeFolder("/A.app");
     const auto unfinished = file(".tidwen-new-one.json");

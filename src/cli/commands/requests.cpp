@@ -10,7 +10,8 @@ namespace tidwen {
 namespace {
 
 ExitStatus drain(const CommandContext& context, Mac& mac) {
-    const auto drained = requestInbox(context, mac).drain();
+    auto inbox = requestInbox(context, mac);
+    const auto drained = inbox.drain();
     const auto judged = judgeRequest(drained.paths, context, mac);
     if (context.arguments.json) {
         std::vector<Path> applications;
@@ -19,16 +20,18 @@ ExitStatus drain(const CommandContext& context, Mac& mac) {
             applications.push_back(target.bundleURL);
         context.console.document(json::requestsDocument(applications));
     } else {
-        if (drained.isEmpty()) context.console.line(context.text("cli.requests.none"));
+        if (drained.isEmpty() && !drained.isClosed) context.console.line(context.text("cli.requests.none"));
         for (const auto& target : judged.targets)
             context.console.line(
                 {{target.name, Style::strong}, {"  " + target.bundleURL.string(), Style::faint}});
     }
     reportRefused(drained, context);
+    if (const auto folder = inbox.folder(); drained.isClosed && folder)
+        context.error({"cli.unreadable %@", {folder->string()}});
     if (drained.waiting > 0)
         context.console.error(context.text("cli.requests.waiting %lld", {std::to_string(drained.waiting)}));
     const bool isAll = !judged.someRefused && drained.refused.empty() && drained.unreadable == 0;
-    return isAll && drained.waiting == 0 ? ExitStatus::done : ExitStatus::someFailed;
+    return isAll && drained.waiting == 0 && !drained.isClosed ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 /// Posts like the Services menu item: a running `watch`, or the next `drain`, handles the request.
