@@ -6,6 +6,10 @@
 
 namespace tidwen {
 
+bool missesItems(const Manifest& run) {
+    return std::ranges::any_of(run.entries, &ManifestEntry::isMissing);
+}
+
 std::optional<std::string> undoCommandLine(const Path& root, const CommandContext& context, const Mac& mac) {
     const auto history = loadHistory(mac.system.user, mac.system.files, false);
     const auto found = std::ranges::find_if(history, [&](const auto& entry) { return entry.root == root; });

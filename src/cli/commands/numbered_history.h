@@ -11,6 +11,9 @@ namespace tidwen {
 /// The command line that undoes the run in `root`; absent if there is nothing to put back.
 std::optional<std::string> undoCommandLine(const Path& root, const CommandContext& context, const Mac& mac);
 
+/// Whether recovery found items of the run neither in quarantine nor in their old places.
+bool missesItems(const Manifest& run);
+
 /// Reports what a loaded history cannot show: runs that wait for `recover`, those of another running process,
 /// or all of them.
 void mentionInterruptedRuns(const CommandContext& context, const TerminalHistory& history);

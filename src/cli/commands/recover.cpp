@@ -25,7 +25,8 @@ void print(const Manifest& manifest, const CommandContext& context, const Mac& m
         {labels::names(manifest.apps), displayDate(manifest.createdAt),
          context.text("history.row.items %lld", {std::to_string(entry ? entry->pendingMoves : 0)})}));
     if (const auto undo = undoCommandLine(manifest.quarantineRoot, context, mac))
-        context.console.verbatim(context.text("cli.undo.hint %@", {*undo}));
+        context.console.verbatim(
+            context.text(missesItems(manifest) ? "cli.undo.hintRest %@" : "cli.undo.hint %@", {*undo}));
 }
 
 void error(const UnfinishedRun& run, const CommandContext& context, const Mac& mac) {

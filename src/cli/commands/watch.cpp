@@ -73,9 +73,17 @@ class WatchSession {
             note("home.recovery.title %@", {labels::names(notice.manifest.apps)});
             for (const auto& item : notice.unsettled)
                 note("failure.moveUnfinished %@", {item});
+            tellOfMissing(notice.manifest);
             if (const auto undo = undoCommandLine(notice.manifest.quarantineRoot, context_, mac_))
-                advise("cli.undo.hint %@", *undo);
+                advise(missesItems(notice.manifest) ? "cli.undo.hintRest %@" : "cli.undo.hint %@", *undo);
         }
+    }
+
+    void tellOfMissing(const Manifest& run) const {
+        if (!missesItems(run)) return;
+        note("cli.recover.missing");
+        for (const auto& entry : run.entries)
+            if (entry.isMissing) note("%@", {"  " + entry.source});
     }
 
     void askForPermission() {

@@ -83,6 +83,17 @@ class Watching(VolumeTest):
         Watcher(self, "--verbose").line("Automatic purge removed 1 ")
         self.assertFalse(manifest.parent.exists())
 
+    def test_what_its_recovery_found_nowhere_is_named(self):
+        root = self.volume / self.call("remove", "Quillpad", "--yes", "--json").json["quarantineRoot"][1:]
+        manifest = json.loads((root / "tidwen-manifest.json").read_text())
+        (root / "tidwen-journal.json").write_text(json.dumps(
+            {"version": 1, "planned": manifest["entries"],
+             **{key: manifest[key] for key in ("createdAt", "quarantineRoot", "apps")}}))
+        (root / "tidwen-manifest.json").unlink()
+        taken = next(entry for entry in manifest["entries"] if entry["kind"] == "move")
+        (self.volume / taken["destination"][1:]).rename(self.base / "taken out")
+        self.assertIn(f"tidwen:   {taken['source']}\n", Watcher(self).line("To put back what is there: "))
+
     def test_the_setting_rules_what_starts_at_login(self):
         watcher = Watcher(self)
         watcher.line("settings set catchTrashedApps true")
