@@ -17,14 +17,22 @@ namespace tidwen {
 
 namespace {
 
+bool hasPermissions(const std::string& bundleID, const CommandContext& context, const Mac& mac) {
+    const auto& system = mac.system;
+    return !bundleID.empty()
+           && !PermissionAudit(system.files, system.user, context.texts)
+                   .audit(bundleID, Path())
+                   .grants.empty();
+}
+
 std::optional<AppTarget> findTarget(const CommandContext& context, Mac& mac, const std::string& word) {
     const auto& system = mac.system;
     const auto installed = readIdentities(system.files, findApplicationBundles(system.files, system.user));
     const ApplicationFinder finder(system.files, installed, HostPaths(mac.volume));
     // Inspecting permissions changes nothing, so protected applications are accepted.
     const auto path = finder.find(word);
-    // macOS keeps the permissions of removed applications.
-    if (!path && isIdentifier(word)) {
+    // macOS keeps the permissions of removed applications. Their identifiers may have any form.
+    if (!path && (isIdentifier(word) || hasPermissions(word, context, mac))) {
         context.error({"cli.permissions.absent %@", {word}});
         AppTarget gone;
         gone.bundleID = word;
