@@ -10,6 +10,7 @@
 #include "sweep/location_sweep.h"
 
 #include <algorithm>
+#include <map>
 
 namespace tidwen {
 
@@ -145,13 +146,16 @@ class StartupSession {
 
     void print() {
         const auto& result = model_.result.get();
+        std::map<std::string, std::size_t> uses;
+        for (const auto& item : result.items)
+            ++uses[item.label];
         for (const auto& [part, key] :
              {std::pair(StartupSection::orphans, "startup.section.orphans"),
               std::pair(StartupSection::unattributed, "startup.section.unattributed"),
               std::pair(StartupSection::owned, "startup.section.owned")}) {
             Table table;
             for (const auto& item : result.items)
-                if (section(item) == part) table.add(row(item));
+                if (section(item) == part) table.add(row(item, uses[item.label] > 1));
             if (table.empty()) continue;
             context_.console.line(context_.text(key), Style::strong);
             table.print(context_.console, 2);
@@ -162,14 +166,16 @@ class StartupSession {
         if (result.items.empty()) context_.console.line(context_.text("startup.empty.title"));
     }
 
-    std::vector<StyledText> row(const StartupItem& item) const {
+    /// `isShared`: another job has the same label, so only the path tells them apart.
+    std::vector<StyledText> row(const StartupItem& item, bool isShared) const {
         const auto state = model_.switchState(item);
         const bool isOff = model_.disabled.get().contains(item.id());
         return {{context_.text("cli.startup.state." + std::string(isOff ? "off" : name(state))),
                  isOff ? Style::caution : Style::faint},
                 {item.label, Style::strong},
                 {item.isSystemDomain ? context_.text("startup.badge.daemon") : "", Style::faint},
-                {model_.ownerText(item), Style::faint}};
+                {model_.ownerText(item), Style::faint},
+                {isShared ? item.id() : "", Style::faint}};
     }
 
     const CommandContext& context_;

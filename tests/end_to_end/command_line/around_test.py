@@ -7,6 +7,7 @@ import plistlib
 import pwd
 import re
 import shutil
+import sqlite3
 import subprocess
 import sys
 from pathlib import Path
@@ -172,6 +173,11 @@ class Around(VolumeTest):
         for action, state in [("off", "off"), ("on", "on")]:
             self.call("startup", action, job)
             self.assertEqual(states()[job], state)
+        twin = f"{job.removesuffix('.plist')}-twin.plist"
+        shutil.copy(f"{self.volume}{job}", f"{self.volume}{twin}")
+        lines = self.call("startup", "list").output.splitlines()
+        self.assertEqual({line.split()[-1] for line in lines if ".plist" in line},
+                         {job, twin}, "the paths of one label's jobs, and no others")
         items = self.call("startup", "list", "--json").json["items"]
         gone = [item["label"] for item in items if item["owner"]["kind"] == "missing"]
         self.assertTrue(gone)
@@ -217,6 +223,15 @@ class Around(VolumeTest):
         self.assertTrue(grants, "macOS keeps them of an application that is gone")
         self.call("permissions", "revoke", "io.pantryapp.Pantry", "--yes")
         database = self.home / "Library/Application Support/com.apple.TCC/TCC.db"
+        own = shutil.copy(database, self.base / "TCC.db")
+        os.replace(own, database)
+        rows = sqlite3.connect(database)
+        rows.execute("UPDATE access SET client = 'com.gone.plugin' WHERE client = 'com.marlinworks.notes'")
+        rows.commit()
+        rows.close()
+        self.assertTrue(self.call("permissions", "show", "com.gone.plugin", "--json").json["grants"], "of any form")
+        self.call("permissions", "revoke", "com.gone.plugin", "--yes")
+        self.refuse("permissions", "show", "com.never.plugin", saying="name or identifier")
         database.unlink()
         database.write_text("garbage")
         for words in (["show"], ["show", "Kip"], ["revoke", "Kip", "--yes"]):
@@ -271,6 +286,15 @@ class Around(VolumeTest):
             watching.terminate()
             watching.communicate(timeout=60)
         self.assertEqual(watching.returncode, 0)
+
+    def test_an_inbox_that_cannot_be_read_is_not_called_empty(self):
+        inbox = self.home / "Library/Group Containers/C7RVL2A9TD.com.corvella.tidwen"
+        shutil.rmtree(inbox, ignore_errors=True)
+        inbox.parent.mkdir(exist_ok=True)
+        inbox.symlink_to(inbox.name)
+        run = self.call("requests", "drain", status=1)
+        self.assertEqual(run.output, "")
+        self.assertIn(f"{inbox.name}/requests", run.errors)
 
     def test_wrong_words_are_refused(self):
         job = self.call("startup", "list", "--json").json["items"][-1]["label"]
