@@ -25,6 +25,7 @@ struct Remainder {
     AppTarget target;
     std::vector<StayingTrace> traces;
     Reach reach = Reach::search;
+    bool receiptsStandAlone = false; ///< as in `OrphanGroup`
 };
 
 } // namespace tidwen

@@ -46,7 +46,9 @@ Findings::Findings(const Swept& swept)
         AppTarget gone;
         gone.bundleID = group.bundleID;
         gone.name = group.name;
-        groups_.push_back({std::move(gone), group.traces});
+        groups_.push_back({.target = std::move(gone),
+                           .traces = group.traces,
+                           .receiptsStandAlone = group.receiptsStandAlone});
     }
     index();
 }

@@ -34,7 +34,8 @@ bool isClaimed(const StayingTrace& item) {
 
 bool isFoundAgain(const Remainder& left, const FileSystem& files) {
     const Path& bundle = left.target.bundleURL;
-    return bundle.isRoot() ? !std::ranges::all_of(left.traces, isReceipt) : files.exists(bundle);
+    if (!bundle.isRoot()) return files.exists(bundle);
+    return left.receiptsStandAlone || !std::ranges::all_of(left.traces, isReceipt);
 }
 
 } // namespace

@@ -60,7 +60,9 @@ std::vector<Remainder> RemovalChoice::remainders() const {
     std::vector<Remainder> left;
     left.reserve(staying_.size());
     for (const auto& each : staying_) {
-        left.push_back({.target = each.group->target, .traces = {}});
+        left.push_back({.target = each.group->target,
+                        .traces = {},
+                        .receiptsStandAlone = each.group->receiptsStandAlone});
         left.back().traces.reserve(each.items.size());
         for (const auto& item : each.items) {
             left.back().traces.push_back({*item.trace, item.reason});

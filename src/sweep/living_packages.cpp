@@ -138,6 +138,8 @@ LivingPackages listLivingPackages(const FileSystem& files, const Receipts& recei
             packages.identifiers.push_back(std::move(identifier));
         else if (life == Life::lost)
             packages.lost.insert(std::move(identifier));
+        else if (life == Life::leftovers)
+            packages.leaving.insert(std::move(identifier));
     }
     return packages;
 }

@@ -17,6 +17,7 @@ class KnownOwners;
 struct LivingPackages {
     std::vector<std::string> identifiers; ///< some of their files are still in use
     std::set<std::string> lost;           ///< they installed an application, and none of their files exists
+    std::set<std::string> leaving;        ///< likewise, but leftovers exist that the sweep finds
     std::vector<Path> unreadable = {};    ///< unreadable parts of the receipts, whose files may exist
 };
 

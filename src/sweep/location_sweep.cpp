@@ -32,14 +32,14 @@ void measureTraces(const FileSystem& files, std::vector<Trace>& traces, const St
 
 LocationSweep::LocationSweep(const OrphanScanner::Ports& ports, const BudgetedFiles& files,
                              const UserEnvironment& user, const KnownOwners& owners,
-                             const std::set<std::string>& lostPackages, OwnerJudge& judge,
+                             const LivingPackages& packages, OwnerJudge& judge,
                              const std::vector<SweepGap>& gaps, const StopToken& stop)
     : ports_(ports),
       files_(files),
       user_(user),
       policy_(user, ports.files),
       owners_(owners),
-      lostPackages_(lostPackages),
+      packages_(packages),
       judge_(judge),
       gaps_(gaps),
       stop_(stop) {}
@@ -96,8 +96,10 @@ void LocationSweep::take(std::vector<OrphanCandidate> candidates, const OrphanSc
         if (!isClaimable(candidate)) continue;
         auto& finds = finds_[candidate.identifier];
         if (finds.humanName.empty()) finds.humanName = candidate.humanName;
-        finds.standsAlone |=
-            candidate.category != TraceCategory::receipts || lostPackages_.contains(candidate.identifier);
+        const bool isReceipt = candidate.category == TraceCategory::receipts;
+        const bool isLost = packages_.lost.contains(candidate.identifier);
+        finds.standsAlone |= !isReceipt || isLost;
+        finds.receiptsStandAlone |= isReceipt && (isLost || packages_.leaving.contains(candidate.identifier));
         traces.push_back(makeOrphanTrace(std::move(candidate)));
     }
     candidates = {}; // frees them early: there may be very many

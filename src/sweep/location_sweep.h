@@ -3,6 +3,7 @@
 #include "platform/budgeted_files.h"
 #include "scan/policy/path_policy.h"
 #include "sweep/linked_places.h"
+#include "sweep/living_packages.h"
 #include "sweep/named_finds.h"
 #include "sweep/orphan_candidates.h"
 #include "sweep/orphan_scanner.h"
@@ -20,6 +21,7 @@ struct Finds {
     std::string humanName;
     std::vector<Trace> traces;
     bool standsAlone = false; ///< not just receipts, which may be those of a tool without any application
+    bool receiptsStandAlone = false; ///< as soon as the other finds are gone
 };
 using FindsByIdentifier = std::map<std::string, Finds>;
 
@@ -29,10 +31,9 @@ void measureTraces(const FileSystem& files, std::vector<Trace>& traces, const St
 /// Searches the search locations for items that appear to have no owner.
 class LocationSweep {
   public:
-    /// `lostPackages`: identifiers of packages of which no file exists any more. References must outlive this
-    /// object.
+    /// References must outlive this object.
     LocationSweep(const OrphanScanner::Ports& ports, const BudgetedFiles& files, const UserEnvironment& user,
-                  const KnownOwners& owners, const std::set<std::string>& lostPackages, OwnerJudge& judge,
+                  const KnownOwners& owners, const LivingPackages& packages, OwnerJudge& judge,
                   const std::vector<SweepGap>& gaps, const StopToken& stop);
 
     /// Adds what could not be searched to the result.
@@ -63,7 +64,7 @@ class LocationSweep {
     const UserEnvironment& user_;
     const PathPolicy policy_;
     const KnownOwners& owners_;
-    const std::set<std::string>& lostPackages_;
+    const LivingPackages& packages_;
     OwnerJudge& judge_;
     const std::vector<SweepGap>& gaps_;
     const StopToken& stop_;

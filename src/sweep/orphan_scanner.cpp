@@ -32,6 +32,7 @@ FindsByIdentifier joined(FindsByIdentifier&& byIdentifier) {
         std::move(finds.traces.begin(), finds.traces.end(), std::back_inserter(owner.traces));
         if (owner.humanName.empty()) owner.humanName = finds.humanName;
         owner.standsAlone |= finds.standsAlone;
+        owner.receiptsStandAlone |= finds.receiptsStandAlone;
     }
     return owners;
 }
@@ -53,7 +54,7 @@ std::vector<OrphanGroup> grouped(FindsByIdentifier&& finds, const KnownOwners& o
         std::erase_if(each.traces, [&](const Trace& trace) { return !isStill(trace); });
         if (!each.standsAlone || each.traces.empty() || owners.claims(identifier)) continue;
         auto name = each.humanName.empty() ? nameFromIdentifier(identifier) : std::move(each.humanName);
-        groups.push_back({identifier, std::move(name), std::move(each.traces)});
+        groups.push_back({identifier, std::move(name), std::move(each.traces), each.receiptsStandAlone});
     }
     return groups;
 }
@@ -115,7 +116,7 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
     if (stop.stopRequested()) return result;
     const BudgetedFiles files(ports_.files);
     OwnerJudge judge(owners, ports_.running, isRegistered_, protectedIDs);
-    LocationSweep sweep(ports_, files, user_, owners, packages.lost, judge, gaps, stop);
+    LocationSweep sweep(ports_, files, user_, owners, packages, judge, gaps, stop);
     auto finds = sweep.run(result, onFound, onStep);
 
     // Applications that were installed meanwhile, or were elsewhere or being updated during the first look.

@@ -26,6 +26,7 @@ struct OrphanGroup {
     std::string bundleID; ///< in lower case; no installed application claims it
     std::string name;     ///< the best known display name
     std::vector<Trace> traces;
+    bool receiptsStandAlone = false; ///< a later sweep finds its receipts even when nothing else is left
 
     ByteSum bytes() const;
 };

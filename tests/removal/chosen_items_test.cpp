@@ -104,10 +104,13 @@ TEST(Remainders, AreSortedByHowTheyCanBeTakenStill) {
     claimed.contestedBy = Claimant{"com.example.other", "Other", Path("/Applications/Other.app")};
     auto receipt = trace("/L/receipt");
     receipt.category = TraceCategory::receipts;
+    auto lost = left("/", {receipt});
+    lost.traces.front().trace.displayName = "/L/lost";
+    lost.receiptsStandAlone = true;
     const auto sorted =
         remaindersAfter({left("/Applications/Gone.app", {trace("/L/nobodys"), claimed, trace("/L/both")}),
                          left("/Applications/Old/Gone.app", {claimed, trace("/L/both")}),
-                         left("/Applications/Here.app", {trace("/L/here")}), left("/", {receipt}),
+                         left("/Applications/Here.app", {trace("/L/here")}), left("/", {receipt}), lost,
                          left("/", {trace("/L/leftover")})},
                         volume.files());
     std::vector<std::pair<Remainder::Reach, std::string>> names;
@@ -115,9 +118,10 @@ TEST(Remainders, AreSortedByHowTheyCanBeTakenStill) {
         for (const auto& item : each.traces)
             names.emplace_back(each.reach, item.trace.displayName);
     using Name = std::pair<Remainder::Reach, std::string>;
-    EXPECT_THAT(names, testing::ElementsAre(Name(search, "/L/here"), Name(search, "/L/leftover"),
-                                            Name(claimant, "/L/claimed"), Name(undo, "/L/nobodys"),
-                                            Name(undo, "/L/both"), Name(undo, "/L/receipt")));
+    EXPECT_THAT(names, testing::ElementsAre(Name(search, "/L/here"), Name(search, "/L/lost"),
+                                            Name(search, "/L/leftover"), Name(claimant, "/L/claimed"),
+                                            Name(undo, "/L/nobodys"), Name(undo, "/L/both"),
+                                            Name(undo, "/L/receipt")));
 }
 
 TEST(RemovalSummary, AndItsWords) {
