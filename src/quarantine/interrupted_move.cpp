@@ -121,11 +121,18 @@ RunObservation observe(const std::vector<ManifestEntry>& planned, const FileSyst
             entry.isMissing = true;
             seen.missing.push_back(std::move(entry));
         }
+    std::set<std::string> missing;
+    for (const auto& entry : seen.missing)
+        missing.insert(entry.source);
     for (std::size_t i = 0; i < planned.size(); ++i) {
         const auto& entry = planned[i];
-        const bool isUnloadedJob = entry.kind == ManifestEntryKind::bootout && entry.plistPath
-                                   && moved.contains(Path(*entry.plistPath));
-        if (observed[i] || isUnloadedJob) seen.entries.push_back(entry);
+        const bool isJob = entry.kind == ManifestEntryKind::bootout && entry.plistPath;
+        if (observed[i] || (isJob && moved.contains(Path(*entry.plistPath)))) {
+            seen.entries.push_back(entry);
+        } else if (isJob && missing.contains(*entry.plistPath)) {
+            seen.missing.push_back(entry);
+            seen.missing.back().isMissing = true;
+        }
     }
     return seen;
 }

@@ -36,8 +36,8 @@ struct RunObservation {
     /// Moves with something at neither place, or possibly so: set aside, half copied, still hard-linked,
     /// inaccessible to this account, or possibly the unknown item in their folder in quarantine.
     std::vector<ManifestEntry> unsettled;
-    /// Moves whose item is at neither place and that left no trace: another process took it. `isMissing` is
-    /// set.
+    /// Moves whose item is at neither place and that left no trace: another process took it. After them the
+    /// unloaded jobs whose property lists are among them. `isMissing` is set.
     std::vector<ManifestEntry> missing;
 };
 

@@ -35,7 +35,8 @@ struct ManifestEntry {
     std::string bundleID; ///< may be empty
     /// bootout: the path of the job's property list, if the run moved it too
     std::optional<std::string> plistPath = {};
-    /// move: recovery found the item neither in quarantine nor at its old path
+    /// move: recovery found the item neither in quarantine nor at its old path; bootout: it found the job's
+    /// property list at neither, and the job is loaded once that exists again
     bool isMissing = false;
     friend bool operator==(const ManifestEntry&, const ManifestEntry&) = default;
 };
@@ -46,7 +47,7 @@ struct Manifest {
     Timestamp createdAt{};
     Path quarantineRoot;
     std::vector<AppRecord> apps = {};
-    /// Missing moves come last; the file keeps them separately, in "missing".
+    /// Missing ones come last; the file keeps them separately, in "missing".
     std::vector<ManifestEntry> entries = {};
     std::optional<Timestamp> recoveredAt = {}; ///< set when rebuilt from a journal
     friend bool operator==(const Manifest&, const Manifest&) = default;

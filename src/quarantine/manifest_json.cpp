@@ -10,6 +10,7 @@
 #include <fmt/core.h>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <type_traits>
 #include <utility>
 #include <variant>
@@ -254,8 +255,13 @@ void takeSingleApp(Reader& reader, OlderText name, OlderText bundleID, Manifest&
 void takeMissing(Reader& reader, std::vector<ManifestEntry> missing, Manifest& manifest) {
     if (manifest.entries.size() + missing.size() > maxManifestEntries) reader.fail("too many in", "missing");
     manifest.entries.reserve(manifest.entries.size() + missing.size());
+    std::set<std::string> moved;
+    for (const auto* moves : {&manifest.entries, &missing})
+        for (const auto& entry : *moves)
+            if (entry.kind == ManifestEntryKind::move) moved.insert(entry.source);
     for (auto& entry : missing) {
-        if (entry.kind != ManifestEntryKind::move) reader.fail("no move in", "missing");
+        if (entry.kind != ManifestEntryKind::move && (!entry.plistPath || !moved.contains(*entry.plistPath)))
+            reader.fail("a job without its file in", "missing");
         entry.isMissing = true;
         manifest.entries.push_back(std::move(entry));
     }

@@ -87,11 +87,11 @@ class Recovery {
                 log_.warning("Interrupted removal {} keeps its journal for {}", root.string(), item);
             outcome_.unfinished.push_back(std::move(*run));
         } else if (auto manifest = *run->known; write(manifest)) {
-            const auto before = outcome_.missing.size();
             for (const auto& entry : manifest.entries)
-                if (entry.isMissing) outcome_.missing.push_back(entry.source);
+                tellIfLost(entry);
             log_.info("Recovered interrupted removal: {}/{} planned entries observed in quarantine",
-                      manifest.entries.size() - (outcome_.missing.size() - before), journal.planned.size());
+                      std::ranges::count(manifest.entries, false, &ManifestEntry::isMissing),
+                      journal.planned.size());
             outcome_.recovered.push_back(std::move(manifest));
         } else {
             outcome_.unfinished.push_back(std::move(*run));
@@ -109,7 +109,7 @@ class Recovery {
         for (auto* found : {&seen.entries, &seen.missing})
             for (auto& entry : *found) {
                 if (isKnown(entry, manifest)) continue;
-                if (entry.isMissing) outcome_.missing.push_back(entry.source);
+                tellIfLost(entry);
                 manifest.entries.push_back(std::move(entry));
             }
         if (manifest.entries.size() > known) return void(write(manifest));
@@ -121,8 +121,15 @@ class Recovery {
     void forgetWhatOthersHold(const Manifest& run, std::vector<ManifestEntry>& entries) const {
         if (std::ranges::none_of(entries, &ManifestEntry::isMissing)) return;
         const auto held = heldByLaterRuns(run, user_, files_);
-        std::erase_if(entries,
-                      [&](const auto& entry) { return entry.isMissing && held.contains(entry.source); });
+        std::erase_if(entries, [&](const auto& entry) {
+            return entry.isMissing && held.contains(entry.plistPath.value_or(entry.source));
+        });
+    }
+
+    /// A job is not lost; it waits for its property list.
+    void tellIfLost(const ManifestEntry& entry) {
+        if (entry.isMissing && entry.kind == ManifestEntryKind::move)
+            outcome_.missing.push_back(entry.source);
     }
 
     /// Removes unfinished copies of this run whose originals a later removal moved. True when any was

@@ -112,8 +112,12 @@ class UndoRun {
                 plan.items.push_back(planned(step));
         }
         if (!ports_.runsJobs) return plan;
+        std::set<std::string> returning;
+        for (const auto& item : plan.items)
+            if (!item.problem) returning.insert(item.oldPlace.string());
         for (const auto* job : chosenJobs())
-            plan.jobs.push_back(job->launchLabel.value_or(job->source));
+            if (returning.contains(*job->plistPath) || ports_.files.exists(Path(*job->plistPath)))
+                plan.jobs.push_back(job->launchLabel.value_or(job->source));
         return plan;
     }
 
@@ -315,12 +319,15 @@ class UndoRun {
     }
 
     void queueJobs(bool isSystemDomain) {
+        // The batch that loads system jobs also puts their files back.
+        std::set<std::string> returning;
+        for (const auto& each : queued_)
+            returning.insert(each.path);
         for (const auto* job : chosenJobs()) {
             const auto& entry = *job;
             if (entry.isSystemDomain != isSystemDomain) continue;
             const Path plist(*entry.plistPath);
-            // The batch that loads system jobs also puts their files back, so these may be missing yet.
-            if (!isSystemDomain && !ports_.files.exists(plist)) continue;
+            if (!returning.contains(*entry.plistPath) && !ports_.files.exists(plist)) continue;
             if (!isLaunchFolder(plist.parent(), user_.home, isSystemDomain)) {
                 ports_.log.warning("Undo loads no job from {}", plist.string());
                 continue;
@@ -407,7 +414,8 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settli
         // Unsettled and missing items are reported as failures.
         for (auto* unfound : {&seen.unsettled, &seen.missing})
             for (auto& entry : *unfound)
-                if (!ports_.files.exists(Path(*entry.destination))) known.entries.push_back(std::move(entry));
+                if (!entry.destination || !ports_.files.exists(Path(*entry.destination)))
+                    known.entries.push_back(std::move(entry));
         if (known.entries.empty()) return tl::unexpected(nothingLeft);
         return known;
     }

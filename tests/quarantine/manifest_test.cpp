@@ -125,6 +125,12 @@ TEST(Manifest, RefusesWhatIsNotOne) {
     auto missing = sample;
     missing.entries[1].isMissing = true;
     EXPECT_EQ(decodeManifest(encode(missing)), missing);
+    auto job = missing;
+    job.entries.push_back(bootoutEntry(3, "agent", false, missing.entries[1].source));
+    job.entries.back().isMissing = true;
+    EXPECT_EQ(decodeManifest(encode(job)), job);
+    job.entries.back().plistPath = "/Library/other.plist";
+    EXPECT_FALSE(decodeManifest(encode(job))) << "the run did not move its file";
     for (const auto& [from, to] : {std::pair(R"("kind" : "move")", R"("kind" : "bootout")"),
                                    std::pair(R"(\/Library\/Caches)", R"(Library\/Caches)"),
                                    std::pair(R"(Notes\/0002)", R"(Other\/0002)")})

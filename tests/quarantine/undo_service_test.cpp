@@ -2,6 +2,7 @@
 #include "quarantine/entries.h"
 #include "quarantine/history.h"
 #include "quarantine/quarantine_layout.h"
+#include "quarantine/recovery.h"
 #include "quarantine/undo_service.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
@@ -9,6 +10,8 @@
 #include "support/stand_ins.h"
 #include "support/unprivileged.h"
 #include "volume/volume_runner.h"
+
+#include <filesystem>
 
 namespace tidwen::test {
 namespace {
@@ -102,6 +105,7 @@ TEST_F(Undo, WhatItLeavesWhenItIsToldToStopComesBackLater) {
 TEST_F(Undo, ReportsEveryStepThatFailsAndGoesOn) {
     quarantined(2, "/Library/Caches/refused", true);
     quarantined(3, "/Users/alice/Library/Caches/fine");
+    volume.write("/Library/LaunchDaemons/d.plist", "");
     administrator.answer = [](const auto&) { return Message{"failure.adminCancelled"}; };
     const auto report = undo({moveEntry(4, root, "/Users/alice/Library/Caches/gone"),
                               bootoutEntry(5, "daemon", true, "/Library/LaunchDaemons/d.plist")});
@@ -168,6 +172,34 @@ TEST_F(Undo, TakesTheJournalOfARunThatHasNoManifest) {
     EXPECT_TRUE(volume.files().removeFile(root / manifestFileName));
     volume.write((root / journalFileName).string(), "{");
     EXPECT_EQ(service.undoRun(root).error().key, "history.undo.unreadable %@ %@");
+}
+
+TEST_F(Undo, AJobIsLoadedThoughItsFileWasLostForAWhile) {
+    const std::string agent = "/Users/alice/Library/LaunchAgents/agent.plist",
+                      daemon = "/Library/LaunchDaemons/daemon.plist";
+    const std::vector planned = {bootoutEntry(1, "agent", false, agent),
+                                 bootoutEntry(2, "daemon", true, daemon), moveEntry(3, root, agent),
+                                 moveEntry(4, root, daemon, true)};
+    UndoService service({volume.files(), administrator, session, texts, log, clock}, alice());
+    for (const bool recoversFirst : {true, false}) {
+        ASSERT_TRUE(writeJournal({.createdAt = runDate, .quarantineRoot = root, .planned = planned},
+                                 root / journalFileName, volume.files()));
+        if (recoversFirst)
+            EXPECT_THAT(recoverInterruptedRemovals(alice(), volume.files(), clock, log).missing,
+                        ElementsAre(agent, daemon));
+        else
+            EXPECT_THAT(
+                lines(service.undoRun(root)->failures),
+                ElementsAre(agent + ": failure.notInQuarantine", daemon + ": failure.notInQuarantine"));
+        ASSERT_TRUE(readManifest(root, volume.files()));
+        volume.write(*planned[2].destination, "");
+        volume.write(*planned[3].destination, "");
+        EXPECT_THAT(service.planRun(root)->jobs, ElementsAre("agent", "daemon"));
+        EXPECT_EQ(*service.undoRun(root),
+                  (UndoReport{.restoredCount = 2, .totalCount = 2, .failures = {}, .relaunchedJobs = 2}));
+        for (const auto& path : {root.string(), agent, daemon})
+            std::filesystem::remove_all(volume.host(path));
+    }
 }
 
 TEST_F(Undo, FindsWhatAnotherDiskSpelledOtherwise) {
