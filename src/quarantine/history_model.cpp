@@ -74,20 +74,20 @@ void HistoryModel::undo(const Path& root, const ItemChoice& items, Answer<UndoRe
 }
 
 void HistoryModel::remove(const std::vector<RemovalHistoryEntry>& chosen,
-                          Answer<QuarantinePurge::Outcome> answer) {
+                          Answer<QuarantinePurge::Outcome> answer, QuarantinePurge::CutOffUndo cutOffUndo) {
     std::vector<Path> folders;
     folders.reserve(chosen.size());
     for (const auto& entry : chosen)
         folders.push_back(entry.root);
     run<QuarantinePurge::Outcome>(
         chosen.size() == 1 ? id(chosen.front()) : user_.trash().string(),
-        [ports = ports_, user = user_, folders = std::move(folders)](
-            const StepControl& control) -> tl::expected<QuarantinePurge::Outcome, Refusal> {
+        [ports = ports_, user = user_, folders = std::move(folders),
+         cutOffUndo](const StepControl& control) -> tl::expected<QuarantinePurge::Outcome, Refusal> {
             if (auto problem = ports.settings.problem()) return Refused(toRefusal(std::move(*problem)));
             if (folders.empty() && !ports.files.exists(user.trash())) return QuarantinePurge::Outcome();
             const auto lock = lockTrash(user, ports.files);
             if (!lock) return Refused(toRefusal(describeNotBegun(lock.error(), ports.texts)));
-            auto outcome = ports.purge.purge(folders, control);
+            auto outcome = ports.purge.purge(folders, control, cutOffUndo);
             if (!outcome) return Refused(Refusal{outcome.error().describe()});
             const auto left = listQuarantineFolders(user, ports.files);
             for (const auto& root : left.value_or(std::vector<Path>{}))

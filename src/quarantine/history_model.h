@@ -77,8 +77,11 @@ class HistoryModel {
     void undo(const Path& root, const ItemChoice& items, Answer<UndoReport> answer = {});
     /// Refused while `whyNotRemove` gives a reason. Quarantine folders that are empty but for run documents
     /// are deleted too.
-    void remove(const std::vector<RemovalHistoryEntry>& chosen, Answer<QuarantinePurge::Outcome> answer = {});
-    void removeAll(Answer<QuarantinePurge::Outcome> answer = {}) { remove(entries.get(), std::move(answer)); }
+    void remove(const std::vector<RemovalHistoryEntry>& chosen, Answer<QuarantinePurge::Outcome> answer = {},
+                QuarantinePurge::CutOffUndo cutOffUndo = QuarantinePurge::CutOffUndo::refuse);
+    void removeAll(Answer<QuarantinePurge::Outcome> answer = {}) {
+        remove(entries.get(), std::move(answer), QuarantinePurge::CutOffUndo::keep);
+    }
 
     /// Stops an undo or a deletion after the current step.
     void stop() { work_.stop(); }

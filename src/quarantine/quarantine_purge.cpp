@@ -188,9 +188,21 @@ FileResult<void> QuarantinePurge::removeRun(const Path& folder) {
 }
 
 tl::expected<QuarantinePurge::Outcome, QuarantinePurge::Failure>
-QuarantinePurge::purge(const std::vector<Path>& folders, const StepControl& control) {
-    for (const auto& folder : folders)
-        if (auto failure = validate(folder)) return tl::unexpected(std::move(*failure));
+QuarantinePurge::purge(const std::vector<Path>& chosen, const StepControl& control, CutOffUndo cutOffUndo) {
+    Outcome outcome;
+    std::vector<Path> folders;
+    folders.reserve(chosen.size());
+    for (const auto& folder : chosen) {
+        auto failure = validate(folder);
+        if (!failure) {
+            folders.push_back(folder);
+        } else if (failure->kind == Failure::Kind::undoCutOff && cutOffUndo == CutOffUndo::keep) {
+            outcome.kept.push_back(folder);
+            outcome.cutOffUndos.emplace(folder, std::move(*failure));
+        } else {
+            return tl::unexpected(std::move(*failure));
+        }
+    }
 
     if (administrator_) {
         std::vector<Path> foreign;
@@ -205,7 +217,6 @@ QuarantinePurge::purge(const std::vector<Path>& folders, const StepControl& cont
         }
     }
 
-    Outcome outcome;
     for (std::size_t i = 0; i < folders.size(); ++i) {
         const auto& folder = folders[i];
         if (control.isStopped()) {

@@ -5,6 +5,7 @@
 #include "operations/admin_script_runner.h"
 #include "quarantine/history.h"
 
+#include <map>
 #include <optional>
 #include <string>
 #include <tl/expected.hpp>
@@ -33,12 +34,20 @@ class QuarantinePurge {
         friend bool operator==(const Failure&, const Failure&) = default;
     };
 
+    /// What happens to a run beside whose old places an undo left an unfinished copy.
+    enum class CutOffUndo {
+        refuse, ///< with everything else, because this run was asked for
+        keep,   ///< the others are removed
+    };
+
     struct Outcome {
         int removedFolders = 0;
         std::vector<Path> kept; ///< could not be removed; the log has the reasons
         /// Those of `kept` that are complete, because they contain items that only root can delete.
         std::vector<Path> othersItems = {};
         std::vector<Path> notBegun = {}; ///< of `kept`: not begun when it was stopped
+        /// Of `kept`: why those stay beside which an undo left an unfinished copy.
+        std::map<Path, Failure> cutOffUndos = {};
     };
 
     /// Runs a shell script as an administrator; absent on a volume, where no prompt is possible.
@@ -54,7 +63,8 @@ class QuarantinePurge {
     /// Removes the given folders. All are validated first; if one is refused nothing is deleted. Items of
     /// other owners are deleted by one administrator script; without one their runs are kept completely. A
     /// step is one run; when stopped, it completes the current run and keeps the others.
-    tl::expected<Outcome, Failure> purge(const std::vector<Path>& folders, const StepControl& control = {});
+    tl::expected<Outcome, Failure> purge(const std::vector<Path>& folders, const StepControl& control = {},
+                                         CutOffUndo cutOffUndo = CutOffUndo::refuse);
 
   private:
     std::optional<Failure> validate(const Path& folder) const;

@@ -358,6 +358,13 @@ TEST_F(Recovery, SettlesWhatAnUndoBetweenDisksLeftBesideTheOldPlace) {
                     const auto refused = purge.purge({root});
                     ASSERT_FALSE(refused);
                     EXPECT_EQ(refused.error().kind, QuarantinePurge::Failure::Kind::undoCutOff);
+                    const auto other = folder("Settled");
+                    ASSERT_TRUE(writeManifest({.createdAt = runDate, .quarantineRoot = other},
+                                              other / manifestFileName, volume.files()));
+                    const auto kept = purge.purge({root, other}, {}, QuarantinePurge::CutOffUndo::keep);
+                    EXPECT_EQ(kept->removedFolders, 1) << "one stuck undo does not hold up the others";
+                    EXPECT_EQ(kept->kept, std::vector{root});
+                    EXPECT_TRUE(kept->cutOffUndos.contains(root));
                 }
             } else {
                 ASSERT_TRUE(writeJournal(journal, root / journalFileName, volume.files()));

@@ -67,6 +67,9 @@ void report(const QuarantinePurge::Outcome& outcome, const Spared& spared, const
     for (const auto& run : spared.runs)
         context.error({"cli.purge.spared %@ %@", {run.root.string(), context.texts.text(run.advice())}});
     if (spared.leftOut > 0) context.error({"cli.history.leftOut %lld", {std::to_string(spared.leftOut)}});
+    for (const auto& [folder, failure] : outcome.cutOffUndos)
+        if (const auto reason = failure.describe())
+            context.error({"cli.purge.spared %@ %@", {folder.string(), context.texts.text(*reason)}});
     if (context.arguments.json) return context.console.document(json::document(outcome, spared.runs));
     const bool isNothing = outcome.removedFolders == 0 && outcome.kept.empty() && spared.isNothing();
     context.console.line(isNothing
@@ -75,11 +78,13 @@ void report(const QuarantinePurge::Outcome& outcome, const Spared& spared, const
     const auto isAmong = [](const std::vector<Path>& folders, const Path& folder) {
         return std::ranges::find(folders, folder) != folders.end();
     };
-    for (const auto& folder : outcome.kept)
+    for (const auto& folder : outcome.kept) {
+        if (outcome.cutOffUndos.contains(folder)) continue;
         context.console.error(context.text(isAmong(outcome.othersItems, folder) ? "cli.purge.othersItems %@"
                                            : isAmong(outcome.notBegun, folder)  ? "cli.purge.stopped %@"
                                                                                 : "history.purge.kept %@",
                                            {folder.string()}));
+    }
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
@@ -100,10 +105,13 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     if (!chosen) return context.refuse(chosen.error());
     const auto spared =
         context.arguments.has("--all") ? Spared{history.unfinishedRuns(), history.leftOut()} : Spared{};
+    using enum QuarantinePurge::CutOffUndo;
+    const auto cutOffUndo = context.arguments.operands.empty() ? keep : refuse;
     if (chosen->empty()) {
         // A run interrupted before its first move leaves a folder too.
         if (context.arguments.has("--all"))
-            if (const auto tidied = history.remove({}); !tidied) return context.refuse(tidied.error());
+            if (const auto tidied = history.remove({}, cutOffUndo); !tidied)
+                return context.refuse(tidied.error());
         report({}, spared, context);
         return spared.isNothing() ? ExitStatus::done : ExitStatus::someFailed;
     }
@@ -113,7 +121,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
                 {{entry.root.lastComponent()}, {"  " + labels::size(entry, context.texts), Style::faint}});
     const auto question = context.text("cli.purge.question %lld", {std::to_string(chosen->size())});
     if (!agreed(context, question, "cli.purge.needsYes")) return ExitStatus::refused;
-    const auto outcome = history.remove(*chosen);
+    const auto outcome = history.remove(*chosen, cutOffUndo);
     if (!outcome) return context.refuse(outcome.error());
     report(*outcome, spared, context);
     return outcome->kept.empty() && spared.isNothing() ? ExitStatus::done : ExitStatus::someFailed;

@@ -64,9 +64,11 @@ tl::expected<UndoReport, Message> TerminalHistory::undo(const Path& root, const 
 }
 
 tl::expected<QuarantinePurge::Outcome, Message>
-TerminalHistory::remove(const std::vector<RemovalHistoryEntry>& chosen) {
-    return await<QuarantinePurge::Outcome>(context_.text("cli.progress.deleting"),
-                                           [&](auto answer) { model_.remove(chosen, std::move(answer)); });
+TerminalHistory::remove(const std::vector<RemovalHistoryEntry>& chosen,
+                        QuarantinePurge::CutOffUndo cutOffUndo) {
+    return await<QuarantinePurge::Outcome>(context_.text("cli.progress.deleting"), [&](auto answer) {
+        model_.remove(chosen, std::move(answer), cutOffUndo);
+    });
 }
 
 } // namespace tidwen

@@ -50,7 +50,8 @@ class TerminalHistory {
         return undo_.planRun(root, items);
     }
     std::optional<Message> whyNotRemove() const { return model_.whyNotRemove(); }
-    tl::expected<QuarantinePurge::Outcome, Message> remove(const std::vector<RemovalHistoryEntry>& chosen);
+    tl::expected<QuarantinePurge::Outcome, Message> remove(const std::vector<RemovalHistoryEntry>& chosen,
+                                                           QuarantinePurge::CutOffUndo cutOffUndo);
 
   private:
     template<class Result>
