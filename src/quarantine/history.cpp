@@ -46,14 +46,38 @@ std::optional<RemovalHistoryEntry> makeEntry(const Path& root, ManifestInPlace r
     return entry;
 }
 
+using Places = std::unordered_set<std::string_view>;
+
+/// The journals of interrupted runs, newest first; they hold what they moved as manifests do.
+std::vector<const UnfinishedRun*> journalsOf(const std::vector<UnfinishedRun>& unfinished) {
+    std::vector<const UnfinishedRun*> journals;
+    journals.reserve(unfinished.size());
+    for (const auto& run : unfinished)
+        if (run.known) journals.push_back(&run);
+    std::ranges::sort(journals, std::greater{}, [](const auto* run) { return run->known->createdAt; });
+    return journals;
+}
+
+void addMoved(const UnfinishedRun& run, Places& places) {
+    for (const auto& step : run.known->entries)
+        places.insert(step.source);
+    places.insert(run.unsettled.begin(), run.unsettled.end());
+}
+
 /// An item put back and moved again belongs to the later run and is not missing from the earlier one.
 /// `entries`: newest first.
-void settleTakenAgain(std::vector<RemovalHistoryEntry>& entries, const BudgetedFiles& files) {
+void settleTakenAgain(std::vector<RemovalHistoryEntry>& entries, const std::vector<UnfinishedRun>& unfinished,
+                      const BudgetedFiles& files) {
     const auto misses = [](const RemovalHistoryEntry& entry) { return entry.missingMoves > 0; };
     if (std::ranges::none_of(entries, misses)) return;
-    std::unordered_set<std::string_view> takenLater;
+    const auto journals = journalsOf(unfinished);
+    auto journal = journals.begin();
+    Places takenLater;
     for (auto& entry : entries) {
         if (files.budget().isExhausted()) return;
+        for (; journal != journals.end() && (*journal)->known->createdAt >= entry.manifest.createdAt;
+             ++journal)
+            addMoved(**journal, takenLater);
         const auto& steps = entry.manifest.entries;
         if (misses(entry) && !takenLater.empty())
             for (const auto& step : steps)
@@ -165,7 +189,7 @@ PastRuns loadPastRuns(const UserEnvironment& user, const FileSystem& files, bool
                 entry.isSizePartial = size->capped;
             }
     sortNewestFirst(runs.entries, files);
-    settleTakenAgain(runs.entries, budgeted);
+    settleTakenAgain(runs.entries, runs.unfinished, budgeted);
     return runs;
 }
 

@@ -409,6 +409,12 @@ TEST_F(Recovery, HistoryCountsWhatIsLeft) {
     ASSERT_EQ(both.size(), 2u);
     EXPECT_EQ(both[0].missingMoves, 0);
     EXPECT_EQ(both[1].missingMoves, 2) << "a and d";
+    ASSERT_TRUE(volume.files().removeFile(later / manifestFileName));
+    ASSERT_TRUE(writeJournal({.createdAt = runDate + std::chrono::hours(1),
+                              .quarantineRoot = later,
+                              .planned = {moveEntry(1, later, "/Library/Caches/b")}},
+                             later / journalFileName, volume.files()));
+    EXPECT_EQ(loadHistory(alice(), volume.files(), false).at(0).missingMoves, 2) << "a journal holds b too";
     for (const auto* name : {"a", "b", "d"})
         volume.write(std::string("/Library/Caches/") + name, "");
     EXPECT_EQ(items(), Items::putBack);
