@@ -388,6 +388,14 @@ class UndoRun {
     UndoReport report_;
 };
 
+/// Whether items of the run are at neither place and no later run holds them: an undo then names them.
+bool hasLost(const RemovalHistoryEntry& entry, const UserEnvironment& user, const FileSystem& files) {
+    if (entry.missingMoves == 0) return false;
+    const auto runs = loadHistory(user, files, false);
+    const auto found = std::ranges::find(runs, entry.root, &RemovalHistoryEntry::root);
+    return found != runs.end() && found->missingMoves > 0;
+}
+
 } // namespace
 
 UndoReport UndoService::undo(const Manifest& manifest, const ItemChoice& items, const StepControl& control) {
@@ -398,7 +406,7 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settli
     const Message nothingLeft{"history.undo.nothingLeft %@", {root.lastComponent()}};
     if (auto entry = readHistoryEntry(root, ports_.files)) {
         const bool isLeft = entry->pendingMoves > 0 || (ports_.runsJobs && entry->loadableJobs > 0);
-        if (!isLeft) return tl::unexpected(nothingLeft);
+        if (!isLeft && !hasLost(*entry, user_, ports_.files)) return tl::unexpected(nothingLeft);
         return std::move(entry->manifest);
     }
     if (const auto journal = readJournal(root, ports_.files)) {

@@ -168,6 +168,10 @@ TEST_F(Undo, TakesTheJournalOfARunThatHasNoManifest) {
                 ElementsAre("/Users/alice/Library/Caches/gone: failure.notInQuarantine"));
     EXPECT_FALSE(volume.exists((root / journalFileName).string()));
     EXPECT_EQ(readHistoryEntry(root, volume.files())->items(), RemovalHistoryEntry::Items::missing);
+    EXPECT_THAT(lines(service.undoRun(root)->failures),
+                ElementsAre("/Users/alice/Library/Caches/gone: failure.notInQuarantine"))
+        << "named each time";
+    EXPECT_EQ(service.planRun(root)->items.size(), 1u);
 
     EXPECT_TRUE(volume.files().removeFile(root / manifestFileName));
     volume.write((root / journalFileName).string(), "{");
