@@ -82,9 +82,10 @@ void settleTakenAgain(std::vector<RemovalHistoryEntry>& entries, const std::vect
         if (misses(entry) && !takenLater.empty())
             for (const auto& step : steps)
                 if (step.kind == ManifestEntryKind::move && takenLater.contains(step.source)
-                    && !files.exists(Path(step.source))
-                    && !(step.destination && files.exists(Path(*step.destination))))
+                    && placeOf(step, files) == ItemPlace::missing) {
                     --entry.missingMoves;
+                    entry.takenAgain.insert(step.source);
+                }
         for (const auto& step : steps)
             takenLater.insert(step.source);
     }

@@ -3,6 +3,7 @@
 #include "platform/read_budget.h"
 #include "platform/user_environment.h"
 #include "quarantine/manifest.h"
+#include "quarantine/run_items.h"
 #include "quarantine/unfinished_run.h"
 
 #include <cstdint>
@@ -19,8 +20,9 @@ struct RemovalHistoryEntry {
     int pendingMoves = 0;                       ///< moves whose item is still in quarantine
     int totalMoves = 0;
     /// Moves whose item is neither in quarantine nor at its old path, and was not moved from there by a later
-    /// run of the history.
+    /// run, also an interrupted one.
     int missingMoves = 0;
+    ItemChoice takenAgain = {}; ///< old paths of items that a later run moved from there
     bool isSizePartial = false; ///< measuring stopped at a limit; `sizeBytes` is a lower bound
     int loadableJobs = 0;       ///< unloaded jobs whose property list is in its place again
 

@@ -76,10 +76,15 @@ ItemPlace placeOf(const ManifestEntry& move, bool isInQuarantine, const FileSyst
     return files.exists(Path(move.source)) ? ItemPlace::putBack : ItemPlace::missing;
 }
 
-std::vector<RunItem> runItems(const Manifest& manifest, const FileSystem& files) {
+std::vector<RunItem> runItems(const Manifest& manifest, const FileSystem& files,
+                              const ItemChoice& takenAgain) {
     std::vector<RunItem> items;
-    for (const auto& entry : manifest.entries)
-        if (entry.kind == ManifestEntryKind::move) items.push_back({entry, placeOf(entry, files)});
+    for (const auto& entry : manifest.entries) {
+        if (entry.kind != ManifestEntryKind::move) continue;
+        auto place = placeOf(entry, files);
+        if (place == ItemPlace::missing && takenAgain.contains(entry.source)) place = ItemPlace::putBack;
+        items.push_back({entry, place});
+    }
     return items;
 }
 

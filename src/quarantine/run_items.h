@@ -16,7 +16,7 @@ using ItemChoice = std::set<std::string>;
 /// Where an item of a run is now.
 enum class ItemPlace {
     inQuarantine, ///< or on its way out of it
-    putBack,      ///< something is at its old path
+    putBack,      ///< something is at its old path, or a later run moved it from there
     missing,      ///< neither: removed from quarantine, or put back and then removed
 };
 /// The JSON value ("inQuarantine" …).
@@ -32,8 +32,9 @@ struct RunItem {
     ItemPlace place = ItemPlace::inQuarantine;
 };
 
-/// The items the run moved, in its order.
-std::vector<RunItem> runItems(const Manifest& manifest, const FileSystem& files);
+/// The items the run moved, in its order. Those of `takenAgain` were put back and belong to a later run.
+std::vector<RunItem> runItems(const Manifest& manifest, const FileSystem& files,
+                              const ItemChoice& takenAgain = {});
 
 /// Resolves words to items: an old path, its last components if unique, or the name or identifier of an
 /// application of the run, which selects all of its items. Names are compared as a Mac's file systems do. The

@@ -409,6 +409,9 @@ TEST_F(Recovery, HistoryCountsWhatIsLeft) {
     ASSERT_EQ(both.size(), 2u);
     EXPECT_EQ(both[0].missingMoves, 0);
     EXPECT_EQ(both[1].missingMoves, 2) << "a and d";
+    const auto places =
+        eachOf(runItems(both[1].manifest, volume.files(), both[1].takenAgain), &RunItem::place);
+    EXPECT_THAT(places, ElementsAre(ItemPlace::missing, ItemPlace::putBack, ItemPlace::missing));
     ASSERT_TRUE(volume.files().removeFile(later / manifestFileName));
     ASSERT_TRUE(writeJournal({.createdAt = runDate + std::chrono::hours(1),
                               .quarantineRoot = later,

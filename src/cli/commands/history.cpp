@@ -103,7 +103,7 @@ ExitStatus show(const TerminalHistory& runs, const std::string& word, const Comm
     const auto entry = std::ranges::find(history, *root, &RemovalHistoryEntry::root);
     if (entry == history.end())
         return context.refuse({"cli.history.leftOut %lld", {std::to_string(runs.leftOut())}});
-    const auto items = runItems(entry->manifest, files);
+    const auto items = runItems(entry->manifest, files, entry->takenAgain);
     const auto number = runs.leftOut() > 0
                             ? std::nullopt
                             : std::optional(static_cast<std::size_t>(entry - history.begin()) + 1);
