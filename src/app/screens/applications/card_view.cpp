@@ -191,6 +191,7 @@ void CardView::place() {
     viewport()->update();
 }
 
+// NOLINTBEGIN(bugprone-parent-virtual-call): cards are placed here, not by the layout of the list.
 void CardView::reset() {
     QAbstractItemView::reset();
     place();
@@ -210,6 +211,7 @@ void CardView::dataChanged(const QModelIndex& first, const QModelIndex& last, co
     QAbstractItemView::dataChanged(first, last, roles);
     viewport()->update();
 }
+// NOLINTEND(bugprone-parent-virtual-call)
 
 int CardView::verticalOffset() const {
     return verticalScrollBar()->value();
