@@ -45,10 +45,8 @@ void HistoryModel::load(Sizes sizes, std::function<void()> done) {
         });
 }
 
-template<class Result>
-void HistoryModel::run(std::string busyID,
-                       std::function<tl::expected<Result, Refusal>(const StepControl&)> action,
-                       Answer<Result> answer) {
+template<class Result, class Action>
+void HistoryModel::run(std::string busyID, Action action, Answer<Result> answer) {
     if (busyEntryID.get()) return;
     busyEntryID.set(std::move(busyID));
     inBackground(

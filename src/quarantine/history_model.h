@@ -93,9 +93,8 @@ class HistoryModel {
     static std::string id(const RemovalHistoryEntry& entry) { return entry.root.string(); }
 
   private:
-    template<class Result>
-    void run(std::string busyID, std::function<tl::expected<Result, Refusal>(const StepControl&)> action,
-             Answer<Result> answer);
+    template<class Result, class Action>
+    void run(std::string busyID, Action action, Answer<Result> answer);
     void publish(const UndoReport& report) { lastUndo.set(report); }
     void publish(const QuarantinePurge::Outcome& outcome);
     void publish(PastRuns runs, bool isAnotherAtWork);

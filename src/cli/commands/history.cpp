@@ -21,7 +21,7 @@ std::string state(const RemovalHistoryEntry& entry, const CommandContext& contex
         case RemovalHistoryEntry::Items::none:
             return context.text(entry.manifest.recoveredAt ? "cli.history.nothing" : "cli.history.allStayed");
         case RemovalHistoryEntry::Items::inQuarantine: {
-            const auto pending = ofAll("cli.history.pending %lld %lld", entry.pendingMoves);
+            auto pending = ofAll("cli.history.pending %lld %lld", entry.pendingMoves);
             if (entry.missingMoves == 0) return pending;
             return pending + ", " + ofAll("cli.history.missing %lld %lld", entry.missingMoves);
         }
