@@ -247,7 +247,7 @@ void MacView::confirm() {
         openConfirmSheet(window(), mac_.flow().choice(), mac_.system(), [this] { mac_.flow().confirm(); });
 }
 
-void MacView::askToStop(std::function<void()> whenStopped) {
+void MacView::askToStop(const std::function<void()>& whenStopped) {
     const auto title = text("closing.title");
     auto* sheet = new Sheet(window(), title);
     sheet->content().addWidget(parts::paragraph(title, Type::sheet));

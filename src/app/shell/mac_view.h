@@ -37,7 +37,7 @@ class MacView final : public QWidget {
     /// Words above the screen, until they are dismissed or something happens.
     void say(const QString& words);
     /// A removal or undo runs: says so, and that it can be stopped. Called before the window closes.
-    void askToStop(std::function<void()> whenStopped);
+    void askToStop(const std::function<void()>& whenStopped);
 
   protected:
     void resizeEvent(QResizeEvent* event) override;

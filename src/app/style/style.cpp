@@ -103,7 +103,6 @@ int Style::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWi
         return 10;
     case PM_IndicatorWidth:
     case PM_IndicatorHeight:
-        return scaled(16);
     case PM_SmallIconSize:
     case PM_LineEditIconSize:
         return scaled(16);
