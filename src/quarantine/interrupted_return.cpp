@@ -82,10 +82,11 @@ const std::set<std::string>& InterruptedReturns::copiesIn(const Path& folder) {
 
 std::optional<Path> strayCopy(const Path& from, const Path& to, const FileSystem& files) {
     const Path copy = to.parent() / growingCopyName(to.lastComponent());
-    if (!files.exists(copy) || canHaveGrownFrom(from, copy, files)) return std::nullopt;
+    if (!files.exists(copy)) return std::nullopt;
     const auto item = files.info(from), folder = files.infoFollowingLinks(to.parent());
-    const bool isOnOneDisk = item && folder && item->device == folder->device;
-    return isOnOneDisk ? std::nullopt : std::optional(copy);
+    const bool isOnOneDisk = item && folder && item->device == folder->device; // nothing is copied
+    if (isOnOneDisk || canHaveGrownFrom(from, copy, files)) return std::nullopt;
+    return copy;
 }
 
 bool settle(const InterruptedReturn& found, FileSystem& files, const PathPolicy& policy) {
