@@ -4,6 +4,7 @@
 #include "posix/durable_write.h"
 #include "posix/exclusive_rename.h"
 #include "posix/file_faults.h"
+#include "posix/file_lock.h"
 #include "posix/flush.h"
 #include "posix/item_description.h"
 #include "posix/tree_comparison.h"
@@ -138,7 +139,7 @@ class CopiedMove {
         claim_ = Descriptor(::openat(target(), copy_.c_str(), flags));
         // One without read permission is complete and has lost its maker.
         if (!claim_.isOpen()) return errno == EACCES;
-        if (isLockedElsewhere(claim_.get())) return claim_ = Descriptor(), false;
+        if (tryLock(claim_.get()) == EWOULDBLOCK) return claim_ = Descriptor(), false;
         const auto claimed = identifyOpen(claim_.get());
         return claimed && claimed == identify(target(), copy_.c_str());
     }

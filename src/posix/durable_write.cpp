@@ -4,12 +4,12 @@
 #include "platform/unfinished_names.h"
 #include "posix/extended_attributes.h"
 #include "posix/file_faults.h"
+#include "posix/file_lock.h"
 #include "posix/flush.h"
 #include "posix/item_description.h"
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/file.h>
 
 namespace tidwen {
 
@@ -24,7 +24,7 @@ int removeStale(int folder, const char* name) {
     const Descriptor stale(::openat(folder, name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!stale.isOpen()) return errno == ENOENT ? 0 : EEXIST;
     const auto item = statOpen(stale.get());
-    if (!item || !S_ISREG(item->st_mode) || ::flock(stale.get(), LOCK_EX | LOCK_NB) != 0) return EEXIST;
+    if (!item || !S_ISREG(item->st_mode) || tryLock(stale.get()) != 0) return EEXIST;
     // Its writer may have renamed it between the two calls; then the name refers to another file.
     if (!isSame(item, statItem(folder, name))) return 0;
     return ::unlinkat(folder, name, 0) == 0 || errno == ENOENT ? 0 : errno;
@@ -39,9 +39,7 @@ OsResult<Descriptor> createTemporary(int folder, const char* name) {
         Descriptor file(::openat(folder, name, O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
         if (file.isOpen()) {
             // Between the two calls another writer may have removed it as stale.
-            if (::flock(file.get(), LOCK_EX | LOCK_NB) == 0
-                && isSame(statOpen(file.get()), statItem(folder, name)))
-                return file;
+            if (tryLock(file.get()) == 0 && isSame(statOpen(file.get()), statItem(folder, name))) return file;
         } else if (errno != EEXIST) {
             return tl::unexpected(errno);
         } else if (const int fault = removeStale(folder, name)) {

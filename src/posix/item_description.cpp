@@ -1,7 +1,6 @@
 #include "posix/item_description.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #ifdef __linux__
 #include <sys/sysmacros.h>
 #else
@@ -58,10 +57,6 @@ OsResult<FileInfo> describeItem(int folder, const char* name) {
                   .addedNanoseconds = nanoseconds(item.stx_ctime)};
     if (item.stx_mask & STATX_BTIME) info.createdNanoseconds = nanoseconds(item.stx_btime);
     return info;
-}
-
-bool isLockedElsewhere(int descriptor) {
-    return retryOnEintr([&] { return ::flock(descriptor, LOCK_EX | LOCK_NB); }) != 0 && errno == EWOULDBLOCK;
 }
 
 OsResult<ItemIdentity> identify(int folder, const char* name) {

@@ -32,9 +32,6 @@ struct ItemIdentity {
     }
     friend bool operator==(const ItemIdentity&, const ItemIdentity&) = default;
 };
-/// Locks an open item against other processes, without waiting. True when one of them holds its lock; a file
-/// system without locks counts as locked by this process.
-bool isLockedElsewhere(int descriptor);
 
 OsResult<ItemIdentity> identify(int folder, const char* name);
 OsResult<ItemIdentity> identifyOpen(int descriptor);

@@ -5,6 +5,7 @@
 #include "posix/exclusive_rename.h"
 #include "posix/extended_attributes.h"
 #include "posix/file_faults.h"
+#include "posix/file_lock.h"
 #include "posix/flush.h"
 #include "posix/folder_listing.h"
 #include "posix/item_description.h"
@@ -16,7 +17,6 @@
 
 #include <algorithm>
 #include <fcntl.h>
-#include <sys/file.h>
 
 namespace tidwen {
 
@@ -410,8 +410,8 @@ FileResult<std::unique_ptr<FolderLock>> RootedFileSystem::lock(const Path& folde
     Descriptor opened(
         retryOnEintr([&] { return ::openat(place->folder.get(), place->name.c_str(), flags); }));
     if (!opened.isOpen()) return failed(folder, errno);
-    if (retryOnEintr([&] { return ::flock(opened.get(), LOCK_EX | LOCK_NB); }) != 0)
-        return errno == EWOULDBLOCK ? refused(folder, FileFault::busy) : failed(folder, errno);
+    if (const int fault = tryLock(opened.get()))
+        return fault == EWOULDBLOCK ? refused(folder, FileFault::busy) : failed(folder, fault);
     return std::make_unique<DescriptorLock>(std::move(opened));
 }
 
