@@ -89,13 +89,19 @@ std::optional<MoveRemains> settleInterruptedMove(const Path& from, const Path& t
 }
 
 void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrites strayWrites,
-                            FileSystem& files, const PathPolicy& policy) {
+                            FileSystem& files, const PathPolicy& policy, HeldItems& held) {
+    const auto settleInto = [&](const Path& from, const Path& to) {
+        const auto remains = settled(from, to, files, policy);
+        const bool isStray = remains && remains->fault == FileFault::busy;
+        if (!isStray || strayWrites == StrayWrites::stayAside) return;
+        if (const auto real = files.resolveParent(from)) (void)files.revealRemains(*real);
+    };
     for (const auto& entry : planned) {
         if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
-        const auto remains = settled(Path(entry.source), Path(*entry.destination), files, policy);
-        const bool isStray = remains && remains->fault == FileFault::busy;
-        if (!isStray || strayWrites == StrayWrites::stayAside) continue;
-        if (const auto real = files.resolveParent(Path(entry.source))) (void)files.revealRemains(*real);
+        const Path from(entry.source), own(*entry.destination);
+        const auto holder = files.isSetAside(from) ? held.holder(entry.source) : std::nullopt;
+        if (holder && *holder != own) settleInto(from, *holder);
+        if (!holder || *holder == own || !files.isSetAside(from)) settleInto(from, own);
     }
 }
 

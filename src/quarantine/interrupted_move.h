@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/file_system.h"
+#include "quarantine/held_items.h"
 #include "quarantine/manifest.h"
 #include "scan/policy/path_policy.h"
 
@@ -21,9 +22,10 @@ enum class StrayWrites {
     getAName, ///< revealed under a visible name in the old place
 };
 
-/// Recovers every move of a run.
+/// Recovers every move of a run. What lies aside beside an old place belongs to the newest run that has the
+/// item, and is settled as that one's.
 void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrites strayWrites,
-                            FileSystem& files, const PathPolicy& policy);
+                            FileSystem& files, const PathPolicy& policy, HeldItems& held);
 
 /// Whether both are names of one item, as in a move by hard link before the old name is removed.
 bool isOneItem(const Path& a, const Path& b, const FileSystem& files);

@@ -30,6 +30,10 @@ bool isBeginningOf(const Path& whole, const Path& part, std::uint64_t size, cons
     return true;
 }
 
+bool isAbsence(FileFault fault) {
+    return fault == FileFault::missing || fault == FileFault::notDirectory;
+}
+
 } // namespace
 
 bool canHaveGrownFrom(const Path& original, const Path& copy, const FileSystem& files) {
@@ -59,6 +63,7 @@ std::vector<InterruptedReturn> InterruptedReturns::of(const std::vector<Manifest
         if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
         const Path source(entry.source);
         const auto& copies = copiesIn(source.parent());
+        if (!entry.requiresRoot && unlistable_.contains(source.parent())) unlisted_.insert(source.parent());
         for (int number = 1; number <= lastNumberTried && !copies.empty(); ++number) {
             if (number > 1 && ++numbersTried_ > mostNumbersTried) break;
             const Path to = numberedName(source, number);
@@ -74,9 +79,11 @@ const std::set<std::string>& InterruptedReturns::copiesIn(const Path& folder) {
     const auto [real, isNewName] = real_.try_emplace(folder, folder);
     if (isNewName) real->second = files_.resolve(folder).value_or(folder);
     const auto [copies, isNew] = copies_.try_emplace(real->second);
-    if (isNew)
-        for (const auto& entry : files_.list(real->second).value_or(std::vector<DirectoryEntry>()))
-            if (entry.name.starts_with(growingCopyPrefix)) copies->second.insert(entry.name);
+    if (!isNew) return copies->second;
+    const auto entries = files_.list(real->second);
+    if (!entries && !isAbsence(entries.error().fault)) unlistable_.insert(folder);
+    for (const auto& entry : entries.value_or(std::vector<DirectoryEntry>()))
+        if (entry.name.starts_with(growingCopyPrefix)) copies->second.insert(entry.name);
     return copies->second;
 }
 

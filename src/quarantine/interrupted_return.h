@@ -28,6 +28,9 @@ class InterruptedReturns {
 
     /// The copies for the moves of a run. Changes nothing.
     std::vector<InterruptedReturn> of(const std::vector<ManifestEntry>& entries);
+    /// Folders of moves asked for so far that could not be listed, so a copy in them is unknown. Those of
+    /// administrator moves do not count, because these leave no such copy.
+    const std::set<Path>& unlisted() const { return unlisted_; }
 
   private:
     const std::set<std::string>& copiesIn(const Path& folder);
@@ -35,6 +38,7 @@ class InterruptedReturns {
     const FileSystem& files_;
     std::map<Path, Path> real_;                    ///< by the folder as recorded
     std::map<Path, std::set<std::string>> copies_; ///< names in a resolved folder
+    std::set<Path> unlistable_, unlisted_;
     int numbersTried_ = 0;
 };
 

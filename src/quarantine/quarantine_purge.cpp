@@ -26,6 +26,11 @@ QuarantinePurge::Failure refuse(QuarantinePurge::Failure::Kind kind, const Path&
     return {kind, folder.string(), {}};
 }
 
+bool isOfUndo(QuarantinePurge::Failure::Kind kind) {
+    using enum QuarantinePurge::Failure::Kind;
+    return kind == undoCutOff || kind == undoUnknown;
+}
+
 } // namespace
 
 std::optional<Message> QuarantinePurge::Failure::describe() const {
@@ -37,6 +42,8 @@ std::optional<Message> QuarantinePurge::Failure::describe() const {
         return Message{"failure.purge.unsettled"};
     case Kind::undoCutOff:
         return Message{"failure.purge.undoCutOff %@", {text}};
+    case Kind::undoUnknown:
+        return Message{"failure.purge.undoUnknown %@", {text}};
     case Kind::elevatedDeleteFailed:
         return noScript ? *noScript : Message{"%@", {text}}; // the tool's own output, which is not localized
     case Kind::authorizationCancelled:
@@ -93,9 +100,11 @@ std::optional<QuarantinePurge::Failure> QuarantinePurge::validate(const Path& fo
     if (files_.exists(path / journalFileName) && !manifest) return refuse(Failure::Kind::unsettled, folder);
     if (!files_.exists(path / manifestFileName)) return refuse(Failure::Kind::notAQuarantineFolder, folder);
     // Nothing but the run records the copy.
-    if (manifest)
-        if (const auto returns = InterruptedReturns(files_).of(manifest->entries); !returns.empty())
-            return refuse(Failure::Kind::undoCutOff, returns.front().copy);
+    if (!manifest) return std::nullopt;
+    InterruptedReturns returns(files_);
+    if (const auto found = returns.of(manifest->entries); !found.empty())
+        return refuse(Failure::Kind::undoCutOff, found.front().copy);
+    if (!returns.unlisted().empty()) return refuse(Failure::Kind::undoUnknown, *returns.unlisted().begin());
     return std::nullopt;
 }
 
@@ -196,7 +205,7 @@ QuarantinePurge::purge(const std::vector<Path>& chosen, const StepControl& contr
         auto failure = validate(folder);
         if (!failure) {
             folders.push_back(folder);
-        } else if (failure->kind == Failure::Kind::undoCutOff && cutOffUndo == CutOffUndo::keep) {
+        } else if (cutOffUndo == CutOffUndo::keep && isOfUndo(failure->kind)) {
             outcome.kept.push_back(folder);
             outcome.cutOffUndos.emplace(folder, std::move(*failure));
         } else {

@@ -21,8 +21,9 @@ class QuarantinePurge {
         enum class Kind {
             notAQuarantineFolder,
             escapesThroughSymlink,
-            unsettled,  ///< it has a journal and no manifest, so it has not ended
-            undoCutOff, ///< an unfinished copy of an undo is beside an old place
+            unsettled,   ///< it has a journal and no manifest, so it has not ended
+            undoCutOff,  ///< an unfinished copy of an undo is beside an old place
+            undoUnknown, ///< the folder of an old place, in which such a copy may be, cannot be listed
             elevatedDeleteFailed,
             authorizationCancelled
         };
@@ -34,7 +35,7 @@ class QuarantinePurge {
         friend bool operator==(const Failure&, const Failure&) = default;
     };
 
-    /// What happens to a run beside whose old places an undo left an unfinished copy.
+    /// What happens to a run beside whose old places an undo left an unfinished copy, or may have.
     enum class CutOffUndo {
         refuse, ///< with everything else, because this run was asked for
         keep,   ///< the others are removed
@@ -46,7 +47,7 @@ class QuarantinePurge {
         /// Those of `kept` that are complete, because they contain items that only root can delete.
         std::vector<Path> othersItems = {};
         std::vector<Path> notBegun = {}; ///< of `kept`: not begun when it was stopped
-        /// Of `kept`: why those stay beside which an undo left an unfinished copy.
+        /// Of `kept`: why those stay beside whose old places an undo left an unfinished copy, or may have.
         std::map<Path, Failure> cutOffUndos = {};
     };
 

@@ -3,15 +3,13 @@
 #include "platform/budgeted_files.h"
 #include "posix/copied_bytes.h"
 #include "posix/copied_move.h"
-#include "quarantine/history.h"
+#include "quarantine/held_items.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/interrupted_return.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/run_documents.h"
-#include "quarantine/run_items.h"
 
 #include <algorithm>
-#include <map>
 #include <set>
 
 namespace tidwen {
@@ -20,29 +18,11 @@ namespace {
 
 using Problem = UnfinishedRun::Problem;
 
-/// The places in quarantine of items that later runs hold, by old path; those are not missing from this run.
-std::map<std::string, Path> heldByLaterRuns(const Manifest& run, const UserEnvironment& user,
-                                            const FileSystem& files) {
-    std::map<std::string, Path> held;
-    const auto add = [&](const Manifest& other) {
-        if (other.quarantineRoot == run.quarantineRoot || other.createdAt < run.createdAt) return;
-        for (const auto& [entry, place] : runItems(other, files))
-            if (place == ItemPlace::inQuarantine && entry.destination)
-                held.emplace(entry.source, *entry.destination);
-    };
-    const auto runs = loadPastRuns(user, files, false);
-    for (const auto& entry : runs.entries)
-        add(entry.manifest);
-    for (const auto& unfinished : runs.unfinished)
-        if (unfinished.known) add(*unfinished.known);
-    return held;
-}
-
 /// One recovery of a Trash.
 class Recovery {
   public:
     Recovery(const UserEnvironment& user, FileSystem& files, const Clock& clock, Log& log)
-        : user_(user), policy_(user, files), files_(files), clock_(clock), log_(log) {}
+        : policy_(user, files), files_(files), clock_(clock), log_(log), held_(user, files) {}
 
     void lookAt(const Path& root) {
         if (dropEmptyRun(root, files_)) return;
@@ -69,6 +49,7 @@ class Recovery {
         for (const auto& copy : strays)
             log_.warning("A copy that an undo began stays: {}", copy.string());
         outcome_.strayCopies.assign(strays.begin(), strays.end());
+        outcome_.unlisted.assign(returns_.unlisted().begin(), returns_.unlisted().end());
         return std::move(outcome_);
     }
 
@@ -79,7 +60,7 @@ class Recovery {
         auto run = readRunWithoutManifest(root, files_);
         if (run && run->problem == Problem::unsettled && dropCopiesOfWhatOthersHold(journal, *run->known))
             run = readRunWithoutManifest(root, files_);
-        if (run && run->known) forgetWhatOthersHold(*run->known, run->known->entries);
+        if (run && run->known) dropHeldByLaterRuns(run->known->entries, root, journal.createdAt, held_);
         if (!run || !run->known) { // changed meanwhile
             outcome_.unfinished.push_back({.root = root});
         } else if (run->problem == Problem::unsettled) {
@@ -104,7 +85,7 @@ class Recovery {
         settle(journal);
         auto seen = observe(journal.planned, files_);
         if (!seen.unsettled.empty()) return;
-        forgetWhatOthersHold(manifest, seen.missing);
+        dropHeldByLaterRuns(seen.missing, manifest.quarantineRoot, manifest.createdAt, held_);
         const auto known = manifest.entries.size();
         for (auto* found : {&seen.entries, &seen.missing})
             for (auto& entry : *found) {
@@ -117,15 +98,6 @@ class Recovery {
         dropUnfinishedDocuments(journal.quarantineRoot, files_);
     }
 
-    /// An item moved by a later run is not missing from this one.
-    void forgetWhatOthersHold(const Manifest& run, std::vector<ManifestEntry>& entries) const {
-        if (std::ranges::none_of(entries, &ManifestEntry::isMissing)) return;
-        const auto held = heldByLaterRuns(run, user_, files_);
-        std::erase_if(entries, [&](const auto& entry) {
-            return entry.isMissing && held.contains(entry.plistPath.value_or(entry.source));
-        });
-    }
-
     /// A job is not lost; it waits for its property list.
     void tellIfLost(const ManifestEntry& entry) {
         if (entry.isMissing && entry.kind == ManifestEntryKind::move)
@@ -136,13 +108,13 @@ class Recovery {
     /// removed.
     bool dropCopiesOfWhatOthersHold(const RemovalJournal& journal, const Manifest& run) {
         bool isAnyGone = false;
-        const auto held = heldByLaterRuns(run, user_, files_);
         for (const auto& entry : journal.planned) {
-            const auto original = entry.destination ? held.find(entry.source) : held.end();
-            if (original == held.end()) continue;
+            if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
             const Path destination(*entry.destination);
             const Path copy = destination.parent() / growingCopyName(destination.lastComponent());
-            if (files_.exists(copy) && canHaveGrownFrom(original->second, copy, files_))
+            if (!files_.exists(copy)) continue;
+            const auto original = held_.laterHolder(entry.source, run.quarantineRoot, run.createdAt);
+            if (original && canHaveGrownFrom(*original, copy, files_))
                 isAnyGone = files_.removeTree(copy).has_value() || isAnyGone;
         }
         return isAnyGone;
@@ -156,7 +128,7 @@ class Recovery {
     }
 
     void settle(const RemovalJournal& journal) {
-        settleInterruptedMoves(journal.planned, StrayWrites::getAName, files_, policy_);
+        settleInterruptedMoves(journal.planned, StrayWrites::getAName, files_, policy_, held_);
         settleReturns(journal.planned);
     }
 
@@ -189,12 +161,12 @@ class Recovery {
         return written.has_value();
     }
 
-    const UserEnvironment& user_;
     const PathPolicy policy_;
     FileSystem& files_;
     const BudgetedFiles budgeted_{files_}; ///< for completed runs, whose number is unlimited
     const Clock& clock_;
     Log& log_;
+    HeldItems held_;
     InterruptedReturns returns_{files_};
     std::vector<InterruptedReturn> unsettledReturns_;
     RecoveryOutcome outcome_;

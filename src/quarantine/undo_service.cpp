@@ -6,6 +6,7 @@
 #include "operations/stepwise_run.h"
 #include "platform/file_absence.h"
 #include "posix/copied_bytes.h"
+#include "quarantine/held_items.h"
 #include "quarantine/history.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/interrupted_return.h"
@@ -82,7 +83,8 @@ class UndoRun {
           items_(items),
           steps_(control),
           numbers_(manifest),
-          names_(ports.files) {}
+          names_(ports.files),
+          held_(user, ports.files) {}
 
     UndoReport run() {
         report_.mayHaveLost =
@@ -141,8 +143,9 @@ class UndoRun {
         const Path from(*step.entry->destination), source(step.entry->source);
         PlannedReturn result{
             .oldPlace = source, .quarantined = from, .requiresRoot = step.entry->requiresRoot};
-        const bool isGone =
-            isMissing(from) && !ports_.files.isSetAside(from) && !ports_.files.isSetAside(source);
+        const bool isOnItsWay =
+            ports_.files.isSetAside(from) || (ports_.files.isSetAside(source) && !isAnothers(from, source));
+        const bool isGone = isMissing(from) && !isOnItsWay;
         const bool outerStays =
             step.outer && !isChosen(step.outer->source) && !isMissing(Path(*step.outer->destination));
         if (isGone)
@@ -205,7 +208,7 @@ class UndoRun {
         if (ports_.files.exists(source)) {
             ++report_.alreadyBack;
             --report_.totalCount;
-        } else if (!ports_.files.isSetAside(source)) {
+        } else if (!ports_.files.isSetAside(source) || isAnothers(from, source)) {
             fail(source.string(), {notFoundKey(from)});
         } else if (isBlocked(from, source)) {
             fail(source.string(), {blockedBySafetyPolicyKey});
@@ -214,6 +217,12 @@ class UndoRun {
         } else {
             fail(source.string(), {moveUnfinishedKey});
         }
+    }
+
+    /// Whether what lies aside beside the old place of an item belongs to another run, which has the item.
+    bool isAnothers(const Path& from, const Path& source) {
+        const auto holder = held_.holder(source.string());
+        return holder && *holder != from;
     }
 
     /// Renames what a move between disks left aside to its own name, or a free one beside it.
@@ -233,6 +242,7 @@ class UndoRun {
             if (!isChosen(entry.source)) continue;
             const Path source(entry.source);
             if (!ports_.files.isSetAside(source) || !isMissing(Path(*entry.destination))) continue;
+            if (isAnothers(Path(*entry.destination), source)) continue;
             if (isBlocked(Path(*entry.destination), source)) continue;
             if (!reveal(source)) fail(entry.source, {moveUnfinishedKey});
         }
@@ -381,6 +391,7 @@ class UndoRun {
     StepCounter steps_;
     OperationNumbers numbers_;
     ItemNames names_;
+    HeldItems held_;
     std::set<Path> taken_;
     std::map<Path, int> nextNumber_; ///< by old place: all lower numbers are taken
     int settleAttempts_ = 0;
@@ -410,11 +421,13 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settli
         return std::move(entry->manifest);
     }
     if (const auto journal = readJournal(root, ports_.files)) {
+        HeldItems held(user_, ports_.files);
         // The original takes its own place; what was written there meanwhile gets a name beside it.
         if (settling == Settling::done)
             settleInterruptedMoves(journal->planned, StrayWrites::stayAside, ports_.files,
-                                   PathPolicy(user_, ports_.files));
+                                   PathPolicy(user_, ports_.files), held);
         auto seen = observe(journal->planned, ports_.files);
+        dropHeldByLaterRuns(seen.missing, root, journal->createdAt, held);
         Manifest known{.createdAt = journal->createdAt,
                        .quarantineRoot = root,
                        .apps = journal->apps,

@@ -4,8 +4,10 @@
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/quarantine_purge.h"
 #include "quarantine/recovery.h"
+#include "quarantine/undo_service.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
+#include "support/recording_runner.h"
 #include "support/stand_ins.h"
 #include "support/unprivileged.h"
 
@@ -34,6 +36,9 @@ class Recovery : public testing::Test {
     const Path root = folder("Notes");
     TemporaryVolume volume;
     RecordingLog log;
+    RecordingRunner administrator, session;
+    Texts texts;
+    FixedClock clock;
 };
 
 TEST_F(Recovery, KeepsWhatReallyLiesInQuarantine) {
@@ -377,6 +382,75 @@ TEST_F(Recovery, SettlesWhatAnUndoBetweenDisksLeftBesideTheOldPlace) {
             for (const auto& path : {root.string(), place, copy})
                 fs::remove_all(volume.host(path));
         }
+}
+
+TEST_F(Recovery, AFolderThatCannotBeReadMayHoldACopyOfAnUndo) {
+    const std::string caches = "/Users/alice/Library/Caches/";
+    for (const bool needsRoot : {false, true}) {
+        const auto entry = moveEntry(1, root, caches + "a", needsRoot);
+        volume.write(*entry.destination, "whole");
+        volume.write(caches + ".tidwen-copy-a", "who");
+        ASSERT_TRUE(writeManifest({.createdAt = runDate, .quarantineRoot = root, .entries = {entry}},
+                                  root / manifestFileName, volume.files()));
+        giveToUnprivileged(volume.hostRoot());
+        asUnprivileged([&] {
+            QuarantinePurge purge(volume.files(), alice(), {}, log);
+            mode(caches, 0);
+            const auto unlisted = needsRoot ? std::vector<Path>() : std::vector{Path(caches).standardized()};
+            EXPECT_EQ(recoverAll().unlisted, unlisted);
+            if (needsRoot) return mode(caches, 0755); // an administrator's move leaves no copy
+            EXPECT_EQ(purge.purge({root}).error().kind, QuarantinePurge::Failure::Kind::undoUnknown);
+            EXPECT_EQ(purge.purge({root}, {}, QuarantinePurge::CutOffUndo::keep)->kept, std::vector{root});
+            mode(caches, 0755);
+            EXPECT_EQ(recoverAll().settledReturns.size(), 1u);
+        });
+    }
+}
+
+TEST_F(Recovery, WhatLiesAsideBelongsToTheRunThatHasTheItem) {
+    // Both runs planned to move the item; the later one was interrupted when it had copied it.
+    const std::string place = "/Library/Caches/a", aside = "/Library/Caches/.tidwen-moved-a";
+    const auto later = folder("Notes 2"); // sorted, and so looked at, after the other
+    UndoService::Ports ports{volume.files(), administrator, session, texts, log, clock};
+    for (const bool isLaterWhole : {true, false})
+        for (const bool isUndone : {true, false})
+            for (const bool hasEnded : {true, false}) {
+                SCOPED_TRACE(isLaterWhole);
+                const auto first = moveEntry(1, root, "/Library/Caches/b"),
+                           second = moveEntry(2, root, place);
+                const auto held = moveEntry(1, later, place);
+                ASSERT_TRUE(
+                    writeJournal({.createdAt = runDate, .quarantineRoot = root, .planned = {first, second}},
+                                 root / journalFileName, volume.files()));
+                const auto begun = runDate + std::chrono::seconds(5);
+                if (hasEnded && isLaterWhole)
+                    ASSERT_TRUE(
+                        writeManifest({.createdAt = begun, .quarantineRoot = later, .entries = {held}},
+                                      later / manifestFileName, volume.files()));
+                else
+                    ASSERT_TRUE(writeJournal({.createdAt = begun, .quarantineRoot = later, .planned = {held}},
+                                             later / journalFileName, volume.files()));
+                volume.write(*first.destination, "b");
+                volume.write(aside, "whole");
+                const auto copy = isLaterWhole ? *held.destination : (later / "0001/.tidwen-copy-a").string();
+                volume.write(copy, "whole");
+                for (const auto& path : {aside, copy})
+                    fs::last_write_time(volume.host(path), fs::file_time_type());
+                if (isUndone) {
+                    const auto report = UndoService(ports, alice()).undoRun(root);
+                    ASSERT_TRUE(report);
+                    EXPECT_EQ(std::tuple(report->restoredCount, report->totalCount), std::tuple(1, 1));
+                } else {
+                    const auto outcome = recoverAll();
+                    EXPECT_THAT(outcome.unfinished, IsEmpty());
+                    EXPECT_THAT(outcome.missing, IsEmpty());
+                }
+                EXPECT_FALSE(volume.exists(place));
+                EXPECT_FALSE(volume.exists(aside));
+                EXPECT_EQ(volume.read(*held.destination), "whole");
+                for (const auto& path : {root.string(), later.string(), std::string("/Library/Caches")})
+                    fs::remove_all(volume.host(path));
+            }
 }
 
 TEST_F(Recovery, HistoryCountsWhatIsLeft) {

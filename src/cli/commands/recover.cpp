@@ -37,6 +37,20 @@ void error(const UnfinishedRun& run, const CommandContext& context, const Mac& m
         context.error({"cli.undo.hint %@", {*undo}});
 }
 
+const std::string& line(const Path& place) {
+    return place.string();
+}
+const std::string& line(const std::string& place) {
+    return place;
+}
+
+template<class Places>
+void list(const char* heading, const Places& places, const CommandContext& context) {
+    if (!places.empty()) context.error({heading});
+    for (const auto& place : places)
+        context.console.error("  " + line(place));
+}
+
 /// The first Ctrl-C stops it after the current quarantine folder.
 RecoveryOutcome recover(const CommandContext& context, const System& system) {
     MainQueue main;
@@ -71,11 +85,13 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     // to lock.
     if (system.files.exists(system.user.trash())) lock = lockTrash(system.user, system.files);
     if (!lock) return refuseWithoutLock(context, lock.error());
-    const auto [recovered, unfinished, missing, notBegun, settled, strays] = recover(context, system);
+    const auto [recovered, unfinished, missing, notBegun, settled, strays, unlisted] =
+        recover(context, system);
     if (context.arguments.json) {
         context.console.document(json::document(recovered));
     } else {
-        if (recovered.empty() && unfinished.empty() && settled.empty() && strays.empty() && notBegun.empty())
+        if (recovered.empty() && unfinished.empty() && settled.empty() && strays.empty() && notBegun.empty()
+            && unlisted.empty())
             context.console.line(context.text("cli.recover.none"));
         for (const auto& place : settled)
             context.console.line(context.text("cli.recover.settled %@", {place.string()}));
@@ -84,14 +100,11 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     }
     for (const auto& run : unfinished)
         error(run, context, mac);
-    if (!missing.empty()) context.error({"cli.recover.missing"});
-    for (const auto& item : missing)
-        context.console.error("  " + item);
-    if (!strays.empty()) context.error({"cli.recover.strayCopies"});
-    for (const auto& copy : strays)
-        context.console.error("  " + copy.string());
+    list("cli.recover.missing", missing, context);
+    list("cli.recover.strayCopies", strays, context);
+    list("cli.recover.unlisted", unlisted, context);
     if (!notBegun.empty()) context.error({"cli.recover.stopped %lld", {std::to_string(notBegun.size())}});
-    return unfinished.empty() && missing.empty() && strays.empty() && notBegun.empty()
+    return unfinished.empty() && missing.empty() && strays.empty() && unlisted.empty() && notBegun.empty()
                ? ExitStatus::done
                : ExitStatus::someFailed;
 }

@@ -1,0 +1,66 @@
+#include "quarantine/held_items.h"
+
+#include "platform/budgeted_files.h"
+#include "posix/copied_move.h"
+#include "quarantine/quarantine_layout.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace tidwen {
+
+namespace {
+
+/// The item itself, or what a move between disks into or out of quarantine left on its way.
+bool holds(const Path& destination, const FileSystem& files) {
+    return files.exists(destination) || files.isSetAside(destination)
+           || files.exists(destination.parent() / growingCopyName(destination.lastComponent()));
+}
+
+} // namespace
+
+std::optional<Path> HeldItems::holder(const std::string& oldPlace) {
+    return find(oldPlace, [](const Planned&) { return true; });
+}
+
+std::optional<Path> HeldItems::laterHolder(const std::string& oldPlace, const Path& root, Timestamp since) {
+    return find(oldPlace, [&](const Planned& planned) {
+        return planned.root != root && planned.createdAt >= since;
+    });
+}
+
+std::optional<Path> HeldItems::find(const std::string& oldPlace, const Test& isMeant) {
+    if (!isRead_) read();
+    const auto known = planned_.find(oldPlace);
+    if (known == planned_.end()) return std::nullopt;
+    for (const auto& planned : known->second)
+        if (isMeant(planned) && holds(planned.destination, files_)) return planned.destination;
+    return std::nullopt;
+}
+
+void HeldItems::read() {
+    isRead_ = true;
+    const BudgetedFiles budgeted(files_);
+    const auto add = [&](const Path& root, Timestamp createdAt, const std::vector<ManifestEntry>& entries) {
+        for (const auto& entry : entries)
+            if (entry.kind == ManifestEntryKind::move && entry.destination)
+                planned_[entry.source].push_back({root, createdAt, Path(*entry.destination)});
+    };
+    for (const auto& root : listQuarantineFolders(user_, files_).value_or(std::vector<Path>()))
+        if (const auto manifest = readManifest(root, budgeted))
+            add(root, manifest->createdAt, manifest->entries);
+        else if (const auto journal = readJournal(root, budgeted))
+            add(root, journal->createdAt, journal->planned);
+    for (auto& [oldPlace, planned] : planned_)
+        std::ranges::stable_sort(planned, std::greater{}, &Planned::createdAt);
+}
+
+void dropHeldByLaterRuns(std::vector<ManifestEntry>& entries, const Path& root, Timestamp createdAt,
+                         HeldItems& held) {
+    std::erase_if(entries, [&](const ManifestEntry& entry) {
+        return entry.isMissing
+               && held.laterHolder(entry.plistPath.value_or(entry.source), root, createdAt).has_value();
+    });
+}
+
+} // namespace tidwen

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/user_environment.h"
+#include "quarantine/manifest.h"
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tidwen {
+
+/// Which run of a Trash has the item of an old place. An item set aside beside its old place does not say to
+/// which run it belongs, and several runs may have planned to move it. Reads the documents of all runs on
+/// first use, within a read budget; looks at the items each time.
+class HeldItems {
+  public:
+    HeldItems(const UserEnvironment& user, const FileSystem& files) : user_(user), files_(files) {}
+
+    /// The place in quarantine of the newest run that has the item, or a copy of it that is not complete.
+    std::optional<Path> holder(const std::string& oldPlace);
+    /// The same for runs other than that in `root` that were begun at `since` or later.
+    std::optional<Path> laterHolder(const std::string& oldPlace, const Path& root, Timestamp since);
+
+  private:
+    struct Planned {
+        Path root;
+        Timestamp createdAt;
+        Path destination;
+    };
+    using Test = std::function<bool(const Planned&)>;
+    std::optional<Path> find(const std::string& oldPlace, const Test& isMeant);
+    void read();
+
+    const UserEnvironment& user_;
+    const FileSystem& files_;
+    bool isRead_ = false;
+    std::map<std::string, std::vector<Planned>> planned_; ///< by old place, newest run first
+};
+
+/// Drops the missing entries of the run in `root`, begun at `createdAt`, whose items a later run moved, and
+/// the jobs of such items.
+void dropHeldByLaterRuns(std::vector<ManifestEntry>& entries, const Path& root, Timestamp createdAt,
+                         HeldItems& held);
+
+} // namespace tidwen
