@@ -45,6 +45,8 @@ void printUnsearchable(const ScanResult& result, const CommandContext& context) 
         print("review.genericName.title", "review.genericName.body %@", result.target.name);
     if (result.identifierMatchingDisabled)
         print("review.noIdentifier.title", "review.noIdentifier.body %@", result.target.bundleID);
+    for (const auto& helper : result.unusableHelpers)
+        print("review.noIdentifier.title", "review.noIdentifier.body %@", helper);
 }
 
 void printUnseen(const Unseen& unseen, const CommandContext& context) {

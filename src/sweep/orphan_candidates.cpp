@@ -3,6 +3,7 @@
 #include "base/text.h"
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/container_identity.h"
+#include "scan/applications/identifier_form.h"
 #include "scan/applications/launch_item.h"
 #include "scan/applications/shared_names.h"
 #include "scan/matching/residue_matcher.h"
@@ -154,7 +155,7 @@ class LocationReader {
         if (name.starts_with('.') || plist.lowercasedExtension() != "plist") return;
         const auto job = readLaunchItem(files_, plist, location_.isSystemDomain);
         auto identifier = job ? lowercased(job->label) : std::string();
-        if (!isReverseDns(identifier)) return;
+        if (!isReverseDns(identifier) || !isIdentifier(identifier)) return;
         found_.identified.push_back({std::move(identifier),
                                      applicationInPath(job->programPath.value_or("")),
                                      {},

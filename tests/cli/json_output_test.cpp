@@ -62,6 +62,7 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
     result.unreadableLocations = {Path("/Library/Caches")};
     result.skippedNames = {Path("/Library/\xff")};
     result.leftOut = 3;
+    result.unusableHelpers = {"com.example.plugin"};
     result.owners.unreadable = {Path("/Users/bob/Applications")};
     result.immovable = {ImmovableApplication::Reason::protectedPlace, Path("/Users/alice/Downloads/A.app")};
     result.permissions = {.grants = {{"kTCCServiceCamera", {PermissionGrant::State::Kind::unknown, 4}}},
@@ -80,6 +81,7 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
                           "absent": []},
         "immovable": {"reason": "protectedPlace", "place": "/Users/alice/Downloads/A.app"},
         "isProtected": false, "nameMatchingDisabled": false, "identifierMatchingDisabled": false,
+        "unusableHelpers": ["com.example.plugin"],
         "permissions": {"grants": [{"service": "kTCCServiceCamera", "state": {"kind": "unknown", "value": 4},
                                     "scope": "user", "isPathClient": false}],
                         "unreadable": ["system"]}}])"));

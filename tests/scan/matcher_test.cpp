@@ -146,6 +146,12 @@ TEST(ResidueMatcher, MatchesNoCommonOrShortNames) {
     }
 }
 
+TEST(ResidueMatcher, NamesTheHelpersByWhichItLooksForNothing) {
+    const ResidueMatcher matcher(targetNamed("com.example.app", "Marlin Notes"), {},
+                                 {"com.Example.plugin", "com.example.helper"});
+    EXPECT_EQ(matcher.unusableHelpers(), std::vector<std::string>{"com.Example.plugin"});
+}
+
 TEST(ResidueMatcher, ComparesNamesAsPeopleSeeThem) {
     // Composed in the bundle, decomposed on the disk, and vice versa.
     const std::string composedName = "Caf\xC3\xA9 \xC3\x9C"

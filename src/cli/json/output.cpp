@@ -37,6 +37,7 @@ Value object(const ScanResult& result) {
                  {"isProtected", result.isProtected},
                  {"nameMatchingDisabled", result.nameMatchingDisabled},
                  {"identifierMatchingDisabled", result.identifierMatchingDisabled},
+                 {"unusableHelpers", result.unusableHelpers},
                  {"permissions", value(result.permissions)}};
     if (result.immovable)
         fields["immovable"] = {{"reason", std::string(name(result.immovable->reason))},

@@ -155,6 +155,7 @@ ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
     for (const auto& declared : helperBundleIDs) {
         auto lower = folded(declared);
         embedded_.push_back(lower);
+        if (!isIdentifier(lower)) unusableHelpers_.push_back(declared);
         if (!isIdentifier(lower) || others_.hasIdentifier(lower) || isCommonIdentifier(lower)
             || isGuarded(lower))
             continue;

@@ -72,6 +72,9 @@ class ResidueMatcher {
     /// What the target calls its identifier is none, or somebody's whose items are never its own.
     bool identifierMatchingDisabled() const { return identifier_.empty() || isGuarded(identifier_); }
 
+    /// Identifiers of helpers in the target that are none, as declared; nothing is looked for by them.
+    const std::vector<std::string>& unusableHelpers() const { return unusableHelpers_; }
+
     /// The vendor component of the target's identifier in canonical form ("example" of "com.example.app");
     /// empty when it is shorter than 4 characters.
     const std::string& vendor() const { return vendor_; }
@@ -94,6 +97,7 @@ class ResidueMatcher {
     std::string identifier_;        ///< lower-cased; empty when the target has no valid one
     bool identifierIsLong_ = false; ///< enough components for the dotted forms
     IdentifierIndex helpers_;       ///< lower-cased
+    std::vector<std::string> unusableHelpers_;
     std::vector<std::pair<std::string, std::string>> declaredHelpers_; ///< lower-cased → as declared, sorted
     std::vector<std::string> embedded_; ///< lower-cased identifiers of all helpers, sorted
     std::vector<std::string> groups_;   ///< as declared

@@ -176,6 +176,7 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     report(TraceCategory::permissions);
     result.nameMatchingDisabled = matcher.nameMatchingDisabled();
     result.identifierMatchingDisabled = matcher.identifierMatchingDisabled();
+    result.unusableHelpers = matcher.unusableHelpers();
     if (!stop.stopRequested())
         result.permissions = PermissionAudit(ports_.files, user_, ports_.texts).audit(target);
     if (bundles_)

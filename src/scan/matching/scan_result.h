@@ -30,6 +30,8 @@ struct ScanResult {
     bool nameMatchingDisabled = false;
     /// Nor by its identifier: it is none, or is called as a file is.
     bool identifierMatchingDisabled = false;
+    /// Nor by these identifiers of its helpers, for the same reason.
+    std::vector<std::string> unusableHelpers = {};
     PermissionAudit::Result permissions; ///< read again after a removal
 
     /// Every place was searched. What other bundles own may still be unknown (`owners`).
