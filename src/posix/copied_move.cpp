@@ -23,9 +23,11 @@ namespace {
 /// Give up with this many remains of one item; another move would only make it worse.
 constexpr int lastAside = 9;
 
+constexpr std::string_view asidePrefix = ".tidwen-moved";
+
 /// The number comes before the hyphen; after it, it could be the beginning of another item's name.
 std::string asideName(const std::string& name, int number) {
-    return nameBeside(number == 1 ? ".tidwen-moved-" : fmt::format(".tidwen-moved{}-", number), name);
+    return nameBeside(fmt::format("{}{}-", asidePrefix, number == 1 ? "" : std::to_string(number)), name);
 }
 
 /// Gives an item that was set aside its own name again. If that has been taken meanwhile, by an application
@@ -244,6 +246,14 @@ class CopiedMove {
 
 std::string growingCopyName(const std::string& name) {
     return nameBeside(growingCopyPrefix, name);
+}
+
+std::optional<std::string> nameOnItsWay(std::string_view entry) {
+    if (entry.starts_with(growingCopyPrefix)) return std::string(entry.substr(growingCopyPrefix.size()));
+    if (!entry.starts_with(asidePrefix)) return std::nullopt;
+    entry.remove_prefix(asidePrefix.size());
+    if (!entry.empty() && entry.front() >= '2' && entry.front() <= '0' + lastAside) entry.remove_prefix(1);
+    return entry.starts_with('-') ? std::optional(std::string(entry.substr(1))) : std::nullopt;
 }
 
 MoveResult moveByCopy(const MoveEnd& from, const MoveEnd& to) {

@@ -3,6 +3,7 @@
 #include "platform/file_system.h"
 #include "posix/root_resolver.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +20,10 @@ struct MoveEnd {
 inline constexpr std::string_view growingCopyPrefix = ".tidwen-copy-";
 /// The name of an incomplete copy of `name`, shortened where it would be too long.
 std::string growingCopyName(const std::string& name);
+
+/// The item's name in the name of its incomplete copy, or of an original set aside; nullopt for other names.
+/// A shortened name gives what is left of it.
+std::optional<std::string> nameOnItsWay(std::string_view entry);
 
 /// Moves an item to another disk. A copy is written to ".tidwen-copy-<name>" in the destination's folder with
 /// everything the original has, flushed and compared; then the original is renamed to ".tidwen-moved-<name>"

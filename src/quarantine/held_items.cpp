@@ -24,9 +24,8 @@ std::optional<Path> HeldItems::holder(const std::string& oldPlace) {
 }
 
 std::optional<Path> HeldItems::laterHolder(const std::string& oldPlace, const Path& root, Timestamp since) {
-    return find(oldPlace, [&](const Planned& planned) {
-        return planned.root != root && planned.createdAt >= since;
-    });
+    return find(oldPlace,
+                [&](const Planned& planned) { return planned.root != root && planned.createdAt >= since; });
 }
 
 std::optional<Path> HeldItems::find(const std::string& oldPlace, const Test& isMeant) {

@@ -1,6 +1,7 @@
 #include "quarantine/interrupted_return.h"
 
 #include "base/numbered_name.h"
+#include "base/text.h"
 #include "posix/copied_move.h"
 #include "quarantine/interrupted_move.h"
 
@@ -67,15 +68,21 @@ std::vector<InterruptedReturn> InterruptedReturns::of(const std::vector<Manifest
         for (int number = 1; number <= lastNumberTried && !copies.empty(); ++number) {
             if (number > 1 && ++numbersTried_ > mostNumbersTried) break;
             const Path to = numberedName(source, number);
-            if (const auto copy = copies.find(growingCopyName(to.lastComponent())); copy != copies.end())
-                found.push_back({Path(*entry.destination), to, source.parent() / *copy});
+            const auto name = growingCopyName(to.lastComponent());
+            const auto alike = copies.find(fileNameKey(name));
+            if (alike == copies.end()) continue;
+            const bool isExact = alike->second.contains(name);
+            const auto& copy = isExact ? name : *alike->second.begin();
+            found.push_back({Path(*entry.destination),
+                             isExact ? to : source.parent() / nameOnItsWay(copy).value_or(to.lastComponent()),
+                             source.parent() / copy});
         }
     }
     return found;
 }
 
 /// Keyed by the resolved folder, so that links do not cause repeated listings.
-const std::set<std::string>& InterruptedReturns::copiesIn(const Path& folder) {
+const InterruptedReturns::Copies& InterruptedReturns::copiesIn(const Path& folder) {
     const auto [real, isNewName] = real_.try_emplace(folder, folder);
     if (isNewName) real->second = files_.resolve(folder).value_or(folder);
     const auto [copies, isNew] = copies_.try_emplace(real->second);
@@ -83,7 +90,8 @@ const std::set<std::string>& InterruptedReturns::copiesIn(const Path& folder) {
     const auto entries = files_.list(real->second);
     if (!entries && !isAbsence(entries.error().fault)) unlistable_.insert(folder);
     for (const auto& entry : entries.value_or(std::vector<DirectoryEntry>()))
-        if (entry.name.starts_with(growingCopyPrefix)) copies->second.insert(entry.name);
+        if (entry.name.starts_with(growingCopyPrefix))
+            copies->second[fileNameKey(entry.name)].insert(entry.name);
     return copies->second;
 }
 

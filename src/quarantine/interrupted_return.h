@@ -21,7 +21,8 @@ struct InterruptedReturn {
     friend bool operator==(const InterruptedReturn&, const InterruptedReturn&) = default;
 };
 
-/// Finds such copies. Caches each folder's listing, so use it for one moment only.
+/// Finds such copies, comparing names as a Mac's file systems do. Caches each folder's listing, so use it for
+/// one moment only.
 class InterruptedReturns {
   public:
     explicit InterruptedReturns(const FileSystem& files) : files_(files) {}
@@ -33,11 +34,12 @@ class InterruptedReturns {
     const std::set<Path>& unlisted() const { return unlisted_; }
 
   private:
-    const std::set<std::string>& copiesIn(const Path& folder);
+    using Copies = std::map<std::string, std::set<std::string>>; ///< names of copies by their keys
+    const Copies& copiesIn(const Path& folder);
 
     const FileSystem& files_;
-    std::map<Path, Path> real_;                    ///< by the folder as recorded
-    std::map<Path, std::set<std::string>> copies_; ///< names in a resolved folder
+    std::map<Path, Path> real_;     ///< by the folder as recorded
+    std::map<Path, Copies> copies_; ///< by the resolved folder
     std::set<Path> unlistable_, unlisted_;
     int numbersTried_ = 0;
 };

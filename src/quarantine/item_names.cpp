@@ -1,8 +1,7 @@
 #include "quarantine/item_names.h"
 
 #include "base/path_key.h"
-
-#include <algorithm>
+#include "posix/copied_move.h"
 
 namespace tidwen {
 
@@ -14,11 +13,13 @@ std::string keyOf(const std::string& name) {
 
 } // namespace
 
-const ItemNames::NamesByKey& ItemNames::namesIn(const Path& folder) {
+const ItemNames::Names& ItemNames::namesIn(const Path& folder) {
     const auto [known, isNew] = known_.try_emplace(folder);
-    if (isNew)
-        for (const auto& entry : files_.list(folder).value_or(std::vector<DirectoryEntry>{}))
-            known->second[keyOf(entry.name)].push_back(entry.name);
+    if (!isNew) return known->second;
+    for (const auto& entry : files_.list(folder).value_or(std::vector<DirectoryEntry>{})) {
+        known->second.items[keyOf(entry.name)].insert(entry.name);
+        if (const auto name = nameOnItsWay(entry.name)) known->second.onTheirWay[keyOf(*name)].insert(*name);
+    }
     return known->second;
 }
 
@@ -28,11 +29,17 @@ ItemNames::Found ItemNames::find(const Path& root, const Path& item) {
     Path place = root;
     for (auto i = root.components().size(); i < components.size(); ++i) {
         const auto& names = namesIn(place);
-        const auto found = names.find(keyOf(components[i]));
-        if (found == names.end()) return {.place = item};
-        const bool isExact = std::ranges::find(found->second, components[i]) != found->second.end();
+        const auto key = keyOf(components[i]);
+        const auto found = names.items.find(key);
+        if (found == names.items.end()) {
+            const auto onItsWay = names.onTheirWay.find(key);
+            const bool isKnown = onItsWay != names.onTheirWay.end() && onItsWay->second.size() == 1;
+            return {.place =
+                        isKnown && i + 1 == components.size() ? place / *onItsWay->second.begin() : item};
+        }
+        const bool isExact = found->second.contains(components[i]);
         if (!isExact && found->second.size() > 1) return {.place = item, .isAmbiguous = true};
-        place = place / (isExact ? components[i] : found->second.front());
+        place = place / (isExact ? components[i] : *found->second.begin());
     }
     return {.place = place, .isThere = true};
 }

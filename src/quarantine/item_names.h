@@ -3,8 +3,8 @@
 #include "platform/file_system.h"
 
 #include <map>
+#include <set>
 #include <string>
-#include <vector>
 
 namespace tidwen {
 
@@ -22,15 +22,20 @@ class ItemNames {
     };
 
     /// Finds `item` within `root`: by its exact name, else each component as the only entry of its folder
-    /// with a name that a Mac's file systems treat as equal.
+    /// with a name that a Mac's file systems treat as equal. An item that is only there as a copy that is not
+    /// complete, or set aside, has the name that these give it.
     Found find(const Path& root, const Path& item);
 
   private:
-    using NamesByKey = std::map<std::string, std::vector<std::string>>;
-    const NamesByKey& namesIn(const Path& folder);
+    using NamesByKey = std::map<std::string, std::set<std::string>>;
+    struct Names {
+        NamesByKey items;
+        NamesByKey onTheirWay; ///< of items moved between disks
+    };
+    const Names& namesIn(const Path& folder);
 
     const FileSystem& files_;
-    std::map<Path, NamesByKey> known_;
+    std::map<Path, Names> known_;
 };
 
 } // namespace tidwen

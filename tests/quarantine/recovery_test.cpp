@@ -453,6 +453,43 @@ TEST_F(Recovery, WhatLiesAsideBelongsToTheRunThatHasTheItem) {
             }
 }
 
+TEST_F(Recovery, FindsWhatWasOnItsWayUnderNamesThatAnotherDiskSpelled) {
+    const std::string composed = "Caf\u00e9", decomposed = "Cafe\u0301", caches = "/Library/Caches/";
+    const auto entry = moveEntry(1, root, caches + composed);
+    const auto inQuarantine = [&](const std::string& name) { return (root / "0001" / name).string(); };
+    const struct {
+        const char* what;
+        bool hasEnded;
+        std::string lying, with; ///< two paths, one content
+        std::string then;        ///< all that is left
+    } cases[] = {
+        {"set aside by an undo", true, inQuarantine(".tidwen-moved-" + decomposed),
+         caches + ".tidwen-copy-" + composed, caches + composed},
+        {"copied by an undo", true, inQuarantine(composed), caches + ".tidwen-copy-" + decomposed,
+         inQuarantine(composed)},
+        {"copied by a removal", false, inQuarantine(".tidwen-copy-" + decomposed), caches + composed,
+         caches + composed},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        if (c.hasEnded)
+            ASSERT_TRUE(writeManifest({.createdAt = runDate, .quarantineRoot = root, .entries = {entry}},
+                                      root / manifestFileName, volume.files()));
+        else
+            ASSERT_TRUE(writeJournal({.createdAt = runDate, .quarantineRoot = root, .planned = {entry}},
+                                     root / journalFileName, volume.files()));
+        for (const auto& path : {c.lying, c.with}) {
+            volume.write(path, "whole");
+            fs::last_write_time(volume.host(path), fs::file_time_type());
+        }
+        EXPECT_THAT(recoverAll().unfinished, IsEmpty());
+        for (const auto& path : {c.lying, c.with, c.then})
+            EXPECT_EQ(volume.exists(path), path == c.then) << path;
+        for (const auto& path : {root.string(), caches})
+            fs::remove_all(volume.host(path));
+    }
+}
+
 TEST_F(Recovery, HistoryCountsWhatIsLeft) {
     auto unplaced = moveEntry(4, root, "/Library/Caches/d");
     unplaced.destination.reset();
