@@ -3,6 +3,7 @@
 #include "quarantine/history.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/recovery.h"
+#include "quarantine/restore_target.h"
 #include "quarantine/undo_service.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
@@ -100,6 +101,18 @@ TEST_F(Undo, WhatItLeavesWhenItIsToldToStopComesBackLater) {
                                         "/Library/Caches/third: failure.stopped"}));
     EXPECT_THAT(administrator.batches, IsEmpty());
     EXPECT_EQ(service.undo(manifest).restoredCount, 2);
+}
+
+TEST_F(Undo, NoJobIsLeftToLoadWhereNoneRuns) {
+    const std::string agent = "/Users/alice/Library/LaunchAgents/agent.plist";
+    quarantined(1, agent);
+    manifest.entries.push_back(bootoutEntry(2, "agent", false, agent));
+    StopSource stop;
+    UndoService service({volume.files(), administrator, session, texts, log, clock, false}, alice());
+    const auto report =
+        service.undo(manifest, {}, {stop.token(), [&](const StepProgress&) { stop.requestStop(); }});
+    EXPECT_EQ(report, (UndoReport{.restoredCount = 1, .totalCount = 1, .failures = {}, .relaunchedJobs = 1}));
+    EXPECT_THAT(session.batches, IsEmpty());
 }
 
 TEST_F(Undo, ReportsEveryStepThatFailsAndGoesOn) {

@@ -1,0 +1,353 @@
+#include "quarantine/undo_run.h"
+
+#include "base/path_key.h"
+#include "operations/screened_move.h"
+#include "operations/stepwise_run.h"
+#include "platform/file_absence.h"
+#include "posix/copied_bytes.h"
+#include "quarantine/earlier_undo.h"
+#include "quarantine/held_items.h"
+#include "quarantine/interrupted_return.h"
+#include "quarantine/item_names.h"
+#include "quarantine/operation_numbers.h"
+#include "quarantine/restore_order.h"
+#include "quarantine/restore_target.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace tidwen {
+
+namespace {
+
+constexpr const char* notInQuarantineKey = "failure.notInQuarantine";
+constexpr const char* severalOfTheNameKey = "failure.severalInQuarantine";
+constexpr const char* strayCopyKey = "failure.undo.strayCopy %@";
+constexpr const char* outerNotRestoredKey = "failure.outerNotRestored";
+constexpr const char* moveUnfinishedKey = "failure.moveUnfinished";
+constexpr const char* remainsInQuarantineKey = "failure.remainsInQuarantine";
+
+/// launchd loads jobs only from these folders. A manifest that requests another file, possibly as root, is
+/// forged.
+bool isLaunchFolder(const Path& folder, const Path& home, bool isSystemDomain) {
+    const auto is = [key = pathKey(folder)](const Path& place) { return key == pathKey(place); };
+    if (is(Path("/Library/LaunchDaemons")) || is(Path("/Library/LaunchAgents"))) return true;
+    return !isSystemDomain && is(home / "Library/LaunchAgents");
+}
+
+/// One complete undo.
+class UndoRun {
+  public:
+    UndoRun(UndoService::Ports& ports, const UserEnvironment& user, const Manifest& manifest,
+            const ItemChoice& items, const StepControl& control)
+        : ports_(ports),
+          user_(user),
+          policy_(user, ports.files),
+          manifest_(manifest),
+          items_(items),
+          steps_(control),
+          numbers_(manifest),
+          names_(ports.files),
+          held_(user, ports.files),
+          earlier_(ports.files, policy_) {}
+
+    UndoReport run() {
+        report_.mayHaveLost =
+            std::ranges::any_of(manifest_.apps, [](const AppRecord& app) { return !app.bundleID.empty(); });
+        const auto order = chosenSteps();
+        steps_.expect(order.size() + chosenJobs().size());
+        for (const auto& step : order)
+            if (!step.afterBatch) restore(step);
+        queueJobs(true);
+        runQueued(ports_.privilegedRunner);
+        for (const auto& step : order)
+            if (step.afterBatch) restore(step);
+        revealRemains();
+        queueJobs(false);
+        runQueued(ports_.userRunner);
+        steps_.finish();
+        removeEmptiedFolders();
+        return std::move(report_);
+    }
+
+    UndoPlan plan() {
+        UndoPlan plan;
+        for (const auto& step : chosenSteps()) {
+            if (isBack(step))
+                ++plan.alreadyBack;
+            else
+                plan.items.push_back(planned(step));
+        }
+        if (!ports_.runsJobs) return plan;
+        std::set<std::string> returning;
+        for (const auto& item : plan.items)
+            if (!item.problem) returning.insert(item.oldPlace.string());
+        for (const auto* job : chosenJobs())
+            if (returning.contains(*job->plistPath) || ports_.files.exists(Path(*job->plistPath)))
+                plan.jobs.push_back(job->launchLabel.value_or(job->source));
+        return plan;
+    }
+
+  private:
+    bool isChosen(const std::string& oldPlace) const { return items_.empty() || items_.contains(oldPlace); }
+
+    std::vector<RestoreStep> chosenSteps() const {
+        auto order = restoreOrder(manifest_.entries);
+        std::erase_if(order, [&](const RestoreStep& step) { return !isChosen(step.entry->source); });
+        return order;
+    }
+
+    bool isBack(const RestoreStep& step) const {
+        const Path from(*step.entry->destination);
+        return isMissing(from) && !ports_.files.isSetAside(from)
+               && ports_.files.exists(Path(step.entry->source));
+    }
+
+    /// What `restore` would do, without changing anything.
+    PlannedReturn planned(const RestoreStep& step) {
+        const Path from(*step.entry->destination), source(step.entry->source);
+        PlannedReturn result{
+            .oldPlace = source, .quarantined = from, .requiresRoot = step.entry->requiresRoot};
+        const bool isOnItsWay =
+            ports_.files.isSetAside(from) || (ports_.files.isSetAside(source) && !isAnothers(from, source));
+        const bool isGone = isMissing(from) && !isOnItsWay;
+        const bool outerStays =
+            step.outer && !isChosen(step.outer->source) && !isMissing(Path(*step.outer->destination));
+        if (isGone)
+            result.problem = {notFoundKey(from)};
+        else if (isBlocked(from, source))
+            result.problem = {blockedBySafetyPolicyKey};
+        else if (outerStays)
+            result.problem = {outerNotRestoredKey};
+        if (result.problem) return result;
+        result.destination = isMissing(from) // and on its way
+                                 ? source
+                                 : restoreTarget(source, ports_.files, taken_, nextNumber_[source]);
+        taken_.insert(*result.destination);
+        if (const auto copy =
+                isMissing(from) ? std::nullopt : strayCopy(from, *result.destination, ports_.files))
+            result.problem = {strayCopyKey, {copy->string()}};
+        return result;
+    }
+
+    const char* notFoundKey(const Path& quarantined) {
+        return names_.find(manifest_.quarantineRoot, quarantined).isAmbiguous ? severalOfTheNameKey
+                                                                              : notInQuarantineKey;
+    }
+
+    struct Queued {
+        RemovalOperation operation;
+        std::string path; ///< reported with a failure
+    };
+
+    void restore(const RestoreStep& step) {
+        const ManifestEntry& entry = *step.entry;
+        ++report_.totalCount;
+        const Path from(*entry.destination);
+        const Path source(entry.source);
+        // Checked first: the policy is more expensive, and a manifest may name any number of missing items.
+        if (isMissing(from) && !ports_.files.isSetAside(from)) return restoreMissing(from, source);
+        if (steps_.isStopped()) return fail(entry.source, {stoppedKey});
+        if (isBlocked(from, source)) return fail(entry.source, {blockedBySafetyPolicyKey});
+        if (isMissing(from) && earlier_.finishMove(from, source)) return countRestored(from, source);
+        if (isMissing(from)) return fail(entry.source, {moveUnfinishedKey});
+
+        if (const auto place = earlier_.finishLink(from, source))
+            return countRestored({.source = from, .destination = *place}, source);
+        if (mustWait(step)) return fail(entry.source, {outerNotRestoredKey});
+        const operation::Move move{
+            .source = from, .destination = restoreTarget(source, ports_.files, taken_, nextNumber_[source])};
+        taken_.insert(move.destination);
+        if (isBlocked(from, move.destination)) return fail(entry.source, {blockedBySafetyPolicyKey});
+        if (const auto copy = strayCopy(from, move.destination, ports_.files))
+            return fail(entry.source, {strayCopyKey, {copy->string()}});
+        if (entry.requiresRoot) return queue(move, entry);
+        steps_.begin(kindName(move), entry.source);
+        const CopiedBytes copied([this](std::uint64_t bytes) { steps_.tellCopied(bytes); });
+        if (const auto failure = screenedMove(move, ports_.files, policy_, ports_.log))
+            return fail(entry.source, *failure);
+        countRestored(move, source);
+    }
+
+    /// Not in quarantine: already put back, set aside on its way, or missing.
+    void restoreMissing(const Path& from, const Path& source) {
+        if (ports_.files.exists(source)) {
+            ++report_.alreadyBack;
+            --report_.totalCount;
+        } else if (!ports_.files.isSetAside(source) || isAnothers(from, source)) {
+            fail(source.string(), {notFoundKey(from)});
+        } else if (isBlocked(from, source)) {
+            fail(source.string(), {blockedBySafetyPolicyKey});
+        } else if (reveal(source)) {
+            ++report_.restoredCount;
+        } else {
+            fail(source.string(), {moveUnfinishedKey});
+        }
+    }
+
+    /// Whether what lies aside beside the old place of an item belongs to another run, which has the item.
+    bool isAnothers(const Path& from, const Path& source) {
+        const auto holder = held_.holder(source.string());
+        return holder && *holder != from;
+    }
+
+    /// Renames what a move between disks left aside to its own name, or a free one beside it.
+    bool reveal(const Path& source) {
+        const auto real = ports_.files.resolveParent(source);
+        const auto places = real ? ports_.files.revealRemains(*real) : tl::unexpected(real.error());
+        if (!places) return false;
+        for (const auto& place : *places)
+            if (place != *real) report_.renamed.push_back(place);
+        return true;
+    }
+
+    /// Writes into an item during its removal are put beside it.
+    void revealRemains() {
+        for (const auto& entry : manifest_.entries) {
+            if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
+            if (!isChosen(entry.source)) continue;
+            const Path source(entry.source);
+            if (!ports_.files.isSetAside(source) || !isMissing(Path(*entry.destination))) continue;
+            if (isAnothers(Path(*entry.destination), source)) continue;
+            if (isBlocked(Path(*entry.destination), source)) continue;
+            if (!reveal(source)) fail(entry.source, {moveUnfinishedKey});
+        }
+    }
+
+    void countRestored(const operation::Move& move, const Path& oldPlace) {
+        countRestored(move.source, oldPlace);
+        if (move.destination != oldPlace) report_.renamed.push_back(move.destination);
+    }
+
+    /// The item is complete; remains in quarantine are reported as well.
+    void countRestored(const Path& from, const Path& oldPlace) {
+        ++report_.restoredCount;
+        if (ports_.files.isSetAside(from)) fail(oldPlace.string(), {remainsInQuarantineKey});
+    }
+
+    /// Put back before its enclosing folder, it would take that folder's place. Within the batch the order of
+    /// steps is sufficient.
+    bool mustWait(const RestoreStep& step) const {
+        if (!step.outer) return false;
+        const bool isInBatch = step.outer->requiresRoot && isChosen(step.outer->source);
+        if (isInBatch && step.entry->requiresRoot) return false;
+        return !isMissing(Path(*step.outer->destination));
+    }
+
+    /// Other faults are left to the move: an administrator may have access.
+    bool isMissing(const Path& item) const { return tidwen::isMissing(ports_.files, item); }
+
+    bool isBlocked(const Path& from, const Path& to) {
+        if (policy_.checkMove(from, to, ports_.files)) return false;
+        ports_.log.warning("Undo move blocked by path policy: {}", to.string());
+        return true;
+    }
+
+    void queue(operation::Move move, const ManifestEntry& entry) {
+        queued_.push_back({{.id = numbers_.prefer(entry.operationID),
+                            .kind = std::move(move),
+                            .requiresRoot = true,
+                            .displayName = entry.source,
+                            .bundleID = {}},
+                           entry.source});
+    }
+
+    /// Jobs whose property lists this undo puts back, or an earlier one did.
+    std::vector<const ManifestEntry*> chosenJobs() const {
+        std::vector<const ManifestEntry*> jobs;
+        for (const auto& entry : manifest_.entries)
+            if (entry.kind == ManifestEntryKind::bootout && entry.plistPath && isChosen(*entry.plistPath))
+                jobs.push_back(&entry);
+        return jobs;
+    }
+
+    void queueJobs(bool isSystemDomain) {
+        // The batch that loads system jobs also puts their files back.
+        std::set<std::string> returning;
+        for (const auto& each : queued_)
+            returning.insert(each.path);
+        for (const auto* job : chosenJobs()) {
+            const auto& entry = *job;
+            if (entry.isSystemDomain != isSystemDomain) continue;
+            const Path plist(*entry.plistPath);
+            if (!returning.contains(*entry.plistPath) && !ports_.files.exists(plist)) continue;
+            if (!isLaunchFolder(plist.parent(), user_.home, isSystemDomain)) {
+                ports_.log.warning("Undo loads no job from {}", plist.string());
+                continue;
+            }
+            if (!ports_.runsJobs) { // its property list is all that is needed
+                ++report_.relaunchedJobs;
+                continue;
+            }
+            queued_.push_back({{.id = numbers_.fresh(),
+                                .kind = operation::Bootstrap{plist, isSystemDomain},
+                                .requiresRoot = isSystemDomain,
+                                .displayName = entry.launchLabel.value_or(plist.string()),
+                                .bundleID = {}},
+                               plist.string()});
+        }
+    }
+
+    void runQueued(PrivilegedRunner& runner) {
+        const auto queued = std::exchange(queued_, {});
+        if (queued.empty()) return;
+        std::vector<RemovalOperation> operations;
+        operations.reserve(queued.size());
+        for (const auto& each : queued)
+            operations.push_back(each.operation);
+        const auto results = runStepwise(runner, operations, steps_);
+        for (std::size_t i = 0; i < queued.size(); ++i) {
+            const auto* move = std::get_if<operation::Move>(&queued[i].operation.kind);
+            if (i < results.size() && results[i].succeeded)
+                move ? countRestored(*move, Path(queued[i].path)) : void(++report_.relaunchedJobs);
+            else
+                fail(queued[i].path, i < results.size()
+                                         ? results[i].failureReason.value_or(Message{"failure.unknown"})
+                                         : Message{"failure.unknown"});
+        }
+    }
+
+    void fail(const std::string& path, const Message& reason) { report_.failures.push_back({path, reason}); }
+
+    /// Removes the numbered folders that are empty.
+    void removeEmptiedFolders() {
+        for (const auto& entry : manifest_.entries) {
+            if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
+            Path folder = Path(*entry.destination).parent();
+            while (folder != manifest_.quarantineRoot && folder.isWithin(manifest_.quarantineRoot)
+                   && ports_.files.removeEmptyDirectory(folder))
+                folder = folder.parent();
+        }
+    }
+
+    UndoService::Ports& ports_;
+    const UserEnvironment& user_;
+    PathPolicy policy_;
+    const Manifest& manifest_;
+    const ItemChoice& items_;
+    StepCounter steps_;
+    OperationNumbers numbers_;
+    ItemNames names_;
+    HeldItems held_;
+    EarlierUndo earlier_;
+    std::set<Path> taken_;
+    std::map<Path, int> nextNumber_; ///< by old place: all lower numbers are taken
+    std::vector<Queued> queued_;
+    UndoReport report_;
+};
+
+} // namespace
+
+UndoReport undoItems(UndoService::Ports& ports, const UserEnvironment& user, const Manifest& manifest,
+                     const ItemChoice& items, const StepControl& control) {
+    return UndoRun(ports, user, manifest, items, control).run();
+}
+
+UndoPlan planUndo(UndoService::Ports& ports, const UserEnvironment& user, const Manifest& manifest,
+                  const ItemChoice& items) {
+    return UndoRun(ports, user, manifest, items, {}).plan();
+}
+
+} // namespace tidwen

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "quarantine/undo_service.h"
+
+namespace tidwen {
+
+/// One undo of a manifest that is current, without locking or reading documents. The manifest is untrusted:
+/// the safety policy checks every move. Blocks.
+UndoReport undoItems(UndoService::Ports& ports, const UserEnvironment& user, const Manifest& manifest,
+                     const ItemChoice& items, const StepControl& control);
+
+/// What it would do. Changes nothing.
+UndoPlan planUndo(UndoService::Ports& ports, const UserEnvironment& user, const Manifest& manifest,
+                  const ItemChoice& items);
+
+} // namespace tidwen
