@@ -32,6 +32,8 @@ QVariant HomeList::data(const QModelIndex& index, int role) const {
         return !row.app;
     case bundleID:
         return row.app ? QString::fromStdString(row.app->bundleID) : QString();
+    case bundle:
+        return row.app ? QByteArray::fromStdString(row.app->url.string()) : QByteArray();
     case isProtected:
         return row.isProtected;
     case tags: {

@@ -10,7 +10,7 @@ namespace tidwen {
 /// The home grid as an item model. A heading is a row that can be neither chosen nor made current.
 class HomeList final : public QAbstractListModel {
   public:
-    enum ItemRole { second = Qt::UserRole, isHeading, bundleID, isProtected, tags };
+    enum ItemRole { second = Qt::UserRole, isHeading, bundleID, bundle, isProtected, tags };
 
     /// `grid`, `texts` and `clock` outlive it.
     HomeList(HomeGridModel& grid, const Texts& texts, const Clock& clock);

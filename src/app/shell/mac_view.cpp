@@ -56,12 +56,12 @@ void MacView::makeScreens() {
     auto& flow = mac_.flow();
     const auto& system = mac_.system();
     const auto showItem = [this](const Path& item) { reveal(item); };
-    applications_ = new ApplicationsScreen(
-        {session.models().homeGrid(), session.preferences(), session.protectedApps(), texts_, system.clock},
-        [this](const auto& bundles) { lookAt(bundles); });
+    applications_ = new ApplicationsScreen({session.models().homeGrid(), session.preferences(),
+                                            session.protectedApps(), mac_.icons(), texts_, system.clock},
+                                           [this](const auto& bundles) { lookAt(bundles); });
     history_ = new HistoryScreen(session.models().history(), texts_, system.user, showItem);
     work_ = new WorkScreen(texts_, system.user, [this] { mac_.flow().stop(); });
-    review_ = new ReviewScreen(flow, texts_, system.user,
+    review_ = new ReviewScreen(flow, mac_.icons(), texts_, system.user,
                                {[this] { confirm(); },
                                 [this] {
                                     std::vector<Path> bundles;
@@ -243,8 +243,8 @@ void MacView::askToQuit() {
 
 void MacView::confirm() {
     if (confirmSheet_) return;
-    confirmSheet_ =
-        openConfirmSheet(window(), mac_.flow().choice(), mac_.system(), [this] { mac_.flow().confirm(); });
+    confirmSheet_ = openConfirmSheet(window(), mac_.flow().choice(), mac_.system(), mac_.icons(),
+                                     [this] { mac_.flow().confirm(); });
 }
 
 void MacView::askToStop(const std::function<void()>& whenStopped) {

@@ -6,6 +6,7 @@ OpenMac::OpenMac(std::unique_ptr<VolumeMac> volume, std::string name, Executor& 
     : volume_(std::move(volume)),
       name_(std::move(name)),
       loop_(main),
+      icons_(volume_->mac().system.workspace, main),
       session_(volume_->mac(), main, InstalledBundles::Looks::many),
       flow_(session_.removalServices(), volume_->mac().system.user),
       chores_(session_.startupServices(), volume_->mac().system.user) {}

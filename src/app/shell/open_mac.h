@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/models/app_icons.h"
 #include "program/session.h"
 #include "program/volume_mac.h"
 
@@ -18,6 +19,7 @@ class OpenMac {
     const std::string& name() const { return name_; } ///< of the volume, as people know it
     std::string userName() const;
     Session& session() { return session_; }
+    AppIcons& icons() { return icons_; }
     RemovalFlowModel& flow() { return flow_; }
     StartupChores& chores() { return chores_; }
     const System& system() { return volume_->mac().system; }
@@ -29,6 +31,7 @@ class OpenMac {
     std::unique_ptr<VolumeMac> volume_;
     std::string name_;
     Executor& loop_;
+    AppIcons icons_;
     Session session_;
     RemovalFlowModel flow_;
     StartupChores chores_;

@@ -65,6 +65,17 @@ QPixmap iconPixmap(const QString& name, int size, const QColor& color, double pi
     return pixmap;
 }
 
+void paintPicture(QPainter& painter, const QRectF& place, const QPixmap& picture) {
+    painter.save();
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawPixmap(place, picture, picture.rect());
+    painter.restore();
+}
+
+int devicePixels(const QPainter& painter, double length) {
+    return qRound(length * painter.device()->devicePixelRatioF());
+}
+
 void paintTile(QPainter& painter, const QRectF& place, const QString& name, const std::string& bundleID) {
     const auto& gradient = gradients[steadyHash(bundleID) % gradients.size()];
     QLinearGradient fill(place.topLeft(), place.bottomLeft());

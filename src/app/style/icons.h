@@ -17,4 +17,9 @@ QPixmap iconPixmap(const QString& name, int size, const QColor& color, double pi
 /// What stands for an application without an icon: its first letter, on a ground that its identifier chooses.
 void paintTile(QPainter& painter, const QRectF& place, const QString& name, const std::string& bundleID);
 
+/// A picture of `devicePixels`, whatever its own pixel ratio.
+void paintPicture(QPainter& painter, const QRectF& place, const QPixmap& picture);
+/// Pixels of the screen that a length takes where `painter` paints.
+int devicePixels(const QPainter& painter, double length);
+
 } // namespace tidwen

@@ -1,23 +1,32 @@
 #pragma once
 
+#include "base/observable.h"
+#include "base/path.h"
+
 #include <QString>
 #include <QWidget>
 #include <string>
 
 namespace tidwen {
 
-/// The picture of one application.
+class AppIcons;
+
+/// The icon of one application, or what stands for it.
 class Tile final : public QWidget {
   public:
-    explicit Tile(int size);
-    void show(const QString& name, const std::string& bundleID);
+    /// `icons` outlives it.
+    Tile(int size, AppIcons& icons);
+    void show(const QString& name, const std::string& bundleID, const Path& bundle);
 
   protected:
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    AppIcons& icons_;
     QString name_;
     std::string bundleID_;
+    Path bundle_;
+    Subscription following_;
 };
 
 } // namespace tidwen

@@ -24,7 +24,7 @@ ApplicationsScreen::ApplicationsScreen(Models models, std::function<void(const s
     : models_(models), look_(std::move(look)), list_(models.grid, models.texts, models.clock) {
     auto* layout = parts::column(this);
     layout->addWidget(makeHeader());
-    cards_ = new CardView;
+    cards_ = new CardView(models_.icons);
     cards_->setObjectName(QStringLiteral("applications"));
     cards_->setAccessibleName(text("window.applications"));
     cards_->setModel(&list_);

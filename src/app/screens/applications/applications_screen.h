@@ -15,6 +15,7 @@ class QStackedLayout;
 
 namespace tidwen {
 
+class AppIcons;
 class CardView;
 class EmptyState;
 class ScreenHeader;
@@ -26,6 +27,7 @@ class ApplicationsScreen final : public QWidget {
         HomeGridModel& grid;
         AppPreferences& preferences;
         ProtectedApps& protectedApps;
+        AppIcons& icons;
         const Texts& texts;
         const Clock& clock;
     };

@@ -1,5 +1,6 @@
 #include "app/screens/applications/card_delegate.h"
 
+#include "app/models/app_icons.h"
 #include "app/models/home_list.h"
 #include "app/style/icons.h"
 #include "app/style/metrics.h"
@@ -57,13 +58,18 @@ void paintTags(QPainter& painter, const QRect& line, int count) {
                     dot / 2.0);
 }
 
-void paintCard(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) {
+void paintCard(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index,
+               AppIcons& icons) {
     paintGround(painter, option);
     const QRect& card = option.rect;
     const auto name = index.data().toString();
     const int tile = scaled(tileSize);
     const QRectF place(card.center().x() - tile / 2.0, card.top() + scaled(padding), tile, tile);
-    paintTile(painter, place, name, index.data(HomeList::bundleID).toString().toStdString());
+    const Path bundle(index.data(HomeList::bundle).toByteArray().toStdString());
+    if (const auto icon = icons.icon(bundle, devicePixels(painter, tile)); !icon.isNull())
+        paintPicture(painter, place, icon);
+    else
+        paintTile(painter, place, name, index.data(HomeList::bundleID).toString().toStdString());
     if (index.data(HomeList::isProtected).toBool()) {
         const QRectF badge(place.right() - scaled(14), place.bottom() - scaled(14), scaled(20), scaled(20));
         fillRounded(painter, badge, colors()[Role::surface], badge.width() / 2);
@@ -107,7 +113,7 @@ void CardDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
     if (index.data(HomeList::isHeading).toBool())
         paintHeading(*painter, option, index);
     else
-        paintCard(*painter, option, index);
+        paintCard(*painter, option, index, icons_);
     painter->restore();
 }
 

@@ -1,5 +1,6 @@
 #include "app/screens/applications/card_view.h"
 
+#include "app/models/app_icons.h"
 #include "app/screens/applications/card_delegate.h"
 #include "app/style/metrics.h"
 
@@ -24,8 +25,9 @@ int stepY() {
 
 } // namespace
 
-CardView::CardView(QWidget* parent) : QListView(parent) {
-    setItemDelegate(new CardDelegate(this));
+CardView::CardView(AppIcons& icons)
+    : following_(icons.arrived.connect([this](const Path&) { viewport()->update(); })) {
+    setItemDelegate(new CardDelegate(icons, this));
     setSelectionMode(ExtendedSelection);
     setFrameShape(QFrame::NoFrame);
     setVerticalScrollMode(ScrollPerPixel);

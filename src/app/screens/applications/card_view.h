@@ -1,15 +1,20 @@
 #pragma once
 
+#include "base/observable.h"
+
 #include <QListView>
 #include <vector>
 
 namespace tidwen {
 
+class AppIcons;
+
 /// Cards in groups with headings. A list view whose geometry is our own arithmetic: it keeps the toolkit's
 /// selection, delegate and accessibility, and costs no layout per card.
 class CardView final : public QListView {
   public:
-    explicit CardView(QWidget* parent = nullptr);
+    /// `icons` outlives it.
+    explicit CardView(AppIcons& icons);
 
     void setModel(QAbstractItemModel* model) override;
     QRect visualRect(const QModelIndex& index) const override;
@@ -45,6 +50,7 @@ class CardView final : public QListView {
 
     std::vector<Group> groups_;
     int columns_ = 1;
+    Subscription following_;
 };
 
 } // namespace tidwen

@@ -81,13 +81,13 @@ QStringList stepLines(const RemovalChoice& choice, const System& system) {
     return lines;
 }
 
-void addTitle(Sheet& sheet, const RemovalChoice& choice, const QString& title) {
+void addTitle(Sheet& sheet, const RemovalChoice& choice, AppIcons& icons, const QString& title) {
     auto* line = parts::row(nullptr, scaled(14));
     const auto& groups = choice.going();
     if (!groups.empty()) {
-        auto* tile = new Tile(44);
+        auto* tile = new Tile(44, icons);
         const auto& target = groups.front().group->target;
-        tile->show(shown(target.name), target.bundleID);
+        tile->show(shown(target.name), target.bundleID, target.bundleURL);
         line->addWidget(tile);
     }
     line->addWidget(parts::paragraph(title, Type::sheet), 1);
@@ -96,7 +96,7 @@ void addTitle(Sheet& sheet, const RemovalChoice& choice, const QString& title) {
 
 } // namespace
 
-Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const System& system,
+Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const System& system, AppIcons& icons,
                         std::function<void()> confirm) {
     const auto& texts = system.texts;
     const auto& summary = choice.summary();
@@ -104,7 +104,7 @@ Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Syst
     const auto said = confirmationTexts(summary, subject, choice.mode(), texts);
     const auto title = QString::fromStdString(said.title);
     auto* sheet = new Sheet(window, title);
-    addTitle(*sheet, choice, title);
+    addTitle(*sheet, choice, icons, title);
     sheet->content().addWidget(parts::paragraph(words(
         texts, "confirm.body %lld %@", {std::to_string(summary.totalCount), summary.totalSizeText(texts)})));
     sheet->content().addWidget(tierCard(summary, texts));

@@ -9,10 +9,11 @@ class QWidget;
 
 namespace tidwen {
 
+class AppIcons;
 class Sheet;
 
 /// Asks before what is chosen goes. Return confirms only when everything can be put back.
-Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const System& system,
+Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const System& system, AppIcons& icons,
                         std::function<void()> confirm);
 /// The numbered steps of what would run, readable and to be copied.
 Sheet* openStepsSheet(QWidget* window, const RemovalChoice& choice, const System& system);

@@ -29,8 +29,9 @@ constexpr std::size_t namedParts = 3;  ///< of the size bar; the others are one
 
 } // namespace
 
-ReviewScreen::ReviewScreen(RemovalFlowModel& flow, const Texts& texts, UserEnvironment user, Actions actions)
-    : flow_(flow), texts_(texts), actions_(std::move(actions)), tree_(flow, texts, user) {
+ReviewScreen::ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts& texts, UserEnvironment user,
+                           Actions actions)
+    : flow_(flow), icons_(icons), texts_(texts), actions_(std::move(actions)), tree_(flow, texts, user) {
     auto* layout = parts::row(this);
     auto* main = parts::column(nullptr);
     layout->addLayout(main, 1);
@@ -59,7 +60,7 @@ ReviewScreen::ReviewScreen(RemovalFlowModel& flow, const Texts& texts, UserEnvir
 
 QWidget* ReviewScreen::makeHeader() {
     header_ = new ScreenHeader({});
-    tile_ = new Tile(44);
+    tile_ = new Tile(44, icons_);
     header_->addLeading(tile_);
     uninstall_ = parts::button(text("review.uninstall"), [this] { flow_.setMode(RemovalMode::uninstall); });
     reset_ = parts::button(text("review.reset"), [this] { flow_.setMode(RemovalMode::reset); });
@@ -128,7 +129,7 @@ void ReviewScreen::showHeader() {
     const auto& groups = choice.findings().groups();
     if (groups.empty()) return;
     const auto& first = groups.front().target;
-    tile_->show(shown(first.name), first.bundleID);
+    tile_->show(shown(first.name), first.bundleID, first.bundleURL);
     if (groups.size() == 1) {
         header_->setTitle(shown(first.name));
         const auto version = first.version ? shown(*first.version) + QStringLiteral(" · ") : QString();

@@ -12,6 +12,7 @@ class QPushButton;
 
 namespace tidwen {
 
+class AppIcons;
 class DetailsPane;
 class ReviewView;
 class ScreenHeader;
@@ -26,7 +27,8 @@ class ReviewScreen final : public QWidget {
         std::function<void()> rescan;
         std::function<void(const Path&)> reveal;
     };
-    ReviewScreen(RemovalFlowModel& flow, const Texts& texts, UserEnvironment user, Actions actions);
+    ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts& texts, UserEnvironment user,
+                 Actions actions);
 
     /// Other findings, or the trees of another filter.
     void update();
@@ -46,6 +48,7 @@ class ReviewScreen final : public QWidget {
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 
     RemovalFlowModel& flow_;
+    AppIcons& icons_;
     const Texts& texts_;
     Actions actions_;
     ReviewTree tree_;
