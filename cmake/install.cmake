@@ -7,7 +7,8 @@ foreach(shell bash zsh fish)
   list(APPEND completion_files ${completions}/${shell})
   add_custom_command(OUTPUT ${completions}/${shell}
       COMMAND ${CMAKE_COMMAND} -E make_directory ${completions}
-      COMMAND tidwen completions ${shell} > ${completions}/${shell}
+      COMMAND ${CMAKE_COMMAND} -E env LC_ALL=C XDG_CONFIG_HOME=${completions} # in English, whoever builds
+          $<TARGET_FILE:tidwen> completions ${shell} > ${completions}/${shell}
       DEPENDS tidwen
       VERBATIM)
 endforeach()

@@ -17,7 +17,7 @@ using namespace tidwen;
 
 int run(QApplication& application, const char* program) {
     const auto resources = findResources(program);
-    const auto texts = Texts::load(resources, preferredLanguage(resources));
+    const auto texts = Texts::load(resources, spokenLanguage(resources, "system"));
     QCommandLineParser words;
     const QCommandLineOption volume(QStringLiteral("volume"), QString(), QStringLiteral("DIR"));
     const QCommandLineOption home(QStringLiteral("home"), QString(), QStringLiteral("PATH"));

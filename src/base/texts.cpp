@@ -1,5 +1,6 @@
 #include "base/texts.h"
 
+#include "base/language.h"
 #include "base/property_list.h"
 #include "base/strings_file.h"
 #include "base/text_format.h"
@@ -12,7 +13,6 @@
 #include <map>
 #include <optional>
 #include <set>
-#include <unicode/plurrule.h>
 
 namespace tidwen {
 
@@ -37,15 +37,11 @@ bool isLanguageTag(std::string_view language) {
     });
 }
 
-/// "one", "few", … "other" by the plural rules of the language.
-std::string pluralCategory(const std::string& language, std::int64_t number) {
-    UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::PluralRules> rules(
-        icu::PluralRules::forLocale(icu::Locale::forLanguageTag(language.c_str(), status), status));
-    std::string category = "other";
-    if (U_FAILURE(status) || !rules) return category;
-    category.clear();
-    return rules->select(static_cast<double>(number)).toUTF8String(category);
+/// The whole of `text` as a number.
+std::optional<std::int64_t> asNumber(const std::string& text) {
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }
 
 } // namespace
@@ -71,6 +67,7 @@ struct Texts::Words {
 /// Fills one text: iterates over its parts and counts the next argument.
 struct Texts::Filling {
     const std::vector<std::string>& arguments;
+    const std::string& language; ///< writes the numbers
     const Words::Plural* plural = nullptr;
     std::size_t next = 0;
 
@@ -85,9 +82,16 @@ struct Texts::Filling {
             if (part.kind == FormatPart::Kind::variable)
                 out += variable(part.text, index);
             else
-                out += index < arguments.size() ? arguments[index] : part.text;
+                out += filled(part, index);
         }
         return out;
+    }
+
+    std::string filled(const FormatPart& part, std::size_t index) const {
+        if (index >= arguments.size()) return part.text;
+        const auto number = part.kind == FormatPart::Kind::number ? asNumber(arguments[index]) : std::nullopt;
+        const bool isCount = number && *number >= 0; // the negative ones are codes of the system
+        return isCount ? formatNumber(*number, language) : arguments[index];
     }
 
     /// The text of a plural variable, in which a placeholder without a position is the variable's own number.
@@ -96,26 +100,18 @@ struct Texts::Filling {
         const auto forms = plural->variables.find(name);
         if (forms == plural->variables.end()) return {};
         std::string out;
-        for (const auto& part : parseFormat(formFor(forms->second, index))) {
-            const auto own = part.position.value_or(index);
-            const bool filled = part.kind != FormatPart::Kind::words && own < arguments.size();
-            out += filled ? arguments[own] : part.text;
-        }
+        for (const auto& part : parseFormat(formFor(forms->second, index)))
+            out += part.kind == FormatPart::Kind::words ? part.text
+                                                        : filled(part, part.position.value_or(index));
         return out;
     }
 
     const std::string& formFor(const std::map<std::string, std::string>& forms, std::size_t index) const {
-        std::int64_t number = 0;
-        bool isNumber = false;
-        if (index < arguments.size()) {
-            const auto& text = arguments[index];
-            const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-            isNumber = error == std::errc() && end == text.data() + text.size();
-        }
+        const auto number = index < arguments.size() ? asNumber(arguments[index]) : std::nullopt;
         // As on a Mac, "zero" applies to 0 in every language that defines it.
         auto form = forms.end();
-        if (isNumber && number == 0) form = forms.find("zero");
-        if (isNumber && form == forms.end()) form = forms.find(pluralCategory(plural->language, number));
+        if (number == 0) form = forms.find("zero");
+        if (number && form == forms.end()) form = forms.find(pluralCategory(*number, plural->language));
         return form == forms.end() ? forms.at("other") : form->second;
     }
 };
@@ -210,9 +206,10 @@ void Texts::Words::addPlurals(const fs::path& file, const std::string& tag) {
 std::string Texts::text(std::string_view key, const std::vector<std::string>& arguments) const {
     const auto now = words();
     if (const auto plural = now->plurals.find(key); plural != now->plurals.end())
-        return Filling{arguments, &plural->second}.fill(plural->second.format);
+        return Filling{arguments, now->language, &plural->second}.fill(plural->second.format);
     const auto found = now->strings.find(key);
-    return Filling{arguments}.fill(found == now->strings.end() ? key : std::string_view(found->second));
+    return Filling{arguments, now->language}.fill(
+        found == now->strings.end() ? key : std::string_view(found->second));
 }
 
 std::string Texts::language() const {

@@ -27,9 +27,9 @@ class Texts {
     /// ("pt"). A missing or malformed file contributes nothing and is reported in `problems()`.
     static Texts load(const std::filesystem::path& resources, const std::string& language);
 
-    /// The translation of a key, its placeholders ("%@", "%lld", "%1$@") filled from `arguments` in order and
-    /// without further formatting. A "%lld" with a numeric argument selects the plural form where the
-    /// language has several. A placeholder without an argument is left as it is.
+    /// The translation of a key, its placeholders ("%@", "%lld", "%1$@") filled from `arguments` in order. A
+    /// "%lld" with a count is written as the language writes numbers, and selects the plural form where there
+    /// are several; every other argument is inserted as it is. A placeholder without an argument is left.
     std::string text(std::string_view key, const std::vector<std::string>& arguments = {}) const;
     std::string text(const Message& message) const { return text(message.key, message.arguments); }
 

@@ -8,8 +8,10 @@
 #include "host/crash_reports.h"
 #include "host/curl_fetcher.h"
 #include "program/host_log.h"
+#include "program/host_services.h"
 #include "program/resources.h"
 #include "program/volume_mac.h"
+#include "settings/app_preferences.h"
 #include "system/permissions_model.h"
 
 #include <algorithm>
@@ -120,6 +122,12 @@ int end(const EarlyExit& exit, int count, char** words, const Texts& texts) {
     return exit.status;
 }
 
+/// By the settings, of which the command itself tells when they cannot be read.
+std::string languageOfUser(const std::filesystem::path& resources) {
+    HostLog log(LogLevel::error);
+    return spokenLanguage(resources, AppPreferences(*hostDefaults(log)).language.get());
+}
+
 } // namespace
 
 int runTerminal(int count, char** words, const TerminalBuild& build) {
@@ -127,7 +135,7 @@ int runTerminal(int count, char** words, const TerminalBuild& build) {
     std::signal(SIGPIPE, SIG_IGN);
     crashRecorder::install(CrashReports::defaultFolder(), programVersion());
     const auto resources = findResources(count > 0 ? words[0] : "tidwen");
-    const auto texts = Texts::load(resources, preferredLanguage(resources));
+    const auto texts = Texts::load(resources, languageOfUser(resources));
     // Without texts no message is readable, so nothing is begun.
     if (texts.keys().empty()) {
         std::fputs("tidwen: The texts were not found, so nothing was done. TIDWEN_RESOURCES may name their "

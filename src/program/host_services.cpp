@@ -25,13 +25,6 @@ bool isAccountUsed() {
 }
 #endif
 
-std::unique_ptr<Defaults> ownDefaults(Log& log, FolderEvents& folders) {
-#ifdef __APPLE__
-    if (isAccountUsed()) return std::make_unique<PreferencesDefaults>(std::string(tidwenBundleID), log);
-#endif
-    return std::make_unique<FileDefaults>(FileDefaults::defaultFile(), log, &folders);
-}
-
 std::unique_ptr<LoginItem> ownLoginItem(std::vector<std::string> command, Log& log,
                                         [[maybe_unused]] const Launchd& launchd) {
 #ifdef __APPLE__
@@ -42,6 +35,13 @@ std::unique_ptr<LoginItem> ownLoginItem(std::vector<std::string> command, Log& l
 }
 
 } // namespace
+
+std::unique_ptr<Defaults> hostDefaults(Log& log, FolderEvents* folders) {
+#ifdef __APPLE__
+    if (isAccountUsed()) return std::make_unique<PreferencesDefaults>(std::string(tidwenBundleID), log);
+#endif
+    return std::make_unique<FileDefaults>(FileDefaults::defaultFile(), log, folders);
+}
 
 std::unique_ptr<FolderEvents> hostFolderEvents(const std::filesystem::path& root) {
 #ifdef __APPLE__
@@ -60,7 +60,7 @@ std::filesystem::path HostServices::knownApps() const {
 
 HostServices::HostServices(std::vector<std::string> loginCommand, Log& log)
     : folders_(hostFolderEvents("/")),
-      defaults_(ownDefaults(log, *folders_)),
+      defaults_(hostDefaults(log, folders_.get())),
       launchd_(processes_, ::getuid()),
       loginItem_(ownLoginItem(std::move(loginCommand), log, launchd_)),
       notifications_(processes_) {}

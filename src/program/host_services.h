@@ -38,6 +38,9 @@ class HostServices {
     DesktopNotifications notifications_;
 };
 
+/// The settings of this machine's user. With `folders`, of this machine, they can be watched.
+std::unique_ptr<Defaults> hostDefaults(Log& log, FolderEvents* folders = nullptr);
+
 /// Watches folders below `root` on this machine.
 std::unique_ptr<FolderEvents> hostFolderEvents(const std::filesystem::path& root);
 

@@ -1,5 +1,7 @@
 #include "program/resources.h"
 
+#include "base/language.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
@@ -41,13 +43,11 @@ fs::path runningFile() {
 #endif
 }
 
-/// "zh_TW.UTF-8" → "zh-Hant", "de_AT@euro" → "de-AT".
+/// "de_AT.UTF-8@euro" → "de-AT"; nothing for the "C" locale, which is no language.
 std::string languageTag(std::string locale) {
     locale.erase(std::min(locale.find_first_of(".@"), locale.size()));
     std::replace(locale.begin(), locale.end(), '_', '-');
-    if (locale == "zh-CN" || locale == "zh-SG") return "zh-Hans";
-    if (locale == "zh-TW" || locale == "zh-HK" || locale == "zh-MO") return "zh-Hant";
-    return locale;
+    return locale == "C" || locale == "POSIX" ? std::string() : locale;
 }
 
 /// What the environment asks for, as a shell has it; whatever Finder or launchd starts has only what the user
@@ -100,16 +100,6 @@ OwnBundle findOwnBundle(const char* program) {
     return ownBundle(contents.parent_path().string(), entries ? *entries : PropertyListDictionary());
 }
 
-std::string preferredLanguage(const fs::path& resources) {
-    for (auto language : wishedLanguages())
-        while (!language.empty() && language.find('/') == std::string::npos) {
-            if (isFolder(resources / (language + ".lproj"))) return language;
-            const auto dash = language.rfind('-'); // "de-AT" is content with "de"
-            language.erase(dash == std::string::npos ? 0 : dash);
-        }
-    return "en";
-}
-
 std::vector<std::string> availableLanguages(const fs::path& resources) {
     std::vector<std::string> languages;
     std::error_code failed;
@@ -118,6 +108,12 @@ std::vector<std::string> availableLanguages(const fs::path& resources) {
         if (entry->path().extension() == ".lproj") languages.push_back(entry->path().stem().string());
     std::sort(languages.begin(), languages.end());
     return languages;
+}
+
+std::string spokenLanguage(const fs::path& resources, const std::string& setting) {
+    const auto available = availableLanguages(resources);
+    if (std::find(available.begin(), available.end(), setting) != available.end()) return setting;
+    return closestLanguage(wishedLanguages(), available).value_or("en");
 }
 
 } // namespace tidwen

@@ -17,8 +17,9 @@ std::filesystem::path findResources(const char* program);
 /// when its Info.plist is unreadable.
 OwnBundle findOwnBundle(const char* program);
 
-/// The language requested by the environment ("de", "pt-BR") if `resources` has it, else "en".
-std::string preferredLanguage(const std::filesystem::path& resources);
+/// The translation to speak: `setting` where it is one of `availableLanguages`; otherwise ("system", or a
+/// language of another version) the one that serves best whoever set up this account, or "en".
+std::string spokenLanguage(const std::filesystem::path& resources, const std::string& setting);
 
 /// The languages in `resources`, sorted.
 std::vector<std::string> availableLanguages(const std::filesystem::path& resources);

@@ -18,10 +18,11 @@ class Installation(unittest.TestCase):
             staged.rename(place)
             files = sorted(str(file.relative_to(place)) for file in place.rglob("*") if file.is_file())
             files = [file for file in files if file != "bin/Tidwen"]  # where the toolkit of the window is there
-            self.assertEqual(files, [
+            resources = pathlib.Path(__file__).parents[2] / "resources"
+            texts = [f"share/tidwen/{file.relative_to(resources)}" for file in resources.glob("*.lproj/*")]
+            self.assertEqual(files, sorted([
                 "bin/tidwen", "share/bash-completion/completions/tidwen", "share/fish/vendor_completions.d/tidwen.fish",
-                "share/man/man1/tidwen.1", "share/tidwen/en.lproj/Localizable.strings",
-                "share/tidwen/en.lproj/Localizable.stringsdict", "share/zsh/site-functions/_tidwen"])
+                "share/man/man1/tidwen.1", "share/zsh/site-functions/_tidwen", *texts]))
             environment = {**os.environ, "XDG_CONFIG_HOME": scratch, "XDG_STATE_HOME": scratch}
             environment.pop("TIDWEN_RESOURCES", None)
 

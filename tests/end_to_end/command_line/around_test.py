@@ -320,6 +320,29 @@ class Around(VolumeTest):
                 self.refuse(*words, saying=saying)
         self.assertEqual(snapshot(self.volume), before)
 
+    def test_it_speaks_the_language_of_the_settings_else_that_of_the_account(self):
+        def introduction(language):
+            words = (terminal.documents.ROOT / f"resources/{language}.lproj/Localizable.strings").read_text()
+            return re.search(r'^"cli.help.program" = "(.*)";$', words, re.M)[1]
+
+        def expect(language, locale="C"):
+            with self.subTest(locale=locale, language=language):
+                asked = {**self.environment, "LC_ALL": locale}
+                said = subprocess.run([terminal.PROGRAM, "--help"], env=asked, capture_output=True, text=True).stdout
+                self.assertIn(introduction(language), said)
+
+        for locale, language in [("C", "en"), ("de_AT.UTF-8", "de"), ("zh_CN.UTF-8", "zh-Hans"), ("pt_PT", "pt-BR"), ("tlh", "en")]:
+            expect(language, locale)
+        values = self.call("settings", "list").output
+        for folder in (terminal.documents.ROOT / "resources").glob("*.lproj"):
+            self.assertIn(folder.stem, values)
+            self.call("settings", "set", "language", folder.stem)
+            expect(folder.stem, "fr_FR.UTF-8")
+        self.call("settings", "set", "language", "system")
+        expect("fr", "fr_FR.UTF-8")
+        (self.base / "config/tidwen/settings.plist").write_bytes(plistlib.dumps({"tidwen.language": "../de"}))
+        expect("fr", "fr_FR.UTF-8")
+
     def test_an_installer_whose_name_cannot_be_written_down_is_said(self):
         name = os.fsencode(self.volume / "Users/alice/Downloads") + b"/Kip\xff.dmg"
         open(name, "wb").close()
