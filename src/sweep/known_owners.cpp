@@ -93,7 +93,7 @@ std::string bareName(std::string_view name) {
 
 std::string identifierInName(std::string_view name) {
     auto bare = bareName(name);
-    return isReverseDns(bare) && isIdentifier(bare) ? bare : std::string();
+    return isReverseDns(bare) ? bare : std::string();
 }
 
 std::string looseIdentifierInName(std::string_view name) {

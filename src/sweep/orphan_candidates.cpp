@@ -127,9 +127,17 @@ class LocationReader {
                                      location_.requiresRoot});
     }
 
+    /// The identifier by which a find of this name is claimed. A scan looks for nothing by one that ends like
+    /// the name of a file, so the sweep claims nothing by it; but many packages are named so.
+    std::string claimed(std::string_view name) const {
+        auto identifier = identifierInName(name);
+        const bool counts = location_.category == TraceCategory::receipts || isIdentifier(identifier);
+        return counts ? identifier : std::string();
+    }
+
     /// By the identifier in its name, else by the name itself. False without an identifier.
     bool addChild(const std::string& entry, const Path& path) {
-        if (auto identifier = identifierInName(entry); !identifier.empty())
+        if (auto identifier = claimed(entry); !identifier.empty())
             return add(std::move(identifier), path), true;
         addLoose(looseIdentifierInName(entry), path);
         return addNamed(nameIn(entry), path), false;
@@ -172,7 +180,7 @@ class LocationReader {
             if (hidesItsOwner(files_, path)) found_.ownerless.push_back(path);
             return;
         }
-        auto identifier = identifierInName(*owner), called = identifierInName(entry.name);
+        auto identifier = claimed(*owner), called = identifierInName(entry.name);
         if (called == identifier) called.clear();
         if (identifier.empty())
             addLoose(looseIdentifierInName(*owner), path, std::move(called));
@@ -183,7 +191,7 @@ class LocationReader {
     void judgeReport(const DirectoryEntry& entry, const Path& path) {
         const auto subject = subjectOfReport(entry.name);
         if (entry.kind != FileKind::regular || subject.empty()) return;
-        if (auto identifier = identifierInName(subject); !identifier.empty())
+        if (auto identifier = claimed(subject); !identifier.empty())
             add(std::move(identifier), path);
         else
             addNamed(subject, path);
@@ -199,7 +207,7 @@ class LocationReader {
         const auto children = files_.list(path);
         if (!children) return;
         for (const auto& child : *children)
-            if (isValidUtf8(child.name)) add(identifierInName(child.name), path / child.name, entry.name);
+            if (isValidUtf8(child.name)) add(claimed(child.name), path / child.name, entry.name);
     }
 
     const FileSystem& files_;

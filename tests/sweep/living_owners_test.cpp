@@ -232,8 +232,8 @@ TEST_F(OrphanScan, KnowsADeadPackageByItsFiles) {
         {"com.bob.pkg", {"Users/bob/tool"}, true},
         {"com.system.pkg", {"usr/lib/gone"}, true}, // in a part of macOS that this disk lacks
         {"com.carried.app", {"Volumes/Drive/Carried.app/Contents/x"}, true},
-        {"com.gone.pkg", {"usr/local/bin", "usr/local/bin/gone", "../../usr/local/bin"}, false},
-        {"com.empty.pkg", {}, false},
+        {"com.gone.tool", {"usr/local/bin", "usr/local/bin/gone", "../../usr/local/bin"}, false},
+        {"com.empty.tool", {}, false},
     };
     std::vector<std::string> dead;
     for (const auto& [identifier, files, lives] : packages) {
