@@ -172,8 +172,8 @@ std::vector<std::string> Arguments::values(std::string_view option) const {
 std::vector<std::string_view> CommandSyntax::actionWords() const {
     std::vector<std::string_view> words;
     words.reserve(actions.size());
-    for (const auto& form : actions)
-        words.push_back(form.substr(0, form.find(' ')));
+    for (const auto& action : actions)
+        words.push_back(action.form.substr(0, action.form.find(' ')));
     return words;
 }
 

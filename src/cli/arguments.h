@@ -21,6 +21,12 @@ struct OptionSyntax {
     std::string_view help;      ///< text key
 };
 
+/// A first operand of a command that has several.
+struct ActionSyntax {
+    std::string_view form; ///< with the operands that follow: "add APP TAG"
+    std::string_view help; ///< text key
+};
+
 /// The syntax of one command.
 struct CommandSyntax {
     std::string_view name;
@@ -31,10 +37,8 @@ struct CommandSyntax {
     std::size_t minimumOperands = 0;
     std::size_t maximumOperands = 0;
     std::vector<OptionSyntax> options = {};
-    /// The allowed first operands, each with the operands that follow: "add APP TAG". Empty if any is
-    /// allowed.
-    std::vector<std::string_view> actions = {};
-    bool isHidden = false; ///< for this program's own scripts; not listed in help
+    std::vector<ActionSyntax> actions = {}; ///< the allowed first operands; empty if any is allowed
+    bool isHidden = false;                  ///< for this program's own scripts; not listed in help
 
     /// The first word of each of `actions`.
     std::vector<std::string_view> actionWords() const;

@@ -55,8 +55,11 @@ ExitStatus CommandContext::misuseOfAction(const std::string& action) const {
     if (syntax)
         for (const auto& word : syntax->actionWords())
             known.emplace_back(word);
-    if (std::ranges::find(known, action) != known.end())
-        return misuse({"cli.action.wrongOperands %@ %@", {arguments.command, action}});
+    if (const auto found = std::ranges::find(known, action); found != known.end()) {
+        const auto index = static_cast<std::size_t>(found - known.begin());
+        return misuse(
+            {"cli.action.form %@ %@", {arguments.command, std::string(syntax->actions[index].form)}});
+    }
     return misuse({"cli.action.unknown %@", {action}}, closest(action, known));
 }
 

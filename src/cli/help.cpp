@@ -37,8 +37,8 @@ Rows rows(const std::vector<OptionSyntax>& options, const Texts& texts) {
 
 std::string actionTerm(const CommandSyntax& syntax) {
     std::string text;
-    for (const auto& form : syntax.actions)
-        text += (text.empty() ? "" : " | ") + std::string(form);
+    for (const auto& action : syntax.actions)
+        text += (text.empty() ? "" : " | ") + std::string(action.form);
     return text;
 }
 
@@ -55,8 +55,8 @@ std::string call(const Texts& texts) {
 
 std::string operandHelp(const CommandSyntax& syntax, const Texts& texts) {
     Rows rows;
-    for (const auto& form : syntax.actions)
-        rows.emplace_back(std::string(form), "");
+    for (const auto& action : syntax.actions)
+        rows.emplace_back(std::string(action.form), texts.text(action.help));
     if (!rows.empty()) return rendered(texts.text("cli.help.actions"), rows);
     if (syntax.operandName.empty()) return {};
     return rendered(texts.text("cli.help.arguments"), {{operands(syntax), texts.text(syntax.operandHelp)}});

@@ -24,7 +24,8 @@ tl::expected<std::string, Message> choice(const Arguments& arguments, std::strin
         if (std::find(values.begin(), values.end(), word) != values.end()) return word;
         std::string all;
         for (const auto value : values)
-            all += (all.empty() ? "" : ", ") + std::string(value);
+            all += (all.empty() ? "" : ", ")
+                   + std::string(option == "--sort" && value == "lastUsed" ? "used" : value);
         return tl::unexpected(
             Message{"cli.apps.badValue %@ %@ %@", {std::string(option), given.back(), all}});
     }

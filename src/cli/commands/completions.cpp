@@ -21,7 +21,7 @@ std::vector<CommandSyntax> commandTable() {
     CommandSyntax help{.name = "help", .summary = "cli.help.help", .operandName = "COMMAND"};
     help.actions.reserve(table.size());
     for (const auto& command : table)
-        help.actions.push_back(command.name);
+        help.actions.push_back({command.name, command.summary});
     table.push_back(std::move(help));
     return table;
 }
@@ -82,7 +82,7 @@ std::vector<OptionSyntax> optionsWithValue(const std::vector<CommandSyntax>& com
 std::string placeCases(const std::vector<CommandSyntax>& commands) {
     std::string text;
     for (const auto& command : commands) {
-        for (const auto& form : command.actions)
+        for (const auto& [form, meaning] : command.actions)
             text += fmt::format("    {}/{}) places={} ;;\n", command.name, form.substr(0, form.find(' ')),
                                 shellQuoted(placesOfAction(form)));
         if (command.actions.empty())
@@ -291,7 +291,7 @@ std::string fish(const std::vector<CommandSyntax>& commands, const Texts& texts)
         else
             text += fmt::format("complete -c tidwen -f -n '{}; and not {}' -a '{}'\n", seen(command.name),
                                 seen(actions), actions);
-        for (const auto& form : command.actions)
+        for (const auto& [form, meaning] : command.actions)
             text += fmt::format("complete -c tidwen -f -n '{}; and {}' -a {}\n", seen(command.name),
                                 seen(form.substr(0, form.find(' '))),
                                 shellQuoted(fishOffer(placesOfAction(form))));
@@ -324,7 +324,9 @@ Command completionsCommand() {
                        .operandName = "SHELL",
                        .minimumOperands = 1,
                        .maximumOperands = 1,
-                       .actions = {"bash", "zsh", "fish"}},
+                       .actions = {{"bash", "cli.help.completions.bash"},
+                                   {"zsh", "cli.help.completions.zsh"},
+                                   {"fish", "cli.help.completions.fish"}}},
             .run = run};
 }
 

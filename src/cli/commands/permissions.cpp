@@ -229,7 +229,8 @@ Command permissionsCommand() {
                        .summary = "cli.help.permissions",
                        .operandName = "ACTION",
                        .maximumOperands = anyNumber,
-                       .actions = {"show [APP]", "revoke APP [SERVICE...]"}},
+                       .actions = {{"show [APP]", "cli.help.permissions.show"},
+                                   {"revoke APP [SERVICE...]", "cli.help.permissions.revoke"}}},
             .run = run};
 }
 

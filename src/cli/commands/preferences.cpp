@@ -294,7 +294,9 @@ Command protectCommand() {
                        .summary = "cli.help.protect",
                        .operandName = "ACTION",
                        .maximumOperands = anyNumber,
-                       .actions = {"list", "add APP...", "remove APP..."}},
+                       .actions = {{"list", "cli.help.protect.list"},
+                                   {"add APP...", "cli.help.protect.add"},
+                                   {"remove APP...", "cli.help.protect.remove"}}},
             .run = runProtect};
 }
 
@@ -303,7 +305,11 @@ Command tagsCommand() {
                        .summary = "cli.help.tags",
                        .operandName = "ACTION",
                        .maximumOperands = 3,
-                       .actions = {"list", "add APP TAG", "remove APP TAG", "rename TAG NEW", "delete TAG"}},
+                       .actions = {{"list", "cli.help.tags.list"},
+                                   {"add APP TAG", "cli.help.tags.add"},
+                                   {"remove APP TAG", "cli.help.tags.remove"},
+                                   {"rename TAG NEW", "cli.help.tags.rename"},
+                                   {"delete TAG", "cli.help.tags.delete"}}},
             .run = runTags};
 }
 
@@ -312,7 +318,9 @@ Command settingsCommand() {
                        .summary = "cli.help.settings",
                        .operandName = "ACTION",
                        .maximumOperands = 3,
-                       .actions = {"list", "get NAME", "set NAME VALUE"}},
+                       .actions = {{"list", "cli.help.settings.list"},
+                                   {"get NAME", "cli.help.settings.get"},
+                                   {"set NAME VALUE", "cli.help.settings.set"}}},
             .run = runSettings};
 }
 

@@ -63,7 +63,8 @@ struct Spared {
     bool isNothing() const { return runs.empty() && leftOut == 0; }
 };
 
-void report(const QuarantinePurge::Outcome& outcome, const Spared& spared, const CommandContext& context) {
+void report(const std::vector<RemovalHistoryEntry>& chosen, const QuarantinePurge::Outcome& outcome,
+            const Spared& spared, const CommandContext& context) {
     for (const auto& run : spared.runs)
         context.error({"cli.purge.spared %@ %@", {run.root.string(), context.texts.text(run.advice())}});
     if (spared.leftOut > 0) context.error({"cli.history.leftOut %lld", {std::to_string(spared.leftOut)}});
@@ -78,6 +79,8 @@ void report(const QuarantinePurge::Outcome& outcome, const Spared& spared, const
     const auto isAmong = [](const std::vector<Path>& folders, const Path& folder) {
         return std::ranges::find(folders, folder) != folders.end();
     };
+    for (const auto& run : chosen)
+        if (!isAmong(outcome.kept, run.root)) context.console.line("  " + run.root.lastComponent());
     for (const auto& folder : outcome.kept) {
         if (outcome.cutOffUndos.contains(folder)) continue;
         context.console.error(context.text(isAmong(outcome.othersItems, folder) ? "cli.purge.othersItems %@"
@@ -112,7 +115,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
         if (context.arguments.has("--all"))
             if (const auto tidied = history.remove({}, cutOffUndo); !tidied)
                 return context.refuse(tidied.error());
-        report({}, spared, context);
+        report({}, {}, spared, context);
         return spared.isNothing() ? ExitStatus::done : ExitStatus::someFailed;
     }
     for (const auto& entry : *chosen)
@@ -123,7 +126,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     if (!agreed(context, question, "cli.purge.needsYes")) return ExitStatus::refused;
     const auto outcome = history.remove(*chosen, cutOffUndo);
     if (!outcome) return context.refuse(outcome.error());
-    report(*outcome, spared, context);
+    report(*chosen, *outcome, spared, context);
     return outcome->kept.empty() && spared.isNothing() ? ExitStatus::done : ExitStatus::someFailed;
 }
 

@@ -88,7 +88,9 @@ Command requestsCommand() {
                        .operandName = "ACTION",
                        .minimumOperands = 1,
                        .maximumOperands = anyNumber,
-                       .actions = {"drain", "post APP...", "gate on|off"}},
+                       .actions = {{"drain", "cli.help.requests.drain"},
+                                   {"post APP...", "cli.help.requests.post"},
+                                   {"gate on|off", "cli.help.requests.gate"}}},
             .run = run};
 }
 

@@ -217,7 +217,10 @@ Command startupCommand() {
                        .maximumOperands = anyNumber,
                        .options = {{orphansOption, "", "cli.help.startup.orphans"},
                                    {"--dry-run", "", "cli.help.startup.dryRun"}},
-                       .actions = {"list", "on JOB...", "off JOB...", "remove JOB..."}},
+                       .actions = {{"list", "cli.help.startup.list"},
+                                   {"on JOB...", "cli.help.startup.on"},
+                                   {"off JOB...", "cli.help.startup.off"},
+                                   {"remove JOB...", "cli.help.startup.remove"}}},
             .run = run,
             .movesItems = [](const Arguments& arguments) {
                 return !arguments.operands.empty() && arguments.operands.front() == "remove"
