@@ -7,6 +7,8 @@
 #include <fcntl.h>
 #ifdef __APPLE__
 #include <copyfile.h>
+#include <sys/attr.h>
+#include <unistd.h>
 #endif
 
 namespace tidwen {
@@ -23,10 +25,20 @@ int copyMacMetadata(int from, const struct stat& original, int to) {
     if (::fcopyfile(from, to, nullptr, COPYFILE_ACL) != 0) return errno;
     return ::fchflags(to, original.st_flags & (UF_HIDDEN | UF_NODUMP | UF_OPAQUE)) == 0 ? 0 : errno;
 }
+
+/// Not every disk stores when an item was created; a move does not fail for that.
+void copyCreationDate(const struct stat& original, int to) {
+    struct attrlist wanted {};
+    wanted.bitmapcount = ATTR_BIT_MAP_COUNT;
+    wanted.commonattr = ATTR_CMN_CRTIME;
+    timespec created = original.st_birthtimespec;
+    (void)::fsetattrlist(to, &wanted, &created, sizeof created, 0);
+}
 #else
 int copyMacMetadata(int, const struct stat&, int) {
     return 0;
 }
+void copyCreationDate(const struct stat&, int) {}
 #endif
 
 } // namespace
@@ -37,7 +49,9 @@ int copyMetadata(int from, const struct stat& original, int to) {
     if (const int fault = copyExtendedAttributes(from, to)) return fault;
     if (::fchmod(to, original.st_mode & 07777) != 0) return errno;
     if (const int fault = copyMacMetadata(from, original, to)) return fault;
-    return ::futimens(to, timesOf(original).data()) == 0 ? 0 : errno;
+    if (::futimens(to, timesOf(original).data()) != 0) return errno;
+    copyCreationDate(original, to); // last, because an older date of change takes it along
+    return 0;
 }
 
 int applyMetadata(const struct stat& original, int folder, const char* name) {

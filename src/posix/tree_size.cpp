@@ -1,5 +1,6 @@
 #include "posix/tree_size.h"
 
+#include "posix/entry_sizes.h"
 #include "posix/folder_listing.h"
 #include "posix/folder_stack.h"
 #include "posix/item_description.h"
@@ -17,7 +18,7 @@ class SizeWalk {
           folders_(std::move(top)),
           limit_(limit),
           stop_(stop) {
-        add(item);
+        add(entrySize(item));
     }
 
     TreeSize run() {
@@ -38,24 +39,21 @@ class SizeWalk {
     }
 
   private:
-    void add(const struct stat& item) {
-        if (item.st_nlink > 1 && !S_ISDIR(item.st_mode) && !linked_.insert(item.st_ino).second) return;
-        size_.allocatedBytes += static_cast<std::uint64_t>(item.st_blocks) * 512;
+    void add(const EntrySize& item) {
+        if (item.links > 1 && !item.isFolder && !linked_.insert(item.inode).second) return;
+        size_.allocatedBytes += item.allocatedBytes;
     }
 
     void readCurrent() {
-        FolderListing listing(folders_.current());
-        while (const char* name = listing.next()) {
-            if (size_.entries >= limit_ || stop_.stopRequested()) {
-                size_.capped = true;
-                return;
-            }
+        listSizes(folders_.current(), [this](const char* name, const EntrySize* item) {
+            size_.capped = size_.entries >= limit_ || stop_.stopRequested();
+            if (size_.capped) return false;
             ++size_.entries;
-            const auto item = statItem(folders_.current(), name);
-            if (!item || item->st_dev != top_.device) continue;
+            if (!item || item->device != static_cast<std::uint64_t>(top_.device)) return true;
             add(*item);
-            if (S_ISDIR(item->st_mode)) pending_.back().emplace_back(name);
-        }
+            if (item->isFolder) pending_.back().emplace_back(name);
+            return true;
+        });
     }
 
     /// A folder that cannot be opened counts as empty.
@@ -75,7 +73,7 @@ class SizeWalk {
     const StopToken& stop_;
     TreeSize size_;
     std::vector<std::vector<std::string>> pending_; ///< per open level, the folders still to enter
-    std::set<ino_t> linked_;
+    std::set<std::uint64_t> linked_;
 };
 
 } // namespace
@@ -83,8 +81,7 @@ class SizeWalk {
 OsResult<TreeSize> sizeOfTree(const Place& place, std::uint64_t entryLimit, const StopToken& stop) {
     const auto item = statItem(place.folder.get(), place.name.c_str());
     if (!item) return tl::unexpected(item.error());
-    if (!S_ISDIR(item->st_mode))
-        return TreeSize{.allocatedBytes = static_cast<std::uint64_t>(item->st_blocks) * 512};
+    if (!S_ISDIR(item->st_mode)) return TreeSize{.allocatedBytes = entrySize(*item).allocatedBytes};
     Descriptor top = openFolderToRead(place.folder.get(), place.name.c_str());
     if (!top.isOpen()) return tl::unexpected(errno);
     return SizeWalk(std::move(top), *item, entryLimit, stop).run();
