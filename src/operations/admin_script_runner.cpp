@@ -43,25 +43,51 @@ AdminScriptRunner::Execute AdminScriptRunner::throughOsascript(ProcessRunner& pr
     };
 }
 
-AdminScriptRunner::AdminScriptRunner(Execute execute, const FileSystem& files, UserEnvironment user, Log& log)
-    : execute_(std::move(execute)), files_(files), user_(std::move(user)), policy_(user_, files), log_(log) {}
+AdminScriptRunner::AdminScriptRunner(Execute execute, FileSystem& files, UserEnvironment user, Log& log,
+                                     Trash trash)
+    : execute_(std::move(execute)),
+      files_(files),
+      user_(std::move(user)),
+      policy_(user_, files),
+      log_(log),
+      trash_(trash) {}
 
 std::vector<OperationResult> AdminScriptRunner::run(const std::vector<RemovalOperation>& operations) {
     std::vector<OperationResult> results;
-    std::vector<RemovalOperation> allowed;
+    std::vector<RemovalOperation> allowed, asRoot;
     std::vector<std::size_t> places; // indices of the allowed operations
     for (const auto& operation : operations) {
         auto allowedOne = judged(operation);
-        results.push_back(
-            OperationResult::failure(operation.id, allowedOne ? Message() : allowedOne.error()));
-        if (!allowedOne) continue;
+        auto rootsPart = allowedOne.and_then([&](const auto& each) { return staged(each); });
+        results.push_back(OperationResult::failure(operation.id, rootsPart ? Message() : rootsPart.error()));
+        if (!rootsPart) continue;
         places.push_back(results.size() - 1);
         allowed.push_back(std::move(*allowedOne));
+        asRoot.push_back(std::move(*rootsPart));
     }
-    auto answers = runAllowed(allowed);
+    auto answers = runAllowed(asRoot);
     for (std::size_t i = 0; i < answers.size(); ++i)
-        results[places[i]] = settled(std::move(answers[i]), allowed[i]);
+        results[places[i]] = settled(followed(std::move(answers[i]), allowed[i]), allowed[i]);
     return results;
+}
+
+tl::expected<RemovalOperation, Message> AdminScriptRunner::staged(RemovalOperation operation) {
+    auto* move = std::get_if<operation::Move>(&operation.kind);
+    if (!move || trash_ == Trash::openToRoot) return operation;
+    auto rootsPart = staging_.prepare(*move);
+    if (!rootsPart) return tl::unexpected(std::move(rootsPart.error()));
+    *move = std::move(*rootsPart);
+    return operation;
+}
+
+OperationResult AdminScriptRunner::followed(OperationResult result, const RemovalOperation& operation) {
+    const auto* move = std::get_if<operation::Move>(&operation.kind);
+    if (!move || trash_ == Trash::openToRoot) return result;
+    // An abandoned batch may still be running; recovery looks again.
+    if (result.failureReason && result.failureReason->key == "failure.timedOut") return result;
+    auto failed =
+        staging_.settle(policy_.isQuarantineEndpoint(move->destination) ? move->destination : move->source);
+    return failed ? OperationResult::failure(result.operationID, std::move(*failed)) : result;
 }
 
 OperationResult AdminScriptRunner::settled(OperationResult result, const RemovalOperation& operation) const {

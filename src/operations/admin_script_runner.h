@@ -3,6 +3,7 @@
 #include "base/log.h"
 #include "operations/administrator_prompt.h"
 #include "operations/privileged_runner.h"
+#include "operations/trash_staging.h"
 #include "platform/file_system.h"
 #include "platform/process_runner.h"
 #include "platform/user_environment.h"
@@ -31,7 +32,11 @@ class AdminScriptRunner : public PrivilegedRunner {
     static Execute throughOsascript(ProcessRunner& processes,
                                     std::chrono::milliseconds timeout = std::chrono::seconds(600));
 
-    AdminScriptRunner(Execute execute, const FileSystem& files, UserEnvironment user, Log& log);
+    /// Whether root's shell may enter the user's Trash.
+    enum class Trash { openToRoot, closedToRoot };
+
+    AdminScriptRunner(Execute execute, FileSystem& files, UserEnvironment user, Log& log,
+                      Trash trash = Trash::openToRoot);
 
     std::vector<OperationResult> run(const std::vector<RemovalOperation>& operations) override;
     bool asksPerRun() const override { return true; }
@@ -39,17 +44,23 @@ class AdminScriptRunner : public PrivilegedRunner {
   private:
     /// The operation as root may run it, a move with both ends resolved; or the reason for a refusal.
     tl::expected<RemovalOperation, Message> judged(RemovalOperation operation) const;
+    /// The operation as root runs it when the Trash is closed to root.
+    tl::expected<RemovalOperation, Message> staged(RemovalOperation operation);
+    /// Ends the user's part of a move; the reason when an item could not follow into the Trash.
+    OperationResult followed(OperationResult result, const RemovalOperation& operation);
     /// An item at its destination counts as moved whatever the output says: the shell may have died, or the
     /// tool failed afterwards. Otherwise it would be missing in the manifest and never be put back.
     OperationResult settled(OperationResult result, const RemovalOperation& operation) const;
     std::vector<OperationResult> runAllowed(const std::vector<RemovalOperation>& operations) const;
 
     Execute execute_;
-    const FileSystem& files_;
+    FileSystem& files_;
     UserEnvironment user_;
     PathPolicy
         policy_; ///< created at the start: replacing the home meanwhile must not change what is protected
     Log& log_;
+    Trash trash_;
+    TrashStaging staging_{files_, policy_};
 };
 
 } // namespace tidwen

@@ -11,17 +11,6 @@ Message failure(const FileError& error) {
     return {std::string(failureKey(error.fault))};
 }
 
-/// Creates only folders below the run's folder: if a run's folder, a Trash or a home that disappeared during
-/// a run were created again, it would take the remaining items without a record of them.
-FileResult<void> makeFolderInQuarantine(const Path& folder, FileSystem& files, const PathPolicy& policy) {
-    if (!policy.isQuarantineEndpoint(folder)) return {}; // the run's own folder
-    if (auto above = makeFolderInQuarantine(folder.parent(), files, policy); !above) return above;
-    auto made = files.createDirectory(folder);
-    if (made || made.error().fault != FileFault::exists) return made;
-    const auto there = files.info(folder);
-    return there && there->kind == FileKind::directory ? FileResult<void>() : made;
-}
-
 /// A move rarely fails because of the item's own permissions: the text names what the user can do.
 Message moveFailure(const FileError& error, const JudgedMove& move, const FileSystem& files) {
     const Path& from = move.source();
@@ -34,6 +23,15 @@ Message moveFailure(const FileError& error, const JudgedMove& move, const FileSy
 }
 
 } // namespace
+
+FileResult<void> makeFolderInQuarantine(const Path& folder, FileSystem& files, const PathPolicy& policy) {
+    if (!policy.isQuarantineEndpoint(folder)) return {}; // the run's own folder
+    if (auto above = makeFolderInQuarantine(folder.parent(), files, policy); !above) return above;
+    auto made = files.createDirectory(folder);
+    if (made || made.error().fault != FileFault::exists) return made;
+    const auto there = files.info(folder);
+    return there && there->kind == FileKind::directory ? FileResult<void>() : made;
+}
 
 bool hasLostRunFolder(const JudgedMove& move, const FileSystem& files, const PathPolicy& policy) {
     Path folder = move.destination();

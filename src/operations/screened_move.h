@@ -19,6 +19,10 @@ inline constexpr const char* quarantineGoneKey = "failure.quarantineGone";
 /// The destination is in the folder of a run that no longer exists.
 bool hasLostRunFolder(const JudgedMove& move, const FileSystem& files, const PathPolicy& policy);
 
+/// Creates a folder below a run's folder, never that one: if a run's folder, a Trash or a home that
+/// disappeared during a run were created again, it would take the remaining items without a record of them.
+FileResult<void> makeFolderInQuarantine(const Path& folder, FileSystem& files, const PathPolicy& policy);
+
 /// Checks a move against the safety policy, creates the destination's parents, but never the folder of a run,
 /// and moves without overwriting. The move uses the resolved parents that were checked, so a parent that
 /// becomes a link meanwhile makes it fail instead of redirecting it. Returns the reason on failure; nothing

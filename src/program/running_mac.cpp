@@ -9,7 +9,20 @@
 #include "posix/rooted_file_system.h"
 #include "program/host_services.h"
 
+#include <cstdlib>
+
 namespace tidwen {
+
+namespace {
+
+/// Only a Mac can tell whether root's shell may enter the Trash, which macOS guards; until one has told, this
+/// variable turns on the way around it.
+AdminScriptRunner::Trash trashForRoot() {
+    const bool isClosed = std::getenv("TIDWEN_STAGE_ROOT_MOVES") != nullptr; // NOLINT(concurrency-mt-unsafe)
+    return isClosed ? AdminScriptRunner::Trash::closedToRoot : AdminScriptRunner::Trash::openToRoot;
+}
+
+} // namespace
 
 struct RunningMac::Parts {
     Parts(std::unique_ptr<RootedFileSystem> opened, FrameworkPorts ports, HostServices& host,
@@ -23,7 +36,7 @@ struct RunningMac::Parts {
           workspace(*files, host.processes()),
           administrator(AdminScriptRunner::throughOsascript(host.processes(), ports.promptTimeout)),
           userRunner({*files, host.processes(), ports.keychain, ports.applications, log}, ports.user),
-          privilegedRunner(administrator, *files, ports.user, log),
+          privilegedRunner(administrator, *files, ports.user, log, trashForRoot()),
           revoker(host.processes()),
           folderEvents(hostFolderEvents("/")),
           mac{.system = {.files = *files,

@@ -1,5 +1,6 @@
 #include "quarantine/interrupted_move.h"
 
+#include "operations/trash_staging.h"
 #include "platform/file_absence.h"
 #include "quarantine/quarantine_layout.h"
 
@@ -58,7 +59,7 @@ bool isSettled(const ManifestEntry& entry, Place place, Unaccounted& unaccounted
     const Path source(entry.source), destination(*entry.destination);
     if (place == Place::unknown || files.isSetAside(source)) return false;
     if (place == Place::inQuarantine) return !isOneItem(source, destination, files);
-    return !unaccounted.liesIn(destination.parent());
+    return !isStaged(destination, files) && !unaccounted.liesIn(destination.parent());
 }
 
 /// Whether the item was moved as part of an enclosing folder.

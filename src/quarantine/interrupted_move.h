@@ -35,8 +35,8 @@ struct RunObservation {
     /// What can be undone, in planned order: moves whose item is in quarantine, and unloaded jobs whose
     /// property list is among them.
     std::vector<ManifestEntry> entries;
-    /// Moves with something at neither place, or possibly so: set aside, half copied, still hard-linked,
-    /// inaccessible to this account, or possibly the unknown item in their folder in quarantine.
+    /// Moves with something at neither place, or possibly so: set aside, half copied, staged, still
+    /// hard-linked, inaccessible to this account, or possibly the unknown item in their folder in quarantine.
     std::vector<ManifestEntry> unsettled;
     /// Moves whose item is at neither place and that left no trace: another process took it. After them the
     /// unloaded jobs whose property lists are among them. `isMissing` is set.

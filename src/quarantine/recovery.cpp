@@ -1,5 +1,6 @@
 #include "quarantine/recovery.h"
 
+#include "operations/trash_staging.h"
 #include "platform/budgeted_files.h"
 #include "posix/copied_bytes.h"
 #include "posix/copied_move.h"
@@ -27,7 +28,10 @@ class Recovery {
     void lookAt(const Path& root) {
         if (dropEmptyRun(root, files_)) return;
         if (!files_.exists(root / journalFileName)) {
-            if (const auto ended = readManifest(root, budgeted_)) settleReturns(ended->entries);
+            if (const auto ended = readManifest(root, budgeted_)) {
+                settleStaged(root, ended->entries);
+                settleReturns(ended->entries);
+            }
             return;
         }
         const auto journal = readJournal(root, files_);
@@ -127,7 +131,18 @@ class Recovery {
         });
     }
 
+    /// Moves on into the Trash what stopped beside it.
+    void settleStaged(const Path& root, const std::vector<ManifestEntry>& entries) {
+        if (!isStaged(root, files_)) return;
+        TrashStaging staging(files_, policy_);
+        for (const auto& entry : entries)
+            if (entry.destination)
+                if (const auto failed = staging.settle(Path(*entry.destination)))
+                    log_.warning("Stays in the staging folder: {} ({})", entry.source, failed->key);
+    }
+
     void settle(const RemovalJournal& journal) {
+        settleStaged(journal.quarantineRoot, journal.planned);
         settleInterruptedMoves(journal.planned, StrayWrites::getAName, files_, policy_, held_);
         settleReturns(journal.planned);
     }

@@ -32,7 +32,7 @@ HOSTILE = ["com.example.marlin.it's", 'com.example.marlin."quoted"', "com.exampl
            "com.example.marlin.*"]
 
 
-def box(volume, state, program, *arguments, prompt_timeout=60_000):
+def box(volume, state, program, *arguments, prompt_timeout=60_000, variables=()):
     command = ["bwrap", "--unshare-all", "--die-with-parent", "--uid", "501", "--gid", "20", "--bind", volume, "/",
                "--proc", "/proc", "--dev", "/dev", "--tmpfs", "/tmp", "--bind", state, "/state"]
     for folder in ["/usr/lib", "/lib", "/lib64", "/usr/share/icu"]:
@@ -45,7 +45,10 @@ def box(volume, state, program, *arguments, prompt_timeout=60_000):
     command += ["--ro-bind", HERE / "stand_ins/osascript", "/usr/bin/osascript",
                 "--ro-bind", program, "/opt/tidwen/bin/tidwen", "--ro-bind", RESOURCES, "/opt/tidwen/resources",
                 "--clearenv", "--setenv", "HOME", "/tmp", "--setenv", "TIDWEN_PROMPT_MILLISECONDS",
-                str(prompt_timeout), "/opt/tidwen/bin/tidwen", *arguments]
+                str(prompt_timeout)]
+    for name in variables:
+        command += ["--setenv", name, "1"]
+    command += ["/opt/tidwen/bin/tidwen", *arguments]
     return subprocess.run(command, capture_output=True, text=True, timeout=100)
 
 
@@ -138,10 +141,10 @@ class MacRoot(unittest.TestCase):
                           steps[result["operationID"]]["kind"]["kind"], result.get("failureKey") or "ok"])
                 for result in report["results"]]
 
-    def undo(self):
+    def undo(self, **options):
         """The counts of items put back, of all items and of jobs loaded; and the failures."""
         self.note("log", "")
-        report = self.run_tidwen("undo", "1")
+        report = self.run_tidwen("undo", "1", **options)
         return [f'{report["restoredCount"]} {report["totalCount"]} {report["relaunchedJobs"]}', *(
             f'{each["item"]}: {each["failureReason"]}' for each in report["failures"])]
 
@@ -288,6 +291,29 @@ class MacRoot(unittest.TestCase):
         for words in (["scan", marlin], ["remove", "--dry-run", marlin], ["orphans"]):
             with self.subTest(words):
                 self.run_tidwen(*words)
+
+    def test_a_trash_that_root_may_not_enter(self):
+        staging = self.at("/Users/alice/Library/Application Support/Tidwen/Staging")
+        staging.parent.parent.mkdir(parents=True)
+        self.note("refused", "/Users/alice/.Trash")
+        moves = [line for line in self.remove() if line.startswith("root move")]
+        self.assertEqual(set(moves), {"root move failure.exit %@"})
+        self.assertEqual(self.undo()[1:], [])
+        staged = {"variables": ["TIDWEN_STAGE_ROOT_MOVES"]}
+        self.assertEqual([line for line in self.remove(**staged) if not line.endswith(" ok")], [])
+        self.assertFalse(staging.exists())
+        # As a kill leaves it: an item of root's and one of the user's on their way into the Trash or out of it.
+        holders = [item.parent for item in self.at("/Users/alice/.Trash").glob("Tidwen - */*/*arlin*")]
+        run, = {holder.parent for holder in holders}
+        (staging / run.name).mkdir(parents=True)
+        for holder in holders[:6]:
+            holder.rename(staging / run.name / holder.name)
+        self.run_tidwen("recover")
+        self.assertFalse(staging.exists())
+        count = len(moves) + 3
+        self.assertEqual(self.undo(**staged), [f"{count} {count} 2"])
+        self.assertFalse(staging.exists())
+        self.assertEqual(self.tree(), self.before)
 
     def test_a_tool_that_floods_its_output(self):
         self.note("hooks/lsregister", "head -c 100000000 /dev/zero; head -c 100000000 /dev/zero >&2")

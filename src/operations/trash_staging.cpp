@@ -1,0 +1,69 @@
+#include "operations/trash_staging.h"
+
+#include "operations/screened_move.h"
+#include "platform/file_absence.h"
+
+namespace tidwen {
+
+namespace {
+
+Message failure(FileFault fault) {
+    return {std::string(failureKey(fault))};
+}
+
+} // namespace
+
+std::optional<Path> stagingPlace(const Path& inTrash) {
+    constexpr std::string_view trash = "/.Trash/";
+    const auto& text = inTrash.string();
+    const auto home = text.find(trash);
+    if (home == text.npos) return std::nullopt;
+    return Path(text.substr(0, home) + "/Library/Application Support/Tidwen/Staging/"
+                + text.substr(home + trash.size()));
+}
+
+bool isStaged(const Path& inTrash, const FileSystem& files) {
+    const auto place = stagingPlace(inTrash);
+    return place && files.exists(*place);
+}
+
+std::optional<Path> TrashStaging::placeFor(const Path& place) const {
+    // A folder around the item that is below the run's own one.
+    if (!policy_.isQuarantineEndpoint(place) || !policy_.isQuarantineEndpoint(place.parent()))
+        return std::nullopt;
+    return stagingPlace(place);
+}
+
+tl::expected<operation::Move, Message> TrashStaging::prepare(const operation::Move& move) {
+    const auto to = placeFor(move.destination), from = placeFor(move.source);
+    if (!to && !from) return move;
+    const Path folder = (to ? *to : *from).parent(), above = to ? folder : folder.parent();
+    if (const auto made = files_.createDirectories(above); !made)
+        return tl::unexpected(failure(made.error().fault));
+    // A link here would lead root elsewhere.
+    if (files_.resolve(above).value_or(Path()) != above) return tl::unexpected(failure(FileFault::throughLink));
+    if (to) return operation::Move{move.source, *to};
+    if (isMissing(files_, *from))
+        if (const auto moved = files_.move(move.source.parent(), folder); !moved)
+            return tl::unexpected(failure(moved.error().fault));
+    return operation::Move{*from, move.destination};
+}
+
+std::optional<Message> TrashStaging::settle(const Path& place) {
+    const auto staged = placeFor(place);
+    if (!staged) return std::nullopt;
+    const Path folder = staged->parent();
+    std::optional<Message> failed;
+    if (!isMissing(files_, folder) && !files_.removeEmptyDirectory(folder)) {
+        const auto made = makeFolderInQuarantine(place.parent().parent(), files_, policy_);
+        const auto moved = made ? files_.move(folder, place.parent()) : MoveResult(tl::unexpected(made.error()));
+        if (!moved) failed = failure(moved.error().fault);
+    }
+    // The folders above, when nothing else waits in them; other files of Tidwen are in the last of them.
+    for (Path each = folder.parent();
+         each.lastComponent() != "Application Support" && files_.removeEmptyDirectory(each);)
+        each = each.parent();
+    return failed;
+}
+
+} // namespace tidwen
