@@ -1,3 +1,4 @@
+#include "base/descriptor.h"
 #include "macos/fs_events.h"
 #include "macos/launch_services.h"
 #include "macos/preferences_defaults.h"
@@ -5,13 +6,18 @@
 #include "macos/unified_log.h"
 #include "macos/user_keychain.h"
 #include "macos/workspace_applications.h"
+#include "posix/entry_sizes.h"
 #include "posix/posix_process_runner.h"
 #include "support/defaults_contract.h"
 #include "support/fixtures.h"
 #include "support/folder_events_contract.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
+#include <set>
+#include <thread>
+#include <tuple>
 #include <unistd.h>
 
 namespace tidwen {
@@ -68,6 +74,47 @@ TEST(WorkspaceApplications, KnowWhoRunsAndWhoIsThere) {
         EXPECT_EQ(known.isKnown(bundleID), isThere);
     }
     EXPECT_TRUE(running.quit("com.corvella.no-such-application", 1s)) << "none is left";
+}
+
+/// Needs somebody who is logged in. Started without coming to the front.
+TEST(WorkspaceApplications, QuitWhoAgreesAndEndNobodyByForce) {
+    constexpr auto bundleID = "com.corvella.tidwen.test.sitting";
+    WorkspaceApplications running;
+    PosixProcessRunner tools;
+    const auto waitUntilRunning = [&](bool isWanted) {
+        for (int i = 0; i < 400 && running.isRunning(bundleID) != isWanted; ++i)
+            std::this_thread::sleep_for(100ms);
+        return running.isRunning(bundleID) == isWanted;
+    };
+    for (const bool stays : {false, true}) {
+        const std::vector<std::string> words = {"-g", "-n", SITTING_APPLICATION, "--args",
+                                                stays ? "stays" : "goes"};
+        ASSERT_EQ(tools.run("/usr/bin/open", words, 20s)->exitCode, 0);
+        ASSERT_TRUE(waitUntilRunning(true));
+        std::this_thread::sleep_for(1s); // it answers once its own loop turns
+        EXPECT_EQ(running.quit(bundleID, 3s), !stays);
+        EXPECT_EQ(running.isRunning(bundleID), stays);
+    }
+    EXPECT_TRUE(waitUntilRunning(false)) << "it ends by itself";
+}
+
+/// Many entries described by one call are those that stat describes one by one.
+TEST(EntrySizes, AreTheSameInBulk) {
+    for (const char* place : {"/System/Library/CoreServices", "/Applications", "/usr/lib", "/private/tmp"}) {
+        const Descriptor folder(::open(place, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        using Entry =
+            std::tuple<std::string, std::uint64_t, std::uint64_t, std::uint64_t, std::uint64_t, bool>;
+        std::set<Entry> seen[2];
+        for (const bool isBulk : {false, true})
+            (isBulk ? listSizes
+                    : listSizesSingly)(folder.get(), [&](const char* name, const EntrySize* size) {
+                const auto told = size ? *size : EntrySize();
+                seen[isBulk].insert(
+                    {name, told.device, told.inode, told.links, told.allocatedBytes, told.isFolder});
+                return true;
+            });
+        EXPECT_EQ(seen[0], seen[1]) << place;
+    }
 }
 
 TEST(System, TellsItsLanguagesAndTakesLines) {
