@@ -9,7 +9,7 @@ import sys
 LEVELS = {
     "base": 1, "platform": 2, "posix": 3, "settings": 4, "services": 4, "scan": 5, "operations": 6, "quarantine": 7,
     "inventory": 8, "sweep": 9, "system": 10, "removal": 11, "volume": 12, "macos": 12, "host": 12, "sample": 12,
-    "program": 13, "cli": 14, "app": 14,
+    "program": 13, "finder_extension": 13, "cli": 14, "app": 14,
 }
 INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s*["<]([^">]+)[">]')
 QT = re.compile(r"^Q[A-Z]|^Qt")

@@ -1,19 +1,38 @@
 #include "app/shell/main_loop.h"
 #include "app/shell/main_window.h"
+#include "app/shell/opened_files.h"
 #include "app/style/style.h"
 #include "host/crash_recorder.h"
 #include "host/crash_reports.h"
 #include "program/resources.h"
+#include "program/this_mac.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QIcon>
 #include <QPalette>
 #include <csignal>
+#ifdef __APPLE__
+#include "macos/launch_reason.h"
+#endif
 
 namespace {
 
 using namespace tidwen;
+
+/// At a login only the Trash watch is wanted.
+void showAfterLaunch(MainWindow& window, [[maybe_unused]] Log& log) {
+#ifdef __APPLE__
+    whenLaunched([&](bool isLogin) {
+        if (isLogin)
+            log.info("Login launch: watching the Trash without a window");
+        else
+            window.show();
+    });
+#else
+    window.show();
+#endif
+}
 
 int run(QApplication& application, const char* program) {
     const auto resources = findResources(program);
@@ -30,13 +49,19 @@ int run(QApplication& application, const char* program) {
     HostServices host({programFile(program).string()}, log);
     WorkQueue background;
     MacOpener opener(host, texts, log, main, background);
-    MainWindow window({opener, texts, main, background});
+    MainWindow window({opener, texts, main, background, findOwnBundle(program)});
+    const OpenedFiles opened([&](auto paths) { window.takeFiles(std::move(paths)); });
     const auto homeOfUser = words.isSet(home) ? std::optional(words.value(home).toStdString()) : std::nullopt;
     if (words.isSet(volume))
         window.open(words.value(volume).toStdString(), homeOfUser);
     else if (words.isSet(sample))
         window.openSample();
-    window.show();
+    else if (const auto running = thisMac())
+        window.openRunning(running);
+    QObject::connect(&application, &QGuiApplication::applicationStateChanged, &window, [&](auto state) {
+        if (state == Qt::ApplicationActive) window.comeBack();
+    });
+    showAfterLaunch(window, log);
     return QApplication::exec();
 }
 

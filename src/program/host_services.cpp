@@ -1,12 +1,16 @@
 #include "program/host_services.h"
 
+#include "host/desktop_notifications.h"
 #include "host/xdg_autostart.h"
 #include "settings/file_defaults.h"
 #include <unistd.h>
 #ifdef __APPLE__
 #include "host/launch_agent.h"
 #include "macos/fs_events.h"
+#include "macos/main_app_login_item.h"
+#include "macos/main_bundle.h"
 #include "macos/preferences_defaults.h"
+#include "macos/user_notifications.h"
 #include "scan/applications/app_target.h"
 #include "settings/user_folder.h"
 #else
@@ -28,10 +32,21 @@ bool isAccountUsed() {
 std::unique_ptr<LoginItem> ownLoginItem(std::vector<std::string> command, Log& log,
                                         [[maybe_unused]] const Launchd& launchd) {
 #ifdef __APPLE__
-    if (isAccountUsed())
-        return std::make_unique<LaunchAgent>(LaunchAgent::defaultFolder(), std::move(command), log, launchd);
+    if (isAccountUsed()) {
+        auto agent =
+            std::make_unique<LaunchAgent>(LaunchAgent::defaultFolder(), std::move(command), log, launchd);
+        if (!isMainProgramOfBundle()) return agent;
+        return std::make_unique<MainAppLoginItem>(std::move(agent), log);
+    }
 #endif
     return std::make_unique<XdgAutostart>(XdgAutostart::defaultFolder(), std::move(command), log);
+}
+
+std::unique_ptr<Notifications> ownNotifications(ProcessRunner& processes) {
+#ifdef __APPLE__
+    if (isMainProgramOfBundle()) return std::make_unique<UserNotifications>();
+#endif
+    return std::make_unique<DesktopNotifications>(processes);
 }
 
 } // namespace
@@ -63,6 +78,6 @@ HostServices::HostServices(std::vector<std::string> loginCommand, Log& log)
       defaults_(hostDefaults(log, folders_.get())),
       launchd_(processes_, ::getuid()),
       loginItem_(ownLoginItem(std::move(loginCommand), log, launchd_)),
-      notifications_(processes_) {}
+      notifications_(ownNotifications(processes_)) {}
 
 } // namespace tidwen

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "base/log.h"
-#include "host/desktop_notifications.h"
 #include "operations/tool_launchd.h"
 #include "platform/defaults.h"
 #include "platform/folder_events.h"
 #include "platform/login_item.h"
+#include "platform/notifications.h"
 #include "posix/posix_process_runner.h"
 
 #include <filesystem>
@@ -24,7 +24,7 @@ class HostServices {
 
     Defaults& defaults() { return *defaults_; }
     LoginItem& loginItem() { return *loginItem_; }
-    Notifications& notifications() { return notifications_; }
+    Notifications& notifications() { return *notifications_; }
     ProcessRunner& processes() { return processes_; }
     /// The file of known applications, beside the settings.
     std::filesystem::path knownApps() const;
@@ -35,7 +35,7 @@ class HostServices {
     PosixProcessRunner processes_;
     ToolLaunchd launchd_;
     std::unique_ptr<LoginItem> loginItem_;
-    DesktopNotifications notifications_;
+    std::unique_ptr<Notifications> notifications_;
 };
 
 /// The settings of this machine's user. With `folders`, of this machine, they can be watched.

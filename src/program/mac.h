@@ -15,6 +15,15 @@
 
 namespace tidwen {
 
+struct Mac;
+
+/// Owns a Mac and what it refers to.
+class OwnedMac {
+  public:
+    virtual ~OwnedMac() = default;
+    virtual Mac& mac() = 0;
+};
+
 /// One Mac, for the terminal or a window: ports that read it and ports that change it. Created by `VolumeMac`
 /// or `RunningMac`, which own what it refers to.
 struct Mac {
@@ -29,6 +38,9 @@ struct Mac {
     std::filesystem::path knownApps;
     /// Whether the Finder offers this program's menu entry; never on a volume. Thread-safe.
     std::function<bool()> isFinderExtensionEnabled;
+    /// The folder that the processes of an application group share; empty where only its usual place is
+    /// known.
+    std::function<std::optional<Path>(const std::string& group)> groupContainer = {};
     /// Runs a script as an administrator; absent on a volume, where no prompt is possible.
     std::optional<AdminScriptRunner::Execute> administrator;
     std::optional<std::filesystem::path>

@@ -61,6 +61,7 @@ struct RunningMac::Parts {
               .loginItem = host.loginItem(),
               .knownApps = host.knownApps(),
               .isFinderExtensionEnabled = ports.isFinderExtensionEnabled,
+              .groupContainer = ports.groupContainer,
               .administrator = administrator,
               .volume = std::nullopt} {}
 

@@ -14,7 +14,7 @@ class HostServices;
 
 /// The Mac that the program runs on. Uses POSIX calls for files and the system's own tools for everything
 /// else, so it is portable; the creator passes in what needs a framework.
-class RunningMac {
+class RunningMac : public OwnedMac {
   public:
     /// What only a framework of macOS answers. The ports outlive the result, or live as long as `owner`.
     struct FrameworkPorts {
@@ -23,17 +23,23 @@ class RunningMac {
         RunningApplications& applications;
         KnownApplications& knownApplications;
         std::function<bool()> isFinderExtensionEnabled = [] { return false; };
+        /// Where the system puts the folder of an application group; nullopt when it does not say.
+        std::function<std::optional<Path>(const std::string& group)> groupContainer = {};
         /// How long a prompt for the administrator's password may take.
         std::chrono::milliseconds promptTimeout = std::chrono::seconds(600);
         std::shared_ptr<void> owner = {}; ///< of the ports; kept by the result
     };
 
+    /// Opens the Mac that the program runs on; empty where that is no Mac.
+    using Open =
+        std::function<tl::expected<std::unique_ptr<RunningMac>, Message>(HostServices&, const Texts&, Log&)>;
+
     /// What is passed by reference must outlive the result. The error says what is unusable.
     static tl::expected<std::unique_ptr<RunningMac>, Message> open(FrameworkPorts ports, HostServices& host,
                                                                    const Texts& texts, Log& log);
-    ~RunningMac();
+    ~RunningMac() override;
 
-    Mac& mac();
+    Mac& mac() override;
 
   private:
     struct Parts;

@@ -21,7 +21,9 @@ std::string nameForMemory(const Mac& mac) {
 } // namespace
 
 RequestInbox requestInbox(const Mac& mac, const OwnBundle& bundle) {
-    return {mac.system.files, RequestInbox::fallbackContainer(mac.system.user, bundle), mac.system.log};
+    auto container = mac.groupContainer ? mac.groupContainer(bundle.group) : std::nullopt;
+    if (!container) container = RequestInbox::fallbackContainer(mac.system.user, bundle);
+    return {mac.system.files, std::move(container), mac.system.log};
 }
 
 WorkQueue& SessionModels::reading() {

@@ -2,6 +2,8 @@
 
 #ifdef __APPLE__
 #include "host/running_user.h"
+#include "macos/finder_extension_state.h"
+#include "macos/group_container.h"
 #include "macos/launch_services.h"
 #include "macos/user_keychain.h"
 #include "macos/workspace_applications.h"
@@ -30,6 +32,8 @@ tl::expected<std::unique_ptr<RunningMac>, Message> openThisMac(HostServices& hos
                              .keychain = frameworks->keychain,
                              .applications = frameworks->applications,
                              .knownApplications = frameworks->knownApplications,
+                             .isFinderExtensionEnabled = isFinderExtensionEnabled,
+                             .groupContainer = groupContainer,
                              .owner = frameworks},
                             host, texts, log);
 }
@@ -38,8 +42,7 @@ tl::expected<std::unique_ptr<RunningMac>, Message> openThisMac(HostServices& hos
 
 #endif
 
-std::function<tl::expected<std::unique_ptr<RunningMac>, Message>(HostServices&, const Texts&, Log&)>
-thisMac() {
+RunningMac::Open thisMac() {
 #ifdef __APPLE__
     return openThisMac;
 #else

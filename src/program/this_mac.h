@@ -5,7 +5,6 @@
 namespace tidwen {
 
 /// Opens the Mac that the program runs on; empty where that is no Mac.
-std::function<tl::expected<std::unique_ptr<RunningMac>, Message>(HostServices&, const Texts&, Log&)>
-thisMac();
+RunningMac::Open thisMac();
 
 } // namespace tidwen

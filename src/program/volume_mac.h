@@ -13,7 +13,7 @@ namespace tidwen {
 class HostServices;
 
 /// A Mac volume in a folder of this machine, with the implementations of its ports.
-class VolumeMac {
+class VolumeMac : public OwnedMac {
   public:
     /// `home`: the user to work for, as a Mac path; required when the volume has several homes. What is
     /// passed by reference must outlive the result. The error says what is unusable.
@@ -21,9 +21,9 @@ class VolumeMac {
                                                                   const std::optional<std::string>& home,
                                                                   HostServices& host, const Texts& texts,
                                                                   Log& log);
-    ~VolumeMac();
+    ~VolumeMac() override;
 
-    Mac& mac();
+    Mac& mac() override;
 
   private:
     struct Parts;

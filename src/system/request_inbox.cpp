@@ -150,10 +150,20 @@ bool RequestInbox::isAcceptable(const std::string& path) const {
     return info && info->kind != FileKind::symbolicLink;
 }
 
+std::optional<Path> RequestInbox::finderGate() const {
+    return container_ ? std::optional(*container_ / "finder-gate.json") : std::nullopt;
+}
+
+bool RequestInbox::isFinderGateOpen() const {
+    const auto gate = finderGate();
+    return gate && files_.exists(*gate);
+}
+
 bool RequestInbox::setFinderGate(bool enabled) {
     log_.info("Finder extension enabled: {}", enabled ? 1 : 0);
-    if (!container_) return false;
-    const auto gate = *container_ / "finder-gate.json";
+    const auto place = finderGate();
+    if (!place) return false;
+    const auto& gate = *place;
     if (!enabled) {
         const auto removed = files_.removeFile(gate);
         return removed || removed.error().fault == FileFault::missing;

@@ -86,8 +86,11 @@ class RequestInbox {
     /// The file that tells the Finder extension whether to show its menu item. False when it could not be
     /// written or removed.
     bool setFinderGate(bool enabled);
+    /// That file is there.
+    bool isFinderGateOpen() const;
 
   private:
+    std::optional<Path> finderGate() const;
     struct Taken;
     struct Listing {
         std::vector<Path> requests = {};

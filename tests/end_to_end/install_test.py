@@ -7,6 +7,8 @@ import sys
 import tempfile
 import unittest
 
+RESOURCES = pathlib.Path(__file__).resolve().parents[2] / "resources"
+
 
 class Installation(unittest.TestCase):
     cmake = build = None
@@ -17,12 +19,13 @@ class Installation(unittest.TestCase):
             subprocess.run([self.cmake, "--install", self.build, "--prefix", staged], check=True, capture_output=True)
             staged.rename(place)
             files = sorted(str(file.relative_to(place)) for file in place.rglob("*") if file.is_file())
-            files = [file for file in files if file != "bin/Tidwen"]  # where the toolkit of the window is there
-            resources = pathlib.Path(__file__).parents[2] / "resources"
-            texts = [f"share/tidwen/{file.relative_to(resources)}" for file in resources.glob("*.lproj/*")]
-            self.assertEqual(files, sorted([
+            texts = [file for file in files if file.startswith("share/tidwen/")]
+            self.assertEqual(texts, sorted(f"share/tidwen/{file.relative_to(RESOURCES)}" for file in RESOURCES.glob("*.lproj/*")))
+            window = ["bin/Tidwen", "share/applications/com.corvella.tidwen.desktop",
+                      "share/icons/hicolor/scalable/apps/com.corvella.tidwen.svg"]  # where its toolkit is there
+            self.assertEqual([file for file in files if file not in texts + window], [
                 "bin/tidwen", "share/bash-completion/completions/tidwen", "share/fish/vendor_completions.d/tidwen.fish",
-                "share/man/man1/tidwen.1", "share/zsh/site-functions/_tidwen", *texts]))
+                "share/man/man1/tidwen.1", "share/zsh/site-functions/_tidwen"])
             environment = {**os.environ, "XDG_CONFIG_HOME": scratch, "XDG_STATE_HOME": scratch}
             environment.pop("TIDWEN_RESOURCES", None)
 

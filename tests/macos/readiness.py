@@ -11,7 +11,7 @@ checkout = Path(sys.argv[1])
 
 def lines_of(file):
     """Without blank lines and comments: all of a file for macOS, else what a condition leaves to a Mac."""
-    whole = "macos" in file.parts
+    whole = "macos" in file.parts or "finder_extension" in file.parts
     conditions, count = [], 0  # for each condition that is open: whether a Mac alone takes this branch
     for line in file.read_text().splitlines():
         word = line.split()[0] if line.split() else ""

@@ -41,6 +41,19 @@ void MacOpener::open(fs::path folder, std::optional<std::string> home, Then then
         });
 }
 
+void MacOpener::openRunning(const RunningMac::Open& running, Then then) {
+    inBackground(
+        *this, alive_, background_, main_,
+        [this, running]() -> tl::expected<Opened, Message> {
+            auto mac = running(host_, texts_, log_);
+            if (!mac) return tl::unexpected(mac.error());
+            return Opened{std::move(*mac), texts_.text("window.thisMac")};
+        },
+        [then = std::move(then)](MacOpener&, tl::expected<Opened, Message> opened) {
+            then(std::move(opened));
+        });
+}
+
 void MacOpener::openSample(Then then) {
     inBackground(
         *this, alive_, background_, main_, [folder = newSampleFolder()] { return writeSampleVolume(folder); },

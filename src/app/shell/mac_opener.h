@@ -2,6 +2,7 @@
 
 #include "base/executor.h"
 #include "program/host_services.h"
+#include "program/running_mac.h"
 #include "program/volume_mac.h"
 
 #include <filesystem>
@@ -13,11 +14,11 @@
 
 namespace tidwen {
 
-/// Opens volumes in the background: what lies on a disk may be slow to answer. Belongs to the main thread.
+/// Opens Macs in the background: what lies on a disk may be slow to answer. Belongs to the main thread.
 class MacOpener {
   public:
     struct Opened {
-        std::unique_ptr<VolumeMac> volume;
+        std::unique_ptr<OwnedMac> mac;
         std::string name; ///< of its folder
     };
     using Then = std::function<void(tl::expected<Opened, Message>)>;
@@ -28,6 +29,8 @@ class MacOpener {
 
     /// `then` is called on the main thread, unless this is gone by then.
     void open(std::filesystem::path folder, std::optional<std::string> home, Then then);
+    /// Opens the Mac that the program runs on.
+    void openRunning(const RunningMac::Open& running, Then then);
     /// Writes the sample to a new folder of the system's temporary one, and opens it.
     void openSample(Then then);
 

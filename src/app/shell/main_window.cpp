@@ -3,10 +3,12 @@
 #include "app/screens/welcome/welcome_screen.h"
 #include "app/shell/drop_veil.h"
 #include "app/shell/dropped_items.h"
+#include "app/shell/standing_services.h"
 #include "app/style/metrics.h"
 #include "app/widgets/words.h"
 #include "base/background_step.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QFileDialog>
@@ -14,6 +16,7 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <algorithm>
+#include <utility>
 
 namespace tidwen {
 
@@ -29,6 +32,7 @@ MainWindow::MainWindow(Services services) : services_(services) {
 
 /// The view refers to the Mac, so it goes first.
 MainWindow::~MainWindow() {
+    standing_.reset();
     delete takeCentralWidget();
 }
 
@@ -90,6 +94,11 @@ void MainWindow::openSample() {
     services_.opener.openSample([this](auto opened) { take(std::move(opened)); });
 }
 
+void MainWindow::openRunning(const RunningMac::Open& running) {
+    if (welcome_) welcome_->setBusy(true);
+    services_.opener.openRunning(running, [this](auto opened) { take(std::move(opened)); });
+}
+
 /// A Mac that could not be opened leaves the one that is open as it is.
 void MainWindow::take(tl::expected<MacOpener::Opened, Message> opened) {
     if (welcome_) welcome_->setBusy(false);
@@ -101,13 +110,41 @@ void MainWindow::take(tl::expected<MacOpener::Opened, Message> opened) {
             view_->say(why);
         return;
     }
+    standing_.reset();
     delete takeCentralWidget();
     welcome_ = nullptr;
     view_ = nullptr;
     mac_.reset();
-    mac_ = std::make_unique<OpenMac>(std::move(opened->volume), std::move(opened->name), services_.main);
+    mac_ = std::make_unique<OpenMac>(std::move(opened->mac), std::move(opened->name), services_.main);
     view_ = new MacView(*mac_, services_.background, systems_);
     setCentralWidget(view_);
+    if (!mac_->session().mac().volume) stand();
+    if (!waitingFiles_.empty()) view_->takeDropped(std::exchange(waitingFiles_, {}));
+}
+
+void MainWindow::stand() {
+    const auto lookAt = [this](const std::vector<Path>& bundles) { view_->lookAt(bundles); };
+    standing_ = std::make_unique<StandingServices>(mac_->session(), services_.bundle,
+                                                   StandingServices::Window{[this] { present(); }, lookAt});
+}
+
+void MainWindow::takeFiles(std::vector<std::string> hostPaths) {
+    present();
+    if (view_)
+        view_->takeDropped(std::move(hostPaths));
+    else
+        waitingFiles_.insert(waitingFiles_.end(), hostPaths.begin(), hostPaths.end());
+}
+
+void MainWindow::present() {
+    show();
+    raise();
+    activateWindow();
+}
+
+void MainWindow::comeBack() {
+    if (standing_) standing_->refresh();
+    if (standing_ && !isVisible()) show();
 }
 
 /// While something is moved the Mac must stay open; says so.
@@ -118,6 +155,8 @@ bool MainWindow::isBusy() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+    // The Trash watch goes on without a window.
+    QApplication::setQuitOnLastWindowClosed(!standing_ || !standing_->isNeeded());
     if (!mac_ || !mac_->isBusy()) return event->accept();
     event->ignore();
     view_->askToStop([this] { close(); });

@@ -2,6 +2,7 @@
 
 #include "app/shell/mac_opener.h"
 #include "app/shell/mac_view.h"
+#include "program/resources.h"
 
 #include <QMainWindow>
 #include <filesystem>
@@ -14,6 +15,7 @@ class QMenu;
 namespace tidwen {
 
 class DropVeil;
+class StandingServices;
 class WelcomeScreen;
 
 /// The window: the Mac that is open, or the choice of one.
@@ -25,12 +27,19 @@ class MainWindow final : public QMainWindow {
         const Texts& texts;
         Executor& main;
         Executor& background;
+        OwnBundle bundle = {}; ///< that the program runs from
     };
     explicit MainWindow(Services services);
     ~MainWindow() override;
 
     void open(const std::filesystem::path& folder, const std::optional<std::string>& home = {});
     void openSample();
+    void openRunning(const RunningMac::Open& running);
+    /// Files of this machine, as dropped; those that come while a Mac is being opened wait for it.
+    void takeFiles(std::vector<std::string> hostPaths);
+    void present();
+    /// The program came to the front.
+    void comeBack();
     OpenMac* mac() { return mac_.get(); }
     MacView* view() { return view_; }
 
@@ -44,6 +53,7 @@ class MainWindow final : public QMainWindow {
     void makeMenus();
     void chooseVolume();
     void take(tl::expected<MacOpener::Opened, Message> opened);
+    void stand();
     void showWelcome();
     bool isBusy();
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
@@ -53,7 +63,9 @@ class MainWindow final : public QMainWindow {
     WelcomeScreen* welcome_ = nullptr;
     DropVeil* veil_ = nullptr;
     std::unique_ptr<OpenMac> mac_;
-    MacView* view_ = nullptr; ///< of `mac_`, and goes before it
+    MacView* view_ = nullptr;                    ///< of `mac_`, and goes before it
+    std::unique_ptr<StandingServices> standing_; ///< of the Mac that the program runs on
+    std::vector<std::string> waitingFiles_;
 };
 
 } // namespace tidwen

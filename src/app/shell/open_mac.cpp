@@ -2,17 +2,17 @@
 
 namespace tidwen {
 
-OpenMac::OpenMac(std::unique_ptr<VolumeMac> volume, std::string name, Executor& main)
-    : volume_(std::move(volume)),
+OpenMac::OpenMac(std::unique_ptr<OwnedMac> owned, std::string name, Executor& main)
+    : owned_(std::move(owned)),
       name_(std::move(name)),
       loop_(main),
-      icons_(volume_->mac().system.workspace, main),
-      session_(volume_->mac(), main, InstalledBundles::Looks::many),
-      flow_(session_.removalServices(), volume_->mac().system.user),
-      chores_(session_.startupServices(), volume_->mac().system.user) {}
+      icons_(owned_->mac().system.workspace, main),
+      session_(owned_->mac(), main, InstalledBundles::Looks::many),
+      flow_(session_.removalServices(), owned_->mac().system.user),
+      chores_(session_.startupServices(), owned_->mac().system.user) {}
 
 std::string OpenMac::userName() const {
-    return volume_->mac().system.user.home.lastComponent();
+    return owned_->mac().system.user.home.lastComponent();
 }
 
 bool OpenMac::isBusy() {

@@ -2,7 +2,6 @@
 
 #include "app/models/app_icons.h"
 #include "program/session.h"
-#include "program/volume_mac.h"
 
 #include <memory>
 #include <optional>
@@ -14,7 +13,7 @@ namespace tidwen {
 /// step at hand of what runs.
 class OpenMac {
   public:
-    OpenMac(std::unique_ptr<VolumeMac> volume, std::string name, Executor& main);
+    OpenMac(std::unique_ptr<OwnedMac> owned, std::string name, Executor& main);
 
     const std::string& name() const { return name_; } ///< of the volume, as people know it
     std::string userName() const;
@@ -22,13 +21,13 @@ class OpenMac {
     AppIcons& icons() { return icons_; }
     RemovalFlowModel& flow() { return flow_; }
     StartupChores& chores() { return chores_; }
-    const System& system() { return volume_->mac().system; }
+    const System& system() { return owned_->mac().system; }
     Executor& loop() { return loop_; }
     /// A removal or an undo runs: it must end before this Mac is left.
     bool isBusy();
 
   private:
-    std::unique_ptr<VolumeMac> volume_;
+    std::unique_ptr<OwnedMac> owned_;
     std::string name_;
     Executor& loop_;
     AppIcons icons_;

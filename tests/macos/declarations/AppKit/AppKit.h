@@ -11,7 +11,40 @@
 - (BOOL)terminate;
 @end
 
+typedef NSUInteger NSApplicationTerminateReply;
+constexpr NSApplicationTerminateReply NSTerminateCancel = 0;
+
+extern "C" {
+extern NSString* _Nonnull const NSApplicationDidFinishLaunchingNotification;
+}
+
+@class NSApplication;
+@protocol NSApplicationDelegate
+@optional
+- (NSApplicationTerminateReply)applicationShouldTerminate:(NSApplication* _Nonnull)sender;
+@end
+
+@interface NSApplication : NSObject
+@property(class, readonly, strong) NSApplication* _Nonnull sharedApplication;
+@property(weak, nullable) id<NSApplicationDelegate> delegate;
+@property(strong, nullable) id servicesProvider;
+- (void)run;
+@end
+
+@interface NSPasteboard : NSObject
+- (NSArray* _Nullable)readObjectsForClasses:(NSArray<Class>* _Nonnull)classes
+                                    options:(NSDictionary<NSString*, id>* _Nullable)options;
+@end
+
+@interface NSMenu : NSObject
+- (instancetype _Nonnull)initWithTitle:(NSString* _Nonnull)title;
+- (id _Nonnull)addItemWithTitle:(NSString* _Nonnull)title
+                         action:(SEL _Nullable)action
+                  keyEquivalent:(NSString* _Nonnull)keys;
+@end
+
 @interface NSWorkspace : NSObject
 @property(class, readonly, strong) NSWorkspace* _Nonnull sharedWorkspace;
+- (BOOL)openURL:(NSURL* _Nonnull)url;
 - (NSURL* _Nullable)URLForApplicationWithBundleIdentifier:(NSString* _Nonnull)bundleIdentifier;
 @end

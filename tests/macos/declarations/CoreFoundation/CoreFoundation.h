@@ -30,6 +30,7 @@ struct CFRange {
     CFIndex length;
 };
 using CFErrorRef = struct CFError*;
+using CFBundleRef = struct CFBundle*;
 
 using CFStringEncoding = unsigned int;
 constexpr CFStringEncoding kCFStringEncodingUTF8 = 0x08000100;
@@ -65,6 +66,8 @@ CFDictionaryRef CFDictionaryCreate(CFAllocatorRef allocator, const void** keys, 
                                    const CFDictionaryValueCallBacks* valueCallbacks);
 const void* CFDictionaryGetValue(CFDictionaryRef dictionary, const void* key);
 CFArrayRef CFLocaleCopyPreferredLanguages();
+CFBundleRef CFBundleGetMainBundle();
+CFStringRef CFBundleGetIdentifier(CFBundleRef bundle);
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef allocator, const UInt8* bytes, CFIndex count,
                                     CFStringEncoding encoding, Boolean isExternalRepresentation);
 CFDataRef CFDataCreate(CFAllocatorRef allocator, const UInt8* bytes, CFIndex length);

@@ -1,0 +1,57 @@
+#include "app/shell/standing_services.h"
+
+#include "system/uninstall_service.h"
+#ifdef __APPLE__
+#include "macos/services_provider.h"
+#endif
+
+namespace tidwen {
+
+#ifndef __APPLE__
+/// Only macOS has a Services menu.
+class ServicesProvider {};
+#endif
+
+StandingServices::StandingServices(Session& session, const OwnBundle& bundle, Window window)
+    : session_(session), bundle_(bundle), window_(std::move(window)) {
+    auto& models = session_.models();
+    inbox_ = models.inboxWatcher(bundle_, [this](const RequestInbox::Drained& asked) { serve(asked.paths); });
+    inbox_->start();
+    auto& catcher = models.trashCatcher();
+    catcher.presentMainWindow = [this, &catcher] {
+        if (const auto chosen = catcher.takePendingCleanUp()) serve({Path(chosen->path)});
+    };
+    catcher.install();
+    // The extension offers its entry only while the program left a file for it.
+    extension_ = models.permissions().finderExtension.observe([this](const bool& isOn) {
+        (void)requestInbox(session_.mac(), bundle_).setFinderGate(isOn);
+    });
+    models.permissions().refresh();
+#ifdef __APPLE__
+    services_ = std::make_unique<ServicesProvider>([this](const std::vector<Path>& selection) {
+        auto inbox = requestInbox(session_.mac(), bundle_);
+        UninstallService(inbox, session_.mac().system.log, [this] { inbox_->look(); }).handOver(selection);
+    });
+#endif
+}
+
+StandingServices::~StandingServices() {
+    session_.models().trashCatcher().presentMainWindow = {};
+}
+
+void StandingServices::refresh() {
+    inbox_->look();
+    session_.models().permissions().refresh();
+}
+
+bool StandingServices::isNeeded() const {
+    return session_.models().trashCatcher().isWatching();
+}
+
+void StandingServices::serve(const std::vector<Path>& bundles) {
+    if (bundles.empty()) return;
+    window_.present();
+    window_.lookAt(bundles);
+}
+
+} // namespace tidwen

@@ -1,0 +1,29 @@
+#include "macos/main_app_login_item.h"
+
+#include "macos/foundation_text.h"
+
+#import <ServiceManagement/ServiceManagement.h>
+
+namespace tidwen {
+
+bool MainAppLoginItem::isEnabled() const {
+    return SMAppService.mainAppService.status == SMAppServiceStatusEnabled;
+}
+
+bool MainAppLoginItem::setEnabled(bool enabled) {
+    @autoreleasepool {
+        // Both at once would start two.
+        if (other_->isEnabled() && !other_->setEnabled(false)) return false;
+        SMAppService* const service = SMAppService.mainAppService;
+        NSError* error = nil;
+        const BOOL isDone =
+            enabled ? [service registerAndReturnError:&error] : [service unregisterAndReturnError:&error];
+        if (!isDone && error) log_.warning("Start at login: {}", textOf(error.localizedDescription));
+        // What counts is how it stands now: an item that is registered may wait for the user's consent.
+        if (enabled && service.status == SMAppServiceStatusRequiresApproval)
+            [SMAppService openSystemSettingsLoginItems];
+        return isEnabled() == enabled;
+    }
+}
+
+} // namespace tidwen

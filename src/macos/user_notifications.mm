@@ -1,0 +1,134 @@
+#include "macos/user_notifications.h"
+
+#include "macos/foundation_text.h"
+
+#import <UserNotifications/UserNotifications.h>
+
+#include <chrono>
+#include <future>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+namespace {
+
+using Info = std::map<std::string, std::string>;
+
+/// Keeps the last click until somebody listens.
+struct Listener {
+    std::mutex mutex;
+    tidwen::Notifications::Response response;
+    std::optional<std::pair<std::string, Info>> waiting;
+
+    void tell(const std::string& action, Info info) {
+        const std::lock_guard lock(mutex);
+        if (response)
+            response(action, info);
+        else
+            waiting = {action, std::move(info)};
+    }
+};
+
+} // namespace
+
+@interface TidwenNotificationDelegate : NSObject <UNUserNotificationCenterDelegate>
+@property std::shared_ptr<Listener> listener;
+@end
+
+@implementation TidwenNotificationDelegate
+/// Shown although the program is in front.
+- (void)userNotificationCenter:(UNUserNotificationCenter*)__unused center
+       willPresentNotification:(UNNotification*)__unused notification
+         withCompletionHandler:(void (^)(UNNotificationPresentationOptions))completionHandler {
+    completionHandler(UNNotificationPresentationOptionBanner | UNNotificationPresentationOptionList);
+}
+
+- (void)userNotificationCenter:(UNUserNotificationCenter*)__unused center
+    didReceiveNotificationResponse:(UNNotificationResponse*)response
+             withCompletionHandler:(void (^)(void))completionHandler {
+    Info info;
+    NSDictionary* const given = response.notification.request.content.userInfo;
+    for (NSString* key in given)
+        info[tidwen::textOf(key)] = tidwen::textOf([given objectForKey:key]);
+    const bool isDefault = [response.actionIdentifier isEqual:UNNotificationDefaultActionIdentifier];
+    self.listener->tell(isDefault ? tidwen::defaultNotificationAction : tidwen::textOf(response.actionIdentifier),
+                        std::move(info));
+    completionHandler();
+}
+@end
+
+namespace tidwen {
+
+struct UserNotifications::Parts {
+    UNUserNotificationCenter* center = UNUserNotificationCenter.currentNotificationCenter;
+    TidwenNotificationDelegate* delegate = [[TidwenNotificationDelegate alloc] init];
+    std::shared_ptr<Listener> listener = std::make_shared<Listener>();
+};
+
+UserNotifications::UserNotifications() : parts_(std::make_unique<Parts>()) {
+    parts_->delegate.listener = parts_->listener;
+    parts_->center.delegate = parts_->delegate;
+}
+
+UserNotifications::~UserNotifications() {
+    onResponse({});
+}
+
+NotificationState UserNotifications::state() const {
+    const auto told = std::make_shared<std::promise<NotificationState>>();
+    auto answer = told->get_future();
+    [parts_->center getNotificationSettingsWithCompletionHandler:^(UNNotificationSettings* settings) {
+      const auto status = settings.authorizationStatus;
+      told->set_value(status == UNAuthorizationStatusNotDetermined ? NotificationState::notAsked
+                      : status == UNAuthorizationStatusDenied      ? NotificationState::denied
+                                                                   : NotificationState::allowed);
+    }];
+    const bool isThere = answer.wait_for(std::chrono::seconds(1)) == std::future_status::ready;
+    return isThere ? answer.get() : NotificationState::notAsked;
+}
+
+void UserNotifications::requestAuthorization(std::function<void(NotificationState)> answered) {
+    [parts_->center requestAuthorizationWithOptions:UNAuthorizationOptionAlert | UNAuthorizationOptionSound
+                                  completionHandler:^(BOOL isAllowed, NSError* __unused error) {
+                                    answered(isAllowed ? NotificationState::allowed : NotificationState::denied);
+                                  }];
+}
+
+bool UserNotifications::post(const UserNotification& notification) {
+    @autoreleasepool {
+        UNMutableNotificationContent* const content = [[UNMutableNotificationContent alloc] init];
+        content.title = nsString(notification.title);
+        content.body = nsString(notification.body);
+        content.categoryIdentifier = nsString(notification.category);
+        NSMutableDictionary* const info = [[NSMutableDictionary alloc] init];
+        for (const auto& [key, value] : notification.userInfo)
+            [info setObject:nsString(value) forKey:nsString(key)];
+        content.userInfo = info;
+        // Registered with every notification, because the button speaks the language of the moment.
+        UNNotificationAction* const action =
+            [UNNotificationAction actionWithIdentifier:nsString(notification.actionIdentifier)
+                                                 title:nsString(notification.actionTitle)
+                                               options:UNNotificationActionOptionForeground];
+        UNNotificationCategory* const category =
+            [UNNotificationCategory categoryWithIdentifier:content.categoryIdentifier
+                                                   actions:[NSArray arrayWithObject:action]
+                                         intentIdentifiers:[NSArray array]
+                                                   options:UNNotificationCategoryOptionNone];
+        [parts_->center setNotificationCategories:[NSSet setWithObject:category]];
+        UNNotificationRequest* const request =
+            [UNNotificationRequest requestWithIdentifier:nsString(notification.identifier)
+                                                 content:content
+                                                 trigger:nil];
+        [parts_->center addNotificationRequest:request withCompletionHandler:nil];
+        return true;
+    }
+}
+
+void UserNotifications::onResponse(Response response) {
+    const std::lock_guard lock(parts_->listener->mutex);
+    parts_->listener->response = std::move(response);
+    auto waiting = std::exchange(parts_->listener->waiting, std::nullopt);
+    if (waiting && parts_->listener->response) parts_->listener->response(waiting->first, waiting->second);
+}
+
+} // namespace tidwen
