@@ -16,7 +16,7 @@ struct Size {
 };
 
 /// By "iconutil": those of a plain display, then those of one with twice the pixels.
-constexpr Size sizes[] = {{"icp4", 16},  {"icp5", 32},  {"ic07", 128}, {"ic08", 256}, {"ic09", 512},
+constexpr Size sizes[] = {{"icp4", 16}, {"icp5", 32}, {"ic07", 128}, {"ic08", 256}, {"ic09", 512},
                           {"ic11", 32}, {"ic12", 64}, {"ic13", 256}, {"ic14", 512}, {"ic10", 1024}};
 
 /// The shape of an icon takes 824 of 1024 pixels; the rest is for its shadow.

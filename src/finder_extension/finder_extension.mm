@@ -68,7 +68,8 @@ bool isApplication(const Path& item) {
     UnifiedLog log{std::string(tidwenBundleID)};
     RequestInbox inbox(*files, Path("/"), log);
     if (UninstallService(inbox, log).handOver(selection()) != UninstallService::Outcome::handedOver) return;
-    // Contents/PlugIns/TidwenFinder.appex lies in the program, which drains the inbox when it comes to the front.
+    // Contents/PlugIns/TidwenFinder.appex lies in the program, which drains the inbox when it comes to the
+    // front.
     NSURL* place = NSBundle.mainBundle.bundleURL;
     for (int i = 0; i < 3; ++i)
         place = place.URLByDeletingLastPathComponent;

@@ -6,8 +6,8 @@ namespace tidwen {
 
 std::optional<Path> groupContainer(const std::string& group) {
     @autoreleasepool {
-        NSURL* const place = [NSFileManager.defaultManager
-            containerURLForSecurityApplicationGroupIdentifier:nsString(group)];
+        NSURL* const place =
+            [NSFileManager.defaultManager containerURLForSecurityApplicationGroupIdentifier:nsString(group)];
         return place ? std::optional(Path(place.fileSystemRepresentation)) : std::nullopt;
     }
 }

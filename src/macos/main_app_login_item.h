@@ -7,8 +7,8 @@
 
 namespace tidwen {
 
-/// Starts the application at login, as Login Items in System Settings lists it. Only for the main program of a
-/// bundle. The user may have to approve it there; then its pane is opened, once for each attempt.
+/// Starts the application at login, as Login Items in System Settings lists it. Only for the main program of
+/// a bundle. The user may have to approve it there; then its pane is opened, once for each attempt.
 class MainAppLoginItem : public LoginItem {
   public:
     /// `other`: the terminal's way, which is switched off in favour of this one. `log` outlives this.

@@ -10,8 +10,8 @@ namespace tidwen {
 /// notification centre throws.
 class UserNotifications : public Notifications {
   public:
-    /// Becomes the centre's delegate, so create it before the program's launch has ended: a click that started
-    /// the program is told right after it.
+    /// Becomes the centre's delegate, so create it before the program's launch has ended: a click that
+    /// started the program is told right after it.
     UserNotifications();
     ~UserNotifications() override;
 

@@ -51,7 +51,8 @@ struct Listener {
     for (NSString* key in given)
         info[tidwen::textOf(key)] = tidwen::textOf([given objectForKey:key]);
     const bool isDefault = [response.actionIdentifier isEqual:UNNotificationDefaultActionIdentifier];
-    self.listener->tell(isDefault ? tidwen::defaultNotificationAction : tidwen::textOf(response.actionIdentifier),
+    self.listener->tell(isDefault ? tidwen::defaultNotificationAction
+                                  : tidwen::textOf(response.actionIdentifier),
                         std::move(info));
     completionHandler();
 }
@@ -88,10 +89,11 @@ NotificationState UserNotifications::state() const {
 }
 
 void UserNotifications::requestAuthorization(std::function<void(NotificationState)> answered) {
-    [parts_->center requestAuthorizationWithOptions:UNAuthorizationOptionAlert | UNAuthorizationOptionSound
-                                  completionHandler:^(BOOL isAllowed, NSError* __unused error) {
-                                    answered(isAllowed ? NotificationState::allowed : NotificationState::denied);
-                                  }];
+    [parts_->center
+        requestAuthorizationWithOptions:UNAuthorizationOptionAlert | UNAuthorizationOptionSound
+                      completionHandler:^(BOOL isAllowed, NSError* __unused error) {
+                        answered(isAllowed ? NotificationState::allowed : NotificationState::denied);
+                      }];
 }
 
 bool UserNotifications::post(const UserNotification& notification) {

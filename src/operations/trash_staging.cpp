@@ -41,7 +41,8 @@ tl::expected<operation::Move, Message> TrashStaging::prepare(const operation::Mo
     if (const auto made = files_.createDirectories(above); !made)
         return tl::unexpected(failure(made.error().fault));
     // A link here would lead root elsewhere.
-    if (files_.resolve(above).value_or(Path()) != above) return tl::unexpected(failure(FileFault::throughLink));
+    if (files_.resolve(above).value_or(Path()) != above)
+        return tl::unexpected(failure(FileFault::throughLink));
     if (to) return operation::Move{move.source, *to};
     if (isMissing(files_, *from))
         if (const auto moved = files_.move(move.source.parent(), folder); !moved)
@@ -56,7 +57,8 @@ std::optional<Message> TrashStaging::settle(const Path& place) {
     std::optional<Message> failed;
     if (!isMissing(files_, folder) && !files_.removeEmptyDirectory(folder)) {
         const auto made = makeFolderInQuarantine(place.parent().parent(), files_, policy_);
-        const auto moved = made ? files_.move(folder, place.parent()) : MoveResult(tl::unexpected(made.error()));
+        const auto moved =
+            made ? files_.move(folder, place.parent()) : MoveResult(tl::unexpected(made.error()));
         if (!moved) failed = failure(moved.error().fault);
     }
     // The folders above, when nothing else waits in them; other files of Tidwen are in the last of them.

@@ -11,9 +11,9 @@
 namespace tidwen {
 
 /// Takes root's moves past a Trash that root's shell may not enter. Its part of a move begins or ends in a
-/// staging folder, `<home>/Library/Application Support/Tidwen/Staging/<run>/…`, laid out like the run's folder
-/// in the Trash. The user's own process, which may enter the Trash, moves the numbered folder around the item
-/// from one to the other: that folder is the user's, whoever owns the item in it.
+/// staging folder, `<home>/Library/Application Support/Tidwen/Staging/<run>/…`, laid out like the run's
+/// folder in the Trash. The user's own process, which may enter the Trash, moves the numbered folder around
+/// the item from one to the other: that folder is the user's, whoever owns the item in it.
 ///
 /// A staging place follows from the place in the Trash, so the journal and the manifest name it, too. What an
 /// interruption leaves there belongs to the Trash.

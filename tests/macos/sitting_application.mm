@@ -1,5 +1,5 @@
-// An application that does nothing. It lets itself be quit, unless its first argument is "stays"; it ends by itself after
-// half a minute.
+// An application that does nothing. It lets itself be quit, unless its first argument is "stays"; it ends by
+// itself after half a minute.
 
 #import <AppKit/AppKit.h>
 
@@ -19,7 +19,8 @@ int main(int count, char** words) {
     @autoreleasepool {
         ::alarm(30);
         StayingDelegate* const delegate = [[StayingDelegate alloc] init];
-        if (count > 1 && std::string_view(words[1]) == "stays") NSApplication.sharedApplication.delegate = delegate;
+        if (count > 1 && std::string_view(words[1]) == "stays")
+            NSApplication.sharedApplication.delegate = delegate;
         [NSApplication.sharedApplication run];
     }
     return 0;
