@@ -60,6 +60,35 @@ bool draw(const Drawing& drawing) {
            && drawing.save(window, "history");
 }
 
+QAbstractItemView* current(WindowFixture& fixture, const char* list, const char* row) {
+    auto* view = fixture.find<QAbstractItemView>(list);
+    view->setCurrentIndex(WindowFixture::rowCalled(*view, QString::fromLatin1(row)));
+    return view;
+}
+
+/// What was left behind, in each of its states.
+bool drawLeftovers(const Drawing& drawing) {
+    WindowFixture fixture;
+    auto& window = fixture.window;
+    if (!fixture.openSample()) return false;
+    window.view()->go(Place::leftovers);
+    bool isDrawn = drawing.save(window, "leftovers-before") && fixture.sweep()
+                   && drawing.save(window, "leftovers") && fixture.click("select safe");
+    current(fixture, "leftovers", "com.oldferry.timetable");
+    isDrawn = isDrawn && drawing.save(window, "leftovers-chosen");
+    auto filter = fixture.flow().sweep().filter();
+    filter.query = "no such thing";
+    fixture.flow().sweep().setFilter(filter);
+    auto* list = fixture.find<QAbstractItemView>("leftovers");
+    isDrawn = isDrawn && test::waitUntil([&] { return !list->isVisible(); })
+              && drawing.save(window, "leftovers-no-match");
+    std::filesystem::rename(fixture.at("Applications"), fixture.at("Moved"));
+    window.view()->lookAgain();
+    return isDrawn && drawing.save(window, "leftovers-sweeping")
+           && test::waitUntil([&] { return std::holds_alternative<stage::Orphans>(fixture.flow().stage()); })
+           && drawing.save(window, "leftovers-undecided");
+}
+
 } // namespace
 
 int main(int count, char** words) {
@@ -72,7 +101,8 @@ int main(int count, char** words) {
     for (const auto& [appearance, scale] : looks) {
         dress(appearance, scale);
         const auto* look = scale > 1 ? "200" : appearance == Appearance::dark ? "dark" : "light";
-        if (!draw({out, QString::fromLatin1(look)})) {
+        const Drawing drawing(out, QString::fromLatin1(look));
+        if (!draw(drawing) || !drawLeftovers(drawing)) {
             std::fprintf(stderr, "screenshots: the walk in %s ended early\n", look);
             return 1;
         }

@@ -2,7 +2,9 @@
 
 #include "sample/sample_volume.h"
 
+#include <QAccessible>
 #include <QCoreApplication>
+#include <QLabel>
 #include <QTest>
 #include <QTimer>
 
@@ -28,7 +30,32 @@ QModelIndex rowBelow(const QAbstractItemModel& model, const QModelIndex& above, 
     return {};
 }
 
+std::vector<std::string> nameless(QAccessibleInterface* item) {
+    std::vector<std::string> found;
+    const auto state = item->state();
+    if (state.invisible) return found;
+    const auto role = item->role();
+    const bool needsName = (state.focusable && role != QAccessible::Client) || role == QAccessible::ListItem
+                           || role == QAccessible::TreeItem || role == QAccessible::Button;
+    if (needsName && item->text(QAccessible::Name).isEmpty())
+        found.push_back(item->object() ? item->object()->metaObject()->className() : "a row");
+    for (int i = 0; i < item->childCount(); ++i)
+        if (auto* child = item->child(i)) {
+            auto below = nameless(child);
+            found.insert(found.end(), below.begin(), below.end());
+        }
+    return found;
+}
+
 } // namespace
+
+std::vector<std::string> nameless(QWidget& window) {
+    return nameless(QAccessible::queryAccessibleInterface(&window));
+}
+
+QString spoken(const QModelIndex& row) {
+    return row.data(Qt::AccessibleTextRole).toString();
+}
 
 WindowFixture::WindowFixture()
     : texts(Texts::load(TIDWEN_RESOURCES, "en")),
@@ -63,16 +90,33 @@ bool WindowFixture::review(const std::string& name) {
     return waitUntil([this] { return std::holds_alternative<stage::Review>(flow().stage()); });
 }
 
+bool WindowFixture::sweep() {
+    window.view()->go(Place::leftovers);
+    auto* found = find<QAbstractItemView>("leftovers");
+    return click("empty action") && waitUntil([&] {
+               return std::holds_alternative<stage::Orphans>(flow().stage()) && found->isVisible();
+           });
+}
+
+bool WindowFixture::says(const QString& words) {
+    const auto labels = window.findChildren<QLabel*>();
+    return std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
+        return label->isVisible() && label->text().contains(words);
+    });
+}
+
 bool WindowFixture::removeWhatIsChosen() {
     return click("remove") && click("confirm")
            && waitUntil([this] { return std::holds_alternative<stage::Report>(flow().stage()); });
 }
 
 bool WindowFixture::click(const char* name) {
-    auto* button = find<QAbstractButton>(name);
-    if (!button || !button->isVisible() || !button->isEnabled()) return false;
-    QTest::mouseClick(button, Qt::LeftButton);
-    return true;
+    for (auto* button : window.findChildren<QAbstractButton*>(QString::fromLatin1(name))) {
+        if (!button->isVisible() || !button->isEnabled()) continue;
+        QTest::mouseClick(button, Qt::LeftButton);
+        return true;
+    }
+    return false;
 }
 
 QModelIndex WindowFixture::rowCalled(const QAbstractItemView& view, const QString& words) {

@@ -6,12 +6,18 @@
 
 #include <QAbstractItemView>
 #include <QPushButton>
+#include <filesystem>
 #include <functional>
 
 namespace tidwen::test {
 
 /// Runs the event loop until `done`, sleeping between events. False after half a minute.
 bool waitUntil(const std::function<bool()>& done);
+
+/// What a screen reader would meet in a window without a name.
+std::vector<std::string> nameless(QWidget& window);
+/// What a screen reader says of a row.
+QString spoken(const QModelIndex& row);
 
 /// A window over a sample volume of its own, with the settings of nobody.
 class WindowFixture {
@@ -24,7 +30,9 @@ class WindowFixture {
     bool hasFocus();
     /// Looks for what belongs to an application, as its Return key does; true once the review stands.
     bool review(const std::string& name);
-    /// The review's primary button, and then the sheet's; true once the report stands.
+    /// Goes to the leftovers and looks for them; true once they are shown.
+    bool sweep();
+    /// The screen's primary button, and then the sheet's; true once the report stands.
     bool removeWhatIsChosen();
 
     RemovalFlowModel& flow() { return window.mac()->flow(); }
@@ -32,8 +40,12 @@ class WindowFixture {
     Widget* find(const char* name) {
         return window.findChild<Widget*>(QString::fromLatin1(name));
     }
-    /// Clicks a button as a hand does; false when it cannot be clicked.
+    /// Clicks the button of this name that is shown, as a hand does; false when none can be clicked.
     bool click(const char* name);
+    /// Whether these words stand in the window.
+    bool says(const QString& words);
+    /// A file or folder of the volume.
+    std::filesystem::path at(const std::string& place) const { return folder.path() / "Sample" / place; }
     /// The row of a view that shows these words, however deep; none when there is none.
     static QModelIndex rowCalled(const QAbstractItemView& view, const QString& words);
 

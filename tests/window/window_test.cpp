@@ -1,6 +1,5 @@
 #include "window/window_fixture.h"
 
-#include <QAccessible>
 #include <QLabel>
 #include <QMimeData>
 #include <QTest>
@@ -10,31 +9,10 @@
 namespace tidwen {
 namespace {
 
+using test::nameless;
 using test::waitUntil;
 using test::WindowFixture;
 using testing::IsEmpty;
-
-/// What a screen reader would meet without a name.
-std::vector<std::string> nameless(QAccessibleInterface* item) {
-    std::vector<std::string> found;
-    const auto state = item->state();
-    if (state.invisible) return found;
-    const auto role = item->role();
-    const bool needsName = (state.focusable && role != QAccessible::Client) || role == QAccessible::ListItem
-                           || role == QAccessible::TreeItem || role == QAccessible::Button;
-    if (needsName && item->text(QAccessible::Name).isEmpty())
-        found.push_back(item->object() ? item->object()->metaObject()->className() : "a row");
-    for (int i = 0; i < item->childCount(); ++i)
-        if (auto* child = item->child(i)) {
-            auto below = nameless(child);
-            found.insert(found.end(), below.begin(), below.end());
-        }
-    return found;
-}
-
-std::vector<std::string> nameless(QWidget& window) {
-    return nameless(QAccessible::queryAccessibleInterface(&window));
-}
 
 class Window : public testing::Test {
   protected:

@@ -150,30 +150,16 @@ QVariant ReviewTree::data(const QModelIndex& index, int role) const {
 QVariant ReviewTree::traceData(const Node& node, int role) const {
     const auto& trace = *node.trace;
     const bool isManual = std::holds_alternative<action::Guidance>(trace.action);
-    switch (role) {
-    case Qt::DisplayRole:
-        return traceTitle(trace);
-    case second: {
-        if (isManual) return shown(std::get<action::Guidance>(trace.action).step.instruction);
+    if (role == second && isManual) return shown(std::get<action::Guidance>(trace.action).step.instruction);
+    if (role == badge && isManual) return {};
+    if (role == badge && staysInMode(trace, flow_.choice().mode()))
+        return words(texts_, "review.badge.staysInReset");
+    if (role == icon && isManual) return QStringLiteral("hand");
+    if (role == second) {
         const auto place = tracePlace(trace, user_);
         return place.isEmpty() ? traceReason(trace, texts_) : place;
     }
-    case badge:
-        if (isManual) return {};
-        return staysInMode(trace, flow_.choice().mode()) ? words(texts_, "review.badge.staysInReset")
-                                                         : traceBadge(trace, texts_);
-    case badgeRisk:
-        return static_cast<int>(trace.reversibility == Reversibility::irreversibleHarmless ? TraceRisk::safe
-                                                                                           : trace.risk);
-    case share:
-        return trace.sizeBytes ? static_cast<double>(*trace.sizeBytes) / static_cast<double>(largest_) : -1.0;
-    case icon:
-        return isManual ? QStringLiteral("hand") : traceIcon(trace);
-    case Qt::ToolTipRole:
-        return shown(trace.displayName).toHtmlEscaped();
-    default:
-        return {};
-    }
+    return tidwen::traceData(trace, role, largest_, texts_);
 }
 
 QVariant ReviewTree::checkState(const Node& node) const {
@@ -199,13 +185,9 @@ Qt::ItemFlags ReviewTree::flags(const QModelIndex& index) const {
 
 QString ReviewTree::spoken(const QModelIndex& index) const {
     const auto& node = this->node(index);
-    QStringList parts = {index.data().toString()};
     if (node.trace)
-        parts << words(texts_, "risk." + std::string(name(node.risk)) + ".title")
-              << index.data(size).toString() << index.data(badge).toString()
-              << traceReason(*node.trace, texts_);
-    else
-        parts << index.data(second).toString();
+        return spokenTrace(*node.trace, {index.data(badge).toString(), node.selected > 0}, texts_);
+    QStringList parts = {index.data().toString(), index.data(second).toString()};
     parts.removeAll(QString());
     return parts.join(QStringLiteral(", "));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/models/find_row.h"
 #include "platform/user_environment.h"
 #include "removal/removal_flow_model.h"
 
@@ -12,8 +13,8 @@ namespace tidwen {
 /// what the flow has selected, and ask it for changes.
 class ReviewTree final : public QAbstractItemModel {
   public:
-    enum class Kind { application, tier, group, item, byHand };
-    enum ItemRole { kind = Qt::UserRole, second, size, badge, badgeRisk, share, risk, icon };
+    using Kind = FindRow::Kind;
+    using enum FindRow::Role;
 
     /// What is passed outlives it.
     ReviewTree(RemovalFlowModel& flow, const Texts& texts, UserEnvironment user);

@@ -1,7 +1,10 @@
 #include "app/models/trace_words.h"
 
+#include "app/models/find_row.h"
 #include "app/widgets/words.h"
+#include "base/byte_sum.h"
 
+#include <QStringList>
 #include <algorithm>
 #include <array>
 #include <string_view>
@@ -65,6 +68,38 @@ QString traceIcon(const Trace& trace) {
     const auto extension = path ? path->lowercasedExtension() : std::string();
     return std::ranges::find(files, extension) == files.end() ? QStringLiteral("folder")
                                                               : QStringLiteral("file");
+}
+
+QVariant traceData(const Trace& trace, int role, std::int64_t largest, const Texts& texts) {
+    switch (role) {
+    case Qt::DisplayRole:
+        return traceTitle(trace);
+    case FindRow::badge:
+        return traceBadge(trace, texts);
+    case FindRow::badgeRisk:
+        return static_cast<int>(trace.reversibility == Reversibility::irreversibleHarmless ? TraceRisk::safe
+                                                                                           : trace.risk);
+    case FindRow::share:
+        return trace.sizeBytes ? static_cast<double>(*trace.sizeBytes) / static_cast<double>(largest) : -1.0;
+    case FindRow::icon:
+        return traceIcon(trace);
+    case FindRow::size:
+        return QString::fromStdString(trace.sizeBytes ? sizeText(*trace.sizeBytes, trace.isSizePartial, texts)
+                                                      : std::string());
+    case Qt::ToolTipRole:
+        return shown(trace.displayName).toHtmlEscaped();
+    default:
+        return {};
+    }
+}
+
+QString spokenTrace(const Trace& trace, const SpokenState& state, const Texts& texts) {
+    QStringList parts = {traceTitle(trace), words(texts, "risk." + std::string(name(trace.risk)) + ".title"),
+                         traceData(trace, FindRow::size, 1, texts).toString()};
+    if (state.isSelected) parts << words(texts, "row.selected");
+    parts << state.badge << traceReason(trace, texts);
+    parts.removeAll(QString());
+    return parts.join(QStringLiteral(", "));
 }
 
 } // namespace tidwen

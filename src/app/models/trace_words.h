@@ -5,6 +5,7 @@
 #include "scan/matching/trace.h"
 
 #include <QString>
+#include <QVariant>
 
 /// How one find is shown.
 namespace tidwen {
@@ -17,6 +18,15 @@ QString traceReason(const Trace& trace, const Texts& texts);
 /// The most important thing to know before it is taken; empty when there is none.
 QString traceBadge(const Trace& trace, const Texts& texts);
 QString traceIcon(const Trace& trace);
+/// What a row of a tree of finds shows of it, but for the second line. `largest`: bytes at which bars are
+/// full.
+QVariant traceData(const Trace& trace, int role, std::int64_t largest, const Texts& texts);
+/// The whole row for a screen reader: "com.marlinworks.notes, Safe, 2.1 MB, selected, its name holds …".
+struct SpokenState {
+    QString badge = {};
+    bool isSelected = false;
+};
+QString spokenTrace(const Trace& trace, const SpokenState& state, const Texts& texts);
 /// "~/Library" in place of "/Users/alice/Library".
 QString shortPath(const Path& path, const UserEnvironment& user);
 

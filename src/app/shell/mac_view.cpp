@@ -3,6 +3,7 @@
 #include "app/screens/applications/applications_screen.h"
 #include "app/screens/confirm/confirm_sheet.h"
 #include "app/screens/history/history_screen.h"
+#include "app/screens/leftovers/leftovers_screen.h"
 #include "app/screens/removing/work_screen.h"
 #include "app/screens/report/report_screen.h"
 #include "app/screens/review/review_screen.h"
@@ -23,6 +24,22 @@ namespace tidwen {
 namespace {
 
 constexpr int foldsSidebarBelow = 860;
+
+/// Leftovers have no stage of their own before they are looked for.
+Stage homeStage(Place place) {
+    switch (place) {
+    case Place::installers:
+        return stage::Installers{};
+    case Place::startupItems:
+        return stage::StartupItems{};
+    case Place::history:
+        return stage::History{};
+    case Place::applications:
+    case Place::leftovers:
+        break;
+    }
+    return stage::Idle{};
+}
 
 } // namespace
 
@@ -61,17 +78,13 @@ void MacView::makeScreens() {
                                            [this](const auto& bundles) { lookAt(bundles); });
     history_ = new HistoryScreen(session.models().history(), texts_, system.user, showItem);
     work_ = new WorkScreen(texts_, system.user, [this] { mac_.flow().stop(); });
-    review_ = new ReviewScreen(flow, mac_.icons(), texts_, system.user,
-                               {[this] { confirm(); },
-                                [this] {
-                                    std::vector<Path> bundles;
-                                    for (const auto& group : mac_.flow().choice().findings().groups())
-                                        bundles.push_back(group.target.bundleURL);
-                                    lookAt(bundles);
-                                },
-                                showItem});
+    review_ =
+        new ReviewScreen(flow, mac_.icons(), texts_, system.user, {[this] { confirm(); }, [this] { rescan(); }, showItem});
+    leftovers_ = new LeftoversScreen(flow, texts_, system.user,
+                                     {[this] { sweep(); }, [this] { confirm(); }, showItem});
     report_ = new ReportScreen(flow, texts_, showItem);
-    for (QWidget* screen : std::initializer_list<QWidget*>{applications_, history_, work_, review_, report_})
+    for (QWidget* screen :
+         std::initializer_list<QWidget*>{applications_, leftovers_, history_, work_, review_, report_})
         screens_->addWidget(screen);
 }
 
@@ -85,24 +98,66 @@ void MacView::follow() {
     following_.push_back(models.history().entries.observe(
         [this](const auto& entries) { sidebar_->setCount(Place::history, entries.size()); }));
     following_.push_back(mac_.chores().changed.connect([this] { showRecovery(); }));
-    flow.onReportDismissed = [this] { mac_.session().models().homeGrid().load(); };
+    following_.push_back(flow.sweep().changed.connect([this] {
+        if (std::holds_alternative<stage::Orphans>(mac_.flow().stage())) return showStage();
+        showWork(mac_.flow().stage());
+    }));
+    // Later: where the report leads to may be left again at once.
+    flow.onReportDismissed = [this] {
+        mac_.session().models().homeGrid().load();
+        QMetaObject::invokeMethod(
+            this, [this] { load(place_); }, Qt::QueuedConnection);
+    };
 }
 
 void MacView::go(Place place) {
     auto& flow = mac_.flow();
-    if (mac_.isBusy()) return;
+    const bool isThere = place == Place::leftovers && std::holds_alternative<stage::Orphans>(flow.stage());
+    if (mac_.isBusy() || isThere) return;
     if (std::holds_alternative<stage::Scanning>(flow.stage())) flow.cancelScan();
+    place_ = place;
     flow.close();
-    if (place == Place::history) {
-        flow.show(stage::History{});
-        mac_.session().models().history().load();
-    } else {
-        flow.show(stage::Idle{});
+    flow.show(homeStage(place));
+    load(place);
+}
+
+void MacView::load(Place place) {
+    auto& models = mac_.session().models();
+    switch (place) {
+    case Place::leftovers:
+        if (mac_.flow().sweep().startedAt()) mac_.flow().scanOrphans(); // the first time one is asked
+        return;
+    case Place::history:
+        return models.history().load();
+    default:
+        return;
     }
+}
+
+void MacView::lookAgain() {
+    const auto& stage = mac_.flow().stage();
+    if (std::holds_alternative<stage::Review>(stage)) return rescan();
+    if (place_ == Place::leftovers) return sweep();
+    if (place_ == Place::applications) return mac_.session().models().homeGrid().load();
+    load(place_);
+}
+
+void MacView::sweep() {
+    if (mac_.isBusy()) return;
+    if (std::holds_alternative<stage::Orphans>(mac_.flow().stage())) mac_.flow().close();
+    mac_.flow().scanOrphans();
+}
+
+void MacView::rescan() {
+    std::vector<Path> bundles;
+    for (const auto& group : mac_.flow().choice().findings().groups())
+        bundles.push_back(group.target.bundleURL);
+    lookAt(bundles);
 }
 
 void MacView::search() {
     if (screens_->currentWidget() == applications_) applications_->search();
+    if (screens_->currentWidget() == leftovers_) leftovers_->search();
     if (screens_->currentWidget() == review_) review_->search();
 }
 
@@ -110,7 +165,9 @@ void MacView::lookAt(const std::vector<Path>& bundles) {
     auto& flow = mac_.flow();
     if (mac_.isBusy()) return say(text("drop.busy"));
     if (std::holds_alternative<stage::Scanning>(flow.stage())) return say(text("drop.scanning"));
-    if (std::holds_alternative<stage::Report>(flow.stage())) flow.close();
+    const bool isOver = std::holds_alternative<stage::Report>(flow.stage())
+                        || std::holds_alternative<stage::Orphans>(flow.stage());
+    if (isOver) flow.close();
     flow.loadTargets(bundles);
 }
 
@@ -139,6 +196,14 @@ void MacView::showStage() {
     if (std::holds_alternative<stage::Review>(stage)) {
         review_->update();
         screens_->setCurrentWidget(review_);
+    } else if (const auto* orphans = std::get_if<stage::Orphans>(&stage)) {
+        place_ = Place::leftovers;
+        std::size_t count = 0;
+        for (const auto& group : orphans->result->groups)
+            count += group.traces.size();
+        sidebar_->setCount(Place::leftovers, count);
+        leftovers_->update();
+        if (leftovers_->isReady()) showHome();
     } else if (std::holds_alternative<stage::Report>(stage)) {
         screens_->setCurrentWidget(report_);
         report_->update();
@@ -148,22 +213,41 @@ void MacView::showStage() {
         screens_->setCurrentWidget(work_);
         work_->setFocus();
     } else {
-        showHome(std::holds_alternative<stage::History>(stage));
+        leftovers_->update();
+        showHome();
     }
-    if (!std::holds_alternative<stage::Review>(stage) && confirmSheet_) confirmSheet_->cancel();
+    if (confirmSheet_ && stage.index() != confirmedStage_) confirmSheet_->cancel();
     sidebar_->setEnabled(!mac_.isBusy());
     askToQuit();
     if (whenStopped_ && !mac_.isBusy()) std::exchange(whenStopped_, nullptr)();
 }
 
-void MacView::showHome(bool isHistory) {
-    sidebar_->choose(isHistory ? Place::history : Place::applications);
-    screens_->setCurrentWidget(isHistory ? static_cast<QWidget*>(history_) : applications_);
+void MacView::showHome() {
+    sidebar_->choose(place_);
+    const auto screen = [this]() -> QWidget* {
+        switch (place_) {
+        case Place::leftovers:
+            return leftovers_;
+        case Place::history:
+            return history_;
+        default:
+            return applications_;
+        }
+    };
+    screens_->setCurrentWidget(screen());
 }
 
 void MacView::showWork(const Stage& stage) {
     const auto& step = mac_.flow().progress.get();
-    if (const auto* scanning = std::get_if<stage::Scanning>(&stage))
+    const auto* scanning = std::get_if<stage::Scanning>(&stage);
+    if (scanning && scanning->name.empty()) {
+        const auto& found = mac_.flow().sweep().snapshot();
+        work_->show({text("cli.orphans.progress"),
+                     text("confirm.cancelButton"),
+                     text("leftovers.found %lld %@", {std::to_string(found.totalCount), found.totalSizeText}),
+                     {}},
+                    step);
+    } else if (scanning)
         work_->show({text("scanning.title.plain"), text("confirm.cancelButton"),
                      text("scanning.application %@", {shown(scanning->name).toStdString()}),
                      QString::fromStdString(scanning->phase)},
@@ -243,6 +327,7 @@ void MacView::askToQuit() {
 
 void MacView::confirm() {
     if (confirmSheet_) return;
+    confirmedStage_ = mac_.flow().stage().index();
     confirmSheet_ = openConfirmSheet(window(), mac_.flow().choice(), mac_.system(), mac_.icons(),
                                      [this] { mac_.flow().confirm(); });
 }

@@ -17,6 +17,7 @@ namespace tidwen {
 
 class ApplicationsScreen;
 class HistoryScreen;
+class LeftoversScreen;
 class ReportScreen;
 class ReviewScreen;
 class Sheet;
@@ -31,6 +32,8 @@ class MacView final : public QWidget {
 
     void go(Place place);
     void search();
+    /// Reads anew what is on the screen.
+    void lookAgain();
     void lookAt(const std::vector<Path>& bundles);
     /// Files of this machine; those that lie on the volume are looked at.
     void takeDropped(std::vector<std::string> hostPaths);
@@ -46,7 +49,11 @@ class MacView final : public QWidget {
     void makeScreens();
     void follow();
     void showStage();
-    void showHome(bool isHistory);
+    void showHome();
+    /// Reads what a place shows, as it was never read or may have changed.
+    void load(Place place);
+    void sweep();
+    void rescan();
     void showWork(const Stage& stage);
     void showError();
     void showRecovery();
@@ -62,7 +69,9 @@ class MacView final : public QWidget {
     QBoxLayout* notices_ = nullptr;
     QBoxLayout* recovery_ = nullptr;
     QStackedWidget* screens_ = nullptr;
+    Place place_ = Place::applications; ///< where one is, or comes back to
     ApplicationsScreen* applications_ = nullptr;
+    LeftoversScreen* leftovers_ = nullptr;
     HistoryScreen* history_ = nullptr;
     WorkScreen* work_ = nullptr;
     ReviewScreen* review_ = nullptr;
@@ -70,6 +79,7 @@ class MacView final : public QWidget {
     QPointer<Sheet> quitSheet_;
     std::optional<Uuid> askedAbout_; ///< the quit question that stands
     QPointer<Sheet> confirmSheet_;
+    std::size_t confirmedStage_ = 0; ///< the stage that the sheet asks about
     std::function<void()> whenStopped_;
     std::vector<Subscription> following_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it

@@ -54,15 +54,17 @@ void MainWindow::makeMenus() {
             if (view_) act(*view_);
         };
     };
-    add(*go, "window.applications", QKeySequence(Qt::CTRL | Qt::Key_1),
-        whenOpen([](MacView& view) { view.go(Place::applications); }));
-    add(*go, "window.history", QKeySequence(Qt::CTRL | Qt::Key_2),
-        whenOpen([](MacView& view) { view.go(Place::history); }));
+    int number = Qt::Key_1;
+    for (const auto& [place, key] :
+         {std::pair(Place::applications, "window.applications"),
+          std::pair(Place::leftovers, "window.leftovers"), std::pair(Place::installers, "installers.title"),
+          std::pair(Place::startupItems, "startup.title"), std::pair(Place::history, "window.history")})
+        add(*go, key, QKeySequence(Qt::CTRL | static_cast<Qt::Key>(number++)),
+            whenOpen([place = place](MacView& view) { view.go(place); }));
     go->addSeparator();
     add(*go, "window.menu.search", QKeySequence::Find, whenOpen([](MacView& view) { view.search(); }));
-    add(*go, "window.menu.rescan", QKeySequence(Qt::CTRL | Qt::Key_R), [this] {
-        if (mac_) mac_->session().models().homeGrid().load();
-    });
+    add(*go, "window.menu.rescan", QKeySequence(Qt::CTRL | Qt::Key_R),
+        whenOpen([](MacView& view) { view.lookAgain(); }));
 }
 
 void MainWindow::showWelcome() {

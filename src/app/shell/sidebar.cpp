@@ -31,8 +31,11 @@ Sidebar::Sidebar(const Texts& texts, const Mac& mac, QMenu* systems, std::functi
     };
     section("window.section.clean");
     addPlace(Place::applications, "applications", "window.applications");
+    addPlace(Place::leftovers, "leaf", "window.leftovers");
+    addPlace(Place::installers, "installers", "installers.title");
     layout->addSpacing(scaled(14));
     section("window.section.manage");
+    addPlace(Place::startupItems, "power", "startup.title");
     addPlace(Place::history, "history", "window.history");
     layout->addStretch(1);
     layout->addWidget(makeSystemTile(mac, systems));

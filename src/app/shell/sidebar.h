@@ -14,7 +14,7 @@ namespace tidwen {
 class SidebarItem;
 
 /// The screens to go to.
-enum class Place { applications, history };
+enum class Place { applications, leftovers, installers, startupItems, history };
 
 /// The places of one Mac, and which Mac it is.
 class Sidebar final : public Panel {
@@ -27,8 +27,8 @@ class Sidebar final : public Panel {
     Sidebar(const Texts& texts, const Mac& mac, QMenu* systems, std::function<void(Place)> go);
 
     void choose(Place place);
-    void setCount(Place place, std::size_t count);
-    void setNarrow(bool isNarrow); ///< icons only
+    void setCount(Place place, std::size_t count); ///< nothing is shown for 0
+    void setNarrow(bool isNarrow);                 ///< icons only
 
   private:
     QWidget* makeSystemTile(const Mac& mac, QMenu* systems);

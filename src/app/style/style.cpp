@@ -1,5 +1,6 @@
 #include "app/style/style.h"
 
+#include "app/style/icons.h"
 #include "app/style/metrics.h"
 
 #include <QApplication>
@@ -49,6 +50,12 @@ void Style::drawPrimitive(PrimitiveElement element, const QStyleOption* option, 
     case PE_IndicatorCheckBox:
     case PE_IndicatorItemViewItemCheck:
         return drawCheckBox(*option, *painter);
+    case PE_IndicatorArrowDown: { // of a button with a menu
+        const int size = scaled(14);
+        const QPoint corner = option->rect.center() - QPoint(size / 2, size / 2);
+        return paintIcon(*painter, QRect(corner, QSize(size, size)), QStringLiteral("chevron-down"),
+                         colors_[Role::second]);
+    }
     case PE_PanelMenu:
     case PE_FrameMenu:
         painter->fillRect(option->rect, colors_[Role::surface]);
@@ -62,7 +69,7 @@ void Style::drawPrimitive(PrimitiveElement element, const QStyleOption* option, 
 
 void Style::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                         const QWidget* widget) const {
-    if (element == CE_PushButtonLabel && isPrimary(option) && option->state.testFlag(State_Enabled)) {
+    if (element == CE_PushButtonLabel && isPrimary(option)) {
         auto button = *qstyleoption_cast<const QStyleOptionButton*>(option);
         button.palette.setColor(QPalette::ButtonText, colors_[Role::onAccent]);
         return QProxyStyle::drawControl(element, &button, painter, widget);
@@ -109,6 +116,8 @@ int Style::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWi
     case PM_DefaultFrameWidth:
     case PM_MenuPanelWidth:
         return 1;
+    case PM_MenuButtonIndicator:
+        return scaled(18);
     case PM_ButtonMargin:
         return scaled(20);
     case PM_ButtonShiftHorizontal:
@@ -145,8 +154,7 @@ int Style::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* 
 
 void Style::drawPanel(const QStyleOption& option, QPainter& painter, bool isPrimary, bool isFocused) const {
     const bool isEnabled = option.state.testFlag(State_Enabled);
-    const bool isFilled = isPrimary && isEnabled;
-    auto fill = colors_[isFilled ? Role::accent : Role::surface];
+    auto fill = colors_[isPrimary ? Role::accent : Role::surface];
     if (option.state.testFlag(State_On))
         fill = colors_[Role::chosen];
     else if (option.state.testFlag(State_Sunken))
@@ -155,9 +163,10 @@ void Style::drawPanel(const QStyleOption& option, QPainter& painter, bool isPrim
         fill = colors_[Role::hover];
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
+    if (isPrimary && !isEnabled) painter.setOpacity(0.45);
     const auto frame = QRectF(option.rect).adjusted(focusWidth, focusWidth, -focusWidth, -focusWidth);
     painter.setBrush(fill);
-    painter.setPen(isFilled ? QPen(Qt::NoPen) : QPen(colors_[Role::line], 1));
+    painter.setPen(isPrimary ? QPen(Qt::NoPen) : QPen(colors_[Role::line], 1));
     painter.drawRoundedRect(frame.adjusted(.5, .5, -.5, -.5), controlRadius, controlRadius);
     if (isFocused) {
         painter.setBrush(Qt::NoBrush);

@@ -5,6 +5,7 @@
 #include "app/style/style.h"
 
 #include <QAbstractButton>
+#include <QKeyEvent>
 #include <QLineEdit>
 
 namespace tidwen {
@@ -22,6 +23,20 @@ QLineEdit* searchField(const QString& placeholder) {
          field->findChildren<QAbstractButton*>()) // the cross that empties the field among them
         button->setAccessibleName(placeholder);
     return field;
+}
+
+bool typeInto(QLineEdit& field, const QKeyEvent& event) {
+    if (event.key() == Qt::Key_Escape && !field.text().isEmpty()) {
+        field.clear();
+        return true;
+    }
+    const auto typed = event.text();
+    const bool isText = !typed.isEmpty() && typed.at(0).isPrint() && typed != QStringLiteral(" ");
+    if (!isText || event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
+        return false;
+    field.setFocus();
+    field.setText(field.text() + typed);
+    return true;
 }
 
 } // namespace tidwen

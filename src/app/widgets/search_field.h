@@ -2,11 +2,15 @@
 
 #include <QString>
 
+class QKeyEvent;
 class QLineEdit;
 
 namespace tidwen {
 
 /// A field with a magnifying glass and a way to empty it.
 QLineEdit* searchField(const QString& placeholder);
+/// Begins or goes on searching with a key that was typed elsewhere on the screen, and ends it with Escape.
+/// False when the key means neither.
+bool typeInto(QLineEdit& field, const QKeyEvent& event);
 
 } // namespace tidwen

@@ -199,12 +199,7 @@ void ApplicationsScreen::search() {
 }
 
 void ApplicationsScreen::keyPressEvent(QKeyEvent* event) {
-    const bool isText =
-        !event->text().isEmpty() && event->text().at(0).isPrint() && event->text() != QStringLiteral(" ");
-    if (!isText || event->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier))
-        return QWidget::keyPressEvent(event);
-    search_->setFocus();
-    search_->setText(search_->text() + event->text());
+    if (!typeInto(*search_, *event)) QWidget::keyPressEvent(event);
 }
 
 void ApplicationsScreen::update() {

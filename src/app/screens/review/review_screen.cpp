@@ -1,9 +1,9 @@
 #include "app/screens/review/review_screen.h"
 
 #include "app/models/trace_words.h"
-#include "app/screens/review/details_pane.h"
-#include "app/screens/review/review_view.h"
 #include "app/screens/review/size_bar.h"
+#include "app/widgets/details_pane.h"
+#include "app/widgets/find_view.h"
 #include "app/widgets/notice.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/screen_header.h"
@@ -43,7 +43,7 @@ ReviewScreen::ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts&
     notices_ = parts::column(nullptr, scaled(6));
     inner->addLayout(notices_);
     main->addLayout(inner);
-    view_ = new ReviewView;
+    view_ = new FindView;
     view_->setObjectName(QStringLiteral("review"));
     view_->setAccessibleName(text("window.found"));
     view_->setModel(&tree_);
@@ -222,20 +222,11 @@ void ReviewScreen::search() {
 }
 
 void ReviewScreen::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape) {
-        if (search_->text().isEmpty())
-            flow_.close();
-        else
-            search_->clear();
-        return;
-    }
+    if (typeInto(*search_, *event)) return;
+    if (event->key() == Qt::Key_Escape) return flow_.close();
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (isReturn && remove_->isEnabled() && !search_->hasFocus()) return actions_.remove();
-    const bool isText = !event->text().isEmpty() && event->text().at(0).isPrint();
-    if (!isText || event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier))
-        return QWidget::keyPressEvent(event);
-    search_->setFocus();
-    search_->setText(search_->text() + event->text());
+    QWidget::keyPressEvent(event);
 }
 
 void ReviewScreen::resizeEvent(QResizeEvent* event) {

@@ -14,7 +14,7 @@ namespace tidwen {
 
 class AppIcons;
 class DetailsPane;
-class ReviewView;
+class FindView;
 class ScreenHeader;
 class SizeBar;
 class Tile;
@@ -62,7 +62,7 @@ class ReviewScreen final : public QWidget {
     QLineEdit* search_ = nullptr;
     SizeBar* sizes_ = nullptr;
     QBoxLayout* notices_ = nullptr;
-    ReviewView* view_ = nullptr;
+    FindView* view_ = nullptr;
     DetailsPane* details_ = nullptr;
     QLabel* going_ = nullptr;
     QLabel* staying_ = nullptr;

@@ -1,4 +1,4 @@
-#include "app/screens/review/details_pane.h"
+#include "app/widgets/details_pane.h"
 
 #include "app/models/trace_words.h"
 #include "app/style/risk_roles.h"
@@ -13,11 +13,13 @@
 
 namespace tidwen {
 
-DetailsPane::DetailsPane(const Texts& texts, UserEnvironment user, std::function<void(const Path&)> reveal)
+DetailsPane::DetailsPane(const Texts& texts, UserEnvironment user, std::function<void(const Path&)> reveal,
+                         std::string tierNotes)
     : Panel({.radius = 0, .edges = Qt::LeftEdge}),
       texts_(texts),
       user_(std::move(user)),
       reveal_(std::move(reveal)),
+      tierNotes_(std::move(tierNotes)),
       content_(parts::column(this, scaled(6))) {
     setFixedWidth(scaled(292));
     content_->setContentsMargins(scaled(18), scaled(20), scaled(18), scaled(18));
@@ -38,7 +40,7 @@ void DetailsPane::show(const Trace* trace) {
     content_->addSpacing(scaled(6));
     addLine("review.details.why", traceReason(*trace, texts_));
     const auto risk = "risk." + std::string(name(trace->risk)) + ".title";
-    const auto note = "review.risk." + std::string(name(trace->risk)) + ".note";
+    const auto note = tierNotes_ + std::string(name(trace->risk)) + ".note";
     addLine("review.details.risk", words(texts_, risk) + QStringLiteral(". ") + words(texts_, note));
     if (const auto badge = traceBadge(*trace, texts_); !badge.isEmpty())
         addLine("review.details.mark", badge);

@@ -4,8 +4,8 @@
 
 namespace tidwen {
 
-/// Paints tiers, groups and rows of the review.
-class ReviewDelegate final : public QStyledItemDelegate {
+/// Paints tiers, groups and rows of a tree of finds.
+class FindDelegate final : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
 

@@ -1,6 +1,6 @@
-#include "app/screens/review/review_delegate.h"
+#include "app/widgets/find_delegate.h"
 
-#include "app/models/review_tree.h"
+#include "app/models/find_row.h"
 #include "app/style/icons.h"
 #include "app/style/metrics.h"
 #include "app/style/risk_roles.h"
@@ -12,13 +12,13 @@ namespace tidwen {
 
 namespace {
 
-using Kind = ReviewTree::Kind;
+using Kind = FindRow::Kind;
 
 Kind kindOf(const QModelIndex& index) {
-    return static_cast<Kind>(index.data(ReviewTree::kind).toInt());
+    return static_cast<Kind>(index.data(FindRow::kind).toInt());
 }
 
-TraceRisk riskOf(const QModelIndex& index, int role = ReviewTree::risk) {
+TraceRisk riskOf(const QModelIndex& index, int role = FindRow::risk) {
     return static_cast<TraceRisk>(index.data(role).toInt());
 }
 
@@ -80,7 +80,7 @@ class RowPainter {
         const auto state = index_.data(Qt::CheckStateRole);
         if (!state.isValid()) return;
         QStyleOption box;
-        box.rect = ReviewDelegate::placesIn(option_.rect, index_, option_.direction).box;
+        box.rect = FindDelegate::placesIn(option_.rect, index_, option_.direction).box;
         box.state = QStyle::State_Enabled;
         box.state.setFlag(QStyle::State_On, state.toInt() == Qt::Checked);
         box.state.setFlag(QStyle::State_NoChange, state.toInt() == Qt::PartiallyChecked);
@@ -89,7 +89,7 @@ class RowPainter {
 
     void paintTier() {
         paintGround();
-        const auto places = ReviewDelegate::placesIn(option_.rect, index_, option_.direction);
+        const auto places = FindDelegate::placesIn(option_.rect, index_, option_.direction);
         const bool isOpen = option_.state.testFlag(QStyle::State_Open);
         paintIcon(painter_, places.arrow,
                   isOpen ? QStringLiteral("chevron-down") : QStringLiteral("chevron-right"),
@@ -109,33 +109,33 @@ class RowPainter {
         text(at(x, 0, taken, height()), Type::strong, Role::text, title);
         x += taken + scaled(10);
         text(at(x, 0, width() - x - size, height()), Type::second, Role::second,
-             index_.data(ReviewTree::second).toString());
+             index_.data(FindRow::second).toString());
         text(at(width() - size - scaled(10), 0, size, height()), Type::second, Role::second,
-             index_.data(ReviewTree::size).toString(), Qt::AlignRight);
+             index_.data(FindRow::size).toString(), Qt::AlignRight);
     }
 
     void paintItem() {
         paintGround();
         paintBox();
         const int icon = scaled(18);
-        paintIcon(painter_, at(scaled(60), scaled(12), icon, icon), index_.data(ReviewTree::icon).toString(),
+        paintIcon(painter_, at(scaled(60), scaled(12), icon, icon), index_.data(FindRow::icon).toString(),
                   colors()[Role::second]);
         const int end = paintFigures();
         const int x = scaled(88);
         const int top = (height() - lineHeight(Type::body) - lineHeight(Type::second)) / 2;
         text(at(x, top, end - x, lineHeight(Type::body)), Type::body, Role::text, index_.data().toString());
         text(at(x, top + lineHeight(Type::body), end - x, lineHeight(Type::second)), Type::second,
-             Role::second, index_.data(ReviewTree::second).toString());
+             Role::second, index_.data(FindRow::second).toString());
     }
 
     /// Size, bar and badge at the far side; gives where the words must end.
     int paintFigures() {
         const int sizeWidth = scaled(64), barWidth = scaled(56), space = scaled(10);
         int x = width() - space - sizeWidth;
-        text(at(x, 0, sizeWidth, height()), Type::body, Role::second,
-             index_.data(ReviewTree::size).toString(), Qt::AlignRight);
+        text(at(x, 0, sizeWidth, height()), Type::body, Role::second, index_.data(FindRow::size).toString(),
+             Qt::AlignRight);
         x -= barWidth + space;
-        const double share = index_.data(ReviewTree::share).toDouble();
+        const double share = index_.data(FindRow::share).toDouble();
         if (share >= 0 && width() > scaled(430)) {
             const int thick = scaled(4);
             fillRounded(painter_, at(x, (height() - thick) / 2, barWidth, thick), colors()[Role::track], 2);
@@ -143,16 +143,16 @@ class RowPainter {
             fillRounded(painter_, at(x, (height() - thick) / 2, part, thick), colors()[Role::accent], 2);
         }
         x -= space;
-        const auto badge = index_.data(ReviewTree::badge).toString();
+        const auto badge = index_.data(FindRow::badge).toString();
         if (badge.isEmpty()) return x;
         const QFontMetrics metrics(textFont(Type::section));
         const int inner = qMin(metrics.horizontalAdvance(badge) + 2, qMax(scaled(40), (x - scaled(88)) / 2));
         const int badgeHeight = metrics.height() + scaled(6);
         x -= inner + scaled(12);
         const auto place = at(x, (height() - badgeHeight) / 2, inner + scaled(12), badgeHeight);
-        const auto look = index_.data(ReviewTree::badgeRisk).toInt() == static_cast<int>(TraceRisk::safe)
+        const auto look = index_.data(FindRow::badgeRisk).toInt() == static_cast<int>(TraceRisk::safe)
                               ? RiskRoles{Role::second, Role::hover}
-                              : roles(riskOf(index_, ReviewTree::badgeRisk));
+                              : roles(riskOf(index_, FindRow::badgeRisk));
         fillRounded(painter_, place, colors()[look.ground], 5);
         text(place.adjusted(scaled(6), 0, -scaled(6), 0), Type::section, look.mark, badge);
         return x - space;
@@ -165,8 +165,8 @@ class RowPainter {
 
 } // namespace
 
-ReviewDelegate::Places ReviewDelegate::placesIn(const QRect& row, const QModelIndex& index,
-                                                Qt::LayoutDirection direction) {
+FindDelegate::Places FindDelegate::placesIn(const QRect& row, const QModelIndex& index,
+                                            Qt::LayoutDirection direction) {
     if (!index.isValid()) return {};
     const int size = scaled(18), box = scaled(18);
     const auto at = [&](int x, int extent) {
@@ -179,7 +179,7 @@ ReviewDelegate::Places ReviewDelegate::placesIn(const QRect& row, const QModelIn
     return {at(scaled(10), size), at(scaled(37), box)};
 }
 
-QSize ReviewDelegate::sizeHint(const QStyleOptionViewItem& /*option*/, const QModelIndex& index) const {
+QSize FindDelegate::sizeHint(const QStyleOptionViewItem& /*option*/, const QModelIndex& index) const {
     switch (kindOf(index)) {
     case Kind::group:
         return {scaled(100), scaled(26)};
@@ -190,8 +190,8 @@ QSize ReviewDelegate::sizeHint(const QStyleOptionViewItem& /*option*/, const QMo
     }
 }
 
-void ReviewDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
-                           const QModelIndex& index) const {
+void FindDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                         const QModelIndex& index) const {
     painter->save();
     RowPainter(*painter, option, index).paint();
     painter->restore();

@@ -6,6 +6,7 @@
 #include "scan/matching/trace.h"
 
 #include <functional>
+#include <string>
 
 class QBoxLayout;
 
@@ -14,8 +15,9 @@ namespace tidwen {
 /// All about one find: why it is here, how sure that is, and whether it can be brought back.
 class DetailsPane final : public Panel {
   public:
-    /// `reveal` shows an item in its folder.
-    DetailsPane(const Texts& texts, UserEnvironment user, std::function<void(const Path&)> reveal);
+    /// `reveal` shows an item in its folder; `tierNotes` begins the keys of what the tiers mean here.
+    DetailsPane(const Texts& texts, UserEnvironment user, std::function<void(const Path&)> reveal,
+                std::string tierNotes = "review.risk.");
 
     void show(const Trace* trace); ///< null: nothing is current
 
@@ -26,6 +28,7 @@ class DetailsPane final : public Panel {
     const Texts& texts_;
     UserEnvironment user_;
     std::function<void(const Path&)> reveal_;
+    std::string tierNotes_;
     QBoxLayout* content_;
 };
 

@@ -6,9 +6,9 @@ namespace tidwen {
 
 /// The tree of what was found. Rows differ in height and are many, so nothing is laid out anew for what
 /// changes no height.
-class ReviewView final : public QTreeView {
+class FindView final : public QTreeView {
   public:
-    explicit ReviewView(QWidget* parent = nullptr);
+    explicit FindView(QWidget* parent = nullptr);
 
     void dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) override;
 

@@ -1,16 +1,16 @@
-#include "app/screens/review/review_view.h"
+#include "app/widgets/find_view.h"
 
-#include "app/models/review_tree.h"
-#include "app/screens/review/review_delegate.h"
+#include "app/models/find_row.h"
 #include "app/style/metrics.h"
+#include "app/widgets/find_delegate.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>
 
 namespace tidwen {
 
-ReviewView::ReviewView(QWidget* parent) : QTreeView(parent) {
-    setItemDelegate(new ReviewDelegate(this));
+FindView::FindView(QWidget* parent) : QTreeView(parent) {
+    setItemDelegate(new FindDelegate(this));
     setHeaderHidden(true);
     setIndentation(0);
     setRootIsDecorated(false);
@@ -24,20 +24,20 @@ ReviewView::ReviewView(QWidget* parent) : QTreeView(parent) {
     viewport()->setAutoFillBackground(false);
 }
 
-void ReviewView::dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) {
+void FindView::dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) {
     if (roles.isEmpty())
         QTreeView::dataChanged(first, last, roles);
     else
         viewport()->update();
 }
 
-void ReviewView::toggleBox(const QModelIndex& index) {
+void FindView::toggleBox(const QModelIndex& index) {
     if (index.flags().testFlag(Qt::ItemIsUserCheckable)) model()->setData(index, {}, Qt::CheckStateRole);
 }
 
-void ReviewView::mousePressEvent(QMouseEvent* event) {
+void FindView::mousePressEvent(QMouseEvent* event) {
     const auto index = indexAt(event->position().toPoint());
-    const auto place = ReviewDelegate::placesIn(visualRect(index), index, layoutDirection());
+    const auto place = FindDelegate::placesIn(visualRect(index), index, layoutDirection());
     if (index.isValid() && event->button() == Qt::LeftButton) {
         if (place.box.adjusted(-4, -8, 4, 8).contains(event->position().toPoint())) return toggleBox(index);
         if (place.arrow.contains(event->position().toPoint())) return setExpanded(index, !isExpanded(index));
@@ -45,7 +45,7 @@ void ReviewView::mousePressEvent(QMouseEvent* event) {
     QTreeView::mousePressEvent(event);
 }
 
-void ReviewView::keyPressEvent(QKeyEvent* event) {
+void FindView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Space) return toggleBox(currentIndex());
     const auto text = event->text();
     const bool isTyped = !text.isEmpty() && text.at(0).isPrint();
@@ -54,8 +54,8 @@ void ReviewView::keyPressEvent(QKeyEvent* event) {
 }
 
 /// The delegate paints the whole row, its ground included.
-void ReviewView::drawRow(QPainter* painter, const QStyleOptionViewItem& option,
-                         const QModelIndex& index) const {
+void FindView::drawRow(QPainter* painter, const QStyleOptionViewItem& option,
+                       const QModelIndex& index) const {
     QStyleOptionViewItem row = option;
     row.state.setFlag(QStyle::State_Selected, selectionModel()->isSelected(index));
     row.state.setFlag(QStyle::State_Open, isExpanded(index));

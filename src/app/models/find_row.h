@@ -1,0 +1,13 @@
+#pragma once
+
+#include <Qt>
+
+namespace tidwen {
+
+/// What the views of finds ask a model for, whichever it is.
+struct FindRow {
+    enum class Kind { application, tier, group, item, byHand };
+    enum Role { kind = Qt::UserRole, second, size, badge, badgeRisk, share, risk, icon };
+};
+
+} // namespace tidwen

@@ -1,0 +1,371 @@
+#include "app/models/sweep_tree.h"
+
+#include "app/models/trace_words.h"
+#include "app/widgets/words.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace tidwen {
+
+namespace {
+
+// Identifiers of indices: what a row lies in.
+constexpr quintptr inNothing = 0;
+constexpr quintptr inTiers = 1;
+constexpr quintptr inGroups = 100;
+
+quintptr inTier(TraceRisk risk) {
+    return inTiers + static_cast<quintptr>(risk);
+}
+
+quintptr inGroup(TraceRisk risk, TraceCategory category) {
+    return inGroups * (1 + static_cast<quintptr>(risk)) + static_cast<quintptr>(category);
+}
+
+template<class T>
+auto at(std::vector<T>& list, std::size_t index) {
+    return list.begin() + static_cast<std::ptrdiff_t>(index);
+}
+
+int number(std::size_t index) {
+    return static_cast<int>(index);
+}
+
+} // namespace
+
+SweepTree::SweepTree(RemovalFlowModel& flow, const Texts& texts, UserEnvironment user)
+    : flow_(flow),
+      texts_(texts),
+      user_(std::move(user)),
+      willChange_(
+          flow.sweep().rows.willChange.connect([this](const RowChange& change) { willChange(change); })),
+      changed_(flow.sweep().rows.changed.connect([this](const RowChange& change) { changed(change); })) {
+    rebuild();
+}
+
+SweepTree::Place SweepTree::place(const QModelIndex& index) const {
+    const auto id = index.internalId();
+    const auto row = static_cast<std::size_t>(index.row());
+    if (id == inNothing) return {Kind::tier, row};
+    if (id < inGroups) return {Kind::group, tierOf(static_cast<TraceRisk>(id - inTiers)), row};
+    const auto tier = tierOf(static_cast<TraceRisk>(id / inGroups - 1));
+    return {Kind::item, tier, groupOf(tier, static_cast<TraceCategory>(id % inGroups)), row};
+}
+
+QModelIndex SweepTree::tierIndex(std::size_t tier) const {
+    return createIndex(number(tier), 0, inNothing);
+}
+
+QModelIndex SweepTree::groupIndex(std::size_t tier, std::size_t group) const {
+    return createIndex(number(group), 0, inTier(tiers_[tier].heading.risk));
+}
+
+std::size_t SweepTree::tierOf(TraceRisk sought) const {
+    const auto found =
+        std::ranges::find_if(tiers_, [&](const Tier& tier) { return tier.heading.risk >= sought; });
+    return static_cast<std::size_t>(found - tiers_.begin());
+}
+
+std::size_t SweepTree::groupOf(std::size_t tier, TraceCategory category) const {
+    const auto& groups = tiers_[tier].groups;
+    const auto found =
+        std::ranges::find_if(groups, [&](const Group& group) { return group.category >= category; });
+    return static_cast<std::size_t>(found - groups.begin());
+}
+
+std::size_t SweepTree::firstRow(std::size_t tier, std::size_t group) const {
+    std::size_t row = 0;
+    for (std::size_t t = 0; t <= tier; ++t) {
+        ++row; // its heading
+        const auto end = t == tier ? group : tiers_[t].groups.size();
+        for (std::size_t g = 0; g < end; ++g)
+            row += 1 + tiers_[t].groups[g].items.size();
+    }
+    return row + 1;
+}
+
+std::size_t SweepTree::runEnd(std::size_t first, std::size_t end) const {
+    const auto& all = rows();
+    auto last = first;
+    while (last < end && all[last].trace && all[last].risk == all[first].risk
+           && all[last].category == all[first].category)
+        ++last;
+    return last;
+}
+
+void SweepTree::willChange(const RowChange& change) {
+    if (change.kind == RowChange::Kind::reset) beginResetModel();
+    if (change.kind == RowChange::Kind::removed) removeRows(change.first, change.first + change.count);
+}
+
+void SweepTree::changed(const RowChange& change) {
+    const auto end = change.first + change.count;
+    switch (change.kind) {
+    case RowChange::Kind::reset:
+        rebuild();
+        return endResetModel();
+    case RowChange::Kind::inserted:
+        return insertRows(change.first, end);
+    case RowChange::Kind::changed:
+        return replaceRows(change.first, end);
+    case RowChange::Kind::removed:
+        break;
+    }
+}
+
+void SweepTree::rebuild() {
+    tiers_.clear();
+    for (const auto& row : rows())
+        if (!row.category)
+            tiers_.push_back({.heading = row});
+        else if (!row.trace)
+            tiers_.back().groups.push_back({.category = *row.category});
+        else
+            tiers_.back().groups.back().items.push_back(row.trace);
+}
+
+/// From the end, so that everything above a heading is gone before the heading.
+void SweepTree::removeRows(std::size_t first, std::size_t end) {
+    const auto& all = rows();
+    while (end > first) {
+        const auto& last = all[end - 1];
+        const auto tier = tierOf(last.risk);
+        if (!last.category) {
+            beginRemoveRows({}, number(tier), number(tier));
+            tiers_.erase(at(tiers_, tier));
+            endRemoveRows();
+            --end;
+            continue;
+        }
+        auto& groups = tiers_[tier].groups;
+        const auto group = groupOf(tier, *last.category);
+        if (!last.trace) {
+            beginRemoveRows(tierIndex(tier), number(group), number(group));
+            groups.erase(at(groups, group));
+            endRemoveRows();
+            --end;
+            continue;
+        }
+        const auto start = firstRow(tier, group);
+        const auto begin = std::max(first, start);
+        auto& items = groups[group].items;
+        beginRemoveRows(groupIndex(tier, group), number(begin - start), number(end - 1 - start));
+        items.erase(at(items, begin - start), at(items, end - start));
+        endRemoveRows();
+        end = begin;
+    }
+}
+
+void SweepTree::insertRows(std::size_t first, std::size_t end) {
+    const auto& all = rows();
+    while (first < end) {
+        const auto& row = all[first];
+        const auto tier = tierOf(row.risk);
+        if (!row.category) {
+            beginInsertRows({}, number(tier), number(tier));
+            tiers_.insert(at(tiers_, tier), Tier{.heading = row});
+            endInsertRows();
+            ++first;
+            continue;
+        }
+        auto& groups = tiers_[tier].groups;
+        const auto group = groupOf(tier, *row.category);
+        if (!row.trace) {
+            beginInsertRows(tierIndex(tier), number(group), number(group));
+            groups.insert(at(groups, group), Group{.category = *row.category});
+            endInsertRows();
+            ++first;
+            continue;
+        }
+        const auto start = firstRow(tier, group);
+        const auto last = runEnd(first, end);
+        std::vector<const Trace*> added;
+        added.reserve(last - first);
+        for (auto i = first; i < last; ++i)
+            added.push_back(all[i].trace);
+        auto& items = groups[group].items;
+        beginInsertRows(groupIndex(tier, group), number(first - start), number(last - 1 - start));
+        items.insert(at(items, first - start), added.begin(), added.end());
+        endInsertRows();
+        first = last;
+    }
+}
+
+void SweepTree::replaceRows(std::size_t first, std::size_t end) {
+    const auto& all = rows();
+    while (first < end) {
+        const auto& row = all[first];
+        const auto tier = tierOf(row.risk);
+        if (!row.trace) {
+            if (!row.category) tiers_[tier].heading = row;
+            const auto changed =
+                row.category ? groupIndex(tier, groupOf(tier, *row.category)) : tierIndex(tier);
+            Q_EMIT dataChanged(changed, changed, {second, size});
+            ++first;
+            continue;
+        }
+        const auto group = groupOf(tier, *row.category);
+        const auto start = firstRow(tier, group);
+        const auto last = runEnd(first, end);
+        auto& items = tiers_[tier].groups[group].items;
+        for (auto i = first; i < last; ++i)
+            items[i - start] = all[i].trace;
+        const auto above = groupIndex(tier, group);
+        Q_EMIT dataChanged(index(number(first - start), 0, above), index(number(last - 1 - start), 0, above),
+                           {Qt::DisplayRole, size});
+        first = last;
+    }
+}
+
+void SweepTree::refresh() {
+    findOwners();
+    largest_ = 1;
+    const auto& choice = flow_.choice();
+    for (auto& tier : tiers_) {
+        tier.selected = 0;
+        for (const auto& group : tier.groups)
+            for (const auto* item : group.items) {
+                largest_ = std::max(largest_, item->sizeBytes.value_or(0));
+                if (choice.isSelected(item->id)) ++tier.selected;
+            }
+    }
+    if (!tiers_.empty())
+        Q_EMIT dataChanged(tierIndex(0), tierIndex(tiers_.size() - 1), {Qt::CheckStateRole, second});
+}
+
+void SweepTree::findOwners() {
+    owners_.clear();
+    for (const auto& group : flow_.choice().findings().groups())
+        if (!group.traces.empty()) owners_.emplace_back(group.traces.data(), &group);
+    std::ranges::sort(owners_, std::less{}, [](const auto& owner) { return owner.first; });
+}
+
+const FoundGroup* SweepTree::owner(const Trace& trace) const {
+    const auto next =
+        std::ranges::upper_bound(owners_, &trace, std::less{}, [](const auto& owner) { return owner.first; });
+    if (next == owners_.begin()) return nullptr;
+    const auto* group = std::prev(next)->second;
+    return std::less{}(&trace, group->traces.data() + group->traces.size()) ? group : nullptr;
+}
+
+/// Where it lies, and the application it came from unless its own name says that.
+QString SweepTree::secondLine(const Trace& trace) const {
+    auto line = tracePlace(trace, user_);
+    if (line.isEmpty()) line = traceReason(trace, texts_);
+    const auto* group = owner(trace);
+    if (!group) return line;
+    const auto title = traceTitle(trace);
+    for (const auto* name : {&group->target.name, &group->target.bundleID})
+        if (!name->empty() && !title.startsWith(shown(*name), Qt::CaseInsensitive))
+            return line + QStringLiteral(" · ") + shown(*name);
+    return line;
+}
+
+const Trace* SweepTree::trace(const QModelIndex& index) const {
+    if (!index.isValid()) return nullptr;
+    const auto found = place(index);
+    return found.kind == Kind::item ? tiers_[found.tier].groups[found.group].items[found.item] : nullptr;
+}
+
+std::vector<Uuid> SweepTree::idsOf(TraceRisk wanted) const {
+    std::vector<Uuid> ids;
+    for (const auto& tier : tiers_) {
+        if (tier.heading.risk != wanted) continue;
+        ids.reserve(tier.heading.count);
+        for (const auto& group : tier.groups)
+            for (const auto* item : group.items)
+                ids.push_back(item->id);
+    }
+    return ids;
+}
+
+void SweepTree::toggle(const QModelIndex& index) {
+    if (!index.isValid()) return;
+    if (const auto* chosen = trace(index))
+        return flow_.setSelected({chosen->id}, !flow_.choice().isSelected(chosen->id));
+    const auto& tier = tiers_[place(index).tier];
+    flow_.setSelected(idsOf(tier.heading.risk), tier.selected < tier.heading.count);
+}
+
+QModelIndex SweepTree::index(int row, int column, const QModelIndex& above) const {
+    if (row < 0 || column != 0 || row >= rowCount(above)) return {};
+    if (!above.isValid()) return tierIndex(static_cast<std::size_t>(row));
+    const auto over = place(above);
+    const auto& tier = tiers_[over.tier];
+    if (over.kind == Kind::tier) return groupIndex(over.tier, static_cast<std::size_t>(row));
+    return createIndex(row, 0, inGroup(tier.heading.risk, tier.groups[over.group].category));
+}
+
+QModelIndex SweepTree::parent(const QModelIndex& index) const {
+    if (!index.isValid() || index.internalId() == inNothing) return {};
+    const auto found = place(index);
+    return found.kind == Kind::group ? tierIndex(found.tier) : groupIndex(found.tier, found.group);
+}
+
+int SweepTree::rowCount(const QModelIndex& above) const {
+    if (!above.isValid()) return number(tiers_.size());
+    const auto over = place(above);
+    if (over.kind == Kind::tier) return number(tiers_[over.tier].groups.size());
+    return over.kind == Kind::group ? number(tiers_[over.tier].groups[over.group].items.size()) : 0;
+}
+
+QVariant SweepTree::data(const QModelIndex& index, int role) const {
+    if (!index.isValid()) return {};
+    const auto found = place(index);
+    const auto& tier = tiers_[found.tier];
+    if (role == kind) return static_cast<int>(found.kind);
+    if (role == risk) return static_cast<int>(tier.heading.risk);
+    if (found.kind == Kind::tier) return tierData(tier, role);
+    const auto& group = tier.groups[found.group];
+    if (found.kind == Kind::group)
+        return role == Qt::DisplayRole || role == Qt::AccessibleTextRole
+                   ? words(texts_, "category." + std::string(name(group.category)))
+                   : QVariant();
+    const auto& item = *group.items[found.item];
+    const bool isSelected = flow_.choice().isSelected(item.id);
+    if (role == second) return secondLine(item);
+    if (role == Qt::CheckStateRole) return isSelected ? Qt::Checked : Qt::Unchecked;
+    if (role == Qt::AccessibleTextRole)
+        return spokenTrace(item, {traceBadge(item, texts_), isSelected}, texts_);
+    return traceData(item, role, largest_, texts_);
+}
+
+QVariant SweepTree::tierData(const Tier& tier, int role) const {
+    switch (role) {
+    case Qt::DisplayRole:
+        return words(texts_, "risk." + std::string(name(tier.heading.risk)) + ".title");
+    case second:
+        return words(texts_, "review.tier.count %lld %lld",
+                     {std::to_string(tier.selected), std::to_string(tier.heading.count)});
+    case size:
+        return tier.heading.size.isKnown ? QString::fromStdString(sizeText(tier.heading.size, texts_))
+                                         : QString();
+    case Qt::CheckStateRole:
+        if (tier.selected == 0) return Qt::Unchecked;
+        return tier.selected == tier.heading.count ? Qt::Checked : Qt::PartiallyChecked;
+    case Qt::ToolTipRole:
+        return words(texts_, "orphans.risk." + std::string(name(tier.heading.risk)) + ".note");
+    case Qt::AccessibleTextRole:
+        return tierData(tier, Qt::DisplayRole).toString() + QStringLiteral(", ")
+               + tierData(tier, second).toString();
+    default:
+        return {};
+    }
+}
+
+bool SweepTree::setData(const QModelIndex& index, const QVariant& /*value*/, int role) {
+    if (role != Qt::CheckStateRole) return false;
+    toggle(index);
+    return true;
+}
+
+Qt::ItemFlags SweepTree::flags(const QModelIndex& index) const {
+    if (!index.isValid()) return Qt::NoItemFlags;
+    const auto which = place(index).kind;
+    if (which == Kind::group) return Qt::ItemIsEnabled;
+    const Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable;
+    return which == Kind::item ? flags | Qt::ItemNeverHasChildren : flags;
+}
+
+} // namespace tidwen

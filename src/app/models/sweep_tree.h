@@ -1,0 +1,90 @@
+#pragma once
+
+#include "app/models/find_row.h"
+#include "platform/user_environment.h"
+#include "removal/removal_flow_model.h"
+
+#include <QAbstractItemModel>
+#include <utility>
+#include <vector>
+
+namespace tidwen {
+
+/// What a sweep found, to choose from: tiers, groups, rows. Follows the rows of the sweep one by one; boxes
+/// show what the flow has selected, and ask it for changes.
+class SweepTree final : public QAbstractItemModel {
+  public:
+    using Kind = FindRow::Kind;
+    using enum FindRow::Role;
+
+    /// What is passed outlives it.
+    SweepTree(RemovalFlowModel& flow, const Texts& texts, UserEnvironment user);
+
+    /// The selection or the findings are others.
+    void refresh();
+    /// The trace of a row; null for everything above.
+    const Trace* trace(const QModelIndex& index) const;
+    /// Chooses everything below, or nothing of it.
+    void toggle(const QModelIndex& index);
+    /// The shown finds of one tier.
+    std::vector<Uuid> idsOf(TraceRisk wanted) const;
+
+    QModelIndex index(int row, int column, const QModelIndex& above = {}) const override;
+    QModelIndex parent(const QModelIndex& index) const override;
+    int rowCount(const QModelIndex& above = {}) const override;
+    int columnCount(const QModelIndex& /*above*/ = {}) const override { return 1; }
+    bool hasChildren(const QModelIndex& above = {}) const override { return rowCount(above) > 0; }
+    QVariant data(const QModelIndex& index, int role) const override;
+    bool setData(const QModelIndex& index, const QVariant& value, int role) override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+  private:
+    struct Group {
+        TraceCategory category = TraceCategory::supportFiles;
+        std::vector<const Trace*> items = {};
+    };
+    struct Tier {
+        SweepRow heading = {};
+        std::vector<Group> groups = {};
+        std::size_t selected = 0;
+    };
+    /// Where a row stands. What is above it is known by kind and not by number, so that what comes and goes
+    /// before it changes no identifier.
+    struct Place {
+        Kind kind = Kind::tier;
+        std::size_t tier = 0, group = 0, item = 0;
+    };
+
+    Place place(const QModelIndex& index) const;
+    QModelIndex tierIndex(std::size_t tier) const;
+    QModelIndex groupIndex(std::size_t tier, std::size_t group) const;
+    std::size_t tierOf(TraceRisk sought) const; ///< where it is, or would be
+    std::size_t groupOf(std::size_t tier, TraceCategory category) const;
+    /// The number of a group's first item among the rows of the sweep.
+    std::size_t firstRow(std::size_t tier, std::size_t group) const;
+    /// The end of the run of items of one group that begins at `first`.
+    std::size_t runEnd(std::size_t first, std::size_t end) const;
+    const std::vector<SweepRow>& rows() const { return flow_.sweep().rows.rows(); }
+
+    void willChange(const RowChange& change);
+    void changed(const RowChange& change);
+    void removeRows(std::size_t first, std::size_t end);
+    void insertRows(std::size_t first, std::size_t end);
+    void replaceRows(std::size_t first, std::size_t end);
+    void rebuild();
+    void findOwners();
+    const FoundGroup* owner(const Trace& trace) const;
+    QString secondLine(const Trace& trace) const;
+    QVariant tierData(const Tier& tier, int role) const;
+
+    RemovalFlowModel& flow_;
+    const Texts& texts_;
+    UserEnvironment user_;
+    std::vector<Tier> tiers_;
+    std::int64_t largest_ = 1; ///< bytes of the largest item, at which bars are full
+    /// The groups of the findings, by where their traces begin in memory.
+    std::vector<std::pair<const Trace*, const FoundGroup*>> owners_;
+    Subscription willChange_, changed_;
+};
+
+} // namespace tidwen
