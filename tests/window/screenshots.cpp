@@ -1,6 +1,8 @@
 // Draws every screen of the window on the sample volume: screenshots OUT. Call it offscreen.
 
+#include "app/models/find_row.h"
 #include "app/style/style.h"
+#include "app/widgets/sheet.h"
 #include "window/settings_of_nobody.h"
 #include "window/window_fixture.h"
 
@@ -89,6 +91,65 @@ bool drawLeftovers(const Drawing& drawing) {
            && drawing.save(window, "leftovers-undecided");
 }
 
+/// Installers, chosen and not, and a folder that cannot be read.
+bool drawInstallers(const Drawing& drawing) {
+    WindowFixture fixture;
+    auto& window = fixture.window;
+    if (!fixture.openSample()) return false;
+    auto& model = window.mac()->session().models().installers();
+    const auto show = [&] {
+        window.view()->go(Place::installers);
+        return test::waitUntil([&] { return model.hasLoaded.get() && !model.isLoading.get(); });
+    };
+    window.view()->go(Place::installers);
+    bool isDrawn = drawing.save(window, "installers-loading") && show() && fixture.click("select matched");
+    current(fixture, "installers", "Old Ferry Setup.dmg");
+    isDrawn = isDrawn && drawing.save(window, "installers");
+    const auto downloads = fixture.at("Users/alice/Downloads");
+    std::filesystem::remove_all(downloads);
+    isDrawn = isDrawn && show() && drawing.save(window, "installers-unreadable");
+    std::filesystem::create_directory(downloads);
+    return isDrawn && show() && drawing.save(window, "installers-empty");
+}
+
+/// What starts by itself, and the permissions of an application over the review.
+bool drawStartupItems(const Drawing& drawing) {
+    WindowFixture fixture;
+    auto& window = fixture.window;
+    if (!fixture.openSample()) return false;
+    auto& models = window.mac()->session().models();
+    const auto show = [&] {
+        window.view()->go(Place::startupItems);
+        return test::waitUntil([&] { return !models.startupItems().isLoading.get(); });
+    };
+    bool isDrawn = show() && fixture.click("select orphans");
+    current(fixture, "startup items", "com.marlinworks.capture");
+    isDrawn = isDrawn && drawing.save(window, "startup");
+    models.startupItems().toggleError.set(Message{"startup.toggle.cancelled"});
+    isDrawn = isDrawn && drawing.save(window, "startup-failed");
+    fixture.find<Sheet>("sheet")->cancel();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    const auto agents = fixture.at("Users/alice/Library/LaunchAgents");
+    std::filesystem::rename(agents, fixture.at("agents"));
+    std::filesystem::copy_file(fixture.at("Users/alice/Documents/Novel.txt"), agents);
+    isDrawn = isDrawn && show() && drawing.save(window, "startup-unreadable");
+    std::filesystem::remove(agents);
+    std::filesystem::rename(fixture.at("agents"), agents);
+    window.view()->go(Place::applications);
+    if (!isDrawn || !fixture.review("Marlin Notes")) return false;
+    auto* found = fixture.find<QAbstractItemView>("review");
+    const auto locks =
+        found->model()->match(found->model()->index(0, 0), FindRow::icon, QStringLiteral("lock"), 1,
+                              Qt::MatchExactly | Qt::MatchRecursive);
+    if (!locks.isEmpty()) found->setCurrentIndex(locks.front());
+    if (!fixture.click("permissions of the find")) return false;
+    auto* list = fixture.find<QAbstractItemView>("permissions");
+    isDrawn = test::waitUntil([&] { return list->model()->rowCount(list->rootIndex()) > 0; });
+    list->setCurrentIndex(list->model()->index(0, 0, list->rootIndex()));
+    return isDrawn && drawing.save(window, "permissions") && fixture.click("revoke")
+           && drawing.save(window, "permissions-question");
+}
+
 } // namespace
 
 int main(int count, char** words) {
@@ -102,7 +163,8 @@ int main(int count, char** words) {
         dress(appearance, scale);
         const auto* look = scale > 1 ? "200" : appearance == Appearance::dark ? "dark" : "light";
         const Drawing drawing(out, QString::fromLatin1(look));
-        if (!draw(drawing) || !drawLeftovers(drawing)) {
+        if (!draw(drawing) || !drawLeftovers(drawing) || !drawInstallers(drawing)
+            || !drawStartupItems(drawing)) {
             std::fprintf(stderr, "screenshots: the walk in %s ended early\n", look);
             return 1;
         }

@@ -106,7 +106,7 @@ bool WindowFixture::says(const QString& words) {
 }
 
 bool WindowFixture::removeWhatIsChosen() {
-    return click("remove") && click("confirm")
+    return click("remove") && waitUntil([this] { return click("confirm"); }) // sizes may come first
            && waitUntil([this] { return std::holds_alternative<stage::Report>(flow().stage()); });
 }
 

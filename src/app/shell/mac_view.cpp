@@ -3,16 +3,20 @@
 #include "app/screens/applications/applications_screen.h"
 #include "app/screens/confirm/confirm_sheet.h"
 #include "app/screens/history/history_screen.h"
+#include "app/screens/installers/installers_screen.h"
 #include "app/screens/leftovers/leftovers_screen.h"
+#include "app/screens/permissions/permissions_view.h"
 #include "app/screens/removing/work_screen.h"
 #include "app/screens/report/report_screen.h"
 #include "app/screens/review/review_screen.h"
+#include "app/screens/startup/startup_screen.h"
 #include "app/widgets/notice.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
 #include "base/background_step.h"
 #include "program/host_paths.h"
+#include "sweep/location_sweep.h"
 
 #include <QBoxLayout>
 #include <QLabel>
@@ -66,25 +70,43 @@ MacView::MacView(OpenMac& mac, Executor& background, QMenu* systems)
     mac_.chores().run();
 }
 
-MacView::~MacView() = default;
+/// What shows a part of the Mac goes before it.
+MacView::~MacView() {
+    delete permissionsSheet_;
+}
 
 void MacView::makeScreens() {
     auto& session = mac_.session();
     auto& flow = mac_.flow();
     const auto& system = mac_.system();
     const auto showItem = [this](const Path& item) { reveal(item); };
-    applications_ = new ApplicationsScreen({session.models().homeGrid(), session.preferences(),
-                                            session.protectedApps(), mac_.icons(), texts_, system.clock},
-                                           [this](const auto& bundles) { lookAt(bundles); });
+    applications_ = new ApplicationsScreen(
+        {session.models().homeGrid(), session.preferences(), session.protectedApps(), mac_.icons(), texts_,
+         system.clock},
+        [this](const auto& bundles) { lookAt(bundles); },
+        [this](const InstalledApp& app) {
+            showPermissions({.bundleURL = app.url, .bundleID = app.bundleID, .name = app.name});
+        });
     history_ = new HistoryScreen(session.models().history(), texts_, system.user, showItem);
     work_ = new WorkScreen(texts_, system.user, [this] { mac_.flow().stop(); });
-    review_ =
-        new ReviewScreen(flow, mac_.icons(), texts_, system.user, {[this] { confirm(); }, [this] { rescan(); }, showItem});
+    review_ = new ReviewScreen(flow, mac_.icons(), texts_, system.user,
+                               {[this] { confirm(); }, [this] { rescan(); }, showItem,
+                                [this](const AppTarget& app) { showPermissions(app); }});
     leftovers_ = new LeftoversScreen(flow, texts_, system.user,
                                      {[this] { sweep(); }, [this] { confirm(); }, showItem});
+    using Pane = SystemSettingsLauncher::Pane;
+    const bool isVolume = session.mac().volume.has_value(); // which has no settings to open
+    installers_ = new InstallersScreen(
+        session.models().installers(), texts_,
+        {[this] { confirmInstallers(); }, showItem,
+         text(isVolume ? "leftovers.again" : "installers.unreadable.action"),
+         [this, isVolume] { isVolume ? load(Place::installers) : openPane(Pane::fullDiskAccess); }});
+    startup_ = new StartupScreen(
+        session.models().startupItems(), texts_,
+        {[this] { confirmStartupItems(); }, showItem, [this] { openPane(Pane::loginItemsAndExtensions); }});
     report_ = new ReportScreen(flow, texts_, showItem);
-    for (QWidget* screen :
-         std::initializer_list<QWidget*>{applications_, leftovers_, history_, work_, review_, report_})
+    for (QWidget* screen : std::initializer_list<QWidget*>{applications_, leftovers_, installers_, startup_,
+                                                           history_, work_, review_, report_})
         screens_->addWidget(screen);
 }
 
@@ -97,6 +119,10 @@ void MacView::follow() {
         [this](const auto& inventory) { sidebar_->setCount(Place::applications, inventory.count); }));
     following_.push_back(models.history().entries.observe(
         [this](const auto& entries) { sidebar_->setCount(Place::history, entries.size()); }));
+    following_.push_back(models.installers().result.observe(
+        [this](const auto& result) { sidebar_->setCount(Place::installers, result.files.size()); }));
+    following_.push_back(models.startupItems().result.observe(
+        [this](const auto& result) { sidebar_->setCount(Place::startupItems, result.items.size()); }));
     following_.push_back(mac_.chores().changed.connect([this] { showRecovery(); }));
     following_.push_back(flow.sweep().changed.connect([this] {
         if (std::holds_alternative<stage::Orphans>(mac_.flow().stage())) return showStage();
@@ -127,10 +153,14 @@ void MacView::load(Place place) {
     case Place::leftovers:
         if (mac_.flow().sweep().startedAt()) mac_.flow().scanOrphans(); // the first time one is asked
         return;
+    case Place::installers:
+        return models.installers().load();
+    case Place::startupItems:
+        return models.startupItems().load();
     case Place::history:
         return models.history().load();
-    default:
-        return;
+    case Place::applications:
+        return; // kept up to date by itself
     }
 }
 
@@ -157,7 +187,8 @@ void MacView::rescan() {
 
 void MacView::search() {
     if (screens_->currentWidget() == applications_) applications_->search();
-    if (screens_->currentWidget() == leftovers_) leftovers_->search();
+    for (ListScreen* screen : std::initializer_list<ListScreen*>{leftovers_, installers_, startup_})
+        if (screens_->currentWidget() == screen) screen->search();
     if (screens_->currentWidget() == review_) review_->search();
 }
 
@@ -228,11 +259,16 @@ void MacView::showHome() {
         switch (place_) {
         case Place::leftovers:
             return leftovers_;
+        case Place::installers:
+            return installers_;
+        case Place::startupItems:
+            return startup_;
         case Place::history:
             return history_;
-        default:
-            return applications_;
+        case Place::applications:
+            break;
         }
+        return applications_;
     };
     screens_->setCurrentWidget(screen());
 }
@@ -330,6 +366,54 @@ void MacView::confirm() {
     confirmedStage_ = mac_.flow().stage().index();
     confirmSheet_ = openConfirmSheet(window(), mac_.flow().choice(), mac_.system(), mac_.icons(),
                                      [this] { mac_.flow().confirm(); });
+}
+
+void MacView::confirmInstallers() {
+    const auto traces = mac_.session().models().installers().selectedTraces();
+    if (mac_.isBusy() || traces.empty()) return;
+    mac_.flow().offer(texts_.text("installers.title"), traces);
+    confirm();
+}
+
+/// What the jobs hold is measured first, for the question names their size.
+void MacView::confirmStartupItems() {
+    if (mac_.isBusy()) return;
+    std::vector<Trace> traces;
+    for (const auto& item : mac_.session().models().startupItems().selectedItems())
+        if (auto trace = startupTrace(item)) traces.push_back(std::move(*trace));
+    inBackground(
+        *this, alive_, background_, mac_.loop(),
+        [&files = mac_.system().files, traces = std::move(traces)]() mutable {
+            measureTraces(files, traces, {});
+            return std::move(traces);
+        },
+        [](MacView& view, std::vector<Trace> measured) {
+            auto& flow = view.mac_.flow();
+            if (measured.empty() || !std::holds_alternative<stage::StartupItems>(flow.stage())) return;
+            flow.offer(view.texts_.text("startup.title"), std::move(measured));
+            view.confirm();
+        });
+}
+
+void MacView::showPermissions(AppTarget app) {
+    const bool isVolume = mac_.session().mac().volume.has_value();
+    auto* sheet =
+        new PermissionsView(window(), mac_.session().models().permissionsSheet(std::move(app)),
+                            mac_.icons(), texts_,
+                            {isVolume ? QString() : text("permissions.sheet.openSettings"),
+                             [this] { openPane(SystemSettingsLauncher::Pane::privacyAndSecurity); }});
+    permissionsSheet_ = sheet;
+    sheet->open();
+}
+
+void MacView::openPane(SystemSettingsLauncher::Pane pane) {
+    auto& workspace = mac_.system().workspace;
+    inBackground(
+        *this, alive_, background_, mac_.loop(),
+        [&workspace, pane] { return workspace.openSettingsPane(pane); },
+        [](MacView& view, const Workspace::Result& result) {
+            if (!result) view.say(QString::fromStdString(view.texts_.text(result.error())));
+        });
 }
 
 void MacView::askToStop(const std::function<void()>& whenStopped) {

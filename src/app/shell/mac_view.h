@@ -17,10 +17,12 @@ namespace tidwen {
 
 class ApplicationsScreen;
 class HistoryScreen;
+class InstallersScreen;
 class LeftoversScreen;
 class ReportScreen;
 class ReviewScreen;
 class Sheet;
+class StartupScreen;
 class WorkScreen;
 
 /// One open Mac: its places at the side, and the screen at which the flow of a removal stands.
@@ -59,6 +61,10 @@ class MacView final : public QWidget {
     void showRecovery();
     void askToQuit();
     void confirm();
+    void confirmInstallers();
+    void confirmStartupItems();
+    void showPermissions(AppTarget app);
+    void openPane(SystemSettingsLauncher::Pane pane);
     void reveal(const Path& item);
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 
@@ -72,10 +78,13 @@ class MacView final : public QWidget {
     Place place_ = Place::applications; ///< where one is, or comes back to
     ApplicationsScreen* applications_ = nullptr;
     LeftoversScreen* leftovers_ = nullptr;
+    InstallersScreen* installers_ = nullptr;
+    StartupScreen* startup_ = nullptr;
     HistoryScreen* history_ = nullptr;
     WorkScreen* work_ = nullptr;
     ReviewScreen* review_ = nullptr;
     ReportScreen* report_ = nullptr;
+    QPointer<Sheet> permissionsSheet_;
     QPointer<Sheet> quitSheet_;
     std::optional<Uuid> askedAbout_; ///< the quit question that stands
     QPointer<Sheet> confirmSheet_;

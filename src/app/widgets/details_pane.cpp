@@ -50,6 +50,12 @@ void DetailsPane::show(const Trace* trace) {
     addLine("review.details.undo",
             words(texts_, "review.details.undo." + std::string(name(trace->reversibility))));
     if (const auto* path = movedPath(trace->action)) addButtons(*path);
+    if (onPermissions && std::holds_alternative<action::ResetPermissions>(trace->action)) {
+        auto* button = parts::button(words(texts_, "permissions.show"),
+                                     [this, found = *trace] { onPermissions(found); });
+        button->setObjectName(QStringLiteral("permissions of the find"));
+        content_->addWidget(button, 0, Qt::AlignLeading);
+    }
     content_->addStretch(1);
 }
 

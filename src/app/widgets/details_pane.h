@@ -20,6 +20,8 @@ class DetailsPane final : public Panel {
                 std::string tierNotes = "review.risk.");
 
     void show(const Trace* trace); ///< null: nothing is current
+    /// Shows the permissions that a find resets, one by one; may be empty.
+    std::function<void(const Trace&)> onPermissions;
 
   private:
     void addLine(const char* key, const QString& text);

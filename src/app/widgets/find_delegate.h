@@ -1,21 +1,15 @@
 #pragma once
 
-#include <QStyledItemDelegate>
+#include "app/widgets/row_delegate.h"
 
 namespace tidwen {
 
 /// Paints tiers, groups and rows of a tree of finds.
-class FindDelegate final : public QStyledItemDelegate {
+class FindDelegate final : public RowDelegate {
   public:
-    using QStyledItemDelegate::QStyledItemDelegate;
+    using RowDelegate::RowDelegate;
 
-    /// Where the parts of a row lie that can be clicked; empty where there is none.
-    struct Places {
-        QRect arrow;
-        QRect box;
-    };
-    static Places placesIn(const QRect& row, const QModelIndex& index, Qt::LayoutDirection direction);
-
+    Places placesIn(const QRect& row, const QModelIndex& index, Qt::LayoutDirection direction) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;

@@ -20,8 +20,12 @@
 
 namespace tidwen {
 
-ApplicationsScreen::ApplicationsScreen(Models models, std::function<void(const std::vector<Path>&)> look)
-    : models_(models), look_(std::move(look)), list_(models.grid, models.texts, models.clock) {
+ApplicationsScreen::ApplicationsScreen(Models models, std::function<void(const std::vector<Path>&)> look,
+                                       std::function<void(const InstalledApp&)> showPermissions)
+    : models_(models),
+      look_(std::move(look)),
+      showPermissions_(std::move(showPermissions)),
+      list_(models.grid, models.texts, models.clock) {
     auto* layout = parts::column(this);
     layout->addWidget(makeHeader());
     cards_ = new CardView(models_.icons);
@@ -155,6 +159,9 @@ void ApplicationsScreen::showMenuFor(const QPoint& point) {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     connect(menu->addAction(primary_->text()), &QAction::triggered, this, [this] { lookAtChosen(); });
+    if (const auto rows = chosen(); rows.size() == 1)
+        connect(menu->addAction(text("permissions.show")), &QAction::triggered, this,
+                [this, app = *rows.front()->app] { showPermissions_(app); });
     connect(menu->addAction(protect_->text()), &QAction::triggered, this, [this] { toggleProtection(); });
     menu->popup(cards_->viewport()->mapToGlobal(point));
 }

@@ -32,7 +32,8 @@ class ApplicationsScreen final : public QWidget {
         const Clock& clock;
     };
     /// `look`: asked for what belongs to these applications.
-    ApplicationsScreen(Models models, std::function<void(const std::vector<Path>&)> look);
+    ApplicationsScreen(Models models, std::function<void(const std::vector<Path>&)> look,
+                       std::function<void(const InstalledApp&)> showPermissions);
 
     void search();
 
@@ -56,6 +57,7 @@ class ApplicationsScreen final : public QWidget {
 
     Models models_;
     std::function<void(const std::vector<Path>&)> look_;
+    std::function<void(const InstalledApp&)> showPermissions_;
     HomeList list_;
     ScreenHeader* header_ = nullptr;
     QLineEdit* search_ = nullptr;

@@ -1,27 +1,15 @@
 #pragma once
 
 #include "app/models/sweep_tree.h"
-
-#include <QWidget>
-#include <functional>
-#include <vector>
-
-class QBoxLayout;
-class QLabel;
-class QLineEdit;
-class QPushButton;
-class QStackedLayout;
+#include "app/widgets/list_screen.h"
 
 namespace tidwen {
 
 class ChoiceButton;
 class DetailsPane;
-class EmptyState;
-class FindView;
-class ScreenHeader;
 
 /// What applications that are gone left behind, to choose from what goes.
-class LeftoversScreen final : public QWidget {
+class LeftoversScreen final : public ListScreen {
   public:
     struct Actions {
         std::function<void()> sweep;
@@ -34,41 +22,26 @@ class LeftoversScreen final : public QWidget {
     void update();
     /// The list shows what the sweep ended with. It follows a moment after the flow.
     bool isReady() const { return result() != nullptr; }
-    void search();
 
   protected:
-    void keyPressEvent(QKeyEvent* event) override;
+    void searchFor(const QString& query) override;
 
   private:
-    QWidget* makeHeader();
-    QWidget* makeContent(const UserEnvironment& user);
-    QWidget* makeFooter();
     void addMenus();
     void setFilter(const std::function<void(LeftoverFilter&)>& change);
-    void showNotices(const OrphanScanResult& result);
+    QStringList reasons(const OrphanScanResult& result) const;
     void showContent();
     void showEmpty();
     void showFooter();
     const OrphanScanResult* result() const; ///< null while none is shown
-    QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 
     RemovalFlowModel& flow_;
-    const Texts& texts_;
     Actions actions_;
     SweepTree tree_;
     const OrphanScanResult* shown_ = nullptr; ///< of which the notices speak
-    ScreenHeader* header_ = nullptr;
     std::vector<ChoiceButton*> menus_;
-    QLineEdit* search_ = nullptr;
-    QBoxLayout* notices_ = nullptr;
-    QStackedLayout* content_ = nullptr;
-    FindView* view_ = nullptr;
     DetailsPane* details_ = nullptr;
-    EmptyState* empty_ = nullptr;
-    QWidget* footer_ = nullptr;
-    QLabel* count_ = nullptr;
     QPushButton* selectSafe_ = nullptr;
-    QPushButton* remove_ = nullptr;
     Subscription following_;
 };
 

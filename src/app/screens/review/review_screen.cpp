@@ -3,9 +3,10 @@
 #include "app/models/trace_words.h"
 #include "app/screens/review/size_bar.h"
 #include "app/widgets/details_pane.h"
-#include "app/widgets/find_view.h"
+#include "app/widgets/find_delegate.h"
 #include "app/widgets/notice.h"
 #include "app/widgets/parts.h"
+#include "app/widgets/row_view.h"
 #include "app/widgets/screen_header.h"
 #include "app/widgets/search_field.h"
 #include "app/widgets/tile.h"
@@ -43,7 +44,7 @@ ReviewScreen::ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts&
     notices_ = parts::column(nullptr, scaled(6));
     inner->addLayout(notices_);
     main->addLayout(inner);
-    view_ = new FindView;
+    view_ = new RowView(new FindDelegate(nullptr));
     view_->setObjectName(QStringLiteral("review"));
     view_->setAccessibleName(text("window.found"));
     view_->setModel(&tree_);
@@ -53,6 +54,7 @@ ReviewScreen::ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts&
     main->addLayout(list, 1);
     main->addWidget(makeFooter());
     details_ = new DetailsPane(texts_, std::move(user), actions_.reveal);
+    details_->onPermissions = [this](const Trace& trace) { showPermissions(trace); };
     layout->addWidget(details_);
     connect(view_->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex& current) { details_->show(tree_.trace(current)); });
@@ -122,6 +124,13 @@ void ReviewScreen::update() {
     showHeader();
     showSizes();
     showFooter();
+}
+
+/// Of the application whose reset the trace is.
+void ReviewScreen::showPermissions(const Trace& trace) {
+    const auto* reset = std::get_if<action::ResetPermissions>(&trace.action);
+    for (const auto& group : flow_.choice().findings().groups())
+        if (reset && group.target.bundleID == reset->bundleID) return actions_.showPermissions(group.target);
 }
 
 void ReviewScreen::showHeader() {

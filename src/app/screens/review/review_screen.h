@@ -14,7 +14,7 @@ namespace tidwen {
 
 class AppIcons;
 class DetailsPane;
-class FindView;
+class RowView;
 class ScreenHeader;
 class SizeBar;
 class Tile;
@@ -26,6 +26,7 @@ class ReviewScreen final : public QWidget {
         std::function<void()> remove; ///< ask to remove what is chosen
         std::function<void()> rescan;
         std::function<void(const Path&)> reveal;
+        std::function<void(const AppTarget&)> showPermissions;
     };
     ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts& texts, UserEnvironment user,
                  Actions actions);
@@ -41,6 +42,7 @@ class ReviewScreen final : public QWidget {
   private:
     QWidget* makeHeader();
     QWidget* makeFooter();
+    void showPermissions(const Trace& trace);
     void showHeader();
     void showNotices();
     void showSizes();
@@ -62,7 +64,7 @@ class ReviewScreen final : public QWidget {
     QLineEdit* search_ = nullptr;
     SizeBar* sizes_ = nullptr;
     QBoxLayout* notices_ = nullptr;
-    FindView* view_ = nullptr;
+    RowView* view_ = nullptr;
     DetailsPane* details_ = nullptr;
     QLabel* going_ = nullptr;
     QLabel* staying_ = nullptr;

@@ -1,16 +1,13 @@
-#include "app/widgets/find_view.h"
-
-#include "app/models/find_row.h"
-#include "app/style/metrics.h"
-#include "app/widgets/find_delegate.h"
+#include "app/widgets/row_view.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>
 
 namespace tidwen {
 
-FindView::FindView(QWidget* parent) : QTreeView(parent) {
-    setItemDelegate(new FindDelegate(this));
+RowView::RowView(RowDelegate* delegate, QWidget* parent) : QTreeView(parent), delegate_(delegate) {
+    delegate->setParent(this);
+    setItemDelegate(delegate);
     setHeaderHidden(true);
     setIndentation(0);
     setRootIsDecorated(false);
@@ -24,28 +21,41 @@ FindView::FindView(QWidget* parent) : QTreeView(parent) {
     viewport()->setAutoFillBackground(false);
 }
 
-void FindView::dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) {
+void RowView::dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) {
     if (roles.isEmpty())
         QTreeView::dataChanged(first, last, roles);
     else
         viewport()->update();
 }
 
-void FindView::toggleBox(const QModelIndex& index) {
+void RowView::toggleBox(const QModelIndex& index) {
     if (index.flags().testFlag(Qt::ItemIsUserCheckable)) model()->setData(index, {}, Qt::CheckStateRole);
 }
 
-void FindView::mousePressEvent(QMouseEvent* event) {
-    const auto index = indexAt(event->position().toPoint());
-    const auto place = FindDelegate::placesIn(visualRect(index), index, layoutDirection());
-    if (index.isValid() && event->button() == Qt::LeftButton) {
-        if (place.box.adjusted(-4, -8, 4, 8).contains(event->position().toPoint())) return toggleBox(index);
-        if (place.arrow.contains(event->position().toPoint())) return setExpanded(index, !isExpanded(index));
+bool RowView::click(const QModelIndex& index, const QPoint& point) {
+    const auto places = delegate_->placesIn(visualRect(index), index, layoutDirection());
+    if (places.box.adjusted(-4, -8, 4, 8).contains(point)) {
+        toggleBox(index);
+        return true;
     }
+    if (places.arrow.contains(point)) {
+        setExpanded(index, !isExpanded(index));
+        return true;
+    }
+    if (!places.control.contains(point) || !onControl) return false;
+    setCurrentIndex(index);
+    onControl(index);
+    return true;
+}
+
+void RowView::mousePressEvent(QMouseEvent* event) {
+    const auto point = event->position().toPoint();
+    const auto index = indexAt(point);
+    if (index.isValid() && event->button() == Qt::LeftButton && click(index, point)) return;
     QTreeView::mousePressEvent(event);
 }
 
-void FindView::keyPressEvent(QKeyEvent* event) {
+void RowView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Space) return toggleBox(currentIndex());
     const auto text = event->text();
     const bool isTyped = !text.isEmpty() && text.at(0).isPrint();
@@ -53,16 +63,21 @@ void FindView::keyPressEvent(QKeyEvent* event) {
     QTreeView::keyPressEvent(event);
 }
 
+void RowView::resizeEvent(QResizeEvent* event) {
+    QTreeView::resizeEvent(event);
+    if (delegate_->growsWhenNarrow() && event->size().width() != event->oldSize().width())
+        scheduleDelayedItemsLayout();
+}
+
 /// The delegate paints the whole row, its ground included.
-void FindView::drawRow(QPainter* painter, const QStyleOptionViewItem& option,
-                       const QModelIndex& index) const {
+void RowView::drawRow(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
     QStyleOptionViewItem row = option;
+    row.widget = this;
     row.state.setFlag(QStyle::State_Selected, selectionModel()->isSelected(index));
     row.state.setFlag(QStyle::State_Open, isExpanded(index));
     row.state.setFlag(QStyle::State_HasFocus, hasFocus() && index == currentIndex());
     const auto pointer = viewport()->mapFromGlobal(QCursor::pos());
     row.state.setFlag(QStyle::State_MouseOver, underMouse() && option.rect.contains(pointer));
-    row.rect = option.rect;
     itemDelegate()->paint(painter, row, index);
 }
 

@@ -1,0 +1,32 @@
+#include "app/models/permission_list.h"
+
+#include "app/widgets/words.h"
+
+namespace tidwen {
+
+QVariant PermissionList::rowData(const PermissionRow& row, int role) const {
+    switch (role) {
+    case Qt::DisplayRole:
+        return shown(permissionTitle(row.grant.service, texts_));
+    case CardRow::second:
+        return secondLine(row.grant);
+    case CardRow::icon:
+        return QStringLiteral("lock");
+    case CardRow::control:
+        return static_cast<int>(row.isRevoking ? CardRow::Control::none : CardRow::Control::button);
+    case CardRow::controlWords:
+        return words(texts_, "permissions.sheet.revoke");
+    case Qt::AccessibleTextRole:
+        return rowData(row, Qt::DisplayRole).toString() + QStringLiteral(", ") + secondLine(row.grant);
+    default:
+        return {};
+    }
+}
+
+QString PermissionList::secondLine(const PermissionGrant& grant) const {
+    auto line = words(texts_, "cli.permission." + std::string(name(grant.state.kind)));
+    const auto detail = PermissionsSheet::detail(grant, texts_);
+    return detail.empty() ? line : line + QStringLiteral(" · ") + shown(detail);
+}
+
+} // namespace tidwen

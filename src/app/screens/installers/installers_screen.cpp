@@ -1,0 +1,111 @@
+#include "app/screens/installers/installers_screen.h"
+
+#include "app/widgets/card_row_delegate.h"
+#include "app/widgets/choice_button.h"
+#include "app/widgets/empty_state.h"
+#include "app/widgets/screen_header.h"
+#include "app/widgets/words.h"
+#include "base/byte_sum.h"
+
+#include <QMenu>
+#include <algorithm>
+
+namespace tidwen {
+
+InstallersScreen::InstallersScreen(InstallersModel& model, const Texts& texts, Actions actions)
+    : ListScreen(texts,
+                 {words(texts, "installers.title"), "installers", "installers",
+                  new CardRowDelegate(CardRowDelegate::Boxes::leading, nullptr)},
+                 actions.remove),
+      model_(model),
+      actions_(std::move(actions)),
+      list_(model, texts),
+      filter_(list_) {
+    header().setLine(text("installers.subtitle"));
+    addControl(order_ = makeOrderMenu());
+    selectMatched_ =
+        addButton("installers.selectMatched", "select matched", [this] { model_.toggleSelectAllMatched(); });
+    setModel(filter_);
+    view().setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(&view(), &QWidget::customContextMenuRequested, this, [this](const QPoint& at) { showMenu(at); });
+    const auto follow = [this](auto& property) {
+        following_.push_back(property.observe([this](const auto&) { update(); }));
+    };
+    follow(model_.result);
+    follow(model_.isLoading);
+    follow(model_.hasLoaded);
+    follow(model_.selection);
+    following_.push_back(model_.rows.changed.connect([this](const auto&) { update(); }));
+    update();
+}
+
+ChoiceButton* InstallersScreen::makeOrderMenu() {
+    return new ChoiceButton(text("orphans.filter.sort"), [this] {
+        using Order = InstallersModel::Order;
+        std::vector<ChoiceButton::Choice> choices;
+        for (const auto& [order, key] : {std::pair(Order::size, "orphans.filter.sort.largest"),
+                                         std::pair(Order::name, "orphans.filter.sort.name"),
+                                         std::pair(Order::date, "installers.newest")})
+            choices.push_back({text(key), model_.order() == order, [this, order = order] {
+                                   model_.setOrder(order);
+                                   order_->refresh();
+                               }});
+        return choices;
+    });
+}
+
+void InstallersScreen::searchFor(const QString& query) {
+    filter_.setQuery(query);
+    update();
+}
+
+void InstallersScreen::update() {
+    const auto& rows = model_.rows.rows();
+    const auto& result = model_.result.get();
+    setUsable(!rows.empty());
+    order_->setVisible(!rows.empty());
+    showList(filter_.rowCount() > 0);
+    if (filter_.rowCount() == 0) showEmpty();
+    QStringList reasons;
+    for (const auto& file : result.skippedNames)
+        reasons << text("cli.skippedName %@", {shown(file.string()).toStdString()});
+    showReasons(text("list.incomplete"), reasons, {});
+    ByteSum sum;
+    for (const auto& row : rows)
+        if (row.isSelected) sum.add(row.file.sizeBytes, row.file.isSizePartial);
+    showChosen(model_.selection.get().size(),
+               sum.isKnown ? QString::fromStdString(sizeText(sum, texts())) : QString());
+    selectMatched_->setEnabled(
+        std::ranges::any_of(rows, [](const InstallerRow& row) { return row.file.installedApp.has_value(); }));
+}
+
+void InstallersScreen::showEmpty() {
+    empty().setIcon(QStringLiteral("installers"));
+    empty().offer({});
+    if (!model_.rows.rows().empty()) {
+        empty().setIcon(QStringLiteral("search"));
+        empty().say(text("orphans.filter.empty.title"), text("orphans.filter.empty.body.filters"));
+        empty().offer(text("orphans.filter.empty.clear"), [this] { clearSearch(); });
+    } else if (!model_.hasLoaded.get()) {
+        empty().say(text("installers.loading"), {});
+    } else if (model_.result.get().unreadable) {
+        empty().setIcon(QStringLiteral("warning"));
+        empty().say(text("installers.unreadable.title"), text("installers.unreadable.message"));
+        empty().offer(actions_.remedy, actions_.help);
+    } else {
+        empty().say(text("installers.empty.title"), text("installers.empty.message"));
+        empty().offer(text("leftovers.again"), [this] { model_.load(); });
+    }
+}
+
+void InstallersScreen::showMenu(const QPoint& point) {
+    const auto* row = list_.row(filter_.mapToSource(view().currentIndex()));
+    if (!row) return;
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    connect(menu->addAction(text("installers.row.reveal")), &QAction::triggered, this,
+            [this, file = row->file.url] { actions_.reveal(file); });
+    menu->popup(view().viewport()->mapToGlobal(point));
+}
+
+} // namespace tidwen

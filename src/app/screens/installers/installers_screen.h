@@ -1,0 +1,41 @@
+#pragma once
+
+#include "app/models/installer_list.h"
+#include "app/models/row_filter.h"
+#include "app/widgets/list_screen.h"
+
+namespace tidwen {
+
+class ChoiceButton;
+
+/// The disk images and packages in Downloads, to choose from what goes.
+class InstallersScreen final : public ListScreen {
+  public:
+    struct Actions {
+        std::function<void()> remove; ///< ask to remove what is chosen
+        std::function<void(const Path&)> reveal;
+        /// What helps when Downloads cannot be read.
+        QString remedy;
+        std::function<void()> help;
+    };
+    InstallersScreen(InstallersModel& model, const Texts& texts, Actions actions);
+
+  protected:
+    void searchFor(const QString& query) override;
+
+  private:
+    ChoiceButton* makeOrderMenu();
+    void update();
+    void showEmpty();
+    void showMenu(const QPoint& point);
+
+    InstallersModel& model_;
+    Actions actions_;
+    InstallerList list_;
+    RowFilter filter_;
+    ChoiceButton* order_ = nullptr;
+    QPushButton* selectMatched_ = nullptr;
+    std::vector<Subscription> following_;
+};
+
+} // namespace tidwen

@@ -1,0 +1,153 @@
+#include "app/screens/startup/startup_screen.h"
+
+#include "app/widgets/card_row_delegate.h"
+#include "app/widgets/empty_state.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/screen_header.h"
+#include "app/widgets/sheet.h"
+#include "app/widgets/words.h"
+
+#include <QBoxLayout>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <algorithm>
+
+namespace tidwen {
+
+StartupScreen::StartupScreen(StartupItemsModel& model, const Texts& texts, Actions actions)
+    : ListScreen(texts,
+                 {words(texts, "startup.title"), "startup items", "power",
+                  new CardRowDelegate(CardRowDelegate::Boxes::leading, nullptr)},
+                 actions.remove),
+      model_(model),
+      actions_(std::move(actions)),
+      list_(model, texts),
+      filter_(list_) {
+    header().setLine(text("startup.subtitle"));
+    action_ = addButton("startup.switchOn", "switch", [this] { act(view().currentIndex()); });
+    selectOrphans_ =
+        addButton("startup.selectAllOrphans", "select orphans", [this] { model_.toggleSelectAllOrphans(); });
+    setModel(filter_);
+    view().onControl = [this](const QModelIndex& index) { act(index); };
+    view().setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(&view(), &QWidget::customContextMenuRequested, this, [this](const QPoint& at) { showMenu(at); });
+    connect(view().selectionModel(), &QItemSelectionModel::currentChanged, this, [this] { showAction(); });
+    const auto follow = [this](auto& property) {
+        following_.push_back(property.observe([this](const auto&) { update(); }));
+    };
+    follow(model_.result);
+    follow(model_.isLoading);
+    follow(model_.selection);
+    following_.push_back(model_.rows.changed.connect([this](const auto&) { update(); }));
+    following_.push_back(model_.toggleError.observe([this](const auto&) { showError(); }));
+    update();
+}
+
+void StartupScreen::searchFor(const QString& query) {
+    filter_.setQuery(query);
+    update();
+}
+
+void StartupScreen::update() {
+    const auto& rows = model_.rows.rows();
+    const auto& result = model_.result.get();
+    setUsable(!rows.empty());
+    showList(filter_.rowCount() > 0);
+    if (filter_.rowCount() == 0) showEmpty();
+    QStringList reasons;
+    for (const auto& folder : result.unreadable)
+        reasons << text("cli.unreadable %@", {shown(folder.string()).toStdString()});
+    if (result.leftOut > 0) reasons << text("cli.leftOut %lld", {std::to_string(result.leftOut)});
+    showReasons(text("review.incomplete.title"), reasons,
+                {text("leftovers.again"), [this] { model_.load(); }});
+    showChosen(model_.selection.get().size());
+    selectOrphans_->setEnabled(std::ranges::any_of(rows, [](const StartupItemRow& row) {
+        return section(row.item) == StartupSection::orphans && row.isSelectable;
+    }));
+    showAction();
+}
+
+void StartupScreen::showEmpty() {
+    empty().setIcon(QStringLiteral("power"));
+    empty().offer({});
+    if (!model_.rows.rows().empty()) {
+        empty().setIcon(QStringLiteral("search"));
+        empty().say(text("orphans.filter.empty.title"), text("orphans.filter.empty.body.filters"));
+        empty().offer(text("orphans.filter.empty.clear"), [this] { clearSearch(); });
+    } else if (model_.isLoading.get()) {
+        empty().say(text("startup.loading"), {});
+    } else {
+        const bool isUnreadable = !model_.result.get().unreadable.empty();
+        if (isUnreadable) empty().setIcon(QStringLiteral("warning"));
+        empty().say(text(isUnreadable ? "startup.unreadable.title" : "startup.empty.title"),
+                    text(isUnreadable ? "startup.unreadable.message" : "startup.empty.message"));
+        empty().offer(text("leftovers.again"), [this] { model_.load(); });
+    }
+}
+
+const StartupItemRow* StartupScreen::rowAt(const QModelIndex& index) const {
+    return list_.row(filter_.mapToSource(index));
+}
+
+QString StartupScreen::actionWords(const StartupItemRow& row) const {
+    switch (row.switchState) {
+    case SwitchState::on:
+        return text("startup.switchOff");
+    case SwitchState::off:
+        return text("startup.switchOn");
+    case SwitchState::systemSettings:
+        return text("startup.toggle.systemSettings");
+    default:
+        return {};
+    }
+}
+
+/// What can be done by hand to the switch in the row can be done to this button by keyboard.
+void StartupScreen::showAction() {
+    const auto* row = rowAt(view().currentIndex());
+    const auto words = row ? actionWords(*row) : QString();
+    action_->setText(words);
+    action_->setVisible(!words.isEmpty());
+}
+
+void StartupScreen::act(const QModelIndex& index) {
+    const auto* row = rowAt(index);
+    if (!row) return;
+    if (row->switchState == SwitchState::systemSettings) return actions_.openLoginItems();
+    model_.setEnabled(StartupItem(row->item), row->switchState == SwitchState::off);
+}
+
+void StartupScreen::showError() {
+    const auto& error = model_.toggleError.get();
+    if (!error || errorSheet_) return;
+    const auto title = text("startup.toggle.errorTitle");
+    auto* sheet = new Sheet(window(), title);
+    errorSheet_ = sheet;
+    sheet->onCancel = [this] { model_.toggleError.set(std::nullopt); };
+    sheet->content().addWidget(parts::paragraph(title, Type::sheet));
+    sheet->content().addWidget(parts::paragraph(shown(texts().text(*error))));
+    auto* buttons = parts::row(nullptr);
+    buttons->addStretch(1);
+    buttons->addWidget(parts::primaryButton(text("startup.toggle.errorOK"), [sheet] { sheet->cancel(); }));
+    sheet->content().addLayout(buttons);
+    sheet->open();
+}
+
+void StartupScreen::showMenu(const QPoint& point) {
+    const auto index = view().currentIndex();
+    const auto* row = rowAt(index);
+    if (!row) return;
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    if (const auto words = actionWords(*row); !words.isEmpty())
+        connect(menu->addAction(words), &QAction::triggered, this, [this] { act(view().currentIndex()); });
+    const auto* plist = row->item.plist();
+    const auto* embedded = std::get_if<StartupItem::Embedded>(&row->item.source);
+    const Path place = plist ? *plist : embedded ? embedded->bundle : Path();
+    connect(menu->addAction(text("installers.row.reveal")), &QAction::triggered, this,
+            [this, place] { actions_.reveal(place); });
+    menu->popup(view().viewport()->mapToGlobal(point));
+}
+
+} // namespace tidwen

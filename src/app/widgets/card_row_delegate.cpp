@@ -1,0 +1,185 @@
+#include "app/widgets/card_row_delegate.h"
+
+#include "app/models/card_row.h"
+#include "app/style/icons.h"
+#include "app/style/style.h"
+#include "app/style/switch_shape.h"
+
+#include <QAbstractItemView>
+#include <QPainter>
+#include <QStringList>
+
+namespace tidwen {
+
+namespace {
+
+using Kind = CardRow::Kind;
+using Control = CardRow::Control;
+
+constexpr int rowHeight = 52;
+constexpr int sideMargin = 16; ///< inside of the card
+constexpr int pictureSize = 22;
+
+bool isSection(const QModelIndex& index) {
+    return static_cast<Kind>(index.data(CardRow::kind).toInt()) == Kind::section;
+}
+
+Control controlOf(const QModelIndex& index) {
+    return static_cast<Control>(index.data(CardRow::control).toInt());
+}
+
+QSize controlSize(const QModelIndex& index) {
+    switch (controlOf(index)) {
+    case Control::none:
+        return {};
+    case Control::button: {
+        const auto words = index.data(CardRow::controlWords).toString();
+        return {QFontMetrics(textFont(Type::body)).horizontalAdvance(words) + scaled(28), scaled(32)};
+    }
+    default:
+        return switchSize();
+    }
+}
+
+QString hintOf(const QModelIndex& index) {
+    return index.data(CardRow::second).toString();
+}
+
+/// The heading and its sentence stand side by side where there is room.
+bool fitsOneLine(const QModelIndex& index, int width) {
+    const auto wide = [](Type type, const QString& words) {
+        return QFontMetrics(textFont(type)).horizontalAdvance(words);
+    };
+    return wide(Type::strong, index.data().toString()) + scaled(10) + wide(Type::second, hintOf(index))
+           < width;
+}
+
+class CardPainter : public RowPainter {
+  public:
+    CardPainter(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index,
+                const CardRowDelegate& delegate, bool hasBoxes)
+        : RowPainter(painter, option, index),
+          places_(delegate.placesIn(option.rect, index, option.direction)),
+          hasBoxes_(hasBoxes) {}
+
+    void paint() {
+        if (isSection(index_)) return paintSection();
+        paintCard();
+        ground(QRectF(option_.rect).adjusted(scaled(6), scaled(3), -scaled(6), -scaled(3)));
+        box(places_.box);
+        const int x = scaled(sideMargin + (hasBoxes_ ? 28 : 0));
+        paintPicture(middle(x, scaled(pictureSize)));
+        twoLines(x + scaled(pictureSize + 12), paintFarSide() - scaled(10), words(Qt::DisplayRole),
+                 words(CardRow::second));
+    }
+
+  private:
+    void paintSection() {
+        const int first = lineHeight(Type::strong), second = lineHeight(Type::second);
+        const bool isOneLine = fitsOneLine(index_, width());
+        const int top = height() - first - scaled(8) - (isOneLine ? 0 : second);
+        const auto title = words(Qt::DisplayRole);
+        const int taken = QFontMetrics(textFont(Type::strong)).horizontalAdvance(title) + 2;
+        text(at(0, top, width(), first), Type::strong, Role::text, title);
+        if (isOneLine)
+            text(at(taken + scaled(8), top, width() - taken - scaled(8), first), Type::second, Role::second,
+                 hintOf(index_));
+        else
+            text(at(0, top + first, width(), second), Type::second, Role::second, hintOf(index_));
+    }
+
+    /// The part of the card that lies behind this row: its rounded ends where the row is the first or last.
+    void paintCard() {
+        const int beyond = scaled(40);
+        const int last = index_.model()->rowCount(index_.parent()) - 1;
+        const auto card =
+            QRectF(option_.rect)
+                .adjusted(.5, index_.row() == 0 ? .5 : -beyond, -.5, index_.row() == last ? -.5 : beyond);
+        painter_.save();
+        painter_.setClipRect(option_.rect);
+        painter_.setRenderHint(QPainter::Antialiasing);
+        painter_.setPen(colors()[Role::line]);
+        painter_.setBrush(colors()[Role::surface]);
+        painter_.drawRoundedRect(card, 11, 11);
+        painter_.restore();
+    }
+
+    void paintPicture(const QRect& place) {
+        const auto name = words(CardRow::appName);
+        if (!name.isEmpty()) return paintTile(painter_, place, name, words(CardRow::bundleID).toStdString());
+        const int inner = scaled(18), space = (place.width() - inner) / 2;
+        const bool isCaution = index_.data(CardRow::isCaution).toBool();
+        paintIcon(painter_, place.adjusted(space, space, -space, -space), words(CardRow::icon),
+                  colors()[isCaution ? Role::sensitive : Role::second]);
+    }
+
+    /// Control, size and badges; gives where the words must end.
+    int paintFarSide() {
+        int end = width() - scaled(sideMargin);
+        if (!places_.control.isEmpty()) {
+            paintControl();
+            end -= places_.control.width() + scaled(12);
+        }
+        if (const auto size = words(CardRow::size); !size.isEmpty()) {
+            const int wide = QFontMetrics(textFont(Type::body)).horizontalAdvance(size) + 2;
+            text(at(end - wide, 0, wide, height()), Type::body, Role::second, size, Qt::AlignRight);
+            end -= wide + scaled(12);
+        }
+        for (const auto& word : index_.data(CardRow::badges).toStringList())
+            end = badge(end, width() / 4, word, Role::second, Role::hover) - scaled(6);
+        return end;
+    }
+
+    void paintControl() {
+        const auto control = controlOf(index_);
+        if (control != Control::button)
+            return paintSwitch(painter_, places_.control, {control == Control::on, control != Control::busy},
+                               option_.direction);
+        QStyleOptionButton button;
+        button.rect = places_.control;
+        button.text = words(CardRow::controlWords);
+        button.state = QStyle::State_Enabled | QStyle::State_Raised;
+        button.direction = option_.direction;
+        button.palette = option_.palette;
+        button.fontMetrics = QFontMetrics(textFont(Type::body));
+        painter_.setFont(textFont(Type::body));
+        option_.widget->style()->drawControl(QStyle::CE_PushButton, &button, &painter_);
+    }
+
+    RowDelegate::Places places_;
+    bool hasBoxes_;
+};
+
+} // namespace
+
+RowDelegate::Places CardRowDelegate::placesIn(const QRect& row, const QModelIndex& index,
+                                              Qt::LayoutDirection direction) const {
+    if (!index.isValid() || isSection(index)) return {};
+    const auto at = [&](int x, const QSize& size) {
+        const int top = row.top() + (row.height() - size.height()) / 2;
+        return QStyle::visualRect(direction, row, QRect(QPoint(row.left() + x, top), size));
+    };
+    Places places;
+    const auto isBox = boxes_ == Boxes::leading && index.data(Qt::CheckStateRole).isValid();
+    if (isBox) places.box = at(scaled(sideMargin), {scaled(18), scaled(18)});
+    if (const auto size = controlSize(index); !size.isEmpty())
+        places.control = at(row.width() - scaled(sideMargin) - size.width(), size);
+    return places;
+}
+
+QSize CardRowDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    if (!isSection(index)) return {scaled(100), scaled(rowHeight)};
+    const auto* view = qobject_cast<const QAbstractItemView*>(option.widget);
+    const bool isOneLine = !view || fitsOneLine(index, view->viewport()->width());
+    const int more = isOneLine ? 0 : lineHeight(Type::second);
+    return {scaled(100), lineHeight(Type::strong) + more + scaled(26)};
+}
+
+void CardRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                            const QModelIndex& index) const {
+    painter->save();
+    CardPainter(*painter, option, index, *this, boxes_ == Boxes::leading).paint();
+    painter->restore();
+}
+
+} // namespace tidwen

@@ -1,0 +1,156 @@
+#include "app/widgets/list_screen.h"
+
+#include "app/widgets/empty_state.h"
+#include "app/widgets/notice.h"
+#include "app/widgets/panel.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/screen_header.h"
+#include "app/widgets/search_field.h"
+#include "app/widgets/words.h"
+
+#include <QBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStackedLayout>
+
+namespace tidwen {
+
+namespace {
+
+constexpr int mostReasons = 4; ///< one more line says that there are more
+
+} // namespace
+
+ListScreen::ListScreen(const Texts& texts, const Look& look, std::function<void()> remove)
+    : texts_(texts), removeChosen_(std::move(remove)) {
+    auto* layout = parts::column(this);
+    header_ = new ScreenHeader(look.title);
+    search_ = searchField(text("orphans.search.placeholder"));
+    search_->setFixedWidth(scaled(140));
+    connect(search_, &QLineEdit::textChanged, this, [this](const QString& query) { searchFor(query); });
+    header_->addControl(search_);
+    layout->addWidget(header_);
+    notices_ = parts::column(nullptr, scaled(6));
+    notices_->setContentsMargins(scaled(24), 0, scaled(24), scaled(8));
+    layout->addLayout(notices_);
+    layout->addWidget(makeContent(look), 1);
+    layout->addWidget(footer_ = makeFooter());
+}
+
+QWidget* ListScreen::makeContent(const Look& look) {
+    view_ = new RowView(look.delegate);
+    view_->setObjectName(QString::fromLatin1(look.listName));
+    view_->setAccessibleName(look.title);
+    empty_ = new EmptyState(QString::fromLatin1(look.icon));
+    auto* lists = new QWidget;
+    beside_ = parts::row(lists);
+    auto* inner = parts::row(nullptr);
+    const int margin = look.delegate->hasCards() ? 24 : 14;
+    inner->setContentsMargins(scaled(margin), 0, scaled(margin - 10), 0); // the bar of the list needs 10
+    inner->addWidget(view_);
+    beside_->addLayout(inner, 1);
+    auto* content = new QWidget;
+    content_ = new QStackedLayout(content);
+    content_->addWidget(lists);
+    content_->addWidget(empty_);
+    return content;
+}
+
+QWidget* ListScreen::makeFooter() {
+    auto* footer = footerPanel();
+    auto* layout = static_cast<QBoxLayout*>(footer->layout());
+    layout->addWidget(count_ = parts::paragraph({}, Type::strong), 1);
+    remove_ = parts::primaryButton(text("installers.removeButton"), [this] { removeChosen_(); });
+    remove_->setObjectName(QStringLiteral("remove"));
+    layout->addWidget(remove_);
+    return footer;
+}
+
+void ListScreen::setModel(QAbstractItemModel& model) {
+    view_->setModel(&model);
+    const auto open = [this](const QModelIndex& above, int first, int last) {
+        const auto* rows = view_->model();
+        if (rows->index(first, 0, above).flags().testFlag(Qt::ItemNeverHasChildren)) return;
+        for (int row = first; row <= last; ++row)
+            view_->expand(rows->index(row, 0, above));
+    };
+    connect(&model, &QAbstractItemModel::rowsInserted, this, open);
+    connect(&model, &QAbstractItemModel::modelReset, this, [this] { view_->expandAll(); });
+    view_->expandAll();
+}
+
+void ListScreen::addControl(QWidget* control) {
+    header_->addControl(control);
+    header_->addControl(search_); // again: the layout moves it to the end
+    setTabOrder(control, search_);
+}
+
+void ListScreen::addBeside(QWidget* widget) {
+    beside_->addWidget(widget);
+}
+
+void ListScreen::addButton(QWidget* button) {
+    auto* layout = static_cast<QBoxLayout*>(footer_->layout());
+    layout->insertWidget(layout->count() - 1, button);
+}
+
+QPushButton* ListScreen::addButton(const char* key, const char* name, std::function<void()> act) {
+    auto* button = parts::button(text(key), std::move(act));
+    button->setObjectName(QString::fromLatin1(name));
+    addButton(button);
+    return button;
+}
+
+void ListScreen::showReasons(const QString& title, QStringList reasons, const Remedy& remedy) {
+    parts::clear(*notices_);
+    if (reasons.isEmpty()) return;
+    if (reasons.size() > mostReasons) reasons = reasons.mid(0, mostReasons) << QStringLiteral("…");
+    notices_->addWidget(
+        makeNotice(NoticeTone::caution, {title, reasons.join(QLatin1Char('\n')), remedy.words}, remedy.act));
+}
+
+void ListScreen::showList(bool isShown) {
+    content_->setCurrentIndex(isShown ? 0 : 1);
+}
+
+void ListScreen::setUsable(bool isUsable) {
+    isUsable_ = isUsable;
+    search_->setVisible(isUsable);
+    footer_->setVisible(isUsable);
+}
+
+void ListScreen::showChosen(std::size_t count, const QString& size) {
+    const auto number = std::to_string(count);
+    count_->setFont(textFont(count == 0 ? Type::body : Type::strong));
+    if (count == 0)
+        count_->setText(text("list.chosen.none"));
+    else
+        count_->setText(size.isEmpty() ? text("list.chosen %lld", {number})
+                                       : text("list.chosen %lld %@", {number, size.toStdString()}));
+    remove_->setEnabled(count > 0);
+}
+
+void ListScreen::search() {
+    if (!isUsable_) return;
+    search_->setFocus();
+    search_->selectAll();
+}
+
+void ListScreen::clearSearch() {
+    search_->clear();
+}
+
+void ListScreen::keyPressEvent(QKeyEvent* event) {
+    if (isUsable_ && typeInto(*search_, *event)) return;
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn && isUsable_ && remove_->isEnabled() && !search_->hasFocus()) return removeChosen_();
+    QWidget::keyPressEvent(event);
+}
+
+QString ListScreen::text(const char* key, const std::vector<std::string>& arguments) const {
+    return words(texts_, key, arguments);
+}
+
+} // namespace tidwen
