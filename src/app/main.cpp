@@ -49,7 +49,9 @@ int run(QApplication& application, const char* program) {
     HostServices host({programFile(program).string()}, log);
     WorkQueue background;
     MacOpener opener(host, texts, log, main, background);
-    MainWindow window({opener, texts, main, background, findOwnBundle(program)});
+    OwnServices own(host, log, main, {TIDWEN_VERSION, TIDWEN_FEED_KEY, TIDWEN_FEED_ADDRESS},
+                    availableLanguages(resources));
+    MainWindow window({opener, texts, main, background, own, findOwnBundle(program)});
     const OpenedFiles opened([&](auto paths) { window.takeFiles(std::move(paths)); });
     const auto homeOfUser = words.isSet(home) ? std::optional(words.value(home).toStdString()) : std::nullopt;
     if (words.isSet(volume))

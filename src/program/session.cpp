@@ -19,12 +19,14 @@ Session::Session(Mac& mac, Executor& main, InstalledBundles::Looks looks)
       models_({mac, main, background_, preferences_, tags_, protectedApps_, undo_, purge_, audit_,
                [this] { return removalServices(); }}) {}
 
+void Session::reloadSettings() {
+    preferences_.reload();
+    tags_.reload();
+    protectedApps_.reload();
+}
+
 bool Session::followSettings() {
-    settingsFollower_.emplace(mac_.system.defaults, main_, [this] {
-        preferences_.reload();
-        tags_.reload();
-        protectedApps_.reload();
-    });
+    settingsFollower_.emplace(mac_.system.defaults, main_, [this] { reloadSettings(); });
     return settingsFollower_->isFollowing();
 }
 

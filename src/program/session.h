@@ -34,6 +34,8 @@ class Session {
     AppPreferences& preferences() { return preferences_; }
     /// The models of a window's other screens.
     SessionModels& models() { return models_; }
+    /// Reads preferences, tags and protected applications again.
+    void reloadSettings();
     /// Makes preferences, tags and protected applications follow changes by other processes. False if
     /// watching is impossible: changes are then seen at the next start.
     bool followSettings();

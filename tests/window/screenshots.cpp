@@ -27,20 +27,37 @@ class Drawing {
         return window.grab().save(file);
     }
 
+    bool isDark() const { return look_ == QStringLiteral("dark"); }
+
   private:
     QString folder_;
     QString look_;
 };
 
+/// Each page of the settings.
+bool drawSettings(WindowFixture& fixture, const Drawing& drawing) {
+    auto& window = fixture.window;
+    window.openSettings();
+    bool isDrawn = drawing.save(window, "settings");
+    for (const auto* tab : {"permissions", "trash", "protected", "about"})
+        isDrawn = isDrawn && fixture.click((std::string("settings.tab.") + tab).c_str())
+                  && drawing.save(window, (std::string("settings-") + tab).c_str());
+    QTest::keyClick(fixture.find<QWidget>("sheet"), Qt::Key_Escape);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    return isDrawn;
+}
+
 /// One walk from the first start to the report, its undo and the history.
 bool draw(const Drawing& drawing) {
     WindowFixture fixture;
     auto& window = fixture.window;
+    fixture.own.settings().set("appearance", drawing.isDark() ? "dark" : "light");
     bool isDrawn = drawing.save(window, "first-start") && fixture.openSample();
     auto* cards = fixture.find<QAbstractItemView>("applications");
     if (!isDrawn || !cards) return false;
     cards->setCurrentIndex(WindowFixture::rowCalled(*cards, QStringLiteral("Marlin Notes")));
-    isDrawn = drawing.save(window, "home") && fixture.review("Marlin Notes");
+    isDrawn =
+        drawing.save(window, "home") && drawSettings(fixture, drawing) && fixture.review("Marlin Notes");
     auto* found = fixture.find<QAbstractItemView>("review");
     found->setCurrentIndex(WindowFixture::rowCalled(*found, QStringLiteral("com.marlinworks.notes")));
     found->scrollToTop();

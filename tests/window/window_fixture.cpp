@@ -61,7 +61,8 @@ WindowFixture::WindowFixture()
     : texts(Texts::load(TIDWEN_RESOURCES, "en")),
       host({"tidwen"}, log),
       opener(host, texts, log, main, background),
-      window({opener, texts, main, background}) {
+      own(host, log, main, {"1.0", {}, {}}, {"en"}),
+      window({opener, texts, main, background, own}) {
     window.show();
 }
 

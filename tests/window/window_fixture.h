@@ -56,6 +56,7 @@ class WindowFixture {
     HostServices host;
     WorkQueue background;
     MacOpener opener;
+    OwnServices own;
     MainWindow window;
 };
 

@@ -47,11 +47,12 @@ Stage homeStage(Place place) {
 
 } // namespace
 
-MacView::MacView(OpenMac& mac, Executor& background, QMenu* systems)
+MacView::MacView(OpenMac& mac, Executor& background, const Menus& menus)
     : mac_(mac), background_(background), texts_(mac.system().texts) {
     auto* layout = parts::row(this);
-    sidebar_ = new Sidebar(texts_, {shown(mac.name()), shown(mac.userName())}, systems,
-                           [this](Place place) { go(place); });
+    sidebar_ = new Sidebar(
+        texts_, {shown(mac.name()), shown(mac.userName())}, menus.systems, [this](Place place) { go(place); },
+        menus.openSettings);
     layout->addWidget(sidebar_);
     auto* main = parts::column(nullptr);
     layout->addLayout(main, 1);
@@ -398,22 +399,12 @@ void MacView::confirmStartupItems() {
 void MacView::showPermissions(AppTarget app) {
     const bool isVolume = mac_.session().mac().volume.has_value();
     auto* sheet =
-        new PermissionsView(window(), mac_.session().models().permissionsSheet(std::move(app)),
-                            mac_.icons(), texts_,
-                            {isVolume ? QString() : text("permissions.sheet.openSettings"),
-                             [this] { openPane(SystemSettingsLauncher::Pane::privacyAndSecurity); }});
+        new PermissionsView(window(), mac_.session().models().permissionsSheet(std::move(app)), mac_.icons(),
+                            texts_, {isVolume ? QString() : text("permissions.sheet.openSettings"), [this] {
+                                         openPane(SystemSettingsLauncher::Pane::privacyAndSecurity);
+                                     }});
     permissionsSheet_ = sheet;
     sheet->open();
-}
-
-void MacView::openPane(SystemSettingsLauncher::Pane pane) {
-    auto& workspace = mac_.system().workspace;
-    inBackground(
-        *this, alive_, background_, mac_.loop(),
-        [&workspace, pane] { return workspace.openSettingsPane(pane); },
-        [](MacView& view, const Workspace::Result& result) {
-            if (!result) view.say(QString::fromStdString(view.texts_.text(result.error())));
-        });
 }
 
 void MacView::askToStop(const std::function<void()>& whenStopped) {
@@ -436,11 +427,19 @@ void MacView::askToStop(const std::function<void()>& whenStopped) {
     sheet->open();
 }
 
-/// The desktop may take its time, so it is not asked on the main thread.
 void MacView::reveal(const Path& item) {
-    auto& workspace = mac_.system().workspace;
+    askDesktop([item](Workspace& workspace) { return workspace.reveal(item); });
+}
+
+void MacView::openPane(SystemSettingsLauncher::Pane pane) {
+    askDesktop([pane](Workspace& workspace) { return workspace.openSettingsPane(pane); });
+}
+
+/// The desktop may take its time, so it is not asked on the main thread.
+void MacView::askDesktop(const std::function<Workspace::Result(Workspace&)>& ask) {
     inBackground(
-        *this, alive_, background_, mac_.loop(), [&workspace, item] { return workspace.reveal(item); },
+        *this, alive_, mac_.session().background(), mac_.loop(),
+        [&workspace = mac_.system().workspace, ask] { return ask(workspace); },
         [](MacView& view, const Workspace::Result& result) {
             if (!result) view.say(QString::fromStdString(view.texts_.text(result.error())));
         });

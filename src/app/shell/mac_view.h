@@ -28,8 +28,11 @@ class WorkScreen;
 /// One open Mac: its places at the side, and the screen at which the flow of a removal stands.
 class MacView final : public QWidget {
   public:
-    /// `systems` offers other Macs to open.
-    MacView(OpenMac& mac, Executor& background, QMenu* systems);
+    struct Menus {
+        QMenu* systems; ///< offers other Macs to open
+        std::function<void()> openSettings;
+    };
+    MacView(OpenMac& mac, Executor& background, const Menus& menus);
     ~MacView() override;
 
     void go(Place place);
@@ -39,6 +42,7 @@ class MacView final : public QWidget {
     void lookAt(const std::vector<Path>& bundles);
     /// Files of this machine; those that lie on the volume are looked at.
     void takeDropped(std::vector<std::string> hostPaths);
+    void openPane(SystemSettingsLauncher::Pane pane);
     /// Words above the screen, until they are dismissed or something happens.
     void say(const QString& words);
     /// A removal or undo runs: says so, and that it can be stopped. Called before the window closes.
@@ -64,8 +68,8 @@ class MacView final : public QWidget {
     void confirmInstallers();
     void confirmStartupItems();
     void showPermissions(AppTarget app);
-    void openPane(SystemSettingsLauncher::Pane pane);
     void reveal(const Path& item);
+    void askDesktop(const std::function<Workspace::Result(Workspace&)>& ask);
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 
     OpenMac& mac_;

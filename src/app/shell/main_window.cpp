@@ -1,5 +1,6 @@
 #include "app/shell/main_window.h"
 
+#include "app/screens/settings/settings_sheet.h"
 #include "app/screens/welcome/welcome_screen.h"
 #include "app/shell/drop_veil.h"
 #include "app/shell/dropped_items.h"
@@ -20,7 +21,8 @@
 
 namespace tidwen {
 
-MainWindow::MainWindow(Services services) : services_(services) {
+MainWindow::MainWindow(Services services)
+    : services_(services), appearance_(services.own.settings().preferences().appearance) {
     setWindowTitle(text("window.title"));
     setMinimumSize(800, 560);
     resize(scaled(1080), scaled(720));
@@ -28,6 +30,9 @@ MainWindow::MainWindow(Services services) : services_(services) {
     makeMenus();
     veil_ = new DropVeil(this);
     showWelcome();
+    settingsChanged_ = services_.own.settings().changed.connect([this] {
+        if (mac_) mac_->session().reloadSettings();
+    });
 }
 
 /// The view refers to the Mac, so it goes first.
@@ -47,6 +52,9 @@ void MainWindow::makeMenus() {
     add(*systems_, "window.menu.open", QKeySequence::Open, [this] { chooseVolume(); });
     add(*systems_, "window.menu.sample", {}, [this] { openSample(); });
     systems_->addSeparator();
+    auto* settings = add(*systems_, "window.menu.settings", QKeySequence(Qt::CTRL | Qt::Key_Comma),
+                         [this] { openSettings(); });
+    settings->setMenuRole(QAction::PreferencesRole);
     add(*systems_, "window.menu.quit", QKeySequence::Quit, [this] { close(); });
     auto* go = menuBar()->addMenu(text("window.menu.go"));
     const auto whenOpen = [this](auto act) {
@@ -65,6 +73,19 @@ void MainWindow::makeMenus() {
     add(*go, "window.menu.search", QKeySequence::Find, whenOpen([](MacView& view) { view.search(); }));
     add(*go, "window.menu.rescan", QKeySequence(Qt::CTRL | Qt::Key_R),
         whenOpen([](MacView& view) { view.lookAgain(); }));
+}
+
+void MainWindow::openSettings() {
+    if (settings_) return;
+    SettingsSheet::MacFacts facts;
+    if (mac_) {
+        auto& models = mac_->session().models();
+        if (!mac_->session().mac().volume) facts.own = &models.permissions();
+        facts.installed = models.homeGrid().apps();
+        facts.openPane = [this](auto pane) { view_->openPane(pane); };
+    }
+    settings_ = new SettingsSheet(this, services_.own, std::move(facts), services_.texts);
+    settings_->open();
 }
 
 void MainWindow::showWelcome() {
@@ -112,13 +133,14 @@ void MainWindow::take(tl::expected<MacOpener::Opened, Message> opened) {
             view_->say(why);
         return;
     }
+    delete settings_; // it shows the Mac that is left
     standing_.reset();
     delete takeCentralWidget();
     welcome_ = nullptr;
     view_ = nullptr;
     mac_.reset();
     mac_ = std::make_unique<OpenMac>(std::move(opened->mac), std::move(opened->name), services_.main);
-    view_ = new MacView(*mac_, services_.background, systems_);
+    view_ = new MacView(*mac_, services_.background, {systems_, [this] { openSettings(); }});
     setCentralWidget(view_);
     if (!mac_->session().mac().volume) stand();
     if (!waitingFiles_.empty()) view_->takeDropped(std::exchange(waitingFiles_, {}));

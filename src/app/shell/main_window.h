@@ -1,7 +1,9 @@
 #pragma once
 
+#include "app/models/own_services.h"
 #include "app/shell/mac_opener.h"
 #include "app/shell/mac_view.h"
+#include "app/style/appearance.h"
 #include "program/resources.h"
 
 #include <QMainWindow>
@@ -15,6 +17,7 @@ class QMenu;
 namespace tidwen {
 
 class DropVeil;
+class SettingsSheet;
 class StandingServices;
 class WelcomeScreen;
 
@@ -27,6 +30,7 @@ class MainWindow final : public QMainWindow {
         const Texts& texts;
         Executor& main;
         Executor& background;
+        OwnServices& own;
         OwnBundle bundle = {}; ///< that the program runs from
     };
     explicit MainWindow(Services services);
@@ -34,6 +38,7 @@ class MainWindow final : public QMainWindow {
 
     void open(const std::filesystem::path& folder, const std::optional<std::string>& home = {});
     void openSample();
+    void openSettings();
     void openRunning(const RunningMac::Open& running);
     /// Files of this machine, as dropped; those that come while a Mac is being opened wait for it.
     void takeFiles(std::vector<std::string> hostPaths);
@@ -59,9 +64,12 @@ class MainWindow final : public QMainWindow {
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 
     Services services_;
+    AppearanceFollower appearance_;
     QMenu* systems_ = nullptr;
     WelcomeScreen* welcome_ = nullptr;
     DropVeil* veil_ = nullptr;
+    QPointer<SettingsSheet> settings_;
+    Subscription settingsChanged_;
     std::unique_ptr<OpenMac> mac_;
     MacView* view_ = nullptr;                    ///< of `mac_`, and goes before it
     std::unique_ptr<StandingServices> standing_; ///< of the Mac that the program runs on

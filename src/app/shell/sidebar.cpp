@@ -17,7 +17,8 @@ constexpr int narrow = 60;
 
 } // namespace
 
-Sidebar::Sidebar(const Texts& texts, const Mac& mac, QMenu* systems, std::function<void(Place)> go)
+Sidebar::Sidebar(const Texts& texts, const Mac& mac, QMenu* systems, std::function<void(Place)> go,
+                 std::function<void()> openSettings)
     : Panel({.ground = Role::sidebar, .radius = 0, .edges = Qt::RightEdge}),
       texts_(texts),
       go_(std::move(go)) {
@@ -39,6 +40,10 @@ Sidebar::Sidebar(const Texts& texts, const Mac& mac, QMenu* systems, std::functi
     addPlace(Place::history, "history", "window.history");
     layout->addStretch(1);
     layout->addWidget(makeSystemTile(mac, systems));
+    layout->addSpacing(scaled(6));
+    settings_ = new SidebarItem(QStringLiteral("gear"), words(texts_, "settings.title"));
+    connect(settings_, &QAbstractButton::clicked, this, [open = std::move(openSettings)] { open(); });
+    layout->addWidget(settings_);
     setNarrow(false);
 }
 
@@ -76,6 +81,7 @@ void Sidebar::setNarrow(bool isNarrow) {
     for (const auto& [place, item] : items_)
         item->setNarrow(isNarrow);
     system_->setNarrow(isNarrow);
+    settings_->setNarrow(isNarrow);
 }
 
 } // namespace tidwen

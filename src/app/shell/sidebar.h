@@ -24,7 +24,8 @@ class Sidebar final : public Panel {
         QString user;
     };
     /// `systems` offers other Macs to open.
-    Sidebar(const Texts& texts, const Mac& mac, QMenu* systems, std::function<void(Place)> go);
+    Sidebar(const Texts& texts, const Mac& mac, QMenu* systems, std::function<void(Place)> go,
+            std::function<void()> openSettings);
 
     void choose(Place place);
     void setCount(Place place, std::size_t count); ///< nothing is shown for 0
@@ -39,6 +40,7 @@ class Sidebar final : public Panel {
     std::map<Place, SidebarItem*> items_;
     std::vector<QWidget*> wideOnly_;
     SidebarItem* system_ = nullptr;
+    SidebarItem* settings_ = nullptr;
 };
 
 } // namespace tidwen

@@ -1,7 +1,10 @@
 #include "app/style/icons.h"
 
+#include "app/style/style.h"
+
 #include <QApplication>
 #include <QFile>
+#include <QIconEngine>
 #include <QPainter>
 #include <QPixmapCache>
 #include <QSvgRenderer>
@@ -37,7 +40,33 @@ QString firstLetter(const QString& name) {
     return letter.toUpper();
 }
 
+/// Asks for its colour when it is painted.
+class ControlIcon final : public QIconEngine {
+  public:
+    ControlIcon(QString name, Role role) : name_(std::move(name)), role_(role) {}
+
+    void paint(QPainter* painter, const QRect& place, QIcon::Mode mode, QIcon::State /*state*/) override {
+        paintIcon(*painter, place, name_, colors()[mode == QIcon::Disabled ? Role::second : role_]);
+    }
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        QPixmap pixmap(size);
+        pixmap.fill(Qt::transparent);
+        QPainter painter(&pixmap);
+        paint(&painter, QRect(QPoint(), size), mode, state);
+        return pixmap;
+    }
+    QIconEngine* clone() const override { return new ControlIcon(name_, role_); }
+
+  private:
+    QString name_;
+    Role role_;
+};
+
 } // namespace
+
+QIcon controlIcon(const QString& name, Role role) {
+    return QIcon(new ControlIcon(name, role)); // the icon owns it
+}
 
 void paintIcon(QPainter& painter, const QRectF& place, const QString& name, const QColor& color) {
     const auto ratio = painter.device()->devicePixelRatioF();

@@ -214,6 +214,10 @@ void dress(Appearance appearance, double textScale) {
 #endif
     body.setPixelSize(qRound(designTextSize * textScale));
     QApplication::setFont(body);
+    wear(appearance);
+}
+
+void wear(Appearance appearance) {
     auto* style = new Style(appearance); // the application owns it
     QApplication::setStyle(style);
     QApplication::setPalette(style->colors().palette());

@@ -41,6 +41,9 @@ const Colors& colors();
 /// Gives the application its font, palette and style; `textScale` 1 is the designed size.
 void dress(Appearance appearance, double textScale = 1);
 
+/// Changes the palette and the style alone.
+void wear(Appearance appearance);
+
 /// A filled, rounded rectangle.
 void fillRounded(QPainter& painter, const QRectF& place, const QColor& color, double radius);
 

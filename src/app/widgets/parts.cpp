@@ -4,19 +4,51 @@
 #include "app/style/style.h"
 
 #include <QBoxLayout>
+#include <QEvent>
 #include <QLabel>
 #include <QPushButton>
 
 namespace tidwen::parts {
 
+namespace {
+
+/// Keeps its role when the appearance changes.
+class RoleLabel final : public QLabel {
+  public:
+    explicit RoleLabel(Role role) : role_(role) { dye(); }
+    void showIcon(const QString& name, int size) {
+        icon_ = name;
+        size_ = size;
+        dye();
+    }
+
+  protected:
+    void changeEvent(QEvent* event) override {
+        QLabel::changeEvent(event);
+        if (event->type() == QEvent::StyleChange) dye();
+    }
+
+  private:
+    void dye() {
+        auto own = palette();
+        own.setColor(QPalette::WindowText, colors()[role_]);
+        setPalette(own);
+        if (!icon_.isEmpty())
+            setPixmap(iconPixmap(icon_, scaled(size_), colors()[role_], devicePixelRatioF()));
+    }
+
+    Role role_;
+    QString icon_;
+    int size_ = 0;
+};
+
+} // namespace
+
 QLabel* label(const QString& text, Type type, Role color) {
-    auto* result = new QLabel;
+    auto* result = new RoleLabel(color);
     result->setTextFormat(Qt::PlainText);
     result->setText(text);
     result->setFont(textFont(type));
-    auto palette = result->palette();
-    palette.setColor(QPalette::WindowText, colors()[color]);
-    result->setPalette(palette);
     return result;
 }
 
@@ -30,7 +62,7 @@ QPushButton* button(const QString& text, std::function<void()> onClick, const QS
     auto* result = new QPushButton(text);
     result->setAutoDefault(false);
     if (!icon.isEmpty()) {
-        result->setIcon(iconPixmap(icon, scaled(16), colors()[Role::text], result->devicePixelRatioF()));
+        result->setIcon(controlIcon(icon, Role::text));
         result->setIconSize(QSize(scaled(16), scaled(16)));
     }
     QObject::connect(result, &QPushButton::clicked, result, [onClick = std::move(onClick)] { onClick(); });
@@ -45,8 +77,8 @@ QPushButton* primaryButton(const QString& text, std::function<void()> onClick) {
 }
 
 QLabel* picture(const QString& icon, Role color, int size) {
-    auto* result = new QLabel;
-    result->setPixmap(iconPixmap(icon, scaled(size), colors()[color], result->devicePixelRatioF()));
+    auto* result = new RoleLabel(color);
+    result->showIcon(icon, size);
     return result;
 }
 

@@ -2,7 +2,6 @@
 
 #include "app/style/icons.h"
 #include "app/style/metrics.h"
-#include "app/style/style.h"
 
 #include <QAbstractButton>
 #include <QKeyEvent>
@@ -16,9 +15,7 @@ QLineEdit* searchField(const QString& placeholder) {
     field->setAccessibleName(placeholder);
     field->setClearButtonEnabled(true);
     field->setFixedWidth(scaled(190));
-    const auto glass =
-        iconPixmap(QStringLiteral("search"), scaled(16), colors()[Role::second], field->devicePixelRatioF());
-    field->addAction(QIcon(glass), QLineEdit::LeadingPosition);
+    field->addAction(controlIcon(QStringLiteral("search"), Role::second), QLineEdit::LeadingPosition);
     for (auto* button :
          field->findChildren<QAbstractButton*>()) // the cross that empties the field among them
         button->setAccessibleName(placeholder);

@@ -1,0 +1,17 @@
+#include "app/models/own_services.h"
+
+#include "program/update_settings.h"
+
+namespace tidwen {
+
+OwnServices::OwnServices(HostServices& host, Log& log, Executor& main, ProgramFacts facts,
+                         std::vector<std::string> languages)
+    : host_(host),
+      facts_(std::move(facts)),
+      settings_(host.defaults(), main, std::move(languages)),
+      notifications_(host.notifications(), main),
+      updates_({fetcher_, log, main, network_}, [this] {
+          return updateSettings(settings_.preferences(), facts_.feedKey, facts_.feedAddress, facts_.version);
+      }) {}
+
+} // namespace tidwen

@@ -1,0 +1,73 @@
+#include "app/screens/settings/general_page.h"
+
+#include "app/widgets/picker.h"
+
+#include <QLocale>
+
+namespace tidwen {
+
+GeneralPage::GeneralPage(UserSettings& settings, const Texts& texts)
+    : SettingsPage(texts, "settings.tab.general"), settings_(settings) {
+    addChoice("appearance", "settings.general.appearance", "settings.general.appearancePicker",
+              {{"auto", "settings.appearance.system"},
+               {"light", "settings.appearance.light"},
+               {"dark", "settings.appearance.dark"}});
+    addLanguage();
+    addChoice("unusedThreshold", "settings.unused.title", "settings.general.unusedPicker",
+              {{"oneMonth", "settings.unused.oneMonth"},
+               {"threeMonths", "settings.unused.threeMonths"},
+               {"sixMonths", "settings.unused.sixMonths"},
+               {"twelveMonths", "settings.unused.twelveMonths"}});
+    addChoice("quarantineRetention", "settings.retention.title", "settings.general.retentionPicker",
+              {{"never", "settings.retention.never"},
+               {"sevenDays", "settings.retention.sevenDays"},
+               {"thirtyDays", "settings.retention.thirtyDays"},
+               {"ninetyDays", "settings.retention.ninetyDays"}});
+    addStretch();
+    follow(settings_.changed.connect([this] { showPresent(); }));
+    showPresent();
+}
+
+void GeneralPage::addChoice(const char* setting, const char* title, const char* name,
+                            const std::vector<Option>& options) {
+    std::vector<Picker::Choice> choices;
+    choices.reserve(options.size());
+    for (const auto& option : options)
+        choices.push_back({option.value, text(option.words)});
+    auto* picker = new Picker(text(name), std::move(choices),
+                              [this, setting](const std::string& value) { settings_.set(setting, value); });
+    picker->setObjectName(QString::fromLatin1(setting));
+    pickers_.emplace_back(setting, picker);
+    addRow(text(title), {}, picker);
+}
+
+void GeneralPage::addLanguage() {
+    std::vector<Picker::Choice> choices;
+    for (const auto& description : preferenceDescriptions()) {
+        if (description.name != "language") continue;
+        for (auto& value : settings_.preferences().values(description)) {
+            auto words = value == "system" ? text("settings.language.system")
+                                           : QLocale(QString::fromStdString(value)).nativeLanguageName();
+            if (!words.isEmpty()) words[0] = words[0].toUpper();
+            choices.push_back({std::move(value), std::move(words)});
+        }
+    }
+    auto* picker = new Picker(text("settings.general.languagePicker"), std::move(choices),
+                              [this](const std::string& value) { settings_.set("language", value); });
+    picker->setObjectName(QStringLiteral("language"));
+    pickers_.emplace_back("language", picker);
+    addRow(text("settings.general.language"), {}, picker);
+}
+
+/// A value of a newer version has the effect of the default, and stays stored until another is chosen.
+void GeneralPage::showPresent() {
+    for (const auto& description : preferenceDescriptions())
+        for (const auto& [setting, picker] : pickers_) {
+            if (description.name != setting) continue;
+            const auto value = settings_.preferences().get(setting);
+            if (!value || !picker->show(*value)) picker->show(std::string(description.fallback));
+            picker->setEnabled(!settings_.problem.get());
+        }
+}
+
+} // namespace tidwen

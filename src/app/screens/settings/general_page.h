@@ -1,0 +1,29 @@
+#pragma once
+
+#include "app/models/user_settings.h"
+#include "app/screens/settings/settings_page.h"
+
+namespace tidwen {
+
+class Picker;
+
+/// Looks, language, and how long things count.
+class GeneralPage final : public SettingsPage {
+  public:
+    GeneralPage(UserSettings& settings, const Texts& texts);
+
+  private:
+    struct Option {
+        const char* value;
+        const char* words;
+    };
+    void addChoice(const char* setting, const char* title, const char* name,
+                   const std::vector<Option>& options);
+    void addLanguage();
+    void showPresent();
+
+    UserSettings& settings_;
+    std::vector<std::pair<std::string, Picker*>> pickers_; ///< by setting
+};
+
+} // namespace tidwen

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "app/screens/settings/settings_page.h"
+#include "platform/workspace.h"
+#include "system/notification_permission.h"
+#include "system/permissions_model.h"
+
+#include <functional>
+
+class QPushButton;
+
+namespace tidwen {
+
+/// What macOS lets this program do, followed while it is shown.
+class PermissionsPage final : public SettingsPage {
+  public:
+    using OpenPane = std::function<void(SystemSettingsLauncher::Pane)>;
+
+    /// `own`: null unless the running Mac is open; a volume asks for no permission.
+    PermissionsPage(PermissionsModel* own, NotificationPermission& notifications, const Texts& texts,
+                    const OpenPane& open);
+
+  private:
+    void refresh();
+    void showPresent();
+    QPushButton* addPermission(const char* title, QLabel*& state, const char* action,
+                               std::function<void()> act);
+
+    PermissionsModel* own_;
+    NotificationPermission& notifications_;
+    QLabel* fullDisk_ = nullptr;
+    QLabel* allowed_ = nullptr;
+    QLabel* finder_ = nullptr;
+    std::vector<QPushButton*> ofRunningMac_;
+    QPushButton* ask_ = nullptr;
+};
+
+} // namespace tidwen

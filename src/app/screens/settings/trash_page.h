@@ -1,0 +1,34 @@
+#pragma once
+
+#include "app/models/user_settings.h"
+#include "app/screens/settings/settings_page.h"
+#include "system/notification_permission.h"
+#include "system/permissions_model.h"
+
+#include <functional>
+
+class QPushButton;
+
+namespace tidwen {
+
+class Toggle;
+
+/// Whether applications in the Trash are noticed, and what that needs.
+class TrashPage final : public SettingsPage {
+  public:
+    /// `own`: null unless the running Mac is open.
+    TrashPage(UserSettings& settings, PermissionsModel* own, NotificationPermission& notifications,
+              const Texts& texts, std::function<void()> openPermissions);
+
+  private:
+    void showPresent();
+
+    UserSettings& settings_;
+    PermissionsModel* own_;
+    NotificationPermission& notifications_;
+    Toggle* watch_ = nullptr;
+    QLabel* needs_ = nullptr;
+    QPushButton* permissions_ = nullptr;
+};
+
+} // namespace tidwen
