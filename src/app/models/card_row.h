@@ -18,6 +18,7 @@ struct CardRow {
         isCaution, ///< the icon warns
         appName,   ///< the application whose picture stands here
         bundleID,  ///< of it
+        bundle,    ///< where it lies, when that is known
         control,
         controlWords, ///< of a button
     };

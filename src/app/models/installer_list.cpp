@@ -35,6 +35,8 @@ QVariant InstallerList::rowData(const InstallerRow& row, int role) const {
         return file.installedApp ? shown(file.installedApp->name) : QString();
     case CardRow::bundleID:
         return file.installedApp ? QString::fromStdString(file.installedApp->bundleID) : QString();
+    case CardRow::bundle:
+        return file.installedApp ? QByteArray::fromStdString(file.installedApp->url.string()) : QByteArray();
     case Qt::CheckStateRole:
         return row.isSelected ? Qt::Checked : Qt::Unchecked;
     case Qt::ToolTipRole:

@@ -74,6 +74,10 @@ QVariant StartupList::rowData(const StartupItemRow& row, int role) const {
         return hasApplication(item) ? shown(item.owner.name) : QString();
     case CardRow::bundleID:
         return QString::fromStdString(item.owner.bundleID.empty() ? item.owner.name : item.owner.bundleID);
+    case CardRow::bundle: {
+        const auto* embedded = std::get_if<StartupItem::Embedded>(&item.source);
+        return embedded ? QByteArray::fromStdString(embedded->bundle.string()) : QByteArray();
+    }
     case CardRow::control:
         return static_cast<int>(controlOf(row.switchState));
     case CardRow::controlWords:

@@ -98,12 +98,12 @@ void MacView::makeScreens() {
     using Pane = SystemSettingsLauncher::Pane;
     const bool isVolume = session.mac().volume.has_value(); // which has no settings to open
     installers_ = new InstallersScreen(
-        session.models().installers(), texts_,
+        session.models().installers(), mac_.icons(), texts_,
         {[this] { confirmInstallers(); }, showItem,
          text(isVolume ? "leftovers.again" : "installers.unreadable.action"),
          [this, isVolume] { isVolume ? load(Place::installers) : openPane(Pane::fullDiskAccess); }});
     startup_ = new StartupScreen(
-        session.models().startupItems(), texts_,
+        session.models().startupItems(), mac_.icons(), texts_,
         {[this] { confirmStartupItems(); }, showItem, [this] { openPane(Pane::loginItemsAndExtensions); }});
     report_ = new ReportScreen(flow, texts_, showItem);
     for (QWidget* screen : std::initializer_list<QWidget*>{applications_, leftovers_, installers_, startup_,
@@ -383,7 +383,7 @@ void MacView::confirmStartupItems() {
     for (const auto& item : mac_.session().models().startupItems().selectedItems())
         if (auto trace = startupTrace(item)) traces.push_back(std::move(*trace));
     inBackground(
-        *this, alive_, background_, mac_.loop(),
+        *this, alive_, mac_.session().background(), mac_.loop(),
         [&files = mac_.system().files, traces = std::move(traces)]() mutable {
             measureTraces(files, traces, {});
             return std::move(traces);

@@ -15,16 +15,13 @@ void paintSwitch(QPainter& painter, const QRect& place, SwitchLook look, Qt::Lay
     painter.save();
     if (!look.isEnabled) painter.setOpacity(0.45);
     painter.setRenderHint(QPainter::Antialiasing);
-    const auto track = QRectF(place).adjusted(.5, .5, -.5, -.5);
-    painter.setPen(look.isOn ? QPen(Qt::NoPen) : QPen(colors()[Role::second], 1));
-    painter.setBrush(colors()[look.isOn ? Role::accent : Role::track]);
-    painter.drawRoundedRect(track, track.height() / 2, track.height() / 2);
-    const double inset = scaled(2), size = track.height() - 2 * inset;
+    const QRectF track(place);
+    fillRounded(painter, track, colors()[look.isOn ? Role::accent : Role::second], track.height() / 2);
+    const double knob = track.height() - 4;
     const bool isAtRight = look.isOn == (direction == Qt::LeftToRight);
-    const double x = isAtRight ? track.right() - inset - size : track.left() + inset;
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(look.isOn ? colors()[Role::onAccent] : colors()[Role::second]);
-    painter.drawEllipse(QRectF(x, track.top() + inset, size, size));
+    const double x = isAtRight ? track.right() - knob - 2 : track.left() + 2;
+    fillRounded(painter, QRectF(x, track.top() + 2, knob, knob),
+                colors()[look.isOn ? Role::onAccent : Role::surface], knob / 2);
     painter.restore();
 }
 

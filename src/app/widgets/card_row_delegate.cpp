@@ -1,5 +1,6 @@
 #include "app/widgets/card_row_delegate.h"
 
+#include "app/models/app_icons.h"
 #include "app/models/card_row.h"
 #include "app/style/icons.h"
 #include "app/style/style.h"
@@ -57,8 +58,9 @@ bool fitsOneLine(const QModelIndex& index, int width) {
 class CardPainter : public RowPainter {
   public:
     CardPainter(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index,
-                const CardRowDelegate& delegate, bool hasBoxes)
+                const CardRowDelegate& delegate, AppIcons& icons, bool hasBoxes)
         : RowPainter(painter, option, index),
+          icons_(icons),
           places_(delegate.placesIn(option.rect, index, option.direction)),
           hasBoxes_(hasBoxes) {}
 
@@ -68,7 +70,7 @@ class CardPainter : public RowPainter {
         ground(QRectF(option_.rect).adjusted(scaled(6), scaled(3), -scaled(6), -scaled(3)));
         box(places_.box);
         const int x = scaled(sideMargin + (hasBoxes_ ? 28 : 0));
-        paintPicture(middle(x, scaled(pictureSize)));
+        paintLeading(middle(x, scaled(pictureSize)));
         twoLines(x + scaled(pictureSize + 12), paintFarSide() - scaled(10), words(Qt::DisplayRole),
                  words(CardRow::second));
     }
@@ -104,8 +106,13 @@ class CardPainter : public RowPainter {
         painter_.restore();
     }
 
-    void paintPicture(const QRect& place) {
+    void paintLeading(const QRect& place) {
         const auto name = words(CardRow::appName);
+        const auto bundle = index_.data(CardRow::bundle).toByteArray().toStdString();
+        if (!bundle.empty())
+            if (const auto icon = icons_.icon(Path(bundle), devicePixels(painter_, place.width()));
+                !icon.isNull())
+                return paintPicture(painter_, place, icon);
         if (!name.isEmpty()) return paintTile(painter_, place, name, words(CardRow::bundleID).toStdString());
         const int inner = scaled(18), space = (place.width() - inner) / 2;
         const bool isCaution = index_.data(CardRow::isCaution).toBool();
@@ -146,11 +153,20 @@ class CardPainter : public RowPainter {
         option_.widget->style()->drawControl(QStyle::CE_PushButton, &button, &painter_);
     }
 
+    AppIcons& icons_;
     RowDelegate::Places places_;
     bool hasBoxes_;
 };
 
 } // namespace
+
+CardRowDelegate::CardRowDelegate(Boxes boxes, AppIcons& icons)
+    : RowDelegate(nullptr),
+      boxes_(boxes),
+      icons_(icons),
+      following_(icons.arrived.connect([this](const Path&) {
+          if (auto* view = qobject_cast<QAbstractItemView*>(parent())) view->viewport()->update();
+      })) {}
 
 RowDelegate::Places CardRowDelegate::placesIn(const QRect& row, const QModelIndex& index,
                                               Qt::LayoutDirection direction) const {
@@ -178,7 +194,7 @@ QSize CardRowDelegate::sizeHint(const QStyleOptionViewItem& option, const QModel
 void CardRowDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                             const QModelIndex& index) const {
     painter->save();
-    CardPainter(*painter, option, index, *this, boxes_ == Boxes::leading).paint();
+    CardPainter(*painter, option, index, *this, icons_, boxes_ == Boxes::leading).paint();
     painter->restore();
 }
 

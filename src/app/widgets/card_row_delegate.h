@@ -1,14 +1,18 @@
 #pragma once
 
 #include "app/widgets/row_delegate.h"
+#include "base/observable.h"
 
 namespace tidwen {
+
+class AppIcons;
 
 /// Paints the rows of one section as one card, under the section's heading.
 class CardRowDelegate final : public RowDelegate {
   public:
     enum class Boxes { none, leading };
-    CardRowDelegate(Boxes boxes, QObject* parent) : RowDelegate(parent), boxes_(boxes) {}
+    /// `icons`, of the applications that rows name, outlive it.
+    CardRowDelegate(Boxes boxes, AppIcons& icons);
 
     bool hasCards() const override { return true; }
     bool growsWhenNarrow() const override { return true; }
@@ -19,6 +23,8 @@ class CardRowDelegate final : public RowDelegate {
 
   private:
     Boxes boxes_;
+    AppIcons& icons_;
+    Subscription following_;
 };
 
 } // namespace tidwen

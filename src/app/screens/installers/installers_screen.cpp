@@ -12,10 +12,11 @@
 
 namespace tidwen {
 
-InstallersScreen::InstallersScreen(InstallersModel& model, const Texts& texts, Actions actions)
+InstallersScreen::InstallersScreen(InstallersModel& model, AppIcons& icons, const Texts& texts,
+                                   Actions actions)
     : ListScreen(texts,
                  {words(texts, "installers.title"), "installers", "installers",
-                  new CardRowDelegate(CardRowDelegate::Boxes::leading, nullptr)},
+                  new CardRowDelegate(CardRowDelegate::Boxes::leading, icons)},
                  actions.remove),
       model_(model),
       actions_(std::move(actions)),

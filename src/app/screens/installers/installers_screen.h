@@ -6,6 +6,7 @@
 
 namespace tidwen {
 
+class AppIcons;
 class ChoiceButton;
 
 /// The disk images and packages in Downloads, to choose from what goes.
@@ -18,7 +19,8 @@ class InstallersScreen final : public ListScreen {
         QString remedy;
         std::function<void()> help;
     };
-    InstallersScreen(InstallersModel& model, const Texts& texts, Actions actions);
+    /// What is passed outlives it.
+    InstallersScreen(InstallersModel& model, AppIcons& icons, const Texts& texts, Actions actions);
 
   protected:
     void searchFor(const QString& query) override;

@@ -49,7 +49,7 @@ void PermissionsView::makeContent(AppIcons& icons) {
     notices_ = parts::column(nullptr, scaled(6));
     content().addLayout(notices_);
     content().addWidget(none_ = parts::paragraph({}, Type::body, Role::second));
-    view_ = new RowView(new CardRowDelegate(CardRowDelegate::Boxes::none, nullptr));
+    view_ = new RowView(new CardRowDelegate(CardRowDelegate::Boxes::none, icons));
     view_->setObjectName(QStringLiteral("permissions"));
     view_->setAccessibleName(accessibleName());
     view_->setModel(&list_);

@@ -15,10 +15,10 @@
 
 namespace tidwen {
 
-StartupScreen::StartupScreen(StartupItemsModel& model, const Texts& texts, Actions actions)
+StartupScreen::StartupScreen(StartupItemsModel& model, AppIcons& icons, const Texts& texts, Actions actions)
     : ListScreen(texts,
                  {words(texts, "startup.title"), "startup items", "power",
-                  new CardRowDelegate(CardRowDelegate::Boxes::leading, nullptr)},
+                  new CardRowDelegate(CardRowDelegate::Boxes::leading, icons)},
                  actions.remove),
       model_(model),
       actions_(std::move(actions)),

@@ -8,6 +8,7 @@
 
 namespace tidwen {
 
+class AppIcons;
 class Sheet;
 
 /// What starts by itself: to switch on and off, and to remove.
@@ -18,7 +19,8 @@ class StartupScreen final : public ListScreen {
         std::function<void(const Path&)> reveal;
         std::function<void()> openLoginItems; ///< in System Settings
     };
-    StartupScreen(StartupItemsModel& model, const Texts& texts, Actions actions);
+    /// What is passed outlives it.
+    StartupScreen(StartupItemsModel& model, AppIcons& icons, const Texts& texts, Actions actions);
 
   protected:
     void searchFor(const QString& query) override;
