@@ -65,7 +65,7 @@ TEST_F(InstallersWindow, TellsUnreadableFromEmptyDownloads) {
     const auto downloads = fixture.at("Users/alice/Downloads");
     std::filesystem::remove_all(downloads);
     ASSERT_TRUE(show());
-    EXPECT_TRUE(fixture.says(QStringLiteral("Downloads cannot be read")));
+    EXPECT_TRUE(waitUntil([this] { return fixture.says(QStringLiteral("Downloads cannot be read")); }));
     std::filesystem::create_directory(downloads);
     ASSERT_TRUE(fixture.click("empty action"));
     EXPECT_TRUE(waitUntil([this] { return fixture.says(QStringLiteral("No installers")); }));

@@ -1,4 +1,3 @@
-#include "app/models/find_row.h"
 #include "window/window_fixture.h"
 
 #include <QContextMenuEvent>
@@ -50,7 +49,7 @@ TEST_F(PermissionsWindow, RevokesOneAndThenAllAfterAQuestion) {
     EXPECT_FALSE(fixture.click("revoke")) << "none is current";
     list->setCurrentIndex(row("Calendars"));
     ASSERT_TRUE(fixture.click("revoke"));
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return); // the main answer is no
+    QTest::keyClick(fixture.window.focusWidget(), Qt::Key_Return); // the main answer is no
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(rows(), 5);
     ASSERT_TRUE(fixture.click("revoke") && fixture.click("revoke now"));
@@ -73,13 +72,7 @@ TEST_F(PermissionsWindow, SaysThatADatabaseCannotBeRead) {
 
 TEST_F(PermissionsWindow, OpensFromTheReviewToo) {
     ASSERT_TRUE(fixture.review("Marlin Notes"));
-    auto* found = fixture.find<QAbstractItemView>("review");
-    const auto locks =
-        found->model()->match(found->model()->index(0, 0), FindRow::icon, QStringLiteral("lock"), 1,
-                              Qt::MatchExactly | Qt::MatchRecursive | Qt::MatchWrap);
-    ASSERT_FALSE(locks.isEmpty());
-    found->setCurrentIndex(locks.front());
-    ASSERT_TRUE(fixture.click("permissions of the find"));
+    ASSERT_TRUE(fixture.openPermissionsOfTheReview());
     list = fixture.find<QAbstractItemView>("permissions");
     EXPECT_TRUE(waitUntil([this] { return rows() == 5; }));
 }

@@ -1,6 +1,5 @@
 // Draws every screen of the window on the sample volume: screenshots OUT. Call it offscreen.
 
-#include "app/models/find_row.h"
 #include "app/style/style.h"
 #include "app/widgets/sheet.h"
 #include "window/settings_of_nobody.h"
@@ -154,12 +153,7 @@ bool drawStartupItems(const Drawing& drawing) {
     std::filesystem::rename(fixture.at("agents"), agents);
     window.view()->go(Place::applications);
     if (!isDrawn || !fixture.review("Marlin Notes")) return false;
-    auto* found = fixture.find<QAbstractItemView>("review");
-    const auto locks =
-        found->model()->match(found->model()->index(0, 0), FindRow::icon, QStringLiteral("lock"), 1,
-                              Qt::MatchExactly | Qt::MatchRecursive);
-    if (!locks.isEmpty()) found->setCurrentIndex(locks.front());
-    if (!fixture.click("permissions of the find")) return false;
+    if (!fixture.openPermissionsOfTheReview()) return false;
     auto* list = fixture.find<QAbstractItemView>("permissions");
     isDrawn = test::waitUntil([&] { return list->model()->rowCount(list->rootIndex()) > 0; });
     list->setCurrentIndex(list->model()->index(0, 0, list->rootIndex()));

@@ -59,7 +59,7 @@ TEST_F(StartupWindow, SwitchesByMouseAndByKeyboard) {
 TEST_F(StartupWindow, SaysWhyAJobCannotBeSwitched) {
     ASSERT_TRUE(show());
     model().toggleError.set(Message{"startup.toggle.failed %@", {"no such domain"}});
-    EXPECT_TRUE(fixture.says(QStringLiteral("no such domain")));
+    EXPECT_TRUE(waitUntil([this] { return fixture.says(QStringLiteral("no such domain")); }));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
     EXPECT_FALSE(model().toggleError.get()) << "what was read is forgotten";
 }
@@ -88,7 +88,9 @@ TEST_F(StartupWindow, NamesFoldersThatCannotBeReadAndShowsTheRest) {
     std::filesystem::remove_all(folder);
     std::ofstream(folder) << "not a folder";
     ASSERT_TRUE(show());
-    EXPECT_TRUE(fixture.says(QStringLiteral("Cannot be read: /Users/alice/Library/LaunchAgents")));
+    EXPECT_TRUE(waitUntil([this] {
+        return fixture.says(QStringLiteral("Cannot be read: /Users/alice/Library/LaunchAgents"));
+    }));
     EXPECT_TRUE(row("com.brightwell.studio.licensed").isValid());
     EXPECT_FALSE(row("com.marlinworks.capture").isValid());
 }

@@ -1,5 +1,6 @@
 #include "window/window_fixture.h"
 
+#include "app/models/find_row.h"
 #include "sample/sample_volume.h"
 
 #include <QAccessible>
@@ -99,6 +100,18 @@ bool WindowFixture::sweep() {
            });
 }
 
+bool WindowFixture::openPermissionsOfTheReview() {
+    auto* found = find<QAbstractItemView>("review");
+    const auto* rows = found->model();
+    for (const auto& row : rows->match(rows->index(0, 0), FindRow::icon, QStringLiteral("lock"), -1,
+                                       Qt::MatchExactly | Qt::MatchRecursive)) {
+        found->setCurrentIndex(row);
+        QCoreApplication::processEvents(); // the details are laid out
+        if (click("permissions of the find")) return true;
+    }
+    return false;
+}
+
 bool WindowFixture::says(const QString& words) {
     const auto labels = window.findChildren<QLabel*>();
     return std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
@@ -107,7 +120,10 @@ bool WindowFixture::says(const QString& words) {
 }
 
 bool WindowFixture::removeWhatIsChosen() {
-    return click("remove") && waitUntil([this] { return click("confirm"); }) // sizes may come first
+    return click("remove") && waitUntil([this] {
+               return find<QAbstractButton>("confirm") != nullptr;
+           }) // sizes may come first
+           && click("confirm")
            && waitUntil([this] { return std::holds_alternative<stage::Report>(flow().stage()); });
 }
 

@@ -32,6 +32,8 @@ class WindowFixture {
     bool review(const std::string& name);
     /// Goes to the leftovers and looks for them; true once they are shown.
     bool sweep();
+    /// From the find that resets the permissions of the application under review.
+    bool openPermissionsOfTheReview();
     /// The screen's primary button, and then the sheet's; true once the report stands.
     bool removeWhatIsChosen();
 

@@ -47,8 +47,8 @@ QWidget* ListScreen::makeContent(const Look& look) {
     auto* lists = new QWidget;
     beside_ = parts::row(lists);
     auto* inner = parts::row(nullptr);
-    const int margin = look.delegate->hasCards() ? 24 : 14;
-    inner->setContentsMargins(scaled(margin), 0, scaled(margin - 10), 0); // the bar of the list needs 10
+    const bool hasCards = look.delegate->hasCards();
+    inner->setContentsMargins(scaled(hasCards ? 24 : 14), 0, scaled(hasCards ? 24 : 8), 0);
     inner->addWidget(view_);
     beside_->addLayout(inner, 1);
     auto* content = new QWidget;
