@@ -39,7 +39,7 @@ const Made* madeFor(const std::string& language, const Make& make) {
 } // namespace
 
 std::string languageTitle(const std::string& language) {
-    UDisplayContext contexts[] = {UDISPCTX_CAPITALIZATION_FOR_UI_LIST_OR_MENU};
+    UDisplayContext contexts[] = {UDISPCTX_DIALECT_NAMES, UDISPCTX_CAPITALIZATION_FOR_UI_LIST_OR_MENU};
     const auto locale = localeOf(language);
     const std::unique_ptr<icu::LocaleDisplayNames> names(
         icu::LocaleDisplayNames::createInstance(locale, contexts, std::size(contexts)));

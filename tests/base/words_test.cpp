@@ -62,9 +62,12 @@ std::vector<Kind> argumentKinds(std::string_view format) {
 }
 
 /// What every language keeps of the English as it is: commands, options, settings and names in capitals.
-std::vector<std::string> verbatim(const std::string& english) {
+const std::vector<std::string>& verbatim(const std::string& english) {
     static const std::regex kept(R"(“tidwen [a-z]+|--[a-z][a-z-]*|\b[a-z]+[A-Z]\w+|\b[A-Z]{3,}\b|https:)");
-    std::vector<std::string> found;
+    static std::map<std::string, std::vector<std::string>> known; // each is asked for once in each language
+    const auto [entry, isNew] = known.try_emplace(english);
+    auto& found = entry->second;
+    if (!isNew) return found;
     for (std::sregex_iterator each(english.begin(), english.end(), kept), end; each != end; ++each)
         found.push_back(each->str().substr(each->str().find_first_not_of("“")));
     return found;
