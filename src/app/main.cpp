@@ -36,7 +36,7 @@ void showAfterLaunch(MainWindow& window, [[maybe_unused]] Log& log) {
 
 int run(QApplication& application, const char* program) {
     const auto resources = findResources(program);
-    const auto texts = Texts::load(resources, spokenLanguage(resources, "system"));
+    auto texts = Texts::load(resources, "en");
     QCommandLineParser words;
     const QCommandLineOption volume(QStringLiteral("volume"), QString(), QStringLiteral("DIR"));
     const QCommandLineOption home(QStringLiteral("home"), QString(), QStringLiteral("PATH"));
@@ -51,7 +51,8 @@ int run(QApplication& application, const char* program) {
     MacOpener opener(host, texts, log, main, background);
     OwnServices own(host, log, main, {TIDWEN_VERSION, TIDWEN_FEED_KEY, TIDWEN_FEED_ADDRESS},
                     availableLanguages(resources));
-    MainWindow window({opener, texts, main, background, own, findOwnBundle(program)});
+    SpokenLanguage language(texts, resources, own.settings().preferences().language);
+    MainWindow window({opener, language, main, background, own, findOwnBundle(program)});
     const OpenedFiles opened([&](auto paths) { window.takeFiles(std::move(paths)); });
     const auto homeOfUser = words.isSet(home) ? std::optional(words.value(home).toStdString()) : std::nullopt;
     if (words.isSet(volume))

@@ -2,6 +2,7 @@
 
 #include "app/style/style.h"
 #include "app/widgets/sheet.h"
+#include "window/mirrored_words.h"
 #include "window/settings_of_nobody.h"
 #include "window/window_fixture.h"
 
@@ -17,7 +18,10 @@ using test::WindowFixture;
 
 class Drawing {
   public:
-    Drawing(QString folder, QString look) : folder_(std::move(folder)), look_(std::move(look)) {}
+    Drawing(QString folder, QString look, std::string language)
+        : folder_(std::move(folder)), look_(std::move(look)), language_(std::move(language)) {
+        test::addMirroredWords(resources_.path());
+    }
 
     bool save(QWidget& window, const char* name) const {
         QCoreApplication::processEvents();
@@ -26,11 +30,15 @@ class Drawing {
         return window.grab().save(file);
     }
 
+    const std::filesystem::path& resources() const { return resources_.path(); }
+    const std::string& language() const { return language_; }
     bool isDark() const { return look_ == QStringLiteral("dark"); }
 
   private:
     QString folder_;
     QString look_;
+    std::string language_;
+    test::TemporaryFolder resources_;
 };
 
 /// Each page of the settings.
@@ -48,7 +56,8 @@ bool drawSettings(WindowFixture& fixture, const Drawing& drawing) {
 
 /// One walk from the first start to the report, its undo and the history.
 bool draw(const Drawing& drawing) {
-    WindowFixture fixture;
+    WindowFixture fixture(drawing.resources());
+    fixture.speak(drawing.language());
     auto& window = fixture.window;
     fixture.own.settings().set("appearance", drawing.isDark() ? "dark" : "light");
     bool isDrawn = drawing.save(window, "first-start") && fixture.openSample();
@@ -86,7 +95,8 @@ QAbstractItemView* current(WindowFixture& fixture, const char* list, const char*
 
 /// What was left behind, in each of its states.
 bool drawLeftovers(const Drawing& drawing) {
-    WindowFixture fixture;
+    WindowFixture fixture(drawing.resources());
+    fixture.speak(drawing.language());
     auto& window = fixture.window;
     if (!fixture.openSample()) return false;
     window.view()->go(Place::leftovers);
@@ -109,7 +119,8 @@ bool drawLeftovers(const Drawing& drawing) {
 
 /// Installers, chosen and not, and a folder that cannot be read.
 bool drawInstallers(const Drawing& drawing) {
-    WindowFixture fixture;
+    WindowFixture fixture(drawing.resources());
+    fixture.speak(drawing.language());
     auto& window = fixture.window;
     if (!fixture.openSample()) return false;
     auto& model = window.mac()->session().models().installers();
@@ -130,7 +141,8 @@ bool drawInstallers(const Drawing& drawing) {
 
 /// What starts by itself, and the permissions of an application over the review.
 bool drawStartupItems(const Drawing& drawing) {
-    WindowFixture fixture;
+    WindowFixture fixture(drawing.resources());
+    fixture.speak(drawing.language());
     auto& window = fixture.window;
     if (!fixture.openSample()) return false;
     auto& models = window.mac()->session().models();
@@ -168,15 +180,22 @@ int main(int count, char** words) {
     QApplication application(count, words);
     const auto out = QString::fromLocal8Bit(count > 1 ? words[1] : ".");
     if (!QDir().mkpath(out)) return 1;
-    const std::pair<Appearance, double> looks[] = {
-        {Appearance::light, 1}, {Appearance::dark, 1}, {Appearance::light, 2}};
-    for (const auto& [appearance, scale] : looks) {
-        dress(appearance, scale);
-        const auto* look = scale > 1 ? "200" : appearance == Appearance::dark ? "dark" : "light";
-        const Drawing drawing(out, QString::fromLatin1(look));
+    struct {
+        const char* name;
+        Appearance appearance;
+        double scale;
+        std::string language;
+    } const looks[] = {{"light", Appearance::light, 1, "en"},
+                       {"dark", Appearance::dark, 1, "en"},
+                       {"200", Appearance::light, 2, "en"},
+                       {"german", Appearance::light, 1, "de"},
+                       {"mirrored", Appearance::light, 1, std::string(test::mirrored)}};
+    for (const auto& look : looks) {
+        dress(look.appearance, look.scale);
+        const Drawing drawing(out, QString::fromLatin1(look.name), look.language);
         if (!draw(drawing) || !drawLeftovers(drawing) || !drawInstallers(drawing)
             || !drawStartupItems(drawing)) {
-            std::fprintf(stderr, "screenshots: the walk in %s ended early\n", look);
+            std::fprintf(stderr, "screenshots: the walk in %s ended early\n", look.name);
             return 1;
         }
     }

@@ -13,6 +13,7 @@ class SettingsOfNobody {
         setenv("XDG_CONFIG_HOME", folder_.path().c_str(), 1); // NOLINT(concurrency-mt-unsafe)
         setenv("XDG_DATA_HOME", folder_.path().c_str(), 1);   // NOLINT(concurrency-mt-unsafe)
         setenv("TZ", "UTC", 1);                               // NOLINT(concurrency-mt-unsafe)
+        setenv("LC_ALL", "C", 1);                             // NOLINT(concurrency-mt-unsafe)
     }
 
   private:

@@ -25,7 +25,8 @@ namespace {
 QModelIndex rowBelow(const QAbstractItemModel& model, const QModelIndex& above, const QString& words) {
     for (int row = 0; row < model.rowCount(above); ++row) {
         const auto index = model.index(row, 0, above);
-        if (index.data().toString() == words) return index;
+        const auto shown = index.data().toString().remove(QChar(0x2068)).remove(QChar(0x2069)); // mirrored
+        if (shown == words) return index;
         if (const auto below = rowBelow(model, index, words); below.isValid()) return below;
     }
     return {};
@@ -58,13 +59,20 @@ QString spoken(const QModelIndex& row) {
     return row.data(Qt::AccessibleTextRole).toString();
 }
 
-WindowFixture::WindowFixture()
-    : texts(Texts::load(TIDWEN_RESOURCES, "en")),
+WindowFixture::WindowFixture(const std::filesystem::path& resources)
+    : texts(Texts::load(resources, "en")),
       host({"tidwen"}, log),
       opener(host, texts, log, main, background),
-      own(host, log, main, {"1.0", {}, {}}, {"en"}),
-      window({opener, texts, main, background, own}) {
+      own(host, log, main, {"1.0", {}, {}}, availableLanguages(resources)),
+      language(texts, resources, own.settings().preferences().language),
+      window({opener, language, main, background, own}) {
     window.show();
+}
+
+void WindowFixture::speak(const std::string& tag) {
+    own.settings().set("language", tag);
+    for (int i = 0; i < 3; ++i) // made anew, laid out, painted
+        QCoreApplication::processEvents();
 }
 
 bool WindowFixture::hasFocus() {

@@ -22,7 +22,8 @@ QString spoken(const QModelIndex& row);
 /// A window over a sample volume of its own, with the settings of nobody.
 class WindowFixture {
   public:
-    WindowFixture();
+    /// `resources`: the folder with the texts.
+    explicit WindowFixture(const std::filesystem::path& resources = TIDWEN_RESOURCES);
 
     /// Opens the volume; true once every application is measured.
     bool openSample();
@@ -42,6 +43,8 @@ class WindowFixture {
     Widget* find(const char* name) {
         return window.findChild<Widget*>(QString::fromLatin1(name));
     }
+    /// Chooses a language in the settings; the window speaks it then.
+    void speak(const std::string& language);
     /// Clicks the button of this name that is shown, as a hand does; false when none can be clicked.
     bool click(const char* name);
     /// Whether these words stand in the window.
@@ -59,6 +62,7 @@ class WindowFixture {
     WorkQueue background;
     MacOpener opener;
     OwnServices own;
+    SpokenLanguage language;
     MainWindow window;
 };
 

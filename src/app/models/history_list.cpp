@@ -1,6 +1,7 @@
 #include "app/models/history_list.h"
 
 #include "app/widgets/words.h"
+#include "base/language.h"
 
 #include <QStringList>
 
@@ -46,14 +47,15 @@ QVariant HistoryList::data(const QModelIndex& index, int role) const {
 }
 
 QString HistoryList::title(const RemovalHistoryEntry& entry) const {
-    QStringList names;
+    std::vector<std::string> names;
     for (const auto& app : entry.manifest.apps)
-        names << shown(app.name);
-    return names.isEmpty() ? shown(entry.root.lastComponent()) : names.join(QStringLiteral(", "));
+        names.push_back(shown(app.name).toStdString());
+    return names.empty() ? shown(entry.root.lastComponent())
+                         : QString::fromStdString(formatList(names, texts_.language()));
 }
 
 QString HistoryList::secondLine(const RemovalHistoryEntry& entry) const {
-    QStringList parts = {QString::fromStdString(displayDate(entry.manifest.createdAt)),
+    QStringList parts = {QString::fromStdString(formatDate(entry.manifest.createdAt, texts_.language())),
                          words(texts_, "history.row.items %lld", {std::to_string(entry.totalMoves)})};
     if (entry.sizeBytes) parts << sizeWords(entry.sizeBytes, texts_);
     return parts.join(QStringLiteral(" · "));

@@ -1,6 +1,7 @@
 #include "app/models/home_list.h"
 
 #include "app/widgets/words.h"
+#include "base/language.h"
 #include "inventory/last_use_text.h"
 
 #include <QStringList>
@@ -58,7 +59,8 @@ Qt::ItemFlags HomeList::flags(const QModelIndex& index) const {
 QString HomeList::secondLine(const HomeRow& row) const {
     QStringList parts;
     if (!row.app) {
-        parts << QString::number(row.count);
+        parts << QString::fromStdString(
+            formatNumber(static_cast<std::int64_t>(row.count), texts_.language()));
         if (row.size.isKnown) parts << sizeWords(row.size.bytes, texts_);
     } else {
         if (row.app->sizeBytes) parts << sizeWords(row.app->sizeBytes, texts_);

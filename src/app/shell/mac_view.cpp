@@ -15,6 +15,7 @@
 #include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
 #include "base/background_step.h"
+#include "base/language.h"
 #include "program/host_paths.h"
 #include "sweep/location_sweep.h"
 
@@ -66,7 +67,12 @@ MacView::MacView(OpenMac& mac, Executor& background, const Menus& menus)
     main->addWidget(screens_, 1);
     makeScreens();
     follow();
+    showCounts();
+    showRecovery();
     showStage();
+}
+
+void MacView::begin() {
     mac_.session().models().homeGrid().load();
     mac_.chores().run();
 }
@@ -74,6 +80,27 @@ MacView::MacView(OpenMac& mac, Executor& background, const Menus& menus)
 /// What shows a part of the Mac goes before it.
 MacView::~MacView() {
     delete permissionsSheet_;
+}
+
+MacView::Handover MacView::handOver() {
+    Handover handover{.place = place_,
+                      .isConfirming = confirmSheet_ != nullptr,
+                      .asksToStop = stopSheet_ != nullptr,
+                      .whenStopped = stopSheet_ ? wishToStop_ : whenStopped_};
+    // Not cancelled, which would answer them.
+    for (const auto& sheet : {confirmSheet_, stopSheet_, quitSheet_})
+        delete sheet;
+    return handover;
+}
+
+void MacView::takeOver(Handover handover) {
+    place_ = handover.place;
+    showStage();
+    if (handover.isConfirming) confirm();
+    if (handover.asksToStop)
+        askToStop(handover.whenStopped);
+    else
+        whenStopped_ = std::move(handover.whenStopped);
 }
 
 void MacView::makeScreens() {
@@ -116,15 +143,15 @@ void MacView::follow() {
     auto& models = mac_.session().models();
     following_.push_back(flow.changed.connect([this] { showStage(); }));
     following_.push_back(flow.progress.observe([this](const auto&) { showWork(mac_.flow().stage()); }));
-    following_.push_back(models.homeGrid().inventory.observe(
-        [this](const auto& inventory) { sidebar_->setCount(Place::applications, inventory.count); }));
-    following_.push_back(models.history().entries.observe(
-        [this](const auto& entries) { sidebar_->setCount(Place::history, entries.size()); }));
-    following_.push_back(models.installers().result.observe(
-        [this](const auto& result) { sidebar_->setCount(Place::installers, result.files.size()); }));
-    following_.push_back(models.startupItems().result.observe(
-        [this](const auto& result) { sidebar_->setCount(Place::startupItems, result.items.size()); }));
-    following_.push_back(mac_.chores().changed.connect([this] { showRecovery(); }));
+    const auto count = [this](const auto&) { showCounts(); };
+    following_.push_back(models.homeGrid().inventory.observe(count));
+    following_.push_back(models.history().entries.observe(count));
+    following_.push_back(models.installers().result.observe(count));
+    following_.push_back(models.startupItems().result.observe(count));
+    following_.push_back(mac_.chores().changed.connect([this] {
+        showRecovery();
+        mac_.session().models().history().load();
+    }));
     following_.push_back(flow.sweep().changed.connect([this] {
         if (std::holds_alternative<stage::Orphans>(mac_.flow().stage())) return showStage();
         showWork(mac_.flow().stage());
@@ -135,6 +162,14 @@ void MacView::follow() {
         QMetaObject::invokeMethod(
             this, [this] { load(place_); }, Qt::QueuedConnection);
     };
+}
+
+void MacView::showCounts() {
+    auto& models = mac_.session().models();
+    sidebar_->setCount(Place::applications, models.homeGrid().inventory.get().count);
+    sidebar_->setCount(Place::installers, models.installers().result.get().files.size());
+    sidebar_->setCount(Place::startupItems, models.startupItems().result.get().items.size());
+    sidebar_->setCount(Place::history, models.history().entries.get().size());
 }
 
 void MacView::go(Place place) {
@@ -319,19 +354,18 @@ void MacView::showRecovery() {
     auto& chores = mac_.chores();
     const auto notice = chores.recoveryNotice();
     recovery_->setContentsMargins(scaled(24), scaled(notice ? 12 : 0), scaled(24), 0);
-    mac_.session().models().history().load();
     if (!notice) return;
-    QStringList names;
+    std::vector<std::string> names;
     for (const auto& app : notice->manifest.apps)
-        names << shown(app.name);
+        names.push_back(shown(app.name).toStdString());
     const auto isUndoing = chores.isUndoing();
-    recovery_->addWidget(makeNotice(
-        NoticeTone::information,
-        {text("home.recovery.title %@", {names.join(QStringLiteral(", ")).toStdString()}),
-         text("home.recovery.detail"), text(isUndoing ? "home.recovery.restoring" : "home.recovery.undo")},
-        [this] {
-            if (!mac_.chores().isUndoing()) mac_.chores().undoRecovered();
-        }));
+    recovery_->addWidget(makeNotice(NoticeTone::information,
+                                    {text("home.recovery.title %@", {formatList(names, texts_.language())}),
+                                     text("home.recovery.detail"),
+                                     text(isUndoing ? "home.recovery.restoring" : "home.recovery.undo")},
+                                    [this] {
+                                        if (!mac_.chores().isUndoing()) mac_.chores().undoRecovered();
+                                    }));
 }
 
 /// An application did not quit: goes on without its consent, or leaves it out.
@@ -410,6 +444,8 @@ void MacView::showPermissions(AppTarget app) {
 void MacView::askToStop(const std::function<void()>& whenStopped) {
     const auto title = text("closing.title");
     auto* sheet = new Sheet(window(), title);
+    stopSheet_ = sheet;
+    wishToStop_ = whenStopped;
     sheet->content().addWidget(parts::paragraph(title, Type::sheet));
     sheet->content().addWidget(parts::paragraph(text("closing.body")));
     auto* buttons = parts::row(nullptr, scaled(6));

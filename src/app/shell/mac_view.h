@@ -32,8 +32,22 @@ class MacView final : public QWidget {
         QMenu* systems; ///< offers other Macs to open
         std::function<void()> openSettings;
     };
+
+    /// What stands in a view alone, and goes to the one that takes its place in another language.
+    struct Handover {
+        Place place = Place::applications;
+        bool isConfirming = false;
+        bool asksToStop = false;
+        std::function<void()> whenStopped; ///< of the question, or of the stop that was its answer
+    };
+
     MacView(OpenMac& mac, Executor& background, const Menus& menus);
     ~MacView() override;
+
+    /// Reads what was never read: once for a Mac.
+    void begin();
+    Handover handOver();
+    void takeOver(Handover handover);
 
     void go(Place place);
     void search();
@@ -54,6 +68,7 @@ class MacView final : public QWidget {
   private:
     void makeScreens();
     void follow();
+    void showCounts();
     void showStage();
     void showHome();
     /// Reads what a place shows, as it was never read or may have changed.
@@ -93,7 +108,9 @@ class MacView final : public QWidget {
     std::optional<Uuid> askedAbout_; ///< the quit question that stands
     QPointer<Sheet> confirmSheet_;
     std::size_t confirmedStage_ = 0; ///< the stage that the sheet asks about
-    std::function<void()> whenStopped_;
+    QPointer<Sheet> stopSheet_;
+    std::function<void()> whenStopped_; ///< where a stop was asked for
+    std::function<void()> wishToStop_;  ///< what `stopSheet_` asks about
     std::vector<Subscription> following_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };

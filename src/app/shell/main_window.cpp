@@ -4,6 +4,7 @@
 #include "app/screens/welcome/welcome_screen.h"
 #include "app/shell/drop_veil.h"
 #include "app/shell/dropped_items.h"
+#include "app/shell/kept_views.h"
 #include "app/shell/standing_services.h"
 #include "app/style/metrics.h"
 #include "app/widgets/words.h"
@@ -22,7 +23,14 @@
 namespace tidwen {
 
 MainWindow::MainWindow(Services services)
-    : services_(services), appearance_(services.own.settings().preferences().appearance) {
+    : services_(services),
+      texts_(services.language.texts()),
+      appearance_(services.own.settings().preferences().appearance),
+      speaking_(services.language.changed.connect([this] {
+          // Later: what is made anew may be the control that changed the setting.
+          QMetaObject::invokeMethod(
+              this, [this] { speakAnew(); }, Qt::QueuedConnection);
+      })) {
     setWindowTitle(text("window.title"));
     setMinimumSize(800, 560);
     resize(scaled(1080), scaled(720));
@@ -84,12 +92,12 @@ void MainWindow::openSettings() {
         facts.installed = models.homeGrid().apps();
         facts.openPane = [this](auto pane) { view_->openPane(pane); };
     }
-    settings_ = new SettingsSheet(this, services_.own, std::move(facts), services_.texts);
+    settings_ = new SettingsSheet(this, services_.own, std::move(facts), texts_);
     settings_->open();
 }
 
 void MainWindow::showWelcome() {
-    welcome_ = new WelcomeScreen(services_.texts, {[this] { chooseVolume(); }, [this] { openSample(); }});
+    welcome_ = new WelcomeScreen(texts_, {[this] { chooseVolume(); }, [this] { openSample(); }});
     setCentralWidget(welcome_);
 }
 
@@ -126,7 +134,7 @@ void MainWindow::openRunning(const RunningMac::Open& running) {
 void MainWindow::take(tl::expected<MacOpener::Opened, Message> opened) {
     if (welcome_) welcome_->setBusy(false);
     if (!opened) {
-        const auto why = QString::fromStdString(services_.texts.text(opened.error()));
+        const auto why = QString::fromStdString(texts_.text(opened.error()));
         if (welcome_)
             welcome_->say(why);
         else if (view_)
@@ -140,10 +148,15 @@ void MainWindow::take(tl::expected<MacOpener::Opened, Message> opened) {
     view_ = nullptr;
     mac_.reset();
     mac_ = std::make_unique<OpenMac>(std::move(opened->mac), std::move(opened->name), services_.main);
-    view_ = new MacView(*mac_, services_.background, {systems_, [this] { openSettings(); }});
-    setCentralWidget(view_);
+    showView();
+    view_->begin();
     if (!mac_->session().mac().volume) stand();
     if (!waitingFiles_.empty()) view_->takeDropped(std::exchange(waitingFiles_, {}));
+}
+
+void MainWindow::showView() {
+    view_ = new MacView(*mac_, services_.background, {systems_, [this] { openSettings(); }});
+    setCentralWidget(view_);
 }
 
 void MainWindow::stand() {
@@ -169,6 +182,31 @@ void MainWindow::present() {
 void MainWindow::comeBack() {
     if (standing_) standing_->refresh();
     if (standing_ && !isVisible()) show();
+}
+
+/// In another language everything that shows is made anew, over the models as they stand.
+void MainWindow::speakAnew() {
+    const auto settings = settings_ ? std::optional(settings_->tab()) : std::nullopt;
+    delete settings_;
+    menuBar()->clear();
+    makeMenus();
+    if (view_) {
+        const auto kept = KeptViews::of(*view_);
+        auto handover = view_->handOver();
+        delete takeCentralWidget();
+        mac_->arrange();
+        showView();
+        view_->takeOver(std::move(handover));
+        kept.giveTo(*view_);
+    } else {
+        const bool isBusy = welcome_->isBusy();
+        delete takeCentralWidget();
+        showWelcome();
+        welcome_->setBusy(isBusy);
+    }
+    if (!settings) return;
+    openSettings();
+    settings_->go(*settings);
 }
 
 /// While something is moved the Mac must stay open; says so.
@@ -206,7 +244,7 @@ void MainWindow::dropEvent(QDropEvent* event) {
 }
 
 QString MainWindow::text(const char* key, const std::vector<std::string>& arguments) const {
-    return words(services_.texts, key, arguments);
+    return words(texts_, key, arguments);
 }
 
 } // namespace tidwen

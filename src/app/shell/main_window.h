@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/models/own_services.h"
+#include "app/models/spoken_language.h"
 #include "app/shell/mac_opener.h"
 #include "app/shell/mac_view.h"
 #include "app/style/appearance.h"
@@ -27,7 +28,7 @@ class MainWindow final : public QMainWindow {
     /// What is passed outlives it.
     struct Services {
         MacOpener& opener;
-        const Texts& texts;
+        SpokenLanguage& language;
         Executor& main;
         Executor& background;
         OwnServices& own;
@@ -56,6 +57,8 @@ class MainWindow final : public QMainWindow {
 
   private:
     void makeMenus();
+    void speakAnew();
+    void showView();
     void chooseVolume();
     void take(tl::expected<MacOpener::Opened, Message> opened);
     void stand();
@@ -64,7 +67,9 @@ class MainWindow final : public QMainWindow {
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 
     Services services_;
+    const Texts& texts_;
     AppearanceFollower appearance_;
+    Subscription speaking_;
     QMenu* systems_ = nullptr;
     WelcomeScreen* welcome_ = nullptr;
     DropVeil* veil_ = nullptr;

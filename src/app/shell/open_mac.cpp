@@ -15,6 +15,11 @@ std::string OpenMac::userName() const {
     return owned_->mac().system.user.home.lastComponent();
 }
 
+void OpenMac::arrange() {
+    session_.models().homeGrid().arrange();
+    flow_.arrange();
+}
+
 bool OpenMac::isBusy() {
     return std::holds_alternative<stage::Removing>(flow_.stage()) || flow_.isUndoing() || chores_.isUndoing()
            || session_.models().history().busyEntryID.get();

@@ -23,6 +23,8 @@ class OpenMac {
     StartupChores& chores() { return chores_; }
     const System& system() { return owned_->mac().system; }
     Executor& loop() { return loop_; }
+    /// Sorts and names again, in another language.
+    void arrange();
     /// A removal or an undo runs: it must end before this Mac is left.
     bool isBusy();
 

@@ -3,6 +3,7 @@
 #include "app/shell/sidebar_item.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/words.h"
+#include "base/language.h"
 
 #include <QBoxLayout>
 #include <QLabel>
@@ -71,7 +72,9 @@ void Sidebar::choose(Place place) {
 }
 
 void Sidebar::setCount(Place place, std::size_t count) {
-    items_.at(place)->setCount(count > 0 ? QString::number(count) : QString());
+    items_.at(place)->setCount(
+        count > 0 ? QString::fromStdString(formatNumber(static_cast<std::int64_t>(count), texts_.language()))
+                  : QString());
 }
 
 void Sidebar::setNarrow(bool isNarrow) {

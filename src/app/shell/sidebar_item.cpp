@@ -5,6 +5,7 @@
 #include "app/style/style.h"
 
 #include <QPainter>
+#include <algorithm>
 
 namespace tidwen {
 
@@ -20,6 +21,7 @@ SidebarItem::SidebarItem(QString icon, const QString& title) : icon_(std::move(i
 void SidebarItem::setCount(const QString& count) {
     count_ = count;
     setAccessibleDescription(count);
+    updateGeometry();
     update();
 }
 
@@ -32,13 +34,21 @@ void SidebarItem::setSecondLine(const QString& line) {
 
 void SidebarItem::setNarrow(bool isNarrow) {
     isNarrow_ = isNarrow;
+    updateGeometry();
     update();
 }
 
 QSize SidebarItem::sizeHint() const {
     const int lines = QFontMetrics(textFont(Type::body)).height()
                       + (second_.isEmpty() ? 0 : QFontMetrics(textFont(Type::second)).height());
-    return {scaled(40), lines + scaled(second_.isEmpty() ? 16 : 18)};
+    const int height = lines + scaled(second_.isEmpty() ? 16 : 18);
+    if (isNarrow_) return {scaled(40), height};
+    const int ends = scaled(38) + scaled(10);
+    const int words =
+        QFontMetrics(textFont(second_.isEmpty() ? Type::strong : Type::body)).horizontalAdvance(text());
+    const QFontMetrics small(textFont(Type::second));
+    const int beside = second_.isEmpty() ? small.horizontalAdvance(count_) + 2 : scaled(16);
+    return {ends + std::max(words + beside, small.horizontalAdvance(second_) + beside), height};
 }
 
 void SidebarItem::paintEvent(QPaintEvent* /*event*/) {

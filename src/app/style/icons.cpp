@@ -34,7 +34,9 @@ std::size_t steadyHash(const std::string& text) {
 
 /// The first character as people see it: never half of a pair.
 QString firstLetter(const QString& name) {
-    const auto text = name.trimmed();
+    auto text = name.trimmed();
+    while (!text.isEmpty() && text.at(0).category() == QChar::Other_Format) // a mark of direction
+        text.remove(0, 1);
     if (text.isEmpty()) return QStringLiteral("?");
     const auto letter = text.left(text.at(0).isHighSurrogate() ? 2 : 1);
     return letter.toUpper();
@@ -75,8 +77,13 @@ void paintIcon(QPainter& painter, const QRectF& place, const QString& name, cons
 }
 
 QPixmap iconPixmap(const QString& name, int size, const QColor& color, double pixelRatio) {
-    const auto key =
-        QStringLiteral("tidwen/%1/%2/%3/%4").arg(name).arg(size).arg(color.rgba()).arg(pixelRatio);
+    const bool isMirrored = QGuiApplication::isRightToLeft() && name == QStringLiteral("chevron-right");
+    const auto key = QStringLiteral("tidwen/%1/%2/%3/%4/%5")
+                         .arg(name)
+                         .arg(size)
+                         .arg(color.rgba())
+                         .arg(pixelRatio)
+                         .arg(isMirrored);
     QPixmap pixmap;
     if (QPixmapCache::find(key, &pixmap)) return pixmap;
     QFile file(QStringLiteral(":/icons/%1.svg").arg(name));
@@ -89,6 +96,7 @@ QPixmap iconPixmap(const QString& name, int size, const QColor& color, double pi
     QPainter painter(&pixmap);
     renderer.render(&painter);
     painter.end();
+    if (isMirrored) pixmap = pixmap.transformed(QTransform::fromScale(-1, 1)); // it points the way one reads
     pixmap.setDevicePixelRatio(pixelRatio);
     QPixmapCache::insert(key, pixmap);
     return pixmap;

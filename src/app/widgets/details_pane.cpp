@@ -41,7 +41,7 @@ void DetailsPane::show(const Trace* trace) {
     addLine("review.details.why", traceReason(*trace, texts_));
     const auto risk = "risk." + std::string(name(trace->risk)) + ".title";
     const auto note = tierNotes_ + std::string(name(trace->risk)) + ".note";
-    addLine("review.details.risk", words(texts_, risk) + QStringLiteral(". ") + words(texts_, note));
+    addLine("review.details.risk", words(texts_, risk) + QLatin1Char('\n') + words(texts_, note));
     if (const auto badge = traceBadge(*trace, texts_); !badge.isEmpty())
         addLine("review.details.mark", badge);
     if (trace->sizeBytes) addLine("cli.apps.size", sizeWords(trace->sizeBytes, texts_));

@@ -11,6 +11,7 @@ namespace tidwen {
 
 QLineEdit* searchField(const QString& placeholder) {
     auto* field = new QLineEdit;
+    field->setObjectName(QStringLiteral("search"));
     field->setPlaceholderText(placeholder);
     field->setAccessibleName(placeholder);
     field->setClearButtonEnabled(true);

@@ -3,10 +3,15 @@
 #include "base/byte_count.h"
 #include "base/text.h"
 
+#include <QGuiApplication>
+
 namespace tidwen {
 
 QString shown(std::string_view text) {
-    return QString::fromStdString(printable(text));
+    auto words = QString::fromStdString(printable(text));
+    if (!QGuiApplication::isRightToLeft() || words.isEmpty()) return words;
+    // Isolated: written from the right, a path would fall apart at its separators.
+    return QChar(0x2068) + words + QChar(0x2069);
 }
 
 QString words(const Texts& texts, std::string_view key, const std::vector<std::string>& arguments) {

@@ -12,6 +12,7 @@
 #include "app/widgets/tile.h"
 #include "app/widgets/words.h"
 #include "base/byte_count.h"
+#include "base/language.h"
 
 #include <QBoxLayout>
 #include <QKeyEvent>
@@ -145,10 +146,11 @@ void ReviewScreen::showHeader() {
         header_->setLine(version + shown(first.bundleID));
     } else {
         header_->setTitle(text("report.subject.apps %lld", {std::to_string(groups.size())}));
-        QStringList names;
+        std::vector<std::string> names;
+        names.reserve(groups.size());
         for (const auto& group : groups)
-            names << shown(group.target.name);
-        header_->setLine(names.join(QStringLiteral(", ")));
+            names.push_back(shown(group.target.name).toStdString());
+        header_->setLine(QString::fromStdString(formatList(names, texts_.language())));
     }
     uninstall_->setChecked(choice.mode() == RemovalMode::uninstall);
     reset_->setChecked(choice.mode() == RemovalMode::reset);

@@ -114,6 +114,7 @@ QWidget* SettingsSheet::makeMain() {
 }
 
 void SettingsSheet::go(Tab tab) {
+    tab_ = tab;
     for (const auto& [each, item] : tabs_)
         item->setChecked(each == tab);
     page_->setWidget(makePage(tab)); // which deletes the one before

@@ -30,6 +30,7 @@ class SettingsSheet final : public Sheet {
     SettingsSheet(QWidget* window, OwnServices& own, MacFacts mac, const Texts& texts);
 
     void go(Tab tab);
+    Tab tab() const { return tab_; }
 
   private:
     QWidget* makeRail();
@@ -40,6 +41,7 @@ class SettingsSheet final : public Sheet {
     OwnServices& own_;
     MacFacts mac_;
     const Texts& texts_;
+    Tab tab_ = Tab::general;
     std::map<Tab, SidebarItem*> tabs_;
     QBoxLayout* faults_ = nullptr;
     QScrollArea* page_ = nullptr;

@@ -15,12 +15,27 @@ ChoiceCard::ChoiceCard(QString icon, const QString& title, const QString& senten
     setAccessibleDescription(sentence);
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
-    setFixedSize(sizeHint());
+    setFixedWidth(scaled(230));
+    setMinimumHeight(sizeHint().height());
 }
 
 QSize ChoiceCard::sizeHint() const {
-    return {scaled(230), scaled(72) + QFontMetrics(textFont(Type::strong)).height()
-                             + 2 * QFontMetrics(textFont(Type::second)).height()};
+    return {scaled(230),
+            titleTop() + heightOf(Type::strong, text()) + heightOf(Type::second, sentence_) + edge()};
+}
+
+int ChoiceCard::edge() {
+    return scaled(20);
+}
+
+int ChoiceCard::titleTop() {
+    return edge() + scaled(18) + scaled(12);
+}
+
+/// Of words in as many lines as they need.
+int ChoiceCard::heightOf(Type type, const QString& words) {
+    const QRect room(0, 0, scaled(230) - 2 * edge(), QWIDGETSIZE_MAX);
+    return QFontMetrics(textFont(type)).boundingRect(room, Qt::TextWordWrap, words).height();
 }
 
 void ChoiceCard::paintEvent(QPaintEvent* /*event*/) {
@@ -29,19 +44,19 @@ void ChoiceCard::paintEvent(QPaintEvent* /*event*/) {
     painter.setBrush(colors()[underMouse() && isEnabled() ? Role::hover : Role::surface]);
     painter.setPen(hasFocus() ? QPen(colors()[Role::accent], 2) : QPen(colors()[Role::line], 1));
     painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 11, 11);
-    const int edge = scaled(20), icon = scaled(18), inner = width() - 2 * edge;
-    paintIcon(painter, QStyle::visualRect(layoutDirection(), rect(), QRect(edge, edge, icon, icon)), icon_,
-              colors()[Role::accent]);
-    const auto draw = [&](int y, int high, Type type, Role role, const QString& words) {
+    const QRect icon(edge(), edge(), scaled(18), scaled(18));
+    paintIcon(painter, QStyle::visualRect(layoutDirection(), rect(), icon), icon_, colors()[Role::accent]);
+    QRect place(edge(), titleTop(), width() - 2 * edge(), 0);
+    const auto align = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft | Qt::AlignTop);
+    const auto draw = [&](Type type, Role role, const QString& words) {
+        place.setHeight(heightOf(type, words));
         painter.setFont(textFont(type));
         painter.setPen(colors()[role]);
-        painter.drawText(QRect(edge, y, inner, high), Qt::AlignLeading | Qt::AlignTop | Qt::TextWordWrap,
-                         words);
+        painter.drawText(place, static_cast<int>(align) | Qt::TextWordWrap, words);
+        place.translate(0, place.height());
     };
-    const int title = QFontMetrics(textFont(Type::strong)).height();
-    const int y = edge + icon + scaled(12);
-    draw(y, title, Type::strong, Role::text, text());
-    draw(y + title, height() - y - title, Type::second, Role::second, sentence_);
+    draw(Type::strong, Role::text, text());
+    draw(Type::second, Role::second, sentence_);
 }
 
 } // namespace tidwen

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/style/metrics.h"
+
 #include <QAbstractButton>
 
 namespace tidwen {
@@ -14,6 +16,10 @@ class ChoiceCard final : public QAbstractButton {
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    static int edge();
+    static int titleTop();
+    static int heightOf(Type type, const QString& words);
+
     QString icon_;
     QString sentence_;
 };

@@ -1,0 +1,142 @@
+// The window in every language: nothing is lost when another is chosen, and nothing is cut at twice the size.
+
+#include "app/style/style.h"
+#include "program/resources.h"
+#include "window/mirrored_words.h"
+#include "window/window_fixture.h"
+
+#include <QAbstractScrollArea>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTest>
+#include <QTreeView>
+#include <gmock/gmock.h>
+
+namespace tidwen {
+namespace {
+
+using test::waitUntil;
+using test::WindowFixture;
+using testing::IsEmpty;
+
+bool isCut(const QLabel& label) {
+    if (!label.wordWrap()) return label.sizeHint().width() > label.width();
+    const auto words = label.text().split(QLatin1Char(' '));
+    return label.heightForWidth(label.width()) > label.height()
+           || std::any_of(words.begin(), words.end(), [&](const QString& word) {
+                  return label.fontMetrics().horizontalAdvance(word) > label.width();
+              });
+}
+
+bool scrolls(const QWidget* widget) {
+    for (; widget; widget = widget->parentWidget())
+        if (qobject_cast<const QAbstractScrollArea*>(widget)) return true;
+    return false;
+}
+
+/// The texts that cannot be read whole, or lie outside of the window.
+std::vector<std::string> cutTexts(const QWidget& window) {
+    std::vector<std::string> cut;
+    const auto check = [&](const QWidget& widget, const QString& text, bool isCut) {
+        if (text.isEmpty() || !widget.isVisible()) return;
+        const QRect place(widget.mapTo(&window, QPoint()), widget.size());
+        if (isCut || (!window.rect().contains(place) && !scrolls(&widget))) cut.push_back(text.toStdString());
+    };
+    for (const auto* label : window.findChildren<QLabel*>())
+        check(*label, label->text(), isCut(*label));
+    for (const auto* button : window.findChildren<QAbstractButton*>())
+        check(*button, button->text(),
+              button->sizeHint().width() > button->width() || button->sizeHint().height() > button->height());
+    return cut;
+}
+
+class Languages : public testing::Test {
+  protected:
+    void SetUp() override { test::addMirroredWords(resources.path()); }
+    void TearDown() override {
+        dress(Appearance::light);
+        QGuiApplication::setLayoutDirection(Qt::LeftToRight);
+    }
+
+    /// Speaks every language at one screen; what was done there must stand after each.
+    void speakAll(WindowFixture& fixture, const char* screen, const std::function<bool()>& stands) {
+        for (const auto& language : availableLanguages(resources.path())) {
+            SCOPED_TRACE(std::string(screen) + " in " + language);
+            fixture.speak(language);
+            ASSERT_EQ(fixture.texts.language(), language);
+            EXPECT_EQ(fixture.window.layoutDirection(),
+                      language == test::mirrored ? Qt::RightToLeft : Qt::LeftToRight);
+            EXPECT_THAT(cutTexts(fixture.window), IsEmpty());
+            EXPECT_TRUE(stands());
+        }
+        fixture.speak("system");
+    }
+
+    test::TemporaryFolder resources;
+};
+
+TEST_F(Languages, AreSpokenAtEveryScreenWithoutLosingOrCuttingAnything) {
+    dress(Appearance::light, 2);
+    WindowFixture fixture(resources.path());
+    speakAll(fixture, "welcome", [] { return true; });
+    ASSERT_TRUE(fixture.openSample());
+
+    auto* cards = fixture.find<QAbstractItemView>("applications");
+    cards->setCurrentIndex(WindowFixture::rowCalled(*cards, QStringLiteral("Marlin Notes")));
+    speakAll(fixture, "applications", [&] {
+        const auto chosen =
+            fixture.find<QAbstractItemView>("applications")->selectionModel()->selectedIndexes();
+        return chosen.size() == 1
+               && chosen.front().data().toString().contains(QStringLiteral("Marlin Notes"));
+    });
+
+    ASSERT_TRUE(fixture.review("Marlin Notes"));
+    auto* found = fixture.find<QTreeView>("review");
+    const auto folded = found->model()->index(1, 0);
+    found->collapse(folded);
+    const auto row = WindowFixture::rowCalled(*found, QStringLiteral("com.marlinworks.notes"));
+    found->setCurrentIndex(row);
+    found->model()->setData(row, {}, Qt::CheckStateRole);
+    const auto selected = fixture.flow().choice().summary().totalCount;
+    speakAll(fixture, "review", [&] {
+        const auto* view = fixture.find<QTreeView>("review");
+        return view->currentIndex().data().toString().contains(QStringLiteral("com.marlinworks.notes"))
+               && !view->isExpanded(view->model()->index(1, 0))
+               && view->isExpanded(view->model()->index(0, 0))
+               && fixture.flow().choice().summary().totalCount == selected;
+    });
+
+    ASSERT_TRUE(fixture.click("remove"));
+    speakAll(fixture, "confirm", [&] { return fixture.find<QWidget>("sheet") != nullptr; });
+    ASSERT_TRUE(fixture.click("confirm"));
+    fixture.speak("de"); // while something is moved
+    ASSERT_TRUE(waitUntil([&] { return std::holds_alternative<stage::Report>(fixture.flow().stage()); }));
+    speakAll(fixture, "report", [&] { return fixture.find<QWidget>("undo")->isEnabled(); });
+    ASSERT_TRUE(fixture.click("done"));
+
+    fixture.window.view()->go(Place::history);
+    auto& history = fixture.window.mac()->session().models().history();
+    ASSERT_TRUE(waitUntil([&] { return !history.isLoading.get() && !history.entries.get().empty(); }));
+    speakAll(fixture, "history", [&] { return fixture.find<QWidget>("undo run")->isEnabled(); });
+}
+
+TEST_F(Languages, ChangeDuringASearchAndWhenAnotherProcessChoosesOne) {
+    WindowFixture fixture(resources.path());
+    ASSERT_TRUE(fixture.openSample());
+    fixture.find<QLineEdit>("search")->setText(QStringLiteral("kip"));
+    fixture.window.view()->lookAt({Path("/Applications/Kip.app")});
+    ASSERT_TRUE(std::holds_alternative<stage::Scanning>(fixture.flow().stage()));
+    fixture.speak("ja");
+    ASSERT_TRUE(waitUntil([&] { return std::holds_alternative<stage::Review>(fixture.flow().stage()); }));
+    fixture.window.view()->go(Place::applications);
+    EXPECT_EQ(fixture.find<QLineEdit>("search")->text(), QStringLiteral("kip"));
+
+    HostServices other({"tidwen"}, fixture.log);
+    AppPreferences(other.defaults()).language.set("de");
+    ASSERT_TRUE(waitUntil([&] { return fixture.texts.language() == "de"; }));
+    AppPreferences(other.defaults()).language.set("system");
+    EXPECT_TRUE(waitUntil([&] { return fixture.texts.language() == "en"; }));
+}
+
+} // namespace
+} // namespace tidwen
