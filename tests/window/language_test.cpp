@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
+#include <QTextBoundaryFinder>
 #include <QTreeView>
 #include <gmock/gmock.h>
 
@@ -21,11 +22,14 @@ using testing::IsEmpty;
 
 bool isCut(const QLabel& label) {
     if (!label.wordWrap()) return label.sizeHint().width() > label.width();
-    const auto words = label.text().split(QLatin1Char(' '));
-    return label.heightForWidth(label.width()) > label.height()
-           || std::any_of(words.begin(), words.end(), [&](const QString& word) {
-                  return label.fontMetrics().horizontalAdvance(word) > label.width();
-              });
+    if (label.heightForWidth(label.width()) > label.height()) return true;
+    QTextBoundaryFinder breaks(QTextBoundaryFinder::Line,
+                               label.text()); // also those of Japanese, without spaces
+    for (qsizetype from = 0, to = 0; (to = breaks.toNextPosition()) >= 0; from = to)
+        if (label.fontMetrics().horizontalAdvance(label.text().mid(from, to - from).trimmed())
+            > label.width())
+            return true;
+    return false;
 }
 
 bool scrolls(const QWidget* widget) {

@@ -8,12 +8,14 @@
 #include <QBoxLayout>
 #include <QLabel>
 #include <QMenu>
+#include <algorithm>
 
 namespace tidwen {
 
 namespace {
 
 constexpr int wide = 208;
+constexpr int widest = 280; ///< for long words
 constexpr int narrow = 60;
 
 } // namespace
@@ -78,13 +80,16 @@ void Sidebar::setCount(Place place, std::size_t count) {
 }
 
 void Sidebar::setNarrow(bool isNarrow) {
-    setFixedWidth(scaled(isNarrow ? narrow : wide));
     for (auto* widget : wideOnly_)
         widget->setVisible(!isNarrow);
     for (const auto& [place, item] : items_)
         item->setNarrow(isNarrow);
     system_->setNarrow(isNarrow);
     settings_->setNarrow(isNarrow);
+    int words = 0;
+    for (const auto* item : findChildren<SidebarItem*>())
+        words = std::max(words, item->sizeHint().width() + 2 * scaled(10));
+    setFixedWidth(isNarrow ? scaled(narrow) : std::clamp(words, scaled(wide), scaled(widest)));
 }
 
 } // namespace tidwen

@@ -76,6 +76,9 @@ void DetailsPane::addButtons(const Path& path) {
     line->addWidget(parts::button(words(texts_, "review.details.copy"), [path] {
         QApplication::clipboard()->setText(QString::fromStdString(path.string()));
     }));
+    const auto margins = content_->contentsMargins();
+    const bool isWide = line->sizeHint().width() > width() - margins.left() - margins.right();
+    if (isWide) line->setDirection(QBoxLayout::TopToBottom);
     line->addStretch(1);
     content_->addSpacing(scaled(6));
     content_->addLayout(line);

@@ -7,6 +7,7 @@
 #include <QEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QStyle>
 
 namespace tidwen::parts {
 
@@ -48,6 +49,9 @@ QLabel* label(const QString& text, Type type, Role color) {
     auto* result = new RoleLabel(color);
     result->setTextFormat(Qt::PlainText);
     result->setText(text);
+    // At the edge where one begins to read, also what is written the other way: an identifier, a path.
+    result->setAlignment(QStyle::visualAlignment(QGuiApplication::layoutDirection(), Qt::AlignLeft)
+                         | Qt::AlignVCenter);
     result->setFont(textFont(type));
     return result;
 }

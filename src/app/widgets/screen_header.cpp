@@ -15,7 +15,10 @@ ScreenHeader::ScreenHeader(const QString& title)
     auto* words = parts::column(nullptr);
     for (auto* label : {title_, line_}) {
         label->setMinimumWidth(0);
-        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        label->setWordWrap(true); // beside long words of other controls
+        QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        policy.setHeightForWidth(true);
+        label->setSizePolicy(policy);
         words->addWidget(label);
     }
     layout_->addLayout(words, 1);

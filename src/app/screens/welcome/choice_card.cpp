@@ -17,6 +17,7 @@ ChoiceCard::ChoiceCard(QString icon, const QString& title, const QString& senten
     setAttribute(Qt::WA_Hover);
     setFixedWidth(scaled(230));
     setMinimumHeight(sizeHint().height());
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred); // as high as its neighbour
 }
 
 QSize ChoiceCard::sizeHint() const {
