@@ -82,15 +82,11 @@ MacView::~MacView() {
     delete permissionsSheet_;
 }
 
-MacView::Handover MacView::handOver() {
-    Handover handover{.place = place_,
-                      .isConfirming = confirmSheet_ != nullptr,
-                      .asksToStop = stopSheet_ != nullptr,
-                      .whenStopped = stopSheet_ ? wishToStop_ : whenStopped_};
-    // Not cancelled, which would answer them.
-    for (const auto& sheet : {confirmSheet_, stopSheet_, quitSheet_})
-        delete sheet;
-    return handover;
+MacView::Handover MacView::handOver() const {
+    return {.place = place_,
+            .isConfirming = confirmSheet_ != nullptr,
+            .asksToStop = stopSheet_ != nullptr,
+            .whenStopped = stopSheet_ ? wishToStop_ : whenStopped_};
 }
 
 void MacView::takeOver(Handover handover) {

@@ -46,7 +46,7 @@ class MacView final : public QWidget {
 
     /// Reads what was never read: once for a Mac.
     void begin();
-    Handover handOver();
+    Handover handOver() const;
     void takeOver(Handover handover);
 
     void go(Place place);

@@ -46,7 +46,16 @@ MainWindow::MainWindow(Services services)
 /// The view refers to the Mac, so it goes first.
 MainWindow::~MainWindow() {
     standing_.reset();
+    clearContent();
+}
+
+/// What asks something over the screen refers to it, and is not cancelled, which would be an answer.
+void MainWindow::clearContent() {
+    while (auto* sheet = findChild<QWidget*>(QStringLiteral("sheet"), Qt::FindDirectChildrenOnly))
+        delete sheet; // and what it asks itself
     delete takeCentralWidget();
+    welcome_ = nullptr;
+    view_ = nullptr;
 }
 
 void MainWindow::makeMenus() {
@@ -141,11 +150,8 @@ void MainWindow::take(tl::expected<MacOpener::Opened, Message> opened) {
             view_->say(why);
         return;
     }
-    delete settings_; // it shows the Mac that is left
     standing_.reset();
-    delete takeCentralWidget();
-    welcome_ = nullptr;
-    view_ = nullptr;
+    clearContent();
     mac_.reset();
     mac_ = std::make_unique<OpenMac>(std::move(opened->mac), std::move(opened->name), services_.main);
     showView();
@@ -187,20 +193,19 @@ void MainWindow::comeBack() {
 /// In another language everything that shows is made anew, over the models as they stand.
 void MainWindow::speakAnew() {
     const auto settings = settings_ ? std::optional(settings_->tab()) : std::nullopt;
-    delete settings_;
     menuBar()->clear();
     makeMenus();
     if (view_) {
         const auto kept = KeptViews::of(*view_);
         auto handover = view_->handOver();
-        delete takeCentralWidget();
+        clearContent();
         mac_->arrange();
         showView();
         view_->takeOver(std::move(handover));
         kept.giveTo(*view_);
     } else {
         const bool isBusy = welcome_->isBusy();
-        delete takeCentralWidget();
+        clearContent();
         showWelcome();
         welcome_->setBusy(isBusy);
     }

@@ -59,6 +59,7 @@ class MainWindow final : public QMainWindow {
     void makeMenus();
     void speakAnew();
     void showView();
+    void clearContent();
     void chooseVolume();
     void take(tl::expected<MacOpener::Opened, Message> opened);
     void stand();

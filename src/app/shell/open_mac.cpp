@@ -16,7 +16,9 @@ std::string OpenMac::userName() const {
 }
 
 void OpenMac::arrange() {
-    session_.models().homeGrid().arrange();
+    auto& models = session_.models();
+    models.homeGrid().arrange();
+    models.installers().setOrder(models.installers().order());
     flow_.arrange();
 }
 
