@@ -46,7 +46,7 @@ void DetailsPane::show(const Trace* trace) {
         addLine("review.details.mark", badge);
     if (trace->sizeBytes) addLine("cli.apps.size", sizeWords(trace->sizeBytes, texts_));
     if (const auto place = tracePlace(*trace, user_); !place.isEmpty())
-        addLine("review.details.where", place);
+        addLine("review.details.where", breakable(place));
     addLine("review.details.undo",
             words(texts_, "review.details.undo." + std::string(name(trace->reversibility))));
     if (const auto* path = movedPath(trace->action)) addButtons(*path);
@@ -77,7 +77,7 @@ void DetailsPane::addButtons(const Path& path) {
         QApplication::clipboard()->setText(QString::fromStdString(path.string()));
     }));
     const auto margins = content_->contentsMargins();
-    const bool isWide = line->sizeHint().width() > width() - margins.left() - margins.right();
+    const bool isWide = line->sizeHint().width() > maximumWidth() - margins.left() - margins.right();
     if (isWide) line->setDirection(QBoxLayout::TopToBottom);
     line->addStretch(1);
     content_->addSpacing(scaled(6));

@@ -5,6 +5,7 @@
 
 #include <QBoxLayout>
 #include <QEvent>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QPushButton>
 #include <QStyle>

@@ -14,6 +14,13 @@ QString shown(std::string_view text) {
     return QChar(0x2068) + words + QChar(0x2069);
 }
 
+QString breakable(QString text) {
+    const QChar zeroWidthSpace(0x200B);
+    for (const auto mark : {QLatin1Char('.'), QLatin1Char('/')})
+        text.replace(mark, QString(mark) + zeroWidthSpace);
+    return text;
+}
+
 QString words(const Texts& texts, std::string_view key, const std::vector<std::string>& arguments) {
     return QString::fromStdString(texts.text(key, arguments));
 }

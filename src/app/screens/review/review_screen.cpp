@@ -143,7 +143,7 @@ void ReviewScreen::showHeader() {
     if (groups.size() == 1) {
         header_->setTitle(shown(first.name));
         const auto version = first.version ? shown(*first.version) + QStringLiteral(" · ") : QString();
-        header_->setLine(version + shown(first.bundleID));
+        header_->setLine(version + breakable(shown(first.bundleID)));
     } else {
         header_->setTitle(text("report.subject.apps %lld", {std::to_string(groups.size())}));
         std::vector<std::string> names;
