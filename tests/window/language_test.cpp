@@ -124,6 +124,27 @@ TEST_F(Languages, AreSpokenAtEveryScreenWithoutLosingOrCuttingAnything) {
     speakAll(fixture, "history", [&] { return fixture.find<QWidget>("undo run")->isEnabled(); });
 }
 
+TEST_F(Languages, AreSpokenInTheListsAndTheSettingsWithoutCuttingAnything) {
+    dress(Appearance::light, 2);
+    WindowFixture fixture(resources.path());
+    ASSERT_TRUE(fixture.openSample() && fixture.sweep());
+    const auto isDrawn = [] { return true; };
+    speakAll(fixture, "leftovers", isDrawn);
+    auto& models = fixture.window.mac()->session().models();
+    fixture.window.view()->go(Place::installers);
+    ASSERT_TRUE(waitUntil([&] { return models.installers().hasLoaded.get(); }));
+    speakAll(fixture, "installers", [&] { return fixture.find<QWidget>("installers")->isVisible(); });
+    fixture.window.view()->go(Place::startupItems);
+    ASSERT_TRUE(waitUntil([&] { return !models.startupItems().isLoading.get(); }));
+    speakAll(fixture, "startup items", [&] { return fixture.find<QWidget>("startup items")->isVisible(); });
+    fixture.window.openSettings();
+    for (const auto* tab : {"general", "permissions", "trash", "protected", "about"}) {
+        const auto name = std::string("settings.tab.") + tab;
+        ASSERT_TRUE(fixture.click(name.c_str()));
+        speakAll(fixture, tab, [&] { return fixture.find<QAbstractButton>(name.c_str())->isChecked(); });
+    }
+}
+
 TEST_F(Languages, ChangeDuringASearchAndWhenAnotherProcessChoosesOne) {
     WindowFixture fixture(resources.path());
     ASSERT_TRUE(fixture.openSample());

@@ -77,9 +77,11 @@ void Sidebar::setCount(Place place, std::size_t count) {
     items_.at(place)->setCount(
         count > 0 ? QString::fromStdString(formatNumber(static_cast<std::int64_t>(count), texts_.language()))
                   : QString());
+    setNarrow(isNarrow_); // wider for more figures
 }
 
 void Sidebar::setNarrow(bool isNarrow) {
+    isNarrow_ = isNarrow;
     for (auto* widget : wideOnly_)
         widget->setVisible(!isNarrow);
     for (const auto& [place, item] : items_)

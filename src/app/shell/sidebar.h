@@ -40,6 +40,7 @@ class Sidebar final : public Panel {
     std::map<Place, SidebarItem*> items_;
     std::vector<QWidget*> wideOnly_;
     SidebarItem* system_ = nullptr;
+    bool isNarrow_ = false;
     SidebarItem* settings_ = nullptr;
 };
 

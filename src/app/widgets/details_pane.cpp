@@ -77,7 +77,10 @@ void DetailsPane::addButtons(const Path& path) {
         QApplication::clipboard()->setText(QString::fromStdString(path.string()));
     }));
     const auto margins = content_->contentsMargins();
-    const bool isWide = line->sizeHint().width() > maximumWidth() - margins.left() - margins.right();
+    int words = line->spacing();
+    for (int i = 0; i < line->count(); ++i)
+        words += line->itemAt(i)->widget()->sizeHint().width();
+    const bool isWide = words > maximumWidth() - margins.left() - margins.right();
     if (isWide) line->setDirection(QBoxLayout::TopToBottom);
     line->addStretch(1);
     content_->addSpacing(scaled(6));
