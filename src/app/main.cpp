@@ -4,6 +4,7 @@
 #include "app/style/style.h"
 #include "host/crash_recorder.h"
 #include "host/crash_reports.h"
+#include "program/host_services.h"
 #include "program/resources.h"
 #include "program/this_mac.h"
 

@@ -113,6 +113,17 @@ tl::expected<std::unique_ptr<VolumeMac>, Message> VolumeMac::open(const std::fil
     return std::unique_ptr<VolumeMac>(new VolumeMac(std::move(parts)));
 }
 
+std::vector<std::string> VolumeMac::homesToChoose(const std::filesystem::path& folder) {
+    const auto files = RootedFileSystem::open(folder);
+    const auto user = files ? findVolumeUser(**files, std::nullopt) : tl::unexpected(VolumeUserError{});
+    std::vector<std::string> homes;
+    if (user) return homes;
+    homes.reserve(user.error().candidates.size());
+    for (const auto& candidate : user.error().candidates)
+        homes.push_back(candidate.string());
+    return homes;
+}
+
 VolumeMac::VolumeMac(std::unique_ptr<Parts> parts) : parts_(std::move(parts)) {}
 VolumeMac::~VolumeMac() = default;
 

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 
@@ -21,6 +22,8 @@ class VolumeMac : public OwnedMac {
                                                                   const std::optional<std::string>& home,
                                                                   HostServices& host, const Texts& texts,
                                                                   Log& log);
+    /// The homes to choose from where a volume has several; empty where that is not what is missing.
+    static std::vector<std::string> homesToChoose(const std::filesystem::path& folder);
     ~VolumeMac() override;
 
     Mac& mac() override;

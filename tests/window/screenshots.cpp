@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QMenu>
 #include <QTest>
 #include <cstdio>
 
@@ -41,6 +42,11 @@ class Drawing {
     test::TemporaryFolder resources_;
 };
 
+void closeSheet(WindowFixture& fixture) {
+    QTest::keyClick(fixture.find<QWidget>("sheet"), Qt::Key_Escape);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
 /// Each page of the settings.
 bool drawSettings(WindowFixture& fixture, const Drawing& drawing) {
     auto& window = fixture.window;
@@ -49,7 +55,32 @@ bool drawSettings(WindowFixture& fixture, const Drawing& drawing) {
     for (const auto* tab : {"permissions", "trash", "protected", "about"})
         isDrawn = isDrawn && fixture.click((std::string("settings.tab.") + tab).c_str())
                   && drawing.save(window, (std::string("settings-") + tab).c_str());
-    QTest::keyClick(fixture.find<QWidget>("sheet"), Qt::Key_Escape);
+    closeSheet(fixture);
+    return isDrawn;
+}
+
+/// Questions and notes that stand over what was there before.
+bool drawSheets(WindowFixture& fixture, const Drawing& drawing) {
+    auto& window = fixture.window;
+    window.openOnboarding();
+    bool isDrawn = drawing.save(window, "onboarding") && fixture.click("next step")
+                   && drawing.save(window, "onboarding-access") && fixture.click("next step")
+                   && drawing.save(window, "onboarding-trash");
+    closeSheet(fixture);
+    auto* cards = fixture.find<QAbstractItemView>("applications");
+    cards->setFocus();
+    QTest::keyClick(cards, Qt::Key_Space);
+    isDrawn = isDrawn && drawing.save(window, "details") && fixture.click("details.editTags")
+              && drawing.save(window, "tags");
+    closeSheet(fixture);
+    auto* menu = fixture.find<QMenu>("systems");
+    menu->popup(QPoint());
+    isDrawn = isDrawn && drawing.save(*menu, "systems");
+    menu->close();
+    auto& isThere = window.mac()->presence()->isThere;
+    isThere.set(false);
+    isDrawn = isDrawn && drawing.save(window, "gone");
+    isThere.set(true);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     return isDrawn;
 }
@@ -64,8 +95,8 @@ bool draw(const Drawing& drawing) {
     auto* cards = fixture.find<QAbstractItemView>("applications");
     if (!isDrawn || !cards) return false;
     cards->setCurrentIndex(WindowFixture::rowCalled(*cards, QStringLiteral("Marlin Notes")));
-    isDrawn =
-        drawing.save(window, "home") && drawSettings(fixture, drawing) && fixture.review("Marlin Notes");
+    isDrawn = drawing.save(window, "home") && drawSettings(fixture, drawing) && drawSheets(fixture, drawing)
+              && fixture.review("Marlin Notes");
     auto* found = fixture.find<QAbstractItemView>("review");
     found->setCurrentIndex(WindowFixture::rowCalled(*found, QStringLiteral("com.marlinworks.notes")));
     found->scrollToTop();

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "base/executor.h"
-#include "program/host_services.h"
+#include "base/message.h"
+#include "base/texts.h"
 #include "program/running_mac.h"
-#include "program/volume_mac.h"
+#include "settings/recent_volumes.h"
 
 #include <filesystem>
 #include <functional>
@@ -11,28 +12,37 @@
 #include <optional>
 #include <string>
 #include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
+
+class HostServices;
 
 /// Opens Macs in the background: what lies on a disk may be slow to answer. Belongs to the main thread.
 class MacOpener {
   public:
     struct Opened {
         std::unique_ptr<OwnedMac> mac;
-        std::string name; ///< of its folder
+        std::string name;                   ///< of its folder, or what the Mac is called that this runs on
+        std::optional<RecentVolume> volume; ///< by which it can be opened again; absent for what is temporary
     };
-    using Then = std::function<void(tl::expected<Opened, Message>)>;
+    struct Refusal {
+        Message why;
+        std::vector<std::string> homes = {}; ///< to choose one from, where only that is missing
+    };
+    using Result = tl::expected<Opened, Refusal>;
+    using Then = std::function<void(Result)>; ///< called on the main thread, unless this is gone by then
 
     /// What is passed outlives this.
     MacOpener(HostServices& host, const Texts& texts, Log& log, Executor& main, Executor& background)
         : host_(host), texts_(texts), log_(log), main_(main), background_(background) {}
 
-    /// `then` is called on the main thread, unless this is gone by then.
-    void open(std::filesystem::path folder, std::optional<std::string> home, Then then);
     /// Opens the Mac that the program runs on.
     void openRunning(const RunningMac::Open& running, Then then);
-    /// Writes the sample to a new folder of the system's temporary one, and opens it.
-    void openSample(Then then);
+    void open(std::filesystem::path folder, std::optional<std::string> home, Then then);
+    /// Writes the sample into a folder that is empty or missing, or into a new one of the system's temporary
+    /// folder, and opens it.
+    void openSample(const std::optional<std::filesystem::path>& folder, Then then);
 
   private:
     HostServices& host_;

@@ -10,6 +10,7 @@
 #include "app/screens/report/report_screen.h"
 #include "app/screens/review/review_screen.h"
 #include "app/screens/startup/startup_screen.h"
+#include "app/widgets/motion.h"
 #include "app/widgets/notice.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/sheet.h"
@@ -52,8 +53,11 @@ MacView::MacView(OpenMac& mac, Executor& background, const Menus& menus)
     : mac_(mac), background_(background), texts_(mac.system().texts) {
     auto* layout = parts::row(this);
     sidebar_ = new Sidebar(
-        texts_, {shown(mac.name()), shown(mac.userName())}, menus.systems, [this](Place place) { go(place); },
-        menus.openSettings);
+        texts_,
+        {shown(mac.name()),
+         mac.isRunningMac() ? shown(mac.userName())
+                            : text("window.system.volume %@", {shown(mac.userName()).toStdString()})},
+        menus.systems, [this](Place place) { go(place); }, menus.openSettings);
     layout->addWidget(sidebar_);
     auto* main = parts::column(nullptr);
     layout->addLayout(main, 1);
@@ -64,6 +68,7 @@ MacView::MacView(OpenMac& mac, Executor& background, const Menus& menus)
     main->addLayout(recovery_);
     main->addLayout(notices_);
     screens_ = new QStackedWidget;
+    connect(screens_, &QStackedWidget::currentChanged, this, [this] { fadeIn(*screens_); });
     main->addWidget(screens_, 1);
     makeScreens();
     follow();
@@ -105,8 +110,8 @@ void MacView::makeScreens() {
     const auto& system = mac_.system();
     const auto showItem = [this](const Path& item) { reveal(item); };
     applications_ = new ApplicationsScreen(
-        {session.models().homeGrid(), session.preferences(), session.protectedApps(), mac_.icons(), texts_,
-         system.clock},
+        {session.models().homeGrid(), session.preferences(), session.protectedApps(), session.tags(),
+         mac_.icons(), texts_, system.clock, showItem},
         [this](const auto& bundles) { lookAt(bundles); },
         [this](const InstalledApp& app) {
             showPermissions({.bundleURL = app.url, .bundleID = app.bundleID, .name = app.name});

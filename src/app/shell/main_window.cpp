@@ -1,19 +1,20 @@
 #include "app/shell/main_window.h"
 
+#include "app/screens/onboarding/onboarding_sheet.h"
 #include "app/screens/settings/settings_sheet.h"
+#include "app/screens/welcome/gone_sheet.h"
 #include "app/screens/welcome/welcome_screen.h"
 #include "app/shell/drop_veil.h"
 #include "app/shell/dropped_items.h"
 #include "app/shell/kept_views.h"
 #include "app/shell/standing_services.h"
+#include "app/shell/system_chooser.h"
 #include "app/style/metrics.h"
 #include "app/widgets/words.h"
-#include "base/background_step.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
-#include <QFileDialog>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
@@ -35,6 +36,7 @@ MainWindow::MainWindow(Services services)
     setMinimumSize(800, 560);
     resize(scaled(1080), scaled(720));
     setAcceptDrops(true);
+    makeChooser();
     makeMenus();
     veil_ = new DropVeil(this);
     showWelcome();
@@ -43,9 +45,10 @@ MainWindow::MainWindow(Services services)
     });
 }
 
-/// The view refers to the Mac, so it goes first.
+/// Sheets and the view refer to the Mac, so they go first.
 MainWindow::~MainWindow() {
     standing_.reset();
+    presence_.reset();
     clearContent();
 }
 
@@ -58,6 +61,15 @@ void MainWindow::clearContent() {
     view_ = nullptr;
 }
 
+void MainWindow::makeChooser() {
+    chooser_ = new SystemChooser(this,
+                                 {services_.opener, RecentVolumes(services_.own.host().defaults()),
+                                  texts_, services_.main, services_.background},
+                                 {[this] { return mayLeave(); }, [this](const auto& words) { begin(words); },
+                                  [this](auto opened) { take(std::move(opened)); },
+                                  [this](const auto& why) { refuse(why); }});
+}
+
 void MainWindow::makeMenus() {
     const auto add = [this](QMenu& menu, const char* key, const QKeySequence& keys, auto act) {
         auto* action = menu.addAction(text(key));
@@ -65,14 +77,15 @@ void MainWindow::makeMenus() {
         connect(action, &QAction::triggered, this, act);
         return action;
     };
-    systems_ = menuBar()->addMenu(text("window.menu.file"));
-    add(*systems_, "window.menu.open", QKeySequence::Open, [this] { chooseVolume(); });
-    add(*systems_, "window.menu.sample", {}, [this] { openSample(); });
-    systems_->addSeparator();
-    auto* settings = add(*systems_, "window.menu.settings", QKeySequence(Qt::CTRL | Qt::Key_Comma),
-                         [this] { openSettings(); });
-    settings->setMenuRole(QAction::PreferencesRole);
-    add(*systems_, "window.menu.quit", QKeySequence::Quit, [this] { close(); });
+    auto* file = menuBar()->addMenu(text("window.menu.file"));
+    add(*file, "window.menu.open", QKeySequence::Open, [this] { chooser_->chooseVolume(); });
+    add(*file, "window.menu.sample", {}, [this] { openSample(); });
+    add(*file, "window.menu.sampleFolder", {}, [this] { chooser_->chooseSampleFolder(); });
+    file->addSeparator();
+    add(*file, "window.menu.settings", QKeySequence(Qt::CTRL | Qt::Key_Comma), [this] {
+        openSettings();
+    })->setMenuRole(QAction::PreferencesRole);
+    add(*file, "window.menu.quit", QKeySequence::Quit, [this] { close(); });
     auto* go = menuBar()->addMenu(text("window.menu.go"));
     const auto whenOpen = [this](auto act) {
         return [this, act] {
@@ -90,78 +103,85 @@ void MainWindow::makeMenus() {
     add(*go, "window.menu.search", QKeySequence::Find, whenOpen([](MacView& view) { view.search(); }));
     add(*go, "window.menu.rescan", QKeySequence(Qt::CTRL | Qt::Key_R),
         whenOpen([](MacView& view) { view.lookAgain(); }));
+    auto* help = menuBar()->addMenu(text("window.menu.help"));
+    add(*help, "window.menu.onboarding", {}, [this] { openOnboarding(); });
+}
+
+/// Null unless the running Mac is open: a volume asks for no permission.
+PermissionsModel* MainWindow::ownPermissions() {
+    return mac_ && mac_->isRunningMac() ? &mac_->session().models().permissions() : nullptr;
+}
+
+std::function<void(SystemSettingsLauncher::Pane)> MainWindow::paneOpener() {
+    return [this](auto pane) {
+        if (view_) view_->openPane(pane);
+    };
 }
 
 void MainWindow::openSettings() {
     if (settings_) return;
-    SettingsSheet::MacFacts facts;
-    if (mac_) {
-        auto& models = mac_->session().models();
-        if (!mac_->session().mac().volume) facts.own = &models.permissions();
-        facts.installed = models.homeGrid().apps();
-        facts.openPane = [this](auto pane) { view_->openPane(pane); };
-    }
+    SettingsSheet::MacFacts facts{ownPermissions(), {}, paneOpener()};
+    if (mac_) facts.installed = mac_->session().models().homeGrid().apps();
     settings_ = new SettingsSheet(this, services_.own, std::move(facts), texts_);
     settings_->open();
 }
 
+void MainWindow::openOnboarding() {
+    if (onboarding_) return;
+    onboarding_ = new OnboardingSheet(this, {services_.own, ownPermissions(), paneOpener()}, texts_);
+    onboarding_->open();
+}
+
 void MainWindow::showWelcome() {
-    welcome_ = new WelcomeScreen(texts_, {[this] { chooseVolume(); }, [this] { openSample(); }});
+    welcome_ = new WelcomeScreen(texts_, {[this] { chooser_->chooseVolume(); }, [this] { openSample(); }});
     setCentralWidget(welcome_);
 }
 
-void MainWindow::chooseVolume() {
-    if (isBusy()) return;
-    auto* dialog = new QFileDialog(this, text("window.menu.open"));
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setFileMode(QFileDialog::Directory);
-    connect(dialog, &QFileDialog::fileSelected, this,
-            [this](const QString& folder) { open(folder.toStdString()); });
-    dialog->open();
-}
-
 void MainWindow::open(const std::filesystem::path& folder, const std::optional<std::string>& home) {
-    if (isBusy()) return;
-    if (welcome_) welcome_->say(text("window.opening"));
-    if (welcome_) welcome_->setBusy(true);
-    services_.opener.open(folder, home, [this](auto opened) { take(std::move(opened)); });
+    chooser_->open(folder, home);
 }
 
 void MainWindow::openSample() {
-    if (isBusy()) return;
-    if (welcome_) welcome_->say(text("window.sample.writing"));
-    if (welcome_) welcome_->setBusy(true);
-    services_.opener.openSample([this](auto opened) { take(std::move(opened)); });
+    chooser_->openSample();
 }
 
 void MainWindow::openRunning(const RunningMac::Open& running) {
-    if (welcome_) welcome_->setBusy(true);
-    services_.opener.openRunning(running, [this](auto opened) { take(std::move(opened)); });
+    chooser_->openRunning(running);
+}
+
+void MainWindow::begin(const QString& words) {
+    if (!welcome_) return;
+    welcome_->say(words);
+    welcome_->setBusy(true);
 }
 
 /// A Mac that could not be opened leaves the one that is open as it is.
-void MainWindow::take(tl::expected<MacOpener::Opened, Message> opened) {
-    if (welcome_) welcome_->setBusy(false);
-    if (!opened) {
-        const auto why = QString::fromStdString(texts_.text(opened.error()));
-        if (welcome_)
-            welcome_->say(why);
-        else if (view_)
-            view_->say(why);
-        return;
+void MainWindow::refuse(const QString& why) {
+    if (welcome_) {
+        welcome_->setBusy(false);
+        welcome_->say(why);
+    } else if (view_ && !why.isEmpty()) {
+        view_->say(why);
     }
+}
+
+void MainWindow::take(MacOpener::Opened opened) {
+    presence_.reset();
     standing_.reset();
     clearContent();
     mac_.reset();
-    mac_ = std::make_unique<OpenMac>(std::move(opened->mac), std::move(opened->name), services_.main);
+    mac_ = std::make_unique<OpenMac>(std::move(opened), services_.main);
     showView();
     view_->begin();
-    if (!mac_->session().mac().volume) stand();
+    followPresence();
+    if (mac_->isRunningMac()) stand();
     if (!waitingFiles_.empty()) view_->takeDropped(std::exchange(waitingFiles_, {}));
+    const auto& preferences = services_.own.settings().preferences();
+    if (mac_->isRunningMac() && !preferences.hasCompletedOnboarding.get()) openOnboarding();
 }
 
 void MainWindow::showView() {
-    view_ = new MacView(*mac_, services_.background, {systems_, [this] { openSettings(); }});
+    view_ = new MacView(*mac_, services_.background, {chooser_->menu(), [this] { openSettings(); }});
     setCentralWidget(view_);
 }
 
@@ -203,6 +223,7 @@ void MainWindow::speakAnew() {
         showView();
         view_->takeOver(std::move(handover));
         kept.giveTo(*view_);
+        followPresence();
     } else {
         const bool isBusy = welcome_->isBusy();
         clearContent();
@@ -214,11 +235,24 @@ void MainWindow::speakAnew() {
     settings_->go(*settings);
 }
 
+void MainWindow::followPresence() {
+    if (auto* presence = mac_->presence())
+        presence_ = presence->isThere.observe([this](bool isThere) { showPresence(isThere); });
+}
+
+/// The disk of the volume was taken away, or is back. What the window shows stays as it is.
+void MainWindow::showPresence(bool isThere) {
+    if (gone_) gone_->close();
+    if (isThere) return;
+    gone_ = openGoneSheet(this, shown(mac_->name()), texts_, chooser_->menu(),
+                          [this] { mac_->presence()->look(); });
+}
+
 /// While something is moved the Mac must stay open; says so.
-bool MainWindow::isBusy() {
+bool MainWindow::mayLeave() {
     const bool isBusy = mac_ && mac_->isBusy();
-    if (isBusy) view_->say(text("drop.busy"));
-    return isBusy;
+    if (isBusy) view_->say(text("window.system.busy"));
+    return !isBusy;
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

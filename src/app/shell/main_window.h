@@ -13,13 +13,11 @@
 #include <optional>
 #include <vector>
 
-class QMenu;
-
 namespace tidwen {
 
 class DropVeil;
-class SettingsSheet;
 class StandingServices;
+class SystemChooser;
 class WelcomeScreen;
 
 /// The window: the Mac that is open, or the choice of one.
@@ -39,8 +37,10 @@ class MainWindow final : public QMainWindow {
 
     void open(const std::filesystem::path& folder, const std::optional<std::string>& home = {});
     void openSample();
-    void openSettings();
     void openRunning(const RunningMac::Open& running);
+    void openSettings();
+    /// What is told at the first start.
+    void openOnboarding();
     /// Files of this machine, as dropped; those that come while a Mac is being opened wait for it.
     void takeFiles(std::vector<std::string> hostPaths);
     void present();
@@ -56,30 +56,38 @@ class MainWindow final : public QMainWindow {
     void dropEvent(QDropEvent* event) override;
 
   private:
+    void makeChooser();
     void makeMenus();
     void speakAnew();
     void showView();
     void clearContent();
-    void chooseVolume();
-    void take(tl::expected<MacOpener::Opened, Message> opened);
+    void begin(const QString& words);
+    void refuse(const QString& why);
+    void take(MacOpener::Opened opened);
     void stand();
     void showWelcome();
-    bool isBusy();
+    void followPresence();
+    void showPresence(bool isThere);
+    bool mayLeave();
+    PermissionsModel* ownPermissions();
+    std::function<void(SystemSettingsLauncher::Pane)> paneOpener();
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 
     Services services_;
     const Texts& texts_;
     AppearanceFollower appearance_;
     Subscription speaking_;
-    QMenu* systems_ = nullptr;
+    SystemChooser* chooser_ = nullptr;
     WelcomeScreen* welcome_ = nullptr;
     DropVeil* veil_ = nullptr;
     QPointer<SettingsSheet> settings_;
-    Subscription settingsChanged_;
+    QPointer<Sheet> onboarding_;
+    QPointer<Sheet> gone_;
     std::unique_ptr<OpenMac> mac_;
     MacView* view_ = nullptr;                    ///< of `mac_`, and goes before it
     std::unique_ptr<StandingServices> standing_; ///< of the Mac that the program runs on
     std::vector<std::string> waitingFiles_;
+    Subscription settingsChanged_, presence_;
 };
 
 } // namespace tidwen

@@ -2,17 +2,20 @@
 
 namespace tidwen {
 
-OpenMac::OpenMac(std::unique_ptr<OwnedMac> owned, std::string name, Executor& main)
-    : owned_(std::move(owned)),
-      name_(std::move(name)),
+OpenMac::OpenMac(MacOpener::Opened opened, Executor& main)
+    : opened_(std::move(opened)),
       loop_(main),
-      icons_(owned_->mac().system.workspace, main),
-      session_(owned_->mac(), main, InstalledBundles::Looks::many),
-      flow_(session_.removalServices(), owned_->mac().system.user),
-      chores_(session_.startupServices(), owned_->mac().system.user) {}
+      icons_(opened_.mac->mac().system.workspace, main),
+      session_(opened_.mac->mac(), main, InstalledBundles::Looks::many),
+      flow_(session_.removalServices(), opened_.mac->mac().system.user),
+      chores_(session_.startupServices(), opened_.mac->mac().system.user) {
+    if (const auto& folder = opened_.mac->mac().volume)
+        presence_.emplace(opened_.mac->mac().system.files, *folder, main);
+    (void)session_.followSettings();
+}
 
 std::string OpenMac::userName() const {
-    return owned_->mac().system.user.home.lastComponent();
+    return opened_.mac->mac().system.user.home.lastComponent();
 }
 
 void OpenMac::arrange() {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "app/models/app_icons.h"
+#include "app/shell/mac_opener.h"
+#include "app/shell/volume_presence.h"
 #include "program/session.h"
 
 #include <memory>
@@ -13,26 +15,29 @@ namespace tidwen {
 /// step at hand of what runs.
 class OpenMac {
   public:
-    OpenMac(std::unique_ptr<OwnedMac> owned, std::string name, Executor& main);
+    OpenMac(MacOpener::Opened opened, Executor& main);
 
-    const std::string& name() const { return name_; } ///< of the volume, as people know it
+    const std::string& name() const { return opened_.name; } ///< of a volume, as people know it
     std::string userName() const;
+    bool isRunningMac() { return !opened_.mac->mac().volume; }
     Session& session() { return session_; }
     AppIcons& icons() { return icons_; }
     RemovalFlowModel& flow() { return flow_; }
     StartupChores& chores() { return chores_; }
-    const System& system() { return owned_->mac().system; }
+    const System& system() { return opened_.mac->mac().system; }
     Executor& loop() { return loop_; }
     /// Sorts and names again, in another language.
     void arrange();
+    /// Null for the running Mac, which does not go away.
+    VolumePresence* presence() { return presence_ ? &*presence_ : nullptr; }
     /// A removal or an undo runs: it must end before this Mac is left.
     bool isBusy();
 
   private:
-    std::unique_ptr<OwnedMac> owned_;
-    std::string name_;
+    MacOpener::Opened opened_;
     Executor& loop_;
     AppIcons icons_;
+    std::optional<VolumePresence> presence_;
     Session session_;
     RemovalFlowModel flow_;
     StartupChores chores_;

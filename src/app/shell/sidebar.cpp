@@ -61,7 +61,8 @@ void Sidebar::addPlace(Place place, const char* icon, const char* key) {
 
 QWidget* Sidebar::makeSystemTile(const Mac& mac, QMenu* systems) {
     system_ = new SidebarItem(QStringLiteral("disk"), mac.name);
-    system_->setSecondLine(words(texts_, "window.system.volume %@", {mac.user.toStdString()}));
+    system_->setObjectName(QStringLiteral("system"));
+    system_->setSecondLine(mac.second);
     connect(system_, &QAbstractButton::clicked, this, [this, systems] {
         systems->popup(system_->mapToGlobal(QPoint(0, -systems->sizeHint().height())));
     });

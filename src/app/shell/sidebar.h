@@ -21,7 +21,7 @@ class Sidebar final : public Panel {
   public:
     struct Mac {
         QString name;
-        QString user;
+        QString second; ///< whose, and of what kind
     };
     /// `systems` offers other Macs to open.
     Sidebar(const Texts& texts, const Mac& mac, QMenu* systems, std::function<void(Place)> go,

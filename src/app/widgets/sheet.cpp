@@ -1,6 +1,7 @@
 #include "app/widgets/sheet.h"
 
 #include "app/style/style.h"
+#include "app/widgets/motion.h"
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
 
@@ -19,6 +20,7 @@ Sheet::Sheet(QWidget* window, const QString& name, int width)
     setAccessibleName(name);
     setFocusPolicy(Qt::StrongFocus);
     auto* panel = new Panel({.radius = 14});
+    panel_ = panel;
     panel->setFixedWidth(qMin(scaled(width), window->width() - scaled(48)));
     content_ = parts::column(panel, scaled(14));
     content_->setContentsMargins(scaled(24), scaled(24), scaled(24), scaled(24));
@@ -33,6 +35,7 @@ void Sheet::open() {
     setGeometry(parentWidget()->rect());
     show();
     raise();
+    settle(*panel_);
     setFocus();
     for (auto* button : findChildren<QPushButton*>())
         if (button->isDefault()) button->setFocus();

@@ -29,6 +29,7 @@ class Sheet : public QWidget {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    QWidget* panel_ = nullptr;
     QBoxLayout* content_;
     QPointer<QWidget> before_; ///< had the focus
 };

@@ -1,6 +1,8 @@
 #include "app/screens/applications/applications_screen.h"
 
+#include "app/screens/applications/app_details_sheet.h"
 #include "app/screens/applications/card_view.h"
+#include "app/screens/applications/tags_sheet.h"
 #include "app/widgets/empty_state.h"
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
@@ -89,7 +91,9 @@ QWidget* ApplicationsScreen::makeFooter() {
     layout->addWidget(count_);
     layout->addWidget(sizes_);
     static_cast<QBoxLayout*>(layout)->addStretch(1);
+    editTags_ = parts::button(text("details.editTags"), [this] { editTags(); });
     layout->addWidget(protect_);
+    layout->addWidget(editTags_);
     layout->addWidget(primary_);
     return footer;
 }
@@ -141,8 +145,25 @@ QMenu* ApplicationsScreen::makeFilterMenu() {
         addSwitch("applications.filter.background", &HomeGridOptions::showsBackgroundAgents);
         addSwitch("applications.filter.unused", &HomeGridOptions::onlyUnused);
         addSwitch("applications.filter.protected", &HomeGridOptions::onlyProtected);
+        addTagChoices(*menu);
     });
     return menu;
+}
+
+void ApplicationsScreen::addTagChoices(QMenu& menu) {
+    const auto tags = models_.tags.all();
+    if (tags.empty()) return;
+    menu.addSection(text("details.tags"));
+    for (const auto& tag : tags) {
+        const bool isOn = models_.grid.options().tag == tag;
+        auto* action = menu.addAction(shown(tag).replace(QLatin1Char('&'), QStringLiteral("&&")));
+        action->setCheckable(true);
+        action->setChecked(isOn);
+        connect(action, &QAction::triggered, this, [this, tag, isOn] {
+            setOption(
+                [&](HomeGridOptions& changed) { changed.tag = isOn ? std::nullopt : std::optional(tag); });
+        });
+    }
 }
 
 void ApplicationsScreen::setOption(const std::function<void(HomeGridOptions&)>& change) {
@@ -163,6 +184,11 @@ void ApplicationsScreen::showMenuFor(const QPoint& point) {
         connect(menu->addAction(text("permissions.show")), &QAction::triggered, this,
                 [this, app = *rows.front()->app] { showPermissions_(app); });
     connect(menu->addAction(protect_->text()), &QAction::triggered, this, [this] { toggleProtection(); });
+    connect(menu->addAction(text("details.editTags")), &QAction::triggered, this, [this] { editTags(); });
+    menu->addSeparator();
+    connect(menu->addAction(text("details.show")), &QAction::triggered, this, [this] { showDetails(); });
+    connect(menu->addAction(text("history.revealButton")), &QAction::triggered, this,
+            [this, bundle = list_.row(index).app->url] { models_.reveal(bundle); });
     menu->popup(cards_->viewport()->mapToGlobal(point));
 }
 
@@ -200,12 +226,36 @@ void ApplicationsScreen::toggleProtection() {
     updateFooter();
 }
 
+void ApplicationsScreen::editTags() {
+    std::vector<std::string> identifiers;
+    const auto rows = chosen();
+    if (rows.empty()) return;
+    identifiers.reserve(rows.size());
+    for (const auto* row : rows)
+        identifiers.push_back(row->app->bundleID);
+    const auto subject = rows.size() == 1 ? shown(rows.front()->app->name)
+                                          : text("report.subject.apps %lld", {std::to_string(rows.size())});
+    openTagsSheet(window(), models_.tags, identifiers, subject, models_.texts);
+}
+
+void ApplicationsScreen::showDetails() {
+    const auto index = cards_->currentIndex();
+    if (!index.isValid() || !list_.row(index).app) return;
+    cards_->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
+    const auto& row = list_.row(index);
+    openAppDetails(window(), row, models_.icons, models_.texts, models_.clock.now(),
+                   {.toggleProtection = [this] { toggleProtection(); },
+                    .editTags = [this] { editTags(); },
+                    .reveal = [this, bundle = row.app->url] { models_.reveal(bundle); }});
+}
+
 void ApplicationsScreen::search() {
     search_->setFocus();
     search_->selectAll();
 }
 
 void ApplicationsScreen::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier) return showDetails();
     if (!typeInto(*search_, *event)) QWidget::keyPressEvent(event);
 }
 
@@ -246,6 +296,7 @@ void ApplicationsScreen::updateFooter() {
     const bool areProtected = !rows.empty() && std::ranges::all_of(rows, &HomeRow::isProtected);
     protect_->setText(text(areProtected ? "drop.tile.unprotect" : "drop.tile.protect"));
     protect_->setVisible(!rows.empty());
+    editTags_->setVisible(!rows.empty());
     primary_->setText(text(rows.size() > 1 ? "applications.look.several" : "applications.look"));
     primary_->setVisible(!rows.empty());
 }

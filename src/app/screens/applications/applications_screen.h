@@ -27,9 +27,11 @@ class ApplicationsScreen final : public QWidget {
         HomeGridModel& grid;
         AppPreferences& preferences;
         ProtectedApps& protectedApps;
+        AppTags& tags;
         AppIcons& icons;
         const Texts& texts;
         const Clock& clock;
+        std::function<void(const Path&)> reveal; ///< shows an item in its folder
     };
     /// `look`: asked for what belongs to these applications.
     ApplicationsScreen(Models models, std::function<void(const std::vector<Path>&)> look,
@@ -51,6 +53,9 @@ class ApplicationsScreen final : public QWidget {
     std::vector<const HomeRow*> chosen() const;
     void lookAtChosen();
     void toggleProtection();
+    void editTags();
+    void showDetails();
+    void addTagChoices(QMenu& menu);
     void update();
     void updateFooter();
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
@@ -67,6 +72,7 @@ class ApplicationsScreen final : public QWidget {
     QLabel* count_ = nullptr;
     QLabel* sizes_ = nullptr;
     QPushButton* protect_ = nullptr;
+    QPushButton* editTags_ = nullptr;
     QPushButton* primary_ = nullptr;
     std::vector<Subscription> following_;
 };

@@ -124,10 +124,10 @@ QModelIndex CardView::moveCursor(CursorAction action, Qt::KeyboardModifiers /*mo
     return number > 0 || group == 0 ? go(group, number - 1) : go(group - 1, groups_[group - 1].count);
 }
 
-/// What is typed goes to the screen, which searches for it.
+/// What is typed goes to the screen, which searches for it, or shows the details for a space.
 void CardView::keyPressEvent(QKeyEvent* event) {
     const auto text = event->text();
-    const bool isTyped = !text.isEmpty() && text.at(0).isPrint() && text.at(0) != QLatin1Char(' ');
+    const bool isTyped = !text.isEmpty() && text.at(0).isPrint();
     if (isTyped && !(event->modifiers() & (Qt::ControlModifier | Qt::MetaModifier))) return event->ignore();
     QListView::keyPressEvent(event);
 }

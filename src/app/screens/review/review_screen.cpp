@@ -1,6 +1,7 @@
 #include "app/screens/review/review_screen.h"
 
 #include "app/models/trace_words.h"
+#include "app/screens/review/review_filter.h"
 #include "app/screens/review/size_bar.h"
 #include "app/widgets/details_pane.h"
 #include "app/widgets/find_delegate.h"
@@ -81,7 +82,11 @@ QWidget* ReviewScreen::makeHeader() {
         filter.query = query.toStdString();
         flow_.setReviewFilter(std::move(filter));
     });
+    auto* filter = new QPushButton(text("applications.filter"));
+    filter->setObjectName(QStringLiteral("filter finds"));
+    filter->setMenu(reviewFilterMenu(filter, flow_, texts_));
     header_->addControl(modes);
+    header_->addControl(filter);
     header_->addControl(search_);
     return header_;
 }
@@ -193,13 +198,18 @@ void ReviewScreen::showSizes() {
     std::vector<SizeBar::Part> parts;
     parts.reserve(namedParts + 1);
     std::int64_t others = 0;
+    const auto picked = flow_.reviewFilter().category;
     for (const auto& [category, bytes] : sorted)
         if (parts.size() == namedParts || bytes == 0)
             others += bytes;
         else
-            parts.push_back(
-                {words(texts_, "category." + std::string(name(category))), sizeWords(bytes, texts_), bytes});
-    if (others > 0) parts.push_back({text("review.bar.others"), sizeWords(others, texts_), others});
+            parts.push_back({words(texts_, "category." + std::string(name(category))),
+                             sizeWords(bytes, texts_), bytes,
+                             [this, category = category] { toggleCategory(flow_, category); },
+                             picked && *picked != category});
+    if (others > 0)
+        parts.push_back(
+            {text("review.bar.others"), sizeWords(others, texts_), others, {}, picked.has_value()});
     sizes_->show(std::move(parts));
 }
 

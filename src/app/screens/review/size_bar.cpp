@@ -3,6 +3,7 @@
 #include "app/style/metrics.h"
 #include "app/style/style.h"
 
+#include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QStringList>
@@ -49,8 +50,11 @@ void SizeBar::paintEvent(QPaintEvent* /*event*/) {
     clip.addRoundedRect(QRectF(0, 0, width(), barHeight()), barHeight() / 2.0, barHeight() / 2.0);
     double x = 0;
     int words = 0;
+    places_.assign(parts_.size(), {});
     for (std::size_t i = 0; i < parts_.size(); ++i) {
         const auto& part = parts_[i];
+        painter.setOpacity(part.isFaint ? 0.35 : 1);
+        const int wordsBegin = words;
         const double wide =
             whole > 0 ? width() * static_cast<double>(part.bytes) / static_cast<double>(whole) : 0;
         const auto color = QColor::fromRgb(partColors[i % partColors.size()]);
@@ -78,8 +82,19 @@ void SizeBar::paintEvent(QPaintEvent* /*event*/) {
         draw(Type::section, Role::text, part.title);
         words += scaled(4);
         draw(Type::second, Role::second, part.size);
+        places_[i] = QRegion(place)
+                     + QStyle::visualRect(layoutDirection(), rect(),
+                                          QRect(wordsBegin, barHeight(), words - wordsBegin, height()));
         words += scaled(14);
     }
+}
+
+void SizeBar::mousePressEvent(QMouseEvent* event) {
+    for (std::size_t i = 0; i < places_.size() && i < parts_.size(); ++i)
+        if (places_[i].contains(event->pos()) && parts_[i].pick) {
+            const auto pick = parts_[i].pick; // which shows other parts
+            return pick();
+        }
 }
 
 } // namespace tidwen

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <QRegion>
 #include <QString>
 #include <QWidget>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace tidwen {
@@ -14,6 +16,8 @@ class SizeBar final : public QWidget {
         QString title;
         QString size;
         std::int64_t bytes = 0;
+        std::function<void()> pick = {}; ///< for a click on it; none: it cannot be picked
+        bool isFaint = false;            ///< another one is picked
     };
 
     SizeBar();
@@ -22,9 +26,11 @@ class SizeBar final : public QWidget {
 
   protected:
     void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
 
   private:
     std::vector<Part> parts_;
+    std::vector<QRegion> places_; ///< of the parts, as they were painted
 };
 
 } // namespace tidwen

@@ -28,6 +28,8 @@ const char* stateKey(NotificationState state) {
     return "settings.permissions.notifications.unavailable";
 }
 
+} // namespace
+
 const char* stateKey(FullDiskAccessProbe::Status status) {
     switch (status) {
     case FullDiskAccessProbe::Status::granted:
@@ -39,8 +41,6 @@ const char* stateKey(FullDiskAccessProbe::Status status) {
     }
     return "settings.permissions.fullDisk.indeterminate";
 }
-
-} // namespace
 
 PermissionsPage::PermissionsPage(PermissionsModel* own, NotificationPermission& notifications,
                                  const Texts& texts, const OpenPane& open)

@@ -11,6 +11,9 @@ class QPushButton;
 
 namespace tidwen {
 
+/// The words for what is known of Full Disk Access.
+const char* stateKey(FullDiskAccessProbe::Status status);
+
 /// What macOS lets this program do, followed while it is shown.
 class PermissionsPage final : public SettingsPage {
   public:

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "inventory/home_grid_model.h"
+
+#include <functional>
+
+class QWidget;
+
+namespace tidwen {
+
+class AppIcons;
+class Sheet;
+
+/// What is known of one application, and what can be done with it.
+struct AppDetailsActions {
+    std::function<void()> toggleProtection;
+    std::function<void()> editTags;
+    std::function<void()> reveal;
+};
+Sheet* openAppDetails(QWidget* window, const HomeRow& row, AppIcons& icons, const Texts& texts, Timestamp now,
+                      const AppDetailsActions& actions);
+
+} // namespace tidwen

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "removal/removal_flow_model.h"
+
+class QMenu;
+class QWidget;
+
+namespace tidwen {
+
+/// What of the finds is shown, and in which order. Made anew whenever it opens; `flow` and `texts` outlive
+/// it.
+QMenu* reviewFilterMenu(QWidget* parent, RemovalFlowModel& flow, const Texts& texts);
+
+/// Shows only this kind, or all again when only this one is shown.
+void toggleCategory(RemovalFlowModel& flow, TraceCategory category);
+
+} // namespace tidwen

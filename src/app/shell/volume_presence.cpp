@@ -1,0 +1,42 @@
+#include "app/shell/volume_presence.h"
+
+#include "base/background_step.h"
+
+#include <utility>
+
+namespace tidwen {
+
+namespace {
+
+constexpr int lookEvery = 3000; ///< milliseconds
+
+/// The files are those of the folder that was opened, wherever it is now; another of the same name may stand
+/// in its place.
+bool isThere(const FileSystem& files, const std::filesystem::path& folder) {
+    const auto entries = files.list(Path("/"));
+    if (!entries || entries->empty()) return false;
+    std::error_code failure;
+    const auto& first = entries->front().name;
+    return std::filesystem::exists(std::filesystem::symlink_status(folder / first, failure));
+}
+
+} // namespace
+
+VolumePresence::VolumePresence(const FileSystem& files, std::filesystem::path folder, Executor& main)
+    : files_(files), folder_(std::move(folder)), main_(main) {
+    QObject::connect(&timer_, &QTimer::timeout, [this] { look(); });
+    timer_.start(lookEvery);
+}
+
+void VolumePresence::look() {
+    if (std::exchange(isLooking_, true)) return;
+    inBackground(
+        *this, alive_, queue_, main_,
+        [&files = files_, folder = folder_] { return tidwen::isThere(files, folder); },
+        [](VolumePresence& self, bool isThereNow) {
+            self.isLooking_ = false;
+            self.isThere.set(isThereNow);
+        });
+}
+
+} // namespace tidwen

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "base/executor.h"
+#include "base/observable.h"
+#include "platform/file_system.h"
+
+#include <QTimer>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+namespace tidwen {
+
+/// Whether the folder of an open volume is still the one that was opened: its disk may be taken away and come
+/// back. Main thread only; looks in the background, one look at a time.
+class VolumePresence {
+  public:
+    /// What is passed by reference outlives this.
+    VolumePresence(const FileSystem& files, std::filesystem::path folder, Executor& main);
+
+    Property<bool> isThere{true};
+    void look();
+
+  private:
+    const FileSystem& files_;
+    std::filesystem::path folder_;
+    Executor& main_;
+    bool isLooking_ = false;
+    QTimer timer_;
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
+    WorkQueue queue_;                                            ///< last: its work uses the others
+};
+
+} // namespace tidwen

@@ -1,0 +1,72 @@
+#include "window/window_fixture.h"
+
+#include <QAction>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QTest>
+#include <gmock/gmock.h>
+
+namespace tidwen {
+namespace {
+
+using test::WindowFixture;
+using testing::ElementsAre;
+
+class Applications : public testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(fixture.openSample() && fixture.hasFocus());
+        cards = fixture.find<QAbstractItemView>("applications");
+    }
+    void choose(const char* name, QItemSelectionModel::SelectionFlags how) {
+        cards->selectionModel()->setCurrentIndex(WindowFixture::rowCalled(*cards, QString::fromUtf8(name)),
+                                                 how);
+    }
+
+    WindowFixture fixture;
+    QAbstractItemView* cards = nullptr;
+};
+
+TEST_F(Applications, ShowDetailsAtASpaceAndAreProtectedAndTaggedFromThere) {
+    auto& session = fixture.window.mac()->session();
+    choose("Kip", QItemSelectionModel::ClearAndSelect);
+    cards->setFocus();
+    QTest::keyClick(cards, Qt::Key_Space);
+    ASSERT_TRUE(fixture.click("drop.tile.protect"));
+    EXPECT_TRUE(session.protectedApps().contains("com.littlefin.kip"));
+    session.protectedApps().toggle("com.littlefin.kip");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    choose("Kip", QItemSelectionModel::ClearAndSelect);
+    choose("Notes", QItemSelectionModel::Select);
+    QTest::keyClick(cards, Qt::Key_Space); // of the current one
+    ASSERT_TRUE(fixture.click("details.editTags"));
+    fixture.find<QLineEdit>("new tag")->setText(QStringLiteral("  Small  "));
+    ASSERT_TRUE(fixture.click("add tag"));
+    EXPECT_THAT(session.tags().tags("org.paperplane.notes"), ElementsAre("Small"));
+    auto* tags = fixture.find<QListWidget>("tags");
+    EXPECT_EQ(tags->item(0)->checkState(), Qt::Checked);
+    tags->item(0)->setCheckState(Qt::Unchecked);
+    EXPECT_TRUE(session.tags().all().empty());
+}
+
+TEST_F(Applications, FilterTheirFindsByKindFromTheMenu) {
+    ASSERT_TRUE(fixture.review("Marlin Notes"));
+    auto* menu = fixture.find<QPushButton>("filter finds")->menu();
+    Q_EMIT menu->aboutToShow();
+    const auto actions = menu->actions();
+    const auto kind = std::ranges::find_if(
+        actions, [](const QAction* action) { return action->text().startsWith(QStringLiteral("Caches")); });
+    ASSERT_NE(kind, actions.end());
+    (*kind)->trigger();
+    EXPECT_EQ(fixture.flow().reviewFilter().category, TraceCategory::caches);
+    auto* found = fixture.find<QAbstractItemView>("review");
+    EXPECT_TRUE(test::waitUntil(
+        [&] { return !WindowFixture::rowCalled(*found, QStringLiteral("Preferences")).isValid(); }));
+    Q_EMIT menu->aboutToShow();
+    menu->actions().back()->trigger();
+    EXPECT_FALSE(fixture.flow().reviewFilter().isActive());
+}
+
+} // namespace
+} // namespace tidwen
