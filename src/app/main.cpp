@@ -11,7 +11,6 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QIcon>
-#include <QPalette>
 #include <csignal>
 #ifdef __APPLE__
 #include "macos/launch_reason.h"
@@ -77,8 +76,7 @@ int main(int count, char** words) {
     QApplication application(count, words);
     QApplication::setApplicationName(QStringLiteral("Tidwen"));
     QApplication::setApplicationVersion(QStringLiteral(TIDWEN_VERSION));
-    const bool isDark = QApplication::palette().color(QPalette::Window).lightness() < 128; // the system's
-    dress(isDark ? Appearance::dark : Appearance::light);
+    dress(systemAppearance());
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tidwen.svg")));
     return run(application, words[0]);
 }

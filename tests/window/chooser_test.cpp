@@ -25,7 +25,7 @@ class Chooser : public testing::Test {
     bool isShown(const char* words) {
         const auto labels = fixture.window.findChildren<QLabel*>();
         return std::ranges::any_of(labels, [&](const QLabel* label) {
-            return label->isVisible() && label->text().contains(QString::fromUtf8(words));
+            return !label->isHidden() && label->text().contains(QString::fromUtf8(words));
         });
     }
 

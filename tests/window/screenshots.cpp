@@ -68,10 +68,14 @@ bool drawSheets(WindowFixture& fixture, const Drawing& drawing) {
                    && drawing.save(window, "onboarding-trash");
     closeSheet(fixture);
     auto* cards = fixture.find<QAbstractItemView>("applications");
+    auto& tags = window.mac()->session().tags();
+    (void)tags.add("com.littlefin.kip", "Small");
+    (void)tags.add("com.marlinworks.notes", "Writing");
     cards->setFocus();
     QTest::keyClick(cards, Qt::Key_Space);
     isDrawn = isDrawn && drawing.save(window, "details") && fixture.click("details.editTags")
               && drawing.save(window, "tags");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // the details, which are closed
     closeSheet(fixture);
     auto* menu = fixture.find<QMenu>("systems");
     menu->popup(QPoint());

@@ -16,7 +16,9 @@ Appearance systemAppearance() {
 #else
     const auto ours = QApplication::palette();
     QApplication::setPalette(QPalette()); // the desktop's shows again
-    const bool isDark = QApplication::palette().color(QPalette::Window).lightness() < 128;
+    const auto theirs = QApplication::palette();
+    const bool isDark =
+        theirs.color(QPalette::Window).lightness() < theirs.color(QPalette::WindowText).lightness();
     QApplication::setPalette(ours);
     return isDark ? Appearance::dark : Appearance::light;
 #endif

@@ -32,8 +32,7 @@ QString tagsOf(const HomeRow& row) {
     return names.join(QStringLiteral(", "));
 }
 
-void addFacts(Sheet& sheet, const HomeRow& row, const Texts& texts, Timestamp now) {
-    const auto& app = *row.app;
+void addFacts(Sheet& sheet, const HomeRow& row, const InstalledApp& app, const Texts& texts, Timestamp now) {
     const auto used = describeLastUse(app, now);
     addLine(sheet, words(texts, "details.identifier"), shown(app.bundleID));
     addLine(sheet, words(texts, "details.version"), app.version ? shown(*app.version) : QString());
@@ -50,16 +49,19 @@ void addFacts(Sheet& sheet, const HomeRow& row, const Texts& texts, Timestamp no
 
 Sheet* openAppDetails(QWidget* window, const HomeRow& row, AppIcons& icons, const Texts& texts, Timestamp now,
                       const AppDetailsActions& actions) {
-    const auto name = shown(row.app->name);
+    if (!row.app) return nullptr;
+    const auto& app = *row.app;
+    const auto name = shown(app.name);
     auto* sheet = new Sheet(window, name, 520);
     auto* line = parts::row(nullptr, scaled(14));
     auto* tile = new Tile(52, icons);
-    tile->show(name, row.app->bundleID, row.app->url);
+    tile->show(name, app.bundleID, app.url);
     line->addWidget(tile);
     line->addWidget(parts::paragraph(name, Type::sheet), 1);
     sheet->content().addLayout(line);
     sheet->content().setSpacing(scaled(8));
-    addFacts(*sheet, row, texts, now);
+    sheet->content().addSpacing(scaled(6));
+    addFacts(*sheet, row, app, texts, now);
     sheet->content().addSpacing(scaled(8));
     auto* buttons = parts::row(nullptr, scaled(6));
     const auto add = [&](const char* key, const std::function<void()>& act) {

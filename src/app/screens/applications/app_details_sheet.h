@@ -17,6 +17,7 @@ struct AppDetailsActions {
     std::function<void()> editTags;
     std::function<void()> reveal;
 };
+/// `row` is one of an application.
 Sheet* openAppDetails(QWidget* window, const HomeRow& row, AppIcons& icons, const Texts& texts, Timestamp now,
                       const AppDetailsActions& actions);
 

@@ -187,8 +187,9 @@ void ApplicationsScreen::showMenuFor(const QPoint& point) {
     connect(menu->addAction(text("details.editTags")), &QAction::triggered, this, [this] { editTags(); });
     menu->addSeparator();
     connect(menu->addAction(text("details.show")), &QAction::triggered, this, [this] { showDetails(); });
-    connect(menu->addAction(text("history.revealButton")), &QAction::triggered, this,
-            [this, bundle = list_.row(index).app->url] { models_.reveal(bundle); });
+    if (const auto& row = list_.row(index); row.app)
+        connect(menu->addAction(text("history.revealButton")), &QAction::triggered, this,
+                [this, bundle = row.app->url] { models_.reveal(bundle); });
     menu->popup(cards_->viewport()->mapToGlobal(point));
 }
 
@@ -240,9 +241,10 @@ void ApplicationsScreen::editTags() {
 
 void ApplicationsScreen::showDetails() {
     const auto index = cards_->currentIndex();
-    if (!index.isValid() || !list_.row(index).app) return;
-    cards_->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
+    if (!index.isValid()) return;
     const auto& row = list_.row(index);
+    if (!row.app) return;
+    cards_->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
     openAppDetails(window(), row, models_.icons, models_.texts, models_.clock.now(),
                    {.toggleProtection = [this] { toggleProtection(); },
                     .editTags = [this] { editTags(); },

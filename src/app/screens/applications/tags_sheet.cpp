@@ -30,6 +30,7 @@ class TagsSheet final : public Sheet {
         list_ = new QListWidget;
         list_->setObjectName(QStringLiteral("tags"));
         list_->setAccessibleName(accessibleName());
+        list_->setFrameShape(QFrame::NoFrame);
         list_->setFixedHeight(scaled(170));
         list_->setSpacing(scaled(2));
         connect(list_, &QListWidget::itemChanged, this,
@@ -37,6 +38,7 @@ class TagsSheet final : public Sheet {
         content().addWidget(list_);
         content().addLayout(makeNewTag());
         said_ = parts::paragraph({}, Type::second, Role::look);
+        said_->hide();
         content().addWidget(said_);
         auto* buttons = parts::row(nullptr);
         buttons->addStretch(1);
@@ -61,6 +63,7 @@ class TagsSheet final : public Sheet {
         name_->setObjectName(QStringLiteral("new tag"));
         name_->setPlaceholderText(words(texts_, "tags.new"));
         name_->setAccessibleName(words(texts_, "tags.new"));
+        name_->setTextMargins(scaled(8), 0, scaled(8), 0);
         row->addWidget(name_, 1);
         auto* button = parts::button(words(texts_, "tags.add"), [this] { add(); });
         button->setObjectName(QStringLiteral("add tag"));
@@ -83,6 +86,7 @@ class TagsSheet final : public Sheet {
                                                                      : Qt::PartiallyChecked);
         }
         list_->setCurrentRow(current);
+        list_->setVisible(list_->count() > 0);
     }
 
     void change(const QListWidgetItem& item) {
@@ -103,6 +107,7 @@ class TagsSheet final : public Sheet {
                                     || done.error() == AppTags::Refusal::notThere;
             if (!isAsWished) refusal = done.error();
         }
+        said_->setVisible(refusal.has_value());
         said_->setText(!refusal ? QString()
                        : *refusal == AppTags::Refusal::unusableName
                            ? words(texts_, "cli.tags.unusable %@", {tag})

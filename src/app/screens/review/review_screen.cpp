@@ -3,6 +3,7 @@
 #include "app/models/trace_words.h"
 #include "app/screens/review/review_filter.h"
 #include "app/screens/review/size_bar.h"
+#include "app/style/icons.h"
 #include "app/widgets/details_pane.h"
 #include "app/widgets/find_delegate.h"
 #include "app/widgets/notice.h"
@@ -82,7 +83,9 @@ QWidget* ReviewScreen::makeHeader() {
         filter.query = query.toStdString();
         flow_.setReviewFilter(std::move(filter));
     });
-    auto* filter = new QPushButton(text("applications.filter"));
+    auto* filter = new QPushButton(controlIcon(QStringLiteral("filter"), Role::text), {});
+    filter->setAccessibleName(text("applications.filter"));
+    filter->setToolTip(text("applications.filter"));
     filter->setObjectName(QStringLiteral("filter finds"));
     filter->setMenu(reviewFilterMenu(filter, flow_, texts_));
     header_->addControl(modes);
