@@ -29,12 +29,12 @@ if(NOT APPLE)
   set(CPACK_DEBIAN_TERMINAL_PACKAGE_NAME tidwen)
   set(CPACK_DEBIAN_TERMINAL_PACKAGE_RECOMMENDS "libcurl4, libnotify-bin")
   set(CPACK_DEBIAN_TERMINAL_DESCRIPTION "Take an application off a Mac's disk with what it left behind
- Moves an application and everything that belongs to it into the Trash of the
- disk, from where it can be put back. Works on the disk of a Mac in a folder.")
+Moves an application and everything that belongs to it into the Trash of the
+disk, from where it can be put back. Works on the disk of a Mac in a folder.")
   set(CPACK_DEBIAN_WINDOW_PACKAGE_NAME tidwen-window)
   set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "tidwen (= ${PROJECT_VERSION})")
   set(CPACK_DEBIAN_WINDOW_PACKAGE_RECOMMENDS fonts-inter)
   set(CPACK_DEBIAN_WINDOW_DESCRIPTION "Take an application off a Mac's disk with what it left behind (window)
- The window of Tidwen, over the same core as the terminal's program.")
+The window of Tidwen, over the same core as the terminal's program.")
 endif()
 include(CPack)

@@ -6,6 +6,7 @@
 #include "removal/chosen_items.h"
 #include "removal/target_intake.h"
 #include "removal/unmovable_items.h"
+#include "system/permissions_model.h"
 
 namespace tidwen {
 
@@ -18,6 +19,9 @@ std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chos
             return RemovalRefusal{describeProtected(each.target)};
     if (const auto unusable = whyTrashIsUnusable(user, files))
         return RemovalRefusal{describeNotBegun(*unusable, texts)};
+    // Only the running Mac has an administrator to ask; there the privacy settings decide, too.
+    if (rights == MoveRights::administrator)
+        if (auto closed = whyNothingMoves(files, user)) return RemovalRefusal{std::move(*closed)};
     const PathPolicy policy(user, files);
     if (mode == RemovalMode::uninstall)
         for (const auto& each : chosen) {

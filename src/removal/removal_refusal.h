@@ -28,11 +28,11 @@ struct RefusalGrounds {
 };
 
 /// Why a removal must not begin. Refused are: any removal while the list of protected applications is
-/// unreadable (an empty one would protect nothing) or the Trash is unusable; an application that cannot be
-/// removed from its place (`whyNotRemovable`); a plan with more steps than a journal holds; and a plan that
-/// lacks permissions (`unmovableItems`), because an application is removed with its data or not at all.
-/// Removing data alone, or a reset, keeps the application by choice. Reads the disk, changes nothing;
-/// thread-safe.
+/// unreadable (an empty one would protect nothing), the Trash is unusable or, on the running Mac, Full Disk
+/// Access is missing; an application that cannot be removed from its place (`whyNotRemovable`); a plan with
+/// more steps than a journal holds; and a plan that lacks permissions (`unmovableItems`), because an
+/// application is removed with its data or not at all. Removing data alone, or a reset, keeps the application
+/// by choice. Reads the disk, changes nothing; thread-safe.
 std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chosen, RemovalMode mode,
                                           const RefusalGrounds& grounds);
 

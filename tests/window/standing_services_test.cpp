@@ -1,0 +1,49 @@
+#include "app/shell/opened_files.h"
+#include "app/shell/standing_services.h"
+#include "base/uuid.h"
+#include "window_fixture.h"
+
+#include <QCoreApplication>
+#include <QFileOpenEvent>
+#include <gmock/gmock.h>
+
+namespace tidwen {
+namespace {
+
+TEST(StandingServices, HandOverWhatOtherProcessesAskFor) {
+    test::WindowFixture fixture;
+    ASSERT_TRUE(fixture.openSample());
+    auto& session = fixture.window.mac()->session();
+    const OwnBundle bundle;
+    const auto post = [&](const char* application) {
+        return requestInbox(session.mac(), bundle).post({{application}}, Uuid::random().string());
+    };
+    ASSERT_TRUE(post("/Applications/Pantry.app")); // before the program has started
+    int presented = 0;
+    std::vector<Path> asked;
+    StandingServices standing(session, bundle,
+                              {[&] { ++presented; }, [&](const std::vector<Path>& bundles) {
+                                   asked.insert(asked.end(), bundles.begin(), bundles.end());
+                               }});
+    EXPECT_TRUE(test::waitUntil([&] { return asked.size() == 1; }));
+    ASSERT_TRUE(post("/Applications/Lumen.app"));
+    standing.refresh();
+    EXPECT_TRUE(test::waitUntil([&] { return asked.size() == 2; }));
+    EXPECT_THAT(asked, testing::ElementsAre(Path("/Applications/Pantry.app"), Path("/Applications/Lumen.app")));
+    EXPECT_EQ(presented, 2);
+    EXPECT_FALSE(requestInbox(session.mac(), bundle).isFinderGateOpen()) << "no extension here";
+    EXPECT_FALSE(standing.isNeeded()) << "the Trash is not watched";
+}
+
+TEST(OpenedFiles, WaitUntilAMacIsOpen) {
+    test::WindowFixture fixture;
+    const OpenedFiles opened([&](auto paths) { fixture.window.takeFiles(std::move(paths)); });
+    QFileOpenEvent event(
+        QString::fromStdString((fixture.folder.path() / "Sample/Applications/Lumen.app").string()));
+    QCoreApplication::sendEvent(QCoreApplication::instance(), &event);
+    ASSERT_TRUE(fixture.openSample());
+    EXPECT_TRUE(test::waitUntil([&] { return std::holds_alternative<stage::Review>(fixture.flow().stage()); }));
+}
+
+} // namespace
+} // namespace tidwen
