@@ -3,7 +3,7 @@
 #import <AppKit/AppKit.h>
 
 @interface TidwenServices : NSObject
-@property std::function<void(const std::vector<tidwen::Path>&)> serve;
+@property(nonatomic) std::function<void(const std::vector<tidwen::Path>&)> serve;
 - (void)uninstallWithTidwen:(NSPasteboard*)board
                    userData:(NSString*)userData
                       error:(NSString* __autoreleasing*)error;

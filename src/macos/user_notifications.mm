@@ -32,7 +32,7 @@ struct Listener {
 } // namespace
 
 @interface TidwenNotificationDelegate : NSObject <UNUserNotificationCenterDelegate>
-@property std::shared_ptr<Listener> listener;
+@property(nonatomic) std::shared_ptr<Listener> listener;
 @end
 
 @implementation TidwenNotificationDelegate
