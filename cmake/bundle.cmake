@@ -11,6 +11,8 @@ set(bundle_languages "")
 foreach(language ${languages})
   string(APPEND bundle_languages "\t\t<string>${language}</string>\n")
   write_bundle_texts(${bundle_parts}/texts ${language})
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
+      ${PROJECT_SOURCE_DIR}/resources/${language}.lproj/Localizable.strings)
 endforeach()
 bundle_text(bundle_service en macos.service)
 foreach(usage leftovers downloads disks)
