@@ -16,6 +16,8 @@
 namespace tidwen {
 
 class DropVeil;
+class SettingsSheet;
+class Sheet;
 class StandingServices;
 class SystemChooser;
 class WelcomeScreen;
