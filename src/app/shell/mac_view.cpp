@@ -54,9 +54,9 @@ MacView::MacView(OpenMac& mac, Executor& background, const Menus& menus)
     auto* layout = parts::row(this);
     sidebar_ = new Sidebar(
         texts_,
-        {shown(mac.name()),
-         mac.isRunningMac() ? shown(mac.userName())
-                            : text("window.system.volume %@", {shown(mac.userName()).toStdString()})},
+        {shown(mac.name()), mac.isRunningMac()
+                                ? shown(mac.userName())
+                                : text("window.system.volume %@", {shown(mac.userName()).toStdString()})},
         menus.systems, [this](Place place) { go(place); }, menus.openSettings);
     layout->addWidget(sidebar_);
     auto* main = parts::column(nullptr);
