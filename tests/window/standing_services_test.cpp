@@ -22,14 +22,16 @@ TEST(StandingServices, HandOverWhatOtherProcessesAskFor) {
     int presented = 0;
     std::vector<Path> asked;
     StandingServices standing(session, bundle,
-                              {[&] { ++presented; }, [&](const std::vector<Path>& bundles) {
+                              {[&] { ++presented; },
+                               [&](const std::vector<Path>& bundles) {
                                    asked.insert(asked.end(), bundles.begin(), bundles.end());
                                }});
     EXPECT_TRUE(test::waitUntil([&] { return asked.size() == 1; }));
     ASSERT_TRUE(post("/Applications/Lumen.app"));
     standing.refresh();
     EXPECT_TRUE(test::waitUntil([&] { return asked.size() == 2; }));
-    EXPECT_THAT(asked, testing::ElementsAre(Path("/Applications/Pantry.app"), Path("/Applications/Lumen.app")));
+    EXPECT_THAT(asked,
+                testing::ElementsAre(Path("/Applications/Pantry.app"), Path("/Applications/Lumen.app")));
     EXPECT_EQ(presented, 2);
     EXPECT_FALSE(requestInbox(session.mac(), bundle).isFinderGateOpen()) << "no extension here";
     EXPECT_FALSE(standing.isNeeded()) << "the Trash is not watched";
@@ -42,7 +44,8 @@ TEST(OpenedFiles, WaitUntilAMacIsOpen) {
         QString::fromStdString((fixture.folder.path() / "Sample/Applications/Lumen.app").string()));
     QCoreApplication::sendEvent(QCoreApplication::instance(), &event);
     ASSERT_TRUE(fixture.openSample());
-    EXPECT_TRUE(test::waitUntil([&] { return std::holds_alternative<stage::Review>(fixture.flow().stage()); }));
+    EXPECT_TRUE(
+        test::waitUntil([&] { return std::holds_alternative<stage::Review>(fixture.flow().stage()); }));
 }
 
 } // namespace

@@ -38,7 +38,7 @@ class AppIcons {
 
     const Workspace& workspace_;
     Executor& main_;
-    QCache<QByteArray, QPixmap> icons_{64 * 1024}; ///< costs are kilobytes
+    QCache<QByteArray, QPixmap> icons_{qsizetype{64} * 1024}; ///< costs are kilobytes
     std::set<QByteArray> onTheirWay_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
     std::atomic<bool> isEnding_ = false;

@@ -48,6 +48,7 @@ QVariant HistoryList::data(const QModelIndex& index, int role) const {
 
 QString HistoryList::title(const RemovalHistoryEntry& entry) const {
     std::vector<std::string> names;
+    names.reserve(entry.manifest.apps.size());
     for (const auto& app : entry.manifest.apps)
         names.push_back(shown(app.name).toStdString());
     return names.empty() ? shown(entry.root.lastComponent())

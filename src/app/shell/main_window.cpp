@@ -63,8 +63,8 @@ void MainWindow::clearContent() {
 
 void MainWindow::makeChooser() {
     chooser_ = new SystemChooser(this,
-                                 {services_.opener, RecentVolumes(services_.own.host().defaults()),
-                                  texts_, services_.main, services_.background},
+                                 {services_.opener, RecentVolumes(services_.own.host().defaults()), texts_,
+                                  services_.main, services_.background},
                                  {[this] { return mayLeave(); }, [this](const auto& words) { begin(words); },
                                   [this](auto opened) { take(std::move(opened)); },
                                   [this](const auto& why) { refuse(why); }});

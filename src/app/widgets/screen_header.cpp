@@ -7,8 +7,16 @@
 
 namespace tidwen {
 
+namespace {
+
+constexpr int longestWords = 200;
+
+} // namespace
+
 ScreenHeader::ScreenHeader(const QString& title)
     : layout_(parts::row(this, scaled(8))),
+      leading_(parts::row(nullptr, scaled(8))),
+      controls_(parts::row(nullptr, scaled(8))),
       title_(parts::label(title, Type::title)),
       line_(parts::label({}, Type::second, Role::second)) {
     layout_->setContentsMargins(scaled(24), scaled(18), scaled(24), scaled(10));
@@ -21,24 +29,50 @@ ScreenHeader::ScreenHeader(const QString& title)
         label->setSizePolicy(policy);
         words->addWidget(label);
     }
-    layout_->addLayout(words, 1);
+    leading_->addLayout(words, 1);
+    layout_->addLayout(leading_, 1);
+    layout_->addLayout(controls_);
 }
 
 void ScreenHeader::setTitle(const QString& title) {
     title_->setText(title);
     title_->setToolTip(title.toHtmlEscaped());
+    arrange();
 }
 
 void ScreenHeader::setLine(const QString& line) {
     line_->setText(line);
+    arrange();
 }
 
 void ScreenHeader::addControl(QWidget* control) {
-    layout_->addWidget(control);
+    controls_->addWidget(control);
 }
 
 void ScreenHeader::addLeading(QWidget* widget) {
-    layout_->insertWidget(0, widget);
+    leading_->insertWidget(0, widget);
+}
+
+void ScreenHeader::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    arrange();
+}
+
+void ScreenHeader::arrange() {
+    const bool fits = wishedWidth() + controls_->sizeHint().width() <= layout_->contentsRect().width();
+    const auto direction = fits ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom;
+    if (direction == layout_->direction()) return;
+    layout_->setDirection(direction);
+    layout_->setAlignment(controls_, fits ? Qt::Alignment() : Qt::AlignLeading);
+}
+
+int ScreenHeader::wishedWidth() const {
+    int words = 0;
+    for (const auto* label : {title_, line_})
+        words = qMax(words, label->fontMetrics().horizontalAdvance(label->text()));
+    const auto* first = leading_->itemAt(0)->widget();
+    const int icon = first ? first->sizeHint().width() + leading_->spacing() : 0;
+    return icon + qMin(words, scaled(longestWords)) + layout_->spacing();
 }
 
 } // namespace tidwen

@@ -8,7 +8,8 @@ class QLabel;
 
 namespace tidwen {
 
-/// The upper edge of a screen: its title, a line about it, and controls at the far side.
+/// The upper edge of a screen: its title, a line about it, and controls at the far side, or below these where
+/// both do not fit beside each other.
 class ScreenHeader final : public QWidget {
   public:
     explicit ScreenHeader(const QString& title);
@@ -18,8 +19,17 @@ class ScreenHeader final : public QWidget {
     void addControl(QWidget* control);
     void addLeading(QWidget* widget);
 
+  protected:
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
+    void arrange();
+    /// Of the words in one line each; long names are no reason to move the controls.
+    int wishedWidth() const;
+
     QBoxLayout* layout_;
+    QBoxLayout* leading_;
+    QBoxLayout* controls_;
     QLabel* title_;
     QLabel* line_;
 };

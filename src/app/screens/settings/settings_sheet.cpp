@@ -78,7 +78,8 @@ QWidget* SettingsSheet::makeRail() {
                                  {Tab::protectedApps, "lock", "settings.tab.protected"},
                                  {Tab::about, "info", "settings.tab.about"}};
     auto* rail = new Rail;
-    rail->setFixedWidth(scaled(railWidth));
+    rail->setMinimumWidth(scaled(railWidth));
+    rail->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred); // as wide as the longest word
     auto* layout = parts::column(rail, scaled(2));
     layout->setContentsMargins(scaled(10), scaled(18), scaled(10), scaled(10));
     for (const auto& entry : entries) {
