@@ -96,7 +96,7 @@ std::size_t SweepTree::runEnd(std::size_t first, std::size_t end) const {
 
 void SweepTree::willChange(const RowChange& change) {
     if (change.kind == RowChange::Kind::reset) beginResetModel();
-    if (change.kind == RowChange::Kind::removed) removeRows(change.first, change.first + change.count);
+    if (change.kind == RowChange::Kind::removed) removeFinds(change.first, change.first + change.count);
 }
 
 void SweepTree::changed(const RowChange& change) {
@@ -106,7 +106,7 @@ void SweepTree::changed(const RowChange& change) {
         rebuild();
         return endResetModel();
     case RowChange::Kind::inserted:
-        return insertRows(change.first, end);
+        return insertFinds(change.first, end);
     case RowChange::Kind::changed:
         return replaceRows(change.first, end);
     case RowChange::Kind::removed:
@@ -126,7 +126,7 @@ void SweepTree::rebuild() {
 }
 
 /// From the end, so that everything above a heading is gone before the heading.
-void SweepTree::removeRows(std::size_t first, std::size_t end) {
+void SweepTree::removeFinds(std::size_t first, std::size_t end) {
     const auto& all = rows();
     while (end > first) {
         const auto& last = all[end - 1];
@@ -157,7 +157,7 @@ void SweepTree::removeRows(std::size_t first, std::size_t end) {
     }
 }
 
-void SweepTree::insertRows(std::size_t first, std::size_t end) {
+void SweepTree::insertFinds(std::size_t first, std::size_t end) {
     const auto& all = rows();
     while (first < end) {
         const auto& row = all[first];

@@ -68,8 +68,8 @@ class SweepTree final : public QAbstractItemModel {
 
     void willChange(const RowChange& change);
     void changed(const RowChange& change);
-    void removeRows(std::size_t first, std::size_t end);
-    void insertRows(std::size_t first, std::size_t end);
+    void removeFinds(std::size_t first, std::size_t end);
+    void insertFinds(std::size_t first, std::size_t end);
     void replaceRows(std::size_t first, std::size_t end);
     void rebuild();
     void findOwners();

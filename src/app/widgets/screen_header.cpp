@@ -31,7 +31,10 @@ ScreenHeader::ScreenHeader(const QString& title)
     }
     leading_->addLayout(words, 1);
     layout_->addLayout(leading_, 1);
-    layout_->addLayout(controls_);
+    auto* line = parts::row(nullptr);
+    line->addLayout(controls_);
+    line->addStretch(1); // below the words they are no wider than beside them
+    layout_->addLayout(line);
 }
 
 void ScreenHeader::setTitle(const QString& title) {
@@ -60,10 +63,7 @@ void ScreenHeader::resizeEvent(QResizeEvent* event) {
 
 void ScreenHeader::arrange() {
     const bool fits = wishedWidth() + controls_->sizeHint().width() <= layout_->contentsRect().width();
-    const auto direction = fits ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom;
-    if (direction == layout_->direction()) return;
-    layout_->setDirection(direction);
-    layout_->setAlignment(controls_, fits ? Qt::Alignment() : Qt::AlignLeading);
+    layout_->setDirection(fits ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
 }
 
 int ScreenHeader::wishedWidth() const {
