@@ -62,7 +62,9 @@ void ScreenHeader::resizeEvent(QResizeEvent* event) {
 }
 
 void ScreenHeader::arrange() {
-    const bool fits = wishedWidth() + controls_->sizeHint().width() <= layout_->contentsRect().width();
+    const auto margins = layout_->contentsMargins(); // of a layout that knows its new size only later
+    const bool fits =
+        wishedWidth() + controls_->sizeHint().width() <= width() - margins.left() - margins.right();
     layout_->setDirection(fits ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
 }
 
