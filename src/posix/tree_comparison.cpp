@@ -42,8 +42,10 @@ class TreeComparison : public TreeVisitor {
 
     int enter(const TreeItem& item, int opened) override {
         const bool whole = compared_ == Compared::whole;
-        const auto copy = statItem(folder(), nameFor(item));
+        auto copy = statItem(folder(), nameFor(item));
         if (!copy) return absent(copy.error());
+        // A removal opens a folder to its owner before it empties it.
+        if (!whole && (item.status.st_mode & S_IRWXU) == S_IRWXU) copy->st_mode |= S_IRWXU;
         if (!haveSameMetadata(item.status, *copy, whole)) return difference;
         Descriptor other = openFolderToRead(folder(), nameFor(item));
         if (!other.isOpen()) return errno;

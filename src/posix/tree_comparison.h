@@ -6,8 +6,10 @@ namespace tidwen {
 
 /// What a comparison of an item with its copy must show.
 enum class Compared {
-    whole,   ///< both have the same entries with the same content and metadata
-    remains, ///< the first may have lost entries; the rest of it is as in the second
+    whole, ///< both have the same entries with the same content and metadata
+    /// The first may have lost entries, and its owner may have got access to its folders, as `removeTree`
+    /// leaves them; the rest of it is as in the second.
+    remains,
 };
 
 /// Compares an item and everything below it with its copy, byte by byte.

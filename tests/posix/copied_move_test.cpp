@@ -435,6 +435,31 @@ TEST(SettleInterruptedMove, RemovesOnlyWhatIsSafeElsewhere) {
     }
 }
 
+/// A removal makes a folder writable before it empties it, and can be cut off in between.
+TEST(SettleInterruptedMove, KnowsTheFoldersThatARemovalUnlocked) {
+    const struct {
+        fs::perms copied, left;
+        const char* result;
+    } cases[] = {{fs::perms(0555), fs::perms(0755), "ok"},
+                 {fs::perms(0500), fs::perms(0500), "ok"},
+                 {fs::perms(0555), fs::perms(0775), "remains"},
+                 {fs::perms(0755), fs::perms(0555), "remains"}};
+    for (const auto& each : cases)
+        for (const std::string folder : {"", "/inner"}) {
+            const TemporaryVolume volume;
+            const std::string aside = "/from/.tidwen-moved-x", copy = "/to/x";
+            volume.write(copy + "/inner/gone", "");
+            volume.makeFolder(aside + "/inner");
+            fs::permissions(volume.host(copy + folder), each.copied);
+            fs::permissions(volume.host(aside + folder), each.left);
+            const auto settled =
+                openVolume(volume.hostRoot())->settleInterruptedMove(Path("/from/x"), Path(copy));
+            EXPECT_EQ(settled && *settled ? "remains" : outcome(settled), each.result) << folder;
+            for (const auto& place : {copy, aside}) // so that the volume can be removed
+                if (volume.exists(place)) fs::permissions(volume.host(place + folder), fs::perms(0755));
+        }
+}
+
 TEST(SettleInterruptedMove, FinishesARenameByHardLink) {
     const TemporaryVolume volume;
     volume.write("/from/x", "content");
