@@ -11,10 +11,16 @@ namespace tidwen {
 
 namespace {
 
+/// More runs than have one item of one place whole.
+constexpr std::size_t mostWhole = 100;
+
+Path copyOf(const Path& destination) {
+    return destination.parent() / growingCopyName(destination.lastComponent());
+}
+
 /// The item itself, or what a move between disks into or out of quarantine left on its way.
 bool holds(const Path& destination, const FileSystem& files) {
-    return files.exists(destination) || files.isSetAside(destination)
-           || files.exists(destination.parent() / growingCopyName(destination.lastComponent()));
+    return files.exists(destination) || files.isSetAside(destination) || files.exists(copyOf(destination));
 }
 
 } // namespace
@@ -26,6 +32,19 @@ std::optional<Path> HeldItems::holder(const std::string& oldPlace) {
 std::optional<Path> HeldItems::laterHolder(const std::string& oldPlace, const Path& root, Timestamp since) {
     return find(oldPlace,
                 [&](const Planned& planned) { return planned.root != root && planned.createdAt >= since; });
+}
+
+std::vector<Path> HeldItems::wholeIn(const std::string& oldPlace) {
+    if (!isRead_) read();
+    std::vector<Path> places;
+    const auto known = planned_.find(oldPlace);
+    if (known == planned_.end()) return places;
+    for (const auto& [root, createdAt, place] : known->second) {
+        if (places.size() == mostWhole) break;
+        const bool isWhole = files_.exists(place) && !files_.exists(copyOf(place));
+        if (isWhole && std::ranges::find(places, place) == places.end()) places.push_back(place);
+    }
+    return places;
 }
 
 std::optional<Path> HeldItems::find(const std::string& oldPlace, const Test& isMeant) {

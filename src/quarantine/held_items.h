@@ -20,7 +20,9 @@ class HeldItems {
 
     /// The place in quarantine of the newest run that has the item, or a copy of it that is not complete.
     std::optional<Path> holder(const std::string& oldPlace);
-    /// The same for runs other than that in `root` that were begun at `since` or later.
+    /// The places of all runs that have the item whole, newest run first; of a forged number only the newest.
+    std::vector<Path> wholeIn(const std::string& oldPlace);
+    /// The same as `holder` for runs other than that in `root` that were begun at `since` or later.
     std::optional<Path> laterHolder(const std::string& oldPlace, const Path& root, Timestamp since);
 
   private:

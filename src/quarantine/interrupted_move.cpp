@@ -97,9 +97,16 @@ void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrit
         if (!isStray || strayWrites == StrayWrites::stayAside) return;
         if (const auto real = files.resolveParent(from)) (void)files.revealRemains(*real);
     };
+    std::set<Path> compared, irremovable;
     for (const auto& entry : planned) {
         if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
         const Path from(entry.source), own(*entry.destination);
+        if (files.isSetAside(from) && compared.insert(from).second)
+            for (const auto& whole : held.wholeIn(entry.source))
+                if (const auto remains = settled(from, whole, files, policy);
+                    remains && remains->fault != FileFault::busy)
+                    irremovable.insert(from);
+        if (irremovable.contains(from)) continue;
         const auto holder = files.isSetAside(from) ? held.holder(entry.source) : std::nullopt;
         if (holder && *holder != own) settleInto(from, *holder);
         if (!holder || *holder == own || !files.isSetAside(from)) settleInto(from, own);

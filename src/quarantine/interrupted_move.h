@@ -22,8 +22,9 @@ enum class StrayWrites {
     getAName, ///< revealed under a visible name in the old place
 };
 
-/// Recovers every move of a run. What lies aside beside an old place belongs to the newest run that has the
-/// item, and is settled as that one's.
+/// Recovers every move of a run. What lies aside beside an old place is removed if any run has it whole. Only
+/// if none does, it belongs to the newest run that has the item or a copy that is not complete, is settled as
+/// that one's and can get its name again.
 void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrites strayWrites,
                             FileSystem& files, const PathPolicy& policy, HeldItems& held);
 

@@ -62,9 +62,16 @@ class Recovery {
         const Path& root = journal.quarantineRoot;
         settle(journal);
         auto run = readRunWithoutManifest(root, files_);
-        if (run && run->problem == Problem::unsettled && dropCopiesOfWhatOthersHold(journal, *run->known))
-            run = readRunWithoutManifest(root, files_);
-        if (run && run->known) dropHeldByLaterRuns(run->known->entries, root, journal.createdAt, held_);
+        std::set<std::string> heldByOthers;
+        if (run && run->problem == Problem::unsettled) heldByOthers = dropCopiesOfWhatOthersHold(journal);
+        if (!heldByOthers.empty()) run = readRunWithoutManifest(root, files_);
+        if (run && run->known) {
+            auto& entries = run->known->entries;
+            std::erase_if(entries, [&](const ManifestEntry& entry) {
+                return entry.isMissing && heldByOthers.contains(entry.plistPath.value_or(entry.source));
+            });
+            dropHeldByLaterRuns(entries, root, journal.createdAt, held_);
+        }
         if (!run || !run->known) { // changed meanwhile
             outcome_.unfinished.push_back({.root = root});
         } else if (run->problem == Problem::unsettled) {
@@ -108,20 +115,23 @@ class Recovery {
             outcome_.missing.push_back(entry.source);
     }
 
-    /// Removes unfinished copies of this run whose originals a later removal moved. True when any was
-    /// removed.
-    bool dropCopiesOfWhatOthersHold(const RemovalJournal& journal, const Manifest& run) {
-        bool isAnyGone = false;
+    /// Removes unfinished copies of this run whose originals another removal moved, whatever the clock said
+    /// when it began. Returns the old places of those originals.
+    std::set<std::string> dropCopiesOfWhatOthersHold(const RemovalJournal& journal) {
+        std::set<std::string> held;
+        std::set<Path> compared;
         for (const auto& entry : journal.planned) {
             if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
             const Path destination(*entry.destination);
             const Path copy = destination.parent() / growingCopyName(destination.lastComponent());
-            if (!files_.exists(copy)) continue;
-            const auto original = held_.laterHolder(entry.source, run.quarantineRoot, run.createdAt);
-            if (original && canHaveGrownFrom(*original, copy, files_))
-                isAnyGone = files_.removeTree(copy).has_value() || isAnyGone;
+            if (!files_.exists(copy) || !compared.insert(copy).second) continue;
+            const auto originals = held_.wholeIn(entry.source);
+            const bool isElsewhere = std::ranges::any_of(originals, [&](const Path& original) {
+                return !original.isWithin(journal.quarantineRoot) && canHaveGrownFrom(original, copy, files_);
+            });
+            if (isElsewhere && files_.removeTree(copy)) held.insert(entry.source);
         }
-        return isAnyGone;
+        return held;
     }
 
     static bool isKnown(const ManifestEntry& entry, const Manifest& manifest) {

@@ -453,6 +453,49 @@ TEST_F(Recovery, WhatLiesAsideBelongsToTheRunThatHasTheItem) {
             }
 }
 
+TEST_F(Recovery, WhatLiesAsideGetsItsNameOnlyIfNoRunHasItWhole) {
+    // Two removals of one place, both interrupted. Each letter is a file of the item.
+    const std::string place = "/Applications/X.app", aside = "/Applications/.tidwen-moved-X.app";
+    const auto other = folder("Notes 2");
+    const auto mine = moveEntry(1, root, place), its = moveEntry(1, other, place);
+    const std::string whole = *mine.destination, copy = (root / "0001/.tidwen-copy-X.app").string();
+    const struct {
+        const char* what;
+        int begunLater; ///< seconds after the other
+        std::string has, letters, others, left;
+        bool isNamed = false;
+    } cases[] = {
+        {"another version was removed since", -5, whole, "ab", "xy", "b"},
+        {"half a copy, of the same second", 0, copy, "a", "ab", "b"},
+        {"half a copy, the clock was set back since", 86'400, copy, "a", "ab", "b"},
+        {"another version, the clock was set back since", 86'400, whole, "xy", "ab", "b"},
+        {"written meanwhile", -5, whole, "ab", "xy", "bn", true},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const auto begun = runDate + std::chrono::seconds(c.begunLater);
+        ASSERT_TRUE(writeJournal({.createdAt = begun, .quarantineRoot = root, .planned = {mine}},
+                                 root / journalFileName, volume.files()));
+        ASSERT_TRUE(writeJournal({.createdAt = runDate, .quarantineRoot = other, .planned = {its}},
+                                 other / journalFileName, volume.files()));
+        for (const auto& [item, letters] :
+             {std::pair(c.has, c.letters), {*its.destination, c.others}, {aside, c.left}})
+            for (const char letter : letters) {
+                const auto file = item + "/" + letter;
+                volume.write(file, std::string(3, letter));
+                fs::last_write_time(volume.host(file), fs::file_time_type());
+            }
+        const auto outcome = recoverAll();
+        EXPECT_EQ(outcome.recovered.size(), 2u);
+        EXPECT_THAT(outcome.missing, IsEmpty());
+        EXPECT_EQ(volume.exists(place + "/b"), c.isNamed);
+        for (const auto& path : {aside, copy})
+            EXPECT_FALSE(volume.exists(path)) << path;
+        for (const auto& path : {root.string(), other.string(), std::string("/Applications")})
+            fs::remove_all(volume.host(path));
+    }
+}
+
 TEST_F(Recovery, FindsWhatWasOnItsWayUnderNamesThatAnotherDiskSpelled) {
     const std::string composed = "Caf\u00e9", decomposed = "Cafe\u0301", caches = "/Library/Caches/";
     const auto entry = moveEntry(1, root, caches + composed);
