@@ -2,7 +2,14 @@
 
 #include "base/numbered_name.h"
 #include "platform/file_absence.h"
+#include "posix/copied_move.h"
 #include "quarantine/interrupted_move.h"
+
+#include <algorithm>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 
@@ -12,18 +19,61 @@ namespace {
 /// must not hold the lock for hours.
 constexpr int mostAttempts = 5'000;
 
+/// The same for the names of what they hold.
+constexpr std::size_t mostNamesRead = 1'000'000;
+
 } // namespace
 
+/// Whether a copy shows that the item has not arrived.
+bool EarlierUndo::isBegun(const Path& from, const Path& oldPlace) {
+    const ManifestEntry move{.source = oldPlace.string(), .destination = from.string(), .bundleID = {}};
+    const auto found = returns_.of({move});
+    return std::ranges::any_of(found, [&](const auto& each) { return files_.exists(each.copy); });
+}
+
+/// Whether the item that arrived has something that is gone from the same folder of what was left. With too
+/// many names to read it may have.
+bool EarlierUndo::lacksAnyOf(const Path& arrived, const Path& left) {
+    std::vector<std::pair<Path, Path>> folders{{arrived, left}};
+    while (!folders.empty()) {
+        const auto [back, rest] = std::move(folders.back());
+        folders.pop_back();
+        const auto there = files_.list(back), here = files_.list(rest);
+        if (!there || !here) continue; // a file, or in only one of them
+        if ((namesRead_ += there->size() + here->size()) > mostNamesRead) return true;
+        std::set<std::string> names;
+        for (const auto& entry : *here) {
+            names.insert(entry.name);
+            if (entry.kind == FileKind::directory) folders.emplace_back(back / entry.name, rest / entry.name);
+        }
+        const auto isGone = [&](const DirectoryEntry& entry) { return !names.contains(entry.name); };
+        if (std::ranges::any_of(*there, isGone)) return true;
+    }
+    return false;
+}
+
+std::optional<Path> EarlierUndo::restOf(const Path& arrived, const Path& from) {
+    for (const auto& entry : files_.list(from.parent()).value_or(std::vector<DirectoryEntry>())) {
+        const bool isAside = nameOnItsWay(entry.name) == from.lastComponent();
+        if (isAside && lacksAnyOf(arrived, from.parent() / entry.name)) return from.parent() / entry.name;
+    }
+    return std::nullopt;
+}
+
 bool EarlierUndo::finishMove(const Path& from, const Path& oldPlace) {
+    rest_.reset();
+    const bool mayHaveArrived = !isBegun(from, oldPlace);
     for (int number = 1; number <= lastNumberTried && attempts_ < mostAttempts; ++number) {
         ++attempts_;
         const Path target = numberedName(oldPlace, number);
         const bool wasThere = files_.exists(target);
+        if (!wasThere && rest_) return false; // settling would give it the item's name
         const auto remains = settleInterruptedMove(from, target, files_, policy_);
         if (!isMissing(files_, from)) return false;
         // What is aside may be the remains of the item at the target, which had arrived.
         const bool isItsOwn = !files_.isSetAside(from) || (remains && remains->fault != FileFault::busy);
         if (!wasThere || isItsOwn) return files_.exists(target);
+        if (mayHaveArrived && !rest_) rest_ = restOf(target, from);
     }
     return false;
 }

@@ -122,4 +122,21 @@ bool settleArrived(const ManifestEntry& move, FileSystem& files, const PathPolic
     return !files.exists(from) && !files.isSetAside(from);
 }
 
+bool settleTakenAgain(const ManifestEntry& move, HeldItems& held, FileSystem& files,
+                      const PathPolicy& policy) {
+    if (move.kind != ManifestEntryKind::move || !move.destination) return false;
+    const Path from(*move.destination), oldPlace(move.source);
+    if (files.exists(from) || !files.isSetAside(from)) return false;
+    // With its copy there it has not arrived.
+    if (!InterruptedReturns(files).of({move}).empty()) return false;
+    const auto back = policy.checkMove(from, oldPlace, files);
+    if (!back) return false;
+    for (const auto& whole : held.wholeIn(move.source)) {
+        const auto taken = policy.checkMove(oldPlace, whole, files);
+        if (taken) (void)files.settleInterruptedMove(back->source(), taken->destination());
+        if (!files.isSetAside(from)) return !files.exists(from);
+    }
+    return false;
+}
+
 } // namespace tidwen

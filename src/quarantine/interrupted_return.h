@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/file_system.h"
+#include "quarantine/held_items.h"
 #include "quarantine/manifest.h"
 #include "scan/policy/path_policy.h"
 
@@ -61,5 +62,10 @@ bool settle(const InterruptedReturn& found, FileSystem& files, const PathPolicy&
 /// Removes what an undo interrupted at its end left of an item that has arrived: the original set aside, or
 /// its name in quarantine hard-linked to that at the old place. True when nothing is left.
 bool settleArrived(const ManifestEntry& move, FileSystem& files, const PathPolicy& policy);
+
+/// The same for an item that arrived and was removed again: what is left of it is removed if another run has
+/// it whole.
+bool settleTakenAgain(const ManifestEntry& move, HeldItems& held, FileSystem& files,
+                      const PathPolicy& policy);
 
 } // namespace tidwen

@@ -159,7 +159,8 @@ class Recovery {
 
     void settleReturns(const std::vector<ManifestEntry>& entries) {
         for (const auto& entry : entries)
-            if (settleArrived(entry, files_, policy_)) tellSettled(Path(entry.source));
+            if (settleArrived(entry, files_, policy_) || settleTakenAgain(entry, held_, files_, policy_))
+                tellSettled(Path(entry.source));
         for (auto& found : returns_.of(entries)) {
             if (!files_.exists(found.copy)) continue;
             if (tidwen::settle(found, files_, policy_))

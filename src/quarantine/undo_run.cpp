@@ -25,6 +25,7 @@ namespace {
 constexpr const char* notInQuarantineKey = "failure.notInQuarantine";
 constexpr const char* severalOfTheNameKey = "failure.severalInQuarantine";
 constexpr const char* strayCopyKey = "failure.undo.strayCopy %@";
+constexpr const char* restKey = "failure.undo.rest %@";
 constexpr const char* outerNotRestoredKey = "failure.outerNotRestored";
 constexpr const char* moveUnfinishedKey = "failure.moveUnfinished";
 constexpr const char* remainsInQuarantineKey = "failure.remainsInQuarantine";
@@ -152,6 +153,11 @@ class UndoRun {
         if (steps_.isStopped()) return fail(entry.source, {stoppedKey});
         if (isBlocked(from, source)) return fail(entry.source, {blockedBySafetyPolicyKey});
         if (isMissing(from) && earlier_.finishMove(from, source)) return countRestored(from, source);
+        if (isMissing(from) && earlier_.rest()) {
+            ++report_.alreadyBack;
+            --report_.totalCount;
+            return fail(entry.source, {restKey, {earlier_.rest()->string()}});
+        }
         if (isMissing(from)) return fail(entry.source, {moveUnfinishedKey});
 
         if (const auto place = earlier_.finishLink(from, source))

@@ -32,6 +32,12 @@ UndoReport UndoService::undo(const Manifest& manifest, const ItemChoice& items, 
 
 tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settling settling) const {
     const Message nothingLeft{"history.undo.nothingLeft %@", {root.lastComponent()}};
+    if (const auto ended = readManifest(root, ports_.files); ended && settling == Settling::done) {
+        HeldItems held(user_, ports_.files);
+        const PathPolicy policy(user_, ports_.files);
+        for (const auto& entry : ended->entries)
+            settleTakenAgain(entry, held, ports_.files, policy);
+    }
     if (auto entry = readHistoryEntry(root, ports_.files)) {
         const bool isLeft = entry->pendingMoves > 0 || (ports_.runsJobs && entry->loadableJobs > 0);
         if (!isLeft && !hasLost(*entry, user_, ports_.files)) return tl::unexpected(nothingLeft);

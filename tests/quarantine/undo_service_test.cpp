@@ -255,6 +255,49 @@ TEST_F(Undo, TakesAwayWhatAnEarlierOneLeftOfAnItemThatIsBack) {
     });
 }
 
+TEST_F(Undo, PutsNoRestOfAnEarlierOneBack) {
+    // The item has arrived; the original was being removed when the undo was cut off.
+    const std::string place = "/Applications/X.app", copy = "/Applications/.tidwen-copy-X.app",
+                      beside = "/Applications/X 2.app";
+    const auto entry = moveEntry(1, root, place);
+    const auto other = alice().trash() / "Tidwen - Later";
+    const auto again = moveEntry(1, other, place);
+    const std::string aside = (root / "0001/.tidwen-moved-X.app").string();
+    const struct {
+        const char* what;
+        std::string at, letters, left, then; ///< then: all that is left aside or beside
+    } cases[] = {
+        {"changed since", place, "aBc", "bc", aside},
+        {"removed again", *again.destination, "abc", "bc", ""},
+        {"whole, and its place was taken", place, "x", "xbc", beside},
+        {"not arrived, and its place was taken", copy, "ab", "bc", place},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        ASSERT_TRUE(writeManifest({.createdAt = runDate, .quarantineRoot = root, .entries = {entry}},
+                                  root / manifestFileName, volume.files()));
+        ASSERT_TRUE(writeManifest({.createdAt = runDate, .quarantineRoot = other, .entries = {again}},
+                                  other / manifestFileName, volume.files()));
+        for (const auto& [item, letters] : {std::pair(c.at, c.letters), {aside, c.left}})
+            for (const char letter : letters) {
+                const auto file = item + "/" + static_cast<char>(letter | 0x20);
+                volume.write(file, std::string(3, letter));
+                std::filesystem::last_write_time(volume.host(file), std::filesystem::file_time_type());
+            }
+        const auto report =
+            UndoService({volume.files(), administrator, session, texts, log, clock}, alice()).undoRun(root);
+        EXPECT_EQ(report.has_value(), c.at != *again.destination);
+        EXPECT_TRUE(c.then.empty() || volume.exists(c.then + "/c"));
+        for (const auto& path : {aside, beside})
+            EXPECT_EQ(volume.exists(path), path == c.then) << path;
+        const auto failures = report ? report->failures : std::vector<Problem>();
+        const Problem rest{place, {"failure.undo.rest %@", {aside}}};
+        EXPECT_EQ(failures, c.then == aside ? std::vector{rest} : std::vector<Problem>());
+        for (const auto& path : {root.string(), other.string(), std::string("/Applications")})
+            std::filesystem::remove_all(volume.host(path));
+    }
+}
+
 TEST_F(Undo, TakesAwayTheOldNameThatAnEarlierOneLeft) {
     const std::string back = "/Users/alice/Library/Caches/back.db";
     for (const auto& name : {back, std::string("/Users/alice/Library/Caches/back 2.db")}) {
