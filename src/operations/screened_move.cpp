@@ -56,6 +56,7 @@ std::optional<Message> screenedMove(const operation::Move& move, FileSystem& fil
         return entersQuarantine && created.error().fault == FileFault::missing ? gone
                                                                                : failure(created.error());
     const auto moved = files.move(judged->source(), judged->destination());
+    if (moved && *moved && (*moved)->place == judged->source()) return Message{putBackByAnotherKey};
     if (moved) return std::nullopt;
     if (entersQuarantine && isMissing(files, folder)) return gone;
     // Remove the empty numbered folder, which would count as something in quarantine.

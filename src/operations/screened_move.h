@@ -16,6 +16,9 @@ inline constexpr const char* guardedBySystemKey = "failure.guarded";
 /// Why no further move is made: the run's folder was moved or deleted during the run.
 inline constexpr const char* quarantineGoneKey = "failure.quarantineGone";
 
+/// The item has arrived, but what was left to remove of the original was put back, or taken elsewhere.
+inline constexpr const char* putBackByAnotherKey = "failure.putBackByAnother";
+
 /// The destination is in the folder of a run that no longer exists.
 bool hasLostRunFolder(const JudgedMove& move, const FileSystem& files, const PathPolicy& policy);
 

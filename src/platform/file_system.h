@@ -86,7 +86,9 @@ struct TreeSize {
 
 /// What a move between devices could not remove of the original although the copy is complete.
 struct MoveRemains {
-    Path place; ///< hidden, in the original's folder
+    /// Hidden, in the original's folder; the original's own path when another process took away what was set
+    /// aside before all of it was removed.
+    Path place;
     /// `busy`: the original was written to after it was copied, so what is left has no copy. Any other fault
     /// is why the system refused to remove what has a copy.
     FileFault fault = FileFault::busy;
@@ -163,14 +165,15 @@ class FileSystem {
     virtual MoveResult move(const Path& from, const Path& to) = 0;
     /// Recovers a move between devices that was killed or left remains: completes it when the original was
     /// already set aside, else removes the unfinished copy; removes remains that also exist at the
-    /// destination. Does nothing when there is nothing to recover. Returns remains that stay.
+    /// destination. Does nothing when there is nothing to recover. Returns remains that stay. `busy` while
+    /// another process is making the move.
     virtual MoveResult settleInterruptedMove(const Path& from, const Path& to) = 0;
     /// True when a move between devices left the item of `from`, or remains of it, aside: after a kill it is
     /// at neither place until `settleInterruptedMove` has run.
     virtual bool isSetAside(const Path& from) const = 0;
     /// Gives remains of moves away from `from` a visible name: that of `from`, or a free one beside it
     /// ("Name 2.ext"). Call `settleInterruptedMove` first, so that what has a copy is removed. Returns the
-    /// new names in order.
+    /// new names in order. `busy` while another process is making such a move.
     virtual FileResult<std::vector<Path>> revealRemains(const Path& from) = 0;
     /// Writes a file so that after a crash it has either the old or the new content: temporary file in the
     /// same folder, flushed, renamed over the target, folder flushed. `likeExisting` keeps permissions, owner

@@ -30,6 +30,26 @@ std::string asideName(const std::string& name, int number) {
     return nameBeside(fmt::format("{}{}-", asidePrefix, number == 1 ? "" : std::to_string(number)), name);
 }
 
+/// An item set aside, locked against other processes.
+struct LockedAside {
+    std::string name;
+    Descriptor lock;
+};
+
+/// `busy` if another process has one of them: it is in the middle of the move, and empties or returns it.
+FileResult<std::vector<LockedAside>> lockAside(const MoveEnd& from) {
+    const int folder = from.place.folder.get();
+    std::vector<LockedAside> locked;
+    for (auto& name : namesAside(folder, from.place.name)) {
+        auto lock = tryLockItem(folder, name.c_str());
+        if (lock)
+            locked.push_back({std::move(name), *std::move(lock)});
+        else if (lock.error() != ENOENT)
+            return failed(from.path.parent() / name, lock.error());
+    }
+    return locked;
+}
+
 /// Gives an item that was set aside its own name again. If that has been taken meanwhile, by an application
 /// that created its folder again, it gets a visible name beside it, because no one would find a hidden one.
 FileResult<Path> giveVisibleName(const MoveEnd& from, const std::string& aside) {
@@ -88,14 +108,17 @@ class CopiedMove {
     }
 
     MoveResult settle() {
-        finishRenamesByLink();
+        const auto aside = lockAside(from_);
+        if (!aside) return tl::unexpected(aside.error());
+        finishRenamesByLink(*aside);
         std::optional<std::string> unsettled; // the newest, which belongs to this move if any does
         std::optional<MoveRemains> remains;
-        for (const auto& aside : namesAside(source(), from_.place.name)) {
-            const auto completion = complete(aside);
+        for (const auto& each : *aside) {
+            if (!isTaken(source(), each.name.c_str())) continue; // it was a second name
+            const auto completion = complete(each.name);
             if (!completion) return tl::unexpected(completion.error());
             if (completion->remains) remains = completion->remains;
-            if (!completion->isThisMoves) unsettled = aside;
+            if (!completion->isThisMoves) unsettled = each.name;
         }
         const bool isPlaced = isTaken(target(), finalName()), isCopied = isTaken(target(), copy_.c_str());
         if (unsettled && (isCopied || !isPlaced)) return settleWithoutWholeCopy(*unsettled, isCopied);
@@ -117,10 +140,10 @@ class CopiedMove {
     const char* finalName() const { return to_.place.name.c_str(); }
 
     /// Without an exclusive rename, a kill leaves both names of a file.
-    void finishRenamesByLink() {
+    void finishRenamesByLink(const std::vector<LockedAside>& aside) {
         finishLinkedRename(target(), copy_.c_str(), target(), finalName());
-        for (const auto& aside : namesAside(source(), from_.place.name))
-            finishLinkedRename(source(), aside.c_str(), source(), original());
+        for (const auto& each : aside)
+            finishLinkedRename(source(), each.name.c_str(), source(), original());
     }
 
     MoveRemains remainsAt(const std::string& aside, FileFault fault) const {
@@ -135,15 +158,11 @@ class CopiedMove {
     }
 
     bool claimCopy() {
-        const auto item = statItem(target(), copy_.c_str());
-        if (!item || (!S_ISDIR(item->st_mode) && !S_ISREG(item->st_mode))) return item.has_value();
-        constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-        claim_ = Descriptor(::openat(target(), copy_.c_str(), flags));
+        auto claimed = tryLockItem(target(), copy_.c_str());
         // One without read permission is complete and has lost its maker.
-        if (!claim_.isOpen()) return errno == EACCES;
-        if (tryLock(claim_.get()) == EWOULDBLOCK) return claim_ = Descriptor(), false;
-        const auto claimed = identifyOpen(claim_.get());
-        return claimed && claimed == identify(target(), copy_.c_str());
+        if (!claimed) return claimed.error() == EACCES;
+        claim_ = *std::move(claimed);
+        return true;
     }
 
     FileResult<void> makeCopy() {
@@ -160,10 +179,12 @@ class CopiedMove {
         return {};
     }
 
-    /// From here on the original is the item that was set aside.
+    /// From here on the original is the item that was set aside. It is locked until it is removed, so that
+    /// the recovery of another process does not take it for one that a kill left.
     MoveResult exchange(const TreeRecord& before) {
+        const auto lock = tryLockItem(source(), original());
         std::string aside;
-        int fault = EEXIST;
+        int fault = lock ? EEXIST : lock.error();
         for (int number = 1; fault == EEXIST && number <= lastAside; ++number) {
             aside = asideName(from_.place.name, number);
             fault = renameExclusively(source(), original(), source(), aside.c_str());
@@ -198,12 +219,12 @@ class CopiedMove {
     /// removed before the new name is flushed.
     std::optional<MoveRemains> removeAside(const std::string& aside, const TreeRecord& known) {
         if (const int fault = flushFolder(target())) return remainsAt(aside, faultOf(fault));
-        // Another process has put it back meanwhile: the item is in both places.
-        if (!isTaken(source(), aside.c_str()) && isTaken(source(), original()))
-            return MoveRemains{.place = from_.path, .fault = FileFault::busy};
         const int fault = removeTree(source(), aside.c_str(), &known);
         flushFolder(source());
-        if (!isTaken(source(), aside.c_str())) return std::nullopt;
+        if (!isTaken(source(), aside.c_str())) {
+            if (fault == 0) return std::nullopt;
+            return MoveRemains{.place = from_.path, .fault = FileFault::busy};
+        }
         return remainsAt(aside, fault == 0 || fault == ENOTEMPTY ? FileFault::busy : faultOf(fault));
     }
 
@@ -271,9 +292,12 @@ MoveResult settleMoveByCopy(const MoveEnd& from, const MoveEnd& to) {
 }
 
 FileResult<std::vector<Path>> revealAside(const MoveEnd& from) {
+    const auto aside = lockAside(from);
+    if (!aside) return tl::unexpected(aside.error());
     std::vector<Path> places;
-    for (const auto& aside : namesAside(from.place.folder.get(), from.place.name)) {
-        auto place = giveVisibleName(from, aside);
+    places.reserve(aside->size());
+    for (const auto& each : *aside) {
+        auto place = giveVisibleName(from, each.name);
         if (!place) return tl::unexpected(place.error());
         places.push_back(std::move(*place));
     }

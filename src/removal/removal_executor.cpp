@@ -82,7 +82,9 @@ class ObservedResults {
         const auto* operation = find(result.operationID);
         if (!operation) return false;
         if (const auto* move = std::get_if<operation::Move>(&operation->kind))
-            return result.failureReason != Message{"failure.destinationOccupied"} && wasMade(*move);
+            return result.failureReason == Message{putBackByAnotherKey}
+                       ? files_.exists(move->destination)
+                       : result.failureReason != Message{"failure.destinationOccupied"} && wasMade(*move);
         if (!std::holds_alternative<operation::Bootout>(operation->kind) || !isAnswerLost(result))
             return false;
         const auto propertyList = moveByTrace_.find(operation->traceID);

@@ -17,6 +17,7 @@
 #include <unistd.h>
 #ifdef __linux__
 #include <csignal>
+#include <sys/mman.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -304,6 +305,53 @@ TEST_F(CopiedMove, LeavesTheCopyThatAnotherProcessIsMaking) {
         EXPECT_EQ(outcome(openVolume()->move(hereAt(kind), awayAt(kind))), "ok") << "its maker is gone";
         EXPECT_FALSE(fs::exists(copy));
     }
+}
+
+/// That of another home, for its own move of the same item, finds what this move has aside.
+TEST_F(CopiedMove, IsNotRecoveredByAnotherProcessMeanwhile) {
+    const auto files = openVolume();
+    int refusals = 0;
+    const int changes = forEveryChange(
+        here.path(), away,
+        [&](pid_t) {
+            const auto settled = files->settleInterruptedMove(hereAt("app"), awayAt("theirs"));
+            refusals += outcome(settled) == "busy" ? 1 : 0;
+            EXPECT_EQ(outcome(files->revealRemains(hereAt("app"))), outcome(settled));
+        },
+        [&](const auto& before) {
+            ASSERT_EQ(namesIn(away), std::vector<std::string>{"app"});
+            EXPECT_EQ(fingerprint(away / "app"), before);
+            EXPECT_TRUE(fs::is_empty(here.path()));
+        });
+    if (changes == 0) GTEST_SKIP() << "this process may not trace its child";
+    EXPECT_GT(refusals, 4);
+}
+
+TEST_F(CopiedMove, TellsThatAnotherPutItBackMeanwhile) {
+    void* shared = ::mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(shared, MAP_FAILED);
+    auto& isTold = *static_cast<bool*>(shared);
+    const auto files = openVolume();
+    int returned = 0;
+    for (int count = 1; count < 500; ++count) {
+        writeFile(here.path() / "app/inner/file", "x");
+        const auto move = [&] {
+            const auto moved = files->move(hereAt("app"), awayAt("app"));
+            isTold = !moved || *moved == MoveRemains{hereAt("app"), FileFault::busy};
+        };
+        const auto putBack = [&](pid_t) {
+            std::error_code none;
+            fs::rename(here.path() / ".tidwen-moved-app", here.path() / "app", none);
+        };
+        if (runAndInterruptAt(count, move, putBack) != Ended::reached) break;
+        EXPECT_EQ(isTold, fs::exists(here.path() / "app")) << count;
+        returned += isTold ? 1 : 0;
+        fs::remove_all(here.path() / "app");
+        for (const auto& entry : fs::directory_iterator(away))
+            fs::remove_all(entry.path());
+    }
+    ::munmap(shared, 1);
+    if (returned == 0) GTEST_SKIP() << "this process may not trace its child";
 }
 
 TEST_F(CopiedMove, WhatIsWrittenMeanwhileIsNotLost) {
