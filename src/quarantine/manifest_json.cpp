@@ -10,8 +10,9 @@
 #include <fmt/core.h>
 #include <limits>
 #include <nlohmann/json.hpp>
-#include <set>
 #include <type_traits>
+#include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <variant>
 
@@ -229,10 +230,19 @@ class QuarantinedItems {
     std::array<Path, 3> documents_;
 };
 
+/// Applications removed together may share an item, which can come back between their moves.
+constexpr int mostMovesOfOneItem = 100;
+
 void checkPlaces(Reader& reader, const Path& root, const std::vector<ManifestEntry>& entries) {
     if (!isPlainAbsolutePath(root.string()) || root.isRoot()) reader.fail("not a folder:", "quarantineRoot");
     const QuarantinedItems items(root);
+    std::unordered_map<std::string_view, int> moves; ///< by source
+    std::unordered_set<std::string_view> destinations;
     for (const auto& entry : entries) {
+        if (entry.kind == ManifestEntryKind::move && ++moves[entry.source] > mostMovesOfOneItem)
+            reader.fail("too often named:", "source");
+        if (entry.destination && !destinations.insert(*entry.destination).second)
+            reader.fail("named twice:", "destination");
         if (entry.kind == ManifestEntryKind::move && !isPlainAbsolutePath(entry.source))
             reader.fail("not an absolute path:", "source");
         if (entry.destination && !items.contain(*entry.destination))
@@ -255,7 +265,7 @@ void takeSingleApp(Reader& reader, OlderText name, OlderText bundleID, Manifest&
 void takeMissing(Reader& reader, std::vector<ManifestEntry> missing, Manifest& manifest) {
     if (manifest.entries.size() + missing.size() > maxManifestEntries) reader.fail("too many in", "missing");
     manifest.entries.reserve(manifest.entries.size() + missing.size());
-    std::set<std::string> moved;
+    std::unordered_set<std::string> moved;
     for (const auto* moves : {&manifest.entries, &missing})
         for (const auto& entry : *moves)
             if (entry.kind == ManifestEntryKind::move) moved.insert(entry.source);

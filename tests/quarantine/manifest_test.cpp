@@ -135,6 +135,16 @@ TEST(Manifest, RefusesWhatIsNotOne) {
                                    std::pair(R"(\/Library\/Caches)", R"(Library\/Caches)"),
                                    std::pair(R"(Notes\/0002)", R"(Other\/0002)")})
         EXPECT_FALSE(decodeManifest(edited(encode(missing), from, to))) << to;
+    auto repeated = sampleJournal;
+    for (int number = 101; number <= 200; ++number)
+        repeated.planned.push_back(moveEntry(number, repeated.quarantineRoot, "/Library/Caches/one"));
+    EXPECT_TRUE(decodeJournal(encode(repeated)));
+    repeated.planned.push_back(moveEntry(201, repeated.quarantineRoot, "/Library/Caches/one"));
+    EXPECT_FALSE(decodeJournal(encode(repeated))) << "would make every look-up of it long";
+    repeated.planned.back().source = "/Library/Caches/two";
+    EXPECT_TRUE(decodeJournal(encode(repeated)));
+    repeated.planned.back().destination = repeated.planned[repeated.planned.size() - 2].destination;
+    EXPECT_FALSE(decodeJournal(encode(repeated))) << "two items in one place";
     for (const auto* key : {"createdAt", "quarantineRoot", "version", "entries"})
         EXPECT_FALSE(decodeManifest(edited(encode(sample), key, "x"))) << key;
     for (const auto* key : {"createdAt", "quarantineRoot", "version", "planned", "apps"})
