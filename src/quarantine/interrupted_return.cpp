@@ -3,6 +3,7 @@
 #include "base/numbered_name.h"
 #include "base/text.h"
 #include "posix/copied_move.h"
+#include "quarantine/comparison_limit.h"
 #include "quarantine/interrupted_move.h"
 
 #include <algorithm>
@@ -24,6 +25,7 @@ constexpr std::size_t pieceBytes = 1u << 20;
 /// Whether a file of `size` bytes is how another one begins.
 bool isBeginningOf(const Path& whole, const Path& part, std::uint64_t size, const FileSystem& files) {
     for (std::uint64_t offset = 0; offset < size; offset += pieceBytes) {
+        if (ComparisonLimit::isStopped()) return false;
         const auto length = static_cast<std::size_t>(std::min<std::uint64_t>(pieceBytes, size - offset));
         const auto a = files.readRange(whole, offset, length), b = files.readRange(part, offset, length);
         if (!a || !b || *a != *b) return false;
@@ -45,9 +47,14 @@ bool canHaveGrownFrom(const Path& original, const Path& copy, const FileSystem& 
         left.pop_back();
         const auto has = files.info(whole), grew = files.info(part);
         if (!has || !grew || has->kind != grew->kind) return false;
-        if (has->kind == FileKind::regular
-            && (has->size < grew->size || !isBeginningOf(whole, part, grew->size, files)))
-            return false;
+        if (ComparisonLimit::isStopped() || ComparisonLimit::isKnownToDiffer(*has, *grew)) return false;
+        if (has->kind == FileKind::regular) {
+            if (has->size < grew->size || !ComparisonLimit::allowsHolesOf(*grew)) return false;
+            if (!isBeginningOf(whole, part, grew->size, files)) {
+                ComparisonLimit::addDifference(*has, *grew);
+                return false;
+            }
+        }
         if (has->kind != FileKind::directory) continue;
         const auto entries = files.list(part);
         if (!entries) return false;

@@ -4,6 +4,7 @@
 #include "platform/budgeted_files.h"
 #include "posix/copied_bytes.h"
 #include "posix/copied_move.h"
+#include "quarantine/comparison_limit.h"
 #include "quarantine/held_items.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/interrupted_return.h"
@@ -207,6 +208,7 @@ RecoveryOutcome recoverInterruptedRemovals(const UserEnvironment& user, FileSyst
         log.warning("Unreadable location {}", user.trash().string());
         return {};
     }
+    const ComparisonLimit limit(control.stop);
     Recovery recovery(user, files, clock, log);
     for (std::size_t i = 0; i < folders->size(); ++i) {
         const auto& root = (*folders)[i];

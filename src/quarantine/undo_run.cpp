@@ -5,6 +5,7 @@
 #include "operations/stepwise_run.h"
 #include "platform/file_absence.h"
 #include "posix/copied_bytes.h"
+#include "quarantine/comparison_limit.h"
 #include "quarantine/earlier_undo.h"
 #include "quarantine/held_items.h"
 #include "quarantine/interrupted_return.h"
@@ -167,8 +168,10 @@ class UndoRun {
             .source = from, .destination = restoreTarget(source, ports_.files, taken_, nextNumber_[source])};
         taken_.insert(move.destination);
         if (isBlocked(from, move.destination)) return fail(entry.source, {blockedBySafetyPolicyKey});
-        if (const auto copy = strayCopy(from, move.destination, ports_.files))
+        if (const auto copy = strayCopy(from, move.destination, ports_.files)) {
+            if (steps_.isStopped()) return fail(entry.source, {stoppedKey}); // it was not compared to its end
             return fail(entry.source, {strayCopyKey, {copy->string()}});
+        }
         if (entry.requiresRoot) return queue(move, entry);
         steps_.begin(kindName(move), entry.source);
         const CopiedBytes copied([this](std::uint64_t bytes) { steps_.tellCopied(bytes); });
@@ -348,11 +351,13 @@ class UndoRun {
 
 UndoReport undoItems(UndoService::Ports& ports, const UserEnvironment& user, const Manifest& manifest,
                      const ItemChoice& items, const StepControl& control) {
+    const ComparisonLimit limit(control.stop);
     return UndoRun(ports, user, manifest, items, control).run();
 }
 
 UndoPlan planUndo(UndoService::Ports& ports, const UserEnvironment& user, const Manifest& manifest,
                   const ItemChoice& items) {
+    const ComparisonLimit limit({});
     return UndoRun(ports, user, manifest, items, {}).plan();
 }
 

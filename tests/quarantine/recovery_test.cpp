@@ -1,6 +1,8 @@
 #include "base/json.h"
+#include "quarantine/comparison_limit.h"
 #include "quarantine/entries.h"
 #include "quarantine/history.h"
+#include "quarantine/interrupted_return.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/quarantine_purge.h"
 #include "quarantine/recovery.h"
@@ -382,6 +384,26 @@ TEST_F(Recovery, SettlesWhatAnUndoBetweenDisksLeftBesideTheOldPlace) {
             for (const auto& path : {root.string(), place, copy})
                 fs::remove_all(volume.host(path));
         }
+}
+
+TEST_F(Recovery, ComparesCopiesWithinALimit) {
+    for (const char* place : {"/whole", "/copy", "/small", "/small copy"}) {
+        volume.write(place, "x");
+        if (!std::string_view(place).starts_with("/small"))
+            fs::resize_file(volume.host(place), std::uint64_t{1} << 40);
+    }
+    const auto canHaveGrown = [&](const char* whole, const char* copy) {
+        return canHaveGrownFrom(Path(whole), Path(copy), volume.files());
+    };
+    StopSource source;
+    const ComparisonLimit limit(source.token());
+    EXPECT_FALSE(canHaveGrown("/whole", "/copy")) << "would read its holes for half an hour";
+    EXPECT_TRUE(canHaveGrown("/small", "/small copy"));
+    volume.write("/small copy", "y");
+    EXPECT_FALSE(canHaveGrown("/small", "/small copy"));
+    volume.write("/equal", "x");
+    source.requestStop();
+    EXPECT_FALSE(canHaveGrown("/small", "/equal"));
 }
 
 TEST_F(Recovery, AFolderThatCannotBeReadMayHoldACopyOfAnUndo) {
