@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <set>
+#include <tuple>
 
 namespace tidwen {
 
@@ -98,14 +99,17 @@ class Recovery {
         auto seen = observe(journal.planned, files_);
         if (!seen.unsettled.empty()) return;
         dropHeldByLaterRuns(seen.missing, manifest.quarantineRoot, manifest.createdAt, held_);
-        const auto known = manifest.entries.size();
+        std::set<StepKey> known;
+        for (const auto& entry : manifest.entries)
+            known.insert(keyOf(entry));
+        const auto before = manifest.entries.size();
         for (auto* found : {&seen.entries, &seen.missing})
             for (auto& entry : *found) {
-                if (isKnown(entry, manifest)) continue;
+                if (known.contains(keyOf(entry))) continue;
                 tellIfLost(entry);
                 manifest.entries.push_back(std::move(entry));
             }
-        if (manifest.entries.size() > known) return void(write(manifest));
+        if (manifest.entries.size() > before) return void(write(manifest));
         (void)files_.removeFile(journal.quarantineRoot / journalFileName);
         dropUnfinishedDocuments(journal.quarantineRoot, files_);
     }
@@ -135,12 +139,8 @@ class Recovery {
         return held;
     }
 
-    static bool isKnown(const ManifestEntry& entry, const Manifest& manifest) {
-        return std::ranges::any_of(manifest.entries, [&](const ManifestEntry& known) {
-            return known.kind == entry.kind && known.source == entry.source
-                   && known.destination == entry.destination;
-        });
-    }
+    using StepKey = std::tuple<ManifestEntryKind, std::string, std::optional<std::string>>;
+    static StepKey keyOf(const ManifestEntry& entry) { return {entry.kind, entry.source, entry.destination}; }
 
     /// Moves on into the Trash what stopped beside it.
     void settleStaged(const Path& root, const std::vector<ManifestEntry>& entries) {
