@@ -78,6 +78,11 @@ bool EarlierUndo::finishMove(const Path& from, const Path& oldPlace) {
     return false;
 }
 
+std::optional<Path> EarlierUndo::findRest(const Path& from, const Path& oldPlace) {
+    if (files_.exists(from) || !files_.isSetAside(from) || isBegun(from, oldPlace)) return std::nullopt;
+    return restOf(oldPlace, from);
+}
+
 std::optional<Path> EarlierUndo::finishLink(const Path& from, const Path& oldPlace) {
     for (int number = 1; number <= lastNumberTried && attempts_ < mostAttempts; ++number) {
         const Path target = numberedName(oldPlace, number);

@@ -22,6 +22,8 @@ class EarlierUndo {
     bool finishMove(const Path& from, const Path& oldPlace);
     /// What `finishMove` last left aside as such; nullopt for anything else.
     const std::optional<Path>& rest() const { return rest_; }
+    /// The same for an item that arrived at its old place, without moving anything.
+    std::optional<Path> findRest(const Path& from, const Path& oldPlace);
 
     /// Without exclusive renames it may have left the item under both names. The new one if the item has only
     /// that now.

@@ -5,6 +5,7 @@
 #include "posix/copied_bytes.h"
 #include "posix/copied_move.h"
 #include "quarantine/comparison_limit.h"
+#include "quarantine/earlier_undo.h"
 #include "quarantine/held_items.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/interrupted_return.h"
@@ -49,7 +50,7 @@ class Recovery {
     /// A copy unsettled for one run may have been settled for another one that moved an item of the same
     /// path.
     RecoveryOutcome finish() {
-        std::set<Path> strays;
+        std::set<Path> strays = std::move(rests_);
         for (const auto& found : unsettledReturns_)
             if (files_.exists(found.copy)) strays.insert(found.copy);
         for (const auto& copy : strays)
@@ -169,6 +170,10 @@ class Recovery {
             else
                 unsettledReturns_.push_back(std::move(found));
         }
+        for (const auto& entry : entries)
+            if (entry.kind == ManifestEntryKind::move && entry.destination)
+                if (auto rest = earlier_.findRest(Path(*entry.destination), Path(entry.source)))
+                    rests_.insert(std::move(*rest));
     }
 
     void tellSettled(const Path& place) {
@@ -196,6 +201,8 @@ class Recovery {
     HeldItems held_;
     InterruptedReturns returns_{files_};
     std::vector<InterruptedReturn> unsettledReturns_;
+    EarlierUndo earlier_{files_, policy_};
+    std::set<Path> rests_; ///< of items that are back and have changed since
     RecoveryOutcome outcome_;
 };
 

@@ -18,8 +18,9 @@ struct RecoveryOutcome {
     std::vector<std::string> missing = {};
     std::vector<Path> notBegun = {};       ///< quarantine folders not processed when it was stopped
     std::vector<Path> settledReturns = {}; ///< of interrupted undos
-    std::vector<Path> strayCopies = {};    ///< of interrupted undos, which could not be settled
-    std::vector<Path> unlisted = {};       ///< unreadable folders, in which such copies are not found
+    /// Copies of interrupted undos that could not be settled, and what these left of items changed since.
+    std::vector<Path> strayCopies = {};
+    std::vector<Path> unlisted = {}; ///< unreadable folders, in which such copies are not found
 };
 
 /// Finds interrupted runs (a journal without a readable manifest), settles their interrupted moves and writes

@@ -293,6 +293,8 @@ TEST_F(Undo, PutsNoRestOfAnEarlierOneBack) {
         const auto failures = report ? report->failures : std::vector<Problem>();
         const Problem rest{place, {"failure.undo.rest %@", {aside}}};
         EXPECT_EQ(failures, c.then == aside ? std::vector{rest} : std::vector<Problem>());
+        EXPECT_EQ(recoverInterruptedRemovals(alice(), volume.files(), clock, log).strayCopies,
+                  c.then == aside ? std::vector{Path(aside)} : std::vector<Path>());
         for (const auto& path : {root.string(), other.string(), std::string("/Applications")})
             std::filesystem::remove_all(volume.host(path));
     }
