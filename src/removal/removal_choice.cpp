@@ -4,6 +4,7 @@
 #include "scan/matching/default_selection.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace tidwen {
@@ -12,6 +13,16 @@ namespace {
 
 bool isBundle(const Trace& trace) {
     return trace.category == TraceCategory::application;
+}
+
+/// How well the reason tells the owner of an item apart from others with a claim to it; the longer of two
+/// identifiers or names says more.
+std::pair<int, std::size_t> strength(const MatchReason& reason) {
+    using enum MatchReason::Kind;
+    constexpr MatchReason::Kind weakestFirst[] = {sharedAppGroup, executableName, nameToken,     receipt,
+                                                  appGroup,       exactBundleID,  declaredTarget};
+    const auto kind = std::ranges::find(weakestFirst, reason.kind) - std::begin(weakestFirst);
+    return {static_cast<int>(kind), reason.value.size()};
 }
 
 /// Calls `visit(number, trace, group's number)` for every trace.
@@ -190,20 +201,31 @@ void RemovalChoice::leaveToThoseThatStay(Flags& goes) {
     }
 }
 
-/// Drops items inside a folder that is also removed, and those an earlier group removes: the second move
-/// would fail, and undo would find the place of the first occupied.
+/// Drops items inside a folder that is also removed, and all but one of those that several groups found: a
+/// second move would fail, and undo would find the place of the first occupied. The item goes with the group
+/// whose claim is strongest, whichever the user named first, so that undoing that group brings it back.
 void RemovalChoice::takeEachItemOnce(Flags& goes) {
     goingPlaces_.assign(findings_->placeCount(), false);
     for (std::size_t number = 0; number < goes.size(); ++number)
         if (const auto place = findings_->place(number); goes[number] && place != Findings::noPlace)
             goingPlaces_[place] = true;
-    Flags isTaken(findings_->placeCount());
-    for (std::size_t number = 0; number < goes.size(); ++number) {
+    struct Taker {
+        const Trace* trace = nullptr;
+        std::size_t number = 0;
+    };
+    std::vector<Taker> takers(findings_->placeCount());
+    forEachTrace(*findings_, [&](std::size_t number, const Trace& trace, std::size_t) {
         const auto place = findings_->place(number);
-        if (!goes[number] || place == Findings::noPlace) continue;
-        if (goesAlong(number) || isTaken[place]) goes[number] = false;
-        isTaken[place] = true;
-    }
+        if (!goes[number] || place == Findings::noPlace) return;
+        auto& taker = takers[place];
+        const bool isBetter = !taker.trace || strength(taker.trace->reason) < strength(trace.reason);
+        if (goesAlong(number) || !isBetter) {
+            goes[number] = false;
+            return;
+        }
+        if (taker.trace) goes[taker.number] = false;
+        taker = {&trace, number};
+    });
 }
 
 /// Whether a folder that contains it is removed.

@@ -63,6 +63,31 @@ TEST(RemovalChoice, TakesEachItemOnceAndSaysWhyTheOthersStay) {
     EXPECT_EQ(choice.summary().totalCount, 3) << "a copy is independent";
 }
 
+TEST(RemovalChoice, GivesASharedItemToTheStrongestClaim) {
+    const auto claim = [](const char* path, MatchReason::Kind kind, const char* value) {
+        auto found = trace(path);
+        found.reason = {kind, value};
+        return found;
+    };
+    using enum MatchReason::Kind;
+    std::vector<OrphanGroup> groups = {
+        {"a.b", "A", {claim("/L/a.b.beta", exactBundleID, "a.b"), claim("/L/B", nameToken, "B")}},
+        {"a.b.beta",
+         "Beta",
+         {claim("/L/a.b.beta", exactBundleID, "a.b.beta"), claim("/L/B", executableName, "Beta tool")}}};
+    for (int order = 0; order < 2; ++order, std::ranges::reverse(groups)) {
+        const auto findings = std::make_shared<const Findings>(
+            std::make_shared<const OrphanScanResult>(OrphanScanResult{groups, {}}));
+        RemovalChoice choice(findings, RemovalSubject::Kind::leftovers);
+        choice.setSelected(idsOf(*findings), true);
+        std::set<std::string> going;
+        for (const auto& target : choice.targets())
+            for (const auto& each : target.traces)
+                EXPECT_TRUE(going.insert(target.target.name + each.displayName).second);
+        EXPECT_EQ(going, (std::set<std::string>{"A/L/B", "Beta/L/a.b.beta"})) << "whoever is named first";
+    }
+}
+
 TEST(RemovalReport, MissesWhatItResetAndCouldNotSeeBefore) {
     ScanResult scan;
     scan.permissions.unreadable = {PermissionGrant::Scope::system};
