@@ -65,8 +65,9 @@ struct RemovalOperation {
     bool requiresRoot = false; ///< runs in the administrator batch
     Reversibility reversibility = Reversibility::reversible;
     std::string displayName;
-    Uuid traceID = Uuid::random(); ///< of its trace, otherwise new
-    std::string bundleID;          ///< of the application it serves
+    Uuid traceID = Uuid::random();            ///< of its trace, otherwise new
+    std::string bundleID;                     ///< of the application it serves
+    std::vector<std::string> sharedWith = {}; ///< move: other applications of the run that claim the item
 
     friend bool operator==(const RemovalOperation&, const RemovalOperation&) = default;
 };

@@ -29,7 +29,8 @@ ManifestEntry moveEntry(const RemovalOperation& from, const operation::Move& mov
             .source = move.source.string(),
             .destination = move.destination.string(),
             .requiresRoot = from.requiresRoot,
-            .bundleID = from.bundleID};
+            .bundleID = from.bundleID,
+            .sharedWith = from.sharedWith};
 }
 
 ManifestEntry bootoutEntry(const RemovalOperation& from, const operation::Bootout& bootout) {

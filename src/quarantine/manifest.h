@@ -33,6 +33,8 @@ struct ManifestEntry {
     std::optional<bool> isSystemDomain = {};     ///< bootout
     bool requiresRoot = false;
     std::string bundleID; ///< may be empty
+    /// move: the identifiers of other applications of the run that claim the item too
+    std::vector<std::string> sharedWith = {};
     /// bootout: the path of the job's property list, if the run moved it too
     std::optional<std::string> plistPath = {};
     /// move: recovery found the item neither in quarantine nor at its old path; bootout: it found the job's

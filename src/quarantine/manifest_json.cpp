@@ -163,6 +163,10 @@ class Reader {
         return count <= maxManifestEntries;
     }
 
+    void takeRecord(std::string& text) {
+        if (!take(text)) fail("not a text:", "sharedWith");
+    }
+
     void takeRecord(AppRecord& app) {
         record(required("name", app.name), required("bundleID", app.bundleID));
     }
@@ -172,7 +176,7 @@ class Reader {
                optional("isSystemDomain", entry.isSystemDomain), required("kind", entry.kind),
                optional("launchLabel", entry.launchLabel), required("operationID", entry.operationID),
                optional("plistPath", entry.plistPath), required("requiresRoot", entry.requiresRoot),
-               required("source", entry.source));
+               optional("sharedWith", entry.sharedWith), required("source", entry.source));
     }
 
     template<class Number>
@@ -298,6 +302,7 @@ json toJson(const std::vector<ManifestEntry>& entries, bool areMissing = false) 
         if (entry.launchLabel) one["launchLabel"] = *entry.launchLabel;
         if (entry.isSystemDomain) one["isSystemDomain"] = *entry.isSystemDomain;
         if (entry.plistPath) one["plistPath"] = *entry.plistPath;
+        if (!entry.sharedWith.empty()) one["sharedWith"] = entry.sharedWith;
         all.push_back(std::move(one));
     }
     return all;

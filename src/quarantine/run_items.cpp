@@ -17,12 +17,14 @@ bool endsIn(const Path& path, const Path& end) {
            && std::equal(last.rbegin(), std::prev(last.rend()), parts.rbegin());
 }
 
-/// Whether the entry belongs to an application with this name or identifier.
+/// Whether the entry belongs to an application with this name or identifier, alone or with others.
 bool isOf(const ManifestEntry& entry, const std::string& name, const Manifest& manifest) {
     const auto key = fileNameKey(name);
     return std::ranges::any_of(manifest.apps, [&](const AppRecord& app) {
         const bool isCalledSo = fileNameKey(app.name) == key || fileNameKey(app.bundleID) == key;
-        return isCalledSo && !key.empty() && app.bundleID == entry.bundleID;
+        const bool owns = app.bundleID == entry.bundleID
+                          || std::ranges::find(entry.sharedWith, app.bundleID) != entry.sharedWith.end();
+        return isCalledSo && !key.empty() && owns;
     });
 }
 

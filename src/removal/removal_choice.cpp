@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 #include <utility>
 
 namespace tidwen {
@@ -64,7 +65,37 @@ std::vector<RemovalTarget> RemovalChoice::targets() const {
         for (const auto* trace : each.traces)
             targets.back().traces.push_back(*trace);
     }
+    noteSharedItems(targets);
     return targets;
+}
+
+/// An item that several applications claim comes back with each of them, whoever is recorded as its owner.
+void RemovalChoice::noteSharedItems(std::vector<RemovalTarget>& targets) const {
+    if (targets.size() < 2) return;
+    std::map<Findings::Place, std::pair<RemovalTarget*, Uuid>> takers;
+    for (auto& target : targets)
+        for (const auto& trace : target.traces)
+            if (const auto place = findings_->place(*findings_->number(trace.id)); place != Findings::noPlace)
+                takers.emplace(place, std::pair(&target, trace.id));
+    forEachTrace(*findings_, [&](std::size_t number, const Trace&, std::size_t group) {
+        if (!selected_[number] || leftOut_[group] || keptFor_[number]) return;
+        const auto taker = takers.find(takenWith(findings_->place(number)));
+        if (taker == takers.end()) return;
+        auto& [target, trace] = taker->second;
+        const auto& claimant = findings_->groups()[group].target.bundleID;
+        if (claimant.empty() || claimant == target->target.bundleID) return;
+        auto& others = target->sharedWith[trace];
+        if (std::ranges::find(others, claimant) == others.end()) others.push_back(claimant);
+    });
+}
+
+/// The outermost removed folder that contains the item, or the item itself.
+Findings::Place RemovalChoice::takenWith(Findings::Place place) const {
+    if (place == Findings::noPlace) return place;
+    auto outermost = place;
+    for (auto outer = findings_->outer(place); outer != Findings::noPlace; outer = findings_->outer(outer))
+        if (goingPlaces_[outer]) outermost = outer;
+    return outermost;
 }
 
 std::vector<Remainder> RemovalChoice::remainders() const {

@@ -84,6 +84,8 @@ class RemovalChoice {
     bool staysWhole(std::size_t group) const;
     void takeEachItemOnce(Flags& goes);
     bool goesAlong(std::size_t trace) const;
+    void noteSharedItems(std::vector<RemovalTarget>& targets) const;
+    Findings::Place takenWith(Findings::Place place) const;
     void sort(const Flags& goes);
     StayingGroup::Item staying(const Trace& trace, std::size_t number) const;
     void describe();

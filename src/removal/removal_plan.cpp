@@ -24,6 +24,7 @@ class PlanBuilder {
 
     void add(const RemovalTarget& target) {
         target_ = &target.target;
+        sharedWith_ = &target.sharedWith;
         std::vector<const Trace*> traces;
         for (const auto& trace : target.traces)
             if (isPlanned(trace, mode_)) traces.push_back(&trace);
@@ -106,6 +107,8 @@ class PlanBuilder {
         const Path& source = *movedPath(trace.action);
         append(operation::Move{source, destination(source)}, trace.requiresRoot, Reversibility::reversible,
                source.string(), trace.id);
+        if (const auto others = sharedWith_->find(trace.id); others != sharedWith_->end())
+            plan_.back().sharedWith = others->second;
     }
 
     /// Each item is alone in a numbered folder, so equal names never collide.
@@ -130,6 +133,7 @@ class PlanBuilder {
     RemovalMode mode_;
     const Texts& texts_;
     const AppTarget* target_ = nullptr;
+    const std::map<Uuid, std::vector<std::string>>* sharedWith_ = nullptr;
     std::vector<RemovalOperation> plan_;
 };
 

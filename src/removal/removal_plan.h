@@ -5,6 +5,8 @@
 #include "quarantine/quarantine_layout.h"
 #include "scan/applications/app_target.h"
 
+#include <map>
+#include <string>
 #include <vector>
 
 namespace tidwen {
@@ -14,6 +16,8 @@ struct RemovalTarget {
     AppTarget target;
     std::vector<Trace> traces;
     bool isRunning = false; ///< had a running instance when the removal was requested
+    /// The identifiers of other applications of the run that claim the item of a trace too.
+    std::map<Uuid, std::vector<std::string>> sharedWith = {};
 };
 
 /// Whether the mode leaves this trace in place: a reset keeps the application and its receipts.

@@ -391,6 +391,9 @@ TEST(RunItems, AreNamedByPlaceEndOfPlaceOrApplication) {
     for (const auto* source : {"/Users/a/Caches/One", "/Users/a/Logs/One", "/Users/a/Two"})
         manifest.entries.push_back(moveEntry(1, Path("/q"), source));
     manifest.entries.back().bundleID = "other";
+    manifest.apps.push_back({"Sketch", "com.example.sketch"});
+    manifest.entries.front().sharedWith = {"com.example.sketch"};
+    manifest = decodeManifest(encode(manifest)).value();
     const struct {
         std::string word;
         std::size_t found;
@@ -401,6 +404,7 @@ TEST(RunItems, AreNamedByPlaceEndOfPlaceOrApplication) {
                  {"One", 0, "history.item.ambiguous %@ %@"},
                  {"notes", 2, ""},
                  {"COM.example.notes", 2, ""},
+                 {"Sketch", 1, ""},
                  {"ne", 0, "history.item.unknown %@"},
                  {"", 0, "history.item.unknown %@"}};
     for (const auto& c : cases) {

@@ -85,6 +85,11 @@ TEST(RemovalChoice, GivesASharedItemToTheStrongestClaim) {
             for (const auto& each : target.traces)
                 EXPECT_TRUE(going.insert(target.target.name + each.displayName).second);
         EXPECT_EQ(going, (std::set<std::string>{"A/L/B", "Beta/L/a.b.beta"})) << "whoever is named first";
+        for (const auto& step :
+             buildRemovalPlan(choice.targets(), {Path("/Q"), true}, choice.mode(), Texts())) {
+            const bool isMove = std::holds_alternative<operation::Move>(step.kind);
+            EXPECT_EQ(step.sharedWith, isMove ? Names{step.bundleID == "a.b" ? "a.b.beta" : "a.b"} : Names());
+        }
     }
 }
 
