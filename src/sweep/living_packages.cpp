@@ -132,7 +132,10 @@ LivingPackages listLivingPackages(const FileSystem& files, const Receipts& recei
             --packagesLeft;
             const auto receipt = receipts.read(packageID);
             if (receipt && !receipt->unreadableList) life = judge.judge(*receipt);
-            if (receipt && receipt->unreadableList) packages.unreadable.push_back(*receipt->unreadableList);
+            if (receipt && receipt->unreadableList) {
+                const auto& list = *receipt->unreadableList;
+                (mayBeThere(files, list) ? packages.unreadable : packages.missingLists).push_back(list);
+            }
         }
         if (life == Life::living)
             packages.identifiers.push_back(std::move(identifier));

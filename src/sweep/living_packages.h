@@ -19,6 +19,7 @@ struct LivingPackages {
     std::set<std::string> lost;           ///< they installed an application, and none of their files exists
     std::set<std::string> leaving;        ///< likewise, but leftovers exist that the sweep finds
     std::vector<Path> unreadable = {};    ///< unreadable parts of the receipts, whose files may exist
+    std::vector<Path> missingLists = {};  ///< such packages list nothing, but keep what has their identifier
 };
 
 /// A package is in use while any of its files exists, including a broken link, or may exist: on a missing

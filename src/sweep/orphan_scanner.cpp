@@ -113,6 +113,7 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
     for (const auto& place : packages.unreadable)
         gaps.push_back(gapAt(ports_.files, user_, place));
     OrphanScanResult result;
+    result.unreadableLocations = packages.missingLists;
     if (stop.stopRequested()) return result;
     const BudgetedFiles files(ports_.files);
     OwnerJudge judge(owners, ports_.running, isRegistered_, protectedIDs);

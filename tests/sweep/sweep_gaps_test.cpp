@@ -49,6 +49,7 @@ TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
     test::writeBundle(volume, damaged, "com.damaged.app", "Damaged");
     volume.makeFolder("/private/var/db/receipts");
     receipts.packages["com.closed.pkg"] = {"opt/gone"};
+    const Path list("/private/var/db/receipts/com.closed.pkg.bom");
     test::giveToUnprivileged(volume.hostRoot());
     const auto forbid = [&](const std::string& path) {
         std::filesystem::permissions(volume.host(path), std::filesystem::perms::none);
@@ -103,8 +104,11 @@ TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
          {Path(home + "LaunchAgents/closed.plist"), Reason::unreadable, false},
          {}},
         {"a package's list",
-         [&] { receipts.unreadable = Path("/private/var/db/receipts/com.closed.pkg.bom"); },
-         {Path("/private/var/db/receipts/com.closed.pkg.bom"), Reason::unreadable, false},
+         [&] {
+             receipts.unreadable = list;
+             volume.write(list.string(), "x");
+         },
+         {list, Reason::unreadable, false},
          {}},
         {"the folder of receipts",
          [&] {
@@ -131,6 +135,10 @@ TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
         volume.write("/Users/Shared/com.gone.common/x", "x");
         EXPECT_THAT(orphans(),
                     testing::UnorderedElementsAre("com.gone.own", "com.gone.shared", "com.gone.common"));
+        receipts.unreadable = list;
+        EXPECT_THAT(orphans(), testing::SizeIs(3)) << "a missing list is told, but stops no search";
+        EXPECT_THAT(scan().unreadableLocations, ElementsAre(list));
+        receipts.unreadable.reset();
         for (const auto& [what, change, gap, claimed] : cases) {
             SCOPED_TRACE(what);
             change();
