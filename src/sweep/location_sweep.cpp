@@ -101,6 +101,7 @@ void LocationSweep::take(std::vector<OrphanCandidate> candidates, const OrphanSc
         finds.standsAlone |= !isReceipt || isLost;
         finds.receiptsStandAlone |= isReceipt && (isLost || packages_.leaving.contains(candidate.identifier));
         traces.push_back(makeOrphanTrace(std::move(candidate)));
+        traces.back().mayHoldOthers = policy_.mayBeInAnotherHome(*movedPath(traces.back().action));
     }
     candidates = {}; // frees them early: there may be very many
     measureTraces(ports_.files, traces, stop_);
@@ -133,8 +134,10 @@ void LocationSweep::takeLoose(const OrphanScanner::OnFound& onFound) {
 void LocationSweep::keepNamed(std::vector<NamedCandidate> candidates) {
     for (auto& candidate : candidates)
         if (canJudge(candidate.path, user_, gaps_) && !owners_.mayMean(canonicalForm(candidate.name))
-            && !holdsWhatIsInUse(owners_, candidate.path, linked_) && !policy_.check(candidate.path))
+            && !holdsWhatIsInUse(owners_, candidate.path, linked_) && !policy_.check(candidate.path)) {
+            candidate.mayHoldOthers = policy_.mayBeInAnotherHome(candidate.path);
             named_.push_back(std::move(candidate));
+        }
 }
 
 } // namespace tidwen

@@ -89,6 +89,7 @@ void addNamedFinds(std::vector<OrphanGroup>& groups, const std::vector<NamedCand
                                          {MatchReason::Kind::nameToken, candidate.name},
                                          Reversibility::reversible, candidate.path.string(), std::nullopt,
                                          candidate.requiresRoot));
+        group.traces.back().mayHoldOthers = candidate.mayHoldOthers;
         if (canonicalForm(group.name) == canonicalForm(candidate.name)) group.name = candidate.name;
     }
 }

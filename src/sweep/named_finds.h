@@ -18,6 +18,7 @@ struct NamedCandidate {
     TraceCategory category = TraceCategory::supportFiles;
     Path path;
     bool requiresRoot = false;
+    bool mayHoldOthers = false; ///< as in `Trace`
 };
 
 /// Whether the name is distinctive enough to identify an owner: five characters or more, and not used by

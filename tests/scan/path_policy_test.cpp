@@ -191,6 +191,27 @@ TEST_F(MovePolicy, FollowsTheLinksOfTheRealPlace) {
              {std::nullopt, {caches + "/fine/x", caches + "/documents"}}}); // the latter is the link itself
 }
 
+TEST_F(MovePolicy, DoubtsWhatOtherHomesMayLeadToWhenTheyAreTooMany) {
+    const auto mayBeOthers = [&](const std::string& place) {
+        return PathPolicy(userAt(home), volume.files()).mayBeInAnotherHome(Path(place));
+    };
+    volume.makeFolder("/Users/bob/Library");
+    volume.write(caches + "/last", "x");
+    for (int i = 0; i < 2'000; ++i)
+        volume.link("/Users/bob/Library/" + std::to_string(i), i == 1'999 ? caches + "/last" : "/nowhere");
+    EXPECT_FALSE(mayBeOthers(caches + "/x"));
+    EXPECT_EQ(kindOf(check(caches + "/last", quarantine + "/x")), Kind::neverTouch);
+    volume.link("/Users/bob/more", caches + "/more");
+    EXPECT_TRUE(mayBeOthers(caches + "/x"));
+    EXPECT_FALSE(mayBeOthers("/Library/x")) << "such a link protects only items of homes";
+
+    for (int i = 1; i < 500; ++i) // with bob
+        volume.makeFolder("/Users/m" + std::to_string(i));
+    EXPECT_FALSE(mayBeOthers("/Library/x"));
+    volume.makeFolder("/Users/m500");
+    EXPECT_TRUE(mayBeOthers("/Library/x"));
+}
+
 TEST_F(MovePolicy, FollowsTheLinksOfTheQuarantine) {
     volume.link("/Users/alice/.Trash/Tidwen - out", "/Users/alice/Documents");
     volume.link("/Users/alice/.Trash/Tidwen - other", quarantine);

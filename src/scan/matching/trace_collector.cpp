@@ -6,6 +6,7 @@ namespace tidwen {
 
 void TraceCollector::add(Trace trace) {
     if (const auto* path = movedPath(trace.action)) {
+        trace.mayHoldOthers = trace.mayHoldOthers || policy_.mayBeInAnotherHome(*path);
         paths_.insert(path->string());
         measured_.push_back(traces_.size());
         sizes_.add(*path);
@@ -24,6 +25,7 @@ bool TraceCollector::addFound(Trace trace, const Path& realParent) {
     if (realPath != path) {
         if (isCovered(realPath) || policy_.check(realPath)) return false;
         paths_.insert(realPath.string());
+        trace.mayHoldOthers = trace.mayHoldOthers || policy_.mayBeInAnotherHome(realPath);
     }
     add(std::move(trace));
     return true;

@@ -15,7 +15,7 @@ using Components = PlaceComponents;
 constexpr std::string_view placesOfOthers[] = {"/root", "/private/var/root", "/home", "/Network", "/net"};
 
 // More than any Mac has.
-constexpr std::size_t mostLinkedHomes = 1000, mostOtherHomes = 100;
+constexpr std::size_t mostOtherHomes = 500;
 
 /// The place is a folder that is searched, or contains one.
 bool isSearched(const Components& place, const UserEnvironment& user) {
@@ -41,13 +41,20 @@ void PathPolicy::keepOtherHomes(RealPlaces& places) {
 
     const auto entries = places.files().list(users);
     if (!entries) return;
-    std::size_t links = 0, homes = 0;
+    std::size_t homes = 0;
     for (const auto& entry : *entries) {
         const auto key = fileNameKey(entry.name);
         const Path home = users / entry.name;
         if (key == "shared" || holdsTheHome(placeComponents(home))) continue;
-        if (entry.kind == FileKind::symbolicLink && links++ < mostLinkedHomes) keepOtherHome(home, places);
-        if (entry.kind == FileKind::directory && homes++ < mostOtherHomes) keepFoldersOf(home, places);
+        if (entry.kind != FileKind::symbolicLink && entry.kind != FileKind::directory) continue;
+        if (homes++ == mostOtherHomes) {
+            knowsAllHomes_ = false;
+            break;
+        }
+        if (entry.kind == FileKind::symbolicLink)
+            keepOtherHome(home, places);
+        else
+            keepFoldersOf(home, places);
     }
 }
 
@@ -79,14 +86,17 @@ void PathPolicy::keepFoldersOf(const Path& otherHome, RealPlaces& places) {
         keepLinkedFromHome(folder, places);
 }
 
-/// Whatever else of another home is a link into the user's own: taken with what holds it, it would be gone
-/// from that home.
+/// Whatever else directly in the folder is a link into the user's own: taken with what holds it, it would be
+/// gone from that home.
 void PathPolicy::keepLinkedFromHome(const Path& folder, RealPlaces& places) {
     const auto entries = places.files().list(folder);
     if (!entries) return;
-    std::size_t links = 0;
     for (const auto& entry : *entries) {
-        if (entry.kind != FileKind::symbolicLink || links++ == mostLinkedHomes) continue;
+        if (entry.kind != FileKind::symbolicLink) continue;
+        if (!places.followsAnotherLink()) {
+            knowsAllLinks_ = false;
+            return;
+        }
         for (const auto& spelled : places.spellings(folder / entry.name))
             if (isInAHome(placeComponents(spelled))) keepOthers(spelled);
     }
@@ -109,6 +119,10 @@ bool PathPolicy::keepOthers(const Path& place) {
     deny(kept);
     otherHomes_.push_back(std::move(kept));
     return true;
+}
+
+bool PathPolicy::mayBeInAnotherHome(const Path& url) const {
+    return !knowsAllHomes_ || (!knowsAllLinks_ && isInAHome(placeComponents(url)));
 }
 
 bool PathPolicy::isInAnotherHome(const Path& url) const {

@@ -70,10 +70,14 @@ class PathPolicy {
     bool holdsProtectedPlace(const Path& url) const;
 
     /// An item in the home of another user: a folder of "/Users" other than the user's home and "Shared", the
-    /// target of a link there (of the first thousand links), a folder of another place for homes, or a home
-    /// that an account names; also the targets of the standard folders of such a home (of the first hundred
-    /// homes of "/Users"), from "Documents" to "Library/Preferences". Such places are never touched.
+    /// target of a link there, a folder of another place for homes, or a home that an account names; also the
+    /// targets of the standard folders of such a home, from "Documents" to "Library/Preferences", and of any
+    /// link directly in it or in its "Library". Such places are never touched.
     bool isInAnotherHome(const Path& url) const;
+
+    /// The item may be such a target all the same: "/Users" holds more than five hundred homes, or they hold
+    /// more than two thousand links, so not all were followed.
+    bool mayBeInAnotherHome(const Path& url) const;
 
   private:
     class RealPlaces;
@@ -108,10 +112,11 @@ class PathPolicy {
     bool isInAnotherHome(const Components& path) const;
 
     UserEnvironment user_;
-    std::vector<Components> homes_;        ///< all spellings of the user's home
-    std::vector<Components> downloads_;    ///< and of its Downloads
-    std::vector<Components> usersFolders_; ///< all spellings of "/Users"
-    std::vector<Components> otherHomes_;   ///< of other users, and folders in such homes
+    std::vector<Components> homes_;                    ///< all spellings of the user's home
+    std::vector<Components> downloads_;                ///< and of its Downloads
+    std::vector<Components> usersFolders_;             ///< all spellings of "/Users"
+    std::vector<Components> otherHomes_;               ///< of other users, and folders in such homes
+    bool knowsAllHomes_ = true, knowsAllLinks_ = true; ///< of others
     std::set<Components> deniedExact_;
     std::vector<NeverTouchRule> neverTouch_;
 };

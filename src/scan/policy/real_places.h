@@ -16,6 +16,9 @@ class PathPolicy::RealPlaces {
     /// The place as given and, if links lead elsewhere, its real location, existing or not.
     std::vector<Path> spellings(const Path& place);
 
+    /// Counts a link in other homes; false if there were more than are followed.
+    bool followsAnotherLink() { return linksLeft_ > 0 && linksLeft_-- > 0; }
+
   private:
     struct Found {
         std::optional<Path> place; ///< nullopt when it is unknown
@@ -27,6 +30,7 @@ class PathPolicy::RealPlaces {
 
     const FileSystem& files_;
     std::map<Path, Found> found_;
+    std::size_t linksLeft_ = 2'000;
 };
 
 } // namespace tidwen
