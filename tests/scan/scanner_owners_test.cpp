@@ -185,6 +185,10 @@ TEST_F(Scanner, TakesNothingFromOtherHomes) {
     EXPECT_THAT(found(),
                 testing::UnorderedElementsAre("caches exactBundleID: ~WebKit/com.corvella.marlin.notes",
                                               "caches nameToken: ~WebKit/Marlin Notes"));
+    for (int i = 0; i <= 2'000; ++i)
+        volume.link("/Users/bob/" + std::to_string(i), "/nowhere");
+    for (const auto& trace : scan().traces)
+        EXPECT_TRUE(trace.category != TraceCategory::caches || trace.mayHoldOthers) << trace.displayName;
 }
 
 TEST_F(Scanner, TakesNoSharedFileOnTheWordOfAPackageAlone) {
