@@ -39,12 +39,11 @@ ExitStatus post(const std::vector<std::string>& words, const CommandContext& con
     const auto& system = mac.system;
     const auto installed = readIdentities(system.files, findApplicationBundles(system.files, system.user));
     const ApplicationFinder finder(system.files, installed, HostPaths(mac.volume));
-    std::vector<Path> selection;
-    for (const auto& word : words) {
-        const auto bundle = finder.find(word);
-        if (!bundle) return context.refuse({"%@", {word + ": " + context.texts.text(bundle.error())}});
-        selection.push_back(*bundle);
-    }
+    const auto named = findBundles(words, finder);
+    for (const auto& failure : named.failures)
+        context.report(failure);
+    const auto& selection = named.bundles;
+    if (selection.empty()) return ExitStatus::refused;
     auto inbox = requestInbox(context, mac);
     switch (UninstallService(inbox, system.log).handOver(selection)) {
     case UninstallService::Outcome::handedOver:
@@ -59,7 +58,7 @@ ExitStatus post(const std::vector<std::string>& words, const CommandContext& con
     else
         for (const auto& path : selection)
             context.console.line(context.text("cli.requests.posted %@", {path.string()}));
-    return ExitStatus::done;
+    return named.failures.empty() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {

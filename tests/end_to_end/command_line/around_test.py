@@ -265,7 +265,7 @@ class Around(VolumeTest):
 
     def test_requests_reach_the_process_that_watches(self):
         self.refuse("requests", "post", "No such", saying="No such")
-        self.call("requests", "post", "Kip", "Pantry")
+        self.call("requests", "post", "Kip", "No such", "Pantry", status=1)
         self.assertEqual(self.call("requests", "drain", "--json").json,
                          {"paths": ["/Applications/Kip.app", "/Applications/Pantry.app"]})
         (self.volume / "Tidwen.app/Contents/MacOS").mkdir(parents=True)
