@@ -100,11 +100,17 @@ DESCRIPTION = Description((ROOT / "docs/json.md").read_text())
 SEEN = set()
 
 
+def sorted_members(pairs):
+    keys = [key for key, _ in pairs]
+    assert keys == sorted(keys), keys
+    return dict(pairs)
+
+
 def check(words, output):
     """Checks the output of a call with `--json`: `words` begin with the command. `watch` prints a document per line."""
     documents = output.splitlines() if words[0] == "watch" else [output]
     for document in documents:
-        SEEN.update(DESCRIPTION.check(words, json.loads(document)))
+        SEEN.update(DESCRIPTION.check(words, json.loads(document, object_pairs_hook=sorted_members)))
 
 
 def note_seen_for(test: str):

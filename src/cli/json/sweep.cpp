@@ -27,6 +27,8 @@ Value object(const SweepGap& gap) {
 void write(const OrphanScanResult& orphans, bool selectsDefaults, const JsonStream::Sink& sink) {
     JsonStream out(sink);
     out.beginObject();
+    out.key("gaps");
+    out.value(array(orphans.gaps, [](const SweepGap& gap) { return object(gap); }));
     out.key("groups");
     out.beginArray();
     for (const auto& group : orphans.groups) {
@@ -46,8 +48,6 @@ void write(const OrphanScanResult& orphans, bool selectsDefaults, const JsonStre
         out.end();
     }
     out.end();
-    out.key("gaps");
-    out.value(array(orphans.gaps, [](const SweepGap& gap) { return object(gap); }));
     out.key("leftOut");
     out.value(orphans.leftOut);
     out.key("skippedNames");
