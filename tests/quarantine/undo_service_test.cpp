@@ -388,8 +388,9 @@ TEST_F(Undo, OfSingleItemsLeavesTheRestForLater) {
 
 TEST(RunItems, AreNamedByPlaceEndOfPlaceOrApplication) {
     Manifest manifest{.quarantineRoot = Path("/q"), .apps = {{"Notes", "com.example.notes"}}};
+    int number = 0;
     for (const auto* source : {"/Users/a/Caches/One", "/Users/a/Logs/One", "/Users/a/Two"})
-        manifest.entries.push_back(moveEntry(1, Path("/q"), source));
+        manifest.entries.push_back(moveEntry(++number, Path("/q"), source));
     manifest.entries.back().bundleID = "other";
     manifest.apps.push_back({"Sketch", "com.example.sketch"});
     manifest.entries.front().sharedWith = {"com.example.sketch"};
