@@ -280,7 +280,7 @@ class MacRoot(unittest.TestCase):
         self.write(guarded)
         self.at(guarded).chmod(0)
         self.note("log", "")
-        for words in (["remove", "--yes", marlin], ["undo", "1"], ["recover"], ["purge", "--all", "--yes"],
+        for words in (["remove", "--yes", marlin], ["remove", "--dry-run", marlin], ["undo", "1"], ["recover"], ["purge", "--all", "--yes"],
                       ["orphans", "--remove", "--yes"], ["installers", "--remove", "--yes"], ["startup", "remove", AGENT]):
             with self.subTest(words):
                 done = box(self.volume, self.state, self.program, "--json", *words)
@@ -288,7 +288,7 @@ class MacRoot(unittest.TestCase):
                 self.assertIn("open \"x-apple.systempreferences:com.apple.preference.security?Privacy_AllFiles\"", done.stderr)
         self.assertFalse([line for line in self.log() if line.startswith(("osascript", "tccutil", "launchctl <bootout>"))])
         self.assertTrue(self.at(marlin).exists())
-        for words in (["scan", marlin], ["remove", "--dry-run", marlin], ["orphans"]):
+        for words in (["scan", marlin], ["orphans"]):
             with self.subTest(words):
                 self.run_tidwen(*words)
 
