@@ -6,7 +6,7 @@
 namespace tidwen {
 
 Picker::Picker(const QString& name, std::vector<Choice> choices,
-               std::function<void(const std::string&)> choose)
+               const std::function<void(const std::string&)>& choose)
     : name_(name), choices_(std::move(choices)) {
     setAutoDefault(false);
     auto* menu = new QMenu(this);

@@ -15,7 +15,8 @@ class Picker final : public QPushButton {
         QString words;
     };
     /// `name`: what is chosen, for a screen reader.
-    Picker(const QString& name, std::vector<Choice> choices, std::function<void(const std::string&)> choose);
+    Picker(const QString& name, std::vector<Choice> choices,
+           const std::function<void(const std::string&)>& choose);
 
     /// False, with nothing changed, for a value that is none of the choices.
     bool show(const std::string& value);

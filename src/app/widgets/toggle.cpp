@@ -32,8 +32,8 @@ void Toggle::paintEvent(QPaintEvent* /*event*/) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(colors()[Role::accent], 2));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), track.height() / 2 + 2,
-                            track.height() / 2 + 2);
+    const qreal radius = track.height() / 2. + 2;
+    painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), radius, radius);
 }
 
 } // namespace tidwen
