@@ -40,7 +40,8 @@ bool EarlierUndo::lacksAnyOf(const Path& arrived, const Path& left) {
         folders.pop_back();
         const auto there = files_.list(back), here = files_.list(rest);
         if (!there || !here) continue; // a file, or in only one of them
-        if ((namesRead_ += there->size() + here->size()) > mostNamesRead) return true;
+        namesRead_ += there->size() + here->size();
+        if (namesRead_ > mostNamesRead) return true;
         std::set<std::string> names;
         for (const auto& entry : *here) {
             names.insert(entry.name);
