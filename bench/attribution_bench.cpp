@@ -3,21 +3,43 @@
 // application in turn. Usage: attribution_bench FILE.jsonl (one application per line; bench/README.md
 // describes the fields)
 
+#include "base/log.h"
+#include "base/path.h"
 #include "base/property_list.h"
 #include "base/text.h"
+#include "base/texts.h"
 #include "casks.h"
 #include "platform/file_code_signatures.h"
+#include "platform/file_system.h"
+#include "platform/keychain.h"
+#include "platform/receipts.h"
+#include "platform/system_extensions.h"
+#include "platform/user_environment.h"
 #include "posix/rooted_file_system.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/bundle_coverage.h"
+#include "scan/applications/installed_bundles.h"
+#include "scan/applications/owning_bundle.h"
 #include "scan/matching/residue_matcher.h"
 #include "scan/matching/residue_scanner.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/search_location.h"
+#include "scan/policy/trace_category.h"
 #include "volume/volume_sources.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <unistd.h>
+#include <vector>
 
 using namespace tidwen;
 using tidwen::bench::Cask;

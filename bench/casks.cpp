@@ -1,4 +1,5 @@
 #include "casks.h"
+#include "base/path.h"
 
 #include "base/json.h"
 

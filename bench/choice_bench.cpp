@@ -1,11 +1,22 @@
 // Measures the cost of a click in a long list of finds, including everything derived from the selection.
 // Usage: choice_bench [FINDS]
 
+#include "base/path.h"
+#include "base/uuid.h"
+#include "removal/findings.h"
 #include "removal/removal_choice.h"
+#include "removal/removal_subject.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 #include "stopwatch.h"
+#include "sweep/orphan_scanner.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
 
 using namespace tidwen;
 

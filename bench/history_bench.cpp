@@ -1,11 +1,16 @@
 // Compares reading the history of 5,000 runs with reading the same manifests once without further work.
 // Usage: history_bench FOLDER; writes the volume there unless the folder exists, and keeps it.
 
+#include "base/path.h"
+#include "base/timestamp.h"
+#include "platform/user_environment.h"
 #include "posix/rooted_file_system.h"
 #include "quarantine/history.h"
+#include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 #include "stopwatch.h"
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -13,7 +18,9 @@
 #include <fmt/core.h>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <string>
 #include <unistd.h>
+#include <vector>
 
 using namespace tidwen;
 namespace fs = std::filesystem;

@@ -13,6 +13,9 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
 #include <unistd.h>
 
 using namespace tidwen;

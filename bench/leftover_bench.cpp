@@ -1,15 +1,27 @@
 // Measures a window's operations on a list of leftovers: preparing it, filtering it on every key stroke,
 // compared with one pass over the same records, and selecting all of it. Usage: leftover_bench [LEFTOVERS]
 
+#include "base/executor.h"
+#include "base/path.h"
 #include "base/text.h"
+#include "base/texts.h"
 #include "peak_memory.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 #include "stopwatch.h"
+#include "sweep/leftover_tree.h"
 #include "sweep/sweep_state.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
+#include <optional>
 #include <random>
+#include <string>
+#include <string_view>
+#include <vector>
 
 using namespace tidwen;
 

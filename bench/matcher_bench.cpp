@@ -1,13 +1,22 @@
 // Measures how much faster the matcher judges a name than a plain implementation that compares it with every
 // other application in turn, and checks that both always agree. Usage: matcher_bench [APPLICATIONS]
 
+#include "base/path.h"
 #include "base/text.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/owning_bundle.h"
+#include "scan/matching/other_applications.h"
 #include "scan/matching/residue_matcher.h"
+#include "scan/matching/trace.h"
 #include "stopwatch.h"
 
+#include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <random>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 using namespace tidwen;

@@ -2,10 +2,19 @@
 // over the folders found, and a listing of the places searched. Usage: scan_bench VOLUME TIDWEN APPLICATION…;
 // each a Mac path, the first one is compared with the targets.
 
+#include "base/log.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "cli/command.h"
 #include "command.h"
 #include "platform/file_code_signatures.h"
+#include "platform/user_environment.h"
 #include "posix/rooted_file_system.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/installed_bundles.h"
 #include "scan/matching/residue_scanner.h"
+#include "scan/matching/scan_result.h"
+#include "scan/matching/trace.h"
 #include "scan/policy/search_location.h"
 #include "stopwatch.h"
 #include "volume/volume_sources.h"
@@ -15,6 +24,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
 
 using namespace tidwen;
 using tidwen::bench::Command;

@@ -2,7 +2,11 @@
 // complete search. Usage: sweep_bench VOLUME TIDWEN, or sweep_bench --many VOLUME TIDWEN for a volume of
 // 200,000 leftovers, which is measured without comparison.
 
+#include "base/path.h"
+#include "cli/command.h"
 #include "command.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
 #include "posix/rooted_file_system.h"
 #include "scan/policy/search_location.h"
 #include "stopwatch.h"
@@ -11,7 +15,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <tl/expected.hpp>
+#include <vector>
 
 using namespace tidwen;
 using tidwen::bench::Command;

@@ -3,12 +3,17 @@
 // disk: bundles with helpers, containers with their records, jobs with their programs, packages with their
 // receipts. Usage: sweep_recall_bench FILE.jsonl [SEEDS]; MISS=1 also lists what is missed.
 
+#include "base/log.h"
+#include "base/path.h"
 #include "base/property_list.h"
 #include "base/text.h"
 #include "casks.h"
 #include "platform/file_code_signatures.h"
+#include "platform/user_environment.h"
 #include "posix/rooted_file_system.h"
 #include "sample/bill_of_materials_writer.h"
+#include "scan/applications/installed_bundles.h"
+#include "scan/matching/trace.h"
 #include "scan/policy/search_location.h"
 #include "stopwatch.h"
 #include "sweep/orphan_scanner.h"
@@ -21,7 +26,10 @@
 #include <fstream>
 #include <map>
 #include <random>
+#include <string>
+#include <string_view>
 #include <unistd.h>
+#include <vector>
 
 using namespace tidwen;
 using tidwen::bench::Cask;

@@ -1,6 +1,7 @@
 // Manifests, journals, and requests from other processes: what is accepted can be written, reads back equal,
 // and names no place outside its quarantine folder.
 
+#include "base/path.h"
 #include "base/path_key.h"
 #include "base/text.h"
 #include "quarantine/manifest.h"
@@ -8,6 +9,8 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <string_view>
+#include <vector>
 
 namespace {
 

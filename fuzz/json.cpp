@@ -6,7 +6,10 @@
 #include <cstdint>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <set>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace {

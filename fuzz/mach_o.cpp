@@ -6,7 +6,12 @@
 #include "platform/mach_o_signature.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace {
 

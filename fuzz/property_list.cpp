@@ -2,7 +2,10 @@
 
 #include "base/property_list.h"
 
+#include <cstdint>
 #include <cstdlib>
+#include <string>
+#include <string_view>
 
 namespace {
 

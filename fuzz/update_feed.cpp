@@ -1,6 +1,7 @@
 // Update feeds: what is read respects the limits, and no release older than the running version is offered.
 
 #include "services/update_feed.h"
+#include "services/version_number.h"
 
 #include <cstdint>
 #include <cstdlib>

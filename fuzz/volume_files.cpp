@@ -1,17 +1,26 @@
 // The property lists of macOS and applications that a scan reads, in their own places. The first byte selects
 // the file.
 
+#include "base/path.h"
 #include "base/text.h"
 #include "platform/file_code_signatures.h"
+#include "platform/file_system.h"
 #include "platform/property_list_file.h"
+#include "platform/user_environment.h"
 #include "posix/rooted_file_system.h"
+#include "scan/applications/app_target.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/container_identity.h"
 #include "scan/applications/installed_app.h"
 #include "volume/volume_sources.h"
 
+#include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <memory>
+#include <string>
+#include <string_view>
 #include <unistd.h>
 
 namespace {

@@ -1,7 +1,14 @@
+#include "app/models/own_services.h"
+#include "app/models/spoken_language.h"
+#include "app/shell/mac_opener.h"
 #include "app/shell/main_loop.h"
 #include "app/shell/main_window.h"
 #include "app/shell/opened_files.h"
+#include "app/style/appearance.h"
 #include "app/style/style.h"
+#include "base/executor.h"
+#include "base/log.h"
+#include "base/texts.h"
 #include "host/crash_recorder.h"
 #include "host/crash_reports.h"
 #include "program/host_services.h"
@@ -12,6 +19,7 @@
 #include <QCommandLineParser>
 #include <QIcon>
 #include <csignal>
+#include <optional>
 #ifdef __APPLE__
 #include "macos/launch_reason.h"
 #endif

@@ -1,8 +1,15 @@
+#include "base/property_list.h"
 #include "base/property_list_forms.h"
 
 #include <bit>
 #include <cmath>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <tl/expected.hpp>
 #include <unicode/unistr.h>
+#include <vector>
 
 // The binary form: "bplist00", the objects, a table of their offsets, and a trailer of 32 bytes with the
 // position of the table and the width of its entries. All numbers are big-endian. Containers refer to objects

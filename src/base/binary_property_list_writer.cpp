@@ -3,8 +3,13 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstdint>
+#include <map>
+#include <string>
 #include <unicode/unistr.h>
 #include <utility>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "base/executor.h"
 #include "base/observable.h"
 #include "base/progress_relay.h"
+#include "base/step_progress.h"
+#include "base/stop_token.h"
 
 #include <optional>
 

@@ -1,6 +1,7 @@
 #include "base/list_change.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace tidwen {
 

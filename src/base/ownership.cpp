@@ -1,9 +1,11 @@
 #include "base/ownership.h"
 
+#include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
 #include <string_view>
 #include <sys/stat.h>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -2,6 +2,9 @@
 
 #include "base/property_list.h"
 
+#include <string_view>
+#include <tl/expected.hpp>
+
 namespace tidwen {
 
 /// The parsers of the two forms, as `parsePropertyList` calls them. Both enforce the given limits.

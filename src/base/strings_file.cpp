@@ -3,7 +3,9 @@
 #include "base/property_list.h"
 #include "base/text.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstdint>
 #include <unicode/unistr.h>
 #include <unicode/utf16.h>
 

@@ -1,6 +1,7 @@
 #include "base/text.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <fmt/core.h>
 #include <map>
 #include <memory>

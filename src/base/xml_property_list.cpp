@@ -1,15 +1,23 @@
+#include "base/property_list.h"
 #include "base/property_list_forms.h"
 
 #include "base/base64.h"
 #include "base/timestamp.h"
 
 #include <charconv>
+#include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <expat.h>
 #include <limits>
 #include <locale>
 #include <memory>
+#include <optional>
 #include <sstream>
+#include <string>
+#include <string_view>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 

@@ -5,8 +5,13 @@
 #include "base/timestamp.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <fmt/format.h>
+#include <string>
+#include <string_view>
+#include <variant>
 
 namespace tidwen {
 

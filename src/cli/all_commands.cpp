@@ -1,5 +1,7 @@
 #include "cli/command.h"
 
+#include <vector>
+
 namespace tidwen {
 
 Command sampleCommand();

@@ -1,11 +1,14 @@
 #include "cli/command.h"
 
+#include "base/message.h"
 #include "cli/console.h"
 #include "cli/help.h"
 #include "cli/suggestion.h"
 #include "operations/admin_batch.h"
 
 #include <algorithm>
+#include <optional>
+#include <string>
 
 namespace tidwen {
 

@@ -1,10 +1,17 @@
 #pragma once
 
+#include "base/log.h"
+#include "base/message.h"
 #include "base/problem.h"
+#include "base/texts.h"
 #include "cli/arguments.h"
+#include "platform/defaults.h"
 #include "platform/https_fetcher.h"
+#include "platform/login_item.h"
 #include "program/mac.h"
 
+#include <optional>
+#include <string>
 #include <string_view>
 #include <variant>
 #include <vector>

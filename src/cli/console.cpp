@@ -1,6 +1,7 @@
 #include "cli/console.h"
 
 #include "base/text.h"
+#include "cli/json/records.h"
 #include "cli/line_layout.h"
 
 #include <algorithm>

@@ -1,13 +1,25 @@
 #include "cli/flow_session.h"
 
+#include "base/progress_relay.h"
+#include "base/step_progress.h"
+#include "base/stop_token.h"
 #include "cli/console.h"
 #include "cli/end_signals.h"
 #include "cli/intake.h"
 #include "cli/labels.h"
 #include "inventory/installed_applications.h"
+#include "program/host_paths.h"
+#include "program/mac.h"
+#include "removal/flow_types.h"
+#include "removal/startup_chores.h"
+#include "removal/target_intake.h"
+#include "scan/applications/installed_bundles.h"
+#include "scan/matching/other_applications.h"
+#include "sweep/orphan_scanner.h"
 
 #include <algorithm>
 #include <utility>
+#include <variant>
 
 namespace tidwen {
 

@@ -1,7 +1,15 @@
 #pragma once
 
+#include "base/executor.h"
+#include "base/observable.h"
 #include "cli/command.h"
+#include "program/mac.h"
 #include "program/session.h"
+#include "removal/flow_types.h"
+#include "removal/removal_flow_model.h"
+#include "removal/startup_chores.h"
+#include "removal/target_intake.h"
+#include "sweep/orphan_scanner.h"
 
 #include <optional>
 #include <string>

@@ -1,6 +1,7 @@
 #include "cli/help.h"
 
 #include "base/text.h"
+#include "base/texts.h"
 
 #include <algorithm>
 #include <utility>

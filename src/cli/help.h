@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/texts.h"
 #include "cli/arguments.h"
 
 #include <string>

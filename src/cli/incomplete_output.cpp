@@ -1,8 +1,11 @@
 #include "cli/incomplete_output.h"
 
+#include "base/path.h"
 #include "cli/console.h"
+#include "scan/applications/bundle_coverage.h"
 
 #include <algorithm>
+#include <string>
 
 namespace tidwen {
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "base/path.h"
 #include "cli/command.h"
 #include "removal/unseen.h"
+#include "scan/applications/bundle_coverage.h"
 #include "scan/matching/scan_result.h"
 
 #include <cstdint>

@@ -1,9 +1,12 @@
 #include "cli/intake.h"
 
+#include "base/path.h"
 #include "base/text.h"
 #include "cli/suggestion.h"
 #include "inventory/installed_applications.h"
+#include "scan/applications/app_target.h"
 #include "scan/applications/identifier_form.h"
+#include "scan/applications/protected_apps.h"
 
 #include <algorithm>
 #include <iterator>

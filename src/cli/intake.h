@@ -1,12 +1,16 @@
 #pragma once
 
 #include "base/message.h"
+#include "base/path.h"
+#include "base/problem.h"
 #include "cli/command.h"
 #include "cli/console.h"
 #include "platform/code_signatures.h"
 #include "platform/file_system.h"
 #include "program/host_paths.h"
 #include "removal/target_intake.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/protected_apps.h"
 #include "scan/matching/other_applications.h"
 
 #include <optional>

@@ -1,6 +1,9 @@
 #include "cli/labels.h"
 
 #include "base/byte_count.h"
+#include "scan/policy/trace_category.h"
+
+#include <variant>
 
 namespace tidwen::labels {
 

@@ -7,6 +7,7 @@
 #include "operations/removal_operation.h"
 #include "quarantine/manifest.h"
 #include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 
 #include <cstdint>
 #include <optional>

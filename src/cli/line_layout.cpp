@@ -3,6 +3,7 @@
 #include "base/text.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace tidwen {
 

@@ -2,6 +2,7 @@
 
 #include "program/resources.h"
 
+#include <filesystem>
 #include <system_error>
 
 namespace tidwen {

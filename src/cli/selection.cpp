@@ -1,9 +1,14 @@
 #include "cli/selection.h"
 
+#include "base/path.h"
 #include "base/path_key.h"
 #include "base/text.h"
+#include "base/uuid.h"
 #include "removal/chosen_items.h"
+#include "removal/removal_plan.h"
+#include "scan/applications/app_target.h"
 #include "scan/matching/default_selection.h"
+#include "scan/matching/trace.h"
 
 #include <algorithm>
 #include <iterator>

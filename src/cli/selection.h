@@ -2,9 +2,11 @@
 
 #include "base/message.h"
 #include "base/texts.h"
+#include "base/uuid.h"
 #include "operations/removal_operation.h"
 #include "program/host_paths.h"
 #include "removal/findings.h"
+#include "scan/matching/trace.h"
 
 #include <optional>
 #include <set>

@@ -1,5 +1,8 @@
 #include "cli/terminal.h"
 
+#include "base/log.h"
+#include "base/texts.h"
+#include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/json/services.h"
@@ -9,6 +12,7 @@
 #include "host/curl_fetcher.h"
 #include "program/host_log.h"
 #include "program/host_services.h"
+#include "program/mac.h"
 #include "program/resources.h"
 #include "program/volume_mac.h"
 #include "settings/app_preferences.h"
@@ -16,7 +20,13 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 

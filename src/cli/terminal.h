@@ -1,6 +1,8 @@
 #pragma once
 
+#include "base/log.h"
 #include "base/message.h"
+#include "base/texts.h"
 #include "program/host_services.h"
 #include "program/running_mac.h"
 

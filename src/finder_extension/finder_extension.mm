@@ -10,6 +10,9 @@
 #import <FinderSync/FinderSync.h>
 
 #include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace {
 

@@ -3,6 +3,8 @@
 #include <curl/curl.h>
 #include <dlfcn.h>
 #include <memory>
+#include <string>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -3,6 +3,8 @@
 #include "platform/https_fetcher.h"
 
 #include <filesystem>
+#include <string>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <string_view>
 #include <unistd.h>
 
 namespace tidwen {

@@ -3,6 +3,7 @@
 #include "platform/notifications.h"
 #include "platform/process_runner.h"
 
+#include <functional>
 #include <string>
 
 namespace tidwen {

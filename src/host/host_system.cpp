@@ -1,5 +1,7 @@
 #include "host/host_system.h"
 
+#include "services/version_number.h"
+
 #include <string_view>
 #include <sys/utsname.h>
 #ifdef __APPLE__

@@ -3,6 +3,10 @@
 #include "base/property_list.h"
 #include "settings/user_folder.h"
 
+#include <filesystem>
+#include <string>
+#include <tl/expected.hpp>
+
 namespace tidwen {
 
 std::filesystem::path LaunchAgent::defaultFolder() {

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "base/log.h"
 #include "host/login_file.h"
 #include "platform/launchd.h"
 
+#include <filesystem>
+#include <string>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace tidwen {

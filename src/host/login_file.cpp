@@ -1,8 +1,10 @@
 #include "host/login_file.h"
 
+#include "posix/file_faults.h"
 #include "settings/shared_file.h"
 
 #include <cerrno>
+#include <string_view>
 #include <system_error>
 
 namespace tidwen {

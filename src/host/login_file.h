@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <tl/expected.hpp>
 
 namespace tidwen {

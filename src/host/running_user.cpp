@@ -1,9 +1,11 @@
 #include "host/running_user.h"
 
+#include "base/path.h"
 #include "base/text.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 #include <pwd.h>
 #include <system_error>
 #include <unistd.h>

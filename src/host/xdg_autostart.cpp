@@ -4,6 +4,9 @@
 #include "settings/user_folder.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <string>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

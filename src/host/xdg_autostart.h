@@ -1,7 +1,11 @@
 #pragma once
 
+#include "base/log.h"
 #include "host/login_file.h"
 
+#include <filesystem>
+#include <string>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace tidwen {

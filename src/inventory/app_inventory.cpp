@@ -1,6 +1,7 @@
 #include "inventory/app_inventory.h"
 
 #include "base/parallel.h"
+#include "base/path.h"
 #include "base/text.h"
 #include "inventory/installed_applications.h"
 #include "inventory/usage_probe.h"

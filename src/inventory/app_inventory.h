@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/path.h"
 #include "base/stop_token.h"
 #include "inventory/known_apps.h"
 #include "platform/applications.h"

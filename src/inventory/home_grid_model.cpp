@@ -2,8 +2,13 @@
 
 #include "base/background_step.h"
 #include "base/batched_delivery.h"
+#include "base/byte_sum.h"
+#include "base/path.h"
+#include "scan/applications/installed_app.h"
+#include "settings/app_preferences.h"
 
 #include <map>
+#include <set>
 
 namespace tidwen {
 

@@ -1,11 +1,19 @@
 #pragma once
 
+#include "base/byte_sum.h"
 #include "base/executor.h"
 #include "base/observable.h"
 #include "base/observable_list.h"
+#include "base/path.h"
 #include "base/stop_token.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
 #include "inventory/app_inventory.h"
 #include "inventory/home_grid.h"
+#include "scan/applications/installed_app.h"
+#include "scan/applications/protected_apps.h"
+#include "settings/app_preferences.h"
+#include "settings/app_tags.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,7 @@
 #include "inventory/installed_applications.h"
 
 #include "base/parallel.h"
+#include "base/path.h"
 #include "base/text.h"
 #include "platform/budgeted_files.h"
 #include "platform/budgeted_sources.h"

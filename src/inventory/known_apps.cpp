@@ -2,12 +2,14 @@
 
 #include "base/json.h"
 #include "base/text.h"
+#include "base/timestamp.h"
 
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <nlohmann/json.hpp>
 #include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,6 +1,7 @@
 #include "inventory/last_use_text.h"
 
 #include <chrono>
+#include <cstdint>
 #include <string>
 
 namespace tidwen {

@@ -1,7 +1,13 @@
 #include "inventory/usage_probe.h"
 
+#include "base/path.h"
+#include "base/timestamp.h"
+#include "posix/item_description.h"
+
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
+#include <string>
 #include <vector>
 
 namespace tidwen {

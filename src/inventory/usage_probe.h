@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/timestamp.h"
 #include "platform/applications.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"

@@ -1,9 +1,12 @@
 #include "macos/fs_events.h"
 
+#include "base/path.h"
 #include "macos/core_foundation.h"
 
 #include <CoreServices/CoreServices.h>
 
+#include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <system_error>

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "base/path.h"
 #include "platform/folder_events.h"
 
 #include <filesystem>
+#include <functional>
+#include <memory>
 
 namespace tidwen {
 

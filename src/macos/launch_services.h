@@ -2,6 +2,8 @@
 
 #include "platform/known_applications.h"
 
+#include <string>
+
 namespace tidwen {
 
 /// The applications that Launch Services knows, wherever they lie. Any thread.

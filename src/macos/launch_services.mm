@@ -2,6 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
+#include <string>
 #include <sys/stat.h>
 
 namespace tidwen {

@@ -1,8 +1,19 @@
 #include "macos/preferences_defaults.h"
 
+#include "base/message.h"
+#include "base/path.h"
+#include "base/property_list.h"
 #include "macos/core_foundation.h"
+#include "platform/folder_events.h"
 #include "settings/settings_file.h"
+#include "settings/shared_file.h"
 #include "settings/user_folder.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string_view>
 
 namespace tidwen {
 

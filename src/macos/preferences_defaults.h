@@ -1,9 +1,15 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/message.h"
+#include "base/property_list.h"
 #include "macos/fs_events.h"
 #include "platform/defaults.h"
+#include "platform/folder_events.h"
 
+#include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 
 namespace tidwen {

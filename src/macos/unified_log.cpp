@@ -1,5 +1,7 @@
 #include "macos/unified_log.h"
 
+#include <string_view>
+
 namespace tidwen {
 
 namespace {

@@ -4,6 +4,7 @@
 
 #include <os/log.h>
 #include <string>
+#include <string_view>
 
 namespace tidwen {
 

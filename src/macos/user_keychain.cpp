@@ -5,7 +5,11 @@
 
 #include <Security/Security.h>
 
+#include <cstdint>
 #include <initializer_list>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 

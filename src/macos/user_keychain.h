@@ -3,6 +3,10 @@
 #include "platform/keychain.h"
 #include "platform/process_runner.h"
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
 namespace tidwen {
 
 /// The default keychain of the user, and of the system keychain what its own tool lists. Nothing here

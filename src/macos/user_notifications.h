@@ -2,6 +2,7 @@
 
 #include "platform/notifications.h"
 
+#include <functional>
 #include <memory>
 
 namespace tidwen {

@@ -5,9 +5,12 @@
 #import <UserNotifications/UserNotifications.h>
 
 #include <chrono>
+#include <functional>
 #include <future>
+#include <map>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace {

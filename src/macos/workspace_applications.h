@@ -2,6 +2,9 @@
 
 #include "platform/applications.h"
 
+#include <chrono>
+#include <string>
+
 namespace tidwen {
 
 /// The applications that run in the user's session. Any thread.

@@ -1,12 +1,16 @@
 #include "macos/workspace_applications.h"
 
 #include "base/descriptor.h"
+#include "posix/item_description.h"
 
 #import <AppKit/AppKit.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
+#include <cstdint>
+#include <string>
 #include <sys/event.h>
 #include <vector>
 

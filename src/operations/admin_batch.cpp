@@ -1,5 +1,6 @@
 #include "operations/admin_batch.h"
 
+#include "operations/removal_operation.h"
 #include "operations/tool_arguments.h"
 
 #include <algorithm>
@@ -7,6 +8,7 @@
 #include <fmt/format.h>
 #include <map>
 #include <optional>
+#include <variant>
 
 namespace tidwen::adminBatch {
 

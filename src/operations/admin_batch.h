@@ -1,6 +1,7 @@
 #pragma once
 
 #include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
 
 #include <cstdint>
 #include <string>

@@ -1,12 +1,18 @@
 #include "operations/admin_script_runner.h"
 
+#include "base/message.h"
+#include "base/path.h"
 #include "operations/admin_batch.h"
+#include "operations/removal_operation.h"
 #include "operations/screened_move.h"
 #include "operations/tool_arguments.h"
 #include "platform/file_absence.h"
 #include "posix/posix_process_runner.h"
 
+#include <cstdint>
 #include <utility>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/message.h"
 #include "operations/administrator_prompt.h"
 #include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
 #include "operations/trash_staging.h"
 #include "platform/file_system.h"
 #include "platform/process_runner.h"
@@ -13,6 +15,7 @@
 #include <functional>
 #include <string>
 #include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 

@@ -8,7 +8,9 @@
 #include "posix/posix_process_runner.h"
 #include "scan/policy/path_policy.h"
 
+#include <chrono>
 #include <fmt/core.h>
+#include <string_view>
 
 namespace tidwen {
 namespace {

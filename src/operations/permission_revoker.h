@@ -2,6 +2,7 @@
 
 #include "base/message.h"
 #include "platform/process_runner.h"
+#include "posix/posix_process_runner.h"
 #include "scan/permissions/permission_audit.h"
 
 #include <optional>

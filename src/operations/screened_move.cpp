@@ -1,6 +1,9 @@
 #include "operations/screened_move.h"
 
+#include "base/path.h"
 #include "platform/file_absence.h"
+
+#include <string>
 
 namespace tidwen {
 

@@ -2,6 +2,7 @@
 
 #include "base/log.h"
 #include "base/message.h"
+#include "base/path.h"
 #include "operations/removal_operation.h"
 #include "platform/file_system.h"
 #include "scan/policy/path_policy.h"

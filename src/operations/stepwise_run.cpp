@@ -1,8 +1,11 @@
 #include "operations/stepwise_run.h"
 
+#include "operations/removal_operation.h"
 #include "posix/copied_bytes.h"
 
+#include <cstdint>
 #include <iterator>
+#include <string>
 #include <utility>
 
 namespace tidwen {

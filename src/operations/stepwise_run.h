@@ -2,7 +2,10 @@
 
 #include "base/step_progress.h"
 #include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
 
+#include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 

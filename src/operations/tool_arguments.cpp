@@ -2,6 +2,8 @@
 
 #include "base/text.h"
 
+#include <variant>
+
 namespace tidwen::toolArguments {
 
 namespace {

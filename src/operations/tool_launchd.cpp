@@ -1,5 +1,6 @@
 #include "operations/tool_launchd.h"
 
+#include "base/path.h"
 #include "base/text.h"
 #include "operations/admin_batch.h"
 #include "operations/administrator_prompt.h"
@@ -10,6 +11,10 @@
 #include "scan/policy/path_policy.h"
 
 #include <array>
+#include <chrono>
+#include <map>
+#include <string>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace tidwen {

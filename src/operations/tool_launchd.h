@@ -1,10 +1,14 @@
 #pragma once
 
+#include "base/path.h"
 #include "platform/launchd.h"
 #include "platform/process_runner.h"
 
 #include <cstdint>
+#include <map>
+#include <string>
 #include <string_view>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

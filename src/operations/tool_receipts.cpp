@@ -1,11 +1,15 @@
 #include "operations/tool_receipts.h"
 
+#include "base/path.h"
 #include "base/property_list.h"
 #include "operations/tool_lines.h"
 #include "operations/tool_paths.h"
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 

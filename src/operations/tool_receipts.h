@@ -1,9 +1,13 @@
 #pragma once
 
+#include "base/path.h"
 #include "platform/process_runner.h"
 #include "platform/receipts.h"
 
+#include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace tidwen {
 

@@ -4,6 +4,7 @@
 #include "platform/system_extensions.h"
 
 #include <string_view>
+#include <vector>
 
 namespace tidwen {
 

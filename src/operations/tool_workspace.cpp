@@ -1,10 +1,16 @@
 #include "operations/tool_workspace.h"
 
+#include "base/message.h"
+#include "base/path.h"
 #include "operations/tool_paths.h"
+#include "platform/file_system.h"
 #include "posix/posix_process_runner.h"
 #include "scan/applications/bundle_icon.h"
 
 #include <chrono>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 

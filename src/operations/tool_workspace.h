@@ -1,7 +1,12 @@
 #pragma once
 
+#include "base/path.h"
+#include "platform/file_system.h"
 #include "platform/process_runner.h"
 #include "platform/workspace.h"
+
+#include <string>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,7 +1,11 @@
 #include "operations/trash_staging.h"
 
+#include "base/path.h"
 #include "operations/screened_move.h"
 #include "platform/file_absence.h"
+
+#include <string>
+#include <string_view>
 
 namespace tidwen {
 

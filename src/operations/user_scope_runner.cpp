@@ -1,5 +1,7 @@
 #include "operations/user_scope_runner.h"
 
+#include "base/message.h"
+#include "operations/removal_operation.h"
 #include "operations/screened_move.h"
 #include "operations/tool_arguments.h"
 #include "operations/tool_launchd.h"
@@ -9,7 +11,13 @@
 #include "posix/posix_process_runner.h"
 #include "scan/applications/bundle_names.h"
 
+#include <chrono>
+#include <cstdint>
 #include <optional>
+#include <string>
+#include <tl/expected.hpp>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 

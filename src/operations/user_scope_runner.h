@@ -2,12 +2,15 @@
 
 #include "base/log.h"
 #include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
 #include "platform/applications.h"
 #include "platform/file_system.h"
 #include "platform/keychain.h"
 #include "platform/process_runner.h"
 #include "platform/user_environment.h"
 #include "scan/policy/path_policy.h"
+
+#include <vector>
 
 namespace tidwen {
 

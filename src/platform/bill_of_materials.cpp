@@ -3,6 +3,7 @@
 #include "platform/byte_reader.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <unordered_map>
 
 namespace tidwen {

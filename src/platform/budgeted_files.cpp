@@ -1,6 +1,13 @@
 #include "platform/budgeted_files.h"
 
+#include "base/path.h"
+
 #include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 

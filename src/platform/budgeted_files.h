@@ -1,13 +1,21 @@
 #pragma once
 
+#include "base/path.h"
 #include "base/property_list.h"
+#include "base/stop_token.h"
 #include "platform/file_system.h"
 #include "platform/read_budget.h"
 
+#include <cstdint>
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <tl/expected.hpp>
 #include <tuple>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,8 +1,13 @@
 #pragma once
 
+#include "base/path.h"
 #include "platform/code_signatures.h"
 #include "platform/read_budget.h"
 #include "platform/receipts.h"
+
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 

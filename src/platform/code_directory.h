@@ -2,6 +2,7 @@
 
 #include "platform/mach_o_signature.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 

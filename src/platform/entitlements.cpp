@@ -5,6 +5,7 @@
 #include "platform/byte_reader.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace tidwen {
 

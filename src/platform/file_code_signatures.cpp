@@ -1,8 +1,13 @@
 #include "platform/file_code_signatures.h"
 
+#include "base/path.h"
 #include "platform/code_directory.h"
 #include "platform/entitlements.h"
 #include "platform/mach_o_signature.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
 
 namespace tidwen {
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/path.h"
 #include "platform/code_signatures.h"
 #include "platform/file_system.h"
 

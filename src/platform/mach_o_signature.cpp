@@ -6,7 +6,10 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace tidwen {
 

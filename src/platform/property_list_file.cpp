@@ -1,5 +1,6 @@
 #include "platform/property_list_file.h"
 
+#include "base/path.h"
 #include "platform/budgeted_files.h"
 
 namespace tidwen {

@@ -1,6 +1,8 @@
 #include "posix/copied_move.h"
 
+#include "base/descriptor.h"
 #include "base/numbered_name.h"
+#include "base/path.h"
 #include "posix/durable_write.h"
 #include "posix/exclusive_rename.h"
 #include "posix/file_faults.h"
@@ -12,9 +14,11 @@
 #include "posix/tree_record.h"
 #include "posix/tree_removal.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <fmt/core.h>
 #include <sys/stat.h>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -1,6 +1,8 @@
 #include "posix/durable_write.h"
 
+#include "base/descriptor.h"
 #include "base/numbered_name.h"
+#include "base/path.h"
 #include "platform/unfinished_names.h"
 #include "posix/extended_attributes.h"
 #include "posix/file_faults.h"
@@ -8,8 +10,12 @@
 #include "posix/flush.h"
 #include "posix/item_description.h"
 
+#include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <string>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

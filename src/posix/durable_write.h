@@ -1,10 +1,12 @@
 #pragma once
 
 #include "base/ownership.h"
+#include "base/path.h"
 #include "platform/file_system.h"
 #include "posix/root_resolver.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace tidwen {

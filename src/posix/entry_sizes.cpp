@@ -2,6 +2,8 @@
 
 #include "posix/folder_listing.h"
 #include "posix/item_description.h"
+
+#include <cstdint>
 #ifdef __APPLE__
 #include <sys/attr.h>
 #include <unistd.h>

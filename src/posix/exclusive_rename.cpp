@@ -2,6 +2,7 @@
 
 #include "posix/item_description.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 

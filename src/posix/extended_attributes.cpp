@@ -1,7 +1,9 @@
 #include "posix/extended_attributes.h"
 
 #include <array>
+#include <cerrno>
 #include <sys/xattr.h>
+#include <tl/expected.hpp>
 #include <vector>
 #ifdef __APPLE__
 #include <xattr_flags.h>

@@ -4,9 +4,11 @@
 #include "posix/item_description.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <optional>
 #include <string_view>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace tidwen {

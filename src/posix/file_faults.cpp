@@ -1,6 +1,9 @@
 #include "posix/file_faults.h"
 
+#include "base/path.h"
+
 #include <cerrno>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "base/path.h"
 #include "platform/file_system.h"
+
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

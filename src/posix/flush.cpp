@@ -2,6 +2,7 @@
 
 #include "base/descriptor.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>

@@ -3,7 +3,10 @@
 #include "posix/item_description.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fcntl.h>
+#include <string_view>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -1,5 +1,7 @@
 #include "posix/folder_stack.h"
 
+#include "base/descriptor.h"
+
 #include <fcntl.h>
 
 namespace tidwen {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/descriptor.h"
 #include "posix/item_description.h"
 
 #include <vector>

@@ -1,6 +1,10 @@
 #include "posix/item_description.h"
 
+#include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
+#include <optional>
+#include <tl/expected.hpp>
 #ifdef __linux__
 #include <sys/sysmacros.h>
 #else

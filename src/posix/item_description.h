@@ -3,6 +3,7 @@
 #include "base/descriptor.h"
 #include "platform/file_system.h"
 
+#include <cstdint>
 #include <string>
 #include <sys/stat.h>
 

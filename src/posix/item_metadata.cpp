@@ -4,6 +4,7 @@
 #include "posix/item_description.h"
 
 #include <array>
+#include <cerrno>
 #include <fcntl.h>
 #ifdef __APPLE__
 #include <copyfile.h>

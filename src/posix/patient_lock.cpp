@@ -1,5 +1,8 @@
 #include "posix/patient_lock.h"
 
+#include "base/path.h"
+
+#include <memory>
 #include <thread>
 
 namespace tidwen {

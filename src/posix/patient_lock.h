@@ -1,8 +1,10 @@
 #pragma once
 
+#include "base/path.h"
 #include "platform/file_system.h"
 
 #include <chrono>
+#include <memory>
 
 namespace tidwen {
 

@@ -12,8 +12,11 @@
 #include <poll.h>
 #include <spawn.h>
 #include <string>
+#include <string_view>
 #include <system_error>
+#include <tl/expected.hpp>
 #include <unistd.h>
+#include <vector>
 
 namespace tidwen {
 

@@ -5,6 +5,9 @@
 
 #include <chrono>
 #include <cstddef>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 

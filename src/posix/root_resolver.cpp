@@ -1,12 +1,16 @@
 #include "posix/root_resolver.h"
 
+#include "base/path.h"
 #include "posix/file_faults.h"
 #include "posix/item_description.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <fcntl.h>
+#include <iterator>
 #include <sys/stat.h>
+#include <tl/expected.hpp>
 #include <vector>
 #ifdef __linux__
 #include <sys/syscall.h>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/descriptor.h"
+#include "base/path.h"
 #include "platform/file_system.h"
 
 #include <optional>

@@ -1,5 +1,9 @@
 #include "posix/rooted_file_system.h"
 
+#include "base/descriptor.h"
+#include "base/ownership.h"
+#include "base/path.h"
+#include "base/stop_token.h"
 #include "posix/copied_move.h"
 #include "posix/durable_write.h"
 #include "posix/exclusive_rename.h"
@@ -10,13 +14,21 @@
 #include "posix/folder_listing.h"
 #include "posix/item_description.h"
 #include "posix/mounts_within.h"
+#include "posix/posix_process_runner.h"
 #include "posix/root_resolver.h"
 #include "posix/tree_ownership.h"
 #include "posix/tree_removal.h"
 #include "posix/tree_size.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,9 +1,18 @@
 #pragma once
 
+#include "base/path.h"
+#include "base/stop_token.h"
 #include "platform/file_system.h"
+#include "posix/tree_ownership.h"
+#include "posix/tree_removal.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace tidwen {
 

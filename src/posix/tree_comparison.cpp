@@ -8,9 +8,12 @@
 #include "posix/item_metadata.h"
 #include "posix/tree_walk.h"
 
+#include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
 #include <map>
 #include <optional>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -10,6 +10,8 @@
 #include "posix/item_metadata.h"
 #include "posix/tree_walk.h"
 
+#include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
 #include <map>
 #include <optional>

@@ -2,7 +2,9 @@
 
 #include "posix/tree_walk.h"
 
+#include <cerrno>
 #include <fcntl.h>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -4,8 +4,10 @@
 #include "posix/tree_walk.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fcntl.h>
 #include <optional>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/descriptor.h"
+#include "posix/item_description.h"
 
 #include <cstdint>
 #include <sys/stat.h>

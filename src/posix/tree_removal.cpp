@@ -2,6 +2,7 @@
 
 #include "posix/tree_walk.h"
 
+#include <cerrno>
 #include <fcntl.h>
 
 namespace tidwen {

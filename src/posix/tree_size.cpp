@@ -1,11 +1,20 @@
 #include "posix/tree_size.h"
 
+#include "base/descriptor.h"
+#include "base/stop_token.h"
+#include "platform/file_system.h"
+#include "posix/bulk_entries.h"
 #include "posix/entry_sizes.h"
 #include "posix/folder_listing.h"
 #include "posix/folder_stack.h"
 #include "posix/item_description.h"
 
+#include <cerrno>
+#include <cstdint>
 #include <set>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,6 +1,11 @@
 #pragma once
 
+#include "base/descriptor.h"
+#include "base/stop_token.h"
+#include "platform/file_system.h"
 #include "posix/root_resolver.h"
+
+#include <cstdint>
 
 namespace tidwen {
 

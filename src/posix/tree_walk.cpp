@@ -1,11 +1,15 @@
 #include "posix/tree_walk.h"
 
+#include "base/descriptor.h"
 #include "posix/folder_listing.h"
 #include "posix/folder_stack.h"
 #include "posix/item_description.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 

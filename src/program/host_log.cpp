@@ -1,5 +1,8 @@
 #include "program/host_log.h"
 
+#include <string>
+#include <string_view>
+
 #ifdef __APPLE__
 #include "macos/unified_log.h"
 #include "scan/applications/app_target.h"

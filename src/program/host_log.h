@@ -3,6 +3,7 @@
 #include "base/log.h"
 
 #include <memory>
+#include <string_view>
 
 namespace tidwen {
 

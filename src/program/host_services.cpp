@@ -2,6 +2,8 @@
 
 #include "host/desktop_notifications.h"
 #include "host/xdg_autostart.h"
+#include "platform/launchd.h"
+#include "platform/process_runner.h"
 #include "settings/file_defaults.h"
 #include <unistd.h>
 #ifdef __APPLE__

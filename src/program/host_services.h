@@ -6,6 +6,7 @@
 #include "platform/folder_events.h"
 #include "platform/login_item.h"
 #include "platform/notifications.h"
+#include "platform/process_runner.h"
 #include "posix/posix_process_runner.h"
 
 #include <filesystem>

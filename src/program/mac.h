@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/path.h"
 #include "operations/admin_script_runner.h"
 #include "operations/permission_revoker.h"
 #include "operations/privileged_runner.h"
@@ -12,6 +13,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <string>
 
 namespace tidwen {
 

@@ -1,6 +1,7 @@
 #include "program/resources.h"
 
 #include "base/language.h"
+#include "base/property_list.h"
 
 #include <algorithm>
 #include <cstdlib>

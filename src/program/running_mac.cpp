@@ -1,15 +1,24 @@
 #include "program/running_mac.h"
 
+#include "base/log.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
+#include "operations/admin_script_runner.h"
+#include "operations/permission_revoker.h"
 #include "operations/tool_launchd.h"
 #include "operations/tool_receipts.h"
 #include "operations/tool_system_extensions.h"
 #include "operations/tool_workspace.h"
 #include "operations/user_scope_runner.h"
 #include "platform/file_code_signatures.h"
+#include "platform/file_system.h"
+#include "platform/folder_events.h"
 #include "posix/rooted_file_system.h"
 #include "program/host_services.h"
 
 #include <cstdlib>
+#include <optional>
+#include <string>
 
 namespace tidwen {
 

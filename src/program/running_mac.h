@@ -1,11 +1,20 @@
 #pragma once
 
+#include "base/log.h"
 #include "base/message.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "platform/applications.h"
+#include "platform/keychain.h"
+#include "platform/known_applications.h"
+#include "platform/user_environment.h"
 #include "program/mac.h"
 
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 #include <tl/expected.hpp>
 
 namespace tidwen {

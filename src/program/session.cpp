@@ -1,5 +1,11 @@
 #include "program/session.h"
 
+#include "base/step_progress.h"
+#include "base/stop_token.h"
+#include "scan/applications/protected_apps.h"
+#include "scan/matching/residue_scanner.h"
+#include "sweep/orphan_scanner.h"
+
 #include <utility>
 
 namespace tidwen {

@@ -1,14 +1,24 @@
 #pragma once
 
 #include "base/executor.h"
+#include "base/step_progress.h"
+#include "base/stop_token.h"
 #include "program/mac.h"
 #include "program/session_models.h"
 #include "program/settings_follower.h"
 #include "quarantine/quarantine_purge.h"
 #include "quarantine/undo_service.h"
+#include "removal/removal_executor.h"
 #include "removal/removal_flow_model.h"
 #include "removal/startup_chores.h"
+#include "scan/applications/app_target.h"
 #include "scan/applications/installed_bundles.h"
+#include "scan/applications/protected_apps.h"
+#include "scan/matching/residue_scanner.h"
+#include "scan/permissions/permission_audit.h"
+#include "settings/app_preferences.h"
+#include "settings/app_tags.h"
+#include "sweep/orphan_scanner.h"
 
 #include <memory>
 #include <optional>

@@ -1,7 +1,14 @@
 #include "program/session_models.h"
 
+#include "inventory/app_inventory.h"
 #include "inventory/installed_applications.h"
+#include "inventory/known_apps.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/installed_app.h"
+#include "system/request_inbox.h"
 
+#include <filesystem>
+#include <string>
 #include <utility>
 
 namespace tidwen {

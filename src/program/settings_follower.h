@@ -2,6 +2,7 @@
 
 #include "base/executor.h"
 #include "platform/defaults.h"
+#include "platform/folder_events.h"
 
 #include <functional>
 #include <memory>

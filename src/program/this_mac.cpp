@@ -1,12 +1,19 @@
 #include "program/this_mac.h"
 
+#include <memory>
+#include <tl/expected.hpp>
+
 #ifdef __APPLE__
+#include "base/log.h"
+#include "base/message.h"
+#include "base/texts.h"
 #include "host/running_user.h"
 #include "macos/finder_extension_state.h"
 #include "macos/group_container.h"
 #include "macos/launch_services.h"
 #include "macos/user_keychain.h"
 #include "macos/workspace_applications.h"
+#include "platform/process_runner.h"
 #include "program/host_services.h"
 #endif
 

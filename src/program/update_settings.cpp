@@ -2,6 +2,7 @@
 
 #include "host/host_system.h"
 #include "scan/applications/app_target.h"
+#include "services/version_number.h"
 
 namespace tidwen {
 

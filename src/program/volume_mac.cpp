@@ -1,7 +1,14 @@
 #include "program/volume_mac.h"
 
+#include "base/log.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
 #include "host/file_manager.h"
 #include "platform/file_code_signatures.h"
+#include "platform/file_system.h"
+#include "platform/folder_events.h"
+#include "platform/user_environment.h"
 #include "posix/rooted_file_system.h"
 #include "program/host_services.h"
 #include "volume/volume_permission_revoker.h"
@@ -9,6 +16,8 @@
 #include "volume/volume_sources.h"
 #include "volume/volume_user.h"
 #include "volume/volume_workspace.h"
+
+#include <filesystem>
 
 namespace tidwen {
 

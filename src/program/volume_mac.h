@@ -1,8 +1,11 @@
 #pragma once
 
+#include "base/log.h"
 #include "base/message.h"
+#include "base/texts.h"
 #include "program/mac.h"
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>

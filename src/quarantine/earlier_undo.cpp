@@ -1,9 +1,11 @@
 #include "quarantine/earlier_undo.h"
 
 #include "base/numbered_name.h"
+#include "base/path.h"
 #include "platform/file_absence.h"
 #include "posix/copied_move.h"
 #include "quarantine/interrupted_move.h"
+#include "quarantine/manifest.h"
 
 #include <algorithm>
 #include <set>

@@ -1,6 +1,9 @@
 #include "quarantine/held_items.h"
 
+#include "base/path.h"
+#include "base/timestamp.h"
 #include "platform/budgeted_files.h"
+#include "platform/file_system.h"
 #include "posix/copied_move.h"
 #include "quarantine/quarantine_layout.h"
 

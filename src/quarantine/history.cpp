@@ -1,12 +1,17 @@
 #include "quarantine/history.h"
 
 #include "base/parallel.h"
+#include "base/path.h"
+#include "base/timestamp.h"
 #include "platform/budgeted_files.h"
+#include "platform/file_system.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/run_items.h"
 #include "scan/matching/residue_scanner.h"
+#include "scan/matching/size_measurer.h"
 
 #include <algorithm>
+#include <chrono>
 #include <functional>
 #include <ranges>
 #include <string_view>

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "base/path.h"
+#include "base/timestamp.h"
+#include "platform/file_system.h"
 #include "platform/read_budget.h"
 #include "platform/user_environment.h"
 #include "quarantine/manifest.h"

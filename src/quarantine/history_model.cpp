@@ -1,8 +1,14 @@
 #include "quarantine/history_model.h"
 
 #include "base/background_step.h"
+#include "base/message.h"
+#include "base/path.h"
+#include "base/step_progress.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/run_documents.h"
+#include "quarantine/run_items.h"
 #include "quarantine/trash_lock.h"
 
 namespace tidwen {

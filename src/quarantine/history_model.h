@@ -2,11 +2,17 @@
 
 #include "base/executor.h"
 #include "base/followed_work.h"
+#include "base/message.h"
 #include "base/observable.h"
+#include "base/path.h"
+#include "base/step_progress.h"
 #include "base/texts.h"
 #include "platform/defaults.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
 #include "quarantine/history.h"
 #include "quarantine/quarantine_purge.h"
+#include "quarantine/run_items.h"
 #include "quarantine/undo_service.h"
 #include "quarantine/unfinished_run.h"
 

@@ -1,5 +1,6 @@
 #include "quarantine/interrupted_move.h"
 
+#include "base/path.h"
 #include "operations/trash_staging.h"
 #include "platform/file_absence.h"
 #include "quarantine/quarantine_layout.h"
@@ -8,6 +9,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <string>
 
 namespace tidwen {
 

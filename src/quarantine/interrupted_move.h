@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/path.h"
 #include "platform/file_system.h"
 #include "quarantine/held_items.h"
 #include "quarantine/manifest.h"

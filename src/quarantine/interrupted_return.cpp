@@ -1,6 +1,7 @@
 #include "quarantine/interrupted_return.h"
 
 #include "base/numbered_name.h"
+#include "base/path.h"
 #include "base/text.h"
 #include "posix/copied_move.h"
 #include "quarantine/comparison_limit.h"

@@ -1,7 +1,10 @@
 #include "quarantine/item_names.h"
 
+#include "base/path.h"
 #include "base/path_key.h"
 #include "posix/copied_move.h"
+
+#include <vector>
 
 namespace tidwen {
 

@@ -1,7 +1,11 @@
 #include "quarantine/manifest.h"
 
 #include "base/path_key.h"
+#include "base/uuid.h"
+#include "operations/removal_operation.h"
 #include "platform/budgeted_files.h"
+#include "platform/read_budget.h"
+#include "posix/folder_listing.h"
 #include "quarantine/item_names.h"
 #include "quarantine/quarantine_layout.h"
 
@@ -9,6 +13,7 @@
 #include <map>
 #include <span>
 #include <unordered_set>
+#include <variant>
 
 namespace tidwen {
 

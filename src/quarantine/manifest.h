@@ -3,6 +3,7 @@
 #include "base/path.h"
 #include "base/timestamp.h"
 #include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
 #include "platform/file_system.h"
 
 #include <cstddef>

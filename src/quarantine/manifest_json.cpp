@@ -1,6 +1,8 @@
 #include "base/json.h"
 #include "base/json_reader.h"
+#include "base/path.h"
 #include "base/path_key.h"
+#include "base/timestamp.h"
 #include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 
@@ -10,11 +12,16 @@
 #include <fmt/core.h>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <tl/expected.hpp>
 #include <type_traits>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <variant>
+#include <vector>
 
 namespace tidwen {
 

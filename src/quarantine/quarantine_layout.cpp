@@ -1,12 +1,14 @@
 #include "quarantine/quarantine_layout.h"
 
 #include "base/numbered_name.h"
+#include "base/path.h"
 #include "base/text.h"
 #include "platform/unfinished_names.h"
 #include "scan/policy/path_policy.h"
 
 #include <algorithm>
 #include <fmt/core.h>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/path.h"
 #include "base/timestamp.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"

@@ -1,14 +1,22 @@
 #include "quarantine/quarantine_purge.h"
 
+#include "base/message.h"
 #include "base/numbered_name.h"
+#include "base/path.h"
 #include "base/text.h"
+#include "base/timestamp.h"
 #include "base/uuid.h"
 #include "operations/admin_batch.h"
+#include "operations/administrator_prompt.h"
+#include "platform/file_system.h"
 #include "quarantine/interrupted_return.h"
+#include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 #include "scan/policy/path_policy.h"
 
+#include <chrono>
 #include <fmt/core.h>
+#include <string_view>
 
 namespace tidwen {
 

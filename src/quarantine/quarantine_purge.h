@@ -1,8 +1,14 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/message.h"
+#include "base/path.h"
 #include "base/step_progress.h"
+#include "base/timestamp.h"
 #include "operations/admin_script_runner.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+#include "posix/posix_process_runner.h"
 #include "quarantine/history.h"
 
 #include <map>

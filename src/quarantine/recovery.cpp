@@ -1,7 +1,10 @@
 #include "quarantine/recovery.h"
 
+#include "base/path.h"
+#include "base/timestamp.h"
 #include "operations/trash_staging.h"
 #include "platform/budgeted_files.h"
+#include "platform/file_system.h"
 #include "posix/copied_bytes.h"
 #include "posix/copied_move.h"
 #include "quarantine/comparison_limit.h"
@@ -9,10 +12,13 @@
 #include "quarantine/held_items.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/interrupted_return.h"
+#include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/run_documents.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <optional>
 #include <set>
 #include <tuple>
 

@@ -1,8 +1,12 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/path.h"
 #include "base/step_progress.h"
+#include "base/timestamp.h"
+#include "platform/file_system.h"
 #include "platform/user_environment.h"
+#include "quarantine/manifest.h"
 #include "quarantine/unfinished_run.h"
 
 #include <string>

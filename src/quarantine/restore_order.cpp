@@ -1,5 +1,7 @@
 #include "quarantine/restore_order.h"
 
+#include "base/path.h"
+
 #include <algorithm>
 #include <map>
 

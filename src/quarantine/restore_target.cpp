@@ -1,6 +1,7 @@
 #include "quarantine/restore_target.h"
 
 #include "base/numbered_name.h"
+#include "base/path.h"
 #include "base/uuid.h"
 
 #include <algorithm>

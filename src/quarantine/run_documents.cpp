@@ -1,8 +1,11 @@
 #include "quarantine/run_documents.h"
 
+#include "base/path.h"
+#include "platform/file_system.h"
 #include "quarantine/quarantine_layout.h"
 
 #include <algorithm>
+#include <string>
 
 namespace tidwen {
 

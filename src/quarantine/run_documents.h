@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/path.h"
+#include "platform/file_system.h"
 #include "quarantine/manifest.h"
 
 namespace tidwen {

@@ -1,10 +1,13 @@
 #include "quarantine/run_items.h"
 
+#include "base/path.h"
 #include "base/path_key.h"
 #include "base/text.h"
+#include "platform/file_system.h"
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 namespace tidwen {
 

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "base/message.h"
+#include "platform/file_system.h"
 #include "quarantine/manifest.h"
 
 #include <set>
 #include <string>
+#include <string_view>
 #include <tl/expected.hpp>
 #include <vector>
 

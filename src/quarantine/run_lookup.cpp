@@ -1,9 +1,11 @@
 #include "quarantine/run_lookup.h"
 
+#include "base/path.h"
 #include "base/path_key.h"
 #include "base/text.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace tidwen {
 

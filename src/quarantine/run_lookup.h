@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/message.h"
+#include "base/path.h"
 #include "quarantine/history.h"
 
 #include <string>

@@ -1,5 +1,7 @@
 #include "quarantine/trash_lock.h"
 
+#include <tl/expected.hpp>
+
 namespace tidwen {
 
 std::optional<FileError> whyTrashIsUnusable(const UserEnvironment& user, const FileSystem& files) {

@@ -1,23 +1,38 @@
 #include "quarantine/undo_run.h"
 
+#include "base/message.h"
+#include "base/path.h"
 #include "base/path_key.h"
+#include "base/step_progress.h"
+#include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
 #include "operations/screened_move.h"
 #include "operations/stepwise_run.h"
 #include "platform/file_absence.h"
+#include "platform/user_environment.h"
 #include "posix/copied_bytes.h"
 #include "quarantine/comparison_limit.h"
 #include "quarantine/earlier_undo.h"
 #include "quarantine/held_items.h"
 #include "quarantine/interrupted_return.h"
 #include "quarantine/item_names.h"
+#include "quarantine/manifest.h"
 #include "quarantine/operation_numbers.h"
 #include "quarantine/restore_order.h"
 #include "quarantine/restore_target.h"
+#include "quarantine/run_items.h"
+#include "scan/policy/path_policy.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
+#include <string>
+#include <tl/expected.hpp>
 #include <utility>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "base/step_progress.h"
+#include "platform/user_environment.h"
+#include "quarantine/manifest.h"
+#include "quarantine/run_items.h"
 #include "quarantine/undo_service.h"
 
 namespace tidwen {

@@ -1,5 +1,7 @@
 #include "quarantine/undo_service.h"
 
+#include "base/path.h"
+#include "platform/file_system.h"
 #include "quarantine/held_items.h"
 #include "quarantine/history.h"
 #include "quarantine/interrupted_move.h"

@@ -2,10 +2,13 @@
 
 #include "base/log.h"
 #include "base/message.h"
+#include "base/path.h"
 #include "base/problem.h"
 #include "base/step_progress.h"
 #include "base/texts.h"
+#include "base/timestamp.h"
 #include "operations/privileged_runner.h"
+#include "platform/file_system.h"
 #include "platform/user_environment.h"
 #include "quarantine/manifest.h"
 #include "quarantine/run_items.h"

@@ -1,5 +1,7 @@
 #include "quarantine/unfinished_run.h"
 
+#include "base/path.h"
+#include "platform/file_system.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/quarantine_layout.h"
 

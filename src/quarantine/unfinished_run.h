@@ -1,7 +1,9 @@
 #pragma once
 
 #include "base/message.h"
+#include "base/path.h"
 #include "base/texts.h"
+#include "platform/file_system.h"
 #include "quarantine/manifest.h"
 
 #include <optional>

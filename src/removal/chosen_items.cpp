@@ -1,5 +1,9 @@
 #include "removal/chosen_items.h"
 
+#include "operations/removal_operation.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
+
 #include <algorithm>
 
 namespace tidwen {

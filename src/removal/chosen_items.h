@@ -1,7 +1,10 @@
 #pragma once
 
+#include "operations/removal_operation.h"
 #include "removal/removal_plan.h"
 #include "removal/stay_reason.h"
+#include "scan/applications/app_target.h"
+#include "scan/matching/trace.h"
 
 #include <vector>
 

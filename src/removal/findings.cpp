@@ -1,6 +1,12 @@
 #include "removal/findings.h"
 
+#include "base/path.h"
+#include "base/uuid.h"
+#include "scan/applications/app_target.h"
+#include "scan/matching/trace.h"
+
 #include <algorithm>
+#include <set>
 #include <string_view>
 #include <unordered_map>
 #include <utility>

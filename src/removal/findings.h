@@ -1,8 +1,12 @@
 #pragma once
 
+#include "base/path.h"
+#include "base/uuid.h"
 #include "platform/user_environment.h"
 #include "removal/unseen.h"
+#include "scan/applications/app_target.h"
 #include "scan/matching/scan_result.h"
+#include "scan/matching/trace.h"
 #include "sweep/orphan_scanner.h"
 
 #include <cstddef>
@@ -11,6 +15,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tidwen {

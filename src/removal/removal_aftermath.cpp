@@ -1,13 +1,19 @@
 #include "removal/removal_aftermath.h"
 
+#include "base/path.h"
 #include "removal/chosen_items.h"
+#include "removal/stay_reason.h"
 #include "scan/matching/size_measurer.h"
 #include "scan/policy/path_policy.h"
+#include "scan/policy/trace_category.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <set>
+#include <string>
 #include <unordered_set>
 #include <utility>
+#include <variant>
 
 namespace tidwen {
 

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "base/byte_sum.h"
+#include "base/path.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
+#include "removal/chosen_items.h"
 #include "removal/removal_plan.h"
 #include "removal/removal_report.h"
 

@@ -1,12 +1,19 @@
 #include "removal/removal_choice.h"
 
+#include "base/uuid.h"
+#include "operations/removal_operation.h"
+#include "posix/posix_process_runner.h"
 #include "removal/staying_claims.h"
+#include "scan/applications/app_target.h"
 #include "scan/matching/default_selection.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 
 #include <algorithm>
 #include <iterator>
 #include <map>
 #include <utility>
+#include <variant>
 
 namespace tidwen {
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/uuid.h"
+#include "operations/removal_operation.h"
 #include "removal/chosen_items.h"
 #include "removal/findings.h"
 #include "removal/removal_plan.h"
@@ -7,6 +9,8 @@
 #include "removal/removal_subject.h"
 #include "removal/removal_summary.h"
 #include "removal/stay_reason.h"
+#include "scan/applications/app_target.h"
+#include "scan/matching/trace.h"
 
 #include <memory>
 #include <optional>

@@ -1,16 +1,27 @@
 #include "removal/removal_executor.h"
 
+#include "base/message.h"
+#include "base/timestamp.h"
+#include "base/uuid.h"
+#include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
 #include "operations/screened_move.h"
 #include "operations/stepwise_run.h"
 #include "platform/file_absence.h"
+#include "platform/file_system.h"
 #include "quarantine/interrupted_move.h"
+#include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/run_documents.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
+#include <optional>
+#include <string>
 #include <unordered_map>
 #include <utility>
+#include <variant>
 
 namespace tidwen {
 

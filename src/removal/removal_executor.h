@@ -1,10 +1,17 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/message.h"
 #include "base/step_progress.h"
+#include "base/timestamp.h"
+#include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
+#include "platform/file_system.h"
+#include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 #include "removal/removal_report.h"
 
+#include <optional>
 #include <tl/expected.hpp>
 #include <vector>
 

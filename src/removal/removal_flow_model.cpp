@@ -1,10 +1,24 @@
 #include "removal/removal_flow_model.h"
 
 #include "base/background_step.h"
+#include "base/message.h"
+#include "base/path.h"
+#include "base/uuid.h"
+#include "operations/removal_operation.h"
+#include "platform/user_environment.h"
 #include "quarantine/trash_lock.h"
+#include "removal/findings.h"
+#include "removal/removal_subject.h"
+#include "scan/applications/app_target.h"
+#include "scan/matching/scan_result.h"
+#include "scan/matching/trace.h"
+#include "sweep/leftover_filter.h"
+#include "sweep/orphan_scanner.h"
 
 #include <functional>
+#include <string_view>
 #include <utility>
+#include <variant>
 
 namespace tidwen {
 

@@ -1,13 +1,29 @@
 // Part of RemovalFlowModel: quit prompts, the run and its undo.
 
 #include "base/background_step.h"
+#include "base/message.h"
+#include "base/step_progress.h"
+#include "base/uuid.h"
+#include "platform/file_system.h"
 #include "quarantine/trash_lock.h"
+#include "quarantine/undo_service.h"
+#include "removal/findings.h"
+#include "removal/flow_types.h"
+#include "removal/removal_choice.h"
 #include "removal/removal_flow_model.h"
+#include "removal/removal_plan.h"
+#include "removal/removal_refusal.h"
+#include "removal/removal_report.h"
 #include "removal/removal_run.h"
 
 #include <algorithm>
+#include <memory>
+#include <optional>
 #include <set>
+#include <tl/expected.hpp>
 #include <utility>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,7 +1,13 @@
 #include "removal/removal_plan.h"
 
+#include "base/path.h"
+#include "base/uuid.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
+
 #include <algorithm>
 #include <fmt/core.h>
+#include <variant>
 
 namespace tidwen {
 

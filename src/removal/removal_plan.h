@@ -1,9 +1,11 @@
 #pragma once
 
 #include "base/texts.h"
+#include "base/uuid.h"
 #include "operations/removal_operation.h"
 #include "quarantine/quarantine_layout.h"
 #include "scan/applications/app_target.h"
+#include "scan/matching/trace.h"
 
 #include <map>
 #include <string>

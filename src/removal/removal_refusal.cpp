@@ -1,12 +1,16 @@
 #include "removal/removal_refusal.h"
 
 #include "base/text.h"
+#include "operations/removal_operation.h"
 #include "quarantine/manifest.h"
 #include "quarantine/trash_lock.h"
 #include "removal/chosen_items.h"
 #include "removal/target_intake.h"
 #include "removal/unmovable_items.h"
+#include "scan/policy/removability.h"
 #include "system/permissions_model.h"
+
+#include <string>
 
 namespace tidwen {
 

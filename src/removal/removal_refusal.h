@@ -1,11 +1,15 @@
 #pragma once
 
 #include "base/message.h"
+#include "base/path.h"
 #include "base/texts.h"
+#include "operations/removal_operation.h"
+#include "platform/file_system.h"
 #include "platform/user_environment.h"
 #include "removal/removal_plan.h"
 #include "scan/applications/protected_apps.h"
 #include "scan/matching/scan_result.h"
+#include "scan/policy/removability.h"
 
 #include <optional>
 #include <vector>

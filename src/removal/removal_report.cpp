@@ -1,9 +1,15 @@
 #include "removal/removal_report.h"
 
+#include "base/message.h"
+#include "operations/removal_operation.h"
 #include "operations/stepwise_run.h"
+#include "removal/stay_reason.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 
 #include <algorithm>
 #include <unordered_map>
+#include <variant>
 
 namespace tidwen {
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "base/message.h"
+#include "base/path.h"
 #include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
 #include "quarantine/manifest.h"
 #include "removal/chosen_items.h"
 #include "removal/unseen.h"

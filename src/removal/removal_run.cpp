@@ -1,12 +1,24 @@
 #include "removal/removal_run.h"
 
+#include "base/path.h"
+#include "base/step_progress.h"
+#include "base/uuid.h"
 #include "operations/stepwise_run.h"
+#include "platform/file_system.h"
+#include "quarantine/manifest.h"
+#include "quarantine/quarantine_layout.h"
+#include "removal/chosen_items.h"
 #include "removal/removal_aftermath.h"
+#include "removal/removal_plan.h"
+#include "removal/removal_report.h"
 #include "removal/removal_verification.h"
+#include "removal/stay_reason.h"
+#include "scan/applications/app_target.h"
 
 #include <algorithm>
 #include <map>
 #include <set>
+#include <tl/expected.hpp>
 #include <utility>
 
 namespace tidwen {

@@ -1,8 +1,15 @@
 #pragma once
 
+#include "base/step_progress.h"
+#include "base/texts.h"
 #include "base/timestamp.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+#include "removal/chosen_items.h"
 #include "removal/removal_choice.h"
 #include "removal/removal_executor.h"
+#include "removal/removal_plan.h"
+#include "removal/removal_report.h"
 #include "scan/permissions/permission_audit.h"
 
 #include <vector>

@@ -1,5 +1,7 @@
 #include "removal/removal_summary.h"
 
+#include "base/texts.h"
+
 namespace tidwen {
 
 std::optional<std::string> RemovalSummary::Tier::sizeText(const Texts& texts) const {

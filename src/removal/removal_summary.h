@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/byte_sum.h"
+#include "base/texts.h"
 #include "scan/matching/trace.h"
 
 #include <cstdint>

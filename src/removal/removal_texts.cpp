@@ -1,10 +1,14 @@
 #include "removal/removal_texts.h"
 
 #include "base/byte_sum.h"
+#include "operations/removal_operation.h"
 #include "operations/stepwise_run.h"
+#include "scan/permissions/permission_audit.h"
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
+#include <variant>
 
 namespace tidwen {
 

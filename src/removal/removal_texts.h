@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/texts.h"
+#include "operations/removal_operation.h"
 #include "removal/removal_report.h"
 #include "removal/removal_summary.h"
 

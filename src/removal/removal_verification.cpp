@@ -1,5 +1,7 @@
 #include "removal/removal_verification.h"
 
+#include "scan/permissions/permission_audit.h"
+
 namespace tidwen {
 
 VerificationReport verifyRemoval(const std::vector<RemovalTarget>& targets, const PermissionAudit& audit) {

@@ -2,6 +2,7 @@
 
 #include "removal/removal_plan.h"
 #include "removal/removal_report.h"
+#include "scan/permissions/permission_audit.h"
 
 #include <vector>
 

@@ -1,10 +1,14 @@
 #include "removal/startup_chores.h"
 
 #include "base/background_step.h"
+#include "base/message.h"
+#include "base/path.h"
+#include "platform/user_environment.h"
 #include "quarantine/trash_lock.h"
 
 #include <algorithm>
 #include <functional>
+#include <tl/expected.hpp>
 #include <utility>
 
 namespace tidwen {

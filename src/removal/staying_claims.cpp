@@ -1,8 +1,17 @@
 #include "removal/staying_claims.h"
 
+#include "base/path.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/owning_bundle.h"
+#include "scan/matching/other_applications.h"
 #include "scan/matching/residue_matcher.h"
+#include "scan/matching/scan_result.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 
 #include <algorithm>
+#include <string>
+#include <variant>
 
 namespace tidwen {
 

@@ -1,8 +1,12 @@
 #include "removal/target_intake.h"
 
+#include "base/message.h"
+#include "base/path.h"
 #include "base/text.h"
+#include "scan/applications/app_target.h"
 
 #include <set>
+#include <string>
 
 namespace tidwen {
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "base/message.h"
+#include "base/path.h"
 #include "base/problem.h"
+#include "scan/applications/app_target.h"
 #include "scan/applications/protected_apps.h"
 
 #include <vector>

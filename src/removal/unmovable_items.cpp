@@ -1,7 +1,10 @@
 #include "removal/unmovable_items.h"
 
+#include "base/path.h"
+
 #include <algorithm>
 #include <set>
+#include <variant>
 
 namespace tidwen {
 

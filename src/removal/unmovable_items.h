@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/path.h"
 #include "operations/removal_operation.h"
 #include "platform/file_system.h"
 #include "scan/policy/removability.h"

@@ -1,5 +1,9 @@
 #include "removal/unseen.h"
 
+#include "base/path.h"
+#include "platform/user_environment.h"
+#include "scan/permissions/permission_audit.h"
+
 #include <algorithm>
 
 namespace tidwen {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "base/path.h"
+#include "platform/user_environment.h"
+#include "scan/applications/bundle_coverage.h"
 #include "scan/matching/scan_result.h"
 
 #include <cstdint>

@@ -4,6 +4,7 @@
 #include "sample/byte_writer.h"
 
 #include <cstdint>
+#include <string_view>
 
 namespace tidwen {
 

@@ -1,5 +1,8 @@
 #include "sample/sample_contents.h"
 
+#include <string_view>
+#include <vector>
+
 namespace tidwen::sample {
 
 namespace {

@@ -1,5 +1,7 @@
 #include "sample/sample_contents.h"
 
+#include <vector>
+
 namespace tidwen::sample {
 
 std::vector<Item> userItems() {

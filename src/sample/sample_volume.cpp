@@ -10,7 +10,10 @@
 #include <algorithm>
 #include <array>
 #include <map>
+#include <string>
+#include <string_view>
 #include <system_error>
+#include <vector>
 
 namespace tidwen {
 

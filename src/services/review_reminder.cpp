@@ -1,6 +1,10 @@
 #include "services/review_reminder.h"
 
+#include "base/property_list.h"
+
 #include <algorithm>
+#include <cstdint>
+#include <optional>
 
 namespace tidwen {
 

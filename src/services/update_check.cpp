@@ -2,6 +2,9 @@
 
 #include "services/feed_signature.h"
 
+#include <optional>
+#include <string>
+
 namespace tidwen {
 
 namespace {

@@ -4,7 +4,9 @@
 #include "base/message.h"
 #include "platform/https_fetcher.h"
 #include "services/update_feed.h"
+#include "services/version_number.h"
 
+#include <string>
 #include <tl/expected.hpp>
 
 namespace tidwen {

@@ -1,7 +1,9 @@
 #include "services/updates_model.h"
 
 #include "base/background_step.h"
+#include "services/update_feed.h"
 
+#include <tl/expected.hpp>
 #include <utility>
 
 namespace tidwen {

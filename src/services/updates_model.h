@@ -1,8 +1,11 @@
 #pragma once
 
 #include "base/executor.h"
+#include "base/log.h"
 #include "base/observable.h"
+#include "platform/https_fetcher.h"
 #include "services/update_check.h"
+#include "services/update_feed.h"
 
 #include <functional>
 #include <memory>

@@ -1,10 +1,12 @@
 #include "settings/app_preferences.h"
 
+#include "base/property_list.h"
 #include "base/text.h"
 
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <variant>
 
 namespace tidwen {
 

@@ -1,5 +1,6 @@
 #include "settings/app_tags.h"
 
+#include "base/property_list.h"
 #include "base/text.h"
 
 #include <algorithm>

@@ -2,6 +2,7 @@
 
 #include "base/letter_case.h"
 #include "base/observable.h"
+#include "base/property_list.h"
 #include "base/texts.h"
 #include "platform/defaults.h"
 

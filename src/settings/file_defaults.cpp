@@ -1,7 +1,18 @@
 #include "settings/file_defaults.h"
 
+#include "base/message.h"
+#include "base/path.h"
+#include "base/property_list.h"
+#include "platform/folder_events.h"
 #include "settings/settings_file.h"
 #include "settings/user_folder.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

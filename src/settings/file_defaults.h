@@ -1,11 +1,20 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/message.h"
+#include "base/property_list.h"
 #include "platform/defaults.h"
+#include "platform/folder_events.h"
 #include "settings/shared_file.h"
 
+#include <chrono>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <mutex>
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

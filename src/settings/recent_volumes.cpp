@@ -1,5 +1,7 @@
 #include "settings/recent_volumes.h"
 
+#include "base/property_list.h"
+
 #include <algorithm>
 
 namespace tidwen {

@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 

@@ -5,6 +5,8 @@
 #include "settings/shared_file.h"
 
 #include <filesystem>
+#include <optional>
+#include <string>
 #include <tl/expected.hpp>
 
 namespace tidwen {

@@ -1,6 +1,7 @@
 #include "settings/shared_file.h"
 
 #include "base/ownership.h"
+#include "posix/file_faults.h"
 #include "posix/flush.h"
 
 #include <cerrno>

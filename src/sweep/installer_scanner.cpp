@@ -1,9 +1,14 @@
 #include "sweep/installer_scanner.h"
 
+#include "base/path.h"
 #include "base/text.h"
+#include "posix/posix_process_runner.h"
 #include "scan/matching/residue_scanner.h"
+#include "scan/matching/size_measurer.h"
+#include "scan/policy/trace_category.h"
 
 #include <algorithm>
+#include <chrono>
 #include <set>
 #include <string>
 

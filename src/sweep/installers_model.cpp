@@ -2,10 +2,15 @@
 
 #include "base/background_step.h"
 #include "base/batched_delivery.h"
+#include "base/path.h"
 #include "base/text.h"
+#include "base/timestamp.h"
+#include "platform/file_system.h"
+#include "scan/matching/trace.h"
 
 #include <algorithm>
 #include <map>
+#include <string>
 #include <utility>
 
 namespace tidwen {

@@ -3,7 +3,13 @@
 #include "base/executor.h"
 #include "base/observable.h"
 #include "base/observable_list.h"
+#include "base/path.h"
+#include "base/stop_token.h"
 #include "base/texts.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+#include "scan/applications/installed_app.h"
+#include "scan/matching/trace.h"
 #include "sweep/installer_scanner.h"
 
 #include <functional>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 
 #include <array>
 #include <cstdint>

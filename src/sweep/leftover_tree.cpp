@@ -2,6 +2,10 @@
 
 #include "base/parallel.h"
 #include "base/text.h"
+#include "base/uuid.h"
+#include "posix/posix_process_runner.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 
 #include <algorithm>
 #include <numeric>

@@ -4,6 +4,9 @@
 #include "base/byte_sum.h"
 #include "base/text_list.h"
 #include "base/texts.h"
+#include "base/uuid.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 #include "sweep/leftover_filter.h"
 
 #include <array>

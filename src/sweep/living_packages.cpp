@@ -1,10 +1,12 @@
 #include "sweep/living_packages.h"
 
+#include "base/path.h"
 #include "base/text.h"
 #include "platform/file_absence.h"
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/job_program.h"
 #include "scan/policy/search_location.h"
+#include "scan/policy/trace_category.h"
 #include "sweep/known_owners.h"
 
 #include <algorithm>

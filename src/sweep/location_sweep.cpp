@@ -1,10 +1,22 @@
 #include "sweep/location_sweep.h"
 
 #include "base/parallel.h"
+#include "base/path.h"
+#include "base/step_progress.h"
+#include "base/stop_token.h"
 #include "base/text.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
 #include "scan/matching/residue_scanner.h"
+#include "scan/matching/size_measurer.h"
+#include "scan/matching/trace.h"
 #include "scan/policy/location_access.h"
 #include "scan/policy/search_location.h"
+#include "scan/policy/trace_category.h"
+#include "sweep/known_owners.h"
+#include "sweep/sweep_gaps.h"
+
+#include <optional>
 
 namespace tidwen {
 namespace {

@@ -1,13 +1,22 @@
 #pragma once
 
+#include "base/path.h"
+#include "base/step_progress.h"
+#include "base/stop_token.h"
 #include "platform/budgeted_files.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+#include "scan/matching/trace.h"
 #include "scan/policy/path_policy.h"
+#include "scan/policy/search_location.h"
+#include "sweep/known_owners.h"
 #include "sweep/linked_places.h"
 #include "sweep/living_packages.h"
 #include "sweep/named_finds.h"
 #include "sweep/orphan_candidates.h"
 #include "sweep/orphan_scanner.h"
 #include "sweep/owner_judge.h"
+#include "sweep/sweep_gaps.h"
 
 #include <map>
 #include <set>

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "base/path.h"
 #include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 #include "sweep/known_owners.h"
 
 #include <string>

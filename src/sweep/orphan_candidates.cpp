@@ -1,5 +1,6 @@
 #include "sweep/orphan_candidates.h"
 
+#include "base/path.h"
 #include "base/text.h"
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/container_identity.h"
@@ -7,10 +8,12 @@
 #include "scan/applications/launch_item.h"
 #include "scan/applications/shared_names.h"
 #include "scan/matching/residue_matcher.h"
+#include "scan/policy/trace_category.h"
 #include "sweep/known_owners.h"
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 namespace tidwen {
 namespace {

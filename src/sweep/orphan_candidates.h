@@ -1,9 +1,11 @@
 #pragma once
 
+#include "base/path.h"
 #include "base/stop_token.h"
 #include "platform/file_system.h"
 #include "scan/matching/trace.h"
 #include "scan/policy/search_location.h"
+#include "scan/policy/trace_category.h"
 #include "sweep/named_finds.h"
 
 #include <optional>

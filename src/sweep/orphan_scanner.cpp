@@ -1,6 +1,9 @@
 #include "sweep/orphan_scanner.h"
 
+#include "base/path.h"
 #include "platform/budgeted_files.h"
+#include "scan/policy/trace_category.h"
+#include "sweep/linked_places.h"
 #include "sweep/living_jobs.h"
 #include "sweep/living_packages.h"
 #include "sweep/location_sweep.h"

@@ -2,6 +2,7 @@
 
 #include "base/byte_sum.h"
 #include "base/log.h"
+#include "base/path.h"
 #include "base/step_progress.h"
 #include "base/stop_token.h"
 #include "platform/applications.h"

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/applications.h"
+#include "sweep/known_owners.h"
 #include "sweep/orphan_scanner.h"
 
 #include <map>

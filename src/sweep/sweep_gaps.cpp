@@ -1,5 +1,7 @@
 #include "sweep/sweep_gaps.h"
 
+#include "base/path.h"
+
 #include <algorithm>
 #include <optional>
 #include <set>

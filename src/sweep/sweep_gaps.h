@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/message.h"
+#include "base/path.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
 #include "scan/applications/installed_bundles.h"

@@ -1,5 +1,12 @@
 #include "sweep/sweep_state.h"
 
+#include "base/byte_sum.h"
+#include "base/list_change.h"
+#include "base/uuid.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
+#include "sweep/leftover_filter.h"
+
 #include <atomic>
 #include <utility>
 

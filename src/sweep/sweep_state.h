@@ -1,10 +1,15 @@
 #pragma once
 
+#include "base/byte_sum.h"
 #include "base/executor.h"
 #include "base/observable.h"
 #include "base/observable_list.h"
 #include "base/texts.h"
 #include "base/timestamp.h"
+#include "base/uuid.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
+#include "sweep/leftover_filter.h"
 #include "sweep/leftover_tree.h"
 
 #include <array>

@@ -1,6 +1,7 @@
 #include "system/inbox_watcher.h"
 
 #include "base/background_step.h"
+#include "platform/file_system.h"
 
 #include <utility>
 

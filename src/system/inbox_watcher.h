@@ -3,6 +3,7 @@
 #include "base/executor.h"
 #include "base/log.h"
 #include "base/observable.h"
+#include "platform/file_system.h"
 #include "platform/folder_events.h"
 #include "system/request_inbox.h"
 

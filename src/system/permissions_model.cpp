@@ -1,9 +1,12 @@
 #include "system/permissions_model.h"
 
 #include "base/background_step.h"
+#include "base/path.h"
 #include "platform/workspace.h"
 
 #include <fmt/core.h>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace tidwen {

@@ -1,6 +1,9 @@
 #include "system/permissions_sheet.h"
 
 #include "base/background_step.h"
+#include "scan/applications/app_target.h"
+
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

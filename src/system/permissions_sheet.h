@@ -6,6 +6,7 @@
 #include "base/observable_list.h"
 #include "base/texts.h"
 #include "operations/permission_revoker.h"
+#include "scan/applications/app_target.h"
 #include "scan/permissions/permission_audit.h"
 
 #include <functional>

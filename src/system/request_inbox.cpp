@@ -1,6 +1,7 @@
 #include "system/request_inbox.h"
 
 #include "base/json.h"
+#include "base/path.h"
 #include "base/text.h"
 #include "platform/file_absence.h"
 #include "platform/unfinished_names.h"

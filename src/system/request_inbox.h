@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/path.h"
 #include "base/property_list.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"

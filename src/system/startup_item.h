@@ -2,6 +2,7 @@
 
 #include "base/path.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>

@@ -1,13 +1,17 @@
 #include "system/startup_item_scanner.h"
 
+#include "base/path.h"
 #include "base/text.h"
 #include "platform/budgeted_files.h"
+#include "platform/read_budget.h"
 #include "scan/applications/shared_names.h"
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <string_view>
 #include <tuple>
+#include <utility>
 
 namespace tidwen {
 

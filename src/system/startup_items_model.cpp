@@ -1,11 +1,17 @@
 #include "system/startup_items_model.h"
 
 #include "base/background_step.h"
+#include "base/path.h"
 #include "base/text.h"
 #include "platform/property_list_file.h"
+#include "scan/policy/trace_category.h"
+#include "system/startup_item.h"
 
 #include <algorithm>
+#include <string_view>
+#include <tl/expected.hpp>
 #include <utility>
+#include <variant>
 
 namespace tidwen {
 

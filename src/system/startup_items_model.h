@@ -8,8 +8,10 @@
 #include "base/texts.h"
 #include "platform/file_system.h"
 #include "platform/launchd.h"
+#include "scan/applications/installed_app.h"
 #include "scan/applications/protected_apps.h"
 #include "scan/matching/trace.h"
+#include "system/startup_item.h"
 #include "system/startup_item_scanner.h"
 
 #include <functional>
@@ -17,6 +19,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tidwen {

@@ -1,10 +1,17 @@
 #include "system/trash_catcher.h"
 
 #include "base/background_step.h"
+#include "base/log.h"
+#include "base/path.h"
 #include "base/text.h"
+#include "platform/file_system.h"
 #include "scan/applications/app_target.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/shared_names.h"
+
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 

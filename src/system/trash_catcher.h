@@ -1,7 +1,13 @@
 #pragma once
 
+#include "base/executor.h"
+#include "base/log.h"
 #include "base/observable.h"
+#include "base/path.h"
 #include "base/texts.h"
+#include "base/timestamp.h"
+#include "platform/file_system.h"
+#include "platform/folder_events.h"
 #include "platform/login_item.h"
 #include "platform/notifications.h"
 #include "settings/app_preferences.h"
@@ -13,6 +19,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,6 +1,9 @@
 #include "system/trash_watcher.h"
 
+#include "base/path.h"
+
 #include <algorithm>
+#include <chrono>
 
 namespace tidwen {
 namespace {

@@ -2,6 +2,7 @@
 
 #include "base/executor.h"
 #include "base/log.h"
+#include "base/path.h"
 #include "base/timestamp.h"
 #include "platform/file_system.h"
 #include "platform/folder_events.h"

@@ -1,5 +1,6 @@
 #include "system/uninstall_service.h"
 
+#include "base/path.h"
 #include "base/uuid.h"
 
 namespace tidwen {

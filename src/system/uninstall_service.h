@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/path.h"
 #include "system/request_inbox.h"
 
 #include <functional>

@@ -1,5 +1,6 @@
 #include "volume/privacy_database_editor.h"
 
+#include "base/path.h"
 #include "posix/patient_lock.h"
 #include "scan/permissions/privacy_database.h"
 

@@ -1,8 +1,15 @@
 #include "volume/volume_folder_events.h"
 
+#include "base/descriptor.h"
+#include "base/path.h"
+#include "platform/file_system.h"
 #include "posix/root_resolver.h"
 
+#include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
+#include <functional>
+#include <tl/expected.hpp>
 
 #ifdef __linux__
 #include <array>

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "base/path.h"
 #include "platform/folder_events.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 
 namespace tidwen {

@@ -1,8 +1,16 @@
+#include "base/path.h"
+#include "base/property_list.h"
+#include "platform/file_system.h"
+#include "platform/launchd.h"
 #include "platform/property_list_file.h"
 #include "posix/patient_lock.h"
 #include "volume/volume_sources.h"
 
+#include <cstdint>
 #include <fmt/format.h>
+#include <map>
+#include <string>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -1,6 +1,10 @@
 #include "volume/volume_permission_revoker.h"
 
+#include "scan/permissions/permission_audit.h"
 #include "volume/privacy_database_editor.h"
+
+#include <string>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -3,6 +3,10 @@
 #include "operations/permission_revoker.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
+#include "scan/permissions/permission_audit.h"
+
+#include <string>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

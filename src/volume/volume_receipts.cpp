@@ -1,10 +1,18 @@
+#include "base/path.h"
+#include "base/property_list.h"
 #include "base/text.h"
 #include "platform/bill_of_materials.h"
 #include "platform/file_absence.h"
+#include "platform/file_system.h"
 #include "platform/property_list_file.h"
+#include "platform/receipts.h"
 #include "volume/volume_sources.h"
 
 #include <algorithm>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace tidwen {
 

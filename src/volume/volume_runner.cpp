@@ -1,8 +1,14 @@
 #include "volume/volume_runner.h"
 
+#include "base/message.h"
+#include "operations/removal_operation.h"
 #include "operations/screened_move.h"
 #include "scan/permissions/permission_audit.h"
 #include "volume/privacy_database_editor.h"
+
+#include <optional>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/path.h"
 #include "platform/applications.h"
 #include "platform/file_system.h"
 #include "platform/keychain.h"
@@ -9,6 +10,14 @@
 #include "platform/receipts.h"
 #include "platform/system_extensions.h"
 #include "platform/user_environment.h"
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
 
 /// The ports that a running Mac answers with tools, answered from the files in which macOS stores the data.
 namespace tidwen {

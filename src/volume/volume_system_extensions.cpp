@@ -1,8 +1,13 @@
+#include "base/path.h"
+#include "base/property_list.h"
 #include "platform/property_list_file.h"
+#include "platform/system_extensions.h"
 #include "volume/volume_sources.h"
 
 #include <set>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,5 +1,6 @@
 #include "volume/volume_user.h"
 
+#include "base/path.h"
 #include "base/text.h"
 #include "platform/property_list_file.h"
 

@@ -1,6 +1,12 @@
 #include "volume/volume_workspace.h"
 
+#include "base/message.h"
+#include "base/path.h"
+#include "platform/file_system.h"
 #include "scan/applications/bundle_icon.h"
+
+#include <string>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "base/path.h"
+#include "platform/file_system.h"
 #include "platform/workspace.h"
 
 #include <filesystem>
 #include <functional>
+#include <string>
 
 namespace tidwen {
 

@@ -3,8 +3,12 @@
 #include "base/timestamp.h"
 #include "base/uuid.h"
 
+#include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <string>
+#include <utility>
 
 namespace tidwen {
 namespace {

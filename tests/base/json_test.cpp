@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+#include <utility>
 
 namespace tidwen {
 namespace {

@@ -1,7 +1,12 @@
 #include "base/language.h"
+#include "base/timestamp.h"
 
 #include <cstdlib>
 #include <gmock/gmock.h>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,8 +1,12 @@
+#include "base/list_change.h"
+#include "base/observable.h"
 #include "base/observable_list.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -2,6 +2,8 @@
 
 #include "support/matchers.h"
 
+#include <string>
+
 namespace tidwen {
 namespace {
 

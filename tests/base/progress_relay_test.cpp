@@ -1,4 +1,6 @@
+#include "base/executor.h"
 #include "base/progress_relay.h"
+#include "base/step_progress.h"
 
 #include <gtest/gtest.h>
 #include <optional>

@@ -3,6 +3,10 @@
 #include "samples.h"
 
 #include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,12 +1,18 @@
 #include "base/property_list.h"
+#include "cli/arguments.h"
 
 #include "samples.h"
 
 #include <cmath>
+#include <cstdint>
 #include <gtest/gtest.h>
+#include <limits>
 #include <memory>
+#include <optional>
 #include <plist/plist.h>
+#include <string>
 #include <type_traits>
+#include <utility>
 
 namespace tidwen {
 namespace {

@@ -1,4 +1,9 @@
 #include "samples.h"
+#include "base/property_list.h"
+#include "cli/json/records.h"
+
+#include <cstdint>
+#include <string>
 
 namespace tidwen::test {
 

@@ -2,7 +2,9 @@
 
 #include "base/property_list.h"
 
+#include <cstdint>
 #include <random>
+#include <string>
 
 namespace tidwen::test {
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 

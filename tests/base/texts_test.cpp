@@ -8,8 +8,14 @@
 #include "support/trees.h"
 
 #include <atomic>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
 #include <thread>
+#include <tuple>
 #include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

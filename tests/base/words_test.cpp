@@ -10,8 +10,13 @@
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
+#include <iterator>
+#include <map>
 #include <regex>
 #include <set>
+#include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tidwen {

@@ -1,6 +1,12 @@
+#include "base/message.h"
+#include "base/texts.h"
 #include "cli/arguments.h"
+#include "operations/admin_batch.h"
 
 #include <gtest/gtest.h>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 namespace {

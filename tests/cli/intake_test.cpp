@@ -1,4 +1,11 @@
+#include "base/path.h"
+#include "base/problem.h"
+#include "base/texts.h"
 #include "cli/intake.h"
+#include "program/host_paths.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/protected_apps.h"
+#include "scan/matching/other_applications.h"
 
 #include "platform/file_code_signatures.h"
 #include "settings/file_defaults.h"
@@ -7,6 +14,9 @@
 #include "volume/volume_sources.h"
 
 #include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

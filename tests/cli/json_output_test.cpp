@@ -1,9 +1,23 @@
+#include "base/path.h"
+#include "base/texts.h"
 #include "cli/json/output.h"
+#include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
+#include "quarantine/history.h"
+#include "removal/removal_report.h"
+#include "scan/matching/scan_result.h"
+#include "scan/matching/trace.h"
+#include "scan/permissions/permission_audit.h"
+#include "scan/policy/removability.h"
+#include "scan/policy/trace_category.h"
 
 #include "base/json.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,9 +1,23 @@
+#include "base/message.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "base/uuid.h"
 #include "cli/selection.h"
+#include "operations/removal_operation.h"
+#include "program/host_paths.h"
+#include "removal/findings.h"
+#include "scan/matching/scan_result.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 
 #include "support/temporary_folder.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,3 +1,4 @@
+#include "cli/console.h"
 #include "cli/table.h"
 
 #include "base/text.h"
@@ -6,8 +7,14 @@
 #include "support/temporary_folder.h"
 #include "support/trees.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

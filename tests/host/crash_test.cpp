@@ -4,9 +4,13 @@
 #include "support/trees.h"
 
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
+#include <iterator>
 #include <stdexcept>
+#include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
 

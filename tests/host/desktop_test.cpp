@@ -1,15 +1,26 @@
+#include "base/message.h"
+#include "base/path.h"
 #include "host/desktop_notifications.h"
 #include "host/launch_agent.h"
 #include "host/running_user.h"
 #include "host/xdg_autostart.h"
 #include "operations/tool_launchd.h"
+#include "platform/login_item.h"
+#include "platform/notifications.h"
+#include "platform/process_runner.h"
 #include "support/fixtures.h"
 #include "support/recording_tools.h"
 #include "support/temporary_folder.h"
 
+#include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gmock/gmock.h>
+#include <optional>
+#include <string>
 #include <thread>
+#include <tuple>
+#include <vector>
 
 namespace tidwen {
 namespace {

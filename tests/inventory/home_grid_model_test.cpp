@@ -1,4 +1,15 @@
+#include "app/widgets/words.h"
+#include "base/list_change.h"
+#include "base/path.h"
+#include "base/property_list.h"
+#include "base/texts.h"
+#include "inventory/app_inventory.h"
 #include "inventory/home_grid_model.h"
+#include "inventory/known_apps.h"
+#include "scan/applications/installed_app.h"
+#include "scan/applications/protected_apps.h"
+#include "settings/app_preferences.h"
+#include "settings/app_tags.h"
 
 #include "platform/file_code_signatures.h"
 #include "support/fixtures.h"
@@ -6,7 +17,12 @@
 #include "support/memory_defaults.h"
 #include "support/stand_ins.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,4 +1,14 @@
+#include "app/widgets/words.h"
+#include "base/path.h"
+#include "base/property_list.h"
+#include "base/stop_token.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
 #include "inventory/home_grid.h"
+#include "scan/applications/installed_app.h"
+#include "scan/applications/protected_apps.h"
+#include "settings/app_preferences.h"
+#include "settings/app_tags.h"
 
 #include "inventory/app_inventory.h"
 #include "inventory/usage_probe.h"
@@ -8,8 +18,12 @@
 #include "support/memory_defaults.h"
 #include "volume/volume_sources.h"
 
+#include <cstdint>
+#include <optional>
+#include <string>
 #include <sys/stat.h>
 #include <sys/time.h>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,8 +1,18 @@
+#include "base/path.h"
 #include "inventory/installed_applications.h"
+#include "platform/code_signatures.h"
+#include "scan/applications/installed_app.h"
+#include "scan/applications/installed_bundles.h"
+#include "scan/matching/other_applications.h"
 
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/unprivileged.h"
+
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

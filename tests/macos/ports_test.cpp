@@ -6,19 +6,27 @@
 #include "macos/unified_log.h"
 #include "macos/user_keychain.h"
 #include "macos/workspace_applications.h"
+#include "platform/keychain.h"
+#include "platform/system.h"
+#include "posix/bulk_entries.h"
 #include "posix/entry_sizes.h"
 #include "posix/posix_process_runner.h"
 #include "support/defaults_contract.h"
 #include "support/fixtures.h"
 #include "support/folder_events_contract.h"
 
+#include <cstdint>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
+#include <memory>
 #include <set>
+#include <string>
 #include <thread>
 #include <tuple>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,4 +1,8 @@
+#include "base/message.h"
+#include "base/path.h"
 #include "operations/admin_batch.h"
+#include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
 #include "support/recording_runner.h"
 #include "support/temporary_folder.h"
 #include "support/trees.h"
@@ -7,6 +11,9 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <random>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,17 +1,33 @@
+#include "base/message.h"
+#include "base/path.h"
+#include "base/property_list.h"
 #include "operations/admin_batch.h"
 #include "operations/admin_script_runner.h"
+#include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
 #include "operations/tool_arguments.h"
 #include "operations/tool_paths.h"
 #include "operations/user_scope_runner.h"
+#include "platform/file_system.h"
+#include "platform/process_runner.h"
 #include "platform/workspace.h"
+#include "scan/policy/path_policy.h"
 #include "support/fixtures.h"
 #include "support/recording_runner.h"
 #include "support/recording_tools.h"
 #include "support/stand_ins.h"
 #include "support/watched_files.h"
 
+#include <cerrno>
 #include <fmt/ranges.h>
 #include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
+#include <tuple>
+#include <utility>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 namespace {

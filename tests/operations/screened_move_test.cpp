@@ -1,9 +1,15 @@
+#include "base/path.h"
 #include "operations/screened_move.h"
+#include "platform/file_system.h"
+#include "scan/policy/path_policy.h"
 #include "support/fixtures.h"
 #include "support/trees.h"
 #include "support/unprivileged.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <string>
+#include <utility>
 
 namespace tidwen {
 namespace {

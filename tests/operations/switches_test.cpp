@@ -1,7 +1,17 @@
+#include "base/message.h"
+#include "base/path.h"
 #include "operations/permission_revoker.h"
 #include "operations/tool_launchd.h"
+#include "platform/launchd.h"
+#include "platform/process_runner.h"
+#include "scan/permissions/permission_audit.h"
 #include "support/matchers.h"
 #include "support/recording_tools.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 namespace {

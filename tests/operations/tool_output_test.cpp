@@ -1,10 +1,19 @@
+#include "base/path.h"
 #include "operations/keychain_dump.h"
 #include "operations/tool_launchd.h"
 #include "operations/tool_receipts.h"
 #include "operations/tool_system_extensions.h"
+#include "platform/keychain.h"
+#include "platform/process_runner.h"
+#include "platform/system_extensions.h"
 #include "support/recording_tools.h"
 
 #include <gtest/gtest.h>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -4,6 +4,12 @@
 #include "support/matchers.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

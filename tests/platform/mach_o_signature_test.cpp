@@ -1,9 +1,15 @@
+#include "platform/code_signatures.h"
 #include "platform/mach_o_signature.h"
 
 #include "sample/mach_o_stub.h"
 #include "support/matchers.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,9 +1,16 @@
+#include "base/path.h"
 #include "platform/budgeted_files.h"
+#include "platform/file_system.h"
+#include "platform/read_budget.h"
 
 #include "base/property_list.h"
 #include "platform/property_list_file.h"
 #include "support/matchers.h"
 #include "support/temporary_folder.h"
+
+#include <chrono>
+#include <cstdint>
+#include <string>
 
 namespace tidwen {
 namespace {

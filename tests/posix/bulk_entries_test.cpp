@@ -1,5 +1,6 @@
 #include "posix/bulk_entries.h"
 
+#include <cstdint>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <string>

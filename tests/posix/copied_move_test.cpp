@@ -1,4 +1,6 @@
 #include "base/descriptor.h"
+#include "base/path.h"
+#include "platform/file_system.h"
 #include "posix/copied_bytes.h"
 #include "posix/rooted_file_system.h"
 #include "posix/tree_copy.h"
@@ -8,13 +10,21 @@
 #include "support/unprivileged.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
+#include <memory>
+#include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 #ifdef __linux__
 #include <csignal>
 #include <sys/mman.h>

@@ -1,7 +1,13 @@
 #pragma once
 
+#include "base/path.h"
+#include "cli/json/sweep.h"
+#include "platform/file_system.h"
 #include "posix/file_system_contract.h"
 
+#include <filesystem>
+#include <functional>
+#include <string>
 #include <sys/file.h>
 
 /// The part of the contract about changing the disk.

@@ -1,21 +1,29 @@
 #pragma once
 
+#include "base/path.h"
+#include "base/stop_token.h"
 #include "platform/file_system.h"
 #include "support/temporary_folder.h"
 #include "support/trees.h"
 #include "support/unprivileged.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
 #include <memory>
 #include <ostream>
+#include <string>
+#include <string_view>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 /// The contract of every implementation of `FileSystem`. A test program includes this and instantiates
 /// `FileSystemContract` with its own; each test gets a new folder as root.

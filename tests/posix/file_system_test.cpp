@@ -1,10 +1,18 @@
+#include "base/path.h"
+#include "platform/file_system.h"
 #include "posix/file_system_changes_contract.h"
 #include "posix/rooted_file_system.h"
 #include "support/small_disk.h"
 
+#include <cerrno>
+#include <filesystem>
 #include <fmt/format.h>
+#include <fstream>
+#include <memory>
 #include <random>
 #include <sstream>
+#include <string>
+#include <vector>
 #ifdef __linux__
 #include <sys/syscall.h>
 #endif

@@ -1,14 +1,22 @@
+#include "base/message.h"
+#include "platform/process_runner.h"
 #include "posix/posix_process_runner.h"
 #include "support/temporary_folder.h"
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <string>
 #include <sys/wait.h>
 #include <thread>
+#include <tl/expected.hpp>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

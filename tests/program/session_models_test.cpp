@@ -1,9 +1,16 @@
+#include "base/executor.h"
+#include "base/texts.h"
 #include "program/host_services.h"
 #include "program/session.h"
+#include "program/session_models.h"
 #include "program/volume_mac.h"
+#include "scan/applications/installed_bundles.h"
 #include "support/fixtures.h"
+#include "system/request_inbox.h"
 
 #include <gtest/gtest.h>
+#include <optional>
+#include <string_view>
 
 namespace tidwen {
 namespace {

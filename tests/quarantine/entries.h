@@ -1,8 +1,12 @@
 #pragma once
 
+#include "base/path.h"
+#include "base/timestamp.h"
 #include "quarantine/manifest.h"
 
 #include <fmt/core.h>
+#include <optional>
+#include <string>
 
 namespace tidwen::test {
 

@@ -1,4 +1,17 @@
+#include "base/executor.h"
+#include "base/message.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "cli/labels.h"
+#include "operations/administrator_prompt.h"
+#include "platform/file_system.h"
+#include "platform/read_budget.h"
+#include "platform/user_environment.h"
+#include "quarantine/history.h"
 #include "quarantine/history_model.h"
+#include "quarantine/manifest.h"
+#include "quarantine/quarantine_purge.h"
+#include "quarantine/undo_service.h"
 
 #include "quarantine/entries.h"
 #include "quarantine/quarantine_layout.h"
@@ -10,8 +23,16 @@
 #include "support/recording_runner.h"
 #include "support/stand_ins.h"
 
+#include <chrono>
+#include <cstdint>
 #include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace tidwen::test {
 namespace {

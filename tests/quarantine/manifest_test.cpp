@@ -1,8 +1,18 @@
+#include "base/path.h"
+#include "base/uuid.h"
+#include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
+#include "platform/file_system.h"
 #include "quarantine/entries.h"
+#include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 #include "support/temporary_folder.h"
 
+#include <chrono>
 #include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen::test {
 namespace {

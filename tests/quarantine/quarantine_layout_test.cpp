@@ -1,9 +1,17 @@
+#include "base/path.h"
+#include "base/timestamp.h"
+#include "platform/file_system.h"
 #include "quarantine/entries.h"
+#include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/trash_lock.h"
 #include "support/fixtures.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen::test {
 namespace {

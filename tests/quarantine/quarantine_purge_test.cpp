@@ -1,12 +1,28 @@
+#include "base/path.h"
+#include "base/step_progress.h"
+#include "base/stop_token.h"
 #include "base/texts.h"
+#include "base/timestamp.h"
+#include "operations/administrator_prompt.h"
+#include "platform/file_system.h"
+#include "platform/process_runner.h"
+#include "platform/user_environment.h"
+#include "posix/tree_ownership.h"
 #include "quarantine/entries.h"
+#include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/quarantine_purge.h"
 #include "support/fixtures.h"
 #include "support/watched_files.h"
 
+#include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen::test {
 namespace {

@@ -1,23 +1,36 @@
 #include "base/json.h"
+#include "base/path.h"
+#include "base/step_progress.h"
+#include "base/stop_token.h"
+#include "base/texts.h"
 #include "quarantine/comparison_limit.h"
 #include "quarantine/entries.h"
 #include "quarantine/history.h"
 #include "quarantine/interrupted_return.h"
+#include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/quarantine_purge.h"
 #include "quarantine/recovery.h"
+#include "quarantine/run_items.h"
 #include "quarantine/undo_service.h"
+#include "quarantine/unfinished_run.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/recording_runner.h"
 #include "support/stand_ins.h"
 #include "support/unprivileged.h"
 
+#include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 namespace tidwen::test {
 namespace {

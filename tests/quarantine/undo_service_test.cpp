@@ -1,9 +1,19 @@
+#include "base/message.h"
 #include "base/numbered_name.h"
+#include "base/path.h"
+#include "base/problem.h"
+#include "base/step_progress.h"
+#include "base/stop_token.h"
+#include "base/texts.h"
+#include "base/uuid.h"
+#include "operations/removal_operation.h"
 #include "quarantine/entries.h"
 #include "quarantine/history.h"
+#include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/recovery.h"
 #include "quarantine/restore_target.h"
+#include "quarantine/run_items.h"
 #include "quarantine/undo_service.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
@@ -12,7 +22,13 @@
 #include "support/unprivileged.h"
 #include "volume/volume_runner.h"
 
+#include <chrono>
 #include <filesystem>
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen::test {
 namespace {

@@ -1,11 +1,36 @@
+#include "base/path.h"
+#include "base/texts.h"
+#include "base/uuid.h"
+#include "operations/removal_operation.h"
+#include "removal/chosen_items.h"
+#include "removal/findings.h"
 #include "removal/removal_aftermath.h"
 #include "removal/removal_choice.h"
+#include "removal/removal_plan.h"
+#include "removal/removal_report.h"
+#include "removal/removal_subject.h"
+#include "removal/removal_summary.h"
 #include "removal/removal_texts.h"
+#include "removal/unseen.h"
+#include "scan/matching/scan_result.h"
+#include "scan/matching/trace.h"
+#include "scan/permissions/permission_audit.h"
+#include "scan/policy/trace_category.h"
+#include "sweep/orphan_scanner.h"
 
 #include "support/fixtures.h"
 #include "support/matchers.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <gmock/gmock.h>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
 
 namespace tidwen::test {
 namespace {

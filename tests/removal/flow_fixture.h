@@ -1,15 +1,39 @@
 #pragma once
 
+#include "base/path.h"
+#include "base/step_progress.h"
+#include "base/stop_token.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
 #include "platform/file_code_signatures.h"
+#include "platform/user_environment.h"
+#include "quarantine/quarantine_purge.h"
 #include "quarantine/trash_lock.h"
+#include "quarantine/undo_service.h"
+#include "removal/removal_executor.h"
 #include "removal/removal_flow_model.h"
 #include "removal/startup_chores.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/protected_apps.h"
+#include "scan/matching/residue_scanner.h"
+#include "scan/matching/trace.h"
+#include "scan/permissions/permission_audit.h"
+#include "scan/policy/removability.h"
+#include "scan/policy/trace_category.h"
+#include "settings/app_preferences.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/memory_defaults.h"
 #include "support/stand_ins.h"
+#include "sweep/orphan_scanner.h"
 #include "volume/volume_runner.h"
 #include "volume/volume_sources.h"
+
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace tidwen::test {
 

@@ -1,13 +1,31 @@
+#include "base/message.h"
+#include "base/path.h"
+#include "base/step_progress.h"
+#include "base/stop_token.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
+#include "base/uuid.h"
+#include "operations/removal_operation.h"
 #include "operations/screened_move.h"
+#include "platform/file_system.h"
+#include "quarantine/manifest.h"
+#include "quarantine/quarantine_layout.h"
 #include "quarantine/recovery.h"
 #include "quarantine/undo_service.h"
 #include "removal/removal_executor.h"
+#include "removal/removal_report.h"
 #include "removal/unmovable_items.h"
+#include "scan/policy/removability.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/recording_runner.h"
 #include "support/stand_ins.h"
 #include "support/unprivileged.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace tidwen::test {
 namespace {

@@ -1,8 +1,25 @@
+#include "base/path.h"
+#include "base/uuid.h"
+#include "operations/removal_operation.h"
+#include "quarantine/quarantine_layout.h"
+#include "quarantine/undo_service.h"
+#include "removal/chosen_items.h"
 #include "removal/flow_fixture.h"
+#include "removal/flow_types.h"
 #include "removal/removal_texts.h"
+#include "removal/stay_reason.h"
+#include "scan/policy/trace_category.h"
 
 #include "support/matchers.h"
 #include "support/unprivileged.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <variant>
+#include <vector>
 
 namespace tidwen::test {
 namespace {

@@ -1,7 +1,14 @@
+#include "platform/file_system.h"
+#include "quarantine/quarantine_layout.h"
+#include "quarantine/trash_lock.h"
 #include "removal/flow_fixture.h"
+#include "removal/flow_types.h"
 
 #include "support/matchers.h"
 #include "support/unprivileged.h"
+
+#include <string>
+#include <vector>
 
 namespace tidwen::test {
 namespace {

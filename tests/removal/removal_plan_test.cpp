@@ -1,8 +1,17 @@
+#include "base/path.h"
+#include "base/texts.h"
+#include "operations/removal_operation.h"
+#include "quarantine/quarantine_layout.h"
 #include "removal/removal_plan.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 
 #include "support/matchers.h"
 
 #include <fmt/core.h>
+#include <optional>
+#include <string>
+#include <variant>
 
 namespace tidwen::test {
 namespace {

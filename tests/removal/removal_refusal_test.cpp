@@ -1,7 +1,17 @@
+#include "base/message.h"
+#include "base/path.h"
+#include "quarantine/trash_lock.h"
 #include "removal/flow_fixture.h"
+#include "scan/applications/protected_apps.h"
+#include "scan/policy/trace_category.h"
 
 #include "support/matchers.h"
 #include "support/unprivileged.h"
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <utility>
 
 namespace tidwen::test {
 namespace {

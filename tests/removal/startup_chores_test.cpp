@@ -1,7 +1,15 @@
+#include "base/path.h"
+#include "quarantine/manifest.h"
+#include "quarantine/quarantine_layout.h"
 #include "removal/flow_fixture.h"
+#include "removal/startup_chores.h"
 
 #include "support/matchers.h"
 #include "support/unprivileged.h"
+
+#include <chrono>
+#include <utility>
+#include <vector>
 
 namespace tidwen::test {
 namespace {

@@ -1,4 +1,7 @@
+#include "base/path.h"
+#include "base/property_list.h"
 #include "scan/applications/app_target.h"
+#include "scan/applications/launch_item.h"
 
 #include "platform/code_signatures.h"
 #include "scan/applications/bundle.h"
@@ -6,7 +9,13 @@
 #include "support/fixtures.h"
 #include "support/matchers.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

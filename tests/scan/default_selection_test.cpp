@@ -1,10 +1,21 @@
+#include "base/path.h"
+#include "base/property_list.h"
+#include "platform/file_system.h"
+#include "scan/applications/app_target.h"
 #include "scan/applications/protected_apps.h"
 #include "scan/matching/default_selection.h"
+#include "scan/matching/scan_result.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/removability.h"
 #include "scan/policy/root_needed.h"
+#include "scan/policy/trace_category.h"
 #include "support/memory_defaults.h"
 
+#include <cstdint>
 #include <gtest/gtest.h>
+#include <optional>
 #include <tuple>
+#include <vector>
 
 namespace tidwen {
 namespace {

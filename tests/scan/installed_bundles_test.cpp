@@ -1,4 +1,8 @@
+#include "base/path.h"
+#include "base/property_list.h"
+#include "platform/code_signatures.h"
 #include "scan/applications/installed_bundles.h"
+#include "scan/applications/owning_bundle.h"
 
 #include "platform/file_code_signatures.h"
 #include "support/fixtures.h"
@@ -7,7 +11,17 @@
 #include "support/watched_files.h"
 #include "volume/volume_sources.h"
 
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,9 +1,15 @@
+#include "base/path.h"
+#include "base/property_list.h"
 #include "scan/applications/job_program.h"
 
 #include "scan/applications/launch_item.h"
 #include "scan/applications/shared_names.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
+
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

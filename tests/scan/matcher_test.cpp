@@ -1,8 +1,18 @@
+#include "base/path.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/owning_bundle.h"
+#include "scan/matching/other_applications.h"
 #include "scan/matching/residue_matcher.h"
+#include "scan/matching/trace.h"
 
 #include "support/fixtures.h"
 
 #include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,10 +1,17 @@
+#include "base/path.h"
+#include "platform/user_environment.h"
+#include "posix/item_description.h"
 #include "scan/policy/path_policy.h"
 
 #include "support/fixtures.h"
 
 #include <gtest/gtest.h>
+#include <optional>
 #include <random>
 #include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,11 +1,18 @@
+#include "base/path.h"
+#include "base/texts.h"
+#include "platform/user_environment.h"
 #include "scan/permissions/permission_audit.h"
 
 #include "scan/permissions/privacy_database.h"
 #include "support/fixtures.h"
 #include "support/sqlite_bytes.h"
 
+#include <filesystem>
 #include <fmt/core.h>
 #include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,9 +1,14 @@
+#include "base/path.h"
+#include "scan/applications/app_target.h"
 #include "scan/policy/removability.h"
 
 #include "support/fixtures.h"
 #include "support/unprivileged.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <optional>
+#include <string>
 
 namespace tidwen {
 namespace {

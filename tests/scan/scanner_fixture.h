@@ -1,12 +1,34 @@
 #pragma once
 
+#include "base/path.h"
+#include "base/property_list.h"
+#include "base/step_progress.h"
+#include "base/stop_token.h"
+#include "base/texts.h"
+#include "platform/code_signatures.h"
+#include "platform/receipts.h"
+#include "platform/system_extensions.h"
+#include "platform/user_environment.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/bundle_coverage.h"
+#include "scan/applications/installed_bundles.h"
+#include "scan/applications/owning_bundle.h"
 #include "scan/matching/residue_scanner.h"
+#include "scan/matching/scan_result.h"
+#include "scan/policy/trace_category.h"
 
 #include "platform/budgeted_files.h"
 #include "scan/policy/search_location.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/stand_ins.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,10 +1,19 @@
 // What a scan could not see is reported.
 
+#include "base/path.h"
+#include "base/property_list.h"
+#include "platform/budgeted_files.h"
+#include "platform/read_budget.h"
+#include "scan/matching/residue_scanner.h"
+#include "scan/policy/removability.h"
 #include "scan/scanner_fixture.h"
 
 #include "support/unprivileged.h"
 
+#include <filesystem>
+#include <string>
 #include <unistd.h>
+#include <vector>
 
 namespace tidwen {
 namespace {

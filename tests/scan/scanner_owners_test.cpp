@@ -1,10 +1,20 @@
 // Ownership of finds: the target's, or that of an application that stays.
 
+#include "base/path.h"
+#include "base/property_list.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 #include "scan/scanner_fixture.h"
 
 #include "support/unprivileged.h"
 
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
 #include <unistd.h>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,8 +1,18 @@
+#include "base/path.h"
+#include "base/property_list.h"
+#include "base/step_progress.h"
+#include "base/stop_token.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/search_location.h"
+#include "scan/policy/trace_category.h"
 #include "scan/scanner_fixture.h"
 
 #include "base/text.h"
 
+#include <optional>
+#include <string>
 #include <unistd.h>
+#include <vector>
 
 namespace tidwen {
 namespace {

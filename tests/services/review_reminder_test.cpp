@@ -1,7 +1,12 @@
+#include "base/property_list.h"
+#include "platform/review_prompt.h"
 #include "services/review_reminder.h"
 #include "support/memory_defaults.h"
 
 #include <gtest/gtest.h>
+#include <string>
+#include <string_view>
+#include <utility>
 
 namespace tidwen {
 namespace {

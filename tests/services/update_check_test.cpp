@@ -1,9 +1,17 @@
+#include "platform/https_fetcher.h"
+#include "services/update_check.h"
+#include "services/update_feed.h"
 #include "services/updates_model.h"
+#include "services/version_number.h"
 #include "support/fixtures.h"
 #include "support/stand_ins.h"
 
 #include <gmock/gmock.h>
 #include <map>
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
+#include <utility>
 
 namespace tidwen {
 namespace {

@@ -1,6 +1,12 @@
+#include "base/timestamp.h"
 #include "services/update_feed.h"
+#include "services/version_number.h"
 
 #include <gmock/gmock.h>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,5 +1,8 @@
+#include "base/message.h"
+#include "base/property_list.h"
 #include "settings/app_preferences.h"
 #include "settings/file_defaults.h"
+#include "settings/shared_file.h"
 
 #include "support/defaults_contract.h"
 #include "support/fixtures.h"
@@ -8,10 +11,18 @@
 #include "support/trees.h"
 #include "support/unprivileged.h"
 
+#include <chrono>
+#include <filesystem>
 #include <fmt/format.h>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <string>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace tidwen {
 namespace {

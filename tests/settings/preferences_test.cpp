@@ -1,7 +1,12 @@
+#include "base/property_list.h"
+#include "base/texts.h"
 #include "settings/app_preferences.h"
 #include "settings/app_tags.h"
 #include "support/matchers.h"
 #include "support/memory_defaults.h"
+
+#include <string>
+#include <utility>
 
 namespace tidwen {
 namespace {

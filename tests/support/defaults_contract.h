@@ -1,11 +1,14 @@
 #pragma once
 
+#include "base/property_list.h"
 #include "platform/defaults.h"
 #include "support/matchers.h"
 
 #include <functional>
 #include <gmock/gmock.h>
 #include <memory>
+#include <optional>
+#include <string>
 
 namespace tidwen::test {
 

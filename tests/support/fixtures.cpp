@@ -1,6 +1,12 @@
 #include "support/fixtures.h"
+#include "base/log.h"
+#include "base/path.h"
+#include "base/property_list.h"
+#include "platform/user_environment.h"
+#include "scan/applications/owning_bundle.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace tidwen::test {
 

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "base/path.h"
 #include "platform/folder_events.h"
 #include "support/temporary_folder.h"
 
 #include <chrono>
 #include <condition_variable>
+#include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
 #include <mutex>
 

@@ -1,8 +1,13 @@
 #pragma once
 
+#include "base/message.h"
+#include "base/property_list.h"
+#include "cli/json/records.h"
 #include "platform/defaults.h"
 
 #include <map>
+#include <optional>
+#include <string>
 
 namespace tidwen::test {
 

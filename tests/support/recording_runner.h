@@ -1,6 +1,8 @@
 #pragma once
 
+#include "base/message.h"
 #include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
 
 #include <functional>
 #include <optional>

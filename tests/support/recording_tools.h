@@ -2,8 +2,10 @@
 
 #include "platform/process_runner.h"
 
+#include <chrono>
 #include <functional>
 #include <string>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace tidwen::test {

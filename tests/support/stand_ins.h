@@ -1,12 +1,18 @@
 #pragma once
 
 #include "base/executor.h"
+#include "base/path.h"
 #include "base/timestamp.h"
 #include "platform/applications.h"
 #include "platform/folder_events.h"
 #include "platform/keychain.h"
 
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
 #include <set>
+#include <string>
 #include <vector>
 
 namespace tidwen::test {

@@ -1,4 +1,5 @@
 #include "support/temporary_folder.h"
+#include "posix/rooted_file_system.h"
 
 #include "support/trees.h"
 

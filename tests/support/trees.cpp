@@ -6,7 +6,9 @@
 #include <array>
 #include <fmt/format.h>
 #include <fstream>
+#include <functional>
 #include <sstream>
+#include <string_view>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 

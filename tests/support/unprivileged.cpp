@@ -1,5 +1,6 @@
 #include "support/unprivileged.h"
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <grp.h>

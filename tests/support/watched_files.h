@@ -1,12 +1,22 @@
 #pragma once
 
+#include "base/path.h"
+#include "base/stop_token.h"
 #include "platform/file_system.h"
+#include "posix/tree_ownership.h"
+#include "posix/tree_removal.h"
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
+#include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace tidwen::test {
 

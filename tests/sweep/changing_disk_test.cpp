@@ -1,17 +1,31 @@
 // Listings of applications, scans and sweeps on a disk that changes meanwhile, that is far larger than any
 // Mac's, or while they are stopped.
 
+#include "base/path.h"
+#include "base/property_list.h"
+#include "base/stop_token.h"
+#include "base/texts.h"
 #include "inventory/app_inventory.h"
 #include "inventory/installed_applications.h"
 #include "platform/file_code_signatures.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/installed_app.h"
+#include "scan/applications/installed_bundles.h"
 #include "scan/matching/residue_scanner.h"
+#include "scan/matching/trace.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/watched_files.h"
 #include "sweep/orphan_scanner.h"
 #include "volume/volume_sources.h"
 
+#include <filesystem>
 #include <fmt/core.h>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

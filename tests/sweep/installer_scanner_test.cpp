@@ -1,8 +1,13 @@
+#include "base/path.h"
+#include "scan/applications/installed_app.h"
 #include "sweep/installer_scanner.h"
 
 #include "support/fixtures.h"
 
+#include <cstdint>
 #include <gmock/gmock.h>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,8 +1,17 @@
+#include "base/path.h"
+#include "base/texts.h"
+#include "scan/applications/installed_app.h"
+#include "sweep/installer_scanner.h"
 #include "sweep/installers_model.h"
 
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/stand_ins.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 namespace {

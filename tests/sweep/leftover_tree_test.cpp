@@ -1,11 +1,23 @@
+#include "base/executor.h"
+#include "base/list_change.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 #include "support/matchers.h"
 #include "support/stand_ins.h"
 #include "support/temporary_folder.h"
+#include "sweep/leftover_filter.h"
 #include "sweep/leftover_tree.h"
 #include "sweep/sweep_state.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,6 +1,12 @@
 // Owners in use, whose items the sweep leaves alone.
 
+#include "base/path.h"
+#include "base/property_list.h"
 #include "sweep/orphan_scan_fixture.h"
+
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

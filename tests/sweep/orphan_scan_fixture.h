@@ -1,5 +1,11 @@
 #pragma once
 
+#include "base/path.h"
+#include "base/property_list.h"
+#include "base/stop_token.h"
+#include "platform/receipts.h"
+#include "scan/applications/installed_bundles.h"
+#include "scan/matching/trace.h"
 #include "sweep/orphan_scanner.h"
 
 #include "platform/budgeted_files.h"
@@ -7,6 +13,12 @@
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "volume/volume_sources.h"
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,4 +1,12 @@
+#include "base/path.h"
+#include "base/stop_token.h"
+#include "scan/matching/trace.h"
+#include "sweep/known_owners.h"
 #include "sweep/orphan_scan_fixture.h"
+#include "sweep/orphan_scanner.h"
+
+#include <string>
+#include <utility>
 
 namespace tidwen {
 namespace {

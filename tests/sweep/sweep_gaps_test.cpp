@@ -1,8 +1,21 @@
 // What could not be seen may have an owner and is not claimed.
 
+#include "base/path.h"
+#include "platform/budgeted_files.h"
+#include "platform/file_code_signatures.h"
+#include "platform/read_budget.h"
+#include "scan/applications/installed_bundles.h"
 #include "sweep/orphan_scan_fixture.h"
+#include "sweep/orphan_scanner.h"
+#include "sweep/sweep_gaps.h"
+#include "volume/volume_sources.h"
 
 #include "support/unprivileged.h"
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 namespace {

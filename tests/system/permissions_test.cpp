@@ -1,3 +1,7 @@
+#include "base/texts.h"
+#include "operations/permission_revoker.h"
+#include "scan/applications/app_target.h"
+#include "scan/permissions/permission_audit.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/stand_ins.h"
@@ -5,7 +9,11 @@
 #include "system/permissions_model.h"
 #include "system/permissions_sheet.h"
 
+#include <optional>
+#include <string>
 #include <sys/stat.h>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,3 +1,4 @@
+#include "base/path.h"
 #include "support/fixtures.h"
 #include "system/request_inbox.h"
 #include "system/uninstall_service.h"
@@ -5,9 +6,13 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <optional>
+#include <string>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace tidwen::test {
 namespace {

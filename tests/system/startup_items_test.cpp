@@ -1,3 +1,15 @@
+#include "app/widgets/words.h"
+#include "base/message.h"
+#include "base/path.h"
+#include "base/property_list.h"
+#include "base/texts.h"
+#include "platform/code_signatures.h"
+#include "platform/launchd.h"
+#include "scan/applications/installed_app.h"
+#include "scan/applications/installed_bundles.h"
+#include "scan/applications/protected_apps.h"
+#include "system/startup_item.h"
+#include "system/startup_item_scanner.h"
 #include "system/startup_items_model.h"
 
 #include "support/fixtures.h"
@@ -5,6 +17,14 @@
 #include "support/memory_defaults.h"
 #include "support/stand_ins.h"
 #include "support/unprivileged.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,4 +1,13 @@
+#include "base/executor.h"
+#include "base/path.h"
+#include "base/property_list.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
+#include "platform/login_item.h"
+#include "platform/notifications.h"
+#include "settings/app_preferences.h"
 #include "system/inbox_watcher.h"
+#include "system/request_inbox.h"
 #include "system/trash_catcher.h"
 
 #include "support/fixtures.h"
@@ -10,6 +19,12 @@
 #include "volume/volume_folder_events.h"
 
 #include <chrono>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,15 +1,25 @@
 // The ports that a running Mac answers with tools and a volume with files must agree: both implementations
 // fulfil the same contract.
 
+#include "base/path.h"
 #include "base/property_list.h"
 #include "operations/tool_launchd.h"
 #include "operations/tool_receipts.h"
 #include "operations/tool_system_extensions.h"
+#include "platform/process_runner.h"
+#include "platform/receipts.h"
+#include "platform/system_extensions.h"
+#include "platform/user_environment.h"
 #include "sample/bill_of_materials_writer.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/recording_tools.h"
 #include "volume/volume_sources.h"
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 namespace {

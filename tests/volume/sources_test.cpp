@@ -1,3 +1,8 @@
+#include "base/path.h"
+#include "platform/code_signatures.h"
+#include "platform/file_system.h"
+#include "platform/receipts.h"
+#include "platform/system_extensions.h"
 #include "volume/volume_sources.h"
 
 #include "base/property_list.h"
@@ -12,10 +17,14 @@
 #include "support/sqlite_bytes.h"
 #include "volume/privacy_database_editor.h"
 
+#include <chrono>
 #include <fmt/format.h>
 #include <functional>
+#include <optional>
+#include <string>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace tidwen {
 namespace {

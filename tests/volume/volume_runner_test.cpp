@@ -1,10 +1,19 @@
+#include "base/message.h"
+#include "base/path.h"
+#include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
+#include "scan/policy/path_policy.h"
 #include "volume/volume_runner.h"
 
 #include "support/fixtures.h"
 #include "support/sqlite_bytes.h"
 
+#include <filesystem>
 #include <gmock/gmock.h>
+#include <memory>
+#include <string>
 #include <sys/stat.h>
+#include <utility>
 
 namespace tidwen {
 namespace {

@@ -1,10 +1,16 @@
+#include "base/path.h"
+#include "platform/user_environment.h"
 #include "volume/volume_user.h"
 
 #include "base/property_list.h"
 #include "support/matchers.h"
 #include "support/temporary_folder.h"
 
+#include <optional>
+#include <string>
+#include <tuple>
 #include <unistd.h>
+#include <utility>
 
 namespace tidwen {
 namespace {

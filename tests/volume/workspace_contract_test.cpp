@@ -1,13 +1,22 @@
 // The contract of a workspace, for the desktop of the running Mac and for that of the machine with a volume.
 
+#include "base/message.h"
+#include "base/path.h"
 #include "host/file_manager.h"
 #include "operations/tool_workspace.h"
+#include "platform/file_system.h"
+#include "platform/process_runner.h"
+#include "platform/workspace.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/recording_tools.h"
 #include "volume/volume_workspace.h"
 
+#include <filesystem>
+#include <string>
+#include <string_view>
 #include <sys/stat.h>
+#include <utility>
 
 namespace tidwen {
 namespace {

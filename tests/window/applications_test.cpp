@@ -1,3 +1,4 @@
+#include "scan/policy/trace_category.h"
 #include "window/window_fixture.h"
 
 #include <QAction>
@@ -5,6 +6,7 @@
 #include <QListWidget>
 #include <QMenu>
 #include <QTest>
+#include <algorithm>
 #include <gmock/gmock.h>
 
 namespace tidwen {

@@ -6,7 +6,11 @@
 #include <QListWidget>
 #include <QMenu>
 #include <QTest>
+#include <algorithm>
+#include <filesystem>
 #include <gmock/gmock.h>
+#include <string>
+#include <variant>
 
 namespace tidwen {
 namespace {

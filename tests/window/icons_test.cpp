@@ -1,5 +1,6 @@
 #include "app/models/app_icons.h"
 #include "app/style/icns_image.h"
+#include "base/path.h"
 #include "sample/sample_volume.h"
 #include "window/window_fixture.h"
 
@@ -8,6 +9,9 @@
 #include <QtEndian>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <utility>
 
 namespace tidwen {
 namespace {

@@ -1,10 +1,14 @@
+#include "sweep/installers_model.h"
 #include "window/window_fixture.h"
 
 #include <QLineEdit>
 #include <QTest>
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
+#include <string>
+#include <variant>
 
 namespace tidwen {
 namespace {

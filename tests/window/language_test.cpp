@@ -1,7 +1,11 @@
 // The window in every language: nothing is lost when another is chosen, and nothing is cut at twice the size.
 
+#include "app/style/palette.h"
 #include "app/style/style.h"
+#include "base/path.h"
+#include "program/host_services.h"
 #include "program/resources.h"
+#include "settings/app_preferences.h"
 #include "window/mirrored_words.h"
 #include "window/window_fixture.h"
 
@@ -11,7 +15,11 @@
 #include <QTest>
 #include <QTextBoundaryFinder>
 #include <QTreeView>
+#include <functional>
 #include <gmock/gmock.h>
+#include <string>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -3,7 +3,9 @@
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
+#include <filesystem>
 #include <gmock/gmock.h>
+#include <variant>
 
 namespace tidwen {
 namespace {

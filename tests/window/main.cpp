@@ -1,3 +1,4 @@
+#include "app/style/palette.h"
 #include "app/style/style.h"
 #include "window/settings_of_nobody.h"
 

@@ -5,6 +5,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <string>
 
 namespace tidwen::test {
 

@@ -1,7 +1,9 @@
 // Draws every screen of the window on the sample volume: screenshots OUT. Call it offscreen.
 
+#include "app/style/palette.h"
 #include "app/style/style.h"
 #include "app/widgets/sheet.h"
+#include "base/message.h"
 #include "window/mirrored_words.h"
 #include "window/settings_of_nobody.h"
 #include "window/window_fixture.h"
@@ -11,6 +13,9 @@
 #include <QMenu>
 #include <QTest>
 #include <cstdio>
+#include <filesystem>
+#include <string>
+#include <variant>
 
 namespace {
 

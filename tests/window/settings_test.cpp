@@ -1,14 +1,23 @@
 #include "app/screens/settings/settings_sheet.h"
+#include "app/style/appearance.h"
+#include "app/style/palette.h"
 #include "app/style/style.h"
 #include "app/widgets/picker.h"
+#include "base/observable.h"
+#include "base/property_list.h"
+#include "scan/applications/protected_apps.h"
+#include "settings/app_preferences.h"
 #include "settings/file_defaults.h"
 #include "window/window_fixture.h"
 
 #include <QApplication>
 #include <QEvent>
 #include <QMenu>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <string>
 
 namespace tidwen {
 namespace {

@@ -1,11 +1,15 @@
 #include "app/shell/opened_files.h"
 #include "app/shell/standing_services.h"
+#include "base/path.h"
 #include "base/uuid.h"
+#include "system/request_inbox.h"
 #include "window_fixture.h"
 
 #include <QCoreApplication>
 #include <QFileOpenEvent>
 #include <gmock/gmock.h>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 namespace {

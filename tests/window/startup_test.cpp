@@ -1,10 +1,14 @@
 #include "app/models/card_row.h"
 #include "app/widgets/row_delegate.h"
+#include "base/message.h"
+#include "system/startup_items_model.h"
 #include "window/window_fixture.h"
 
 #include <QTest>
+#include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
+#include <variant>
 
 namespace tidwen {
 namespace {

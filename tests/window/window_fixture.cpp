@@ -1,4 +1,7 @@
 #include "window/window_fixture.h"
+#include "base/texts.h"
+#include "inventory/home_grid_model.h"
+#include "program/resources.h"
 
 #include "app/models/find_row.h"
 #include "sample/sample_volume.h"
@@ -8,6 +11,11 @@
 #include <QLabel>
 #include <QTest>
 #include <QTimer>
+
+#include <algorithm>
+#include <string>
+#include <variant>
+#include <vector>
 
 namespace tidwen::test {
 

@@ -1,13 +1,23 @@
 #pragma once
 
+#include "app/models/own_services.h"
+#include "app/models/spoken_language.h"
+#include "app/shell/mac_opener.h"
 #include "app/shell/main_loop.h"
 #include "app/shell/main_window.h"
+#include "base/executor.h"
+#include "base/log.h"
+#include "base/texts.h"
+#include "program/host_services.h"
+#include "removal/removal_flow_model.h"
 #include "support/temporary_folder.h"
 
 #include <QAbstractItemView>
 #include <QPushButton>
 #include <filesystem>
 #include <functional>
+#include <string>
+#include <vector>
 
 namespace tidwen::test {
 

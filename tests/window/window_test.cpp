@@ -4,7 +4,12 @@
 #include <QMimeData>
 #include <QTest>
 #include <QUrl>
+#include <algorithm>
+#include <filesystem>
 #include <gmock/gmock.h>
+#include <string>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -2,6 +2,7 @@
 
 #include "app/style/icns_image.h"
 #include "base/background_step.h"
+#include "base/path.h"
 
 namespace tidwen {
 

@@ -2,6 +2,7 @@
 
 #include "base/executor.h"
 #include "base/observable.h"
+#include "base/path.h"
 #include "platform/workspace.h"
 
 #include <QByteArray>

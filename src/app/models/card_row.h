@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/style/palette.h"
+
 #include <Qt>
 
 namespace tidwen {

@@ -2,8 +2,13 @@
 
 #include "app/widgets/words.h"
 #include "base/language.h"
+#include "base/texts.h"
+#include "quarantine/history.h"
 
 #include <QStringList>
+
+#include <string>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "base/observable.h"
+#include "base/texts.h"
+#include "quarantine/history.h"
 #include "quarantine/history_model.h"
 
 #include <QAbstractListModel>

@@ -2,9 +2,15 @@
 
 #include "app/widgets/words.h"
 #include "base/language.h"
+#include "base/list_change.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
+#include "inventory/home_grid.h"
 #include "inventory/last_use_text.h"
 
 #include <QStringList>
+
+#include <cstdint>
 
 namespace tidwen {
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "base/list_change.h"
 #include "base/observable.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
 #include "inventory/home_grid_model.h"
 
 #include <QAbstractListModel>

@@ -1,7 +1,12 @@
 #include "app/models/installer_list.h"
 
+#include "app/models/card_row.h"
 #include "app/widgets/words.h"
 #include "base/byte_sum.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
+#include "sweep/installer_scanner.h"
 
 #include <QStringList>
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "app/models/sectioned_list.h"
+#include "base/texts.h"
+#include "sweep/installer_scanner.h"
 #include "sweep/installers_model.h"
 
 namespace tidwen {

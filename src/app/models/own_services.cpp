@@ -1,5 +1,7 @@
 #include "app/models/own_services.h"
 
+#include "base/executor.h"
+#include "base/log.h"
 #include "program/update_settings.h"
 
 namespace tidwen {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "app/models/user_settings.h"
+#include "base/executor.h"
+#include "base/log.h"
 #include "host/curl_fetcher.h"
 #include "program/host_services.h"
 #include "services/updates_model.h"

@@ -1,6 +1,10 @@
 #include "app/models/permission_list.h"
 
+#include "app/models/card_row.h"
 #include "app/widgets/words.h"
+#include "scan/permissions/permission_audit.h"
+
+#include <string>
 
 namespace tidwen {
 

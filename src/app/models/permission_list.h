@@ -1,6 +1,8 @@
 #pragma once
 
 #include "app/models/sectioned_list.h"
+#include "base/texts.h"
+#include "scan/permissions/permission_audit.h"
 #include "system/permissions_sheet.h"
 
 namespace tidwen {

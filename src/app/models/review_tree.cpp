@@ -2,9 +2,17 @@
 
 #include "app/models/trace_words.h"
 #include "app/widgets/words.h"
+#include "base/texts.h"
+#include "base/uuid.h"
+#include "removal/chosen_items.h"
+#include "removal/removal_plan.h"
+#include "scan/matching/trace.h"
+#include "sweep/leftover_tree.h"
 
 #include <QStringList>
 #include <algorithm>
+#include <string>
+#include <variant>
 
 namespace tidwen {
 

@@ -1,10 +1,17 @@
 #pragma once
 
 #include "app/models/find_row.h"
+#include "base/texts.h"
+#include "base/uuid.h"
 #include "platform/user_environment.h"
 #include "removal/removal_flow_model.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
+#include "sweep/leftover_tree.h"
 
 #include <QAbstractItemModel>
+#include <cstdint>
+#include <string>
 #include <vector>
 
 namespace tidwen {

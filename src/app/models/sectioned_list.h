@@ -1,6 +1,8 @@
 #pragma once
 
 #include "app/models/card_row.h"
+#include "base/list_change.h"
+#include "base/observable.h"
 #include "base/observable_list.h"
 
 #include <QAbstractItemModel>

@@ -1,10 +1,15 @@
 #include "app/models/startup_list.h"
 
+#include "app/models/card_row.h"
 #include "app/widgets/words.h"
+#include "cli/labels.h"
+#include "system/startup_item.h"
 
 #include <QStringList>
 #include <algorithm>
 #include <array>
+#include <string>
+#include <variant>
 
 namespace tidwen {
 

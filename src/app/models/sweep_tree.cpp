@@ -2,9 +2,18 @@
 
 #include "app/models/trace_words.h"
 #include "app/widgets/words.h"
+#include "base/byte_sum.h"
+#include "base/list_change.h"
+#include "base/texts.h"
+#include "base/uuid.h"
+#include "removal/findings.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
+#include <string>
 
 namespace tidwen {
 

@@ -1,10 +1,19 @@
 #pragma once
 
 #include "app/models/find_row.h"
+#include "base/list_change.h"
+#include "base/observable.h"
+#include "base/texts.h"
+#include "base/uuid.h"
 #include "platform/user_environment.h"
+#include "removal/findings.h"
 #include "removal/removal_flow_model.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
+#include "sweep/sweep_state.h"
 
 #include <QAbstractItemModel>
+#include <cstdint>
 #include <utility>
 #include <vector>
 

@@ -3,10 +3,14 @@
 #include "app/models/find_row.h"
 #include "app/widgets/words.h"
 #include "base/byte_sum.h"
+#include "base/path.h"
+#include "scan/policy/trace_category.h"
 
 #include <QStringList>
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace tidwen {

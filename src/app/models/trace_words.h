@@ -1,11 +1,14 @@
 #pragma once
 
+#include "base/path.h"
 #include "base/texts.h"
 #include "platform/user_environment.h"
 #include "scan/matching/trace.h"
 
 #include <QString>
 #include <QVariant>
+
+#include <cstdint>
 
 /// How one find is shown.
 namespace tidwen {

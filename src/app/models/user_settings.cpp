@@ -1,5 +1,8 @@
 #include "app/models/user_settings.h"
 
+#include "base/executor.h"
+#include "platform/defaults.h"
+
 namespace tidwen {
 
 UserSettings::UserSettings(Defaults& defaults, Executor& main, std::vector<std::string> languages)

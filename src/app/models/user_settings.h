@@ -1,5 +1,9 @@
 #pragma once
 
+#include "base/executor.h"
+#include "base/message.h"
+#include "base/observable.h"
+#include "platform/defaults.h"
 #include "program/settings_follower.h"
 #include "scan/applications/protected_apps.h"
 #include "settings/app_preferences.h"

@@ -1,6 +1,7 @@
 #include "app/shell/mac_opener.h"
 
 #include "base/background_step.h"
+#include "base/log.h"
 #include "base/uuid.h"
 #include "program/host_services.h"
 #include "program/volume_mac.h"

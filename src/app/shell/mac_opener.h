@@ -1,8 +1,10 @@
 #pragma once
 
 #include "base/executor.h"
+#include "base/log.h"
 #include "base/message.h"
 #include "base/texts.h"
+#include "program/mac.h"
 #include "program/running_mac.h"
 #include "settings/recent_volumes.h"
 

@@ -10,20 +10,34 @@
 #include "app/screens/report/report_screen.h"
 #include "app/screens/review/review_screen.h"
 #include "app/screens/startup/startup_screen.h"
+#include "app/style/metrics.h"
+#include "app/widgets/list_screen.h"
 #include "app/widgets/motion.h"
 #include "app/widgets/notice.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
 #include "base/background_step.h"
+#include "base/executor.h"
 #include "base/language.h"
+#include "base/path.h"
+#include "platform/workspace.h"
 #include "program/host_paths.h"
+#include "removal/flow_types.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/installed_app.h"
+#include "scan/matching/trace.h"
 #include "sweep/location_sweep.h"
+#include "system/startup_items_model.h"
 
 #include <QBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QStackedWidget>
+
+#include <string>
+#include <utility>
+#include <variant>
 
 namespace tidwen {
 

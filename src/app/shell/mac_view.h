@@ -2,11 +2,21 @@
 
 #include "app/shell/open_mac.h"
 #include "app/shell/sidebar.h"
+#include "base/executor.h"
+#include "base/observable.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "base/uuid.h"
+#include "platform/workspace.h"
+#include "removal/flow_types.h"
+#include "scan/applications/app_target.h"
 
 #include <QPointer>
 #include <QWidget>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 #include <vector>
 
 class QBoxLayout;

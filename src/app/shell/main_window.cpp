@@ -7,10 +7,16 @@
 #include "app/shell/drop_veil.h"
 #include "app/shell/dropped_items.h"
 #include "app/shell/kept_views.h"
+#include "app/shell/open_mac.h"
 #include "app/shell/standing_services.h"
 #include "app/shell/system_chooser.h"
 #include "app/style/metrics.h"
 #include "app/widgets/words.h"
+#include "base/path.h"
+#include "platform/workspace.h"
+#include "program/running_mac.h"
+#include "settings/recent_volumes.h"
+#include "system/permissions_model.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -19,6 +25,8 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <algorithm>
+#include <functional>
+#include <string>
 #include <utility>
 
 namespace tidwen {

@@ -4,13 +4,23 @@
 #include "app/models/spoken_language.h"
 #include "app/shell/mac_opener.h"
 #include "app/shell/mac_view.h"
+#include "app/shell/open_mac.h"
 #include "app/style/appearance.h"
+#include "base/executor.h"
+#include "base/observable.h"
+#include "base/texts.h"
+#include "platform/workspace.h"
 #include "program/resources.h"
+#include "program/running_mac.h"
+#include "system/permissions_model.h"
+#include "system/request_inbox.h"
 
 #include <QMainWindow>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace tidwen {

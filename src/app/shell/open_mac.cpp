@@ -1,5 +1,10 @@
 #include "app/shell/open_mac.h"
 
+#include "base/executor.h"
+#include "scan/applications/installed_bundles.h"
+
+#include <variant>
+
 namespace tidwen {
 
 OpenMac::OpenMac(MacOpener::Opened opened, Executor& main)

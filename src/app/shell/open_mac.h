@@ -3,7 +3,11 @@
 #include "app/models/app_icons.h"
 #include "app/shell/mac_opener.h"
 #include "app/shell/volume_presence.h"
+#include "base/executor.h"
+#include "platform/system.h"
 #include "program/session.h"
+#include "removal/removal_flow_model.h"
+#include "removal/startup_chores.h"
 
 #include <memory>
 #include <optional>

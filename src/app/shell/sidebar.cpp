@@ -1,14 +1,18 @@
 #include "app/shell/sidebar.h"
 
 #include "app/shell/sidebar_item.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/words.h"
 #include "base/language.h"
+#include "program/mac.h"
 
 #include <QBoxLayout>
 #include <QLabel>
 #include <QMenu>
 #include <algorithm>
+#include <cstdint>
 
 namespace tidwen {
 

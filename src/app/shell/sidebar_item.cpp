@@ -2,6 +2,7 @@
 
 #include "app/style/icons.h"
 #include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/style/style.h"
 
 #include <QPainter>

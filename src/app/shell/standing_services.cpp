@@ -1,5 +1,7 @@
 #include "app/shell/standing_services.h"
 
+#include "base/path.h"
+#include "system/request_inbox.h"
 #include "system/uninstall_service.h"
 #ifdef __APPLE__
 #include "macos/services_provider.h"

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "base/observable.h"
+#include "base/path.h"
 #include "program/session.h"
+#include "system/inbox_watcher.h"
+#include "system/request_inbox.h"
 
 #include <functional>
 #include <memory>

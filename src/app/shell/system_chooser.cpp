@@ -1,11 +1,15 @@
 #include "app/shell/system_chooser.h"
 
 #include "app/style/icons.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
 #include "base/background_step.h"
+#include "program/running_mac.h"
 #include "program/this_mac.h"
+#include "settings/recent_volumes.h"
 
 #include <QBoxLayout>
 #include <QFileDialog>
@@ -13,6 +17,12 @@
 #include <QListWidget>
 #include <QMenu>
 #include <QPushButton>
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 

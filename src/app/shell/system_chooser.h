@@ -1,9 +1,20 @@
 #pragma once
 
 #include "app/shell/mac_opener.h"
+#include "base/executor.h"
+#include "base/texts.h"
+#include "program/running_mac.h"
+#include "settings/recent_volumes.h"
 
 #include <QObject>
 #include <QPointer>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 class QAction;
 class QMenu;

@@ -1,6 +1,7 @@
 #include "app/shell/volume_presence.h"
 
 #include "base/background_step.h"
+#include "base/path.h"
 
 #include <utility>
 

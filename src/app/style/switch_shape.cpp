@@ -1,6 +1,7 @@
 #include "app/style/switch_shape.h"
 
 #include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/style/style.h"
 
 #include <QPainter>

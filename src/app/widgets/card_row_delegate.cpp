@@ -3,8 +3,11 @@
 #include "app/models/app_icons.h"
 #include "app/models/card_row.h"
 #include "app/style/icons.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/style/style.h"
 #include "app/style/switch_shape.h"
+#include "base/path.h"
 
 #include <QAbstractItemView>
 #include <QPainter>

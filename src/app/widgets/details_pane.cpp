@@ -1,15 +1,20 @@
 #include "app/widgets/details_pane.h"
 
 #include "app/models/trace_words.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/style/risk_roles.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/words.h"
+#include "base/path.h"
 
 #include <QApplication>
 #include <QBoxLayout>
 #include <QClipboard>
 #include <QLabel>
 #include <QPushButton>
+
+#include <variant>
 
 namespace tidwen {
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/widgets/panel.h"
+#include "base/path.h"
 #include "base/texts.h"
 #include "platform/user_environment.h"
 #include "scan/matching/trace.h"

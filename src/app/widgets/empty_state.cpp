@@ -1,6 +1,8 @@
 #include "app/widgets/empty_state.h"
 
 #include "app/style/icons.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/style/style.h"
 #include "app/widgets/parts.h"
 

@@ -2,8 +2,12 @@
 
 #include "app/models/find_row.h"
 #include "app/style/icons.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/style/risk_roles.h"
 #include "app/style/style.h"
+#include "app/widgets/words.h"
+#include "scan/matching/trace.h"
 
 #include <QPainter>
 

@@ -1,5 +1,6 @@
 #include "app/widgets/list_screen.h"
 
+#include "app/style/metrics.h"
 #include "app/widgets/empty_state.h"
 #include "app/widgets/notice.h"
 #include "app/widgets/panel.h"

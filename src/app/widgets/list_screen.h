@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/widgets/row_delegate.h"
 #include "app/widgets/row_view.h"
 #include "base/texts.h"
 

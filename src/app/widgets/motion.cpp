@@ -1,6 +1,7 @@
 #include "app/widgets/motion.h"
 
 #include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/style/style.h"
 
 #include <QGuiApplication>

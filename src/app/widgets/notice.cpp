@@ -1,10 +1,14 @@
 #include "app/widgets/notice.h"
 
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/parts.h"
 
 #include <QBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+
+#include <optional>
 
 namespace tidwen {
 

@@ -1,7 +1,9 @@
 #include "app/widgets/panel.h"
 
+#include "app/style/metrics.h"
 #include "app/style/style.h"
 #include "app/widgets/parts.h"
+#include "base/language.h"
 
 #include <QBoxLayout>
 #include <QPainter>

@@ -1,6 +1,7 @@
 #include "app/widgets/progress_ring.h"
 
 #include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/style/style.h"
 
 #include <QPainter>

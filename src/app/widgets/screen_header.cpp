@@ -1,5 +1,7 @@
 #include "app/widgets/screen_header.h"
 
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/parts.h"
 
 #include <QBoxLayout>

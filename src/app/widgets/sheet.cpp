@@ -1,5 +1,6 @@
 #include "app/widgets/sheet.h"
 
+#include "app/style/metrics.h"
 #include "app/style/style.h"
 #include "app/widgets/motion.h"
 #include "app/widgets/panel.h"

@@ -1,5 +1,6 @@
 #include "app/widgets/toggle.h"
 
+#include "app/style/palette.h"
 #include "app/style/style.h"
 #include "app/style/switch_shape.h"
 

@@ -1,12 +1,29 @@
+#include "base/byte_sum.h"
 #include "base/executor.h"
+#include "base/message.h"
+#include "base/timestamp.h"
+#include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/json/output.h"
 #include "cli/labels.h"
 #include "cli/table.h"
+#include "inventory/home_grid.h"
+#include "inventory/home_grid_model.h"
+#include "platform/defaults.h"
+#include "program/mac.h"
 #include "program/session.h"
+#include "scan/applications/installed_app.h"
+#include "scan/applications/installed_bundles.h"
+#include "scan/applications/protected_apps.h"
+#include "settings/app_preferences.h"
+#include "settings/app_tags.h"
 
 #include <algorithm>
+#include <string>
+#include <string_view>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 

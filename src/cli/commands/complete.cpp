@@ -1,13 +1,19 @@
 #include "base/text.h"
+#include "base/timestamp.h"
 #include "cli/command.h"
 #include "cli/commands/startup_labels.h"
 #include "cli/commands/terminal_history.h"
 #include "cli/console.h"
 #include "cli/labels.h"
 #include "inventory/installed_applications.h"
+#include "platform/defaults.h"
+#include "program/mac.h"
 #include "program/resources.h"
+#include "scan/matching/trace.h"
 #include "settings/app_preferences.h"
 #include "settings/app_tags.h"
+
+#include <string>
 
 namespace tidwen {
 

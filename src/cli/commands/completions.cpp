@@ -1,3 +1,5 @@
+#include "base/texts.h"
+#include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/help.h"
@@ -6,6 +8,9 @@
 #include <algorithm>
 #include <fmt/core.h>
 #include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,5 +1,9 @@
 #include "cli/commands/confirmed_removal.h"
 
+#include "base/message.h"
+#include "base/path.h"
+#include "base/uuid.h"
+#include "cli/arguments.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/commands/removal_output.h"
 #include "cli/commands/review_note.h"
@@ -7,9 +11,22 @@
 #include "cli/incomplete_output.h"
 #include "cli/json/output.h"
 #include "cli/selection.h"
+#include "operations/removal_operation.h"
+#include "program/host_paths.h"
+#include "program/mac.h"
+#include "quarantine/manifest.h"
+#include "quarantine/quarantine_layout.h"
+#include "removal/removal_choice.h"
+#include "removal/removal_flow_model.h"
+#include "removal/removal_plan.h"
+#include "removal/removal_refusal.h"
 #include "removal/removal_texts.h"
+#include "sweep/leftover_filter.h"
 
 #include <algorithm>
+#include <optional>
+#include <string_view>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

@@ -1,9 +1,15 @@
 #pragma once
 
+#include "base/message.h"
+#include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/flow_session.h"
+#include "operations/removal_operation.h"
+#include "program/mac.h"
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tidwen {

@@ -1,3 +1,6 @@
+#include "quarantine/history.h"
+#include "base/byte_sum.h"
+#include "base/timestamp.h"
 #include "cli/command.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/commands/terminal_history.h"
@@ -5,8 +8,15 @@
 #include "cli/json/output.h"
 #include "cli/labels.h"
 #include "cli/table.h"
+#include "platform/file_system.h"
+#include "program/mac.h"
+#include "quarantine/run_items.h"
+#include "quarantine/unfinished_run.h"
 
 #include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,11 +1,20 @@
 #include "base/executor.h"
+#include "cli/command.h"
 #include "cli/commands/confirmed_removal.h"
 #include "cli/console.h"
+#include "cli/flow_session.h"
 #include "cli/incomplete_output.h"
 #include "cli/json/sweep.h"
 #include "cli/labels.h"
 #include "cli/table.h"
+#include "operations/removal_operation.h"
+#include "program/mac.h"
 #include "program/session.h"
+#include "scan/applications/installed_bundles.h"
+#include "scan/matching/trace.h"
+#include "sweep/installer_scanner.h"
+
+#include <vector>
 
 namespace tidwen {
 

@@ -1,6 +1,13 @@
 #include "cli/commands/numbered_history.h"
 
+#include "base/message.h"
+#include "base/path.h"
 #include "cli/console.h"
+#include "platform/file_system.h"
+#include "program/mac.h"
+#include "quarantine/history.h"
+#include "quarantine/manifest.h"
+#include "quarantine/unfinished_run.h"
 
 #include <algorithm>
 

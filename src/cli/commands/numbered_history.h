@@ -1,7 +1,11 @@
 #pragma once
 
+#include "base/message.h"
+#include "base/path.h"
 #include "cli/command.h"
 #include "cli/commands/terminal_history.h"
+#include "program/mac.h"
+#include "quarantine/manifest.h"
 
 #include <optional>
 #include <string>

@@ -1,13 +1,26 @@
+#include "base/byte_sum.h"
+#include "base/message.h"
+#include "cli/arguments.h"
+#include "cli/command.h"
 #include "cli/commands/confirmed_removal.h"
 #include "cli/console.h"
+#include "cli/flow_session.h"
 #include "cli/incomplete_output.h"
 #include "cli/json/sweep.h"
 #include "cli/labels.h"
 #include "cli/selection.h"
 #include "cli/table.h"
+#include "operations/removal_operation.h"
+#include "program/mac.h"
 #include "scan/applications/protected_apps.h"
+#include "scan/matching/trace.h"
+#include "sweep/leftover_filter.h"
+#include "sweep/orphan_scanner.h"
 
 #include <algorithm>
+#include <string_view>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,5 +1,9 @@
 #include "base/executor.h"
+#include "base/message.h"
+#include "base/path.h"
 #include "base/text.h"
+#include "base/texts.h"
+#include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/commands/confirmed_removal.h"
 #include "cli/console.h"
@@ -7,11 +11,24 @@
 #include "cli/json/startup.h"
 #include "cli/table.h"
 #include "inventory/installed_applications.h"
+#include "operations/permission_revoker.h"
+#include "program/host_paths.h"
+#include "program/mac.h"
+#include "program/session.h"
+#include "scan/applications/app_target.h"
 #include "scan/applications/identifier_form.h"
+#include "scan/applications/installed_bundles.h"
+#include "scan/permissions/permission_audit.h"
 #include "system/permissions_model.h"
 #include "system/permissions_sheet.h"
 
 #include <algorithm>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,6 +1,8 @@
 // The commands for the user's settings: protect, tags, settings.
 
+#include "base/message.h"
 #include "base/text.h"
+#include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/intake.h"
@@ -8,16 +10,24 @@
 #include "cli/suggestion.h"
 #include "cli/table.h"
 #include "inventory/installed_applications.h"
+#include "platform/login_item.h"
+#include "program/host_paths.h"
+#include "program/mac.h"
 #include "program/resources.h"
 #include "scan/applications/identifier_form.h"
 #include "scan/applications/protected_apps.h"
+#include "scan/matching/other_applications.h"
 #include "services/update_feed.h"
 #include "settings/app_preferences.h"
 #include "settings/app_tags.h"
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 

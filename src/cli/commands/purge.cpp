@@ -1,12 +1,25 @@
+#include "base/message.h"
+#include "base/path.h"
+#include "cli/arguments.h"
+#include "cli/command.h"
 #include "cli/commands/confirmed_removal.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/commands/terminal_history.h"
 #include "cli/console.h"
 #include "cli/json/services.h"
 #include "cli/labels.h"
+#include "platform/file_system.h"
+#include "program/mac.h"
+#include "quarantine/history.h"
+#include "quarantine/quarantine_purge.h"
+#include "quarantine/unfinished_run.h"
 #include "settings/app_preferences.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 

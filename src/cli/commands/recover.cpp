@@ -1,5 +1,7 @@
 #include "base/executor.h"
 #include "base/followed_work.h"
+#include "base/path.h"
+#include "base/timestamp.h"
 #include "cli/command.h"
 #include "cli/commands/lock_refusal.h"
 #include "cli/commands/numbered_history.h"
@@ -7,10 +9,18 @@
 #include "cli/end_signals.h"
 #include "cli/json/output.h"
 #include "cli/labels.h"
+#include "platform/file_system.h"
+#include "platform/system.h"
+#include "program/mac.h"
+#include "quarantine/history.h"
+#include "quarantine/manifest.h"
 #include "quarantine/recovery.h"
 #include "quarantine/trash_lock.h"
+#include "quarantine/unfinished_run.h"
 
+#include <memory>
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace tidwen {

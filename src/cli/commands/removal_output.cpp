@@ -1,13 +1,25 @@
 #include "cli/commands/removal_output.h"
 
+#include "base/byte_sum.h"
+#include "base/path.h"
 #include "cli/console.h"
 #include "cli/labels.h"
 #include "cli/table.h"
+#include "operations/privileged_runner.h"
+#include "operations/removal_operation.h"
 #include "operations/stepwise_run.h"
+#include "program/mac.h"
+#include "removal/chosen_items.h"
+#include "removal/removal_report.h"
+#include "removal/stay_reason.h"
 #include "scan/matching/default_selection.h"
+#include "scan/matching/trace.h"
+#include "scan/permissions/permission_audit.h"
+#include "scan/policy/trace_category.h"
 
 #include <algorithm>
 #include <functional>
+#include <variant>
 
 namespace tidwen {
 

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "cli/command.h"
+#include "operations/removal_operation.h"
+#include "program/mac.h"
 #include "quarantine/quarantine_layout.h"
 #include "removal/removal_choice.h"
+#include "removal/removal_report.h"
 #include "removal/removal_texts.h"
 
 #include <optional>

@@ -1,4 +1,11 @@
+#include "cli/arguments.h"
+#include "cli/command.h"
 #include "cli/commands/confirmed_removal.h"
+#include "cli/flow_session.h"
+#include "operations/removal_operation.h"
+#include "program/mac.h"
+
+#include <string_view>
 
 namespace tidwen {
 

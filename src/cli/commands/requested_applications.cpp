@@ -1,9 +1,19 @@
 #include "cli/commands/requested_applications.h"
 
+#include "base/path.h"
 #include "cli/console.h"
 #include "cli/intake.h"
 #include "cli/json/services.h"
+#include "program/host_paths.h"
+#include "program/mac.h"
 #include "program/resources.h"
+#include "scan/applications/app_target.h"
+#include "scan/applications/protected_apps.h"
+#include "scan/matching/other_applications.h"
+#include "system/request_inbox.h"
+
+#include <optional>
+#include <string>
 
 namespace tidwen {
 

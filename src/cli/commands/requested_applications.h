@@ -1,7 +1,12 @@
 #pragma once
 
+#include "base/path.h"
 #include "cli/command.h"
+#include "program/mac.h"
 #include "program/session.h"
+#include "scan/applications/app_target.h"
+#include "system/inbox_watcher.h"
+#include "system/request_inbox.h"
 
 #include <memory>
 #include <vector>

@@ -1,9 +1,17 @@
+#include "base/path.h"
+#include "cli/arguments.h"
+#include "cli/command.h"
 #include "cli/commands/requested_applications.h"
 #include "cli/console.h"
 #include "cli/intake.h"
 #include "cli/json/services.h"
 #include "inventory/installed_applications.h"
+#include "program/host_paths.h"
+#include "program/mac.h"
 #include "system/uninstall_service.h"
+
+#include <string>
+#include <vector>
 
 namespace tidwen {
 

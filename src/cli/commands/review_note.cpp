@@ -1,7 +1,12 @@
 #include "cli/commands/review_note.h"
 
+#include "cli/arguments.h"
 #include "cli/console.h"
+#include "platform/defaults.h"
+#include "platform/review_prompt.h"
 #include "services/review_reminder.h"
+
+#include <string>
 
 namespace tidwen {
 

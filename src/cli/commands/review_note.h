@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/command.h"
+#include "platform/defaults.h"
 
 namespace tidwen {
 

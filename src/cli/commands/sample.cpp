@@ -1,9 +1,14 @@
 #include "base/byte_sum.h"
+#include "base/path.h"
+#include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/json/output.h"
 #include "sample/sample_contents.h"
 #include "sample/sample_volume.h"
+
+#include <cstdint>
+#include <string>
 
 namespace tidwen {
 

@@ -1,3 +1,5 @@
+#include "base/byte_sum.h"
+#include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/flow_session.h"
@@ -6,12 +8,26 @@
 #include "cli/json/output.h"
 #include "cli/labels.h"
 #include "cli/table.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
+#include "program/mac.h"
+#include "removal/target_intake.h"
+#include "scan/applications/protected_apps.h"
 #include "scan/matching/default_selection.h"
+#include "scan/matching/scan_result.h"
+#include "scan/matching/trace.h"
+#include "scan/permissions/permission_audit.h"
+#include "scan/policy/removability.h"
+#include "scan/policy/trace_category.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <iterator>
 #include <map>
+#include <string>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 

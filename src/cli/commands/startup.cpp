@@ -1,16 +1,31 @@
 #include "cli/json/startup.h"
 #include "base/executor.h"
+#include "base/message.h"
+#include "cli/arguments.h"
+#include "cli/command.h"
 #include "cli/commands/confirmed_removal.h"
 #include "cli/commands/startup_labels.h"
 #include "cli/console.h"
+#include "cli/flow_session.h"
 #include "cli/incomplete_output.h"
 #include "cli/suggestion.h"
 #include "cli/table.h"
+#include "operations/removal_operation.h"
+#include "program/mac.h"
 #include "program/session.h"
+#include "scan/applications/installed_bundles.h"
+#include "scan/matching/trace.h"
 #include "sweep/location_sweep.h"
+#include "system/startup_item.h"
+#include "system/startup_items_model.h"
 
 #include <algorithm>
 #include <map>
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 

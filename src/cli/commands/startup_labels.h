@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/command.h"
+#include "program/mac.h"
 
 #include <string>
 #include <vector>

@@ -1,9 +1,20 @@
 #include "cli/commands/terminal_history.h"
 
+#include "base/message.h"
+#include "base/path.h"
 #include "cli/console.h"
 #include "cli/end_signals.h"
 #include "cli/labels.h"
+#include "program/mac.h"
 #include "program/session.h"
+#include "quarantine/history.h"
+#include "quarantine/manifest.h"
+#include "quarantine/quarantine_purge.h"
+#include "quarantine/run_items.h"
+#include "quarantine/undo_service.h"
+#include "quarantine/unfinished_run.h"
+
+#include <functional>
 
 namespace tidwen {
 

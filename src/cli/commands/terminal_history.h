@@ -1,10 +1,23 @@
 #pragma once
 
 #include "base/executor.h"
+#include "base/message.h"
+#include "base/path.h"
 #include "cli/command.h"
+#include "platform/file_system.h"
+#include "program/mac.h"
+#include "quarantine/history.h"
 #include "quarantine/history_model.h"
+#include "quarantine/manifest.h"
+#include "quarantine/quarantine_purge.h"
+#include "quarantine/run_items.h"
 #include "quarantine/run_lookup.h"
+#include "quarantine/undo_run.h"
+#include "quarantine/undo_service.h"
+#include "quarantine/unfinished_run.h"
 
+#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <tl/expected.hpp>

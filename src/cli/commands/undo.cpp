@@ -1,11 +1,20 @@
+#include "base/message.h"
+#include "base/path.h"
+#include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/commands/terminal_history.h"
 #include "cli/console.h"
 #include "cli/json/output.h"
 #include "cli/table.h"
+#include "program/mac.h"
+#include "quarantine/run_items.h"
+#include "quarantine/undo_service.h"
 
 #include <algorithm>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,11 +1,17 @@
 #include "base/executor.h"
+#include "base/timestamp.h"
+#include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/json/services.h"
 #include "program/update_settings.h"
+#include "services/update_feed.h"
 #include "services/updates_model.h"
+#include "settings/app_preferences.h"
 
 #include <sstream>
+#include <string>
+#include <string_view>
 
 namespace tidwen {
 

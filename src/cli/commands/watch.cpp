@@ -7,7 +7,17 @@
 #include "cli/flow_session.h"
 #include "cli/json/services.h"
 #include "cli/labels.h"
+#include "platform/notifications.h"
+#include "program/mac.h"
 #include "program/session.h"
+#include "quarantine/manifest.h"
+#include "scan/applications/installed_bundles.h"
+#include "settings/app_preferences.h"
+#include "system/trash_catcher.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,9 +1,18 @@
 #include "cli/json/output.h"
 
 #include "base/json.h"
+#include "base/path.h"
+#include "base/problem.h"
 #include "base/timestamp.h"
 #include "cli/json/records.h"
+#include "operations/privileged_runner.h"
+#include "quarantine/manifest.h"
+#include "quarantine/run_items.h"
+#include "scan/applications/bundle_coverage.h"
 #include "scan/matching/default_selection.h"
+#include "scan/matching/trace.h"
+
+#include <optional>
 
 namespace tidwen::json {
 

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "base/path.h"
 #include "base/texts.h"
 #include "operations/removal_operation.h"
 #include "quarantine/history.h"
+#include "quarantine/manifest.h"
+#include "quarantine/run_items.h"
 #include "quarantine/undo_service.h"
 #include "quarantine/unfinished_run.h"
 #include "removal/removal_report.h"
@@ -12,7 +15,9 @@
 #include "scan/matching/scan_result.h"
 #include "settings/app_tags.h"
 
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 

@@ -1,5 +1,13 @@
 #include "cli/json/records.h"
 
+#include "base/path.h"
+#include "base/timestamp.h"
+#include "scan/applications/launch_item.h"
+
+#include <string>
+#include <string_view>
+#include <variant>
+
 namespace tidwen::json {
 
 namespace {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/path.h"
 #include "operations/removal_operation.h"
 #include "scan/applications/app_target.h"
 #include "scan/applications/installed_app.h"
@@ -7,6 +8,7 @@
 #include "scan/permissions/permission_audit.h"
 
 #include <nlohmann/json.hpp>
+#include <optional>
 
 /// The records inside the documents of json/output.h, as JSON values.
 namespace tidwen::json {

@@ -1,7 +1,11 @@
 #include "cli/json/services.h"
 
 #include "base/json.h"
+#include "base/path.h"
+#include "base/timestamp.h"
 #include "cli/json/records.h"
+
+#include <string_view>
 
 namespace tidwen::json {
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/path.h"
 #include "cli/console.h"
 #include "quarantine/quarantine_purge.h"
 #include "quarantine/unfinished_run.h"
@@ -8,6 +9,7 @@
 #include "system/trash_catcher.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// Documents of the purge, the watch, the inbox and the update check; for their format see json/output.h.

@@ -1,7 +1,11 @@
 #include "cli/json/startup.h"
 
 #include "base/json.h"
+#include "base/path.h"
 #include "cli/json/records.h"
+#include "system/startup_item.h"
+
+#include <variant>
 
 namespace tidwen::json {
 

@@ -1,7 +1,12 @@
 #include "cli/json/sweep.h"
 
+#include "base/path.h"
+#include "base/timestamp.h"
 #include "cli/json/records.h"
 #include "scan/matching/default_selection.h"
+#include "sweep/sweep_gaps.h"
+
+#include <vector>
 
 namespace tidwen::json {
 

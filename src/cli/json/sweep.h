@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/json.h"
+#include "base/path.h"
 #include "sweep/installer_scanner.h"
 #include "sweep/orphan_scanner.h"
 

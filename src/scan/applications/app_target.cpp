@@ -2,6 +2,7 @@
 
 #include "base/text.h"
 #include "platform/code_signatures.h"
+#include "platform/file_system.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/shared_names.h"
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/path.h"
+#include "platform/file_system.h"
 #include "scan/applications/launch_item.h"
 
 #include <optional>

@@ -1,5 +1,6 @@
 #include "scan/applications/bundle.h"
 
+#include "base/path.h"
 #include "base/text.h"
 #include "platform/file_absence.h"
 #include "platform/property_list_file.h"

@@ -1,14 +1,18 @@
 #include "scan/applications/bundle_contents.h"
 
+#include "base/path.h"
 #include "platform/budgeted_files.h"
 #include "platform/file_absence.h"
 #include "scan/applications/bundle.h"
+#include "scan/applications/launch_item.h"
 
 #include <algorithm>
 #include <array>
 #include <iterator>
 #include <set>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace tidwen {
 namespace {

@@ -1,10 +1,12 @@
 #include "scan/applications/bundle_icon.h"
 
+#include "base/path.h"
 #include "platform/workspace.h"
 #include "scan/applications/bundle.h"
 
 #include <optional>
 #include <string_view>
+#include <tl/expected.hpp>
 
 namespace tidwen {
 

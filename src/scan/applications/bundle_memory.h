@@ -1,12 +1,19 @@
 #pragma once
 
+#include "base/path.h"
+#include "platform/file_system.h"
+#include "platform/read_budget.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/owning_bundle.h"
 #include "scan/applications/read_trail.h"
 
+#include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 

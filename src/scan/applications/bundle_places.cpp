@@ -1,5 +1,6 @@
 #include "scan/applications/bundle_places.h"
 
+#include "base/path.h"
 #include "platform/file_absence.h"
 
 #include <algorithm>

@@ -1,13 +1,19 @@
 #include "scan/applications/bundle_search.h"
 
 #include "base/parallel.h"
+#include "base/path.h"
 #include "platform/budgeted_files.h"
 #include "platform/file_absence.h"
+#include "platform/read_budget.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/job_program.h"
+#include "scan/applications/read_trail.h"
 
+#include <memory>
+#include <optional>
 #include <set>
+#include <string>
 
 namespace tidwen {
 namespace {

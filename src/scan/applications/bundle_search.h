@@ -1,7 +1,9 @@
 #pragma once
 
+#include "base/path.h"
 #include "base/stop_token.h"
 #include "platform/file_system.h"
+#include "platform/read_budget.h"
 #include "scan/applications/bundle_memory.h"
 #include "scan/applications/bundle_places.h"
 

@@ -1,8 +1,12 @@
 #include "scan/applications/container_identity.h"
 
+#include "base/path.h"
+#include "base/property_list.h"
 #include "platform/budgeted_files.h"
 #include "platform/file_absence.h"
 #include "platform/property_list_file.h"
+
+#include <string_view>
 
 namespace tidwen {
 

@@ -1,14 +1,20 @@
+#include "base/path.h"
+#include "base/stop_token.h"
 #include "base/text.h"
 #include "platform/file_absence.h"
+#include "platform/file_system.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/shared_names.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <set>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {

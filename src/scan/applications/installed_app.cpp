@@ -1,5 +1,8 @@
 #include "scan/applications/installed_app.h"
 
+#include "base/path.h"
+#include "platform/code_signatures.h"
+#include "platform/file_system.h"
 #include "scan/applications/bundle.h"
 
 namespace tidwen {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "base/path.h"
 #include "base/timestamp.h"
+#include "platform/code_signatures.h"
+#include "platform/file_system.h"
 #include "scan/applications/app_target.h"
 
 #include <cstdint>

@@ -1,17 +1,22 @@
 #include "scan/applications/installed_bundles.h"
 
 #include "base/parallel.h"
+#include "base/path.h"
 #include "platform/budgeted_files.h"
 #include "platform/budgeted_sources.h"
 #include "platform/file_absence.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/bundle_contents.h"
 #include "scan/applications/bundle_memory.h"
+#include "scan/applications/bundle_places.h"
 #include "scan/applications/bundle_search.h"
+#include "scan/applications/read_trail.h"
 
 #include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <optional>
+#include <string>
 
 namespace tidwen {
 namespace {

@@ -1,10 +1,12 @@
 #include "scan/applications/job_program.h"
 
+#include "base/path.h"
 #include "base/text.h"
 #include "platform/file_absence.h"
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 
 namespace tidwen {
 namespace {

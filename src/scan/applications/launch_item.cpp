@@ -1,11 +1,14 @@
 #include "scan/applications/launch_item.h"
 
+#include "base/property_list.h"
+#include "base/stop_token.h"
 #include "base/text.h"
 #include "platform/budgeted_files.h"
 #include "platform/file_absence.h"
 #include "platform/property_list_file.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace tidwen {
 namespace {

@@ -1,7 +1,10 @@
 #include "scan/applications/protected_apps.h"
 
+#include "base/message.h"
+#include "base/property_list.h"
 #include "base/text.h"
 
+#include <optional>
 #include <utility>
 
 namespace tidwen {

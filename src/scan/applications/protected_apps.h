@@ -1,10 +1,12 @@
 #pragma once
 
 #include "base/letter_case.h"
+#include "base/message.h"
 #include "base/observable.h"
 #include "platform/defaults.h"
 #include "scan/applications/app_target.h"
 
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>

@@ -1,7 +1,11 @@
 #include "scan/applications/read_trail.h"
 
+#include "base/path.h"
+#include "platform/file_system.h"
+
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 
 namespace tidwen {
 namespace {

@@ -1,10 +1,20 @@
 #pragma once
 
+#include "base/path.h"
+#include "base/property_list.h"
 #include "platform/budgeted_files.h"
 #include "platform/budgeted_sources.h"
+#include "platform/code_signatures.h"
+#include "platform/file_system.h"
+#include "platform/read_budget.h"
 
+#include <cstdint>
 #include <map>
+#include <memory>
+#include <optional>
+#include <string>
 #include <tuple>
+#include <vector>
 
 namespace tidwen {
 

@@ -1,5 +1,8 @@
 #include "scan/matching/default_selection.h"
 
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
+
 namespace tidwen {
 
 bool isUndoubted(const Trace& trace) {

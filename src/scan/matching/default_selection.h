@@ -1,6 +1,7 @@
 #pragma once
 
 #include "scan/matching/scan_result.h"
+#include "scan/matching/trace.h"
 
 namespace tidwen {
 

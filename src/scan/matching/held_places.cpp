@@ -11,8 +11,11 @@
 #include "scan/applications/shared_names.h"
 #include "scan/matching/identifier_index.h"
 #include "scan/matching/location_scan.h"
+#include "scan/matching/residue_matcher.h"
+#include "scan/matching/scan_context.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tidwen {
 

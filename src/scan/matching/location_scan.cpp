@@ -1,13 +1,21 @@
 #include "scan/matching/location_scan.h"
 
 #include "base/parallel.h"
+#include "base/path.h"
 #include "base/text.h"
 #include "platform/budgeted_files.h"
 #include "platform/file_absence.h"
+#include "platform/file_system.h"
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/container_identity.h"
+#include "scan/applications/launch_item.h"
 #include "scan/applications/shared_names.h"
+#include "scan/matching/residue_matcher.h"
+#include "scan/matching/trace.h"
 #include "scan/policy/location_access.h"
+#include "scan/policy/trace_category.h"
+
+#include <string>
 
 namespace tidwen {
 

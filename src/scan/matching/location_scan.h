@@ -1,6 +1,11 @@
 #pragma once
 
+#include "base/path.h"
+#include "platform/file_system.h"
+#include "scan/applications/launch_item.h"
+#include "scan/matching/residue_matcher.h"
 #include "scan/matching/scan_context.h"
+#include "scan/matching/trace.h"
 #include "scan/matching/trace_collector.h"
 #include "scan/policy/search_location.h"
 

@@ -1,16 +1,24 @@
 #include "scan/matching/receipt_probe.h"
 
+#include "base/path.h"
 #include "base/text.h"
 #include "platform/budgeted_files.h"
+#include "platform/file_system.h"
+#include "platform/read_budget.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/bundle_names.h"
 #include "scan/applications/launch_item.h"
 #include "scan/applications/shared_names.h"
 #include "scan/matching/location_scan.h"
+#include "scan/matching/trace.h"
 #include "scan/policy/root_needed.h"
+#include "scan/policy/trace_category.h"
 
 #include <algorithm>
+#include <optional>
 #include <set>
+#include <string>
+#include <string_view>
 #include <unordered_map>
 
 namespace tidwen {

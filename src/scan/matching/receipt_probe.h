@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/path.h"
 #include "platform/receipts.h"
 #include "scan/matching/scan_context.h"
 #include "scan/matching/trace_collector.h"

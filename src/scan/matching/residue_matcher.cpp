@@ -1,5 +1,6 @@
 #include "scan/matching/residue_matcher.h"
 
+#include "base/path.h"
 #include "base/text.h"
 #include "scan/applications/identifier_form.h"
 #include "scan/applications/shared_names.h"

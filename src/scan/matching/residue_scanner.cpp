@@ -1,19 +1,31 @@
 #include "scan/matching/residue_scanner.h"
 
+#include "base/path.h"
 #include "base/text.h"
 #include "platform/budgeted_files.h"
 #include "platform/budgeted_sources.h"
+#include "scan/applications/app_target.h"
 #include "scan/applications/bundle.h"
+#include "scan/applications/bundle_coverage.h"
+#include "scan/applications/launch_item.h"
+#include "scan/matching/held_places.h"
 #include "scan/matching/location_scan.h"
 #include "scan/matching/receipt_probe.h"
+#include "scan/matching/residue_matcher.h"
+#include "scan/matching/scan_context.h"
 #include "scan/matching/side_probes.h"
 #include "scan/matching/staying_bundles.h"
+#include "scan/matching/trace.h"
+#include "scan/matching/trace_collector.h"
+#include "scan/permissions/permission_audit.h"
 #include "scan/policy/path_policy.h"
 #include "scan/policy/root_needed.h"
 #include "scan/policy/search_location.h"
+#include "scan/policy/trace_category.h"
 
 #include <algorithm>
 #include <fmt/core.h>
+#include <optional>
 #include <set>
 
 namespace tidwen {

@@ -9,6 +9,7 @@
 #include "platform/receipts.h"
 #include "platform/system_extensions.h"
 #include "platform/user_environment.h"
+#include "scan/applications/app_target.h"
 #include "scan/applications/installed_bundles.h"
 #include "scan/matching/scan_result.h"
 #include "scan/matching/size_measurer.h"

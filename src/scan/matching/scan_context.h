@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/path.h"
 #include "base/stop_token.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/path.h"
 #include "scan/applications/app_target.h"
 #include "scan/applications/bundle_coverage.h"
 #include "scan/matching/trace.h"
@@ -8,6 +9,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace tidwen {

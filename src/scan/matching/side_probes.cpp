@@ -1,5 +1,11 @@
 #include "scan/matching/side_probes.h"
 
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
+
+#include <optional>
+#include <string>
+
 namespace tidwen {
 
 namespace {

@@ -1,5 +1,7 @@
 #include "scan/matching/size_measurer.h"
 
+#include "base/path.h"
+
 #include <algorithm>
 #include <system_error>
 

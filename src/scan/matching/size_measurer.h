@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/path.h"
 #include "base/stop_token.h"
 #include "platform/file_system.h"
 

@@ -1,12 +1,21 @@
 #include "scan/matching/staying_bundles.h"
 
+#include "base/path.h"
+#include "base/stop_token.h"
+#include "platform/user_environment.h"
+#include "scan/applications/app_target.h"
 #include "scan/applications/installed_bundles.h"
+#include "scan/applications/owning_bundle.h"
 #include "scan/matching/held_places.h"
 #include "scan/matching/location_scan.h"
+#include "scan/matching/residue_matcher.h"
 #include "scan/policy/search_location.h"
+#include "scan/policy/trace_category.h"
 
 #include <algorithm>
 #include <map>
+#include <optional>
+#include <string>
 
 namespace tidwen {
 namespace {

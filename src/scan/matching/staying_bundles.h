@@ -1,10 +1,15 @@
 #pragma once
 
+#include "base/path.h"
+#include "base/stop_token.h"
+#include "platform/user_environment.h"
+#include "scan/applications/app_target.h"
 #include "scan/matching/other_applications.h"
 #include "scan/matching/scan_context.h"
 
 #include <memory>
 #include <set>
+#include <string>
 #include <vector>
 
 namespace tidwen {

@@ -1,6 +1,9 @@
 #include "scan/matching/trace_collector.h"
 
+#include "base/path.h"
 #include "base/text.h"
+
+#include <string_view>
 
 namespace tidwen {
 

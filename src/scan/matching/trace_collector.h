@@ -1,6 +1,9 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/path.h"
+#include "base/stop_token.h"
+#include "platform/file_system.h"
 #include "scan/matching/size_measurer.h"
 #include "scan/matching/trace.h"
 #include "scan/policy/path_policy.h"

@@ -1,11 +1,14 @@
 #include "scan/permissions/permission_audit.h"
 
+#include "base/path.h"
 #include "base/text.h"
 #include "scan/permissions/privacy_database.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <memory>
+#include <optional>
 #include <sqlite3.h>
 #include <utility>
 

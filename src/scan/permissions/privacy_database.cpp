@@ -1,5 +1,7 @@
 #include "scan/permissions/privacy_database.h"
 
+#include "base/path.h"
+
 #include <cstring>
 #include <sqlite3.h>
 

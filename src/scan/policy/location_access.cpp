@@ -1,5 +1,7 @@
 #include "scan/policy/location_access.h"
 
+#include "base/path.h"
+
 namespace tidwen {
 
 namespace {

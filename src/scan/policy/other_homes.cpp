@@ -1,10 +1,16 @@
+#include "base/path.h"
 #include "base/text.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
 #include "scan/policy/kept_folders.h"
 #include "scan/policy/place_components.h"
 #include "scan/policy/real_places.h"
 #include "scan/policy/search_location.h"
 
 #include <algorithm>
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace tidwen {
 namespace {

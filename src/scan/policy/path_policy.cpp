@@ -1,5 +1,6 @@
 #include "scan/policy/path_policy.h"
 
+#include "base/path.h"
 #include "scan/policy/place_components.h"
 
 #include <algorithm>

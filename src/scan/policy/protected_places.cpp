@@ -1,3 +1,6 @@
+#include "base/path.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
 #include "scan/policy/kept_folders.h"
 #include "scan/policy/place_components.h"
 #include "scan/policy/real_places.h"
@@ -5,6 +8,8 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
+#include <string_view>
 
 namespace tidwen {
 namespace {

@@ -1,5 +1,10 @@
 #include "scan/policy/real_places.h"
 
+#include "base/path.h"
+#include "platform/file_system.h"
+
+#include <vector>
+
 namespace tidwen {
 
 namespace {

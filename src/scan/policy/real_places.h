@@ -1,8 +1,12 @@
 #pragma once
 
+#include "base/path.h"
+#include "platform/file_system.h"
 #include "scan/policy/path_policy.h"
 
 #include <map>
+#include <optional>
+#include <vector>
 
 namespace tidwen {
 

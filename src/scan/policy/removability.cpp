@@ -1,7 +1,9 @@
 #include "scan/policy/removability.h"
 
+#include "base/path.h"
 #include "base/path_key.h"
 #include "base/text.h"
+#include "platform/user_environment.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/bundle_names.h"
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "base/message.h"
+#include "base/path.h"
 #include "platform/file_system.h"
+#include "platform/user_environment.h"
 #include "scan/applications/app_target.h"
 #include "scan/policy/path_policy.h"
 

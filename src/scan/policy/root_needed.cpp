@@ -1,5 +1,9 @@
 #include "scan/policy/root_needed.h"
 
+#include "base/path.h"
+
+#include <cstdint>
+
 namespace tidwen {
 
 namespace {

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "base/path.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
+
+#include <cstdint>
 
 namespace tidwen {
 

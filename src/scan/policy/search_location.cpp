@@ -1,7 +1,10 @@
 #include "scan/policy/search_location.h"
 
+#include "base/path.h"
 #include "base/text.h"
 
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace tidwen {

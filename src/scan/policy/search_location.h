@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/path.h"
 #include "platform/user_environment.h"
 #include "scan/policy/trace_category.h"
 

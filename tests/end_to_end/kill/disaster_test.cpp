@@ -1,11 +1,20 @@
 // Other failures during a removal: full and read-only disks, items and folders that change meanwhile. Nothing
 // is lost, and no other item is moved.
 
+#include "base/path.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
 #include "end_to_end/kill/volume_memory.h"
+#include "operations/removal_operation.h"
+#include "platform/file_system.h"
+#include "posix/rooted_file_system.h"
 #include "quarantine/history.h"
+#include "quarantine/manifest.h"
+#include "quarantine/quarantine_layout.h"
 #include "quarantine/recovery.h"
 #include "quarantine/undo_service.h"
 #include "removal/removal_executor.h"
+#include "removal/removal_report.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/recording_runner.h"
@@ -13,7 +22,14 @@
 #include "support/unprivileged.h"
 #include "volume/volume_runner.h"
 
+#include <filesystem>
 #include <fstream>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen::test {
 namespace {

@@ -4,7 +4,10 @@
 #include "end_to_end/kill/faulty_volume.h"
 
 #include <cerrno>
+#include <functional>
 #include <gmock/gmock.h>
+#include <string>
+#include <vector>
 
 namespace tidwen::test {
 namespace {

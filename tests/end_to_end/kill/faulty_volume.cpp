@@ -1,4 +1,5 @@
 #include "end_to_end/kill/faulty_volume.h"
+#include "base/property_list.h"
 
 #include "support/fixtures.h"
 #include "support/small_disk.h"

@@ -3,6 +3,9 @@
 
 #include "end_to_end/kill/faulty_volume.h"
 
+#include <functional>
+#include <string>
+
 namespace tidwen::test {
 namespace {
 

@@ -3,7 +3,10 @@
 #include "support/trees.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iterator>
+#include <string>
+#include <vector>
 
 namespace tidwen::test {
 

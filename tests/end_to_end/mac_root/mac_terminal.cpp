@@ -2,11 +2,27 @@
 // tools. Substitutes what needs a framework of macOS: no application runs, and the user's own keychain is
 // empty. TIDWEN_PROMPT_MILLISECONDS is the time limit of an administrator prompt.
 
+#include "base/log.h"
+#include "base/path.h"
+#include "base/texts.h"
 #include "cli/terminal.h"
 #include "operations/keychain_dump.h"
+#include "platform/applications.h"
+#include "platform/keychain.h"
+#include "platform/known_applications.h"
+#include "platform/process_runner.h"
+#include "platform/user_environment.h"
+#include "program/host_services.h"
+#include "program/running_mac.h"
 
+#include <chrono>
+#include <cstdint>
 #include <cstdlib>
+#include <memory>
+#include <optional>
+#include <string>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 

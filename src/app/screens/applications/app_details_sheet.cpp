@@ -1,11 +1,16 @@
 #include "app/screens/applications/app_details_sheet.h"
 
 #include "app/models/app_icons.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/tile.h"
 #include "app/widgets/words.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
 #include "inventory/last_use_text.h"
+#include "scan/applications/installed_app.h"
 
 #include <QBoxLayout>
 #include <QLabel>

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/texts.h"
+#include "base/timestamp.h"
 #include "inventory/home_grid_model.h"
 
 #include <functional>

@@ -3,12 +3,17 @@
 #include "app/screens/applications/app_details_sheet.h"
 #include "app/screens/applications/card_view.h"
 #include "app/screens/applications/tags_sheet.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/empty_state.h"
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/screen_header.h"
 #include "app/widgets/search_field.h"
 #include "app/widgets/words.h"
+#include "inventory/home_grid.h"
+#include "inventory/home_grid_model.h"
+#include "scan/applications/installed_app.h"
 
 #include <QBoxLayout>
 #include <QKeyEvent>
@@ -19,6 +24,10 @@
 #include <QStackedLayout>
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
 
 namespace tidwen {
 

@@ -1,10 +1,20 @@
 #pragma once
 
 #include "app/models/home_list.h"
+#include "base/observable.h"
 #include "base/path.h"
+#include "base/texts.h"
+#include "base/timestamp.h"
+#include "inventory/home_grid.h"
+#include "inventory/home_grid_model.h"
+#include "scan/applications/installed_app.h"
+#include "scan/applications/protected_apps.h"
+#include "settings/app_preferences.h"
+#include "settings/app_tags.h"
 
 #include <QWidget>
 #include <functional>
+#include <string>
 #include <vector>
 
 class QLabel;

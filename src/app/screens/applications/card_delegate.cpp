@@ -4,7 +4,9 @@
 #include "app/models/home_list.h"
 #include "app/style/icons.h"
 #include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/style/style.h"
+#include "base/path.h"
 
 #include <QPainter>
 #include <array>

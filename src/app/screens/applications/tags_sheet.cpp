@@ -1,8 +1,12 @@
 #include "app/screens/applications/tags_sheet.h"
 
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
+#include "base/observable.h"
+#include "base/texts.h"
 
 #include <QBoxLayout>
 #include <QKeyEvent>
@@ -12,6 +16,7 @@
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <algorithm>
+#include <optional>
 
 namespace tidwen {
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/texts.h"
 #include "settings/app_tags.h"
 
 #include <QString>

@@ -1,13 +1,24 @@
 #include "app/screens/confirm/confirm_sheet.h"
 
+#include "app/models/app_icons.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/style/risk_roles.h"
 #include "app/style/style.h"
 #include "app/widgets/notice.h"
+#include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/tile.h"
 #include "app/widgets/words.h"
+#include "base/texts.h"
+#include "operations/removal_operation.h"
+#include "quarantine/manifest.h"
+#include "quarantine/quarantine_layout.h"
+#include "removal/removal_plan.h"
+#include "removal/removal_summary.h"
 #include "removal/removal_texts.h"
+#include "scan/matching/trace.h"
 
 #include <QBoxLayout>
 #include <QLabel>
@@ -15,6 +26,10 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QStringList>
+
+#include <string>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 

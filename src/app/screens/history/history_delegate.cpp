@@ -3,6 +3,7 @@
 #include "app/models/history_list.h"
 #include "app/style/icons.h"
 #include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/style/style.h"
 
 #include <QPainter>

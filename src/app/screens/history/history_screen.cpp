@@ -2,6 +2,8 @@
 
 #include "app/models/trace_words.h"
 #include "app/screens/history/history_delegate.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/empty_state.h"
 #include "app/widgets/notice.h"
 #include "app/widgets/panel.h"
@@ -9,6 +11,13 @@
 #include "app/widgets/screen_header.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "platform/user_environment.h"
+#include "quarantine/history.h"
+#include "quarantine/history_model.h"
+#include "quarantine/manifest.h"
+#include "quarantine/run_items.h"
 
 #include <QBoxLayout>
 #include <QLabel>
@@ -16,6 +25,10 @@
 #include <QPushButton>
 #include <QStackedLayout>
 #include <QStringListModel>
+
+#include <cstdint>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 

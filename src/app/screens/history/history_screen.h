@@ -1,9 +1,17 @@
 #pragma once
 
 #include "app/models/history_list.h"
+#include "base/observable.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "platform/user_environment.h"
+#include "quarantine/history.h"
+#include "quarantine/history_model.h"
 
 #include <QWidget>
 #include <functional>
+#include <string>
+#include <vector>
 
 class QBoxLayout;
 class QListView;

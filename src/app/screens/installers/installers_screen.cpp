@@ -1,14 +1,19 @@
 #include "app/screens/installers/installers_screen.h"
 
+#include "app/models/app_icons.h"
 #include "app/widgets/card_row_delegate.h"
 #include "app/widgets/choice_button.h"
 #include "app/widgets/empty_state.h"
 #include "app/widgets/screen_header.h"
 #include "app/widgets/words.h"
 #include "base/byte_sum.h"
+#include "base/texts.h"
+#include "sweep/installers_model.h"
 
 #include <QMenu>
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 

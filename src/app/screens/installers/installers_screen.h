@@ -3,6 +3,13 @@
 #include "app/models/installer_list.h"
 #include "app/models/row_filter.h"
 #include "app/widgets/list_screen.h"
+#include "base/observable.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "sweep/installers_model.h"
+
+#include <functional>
+#include <vector>
 
 namespace tidwen {
 

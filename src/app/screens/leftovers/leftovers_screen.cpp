@@ -6,9 +6,22 @@
 #include "app/widgets/find_delegate.h"
 #include "app/widgets/screen_header.h"
 #include "app/widgets/words.h"
+#include "base/texts.h"
+#include "platform/user_environment.h"
+#include "removal/removal_flow_model.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
+#include "sweep/leftover_filter.h"
+#include "sweep/orphan_scanner.h"
 
 #include <QPushButton>
 #include <algorithm>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 

@@ -2,6 +2,16 @@
 
 #include "app/models/sweep_tree.h"
 #include "app/widgets/list_screen.h"
+#include "base/observable.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "platform/user_environment.h"
+#include "removal/removal_flow_model.h"
+#include "sweep/leftover_filter.h"
+#include "sweep/orphan_scanner.h"
+
+#include <functional>
+#include <vector>
 
 namespace tidwen {
 

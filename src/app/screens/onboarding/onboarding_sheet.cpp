@@ -1,15 +1,21 @@
 #include "app/screens/onboarding/onboarding_sheet.h"
 
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/toggle.h"
 #include "app/widgets/words.h"
+#include "base/texts.h"
+#include "platform/workspace.h"
 
 #include <QBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QTimer>
+
+#include <string>
 
 namespace tidwen {
 

@@ -3,7 +3,11 @@
 #include "app/models/own_services.h"
 #include "app/screens/settings/permissions_page.h"
 #include "app/widgets/sheet.h"
+#include "base/observable.h"
+#include "base/texts.h"
+#include "system/permissions_model.h"
 
+#include <string>
 #include <vector>
 
 class QLabel;

@@ -1,17 +1,26 @@
 #include "app/screens/permissions/permissions_view.h"
 
+#include "app/models/app_icons.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/card_row_delegate.h"
 #include "app/widgets/notice.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/row_view.h"
 #include "app/widgets/tile.h"
 #include "app/widgets/words.h"
+#include "base/texts.h"
+#include "scan/permissions/permission_audit.h"
+#include "system/permissions_sheet.h"
 
 #include <QBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+
+#include <optional>
+#include <string>
 
 namespace tidwen {
 

@@ -2,9 +2,14 @@
 
 #include "app/models/permission_list.h"
 #include "app/widgets/sheet.h"
+#include "base/observable.h"
+#include "base/texts.h"
+#include "scan/permissions/permission_audit.h"
+#include "system/permissions_sheet.h"
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
 class QLabel;

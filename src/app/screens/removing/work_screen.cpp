@@ -1,14 +1,20 @@
 #include "app/screens/removing/work_screen.h"
 
 #include "app/models/trace_words.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/progress_ring.h"
 #include "app/widgets/words.h"
+#include "base/path.h"
 
 #include <QBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+
+#include <cstdint>
+#include <string>
 
 namespace tidwen {
 

@@ -2,11 +2,15 @@
 
 #include "app/models/trace_words.h"
 #include "app/style/icons.h"
+#include "app/style/metrics.h"
 #include "app/style/style.h"
 #include "app/widgets/notice.h"
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/words.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "quarantine/undo_service.h"
 #include "removal/removal_texts.h"
 
 #include <QBoxLayout>
@@ -15,6 +19,10 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QScrollArea>
+
+#include <string>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 

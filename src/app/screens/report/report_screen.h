@@ -1,10 +1,15 @@
 #pragma once
 
 #include "app/style/palette.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "quarantine/undo_service.h"
 #include "removal/removal_flow_model.h"
 
 #include <QWidget>
 #include <functional>
+#include <string>
+#include <vector>
 
 class QBoxLayout;
 class QLabel;

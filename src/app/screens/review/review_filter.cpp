@@ -1,9 +1,17 @@
 #include "app/screens/review/review_filter.h"
 
+#include "app/widgets/parts.h"
 #include "app/widgets/words.h"
+#include "base/texts.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
+#include "sweep/leftover_filter.h"
 
 #include <QMenu>
+#include <functional>
 #include <map>
+#include <optional>
+#include <string>
 
 namespace tidwen {
 

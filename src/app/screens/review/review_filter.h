@@ -1,6 +1,8 @@
 #pragma once
 
+#include "base/texts.h"
 #include "removal/removal_flow_model.h"
+#include "scan/policy/trace_category.h"
 
 class QMenu;
 class QWidget;

@@ -1,12 +1,16 @@
 #include "app/screens/review/review_screen.h"
 
+#include "app/models/app_icons.h"
 #include "app/models/trace_words.h"
 #include "app/screens/review/review_filter.h"
 #include "app/screens/review/size_bar.h"
 #include "app/style/icons.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/details_pane.h"
 #include "app/widgets/find_delegate.h"
 #include "app/widgets/notice.h"
+#include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/row_view.h"
 #include "app/widgets/screen_header.h"
@@ -15,6 +19,16 @@
 #include "app/widgets/words.h"
 #include "base/byte_count.h"
 #include "base/language.h"
+#include "base/texts.h"
+#include "operations/removal_operation.h"
+#include "platform/user_environment.h"
+#include "removal/removal_choice.h"
+#include "removal/removal_flow_model.h"
+#include "removal/stay_reason.h"
+#include "removal/target_intake.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
+#include "sweep/leftover_tree.h"
 
 #include <QBoxLayout>
 #include <QKeyEvent>
@@ -22,7 +36,12 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <algorithm>
+#include <cstdint>
 #include <map>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
 
 namespace tidwen {
 

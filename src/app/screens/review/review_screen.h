@@ -1,9 +1,19 @@
 #pragma once
 
 #include "app/models/review_tree.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "platform/user_environment.h"
+#include "removal/removal_flow_model.h"
+#include "scan/applications/app_target.h"
+#include "scan/matching/trace.h"
+#include "sweep/leftover_filter.h"
+#include "sweep/leftover_tree.h"
 
 #include <QWidget>
 #include <functional>
+#include <string>
+#include <vector>
 
 class QBoxLayout;
 class QLabel;

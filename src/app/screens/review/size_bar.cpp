@@ -1,6 +1,7 @@
 #include "app/screens/review/size_bar.h"
 
 #include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/style/style.h"
 
 #include <QMouseEvent>

@@ -1,9 +1,13 @@
 #include "app/screens/settings/about_page.h"
 
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/toggle.h"
 #include "app/widgets/words.h"
+#include "base/texts.h"
 #include "base/timestamp.h"
+#include "services/update_feed.h"
 
 #include <QBoxLayout>
 #include <QLabel>

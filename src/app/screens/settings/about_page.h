@@ -2,6 +2,7 @@
 
 #include "app/models/own_services.h"
 #include "app/screens/settings/settings_page.h"
+#include "base/texts.h"
 
 class QPushButton;
 

@@ -1,8 +1,13 @@
 #include "app/screens/settings/general_page.h"
 
 #include "app/widgets/picker.h"
+#include "base/texts.h"
+#include "settings/app_preferences.h"
 
 #include <QLocale>
+
+#include <string>
+#include <vector>
 
 namespace tidwen {
 

@@ -2,6 +2,11 @@
 
 #include "app/models/user_settings.h"
 #include "app/screens/settings/settings_page.h"
+#include "base/texts.h"
+
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 

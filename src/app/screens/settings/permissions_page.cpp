@@ -1,6 +1,8 @@
 #include "app/screens/settings/permissions_page.h"
 
 #include "app/widgets/parts.h"
+#include "base/texts.h"
+#include "platform/notifications.h"
 
 #include <QLabel>
 #include <QPushButton>

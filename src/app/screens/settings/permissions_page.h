@@ -1,11 +1,13 @@
 #pragma once
 
 #include "app/screens/settings/settings_page.h"
+#include "base/texts.h"
 #include "platform/workspace.h"
 #include "system/notification_permission.h"
 #include "system/permissions_model.h"
 
 #include <functional>
+#include <vector>
 
 class QPushButton;
 

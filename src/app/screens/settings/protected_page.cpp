@@ -1,8 +1,12 @@
 #include "app/screens/settings/protected_page.h"
 
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/words.h"
 #include "base/letter_case.h"
+#include "base/text.h"
+#include "base/texts.h"
 
 #include <QBoxLayout>
 #include <QLabel>
@@ -10,6 +14,8 @@
 #include <QMenu>
 #include <QPushButton>
 #include <algorithm>
+#include <string>
+#include <vector>
 
 namespace tidwen {
 

@@ -2,7 +2,11 @@
 
 #include "app/models/user_settings.h"
 #include "app/screens/settings/settings_page.h"
+#include "base/texts.h"
 #include "scan/applications/installed_app.h"
+
+#include <string>
+#include <vector>
 
 class QListWidget;
 class QPushButton;

@@ -6,6 +6,8 @@
 #include <QBoxLayout>
 #include <QLabel>
 
+#include <string>
+
 namespace tidwen {
 
 SettingsPage::SettingsPage(const Texts& texts, const char* title)

@@ -6,6 +6,7 @@
 #include "base/texts.h"
 
 #include <QWidget>
+#include <string>
 #include <vector>
 
 class QBoxLayout;

@@ -5,10 +5,14 @@
 #include "app/screens/settings/protected_page.h"
 #include "app/screens/settings/trash_page.h"
 #include "app/shell/sidebar_item.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/style/style.h"
 #include "app/widgets/notice.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/words.h"
+#include "base/language.h"
+#include "base/texts.h"
 
 #include <QBoxLayout>
 #include <QLabel>

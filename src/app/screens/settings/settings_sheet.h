@@ -3,7 +3,10 @@
 #include "app/models/own_services.h"
 #include "app/screens/settings/permissions_page.h"
 #include "app/widgets/sheet.h"
+#include "base/observable.h"
+#include "base/texts.h"
 #include "scan/applications/installed_app.h"
+#include "system/permissions_model.h"
 
 #include <map>
 #include <vector>

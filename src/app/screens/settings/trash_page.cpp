@@ -1,7 +1,10 @@
 #include "app/screens/settings/trash_page.h"
 
+#include "app/style/palette.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/toggle.h"
+#include "base/texts.h"
+#include "platform/notifications.h"
 
 #include <QBoxLayout>
 #include <QLabel>

@@ -2,6 +2,7 @@
 
 #include "app/models/user_settings.h"
 #include "app/screens/settings/settings_page.h"
+#include "base/texts.h"
 #include "system/notification_permission.h"
 #include "system/permissions_model.h"
 

@@ -1,17 +1,25 @@
 #include "app/screens/startup/startup_screen.h"
 
+#include "app/models/app_icons.h"
 #include "app/widgets/card_row_delegate.h"
 #include "app/widgets/empty_state.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/screen_header.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "system/startup_item.h"
+#include "system/startup_items_model.h"
 
 #include <QBoxLayout>
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
 #include <algorithm>
+#include <optional>
+#include <string>
+#include <variant>
 
 namespace tidwen {
 

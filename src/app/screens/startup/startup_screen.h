@@ -3,8 +3,15 @@
 #include "app/models/row_filter.h"
 #include "app/models/startup_list.h"
 #include "app/widgets/list_screen.h"
+#include "base/observable.h"
+#include "base/path.h"
+#include "base/texts.h"
+#include "system/startup_items_model.h"
 
 #include <QPointer>
+
+#include <functional>
+#include <vector>
 
 namespace tidwen {
 

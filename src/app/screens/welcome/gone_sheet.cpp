@@ -1,5 +1,7 @@
 #include "app/screens/welcome/gone_sheet.h"
 
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/words.h"

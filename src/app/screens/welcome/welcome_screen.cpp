@@ -2,6 +2,8 @@
 
 #include "app/screens/welcome/choice_card.h"
 #include "app/style/icons.h"
+#include "app/style/metrics.h"
+#include "app/style/palette.h"
 #include "app/style/style.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/words.h"

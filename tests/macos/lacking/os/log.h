@@ -2,6 +2,8 @@
 // compiler that checks the code for macOS lacks it.
 #pragma once
 
+#include "system/startup_item.h"
+
 #include <stdint.h>
 
 typedef struct os_log_s* os_log_t;
