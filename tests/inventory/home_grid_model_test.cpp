@@ -1,4 +1,3 @@
-#include "app/widgets/words.h"
 #include "base/list_change.h"
 #include "base/path.h"
 #include "base/property_list.h"

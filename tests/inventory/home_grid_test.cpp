@@ -1,4 +1,3 @@
-#include "app/widgets/words.h"
 #include "base/path.h"
 #include "base/property_list.h"
 #include "base/stop_token.h"

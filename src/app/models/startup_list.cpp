@@ -2,7 +2,6 @@
 
 #include "app/models/card_row.h"
 #include "app/widgets/words.h"
-#include "cli/labels.h"
 #include "system/startup_item.h"
 
 #include <QStringList>
