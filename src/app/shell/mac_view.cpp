@@ -1,11 +1,9 @@
 #include "app/shell/mac_view.h"
 
 #include "app/screens/applications/applications_screen.h"
-#include "app/screens/confirm/confirm_sheet.h"
 #include "app/screens/history/history_screen.h"
 #include "app/screens/installers/installers_screen.h"
 #include "app/screens/leftovers/leftovers_screen.h"
-#include "app/screens/permissions/permissions_view.h"
 #include "app/screens/removing/work_screen.h"
 #include "app/screens/report/report_screen.h"
 #include "app/screens/review/review_screen.h"
@@ -15,7 +13,6 @@
 #include "app/widgets/motion.h"
 #include "app/widgets/notice.h"
 #include "app/widgets/parts.h"
-#include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
 #include "base/background_step.h"
 #include "base/executor.h"
@@ -26,9 +23,6 @@
 #include "removal/flow_types.h"
 #include "scan/applications/app_target.h"
 #include "scan/applications/installed_app.h"
-#include "scan/matching/trace.h"
-#include "sweep/location_sweep.h"
-#include "system/startup_items_model.h"
 
 #include <QBoxLayout>
 #include <QLabel>
@@ -64,7 +58,7 @@ Stage homeStage(Place place) {
 } // namespace
 
 MacView::MacView(OpenMac& mac, Executor& background, const Menus& menus)
-    : mac_(mac), background_(background), texts_(mac.system().texts) {
+    : mac_(mac), background_(background), texts_(mac.system().texts), questions_(*this, mac) {
     auto* layout = parts::row(this);
     sidebar_ = new Sidebar(
         texts_,
@@ -96,26 +90,16 @@ void MacView::begin() {
     mac_.chores().run();
 }
 
-/// What shows a part of the Mac goes before it.
-MacView::~MacView() {
-    delete permissionsSheet_;
-}
+MacView::~MacView() = default;
 
 MacView::Handover MacView::handOver() const {
-    return {.place = place_,
-            .isConfirming = confirmSheet_ != nullptr,
-            .asksToStop = stopSheet_ != nullptr,
-            .whenStopped = stopSheet_ ? wishToStop_ : whenStopped_};
+    return {.place = place_, .questions = questions_.open()};
 }
 
 void MacView::takeOver(Handover handover) {
     place_ = handover.place;
     showStage();
-    if (handover.isConfirming) confirm();
-    if (handover.asksToStop)
-        askToStop(handover.whenStopped);
-    else
-        whenStopped_ = std::move(handover.whenStopped);
+    questions_.reopen(std::move(handover.questions));
 }
 
 void MacView::makeScreens() {
@@ -133,20 +117,20 @@ void MacView::makeScreens() {
     history_ = new HistoryScreen(session.models().history(), texts_, system.user, showItem);
     work_ = new WorkScreen(texts_, system.user, [this] { mac_.flow().stop(); });
     review_ = new ReviewScreen(flow, mac_.icons(), texts_, system.user,
-                               {[this] { confirm(); }, [this] { rescan(); }, showItem,
+                               {[this] { questions_.confirm(); }, [this] { rescan(); }, showItem,
                                 [this](const AppTarget& app) { showPermissions(app); }});
     leftovers_ = new LeftoversScreen(flow, texts_, system.user,
-                                     {[this] { sweep(); }, [this] { confirm(); }, showItem});
+                                     {[this] { sweep(); }, [this] { questions_.confirm(); }, showItem});
     using Pane = SystemSettingsLauncher::Pane;
-    const bool isVolume = session.mac().volume.has_value(); // which has no settings to open
+    const bool isVolume = !mac_.isRunningMac(); // which has no settings to open
     installers_ = new InstallersScreen(
         session.models().installers(), mac_.icons(), texts_,
-        {[this] { confirmInstallers(); }, showItem,
+        {[this] { questions_.confirmInstallers(); }, showItem,
          text(isVolume ? "leftovers.again" : "installers.unreadable.action"),
          [this, isVolume] { isVolume ? load(Place::installers) : openPane(Pane::fullDiskAccess); }});
-    startup_ = new StartupScreen(
-        session.models().startupItems(), mac_.icons(), texts_,
-        {[this] { confirmStartupItems(); }, showItem, [this] { openPane(Pane::loginItemsAndExtensions); }});
+    startup_ = new StartupScreen(session.models().startupItems(), mac_.icons(), texts_,
+                                 {[this] { questions_.confirmStartupItems(); }, showItem,
+                                  [this] { openPane(Pane::loginItemsAndExtensions); }});
     report_ = new ReportScreen(flow, texts_, showItem);
     for (QWidget* screen : std::initializer_list<QWidget*>{applications_, leftovers_, installers_, startup_,
                                                            history_, work_, review_, report_})
@@ -284,7 +268,7 @@ void MacView::showStage() {
         for (const auto& group : orphans->result->groups)
             count += group.traces.size();
         sidebar_->setCount(Place::leftovers, count);
-        leftovers_->update();
+        leftovers_->refresh();
         if (leftovers_->isReady()) showHome();
     } else if (std::holds_alternative<stage::Report>(stage)) {
         screens_->setCurrentWidget(report_);
@@ -295,13 +279,11 @@ void MacView::showStage() {
         screens_->setCurrentWidget(work_);
         work_->setFocus();
     } else {
-        leftovers_->update();
+        leftovers_->refresh();
         showHome();
     }
-    if (confirmSheet_ && stage.index() != confirmedStage_) confirmSheet_->cancel();
     sidebar_->setEnabled(!mac_.isBusy());
-    askToQuit();
-    if (whenStopped_ && !mac_.isBusy()) std::exchange(whenStopped_, nullptr)();
+    questions_.follow();
 }
 
 void MacView::showHome() {
@@ -371,6 +353,7 @@ void MacView::showRecovery() {
     recovery_->setContentsMargins(scaled(24), scaled(notice ? 12 : 0), scaled(24), 0);
     if (!notice) return;
     std::vector<std::string> names;
+    names.reserve(notice->manifest.apps.size());
     for (const auto& app : notice->manifest.apps)
         names.push_back(shown(app.name).toStdString());
     const auto isUndoing = chores.isUndoing();
@@ -383,99 +366,13 @@ void MacView::showRecovery() {
                                     }));
 }
 
-/// An application did not quit: goes on without its consent, or leaves it out.
-void MacView::askToQuit() {
-    const auto& prompt = mac_.flow().pendingQuitPrompt();
-    if (!prompt && quitSheet_) quitSheet_->close();
-    if (!prompt || askedAbout_ == prompt->id) return;
-    if (quitSheet_) quitSheet_->close();
-    askedAbout_ = prompt->id;
-    const auto title = text("quit.title %@", {shown(prompt->appName).toStdString()});
-    auto* sheet = new Sheet(window(), title);
-    quitSheet_ = sheet;
-    sheet->content().addWidget(parts::paragraph(title, Type::sheet));
-    sheet->content().addWidget(parts::paragraph(text("quit.body")));
-    auto* buttons = parts::row(nullptr, scaled(6));
-    buttons->addStretch(1);
-    const auto answer = [this, sheet](QuitPromptChoice choice) {
-        sheet->onCancel = nullptr;
-        sheet->close();
-        mac_.flow().answerQuitPrompt(choice);
-    };
-    sheet->onCancel = [this] { mac_.flow().answerQuitPrompt(QuitPromptChoice::cancelApp); };
-    buttons->addWidget(
-        parts::button(text("quit.continue"), [answer] { answer(QuitPromptChoice::forceContinue); }));
-    buttons->addWidget(
-        parts::primaryButton(text("quit.leaveOut"), [answer] { answer(QuitPromptChoice::cancelApp); }));
-    sheet->content().addLayout(buttons);
-    sheet->open();
-}
-
-void MacView::confirm() {
-    if (confirmSheet_) return;
-    confirmedStage_ = mac_.flow().stage().index();
-    confirmSheet_ = openConfirmSheet(window(), mac_.flow().choice(), mac_.system(), mac_.icons(),
-                                     [this] { mac_.flow().confirm(); });
-}
-
-void MacView::confirmInstallers() {
-    const auto traces = mac_.session().models().installers().selectedTraces();
-    if (mac_.isBusy() || traces.empty()) return;
-    mac_.flow().offer(texts_.text("installers.title"), traces);
-    confirm();
-}
-
-/// What the jobs hold is measured first, for the question names their size.
-void MacView::confirmStartupItems() {
-    if (mac_.isBusy()) return;
-    std::vector<Trace> traces;
-    for (const auto& item : mac_.session().models().startupItems().selectedItems())
-        if (auto trace = startupTrace(item)) traces.push_back(std::move(*trace));
-    inBackground(
-        *this, alive_, mac_.session().background(), mac_.loop(),
-        [&files = mac_.system().files, traces = std::move(traces)]() mutable {
-            measureTraces(files, traces, {});
-            return std::move(traces);
-        },
-        [](MacView& view, std::vector<Trace> measured) {
-            auto& flow = view.mac_.flow();
-            if (measured.empty() || !std::holds_alternative<stage::StartupItems>(flow.stage())) return;
-            flow.offer(view.texts_.text("startup.title"), std::move(measured));
-            view.confirm();
-        });
-}
-
 void MacView::showPermissions(AppTarget app) {
-    const bool isVolume = mac_.session().mac().volume.has_value();
-    auto* sheet =
-        new PermissionsView(window(), mac_.session().models().permissionsSheet(std::move(app)), mac_.icons(),
-                            texts_, {isVolume ? QString() : text("permissions.sheet.openSettings"), [this] {
-                                         openPane(SystemSettingsLauncher::Pane::privacyAndSecurity);
-                                     }});
-    permissionsSheet_ = sheet;
-    sheet->open();
+    questions_.showPermissions(std::move(app),
+                               [this] { openPane(SystemSettingsLauncher::Pane::privacyAndSecurity); });
 }
 
 void MacView::askToStop(const std::function<void()>& whenStopped) {
-    const auto title = text("closing.title");
-    auto* sheet = new Sheet(window(), title);
-    stopSheet_ = sheet;
-    wishToStop_ = whenStopped;
-    sheet->content().addWidget(parts::paragraph(title, Type::sheet));
-    sheet->content().addWidget(parts::paragraph(text("closing.body")));
-    auto* buttons = parts::row(nullptr, scaled(6));
-    buttons->addStretch(1);
-    buttons->addWidget(parts::button(text("closing.stop"), [this, sheet, whenStopped] {
-        sheet->close();
-        if (!mac_.isBusy()) return whenStopped();
-        whenStopped_ = whenStopped;
-        mac_.flow().stop();
-        mac_.chores().stop();
-        mac_.session().models().history().stop();
-    }));
-    buttons->addWidget(parts::primaryButton(text("closing.goOn"), [sheet] { sheet->close(); }));
-    sheet->content().addLayout(buttons);
-    sheet->open();
+    questions_.askToStop(whenStopped);
 }
 
 void MacView::reveal(const Path& item) {

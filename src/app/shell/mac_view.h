@@ -1,21 +1,19 @@
 #pragma once
 
+#include "app/shell/mac_questions.h"
 #include "app/shell/open_mac.h"
 #include "app/shell/sidebar.h"
 #include "base/executor.h"
 #include "base/observable.h"
 #include "base/path.h"
 #include "base/texts.h"
-#include "base/uuid.h"
 #include "platform/workspace.h"
 #include "removal/flow_types.h"
 #include "scan/applications/app_target.h"
 
-#include <QPointer>
 #include <QWidget>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,7 +29,6 @@ class InstallersScreen;
 class LeftoversScreen;
 class ReportScreen;
 class ReviewScreen;
-class Sheet;
 class StartupScreen;
 class WorkScreen;
 
@@ -46,9 +43,7 @@ class MacView final : public QWidget {
     /// What stands in a view alone, and goes to the one that takes its place in another language.
     struct Handover {
         Place place = Place::applications;
-        bool isConfirming = false;
-        bool asksToStop = false;
-        std::function<void()> whenStopped; ///< of the question, or of the stop that was its answer
+        MacQuestions::Open questions;
     };
 
     MacView(OpenMac& mac, Executor& background, const Menus& menus);
@@ -88,10 +83,6 @@ class MacView final : public QWidget {
     void showWork(const Stage& stage);
     void showError();
     void showRecovery();
-    void askToQuit();
-    void confirm();
-    void confirmInstallers();
-    void confirmStartupItems();
     void showPermissions(AppTarget app);
     void reveal(const Path& item);
     void askDesktop(const std::function<Workspace::Result(Workspace&)>& ask);
@@ -100,6 +91,7 @@ class MacView final : public QWidget {
     OpenMac& mac_;
     Executor& background_;
     const Texts& texts_;
+    MacQuestions questions_;
     Sidebar* sidebar_ = nullptr;
     QBoxLayout* notices_ = nullptr;
     QBoxLayout* recovery_ = nullptr;
@@ -113,14 +105,6 @@ class MacView final : public QWidget {
     WorkScreen* work_ = nullptr;
     ReviewScreen* review_ = nullptr;
     ReportScreen* report_ = nullptr;
-    QPointer<Sheet> permissionsSheet_;
-    QPointer<Sheet> quitSheet_;
-    std::optional<Uuid> askedAbout_; ///< the quit question that stands
-    QPointer<Sheet> confirmSheet_;
-    std::size_t confirmedStage_ = 0; ///< the stage that the sheet asks about
-    QPointer<Sheet> stopSheet_;
-    std::function<void()> whenStopped_; ///< where a stop was asked for
-    std::function<void()> wishToStop_;  ///< what `stopSheet_` asks about
     std::vector<Subscription> following_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };

@@ -13,6 +13,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
 #include <QStackedLayout>
 
@@ -44,6 +45,8 @@ QWidget* ListScreen::makeContent(const Look& look) {
     view_ = new RowView(look.delegate);
     view_->setObjectName(QString::fromLatin1(look.listName));
     view_->setAccessibleName(look.title);
+    view_->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(view_, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) { showMenu(at); });
     empty_ = new EmptyState(QString::fromLatin1(look.icon));
     auto* lists = new QWidget;
     beside_ = parts::row(lists);
@@ -139,8 +142,24 @@ void ListScreen::search() {
     search_->selectAll();
 }
 
-void ListScreen::clearSearch() {
-    search_->clear();
+void ListScreen::showMenu(const QPoint& at) {
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    fill(*menu);
+    if (menu->isEmpty()) return menu->deleteLater();
+    menu->popup(view_->viewport()->mapToGlobal(at));
+}
+
+void ListScreen::showNoMatch(const std::function<void()>& clearFilters) {
+    const auto query = shown(search_->text().toStdString());
+    empty_->setIcon(QStringLiteral("search"));
+    empty_->say(text("orphans.filter.empty.title"),
+                query.isEmpty() ? text("orphans.filter.empty.body.filters")
+                                : text("orphans.filter.empty.body %@", {query.toStdString()}));
+    empty_->offer(text("orphans.filter.empty.clear"), [this, clearFilters] {
+        search_->clear();
+        if (clearFilters) clearFilters();
+    });
 }
 
 void ListScreen::keyPressEvent(QKeyEvent* event) {

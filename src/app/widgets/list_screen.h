@@ -2,16 +2,19 @@
 
 #include "app/widgets/row_delegate.h"
 #include "app/widgets/row_view.h"
+#include "base/observable.h"
 #include "base/texts.h"
 
 #include <QWidget>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 class QBoxLayout;
 class QLabel;
 class QLineEdit;
+class QMenu;
 class QPushButton;
 class QStackedLayout;
 
@@ -37,6 +40,17 @@ class ListScreen : public QWidget {
     ListScreen(const Texts& texts, const Look& look, std::function<void()> remove);
 
     virtual void searchFor(const QString& query) = 0;
+    /// Shows what the model has now.
+    virtual void refresh() = 0;
+    /// What can be done with the current row. A menu that stays empty is not shown.
+    virtual void fill(QMenu& /*menu*/) {}
+
+    /// Refreshes when one of them changes.
+    template<class... Property>
+    void follow(Property&... properties) {
+        (keep(properties.observe([this](const auto&) { refresh(); })), ...);
+    }
+    void keep(Subscription subscription) { following_.push_back(std::move(subscription)); }
 
     ScreenHeader& header() { return *header_; }
     RowView& view() { return *view_; }
@@ -47,7 +61,6 @@ class ListScreen : public QWidget {
     void addBeside(QWidget* widget);
     void addButton(QWidget* button);
     QPushButton* addButton(const char* key, const char* name, std::function<void()> act);
-    void clearSearch();
 
     /// Why something may be missing, and what helps.
     struct Remedy {
@@ -55,6 +68,8 @@ class ListScreen : public QWidget {
         std::function<void()> act;
     };
     void showReasons(const QString& title, QStringList reasons, const Remedy& remedy);
+    /// In the place of the list: that the search finds nothing. `clearFilters`: besides the search.
+    void showNoMatch(const std::function<void()>& clearFilters = {});
     /// The list, or what stands in its place.
     void showList(bool isShown);
     /// Whether there is something to search and to choose from.
@@ -70,6 +85,7 @@ class ListScreen : public QWidget {
   private:
     QWidget* makeContent(const Look& look);
     QWidget* makeFooter();
+    void showMenu(const QPoint& at);
 
     const Texts& texts_;
     std::function<void()> removeChosen_;
@@ -84,6 +100,7 @@ class ListScreen : public QWidget {
     QWidget* footer_ = nullptr;
     QLabel* count_ = nullptr;
     QPushButton* remove_ = nullptr;
+    std::vector<Subscription> following_;
 };
 
 } // namespace tidwen

@@ -10,6 +10,7 @@
 #include <QBoxLayout>
 #include <QEvent>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QPainter>
 #include <QPushButton>
 
@@ -30,6 +31,19 @@ Sheet::Sheet(QWidget* window, const QString& name, int width)
     outer->addLayout(parts::centred(panel));
     outer->addStretch(2);
     window->installEventFilter(this);
+}
+
+void Sheet::addWords(const QStringList& paragraphs) {
+    content_->addWidget(parts::paragraph(accessibleName(), Type::sheet));
+    for (const auto& words : paragraphs)
+        content_->addWidget(parts::paragraph(words));
+}
+
+QBoxLayout& Sheet::addAnswers() {
+    auto* answers = parts::row(nullptr, scaled(6));
+    answers->addStretch(1);
+    content_->addLayout(answers);
+    return *answers;
 }
 
 void Sheet::open() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QPointer>
+#include <QStringList>
 #include <QWidget>
 #include <functional>
 
@@ -16,6 +17,10 @@ class Sheet : public QWidget {
     Sheet(QWidget* window, const QString& name, int width = 480);
 
     QBoxLayout& content() { return *content_; }
+    /// Its name as the title, and paragraphs below it.
+    void addWords(const QStringList& paragraphs);
+    /// A row at the end for the buttons that answer it.
+    QBoxLayout& addAnswers();
     /// Called when it was closed without an answer.
     std::function<void()> onCancel;
     void open();

@@ -148,17 +148,14 @@ void HistoryScreen::askToDelete() {
     const auto title =
         text("history.delete.title %@", {runs_->currentIndex().data().toString().toStdString()});
     auto* sheet = new Sheet(window(), title);
-    sheet->content().addWidget(parts::paragraph(title, Type::sheet));
-    sheet->content().addWidget(parts::paragraph(text("history.delete.message")));
-    auto* buttons = parts::row(nullptr, scaled(6));
-    buttons->addStretch(1);
-    buttons->addWidget(
+    sheet->addWords({text("history.delete.message")});
+    auto& answers = sheet->addAnswers();
+    answers.addWidget(
         parts::primaryButton(text("history.confirm.cancelButton"), [sheet] { sheet->cancel(); }));
-    buttons->addWidget(parts::button(text("history.confirm.deleteButton"), [this, sheet, chosen = *entry] {
+    answers.addWidget(parts::button(text("history.confirm.deleteButton"), [this, sheet, chosen = *entry] {
         sheet->close();
         history_.remove({chosen});
     }));
-    sheet->content().addLayout(buttons);
     sheet->open();
 }
 

@@ -32,17 +32,9 @@ InstallersScreen::InstallersScreen(InstallersModel& model, AppIcons& icons, cons
     selectMatched_ =
         addButton("installers.selectMatched", "select matched", [this] { model_.toggleSelectAllMatched(); });
     setModel(filter_);
-    view().setContextMenuPolicy(Qt::CustomContextMenu);
-    connect(&view(), &QWidget::customContextMenuRequested, this, [this](const QPoint& at) { showMenu(at); });
-    const auto follow = [this](auto& property) {
-        following_.push_back(property.observe([this](const auto&) { update(); }));
-    };
-    follow(model_.result);
-    follow(model_.isLoading);
-    follow(model_.hasLoaded);
-    follow(model_.selection);
-    following_.push_back(model_.rows.changed.connect([this](const auto&) { update(); }));
-    update();
+    follow(model_.result, model_.isLoading, model_.hasLoaded, model_.selection);
+    keep(model_.rows.changed.connect([this](const auto&) { refresh(); }));
+    refresh();
 }
 
 ChoiceButton* InstallersScreen::makeOrderMenu() {
@@ -62,10 +54,10 @@ ChoiceButton* InstallersScreen::makeOrderMenu() {
 
 void InstallersScreen::searchFor(const QString& query) {
     filter_.setQuery(query);
-    update();
+    refresh();
 }
 
-void InstallersScreen::update() {
+void InstallersScreen::refresh() {
     const auto& rows = model_.rows.rows();
     const auto& result = model_.result.get();
     setUsable(!rows.empty());
@@ -86,13 +78,10 @@ void InstallersScreen::update() {
 }
 
 void InstallersScreen::showEmpty() {
+    if (!model_.rows.rows().empty()) return showNoMatch();
     empty().setIcon(QStringLiteral("installers"));
     empty().offer({});
-    if (!model_.rows.rows().empty()) {
-        empty().setIcon(QStringLiteral("search"));
-        empty().say(text("orphans.filter.empty.title"), text("orphans.filter.empty.body.filters"));
-        empty().offer(text("orphans.filter.empty.clear"), [this] { clearSearch(); });
-    } else if (!model_.hasLoaded.get()) {
+    if (!model_.hasLoaded.get()) {
         empty().say(text("installers.loading"), {});
     } else if (model_.result.get().unreadable) {
         empty().setIcon(QStringLiteral("warning"));
@@ -104,14 +93,11 @@ void InstallersScreen::showEmpty() {
     }
 }
 
-void InstallersScreen::showMenu(const QPoint& point) {
+void InstallersScreen::fill(QMenu& menu) {
     const auto* row = list_.row(filter_.mapToSource(view().currentIndex()));
     if (!row) return;
-    auto* menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    connect(menu->addAction(text("installers.row.reveal")), &QAction::triggered, this,
+    connect(menu.addAction(text("installers.row.reveal")), &QAction::triggered, this,
             [this, file = row->file.url] { actions_.reveal(file); });
-    menu->popup(view().viewport()->mapToGlobal(point));
 }
 
 } // namespace tidwen

@@ -9,7 +9,6 @@
 #include "sweep/installers_model.h"
 
 #include <functional>
-#include <vector>
 
 namespace tidwen {
 
@@ -31,12 +30,12 @@ class InstallersScreen final : public ListScreen {
 
   protected:
     void searchFor(const QString& query) override;
+    void refresh() override;
+    void fill(QMenu& menu) override;
 
   private:
     ChoiceButton* makeOrderMenu();
-    void update();
     void showEmpty();
-    void showMenu(const QPoint& point);
 
     InstallersModel& model_;
     Actions actions_;
@@ -44,7 +43,6 @@ class InstallersScreen final : public ListScreen {
     RowFilter filter_;
     ChoiceButton* order_ = nullptr;
     QPushButton* selectMatched_ = nullptr;
-    std::vector<Subscription> following_;
 };
 
 } // namespace tidwen

@@ -45,8 +45,8 @@ LeftoversScreen::LeftoversScreen(RemovalFlowModel& flow, const Texts& texts, con
                 details_->setVisible(tree_.trace(current) != nullptr);
             });
     connect(&tree_, &QAbstractItemModel::modelReset, details_, &QWidget::hide);
-    following_ = flow_.sweep().changed.connect([this] { update(); });
-    update();
+    keep(flow_.sweep().changed.connect([this] { refresh(); }));
+    refresh();
 }
 
 void LeftoversScreen::addMenus() {
@@ -112,7 +112,7 @@ const OrphanScanResult* LeftoversScreen::result() const {
     return isShown ? orphans->result.get() : nullptr;
 }
 
-void LeftoversScreen::update() {
+void LeftoversScreen::refresh() {
     const auto* found = result();
     if (std::exchange(shown_, found) != found) {
         showReasons(text("review.incomplete.title"), found ? reasons(*found) : QStringList(),
@@ -158,15 +158,8 @@ void LeftoversScreen::showEmpty() {
     const auto* found = result();
     const bool isFiltered = found && flow_.sweep().filter().isActive();
     if (isFiltered && summarize(flow_.sweep().snapshot().tree).total > 0) {
-        const auto& query = flow_.sweep().filter().query;
-        empty().setIcon(QStringLiteral("search"));
-        empty().say(text("orphans.filter.empty.title"),
-                    query.empty() ? text("orphans.filter.empty.body.filters")
-                                  : text("orphans.filter.empty.body %@", {shown(query).toStdString()}));
-        return empty().offer(text("orphans.filter.empty.clear"), [this] {
-            clearSearch();
-            setFilter([](LeftoverFilter& filter) { filter = {.order = filter.order}; });
-        });
+        return showNoMatch(
+            [this] { setFilter([](LeftoverFilter& filter) { filter = {.order = filter.order}; }); });
     }
     const bool isUnsure = found && !found->isComplete();
     empty().setIcon(found && !isUnsure ? QStringLiteral("check") : QStringLiteral("leaf"));

@@ -29,7 +29,7 @@ class LeftoversScreen final : public ListScreen {
     LeftoversScreen(RemovalFlowModel& flow, const Texts& texts, const UserEnvironment& user, Actions actions);
 
     /// The stage of the flow, or what is chosen, is another one.
-    void update();
+    void refresh() override;
     /// The list shows what the sweep ended with. It follows a moment after the flow.
     bool isReady() const { return result() != nullptr; }
 
@@ -52,7 +52,6 @@ class LeftoversScreen final : public ListScreen {
     std::vector<ChoiceButton*> menus_;
     DetailsPane* details_ = nullptr;
     QPushButton* selectSafe_ = nullptr;
-    Subscription following_;
 };
 
 } // namespace tidwen

@@ -121,21 +121,18 @@ void PermissionsView::askToRevoke(const std::vector<PermissionGrant>& grants) {
     const auto title = grants.size() > 1 ? text("permissions.ask.all %@", {app})
                                          : text("permissions.ask %@ %@", {names.front().toStdString(), app});
     auto* question = new Sheet(parentWidget(), title, 440);
-    question->content().addWidget(parts::paragraph(title, Type::sheet));
-    if (grants.size() > 1) question->content().addWidget(parts::paragraph(names.join(QStringLiteral(", "))));
-    question->content().addWidget(parts::paragraph(text("permissions.ask.body")));
-    auto* buttons = parts::row(nullptr, scaled(6));
-    buttons->addStretch(1);
-    buttons->addWidget(
-        parts::primaryButton(text("confirm.cancelButton"), [question] { question->cancel(); }));
+    QStringList body = {text("permissions.ask.body")};
+    if (grants.size() > 1) body.prepend(names.join(QStringLiteral(", ")));
+    question->addWords(body);
+    auto& answers = question->addAnswers();
+    answers.addWidget(parts::primaryButton(text("confirm.cancelButton"), [question] { question->cancel(); }));
     auto* yes =
         parts::button(text("permissions.sheet.revoke"), [question, chosen = grants, self = QPointer(this)] {
             question->close();
             if (self) self->revoke(chosen);
         });
     yes->setObjectName(QStringLiteral("revoke now"));
-    buttons->addWidget(yes);
-    question->content().addLayout(buttons);
+    answers.addWidget(yes);
     question->open();
 }
 

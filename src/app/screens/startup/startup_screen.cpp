@@ -38,26 +38,19 @@ StartupScreen::StartupScreen(StartupItemsModel& model, AppIcons& icons, const Te
         addButton("startup.selectAllOrphans", "select orphans", [this] { model_.toggleSelectAllOrphans(); });
     setModel(filter_);
     view().onControl = [this](const QModelIndex& index) { act(index); };
-    view().setContextMenuPolicy(Qt::CustomContextMenu);
-    connect(&view(), &QWidget::customContextMenuRequested, this, [this](const QPoint& at) { showMenu(at); });
     connect(view().selectionModel(), &QItemSelectionModel::currentChanged, this, [this] { showAction(); });
-    const auto follow = [this](auto& property) {
-        following_.push_back(property.observe([this](const auto&) { update(); }));
-    };
-    follow(model_.result);
-    follow(model_.isLoading);
-    follow(model_.selection);
-    following_.push_back(model_.rows.changed.connect([this](const auto&) { update(); }));
-    following_.push_back(model_.toggleError.observe([this](const auto&) { showError(); }));
-    update();
+    follow(model_.result, model_.isLoading, model_.selection);
+    keep(model_.rows.changed.connect([this](const auto&) { refresh(); }));
+    keep(model_.toggleError.observe([this](const auto&) { showError(); }));
+    refresh();
 }
 
 void StartupScreen::searchFor(const QString& query) {
     filter_.setQuery(query);
-    update();
+    refresh();
 }
 
-void StartupScreen::update() {
+void StartupScreen::refresh() {
     const auto& rows = model_.rows.rows();
     const auto& result = model_.result.get();
     setUsable(!rows.empty());
@@ -77,13 +70,10 @@ void StartupScreen::update() {
 }
 
 void StartupScreen::showEmpty() {
+    if (!model_.rows.rows().empty()) return showNoMatch();
     empty().setIcon(QStringLiteral("power"));
     empty().offer({});
-    if (!model_.rows.rows().empty()) {
-        empty().setIcon(QStringLiteral("search"));
-        empty().say(text("orphans.filter.empty.title"), text("orphans.filter.empty.body.filters"));
-        empty().offer(text("orphans.filter.empty.clear"), [this] { clearSearch(); });
-    } else if (model_.isLoading.get()) {
+    if (model_.isLoading.get()) {
         empty().say(text("startup.loading"), {});
     } else {
         const bool isUnreadable = !model_.result.get().unreadable.empty();
@@ -133,29 +123,22 @@ void StartupScreen::showError() {
     auto* sheet = new Sheet(window(), title);
     errorSheet_ = sheet;
     sheet->onCancel = [this] { model_.toggleError.set(std::nullopt); };
-    sheet->content().addWidget(parts::paragraph(title, Type::sheet));
-    sheet->content().addWidget(parts::paragraph(shown(texts().text(*error))));
-    auto* buttons = parts::row(nullptr);
-    buttons->addStretch(1);
-    buttons->addWidget(parts::primaryButton(text("startup.toggle.errorOK"), [sheet] { sheet->cancel(); }));
-    sheet->content().addLayout(buttons);
+    sheet->addWords({shown(texts().text(*error))});
+    sheet->addAnswers().addWidget(
+        parts::primaryButton(text("startup.toggle.errorOK"), [sheet] { sheet->cancel(); }));
     sheet->open();
 }
 
-void StartupScreen::showMenu(const QPoint& point) {
-    const auto index = view().currentIndex();
-    const auto* row = rowAt(index);
+void StartupScreen::fill(QMenu& menu) {
+    const auto* row = rowAt(view().currentIndex());
     if (!row) return;
-    auto* menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
     if (const auto words = actionWords(*row); !words.isEmpty())
-        connect(menu->addAction(words), &QAction::triggered, this, [this] { act(view().currentIndex()); });
+        connect(menu.addAction(words), &QAction::triggered, this, [this] { act(view().currentIndex()); });
     const auto* plist = row->item.plist();
     const auto* embedded = std::get_if<StartupItem::Embedded>(&row->item.source);
     const Path place = plist ? *plist : embedded ? embedded->bundle : Path();
-    connect(menu->addAction(text("installers.row.reveal")), &QAction::triggered, this,
+    connect(menu.addAction(text("installers.row.reveal")), &QAction::triggered, this,
             [this, place] { actions_.reveal(place); });
-    menu->popup(view().viewport()->mapToGlobal(point));
 }
 
 } // namespace tidwen

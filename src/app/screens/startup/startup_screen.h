@@ -11,7 +11,6 @@
 #include <QPointer>
 
 #include <functional>
-#include <vector>
 
 namespace tidwen {
 
@@ -31,13 +30,13 @@ class StartupScreen final : public ListScreen {
 
   protected:
     void searchFor(const QString& query) override;
+    void refresh() override;
+    void fill(QMenu& menu) override;
 
   private:
-    void update();
     void showEmpty();
     void showAction();
     void showError();
-    void showMenu(const QPoint& point);
     const StartupItemRow* rowAt(const QModelIndex& index) const;
     /// Switches the item of a row, or shows where that is done.
     void act(const QModelIndex& index);
@@ -50,7 +49,6 @@ class StartupScreen final : public ListScreen {
     QPushButton* action_ = nullptr;
     QPushButton* selectOrphans_ = nullptr;
     QPointer<Sheet> errorSheet_;
-    std::vector<Subscription> following_;
 };
 
 } // namespace tidwen

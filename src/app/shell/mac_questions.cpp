@@ -1,0 +1,139 @@
+#include "app/shell/mac_questions.h"
+
+#include "app/screens/confirm/confirm_sheet.h"
+#include "app/screens/permissions/permissions_view.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/sheet.h"
+#include "app/widgets/words.h"
+#include "base/background_step.h"
+#include "removal/flow_types.h"
+#include "scan/matching/trace.h"
+#include "sweep/location_sweep.h"
+#include "system/startup_items_model.h"
+
+#include <QBoxLayout>
+#include <QPushButton>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace tidwen {
+
+MacQuestions::MacQuestions(QWidget& view, OpenMac& mac) : view_(view), mac_(mac), texts_(mac.system().texts) {}
+
+/// What shows a part of the Mac goes before it.
+MacQuestions::~MacQuestions() {
+    delete permissionsSheet_;
+}
+
+MacQuestions::Open MacQuestions::open() const {
+    return {.confirms = confirmSheet_ != nullptr,
+            .asksToStop = stopSheet_ != nullptr,
+            .whenStopped = stopSheet_ ? wishToStop_ : whenStopped_};
+}
+
+void MacQuestions::reopen(Open open) {
+    if (open.confirms) confirm();
+    if (open.asksToStop)
+        askToStop(open.whenStopped);
+    else
+        whenStopped_ = std::move(open.whenStopped);
+}
+
+void MacQuestions::follow() {
+    if (confirmSheet_ && mac_.flow().stage().index() != confirmedStage_) confirmSheet_->cancel();
+    askToQuit();
+    if (whenStopped_ && !mac_.isBusy()) std::exchange(whenStopped_, nullptr)();
+}
+
+/// An application did not quit: goes on without its consent, or leaves it out.
+void MacQuestions::askToQuit() {
+    const auto& prompt = mac_.flow().pendingQuitPrompt();
+    if (!prompt && quitSheet_) quitSheet_->close();
+    if (!prompt || askedAbout_ == prompt->id) return;
+    if (quitSheet_) quitSheet_->close();
+    askedAbout_ = prompt->id;
+    auto* sheet =
+        new Sheet(view_.window(), words(texts_, "quit.title %@", {shown(prompt->appName).toStdString()}));
+    quitSheet_ = sheet;
+    sheet->addWords({text("quit.body")});
+    const auto answer = [this, sheet](QuitPromptChoice choice) {
+        sheet->onCancel = nullptr;
+        sheet->close();
+        mac_.flow().answerQuitPrompt(choice);
+    };
+    sheet->onCancel = [this] { mac_.flow().answerQuitPrompt(QuitPromptChoice::cancelApp); };
+    auto& answers = sheet->addAnswers();
+    answers.addWidget(
+        parts::button(text("quit.continue"), [answer] { answer(QuitPromptChoice::forceContinue); }));
+    answers.addWidget(
+        parts::primaryButton(text("quit.leaveOut"), [answer] { answer(QuitPromptChoice::cancelApp); }));
+    sheet->open();
+}
+
+void MacQuestions::confirm() {
+    if (confirmSheet_) return;
+    confirmedStage_ = mac_.flow().stage().index();
+    confirmSheet_ = openConfirmSheet(view_.window(), mac_.flow().choice(), mac_.system(), mac_.icons(),
+                                     [this] { mac_.flow().confirm(); });
+}
+
+void MacQuestions::confirmInstallers() {
+    const auto traces = mac_.session().models().installers().selectedTraces();
+    if (mac_.isBusy() || traces.empty()) return;
+    mac_.flow().offer(texts_.text("installers.title"), traces);
+    confirm();
+}
+
+/// What the jobs hold is measured first, for the question names their size.
+void MacQuestions::confirmStartupItems() {
+    if (mac_.isBusy()) return;
+    std::vector<Trace> traces;
+    for (const auto& item : mac_.session().models().startupItems().selectedItems())
+        if (auto trace = startupTrace(item)) traces.push_back(std::move(*trace));
+    inBackground(
+        *this, alive_, mac_.session().background(), mac_.loop(),
+        [&files = mac_.system().files, traces = std::move(traces)]() mutable {
+            measureTraces(files, traces, {});
+            return std::move(traces);
+        },
+        [](MacQuestions& questions, std::vector<Trace> measured) {
+            auto& flow = questions.mac_.flow();
+            if (measured.empty() || !std::holds_alternative<stage::StartupItems>(flow.stage())) return;
+            flow.offer(questions.texts_.text("startup.title"), std::move(measured));
+            questions.confirm();
+        });
+}
+
+void MacQuestions::showPermissions(AppTarget app, std::function<void()> openPrivacy) {
+    const auto privacy = mac_.isRunningMac() ? text("permissions.sheet.openSettings") : QString();
+    auto* sheet =
+        new PermissionsView(view_.window(), mac_.session().models().permissionsSheet(std::move(app)),
+                            mac_.icons(), texts_, {privacy, std::move(openPrivacy)});
+    permissionsSheet_ = sheet;
+    sheet->open();
+}
+
+void MacQuestions::askToStop(const std::function<void()>& whenStopped) {
+    auto* sheet = new Sheet(view_.window(), text("closing.title"));
+    stopSheet_ = sheet;
+    wishToStop_ = whenStopped;
+    sheet->addWords({text("closing.body")});
+    auto& answers = sheet->addAnswers();
+    answers.addWidget(parts::button(text("closing.stop"), [this, sheet, whenStopped] {
+        sheet->close();
+        if (!mac_.isBusy()) return whenStopped();
+        whenStopped_ = whenStopped;
+        mac_.flow().stop();
+        mac_.chores().stop();
+        mac_.session().models().history().stop();
+    }));
+    answers.addWidget(parts::primaryButton(text("closing.goOn"), [sheet] { sheet->close(); }));
+    sheet->open();
+}
+
+QString MacQuestions::text(const char* key) const {
+    return words(texts_, key);
+}
+
+} // namespace tidwen
