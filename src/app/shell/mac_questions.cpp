@@ -19,7 +19,11 @@
 
 namespace tidwen {
 
-MacQuestions::MacQuestions(QWidget& view, OpenMac& mac) : view_(view), mac_(mac), texts_(mac.system().texts) {}
+MacQuestions::MacQuestions(QWidget& view, OpenMac& mac) : view_(view), mac_(mac), texts_(mac.system().texts) {
+    following_.push_back(mac.chores().changed.connect([this] { follow(); }));
+    following_.push_back(
+        mac.session().models().history().busyEntryID.observe([this](const auto&) { follow(); }));
+}
 
 /// What shows a part of the Mac goes before it.
 MacQuestions::~MacQuestions() {
@@ -28,22 +32,22 @@ MacQuestions::~MacQuestions() {
 
 MacQuestions::Open MacQuestions::open() const {
     return {.confirms = confirmSheet_ != nullptr,
-            .asksToStop = stopSheet_ != nullptr,
-            .whenStopped = stopSheet_ ? wishToStop_ : whenStopped_};
+            .asksToClose = closeSheet_ ? std::optional(closing_) : std::nullopt,
+            .whenIdle = whenIdle_};
 }
 
 void MacQuestions::reopen(Open open) {
     if (open.confirms) confirm();
-    if (open.asksToStop)
-        askToStop(open.whenStopped);
-    else
-        whenStopped_ = std::move(open.whenStopped);
+    if (open.asksToClose) askToClose(*open.asksToClose);
+    whenIdle_ = std::move(open.whenIdle);
 }
 
 void MacQuestions::follow() {
     if (confirmSheet_ && mac_.flow().stage().index() != confirmedStage_) confirmSheet_->cancel();
     askToQuit();
-    if (whenStopped_ && !mac_.isBusy()) std::exchange(whenStopped_, nullptr)();
+    if (mac_.isBusy()) return;
+    if (closeSheet_) closeSheet_->close(); // there is nothing left to stop
+    if (whenIdle_) std::exchange(whenIdle_, nullptr)();
 }
 
 /// An application did not quit: goes on without its consent, or leaves it out.
@@ -68,6 +72,7 @@ void MacQuestions::askToQuit() {
         parts::button(text("quit.continue"), [answer] { answer(QuitPromptChoice::forceContinue); }));
     answers.addWidget(
         parts::primaryButton(text("quit.leaveOut"), [answer] { answer(QuitPromptChoice::cancelApp); }));
+    view_.window()->show(); // it may go on without one, but not without an answer
     sheet->open();
 }
 
@@ -114,19 +119,26 @@ void MacQuestions::showPermissions(AppTarget app, std::function<void()> openPriv
     sheet->open();
 }
 
-void MacQuestions::askToStop(const std::function<void()>& whenStopped) {
-    auto* sheet = new Sheet(view_.window(), text("closing.title"));
-    stopSheet_ = sheet;
-    wishToStop_ = whenStopped;
+void MacQuestions::askToClose(const Closing& closing) {
+    if (closeSheet_) return;
+    auto* sheet = new Sheet(view_.window(), text("closing.title"), 560);
+    closeSheet_ = sheet;
+    closing_ = closing;
     sheet->addWords({text("closing.body")});
     auto& answers = sheet->addAnswers();
-    answers.addWidget(parts::button(text("closing.stop"), [this, sheet, whenStopped] {
+    answers.addWidget(parts::button(text("closing.stop"), [this, sheet, closing] {
         sheet->close();
-        if (!mac_.isBusy()) return whenStopped();
-        whenStopped_ = whenStopped;
+        if (!mac_.isBusy()) return closing.whenStopped();
+        whenIdle_ = closing.whenStopped;
         mac_.flow().stop();
         mac_.chores().stop();
         mac_.session().models().history().stop();
+    }));
+    answers.addWidget(parts::button(text("closing.hide"), [this, sheet, closing] {
+        sheet->close();
+        whenIdle_ = closing.whenDone;
+        closing.hide();
+        follow();
     }));
     answers.addWidget(parts::primaryButton(text("closing.goOn"), [sheet] { sheet->close(); }));
     sheet->open();

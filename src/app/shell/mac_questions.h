@@ -2,6 +2,7 @@
 
 #include "app/shell/open_mac.h"
 #include "base/executor.h"
+#include "base/observable.h"
 #include "base/texts.h"
 #include "base/uuid.h"
 #include "scan/applications/app_target.h"
@@ -13,20 +14,26 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace tidwen {
 
 class Sheet;
 
-/// The sheets over the view of a Mac that ask before something happens: a removal, an application that does not
-/// quit, a window that closes meanwhile, permissions to revoke.
+/// The sheets over the view of a Mac that ask before something happens: a removal, an application that does
+/// not quit, a window that closes meanwhile, permissions to revoke.
 class MacQuestions {
   public:
+    struct Closing {
+        std::function<void()> hide;
+        std::function<void()> whenStopped; ///< called once nothing runs any more
+        std::function<void()> whenDone;    ///< the same after `hide`
+    };
     /// What stands open, for the view that takes the place of this one in another language.
     struct Open {
         bool confirms = false;
-        bool asksToStop = false;
-        std::function<void()> whenStopped; ///< of the question, or of the stop that was its answer
+        std::optional<Closing> asksToClose;
+        std::function<void()> whenIdle; ///< of the answer to that
     };
 
     /// Both outlive it. The sheets lie over the window of `view`.
@@ -43,8 +50,9 @@ class MacQuestions {
     void confirmStartupItems();
     /// `openPrivacy` shows the pane of System Settings, where there is one.
     void showPermissions(AppTarget app, std::function<void()> openPrivacy);
-    /// `whenStopped` is called once nothing runs any more.
-    void askToStop(const std::function<void()>& whenStopped);
+    /// Something runs while the window is to be closed: it stops, goes on without the window, or the window
+    /// stays.
+    void askToClose(const Closing& closing);
 
   private:
     void askToQuit();
@@ -58,9 +66,10 @@ class MacQuestions {
     std::optional<Uuid> askedAbout_; ///< the quit question that stands
     QPointer<Sheet> confirmSheet_;
     std::size_t confirmedStage_ = 0; ///< the stage that the sheet asks about
-    QPointer<Sheet> stopSheet_;
-    std::function<void()> whenStopped_; ///< where a stop was asked for
-    std::function<void()> wishToStop_;  ///< what `stopSheet_` asks about
+    QPointer<Sheet> closeSheet_;
+    Closing closing_;                ///< what `closeSheet_` asks about
+    std::function<void()> whenIdle_; ///< once nothing runs any more
+    std::vector<Subscription> following_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };
 

@@ -371,10 +371,6 @@ void MacView::showPermissions(AppTarget app) {
                                [this] { openPane(SystemSettingsLauncher::Pane::privacyAndSecurity); });
 }
 
-void MacView::askToStop(const std::function<void()>& whenStopped) {
-    questions_.askToStop(whenStopped);
-}
-
 void MacView::reveal(const Path& item) {
     askDesktop([item](Workspace& workspace) { return workspace.reveal(item); });
 }

@@ -64,8 +64,8 @@ class MacView final : public QWidget {
     void openPane(SystemSettingsLauncher::Pane pane);
     /// Words above the screen, until they are dismissed or something happens.
     void say(const QString& words);
-    /// A removal or undo runs: says so, and that it can be stopped. Called before the window closes.
-    void askToStop(const std::function<void()>& whenStopped);
+    /// A removal or undo runs while the window is to be closed: asks what becomes of it.
+    void askToClose(const MacQuestions::Closing& closing) { questions_.askToClose(closing); }
 
   protected:
     void resizeEvent(QResizeEvent* event) override;

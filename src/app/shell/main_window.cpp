@@ -15,6 +15,7 @@
 #include "base/path.h"
 #include "platform/workspace.h"
 #include "program/running_mac.h"
+#include "removal/flow_types.h"
 #include "settings/recent_volumes.h"
 #include "system/permissions_model.h"
 
@@ -24,10 +25,12 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QTimer>
 #include <algorithm>
 #include <functional>
 #include <string>
 #include <utility>
+#include <variant>
 
 namespace tidwen {
 
@@ -97,7 +100,7 @@ void MainWindow::makeMenus() {
     auto* go = menuBar()->addMenu(text("window.menu.go"));
     const auto whenOpen = [this](auto act) {
         return [this, act] {
-            if (view_) act(*view_);
+            if (view_ && !isAsking()) act(*view_);
         };
     };
     int number = Qt::Key_1;
@@ -126,8 +129,13 @@ std::function<void(SystemSettingsLauncher::Pane)> MainWindow::paneOpener() {
     };
 }
 
+/// What lies under a question must not change before it is answered.
+bool MainWindow::isAsking() const {
+    return findChild<QWidget*>(QStringLiteral("sheet"), Qt::FindDirectChildrenOnly);
+}
+
 void MainWindow::openSettings() {
-    if (settings_) return;
+    if (isAsking()) return;
     SettingsSheet::MacFacts facts{ownPermissions(), {}, paneOpener()};
     if (mac_) facts.installed = mac_->session().models().homeGrid().apps();
     settings_ = new SettingsSheet(this, services_.own, std::move(facts), texts_);
@@ -135,7 +143,7 @@ void MainWindow::openSettings() {
 }
 
 void MainWindow::openOnboarding() {
-    if (onboarding_) return;
+    if (isAsking()) return;
     onboarding_ = new OnboardingSheet(this, {services_.own, ownPermissions(), paneOpener()}, texts_);
     onboarding_->open();
 }
@@ -268,7 +276,17 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     QApplication::setQuitOnLastWindowClosed(!standing_ || !standing_->isNeeded());
     if (!mac_ || !mac_->isBusy()) return event->accept();
     event->ignore();
-    view_->askToStop([this] { close(); });
+    view_->askToClose({[this] { hide(); }, [this] { close(); },
+                       [this] { QTimer::singleShot(0, this, [this] { endHidden(); }); }});
+}
+
+/// What went on without a window is done: ends too, unless there is something to tell.
+void MainWindow::endHidden() {
+    if (isVisible()) return;
+    const auto* ended = std::get_if<stage::Report>(&mac_->flow().stage());
+    const bool hasFailed = mac_->flow().errorMessage() || (ended && !ended->report.failures().empty());
+    if (hasFailed) return present();
+    if (QApplication::quitOnLastWindowClosed()) QApplication::quit();
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {

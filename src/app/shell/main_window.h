@@ -81,6 +81,8 @@ class MainWindow final : public QMainWindow {
     void followPresence();
     void showPresence(bool isThere);
     bool mayLeave();
+    bool isAsking() const;
+    void endHidden();
     PermissionsModel* ownPermissions();
     std::function<void(SystemSettingsLauncher::Pane)> paneOpener();
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;

@@ -65,7 +65,7 @@ QLabel* paragraph(const QString& text, Type type, Role color) {
 
 QPushButton* button(const QString& text, std::function<void()> onClick, const QString& icon) {
     auto* result = new QPushButton(text);
-    result->setAutoDefault(false);
+    result->setAutoDefault(true); // Return presses the button that has the focus
     if (!icon.isEmpty()) {
         result->setIcon(controlIcon(icon, Role::text));
         result->setIconSize(QSize(scaled(16), scaled(16)));

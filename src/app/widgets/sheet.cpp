@@ -11,8 +11,10 @@
 #include <QEvent>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMenuBar>
 #include <QPainter>
 #include <QPushButton>
+#include <algorithm>
 
 namespace tidwen {
 
@@ -31,6 +33,7 @@ Sheet::Sheet(QWidget* window, const QString& name, int width)
     outer->addLayout(parts::centred(panel));
     outer->addStretch(2);
     window->installEventFilter(this);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { keepFocus(now); });
 }
 
 void Sheet::addWords(const QStringList& paragraphs) {
@@ -54,6 +57,22 @@ void Sheet::open() {
     setFocus();
     for (auto* button : findChildren<QPushButton*>())
         if (button->isDefault()) button->setFocus();
+}
+
+bool Sheet::isOnTop() const {
+    const auto sheets = parentWidget()->findChildren<QWidget*>(objectName(), Qt::FindDirectChildrenOnly);
+    const auto shown =
+        std::find_if(sheets.rbegin(), sheets.rend(), [](auto* sheet) { return sheet->isVisible(); });
+    return shown != sheets.rend() && *shown == this;
+}
+
+/// A screen below takes the focus when it changes by itself: keys meant for the sheet would answer the
+/// screen.
+void Sheet::keepFocus(QWidget* focused) {
+    const bool isElsewhere = !focused || focused->window() != window() || qobject_cast<QMenuBar*>(focused);
+    if (isElsewhere || focused == this || isAncestorOf(focused) || !isOnTop()) return;
+    before_ = focused;
+    (focusWidget() ? focusWidget() : this)->setFocus();
 }
 
 void Sheet::close() {

@@ -9,7 +9,7 @@ class QBoxLayout;
 
 namespace tidwen {
 
-/// A question over a veil inside the window: Tab stays inside, Escape cancels. It deletes itself when it is
+/// A question over a veil inside the window: it keeps the focus, Escape cancels. It deletes itself when it is
 /// closed and gives the focus back.
 class Sheet : public QWidget {
   public:
@@ -34,9 +34,12 @@ class Sheet : public QWidget {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    void keepFocus(QWidget* focused);
+    bool isOnTop() const;
+
     QWidget* panel_ = nullptr;
     QBoxLayout* content_;
-    QPointer<QWidget> before_; ///< had the focus
+    QPointer<QWidget> before_; ///< had the focus, or asked for it meanwhile
 };
 
 } // namespace tidwen

@@ -1,0 +1,46 @@
+#include "app/widgets/parts.h"
+#include "app/widgets/sheet.h"
+#include "window/window_fixture.h"
+
+#include <QApplication>
+#include <QBoxLayout>
+#include <QPushButton>
+#include <QTest>
+#include <gtest/gtest.h>
+
+namespace tidwen {
+namespace {
+
+TEST(Sheet, KeepsTheKeysFromAScreenThatTakesTheFocusBelowIt) {
+    QWidget window;
+    auto* layout = parts::column(&window);
+    int below = 0, second = 0;
+    auto* screen = parts::primaryButton(QStringLiteral("Below"), [&] { ++below; });
+    layout->addWidget(screen);
+    window.show();
+    QApplication::setActiveWindow(&window);
+    auto* sheet = new Sheet(&window, QStringLiteral("Sure?"));
+    auto* yes = parts::button(QStringLiteral("Yes"), [&] { ++second; });
+    sheet->addAnswers().addWidget(parts::primaryButton(QStringLiteral("No"), [] {}));
+    sheet->addAnswers().addWidget(yes);
+    sheet->open();
+
+    screen->setFocus();
+    EXPECT_TRUE(sheet->isAncestorOf(QApplication::focusWidget()));
+    yes->setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(second, 1) << "Return presses the button that has the focus";
+
+    auto* above = new Sheet(&window, QStringLiteral("Really?"));
+    above->open();
+    screen->setFocus();
+    EXPECT_EQ(QApplication::focusWidget(), above);
+    above->cancel();
+    EXPECT_EQ(QApplication::focusWidget(), yes) << "the sheet below has it again";
+    sheet->cancel();
+    EXPECT_EQ(QApplication::focusWidget(), screen) << "what asked for the focus meanwhile gets it";
+    EXPECT_EQ(below, 0);
+}
+
+} // namespace
+} // namespace tidwen
