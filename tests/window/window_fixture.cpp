@@ -1,4 +1,6 @@
 #include "window/window_fixture.h"
+
+#include "app/style/metrics.h"
 #include "base/texts.h"
 #include "inventory/home_grid_model.h"
 #include "program/resources.h"
@@ -74,6 +76,7 @@ WindowFixture::WindowFixture(const std::filesystem::path& resources)
       own(host, log, main, {"1.0", {}, {}}, availableLanguages(resources)),
       language(texts, resources, own.settings().preferences().language),
       window({opener, language, main, background, own}) {
+    window.resize(scaled(1080), scaled(720)); // also where the screen of the platform is smaller
     window.show();
 }
 

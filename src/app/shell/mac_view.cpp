@@ -86,6 +86,7 @@ MacView::MacView(OpenMac& mac, Executor& background, const Menus& menus)
 }
 
 void MacView::begin() {
+    screens_->currentWidget()->setFocus();
     mac_.session().models().homeGrid().load();
     mac_.chores().run();
 }
@@ -261,7 +262,7 @@ void MacView::showStage() {
     showError();
     if (std::holds_alternative<stage::Review>(stage)) {
         review_->update();
-        screens_->setCurrentWidget(review_);
+        show(review_);
     } else if (const auto* orphans = std::get_if<stage::Orphans>(&stage)) {
         place_ = Place::leftovers;
         std::size_t count = 0;
@@ -271,19 +272,25 @@ void MacView::showStage() {
         leftovers_->refresh();
         if (leftovers_->isReady()) showHome();
     } else if (std::holds_alternative<stage::Report>(stage)) {
-        screens_->setCurrentWidget(report_);
+        show(report_);
         report_->update();
     } else if (std::holds_alternative<stage::Scanning>(stage)
                || std::holds_alternative<stage::Removing>(stage)) {
         showWork(stage);
-        screens_->setCurrentWidget(work_);
-        work_->setFocus();
+        show(work_);
     } else {
         leftovers_->refresh();
         showHome();
     }
     sidebar_->setEnabled(!mac_.isBusy());
     questions_.follow();
+}
+
+/// Keys go to what is shown now.
+void MacView::show(QWidget* screen) {
+    if (screens_->currentWidget() == screen) return;
+    screens_->setCurrentWidget(screen);
+    screen->setFocus();
 }
 
 void MacView::showHome() {
@@ -303,7 +310,7 @@ void MacView::showHome() {
         }
         return applications_;
     };
-    screens_->setCurrentWidget(screen());
+    show(screen());
 }
 
 void MacView::showWork(const Stage& stage) {

@@ -75,6 +75,7 @@ class MacView final : public QWidget {
     void follow();
     void showCounts();
     void showStage();
+    void show(QWidget* screen);
     void showHome();
     /// Reads what a place shows, as it was never read or may have changed.
     void load(Place place);

@@ -25,6 +25,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QScreen>
 #include <QTimer>
 #include <algorithm>
 #include <functional>
@@ -45,7 +46,8 @@ MainWindow::MainWindow(Services services)
       })) {
     setWindowTitle(text("window.title"));
     setMinimumSize(800, 560);
-    resize(scaled(1080), scaled(720));
+    // Large texts make it larger, but never so large that its buttons lie beside the screen.
+    resize(QSize(scaled(1080), scaled(720)).boundedTo(screen()->availableSize()));
     setAcceptDrops(true);
     makeChooser();
     makeMenus();

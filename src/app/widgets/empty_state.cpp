@@ -26,6 +26,7 @@ EmptyState::EmptyState(const QString& icon)
           if (act_) act_();
       })) {
     action_->setObjectName(QStringLiteral("empty action"));
+    setFocusProxy(action_);
     auto* layout = parts::column(this, scaled(8));
     for (auto* label : {picture_, title_, sentence_})
         label->setAlignment(Qt::AlignCenter);

@@ -169,6 +169,10 @@ void ListScreen::keyPressEvent(QKeyEvent* event) {
     QWidget::keyPressEvent(event);
 }
 
+void ListScreen::focusInEvent(QFocusEvent* /*event*/) {
+    content_->currentIndex() == 0 ? view_->setFocus() : empty_->setFocus();
+}
+
 QString ListScreen::text(const char* key, const std::vector<std::string>& arguments) const {
     return words(texts_, key, arguments);
 }

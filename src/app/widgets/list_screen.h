@@ -81,6 +81,7 @@ class ListScreen : public QWidget {
     const Texts& texts() const { return texts_; }
 
     void keyPressEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
 
   private:
     QWidget* makeContent(const Look& look);

@@ -265,6 +265,10 @@ void ApplicationsScreen::search() {
     search_->selectAll();
 }
 
+void ApplicationsScreen::focusInEvent(QFocusEvent* /*event*/) {
+    if (content_->currentWidget() == cards_) cards_->setFocus();
+}
+
 void ApplicationsScreen::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier) return showDetails();
     if (!typeInto(*search_, *event)) QWidget::keyPressEvent(event);
@@ -291,6 +295,7 @@ void ApplicationsScreen::update() {
     else
         empty_->say(text("cli.apps.none"), text("applications.none.body"));
     content_->setCurrentWidget(models_.grid.rows.rows().empty() ? static_cast<QWidget*>(empty_) : cards_);
+    if (hasFocus()) cards_->setFocus(); // which were not there when the screen got it
 }
 
 void ApplicationsScreen::updateFooter() {

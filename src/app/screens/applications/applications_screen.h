@@ -50,6 +50,7 @@ class ApplicationsScreen final : public QWidget {
     void search();
 
   protected:
+    void focusInEvent(QFocusEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
   private:

@@ -63,6 +63,7 @@ HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvi
 
 QWidget* HistoryScreen::makeContent() {
     runs_ = new QListView;
+    setFocusProxy(runs_);
     runs_->setObjectName(QStringLiteral("runs"));
     runs_->setAccessibleName(text("window.history"));
     runs_->setItemDelegate(new HistoryDelegate(runs_));

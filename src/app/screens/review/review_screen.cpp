@@ -67,6 +67,7 @@ ReviewScreen::ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts&
     inner->addLayout(notices_);
     main->addLayout(inner);
     view_ = new RowView(new FindDelegate(nullptr));
+    setFocusProxy(view_);
     view_->setObjectName(QStringLiteral("review"));
     view_->setAccessibleName(text("window.found"));
     view_->setModel(&tree_);
