@@ -28,10 +28,19 @@ namespace {
 constexpr int lastAside = 9;
 
 constexpr std::string_view asidePrefix = ".tidwen-moved";
+constexpr std::string_view arrivedPrefix = ".tidwen-arrived";
 
 /// The number comes before the hyphen; after it, it could be the beginning of another item's name.
-std::string asideName(const std::string& name, int number) {
-    return nameBeside(fmt::format("{}{}-", asidePrefix, number == 1 ? "" : std::to_string(number)), name);
+std::string hiddenName(std::string_view prefix, const std::string& name, int number) {
+    return nameBeside(fmt::format("{}{}-", prefix, number == 1 ? "" : std::to_string(number)), name);
+}
+
+std::vector<std::string> namesTaken(std::string_view prefix, int folder, const std::string& name) {
+    std::vector<std::string> names;
+    for (int number = 1; number <= lastAside; ++number)
+        if (auto hidden = hiddenName(prefix, name, number); isTaken(folder, hidden.c_str()))
+            names.push_back(std::move(hidden));
+    return names;
 }
 
 /// An item set aside, locked against other processes.
@@ -41,10 +50,10 @@ struct LockedAside {
 };
 
 /// `busy` if another process has one of them: it is in the middle of the move, and empties or returns it.
-FileResult<std::vector<LockedAside>> lockAside(const MoveEnd& from) {
+FileResult<std::vector<LockedAside>> lockAll(std::string_view prefix, const MoveEnd& from) {
     const int folder = from.place.folder.get();
     std::vector<LockedAside> locked;
-    for (auto& name : namesAside(folder, from.place.name)) {
+    for (auto& name : namesTaken(prefix, folder, from.place.name)) {
         auto lock = tryLockItem(folder, name.c_str());
         if (lock)
             locked.push_back({std::move(name), *std::move(lock)});
@@ -112,13 +121,14 @@ class CopiedMove {
     }
 
     MoveResult settle() {
-        const auto aside = lockAside(from_);
+        auto aside = lockAll(asidePrefix, from_);
         if (!aside) return tl::unexpected(aside.error());
         finishRenamesByLink(*aside);
+        const auto arrived = lockAll(arrivedPrefix, from_);
+        if (!arrived) return tl::unexpected(arrived.error());
         std::optional<std::string> unsettled; // the newest, which belongs to this move if any does
-        std::optional<MoveRemains> remains;
+        auto remains = settleArrived(*arrived);
         for (const auto& each : *aside) {
-            if (!isTaken(source(), each.name.c_str())) continue; // it was a second name
             const auto completion = complete(each.name);
             if (!completion) return tl::unexpected(completion.error());
             if (completion->remains) remains = completion->remains;
@@ -144,10 +154,26 @@ class CopiedMove {
     const char* finalName() const { return to_.place.name.c_str(); }
 
     /// Without an exclusive rename, a kill leaves both names of a file.
-    void finishRenamesByLink(const std::vector<LockedAside>& aside) {
+    void finishRenamesByLink(std::vector<LockedAside>& aside) {
         finishLinkedRename(target(), copy_.c_str(), target(), finalName());
-        for (const auto& each : aside)
+        const auto arrived = namesTaken(arrivedPrefix, source(), from_.place.name);
+        std::erase_if(aside, [&](const LockedAside& each) {
             finishLinkedRename(source(), each.name.c_str(), source(), original());
+            for (const auto& name : arrived)
+                finishLinkedRename(source(), each.name.c_str(), source(), name.c_str());
+            return !isTaken(source(), each.name.c_str());
+        });
+    }
+
+    /// Renames to the first free name with the prefix.
+    OsResult<std::string> hide(const char* name, std::string_view prefix) {
+        for (int number = 1; number <= lastAside; ++number) {
+            auto hidden = hiddenName(prefix, from_.place.name, number);
+            const int fault = renameExclusively(source(), name, source(), hidden.c_str());
+            if (fault == 0) return hidden;
+            if (fault != EEXIST) return tl::unexpected(fault);
+        }
+        return tl::unexpected(EEXIST);
     }
 
     MoveRemains remainsAt(const std::string& aside, FileFault fault) const {
@@ -187,22 +213,17 @@ class CopiedMove {
     /// the recovery of another process does not take it for one that a kill left.
     MoveResult exchange(const TreeRecord& before) {
         const auto lock = tryLockItem(source(), original());
-        std::string aside;
-        int fault = lock ? EEXIST : lock.error();
-        for (int number = 1; fault == EEXIST && number <= lastAside; ++number) {
-            aside = asideName(from_.place.name, number);
-            fault = renameExclusively(source(), original(), source(), aside.c_str());
-        }
-        if (fault) {
+        const auto aside = lock ? hide(original(), asidePrefix) : tl::unexpected(lock.error());
+        if (!aside) {
             dropCopy();
-            return failed(from_.path, fault);
+            return failed(from_.path, aside.error());
         }
         flushFolder(source());
-        const auto now = TreeRecord::of(source(), aside.c_str());
-        if (!now || !(*now == before)) return putBack(aside, from_.path, now ? EBUSY : now.error());
+        const auto now = TreeRecord::of(source(), aside->c_str());
+        if (!now || !(*now == before)) return putBack(*aside, from_.path, now ? EBUSY : now.error());
         if (const int refusal = renameExclusively(target(), copy_.c_str(), target(), finalName()))
-            return putBack(aside, to_.path, refusal);
-        return removeAside(aside, before);
+            return putBack(*aside, to_.path, refusal);
+        return removeAside(*aside, before);
     }
 
     MoveResult putBack(const std::string& aside, const Path& culprit, int reason) {
@@ -220,16 +241,45 @@ class CopiedMove {
     }
 
     /// The item is complete at its destination, so a failed removal does not undo the move. Nothing is
-    /// removed before the new name is flushed.
+    /// removed before the new name is flushed, nor under a name that stands for a whole item.
     std::optional<MoveRemains> removeAside(const std::string& aside, const TreeRecord& known) {
         if (const int fault = flushFolder(target())) return remainsAt(aside, faultOf(fault));
-        const int fault = removeTree(source(), aside.c_str(), &known);
+        const auto arrived = hide(aside.c_str(), arrivedPrefix);
+        if (!arrived && arrived.error() == ENOENT) return takenAway();
+        if (!arrived) return remainsAt(aside, faultOf(arrived.error()));
+        if (const int fault = flushFolder(source())) return remainsAt(*arrived, faultOf(fault));
+        return removeArrived(*arrived, known);
+    }
+
+    /// What was written since it was copied is set aside again.
+    std::optional<MoveRemains> removeArrived(const std::string& arrived, const TreeRecord& known) {
+        const int fault = removeTree(source(), arrived.c_str(), &known);
         flushFolder(source());
-        if (!isTaken(source(), aside.c_str())) {
-            if (fault == 0) return std::nullopt;
-            return MoveRemains{.place = from_.path, .fault = FileFault::busy};
+        if (!isTaken(source(), arrived.c_str())) return fault == 0 ? std::nullopt : takenAway();
+        if (fault != 0 && fault != ENOTEMPTY) return remainsAt(arrived, faultOf(fault));
+        return remainsAt(hide(arrived.c_str(), asidePrefix).value_or(arrived), FileFault::busy);
+    }
+
+    /// Another process took what was aside before all of it was removed.
+    std::optional<MoveRemains> takenAway() const {
+        return MoveRemains{.place = from_.path, .fault = FileFault::busy};
+    }
+
+    /// Removes what earlier moves began to remove, if all of it is at the destination, too.
+    std::optional<MoveRemains> settleArrived(const std::vector<LockedAside>& arrived) {
+        std::optional<MoveRemains> remains;
+        for (const auto& each : arrived) {
+            const auto known = TreeRecord::of(source(), each.name.c_str());
+            auto left = std::optional(remainsAt(each.name, known ? FileFault::busy : faultOf(known.error())));
+            if (known && isWithin(each.name, finalName(), Compared::remains))
+                left = removeArrived(each.name, *known);
+            if (left) remains = std::move(left);
         }
-        return remainsAt(aside, fault == 0 || fault == ENOTEMPTY ? FileFault::busy : faultOf(fault));
+        return remains;
+    }
+
+    bool isWithin(const std::string& aside, const char* copy, Compared compared) const {
+        return isSameTree(source(), aside.c_str(), target(), copy, compared).value_or(false);
     }
 
     struct Completion {
@@ -245,8 +295,7 @@ class CopiedMove {
         if (!known) return Completion{true, remainsAt(aside, faultOf(known.error()))};
         const auto compared = isPlaced ? Compared::remains : Compared::whole;
         const char* copy = isPlaced ? finalName() : copy_.c_str();
-        if (!isSameTree(source(), aside.c_str(), target(), copy, compared).value_or(false))
-            return Completion{};
+        if (!isWithin(aside, copy, compared)) return Completion{};
         if (!isPlaced) {
             if (const int fault = renameExclusively(target(), copy, target(), finalName()))
                 return failed(to_.path, fault);
@@ -296,8 +345,10 @@ MoveResult settleMoveByCopy(const MoveEnd& from, const MoveEnd& to) {
 }
 
 FileResult<std::vector<Path>> revealAside(const MoveEnd& from) {
-    const auto aside = lockAside(from);
+    const auto aside = lockAll(asidePrefix, from);
     if (!aside) return tl::unexpected(aside.error());
+    // Another process may be about to set aside again what was written to one of these.
+    if (const auto arrived = lockAll(arrivedPrefix, from); !arrived) return tl::unexpected(arrived.error());
     std::vector<Path> places;
     places.reserve(aside->size());
     for (const auto& each : *aside) {
@@ -309,10 +360,18 @@ FileResult<std::vector<Path>> revealAside(const MoveEnd& from) {
 }
 
 std::vector<std::string> namesAside(int folder, const std::string& name) {
+    return namesTaken(asidePrefix, folder, name);
+}
+
+bool isNameOfArrived(std::string_view entry) {
+    return entry.starts_with(arrivedPrefix);
+}
+
+std::vector<std::string> namesOfArrived(const std::string& name) {
     std::vector<std::string> names;
+    names.reserve(lastAside);
     for (int number = 1; number <= lastAside; ++number)
-        if (auto aside = asideName(name, number); isTaken(folder, aside.c_str()))
-            names.push_back(std::move(aside));
+        names.push_back(hiddenName(arrivedPrefix, name, number));
     return names;
 }
 

@@ -28,8 +28,9 @@ std::optional<std::string> nameOnItsWay(std::string_view entry);
 
 /// Moves an item to another disk. A copy is written to ".tidwen-copy-<name>" in the destination's folder with
 /// everything the original has, flushed and compared; then the original is renamed to ".tidwen-moved-<name>"
-/// in its own folder and checked once more, the copy gets its name, and the original is removed. After an
-/// error the original is complete in its old place and no copy is left. What the destination's disk cannot
+/// in its own folder and checked once more, the copy gets its name, and the original is renamed to
+/// ".tidwen-arrived-<name>" and removed. After an error the original is complete in its old place and no copy
+/// is left. What the destination's disk cannot
 /// store (an attribute, an owner, a kind of item) is an error before anything changes, never left out. What
 /// cannot be removed of the original, or was added to it since the copy, stays aside and is returned.
 ///
@@ -45,5 +46,10 @@ FileResult<std::vector<Path>> revealAside(const MoveEnd& from);
 /// The names in a folder under which such moves have set originals aside, oldest first; more than one only
 /// where an earlier move left remains.
 std::vector<std::string> namesAside(int folder, const std::string& name);
+
+/// Whether an entry is the rest of an original that has arrived at its destination: no item any more.
+bool isNameOfArrived(std::string_view entry);
+/// The names that such rests of an item may have.
+std::vector<std::string> namesOfArrived(const std::string& name);
 
 } // namespace tidwen

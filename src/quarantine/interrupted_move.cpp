@@ -3,6 +3,7 @@
 #include "base/path.h"
 #include "operations/trash_staging.h"
 #include "platform/file_absence.h"
+#include "posix/copied_move.h"
 #include "quarantine/quarantine_layout.h"
 
 #include <algorithm>
@@ -20,10 +21,14 @@ namespace {
 class Unaccounted {
   public:
     Unaccounted(const std::vector<ManifestEntry>& planned, const FileSystem& files) : files_(files) {
-        for (const auto& entry : planned)
-            if (entry.destination)
-                for (Path place(*entry.destination); accounted_.insert(place).second && !place.isRoot();)
-                    place = place.parent();
+        for (const auto& entry : planned) {
+            if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
+            const Path destination(*entry.destination);
+            oldPlaceOfCopy_.emplace(destination.parent() / growingCopyName(destination.lastComponent()),
+                                    entry.source);
+            for (Path place = destination; accounted_.insert(place).second && !place.isRoot();)
+                place = place.parent();
+        }
     }
 
     /// True also if the folder cannot be read.
@@ -33,34 +38,57 @@ class Unaccounted {
         return known->second;
     }
 
+    /// Among the folders looked at so far: whether the run ended while it copied an item, and so before it
+    /// moved that, or one that has no folder yet.
+    bool isNeverMoved(const ManifestEntry& move) const {
+        if (begun_.empty()) return false;
+        return begun_.contains(move.source) || isMissing(files_, Path(*move.destination).parent());
+    }
+
   private:
-    bool look(const Path& folder) const {
+    bool look(const Path& folder) {
         const auto entries = files_.list(folder);
         if (!entries) return entries.error().fault != FileFault::missing;
         return std::ranges::any_of(*entries, [&](const DirectoryEntry& entry) {
             // The Finder creates .DS_Store; the run documents are known.
-            return entry.name != ".DS_Store" && !isRunDocument(entry.name)
-                   && !accounted_.contains(folder / entry.name);
+            return entry.name != ".DS_Store" && !isRunDocument(entry.name) && !isNameOfArrived(entry.name)
+                   && !accounted_.contains(folder / entry.name) && !isBegun(folder / entry.name);
         });
     }
 
+    /// Whether this is a copy that the run began, of an original that it cannot have moved: on the other disk
+    /// nothing is set aside.
+    bool isBegun(const Path& copy) {
+        const auto found = oldPlaceOfCopy_.find(copy);
+        if (found == oldPlaceOfCopy_.end()) return false;
+        const Path oldPlace(found->second);
+        const auto mine = files_.info(copy), there = files_.infoFollowingLinks(oldPlace.parent());
+        // If both are on one disk, the other one is disconnected.
+        if (!mine || !there || mine->device == there->device || files_.isSetAside(oldPlace)) return false;
+        begun_.insert(oldPlace.string());
+        return true;
+    }
+
     const FileSystem& files_;
-    std::set<Path> accounted_; ///< the items and the folders above them
+    std::map<Path, std::string> oldPlaceOfCopy_;
+    std::set<std::string> begun_; ///< old places
+    std::set<Path> accounted_;    ///< the items and the folders above them
     std::map<Path, bool> known_;
 };
 
-enum class Place { inQuarantine, elsewhere, unknown };
+enum class Whereabouts { inQuarantine, elsewhere, unknown };
 
-Place placeOf(const Path& destination, const FileSystem& files) {
+Whereabouts placeOf(const Path& destination, const FileSystem& files) {
     const auto item = files.info(destination);
-    if (item) return Place::inQuarantine;
-    return item.error().fault == FileFault::missing ? Place::elsewhere : Place::unknown;
+    if (item) return Whereabouts::inQuarantine;
+    return item.error().fault == FileFault::missing ? Whereabouts::elsewhere : Whereabouts::unknown;
 }
 
-bool isSettled(const ManifestEntry& entry, Place place, Unaccounted& unaccounted, const FileSystem& files) {
+bool isSettled(const ManifestEntry& entry, Whereabouts place, Unaccounted& unaccounted,
+               const FileSystem& files) {
     const Path source(entry.source), destination(*entry.destination);
-    if (place == Place::unknown || files.isSetAside(source)) return false;
-    if (place == Place::inQuarantine) return !isOneItem(source, destination, files);
+    if (place == Whereabouts::unknown || files.isSetAside(source)) return false;
+    if (place == Whereabouts::inQuarantine) return !isOneItem(source, destination, files);
     return !isStaged(destination, files) && !unaccounted.liesIn(destination.parent());
 }
 
@@ -123,17 +151,17 @@ RunObservation observe(const std::vector<ManifestEntry>& planned, const FileSyst
     std::vector<ManifestEntry> gone;
     for (const auto& entry : planned) {
         const bool isMove = entry.kind == ManifestEntryKind::move && entry.destination;
-        const auto place = isMove ? placeOf(Path(*entry.destination), files) : Place::elsewhere;
-        observed.push_back(place == Place::inQuarantine);
+        const auto place = isMove ? placeOf(Path(*entry.destination), files) : Whereabouts::elsewhere;
+        observed.push_back(place == Whereabouts::inQuarantine);
         if (observed.back()) moved.emplace(entry.source);
         if (!isMove) continue;
         if (!isSettled(entry, place, unaccounted, files))
             seen.unsettled.push_back(entry);
-        else if (place == Place::elsewhere && isMissing(files, Path(entry.source)))
+        else if (place == Whereabouts::elsewhere && isMissing(files, Path(entry.source)))
             gone.push_back(entry);
     }
     for (auto& entry : gone)
-        if (!laysWithin(moved, Path(entry.source))) {
+        if (!laysWithin(moved, Path(entry.source)) && !unaccounted.isNeverMoved(entry)) {
             entry.isMissing = true;
             seen.missing.push_back(std::move(entry));
         }

@@ -4,9 +4,11 @@
 #include "base/timestamp.h"
 #include "operations/trash_staging.h"
 #include "platform/budgeted_files.h"
+#include "platform/file_absence.h"
 #include "platform/file_system.h"
 #include "posix/copied_bytes.h"
 #include "posix/copied_move.h"
+#include "quarantine/arrived_rests.h"
 #include "quarantine/comparison_limit.h"
 #include "quarantine/earlier_undo.h"
 #include "quarantine/held_items.h"
@@ -32,7 +34,7 @@ using Problem = UnfinishedRun::Problem;
 class Recovery {
   public:
     Recovery(const UserEnvironment& user, FileSystem& files, const Clock& clock, Log& log)
-        : policy_(user, files), files_(files), clock_(clock), log_(log), held_(user, files) {}
+        : user_(user), policy_(user, files), files_(files), clock_(clock), log_(log), held_(user, files) {}
 
     void lookAt(const Path& root) {
         if (dropEmptyRun(root, files_)) return;
@@ -70,10 +72,8 @@ class Recovery {
     void recover(const RemovalJournal& journal) {
         const Path& root = journal.quarantineRoot;
         settle(journal);
+        const auto heldByOthers = settleBegunCopies(journal);
         auto run = readRunWithoutManifest(root, files_);
-        std::set<std::string> heldByOthers;
-        if (run && run->problem == Problem::unsettled) heldByOthers = dropCopiesOfWhatOthersHold(journal);
-        if (!heldByOthers.empty()) run = readRunWithoutManifest(root, files_);
         if (run && run->known) {
             auto& entries = run->known->entries;
             std::erase_if(entries, [&](const ManifestEntry& entry) {
@@ -128,8 +128,8 @@ class Recovery {
     }
 
     /// Removes unfinished copies of this run whose originals another removal moved, whatever the clock said
-    /// when it began. Returns the old places of those originals.
-    std::set<std::string> dropCopiesOfWhatOthersHold(const RemovalJournal& journal) {
+    /// when it began. Returns the old places of those originals. The other copies stay and are told.
+    std::set<std::string> settleBegunCopies(const RemovalJournal& journal) {
         std::set<std::string> held;
         std::set<Path> compared;
         for (const auto& entry : journal.planned) {
@@ -141,7 +141,10 @@ class Recovery {
             const bool isElsewhere = std::ranges::any_of(originals, [&](const Path& original) {
                 return !original.isWithin(journal.quarantineRoot) && canHaveGrownFrom(original, copy, files_);
             });
-            if (isElsewhere && files_.removeTree(copy)) held.insert(entry.source);
+            if (isElsewhere && files_.removeTree(copy))
+                held.insert(entry.source);
+            else if (isMissing(files_, Path(entry.source)))
+                rests_.insert(copy);
         }
         return held;
     }
@@ -166,9 +169,16 @@ class Recovery {
     }
 
     void settleReturns(const std::vector<ManifestEntry>& entries) {
-        for (const auto& entry : entries)
+        ArrivedRests arrived(files_, policy_, held_);
+        for (const auto& entry : entries) {
             if (settleArrived(entry, files_, policy_) || settleTakenAgain(entry, held_, files_, policy_))
                 tellSettled(Path(entry.source));
+            const auto rests = arrived.settle(entry);
+            rests_.insert(rests.left.begin(), rests.left.end());
+            for (const auto& rest : rests.removed) {
+                if (rest.isWithin(user_.trash())) tellSettled(Path(entry.source));
+            }
+        }
         for (auto& found : returns_.of(entries)) {
             if (!files_.exists(found.copy)) continue;
             if (tidwen::settle(found, files_, policy_))
@@ -199,6 +209,7 @@ class Recovery {
         return written.has_value();
     }
 
+    const UserEnvironment& user_;
     const PathPolicy policy_;
     FileSystem& files_;
     const BudgetedFiles budgeted_{files_}; ///< for completed runs, whose number is unlimited
@@ -208,7 +219,7 @@ class Recovery {
     InterruptedReturns returns_{files_};
     std::vector<InterruptedReturn> unsettledReturns_;
     EarlierUndo earlier_{files_, policy_};
-    std::set<Path> rests_; ///< of items that are back and have changed since
+    std::set<Path> rests_; ///< of items that arrived and have changed since
     RecoveryOutcome outcome_;
 };
 

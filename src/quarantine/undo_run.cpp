@@ -11,6 +11,7 @@
 #include "platform/file_absence.h"
 #include "platform/user_environment.h"
 #include "posix/copied_bytes.h"
+#include "quarantine/arrived_rests.h"
 #include "quarantine/comparison_limit.h"
 #include "quarantine/earlier_undo.h"
 #include "quarantine/held_items.h"
@@ -248,7 +249,8 @@ class UndoRun {
     /// The item is complete; remains in quarantine are reported as well.
     void countRestored(const Path& from, const Path& oldPlace) {
         ++report_.restoredCount;
-        if (ports_.files.isSetAside(from)) fail(oldPlace.string(), {remainsInQuarantineKey});
+        if (ports_.files.isSetAside(from) || !arrivedRests(from, ports_.files).empty())
+            fail(oldPlace.string(), {remainsInQuarantineKey});
     }
 
     /// Put back before its enclosing folder, it would take that folder's place. Within the batch the order of

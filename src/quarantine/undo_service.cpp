@@ -2,6 +2,7 @@
 
 #include "base/path.h"
 #include "platform/file_system.h"
+#include "quarantine/arrived_rests.h"
 #include "quarantine/held_items.h"
 #include "quarantine/history.h"
 #include "quarantine/interrupted_move.h"
@@ -37,8 +38,11 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settli
     if (const auto ended = readManifest(root, ports_.files); ended && settling == Settling::done) {
         HeldItems held(user_, ports_.files);
         const PathPolicy policy(user_, ports_.files);
-        for (const auto& entry : ended->entries)
+        ArrivedRests arrived(ports_.files, policy, held);
+        for (const auto& entry : ended->entries) {
             settleTakenAgain(entry, held, ports_.files, policy);
+            (void)arrived.settle(entry);
+        }
     }
     if (auto entry = readHistoryEntry(root, ports_.files)) {
         const bool isLeft = entry->pendingMoves > 0 || (ports_.runsJobs && entry->loadableJobs > 0);

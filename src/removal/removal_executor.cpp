@@ -9,6 +9,7 @@
 #include "operations/stepwise_run.h"
 #include "platform/file_absence.h"
 #include "platform/file_system.h"
+#include "quarantine/arrived_rests.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
@@ -18,6 +19,7 @@
 #include <iterator>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -107,6 +109,22 @@ class ObservedResults {
     std::map<Uuid, const operation::Move*> moveByTrace_;
 };
 
+std::set<Path> restsBeside(const ManifestEntry& entry, const FileSystem& files) {
+    if (entry.kind != ManifestEntryKind::move) return {};
+    const auto rests = arrivedRests(Path(entry.source), files);
+    return {rests.begin(), rests.end()};
+}
+
+/// Moves that recovery must complete: an item is at neither place, or some of it could not be removed from
+/// the old one.
+std::vector<ManifestEntry> unfinishedMoves(const std::vector<ManifestEntry>& planned,
+                                           const std::set<Path>& earlierRests, const FileSystem& files) {
+    auto unfinished = observe(planned, files).unsettled;
+    for (const auto& entry : planned)
+        if (!std::ranges::includes(earlierRests, restsBeside(entry, files))) unfinished.push_back(entry);
+    return unfinished;
+}
+
 } // namespace
 
 FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOperation>& plan,
@@ -121,6 +139,9 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
         return tl::unexpected(written.error());
     }
 
+    std::set<Path> earlierRests;
+    for (const auto& entry : journal.planned)
+        earlierRests.merge(restsBeside(entry, ports_.files));
     RemovalReport report{.apps = apps,
                          .mode = mode,
                          .quarantineRoot = layout.root,
@@ -135,7 +156,7 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
     }
 
     steps.finish();
-    report.manifestFailure = conclude(journal, report);
+    report.manifestFailure = conclude(journal, earlierRests, report);
     const auto succeeded = std::count_if(report.results.begin(), report.results.end(),
                                          [](const OperationResult& result) { return result.succeeded; });
     ports_.log.info("Removed {}/{} traces", succeeded, plan.size());
@@ -143,15 +164,16 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
 }
 
 /// Why the run's journal stays instead of a manifest; recovery examines it again.
-std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal, RemovalReport& report) const {
+std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal,
+                                                 const std::set<Path>& earlierRests,
+                                                 RemovalReport& report) const {
     const auto& root = journal.quarantineRoot;
-    const auto unsettled = observe(journal.planned, ports_.files).unsettled;
-    for (const auto& entry : unsettled) {
+    for (const auto& entry : unfinishedMoves(journal.planned, earlierRests, ports_.files)) {
         ports_.log.error("The journal stays in {}, a move was left unfinished: {}", root.string(),
                          entry.source);
         report.unsettled.push_back(entry.source);
     }
-    if (!unsettled.empty()) return Message{"failure.moveUnfinished"};
+    if (!report.unsettled.empty()) return Message{"failure.moveUnfinished"};
 
     const ObservedResults observed(report.operations, ports_.files);
     const auto done = observed.of(report.results);

@@ -2,6 +2,7 @@
 
 #include "base/log.h"
 #include "base/message.h"
+#include "base/path.h"
 #include "base/step_progress.h"
 #include "base/timestamp.h"
 #include "operations/privileged_runner.h"
@@ -12,6 +13,7 @@
 #include "removal/removal_report.h"
 
 #include <optional>
+#include <set>
 #include <tl/expected.hpp>
 #include <vector>
 
@@ -40,7 +42,8 @@ class RemovalExecutor {
                                       RemovalMode mode, Timestamp date, const StepControl& control = {});
 
   private:
-    std::optional<Message> conclude(const RemovalJournal& journal, RemovalReport& report) const;
+    std::optional<Message> conclude(const RemovalJournal& journal, const std::set<Path>& earlierRests,
+                                    RemovalReport& report) const;
 
     Ports ports_;
 };

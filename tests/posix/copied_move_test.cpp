@@ -288,6 +288,10 @@ TEST_F(CopiedMove, AKillAtAnyChangeIsSettled) {
     const int changes = forEveryChange(
         here.path(), away, [](pid_t child) { ::kill(child, SIGKILL); },
         [&](const auto& before) {
+            const auto aside = here.path() / ".tidwen-moved-app";
+            if (fs::exists(aside)) {
+                EXPECT_EQ(fingerprint(aside), before) << "what is aside is whole, until it has another name";
+            }
             EXPECT_EQ(outcome(openVolume()->settleInterruptedMove(hereAt("app"), awayAt("app"))), "ok");
             const bool isMoved = fs::exists(away / "app");
             completed += isMoved ? 1 : 0;
@@ -352,7 +356,8 @@ TEST_F(CopiedMove, TellsThatAnotherPutItBackMeanwhile) {
         };
         const auto putBack = [&](pid_t) {
             std::error_code none;
-            fs::rename(here.path() / ".tidwen-moved-app", here.path() / "app", none);
+            for (const auto* aside : {".tidwen-moved-app", ".tidwen-arrived-app"})
+                fs::rename(here.path() / aside, here.path() / "app", none);
         };
         ended = runAndInterruptAt(count, move, putBack);
         if (ended == Ended::reached) {
@@ -373,7 +378,8 @@ TEST_F(CopiedMove, WhatIsWrittenMeanwhileIsNotLost) {
     const int changes = forEveryChange(
         here.path(), away,
         [&](pid_t) {
-            for (const auto& top : {here.path() / "app", here.path() / ".tidwen-moved-app", away / "app"}) {
+            for (const auto& top : {here.path() / "app", here.path() / ".tidwen-moved-app",
+                                    here.path() / ".tidwen-arrived-app", away / "app"}) {
                 if (!fs::exists(top / "inner/file")) continue;
                 writeFile(top / "inner/new", "new words");
                 std::ofstream(top / "inner/file", std::ios::app) << "more words";
@@ -410,7 +416,7 @@ TEST_F(CopiedMove, WhatCannotBeRemovedIsToldAndRemovedLater) {
     const struct {
         std::string name, aside;
         long call;
-    } cases[] = {{"one", ".tidwen-moved-app", SYS_unlinkat}, {"two", ".tidwen-moved2-app", SYS_fsync}};
+    } cases[] = {{"one", ".tidwen-arrived-app", SYS_unlinkat}, {"two", ".tidwen-moved-app", SYS_fsync}};
     for (const auto& each : cases) {
         writeFile(here.path() / "app/inner/file", each.name);
         inChild([&] {
@@ -497,6 +503,26 @@ TEST(SettleInterruptedMove, RemovesOnlyWhatIsSafeElsewhere) {
     }
 }
 
+/// The rest of what has arrived is no item: nothing gives it the item's name.
+TEST(SettleInterruptedMove, RemovesTheRestOfWhatArrivedIfItIsSafeElsewhere) {
+    for (const bool isSafe : {true, false}) {
+        const TemporaryVolume volume;
+        const std::string rest = "/from/.tidwen-arrived2-x", place = isSafe ? "/to/x" : "/from/x";
+        volume.write("/to/x/a", "a");
+        volume.write(rest + "/b", "b");
+        volume.write(place + "/b", "b");
+        for (const auto& item : {rest, place})
+            age(volume.host(item + "/b"), 1);
+        const auto files = openVolume(volume.hostRoot());
+        EXPECT_FALSE(files->isSetAside(Path("/from/x")));
+        const auto settled = files->settleInterruptedMove(Path("/from/x"), Path("/to/x"));
+        const MoveRemains remains{Path(rest), FileFault::busy};
+        EXPECT_EQ(settled.value(), isSafe ? std::nullopt : std::optional(remains));
+        EXPECT_EQ(files->revealRemains(Path("/from/x")), std::vector<Path>());
+        EXPECT_EQ(volume.exists(rest), !isSafe);
+    }
+}
+
 /// A removal makes a folder writable before it empties it, and can be cut off in between.
 TEST(SettleInterruptedMove, KnowsTheFoldersThatARemovalUnlocked) {
     const struct {
@@ -540,7 +566,13 @@ TEST(SettleInterruptedMove, FinishesItsOwnRenamesByHardLink) {
     volume.write("/to/x", "content");
     fs::create_hard_link(volume.host("/from/x"), volume.host("/from/.tidwen-moved-x"));
     fs::create_hard_link(volume.host("/to/x"), volume.host("/to/.tidwen-copy-x"));
-    (void)openVolume(volume.hostRoot())->settleInterruptedMove(Path("/from/x"), Path("/to/x"));
+    volume.write("/from/.tidwen-arrived-y", "y");
+    fs::create_hard_link(volume.host("/from/.tidwen-arrived-y"), volume.host("/from/.tidwen-moved-y"));
+    for (const std::string name : {"x", "y"})
+        (void)openVolume(volume.hostRoot())
+            ->settleInterruptedMove(Path("/from/" + name), Path("/to/" + name));
+    EXPECT_FALSE(volume.exists("/from/.tidwen-moved-y"));
+    fs::remove(volume.host("/from/.tidwen-arrived-y"));
     EXPECT_EQ(namesIn(volume.host("/from")), std::vector<std::string>{"x"});
     EXPECT_EQ(namesIn(volume.host("/to")), std::vector<std::string>{"x"});
 }

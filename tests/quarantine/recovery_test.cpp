@@ -17,6 +17,7 @@
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/recording_runner.h"
+#include "support/small_disk.h"
 #include "support/stand_ins.h"
 #include "support/unprivileged.h"
 
@@ -440,6 +441,32 @@ TEST_F(Recovery, AFolderThatCannotBeReadMayHoldACopyOfAnUndo) {
             EXPECT_EQ(recoverAll().settledReturns.size(), 1u);
         });
     }
+}
+
+/// The item was changed and removed otherwise since: the run never moved it, nor what came after it.
+TEST_F(Recovery, AHalfCopyHoldsNoRunWhenNothingIsSetAside) {
+    const std::string caches = "/Library/Caches", aside = caches + "/.tidwen-moved-a";
+    const auto copied = moveEntry(1, root, caches + "/a"), never = moveEntry(2, root, caches + "/b");
+    const auto copy = (root / "0001/.tidwen-copy-a").string();
+    const auto skipped = withSmallDisk(1u << 20, [&](const fs::path& disk) {
+        TemporaryVolume mac; // sees the disk
+        mac.makeFolder(caches);
+        ASSERT_TRUE(mountAgain(disk, mac.host(caches)));
+        ASSERT_TRUE(writeJournal({.createdAt = runDate, .quarantineRoot = root, .planned = {copied, never}},
+                                 root / journalFileName, mac.files()));
+        mac.write(copy, "who");
+        mac.write(aside, "");
+        EXPECT_THAT(readUnfinishedRun(root, mac.files())->unsettled, ElementsAre(copied.source));
+        fs::remove(mac.host(aside));
+        const auto outcome = recoverInterruptedRemovals(alice(), mac.files(), clock, log);
+        ASSERT_EQ(outcome.recovered.size(), 1u);
+        EXPECT_THAT(outcome.recovered[0].entries, IsEmpty());
+        EXPECT_THAT(outcome.missing, IsEmpty());
+        EXPECT_THAT(outcome.strayCopies, ElementsAre(Path(copy)));
+        EXPECT_EQ(mac.read(copy), "who");
+        EXPECT_TRUE(QuarantinePurge(mac.files(), alice(), {}, log).purge({root}));
+    });
+    if (skipped) GTEST_SKIP() << *skipped;
 }
 
 TEST_F(Recovery, WhatLiesAsideBelongsToTheRunThatHasTheItem) {

@@ -279,10 +279,16 @@ TEST_F(Undo, PutsNoRestOfAnEarlierOneBack) {
     const auto other = alice().trash() / "Tidwen - Later";
     const auto again = moveEntry(1, other, place);
     const std::string aside = (root / "0001/.tidwen-moved-X.app").string();
+    const std::string rest = (root / "0001/.tidwen-arrived-X.app").string();
     const struct {
         const char* what;
         std::string at, letters, left, then; ///< then: all that is left aside or beside
+        bool isNoItem = false;
     } cases[] = {
+        {"known to have arrived, changed since", place, "aBc", "bc", rest, true},
+        {"known to have arrived, moved since", "/Applications/Y.app", "abc", "bc", rest, true},
+        {"known to have arrived", place, "abc", "bc", "", true},
+        {"known to have arrived, removed again", *again.destination, "abc", "bc", "", true},
         {"changed since", place, "aBc", "bc", aside},
         {"removed again", *again.destination, "abc", "bc", ""},
         {"whole, and its place was taken", place, "x", "xbc", beside},
@@ -294,23 +300,27 @@ TEST_F(Undo, PutsNoRestOfAnEarlierOneBack) {
                                   root / manifestFileName, volume.files()));
         ASSERT_TRUE(writeManifest({.createdAt = runDate, .quarantineRoot = other, .entries = {again}},
                                   other / manifestFileName, volume.files()));
-        for (const auto& [item, letters] : {std::pair(c.at, c.letters), {aside, c.left}})
+        for (const auto& [item, letters] : {std::pair(c.at, c.letters), {c.isNoItem ? rest : aside, c.left}})
             for (const char letter : letters) {
                 const auto file = item + "/" + static_cast<char>(letter | 0x20);
                 volume.write(file, std::string(3, letter));
                 std::filesystem::last_write_time(volume.host(file), std::filesystem::file_time_type());
             }
-        const auto report =
-            UndoService({volume.files(), administrator, session, texts, log, clock}, alice()).undoRun(root);
-        EXPECT_EQ(report.has_value(), c.at != *again.destination);
+        UndoService service({volume.files(), administrator, session, texts, log, clock}, alice());
+        if (c.isNoItem) {
+            EXPECT_EQ(readHistoryEntry(root, volume.files())->pendingMoves, 0);
+            EXPECT_FALSE(service.planRun(root) && !service.planRun(root)->items.empty());
+        }
+        const auto report = service.undoRun(root);
+        EXPECT_EQ(report.has_value(), !c.isNoItem && c.at != *again.destination);
         EXPECT_TRUE(c.then.empty() || volume.exists(c.then + "/c"));
-        for (const auto& path : {aside, beside})
+        for (const auto& path : {aside, rest, beside})
             EXPECT_EQ(volume.exists(path), path == c.then) << path;
         const auto failures = report ? report->failures : std::vector<Problem>();
-        const Problem rest{place, {"failure.undo.rest %@", {aside}}};
-        EXPECT_EQ(failures, c.then == aside ? std::vector{rest} : std::vector<Problem>());
+        const Problem isChanged{place, {"failure.undo.rest %@", {aside}}};
+        EXPECT_EQ(failures, c.then == aside ? std::vector{isChanged} : std::vector<Problem>());
         EXPECT_EQ(recoverInterruptedRemovals(alice(), volume.files(), clock, log).strayCopies,
-                  c.then == aside ? std::vector{Path(aside)} : std::vector<Path>());
+                  c.then == aside || c.then == rest ? std::vector{Path(c.then)} : std::vector<Path>());
         for (const auto& path : {root.string(), other.string(), std::string("/Applications")})
             std::filesystem::remove_all(volume.host(path));
     }

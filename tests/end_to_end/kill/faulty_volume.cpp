@@ -145,7 +145,8 @@ Words FaultyVolume::itemsLeft() const {
 Words FaultyVolume::hiddenItems() const {
     return macPathsWhere(volume_.hostRoot(), [](const fs::directory_entry& each) {
         const auto name = each.path().filename().string();
-        return name.starts_with(".tidwen-copy-") || name.starts_with(".tidwen-moved-");
+        return name.starts_with(".tidwen-copy-") || name.starts_with(".tidwen-moved-")
+               || name.starts_with(".tidwen-arrived-");
     });
 }
 
