@@ -4,10 +4,52 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace tidwen {
 
 namespace {
+
+/// The offsets of the code points.
+std::vector<std::size_t> starts(const std::string& text) {
+    std::vector<std::size_t> result;
+    for (std::size_t i = 0; i < text.size(); ++i)
+        if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) result.push_back(i);
+    result.push_back(text.size());
+    return result;
+}
+
+bool isOneOf(std::string_view characters, const std::string& character) {
+    return characters.find(character) != characters.npos;
+}
+
+/// Whether a line may end between two characters of a word: beside one of East Asian writing, which has no
+/// spaces, but not before closing punctuation, small kana or the long vowel mark, nor after opening
+/// punctuation.
+bool mayBreakBetween(const std::string& before, const std::string& after) {
+    if (displayWidth(before) < 2 && displayWidth(after) < 2) return false;
+    constexpr std::string_view closing =
+        "、。，．・：；？！」』）】〉》〕］｝〙〗ーゝゞ々ぁぃぅぇぉっゃゅょゎ"
+        "ァィゥェォッャュョヮヵヶ…‥—～％’”.,:;?!)]}%";
+    constexpr std::string_view opening = "「『（【〈《〔［｛〘〖‘“([{";
+    return displayWidth(after) > 0 && !isOneOf(closing, after) && !isOneOf(opening, before);
+}
+
+/// The parts of a word between which a line may end.
+std::vector<std::string> partsOf(const std::string& word) {
+    const auto at = starts(word);
+    std::vector<std::string> parts;
+    std::string before;
+    for (std::size_t i = 0; i + 1 < at.size(); ++i) {
+        auto character = word.substr(at[i], at[i + 1] - at[i]);
+        if (parts.empty() || mayBreakBetween(before, character))
+            parts.push_back(character); // NOLINT(performance-inefficient-vector-operation)
+        else
+            parts.back() += character;
+        before = std::move(character);
+    }
+    return parts;
+}
 
 /// An unbreakable piece, and the spaces before it within a line.
 struct Piece {
@@ -15,6 +57,14 @@ struct Piece {
     std::string text;
     Style style = Style::plain;
 };
+
+/// Whether a word continues the last piece: without a space between them both are one.
+bool continues(const std::vector<Piece>& pieces, std::size_t blanks, Style style, const std::string& word) {
+    if (blanks > 0 || pieces.empty() || pieces.back().style != style) return false;
+    const auto& last = pieces.back().text;
+    const auto at = starts(last);
+    return !mayBreakBetween(last.substr(at[at.size() - 2]), word.substr(0, starts(word)[1]));
+}
 
 /// Adds the words of a span, or a path as one piece. Returns the number of trailing spaces.
 std::size_t addPieces(const StyledText& span, std::size_t blanks, std::vector<Piece>& pieces) {
@@ -27,24 +77,17 @@ std::size_t addPieces(const StyledText& span, std::size_t blanks, std::vector<Pi
         const auto end =
             isPath ? text.find_last_not_of(' ') + 1 : std::min(text.find(' ', begin), text.size());
         const auto word = text.substr(begin, end - begin);
-        // Without a space between them both are parts of one word.
-        if (blanks == 0 && !pieces.empty() && pieces.back().style == span.style)
-            pieces.back().text += word;
-        else
-            pieces.push_back({blanks, word, span.style});
-        blanks = 0;
+        const auto parts = isPath ? std::vector{word} : partsOf(word);
+        for (const auto& part : parts) {
+            if (continues(pieces, blanks, span.style, part))
+                pieces.back().text += part;
+            else
+                pieces.push_back({blanks, part, span.style});
+            blanks = 0;
+        }
         at = end;
     }
     return blanks;
-}
-
-/// The offsets of the code points.
-std::vector<std::size_t> starts(const std::string& text) {
-    std::vector<std::size_t> result;
-    for (std::size_t i = 0; i < text.size(); ++i)
-        if ((static_cast<unsigned char>(text[i]) & 0xC0) != 0x80) result.push_back(i);
-    result.push_back(text.size());
-    return result;
 }
 
 } // namespace
@@ -74,20 +117,28 @@ class WrappedLine {
   public:
     explicit WrappedLine(std::size_t columns) : columns_(columns), indentation_(columns / 10) {}
 
-    void add(std::string_view word) {
-        const auto blanks = column_ > indentation_ || (isFirst_ && column_ > 0) ? 1u : 0u;
+    void add(const std::string& word) {
+        if (word.empty()) return addPart(word, true);
+        bool isFirst = true;
+        for (const auto& part : partsOf(word))
+            addPart(part, std::exchange(isFirst, false));
+    }
+    std::string take() { return std::move(text_); }
+
+  private:
+    void addPart(const std::string& word, bool isBegin) {
+        const bool isWithin = column_ > indentation_ || (isFirst_ && column_ > 0);
+        const auto blanks = isBegin && isWithin ? 1u : 0u;
         if (column_ + blanks + displayWidth(word) <= columns_) return put(std::string(blanks, ' '), word);
-        if (blanks > 0) end();
-        const auto at = starts(std::string(word));
+        if (isWithin) end();
+        const auto at = starts(word);
         for (std::size_t i = 0; i + 1 < at.size(); ++i) {
             const auto letter = word.substr(at[i], at[i + 1] - at[i]);
             if (column_ + displayWidth(letter) > columns_) end();
             put("", letter);
         }
     }
-    std::string take() { return std::move(text_); }
 
-  private:
     void put(const std::string& blanks, std::string_view word) {
         text_ += blanks;
         text_ += word;
@@ -108,10 +159,11 @@ std::string wrappedLine(std::string_view line, std::size_t columns) {
     WrappedLine wrapped(columns);
     for (std::size_t at = 0; at < line.size();) {
         const auto end = std::min(line.find(' ', at), line.size());
-        wrapped.add(line.substr(at, end - at));
+        wrapped.add(std::string(line.substr(at, end - at)));
         at = end + 1;
     }
-    return wrapped.take();
+    // An answer is typed after it.
+    return wrapped.take() + (line.ends_with(' ') ? " " : "");
 }
 
 } // namespace
@@ -144,7 +196,10 @@ std::vector<std::vector<StyledText>> wrapped(const std::vector<StyledText>& line
             column = 0;
             before = indentation;
         }
+        // Only what is longer than a line is cut.
         before = std::min(before, columns / 2);
+        if (column == 0 && displayWidth(text) <= columns)
+            before = std::min(before, columns - displayWidth(text));
         text = cutInMiddle(text, columns - column - before);
         column += before + displayWidth(text);
         lines.back().push_back({std::string(before, ' ')});

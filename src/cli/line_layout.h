@@ -15,12 +15,12 @@ inline constexpr std::size_t leastColumns = 20;
 /// The printable form of the text, with "…" replacing its middle if it exceeds `columns`.
 std::string cutInMiddle(const std::string& text, std::size_t columns);
 
-/// Wraps each line of a text between words, or within a word longer than a line; nothing is omitted.
-/// Continuation lines are indented.
+/// Wraps each line of a text between words or East Asian characters, or within a word longer than a line;
+/// nothing is omitted. Continuation lines are indented.
 std::string wrappedText(const std::string& text, std::size_t columns);
 
-/// Wraps a line between words and spans; continuation lines are indented below the first. A span that is a
-/// path is not broken; a piece longer than a line is cut in the middle.
+/// Wraps a line between words, East Asian characters and spans; continuation lines are indented below the
+/// first. A span that is a path is not broken; a piece longer than a line is cut in the middle.
 std::vector<std::vector<StyledText>> wrapped(const std::vector<StyledText>& line, std::size_t columns);
 
 } // namespace tidwen

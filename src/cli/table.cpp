@@ -27,38 +27,47 @@ std::vector<std::size_t> Table::widths() const {
 
 void Table::print(Console& console, std::size_t indentation) const {
     const auto columns = console.columns();
-    std::size_t needed = indentation;
-    for (const auto each : widths())
-        needed += each > 0 ? each + 2 : 0;
-    if (columns && needed > *columns + 2) return printInTwo(console, indentation, *columns);
-    for (const auto& line : lines(indentation))
+    for (const auto& line : columns ? linesWithin(*columns, indentation) : lines(indentation))
         console.line(line);
 }
 
-void Table::printInTwo(Console& console, std::size_t indentation, std::size_t columns) const {
-    const auto all = widths();
-    // The columns of the first line, each at most half its width, so that one long name does not widen all
+bool Table::fits(std::size_t columns, std::size_t indentation) const {
+    std::size_t needed = indentation;
+    for (const auto each : widths())
+        needed += each > 0 ? each + 2 : 0;
+    return needed <= columns + 2;
+}
+
+std::vector<std::vector<StyledText>> Table::linesWithin(std::size_t columns, std::size_t indentation) const {
+    if (fits(columns, indentation)) return lines(indentation);
+    // A cell of more than half a line goes below with the rest of its row, so that it does not widen all
     // rows.
+    const auto widest = columns / 2;
+    const auto all = widths();
     std::size_t count = 0, used = indentation;
-    while (count < all.size() && used + std::min(all[count], columns / 2) <= columns)
-        used += std::min(all[count++], columns / 2) + 2;
+    while (count < all.size() && used + std::min(all[count], widest) <= columns)
+        used += std::min(all[count++], widest) + 2;
     Table first(columns_);
     for (const auto& row : rows_) {
-        first.add({row.begin(), row.begin() + static_cast<std::ptrdiff_t>(std::min(count, row.size()))});
-        for (auto& cell : first.rows_.back())
-            cell.text = cutInMiddle(cell.text, columns / 2);
+        const auto last = row.begin() + static_cast<std::ptrdiff_t>(std::min(count, row.size()));
+        first.add({row.begin(), std::find_if(row.begin(), last,
+                                             [&](const StyledText& cell) { return width(cell) > widest; })});
     }
     const auto heads = first.lines(indentation);
+    std::vector<std::vector<StyledText>> result;
+    result.reserve(2 * rows_.size());
     for (std::size_t i = 0; i < rows_.size(); ++i) {
-        console.line(heads[i]);
+        const auto fitting = first.rows_[i].size();
+        if (fitting > 0) result.push_back(heads[i]);
         std::vector<StyledText> rest;
-        for (std::size_t k = count; k < rows_[i].size(); ++k) {
+        for (std::size_t k = fitting; k < rows_[i].size(); ++k) {
             if (rows_[i][k].text.empty()) continue;
-            rest.push_back({std::string(rest.empty() ? indentation + 4 : 2, ' ')});
+            rest.push_back({std::string(rest.empty() ? indentation + (fitting > 0 ? 4 : 0) : 2, ' ')});
             rest.push_back(rows_[i][k]);
         }
-        if (!rest.empty()) console.line(rest);
+        if (!rest.empty()) result.push_back(std::move(rest));
     }
+    return result;
 }
 
 std::vector<std::vector<StyledText>> Table::lines(std::size_t indentation) const {

@@ -22,13 +22,16 @@ class Table {
     /// columns are omitted.
     std::vector<std::vector<StyledText>> lines(std::size_t indentation = 0) const;
 
-    /// Prints the lines. On a narrower terminal a row takes two lines: the columns that fit, long cells cut
-    /// in the middle, and below them the rest.
+    /// The same for a terminal of so many columns. Where the rows are wider, each takes two lines: the cells
+    /// that fit, and below them the rest, which the console wraps.
+    std::vector<std::vector<StyledText>> linesWithin(std::size_t columns, std::size_t indentation = 0) const;
+
+    /// Prints the lines that suit the terminal.
     void print(Console& console, std::size_t indentation = 0) const;
 
   private:
     std::vector<std::size_t> widths() const;
-    void printInTwo(Console& console, std::size_t indentation, std::size_t columns) const;
+    bool fits(std::size_t columns, std::size_t indentation) const;
 
     std::vector<Align> columns_;
     std::vector<std::vector<StyledText>> rows_;

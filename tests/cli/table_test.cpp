@@ -47,18 +47,30 @@ TEST(Table, ColumnsStandBelowOneAnotherAsATerminalShowsThem) {
                                                                            " x\\n\n");
 }
 
+std::string laidOut(const std::vector<StyledText>& line, std::size_t columns) {
+    std::string text;
+    for (const auto& each : wrapped(line, columns)) {
+        std::string shown;
+        for (const auto& span : each)
+            shown += span.text;
+        EXPECT_LE(displayWidth(shown), columns) << shown;
+        text += shown + "|";
+    }
+    return text;
+}
+
+TEST(Table, ARowTooLongForTheTerminalTakesTwoLinesAndIsNotCut) {
+    Table table({Table::Align::right});
+    for (const std::string name : {"notes", "sketch"})
+        table.add({{"3"}, {"move"}, {"/Library/Caches/com.example." + name}, {"-> 0003/" + name}});
+    std::string text;
+    for (const auto& line : table.linesWithin(40, 1))
+        text += laidOut(line, 40);
+    EXPECT_EQ(text, " 3  move|     /Library/Caches/com.example.notes|         -> 0003/notes|"
+                    " 3  move|     /Library/Caches/com.example.sketch|         -> 0003/sketch|");
+}
+
 TEST(LineLayout, BreaksBetweenWordsAndCutsWhatIsTooLong) {
-    const auto laidOut = [](const std::vector<StyledText>& line, std::size_t columns) {
-        std::string text;
-        for (const auto& each : wrapped(line, columns)) {
-            std::string shown;
-            for (const auto& span : each)
-                shown += span.text;
-            EXPECT_LE(displayWidth(shown), columns) << shown;
-            text += shown + "|";
-        }
-        return text;
-    };
     EXPECT_EQ(laidOut({{"  one two three"}, {"  four", Style::faint}}, 20), "  one two three|     four|");
     EXPECT_EQ(laidOut({{"[x]"}, {"  "}, {"/a b/c d"}, {"  why it is so"}}, 20),
               "[x]  /a b/c d  why|    it is so|");
@@ -69,6 +81,11 @@ TEST(LineLayout, BreaksBetweenWordsAndCutsWhatIsTooLong) {
               "x\n /Users/alic\n e/\u5199\u4f5c.app\n y");
     EXPECT_EQ(cutInMiddle("\u5199\u4f5c\u5199\u4f5c", 5), "\u5199…\u4f5c");
     EXPECT_EQ(laidOut({}, 20), "|");
+    EXPECT_EQ(
+        laidOut({{"\u300cKip\u300d\u306f\u77ed\u3044\u3001\u306e\u3067\u3001\u3067\u3059\u3002\u306f"}}, 20),
+        "\u300cKip\u300d\u306f\u77ed\u3044\u3001\u306e|    \u3067\u3001\u3067\u3059\u3002\u306f|");
+    EXPECT_EQ(wrappedText("\u306f\u77ed\u3044\u3067\u3059\u3002 [y/N] ", 11),
+              "\u306f\u77ed\u3044\u3067\n \u3059\u3002 [y/N] ");
 }
 
 TEST(Suggestion, IsTheWordThatComesClosest) {
