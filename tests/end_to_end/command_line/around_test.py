@@ -62,7 +62,7 @@ class Around(VolumeTest):
         self.refuse("orphans", "--remove", "--filter", "no such", "--dry-run", saying="nothing to remove")
         self.call("orphans", "--remove", "--dry-run", "--json")
         self.assertEqual(snapshot(self.volume, "Users/alice/.Trash"), before)
-        self.assertNotIn("no later search", self.call("orphans", "--remove", "--yes").output)
+        self.assertNotIn("found later at most", self.call("orphans", "--remove", "--yes").output)
         left = {trace["displayName"] for group in self.call("orphans", "--json").json["groups"] for trace in group["traces"]}
         self.assertEqual(left, {path for path in everything if "/receipts/" in path}, "what stays is shown again")
         self.call("undo", "1")
@@ -132,7 +132,7 @@ class Around(VolumeTest):
     def test_what_a_removal_leaves_can_be_taken_by_the_commands_it_prints(self):
         lines = self.call("remove", "Brightwell Studio", "Brightwell Tuner", "--yes").output.splitlines()
         self.assertIn("This folder is empty now: /Applications/Brightwell Studio", lines)
-        left = lines[lines.index("Left in place, and shown by no later search:") + 1:]
+        left = lines[lines.index("Left in place, and found later at most by “tidwen orphans”:") + 1:]
         commands = [line.strip() for line in left if line.startswith(f"  {terminal.PROGRAM}")]
         items = [line.strip().split("  ")[0] for line in left if line.startswith("  /") and line.strip() not in commands]
         self.assertEqual([item for item in items if not os.path.lexists(f"{self.volume}{item}")], [])
