@@ -89,7 +89,7 @@ void AppInventory::complete(const FileSystem& files, InstalledApp& app,
                             || !listLaunchItems(files, library / "LaunchAgents", false).empty()
                             || !listLaunchItems(files, library / "LaunchDaemons", true).empty()
                             || holdsBundles(files, library / "LoginItems");
-    app.usage = probeUsage(files, ports_.running, user_, app);
+    app.usage = probeUsage(files, ports_.running, ports_.usageRecords, user_, app);
 }
 
 /// Loads what earlier launches found, once.

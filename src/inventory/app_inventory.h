@@ -6,6 +6,7 @@
 #include "platform/applications.h"
 #include "platform/code_signatures.h"
 #include "platform/file_system.h"
+#include "platform/usage_records.h"
 #include "platform/user_environment.h"
 #include "scan/applications/installed_app.h"
 
@@ -31,6 +32,7 @@ class AppInventory {
         const FileSystem& files;
         const CodeSignatures& signatures;
         const RunningApplications& running;
+        const UsageRecords* usageRecords = nullptr; ///< null on a volume
     };
     using OnApp = std::function<void(const InstalledApp&)>;
     using OnSize = std::function<void(const InstalledApp&)>;

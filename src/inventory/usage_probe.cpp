@@ -2,6 +2,7 @@
 
 #include "base/path.h"
 #include "base/timestamp.h"
+#include "platform/usage_records.h"
 #include "posix/item_description.h"
 
 #include <algorithm>
@@ -46,12 +47,15 @@ std::optional<Timestamp> parseLastUsedDate(std::string_view attribute) {
     return Timestamp(std::chrono::seconds(static_cast<std::int64_t>(seconds)));
 }
 
-AppUsage probeUsage(const FileSystem& files, const RunningApplications& running, const UserEnvironment& user,
-                    const InstalledApp& app) {
+AppUsage probeUsage(const FileSystem& files, const RunningApplications& running, const UsageRecords* records,
+                    const UserEnvironment& user, const InstalledApp& app) {
     AppUsage usage;
     usage.isRunning = running.isRunning(app.bundleID);
+    const auto record = records ? records->of(app.url) : UsageRecord();
+    usage.useCount = record.useCount;
     const auto attribute = files.extendedAttribute(app.url, "com.apple.lastuseddate#PS");
-    if (const auto date = attribute ? parseLastUsedDate(*attribute) : std::nullopt) {
+    const auto onBundle = attribute ? parseLastUsedDate(*attribute) : std::nullopt;
+    if (const auto date = std::max(onBundle, record.lastUsed)) { // an absent one is the least
         usage.evidence = {UsageEvidence::Kind::launchRecord, date};
         return usage;
     }

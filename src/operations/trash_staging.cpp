@@ -26,6 +26,20 @@ std::optional<Path> stagingPlace(const Path& inTrash) {
                 + text.substr(home + trash.size()));
 }
 
+FileResult<void> makeStagingFolder(const Path& folder, FileSystem& files) {
+    if (auto made = files.createDirectories(folder); !made) return made;
+    if (files.resolve(folder).value_or(Path()) != folder)
+        return tl::unexpected(FileError{FileFault::throughLink, folder});
+    return {};
+}
+
+void dropEmptyStaging(const Path& folder, FileSystem& files) {
+    // Other files of Tidwen are in the last of them.
+    for (Path each = folder;
+         each.lastComponent() != "Application Support" && files.removeEmptyDirectory(each);)
+        each = each.parent();
+}
+
 bool isStaged(const Path& inTrash, const FileSystem& files) {
     const auto place = stagingPlace(inTrash);
     return place && files.exists(*place);
@@ -42,11 +56,8 @@ tl::expected<operation::Move, Message> TrashStaging::prepare(const operation::Mo
     const auto to = placeFor(move.destination), from = placeFor(move.source);
     if (!to && !from) return move;
     const Path folder = (to ? *to : *from).parent(), above = to ? folder : folder.parent();
-    if (const auto made = files_.createDirectories(above); !made)
+    if (const auto made = makeStagingFolder(above, files_); !made)
         return tl::unexpected(failure(made.error().fault));
-    // A link here would lead root elsewhere.
-    if (files_.resolve(above).value_or(Path()) != above)
-        return tl::unexpected(failure(FileFault::throughLink));
     if (to) return operation::Move{move.source, *to};
     if (isMissing(files_, *from))
         if (const auto moved = files_.move(move.source.parent(), folder); !moved)
@@ -65,10 +76,7 @@ std::optional<Message> TrashStaging::settle(const Path& place) {
             made ? files_.move(folder, place.parent()) : MoveResult(tl::unexpected(made.error()));
         if (!moved) failed = failure(moved.error().fault);
     }
-    // The folders above, when nothing else waits in them; other files of Tidwen are in the last of them.
-    for (Path each = folder.parent();
-         each.lastComponent() != "Application Support" && files_.removeEmptyDirectory(each);)
-        each = each.parent();
+    dropEmptyStaging(folder.parent(), files_);
     return failed;
 }
 

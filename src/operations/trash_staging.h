@@ -41,6 +41,10 @@ class TrashStaging {
 /// Where an item on its way to or from this place in the Trash waits; nullopt for a place outside a Trash.
 /// Looks at the text only.
 std::optional<Path> stagingPlace(const Path& inTrash);
+/// Makes a folder beside the Trash; refused when a link lies on the way, which would lead root elsewhere.
+FileResult<void> makeStagingFolder(const Path& folder, FileSystem& files);
+/// Removes a staging folder, and those above it, where nothing else waits in them.
+void dropEmptyStaging(const Path& folder, FileSystem& files);
 /// Something waits there.
 bool isStaged(const Path& inTrash, const FileSystem& files);
 

@@ -8,6 +8,7 @@
 #include "platform/login_item.h"
 #include "platform/notifications.h"
 #include "platform/system.h"
+#include "platform/usage_records.h"
 #include "scan/policy/removability.h"
 
 #include <filesystem>
@@ -43,8 +44,10 @@ struct Mac {
     /// The folder that the processes of an application group share; empty where only its usual place is
     /// known.
     std::function<std::optional<Path>(const std::string& group)> groupContainer = {};
+    const UsageRecords* usageRecords = nullptr; ///< null on a volume
     /// Runs a script as an administrator; absent on a volume, where no prompt is possible.
     std::optional<AdminScriptRunner::Execute> administrator;
+    AdminScriptRunner::Trash trashForRoot = AdminScriptRunner::Trash::openToRoot;
     std::optional<std::filesystem::path>
         volume; ///< this machine's folder with the volume; absent on the running Mac
 

@@ -71,7 +71,9 @@ struct RunningMac::Parts {
               .knownApps = host.knownApps(),
               .isFinderExtensionEnabled = ports.isFinderExtensionEnabled,
               .groupContainer = ports.groupContainer,
+              .usageRecords = ports.usageRecords,
               .administrator = administrator,
+              .trashForRoot = trashForRoot(),
               .volume = std::nullopt} {}
 
     std::shared_ptr<void> owner;

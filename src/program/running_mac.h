@@ -7,6 +7,7 @@
 #include "platform/applications.h"
 #include "platform/keychain.h"
 #include "platform/known_applications.h"
+#include "platform/usage_records.h"
 #include "platform/user_environment.h"
 #include "program/mac.h"
 
@@ -31,6 +32,7 @@ class RunningMac : public OwnedMac {
         Keychain& keychain;
         RunningApplications& applications;
         KnownApplications& knownApplications;
+        const UsageRecords* usageRecords = nullptr;
         std::function<bool()> isFinderExtensionEnabled = [] { return false; };
         /// Where the system puts the folder of an application group; nullopt when it does not say.
         std::function<std::optional<Path>(const std::string& group)> groupContainer = {};

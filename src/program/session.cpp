@@ -20,7 +20,7 @@ Session::Session(Mac& mac, Executor& main, InstalledBundles::Looks looks)
       preferences_(mac.system.defaults),
       executor_({mac.system.files, mac.userRunner, mac.privilegedRunner, mac.system.log}),
       undo_(undoPorts(mac), mac.system.user),
-      purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
+      purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log, mac.trashForRoot),
       audit_(mac.system.files, mac.system.user, mac.system.texts),
       models_({mac, main, background_, preferences_, tags_, protectedApps_, undo_, purge_, audit_,
                [this] { return removalServices(); }}) {}

@@ -54,7 +54,8 @@ RemovalFlowModel& SessionModels::removal() {
 HomeGridModel& SessionModels::homeGrid() {
     if (homeGrid_) return *homeGrid_;
     const auto& system = shared_.mac.system;
-    inventory_.emplace(AppInventory::Ports{system.files, system.signatures, system.runningApplications},
+    inventory_.emplace(AppInventory::Ports{system.files, system.signatures, system.runningApplications,
+                                           shared_.mac.usageRecords},
                        system.user, KnownAppsFile(shared_.mac.knownApps, nameForMemory(shared_.mac)));
     return homeGrid_.emplace(HomeGridModel::Ports{*inventory_, shared_.preferences, shared_.tags,
                                                   shared_.protectedApps, system.texts, system.clock,

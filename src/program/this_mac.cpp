@@ -11,6 +11,7 @@
 #include "macos/finder_extension_state.h"
 #include "macos/group_container.h"
 #include "macos/launch_services.h"
+#include "macos/spotlight_usage.h"
 #include "macos/user_keychain.h"
 #include "macos/workspace_applications.h"
 #include "platform/process_runner.h"
@@ -28,6 +29,7 @@ struct Frameworks {
     UserKeychain keychain;
     WorkspaceApplications applications;
     LaunchServices knownApplications;
+    SpotlightUsage usageRecords;
 };
 
 tl::expected<std::unique_ptr<RunningMac>, Message> openThisMac(HostServices& host, const Texts& texts,
@@ -39,6 +41,7 @@ tl::expected<std::unique_ptr<RunningMac>, Message> openThisMac(HostServices& hos
                              .keychain = frameworks->keychain,
                              .applications = frameworks->applications,
                              .knownApplications = frameworks->knownApplications,
+                             .usageRecords = &frameworks->usageRecords,
                              .isFinderExtensionEnabled = isFinderExtensionEnabled,
                              .groupContainer = groupContainer,
                              .owner = frameworks},

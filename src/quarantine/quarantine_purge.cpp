@@ -8,6 +8,7 @@
 #include "base/uuid.h"
 #include "operations/admin_batch.h"
 #include "operations/administrator_prompt.h"
+#include "operations/trash_staging.h"
 #include "platform/file_system.h"
 #include "quarantine/interrupted_return.h"
 #include "quarantine/manifest.h"
@@ -16,7 +17,11 @@
 
 #include <chrono>
 #include <fmt/core.h>
+#include <optional>
+#include <set>
 #include <string_view>
+#include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 
@@ -134,20 +139,25 @@ std::vector<Path> QuarantinePurge::foreignItems(const Path& folder) const {
 }
 
 /// If the run's folder is replaced by a link while the prompt is open, root would delete the item of the same
-/// name at the link's target. Each item therefore gets a unique name.
+/// name at the link's target. Each item therefore gets a unique name, in the run's folder or, where root may
+/// not enter the Trash, in the one beside it.
 class QuarantinePurge::HiddenItems {
   public:
-    explicit HiddenItems(FileSystem& files) : files_(files) {}
+    HiddenItems(FileSystem& files, AdminScriptRunner::Trash trash) : files_(files), trash_(trash) {}
     HiddenItems(const HiddenItems&) = delete;
     HiddenItems& operator=(const HiddenItems&) = delete;
     ~HiddenItems() {
         for (std::size_t i = 0; i < originals_.size(); ++i)
             (void)files_.move(hidden_[i], originals_[i]); // fails for those that root has moved
+        for (const auto& folder : staging_)
+            dropEmptyStaging(folder, files_);
     }
 
     FileResult<void> add(const Path& item) {
         const auto name = fmt::format("{}{}-{}", hiddenPrefix, Uuid::random().string(), item.lastComponent());
-        const Path hidden = item.parent() / shortened(name, longestFileName);
+        const auto folder = folderFor(item.parent());
+        if (!folder) return tl::unexpected(folder.error());
+        const Path hidden = *folder / shortened(name, longestFileName);
         if (const auto moved = files_.move(item, hidden); !moved) return tl::unexpected(moved.error());
         originals_.push_back(item);
         hidden_.push_back(hidden);
@@ -156,25 +166,42 @@ class QuarantinePurge::HiddenItems {
     const std::vector<Path>& paths() const { return hidden_; }
 
   private:
+    FileResult<Path> folderFor(const Path& run) {
+        const auto staging =
+            trash_ == AdminScriptRunner::Trash::closedToRoot ? stagingPlace(run) : std::nullopt;
+        if (!staging || staging_.contains(*staging)) return staging.value_or(run);
+        staging_.insert(*staging);
+        return makeStagingFolder(*staging, files_).map([&] { return *staging; });
+    }
+
     FileSystem& files_;
+    AdminScriptRunner::Trash trash_;
     std::vector<Path> originals_, hidden_;
+    std::set<Path> staging_;
 };
 
 void QuarantinePurge::showHiddenItems(const Path& folder) {
-    const auto entries = files_.list(folder);
-    if (!entries) return;
-    for (const auto& entry : *entries) {
-        const std::string_view name = entry.name;
-        if (!name.starts_with(hiddenPrefix)) continue;
-        const auto rest = name.substr(hiddenPrefix.size());
-        if (rest.size() > uuidLength + 1 && Uuid::parse(rest.substr(0, uuidLength)))
-            (void)files_.move(folder / entry.name, folder / rest.substr(uuidLength + 1));
-    }
+    const auto showFrom = [&](const Path& place) {
+        const auto entries = files_.list(place);
+        if (!entries) return;
+        for (const auto& entry : *entries) {
+            const std::string_view name = entry.name;
+            if (!name.starts_with(hiddenPrefix)) continue;
+            const auto rest = name.substr(hiddenPrefix.size());
+            if (rest.size() > uuidLength + 1 && Uuid::parse(rest.substr(0, uuidLength)))
+                (void)files_.move(place / entry.name, folder / rest.substr(uuidLength + 1));
+        }
+    };
+    showFrom(folder);
+    if (!isStaged(folder, files_)) return;
+    const auto staging = *stagingPlace(folder);
+    showFrom(staging);
+    dropEmptyStaging(staging, files_);
 }
 
 std::optional<QuarantinePurge::Failure>
 QuarantinePurge::removeAsAdministrator(const std::vector<Path>& items) {
-    HiddenItems hidden(files_);
+    HiddenItems hidden(files_, trash_);
     for (const auto& item : items)
         if (const auto added = hidden.add(item); !added)
             return Failure{Failure::Kind::elevatedDeleteFailed, item.string(),

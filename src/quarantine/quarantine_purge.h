@@ -60,8 +60,14 @@ class QuarantinePurge {
     /// Runs a shell script as an administrator; absent on a volume, where no prompt is possible.
     using Administrator = std::optional<AdminScriptRunner::Execute>;
 
-    QuarantinePurge(FileSystem& files, UserEnvironment user, Administrator administrator, Log& log)
-        : files_(files), user_(std::move(user)), administrator_(std::move(administrator)), log_(log) {}
+    /// With `trash` closed to root, what root is to delete waits beside the Trash for it.
+    QuarantinePurge(FileSystem& files, UserEnvironment user, Administrator administrator, Log& log,
+                    AdminScriptRunner::Trash trash = AdminScriptRunner::Trash::openToRoot)
+        : files_(files),
+          user_(std::move(user)),
+          administrator_(std::move(administrator)),
+          log_(log),
+          trash_(trash) {}
 
     /// Removes runs older than `days` (0: none) with the user's own permissions and without a prompt. A run
     /// that contains anything of another owner is kept completely. Returns the number removed.
@@ -80,7 +86,7 @@ class QuarantinePurge {
     /// The direct children that only root can delete.
     std::vector<Path> foreignItems(const Path& folder) const;
     class HiddenItems;
-    /// Renames back items that a kill during a prompt left hidden.
+    /// Puts back items that a kill during a prompt left hidden.
     void showHiddenItems(const Path& folder);
     std::optional<Failure> removeAsAdministrator(const std::vector<Path>& items);
 
@@ -88,6 +94,7 @@ class QuarantinePurge {
     UserEnvironment user_;
     Administrator administrator_;
     Log& log_;
+    AdminScriptRunner::Trash trash_;
 };
 
 /// Runs started more than `days` days before `now`. A run dated in the future (a clock that was set back)

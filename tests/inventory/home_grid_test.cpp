@@ -12,11 +12,13 @@
 #include "inventory/app_inventory.h"
 #include "inventory/usage_probe.h"
 #include "platform/file_code_signatures.h"
+#include "platform/usage_records.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/memory_defaults.h"
 #include "volume/volume_sources.h"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -145,6 +147,19 @@ TEST(AppInventory, StreamsInOrderAndMeasuresAgainOnlyWhatChanged) {
     EXPECT_TRUE(apps[0].hasResidentHelper);
     EXPECT_FALSE(apps[1].hasResidentHelper);
     EXPECT_EQ(apps[1].usage->evidence.kind, UsageEvidence::Kind::appData);
+
+    const struct Index : UsageRecords {
+        UsageRecord of(const Path& item) const override {
+            return item.lastComponent() == "Anchor.app" ? UsageRecord{Timestamp(std::chrono::hours(1)), 7}
+                                                        : UsageRecord{{}, 3};
+        }
+    } index;
+    const auto indexed = AppInventory({volume.files(), signatures, running, &index}, test::alice()).build();
+    EXPECT_EQ(indexed[0].usage->evidence,
+              (UsageEvidence{UsageEvidence::Kind::launchRecord, Timestamp(std::chrono::hours(1))}));
+    EXPECT_EQ(indexed[0].usage->useCount, 7);
+    EXPECT_EQ(indexed[1].usage->evidence.kind, UsageEvidence::Kind::appData) << "what has no date there";
+    EXPECT_EQ(indexed[1].usage->useCount, 3);
 
     int measured = 0;
     const auto count = [&](const InstalledApp&) { ++measured; };

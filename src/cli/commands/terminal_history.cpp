@@ -22,7 +22,7 @@ TerminalHistory::TerminalHistory(const CommandContext& context, Mac& mac)
     : context_(context),
       files_(mac.system.files),
       undo_(undoPorts(mac), mac.system.user),
-      purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log),
+      purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log, mac.trashForRoot),
       model_({mac.system.files, undo_, purge_, mac.system.defaults, mac.system.texts, main_, background_},
              mac.system.user) {}
 

@@ -108,6 +108,7 @@ class TwoUsers(unittest.TestCase):
         run = self.run_folder(name, **options)
         folder = f"{TRASH}/{run}"
         self.write(f"{folder}/0002/com.example.daemon/data", owner=0)
+        os.chown(self.at(f"{folder}/0002"), ALICE, ALICE)  # a removal makes it as the user
         self.write(f"{folder}/0003/mine/below")
         self.write(f"{folder}/0003/mine/roots/below", owner=0)
         self.write(f"{folder}/it's \"$HOME\" `id` \\", owner=0)
@@ -116,7 +117,7 @@ class TwoUsers(unittest.TestCase):
     def tree(self):
         return sorted(str(item) for tree in ["Users", "private"] for item in self.at(tree).rglob("*"))
 
-    def purge(self, *words):
+    def purge(self, *words, variables=()):
         """The status and the number of deleted runs; messages about the others are in `said`."""
         command = ["bwrap", "--unshare-pid", "--unshare-net", "--die-with-parent", "--bind", self.volume, "/",
                    "--proc", "/proc", "--dev", "/dev", "--tmpfs", "/tmp", "--bind", self.state, "/state"]
@@ -127,7 +128,7 @@ class TwoUsers(unittest.TestCase):
         command += ["--ro-bind", HERE / "stand_ins/osascript", "/usr/bin/osascript",
                     "--ro-bind", self.program, "/opt/tidwen/bin/tidwen", "--ro-bind", RESOURCES, "/opt/tidwen/resources",
                     "--ro-bind", HERE / "stand_ins/authority", "/opt/authority", "--clearenv", "--setenv", "PATH", "/usr/bin:/bin", "--setenv", "HOME", "/tmp", "--setenv",
-                    "XDG_CONFIG_HOME", "/state/config", "/opt/authority", "/opt/tidwen/bin/tidwen", "purge", "--yes", *words]
+                    "XDG_CONFIG_HOME", "/state/config", *(word for name in variables for word in ("--setenv", name, "1")), "/opt/authority", "/opt/tidwen/bin/tidwen", "purge", "--yes", *words]
         status, self.said = as_two_users(command)
         self.prompts = (self.state / "log").read_text().count("osascript")
         done = [line.split(": ")[1] for line in self.said.splitlines() if line.startswith("Removals deleted permanently: ")]
@@ -139,6 +140,34 @@ class TwoUsers(unittest.TestCase):
         self.assertEqual(self.purge(*runs), (0, 3), self.said)
         self.assertEqual(self.prompts, 1)
         self.assertEqual(self.tree(), without)
+
+    def test_what_root_owns_in_a_trash_that_root_may_not_enter(self):
+        staging = "/Users/alice/Library/Application Support/Tidwen/Staging"
+        self.write("/Users/alice/Library/Caches/data")
+        without = self.tree()
+        (self.state / "refused").write_text(TRASH)
+        runs = [self.run_of_both("one"), self.run_of_both("two"), self.run_folder("mine")]
+        before = self.tree()
+        self.assertEqual(self.purge(*runs), (2, 0), self.said)
+        os.rmdir(next(self.at("/private/tmp").iterdir()))  # what root had made for them
+        self.assertEqual(self.tree(), before)
+        # A dismissed prompt; then one that is killed with an item still beside the Trash.
+        staged = {"variables": ["TIDWEN_STAGE_ROOT_MOVES"]}
+        (self.state / "hooks/osascript").write_text("echo 'User cancelled. (-128)' >&2; exit 1")
+        self.assertEqual(self.purge(*runs, **staged), (2, 0), self.said)
+        self.assertEqual([item for item in self.tree() if "Application Support" not in item],
+                         [item for item in before if "Application Support" not in item])
+        (self.state / "hooks/osascript").unlink()
+        hidden = self.at(f"{staging}/{runs[0]}/.tidwen-purge-01234567-89AB-CDEF-0123-456789ABCDEF-0002")
+        hidden.parent.mkdir(parents=True)
+        self.at(f"{TRASH}/{runs[0]}/0002").rename(hidden)
+        for folder in [hidden.parent, *list(hidden.parent.parents)[:3]]:
+            os.chown(folder, ALICE, ALICE)
+        (self.state / "log").write_text("")
+        self.assertEqual(self.purge(*runs, **staged), (0, 3), self.said)
+        self.assertEqual(self.prompts, 1)
+        self.assertEqual([item for item in self.tree() if "Application Support" not in item], without)
+        self.assertFalse(self.at(staging).exists())
 
     def test_ones_own_goes_without_a_prompt(self):
         self.assertEqual(self.purge(self.run_folder("mine")), (0, 1), self.said)

@@ -17,6 +17,7 @@ using CFIndex = long;
 using CFTypeID = unsigned long;
 using CFOptionFlags = unsigned long;
 using CFTimeInterval = double;
+using CFAbsoluteTime = CFTimeInterval;
 using CFTypeRef = const void*;
 using CFPropertyListRef = CFTypeRef;
 using CFAllocatorRef = const struct CFAllocator*;
@@ -25,6 +26,8 @@ using CFDataRef = const struct CFData*;
 using CFArrayRef = const struct CFArray*;
 using CFDictionaryRef = const struct CFDictionary*;
 using CFBooleanRef = const struct CFBoolean*;
+using CFDateRef = const struct CFDate*;
+using CFNumberRef = const struct CFNumber*;
 struct CFRange {
     CFIndex location;
     CFIndex length;
@@ -40,6 +43,7 @@ enum CFPropertyListFormat : CFIndex {
     kCFPropertyListBinaryFormat_v1_0 = 200,
 };
 constexpr CFOptionFlags kCFPropertyListImmutable = 0;
+enum CFNumberType : CFIndex { kCFNumberSInt64Type = 4 };
 
 struct CFArrayCallBacks;
 struct CFDictionaryKeyCallBacks;
@@ -50,11 +54,16 @@ extern const CFArrayCallBacks kCFTypeArrayCallBacks;
 extern const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks;
 extern const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks;
 extern const CFBooleanRef kCFBooleanTrue;
+extern const CFTimeInterval kCFAbsoluteTimeIntervalSince1970;
 
 void CFRelease(CFTypeRef object);
 CFTypeID CFGetTypeID(CFTypeRef object);
 CFTypeID CFStringGetTypeID();
 CFTypeID CFDataGetTypeID();
+CFTypeID CFDateGetTypeID();
+CFTypeID CFNumberGetTypeID();
+CFAbsoluteTime CFDateGetAbsoluteTime(CFDateRef date);
+Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value);
 CFIndex CFStringGetLength(CFStringRef text);
 CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding);
 CFIndex CFStringGetBytes(CFStringRef text, CFRange range, CFStringEncoding encoding, UInt8 lossByte,

@@ -1,4 +1,5 @@
-// What Tidwen uses of the file system events and of Grand Central Dispatch; see CoreFoundation.h beside it.
+// What Tidwen uses of the file system events, of Spotlight and of Grand Central Dispatch; see
+// CoreFoundation.h beside it.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -32,7 +33,13 @@ struct FSEventStreamContext {
 using FSEventStreamCallback = void (*)(ConstFSEventStreamRef, void* info, std::size_t count, void* paths,
                                        const FSEventStreamEventFlags* flags, const FSEventStreamEventId* ids);
 
+using MDItemRef = struct MDItem*;
+
 extern "C" {
+extern const CFStringRef kMDItemLastUsedDate;
+MDItemRef MDItemCreate(CFAllocatorRef allocator, CFStringRef path);
+CFTypeRef MDItemCopyAttribute(MDItemRef item, CFStringRef name);
+
 dispatch_queue_t dispatch_queue_create(const char* label, dispatch_queue_attr_t attributes);
 void dispatch_sync_f(dispatch_queue_t queue, void* context, dispatch_function_t work);
 void dispatch_release(dispatch_queue_t queue);
