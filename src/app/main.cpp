@@ -9,8 +9,10 @@
 #include "base/executor.h"
 #include "base/log.h"
 #include "base/texts.h"
+#include "host/application_login_item.h"
 #include "host/crash_recorder.h"
 #include "host/crash_reports.h"
+#include "program/host_log.h"
 #include "program/host_services.h"
 #include "program/resources.h"
 #include "program/this_mac.h"
@@ -52,7 +54,7 @@ int run(QApplication& application, const char* program) {
     words.addOptions({volume, home, sample});
     words.process(application);
 
-    StandardErrorLog log(LogLevel::error);
+    HostLog log(LogLevel::error);
     MainLoop main;
     HostServices host({programFile(program).string()}, log);
     WorkQueue background;
@@ -76,11 +78,19 @@ int run(QApplication& application, const char* program) {
     return QApplication::exec();
 }
 
+/// The status to end with when the terminal's program asks about the login item, which only this one may do.
+std::optional<int> answerTerminal(int count, char** words) {
+    HostLog log(LogLevel::error);
+    const auto item = applicationLoginItem(log);
+    return item ? answerAboutLoginItem(*item, count, words) : std::nullopt;
+}
+
 } // namespace
 
 int main(int count, char** words) {
     std::signal(SIGPIPE, SIG_IGN);
     crashRecorder::install(CrashReports::defaultFolder(), TIDWEN_VERSION);
+    if (const auto answered = answerTerminal(count, words)) return *answered;
     QApplication application(count, words);
     QApplication::setApplicationName(QStringLiteral("Tidwen"));
     QApplication::setApplicationVersion(QStringLiteral(TIDWEN_VERSION));

@@ -35,6 +35,7 @@ struct Host {
     LoginItem& loginItem;
     std::string feedKey;     ///< the vendor's built-in public key; may be empty
     std::string feedAddress; ///< the built-in feed; may be empty
+    bool isMac = false;      ///< it is a Mac, so a watch at login needs no volume
 };
 
 struct CommandContext {

@@ -60,8 +60,13 @@ class CommandRun {
         const char* authorities =
             std::getenv("SSL_CERT_FILE"); // NOLINT(concurrency-mt-unsafe): nothing sets variables
         CurlFetcher fetcher(authorities ? authorities : "");
-        Host host{services.defaults(),  log_,           fetcher,
-                  services.loginItem(), build_.feedKey, build_.feedAddress};
+        Host host{services.defaults(),
+                  log_,
+                  fetcher,
+                  services.loginItem(),
+                  build_.feedKey,
+                  build_.feedAddress,
+                  build_.openRunningMac != nullptr};
         return run(host);
     }
 

@@ -1,5 +1,6 @@
 #include "host/launch_agent.h"
 
+#include "base/path.h"
 #include "base/property_list.h"
 #include "settings/user_folder.h"
 
@@ -27,10 +28,19 @@ tl::expected<std::string, std::string> LaunchAgent::text() const {
 bool LaunchAgent::isOn(const std::string& text) const {
     const auto list = parsePropertyList(text);
     const auto* disabled = list ? list->find("Disabled") : nullptr;
-    if (!list || (disabled && disabled->asBool().value_or(false))) return false;
+    return list && !(disabled && disabled->asBool().value_or(false)) && !isSwitchedOff();
+}
+
+bool LaunchAgent::isSwitchedOff() const {
     const auto overrides = launchd_.disabledOverrides(false);
     const auto found = overrides.find(label);
-    return found == overrides.end() || !found->second;
+    return found != overrides.end() && found->second;
+}
+
+bool LaunchAgent::setEnabled(bool enabled) {
+    if (!LoginFile::setEnabled(enabled)) return false;
+    if (!enabled || !isSwitchedOff()) return true;
+    return launchd_.setEnabled(true, label, Path(file().string()), false).has_value();
 }
 
 } // namespace tidwen

@@ -18,10 +18,13 @@ class LaunchAgent : public LoginFile {
     /// `command`: the absolute path of the program, and its arguments. `launchd` knows what System Settings
     /// switched off, which the file does not tell.
     LaunchAgent(const std::filesystem::path& folder, std::vector<std::string> command, Log& log,
-                const Launchd& launchd)
+                Launchd& launchd)
         : LoginFile(folder / (std::string(label) + ".plist"), log),
           command_(std::move(command)),
           launchd_(launchd) {}
+
+    /// Also takes back what System Settings switched off.
+    bool setEnabled(bool enabled) override;
 
     /// "~/Library/LaunchAgents".
     static std::filesystem::path defaultFolder();
@@ -29,11 +32,12 @@ class LaunchAgent : public LoginFile {
   private:
     tl::expected<std::string, std::string> text() const override;
     bool isOn(const std::string& text) const override;
+    bool isSwitchedOff() const;
 
     static constexpr const char* label = "com.corvella.tidwen.watch";
 
     std::vector<std::string> command_;
-    const Launchd& launchd_;
+    Launchd& launchd_;
 };
 
 } // namespace tidwen

@@ -21,6 +21,9 @@ class LoginFile : public LoginItem {
     /// Writes the file again, or removes it. A link of that name is replaced or removed, never followed.
     bool setEnabled(bool enabled) override;
 
+  protected:
+    const std::filesystem::path& file() const { return file_; }
+
   private:
     /// The content of the file, or why it cannot be expressed.
     virtual tl::expected<std::string, std::string> text() const = 0;

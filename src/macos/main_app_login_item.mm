@@ -12,15 +12,14 @@ bool MainAppLoginItem::isEnabled() const {
 
 bool MainAppLoginItem::setEnabled(bool enabled) {
     @autoreleasepool {
-        // Both at once would start two.
-        if (other_->isEnabled() && !other_->setEnabled(false)) return false;
         SMAppService* const service = SMAppService.mainAppService;
+        const bool isRefused = service.status == SMAppServiceStatusRequiresApproval;
         NSError* error = nil;
         const BOOL isDone =
             enabled ? [service registerAndReturnError:&error] : [service unregisterAndReturnError:&error];
         if (!isDone && error) log_.warning("Start at login: {}", textOf(error.localizedDescription));
         // What counts is how it stands now: an item that is registered may wait for the user's consent.
-        if (enabled && service.status == SMAppServiceStatusRequiresApproval)
+        if (enabled && !isRefused && service.status == SMAppServiceStatusRequiresApproval)
             [SMAppService openSystemSettingsLoginItems];
         return isEnabled() == enabled;
     }

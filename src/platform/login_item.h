@@ -9,6 +9,8 @@ class LoginItem {
     virtual bool isEnabled() const = 0;
     /// False when it could not be changed.
     virtual bool setEnabled(bool enabled) = 0;
+    /// Another program of Tidwen's is started at login, which excludes this one.
+    virtual bool startsAnother() const { return false; }
 };
 
 } // namespace tidwen

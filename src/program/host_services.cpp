@@ -7,6 +7,8 @@
 #include "settings/file_defaults.h"
 #include <unistd.h>
 #ifdef __APPLE__
+#include "host/application_login_item.h"
+#include "host/exclusive_login_item.h"
 #include "host/launch_agent.h"
 #include "macos/fs_events.h"
 #include "macos/main_app_login_item.h"
@@ -32,13 +34,19 @@ bool isAccountUsed() {
 #endif
 
 std::unique_ptr<LoginItem> ownLoginItem(std::vector<std::string> command, Log& log,
-                                        [[maybe_unused]] const Launchd& launchd) {
+                                        [[maybe_unused]] Launchd& launchd,
+                                        [[maybe_unused]] ProcessRunner& processes) {
 #ifdef __APPLE__
     if (isAccountUsed()) {
-        auto agent =
+        using enum ExclusiveLoginItem::Program;
+        const auto mainProgram = mainProgramBeside(command.front());
+        std::unique_ptr<LoginItem> agent =
             std::make_unique<LaunchAgent>(LaunchAgent::defaultFolder(), std::move(command), log, launchd);
-        if (!isMainProgramOfBundle()) return agent;
-        return std::make_unique<MainAppLoginItem>(std::move(agent), log);
+        if (auto own = applicationLoginItem(log))
+            return std::make_unique<ExclusiveLoginItem>(std::move(own), std::move(agent), application);
+        if (!mainProgram) return agent;
+        return std::make_unique<ExclusiveLoginItem>(
+            std::make_unique<ApplicationLoginItem>(processes, *mainProgram), std::move(agent), terminal);
     }
 #endif
     return std::make_unique<XdgAutostart>(XdgAutostart::defaultFolder(), std::move(command), log);
@@ -52,6 +60,13 @@ std::unique_ptr<Notifications> ownNotifications(ProcessRunner& processes) {
 }
 
 } // namespace
+
+std::unique_ptr<LoginItem> applicationLoginItem([[maybe_unused]] Log& log) {
+#ifdef __APPLE__
+    if (isAccountUsed() && isMainProgramOfBundle()) return std::make_unique<MainAppLoginItem>(log);
+#endif
+    return nullptr;
+}
 
 std::unique_ptr<Defaults> hostDefaults(Log& log, FolderEvents* folders) {
 #ifdef __APPLE__
@@ -79,7 +94,7 @@ HostServices::HostServices(std::vector<std::string> loginCommand, Log& log)
     : folders_(hostFolderEvents("/")),
       defaults_(hostDefaults(log, folders_.get())),
       launchd_(processes_, ::getuid()),
-      loginItem_(ownLoginItem(std::move(loginCommand), log, launchd_)),
+      loginItem_(ownLoginItem(std::move(loginCommand), log, launchd_, processes_)),
       notifications_(ownNotifications(processes_)) {}
 
 } // namespace tidwen

@@ -39,6 +39,9 @@ class HostServices {
     std::unique_ptr<Notifications> notifications_;
 };
 
+/// The login item of the application, for its main program; null where that has none.
+std::unique_ptr<LoginItem> applicationLoginItem(Log& log);
+
 /// The settings of this machine's user. With `folders`, of this machine, they can be watched.
 std::unique_ptr<Defaults> hostDefaults(Log& log, FolderEvents* folders = nullptr);
 

@@ -48,7 +48,8 @@ UserNotification trashNotification(const TrashedApp& app, const Texts& texts) {
 }
 
 bool alignLoginItem(LoginItem& loginItem, bool enabled, Log& log) {
-    if (loginItem.isEnabled() == enabled || loginItem.setEnabled(enabled)) return true;
+    const bool isAligned = loginItem.isEnabled() == enabled && !loginItem.startsAnother();
+    if (isAligned || loginItem.setEnabled(enabled)) return true;
     log.warning("Could not change whether Tidwen starts at login");
     return false;
 }

@@ -1,6 +1,8 @@
 #include "base/message.h"
 #include "base/path.h"
+#include "host/application_login_item.h"
 #include "host/desktop_notifications.h"
+#include "host/exclusive_login_item.h"
 #include "host/launch_agent.h"
 #include "host/running_user.h"
 #include "host/xdg_autostart.h"
@@ -12,14 +14,17 @@
 #include "support/recording_tools.h"
 #include "support/temporary_folder.h"
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <gmock/gmock.h>
+#include <memory>
 #include <optional>
 #include <string>
 #include <thread>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace tidwen {
@@ -88,23 +93,82 @@ TEST(LoginItems, SwitchOnAndOff) {
         expectToSwitch(autostart, entry, [&] { std::ofstream(entry, std::ios::app) << off; });
     const auto file = folder.path() / "LaunchAgents/com.corvella.tidwen.watch.plist";
     test::RecordingTools tools;
-    const ToolLaunchd launchd(tools, 501);
+    ToolLaunchd launchd(tools, 501);
     LaunchAgent agent(file.parent_path(), command, log, launchd);
     expectToSwitch(agent, file, [&] {
         std::ofstream(file) << "<plist version=\"1.0\"><dict><key>Disabled</key><true/></dict></plist>";
     });
-    expectToSwitch(agent, file, [&] {
-        tools.answer = [](const auto&) {
-            return ProcessResult{0, "\t\"com.corvella.tidwen.watch\" => disabled\n", ""};
-        };
-    });
-    EXPECT_EQ(tools.calls.back().arguments, (std::vector<std::string>{"print-disabled", "gui/501"}));
+    std::atomic<bool> isSwitchedOff = false;
+    tools.answer = [&](const auto& call) {
+        EXPECT_EQ(call.arguments[1].rfind("gui/501", 0), 0u);
+        if (call.arguments[0] == "enable") isSwitchedOff = false;
+        return ProcessResult{0, isSwitchedOff ? "\t\"com.corvella.tidwen.watch\" => disabled\n" : "", ""};
+    };
+    expectToSwitch(agent, file, [&] { isSwitchedOff = true; });
     expectToRefuse(folder.path(), log, [&](const auto& place, const std::string& program) {
         return XdgAutostart(place, {program}, log);
     });
     expectToRefuse(folder.path(), log, [&](const auto& place, const std::string& program) {
         return LaunchAgent(place, {program}, log, launchd);
     });
+}
+
+class FakeLoginItem : public LoginItem {
+  public:
+    explicit FakeLoginItem(bool& on) : on_(on) {}
+    bool isEnabled() const override { return on_; }
+    bool setEnabled(bool enabled) override {
+        on_ = enabled;
+        return true;
+    }
+
+  private:
+    bool& on_;
+};
+
+/// The terminal's part asks the application's through a second start of its main program.
+TEST(LoginItems, OfTheApplicationAndTheTerminalExcludeEachOther) {
+    using enum ExclusiveLoginItem::Program;
+    const struct {
+        ExclusiveLoginItem::Program self;
+        bool application, agent, wanted, applicationThen, agentThen;
+    } cases[] = {
+        {application, false, true, true, true, false},  {application, true, true, true, true, false},
+        {application, true, true, false, false, false}, {application, false, true, false, false, false},
+        {terminal, false, false, true, false, true},    {terminal, true, false, true, true, false},
+        {terminal, true, true, true, true, false},      {terminal, true, true, false, false, false},
+    };
+    for (const auto& c : cases) {
+        bool isApplicationOn = c.application, isAgentOn = c.agent;
+        test::RecordingTools tools;
+        tools.answer = [&](const test::RecordingTools::Call& call) {
+            FakeLoginItem own(isApplicationOn);
+            const char* words[] = {call.executable.c_str(), call.arguments[0].c_str(),
+                                   call.arguments[1].c_str()};
+            return ProcessResult{*answerAboutLoginItem(own, 3, words), "", ""};
+        };
+        ExclusiveLoginItem item(std::make_unique<ApplicationLoginItem>(tools, "/Tidwen"),
+                                std::make_unique<FakeLoginItem>(isAgentOn), c.self);
+        EXPECT_EQ(item.isEnabled(), c.application || c.agent);
+        EXPECT_EQ(item.startsAnother(), c.self == application ? c.agent : c.application);
+        EXPECT_TRUE(item.setEnabled(c.wanted));
+        EXPECT_EQ(std::pair(isApplicationOn, isAgentOn), std::pair(c.applicationThen, c.agentThen));
+    }
+    test::RecordingTools gone;
+    gone.answer = [](const auto&) { return test::RecordingTools::missing(); };
+    EXPECT_FALSE(ApplicationLoginItem(gone, "/Tidwen").isEnabled());
+    bool isOn = false;
+    FakeLoginItem item(isOn);
+    const char* words[] = {"Tidwen", "--volume", "on"};
+    EXPECT_EQ(answerAboutLoginItem(item, 3, words), std::nullopt) << "an ordinary start";
+
+    const test::TemporaryFolder folder;
+    const auto contents = folder.path() / "Tidwen.app/Contents";
+    EXPECT_EQ(mainProgramBeside(contents / "Helpers/tidwen"), std::nullopt);
+    std::filesystem::create_directories(contents / "MacOS");
+    std::ofstream(contents / "MacOS/Tidwen") << "x";
+    EXPECT_EQ(mainProgramBeside(contents / "Helpers/tidwen"), contents / "MacOS/Tidwen");
+    EXPECT_EQ(mainProgramBeside("/usr/bin/tidwen"), std::nullopt);
 }
 
 TEST(RunningUser, IsTheAccountsAndNeverRoot) {

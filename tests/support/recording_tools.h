@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <functional>
+#include <mutex>
 #include <string>
 #include <tl/expected.hpp>
 #include <vector>
@@ -22,8 +23,12 @@ class RecordingTools : public ProcessRunner {
 
     Answer run(const std::string& executable, const std::vector<std::string>& arguments,
                std::chrono::milliseconds timeout) override {
-        calls.push_back({executable, arguments, timeout});
-        return answer ? answer(calls.back()) : ProcessResult{};
+        const Call call{executable, arguments, timeout};
+        {
+            const std::lock_guard lock(mutex_);
+            calls.push_back(call);
+        }
+        return answer ? answer(call) : ProcessResult{};
     }
 
     static Answer missing() {
@@ -35,6 +40,9 @@ class RecordingTools : public ProcessRunner {
 
     std::function<Answer(const Call&)> answer;
     std::vector<Call> calls;
+
+  private:
+    std::mutex mutex_;
 };
 
 } // namespace tidwen::test

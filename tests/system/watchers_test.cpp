@@ -54,7 +54,9 @@ class FakeLoginItem : public LoginItem {
         enabled = on;
         return true;
     }
+    bool startsAnother() const override { return another; }
     bool enabled = false;
+    bool another = false;
 };
 
 class Catcher : public testing::Test {

@@ -225,17 +225,20 @@ void printSettings(const AppPreferences& preferences, const CommandContext& cont
     table.print(context.console);
 }
 
-/// Enables or disables the login item that watches the Trash of the given volume.
-ExitStatus watchAtLogin(bool isOn, const CommandContext& context, LoginItem& loginItem) {
-    if (isOn && !context.arguments.volume) {
+/// Enables or disables the login item that watches the Trash of the given volume, else of this Mac.
+ExitStatus watchAtLogin(bool isOn, const CommandContext& context, const Host& host) {
+    if (isOn && !context.arguments.volume && !host.isMac) {
         context.error({"cli.settings.loginNeedsVolume"});
         return ExitStatus::done;
     }
-    if (!loginItem.setEnabled(isOn)) {
+    if (!host.loginItem.setEnabled(isOn)) {
         context.error({"cli.settings.loginFailed"});
         return ExitStatus::someFailed;
     }
-    if (isOn && !context.arguments.json)
+    if (!isOn) return ExitStatus::done;
+    if (host.loginItem.startsAnother())
+        context.error({"cli.settings.loginByApplication"});
+    else if (!context.arguments.json)
         context.console.line(context.text("cli.settings.loginOn %@", {context.commandLine({"watch"})}));
     return ExitStatus::done;
 }
@@ -269,7 +272,7 @@ ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context
         context.console.document(json::settingDocument(words[1], words[2]));
     else
         context.console.line({{words[1], Style::strong}, {"  " + words[2]}});
-    return words[1] == "catchTrashedApps" ? watchAtLogin(words[2] == "true", context, host.loginItem)
+    return words[1] == "catchTrashedApps" ? watchAtLogin(words[2] == "true", context, host)
                                           : ExitStatus::done;
 }
 

@@ -315,6 +315,11 @@ class MacRoot(unittest.TestCase):
         self.assertFalse(staging.exists())
         self.assertEqual(self.tree(), self.before)
 
+    def test_a_watch_at_login_needs_no_volume_on_a_mac(self):
+        done = box(self.volume, self.state, self.program, "settings", "set", "catchTrashedApps", "true")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertIn("from your next login on", done.stdout)
+
     def test_a_tool_that_floods_its_output(self):
         self.note("hooks/lsregister", "head -c 100000000 /dev/zero; head -c 100000000 /dev/zero >&2")
         self.assertEqual([line for line in self.remove() if not line.endswith(" ok")], [])
