@@ -9,7 +9,7 @@ namespace tidwen {
 /// The applications that Launch Services knows, wherever they lie. Any thread.
 class LaunchServices : public KnownApplications {
   public:
-    /// One that lies in a Trash is on its way out and counts as none.
+    /// One of them, in any place; what lies in a Trash is on its way out and does not count.
     bool isKnown(const std::string& bundleID) const override;
 };
 

@@ -14,18 +14,22 @@ bool isInTrash(const std::string& path) {
     return path.find("/.Trash/") != path.npos || path.find("/.Trashes/") != path.npos;
 }
 
+/// A record stays for a while after its application has gone.
+bool isUsable(const std::string& path) {
+    struct stat item {};
+    return ::lstat(path.c_str(), &item) == 0 && !isInTrash(path);
+}
+
 } // namespace
 
 bool LaunchServices::isKnown(const std::string& bundleID) const {
     @autoreleasepool {
         NSString* const name = [NSString stringWithUTF8String:bundleID.c_str()];
-        NSURL* const place =
-            name ? [NSWorkspace.sharedWorkspace URLForApplicationWithBundleIdentifier:name] : nil;
-        if (!place) return false;
-        const std::string path = place.fileSystemRepresentation;
-        struct stat item {};
-        // A record stays for a while after its application has gone.
-        return ::lstat(path.c_str(), &item) == 0 && !isInTrash(path);
+        if (!name) return false;
+        // One copy may be in the Trash and another one be used.
+        for (NSURL* place in [NSWorkspace.sharedWorkspace URLsForApplicationsWithBundleIdentifier:name])
+            if (isUsable(place.fileSystemRepresentation)) return true;
+        return false;
     }
 }
 

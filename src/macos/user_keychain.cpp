@@ -39,8 +39,8 @@ CFOwned<CFDictionaryRef> queryFor(const CFOwned<SecKeychainRef>& keychain, CFStr
                                   std::initializer_list<std::pair<CFStringRef, CFTypeRef>> more) {
     const void* only[] = {keychain.get()};
     const CFOwned searched(CFArrayCreate(nullptr, only, 1, &kCFTypeArrayCallBacks));
-    std::vector<const void*> keys = {kSecClass, kSecMatchSearchList, kSecUseAuthenticationUI};
-    std::vector<const void*> values = {itemClass, searched.get(), kSecUseAuthenticationUISkip};
+    std::vector<const void*> keys = {kSecClass, kSecMatchSearchList};
+    std::vector<const void*> values = {itemClass, searched.get()};
     keys.reserve(keys.size() + more.size());
     values.reserve(values.size() + more.size());
     for (const auto& [key, value] : more) {
@@ -74,7 +74,9 @@ std::vector<KeychainEntry> UserKeychain::entries() const {
         if (!keychain) break;
         const auto query =
             queryFor(keychain, systemName(itemClass),
-                     {{kSecMatchLimit, kSecMatchLimitAll}, {kSecReturnAttributes, kCFBooleanTrue}});
+                     {{kSecMatchLimit, kSecMatchLimitAll},
+                      {kSecReturnAttributes, kCFBooleanTrue},
+                      {kSecUseAuthenticationUI, kSecUseAuthenticationUISkip}}); // for listing alone
         CFTypeRef found = nullptr;
         if (SecItemCopyMatching(query.get(), &found) != errSecSuccess || !found) continue;
         const CFOwned items(static_cast<CFArrayRef>(found));
@@ -101,6 +103,7 @@ std::int32_t UserKeychain::deleteItems(KeychainItemClass itemClass, const std::s
     if (status != errSecSuccess) return status;
     for (int deleted = 1; deleted < mostDeletions && status == errSecSuccess; ++deleted)
         status = SecItemDelete(query.get());
+    if (status == errSecSuccess) return errSecInternalComponent; // there is always one more
     return status == errSecItemNotFound ? errSecSuccess : status;
 }
 

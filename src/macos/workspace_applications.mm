@@ -10,6 +10,8 @@
 #include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <optional>
+#include <set>
 #include <string>
 #include <sys/event.h>
 #include <vector>
@@ -51,13 +53,14 @@ class Ends {
         return ::kevent64(queue_.get(), &end, 1, nullptr, 0, 0, nullptr) == 0;
     }
 
-    /// Waits for one; false when none came in time.
-    bool wait(steady_clock::time_point deadline) {
+    /// Waits for one, and tells whose it is; nullopt when none came in time.
+    std::optional<pid_t> wait(steady_clock::time_point deadline) {
         struct kevent64_s end {};
         for (;;) {
             const auto timeout = remaining(deadline);
             const int count = ::kevent64(queue_.get(), nullptr, 0, &end, 1, 0, &timeout);
-            if (count >= 0 || errno != EINTR) return count > 0;
+            if (count > 0) return static_cast<pid_t>(end.ident);
+            if (count == 0 || errno != EINTR) return std::nullopt;
         }
     }
 
@@ -82,9 +85,17 @@ bool WorkspaceApplications::quit(const std::string& bundleID, std::chrono::milli
             const bool isFollowed = ends.follow(instance.processIdentifier); // before it is asked
             if ([instance terminate] && isFollowed) ++awaited;
         }
-        while (awaited > 0 && ends.wait(deadline))
-            --awaited;
-        return instancesOf(bundleID).empty();
+        // The system goes on listing a process for a moment after it has ended.
+        std::set<pid_t> ended;
+        for (; awaited > 0; --awaited)
+            if (const auto process = ends.wait(deadline))
+                ended.insert(*process);
+            else
+                break;
+        const auto left = instancesOf(bundleID);
+        return std::all_of(left.begin(), left.end(), [&](NSRunningApplication* each) {
+            return ended.count(each.processIdentifier) > 0;
+        });
     }
 }
 

@@ -46,5 +46,5 @@ extern NSString* _Nonnull const NSApplicationDidFinishLaunchingNotification;
 @interface NSWorkspace : NSObject
 @property(class, readonly, strong) NSWorkspace* _Nonnull sharedWorkspace;
 - (BOOL)openURL:(NSURL* _Nonnull)url;
-- (NSURL* _Nullable)URLForApplicationWithBundleIdentifier:(NSString* _Nonnull)bundleIdentifier;
+- (NSArray<NSURL*>* _Nonnull)URLsForApplicationsWithBundleIdentifier:(NSString* _Nonnull)bundleIdentifier;
 @end

@@ -6,6 +6,7 @@
 using SecKeychainRef = struct SecKeychain*;
 
 constexpr OSStatus errSecSuccess = 0;
+constexpr OSStatus errSecInternalComponent = -2070;
 constexpr OSStatus errSecNoDefaultKeychain = -25307;
 constexpr OSStatus errSecItemNotFound = -25300;
 
