@@ -1,0 +1,35 @@
+# link_statically(TARGET MODULE ARCHIVE...): makes the interface target TARGET of the pkg-config module MODULE. Where
+# TIDWEN_STATIC_LIBRARIES is on, each ARCHIVE (such as "icuuc") is linked as a static library of the module's own
+# folder, because a bundle may not need libraries that its builder's package manager made for the builder's system.
+option(TIDWEN_STATIC_LIBRARIES "Link ICU, fmt, libsodium, libpsl and simdjson statically" ${APPLE})
+
+# find_archive(VARIABLE NAME FOLDER...): else a warning and, empty, no file.
+function(find_archive variable name)
+  find_library(archive_${name} NAMES lib${name}.a PATHS ${ARGN} NO_DEFAULT_PATH)
+  if(NOT archive_${name})
+    find_library(archive_${name} NAMES lib${name}.a)
+  endif()
+  if(NOT archive_${name})
+    message(WARNING "lib${name}.a is missing, so a bundle would need ${name} beside it")
+  endif()
+  set(${variable} "${archive_${name}}" PARENT_SCOPE)
+endfunction()
+
+function(link_statically target module)
+  pkg_check_modules(${module} REQUIRED IMPORTED_TARGET ${module})
+  add_library(${target} INTERFACE IMPORTED GLOBAL)
+  if(NOT TIDWEN_STATIC_LIBRARIES)
+    target_link_libraries(${target} INTERFACE PkgConfig::${module})
+    return()
+  endif()
+  target_include_directories(${target} SYSTEM INTERFACE ${${module}_INCLUDE_DIRS})
+  foreach(name ${ARGN})
+    find_archive(archive ${name} ${${module}_LIBDIR} ${${module}_LIBRARY_DIRS})
+    if(NOT archive)
+      target_link_libraries(${target} INTERFACE PkgConfig::${module})
+      return()
+    endif()
+    list(APPEND archives ${archive})
+  endforeach()
+  target_link_libraries(${target} INTERFACE ${archives} ${CMAKE_DL_LIBS})
+endfunction()
