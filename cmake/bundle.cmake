@@ -36,8 +36,15 @@ if(NOT APPLE)
   return()
 endif()
 set_target_properties(Tidwen PROPERTIES MACOSX_BUNDLE ON)
+# The bundle in the build folder is run as it is: with the texts and the Info.plist of the one that is installed.
+add_custom_command(TARGET Tidwen POST_BUILD
+    COMMAND ${CMAKE_COMMAND} -E copy ${bundle_parts}/Info.plist $<TARGET_BUNDLE_CONTENT_DIR:Tidwen>/Info.plist
+    COMMAND ${CMAKE_COMMAND} -E create_symlink ${PROJECT_SOURCE_DIR}/resources
+        $<TARGET_BUNDLE_CONTENT_DIR:Tidwen>/resources
+    VERBATIM)
 set(contents Tidwen.app/Contents)
 install(TARGETS Tidwen BUNDLE DESTINATION .)
+install(CODE "file(REMOVE \"\${CMAKE_INSTALL_PREFIX}/Tidwen.app/Contents/resources\")") # of the build folder
 install(FILES ${bundle_parts}/Info.plist DESTINATION ${contents}) # in place of the one that CMake writes
 install(PROGRAMS $<TARGET_FILE:tidwen> DESTINATION ${contents}/Helpers)
 install(FILES ${bundle_parts}/Tidwen.icns DESTINATION ${contents}/Resources)

@@ -6,7 +6,8 @@ namespace tidwen {
 
 bool isMainProgramOfBundle() {
     auto* const bundle = CFBundleGetMainBundle();
-    return bundle && CFBundleGetIdentifier(bundle);
+    const auto* const identifier = bundle ? CFBundleGetIdentifier(bundle) : nullptr;
+    return identifier && CFStringGetLength(identifier) > 0;
 }
 
 } // namespace tidwen

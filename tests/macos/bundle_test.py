@@ -1,9 +1,12 @@
 """Looks at what a build makes for the bundle: that macOS finds in it the names the code uses. Usage: bundle_test.py
 CHECKOUT BUILD"""
+import os
 import plistlib
 import re
 import struct
+import subprocess
 import sys
+import tempfile
 import unittest
 from pathlib import Path
 
@@ -57,6 +60,30 @@ class Bundle(unittest.TestCase):
             self.assertEqual(set(told) <= set(usages), True)
             if "macos.service" in words:
                 self.assertEqual(self.strings(folder / "ServicesMenu.strings"), {menu: words["macos.service"]})
+
+    def test_a_bundle_that_needs_its_builders_mac_is_refused(self):
+        with tempfile.TemporaryDirectory() as folder:
+            contents = Path(folder, "T.app/Contents")
+            program, tool = contents / "MacOS/T", Path(folder, "otool")
+            (contents / "Frameworks").mkdir(parents=True)
+            program.parent.mkdir()
+            (contents / "Info.plist").touch()
+            (contents / "Frameworks/there.dylib").touch()
+            program.write_bytes(bytes.fromhex("cffaedfe"))
+            tool.write_text('#!/bin/sh\n[ "$1" = -h ] && echo ARM64 || cat "$2.commands"\n')
+            tool.chmod(0o755)
+            for library, rpath, minimum, is_sound in [
+                    ("/usr/lib/libz.dylib", None, "13.0", True), ("@executable_path/../Frameworks/there.dylib", None, "12.0", True),
+                    ("@rpath/there.dylib", "@loader_path/../Frameworks", "13.0", True), ("@rpath/there.dylib", None, "13.0", False),
+                    ("/usr/lib/libz.dylib", "/opt/brewed/lib", "13.0", False), ("/opt/brewed/lib/libz.dylib", None, "13.0", False),
+                    ("@loader_path/gone.dylib", None, "13.0", False), ("@loader_path/../../../otool", None, "13.0", False),
+                    ("/usr/lib/libz.dylib", None, "14.1", False)]:
+                lines = [f"cmd LC_LOAD_DYLIB\n name {library} (offset 24)", f"cmd LC_BUILD_VERSION\n minos {minimum}"]
+                lines += [f"cmd LC_RPATH\n path {rpath} (offset 12)"] if rpath else []
+                Path(f"{program}.commands").write_text("\n".join(lines) + "\n")
+                done = subprocess.run([self.checkout / "script/check-mac-bundle", contents.parent], capture_output=True, text=True,
+                                      env={**os.environ, "OTOOL": str(tool)})
+                self.assertEqual(done.returncode == 0, is_sound, (library, rpath, done.stdout, done.stderr))
 
     def test_the_icon_has_every_size(self):
         file = self.build / "bundle/Tidwen.icns"
