@@ -2,6 +2,7 @@
 
 #include "base/property_list.h"
 #include "sample/bill_of_materials_writer.h"
+#include "sample/icon_writer.h"
 #include "sample/mach_o_stub.h"
 #include "sample/privacy_database_writer.h"
 #include "sample/sample_contents.h"
@@ -28,6 +29,9 @@ constexpr double secondsTo2024 = 725'846'400; ///< from 2001, the epoch of prope
 std::string text(std::string_view value) {
     return std::string(value);
 }
+
+constexpr int leastWithIcon = 300; ///< kilobytes of resources; helpers have no icon of their own
+constexpr int blockBytes = 4096;   ///< what a disk gives a file at least
 
 std::string encoded(const PropertyListDictionary& dictionary, bool isBinary) {
     return isBinary ? writeBinaryPropertyList(dictionary) : writeXmlPropertyList(dictionary);
@@ -67,6 +71,9 @@ void writeBundle(SampleTree& tree, const Bundle& bundle) {
     if (!bundle.category.empty())
         info["LSApplicationCategoryType"] = "public.app-category." + text(bundle.category);
     if (bundle.isBackgroundAgent) info["LSUIElement"] = true;
+    const bool hasIcon = bundle.kilobytes >= leastWithIcon;
+    const auto icon = hasIcon ? writeIcon(bundle.bundleID) : std::string();
+    if (hasIcon) info["CFBundleIconFile"] = "AppIcon";
 
     MachOStub stub{.identifier = text(bundle.bundleID),
                    .teamID = text(bundle.teamID),
@@ -78,7 +85,10 @@ void writeBundle(SampleTree& tree, const Bundle& bundle) {
     const auto contents = text(bundle.path) + "/Contents/";
     tree.file(contents + "Info.plist", encoded(info, bundle.hasBinaryInfo));
     tree.file(contents + "MacOS/" + text(bundle.name), writeMachOStub(stub), true);
-    tree.file(contents + "Resources/Assets.car", content(bundle.path, bundle.kilobytes));
+    if (hasIcon) tree.file(contents + "Resources/AppIcon.icns", icon);
+    const auto iconBlocks = static_cast<int>((icon.size() + blockBytes - 1) / blockBytes);
+    tree.file(contents + "Resources/Assets.car",
+              content(bundle.path, bundle.kilobytes - iconBlocks * blockBytes / 1024));
     if (packageType(fs::path(bundle.path)) == "APPL") tree.file(contents + "PkgInfo", "APPL????");
 }
 
