@@ -21,6 +21,7 @@
 #include <QCommandLineParser>
 #include <QIcon>
 #include <csignal>
+#include <cstdlib>
 #include <optional>
 #ifdef __APPLE__
 #include "macos/launch_reason.h"
@@ -75,7 +76,10 @@ int run(QApplication& application, const char* program) {
         if (state == Qt::ApplicationActive) window.comeBack();
     });
     showAfterLaunch(window, log);
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    // What is being moved is waited for, but not what is only being read: a disk may never answer.
+    if (!window.mac() || !window.mac()->isBusy()) std::_Exit(status);
+    return status;
 }
 
 /// The status to end with when the terminal's program asks about the login item, which only this one may do.

@@ -22,7 +22,7 @@
 namespace tidwen {
 
 struct VolumeMac::Parts {
-    Parts(std::unique_ptr<RootedFileSystem> opened, UserEnvironment found, std::filesystem::path folder,
+    Parts(std::unique_ptr<FileSystem> opened, UserEnvironment found, std::filesystem::path folder,
           HostServices& host, const Texts& texts, Log& log)
         : files(std::move(opened)),
           user(std::move(found)),
@@ -59,7 +59,7 @@ struct VolumeMac::Parts {
               .administrator = std::nullopt,
               .volume = std::move(folder)} {}
 
-    std::unique_ptr<RootedFileSystem> files;
+    std::unique_ptr<FileSystem> files;
     UserEnvironment user;
     FileCodeSignatures signatures;
     VolumeReceipts receipts;
@@ -118,7 +118,14 @@ tl::expected<std::unique_ptr<VolumeMac>, Message> VolumeMac::open(const std::fil
     if (!user) return tl::unexpected(describe(user.error()));
     if (const auto known = (*files)->setHome(user->home); !known)
         return tl::unexpected(Message{std::string(failureKey(known.error().fault))});
-    auto parts = std::make_unique<Parts>(std::move(*files), std::move(*user), folder, host, texts, log);
+    return over(std::move(*files), std::move(*user), folder, host, texts, log);
+}
+
+std::unique_ptr<VolumeMac> VolumeMac::over(std::unique_ptr<FileSystem> files, UserEnvironment user,
+                                           std::filesystem::path folder, HostServices& host,
+                                           const Texts& texts, Log& log) {
+    auto parts =
+        std::make_unique<Parts>(std::move(files), std::move(user), std::move(folder), host, texts, log);
     return std::unique_ptr<VolumeMac>(new VolumeMac(std::move(parts)));
 }
 

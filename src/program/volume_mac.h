@@ -3,6 +3,8 @@
 #include "base/log.h"
 #include "base/message.h"
 #include "base/texts.h"
+#include "platform/file_system.h"
+#include "platform/user_environment.h"
 #include "program/mac.h"
 
 #include <filesystem>
@@ -25,6 +27,10 @@ class VolumeMac : public OwnedMac {
                                                                   const std::optional<std::string>& home,
                                                                   HostServices& host, const Texts& texts,
                                                                   Log& log);
+    /// The same over other files, for a user of theirs; `folder`: where they lie on this machine.
+    static std::unique_ptr<VolumeMac> over(std::unique_ptr<FileSystem> files, UserEnvironment user,
+                                           std::filesystem::path folder, HostServices& host,
+                                           const Texts& texts, Log& log);
     /// The homes to choose from where a volume has several; empty where that is not what is missing.
     static std::vector<std::string> homesToChoose(const std::filesystem::path& folder);
     ~VolumeMac() override;

@@ -43,7 +43,7 @@ MacOpener::Result openVolume(const fs::path& folder, const std::optional<std::st
 
 } // namespace
 
-void MacOpener::openRunning(const RunningMac::Open& running, Then then) {
+void MacOpener::openRunning(const OpenMac& running, Then then) {
     inBackground(
         *this, alive_, background_, main_,
         [this, running]() -> Result {

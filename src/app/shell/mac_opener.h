@@ -5,7 +5,6 @@
 #include "base/message.h"
 #include "base/texts.h"
 #include "program/mac.h"
-#include "program/running_mac.h"
 #include "settings/recent_volumes.h"
 
 #include <filesystem>
@@ -33,6 +32,9 @@ class MacOpener {
         std::vector<std::string> homes = {}; ///< to choose one from, where only that is missing
     };
     using Result = tl::expected<Opened, Refusal>;
+    /// A Mac that is opened by something else than its folder.
+    using OpenMac =
+        std::function<tl::expected<std::unique_ptr<OwnedMac>, Message>(HostServices&, const Texts&, Log&)>;
     using Then = std::function<void(Result)>; ///< called on the main thread, unless this is gone by then
 
     /// What is passed outlives this.
@@ -40,7 +42,7 @@ class MacOpener {
         : host_(host), texts_(texts), log_(log), main_(main), background_(background) {}
 
     /// Opens the Mac that the program runs on.
-    void openRunning(const RunningMac::Open& running, Then then);
+    void openRunning(const OpenMac& running, Then then);
     void open(std::filesystem::path folder, std::optional<std::string> home, Then then);
     /// Writes the sample into a folder that is empty or missing, or into a new one of the system's temporary
     /// folder, and opens it.

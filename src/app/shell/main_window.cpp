@@ -14,7 +14,6 @@
 #include "app/widgets/words.h"
 #include "base/path.h"
 #include "platform/workspace.h"
-#include "program/running_mac.h"
 #include "removal/flow_types.h"
 #include "settings/recent_volumes.h"
 #include "system/permissions_model.h"
@@ -163,7 +162,7 @@ void MainWindow::openSample() {
     chooser_->openSample();
 }
 
-void MainWindow::openRunning(const RunningMac::Open& running) {
+void MainWindow::openRunning(const MacOpener::OpenMac& running) {
     chooser_->openRunning(running);
 }
 

@@ -11,7 +11,6 @@
 #include "base/texts.h"
 #include "platform/workspace.h"
 #include "program/resources.h"
-#include "program/running_mac.h"
 #include "system/permissions_model.h"
 #include "system/request_inbox.h"
 
@@ -49,7 +48,7 @@ class MainWindow final : public QMainWindow {
 
     void open(const std::filesystem::path& folder, const std::optional<std::string>& home = {});
     void openSample();
-    void openRunning(const RunningMac::Open& running);
+    void openRunning(const MacOpener::OpenMac& running);
     void openSettings();
     /// What is told at the first start.
     void openOnboarding();

@@ -7,7 +7,6 @@
 #include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
 #include "base/background_step.h"
-#include "program/running_mac.h"
 #include "program/this_mac.h"
 #include "settings/recent_volumes.h"
 
@@ -94,7 +93,7 @@ void SystemChooser::markMissing(const std::vector<RecentVolume>& volumes,
         });
 }
 
-void SystemChooser::openRunning(const RunningMac::Open& running) {
+void SystemChooser::openRunning(const MacOpener::OpenMac& running) {
     if (!reactions_.mayLeave()) return;
     reactions_.begins(text("window.opening"));
     services_.opener.openRunning(running, [this](auto result) { take(std::move(result), {}); });

@@ -3,7 +3,6 @@
 #include "app/shell/mac_opener.h"
 #include "base/executor.h"
 #include "base/texts.h"
-#include "program/running_mac.h"
 #include "settings/recent_volumes.h"
 
 #include <QObject>
@@ -46,7 +45,7 @@ class SystemChooser final : public QObject {
     /// To choose from; made anew whenever it opens.
     QMenu* menu() { return menu_; }
 
-    void openRunning(const RunningMac::Open& running);
+    void openRunning(const MacOpener::OpenMac& running);
     void open(const std::filesystem::path& folder, const std::optional<std::string>& home = {});
     void openSample();
     void chooseVolume();
