@@ -68,6 +68,16 @@ TEST_F(Applications, FilterTheirFindsByKindFromTheMenu) {
     Q_EMIT menu->aboutToShow();
     menu->actions().back()->trigger();
     EXPECT_FALSE(fixture.flow().reviewFilter().isActive());
+    const auto unchosen = [found] {
+        const auto& rows = *found->model();
+        return rows.match(rows.index(0, 0), Qt::CheckStateRole, Qt::Unchecked, -1,
+                          Qt::MatchExactly | Qt::MatchRecursive);
+    };
+    ASSERT_TRUE(test::waitUntil([&] { return !unchosen().isEmpty(); }));
+    Q_EMIT menu->aboutToShow();
+    menu->findChild<QAction*>(QStringLiteral("only chosen"))->trigger();
+    EXPECT_TRUE(unchosen().isEmpty());
+    EXPECT_TRUE(WindowFixture::rowCalled(*found, QStringLiteral("Marlin Notes.app")).isValid());
 }
 
 } // namespace

@@ -36,6 +36,11 @@ void ReviewTree::rebuild() {
     endResetModel();
 }
 
+void ReviewTree::showOnlyChosen(bool isOn) {
+    isOnlyChosen_ = isOn;
+    rebuild();
+}
+
 int ReviewTree::add(int parent, Node node) {
     auto& siblings = parent < 0 ? roots_ : nodes_[static_cast<std::size_t>(parent)].children;
     const auto number = static_cast<int>(nodes_.size());
@@ -47,22 +52,29 @@ int ReviewTree::add(int parent, Node node) {
 }
 
 void ReviewTree::addTree(int parent, const LeftoverTree& tree) {
+    const auto isShown = [this](const auto& row) {
+        return !isOnlyChosen_ || flow_.choice().isSelected(row.trace->id);
+    };
+    const auto hasShown = [&](const auto& group) { return std::ranges::any_of(group.rows, isShown); };
     for (const auto& tier : tree.tiers) {
+        if (std::ranges::none_of(tier.groups, hasShown)) continue;
         const int above =
             add(parent, {.kind = Kind::tier,
                          .title = texts_.text("risk." + std::string(name(tier.risk)) + ".title"),
                          .risk = tier.risk,
                          .sizeText = tier.sizeText.value_or("")});
         for (const auto& group : tier.groups) {
+            if (!hasShown(group)) continue;
             const auto title = texts_.text("category." + std::string(name(group.category)));
             const int inner = add(above, {.kind = Kind::group, .title = title, .category = group.category});
             for (const auto& row : group.rows) {
+                if (!isShown(row)) continue;
                 add(inner, {.trace = row.trace, .risk = tier.risk, .sizeText = std::string(row.sizeText)});
                 largest_ = std::max(largest_, row.trace->sizeBytes.value_or(0));
             }
         }
     }
-    if (tree.manual.empty()) return;
+    if (tree.manual.empty() || isOnlyChosen_) return;
     const int above = add(parent, {.kind = Kind::byHand, .title = texts_.text("review.byHand.title")});
     for (const auto* trace : tree.manual)
         add(above, {.trace = trace, .risk = trace->risk});

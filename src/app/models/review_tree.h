@@ -30,6 +30,9 @@ class ReviewTree final : public QAbstractItemModel {
     void rebuild();
     /// The selection or the mode is another one.
     void refresh();
+    /// Leaves out what is not chosen now, until it is asked for again.
+    void showOnlyChosen(bool isOn);
+    bool showsOnlyChosen() const { return isOnlyChosen_; }
     /// The trace of a row; null for everything above.
     const Trace* trace(const QModelIndex& index) const;
     /// Chooses everything below, or nothing of it.
@@ -73,6 +76,7 @@ class ReviewTree final : public QAbstractItemModel {
     RemovalFlowModel& flow_;
     const Texts& texts_;
     UserEnvironment user_;
+    bool isOnlyChosen_ = false;
     std::vector<Node> nodes_;
     std::vector<int> roots_;
     std::int64_t largest_ = 1; ///< bytes of the largest item, at which bars are full

@@ -91,7 +91,7 @@ QVariant traceData(const Trace& trace, int role, std::int64_t largest, const Tex
         return QString::fromStdString(trace.sizeBytes ? sizeText(*trace.sizeBytes, trace.isSizePartial, texts)
                                                       : std::string());
     case Qt::ToolTipRole:
-        return shown(trace.displayName).toHtmlEscaped();
+        return (shown(trace.displayName) + QLatin1Char('\n') + traceReason(trace, texts)).toHtmlEscaped();
     default:
         return {};
     }
@@ -104,6 +104,19 @@ QString spokenTrace(const Trace& trace, const SpokenState& state, const Texts& t
     parts << state.badge << traceReason(trace, texts);
     parts.removeAll(QString());
     return parts.join(QStringLiteral(", "));
+}
+
+QString stepWords(const StepProgress& step, const Texts& texts, const UserEnvironment& user) {
+    auto line = words(texts, "work.step %lld %lld", {std::to_string(step.step), std::to_string(step.total)});
+    const auto key = "cli.step." + step.kind;
+    if (const auto verb = words(texts, key); verb != QString::fromStdString(key))
+        line += QStringLiteral(" · ") + verb;
+    if (!step.item.empty()) line += QStringLiteral(" · ") + shortPath(Path(step.item), user);
+    if (step.copiedBytes > 0)
+        line += QStringLiteral(", ")
+                + words(texts, "cli.progress.copied %@",
+                        {sizeWords(static_cast<std::int64_t>(step.copiedBytes), texts).toStdString()});
+    return line;
 }
 
 } // namespace tidwen

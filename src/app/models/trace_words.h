@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/path.h"
+#include "base/step_progress.h"
 #include "base/texts.h"
 #include "platform/user_environment.h"
 #include "scan/matching/trace.h"
@@ -32,5 +33,8 @@ struct SpokenState {
 QString spokenTrace(const Trace& trace, const SpokenState& state, const Texts& texts);
 /// "~/Library" in place of "/Users/alice/Library".
 QString shortPath(const Path& path, const UserEnvironment& user);
+
+/// How far a removal or an undo is.
+QString stepWords(const StepProgress& step, const Texts& texts, const UserEnvironment& user);
 
 } // namespace tidwen

@@ -18,11 +18,14 @@
 #include "base/executor.h"
 #include "base/language.h"
 #include "base/path.h"
+#include "operations/removal_operation.h"
 #include "platform/workspace.h"
 #include "program/host_paths.h"
 #include "removal/flow_types.h"
 #include "scan/applications/app_target.h"
 #include "scan/applications/installed_app.h"
+#include "scan/matching/trace.h"
+#include "system/permissions_model.h"
 
 #include <QBoxLayout>
 #include <QLabel>
@@ -53,6 +56,19 @@ Stage homeStage(Place place) {
         break;
     }
     return stage::Idle{};
+}
+
+SystemSettingsLauncher::Pane launcherPane(SettingsPane pane) {
+    using Pane = SystemSettingsLauncher::Pane;
+    switch (pane) {
+    case SettingsPane::fullDiskAccess:
+        return Pane::fullDiskAccess;
+    case SettingsPane::loginItemsAndExtensions:
+        return Pane::loginItemsAndExtensions;
+    case SettingsPane::privacyAndSecurity:
+        break;
+    }
+    return Pane::privacyAndSecurity;
 }
 
 } // namespace
@@ -111,15 +127,20 @@ void MacView::makeScreens() {
     applications_ = new ApplicationsScreen(
         {session.models().homeGrid(), session.preferences(), session.protectedApps(), session.tags(),
          mac_.icons(), texts_, system.clock, showItem},
-        [this](const auto& bundles) { lookAt(bundles); },
+        [this](const auto& bundles, RemovalMode mode) {
+            lookAt(bundles);
+            beginsWithReset_ = mode == RemovalMode::reset;
+        },
         [this](const InstalledApp& app) {
             showPermissions({.bundleURL = app.url, .bundleID = app.bundleID, .name = app.name});
         });
+    std::function<void(SettingsPane)> openPaneByHand; // a volume has none
+    if (mac_.isRunningMac()) openPaneByHand = [this](SettingsPane pane) { openPane(launcherPane(pane)); };
     history_ = new HistoryScreen(session.models().history(), texts_, system.user, showItem);
     work_ = new WorkScreen(texts_, system.user, [this] { mac_.flow().stop(); });
     review_ = new ReviewScreen(flow, mac_.icons(), texts_, system.user,
                                {[this] { questions_.confirm(); }, [this] { rescan(); }, showItem,
-                                [this](const AppTarget& app) { showPermissions(app); }});
+                                [this](const AppTarget& app) { showPermissions(app); }, openPaneByHand});
     leftovers_ = new LeftoversScreen(flow, texts_, system.user,
                                      {[this] { sweep(); }, [this] { questions_.confirm(); }, showItem});
     using Pane = SystemSettingsLauncher::Pane;
@@ -146,6 +167,15 @@ void MacView::follow() {
     const auto count = [this](const auto&) { showCounts(); };
     following_.push_back(models.homeGrid().inventory.observe(count));
     following_.push_back(models.history().entries.observe(count));
+    following_.push_back(models.history().lastUndo.observe([this](const auto& undo) {
+        if (undo) mac_.session().models().homeGrid().load(); // applications may be back
+    }));
+    if (mac_.isRunningMac()) // a volume asks for no permission
+        following_.push_back(models.permissions().fullDiskAccess.observe([this](auto status) {
+            sidebar_->warn(status == FullDiskAccessProbe::Status::denied
+                               ? text("settings.permissions.fullDisk.denied")
+                               : QString());
+        }));
     following_.push_back(models.installers().result.observe(count));
     following_.push_back(models.startupItems().result.observe(count));
     following_.push_back(mac_.chores().changed.connect([this] {
@@ -159,6 +189,7 @@ void MacView::follow() {
     // Later: where the report leads to may be left again at once.
     flow.onReportDismissed = [this] {
         mac_.session().models().homeGrid().load();
+        mac_.session().models().history().load();
         QMetaObject::invokeMethod(
             this, [this] { load(place_); }, Qt::QueuedConnection);
     };
@@ -229,6 +260,7 @@ void MacView::search() {
 }
 
 void MacView::lookAt(const std::vector<Path>& bundles) {
+    beginsWithReset_ = false;
     auto& flow = mac_.flow();
     if (mac_.isBusy()) return say(text("drop.busy"));
     if (std::holds_alternative<stage::Scanning>(flow.stage())) return say(text("drop.scanning"));
@@ -258,9 +290,11 @@ void MacView::takeDropped(std::vector<std::string> hostPaths) {
 }
 
 void MacView::showStage() {
-    const auto& stage = mac_.flow().stage();
+    auto& flow = mac_.flow();
+    const auto& stage = flow.stage();
     showError();
     if (std::holds_alternative<stage::Review>(stage)) {
+        if (std::exchange(beginsWithReset_, false)) flow.setMode(RemovalMode::reset);
         review_->update();
         show(review_);
     } else if (const auto* orphans = std::get_if<stage::Orphans>(&stage)) {

@@ -106,6 +106,7 @@ class MacView final : public QWidget {
     WorkScreen* work_ = nullptr;
     ReviewScreen* review_ = nullptr;
     ReportScreen* report_ = nullptr;
+    bool beginsWithReset_ = false; ///< the review that is being prepared
     std::vector<Subscription> following_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };

@@ -85,6 +85,10 @@ void Sidebar::setCount(Place place, std::size_t count) {
     setNarrow(isNarrow_); // wider for more figures
 }
 
+void Sidebar::warn(const QString& words) {
+    system_->warn(words);
+}
+
 void Sidebar::setNarrow(bool isNarrow) {
     isNarrow_ = isNarrow;
     for (auto* widget : wideOnly_)

@@ -30,7 +30,9 @@ class Sidebar final : public Panel {
 
     void choose(Place place);
     void setCount(Place place, std::size_t count); ///< nothing is shown for 0
-    void setNarrow(bool isNarrow);                 ///< icons only
+    /// Marks the system as one of which not everything can be seen; no words: no mark.
+    void warn(const QString& words);
+    void setNarrow(bool isNarrow); ///< icons only
 
   private:
     QWidget* makeSystemTile(const Mac& mac, QMenu* systems);

@@ -33,6 +33,13 @@ void SidebarItem::setSecondLine(const QString& line) {
     update();
 }
 
+void SidebarItem::warn(const QString& words) {
+    warning_ = words;
+    setToolTip((words.isEmpty() ? text() : words).toHtmlEscaped());
+    setAccessibleDescription(words.isEmpty() ? second_ : second_ + QStringLiteral(", ") + words);
+    update();
+}
+
 void SidebarItem::setNarrow(bool isNarrow) {
     isNarrow_ = isNarrow;
     updateGeometry();
@@ -75,6 +82,9 @@ void SidebarItem::paintEvent(QPaintEvent* /*event*/) {
     };
     const int iconX = isNarrow_ ? (width() - icon) / 2 : scaled(10);
     paintIcon(painter, at(iconX, (height() - icon) / 2, icon, icon), icon_, color);
+    if (const int dot = scaled(8); !warning_.isEmpty())
+        fillRounded(painter, at(iconX + icon - dot / 2, (height() - icon) / 2 - dot / 2, dot, dot),
+                    colors()[Role::look], dot / 2.0);
     if (isNarrow_) return;
     const auto draw = [&](const QRect& place, Type type, const QColor& pen, const QString& words,
                           Qt::Alignment side) {

@@ -11,6 +11,8 @@ class SidebarItem final : public QAbstractButton {
 
     void setCount(const QString& count);
     void setSecondLine(const QString& line); ///< makes it a tile
+    /// A dot says that something is missing, and these words what; none: nothing is.
+    void warn(const QString& words);
     void setNarrow(bool isNarrow);
     QSize sizeHint() const override;
 
@@ -21,6 +23,7 @@ class SidebarItem final : public QAbstractButton {
     QString icon_;
     QString count_;
     QString second_;
+    QString warning_;
     bool isNarrow_ = false;
 };
 

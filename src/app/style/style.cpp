@@ -7,6 +7,7 @@
 #include <QFontDatabase>
 #include <QPainter>
 #include <QStyleOption>
+#include <QTreeView>
 
 namespace tidwen {
 
@@ -14,7 +15,8 @@ namespace {
 
 constexpr double controlRadius = 7;
 constexpr int controlHeight = 30;
-constexpr int focusWidth = 2; ///< room that controls leave around themselves for the ring
+constexpr int openingTime = 150; ///< milliseconds, for the tiers of a tree
+constexpr int focusWidth = 2;    ///< room that controls leave around themselves for the ring
 
 bool isPrimary(const QStyleOption* option) {
     const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
@@ -141,6 +143,7 @@ int Style::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* 
                      QStyleHintReturn* data) const {
     switch (hint) {
     case SH_Widget_Animation_Duration:
+        return qobject_cast<const QTreeView*>(widget) ? openingTime : 0; // of those that move at all
     case SH_ScrollBar_Transient:
     case SH_DialogButtonBox_ButtonsHaveIcons:
     case SH_UnderlineShortcut:

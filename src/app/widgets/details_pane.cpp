@@ -47,14 +47,23 @@ void DetailsPane::show(const Trace* trace) {
     const auto risk = "risk." + std::string(name(trace->risk)) + ".title";
     const auto note = tierNotes_ + std::string(name(trace->risk)) + ".note";
     addLine("review.details.risk", words(texts_, risk) + QLatin1Char('\n') + words(texts_, note));
+    const auto* guidance = std::get_if<action::Guidance>(&trace->action);
+    if (guidance) addLine("review.byHand.title", shown(guidance->step.instruction));
     if (const auto badge = traceBadge(*trace, texts_); !badge.isEmpty())
-        addLine("review.details.mark", badge);
+        addLine("review.details.mark",
+                trace->mayHoldOthers && !trace->contestedBy
+                    ? badge + QStringLiteral(": ") + words(texts_, "left.mayHoldOthers")
+                    : badge);
     if (trace->sizeBytes) addLine("cli.apps.size", sizeWords(trace->sizeBytes, texts_));
     if (const auto place = tracePlace(*trace, user_); !place.isEmpty())
         addLine("review.details.where", breakable(place));
     addLine("review.details.undo",
             words(texts_, "review.details.undo." + std::string(name(trace->reversibility))));
     if (const auto* path = movedPath(trace->action)) addButtons(*path);
+    if (guidance && guidance->step.settingsPane && onPane)
+        content_->addWidget(parts::button(words(texts_, "settings.permissions.open"),
+                                          [this, pane = *guidance->step.settingsPane] { onPane(pane); }),
+                            0, Qt::AlignLeading);
     if (onPermissions && std::holds_alternative<action::ResetPermissions>(trace->action)) {
         auto* button = parts::button(words(texts_, "permissions.show"),
                                      [this, found = *trace] { onPermissions(found); });

@@ -23,6 +23,8 @@ class DetailsPane final : public Panel {
     void show(const Trace* trace); ///< null: nothing is current
     /// Shows the permissions that a find resets, one by one; may be empty.
     std::function<void(const Trace&)> onPermissions;
+    /// Opens the pane of System Settings in which a step is done by hand; may be empty.
+    std::function<void(SettingsPane)> onPane;
 
   private:
     void addLine(const char* key, const QString& text);

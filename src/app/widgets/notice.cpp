@@ -19,7 +19,8 @@ QWidget* makeNotice(NoticeTone tone, const NoticeWords& words, std::function<voi
     auto* panel = new Panel({.ground = ground, .line = std::nullopt, .radius = 8});
     auto* layout = parts::row(panel, scaled(10));
     layout->setContentsMargins(scaled(12), scaled(9), scaled(12), scaled(9));
-    layout->addWidget(parts::picture(isCaution ? QStringLiteral("warning") : QStringLiteral("undo"), color));
+    const auto usual = isCaution ? QStringLiteral("warning") : QStringLiteral("undo");
+    layout->addWidget(parts::picture(words.icon.isEmpty() ? usual : words.icon, color));
     auto* text = parts::column(nullptr, scaled(2));
     text->addWidget(parts::paragraph(words.title, words.body.isEmpty() ? Type::body : Type::strong, color));
     if (!words.body.isEmpty()) text->addWidget(parts::paragraph(words.body, Type::second, color));

@@ -11,6 +11,7 @@ struct NoticeWords {
     QString title;
     QString body = {};
     QString action = {};
+    QString icon = {}; ///< that of the tone unless it is said
 };
 enum class NoticeTone { information, caution };
 QWidget* makeNotice(NoticeTone tone, const NoticeWords& words, std::function<void()> onAction = {});

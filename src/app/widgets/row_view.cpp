@@ -1,5 +1,7 @@
 #include "app/widgets/row_view.h"
 
+#include "app/widgets/motion.h"
+
 #include <QKeyEvent>
 #include <QMouseEvent>
 
@@ -16,6 +18,7 @@ RowView::RowView(RowDelegate* delegate, QWidget* parent) : QTreeView(parent), de
     setFrameShape(QFrame::NoFrame);
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setAnimated(motionTime() > 0);
     setMouseTracking(true);
     setEditTriggers(NoEditTriggers);
     viewport()->setAutoFillBackground(false);

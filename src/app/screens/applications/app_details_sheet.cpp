@@ -57,7 +57,7 @@ Sheet* openAppDetails(QWidget* window, const HomeRow& row, AppIcons& icons, cons
     if (!row.app) return nullptr;
     const auto& app = *row.app;
     const auto name = shown(app.name);
-    auto* sheet = new Sheet(window, name, 520);
+    auto* sheet = new Sheet(window, name, 620);
     auto* line = parts::row(nullptr, scaled(14));
     auto* tile = new Tile(52, icons);
     tile->show(name, app.bundleID, app.url);
@@ -78,6 +78,7 @@ Sheet* openAppDetails(QWidget* window, const HomeRow& row, AppIcons& icons, cons
         buttons->addWidget(button);
     };
     add("history.revealButton", actions.reveal);
+    add("permissions.show", actions.showPermissions);
     add("details.editTags", actions.editTags);
     add(row.isProtected ? "drop.tile.unprotect" : "drop.tile.protect", actions.toggleProtection);
     buttons->addStretch(1);

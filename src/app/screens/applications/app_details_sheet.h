@@ -17,6 +17,7 @@ class Sheet;
 struct AppDetailsActions {
     std::function<void()> toggleProtection;
     std::function<void()> editTags;
+    std::function<void()> showPermissions;
     std::function<void()> reveal;
 };
 /// `row` is one of an application.

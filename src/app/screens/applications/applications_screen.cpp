@@ -31,7 +31,7 @@
 
 namespace tidwen {
 
-ApplicationsScreen::ApplicationsScreen(Models models, std::function<void(const std::vector<Path>&)> look,
+ApplicationsScreen::ApplicationsScreen(Models models, Look look,
                                        std::function<void(const InstalledApp&)> showPermissions)
     : models_(models),
       look_(std::move(look)),
@@ -189,6 +189,8 @@ void ApplicationsScreen::showMenuFor(const QPoint& point) {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     connect(menu->addAction(primary_->text()), &QAction::triggered, this, [this] { lookAtChosen(); });
+    connect(menu->addAction(text("review.resetButton")), &QAction::triggered, this,
+            [this] { lookAtChosen(RemovalMode::reset); });
     if (const auto rows = chosen(); rows.size() == 1)
         connect(menu->addAction(text("permissions.show")), &QAction::triggered, this,
                 [this, app = *rows.front()->app] { showPermissions_(app); });
@@ -215,13 +217,13 @@ std::vector<const HomeRow*> ApplicationsScreen::chosen() const {
     return rows;
 }
 
-void ApplicationsScreen::lookAtChosen() {
+void ApplicationsScreen::lookAtChosen(RemovalMode mode) {
     std::vector<Path> bundles;
     const auto rows = chosen();
     bundles.reserve(rows.size());
     for (const auto* row : rows)
         bundles.push_back(row->app->url);
-    if (!bundles.empty()) look_(bundles);
+    if (!bundles.empty()) look_(bundles, mode);
 }
 
 void ApplicationsScreen::toggleProtection() {
@@ -257,6 +259,7 @@ void ApplicationsScreen::showDetails() {
     openAppDetails(window(), row, models_.icons, models_.texts, models_.clock.now(),
                    {.toggleProtection = [this] { toggleProtection(); },
                     .editTags = [this] { editTags(); },
+                    .showPermissions = [this, app = *row.app] { showPermissions_(app); },
                     .reveal = [this, bundle = row.app->url] { models_.reveal(bundle); }});
 }
 

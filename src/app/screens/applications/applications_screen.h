@@ -7,6 +7,7 @@
 #include "base/timestamp.h"
 #include "inventory/home_grid.h"
 #include "inventory/home_grid_model.h"
+#include "operations/removal_operation.h"
 #include "scan/applications/installed_app.h"
 #include "scan/applications/protected_apps.h"
 #include "settings/app_preferences.h"
@@ -44,8 +45,8 @@ class ApplicationsScreen final : public QWidget {
         std::function<void(const Path&)> reveal; ///< shows an item in its folder
     };
     /// `look`: asked for what belongs to these applications.
-    ApplicationsScreen(Models models, std::function<void(const std::vector<Path>&)> look,
-                       std::function<void(const InstalledApp&)> showPermissions);
+    using Look = std::function<void(const std::vector<Path>&, RemovalMode)>;
+    ApplicationsScreen(Models models, Look look, std::function<void(const InstalledApp&)> showPermissions);
 
     void search();
 
@@ -62,7 +63,7 @@ class ApplicationsScreen final : public QWidget {
     void setOption(const std::function<void(HomeGridOptions&)>& change);
     void showMenuFor(const QPoint& point);
     std::vector<const HomeRow*> chosen() const;
-    void lookAtChosen();
+    void lookAtChosen(RemovalMode mode = RemovalMode::uninstall);
     void toggleProtection();
     void editTags();
     void showDetails();
@@ -72,7 +73,7 @@ class ApplicationsScreen final : public QWidget {
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 
     Models models_;
-    std::function<void(const std::vector<Path>&)> look_;
+    Look look_;
     std::function<void(const InstalledApp&)> showPermissions_;
     HomeList list_;
     ScreenHeader* header_ = nullptr;

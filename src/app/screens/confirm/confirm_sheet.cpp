@@ -27,6 +27,7 @@
 #include <QPushButton>
 #include <QStringList>
 
+#include <algorithm>
 #include <string>
 #include <variant>
 #include <vector>
@@ -34,6 +35,8 @@
 namespace tidwen {
 
 namespace {
+
+constexpr std::size_t mostTiles = 3; ///< of several applications
 
 /// A dot in the colour of a tier.
 QLabel* dot(TraceRisk risk) {
@@ -99,9 +102,9 @@ QStringList stepLines(const RemovalChoice& choice, const System& system) {
 void addTitle(Sheet& sheet, const RemovalChoice& choice, AppIcons& icons, const QString& title) {
     auto* line = parts::row(nullptr, scaled(14));
     const auto& groups = choice.going();
-    if (!groups.empty()) {
+    for (std::size_t i = 0; i < std::min(groups.size(), mostTiles); ++i) {
         auto* tile = new Tile(44, icons);
-        const auto& target = groups.front().group->target;
+        const auto& target = groups[i].group->target;
         tile->show(shown(target.name), target.bundleID, target.bundleURL);
         line->addWidget(tile);
     }
@@ -120,12 +123,15 @@ Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Syst
     const auto title = QString::fromStdString(said.title);
     auto* sheet = new Sheet(window, title);
     addTitle(*sheet, choice, icons, title);
-    sheet->content().addWidget(parts::paragraph(words(
-        texts, "confirm.body %lld %@", {std::to_string(summary.totalCount), summary.totalSizeText(texts)})));
+    if (summary.reversibleCount > 0) // nothing else goes to the Trash
+        sheet->content().addWidget(
+            parts::paragraph(words(texts, "confirm.body %lld %@",
+                                   {std::to_string(summary.reversibleCount), summary.totalSizeText(texts)})));
     sheet->content().addWidget(tierCard(summary, texts));
     if (said.password)
         sheet->content().addWidget(
-            makeNotice(NoticeTone::information, {QString::fromStdString(*said.password)}));
+            makeNotice(NoticeTone::information,
+                       {QString::fromStdString(*said.password), {}, {}, QStringLiteral("lock")}));
     if (said.permissionsReset)
         sheet->content().addWidget(
             makeNotice(NoticeTone::caution, {QString::fromStdString(*said.permissionsReset)}));

@@ -20,6 +20,7 @@
 #include "quarantine/run_items.h"
 
 #include <QBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QListView>
 #include <QPushButton>
@@ -28,6 +29,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tidwen {
@@ -56,6 +58,7 @@ HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvi
     follow(history_.unfinishedRuns);
     follow(history_.unreadable);
     follow(history_.busyEntryID);
+    following_.push_back(history_.progress.observe([this](const auto&) { showLine(); }));
     follow(history_.lastUndo);
     follow(history_.error);
     update();
@@ -70,7 +73,9 @@ QWidget* HistoryScreen::makeContent() {
     runs_->setModel(&list_);
     items_ = new QListView;
     items_->setAccessibleName(text("history.items"));
+    items_->setObjectName(QStringLiteral("items"));
     items_->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    items_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     items_->setUniformItemSizes(true);
     items_->setSpacing(scaled(3));
     items_->setTextElideMode(Qt::ElideMiddle);
@@ -113,8 +118,10 @@ QWidget* HistoryScreen::makeFooter() {
     });
     undo_ = parts::primaryButton(text("history.undoButton"), [this] { undo(); });
     undo_->setObjectName(QStringLiteral("undo run"));
+    stop_ = parts::button(text("removing.stop"), [this] { history_.stop(); });
     layout->addWidget(delete_);
     layout->addStretch(1);
+    layout->addWidget(stop_);
     layout->addWidget(show_);
     layout->addWidget(undo_);
     return footer;
@@ -132,6 +139,7 @@ void HistoryScreen::undo() {
     ItemChoice chosen;
     for (const auto& index : items_->selectionModel()->selectedIndexes())
         chosen.insert(sources_[static_cast<std::size_t>(index.row())]);
+    items_->clearSelection(); // what is put back can not be put back again
     if (chosen.empty())
         history_.undo(*entry);
     else
@@ -165,10 +173,9 @@ void HistoryScreen::update() {
     std::int64_t bytes = 0;
     for (const auto& entry : entries)
         bytes += entry.sizeBytes.value_or(0);
-    header_->setLine(history_.isLoading.get()
-                         ? text("history.loading")
-                         : text("history.total %lld %@",
-                                {std::to_string(entries.size()), sizeWords(bytes, texts_).toStdString()}));
+    totals_ = text("history.total %lld %@",
+                   {std::to_string(entries.size()), sizeWords(bytes, texts_).toStdString()});
+    showLine();
     parts::clear(*notices_);
     if (const auto error = history_.errorMessage())
         notices_->addWidget(makeNotice(NoticeTone::caution, {QString::fromStdString(*error)}));
@@ -193,16 +200,25 @@ void HistoryScreen::update() {
     showItems();
 }
 
+/// How far an action is, or what there is.
+void HistoryScreen::showLine() {
+    const auto& step = history_.progress.get();
+    if (history_.busyEntryID.get() && step)
+        header_->setLine(stepWords(*step, texts_, user_));
+    else
+        header_->setLine(history_.isLoading.get() ? text("history.loading") : totals_);
+}
+
 void HistoryScreen::showItems() {
     QStringList names;
-    sources_.clear();
+    std::vector<std::string> sources;
     if (const auto* entry = current())
         for (const auto& item : entry->manifest.entries)
             if (item.kind == ManifestEntryKind::move) {
-                sources_.push_back(item.source);
+                sources.push_back(item.source);
                 names << shortPath(Path(item.source), user_);
             }
-    if (names != itemNames_->stringList()) itemNames_->setStringList(names);
+    if (sources != std::exchange(sources_, sources)) itemNames_->setStringList(names);
     updateFooter();
 }
 
@@ -210,12 +226,21 @@ void HistoryScreen::updateFooter() {
     const auto* entry = current();
     const bool isBusy = history_.busyEntryID.get().has_value();
     const bool areChosen = items_->selectionModel()->hasSelection();
+    if (isBusy) stop_->show();
+    if (isBusy && undo_->hasFocus()) stop_->setFocus(); // else whatever comes next would have it
+    if (!isBusy && stop_->hasFocus()) runs_->setFocus();
+    stop_->setVisible(isBusy);
     undo_->setText(text(isBusy      ? "home.recovery.restoring"
                         : areChosen ? "history.undo.chosen"
                                     : "history.undoButton"));
     undo_->setEnabled(entry && entry->canBeUndone() && !isBusy);
     show_->setEnabled(entry != nullptr);
     delete_->setEnabled(entry && !isBusy);
+}
+
+void HistoryScreen::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Undo)) return undo_->click(); // nothing while it is disabled
+    QWidget::keyPressEvent(event);
 }
 
 QString HistoryScreen::text(const char* key, const std::vector<std::string>& arguments) const {

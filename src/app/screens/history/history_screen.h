@@ -30,6 +30,9 @@ class HistoryScreen final : public QWidget {
     HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvironment user,
                   std::function<void(const Path&)> reveal);
 
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
   private:
     QWidget* makeContent();
     QWidget* makeFooter();
@@ -37,6 +40,7 @@ class HistoryScreen final : public QWidget {
     void undo();
     void askToDelete();
     void update();
+    void showLine();
     void showItems();
     void updateFooter();
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
@@ -57,6 +61,8 @@ class HistoryScreen final : public QWidget {
     QPushButton* undo_ = nullptr;
     QPushButton* show_ = nullptr;
     QPushButton* delete_ = nullptr;
+    QPushButton* stop_ = nullptr;
+    QString totals_;
     std::vector<Subscription> following_;
 };
 

@@ -45,24 +45,11 @@ void WorkScreen::show(const Words& words, const std::optional<StepProgress>& ste
     note_->setText(words.note);
     stop_->setText(words.stop);
     stop_->setEnabled(true);
-    step_->setText(step ? stepWords(*step) : words.phase);
+    step_->setText(step ? stepWords(*step, texts_, user_) : words.phase);
     const auto done =
         step && step->total > 0 ? static_cast<double>(step->step) / static_cast<double>(step->total) : 0;
     ring_->show(done);
     ring_->setAccessibleName(step_->text().isEmpty() ? words.title : step_->text());
-}
-
-QString WorkScreen::stepWords(const StepProgress& step) const {
-    auto line = words(texts_, "work.step %lld %lld", {std::to_string(step.step), std::to_string(step.total)});
-    const auto key = "cli.step." + step.kind;
-    if (const auto verb = words(texts_, key); verb != QString::fromStdString(key))
-        line += QStringLiteral(" · ") + verb;
-    if (!step.item.empty()) line += QStringLiteral(" · ") + shortPath(Path(step.item), user_);
-    if (step.copiedBytes > 0)
-        line += QStringLiteral(", ")
-                + words(texts_, "cli.progress.copied %@",
-                        {sizeWords(static_cast<std::int64_t>(step.copiedBytes), texts_).toStdString()});
-    return line;
 }
 
 void WorkScreen::keyPressEvent(QKeyEvent* event) {

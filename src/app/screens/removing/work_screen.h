@@ -32,8 +32,6 @@ class WorkScreen final : public QWidget {
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
-    QString stepWords(const StepProgress& step) const;
-
     const Texts& texts_;
     UserEnvironment user_;
     ProgressRing* ring_;

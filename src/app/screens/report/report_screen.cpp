@@ -12,6 +12,8 @@
 #include "base/texts.h"
 #include "quarantine/undo_service.h"
 #include "removal/removal_texts.h"
+#include "removal/stay_reason.h"
+#include "scan/matching/trace.h"
 
 #include <QBoxLayout>
 #include <QKeyEvent>
@@ -28,7 +30,7 @@ namespace tidwen {
 
 namespace {
 
-constexpr std::size_t mostLines = 12; ///< of one kind; History holds the others
+constexpr std::size_t mostLines = 500; ///< of one kind, for they are widgets
 
 } // namespace
 
@@ -146,11 +148,20 @@ void ReportScreen::showCard(const stage::Report& stage) {
     for (const auto& remainder : report.left)
         for (const auto& item : remainder.traces)
             if (lines++ < mostLines)
-                addLine(*card, {"warning", Role::look,
-                                text("report.stays %@", {traceTitle(item.trace).toStdString()}),
-                                QString::fromStdString(texts_.text(item.describe()))});
+                addLine(*card,
+                        {"warning", Role::look,
+                         text("report.stays %@", {traceTitle(item.trace).toStdString()}), whyItStays(item)});
     if (card->count() == 0) return panel->deleteLater();
     cards_->addWidget(panel);
+}
+
+/// What only the user can do is told as it is to be done.
+QString ReportScreen::whyItStays(const StayingTrace& item) const {
+    const auto* guidance = std::get_if<action::Guidance>(&item.trace.action);
+    if (guidance) return shown(guidance->step.instruction);
+    const auto why = QString::fromStdString(texts_.text(item.describe()));
+    const auto* path = movedPath(item.trace.action);
+    return path ? shown(path->string()) + QStringLiteral(" · ") + why : why;
 }
 
 void ReportScreen::addLine(QBoxLayout& card, const Line& line, QPushButton* button) {
@@ -184,6 +195,7 @@ void ReportScreen::showUndo(const UndoReport& undo) {
 
 void ReportScreen::keyPressEvent(QKeyEvent* event) {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (event->matches(QKeySequence::Undo)) return undo_->click(); // nothing while it is disabled
     if ((isReturn || event->key() == Qt::Key_Escape) && !flow_.isUndoing()) return flow_.close();
     QWidget::keyPressEvent(event);
 }

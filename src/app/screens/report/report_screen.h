@@ -5,6 +5,7 @@
 #include "base/texts.h"
 #include "quarantine/undo_service.h"
 #include "removal/removal_flow_model.h"
+#include "removal/stay_reason.h"
 
 #include <QWidget>
 #include <functional>
@@ -40,6 +41,7 @@ class ReportScreen final : public QWidget {
     void showReport(const stage::Report& report);
     void showCard(const stage::Report& report);
     void showUndo(const UndoReport& undo);
+    QString whyItStays(const StayingTrace& item) const;
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 
     RemovalFlowModel& flow_;

@@ -12,6 +12,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace tidwen {
 
@@ -19,8 +20,8 @@ namespace {
 
 class FilterMenu final : public QMenu {
   public:
-    FilterMenu(QWidget* parent, RemovalFlowModel& flow, const Texts& texts)
-        : QMenu(parent), flow_(flow), texts_(texts) {
+    FilterMenu(QWidget* parent, RemovalFlowModel& flow, const Texts& texts, OnlyChosen onlyChosen)
+        : QMenu(parent), flow_(flow), texts_(texts), onlyChosen_(std::move(onlyChosen)) {
         connect(this, &QMenu::aboutToShow, this, [this] { fill(); });
     }
 
@@ -33,6 +34,11 @@ class FilterMenu final : public QMenu {
                 [risk](LeftoverFilter& changed) {
                     if (changed.risks.erase(risk) == 0) changed.risks.insert(risk);
                 });
+        auto* chosen = addAction(words(texts_, "review.filter.chosen"));
+        chosen->setObjectName(QStringLiteral("only chosen"));
+        chosen->setCheckable(true);
+        chosen->setChecked(onlyChosen_.isOn());
+        connect(chosen, &QAction::triggered, this, [this](bool isOn) { onlyChosen_.set(isOn); });
         addSection(words(texts_, "orphans.filter.kind"));
         for (const auto& [category, count] : categories())
             add(words(texts_, "orphans.filter.kind.option %@ %lld",
@@ -47,8 +53,11 @@ class FilterMenu final : public QMenu {
                 [order](LeftoverFilter& changed) { changed.order = order; });
         addSeparator();
         auto* all = addAction(words(texts_, "orphans.filter.clear"));
-        all->setEnabled(filter.isActive());
-        connect(all, &QAction::triggered, this, [this] { flow_.setReviewFilter({}); });
+        all->setEnabled(filter.isActive() || onlyChosen_.isOn());
+        connect(all, &QAction::triggered, this, [this] {
+            onlyChosen_.set(false);
+            flow_.setReviewFilter({});
+        });
     }
 
     void add(const QString& title, bool isOn, std::function<void(LeftoverFilter&)> change) {
@@ -72,12 +81,13 @@ class FilterMenu final : public QMenu {
 
     RemovalFlowModel& flow_;
     const Texts& texts_;
+    OnlyChosen onlyChosen_;
 };
 
 } // namespace
 
-QMenu* reviewFilterMenu(QWidget* parent, RemovalFlowModel& flow, const Texts& texts) {
-    return new FilterMenu(parent, flow, texts);
+QMenu* reviewFilterMenu(QWidget* parent, RemovalFlowModel& flow, const Texts& texts, OnlyChosen onlyChosen) {
+    return new FilterMenu(parent, flow, texts, std::move(onlyChosen));
 }
 
 void toggleCategory(RemovalFlowModel& flow, TraceCategory category) {

@@ -4,6 +4,8 @@
 #include "removal/removal_flow_model.h"
 #include "scan/policy/trace_category.h"
 
+#include <functional>
+
 class QMenu;
 class QWidget;
 
@@ -11,7 +13,11 @@ namespace tidwen {
 
 /// What of the finds is shown, and in which order. Made anew whenever it opens; `flow` and `texts` outlive
 /// it.
-QMenu* reviewFilterMenu(QWidget* parent, RemovalFlowModel& flow, const Texts& texts);
+struct OnlyChosen { ///< whether what is not chosen is left out
+    std::function<bool()> isOn;
+    std::function<void(bool)> set;
+};
+QMenu* reviewFilterMenu(QWidget* parent, RemovalFlowModel& flow, const Texts& texts, OnlyChosen onlyChosen);
 
 /// Shows only this kind, or all again when only this one is shown.
 void toggleCategory(RemovalFlowModel& flow, TraceCategory category);

@@ -47,8 +47,10 @@ namespace tidwen {
 
 namespace {
 
-constexpr int foldsDetailsBelow = 740; ///< of this screen's width, without the sidebar
-constexpr std::size_t namedParts = 3;  ///< of the size bar; the others are one
+constexpr int foldsDetailsBelow = 960;  ///< of the window's width
+constexpr std::size_t mostTiles = 3;    ///< of several applications
+constexpr std::size_t namedReasons = 2; ///< for which items stay
+constexpr std::size_t namedParts = 3;   ///< of the size bar; the others are one
 
 } // namespace
 
@@ -77,6 +79,7 @@ ReviewScreen::ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts&
     main->addLayout(list, 1);
     main->addWidget(makeFooter());
     details_ = new DetailsPane(texts_, std::move(user), actions_.reveal);
+    if (actions_.openPane) details_->onPane = actions_.openPane;
     details_->onPermissions = [this](const Trace& trace) { showPermissions(trace); };
     layout->addWidget(details_);
     connect(view_->selectionModel(), &QItemSelectionModel::currentChanged, this,
@@ -85,8 +88,10 @@ ReviewScreen::ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts&
 
 QWidget* ReviewScreen::makeHeader() {
     header_ = new ScreenHeader({});
-    tile_ = new Tile(44, icons_);
-    header_->addLeading(tile_);
+    for (std::size_t i = 0; i < mostTiles; ++i) {
+        tiles_.push_back(new Tile(44, icons_));
+        header_->addLeading(tiles_.back());
+    }
     uninstall_ = parts::button(text("review.uninstall"), [this] { flow_.setMode(RemovalMode::uninstall); });
     reset_ = parts::button(text("review.reset"), [this] { flow_.setMode(RemovalMode::reset); });
     reset_->setObjectName(QStringLiteral("reset"));
@@ -107,7 +112,12 @@ QWidget* ReviewScreen::makeHeader() {
     filter->setAccessibleName(text("applications.filter"));
     filter->setToolTip(text("applications.filter"));
     filter->setObjectName(QStringLiteral("filter finds"));
-    filter->setMenu(reviewFilterMenu(filter, flow_, texts_));
+    filter->setMenu(reviewFilterMenu(filter, flow_, texts_,
+                                     {[this] { return tree_.showsOnlyChosen(); },
+                                      [this](bool isOn) {
+                                          tree_.showOnlyChosen(isOn);
+                                          view_->expandAll();
+                                      }}));
     header_->addControl(modes);
     header_->addControl(filter);
     header_->addControl(search_);
@@ -146,6 +156,7 @@ void ReviewScreen::update() {
         view_->expandAll();
         details_->show(nullptr);
         if (isOther) showNotices();
+        if (isOther) view_->scrollToTop();
         if (isOther) view_->setFocus();
     } else {
         tree_.refresh();
@@ -167,7 +178,12 @@ void ReviewScreen::showHeader() {
     const auto& groups = choice.findings().groups();
     if (groups.empty()) return;
     const auto& first = groups.front().target;
-    tile_->show(shown(first.name), first.bundleID, first.bundleURL);
+    for (std::size_t i = 0; i < tiles_.size(); ++i) {
+        tiles_[i]->setVisible(i < groups.size());
+        if (i >= groups.size()) continue;
+        const auto& target = groups[i].target;
+        tiles_[i]->show(shown(target.name), target.bundleID, target.bundleURL);
+    }
     if (groups.size() == 1) {
         header_->setTitle(shown(first.name));
         const auto version = first.version ? shown(*first.version) + QStringLiteral(" · ") : QString();
@@ -241,23 +257,28 @@ void ReviewScreen::showFooter() {
     const auto& summary = choice.summary();
     going_->setText(text("review.header.summary %lld %@",
                          {std::to_string(summary.totalCount), summary.totalSizeText(texts_)}));
-    std::size_t stays = 0;
-    const StayingGroup::Item* reason = nullptr;
-    for (const auto& group : choice.staying())
-        for (const auto& item : group.items) {
-            ++stays;
-            if (!reason || item.reason != StayReason::notChosen) reason = &item;
-        }
-    if (reason) {
-        const auto why = reason->reason == StayReason::contested
-                             ? traceBadge(*reason->trace, texts_)
-                             : shown(texts_.text(StayingTrace{*reason->trace, reason->reason}.describe()));
-        staying_->setText(text("review.footer.stays %lld %@", {std::to_string(stays), why.toStdString()}));
-    }
-    staying_->setVisible(reason != nullptr);
+    staying_->setText(whatStays().join(QStringLiteral(" · ")));
+    staying_->setVisible(!staying_->text().isEmpty());
     remove_->setText(
         text(choice.mode() == RemovalMode::reset ? "review.resetButton" : "installers.removeButton"));
     remove_->setEnabled(summary.totalCount > 0);
+}
+
+/// How many items stay for each reason; the most frequent ones.
+QStringList ReviewScreen::whatStays() const {
+    std::map<QString, int> counts;
+    for (const auto& group : flow_.choice().staying())
+        for (const auto& item : group.items)
+            ++counts[item.reason == StayReason::contested
+                         ? traceBadge(*item.trace, texts_)
+                         : shown(texts_.text(StayingTrace{*item.trace, item.reason}.describe()))];
+    std::vector<std::pair<QString, int>> sorted(counts.begin(), counts.end());
+    std::ranges::stable_sort(sorted, std::greater{}, [](const auto& reason) { return reason.second; });
+    if (sorted.size() > namedReasons) sorted.resize(namedReasons);
+    QStringList lines;
+    for (const auto& [why, count] : sorted)
+        lines << text("review.footer.stays %lld %@", {std::to_string(count), why.toStdString()});
+    return lines;
 }
 
 void ReviewScreen::search() {
@@ -275,7 +296,7 @@ void ReviewScreen::keyPressEvent(QKeyEvent* event) {
 
 void ReviewScreen::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    details_->setVisible(width() >= scaled(foldsDetailsBelow));
+    details_->setVisible(window()->width() >= scaled(foldsDetailsBelow));
 }
 
 QString ReviewScreen::text(const char* key, const std::vector<std::string>& arguments) const {

@@ -37,6 +37,7 @@ class ReviewScreen final : public QWidget {
         std::function<void()> rescan;
         std::function<void(const Path&)> reveal;
         std::function<void(const AppTarget&)> showPermissions;
+        std::function<void(SettingsPane)> openPane; ///< none: there are no settings to open
     };
     ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts& texts, UserEnvironment user,
                  Actions actions);
@@ -57,6 +58,7 @@ class ReviewScreen final : public QWidget {
     void showNotices();
     void showSizes();
     void showFooter();
+    QStringList whatStays() const;
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 
     RemovalFlowModel& flow_;
@@ -68,7 +70,7 @@ class ReviewScreen final : public QWidget {
     int shownRows_ = -1;
     LeftoverFilter shownFilter_;
     ScreenHeader* header_ = nullptr;
-    Tile* tile_ = nullptr;
+    std::vector<Tile*> tiles_; ///< of the first applications
     QPushButton* uninstall_ = nullptr;
     QPushButton* reset_ = nullptr;
     QLineEdit* search_ = nullptr;

@@ -1,10 +1,9 @@
 #include "app/screens/settings/general_page.h"
 
 #include "app/widgets/picker.h"
+#include "base/language.h"
 #include "base/texts.h"
 #include "settings/app_preferences.h"
-
-#include <QLocale>
 
 #include <string>
 #include <vector>
@@ -52,8 +51,7 @@ void GeneralPage::addLanguage() {
         if (description.name != "language") continue;
         for (auto& value : settings_.preferences().values(description)) {
             auto words = value == "system" ? text("settings.language.system")
-                                           : QLocale(QString::fromStdString(value)).nativeLanguageName();
-            if (!words.isEmpty()) words[0] = words[0].toUpper();
+                                           : QString::fromStdString(languageTitle(value));
             choices.push_back({std::move(value), std::move(words)});
         }
     }
