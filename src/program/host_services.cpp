@@ -90,6 +90,13 @@ std::filesystem::path HostServices::knownApps() const {
     return FileDefaults::defaultFile().replace_filename("applications.json");
 }
 
+WriteBehindDefaults& HostServices::storeBehind(Executor& main) {
+    auto behind = std::make_unique<WriteBehindDefaults>(std::move(defaults_), main);
+    auto& result = *behind;
+    defaults_ = std::move(behind);
+    return result;
+}
+
 HostServices::HostServices(std::vector<std::string> loginCommand, Log& log)
     : folders_(hostFolderEvents("/")),
       defaults_(hostDefaults(log, folders_.get())),

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/executor.h"
 #include "base/log.h"
 #include "operations/tool_launchd.h"
 #include "platform/defaults.h"
@@ -8,6 +9,7 @@
 #include "platform/notifications.h"
 #include "platform/process_runner.h"
 #include "posix/posix_process_runner.h"
+#include "settings/write_behind_defaults.h"
 
 #include <filesystem>
 #include <memory>
@@ -24,6 +26,9 @@ class HostServices {
     HostServices(std::vector<std::string> loginCommand, Log& log);
 
     Defaults& defaults() { return *defaults_; }
+    /// From now on settings are stored behind, for a program whose main thread must not wait. Call once,
+    /// before `defaults` is used. `main` outlives this object.
+    WriteBehindDefaults& storeBehind(Executor& main);
     LoginItem& loginItem() { return *loginItem_; }
     Notifications& notifications() { return *notifications_; }
     ProcessRunner& processes() { return processes_; }

@@ -90,18 +90,21 @@ std::string AppTags::spelling(const std::string& tag, const Store& store) {
     return found == existing.end() ? tag : *found;
 }
 
-AppTags::Result AppTags::add(const std::string& bundleID, const std::string& tag) {
+AppTags::Result AppTags::add(const std::vector<std::string>& bundleIDs, const std::string& tag) {
     const auto name = trimmed(tag);
-    if (bundleID.empty() || !isUsable(name)) return tl::unexpected(Refusal::unusableName);
-    return change(Refusal::thereAlready, [&](Store& store) {
-        auto& tags = store[bundleID];
-        if (find(tags, name) == tags.end()) tags.push_back(spelling(name, store));
+    if (std::ranges::find(bundleIDs, "") != bundleIDs.end() || !isUsable(name))
+        return tl::unexpected(Refusal::unusableName);
+    return change(Refusal::thereAlready, [bundleIDs, name](Store& store) {
+        for (const auto& bundleID : bundleIDs)
+            if (auto& tags = store[bundleID]; find(tags, name) == tags.end())
+                tags.push_back(spelling(name, store));
     });
 }
 
-AppTags::Result AppTags::remove(const std::string& bundleID, const std::string& tag) {
-    return change(Refusal::notThere, [&](Store& store) {
-        std::erase_if(store[bundleID], [&](const auto& each) { return sameTag(each, trimmed(tag)); });
+AppTags::Result AppTags::remove(const std::vector<std::string>& bundleIDs, const std::string& tag) {
+    return change(Refusal::notThere, [bundleIDs, name = trimmed(tag)](Store& store) {
+        for (const auto& bundleID : bundleIDs)
+            std::erase_if(store[bundleID], [&](const auto& each) { return sameTag(each, name); });
     });
 }
 
@@ -109,7 +112,7 @@ AppTags::Result AppTags::rename(const std::string& tag, const std::string& newNa
     const auto from = trimmed(tag), name = trimmed(newName);
     if (!isUsable(name)) return tl::unexpected(Refusal::unusableName);
     const bool isThere = !tagged(from).empty();
-    return change(isThere ? Refusal::thereAlready : Refusal::notThere, [&](Store& store) {
+    return change(isThere ? Refusal::thereAlready : Refusal::notThere, [from, name](Store& store) {
         const auto to = sameTag(from, name) ? name : spelling(name, store);
         for (auto& [bundleID, tags] : store)
             if (std::erase_if(tags, [&](const auto& each) { return sameTag(each, from); }) > 0
@@ -119,29 +122,32 @@ AppTags::Result AppTags::rename(const std::string& tag, const std::string& newNa
 }
 
 AppTags::Result AppTags::erase(const std::string& tag) {
-    return change(Refusal::notThere, [&](Store& store) {
+    return change(Refusal::notThere, [name = trimmed(tag)](Store& store) {
         for (auto& [bundleID, tags] : store)
-            std::erase_if(tags, [&](const auto& each) { return sameTag(each, trimmed(tag)); });
+            std::erase_if(tags, [&](const auto& each) { return sameTag(each, name); });
     });
 }
 
 /// Applied to the stored state, because another process may have changed it. Damaged entries in the store are
 /// dropped only when something changes.
 AppTags::Result AppTags::change(Refusal unchanged, const std::function<void(Store&)>& edit) {
-    Store before, after;
+    const auto before = read(defaults_.value(defaultsKey));
     const bool isStored = defaults_.update(
-        defaultsKey, [&](const std::optional<PropertyListValue>& stored) -> std::optional<PropertyListValue> {
-            before = after = read(stored);
-            edit(after);
-            std::erase_if(after, [](const auto& entry) { return entry.second.empty(); });
-            if (after == before) return stored;
-            if (after.empty()) return std::nullopt;
+        defaultsKey,
+        [edit](const std::optional<PropertyListValue>& stored) -> std::optional<PropertyListValue> {
+            const auto present = read(stored);
+            auto edited = present;
+            edit(edited);
+            std::erase_if(edited, [](const auto& entry) { return entry.second.empty(); });
+            if (edited == present) return stored;
+            if (edited.empty()) return std::nullopt;
             PropertyListDictionary dictionary;
-            for (const auto& [bundleID, tags] : after)
+            for (const auto& [bundleID, tags] : edited)
                 dictionary.emplace(bundleID, PropertyListArray(tags.begin(), tags.end()));
             return dictionary;
         });
     if (!isStored) return tl::unexpected(Refusal::notStored);
+    auto after = read(defaults_.value(defaultsKey));
     const bool isChanged = after != before;
     show(std::move(after));
     if (!isChanged) return tl::unexpected(unchanged);

@@ -39,9 +39,15 @@ class AppTags {
     enum class Refusal { unusableName, thereAlready, notThere, notStored };
     using Result = tl::expected<void, Refusal>;
 
-    /// Each change is stored at once.
-    Result add(const std::string& bundleID, const std::string& tag);
-    Result remove(const std::string& bundleID, const std::string& tag);
+    /// Several applications are one change; refused only if it changes none of them.
+    Result add(const std::vector<std::string>& bundleIDs, const std::string& tag);
+    Result add(const std::string& bundleID, const std::string& tag) {
+        return add(std::vector{bundleID}, tag);
+    }
+    Result remove(const std::vector<std::string>& bundleIDs, const std::string& tag);
+    Result remove(const std::string& bundleID, const std::string& tag) {
+        return remove(std::vector{bundleID}, tag);
+    }
     /// Renames the tag everywhere; if the new name is in use, the two are merged.
     Result rename(const std::string& tag, const std::string& newName);
     /// Removes the tag from every application.

@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <tl/expected.hpp>
+#include <utility>
 
 namespace tidwen {
 
@@ -42,32 +43,40 @@ bool FileDefaults::setValue(const std::string& key, const std::optional<Property
     return update(key, [&](const auto&) { return value; });
 }
 
+/// Readers wait neither for the lock nor for the disk; the lock also keeps other changes of this process out.
 bool FileDefaults::update(const std::string& key, const Change& change) {
-    const std::lock_guard guard(mutex_);
     const auto lock = file_.lock(patience_);
     if (lock.isBusy()) return refuse({"settings.store.busy %@", {file_.path().string()}});
     if (!lock.isHeld()) return refuse(whyNotWritable(file_.path()));
-    reload();
-    if (problem_) return refuse(*problem_);
-    auto values = values_;
+    const auto [present, problem] = readAgain();
+    if (problem) return refuse(*problem);
+    auto values = present;
     const auto stored = values.find(key);
     const auto value = change(stored == values.end() ? std::nullopt : std::optional(stored->second));
     if (value)
         values.insert_or_assign(key, *value);
     else
         values.erase(key);
-    if (values == values_) return true;
+    if (values == present) return true;
 
     const auto bytes = settingsBytes(values);
     if (!bytes || !file_.replace(*bytes)) return refuse(whyNotWritable(file_.path()));
+    const std::lock_guard guard(mutex_);
     values_ = std::move(values);
     version_ = file_.version();
     return true;
 }
 
+std::pair<PropertyListDictionary, std::optional<Message>> FileDefaults::readAgain() const {
+    const std::lock_guard guard(mutex_);
+    reload();
+    return {values_, problem_};
+}
+
 /// Whoever asked for the change tells it.
 bool FileDefaults::refuse(Message why) {
     log_.warning("Settings were not changed: {}", file_.path().string());
+    const std::lock_guard guard(mutex_);
     whyNotStored_ = std::move(why);
     return false;
 }

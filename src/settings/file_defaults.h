@@ -15,6 +15,7 @@
 #include <optional>
 #include <string>
 #include <tl/expected.hpp>
+#include <utility>
 
 namespace tidwen {
 
@@ -45,6 +46,7 @@ class FileDefaults : public Defaults {
   private:
     void refresh() const;
     void reload() const;
+    std::pair<PropertyListDictionary, std::optional<Message>> readAgain() const;
     bool refuse(Message why);
 
     SharedFile file_;

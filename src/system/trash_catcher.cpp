@@ -83,7 +83,8 @@ void TrashCatcher::apply(bool enabled) {
         watcher_.stop();
     if (!enabled) unfinished_.clear();
     // Tidwen must start at login if and only if the Trash is watched.
-    (void)alignLoginItem(ports_.loginItem, enabled, ports_.log);
+    ports_.queue.post(
+        [&item = ports_.loginItem, &log = ports_.log, enabled] { (void)alignLoginItem(item, enabled, log); });
 }
 
 void TrashCatcher::watchOnce() {
@@ -108,6 +109,7 @@ void TrashCatcher::tell(const std::vector<TrashedBundle>& bundles) {
     permission_.refresh();
     const bool isAllowed = permission_.state.get() == NotificationState::allowed;
     if (!isAllowed) ports_.log.info("App trashed, notifications not allowed - nothing posted");
+    std::vector<UserNotification> notifications;
     for (const auto& bundle : bundles) {
         if (bundle.isUnfinished)
             awaitRest(bundle.url);
@@ -115,9 +117,13 @@ void TrashCatcher::tell(const std::vector<TrashedBundle>& bundles) {
             unfinished_.erase(bundle.url);
         if (!bundle.app) continue;
         found.emit(*bundle.app);
-        if (isAllowed && !ports_.notifications.post(trashNotification(*bundle.app, ports_.texts)))
-            ports_.log.warning("A notification could not be posted: {}", bundle.url.string());
+        if (isAllowed) notifications.push_back(trashNotification(*bundle.app, ports_.texts));
     }
+    if (notifications.empty()) return;
+    ports_.queue.post([&port = ports_.notifications, &log = ports_.log, notifications] {
+        for (const auto& each : notifications) // elsewhere than on a Mac each runs a tool
+            if (!port.post(each)) log.warning("A notification could not be posted: {}", each.identifier);
+    });
 }
 
 /// While an item is copied into the Trash its name appears first and its Info.plist later.

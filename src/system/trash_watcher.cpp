@@ -3,6 +3,7 @@
 #include "base/path.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 
 namespace tidwen {
@@ -30,13 +31,14 @@ std::set<std::string> names(const std::vector<Path>& bundles) {
 
 } // namespace
 
-/// What the last look saw. Shared with looks that are still queued when the watcher is destroyed.
+/// Shared with looks that are still queued when the watcher is destroyed.
 struct TrashWatcher::State {
-    std::mutex mutex;
-    bool isWatching = false;
+    std::atomic<unsigned> watch = 0; ///< number of the current watch; 0 when stopped
+    OnNewApps onNewApps;
+
+    // What the last look saw; used on the queue alone.
     std::optional<std::set<std::string>> known; ///< nullopt while the Trash could not be listed
     Timestamp startedAt{};
-    OnNewApps onNewApps;
 
     bool cameAfterStart(const FileSystem& files, const Path& url) const {
         const auto info = files.info(url);
@@ -44,9 +46,16 @@ struct TrashWatcher::State {
         return info && info->addedNanoseconds && *info->addedNanoseconds > start;
     }
 
+    void begin(const FileSystem& files, const Path& trash, Timestamp now) {
+        startedAt = now;
+        auto bundles = listBundles(files, trash);
+        // What came while this waited for the queue is new.
+        if (bundles) std::erase_if(*bundles, [&](const Path& url) { return cameAfterStart(files, url); });
+        known = bundles ? std::optional(names(*bundles)) : std::nullopt;
+    }
+
     std::vector<Path> look(const FileSystem& files, const Path& trash) {
-        const std::lock_guard lock(mutex);
-        const auto bundles = isWatching ? listBundles(files, trash) : std::nullopt;
+        const auto bundles = listBundles(files, trash);
         if (!bundles) return {};
         std::vector<Path> fresh;
         for (const auto& url : *bundles)
@@ -68,19 +77,18 @@ TrashWatcher::~TrashWatcher() {
 
 void TrashWatcher::start() {
     if (watch_) return;
-    {
-        const std::lock_guard lock(state_->mutex);
-        state_->isWatching = true;
-        state_->startedAt = ports_.clock.now();
-        const auto bundles = listBundles(ports_.files, trash_);
-        state_->known = bundles ? std::optional(names(*bundles)) : std::nullopt;
-    }
-    watch_ = ports_.events.watch(trash_, [ports = ports_, trash = trash_, state = state_] {
-        ports.queue.post([ports, trash, state] {
+    const auto number = ++watches_;
+    state_->watch = number;
+    ports_.queue.post([ports = ports_, trash = trash_, state = state_, now = ports_.clock.now()] {
+        state->begin(ports.files, trash, now);
+    });
+    watch_ = ports_.events.watch(trash_, [ports = ports_, trash = trash_, state = state_, number] {
+        ports.queue.post([ports, trash, state, number] {
+            if (state->watch != number) return;
             auto fresh = state->look(ports.files, trash);
             if (fresh.empty()) return;
-            ports.main.post([weak = std::weak_ptr(state), fresh = std::move(fresh)] {
-                if (const auto alive = weak.lock(); alive && alive->isWatching) alive->onNewApps(fresh);
+            ports.main.post([weak = std::weak_ptr(state), number, fresh = std::move(fresh)] {
+                if (const auto alive = weak.lock(); alive && alive->watch == number) alive->onNewApps(fresh);
             });
         });
     });
@@ -91,10 +99,7 @@ void TrashWatcher::start() {
 }
 
 void TrashWatcher::stop() {
-    {
-        const std::lock_guard lock(state_->mutex);
-        state_->isWatching = false;
-    }
+    state_->watch = 0;
     if (!watch_) return;
     watch_.reset();
     ports_.log.write(LogLevel::debug, "Stopped watching the Trash");

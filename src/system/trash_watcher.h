@@ -9,7 +9,6 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -20,7 +19,7 @@ namespace tidwen {
 /// Watches the user's Trash for arriving application bundles.
 ///
 /// What was in the Trash when watching started is not new; a bundle that leaves and returns is. All looks run
-/// on a separate queue, one at a time; `onNewApps` is called through the main executor.
+/// on a separate queue, one at a time, also the first; `onNewApps` is called through the main executor.
 class TrashWatcher {
   public:
     struct Ports {
@@ -49,6 +48,7 @@ class TrashWatcher {
     Ports ports_;
     Path trash_;
     std::shared_ptr<State> state_;
+    unsigned watches_ = 0; ///< begun so far
     std::unique_ptr<FolderEvents::Watch> watch_;
 };
 

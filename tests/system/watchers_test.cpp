@@ -69,7 +69,7 @@ class Catcher : public testing::Test {
         settle();
     }
     void settle() {
-        for (int step = 0; step < 4; ++step) { // seen, read, reported, and looked at again
+        for (int step = 0; step < 6; ++step) { // seen, read, looked at again, and reported
             queue.drain();
             main.drain();
         }
@@ -96,10 +96,13 @@ class Catcher : public testing::Test {
 
 TEST_F(Catcher, TellsOfEachNewApplicationOnce) {
     trash("Old", "com.example.old");
+    clock.time = Timestamp(std::chrono::hours(24 * 365 * 100)); // that came before
     catcher.install();
     EXPECT_FALSE(catcher.isWatching());
     preferences.catchTrashedApps.set(true);
     EXPECT_TRUE(catcher.isWatching());
+    EXPECT_FALSE(loginItem.enabled) << "not on the main thread";
+    settle();
     EXPECT_TRUE(loginItem.enabled);
 
     trash("A", "com.example.a");
@@ -130,6 +133,7 @@ TEST_F(Catcher, TellsOfEachNewApplicationOnce) {
     queue.drain();
     preferences.catchTrashedApps.set(false); // while the result is queued
     main.drain();
+    settle();
     EXPECT_THAT(titles(), IsEmpty());
     EXPECT_FALSE(loginItem.enabled);
 }
@@ -141,6 +145,7 @@ TEST_F(Catcher, TellsOfABundleThatIsFinishedInTheMiddleOfALook) {
                           Path("/Users/alice/.Trash")};
     volume.makeFolder("/Users/alice/.Trash");
     watching.watchOnce();
+    settle();
     for (std::size_t call = 0;; ++call) {
         const auto name = "App" + std::to_string(call);
         volume.makeFolder("/Users/alice/.Trash/" + name + ".app");
@@ -157,8 +162,8 @@ TEST_F(Catcher, TellsOfABundleThatIsFinishedInTheMiddleOfALook) {
 TEST_F(Catcher, WatchesOnRequestUntilThePreferenceChanges) {
     loginItem.enabled = true; // left from when the preference was on
     catcher.install();
-    EXPECT_FALSE(loginItem.enabled);
     catcher.watchOnce();
+    settle();
     EXPECT_FALSE(loginItem.enabled) << "does not affect the next login";
     trash("A", "com.example.a");
     fire();
@@ -166,6 +171,7 @@ TEST_F(Catcher, WatchesOnRequestUntilThePreferenceChanges) {
     for (const bool isOn : {true, false}) { // as if another process changed it
         defaults.values["tidwen.catchTrashedApps"] = PropertyListValue(isOn);
         preferences.reload();
+        settle();
         EXPECT_EQ(catcher.isWatching(), isOn);
         EXPECT_EQ(loginItem.enabled, isOn);
     }
@@ -175,6 +181,7 @@ TEST_F(Catcher, PostsNothingWithoutPermissionAndHandsTheAnswerOver) {
     notifications.settled = NotificationState::notAsked;
     preferences.catchTrashedApps.set(true);
     catcher.install();
+    settle();
     trash("A", "com.example.a");
     fire();
     EXPECT_THAT(titles(), IsEmpty());

@@ -10,10 +10,14 @@ OwnServices::OwnServices(HostServices& host, Log& log, Executor& main, ProgramFa
                          std::vector<std::string> languages)
     : host_(host),
       facts_(std::move(facts)),
-      settings_(host.defaults(), main, std::move(languages)),
+      storing_(host.storeBehind(main)),
+      settings_(storing_, main, std::move(languages)),
       notifications_(host.notifications(), main),
-      updates_({fetcher_, log, main, network_}, [this] {
-          return updateSettings(settings_.preferences(), facts_.feedKey, facts_.feedAddress, facts_.version);
-      }) {}
+      updates_({fetcher_, log, main, network_},
+               [this] {
+                   return updateSettings(settings_.preferences(), facts_.feedKey, facts_.feedAddress,
+                                         facts_.version);
+               }),
+      following_(storing_.failed.connect([this](const Message& why) { settings_.failure.set(why); })) {}
 
 } // namespace tidwen

@@ -3,9 +3,11 @@
 #include "app/models/user_settings.h"
 #include "base/executor.h"
 #include "base/log.h"
+#include "base/observable.h"
 #include "host/curl_fetcher.h"
 #include "program/host_services.h"
 #include "services/updates_model.h"
+#include "settings/write_behind_defaults.h"
 #include "system/notification_permission.h"
 
 #include <string>
@@ -36,11 +38,13 @@ class OwnServices {
   private:
     HostServices& host_;
     ProgramFacts facts_;
+    WriteBehindDefaults& storing_;
     UserSettings settings_;
     NotificationPermission notifications_;
     CurlFetcher fetcher_;
     WorkQueue network_;
     UpdatesModel updates_;
+    Subscription following_;
 };
 
 } // namespace tidwen

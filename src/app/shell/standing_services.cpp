@@ -25,8 +25,11 @@ StandingServices::StandingServices(Session& session, const OwnBundle& bundle, Wi
     };
     catcher.install();
     // The extension offers its entry only while the program left a file for it.
-    extension_ = models.permissions().finderExtension.observe(
-        [this](const bool& isOn) { (void)requestInbox(session_.mac(), bundle_).setFinderGate(isOn); });
+    extension_ = models.permissions().finderExtension.observe([this](const bool& isOn) {
+        session_.background().post([&mac = session_.mac(), bundle = bundle_, isOn] {
+            (void)requestInbox(mac, bundle).setFinderGate(isOn);
+        });
+    });
     models.permissions().refresh();
 #ifdef __APPLE__
     services_ = std::make_unique<ServicesProvider>([this](const std::vector<Path>& selection) {
