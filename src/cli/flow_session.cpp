@@ -165,18 +165,19 @@ void FlowSession::answer(const QuitPrompt& prompt) {
 
 void FlowSession::showProgress() {
     auto& console = context_.console;
+    const auto& step = model_.progress.get();
     std::string work;
     if (const auto* scanning = std::get_if<stage::Scanning>(&model_.stage())) {
         if (scanning->name.empty())
             work = context_.text("cli.orphans.progress");
-        else if (!scanning->phase.empty())
-            work = context_.text("cli.scan.progress %@ %@", {scanning->name, scanning->phase});
+        else if (step)
+            work = context_.text("cli.scan.progress %@ %@",
+                                 {scanning->name, context_.text("category." + step->kind)});
     } else if (const auto* removing = std::get_if<stage::Removing>(&model_.stage());
                removing && !model_.pendingQuitPrompt()) {
         work = context_.text("cli.remove.progress %@", {removing->subject.text(context_.texts)});
     }
     if (work.empty()) return;
-    const auto& step = model_.progress.get();
     console.progress(step ? labels::progress(work, *step, context_.texts) : work);
 }
 

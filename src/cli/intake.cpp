@@ -143,9 +143,9 @@ NamedBundles findBundles(const std::vector<std::string>& words, const Applicatio
 }
 
 TargetIntake loadTargets(const std::vector<std::string>& words, const ApplicationFinder& finder,
-                         const AppTargetLoader& loader, const ProtectedApps& protectedApps) {
+                         const AppTargetLoader& loader, const Protection& protection) {
     auto named = findBundles(words, finder);
-    auto intake = takeIn(tidwen::loadTargets(named.bundles, loader), protectedApps);
+    auto intake = takeIn(tidwen::loadTargets(named.bundles, loader), protection);
     intake.failures.insert(intake.failures.begin(), std::make_move_iterator(named.failures.begin()),
                            std::make_move_iterator(named.failures.end()));
     return intake;

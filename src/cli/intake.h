@@ -68,6 +68,6 @@ NamedBundles findBundles(const std::vector<std::string>& words, const Applicatio
 
 /// Finds and loads the applications that words mean; the failures of both steps in one list.
 TargetIntake loadTargets(const std::vector<std::string>& words, const ApplicationFinder& finder,
-                         const AppTargetLoader& loader, const ProtectedApps& protectedApps);
+                         const AppTargetLoader& loader, const Protection& protection);
 
 } // namespace tidwen

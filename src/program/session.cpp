@@ -58,7 +58,7 @@ RemovalFlowModel::Services Session::removalServices() {
             .undo = undo_,
             .rights = mac_.rights(),
             .audit = audit_,
-            .protectedApps = protectedApps_,
+            .readProtection = [this] { return readProtection(mac_.system.defaults); },
             .texts = system.texts,
             .clock = system.clock,
             .log = system.log,

@@ -21,9 +21,8 @@ struct StartupItems {};
 struct Installers {};
 struct History {};
 struct Scanning {
-    std::string name;  ///< the application being scanned; empty for a sweep
-    std::string phase; ///< a localized category title
-    int done = 0;      ///< applications scanned
+    std::string name; ///< the application being scanned; empty for a sweep
+    int done = 0;     ///< applications scanned
     int total = 0;
 };
 struct Review {

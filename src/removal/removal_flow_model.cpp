@@ -60,6 +60,7 @@ void RemovalFlowModel::forgetChoices() {
     choice_ = RemovalChoice();
     reviewTrees_.clear();
     reviewLists_.clear();
+    protectionProblem_.reset();
 }
 
 bool RemovalFlowModel::takesTargets() const {
@@ -73,48 +74,63 @@ std::optional<std::string> RemovalFlowModel::errorMessage() const {
     return lines;
 }
 
-void RemovalFlowModel::fail(Message reason) {
-    problems_ = {{.reason = std::move(reason)}};
+/// Publishes the reason, too.
+RemovalFlowModel::Answer RemovalFlowModel::fail(Message reason) {
+    problems_ = {{.reason = reason}};
     notify();
+    return tl::unexpected(std::move(reason));
 }
 
-void RemovalFlowModel::show(Stage home) {
-    if (!isHome()) return;
+/// Why the stage forbids what was asked for.
+RemovalFlowModel::Answer RemovalFlowModel::whyNot() const {
+    const auto* key = std::holds_alternative<stage::Scanning>(stage_)   ? "error.stage.scanning"
+                      : std::holds_alternative<stage::Removing>(stage_) ? "error.stage.removing"
+                      : isUndoing_                                      ? "error.stage.undoing"
+                                                                        : "error.stage.other";
+    return tl::unexpected(Message{key});
+}
+
+RemovalFlowModel::Answer RemovalFlowModel::show(Stage home) {
+    if (!isHome()) return whyNot();
     problems_.clear();
     forgetChoices();
     stage_ = std::move(home);
     if (!isHome()) stage_ = stage::Idle{};
     notify();
+    return {};
 }
 
-void RemovalFlowModel::close() {
+RemovalFlowModel::Answer RemovalFlowModel::close() {
     const bool isReport = std::holds_alternative<stage::Report>(stage_);
     if (!isReport && !std::holds_alternative<stage::Review>(stage_)
         && !std::holds_alternative<stage::Orphans>(stage_))
-        return;
+        return whyNot();
     problems_.clear();
     undoReport_.reset();
     forgetChoices();
     stage_ = home_;
     notify();
     if (isReport && onReportDismissed) onReportDismissed();
+    return {};
 }
 
-void RemovalFlowModel::loadTargets(const std::vector<Path>& bundles, ProtectedTargets ofProtected) {
-    if (!takesTargets()) return;
+RemovalFlowModel::Answer RemovalFlowModel::loadTargets(const std::vector<Path>& bundles,
+                                                       ProtectedTargets ofProtected) {
+    if (!takesTargets()) return whyNot();
     problems_.clear();
     protectedTargets_.clear();
     if (bundles.empty()) return fail({"error.nothingToRemove"});
     const auto control = work_.begin();
     auto cameFrom = stage_;
-    enter(stage::Scanning{bundles.front().stem(), "", 0, static_cast<int>(bundles.size())});
+    enter(stage::Scanning{bundles.front().stem(), 0, static_cast<int>(bundles.size())});
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [&loader = services_.loader, bundles] { return tidwen::loadTargets(bundles, loader); },
-        [stop = control.stop, cameFrom = std::move(cameFrom), ofProtected](RemovalFlowModel& self,
-                                                                           LoadedTargets loaded) mutable {
+        [&loader = services_.loader, readProtection = services_.readProtection, bundles, ofProtected] {
+            return takeIn(tidwen::loadTargets(bundles, loader), readProtection(), ofProtected);
+        },
+        [stop = control.stop, cameFrom = std::move(cameFrom)](RemovalFlowModel& self,
+                                                              TargetIntake intake) mutable {
             if (stop.stopRequested()) return;
-            auto intake = takeIn(std::move(loaded), self.services_.protectedApps, ofProtected);
             self.protectedTargets_ = std::move(intake.refused);
             self.problems_ = std::move(intake.failures);
             if (!intake.targets.empty()) return self.scan(std::move(intake.targets));
@@ -122,13 +138,36 @@ void RemovalFlowModel::loadTargets(const std::vector<Path>& bundles, ProtectedTa
             self.stage_ = std::move(cameFrom);
             self.notify();
         });
+    return {};
 }
+
+struct RemovalFlowModel::Reviewed {
+    std::shared_ptr<const std::vector<ScanResult>> results;
+    Findings findings;
+    std::map<std::string, std::shared_ptr<const LeftoverList>> lists; ///< by bundle identifier
+    std::optional<Message> protectionProblem;
+
+    Reviewed(std::vector<ScanResult> scanned, const UserEnvironment& user, const Protection& protection,
+             const Texts& texts)
+        : protectionProblem(protection.problem) {
+        std::map<std::string, std::vector<Trace>> traces; // two copies of one application share an identifier
+        for (auto& result : scanned) {
+            result.isProtected = protection.problem || protection.contains(result.target.bundleID);
+            auto& ofTarget = traces[result.target.bundleID];
+            ofTarget.insert(ofTarget.end(), result.traces.begin(), result.traces.end());
+        }
+        for (auto& [bundleID, ofTarget] : traces)
+            lists[bundleID] = std::make_shared<const LeftoverList>(std::move(ofTarget), texts);
+        results = std::make_shared<const std::vector<ScanResult>>(std::move(scanned));
+        findings = Findings(results, user);
+    }
+};
 
 void RemovalFlowModel::scan(std::vector<AppTarget> targets) {
     forgetChoices();
     const auto control = work_.begin();
     const auto total = static_cast<int>(targets.size());
-    enter(stage::Scanning{targets.front().name, "", 0, total});
+    enter(stage::Scanning{targets.front().name, 0, total});
     const auto report = [this, alive = std::weak_ptr(alive_), main = &services_.main,
                          stop = control.stop](stage::Scanning next) {
         main->post([this, alive, stop, next = std::move(next)] {
@@ -139,26 +178,24 @@ void RemovalFlowModel::scan(std::vector<AppTarget> targets) {
     };
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [makeScanner = services_.makeScanner, targets = std::move(targets), control, report, total] {
-            const auto scanner = makeScanner();
+        [services = services_, user = user_, targets = std::move(targets), control, report, total] {
+            const auto scanner = services.makeScanner();
             std::vector<ScanResult> results;
             for (const auto& target : targets) {
                 const auto done = static_cast<int>(results.size());
-                const auto onPhase = [&](const std::string& phase) {
-                    report({target.name, phase, done, total});
-                };
-                results.push_back(scanner->scan(target, control.stop, onPhase, targets, control.onStep));
+                report({target.name, done, total});
+                results.push_back(scanner->scan(target, control.stop, targets, control.onStep));
             }
-            return results;
+            return Reviewed(std::move(results), user, services.readProtection(), services.texts);
         },
         // A cancelled scan may complete before it notices.
-        [stop = control.stop](RemovalFlowModel& self, std::vector<ScanResult> results) {
-            if (!stop.stopRequested()) self.review(std::move(results));
+        [stop = control.stop](RemovalFlowModel& self, Reviewed reviewed) {
+            if (!stop.stopRequested()) self.review(std::move(reviewed));
         });
 }
 
-void RemovalFlowModel::scanOrphans() {
-    if (!isHome()) return;
+RemovalFlowModel::Answer RemovalFlowModel::scanOrphans() {
+    if (!isHome()) return whyNot();
     forgetChoices();
     const auto control = work_.begin();
     problems_.clear();
@@ -184,6 +221,7 @@ void RemovalFlowModel::scanOrphans() {
         [stop = control.stop](RemovalFlowModel& self, Swept swept) {
             if (!stop.stopRequested()) self.showOrphans(std::move(swept.result), std::move(swept.findings));
         });
+    return {};
 }
 
 void RemovalFlowModel::cancelScan() {
@@ -195,22 +233,13 @@ void RemovalFlowModel::cancelScan() {
     notify();
 }
 
-void RemovalFlowModel::review(std::vector<ScanResult> results) {
+void RemovalFlowModel::review(Reviewed reviewed) {
     work_.end();
-    const bool isUnknown = services_.protectedApps.problem().has_value();
-    for (auto& result : results)
-        result.isProtected = isUnknown || services_.protectedApps.contains(result.target.bundleID);
-    std::map<std::string, std::vector<Trace>> traces; // two copies of one application share an identifier
-    for (const auto& result : results) {
-        auto& ofTarget = traces[result.target.bundleID];
-        ofTarget.insert(ofTarget.end(), result.traces.begin(), result.traces.end());
-    }
-    for (auto& [bundleID, ofTarget] : traces)
-        reviewLists_[bundleID] = std::make_shared<const LeftoverList>(std::move(ofTarget), services_.texts);
+    protectionProblem_ = std::move(reviewed.protectionProblem);
+    reviewLists_ = std::move(reviewed.lists);
     buildReviewTrees();
-    const auto shared = std::make_shared<const std::vector<ScanResult>>(std::move(results));
-    stage_ = stage::Review{shared};
-    choose(Findings(shared, user_), RemovalSubject::Kind::applications);
+    stage_ = stage::Review{std::move(reviewed.results)};
+    choose(std::move(reviewed.findings), RemovalSubject::Kind::applications);
     selectDefaults();
 }
 
@@ -246,8 +275,8 @@ void RemovalFlowModel::arrange() {
     notify();
 }
 
-void RemovalFlowModel::offer(const std::string& name, std::vector<Trace> traces) {
-    if (!isHome()) return;
+RemovalFlowModel::Answer RemovalFlowModel::offer(const std::string& name, std::vector<Trace> traces) {
+    if (!isHome()) return whyNot();
     forgetChoices();
     problems_.clear();
     std::vector<Uuid> all;
@@ -259,31 +288,36 @@ void RemovalFlowModel::offer(const std::string& name, std::vector<Trace> traces)
                           ? RemovalSubject::Kind::startupItems
                           : RemovalSubject::Kind::applications;
     choose(Findings(name, std::move(traces)), kind);
-    select(all);
+    return select(all);
 }
 
-void RemovalFlowModel::setSelected(const std::vector<Uuid>& ids, bool selected) {
-    if (!isChoosing()) return;
+RemovalFlowModel::Answer RemovalFlowModel::setSelected(const std::vector<Uuid>& ids, bool selected) {
+    if (!isChoosing()) return whyNot();
     choice_.setSelected(ids, selected);
     notify();
+    return {};
 }
 
-void RemovalFlowModel::select(const std::vector<Uuid>& ids, const std::vector<Uuid>& named) {
-    if (!isChoosing()) return;
+RemovalFlowModel::Answer RemovalFlowModel::select(const std::vector<Uuid>& ids,
+                                                  const std::vector<Uuid>& named) {
+    if (!isChoosing()) return whyNot();
     choice_.select(ids, named);
     notify();
+    return {};
 }
 
-void RemovalFlowModel::selectDefaults() {
-    if (!isChoosing()) return;
+RemovalFlowModel::Answer RemovalFlowModel::selectDefaults() {
+    if (!isChoosing()) return whyNot();
     choice_.selectDefaults();
     notify();
+    return {};
 }
 
-void RemovalFlowModel::setMode(RemovalMode mode) {
-    if (!isChoosing()) return;
+RemovalFlowModel::Answer RemovalFlowModel::setMode(RemovalMode mode) {
+    if (!isChoosing()) return whyNot();
     choice_.setMode(mode);
     notify();
+    return {};
 }
 
 void RemovalFlowModel::setReviewFilter(LeftoverFilter filter) {

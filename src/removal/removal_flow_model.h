@@ -43,6 +43,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace tidwen {
@@ -74,7 +75,8 @@ namespace tidwen {
 ///   removing     stop, later                            report
 ///   report       close                                  the home stage it came from; onReportDismissed
 ///
-///   (*) home: idle, startupItems, installers, history. Anything not in the table is ignored.
+///   (*) home: idle, startupItems, installers, history. Any other event changes nothing and is answered with
+///   the reason.
 ///
 /// A removal holds the lock of the Trash from before the first application is asked to quit until its report.
 class RemovalFlowModel {
@@ -92,7 +94,8 @@ class RemovalFlowModel {
         UndoService& undo;
         MoveRights rights; ///< whether an administrator prompt is possible
         const PermissionAudit& audit;
-        const ProtectedApps& protectedApps;
+        /// The protected applications as stored; called on any thread.
+        std::function<Protection()> readProtection;
         const Texts& texts;
         const Clock& clock;
         Log& log;
@@ -100,6 +103,9 @@ class RemovalFlowModel {
         Executor& background; ///< may have several threads
         Executor& treeQueue;  ///< serial
     };
+
+    /// Why the flow did not do what it was asked for, because of its stage or of what was passed.
+    using Answer = tl::expected<void, Message>;
 
     /// How long an application may take to quit before the user is asked.
     static constexpr std::chrono::seconds quitWait{10};
@@ -141,50 +147,52 @@ class RemovalFlowModel {
     void arrange();
 
     /// Protected applications that are `shown` can be inspected but not removed.
-    void loadTargets(const std::vector<Path>& bundles,
-                     ProtectedTargets ofProtected = ProtectedTargets::refused);
-    void scanOrphans();
+    Answer loadTargets(const std::vector<Path>& bundles,
+                       ProtectedTargets ofProtected = ProtectedTargets::refused);
+    Answer scanOrphans();
     void cancelScan();
     /// Stops what is running: cancels a scan or sweep; ends a removal or undo after the current step, with a
     /// report as after failures. A removal without a begun step returns to its previous stage, and a pending
     /// quit prompt is withdrawn. An administrator batch completes first.
     void stop();
     /// One of the home stages.
-    void show(Stage home);
+    Answer show(Stage home);
     /// Leaves review, orphans or report.
-    void close();
+    Answer close();
     std::function<void()> onReportDismissed;
 
     /// Offers the selection of the installers' or the startup items' screen, all of it selected. Another home
     /// stage, a scan or a sweep withdraws the offer.
-    void offer(const std::string& name, std::vector<Trace> traces);
+    Answer offer(const std::string& name, std::vector<Trace> traces);
 
-    // Changes `choice`, see there; ignored while there is nothing to choose from.
-    void setSelected(const std::vector<Uuid>& ids, bool selected);
-    void select(const std::vector<Uuid>& ids, const std::vector<Uuid>& named = {});
-    void selectDefaults();
-    void setMode(RemovalMode mode);
+    // Change `choice`, see there; refused while there is nothing to choose from.
+    Answer setSelected(const std::vector<Uuid>& ids, bool selected);
+    Answer select(const std::vector<Uuid>& ids, const std::vector<Uuid>& named = {});
+    Answer selectDefaults();
+    Answer setMode(RemovalMode mode);
 
     void setReviewFilter(LeftoverFilter filter);
 
-    void confirm();
-    void answerQuitPrompt(QuitPromptChoice choice);
+    Answer confirm();
+    Answer answerQuitPrompt(QuitPromptChoice choice);
 
     /// Undoes the run of the report.
-    void undoLast();
+    Answer undoLast();
 
   private:
-    struct Run; ///< a removal in preparation
+    struct Run;      ///< a removal in preparation
+    struct Reviewed; ///< the scanned applications, prepared for their review
 
     bool isHome() const;
     bool isChoosing() const;
     void enter(Stage next);
     void forgetChoices();
-    void fail(Message reason);
+    Answer fail(Message reason);
+    Answer whyNot() const;
     void notify() { changed.emit(); }
 
     void scan(std::vector<AppTarget> targets);
-    void review(std::vector<ScanResult> results);
+    void review(Reviewed reviewed);
     void showOrphans(std::shared_ptr<const OrphanScanResult> result, Findings findings);
     void buildReviewTrees();
 
@@ -212,6 +220,7 @@ class RemovalFlowModel {
     std::map<std::string, std::shared_ptr<const LeftoverList>> reviewLists_; ///< by bundle identifier
     std::map<std::string, LeftoverTree> reviewTrees_;
     LeftoverFilter reviewFilter_;
+    std::optional<Message> protectionProblem_; ///< why the review selects nothing
     SweepState sweep_;
     FollowedWork work_;        ///< the running scan, removal or undo
     std::shared_ptr<Run> run_; ///< from the confirmation to the report

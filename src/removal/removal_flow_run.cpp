@@ -56,9 +56,10 @@ struct RemovalFlowModel::Run {
     }
 };
 
-void RemovalFlowModel::confirm() {
-    const bool hasNoOffer = isHome() && choice_.findings().groups().empty();
-    if (!isChoosing() || hasNoOffer) return;
+RemovalFlowModel::Answer RemovalFlowModel::confirm() {
+    if (!isChoosing()) return whyNot();
+    if (isHome() && choice_.findings().groups().empty())
+        return tl::unexpected(Message{"error.nothingToRemove"});
     problems_.clear();
     unmovableItems_.clear();
     if (const auto refusal = whyNothingIsChosen()) {
@@ -74,18 +75,18 @@ void RemovalFlowModel::confirm() {
     run_ = run;
     enter(stage::Removing{choice_.subject()});
     beginUnlessRefused(run);
+    return {};
 }
 
 std::optional<RemovalRefusal> RemovalFlowModel::whyNothingIsChosen() const {
     auto refusal = choice_.refusal();
     // Nothing that may be protected is selected; the unreadable list is then the reason.
-    if (const auto problem = refusal ? services_.protectedApps.problem() : std::nullopt)
-        refusal->reason = *problem;
+    if (refusal && protectionProblem_) refusal->reason = *protectionProblem_;
     return refusal;
 }
 
 RefusalGrounds RemovalFlowModel::refusalGrounds() const {
-    return {services_.files, user_, services_.rights, services_.protectedApps, services_.texts};
+    return {services_.files, user_, services_.rights, services_.readProtection(), services_.texts};
 }
 
 std::optional<RemovalRefusal> RemovalFlowModel::refusal() const {
@@ -99,7 +100,7 @@ void RemovalFlowModel::beginUnlessRefused(const std::shared_ptr<Run>& run) {
     inBackground(
         *this, alive_, services_.background, services_.main,
         [services = services_, user = user_, run]() -> Outcome {
-            const RefusalGrounds grounds{services.files, user, services.rights, services.protectedApps,
+            const RefusalGrounds grounds{services.files, user, services.rights, services.readProtection(),
                                          services.texts};
             if (auto refusal = whyNotBegin(run->targets, run->choice.mode(), grounds))
                 return tl::unexpected(std::move(*refusal));
@@ -169,11 +170,12 @@ void RemovalFlowModel::stop() {
     goBackIfStopped(*run_);
 }
 
-void RemovalFlowModel::answerQuitPrompt(QuitPromptChoice choice) {
-    if (!pendingQuitPrompt_) return;
+RemovalFlowModel::Answer RemovalFlowModel::answerQuitPrompt(QuitPromptChoice choice) {
+    if (!pendingQuitPrompt_) return whyNot();
     pendingQuitPrompt_.reset();
     notify();
     if (auto answer = std::exchange(quitPromptContinuation_, nullptr)) answer(choice);
+    return {};
 }
 
 void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
@@ -200,9 +202,9 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
                  });
 }
 
-void RemovalFlowModel::undoLast() {
+RemovalFlowModel::Answer RemovalFlowModel::undoLast() {
     const auto* shown = std::get_if<stage::Report>(&stage_);
-    if (!shown || isUndoing_) return;
+    if (!shown || isUndoing_) return whyNot();
     isUndoing_ = true;
     problems_.clear();
     const auto control = work_.begin();
@@ -215,10 +217,11 @@ void RemovalFlowModel::undoLast() {
         [](RemovalFlowModel& self, tl::expected<UndoReport, Message> outcome) {
             self.isUndoing_ = false;
             self.work_.end();
-            if (!outcome) return self.fail(std::move(outcome.error()));
+            if (!outcome) return void(self.fail(std::move(outcome.error())));
             self.undoReport_ = std::move(*outcome);
             self.notify();
         });
+    return {};
 }
 
 } // namespace tidwen

@@ -16,11 +16,10 @@ namespace tidwen {
 
 std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chosen, RemovalMode mode,
                                           const RefusalGrounds& grounds) {
-    const auto& [files, user, rights, protectedApps, texts] = grounds;
-    if (auto problem = protectedApps.problem()) return RemovalRefusal{std::move(*problem)};
+    const auto& [files, user, rights, protection, texts] = grounds;
+    if (const auto& problem = protection.problem) return RemovalRefusal{*problem};
     for (const auto& each : chosen)
-        if (protectedApps.contains(each.target.bundleID))
-            return RemovalRefusal{describeProtected(each.target)};
+        if (protection.contains(each.target.bundleID)) return RemovalRefusal{describeProtected(each.target)};
     if (const auto unusable = whyTrashIsUnusable(user, files))
         return RemovalRefusal{describeNotBegun(*unusable, texts)};
     // Only the running Mac has an administrator to ask; there the privacy settings decide, too.

@@ -27,7 +27,7 @@ struct RefusalGrounds {
     const FileSystem& files;
     const UserEnvironment& user;
     MoveRights rights;
-    const ProtectedApps& protectedApps;
+    Protection protection; ///< as stored now
     const Texts& texts;
 };
 

@@ -28,17 +28,17 @@ LoadedTargets loadTargets(const std::vector<Path>& bundles, const AppTargetLoade
     return loaded;
 }
 
-TargetIntake takeIn(LoadedTargets loaded, const ProtectedApps& protectedApps, ProtectedTargets ofProtected) {
+TargetIntake takeIn(LoadedTargets loaded, const Protection& protection, ProtectedTargets ofProtected) {
     TargetIntake intake{.targets = {}, .failures = std::move(loaded.failures), .refused = {}};
     if (ofProtected == ProtectedTargets::shown) {
         intake.targets = std::move(loaded.targets);
         return intake;
     }
-    auto [allowed, refused] = protectedApps.partition(std::move(loaded.targets));
-    for (const auto& target : refused)
-        intake.failures.push_back({.reason = describeProtected(target)});
-    intake.refused = std::move(refused);
-    intake.targets = std::move(allowed);
+    for (auto& target : loaded.targets) {
+        const bool isProtected = protection.contains(target.bundleID);
+        if (isProtected) intake.failures.push_back({.reason = describeProtected(target)});
+        (isProtected ? intake.refused : intake.targets).push_back(std::move(target));
+    }
     return intake;
 }
 

@@ -32,7 +32,7 @@ enum class ProtectedTargets {
     shown, ///< accepted, for callers that only display them
 };
 
-TargetIntake takeIn(LoadedTargets loaded, const ProtectedApps& protectedApps,
+TargetIntake takeIn(LoadedTargets loaded, const Protection& protection,
                     ProtectedTargets ofProtected = ProtectedTargets::refused);
 
 /// That the application is protected.

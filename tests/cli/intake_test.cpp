@@ -116,9 +116,10 @@ TEST_F(IntakeTest, RefusedApplicationsDoNotKeepTheOthersOut) {
     volume_.write("/Applications/File.app", "no folder");
 
     const FileCodeSignatures signatures(volume_.files());
-    const auto intake = loadTargets({"Caf\u00e9 Sync", "Clock", "/Applications/File.app", "Nobody",
-                                     "Marlin Notes", "com.marlinworks.notes", "/Applications"},
-                                    finder(), AppTargetLoader(volume_.files(), signatures), protectedApps);
+    const auto intake =
+        loadTargets({"Caf\u00e9 Sync", "Clock", "/Applications/File.app", "Nobody", "Marlin Notes",
+                     "com.marlinworks.notes", "/Applications"},
+                    finder(), AppTargetLoader(volume_.files(), signatures), readProtection(defaults));
 
     ASSERT_EQ(intake.targets.size(), 1U) << "two words for one application count once";
     EXPECT_EQ(intake.targets.front().name, "Marlin Notes");

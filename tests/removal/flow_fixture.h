@@ -117,7 +117,7 @@ class FlowFixture : public SteppedQueues {
             .undo = undo,
             .rights = MoveRights::own,
             .audit = audit,
-            .protectedApps = protectedApps,
+            .readProtection = [this] { return readProtection(defaults); },
             .texts = texts,
             .clock = clock,
             .log = log,

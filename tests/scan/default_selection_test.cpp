@@ -131,13 +131,12 @@ TEST(ProtectedApps, TogglesAndStoresSorted) {
     EXPECT_TRUE(ProtectedApps(defaults).bundleIDs().empty());
 }
 
-TEST(ProtectedApps, PartitionPassesOverLetterCaseAndKeepsTheOrder) {
+TEST(ProtectedApps, AreReadAsAValueThatPassesOverLetterCase) {
     test::MemoryDefaults defaults;
     defaults.values = {{key, PropertyListArray{"a", "c"}}};
-    const AppTarget a{.bundleID = "a"}, upper{.bundleID = "A"}, b{.bundleID = "b"}, c{.bundleID = "c"};
-    const auto parts = ProtectedApps(defaults).partition({c, upper, a, b});
-    EXPECT_EQ(parts.protectedTargets, (std::vector{c, upper, a}));
-    EXPECT_EQ(parts.allowed, std::vector{b});
+    const auto protection = readProtection(defaults);
+    EXPECT_TRUE(protection.contains("A") && protection.contains("c") && !protection.contains("b"));
+    EXPECT_EQ(protection.problem, std::nullopt);
 }
 
 } // namespace

@@ -73,12 +73,11 @@ class Scanner : public testing::Test {
   protected:
     Scanner() { test::writeBundle(volume, bundle, "com.corvella.marlin.notes", "Marlin Notes"); }
 
-    ScanResult scan(const StopToken& stop = {}, const ResidueScanner::Progress& progress = {},
-                    const OnStep& onStep = {}) {
+    ScanResult scan(const StopToken& stop = {}, const OnStep& onStep = {}) {
         const auto bundles =
             std::make_shared<const BundleSnapshot>(volume.files(), signatures, installed, coverage);
         ResidueScanner scanner({volume.files(), receipts, keychain, extensions, texts, log}, user, bundles);
-        return scanner.scan(target, stop, progress, together, onStep);
+        return scanner.scan(target, stop, together, onStep);
     }
 
     /// "category reason value: what" of every trace except the bundle and its permissions.

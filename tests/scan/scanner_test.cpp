@@ -60,18 +60,14 @@ TEST_F(Scanner, LooksEverywhereInOrder) {
             "keychain exactBundleID: com.corvella.marlin.notes keychain.systemSuffix root",
             "systemExtensions exactBundleID: Filter"));
 
-    std::vector<std::string> phases;
     std::vector<StepProgress> steps;
-    const auto result = scan(
-        {}, [&](const std::string& phase) { phases.push_back(phase); },
-        [&](const StepProgress& step) { steps.push_back(step); });
+    const auto result = scan({}, [&](const StepProgress& step) { steps.push_back(step); });
     EXPECT_EQ(steps.size(), steps.back().total);
     EXPECT_EQ(steps.back().step, steps.back().total);
     EXPECT_EQ(steps.front().item, "/Users/alice/Library/Application Support");
-    EXPECT_EQ(phases.front(), "category.supportFiles");
-    EXPECT_THAT(std::vector(phases.end() - 4, phases.end()),
-                ElementsAre("category.receipts", "category.keychain", "category.systemExtensions",
-                            "category.permissions"));
+    EXPECT_EQ(steps.front().kind, "supportFiles");
+    EXPECT_THAT(eachOf(std::vector(steps.end() - 4, steps.end()), &StepProgress::kind),
+                ElementsAre("receipts", "keychain", "systemExtensions", "permissions"));
     ASSERT_GE(result.traces.size(), 3u);
     EXPECT_EQ(result.traces[0].action, TraceAction(action::MovePath{Path(bundle)}));
     EXPECT_EQ(result.traces[1].action, TraceAction(action::ResetPermissions{"com.corvella.marlin.notes"}));
@@ -228,8 +224,8 @@ TEST_F(Scanner, StopsWhenAsked) {
         volume.makeFolder(library + folder + "/com.corvella.marlin.notes");
     keychain.all = {{"com.corvella.marlin.notes", 1, false}};
     StopSource stop;
-    const auto result = scan(stop.token(), [&](const std::string& phase) {
-        if (phase == "category.caches") stop.requestStop();
+    const auto result = scan(stop.token(), [&](const StepProgress& step) {
+        if (step.kind == "caches") stop.requestStop();
     });
     ASSERT_EQ(result.traces.size(), 3u); // the bundle, its permissions, the container
     EXPECT_EQ(result.traces[2].category, TraceCategory::containers);

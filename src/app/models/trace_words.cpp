@@ -108,9 +108,9 @@ QString spokenTrace(const Trace& trace, const SpokenState& state, const Texts& t
 
 QString stepWords(const StepProgress& step, const Texts& texts, const UserEnvironment& user) {
     auto line = words(texts, "work.step %lld %lld", {std::to_string(step.step), std::to_string(step.total)});
-    const auto key = "cli.step." + step.kind;
-    if (const auto verb = words(texts, key); verb != QString::fromStdString(key))
-        line += QStringLiteral(" · ") + verb;
+    for (const auto& key : {"cli.step." + step.kind, "category." + step.kind}) // of a removal, of a search
+        if (const auto verb = words(texts, key); verb != QString::fromStdString(key))
+            line += QStringLiteral(" · ") + verb;
     if (!step.item.empty()) line += QStringLiteral(" · ") + shortPath(Path(step.item), user);
     if (step.copiedBytes > 0)
         line += QStringLiteral(", ")

@@ -352,21 +352,17 @@ void MacView::showWork(const Stage& stage) {
     const auto* scanning = std::get_if<stage::Scanning>(&stage);
     if (scanning && scanning->name.empty()) {
         const auto& found = mac_.flow().sweep().snapshot();
-        work_->show({text("cli.orphans.progress"),
-                     text("confirm.cancelButton"),
-                     text("leftovers.found %lld %@", {std::to_string(found.totalCount), found.totalSizeText}),
-                     {}},
-                    step);
+        work_->show(
+            {text("cli.orphans.progress"), text("confirm.cancelButton"),
+             text("leftovers.found %lld %@", {std::to_string(found.totalCount), found.totalSizeText})},
+            step);
     } else if (scanning)
         work_->show({text("scanning.title.plain"), text("confirm.cancelButton"),
-                     text("scanning.application %@", {shown(scanning->name).toStdString()}),
-                     QString::fromStdString(scanning->phase)},
+                     text("scanning.application %@", {shown(scanning->name).toStdString()})},
                     step);
     else if (const auto* removing = std::get_if<stage::Removing>(&stage))
         work_->show({text("cli.remove.progress %@", {shown(removing->subject.text(texts_)).toStdString()}),
-                     text("removing.stop"),
-                     text("removing.note"),
-                     {}},
+                     text("removing.stop"), text("removing.note")},
                     step);
 }
 

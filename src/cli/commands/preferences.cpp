@@ -131,8 +131,8 @@ ExitStatus runProtect(const CommandContext& context, Host& host, Mac* mac) {
         const auto ids =
             action == "add" ? newOnes(named, apps, context, mac) : protectedOnes(named, apps, context, mac);
         if (!ids) return ExitStatus::refused;
-        for (const auto& id : *ids) // two words may mean the same one
-            if (apps.contains(id) != (action == "add") && !apps.toggle(id)) return notStored(context, host);
+        if (!ids->empty() && !apps.set({ids->begin(), ids->end()}, action == "add"))
+            return notStored(context, host);
     }
     if (context.arguments.json)
         context.console.document(json::document(apps.bundleIDs()));

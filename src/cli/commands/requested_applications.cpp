@@ -30,7 +30,7 @@ JudgedRequest judgeRequest(const std::vector<Path>& paths, const CommandContext&
     const std::vector<InstalledIdentity> none; // requests contain paths, never names
     const ApplicationFinder finder(system.files, none, HostPaths(std::nullopt));
     auto intake = loadTargets(words, finder, AppTargetLoader(system.files, system.signatures),
-                              ProtectedApps(system.defaults));
+                              readProtection(system.defaults));
     for (const auto& failure : intake.failures)
         context.report(failure);
     return {std::move(intake.targets), !intake.failures.empty()};

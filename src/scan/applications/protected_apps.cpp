@@ -21,36 +21,47 @@ std::set<std::string> read(const std::optional<PropertyListValue>& stored) {
     return {identifiers->begin(), identifiers->end()};
 }
 
+std::optional<Message> whyUnknown(const Defaults& defaults) {
+    if (auto problem = defaults.problem()) return problem;
+    if (isReadable(defaults.value(ProtectedApps::defaultsKey))) return std::nullopt;
+    return Message{"settings.problem.protectedList"};
+}
+
 } // namespace
+
+Protection readProtection(const Defaults& defaults) {
+    const auto identifiers = read(defaults.value(ProtectedApps::defaultsKey));
+    return {{identifiers.begin(), identifiers.end()}, whyUnknown(defaults)};
+}
 
 ProtectedApps::ProtectedApps(Defaults& defaults) : defaults_(defaults) {
     show(read(defaults.value(defaultsKey)));
 }
 
 std::optional<Message> ProtectedApps::problem() const {
-    if (auto problem = defaults_.problem()) return problem;
-    if (isReadable(defaults_.value(defaultsKey))) return std::nullopt;
-    return Message{"settings.problem.protectedList"};
+    return whyUnknown(defaults_);
 }
 
 bool ProtectedApps::toggle(const std::string& bundleID) {
-    const bool adds = !contains(bundleID);
-    std::set<std::string> edited;
-    bool isKnown = true;
-    const bool isStored =
-        defaults_.update(defaultsKey, [&](const auto& stored) -> std::optional<PropertyListValue> {
-            isKnown = isReadable(stored);
-            if (!isKnown) return stored;
-            edited = read(stored); // another process may have added to it since
-            if (adds)
-                edited.insert(bundleID);
-            else
-                std::erase_if(edited,
-                              [&](const auto& each) { return lowercased(each) == lowercased(bundleID); });
+    return set({bundleID}, !contains(bundleID));
+}
+
+bool ProtectedApps::set(const std::vector<std::string>& bundleIDs, bool areProtected) {
+    if (!isReadable(defaults_.value(defaultsKey))) return false;
+    const bool isStored = defaults_.update(
+        defaultsKey, [bundleIDs, areProtected](const auto& stored) -> std::optional<PropertyListValue> {
+            if (!isReadable(stored)) return stored;
+            auto edited = read(stored); // another process may have added to it since
+            for (const auto& bundleID : bundleIDs)
+                if (areProtected)
+                    edited.insert(bundleID);
+                else
+                    std::erase_if(edited,
+                                  [&](const auto& each) { return lowercased(each) == lowercased(bundleID); });
             return PropertyListArray(edited.begin(), edited.end());
         });
-    if (isStored && isKnown) show(std::move(edited));
-    return isStored && isKnown;
+    if (isStored) reload();
+    return isStored;
 }
 
 void ProtectedApps::reload() {
@@ -62,13 +73,6 @@ void ProtectedApps::show(std::set<std::string> bundleIDs) {
     bundleIDs_ = std::move(bundleIDs);
     protects_ = {bundleIDs_.begin(), bundleIDs_.end()};
     changed.emit();
-}
-
-ProtectedApps::Partition ProtectedApps::partition(std::vector<AppTarget> targets) const {
-    Partition parts;
-    for (auto& target : targets)
-        (contains(target.bundleID) ? parts.protectedTargets : parts.allowed).push_back(std::move(target));
-    return parts;
 }
 
 } // namespace tidwen

@@ -4,7 +4,6 @@
 #include "base/message.h"
 #include "base/observable.h"
 #include "platform/defaults.h"
-#include "scan/applications/app_target.h"
 
 #include <optional>
 #include <set>
@@ -12,6 +11,17 @@
 #include <vector>
 
 namespace tidwen {
+
+/// The list of protected applications as stored at one moment: a value, for work on any thread.
+struct Protection {
+    std::set<std::string, AnyCase> bundleIDs = {};
+    std::optional<Message> problem = {}; ///< why the list is unknown, so that nothing may be removed
+
+    bool contains(const std::string& bundleID) const { return bundleIDs.contains(bundleID); }
+};
+
+/// Reads the list; on any thread if `defaults` allows it.
+Protection readProtection(const Defaults& defaults);
 
 /// The user's list of applications that must not be removed. Main thread only.
 ///
@@ -31,19 +41,14 @@ class ProtectedApps {
     /// Adds the identifier, or removes it in every spelling, and stores the list sorted, merged with changes
     /// by other processes. False, with nothing changed, when it could not be stored.
     bool toggle(const std::string& bundleID);
+    /// The same for several in one change: adds all that are missing, or removes all.
+    bool set(const std::vector<std::string>& bundleIDs, bool areProtected);
     /// Reads the list again after another process changed it. If it cannot be read, this list stays as it
     /// was.
     void reload();
 
     /// Emitted when the list has changed.
     Signal<> changed;
-
-    struct Partition {
-        std::vector<AppTarget> allowed;
-        std::vector<AppTarget> protectedTargets;
-    };
-    /// Keeps the order of the input in both lists.
-    Partition partition(std::vector<AppTarget> targets) const;
 
   private:
     void show(std::set<std::string> bundleIDs);

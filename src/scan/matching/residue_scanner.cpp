@@ -24,7 +24,6 @@
 #include "scan/policy/trace_category.h"
 
 #include <algorithm>
-#include <fmt/core.h>
 #include <optional>
 #include <set>
 
@@ -114,6 +113,14 @@ void logCoverage(const BundleCoverage& coverage, Log& log) {
         log.warning("Bundle does not say whose it is: {}", printable(bundle.string()));
 }
 
+void addApplication(const FileSystem& files, const UserEnvironment& user, const AppTarget& target,
+                    TraceCollector& traces) {
+    if (!isValidUtf8(target.bundleURL.string()))
+        traces.skip(target.bundleURL);
+    else if (!isInTrash(target.bundleURL.standardized(), user.trash().standardized()))
+        traces.add(applicationTrace(files, user, target));
+}
+
 } // namespace
 
 ResidueScanner::ResidueScanner(Ports ports, UserEnvironment user,
@@ -122,23 +129,31 @@ ResidueScanner::ResidueScanner(Ports ports, UserEnvironment user,
     if (bundles_) logCoverage(bundles_->coverage(), ports_.log);
 }
 
-ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, const Progress& progress,
+/// Counts the steps of one scan: the locations, then the other sources.
+class ResidueScanner::Steps {
+  public:
+    Steps(std::size_t locations, const OnStep& onStep)
+        : onStep_(onStep), step_{.total = locations + otherSources} {}
+
+    void begin(TraceCategory category, std::string item = {}) {
+        ++step_.step;
+        step_.kind = name(category);
+        step_.item = std::move(item);
+        if (onStep_) onStep_(step_);
+    }
+
+  private:
+    static constexpr std::size_t otherSources = 4; // receipts, keychain, system extensions, permissions
+
+    const OnStep& onStep_;
+    StepProgress step_;
+};
+
+ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop,
                                 const std::vector<AppTarget>& together, const OnStep& onStep) {
     const std::lock_guard lock(oneAtATime_);
     const auto locations = searchLocations(user_);
-    constexpr std::size_t sources = 4; // receipts, keychain, system extensions, permissions
-    StepProgress step{.total = locations.size() + sources};
-    auto report = [&, last = std::optional<TraceCategory>()](TraceCategory category,
-                                                             std::string item = {}) mutable {
-        ++step.step;
-        step.kind = name(category);
-        step.item = std::move(item);
-        if (onStep) onStep(step);
-        if (progress && last != category)
-            progress(ports_.texts.text(fmt::format("category.{}", name(category))));
-        last = category;
-    };
-
+    Steps steps(locations.size(), onStep);
     const PathPolicy policy(user_, ports_.files);
     const auto whyImmovable = [&](const AppTarget& each) {
         return whyNotRemovable(each, ports_.files, policy, user_, rights_);
@@ -151,11 +166,7 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
 
     // First, so that the bundle is measured while the rest is searched.
     TraceCollector traces(files, policy, stop, ports_.log);
-    if (!isValidUtf8(target.bundleURL.string()))
-        traces.skip(target.bundleURL);
-    else if (!isInTrash(target.bundleURL.standardized(), user_.trash().standardized()))
-        traces.add(applicationTrace(files, user_, target));
-
+    addApplication(files, user_, target, traces);
     const auto leaving =
         leavingPlaces(files, target, together, [&](const AppTarget& other) { return !whyImmovable(other); });
     const auto helpers = helperBundleIDs(files, target, stop);
@@ -172,33 +183,45 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop, 
     traces.add(permissionTrace(matcher));
     for (const auto& location : locations) {
         if (stop.stopRequested()) break;
-        report(location.category, location.url.string());
+        steps.begin(location.category, location.url.string());
         for (auto& missed : LocationScan(context, location, traces).run())
             result.unreadableLocations.push_back(std::move(missed));
     }
     addEmbeddedJobs(context, jobs, traces);
-    report(TraceCategory::receipts);
-    const auto applications = bundles_ ? placesOfApplications(*bundles_, user_) : std::vector<Path>();
-    for (auto& missed : probeReceipts(context, receipts, applications, traces))
-        result.unreadableLocations.push_back(std::move(missed));
-    report(TraceCategory::keychain);
-    if (!stop.stopRequested()) probeKeychain(context, ports_.keychain, ports_.texts, traces);
-    report(TraceCategory::systemExtensions);
-    if (!stop.stopRequested()) probeSystemExtensions(context, ports_.systemExtensions, ports_.texts, traces);
-    report(TraceCategory::permissions);
-    result.nameMatchingDisabled = matcher.nameMatchingDisabled();
-    result.identifierMatchingDisabled = matcher.identifierMatchingDisabled();
-    result.unusableHelpers = matcher.unusableHelpers();
-    if (!stop.stopRequested())
-        result.permissions = PermissionAudit(ports_.files, user_, ports_.texts).audit(target);
-    if (bundles_)
-        result.owners = stop.stopRequested() ? bundles_->coverage() : bundles_->coverageWithContents(leaving);
-    result.skippedNames = traces.skippedNames();
+    probeOtherSources(context, receipts, steps, traces, result);
+    conclude(context, leaving, traces, result);
     result.leftOut = files.budget().leftOut();
     if (result.leftOut > 0)
         ports_.log.warning("Too much to read: {} files and folders are left out", result.leftOut);
-    result.traces = traces.take();
     return result;
+}
+
+void ResidueScanner::probeOtherSources(const ScanContext& context, const Receipts& receipts, Steps& steps,
+                                       TraceCollector& traces, ScanResult& result) const {
+    const auto& stop = context.stop;
+    steps.begin(TraceCategory::receipts);
+    const auto applications = bundles_ ? placesOfApplications(*bundles_, user_) : std::vector<Path>();
+    for (auto& missed : probeReceipts(context, receipts, applications, traces))
+        result.unreadableLocations.push_back(std::move(missed));
+    steps.begin(TraceCategory::keychain);
+    if (!stop.stopRequested()) probeKeychain(context, ports_.keychain, ports_.texts, traces);
+    steps.begin(TraceCategory::systemExtensions);
+    if (!stop.stopRequested()) probeSystemExtensions(context, ports_.systemExtensions, ports_.texts, traces);
+    steps.begin(TraceCategory::permissions);
+    if (!stop.stopRequested())
+        result.permissions = PermissionAudit(ports_.files, user_, ports_.texts).audit(result.target);
+}
+
+void ResidueScanner::conclude(const ScanContext& context, const std::set<Path>& leaving,
+                              TraceCollector& traces, ScanResult& result) const {
+    result.nameMatchingDisabled = context.matcher.nameMatchingDisabled();
+    result.identifierMatchingDisabled = context.matcher.identifierMatchingDisabled();
+    result.unusableHelpers = context.matcher.unusableHelpers();
+    if (bundles_)
+        result.owners =
+            context.stop.stopRequested() ? bundles_->coverage() : bundles_->coverageWithContents(leaving);
+    result.skippedNames = traces.skippedNames();
+    result.traces = traces.take();
 }
 
 } // namespace tidwen

@@ -16,13 +16,15 @@
 #include "scan/policy/removability.h"
 #include "scan/policy/search_location.h"
 
-#include <functional>
 #include <memory>
 #include <mutex>
-#include <string>
+#include <set>
 #include <vector>
 
 namespace tidwen {
+
+class TraceCollector;
+struct ScanContext;
 
 /// Finds everything that an application left behind. Never fails: what could not be read is in the result.
 /// One scan at a time; concurrent calls wait.
@@ -37,8 +39,6 @@ class ResidueScanner {
         Log& log;
     };
 
-    using Progress = std::function<void(const std::string& phase)>; ///< a localized category title
-
     /// `bundles`: everything on this Mac that may own data; null when other owners are to be ignored.
     /// `rights`: who can move what this process may not.
     ResidueScanner(Ports ports, UserEnvironment user, std::shared_ptr<const BundleSnapshot> bundles,
@@ -47,10 +47,17 @@ class ResidueScanner {
     /// `together`: the applications to be removed in the same run, including the target or not. They contest
     /// nothing among themselves, unless they cannot be removed. `onStep`: a step is one search location or,
     /// at the end, one source other than a folder; its kind is a category.
-    ScanResult scan(const AppTarget& target, const StopToken& stop = {}, const Progress& progress = {},
+    ScanResult scan(const AppTarget& target, const StopToken& stop = {},
                     const std::vector<AppTarget>& together = {}, const OnStep& onStep = {});
 
   private:
+    class Steps;
+    /// What was searched for besides files, and what could not be read of it.
+    void probeOtherSources(const ScanContext& context, const Receipts& receipts, Steps& steps,
+                           TraceCollector& traces, ScanResult& result) const;
+    void conclude(const ScanContext& context, const std::set<Path>& leaving, TraceCollector& traces,
+                  ScanResult& result) const;
+
     Ports ports_;
     UserEnvironment user_;
     std::shared_ptr<const BundleSnapshot> bundles_;

@@ -233,8 +233,7 @@ void ApplicationsScreen::toggleProtection() {
     identifiers.reserve(rows.size());
     for (const auto* row : rows)
         if (row->isProtected == areProtected) identifiers.push_back(row->app->bundleID);
-    for (const auto& identifier : identifiers)
-        models_.protectedApps.toggle(identifier);
+    models_.protectedApps.set(identifiers, !areProtected);
     updateFooter();
 }
 

@@ -106,12 +106,10 @@ class TagsSheet final : public Sheet {
 
     bool put(const std::string& tag, bool isOn) {
         std::optional<AppTags::Refusal> refusal;
-        for (const auto& id : bundleIDs_) {
-            const auto done = isOn ? tags_.add(id, tag) : tags_.remove(id, tag);
-            const bool isAsWished = done || done.error() == AppTags::Refusal::thereAlready
-                                    || done.error() == AppTags::Refusal::notThere;
-            if (!isAsWished) refusal = done.error();
-        }
+        const auto done = isOn ? tags_.add(bundleIDs_, tag) : tags_.remove(bundleIDs_, tag);
+        const bool isAsWished = done || done.error() == AppTags::Refusal::thereAlready
+                                || done.error() == AppTags::Refusal::notThere;
+        if (!isAsWished) refusal = done.error();
         said_->setVisible(refusal.has_value());
         said_->setText(!refusal ? QString()
                        : *refusal == AppTags::Refusal::unusableName

@@ -45,7 +45,7 @@ void WorkScreen::show(const Words& words, const std::optional<StepProgress>& ste
     note_->setText(words.note);
     stop_->setText(words.stop);
     stop_->setEnabled(true);
-    step_->setText(step ? stepWords(*step, texts_, user_) : words.phase);
+    step_->setText(step ? stepWords(*step, texts_, user_) : QString());
     const auto done =
         step && step->total > 0 ? static_cast<double>(step->step) / static_cast<double>(step->total) : 0;
     ring_->show(done);

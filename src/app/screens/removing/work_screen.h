@@ -20,9 +20,8 @@ class WorkScreen final : public QWidget {
   public:
     struct Words {
         QString title;
-        QString stop;  ///< what ends it
-        QString note;  ///< what is good to know meanwhile
-        QString phase; ///< while there is no step
+        QString stop; ///< what ends it
+        QString note; ///< what is good to know meanwhile
     };
     WorkScreen(const Texts& texts, UserEnvironment user, std::function<void()> stop);
 
