@@ -78,7 +78,7 @@ std::optional<Path> ApplicationFinder::linkCalled(const std::string& wanted) con
 
 tl::expected<Path, Message> ApplicationFinder::find(const std::string& word) const {
     if (word.starts_with('/')) {
-        const Path path(word);
+        const auto path = Path(word).standardized();
         if (leadsNowhere(path)) return tl::unexpected(Message{"cli.app.away"});
         if (files_.exists(path)) return path;
         if (auto onVolume = hostPaths_.macPath(word)) return std::move(*onVolume);

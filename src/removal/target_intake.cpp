@@ -17,8 +17,9 @@ Message describeProtected(const AppTarget& target) {
 LoadedTargets loadTargets(const std::vector<Path>& bundles, const AppTargetLoader& loader) {
     LoadedTargets loaded;
     std::set<Path> seen;
-    for (const auto& bundle : bundles) {
-        if (!seen.insert(bundle.standardized()).second) continue;
+    for (const auto& each : bundles) {
+        const auto bundle = each.standardized();
+        if (!seen.insert(bundle).second) continue;
         if (auto target = loader.load(bundle))
             loaded.targets.push_back(std::move(*target));
         else

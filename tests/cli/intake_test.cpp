@@ -52,6 +52,7 @@ TEST_F(IntakeTest, AWordMeansOneApplicationOrSaysWhyNot) {
     } cases[] = {
         {"/Applications/Marlin Notes.app", "/Applications/Marlin Notes.app"},
         {"/Applications/Marlin Notes.app/", "/Applications/Marlin Notes.app"},
+        {"/Applications/./Utilities/../Marlin Notes.app", "/Applications/Marlin Notes.app"},
         {"Marlin Notes", "/Applications/Marlin Notes.app"},
         {"marlin notes.APP", "/Applications/Marlin Notes.app"},
         {"COM.marlinworks.notes", "/Applications/Marlin Notes.app"},
