@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace tidwen {
@@ -29,6 +31,15 @@ bool isOf(const ManifestEntry& entry, const std::string& name, const Manifest& m
                           || std::ranges::find(entry.sharedWith, app.bundleID) != entry.sharedWith.end();
         return isCalledSo && !key.empty() && owns;
     });
+}
+
+/// The receipt of which this is one of the two files; nullopt for anything else.
+std::optional<std::string> receiptOf(const Path& item) {
+    const bool isFile = item.extension() == "bom" || item.extension() == "plist";
+    const auto folder = item.parent().string();
+    if (!isFile || (folder != "/private/var/db/receipts" && folder != "/var/db/receipts"))
+        return std::nullopt;
+    return item.stem();
 }
 
 template<class Test>
@@ -101,6 +112,18 @@ tl::expected<ItemChoice, Message> findItems(const Manifest& manifest, const std:
         all.merge(*found);
     }
     return all;
+}
+
+ItemChoice withWholeReceipts(ItemChoice choice, const Manifest& manifest) {
+    ItemChoice receipts;
+    for (const auto& item : choice)
+        if (auto receipt = receiptOf(Path(item))) receipts.insert(*std::move(receipt));
+    if (receipts.empty()) return choice;
+    choice.merge(where(manifest, [&](const ManifestEntry& entry) {
+        const auto receipt = receiptOf(Path(entry.source));
+        return receipt && receipts.contains(*receipt);
+    }));
+    return choice;
 }
 
 } // namespace tidwen

@@ -43,4 +43,8 @@ std::vector<RunItem> runItems(const Manifest& manifest, const FileSystem& files,
 /// error says which word matches none or several.
 tl::expected<ItemChoice, Message> findItems(const Manifest& manifest, const std::vector<std::string>& words);
 
+/// The choice and, of each installer receipt of which it has one file, the other one: a receipt without its
+/// list of files counts as unreadable.
+ItemChoice withWholeReceipts(ItemChoice choice, const Manifest& manifest);
+
 } // namespace tidwen

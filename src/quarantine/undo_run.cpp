@@ -64,7 +64,7 @@ class UndoRun {
           user_(user),
           policy_(user, ports.files),
           manifest_(manifest),
-          items_(items),
+          items_(withWholeReceipts(items, manifest)),
           steps_(control),
           numbers_(manifest),
           names_(ports.files),
@@ -98,13 +98,16 @@ class UndoRun {
             else
                 plan.items.push_back(planned(step));
         }
-        if (!ports_.runsJobs) return plan;
         std::set<std::string> returning;
         for (const auto& item : plan.items)
             if (!item.problem) returning.insert(item.oldPlace.string());
-        for (const auto* job : chosenJobs())
-            if (returning.contains(*job->plistPath) || ports_.files.exists(Path(*job->plistPath)))
+        for (const auto* job : chosenJobs()) {
+            const Path plist(*job->plistPath);
+            const bool isThere = returning.contains(plist.string()) || ports_.files.exists(plist);
+            const auto domain = job->isSystemDomain;
+            if (isThere && domain && isLaunchFolder(plist.parent(), user_.home, *domain))
                 plan.jobs.push_back(job->launchLabel.value_or(job->source));
+        }
         return plan;
     }
 
@@ -352,7 +355,7 @@ class UndoRun {
     const UserEnvironment& user_;
     PathPolicy policy_;
     const Manifest& manifest_;
-    const ItemChoice& items_;
+    const ItemChoice items_;
     StepCounter steps_;
     OperationNumbers numbers_;
     ItemNames names_;

@@ -1,5 +1,6 @@
 #include "removal/removal_choice.h"
 
+#include "base/path.h"
 #include "base/uuid.h"
 #include "operations/removal_operation.h"
 #include "posix/posix_process_runner.h"
@@ -12,6 +13,8 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <optional>
+#include <set>
 #include <utility>
 #include <variant>
 
@@ -125,9 +128,7 @@ std::vector<Remainder> RemovalChoice::remainders() const {
 
 void RemovalChoice::setSelected(const std::vector<Uuid>& ids, bool selected) {
     if (selected) refusedByDefault_.reset();
-    Flags isMeant(selected_.size());
-    for (const auto number : findings_->numbers(ids))
-        isMeant[number] = true;
+    const auto isMeant = withWholeReceipts(ids);
     forEachTrace(*findings_, [&](std::size_t number, const Trace& trace, std::size_t) {
         if (isMeant[number]) selected_[number] = selected && isEligible(trace, mode_);
     });
@@ -136,10 +137,31 @@ void RemovalChoice::setSelected(const std::vector<Uuid>& ids, bool selected) {
 
 void RemovalChoice::select(const std::vector<Uuid>& ids, const std::vector<Uuid>& named) {
     selected_.assign(selected_.size(), false);
-    setAside_ = named_ = selected_;
-    for (const auto number : findings_->numbers(named))
-        named_[number] = true;
+    setAside_ = selected_;
+    named_ = withWholeReceipts(named);
     setSelected(ids, true);
+}
+
+/// The traces with these ids and, of each installer receipt of which they contain one file, the other one: a
+/// receipt without its list of files counts as unreadable, and every later sweep would stop at it.
+RemovalChoice::Flags RemovalChoice::withWholeReceipts(const std::vector<Uuid>& ids) const {
+    Flags isMeant(selected_.size());
+    for (const auto number : findings_->numbers(ids))
+        isMeant[number] = true;
+    std::set<Path> receipts;
+    const auto receiptOf = [](const Trace& trace) {
+        const auto* file = trace.category == TraceCategory::receipts ? movedPath(trace.action) : nullptr;
+        return file ? std::optional(file->parent() / file->stem()) : std::nullopt;
+    };
+    forEachTrace(*findings_, [&](std::size_t number, const Trace& trace, std::size_t) {
+        if (const auto receipt = isMeant[number] ? receiptOf(trace) : std::nullopt) receipts.insert(*receipt);
+    });
+    if (receipts.empty()) return isMeant;
+    forEachTrace(*findings_, [&](std::size_t number, const Trace& trace, std::size_t) {
+        const auto receipt = receiptOf(trace);
+        if (receipt && receipts.contains(*receipt)) isMeant[number] = true;
+    });
+    return isMeant;
 }
 
 void RemovalChoice::selectDefaults() {

@@ -83,6 +83,7 @@ class RemovalChoice {
     using Flags = std::vector<bool>;
 
     void update();
+    Flags withWholeReceipts(const std::vector<Uuid>& ids) const;
     Flags selectedOfThoseThatGo() const;
     void leaveToThoseThatStay(Flags& goes);
     bool staysWhole(std::size_t group) const;

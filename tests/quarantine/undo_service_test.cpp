@@ -153,12 +153,14 @@ TEST_F(Undo, OfWhatIsBackAlreadyFailsNothing) {
     quarantined(2, agent);
     ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
     session.answer = [](const auto&) { return Message{"failure.launchctlExit %lld", {"5"}}; };
-    auto run = [&](bool runsJobs) {
-        return UndoService({volume.files(), administrator, session, texts, log, clock, runsJobs}, alice())
-            .undoRun(root);
+    const auto service = [&](bool runsJobs) {
+        return UndoService({volume.files(), administrator, session, texts, log, clock, runsJobs}, alice());
     };
+    const auto run = [&](bool runsJobs) { return service(runsJobs).undoRun(root); };
     manifest.entries.push_back(bootoutEntry(3, "agent", false, agent));
     ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
+    for (const bool runsJobs : {true, false})
+        EXPECT_THAT(service(runsJobs).planRun(root)->jobs, ElementsAre("agent"));
     EXPECT_THAT(lines(run(true)->failures), ElementsAre(agent + ": failure.launchctlExit 5"));
 
     session.answer = nullptr;
@@ -439,6 +441,17 @@ TEST(RunItems, AreNamedByPlaceEndOfPlaceOrApplication) {
         EXPECT_EQ(found ? found->size() : 0, c.found) << c.word;
         EXPECT_EQ(found ? "" : found.error().key, c.refusal) << c.word;
     }
+}
+
+TEST(RunItems, BothFilesOfAReceiptComeTogether) {
+    const std::string receipt = "/private/var/db/receipts/com.example.a";
+    Manifest manifest{.quarantineRoot = Path("/q")};
+    int number = 0;
+    for (const auto& source : {receipt + ".bom", receipt + ".plist", receipt + ".b.bom"})
+        manifest.entries.push_back(moveEntry(++number, Path("/q"), source));
+    const ItemChoice both{receipt + ".bom", receipt + ".plist"};
+    EXPECT_EQ(withWholeReceipts({receipt + ".plist"}, manifest), both);
+    EXPECT_EQ(withWholeReceipts({}, manifest), ItemChoice());
 }
 
 TEST_F(Undo, AHostileManifestMovesNothing) {

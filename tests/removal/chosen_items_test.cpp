@@ -52,6 +52,22 @@ std::vector<Uuid> idsOf(const Findings& findings) {
     return ids;
 }
 
+TEST(RemovalChoice, TakesBothFilesOfAReceipt) {
+    std::vector<Trace> traces;
+    for (const auto* name : {"a.bom", "a.plist", "b.bom"}) {
+        traces.push_back(trace((std::string("/private/var/db/receipts/com.example.") + name).c_str()));
+        traces.back().category = TraceCategory::receipts;
+    }
+    const auto findings = std::make_shared<const Findings>(
+        std::make_shared<const OrphanScanResult>(OrphanScanResult{{{"a", "A", traces}}, {}}));
+    RemovalChoice choice(findings, RemovalSubject::Kind::leftovers);
+    choice.select({traces[0].id}, {traces[0].id});
+    EXPECT_TRUE(choice.isSelected(traces[0].id) && choice.isSelected(traces[1].id));
+    EXPECT_FALSE(choice.isSelected(traces[2].id));
+    choice.setSelected({traces[1].id}, false);
+    EXPECT_FALSE(choice.isSelected(traces[0].id));
+}
+
 TEST(RemovalChoice, TakesEachItemOnceAndSaysWhyTheOthersStay) {
     auto contested = trace("/L/contested");
     contested.contestedBy = Claimant{"com.example.other", "Other", Path("/Other.app")};
