@@ -10,7 +10,8 @@
 namespace tidwen {
 
 /// The application's login item as another program of the bundle sees it. macOS tells only the application
-/// itself about it, so its main program is asked: started with "--login-item" and a word, it answers and ends.
+/// itself about it, so its main program is asked: started with "--login-item" and a word, it answers and
+/// ends.
 class ApplicationLoginItem : public LoginItem {
   public:
     /// `program`: the main program of the bundle. Where it cannot be run the item counts as off.

@@ -1,72 +1,22 @@
 #include "macos/user_notifications.h"
 
 #include "macos/foundation_text.h"
+#include "macos/notification_delegate.h"
 
 #import <UserNotifications/UserNotifications.h>
 
 #include <chrono>
 #include <functional>
 #include <future>
-#include <map>
-#include <mutex>
-#include <optional>
-#include <string>
+#include <memory>
 #include <utility>
-
-namespace {
-
-using Info = std::map<std::string, std::string>;
-
-/// Keeps the last click until somebody listens.
-struct Listener {
-    std::mutex mutex;
-    tidwen::Notifications::Response response;
-    std::optional<std::pair<std::string, Info>> waiting;
-
-    void tell(const std::string& action, Info info) {
-        const std::lock_guard lock(mutex);
-        if (response)
-            response(action, info);
-        else
-            waiting = {action, std::move(info)};
-    }
-};
-
-} // namespace
-
-@interface TidwenNotificationDelegate : NSObject <UNUserNotificationCenterDelegate>
-@property(nonatomic) std::shared_ptr<Listener> listener;
-@end
-
-@implementation TidwenNotificationDelegate
-/// Shown although the program is in front.
-- (void)userNotificationCenter:(UNUserNotificationCenter*)__unused center
-       willPresentNotification:(UNNotification*)__unused notification
-         withCompletionHandler:(void (^)(UNNotificationPresentationOptions))completionHandler {
-    completionHandler(UNNotificationPresentationOptionBanner | UNNotificationPresentationOptionList);
-}
-
-- (void)userNotificationCenter:(UNUserNotificationCenter*)__unused center
-    didReceiveNotificationResponse:(UNNotificationResponse*)response
-             withCompletionHandler:(void (^)(void))completionHandler {
-    Info info;
-    NSDictionary* const given = response.notification.request.content.userInfo;
-    for (NSString* key in given)
-        info[tidwen::textOf(key)] = tidwen::textOf([given objectForKey:key]);
-    const bool isDefault = [response.actionIdentifier isEqual:UNNotificationDefaultActionIdentifier];
-    self.listener->tell(isDefault ? tidwen::defaultNotificationAction
-                                  : tidwen::textOf(response.actionIdentifier),
-                        std::move(info));
-    completionHandler();
-}
-@end
 
 namespace tidwen {
 
 struct UserNotifications::Parts {
     UNUserNotificationCenter* center = UNUserNotificationCenter.currentNotificationCenter;
     TidwenNotificationDelegate* delegate = [[TidwenNotificationDelegate alloc] init];
-    std::shared_ptr<Listener> listener = std::make_shared<Listener>();
+    std::shared_ptr<NotificationListener> listener = std::make_shared<NotificationListener>();
 };
 
 UserNotifications::UserNotifications() : parts_(std::make_unique<Parts>()) {
@@ -130,10 +80,7 @@ bool UserNotifications::post(const UserNotification& notification) {
 }
 
 void UserNotifications::onResponse(Response response) {
-    const std::lock_guard lock(parts_->listener->mutex);
-    parts_->listener->response = std::move(response);
-    auto waiting = std::exchange(parts_->listener->waiting, std::nullopt);
-    if (waiting && parts_->listener->response) parts_->listener->response(waiting->first, waiting->second);
+    parts_->listener->listen(std::move(response));
 }
 
 } // namespace tidwen

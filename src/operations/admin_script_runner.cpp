@@ -140,6 +140,7 @@ AdminScriptRunner::runAllowed(const std::vector<RemovalOperation>& operations) c
                 results.push_back(OperationResult::failure(next->id, output.error().describe()));
             break;
         }
+        if (output->exitCode != 0) log_.warning("The administrator batch failed: {}", output->standardError);
         for (auto& result : adminBatch::parse(output->standardOutput, batch))
             results.push_back(std::move(result));
         next = end;

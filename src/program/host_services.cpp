@@ -10,6 +10,7 @@
 #include "host/application_login_item.h"
 #include "host/exclusive_login_item.h"
 #include "host/launch_agent.h"
+#include "host/script_notifications.h"
 #include "macos/fs_events.h"
 #include "macos/main_app_login_item.h"
 #include "macos/main_bundle.h"
@@ -55,6 +56,7 @@ std::unique_ptr<LoginItem> ownLoginItem(std::vector<std::string> command, Log& l
 std::unique_ptr<Notifications> ownNotifications(ProcessRunner& processes) {
 #ifdef __APPLE__
     if (isMainProgramOfBundle()) return std::make_unique<UserNotifications>();
+    if (isAccountUsed()) return std::make_unique<ScriptNotifications>(processes);
 #endif
     return std::make_unique<DesktopNotifications>(processes);
 }

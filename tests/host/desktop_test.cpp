@@ -5,6 +5,7 @@
 #include "host/exclusive_login_item.h"
 #include "host/launch_agent.h"
 #include "host/running_user.h"
+#include "host/script_notifications.h"
 #include "host/xdg_autostart.h"
 #include "operations/tool_launchd.h"
 #include "platform/login_item.h"
@@ -199,6 +200,19 @@ TEST(RunningUser, IsTheAccountsAndNeverRoot) {
     };
     for (const auto& [account, reason] : refused)
         EXPECT_EQ(runningUser(account).error(), Message{reason});
+}
+
+TEST(ScriptNotifications, HandANameOverAsAWordAlone) {
+    test::RecordingTools tools;
+    EXPECT_TRUE(ScriptNotifications(tools).post({.identifier = "x", .title = "-e \"\x1b", .body = "b"}));
+    const auto& words = tools.calls.back().arguments;
+    ASSERT_EQ(words.size(), 9u);
+    EXPECT_THAT(words[3], testing::Not(testing::HasSubstr("-e \"")));
+    EXPECT_EQ(words[6], "tidwen") << "ends the options";
+    EXPECT_THAT(words[7],
+                testing::AllOf(testing::StartsWith("-e \""), testing::Not(testing::HasSubstr("\x1b"))));
+    tools.answer = [](const auto&) { return ProcessResult{1, "", ""}; };
+    EXPECT_FALSE(ScriptNotifications(tools).post({.identifier = "x", .title = "t", .body = "b"}));
 }
 
 TEST(DesktopNotifications, AreUnavailableWithoutTheToolAndNeverReadANameAsAnOption) {

@@ -5,12 +5,12 @@ import sys
 from pathlib import Path
 
 MOST = 1200
-ONLY_ON_A_MAC = "#ifdef (__APPLE__|F_FULLFSYNC|POSIX_SPAWN_CLOEXEC_DEFAULT)|#ifndef __linux__"
+ONLY_ON_A_MAC = "#ifdef (__APPLE__|F_FULLFSYNC|F_BARRIERFSYNC|O_SYMLINK|POSIX_SPAWN_CLOEXEC_DEFAULT|Q_OS_MACOS)|#ifndef __linux__"
 checkout = Path(sys.argv[1])
 
 
 def lines_of(file):
-    """Without blank lines and comments: all of a file for macOS, else what a condition leaves to a Mac."""
+    """Without blank lines, comments and what includes headers: all of a file for macOS, else what a condition leaves to a Mac."""
     whole = "macos" in file.parts or "finder_extension" in file.parts
     conditions, count = [], 0  # for each condition that is open: whether a Mac alone takes this branch
     for line in file.read_text().splitlines():
@@ -22,7 +22,7 @@ def lines_of(file):
             conditions[-1] = conditions[-1] is None  # beside what is Linux's
         elif word == "#endif":
             conditions.pop()
-        elif word and not word.startswith("//") and (whole or any(conditions)):
+        elif word and not word.startswith(("//", "#include", "#import")) and (whole or any(conditions)):
             count += 1
     return count
 
