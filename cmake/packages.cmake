@@ -7,9 +7,9 @@ set(CPACK_PACKAGE_CONTACT "Corvella <tidwen@corvella.example>")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)
 set(CPACK_VERBATIM_VARIABLES ON)
-set(CPACK_STRIP_FILES ON)
 if(NOT APPLE)
   set(CPACK_GENERATOR DEB)
+  set(CPACK_STRIP_FILES ON) # on a Mac it would break what the linker has signed
   set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
   # Where Debian's zsh looks; elsewhere it is the folder of the component "zsh".
   install(FILES ${completions}/zsh RENAME _tidwen DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions
