@@ -294,6 +294,9 @@ void ApplicationsScreen::update() {
         empty_->say(text("orphans.filter.empty.title"), text("orphans.filter.empty.body.filters"));
     else if (isLooking)
         empty_->say(text("cli.apps.progress"), {});
+    else if (!inventory.unreadable.empty())
+        empty_->say(text("review.incomplete.title"),
+                    text("cli.unreadable %@", {shown(inventory.unreadable.front().string()).toStdString()}));
     else
         empty_->say(text("cli.apps.none"), text("applications.none.body"));
     content_->setCurrentWidget(models_.grid.rows.rows().empty() ? static_cast<QWidget*>(empty_) : cards_);

@@ -141,10 +141,10 @@ QWidget* ReviewScreen::makeFooter() {
 }
 
 void ReviewScreen::update() {
-    std::vector<const LeftoverList*> lists;
+    std::vector<std::shared_ptr<const LeftoverList>> lists;
     int rows = 0;
     for (const auto& [identifier, tree] : flow_.reviewTrees()) {
-        lists.push_back(tree.list.get());
+        lists.push_back(tree.list);
         rows += tree.totalCount;
     }
     const bool isOther = lists != shown_;

@@ -12,6 +12,7 @@
 
 #include <QWidget>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -66,7 +67,8 @@ class ReviewScreen final : public QWidget {
     const Texts& texts_;
     Actions actions_;
     ReviewTree tree_;
-    std::vector<const LeftoverList*> shown_; ///< whose rows the tree points into
+    /// Whose rows the tree points into. Kept: another list might lie where one that is gone lay.
+    std::vector<std::shared_ptr<const LeftoverList>> shown_;
     int shownRows_ = -1;
     LeftoverFilter shownFilter_;
     ScreenHeader* header_ = nullptr;
