@@ -10,9 +10,12 @@
 
 #include <QAccessible>
 #include <QCoreApplication>
+#include <QDragEnterEvent>
 #include <QLabel>
+#include <QMimeData>
 #include <QTest>
 #include <QTimer>
+#include <QUrl>
 
 #include <algorithm>
 #include <string>
@@ -95,6 +98,10 @@ bool WindowFixture::openSample() {
     const auto volume = folder.path() / "Sample";
     if (!std::filesystem::exists(volume) && !writeSampleVolume(volume)) return false;
     window.open(volume);
+    return isReady();
+}
+
+bool WindowFixture::isReady() {
     return waitUntil([this] {
         return window.mac() && window.mac()->chores().isDone()
                && window.mac()->session().models().homeGrid().phase.get() == HomeGridModel::Phase::ready;
@@ -139,6 +146,7 @@ bool WindowFixture::says(const QString& words) {
 }
 
 bool WindowFixture::removeWhatIsChosen() {
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // of an earlier question
     return click("remove") && waitUntil([this] {
                return find<QAbstractButton>("confirm") != nullptr;
            }) // sizes may come first
@@ -153,6 +161,20 @@ bool WindowFixture::click(const char* name) {
         return true;
     }
     return false;
+}
+
+bool WindowFixture::drop(const std::vector<std::string>& names) {
+    QList<QUrl> urls;
+    for (const auto& name : names)
+        urls << QUrl::fromLocalFile(QString::fromStdString(at(name).string()));
+    QMimeData data;
+    data.setUrls(urls);
+    QDragEnterEvent enter(QPoint(400, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&window, &enter);
+    const bool isVeiled = find<QWidget>("drop veil")->isVisible();
+    QDropEvent event(QPointF(400, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(&window, &event);
+    return isVeiled;
 }
 
 QModelIndex WindowFixture::rowCalled(const QAbstractItemView& view, const QString& words) {

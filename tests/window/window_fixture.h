@@ -37,6 +37,8 @@ class WindowFixture {
 
     /// Opens the volume; true once every application is measured.
     bool openSample();
+    /// True once every application of the Mac that is being opened is measured.
+    bool isReady();
     /// Makes the window the one that keys go to.
     bool hasFocus();
     /// Looks for what belongs to an application, as its Return key does; true once the review stands.
@@ -59,6 +61,8 @@ class WindowFixture {
     bool click(const char* name);
     /// Whether these words stand in the window.
     bool says(const QString& words);
+    /// Drags files and folders of the volume over the window and lets them go; false when no veil answers.
+    bool drop(const std::vector<std::string>& names);
     /// A file or folder of the volume.
     std::filesystem::path at(const std::string& place) const { return folder.path() / "Sample" / place; }
     /// The row of a view that shows these words, however deep; none when there is none.

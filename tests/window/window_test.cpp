@@ -1,15 +1,9 @@
 #include "window/window_fixture.h"
 
-#include <QLabel>
-#include <QMimeData>
 #include <QTest>
-#include <QUrl>
-#include <algorithm>
 #include <filesystem>
 #include <gmock/gmock.h>
-#include <string>
 #include <variant>
-#include <vector>
 
 namespace tidwen {
 namespace {
@@ -27,20 +21,6 @@ class Window : public testing::Test {
     bool isAt() {
         return std::holds_alternative<Stage>(fixture.flow().stage());
     }
-    void drop(const std::vector<std::string>& names) {
-        QList<QUrl> urls;
-        for (const auto& name : names)
-            urls << QUrl::fromLocalFile(
-                QString::fromStdString((fixture.folder.path() / "Sample" / name).string()));
-        QMimeData data;
-        data.setUrls(urls);
-        QDragEnterEvent enter(QPoint(400, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(&fixture.window, &enter);
-        EXPECT_TRUE(fixture.find<QWidget>("drop veil")->isVisible());
-        QDropEvent event(QPointF(400, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(&fixture.window, &event);
-    }
-
     WindowFixture fixture;
 };
 
@@ -99,30 +79,6 @@ TEST_F(Window, GoesTheSameWayByKeyboardAlone) {
     ASSERT_TRUE(waitUntil([this] { return isAt<stage::Report>(); }));
     press(Qt::Key_Escape);
     EXPECT_TRUE(isAt<stage::Idle>());
-}
-
-TEST_F(Window, LooksAtWhatIsDroppedAndSaysWhyTheRestIsLeft) {
-    auto& session = fixture.window.mac()->session();
-    for (const auto& app : session.models().homeGrid().apps())
-        if (app.name == "Kip") session.protectedApps().toggle(app.bundleID);
-    drop({"Applications/Marlin Notes.app", "Applications/Kip.app", "Users/alice/Library"});
-    ASSERT_TRUE(waitUntil([this] { return isAt<stage::Review>(); }));
-    EXPECT_EQ(fixture.flow().choice().findings().groups().size(), 1u);
-    EXPECT_EQ(fixture.flow().protectedTargets().size(), 1u);
-    EXPECT_TRUE(waitUntil([this] {
-        const auto labels = fixture.window.findChildren<QLabel*>();
-        return std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
-            return label->isVisible() && label->text().contains(QStringLiteral("Kip"));
-        });
-    }));
-    drop({"../elsewhere.app"}); // is answered, and leaves the review as it is
-    EXPECT_TRUE(isAt<stage::Review>());
-}
-
-TEST_F(Window, ShowsHostileNamesAsTextAndNeverAsMarkup) {
-    for (const auto* label : fixture.window.findChildren<QLabel*>())
-        EXPECT_TRUE(label->textFormat() == Qt::PlainText || label->text().isEmpty())
-            << label->text().toStdString();
 }
 
 } // namespace
