@@ -291,8 +291,10 @@ std::vector<Uuid> SweepTree::idsOf(TraceRisk wanted) const {
 
 void SweepTree::toggle(const QModelIndex& index) {
     if (!index.isValid()) return;
-    if (const auto* chosen = trace(index))
-        return flow_.setSelected({chosen->id}, !flow_.choice().isSelected(chosen->id));
+    if (const auto* chosen = trace(index)) {
+        flow_.setSelected({chosen->id}, !flow_.choice().isSelected(chosen->id));
+        return;
+    }
     const auto& tier = tiers_[place(index).tier];
     flow_.setSelected(idsOf(tier.heading.risk), tier.selected < tier.heading.count);
 }

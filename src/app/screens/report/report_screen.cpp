@@ -196,7 +196,10 @@ void ReportScreen::showUndo(const UndoReport& undo) {
 void ReportScreen::keyPressEvent(QKeyEvent* event) {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (event->matches(QKeySequence::Undo)) return undo_->click(); // nothing while it is disabled
-    if ((isReturn || event->key() == Qt::Key_Escape) && !flow_.isUndoing()) return flow_.close();
+    if ((isReturn || event->key() == Qt::Key_Escape) && !flow_.isUndoing()) {
+        flow_.close();
+        return;
+    }
     QWidget::keyPressEvent(event);
 }
 

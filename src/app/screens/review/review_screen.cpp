@@ -288,7 +288,10 @@ void ReviewScreen::search() {
 
 void ReviewScreen::keyPressEvent(QKeyEvent* event) {
     if (typeInto(*search_, *event)) return;
-    if (event->key() == Qt::Key_Escape) return flow_.close();
+    if (event->key() == Qt::Key_Escape) {
+        flow_.close();
+        return;
+    }
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (isReturn && remove_->isEnabled() && !search_->hasFocus()) return actions_.remove();
     QWidget::keyPressEvent(event);
