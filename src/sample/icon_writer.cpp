@@ -29,8 +29,8 @@ struct Gradient {
     Color top, bottom;
 };
 constexpr std::array gradients = {
-    Gradient{{94, 148, 255}, {38, 84, 206}}, Gradient{{255, 179, 92}, {226, 112, 30}},
-    Gradient{{92, 205, 150}, {20, 128, 84}}, Gradient{{190, 140, 255}, {112, 66, 204}},
+    Gradient{{94, 148, 255}, {38, 84, 206}},  Gradient{{255, 179, 92}, {226, 112, 30}},
+    Gradient{{92, 205, 150}, {20, 128, 84}},  Gradient{{190, 140, 255}, {112, 66, 204}},
     Gradient{{255, 128, 138}, {204, 52, 84}}, Gradient{{92, 208, 222}, {16, 124, 150}},
 };
 

@@ -48,7 +48,7 @@ TEST(WriteBehindDefaults, ShowAChangeAtOnceAndTakeItBackIfItCannotBeStored) {
             settings->failed.connect([&](const Message& why) { failures.push_back(why.key); });
         Texts texts;
         AppTags tags(*settings, texts);
-        EXPECT_TRUE(tags.add({"com.a", "com.b"}, "Work"));
+        EXPECT_TRUE(tags.add(std::vector<std::string>{"com.a", "com.b"}, "Work"));
         EXPECT_TRUE(tags.add("com.a", "Home"));
         EXPECT_EQ(tags.tags("com.a"), (std::vector<std::string>{"Home", "Work"}));
         EXPECT_EQ(kept.writes, 0) << "the store is still busy";
