@@ -20,13 +20,6 @@ namespace {
 
 using Style = SearchLocation::Style;
 
-/// "Marlin Notes" of "/Applications/Marlin Notes.app/Contents/MacOS/agent".
-std::string applicationInPath(const std::string& program) {
-    for (const auto& component : Path(program).components())
-        if (const Path part = Path("/") / component; part.lowercasedExtension() == "app") return part.stem();
-    return {};
-}
-
 /// Where applications store folders and files under their own names. Elsewhere (fonts, plug-ins, temporary
 /// files) a name is weaker evidence.
 bool isForNames(const SearchLocation& location) {
@@ -222,6 +215,12 @@ class LocationReader {
 };
 
 } // namespace
+
+std::string applicationInPath(const std::string& program) {
+    for (const auto& component : Path(program).components())
+        if (const Path part = Path("/") / component; part.lowercasedExtension() == "app") return part.stem();
+    return {};
+}
 
 std::optional<LocationCandidates> listOrphanCandidates(const FileSystem& files,
                                                        const SearchLocation& location,

@@ -35,6 +35,9 @@ struct LocationCandidates {
     std::vector<Path> ownerless;       ///< containers whose records do not name their owner
 };
 
+/// "Marlin Notes" of "/Applications/Marlin Notes.app/Contents/MacOS/agent"; empty without an application.
+std::string applicationInPath(const std::string& program);
+
 /// Reads one location. nullopt when it exists and cannot be listed. Items whose names are not valid UTF-8 are
 /// not judged and go to `skippedNames`. Returns early with partial results when `stop` asks for it.
 std::optional<LocationCandidates> listOrphanCandidates(const FileSystem& files,

@@ -1,8 +1,10 @@
 #include "sweep/orphan_scanner.h"
 
 #include "base/path.h"
+#include "base/text.h"
 #include "platform/budgeted_files.h"
 #include "scan/policy/trace_category.h"
+#include "sweep/former_names.h"
 #include "sweep/linked_places.h"
 #include "sweep/living_jobs.h"
 #include "sweep/living_packages.h"
@@ -12,6 +14,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <set>
 
 namespace tidwen {
 namespace {
@@ -49,6 +52,7 @@ std::string nameFromIdentifier(const std::string& identifier) {
 
 /// The finds whose owner is still missing according to `isStill`, by identifier.
 std::vector<OrphanGroup> grouped(FindsByIdentifier&& finds, const KnownOwners& owners,
+                                 const FormerNames& former,
                                  const std::function<bool(const Trace&)>& isStill) {
     std::vector<OrphanGroup> groups;
     groups.reserve(finds.size());
@@ -56,10 +60,30 @@ std::vector<OrphanGroup> grouped(FindsByIdentifier&& finds, const KnownOwners& o
         auto& [identifier, each] = *finds.begin();
         std::erase_if(each.traces, [&](const Trace& trace) { return !isStill(trace); });
         if (!each.standsAlone || each.traces.empty() || owners.claims(identifier)) continue;
-        auto name = each.humanName.empty() ? nameFromIdentifier(identifier) : std::move(each.humanName);
+        auto name = each.humanName.empty() ? formerName(former, identifier) : std::move(each.humanName);
+        if (name.empty()) name = nameFromIdentifier(identifier);
         groups.push_back({identifier, std::move(name), std::move(each.traces), each.receiptsStandAlone});
     }
     return groups;
+}
+
+/// Adds groups, still empty, for applications of past removals of which only finds with a name may be left.
+void addFormer(std::vector<OrphanGroup>& groups, const FormerNames& former, const KnownOwners& owners,
+               OwnerJudge& judge) {
+    std::set<std::string> identifiers, names;
+    for (const auto& group : groups) {
+        identifiers.insert(group.bundleID);
+        names.insert({canonicalForm(group.name), canonicalForm(nameInIdentifier(group.bundleID))});
+    }
+    for (const auto& [identifier, name] : former) {
+        auto form = identifier;
+        while (isReverseDns(form) && !identifiers.contains(form))
+            form.resize(form.rfind('.'));
+        const bool isKnown = identifiers.contains(form) || names.contains(canonicalForm(name));
+        if (isKnown || owners.claims(identifier) || !judge.isNobodys(identifier)) continue;
+        identifiers.insert(identifier);
+        groups.push_back({identifier, name, {}});
+    }
 }
 
 /// Measures the finds that have only a name and passes them on, as was done for the others when found.
@@ -133,7 +157,8 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
         const auto isStill = [&](const Path& path) {
             return canJudge(path, user_, gaps) && !holdsWhatIsInUse(now.owners, path, sweep.linked());
         };
-        result.groups = grouped(joined(std::move(finds)), now.owners, [&](const Trace& trace) {
+        const auto former = formerNames(ports_.files, user_);
+        result.groups = grouped(joined(std::move(finds)), now.owners, former, [&](const Trace& trace) {
             const auto& path = *movedPath(trace.action);
             const bool isCalledAfterAnOwner = trace.category == TraceCategory::containers
                                               && now.owners.claims(identifierInName(path.lastComponent()));
@@ -141,7 +166,9 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
         });
         auto named = sweep.takeNamed();
         std::erase_if(named, [&](const NamedCandidate& each) { return !isStill(each.path); });
+        addFormer(result.groups, former, now.owners, judge);
         addNamedFinds(result.groups, named, now.owners);
+        std::erase_if(result.groups, [](const OrphanGroup& group) { return group.traces.empty(); });
         measureNamed(result.groups, ports_.files, stop, onFound);
         sortBySize(result.groups);
     }

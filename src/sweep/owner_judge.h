@@ -20,9 +20,10 @@ class OwnerJudge {
                const OrphanScanner::IsRegistered& isRegistered, const std::set<std::string>& protectedIDs);
 
     bool isOrphan(const OrphanCandidate& candidate);
+    /// The same for a lower-case identifier alone.
+    bool isNobodys(const std::string& identifier);
 
   private:
-    bool isNobodys(const std::string& identifier);
     bool judge(const std::string& identifier) const;
 
     const KnownOwners& owners_;

@@ -1,5 +1,7 @@
 #include "base/path.h"
 #include "base/stop_token.h"
+#include "quarantine/manifest.h"
+#include "quarantine/quarantine_layout.h"
 #include "scan/matching/trace.h"
 #include "sweep/known_owners.h"
 #include "sweep/orphan_scan_fixture.h"
@@ -26,6 +28,28 @@ TEST_F(OrphanScan, GathersWhatOneGoneApplicationLeft) {
     EXPECT_EQ(result.groups[0].traces.size(), 7u);
     EXPECT_GT(result.groups[0].bytes().bytes, 9000);
     EXPECT_EQ(streamed, 6u); // a receipt waits for what else there is
+}
+
+TEST_F(OrphanScan, KnowsTheNamesOfWhatPastRemovalsTook) {
+    const Path run("/Users/alice/.Trash/Tidwen - Startup Items - 2026-11-21 10-11-12");
+    const auto plist = home + "LaunchAgents/com.gone.ferry.plist";
+    const auto taken = run / "job.plist";
+    volume.write(taken.string(), job("com.gone.ferry", "/Applications/Old Ferry.app/Contents/MacOS/sync"));
+    volume.write(home + "Preferences/com.gone.ferry.plist", "x");
+    for (const auto* name : {"Old Ferry", "Tidepool", "Zander Studio", "Kept Secret"})
+        volume.write(home + "Application Support/" + name + "/x", "x");
+    test::writeBundle(volume, "/Applications/Zander Studio.app", "org.zander.studio", "Zander Studio");
+    const Manifest manifest{
+        .quarantineRoot = run,
+        .apps = {{"Tidepool", "com.maker.tide"},
+                 {"Zander Studio", "org.zander.studio"},
+                 {"Kept Secret", "com.kept.secret"}},
+        .entries = {{.operationID = 1, .source = plist, .destination = taken.string(), .bundleID = ""}}};
+    ASSERT_TRUE(writeManifest(manifest, run / manifestFileName, volume.files()));
+    const auto groups = scan({"com.kept.secret"}).groups;
+    EXPECT_THAT(eachOf(groups, &OrphanGroup::name), testing::UnorderedElementsAre("Old Ferry", "Tidepool"));
+    for (const auto& group : groups)
+        EXPECT_EQ(group.traces.back().displayName, home + "Application Support/" + group.name);
 }
 
 TEST_F(OrphanScan, GivesWhatBearsOnlyANameToTheOneGroupThatIsCalledSo) {
