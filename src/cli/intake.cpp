@@ -136,6 +136,8 @@ NamedBundles findBundles(const std::vector<std::string>& words, const Applicatio
     for (const auto& word : words) {
         if (auto bundle = finder.find(word))
             named.bundles.push_back(std::move(*bundle));
+        else if (isIdentifier(word) && bundle.error().key != "cli.app.ambiguous %@")
+            named.gone.push_back({word, bundle.error()});
         else
             named.failures.push_back({word.empty() ? "“”" : word, bundle.error()});
     }
@@ -145,6 +147,8 @@ NamedBundles findBundles(const std::vector<std::string>& words, const Applicatio
 TargetIntake loadTargets(const std::vector<std::string>& words, const ApplicationFinder& finder,
                          const AppTargetLoader& loader, const Protection& protection) {
     auto named = findBundles(words, finder);
+    for (auto& gone : named.gone) // a request names bundles
+        named.failures.push_back({gone.bundleID, std::move(gone.otherwise)});
     auto intake = takeIn(tidwen::loadTargets(named.bundles, loader), protection);
     intake.failures.insert(intake.failures.begin(), std::make_move_iterator(named.failures.begin()),
                            std::make_move_iterator(named.failures.end()));

@@ -61,6 +61,7 @@ std::string unprotectHint(const AppTarget& target, const CommandContext& context
 /// Bundles that words on the command line mean, and a problem for each word that matches none.
 struct NamedBundles {
     std::vector<Path> bundles;
+    std::vector<GoneApplication> gone; ///< words that are identifiers and match nothing installed
     std::vector<Problem> failures;
 };
 

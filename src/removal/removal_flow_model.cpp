@@ -3,6 +3,8 @@
 #include "base/background_step.h"
 #include "base/message.h"
 #include "base/path.h"
+#include "base/problem.h"
+#include "base/text.h"
 #include "base/uuid.h"
 #include "operations/removal_operation.h"
 #include "platform/user_environment.h"
@@ -12,10 +14,14 @@
 #include "scan/applications/app_target.h"
 #include "scan/matching/scan_result.h"
 #include "scan/matching/trace.h"
+#include "sweep/former_names.h"
 #include "sweep/leftover_filter.h"
 #include "sweep/orphan_scanner.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <functional>
+#include <iterator>
 #include <string_view>
 #include <utility>
 #include <variant>
@@ -115,25 +121,29 @@ RemovalFlowModel::Answer RemovalFlowModel::close() {
 }
 
 RemovalFlowModel::Answer RemovalFlowModel::loadTargets(const std::vector<Path>& bundles,
-                                                       ProtectedTargets ofProtected) {
+                                                       ProtectedTargets ofProtected,
+                                                       const std::vector<GoneApplication>& gone) {
     if (!takesTargets()) return whyNot();
     problems_.clear();
     protectedTargets_.clear();
-    if (bundles.empty()) return fail({"error.nothingToRemove"});
+    if (bundles.empty() && gone.empty()) return fail({"error.nothingToRemove"});
     const auto control = work_.begin();
     auto cameFrom = stage_;
-    enter(stage::Scanning{bundles.front().stem(), 0, static_cast<int>(bundles.size())});
+    const auto first = bundles.empty() ? gone.front().bundleID : bundles.front().stem();
+    enter(stage::Scanning{first, 0, static_cast<int>(bundles.size() + gone.size())});
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [&loader = services_.loader, readProtection = services_.readProtection, bundles, ofProtected] {
-            return takeIn(tidwen::loadTargets(bundles, loader), readProtection(), ofProtected);
+        [services = services_, user = user_, bundles, gone, ofProtected] {
+            auto loaded = tidwen::loadTargets(bundles, services.loader);
+            if (!gone.empty()) add(gone, formerNames(services.files, user), loaded);
+            return takeIn(std::move(loaded), services.readProtection(), ofProtected);
         },
-        [stop = control.stop, cameFrom = std::move(cameFrom)](RemovalFlowModel& self,
-                                                              TargetIntake intake) mutable {
+        [stop = control.stop, cameFrom = std::move(cameFrom), gone](RemovalFlowModel& self,
+                                                                    TargetIntake intake) mutable {
             if (stop.stopRequested()) return;
             self.protectedTargets_ = std::move(intake.refused);
             self.problems_ = std::move(intake.failures);
-            if (!intake.targets.empty()) return self.scan(std::move(intake.targets));
+            if (!intake.targets.empty()) return self.scan(std::move(intake.targets), std::move(gone));
             self.work_.end();
             self.stage_ = std::move(cameFrom);
             self.notify();
@@ -146,6 +156,7 @@ struct RemovalFlowModel::Reviewed {
     Findings findings;
     std::map<std::string, std::shared_ptr<const LeftoverList>> lists; ///< by bundle identifier
     std::optional<Message> protectionProblem;
+    std::vector<Problem> notFound = {}; ///< applications that are gone and left nothing
 
     Reviewed(std::vector<ScanResult> scanned, const UserEnvironment& user, const Protection& protection,
              const Texts& texts)
@@ -163,7 +174,7 @@ struct RemovalFlowModel::Reviewed {
     }
 };
 
-void RemovalFlowModel::scan(std::vector<AppTarget> targets) {
+void RemovalFlowModel::scan(std::vector<AppTarget> targets, std::vector<GoneApplication> gone) {
     forgetChoices();
     const auto control = work_.begin();
     const auto total = static_cast<int>(targets.size());
@@ -178,15 +189,24 @@ void RemovalFlowModel::scan(std::vector<AppTarget> targets) {
     };
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [services = services_, user = user_, targets = std::move(targets), control, report, total] {
+        [services = services_, user = user_, targets = std::move(targets), gone = std::move(gone), control,
+         report, total] {
             const auto scanner = services.makeScanner();
             std::vector<ScanResult> results;
-            for (const auto& target : targets) {
-                const auto done = static_cast<int>(results.size());
+            std::vector<Problem> notFound;
+            for (int done = 0; done < total; ++done) {
+                const auto& target = targets[static_cast<std::size_t>(done)];
                 report({target.name, done, total});
-                results.push_back(scanner->scan(target, control.stop, targets, control.onStep));
+                auto result = scanner->scan(target, control.stop, targets, control.onStep);
+                const auto absent = std::ranges::find(gone, target.bundleID, &GoneApplication::bundleID);
+                if (isGone(target) && result.traces.empty() && absent != gone.end())
+                    notFound.push_back({printable(target.bundleID), absent->otherwise});
+                else
+                    results.push_back(std::move(result));
             }
-            return Reviewed(std::move(results), user, services.readProtection(), services.texts);
+            Reviewed reviewed(std::move(results), user, services.readProtection(), services.texts);
+            reviewed.notFound = std::move(notFound);
+            return reviewed;
         },
         // A cancelled scan may complete before it notices.
         [stop = control.stop](RemovalFlowModel& self, Reviewed reviewed) {
@@ -235,6 +255,11 @@ void RemovalFlowModel::cancelScan() {
 
 void RemovalFlowModel::review(Reviewed reviewed) {
     work_.end();
+    std::ranges::move(reviewed.notFound, std::back_inserter(problems_));
+    if (reviewed.results->empty()) {
+        stage_ = home_;
+        return notify();
+    }
     protectionProblem_ = std::move(reviewed.protectionProblem);
     reviewLists_ = std::move(reviewed.lists);
     buildReviewTrees();

@@ -147,8 +147,10 @@ class RemovalFlowModel {
     void arrange();
 
     /// Protected applications that are `shown` can be inspected but not removed.
+    /// `gone`: applications without a bundle, whose leftovers are scanned for; nothing found is a problem.
     Answer loadTargets(const std::vector<Path>& bundles,
-                       ProtectedTargets ofProtected = ProtectedTargets::refused);
+                       ProtectedTargets ofProtected = ProtectedTargets::refused,
+                       const std::vector<GoneApplication>& gone = {});
     Answer scanOrphans();
     void cancelScan();
     /// Stops what is running: cancels a scan or sweep; ends a removal or undo after the current step, with a
@@ -191,7 +193,7 @@ class RemovalFlowModel {
     Answer whyNot() const;
     void notify() { changed.emit(); }
 
-    void scan(std::vector<AppTarget> targets);
+    void scan(std::vector<AppTarget> targets, std::vector<GoneApplication> gone);
     void review(Reviewed reviewed);
     void showOrphans(std::shared_ptr<const OrphanScanResult> result, Findings findings);
     void buildReviewTrees();

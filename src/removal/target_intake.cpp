@@ -4,6 +4,7 @@
 #include "base/path.h"
 #include "base/text.h"
 #include "scan/applications/app_target.h"
+#include "scan/applications/shared_names.h"
 
 #include <set>
 #include <string>
@@ -12,6 +13,16 @@ namespace tidwen {
 
 Message describeProtected(const AppTarget& target) {
     return {"error.protectedApp %@", {printable(target.name)}};
+}
+
+tl::expected<AppTarget, Message> goneTarget(const std::string& bundleID, const FormerNames& names) {
+    using Error = AppTargetLoaderError;
+    const auto lower = lowercased(bundleID);
+    if (isFromApple(lower)) return tl::unexpected(Message{std::string(errorKey(Error::systemApplication))});
+    if (lower == tidwenBundleID) return tl::unexpected(Message{std::string(errorKey(Error::selfTarget))});
+    // Without a recorded name nothing is found by name: an identifier says too little of it.
+    auto name = formerName(names, lower);
+    return AppTarget{.bundleURL = Path("/"), .bundleID = bundleID, .name = name.empty() ? bundleID : name};
 }
 
 LoadedTargets loadTargets(const std::vector<Path>& bundles, const AppTargetLoader& loader) {
@@ -27,6 +38,14 @@ LoadedTargets loadTargets(const std::vector<Path>& bundles, const AppTargetLoade
                 {printable(bundle.lastComponent()), {std::string(errorKey(target.error()))}});
     }
     return loaded;
+}
+
+void add(const std::vector<GoneApplication>& gone, const FormerNames& names, LoadedTargets& loaded) {
+    for (const auto& each : gone)
+        if (auto target = goneTarget(each.bundleID, names))
+            loaded.targets.push_back(std::move(*target));
+        else
+            loaded.failures.push_back({printable(each.bundleID), std::move(target.error())});
 }
 
 TargetIntake takeIn(LoadedTargets loaded, const Protection& protection, ProtectedTargets ofProtected) {

@@ -5,7 +5,10 @@
 #include "base/problem.h"
 #include "scan/applications/app_target.h"
 #include "scan/applications/protected_apps.h"
+#include "sweep/former_names.h"
 
+#include <string>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace tidwen {
@@ -16,6 +19,19 @@ struct LoadedTargets {
     std::vector<Problem> failures;  ///< with control characters in names made visible
 };
 
+/// An application asked for by its identifier because no bundle of it is installed.
+struct GoneApplication {
+    std::string bundleID;
+    Message otherwise; ///< why the word means nothing, if nothing of it is found
+};
+
+/// The target for what a removed application left: without a bundle ("/"), named as past removals recorded
+/// it. The error is that of `AppTargetLoader` for an application that is no target.
+tl::expected<AppTarget, Message> goneTarget(const std::string& bundleID, const FormerNames& names);
+inline bool isGone(const AppTarget& target) {
+    return target.bundleURL.isRoot();
+}
+
 /// Reads the disk; any thread.
 LoadedTargets loadTargets(const std::vector<Path>& bundles, const AppTargetLoader& loader);
 
@@ -25,6 +41,9 @@ struct TargetIntake {
     std::vector<Problem> failures;  ///< with control characters in names made visible
     std::vector<AppTarget> refused; ///< the protected ones among the failures
 };
+
+/// Adds the targets of applications that are gone.
+void add(const std::vector<GoneApplication>& gone, const FormerNames& names, LoadedTargets& loaded);
 
 /// How protected applications are handled.
 enum class ProtectedTargets {

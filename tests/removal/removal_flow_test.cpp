@@ -264,6 +264,24 @@ TEST(RemovalFlow, UndoesTheRunOfTheReport) {
     EXPECT_FALSE(fixture.model->undoReport());
 }
 
+TEST(RemovalFlow, FindsByItsIdentifierWhatAnApplicationThatIsGoneLeft) {
+    FlowFixture fixture;
+    fixture.model->loadTargets({}, ProtectedTargets::refused,
+                               {{"com.example.Gone", {"absent"}},
+                                {"com.example.never", {"absent"}},
+                                {"com.apple.Gone", {"absent"}}});
+    fixture.settle();
+    EXPECT_EQ(fixture.stage(), "review");
+    EXPECT_EQ(fixture.model->errorMessage(),
+              "com.apple.Gone: error.systemApplication\ncom.example.never: absent");
+    EXPECT_THAT(fixture.selected(), Contains(fixture.orphan.displayName));
+    fixture.model->confirm();
+    fixture.settle();
+    EXPECT_EQ(fixture.stage(), "report");
+    EXPECT_FALSE(fixture.has(fixture.cache("Gone")));
+    EXPECT_TRUE(fixture.has(fixture.cache("Alpine")));
+}
+
 TEST(RemovalFlow, WorkThatComesBackLateChangesNothing) {
     FlowFixture fixture;
     fixture.model->loadTargets({fixture.bundle("Alpine")});

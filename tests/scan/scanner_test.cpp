@@ -219,6 +219,15 @@ TEST_F(Scanner, LooksIntoNoTemporaryFolderThatCannotBeOne) {
     EXPECT_EQ(userLocations(test::alice()).size(), userLocations(user).size() + 2);
 }
 
+TEST_F(Scanner, ContestsAllThatIsLeftOfAnApplicationThatIsNotGoneAfterAll) {
+    volume.makeFolder(library + "Caches/com.corvella.marlin.notes");
+    target = {.bundleURL = Path("/"), .bundleID = "com.corvella.marlin.notes", .name = "Marlin"};
+    const std::string found = "caches exactBundleID: ~Caches/com.corvella.marlin.notes";
+    EXPECT_THAT(this->found(), ElementsAre(found + " contested by com.corvella.marlin.notes"));
+    installed.clear();
+    EXPECT_THAT(this->found(), ElementsAre(found));
+}
+
 TEST_F(Scanner, StopsWhenAsked) {
     for (const auto* folder : {"Containers", "Caches", "Logs"})
         volume.makeFolder(library + folder + "/com.corvella.marlin.notes");

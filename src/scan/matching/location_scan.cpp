@@ -72,6 +72,7 @@ std::optional<Claimant> associateOf(const ScanContext& context, const LaunchItem
 
 bool isInTarget(const ScanContext& context, const Path& program) {
     const Path place = program.standardized();
+    if (context.targetPlace.isRoot()) return false; // the target is gone
     return place.isWithinIgnoringCase(context.targetPlace)
            || place.isWithinIgnoringCase(context.matcher.target().bundleURL.standardized());
 }

@@ -100,8 +100,10 @@ class ReceiptProbe {
     ReceiptProbe(const ScanContext& context, const Receipts& receipts, const std::vector<Path>& applications,
                  TraceCollector& traces)
         : context_(context), otherPackages_(context, receipts), traces_(traces) {
-        closed_.add(context.matcher.target().bundleURL.standardized());
-        closed_.add(context.targetPlace);
+        if (!context.targetPlace.isRoot()) { // else the target is gone
+            closed_.add(context.matcher.target().bundleURL.standardized());
+            closed_.add(context.targetPlace);
+        }
         for (const auto& application : applications)
             closed_.add(application);
         for (const auto& trace : traces.traces())

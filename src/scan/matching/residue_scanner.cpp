@@ -35,9 +35,11 @@ namespace {
 std::set<Path> leavingPlaces(const FileSystem& files, const AppTarget& target,
                              const std::vector<AppTarget>& together,
                              const std::function<bool(const AppTarget&)>& isRemovable) {
-    std::set<Path> places = {files.resolve(target.bundleURL).value_or(target.bundleURL.standardized())};
+    std::set<Path> places;
+    if (!target.bundleURL.isRoot())
+        places.insert(files.resolve(target.bundleURL).value_or(target.bundleURL.standardized()));
     for (const auto& other : together)
-        if (other.bundleURL != target.bundleURL && isRemovable(other))
+        if (!other.bundleURL.isRoot() && other.bundleURL != target.bundleURL && isRemovable(other))
             places.insert(files.resolve(other.bundleURL).value_or(other.bundleURL.standardized()));
     return places;
 }
@@ -46,6 +48,7 @@ std::set<Path> leavingPlaces(const FileSystem& files, const AppTarget& target,
 std::vector<std::string> helperBundleIDs(const FileSystem& files, const AppTarget& target,
                                          const StopToken& stop) {
     std::vector<std::string> helpers = target.loginItemBundleIDs;
+    if (target.bundleURL.isRoot()) return helpers;
     for (auto& embedded : embeddedBundleIDs(files, target.bundleURL, stop))
         helpers.push_back(std::move(embedded));
     for (const auto& job : target.embeddedLaunchdItems)
@@ -115,6 +118,7 @@ void logCoverage(const BundleCoverage& coverage, Log& log) {
 
 void addApplication(const FileSystem& files, const UserEnvironment& user, const AppTarget& target,
                     TraceCollector& traces) {
+    if (target.bundleURL.isRoot()) return;
     if (!isValidUtf8(target.bundleURL.string()))
         traces.skip(target.bundleURL);
     else if (!isInTrash(target.bundleURL.standardized(), user.trash().standardized()))
@@ -156,7 +160,8 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop,
     Steps steps(locations.size(), onStep);
     const PathPolicy policy(user_, ports_.files);
     const auto whyImmovable = [&](const AppTarget& each) {
-        return whyNotRemovable(each, ports_.files, policy, user_, rights_);
+        return each.bundleURL.isRoot() ? std::nullopt
+                                       : whyNotRemovable(each, ports_.files, policy, user_, rights_);
     };
     ScanResult result;
     result.target = target;
@@ -180,7 +185,7 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop,
     const auto jobs = jobsThatStay(context, bundles_ ? identifiersOfLeaving(*bundles_, leaving)
                                                      : std::vector<std::string>());
     addProgramsOfJobs(held, context, jobs);
-    traces.add(permissionTrace(matcher));
+    if (!target.bundleURL.isRoot()) traces.add(permissionTrace(matcher));
     for (const auto& location : locations) {
         if (stop.stopRequested()) break;
         steps.begin(location.category, location.url.string());
@@ -222,6 +227,16 @@ void ResidueScanner::conclude(const ScanContext& context, const std::set<Path>& 
             context.stop.stopRequested() ? bundles_->coverage() : bundles_->coverageWithContents(leaving);
     result.skippedNames = traces.skippedNames();
     result.traces = traces.take();
+    if (!result.target.bundleURL.isRoot()) return;
+    // Of an application that is gone after all nothing is anybody else's.
+    const auto& others = context.matcher.others();
+    auto owner = others.copyOfTarget();
+    if (!owner) owner = others.embedding(lowercased(result.target.bundleID));
+    for (auto& trace : result.traces)
+        if (owner && !trace.contestedBy) trace.contestedBy = owner;
+    // A record of a permission alone is a find, too.
+    if (!result.traces.empty() || !result.permissions.grants.empty())
+        result.traces.push_back(permissionTrace(context.matcher));
 }
 
 } // namespace tidwen

@@ -44,9 +44,11 @@ class ResidueScanner {
     ResidueScanner(Ports ports, UserEnvironment user, std::shared_ptr<const BundleSnapshot> bundles,
                    MoveRights rights = MoveRights::administrator);
 
-    /// `together`: the applications to be removed in the same run, including the target or not. They contest
-    /// nothing among themselves, unless they cannot be removed. `onStep`: a step is one search location or,
-    /// at the end, one source other than a folder; its kind is a category.
+    /// A target without a bundle ("/") is gone: only its leftovers are found, and all are contested if
+    /// another bundle has or embeds its identifier after all. `together`: the applications to be removed in
+    /// the same run, including the target or not. They contest nothing among themselves, unless they cannot
+    /// be removed. `onStep`: a step is one search location or, at the end, one source other than a folder;
+    /// its kind is a category.
     ScanResult scan(const AppTarget& target, const StopToken& stop = {},
                     const std::vector<AppTarget>& together = {}, const OnStep& onStep = {});
 
