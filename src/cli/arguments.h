@@ -14,6 +14,11 @@
 
 namespace tidwen {
 
+/// That an option, or a setting, cannot have this value; `allowed`: the others, separated by commas.
+inline Message invalidValue(std::string_view name, const std::string& value, const std::string& allowed) {
+    return {"cli.invalidValue %@ %@ %@", {std::string(name), value, allowed}};
+}
+
 /// An option of one command, in addition to the global ones.
 struct OptionSyntax {
     std::string_view name;      ///< "--risk"

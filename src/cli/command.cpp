@@ -48,7 +48,7 @@ ExitStatus CommandContext::misuse(const Message& reason, const std::optional<std
     refuse(reason, meant);
     Console errors = console.onErrors();
     const auto syntax = syntaxOf(arguments.command);
-    errors.document(help::usage(syntax ? &*syntax : nullptr, texts));
+    errors.wrapped(help::usage(syntax ? &*syntax : nullptr, texts));
     return ExitStatus::refused;
 }
 

@@ -111,7 +111,7 @@ void Console::line(const std::vector<StyledText>& spans) {
     for (const auto& span : spans)
         needed += width ? displayWidth(printable(span.text)) : 0;
     if (!width || needed <= *width) return putLine(spans);
-    for (const auto& each : wrapped(spans, *width))
+    for (const auto& each : tidwen::wrapped(spans, *width))
         putLine(each);
 }
 
@@ -119,6 +119,12 @@ void Console::verbatim(const std::string& text) {
     if (voice_ == Voice::quiet) return;
     endProgress();
     putLine({{text}});
+}
+
+void Console::wrapped(const std::string& text) {
+    if (voice_ == Voice::quiet) return;
+    endProgress();
+    put(output_, fittedTo(output_, text));
 }
 
 void Console::putLine(const std::vector<StyledText>& spans) {

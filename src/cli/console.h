@@ -45,6 +45,8 @@ class Console {
     std::optional<std::size_t> columns() const;
     void line(std::string text, Style style = Style::plain) { line({StyledText{std::move(text), style}}); }
     void blankLine() { line(std::vector<StyledText>{}); }
+    /// Prints lines of prose, wrapped like `line` but with their indentation.
+    void wrapped(const std::string& text);
     /// Prints a document, or a part of one, unchanged.
     void document(std::string_view text);
     bool hasPrintedDocument() const { return hasPrintedDocument_; }

@@ -2,9 +2,7 @@
 
 #include "base/progress_relay.h"
 #include "base/step_progress.h"
-#include "base/stop_token.h"
 #include "cli/console.h"
-#include "cli/end_signals.h"
 #include "cli/intake.h"
 #include "cli/labels.h"
 #include "inventory/installed_applications.h"
@@ -43,7 +41,29 @@ std::vector<RecoveryNotice> FlowSession::start() {
     return chores.recoveryNotices();
 }
 
+void FlowSession::heedSignals() {
+    if (!signals_) signals_.emplace(main_, [this] { stopAtSignal(); });
+}
+
+/// Between two steps nothing is stopped: the next one does not begin.
+void FlowSession::stopAtSignal() {
+    if (std::holds_alternative<stage::Report>(model_.stage())) return; // already complete
+    isCalledOff_ = true;
+    sweepStop_.requestStop();
+    if (std::holds_alternative<stage::Removing>(model_.stage()))
+        context_.console.error(context_.text("cli.stopping"));
+    model_.stop();
+}
+
+/// Whether a signal has come so far, with a message.
+bool FlowSession::isCalledOff() {
+    main_.drain();
+    if (isCalledOff_) context_.console.error(context_.text("cli.remove.cancelled"));
+    return isCalledOff_;
+}
+
 bool FlowSession::scan(const std::vector<std::string>& words, ProtectedTargets ofProtected) {
+    heedSignals();
     auto& mac = session_.mac();
     const bool areAllPaths =
         std::all_of(words.begin(), words.end(), [](const auto& word) { return word.starts_with('/'); });
@@ -58,39 +78,39 @@ bool FlowSession::scan(const std::vector<std::string>& words, ProtectedTargets o
     for (const auto& failure : named.failures)
         context_.report(failure);
     someRefused_ = !named.failures.empty();
-    if (named.bundles.empty()) return false;
-    model_.loadTargets(named.bundles, ofProtected);
+    if ((named.bundles.empty() && named.gone.empty()) || isCalledOff()) return false;
+    model_.loadTargets(named.bundles, ofProtected, named.gone);
     const bool hasEnded = awaitScan();
     reportRefusals();
     return hasEnded && std::holds_alternative<stage::Review>(model_.stage());
 }
 
 bool FlowSession::sweep() {
+    heedSignals();
     model_.scanOrphans();
     return awaitScan();
 }
 
 std::optional<OrphanScanResult> FlowSession::findOrphans() {
     context_.console.progress(context_.text("cli.orphans.progress"));
-    StopSource stop;
+    heedSignals();
     OrphanScanResult result;
     bool hasEnded = false;
     {
-        const EndSignals signals(main_, [&] { stop.requestStop(); });
         const ProgressRelay relay(main_, [this](const StepProgress& step) {
             context_.console.progress(
                 labels::progress(context_.text("cli.orphans.progress"), step, context_.texts));
         });
         session_.background().post([&, onStep = relay.observer()] {
-            result = session_.sweepOrphans(session_.protectedApps().bundleIDs(), stop.token(), {}, onStep);
+            result =
+                session_.sweepOrphans(session_.protectedApps().bundleIDs(), sweepStop_.token(), {}, onStep);
             main_.post([&] { hasEnded = true; });
         });
         main_.runUntil([&] { return hasEnded; });
     }
-    main_.drain(); // handles a signal received at the end of the sweep
     context_.console.endProgress();
-    if (!stop.token().stopRequested()) return result;
-    context_.console.error(context_.text("cli.remove.cancelled"));
+    letSignalsEnd(); // what follows is printed
+    if (!isCalledOff()) return result;
     return std::nullopt;
 }
 
@@ -107,23 +127,15 @@ void FlowSession::reportRefusals() {
 bool FlowSession::awaitScan() {
     const auto hasEnded = [this] { return !std::holds_alternative<stage::Scanning>(model_.stage()); };
     if (hasEnded()) return false;
-    bool isCalledOff = false;
-    {
-        const EndSignals signals(main_, [&] {
-            isCalledOff = true;
-            model_.cancelScan();
-        });
-        main_.runUntil(hasEnded);
-    }
-    main_.drain(); // handles a signal received at the end of the scan
+    main_.runUntil(hasEnded);
     context_.console.endProgress();
-    if (!isCalledOff) return true;
-    context_.console.error(context_.text("cli.remove.cancelled"));
-    return false;
+    return !isCalledOff();
 }
 
 bool FlowSession::remove() {
-    model_.confirm();
+    heedSignals();
+    if (isCalledOff()) return false;
+    if (!model_.confirm()) return false;
     for (;;) {
         awaitRemoval();
         if (!model_.pendingQuitPrompt()) break;
@@ -133,25 +145,16 @@ bool FlowSession::remove() {
     return std::holds_alternative<stage::Report>(model_.stage());
 }
 
-/// Runs until the report or a question. At a question a signal ends the program at once: nothing has begun.
+/// Runs until the report or a question.
 void FlowSession::awaitRemoval() {
-    const auto hasNews = [this] {
+    main_.runUntil([this] {
         return model_.pendingQuitPrompt() || !std::holds_alternative<stage::Removing>(model_.stage());
-    };
-    {
-        const EndSignals signals(main_, [this] { stopRemoval(); });
-        main_.runUntil(hasNews);
-    }
+    });
     main_.drain(); // handles a signal received at the end
 }
 
-void FlowSession::stopRemoval() {
-    if (!std::holds_alternative<stage::Removing>(model_.stage())) return; // already complete
-    context_.console.error(context_.text("cli.stopping"));
-    model_.stop();
-}
-
 void FlowSession::answer(const QuitPrompt& prompt) {
+    letSignalsEnd();
     // "--yes" confirms what was shown, not the loss of data in a running application.
     const bool goOn = !context_.arguments.yes && context_.console.canAsk()
                       && context_.console.ask(context_.text("cli.quit.question %@", {prompt.appName}),
@@ -160,6 +163,7 @@ void FlowSession::answer(const QuitPrompt& prompt) {
         someLeftOut_ = true;
         context_.console.error(context_.text("cli.quit.leftOut %@", {prompt.appName}));
     }
+    heedSignals();
     model_.answerQuitPrompt(goOn ? QuitPromptChoice::forceContinue : QuitPromptChoice::cancelApp);
 }
 

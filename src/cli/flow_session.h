@@ -2,7 +2,9 @@
 
 #include "base/executor.h"
 #include "base/observable.h"
+#include "base/stop_token.h"
 #include "cli/command.h"
+#include "cli/end_signals.h"
 #include "program/mac.h"
 #include "program/session.h"
 #include "removal/flow_types.h"
@@ -42,6 +44,9 @@ class FlowSession {
     /// The same for a list without a selection, avoiding the model's copies. nullopt if Ctrl-C cancelled it.
     std::optional<OrphanScanResult> findOrphans();
 
+    /// A signal ends the program at once again, as while a question is asked: nothing has begun.
+    void letSignalsEnd() { signals_.reset(); }
+
     /// Removes the selection. An application that does not quit is left out, unless the user can be asked and
     /// wants to continue. Ctrl-C stops it after the current step, a second one ends the program. True when
     /// the model shows a report.
@@ -50,11 +55,13 @@ class FlowSession {
     bool someLeftOut() const { return someLeftOut_; }
 
   private:
+    void heedSignals();
+    void stopAtSignal();
+    bool isCalledOff();
     void reportRefusals();
     bool awaitScan();
     void showProgress();
     void awaitRemoval();
-    void stopRemoval();
     void answer(const QuitPrompt& prompt);
 
     const CommandContext& context_;
@@ -64,6 +71,9 @@ class FlowSession {
     bool someLeftOut_ = false;
     RemovalFlowModel& model_;
     Subscription progress_, steps_;
+    bool isCalledOff_ = false;
+    StopSource sweepStop_;
+    std::optional<EndSignals> signals_; ///< from the first search on, so that none ends the program unsaid
 };
 
 } // namespace tidwen

@@ -4,6 +4,7 @@
 #include "base/path_key.h"
 #include "base/text.h"
 #include "base/uuid.h"
+#include "cli/arguments.h"
 #include "removal/chosen_items.h"
 #include "removal/removal_plan.h"
 #include "scan/applications/app_target.h"
@@ -185,7 +186,7 @@ tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::str
     for (const auto& word : words)
         for (const auto& part : splitAtCommas(word)) {
             const auto risk = tierCalled(part);
-            if (!risk) return tl::unexpected(Message{"cli.risk.unknown %@", {part}});
+            if (!risk) return tl::unexpected(invalidValue("--risk", part, "safe, review, sensitive"));
             tiers.insert(*risk);
         }
     return tiers;

@@ -127,7 +127,7 @@ ExitStatus runCommand(const Command& command, const Arguments& arguments, const 
 /// Prints the reason, or the requested help.
 int end(const EarlyExit& exit, int count, char** words, const Texts& texts) {
     std::FILE* const file = exit.status == 0 ? stdout : stderr;
-    std::fputs(exit.status == 0 ? exit.text.c_str() : fittedTo(file, exit.text).c_str(), file);
+    std::fputs(fittedTo(file, exit.text).c_str(), file);
     char** const mark =
         std::find_if(words, words + count, [](std::string_view word) { return word == "--"; });
     const bool isForPrograms =

@@ -2,6 +2,7 @@
 #include "base/path.h"
 #include "base/texts.h"
 #include "base/uuid.h"
+#include "cli/arguments.h"
 #include "cli/selection.h"
 #include "operations/removal_operation.h"
 #include "program/host_paths.h"
@@ -150,8 +151,9 @@ TEST(Selection, ReadsTiers) {
     const Texts texts; // prints keys as titles
     EXPECT_EQ(parseTiers({"safe, risk.Review.title", "SENSITIVE"}, texts),
               (std::set{safe, review, sensitive}));
-    EXPECT_EQ(parseTiers({"safe,"}, texts).error(), (Message{"cli.risk.unknown %@", {""}}));
-    EXPECT_EQ(parseTiers({"safer"}, texts).error(), (Message{"cli.risk.unknown %@", {"safer"}}));
+    EXPECT_EQ(parseTiers({"safe,"}, texts).error(), invalidValue("--risk", "", "safe, review, sensitive"));
+    EXPECT_EQ(parseTiers({"safer"}, texts).error(),
+              invalidValue("--risk", "safer", "safe, review, sensitive"));
 }
 
 } // namespace

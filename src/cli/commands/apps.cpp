@@ -43,8 +43,7 @@ tl::expected<std::string, Message> choice(const Arguments& arguments, std::strin
         for (const auto value : values)
             all += (all.empty() ? "" : ", ")
                    + std::string(option == "--sort" && value == "lastUsed" ? "used" : value);
-        return tl::unexpected(
-            Message{"cli.apps.badValue %@ %@ %@", {std::string(option), given.back(), all}});
+        return tl::unexpected(invalidValue(option, given.back(), all));
     }
     return fallback;
 }

@@ -20,6 +20,7 @@
 #include "removal/removal_flow_model.h"
 #include "removal/removal_plan.h"
 #include "removal/removal_refusal.h"
+#include "removal/removal_report.h"
 #include "removal/removal_texts.h"
 #include "sweep/leftover_filter.h"
 
@@ -27,6 +28,7 @@
 #include <optional>
 #include <string_view>
 #include <tl/expected.hpp>
+#include <vector>
 
 namespace tidwen {
 
@@ -158,6 +160,28 @@ void show(const stage::Report& shown, const RemovalChoice& begun, const CommandC
     if (undo) context.console.verbatim(context.text("cli.undo.hint %@", {*undo}));
 }
 
+/// Nothing was found that the call takes, as after an earlier one: an empty document, and no refusal.
+ExitStatus nothingToDo(const RemovalChoice& choice, const CommandContext& context) {
+    const auto& findings = choice.findings();
+    const RemovalReport empty{
+        .apps = {}, .quarantineRoot = Path("/"), .manifestURL = Path("/"), .operations = {}};
+    if (context.arguments.json)
+        context.console.document(context.arguments.has("--dry-run")
+                                     ? json::document(std::vector<RemovalOperation>{})
+                                     : json::document(empty, choice.subject(), context.texts));
+    else
+        context.console.line(context.text("error.nothingToRemove"));
+    const auto remarks = [&](const CommandContext& shown) {
+        printLeft(choice.staying(), shown);
+        printUnsearchable(choice, shown);
+        printUnseen(findings.unseen(), shown);
+    };
+    context.arguments.json ? besideDocument(context, remarks) : remarks(context);
+    reportSkipped(findings.skippedNames(), context);
+    return findings.unseen().isNothing() && findings.skippedNames().empty() ? ExitStatus::done
+                                                                            : ExitStatus::someFailed;
+}
+
 } // namespace
 
 std::string searchText(const Arguments& arguments) {
@@ -186,7 +210,10 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     narrow(model, {.query = searchText(context.arguments)});
     const auto& choice = model.choice();
     const auto refusal = model.refusal();
-    if (refusal && choice.going().empty()) return refuse(*refusal, context);
+    if (refusal && choice.going().empty())
+        return refusal->reason.key == "error.nothingToRemove" && request->selectors.empty()
+                   ? nothingToDo(choice, context)
+                   : refuse(*refusal, context);
     const auto planned = preview(context, mac, choice);
     const auto& skipped = choice.findings().skippedNames();
     const bool isDryRun = context.arguments.has("--dry-run");
@@ -201,6 +228,7 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
         return choice.findings().unseen().isNothing() && (skipped.empty() || namesItems)
                    ? ExitStatus::done
                    : ExitStatus::someFailed;
+    if (!context.arguments.yes) session.letSignalsEnd();
     if (!confirmed(context, mac, choice)) return ExitStatus::refused;
 
     const RemovalChoice begun = choice;

@@ -170,11 +170,11 @@ class SheetSession {
         const auto chosen = choose(sheet_->audit.get()->grants, words, context_.texts);
         if (!chosen) return context_.refuse(chosen.error());
         auto status = ExitStatus::done;
-        if (chosen->empty()) {
-            context_.console.error(context_.text(sheet_->audit.get()->unreadable.empty()
-                                                     ? "cli.permissions.nothing"
-                                                     : "cli.permissions.unreadable"));
+        if (chosen->empty() && !sheet_->audit.get()->unreadable.empty()) {
+            context_.console.error(context_.text("cli.permissions.unreadable"));
             status = ExitStatus::someFailed;
+        } else if (chosen->empty()) {
+            if (!context_.arguments.json) context_.console.line(context_.text("cli.permissions.nothing"));
         } else if (!agreed(context_, question(*chosen), "cli.permissions.needsYes")) {
             return ExitStatus::refused;
         }

@@ -22,6 +22,7 @@
 #include "settings/app_tags.h"
 
 #include <algorithm>
+#include <fmt/ranges.h>
 #include <map>
 #include <optional>
 #include <set>
@@ -202,7 +203,8 @@ ExitStatus runTags(const CommandContext& context, Host& host, Mac* mac) {
         changed = tags.erase(words[1]);
     else if (action != "list" || words.size() > 1)
         return context.misuseOfAction(action);
-    if (!changed)
+    const bool isAlreadySo = !changed && action == "add" && changed.error() == AppTags::Refusal::thereAlready;
+    if (!changed && !isAlreadySo)
         return refuseTag(changed.error(), action == "rename" ? words[1] : tag, tag, tags.all(), context,
                          host);
     if (context.arguments.json)
@@ -263,8 +265,10 @@ ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context
     if (words[1] == "updateFeed" && !words[2].empty() && !isPlainHttpsAddress(words[2]))
         return context.refuse({"updates.badAddress %@", {words[2]}});
     if (!preferences.set(words[1], words[2]))
-        return context.refuse({"cli.settings.refused %@ %@", {words[1], words[2]}},
-                              closest(words[2], valuesOf(words[1], preferences)));
+        return context.misuse(
+            invalidValue(words[1], words[2],
+                         fmt::format("{}", fmt::join(valuesOf(words[1], preferences), ", "))),
+            closest(words[2], valuesOf(words[1], preferences)));
     // Read what was stored, as another process would.
     const auto stored = AppPreferences(host.defaults).get(words[1]);
     if (stored != preferences.get(words[1])) return notStored(context, host);

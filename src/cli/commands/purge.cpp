@@ -51,7 +51,10 @@ choose(const std::vector<RemovalHistoryEntry>& history, const TerminalHistory& r
     if (expired) {
         const AppPreferences preferences(mac.system.defaults);
         const int kept = days(quarantineRetention(preferences.quarantineRetention.get()));
-        if (kept == 0) return tl::unexpected(Message{"cli.purge.keptForEver"});
+        if (kept == 0) {
+            if (!context.arguments.json) context.console.line(context.text("cli.purge.keptForEver"));
+            return std::vector<RemovalHistoryEntry>();
+        }
         const auto now = mac.system.clock.now();
         auto old = expiredEntries(history, kept, now);
         std::erase_if(old, [&](const auto& entry) { return !hasTrustworthyDate(entry.manifest, now); });

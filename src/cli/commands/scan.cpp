@@ -200,9 +200,10 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const auto sort = context.arguments.values(sortOption);
     const bool isBySize = !sort.empty() && sort.back() == "size";
     if (!sort.empty() && !isBySize && sort.back() != "category")
-        return context.misuse({"cli.apps.badValue %@ %@ %@", {sortOption, sort.back(), "category, size"}});
+        return context.misuse(invalidValue(sortOption, sort.back(), "category, size"));
     FlowSession session(context, mac);
     if (!session.scan(context.arguments.operands, ProtectedTargets::shown)) return ExitStatus::refused;
+    session.letSignalsEnd();
     const auto& results = *std::get<stage::Review>(session.model().stage()).results;
     const auto problem = ProtectedApps(mac.system.defaults).problem();
     if (problem) context.refuse(*problem);

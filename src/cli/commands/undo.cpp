@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 #include <tl/expected.hpp>
 #include <vector>
 
@@ -43,6 +44,16 @@ void print(const UndoReport& report, bool isOfSingleItems, const CommandContext&
 }
 
 constexpr const char* dryRunOption = "--dry-run";
+constexpr std::string_view nothingLeft = "history.undo.nothingLeft %@";
+
+/// All of it is back already.
+ExitStatus nothingToDo(const Message& why, const std::string& document, const CommandContext& context) {
+    if (context.arguments.json)
+        context.console.document(document);
+    else
+        context.console.line(context.texts.text(why));
+    return ExitStatus::done;
+}
 
 void print(const UndoPlan& plan, const CommandContext& context) {
     Table table;
@@ -67,6 +78,8 @@ void print(const UndoPlan& plan, const CommandContext& context) {
 ExitStatus showPlan(TerminalHistory& history, const Path& root, const ItemChoice& items,
                     const CommandContext& context) {
     const auto plan = history.planUndo(root, items);
+    if (!plan && plan.error().key == nothingLeft)
+        return nothingToDo(plan.error(), json::document(root, UndoPlan(), context.texts), context);
     if (!plan) return context.refuse(plan.error());
     if (context.arguments.json)
         context.console.document(json::document(root, *plan, context.texts));
@@ -96,6 +109,8 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     if (!items) return context.refuse(items.error());
     if (context.arguments.has(dryRunOption)) return showPlan(history, *root, *items, context);
     const auto report = history.undo(*root, *items);
+    if (!report && report.error().key == nothingLeft)
+        return nothingToDo(report.error(), json::document(UndoReport(), context.texts), context);
     if (!report) return context.refuse(report.error());
     if (context.arguments.json)
         context.console.document(json::document(*report, context.texts));

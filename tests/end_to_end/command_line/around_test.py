@@ -59,14 +59,22 @@ class Around(VolumeTest):
             narrowed = self.call("orphans", *words, "--json").json["groups"]
             self.assertEqual([trace["displayName"] for group in narrowed for trace in group["traces"]], left)
         self.call("orphans", "--remove", "--filter", wanted, "--dry-run")
-        self.refuse("orphans", "--remove", "--filter", "no such", "--dry-run", saying="nothing to remove")
+        for option in ("--dry-run", "--yes"):
+            nothing = ["orphans", "--remove", "--filter", "no such", option]
+            self.assertIn("nothing to remove", self.call(*nothing).output)
+            self.assertIn(self.call(*nothing, "--json").json, ([], {"apps": [], "mode": "leftovers", "operations": [], "results": []}))
         self.call("orphans", "--remove", "--dry-run", "--json")
+        gone = self.call("scan", "com.oldferry.timetable", "--json").json[0]
+        self.assertTrue(all("oldferry" in trace["displayName"] for trace in gone["traces"] if trace["category"] != "permissions"))
         self.assertEqual(snapshot(self.volume, "Users/alice/.Trash"), before)
         self.assertNotIn("found later at most", self.call("orphans", "--remove", "--yes").output)
         left = {trace["displayName"] for group in self.call("orphans", "--json").json["groups"] for trace in group["traces"]}
         self.assertEqual(left, {path for path in everything if "/receipts/" in path}, "what stays is shown again")
         self.call("undo", "1")
         self.assertEqual(snapshot(self.volume, "Users/alice/.Trash"), before)
+        self.assertEqual(self.call("undo", "1", "--json").json["restoredCount"], 0, "nothing to do is no refusal")
+        self.assertEqual(self.call("undo", "1", "--dry-run", "--json").json["items"], [])
+        self.call("purge", "--expired")
 
     def test_single_items_come_back_and_the_rest_later(self):
         before = snapshot(self.volume, *RESTORED_NEVER)
