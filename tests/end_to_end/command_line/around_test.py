@@ -62,7 +62,7 @@ class Around(VolumeTest):
         for option in ("--dry-run", "--yes"):
             nothing = ["orphans", "--remove", "--filter", "no such", option]
             self.assertIn("nothing to remove", self.call(*nothing).output)
-            self.assertIn(self.call(*nothing, "--json").json, ([], {"apps": [], "mode": "leftovers", "operations": [], "results": []}))
+            self.assertIn(self.call(*nothing, "--json").json, ([], {"apps": [], "mode": "orphans", "operations": [], "results": []}))
         self.call("orphans", "--remove", "--dry-run", "--json")
         gone = self.call("scan", "com.oldferry.timetable", "--json").json[0]
         self.assertTrue(all("oldferry" in trace["displayName"] for trace in gone["traces"] if trace["category"] != "permissions"))
@@ -220,7 +220,7 @@ class Around(VolumeTest):
         self.assertEqual(self.call("permissions", "show", "--json").json,
                          {"finderExtension": False, "fullDiskAccess": "granted"})
         for words, status, left, saying in [(["Marlin Sketch", "Camera"], 0, [], ""),
-                                            (["Kip"], 1, [], "no permission to revoke"),
+                                            (["Kip"], 0, [], ""),
                                             (["Harbor VPN"], 1, ["kTCCServiceSystemPolicyAllFiles"], "still has")]:
             with self.subTest(words):
                 run = self.call("permissions", "revoke", *words, "--json", "--yes", status=status)
@@ -263,7 +263,7 @@ class Around(VolumeTest):
         def years():
             return [run["manifest"]["createdAt"][:4] for run in self.call("history", "--json").json]
         self.call("settings", "set", "quarantineRetention", "never")
-        self.refuse("purge", "--expired", "--yes", saying="quarantineRetention")
+        self.assertIn("quarantineRetention", self.call("purge", "--expired", "--yes").output)
         self.assertEqual(years(), ["2999", "2021", "2001"])
         self.call("settings", "set", "quarantineRetention", "sevenDays")
         self.assertEqual(self.call("purge", "--expired", "--yes", "--json").json, {"kept": [], "removedFolders": 1})

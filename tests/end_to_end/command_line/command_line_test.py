@@ -72,7 +72,7 @@ class Journey(VolumeTest):
                           "alreadyBack": 0, "renamed": []})
         after = snapshot(self.volume, *NOT_RESTORED)
         self.assertEqual(after, Snapshot({k: v for k, v in before.items() if not k.startswith(NOT_RESTORED)}))
-        self.refuse("undo", "1", saying=name)
+        self.assertIn(name, self.call("undo", "1").output, "nothing to do is no refusal")
         self.refuse("undo", "2", saying="2")
 
     def test_everything_of_everybody_goes_and_comes_back(self):
