@@ -29,7 +29,7 @@ FlowSession::FlowSession(const CommandContext& context, Mac& mac)
       steps_(model_.progress.observe([this](const auto&) { showProgress(); })) {}
 
 std::vector<RecoveryNotice> FlowSession::start() {
-    StartupChores chores(session_.startupServices(), session_.mac().system.user);
+    auto& chores = session_.models().chores();
     const auto steps = chores.progress.observe([this](const auto& step) {
         if (step)
             context_.console.progress(

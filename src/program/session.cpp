@@ -23,7 +23,7 @@ Session::Session(Mac& mac, Executor& main, InstalledBundles::Looks looks)
       purge_(mac.system.files, mac.system.user, mac.administrator, mac.system.log, mac.trashForRoot),
       audit_(mac.system.files, mac.system.user, mac.system.texts),
       models_({mac, main, background_, preferences_, tags_, protectedApps_, undo_, purge_, audit_,
-               [this] { return removalServices(); }}) {}
+               [this] { return removalServices(); }, [this] { return startupServices(); }}) {}
 
 void Session::reloadSettings() {
     preferences_.reload();

@@ -3,6 +3,7 @@
 #include "inventory/app_inventory.h"
 #include "inventory/installed_applications.h"
 #include "inventory/known_apps.h"
+#include "removal/flow_types.h"
 #include "scan/applications/app_target.h"
 #include "scan/applications/installed_app.h"
 #include "system/request_inbox.h"
@@ -10,6 +11,7 @@
 #include <filesystem>
 #include <string>
 #include <utility>
+#include <variant>
 
 namespace tidwen {
 
@@ -98,6 +100,26 @@ HistoryModel& SessionModels::history() {
                             system.user);
 }
 
+StartupChores& SessionModels::chores() {
+    return chores_ ? *chores_ : chores_.emplace(shared_.chores(), shared_.mac.system.user);
+}
+
+bool SessionModels::isBusy() {
+    return std::holds_alternative<stage::Removing>(removal().stage()) || removal().isUndoing()
+           || chores().isUndoing() || history().busyEntryID.get().has_value();
+}
+
+Property<bool>& SessionModels::takesRequests() {
+    if (takesRequests_) return *takesRequests_;
+    const auto now = [this] { return removal().takesTargets() && !isBusy(); };
+    takesRequests_.emplace(now());
+    const auto update = [this, now] { takesRequests_->set(now()); };
+    following_.push_back(removal().changed.connect(update));
+    following_.push_back(chores().changed.connect(update));
+    following_.push_back(history().busyEntryID.observe([update](const auto&) { update(); }));
+    return *takesRequests_;
+}
+
 TrashCatcher& SessionModels::trashCatcher() {
     if (trashCatcher_) return *trashCatcher_;
     const auto& mac = shared_.mac;
@@ -120,8 +142,7 @@ std::unique_ptr<InboxWatcher> SessionModels::inboxWatcher(const OwnBundle& bundl
     auto watcher = std::make_unique<InboxWatcher>(
         InboxWatcher::Ports{mac.system.files, mac.folderEvents, shared_.main, watching(), mac.system.log},
         requestInbox(mac, bundle), std::move(onRequest));
-    auto& flow = removal();
-    watcher->follow(flow.changed, [&flow] { return !flow.takesTargets(); });
+    watcher->follow(takesRequests());
     return watcher;
 }
 

@@ -8,6 +8,7 @@
 #include "quarantine/quarantine_purge.h"
 #include "quarantine/undo_service.h"
 #include "removal/removal_flow_model.h"
+#include "removal/startup_chores.h"
 #include "scan/applications/app_target.h"
 #include "scan/applications/installed_app.h"
 #include "scan/applications/installed_bundles.h"
@@ -48,6 +49,7 @@ class SessionModels {
         QuarantinePurge& purge;
         const PermissionAudit& audit;
         std::function<RemovalFlowModel::Services()> removal; ///< the services of a removal
+        std::function<StartupChores::Services()> chores;
     };
 
     explicit SessionModels(Shared shared) : shared_(std::move(shared)) {}
@@ -62,14 +64,20 @@ class SessionModels {
     /// The permissions of this program.
     PermissionsModel& permissions();
     HistoryModel& history();
+    /// The recovery and the purge of a start, not yet begun.
+    StartupChores& chores();
     TrashCatcher& trashCatcher();
+    /// Whether applications that another process asks for would be taken now: the flow accepts them, and no
+    /// undo or deletion runs. What is asked for meanwhile has to wait for it.
+    Property<bool>& takesRequests();
+    /// A removal, an undo or a deletion runs: this Mac has to stay open until it ends.
+    bool isBusy();
 
     // What these functions return must be destroyed before this object.
 
     /// The permissions of one application, while they are shown.
     std::unique_ptr<PermissionsSheet> permissionsSheet(AppTarget app);
-    /// Requests from other processes; `bundle` names the inbox. They wait while `removal` accepts no
-    /// applications.
+    /// Requests from other processes; `bundle` names the inbox. They wait for `takesRequests`.
     std::unique_ptr<InboxWatcher> inboxWatcher(const OwnBundle& bundle, InboxWatcher::OnRequest onRequest);
 
   private:
@@ -90,7 +98,10 @@ class SessionModels {
     std::optional<StartupItemsModel> startupItems_;
     std::optional<PermissionsModel> permissions_;
     std::optional<HistoryModel> history_;
+    std::optional<StartupChores> chores_;
     std::optional<TrashCatcher> trashCatcher_;
+    std::optional<Property<bool>> takesRequests_;
+    std::vector<Subscription> following_; ///< for `takesRequests_`
 };
 
 /// The inbox of the Mac's user, in the folder of the application group that `bundle` names.

@@ -45,7 +45,10 @@ std::optional<RemovalHistoryEntry> makeEntry(const Path& root, ManifestInPlace r
         if (step.kind != ManifestEntryKind::move) continue;
         ++entry.totalMoves;
         const auto place = placeOf(step, read.isThere[i], files);
-        if (place == ItemPlace::inQuarantine) ++entry.pendingMoves;
+        if (place == ItemPlace::inQuarantine) {
+            ++entry.pendingMoves;
+            entry.pendingItems.insert(step.source);
+        }
         if (place == ItemPlace::missing) ++entry.missingMoves;
     }
     return entry;

@@ -21,6 +21,7 @@ struct RemovalHistoryEntry {
     Manifest manifest;
     std::optional<std::int64_t> sizeBytes = {}; ///< absent unless sizes are requested
     int pendingMoves = 0;                       ///< moves whose item is still in quarantine
+    ItemChoice pendingItems = {};               ///< the old paths of their items
     int totalMoves = 0;
     /// Moves whose item is neither in quarantine nor at its old path, and was not moved from there by a later
     /// run, also an interrupted one.

@@ -53,7 +53,11 @@ void HistoryModel::load(Sizes sizes, std::function<void()> done) {
 
 template<class Result, class Action>
 void HistoryModel::run(std::string busyID, Action action, Answer<Result> answer) {
-    if (busyEntryID.get()) return;
+    if (busyEntryID.get()) {
+        if (answer) answer(Refused(toRefusal({"history.busy"})));
+        return;
+    }
+    forgetOutcome();
     busyEntryID.set(std::move(busyID));
     inBackground(
         *this, alive_, ports_.background, ports_.main,
@@ -99,6 +103,11 @@ void HistoryModel::remove(const std::vector<RemovalHistoryEntry>& chosen,
             return std::move(*outcome);
         },
         std::move(answer));
+}
+
+void HistoryModel::forgetOutcome() {
+    lastUndo.set(std::nullopt);
+    error.set(std::nullopt);
 }
 
 void HistoryModel::publish(PastRuns runs, bool isBusy) {

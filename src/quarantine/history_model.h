@@ -73,8 +73,9 @@ class HistoryModel {
     /// Reloads the runs. Of several concurrent loads the last one started wins.
     void load(Sizes sizes = Sizes::measured, std::function<void()> done = {});
 
-    /// Each action is ignored, without calling `answer`, while another one runs. After a refusal the list
-    /// stays as it is; otherwise it is reloaded.
+    /// Each action calls `answer` exactly once. While another one runs it is refused at once, and what the
+    /// properties say of the other one stays. After a refusal the list stays as it is; otherwise it is
+    /// reloaded.
     void undo(const RemovalHistoryEntry& entry, Answer<UndoReport> answer = {}) {
         undo(entry.root, std::move(answer));
     }
@@ -89,6 +90,8 @@ class HistoryModel {
         remove(entries.get(), std::move(answer), QuarantinePurge::CutOffUndo::keep);
     }
 
+    /// Takes back what the last action came to: `lastUndo` and `error`. An action does so when it begins.
+    void forgetOutcome();
     /// Stops an undo or a deletion after the current step.
     void stop() { work_.stop(); }
 

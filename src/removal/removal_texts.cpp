@@ -1,6 +1,7 @@
 #include "removal/removal_texts.h"
 
 #include "base/byte_sum.h"
+#include "base/path.h"
 #include "operations/removal_operation.h"
 #include "operations/stepwise_run.h"
 #include "scan/permissions/permission_audit.h"
@@ -36,6 +37,18 @@ std::string subjectOf(const RemovalOperation& step, const Texts& texts) {
     return std::holds_alternative<operation::ResetPermissions>(step.kind)
                ? texts.text("report.failures.permissions %@", {step.displayName})
                : step.displayName;
+}
+
+std::vector<std::string> remarksOf(const RemovalReport& report, const Texts& texts) {
+    std::vector<std::string> lines;
+    const auto add = [&](const char* key, const std::vector<Path>& paths) {
+        for (const auto& path : paths)
+            lines.push_back(texts.text(key, {path.string()}));
+    };
+    add("cli.report.emptied %@", report.emptiedFolders);
+    add("cli.report.deadLink %@", report.deadLinks);
+    add("cli.skippedName %@", report.skippedNames);
+    return lines;
 }
 
 } // namespace
@@ -85,6 +98,9 @@ ReportTexts reportTexts(const RemovalReport& report, const std::string& subject,
             ++notBegun;
         else
             words.failures.push_back(subjectOf(failure.operation, texts) + ": " + texts.text(failure.reason));
+    for (const auto& item : report.unsettled)
+        words.unsettled.push_back(item + ": " + texts.text("failure.moveUnfinished"));
+    words.remarks = remarksOf(report, texts);
     if (notBegun > 0) words.stopped = texts.text("report.stopped %lld", {number(notBegun)});
     if (!report.verification) return words;
     std::vector<VerificationReport::AppVerification> checked; // installer files have no permissions

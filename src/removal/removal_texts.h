@@ -34,6 +34,8 @@ struct ReportTexts {
     std::optional<std::string> stopped;    ///< number of steps not begun when it was stopped
     std::vector<std::string> failures;     ///< "name: reason", for steps that were begun
     std::vector<std::string> verification; ///< empty when nothing was checked
+    std::vector<std::string> unsettled;    ///< "item: reason", for items not completely in quarantine
+    std::vector<std::string> remarks;      ///< folders emptied, links that lead nowhere now, names left out
     bool isClean = true;                   ///< no permission remains, as far as the databases were readable
 };
 

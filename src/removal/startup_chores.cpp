@@ -56,12 +56,22 @@ void StartupChores::dismissRecoveryNotice(const Path& root) {
     if (std::erase_if(recoveryNotices_, isOfRun) > 0) changed.emit();
 }
 
+void StartupChores::forgetUndo() {
+    undoReport_.reset();
+    error_.reset();
+    undoneApps_.clear();
+    changed.emit();
+}
+
 void StartupChores::undoRecovered() {
     if (isUndoing_ || recoveryNotices_.empty()) return;
+    const auto& run = recoveryNotices_.front().manifest;
+    const auto root = run.quarantineRoot;
     isUndoing_ = true;
+    undoReport_.reset();
     error_.reset();
+    undoneApps_ = run.apps;
     changed.emit();
-    const auto root = recoveryNotices_.front().manifest.quarantineRoot;
     inBackground(
         *this, alive_, services_.background, services_.main,
         [&service = services_.undo, root, control = work_.begin()] {
@@ -72,7 +82,7 @@ void StartupChores::undoRecovered() {
             self.work_.end();
             if (outcome) {
                 self.undoReport_ = std::move(*outcome);
-                self.dismissRecoveryNotice(root);
+                if (self.undoReport_->failures.empty()) self.dismissRecoveryNotice(root);
             } else {
                 self.error_ = std::move(outcome.error());
             }

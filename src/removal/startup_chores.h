@@ -66,15 +66,19 @@ class StartupChores {
         return recoveryNotices_.empty() ? std::nullopt : std::optional(recoveryNotices_.front());
     }
     void dismissRecoveryNotice();
+    /// Also what the last undo came to.
+    void forgetUndo();
     /// For a run that was undone elsewhere.
     void dismissRecoveryNotice(const Path& root);
 
-    /// Undoes the run of the notice and dismisses it.
+    /// Undoes the run of the notice. Dismisses it unless something of the run is still in quarantine.
     void undoRecovered();
     bool isUndoing() const { return isUndoing_; }
     /// Stops after the current step; the rest waits for the next start, or another undo.
     void stop() { work_.stop(); }
     const std::optional<UndoReport>& undoReport() const { return undoReport_; }
+    /// The applications of the run that `undoReport` or `error` is about.
+    const std::vector<AppRecord>& undoneApps() const { return undoneApps_; }
     /// Why the last undo was not begun.
     const std::optional<Message>& error() const { return error_; }
     std::optional<std::string> errorMessage() const {
@@ -93,6 +97,7 @@ class StartupChores {
     bool isUndoing_ = false;
     std::optional<UndoReport> undoReport_;
     std::optional<Message> error_;
+    std::vector<AppRecord> undoneApps_;
     std::shared_ptr<bool> alive_ =
         std::make_shared<bool>(true); ///< checked by background work when it finishes
 };

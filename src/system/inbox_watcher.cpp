@@ -94,9 +94,9 @@ void InboxWatcher::serveHeld() {
     }
 }
 
-void InboxWatcher::follow(Signal<>& changed, std::function<bool()> isBusy) {
-    setBusy(isBusy());
-    following_ = changed.connect([this, isBusy = std::move(isBusy)] { setBusy(isBusy()); });
+void InboxWatcher::follow(Property<bool>& takesRequests) {
+    setBusy(!takesRequests.get());
+    following_ = takesRequests.observe([this](bool takes) { setBusy(!takes); });
 }
 
 void InboxWatcher::setBusy(bool isBusy) {

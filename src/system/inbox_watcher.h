@@ -44,8 +44,8 @@ class InboxWatcher {
     /// Whether requests cannot be served now, for example during a removal. When it ends, waiting ones are
     /// served.
     void setBusy(bool isBusy);
-    /// Is busy from now on whenever `isBusy` says so, which is asked after each `changed`.
-    void follow(Signal<>& changed, std::function<bool()> isBusy);
+    /// Is busy from now on while `takesRequests` is false.
+    void follow(Property<bool>& takesRequests);
     bool isWatching() const { return watch_ != nullptr; }
 
   private:

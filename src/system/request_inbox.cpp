@@ -90,6 +90,15 @@ std::size_t RequestInbox::waiting() const {
     return list().requests.size();
 }
 
+std::vector<Message> RequestInbox::Drained::refusals() const {
+    std::vector<Message> all;
+    all.reserve(refused.size() + 1);
+    for (const auto& path : refused)
+        all.push_back({"cli.requests.refused %@", {path}});
+    if (unreadable > 0) all.push_back({"cli.requests.unreadable %lld", {std::to_string(unreadable)}});
+    return all;
+}
+
 RequestInbox::Drained RequestInbox::drain() {
     Taken taken;
     const auto [files, unfinished, isClosed] = list();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/log.h"
+#include "base/message.h"
 #include "base/path.h"
 #include "base/property_list.h"
 #include "platform/file_system.h"
@@ -76,6 +77,8 @@ class RequestInbox {
         bool isClosed = false;            ///< the folder may hold requests, but could not be read
 
         bool isEmpty() const { return paths.empty() && refused.empty() && unreadable == 0; }
+        /// What was asked for and cannot be served.
+        std::vector<Message> refusals() const;
     };
     /// Takes the waiting requests in the order of their names, within the limits, and removes their files
     /// whether or not they could be read; pipes, devices and folders are left alone. A `folder` that is a

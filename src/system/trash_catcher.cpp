@@ -143,13 +143,16 @@ void TrashCatcher::respond(const std::string& action, const std::map<std::string
     const auto path = userInfo.find("path");
     if (path == userInfo.end()) return;
     const auto bundleID = userInfo.find("bundleID");
-    pendingCleanUp_ =
-        CleanUp{path->second, bundleID == userInfo.end() ? std::nullopt : std::optional(bundleID->second)};
+    pendingCleanUps_.push_back(
+        {path->second, bundleID == userInfo.end() ? std::nullopt : std::optional(bundleID->second)});
     if (presentMainWindow) presentMainWindow();
 }
 
 std::optional<TrashCatcher::CleanUp> TrashCatcher::takePendingCleanUp() {
-    return std::exchange(pendingCleanUp_, {});
+    if (pendingCleanUps_.empty()) return std::nullopt;
+    auto oldest = std::move(pendingCleanUps_.front());
+    pendingCleanUps_.pop_front();
+    return oldest;
 }
 
 } // namespace tidwen

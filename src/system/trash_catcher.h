@@ -14,6 +14,7 @@
 #include "system/notification_permission.h"
 #include "system/trash_watcher.h"
 
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -88,6 +89,7 @@ class TrashCatcher {
 
     /// Shows the main window; the shell then calls `takePendingCleanUp`.
     std::function<void()> presentMainWindow;
+    /// The oldest that was not taken yet.
     std::optional<CleanUp> takePendingCleanUp();
 
     /// Emitted for each application that arrived, with or without a notification; the terminal prints them.
@@ -110,7 +112,7 @@ class TrashCatcher {
     TrashWatcher watcher_;
     bool isInstalled_ = false;
     bool isOn_ = false;
-    std::optional<CleanUp> pendingCleanUp_;
+    std::deque<CleanUp> pendingCleanUps_;
     std::map<Path, std::unique_ptr<FolderEvents::Watch>> unfinished_; ///< bundles that are still being copied
     Subscription following_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< checked by results that arrive late

@@ -1,4 +1,5 @@
 #include "base/executor.h"
+#include "base/path.h"
 #include "base/texts.h"
 #include "program/host_services.h"
 #include "program/session.h"
@@ -46,6 +47,15 @@ TEST(SessionModels, ARequestWaitsInItsFolderWhileTheRemovalTakesNothingIn) {
     main.runUntil([&] { return isIn("review"); });
     EXPECT_EQ(flow.choice().findings().scanned().front().target.name, "Alpine");
     EXPECT_EQ(inbox.waiting(), 0u);
+
+    // The flow is free, and still nothing is taken.
+    session.models().history().undo(Path("/Users/alice/.Trash/Tidwen - none"));
+    EXPECT_FALSE(session.models().takesRequests().get());
+    ASSERT_TRUE(inbox.post({{"/Applications/Alpine.app"}}, "2"));
+    watcher->look();
+    main.runUntil([&] { return session.models().takesRequests().get(); });
+    EXPECT_TRUE(isIn("review"));
+    main.runUntil([&] { return isIn("scanning"); });
 }
 
 } // namespace

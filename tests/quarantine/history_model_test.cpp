@@ -198,18 +198,22 @@ TEST_F(History, UndoLocksOutTheRestAndReloads) {
     const auto entries = model.entries.get();
     model.undo(entries[0]);
     EXPECT_EQ(model.busyEntryID.get(), folder("One").string());
-    model.undo(entries[1]);
-    model.removeAll();
+    std::vector<std::string> answers; // both at once
+    model.undo(entries[1].root, [&](const auto& outcome) { answers.push_back(outcome.error().reason->key); });
+    model.removeAll([&](const auto& outcome) { answers.push_back(outcome.error().reason->key); });
+    EXPECT_THAT(answers, ElementsAre("history.busy", "history.busy"));
     drain();
     EXPECT_EQ(model.lastUndo.get()->restoredCount, 1);
     EXPECT_FALSE(model.busyEntryID.get());
     EXPECT_TRUE(volume.exists("/Users/alice/Library/Caches/One"));
     ASSERT_THAT(names(), ElementsAre("One", "Two"));
-    EXPECT_EQ(model.entries.get()[0].pendingMoves, 0);
+    EXPECT_THAT(model.entries.get()[0].pendingItems, IsEmpty());
+    EXPECT_THAT(model.entries.get()[1].pendingItems, ElementsAre("/Users/alice/Library/Caches/Two"));
 
     model.undo(entries[0]); // as from a list that another process has made outdated
     drain();
     EXPECT_EQ(model.errorMessage(), "history.undo.nothingLeft Tidwen - One");
+    EXPECT_FALSE(model.lastUndo.get()) << "it came to nothing";
 }
 
 TEST_F(History, RefusalsLeaveTheListAndAreToldUnlessThePromptWasDismissed) {

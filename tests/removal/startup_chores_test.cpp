@@ -1,6 +1,7 @@
 #include "base/path.h"
 #include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
+#include "quarantine/trash_lock.h"
 #include "removal/flow_fixture.h"
 #include "removal/startup_chores.h"
 
@@ -8,6 +9,7 @@
 #include "support/unprivileged.h"
 
 #include <chrono>
+#include <filesystem>
 #include <utility>
 #include <vector>
 
@@ -49,9 +51,30 @@ TEST(StartupChores, StartsWithRecoveryAndPurgesWhatIsPastItsTime) {
     fixture.chores.undoRecovered();
     fixture.settle();
     EXPECT_TRUE(fixture.has(fixture.bundle("Cedar")));
+    EXPECT_TRUE(fixture.chores.undoReport()->failures.empty());
+    EXPECT_EQ(fixture.chores.undoneApps().front().name, "Cedar");
     EXPECT_EQ(fixture.chores.recoveryNotice()->manifest.apps.front().name, "Dogwood");
+
+    const auto undo = [&] {
+        fixture.chores.undoRecovered();
+        fixture.settle();
+        return fixture.chores.recoveryNotice().has_value();
+    };
+    {
+        const auto other = lockTrash(fixture.user, fixture.volume.files());
+        EXPECT_TRUE(undo()) << "refused";
+        EXPECT_EQ(fixture.chores.errorMessage(), "failure.trashBusy");
+    }
+    std::filesystem::remove_all(fixture.volume.host("/Users/alice/Library/Caches"));
+    fixture.volume.write("/Users/alice/Library/Caches", "no folder to put anything into");
+    EXPECT_TRUE(undo()) << "in part";
+    EXPECT_FALSE(fixture.chores.undoReport()->failures.empty());
+    EXPECT_FALSE(fixture.chores.errorMessage());
+    EXPECT_TRUE(fixture.has(fixture.bundle("Dogwood")));
     fixture.chores.dismissRecoveryNotice();
+    fixture.chores.forgetUndo();
     EXPECT_FALSE(fixture.chores.recoveryNotice());
+    EXPECT_FALSE(fixture.chores.undoReport());
 }
 
 } // namespace

@@ -1,9 +1,18 @@
+// Past removals in the window: what is left of them, the way back, and what an interrupted one leaves to
+// decide.
+
+#include "app/models/history_list.h"
+#include "base/path.h"
+#include "inventory/home_grid_model.h"
 #include "quarantine/history_model.h"
+#include "quarantine/manifest.h"
+#include "quarantine/quarantine_layout.h"
 #include "window/window_fixture.h"
 
 #include <QTest>
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <variant>
 
 namespace tidwen {
 namespace {
@@ -13,46 +22,96 @@ using test::WindowFixture;
 
 class HistoryWindow : public testing::Test {
   protected:
-    void SetUp() override {
-        ASSERT_TRUE(fixture.openSample() && fixture.hasFocus() && fixture.review("Marlin Notes"));
-        ASSERT_TRUE(fixture.removeWhatIsChosen() && fixture.click("done"));
-        fixture.window.view()->go(Place::history);
-        ASSERT_TRUE(waitUntil([this] { return !model().isLoading.get() && !model().entries.get().empty(); }));
-        items = fixture.find<QAbstractItemView>("items");
+    void SetUp() override { ASSERT_TRUE(fixture.openSample() && fixture.hasFocus()); }
+
+    SessionModels& models() { return fixture.window.mac()->session().models(); }
+    /// Removes an application in the window; its quarantine folder.
+    Path remove(const char* name) {
+        EXPECT_TRUE(hasApplication(QString::fromLatin1(name)));
+        EXPECT_TRUE(fixture.review(name));
+        EXPECT_TRUE(fixture.removeWhatIsChosen());
+        const auto* report = std::get_if<stage::Report>(&fixture.flow().stage());
+        if (!report) return Path("/");
+        auto root = report->report.quarantineRoot;
+        EXPECT_TRUE(fixture.click("done"));
+        return root;
     }
-    HistoryModel& model() { return fixture.window.mac()->session().models().history(); }
-    bool isAtRest() { return !model().busyEntryID.get() && !model().isLoading.get(); }
+    bool open() {
+        fixture.window.view()->go(Place::history);
+        return isSettled();
+    }
+    bool isSettled() {
+        auto& history = models().history();
+        return waitUntil([&] { return !history.busyEntryID.get() && !history.isLoading.get(); });
+    }
+    bool hasApplication(const QString& name) {
+        return waitUntil([&] {
+            return WindowFixture::rowCalled(*fixture.find<QAbstractItemView>("applications"), name).isValid();
+        });
+    }
 
     WindowFixture fixture;
-    QAbstractItemView* items = nullptr;
 };
 
-TEST_F(HistoryWindow, PutsBackOneItemAndThenTheOthersInAnyLanguage) {
-    const auto cache = fixture.at("Users/alice/Library/Caches/com.marlinworks.notes");
-    const auto bundle = fixture.at("Applications/Marlin Notes.app");
-    const auto isListed = [this] {
-        return WindowFixture::rowCalled(*fixture.find<QAbstractItemView>("applications"),
-                                        QStringLiteral("Marlin Notes"))
-            .isValid();
-    };
-    ASSERT_FALSE(std::filesystem::exists(cache));
-    ASSERT_TRUE(waitUntil([&] { return !isListed(); }));
-    items->setCurrentIndex(
-        WindowFixture::rowCalled(*items, QStringLiteral("~/Library/Caches/com.marlinworks.notes")));
+TEST_F(HistoryWindow, ShowsWhatIsLeftAndBringsTheApplicationBack) {
+    remove("Marlin Notes");
+    ASSERT_TRUE(open());
+    auto* runs = fixture.find<QAbstractItemView>("runs");
+    auto* items = fixture.find<QAbstractItemView>("items");
+    const auto first = items->model()->index(0, 0);
+    items->setCurrentIndex(first);
     ASSERT_TRUE(fixture.click("undo run"));
-    ASSERT_TRUE(waitUntil([this] { return isAtRest(); }));
-    EXPECT_TRUE(std::filesystem::exists(cache));
-    EXPECT_FALSE(std::filesystem::exists(bundle));
-    EXPECT_FALSE(items->selectionModel()->hasSelection()) << "what is put back is not chosen any more";
+    ASSERT_TRUE(isSettled());
+    EXPECT_EQ(models().history().lastUndo.get()->totalCount, 1);
+    EXPECT_FALSE(items->model()->index(0, 0).flags().testFlag(Qt::ItemIsSelectable));
+    EXPECT_FALSE(items->selectionModel()->hasSelection());
+    const auto left = models().history().entries.get().front().pendingMoves;
+    EXPECT_TRUE(runs->model()
+                    ->index(0, 0)
+                    .data(HistoryList::second)
+                    .toString()
+                    .contains(QStringLiteral("%1 of %2").arg(left).arg(left + 1)));
 
-    QTest::keyClick(fixture.find<QWidget>("runs"), Qt::Key_Z, Qt::ControlModifier);
-    ASSERT_TRUE(waitUntil([this] { return isAtRest() && model().lastUndo.get()->totalCount > 1; }));
-    EXPECT_TRUE(std::filesystem::exists(bundle));
-    EXPECT_TRUE(waitUntil(isListed)) << "the application is back in the list, too";
+    ASSERT_TRUE(fixture.click("undo run"));
+    ASSERT_TRUE(isSettled());
+    EXPECT_FALSE(fixture.find<QWidget>("undo run")->isEnabled());
+    EXPECT_TRUE(runs->hasFocus()) << "not a place of the sidebar";
+    EXPECT_TRUE(hasApplication(QStringLiteral("Marlin Notes")));
+    ASSERT_TRUE(open());
+    EXPECT_FALSE(models().history().lastUndo.get()) << "is told once";
     fixture.window.openSettings();
     for (const auto* language : {"de", "ja", "system"})
         fixture.speak(language);
     EXPECT_TRUE(fixture.find<QWidget>("runs")->isVisible());
+}
+
+TEST_F(HistoryWindow, DeletesEverythingOnceItWasAsked) {
+    const auto root = remove("Kip");
+    ASSERT_TRUE(open());
+    ASSERT_TRUE(fixture.click("delete all"));
+    EXPECT_TRUE(std::filesystem::exists(fixture.at(root.string().substr(1))));
+    ASSERT_TRUE(fixture.click("delete for good"));
+    ASSERT_TRUE(isSettled());
+    EXPECT_TRUE(models().history().entries.get().empty());
+    EXPECT_FALSE(std::filesystem::exists(fixture.at(root.string().substr(1))));
+}
+
+TEST_F(HistoryWindow, AnInterruptedRemovalCanBePutBackOrDismissed) {
+    for (const auto* button : {"undo recovered", "dismiss recovered"}) {
+        const auto root = remove("Kip");
+        auto& files = fixture.window.mac()->session().mac().system.files;
+        const auto run = readManifest(root, files).value();
+        ASSERT_TRUE(writeJournal(
+            {.createdAt = run.createdAt, .quarantineRoot = root, .apps = run.apps, .planned = run.entries},
+            root / journalFileName, files));
+        ASSERT_TRUE(files.removeFile(root / manifestFileName));
+        fixture.window.open(fixture.at(""));
+        bool isClicked = false; // once it is laid out
+        ASSERT_TRUE(waitUntil([&] { return isClicked = isClicked || fixture.click(button); })) << button;
+        auto& chores = fixture.window.mac()->chores();
+        ASSERT_TRUE(waitUntil([&] { return !chores.recoveryNotice() && !chores.isUndoing(); })) << button;
+        EXPECT_TRUE(!chores.undoReport() || hasApplication(QStringLiteral("Kip")));
+    }
 }
 
 } // namespace

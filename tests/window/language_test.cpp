@@ -135,6 +135,7 @@ TEST_P(Languages, AreSpokenAtEveryScreenWithoutLosingOrCuttingAnything) {
     ASSERT_TRUE(waitUntil([&] { return std::holds_alternative<stage::Report>(fixture.flow().stage()); }));
     speakAll(fixture, "report", [&] { return fixture.find<QWidget>("undo")->isEnabled(); });
     ASSERT_TRUE(fixture.click("done"));
+    EXPECT_EQ(fixture.find<QTreeView>("review")->model()->rowCount(), 0) << "its findings are gone";
 
     fixture.window.view()->go(Place::history);
     auto& history = fixture.window.mac()->session().models().history();

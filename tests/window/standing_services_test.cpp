@@ -1,5 +1,6 @@
 #include "app/shell/opened_files.h"
 #include "app/shell/standing_services.h"
+#include "base/message.h"
 #include "base/path.h"
 #include "base/uuid.h"
 #include "system/request_inbox.h"
@@ -25,18 +26,23 @@ TEST(StandingServices, HandOverWhatOtherProcessesAskFor) {
     ASSERT_TRUE(post("/Applications/Pantry.app")); // before the program has started
     int presented = 0;
     std::vector<Path> asked;
-    StandingServices standing(session, bundle,
-                              {[&] { ++presented; },
-                               [&](const std::vector<Path>& bundles) {
-                                   asked.insert(asked.end(), bundles.begin(), bundles.end());
-                               }});
+    std::vector<Message> said;
+    StandingServices standing(
+        session, bundle,
+        {[&] { ++presented; },
+         [&](const std::vector<Path>& bundles) { asked.insert(asked.end(), bundles.begin(), bundles.end()); },
+         [&](const std::vector<Message>& why) { said = why; }});
     EXPECT_TRUE(test::waitUntil([&] { return asked.size() == 1; }));
     ASSERT_TRUE(post("/Applications/Lumen.app"));
     standing.refresh();
     EXPECT_TRUE(test::waitUntil([&] { return asked.size() == 2; }));
     EXPECT_THAT(asked,
                 testing::ElementsAre(Path("/Applications/Pantry.app"), Path("/Applications/Lumen.app")));
-    EXPECT_EQ(presented, 2);
+    ASSERT_TRUE(post("/Applications/Away.app"));
+    standing.refresh();
+    EXPECT_TRUE(test::waitUntil([&] { return !said.empty(); }));
+    EXPECT_EQ(said.front(), (Message{"cli.requests.refused %@", {"/Applications/Away.app"}}));
+    EXPECT_EQ(presented, 3);
     EXPECT_FALSE(requestInbox(session.mac(), bundle).isFinderGateOpen()) << "no extension here";
     EXPECT_FALSE(standing.isNeeded()) << "the Trash is not watched";
 }

@@ -61,9 +61,14 @@ QString HistoryList::title(const RemovalHistoryEntry& entry) const {
 }
 
 QString HistoryList::secondLine(const RemovalHistoryEntry& entry) const {
-    QStringList parts = {QString::fromStdString(formatDate(entry.manifest.createdAt, texts_.language())),
-                         words(texts_, "history.row.items %lld", {std::to_string(entry.totalMoves)})};
-    if (entry.sizeBytes) parts << sizeWords(entry.sizeBytes, texts_);
+    const auto all = std::to_string(entry.totalMoves);
+    const bool isPart = entry.pendingMoves > 0 && entry.pendingMoves < entry.totalMoves;
+    QStringList parts = {
+        QString::fromStdString(formatDate(entry.manifest.createdAt, texts_.language())),
+        isPart ? words(texts_, "history.row.itemsLeft %lld %lld", {std::to_string(entry.pendingMoves), all})
+               : words(texts_, "history.row.items %lld", {all})};
+    // Without items it is that of the record alone.
+    if (entry.sizeBytes && entry.pendingMoves > 0) parts << sizeWords(entry.sizeBytes, texts_);
     return parts.join(QStringLiteral(" · "));
 }
 

@@ -8,6 +8,8 @@
 #include "app/screens/report/report_screen.h"
 #include "app/screens/review/review_screen.h"
 #include "app/screens/startup/startup_screen.h"
+#include "app/shell/activity_strip.h"
+#include "app/shell/recovery_banner.h"
 #include "app/style/metrics.h"
 #include "app/widgets/list_screen.h"
 #include "app/widgets/motion.h"
@@ -16,11 +18,11 @@
 #include "app/widgets/words.h"
 #include "base/background_step.h"
 #include "base/executor.h"
-#include "base/language.h"
 #include "base/path.h"
 #include "operations/removal_operation.h"
 #include "platform/workspace.h"
 #include "program/host_paths.h"
+#include "quarantine/history.h"
 #include "removal/flow_types.h"
 #include "scan/applications/app_target.h"
 #include "scan/applications/installed_app.h"
@@ -85,11 +87,11 @@ MacView::MacView(OpenMac& mac, Executor& background, const Menus& menus)
     layout->addWidget(sidebar_);
     auto* main = parts::column(nullptr);
     layout->addLayout(main, 1);
-    recovery_ = parts::column(nullptr, scaled(6));
-    recovery_->setContentsMargins(scaled(24), 0, scaled(24), 0);
+    errors_ = parts::column(nullptr, scaled(6));
     notices_ = parts::column(nullptr, scaled(6));
-    notices_->setContentsMargins(scaled(24), 0, scaled(24), 0);
-    main->addLayout(recovery_);
+    main->addWidget(new ActivityStrip(mac.session().models(), texts_, mac.system().user));
+    main->addWidget(new RecoveryBanner(mac.chores(), texts_, [this](const Path& item) { reveal(item); }));
+    main->addLayout(errors_);
     main->addLayout(notices_);
     screens_ = new QStackedWidget;
     connect(screens_, &QStackedWidget::currentChanged, this, [this] { fadeIn(*screens_); });
@@ -97,7 +99,6 @@ MacView::MacView(OpenMac& mac, Executor& background, const Menus& menus)
     makeScreens();
     follow();
     showCounts();
-    showRecovery();
     showStage();
 }
 
@@ -167,9 +168,6 @@ void MacView::follow() {
     const auto count = [this](const auto&) { showCounts(); };
     following_.push_back(models.homeGrid().inventory.observe(count));
     following_.push_back(models.history().entries.observe(count));
-    following_.push_back(models.history().lastUndo.observe([this](const auto& undo) {
-        if (undo) mac_.session().models().homeGrid().load(); // applications may be back
-    }));
     if (mac_.isRunningMac()) // a volume asks for no permission
         following_.push_back(models.permissions().fullDiskAccess.observe([this](auto status) {
             sidebar_->warn(status == FullDiskAccessProbe::Status::denied
@@ -179,8 +177,19 @@ void MacView::follow() {
     following_.push_back(models.installers().result.observe(count));
     following_.push_back(models.startupItems().result.observe(count));
     following_.push_back(mac_.chores().changed.connect([this] {
-        showRecovery();
+        followWork();
+        if (mac_.isBusy()) return;
         mac_.session().models().history().load();
+        mac_.session().models().homeGrid().load();
+    }));
+    following_.push_back(models.history().busyEntryID.observe([this](const auto& busy) {
+        followWork();
+        if (!busy) mac_.session().models().homeGrid().load(); // applications may be back
+    }));
+    following_.push_back(models.history().entries.observe([this](const auto& entries) {
+        for (const auto& entry : entries)
+            if (entry.items() == RemovalHistoryEntry::Items::putBack)
+                mac_.chores().dismissRecoveryNotice(entry.root);
     }));
     following_.push_back(flow.sweep().changed.connect([this] {
         if (std::holds_alternative<stage::Orphans>(mac_.flow().stage())) return showStage();
@@ -211,6 +220,7 @@ void MacView::go(Place place) {
     place_ = place;
     flow.close();
     flow.show(homeStage(place));
+    if (place == Place::history) mac_.session().models().history().forgetOutcome();
     load(place);
 }
 
@@ -293,6 +303,8 @@ void MacView::showStage() {
     auto& flow = mac_.flow();
     const auto& stage = flow.stage();
     showError();
+    // Also when it is over: the tree would point into findings that are gone.
+    if (!std::holds_alternative<stage::Review>(stage) && flow.reviewTrees().empty()) review_->update();
     if (std::holds_alternative<stage::Review>(stage)) {
         if (std::exchange(beginsWithReset_, false)) flow.setMode(RemovalMode::reset);
         review_->update();
@@ -316,6 +328,10 @@ void MacView::showStage() {
         leftovers_->refresh();
         showHome();
     }
+    followWork();
+}
+
+void MacView::followWork() {
     sidebar_->setEnabled(!mac_.isBusy());
     questions_.follow();
 }
@@ -366,41 +382,38 @@ void MacView::showWork(const Stage& stage) {
                     step);
 }
 
+namespace {
+
+void addNotice(QBoxLayout& notices, const QString& words, const QString& dismiss) {
+    notices.setContentsMargins(scaled(24), scaled(12), scaled(24), 0);
+    notices.addWidget(makeNotice(NoticeTone::caution, {words, {}, dismiss}, [&notices] {
+        parts::clear(notices);
+        notices.setContentsMargins({});
+    }));
+}
+
+} // namespace
+
+/// Only what has changed: the phases of a search leave what is said as it is.
 void MacView::showError() {
-    parts::clear(*notices_);
-    notices_->setContentsMargins(scaled(24), 0, scaled(24), 0);
     const auto& flow = mac_.flow();
-    if (!flow.errorMessage() || std::holds_alternative<stage::Report>(flow.stage())) return;
-    say(QString::fromStdString(*flow.errorMessage()));
+    const auto scanning = Stage(stage::Scanning{}).index();
+    const auto before = std::exchange(shownStage_, flow.stage().index());
+    if (before != shownStage_ && before != scanning && shownStage_ != scanning) {
+        parts::clear(*notices_);
+        notices_->setContentsMargins({});
+    }
+    auto error = flow.errorMessage();
+    if (std::holds_alternative<stage::Report>(flow.stage())) error.reset(); // which says it itself
+    if (std::exchange(shownError_, error) == error) return;
+    parts::clear(*errors_);
+    errors_->setContentsMargins({});
+    if (error) addNotice(*errors_, shown(*error), text("window.dismiss"));
 }
 
 void MacView::say(const QString& words) {
     parts::clear(*notices_);
-    notices_->setContentsMargins(scaled(24), scaled(12), scaled(24), 0);
-    notices_->addWidget(makeNotice(NoticeTone::caution, {words, {}, text("window.dismiss")}, [this] {
-        parts::clear(*notices_);
-        notices_->setContentsMargins(scaled(24), 0, scaled(24), 0);
-    }));
-}
-
-void MacView::showRecovery() {
-    parts::clear(*recovery_);
-    auto& chores = mac_.chores();
-    const auto notice = chores.recoveryNotice();
-    recovery_->setContentsMargins(scaled(24), scaled(notice ? 12 : 0), scaled(24), 0);
-    if (!notice) return;
-    std::vector<std::string> names;
-    names.reserve(notice->manifest.apps.size());
-    for (const auto& app : notice->manifest.apps)
-        names.push_back(shown(app.name).toStdString());
-    const auto isUndoing = chores.isUndoing();
-    recovery_->addWidget(makeNotice(NoticeTone::information,
-                                    {text("home.recovery.title %@", {formatList(names, texts_.language())}),
-                                     text("home.recovery.detail"),
-                                     text(isUndoing ? "home.recovery.restoring" : "home.recovery.undo")},
-                                    [this] {
-                                        if (!mac_.chores().isUndoing()) mac_.chores().undoRecovered();
-                                    }));
+    addNotice(*notices_, words, text("window.dismiss"));
 }
 
 void MacView::showPermissions(AppTarget app) {

@@ -12,9 +12,12 @@
 #include "scan/applications/app_target.h"
 
 #include <QWidget>
+#include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 class QBoxLayout;
@@ -62,7 +65,8 @@ class MacView final : public QWidget {
     /// Files of this machine; those that lie on the volume are looked at.
     void takeDropped(std::vector<std::string> hostPaths);
     void openPane(SystemSettingsLauncher::Pane pane);
-    /// Words above the screen, until they are dismissed or something happens.
+    /// Words above the screen, until they are dismissed or another screen comes. A search does not take them
+    /// away.
     void say(const QString& words);
     /// A removal or undo runs while the window is to be closed: asks what becomes of it.
     void askToClose(const MacQuestions::Closing& closing) { questions_.askToClose(closing); }
@@ -83,7 +87,8 @@ class MacView final : public QWidget {
     void rescan();
     void showWork(const Stage& stage);
     void showError();
-    void showRecovery();
+    /// What is open or blocked while something runs.
+    void followWork();
     void showPermissions(AppTarget app);
     void reveal(const Path& item);
     void askDesktop(const std::function<Workspace::Result(Workspace&)>& ask);
@@ -95,7 +100,9 @@ class MacView final : public QWidget {
     MacQuestions questions_;
     Sidebar* sidebar_ = nullptr;
     QBoxLayout* notices_ = nullptr;
-    QBoxLayout* recovery_ = nullptr;
+    QBoxLayout* errors_ = nullptr;
+    std::optional<std::string> shownError_;
+    std::size_t shownStage_ = std::variant_npos;
     QStackedWidget* screens_ = nullptr;
     Place place_ = Place::applications; ///< where one is, or comes back to
     ApplicationsScreen* applications_ = nullptr;

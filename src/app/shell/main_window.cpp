@@ -12,6 +12,7 @@
 #include "app/shell/system_chooser.h"
 #include "app/style/metrics.h"
 #include "app/widgets/words.h"
+#include "base/message.h"
 #include "base/path.h"
 #include "platform/workspace.h"
 #include "removal/flow_types.h"
@@ -25,14 +26,23 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QScreen>
+#include <QStringList>
 #include <QTimer>
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <utility>
 #include <variant>
+#include <vector>
 
 namespace tidwen {
+
+namespace {
+
+constexpr qsizetype mostLines = 6; ///< of one notice
+
+} // namespace
 
 MainWindow::MainWindow(Services services)
     : services_(services),
@@ -204,8 +214,15 @@ void MainWindow::showView() {
 
 void MainWindow::stand() {
     const auto lookAt = [this](const std::vector<Path>& bundles) { view_->lookAt(bundles); };
-    standing_ = std::make_unique<StandingServices>(mac_->session(), services_.bundle,
-                                                   StandingServices::Window{[this] { present(); }, lookAt});
+    const auto say = [this](const std::vector<Message>& messages) {
+        QStringList lines;
+        for (const auto& message : messages)
+            if (lines.size() < mostLines) lines << shown(texts_.text(message));
+        if (messages.size() > static_cast<std::size_t>(mostLines)) lines << QStringLiteral("…");
+        view_->say(lines.join(QLatin1Char('\n')));
+    };
+    standing_ = std::make_unique<StandingServices>(
+        mac_->session(), services_.bundle, StandingServices::Window{[this] { present(); }, lookAt, say});
 }
 
 void MainWindow::takeFiles(std::vector<std::string> hostPaths) {

@@ -26,8 +26,8 @@ class OpenMac {
     bool isRunningMac() { return !opened_.mac->mac().volume; }
     Session& session() { return session_; }
     AppIcons& icons() { return icons_; }
-    RemovalFlowModel& flow() { return flow_; }
-    StartupChores& chores() { return chores_; }
+    RemovalFlowModel& flow() { return session_.models().removal(); }
+    StartupChores& chores() { return session_.models().chores(); }
     const System& system() { return opened_.mac->mac().system; }
     Executor& loop() { return loop_; }
     /// Sorts and names again, in another language.
@@ -35,7 +35,7 @@ class OpenMac {
     /// Null for the running Mac, which does not go away.
     VolumePresence* presence() { return presence_ ? &*presence_ : nullptr; }
     /// A removal or an undo runs: it must end before this Mac is left.
-    bool isBusy();
+    bool isBusy() { return session_.models().isBusy(); }
 
   private:
     MacOpener::Opened opened_;
@@ -43,8 +43,6 @@ class OpenMac {
     AppIcons icons_;
     std::optional<VolumePresence> presence_;
     Session session_;
-    RemovalFlowModel flow_;
-    StartupChores chores_;
 };
 
 } // namespace tidwen

@@ -55,7 +55,7 @@ QSize SidebarItem::sizeHint() const {
     const int words =
         QFontMetrics(textFont(second_.isEmpty() ? Type::strong : Type::body)).horizontalAdvance(text());
     const QFontMetrics small(textFont(Type::second));
-    const int beside = second_.isEmpty() ? small.horizontalAdvance(count_) : scaled(16);
+    const int beside = second_.isEmpty() ? small.horizontalAdvance(count_) + 4 : scaled(16);
     return {ends + std::max(words + beside, small.horizontalAdvance(second_) + beside), height};
 }
 

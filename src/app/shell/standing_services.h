@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "base/observable.h"
 #include "base/path.h"
 #include "program/session.h"
@@ -15,13 +16,14 @@ namespace tidwen {
 class ServicesProvider;
 
 /// What runs beside the window on the Mac that the program runs on: the Trash watch, and what the Finder
-/// extension and the Services menu ask for. All of them only hand applications to the window. Main thread
-/// only; goes before the session.
+/// extension and the Services menu ask for. All of them only hand applications to the window, once it
+/// takes them. Main thread only; goes before the session.
 class StandingServices {
   public:
     struct Window {
         std::function<void()> present; ///< brings it to the front
         std::function<void(const std::vector<Path>& bundles)> lookAt;
+        std::function<void(const std::vector<Message>&)> say; ///< why something asked for is not looked at
     };
     /// `bundle`: the one that the program runs from.
     StandingServices(Session& session, const OwnBundle& bundle, Window window);
@@ -33,14 +35,15 @@ class StandingServices {
     bool isNeeded() const;
 
   private:
-    void serve(const std::vector<Path>& bundles);
+    void serve(const RequestInbox::Drained& asked);
+    void serveCleanUps();
 
     Session& session_;
     OwnBundle bundle_;
     Window window_;
     std::unique_ptr<InboxWatcher> inbox_;
     std::unique_ptr<ServicesProvider> services_; ///< of a Mac
-    Subscription extension_;
+    Subscription extension_, following_;
 };
 
 } // namespace tidwen

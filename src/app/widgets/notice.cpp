@@ -9,10 +9,20 @@
 #include <QPushButton>
 
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace tidwen {
 
-QWidget* makeNotice(NoticeTone tone, const NoticeWords& words, std::function<void()> onAction) {
+namespace {
+
+struct Parts {
+    QWidget* panel;
+    QBoxLayout* line; ///< the picture and the words
+    QBoxLayout* text;
+};
+
+Parts makeParts(NoticeTone tone, const NoticeWords& words) {
     const bool isCaution = tone == NoticeTone::caution;
     const auto ground = isCaution ? Role::lookGround : Role::chosen;
     const auto color = isCaution ? Role::look : Role::accent;
@@ -25,8 +35,30 @@ QWidget* makeNotice(NoticeTone tone, const NoticeWords& words, std::function<voi
     text->addWidget(parts::paragraph(words.title, words.body.isEmpty() ? Type::body : Type::strong, color));
     if (!words.body.isEmpty()) text->addWidget(parts::paragraph(words.body, Type::second, color));
     layout->addLayout(text, 1);
-    if (onAction) layout->addWidget(parts::button(words.action, std::move(onAction)));
-    return panel;
+    return {panel, layout, text};
+}
+
+} // namespace
+
+QWidget* makeNotice(NoticeTone tone, const NoticeWords& words, std::function<void()> onAction) {
+    const auto made = makeParts(tone, words);
+    if (onAction) made.line->addWidget(parts::button(words.action, std::move(onAction)));
+    return made.panel;
+}
+
+QWidget* makeNotice(NoticeTone tone, const NoticeWords& words, std::vector<NoticeAction> actions) {
+    const auto made = makeParts(tone, words);
+    auto* buttons = parts::row(nullptr, scaled(6));
+    buttons->setContentsMargins(0, scaled(6), 0, 0);
+    for (auto& action : actions) {
+        auto* button = parts::button(action.words, std::move(action.act));
+        button->setObjectName(action.name);
+        button->setEnabled(action.isEnabled);
+        buttons->addWidget(button);
+    }
+    buttons->addStretch(1);
+    made.text->addLayout(buttons);
+    return made.panel;
 }
 
 } // namespace tidwen

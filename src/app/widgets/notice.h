@@ -3,6 +3,7 @@
 #include "app/widgets/panel.h"
 
 #include <functional>
+#include <vector>
 
 namespace tidwen {
 
@@ -15,5 +16,14 @@ struct NoticeWords {
 };
 enum class NoticeTone { information, caution };
 QWidget* makeNotice(NoticeTone tone, const NoticeWords& words, std::function<void()> onAction = {});
+
+/// One with several ways on, below its words.
+struct NoticeAction {
+    QString words;
+    std::function<void()> act;
+    bool isEnabled = true;
+    QString name = {}; ///< of the button's object
+};
+QWidget* makeNotice(NoticeTone tone, const NoticeWords& words, std::vector<NoticeAction> actions);
 
 } // namespace tidwen

@@ -235,15 +235,13 @@ void printReport(const RemovalReport& report, const ReportTexts& words, const Co
     if (words.reclaimed) console.line(*words.reclaimed);
     if (words.reclaimed)
         console.line(context.text("cli.report.quarantine %@", {report.quarantineRoot.string()}));
-    for (const auto& folder : report.emptiedFolders)
-        console.line(context.text("cli.report.emptied %@", {folder.string()}), Style::caution);
-    for (const auto& link : report.deadLinks)
-        console.line(context.text("cli.report.deadLink %@", {link.string()}), Style::caution);
+    for (const auto& remark : words.remarks)
+        console.line(remark, Style::caution);
     if (report.manifestFailure)
         console.line(context.text("cli.report.noManifest %@", {context.texts.text(*report.manifestFailure)}),
                      Style::danger);
-    for (const auto& item : report.unsettled)
-        console.line("  " + item + ": " + context.text("failure.moveUnfinished"), Style::danger);
+    for (const auto& item : words.unsettled)
+        console.line("  " + item, Style::danger);
     for (const auto& line : words.verification)
         console.line(line, words.isClean ? Style::plain : Style::caution);
     printSurvivors(report, context);

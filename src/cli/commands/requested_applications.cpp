@@ -37,11 +37,8 @@ JudgedRequest judgeRequest(const std::vector<Path>& paths, const CommandContext&
 }
 
 void reportRefused(const RequestInbox::Drained& requests, const CommandContext& context) {
-    for (const auto& path : requests.refused)
-        context.console.error(context.text("cli.requests.refused %@", {path}));
-    if (requests.unreadable > 0)
-        context.console.error(
-            context.text("cli.requests.unreadable %lld", {std::to_string(requests.unreadable)}));
+    for (const auto& refusal : requests.refusals())
+        context.console.error(context.texts.text(refusal));
 }
 
 RequestedApplications::RequestedApplications(const CommandContext& context, Session& session)

@@ -16,8 +16,6 @@
 #include "platform/user_environment.h"
 #include "quarantine/history.h"
 #include "quarantine/history_model.h"
-#include "quarantine/manifest.h"
-#include "quarantine/run_items.h"
 
 #include <QBoxLayout>
 #include <QKeyEvent>
@@ -25,14 +23,28 @@
 #include <QListView>
 #include <QPushButton>
 #include <QStackedLayout>
-#include <QStringListModel>
+#include <QStyledItemDelegate>
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace tidwen {
+
+namespace {
+
+/// Never wider than its list, so that a long path is elided instead of scrolled to.
+class ElidingDelegate final : public QStyledItemDelegate {
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+        return {0, QStyledItemDelegate::sizeHint(option, index).height()};
+    }
+};
+
+} // namespace
 
 HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvironment user,
                              std::function<void(const Path&)> reveal)
@@ -40,7 +52,8 @@ HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvi
       texts_(texts),
       user_(std::move(user)),
       reveal_(std::move(reveal)),
-      list_(history, texts) {
+      list_(history, texts),
+      itemList_(texts, user_) {
     auto* layout = parts::column(this);
     header_ = new ScreenHeader(text("window.history"));
     layout->addWidget(header_);
@@ -55,6 +68,8 @@ HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvi
         following_.push_back(property.observe([this](const auto&) { update(); }));
     };
     follow(history_.isLoading);
+    follow(history_.leftOut);
+    follow(history_.isAnotherAtWork);
     follow(history_.unfinishedRuns);
     follow(history_.unreadable);
     follow(history_.busyEntryID);
@@ -79,8 +94,10 @@ QWidget* HistoryScreen::makeContent() {
     items_->setUniformItemSizes(true);
     items_->setSpacing(scaled(3));
     items_->setTextElideMode(Qt::ElideMiddle);
-    itemNames_ = new QStringListModel(this);
-    items_->setModel(itemNames_);
+    items_->setItemDelegate(new ElidingDelegate(items_));
+    items_->setModel(&itemList_);
+    // On the run itself: the whole of it.
+    connect(runs_, &QAbstractItemView::clicked, this, [this] { items_->clearSelection(); });
     connect(items_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this] { updateFooter(); });
     for (auto* view : {runs_, items_}) {
@@ -113,6 +130,8 @@ QWidget* HistoryScreen::makeFooter() {
     auto* footer = footerPanel();
     auto* layout = static_cast<QBoxLayout*>(footer->layout());
     delete_ = parts::button(text("history.deleteButton"), [this] { askToDelete(); });
+    deleteAll_ = parts::button(text("history.deleteAllButton"), [this] { askToDeleteAll(); });
+    deleteAll_->setObjectName(QStringLiteral("delete all"));
     show_ = parts::button(text("history.revealButton"), [this] {
         if (const auto* entry = current()) reveal_(entry->root);
     });
@@ -120,6 +139,7 @@ QWidget* HistoryScreen::makeFooter() {
     undo_->setObjectName(QStringLiteral("undo run"));
     stop_ = parts::button(text("removing.stop"), [this] { history_.stop(); });
     layout->addWidget(delete_);
+    layout->addWidget(deleteAll_);
     layout->addStretch(1);
     layout->addWidget(stop_);
     layout->addWidget(show_);
@@ -136,35 +156,44 @@ const RemovalHistoryEntry* HistoryScreen::current() const {
 void HistoryScreen::undo() {
     const auto* entry = current();
     if (!entry) return;
-    ItemChoice chosen;
-    for (const auto& index : items_->selectionModel()->selectedIndexes())
-        chosen.insert(sources_[static_cast<std::size_t>(index.row())]);
+    const auto chosen = itemList_.choice(items_->selectionModel()->selectedIndexes());
     items_->clearSelection(); // what is put back can not be put back again
-    if (chosen.empty())
-        history_.undo(*entry);
-    else
-        history_.undo(entry->root, chosen);
+    history_.undo(entry->root, chosen);
 }
 
 void HistoryScreen::askToDelete() {
     const auto* entry = current();
     if (!entry) return;
+    ask(text("history.delete.title %@", {runs_->currentIndex().data().toString().toStdString()}),
+        "history.delete.message", "history.confirm.deleteButton",
+        [this, chosen = *entry] { history_.remove({chosen}); });
+}
+
+void HistoryScreen::askToDeleteAll() {
+    const auto count = history_.entries.get().size();
+    if (count == 0) return;
+    ask(text("history.deleteAll.title %lld", {std::to_string(count)}), "history.deleteAll.message",
+        "history.deleteAll.button", [this] { history_.removeAll(); });
+}
+
+void HistoryScreen::ask(const QString& title, const char* message, const char* button,
+                        std::function<void()> act) {
     if (const auto problem = history_.whyNotRemove()) {
         parts::clear(*notices_);
-        notices_->addWidget(makeNotice(NoticeTone::caution, {QString::fromStdString(texts_.text(*problem))}));
+        notices_->addWidget(makeNotice(NoticeTone::caution, {shown(texts_.text(*problem))}));
         return;
     }
-    const auto title =
-        text("history.delete.title %@", {runs_->currentIndex().data().toString().toStdString()});
     auto* sheet = new Sheet(window(), title);
-    sheet->addWords({text("history.delete.message")});
+    sheet->addWords({text(message)});
     auto& answers = sheet->addAnswers();
     answers.addWidget(
         parts::primaryButton(text("history.confirm.cancelButton"), [sheet] { sheet->cancel(); }));
-    answers.addWidget(parts::button(text("history.confirm.deleteButton"), [this, sheet, chosen = *entry] {
+    auto* doIt = parts::button(text(button), [sheet, act = std::move(act)] {
         sheet->close();
-        history_.remove({chosen});
-    }));
+        act();
+    });
+    doIt->setObjectName(QStringLiteral("delete for good"));
+    answers.addWidget(doIt);
     sheet->open();
 }
 
@@ -176,21 +205,7 @@ void HistoryScreen::update() {
     totals_ = text("history.total %lld %@",
                    {std::to_string(entries.size()), sizeWords(bytes, texts_).toStdString()});
     showLine();
-    parts::clear(*notices_);
-    if (const auto error = history_.errorMessage())
-        notices_->addWidget(makeNotice(NoticeTone::caution, {QString::fromStdString(*error)}));
-    if (const auto& undo = history_.lastUndo.get()) {
-        const bool isWhole = undo->failures.empty();
-        const auto counts = text("report.undo.restored %lld %lld",
-                                 {std::to_string(undo->restoredCount), std::to_string(undo->totalCount)});
-        notices_->addWidget(
-            makeNotice(isWhole ? NoticeTone::information : NoticeTone::caution,
-                       {counts, isWhole ? QString() : shown(undo->failures.front().text(texts_))}));
-    }
-    for (const auto& run : history_.unfinishedRuns.get())
-        notices_->addWidget(
-            makeNotice(NoticeTone::caution,
-                       {shown(run.root.lastComponent()), QString::fromStdString(texts_.text(run.advice()))}));
+    showNotices();
     if (history_.unreadable.get())
         empty_->say(text("history.unreadable.title"), text("history.unreadable.body"));
     else
@@ -209,16 +224,38 @@ void HistoryScreen::showLine() {
         header_->setLine(history_.isLoading.get() ? text("history.loading") : totals_);
 }
 
+/// What the last undo or deletion came to, and what the list does not show.
+void HistoryScreen::showNotices() {
+    parts::clear(*notices_);
+    const auto dismissible = [this](NoticeTone tone, const QString& title, const QString& body = {}) {
+        notices_->addWidget(
+            makeNotice(tone, {title, body, text("window.dismiss")}, [this] { history_.forgetOutcome(); }));
+    };
+    if (const auto error = history_.errorMessage()) dismissible(NoticeTone::caution, shown(*error));
+    if (const auto& undo = history_.lastUndo.get()) {
+        const bool isWhole = undo->failures.empty();
+        dismissible(isWhole ? NoticeTone::information : NoticeTone::caution,
+                    text("report.undo.restored %lld %lld",
+                         {std::to_string(undo->restoredCount), std::to_string(undo->totalCount)}),
+                    isWhole ? QString() : shown(undo->failures.front().text(texts_)));
+    }
+    const auto warn = [this](const QString& title, const QString& body = {}) {
+        notices_->addWidget(makeNotice(NoticeTone::caution, {title, body}));
+    };
+    if (history_.isAnotherAtWork.get()) warn(text("history.anotherAtWork"));
+    if (const auto count = history_.leftOut.get().size(); count > 0)
+        warn(text("cli.history.leftOut %lld", {std::to_string(count)}));
+    for (const auto& run : history_.unfinishedRuns.get()) {
+        const NoticeWords words = {shown(run.root.lastComponent()), shown(texts_.text(run.advice())),
+                                   text("home.recovery.undo")};
+        notices_->addWidget(run.known ? makeNotice(NoticeTone::caution, words,
+                                                   [this, root = run.root] { history_.undo(root); })
+                                      : makeNotice(NoticeTone::caution, words));
+    }
+}
+
 void HistoryScreen::showItems() {
-    QStringList names;
-    std::vector<std::string> sources;
-    if (const auto* entry = current())
-        for (const auto& item : entry->manifest.entries)
-            if (item.kind == ManifestEntryKind::move) {
-                sources.push_back(item.source);
-                names << shortPath(Path(item.source), user_);
-            }
-    if (sources != std::exchange(sources_, sources)) itemNames_->setStringList(names);
+    itemList_.show(current());
     updateFooter();
 }
 
@@ -230,12 +267,18 @@ void HistoryScreen::updateFooter() {
     if (isBusy && undo_->hasFocus()) stop_->setFocus(); // else whatever comes next would have it
     if (!isBusy && stop_->hasFocus()) runs_->setFocus();
     stop_->setVisible(isBusy);
+    const bool isBack = entry && entry->items() == RemovalHistoryEntry::Items::putBack;
     undo_->setText(text(isBusy      ? "home.recovery.restoring"
                         : areChosen ? "history.undo.chosen"
                                     : "history.undoButton"));
-    undo_->setEnabled(entry && entry->canBeUndone() && !isBusy);
-    show_->setEnabled(entry != nullptr);
-    delete_->setEnabled(entry && !isBusy);
+    const auto enable = [this](QPushButton& button, bool isEnabled) {
+        if (!isEnabled && button.hasFocus()) runs_->setFocus(); // or the next widget of the window has it
+        button.setEnabled(isEnabled);
+    };
+    enable(*undo_, entry && entry->canBeUndone() && !isBack && !isBusy);
+    enable(*show_, entry != nullptr);
+    enable(*delete_, entry && !isBusy);
+    enable(*deleteAll_, entry && !isBusy);
 }
 
 void HistoryScreen::keyPressEvent(QKeyEvent* event) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/models/history_items.h"
 #include "app/models/history_list.h"
 #include "base/observable.h"
 #include "base/path.h"
@@ -15,7 +16,6 @@
 
 class QBoxLayout;
 class QListView;
-class QStringListModel;
 class QPushButton;
 class QStackedLayout;
 
@@ -39,6 +39,10 @@ class HistoryScreen final : public QWidget {
     const RemovalHistoryEntry* current() const;
     void undo();
     void askToDelete();
+    void askToDeleteAll();
+    /// Opens the question, unless nothing may be deleted, which is said then.
+    void ask(const QString& title, const char* message, const char* button, std::function<void()> act);
+    void showNotices();
     void update();
     void showLine();
     void showItems();
@@ -50,19 +54,19 @@ class HistoryScreen final : public QWidget {
     UserEnvironment user_;
     std::function<void(const Path&)> reveal_;
     HistoryList list_;
+    HistoryItems itemList_;
     ScreenHeader* header_ = nullptr;
     QBoxLayout* notices_ = nullptr;
     QStackedLayout* content_ = nullptr;
     QListView* runs_ = nullptr;
     QListView* items_ = nullptr;
-    QStringListModel* itemNames_ = nullptr;
-    std::vector<std::string> sources_; ///< old places of what the current run moved, as its record has them
     EmptyState* empty_ = nullptr;
     QPushButton* undo_ = nullptr;
     QPushButton* show_ = nullptr;
     QPushButton* delete_ = nullptr;
     QPushButton* stop_ = nullptr;
     QString totals_;
+    QPushButton* deleteAll_ = nullptr;
     std::vector<Subscription> following_;
 };
 

@@ -8,6 +8,7 @@
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/words.h"
+#include "base/message.h"
 #include "base/path.h"
 #include "base/texts.h"
 #include "quarantine/undo_service.h"
@@ -131,20 +132,24 @@ void ReportScreen::showCard(const stage::Report& stage) {
     auto* panel = new Panel({});
     auto* card = parts::column(panel, scaled(14));
     card->setContentsMargins(scaled(16), scaled(14), scaled(16), scaled(14));
-    std::size_t lines = 0;
-    for (const auto& failure : said.failures)
-        if (lines++ < mostLines)
-            addLine(*card, {"warning", Role::sensitive, text("report.failures.title"), shown(failure)});
+    addLines(*card, {"warning", Role::sensitive, text("report.failures.title"), {}}, said.failures);
     if (!report.quarantineRoot.isRoot())
         addLine(*card,
                 {"folder", Role::second, text("report.quarantine.title"),
                  shown(report.quarantineRoot.lastComponent())},
                 parts::button(text("history.revealButton"),
                               [this, folder = report.quarantineRoot] { reveal_(folder); }));
+    if (report.manifestFailure)
+        addLine(
+            *card,
+            {"warning", Role::sensitive, text("report.failures.title"),
+             shown(texts_.text(Message{"report.noManifest %@", {texts_.text(*report.manifestFailure)}}))});
+    addLines(*card, {"warning", Role::sensitive, text("report.failures.title"), {}}, said.unsettled);
+    addLines(*card, {"warning", Role::look, text("report.remarks"), {}}, said.remarks);
     for (const auto& line : said.verification)
         addLine(*card, {said.isClean ? "check" : "warning", said.isClean ? Role::safe : Role::look,
                         text("report.verify.title"), shown(line)});
-    lines = 0;
+    std::size_t lines = 0;
     for (const auto& remainder : report.left)
         for (const auto& item : remainder.traces)
             if (lines++ < mostLines)
@@ -162,6 +167,16 @@ QString ReportScreen::whyItStays(const StayingTrace& item) const {
     const auto why = QString::fromStdString(texts_.text(item.describe()));
     const auto* path = movedPath(item.trace.action);
     return path ? shown(path->string()) + QStringLiteral(" · ") + why : why;
+}
+
+/// One line for each of `bodies`, as many as the screen names.
+void ReportScreen::addLines(QBoxLayout& card, Line line, const std::vector<std::string>& bodies) {
+    std::size_t lines = 0;
+    for (const auto& body : bodies) {
+        if (lines++ == mostLines) break;
+        line.body = shown(body);
+        addLine(card, line);
+    }
 }
 
 void ReportScreen::addLine(QBoxLayout& card, const Line& line, QPushButton* button) {

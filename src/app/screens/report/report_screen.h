@@ -38,6 +38,7 @@ class ReportScreen final : public QWidget {
     QWidget* makeFooter();
     void showMark(const char* icon, Role color, Role ground);
     void addLine(QBoxLayout& card, const Line& line, QPushButton* button = nullptr);
+    void addLines(QBoxLayout& card, Line line, const std::vector<std::string>& bodies);
     void showReport(const stage::Report& report);
     void showCard(const stage::Report& report);
     void showUndo(const UndoReport& undo);

@@ -157,7 +157,7 @@ void ReviewScreen::update() {
         details_->show(nullptr);
         if (isOther) showNotices();
         if (isOther) view_->scrollToTop();
-        if (isOther) view_->setFocus();
+        if (isOther && !shown_.empty()) view_->setFocus();
     } else {
         tree_.refresh();
     }

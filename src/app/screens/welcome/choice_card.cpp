@@ -5,6 +5,7 @@
 #include "app/style/palette.h"
 #include "app/style/style.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 
 namespace tidwen {
@@ -38,6 +39,11 @@ int ChoiceCard::titleTop() {
 int ChoiceCard::heightOf(Type type, const QString& words) {
     const QRect room(0, 0, scaled(230) - 2 * edge(), QWIDGETSIZE_MAX);
     return QFontMetrics(textFont(type)).boundingRect(room, Qt::TextWordWrap, words).height();
+}
+
+void ChoiceCard::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) return click();
+    QAbstractButton::keyPressEvent(event);
 }
 
 void ChoiceCard::paintEvent(QPaintEvent* /*event*/) {

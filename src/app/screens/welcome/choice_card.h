@@ -13,6 +13,7 @@ class ChoiceCard final : public QAbstractButton {
     QSize sizeHint() const override;
 
   protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
   private:

@@ -1,0 +1,95 @@
+#include "app/shell/recovery_banner.h"
+
+#include "app/style/metrics.h"
+#include "app/widgets/notice.h"
+#include "app/widgets/parts.h"
+#include "app/widgets/words.h"
+#include "base/language.h"
+
+#include <QBoxLayout>
+#include <QStringList>
+
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tidwen {
+
+namespace {
+
+constexpr qsizetype mostLines = 6; ///< more would leave no room for the screen below
+
+} // namespace
+
+RecoveryBanner::RecoveryBanner(StartupChores& chores, const Texts& texts,
+                               std::function<void(const Path&)> reveal)
+    : chores_(chores),
+      texts_(texts),
+      reveal_(std::move(reveal)),
+      notices_(parts::column(this, scaled(6))),
+      following_(chores.changed.connect([this] { update(); })) {
+    notices_->setContentsMargins(scaled(24), scaled(12), scaled(24), 0);
+    update();
+}
+
+void RecoveryBanner::update() {
+    parts::clear(*notices_);
+    const auto& undo = chores_.undoReport();
+    if (undo && undo->failures.empty())
+        notices_->addWidget(makeNotice(
+            NoticeTone::information,
+            {text("home.recovery.undone %@", {names(chores_.undoneApps()).toStdString()}),
+             undo->mayHaveLost ? text("report.undo.permanent") : QString(), text("window.dismiss")},
+            [this] { chores_.forgetUndo(); }));
+    if (const auto notice = chores_.recoveryNotice()) showNotice(*notice);
+    setVisible(notices_->count() > 0);
+}
+
+void RecoveryBanner::showNotice(const RecoveryNotice& notice) {
+    QStringList lines = {text("home.recovery.detail")};
+    for (const auto& item : notice.unsettled)
+        lines << shown(item) + QStringLiteral(": ") + text("failure.moveUnfinished");
+    lines += failures();
+    const bool isWhole = lines.size() == 1;
+    if (lines.size() > mostLines) lines = lines.first(mostLines) << QStringLiteral("…");
+    const bool isUndoing = chores_.isUndoing();
+    notices_->addWidget(makeNotice(
+        isWhole ? NoticeTone::information : NoticeTone::caution,
+        {text("home.recovery.title %@", {names(notice.manifest.apps).toStdString()}),
+         lines.join(QLatin1Char('\n'))},
+        {{text(isUndoing ? "home.recovery.restoring" : "home.recovery.undo"),
+          [this] { chores_.undoRecovered(); }, !isUndoing, QStringLiteral("undo recovered")},
+         {text("home.recovery.reveal"), [this, root = notice.manifest.quarantineRoot] { reveal_(root); }},
+         {text("window.dismiss"),
+          [this] {
+              chores_.dismissRecoveryNotice();
+              chores_.forgetUndo();
+          },
+          !isUndoing, QStringLiteral("dismiss recovered")}}));
+}
+
+QStringList RecoveryBanner::failures() const {
+    QStringList lines;
+    if (const auto error = chores_.errorMessage()) lines << shown(*error);
+    const auto& undo = chores_.undoReport();
+    if (!undo || undo->failures.empty()) return lines;
+    lines << text("home.recovery.undoneIncomplete");
+    for (const auto& failure : undo->failures)
+        lines << shown(failure.text(texts_));
+    return lines;
+}
+
+QString RecoveryBanner::names(const std::vector<AppRecord>& apps) const {
+    std::vector<std::string> all;
+    all.reserve(apps.size());
+    for (const auto& app : apps)
+        all.push_back(shown(app.name).toStdString());
+    return QString::fromStdString(formatList(all, texts_.language()));
+}
+
+QString RecoveryBanner::text(const char* key, const std::vector<std::string>& arguments) const {
+    return words(texts_, key, arguments);
+}
+
+} // namespace tidwen
