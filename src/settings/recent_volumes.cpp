@@ -34,7 +34,7 @@ std::vector<RecentVolume> RecentVolumes::all() const {
 }
 
 void RecentVolumes::remember(const RecentVolume& volume) {
-    (void)defaults_.update(defaultsKey, [&](const std::optional<PropertyListValue>& stored) {
+    (void)defaults_.update(defaultsKey, [volume](const std::optional<PropertyListValue>& stored) {
         auto volumes = read(stored);
         std::erase(volumes, volume);
         volumes.insert(volumes.begin(), volume);

@@ -86,6 +86,7 @@ TEST_F(HistoryWindow, ShowsWhatIsLeftAndBringsTheApplicationBack) {
 }
 
 TEST_F(HistoryWindow, DeletesEverythingOnceItWasAsked) {
+    remove("Lumen");
     const auto root = remove("Kip");
     ASSERT_TRUE(open());
     ASSERT_TRUE(fixture.click("delete all"));

@@ -49,11 +49,11 @@ TEST_F(Settings, TakeEffectAtOnceAndAreStored) {
     fixture.window.openSettings();
     choose("appearance", 2);
     EXPECT_EQ(colors().appearance(), Appearance::dark);
-    EXPECT_EQ(stored("appearance"), "dark");
+    EXPECT_TRUE(waitUntil([&] { return stored("appearance") == "dark"; }));
     choose("unusedThreshold", 0);
     EXPECT_EQ(fixture.window.mac()->session().preferences().unusedThreshold.get(), "oneMonth");
     ASSERT_TRUE(fixture.click("settings.tab.trash") && fixture.click("catchTrashedApps"));
-    EXPECT_EQ(stored("catchTrashedApps"), "true");
+    EXPECT_TRUE(waitUntil([&] { return stored("catchTrashedApps") == "true"; }));
 }
 
 TEST_F(Settings, FollowAnotherProcess) {
