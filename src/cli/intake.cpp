@@ -76,9 +76,15 @@ std::optional<Path> ApplicationFinder::linkCalled(const std::string& wanted) con
     return std::nullopt;
 }
 
+/// A ".." goes up from where a link before it leads, as it does for every other program.
+Path ApplicationFinder::placeCalled(const std::string& path) const {
+    const Path named(path);
+    return named.hasTraversal() ? files_.resolve(named).value_or(named) : named.standardized();
+}
+
 tl::expected<Path, Message> ApplicationFinder::find(const std::string& word) const {
     if (word.starts_with('/')) {
-        const auto path = Path(word).standardized();
+        const auto path = placeCalled(word);
         if (leadsNowhere(path)) return tl::unexpected(Message{"cli.app.away"});
         if (files_.exists(path)) return path;
         if (auto onVolume = hostPaths_.macPath(word)) return std::move(*onVolume);

@@ -45,6 +45,7 @@ class ApplicationFinder {
   private:
     tl::expected<std::string, Message> identifierOf(const Path& bundle) const;
     bool leadsNowhere(const Path& path) const;
+    Path placeCalled(const std::string& path) const;
     std::optional<Path> linkCalled(const std::string& folded) const;
     std::vector<Path> withIdentifier(const std::string& folded) const;
     std::vector<Path> withName(const std::string& folded) const;

@@ -29,7 +29,7 @@ LoadedTargets loadTargets(const std::vector<Path>& bundles, const AppTargetLoade
     LoadedTargets loaded;
     std::set<Path> seen;
     for (const auto& each : bundles) {
-        const auto bundle = each.standardized();
+        const auto bundle = each.hasTraversal() ? each : each.standardized();
         if (!seen.insert(bundle).second) continue;
         if (auto target = loader.load(bundle))
             loaded.targets.push_back(std::move(*target));

@@ -46,6 +46,9 @@ class IntakeTest : public testing::Test {
 
 TEST_F(IntakeTest, AWordMeansOneApplicationOrSaysWhyNot) {
     const auto host = [&](const char* path) { return volume_.host(path).string(); };
+    volume_.makeFolder("/Applications/Utilities");
+    volume_.makeFolder("/Users/alice/Applications/Kept");
+    volume_.link("/Applications/Elsewhere", "/Users/alice/Applications/Kept");
     const struct {
         std::string word;
         std::string expected; ///< the Mac path, or the key of the error
@@ -53,6 +56,8 @@ TEST_F(IntakeTest, AWordMeansOneApplicationOrSaysWhyNot) {
         {"/Applications/Marlin Notes.app", "/Applications/Marlin Notes.app"},
         {"/Applications/Marlin Notes.app/", "/Applications/Marlin Notes.app"},
         {"/Applications/./Utilities/../Marlin Notes.app", "/Applications/Marlin Notes.app"},
+        {"/Applications/Elsewhere/../Twin.app", "/Users/alice/Applications/Twin.app"}, // past a link
+        {"/Applications/Nowhere/../Twin.app", "cli.app.missing"},
         {"Marlin Notes", "/Applications/Marlin Notes.app"},
         {"marlin notes.APP", "/Applications/Marlin Notes.app"},
         {"COM.marlinworks.notes", "/Applications/Marlin Notes.app"},

@@ -80,6 +80,8 @@ tl::expected<AppTarget, AppTargetLoaderError> AppTargetLoader::load(const Path& 
     if (!identifier) return tl::unexpected(Error::missingBundleIdentifier);
     if (belongsToSystem(files_, *identifier, url)) return tl::unexpected(Error::systemApplication);
     if (lowercased(*identifier) == tidwenBundleID) return tl::unexpected(Error::selfTarget);
+    // The policy compares paths by their words, and ".." after a link means another place than its words.
+    if (url.hasTraversal()) return tl::unexpected(Error::notAnApplication);
 
     auto signature = signatures_.read(url, bundle->executable());
     return AppTarget{.bundleURL = url,
