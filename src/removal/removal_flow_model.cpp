@@ -138,8 +138,8 @@ RemovalFlowModel::Answer RemovalFlowModel::loadTargets(const std::vector<Path>& 
             if (!gone.empty()) add(gone, formerNames(services.files, user), loaded);
             return takeIn(std::move(loaded), services.readProtection(), ofProtected);
         },
-        [stop = control.stop, cameFrom = std::move(cameFrom), gone](RemovalFlowModel& self,
-                                                                    TargetIntake intake) mutable {
+        [stop = control.stop, cameFrom = std::move(cameFrom), gone = gone](RemovalFlowModel& self,
+                                                                           TargetIntake intake) mutable {
             if (stop.stopRequested()) return;
             self.protectedTargets_ = std::move(intake.refused);
             self.problems_ = std::move(intake.failures);

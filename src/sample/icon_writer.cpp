@@ -84,7 +84,8 @@ Picture drawn(std::size_t number) {
     const auto figure = figures[number / gradients.size() % figures.size()];
     Picture picture;
     for (std::size_t i = 0; i < pixels; ++i) {
-        const auto row = static_cast<double>(i / side), column = static_cast<double>(i % side);
+        const std::size_t line = i / side;
+        const auto row = static_cast<double>(line), column = static_cast<double>(i % side);
         const Point at = {column - (side - 1) / 2.0, row - (side - 1) / 2.0};
         const double white = coverage(figure(at));
         const auto part = [&](double upper, double lower) {

@@ -92,17 +92,18 @@ void TrashCatcher::watchOnce() {
     watcher_.start();
 }
 
-void TrashCatcher::look(const std::vector<Path>& bundles, std::function<bool()> stillAwaited) {
+void TrashCatcher::look(const std::vector<Path>& bundles, const std::optional<Path>& awaited) {
     const auto read = [&files = ports_.files, bundles] {
         std::vector<TrashedBundle> seen;
+        seen.reserve(bundles.size());
         for (const auto& url : bundles)
             seen.push_back(TrashedBundle::read(files, url));
         return seen;
     };
-    inBackground(*this, alive_, ports_.queue, ports_.main, read,
-                 [stillAwaited = std::move(stillAwaited)](TrashCatcher& catcher, auto seen) {
-                     if (catcher.isOn_ && stillAwaited()) catcher.tell(seen);
-                 });
+    inBackground(*this, alive_, ports_.queue, ports_.main, read, [awaited](TrashCatcher& catcher, auto seen) {
+        const bool isWanted = !awaited || catcher.unfinished_.contains(*awaited);
+        if (catcher.isOn_ && isWanted) catcher.tell(seen);
+    });
 }
 
 void TrashCatcher::tell(const std::vector<TrashedBundle>& bundles) {
@@ -131,7 +132,7 @@ void TrashCatcher::awaitRest(const Path& bundle) {
     if (unfinished_.contains(bundle) || unfinished_.size() == maximumUnfinished) return;
     const auto lookAgain = [this, bundle, main = &ports_.main, alive = std::weak_ptr(alive_)] {
         main->post([this, bundle, alive] {
-            if (!alive.expired()) look({bundle}, [this, bundle] { return unfinished_.contains(bundle); });
+            if (!alive.expired()) look({bundle}, bundle);
         });
     };
     unfinished_[bundle] = ports_.events.watch(bundle / "Contents", lookAgain);

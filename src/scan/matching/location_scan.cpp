@@ -202,14 +202,14 @@ void LocationScan::judgeVendorFolder(const Folder& parent, const DirectoryEntry&
 
 void LocationScan::judgeContainers(const Folder& folder) {
     std::vector<std::string> identities(folder.entries.size());
-    std::vector<char> areHidden(folder.entries.size(), false);
+    std::vector<unsigned char> areHidden(folder.entries.size()); // not bits: written by several threads
     parallelFor(identities.size(), [&](std::size_t i) {
         const auto& entry = folder.entries[i];
         identities[i] = entry.name;
         if (entry.kind != FileKind::directory || context_.stop.stopRequested()) return;
         const auto owner = containerOwner(context_.files, folder.path / entry.name);
         identities[i] = owner.value_or("");
-        areHidden[i] = !owner && hidesItsOwner(context_.files, folder.path / entry.name);
+        areHidden[i] = !owner && hidesItsOwner(context_.files, folder.path / entry.name) ? 1 : 0;
     });
     for (std::size_t i = 0; i < identities.size(); ++i) {
         const auto& name = folder.entries[i].name;
