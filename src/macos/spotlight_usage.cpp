@@ -22,7 +22,8 @@ std::optional<Timestamp> dateOf(CFTypeRef value) {
     if (!value || CFGetTypeID(value) != CFDateGetTypeID()) return std::nullopt;
     const double seconds =
         CFDateGetAbsoluteTime(static_cast<CFDateRef>(value)) + kCFAbsoluteTimeIntervalSince1970;
-    if (!(seconds > 0 && seconds < year9999)) return std::nullopt;
+    const bool isDate = seconds > 0 && seconds < year9999; // which NaN is not
+    if (!isDate) return std::nullopt;
     return Timestamp(std::chrono::seconds(static_cast<std::int64_t>(seconds)));
 }
 
