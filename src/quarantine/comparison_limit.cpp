@@ -1,6 +1,7 @@
 #include "quarantine/comparison_limit.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tidwen {
 
@@ -12,36 +13,42 @@ thread_local ComparisonLimit* current = nullptr;
 
 } // namespace
 
-ComparisonLimit::ComparisonLimit(StopToken stop)
-    : stop_(std::move(stop)), holesLeft_(mostHolesRead), before_(std::exchange(current, this)) {}
+ComparisonLimit::ComparisonLimit(StopToken stop) : stop_(std::move(stop)), holesLeft_(mostHolesRead) {
+    if (!current) current = this;
+}
 
 ComparisonLimit::~ComparisonLimit() {
-    current = before_;
+    if (current == this) current = nullptr;
 }
 
 bool ComparisonLimit::isStopped() {
     return current && current->stop_.stopRequested();
 }
 
-bool ComparisonLimit::allowsHolesOf(const FileInfo& file) {
-    const auto holes = file.size - std::min(file.size, file.allocatedBytes);
+bool ComparisonLimit::allowsFree(std::uint64_t bytes) {
     if (!current) return true;
-    if (holes > current->holesLeft_) return false;
-    current->holesLeft_ -= holes;
+    if (bytes > current->holesLeft_) return false;
+    current->holesLeft_ -= bytes;
     return true;
 }
 
-bool ComparisonLimit::isKnownToDiffer(const FileInfo& a, const FileInfo& b) {
-    return current && current->different_.contains(pairOf(a, b));
+bool ComparisonLimit::allowsHolesOf(const FileInfo& file) {
+    return allowsFree(file.size - std::min(file.size, file.allocatedBytes));
 }
 
-void ComparisonLimit::addDifference(const FileInfo& a, const FileInfo& b) {
-    if (current && !isStopped()) current->different_.insert(pairOf(a, b));
+std::optional<bool> ComparisonLimit::known(const FileInfo& a, const FileInfo& b) {
+    if (!current) return std::nullopt;
+    const auto found = current->compared_.find(pairOf(a, b));
+    return found == current->compared_.end() ? std::nullopt : std::optional(found->second);
 }
 
-std::pair<ComparisonLimit::Item, ComparisonLimit::Item> ComparisonLimit::pairOf(const FileInfo& a,
-                                                                                const FileInfo& b) {
-    return {{a.device, a.inode}, {b.device, b.inode}};
+void ComparisonLimit::add(const FileInfo& a, const FileInfo& b, bool isAlike) {
+    if (current && !isStopped()) current->compared_.emplace(pairOf(a, b), isAlike);
+}
+
+ComparisonLimit::Pair ComparisonLimit::pairOf(const FileInfo& a, const FileInfo& b) {
+    return {a.device, a.inode, a.size, static_cast<std::uint64_t>(a.modifiedNanoseconds),
+            b.device, b.inode, b.size, static_cast<std::uint64_t>(b.modifiedNanoseconds)};
 }
 
 } // namespace tidwen

@@ -3,14 +3,16 @@
 #include "base/stop_token.h"
 #include "platform/file_system.h"
 
+#include <array>
 #include <cstdint>
-#include <set>
-#include <utility>
+#include <map>
+#include <optional>
 
 namespace tidwen {
 
 /// While it lives, the comparisons of copies in its thread share one limit: they read at most 4 GiB of holes,
-/// which cost a hostile disk nothing, end when a stop is requested, and read a pair that differs only once.
+/// which cost a hostile disk nothing, end when a stop is requested, and read a pair of files only once.
+/// Within another one it changes nothing.
 class ComparisonLimit {
   public:
     explicit ComparisonLimit(StopToken stop);
@@ -19,19 +21,21 @@ class ComparisonLimit {
     ComparisonLimit& operator=(const ComparisonLimit&) = delete;
 
     static bool isStopped();
-    /// Whether the holes of a file may be read, too. Without a limit, always.
+    /// Whether so many bytes that cost the disk nothing may be read, too. Without a limit, always.
+    static bool allowsFree(std::uint64_t bytes);
     static bool allowsHolesOf(const FileInfo& file);
-    static bool isKnownToDiffer(const FileInfo& a, const FileInfo& b);
-    static void addDifference(const FileInfo& a, const FileInfo& b);
+    /// What comparing this pair of files showed, as long as both are as they were.
+    static std::optional<bool> known(const FileInfo& a, const FileInfo& b);
+    static void add(const FileInfo& a, const FileInfo& b, bool isAlike);
 
   private:
-    using Item = std::pair<std::uint64_t, std::uint64_t>; ///< device and inode
-    static std::pair<Item, Item> pairOf(const FileInfo& a, const FileInfo& b);
+    /// Device, inode, size and time of the last change, of each of the two.
+    using Pair = std::array<std::uint64_t, 8>;
+    static Pair pairOf(const FileInfo& a, const FileInfo& b);
 
     StopToken stop_;
     std::uint64_t holesLeft_;
-    std::set<std::pair<Item, Item>> different_;
-    ComparisonLimit* before_;
+    std::map<Pair, bool> compared_;
 };
 
 } // namespace tidwen

@@ -34,6 +34,16 @@ bool isBeginningOf(const Path& whole, const Path& part, std::uint64_t size, cons
     return true;
 }
 
+bool beginsAlike(const Path& whole, const FileInfo& has, const Path& part, const FileInfo& grew,
+                 const FileSystem& files) {
+    if (has.size < grew.size) return false;
+    if (const auto known = ComparisonLimit::known(has, grew)) return *known;
+    if (!ComparisonLimit::allowsHolesOf(grew)) return false;
+    const bool isAlike = isBeginningOf(whole, part, grew.size, files);
+    ComparisonLimit::add(has, grew, isAlike);
+    return isAlike;
+}
+
 bool isAbsence(FileFault fault) {
     return fault == FileFault::missing || fault == FileFault::notDirectory;
 }
@@ -48,14 +58,8 @@ bool canHaveGrownFrom(const Path& original, const Path& copy, const FileSystem& 
         left.pop_back();
         const auto has = files.info(whole), grew = files.info(part);
         if (!has || !grew || has->kind != grew->kind) return false;
-        if (ComparisonLimit::isStopped() || ComparisonLimit::isKnownToDiffer(*has, *grew)) return false;
-        if (has->kind == FileKind::regular) {
-            if (has->size < grew->size || !ComparisonLimit::allowsHolesOf(*grew)) return false;
-            if (!isBeginningOf(whole, part, grew->size, files)) {
-                ComparisonLimit::addDifference(*has, *grew);
-                return false;
-            }
-        }
+        if (ComparisonLimit::isStopped()) return false;
+        if (has->kind == FileKind::regular && !beginsAlike(whole, *has, part, *grew, files)) return false;
         if (has->kind != FileKind::directory) continue;
         const auto entries = files.list(part);
         if (!entries) return false;

@@ -169,11 +169,11 @@ class Recovery {
     }
 
     void settleReturns(const std::vector<ManifestEntry>& entries) {
-        ArrivedRests arrived(files_, policy_, held_);
+        arrived_.lookAgain();
         for (const auto& entry : entries) {
             if (settleArrived(entry, files_, policy_) || settleTakenAgain(entry, held_, files_, policy_))
                 tellSettled(Path(entry.source));
-            const auto rests = arrived.settle(entry);
+            const auto rests = arrived_.settle(entry);
             rests_.insert(rests.left.begin(), rests.left.end());
             for (const auto& rest : rests.removed) {
                 if (rest.isWithin(user_.trash())) tellSettled(Path(entry.source));
@@ -216,6 +216,7 @@ class Recovery {
     const Clock& clock_;
     Log& log_;
     HeldItems held_;
+    ArrivedRests arrived_{files_, policy_, held_};
     InterruptedReturns returns_{files_};
     std::vector<InterruptedReturn> unsettledReturns_;
     EarlierUndo earlier_{files_, policy_};

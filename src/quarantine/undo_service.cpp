@@ -3,6 +3,7 @@
 #include "base/path.h"
 #include "platform/file_system.h"
 #include "quarantine/arrived_rests.h"
+#include "quarantine/comparison_limit.h"
 #include "quarantine/held_items.h"
 #include "quarantine/history.h"
 #include "quarantine/interrupted_move.h"
@@ -83,6 +84,7 @@ tl::expected<UndoReport, Message> UndoService::undoRun(const Path& root, const I
                                                        const StepControl& control) {
     const auto lock = lockTrash(user_, ports_.files);
     if (!lock) return tl::unexpected(describeNotBegun(lock.error(), ports_.texts));
+    const ComparisonLimit limit(control.stop); // also for what is settled before the first item
     return whatIsLeft(root, Settling::done).map([&](const Manifest& manifest) {
         dropBegunCopies(manifest);
         auto report = undo(manifest, items, control);

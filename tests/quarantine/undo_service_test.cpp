@@ -363,6 +363,27 @@ TEST_F(Undo, AForgedManifestDoesNotHoldTheLockForHours) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }
 
+TEST_F(Undo, ComparesTheCopyOfAnEarlierOneWithinALimit) {
+    const auto entry = moveEntry(1, root, "/Library/Caches/a");
+    const std::string item = *entry.destination, copy = "/Library/Caches/.tidwen-copy-a";
+    for (const bool isStopped : {false, true}) {
+        for (const auto& path : {item, copy}) {
+            volume.write(path, "x");
+            if (!isStopped) std::filesystem::resize_file(volume.host(path), std::uint64_t{5} << 30);
+        }
+        ASSERT_TRUE(writeManifest({.createdAt = runDate, .quarantineRoot = root, .entries = {entry}},
+                                  root / manifestFileName, volume.files()));
+        StopSource source;
+        if (isStopped) source.requestStop();
+        const auto report = UndoService({volume.files(), administrator, session, texts, log, clock}, alice())
+                                .undoRun(root, {}, {.stop = source.token()});
+        ASSERT_TRUE(report);
+        EXPECT_EQ(report->failures.size(), isStopped ? 1u : 0u);
+        EXPECT_EQ(volume.exists(item), isStopped);
+        EXPECT_TRUE(volume.exists(copy));
+    }
+}
+
 TEST_F(Undo, ItemsThatLayInOneAnotherComeBackInOneAnother) {
     const std::string vendor = "/Library/Application Support/Corvella";
     quarantined(1, vendor + "/Notes/cache");
