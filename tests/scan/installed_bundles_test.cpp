@@ -15,6 +15,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <fmt/core.h>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -123,6 +124,25 @@ TEST_F(InstalledBundlesTest, TellsABundleByItsInfoAndNotByItsName) {
         for (std::size_t i = 0; i < snapshot->bundles().size(); ++i)
             EXPECT_EQ(snapshot->contents(i).isComplete, snapshot->bundles()[i].isReadable) << file;
     }
+}
+
+/// Only an original set aside can be whole. It contests nothing, but what it left behind is not without
+/// owner.
+TEST_F(InstalledBundlesTest, WhatIsOnItsWayBetweenDisksIsNotInstalled) {
+    for (const char* name : {"arrived", "arrived2", "copy", "moved", "moved9", "new"}) {
+        const auto item = fmt::format("/Applications/.tidwen-{}-Maker", name);
+        writeBundle(volume, item + ".app", std::string("com.example.") + name, "Maker");
+        writeBundle(volume, item + "/In.app", std::string("com.example.in.") + name, "In");
+    }
+    const auto ids = [&](InstalledBundles::Reach reach) {
+        return eachOf(bundles.look(reach)->bundles(), &OwningBundle::bundleID);
+    };
+    EXPECT_THAT(ids(InstalledBundles::Reach::usual),
+                testing::UnorderedElementsAre("com.example.new", "com.example.in.new"));
+    EXPECT_THAT(ids(InstalledBundles::Reach::further),
+                testing::UnorderedElementsAre("com.example.new", "com.example.in.new", "com.example.moved",
+                                              "com.example.in.moved", "com.example.moved9",
+                                              "com.example.in.moved9"));
 }
 
 TEST_F(InstalledBundlesTest, ContentsAreWhatABundleDeclaresAndCarries) {

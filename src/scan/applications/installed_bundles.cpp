@@ -5,6 +5,7 @@
 #include "platform/budgeted_files.h"
 #include "platform/budgeted_sources.h"
 #include "platform/file_absence.h"
+#include "posix/copied_move.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/bundle_contents.h"
 #include "scan/applications/bundle_memory.h"
@@ -73,6 +74,17 @@ OwningBundle makeBundle(const BundleIdentity& identity, const Path& place, const
     for (const auto& name : identity.names)
         addName(bundle.names, name);
     return bundle;
+}
+
+/// Whether it lies in what a move between disks has on its way. A rest and a half copy are no applications.
+/// An original set aside may be whole: it contests nothing, but as long as no recovery has settled it, what
+/// it left behind is not without owner.
+bool isOnItsWay(const Path& bundle, BundleReach reach) {
+    const auto names = bundle.components();
+    return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+        const bool isNoItem = isNameOfArrived(name) || name.starts_with(growingCopyPrefix);
+        return isNoItem || (reach == BundleReach::usual && nameOnItsWay(name));
+    });
 }
 
 const Path& applicationsFolder() {
@@ -196,7 +208,8 @@ std::shared_ptr<const BundleSnapshot> InstalledBundles::look(Reach reach, const 
     if (reach == Reach::usual)
         for (auto& place : places)
             place.furtherDepth = 0;
-    const auto found = searchBundles(files_, budget, *memory_, places, stop);
+    auto found = searchBundles(files_, budget, *memory_, places, stop);
+    std::erase_if(found.names, [&](const auto& bundle) { return isOnItsWay(bundle.first, reach); });
     if (!files_.exists(applicationsFolder())) coverage.absent.push_back(applicationsFolder());
 
     const std::vector<std::pair<Path, std::vector<Path>>> named(found.names.begin(), found.names.end());
