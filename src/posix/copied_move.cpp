@@ -35,11 +35,17 @@ std::string hiddenName(std::string_view prefix, const std::string& name, int num
     return nameBeside(fmt::format("{}{}-", prefix, number == 1 ? "" : std::to_string(number)), name);
 }
 
-std::vector<std::string> namesTaken(std::string_view prefix, int folder, const std::string& name) {
+std::vector<std::string> hiddenNames(std::string_view prefix, const std::string& name) {
     std::vector<std::string> names;
+    names.reserve(lastAside);
     for (int number = 1; number <= lastAside; ++number)
-        if (auto hidden = hiddenName(prefix, name, number); isTaken(folder, hidden.c_str()))
-            names.push_back(std::move(hidden));
+        names.push_back(hiddenName(prefix, name, number));
+    return names;
+}
+
+std::vector<std::string> namesTaken(std::string_view prefix, int folder, const std::string& name) {
+    auto names = hiddenNames(prefix, name);
+    std::erase_if(names, [folder](const std::string& hidden) { return !isTaken(folder, hidden.c_str()); });
     return names;
 }
 
@@ -128,11 +134,18 @@ class CopiedMove {
         if (!arrived) return tl::unexpected(arrived.error());
         std::optional<std::string> unsettled; // the newest, which belongs to this move if any does
         auto remains = settleArrived(*arrived);
+        bool isCompleted = false;
         for (const auto& each : *aside) {
+            if (isCompleted) { // this move had one original, so that is another's
+                unsettled = each.name;
+                continue;
+            }
+            const bool wasPlaced = isTaken(target(), finalName());
             const auto completion = complete(each.name);
             if (!completion) return tl::unexpected(completion.error());
             if (completion->remains) remains = completion->remains;
             if (!completion->isThisMoves) unsettled = each.name;
+            isCompleted = completion->isThisMoves && !wasPlaced;
         }
         const bool isPlaced = isTaken(target(), finalName()), isCopied = isTaken(target(), copy_.c_str());
         if (unsettled && (isCopied || !isPlaced)) return settleWithoutWholeCopy(*unsettled, isCopied);
@@ -363,16 +376,16 @@ std::vector<std::string> namesAside(int folder, const std::string& name) {
     return namesTaken(asidePrefix, folder, name);
 }
 
+std::vector<std::string> namesOfSetAside(const std::string& name) {
+    return hiddenNames(asidePrefix, name);
+}
+
 bool isNameOfArrived(std::string_view entry) {
     return entry.starts_with(arrivedPrefix);
 }
 
 std::vector<std::string> namesOfArrived(const std::string& name) {
-    std::vector<std::string> names;
-    names.reserve(lastAside);
-    for (int number = 1; number <= lastAside; ++number)
-        names.push_back(hiddenName(arrivedPrefix, name, number));
-    return names;
+    return hiddenNames(arrivedPrefix, name);
 }
 
 } // namespace tidwen

@@ -47,6 +47,9 @@ FileResult<std::vector<Path>> revealAside(const MoveEnd& from);
 /// where an earlier move left remains.
 std::vector<std::string> namesAside(int folder, const std::string& name);
 
+/// The names that originals of an item may have while they are set aside.
+std::vector<std::string> namesOfSetAside(const std::string& name);
+
 /// Whether an entry is the rest of an original that has arrived at its destination: no item any more.
 bool isNameOfArrived(std::string_view entry);
 /// The names that such rests of an item may have.

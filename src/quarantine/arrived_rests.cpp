@@ -49,6 +49,7 @@ ArrivedRests::Outcome ArrivedRests::settle(const ManifestEntry& move) {
 
 /// An undo put the item back, possibly under a name beside its old one; it may have been removed again.
 void ArrivedRests::settleInQuarantine(const Path& item, const Path& oldPlace) {
+    if (files_.isSetAside(item)) return; // another undo was cut off, and is to be settled first
     for (int number = 1; number <= lastNumberTried; ++number) {
         const Path back = numberedName(oldPlace, number);
         if (number > 1 && !files_.exists(back)) break;
@@ -63,6 +64,7 @@ void ArrivedRests::settleInQuarantine(const Path& item, const Path& oldPlace) {
 }
 
 void ArrivedRests::settleAtOldPlace(const Path& oldPlace, const Path& item) {
+    if (files_.isSetAside(oldPlace)) return; // another removal was cut off, and is to be settled first
     if (mayTry(oldPlace, item)) (void)settleInterruptedMove(oldPlace, item, files_, policy_);
     for (const auto& whole : held_.wholeIn(oldPlace.string())) {
         if (arrivedRests(oldPlace, files_).empty()) return;

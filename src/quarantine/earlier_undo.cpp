@@ -6,6 +6,7 @@
 #include "posix/copied_move.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/manifest.h"
+#include "quarantine/set_aside.h"
 
 #include <algorithm>
 #include <set>
@@ -26,11 +27,12 @@ constexpr std::size_t mostNamesRead = 1'000'000;
 
 } // namespace
 
-/// Whether a copy shows that the item has not arrived.
-bool EarlierUndo::isBegun(const Path& from, const Path& oldPlace) {
+/// The copies that show that the item has not arrived.
+std::vector<InterruptedReturn> EarlierUndo::begun(const Path& from, const Path& oldPlace) {
     const ManifestEntry move{.source = oldPlace.string(), .destination = from.string(), .bundleID = {}};
-    const auto found = returns_.of({move});
-    return std::ranges::any_of(found, [&](const auto& each) { return files_.exists(each.copy); });
+    auto found = returns_.of({move});
+    std::erase_if(found, [&](const InterruptedReturn& each) { return !files_.exists(each.copy); });
+    return found;
 }
 
 /// Whether the item that arrived has something that is gone from the same folder of what was left. With too
@@ -63,26 +65,33 @@ std::optional<Path> EarlierUndo::restOf(const Path& arrived, const Path& from) {
     return std::nullopt;
 }
 
-bool EarlierUndo::finishMove(const Path& from, const Path& oldPlace) {
+std::optional<Path> EarlierUndo::finishMove(const Path& from, const Path& oldPlace) {
     rest_.reset();
-    const bool mayHaveArrived = !isBegun(from, oldPlace);
+    for (const auto& each : begun(from, oldPlace)) {
+        (void)settleInterruptedMove(from, each.to, files_, policy_);
+        if (files_.exists(each.copy)) return std::nullopt;
+        if (!isMissing(files_, from)) return std::nullopt; // back in quarantine
+        if (!files_.isSetAside(from)) return files_.exists(each.to) ? std::optional(each.to) : std::nullopt;
+    }
     for (int number = 1; number <= lastNumberTried && attempts_ < mostAttempts; ++number) {
         ++attempts_;
         const Path target = numberedName(oldPlace, number);
         const bool wasThere = files_.exists(target);
-        if (!wasThere && rest_) return false; // settling would give it the item's name
-        const auto remains = settleInterruptedMove(from, target, files_, policy_);
-        if (!isMissing(files_, from)) return false;
+        if (!wasThere && rest_) return std::nullopt; // settling would give it the item's name
+        const bool isAnother = wasThere && !areSetAsideOf(target, from, files_);
+        const auto remains = isAnother ? std::nullopt : settleInterruptedMove(from, target, files_, policy_);
+        if (!isMissing(files_, from)) return std::nullopt;
         // What is aside may be the remains of the item at the target, which had arrived.
         const bool isItsOwn = !files_.isSetAside(from) || (remains && remains->fault != FileFault::busy);
-        if (!wasThere || isItsOwn) return files_.exists(target);
-        if (mayHaveArrived && !rest_) rest_ = restOf(target, from);
+        if (!wasThere || isItsOwn) return files_.exists(target) ? std::optional(target) : std::nullopt;
+        if (!rest_) rest_ = restOf(target, from);
     }
-    return false;
+    return std::nullopt;
 }
 
 std::optional<Path> EarlierUndo::findRest(const Path& from, const Path& oldPlace) {
-    if (files_.exists(from) || !files_.isSetAside(from) || isBegun(from, oldPlace)) return std::nullopt;
+    if (files_.exists(from) || !files_.isSetAside(from) || !begun(from, oldPlace).empty())
+        return std::nullopt;
     return restOf(oldPlace, from);
 }
 

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <vector>
 
 namespace tidwen {
 
@@ -18,9 +19,9 @@ class EarlierUndo {
         : files_(files), policy_(policy), returns_(files) {}
 
     /// Between two devices it may have set the item `from` in quarantine aside on its way to the old place or
-    /// a numbered name. True if it has arrived now. If it had arrived and changed since, what is left of it
-    /// in quarantine is no item any more: it stays aside.
-    bool finishMove(const Path& from, const Path& oldPlace);
+    /// a numbered name. The path at which it has arrived now, if it has. If it had arrived and changed since,
+    /// what is left of it in quarantine is no item any more: it stays aside.
+    std::optional<Path> finishMove(const Path& from, const Path& oldPlace);
     /// What `finishMove` last left aside as such; nullopt for anything else.
     const std::optional<Path>& rest() const { return rest_; }
     /// The same for an item that arrived at its old place, without moving anything.
@@ -31,7 +32,7 @@ class EarlierUndo {
     std::optional<Path> finishLink(const Path& from, const Path& oldPlace);
 
   private:
-    bool isBegun(const Path& from, const Path& oldPlace);
+    std::vector<InterruptedReturn> begun(const Path& from, const Path& oldPlace);
     std::optional<Path> restOf(const Path& arrived, const Path& from);
     bool lacksAnyOf(const Path& arrived, const Path& left);
 

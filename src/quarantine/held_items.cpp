@@ -6,6 +6,7 @@
 #include "platform/file_system.h"
 #include "posix/copied_move.h"
 #include "quarantine/quarantine_layout.h"
+#include "quarantine/set_aside.h"
 
 #include <algorithm>
 #include <functional>
@@ -16,10 +17,6 @@ namespace {
 
 /// More runs than have one item of one place whole.
 constexpr std::size_t mostWhole = 100;
-
-Path copyOf(const Path& destination) {
-    return destination.parent() / growingCopyName(destination.lastComponent());
-}
 
 /// The item itself, or what a move between disks into or out of quarantine left on its way.
 bool holds(const Path& destination, const FileSystem& files) {
@@ -42,12 +39,33 @@ std::vector<Path> HeldItems::wholeIn(const std::string& oldPlace) {
     std::vector<Path> places;
     const auto known = planned_.find(oldPlace);
     if (known == planned_.end()) return places;
-    for (const auto& [root, createdAt, place] : known->second) {
+    for (const auto& planned : known->second) {
+        const auto& place = planned.destination;
         if (places.size() == mostWhole) break;
         const bool isWhole = files_.exists(place) && !files_.exists(copyOf(place));
         if (isWhole && std::ranges::find(places, place) == places.end()) places.push_back(place);
     }
     return places;
+}
+
+std::vector<Path> HeldItems::copiedIn(const std::string& oldPlace) {
+    if (!isRead_) read();
+    std::vector<Path> places;
+    const auto known = planned_.find(oldPlace);
+    if (known == planned_.end()) return places;
+    for (const auto& planned : known->second) {
+        if (places.size() == mostWhole) break;
+        if (files_.exists(copyOf(planned.destination))) places.push_back(planned.destination);
+    }
+    return places;
+}
+
+bool HeldItems::isUnfinished(const std::string& oldPlace, const Path& place) {
+    if (!isRead_) read();
+    const auto known = planned_.find(oldPlace);
+    return known != planned_.end() && std::ranges::any_of(known->second, [&](const Planned& planned) {
+               return planned.isUnfinished && planned.destination == place;
+           });
 }
 
 std::optional<Path> HeldItems::find(const std::string& oldPlace, const Test& isMeant) {
@@ -63,9 +81,10 @@ void HeldItems::read() {
     isRead_ = true;
     const BudgetedFiles budgeted(files_);
     const auto add = [&](const Path& root, Timestamp createdAt, const std::vector<ManifestEntry>& entries) {
+        const bool isUnfinished = files_.exists(root / journalFileName);
         for (const auto& entry : entries)
             if (entry.kind == ManifestEntryKind::move && entry.destination)
-                planned_[entry.source].push_back({root, createdAt, Path(*entry.destination)});
+                planned_[entry.source].push_back({root, createdAt, Path(*entry.destination), isUnfinished});
     };
     for (const auto& root : listQuarantineFolders(user_, files_).value_or(std::vector<Path>()))
         if (const auto manifest = readManifest(root, budgeted))

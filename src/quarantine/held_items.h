@@ -25,6 +25,10 @@ class HeldItems {
     std::optional<Path> holder(const std::string& oldPlace);
     /// The places of all runs that have the item whole, newest run first; of a forged number only the newest.
     std::vector<Path> wholeIn(const std::string& oldPlace);
+    /// The places of all runs that have a copy of the item without its final name, newest run first.
+    std::vector<Path> copiedIn(const std::string& oldPlace);
+    /// Whether the run with this place of the item has a journal, and so may have been cut off in moving it.
+    bool isUnfinished(const std::string& oldPlace, const Path& place);
     /// The same as `holder` for runs other than that in `root` that were begun at `since` or later.
     std::optional<Path> laterHolder(const std::string& oldPlace, const Path& root, Timestamp since);
 
@@ -33,6 +37,7 @@ class HeldItems {
         Path root;
         Timestamp createdAt;
         Path destination;
+        bool isUnfinished;
     };
     using Test = std::function<bool(const Planned&)>;
     std::optional<Path> find(const std::string& oldPlace, const Test& isMeant);

@@ -5,6 +5,7 @@
 #include "platform/file_absence.h"
 #include "posix/copied_move.h"
 #include "quarantine/quarantine_layout.h"
+#include "quarantine/set_aside.h"
 
 #include <algorithm>
 #include <map>
@@ -121,9 +122,15 @@ std::optional<MoveRemains> settleInterruptedMove(const Path& from, const Path& t
 
 void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrites strayWrites,
                             FileSystem& files, const PathPolicy& policy, HeldItems& held) {
-    const auto settleInto = [&](const Path& from, const Path& to) {
-        const auto remains = settled(from, to, files, policy);
-        const bool isStray = remains && remains->fault == FileFault::busy;
+    // Of a run that has ended nothing is aside but what it has whole; less than that is another item.
+    const auto canHaveLeft = [&](const ManifestEntry& entry, const Path& whole) {
+        return held.isUnfinished(entry.source, whole) || areSetAsideOf(whole, Path(entry.source), files);
+    };
+    const auto settleInto = [&](const ManifestEntry& entry, const Path& to) {
+        const Path from(entry.source);
+        const bool isAnothers = files.isSetAside(from) && files.exists(to) && !canHaveLeft(entry, to);
+        const auto remains = isAnothers ? std::nullopt : settled(from, to, files, policy);
+        const bool isStray = isAnothers || (remains && remains->fault == FileFault::busy);
         if (!isStray || strayWrites == StrayWrites::stayAside) return;
         if (const auto real = files.resolveParent(from)) (void)files.revealRemains(*real);
     };
@@ -131,15 +138,20 @@ void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrit
     for (const auto& entry : planned) {
         if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
         const Path from(entry.source), own(*entry.destination);
-        if (files.isSetAside(from) && compared.insert(from).second)
+        if (files.isSetAside(from) && compared.insert(from).second) {
+            const auto compareWith = [&](const Path& place) {
+                const auto remains = settled(from, place, files, policy);
+                if (remains && remains->fault != FileFault::busy) irremovable.insert(from);
+            };
+            for (const auto& place : held.copiedIn(entry.source))
+                if (isCompleteCopy(copyOf(place), from, files)) compareWith(place);
             for (const auto& whole : held.wholeIn(entry.source))
-                if (const auto remains = settled(from, whole, files, policy);
-                    remains && remains->fault != FileFault::busy)
-                    irremovable.insert(from);
+                if (files.isSetAside(from) && canHaveLeft(entry, whole)) compareWith(whole);
+        }
         if (irremovable.contains(from)) continue;
         const auto holder = files.isSetAside(from) ? held.holder(entry.source) : std::nullopt;
-        if (holder && *holder != own) settleInto(from, *holder);
-        if (!holder || *holder == own || !files.isSetAside(from)) settleInto(from, own);
+        if (holder && *holder != own) settleInto(entry, *holder);
+        if (!holder || *holder == own || !files.isSetAside(from)) settleInto(entry, own);
     }
 }
 

@@ -6,6 +6,7 @@
 #include "posix/copied_move.h"
 #include "quarantine/comparison_limit.h"
 #include "quarantine/interrupted_move.h"
+#include "quarantine/set_aside.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -129,7 +130,12 @@ bool settleArrived(const ManifestEntry& move, FileSystem& files, const PathPolic
     if (move.kind != ManifestEntryKind::move || !move.destination) return false;
     const Path from(*move.destination), to(move.source);
     if (!files.exists(to)) return false;
-    if (files.exists(from) ? !isOneItem(from, to, files) : !files.isSetAside(from)) return false;
+    if (files.exists(from)) {
+        if (!isOneItem(from, to, files)) return false;
+    } else if (!files.isSetAside(from) || !InterruptedReturns(files).of({move}).empty()
+               || !areSetAsideOf(to, from, files)) {
+        return false;
+    }
     (void)settleInterruptedMove(from, to, files, policy);
     return !files.exists(from) && !files.isSetAside(from);
 }

@@ -169,6 +169,13 @@ class Recovery {
     }
 
     void settleReturns(const std::vector<ManifestEntry>& entries) {
+        for (auto& found : returns_.of(entries)) {
+            if (!files_.exists(found.copy)) continue;
+            if (tidwen::settle(found, files_, policy_))
+                tellSettled(found.to);
+            else
+                unsettledReturns_.push_back(std::move(found));
+        }
         arrived_.lookAgain();
         for (const auto& entry : entries) {
             if (settleArrived(entry, files_, policy_) || settleTakenAgain(entry, held_, files_, policy_))
@@ -178,13 +185,6 @@ class Recovery {
             for (const auto& rest : rests.removed) {
                 if (rest.isWithin(user_.trash())) tellSettled(Path(entry.source));
             }
-        }
-        for (auto& found : returns_.of(entries)) {
-            if (!files_.exists(found.copy)) continue;
-            if (tidwen::settle(found, files_, policy_))
-                tellSettled(found.to);
-            else
-                unsettledReturns_.push_back(std::move(found));
         }
         for (const auto& entry : entries)
             if (entry.kind == ManifestEntryKind::move && entry.destination)

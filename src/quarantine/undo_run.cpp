@@ -172,7 +172,8 @@ class UndoRun {
         if (isMissing(from) && !ports_.files.isSetAside(from)) return restoreMissing(from, source);
         if (steps_.isStopped()) return fail(entry.source, {stoppedKey});
         if (isBlocked(from, source)) return fail(entry.source, {blockedBySafetyPolicyKey});
-        if (isMissing(from) && earlier_.finishMove(from, source)) return countRestored(from, source);
+        const auto arrived = isMissing(from) ? earlier_.finishMove(from, source) : std::nullopt;
+        if (arrived) return countRestored({.source = from, .destination = *arrived}, source);
         if (isMissing(from) && earlier_.rest()) {
             ++report_.alreadyBack;
             --report_.totalCount;

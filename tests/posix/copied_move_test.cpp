@@ -503,6 +503,20 @@ TEST(SettleInterruptedMove, RemovesOnlyWhatIsSafeElsewhere) {
     }
 }
 
+/// Two moves of one place to different destinations were cut off.
+TEST(SettleInterruptedMove, TakesOneOriginalForItsCopy) {
+    const TemporaryVolume volume;
+    for (const std::string item : {"/from/.tidwen-moved-x", "/from/.tidwen-moved2-x", "/to/.tidwen-copy-x"}) {
+        volume.write(item + "/a", "a");
+        if (!item.ends_with("2-x")) volume.write(item + "/b", "b");
+        for (const auto* name : {"/a", "/b", ""})
+            if (volume.exists(item + name)) age(volume.host(item + name), 1);
+    }
+    (void)openVolume(volume.hostRoot())->settleInterruptedMove(Path("/from/x"), Path("/to/x"));
+    EXPECT_EQ(namesIn(volume.host("/from")), std::vector<std::string>{".tidwen-moved2-x"});
+    EXPECT_EQ(namesIn(volume.host("/to/x")), (std::vector<std::string>{"a", "b"}));
+}
+
 /// The rest of what has arrived is no item: nothing gives it the item's name.
 TEST(SettleInterruptedMove, RemovesTheRestOfWhatArrivedIfItIsSafeElsewhere) {
     for (const bool isSafe : {true, false}) {

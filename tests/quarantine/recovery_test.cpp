@@ -623,6 +623,56 @@ TEST_F(Recovery, WhatLiesAsideGetsItsNameOnlyIfNoRunHasItWhole) {
     }
 }
 
+TEST_F(Recovery, AnItemSetAsideIsNoRestOfARunThatHasMore) {
+    // An older version was installed again, and its removal cut off. Each letter is a file of the item.
+    const std::string place = "/Applications/X.app", aside = "/Applications/.tidwen-moved-X.app";
+    const auto later = folder("Notes 2");
+    const auto old = moveEntry(1, root, place), mine = moveEntry(1, later, place);
+    const std::string copy = (later / "0001/.tidwen-copy-X.app").string();
+    const struct {
+        const char* what;
+        std::string older, copied, then; ///< then: where "ab" is in the end
+    } cases[] = {
+        {"its own copy is whole", "abc", "ab", *mine.destination},
+        {"so is what an older run has", "ab", "ab", *mine.destination},
+        {"its copy was taken", "abc", "", place},
+    };
+    for (const auto& c : cases)
+        for (const bool isUndone : {false, !c.copied.empty()}) {
+            SCOPED_TRACE(c.what);
+            ASSERT_TRUE(writeManifest({.createdAt = runDate, .quarantineRoot = root, .entries = {old}},
+                                      root / manifestFileName, volume.files()));
+            ASSERT_TRUE(writeJournal(
+                {.createdAt = runDate + std::chrono::seconds(5), .quarantineRoot = later, .planned = {mine}},
+                later / journalFileName, volume.files()));
+            for (const auto& [item, letters] :
+                 {std::pair(*old.destination, c.older), {aside, "ab"}, {copy, c.copied}}) {
+                for (const char letter : letters) {
+                    const auto file = item + "/" + letter;
+                    volume.write(file, std::string(3, letter));
+                    fs::last_write_time(volume.host(file), fs::file_time_type());
+                }
+                if (!letters.empty()) fs::last_write_time(volume.host(item), fs::file_time_type());
+            }
+            if (isUndone) {
+                UndoService::Ports ports{volume.files(), administrator, session, texts, log, clock};
+                EXPECT_EQ(UndoService(ports, alice()).undoRun(later)->failures, std::vector<Problem>());
+            } else {
+                const auto outcome = recoverAll();
+                EXPECT_EQ(outcome.recovered.size(), 1u);
+                EXPECT_THAT(outcome.missing, IsEmpty());
+            }
+            const auto then = isUndone ? place : c.then;
+            EXPECT_TRUE(volume.exists(then + "/b"));
+            EXPECT_FALSE(volume.exists(then + "/c"));
+            EXPECT_EQ(volume.exists(*old.destination + "/c"), c.older == "abc");
+            for (const auto& path : {aside, copy})
+                EXPECT_FALSE(volume.exists(path)) << path;
+            for (const auto& path : {root.string(), later.string(), std::string("/Applications")})
+                fs::remove_all(volume.host(path));
+        }
+}
+
 TEST_F(Recovery, FindsWhatWasOnItsWayUnderNamesThatAnotherDiskSpelled) {
     const std::string composed = "Caf\u00e9", decomposed = "Cafe\u0301", caches = "/Library/Caches/";
     const auto entry = moveEntry(1, root, caches + composed);

@@ -328,6 +328,49 @@ TEST_F(Undo, PutsNoRestOfAnEarlierOneBack) {
     }
 }
 
+TEST_F(Undo, AnItemOnItsWayToAnotherNameHasNotArrivedAtItsOwn) {
+    // The place was taken by an application with more in it. Each letter is a file of the item.
+    const std::string place = "/Applications/X.app", beside = "/Applications/X 2.app",
+                      copy = "/Applications/.tidwen-copy-X 2.app";
+    const auto entry = moveEntry(1, root, place);
+    const std::string aside = (root / "0001/.tidwen-moved-X.app").string();
+    const struct {
+        std::string copied, then; ///< then: where "ab" is in the end
+    } cases[] = {{"ab", beside}, {"a", beside}, {"", aside}};
+    for (const auto& c : cases)
+        for (const bool isRecovered : {true, false}) {
+            SCOPED_TRACE(c.copied);
+            ASSERT_TRUE(writeManifest({.createdAt = runDate, .quarantineRoot = root, .entries = {entry}},
+                                      root / manifestFileName, volume.files()));
+            for (const auto& [item, letters] :
+                 {std::pair<std::string, std::string>(place, "abc"), {aside, "ab"}, {copy, c.copied}}) {
+                const std::filesystem::file_time_type then;
+                for (const char letter : letters) {
+                    volume.write(item + "/" + letter, std::string(3, letter));
+                    std::filesystem::last_write_time(volume.host(item + "/" + letter), then);
+                }
+                if (!letters.empty()) std::filesystem::last_write_time(volume.host(item), then);
+            }
+            if (isRecovered) {
+                EXPECT_EQ(recoverInterruptedRemovals(alice(), volume.files(), clock, log).strayCopies,
+                          c.then == aside ? std::vector{Path(aside)} : std::vector<Path>());
+            }
+            const auto report =
+                UndoService({volume.files(), administrator, session, texts, log, clock}, alice())
+                    .undoRun(root);
+            if (report && c.then == beside) {
+                EXPECT_EQ(report->renamed, std::vector{Path(beside)});
+            }
+            EXPECT_EQ(report && !report->failures.empty(), c.then == aside);
+            EXPECT_TRUE(volume.exists(c.then + "/b"));
+            for (const auto& path : {aside, beside, copy})
+                EXPECT_EQ(volume.exists(path), path == c.then) << path;
+            EXPECT_TRUE(volume.exists(place + "/c"));
+            for (const auto& path : {root.string(), std::string("/Applications")})
+                std::filesystem::remove_all(volume.host(path));
+        }
+}
+
 TEST_F(Undo, TakesAwayTheOldNameThatAnEarlierOneLeft) {
     const std::string back = "/Users/alice/Library/Caches/back.db";
     for (const auto& name : {back, std::string("/Users/alice/Library/Caches/back 2.db")}) {
