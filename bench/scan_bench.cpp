@@ -5,7 +5,6 @@
 #include "base/log.h"
 #include "base/path.h"
 #include "base/texts.h"
-#include "cli/command.h"
 #include "command.h"
 #include "platform/file_code_signatures.h"
 #include "platform/user_environment.h"

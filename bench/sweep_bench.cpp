@@ -3,7 +3,6 @@
 // 200,000 leftovers, which is measured without comparison.
 
 #include "base/path.h"
-#include "cli/command.h"
 #include "command.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"

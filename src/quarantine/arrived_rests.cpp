@@ -16,6 +16,11 @@ namespace {
 /// More than any application holds.
 constexpr std::size_t mostNames = 1'000'000;
 
+bool holdsAny(const Path& folder, const FileSystem& files) {
+    const auto entries = files.list(folder).value_or(std::vector<DirectoryEntry>());
+    return std::ranges::any_of(entries, isNameOfArrived, &DirectoryEntry::name);
+}
+
 } // namespace
 
 std::vector<Path> arrivedRests(const Path& item, const FileSystem& files) {
@@ -25,11 +30,25 @@ std::vector<Path> arrivedRests(const Path& item, const FileSystem& files) {
     return rests;
 }
 
+std::multimap<std::string, Path> restsBesideOldPlaces(const std::vector<ManifestEntry>& entries,
+                                                      const FileSystem& files) {
+    std::multimap<std::string, Path> rests;
+    std::map<Path, bool> hasAny;
+    for (const auto& entry : entries) {
+        if (entry.kind != ManifestEntryKind::move || rests.contains(entry.source)) continue;
+        const Path oldPlace(entry.source);
+        const auto [known, isNew] = hasAny.try_emplace(oldPlace.parent(), false);
+        if (isNew) known->second = holdsAny(oldPlace.parent(), files);
+        if (!known->second) continue;
+        for (auto& rest : arrivedRests(oldPlace, files))
+            rests.emplace(entry.source, std::move(rest));
+    }
+    return rests;
+}
+
 std::vector<Path> ArrivedRests::of(const Path& item) {
     const auto [known, isNew] = hasAny_.try_emplace(item.parent(), false);
-    if (isNew)
-        for (const auto& entry : files_.list(item.parent()).value_or(std::vector<DirectoryEntry>()))
-            known->second = known->second || isNameOfArrived(entry.name);
+    if (isNew) known->second = holdsAny(item.parent(), files_);
     return known->second ? arrivedRests(item, files_) : std::vector<Path>();
 }
 

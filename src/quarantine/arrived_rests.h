@@ -15,9 +15,16 @@
 
 namespace tidwen {
 
+/// The reason why such a rest keeps a run, with its path.
+inline constexpr const char* restOfRemovalKey = "failure.restOfRemoval %@";
+
 /// What moves between disks left of originals that they were removing, beside either end. Such a rest is no
 /// item: all of it had arrived at the other end.
 std::vector<Path> arrivedRests(const Path& item, const FileSystem& files);
+
+/// Those beside the old places of moves, by old place as recorded. Changes nothing.
+std::multimap<std::string, Path> restsBesideOldPlaces(const std::vector<ManifestEntry>& entries,
+                                                      const FileSystem& files);
 
 /// Removes such rests. A forged record can name many items for one rest, so all attempts share one budget: a
 /// rest is compared only with items that have everything at its top, with a limited number of names and

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <set>
 
 namespace tidwen {
 
@@ -60,6 +61,13 @@ std::vector<Path> HeldItems::copiedIn(const std::string& oldPlace) {
     return places;
 }
 
+bool HeldItems::isElsewhereThanCopied(const ManifestEntry& move, const Path& root) {
+    if (move.kind != ManifestEntryKind::move || !move.destination) return false;
+    if (!files_.exists(copyOf(Path(*move.destination)))) return false;
+    return std::ranges::any_of(wholeIn(move.source),
+                               [&](const Path& whole) { return !whole.isWithin(root); });
+}
+
 bool HeldItems::isUnfinished(const std::string& oldPlace, const Path& place) {
     if (!isRead_) read();
     const auto known = planned_.find(oldPlace);
@@ -97,9 +105,13 @@ void HeldItems::read() {
 
 void dropHeldByLaterRuns(std::vector<ManifestEntry>& entries, const Path& root, Timestamp createdAt,
                          HeldItems& held) {
+    std::set<std::string> copied;
+    for (const auto& entry : entries)
+        if (entry.isMissing && held.isElsewhereThanCopied(entry, root)) copied.insert(entry.source);
     std::erase_if(entries, [&](const ManifestEntry& entry) {
+        const auto& item = entry.plistPath.value_or(entry.source);
         return entry.isMissing
-               && held.laterHolder(entry.plistPath.value_or(entry.source), root, createdAt).has_value();
+               && (copied.contains(item) || held.laterHolder(item, root, createdAt).has_value());
     });
 }
 

@@ -27,6 +27,8 @@ class HeldItems {
     std::vector<Path> wholeIn(const std::string& oldPlace);
     /// The places of all runs that have a copy of the item without its final name, newest run first.
     std::vector<Path> copiedIn(const std::string& oldPlace);
+    /// Whether the run in `root` has a begun copy of the item, and another run the item itself.
+    bool isElsewhereThanCopied(const ManifestEntry& move, const Path& root);
     /// Whether the run with this place of the item has a journal, and so may have been cut off in moving it.
     bool isUnfinished(const std::string& oldPlace, const Path& place);
     /// The same as `holder` for runs other than that in `root` that were begun at `since` or later.
@@ -50,7 +52,7 @@ class HeldItems {
 };
 
 /// Drops the missing entries of the run in `root`, begun at `createdAt`, whose items a later run moved, and
-/// the jobs of such items.
+/// the jobs of such items. An item of which the run has only a begun copy may be in any other run.
 void dropHeldByLaterRuns(std::vector<ManifestEntry>& entries, const Path& root, Timestamp createdAt,
                          HeldItems& held);
 

@@ -40,10 +40,9 @@ class Unaccounted {
     }
 
     /// Among the folders looked at so far: whether the run ended while it copied an item, and so before it
-    /// moved that, or one that has no folder yet.
+    /// moved this one, which has no folder yet.
     bool isNeverMoved(const ManifestEntry& move) const {
-        if (begun_.empty()) return false;
-        return begun_.contains(move.source) || isMissing(files_, Path(*move.destination).parent());
+        return hasBegunCopy_ && isMissing(files_, Path(*move.destination).parent());
     }
 
   private:
@@ -66,14 +65,14 @@ class Unaccounted {
         const auto mine = files_.info(copy), there = files_.infoFollowingLinks(oldPlace.parent());
         // If both are on one disk, the other one is disconnected.
         if (!mine || !there || mine->device == there->device || files_.isSetAside(oldPlace)) return false;
-        begun_.insert(oldPlace.string());
+        hasBegunCopy_ = true;
         return true;
     }
 
     const FileSystem& files_;
     std::map<Path, std::string> oldPlaceOfCopy_;
-    std::set<std::string> begun_; ///< old places
-    std::set<Path> accounted_;    ///< the items and the folders above them
+    bool hasBegunCopy_ = false;
+    std::set<Path> accounted_; ///< the items and the folders above them
     std::map<Path, bool> known_;
 };
 

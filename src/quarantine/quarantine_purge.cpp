@@ -10,9 +10,11 @@
 #include "operations/administrator_prompt.h"
 #include "operations/trash_staging.h"
 #include "platform/file_system.h"
+#include "quarantine/arrived_rests.h"
 #include "quarantine/interrupted_return.h"
 #include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
+#include "quarantine/set_aside.h"
 #include "scan/policy/path_policy.h"
 
 #include <chrono>
@@ -39,9 +41,21 @@ QuarantinePurge::Failure refuse(QuarantinePurge::Failure::Kind kind, const Path&
     return {kind, folder.string(), {}};
 }
 
-bool isOfUndo(QuarantinePurge::Failure::Kind kind) {
+bool isCutOff(QuarantinePurge::Failure::Kind kind) {
     using enum QuarantinePurge::Failure::Kind;
-    return kind == undoCutOff || kind == undoUnknown;
+    return kind == undoCutOff || kind == undoUnknown || kind == restOfRemoval;
+}
+
+/// What the removal left that may be nowhere else.
+std::optional<Path> restOf(const Manifest& manifest, const FileSystem& files) {
+    if (const auto rests = restsBesideOldPlaces(manifest.entries, files); !rests.empty())
+        return rests.begin()->second;
+    for (const auto& entry : manifest.entries) {
+        if (!entry.isMissing || entry.kind != ManifestEntryKind::move || !entry.destination) continue;
+        auto copy = copyOf(Path(*entry.destination));
+        if (files.exists(copy) && !files.exists(Path(entry.source))) return copy;
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -57,6 +71,8 @@ std::optional<Message> QuarantinePurge::Failure::describe() const {
         return Message{"failure.purge.undoCutOff %@", {text}};
     case Kind::undoUnknown:
         return Message{"failure.purge.undoUnknown %@", {text}};
+    case Kind::restOfRemoval:
+        return Message{restOfRemovalKey, {text}};
     case Kind::elevatedDeleteFailed:
         return noScript ? *noScript : Message{"%@", {text}}; // the tool's own output, which is not localized
     case Kind::authorizationCancelled:
@@ -112,12 +128,13 @@ std::optional<QuarantinePurge::Failure> QuarantinePurge::validate(const Path& fo
     const auto manifest = readManifest(path, files_);
     if (files_.exists(path / journalFileName) && !manifest) return refuse(Failure::Kind::unsettled, folder);
     if (!files_.exists(path / manifestFileName)) return refuse(Failure::Kind::notAQuarantineFolder, folder);
-    // Nothing but the run records the copy.
+    // Nothing but the run records these.
     if (!manifest) return std::nullopt;
     InterruptedReturns returns(files_);
     if (const auto found = returns.of(manifest->entries); !found.empty())
         return refuse(Failure::Kind::undoCutOff, found.front().copy);
     if (!returns.unlisted().empty()) return refuse(Failure::Kind::undoUnknown, *returns.unlisted().begin());
+    if (const auto rest = restOf(*manifest, files_)) return refuse(Failure::Kind::restOfRemoval, *rest);
     return std::nullopt;
 }
 
@@ -240,7 +257,7 @@ QuarantinePurge::purge(const std::vector<Path>& chosen, const StepControl& contr
         auto failure = validate(folder);
         if (!failure) {
             folders.push_back(folder);
-        } else if (cutOffUndo == CutOffUndo::keep && isOfUndo(failure->kind)) {
+        } else if (cutOffUndo == CutOffUndo::keep && isCutOff(failure->kind)) {
             outcome.kept.push_back(folder);
             outcome.cutOffUndos.emplace(folder, std::move(*failure));
         } else {

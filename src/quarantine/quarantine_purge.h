@@ -27,9 +27,10 @@ class QuarantinePurge {
         enum class Kind {
             notAQuarantineFolder,
             escapesThroughSymlink,
-            unsettled,   ///< it has a journal and no manifest, so it has not ended
-            undoCutOff,  ///< an unfinished copy of an undo is beside an old place
-            undoUnknown, ///< the folder of an old place, in which such a copy may be, cannot be listed
+            unsettled,     ///< it has a journal and no manifest, so it has not ended
+            undoCutOff,    ///< an unfinished copy of an undo is beside an old place
+            undoUnknown,   ///< the folder of an old place, in which such a copy may be, cannot be listed
+            restOfRemoval, ///< what the removal left beside an old place, or copied of a missing item
             elevatedDeleteFailed,
             authorizationCancelled
         };
@@ -41,7 +42,7 @@ class QuarantinePurge {
         friend bool operator==(const Failure&, const Failure&) = default;
     };
 
-    /// What happens to a run beside whose old places an undo left an unfinished copy, or may have.
+    /// What happens to a run that alone records what an undo or the removal left when it was cut off.
     enum class CutOffUndo {
         refuse, ///< with everything else, because this run was asked for
         keep,   ///< the others are removed
@@ -53,7 +54,7 @@ class QuarantinePurge {
         /// Those of `kept` that are complete, because they contain items that only root can delete.
         std::vector<Path> othersItems = {};
         std::vector<Path> notBegun = {}; ///< of `kept`: not begun when it was stopped
-        /// Of `kept`: why those stay beside whose old places an undo left an unfinished copy, or may have.
+        /// Of `kept`: why those stay that alone record what an undo or the removal left when it was cut off.
         std::map<Path, Failure> cutOffUndos = {};
     };
 

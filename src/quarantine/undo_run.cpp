@@ -83,6 +83,7 @@ class UndoRun {
         for (const auto& step : order)
             if (step.afterBatch) restore(step);
         revealRemains();
+        tellRests();
         queueJobs(false);
         runQueued(ports_.userRunner);
         steps_.finish();
@@ -243,6 +244,12 @@ class UndoRun {
             if (isBlocked(Path(*entry.destination), source)) continue;
             if (!reveal(source)) fail(entry.source, {moveUnfinishedKey});
         }
+    }
+
+    /// What a removal that was cut off left beside an old place was written to since, or is not removable.
+    void tellRests() {
+        for (const auto& [oldPlace, rest] : restsBesideOldPlaces(manifest_.entries, ports_.files))
+            if (isChosen(oldPlace)) fail(oldPlace, {restOfRemovalKey, {rest.string()}});
     }
 
     void countRestored(const operation::Move& move, const Path& oldPlace) {

@@ -508,11 +508,13 @@ TEST_F(Recovery, AFolderThatCannotBeReadMayHoldACopyOfAnUndo) {
     }
 }
 
-/// The item was changed and removed otherwise since: the run never moved it, nor what came after it.
-TEST_F(Recovery, AHalfCopyHoldsNoRunWhenNothingIsSetAside) {
+/// The run never moved the item, nor what came after it: nothing is set aside.
+TEST_F(Recovery, AHalfCopyIsNoItemButMayBeAllThatIsLeftOfOne) {
     const std::string caches = "/Library/Caches", aside = caches + "/.tidwen-moved-a";
     const auto copied = moveEntry(1, root, caches + "/a"), never = moveEntry(2, root, caches + "/b");
     const auto copy = (root / "0001/.tidwen-copy-a").string();
+    const auto other = folder("Earlier");
+    const auto taken = moveEntry(1, other, copied.source);
     const auto skipped = withSmallDisk(1u << 20, [&](const fs::path& disk) {
         TemporaryVolume mac; // sees the disk
         mac.makeFolder(caches);
@@ -523,13 +525,28 @@ TEST_F(Recovery, AHalfCopyHoldsNoRunWhenNothingIsSetAside) {
         mac.write(aside, "");
         EXPECT_THAT(readUnfinishedRun(root, mac.files())->unsettled, ElementsAre(copied.source));
         fs::remove(mac.host(aside));
-        const auto outcome = recoverInterruptedRemovals(alice(), mac.files(), clock, log);
-        ASSERT_EQ(outcome.recovered.size(), 1u);
-        EXPECT_THAT(outcome.recovered[0].entries, IsEmpty());
-        EXPECT_THAT(outcome.missing, IsEmpty());
-        EXPECT_THAT(outcome.strayCopies, ElementsAre(Path(copy)));
-        EXPECT_EQ(mac.read(copy), "who");
-        EXPECT_TRUE(QuarantinePurge(mac.files(), alice(), {}, log).purge({root}));
+        // Another run has the item, changed since; the clock was set back.
+        const auto recoverAgain = [&](bool isElsewhere) {
+            ASSERT_TRUE(
+                writeJournal({.createdAt = runDate, .quarantineRoot = root, .planned = {copied, never}},
+                             root / journalFileName, mac.files()));
+            const auto outcome = recoverInterruptedRemovals(alice(), mac.files(), clock, log);
+            ASSERT_EQ(outcome.recovered.size(), 1u);
+            EXPECT_EQ(outcome.missing, isElsewhere ? std::vector<std::string>() : std::vector{copied.source});
+            EXPECT_EQ(outcome.recovered[0].entries.size(), outcome.missing.size());
+            EXPECT_THAT(outcome.strayCopies, ElementsAre(Path(copy)));
+            EXPECT_EQ(mac.read(copy), "who");
+        };
+        recoverAgain(false);
+        QuarantinePurge purge(mac.files(), alice(), {}, log);
+        EXPECT_EQ(purge.purge({root}).error().describe(), (Message{"failure.restOfRemoval %@", {copy}}));
+        ASSERT_TRUE(writeManifest(
+            {.createdAt = runDate - std::chrono::hours(1), .quarantineRoot = other, .entries = {taken}},
+            other / manifestFileName, mac.files()));
+        mac.write(*taken.destination, "another");
+        fs::remove(mac.host((root / manifestFileName).string()));
+        recoverAgain(true);
+        EXPECT_TRUE(purge.purge({root}));
     });
     if (skipped) GTEST_SKIP() << *skipped;
 }
@@ -671,6 +688,33 @@ TEST_F(Recovery, AnItemSetAsideIsNoRestOfARunThatHasMore) {
             for (const auto& path : {root.string(), later.string(), std::string("/Applications")})
                 fs::remove_all(volume.host(path));
         }
+}
+
+/// Something was written to an original while it was being removed, and is nowhere else.
+TEST_F(Recovery, WhatOnlyARestOfAnOriginalHasIsNamedUntilItIsGone) {
+    const std::string place = "/Library/Support/X", rest = "/Library/Support/.tidwen-arrived-X";
+    const auto entry = moveEntry(1, root, place);
+    const Message reason{"failure.restOfRemoval %@", {rest}};
+    UndoService::Ports ports{volume.files(), administrator, session, texts, log, clock};
+    QuarantinePurge purge(volume.files(), alice(), {}, log);
+    for (const bool isUndone : {true, false}) {
+        ASSERT_TRUE(writeManifest({.createdAt = runDate, .quarantineRoot = root, .entries = {entry}},
+                                  root / manifestFileName, volume.files()));
+        volume.write(*entry.destination + "/a", "a");
+        volume.write(rest + "/new", "written since");
+        if (isUndone) {
+            EXPECT_EQ(UndoService(ports, alice()).undoRun(root)->failures,
+                      (std::vector<Problem>{{place, reason}}));
+        }
+        EXPECT_EQ(recoverAll().strayCopies, std::vector{Path(rest)});
+        const auto refused = purge.purge({root});
+        ASSERT_FALSE(refused);
+        EXPECT_EQ(refused.error().describe(), reason);
+        EXPECT_EQ(purge.purge({root}, {}, QuarantinePurge::CutOffUndo::keep)->kept, std::vector{root});
+        EXPECT_EQ(volume.read(rest + "/new"), "written since");
+        fs::remove_all(volume.host("/Library/Support"));
+        EXPECT_TRUE(purge.purge({root}));
+    }
 }
 
 TEST_F(Recovery, FindsWhatWasOnItsWayUnderNamesThatAnotherDiskSpelled) {
