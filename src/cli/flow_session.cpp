@@ -68,16 +68,19 @@ bool FlowSession::scan(const std::vector<std::string>& words, ProtectedTargets o
     const bool areAllPaths =
         std::all_of(words.begin(), words.end(), [](const auto& word) { return word.starts_with('/'); });
     std::vector<InstalledIdentity> installed;
+    bool areAllSeen = true;
     if (!areAllPaths) {
         const auto& system = mac.system;
-        installed =
-            identitiesOf(*session_.lookAtBundles(), findApplicationBundles(system.files, system.user));
+        const auto bundles = session_.lookAtBundles();
+        installed = identitiesOf(*bundles, findApplicationBundles(system.files, system.user));
+        areAllSeen = bundles->coverage().isComplete();
     }
     const auto named =
         findBundles(words, ApplicationFinder(mac.system.files, installed, HostPaths(mac.volume)));
     for (const auto& failure : named.failures)
         context_.report(failure);
     someRefused_ = !named.failures.empty();
+    if (someRefused_ && !areAllSeen) context_.console.advise(context_.text("cli.app.notAllSeen"));
     if ((named.bundles.empty() && named.gone.empty()) || isCalledOff()) return false;
     model_.loadTargets(named.bundles, ofProtected, named.gone);
     const bool hasEnded = awaitScan();

@@ -368,6 +368,14 @@ class Around(VolumeTest):
         self.assertEqual(self.call("orphans", "--risk", "have a look,safe").output,
                          self.call("orphans", "--risk", "review,safe").output)
 
+    def test_a_name_is_not_called_unknown_alone_where_applications_could_not_be_read(self):
+        advice = "named by its path"
+        self.assertNotIn(advice, self.call("scan", "Nobody", status=2).errors)
+        (self.volume / "Applications/Torn.app/Contents").mkdir(parents=True)
+        (self.volume / "Applications/Torn.app/Contents/Info.plist").write_text("torn")
+        for command in ("scan", "remove"):
+            self.refuse(command, "Nobody", saying=advice)
+
     def test_a_refusal_is_a_document_for_programs(self):
         for words, key in [(["remove", "Nobody", "--yes"], "cli.app.unknown"), (["fly"], "cli.usage.unknownCommand %@"),
                            (["purge"], "cli.purge.usage"), (["settings", "get", "x"], "cli.settings.unknown %@")]:
