@@ -80,7 +80,8 @@ bool FlowSession::scan(const std::vector<std::string>& words, ProtectedTargets o
     for (const auto& failure : named.failures)
         context_.report(failure);
     someRefused_ = !named.failures.empty();
-    if (someRefused_ && !areAllSeen) context_.console.advise(context_.text("cli.app.notAllSeen"));
+    const bool isAnyUnknown = someRefused_ || !named.gone.empty();
+    if (isAnyUnknown && !areAllSeen) context_.console.advise(context_.text("cli.app.notAllSeen"));
     if ((named.bundles.empty() && named.gone.empty()) || isCalledOff()) return false;
     model_.loadTargets(named.bundles, ofProtected, named.gone);
     const bool hasEnded = awaitScan();

@@ -373,8 +373,8 @@ class Around(VolumeTest):
         self.assertNotIn(advice, self.call("scan", "Nobody", status=2).errors)
         (self.volume / "Applications/Torn.app/Contents").mkdir(parents=True)
         (self.volume / "Applications/Torn.app/Contents/Info.plist").write_text("torn")
-        for command in ("scan", "remove"):
-            self.refuse(command, "Nobody", saying=advice)
+        for name in ("Nobody", "com.example.nobody"):
+            self.refuse("scan", name, saying=advice)
 
     def test_a_refusal_is_a_document_for_programs(self):
         for words, key in [(["remove", "Nobody", "--yes"], "cli.app.unknown"), (["fly"], "cli.usage.unknownCommand %@"),
