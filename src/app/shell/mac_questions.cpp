@@ -104,7 +104,10 @@ void MacQuestions::confirmStartupItems() {
         },
         [](MacQuestions& questions, std::vector<Trace> measured) {
             auto& flow = questions.mac_.flow();
-            if (measured.empty() || !std::holds_alternative<stage::StartupItems>(flow.stage())) return;
+            // Pressed again while it was measured, the first question stands, over what it names.
+            const bool isAsked = questions.confirmSheet_ != nullptr;
+            const bool isElsewhere = !std::holds_alternative<stage::StartupItems>(flow.stage());
+            if (measured.empty() || isAsked || isElsewhere) return;
             flow.offer(questions.texts_.text("startup.title"), std::move(measured));
             questions.confirm();
         });
