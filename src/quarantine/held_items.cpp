@@ -16,8 +16,8 @@ namespace tidwen {
 
 namespace {
 
-/// More runs than have one item of one place whole.
-constexpr std::size_t mostWhole = 100;
+/// More runs than have one item of one place.
+constexpr std::size_t mostPlaces = 100;
 
 /// The item itself, or what a move between disks into or out of quarantine left on its way.
 bool holds(const Path& destination, const FileSystem& files) {
@@ -36,27 +36,24 @@ std::optional<Path> HeldItems::laterHolder(const std::string& oldPlace, const Pa
 }
 
 std::vector<Path> HeldItems::wholeIn(const std::string& oldPlace) {
+    return placesOf(oldPlace,
+                    [&](const Path& place) { return files_.exists(place) && !files_.exists(copyOf(place)); });
+}
+
+std::vector<Path> HeldItems::copiedIn(const std::string& oldPlace) {
+    return placesOf(oldPlace, [&](const Path& place) { return files_.exists(copyOf(place)); });
+}
+
+std::vector<Path> HeldItems::placesOf(const std::string& oldPlace,
+                                      const std::function<bool(const Path&)>& isMeant) {
     if (!isRead_) read();
     std::vector<Path> places;
     const auto known = planned_.find(oldPlace);
     if (known == planned_.end()) return places;
     for (const auto& planned : known->second) {
         const auto& place = planned.destination;
-        if (places.size() == mostWhole) break;
-        const bool isWhole = files_.exists(place) && !files_.exists(copyOf(place));
-        if (isWhole && std::ranges::find(places, place) == places.end()) places.push_back(place);
-    }
-    return places;
-}
-
-std::vector<Path> HeldItems::copiedIn(const std::string& oldPlace) {
-    if (!isRead_) read();
-    std::vector<Path> places;
-    const auto known = planned_.find(oldPlace);
-    if (known == planned_.end()) return places;
-    for (const auto& planned : known->second) {
-        if (places.size() == mostWhole) break;
-        if (files_.exists(copyOf(planned.destination))) places.push_back(planned.destination);
+        if (places.size() == mostPlaces) break;
+        if (std::ranges::find(places, place) == places.end() && isMeant(place)) places.push_back(place);
     }
     return places;
 }

@@ -41,6 +41,8 @@ class HeldItems {
         Path destination;
         bool isUnfinished;
     };
+    /// Each once, newest run first; of at most a hundred runs.
+    std::vector<Path> placesOf(const std::string& oldPlace, const std::function<bool(const Path&)>& isMeant);
     using Test = std::function<bool(const Planned&)>;
     std::optional<Path> find(const std::string& oldPlace, const Test& isMeant);
     void read();
