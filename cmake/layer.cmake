@@ -13,12 +13,17 @@ function(tidwen_layer name)
       PRIVATE tidwen::warnings ${layer_LIBRARIES})
 endfunction()
 
-# tidwen_test(NAME SOURCES file... USES layer... [LIBRARIES target...])
+# tidwen_test(NAME SOURCES file... [USES layer...] [LIBRARIES target...])
 #
-# One test program per layer; its tests appear in CTest as NAME.Suite.Case.
+# One test program per layer; its tests appear in CTest as NAME.Suite.Case. It links that layer, with what is
+# below it, and the fixtures over files. USES: `sample`, which writes what a test reads, or `volume`, the Mac
+# in a folder that a layer above `operations` works on.
 function(tidwen_test name)
   cmake_parse_arguments(test "" "TIMEOUT" "SOURCES;USES;LIBRARIES" ${ARGN})
   add_executable(${name}_test ${test_SOURCES})
+  if(TARGET tidwen::${name}) # else it tests a whole program
+    list(PREPEND test_USES ${name})
+  endif()
   list(TRANSFORM test_USES PREPEND tidwen::)
   target_link_libraries(${name}_test PRIVATE ${test_USES} ${test_LIBRARIES} tidwen_test_support
       GTest::gmock GTest::gtest_main tidwen::warnings)

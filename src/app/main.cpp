@@ -1,5 +1,7 @@
 #include "app/models/own_services.h"
 #include "app/models/spoken_language.h"
+#include "app/shell/launch.h"
+#include "app/shell/launch_options.h"
 #include "app/shell/mac_opener.h"
 #include "app/shell/main_loop.h"
 #include "app/shell/main_window.h"
@@ -16,12 +18,15 @@
 #include "program/host_services.h"
 #include "program/resources.h"
 #include "program/this_mac.h"
+#include "settings/app_preferences.h"
 
 #include <QApplication>
-#include <QCommandLineParser>
 #include <QIcon>
+#include <QStringList>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
 #ifdef __APPLE__
 #include "macos/launch_reason.h"
@@ -31,29 +36,32 @@ namespace {
 
 using namespace tidwen;
 
-/// At a login only the Trash watch is wanted.
-void showAfterLaunch(MainWindow& window, [[maybe_unused]] Log& log) {
+/// Only a Mac starts the window's program at a login.
+Launch::Reason launchReason() {
 #ifdef __APPLE__
-    whenLaunched([&](bool isLogin) {
-        if (isLogin)
-            log.info("Login launch: watching the Trash without a window");
-        else
-            window.show();
-    });
+    return whenLaunched;
 #else
-    window.show();
+    return [](const auto& told) { told(false); };
 #endif
+}
+
+/// The texts in the language of the settings, before there is a window.
+Texts spoken(const std::filesystem::path& resources) {
+    HostLog log(LogLevel::error);
+    return Texts::load(resources,
+                       spokenLanguage(resources, AppPreferences(*hostDefaults(log)).language.get()));
+}
+
+int tell(const LaunchAnswer& answer) {
+    std::fputs(answer.text.c_str(), answer.status == 0 ? stdout : stderr);
+    return answer.status;
 }
 
 int run(QApplication& application, const char* program) {
     const auto resources = findResources(program);
     auto texts = Texts::load(resources, "en");
-    QCommandLineParser words;
-    const QCommandLineOption volume(QStringLiteral("volume"), QString(), QStringLiteral("DIR"));
-    const QCommandLineOption home(QStringLiteral("home"), QString(), QStringLiteral("PATH"));
-    const QCommandLineOption sample(QStringLiteral("sample"));
-    words.addOptions({volume, home, sample});
-    words.process(application);
+    const auto options = readLaunchOptions(QApplication::arguments(), spoken(resources));
+    if (!options) return tell(options.error());
 
     HostLog log(LogLevel::error);
     MainLoop main;
@@ -65,17 +73,18 @@ int run(QApplication& application, const char* program) {
     SpokenLanguage language(texts, resources, own.settings().preferences().language);
     MainWindow window({opener, language, main, background, own, findOwnBundle(program)});
     const OpenedFiles opened([&](auto paths) { window.takeFiles(std::move(paths)); });
-    const auto homeOfUser = words.isSet(home) ? std::optional(words.value(home).toStdString()) : std::nullopt;
-    if (words.isSet(volume))
-        window.open(words.value(volume).toStdString(), homeOfUser);
-    else if (words.isSet(sample))
+    if (options->volume)
+        window.open(*options->volume, options->home);
+    else if (options->isSample)
         window.openSample();
     else if (const auto running = thisMac())
         window.openRunning(running);
-    QObject::connect(&application, &QGuiApplication::applicationStateChanged, &window, [&](auto state) {
-        if (state == Qt::ApplicationActive) window.comeBack();
+    Launch launch({[&] { window.show(); }, [&] { window.comeBack(); }, [&] { return window.isOpening(); },
+                   [&] { return window.isNeeded(); }, [] { QApplication::quit(); }},
+                  launchReason(), log);
+    QObject::connect(&application, &QGuiApplication::applicationStateChanged, &launch, [&](auto state) {
+        if (state == Qt::ApplicationActive) launch.cameToFront();
     });
-    showAfterLaunch(window, log);
     const int status = QApplication::exec();
     // What is being moved is waited for, but not what is only being read: a disk may never answer.
     if (!window.mac() || !window.mac()->isBusy()) std::_Exit(status);
@@ -95,6 +104,11 @@ int main(int count, char** words) {
     std::signal(SIGPIPE, SIG_IGN);
     crashRecorder::install(CrashReports::defaultFolder(), TIDWEN_VERSION);
     if (const auto answered = answerTerminal(count, words)) return *answered;
+    QStringList asked;
+    for (int i = 0; i < count; ++i)
+        asked << QString::fromLocal8Bit(words[i]);
+    if (const auto answer = answerBeforeLaunch(asked, spoken(findResources(words[0])), TIDWEN_VERSION))
+        return tell(*answer);
     QApplication application(count, words);
     QApplication::setApplicationName(QStringLiteral("Tidwen"));
     QApplication::setApplicationVersion(QStringLiteral(TIDWEN_VERSION));

@@ -1,6 +1,8 @@
 #include "base/language.h"
 
+#include <algorithm>
 #include <fmt/core.h>
+#include <functional>
 #include <map>
 #include <memory>
 #include <unicode/datefmt.h>
@@ -49,6 +51,11 @@ std::string languageTitle(const std::string& language) {
 
 std::optional<std::string> closestLanguage(const std::vector<std::string>& wished,
                                            const std::vector<std::string>& available) {
+    // The data for comparing languages take long to load, and most often there is nothing to compare.
+    const auto first = std::find_if_not(wished.begin(), wished.end(), std::mem_fn(&std::string::empty));
+    if (first == wished.end()) return std::nullopt;
+    if (std::find(available.begin(), available.end(), *first) != available.end()) return *first;
+
     UErrorCode status = U_ZERO_ERROR;
     icu::LocaleMatcher::Builder builder;
     for (const auto& language : available)

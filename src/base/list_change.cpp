@@ -14,9 +14,10 @@ std::vector<bool> stayingRows(const std::vector<std::optional<std::size_t>>& new
                                       newPlaces.size()); // in the subsequence that ends with a row
     for (std::size_t row = 0; row < newPlaces.size(); ++row) {
         if (!newPlaces[row]) continue;
-        const auto at =
-            std::lower_bound(tails.begin(), tails.end(), *newPlaces[row],
-                             [&](std::size_t tail, std::size_t place) { return *newPlaces[tail] < place; });
+        const auto isBefore = [&](std::size_t tail, std::size_t place) { return *newPlaces[tail] < place; };
+        const auto at = tails.empty() || isBefore(tails.back(), *newPlaces[row]) // most rows keep their order
+                            ? tails.end()
+                            : std::lower_bound(tails.begin(), tails.end(), *newPlaces[row], isBefore);
         if (at != tails.begin()) previous[row] = *std::prev(at);
         if (at == tails.end())
             tails.push_back(row);

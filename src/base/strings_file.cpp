@@ -5,9 +5,9 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdint>
 #include <unicode/unistr.h>
 #include <unicode/utf16.h>
+#include <utility>
 
 namespace tidwen {
 
@@ -35,22 +35,41 @@ std::string decoded(std::string_view bytes) {
     return std::move(units.toUTF8String(text));
 }
 
-/// Collects a quoted string. Escapes denote UTF-16 units, so a character outside the basic plane takes two,
-/// and only the whole string can be converted to UTF-8.
+/// Collects a quoted string. Escapes denote UTF-16 units, so a character outside the basic plane takes two; a
+/// unit without its other half becomes U+FFFD.
 class QuotedText {
   public:
-    void add(std::string_view utf8) { units_.append(icu::UnicodeString::fromUTF8(piece(utf8))); }
-    void addUnit(unsigned unit) { units_.append(static_cast<char16_t>(unit)); }
-    std::string utf8() const {
-        std::string text;
-        return std::move(units_.toUTF8String(text));
+    void add(std::string_view utf8) {
+        if (utf8.empty()) return;
+        endCharacter();
+        text_ += utf8;
+    }
+    void addUnit(unsigned unit) {
+        if (U16_IS_TRAIL(unit) && first_ != 0)
+            return append(static_cast<unsigned>(U16_GET_SUPPLEMENTARY(std::exchange(first_, 0), unit)));
+        endCharacter();
+        if (U16_IS_LEAD(unit))
+            first_ = unit;
+        else
+            append(U16_IS_TRAIL(unit) ? replacement : unit);
+    }
+    std::string utf8() {
+        endCharacter();
+        return std::move(text_);
     }
 
   private:
-    static icu::StringPiece piece(std::string_view text) {
-        return icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size()));
+    static constexpr unsigned replacement = 0xFFFD;
+
+    void endCharacter() {
+        if (std::exchange(first_, 0) != 0) append(replacement);
     }
-    icu::UnicodeString units_;
+    void append(unsigned character) {
+        icu::UnicodeString(static_cast<UChar32>(character)).toUTF8String(text_);
+    }
+
+    std::string text_;
+    unsigned first_ = 0; ///< the first unit of a character whose second is expected; 0: none
 };
 
 class StringsParser {

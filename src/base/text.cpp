@@ -70,8 +70,11 @@ bool changesDirectionOrLine(char32_t c) {
 }
 
 std::string escaped(char32_t c, EscapeForm form) {
-    // Everything that is not printable is below U+10000, so one unit is enough.
-    if (form == EscapeForm::json) return fmt::format("\\u{:04x}", static_cast<std::uint32_t>(c));
+    const auto code = static_cast<std::uint32_t>(c);
+    if (form == EscapeForm::json)
+        return code < 0x10000 ? fmt::format("\\u{:04x}", code)
+                              : fmt::format("\\u{:04x}\\u{:04x}", static_cast<std::uint32_t>(U16_LEAD(code)),
+                                            static_cast<std::uint32_t>(U16_TRAIL(code)));
     switch (c) {
     case '\n':
         return "\\n";
@@ -181,12 +184,14 @@ std::string trimmed(std::string_view text) {
 }
 
 bool isValidUtf8(std::string_view text) {
-    bool valid = true;
-    forEachCodePoint(text, [&](char32_t, std::string_view, bool isValid) { valid = valid && isValid; });
-    return valid;
+    if (isAscii(text)) return true;
+    for (std::int64_t at = 0; at < static_cast<std::int64_t>(text.size());)
+        if (decodeNext(text, at) < 0) return false;
+    return true;
 }
 
 std::string validUtf8(std::string_view text) {
+    if (isValidUtf8(text)) return std::string(text);
     std::string result;
     result.reserve(text.size());
     forEachCodePoint(text, [&](char32_t c, std::string_view, bool) { append(result, c); });
@@ -194,8 +199,9 @@ std::string validUtf8(std::string_view text) {
 }
 
 bool isPrintable(char32_t c) {
-    constexpr char32_t byteOrderMark = 0xFEFF;
-    return c >= 0x20 && (c < 0x7F || c >= 0xA0) && !changesDirectionOrLine(c) && c != byteOrderMark;
+    if (c < 0x20 || (c >= 0x7F && c < 0xA0) || changesDirectionOrLine(c)) return false;
+    // Two names that differ only in such characters would look alike.
+    return c < 0xA0 || !u_hasBinaryProperty(static_cast<UChar32>(c), UCHAR_DEFAULT_IGNORABLE_CODE_POINT);
 }
 
 std::string printable(std::string_view text, EscapeForm form) {

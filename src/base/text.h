@@ -36,8 +36,8 @@ bool isValidUtf8(std::string_view text);
 /// Replaces every invalid sequence by U+FFFD; the result is always valid UTF-8.
 std::string validUtf8(std::string_view text);
 
-/// False for characters that are invisible but affect a terminal or text view: control characters (including
-/// U+0080 to U+009F), bidirectional controls, line and paragraph separators, the byte-order mark.
+/// False for invisible characters: control characters (including U+0080 to U+009F), line and paragraph
+/// separators, and what a text view ignores (bidirectional controls, joiners, variation selectors, tags).
 bool isPrintable(char32_t c);
 
 /// How `printable` escapes a character: "

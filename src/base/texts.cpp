@@ -10,10 +10,9 @@
 #include <cstdint>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <optional>
-#include <set>
+#include <system_error>
 
 namespace tidwen {
 
@@ -24,7 +23,12 @@ namespace fs = std::filesystem;
 std::optional<std::string> readFile(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
     if (!stream) return std::nullopt;
-    return std::string(std::istreambuf_iterator<char>(stream), {});
+    std::error_code failed;
+    const auto size = fs::file_size(file, failed);
+    std::string bytes(failed ? 0 : static_cast<std::size_t>(size), '\0');
+    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    bytes.resize(static_cast<std::size_t>(stream.gcount()));
+    return bytes;
 }
 
 std::string nameOf(const fs::path& file) {
@@ -166,12 +170,13 @@ bool Texts::Words::addLanguage(const fs::path& resources, const std::string& tag
 bool Texts::Words::addStrings(const fs::path& file) {
     const auto bytes = readFile(file);
     if (!bytes) return false;
-    const auto parsed = parseStringsFile(*bytes);
-    if (!parsed) problems.push_back(nameOf(file) + ": malformed");
-    for (const auto& [key, words] : parsed.value_or(std::map<std::string, std::string>())) {
-        strings.insert_or_assign(key, words);
+    auto parsed = parseStringsFile(*bytes);
+    if (!parsed) return problems.push_back(nameOf(file) + ": malformed"), true;
+    for (const auto& [key, words] : *parsed)
         plurals.erase(key); // removes the entries of the fallback language
-    }
+    parsed->merge(strings); // adds those that this language lacks
+    strings.clear();
+    strings.merge(*parsed);
     return true;
 }
 
@@ -213,6 +218,14 @@ std::string Texts::text(std::string_view key, const std::vector<std::string>& ar
         found == now->strings.end() ? key : std::string_view(found->second));
 }
 
+std::string Texts::text(const Message& message) const {
+    std::vector<std::string> arguments;
+    arguments.reserve(message.arguments.size());
+    for (const auto& argument : message.arguments)
+        arguments.push_back(argument.message() ? text(*argument.message()) : argument.text());
+    return text(message.key, arguments);
+}
+
 std::string Texts::language() const {
     return words()->language;
 }
@@ -223,12 +236,16 @@ std::vector<std::string> Texts::problems() const {
 
 std::vector<std::string> Texts::keys() const {
     const auto now = words();
-    std::set<std::string> all;
+    std::vector<std::string> all;
+    all.reserve(now->strings.size() + now->plurals.size());
     for (const auto& [key, found] : now->strings)
-        all.insert(key);
+        all.push_back(key);
     for (const auto& [key, plural] : now->plurals)
-        all.insert(key);
-    return {all.begin(), all.end()};
+        all.push_back(key);
+    std::inplace_merge(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(now->strings.size()),
+                       all.end());
+    all.erase(std::unique(all.begin(), all.end()), all.end());
+    return all;
 }
 
 } // namespace tidwen

@@ -31,7 +31,7 @@ class Texts {
     /// "%lld" with a count is written as the language writes numbers, and selects the plural form where there
     /// are several; every other argument is inserted as it is. A placeholder without an argument is left.
     std::string text(std::string_view key, const std::vector<std::string>& arguments = {}) const;
-    std::string text(const Message& message) const { return text(message.key, message.arguments); }
+    std::string text(const Message& message) const;
 
     std::string language() const;
     std::vector<std::string> problems() const;

@@ -69,7 +69,8 @@ class Exits {
     EarlyExit wrong(const Message& reason, const CommandSyntax* command,
                     const std::optional<std::string>& meant = {}) const {
         auto text = texts_.text(reason);
-        if (meant) text += " " + texts_.text("cli.didYouMean %@", {*meant});
+        if (meant)
+            text = texts_.text("cli.sentences %@ %@", {text, texts_.text("cli.didYouMean %@", {*meant})});
         return {wrongUsage, "tidwen: " + printable(text) + "\n" + help::usage(command, texts_), reason};
     }
 
@@ -203,6 +204,38 @@ std::optional<EarlyExit> helpFor(const char* const* word, const char* const* end
     return command ? exits.help(command) : exits.noCommand(named[1]);
 }
 
+/// Declares the options and commands; the operands of the command that is named go to `operands`.
+void declareAll(CLI::App& app, const std::vector<CommandSyntax>& commands,
+                std::vector<std::string>& operands) {
+    app.set_help_flag("-h,--help");
+    app.require_subcommand(0, 1);
+    app.fallthrough();
+    for (const auto& option : help::globalOptions())
+        if (option.name != "--help") declare(app, option);
+    for (const auto& syntax : commands) {
+        auto* command = app.add_subcommand(std::string(syntax.name));
+        // The number of operands is checked later, so that those after "--" count too.
+        if (!syntax.operandName.empty()) command->add_option("operands", operands);
+        for (const auto& option : syntax.options)
+            declare(*command, option);
+    }
+}
+
+/// What the parsed options mean for the named command.
+std::optional<EarlyExit> readOptions(const CLI::App& app, const CommandSyntax& command,
+                                     const char* defaultVolume, const Exits& exits, Arguments& result) {
+    result.command = command.name;
+    readGlobalOptions(app, result);
+    if (!result.volume && defaultVolume) {
+        if (!*defaultVolume) return exits.wrong({"cli.usage.needsValue %@", {volumeVariable}}, &command);
+        result.volume = defaultVolume;
+    }
+    for (const auto& option : command.options)
+        if (auto values = given(*app.get_subcommand(result.command), option))
+            result.options[std::string(option.name)] = std::move(*values);
+    return std::nullopt;
+}
+
 } // namespace
 
 tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* words,
@@ -212,19 +245,7 @@ tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* 
     Arguments result;
     result.program = count > 0 ? words[0] : "tidwen";
     CLI::App app("", "tidwen");
-    app.set_help_flag("-h,--help");
-    app.require_subcommand(0, 1);
-    app.fallthrough();
-    for (const auto& option : help::globalOptions())
-        if (option.name != "--help") declare(app, option);
-    for (const auto& syntax : commands) {
-        auto* command = app.add_subcommand(std::string(syntax.name));
-        // The number of operands is checked below, so that those after "--" count too.
-        if (!syntax.operandName.empty()) command->add_option("operands", result.operands);
-        for (const auto& option : syntax.options)
-            declare(*command, option);
-    }
-
+    declareAll(app, commands, result.operands);
     const auto namedCommand = [&]() -> const CommandSyntax* {
         const auto named = app.get_subcommands();
         return named.empty() ? nullptr : find(commands, named.front()->get_name());
@@ -242,6 +263,12 @@ tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* 
     }
     const CommandSyntax* command = namedCommand();
     if (app.count("--version") > 0) return tl::unexpected(EarlyExit{0, "tidwen " TIDWEN_VERSION "\n"});
+    if (!command)
+        for (const char* option : {"--volume", "--home"})
+            for (const auto& value : app.get_option(option)->results())
+                if (find(commands, value))
+                    return tl::unexpected(
+                        exits.wrong({"cli.usage.commandIsValue %@ %@", {option, value}}, nullptr));
     if (!command && mark != end) return tl::unexpected(exits.wrong({"cli.usage.noCommand"}, nullptr));
     if (!command)
         return tl::unexpected(
@@ -249,16 +276,8 @@ tl::expected<Arguments, EarlyExit> parseArguments(int count, const char* const* 
     if (mark != end) result.operands.insert(result.operands.end(), mark + 1, end);
     if (auto wrong = wrongOperandCount(*command, result.operands, exits))
         return tl::unexpected(std::move(*wrong));
-    result.command = command->name;
-    readGlobalOptions(app, result);
-    if (!result.volume && defaultVolume) {
-        if (!*defaultVolume)
-            return tl::unexpected(exits.wrong({"cli.usage.needsValue %@", {volumeVariable}}, command));
-        result.volume = defaultVolume;
-    }
-    for (const auto& option : command->options)
-        if (auto values = given(*app.get_subcommand(result.command), option))
-            result.options[std::string(option.name)] = std::move(*values);
+    if (auto wrong = readOptions(app, *command, defaultVolume, exits, result))
+        return tl::unexpected(std::move(*wrong));
     return result;
 }
 

@@ -37,9 +37,22 @@ void CommandContext::report(const Problem& what) const {
     console.error(what.text(texts), what.reason.key);
 }
 
+void CommandContext::offer(std::string_view key, const std::string& command) const {
+    console.offer(text(key, {command}), command);
+}
+
+void CommandContext::offer(const std::string& command) const {
+    console.offer("  " + command, command);
+}
+
+void CommandContext::advise(Message what, const std::string& command) const {
+    what.arguments.emplace_back(command);
+    console.advise(texts.text(what), command, what.key);
+}
+
 ExitStatus CommandContext::refuse(const Message& reason, const std::optional<std::string>& meant) const {
     auto line = texts.text(reason);
-    if (meant) line += " " + text("cli.didYouMean %@", {*meant});
+    if (meant) line = text("cli.sentences %@ %@", {line, text("cli.didYouMean %@", {*meant})});
     console.error(line, reason.key);
     return ExitStatus::refused;
 }
@@ -73,14 +86,6 @@ std::string CommandContext::commandLine(const std::vector<std::string>& words) c
     for (const auto& word : words)
         line += " " + quotedIfNeeded(word);
     return line;
-}
-
-bool movesUnlessDryRun(const Arguments& arguments) {
-    return !arguments.has("--dry-run");
-}
-
-bool movesWhenRemoving(const Arguments& arguments) {
-    return arguments.has("--remove") && movesUnlessDryRun(arguments);
 }
 
 } // namespace tidwen

@@ -49,6 +49,11 @@ struct CommandContext {
     /// Prints an error.
     void error(const Message& what) const;
     void report(const Problem& what) const;
+    /// Prints a text that ends with a command line to copy; `advise` prints it as an error, with the
+    /// command as the last of the arguments.
+    void offer(std::string_view key, const std::string& command) const;
+    void offer(const std::string& command) const; ///< without words
+    void advise(Message what, const std::string& command) const;
     /// Prints why nothing is done, and the word that was probably `meant`.
     ExitStatus refuse(const Message& reason, const std::optional<std::string>& meant = {}) const;
     /// The same for wrong usage; adds how to call the command.
@@ -68,17 +73,9 @@ struct Command {
     using OnHostAndMac = ExitStatus (*)(const CommandContext&, Host&, Mac*);
     using OnMac = ExitStatus (*)(const CommandContext&, Mac&);
 
-    /// Whether a call moves items of the Mac; what may keep it from that is looked at before it begins.
-    using MovesItems = bool (*)(const Arguments&);
-
     CommandSyntax syntax;
     std::variant<Anywhere, OnHost, OnHostAndMac, OnMac> run;
-    MovesItems movesItems = nullptr; ///< none for a command that never does
 };
-
-/// For `movesItems`: always, but for a plan; or that with "--remove" only.
-bool movesUnlessDryRun(const Arguments& arguments);
-bool movesWhenRemoving(const Arguments& arguments);
 
 /// In the order in which help lists them.
 std::vector<Command> allCommands();

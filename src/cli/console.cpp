@@ -43,21 +43,6 @@ std::size_t widthOf(std::FILE* terminal) {
     return ::ioctl(fileno(terminal), TIOCGWINSZ, &size) == 0 && size.ws_col > 1 ? size.ws_col : usual;
 }
 
-/// Cuts the end, because a wrapped line could not be overwritten.
-std::string fitted(const std::string& line, std::size_t width) {
-    constexpr auto continues = [](char byte) { return (static_cast<unsigned char>(byte) & 0xc0) == 0x80; };
-    for (std::size_t begin = 0; begin < line.size();) {
-        auto end = begin + 1;
-        while (end < line.size() && continues(line[end]))
-            ++end;
-        const auto cells = displayWidth(std::string_view(line).substr(begin, end - begin));
-        if (cells > width) return line.substr(0, begin);
-        width -= cells;
-        begin = end;
-    }
-    return line;
-}
-
 bool isSet(const char* variable) {
     const char* value = std::getenv(variable); // NOLINT(concurrency-mt-unsafe): nothing sets variables
     return value && *value;
@@ -73,6 +58,11 @@ std::optional<std::size_t> columnsOf(std::FILE* file) {
     if (!isTerminal(file) || ::ioctl(fileno(file), TIOCGWINSZ, &size) != 0 || size.ws_col == 0)
         return std::nullopt;
     return std::max<std::size_t>(size.ws_col, leastColumns);
+}
+
+std::string offered(std::FILE* file, const std::string& sentence, const std::string& command) {
+    const auto columns = columnsOf(file);
+    return columns ? withCommand(sentence, command, *columns) : sentence;
 }
 
 } // namespace
@@ -115,10 +105,10 @@ void Console::line(const std::vector<StyledText>& spans) {
         putLine(each);
 }
 
-void Console::verbatim(const std::string& text) {
+void Console::offer(const std::string& sentence, const std::string& command) {
     if (voice_ == Voice::quiet) return;
     endProgress();
-    putLine({{text}});
+    put(output_, offered(output_, printable(sentence), printable(command)) + "\n");
 }
 
 void Console::wrapped(const std::string& text) {
@@ -149,8 +139,8 @@ void Console::error(std::string_view text, std::string_view key) {
     putError(fittedTo(errors_, "tidwen: " + printable(text)), text, key);
 }
 
-void Console::advise(std::string_view text) {
-    putError("tidwen: " + printable(text), text, {});
+void Console::advise(std::string_view sentence, const std::string& command, std::string_view key) {
+    putError(offered(errors_, "tidwen: " + printable(sentence), printable(command)), sentence, key);
 }
 
 void Console::putError(const std::string& line, std::string_view text, std::string_view key) {
@@ -167,9 +157,13 @@ void Console::note(std::string_view text) {
     put(errors_, fittedTo(errors_, printable(text)) + "\n");
 }
 
+std::size_t Console::progressColumns() const {
+    return widthOf(errors_) - 1;
+}
+
 void Console::progress(std::string_view what) {
     if (!showsProgress_) return;
-    put(errors_, "\r\x1b[K" + fitted(printable(what), widthOf(errors_) - 1));
+    put(errors_, "\r\x1b[K" + cutInMiddle(std::string(what), progressColumns()));
     std::fflush(errors_);
     progressShown_ = true;
 }
@@ -190,7 +184,9 @@ bool Console::ask(std::string_view question, const std::vector<std::string>& yes
     for (int c = std::fgetc(input_); c != EOF && c != '\n'; c = std::fgetc(input_))
         answer.push_back(static_cast<char>(c));
     answer = lowercased(trimmed(answer));
-    return std::find(yesAnswers.begin(), yesAnswers.end(), answer) != yesAnswers.end();
+    return std::ranges::any_of(yesAnswers, [&](const std::string& yes) {
+        return answer == yes || (answer.size() == 1 && yes.starts_with(answer)); // the letter that is offered
+    });
 }
 
 bool Console::finish() {

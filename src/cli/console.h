@@ -39,8 +39,9 @@ class Console {
     /// Prints a line of styled pieces with control characters made visible, wrapped if standard output is a
     /// narrower terminal (line_layout.h).
     void line(const std::vector<StyledText>& spans);
-    /// Prints an unwrapped line, so that a command in it can be copied.
-    void verbatim(const std::string& text);
+    /// Prints a sentence that ends with a command to copy, which is neither wrapped nor cut: on a terminal
+    /// too narrow for both it stands on a line of its own.
+    void offer(const std::string& sentence, const std::string& command);
     /// The width of the terminal on standard output, at least `leastColumns`; absent if it is no terminal.
     std::optional<std::size_t> columns() const;
     void line(std::string text, Style style = Style::plain) { line({StyledText{std::move(text), style}}); }
@@ -53,8 +54,8 @@ class Console {
 
     /// Prints "tidwen: " and the text on standard error. `key`: the text's key, if known.
     void error(std::string_view text, std::string_view key = {});
-    /// The same for a line with a command to copy, unwrapped.
-    void advise(std::string_view text);
+    /// The same for a sentence that ends with a command to copy, as `offer` prints it.
+    void advise(std::string_view sentence, const std::string& command, std::string_view key);
     /// All errors so far.
     const std::vector<ErrorText>& errors() const { return reported_; }
 
@@ -63,9 +64,11 @@ class Console {
     /// Prints a message on standard error; only on a terminal.
     void note(std::string_view text);
 
-    /// Shows the current activity on a line that the next one overwrites, cut to the width; only on a
-    /// terminal.
+    /// Shows the current activity on a line that the next one overwrites, cut in its middle to the width;
+    /// only on a terminal.
     void progress(std::string_view what);
+    /// The longest line that `progress` shows whole.
+    std::size_t progressColumns() const;
     /// Disables progress, as for documents.
     void hideProgress() { showsProgress_ = false; }
     void endProgress();

@@ -25,20 +25,36 @@ FlowSession::FlowSession(const CommandContext& context, Mac& mac)
     : context_(context),
       session_(mac, main_, InstalledBundles::Looks::once),
       model_(session_.models().removal()),
-      progress_(model_.changed.connect([this] { showProgress(); })),
+      progress_(model_.changed.connect([this](FlowChange) { showProgress(); })),
       steps_(model_.progress.observe([this](const auto&) { showProgress(); })) {}
 
 std::vector<RecoveryNotice> FlowSession::start() {
+    session_.models().chores().run();
+    awaitChores();
+    return session_.models().chores().recoveryNotices();
+}
+
+const tl::expected<RecoveryOutcome, Message>& FlowSession::recover() {
+    auto& chores = session_.models().chores();
+    const EndSignals signals(main_, [&] {
+        if (chores.isDone()) return; // already complete
+        context_.console.error(context_.text("cli.stopping"));
+        chores.stop();
+    });
+    chores.recover();
+    awaitChores();
+    return *chores.recovery();
+}
+
+void FlowSession::awaitChores() {
     auto& chores = session_.models().chores();
     const auto steps = chores.progress.observe([this](const auto& step) {
         if (step)
-            context_.console.progress(
-                labels::progress(context_.text("cli.progress.recovering"), *step, context_.texts));
+            context_.console.progress(labels::progress(context_.text("cli.progress.recovering"), *step,
+                                                       context_.texts, context_.console.progressColumns()));
     });
-    chores.run();
     main_.runUntil([&] { return chores.isDone(); });
     context_.console.endProgress();
-    return chores.recoveryNotices();
 }
 
 void FlowSession::heedSignals() {
@@ -62,7 +78,8 @@ bool FlowSession::isCalledOff() {
     return isCalledOff_;
 }
 
-bool FlowSession::scan(const std::vector<std::string>& words, ProtectedTargets ofProtected) {
+bool FlowSession::scan(const std::vector<std::string>& words, ProtectedTargets ofProtected,
+                       GoneTargets ofGone) {
     heedSignals();
     auto& mac = session_.mac();
     const bool areAllPaths =
@@ -75,13 +92,15 @@ bool FlowSession::scan(const std::vector<std::string>& words, ProtectedTargets o
         installed = identitiesOf(*bundles, findApplicationBundles(system.files, system.user));
         areAllSeen = bundles->coverage().isComplete();
     }
-    const auto named =
-        findBundles(words, ApplicationFinder(mac.system.files, installed, HostPaths(mac.volume)));
+    auto named = findBundles(words, ApplicationFinder(mac.system.files, installed, HostPaths(mac.volume)));
+    if (ofGone == GoneTargets::refused)
+        for (auto& each : std::exchange(named.gone, {}))
+            named.failures.push_back({each.bundleID, std::move(each.otherwise)});
     for (const auto& failure : named.failures)
         context_.report(failure);
     someRefused_ = !named.failures.empty();
     const bool isAnyUnknown = someRefused_ || !named.gone.empty();
-    if (isAnyUnknown && !areAllSeen) context_.console.advise(context_.text("cli.app.notAllSeen"));
+    if (isAnyUnknown && !areAllSeen) context_.error({"cli.app.notAllSeen"});
     if ((named.bundles.empty() && named.gone.empty()) || isCalledOff()) return false;
     model_.loadTargets(named.bundles, ofProtected, named.gone);
     const bool hasEnded = awaitScan();
@@ -102,8 +121,8 @@ std::optional<OrphanScanResult> FlowSession::findOrphans() {
     bool hasEnded = false;
     {
         const ProgressRelay relay(main_, [this](const StepProgress& step) {
-            context_.console.progress(
-                labels::progress(context_.text("cli.orphans.progress"), step, context_.texts));
+            context_.console.progress(labels::progress(context_.text("cli.orphans.progress"), step,
+                                                       context_.texts, context_.console.progressColumns()));
         });
         session_.background().post([&, onStep = relay.observer()] {
             result =
@@ -124,7 +143,7 @@ void FlowSession::reportRefusals() {
     for (const auto& problem : model_.problems())
         context_.report(problem);
     for (const auto& target : model_.protectedTargets())
-        context_.console.advise(unprotectHint(target, context_));
+        context_.advise({"cli.protect.takeOff %@"}, unprotectCommand(target, context_));
 }
 
 /// False if there was nothing to scan, or the scan was cancelled.
@@ -186,7 +205,8 @@ void FlowSession::showProgress() {
         work = context_.text("cli.remove.progress %@", {removing->subject.text(context_.texts)});
     }
     if (work.empty()) return;
-    console.progress(step ? labels::progress(work, *step, context_.texts) : work);
+    console.progress(step ? labels::progress(work, *step, context_.texts, context_.console.progressColumns())
+                          : work);
 }
 
 } // namespace tidwen

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "base/executor.h"
+#include "base/message.h"
 #include "base/observable.h"
 #include "base/stop_token.h"
 #include "cli/command.h"
 #include "cli/end_signals.h"
 #include "program/mac.h"
 #include "program/session.h"
+#include "quarantine/recovery.h"
 #include "removal/flow_types.h"
 #include "removal/removal_flow_model.h"
 #include "removal/startup_chores.h"
@@ -15,9 +17,16 @@
 
 #include <optional>
 #include <string>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace tidwen {
+
+/// What an identifier of no installed application means.
+enum class GoneTargets {
+    searched, ///< what that application left
+    refused,
+};
 
 /// Runs the removal flow for the terminal: drives the window's model in the foreground through each step,
 /// with progress on standard error.
@@ -31,10 +40,14 @@ class FlowSession {
     /// these, newest first.
     std::vector<RecoveryNotice> start();
 
+    /// Recovers interrupted runs, or says why it was not begun. The first Ctrl-C stops it after the current
+    /// quarantine folder.
+    const tl::expected<RecoveryOutcome, Message>& recover();
+
     /// Finds and scans the applications that the words mean, and leaves the model in its review. False, with
     /// the reasons printed, if none could be accepted or Ctrl-C cancelled it.
-    bool scan(const std::vector<std::string>& words,
-              ProtectedTargets ofProtected = ProtectedTargets::refused);
+    bool scan(const std::vector<std::string>& words, ProtectedTargets ofProtected = ProtectedTargets::refused,
+              GoneTargets ofGone = GoneTargets::searched);
     /// Whether an application was refused, with its reason printed.
     bool someRefused() const { return someRefused_; }
 
@@ -55,6 +68,7 @@ class FlowSession {
     bool someLeftOut() const { return someLeftOut_; }
 
   private:
+    void awaitChores();
     void heedSignals();
     void stopAtSignal();
     bool isCalledOff();

@@ -12,11 +12,11 @@ namespace {
 
 using Rows = std::vector<std::pair<std::string, std::string>>;
 
-std::string rendered(const std::string& title, const Rows& rows) {
+std::string rendered(const std::string& title, const Rows& rows, const Texts& texts) {
     std::size_t width = 0;
     for (const auto& row : rows)
         width = std::max(width, displayWidth(row.first));
-    std::string text = "\n" + title + ":\n";
+    std::string text = "\n" + texts.text("cli.help.heading %@", {texts.text(title)}) + "\n";
     for (const auto& [term, meaning] : rows)
         text += "  " + term + std::string(width - displayWidth(term), ' ')
                 + (meaning.empty() ? "" : "  " + meaning) + "\n";
@@ -58,15 +58,17 @@ std::string operandHelp(const CommandSyntax& syntax, const Texts& texts) {
     Rows rows;
     for (const auto& action : syntax.actions)
         rows.emplace_back(std::string(action.form), texts.text(action.help));
-    if (!rows.empty()) return rendered(texts.text("cli.help.actions"), rows);
+    if (!rows.empty()) return rendered("cli.help.actions", rows, texts);
     if (syntax.operandName.empty()) return {};
-    return rendered(texts.text("cli.help.arguments"), {{operands(syntax), texts.text(syntax.operandHelp)}});
+    return rendered("cli.help.arguments", {{operands(syntax), texts.text(syntax.operandHelp)}}, texts);
 }
 
 std::string statuses(const Texts& texts) {
-    return rendered(texts.text("cli.help.statuses"), {{"0", texts.text("cli.help.status.done")},
-                                                      {"1", texts.text("cli.help.status.someFailed")},
-                                                      {"2", texts.text("cli.help.status.refused")}});
+    return rendered("cli.help.statuses",
+                    {{"0", texts.text("cli.help.status.done")},
+                     {"1", texts.text("cli.help.status.someFailed")},
+                     {"2", texts.text("cli.help.status.refused")}},
+                    texts);
 }
 
 } // namespace
@@ -96,10 +98,10 @@ std::string program(const std::vector<CommandSyntax>& commands, const Texts& tex
                                    texts.text(syntax.summary));
     summaries.emplace_back("help [COMMAND]", texts.text("cli.help.help"));
     return texts.text("cli.help.program") + "\n\n" + call(texts)
-           + rendered(texts.text("cli.help.commands"), summaries)
-           + rendered(texts.text("cli.help.globalOptions"), rows(globalOptions(), texts))
-           + rendered(texts.text("cli.help.environment"),
-                      {{volumeVariable, texts.text("cli.help.environment.volume")}})
+           + rendered("cli.help.commands", summaries, texts)
+           + rendered("cli.help.globalOptions", rows(globalOptions(), texts), texts)
+           + rendered("cli.help.environment", {{volumeVariable, texts.text("cli.help.environment.volume")}},
+                      texts)
            + statuses(texts) + "\n" + texts.text("cli.help.more") + "\n";
 }
 
@@ -109,12 +111,10 @@ std::string usage(const CommandSyntax* syntax, const Texts& texts) {
 }
 
 std::string command(const CommandSyntax& syntax, const Texts& texts) {
-    std::string text =
-        texts.text(syntax.summary) + ".\n\n" + call(syntax, texts) + operandHelp(syntax, texts);
-    if (!syntax.options.empty())
-        text += rendered(texts.text("cli.help.ownOptions"), rows(syntax.options, texts));
-    return text + rendered(texts.text("cli.help.everyOptions"), rows(globalOptions(), texts))
-           + statuses(texts);
+    std::string text = texts.text("cli.help.sentence %@", {texts.text(syntax.summary)}) + "\n\n"
+                       + call(syntax, texts) + operandHelp(syntax, texts);
+    if (!syntax.options.empty()) text += rendered("cli.help.ownOptions", rows(syntax.options, texts), texts);
+    return text + rendered("cli.help.everyOptions", rows(globalOptions(), texts), texts) + statuses(texts);
 }
 
 } // namespace tidwen::help

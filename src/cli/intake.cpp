@@ -79,7 +79,18 @@ std::optional<Path> ApplicationFinder::linkCalled(const std::string& wanted) con
 /// A ".." goes up from where a link before it leads, as it does for every other program.
 Path ApplicationFinder::placeCalled(const std::string& path) const {
     const Path named(path);
-    return named.hasTraversal() ? files_.resolve(named).value_or(named) : named.standardized();
+    if (!named.hasTraversal()) return named.standardized();
+    const auto parts = named.components();
+    const auto last = std::ranges::find(parts.rbegin(), parts.rend(), "..").base();
+    Path above("/");
+    for (auto part = parts.begin(); part != last; ++part)
+        above = above / *part;
+    const auto real = files_.resolve(above);
+    if (!real) return named;
+    Path place = *real;
+    for (auto part = last; part != parts.end(); ++part) // a link there is the item that is named
+        place = place / *part;
+    return place;
 }
 
 tl::expected<Path, Message> ApplicationFinder::find(const std::string& word) const {
@@ -131,9 +142,8 @@ tl::expected<NamedIdentifier, Message> ApplicationFinder::findIdentifier(const s
     return identifierOf(*bundle).map([](const std::string& id) { return NamedIdentifier{id, true}; });
 }
 
-std::string unprotectHint(const AppTarget& target, const CommandContext& context) {
-    return context.text("cli.protect.takeOff %@",
-                        {context.commandLine({"protect", "remove", target.bundleID})});
+std::string unprotectCommand(const AppTarget& target, const CommandContext& context) {
+    return context.commandLine({"protect", "remove", target.bundleID});
 }
 
 NamedBundles findBundles(const std::vector<std::string>& words, const ApplicationFinder& finder) {

@@ -57,7 +57,7 @@ class ApplicationFinder {
 };
 
 /// How to remove an application's protection.
-std::string unprotectHint(const AppTarget& target, const CommandContext& context);
+std::string unprotectCommand(const AppTarget& target, const CommandContext& context);
 
 /// Bundles that words on the command line mean, and a problem for each word that matches none.
 struct NamedBundles {

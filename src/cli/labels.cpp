@@ -1,6 +1,8 @@
 #include "cli/labels.h"
 
 #include "base/byte_count.h"
+#include "base/text.h"
+#include "cli/line_layout.h"
 #include "scan/policy/trace_category.h"
 
 #include <variant>
@@ -35,9 +37,8 @@ std::string size(std::optional<std::int64_t> bytes, bool isPartial, const Texts&
     return bytes ? sizeText(*bytes, isPartial, texts) : std::string();
 }
 
-std::vector<std::string> badges(const Trace& trace, const Texts& texts) {
+std::vector<std::string> doubts(const Trace& trace, const Texts& texts) {
     std::vector<std::string> result;
-    if (trace.requiresRoot) result.push_back(texts.text("cli.badge.administrator"));
     if (trace.contestedBy) {
         const auto& other = *trace.contestedBy;
         result.push_back(
@@ -46,6 +47,13 @@ std::vector<std::string> badges(const Trace& trace, const Texts& texts) {
     }
     if (trace.isOnlyListed) result.push_back(texts.text("cli.badge.onlyListed"));
     if (trace.mayHoldOthers) result.push_back(texts.text("cli.badge.mayHoldOthers"));
+    if (trace.ownerUnsure) result.push_back(texts.text("left.ownerUnsure"));
+    return result;
+}
+
+std::vector<std::string> badges(const Trace& trace, const Texts& texts) {
+    auto result = doubts(trace, texts);
+    if (trace.requiresRoot) result.insert(result.begin(), texts.text("cli.badge.administrator"));
     switch (trace.reversibility) {
     case Reversibility::reversible:
         break;
@@ -62,20 +70,25 @@ std::vector<std::string> badges(const Trace& trace, const Texts& texts) {
     return result;
 }
 
-std::string progress(const std::string& work, const StepProgress& step, const Texts& texts) {
+std::string progress(const std::string& work, const StepProgress& step, const Texts& texts,
+                     std::size_t columns) {
     auto line = texts.text("cli.progress %@ %lld %lld",
                            {work, std::to_string(step.step), std::to_string(step.total)});
     const auto key = "cli.step." + step.kind;
     const auto verb = texts.text(key);
-    std::string what = verb == key ? "" : verb; // steps of a search have no verb
-    if (!step.item.empty()) what += (what.empty() ? "" : " ") + step.item;
-    if (!what.empty()) line += ": " + what;
+    const std::string what = verb == key ? "" : verb; // steps of a search have no verb
+    if (!what.empty() || !step.item.empty()) line += ": " + what;
+    if (!what.empty() && !step.item.empty()) line += " ";
+    std::string copied;
     if (step.copiedBytes > 0)
-        line +=
+        copied =
             ", "
             + texts.text("cli.progress.copied %@",
                          {formatByteCount(static_cast<std::int64_t>(step.copiedBytes), texts.language())});
-    return line;
+    const auto taken = displayWidth(printable(line)) + displayWidth(copied);
+    constexpr std::size_t least = 9; // of which something is to be seen
+    const auto left = columns < taken + least ? least : columns - taken;
+    return line + cutInMiddle(step.item, left) + copied;
 }
 
 std::string verb(const RemovalOperation::Kind& kind, const Texts& texts) {

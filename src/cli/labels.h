@@ -9,6 +9,7 @@
 #include "scan/matching/trace.h"
 #include "scan/policy/trace_category.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -26,10 +27,14 @@ template<class Record>
 std::string size(const Record& record, const Texts& texts) {
     return size(record.sizeBytes, record.isSizePartial, texts);
 }
+/// Why it is not certain that the find belongs to its application alone: it is not selected by default then.
+std::vector<std::string> doubts(const Trace& trace, const Texts& texts);
 /// Special properties of removing the trace: needs an administrator, is claimed by others, cannot be undone.
 std::vector<std::string> badges(const Trace& trace, const Texts& texts);
-/// "Removing Kip… 3 of 12: move /Users/…": the work, the current step and how much of it is copied.
-std::string progress(const std::string& work, const StepProgress& step, const Texts& texts);
+/// "Removing Kip… 3 of 12: move /Users/…": the work, the current step and how much of it is copied, in one
+/// line of `columns`. The item is cut in its middle for that.
+std::string progress(const std::string& work, const StepProgress& step, const Texts& texts,
+                     std::size_t columns);
 /// "move", "unload job": the kind of step.
 std::string verb(const RemovalOperation::Kind& kind, const Texts& texts);
 /// What the step acts on; empty when the verb is sufficient.

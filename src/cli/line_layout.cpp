@@ -3,6 +3,7 @@
 #include "base/text.h"
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -66,6 +67,15 @@ bool continues(const std::vector<Piece>& pieces, std::size_t blanks, Style style
     return !mayBreakBetween(last.substr(at[at.size() - 2]), word.substr(0, starts(word)[1]));
 }
 
+/// Where the unbreakable piece ends that begins there: a word, a path as far as an arrow leads from it to
+/// another, or that arrow with the word behind it.
+std::size_t endOfPiece(const std::string& text, std::size_t begin) {
+    constexpr std::string_view arrow = "-> ";
+    if (text[begin] == '/') return std::min(text.find(" -> ", begin), text.find_last_not_of(' ') + 1);
+    const auto word = text.compare(begin, arrow.size(), arrow) == 0 ? begin + arrow.size() : begin;
+    return std::min(text.find(' ', word), text.size());
+}
+
 /// Adds the words of a span, or a path as one piece. Returns the number of trailing spaces.
 std::size_t addPieces(const StyledText& span, std::size_t blanks, std::vector<Piece>& pieces) {
     const auto text = printable(span.text);
@@ -74,10 +84,9 @@ std::size_t addPieces(const StyledText& span, std::size_t blanks, std::vector<Pi
         blanks += begin - at;
         if (begin == text.size()) break;
         const bool isPath = text[begin] == '/';
-        const auto end =
-            isPath ? text.find_last_not_of(' ') + 1 : std::min(text.find(' ', begin), text.size());
+        const auto end = endOfPiece(text, begin);
         const auto word = text.substr(begin, end - begin);
-        const auto parts = isPath ? std::vector{word} : partsOf(word);
+        const auto parts = isPath || word.starts_with("-> ") ? std::vector{word} : partsOf(word);
         for (const auto& part : parts) {
             if (continues(pieces, blanks, span.style, part))
                 pieces.back().text += part;
@@ -116,6 +125,13 @@ namespace {
 class WrappedLine {
   public:
     explicit WrappedLine(std::size_t columns) : columns_(columns), indentation_(columns / 10) {}
+    /// Continues a line behind `head`, which takes `indentation` columns; so much are the next ones indented.
+    WrappedLine(std::size_t columns, std::string head, std::size_t indentation)
+        : columns_(columns),
+          indentation_(indentation),
+          column_(indentation),
+          isFirst_(false),
+          text_(std::move(head)) {}
 
     void add(const std::string& word) {
         if (word.empty()) return addPart(word, true);
@@ -151,12 +167,11 @@ class WrappedLine {
     }
 
     std::size_t columns_, indentation_, column_ = 0;
-    bool isFirst_ = true;
+    bool isFirst_ = true; ///< the line is, and not behind a head
     std::string text_;
 };
 
-std::string wrappedLine(std::string_view line, std::size_t columns) {
-    WrappedLine wrapped(columns);
+std::string filled(WrappedLine wrapped, std::string_view line) {
     for (std::size_t at = 0; at < line.size();) {
         const auto end = std::min(line.find(' ', at), line.size());
         wrapped.add(std::string(line.substr(at, end - at)));
@@ -166,18 +181,50 @@ std::string wrappedLine(std::string_view line, std::size_t columns) {
     return wrapped.take() + (line.ends_with(' ') ? " " : "");
 }
 
+/// Where the second column of a table's row begins: an indented term, two or more spaces and its meaning.
+std::optional<std::size_t> secondColumn(std::string_view line) {
+    if (!line.starts_with("  ")) return std::nullopt;
+    const auto gap = line.find("  ", std::min(line.find_first_not_of(' '), line.size()));
+    const auto begin = gap == line.npos ? gap : line.find_first_not_of(' ', gap);
+    return begin == line.npos ? std::nullopt : std::optional(begin);
+}
+
+/// The second column is wrapped in itself. Where it gets less than half of the width it stands below the
+/// term, in every row of the table, because all rows have it in the same place.
+std::string wrappedRow(std::string_view line, std::size_t second, std::size_t columns) {
+    constexpr std::size_t narrow = 4;
+    auto head = std::string(line.substr(0, second));
+    const auto width = displayWidth(head);
+    const auto meaning = line.substr(second);
+    if (width <= columns / 2) return filled({columns, std::move(head), width}, meaning);
+    head.erase(head.find_last_not_of(' ') + 1);
+    if (displayWidth(head) > columns) head = filled(WrappedLine(columns), head);
+    return filled({columns, head + "\n" + std::string(narrow, ' '), narrow}, meaning);
+}
+
+std::string wrappedLine(std::string_view line, std::size_t columns) {
+    if (const auto second = secondColumn(line)) return wrappedRow(line, *second, columns);
+    return displayWidth(line) <= columns ? std::string(line) : filled(WrappedLine(columns), line);
+}
+
 } // namespace
 
 std::string wrappedText(const std::string& text, std::size_t columns) {
     std::string result;
     for (std::size_t at = 0; at < text.size();) {
         const auto end = std::min(text.find('\n', at), text.size());
-        const auto line = text.substr(at, end - at);
-        result += displayWidth(line) <= columns ? line : wrappedLine(line, columns);
+        result += wrappedLine(std::string_view(text).substr(at, end - at), columns);
         if (end < text.size()) result += '\n';
         at = end + 1;
     }
     return result;
+}
+
+std::string withCommand(const std::string& sentence, const std::string& command, std::size_t columns) {
+    if (displayWidth(sentence) <= columns || !sentence.ends_with(command)) return sentence;
+    auto words = sentence.substr(0, sentence.size() - command.size());
+    words.erase(words.find_last_not_of(' ') + 1);
+    return (words.empty() ? "" : wrappedText(words, columns) + "\n") + "  " + command;
 }
 
 std::vector<std::vector<StyledText>> wrapped(const std::vector<StyledText>& line, std::size_t columns) {

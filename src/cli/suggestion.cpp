@@ -33,6 +33,8 @@ std::optional<std::string> closest(const std::string& word, const std::vector<st
     if (word.size() > longestWord) return std::nullopt;
     const auto wanted = lowercased(word);
     std::optional<std::string> best;
+    for (const auto& each : known) // "pt" of "pt-BR"
+        if (wanted.size() > 1 && lowercased(each).starts_with(wanted + "-")) return each;
     std::size_t least = wanted.size() < 5 ? 2 : 3; // one more than the allowed differences
     for (const auto& each : known) {
         const auto difference = each.size() > longestWord ? least : distance(wanted, lowercased(each));

@@ -16,7 +16,6 @@
 #include "program/resources.h"
 #include "program/volume_mac.h"
 #include "settings/app_preferences.h"
-#include "system/permissions_model.h"
 
 #include <algorithm>
 #include <csignal>
@@ -39,19 +38,18 @@ class CommandRun {
         : context_(context), build_(build), log_(log) {}
 
     ExitStatus operator()(const Command& command) {
-        const bool moves = command.movesItems && command.movesItems(context_.arguments);
         if (const auto* anywhere = std::get_if<Command::Anywhere>(&command.run)) return (*anywhere)(context_);
         HostServices services(loginCommand(context_.arguments), log_);
         if (const auto* onHost = std::get_if<Command::OnHost>(&command.run))
             return onThisHost(services, [&](Host& host) { return (*onHost)(context_, host); });
         if (const auto* onMac = std::get_if<Command::OnMac>(&command.run))
-            return onMacOf(services, moves, [&](Mac& mac) { return (*onMac)(context_, mac); });
+            return onMacOf(services, [&](Mac& mac) { return (*onMac)(context_, mac); });
         const auto onBoth = std::get<Command::OnHostAndMac>(command.run);
         const auto withHost = [&](Mac* mac) {
             return onThisHost(services, [&](Host& host) { return onBoth(context_, host, mac); });
         };
         if (!context_.arguments.volume && !build_.openRunningMac) return withHost(nullptr);
-        return onMacOf(services, moves, [&](Mac& mac) { return withHost(&mac); });
+        return onMacOf(services, [&](Mac& mac) { return withHost(&mac); });
     }
 
   private:
@@ -72,7 +70,7 @@ class CommandRun {
 
     /// Opens the given volume, else the running Mac.
     template<class Run>
-    ExitStatus onMacOf(HostServices& services, bool moves, const Run& run) {
+    ExitStatus onMacOf(HostServices& services, const Run& run) {
         const auto& arguments = context_.arguments;
         if (arguments.volume) {
             auto volume = VolumeMac::open(*arguments.volume, arguments.home, services, context_.texts, log_);
@@ -82,10 +80,7 @@ class CommandRun {
         if (arguments.home) return context_.refuse({"cli.home.ofVolume"});
         auto running = build_.openRunningMac(services, context_.texts, log_);
         if (!running) return context_.refuse(running.error());
-        auto& mac = (*running)->mac();
-        if (const auto reason = moves ? whyNothingMoves(mac.system.files, mac.system.user) : std::nullopt)
-            return context_.refuse(*reason);
-        return run(mac);
+        return run((*running)->mac());
     }
 
     const CommandContext& context_;

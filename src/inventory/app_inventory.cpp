@@ -116,7 +116,9 @@ std::vector<InstalledApp> AppInventory::build(const StopToken& stop, const OnApp
     const BudgetedFiles files(ports_.files);
     const BudgetedSignatures signatures(ports_.signatures, files.budget());
     recall();
-    const auto bundles = findApplicationBundles(ports_.files, user_, &unreadable_);
+    MissedApplications missed;
+    const auto bundles = findApplicationBundles(ports_.files, user_, &missed);
+    unreadable_ = std::move(missed.unreadable);
     InOrder results(bundles.size(), onApp);
     parallelFor(bundles.size(), [&](std::size_t index) {
         auto app = stop.stopRequested() ? std::nullopt : makeInstalledApp(files, signatures, bundles[index]);
@@ -128,7 +130,7 @@ std::vector<InstalledApp> AppInventory::build(const StopToken& stop, const OnApp
     parallelFor(apps.size(), [&](std::size_t index) {
         if (!stop.stopRequested()) complete(files, apps[index], jobs);
     });
-    leftOut_ = files.budget().leftOut();
+    leftOut_ = missed.leftOut + files.budget().leftOut();
     sortForDisplay(apps, locale);
     return apps;
 }

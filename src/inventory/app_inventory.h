@@ -48,7 +48,8 @@ class AppInventory {
     std::vector<InstalledApp> build(const StopToken& stop = {}, const OnApp& onApp = {},
                                     const std::string& locale = "en");
 
-    /// Files and folders that the last `build` did not read because its budget was exhausted.
+    /// Files and folders that the last `build` did not read because its budget was exhausted, and
+    /// applications beyond the number that is listed.
     std::uint64_t leftOut() const { return leftOut_; }
 
     /// Folders that the last `build` could not list; they may contain more applications.

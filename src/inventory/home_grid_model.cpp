@@ -49,8 +49,8 @@ void HomeGridModel::follow() {
     };
     for (auto* preference : {&preferences.homeGrouping, &preferences.homeSort, &preferences.unusedThreshold})
         following_.push_back(preference->observe(readAndArrange));
-    following_.push_back(ports_.tags.changed.connect([this] { arrange(); }));
-    following_.push_back(ports_.protectedApps.changed.connect([this] { arrange(); }));
+    following_.push_back(ports_.tags.changed.connect([this](const auto&) { arrange(); }));
+    following_.push_back(ports_.protectedApps.changed.connect([this](const auto&) { arrange(); }));
 }
 
 void HomeGridModel::setOptions(HomeGridOptions options) {
@@ -124,7 +124,10 @@ void HomeGridModel::measure() {
             inventory.measure(apps, stop, [&](const InstalledApp& app) { stream->add(app); });
             return true;
         },
-        [](HomeGridModel& self, bool) { self.end(Phase::ready); });
+        [](HomeGridModel& self, bool) {
+            self.arrange(); // once, now that every size is known
+            self.end(Phase::ready);
+        });
 }
 
 void HomeGridModel::end(Phase reached) {

@@ -93,7 +93,7 @@ class HomeGridModel {
 
     const HomeGridOptions& options() const { return options_; }
     void setOptions(HomeGridOptions options);
-    /// Sorts every row by its present values: arriving sizes move nothing by themselves.
+    /// Sorts every row by its present values. Arriving sizes move nothing before the last one is there.
     void arrange();
 
     const std::vector<InstalledApp>& apps() const { return apps_; }

@@ -27,11 +27,14 @@ class BundleSearch {
     explicit BundleSearch(const FileSystem& files) : files_(files) {}
 
     void searchFolder(const Path& folder, int depthLeft) {
-        if (foldersLeft_ <= 0) return;
+        if (foldersLeft_ <= 0) {
+            ++missed_.leftOut;
+            return;
+        }
         --foldersLeft_;
         const auto entries = files_.list(folder);
         if (!entries) {
-            if (!isAbsence(entries.error())) unreadable_.push_back(folder);
+            if (!isAbsence(entries.error())) missed_.unreadable.push_back(folder);
             return;
         }
         for (const auto& entry : *entries) {
@@ -40,7 +43,10 @@ class BundleSearch {
             // A link to an application does not count: removing it would remove only the link.
             if (entry.kind != FileKind::directory || entry.name.starts_with('.')) continue;
             if (item.lowercasedExtension() == "app") {
-                if (found_.size() < maximumBundles) found_.insert(item);
+                if (found_.size() < maximumBundles)
+                    found_.insert(item);
+                else
+                    ++missed_.leftOut;
             } else if (depthLeft > 0) {
                 searchFolder(item, depthLeft - 1);
             }
@@ -48,13 +54,13 @@ class BundleSearch {
     }
 
     std::vector<Path> found() const { return {found_.begin(), found_.end()}; }
-    const std::vector<Path>& unreadable() const { return unreadable_; }
+    const MissedApplications& missed() const { return missed_; }
 
   private:
     const FileSystem& files_;
     int foldersLeft_ = maximumFolders;
     std::set<Path> found_;
-    std::vector<Path> unreadable_;
+    MissedApplications missed_;
 };
 
 /// The results of `read` for each bundle, in order, without the empty ones.
@@ -71,11 +77,11 @@ std::vector<Value> readInParallel(const std::vector<Path>& bundles, const Read& 
 } // namespace
 
 std::vector<Path> findApplicationBundles(const FileSystem& files, const UserEnvironment& user,
-                                         std::vector<Path>* unreadable) {
+                                         MissedApplications* missed) {
     BundleSearch search(files);
     search.searchFolder(Path("/Applications"), subfolderDepth);
     search.searchFolder(user.home / "Applications", subfolderDepth);
-    if (unreadable) *unreadable = search.unreadable();
+    if (missed) *missed = search.missed();
     return search.found();
 }
 

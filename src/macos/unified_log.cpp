@@ -1,5 +1,7 @@
 #include "macos/unified_log.h"
 
+#include <os/log.h>
+#include <string>
 #include <string_view>
 
 namespace tidwen {
@@ -22,9 +24,11 @@ os_log_type_t typeOf(LogLevel level) {
 
 } // namespace
 
+UnifiedLog::UnifiedLog(const std::string& subsystem) : log_(os_log_create(subsystem.c_str(), "tidwen")) {}
+
 void UnifiedLog::write(LogLevel level, std::string_view line) {
     const std::string text(line);
-    os_log_with_type(log_, typeOf(level), "%{public}s", text.c_str());
+    os_log_with_type(static_cast<os_log_t>(log_), typeOf(level), "%{public}s", text.c_str());
 }
 
 } // namespace tidwen

@@ -2,7 +2,6 @@
 
 #include "base/log.h"
 
-#include <os/log.h>
 #include <string>
 #include <string_view>
 
@@ -12,11 +11,11 @@ namespace tidwen {
 /// public: they name paths and identifiers of leftovers, which whoever looks for a fault needs.
 class UnifiedLog : public Log {
   public:
-    explicit UnifiedLog(const std::string& subsystem) : log_(os_log_create(subsystem.c_str(), "tidwen")) {}
+    explicit UnifiedLog(const std::string& subsystem);
     void write(LogLevel level, std::string_view line) override;
 
   private:
-    os_log_t log_; ///< lives as long as the process
+    void* log_; ///< lives as long as the process; its own type is another in Objective-C++
 };
 
 } // namespace tidwen

@@ -114,6 +114,8 @@ tl::expected<RemovalOperation, Message> AdminScriptRunner::judged(RemovalOperati
     if (auto* move = std::get_if<operation::Move>(&operation.kind)) {
         const auto allowed = policy_.checkMove(move->source, move->destination, files_);
         if (!allowed) return blocked(blockedBySafetyPolicyKey, byPolicy, allowed.error().path);
+        if (isAnother(allowed->source(), move->found, files_))
+            return tl::unexpected(Message{changedSinceKey});
         if (hasLostRunFolder(*allowed, files_, policy_)) return tl::unexpected(Message{quarantineGoneKey});
         *move = {allowed->source(), allowed->destination()};
         if (!toolArguments::areSafe(operation.kind))

@@ -1,9 +1,12 @@
 #pragma once
 
+#include "base/message.h"
 #include "base/path.h"
 #include "base/uuid.h"
+#include "scan/matching/found_item.h"
 #include "scan/matching/trace.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -39,6 +42,7 @@ struct Bootstrap { ///< load a job again
 struct Move {
     Path source;
     Path destination;
+    std::optional<FoundItem> found = {}; ///< nothing else is moved from there; absent: whatever is there
     friend bool operator==(const Move&, const Move&) = default;
 };
 struct DeleteKeychainItem {
@@ -69,6 +73,7 @@ struct RemovalOperation {
     Uuid traceID = Uuid::random();            ///< of its trace, otherwise new
     std::string bundleID;                     ///< of the application it serves
     std::vector<std::string> sharedWith = {}; ///< move: other applications of the run that claim the item
+    std::optional<Message> refusal = {};      ///< why it must not be run, as the disk is now
 
     friend bool operator==(const RemovalOperation&, const RemovalOperation&) = default;
 };

@@ -14,15 +14,24 @@ Message failure(const FileError& error) {
     return {std::string(failureKey(error.fault))};
 }
 
+/// An undo by an ordinary user of what an administrator removed.
+bool leadsToAnothers(const JudgedMove& move, const FileSystem& files, const PathPolicy& policy) {
+    if (policy.isQuarantineEndpoint(move.destination())) return false;
+    const auto own = files.info(move.source().parent()), old = files.info(move.destination().parent());
+    return own && old && own->ownerID != old->ownerID;
+}
+
 /// A move rarely fails because of the item's own permissions: the text names what the user can do.
-Message moveFailure(const FileError& error, const JudgedMove& move, const FileSystem& files) {
+Message moveFailure(const FileError& error, const JudgedMove& move, const FileSystem& files,
+                    const PathPolicy& policy) {
     const Path& from = move.source();
     if (error.fault == FileFault::exists && error.path != from && error.path != move.destination())
         return {"failure.putBackBeside %@", {error.path.string()}};
     if (error.fault != FileFault::denied) return failure(error);
     const auto item = files.info(from);
     if (item && item->immutable) return {"failure.itemLocked"};
-    return {files.isMovable(from) ? guardedBySystemKey : "failure.notYours"};
+    if (!files.isMovable(from)) return {"failure.notYours"};
+    return {leadsToAnothers(move, files, policy) ? "failure.oldFolderNotYours" : guardedBySystemKey};
 }
 
 } // namespace
@@ -43,6 +52,12 @@ bool hasLostRunFolder(const JudgedMove& move, const FileSystem& files, const Pat
     return folder != move.destination() && isMissing(files, folder);
 }
 
+bool isAnother(const Path& path, const std::optional<FoundItem>& found, const FileSystem& files) {
+    if (!found) return false;
+    const auto now = files.info(path);
+    return now ? !found->isStill(*now) : now.error().fault != FileFault::missing;
+}
+
 std::optional<Message> screenedMove(const operation::Move& move, FileSystem& files, const PathPolicy& policy,
                                     Log& log) {
     const auto judged = policy.checkMove(move.source, move.destination, files);
@@ -50,6 +65,7 @@ std::optional<Message> screenedMove(const operation::Move& move, FileSystem& fil
         log.warning("Move blocked by path policy: {}", judged.error().path);
         return Message{blockedBySafetyPolicyKey};
     }
+    if (isAnother(judged->source(), move.found, files)) return Message{changedSinceKey};
     const auto folder = judged->destination().parent();
     const bool entersQuarantine = policy.isQuarantineEndpoint(judged->destination());
     const auto created =
@@ -64,7 +80,7 @@ std::optional<Message> screenedMove(const operation::Move& move, FileSystem& fil
     if (entersQuarantine && isMissing(files, folder)) return gone;
     // Remove the empty numbered folder, which would count as something in quarantine.
     if (entersQuarantine) (void)files.removeEmptyDirectory(folder);
-    return moveFailure(moved.error(), *judged, files);
+    return moveFailure(moved.error(), *judged, files, policy);
 }
 
 } // namespace tidwen

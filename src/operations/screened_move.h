@@ -5,6 +5,7 @@
 #include "base/path.h"
 #include "operations/removal_operation.h"
 #include "platform/file_system.h"
+#include "scan/matching/found_item.h"
 #include "scan/policy/path_policy.h"
 
 #include <optional>
@@ -26,6 +27,12 @@ bool hasLostRunFolder(const JudgedMove& move, const FileSystem& files, const Pat
 /// Creates a folder below a run's folder, never that one: if a run's folder, a Trash or a home that
 /// disappeared during a run were created again, it would take the remaining items without a record of them.
 FileResult<void> makeFolderInQuarantine(const Path& folder, FileSystem& files, const PathPolicy& policy);
+
+/// Something else lies where the item was found.
+inline constexpr const char* changedSinceKey = "failure.changedSince";
+
+/// Whether another item has taken the place of the one that was found; false when nothing is there.
+bool isAnother(const Path& path, const std::optional<FoundItem>& found, const FileSystem& files);
 
 /// Checks a move against the safety policy, creates the destination's parents, but never the folder of a run,
 /// and moves without overwriting. The move uses the resolved parents that were checked, so a parent that

@@ -80,7 +80,8 @@ Outcome ToolLaunchd::switchAsAdministrator(const std::string& script) {
     const auto result = runAsAdministrator(processes_, script, administratorTimeout);
     if (result) return result->exitCode == 0 ? Outcome() : failed(*result);
     if (result.error().kind == AdminScriptRunnerError::Kind::authorizationCancelled)
-        return tl::unexpected(LaunchdError{LaunchdError::Kind::authorizationCancelled, {}});
+        return tl::unexpected(
+            LaunchdError{LaunchdError::Kind::authorizationCancelled, {"startup.toggle.cancelled"}});
     return failed(result.error().process);
 }
 

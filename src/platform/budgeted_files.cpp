@@ -13,7 +13,7 @@ namespace tidwen {
 
 namespace {
 
-// Smaller lists are parsed faster than looked up.
+// Smaller lists are parsed faster than looked up, and their parsing needs no exact measure.
 constexpr std::size_t smallestKept = 64u << 10;
 // A parsed list takes many times the memory of its file.
 constexpr std::size_t mostKept = 4;
@@ -80,10 +80,14 @@ std::shared_ptr<const PropertyListValue> BudgetedFiles::propertyList(const Path&
     FileResult<std::string> bytes;
     std::shared_ptr<const PropertyListValue> value;
     {
-        const ReadBudget::Work work(budget_, ReadBudget::Measure::exactly);
+        const ReadBudget::Work work(budget_);
         bytes = files_.read(file, limits.bytes);
-        if (!bytes) return nullptr;
-        budget_.spendBytes(bytes->size());
+    }
+    if (!bytes) return nullptr;
+    budget_.spendBytes(bytes->size());
+    {
+        using enum ReadBudget::Measure;
+        const ReadBudget::Work work(budget_, bytes->size() < smallestKept ? cheaply : exactly);
         if (auto parsed = parsePropertyList(*bytes, limits))
             value = std::make_shared<const PropertyListValue>(std::move(*parsed));
     }

@@ -75,7 +75,7 @@ class HeadedFile {
     }
 
   private:
-    static constexpr std::size_t headBytes = 16u << 10;
+    static constexpr std::size_t headBytes = 8u << 10; // the load commands of most take four to six
 
     SignatureFiles& files_;
     const Path& file_;

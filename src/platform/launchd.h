@@ -14,7 +14,7 @@ namespace tidwen {
 struct LaunchdError {
     enum class Kind { failed, authorizationCancelled, process };
     Kind kind = Kind::failed;
-    Message message; ///< the text for the user; empty for a dismissed prompt, which is never reported
+    Message message; ///< the text for the user; that of a dismissed prompt is never reported
 };
 
 /// launchd's overrides, which list only jobs that were enabled or disabled by hand.

@@ -16,6 +16,8 @@ struct UserEnvironment {
     std::optional<Path> temporaryFolder; ///< "/private/var/folders/zz/…/T", when known
     /// Homes of other users as named by the volume's accounts, wherever they are; links resolved as well.
     std::vector<Path> otherHomes = {};
+    /// The Mac is the one that runs this process: its privacy settings decide what may be opened.
+    bool isOnRunningMac = false;
 
     Path libraryFolder() const { return home / "Library"; }
     Path trash() const { return home / ".Trash"; }

@@ -215,7 +215,8 @@ class CopiedMove {
             return failed(isTargets ? to_.path : from_.path, fault);
         }
         if (const int fault = flushDisk(target())) return failed(to_.path, fault);
-        const auto same = isSameTree(source(), original(), target(), copy_.c_str(), Compared::whole);
+        const auto same =
+            isSameTree(source(), original(), target(), copy_.c_str(), Compared::whole, Reading::everything);
         if (!same) return failed(from_.path, same.error());
         if (!*same)
             return failed(from_.path, EBUSY); // it is being written to, or the disk does not store all of it
@@ -284,15 +285,18 @@ class CopiedMove {
         for (const auto& each : arrived) {
             const auto known = TreeRecord::of(source(), each.name.c_str());
             auto left = std::optional(remainsAt(each.name, known ? FileFault::busy : faultOf(known.error())));
-            if (known && isWithin(each.name, finalName(), Compared::remains))
+            if (known && isWithin(each.name, finalName(), Compared::remains).value_or(false))
                 left = removeArrived(each.name, *known);
             if (left) remains = std::move(left);
         }
         return remains;
     }
 
-    bool isWithin(const std::string& aside, const char* copy, Compared compared) const {
-        return isSameTree(source(), aside.c_str(), target(), copy, compared).value_or(false);
+    /// The error is that the limit of the comparisons does not allow one.
+    OsResult<bool> isWithin(const std::string& aside, const char* copy, Compared compared) const {
+        const auto same = isSameTree(source(), aside.c_str(), target(), copy, compared, Reading::withinLimit);
+        if (same || same.error() == ECANCELED) return same;
+        return false;
     }
 
     struct Completion {
@@ -308,7 +312,9 @@ class CopiedMove {
         if (!known) return Completion{true, remainsAt(aside, faultOf(known.error()))};
         const auto compared = isPlaced ? Compared::remains : Compared::whole;
         const char* copy = isPlaced ? finalName() : copy_.c_str();
-        if (!isWithin(aside, copy, compared)) return Completion{};
+        const auto isCopied = isWithin(aside, copy, compared);
+        if (!isCopied) return failed(from_.path, isCopied.error());
+        if (!*isCopied) return Completion{};
         if (!isPlaced) {
             if (const int fault = renameExclusively(target(), copy, target(), finalName()))
                 return failed(to_.path, fault);

@@ -92,6 +92,13 @@ std::vector<Range> comparedOf(int a, int b, std::uint64_t size) {
     return {{0, size}};
 }
 
+/// How many of so many bytes the file's disk has not allocated.
+std::uint64_t freeBytesOf(int file, std::uint64_t bytes) {
+    constexpr std::uint64_t unit = 512; // of st_blocks
+    const auto item = statOpen(file);
+    return item ? bytes - std::min(bytes, static_cast<std::uint64_t>(item->st_blocks) * unit) : bytes;
+}
+
 /// Fills the buffer from `offset` or to the end of the file. Returns the number of bytes read, or -1.
 ssize_t readPiece(int file, char* buffer, std::size_t length, std::uint64_t offset) {
     std::size_t done = 0;
@@ -144,11 +151,15 @@ int copyContent(int from, int to, std::uint64_t size) {
     return ::ftruncate(to, static_cast<off_t>(size)) == 0 ? 0 : errno;
 }
 
-OsResult<bool> haveSameContent(int a, int b, std::uint64_t size) {
+OsResult<bool> haveSameContent(int a, int b, std::uint64_t size,
+                               const std::function<bool(std::uint64_t)>& mayRead) {
+    const auto ranges = comparedOf(a, b, size);
+    if (mayRead && !mayRead(freeBytesOf(a, bytesOf(ranges)))) return tl::unexpected(ECANCELED);
     std::vector<char> first(pieceBytes), second(pieceBytes);
-    for (const Range& range : comparedOf(a, b, size)) {
+    for (const Range& range : ranges) {
         const auto end = std::min(range.end, size);
         for (std::uint64_t offset = range.begin; offset < end;) {
+            if (mayRead && !mayRead(0)) return tl::unexpected(ECANCELED);
             const auto wanted = std::min<std::uint64_t>(pieceBytes, end - offset);
             const auto countA = readPiece(a, first.data(), wanted, offset);
             if (countA < 0) return tl::unexpected(errno);

@@ -7,6 +7,8 @@
 #include <fcntl.h>
 #include <string_view>
 #include <tl/expected.hpp>
+#include <unistd.h>
+#include <utility>
 
 namespace tidwen {
 
@@ -29,6 +31,10 @@ FileKind kindOfEntry(int folder, const char* name, unsigned char type) {
     return item ? kindOf(item->st_mode) : FileKind::other;
 }
 
+bool isItem(std::string_view name) {
+    return name != "." && name != "..";
+}
+
 OsResult<std::vector<DirectoryEntry>> entriesIn(FolderListing& listing, int folder) {
     std::vector<DirectoryEntry> entries;
     while (const char* name = listing.next())
@@ -45,6 +51,36 @@ Descriptor openFolderToRead(int folder, const char* name) {
         return ::openat(folder, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     }));
 }
+
+#ifdef __linux__
+
+// Another listing of the descriptor may have left its position at the end.
+FolderListing::FolderListing(int folder) : folder_(folder) {
+    if (::lseek(folder, 0, SEEK_SET) != 0) fault_ = errno;
+}
+
+FolderListing::FolderListing(Descriptor folder) : own_(std::move(folder)), folder_(own_.get()) {}
+
+FolderListing::~FolderListing() = default;
+
+const char* FolderListing::next() {
+    while (!fault_) {
+        if (at_ == filled_) {
+            const auto count = ::getdents64(folder_, buffer_, sizeof buffer_);
+            if (count < 0 && errno != ENOENT)
+                fault_ = errno; // a folder removed meanwhile has no more entries
+            if (count <= 0) return nullptr;
+            filled_ = static_cast<std::size_t>(count);
+            at_ = 0;
+        }
+        entry_ = reinterpret_cast<const dirent64*>(buffer_ + at_);
+        at_ += entry_->d_reclen;
+        if (isItem(entry_->d_name)) return entry_->d_name;
+    }
+    return nullptr;
+}
+
+#else
 
 FolderListing::FolderListing(int folder) {
     // A stream owns its descriptor, so it gets a duplicate. Both share one position, which another listing
@@ -77,11 +113,12 @@ const char* FolderListing::next() {
             fault_ = errno;
             return nullptr;
         }
-        const std::string_view name = entry_->d_name;
-        if (name != "." && name != "..") return entry_->d_name;
+        if (isItem(entry_->d_name)) return entry_->d_name;
     }
     return nullptr;
 }
+
+#endif
 
 OsResult<std::vector<DirectoryEntry>> entriesOf(int folder) {
     FolderListing listing(folder);

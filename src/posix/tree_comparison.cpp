@@ -1,5 +1,7 @@
 #include "posix/tree_comparison.h"
 
+#include "platform/file_system.h"
+#include "posix/comparison_limit.h"
 #include "posix/extended_attributes.h"
 #include "posix/file_content.h"
 #include "posix/folder_listing.h"
@@ -28,15 +30,16 @@ int answer(bool same) {
 
 class TreeComparison : public TreeVisitor {
   public:
-    TreeComparison(int folder, const char* name, Compared compared)
-        : folder_(folder), name_(name), compared_(compared) {}
+    TreeComparison(int folder, const char* name, Compared compared, Reading reading)
+        : folder_(folder), name_(name), compared_(compared), reading_(reading) {}
 
     int item(const TreeItem& item) override {
+        if (isLimited() && ComparisonLimit::isStopped()) return ECANCELED;
         const auto copy = statItem(folder(), nameFor(item));
         if (!copy) return absent(copy.error());
         if (!haveSameMetadata(item.status, *copy, true)) return difference;
         if (compared_ == Compared::whole && !isLinkedAlike(item.status, *copy)) return difference;
-        if (S_ISREG(item.status.st_mode)) return compareFiles(item);
+        if (S_ISREG(item.status.st_mode)) return compareFiles(item, *copy);
         if (!S_ISLNK(item.status.st_mode)) return 0;
         const auto target = readLinkTarget(item.folder, item.name);
         if (!target) return target.error();
@@ -84,21 +87,51 @@ class TreeComparison : public TreeVisitor {
         return linked_.emplace(item.st_ino, copy.st_ino).first->second == copy.st_ino;
     }
 
-    int compareFiles(const TreeItem& item) const {
+    bool isLimited() const { return reading_ == Reading::withinLimit; }
+
+    /// A change of either file, whatever its times say, makes it another one.
+    static FileInfo identityOf(const struct stat& file) {
+        constexpr std::int64_t perSecond = 1'000'000'000;
+        const auto changed = changeTime(file);
+        return {.size = static_cast<std::uint64_t>(file.st_size),
+                .modifiedNanoseconds =
+                    static_cast<std::int64_t>(changed.tv_sec) * perSecond + changed.tv_nsec,
+                .device = static_cast<std::uint64_t>(file.st_dev),
+                .inode = static_cast<std::uint64_t>(file.st_ino),
+                .createdNanoseconds = {},
+                .addedNanoseconds = {}};
+    }
+
+    int compareContent(int mine, int its, const struct stat& item, const struct stat& copy) const {
+        const auto size = static_cast<std::uint64_t>(item.st_size);
+        if (!isLimited()) {
+            const auto same = haveSameContent(mine, its, size, {});
+            return same ? answer(*same) : same.error();
+        }
+        const auto a = identityOf(item), b = identityOf(copy);
+        if (const auto known = ComparisonLimit::known(a, b)) return answer(*known);
+        const auto same = haveSameContent(mine, its, size, [](std::uint64_t free) {
+            return !ComparisonLimit::isStopped() && ComparisonLimit::allowsFree(free);
+        });
+        if (!same) return same.error();
+        ComparisonLimit::add(a, b, *same);
+        return answer(*same);
+    }
+
+    int compareFiles(const TreeItem& item, const struct stat& copy) const {
         constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
         const Descriptor mine(::openat(item.folder, item.name, flags));
         if (!mine.isOpen()) return errno;
         const Descriptor its(::openat(folder(), nameFor(item), flags));
         if (!its.isOpen()) return errno;
         if (const int fault = compareAttributes(mine.get(), its.get())) return fault;
-        const auto same =
-            haveSameContent(mine.get(), its.get(), static_cast<std::uint64_t>(item.status.st_size));
-        return same ? answer(*same) : same.error();
+        return compareContent(mine.get(), its.get(), item.status, copy);
     }
 
     int folder_;
     const char* name_;
     Compared compared_;
+    Reading reading_;
     std::optional<FolderStack> copies_;
     std::map<ino_t, ino_t> linked_;
 };
@@ -106,8 +139,8 @@ class TreeComparison : public TreeVisitor {
 } // namespace
 
 OsResult<bool> isSameTree(int folder, const char* name, int copyFolder, const char* copyName,
-                          Compared compared) {
-    TreeComparison comparison(copyFolder, copyName, compared);
+                          Compared compared, Reading reading) {
+    TreeComparison comparison(copyFolder, copyName, compared, reading);
     const int fault = walkTree(folder, name, comparison);
     if (fault == difference) return false;
     if (fault) return tl::unexpected(fault);

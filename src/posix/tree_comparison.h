@@ -12,8 +12,13 @@ enum class Compared {
     remains,
 };
 
+enum class Reading {
+    everything,
+    withinLimit, ///< as the `ComparisonLimit` of the thread allows, else ECANCELED
+};
+
 /// Compares an item and everything below it with its copy, byte by byte.
 OsResult<bool> isSameTree(int folder, const char* name, int copyFolder, const char* copyName,
-                          Compared compared);
+                          Compared compared, Reading reading);
 
 } // namespace tidwen

@@ -96,6 +96,7 @@ tl::expected<std::unique_ptr<RunningMac>, Message> RunningMac::open(FrameworkPor
                                                                     const Texts& texts, Log& log) {
     auto files = RootedFileSystem::open("/");
     if (!files) return tl::unexpected(Message{std::string(failureKey(files.error().fault))});
+    ports.user.isOnRunningMac = true;
     if (const auto known = (*files)->setHome(ports.user.home); !known)
         return tl::unexpected(Message{std::string(failureKey(known.error().fault))});
     auto parts = std::make_unique<Parts>(std::move(*files), std::move(ports), host, texts, log);

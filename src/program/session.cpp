@@ -38,8 +38,8 @@ bool Session::followSettings() {
 
 UndoService::Ports undoPorts(Mac& mac) {
     const bool isRunning = !mac.volume;
-    return {mac.system.files, mac.privilegedRunner, mac.userRunner, mac.system.texts,
-            mac.system.log,   mac.system.clock,     isRunning};
+    return {mac.system.files, mac.privilegedRunner, mac.userRunner, mac.system.log, mac.system.clock,
+            isRunning,        &mac.system.launchd};
 }
 
 RemovalFlowModel::Services Session::removalServices() {
@@ -52,6 +52,11 @@ RemovalFlowModel::Services Session::removalServices() {
                     // Reread: another process may have changed the protection since this session began.
                     return sweepOrphans(ProtectedApps(mac_.system.defaults).bundleIDs(), stop, onFound,
                                         onStep);
+                },
+            .findReclaimed =
+                [this](const auto& finds) {
+                    return orphanScanner().reclaimed(bundles_, finds,
+                                                     ProtectedApps(mac_.system.defaults).bundleIDs());
                 },
             .running = system.runningApplications,
             .executor = executor_,
@@ -96,11 +101,16 @@ std::unique_ptr<ResidueScanner> Session::makeScanner() {
 OrphanScanResult Session::sweepOrphans(const std::set<std::string>& protectedIDs, const StopToken& stop,
                                        const OrphanScanner::OnFound& onFound, const OnStep& onStep) const {
     const auto& system = mac_.system;
-    OrphanScanner scanner(
-        {system.files, system.receipts, system.runningApplications, system.log}, system.user,
-        [&known = system.knownApplications](const std::string& bundleID) { return known.isKnown(bundleID); });
     InstalledBundles installed(system.files, system.signatures, system.user);
-    return scanner.scan(installed, protectedIDs, stop, onFound, onStep);
+    return orphanScanner().scan(installed, protectedIDs, stop, onFound, onStep);
+}
+
+OrphanScanner Session::orphanScanner() const {
+    const auto& system = mac_.system;
+    return {
+        {system.files, system.receipts, system.runningApplications, system.log},
+        system.user,
+        [&known = system.knownApplications](const std::string& bundleID) { return known.isKnown(bundleID); }};
 }
 
 } // namespace tidwen

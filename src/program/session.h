@@ -63,6 +63,7 @@ class Session {
 
   private:
     std::unique_ptr<ResidueScanner> makeScanner();
+    OrphanScanner orphanScanner() const;
 
     Mac& mac_;
     Executor& main_;

@@ -43,10 +43,9 @@ WorkQueue& SessionModels::watching() {
     return watching_ ? *watching_ : watching_.emplace(1u);
 }
 
-std::vector<InstalledApp> SessionModels::listApps() const {
+std::vector<InstalledApp> SessionModels::listApps(const FileSystem& files) const {
     const auto& system = shared_.mac.system;
-    return listInstalledApps(system.files, system.signatures,
-                             findApplicationBundles(system.files, system.user));
+    return listInstalledApps(files, system.signatures, findApplicationBundles(files, system.user));
 }
 
 RemovalFlowModel& SessionModels::removal() {
@@ -69,7 +68,7 @@ InstallersModel& SessionModels::installers() {
     const auto& system = shared_.mac.system;
     return installers_.emplace(
         InstallersModel::Ports{system.files, system.user, system.texts, shared_.main, reading()},
-        [this] { return listApps(); });
+        [this] { return listApps(shared_.mac.system.files); });
 }
 
 StartupItemsModel& SessionModels::startupItems() {
@@ -82,7 +81,7 @@ StartupItemsModel& SessionModels::startupItems() {
     return startupItems_.emplace(StartupItemsModel::Ports{system.files, system.launchd, *startupScanner_,
                                                           shared_.protectedApps, system.texts, shared_.main,
                                                           reading(), system.log},
-                                 [this] { return listApps(); });
+                                 [this](const FileSystem& files) { return listApps(files); });
 }
 
 PermissionsModel& SessionModels::permissions() {
@@ -104,19 +103,21 @@ StartupChores& SessionModels::chores() {
     return chores_ ? *chores_ : chores_.emplace(shared_.chores(), shared_.mac.system.user);
 }
 
-bool SessionModels::isBusy() {
-    return std::holds_alternative<stage::Removing>(removal().stage()) || removal().isUndoing()
-           || chores().isUndoing() || history().busyEntryID.get().has_value();
+std::optional<SessionModels::Work> SessionModels::work() {
+    if (std::holds_alternative<stage::Removing>(removal().stage())) return Work::removal;
+    if (removal().isUndoing() || chores().isUndoing()) return Work::undo;
+    if (!history().busyEntryID.get()) return std::nullopt;
+    return history().isDeleting() ? Work::deletion : Work::undo;
 }
 
 Property<bool>& SessionModels::takesRequests() {
     if (takesRequests_) return *takesRequests_;
     const auto now = [this] { return removal().takesTargets() && !isBusy(); };
     takesRequests_.emplace(now());
-    const auto update = [this, now] { takesRequests_->set(now()); };
+    const auto update = [this, now](const auto&) { takesRequests_->set(now()); };
     following_.push_back(removal().changed.connect(update));
     following_.push_back(chores().changed.connect(update));
-    following_.push_back(history().busyEntryID.observe([update](const auto&) { update(); }));
+    following_.push_back(history().busyEntryID.observe(update));
     return *takesRequests_;
 }
 

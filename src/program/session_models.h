@@ -70,8 +70,11 @@ class SessionModels {
     /// Whether applications that another process asks for would be taken now: the flow accepts them, and no
     /// undo or deletion runs. What is asked for meanwhile has to wait for it.
     Property<bool>& takesRequests();
-    /// A removal, an undo or a deletion runs: this Mac has to stay open until it ends.
-    bool isBusy();
+    /// What changes this Mac. An undo is also that of an interrupted removal.
+    enum class Work { removal, undo, deletion };
+    std::optional<Work> work();
+    /// Something changes it: this Mac has to stay open until that ends.
+    bool isBusy() { return work().has_value(); }
 
     // What these functions return must be destroyed before this object.
 
@@ -83,7 +86,7 @@ class SessionModels {
   private:
     WorkQueue& reading();
     WorkQueue& watching();
-    std::vector<InstalledApp> listApps() const;
+    std::vector<InstalledApp> listApps(const FileSystem& files) const;
 
     Shared shared_;
     std::optional<AppInventory> inventory_;

@@ -89,6 +89,8 @@ Message describe(const VolumeUserError& error) {
         return {"volume.home.notAPath %@ %@", {error.home.string(), "/Users/" + error.home.string()}};
     case VolumeUserError::Kind::linked:
         return {"volume.home.linked %@", {error.home.string()}};
+    case VolumeUserError::Kind::indirect:
+        return {"volume.home.indirect %@", {error.home.string()}};
     case VolumeUserError::Kind::notAFolder:
         return {"volume.home.notAFolder %@", {error.home.string()}};
     case VolumeUserError::Kind::notAHome:
@@ -101,9 +103,9 @@ Message describe(const VolumeUserError& error) {
     return {"volume.home.several %@", {homes}};
 }
 
-Message describe(const FileError& error, const std::filesystem::path& folder, const Texts& texts) {
+Message describe(const FileError& error, const std::filesystem::path& folder) {
     if (error.fault == FileFault::missing) return {"volume.missing %@", {folder.string()}};
-    return {"volume.unusable %@ %@", {folder.string(), texts.text(failureKey(error.fault))}};
+    return {"volume.unusable %@ %@", {folder.string(), Message{std::string(failureKey(error.fault))}}};
 }
 
 } // namespace
@@ -113,7 +115,7 @@ tl::expected<std::unique_ptr<VolumeMac>, Message> VolumeMac::open(const std::fil
                                                                   HostServices& host, const Texts& texts,
                                                                   Log& log) {
     auto files = RootedFileSystem::open(folder);
-    if (!files) return tl::unexpected(describe(files.error(), folder, texts));
+    if (!files) return tl::unexpected(describe(files.error(), folder));
     auto user = findVolumeUser(**files, home ? std::optional(Path(*home)) : std::nullopt);
     if (!user) return tl::unexpected(describe(user.error()));
     if (const auto known = (*files)->setHome(user->home); !known)

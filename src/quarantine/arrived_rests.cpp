@@ -2,8 +2,8 @@
 
 #include "base/numbered_name.h"
 #include "base/path.h"
+#include "posix/comparison_limit.h"
 #include "posix/copied_move.h"
-#include "quarantine/comparison_limit.h"
 #include "quarantine/interrupted_move.h"
 
 #include <algorithm>
@@ -21,6 +21,25 @@ bool holdsAny(const Path& folder, const FileSystem& files) {
     return std::ranges::any_of(entries, isNameOfArrived, &DirectoryEntry::name);
 }
 
+template<class PlaceOf>
+std::multimap<std::string, Path> restsOf(const std::vector<ManifestEntry>& entries, const PlaceOf& placeOf,
+                                         const FileSystem& files) {
+    std::multimap<std::string, Path> rests;
+    std::map<Path, bool> hasAny;
+    std::set<std::string> seen;
+    for (const auto& entry : entries) {
+        if (entry.kind != ManifestEntryKind::move || !entry.destination) continue;
+        const Path place = placeOf(entry);
+        if (!seen.insert(place.string()).second) continue;
+        const auto [known, isNew] = hasAny.try_emplace(place.parent(), false);
+        if (isNew) known->second = holdsAny(place.parent(), files);
+        if (!known->second) continue;
+        for (auto& rest : arrivedRests(place, files))
+            rests.emplace(entry.source, std::move(rest));
+    }
+    return rests;
+}
+
 } // namespace
 
 std::vector<Path> arrivedRests(const Path& item, const FileSystem& files) {
@@ -32,18 +51,14 @@ std::vector<Path> arrivedRests(const Path& item, const FileSystem& files) {
 
 std::multimap<std::string, Path> restsBesideOldPlaces(const std::vector<ManifestEntry>& entries,
                                                       const FileSystem& files) {
-    std::multimap<std::string, Path> rests;
-    std::map<Path, bool> hasAny;
-    for (const auto& entry : entries) {
-        if (entry.kind != ManifestEntryKind::move || rests.contains(entry.source)) continue;
-        const Path oldPlace(entry.source);
-        const auto [known, isNew] = hasAny.try_emplace(oldPlace.parent(), false);
-        if (isNew) known->second = holdsAny(oldPlace.parent(), files);
-        if (!known->second) continue;
-        for (auto& rest : arrivedRests(oldPlace, files))
-            rests.emplace(entry.source, std::move(rest));
-    }
-    return rests;
+    return restsOf(
+        entries, [](const ManifestEntry& entry) { return Path(entry.source); }, files);
+}
+
+std::multimap<std::string, Path> restsInQuarantine(const std::vector<ManifestEntry>& entries,
+                                                   const FileSystem& files) {
+    return restsOf(
+        entries, [](const ManifestEntry& entry) { return Path(*entry.destination); }, files);
 }
 
 std::vector<Path> ArrivedRests::of(const Path& item) {

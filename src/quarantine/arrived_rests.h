@@ -26,6 +26,10 @@ std::vector<Path> arrivedRests(const Path& item, const FileSystem& files);
 std::multimap<std::string, Path> restsBesideOldPlaces(const std::vector<ManifestEntry>& entries,
                                                       const FileSystem& files);
 
+/// Those beside the items in quarantine, by old place. What is in them was put back, or may be nowhere else.
+std::multimap<std::string, Path> restsInQuarantine(const std::vector<ManifestEntry>& entries,
+                                                   const FileSystem& files);
+
 /// Removes such rests. A forged record can name many items for one rest, so all attempts share one budget: a
 /// rest is compared only with items that have everything at its top, with a limited number of names and
 /// within the `ComparisonLimit`, which a further comparison of a rest uses up with all of its bytes.

@@ -65,6 +65,18 @@ std::optional<Path> EarlierUndo::restOf(const Path& arrived, const Path& from) {
     return std::nullopt;
 }
 
+/// The number of the name beside a free old place at which an item equal to what is aside lies; 1 without
+/// one.
+int EarlierUndo::arrivedAs(const Path& from, const Path& oldPlace) {
+    for (int number = 2; number <= lastNumberTried && attempts_ < mostAttempts; ++number) {
+        ++attempts_;
+        const Path target = numberedName(oldPlace, number);
+        if (!files_.exists(target)) break;
+        if (areSetAsideOf(target, from, files_)) return number;
+    }
+    return 1;
+}
+
 std::optional<Path> EarlierUndo::finishMove(const Path& from, const Path& oldPlace) {
     rest_.reset();
     for (const auto& each : begun(from, oldPlace)) {
@@ -73,7 +85,9 @@ std::optional<Path> EarlierUndo::finishMove(const Path& from, const Path& oldPla
         if (!isMissing(files_, from)) return std::nullopt; // back in quarantine
         if (!files_.isSetAside(from)) return files_.exists(each.to) ? std::optional(each.to) : std::nullopt;
     }
-    for (int number = 1; number <= lastNumberTried && attempts_ < mostAttempts; ++number) {
+    // The one that arrived first: with nothing at the old place the item would be put back a second time.
+    for (int number = files_.exists(oldPlace) ? 1 : arrivedAs(from, oldPlace);
+         number <= lastNumberTried && attempts_ < mostAttempts; ++number) {
         ++attempts_;
         const Path target = numberedName(oldPlace, number);
         const bool wasThere = files_.exists(target);

@@ -34,6 +34,7 @@ class EarlierUndo {
   private:
     std::vector<InterruptedReturn> begun(const Path& from, const Path& oldPlace);
     std::optional<Path> restOf(const Path& arrived, const Path& from);
+    int arrivedAs(const Path& from, const Path& oldPlace);
     bool lacksAnyOf(const Path& arrived, const Path& left);
 
     FileSystem& files_;

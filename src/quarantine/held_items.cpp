@@ -24,6 +24,16 @@ bool holds(const Path& destination, const FileSystem& files) {
     return files.exists(destination) || files.isSetAside(destination) || files.exists(copyOf(destination));
 }
 
+/// Also if nobody can tell.
+bool hasOtherHomes(const UserEnvironment& user, const FileSystem& files) {
+    const auto homes = files.list(user.home.parent());
+    return !user.otherHomes.empty() || !homes
+           || std::ranges::any_of(*homes, [&](const DirectoryEntry& entry) {
+                  return entry.kind == FileKind::directory && entry.name != user.home.lastComponent()
+                         && entry.name != "Shared" && !entry.name.starts_with('.');
+              });
+}
+
 } // namespace
 
 std::optional<Path> HeldItems::holder(const std::string& oldPlace) {
@@ -71,6 +81,12 @@ bool HeldItems::isUnfinished(const std::string& oldPlace, const Path& place) {
     return known != planned_.end() && std::ranges::any_of(known->second, [&](const Planned& planned) {
                return planned.isUnfinished && planned.destination == place;
            });
+}
+
+bool HeldItems::mayBeAnotherHomes(const Path& oldPlace) {
+    if (oldPlace.isWithin(user_.home)) return false;
+    if (!hasOtherHomes_) hasOtherHomes_ = hasOtherHomes(user_, files_);
+    return *hasOtherHomes_;
 }
 
 std::optional<Path> HeldItems::find(const std::string& oldPlace, const Test& isMeant) {

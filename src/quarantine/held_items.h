@@ -31,6 +31,8 @@ class HeldItems {
     bool isElsewhereThanCopied(const ManifestEntry& move, const Path& root);
     /// Whether the run with this place of the item has a journal, and so may have been cut off in moving it.
     bool isUnfinished(const std::string& oldPlace, const Path& place);
+    /// Whether a run of another home, which this Trash does not know, may have moved the item of that place.
+    bool mayBeAnotherHomes(const Path& oldPlace);
     /// The same as `holder` for runs other than that in `root` that were begun at `since` or later.
     std::optional<Path> laterHolder(const std::string& oldPlace, const Path& root, Timestamp since);
 
@@ -50,6 +52,7 @@ class HeldItems {
     const UserEnvironment& user_;
     const FileSystem& files_;
     bool isRead_ = false;
+    std::optional<bool> hasOtherHomes_;
     std::map<std::string, std::vector<Planned>> planned_; ///< by old place, newest run first
 };
 

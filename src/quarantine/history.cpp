@@ -50,6 +50,8 @@ std::optional<RemovalHistoryEntry> makeEntry(const Path& root, ManifestInPlace r
             entry.pendingItems.insert(step.source);
         }
         if (place == ItemPlace::missing) ++entry.missingMoves;
+        if (place != ItemPlace::inQuarantine && step.destination && !entry.isPartlyPurged)
+            entry.isPartlyPurged = isPartlyPurged(Path(*step.destination), root, files);
     }
     return entry;
 }

@@ -10,6 +10,7 @@
 #include "quarantine/run_documents.h"
 #include "quarantine/run_items.h"
 #include "quarantine/trash_lock.h"
+#include "scan/permissions/full_disk_access.h"
 
 namespace tidwen {
 
@@ -27,6 +28,12 @@ bool isAnotherIn(const Path& trash, FileSystem& files) {
     return !lock && lock.error().fault == FileFault::busy;
 }
 
+/// Why the Trash could not be read, with what helps where macOS withholds it.
+Message describe(const FileError& fault, const UserEnvironment& user, const FileSystem& files) {
+    if (auto closed = whyNothingMoves(user, files)) return std::move(*closed);
+    return {"history.unreadable %@ %@", {fault.path.string(), Message{std::string(failureKey(fault.fault))}}};
+}
+
 } // namespace
 
 HistoryModel::HistoryModel(Ports ports, UserEnvironment user)
@@ -37,16 +44,20 @@ void HistoryModel::load(Sizes sizes, std::function<void()> done) {
     struct Loaded {
         PastRuns runs;
         bool isAnotherAtWork = false;
+        std::optional<Message> unreadable = {};
     };
     inBackground(
         *this, alive_, ports_.background, ports_.main,
         [&files = ports_.files, user = user_, sizes] {
             Loaded loaded{loadPastRuns(user, files, sizes == Sizes::measured)};
+            if (const auto& fault = loaded.runs.unreadable) loaded.unreadable = describe(*fault, user, files);
             loaded.isAnotherAtWork = !loaded.runs.unfinished.empty() && isAnotherIn(user.trash(), files);
             return loaded;
         },
         [number = ++loadsStarted_, done = std::move(done)](HistoryModel& self, Loaded loaded) {
-            if (number == self.loadsStarted_) self.publish(std::move(loaded.runs), loaded.isAnotherAtWork);
+            if (number != self.loadsStarted_) return;
+            self.unreadable.set(std::move(loaded.unreadable));
+            self.publish(std::move(loaded.runs), loaded.isAnotherAtWork);
             if (done) done();
         });
 }
@@ -58,6 +69,7 @@ void HistoryModel::run(std::string busyID, Action action, Answer<Result> answer)
         return;
     }
     forgetOutcome();
+    isDeleting_ = std::is_same_v<Result, QuarantinePurge::Outcome>;
     busyEntryID.set(std::move(busyID));
     inBackground(
         *this, alive_, ports_.background, ports_.main,
@@ -94,7 +106,7 @@ void HistoryModel::remove(const std::vector<RemovalHistoryEntry>& chosen,
             if (auto problem = ports.settings.problem()) return Refused(toRefusal(std::move(*problem)));
             if (folders.empty() && !ports.files.exists(user.trash())) return QuarantinePurge::Outcome();
             const auto lock = lockTrash(user, ports.files);
-            if (!lock) return Refused(toRefusal(describeNotBegun(lock.error(), ports.texts)));
+            if (!lock) return Refused(toRefusal(lock.error()));
             auto outcome = ports.purge.purge(folders, control, cutOffUndo);
             if (!outcome) return Refused(Refusal{outcome.error().describe()});
             const auto left = listQuarantineFolders(user, ports.files);
@@ -112,7 +124,6 @@ void HistoryModel::forgetOutcome() {
 
 void HistoryModel::publish(PastRuns runs, bool isBusy) {
     leftOut.set(std::move(runs.leftOut));
-    unreadable.set(std::move(runs.unreadable));
     isAnotherAtWork.set(isBusy);
     unfinishedRuns.set(isBusy ? std::vector<UnfinishedRun>() : std::move(runs.unfinished));
     entries.set(std::move(runs.entries));

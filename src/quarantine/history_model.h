@@ -54,7 +54,7 @@ class HistoryModel {
     Property<std::vector<RemovalHistoryEntry>> entries; ///< newest first
     Property<std::vector<Path>> leftOut; ///< runs not read because the read budget was exhausted
     Property<std::vector<UnfinishedRun>> unfinishedRuns; ///< runs that are not in `entries`, by folder name
-    Property<std::optional<FileError>>
+    Property<std::optional<Message>>
         unreadable; ///< why the Trash could not be read; nothing is known about it then
     /// Another process is working in the Trash. What looks interrupted may be its run, so `unfinishedRuns` is
     /// empty.
@@ -92,6 +92,8 @@ class HistoryModel {
 
     /// Takes back what the last action came to: `lastUndo` and `error`. An action does so when it begins.
     void forgetOutcome();
+    /// What runs, while `busyEntryID` is set: a deletion, or an undo.
+    bool isDeleting() const { return isDeleting_; }
     /// Stops an undo or a deletion after the current step.
     void stop() { work_.stop(); }
 
@@ -111,6 +113,7 @@ class HistoryModel {
     Ports ports_;
     UserEnvironment user_;
     FollowedWork work_;
+    bool isDeleting_ = false;
     int loadsStarted_ = 0;
     std::shared_ptr<bool> alive_ =
         std::make_shared<bool>(true); ///< checked by background work when it finishes

@@ -3,6 +3,7 @@
 #include "base/path.h"
 #include "operations/trash_staging.h"
 #include "platform/file_absence.h"
+#include "posix/comparison_limit.h"
 #include "posix/copied_move.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/set_aside.h"
@@ -123,15 +124,22 @@ void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrit
                             FileSystem& files, const PathPolicy& policy, HeldItems& held) {
     // Of a run that has ended nothing is aside but what it has whole; less than that is another item.
     const auto canHaveLeft = [&](const ManifestEntry& entry, const Path& whole) {
-        return held.isUnfinished(entry.source, whole) || areSetAsideOf(whole, Path(entry.source), files);
+        const Path from(entry.source);
+        if (!cameAfterSetAside(whole, from, files)) return false;
+        if (held.mayBeAnotherHomes(from))
+            return isCopiedFromBeside(whole, from, files) && areSetAsideOf(whole, from, files);
+        return held.isUnfinished(entry.source, whole) || areSetAsideOf(whole, from, files);
     };
     const auto settleInto = [&](const ManifestEntry& entry, const Path& to) {
         const Path from(entry.source);
         const bool isAnothers = files.isSetAside(from) && files.exists(to) && !canHaveLeft(entry, to);
+        // Its own run, of another home, recovers it. What has more was written meanwhile and gets a name.
+        if (isAnothers && to == Path(*entry.destination) && hasAllSetAside(to, from, files)) return;
         const auto remains = isAnothers ? std::nullopt : settled(from, to, files, policy);
         const bool isStray = isAnothers || (remains && remains->fault == FileFault::busy);
-        if (!isStray || strayWrites == StrayWrites::stayAside) return;
-        if (const auto real = files.resolveParent(from)) (void)files.revealRemains(*real);
+        if (!isStray || strayWrites == StrayWrites::stayAside || ComparisonLimit::isStopped()) return;
+        if (const auto judged = policy.checkMove(from, to, files))
+            (void)files.revealRemains(judged->source());
     };
     std::set<Path> compared, irremovable;
     for (const auto& entry : planned) {
@@ -143,7 +151,9 @@ void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrit
                 if (remains && remains->fault != FileFault::busy) irremovable.insert(from);
             };
             for (const auto& place : held.copiedIn(entry.source))
-                if (isCompleteCopy(copyOf(place), from, files)) compareWith(place);
+                if (isCompleteCopy(copyOf(place), from, files)
+                    && (!files.exists(place) || canHaveLeft(entry, place)))
+                    compareWith(place);
             for (const auto& whole : held.wholeIn(entry.source))
                 if (files.isSetAside(from) && canHaveLeft(entry, whole)) compareWith(whole);
         }

@@ -3,8 +3,8 @@
 #include "base/numbered_name.h"
 #include "base/path.h"
 #include "base/text.h"
+#include "posix/comparison_limit.h"
 #include "posix/copied_move.h"
-#include "quarantine/comparison_limit.h"
 #include "quarantine/interrupted_move.h"
 #include "quarantine/set_aside.h"
 

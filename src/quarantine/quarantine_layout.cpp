@@ -14,6 +14,8 @@ namespace tidwen {
 
 namespace {
 
+constexpr std::string_view purgedPrefix = ".tidwen-purged-";
+
 /// Runs of the same second need distinct names; more attempts than this indicate another fault.
 constexpr int maxFolderAttempts = 100;
 
@@ -65,6 +67,19 @@ FileResult<bool> trashExists(const Path& trash, const FileSystem& files) {
 bool isRunDocument(std::string_view name) {
     if (name.starts_with(unfinishedReplacementPrefix)) name.remove_prefix(unfinishedReplacementPrefix.size());
     return name == manifestFileName || name == journalFileName || name == reserveFileName;
+}
+
+std::string nameWhilePurged(const std::string& entry) {
+    return shortened(std::string(purgedPrefix) + entry, longestFileName);
+}
+
+bool isNameWhilePurged(std::string_view entry) {
+    return entry.starts_with(purgedPrefix);
+}
+
+bool isPartlyPurged(const Path& item, const Path& root, const FileSystem& files) {
+    return item != root && item.isWithin(root)
+           && files.exists(root / nameWhilePurged(item.components()[root.components().size()]));
 }
 
 std::string safeLabel(std::string_view applicationName) {

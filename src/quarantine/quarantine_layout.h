@@ -27,6 +27,13 @@ inline constexpr const char* reserveFileName = "tidwen-reserve";
 /// Whether a name in a quarantine folder is one of these, or their temporary file left by a kill.
 bool isRunDocument(std::string_view name);
 
+/// The name that an entry of a run's folder has while a purge deletes what is in it: it is no longer whole,
+/// and nothing in it is an item for any reader.
+std::string nameWhilePurged(const std::string& entry);
+bool isNameWhilePurged(std::string_view entry);
+/// Whether a purge was cut off while it deleted this item of the run in `root`.
+bool isPartlyPurged(const Path& item, const Path& root, const FileSystem& files);
+
 /// A label that is valid in a folder's name: "/", ":", "\" and control characters become "-", trimmed; "App"
 /// when nothing is left or the result has a special meaning ("..", the manifest's name). Short enough for a
 /// quarantine folder's name to be a valid file name.

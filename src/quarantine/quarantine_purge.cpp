@@ -50,6 +50,9 @@ bool isCutOff(QuarantinePurge::Failure::Kind kind) {
 std::optional<Path> restOf(const Manifest& manifest, const FileSystem& files) {
     if (const auto rests = restsBesideOldPlaces(manifest.entries, files); !rests.empty())
         return rests.begin()->second;
+    // A rest of an item that was put back is superfluous; without the item it may be all of it.
+    for (const auto& [oldPlace, rest] : restsInQuarantine(manifest.entries, files))
+        if (!files.exists(Path(oldPlace))) return rest;
     for (const auto& entry : manifest.entries) {
         if (!entry.isMissing || entry.kind != ManifestEntryKind::move || !entry.destination) continue;
         auto copy = copyOf(Path(*entry.destination));
@@ -237,20 +240,31 @@ QuarantinePurge::removeAsAdministrator(const std::vector<Path>& items) {
     return std::nullopt;
 }
 
+/// The name tells every reader that what is left after a kill is not whole.
+FileResult<void> QuarantinePurge::removeMarked(const Path& entry) {
+    const auto& name = entry.lastComponent();
+    if (isRunDocument(name) || isNameWhilePurged(name)) return files_.removeTree(entry);
+    const Path marked = entry.parent() / nameWhilePurged(name);
+    if (files_.exists(marked))
+        if (auto removed = files_.removeTree(marked); !removed) return removed;
+    if (const auto moved = files_.move(entry, marked); !moved) return tl::unexpected(moved.error());
+    return files_.removeTree(marked);
+}
+
 FileResult<void> QuarantinePurge::removeRun(const Path& folder) {
     const auto entries = files_.list(folder);
     if (!entries) return tl::unexpected(entries.error());
     FileResult<void> outcome;
     for (const auto& entry : *entries)
         if (entry.name != manifestFileName)
-            if (auto removed = files_.removeTree(folder / entry.name); !removed) outcome = std::move(removed);
+            if (auto removed = removeMarked(folder / entry.name); !removed) outcome = std::move(removed);
     // The manifest is deleted last: a partly deleted run stays in the history and can be deleted later.
     return outcome ? files_.removeTree(folder) : outcome;
 }
 
-tl::expected<QuarantinePurge::Outcome, QuarantinePurge::Failure>
-QuarantinePurge::purge(const std::vector<Path>& chosen, const StepControl& control, CutOffUndo cutOffUndo) {
-    Outcome outcome;
+/// The chosen runs that may be deleted; those that must stay are in the outcome.
+tl::expected<std::vector<Path>, QuarantinePurge::Failure>
+QuarantinePurge::deletable(const std::vector<Path>& chosen, CutOffUndo cutOffUndo, Outcome& outcome) const {
     std::vector<Path> folders;
     folders.reserve(chosen.size());
     for (const auto& folder : chosen) {
@@ -264,41 +278,52 @@ QuarantinePurge::purge(const std::vector<Path>& chosen, const StepControl& contr
             return tl::unexpected(std::move(*failure));
         }
     }
+    return folders;
+}
 
-    if (administrator_) {
-        std::vector<Path> foreign;
-        for (const auto& folder : folders) {
-            showHiddenItems(folder.standardized());
-            for (auto& item : foreignItems(folder.standardized()))
-                foreign.push_back(std::move(item));
-        }
-        if (!foreign.empty() && !control.isStopped()) {
-            control.tell({.step = 1, .total = folders.size(), .kind = "administrator"});
-            if (auto failure = removeAsAdministrator(foreign)) return tl::unexpected(std::move(*failure));
-        }
+std::optional<QuarantinePurge::Failure> QuarantinePurge::removeForeignItems(const std::vector<Path>& folders,
+                                                                            const StepControl& control) {
+    if (!administrator_) return std::nullopt;
+    std::vector<Path> foreign;
+    for (const auto& folder : folders) {
+        showHiddenItems(folder.standardized());
+        for (auto& item : foreignItems(folder.standardized()))
+            foreign.push_back(std::move(item));
     }
+    if (foreign.empty() || control.isStopped()) return std::nullopt;
+    control.tell({.step = 1, .total = folders.size(), .kind = "administrator"});
+    return removeAsAdministrator(foreign);
+}
 
-    for (std::size_t i = 0; i < folders.size(); ++i) {
-        const auto& folder = folders[i];
+void QuarantinePurge::removeUnlessOthers(const Path& folder, Outcome& outcome) {
+    if (!administrator_ && !isWhollyOurs(folder.standardized())) {
+        log_.error("Left whole, not all of it may be deleted: {}", folder.string());
+        outcome.kept.push_back(folder);
+        outcome.othersItems.push_back(folder);
+    } else if (const auto removed = removeRun(folder.standardized()); removed) {
+        log_.info("Purged quarantine folder {}", folder.string());
+        ++outcome.removedFolders;
+    } else {
+        log_.error("Could not purge a quarantine folder: {}", removed.error().path.string());
+        outcome.kept.push_back(folder);
+    }
+}
+
+tl::expected<QuarantinePurge::Outcome, QuarantinePurge::Failure>
+QuarantinePurge::purge(const std::vector<Path>& chosen, const StepControl& control, CutOffUndo cutOffUndo) {
+    Outcome outcome;
+    const auto folders = deletable(chosen, cutOffUndo, outcome);
+    if (!folders) return tl::unexpected(folders.error());
+    if (auto failure = removeForeignItems(*folders, control)) return tl::unexpected(std::move(*failure));
+    for (std::size_t i = 0; i < folders->size(); ++i) {
+        const auto& folder = (*folders)[i];
         if (control.isStopped()) {
             outcome.kept.push_back(folder);
             outcome.notBegun.push_back(folder);
             continue;
         }
-        control.tell({i + 1, folders.size(), "purge", folder.string()});
-        if (!administrator_ && !isWhollyOurs(folder.standardized())) {
-            log_.error("Left whole, not all of it may be deleted: {}", folder.string());
-            outcome.kept.push_back(folder);
-            outcome.othersItems.push_back(folder);
-            continue;
-        }
-        if (const auto removed = removeRun(folder.standardized()); removed) {
-            log_.info("Purged quarantine folder {}", folder.string());
-            ++outcome.removedFolders;
-        } else {
-            log_.error("Could not purge a quarantine folder: {}", removed.error().path.string());
-            outcome.kept.push_back(folder);
-        }
+        control.tell({i + 1, folders->size(), "purge", folder.string()});
+        removeUnlessOthers(folder, outcome);
     }
     return outcome;
 }

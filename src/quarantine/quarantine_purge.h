@@ -82,7 +82,12 @@ class QuarantinePurge {
 
   private:
     std::optional<Failure> validate(const Path& folder) const;
+    tl::expected<std::vector<Path>, Failure> deletable(const std::vector<Path>& chosen, CutOffUndo cutOffUndo,
+                                                       Outcome& outcome) const;
+    std::optional<Failure> removeForeignItems(const std::vector<Path>& folders, const StepControl& control);
+    void removeUnlessOthers(const Path& folder, Outcome& outcome);
     FileResult<void> removeRun(const Path& folder);
+    FileResult<void> removeMarked(const Path& entry);
     bool isWhollyOurs(const Path& folder) const;
     /// The direct children that only root can delete.
     std::vector<Path> foreignItems(const Path& folder) const;

@@ -4,12 +4,11 @@
 #include "base/timestamp.h"
 #include "operations/trash_staging.h"
 #include "platform/budgeted_files.h"
-#include "platform/file_absence.h"
 #include "platform/file_system.h"
+#include "posix/comparison_limit.h"
 #include "posix/copied_bytes.h"
 #include "posix/copied_move.h"
 #include "quarantine/arrived_rests.h"
-#include "quarantine/comparison_limit.h"
 #include "quarantine/earlier_undo.h"
 #include "quarantine/held_items.h"
 #include "quarantine/interrupted_move.h"
@@ -17,6 +16,7 @@
 #include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/run_documents.h"
+#include "quarantine/unfinished_databases.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -37,20 +37,8 @@ class Recovery {
         : user_(user), policy_(user, files), files_(files), clock_(clock), log_(log), held_(user, files) {}
 
     void lookAt(const Path& root) {
-        if (dropEmptyRun(root, files_)) return;
-        if (!files_.exists(root / journalFileName)) {
-            if (const auto ended = readManifest(root, budgeted_)) {
-                settleStaged(root, ended->entries);
-                settleReturns(ended->entries);
-            }
-            return;
-        }
-        const auto journal = readJournal(root, files_);
-        if (auto manifest = readManifest(root, files_))
-            return journal ? dropJournal(*journal, std::move(*manifest)) : void();
-        if (journal) return recover(*journal);
-        log_.warning("Unreadable removal journal at {}: {}", root.string(), journal.error().detail);
-        if (auto run = readRunWithoutManifest(root, files_)) outcome_.unfinished.push_back(std::move(*run));
+        settleRun(root);
+        tellCopies(root);
     }
 
     void leaveOut(const Path& root) { outcome_.notBegun.push_back(root); }
@@ -69,6 +57,34 @@ class Recovery {
     }
 
   private:
+    void settleRun(const Path& root) {
+        if (dropEmptyRun(root, files_)) return;
+        if (!files_.exists(root / journalFileName)) {
+            if (const auto ended = readManifest(root, budgeted_)) {
+                settleStaged(root, ended->entries);
+                settleReturns(ended->entries);
+            }
+            return;
+        }
+        const auto journal = readJournal(root, files_);
+        if (auto manifest = readManifest(root, files_))
+            return journal ? dropJournal(*journal, std::move(*manifest)) : void();
+        if (journal) return recover(*journal);
+        log_.warning("Unreadable removal journal at {}: {}", root.string(), journal.error().detail);
+        if (auto run = readRunWithoutManifest(root, files_)) outcome_.unfinished.push_back(std::move(*run));
+    }
+
+    /// Names the copies that stay in a run that has ended. Of any other one they may be completed yet.
+    void tellCopies(const Path& root) {
+        if (files_.exists(root / journalFileName)) return;
+        for (const auto& numbered : budgeted_.list(root).value_or(std::vector<DirectoryEntry>())) {
+            if (numbered.kind != FileKind::directory) continue;
+            const Path folder = root / numbered.name;
+            for (const auto& entry : budgeted_.list(folder).value_or(std::vector<DirectoryEntry>()))
+                if (entry.name.starts_with(growingCopyPrefix)) rests_.insert(folder / entry.name);
+        }
+    }
+
     void recover(const RemovalJournal& journal) {
         const Path& root = journal.quarantineRoot;
         settle(journal);
@@ -128,7 +144,7 @@ class Recovery {
     }
 
     /// Removes unfinished copies of this run whose originals another removal moved, whatever the clock said
-    /// when it began. Returns the old places of those originals. The other copies stay and are told.
+    /// when it began. Returns the old places of those originals. The other copies stay.
     std::set<std::string> settleBegunCopies(const RemovalJournal& journal) {
         std::set<std::string> held;
         std::set<Path> compared;
@@ -141,10 +157,7 @@ class Recovery {
             const bool isElsewhere = std::ranges::any_of(originals, [&](const Path& original) {
                 return !original.isWithin(journal.quarantineRoot) && canHaveGrownFrom(original, copy, files_);
             });
-            if (isElsewhere && files_.removeTree(copy))
-                held.insert(entry.source);
-            else if (isMissing(files_, Path(entry.source)))
-                rests_.insert(copy);
+            if (isElsewhere && files_.removeTree(copy)) held.insert(entry.source);
         }
         return held;
     }
@@ -181,7 +194,8 @@ class Recovery {
             if (settleArrived(entry, files_, policy_) || settleTakenAgain(entry, held_, files_, policy_))
                 tellSettled(Path(entry.source));
             const auto rests = arrived_.settle(entry);
-            rests_.insert(rests.left.begin(), rests.left.end());
+            // One that was not compared to its end is left to the next recovery.
+            if (!ComparisonLimit::isStopped()) rests_.insert(rests.left.begin(), rests.left.end());
             for (const auto& rest : rests.removed) {
                 if (rest.isWithin(user_.trash())) tellSettled(Path(entry.source));
             }
@@ -212,7 +226,7 @@ class Recovery {
     const UserEnvironment& user_;
     const PathPolicy policy_;
     FileSystem& files_;
-    const BudgetedFiles budgeted_{files_}; ///< for completed runs, whose number is unlimited
+    const BudgetedFiles budgeted_{files_}; ///< for ended runs, whose number is unlimited
     const Clock& clock_;
     Log& log_;
     HeldItems held_;
@@ -233,6 +247,7 @@ RecoveryOutcome recoverInterruptedRemovals(const UserEnvironment& user, FileSyst
         log.warning("Unreadable location {}", user.trash().string());
         return {};
     }
+    dropUnfinishedDatabases(user, files);
     const ComparisonLimit limit(control.stop);
     Recovery recovery(user, files, clock, log);
     for (std::size_t i = 0; i < folders->size(); ++i) {

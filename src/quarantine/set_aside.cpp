@@ -35,10 +35,30 @@ bool isCompleteCopy(const Path& copy, const Path& from, const FileSystem& files)
            });
 }
 
+bool hasAllSetAside(const Path& whole, const Path& from, const FileSystem& files) {
+    return std::ranges::all_of(setAsideBeside(from, files),
+                               [&](const Path& aside) { return canHaveGrownFrom(whole, aside, files); });
+}
+
 bool areSetAsideOf(const Path& whole, const Path& from, const FileSystem& files) {
     return std::ranges::all_of(setAsideBeside(from, files), [&](const Path& aside) {
         return canHaveGrownFrom(whole, aside, files) && canHaveGrownFrom(aside, whole, files);
     });
+}
+
+bool isCopiedFromBeside(const Path& item, const Path& from, const FileSystem& files) {
+    const auto there = files.info(item), here = files.infoFollowingLinks(from.parent());
+    return there && here && there->device != here->device;
+}
+
+bool cameAfterSetAside(const Path& item, const Path& from, const FileSystem& files) {
+    const auto came = files.info(item);
+    return came && came->addedNanoseconds
+           && std::ranges::all_of(setAsideBeside(from, files), [&](const Path& aside) {
+                  const auto original = files.info(aside);
+                  return original && original->addedNanoseconds
+                         && *original->addedNanoseconds <= *came->addedNanoseconds;
+              });
 }
 
 } // namespace tidwen

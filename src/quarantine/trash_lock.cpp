@@ -1,31 +1,36 @@
 #include "quarantine/trash_lock.h"
 
-#include <tl/expected.hpp>
+#include "scan/permissions/full_disk_access.h"
+
+#include <string>
+#include <utility>
 
 namespace tidwen {
 
-std::optional<FileError> whyTrashIsUnusable(const UserEnvironment& user, const FileSystem& files) {
+std::optional<Message> whyTrashIsUnusable(const UserEnvironment& user, const FileSystem& files) {
+    if (auto closed = whyNothingMoves(user, files)) return closed;
     // A Trash that is a link would redirect quarantine folders to an unchecked place.
     const auto trash = files.info(user.trash());
     if (trash && trash->kind != FileKind::directory) {
         const bool isLink = trash->kind == FileKind::symbolicLink;
-        return FileError{.fault = isLink ? FileFault::throughLink : FileFault::notDirectory,
-                         .path = user.trash()};
+        return describeNotBegun(
+            {.fault = isLink ? FileFault::throughLink : FileFault::notDirectory, .path = user.trash()});
     }
     if (!trash) return std::nullopt;
     const auto entries = files.list(user.trash());
-    return entries ? std::nullopt : std::optional(entries.error());
+    return entries ? std::nullopt : std::optional(describeNotBegun(entries.error()));
 }
 
-FileResult<std::unique_ptr<FolderLock>> lockTrash(const UserEnvironment& user, FileSystem& files) {
+tl::expected<std::unique_ptr<FolderLock>, Message> lockTrash(const UserEnvironment& user, FileSystem& files) {
     if (auto unusable = whyTrashIsUnusable(user, files)) return tl::unexpected(std::move(*unusable));
-    if (auto made = files.createDirectories(user.trash()); !made) return tl::unexpected(made.error());
-    return files.lock(user.trash());
+    if (auto made = files.createDirectories(user.trash()); !made)
+        return tl::unexpected(describeNotBegun(made.error()));
+    return files.lock(user.trash()).map_error(describeNotBegun);
 }
 
-Message describeNotBegun(const FileError& error, const Texts& texts) {
+Message describeNotBegun(const FileError& error) {
     if (error.fault == FileFault::busy) return {"failure.trashBusy"};
-    return {"failure.notBegun %@ %@", {error.path.string(), texts.text(failureKey(error.fault))}};
+    return {"failure.notBegun %@ %@", {error.path.string(), Message{std::string(failureKey(error.fault))}}};
 }
 
 } // namespace tidwen

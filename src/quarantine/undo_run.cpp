@@ -8,23 +8,28 @@
 #include "operations/removal_operation.h"
 #include "operations/screened_move.h"
 #include "operations/stepwise_run.h"
+#include "platform/budgeted_files.h"
 #include "platform/file_absence.h"
+#include "platform/launchd.h"
 #include "platform/user_environment.h"
+#include "posix/comparison_limit.h"
 #include "posix/copied_bytes.h"
 #include "quarantine/arrived_rests.h"
-#include "quarantine/comparison_limit.h"
 #include "quarantine/earlier_undo.h"
 #include "quarantine/held_items.h"
 #include "quarantine/interrupted_return.h"
 #include "quarantine/item_names.h"
 #include "quarantine/manifest.h"
 #include "quarantine/operation_numbers.h"
+#include "quarantine/quarantine_layout.h"
 #include "quarantine/restore_order.h"
 #include "quarantine/restore_target.h"
 #include "quarantine/run_items.h"
+#include "scan/applications/launch_item.h"
 #include "scan/policy/path_policy.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -40,6 +45,7 @@ namespace tidwen {
 namespace {
 
 constexpr const char* notInQuarantineKey = "failure.notInQuarantine";
+constexpr const char* partlyPurgedKey = "failure.partlyPurged";
 constexpr const char* severalOfTheNameKey = "failure.severalInQuarantine";
 constexpr const char* strayCopyKey = "failure.undo.strayCopy %@";
 constexpr const char* restKey = "failure.undo.rest %@";
@@ -69,7 +75,11 @@ class UndoRun {
           numbers_(manifest),
           names_(ports.files),
           held_(user, ports.files),
-          earlier_(ports.files, policy_) {}
+          earlier_(ports.files, policy_) {
+        for (const auto& entry : manifest.entries)
+            if (entry.kind == ManifestEntryKind::move && entry.destination)
+                quarantined_.try_emplace(entry.source, *entry.destination);
+    }
 
     UndoReport run() {
         report_.mayHaveLost =
@@ -86,6 +96,7 @@ class UndoRun {
         tellRests();
         queueJobs(false);
         runQueued(ports_.userRunner);
+        if (!ports_.runsJobs) countJobs();
         steps_.finish();
         removeEmptiedFolders();
         return std::move(report_);
@@ -99,16 +110,11 @@ class UndoRun {
             else
                 plan.items.push_back(planned(step));
         }
-        std::set<std::string> returning;
         for (const auto& item : plan.items)
-            if (!item.problem) returning.insert(item.oldPlace.string());
-        for (const auto* job : chosenJobs()) {
-            const Path plist(*job->plistPath);
-            const bool isThere = returning.contains(plist.string()) || ports_.files.exists(plist);
-            const auto domain = job->isSystemDomain;
-            if (isThere && domain && isLaunchFolder(plist.parent(), user_.home, *domain))
+            if (!item.problem) tellDestination(item.oldPlace, *item.destination);
+        for (const auto* job : chosenJobs())
+            if (job->isSystemDomain && isToLoad(*job))
                 plan.jobs.push_back(job->launchLabel.value_or(job->source));
-        }
         return plan;
     }
 
@@ -155,6 +161,7 @@ class UndoRun {
     }
 
     const char* notFoundKey(const Path& quarantined) {
+        if (isPartlyPurged(quarantined, manifest_.quarantineRoot, ports_.files)) return partlyPurgedKey;
         return names_.find(manifest_.quarantineRoot, quarantined).isAmbiguous ? severalOfTheNameKey
                                                                               : notInQuarantineKey;
     }
@@ -188,6 +195,7 @@ class UndoRun {
         const operation::Move move{
             .source = from, .destination = restoreTarget(source, ports_.files, taken_, nextNumber_[source])};
         taken_.insert(move.destination);
+        tellDestination(source, move.destination);
         if (isBlocked(from, move.destination)) return fail(entry.source, {blockedBySafetyPolicyKey});
         if (const auto copy = strayCopy(from, move.destination, ports_.files)) {
             if (steps_.isStopped()) return fail(entry.source, {stoppedKey}); // it was not compared to its end
@@ -250,9 +258,18 @@ class UndoRun {
     void tellRests() {
         for (const auto& [oldPlace, rest] : restsBesideOldPlaces(manifest_.entries, ports_.files))
             if (isChosen(oldPlace)) fail(oldPlace, {restOfRemovalKey, {rest.string()}});
+        std::set<std::string> told;
+        for (const auto& failure : report_.failures)
+            told.insert(failure.item);
+        for (const auto& [oldPlace, rest] : restsInQuarantine(manifest_.entries, ports_.files)) {
+            const bool isBack = ports_.files.exists(Path(oldPlace));
+            if (isChosen(oldPlace) && !(isBack && told.contains(oldPlace)))
+                fail(oldPlace, {isBack ? restKey : restOfRemovalKey, {rest.string()}});
+        }
     }
 
     void countRestored(const operation::Move& move, const Path& oldPlace) {
+        tellDestination(oldPlace, move.destination);
         countRestored(move.source, oldPlace);
         if (move.destination != oldPlace) report_.renamed.push_back(move.destination);
     }
@@ -300,24 +317,50 @@ class UndoRun {
         return jobs;
     }
 
+    void tellDestination(const Path& oldPlace, const Path& destination) {
+        (destination == oldPlace ? returning_ : besides_).insert(oldPlace.string());
+    }
+
+    /// Whether the job of this property list is to be loaded now that the list comes back, or, where jobs
+    /// run, because it came back earlier: whether it was loaded since is unknown. What another program put in
+    /// the list's place is no job of this run.
+    bool isToLoad(const ManifestEntry& job) {
+        const auto& plist = *job.plistPath;
+        if (besides_.contains(plist)) return false;
+        if (!returning_.contains(plist) && !(ports_.runsJobs && ports_.files.exists(Path(plist))))
+            return false;
+        if (!isLaunchFolder(Path(plist).parent(), user_.home, *job.isSystemDomain)) {
+            ports_.log.warning("Undo loads no job from {}", plist);
+            return false;
+        }
+        return !isSwitchedOff(job);
+    }
+
+    /// One that was switched off stays off.
+    bool isSwitchedOff(const ManifestEntry& job) {
+        if (ports_.launchd && job.launchLabel) {
+            const bool isSystemDomain = *job.isSystemDomain;
+            auto& overrides = overrides_[isSystemDomain ? 1 : 0];
+            if (!overrides) overrides = ports_.launchd->disabledOverrides(isSystemDomain);
+            if (const auto known = overrides->find(*job.launchLabel); known != overrides->end())
+                return known->second;
+        }
+        const auto quarantined = quarantined_.find(*job.plistPath);
+        const bool isThere = quarantined != quarantined_.end() && ports_.files.exists(quarantined->second);
+        return declaresDisabled(budgeted_, isThere ? quarantined->second : Path(*job.plistPath));
+    }
+
     void queueJobs(bool isSystemDomain) {
+        if (!ports_.runsJobs) return; // their property lists are all that is needed
         // The batch that loads system jobs also puts their files back.
-        std::set<std::string> returning;
+        std::set<std::string> queued;
         for (const auto& each : queued_)
-            returning.insert(each.path);
+            queued.insert(each.path);
         for (const auto* job : chosenJobs()) {
             const auto& entry = *job;
-            if (entry.isSystemDomain != isSystemDomain) continue;
+            if (entry.isSystemDomain != isSystemDomain || !isToLoad(entry)) continue;
             const Path plist(*entry.plistPath);
-            if (!returning.contains(*entry.plistPath) && !ports_.files.exists(plist)) continue;
-            if (!isLaunchFolder(plist.parent(), user_.home, isSystemDomain)) {
-                ports_.log.warning("Undo loads no job from {}", plist.string());
-                continue;
-            }
-            if (!ports_.runsJobs) { // its property list is all that is needed
-                ++report_.relaunchedJobs;
-                continue;
-            }
+            if (!queued.contains(*entry.plistPath) && !ports_.files.exists(plist)) continue;
             queued_.push_back({{.id = numbers_.fresh(),
                                 .kind = operation::Bootstrap{plist, isSystemDomain},
                                 .requiresRoot = isSystemDomain,
@@ -325,6 +368,13 @@ class UndoRun {
                                 .bundleID = {}},
                                plist.string()});
         }
+    }
+
+    /// The jobs that start with the Mac again.
+    void countJobs() {
+        for (const auto* job : chosenJobs())
+            if (job->isSystemDomain && ports_.files.exists(Path(*job->plistPath)) && isToLoad(*job))
+                ++report_.relaunchedJobs;
     }
 
     void runQueued(PrivilegedRunner& runner) {
@@ -372,6 +422,11 @@ class UndoRun {
     std::set<Path> taken_;
     std::map<Path, int> nextNumber_; ///< by old place: all lower numbers are taken
     std::vector<Queued> queued_;
+    std::map<std::string, Path> quarantined_;    ///< by old place
+    std::set<std::string> returning_;            ///< old places to which this undo brings their items
+    std::set<std::string> besides_;              ///< old places that are taken, so that it does not
+    const BudgetedFiles budgeted_{ports_.files}; ///< for property lists, which a forged record may repeat
+    std::array<std::optional<std::map<std::string, bool>>, 2> overrides_; ///< of the user, of the system
     UndoReport report_;
 };
 

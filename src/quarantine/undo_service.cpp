@@ -2,8 +2,8 @@
 
 #include "base/path.h"
 #include "platform/file_system.h"
+#include "posix/comparison_limit.h"
 #include "quarantine/arrived_rests.h"
-#include "quarantine/comparison_limit.h"
 #include "quarantine/held_items.h"
 #include "quarantine/history.h"
 #include "quarantine/interrupted_move.h"
@@ -11,6 +11,7 @@
 #include "quarantine/run_documents.h"
 #include "quarantine/trash_lock.h"
 #include "quarantine/undo_run.h"
+#include "quarantine/unfinished_databases.h"
 #include "quarantine/unfinished_run.h"
 
 #include <algorithm>
@@ -26,6 +27,11 @@ bool hasLost(const RemovalHistoryEntry& entry, const UserEnvironment& user, cons
     const auto runs = loadHistory(user, files, false);
     const auto found = std::ranges::find(runs, entry.root, &RemovalHistoryEntry::root);
     return found != runs.end() && found->missingMoves > 0;
+}
+
+bool hasRests(const Manifest& manifest, const FileSystem& files) {
+    return !restsBesideOldPlaces(manifest.entries, files).empty()
+           || !restsInQuarantine(manifest.entries, files).empty();
 }
 
 } // namespace
@@ -47,7 +53,9 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settli
     }
     if (auto entry = readHistoryEntry(root, ports_.files)) {
         const bool isLeft = entry->pendingMoves > 0 || (ports_.runsJobs && entry->loadableJobs > 0);
-        if (!isLeft && !hasLost(*entry, user_, ports_.files)) return tl::unexpected(nothingLeft);
+        if (!isLeft && !(settling == Settling::done && hasRests(entry->manifest, ports_.files))
+            && !hasLost(*entry, user_, ports_.files))
+            return tl::unexpected(nothingLeft);
         return std::move(entry->manifest);
     }
     if (const auto journal = readJournal(root, ports_.files)) {
@@ -71,7 +79,7 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settli
         return known;
     }
     const auto unreadable = readUnfinishedRun(root, ports_.files);
-    return tl::unexpected(unreadable ? unreadable->whyNoUndo(ports_.texts) : nothingLeft);
+    return tl::unexpected(unreadable ? unreadable->whyNoUndo() : nothingLeft);
 }
 
 tl::expected<UndoPlan, Message> UndoService::planRun(const Path& root, const ItemChoice& items) {
@@ -83,7 +91,8 @@ tl::expected<UndoPlan, Message> UndoService::planRun(const Path& root, const Ite
 tl::expected<UndoReport, Message> UndoService::undoRun(const Path& root, const ItemChoice& items,
                                                        const StepControl& control) {
     const auto lock = lockTrash(user_, ports_.files);
-    if (!lock) return tl::unexpected(describeNotBegun(lock.error(), ports_.texts));
+    if (!lock) return tl::unexpected(lock.error());
+    dropUnfinishedDatabases(user_, ports_.files);
     const ComparisonLimit limit(control.stop); // also for what is settled before the first item
     return whatIsLeft(root, Settling::done).map([&](const Manifest& manifest) {
         dropBegunCopies(manifest);

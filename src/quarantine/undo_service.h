@@ -5,10 +5,10 @@
 #include "base/path.h"
 #include "base/problem.h"
 #include "base/step_progress.h"
-#include "base/texts.h"
 #include "base/timestamp.h"
 #include "operations/privileged_runner.h"
 #include "platform/file_system.h"
+#include "platform/launchd.h"
 #include "platform/user_environment.h"
 #include "quarantine/manifest.h"
 #include "quarantine/run_items.h"
@@ -25,8 +25,8 @@ namespace tidwen {
 struct UndoReport {
     int restoredCount = 0;
     int totalCount = 0;
-    std::vector<Problem> failures; ///< each with its path, or a job's label
-    int relaunchedJobs = 0;
+    std::vector<Problem> failures;  ///< each with its path, or a job's label
+    int relaunchedJobs = 0;         ///< without those that are switched off
     std::vector<Path> renamed = {}; ///< new paths of items whose old path is taken
     int alreadyBack = 0;            ///< items already at their old path; neither tried nor failed
     /// The run removed applications. It does not record what else was done to them: resetting privacy
@@ -59,10 +59,11 @@ class UndoService {
         FileSystem& files;
         PrivilegedRunner& privilegedRunner; ///< administrator moves and system jobs, in one batch
         PrivilegedRunner& userRunner;       ///< jobs of the user's session
-        const Texts& texts;
         Log& log;
         const Clock& clock;
         bool runsJobs = true; ///< false on a volume: jobs are never loaded there
+        const Launchd* launchd =
+            nullptr; ///< which jobs are switched off; null: only their property lists say
     };
 
     UndoService(Ports ports, UserEnvironment user) : ports_(ports), user_(std::move(user)) {}

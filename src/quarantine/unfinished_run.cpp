@@ -51,8 +51,8 @@ Message UnfinishedRun::advice() const {
     return {"history.unfinished." + std::string(name(problem)), {}};
 }
 
-Message UnfinishedRun::whyNoUndo(const Texts& texts) const {
-    return {"history.undo.unreadable %@ %@", {root.lastComponent(), texts.text(advice())}};
+Message UnfinishedRun::whyNoUndo() const {
+    return {"history.undo.unreadable %@ %@", {root.lastComponent(), advice()}};
 }
 
 std::optional<UnfinishedRun> readUnfinishedRun(const Path& root, const FileSystem& files) {

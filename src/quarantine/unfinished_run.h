@@ -2,7 +2,6 @@
 
 #include "base/message.h"
 #include "base/path.h"
-#include "base/texts.h"
 #include "platform/file_system.h"
 #include "quarantine/manifest.h"
 
@@ -34,7 +33,7 @@ struct UnfinishedRun {
     /// What the user can do about it.
     Message advice() const;
     /// Why it cannot be undone when nothing of it is known.
-    Message whyNoUndo(const Texts& texts) const;
+    Message whyNoUndo() const;
     friend bool operator==(const UnfinishedRun&, const UnfinishedRun&) = default;
 };
 

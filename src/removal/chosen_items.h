@@ -19,16 +19,8 @@ bool takesTheApplication(const RemovalTarget& target);
 
 /// What stays of one application or group of leftovers.
 struct Remainder {
-    /// How to remove it after the run.
-    enum class Reach {
-        search,   ///< a later search finds it
-        claimant, ///< its application is gone; it is listed with the remaining application that claims it
-        undo,     ///< nothing will find it again: undo the run, then remove the application together with it
-    };
     AppTarget target;
     std::vector<StayingTrace> traces;
-    Reach reach = Reach::search;
-    bool receiptsStandAlone = false; ///< as in `OrphanGroup`
 };
 
 } // namespace tidwen

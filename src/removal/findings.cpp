@@ -52,9 +52,7 @@ Findings::Findings(const Swept& swept)
         AppTarget gone;
         gone.bundleID = group.bundleID;
         gone.name = group.name;
-        groups_.push_back({.target = std::move(gone),
-                           .traces = group.traces,
-                           .receiptsStandAlone = group.receiptsStandAlone});
+        groups_.push_back({.target = std::move(gone), .traces = group.traces});
     }
     index();
 }

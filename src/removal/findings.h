@@ -26,7 +26,6 @@ struct FoundGroup {
     std::span<const Trace> traces; ///< owned by the findings
     /// Not selected by default: the application cannot be removed or is protected.
     bool isKeptByDefault = false;
-    bool receiptsStandAlone = false; ///< as in `OrphanGroup`
 };
 
 /// One group per result; the results must outlive them.

@@ -56,4 +56,15 @@ enum class QuitPromptChoice {
     cancelApp,     ///< leave this application out and remove the others
 };
 
+/// What a change of a `RemovalFlowModel` is about.
+enum class FlowChange {
+    stage,     ///< the stage, and everything that depends on it
+    phase,     ///< how far the scan has come
+    problems,  ///< only why a request was not done
+    selection, ///< what is removed and what stays
+    listing,   ///< the filter or the order of the review
+    prompt,    ///< the quit prompt
+    undo,      ///< the undo of the report's run, and `problems`
+};
+
 } // namespace tidwen

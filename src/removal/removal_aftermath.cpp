@@ -1,18 +1,13 @@
 #include "removal/removal_aftermath.h"
 
 #include "base/path.h"
-#include "removal/chosen_items.h"
-#include "removal/stay_reason.h"
 #include "scan/matching/size_measurer.h"
 #include "scan/policy/path_policy.h"
-#include "scan/policy/trace_category.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <set>
-#include <string>
 #include <unordered_set>
-#include <utility>
 #include <variant>
 
 namespace tidwen {
@@ -27,21 +22,6 @@ bool isEmptyFolder(const Path& folder, const FileSystem& files) {
     return entries && std::ranges::all_of(*entries, [](const DirectoryEntry& entry) {
                return entry.name == finderFile;
            });
-}
-
-/// The next sweep may not accept receipts alone as evidence of an application.
-bool isReceipt(const StayingTrace& item) {
-    return item.trace.category == TraceCategory::receipts;
-}
-
-bool isClaimed(const StayingTrace& item) {
-    return item.claimant || item.trace.contestedBy;
-}
-
-bool isFoundAgain(const Remainder& left, const FileSystem& files) {
-    const Path& bundle = left.target.bundleURL;
-    if (!bundle.isRoot()) return files.exists(bundle);
-    return left.receiptsStandAlone || !std::ranges::all_of(left.traces, isReceipt);
 }
 
 } // namespace
@@ -76,28 +56,6 @@ std::vector<Path> emptiedFolders(const std::vector<RemovalTarget>& chosen, const
             folders.insert(folder);
     }
     return {folders.begin(), folders.end()};
-}
-
-std::vector<Remainder> remaindersAfter(std::vector<Remainder> left, const FileSystem& files) {
-    using enum Remainder::Reach;
-    std::vector<Remainder> sorted;
-    std::set<std::pair<std::size_t, std::string>> listed;
-    const auto list = [&](Remainder remainder) {
-        std::erase_if(remainder.traces, [&](const StayingTrace& item) {
-            return !listed.emplace(item.trace.action.index(), item.trace.displayName).second;
-        });
-        if (!remainder.traces.empty()) sorted.push_back(std::move(remainder));
-    };
-    const auto gone =
-        std::ranges::stable_partition(left, [&](const Remainder& each) { return isFoundAgain(each, files); });
-    for (auto each = left.begin(); each != gone.begin(); ++each)
-        list(std::move(*each));
-    for (auto& each : gone) {
-        const auto nobodys = std::ranges::stable_partition(each.traces, isClaimed);
-        list({each.target, {each.traces.begin(), nobodys.begin()}, claimant});
-        list({each.target, {nobodys.begin(), nobodys.end()}, undo});
-    }
-    return sorted;
 }
 
 ByteSum movedBytes(const RemovalReport& report, const FileSystem& files) {

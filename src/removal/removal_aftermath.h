@@ -24,10 +24,6 @@ std::vector<Path> linksToApplications(const std::vector<RemovalTarget>& chosen, 
 std::vector<Path> emptiedFolders(const std::vector<RemovalTarget>& chosen, const FileSystem& files,
                                  const UserEnvironment& user);
 
-/// What stays after a run, sorted by how it can still be removed. An item that several of them found is
-/// listed once.
-std::vector<Remainder> remaindersAfter(std::vector<Remainder> left, const FileSystem& files);
-
 /// The disk space of what the run moved; nothing if it moved nothing.
 ByteSum movedBytes(const RemovalReport& report, const FileSystem& files);
 

@@ -11,10 +11,12 @@
 #include "scan/policy/trace_category.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <map>
 #include <optional>
 #include <set>
+#include <string_view>
 #include <utility>
 #include <variant>
 
@@ -79,7 +81,8 @@ std::vector<RemovalTarget> RemovalChoice::targets() const {
     return targets;
 }
 
-/// An item that several applications claim comes back with each of them, whoever is recorded as its owner.
+/// An item comes back with each application whose claim to it is as strong as that of its recorded owner, or
+/// was to something in it. A weaker claim, as of "Lumen" to what "Lumen Beta" calls its own, is none.
 void RemovalChoice::noteSharedItems(std::vector<RemovalTarget>& targets) const {
     if (targets.size() < 2) return;
     std::map<Findings::Place, std::pair<RemovalTarget*, Uuid>> takers;
@@ -87,8 +90,18 @@ void RemovalChoice::noteSharedItems(std::vector<RemovalTarget>& targets) const {
         for (const auto& trace : target.traces)
             if (const auto place = findings_->place(*findings_->number(trace.id)); place != Findings::noPlace)
                 takers.emplace(place, std::pair(&target, trace.id));
-    forEachTrace(*findings_, [&](std::size_t number, const Trace&, std::size_t group) {
-        if (!selected_[number] || leftOut_[group] || keptFor_[number]) return;
+    std::map<Findings::Place, std::pair<int, std::size_t>> strongest;
+    const auto counts = [&](std::size_t number, std::size_t group) {
+        return selected_[number] && !leftOut_[group] && !keptFor_[number]
+               && findings_->place(number) != Findings::noPlace;
+    };
+    forEachTrace(*findings_, [&](std::size_t number, const Trace& trace, std::size_t group) {
+        if (!counts(number, group)) return;
+        auto& best = strongest.try_emplace(findings_->place(number), strength(trace.reason)).first->second;
+        best = std::max(best, strength(trace.reason));
+    });
+    forEachTrace(*findings_, [&](std::size_t number, const Trace& claimed, std::size_t group) {
+        if (!counts(number, group) || strength(claimed.reason) < strongest[findings_->place(number)]) return;
         const auto taker = takers.find(takenWith(findings_->place(number)));
         if (taker == takers.end()) return;
         auto& [target, trace] = taker->second;
@@ -111,17 +124,18 @@ Findings::Place RemovalChoice::takenWith(Findings::Place place) const {
 std::vector<Remainder> RemovalChoice::remainders() const {
     std::vector<Remainder> left;
     left.reserve(staying_.size());
+    std::set<std::pair<std::size_t, std::string_view>> listed;
     for (const auto& each : staying_) {
-        left.push_back({.target = each.group->target,
-                        .traces = {},
-                        .receiptsStandAlone = each.group->receiptsStandAlone});
+        left.push_back({.target = each.group->target, .traces = {}});
         left.back().traces.reserve(each.items.size());
         for (const auto& item : each.items) {
+            if (!listed.emplace(item.trace->action.index(), item.trace->displayName).second) continue;
             left.back().traces.push_back({*item.trace, item.reason});
             if (item.claimant)
                 left.back().traces.back().claimant = {item.claimant->bundleID, item.claimant->name,
                                                       item.claimant->bundleURL};
         }
+        if (left.back().traces.empty()) left.pop_back();
     }
     return left;
 }
@@ -177,6 +191,42 @@ void RemovalChoice::selectDefaults() {
     });
     refusedByDefault_ = whyNotByDefault(findings_->scanned());
     update();
+}
+
+void RemovalChoice::selectAsBefore(const RemovalChoice& earlier) {
+    mode_ = earlier.mode_;
+    selectDefaults();
+    const auto application = [](const FoundGroup& group) {
+        return std::pair(group.target.bundleURL, group.target.bundleID);
+    };
+    const auto& before = earlier.findings_->groups();
+    for (std::size_t i = 0; i < findings_->groups().size(); ++i) {
+        const auto same = std::ranges::find(before, application(findings_->groups()[i]), application);
+        if (same != before.end()) selectAsBefore(earlier, static_cast<std::size_t>(same - before.begin()), i);
+    }
+    update();
+}
+
+void RemovalChoice::selectAsBefore(const RemovalChoice& earlier, std::size_t earlierGroup,
+                                   std::size_t group) {
+    const auto& traces = findings_->groups()[group].traces;
+    const bool isKept = findings_->groups()[group].isKeptByDefault;
+    const auto& known = earlier.findings_->groups()[earlierGroup].traces;
+    std::multimap<std::string_view, std::size_t> numbers; // by what is shown, which an action determines
+    for (std::size_t i = 0; i < known.size(); ++i)
+        numbers.emplace(known[i].displayName, i);
+    for (std::size_t i = 0; i < traces.size(); ++i) {
+        const auto [begin, end] = numbers.equal_range(traces[i].displayName);
+        const auto same = std::find_if(
+            begin, end, [&](const auto& each) { return known[each.second].action == traces[i].action; });
+        if (same == end) continue;
+        const auto before = earlier.findings_->firstNumber(earlierGroup) + same->second;
+        const auto now = findings_->firstNumber(group) + i;
+        // What has become doubtful since was not chosen as that.
+        const bool isNamed = isEligible(traces[i], mode_) && !isKept && !takenByDefault(known[same->second]);
+        selected_[now] = earlier.selected_[before] && (selected_[now] || isNamed);
+        setAside_[now] = earlier.setAside_[before] && (setAside_[now] || isNamed);
+    }
 }
 
 void RemovalChoice::setMode(RemovalMode mode) {
@@ -331,16 +381,21 @@ StayingGroup::Item RemovalChoice::staying(const Trace& trace, std::size_t number
 }
 
 void RemovalChoice::describe() {
-    std::vector<const Trace*> all;
+    const auto& scanned = findings_->scanned();
+    std::vector<const Trace*> all, counted;
     subject_ = {.kind = kind_, .mode = mode_, .groups = going_.size()};
     for (const auto& each : going_) {
+        const auto group = static_cast<std::size_t>(each.group - findings_->groups().data());
+        std::ranges::copy_if(each.traces, std::back_inserter(counted), [&](const Trace* trace) {
+            return group >= scanned.size() || !resetsNothing(*trace, scanned[group]);
+        });
         all.insert(all.end(), each.traces.begin(), each.traces.end());
         if (subject_.name.empty()) subject_.name = each.group->target.name;
         if (std::ranges::none_of(each.traces, [](const Trace* trace) { return isBundle(*trace); }))
             subject_.goesWhole = false;
     }
     subject_.items = all.size();
-    summary_ = summarize(all);
+    summary_ = summarize(counted);
     refusal_.reset();
     if (refusedByDefault_ && mode_ == RemovalMode::uninstall)
         refusal_ = refusedByDefault_;

@@ -58,7 +58,8 @@ class RemovalChoice {
     /// What stays, except what the mode keeps and what is moved with a folder. Includes what only the user
     /// can remove if the application is removed.
     const std::vector<StayingGroup>& staying() const { return staying_; }
-    /// `staying` for a report, which outlives the findings. Copies every trace.
+    /// `staying` for a report, which outlives the findings. An item that several of them found is listed
+    /// once. Copies every trace.
     std::vector<Remainder> remainders() const;
     const RemovalSummary& summary() const { return summary_; }
     const RemovalSubject& subject() const { return subject_; }
@@ -73,6 +74,9 @@ class RemovalChoice {
     /// Selects the defaults (`takenByDefault`). An application that cannot be removed has none, and until
     /// something is selected a removal is refused with that reason.
     void selectDefaults();
+    /// The mode of an earlier search, and for what of the same application it found too, what was selected of
+    /// it then; the defaults for the rest. What may no longer go by default is not selected.
+    void selectAsBefore(const RemovalChoice& earlier);
     /// Only scanned applications can be reset. Switching back restores the previous selection.
     void setMode(RemovalMode mode);
     /// Leaves a group out whatever is selected, with what its application claims of the others' items.
@@ -82,6 +86,7 @@ class RemovalChoice {
     /// Indexed by the number of the trace, group or place.
     using Flags = std::vector<bool>;
 
+    void selectAsBefore(const RemovalChoice& earlier, std::size_t earlierGroup, std::size_t group);
     void update();
     Flags withWholeReceipts(const std::vector<Uuid>& ids) const;
     Flags selectedOfThoseThatGo() const;

@@ -37,6 +37,19 @@ std::vector<RemovalOperation> operationsOfLevel(const std::vector<RemovalOperati
     return level;
 }
 
+/// The steps that may be run, and the results of those that must not.
+std::pair<std::vector<RemovalOperation>, std::vector<OperationResult>>
+judged(const std::vector<RemovalOperation>& plan) {
+    std::vector<RemovalOperation> permitted;
+    std::vector<OperationResult> refused;
+    for (const auto& each : plan)
+        if (each.refusal)
+            refused.push_back(OperationResult::failure(each.id, *each.refusal));
+        else
+            permitted.push_back(each);
+    return {std::move(permitted), std::move(refused)};
+}
+
 /// The batch's shell may have died after the step or still be running it, so its result does not describe the
 /// disk.
 bool isAnswerLost(const OperationResult& result) {
@@ -131,8 +144,11 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
                                                    const QuarantineLayout& layout,
                                                    const std::vector<AppRecord>& apps, RemovalMode mode,
                                                    Timestamp date, const StepControl& control) {
-    const RemovalJournal journal{
-        .createdAt = date, .quarantineRoot = layout.root, .apps = apps, .planned = manifestEntries(plan)};
+    const auto [permitted, refused] = judged(plan);
+    const RemovalJournal journal{.createdAt = date,
+                                 .quarantineRoot = layout.root,
+                                 .apps = apps,
+                                 .planned = manifestEntries(permitted)};
     if (const auto written = beginRun(journal, ports_.files); !written) {
         // Nothing was moved, so the folder is not needed; if it is not empty it stays.
         (void)ports_.files.removeEmptyDirectory(layout.root);
@@ -146,12 +162,13 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
                          .mode = mode,
                          .quarantineRoot = layout.root,
                          .manifestURL = layout.root / manifestFileName,
-                         .operations = plan};
+                         .operations = plan,
+                         .results = refused};
     StepCounter steps(control);
-    steps.expect(plan.size());
+    steps.expect(permitted.size());
     for (const bool requiresRoot : {false, true}) {
         auto& runner = requiresRoot ? ports_.privilegedRunner : ports_.userRunner;
-        auto results = runStepwise(runner, operationsOfLevel(plan, requiresRoot), steps);
+        auto results = runStepwise(runner, operationsOfLevel(permitted, requiresRoot), steps);
         std::move(results.begin(), results.end(), std::back_inserter(report.results));
     }
 

@@ -32,11 +32,12 @@ class RemovalExecutor {
 
     explicit RemovalExecutor(Ports ports) : ports_(ports) {}
 
-    /// `layout.root` must exist. Fails only if the journal, with the reserved space for the manifest, cannot
-    /// be written; then nothing was changed. The journal stays instead of a manifest if the manifest cannot
-    /// be written, a move was left unfinished, or the administrator's commands timed out: the run can then be
-    /// recovered, or undone by its journal. When stopped, it ends after the current step as after failures:
-    /// steps that were not begun have "failure.stopped" as their reason.
+    /// Steps with a refusal are not run and fail with it. `layout.root` must exist. Fails only if the
+    /// journal, with the reserved space for the manifest, cannot be written; then nothing was changed. The
+    /// journal stays instead of a manifest if the manifest cannot be written, a move was left unfinished, or
+    /// the administrator's commands timed out: the run can then be recovered, or undone by its journal. When
+    /// stopped, it ends after the current step as after failures: steps that were not begun have
+    /// "failure.stopped" as their reason.
     FileResult<RemovalReport> execute(const std::vector<RemovalOperation>& plan,
                                       const QuarantineLayout& layout, const std::vector<AppRecord>& apps,
                                       RemovalMode mode, Timestamp date, const StepControl& control = {});

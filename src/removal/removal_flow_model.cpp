@@ -53,7 +53,7 @@ bool RemovalFlowModel::isHome() const {
 void RemovalFlowModel::enter(Stage next) {
     if (isHome()) home_ = stage_;
     stage_ = std::move(next);
-    notify();
+    changed.emit(FlowChange::stage);
 }
 
 /// Whether the stage has a selection.
@@ -83,7 +83,7 @@ std::optional<std::string> RemovalFlowModel::errorMessage() const {
 /// Publishes the reason, too.
 RemovalFlowModel::Answer RemovalFlowModel::fail(Message reason) {
     problems_ = {{.reason = reason}};
-    notify();
+    changed.emit(FlowChange::problems);
     return tl::unexpected(std::move(reason));
 }
 
@@ -102,7 +102,7 @@ RemovalFlowModel::Answer RemovalFlowModel::show(Stage home) {
     forgetChoices();
     stage_ = std::move(home);
     if (!isHome()) stage_ = stage::Idle{};
-    notify();
+    changed.emit(FlowChange::stage);
     return {};
 }
 
@@ -115,7 +115,7 @@ RemovalFlowModel::Answer RemovalFlowModel::close() {
     undoReport_.reset();
     forgetChoices();
     stage_ = home_;
-    notify();
+    changed.emit(FlowChange::stage);
     if (isReport && onReportDismissed) onReportDismissed();
     return {};
 }
@@ -146,7 +146,7 @@ RemovalFlowModel::Answer RemovalFlowModel::loadTargets(const std::vector<Path>& 
             if (!intake.targets.empty()) return self.scan(std::move(intake.targets), std::move(gone));
             self.work_.end();
             self.stage_ = std::move(cameFrom);
-            self.notify();
+            self.changed.emit(FlowChange::stage);
         });
     return {};
 }
@@ -175,6 +175,7 @@ struct RemovalFlowModel::Reviewed {
 };
 
 void RemovalFlowModel::scan(std::vector<AppTarget> targets, std::vector<GoneApplication> gone) {
+    auto earlier = std::exchange(choice_, RemovalChoice()); // of the review, if that asked for it
     forgetChoices();
     const auto control = work_.begin();
     const auto total = static_cast<int>(targets.size());
@@ -184,7 +185,7 @@ void RemovalFlowModel::scan(std::vector<AppTarget> targets, std::vector<GoneAppl
         main->post([this, alive, stop, next = std::move(next)] {
             if (alive.expired() || stop.stopRequested()) return;
             stage_ = next;
-            notify();
+            changed.emit(FlowChange::phase);
         });
     };
     inBackground(
@@ -209,8 +210,8 @@ void RemovalFlowModel::scan(std::vector<AppTarget> targets, std::vector<GoneAppl
             return reviewed;
         },
         // A cancelled scan may complete before it notices.
-        [stop = control.stop](RemovalFlowModel& self, Reviewed reviewed) {
-            if (!stop.stopRequested()) self.review(std::move(reviewed));
+        [stop = control.stop, earlier = std::move(earlier)](RemovalFlowModel& self, Reviewed reviewed) {
+            if (!stop.stopRequested()) self.review(std::move(reviewed), earlier);
         });
 }
 
@@ -250,22 +251,24 @@ void RemovalFlowModel::cancelScan() {
     work_.end();
     forgetChoices();
     stage_ = home_;
-    notify();
+    changed.emit(FlowChange::stage);
 }
 
-void RemovalFlowModel::review(Reviewed reviewed) {
+/// What was taken out before it was searched again stays out.
+void RemovalFlowModel::review(Reviewed reviewed, const RemovalChoice& earlier) {
     work_.end();
     std::ranges::move(reviewed.notFound, std::back_inserter(problems_));
     if (reviewed.results->empty()) {
         stage_ = home_;
-        return notify();
+        return changed.emit(FlowChange::stage);
     }
     protectionProblem_ = std::move(reviewed.protectionProblem);
     reviewLists_ = std::move(reviewed.lists);
     buildReviewTrees();
     stage_ = stage::Review{std::move(reviewed.results)};
     choose(std::move(reviewed.findings), RemovalSubject::Kind::applications);
-    selectDefaults();
+    choice_.selectAsBefore(earlier);
+    changed.emit(FlowChange::stage);
 }
 
 /// Nothing is selected: the owner is uncertain, so the user chooses each item.
@@ -297,7 +300,7 @@ void RemovalFlowModel::arrange() {
         if (list->language() != services_.texts.language())
             list = std::make_shared<const LeftoverList>(list->shared(), services_.texts);
     buildReviewTrees();
-    notify();
+    changed.emit(FlowChange::listing);
 }
 
 RemovalFlowModel::Answer RemovalFlowModel::offer(const std::string& name, std::vector<Trace> traces) {
@@ -319,7 +322,7 @@ RemovalFlowModel::Answer RemovalFlowModel::offer(const std::string& name, std::v
 RemovalFlowModel::Answer RemovalFlowModel::setSelected(const std::vector<Uuid>& ids, bool selected) {
     if (!isChoosing()) return whyNot();
     choice_.setSelected(ids, selected);
-    notify();
+    changed.emit(FlowChange::selection);
     return {};
 }
 
@@ -327,28 +330,28 @@ RemovalFlowModel::Answer RemovalFlowModel::select(const std::vector<Uuid>& ids,
                                                   const std::vector<Uuid>& named) {
     if (!isChoosing()) return whyNot();
     choice_.select(ids, named);
-    notify();
+    changed.emit(FlowChange::selection);
     return {};
 }
 
 RemovalFlowModel::Answer RemovalFlowModel::selectDefaults() {
     if (!isChoosing()) return whyNot();
     choice_.selectDefaults();
-    notify();
+    changed.emit(FlowChange::selection);
     return {};
 }
 
 RemovalFlowModel::Answer RemovalFlowModel::setMode(RemovalMode mode) {
     if (!isChoosing()) return whyNot();
     choice_.setMode(mode);
-    notify();
+    changed.emit(FlowChange::selection);
     return {};
 }
 
 void RemovalFlowModel::setReviewFilter(LeftoverFilter filter) {
     reviewFilter_ = std::move(filter);
     buildReviewTrees();
-    notify();
+    changed.emit(FlowChange::listing);
 }
 
 } // namespace tidwen

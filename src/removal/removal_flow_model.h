@@ -23,6 +23,7 @@
 #include "removal/removal_executor.h"
 #include "removal/removal_refusal.h"
 #include "removal/removal_subject.h"
+#include "removal/renewed_check.h"
 #include "removal/target_intake.h"
 #include "removal/unmovable_items.h"
 #include "scan/applications/app_target.h"
@@ -62,7 +63,8 @@ namespace tidwen {
 ///   scanning     all applications are scanned           review
 ///   scanning     the sweep has ended                    orphans
 ///   scanning     cancelScan                             the home stage it came from
-///   review       loadTargets                            scanning
+///   review       loadTargets                            scanning; then as chosen before where an application
+///                                                       is searched again
 ///   review,      confirm, something is selected         removing; each application that runs is asked to
 ///   orphans,                                            quit, and the user about each that does not
 ///   an offer     confirm, nothing is selected           the same, with an error
@@ -78,7 +80,9 @@ namespace tidwen {
 ///   (*) home: idle, startupItems, installers, history. Any other event changes nothing and is answered with
 ///   the reason.
 ///
-/// A removal holds the lock of the Trash from before the first application is asked to quit until its report.
+/// Before its first step a removal looks again at what was confirmed (`refuseWhatChanged`); what it refuses
+/// stays and is in the report. It holds the lock of the Trash from before the first application is asked to
+/// quit until its report.
 class RemovalFlowModel {
   public:
     struct Services {
@@ -89,6 +93,8 @@ class RemovalFlowModel {
         /// A sweep with the currently installed applications; called in the background.
         std::function<OrphanScanResult(const StopToken&, const OrphanScanner::OnFound&, const OnStep&)>
             sweepOrphans;
+        /// Which finds have an owner now; called in the background.
+        FindReclaimed findReclaimed;
         RunningApplications& running;
         RemovalExecutor& executor;
         UndoService& undo;
@@ -116,7 +122,7 @@ class RemovalFlowModel {
     RemovalFlowModel& operator=(const RemovalFlowModel&) = delete;
 
     /// Emitted after every change of the accessors below.
-    Signal<> changed;
+    Signal<FlowChange> changed;
     /// The current step of the running scan, sweep, removal or undo; nothing before the first one, or when
     /// none is running. Not announced by `changed`.
     Property<std::optional<StepProgress>> progress;
@@ -191,10 +197,9 @@ class RemovalFlowModel {
     void forgetChoices();
     Answer fail(Message reason);
     Answer whyNot() const;
-    void notify() { changed.emit(); }
 
     void scan(std::vector<AppTarget> targets, std::vector<GoneApplication> gone);
-    void review(Reviewed reviewed);
+    void review(Reviewed reviewed, const RemovalChoice& earlier);
     void showOrphans(std::shared_ptr<const OrphanScanResult> result, Findings findings);
     void buildReviewTrees();
 

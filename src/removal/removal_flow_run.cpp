@@ -15,6 +15,8 @@
 #include "removal/removal_refusal.h"
 #include "removal/removal_report.h"
 #include "removal/removal_run.h"
+#include "removal/renewed_check.h"
+#include "scan/permissions/full_disk_access.h"
 
 #include <algorithm>
 #include <memory>
@@ -90,13 +92,14 @@ RefusalGrounds RemovalFlowModel::refusalGrounds() const {
 }
 
 std::optional<RemovalRefusal> RemovalFlowModel::refusal() const {
+    if (auto closed = whyNothingMoves(user_, services_.files)) return RemovalRefusal{std::move(*closed)};
     if (auto refusal = whyNothingIsChosen()) return refusal;
     return whyNotBegin(choice_.targets(), choice_.mode(), refusalGrounds());
 }
 
 /// Refusals come before the first application is asked to quit and before anything is created or locked.
 void RemovalFlowModel::beginUnlessRefused(const std::shared_ptr<Run>& run) {
-    using Outcome = tl::expected<FileResult<std::unique_ptr<FolderLock>>, RemovalRefusal>;
+    using Outcome = tl::expected<std::unique_ptr<FolderLock>, RemovalRefusal>;
     inBackground(
         *this, alive_, services_.background, services_.main,
         [services = services_, user = user_, run]() -> Outcome {
@@ -104,13 +107,13 @@ void RemovalFlowModel::beginUnlessRefused(const std::shared_ptr<Run>& run) {
                                          services.texts};
             if (auto refusal = whyNotBegin(run->targets, run->choice.mode(), grounds))
                 return tl::unexpected(std::move(*refusal));
-            return lockTrash(user, services.files);
+            return lockTrash(user, services.files).map_error([](Message why) {
+                return RemovalRefusal{std::move(why)};
+            });
         },
         [run](RemovalFlowModel& self, Outcome outcome) {
             if (!outcome) return self.goBack(*run, std::move(outcome.error()));
-            auto& lock = *outcome;
-            if (!lock) return self.goBack(*run, describeNotBegun(lock.error(), self.services_.texts));
-            run->lock = std::move(*lock);
+            run->lock = std::move(*outcome);
             self.quitNext(run);
         });
 }
@@ -127,7 +130,7 @@ void RemovalFlowModel::goBack(Run& run, std::optional<Message> error) {
     problems_.clear();
     if (error) problems_.push_back({.reason = std::move(*error)});
     stage_ = std::move(run.cameFrom);
-    notify();
+    changed.emit(FlowChange::stage);
 }
 
 /// Returns to the previous stage if stopped before the first step.
@@ -156,7 +159,7 @@ void RemovalFlowModel::quitNext(std::shared_ptr<Run> run) {
                 self.quitNext(run);
             };
             self.pendingQuitPrompt_ = QuitPrompt{Uuid::random(), group->target.name};
-            self.notify();
+            self.changed.emit(FlowChange::prompt);
         });
 }
 
@@ -173,7 +176,7 @@ void RemovalFlowModel::stop() {
 RemovalFlowModel::Answer RemovalFlowModel::answerQuitPrompt(QuitPromptChoice choice) {
     if (!pendingQuitPrompt_) return whyNot();
     pendingQuitPrompt_.reset();
-    notify();
+    changed.emit(FlowChange::prompt);
     if (auto answer = std::exchange(quitPromptContinuation_, nullptr)) answer(choice);
     return {};
 }
@@ -183,6 +186,9 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
     run->settle();
     enter(stage::Removing{run->choice.subject()});
     auto work = [services = services_, user = user_, run] {
+        refuseWhatChanged(run->targets, run->choice.mode(), run->choice.subject().kind,
+                          {services.files, user, services.rights, services.readProtection(), services.loader,
+                           services.findReclaimed});
         RemovalRun removal(
             {services.files, services.executor, services.audit, services.texts, services.clock}, user);
         auto report = removal.carryOut(run->choice, run->targets, run->control);
@@ -191,8 +197,7 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
     };
     inBackground(*this, alive_, services_.background, services_.main, std::move(work),
                  [run = std::move(run)](RemovalFlowModel& self, FileResult<RemovalReport> report) {
-                     if (!report)
-                         return self.goBack(*run, describeNotBegun(report.error(), self.services_.texts));
+                     if (!report) return self.goBack(*run, describeNotBegun(report.error()));
                      if (report->isUntouched()) return void(self.goBackIfStopped(*run));
                      self.run_.reset();
                      self.work_.end();
@@ -208,7 +213,7 @@ RemovalFlowModel::Answer RemovalFlowModel::undoLast() {
     isUndoing_ = true;
     problems_.clear();
     const auto control = work_.begin();
-    notify();
+    changed.emit(FlowChange::undo);
     inBackground(
         *this, alive_, services_.background, services_.main,
         [&service = services_.undo, root = shown->report.quarantineRoot, control] {
@@ -217,9 +222,11 @@ RemovalFlowModel::Answer RemovalFlowModel::undoLast() {
         [](RemovalFlowModel& self, tl::expected<UndoReport, Message> outcome) {
             self.isUndoing_ = false;
             self.work_.end();
-            if (!outcome) return void(self.fail(std::move(outcome.error())));
-            self.undoReport_ = std::move(*outcome);
-            self.notify();
+            if (outcome)
+                self.undoReport_ = std::move(*outcome);
+            else
+                self.problems_ = {{.reason = std::move(outcome.error())}};
+            self.changed.emit(FlowChange::undo);
         });
     return {};
 }

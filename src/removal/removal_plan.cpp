@@ -29,8 +29,8 @@ class PlanBuilder {
         : layout_(layout), mode_(mode), texts_(texts) {}
 
     void add(const RemovalTarget& target) {
+        whole_ = &target;
         target_ = &target.target;
-        sharedWith_ = &target.sharedWith;
         std::vector<const Trace*> traces;
         for (const auto& trace : target.traces)
             if (isPlanned(trace, mode_)) traces.push_back(&trace);
@@ -57,7 +57,11 @@ class PlanBuilder {
                          .displayName = std::move(displayName),
                          .traceID = traceID,
                          .bundleID = target_->bundleID});
+        if (const auto refusal = whole_->refusals.find(traceID); refusal != whole_->refusals.end())
+            plan_.back().refusal = refusal->second;
     }
+
+    bool isRefused(const Trace& trace) const { return whole_->refusals.contains(trace.id); }
 
     int nextID() const { return static_cast<int>(plan_.size()) + 1; }
 
@@ -107,13 +111,13 @@ class PlanBuilder {
     }
 
     void addMove(const Trace& trace) {
-        if (mode_ == RemovalMode::uninstall && isBundle(trace))
+        if (mode_ == RemovalMode::uninstall && isBundle(trace) && !isRefused(trace))
             append(operation::UnregisterApp{target_->bundleURL}, false, Reversibility::irreversibleHarmless,
                    texts_.text("operation.unregisterApp"), Uuid::random());
         const Path& source = *movedPath(trace.action);
-        append(operation::Move{source, destination(source)}, trace.requiresRoot, Reversibility::reversible,
-               source.string(), trace.id);
-        if (const auto others = sharedWith_->find(trace.id); others != sharedWith_->end())
+        append(operation::Move{source, destination(source), trace.found}, trace.requiresRoot,
+               Reversibility::reversible, source.string(), trace.id);
+        if (const auto others = whole_->sharedWith.find(trace.id); others != whole_->sharedWith.end())
             plan_.back().sharedWith = others->second;
     }
 
@@ -127,7 +131,8 @@ class PlanBuilder {
     void addPreferenceFlushes(const Traces& moved) {
         for (const bool asRoot : {false, true}) {
             const bool needed = std::any_of(moved.begin(), moved.end(), [&](const Trace* trace) {
-                return trace->requiresRoot == asRoot && isPreference(*movedPath(trace->action));
+                return trace->requiresRoot == asRoot && !isRefused(*trace)
+                       && isPreference(*movedPath(trace->action));
             });
             if (needed)
                 append(operation::FlushPreferences{}, asRoot, Reversibility::irreversibleHarmless,
@@ -138,8 +143,8 @@ class PlanBuilder {
     const QuarantineLayout& layout_;
     RemovalMode mode_;
     const Texts& texts_;
+    const RemovalTarget* whole_ = nullptr;
     const AppTarget* target_ = nullptr;
-    const std::map<Uuid, std::vector<std::string>>* sharedWith_ = nullptr;
     std::vector<RemovalOperation> plan_;
 };
 

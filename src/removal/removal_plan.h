@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "base/texts.h"
 #include "base/uuid.h"
 #include "operations/removal_operation.h"
@@ -18,8 +19,12 @@ struct RemovalTarget {
     AppTarget target;
     std::vector<Trace> traces;
     bool isRunning = false; ///< had a running instance when the removal was requested
-    /// The identifiers of other applications of the run that claim the item of a trace too.
+    /// The identifiers of other applications of the run with as strong a claim to the item of a trace.
     std::map<Uuid, std::vector<std::string>> sharedWith = {};
+    /// Why steps of a trace must not be run, as the disk is now (`refuseWhatChanged`).
+    std::map<Uuid, Message> refusals = {};
+
+    bool isRefusedWhole() const { return !traces.empty() && refusals.size() == traces.size(); }
 };
 
 /// Whether the mode leaves this trace in place: a reset keeps the application and its receipts.

@@ -8,7 +8,6 @@
 #include "removal/target_intake.h"
 #include "removal/unmovable_items.h"
 #include "scan/policy/removability.h"
-#include "system/permissions_model.h"
 
 #include <string>
 
@@ -20,11 +19,7 @@ std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chos
     if (const auto& problem = protection.problem) return RemovalRefusal{*problem};
     for (const auto& each : chosen)
         if (protection.contains(each.target.bundleID)) return RemovalRefusal{describeProtected(each.target)};
-    if (const auto unusable = whyTrashIsUnusable(user, files))
-        return RemovalRefusal{describeNotBegun(*unusable, texts)};
-    // Only the running Mac has an administrator to ask; there the privacy settings decide, too.
-    if (rights == MoveRights::administrator)
-        if (auto closed = whyNothingMoves(files, user)) return RemovalRefusal{std::move(*closed)};
+    if (const auto unusable = whyTrashIsUnusable(user, files)) return RemovalRefusal{*unusable};
     const PathPolicy policy(user, files);
     if (mode == RemovalMode::uninstall)
         for (const auto& each : chosen) {

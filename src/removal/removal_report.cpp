@@ -51,6 +51,13 @@ bool RemovalReport::isUntouched() const {
     return wasStopped() && std::ranges::all_of(results, wasNotBegun);
 }
 
+bool RemovalReport::hasBegunNothing() const {
+    const auto refused = std::ranges::count_if(
+        operations, [](const RemovalOperation& step) { return step.refusal.has_value(); });
+    const auto stopped = std::ranges::count_if(results, wasNotBegun);
+    return static_cast<std::size_t>(refused + stopped) == operations.size();
+}
+
 std::vector<RemovalReport::Failure> RemovalReport::failures() const {
     std::unordered_map<int, const OperationResult*> failed;
     for (const auto& result : results)

@@ -37,7 +37,7 @@ struct RemovalReport {
     Path manifestURL;    ///< "/" in the same case
     std::vector<RemovalOperation> operations; ///< the whole plan
     std::vector<OperationResult> results =
-        {}; ///< user-level results, then root-level ones, each in plan order
+        {}; ///< refused steps, user-level results, root-level ones, each in plan order
     std::optional<VerificationReport> verification = {};
     std::optional<std::int64_t> reclaimedBytes = {}; ///< of moved items; absent when none were moved
     bool isReclaimedPartial = false; ///< measuring stopped at a limit; `reclaimedBytes` is a lower bound
@@ -70,6 +70,8 @@ struct RemovalReport {
     bool wasStopped() const;
     /// The run was stopped before its first step.
     bool isUntouched() const;
+    /// No step was begun: each was refused, or the run was stopped before it.
+    bool hasBegunNothing() const;
 
     /// Failed operations with their reasons, in plan order, including those not begun.
     std::vector<Failure> failures() const;

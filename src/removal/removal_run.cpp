@@ -23,13 +23,26 @@
 
 namespace tidwen {
 
+namespace {
+
+/// Without the applications of which nothing may be taken.
+std::vector<RemovalTarget> thoseToTake(const std::vector<RemovalTarget>& targets) {
+    std::vector<RemovalTarget> taken;
+    std::ranges::copy_if(targets, std::back_inserter(taken),
+                         [](const RemovalTarget& each) { return !each.isRefusedWhole(); });
+    return taken;
+}
+
+} // namespace
+
 FileResult<RemovalReport> RemovalRun::carryOut(const RemovalChoice& choice,
                                                const std::vector<RemovalTarget>& targets,
                                                const StepControl& control) {
     const auto date = ports_.clock.now();
+    const auto taken = thoseToTake(targets);
     std::vector<AppRecord> apps;
-    apps.reserve(targets.size());
-    for (const auto& target : targets)
+    apps.reserve(taken.size());
+    for (const auto& target : taken)
         apps.push_back({target.target.name, target.target.bundleID});
     const auto layout = createQuarantineFolder(apps, date, user_, ports_.files);
     if (!layout) return tl::unexpected(layout.error());
@@ -37,8 +50,8 @@ FileResult<RemovalReport> RemovalRun::carryOut(const RemovalChoice& choice,
     auto links = linksToApplications(targets, ports_.files, user_);
     auto report = ports_.executor.execute(plan, *layout, apps, choice.mode(), date, control);
     if (!report) return report;
-    if (manifestEntries(plan).empty() || report->isUntouched()) dropRecord(*report);
-    report->verification = verifyRemoval(targets, ports_.audit);
+    if (manifestEntries(plan).empty() || report->hasBegunNothing()) dropRecord(*report);
+    report->verification = verifyRemoval(taken, ports_.audit);
     const auto moved = movedBytes(*report, ports_.files);
     if (moved.isKnown) report->reclaimedBytes = moved.bytes;
     report->isReclaimedPartial = moved.isPartial;
@@ -86,7 +99,7 @@ Remainder& remainderOf(const AppTarget& target, std::vector<Remainder>& left) {
 
 } // namespace
 
-/// What stays after the run, and whether a later search would find it.
+/// What stays after the run.
 std::vector<Remainder> RemovalRun::remaindersOf(const RemovalChoice& choice,
                                                 const RemovalReport& report) const {
     auto left = choice.remainders();
@@ -97,7 +110,7 @@ std::vector<Remainder> RemovalRun::remaindersOf(const RemovalChoice& choice,
                 if (stopped.contains(trace->id))
                     remainderOf(each.group->target, left).traces.push_back({*trace, StayReason::stopped});
     }
-    return remaindersAfter(std::move(left), ports_.files);
+    return left;
 }
 
 } // namespace tidwen

@@ -2,6 +2,8 @@
 
 #include "base/texts.h"
 
+#include <variant>
+
 namespace tidwen {
 
 std::optional<std::string> RemovalSummary::Tier::sizeText(const Texts& texts) const {
@@ -27,6 +29,7 @@ RemovalSummary summarize(const std::vector<const Trace*>& selection) {
         if (trace->reversibility == Reversibility::irreversibleDestructive)
             summary.permanent.push_back(*trace);
         if (trace->reversibility == Reversibility::reversible) ++summary.reversibleCount;
+        if (std::holds_alternative<action::Bootout>(trace->action)) ++summary.unloadedCount;
         // Permission resets are the only harmless step that cannot be undone.
         if (trace->reversibility == Reversibility::irreversibleHarmless) summary.resetsPermissions = true;
         if (trace->requiresRoot) summary.requiresPassword = true;

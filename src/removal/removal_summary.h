@@ -27,6 +27,7 @@ struct RemovalSummary {
     ByteSum totalSize;
     std::vector<Trace> permanent; ///< what is lost permanently
     int reversibleCount = 0;
+    int unloadedCount = 0; ///< of those, jobs without a file to move
     bool requiresPassword = false;
     bool resetsPermissions = false;
 

@@ -17,50 +17,63 @@ StartupChores::StartupChores(Services services, UserEnvironment user)
     : services_(services), user_(std::move(user)), work_(services.main, progress) {}
 
 void StartupChores::run() {
+    start(Purge::expired);
+}
+
+void StartupChores::recover() {
+    start(Purge::nothing);
+}
+
+void StartupChores::start(Purge purge) {
+    using Recovery = tl::expected<RecoveryOutcome, Message>;
     if (std::exchange(hasStarted_, true)) return;
+    const auto retention = purge == Purge::expired
+                               ? days(quarantineRetention(services_.preferences.quarantineRetention.get()))
+                               : 0;
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [services = services_, user = user_, control = work_.begin(),
-         retention = services_.preferences.quarantineRetention.get()] {
+        [services = services_, user = user_, control = work_.begin(), retention]() -> Recovery {
             if (!services.files.exists(user.trash()))
                 return RecoveryOutcome(); // do not create the Trash just to look
             const auto lock = lockTrash(user, services.files);
             if (!lock)
-                return RecoveryOutcome(); // another Tidwen is running there, so its run is not interrupted
-            services.purge.purgeExpired(days(quarantineRetention(retention)), services.clock.now(), control);
+                return tl::unexpected(lock.error()); // what another Tidwen does there is not interrupted
+            services.purge.purgeExpired(retention, services.clock.now(), control);
             return recoverInterruptedRemovals(user, services.files, services.clock, services.log, control);
         },
-        [](StartupChores& self, RecoveryOutcome outcome) { self.show(std::move(outcome)); });
+        [](StartupChores& self, Recovery recovery) {
+            self.work_.end();
+            if (recovery) self.show(*recovery);
+            self.recovery_ = std::move(recovery);
+            self.changed.emit(ChoresChange::recovery);
+        });
 }
 
-void StartupChores::show(RecoveryOutcome outcome) {
-    isDone_ = true;
-    work_.end();
-    for (auto& manifest : outcome.recovered)
-        recoveryNotices_.push_back({std::move(manifest), {}});
-    for (auto& run : outcome.unfinished)
-        if (run.known) recoveryNotices_.push_back({std::move(*run.known), std::move(run.unsettled)});
+void StartupChores::show(const RecoveryOutcome& outcome) {
+    for (const auto& manifest : outcome.recovered)
+        recoveryNotices_.push_back({manifest, {}});
+    for (const auto& run : outcome.unfinished)
+        if (run.known) recoveryNotices_.push_back({*run.known, run.unsettled});
     std::ranges::stable_sort(recoveryNotices_, std::greater(),
                              [](const RecoveryNotice& notice) { return notice.manifest.createdAt; });
-    changed.emit();
 }
 
 void StartupChores::dismissRecoveryNotice() {
     if (recoveryNotices_.empty()) return;
     recoveryNotices_.erase(recoveryNotices_.begin());
-    changed.emit();
+    changed.emit(ChoresChange::notices);
 }
 
 void StartupChores::dismissRecoveryNotice(const Path& root) {
     const auto isOfRun = [&](const RecoveryNotice& each) { return each.manifest.quarantineRoot == root; };
-    if (std::erase_if(recoveryNotices_, isOfRun) > 0) changed.emit();
+    if (std::erase_if(recoveryNotices_, isOfRun) > 0) changed.emit(ChoresChange::notices);
 }
 
 void StartupChores::forgetUndo() {
     undoReport_.reset();
     error_.reset();
     undoneApps_.clear();
-    changed.emit();
+    changed.emit(ChoresChange::undo);
 }
 
 void StartupChores::undoRecovered() {
@@ -71,7 +84,7 @@ void StartupChores::undoRecovered() {
     undoReport_.reset();
     error_.reset();
     undoneApps_ = run.apps;
-    changed.emit();
+    changed.emit(ChoresChange::undo);
     inBackground(
         *this, alive_, services_.background, services_.main,
         [&service = services_.undo, root, control = work_.begin()] {
@@ -86,7 +99,7 @@ void StartupChores::undoRecovered() {
             } else {
                 self.error_ = std::move(outcome.error());
             }
-            self.changed.emit();
+            self.changed.emit(ChoresChange::undo);
         });
 }
 

@@ -20,6 +20,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <tl/expected.hpp>
 #include <vector>
 
 namespace tidwen {
@@ -29,6 +30,13 @@ struct RecoveryNotice {
     Manifest manifest;
     /// Old paths of items at neither of their two places; the next start tries again.
     std::vector<std::string> unsettled = {};
+};
+
+/// What a change of `StartupChores` is about.
+enum class ChoresChange {
+    recovery, ///< it has ended; `recoveryNotices` are those of what it found
+    notices,  ///< some were dismissed
+    undo,     ///< the undo of a notice's run, and that notice
 };
 
 /// What a long-running program does once at its start: the automatic purge, then recovery of interrupted
@@ -52,13 +60,17 @@ class StartupChores {
     StartupChores(Services services, UserEnvironment user);
 
     /// Emitted after every change of the accessors below.
-    Signal<> changed;
+    Signal<ChoresChange> changed;
     /// The current step of the running purge, recovery or undo. Not announced by `changed`.
     Property<std::optional<StepProgress>> progress;
 
-    /// Runs once; further calls do nothing.
+    /// Runs once; further calls of this or `recover` do nothing.
     void run();
-    bool isDone() const { return isDone_; }
+    /// The recovery alone, because the user asked for it.
+    void recover();
+    /// What the recovery came to, or why it was not begun; nullopt until then.
+    const std::optional<tl::expected<RecoveryOutcome, Message>>& recovery() const { return recovery_; }
+    bool isDone() const { return recovery_.has_value(); }
 
     /// Newest first. When one is dismissed or undone the next one is shown.
     const std::vector<RecoveryNotice>& recoveryNotices() const { return recoveryNotices_; }
@@ -86,13 +98,15 @@ class StartupChores {
     }
 
   private:
-    void show(RecoveryOutcome outcome);
+    enum class Purge { expired, nothing };
+    void start(Purge purge);
+    void show(const RecoveryOutcome& outcome);
 
     Services services_;
     UserEnvironment user_;
     FollowedWork work_;
     bool hasStarted_ = false;
-    bool isDone_ = false;
+    std::optional<tl::expected<RecoveryOutcome, Message>> recovery_;
     std::vector<RecoveryNotice> recoveryNotices_;
     bool isUndoing_ = false;
     std::optional<UndoReport> undoReport_;

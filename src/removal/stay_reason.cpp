@@ -16,6 +16,7 @@ StayReason whyNotSelected(const Trace& trace) {
     if (trace.contestedBy) return StayReason::contested;
     if (trace.isOnlyListed) return StayReason::onlyListed;
     if (trace.mayHoldOthers) return StayReason::mayHoldOthers;
+    if (trace.ownerUnsure) return StayReason::ownerUnsure;
     if (trace.reversibility == Reversibility::irreversibleDestructive) return StayReason::permanent;
     return trace.risk == TraceRisk::sensitive ? StayReason::sensitive : StayReason::notChosen;
 }
@@ -35,6 +36,8 @@ Message StayingTrace::describe() const {
         return {"left.onlyListed"};
     case StayReason::mayHoldOthers:
         return {"left.mayHoldOthers"};
+    case StayReason::ownerUnsure:
+        return {"left.ownerUnsure"};
     case StayReason::claimed:
         if (claimant) return claimedBy(*claimant);
         break;

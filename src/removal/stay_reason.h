@@ -15,6 +15,7 @@ enum class StayReason {
     contested,     ///< another bundle claims it; not selected by default
     onlyListed,    ///< a package's list is the only evidence; not selected by default
     mayHoldOthers, ///< not completely searched for other applications; not selected by default
+    ownerUnsure,   ///< an application that could not be seen may own it; not selected by default
     claimed,       ///< selected, but a remaining application of the same scan also claims it
     leftOut,       ///< selected, but its application was left out at the quit prompt
     stopped,       ///< selected, but the run was stopped before its step

@@ -55,7 +55,8 @@ TargetIntake takeIn(LoadedTargets loaded, const Protection& protection, Protecte
         return intake;
     }
     for (auto& target : loaded.targets) {
-        const bool isProtected = protection.contains(target.bundleID);
+        const bool isProtected =
+            isGone(target) ? protection.containsOwner(target.bundleID) : protection.contains(target.bundleID);
         if (isProtected) intake.failures.push_back({.reason = describeProtected(target)});
         (isProtected ? intake.refused : intake.targets).push_back(std::move(target));
     }

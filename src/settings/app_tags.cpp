@@ -46,8 +46,14 @@ void AppTags::reload() {
 
 void AppTags::show(Store store) {
     if (store == byApp_) return;
+    std::set<std::string> different;
+    for (const auto* one : {&byApp_, &store})
+        for (const auto& [bundleID, tags] : *one)
+            if (const auto now = store.find(bundleID), before = byApp_.find(bundleID);
+                now == store.end() || before == byApp_.end() || now->second != before->second)
+                different.insert(bundleID);
     byApp_ = std::move(store);
-    changed.emit();
+    changed.emit(different);
 }
 
 std::vector<std::string> AppTags::tags(const std::string& bundleID) const {

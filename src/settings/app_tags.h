@@ -56,7 +56,8 @@ class AppTags {
     /// Reads everything again after another process changed it.
     void reload();
 
-    Signal<> changed;
+    /// Emitted with the identifiers of the applications whose tags have changed.
+    Signal<const std::set<std::string>&> changed;
 
   private:
     /// Identifier → tags, each once.

@@ -25,7 +25,9 @@ bool isJob(const ManifestEntry& entry) {
 
 void add(FormerNames& names, const std::string& identifier, const std::string& name) {
     const auto lower = lowercased(identifier);
-    if (!name.empty() && isReverseDns(lower) && isIdentifier(lower)) names.emplace(lower, name);
+    // A name equal to the identifier is none and would hide the one of an older run.
+    if (!name.empty() && lowercased(name) != lower && isReverseDns(lower) && isIdentifier(lower))
+        names.emplace(lower, name);
 }
 
 } // namespace

@@ -46,6 +46,7 @@ std::optional<InstallerFile> describe(const FileSystem& files, const Path& url,
     if (!file.isFolder) file.sizeBytes = static_cast<std::int64_t>(info->allocatedBytes);
     if (info->createdNanoseconds)
         file.addedAt = Timestamp(std::chrono::seconds(*info->createdNanoseconds / 1'000'000'000));
+    file.found = foundItem(*info, TraceCategory::installers);
     file.installedApp = matchInstaller(url.lastComponent(), apps);
     return file;
 }
@@ -128,6 +129,7 @@ Trace installerTrace(const InstallerFile& file) {
                            {MatchReason::Kind::declaredTarget, {}}, Reversibility::reversible,
                            file.url.string(), file.sizeBytes, false);
     trace.isSizePartial = file.isSizePartial;
+    trace.found = file.found;
     return trace;
 }
 

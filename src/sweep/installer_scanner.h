@@ -6,6 +6,7 @@
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
 #include "scan/applications/installed_app.h"
+#include "scan/matching/found_item.h"
 #include "scan/matching/trace.h"
 
 #include <cstdint>
@@ -22,7 +23,8 @@ struct InstallerFile {
     std::optional<Timestamp> addedAt;         ///< when the item was created
     std::optional<InstalledApp> installedApp; ///< the application that it most likely installed
     bool isFolder = false;                    ///< a package whose size is that of its contents
-    bool isSizePartial = false; ///< there was more than is measured: `sizeBytes` is a lower bound
+    bool isSizePartial = false;          ///< there was more than is measured: `sizeBytes` is a lower bound
+    std::optional<FoundItem> found = {}; ///< as listed
 
     friend bool operator==(const InstallerFile&, const InstallerFile&) = default;
 };

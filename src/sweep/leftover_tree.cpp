@@ -68,12 +68,13 @@ void LeftoverList::describe() {
     ids.reserve(traces.size());
     for (std::size_t i = 0; i < traces.size(); ++i) {
         const auto& trace = *traces[i];
-        entries_.push_back({.row = {&trace, trace.displayName, sizeTextOf(trace)},
-                            .name = names_[i],
-                            .bytes = trace.sizeBytes,
-                            .risk = trace.risk,
-                            .category = trace.category,
-                            .isManual = trace.reversibility == Reversibility::manualOnly});
+        entries_.push_back(
+            {.row = {&trace, trace.displayName, sizeTextOf(trace), static_cast<std::uint32_t>(i)},
+             .name = names_[i],
+             .bytes = trace.sizeBytes,
+             .risk = trace.risk,
+             .category = trace.category,
+             .isManual = trace.reversibility == Reversibility::manualOnly});
         ids.push_back(trace.id);
         ++sums_.byRisk[static_cast<std::size_t>(trace.risk)];
         ++sums_.byCategory[static_cast<std::size_t>(trace.category)];

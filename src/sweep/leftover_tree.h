@@ -29,6 +29,7 @@ struct LeftoverRow {
     const Trace* trace = nullptr;
     std::string_view title;
     std::string_view sizeText; ///< empty for an item without a size
+    std::uint32_t number = 0;  ///< in the list, in the order of its traces
 };
 
 /// Traces kept alive by a shared owner as long as they are needed.

@@ -38,7 +38,7 @@ class PackageJudge {
     PackageJudge(const FileSystem& files, const UserEnvironment& user)
         : files_(files), programs_(files), locations_(searchLocations(user)) {}
 
-    enum class Life { living, leftovers, lost, unknown };
+    enum class Life { living, lost, neither };
 
     Life judge(const Receipt& receipt) {
         const auto identifier = lowercased(receipt.packageID);
@@ -57,8 +57,8 @@ class PackageJudge {
                 hasLeftover = true;
             }
         }
-        if (hasLeftover) return lostApplication ? Life::leftovers : Life::living;
-        return lostApplication ? Life::lost : Life::unknown;
+        if (hasLeftover) return lostApplication ? Life::neither : Life::living;
+        return lostApplication ? Life::lost : Life::neither;
     }
 
   private:
@@ -136,15 +136,17 @@ LivingPackages listLivingPackages(const FileSystem& files, const Receipts& recei
             if (receipt && !receipt->unreadableList) life = judge.judge(*receipt);
             if (receipt && receipt->unreadableList) {
                 const auto& list = *receipt->unreadableList;
-                (mayBeThere(files, list) ? packages.unreadable : packages.missingLists).push_back(list);
+                if (!mayBeThere(files, list)) {
+                    packages.unlisted.emplace(std::move(identifier), list.parent() / (packageID + ".plist"));
+                    continue;
+                }
+                packages.unreadable.push_back(list);
             }
         }
         if (life == Life::living)
             packages.identifiers.push_back(std::move(identifier));
         else if (life == Life::lost)
             packages.lost.insert(std::move(identifier));
-        else if (life == Life::leftovers)
-            packages.leaving.insert(std::move(identifier));
     }
     return packages;
 }

@@ -5,6 +5,7 @@
 #include "base/step_progress.h"
 #include "base/stop_token.h"
 #include "base/text.h"
+#include "platform/file_absence.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
 #include "scan/matching/residue_scanner.h"
@@ -32,13 +33,22 @@ Trace makeOrphanTrace(OrphanCandidate candidate) {
                      Reversibility::reversible, std::move(name), std::nullopt, candidate.requiresRoot);
 }
 
+/// A receipt is a property list and a list of files; one without the other is of no use to an installer.
+bool isHalfReceipt(const Path& file, const FileSystem& files) {
+    const auto extension = file.lowercasedExtension();
+    const bool isPart = extension == "plist" || extension == "bom";
+    return isPart
+           && !mayBeThere(files, file.parent() / (file.stem() + (extension == "bom" ? ".plist" : ".bom")));
+}
+
 } // namespace
 
 void measureTraces(const FileSystem& files, std::vector<Trace>& traces, const StopToken& stop) {
     parallelFor(traces.size(), [&](std::size_t i) {
         if (stop.stopRequested()) return;
-        if (const auto size = files.treeSize(*movedPath(traces[i].action), traceSizeEntryLimit, stop))
-            setSize(traces[i], *size);
+        const auto& path = *movedPath(traces[i].action);
+        if (const auto info = files.info(path)) traces[i].found = foundItem(*info, traces[i].category);
+        if (const auto size = files.treeSize(path, traceSizeEntryLimit, stop)) setSize(traces[i], *size);
     });
 }
 
@@ -110,8 +120,8 @@ void LocationSweep::take(std::vector<OrphanCandidate> candidates, const OrphanSc
         if (finds.humanName.empty()) finds.humanName = candidate.humanName;
         const bool isReceipt = candidate.category == TraceCategory::receipts;
         const bool isLost = packages_.lost.contains(candidate.identifier);
-        finds.standsAlone |= !isReceipt || isLost;
-        finds.receiptsStandAlone |= isReceipt && (isLost || packages_.leaving.contains(candidate.identifier));
+        const bool isHalf = isReceipt && isHalfReceipt(pathOf(candidate), ports_.files);
+        finds.standsAlone |= !isReceipt || isLost || isHalf;
         traces.push_back(makeOrphanTrace(std::move(candidate)));
         traces.back().mayHoldOthers = policy_.mayBeInAnotherHome(*movedPath(traces.back().action));
     }

@@ -30,7 +30,6 @@ struct Finds {
     std::string humanName;
     std::vector<Trace> traces;
     bool standsAlone = false; ///< not just receipts, which may be those of a tool without any application
-    bool receiptsStandAlone = false; ///< as soon as the other finds are gone
 };
 using FindsByIdentifier = std::map<std::string, Finds>;
 

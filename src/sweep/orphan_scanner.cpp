@@ -5,6 +5,7 @@
 #include "platform/budgeted_files.h"
 #include "scan/policy/trace_category.h"
 #include "sweep/former_names.h"
+#include "sweep/identifier_domains.h"
 #include "sweep/linked_places.h"
 #include "sweep/living_jobs.h"
 #include "sweep/living_packages.h"
@@ -14,7 +15,9 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 #include <set>
+#include <string_view>
 
 namespace tidwen {
 namespace {
@@ -38,7 +41,6 @@ FindsByIdentifier joined(FindsByIdentifier&& byIdentifier) {
         std::move(finds.traces.begin(), finds.traces.end(), std::back_inserter(owner.traces));
         if (owner.humanName.empty()) owner.humanName = finds.humanName;
         owner.standsAlone |= finds.standsAlone;
-        owner.receiptsStandAlone |= finds.receiptsStandAlone;
     }
     return owners;
 }
@@ -62,7 +64,7 @@ std::vector<OrphanGroup> grouped(FindsByIdentifier&& finds, const KnownOwners& o
         if (!each.standsAlone || each.traces.empty() || owners.claims(identifier)) continue;
         auto name = each.humanName.empty() ? formerName(former, identifier) : std::move(each.humanName);
         if (name.empty()) name = nameFromIdentifier(identifier);
-        groups.push_back({identifier, std::move(name), std::move(each.traces), each.receiptsStandAlone});
+        groups.push_back({identifier, std::move(name), std::move(each.traces)});
     }
     return groups;
 }
@@ -102,6 +104,19 @@ void measureNamed(std::vector<OrphanGroup>& groups, const FileSystem& files, con
     }
 }
 
+/// A package that has lost its list of files may still be in use, and with it what its maker left.
+void contest(std::vector<OrphanGroup>& groups, const std::map<std::string, Path>& unlistedPackages) {
+    std::map<std::string_view, Claimant> claimants;
+    for (const auto& [package, receipt] : unlistedPackages)
+        claimants.try_emplace(makerOf(package), Claimant{package, package, receipt});
+    for (auto& group : groups) {
+        const auto claimant = claimants.find(makerOf(group.bundleID));
+        if (claimant == claimants.end()) continue;
+        for (auto& trace : group.traces)
+            if (trace.category != TraceCategory::receipts) trace.contestedBy = claimant->second;
+    }
+}
+
 void sortBySize(std::vector<OrphanGroup>& groups) {
     std::stable_sort(groups.begin(), groups.end(),
                      [](const auto& a, const auto& b) { return a.bytes().bytes > b.bytes().bytes; });
@@ -121,26 +136,24 @@ ByteSum OrphanGroup::bytes() const {
     return sum;
 }
 
-OrphanScanner::Look OrphanScanner::lookForOwners(InstalledBundles& installed, const StopToken& stop) const {
-    const auto bundles = installed.look(InstalledBundles::Reach::further, stop);
-    bundles->readAllContents(stop);
-    KnownOwners owners(*bundles);
+OrphanScanner::Look OrphanScanner::lookForOwners(const BundleSnapshot& bundles, const StopToken& stop) const {
+    bundles.readAllContents(stop);
+    KnownOwners owners(bundles);
     const auto jobs = listLivingJobs(ports_.files, user_, owners, stop);
     owners.add(jobs.labels);
     owners.addWithoutMaker(jobs.helpers);
     owners.addPrograms(jobs.programs);
-    return {std::move(owners), findSweepGaps(ports_.files, user_, *bundles, jobs.unreadable)};
+    return {std::move(owners), findSweepGaps(ports_.files, user_, bundles, jobs.unreadable)};
 }
 
 OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set<std::string>& protectedIDs,
                                      const StopToken& stop, const OnFound& onFound, const OnStep& onStep) {
-    auto [owners, gaps] = lookForOwners(installed, stop);
+    auto [owners, gaps] = lookForOwners(*installed.look(InstalledBundles::Reach::further, stop), stop);
     const auto packages = listLivingPackages(ports_.files, ports_.receipts, user_, owners, stop);
     owners.add(packages.identifiers);
     for (const auto& place : packages.unreadable)
         gaps.push_back(gapAt(ports_.files, user_, place));
     OrphanScanResult result;
-    result.unreadableLocations = packages.missingLists;
     if (stop.stopRequested()) return result;
     const BudgetedFiles files(ports_.files);
     OwnerJudge judge(owners, ports_.running, isRegistered_, protectedIDs);
@@ -150,7 +163,7 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
     // Applications that were installed meanwhile, or were elsewhere or being updated during the first look.
     // Irrelevant when nothing is claimed.
     if (!hideEverything(gaps)) {
-        const auto now = lookForOwners(installed, stop);
+        const auto now = lookForOwners(*installed.look(InstalledBundles::Reach::further, stop), stop);
         if (stop.stopRequested()) return result;
         for (const auto& gap : now.gaps)
             if (std::find(gaps.begin(), gaps.end(), gap) == gaps.end()) gaps.push_back(gap);
@@ -170,12 +183,26 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
         addNamedFinds(result.groups, named, now.owners);
         std::erase_if(result.groups, [](const OrphanGroup& group) { return group.traces.empty(); });
         measureNamed(result.groups, ports_.files, stop, onFound);
+        contest(result.groups, packages.unlisted);
         sortBySize(result.groups);
     }
     if (stop.stopRequested()) return result;
     result.gaps = std::move(gaps);
     result.leftOut = files.budget().leftOut();
     return result;
+}
+
+Reclaimed OrphanScanner::reclaimed(InstalledBundles& installed, const std::vector<EarlierFinds>& finds,
+                                   const std::set<std::string>& protectedIDs) const {
+    const auto bundles = installed.look(InstalledBundles::Reach::further);
+    const auto now = lookForOwners(*bundles, {});
+    OwnerJudge judge(now.owners, ports_.running, isRegistered_, protectedIDs);
+    const ReclaimedFinds claims({ports_.files, user_, ports_.running, *bundles, now.owners, now.gaps, judge});
+    Reclaimed reclaimed;
+    for (const auto& each : finds)
+        for (const auto& trace : each.traces)
+            if (auto why = claims.whyReclaimed(trace, each)) reclaimed.emplace(trace.id, std::move(*why));
+    return reclaimed;
 }
 
 } // namespace tidwen

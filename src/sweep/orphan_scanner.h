@@ -12,6 +12,7 @@
 #include "scan/applications/installed_bundles.h"
 #include "scan/matching/trace.h"
 #include "sweep/known_owners.h"
+#include "sweep/reclaimed_finds.h"
 #include "sweep/sweep_gaps.h"
 
 #include <cstdint>
@@ -27,7 +28,6 @@ struct OrphanGroup {
     std::string bundleID; ///< in lower case; no installed application claims it
     std::string name;     ///< the best known display name
     std::vector<Trace> traces;
-    bool receiptsStandAlone = false; ///< a later sweep finds its receipts even when nothing else is left
 
     ByteSum bytes() const;
 };
@@ -72,13 +72,17 @@ class OrphanScanner {
     OrphanScanResult scan(InstalledBundles& installed, const std::set<std::string>& protectedIDs,
                           const StopToken& stop = {}, const OnFound& onFound = {}, const OnStep& onStep = {});
 
+    /// Judges finds of an earlier sweep or search again, with one look at the owners of this moment.
+    Reclaimed reclaimed(InstalledBundles& installed, const std::vector<EarlierFinds>& finds,
+                        const std::set<std::string>& protectedIDs) const;
+
   private:
     /// One look at all owners in use, and at what of them could not be seen.
     struct Look {
         KnownOwners owners;
         std::vector<SweepGap> gaps = {};
     };
-    Look lookForOwners(InstalledBundles& installed, const StopToken& stop) const;
+    Look lookForOwners(const BundleSnapshot& bundles, const StopToken& stop) const;
 
     Ports ports_;
     UserEnvironment user_;

@@ -8,6 +8,8 @@
 #include "sweep/leftover_filter.h"
 
 #include <atomic>
+#include <cstdint>
+#include <limits>
 #include <utility>
 
 namespace tidwen {
@@ -17,20 +19,26 @@ struct SweepState::Shared {
     std::atomic<std::uint64_t> newest = 0;
 };
 
+/// What `rows` hold, for a rebuild to compare with.
+struct SweepState::Shown {
+    std::shared_ptr<const LeftoverList> list; ///< what the rows point into
+    std::vector<SweepRow> rows;
+    std::vector<std::uint32_t> numbers; ///< of each row; equal ones name the same row of the same list
+};
+
 /// What a rebuild works with.
 struct SweepState::Request {
     std::shared_ptr<const LeftoverList> list; ///< one that is there serves every filter
     SharedTraces traces;                      ///< else it is made of these
     LeftoverFilter filter;
     Texts texts;
-    std::shared_ptr<const std::vector<SweepRow>> shown; ///< what `rows` hold, which becomes the new rows
-    std::shared_ptr<const LeftoverList> shownList;      ///< what they point into
+    std::shared_ptr<const Shown> shown; ///< its rows become the new ones
 };
 
 struct SweepState::Built {
     std::shared_ptr<const LeftoverList> list;
     Snapshot snapshot;
-    std::shared_ptr<const std::vector<SweepRow>> rows;
+    std::shared_ptr<const Shown> shown;
     std::vector<RowChange> steps;
 };
 
@@ -48,22 +56,13 @@ SweepState::Snapshot makeSnapshot(const std::shared_ptr<const LeftoverList>& lis
     return snapshot;
 }
 
-std::vector<SweepRow> rowsOf(const LeftoverTree& tree) {
-    std::vector<SweepRow> rows;
-    rows.reserve(static_cast<std::size_t>(tree.totalCount)
-                 + tree.tiers.size() * (1 + allTraceCategories.size()));
-    for (const auto& tier : tree.tiers) {
-        rows.push_back({.risk = tier.risk, .count = static_cast<std::size_t>(tier.count), .size = tier.size});
-        for (const auto& group : tier.groups) {
-            rows.push_back({.risk = tier.risk,
-                            .category = group.category,
-                            .count = group.rows.size(),
-                            .size = group.size});
-            for (const auto& row : group.rows)
-                rows.push_back({.risk = tier.risk, .category = group.category, .trace = row.trace});
-        }
-    }
-    return rows;
+/// Headings are numbered before all finds.
+constexpr std::uint32_t headingsPerTier = 1 + allTraceCategories.size();
+constexpr std::uint32_t headings = allTraceRisks.size() * headingsPerTier;
+
+std::uint32_t headingNumber(TraceRisk risk, std::optional<TraceCategory> category) {
+    const auto inTier = category ? 1 + static_cast<std::uint32_t>(*category) : 0;
+    return static_cast<std::uint32_t>(risk) * headingsPerTier + inTier;
 }
 
 } // namespace
@@ -72,7 +71,7 @@ SweepState::SweepState(Executor& main, Executor& queue, const Texts& texts)
     : main_(main),
       queue_(queue),
       texts_(texts),
-      shown_(std::make_shared<const std::vector<SweepRow>>()),
+      shown_(std::make_shared<const Shown>()),
       shared_(std::make_shared<Shared>()) {}
 
 SweepState::~SweepState() {
@@ -114,31 +113,73 @@ void SweepState::setFilter(LeftoverFilter filter) {
     rebuild(false);
 }
 
+SweepState::Shown SweepState::shownOf(const LeftoverTree& tree) {
+    Shown shown;
+    shown.list = tree.list;
+    const auto most = static_cast<std::size_t>(tree.totalCount) + headings;
+    shown.rows.reserve(most);
+    shown.numbers.reserve(most);
+    const auto add = [&](SweepRow row, std::uint32_t number) {
+        shown.rows.push_back(std::move(row));
+        shown.numbers.push_back(number);
+    };
+    for (const auto& tier : tree.tiers) {
+        add({.risk = tier.risk, .count = static_cast<std::size_t>(tier.count), .size = tier.size},
+            headingNumber(tier.risk, std::nullopt));
+        for (const auto& group : tier.groups) {
+            add({.risk = tier.risk,
+                 .category = group.category,
+                 .count = group.rows.size(),
+                 .size = group.size},
+                headingNumber(tier.risk, group.category));
+            for (const auto& row : group.rows)
+                add({.risk = tier.risk, .category = group.category, .trace = row.trace},
+                    headings + row.number);
+        }
+    }
+    return shown;
+}
+
+/// Another filter or order of one list needs no comparison of identifiers, which lie all over the memory.
+std::vector<RowChange> SweepState::stepsBetween(const Shown& from, const Shown& to) {
+    if (from.list != to.list) return ObservableList<SweepRow>::stepsBetween(from.rows, to.rows);
+    constexpr auto nowhere = std::numeric_limits<std::uint32_t>::max();
+    std::vector<std::uint32_t> places(headings + (to.list ? to.list->traces().size() : 0), nowhere);
+    for (std::uint32_t row = 0; row < to.numbers.size(); ++row)
+        places[to.numbers[row]] = row;
+    std::vector<std::optional<std::size_t>> newPlaces;
+    newPlaces.reserve(from.numbers.size());
+    for (const auto number : from.numbers)
+        newPlaces.push_back(places[number] == nowhere ? std::nullopt
+                                                      : std::optional<std::size_t>(places[number]));
+    return rowChanges(newPlaces, to.rows.size());
+}
+
 SweepState::Built SweepState::build(Request request) {
     Built built;
     built.list = request.list
                      ? request.list
                      : std::make_shared<const LeftoverList>(std::move(request.traces), request.texts);
     built.snapshot = makeSnapshot(built.list, request.filter);
-    auto rows = rowsOf(built.snapshot.tree);
-    built.steps = ObservableList<SweepRow>::stepsBetween(*request.shown, rows);
-    built.rows = std::make_shared<const std::vector<SweepRow>>(std::move(rows));
+    built.shown = std::make_shared<const Shown>(shownOf(built.snapshot.tree));
+    built.steps = stepsBetween(*request.shown, *built.shown);
     return built;
 }
 
 /// What was shown goes with `built`.
 void SweepState::publish(Built& built) {
+    const auto change = list_ == built.list ? SweepChange::tree : SweepChange::finds;
     list_ = built.list;
-    rows.assign(*built.rows, built.steps);
-    std::swap(shown_, built.rows);
+    rows.assign(built.shown->rows, built.steps);
+    std::swap(shown_, built.shown);
     std::swap(snapshot_, built.snapshot);
-    changed.emit();
+    changed.emit(change);
 }
 
 void SweepState::rebuild(bool tracesChanged) {
     if (tracesChanged || (list_ && list_->language() != texts_.language())) list_ = nullptr;
     const auto number = ++shared_->newest;
-    Request request{list_, list_ ? SharedTraces() : traces_, filter_, texts_, shown_, snapshot_.tree.list};
+    Request request{list_, list_ ? SharedTraces() : traces_, filter_, texts_, shown_};
     queue_.post([this, number, main = &main_, queue = &queue_, shared = shared_,
                  request = std::move(request)]() mutable {
         if (shared->newest != number) return;

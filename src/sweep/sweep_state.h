@@ -37,6 +37,12 @@ struct SweepRow {
     friend bool operator==(const SweepRow&, const SweepRow&) = default;
 };
 
+/// What a change of `SweepState` is about.
+enum class SweepChange {
+    finds, ///< other finds, or their names in another language
+    tree,  ///< only what of them passes the filter
+};
+
 /// The running state of a sweep for orphans, as its screen shows it. Belongs to the main thread; the tree is
 /// built on a queue of its own, and only the newest one is published.
 class SweepState {
@@ -57,7 +63,7 @@ class SweepState {
     };
 
     /// Emitted whenever `snapshot` has changed.
-    Signal<> changed;
+    Signal<SweepChange> changed;
     /// The tree line by line, without what the user has to deal with by hand. Follows before `changed` is
     /// told; what its rows point at lives until the next `changed`.
     ObservableList<SweepRow> rows;
@@ -82,8 +88,11 @@ class SweepState {
 
   private:
     struct Shared;
+    struct Shown;
     struct Request;
     struct Built;
+    static Shown shownOf(const LeftoverTree& tree);
+    static std::vector<RowChange> stepsBetween(const Shown& from, const Shown& to);
     static Built build(Request request);
     void publish(Built& built);
     void replaceTraces(SharedTraces traces);
@@ -97,9 +106,9 @@ class SweepState {
     LeftoverFilter filter_;
     std::optional<Timestamp> startedAt_;
     Snapshot snapshot_;
-    std::shared_ptr<const std::vector<SweepRow>> shown_; ///< what `rows` hold
-    std::shared_ptr<const LeftoverList> list_;           ///< of `traces_`, once a rebuild made it
-    std::shared_ptr<Shared> shared_;                     ///< outlives this for rebuilds on their way
+    std::shared_ptr<const Shown> shown_;
+    std::shared_ptr<const LeftoverList> list_; ///< of `traces_`, once a rebuild made it
+    std::shared_ptr<Shared> shared_;           ///< outlives this for rebuilds on their way
 };
 
 } // namespace tidwen

@@ -2,29 +2,15 @@
 
 #include "base/executor.h"
 #include "base/log.h"
-#include "base/message.h"
 #include "base/observable.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
+#include "scan/permissions/full_disk_access.h"
 
 #include <functional>
 #include <memory>
-#include <optional>
-#include <string_view>
 
 namespace tidwen {
-
-/// Whether macOS lets this program read protected files, found by opening files that require Full Disk
-/// Access.
-struct FullDiskAccessProbe {
-    enum class Status { granted, denied, indeterminate };
-    static Status status(const FileSystem& files, const UserEnvironment& user);
-};
-std::string_view name(FullDiskAccessProbe::Status status);
-
-/// Why what moves items of the running Mac must not begin: without Full Disk Access not even the Trash can be
-/// opened, and a removal would end half-way. Nothing when it may. Opens files.
-std::optional<Message> whyNothingMoves(const FileSystem& files, const UserEnvironment& user);
 
 /// This program's own permissions. Main thread only; files are opened in the background.
 class PermissionsModel {

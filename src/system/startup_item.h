@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/path.h"
+#include "scan/matching/found_item.h"
 
 #include <cstdint>
 #include <optional>
@@ -11,12 +12,16 @@
 
 namespace tidwen {
 
+/// A property list in one of the launchd folders.
+struct StandaloneJobFile {
+    Path url;
+    std::optional<FoundItem> found = {}; ///< as listed
+    friend bool operator==(const StandaloneJobFile&, const StandaloneJobFile&) = default;
+};
+
 /// A launchd job that can start on its own, with its owner.
 struct StartupItem {
-    struct Plist { ///< a property list in one of the launchd folders
-        Path url;
-        friend bool operator==(const Plist&, const Plist&) = default;
-    };
+    using Plist = StandaloneJobFile;
     struct Embedded { ///< a property list inside an installed application
         Path bundle;
         std::string appName;

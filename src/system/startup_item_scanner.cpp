@@ -5,6 +5,8 @@
 #include "platform/budgeted_files.h"
 #include "platform/read_budget.h"
 #include "scan/applications/shared_names.h"
+#include "scan/matching/trace.h"
+#include "scan/policy/trace_category.h"
 
 #include <algorithm>
 #include <array>
@@ -212,11 +214,12 @@ Owner StartupItemScanner::attributeOwner(const std::string& label,
 /// One run; everything it reads and searches is charged to one budget.
 class StartupItemScanner::Run {
   public:
-    Run(const StartupItemScanner& scanner, const std::vector<InstalledApp>& apps)
+    Run(const StartupItemScanner& scanner, const Inventory& inventory)
         : scanner_(scanner),
           files_(scanner.files_),
-          bundles_(scanner.installed_.look(InstalledBundles::Reach::further)),
-          owners_(apps, files_.budget()),
+          apps_(inventory(files_)),
+          bundles_(scanner.installed_.look(InstalledBundles::Reach::further, {}, files_.budget())),
+          owners_(apps_, files_.budget()),
           seesAllOwners_(bundles_->coverage().uncounted.empty()) {
         // After the applications of the list all other bundles, each under both of its names.
         for (const auto& bundle : bundles_->bundles()) {
@@ -238,18 +241,20 @@ class StartupItemScanner::Run {
     void addFolder(const Directory& directory) {
         if (!files_.exists(directory.url)) return;
         const auto jobs = listLaunchItems(files_, directory.url, directory.isSystemDomain);
-        if (jobs.empty() && !files_.list(directory.url)) result_.unreadable.push_back(directory.url);
-        for (const auto& job : jobs)
-            result_.items.push_back(makeItem(job, StartupItem::Plist{job.plist}, attribute(job)));
+        const auto entries = files_.list(directory.url);
+        if (!entries && entries.error().fault != FileFault::exhausted)
+            result_.unreadable.push_back(directory.url);
+        for (const auto& job : jobs) {
+            StartupItem::Plist plist{job.plist};
+            if (const auto info = files_.info(job.plist))
+                plist.found = foundItem(*info, TraceCategory::launchItems);
+            result_.items.push_back(makeItem(job, std::move(plist), attribute(job)));
+        }
     }
 
-    void addEmbedded(const InstalledApp& app) {
-        const auto library = app.url / "Contents/Library";
-        for (const auto& [folder, isSystemDomain] :
-             {std::pair("LaunchAgents", false), std::pair("LaunchDaemons", true)})
-            for (const auto& job : listLaunchItems(files_, library / folder, isSystemDomain))
-                result_.items.push_back(makeItem(job, StartupItem::Embedded{app.url, app.name},
-                                                 {Owner::Kind::installed, app.name, app.bundleID, {}}));
+    void addEmbedded() {
+        for (const auto& app : apps_)
+            addEmbedded(app);
     }
 
     StartupScanResult take(const std::string& locale) {
@@ -259,6 +264,15 @@ class StartupItemScanner::Run {
     }
 
   private:
+    void addEmbedded(const InstalledApp& app) {
+        const auto library = app.url / "Contents/Library";
+        for (const auto& [folder, isSystemDomain] :
+             {std::pair("LaunchAgents", false), std::pair("LaunchDaemons", true)})
+            for (const auto& job : listLaunchItems(files_, library / folder, isSystemDomain))
+                result_.items.push_back(makeItem(job, StartupItem::Embedded{app.url, app.name},
+                                                 {Owner::Kind::installed, app.name, app.bundleID, {}}));
+    }
+
     Owner attribute(const LaunchItem& job) {
         const auto& budget = files_.budget();
         if (budget.isExhausted()) return budget.leaveOut(), Owner{Owner::Kind::unknown, {}, {}, {}};
@@ -272,6 +286,7 @@ class StartupItemScanner::Run {
 
     const StartupItemScanner& scanner_;
     const BudgetedFiles files_;
+    const std::vector<InstalledApp> apps_;
     std::shared_ptr<const BundleSnapshot> bundles_;
     Owners owners_;
     bool seesAllOwners_;
@@ -279,15 +294,13 @@ class StartupItemScanner::Run {
     StartupScanResult result_;
 };
 
-StartupScanResult StartupItemScanner::scan(const std::vector<InstalledApp>& apps,
-                                           const std::string& locale) const {
-    Run run(*this, apps);
+StartupScanResult StartupItemScanner::scan(const Inventory& inventory, const std::string& locale) const {
+    Run run(*this, inventory);
     for (const auto& folder : {Path("/Applications"), user_.home / "Applications"})
         run.addUnreadableApplications(folder);
     for (const auto& directory : directories(user_))
         run.addFolder(directory);
-    for (const auto& app : apps)
-        run.addEmbedded(app);
+    run.addEmbedded();
     return run.take(locale);
 }
 

@@ -35,10 +35,13 @@ class StartupItemScanner {
           installed_(installed),
           isRegistered_(std::move(isRegistered)) {}
 
-    /// `apps`: the inventory, whose embedded jobs are listed. Other bundles may own jobs, too. Limited by a
-    /// budget; when not all owners could be examined, no job is reported as `missing` its application.
+    /// Lists the installed applications, reading only through these files.
+    using Inventory = std::function<std::vector<InstalledApp>(const FileSystem& files)>;
+
+    /// The embedded jobs of the inventory are listed; other bundles may own jobs, too. One budget limits all
+    /// that is read; when not all owners could be examined, no job is reported as `missing` its application.
     /// `locale` orders the labels.
-    StartupScanResult scan(const std::vector<InstalledApp>& apps, const std::string& locale = "en") const;
+    StartupScanResult scan(const Inventory& inventory, const std::string& locale = "en") const;
 
     StartupItem::Owner attributeOwner(const std::string& label, const std::optional<std::string>& programPath,
                                       const std::vector<InstalledApp>& apps) const;

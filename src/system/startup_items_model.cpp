@@ -3,7 +3,7 @@
 #include "base/background_step.h"
 #include "base/path.h"
 #include "base/text.h"
-#include "platform/property_list_file.h"
+#include "scan/applications/launch_item.h"
 #include "scan/policy/trace_category.h"
 #include "system/startup_item.h"
 
@@ -18,13 +18,6 @@ namespace tidwen {
 namespace {
 
 using OwnerKind = StartupItem::Owner::Kind;
-
-bool declaresDisabled(const FileSystem& files, const Path& plist) {
-    const auto list = readPropertyList(files, plist);
-    const auto* value = list ? list->find("Disabled") : nullptr;
-    const auto* flag = value ? std::get_if<bool>(&value->storage()) : nullptr;
-    return flag && *flag;
-}
 
 template<class T>
 std::set<T> with(std::set<T> values, const T& value) {
@@ -72,14 +65,17 @@ std::set<std::string> disabledItems(const std::vector<StartupItem>& items, const
 }
 
 std::optional<Trace> startupTrace(const StartupItem& item) {
-    const auto* plist = item.plist();
-    if (!plist) return std::nullopt;
+    const auto* source = std::get_if<StartupItem::Plist>(&item.source);
+    if (!source) return std::nullopt;
+    const auto& plist = source->url;
     // The machine's own agents are in a folder that only an administrator may change.
-    const bool requiresRoot = plist->isWithin(Path("/Library"));
-    return makeTrace(TraceCategory::launchItems,
-                     action::BootoutAndMove{item.label, *plist, item.isSystemDomain},
-                     {MatchReason::Kind::exactBundleID, item.label}, Reversibility::reversible,
-                     plist->string(), std::nullopt, requiresRoot);
+    const bool requiresRoot = plist.isWithin(Path("/Library"));
+    auto trace =
+        makeTrace(TraceCategory::launchItems, action::BootoutAndMove{item.label, plist, item.isSystemDomain},
+                  {MatchReason::Kind::exactBundleID, item.label}, Reversibility::reversible, plist.string(),
+                  std::nullopt, requiresRoot);
+    trace.found = source->found;
+    return trace;
 }
 
 StartupItemsModel::StartupItemsModel(Ports ports, Inventory inventory)
@@ -92,7 +88,7 @@ StartupItemsModel::~StartupItemsModel() = default;
 void StartupItemsModel::follow() {
     for (auto* ids : {&selection, &disabled, &switching})
         following_.push_back(ids->observe([this](const auto&) { show(); }));
-    following_.push_back(ports_.protectedApps.changed.connect([this] {
+    following_.push_back(ports_.protectedApps.changed.connect([this](const auto&) {
         dropUnselectable();
         show();
     }));
@@ -105,7 +101,7 @@ void StartupItemsModel::load(std::function<void()> done) {
     inBackground(
         *this, alive_, ports_.background, ports_.main,
         [&scanner = ports_.scanner, inventory = inventory_, locale = ports_.texts.language()] {
-            return scanner.scan(inventory(), locale);
+            return scanner.scan(inventory, locale);
         },
         [](StartupItemsModel& self, StartupScanResult scanned) {
             self.result.set(std::move(scanned));

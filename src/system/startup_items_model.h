@@ -61,9 +61,8 @@ class StartupItemsModel {
         Executor& background;
         Log& log;
     };
-    /// Returns the installed applications; called in the background.
-    using Inventory = std::function<std::vector<InstalledApp>()>;
-
+    /// `inventory` is called in the background.
+    using Inventory = StartupItemScanner::Inventory;
     StartupItemsModel(Ports ports, Inventory inventory);
     ~StartupItemsModel();
     StartupItemsModel(const StartupItemsModel&) = delete;

@@ -154,10 +154,7 @@ bool isReached(const FileSystem& files, const Path& home) {
            && folded(real->string()) == folded(home.string());
 }
 
-bool isHome(const FileSystem& files, const std::vector<Account>& accounts, const Path& folder) {
-    const auto parts = folder.components();
-    if (std::find(parts.begin(), parts.end(), "..") != parts.end()) return false;
-    const auto home = folder.standardized();
+bool isHome(const FileSystem& files, const std::vector<Account>& accounts, const Path& home) {
     const bool isInUsers =
         lowercased(home.parent().string()) == "/users" && lowercased(home.lastComponent()) != "shared";
     return isReached(files, home) && (isInUsers || isNamedByAccount(accounts, home));
@@ -176,12 +173,14 @@ tl::expected<UserEnvironment, VolumeUserError> findVolumeUser(const FileSystem& 
     const auto& chosen = candidates.front();
     const auto info = files.infoFollowingLinks(chosen);
     if (!chosen.isAbsolute()) return tl::unexpected(VolumeUserError{Kind::notAPath, {}, chosen});
+    const auto parts = home.value_or(chosen).components();
+    if (std::ranges::find(parts, "..") != parts.end())
+        return tl::unexpected(VolumeUserError{Kind::indirect, {}, *home});
     if (isLink(files, chosen)) return tl::unexpected(VolumeUserError{Kind::linked, {}, chosen});
     if (!info || info->kind != FileKind::directory)
         return tl::unexpected(VolumeUserError{Kind::notAFolder, {}, chosen});
     const auto accounts = readAccounts(files);
-    if (!isHome(files, accounts, home.value_or(chosen)))
-        return tl::unexpected(VolumeUserError{Kind::notAHome, {}, chosen});
+    if (!isHome(files, accounts, chosen)) return tl::unexpected(VolumeUserError{Kind::notAHome, {}, chosen});
     UserEnvironment user{.home = chosen,
                          .userID = info->ownerID,
                          .cacheFolder = {},

@@ -20,6 +20,7 @@ struct VolumeUserError {
         notAFolder,
         notAPath, ///< a name alone
         linked,
+        indirect, ///< with ".." in its path
         notAHome
     };
     Kind kind = Kind::noHome;

@@ -1,5 +1,4 @@
 #include "base/property_list.h"
-#include "cli/arguments.h"
 
 #include "samples.h"
 

@@ -1,6 +1,5 @@
 #include "samples.h"
 #include "base/property_list.h"
-#include "cli/json/records.h"
 
 #include <cstdint>
 #include <string>

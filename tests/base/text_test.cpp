@@ -81,13 +81,16 @@ TEST(Text, EscapesWhatATerminalObeysAndAReaderDoesNotSee) {
     const std::pair<const char*, std::string> escaped[] = {
         {"\x1b", "1b"},     {"\x7f", "7f"},     {"\xc2\x80", "80"}, {"\xc2\x9b", "9b"}, {"\xc2\x9f", "9f"},
         {"\u061c", "61c"},  {"\u200e", "200e"}, {"\u200f", "200f"}, {"\u2028", "2028"}, {"\u2029", "2029"},
-        {"\u202a", "202a"}, {"\u202e", "202e"}, {"\u2066", "2066"}, {"\u2069", "2069"}, {"\ufeff", "feff"}};
+        {"\u202a", "202a"}, {"\u202e", "202e"}, {"\u2066", "2066"}, {"\u2069", "2069"}, {"\ufeff", "feff"},
+        {"\u00ad", "ad"},   {"\u200b", "200b"}, {"\u200d", "200d"}, {"\u2060", "2060"}, {"\u3164", "3164"}};
     for (const auto& [text, number] : escaped) {
         EXPECT_EQ(printable(std::string("a") + text), "a\\u{" + number + "}");
         EXPECT_EQ(printable(text, EscapeForm::json), "\\u" + std::string(4 - number.size(), '0') + number);
     }
-    for (const auto* text : {"plain", "\u00A0\u00E9\u65E5\u200D\U0001F600"})
+    for (const auto* text : {"plain", "\u00A0\u00E9\u65E5\U0001F600"})
         EXPECT_EQ(printable(text), text);
+    EXPECT_EQ(printable("\U000E0041"), "\\u{e0041}");
+    EXPECT_EQ(printable("\U000E0041", EscapeForm::json), "\\udb40\\udc41");
     EXPECT_EQ(printable("a\n\xFF"), "a\\n\uFFFD");
 }
 

@@ -288,5 +288,50 @@ TEST(Words, AreFilledInWithEveryArgument) {
     }
 }
 
+/// What stands between two quotation marks of one line in the sources.
+std::set<std::string> quotedIn(const fs::path& sources) {
+    std::set<std::string> quoted;
+    for (const auto& file : fs::recursive_directory_iterator(sources)) {
+        if (!file.is_regular_file()) continue;
+        std::ifstream stream(file.path());
+        for (std::string line; std::getline(stream, line);)
+            for (auto from = line.find('"'), to = from; from != line.npos; from = to) {
+                to = line.find('"', from + 1);
+                if (to != line.npos) quoted.insert(line.substr(from + 1, to - from - 1));
+            }
+    }
+    return quoted;
+}
+
+TEST(Words, AreAllShownByTheProgram) {
+    const auto quoted = quotedIn(fs::path(TIDWEN_RESOURCES).parent_path() / "src");
+    // Keys that end with the name of a value; those of macOS are read by the build of the bundle.
+    const auto prefixes = {"category.",
+                           "cli.fullDisk.",
+                           "cli.item.",
+                           "cli.permission.",
+                           "cli.startup.state.",
+                           "cli.step.",
+                           "home.band.",
+                           "history.unfinished.",
+                           "home.category.",
+                           "orphans.risk.",
+                           "reason.",
+                           "permission.",
+                           "review.details.undo.",
+                           "review.risk.",
+                           "risk.",
+                           "macos.usage."};
+    const std::string_view hint = ".hint";
+    for (const std::string prefix : prefixes)
+        EXPECT_TRUE(quoted.contains(prefix) || prefix == "macos.usage.") << prefix << " is of no use";
+    for (const auto& [key, entry] : wordsIn(fs::path(TIDWEN_RESOURCES) / "en.lproj")) {
+        const bool isHint = key.ends_with(hint) && quoted.contains(key.substr(0, key.size() - hint.size()));
+        const bool isMade = std::ranges::any_of(
+            prefixes, [&key = key](std::string_view prefix) { return key.starts_with(prefix); });
+        EXPECT_TRUE(quoted.contains(key) || isHint || isMade) << key << " is shown nowhere";
+    }
+}
+
 } // namespace
 } // namespace tidwen

@@ -106,6 +106,7 @@ TEST(Arguments, EndsEarlyWithTheRightStatus) {
         {{"apps", "--volume"}, 2, "needsValue --volume"},
         {{"--dry-run", "remove", "X"}, 2, "behindCommand --dry-run"},
         {{"--", "apps"}, 2, "cli.usage.noCommand"},
+        {{"--json", "--volume", "apps"}, 2, "commandIsValue --volume apps"},
         {{"remove"}, 2, "usage tidwen remove [OPTION...] APP...\ncli.help.try tidwen help remove"},
         {{"help"}, 0, "remove APP..."},
         {{"help", "remove"}, 0, "--dry-run"},

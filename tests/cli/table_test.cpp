@@ -74,11 +74,19 @@ TEST(LineLayout, BreaksBetweenWordsAndCutsWhatIsTooLong) {
     EXPECT_EQ(laidOut({{"  one two three"}, {"  four", Style::faint}}, 20), "  one two three|     four|");
     EXPECT_EQ(laidOut({{"[x]"}, {"  "}, {"/a b/c d"}, {"  why it is so"}}, 20),
               "[x]  /a b/c d  why|    it is so|");
+    EXPECT_EQ(laidOut({{"move"}, {"  /a b/cc.plist -> 0001/"}}, 20), "move  /a b/cc.plist|    -> 0001/|");
     EXPECT_EQ(laidOut({{"  [x]"}, {"  /Library/Application Support/Corvella"}}, 20),
               "  [x]|     /Librar…orvella|");
     EXPECT_EQ(wrappedText("tidwen: /a: one two\nUsage", 12), "tidwen: /a:\n one two\nUsage");
     EXPECT_EQ(wrappedText("x /Users/alice/\u5199\u4f5c.app y", 12),
               "x\n /Users/alic\n e/\u5199\u4f5c.app\n y");
+    const std::string row = "  add     one two \u5199\u4f5c\u5199\u4f5c\n  remove  two\n";
+    EXPECT_EQ(wrappedText(row, 20),
+              "  add     one two \u5199\n          \u4f5c\u5199\u4f5c\n  remove  two\n");
+    EXPECT_EQ(wrappedText(row, 18), "  add\n    one two \u5199\u4f5c\u5199\n    \u4f5c\n  remove\n    two\n");
+    const std::string command = "tidwen --volume /a/long/place scan Kip";
+    EXPECT_EQ(withCommand("To see it now: " + command, command, 12), "To see it\n now:\n  " + command);
+    EXPECT_EQ(withCommand("Next: " + command, command, 80), "Next: " + command);
     EXPECT_EQ(cutInMiddle("\u5199\u4f5c\u5199\u4f5c", 5), "\u5199…\u4f5c");
     EXPECT_EQ(laidOut({}, 20), "|");
     EXPECT_EQ(
@@ -89,10 +97,11 @@ TEST(LineLayout, BreaksBetweenWordsAndCutsWhatIsTooLong) {
 }
 
 TEST(Suggestion, IsTheWordThatComesClosest) {
-    const std::vector<std::string> known = {"scan", "sample", "startup", "history"};
+    const std::vector<std::string> known = {"scan", "sample", "startup", "history", "pt-BR"};
     for (const auto& [word, meant] :
          std::vector<std::pair<std::string, std::optional<std::string>>>{{"scna", "scan"},
                                                                          {"SCAN", "scan"},
+                                                                         {"PT", "pt-BR"},
                                                                          {"histroy", "history"},
                                                                          {"hstory", "history"},
                                                                          {"fly", {}},

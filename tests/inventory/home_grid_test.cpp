@@ -16,7 +16,7 @@
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/memory_defaults.h"
-#include "volume/volume_sources.h"
+#include "support/stand_ins.h"
 
 #include <chrono>
 #include <cstdint>
@@ -137,7 +137,7 @@ TEST(AppInventory, StreamsInOrderAndMeasuresAgainOnlyWhatChanged) {
     volume.write("/Library/LaunchDaemons/d.plist",
                  writeXmlPropertyList(PropertyListDictionary{{"Label", "com.example.anchor.daemon"}}));
     const FileCodeSignatures signatures(volume.files());
-    const VolumeRunningApplications running;
+    const test::FakeApplications running;
     AppInventory inventory({volume.files(), signatures, running}, test::alice());
 
     std::vector<std::string> streamed;

@@ -1,4 +1,5 @@
 #include "base/path.h"
+#include "inventory/app_inventory.h"
 #include "inventory/installed_applications.h"
 #include "platform/code_signatures.h"
 #include "scan/applications/installed_app.h"
@@ -8,6 +9,7 @@
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/unprivileged.h"
+#include "volume/volume_sources.h"
 
 #include <filesystem>
 #include <string>
@@ -47,6 +49,7 @@ class Inventory : public testing::Test {
 
     test::TemporaryVolume volume;
     const NoSignatures signatures;
+    const VolumeRunningApplications running;
 };
 
 TEST_F(Inventory, ListsBundlesButNothingInsideThem) {
@@ -68,10 +71,19 @@ TEST_F(Inventory, NamesTheFoldersThatItMayNotLookInto) {
     test::giveToUnprivileged(volume.hostRoot());
     test::asUnprivileged([&] {
         std::filesystem::permissions(volume.host("/Applications/Maker"), std::filesystem::perms::none);
-        std::vector<Path> unreadable;
-        findApplicationBundles(volume.files(), test::alice(), &unreadable);
-        EXPECT_THAT(unreadable, ElementsAre(Path("/Applications/Maker")));
+        MissedApplications missed;
+        findApplicationBundles(volume.files(), test::alice(), &missed);
+        EXPECT_THAT(missed.unreadable, ElementsAre(Path("/Applications/Maker")));
+        EXPECT_EQ(missed.leftOut, 0u);
     });
+}
+
+TEST_F(Inventory, CountsTheApplicationsBeyondItsLimit) {
+    for (int i = 0; i < 5'000; ++i)
+        std::filesystem::create_directory(volume.host("/Applications/Bulk " + std::to_string(i) + ".app"));
+    AppInventory list({volume.files(), signatures, running}, test::alice());
+    list.build();
+    EXPECT_EQ(list.leftOut(), 6u);
 }
 
 } // namespace

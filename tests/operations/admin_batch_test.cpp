@@ -2,8 +2,8 @@
 #include "base/path.h"
 #include "operations/admin_batch.h"
 #include "operations/privileged_runner.h"
+#include "operations/recording_runner.h"
 #include "operations/removal_operation.h"
-#include "support/recording_runner.h"
 #include "support/temporary_folder.h"
 #include "support/trees.h"
 

@@ -1,14 +1,17 @@
 #include "base/path.h"
 #include "operations/screened_move.h"
 #include "platform/file_system.h"
+#include "scan/matching/found_item.h"
 #include "scan/policy/path_policy.h"
 #include "support/fixtures.h"
 #include "support/trees.h"
 #include "support/unprivileged.h"
 
 #include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
 #include <string>
+#include <unistd.h>
 #include <utility>
 
 namespace tidwen {
@@ -58,12 +61,48 @@ TEST_F(ScreenedMoveTest, AMoveThatCannotBeDoneLeavesBothItems) {
     EXPECT_FALSE(volume.exists(quarantine + "/0003")) << "an empty folder counts as quarantined";
 }
 
+TEST_F(ScreenedMoveTest, MovesNothingElseThanWhatWasFound) {
+    using enum FoundItem::Part;
+    const auto write = [&](const std::string& content) { volume.write(caches + "a", content); };
+    const auto renew = [&] {
+        volume.write(caches + "new", "old");
+        std::filesystem::rename(volume.host(caches + "new"), volume.host(caches + "a"));
+    };
+    const struct {
+        FoundItem::Part part;
+        std::function<void()> change;
+        const char* result;
+    } cases[] = {{content, [] {}, "moved"},
+                 {content, [&] { write("longer"); }, changedSinceKey},
+                 {content, [&] { write("new"); }, changedSinceKey},
+                 {item, [&] { write("longer"); }, "moved"},
+                 {item, renew, changedSinceKey},
+                 {kind, renew, "moved"}};
+    int number = 0;
+    for (const auto& each : cases) {
+        write("old");
+        const FoundItem found(*volume.files().info(Path(caches + "a")), each.part);
+        each.change();
+        const auto reason =
+            screenedMove({Path(caches + "a"), Path(quarantine) / std::to_string(++number) / "a", found},
+                         volume.files(), policy, log);
+        EXPECT_EQ(reason ? reason->key : "moved", each.result) << number;
+    }
+}
+
 TEST_F(ScreenedMoveTest, SaysWhoseItIsThatMayNotBeMoved) {
     volume.write(caches + "shut/a", "x");
     test::giveToUnprivileged(volume.hostRoot());
     std::filesystem::permissions(volume.host(caches + "shut"), std::filesystem::perms(0555));
     test::asUnprivileged(
         [&] { EXPECT_EQ(move(caches + "shut/a", quarantine + "/0001/a"), "failure.notYours"); });
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can give a folder to another account";
+    volume.write(quarantine + "/0002/b", "x");
+    volume.makeFolder("/Library/Caches");
+    test::giveToUnprivileged(volume.hostRoot());
+    ASSERT_EQ(::chown(volume.host("/Library/Caches").c_str(), 0, 0), 0);
+    test::asUnprivileged(
+        [&] { EXPECT_EQ(move(quarantine + "/0002/b", "/Library/Caches/b"), "failure.oldFolderNotYours"); });
 }
 
 TEST_F(ScreenedMoveTest, FollowsHarmlessLinksAndNoOthers) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/path.h"
-#include "cli/json/sweep.h"
 #include "platform/file_system.h"
 #include "posix/file_system_contract.h"
 

@@ -81,7 +81,7 @@ TEST_F(PosixProcessRunnerTest, AToolThatCannotStartIsALaunchFailure) {
         ASSERT_FALSE(result) << executable;
         const auto message = describe(result.error());
         EXPECT_EQ(message.key, "failure.launchFailed %@");
-        EXPECT_FALSE(message.arguments.at(0).empty());
+        EXPECT_NE(message.arguments.at(0), MessageArgument(""));
     }
 }
 

@@ -1,3 +1,4 @@
+#include "operations/recording_runner.h"
 #include "quarantine/entries.h"
 #include "quarantine/history.h"
 #include "quarantine/manifest.h"
@@ -7,7 +8,6 @@
 #include "quarantine/unfinished_run.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
-#include "support/recording_runner.h"
 #include "support/small_disk.h"
 #include "support/stand_ins.h"
 #include "support/unprivileged.h"

@@ -1,18 +1,24 @@
+#include "base/message.h"
 #include "base/path.h"
 #include "base/step_progress.h"
 #include "base/stop_token.h"
 #include "base/texts.h"
 #include "base/timestamp.h"
 #include "operations/administrator_prompt.h"
+#include "operations/recording_runner.h"
 #include "platform/file_system.h"
 #include "platform/process_runner.h"
 #include "platform/user_environment.h"
 #include "posix/tree_ownership.h"
 #include "quarantine/entries.h"
+#include "quarantine/history.h"
 #include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/quarantine_purge.h"
+#include "quarantine/run_items.h"
+#include "quarantine/undo_service.h"
 #include "support/fixtures.h"
+#include "support/stand_ins.h"
 #include "support/watched_files.h"
 
 #include <chrono>
@@ -56,6 +62,8 @@ class Purge : public testing::Test {
     TemporaryVolume volume;
     UserEnvironment user = alice();
     RecordingLog log;
+    Texts texts;
+    FixedClock clock;
     std::vector<std::string> scripts;
 };
 
@@ -136,6 +144,40 @@ TEST_F(Purge, LinksThatAppearLeadNowhere) {
     EXPECT_TRUE(volume.exists("/Users/alice/Documents/letter.txt"));
     EXPECT_EQ(volume.files().list(Path("/Users/alice/aside"))->size(), 2u) << "the item and the manifest";
     EXPECT_TRUE(volume.exists("/Users/alice/elsewhere/Tidwen - Beside/0001/Notes"));
+}
+
+TEST_F(Purge, CutOffItLeavesNothingThatCountsAsWhole) {
+    class Failing : public WatchedFiles {
+      public:
+        using WatchedFiles::WatchedFiles;
+        FileResult<void> removeTree(const Path& path) override {
+            if (path.lastComponent().find("0001") == std::string::npos) return WatchedFiles::removeTree(path);
+            (void)WatchedFiles::removeTree(path / "Notes/a");
+            return tl::unexpected(FileError{.fault = FileFault::busy, .path = path});
+        }
+    };
+    const auto root = user.trash() / "Tidwen - Notes";
+    const auto gutted = moveEntry(1, root, "/Users/alice/Notes"),
+               whole = moveEntry(2, root, "/Users/alice/b");
+    const Manifest manifest{.createdAt = runDate, .quarantineRoot = root, .entries = {gutted, whole}};
+    for (const auto* name : {"a", "b"})
+        volume.write(*gutted.destination + "/" + name, "notes");
+    volume.write(*whole.destination, "b");
+    ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
+    Failing files(volume.files());
+    EXPECT_EQ(QuarantinePurge(files, user, {}, log).purge({root})->kept, std::vector{root});
+    volume.write(*whole.destination, "as if the purge had been killed before");
+    const auto entry = readHistoryEntry(root, volume.files());
+    ASSERT_TRUE(entry);
+    EXPECT_TRUE(entry->isPartlyPurged);
+    EXPECT_EQ(entry->pendingItems, ItemChoice{whole.source});
+    RecordingRunner administrator, session;
+    UndoService::Ports ports{volume.files(), administrator, session, log, clock};
+    const auto report = UndoService(ports, user).undoRun(root);
+    EXPECT_EQ(report->failures, (std::vector<Problem>{{gutted.source, Message{"failure.partlyPurged"}}}));
+    EXPECT_TRUE(volume.exists(whole.source) && !volume.exists(gutted.source));
+    EXPECT_EQ(purger().purge({root})->removedFolders, 1);
+    EXPECT_FALSE(volume.exists(root.string()));
 }
 
 TEST_F(Purge, KeepsTheRunsBeforeWhichItIsToldToStop) {

@@ -2,10 +2,10 @@
 
 #include "base/path.h"
 #include "base/texts.h"
+#include "operations/recording_runner.h"
 #include "quarantine/manifest.h"
 #include "quarantine/recovery.h"
 #include "support/fixtures.h"
-#include "support/recording_runner.h"
 #include "support/stand_ins.h"
 
 #include <filesystem>

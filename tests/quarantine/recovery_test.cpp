@@ -2,6 +2,7 @@
 #include "base/path.h"
 #include "base/step_progress.h"
 #include "base/stop_token.h"
+#include "operations/recording_runner.h"
 #include "quarantine/entries.h"
 #include "quarantine/history.h"
 #include "quarantine/manifest.h"
@@ -12,7 +13,6 @@
 #include "quarantine/unfinished_run.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
-#include "support/recording_runner.h"
 #include "support/small_disk.h"
 #include "support/stand_ins.h"
 #include "support/unprivileged.h"
@@ -270,6 +270,18 @@ TEST_F(Recovery, NamesItemsThatAreNowhere) {
     fs::remove(volume.host(taken));
     volume.write(*journal.planned[0].destination, "");
     EXPECT_EQ(entry().pendingMoves, 2) << "somebody brought it back into quarantine";
+}
+
+TEST_F(Recovery, NamesACopyThatStaysEachTimeAndRemovesThatOfADatabase) {
+    const auto copy = root / "0001/.tidwen-copy-a";
+    const std::string database = "/Library/Application Support/com.apple.TCC/.tidwen-new-TCC.db";
+    ASSERT_TRUE(writeManifest({.createdAt = runDate, .quarantineRoot = root}, root / manifestFileName,
+                              volume.files()));
+    volume.write(copy.string(), "whole");
+    volume.write(database, "rows");
+    for (int start = 0; start < 2; ++start)
+        EXPECT_EQ(recoverAll().strayCopies, std::vector{copy});
+    EXPECT_FALSE(volume.exists(database));
 }
 
 TEST_F(Recovery, LeavesTheFoldersBeforeWhichItIsToldToStop) {

@@ -1,10 +1,10 @@
 #include "base/path.h"
+#include "operations/recording_runner.h"
 #include "quarantine/entries.h"
 #include "quarantine/manifest.h"
 #include "quarantine/run_items.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
-#include "support/recording_runner.h"
 #include "support/stand_ins.h"
 #include "support/unprivileged.h"
 

@@ -2,11 +2,14 @@
 #include "base/numbered_name.h"
 #include "base/path.h"
 #include "base/problem.h"
+#include "base/property_list.h"
 #include "base/step_progress.h"
 #include "base/stop_token.h"
 #include "base/texts.h"
 #include "base/uuid.h"
+#include "operations/recording_runner.h"
 #include "operations/removal_operation.h"
+#include "platform/launchd.h"
 #include "quarantine/entries.h"
 #include "quarantine/history.h"
 #include "quarantine/manifest.h"
@@ -17,7 +20,6 @@
 #include "quarantine/undo_service.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
-#include "support/recording_runner.h"
 #include "support/stand_ins.h"
 #include "support/unprivileged.h"
 #include "volume/volume_runner.h"
@@ -27,6 +29,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <tl/expected.hpp>
 #include <utility>
 #include <vector>
 
@@ -56,8 +59,7 @@ class Undo : public testing::Test {
 
     UndoReport undo(std::vector<ManifestEntry> added = {}) {
         manifest.entries.insert(manifest.entries.end(), added.begin(), added.end());
-        return UndoService({volume.files(), administrator, session, texts, log, clock}, alice())
-            .undo(manifest);
+        return UndoService({volume.files(), administrator, session, log, clock}, alice()).undo(manifest);
     }
 
     Path root = alice().trash() / "Tidwen - Notes";
@@ -106,7 +108,7 @@ TEST_F(Undo, WhatItLeavesWhenItIsToldToStopComesBackLater) {
     quarantined(2, "/Users/alice/Library/Caches/second");
     quarantined(3, "/Library/Caches/third", true);
     StopSource stop;
-    auto service = UndoService({volume.files(), administrator, session, texts, log, clock}, alice());
+    auto service = UndoService({volume.files(), administrator, session, log, clock}, alice());
     const auto report = service.undo(manifest, {}, {stop.token(), [&](const StepProgress& step) {
                                                         EXPECT_EQ(step.total, 3u);
                                                         stop.requestStop();
@@ -124,11 +126,39 @@ TEST_F(Undo, NoJobIsLeftToLoadWhereNoneRuns) {
     quarantined(1, agent);
     manifest.entries.push_back(bootoutEntry(2, "agent", false, agent));
     StopSource stop;
-    UndoService service({volume.files(), administrator, session, texts, log, clock, false}, alice());
+    UndoService service({volume.files(), administrator, session, log, clock, false}, alice());
     const auto report =
         service.undo(manifest, {}, {stop.token(), [&](const StepProgress&) { stop.requestStop(); }});
     EXPECT_EQ(report, (UndoReport{.restoredCount = 1, .totalCount = 1, .failures = {}, .relaunchedJobs = 1}));
     EXPECT_THAT(session.batches, IsEmpty());
+}
+
+TEST_F(Undo, CountsTheJobsThatStartAgain) {
+    struct Switches : Launchd {
+        std::map<std::string, bool> disabledOverrides(bool) const override {
+            return {{"off", true}, {"on again", false}};
+        }
+        tl::expected<void, LaunchdError> setEnabled(bool, const std::string&, const Path&, bool) override {
+            return {};
+        }
+    } launchd;
+    const std::string agents = "/Users/alice/Library/LaunchAgents/";
+    const std::string disabled = writeXmlPropertyList(PropertyListDictionary{{"Disabled", true}});
+    int number = 0;
+    std::vector<ManifestEntry> jobs;
+    for (const std::string job : {"alone", "on", "off", "on again", "disabled", "displaced"}) {
+        quarantined(++number, agents + job + ".plist");
+        if (job == "on again" || job == "disabled")
+            volume.write(*manifest.entries.back().destination, disabled);
+        jobs.push_back(bootoutEntry(100 + number, job, false, agents + job + ".plist"));
+    }
+    manifest.entries.insert(manifest.entries.end(), jobs.begin(), jobs.end());
+    ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
+    volume.write(agents + "displaced.plist", "another's");
+    UndoService service({volume.files(), administrator, session, log, clock, false, &launchd}, alice());
+    EXPECT_EQ(service.undoRun(root, {agents + "alone.plist"})->relaunchedJobs, 1);
+    EXPECT_THAT(service.planRun(root)->jobs, ElementsAre("on", "on again"));
+    EXPECT_EQ(service.undoRun(root)->relaunchedJobs, 2);
 }
 
 TEST_F(Undo, ReportsEveryStepThatFailsAndGoesOn) {
@@ -154,7 +184,7 @@ TEST_F(Undo, OfWhatIsBackAlreadyFailsNothing) {
     ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
     session.answer = [](const auto&) { return Message{"failure.launchctlExit %lld", {"5"}}; };
     const auto service = [&](bool runsJobs) {
-        return UndoService({volume.files(), administrator, session, texts, log, clock, runsJobs}, alice());
+        return UndoService({volume.files(), administrator, session, log, clock, runsJobs}, alice());
     };
     const auto run = [&](bool runsJobs) { return service(runsJobs).undoRun(root); };
     manifest.entries.push_back(bootoutEntry(3, "agent", false, agent));
@@ -179,7 +209,7 @@ TEST_F(Undo, TakesTheJournalOfARunThatHasNoManifest) {
     volume.write("/Users/alice/Library/Caches/not yet", "");
     const RemovalJournal journal{.createdAt = runDate, .quarantineRoot = root, .planned = manifest.entries};
     ASSERT_TRUE(writeJournal(journal, root / journalFileName, volume.files()));
-    UndoService service({volume.files(), administrator, session, texts, log, clock}, alice());
+    UndoService service({volume.files(), administrator, session, log, clock}, alice());
     const auto report = service.undoRun(root);
     ASSERT_TRUE(report);
     EXPECT_EQ(*report, (UndoReport{.restoredCount = 1, .totalCount = 1, .failures = {}}));
@@ -215,7 +245,7 @@ TEST_F(Undo, AJobIsLoadedThoughItsFileWasLostForAWhile) {
     const std::vector planned = {bootoutEntry(1, "agent", false, agent),
                                  bootoutEntry(2, "daemon", true, daemon), moveEntry(3, root, agent),
                                  moveEntry(4, root, daemon, true)};
-    UndoService service({volume.files(), administrator, session, texts, log, clock}, alice());
+    UndoService service({volume.files(), administrator, session, log, clock}, alice());
     for (const bool recoversFirst : {true, false}) {
         ASSERT_TRUE(writeJournal({.createdAt = runDate, .quarantineRoot = root, .planned = planned},
                                  root / journalFileName, volume.files()));
@@ -245,7 +275,7 @@ TEST_F(Undo, FindsWhatAnotherDiskSpelledOtherwise) {
         volume.write((root / name).string(), "which");
     ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
     const auto report =
-        UndoService({volume.files(), administrator, session, texts, log, clock}, alice()).undoRun(root);
+        UndoService({volume.files(), administrator, session, log, clock}, alice()).undoRun(root);
     ASSERT_TRUE(report);
     EXPECT_EQ(volume.read("/Library/Caches/Caf\u00e9"), "one");
     EXPECT_THAT(lines(report->failures), ElementsAre("/Library/Caches/Kip: failure.severalInQuarantine"));
@@ -308,19 +338,22 @@ TEST_F(Undo, PutsNoRestOfAnEarlierOneBack) {
                 volume.write(file, std::string(3, letter));
                 std::filesystem::last_write_time(volume.host(file), std::filesystem::file_time_type());
             }
-        UndoService service({volume.files(), administrator, session, texts, log, clock}, alice());
+        UndoService service({volume.files(), administrator, session, log, clock}, alice());
         if (c.isNoItem) {
             EXPECT_EQ(readHistoryEntry(root, volume.files())->pendingMoves, 0);
             EXPECT_FALSE(service.planRun(root) && !service.planRun(root)->items.empty());
         }
         const auto report = service.undoRun(root);
-        EXPECT_EQ(report.has_value(), !c.isNoItem && c.at != *again.destination);
+        EXPECT_EQ(report.has_value(), c.then == rest || (!c.isNoItem && c.at != *again.destination));
         EXPECT_TRUE(c.then.empty() || volume.exists(c.then + "/c"));
         for (const auto& path : {aside, rest, beside})
             EXPECT_EQ(volume.exists(path), path == c.then) << path;
         const auto failures = report ? report->failures : std::vector<Problem>();
-        const Problem isChanged{place, {"failure.undo.rest %@", {aside}}};
-        EXPECT_EQ(failures, c.then == aside ? std::vector{isChanged} : std::vector<Problem>());
+        const char* key = c.at == place ? "failure.undo.rest %@" : "failure.restOfRemoval %@";
+        if (c.then == aside || c.then == rest)
+            EXPECT_THAT(failures, Contains(Problem{place, {key, {c.then}}}));
+        else
+            EXPECT_EQ(failures, std::vector<Problem>());
         EXPECT_EQ(recoverInterruptedRemovals(alice(), volume.files(), clock, log).strayCopies,
                   c.then == aside || c.then == rest ? std::vector{Path(c.then)} : std::vector<Path>());
         for (const auto& path : {root.string(), other.string(), std::string("/Applications")})
@@ -356,8 +389,7 @@ TEST_F(Undo, AnItemOnItsWayToAnotherNameHasNotArrivedAtItsOwn) {
                           c.then == aside ? std::vector{Path(aside)} : std::vector<Path>());
             }
             const auto report =
-                UndoService({volume.files(), administrator, session, texts, log, clock}, alice())
-                    .undoRun(root);
+                UndoService({volume.files(), administrator, session, log, clock}, alice()).undoRun(root);
             if (report && c.then == beside) {
                 EXPECT_EQ(report->renamed, std::vector{Path(beside)});
             }
@@ -418,7 +450,7 @@ TEST_F(Undo, ComparesTheCopyOfAnEarlierOneWithinALimit) {
                                   root / manifestFileName, volume.files()));
         StopSource source;
         if (isStopped) source.requestStop();
-        const auto report = UndoService({volume.files(), administrator, session, texts, log, clock}, alice())
+        const auto report = UndoService({volume.files(), administrator, session, log, clock}, alice())
                                 .undoRun(root, {}, {.stop = source.token()});
         ASSERT_TRUE(report);
         EXPECT_EQ(report->failures.size(), isStopped ? 1u : 0u);
@@ -456,7 +488,7 @@ TEST_F(Undo, OfSingleItemsLeavesTheRestForLater) {
     quarantined(5, "/Users/alice/Library/taken");
     volume.write("/Users/alice/Library/taken", "");
     ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
-    UndoService service({volume.files(), administrator, session, texts, log, clock}, alice());
+    UndoService service({volume.files(), administrator, session, log, clock}, alice());
 
     const auto plan = service.planRun(root, {agent, folder + "/inner", "/Users/alice/Library/taken"});
     ASSERT_TRUE(plan);

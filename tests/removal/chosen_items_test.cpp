@@ -112,10 +112,14 @@ TEST(RemovalChoice, GivesASharedItemToTheStrongestClaim) {
     };
     using enum MatchReason::Kind;
     std::vector<OrphanGroup> groups = {
-        {"a.b", "A", {claim("/L/a.b.beta", exactBundleID, "a.b"), claim("/L/B", nameToken, "B")}},
+        {"a.b",
+         "A",
+         {claim("/L/a.b.beta", exactBundleID, "a.b"), claim("/L/B", nameToken, "B"),
+          claim("/L/both", executableName, "tool")}},
         {"a.b.beta",
          "Beta",
-         {claim("/L/a.b.beta", exactBundleID, "a.b.beta"), claim("/L/B", executableName, "Beta tool")}}};
+         {claim("/L/a.b.beta", exactBundleID, "a.b.beta"), claim("/L/B", executableName, "Beta tool"),
+          claim("/L/both", executableName, "tool")}}};
     for (int order = 0; order < 2; ++order, std::ranges::reverse(groups)) {
         const auto findings = std::make_shared<const Findings>(
             std::make_shared<const OrphanScanResult>(OrphanScanResult{groups, {}}));
@@ -125,12 +129,31 @@ TEST(RemovalChoice, GivesASharedItemToTheStrongestClaim) {
         for (const auto& target : choice.targets())
             for (const auto& each : target.traces)
                 EXPECT_TRUE(going.insert(target.target.name + each.displayName).second);
-        EXPECT_EQ(going, (std::set<std::string>{"A/L/B", "Beta/L/a.b.beta"})) << "whoever is named first";
+        const auto& first = groups.front().name;
+        EXPECT_EQ(going, (std::set<std::string>{"A/L/B", "Beta/L/a.b.beta", first + "/L/both"}));
         for (const auto& step :
              buildRemovalPlan(choice.targets(), {Path("/Q"), true}, choice.mode(), Texts())) {
-            const bool isMove = std::holds_alternative<operation::Move>(step.kind);
-            EXPECT_EQ(step.sharedWith, isMove ? Names{step.bundleID == "a.b" ? "a.b.beta" : "a.b"} : Names());
+            const bool isShared = step.displayName == "/L/both";
+            EXPECT_EQ(step.sharedWith, isShared ? Names{groups.back().bundleID} : Names())
+                << step.displayName;
         }
+    }
+}
+
+TEST(RemovalChoice, CountsAResetOnlyOfRecordedPermissions) {
+    for (const bool isRecorded : {false, true}) {
+        ScanResult scan;
+        scan.traces = {trace("/L/a"),
+                       makeTrace(TraceCategory::permissions, action::ResetPermissions{"com.example.a"}, {},
+                                 Reversibility::irreversibleHarmless, "com.example.a", {}, false)};
+        if (isRecorded) scan.permissions.grants.resize(1);
+        const auto findings = std::make_shared<const Findings>(
+            std::make_shared<const std::vector<ScanResult>>(1, scan), alice());
+        RemovalChoice choice(findings, RemovalSubject::Kind::applications);
+        choice.setSelected(idsOf(*findings), true);
+        EXPECT_EQ(choice.summary().resetsPermissions, isRecorded);
+        EXPECT_EQ(choice.summary().totalCount, isRecorded ? 2 : 1);
+        EXPECT_EQ(choice.targets().front().traces.size(), 2u) << "what is recorded meanwhile is reset, too";
     }
 }
 
@@ -158,41 +181,6 @@ TEST(RemovalReport, MissesWhatItResetAndCouldNotSeeBefore) {
             report.left = {{.target = {.bundleID = "com.example.a"}, .traces = {{claimed}}}};
             EXPECT_EQ(report.keepsItsPermissions("com.example.a"), !resets);
         }
-}
-
-TEST(Remainders, AreSortedByHowTheyCanBeTakenStill) {
-    using enum Remainder::Reach;
-    TemporaryVolume volume;
-    volume.write("/Applications/Here.app/Contents/x", "x");
-    const auto left = [](const char* place, const std::vector<Trace>& traces) {
-        Remainder remainder;
-        remainder.target.bundleURL = Path(place);
-        for (const auto& each : traces)
-            remainder.traces.push_back({each});
-        return remainder;
-    };
-    auto claimed = trace("/L/claimed");
-    claimed.contestedBy = Claimant{"com.example.other", "Other", Path("/Applications/Other.app")};
-    auto receipt = trace("/L/receipt");
-    receipt.category = TraceCategory::receipts;
-    auto lost = left("/", {receipt});
-    lost.traces.front().trace.displayName = "/L/lost";
-    lost.receiptsStandAlone = true;
-    const auto sorted =
-        remaindersAfter({left("/Applications/Gone.app", {trace("/L/nobodys"), claimed, trace("/L/both")}),
-                         left("/Applications/Old/Gone.app", {claimed, trace("/L/both")}),
-                         left("/Applications/Here.app", {trace("/L/here")}), left("/", {receipt}), lost,
-                         left("/", {trace("/L/leftover")})},
-                        volume.files());
-    std::vector<std::pair<Remainder::Reach, std::string>> names;
-    for (const auto& each : sorted)
-        for (const auto& item : each.traces)
-            names.emplace_back(each.reach, item.trace.displayName);
-    using Name = std::pair<Remainder::Reach, std::string>;
-    EXPECT_THAT(names, testing::ElementsAre(Name(search, "/L/here"), Name(search, "/L/lost"),
-                                            Name(search, "/L/leftover"), Name(claimant, "/L/claimed"),
-                                            Name(undo, "/L/nobodys"), Name(undo, "/L/both"),
-                                            Name(undo, "/L/receipt")));
 }
 
 TEST(RemovalSummary, AndItsWords) {

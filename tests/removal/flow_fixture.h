@@ -26,6 +26,7 @@
 #include "support/memory_defaults.h"
 #include "support/stand_ins.h"
 #include "sweep/orphan_scanner.h"
+#include "sweep/reclaimed_finds.h"
 #include "volume/volume_runner.h"
 #include "volume/volume_sources.h"
 
@@ -80,7 +81,8 @@ class FlowFixture : public SteppedQueues {
     MemoryDefaults defaults;
     FixedClock clock;
     FakeApplications running;
-    Texts texts; // prints keys
+    Texts texts;         // prints keys
+    Reclaimed reclaimed; ///< what has an owner when a removal begins
 
   private:
     std::unique_ptr<ResidueScanner> makeScanner() {
@@ -95,7 +97,7 @@ class FlowFixture : public SteppedQueues {
     AppTargetLoader loader{volume.files(), signatures};
     VolumeRunner runner{volume.files(), user, log};
     RemovalExecutor executor{{volume.files(), runner, runner, log}};
-    UndoService undo{{volume.files(), runner, runner, texts, log, clock}, user};
+    UndoService undo{{volume.files(), runner, runner, log, clock}, user};
     QuarantinePurge purge{volume.files(), user, std::nullopt, log};
     PermissionAudit audit{volume.files(), user, texts};
 
@@ -112,6 +114,7 @@ class FlowFixture : public SteppedQueues {
                     onFound({orphan});
                     return OrphanScanResult{{{"com.example.gone", "Gone", {orphan}}}, {}};
                 },
+            .findReclaimed = [this](const auto&) { return reclaimed; },
             .running = running,
             .executor = executor,
             .undo = undo,

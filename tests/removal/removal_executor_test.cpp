@@ -5,6 +5,7 @@
 #include "base/texts.h"
 #include "base/timestamp.h"
 #include "base/uuid.h"
+#include "operations/recording_runner.h"
 #include "operations/removal_operation.h"
 #include "operations/screened_move.h"
 #include "platform/file_system.h"
@@ -18,7 +19,6 @@
 #include "scan/policy/removability.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
-#include "support/recording_runner.h"
 #include "support/stand_ins.h"
 #include "support/unprivileged.h"
 
@@ -131,8 +131,7 @@ TEST_F(Executor, EndsAfterTheStepAtHandWhenItIsToldTo) {
         EXPECT_EQ(report->isUntouched(), c.done == 0);
         EXPECT_EQ(manifestIDs().size(), c.done);
         EXPECT_FALSE(hasJournal());
-        (void)UndoService({volume.files(), administrator, user, Texts(), log, FixedClock()}, alice())
-            .undoRun(root);
+        (void)UndoService({volume.files(), administrator, user, log, FixedClock()}, alice()).undoRun(root);
         for (const auto* name : {"a", "b", "c", "d"})
             EXPECT_TRUE(volume.exists(std::string("/Library/Caches/") + name)) << name;
         std::filesystem::remove_all(volume.host(root.string()));
@@ -212,8 +211,7 @@ TEST_F(Executor, WhatSomebodyWroteIntoAnItemWhileItWasMovedIsNotForgotten) {
             EXPECT_FALSE(hasJournal());
         }
         const auto undone =
-            UndoService({volume.files(), administrator, user, Texts(), log, FixedClock()}, alice())
-                .undoRun(root);
+            UndoService({volume.files(), administrator, user, log, FixedClock()}, alice()).undoRun(root);
         ASSERT_TRUE(undone);
         EXPECT_EQ(undone->restoredCount, 1);
         const std::string first = isRecovered ? "written since" : "a";

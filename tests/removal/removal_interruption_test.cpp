@@ -22,7 +22,7 @@ TEST(RemovalFlow, AsksAboutEachApplicationThatDoesNotQuit) {
     const auto first = *fixture.model->pendingQuitPrompt();
     EXPECT_EQ(first.appName, "Birch");
     EXPECT_TRUE(fixture.has(fixture.bundle("Alpine"))) << "nothing moves before every answer is in";
-    EXPECT_EQ(lockTrash(fixture.user, fixture.volume.files()).error().fault, FileFault::busy);
+    EXPECT_EQ(lockTrash(fixture.user, fixture.volume.files()).error().key, "failure.trashBusy");
 
     fixture.model->answerQuitPrompt(QuitPromptChoice::forceContinue);
     fixture.settle();

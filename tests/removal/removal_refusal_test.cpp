@@ -1,8 +1,12 @@
 #include "base/message.h"
 #include "base/path.h"
+#include "operations/screened_move.h"
+#include "quarantine/manifest.h"
 #include "quarantine/trash_lock.h"
 #include "removal/flow_fixture.h"
+#include "removal/flow_types.h"
 #include "scan/applications/protected_apps.h"
+#include "scan/matching/trace.h"
 #include "scan/policy/trace_category.h"
 
 #include "support/matchers.h"
@@ -12,6 +16,7 @@
 #include <functional>
 #include <string>
 #include <utility>
+#include <variant>
 
 namespace tidwen::test {
 namespace {
@@ -110,6 +115,78 @@ TEST(RemovalFlow, NamesWhatTheRightsDoNotSufficeFor) {
         EXPECT_THAT(fixture.model->unmovableItems(), ElementsAre(fixture.bundle("Alpine")));
         EXPECT_TRUE(fixture.has(fixture.cache("Alpine")));
     });
+}
+
+TEST(RemovalFlow, LooksAgainAtEachApplicationBeforeItsFirstStep) {
+    const std::pair<const char*, std::function<void(FlowFixture&)>> changes[] = {
+        {"failure.applicationChanged %@",
+         [](FlowFixture& b) { writeBundle(b.volume, b.bundle("Birch").string(), "com.other", "Other"); }},
+        {"failure.applicationChanged %@",
+         [](FlowFixture& b) {
+             std::filesystem::rename(b.volume.host(b.bundle("Birch").string()), b.volume.host("/Old.app"));
+             writeBundle(b.volume, b.bundle("Birch").string(), "com.example.Birch", "Birch");
+         }},
+        {"failure.applicationChanged %@",
+         [](FlowFixture& b) {
+             std::filesystem::rename(b.volume.host(b.bundle("Birch").string()), b.volume.host("/Old.app"));
+         }},
+        {"error.protectedApp %@", [](FlowFixture& b) { b.protectedApps.toggle("com.example.Birch"); }},
+    };
+    for (const auto& [reason, change] : changes) {
+        SCOPED_TRACE(reason);
+        FlowFixture fixture;
+        fixture.running.stubborn = {"com.example.Birch"};
+        fixture.remove({"Birch", "Alpine"});
+        ASSERT_TRUE(fixture.model->pendingQuitPrompt());
+        change(fixture);
+        fixture.model->answerQuitPrompt(QuitPromptChoice::forceContinue);
+        fixture.settle();
+        ASSERT_EQ(fixture.stage(), "report");
+        const auto& report = std::get<stage::Report>(fixture.model->stage()).report;
+        EXPECT_TRUE(fixture.has(fixture.cache("Birch"))) << "nor is its data taken";
+        for (const auto& failure : report.failures())
+            EXPECT_EQ(failure.reason.key, reason);
+        EXPECT_FALSE(fixture.has(fixture.bundle("Alpine")) || fixture.has(fixture.cache("Alpine")));
+        EXPECT_EQ(report.failures().size(), 3u) << "its permissions, cache and bundle";
+        EXPECT_THAT(eachOf(report.apps, &AppRecord::name), ElementsAre("Alpine"));
+    }
+}
+
+TEST(RemovalFlow, TakesOnlyWhatIsStillWhatWasFound) {
+    const std::pair<const char*, std::function<void(FlowFixture&, const Path&)>> changes[] = {
+        {"", [](FlowFixture& b, const Path& item) { b.volume.write(item.string(), "saved again"); }},
+        {changedSinceKey,
+         [](FlowFixture& b, const Path& item) {
+             std::filesystem::remove(b.volume.host(item.string()));
+             b.volume.write((item / "thesis").string(), "x");
+         }},
+        {changedSinceKey,
+         [](FlowFixture& b, const Path& item) {
+             std::filesystem::remove(b.volume.host(item.string()));
+             b.volume.link(item.string(), "/Users/alice/Documents");
+         }},
+        {"failure.claimedSince %@ %@",
+         [](FlowFixture& b, const Path&) {
+             b.reclaimed.emplace(b.orphan.id, Message{"failure.claimedSince %@ %@", {"com.b", "/B.app"}});
+         }},
+    };
+    for (const auto& [reason, change] : changes) {
+        FlowFixture fixture;
+        const Path item(fixture.orphan.displayName);
+        fixture.orphan.found = foundItem(*fixture.volume.files().info(item), TraceCategory::caches);
+        fixture.model->scanOrphans();
+        fixture.settle();
+        fixture.model->select({fixture.orphan.id});
+        change(fixture, item);
+        fixture.model->confirm();
+        fixture.settle();
+        ASSERT_EQ(fixture.stage(), "report");
+        const auto& report = std::get<stage::Report>(fixture.model->stage()).report;
+        const auto failures = report.failures();
+        EXPECT_EQ(failures.empty() ? "" : failures.front().reason.key, reason);
+        EXPECT_EQ(fixture.has(item), *reason != 0);
+        EXPECT_EQ(report.quarantineRoot.isRoot(), *reason != 0) << "a run that took nothing is no run";
+    }
 }
 
 } // namespace

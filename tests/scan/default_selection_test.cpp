@@ -120,8 +120,14 @@ constexpr const char* key = "tidwen.protectedBundleIDs";
 TEST(ProtectedApps, TogglesAndStoresSorted) {
     test::MemoryDefaults defaults;
     ProtectedApps apps(defaults);
+    std::string changes;
+    const auto watching = apps.changed.connect([&](const auto& bundleIDs) {
+        for (const auto& bundleID : bundleIDs)
+            changes += bundleID;
+    });
     for (const char* identifier : {"b", "a", "x", "C", "X"})
         apps.toggle(identifier);
+    EXPECT_EQ(changes, "baxCx") << "each with what was added or taken off";
     EXPECT_EQ(defaults.value(key), (PropertyListArray{"C", "a", "b"}));
     defaults.isReadOnly = true;
     EXPECT_FALSE(apps.toggle("b"));

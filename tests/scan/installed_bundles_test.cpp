@@ -9,7 +9,6 @@
 #include "support/matchers.h"
 #include "support/unprivileged.h"
 #include "support/watched_files.h"
-#include "volume/volume_sources.h"
 
 #include <algorithm>
 #include <chrono>

@@ -4,6 +4,7 @@
 #include "scan/matching/other_applications.h"
 #include "scan/matching/residue_matcher.h"
 #include "scan/matching/trace.h"
+#include "scan/owner.h"
 
 #include "support/fixtures.h"
 

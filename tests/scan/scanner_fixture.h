@@ -15,6 +15,7 @@
 #include "scan/applications/owning_bundle.h"
 #include "scan/matching/residue_scanner.h"
 #include "scan/matching/scan_result.h"
+#include "scan/owner.h"
 #include "scan/policy/trace_category.h"
 
 #include "platform/budgeted_files.h"
@@ -71,7 +72,10 @@ inline std::vector<std::string> pathsOf(const std::string& list) {
 
 class Scanner : public testing::Test {
   protected:
-    Scanner() { test::writeBundle(volume, bundle, "com.corvella.marlin.notes", "Marlin Notes"); }
+    Scanner() {
+        test::writeBundle(volume, bundle, "com.corvella.marlin.notes", "Marlin Notes");
+        coverage.seesApplications = true;
+    }
 
     ScanResult scan(const StopToken& stop = {}, const OnStep& onStep = {}) {
         const auto bundles =

@@ -382,6 +382,43 @@ TEST_F(Scanner, PermissionsAreWhoseTheIdentifierIs) {
     EXPECT_EQ(traces[1].contestedBy->bundleID, "com.other.app");
 }
 
+TEST_F(Scanner, DoubtsWhatAnUnseenApplicationMayOwn) {
+    volume.write("/usr/local/bin/agent", "x");
+    const auto doubted = [this] {
+        std::vector<std::string> names;
+        for (const auto& trace : scan().traces)
+            if (trace.ownerUnsure && trace.category != TraceCategory::permissions)
+                names.push_back(Path(trace.displayName).lastComponent());
+        return names;
+    };
+    for (const char* name : {"com.corvella.marlin.notes.plist", "com.corvella.marlin.notes.beta.plist"})
+        volume.write(library + "Preferences/" + name, "x");
+    volume.makeFolder(library + "Caches/Marlin Notes");
+    EXPECT_THAT(doubted(), ElementsAre());
+    coverage.seesApplications = false;
+    EXPECT_THAT(doubted(), UnorderedElementsAre("com.corvella.marlin.notes.beta.plist", "Marlin Notes"));
+
+    target = {};
+    target.bundleURL = Path("/");
+    target.bundleID = target.name = "com.gone.tool";
+    volume.makeFolder(library + "Caches/com.gone.tool");
+    EXPECT_THAT(doubted(), ElementsAre("com.gone.tool")) << "it may lie in the rest of /Applications";
+    coverage.seesApplications = true;
+    EXPECT_THAT(doubted(), ElementsAre());
+    const auto job = library + "LaunchAgents/com.gone.tool.agent.plist";
+    writeJob(job, "com.gone.tool.agent", "/usr/local/bin/gone");
+    EXPECT_THAT(doubted(), ElementsAre());
+    writeJob(job, "com.gone.tool.agent", "/usr/local/bin/agent");
+    EXPECT_THAT(doubted(), UnorderedElementsAre("com.gone.tool", "com.gone.tool.agent.plist"));
+
+    target.bundleID = target.name = "com.corvella.marlin.notes.beta"; // as a helper is called
+    for (const auto& trace : scan().traces)
+        EXPECT_TRUE(trace.contestedBy) << trace.displayName;
+    target.bundleID = target.name = "com.crashlytics"; // of many applications
+    volume.makeFolder(library + "Caches/com.crashlytics");
+    EXPECT_THAT(found(), ElementsAre());
+}
+
 TEST_F(Scanner, LeftoversOfItsOwnClaimNothing) {
     const std::string plugin = "/Library/PreferencePanes/com.corvella.marlin.notes.prefPane";
     test::writeBundle(volume, plugin, "com.corvella.marlin.notes.pane", "Pane");

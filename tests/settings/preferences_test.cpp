@@ -5,8 +5,10 @@
 #include "support/matchers.h"
 #include "support/memory_defaults.h"
 
+#include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace tidwen {
 namespace {
@@ -97,8 +99,13 @@ TEST(AppTags, JoinsWhatPeopleCallTheSame) {
     EXPECT_TRUE(defaults.values.empty());
 
     AppTags other(defaults, texts); // of another process, which read before this one changed anything
+    std::vector<std::set<std::string>> changes;
+    const auto watching = tags.changed.connect([&](const auto& bundleIDs) { changes.push_back(bundleIDs); });
     EXPECT_TRUE(tags.add("com.example.a", "first"));
     EXPECT_TRUE(other.add("com.example.b", "second"));
+    tags.reload();
+    EXPECT_THAT(changes,
+                ElementsAre(std::set<std::string>{"com.example.a"}, std::set<std::string>{"com.example.b"}));
     EXPECT_THAT(AppTags(defaults, Texts()).all(), ElementsAre("first", "second"));
     EXPECT_TRUE(tags.erase("first") && tags.erase("second"));
 

@@ -3,7 +3,6 @@
 #include "base/path.h"
 #include "base/property_list.h"
 #include "platform/user_environment.h"
-#include "scan/applications/owning_bundle.h"
 
 #include <algorithm>
 #include <string_view>
@@ -47,17 +46,6 @@ void writeBundle(const TemporaryVolume& volume, std::string_view macPath, std::s
                 {{"CFBundleIdentifier", std::string(bundleID)},
                  {"CFBundleName", std::string(name)},
                  {"CFBundleExecutable", std::string(name)}});
-}
-
-OwningBundle owner(std::string_view path, std::string_view bundleID, std::string_view name) {
-    const Path url{std::string(path)};
-    return {.url = url,
-            .place = url,
-            .bundleID = std::string(bundleID),
-            .name = std::string(name),
-            .names = {std::string(name)},
-            .isApplication = url.lowercasedExtension() == "app",
-            .isReadable = true};
 }
 
 } // namespace tidwen::test

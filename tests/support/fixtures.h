@@ -3,7 +3,6 @@
 #include "base/log.h"
 #include "base/property_list.h"
 #include "platform/user_environment.h"
-#include "scan/applications/owning_bundle.h"
 #include "support/temporary_folder.h"
 
 #include <mutex>
@@ -34,8 +33,5 @@ void writeBundle(const TemporaryVolume& volume, std::string_view macPath, Proper
 /// A bundle with only identifier and name.
 void writeBundle(const TemporaryVolume& volume, std::string_view macPath, std::string_view bundleID,
                  std::string_view name);
-
-/// A bundle that owns data, found at its own location.
-OwningBundle owner(std::string_view path, std::string_view bundleID, std::string_view name);
 
 } // namespace tidwen::test

@@ -2,7 +2,6 @@
 
 #include "base/message.h"
 #include "base/property_list.h"
-#include "cli/json/records.h"
 #include "platform/defaults.h"
 
 #include <map>

@@ -2,11 +2,14 @@
 
 #include "base/executor.h"
 #include "base/path.h"
+#include "base/text.h"
 #include "base/timestamp.h"
 #include "platform/applications.h"
 #include "platform/folder_events.h"
 #include "platform/keychain.h"
+#include "platform/known_applications.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -57,6 +60,15 @@ struct FakeApplications : RunningApplications {
     }
     std::set<std::string> obedient, stubborn;
     std::vector<std::string> asked;
+};
+
+/// Knows the applications with these identifiers.
+struct FakeKnownApplications : KnownApplications {
+    bool isKnown(const std::string& bundleID) const override {
+        return std::ranges::any_of(
+            identifiers, [&](const auto& each) { return lowercased(each) == lowercased(bundleID); });
+    }
+    std::vector<std::string> identifiers;
 };
 
 /// A keychain in memory: deletions return the given status, and are recorded.

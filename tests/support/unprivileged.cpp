@@ -70,19 +70,22 @@ void giveToUnprivileged(const std::filesystem::path& tree) {
             give(entry.path());
 }
 
-bool refuseSystemCall(long number, int error) {
+bool refuseSystemCall(long number, int error, std::optional<unsigned> third) {
 #ifdef __linux__
     sock_filter rules[] = {
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(number), 0, 1),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(number), 0, 3),
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[2])),
+        BPF_JUMP(BPF_JMP | BPF_JA | BPF_K, 0, 0, 0), // replaced where the argument counts
         BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<unsigned>(error)),
         BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
     };
+    if (third) rules[3] = BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, *third, 0, 1);
     const sock_fprog program{.len = std::size(rules), .filter = rules};
     return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0
            && ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
 #else
-    (void)number, (void)error;
+    (void)number, (void)error, (void)third;
     return false;
 #endif
 }

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 
 namespace tidwen::test {
 
@@ -19,8 +20,9 @@ void asUnprivileged(const std::function<void()>& body);
 /// Gives a tree to the unprivileged user, without following links. Does nothing when not root.
 void giveToUnprivileged(const std::filesystem::path& tree);
 
-/// Makes a system call of this process fail with an error from now on, irrevocably: only for a child. False
+/// Makes a system call of this process fail with an error from now on, irrevocably: only for a child. With
+/// `third` only where that is its third argument. False
 /// where this is not supported.
-bool refuseSystemCall(long number, int error);
+bool refuseSystemCall(long number, int error, std::optional<unsigned> third = {});
 
 } // namespace tidwen::test

@@ -15,6 +15,7 @@
 #include "scan/matching/trace.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
+#include "support/stand_ins.h"
 #include "support/watched_files.h"
 #include "sweep/orphan_scanner.h"
 #include "volume/volume_sources.h"
@@ -91,7 +92,7 @@ class Disk {
     test::TemporaryVolume volume;
     test::WatchedFiles files{volume.files()};
     FileCodeSignatures signatures{files};
-    VolumeRunningApplications running;
+    test::FakeApplications running;
     test::RecordingLog log;
     Texts texts;
 };

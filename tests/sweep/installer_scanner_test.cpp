@@ -67,6 +67,10 @@ TEST(InstallerScanner, ListsLargestFirstAndLooksIntoPackages) {
     EXPECT_GE(result.files[0].sizeBytes.value_or(0), 50'000);
     EXPECT_EQ(result.files[1].sizeBytes, static_cast<std::int64_t>(setup->allocatedBytes)) << "disk space";
     EXPECT_FALSE(result.unreadable);
+    const auto listed = installerTrace(result.files[1]).found;
+    ASSERT_TRUE(listed && listed->isStill(*setup));
+    volume.write("/Users/alice/Downloads/Setup.PKG", "other");
+    EXPECT_FALSE(listed->isStill(*volume.files().info(result.files[1].url)));
 
     const test::TemporaryVolume empty;
     EXPECT_TRUE(scanInstallers(empty.files(), test::alice(), {}).unreadable);

@@ -109,7 +109,7 @@ TEST(SweepState, PublishesOnlyTheNewestTreeAndCountsEachFindOnce) {
     const Texts texts;
     SweepState state(main, queue, texts);
     int changes = 0;
-    const auto watching = state.changed.connect([&] { ++changes; });
+    const auto watching = state.changed.connect([&](SweepChange) { ++changes; });
     state.begin(Timestamp{});
     state.add({trace("a", 1), trace("b", 2)});
     state.add({trace("b", 2), trace("c", 3)});
@@ -154,6 +154,13 @@ TEST(SweepState, TellsWhichRowsComeGoAndChange) {
     queues.settle();
     EXPECT_THAT(steps,
                 ElementsAre(RowChange{removed, 4, 3}, RowChange{removed, 2, 1}, RowChange{changed, 0, 2}));
+
+    steps.clear();
+    state.setFilter({.query = "", .category = {}, .order = LeftoverFilter::Order::name});
+    queues.settle();
+    EXPECT_THAT(steps,
+                ElementsAre(RowChange{inserted, 2, 1}, RowChange{inserted, 4, 3}, RowChange{changed, 0, 2}));
+    EXPECT_EQ(shown(state.rows.rows()[4]), "c");
 }
 
 TEST(SweepState, OrdersInTheLanguageOfNow) {

@@ -4,6 +4,7 @@
 #include "base/property_list.h"
 #include "sweep/orphan_scan_fixture.h"
 
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -74,8 +75,9 @@ TEST_F(OrphanScan, LeavesAloneWhatAnybodyCouldClaim) {
     };
     for (const auto* name : names)
         volume.write(home + name, "x");
-    volume.write("/private/var/db/receipts/com.tool.only.bom", "x"); // a receipt alone may be a tool's
-    registered = "com.registered.app";
+    for (const auto* half : {".plist", ".bom"}) // a receipt alone may be a tool's
+        volume.write(std::string("/private/var/db/receipts/com.tool.only") + half, "x");
+    registered.identifiers = {"com.registered.app"};
     EXPECT_THAT(scan({"com.Protected.App"}).groups, IsEmpty());
 }
 
@@ -256,8 +258,28 @@ TEST_F(OrphanScan, TakesAReceiptAloneOnlyWhenItsApplicationIsGone) {
     receipts.packages = {{"com.lost.app", {"Applications/Lost.app/Contents/x"}},
                          {"com.lost.tool", {"usr/local/bin/gone"}}};
     for (const auto& [identifier, files] : receipts.packages)
-        volume.write("/private/var/db/receipts/" + identifier + ".bom", "x");
+        for (const auto* half : {".plist", ".bom"})
+            volume.write("/private/var/db/receipts/" + identifier + half, "x");
     EXPECT_THAT(orphans(), ElementsAre("com.lost.app"));
+}
+
+TEST_F(OrphanScan, OffersHalfAReceiptAndDoubtsWhatItsMakerLeft) {
+    const std::string folder = "/private/var/db/receipts/";
+    receipts.packages = {{"com.half.pkg", {}}};
+    receipts.unreadable = Path(folder + "com.half.pkg.bom"); // not there
+    for (const auto& item :
+         {folder + "com.half.pkg.plist", folder + "com.other.pkg.bom",
+          home + "Preferences/com.half.app.plist", home + "Preferences/com.fine.app.plist"})
+        volume.write(item, "x");
+    const auto result = scan();
+    EXPECT_TRUE(result.isComplete());
+    std::map<std::string, bool> isContested;
+    for (const auto& group : result.groups)
+        for (const auto& trace : group.traces)
+            isContested[Path(trace.displayName).lastComponent()] = trace.contestedBy.has_value();
+    EXPECT_THAT(isContested, testing::UnorderedElementsAre(
+                                 Pair("com.half.pkg.plist", false), Pair("com.other.pkg.bom", false),
+                                 Pair("com.half.app.plist", true), Pair("com.fine.app.plist", false)));
 }
 
 } // namespace

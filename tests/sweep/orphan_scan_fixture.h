@@ -12,7 +12,7 @@
 #include "platform/file_code_signatures.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
-#include "volume/volume_sources.h"
+#include "support/stand_ins.h"
 
 #include <map>
 #include <optional>
@@ -50,11 +50,6 @@ class OrphanScan : public testing::Test {
     OrphanScan() { volume.makeFolder("/Applications"); }
 
     OrphanScanResult scan(const std::set<std::string>& protectedIDs = {}, const StopToken& stop = {}) {
-        const FileCodeSignatures signatures(volume.files());
-        const VolumeRunningApplications running;
-        InstalledBundles installed(volume.files(), signatures, test::alice());
-        OrphanScanner scanner({volume.files(), receipts, running, log}, test::alice(),
-                              [this](const std::string& id) { return id == registered; });
         return scanner.scan(installed, protectedIDs, stop,
                             [this](const std::vector<Trace>& found) { streamed += found.size(); });
     }
@@ -64,8 +59,14 @@ class OrphanScan : public testing::Test {
     test::TemporaryVolume volume;
     ListedReceipts receipts;
     test::RecordingLog log;
-    std::string registered;
+    test::FakeKnownApplications registered;
     std::size_t streamed = 0;
+    const FileCodeSignatures signatures{volume.files()};
+    test::FakeApplications running;
+    InstalledBundles installed{volume.files(), signatures, test::alice()};
+    OrphanScanner scanner{{volume.files(), receipts, running, log},
+                          test::alice(),
+                          [this](const std::string& id) { return registered.isKnown(id); }};
 };
 
 } // namespace tidwen

@@ -6,7 +6,10 @@
 #include "sweep/known_owners.h"
 #include "sweep/orphan_scan_fixture.h"
 #include "sweep/orphan_scanner.h"
+#include "sweep/reclaimed_finds.h"
 
+#include <filesystem>
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -41,7 +44,8 @@ TEST_F(OrphanScan, KnowsTheNamesOfWhatPastRemovalsTook) {
     test::writeBundle(volume, "/Applications/Zander Studio.app", "org.zander.studio", "Zander Studio");
     const Manifest manifest{
         .quarantineRoot = run,
-        .apps = {{"Tidepool", "com.maker.tide"},
+        .apps = {{"com.gone.ferry", "com.gone.ferry"}, // no name: it was removed by its identifier
+                 {"Tidepool", "com.maker.tide"},
                  {"Zander Studio", "org.zander.studio"},
                  {"Kept Secret", "com.kept.secret"}},
         .entries = {{.operationID = 1, .source = plist, .destination = taken.string(), .bundleID = ""}}};
@@ -148,6 +152,54 @@ TEST(IdentifierInName, FindsReverseDnsOnly) {
     };
     for (const auto& [name, identifier] : cases)
         EXPECT_EQ(identifierInName(name), identifier) << name;
+}
+
+TEST_F(OrphanScan, JudgesItsFindsAgainByTheOwnersOfThatMoment) {
+    using enum EarlierFinds::By;
+    const auto writeOther = [&](const std::string& id) {
+        test::writeBundle(volume, "/Applications/Other.app", id, "Other");
+    };
+    const std::string gravel = "com.gravelworks.gravel";
+    const struct {
+        std::function<void()> change;
+        EarlierFinds::By by;
+        std::string why; ///< empty: nothing is claimed
+    } cases[] = {
+        {[] {}, sweep, ""},
+        {[] {}, identifier, ""},
+        {[&] { writeOther(gravel); }, sweep, "failure.claimedSince %@ %@ " + gravel},
+        {[&] { writeOther("com.GravelWorks.Gravel"); }, identifier,
+         "failure.claimedSince %@ %@ com.GravelWorks.Gravel"},
+        {[&] { writeOther("com.gravelworks.sand"); }, sweep,
+         "failure.claimedSince %@ %@ com.gravelworks.sand"},
+        {[&] { writeOther("com.gravelworks.sand"); }, identifier, ""},
+        {[&] {
+             writeOther("org.other.other");
+             test::writeBundle(volume, "/Applications/Other.app/Contents/Helpers/H.app", gravel, "H");
+         },
+         identifier, "failure.claimedSince %@ %@ org.other.other"},
+        {[&] { registered.identifiers = {gravel}; }, sweep, "failure.inUseSince"},
+        {[&] { std::filesystem::remove_all(volume.host("/Applications")); }, sweep, "gap"},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.why);
+        volume.makeFolder("/Applications");
+        volume.write(home + "Caches/" + gravel + "/data", "x");
+        volume.write(home + "Preferences/" + gravel + ".plist", "x");
+        const auto found = scan();
+        ASSERT_EQ(found.groups.size(), 1u);
+        const auto& traces = found.groups[0].traces;
+        each.change();
+        const auto reclaimed = scanner.reclaimed(installed, {{gravel, traces, each.by}}, {});
+        EXPECT_EQ(reclaimed.size(), each.why.empty() ? 0 : traces.size());
+        for (const auto& [trace, why] : reclaimed)
+            EXPECT_EQ(!why.key.starts_with("failure.") ? "gap"
+                      : why.arguments.empty()          ? why.key
+                                              : why.key + " " + why.arguments[0].text(),
+                      each.why);
+        registered.identifiers.clear();
+        std::filesystem::remove_all(volume.host("/Applications"));
+    }
 }
 
 } // namespace

@@ -8,8 +8,8 @@
 #include "sweep/orphan_scan_fixture.h"
 #include "sweep/orphan_scanner.h"
 #include "sweep/sweep_gaps.h"
-#include "volume/volume_sources.h"
 
+#include "support/stand_ins.h"
 #include "support/unprivileged.h"
 
 #include <filesystem>
@@ -24,11 +24,9 @@ TEST_F(OrphanScan, ClaimsNothingWhenNotAllApplicationsCouldBeRead) {
     volume.write(home + "Preferences/com.gone.ferry.plist", "x");
     test::writeBundle(volume, "/Applications/Marlin.app", "com.marlin.notes", "Marlin");
     const BudgetedFiles files(volume.files(), ReadBudget({.bytes = 10}));
-    const FileCodeSignatures signatures(volume.files());
-    const VolumeRunningApplications running;
-    InstalledBundles installed(files, signatures, test::alice());
-    OrphanScanner scanner({files, receipts, running, log}, test::alice(), [](const auto&) { return false; });
-    const auto result = scanner.scan(installed, {});
+    InstalledBundles some(files, signatures, test::alice());
+    OrphanScanner limited({files, receipts, running, log}, test::alice(), [](const auto&) { return false; });
+    const auto result = limited.scan(some, {});
     EXPECT_THAT(result.groups, IsEmpty());
     EXPECT_GT(result.leftOut, 0u);
 }
@@ -148,10 +146,6 @@ TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
         volume.write("/Users/Shared/com.gone.common/x", "x");
         EXPECT_THAT(orphans(),
                     testing::UnorderedElementsAre("com.gone.own", "com.gone.shared", "com.gone.common"));
-        receipts.unreadable = list;
-        EXPECT_THAT(orphans(), testing::SizeIs(3)) << "a missing list is told, but stops no search";
-        EXPECT_THAT(scan().unreadableLocations, ElementsAre(list));
-        receipts.unreadable.reset();
         for (const auto& [what, change, gap, claimed] : cases) {
             SCOPED_TRACE(what);
             change();

@@ -45,6 +45,10 @@ TEST(FullDiskAccess, IsToldByWhatOpens) {
             model.refresh();
             queues.settle();
             EXPECT_EQ(model.fullDiskAccess.get(), c.status) << c.refused;
+            auto user = test::alice();
+            EXPECT_FALSE(whyNothingMoves(user, volume.files())) << "a volume has no privacy settings";
+            user.isOnRunningMac = true;
+            EXPECT_EQ(whyNothingMoves(user, volume.files()).has_value(), c.status == Status::denied);
             EXPECT_TRUE(model.finderExtension.get() && log.contains("Finder extension"));
         });
     }

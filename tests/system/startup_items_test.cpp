@@ -2,6 +2,7 @@
 #include "base/path.h"
 #include "base/property_list.h"
 #include "base/texts.h"
+#include "platform/budgeted_files.h"
 #include "platform/code_signatures.h"
 #include "platform/launchd.h"
 #include "scan/applications/installed_app.h"
@@ -112,6 +113,25 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
     }
 }
 
+std::vector<InstalledApp> noApps(const FileSystem&) {
+    return {};
+}
+
+TEST(StartupItemScanner, SharesOneBudgetWithTheInventory) {
+    const test::TemporaryVolume volume;
+    volume.write("/Library/LaunchAgents/a.plist",
+                 writeXmlPropertyList(PropertyListDictionary{{"Label", "com.gone.job"}}));
+    InstalledBundles bundles(volume.files(), signatures, test::alice());
+    const StartupItemScanner scanner(volume.files(), test::alice(), bundles,
+                                     [](const std::string&) { return false; });
+    const auto result = scanner.scan([](const FileSystem& files) {
+        BudgetedFiles::budgetOf(files)->spendBytes(std::uint64_t{1} << 40);
+        return std::vector<InstalledApp>();
+    });
+    EXPECT_GT(result.leftOut, 0u);
+    EXPECT_THAT(result.items, testing::IsEmpty());
+}
+
 TEST(StartupItemScanner, SaysWhatItLeftOutAndCallsNothingGoneWithoutAllOwners) {
     const test::TemporaryVolume volume;
     InstalledBundles bundles(volume.files(), signatures, test::alice());
@@ -122,21 +142,21 @@ TEST(StartupItemScanner, SaysWhatItLeftOutAndCallsNothingGoneWithoutAllOwners) {
                      writeXmlPropertyList(PropertyListDictionary{{"Label", "com.gone.job"}}));
     };
     write(0);
-    const auto few = scanner.scan({});
+    const auto few = scanner.scan(noApps);
     ASSERT_EQ(few.items.size(), 1u);
     EXPECT_EQ(few.items[0].owner.kind, OwnerKind::missing);
     EXPECT_EQ(few.leftOut, 0u);
 
     for (int i = 0; i < 5'001; ++i)
         write(i);
-    const auto many = scanner.scan({});
+    const auto many = scanner.scan(noApps);
     EXPECT_EQ(many.items.size(), 5'000u);
     EXPECT_EQ(many.leftOut, 1u);
 
     for (int i = 0; i < 2'100; ++i)
         volume.makeFolder("/Users/alice/Downloads/"
                           + std::to_string(i)); // more than the search limit for bundles
-    EXPECT_EQ(scanner.scan({}).items.front().owner.kind, OwnerKind::unknown);
+    EXPECT_EQ(scanner.scan(noApps).items.front().owner.kind, OwnerKind::unknown);
 }
 
 TEST(StartupItemScanner, KnowsJobsOfEveryBundle) {
@@ -165,7 +185,7 @@ TEST(StartupItemScanner, KnowsJobsOfEveryBundle) {
         volume.write(std::string("/Library/LaunchAgents/") + label + ".plist",
                      writeXmlPropertyList(std::move(list)));
     }
-    const auto items = scanner.scan({}).items;
+    const auto items = scanner.scan(noApps).items;
     for (const auto& [label, means, owner] : jobs) {
         const auto item =
             std::find_if(items.begin(), items.end(), [&](const auto& each) { return each.label == label; });
@@ -202,7 +222,7 @@ class StartupItems : public testing::Test, protected test::SteppedQueues {
         });
     }
     StartupItemsModel model{{volume.files(), launchd, scanner, protectedApps, texts, main, background, log},
-                            [this] { return apps; }};
+                            [this](const FileSystem&) { return apps; }};
 };
 
 TEST_F(StartupItems, ShowsOrphansFirstAndTakesLaunchdsWord) {
@@ -318,8 +338,7 @@ TEST_F(StartupItems, SelectsOnlyWhatMayBeRemovedAndForgetsWhatIsGone) {
 TEST_F(StartupItems, MayEndWhileWorkIsOnItsWay) {
     {
         StartupItemsModel short_(
-            {volume.files(), launchd, scanner, protectedApps, texts, main, background, log},
-            [] { return std::vector<InstalledApp>(); });
+            {volume.files(), launchd, scanner, protectedApps, texts, main, background, log}, noApps);
         short_.load();
         background.drain();
     }

@@ -12,8 +12,10 @@
 #include "platform/user_environment.h"
 #include "sample/bill_of_materials_writer.h"
 #include "support/fixtures.h"
+#include "support/known_applications_contract.h"
 #include "support/matchers.h"
 #include "support/recording_tools.h"
+#include "support/stand_ins.h"
 #include "volume/volume_sources.h"
 
 #include <map>
@@ -181,6 +183,14 @@ TYPED_TEST(SourcesContract, OverridesAreToldByDomain) {
         sources.launchd.disabledOverrides(false),
         ElementsAre(Pair("Plain", true), Pair("com.example.agent", true), Pair("com.example.on", false)));
     EXPECT_THAT(sources.launchd.disabledOverrides(true), ElementsAre(Pair("com.example.daemon", true)));
+}
+
+/// A volume has no records of its own; its bundles are looked at by whoever asks.
+TEST(KnownApplicationsContract, OnAVolumeAndInItsStandIn) {
+    test::expectToKnowOnly({}, VolumeKnownApplications());
+    test::FakeKnownApplications registered;
+    registered.identifiers = {"com.example.Marlin", "org.example.ferry"};
+    test::expectToKnowOnly(registered.identifiers, registered);
 }
 
 } // namespace

@@ -68,6 +68,15 @@ TEST_F(Chooser, AsksWhoseHomeAndOpensThatOne) {
     homes->setCurrentRow(1);
     ASSERT_TRUE(fixture.click("open home") && isOpen("Sample"));
     EXPECT_EQ(fixture.window.mac()->userName(), "berta");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    auto* systems = fixture.find<QMenu>("systems");
+    systems->popup(QPoint());
+    const auto actions = systems->actions();
+    const auto other = std::ranges::find(actions, QStringLiteral("Choose Another Home…"), &QAction::text);
+    ASSERT_NE(other, actions.end());
+    (*other)->trigger();
+    systems->close();
+    EXPECT_TRUE(waitUntil([&] { return asks(); }));
 }
 
 TEST_F(Chooser, LeavesWhatIsOpenWhereNothingCanBeOpenedOrSomethingIsMoved) {

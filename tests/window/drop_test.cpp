@@ -39,6 +39,9 @@ TEST_F(Drops, AreLookedAtAndItIsSaidWhyTheRestIsLeft) {
     auto& session = fixture.window.mac()->session();
     for (const auto& app : session.models().homeGrid().apps())
         if (app.name == "Kip") session.protectedApps().toggle(app.bundleID);
+    EXPECT_EQ(
+        fixture.window.view()->wordsForDrop({"/disk/Kip.app", "/disk/Marlin Notes.app", "/disk/Library"}),
+        QStringLiteral("Drop to see what belongs to 2 applications\nProtected, and left alone: 1"));
     EXPECT_TRUE(
         fixture.drop({"Applications/Marlin Notes.app", "Applications/Kip.app", "Users/alice/Library"}));
     ASSERT_TRUE(comesTo<stage::Review>());

@@ -85,6 +85,22 @@ TEST_F(HistoryWindow, ShowsWhatIsLeftAndBringsTheApplicationBack) {
     EXPECT_TRUE(fixture.find<QWidget>("runs")->isVisible());
 }
 
+TEST_F(HistoryWindow, TellsWhatComesBackUnderAnotherName) {
+    const auto told = [this](const char* path) {
+        return fixture.says(QStringLiteral("because the old place was taken: ") + QString::fromLatin1(path));
+    };
+    ASSERT_TRUE(fixture.review("Kip") && fixture.removeWhatIsChosen());
+    std::filesystem::create_directory(fixture.at("Applications/Kip.app"));
+    ASSERT_TRUE(fixture.click("undo"));
+    EXPECT_TRUE(waitUntil([&] { return told("/Applications/Kip 2.app"); }));
+    ASSERT_TRUE(fixture.click("done"));
+    remove("Lumen");
+    std::filesystem::create_directory(fixture.at("Applications/Lumen.app"));
+    ASSERT_TRUE(open());
+    ASSERT_TRUE(fixture.click("undo run"));
+    EXPECT_TRUE(waitUntil([&] { return told("/Applications/Lumen 2.app"); }));
+}
+
 TEST_F(HistoryWindow, DeletesEverythingOnceItWasAsked) {
     remove("Lumen");
     const auto root = remove("Kip");

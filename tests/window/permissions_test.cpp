@@ -49,6 +49,7 @@ TEST_F(PermissionsWindow, RevokesOneAndThenAllAfterAQuestion) {
     EXPECT_FALSE(fixture.click("revoke")) << "none is current";
     list->setCurrentIndex(row("Calendars"));
     ASSERT_TRUE(fixture.click("revoke"));
+    test::pause();
     QTest::keyClick(fixture.window.focusWidget(), Qt::Key_Return); // the main answer is no
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(rows(), 5);

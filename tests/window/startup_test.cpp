@@ -1,9 +1,11 @@
 #include "app/models/card_row.h"
 #include "app/widgets/row_delegate.h"
+#include "app/widgets/sheet.h"
 #include "base/message.h"
 #include "system/startup_items_model.h"
 #include "window/window_fixture.h"
 
+#include <QAbstractButton>
 #include <QTest>
 #include <filesystem>
 #include <fstream>
@@ -85,6 +87,20 @@ TEST_F(StartupWindow, RemovesAndPutsBackWhatWasLeftBehind) {
     ASSERT_TRUE(fixture.click("done"));
     EXPECT_TRUE(std::holds_alternative<stage::StartupItems>(fixture.flow().stage()));
     EXPECT_TRUE(waitUntil([this] { return row("com.oldferry.timetable.sync").isValid(); }));
+}
+
+TEST_F(StartupWindow, AsksOnlyWhenNothingElseStandsOpenAndInWhateverLanguageIsSpokenThen) {
+    ASSERT_TRUE(show() && fixture.click("select orphans") && fixture.click("remove")); // measures first
+    fixture.window.openSettings();
+    fixture.speak("de");
+    bool isMeasured = false;
+    fixture.window.mac()->session().background().post([&] { fixture.main.post([&] { isMeasured = true; }); });
+    ASSERT_TRUE(waitUntil([&] { return isMeasured; }));
+    EXPECT_FALSE(fixture.find<QAbstractButton>("confirm")) << "the settings are open";
+    fixture.find<Sheet>("sheet")->cancel();
+    test::pause(); // the sheet is deleted by the loop
+    EXPECT_TRUE(waitUntil([this] { return fixture.find<QAbstractButton>("confirm") != nullptr; }));
+    fixture.speak("en");
 }
 
 TEST_F(StartupWindow, NamesFoldersThatCannotBeReadAndShowsTheRest) {

@@ -33,6 +33,10 @@ bool waitUntil(const std::function<bool()>& done) {
     return done();
 }
 
+void pause() {
+    QTest::qWait(600);
+}
+
 namespace {
 
 QModelIndex rowBelow(const QAbstractItemModel& model, const QModelIndex& above, const QString& words) {

@@ -24,6 +24,9 @@ namespace tidwen::test {
 /// Runs the event loop until `done`, sleeping between events. False after half a minute.
 bool waitUntil(const std::function<bool()>& done);
 
+/// Lets as much time pass as Return needs between two questions.
+void pause();
+
 /// What a screen reader would meet in a window without a name.
 std::vector<std::string> nameless(QWidget& window);
 /// What a screen reader says of a row.

@@ -74,6 +74,7 @@ QString HistoryList::secondLine(const RemovalHistoryEntry& entry) const {
 
 QString HistoryList::badgeOf(const RemovalHistoryEntry& entry) const {
     using Items = RemovalHistoryEntry::Items;
+    if (entry.isPartlyPurged) return words(texts_, "history.row.partlyPurged");
     if (entry.items() == Items::putBack) return words(texts_, "history.row.restored");
     if (entry.items() == Items::missing) return words(texts_, "history.row.missing");
     return entry.manifest.recoveredAt ? words(texts_, "history.row.recovered") : QString();

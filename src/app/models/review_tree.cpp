@@ -61,8 +61,7 @@ void ReviewTree::addTree(int parent, const LeftoverTree& tree) {
         const int above =
             add(parent, {.kind = Kind::tier,
                          .title = texts_.text("risk." + std::string(name(tier.risk)) + ".title"),
-                         .risk = tier.risk,
-                         .sizeText = tier.sizeText.value_or("")});
+                         .risk = tier.risk});
         for (const auto& group : tier.groups) {
             if (!hasShown(group)) continue;
             const auto title = texts_.text("category." + std::string(name(group.category)));
@@ -83,17 +82,21 @@ void ReviewTree::addTree(int parent, const LeftoverTree& tree) {
 /// From below: children come after their parents.
 void ReviewTree::count() {
     const auto& choice = flow_.choice();
-    for (auto& node : nodes_)
+    for (auto& node : nodes_) {
         node.selected = node.eligible = 0;
+        node.size = {};
+    }
     for (auto node = nodes_.rbegin(); node != nodes_.rend(); ++node) {
         if (node->trace && isEligible(*node->trace, choice.mode())) {
             node->eligible = 1;
             node->selected = choice.isSelected(node->trace->id) ? 1 : 0;
+            node->size.add(node->trace->sizeBytes, node->trace->isSizePartial);
         }
         if (node->parent < 0) continue;
         auto& above = nodes_[static_cast<std::size_t>(node->parent)];
         above.selected += node->selected;
         above.eligible += node->eligible;
+        above.size.add(node->size);
     }
 }
 
@@ -152,6 +155,8 @@ QVariant ReviewTree::data(const QModelIndex& index, int role) const {
     case risk:
         return static_cast<int>(node.risk);
     case size:
+        if (node.kind == Kind::tier && node.size.isKnown)
+            return QString::fromStdString(sizeText(node.size, texts_));
         return QString::fromStdString(node.sizeText);
     case Qt::AccessibleTextRole:
         return spoken(index);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/models/find_row.h"
+#include "base/byte_sum.h"
 #include "base/texts.h"
 #include "base/uuid.h"
 #include "platform/user_environment.h"
@@ -60,6 +61,7 @@ class ReviewTree final : public QAbstractItemModel {
         std::string sizeText = {};
         int selected = 0; ///< of what lies below and can be chosen
         int eligible = 0;
+        ByteSum size = {}; ///< of what can be chosen
     };
 
     int add(int parent, Node node);

@@ -42,7 +42,8 @@ QString traceReason(const Trace& trace, const Texts& texts) {
 QString traceBadge(const Trace& trace, const Texts& texts) {
     if (trace.contestedBy)
         return words(texts, "review.badge.contested %@", {shown(trace.contestedBy->name).toStdString()});
-    if (trace.isOnlyListed || trace.mayHoldOthers) return words(texts, "review.badge.unsure");
+    if (trace.isOnlyListed || trace.mayHoldOthers || trace.ownerUnsure)
+        return words(texts, "review.badge.unsure");
     if (trace.reversibility == Reversibility::irreversibleDestructive)
         return words(texts, "review.badge.permanent");
     if (trace.reversibility == Reversibility::irreversibleHarmless)

@@ -4,8 +4,10 @@
 #include "app/screens/permissions/permissions_view.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/sheet.h"
+#include "app/widgets/tile.h"
 #include "app/widgets/words.h"
 #include "base/background_step.h"
+#include "program/session_models.h"
 #include "removal/flow_types.h"
 #include "scan/matching/trace.h"
 #include "sweep/location_sweep.h"
@@ -19,8 +21,25 @@
 
 namespace tidwen {
 
-MacQuestions::MacQuestions(QWidget& view, OpenMac& mac) : view_(view), mac_(mac), texts_(mac.system().texts) {
-    following_.push_back(mac.chores().changed.connect([this] { follow(); }));
+namespace {
+
+struct ClosingWords {
+    const char* title;
+    const char* body;
+};
+
+/// What stopping means for what is under way.
+ClosingWords closingWords(std::optional<SessionModels::Work> work) {
+    if (work == SessionModels::Work::undo) return {"closing.title", "closing.body.undo"};
+    if (work == SessionModels::Work::deletion) return {"closing.title.deletion", "closing.body.deletion"};
+    return {"closing.title", "closing.body"};
+}
+
+} // namespace
+
+MacQuestions::MacQuestions(QWidget& view, OpenMac& mac, std::function<void(const QString&)> say)
+    : view_(view), mac_(mac), texts_(mac.system().texts), say_(std::move(say)) {
+    following_.push_back(mac.chores().changed.connect([this](ChoresChange) { follow(); }));
     following_.push_back(
         mac.session().models().history().busyEntryID.observe([this](const auto&) { follow(); }));
 }
@@ -33,13 +52,15 @@ MacQuestions::~MacQuestions() {
 MacQuestions::Open MacQuestions::open() const {
     return {.confirms = confirmSheet_ != nullptr,
             .asksToClose = closeSheet_ ? std::optional(closing_) : std::nullopt,
-            .whenIdle = whenIdle_};
+            .whenIdle = whenIdle_,
+            .measures = measures_};
 }
 
 void MacQuestions::reopen(Open open) {
     if (open.confirms) confirm();
     if (open.asksToClose) askToClose(*open.asksToClose);
     whenIdle_ = std::move(open.whenIdle);
+    if (open.measures) confirmStartupItems();
 }
 
 void MacQuestions::follow() {
@@ -60,6 +81,13 @@ void MacQuestions::askToQuit() {
     auto* sheet =
         new Sheet(view_.window(), words(texts_, "quit.title %@", {shown(prompt->appName).toStdString()}));
     quitSheet_ = sheet;
+    for (const auto& group : mac_.flow().choice().findings().groups())
+        if (const auto& app = group.target; app.name == prompt->appName) {
+            auto* tile = new Tile(44, mac_.icons());
+            tile->show(shown(app.name), app.bundleID, app.bundleURL);
+            sheet->content().addWidget(tile, 0, Qt::AlignLeading);
+            break;
+        }
     sheet->addWords({text("quit.body")});
     const auto answer = [this, sheet](QuitPromptChoice choice) {
         sheet->onCancel = nullptr;
@@ -79,8 +107,11 @@ void MacQuestions::askToQuit() {
 void MacQuestions::confirm() {
     if (confirmSheet_) return;
     confirmedStage_ = mac_.flow().stage().index();
-    confirmSheet_ = openConfirmSheet(view_.window(), mac_.flow().choice(), mac_.system(), mac_.icons(),
-                                     [this] { mac_.flow().confirm(); });
+    confirmSheet_ =
+        openConfirmSheet(view_.window(), mac_.flow().choice(), mac_.system(), mac_.icons(), [this] {
+            const auto answer = mac_.flow().confirm();
+            if (!answer && !mac_.flow().errorMessage()) say_(shown(texts_.text(answer.error())));
+        });
 }
 
 void MacQuestions::confirmInstallers() {
@@ -93,6 +124,7 @@ void MacQuestions::confirmInstallers() {
 /// What the jobs hold is measured first, for the question names their size.
 void MacQuestions::confirmStartupItems() {
     if (mac_.isBusy()) return;
+    measures_ = true;
     std::vector<Trace> traces;
     for (const auto& item : mac_.session().models().startupItems().selectedItems())
         if (auto trace = startupTrace(item)) traces.push_back(std::move(*trace));
@@ -103,14 +135,25 @@ void MacQuestions::confirmStartupItems() {
             return std::move(traces);
         },
         [](MacQuestions& questions, std::vector<Trace> measured) {
-            auto& flow = questions.mac_.flow();
-            // Pressed again while it was measured, the first question stands, over what it names.
-            const bool isAsked = questions.confirmSheet_ != nullptr;
-            const bool isElsewhere = !std::holds_alternative<stage::StartupItems>(flow.stage());
-            if (measured.empty() || isAsked || isElsewhere) return;
-            flow.offer(questions.texts_.text("startup.title"), std::move(measured));
-            questions.confirm();
+            questions.confirmMeasured(std::move(measured));
         });
+}
+
+void MacQuestions::confirmMeasured(std::vector<Trace> measured) {
+    auto& flow = mac_.flow();
+    // Pressed again while it was measured, the first question stands, over what it names.
+    const bool isElsewhere = !std::holds_alternative<stage::StartupItems>(flow.stage());
+    const bool isOver = measured.empty() || confirmSheet_ || isElsewhere || mac_.isBusy();
+    const auto* open = isOver ? nullptr : Sheet::topmost(*view_.window());
+    measures_ = open != nullptr;
+    if (isOver) return;
+    if (open) { // Asks when that is closed, about what is chosen then.
+        QObject::connect(
+            open, &QObject::destroyed, &view_, [this] { confirmStartupItems(); }, Qt::QueuedConnection);
+        return;
+    }
+    flow.offer(texts_.text("startup.title"), std::move(measured));
+    confirm();
 }
 
 void MacQuestions::showPermissions(AppTarget app, std::function<void()> openPrivacy) {
@@ -124,10 +167,12 @@ void MacQuestions::showPermissions(AppTarget app, std::function<void()> openPriv
 
 void MacQuestions::askToClose(const Closing& closing) {
     if (closeSheet_) return;
-    auto* sheet = new Sheet(view_.window(), text("closing.title"), 560);
+    // Of what stands when it is asked; its end takes the question back.
+    const auto words = closingWords(mac_.session().models().work());
+    auto* sheet = new Sheet(view_.window(), text(words.title), 560);
     closeSheet_ = sheet;
     closing_ = closing;
-    sheet->addWords({text("closing.body")});
+    sheet->addWords({text(words.body)});
     auto& answers = sheet->addAnswers();
     answers.addWidget(parts::button(text("closing.stop"), [this, sheet, closing] {
         sheet->close();

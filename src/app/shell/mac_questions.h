@@ -34,10 +34,11 @@ class MacQuestions {
         bool confirms = false;
         std::optional<Closing> asksToClose;
         std::function<void()> whenIdle; ///< of the answer to that
+        bool measures = false;          ///< startup items, to ask about them
     };
 
-    /// Both outlive it. The sheets lie over the window of `view`.
-    MacQuestions(QWidget& view, OpenMac& mac);
+    /// Both outlive it. The sheets lie over the window of `view`; `say` shows words above its screen.
+    MacQuestions(QWidget& view, OpenMac& mac, std::function<void(const QString&)> say);
     ~MacQuestions();
 
     Open open() const;
@@ -47,6 +48,7 @@ class MacQuestions {
 
     void confirm();
     void confirmInstallers();
+    /// Asks once they are measured, and nothing else stands open.
     void confirmStartupItems();
     /// `openPrivacy` shows the pane of System Settings, where there is one.
     void showPermissions(AppTarget app, std::function<void()> openPrivacy);
@@ -56,11 +58,14 @@ class MacQuestions {
 
   private:
     void askToQuit();
+    void confirmMeasured(std::vector<Trace> measured);
     QString text(const char* key) const;
 
     QWidget& view_;
     OpenMac& mac_;
     const Texts& texts_;
+    std::function<void(const QString&)> say_;
+    bool measures_ = false; ///< see `Open`
     QPointer<Sheet> permissionsSheet_;
     QPointer<Sheet> quitSheet_;
     std::optional<Uuid> askedAbout_; ///< the quit question that stands

@@ -9,6 +9,7 @@
 #include "app/screens/review/review_screen.h"
 #include "app/screens/startup/startup_screen.h"
 #include "app/shell/activity_strip.h"
+#include "app/shell/dropped_items.h"
 #include "app/shell/recovery_banner.h"
 #include "app/style/metrics.h"
 #include "app/widgets/list_screen.h"
@@ -23,6 +24,7 @@
 #include "platform/workspace.h"
 #include "program/host_paths.h"
 #include "quarantine/history.h"
+#include "quarantine/history_model.h"
 #include "removal/flow_types.h"
 #include "scan/applications/app_target.h"
 #include "scan/applications/installed_app.h"
@@ -31,9 +33,11 @@
 
 #include <QBoxLayout>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QStackedWidget>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <variant>
@@ -76,7 +80,10 @@ SystemSettingsLauncher::Pane launcherPane(SettingsPane pane) {
 } // namespace
 
 MacView::MacView(OpenMac& mac, Executor& background, const Menus& menus)
-    : mac_(mac), background_(background), texts_(mac.system().texts), questions_(*this, mac) {
+    : mac_(mac),
+      background_(background),
+      texts_(mac.system().texts),
+      questions_(*this, mac, [this](const QString& words) { say(words); }) {
     auto* layout = parts::row(this);
     sidebar_ = new Sidebar(
         texts_,
@@ -90,7 +97,8 @@ MacView::MacView(OpenMac& mac, Executor& background, const Menus& menus)
     errors_ = parts::column(nullptr, scaled(6));
     notices_ = parts::column(nullptr, scaled(6));
     main->addWidget(new ActivityStrip(mac.session().models(), texts_, mac.system().user));
-    main->addWidget(new RecoveryBanner(mac.chores(), texts_, [this](const Path& item) { reveal(item); }));
+    main->addWidget(new RecoveryBanner(mac.chores(), texts_, mac.isRunningMac(),
+                                       [this](const Path& item) { reveal(item); }));
     main->addLayout(errors_);
     main->addLayout(notices_);
     screens_ = new QStackedWidget;
@@ -111,12 +119,15 @@ void MacView::begin() {
 MacView::~MacView() = default;
 
 MacView::Handover MacView::handOver() const {
-    return {.place = place_, .questions = questions_.open()};
+    return {.place = place_, .leftovers = leftoverCount_, .questions = questions_.open()};
 }
 
 void MacView::takeOver(Handover handover) {
     place_ = handover.place;
+    leftoverCount_ = handover.leftovers;
+    showCounts();
     showStage();
+    screens_->currentWidget()->setFocus();
     questions_.reopen(std::move(handover.questions));
 }
 
@@ -137,11 +148,18 @@ void MacView::makeScreens() {
         });
     std::function<void(SettingsPane)> openPaneByHand; // a volume has none
     if (mac_.isRunningMac()) openPaneByHand = [this](SettingsPane pane) { openPane(launcherPane(pane)); };
-    history_ = new HistoryScreen(session.models().history(), texts_, system.user, showItem);
-    work_ = new WorkScreen(texts_, system.user, [this] { mac_.flow().stop(); });
+    history_ =
+        new HistoryScreen(session.models().history(), texts_, system.user, mac_.isRunningMac(), showItem);
+    work_ = new WorkScreen(texts_, mac_.icons(), system.user, [this] { mac_.flow().stop(); });
     review_ = new ReviewScreen(flow, mac_.icons(), texts_, system.user,
                                {[this] { questions_.confirm(); }, [this] { rescan(); }, showItem,
-                                [this](const AppTarget& app) { showPermissions(app); }, openPaneByHand});
+                                [this](const AppTarget& app) { showPermissions(app); }, openPaneByHand,
+                                [this] {
+                                    using Status = FullDiskAccessProbe::Status;
+                                    auto& permissions = mac_.session().models().permissions();
+                                    return permissions.fullDiskAccess.get() == Status::granted;
+                                },
+                                [this](const AppTarget& app) { return isRunning(app); }});
     leftovers_ = new LeftoversScreen(flow, texts_, system.user,
                                      {[this] { sweep(); }, [this] { questions_.confirm(); }, showItem});
     using Pane = SystemSettingsLauncher::Pane;
@@ -154,7 +172,9 @@ void MacView::makeScreens() {
     startup_ = new StartupScreen(session.models().startupItems(), mac_.icons(), texts_,
                                  {[this] { questions_.confirmStartupItems(); }, showItem,
                                   [this] { openPane(Pane::loginItemsAndExtensions); }});
-    report_ = new ReportScreen(flow, texts_, showItem);
+    std::function<void()> openPrivacy;
+    if (mac_.isRunningMac()) openPrivacy = [this] { openPane(Pane::privacyAndSecurity); };
+    report_ = new ReportScreen(flow, texts_, showItem, std::move(openPrivacy));
     for (QWidget* screen : std::initializer_list<QWidget*>{applications_, leftovers_, installers_, startup_,
                                                            history_, work_, review_, report_})
         screens_->addWidget(screen);
@@ -163,7 +183,7 @@ void MacView::makeScreens() {
 void MacView::follow() {
     auto& flow = mac_.flow();
     auto& models = mac_.session().models();
-    following_.push_back(flow.changed.connect([this] { showStage(); }));
+    following_.push_back(flow.changed.connect([this](FlowChange change) { follow(change); }));
     following_.push_back(flow.progress.observe([this](const auto&) { showWork(mac_.flow().stage()); }));
     const auto count = [this](const auto&) { showCounts(); };
     following_.push_back(models.homeGrid().inventory.observe(count));
@@ -173,12 +193,13 @@ void MacView::follow() {
             sidebar_->warn(status == FullDiskAccessProbe::Status::denied
                                ? text("settings.permissions.fullDisk.denied")
                                : QString());
+            if (status == FullDiskAccessProbe::Status::granted) review_->showGrantedAccess();
         }));
     following_.push_back(models.installers().result.observe(count));
     following_.push_back(models.startupItems().result.observe(count));
-    following_.push_back(mac_.chores().changed.connect([this] {
+    following_.push_back(mac_.chores().changed.connect([this](ChoresChange change) {
         followWork();
-        if (mac_.isBusy()) return;
+        if (mac_.isBusy() || change == ChoresChange::notices) return;
         mac_.session().models().history().load();
         mac_.session().models().homeGrid().load();
     }));
@@ -191,12 +212,17 @@ void MacView::follow() {
             if (entry.items() == RemovalHistoryEntry::Items::putBack)
                 mac_.chores().dismissRecoveryNotice(entry.root);
     }));
-    following_.push_back(flow.sweep().changed.connect([this] {
-        if (std::holds_alternative<stage::Orphans>(mac_.flow().stage())) return showStage();
-        showWork(mac_.flow().stage());
+    following_.push_back(flow.sweep().changed.connect([this](SweepChange change) {
+        const bool isSearching = std::holds_alternative<stage::Scanning>(mac_.flow().stage());
+        if (isSearching) return showWork(mac_.flow().stage());
+        if (change == SweepChange::finds) showStage();
     }));
     // Later: where the report leads to may be left again at once.
     flow.onReportDismissed = [this] {
+        applications_->startAfresh();
+        for (ListScreen* screen : std::initializer_list<ListScreen*>{leftovers_, installers_, startup_})
+            screen->forgetSearch();
+        screens_->currentWidget()->setFocus();
         mac_.session().models().homeGrid().load();
         mac_.session().models().history().load();
         QMetaObject::invokeMethod(
@@ -207,6 +233,7 @@ void MacView::follow() {
 void MacView::showCounts() {
     auto& models = mac_.session().models();
     sidebar_->setCount(Place::applications, models.homeGrid().inventory.get().count);
+    sidebar_->setCount(Place::leftovers, leftoverCount_);
     sidebar_->setCount(Place::installers, models.installers().result.get().files.size());
     sidebar_->setCount(Place::startupItems, models.startupItems().result.get().items.size());
     sidebar_->setCount(Place::history, models.history().entries.get().size());
@@ -249,6 +276,22 @@ void MacView::lookAgain() {
     load(place_);
 }
 
+void MacView::comeBack() {
+    if (mac_.isBusy()) return;
+    const auto held = [&history = mac_.session().models().history()] {
+        std::vector<std::pair<Path, int>> runs;
+        runs.reserve(history.entries.get().size());
+        for (const auto& entry : history.entries.get())
+            runs.emplace_back(entry.root, entry.pendingMoves);
+        return runs;
+    };
+    mac_.session().models().history().load(HistoryModel::Sizes::measured,
+                                           [view = QPointer(this), before = held(), held] {
+                                               if (view && held() != before)
+                                                   view->mac_.session().models().homeGrid().load();
+                                           });
+}
+
 void MacView::sweep() {
     if (mac_.isBusy()) return;
     if (std::holds_alternative<stage::Orphans>(mac_.flow().stage())) mac_.flow().close();
@@ -269,11 +312,54 @@ void MacView::search() {
     if (screens_->currentWidget() == review_) review_->search();
 }
 
+QString MacView::whyNoLook() const {
+    if (mac_.isBusy()) return text("drop.busy");
+    return std::holds_alternative<stage::Scanning>(mac_.flow().stage()) ? text("drop.scanning") : QString();
+}
+
+QString MacView::wordsForDrop(const std::vector<std::string>& hostPaths) const {
+    if (auto why = whyNoLook(); !why.isEmpty()) return why;
+    const auto bundles = std::ranges::count_if(hostPaths, looksLikeApplication);
+    if (bundles == 0) return text("drop.noApplication");
+    const auto isProtected = [&](const std::string& path) {
+        const auto& apps = mac_.session().models().homeGrid().apps();
+        return std::ranges::any_of(apps, [&](const InstalledApp& app) {
+            return app.url.lastComponent() == Path(path).lastComponent()
+                   && mac_.session().protectedApps().contains(app.bundleID);
+        });
+    };
+    const auto kept = std::ranges::count_if(hostPaths, isProtected);
+    auto words = text("drop.look %lld", {std::to_string(bundles)});
+    if (kept > 0) words += QLatin1Char('\n') + text("drop.protected %lld", {std::to_string(kept)});
+    return words;
+}
+
+bool MacView::isRunning(const AppTarget& app) const {
+    return std::ranges::any_of(mac_.session().models().homeGrid().apps(), [&](const InstalledApp& each) {
+        return each.bundleID == app.bundleID && each.usage && each.usage->isRunning;
+    });
+}
+
+/// As the grid knows them; what it does not list yet by the name of its bundle.
+std::vector<WorkScreen::Application> MacView::lookedAt() const {
+    std::vector<WorkScreen::Application> result;
+    result.reserve(lookedAt_.size());
+    const auto& apps = mac_.session().models().homeGrid().apps();
+    for (const auto& bundle : lookedAt_) {
+        const auto known = std::ranges::find(apps, bundle, &InstalledApp::url);
+        if (known != apps.end())
+            result.push_back({known->name, known->bundleID, bundle});
+        else
+            result.push_back({bundle.lastComponent(), {}, bundle});
+    }
+    return result;
+}
+
 void MacView::lookAt(const std::vector<Path>& bundles) {
     beginsWithReset_ = false;
     auto& flow = mac_.flow();
-    if (mac_.isBusy()) return say(text("drop.busy"));
-    if (std::holds_alternative<stage::Scanning>(flow.stage())) return say(text("drop.scanning"));
+    if (const auto why = whyNoLook(); !why.isEmpty()) return say(why);
+    lookedAt_ = bundles;
     const bool isOver = std::holds_alternative<stage::Report>(flow.stage())
                         || std::holds_alternative<stage::Orphans>(flow.stage());
     if (isOver) flow.close();
@@ -299,22 +385,50 @@ void MacView::takeDropped(std::vector<std::string> hostPaths) {
         });
 }
 
+/// Only what the change is about.
+void MacView::follow(FlowChange change) {
+    const auto& stage = mac_.flow().stage();
+    switch (change) {
+    case FlowChange::stage:
+    case FlowChange::listing:
+        return showStage();
+    case FlowChange::phase:
+        return showWork(stage);
+    case FlowChange::problems:
+        return showError();
+    case FlowChange::selection:
+        showError(); // that of an earlier one is over
+        if (std::holds_alternative<stage::Review>(stage)) review_->showSelection();
+        if (std::holds_alternative<stage::Orphans>(stage)) leftovers_->refresh();
+        return;
+    case FlowChange::prompt:
+        return followWork();
+    case FlowChange::undo:
+        showError();
+        report_->update();
+        return followWork();
+    }
+}
+
 void MacView::showStage() {
     auto& flow = mac_.flow();
     const auto& stage = flow.stage();
+    if (const auto* orphans = std::get_if<stage::Orphans>(&stage)) {
+        place_ = Place::leftovers;
+        leftoverCount_ = 0;
+        for (const auto& group : orphans->result->groups)
+            leftoverCount_ += group.traces.size();
+    }
+    sidebar_->choose(place_);
     showError();
     // Also when it is over: the tree would point into findings that are gone.
     if (!std::holds_alternative<stage::Review>(stage) && flow.reviewTrees().empty()) review_->update();
     if (std::holds_alternative<stage::Review>(stage)) {
-        if (std::exchange(beginsWithReset_, false)) flow.setMode(RemovalMode::reset);
         review_->update();
+        if (std::exchange(beginsWithReset_, false)) flow.setMode(RemovalMode::reset);
         show(review_);
-    } else if (const auto* orphans = std::get_if<stage::Orphans>(&stage)) {
-        place_ = Place::leftovers;
-        std::size_t count = 0;
-        for (const auto& group : orphans->result->groups)
-            count += group.traces.size();
-        sidebar_->setCount(Place::leftovers, count);
+    } else if (std::holds_alternative<stage::Orphans>(stage)) {
+        showCounts();
         leftovers_->refresh();
         if (leftovers_->isReady()) showHome();
     } else if (std::holds_alternative<stage::Report>(stage)) {
@@ -344,7 +458,6 @@ void MacView::show(QWidget* screen) {
 }
 
 void MacView::showHome() {
-    sidebar_->choose(place_);
     const auto screen = [this]() -> QWidget* {
         switch (place_) {
         case Place::leftovers:
@@ -366,6 +479,9 @@ void MacView::showHome() {
 void MacView::showWork(const Stage& stage) {
     const auto& step = mac_.flow().progress.get();
     const auto* scanning = std::get_if<stage::Scanning>(&stage);
+    const bool isSearch = scanning && !scanning->name.empty();
+    work_->showApplications(isSearch ? lookedAt() : std::vector<WorkScreen::Application>(),
+                            isSearch ? scanning->name : std::string());
     if (scanning && scanning->name.empty()) {
         const auto& found = mac_.flow().sweep().snapshot();
         work_->show(

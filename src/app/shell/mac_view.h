@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/screens/removing/work_screen.h"
 #include "app/shell/mac_questions.h"
 #include "app/shell/open_mac.h"
 #include "app/shell/sidebar.h"
@@ -33,7 +34,6 @@ class LeftoversScreen;
 class ReportScreen;
 class ReviewScreen;
 class StartupScreen;
-class WorkScreen;
 
 /// One open Mac: its places at the side, and the screen at which the flow of a removal stands.
 class MacView final : public QWidget {
@@ -46,6 +46,7 @@ class MacView final : public QWidget {
     /// What stands in a view alone, and goes to the one that takes its place in another language.
     struct Handover {
         Place place = Place::applications;
+        std::size_t leftovers = 0; ///< that the last sweep found
         MacQuestions::Open questions;
     };
 
@@ -61,9 +62,13 @@ class MacView final : public QWidget {
     void search();
     /// Reads anew what is on the screen.
     void lookAgain();
+    /// The window is used again: another process may have removed something, or put it back.
+    void comeBack();
     void lookAt(const std::vector<Path>& bundles);
     /// Files of this machine; those that lie on the volume are looked at.
     void takeDropped(std::vector<std::string> hostPaths);
+    /// What dropping these files would do, or why nothing. By their names alone.
+    QString wordsForDrop(const std::vector<std::string>& hostPaths) const;
     void openPane(SystemSettingsLauncher::Pane pane);
     /// Words above the screen, until they are dismissed or another screen comes. A search does not take them
     /// away.
@@ -76,8 +81,12 @@ class MacView final : public QWidget {
 
   private:
     void makeScreens();
+    QString whyNoLook() const;
+    bool isRunning(const AppTarget& app) const;
+    std::vector<WorkScreen::Application> lookedAt() const;
     void follow();
     void showCounts();
+    void follow(FlowChange change);
     void showStage();
     void show(QWidget* screen);
     void showHome();
@@ -104,6 +113,7 @@ class MacView final : public QWidget {
     std::optional<std::string> shownError_;
     std::size_t shownStage_ = std::variant_npos;
     QStackedWidget* screens_ = nullptr;
+    std::size_t leftoverCount_ = 0;     ///< found by the last sweep
     Place place_ = Place::applications; ///< where one is, or comes back to
     ApplicationsScreen* applications_ = nullptr;
     LeftoversScreen* leftovers_ = nullptr;
@@ -113,6 +123,7 @@ class MacView final : public QWidget {
     WorkScreen* work_ = nullptr;
     ReviewScreen* review_ = nullptr;
     ReportScreen* report_ = nullptr;
+    std::vector<Path> lookedAt_;   ///< the bundles of the latest search
     bool beginsWithReset_ = false; ///< the review that is being prepared
     std::vector<Subscription> following_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it

@@ -11,6 +11,7 @@
 #include "app/shell/standing_services.h"
 #include "app/shell/system_chooser.h"
 #include "app/style/metrics.h"
+#include "app/widgets/return_key.h"
 #include "app/widgets/words.h"
 #include "base/message.h"
 #include "base/path.h"
@@ -28,7 +29,6 @@
 #include <QScreen>
 #include <QStringList>
 #include <QTimer>
-#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -53,6 +53,7 @@ MainWindow::MainWindow(Services services)
           QMetaObject::invokeMethod(
               this, [this] { speakAnew(); }, Qt::QueuedConnection);
       })) {
+    returnKey::guard();
     setWindowTitle(text("window.title"));
     setMinimumSize(800, 560);
     // Large texts make it larger, but never so large that its buttons lie beside the screen.
@@ -244,6 +245,14 @@ void MainWindow::comeBack() {
     if (standing_ && !isVisible()) show();
 }
 
+bool MainWindow::isOpening() const {
+    return welcome_ && welcome_->isBusy();
+}
+
+bool MainWindow::isNeeded() const {
+    return isVisible() || (standing_ && standing_->isNeeded());
+}
+
 /// In another language everything that shows is made anew, over the models as they stand.
 void MainWindow::speakAnew() {
     const auto settings = settings_ ? std::optional(settings_->tab()) : std::nullopt;
@@ -307,11 +316,16 @@ void MainWindow::endHidden() {
     if (QApplication::quitOnLastWindowClosed()) QApplication::quit();
 }
 
+void MainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    const bool isBack = event->type() == QEvent::ActivationChange && isActiveWindow();
+    if (isBack && view_ && mac_->chores().isDone()) view_->comeBack();
+}
+
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
     const auto paths = droppedPaths(*event->mimeData());
     if (!view_ || paths.empty()) return;
-    const auto bundles = std::count_if(paths.begin(), paths.end(), looksLikeApplication);
-    veil_->show(bundles > 0 ? text("drop.look %lld", {std::to_string(bundles)}) : text("drop.noApplication"));
+    veil_->show(view_->wordsForDrop(paths));
     event->acceptProposedAction();
 }
 

@@ -57,10 +57,15 @@ class MainWindow final : public QMainWindow {
     void present();
     /// The program came to the front.
     void comeBack();
+    /// Until a Mac that was asked for is there, or cannot be.
+    bool isOpening() const;
+    /// It is seen, or goes on watching the Trash without being seen.
+    bool isNeeded() const;
     OpenMac* mac() { return mac_.get(); }
     MacView* view() { return view_; }
 
   protected:
+    void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragLeaveEvent(QDragLeaveEvent* event) override;

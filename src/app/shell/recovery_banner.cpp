@@ -1,5 +1,6 @@
 #include "app/shell/recovery_banner.h"
 
+#include "app/models/undo_words.h"
 #include "app/style/metrics.h"
 #include "app/widgets/notice.h"
 #include "app/widgets/parts.h"
@@ -22,13 +23,14 @@ constexpr qsizetype mostLines = 6; ///< more would leave no room for the screen 
 
 } // namespace
 
-RecoveryBanner::RecoveryBanner(StartupChores& chores, const Texts& texts,
+RecoveryBanner::RecoveryBanner(StartupChores& chores, const Texts& texts, bool runsJobs,
                                std::function<void(const Path&)> reveal)
     : chores_(chores),
       texts_(texts),
+      runsJobs_(runsJobs),
       reveal_(std::move(reveal)),
       notices_(parts::column(this, scaled(6))),
-      following_(chores.changed.connect([this] { update(); })) {
+      following_(chores.changed.connect([this](ChoresChange) { update(); })) {
     notices_->setContentsMargins(scaled(24), scaled(12), scaled(24), 0);
     update();
 }
@@ -36,14 +38,21 @@ RecoveryBanner::RecoveryBanner(StartupChores& chores, const Texts& texts,
 void RecoveryBanner::update() {
     parts::clear(*notices_);
     const auto& undo = chores_.undoReport();
-    if (undo && undo->failures.empty())
-        notices_->addWidget(makeNotice(
-            NoticeTone::information,
-            {text("home.recovery.undone %@", {names(chores_.undoneApps()).toStdString()}),
-             undo->mayHaveLost ? text("report.undo.permanent") : QString(), text("window.dismiss")},
-            [this] { chores_.forgetUndo(); }));
+    if (undo && undo->failures.empty()) showUndone(*undo);
     if (const auto notice = chores_.recoveryNotice()) showNotice(*notice);
     setVisible(notices_->count() > 0);
+}
+
+void RecoveryBanner::showUndone(const UndoReport& undo) {
+    auto lines = undoLines(undo, runsJobs_, texts_);
+    if (undo.mayHaveLost) lines.prepend(text("report.undo.permanent"));
+    const bool isSame = isAsBefore(undo);
+    notices_->addWidget(
+        makeNotice(isSame ? NoticeTone::information : NoticeTone::caution,
+                   {isSame ? text("home.recovery.undone %@", {names(chores_.undoneApps()).toStdString()})
+                           : text("report.undo.complete"),
+                    firstLines(lines, mostLines, texts_), text("window.dismiss")},
+                   [this] { chores_.forgetUndo(); }));
 }
 
 void RecoveryBanner::showNotice(const RecoveryNotice& notice) {
@@ -52,12 +61,11 @@ void RecoveryBanner::showNotice(const RecoveryNotice& notice) {
         lines << shown(item) + QStringLiteral(": ") + text("failure.moveUnfinished");
     lines += failures();
     const bool isWhole = lines.size() == 1;
-    if (lines.size() > mostLines) lines = lines.first(mostLines) << QStringLiteral("…");
     const bool isUndoing = chores_.isUndoing();
     notices_->addWidget(makeNotice(
         isWhole ? NoticeTone::information : NoticeTone::caution,
         {text("home.recovery.title %@", {names(notice.manifest.apps).toStdString()}),
-         lines.join(QLatin1Char('\n'))},
+         firstLines(lines, mostLines, texts_)},
         {{text(isUndoing ? "home.recovery.restoring" : "home.recovery.undo"),
           [this] { chores_.undoRecovered(); }, !isUndoing, QStringLiteral("undo recovered")},
          {text("home.recovery.reveal"), [this, root = notice.manifest.quarantineRoot] { reveal_(root); }},
@@ -75,9 +83,7 @@ QStringList RecoveryBanner::failures() const {
     const auto& undo = chores_.undoReport();
     if (!undo || undo->failures.empty()) return lines;
     lines << text("home.recovery.undoneIncomplete");
-    for (const auto& failure : undo->failures)
-        lines << shown(failure.text(texts_));
-    return lines;
+    return lines + undoLines(*undo, runsJobs_, texts_);
 }
 
 QString RecoveryBanner::names(const std::vector<AppRecord>& apps) const {

@@ -19,10 +19,12 @@ namespace tidwen {
 class RecoveryBanner final : public QWidget {
   public:
     /// What is passed outlives it.
-    RecoveryBanner(StartupChores& chores, const Texts& texts, std::function<void(const Path&)> reveal);
+    RecoveryBanner(StartupChores& chores, const Texts& texts, bool runsJobs,
+                   std::function<void(const Path&)> reveal);
 
   private:
     void update();
+    void showUndone(const UndoReport& undo);
     void showNotice(const RecoveryNotice& notice);
     QString names(const std::vector<AppRecord>& apps) const;
     /// Of the undo of the run that the notice is about.
@@ -31,6 +33,7 @@ class RecoveryBanner final : public QWidget {
 
     StartupChores& chores_;
     const Texts& texts_;
+    bool runsJobs_; ///< not on a volume
     std::function<void(const Path&)> reveal_;
     QBoxLayout* notices_;
     Subscription following_;

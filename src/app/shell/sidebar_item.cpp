@@ -5,6 +5,7 @@
 #include "app/style/palette.h"
 #include "app/style/style.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 #include <algorithm>
 
@@ -57,6 +58,11 @@ QSize SidebarItem::sizeHint() const {
     const QFontMetrics small(textFont(Type::second));
     const int beside = second_.isEmpty() ? small.horizontalAdvance(count_) + 4 : scaled(16);
     return {ends + std::max(words + beside, small.horizontalAdvance(second_) + beside), height};
+}
+
+void SidebarItem::keyPressEvent(QKeyEvent* event) {
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    isReturn ? click() : QAbstractButton::keyPressEvent(event);
 }
 
 void SidebarItem::paintEvent(QPaintEvent* /*event*/) {

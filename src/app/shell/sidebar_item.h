@@ -17,6 +17,7 @@ class SidebarItem final : public QAbstractButton {
     QSize sizeHint() const override;
 
   protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
   private:

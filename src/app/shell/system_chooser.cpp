@@ -48,6 +48,8 @@ void SystemChooser::fill() {
         add("applications", "window.thisMac", [this, running] { openRunning(running); });
     addRecent(services_.recent.all());
     menu_->addSeparator();
+    if (open_ && open_->home)
+        add("disk", "window.system.anotherHome", [this, folder = open_->folder] { open(folder, {}); });
     add("folder", "window.menu.open", [this] { chooseVolume(); });
     add("leaf", "window.menu.sample", [this] { openSample(); });
     add("leaf", "window.menu.sampleFolder", [this] { chooseSampleFolder(); });
@@ -141,6 +143,7 @@ void SystemChooser::take(MacOpener::Result result, const fs::path& folder) {
     }
     if (!reactions_.mayLeave()) return; // a removal may have begun meanwhile
     if (result->volume) services_.recent.remember(*result->volume);
+    open_ = result->volume;
     reactions_.opened(std::move(*result));
 }
 

@@ -63,6 +63,7 @@ class SystemChooser final : public QObject {
     QWidget* window_;
     Services services_;
     Reactions reactions_;
+    std::optional<RecentVolume> open_; ///< the volume that is open, unless it is temporary
     QMenu* menu_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };

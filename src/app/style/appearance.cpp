@@ -5,9 +5,26 @@
 #include <QApplication>
 #include <QEvent>
 #include <QStyleHints>
+#include <string>
 #include <utility>
+#ifdef __APPLE__
+#include "macos/application_appearance.h"
+#endif
 
 namespace tidwen {
+
+namespace {
+
+/// The parts of the windows that the system draws.
+void showNatively([[maybe_unused]] const std::string& choice) {
+#ifdef __APPLE__
+    setApplicationAppearance(choice == "light"  ? ShownAppearance::light
+                             : choice == "dark" ? ShownAppearance::dark
+                                                : ShownAppearance::desktops);
+#endif
+}
+
+} // namespace
 
 Appearance systemAppearance() {
 #if QT_VERSION >= QT_VERSION_CHECK(6, 5, 0)
@@ -44,6 +61,7 @@ void AppearanceFollower::apply() {
     if (std::exchange(isApplying_, true))
         return; // asking the desktop and changing the palette tell of it again
     const auto& choice = choice_.get();
+    showNatively(choice); // first, for the desktop would answer with the choice before
     const auto wanted = choice == "light"  ? Appearance::light
                         : choice == "dark" ? Appearance::dark
                                            : desktop_();

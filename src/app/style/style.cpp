@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <QPainter>
+#include <QPushButton>
 #include <QStyleOption>
 #include <QTreeView>
 
@@ -18,10 +19,7 @@ constexpr int controlHeight = 30;
 constexpr int openingTime = 150; ///< milliseconds, for the tiers of a tree
 constexpr int focusWidth = 2;    ///< room that controls leave around themselves for the ring
 
-bool isPrimary(const QStyleOption* option) {
-    const auto* button = qstyleoption_cast<const QStyleOptionButton*>(option);
-    return button && button->features.testFlag(QStyleOptionButton::DefaultButton);
-}
+constexpr const char* primaryMark = "primary"; ///< a property
 
 /// The ring appears for people who work by keyboard.
 bool showsFocus(const QStyleOption& option) {
@@ -37,7 +35,7 @@ void Style::drawPrimitive(PrimitiveElement element, const QStyleOption* option, 
                           const QWidget* widget) const {
     switch (element) {
     case PE_PanelButtonCommand:
-        return drawPanel(*option, *painter, isPrimary(option), showsFocus(*option));
+        return drawPanel(*option, *painter, isPrimary(widget), showsFocus(*option));
     case PE_PanelButtonTool:
         return drawPanel(*option, *painter, false, showsFocus(*option));
     case PE_PanelLineEdit: {
@@ -71,7 +69,7 @@ void Style::drawPrimitive(PrimitiveElement element, const QStyleOption* option, 
 
 void Style::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                         const QWidget* widget) const {
-    if (element == CE_PushButtonLabel && isPrimary(option)) {
+    if (element == CE_PushButtonLabel && isPrimary(widget)) {
         auto button = *qstyleoption_cast<const QStyleOptionButton*>(option);
         button.palette.setColor(QPalette::ButtonText, colors_[Role::onAccent]);
         return QProxyStyle::drawControl(element, &button, painter, widget);
@@ -200,6 +198,14 @@ void Style::drawCheckBox(const QStyleOption& option, QPainter& painter) const {
     else if (isOn)
         painter.drawPolyline(QPolygonF{{3.6, 7.2}, {6, 9.6}, {10.6, 4.6}});
     painter.restore();
+}
+
+void makePrimary(QPushButton& button) {
+    button.setProperty(primaryMark, true);
+}
+
+bool isPrimary(const QWidget* button) {
+    return button && button->property(primaryMark).toBool();
 }
 
 const Colors& colors() {

@@ -4,6 +4,8 @@
 
 #include <QProxyStyle>
 
+class QPushButton;
+
 namespace tidwen {
 
 /// How every control looks: the toolkit's portable style with our shapes and colours. Belongs to the
@@ -34,6 +36,11 @@ class Style : public QProxyStyle {
 
     Colors colors_;
 };
+
+/// A button is the main one of what it stands on. The toolkit's own mark, "default", goes to whichever button
+/// has the focus.
+void makePrimary(QPushButton& button);
+bool isPrimary(const QWidget* button);
 
 /// Of the application's style; light ones while it has another.
 const Colors& colors();

@@ -5,6 +5,7 @@
 #include "app/style/palette.h"
 #include "app/style/risk_roles.h"
 #include "app/widgets/parts.h"
+#include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
 #include "base/path.h"
 
@@ -34,6 +35,7 @@ DetailsPane::DetailsPane(const Texts& texts, UserEnvironment user, std::function
 
 void DetailsPane::show(const Trace* trace) {
     parts::clear(*content_);
+    shown_ = trace;
     if (!trace) {
         content_->addWidget(
             parts::paragraph(words(texts_, "review.details.none"), Type::second, Role::second));
@@ -49,16 +51,21 @@ void DetailsPane::show(const Trace* trace) {
     addLine("review.details.risk", words(texts_, risk) + QLatin1Char('\n') + words(texts_, note));
     const auto* guidance = std::get_if<action::Guidance>(&trace->action);
     if (guidance) addLine("review.byHand.title", shown(guidance->step.instruction));
-    if (const auto badge = traceBadge(*trace, texts_); !badge.isEmpty())
-        addLine("review.details.mark",
-                trace->mayHoldOthers && !trace->contestedBy
-                    ? badge + QStringLiteral(": ") + words(texts_, "left.mayHoldOthers")
-                    : badge);
+    if (auto badge = traceBadge(*trace, texts_); !badge.isEmpty()) {
+        const auto* why = trace->contestedBy     ? nullptr
+                          : trace->mayHoldOthers ? "left.mayHoldOthers"
+                          : trace->ownerUnsure   ? "left.ownerUnsure"
+                                                 : nullptr;
+        if (why) badge += QStringLiteral(": ") + words(texts_, why);
+        addLine("review.details.mark", badge);
+    }
     if (trace->sizeBytes) addLine("cli.apps.size", sizeWords(trace->sizeBytes, texts_));
     if (const auto place = tracePlace(*trace, user_); !place.isEmpty())
         addLine("review.details.where", breakable(place));
-    addLine("review.details.undo",
-            words(texts_, "review.details.undo." + std::string(name(trace->reversibility))));
+    auto undo = words(texts_, "review.details.undo." + std::string(name(trace->reversibility)));
+    if (trace->reversibility == Reversibility::irreversibleHarmless)
+        undo += QLatin1Char('\n') + words(texts_, "review.badge.notUndone.help");
+    addLine("review.details.undo", undo);
     if (const auto* path = movedPath(trace->action)) addButtons(*path);
     if (guidance && guidance->step.settingsPane && onPane)
         content_->addWidget(parts::button(words(texts_, "settings.permissions.open"),
@@ -69,8 +76,28 @@ void DetailsPane::show(const Trace* trace) {
                                      [this, found = *trace] { onPermissions(found); });
         button->setObjectName(QStringLiteral("permissions of the find"));
         content_->addWidget(button, 0, Qt::AlignLeading);
+        content_->addWidget(parts::paragraph(words(texts_, "review.audit.note"), Type::second, Role::second));
     }
     content_->addStretch(1);
+}
+
+void DetailsPane::openSheet(QWidget* window) const {
+    if (!shown_) return;
+    auto* sheet = new Sheet(window, words(texts_, "review.details"), 340);
+    const auto leave = [sheet](const auto& act) {
+        return [sheet, act](const auto& argument) {
+            sheet->close(); // what comes next may be another one
+            act(argument);
+        };
+    };
+    auto* pane = new DetailsPane(texts_, user_, reveal_, tierNotes_);
+    if (onPermissions) pane->onPermissions = leave(onPermissions);
+    if (onPane) pane->onPane = leave(onPane);
+    pane->show(shown_);
+    sheet->content().addWidget(pane, 0);
+    sheet->addAnswers().addWidget(
+        parts::primaryButton(words(texts_, "permissions.doneButton"), [sheet] { sheet->cancel(); }));
+    sheet->open();
 }
 
 void DetailsPane::addLine(const char* key, const QString& text) {

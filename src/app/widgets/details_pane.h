@@ -21,6 +21,8 @@ class DetailsPane final : public Panel {
                 std::string tierNotes = "review.risk.");
 
     void show(const Trace* trace); ///< null: nothing is current
+    /// The same over a window in which the pane has no room; nothing while nothing is current.
+    void openSheet(QWidget* window) const;
     /// Shows the permissions that a find resets, one by one; may be empty.
     std::function<void(const Trace&)> onPermissions;
     /// Opens the pane of System Settings in which a step is done by hand; may be empty.
@@ -34,6 +36,7 @@ class DetailsPane final : public Panel {
     UserEnvironment user_;
     std::function<void(const Path&)> reveal_;
     std::string tierNotes_;
+    const Trace* shown_ = nullptr;
     QBoxLayout* content_;
 };
 

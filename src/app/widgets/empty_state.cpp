@@ -26,7 +26,6 @@ EmptyState::EmptyState(const QString& icon)
           if (act_) act_();
       })) {
     action_->setObjectName(QStringLiteral("empty action"));
-    setFocusProxy(action_);
     auto* layout = parts::column(this, scaled(8));
     for (auto* label : {picture_, title_, sentence_})
         label->setAlignment(Qt::AlignCenter);
@@ -53,9 +52,15 @@ void EmptyState::say(const QString& title, const QString& sentence) {
 }
 
 void EmptyState::offer(const QString& words, std::function<void()> act) {
+    const bool hasIt = hasFocus() || action_->hasFocus();
     act_ = std::move(act);
     action_->setText(words);
     action_->setVisible(!words.isEmpty());
+    if (hasIt) setFocus(); // or the next widget of the window has it
+}
+
+void EmptyState::focusInEvent(QFocusEvent* /*event*/) {
+    if (action_->isVisible()) action_->setFocus();
 }
 
 } // namespace tidwen

@@ -19,6 +19,9 @@ class EmptyState final : public QWidget {
     /// The one thing to do about it; without words there is none.
     void offer(const QString& words, std::function<void()> act = {});
 
+  protected:
+    void focusInEvent(QFocusEvent* event) override;
+
   private:
     QLabel* picture_;
     QLabel* title_;

@@ -49,6 +49,7 @@ QWidget* ListScreen::makeContent(const Look& look) {
     connect(view_, &QWidget::customContextMenuRequested, this, [this](const QPoint& at) { showMenu(at); });
     empty_ = new EmptyState(QString::fromLatin1(look.icon));
     auto* lists = new QWidget;
+    lists->setFocusProxy(view_);
     beside_ = parts::row(lists);
     auto* inner = parts::row(nullptr);
     const bool hasCards = look.delegate->hasCards();
@@ -70,6 +71,11 @@ QWidget* ListScreen::makeFooter() {
     remove_->setObjectName(QStringLiteral("remove"));
     layout->addWidget(remove_);
     return footer;
+}
+
+void ListScreen::nameFooter(const char* chosen, const char* remove) {
+    count_->setAccessibleDescription(text(chosen));
+    remove_->setText(text(remove));
 }
 
 void ListScreen::setModel(QAbstractItemModel& model) {
@@ -116,7 +122,7 @@ void ListScreen::showReasons(const QString& title, QStringList reasons, const Re
 }
 
 void ListScreen::showList(bool isShown) {
-    content_->setCurrentIndex(isShown ? 0 : 1);
+    parts::turnTo(*content_, *this, content_->widget(isShown ? 0 : 1));
 }
 
 void ListScreen::setUsable(bool isUsable) {
@@ -142,6 +148,10 @@ void ListScreen::search() {
     search_->selectAll();
 }
 
+void ListScreen::forgetSearch() {
+    search_->clear();
+}
+
 void ListScreen::showMenu(const QPoint& at) {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
@@ -163,14 +173,14 @@ void ListScreen::showNoMatch(const std::function<void()>& clearFilters) {
 }
 
 void ListScreen::keyPressEvent(QKeyEvent* event) {
-    if (isUsable_ && typeInto(*search_, *event)) return;
+    if (isUsable_ && (typeInto(*search_, *event) || leaveDown(*search_, *view_, *event))) return;
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (isReturn && isUsable_ && remove_->isEnabled() && !search_->hasFocus()) return removeChosen_();
     QWidget::keyPressEvent(event);
 }
 
 void ListScreen::focusInEvent(QFocusEvent* /*event*/) {
-    content_->currentIndex() == 0 ? view_->setFocus() : empty_->setFocus();
+    content_->currentWidget()->setFocus();
 }
 
 QString ListScreen::text(const char* key, const std::vector<std::string>& arguments) const {

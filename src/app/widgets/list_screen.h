@@ -28,6 +28,7 @@ class ScreenHeader;
 class ListScreen : public QWidget {
   public:
     void search();
+    void forgetSearch();
 
   protected:
     struct Look {
@@ -77,6 +78,8 @@ class ListScreen : public QWidget {
     bool isUsable() const { return isUsable_; }
     /// `size`: of what is chosen; empty when that is not known.
     void showChosen(std::size_t count, const QString& size = {});
+    /// What the line about the chosen ones and the button that removes them are called.
+    void nameFooter(const char* chosen, const char* remove);
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
     const Texts& texts() const { return texts_; }
 

@@ -3,11 +3,13 @@
 #include "app/style/icons.h"
 #include "app/style/style.h"
 
+#include <QApplication>
 #include <QBoxLayout>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QPushButton>
+#include <QStackedLayout>
 #include <QStyle>
 
 namespace tidwen::parts {
@@ -76,7 +78,7 @@ QPushButton* button(const QString& text, std::function<void()> onClick, const QS
 
 QPushButton* primaryButton(const QString& text, std::function<void()> onClick) {
     auto* result = button(text, std::move(onClick));
-    result->setDefault(true);
+    makePrimary(*result);
     result->setFont(textFont(Type::strong));
     return result;
 }
@@ -111,6 +113,14 @@ QBoxLayout* centred(QWidget* widget) {
     line->addWidget(widget, 100);
     line->addStretch(1);
     return line;
+}
+
+void turnTo(QStackedLayout& pages, QWidget& screen, QWidget* page) {
+    const auto* focused = QApplication::focusWidget();
+    const auto* before = pages.currentWidget();
+    const bool isHere = focused && (focused == &screen || focused == before || before->isAncestorOf(focused));
+    pages.setCurrentWidget(page); // which would give the focus to the next widget of the window
+    if (isHere) page->setFocus();
 }
 
 void clear(QBoxLayout& layout) {

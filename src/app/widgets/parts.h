@@ -10,6 +10,7 @@
 class QBoxLayout;
 class QLabel;
 class QPushButton;
+class QStackedLayout;
 class QWidget;
 
 /// The small parts that every screen is made of.
@@ -30,5 +31,7 @@ QBoxLayout* row(QWidget* parent = nullptr, int spacing = 0);
 /// In the middle of the line. An alignment would do the same, and cut words that need a second line.
 QBoxLayout* centred(QWidget* widget);
 void clear(QBoxLayout& layout);
+/// Shows one of the pages of a screen. The focus, if it is on the screen or the page before, goes there.
+void turnTo(QStackedLayout& pages, QWidget& screen, QWidget* page);
 
 } // namespace tidwen::parts

@@ -58,6 +58,15 @@ void RowView::mousePressEvent(QMouseEvent* event) {
     QTreeView::mousePressEvent(event);
 }
 
+/// Passes over what has nothing to choose and to show, the headings of groups.
+QModelIndex RowView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
+    auto to = QTreeView::moveCursor(action, modifiers);
+    const bool isBack = action == MoveUp || action == MoveLeft || action == MovePageUp;
+    while (to.isValid() && !to.flags().testFlag(Qt::ItemIsSelectable))
+        to = isBack ? indexAbove(to) : indexBelow(to);
+    return to.isValid() ? to : currentIndex();
+}
+
 void RowView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Space) return toggleBox(currentIndex());
     const auto text = event->text();

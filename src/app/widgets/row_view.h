@@ -20,6 +20,7 @@ class RowView final : public QTreeView {
 
   protected:
     void mousePressEvent(QMouseEvent* event) override;
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void keyPressEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void drawBranches(QPainter* /*painter*/, const QRect& /*rect*/,

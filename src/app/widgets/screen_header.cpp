@@ -55,7 +55,7 @@ void ScreenHeader::addControl(QWidget* control) {
 }
 
 void ScreenHeader::addLeading(QWidget* widget) {
-    leading_->insertWidget(0, widget);
+    leading_->insertWidget(leading_->count() - 1, widget); // before the words
 }
 
 void ScreenHeader::resizeEvent(QResizeEvent* event) {
@@ -74,9 +74,11 @@ int ScreenHeader::wishedWidth() const {
     int words = 0;
     for (const auto* label : {title_, line_})
         words = qMax(words, label->fontMetrics().horizontalAdvance(label->text()));
-    const auto* first = leading_->itemAt(0)->widget();
-    const int icon = first ? first->sizeHint().width() + leading_->spacing() : 0;
-    return icon + qMin(words, scaled(longestWords)) + layout_->spacing();
+    int icons = 0;
+    for (int i = 0; i + 1 < leading_->count(); ++i)
+        if (const auto* icon = leading_->itemAt(i)->widget(); !icon->isHidden())
+            icons += icon->sizeHint().width() + leading_->spacing();
+    return icons + qMin(words, scaled(longestWords)) + layout_->spacing();
 }
 
 } // namespace tidwen

@@ -5,6 +5,7 @@
 #include "app/style/palette.h"
 
 #include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QKeyEvent>
 #include <QLineEdit>
 
@@ -35,6 +36,12 @@ bool typeInto(QLineEdit& field, const QKeyEvent& event) {
         return false;
     field.setFocus();
     field.setText(field.text() + typed);
+    return true;
+}
+
+bool leaveDown(const QLineEdit& field, QAbstractItemView& list, const QKeyEvent& event) {
+    if (event.key() != Qt::Key_Down || !field.hasFocus() || !list.isVisible()) return false;
+    list.setFocus(Qt::TabFocusReason);
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include "app/widgets/motion.h"
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
+#include "app/widgets/return_key.h"
 
 #include <QApplication>
 #include <QBoxLayout>
@@ -15,6 +16,7 @@
 #include <QPainter>
 #include <QPushButton>
 #include <algorithm>
+#include <utility>
 
 namespace tidwen {
 
@@ -54,30 +56,31 @@ void Sheet::open() {
     show();
     raise();
     settle(*panel_);
+    returnKey::waitForPause();
     setFocus();
     for (auto* button : findChildren<QPushButton*>())
-        if (button->isDefault()) button->setFocus();
+        if (isPrimary(button)) button->setFocus();
 }
 
-bool Sheet::isOnTop() const {
-    const auto sheets = parentWidget()->findChildren<QWidget*>(objectName(), Qt::FindDirectChildrenOnly);
+const QWidget* Sheet::topmost(const QWidget& window) {
+    const auto sheets = window.findChildren<QWidget*>(QStringLiteral("sheet"), Qt::FindDirectChildrenOnly);
     const auto shown =
         std::find_if(sheets.rbegin(), sheets.rend(), [](auto* sheet) { return sheet->isVisible(); });
-    return shown != sheets.rend() && *shown == this;
+    return shown != sheets.rend() ? *shown : nullptr;
 }
 
 /// A screen below takes the focus when it changes by itself: keys meant for the sheet would answer the
 /// screen.
 void Sheet::keepFocus(QWidget* focused) {
     const bool isElsewhere = !focused || focused->window() != window() || qobject_cast<QMenuBar*>(focused);
-    if (isElsewhere || focused == this || isAncestorOf(focused) || !isOnTop()) return;
+    if (isElsewhere || focused == this || isAncestorOf(focused) || topmost(*parentWidget()) != this) return;
     before_ = focused;
     (focusWidget() ? focusWidget() : this)->setFocus();
 }
 
 void Sheet::close() {
     hide();
-    if (before_) before_->setFocus();
+    if (before_ && before_->isVisible()) before_->setFocus();
     deleteLater();
 }
 
@@ -105,10 +108,16 @@ void Sheet::keyPressEvent(QKeyEvent* event) {
     auto* focused = qobject_cast<QPushButton*>(QApplication::focusWidget());
     if (focused && isAncestorOf(focused)) return focused->click();
     for (auto* button : findChildren<QPushButton*>())
-        if (button->isDefault() && button->isEnabled()) return button->click();
+        if (isPrimary(button) && button->isEnabled()) return button->click();
+}
+
+void Sheet::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    returnKey::waitNoLonger();
 }
 
 void Sheet::paintEvent(QPaintEvent* /*event*/) {
+    if (!std::exchange(wasSeen_, true)) returnKey::waitForPause(); // the pause is one to read in
     QPainter(this).fillRect(rect(), QColor(0, 0, 0, 90));
 }
 

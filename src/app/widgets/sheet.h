@@ -10,7 +10,7 @@ class QBoxLayout;
 namespace tidwen {
 
 /// A question over a veil inside the window: it keeps the focus, Escape cancels. It deletes itself when it is
-/// closed and gives the focus back.
+/// closed and gives the focus back. A Return that is pressed without a pause does not answer it.
 class Sheet : public QWidget {
   public:
     /// `name` is what a screen reader calls it.
@@ -26,17 +26,20 @@ class Sheet : public QWidget {
     void open();
     void close();
     void cancel();
+    /// The sheet that has the keys of a window; null while none is open.
+    static const QWidget* topmost(const QWidget& window);
 
   protected:
     bool focusNextPrevChild(bool next) override;
+    void hideEvent(QHideEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
     void keepFocus(QWidget* focused);
-    bool isOnTop() const;
 
+    bool wasSeen_ = false;
     QWidget* panel_ = nullptr;
     QBoxLayout* content_;
     QPointer<QWidget> before_; ///< had the focus, or asked for it meanwhile

@@ -25,6 +25,7 @@ void Tile::show(const QString& name, const std::string& bundleID, const Path& bu
 
 void Tile::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
+    if (!isEnabled()) painter.setOpacity(0.4);
     const auto icon = icons_.icon(bundle_, devicePixels(painter, width()));
     if (icon.isNull())
         paintTile(painter, rect(), name_, bundleID_);

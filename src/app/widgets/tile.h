@@ -11,7 +11,7 @@ namespace tidwen {
 
 class AppIcons;
 
-/// The icon of one application, or what stands for it.
+/// The icon of one application, or what stands for it. Faint while it is disabled.
 class Tile final : public QWidget {
   public:
     /// `icons` outlives it.

@@ -90,8 +90,9 @@ Preview preview(const CommandContext& context, const Mac& mac, const RemovalChoi
 ExitStatus refuse(const RemovalRefusal& refusal, const CommandContext& context) {
     const auto status = context.refuse(refusal.reason);
     if (refusal.reason.key == "error.reachedThroughLink %@ %@")
-        context.console.advise(context.text(
-            "cli.next %@", {context.commandLine({context.arguments.command, refusal.reason.arguments[1]})}));
+        context.advise({"cli.next %@"},
+                       context.commandLine(
+                           {context.arguments.command, refusal.reason.arguments[1].text()}));
     if (!refusal.unmovableItems.empty()) context.error({"cli.remove.otherAccount"});
     return status;
 }
@@ -123,7 +124,7 @@ void show(const Preview& preview, const RemovalChoice& choice, const CommandCont
         return besideDocument(context, [&](const auto& beside) { printUnseen(unseen, beside); });
     }
     printPlan(preview.plan, preview.layout, context);
-    printLeft(choice.staying(), context);
+    printLeft(choice.remainders(), context);
     printUnsearchable(choice, context);
     printUnseen(unseen, context);
 }
@@ -132,9 +133,9 @@ bool confirmed(const CommandContext& context, const Mac& mac, const RemovalChoic
     const auto words = confirmationTexts(choice.summary(), choice.subject().text(context.texts),
                                          choice.mode(), context.texts);
     const auto show = [&](const CommandContext& shown) {
-        printItems(choice.going(), shown);
+        printItems(choice, shown);
         printConfirmation(words, shown, mac);
-        printLeft(choice.staying(), shown);
+        printLeft(choice.remainders(), shown);
         printUnsearchable(choice, shown);
         printUnseen(choice.findings().unseen(), shown);
     };
@@ -155,9 +156,9 @@ void show(const stage::Report& shown, const RemovalChoice& begun, const CommandC
     printUnsearchable(begun, context);
     const auto undo =
         report.quarantineRoot.isRoot() ? std::nullopt : undoCommandLine(report.quarantineRoot, context, mac);
-    printRemainders(report, undo, context);
+    printLeft(report.left, context);
     printUnseen(report.unseen, context);
-    if (undo) context.console.verbatim(context.text("cli.undo.hint %@", {*undo}));
+    if (undo) context.offer("cli.undo.hint %@", *undo);
 }
 
 /// Nothing was found that the call takes, as after an earlier one: an empty document, and no refusal.
@@ -172,7 +173,7 @@ ExitStatus nothingToDo(const RemovalChoice& choice, const CommandContext& contex
     else
         context.console.line(context.text("error.nothingToRemove"));
     const auto remarks = [&](const CommandContext& shown) {
-        printLeft(choice.staying(), shown);
+        printLeft(choice.remainders(), shown);
         printUnsearchable(choice, shown);
         printUnseen(findings.unseen(), shown);
     };

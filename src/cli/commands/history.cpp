@@ -42,7 +42,8 @@ std::string state(const RemovalHistoryEntry& entry, const CommandContext& contex
         }
         return context.text("history.row.restored");
     }();
-    return entry.manifest.recoveredAt ? items + ", " + context.text("history.row.recovered") : items;
+    const auto known = entry.isPartlyPurged ? items + ", " + context.text("history.row.partlyPurged") : items;
+    return entry.manifest.recoveredAt ? known + ", " + context.text("history.row.recovered") : known;
 }
 
 /// Items put back are no longer in quarantine, and the size of the run's documents is negligible.

@@ -94,8 +94,7 @@ Command installersCommand() {
                        .options = {{"--remove", "", "cli.help.installers.remove"},
                                    {"--select", "ITEMS", "cli.help.installers.select"},
                                    {"--dry-run", "", "cli.help.option.dryRun"}}},
-            .run = run,
-            .movesItems = movesWhenRemoving};
+            .run = run};
 }
 
 } // namespace tidwen

@@ -30,26 +30,15 @@ std::optional<std::string> undoCommandLine(const Path& root, const CommandContex
     return context.commandLine({"undo", root.lastComponent()});
 }
 
-namespace {
-
-std::optional<Message> whyUnreadable(const CommandContext& context, const TerminalHistory& history) {
-    const auto& fault = history.unreadable();
-    if (!fault) return std::nullopt;
-    return Message{"cli.history.unreadable %@ %@",
-                   {fault->path.string(), context.text(failureKey(fault->fault))}};
-}
-
-} // namespace
-
 ExitStatus refuseUnknownRun(const CommandContext& context, const TerminalHistory& history,
                             const Message& reason) {
-    if (const auto unreadable = whyUnreadable(context, history)) return context.refuse(*unreadable);
+    if (const auto& unreadable = history.unreadable()) return context.refuse(*unreadable);
     mentionInterruptedRuns(context, history);
     return context.refuse(reason);
 }
 
 void mentionInterruptedRuns(const CommandContext& context, const TerminalHistory& history) {
-    if (const auto unreadable = whyUnreadable(context, history)) context.error(*unreadable);
+    if (const auto& unreadable = history.unreadable()) context.error(*unreadable);
     if (history.isAnotherAtWork()) context.error({"failure.trashBusy"});
     const auto count = std::ranges::count_if(history.unfinishedRuns(), [](const UnfinishedRun& run) {
         // `recover` can do nothing about the others.
@@ -57,7 +46,8 @@ void mentionInterruptedRuns(const CommandContext& context, const TerminalHistory
                || run.problem == UnfinishedRun::Problem::unsettled;
     });
     if (count > 0)
-        context.error({"cli.interrupted %lld %@", {std::to_string(count), context.commandLine({"recover"})}});
+        context.advise({"cli.interrupted %lld %@", {std::to_string(count)}},
+                       context.commandLine({"recover"}));
 }
 
 } // namespace tidwen

@@ -13,13 +13,17 @@
 #include "operations/removal_operation.h"
 #include "program/mac.h"
 #include "scan/applications/protected_apps.h"
+#include "scan/matching/default_selection.h"
 #include "scan/matching/trace.h"
 #include "sweep/leftover_filter.h"
 #include "sweep/orphan_scanner.h"
 
 #include <algorithm>
+#include <set>
+#include <string>
 #include <string_view>
 #include <tl/expected.hpp>
+#include <utility>
 #include <vector>
 
 namespace tidwen {
@@ -40,27 +44,65 @@ void narrow(OrphanScanResult& orphans, const LeftoverFilter& filter) {
     std::erase_if(orphans.groups, [](const OrphanGroup& group) { return group.traces.empty(); });
 }
 
-void printTraces(const OrphanGroup& group, const CommandContext& context) {
+/// What `--remove` takes with the same filter.
+struct Removable {
+    const LeftoverFilter& filter;
+    bool isKnown; ///< the list of protected applications is readable
+
+    bool contains(const Trace& trace) const {
+        if (!isKnown || trace.reversibility == Reversibility::manualOnly) return false;
+        return filter.risks.empty() ? takenByDefault(trace) : isUndoubted(trace);
+    }
+
+    std::string command(const CommandContext& context) const {
+        std::vector<std::string> words = {"orphans", "--remove"};
+        if (!filter.query.empty()) words.insert(words.end(), {filterOption, filter.query});
+        std::string tiers;
+        for (const auto risk : filter.risks)
+            tiers += (tiers.empty() ? "" : ",") + std::string(name(risk));
+        if (!tiers.empty()) words.insert(words.end(), {"--risk", tiers});
+        return context.commandLine(words);
+    }
+};
+
+void printTraces(const OrphanGroup& group, const Removable& removable, const CommandContext& context) {
     // A group may be of any size; aligning columns over more rows is of no use.
     constexpr std::size_t rowsAtOnce = 5'000;
     for (std::size_t begin = 0; begin < group.traces.size(); begin += rowsAtOnce) {
-        Table table({Table::Align::left, Table::Align::right});
+        Table table({Table::Align::left, Table::Align::left, Table::Align::right});
         for (std::size_t i = begin; i < std::min(begin + rowsAtOnce, group.traces.size()); ++i)
-            table.add({labels::risk(group.traces[i].risk, context.texts),
+            table.add({{removable.contains(group.traces[i]) ? "[x]" : "[ ]", Style::faint},
+                       labels::risk(group.traces[i].risk, context.texts),
                        {labels::size(group.traces[i], context.texts)},
                        {group.traces[i].displayName}});
         table.print(context.console, 2);
     }
 }
 
-void print(const OrphanScanResult& orphans, bool isNarrowed, const CommandContext& context) {
+/// Why finds of the group are not selected, each reason once.
+void printDoubts(const OrphanGroup& group, const CommandContext& context) {
+    std::set<std::string> doubts;
+    for (const auto& trace : group.traces)
+        for (auto& doubt : labels::doubts(trace, context.texts))
+            doubts.insert(std::move(doubt));
+    for (const auto& doubt : doubts)
+        context.console.line("  " + doubt, Style::caution);
+}
+
+void print(const OrphanScanResult& orphans, bool isNarrowed, const Removable& removable,
+           const CommandContext& context) {
     std::size_t count = 0;
+    bool isAnyMarked = false;
     ByteSum sum;
     for (const auto& group : orphans.groups) {
         context.console.line({{group.name, Style::strong},
                               {"  " + group.bundleID},
                               {"  " + labels::countAndSize(group.traces, context.texts), Style::faint}});
-        printTraces(group, context);
+        printDoubts(group, context);
+        printTraces(group, removable, context);
+        isAnyMarked = isAnyMarked || std::ranges::any_of(group.traces, [&](const Trace& trace) {
+                          return removable.contains(trace);
+                      });
         count += group.traces.size();
         sum.add(group.bytes());
     }
@@ -73,6 +115,7 @@ void print(const OrphanScanResult& orphans, bool isNarrowed, const CommandContex
                                   : orphans.gaps.empty() ? "cli.orphans.none"
                                                          : "cli.orphans.undecided")
                    : context.text("cli.scan.found %@", {labels::countAndSize(count, sum, context.texts)}));
+    if (isAnyMarked) context.offer("cli.orphans.remove %@", removable.command(context));
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
@@ -101,7 +144,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     if (context.arguments.json)
         json::write(*orphans, !unknown, [&](std::string_view piece) { context.console.document(piece); });
     else
-        print(*orphans, isNarrowed, context);
+        print(*orphans, isNarrowed, {*filter, !unknown}, context);
     if (unknown && !context.arguments.json) context.console.line(context.text("cli.scan.takenUnknown"));
     return isComplete && !unknown ? ExitStatus::done : ExitStatus::someFailed;
 }
@@ -116,9 +159,7 @@ std::vector<OptionSyntax> options() {
 } // namespace
 
 Command orphansCommand() {
-    return {.syntax = {.name = "orphans", .summary = "cli.help.orphans", .options = options()},
-            .run = run,
-            .movesItems = movesWhenRemoving};
+    return {.syntax = {.name = "orphans", .summary = "cli.help.orphans", .options = options()}, .run = run};
 }
 
 } // namespace tidwen

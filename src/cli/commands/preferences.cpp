@@ -49,6 +49,11 @@ ExitStatus refuse(const CommandContext& context, const std::string& word, const 
     return ExitStatus::refused;
 }
 
+/// Says why a change that is asked for has no effect; that is no failure.
+void tellIdle(const CommandContext& context, const Message& why) {
+    if (!context.arguments.json) context.console.line(context.texts.text(why));
+}
+
 /// Resolves words on the command line to the identifiers used in settings.
 class IdentifierReader {
   public:
@@ -90,19 +95,23 @@ class IdentifierReader {
 };
 
 /// The identifiers in the list that the words mean, by identifier (ignoring case) or by the application's
-/// name; refused completely if one word matches none.
+/// name; refused completely if one word is no identifier and names no application.
 std::optional<std::set<std::string>> protectedOnes(const std::vector<std::string>& words,
                                                    const ProtectedApps& apps, const CommandContext& context,
                                                    Mac* mac) {
     const IdentifierReader reader(context, mac);
     std::set<std::string> found;
     for (const auto& word : words) {
+        const Message unknown{"cli.protect.unknown %@", {word}};
         const auto id = apps.contains(word) ? std::optional(word) : reader.installed(word);
-        if (!id || !apps.contains(*id)) {
-            context.refuse({"cli.protect.unknown %@", {word}});
+        if (!id && !isIdentifier(word)) {
+            context.refuse(unknown);
             return std::nullopt;
         }
-        found.insert(*id);
+        if (id && apps.contains(*id))
+            found.insert(*id);
+        else
+            tellIdle(context, unknown);
     }
     return found;
 }
@@ -114,7 +123,10 @@ std::optional<std::set<std::string>> newOnes(const std::vector<std::string>& wor
     for (const auto& word : words) {
         const auto id = reader.read(word);
         if (!id) return std::nullopt;
-        if (!apps.contains(*id)) found.insert(*id);
+        if (apps.contains(*id))
+            tellIdle(context, {"cli.protect.already %@", {word}});
+        else
+            found.insert(*id);
     }
     return found;
 }
@@ -174,14 +186,21 @@ ExitStatus refuseTag(AppTags::Refusal refusal, const std::string& tag, const std
     switch (refusal) {
     case AppTags::Refusal::unusableName:
         return context.refuse({"cli.tags.unusable %@", {name}});
-    case AppTags::Refusal::thereAlready:
-        return context.refuse({"cli.tags.thereAlready %@", {name}});
+    case AppTags::Refusal::thereAlready: // has no effect
     case AppTags::Refusal::notThere:
         return context.refuse({"cli.tags.notThere %@", {tag}}, closest(tag, known));
     case AppTags::Refusal::notStored:
         break;
     }
     return notStored(context, host);
+}
+
+/// Whether everything is already as the action would make it: the tag is given, or a tag that is in use is
+/// not on this application. A tag that nothing carries is more likely mistyped.
+bool hasNoEffect(AppTags::Refusal refusal, const std::string& action, const std::string& tag,
+                 const AppTags& tags) {
+    return refusal == AppTags::Refusal::thereAlready
+           || (refusal == AppTags::Refusal::notThere && action == "remove" && !tags.tagged(tag).empty());
 }
 
 ExitStatus runTags(const CommandContext& context, Host& host, Mac* mac) {
@@ -203,8 +222,11 @@ ExitStatus runTags(const CommandContext& context, Host& host, Mac* mac) {
         changed = tags.erase(words[1]);
     else if (action != "list" || words.size() > 1)
         return context.misuseOfAction(action);
-    const bool isAlreadySo = !changed && action == "add" && changed.error() == AppTags::Refusal::thereAlready;
-    if (!changed && !isAlreadySo)
+    if (!changed && hasNoEffect(changed.error(), action, tag, tags))
+        tellIdle(context, {changed.error() == AppTags::Refusal::thereAlready ? "cli.tags.thereAlready %@"
+                                                                             : "cli.tags.notThere %@",
+                           {tag}});
+    else if (!changed)
         return refuseTag(changed.error(), action == "rename" ? words[1] : tag, tag, tags.all(), context,
                          host);
     if (context.arguments.json)
@@ -241,7 +263,7 @@ ExitStatus watchAtLogin(bool isOn, const CommandContext& context, const Host& ho
     if (host.loginItem.startsAnother())
         context.error({"cli.settings.loginByApplication"});
     else if (!context.arguments.json)
-        context.console.line(context.text("cli.settings.loginOn %@", {context.commandLine({"watch"})}));
+        context.offer("cli.settings.loginOn %@", context.commandLine({"watch"}));
     return ExitStatus::done;
 }
 
@@ -256,6 +278,13 @@ std::vector<std::string> valuesOf(const std::string& name, const AppPreferences&
     for (const auto& setting : preferenceDescriptions())
         if (setting.name == name) return preferences.values(setting);
     return {};
+}
+
+/// Confirms the new value, and says that something will be deleted without a question.
+void tell(const std::string& name, const std::string& value, const CommandContext& context) {
+    context.console.line({{name, Style::strong}, {"  " + value}});
+    if (name == "quarantineRetention" && value != "never")
+        context.console.line(context.text("cli.settings.deletes"), Style::caution);
 }
 
 ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context, Host& host) {
@@ -275,7 +304,7 @@ ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context
     if (context.arguments.json)
         context.console.document(json::settingDocument(words[1], words[2]));
     else
-        context.console.line({{words[1], Style::strong}, {"  " + words[2]}});
+        tell(words[1], words[2], context);
     return words[1] == "catchTrashedApps" ? watchAtLogin(words[2] == "true", context, host)
                                           : ExitStatus::done;
 }

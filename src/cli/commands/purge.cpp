@@ -116,9 +116,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const bool asks = !context.arguments.yes && !context.arguments.json && context.console.canAsk();
     using enum TerminalHistory::Sizes;
     const auto& runs = history.load(asks ? measured : leftOut);
-    if (const auto& fault = history.unreadable())
-        return context.refuse(
-            {"cli.history.unreadable %@ %@", {fault->path.string(), context.text(failureKey(fault->fault))}});
+    if (const auto& unreadable = history.unreadable()) return context.refuse(*unreadable);
     if (history.isAnotherAtWork()) return context.refuse({"failure.trashBusy"});
     const auto chosen = choose(runs, history, context, mac);
     if (!chosen) return context.refuse(chosen.error());
@@ -156,8 +154,7 @@ Command purgeCommand() {
                        .maximumOperands = anyNumber,
                        .options = {{"--expired", "", "cli.help.purge.expired"},
                                    {"--all", "", "cli.help.purge.all"}}},
-            .run = run,
-            .movesItems = movesUnlessDryRun};
+            .run = run};
 }
 
 } // namespace tidwen

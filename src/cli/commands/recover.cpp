@@ -1,31 +1,28 @@
-#include "base/executor.h"
-#include "base/followed_work.h"
 #include "base/path.h"
 #include "base/timestamp.h"
 #include "cli/command.h"
-#include "cli/commands/lock_refusal.h"
 #include "cli/commands/numbered_history.h"
 #include "cli/console.h"
-#include "cli/end_signals.h"
+#include "cli/flow_session.h"
 #include "cli/json/output.h"
 #include "cli/labels.h"
-#include "platform/file_system.h"
-#include "platform/system.h"
 #include "program/mac.h"
 #include "quarantine/history.h"
 #include "quarantine/manifest.h"
 #include "quarantine/recovery.h"
-#include "quarantine/trash_lock.h"
 #include "quarantine/unfinished_run.h"
 
-#include <memory>
-#include <optional>
 #include <string>
-#include <utility>
 
 namespace tidwen {
 
 namespace {
+
+/// Nothing waits for another recovery or for the user.
+bool isWhole(const RecoveryOutcome& outcome) {
+    return outcome.unfinished.empty() && outcome.strayCopies.empty() && outcome.unlisted.empty()
+           && outcome.notBegun.empty();
+}
 
 void print(const Manifest& manifest, const CommandContext& context, const Mac& mac) {
     // An unloaded job is a step of the run, but not an item.
@@ -35,8 +32,7 @@ void print(const Manifest& manifest, const CommandContext& context, const Mac& m
         {labels::names(manifest.apps), displayDate(manifest.createdAt),
          context.text("history.row.items %lld", {std::to_string(entry ? entry->pendingMoves : 0)})}));
     if (const auto undo = undoCommandLine(manifest.quarantineRoot, context, mac))
-        context.console.verbatim(
-            context.text(missesItems(manifest) ? "cli.undo.hintRest %@" : "cli.undo.hint %@", {*undo}));
+        context.offer(missesItems(manifest) ? "cli.undo.hintRest %@" : "cli.undo.hint %@", *undo);
 }
 
 void error(const UnfinishedRun& run, const CommandContext& context, const Mac& mac) {
@@ -44,7 +40,7 @@ void error(const UnfinishedRun& run, const CommandContext& context, const Mac& m
     for (const auto& item : run.unsettled)
         context.console.error("  " + item);
     if (const auto undo = undoCommandLine(run.root, context, mac))
-        context.error({"cli.undo.hint %@", {*undo}});
+        context.advise({"cli.undo.hint %@"}, *undo);
 }
 
 const std::string& line(const Path& place) {
@@ -61,70 +57,38 @@ void list(const char* heading, const Places& places, const CommandContext& conte
         context.console.error("  " + line(place));
 }
 
-/// The first Ctrl-C stops it after the current quarantine folder.
-RecoveryOutcome recover(const CommandContext& context, const System& system) {
-    MainQueue main;
-    FollowedWork::Progress progress;
-    FollowedWork work(main, progress);
-    const auto steps = progress.observe([&](const auto& step) {
-        if (step)
-            context.console.progress(
-                labels::progress(context.text("cli.progress.recovering"), *step, context.texts));
-    });
-    std::optional<RecoveryOutcome> outcome;
-    const EndSignals signals(main, [&] {
-        if (outcome) return; // already complete
-        context.console.error(context.text("cli.stopping"));
-        work.stop();
-    });
-    WorkQueue background;
-    background.post([&, control = work.begin()] {
-        auto found = recoverInterruptedRemovals(system.user, system.files, system.clock, system.log, control);
-        main.post([&, found = std::move(found)] { outcome = found; });
-    });
-    main.runUntil([&] { return outcome.has_value(); });
-    work.end();
-    context.console.endProgress();
-    return std::move(*outcome);
+void print(const RecoveryOutcome& outcome, const CommandContext& context, const Mac& mac) {
+    if (outcome.recovered.empty() && outcome.settledReturns.empty() && isWhole(outcome))
+        context.console.line(context.text("cli.recover.none"));
+    for (const auto& place : outcome.settledReturns)
+        context.console.line(context.text("cli.recover.settled %@", {place.string()}));
+    for (const auto& manifest : outcome.recovered)
+        print(manifest, context, mac);
 }
 
 ExitStatus run(const CommandContext& context, Mac& mac) {
-    auto& system = mac.system;
-    FileResult<std::unique_ptr<FolderLock>> lock;
-    // While another process holds the lock, its removal is not interrupted. Without a Trash there is nothing
-    // to lock.
-    if (system.files.exists(system.user.trash())) lock = lockTrash(system.user, system.files);
-    if (!lock) return refuseWithoutLock(context, lock.error());
-    const auto [recovered, unfinished, missing, notBegun, settled, strays, unlisted] =
-        recover(context, system);
-    if (context.arguments.json) {
-        context.console.document(json::document(recovered));
-    } else {
-        if (recovered.empty() && unfinished.empty() && settled.empty() && strays.empty() && notBegun.empty()
-            && unlisted.empty())
-            context.console.line(context.text("cli.recover.none"));
-        for (const auto& place : settled)
-            context.console.line(context.text("cli.recover.settled %@", {place.string()}));
-        for (const auto& manifest : recovered)
-            print(manifest, context, mac);
-    }
-    for (const auto& run : unfinished)
+    FlowSession session(context, mac);
+    const auto& recovery = session.recover();
+    if (!recovery) return context.refuse(recovery.error());
+    const auto& outcome = *recovery;
+    if (context.arguments.json)
+        context.console.document(json::document(outcome, context.texts));
+    else
+        print(outcome, context, mac);
+    for (const auto& run : outcome.unfinished)
         error(run, context, mac);
-    list("cli.recover.missing", missing, context);
-    list("cli.recover.strayCopies", strays, context);
-    list("cli.recover.unlisted", unlisted, context);
-    if (!notBegun.empty()) context.error({"cli.recover.stopped %lld", {std::to_string(notBegun.size())}});
-    return unfinished.empty() && missing.empty() && strays.empty() && unlisted.empty() && notBegun.empty()
-               ? ExitStatus::done
-               : ExitStatus::someFailed;
+    list("cli.recover.missing", outcome.missing, context);
+    list("cli.recover.strayCopies", outcome.strayCopies, context);
+    list("cli.recover.unlisted", outcome.unlisted, context);
+    if (!outcome.notBegun.empty())
+        context.error({"cli.recover.stopped %lld", {std::to_string(outcome.notBegun.size())}});
+    return isWhole(outcome) && outcome.missing.empty() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
 } // namespace
 
 Command recoverCommand() {
-    return {.syntax = {.name = "recover", .summary = "cli.help.recover"},
-            .run = run,
-            .movesItems = movesUnlessDryRun};
+    return {.syntax = {.name = "recover", .summary = "cli.help.recover"}, .run = run};
 }
 
 } // namespace tidwen

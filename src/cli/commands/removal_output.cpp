@@ -10,14 +10,15 @@
 #include "operations/stepwise_run.h"
 #include "program/mac.h"
 #include "removal/chosen_items.h"
+#include "removal/findings.h"
 #include "removal/removal_report.h"
 #include "removal/stay_reason.h"
 #include "scan/matching/default_selection.h"
 #include "scan/matching/trace.h"
 #include "scan/permissions/permission_audit.h"
-#include "scan/policy/trace_category.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <variant>
 
@@ -31,17 +32,29 @@ std::string belowRoot(const Path& path, const Path& root) {
                                                : path.string();
 }
 
+/// Without the name when the item keeps it.
+std::string destination(const operation::Move& move, const Path& root) {
+    const auto& place = move.destination;
+    return place.lastComponent() == move.source.lastComponent() ? belowRoot(place.parent(), root) + "/"
+                                                                : belowRoot(place, root);
+}
+
 } // namespace
 
-void printItems(const std::vector<GoingGroup>& going, const CommandContext& context) {
-    for (const auto& each : going) {
+void printItems(const RemovalChoice& choice, const CommandContext& context) {
+    const auto& findings = choice.findings();
+    for (const auto& each : choice.going()) {
+        const auto group = static_cast<std::size_t>(each.group - findings.groups().data());
         context.console.line(each.group->target.name, Style::strong);
         Table table({Table::Align::left, Table::Align::right});
-        for (const auto* trace : each.traces)
+        for (const auto* trace : each.traces) {
+            if (group < findings.scanned().size() && resetsNothing(*trace, findings.scanned()[group]))
+                continue;
             table.add({labels::risk(trace->risk, context.texts),
                        {labels::size(*trace, context.texts)},
                        {labels::category(trace->category, context.texts), Style::faint},
                        {trace->displayName}});
+        }
         table.print(context.console, 2);
     }
 }
@@ -69,27 +82,29 @@ bool isGuidance(const Trace& trace, const CommandContext& context) {
     return guidance != nullptr;
 }
 
-/// Counts what a later search finds and removes.
-class FoundAgain {
+/// What a later listing shows in the same way; too much to repeat here.
+class ListedAgain {
   public:
-    explicit FoundAgain(const CommandContext& context) : context_(context) {}
+    explicit ListedAgain(const CommandContext& context) : context_(context) {}
 
-    /// An application that stays because only some of its items were selected is not mentioned.
-    void add(const Trace& trace) {
-        if (isGuidance(trace, context_) || trace.category == TraceCategory::application) return;
+    bool takes(const StayingTrace& item) {
+        const auto& command = context_.arguments.command;
+        const bool isListed =
+            command == "installers" || (command == "orphans" && item.reason == StayReason::notChosen);
+        if (!isListed) return false;
         ++count_;
-        sum_.add(trace.sizeBytes, trace.isSizePartial);
+        sum_.add(item.trace.sizeBytes, item.trace.isSizePartial);
+        return true;
     }
 
     void print() const {
         if (count_ == 0) return;
-        const auto& command = context_.arguments.command;
         const auto count = labels::countAndSize(count_, sum_, context_.texts);
-        context_.console.line(
-            command == "installers"
-                ? context_.text("cli.installers.left %@", {count})
-                : context_.text("cli.remove.left %@ %@", {count, command == "orphans" ? "orphans" : "scan"}),
-            Style::caution);
+        context_.console.line(context_.text(context_.arguments.command == "installers"
+                                                ? "cli.installers.left %@"
+                                                : "cli.orphans.left %@",
+                                            {count}),
+                              Style::caution);
     }
 
   private:
@@ -98,63 +113,24 @@ class FoundAgain {
     ByteSum sum_;
 };
 
-/// The command line of a removal that, after an undo, removes what the last one removed and `left` too.
-std::vector<std::string> laterRemoval(const RemovalReport& report, const std::vector<StayingTrace>& left,
-                                      const CommandContext& context) {
-    std::vector<std::string> words = {context.arguments.command}, choice;
-    const bool areLeftovers = words.front() == "orphans";
-    if (areLeftovers) words.emplace_back("--remove");
-    const auto select = [&](const std::string& item) { choice.insert(choice.end(), {"--select", item}); };
-    for (const auto& step : report.operations)
-        if (const auto* application = std::get_if<operation::UnregisterApp>(&step.kind)) {
-            words.push_back(application->bundleURL.string());
-            if (std::ranges::find(choice, step.bundleID) == choice.end()) select(step.bundleID);
-        } else if (areLeftovers && std::holds_alternative<operation::Move>(step.kind))
-            select(step.displayName); // only these: the sweep also found those of others
-    for (const auto& item : left)
-        select(item.trace.displayName);
-    // --risk skips contested and doubtful items.
-    if (!areLeftovers && std::ranges::all_of(left, isUndoubted, &StayingTrace::trace))
-        choice = {"--risk", "safe,review,sensitive"};
-    words.insert(words.end(), choice.begin(), choice.end());
-    return words;
-}
-
 } // namespace
 
-void printLeft(const std::vector<StayingGroup>& staying, const CommandContext& context) {
-    FoundAgain found(context);
-    for (const auto& each : staying)
-        for (const auto& item : each.items)
-            found.add(*item.trace);
-    found.print();
-}
-
-void listLeft(const char* heading, const std::vector<StayingTrace>& left, const CommandContext& context) {
-    if (!left.empty()) context.console.line(context.text(heading), Style::caution);
-    for (const auto& item : left)
-        context.console.line(
-            {{"  " + item.trace.displayName}, {"  " + context.texts.text(item.describe()), Style::faint}});
-}
-
-void printRemainders(const RemovalReport& report, const std::optional<std::string>& undo,
-                     const CommandContext& context) {
-    using Reach = Remainder::Reach;
-    FoundAgain found(context);
-    std::vector<StayingTrace> claimed, gone;
-    for (const auto& each : report.left)
-        for (const auto& item : each.traces)
-            if (each.reach == Reach::search)
-                found.add(item.trace);
-            else if (!isGuidance(item.trace, context))
-                (each.reach == Reach::claimant ? claimed : gone).push_back(item);
-    found.print();
-    listLeft("cli.remove.claimed", claimed, context);
-    listLeft("cli.remove.remains", gone, context);
-    if (gone.empty() || !undo) return;
-    context.console.line(context.text("cli.remove.takeRemains"));
-    context.console.verbatim("  " + *undo);
-    context.console.verbatim("  " + context.commandLine(laterRemoval(report, gone, context)));
+void printLeft(const std::vector<Remainder>& left, const CommandContext& context) {
+    ListedAgain listed(context);
+    std::vector<std::string> scan = {"scan"};
+    for (const auto& each : left) {
+        const auto& target = each.target;
+        const auto name = target.bundleID.empty() ? target.bundleURL.string() : target.bundleID;
+        for (const auto& item : each.traces) {
+            if (listed.takes(item) || isGuidance(item.trace, context)) continue;
+            if (scan.size() == 1) context.console.line(context.text("cli.remove.left"), Style::caution);
+            context.console.line({{"  " + item.trace.displayName},
+                                  {"  " + context.texts.text(item.describe()), Style::faint}});
+            if (std::ranges::find(scan, name) == scan.end()) scan.push_back(name);
+        }
+    }
+    listed.print();
+    if (scan.size() > 1) context.offer("cli.remove.scanLeft %@", context.commandLine(scan));
 }
 
 void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout& layout,
@@ -166,8 +142,7 @@ void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout
         table.add({{std::to_string(step.id)},
                    {step.requiresRoot ? context.text("cli.plan.administrator") : "", Style::caution},
                    {labels::verb(step.kind, context.texts), Style::faint},
-                   {labels::subject(step)
-                    + (move ? " -> " + belowRoot(move->destination, layout.root) : std::string())}});
+                   {labels::subject(step) + (move ? " -> " + destination(*move, layout.root) : "")}});
     }
     table.print(context.console);
 }
@@ -182,8 +157,8 @@ void printSurvivors(const RemovalReport& report, const CommandContext& context) 
         if (report.keepsItsPermissions(app.bundleID)) continue;
         const auto& grants = app.tccSurvivors;
         if (std::ranges::any_of(grants, std::not_fn(isByPath)))
-            context.console.line(context.text(
-                "cli.report.revoke %@", {context.commandLine({"permissions", "revoke", app.bundleID})}));
+            context.offer("cli.report.revoke %@",
+                          context.commandLine({"permissions", "revoke", app.bundleID}));
         if (std::ranges::any_of(grants, isByPath)) context.console.line(context.text("cli.report.pathGrant"));
     }
 }

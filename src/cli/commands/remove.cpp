@@ -13,7 +13,10 @@ namespace {
 
 ExitStatus run(const CommandContext& context, Mac& mac, RemovalMode mode) {
     FlowSession session(context, mac);
-    if (!session.scan(context.arguments.operands)) return ExitStatus::refused;
+    // What is gone cannot be set back to its beginnings.
+    const auto ofGone = mode == RemovalMode::reset ? GoneTargets::refused : GoneTargets::searched;
+    if (!session.scan(context.arguments.operands, ProtectedTargets::refused, ofGone))
+        return ExitStatus::refused;
     const auto status = removeFound(context, mac, session, mode);
     return status == ExitStatus::done && session.someRefused() ? ExitStatus::someFailed : status;
 }
@@ -38,11 +41,11 @@ CommandSyntax syntax(std::string_view name, std::string_view summary) {
 } // namespace
 
 Command removeCommand() {
-    return {.syntax = syntax("remove", "cli.help.remove"), .run = runRemove, .movesItems = movesUnlessDryRun};
+    return {.syntax = syntax("remove", "cli.help.remove"), .run = runRemove};
 }
 
 Command resetCommand() {
-    return {.syntax = syntax("reset", "cli.help.reset"), .run = runReset, .movesItems = movesUnlessDryRun};
+    return {.syntax = syntax("reset", "cli.help.reset"), .run = runReset};
 }
 
 } // namespace tidwen

@@ -56,7 +56,7 @@ void RequestedApplications::show(const RequestInbox::Drained& requests) const {
             context_.console.document(json::requestLine(target));
         } else {
             context_.console.line({{context_.text("cli.requests.asked %@", {target.name}), Style::strong}});
-            context_.console.verbatim("  " + context_.commandLine({"remove", url}));
+            context_.offer(context_.commandLine({"remove", url}));
         }
     }
     (void)context_.console.finish();

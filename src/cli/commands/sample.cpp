@@ -32,8 +32,8 @@ ExitStatus run(const CommandContext& context) {
                       sizeText(static_cast<std::int64_t>(sample->bytes), false, context.texts)}));
     Arguments arguments = context.arguments;
     arguments.volume = folder;
-    context.console.verbatim(context.text(
-        "cli.next %@", {CommandContext{arguments, context.texts, context.console}.commandLine({"apps"})}));
+    const CommandContext onSample{arguments, context.texts, context.console};
+    onSample.offer("cli.next %@", onSample.commandLine({"apps"}));
     return ExitStatus::done;
 }
 

@@ -72,12 +72,6 @@ std::string bar(std::int64_t part, std::int64_t whole) {
     return text;
 }
 
-/// Every application has a permission reset, even without recorded permissions.
-bool isEmptyReset(const Trace& trace, const ScanResult& result) {
-    return std::holds_alternative<action::ResetPermissions>(trace.action) && result.permissions.grants.empty()
-           && result.permissions.unreadable.empty();
-}
-
 /// Only mark, tier and size are aligned; longer cells would push the rest too far right.
 void printTraces(const ScanResult& result, bool isBySize, const CommandContext& context) {
     using enum Table::Align;
@@ -99,7 +93,7 @@ void printTraces(const ScanResult& result, bool isBySize, const CommandContext& 
             auto& line = lines[next++];
             line.push_back({"  "});
             line.push_back({trace.displayName});
-            if (isEmptyReset(trace, result)) {
+            if (resetsNothing(trace, result)) {
                 line.push_back({"  " + context.text("cli.scan.noPermissions"), Style::faint});
                 context.console.line(line);
                 continue;
@@ -135,14 +129,13 @@ void printPermissions(const PermissionAudit::Result& permissions, const CommandC
 void printNotices(const ScanResult& result, bool isKnown, const CommandContext& context) {
     if (result.isProtected && isKnown) {
         context.console.line(context.texts.text(describeProtected(result.target)), Style::caution);
-        context.console.line(unprotectHint(result.target, context), Style::faint);
+        context.offer("cli.protect.takeOff %@", unprotectCommand(result.target, context));
     }
     if (result.immovable) {
         context.console.line(context.text("cli.scan.immovable"), Style::caution);
         context.console.line(context.texts.text(result.immovable->describe(result.target)), Style::faint);
         if (result.immovable->reason == ImmovableApplication::Reason::reachedThroughLink)
-            context.console.verbatim("  "
-                                     + context.commandLine({"remove", result.immovable->place.string()}));
+            context.offer(context.commandLine({"remove", result.immovable->place.string()}));
     }
     printOwners(result.owners, context);
     printUnsearchable(result, context);

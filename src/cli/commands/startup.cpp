@@ -56,7 +56,7 @@ class StartupSession {
             context_.console.document(json::document(model_));
         else
             print();
-        return model_.result.get().unreadable.empty() ? ExitStatus::done : ExitStatus::someFailed;
+        return isComplete() ? ExitStatus::done : ExitStatus::someFailed;
     }
 
     /// `words`: labels or paths of property lists, as listed.
@@ -107,15 +107,14 @@ class StartupSession {
         for (const auto& item : model_.selectedItems())
             if (auto trace = startupTrace(item)) traces.push_back(std::move(*trace));
         measureTraces(mac_.system.files, traces, {});
-        const bool isComplete = model_.result.get().unreadable.empty();
         reportUnreadable();
-        if (traces.empty() && !isComplete) return ExitStatus::refused;
+        if (traces.empty() && !isComplete()) return ExitStatus::refused;
         // The jobs were selected by name or as orphans, so their risk does not matter.
         FlowSession flow(context_, mac_);
         flow.model().show(stage::StartupItems{});
         flow.model().offer(context_.text("cli.startup.title"), std::move(traces));
         const auto status = removeFound(context_, mac_, flow, RemovalMode::uninstall, Chosen::all);
-        return status == ExitStatus::done && !isComplete ? ExitStatus::someFailed : status;
+        return status == ExitStatus::done && !isComplete() ? ExitStatus::someFailed : status;
     }
 
   private:
@@ -157,6 +156,13 @@ class StartupSession {
     void reportUnreadable() const {
         for (const auto& folder : model_.result.get().unreadable)
             context_.error({"cli.unreadable %@", {folder.string()}});
+        const auto leftOut = model_.result.get().leftOut;
+        if (leftOut > 0) context_.error({"cli.leftOut %lld", {std::to_string(leftOut)}});
+    }
+
+    bool isComplete() const {
+        const auto& result = model_.result.get();
+        return result.unreadable.empty() && result.leftOut == 0;
     }
 
     void print() {
@@ -236,11 +242,7 @@ Command startupCommand() {
                                    {"on JOB...", "cli.help.startup.on"},
                                    {"off JOB...", "cli.help.startup.off"},
                                    {"remove JOB...", "cli.help.startup.remove"}}},
-            .run = run,
-            .movesItems = [](const Arguments& arguments) {
-                return !arguments.operands.empty() && arguments.operands.front() == "remove"
-                       && movesUnlessDryRun(arguments);
-            }};
+            .run = run};
 }
 
 } // namespace tidwen

@@ -39,7 +39,9 @@ TerminalHistory::await(const std::string& work,
                        const std::function<void(HistoryModel::Answer<Result>)>& start) {
     context_.console.progress(work);
     const auto steps = model_.progress.observe([&](const auto& step) {
-        if (step) context_.console.progress(labels::progress(work, *step, context_.texts));
+        if (step)
+            context_.console.progress(
+                labels::progress(work, *step, context_.texts, context_.console.progressColumns()));
     });
     std::optional<tl::expected<Result, HistoryModel::Refusal>> answer;
     {
@@ -65,7 +67,7 @@ tl::expected<Manifest, Message> TerminalHistory::record(const Path& root) const 
     if (auto manifest = readManifest(root, files_)) return std::move(*manifest);
     const auto run = readUnfinishedRun(root, files_);
     if (!run) return tl::unexpected(Message{"history.run.unknown %@", {root.lastComponent()}});
-    if (!run->known) return tl::unexpected(run->whyNoUndo(context_.texts));
+    if (!run->known) return tl::unexpected(run->whyNoUndo());
     return *run->known;
 }
 

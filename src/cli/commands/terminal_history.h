@@ -49,7 +49,7 @@ class TerminalHistory {
     }
     /// Runs of the last load that have no number.
     const std::vector<UnfinishedRun>& unfinishedRuns() const { return model_.unfinishedRuns.get(); }
-    const std::optional<FileError>& unreadable() const { return model_.unreadable.get(); }
+    const std::optional<Message>& unreadable() const { return model_.unreadable.get(); }
     bool isAnotherAtWork() const { return model_.isAnotherAtWork.get(); }
 
     /// What is known of the run in `root`: its manifest, or what its journal says can be undone now.

@@ -23,6 +23,9 @@ namespace {
 
 void print(const UndoReport& report, bool isOfSingleItems, const CommandContext& context, const Mac& mac) {
     const bool isComplete = report.failures.empty();
+    if (isComplete && report.totalCount == 0 && report.relaunchedJobs == 0)
+        return context.console.line(
+            context.text("cli.undo.alreadyBack %lld", {std::to_string(report.alreadyBack)}));
     const auto* whole = isOfSingleItems ? "cli.undo.chosenComplete" : "report.undo.complete";
     context.console.line(context.text(isComplete ? whole : "report.undo.partial"),
                          isComplete ? Style::good : Style::caution);
@@ -130,8 +133,7 @@ Command undoCommand() {
                        .minimumOperands = 1,
                        .maximumOperands = anyNumber,
                        .options = {{dryRunOption, "", "cli.help.undo.dryRun"}}},
-            .run = run,
-            .movesItems = movesUnlessDryRun};
+            .run = run};
 }
 
 } // namespace tidwen

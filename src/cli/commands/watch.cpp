@@ -75,7 +75,7 @@ class WatchSession {
 
     /// The same with a command to copy.
     void advise(std::string_view key, const std::string& command) const {
-        if (!context_.arguments.json) context_.console.advise(context_.text(key, {command}));
+        if (!context_.arguments.json) context_.advise({std::string(key)}, command);
     }
 
     void tidyUp() const {
@@ -126,7 +126,7 @@ class WatchSession {
     }
 
     void showRemoval(const std::string& bundle) const {
-        context_.console.verbatim("  " + context_.commandLine({"remove", bundle}));
+        context_.offer(context_.commandLine({"remove", bundle}));
     }
 
     /// Prints the command for what a window would show.

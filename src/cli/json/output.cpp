@@ -154,6 +154,7 @@ Value object(const RemovalHistoryEntry& entry, std::optional<std::size_t> number
     put(result, "number", number);
     put(result, "sizeBytes", entry.sizeBytes);
     if (entry.isSizePartial) result["isSizePartial"] = true;
+    if (entry.isPartlyPurged) result["isPartlyPurged"] = true;
     return result;
 }
 
@@ -235,8 +236,16 @@ std::string document(const UndoReport& report, const Texts& texts) {
                       {"renamed", array(report.renamed, toValue)}});
 }
 
-std::string document(const std::vector<Manifest>& manifests) {
-    return writeJson(array(manifests, [](const Manifest& manifest) { return object(manifest); }));
+std::string document(const RecoveryOutcome& outcome, const Texts& texts) {
+    return writeJson(
+        {{"recovered", array(outcome.recovered, [](const Manifest& manifest) { return object(manifest); })},
+         {"unfinished",
+          array(outcome.unfinished, [&](const UnfinishedRun& run) { return object(run, texts); })},
+         {"missing", outcome.missing},
+         {"settled", array(outcome.settledReturns, toValue)},
+         {"strays", array(outcome.strayCopies, toValue)},
+         {"unlisted", array(outcome.unlisted, toValue)},
+         {"notBegun", array(outcome.notBegun, toValue)}});
 }
 
 } // namespace tidwen::json

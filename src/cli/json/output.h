@@ -4,7 +4,7 @@
 #include "base/texts.h"
 #include "operations/removal_operation.h"
 #include "quarantine/history.h"
-#include "quarantine/manifest.h"
+#include "quarantine/recovery.h"
 #include "quarantine/run_items.h"
 #include "quarantine/undo_service.h"
 #include "quarantine/unfinished_run.h"
@@ -52,6 +52,6 @@ std::string document(const RemovalHistoryEntry& entry, std::optional<std::size_t
 std::string document(const UnfinishedRun& run, const std::vector<RunItem>& items, const Texts& texts);
 std::string document(const UndoReport& report, const Texts& texts);
 std::string document(const Path& root, const UndoPlan& plan, const Texts& texts);
-std::string document(const std::vector<Manifest>& manifests);
+std::string document(const RecoveryOutcome& outcome, const Texts& texts);
 
 } // namespace tidwen::json

@@ -164,6 +164,7 @@ Value value(const Trace& trace) {
     if (trace.isSizePartial) result["isSizePartial"] = true;
     if (trace.isOnlyListed) result["isOnlyListed"] = true;
     if (trace.mayHoldOthers) result["mayHoldOthers"] = true;
+    if (trace.ownerUnsure) result["ownerUnsure"] = true;
     return result;
 }
 

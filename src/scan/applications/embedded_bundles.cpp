@@ -8,6 +8,7 @@
 #include "scan/applications/shared_names.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <map>
 #include <set>
@@ -29,6 +30,7 @@ constexpr int maximumBundles = 2'000;
 constexpr int furtherLevels = 4;
 constexpr int furtherLevelsOfResources = 1;
 constexpr int maximumFurtherFolders = 1'000;
+constexpr std::size_t mostKept = 1'000; // entries of a folder
 
 // Where macOS, build tools and convention put bundles, below "Contents".
 constexpr std::string_view places[] = {
@@ -98,10 +100,17 @@ class EmbeddedSearch {
         return names;
     }
 
+    /// Its folders and links. Listed once, although a search further in looks at the usual places again.
     std::vector<DirectoryEntry> list(const Path& folder) {
+        if (const auto known = listed_.find(folder); known != listed_.end()) return known->second;
         auto entries = files_.list(folder);
         if (!entries && !isAbsence(entries.error())) noteUnreadable();
-        return entries ? std::move(*entries) : std::vector<DirectoryEntry>();
+        if (!entries) return {};
+        std::erase_if(*entries, [](const DirectoryEntry& entry) {
+            return entry.kind != FileKind::directory && entry.kind != FileKind::symbolicLink;
+        });
+        if (reach_ == EmbeddedReach::further && entries->size() <= mostKept) listed_[folder] = *entries;
+        return std::move(*entries);
     }
 
     void noteUnreadable() { isReadable_ = isReadable_ && isFurther_; }
@@ -234,6 +243,7 @@ class EmbeddedSearch {
     bool isReadable_ = true;
     bool isInFramework_ = false;
     bool isFurther_ = false; ///< unreadable parts are not reported
+    std::map<Path, std::vector<DirectoryEntry>> listed_;
     int furtherFoldersLeft_ = maximumFurtherFolders;
     std::set<Path> seen_; ///< bundles, because several paths lead to them
     std::set<std::string> found_;

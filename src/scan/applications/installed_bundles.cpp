@@ -200,8 +200,9 @@ InstalledBundles::InstalledBundles(const FileSystem& files, const CodeSignatures
       limits_(limits),
       memory_(std::make_shared<BundleMemory>(looks == Looks::many)) {}
 
-std::shared_ptr<const BundleSnapshot> InstalledBundles::look(Reach reach, const StopToken& stop) {
-    const auto* outer = BudgetedFiles::budgetOf(files_);
+std::shared_ptr<const BundleSnapshot> InstalledBundles::look(Reach reach, const StopToken& stop,
+                                                             const std::optional<ReadBudget>& shared) {
+    const auto* outer = shared ? &*shared : BudgetedFiles::budgetOf(files_);
     const ReadBudget budget = outer ? *outer : ReadBudget(limits_);
     BundleCoverage coverage;
     auto places = bundlePlaces(BudgetedFiles(files_, budget), user_, coverage.unreadable);

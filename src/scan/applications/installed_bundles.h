@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <utility>
 #include <vector>
@@ -88,7 +89,9 @@ class InstalledBundles {
     using Reach = BundleReach;
 
     /// Reads the disk in parallel and blocks; thread-safe. What an exhausted budget hides is `uncounted`.
-    std::shared_ptr<const BundleSnapshot> look(Reach reach, const StopToken& stop = {});
+    /// `shared`: the budget of the run that the look is a part of.
+    std::shared_ptr<const BundleSnapshot> look(Reach reach, const StopToken& stop = {},
+                                               const std::optional<ReadBudget>& shared = {});
 
   private:
     /// For the bundles at these locations, in order; null after a stop.

@@ -98,6 +98,12 @@ std::vector<std::string> readAssociatedBundleIDs(const FileSystem& files, const 
     return identifiers;
 }
 
+bool declaresDisabled(const FileSystem& files, const Path& plist) {
+    const auto job = readPropertyList(files, plist, jobLimits);
+    const auto* flag = job ? job->find("Disabled") : nullptr;
+    return flag && flag->asBool().value_or(false);
+}
+
 std::vector<Path> placesOfProgram(const FileSystem& files, const LaunchItem& job) {
     auto named = job.argumentPaths;
     if (job.programPath) named.push_back(*job.programPath);

@@ -31,6 +31,9 @@ std::optional<LaunchItem> readLaunchItem(const FileSystem& files, const Path& pl
 /// several).
 std::vector<std::string> readAssociatedBundleIDs(const FileSystem& files, const Path& plist);
 
+/// Whether the property list keeps its job from starting ("Disabled"), unless launchd's overrides enable it.
+bool declaresDisabled(const FileSystem& files, const Path& plist);
+
 /// The items on the disk that the job needs to start: its program, its working directory, and paths in its
 /// first 64 arguments and variables (an interpreter's script). Each as written and with links resolved;
 /// missing items are left out.

@@ -4,6 +4,8 @@
 #include "base/property_list.h"
 #include "base/text.h"
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -28,6 +30,12 @@ std::optional<Message> whyUnknown(const Defaults& defaults) {
 }
 
 } // namespace
+
+bool Protection::containsOwner(const std::string& bundleID) const {
+    for (auto end = bundleID.size(); end != std::string::npos && end > 0; end = bundleID.rfind('.', end - 1))
+        if (contains(bundleID.substr(0, end))) return true;
+    return false;
+}
 
 Protection readProtection(const Defaults& defaults) {
     const auto identifiers = read(defaults.value(ProtectedApps::defaultsKey));
@@ -69,10 +77,13 @@ void ProtectedApps::reload() {
 }
 
 void ProtectedApps::show(std::set<std::string> bundleIDs) {
-    if (bundleIDs == bundleIDs_) return;
+    std::set<std::string> different;
+    std::set_symmetric_difference(bundleIDs_.begin(), bundleIDs_.end(), bundleIDs.begin(), bundleIDs.end(),
+                                  std::inserter(different, different.end()));
+    if (different.empty()) return;
     bundleIDs_ = std::move(bundleIDs);
     protects_ = {bundleIDs_.begin(), bundleIDs_.end()};
-    changed.emit();
+    changed.emit(different);
 }
 
 } // namespace tidwen

@@ -18,6 +18,8 @@ struct Protection {
     std::optional<Message> problem = {}; ///< why the list is unknown, so that nothing may be removed
 
     bool contains(const std::string& bundleID) const { return bundleIDs.contains(bundleID); }
+    /// The same for what has no bundle: also protected with an application whose identifier it continues.
+    bool containsOwner(const std::string& bundleID) const;
 };
 
 /// Reads the list; on any thread if `defaults` allows it.
@@ -47,8 +49,8 @@ class ProtectedApps {
     /// was.
     void reload();
 
-    /// Emitted when the list has changed.
-    Signal<> changed;
+    /// Emitted when the list has changed, with the identifiers that were added or taken off.
+    Signal<const std::set<std::string>&> changed;
 
   private:
     void show(std::set<std::string> bundleIDs);

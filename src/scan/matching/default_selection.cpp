@@ -1,12 +1,15 @@
 #include "scan/matching/default_selection.h"
 
 #include "scan/matching/trace.h"
+#include "scan/permissions/permission_audit.h"
 #include "scan/policy/trace_category.h"
+
+#include <variant>
 
 namespace tidwen {
 
 bool isUndoubted(const Trace& trace) {
-    return !trace.contestedBy && !trace.isOnlyListed && !trace.mayHoldOthers;
+    return !trace.contestedBy && !trace.isOnlyListed && !trace.mayHoldOthers && !trace.ownerUnsure;
 }
 
 bool takenByDefault(const Trace& trace) {
@@ -18,6 +21,11 @@ bool takenByDefault(const Trace& trace) {
 
 bool takenByDefault(const Trace& trace, const ScanResult& result) {
     return !result.immovable && !result.isProtected && takenByDefault(trace);
+}
+
+bool resetsNothing(const Trace& trace, const ScanResult& result) {
+    return std::holds_alternative<action::ResetPermissions>(trace.action) && result.permissions.grants.empty()
+           && result.permissions.unreadable.empty();
 }
 
 } // namespace tidwen

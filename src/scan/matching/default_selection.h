@@ -6,7 +6,7 @@
 namespace tidwen {
 
 /// Whether ownership of a trace is clear enough to take it without being named: no other application contests
-/// it, and there is more evidence than a package's file list.
+/// it or may be unseen, and there is more evidence than a package's file list.
 bool isUndoubted(const Trace& trace);
 
 /// Whether a trace is selected by default: the application itself, and every undoubted trace of risk safe or
@@ -16,5 +16,9 @@ bool takenByDefault(const Trace& trace);
 /// The same for a trace of this scan when the application is to be removed too: the application and its data
 /// are removed together or not at all, so nothing is selected while the application cannot be moved.
 bool takenByDefault(const Trace& trace, const ScanResult& result);
+
+/// Whether it is a reset of permissions of which macOS has recorded none, as far as all can be read. Every
+/// application has that trace: what is recorded until the removal is reset all the same.
+bool resetsNothing(const Trace& trace, const ScanResult& result);
 
 } // namespace tidwen

@@ -149,7 +149,7 @@ ResidueMatcher::ResidueMatcher(AppTarget target, OtherApplications others,
       vendor_(vendorPiece(identifier_)) {
     isApples_ = isFromApple(identifier_);
     isTidwen_ = identifier_ == tidwenBundleID;
-    if (!isIdentifier(identifier_)) identifier_.clear();
+    if (!isIdentifier(identifier_) || isCommonIdentifier(identifier_)) identifier_.clear();
     identifierIsLong_ = componentCount(identifier_) >= dottedFormComponents;
 
     std::vector<std::string> helpers;

@@ -17,6 +17,7 @@
 #include "scan/matching/staying_bundles.h"
 #include "scan/matching/trace.h"
 #include "scan/matching/trace_collector.h"
+#include "scan/matching/unseen_owners.h"
 #include "scan/permissions/permission_audit.h"
 #include "scan/policy/path_policy.h"
 #include "scan/policy/root_needed.h"
@@ -125,6 +126,21 @@ void addApplication(const FileSystem& files, const UserEnvironment& user, const 
         traces.add(applicationTrace(files, user, target));
 }
 
+/// What continues an installed application's identifier is its part: a helper has no bundle of its own.
+void concludeGone(const ScanContext& context, ScanResult& result) {
+    // A record of a permission alone is a find, too.
+    if (!result.traces.empty() || !result.permissions.grants.empty())
+        result.traces.push_back(permissionTrace(context.matcher));
+    // Of an application that is gone after all nothing is anybody else's.
+    const auto& others = context.matcher.others();
+    auto owner = others.copyOfTarget();
+    const auto identifier = folded(result.target.bundleID);
+    if (!owner) owner = others.embedding(identifier);
+    if (!owner) owner = others.longestContinued(identifier);
+    for (auto& trace : result.traces)
+        if (owner && !trace.contestedBy) trace.contestedBy = owner;
+}
+
 } // namespace
 
 ResidueScanner::ResidueScanner(Ports ports, UserEnvironment user,
@@ -194,7 +210,7 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop,
     }
     addEmbeddedJobs(context, jobs, traces);
     probeOtherSources(context, receipts, steps, traces, result);
-    conclude(context, leaving, traces, result);
+    conclude(context, leaving, jobs, traces, result);
     result.leftOut = files.budget().leftOut();
     if (result.leftOut > 0)
         ports_.log.warning("Too much to read: {} files and folders are left out", result.leftOut);
@@ -218,7 +234,8 @@ void ResidueScanner::probeOtherSources(const ScanContext& context, const Receipt
 }
 
 void ResidueScanner::conclude(const ScanContext& context, const std::set<Path>& leaving,
-                              TraceCollector& traces, ScanResult& result) const {
+                              const std::vector<LaunchItem>& jobs, TraceCollector& traces,
+                              ScanResult& result) const {
     result.nameMatchingDisabled = context.matcher.nameMatchingDisabled();
     result.identifierMatchingDisabled = context.matcher.identifierMatchingDisabled();
     result.unusableHelpers = context.matcher.unusableHelpers();
@@ -227,16 +244,8 @@ void ResidueScanner::conclude(const ScanContext& context, const std::set<Path>& 
             context.stop.stopRequested() ? bundles_->coverage() : bundles_->coverageWithContents(leaving);
     result.skippedNames = traces.skippedNames();
     result.traces = traces.take();
-    if (!result.target.bundleURL.isRoot()) return;
-    // Of an application that is gone after all nothing is anybody else's.
-    const auto& others = context.matcher.others();
-    auto owner = others.copyOfTarget();
-    if (!owner) owner = others.embedding(lowercased(result.target.bundleID));
-    for (auto& trace : result.traces)
-        if (owner && !trace.contestedBy) trace.contestedBy = owner;
-    // A record of a permission alone is a find, too.
-    if (!result.traces.empty() || !result.permissions.grants.empty())
-        result.traces.push_back(permissionTrace(context.matcher));
+    if (result.target.bundleURL.isRoot()) concludeGone(context, result);
+    if (bundles_) markUnseenOwners(context, jobs, result);
 }
 
 } // namespace tidwen

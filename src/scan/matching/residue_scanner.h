@@ -57,8 +57,8 @@ class ResidueScanner {
     /// What was searched for besides files, and what could not be read of it.
     void probeOtherSources(const ScanContext& context, const Receipts& receipts, Steps& steps,
                            TraceCollector& traces, ScanResult& result) const;
-    void conclude(const ScanContext& context, const std::set<Path>& leaving, TraceCollector& traces,
-                  ScanResult& result) const;
+    void conclude(const ScanContext& context, const std::set<Path>& leaving,
+                  const std::vector<LaunchItem>& jobs, TraceCollector& traces, ScanResult& result) const;
 
     Ports ports_;
     UserEnvironment user_;

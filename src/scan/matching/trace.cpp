@@ -51,6 +51,13 @@ void setSize(Trace& trace, const TreeSize& size) {
     trace.isSizePartial = size.capped;
 }
 
+FoundItem foundItem(const FileInfo& info, TraceCategory category) {
+    using enum FoundItem::Part;
+    if (info.kind != FileKind::regular || category == TraceCategory::launchItems) return {info, item};
+    // Applications, and the preference daemon for them, write a new file and rename it.
+    return {info, category == TraceCategory::installers ? content : kind};
+}
+
 const Path* movedPath(const TraceAction& action) {
     if (const auto* move = std::get_if<action::MovePath>(&action)) return &move->url;
     if (const auto* job = std::get_if<action::BootoutAndMove>(&action)) return &job->plist;

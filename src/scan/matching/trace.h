@@ -2,6 +2,8 @@
 
 #include "base/path.h"
 #include "base/uuid.h"
+#include "platform/file_system.h"
+#include "scan/matching/found_item.h"
 #include "scan/policy/trace_category.h"
 
 #include <array>
@@ -12,8 +14,6 @@
 #include <variant>
 
 namespace tidwen {
-
-struct TreeSize;
 
 /// A page of System Settings on which only the user can change something.
 enum class SettingsPane { fullDiskAccess, loginItemsAndExtensions, privacyAndSecurity };
@@ -123,7 +123,11 @@ struct Trace {
     /// A folder whose search for other applications, which would be moved along, was incomplete. Never
     /// selected by default either.
     bool mayHoldOthers = false;
+    /// An application that could not be seen may own it. Never selected by default either.
+    bool ownerUnsure = false;
     bool isSizePartial = false; ///< there was more than is measured: `sizeBytes` is a lower bound
+    /// What is to be moved; absent where it could not be told, and for anything but files.
+    std::optional<FoundItem> found = {};
 
     friend bool operator==(const Trace&, const Trace&) = default;
 };
@@ -137,6 +141,8 @@ Trace makeTrace(TraceCategory category, TraceAction action, MatchReason reason, 
 
 /// What a walk measured of it.
 void setSize(Trace& trace, const TreeSize& size);
+/// What lies at the path of a trace of this category, as found.
+FoundItem foundItem(const FileInfo& info, TraceCategory category);
 
 /// The file or folder whose move the trace asks for; nothing for traces that move nothing.
 const Path* movedPath(const TraceAction& action);

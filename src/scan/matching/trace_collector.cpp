@@ -10,6 +10,7 @@ namespace tidwen {
 void TraceCollector::add(Trace trace) {
     if (const auto* path = movedPath(trace.action)) {
         trace.mayHoldOthers = trace.mayHoldOthers || policy_.mayBeInAnotherHome(*path);
+        if (const auto info = files_.info(*path)) trace.found = foundItem(*info, trace.category);
         paths_.insert(path->string());
         measured_.push_back(traces_.size());
         sizes_.add(*path);

@@ -19,7 +19,7 @@ namespace tidwen {
 class TraceCollector {
   public:
     TraceCollector(const FileSystem& files, const PathPolicy& policy, const StopToken& stop, Log& log)
-        : policy_(policy), log_(log), sizes_(files, stop) {}
+        : files_(files), policy_(policy), log_(log), sizes_(files, stop) {}
 
     /// For what the application declares and for everything that is not a file.
     void add(Trace trace);
@@ -41,6 +41,7 @@ class TraceCollector {
   private:
     bool isCovered(const Path& path) const;
 
+    const FileSystem& files_;
     const PathPolicy& policy_;
     Log& log_;
     SizeMeasurer sizes_;

@@ -152,7 +152,8 @@ class BadInput(VolumeTest):
                 with self.subTest(words=words, columns=columns):
                     printed = re.sub(r"\x1b\[\d*m", "", self.call_on_terminal(*words, columns=columns)[1])
                     lines = [line.split("\x1b[K")[-1].rstrip() for line in printed.split("\n")]
-                    self.assertEqual([line for line in lines if len(line) > columns], [])
+                    # A command is for copying, so it stays in one line.
+                    self.assertEqual([line for line in lines if len(line) > columns and " --volume " not in line], [])
                     self.assertEqual([word for line in lines for word in line.split()
                                       if word not in whole and "…" not in word], [])
 

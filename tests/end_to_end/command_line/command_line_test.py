@@ -126,6 +126,8 @@ class Journey(VolumeTest):
         damaged = self.call("recover", status=1)
         self.assertIn(root.name, damaged.errors)
         self.assertEqual(damaged.output, "")
+        unfinished, = self.call("recover", "--json", status=1).json["unfinished"]
+        self.assertEqual(unfinished["status"], "unreadableJournal")
         (root / "tidwen-journal.json").write_text(json.dumps(journal))
 
         history = self.call("history", "--json", status=1)
@@ -134,7 +136,9 @@ class Journey(VolumeTest):
         self.assertIn("recover", history.errors)
         taken, *moved = (entry for entry in manifest["entries"] if entry["kind"] == "move")
         (self.volume / taken["destination"][1:]).rename(self.volume / "Users/alice/taken out")
-        recovered, = self.call("recover", "--json", status=1).json
+        outcome = self.call("recover", "--json", status=1).json
+        recovered, = outcome["recovered"]
+        self.assertEqual(outcome["missing"], [taken["source"]])
         self.assertEqual(recovered["missing"], [taken])
         self.assertNotIn(taken, recovered["entries"])
         self.assertIn(f"1 of {len(moved) + 1} neither", self.call("history", "1", status=1).output)
@@ -142,7 +146,7 @@ class Journey(VolumeTest):
                  if "failureKey" in item)
         self.assertEqual((lost["source"], lost["failureKey"]), (taken["source"], "failure.notInQuarantine"))
         undone = self.call("undo", "1", status=1).output
-        self.assertIn(f"{taken['source']}: It no longer lies in quarantine.", undone)
+        self.assertIn(f"{taken['source']}: It is no longer in quarantine.", undone)
         self.assertNotIn("Everything", undone)
         self.assertIn(f"1 of {len(moved) + 1} neither", self.call("history", status=1).output)
         (self.volume / "Users/alice/taken out").rename(self.volume / taken["source"][1:])

@@ -103,7 +103,7 @@ class Watching(VolumeTest):
         started = Watcher(self, "--at-login")
         started.line("Watching")
         self.call("settings", "set", "catchTrashedApps", "false")
-        watcher.line("nothing is told until")
+        watcher.line("nothing is reported until")
         started.line("watched no more")
         self.assertEqual(started.process.wait(PATIENCE), 0)
         self.assertFalse(self.entry().exists())

@@ -5,6 +5,7 @@
 #include "base/texts.h"
 #include "base/timestamp.h"
 #include "end_to_end/kill/volume_memory.h"
+#include "operations/recording_runner.h"
 #include "operations/removal_operation.h"
 #include "platform/file_system.h"
 #include "posix/rooted_file_system.h"
@@ -17,7 +18,6 @@
 #include "removal/removal_report.h"
 #include "support/fixtures.h"
 #include "support/matchers.h"
-#include "support/recording_runner.h"
 #include "support/small_disk.h"
 #include "support/unprivileged.h"
 #include "volume/volume_runner.h"
@@ -79,10 +79,9 @@ class Disaster {
     std::vector<std::string> changesAfterUndo() {
         recoverInterruptedRemovals(alice(), *files_, clock_, log_);
         for (const auto& run : loadHistory(alice(), *files_, false))
-            EXPECT_THAT(UndoService({*files_, runner_, runner_, texts_, log_, clock_}, alice())
-                            .undo(run.manifest)
-                            .failures,
-                        IsEmpty());
+            EXPECT_THAT(
+                UndoService({*files_, runner_, runner_, log_, clock_}, alice()).undo(run.manifest).failures,
+                IsEmpty());
         return memory_->changes();
     }
 

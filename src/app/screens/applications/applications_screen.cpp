@@ -54,12 +54,7 @@ ApplicationsScreen::ApplicationsScreen(Models models, Look look,
     layout->addLayout(content, 1);
     layout->addWidget(makeFooter());
 
-    connect(cards_, &QAbstractItemView::activated, this, [this](const QModelIndex& index) {
-        // The focus makes a card current without choosing it.
-        if (!cards_->selectionModel()->isSelected(index))
-            cards_->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
-        lookAtChosen();
-    });
+    connect(cards_, &QAbstractItemView::activated, this, [this](const QModelIndex& index) { lookAt(index); });
     connect(cards_, &QWidget::customContextMenuRequested, this,
             [this](const QPoint& at) { showMenuFor(at); });
     connect(cards_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
@@ -217,6 +212,14 @@ std::vector<const HomeRow*> ApplicationsScreen::chosen() const {
     return rows;
 }
 
+/// At what is chosen, and at this one, which the focus makes current without choosing it.
+void ApplicationsScreen::lookAt(const QModelIndex& index) {
+    if (!index.isValid()) return;
+    if (!cards_->selectionModel()->isSelected(index))
+        cards_->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
+    lookAtChosen();
+}
+
 void ApplicationsScreen::lookAtChosen(RemovalMode mode) {
     std::vector<Path> bundles;
     const auto rows = chosen();
@@ -267,12 +270,25 @@ void ApplicationsScreen::search() {
     search_->selectAll();
 }
 
+void ApplicationsScreen::startAfresh() {
+    search_->clear();
+    cards_->clearSelection();
+    cards_->setCurrentIndex({});
+}
+
 void ApplicationsScreen::focusInEvent(QFocusEvent* /*event*/) {
-    if (content_->currentWidget() == cards_) cards_->setFocus();
+    content_->currentWidget()->setFocus();
 }
 
 void ApplicationsScreen::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier) return showDetails();
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (search_->hasFocus() && isReturn) {
+        cards_->setFocus(Qt::TabFocusReason);
+        if (models_.grid.rows.rows().size() == 2) lookAt(cards_->currentIndex()); // a heading and one card
+        return;
+    }
+    if (leaveDown(*search_, *cards_, *event)) return;
     if (!typeInto(*search_, *event)) QWidget::keyPressEvent(event);
 }
 
@@ -290,8 +306,24 @@ void ApplicationsScreen::update() {
     if (missed > 0)
         line += QStringLiteral(" · ") + text("applications.unread %lld", {std::to_string(missed)});
     header_->setLine(line);
-    if (inventory.count > 0)
-        empty_->say(text("orphans.filter.empty.title"), text("orphans.filter.empty.body.filters"));
+    showEmpty();
+    parts::turnTo(*content_, *this,
+                  models_.grid.rows.rows().empty() ? static_cast<QWidget*>(empty_) : cards_);
+}
+
+/// What stands in the place of the cards.
+void ApplicationsScreen::showEmpty() {
+    const auto phase = models_.grid.phase.get();
+    const auto& inventory = models_.grid.inventory.get();
+    const bool isLooking = phase == HomeGridModel::Phase::listing || phase == HomeGridModel::Phase::idle;
+    const bool isFiltered = inventory.count > 0;
+    empty_->setIcon(isFiltered ? QStringLiteral("search") : QStringLiteral("applications"));
+    empty_->offer(isFiltered ? text("orphans.filter.empty.clear") : QString(), [this] { clearFilters(); });
+    const auto query = shown(models_.grid.options().query).toStdString();
+    if (isFiltered)
+        empty_->say(text("orphans.filter.empty.title"), query.empty()
+                                                            ? text("orphans.filter.empty.body.filters")
+                                                            : text("orphans.filter.empty.body %@", {query}));
     else if (isLooking)
         empty_->say(text("cli.apps.progress"), {});
     else if (!inventory.unreadable.empty())
@@ -299,8 +331,15 @@ void ApplicationsScreen::update() {
                     text("cli.unreadable %@", {shown(inventory.unreadable.front().string()).toStdString()}));
     else
         empty_->say(text("cli.apps.none"), text("applications.none.body"));
-    content_->setCurrentWidget(models_.grid.rows.rows().empty() ? static_cast<QWidget*>(empty_) : cards_);
-    if (hasFocus()) cards_->setFocus(); // which were not there when the screen got it
+}
+
+void ApplicationsScreen::clearFilters() {
+    search_->clear();
+    setOption([](HomeGridOptions& options) {
+        options.query.clear();
+        options.onlyUnused = options.onlyProtected = false;
+        options.tag.reset();
+    });
 }
 
 void ApplicationsScreen::updateFooter() {

@@ -49,6 +49,8 @@ class ApplicationsScreen final : public QWidget {
     ApplicationsScreen(Models models, Look look, std::function<void(const InstalledApp&)> showPermissions);
 
     void search();
+    /// What was chosen or searched for is done: no application is current until one is chosen again.
+    void startAfresh();
 
   protected:
     void focusInEvent(QFocusEvent* event) override;
@@ -63,12 +65,15 @@ class ApplicationsScreen final : public QWidget {
     void setOption(const std::function<void(HomeGridOptions&)>& change);
     void showMenuFor(const QPoint& point);
     std::vector<const HomeRow*> chosen() const;
+    void lookAt(const QModelIndex& index);
     void lookAtChosen(RemovalMode mode = RemovalMode::uninstall);
     void toggleProtection();
     void editTags();
     void showDetails();
     void addTagChoices(QMenu& menu);
     void update();
+    void showEmpty();
+    void clearFilters();
     void updateFooter();
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 

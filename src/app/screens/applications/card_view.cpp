@@ -128,6 +128,16 @@ QModelIndex CardView::moveCursor(CursorAction action, Qt::KeyboardModifiers /*mo
     return number > 0 || group == 0 ? go(group, number - 1) : go(group - 1, groups_[group - 1].count);
 }
 
+/// Who comes by keyboard sees where. What hands the focus over makes nothing current that nobody chose.
+void CardView::focusInEvent(QFocusEvent* event) {
+    const bool isByKey = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    const bool isOnCard = model()->flags(currentIndex()).testFlag(Qt::ItemIsSelectable); // not on a heading
+    if (isByKey && !isOnCard)
+        selectionModel()->setCurrentIndex(moveCursor(MoveHome, Qt::NoModifier),
+                                          QItemSelectionModel::NoUpdate);
+    QListView::focusInEvent(event);
+}
+
 /// What is typed goes to the screen, which searches for it, or shows the details for a space.
 void CardView::keyPressEvent(QKeyEvent* event) {
     const auto text = event->text();

@@ -30,7 +30,7 @@ class TagsSheet final : public Sheet {
           tags_(tags),
           bundleIDs_(std::move(bundleIDs)),
           texts_(texts),
-          following_(tags.changed.connect([this] { show(); })) {
+          following_(tags.changed.connect([this](const auto&) { show(); })) {
         content().addWidget(parts::paragraph(accessibleName(), Type::sheet));
         list_ = new QListWidget;
         list_->setObjectName(QStringLiteral("tags"));
@@ -134,6 +134,7 @@ Sheet* openTagsSheet(QWidget* window, AppTags& tags, const std::vector<std::stri
                      const QString& subject, const Texts& texts) {
     auto* sheet = new TagsSheet(window, tags, bundleIDs, subject, texts);
     sheet->open();
+    sheet->findChild<QLineEdit*>(QStringLiteral("new tag"))->setFocus();
     return sheet;
 }
 

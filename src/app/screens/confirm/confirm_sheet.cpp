@@ -12,6 +12,7 @@
 #include "app/widgets/tile.h"
 #include "app/widgets/words.h"
 #include "base/texts.h"
+#include "operations/admin_batch.h"
 #include "operations/removal_operation.h"
 #include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
@@ -20,7 +21,9 @@
 #include "removal/removal_texts.h"
 #include "scan/matching/trace.h"
 
+#include <QApplication>
 #include <QBoxLayout>
+#include <QClipboard>
 #include <QLabel>
 #include <QPainter>
 #include <QPlainTextEdit>
@@ -28,7 +31,9 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -54,6 +59,7 @@ QLabel* dot(TraceRisk risk) {
 
 QWidget* tierCard(const RemovalSummary& summary, const Texts& texts) {
     auto* card = new Panel({});
+    card->setAccessibleName(words(texts, "confirm.breakdown"));
     auto* layout = parts::column(card, scaled(14));
     layout->setContentsMargins(scaled(16), scaled(14), scaled(16), scaled(14));
     for (const auto& tier : summary.tiers) {
@@ -79,6 +85,7 @@ QWidget* readOnlyText(const QStringList& lines, const QString& name, int height)
     return text;
 }
 
+/// The numbered steps, and below them the script that runs those of an administrator.
 QStringList stepLines(const RemovalChoice& choice, const System& system) {
     const auto targets = choice.targets();
     std::vector<AppRecord> apps;
@@ -87,7 +94,8 @@ QStringList stepLines(const RemovalChoice& choice, const System& system) {
         apps.push_back({target.target.name, target.target.bundleID});
     const auto layout = makeLayout(apps, system.clock.now(), system.user);
     QStringList lines;
-    for (const auto& step : buildRemovalPlan(targets, layout, choice.mode(), system.texts)) {
+    std::vector<RemovalOperation> administrator;
+    for (auto& step : buildRemovalPlan(targets, layout, choice.mode(), system.texts)) {
         const auto verb = words(system.texts, "cli.step." + std::string(kindName(step.kind)));
         auto line = QStringLiteral("%1. %2  ").arg(step.id).arg(verb) + shown(step.displayName);
         if (const auto* move = std::get_if<operation::Move>(&step.kind))
@@ -95,7 +103,13 @@ QStringList stepLines(const RemovalChoice& choice, const System& system) {
         if (step.requiresRoot)
             line += QStringLiteral("  (") + words(system.texts, "cli.plan.administrator") + QLatin1Char(')');
         lines << line;
+        if (step.requiresRoot) administrator.push_back(std::move(step));
     }
+    if (administrator.empty()) return lines;
+    lines << QString() << words(system.texts, "confirm.steps.script") << QString();
+    std::istringstream script(adminBatch::script(administrator, system.user.userID));
+    for (std::string line; std::getline(script, line);)
+        lines << shown(line);
     return lines;
 }
 
@@ -123,10 +137,12 @@ Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Syst
     const auto title = QString::fromStdString(said.title);
     auto* sheet = new Sheet(window, title);
     addTitle(*sheet, choice, icons, title);
-    if (summary.reversibleCount > 0) // nothing else goes to the Trash
+    if (const auto moved = summary.reversibleCount - summary.unloadedCount; moved > 0)
+        sheet->content().addWidget(parts::paragraph(
+            words(texts, "confirm.body %lld %@", {std::to_string(moved), summary.totalSizeText(texts)})));
+    if (summary.unloadedCount > 0)
         sheet->content().addWidget(
-            parts::paragraph(words(texts, "confirm.body %lld %@",
-                                   {std::to_string(summary.reversibleCount), summary.totalSizeText(texts)})));
+            parts::paragraph(words(texts, "confirm.unloaded %lld", {std::to_string(summary.unloadedCount)})));
     sheet->content().addWidget(tierCard(summary, texts));
     if (said.password)
         sheet->content().addWidget(
@@ -141,11 +157,13 @@ Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Syst
         QStringList names;
         for (const auto& name : said.permanent)
             names << shown(name);
-        sheet->content().addWidget(readOnlyText(names, heading, 90));
+        sheet->content().addWidget(readOnlyText(names, words(texts, "confirm.itemList"), 90));
     }
     auto* buttons = parts::row(nullptr, scaled(6));
-    buttons->addWidget(parts::button(words(texts, "confirm.steps"),
-                                     [window, &choice, &system] { openStepsSheet(window, choice, system); }));
+    auto* steps = parts::button(words(texts, "confirm.steps"),
+                                [window, &choice, &system] { openStepsSheet(window, choice, system); });
+    steps->setObjectName(QStringLiteral("steps"));
+    buttons->addWidget(steps);
     buttons->addStretch(1);
     buttons->addWidget(parts::button(words(texts, "confirm.cancelButton"), [sheet] { sheet->cancel(); }));
     const auto answer = [sheet, confirm = std::move(confirm)] {
@@ -167,8 +185,14 @@ Sheet* openStepsSheet(QWidget* window, const RemovalChoice& choice, const System
     const auto title = words(system.texts, "confirm.steps.title");
     auto* sheet = new Sheet(window, title, 640);
     sheet->content().addWidget(parts::label(title, Type::sheet));
-    sheet->content().addWidget(readOnlyText(stepLines(choice, system), title, 360));
+    const auto lines = stepLines(choice, system);
+    sheet->content().addWidget(readOnlyText(lines, title, 360));
     auto* buttons = parts::row(nullptr);
+    auto* copy =
+        parts::button(words(system.texts, "confirm.steps.copy"),
+                      [text = lines.join(QLatin1Char('\n'))] { QApplication::clipboard()->setText(text); });
+    copy->setObjectName(QStringLiteral("copy steps"));
+    buttons->addWidget(copy);
     buttons->addStretch(1);
     buttons->addWidget(
         parts::primaryButton(words(system.texts, "permissions.doneButton"), [sheet] { sheet->cancel(); }));

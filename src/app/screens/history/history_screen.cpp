@@ -1,6 +1,7 @@
 #include "app/screens/history/history_screen.h"
 
 #include "app/models/trace_words.h"
+#include "app/models/undo_words.h"
 #include "app/screens/history/history_delegate.h"
 #include "app/style/metrics.h"
 #include "app/style/palette.h"
@@ -35,6 +36,8 @@ namespace tidwen {
 
 namespace {
 
+constexpr qsizetype mostLines = 6; ///< of a notice
+
 /// Never wider than its list, so that a long path is elided instead of scrolled to.
 class ElidingDelegate final : public QStyledItemDelegate {
   public:
@@ -46,11 +49,12 @@ class ElidingDelegate final : public QStyledItemDelegate {
 
 } // namespace
 
-HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvironment user,
+HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvironment user, bool runsJobs,
                              std::function<void(const Path&)> reveal)
     : history_(history),
       texts_(texts),
       user_(std::move(user)),
+      runsJobs_(runsJobs),
       reveal_(std::move(reveal)),
       list_(history, texts),
       itemList_(texts, user_) {
@@ -137,6 +141,8 @@ QWidget* HistoryScreen::makeFooter() {
     });
     undo_ = parts::primaryButton(text("history.undoButton"), [this] { undo(); });
     undo_->setObjectName(QStringLiteral("undo run"));
+    undo_->setToolTip(text("history.action.undo"));
+    delete_->setToolTip(text("history.action.delete"));
     stop_ = parts::button(text("removing.stop"), [this] { history_.stop(); });
     layout->addWidget(delete_);
     layout->addWidget(deleteAll_);
@@ -228,16 +234,17 @@ void HistoryScreen::showLine() {
 void HistoryScreen::showNotices() {
     parts::clear(*notices_);
     const auto dismissible = [this](NoticeTone tone, const QString& title, const QString& body = {}) {
-        notices_->addWidget(
-            makeNotice(tone, {title, body, text("window.dismiss")}, [this] { history_.forgetOutcome(); }));
+        auto* notice =
+            makeNotice(tone, {title, body, text("window.dismiss")}, [this] { history_.forgetOutcome(); });
+        notice->setAccessibleDescription(text("history.undoStrip"));
+        notices_->addWidget(notice);
     };
     if (const auto error = history_.errorMessage()) dismissible(NoticeTone::caution, shown(*error));
     if (const auto& undo = history_.lastUndo.get()) {
-        const bool isWhole = undo->failures.empty();
-        dismissible(isWhole ? NoticeTone::information : NoticeTone::caution,
+        dismissible(isAsBefore(*undo) ? NoticeTone::information : NoticeTone::caution,
                     text("report.undo.restored %lld %lld",
                          {std::to_string(undo->restoredCount), std::to_string(undo->totalCount)}),
-                    isWhole ? QString() : shown(undo->failures.front().text(texts_)));
+                    firstLines(undoLines(*undo, runsJobs_, texts_), mostLines, texts_));
     }
     const auto warn = [this](const QString& title, const QString& body = {}) {
         notices_->addWidget(makeNotice(NoticeTone::caution, {title, body}));

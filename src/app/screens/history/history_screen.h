@@ -27,7 +27,7 @@ class ScreenHeader;
 /// Past removals, the items of each, and the way back from them.
 class HistoryScreen final : public QWidget {
   public:
-    HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvironment user,
+    HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvironment user, bool runsJobs,
                   std::function<void(const Path&)> reveal);
 
   protected:
@@ -52,6 +52,7 @@ class HistoryScreen final : public QWidget {
     HistoryModel& history_;
     const Texts& texts_;
     UserEnvironment user_;
+    bool runsJobs_; ///< not on a volume
     std::function<void(const Path&)> reveal_;
     HistoryList list_;
     HistoryItems itemList_;

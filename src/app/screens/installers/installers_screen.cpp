@@ -28,6 +28,7 @@ InstallersScreen::InstallersScreen(InstallersModel& model, AppIcons& icons, cons
       list_(model, texts),
       filter_(list_) {
     header().setLine(text("installers.subtitle"));
+    nameFooter("installers.selectionCount", "installers.removeButton");
     addControl(order_ = makeOrderMenu());
     selectMatched_ =
         addButton("installers.selectMatched", "select matched", [this] { model_.toggleSelectAllMatched(); });

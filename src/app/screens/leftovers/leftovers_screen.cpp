@@ -45,7 +45,7 @@ LeftoversScreen::LeftoversScreen(RemovalFlowModel& flow, const Texts& texts, con
                 details_->setVisible(tree_.trace(current) != nullptr);
             });
     connect(&tree_, &QAbstractItemModel::modelReset, details_, &QWidget::hide);
-    keep(flow_.sweep().changed.connect([this] { refresh(); }));
+    keep(flow_.sweep().changed.connect([this](SweepChange) { refresh(); }));
     refresh();
 }
 
@@ -143,7 +143,7 @@ void LeftoversScreen::showContent() {
     const auto summary = summarize(flow_.sweep().snapshot().tree);
     const bool hasFinds = result() && summary.total > 0;
     header().setLine(
-        hasFinds ? text("leftovers.line %lld %lld %@",
+        hasFinds ? text("orphans.filter.showing %lld %lld %@",
                         {std::to_string(summary.shown), std::to_string(summary.total), summary.sizeText})
                  : text("leftovers.line.before"));
     for (QWidget* control : menus_)

@@ -5,6 +5,7 @@
 #include "app/style/palette.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/progress_ring.h"
+#include "app/widgets/tile.h"
 #include "app/widgets/words.h"
 #include "base/path.h"
 
@@ -13,14 +14,22 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
 namespace tidwen {
 
-WorkScreen::WorkScreen(const Texts& texts, UserEnvironment user, std::function<void()> stop)
+namespace {
+
+constexpr std::size_t mostTiles = 6; ///< of many applications, as many as fit into the least window
+
+} // namespace
+
+WorkScreen::WorkScreen(const Texts& texts, AppIcons& icons, UserEnvironment user, std::function<void()> stop)
     : texts_(texts),
       user_(std::move(user)),
+      icons_(icons),
       ring_(new ProgressRing),
       title_(parts::label({}, Type::title)),
       step_(parts::paragraph({}, Type::second, Role::second)),
@@ -30,6 +39,16 @@ WorkScreen::WorkScreen(const Texts& texts, UserEnvironment user, std::function<v
     auto* layout = parts::column(this, scaled(10));
     layout->setContentsMargins(scaled(24), 0, scaled(24), 0);
     layout->addStretch(2);
+    auto* applications = parts::row(nullptr, scaled(10));
+    applications->addStretch(1);
+    tiles_.reserve(mostTiles);
+    for (std::size_t i = 0; i < mostTiles; ++i) {
+        tiles_.push_back(new Tile(44, icons_));
+        applications->addWidget(tiles_.back());
+    }
+    applications->addStretch(1);
+    layout->addLayout(applications);
+    showApplications({}, {});
     layout->addWidget(ring_, 0, Qt::AlignHCenter);
     for (auto* label : {title_, step_, note_}) {
         label->setAlignment(Qt::AlignCenter);
@@ -50,6 +69,16 @@ void WorkScreen::show(const Words& words, const std::optional<StepProgress>& ste
         step && step->total > 0 ? static_cast<double>(step->step) / static_cast<double>(step->total) : 0;
     ring_->show(done);
     ring_->setAccessibleName(step_->text().isEmpty() ? words.title : step_->text());
+}
+
+void WorkScreen::showApplications(const std::vector<Application>& applications, const std::string& atWork) {
+    for (std::size_t i = 0; i < tiles_.size(); ++i) {
+        tiles_[i]->setVisible(i < applications.size());
+        if (i >= applications.size()) continue;
+        const auto& each = applications[i];
+        tiles_[i]->show(shown(each.name), each.bundleID, each.bundle);
+        tiles_[i]->setEnabled(each.name == atWork);
+    }
 }
 
 void WorkScreen::keyPressEvent(QKeyEvent* event) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/path.h"
 #include "base/step_progress.h"
 #include "base/texts.h"
 #include "platform/user_environment.h"
@@ -7,13 +8,17 @@
 #include <QWidget>
 #include <functional>
 #include <optional>
+#include <string>
+#include <vector>
 
 class QLabel;
 class QPushButton;
 
 namespace tidwen {
 
+class AppIcons;
 class ProgressRing;
+class Tile;
 
 /// Work that runs, a scan or a removal: what it is, how far it has come, and a way to end it.
 class WorkScreen final : public QWidget {
@@ -23,9 +28,17 @@ class WorkScreen final : public QWidget {
         QString stop; ///< what ends it
         QString note; ///< what is good to know meanwhile
     };
-    WorkScreen(const Texts& texts, UserEnvironment user, std::function<void()> stop);
+    /// What is passed outlives it.
+    WorkScreen(const Texts& texts, AppIcons& icons, UserEnvironment user, std::function<void()> stop);
 
     void show(const Words& words, const std::optional<StepProgress>& step);
+    struct Application {
+        std::string name;
+        std::string bundleID;
+        Path bundle;
+    };
+    /// What it works on, as a row of icons; those at which it is not at work now are faint.
+    void showApplications(const std::vector<Application>& applications, const std::string& atWork);
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -33,6 +46,8 @@ class WorkScreen final : public QWidget {
   private:
     const Texts& texts_;
     UserEnvironment user_;
+    AppIcons& icons_;
+    std::vector<Tile*> tiles_;
     ProgressRing* ring_;
     QLabel* title_;
     QLabel* step_;

@@ -1,12 +1,15 @@
 #include "app/screens/report/report_screen.h"
 
 #include "app/models/trace_words.h"
+#include "app/models/undo_words.h"
+#include "app/models/unseen_words.h"
 #include "app/style/icons.h"
 #include "app/style/metrics.h"
 #include "app/style/style.h"
 #include "app/widgets/notice.h"
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
+#include "app/widgets/return_key.h"
 #include "app/widgets/words.h"
 #include "base/message.h"
 #include "base/path.h"
@@ -23,6 +26,7 @@
 #include <QPushButton>
 #include <QScrollArea>
 
+#include <algorithm>
 #include <string>
 #include <variant>
 #include <vector>
@@ -31,13 +35,14 @@ namespace tidwen {
 
 namespace {
 
+constexpr qsizetype mostPlaces = 20;   ///< that could not be read
 constexpr std::size_t mostLines = 500; ///< of one kind, for they are widgets
 
 } // namespace
 
 ReportScreen::ReportScreen(RemovalFlowModel& flow, const Texts& texts,
-                           std::function<void(const Path&)> reveal)
-    : flow_(flow), texts_(texts), reveal_(std::move(reveal)) {
+                           std::function<void(const Path&)> reveal, std::function<void()> openPrivacy)
+    : flow_(flow), texts_(texts), reveal_(std::move(reveal)), openPrivacy_(std::move(openPrivacy)) {
     auto* layout = parts::column(this);
     auto* body = new QWidget;
     auto* inner = parts::column(body, scaled(10));
@@ -113,7 +118,7 @@ void ReportScreen::showReport(const stage::Report& stage) {
     const auto subject = shown(stage.subject.text(texts_)).toStdString();
     const auto said = reportTexts(stage.report, subject, texts_);
     const bool isClean = said.failures.empty() && !said.stopped && !stage.report.manifestFailure;
-    if (isClean)
+    if (isClean && stage.report.unseen.isNothing())
         showMark("check", Role::safe, Role::safeGround);
     else
         showMark("warning", Role::look, Role::lookGround);
@@ -136,7 +141,8 @@ void ReportScreen::showCard(const stage::Report& stage) {
     if (!report.quarantineRoot.isRoot())
         addLine(*card,
                 {"folder", Role::second, text("report.quarantine.title"),
-                 shown(report.quarantineRoot.lastComponent())},
+                 shown(report.quarantineRoot.lastComponent()) + QLatin1Char('\n')
+                     + text("report.quarantine.note")},
                 parts::button(text("history.revealButton"),
                               [this, folder = report.quarantineRoot] { reveal_(folder); }));
     if (report.manifestFailure)
@@ -147,8 +153,16 @@ void ReportScreen::showCard(const stage::Report& stage) {
     addLines(*card, {"warning", Role::sensitive, text("report.failures.title"), {}}, said.unsettled);
     addLines(*card, {"warning", Role::look, text("report.remarks"), {}}, said.remarks);
     for (const auto& line : said.verification)
-        addLine(*card, {said.isClean ? "check" : "warning", said.isClean ? Role::safe : Role::look,
-                        text("report.verify.title"), shown(line)});
+        addLine(*card,
+                {said.isClean ? "check" : "warning", said.isClean ? Role::safe : Role::look,
+                 text("report.verify.title"), shown(line)},
+                said.isClean || !openPrivacy_ ? nullptr
+                                              : parts::button(text("report.verify.open"), openPrivacy_));
+    for (const auto& unseen : unseenWords(report.unseen, UnseenAt::report, texts_)) {
+        auto body = firstLines(unseen.places, mostPlaces, texts_);
+        if (!unseen.body.isEmpty()) body.prepend(unseen.body + QLatin1Char('\n'));
+        addLine(*card, {"warning", Role::look, unseen.title, body});
+    }
     std::size_t lines = 0;
     for (const auto& remainder : report.left)
         for (const auto& item : remainder.traces)
@@ -156,6 +170,7 @@ void ReportScreen::showCard(const stage::Report& stage) {
                 addLine(*card,
                         {"warning", Role::look,
                          text("report.stays %@", {traceTitle(item.trace).toStdString()}), whyItStays(item)});
+    if (lines > mostLines) addLine(*card, {"warning", Role::look, more(lines - mostLines), {}});
     if (card->count() == 0) return panel->deleteLater();
     cards_->addWidget(panel);
 }
@@ -177,6 +192,13 @@ void ReportScreen::addLines(QBoxLayout& card, Line line, const std::vector<std::
         line.body = shown(body);
         addLine(card, line);
     }
+    if (bodies.size() <= mostLines) return;
+    line.body = more(bodies.size() - mostLines);
+    addLine(card, line);
+}
+
+QString ReportScreen::more(std::size_t count) const {
+    return text("report.more %lld", {std::to_string(count)});
 }
 
 void ReportScreen::addLine(QBoxLayout& card, const Line& line, QPushButton* button) {
@@ -192,20 +214,32 @@ void ReportScreen::addLine(QBoxLayout& card, const Line& line, QPushButton* butt
 
 void ReportScreen::showUndo(const UndoReport& undo) {
     const bool isWhole = undo.failures.empty();
-    if (isWhole)
+    if (isAsBefore(undo))
         showMark("undo", Role::safe, Role::safeGround);
     else
         showMark("warning", Role::look, Role::lookGround);
     title_->setText(text(isWhole ? "report.undo.complete" : "report.undo.partial"));
-    auto line = text("report.undo.restored %lld %lld",
-                     {std::to_string(undo.restoredCount), std::to_string(undo.totalCount)});
-    counts_->setText(line);
+    counts_->setText(text("report.undo.restored %lld %lld",
+                          {std::to_string(undo.restoredCount), std::to_string(undo.totalCount)}));
     if (undo.mayHaveLost)
         cards_->addWidget(makeNotice(NoticeTone::information, {text("report.undo.permanent")}));
-    std::size_t lines = 0;
-    for (const auto& failure : undo.failures)
-        if (lines++ < mostLines)
-            cards_->addWidget(makeNotice(NoticeTone::caution, {shown(failure.text(texts_))}));
+    const auto lines = undoLines(undo, openPrivacy_ != nullptr, texts_);
+    const auto tone = isAsBefore(undo) ? NoticeTone::information : NoticeTone::caution;
+    constexpr auto most = static_cast<qsizetype>(mostLines);
+    for (const auto& line : lines.mid(0, most))
+        cards_->addWidget(makeNotice(tone, {line}));
+    if (lines.size() > most)
+        cards_->addWidget(makeNotice(tone, {more(static_cast<std::size_t>(lines.size() - most))}));
+}
+
+void ReportScreen::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    returnKey::waitForPause(); // or it is gone before it was read
+}
+
+void ReportScreen::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    returnKey::waitNoLonger();
 }
 
 void ReportScreen::keyPressEvent(QKeyEvent* event) {

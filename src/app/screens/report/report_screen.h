@@ -8,6 +8,7 @@
 #include "removal/stay_reason.h"
 
 #include <QWidget>
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -21,12 +22,15 @@ namespace tidwen {
 /// What a removal came to, and the way back.
 class ReportScreen final : public QWidget {
   public:
-    ReportScreen(RemovalFlowModel& flow, const Texts& texts, std::function<void(const Path&)> reveal);
+    ReportScreen(RemovalFlowModel& flow, const Texts& texts, std::function<void(const Path&)> reveal,
+                 std::function<void()> openPrivacy);
 
     void update();
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
   private:
     struct Line {
@@ -42,12 +46,15 @@ class ReportScreen final : public QWidget {
     void showReport(const stage::Report& report);
     void showCard(const stage::Report& report);
     void showUndo(const UndoReport& undo);
+    QString more(std::size_t count) const; ///< that the screen does not name
     QString whyItStays(const StayingTrace& item) const;
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 
     RemovalFlowModel& flow_;
     const Texts& texts_;
     std::function<void(const Path&)> reveal_;
+    std::function<void()>
+        openPrivacy_; ///< none on a volume: no settings to open, and jobs start with its Mac
     QLabel* mark_ = nullptr;
     QLabel* title_ = nullptr;
     QLabel* counts_ = nullptr;

@@ -2,6 +2,8 @@
 
 #include "app/models/app_icons.h"
 #include "app/models/trace_words.h"
+#include "app/models/undo_words.h"
+#include "app/models/unseen_words.h"
 #include "app/screens/review/review_filter.h"
 #include "app/screens/review/size_bar.h"
 #include "app/style/icons.h"
@@ -15,6 +17,7 @@
 #include "app/widgets/row_view.h"
 #include "app/widgets/screen_header.h"
 #include "app/widgets/search_field.h"
+#include "app/widgets/text_sheet.h"
 #include "app/widgets/tile.h"
 #include "app/widgets/words.h"
 #include "base/byte_count.h"
@@ -50,6 +53,7 @@ namespace {
 constexpr int foldsDetailsBelow = 960;  ///< of the window's width
 constexpr std::size_t mostTiles = 3;    ///< of several applications
 constexpr std::size_t namedReasons = 2; ///< for which items stay
+constexpr qsizetype namedPlaces = 3;    ///< that could not be read
 constexpr std::size_t namedParts = 3;   ///< of the size bar; the others are one
 
 } // namespace
@@ -83,7 +87,10 @@ ReviewScreen::ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts&
     details_->onPermissions = [this](const Trace& trace) { showPermissions(trace); };
     layout->addWidget(details_);
     connect(view_->selectionModel(), &QItemSelectionModel::currentChanged, this,
-            [this](const QModelIndex& current) { details_->show(tree_.trace(current)); });
+            [this](const QModelIndex& current) {
+                details_->show(tree_.trace(current));
+                showDetails_->setEnabled(tree_.trace(current) != nullptr);
+            });
 }
 
 QWidget* ReviewScreen::makeHeader() {
@@ -133,6 +140,9 @@ QWidget* ReviewScreen::makeFooter() {
         words->addWidget(label);
     auto* layout = static_cast<QBoxLayout*>(footer->layout());
     layout->addLayout(words, 1);
+    showDetails_ = parts::button(text("review.details"), [this] { details_->openSheet(window()); });
+    showDetails_->setObjectName(QStringLiteral("details"));
+    layout->addWidget(showDetails_);
     layout->addWidget(parts::button(text("confirm.cancelButton"), [this] { flow_.close(); }));
     remove_ = parts::primaryButton(text("installers.removeButton"), [this] { actions_.remove(); });
     remove_->setObjectName(QStringLiteral("remove"));
@@ -155,12 +165,21 @@ void ReviewScreen::update() {
         tree_.rebuild();
         view_->expandAll();
         details_->show(nullptr);
+        showDetails_->setEnabled(false);
         if (isOther) showNotices();
         if (isOther) view_->scrollToTop();
         if (isOther && !shown_.empty()) view_->setFocus();
-    } else {
-        tree_.refresh();
     }
+    showSelection();
+}
+
+void ReviewScreen::showGrantedAccess() {
+    isAccessNew_ = !shown_.empty();
+    if (isAccessNew_) showNotices();
+}
+
+void ReviewScreen::showSelection() {
+    tree_.refresh();
     showHeader();
     showSizes();
     showFooter();
@@ -203,13 +222,6 @@ void ReviewScreen::showHeader() {
 void ReviewScreen::showNotices() {
     parts::clear(*notices_);
     for (const auto& result : flow_.choice().findings().scanned()) {
-        if (!result.unreadableLocations.empty())
-            notices_->addWidget(makeNotice(
-                NoticeTone::caution,
-                {text("review.incomplete.title"),
-                 text("cli.scan.incomplete.body %lld", {std::to_string(result.unreadableLocations.size())}),
-                 text("review.incomplete.rescan")},
-                [this] { actions_.rescan(); }));
         if (result.isProtected)
             notices_->addWidget(
                 makeNotice(NoticeTone::caution,
@@ -223,7 +235,47 @@ void ReviewScreen::showNotices() {
                 makeNotice(NoticeTone::caution,
                            {text("review.genericName.title"),
                             text("review.genericName.body %@", {shown(result.target.name).toStdString()})}));
+        if (actions_.isRunning(result.target))
+            notices_->addWidget(
+                makeNotice(NoticeTone::information,
+                           {text("review.running.title %@", {shown(result.target.name).toStdString()}),
+                            text("review.running.body"),
+                            {},
+                            QStringLiteral("power")}));
+        auto unusable = result.unusableHelpers;
+        if (result.identifierMatchingDisabled) unusable.push_back(result.target.bundleID);
+        for (const auto& identifier : unusable)
+            notices_->addWidget(makeNotice(NoticeTone::caution, {text("review.noIdentifier.title"),
+                                                                 text("review.noIdentifier.body %@",
+                                                                      {shown(identifier).toStdString()})}));
     }
+    for (const auto& each : unseenWords(flow_.choice().findings().unseen(), UnseenAt::review, texts_))
+        addUnseen(each);
+}
+
+/// The first places by name, all of them in a sheet. With the way to the access that is missing; once it is
+/// there, another scan sees more.
+void ReviewScreen::addUnseen(const UnseenWords& unseen) {
+    std::vector<NoticeAction> actions;
+    if (unseen.places.size() > namedPlaces)
+        actions.push_back({text("list.showAll"),
+                           [this, unseen] {
+                               openTextSheet(window(), unseen.title, unseen.places,
+                                             text("permissions.doneButton"));
+                           },
+                           true, QStringLiteral("all places")});
+    if (unseen.isUnread && actions_.openPane && !actions_.hasFullDiskAccess())
+        actions.push_back(
+            {text("settings.permissions.open"), [this] { actions_.openPane(SettingsPane::fullDiskAccess); }});
+    actions.push_back({text("review.incomplete.rescan"), [this] { actions_.rescan(); }});
+    auto lines = firstLines(unseen.places, namedPlaces, texts_);
+    const bool isGranted = unseen.isUnread && isAccessNew_;
+    const auto body =
+        isGranted ? text("review.incomplete.granted.body %lld", {std::to_string(unseen.places.size())})
+                  : unseen.body;
+    if (!body.isEmpty()) lines.prepend(body + QLatin1Char('\n'));
+    const auto title = isGranted ? text("review.incomplete.granted.title") : unseen.title;
+    notices_->addWidget(makeNotice(NoticeTone::caution, {title, lines}, std::move(actions)));
 }
 
 /// The largest kinds by name, the others as one.
@@ -231,7 +283,8 @@ void ReviewScreen::showSizes() {
     std::map<TraceCategory, std::int64_t> byCategory;
     for (const auto& group : flow_.choice().findings().groups())
         for (const auto& trace : group.traces)
-            if (trace.sizeBytes) byCategory[trace.category] += *trace.sizeBytes;
+            if (trace.sizeBytes && isEligible(trace, flow_.choice().mode()))
+                byCategory[trace.category] += *trace.sizeBytes;
     std::vector<std::pair<TraceCategory, std::int64_t>> sorted(byCategory.begin(), byCategory.end());
     std::ranges::stable_sort(sorted, std::greater{}, [](const auto& part) { return part.second; });
     std::vector<SizeBar::Part> parts;
@@ -287,7 +340,7 @@ void ReviewScreen::search() {
 }
 
 void ReviewScreen::keyPressEvent(QKeyEvent* event) {
-    if (typeInto(*search_, *event)) return;
+    if (typeInto(*search_, *event) || leaveDown(*search_, *view_, *event)) return;
     if (event->key() == Qt::Key_Escape) {
         flow_.close();
         return;
@@ -299,7 +352,9 @@ void ReviewScreen::keyPressEvent(QKeyEvent* event) {
 
 void ReviewScreen::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    details_->setVisible(window()->width() >= scaled(foldsDetailsBelow));
+    const bool hasRoom = window()->width() >= scaled(foldsDetailsBelow);
+    details_->setVisible(hasRoom);
+    showDetails_->setVisible(!hasRoom);
 }
 
 QString ReviewScreen::text(const char* key, const std::vector<std::string>& arguments) const {

@@ -29,6 +29,7 @@ class RowView;
 class ScreenHeader;
 class SizeBar;
 class Tile;
+struct UnseenWords;
 
 /// What was found of the applications, to choose from what goes.
 class ReviewScreen final : public QWidget {
@@ -39,12 +40,18 @@ class ReviewScreen final : public QWidget {
         std::function<void(const Path&)> reveal;
         std::function<void(const AppTarget&)> showPermissions;
         std::function<void(SettingsPane)> openPane; ///< none: there are no settings to open
+        std::function<bool()> hasFullDiskAccess;    ///< asked where there are settings to open
+        std::function<bool(const AppTarget&)> isRunning;
     };
     ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts& texts, UserEnvironment user,
                  Actions actions);
 
     /// Other findings, or the trees of another filter.
     void update();
+    /// What is removed and what stays, of the same findings.
+    void showSelection();
+    /// Full Disk Access was given since: searching again finds more.
+    void showGrantedAccess();
     void search();
 
   protected:
@@ -57,6 +64,7 @@ class ReviewScreen final : public QWidget {
     void showPermissions(const Trace& trace);
     void showHeader();
     void showNotices();
+    void addUnseen(const UnseenWords& unseen);
     void showSizes();
     void showFooter();
     QStringList whatStays() const;
@@ -71,6 +79,7 @@ class ReviewScreen final : public QWidget {
     std::vector<std::shared_ptr<const LeftoverList>> shown_;
     int shownRows_ = -1;
     LeftoverFilter shownFilter_;
+    bool isAccessNew_ = false; ///< given since the search
     ScreenHeader* header_ = nullptr;
     std::vector<Tile*> tiles_; ///< of the first applications
     QPushButton* uninstall_ = nullptr;
@@ -79,6 +88,7 @@ class ReviewScreen final : public QWidget {
     SizeBar* sizes_ = nullptr;
     QBoxLayout* notices_ = nullptr;
     RowView* view_ = nullptr;
+    QPushButton* showDetails_ = nullptr; ///< while the pane has no room
     DetailsPane* details_ = nullptr;
     QLabel* going_ = nullptr;
     QLabel* staying_ = nullptr;

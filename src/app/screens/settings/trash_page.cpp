@@ -43,6 +43,7 @@ TrashPage::TrashPage(UserSettings& settings, PermissionsModel* own, Notification
 void TrashPage::showPresent() {
     const bool isOn = settings_.preferences().catchTrashedApps.get();
     watch_->setChecked(isOn);
+    watch_->setToolTip(text(isOn ? "settings.trash.turnOff" : "settings.trash.turnOn"));
     watch_->setEnabled(!settings_.problem.get());
     QStringList needs;
     if (own_ && own_->fullDiskAccess.get() == FullDiskAccessProbe::Status::denied)

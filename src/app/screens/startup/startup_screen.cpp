@@ -33,6 +33,8 @@ StartupScreen::StartupScreen(StartupItemsModel& model, AppIcons& icons, const Te
       list_(model, texts),
       filter_(list_) {
     header().setLine(text("startup.subtitle"));
+    nameFooter("startup.selectionCount", "startup.removeButton");
+    empty().setAccessibleName(text("startup.emptyState"));
     action_ = addButton("startup.switchOn", "switch", [this] { act(view().currentIndex()); });
     selectOrphans_ =
         addButton("startup.selectAllOrphans", "select orphans", [this] { model_.toggleSelectAllOrphans(); });
@@ -106,6 +108,8 @@ void StartupScreen::showAction() {
     const auto* row = rowAt(view().currentIndex());
     const auto words = row ? actionWords(*row) : QString();
     action_->setText(words);
+    const bool isManaged = row && row->switchState == SwitchState::systemSettings;
+    action_->setToolTip(isManaged ? text("startup.limitations") : QString());
     action_->setVisible(!words.isEmpty());
 }
 

@@ -14,9 +14,17 @@
 typedef NSUInteger NSApplicationTerminateReply;
 constexpr NSApplicationTerminateReply NSTerminateCancel = 0;
 
+typedef NSString* NSAppearanceName;
+
 extern "C" {
 extern NSString* _Nonnull const NSApplicationDidFinishLaunchingNotification;
+extern NSAppearanceName _Nonnull const NSAppearanceNameAqua;
+extern NSAppearanceName _Nonnull const NSAppearanceNameDarkAqua;
 }
+
+@interface NSAppearance : NSObject
++ (NSAppearance* _Nullable)appearanceNamed:(NSAppearanceName _Nonnull)name;
+@end
 
 @class NSApplication;
 @protocol NSApplicationDelegate
@@ -28,6 +36,7 @@ extern NSString* _Nonnull const NSApplicationDidFinishLaunchingNotification;
 @property(class, readonly, strong) NSApplication* _Nonnull sharedApplication;
 @property(weak, nullable) id<NSApplicationDelegate> delegate;
 @property(strong, nullable) id servicesProvider;
+@property(nullable, strong) NSAppearance* appearance;
 - (void)run;
 @end
 

@@ -1,4 +1,4 @@
-#include "quarantine/comparison_limit.h"
+#include "posix/comparison_limit.h"
 
 #include <algorithm>
 #include <utility>
