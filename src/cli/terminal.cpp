@@ -146,11 +146,8 @@ int runTerminal(int count, char** words, const TerminalBuild& build) {
     crashRecorder::install(CrashReports::defaultFolder(), programVersion());
     const auto resources = findResources(count > 0 ? words[0] : "tidwen");
     const auto texts = Texts::load(resources, languageOfUser(resources));
-    // Without texts no message is readable, so nothing is begun.
     if (texts.keys().empty()) {
-        std::fputs("tidwen: The texts were not found, so nothing was done. TIDWEN_RESOURCES may name their "
-                   "folder.\n",
-                   stderr);
+        std::fprintf(stderr, "tidwen: %s\n", textsNotFound);
         return static_cast<int>(ExitStatus::refused);
     }
     const auto commands = allCommands();

@@ -13,6 +13,11 @@ namespace tidwen {
 /// `program` is argv[0].
 std::filesystem::path findResources(const char* program);
 
+/// What a program says, in English, when it found no texts: without them no message is readable, so that
+/// nothing may be begun.
+inline constexpr const char* textsNotFound =
+    "The texts were not found, so nothing was done. TIDWEN_RESOURCES may name their folder.";
+
 /// The bundle that the program runs from ("Tidwen.app/Contents/MacOS/tidwen"); a default outside of one, or
 /// when its Info.plist is unreadable.
 OwnBundle findOwnBundle(const char* program);

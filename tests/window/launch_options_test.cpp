@@ -44,6 +44,10 @@ TEST(LaunchOptions, NameWhatToOpenOrAreAnsweredInEveryLanguage) {
     EXPECT_EQ(answerBeforeLaunch({program, QStringLiteral("--version")}, english, "1.2")->text,
               "Tidwen 1.2\n");
     EXPECT_FALSE(answerBeforeLaunch({program, QStringLiteral("--sample")}, english, "1.2"));
+    const auto without = answerBeforeLaunch({program}, Texts::load("/nowhere", "en"), "1.2");
+    ASSERT_TRUE(without);
+    EXPECT_EQ(without->status, 2);
+    EXPECT_THAT(without->text, HasSubstr("TIDWEN_RESOURCES"));
 }
 
 } // namespace

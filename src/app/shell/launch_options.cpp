@@ -1,6 +1,7 @@
 #include "app/shell/launch_options.h"
 
 #include "base/text.h"
+#include "program/resources.h"
 
 #include <QCommandLineParser>
 #include <algorithm>
@@ -58,6 +59,7 @@ LaunchAnswer wrong(const Texts& texts, const std::string& why) {
 
 std::optional<LaunchAnswer> answerBeforeLaunch(const QStringList& words, const Texts& texts,
                                                const std::string& version) {
+    if (texts.keys().empty()) return LaunchAnswer{2, std::string("Tidwen: ") + textsNotFound + "\n"};
     QCommandLineParser parser;
     declare(parser);
     (void)parser.parse(words); // the toolkit's own options are unknown to it

@@ -91,8 +91,7 @@ ExitStatus refuse(const RemovalRefusal& refusal, const CommandContext& context) 
     const auto status = context.refuse(refusal.reason);
     if (refusal.reason.key == "error.reachedThroughLink %@ %@")
         context.advise({"cli.next %@"},
-                       context.commandLine(
-                           {context.arguments.command, refusal.reason.arguments[1].text()}));
+                       context.commandLine({context.arguments.command, refusal.reason.arguments[1].text()}));
     if (!refusal.unmovableItems.empty()) context.error({"cli.remove.otherAccount"});
     return status;
 }
