@@ -110,9 +110,9 @@ class Around(VolumeTest):
         root = self.volume / self.call("remove", "Kip", "--yes", "--json").json["quarantineRoot"][1:]
         item = next(entry for entry in root.iterdir() if entry.is_dir() and entry.name.isdigit())
         item.rename(root / f".tidwen-purged-{item.name}")
-        self.assertIs(self.call("history", "--json").json[0]["isPartlyPurged"], True)
-        self.assertIn("Partly deleted", self.call("history").output)
-        self.assertIn("Its deletion was interrupted", self.refuse("undo", "1").output)
+        self.assertIs(self.call("history", "--json", status=1).json[0]["isPartlyPurged"], True)
+        self.assertIn("Partly deleted", self.call("history", status=1).output)
+        self.assertIn("Its deletion was interrupted", self.call("undo", "1", status=1).output)
         self.assertTrue(root.exists())
         self.call("purge", "1", "--yes")
         self.assertFalse(root.exists())
