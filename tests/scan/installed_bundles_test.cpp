@@ -82,7 +82,7 @@ TEST_F(InstalledBundlesTest, KnowsWhatLiesWhereBundlesReallyAre) {
         writeBundle(volume, path, "com.example.x", "X");
     for (const char* other :
          {"/Applications/Zebra.app/Contents/Helpers/In.app", "/Users/alice/.Trash/Gone.app",
-          "/Users/alice/.Trash/Run/Gone.app", "/Elsewhere/Away.app"})
+          "/Users/alice/Projects/.git/Past.app", "/Users/alice/.Trash/Run/Gone.app", "/Elsewhere/Away.app"})
         writeBundle(volume, other, "com.example.x", "X");
     volume.link("/Applications/Loop", "/Applications");
     volume.write("/Applications/File.app", "x");

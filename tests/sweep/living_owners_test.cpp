@@ -24,6 +24,7 @@ TEST_F(OrphanScan, LeavesAloneWhatAnybodyCouldClaim) {
         {"/Users/alice/Desktop/Renamed 2.app", "com.renamed.tool"},
         {"/Users/alice/Games/Chess/Chess.app", "com.chess.tool"},
         {"/Users/alice/Loose.app", "com.loose.tool"},
+        {"/Users/alice/Projects/draft/build/out/Built.app", "com.project.tool"},
         {"/Users/alice/Documents/Letter.app", "com.letter.tool"},
         {"/Users/Shared/Maker/Shared.app", "com.shared.tool"},
         {"/opt/maker/Opt.app", "com.optional.tool"},
@@ -38,6 +39,7 @@ TEST_F(OrphanScan, LeavesAloneWhatAnybodyCouldClaim) {
         {"/Applications/Marlin.app/Contents/PlugIns/S.appex/Contents/XPCServices/Two.xpc", "org.two.deep"},
         {"/Applications/Marlin.app/Contents/Frameworks/E.framework/Versions/A/Helpers/H.app",
          "org.engine.tab"},
+        {"/Applications/Marlin.app/Contents/Resources/tools/mac/R.app", "org.resource.tool"},
         {"/Applications/Marlin.app/Contents/Library/LoginItems/Zeppelin.app", "org.login.item"}};
     for (const auto& [bundle, owner] : owners) {
         test::writeBundle(volume, bundle, owner, "Any Name");

@@ -19,7 +19,7 @@ constexpr std::size_t maximumHomes = 200;
 constexpr int furtherSupportDepth = 6;
 // People and vendors nest folders; deeper ones are not reported as gaps, because a person's documents can be
 // nested without limit.
-constexpr int furtherDepth = 3;
+constexpr int furtherDepth = 5;
 
 struct Row {
     std::string_view path;
@@ -42,7 +42,7 @@ constexpr Row systemRows[] = {
 
 // Where a person keeps applications besides the Applications folder. The home itself comes first.
 constexpr Row homeRows[] = {
-    {"", 0, 0, 2},
+    {"", 0, 0, 4},
     {"Desktop", 2, 0, furtherDepth},
     {"Downloads", 2, 0, furtherDepth},
     {"Documents", 1, 0, furtherDepth},

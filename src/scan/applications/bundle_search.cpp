@@ -142,10 +142,11 @@ class BundleSearch {
         }
     }
 
-    /// Hidden folders of a home, and those that are places of their own.
+    /// Hidden folders below a home, such as the thousands in which projects keep their past, and its Library,
+    /// which has places of its own.
     bool isPrivate(const Folder& folder, const std::string& name) const {
-        return places_[folder.place].isHome && levelOf(folder) == 0
-               && (name.starts_with('.') || name == "Library");
+        return places_[folder.place].isHome
+               && (name.starts_with('.') || (name == "Library" && levelOf(folder) == 0));
     }
 
     /// A folder beyond the search's depth may contain applications.

@@ -28,7 +28,7 @@ constexpr int maximumBundles = 2'000;
 // Unusual places: "Contents/SharedSupport/Tools/Extras/Tool.app". Resources have many, deeper folders without
 // bundles.
 constexpr int furtherLevels = 4;
-constexpr int furtherLevelsOfResources = 1;
+constexpr int furtherLevelsOfResources = 3;
 constexpr int maximumFurtherFolders = 1'000;
 constexpr std::size_t mostKept = 1'000; // entries of a folder
 
