@@ -10,6 +10,7 @@
 #include "platform/user_environment.h"
 #include "quarantine/trash_lock.h"
 #include "removal/findings.h"
+#include "removal/protected_owners.h"
 #include "removal/removal_subject.h"
 #include "scan/applications/app_target.h"
 #include "scan/matching/scan_result.h"
@@ -64,6 +65,7 @@ bool RemovalFlowModel::isChoosing() const {
 
 void RemovalFlowModel::forgetChoices() {
     choice_ = RemovalChoice();
+    findInUse_ = nullptr;
     reviewTrees_.clear();
     reviewLists_.clear();
     protectionProblem_.reset();
@@ -164,6 +166,7 @@ struct RemovalFlowModel::Reviewed {
         std::map<std::string, std::vector<Trace>> traces; // two copies of one application share an identifier
         for (auto& result : scanned) {
             result.isProtected = protection.problem || protection.contains(result.target.bundleID);
+            markProtectedOwners(result, protection);
             auto& ofTarget = traces[result.target.bundleID];
             ofTarget.insert(ofTarget.end(), result.traces.begin(), result.traces.end());
         }
@@ -303,7 +306,8 @@ void RemovalFlowModel::arrange() {
     changed.emit(FlowChange::listing);
 }
 
-RemovalFlowModel::Answer RemovalFlowModel::offer(const std::string& name, std::vector<Trace> traces) {
+RemovalFlowModel::Answer RemovalFlowModel::offer(const std::string& name, std::vector<Trace> traces,
+                                                 FindInUse findInUse) {
     if (!isHome()) return whyNot();
     forgetChoices();
     problems_.clear();
@@ -316,6 +320,7 @@ RemovalFlowModel::Answer RemovalFlowModel::offer(const std::string& name, std::v
                           ? RemovalSubject::Kind::startupItems
                           : RemovalSubject::Kind::applications;
     choose(Findings(name, std::move(traces)), kind);
+    findInUse_ = std::move(findInUse);
     return select(all);
 }
 

@@ -170,8 +170,9 @@ class RemovalFlowModel {
     std::function<void()> onReportDismissed;
 
     /// Offers the selection of the installers' or the startup items' screen, all of it selected. Another home
-    /// stage, a scan or a sweep withdraws the offer.
-    Answer offer(const std::string& name, std::vector<Trace> traces);
+    /// stage, a scan or a sweep withdraws the offer. `findInUse` is asked before the first step; it must live
+    /// as long as this model.
+    Answer offer(const std::string& name, std::vector<Trace> traces, FindInUse findInUse = {});
 
     // Change `choice`, see there; refused while there is nothing to choose from.
     Answer setSelected(const std::vector<Uuid>& ids, bool selected);
@@ -224,6 +225,7 @@ class RemovalFlowModel {
     std::optional<QuitPrompt> pendingQuitPrompt_;
     std::function<void(QuitPromptChoice)> quitPromptContinuation_;
     RemovalChoice choice_;
+    FindInUse findInUse_;                                                    ///< of the offer
     std::map<std::string, std::shared_ptr<const LeftoverList>> reviewLists_; ///< by bundle identifier
     std::map<std::string, LeftoverTree> reviewTrees_;
     LeftoverFilter reviewFilter_;

@@ -16,6 +16,7 @@
 #include "removal/removal_report.h"
 #include "removal/removal_run.h"
 #include "removal/renewed_check.h"
+#include "scan/matching/residue_scanner.h"
 #include "scan/permissions/full_disk_access.h"
 
 #include <algorithm>
@@ -37,6 +38,7 @@ struct RemovalFlowModel::Run {
     std::vector<RemovalTarget> targets;  ///< final, once every application has answered
     std::set<const FoundGroup*> running; ///< those that were running
     Stage cameFrom;
+    FindInUse findInUse;              ///< of an offer
     std::unique_ptr<FolderLock> lock; ///< of the Trash
     StepControl control;
 
@@ -58,6 +60,18 @@ struct RemovalFlowModel::Run {
     }
 };
 
+namespace {
+
+std::vector<AppTarget> targetsOf(const Findings& findings) {
+    std::vector<AppTarget> targets;
+    targets.reserve(findings.groups().size());
+    for (const auto& group : findings.groups())
+        targets.push_back(group.target);
+    return targets;
+}
+
+} // namespace
+
 RemovalFlowModel::Answer RemovalFlowModel::confirm() {
     if (!isChoosing()) return whyNot();
     if (isHome() && choice_.findings().groups().empty())
@@ -73,6 +87,7 @@ RemovalFlowModel::Answer RemovalFlowModel::confirm() {
     run->asked = run->choice.going();
     run->targets = run->choice.targets();
     run->cameFrom = stage_;
+    run->findInUse = findInUse_;
     run->control = work_.begin();
     run_ = run;
     enter(stage::Removing{choice_.subject()});
@@ -186,9 +201,15 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
     run->settle();
     enter(stage::Removing{run->choice.subject()});
     auto work = [services = services_, user = user_, run] {
+        // Together with those that were left out, as in the review: what these claim is settled there.
+        const auto scanAgain = [&, scanner = std::shared_ptr<ResidueScanner>(),
+                                together = targetsOf(run->choice.findings())](const auto& target) mutable {
+            if (!scanner) scanner = services.makeScanner();
+            return scanner->scan(target, {}, together);
+        };
         refuseWhatChanged(run->targets, run->choice.mode(), run->choice.subject().kind,
                           {services.files, user, services.rights, services.readProtection(), services.loader,
-                           services.findReclaimed});
+                           services.findReclaimed, scanAgain, run->findInUse});
         RemovalRun removal(
             {services.files, services.executor, services.audit, services.texts, services.clock}, user);
         auto report = removal.carryOut(run->choice, run->targets, run->control);

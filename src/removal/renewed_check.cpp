@@ -5,6 +5,7 @@
 #include "operations/screened_move.h"
 #include "removal/chosen_items.h"
 #include "removal/target_intake.h"
+#include "scan/matching/default_selection.h"
 #include "scan/matching/trace.h"
 #include "scan/policy/path_policy.h"
 #include "scan/policy/trace_category.h"
@@ -44,20 +45,11 @@ void refuseAll(RemovalTarget& target, const Message& reason) {
         target.refusals.insert_or_assign(trace.id, reason);
 }
 
-/// Installers and startup items have no owner that could have come back.
-bool hasLostItsOwner(const RemovalTarget& target) {
-    return isGone(target.target) && !target.target.bundleID.empty();
-}
-
-void refuseWhatIsClaimed(std::vector<RemovalTarget>& targets, RemovalSubject::Kind kind,
-                         const FindReclaimed& findReclaimed) {
+void refuseReclaimedLeftovers(std::vector<RemovalTarget>& targets, const FindReclaimed& findReclaimed) {
     std::vector<EarlierFinds> finds;
+    finds.reserve(targets.size());
     for (const auto& target : targets)
-        if (hasLostItsOwner(target))
-            finds.push_back({target.target.bundleID, target.traces,
-                             kind == RemovalSubject::Kind::leftovers ? EarlierFinds::By::sweep
-                                                                     : EarlierFinds::By::identifier});
-    if (finds.empty()) return;
+        finds.push_back({target.target.bundleID, target.traces});
     const auto reclaimed = findReclaimed(finds);
     for (auto& target : targets)
         for (const auto& trace : target.traces)
@@ -65,10 +57,40 @@ void refuseWhatIsClaimed(std::vector<RemovalTarget>& targets, RemovalSubject::Ki
                 target.refusals.insert(*claim);
 }
 
+void refuseWhatIsInUse(std::vector<RemovalTarget>& targets, const FindInUse& findInUse) {
+    if (!findInUse) return;
+    const auto inUse = findInUse();
+    for (auto& target : targets)
+        for (const auto& trace : target.traces)
+            if (const auto* path = movedPath(trace.action))
+                if (const auto found = inUse.find(*path); found != inUse.end())
+                    target.refusals.emplace(trace.id, found->second);
+}
+
+/// Why an item that was undoubtedly the application's is so no longer; the user may have chosen one that was
+/// in doubt before.
+std::optional<Message> whyInDoubt(const Trace& trace, const ScanResult& now) {
+    const auto isSame = [&](const Trace& other) { return other.action == trace.action; };
+    const auto found = std::ranges::find_if(now.traces, isSame);
+    if (found == now.traces.end()) return Message{changedSinceKey};
+    if (!isUndoubted(trace) || isUndoubted(*found)) return std::nullopt;
+    if (found->contestedBy) return describeReclaimed(found->contestedBy);
+    return Message{found->mayHoldOthers ? "failure.mayHoldOthersSince" : "failure.ownerUnsureSince"};
+}
+
+/// Another application may have been installed, even into what was found, or a job's file rewritten.
+void refuseWhatAScanWouldNotTake(RemovalTarget& target, const RenewedGrounds& grounds) {
+    const auto now = grounds.scan(target.target);
+    for (const auto& trace : target.traces)
+        if (trace.category != TraceCategory::application)
+            if (auto why = whyInDoubt(trace, now)) target.refusals.emplace(trace.id, std::move(*why));
+}
+
 } // namespace
 
 void refuseWhatChanged(std::vector<RemovalTarget>& targets, RemovalMode mode, RemovalSubject::Kind kind,
                        const RenewedGrounds& grounds) {
+    using enum RemovalSubject::Kind;
     for (auto& target : targets) {
         if (const auto& problem = grounds.protection.problem)
             refuseAll(target, *problem);
@@ -77,8 +99,11 @@ void refuseWhatChanged(std::vector<RemovalTarget>& targets, RemovalMode mode, Re
         for (const auto& trace : target.traces)
             if (isAnotherItem(trace, grounds.files))
                 target.refusals.emplace(trace.id, Message{changedSinceKey});
+        if (kind == applications && target.refusals.size() < target.traces.size())
+            refuseWhatAScanWouldNotTake(target, grounds);
     }
-    refuseWhatIsClaimed(targets, kind, grounds.findReclaimed);
+    if (kind == leftovers) refuseReclaimedLeftovers(targets, grounds.findReclaimed);
+    refuseWhatIsInUse(targets, grounds.findInUse);
 }
 
 } // namespace tidwen

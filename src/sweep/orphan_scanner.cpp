@@ -201,7 +201,8 @@ Reclaimed OrphanScanner::reclaimed(InstalledBundles& installed, const std::vecto
     Reclaimed reclaimed;
     for (const auto& each : finds)
         for (const auto& trace : each.traces)
-            if (auto why = claims.whyReclaimed(trace, each)) reclaimed.emplace(trace.id, std::move(*why));
+            if (auto why = claims.whyReclaimed(trace, each.bundleID))
+                reclaimed.emplace(trace.id, std::move(*why));
     return reclaimed;
 }
 

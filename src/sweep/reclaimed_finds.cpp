@@ -12,46 +12,23 @@
 
 namespace tidwen {
 
-namespace {
-
-Message describe(const std::optional<Claimant>& owner) {
+Message describeReclaimed(const std::optional<Claimant>& owner) {
     if (!owner) return {"failure.inUseSince"};
     return {"failure.claimedSince %@ %@",
             {owner->bundleID.empty() ? printable(owner->name) : owner->bundleID,
              printable(owner->place.string())}};
 }
 
-} // namespace
+ReclaimedFinds::ReclaimedFinds(Owners owners)
+    : owners_(owners), applications_(owners_.bundles.bundles(), {}, [&bundles = owners_.bundles] {
+          std::vector<BundleContents> all;
+          all.reserve(bundles.bundles().size());
+          for (std::size_t i = 0; i < bundles.bundles().size(); ++i)
+              all.push_back(bundles.contents(i));
+          return all;
+      }) {}
 
-ReclaimedFinds::ReclaimedFinds(Owners owners) : owners_(owners), applications_(besides({})) {}
-
-/// All bundles; those with this identifier are copies of one application.
-OtherApplications ReclaimedFinds::besides(const std::string& bundleID) const {
-    return {owners_.bundles.bundles(), bundleID, [&bundles = owners_.bundles] {
-                std::vector<BundleContents> all;
-                all.reserve(bundles.bundles().size());
-                for (std::size_t i = 0; i < bundles.bundles().size(); ++i)
-                    all.push_back(bundles.contents(i));
-                return all;
-            }};
-}
-
-std::optional<Message> ReclaimedFinds::whyReclaimed(const Trace& trace, const EarlierFinds& finds) const {
-    if (finds.by == EarlierFinds::By::sweep) return whyNotWithoutOwner(trace, finds.bundleID);
-    // Chosen although its owner was named.
-    return trace.contestedBy ? std::nullopt : whyNotGone(finds.bundleID);
-}
-
-std::optional<Message> ReclaimedFinds::whyNotGone(const std::string& bundleID) const {
-    const auto others = besides(bundleID);
-    auto owner = others.copyOfTarget();
-    if (!owner) owner = others.embedding(lowercased(bundleID));
-    if (!owner && !owners_.running.isRunning(bundleID)) return std::nullopt;
-    return describe(owner);
-}
-
-std::optional<Message> ReclaimedFinds::whyNotWithoutOwner(const Trace& trace,
-                                                          const std::string& bundleID) const {
+std::optional<Message> ReclaimedFinds::whyReclaimed(const Trace& trace, const std::string& bundleID) const {
     const auto& path = *movedPath(trace.action);
     for (const auto& gap : owners_.gaps)
         if (!canJudge(path, owners_.user, {gap})) return gap.describe();
@@ -60,9 +37,10 @@ std::optional<Message> ReclaimedFinds::whyNotWithoutOwner(const Trace& trace,
         trace.category == TraceCategory::containers ? identifierInName(path.lastComponent()) : std::string();
     for (const auto& identifier : {bundleID, isNamed ? std::string() : trace.reason.value, inName})
         if (!identifier.empty() && !owners_.judge.isNobodys(identifier))
-            return describe(claimantOf(identifier));
+            return describeReclaimed(claimantOf(identifier));
     const bool isNameInUse = isNamed && owners_.known.mayMean(canonicalForm(trace.reason.value));
-    return isNameInUse || holdsWhatIsInUse(path) ? std::optional(describe(std::nullopt)) : std::nullopt;
+    return isNameInUse || holdsWhatIsInUse(path) ? std::optional(describeReclaimed(std::nullopt))
+                                                 : std::nullopt;
 }
 
 bool ReclaimedFinds::holdsWhatIsInUse(const Path& path) const {

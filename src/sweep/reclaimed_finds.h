@@ -22,22 +22,20 @@ namespace tidwen {
 class KnownOwners;
 class OwnerJudge;
 
-/// Finds of an earlier search that had no owner then.
+/// Finds of an earlier sweep, which had no owner then.
 struct EarlierFinds {
-    /// What makes them somebody's.
-    enum class By {
-        sweep,      ///< anything that the sweep leaves alone
-        identifier, ///< the user asked for this identifier: only an application that has or contains it
-    };
     std::string bundleID; ///< of the owner that was missing
     std::span<const Trace> traces;
-    By by = By::sweep;
 };
 
 /// Why each of the finds, by the trace's `id`, is not to be taken; those that still have no owner are absent.
 using Reclaimed = std::map<Uuid, Message>;
 
-/// Judges finds of an earlier search by the owners of this moment. Not thread-safe.
+/// Why an item stays that this application claims since it was found; without one, somebody unnamed.
+Message describeReclaimed(const std::optional<Claimant>& owner);
+
+/// Judges finds of an earlier sweep by the owners of this moment: whatever that would leave alone now is
+/// somebody's. Not thread-safe.
 class ReclaimedFinds {
   public:
     /// One look at the owners. References must outlive this object.
@@ -52,12 +50,10 @@ class ReclaimedFinds {
     };
     explicit ReclaimedFinds(Owners owners);
 
-    std::optional<Message> whyReclaimed(const Trace& trace, const EarlierFinds& finds) const;
+    /// `bundleID`: of the owner that was missing.
+    std::optional<Message> whyReclaimed(const Trace& trace, const std::string& bundleID) const;
 
   private:
-    OtherApplications besides(const std::string& bundleID) const;
-    std::optional<Message> whyNotWithoutOwner(const Trace& trace, const std::string& bundleID) const;
-    std::optional<Message> whyNotGone(const std::string& bundleID) const;
     bool holdsWhatIsInUse(const Path& path) const;
     std::optional<Claimant> claimantOf(const std::string& identifier) const;
 

@@ -3,6 +3,7 @@
 #include "base/background_step.h"
 #include "base/path.h"
 #include "base/text.h"
+#include "operations/screened_move.h"
 #include "scan/applications/launch_item.h"
 #include "scan/policy/trace_category.h"
 #include "system/startup_item.h"
@@ -155,7 +156,9 @@ void StartupItemsModel::refreshDisabled(std::function<void()> done) {
 }
 
 bool StartupItemsModel::isProtected(const StartupItem& item) const {
-    return item.owner.kind == OwnerKind::installed && ports_.protectedApps.contains(item.owner.bundleID);
+    if (item.owner.kind == OwnerKind::installed) return ports_.protectedApps.contains(item.owner.bundleID);
+    // Its application may be on a disk that is away.
+    return ports_.protectedApps.containsOwner(item.label);
 }
 
 bool StartupItemsModel::isSelectable(const StartupItem& item) const {
@@ -166,6 +169,23 @@ void StartupItemsModel::toggleSelection(const StartupItem& item) {
     if (!isSelectable(item)) return;
     const auto id = item.id();
     selection.set(selection.get().contains(id) ? without(selection.get(), id) : with(selection.get(), id));
+}
+
+StartupItemsModel::InUse StartupItemsModel::selectedInUse() const {
+    return [&scanner = ports_.scanner, inventory = inventory_, chosen = selectedItems()] {
+        const auto now = scanner.scan(inventory);
+        std::map<Path, Message> inUse;
+        for (const auto& item : chosen) {
+            const auto same = std::ranges::find_if(
+                now.items, [&](const auto& other) { return item.plist() && other.id() == item.id(); });
+            if (same == now.items.end()) continue;
+            if (same->label != item.label)
+                inUse.emplace(*item.plist(), Message{changedSinceKey});
+            else if (same->owner != item.owner && same->owner.kind != OwnerKind::missing)
+                inUse.emplace(*item.plist(), Message{"failure.inUseSince"});
+        }
+        return inUse;
+    };
 }
 
 void StartupItemsModel::toggleSelectAllOrphans() {
@@ -238,9 +258,10 @@ std::vector<const StartupItem*> StartupItemsModel::itemsNamed(const std::string&
 std::string StartupItemsModel::ownerText(const StartupItem& item) const {
     const auto& owner = item.owner;
     const auto& texts = ports_.texts;
+    if (isProtected(item))
+        return texts.text("startup.owner.protected %@", {owner.name.empty() ? item.label : owner.name});
     switch (owner.kind) {
     case OwnerKind::installed:
-        if (isProtected(item)) return texts.text("startup.owner.protected %@", {owner.name});
         if (const auto* embedded = std::get_if<StartupItem::Embedded>(&item.source))
             return texts.text("startup.owner.embedded %@", {embedded->appName});
         return texts.text("startup.owner.installed %@", {owner.name});

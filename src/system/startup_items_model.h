@@ -5,6 +5,7 @@
 #include "base/message.h"
 #include "base/observable.h"
 #include "base/observable_list.h"
+#include "base/path.h"
 #include "base/texts.h"
 #include "platform/file_system.h"
 #include "platform/launchd.h"
@@ -15,6 +16,7 @@
 #include "system/startup_item_scanner.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -87,6 +89,10 @@ class StartupItemsModel {
     /// Selects every orphan, or none if all were selected.
     void toggleSelectAllOrphans();
     std::vector<StartupItem> selectedItems() const;
+    /// Why the items selected now, by their property lists, have to stay when it is called: they have become
+    /// another's or an application's. Scans again; for any thread while this model lives.
+    using InUse = std::function<std::map<Path, Message>()>;
+    InUse selectedInUse() const;
     /// The item with this ID, else all with this label: several property lists may have the same one.
     std::vector<const StartupItem*> itemsNamed(const std::string& labelOrID) const;
 

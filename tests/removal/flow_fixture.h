@@ -14,6 +14,7 @@
 #include "removal/removal_flow_model.h"
 #include "removal/startup_chores.h"
 #include "scan/applications/app_target.h"
+#include "scan/applications/installed_bundles.h"
 #include "scan/applications/protected_apps.h"
 #include "scan/matching/residue_scanner.h"
 #include "scan/matching/trace.h"
@@ -81,16 +82,19 @@ class FlowFixture : public SteppedQueues {
     MemoryDefaults defaults;
     FixedClock clock;
     FakeApplications running;
-    Texts texts;         // prints keys
-    Reclaimed reclaimed; ///< what has an owner when a removal begins
+    Texts texts;             // prints keys
+    Reclaimed reclaimed;     ///< what has an owner when a removal begins
+    bool seesOthers = false; ///< scans ask what other applications own
 
   private:
     std::unique_ptr<ResidueScanner> makeScanner() {
         return std::make_unique<ResidueScanner>(
-            ResidueScanner::Ports{volume.files(), receipts, keychain, extensions, texts, log}, user, nullptr);
+            ResidueScanner::Ports{volume.files(), receipts, keychain, extensions, texts, log}, user,
+            seesOthers ? bundles.look(InstalledBundles::Reach::usual) : nullptr);
     }
 
     FileCodeSignatures signatures{volume.files()};
+    InstalledBundles bundles{volume.files(), signatures, user};
     VolumeReceipts receipts{volume.files()};
     VolumeSystemExtensions extensions{volume.files()};
     VolumeKeychain keychain;

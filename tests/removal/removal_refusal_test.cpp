@@ -1,5 +1,6 @@
 #include "base/message.h"
 #include "base/path.h"
+#include "base/property_list.h"
 #include "operations/screened_move.h"
 #include "quarantine/manifest.h"
 #include "quarantine/trash_lock.h"
@@ -150,6 +151,56 @@ TEST(RemovalFlow, LooksAgainAtEachApplicationBeforeItsFirstStep) {
         EXPECT_EQ(report.failures().size(), 3u) << "its permissions, cache and bundle";
         EXPECT_THAT(eachOf(report.apps, &AppRecord::name), ElementsAre("Alpine"));
     }
+}
+
+TEST(RemovalFlow, LeavesWhatHasBecomeAnothersSinceItWasConfirmed) {
+    const Path longer("/Users/alice/Library/Caches/com.example.Alpine.pro"),
+        job("/Library/LaunchAgents/a.plist");
+    const auto writeJob = [&](FlowFixture& b, const char* label) {
+        b.volume.write(job.string(), writeXmlPropertyList(PropertyListDictionary{{"Label", label}}));
+    };
+    const struct {
+        const char* reason;
+        Path item;
+        std::function<void(FlowFixture&)> change;
+    } cases[] = {
+        {"failure.claimedSince %@ %@", longer,
+         [](FlowFixture& b) {
+             writeBundle(b.volume, "/Applications/Alpine Pro.app", "com.example.Alpine.pro", "Alpine Pro");
+         }},
+        {"failure.claimedSince %@ %@", longer,
+         [&](FlowFixture& b) { writeBundle(b.volume, (longer / "Kip.app").string(), "org.kip.kip", "Kip"); }},
+        {changedSinceKey, job, [&](FlowFixture& b) { writeJob(b, "org.other.job"); }},
+    };
+    for (const auto& [reason, item, change] : cases) {
+        SCOPED_TRACE(reason);
+        FlowFixture fixture;
+        fixture.seesOthers = true;
+        fixture.volume.write((longer / "data").string(), "x");
+        writeJob(fixture, "com.example.Alpine.job");
+        fixture.running.stubborn = {"com.example.Alpine"};
+        fixture.remove({"Alpine"});
+        ASSERT_TRUE(fixture.model->pendingQuitPrompt());
+        EXPECT_TRUE(fixture.selected().contains(item.string()));
+        change(fixture);
+        fixture.model->answerQuitPrompt(QuitPromptChoice::forceContinue);
+        fixture.settle();
+        ASSERT_EQ(fixture.stage(), "report");
+        EXPECT_TRUE(fixture.has(item));
+        EXPECT_FALSE(fixture.has(fixture.cache("Alpine"))) << "which is still its own";
+        for (const auto& failure : std::get<stage::Report>(fixture.model->stage()).report.failures())
+            EXPECT_EQ(failure.reason.key, reason);
+    }
+}
+
+TEST(RemovalFlow, SelectsNothingThatAProtectedIdentifierClaims) {
+    FlowFixture fixture;
+    fixture.volume.write(fixture.cache("Alpine.pro").string() + "/data", "x");
+    fixture.volume.write(fixture.cache("Alpine").string() + ".x/data", "x");
+    fixture.protectedApps.set({"com.example.alpine.PRO", "com.example"}, true);
+    fixture.review({"Alpine"});
+    EXPECT_TRUE(fixture.selected().contains(fixture.cache("Alpine").string() + ".x"));
+    EXPECT_FALSE(fixture.selected().contains(fixture.cache("Alpine.pro").string()));
 }
 
 TEST(RemovalFlow, TakesOnlyWhatIsStillWhatWasFound) {

@@ -155,31 +155,25 @@ TEST(IdentifierInName, FindsReverseDnsOnly) {
 }
 
 TEST_F(OrphanScan, JudgesItsFindsAgainByTheOwnersOfThatMoment) {
-    using enum EarlierFinds::By;
     const auto writeOther = [&](const std::string& id) {
         test::writeBundle(volume, "/Applications/Other.app", id, "Other");
     };
     const std::string gravel = "com.gravelworks.gravel";
     const struct {
         std::function<void()> change;
-        EarlierFinds::By by;
         std::string why; ///< empty: nothing is claimed
     } cases[] = {
-        {[] {}, sweep, ""},
-        {[] {}, identifier, ""},
-        {[&] { writeOther(gravel); }, sweep, "failure.claimedSince %@ %@ " + gravel},
-        {[&] { writeOther("com.GravelWorks.Gravel"); }, identifier,
-         "failure.claimedSince %@ %@ com.GravelWorks.Gravel"},
-        {[&] { writeOther("com.gravelworks.sand"); }, sweep,
-         "failure.claimedSince %@ %@ com.gravelworks.sand"},
-        {[&] { writeOther("com.gravelworks.sand"); }, identifier, ""},
+        {[] {}, ""},
+        {[&] { writeOther(gravel); }, "failure.claimedSince %@ %@ " + gravel},
+        {[&] { writeOther("com.GravelWorks.Gravel"); }, "failure.claimedSince %@ %@ com.GravelWorks.Gravel"},
+        {[&] { writeOther("com.gravelworks.sand"); }, "failure.claimedSince %@ %@ com.gravelworks.sand"},
         {[&] {
              writeOther("org.other.other");
              test::writeBundle(volume, "/Applications/Other.app/Contents/Helpers/H.app", gravel, "H");
          },
-         identifier, "failure.claimedSince %@ %@ org.other.other"},
-        {[&] { registered.identifiers = {gravel}; }, sweep, "failure.inUseSince"},
-        {[&] { std::filesystem::remove_all(volume.host("/Applications")); }, sweep, "gap"},
+         "failure.claimedSince %@ %@ org.other.other"},
+        {[&] { registered.identifiers = {gravel}; }, "failure.inUseSince"},
+        {[&] { std::filesystem::remove_all(volume.host("/Applications")); }, "gap"},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.why);
@@ -190,7 +184,7 @@ TEST_F(OrphanScan, JudgesItsFindsAgainByTheOwnersOfThatMoment) {
         ASSERT_EQ(found.groups.size(), 1u);
         const auto& traces = found.groups[0].traces;
         each.change();
-        const auto reclaimed = scanner.reclaimed(installed, {{gravel, traces, each.by}}, {});
+        const auto reclaimed = scanner.reclaimed(installed, {{gravel, traces}}, {});
         EXPECT_EQ(reclaimed.size(), each.why.empty() ? 0 : traces.size());
         for (const auto& [trace, why] : reclaimed)
             EXPECT_EQ(!why.key.starts_with("failure.") ? "gap"

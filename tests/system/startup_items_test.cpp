@@ -2,6 +2,7 @@
 #include "base/path.h"
 #include "base/property_list.h"
 #include "base/texts.h"
+#include "operations/screened_move.h"
 #include "platform/budgeted_files.h"
 #include "platform/code_signatures.h"
 #include "platform/launchd.h"
@@ -319,6 +320,10 @@ TEST_F(StartupItems, SelectsOnlyWhatMayBeRemovedAndForgetsWhatIsGone) {
     EXPECT_THAT(model.selectedItems(), IsEmpty());
     model.toggleSelectAllOrphans();
     EXPECT_EQ(model.selectedItems().size(), 1u);
+    protectedApps.toggle("zz.gone"); // which may be on a disk that is away
+    EXPECT_FALSE(model.isSelectable(item("zz.gone.thing")));
+    protectedApps.toggle("zz.gone");
+    model.toggleSelection(item("zz.gone.thing"));
     protectedApps.toggle("com.vendor.app"); // for example in another window
     model.toggleSelection(item("com.vendor.app.agent"));
     EXPECT_EQ(model.selectedItems().size(), 2u);
@@ -333,6 +338,32 @@ TEST_F(StartupItems, SelectsOnlyWhatMayBeRemovedAndForgetsWhatIsGone) {
     EXPECT_EQ(loads, 2);
     EXPECT_THAT(model.selection.get(), IsEmpty());
     EXPECT_THAT(shown(), ElementsAre("com.apple.thing!", "com.vendor.app.agent!"));
+}
+
+TEST_F(StartupItems, SaysWhatHasFoundAnOwnerSinceItWasSelected) {
+    const Path job("/Users/alice/Library/LaunchAgents/z.plist");
+    const std::pair<const char*, std::function<void()>> changes[] = {
+        {"", [] {}},
+        {"failure.inUseSince", [&] { volume.write("/opt/gone/tool", "x"); }},
+        {"failure.inUseSince", [&] { apps.push_back(app("Thing", "zz.gone.thing")); }},
+        {changedSinceKey,
+         [&] {
+             writeJob(job.string(), {{"Label", "org.other.job"}});
+         }},
+    };
+    volume.makeFolder("/opt");
+    for (const auto& [reason, change] : changes) {
+        writeJob(job.string(), {{"Label", "zz.gone.thing"}, {"Program", "/opt/gone/tool"}});
+        model.load();
+        settle();
+        model.toggleSelectAllOrphans();
+        const auto findInUse = model.selectedInUse();
+        change();
+        const auto inUse = findInUse();
+        EXPECT_EQ(inUse.empty() ? "" : inUse.at(job).key, reason);
+        std::filesystem::remove_all(volume.host("/opt/gone"));
+        apps.resize(1);
+    }
 }
 
 TEST_F(StartupItems, MayEndWhileWorkIsOnItsWay) {

@@ -152,7 +152,8 @@ void MacQuestions::confirmMeasured(std::vector<Trace> measured) {
             open, &QObject::destroyed, &view_, [this] { confirmStartupItems(); }, Qt::QueuedConnection);
         return;
     }
-    flow.offer(texts_.text("startup.title"), std::move(measured));
+    flow.offer(texts_.text("startup.title"), std::move(measured),
+               mac_.session().models().startupItems().selectedInUse());
     confirm();
 }
 

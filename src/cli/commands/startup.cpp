@@ -112,7 +112,7 @@ class StartupSession {
         // The jobs were selected by name or as orphans, so their risk does not matter.
         FlowSession flow(context_, mac_);
         flow.model().show(stage::StartupItems{});
-        flow.model().offer(context_.text("cli.startup.title"), std::move(traces));
+        flow.model().offer(context_.text("cli.startup.title"), std::move(traces), model_.selectedInUse());
         const auto status = removeFound(context_, mac_, flow, RemovalMode::uninstall, Chosen::all);
         return status == ExitStatus::done && !isComplete() ? ExitStatus::someFailed : status;
     }

@@ -38,6 +38,10 @@ class ProtectedApps {
     /// As stored; several may differ only in letter case.
     const std::set<std::string>& bundleIDs() const { return bundleIDs_; }
     bool contains(const std::string& bundleID) const { return protects_.contains(bundleID); }
+    /// As `Protection::containsOwner`.
+    bool containsOwner(const std::string& bundleID) const {
+        return Protection{protects_}.containsOwner(bundleID);
+    }
     /// Why the list is unknown, so that nothing may be removed.
     std::optional<Message> problem() const;
     /// Adds the identifier, or removes it in every spelling, and stores the list sorted, merged with changes
