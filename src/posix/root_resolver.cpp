@@ -27,6 +27,7 @@ constexpr int searchFlags = O_SEARCH | O_DIRECTORY | O_CLOEXEC;
 #else
 constexpr int searchFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 #endif
+constexpr int lookFlags = searchFlags & ~O_DIRECTORY; ///< for an item of any kind that is not read
 
 // The kernel's own limits, so that both ways refuse the same paths.
 constexpr int linkLimit = 40;
@@ -266,9 +267,8 @@ std::optional<RootResolver::LooksBelow> RootResolver::looksBelow(const Path& fol
 
 std::optional<bool> RootResolver::LooksBelow::isThere(const std::string& item) const {
     if (item.empty() || item.find('\0') != item.npos) return std::nullopt;
-    constexpr int flags = searchFlags & ~O_DIRECTORY;
     const Descriptor opened(
-        openResolved(folder_.get(), item.c_str(), flags | O_NOFOLLOW, beneath | noSymbolicLinks));
+        openResolved(folder_.get(), item.c_str(), lookFlags | O_NOFOLLOW, beneath | noSymbolicLinks));
     if (opened.isOpen()) return true;
     if (errno == ENOENT || errno == ENOTDIR) return false;
     return std::nullopt;
@@ -276,6 +276,12 @@ std::optional<bool> RootResolver::LooksBelow::isThere(const std::string& item) c
 
 FileResult<Path> RootResolver::resolve(const Path& path) const {
     if (!canName(path)) return refused(path, FileFault::missing);
+    if (way_ == Way::kernel && path == path.standardized()) {
+        // Nearly every path is its own answer: where the kernel meets no link, there is nothing to resolve.
+        const Descriptor item(openInRoot(root_.get(), path.string().c_str(), lookFlags, noSymbolicLinks));
+        if (item.isOpen()) return path;
+        if (errno == ENOENT) return failed(path, ENOENT);
+    }
     // Only the walk knows the names on the way; asking the kernel afterwards would require /proc.
     Walk walk(root_.get(), LastLink::follow, Walk::ParentLinks::follow);
     if (const int fault = walk.run(path.string()))

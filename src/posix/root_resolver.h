@@ -64,7 +64,7 @@ class RootResolver {
     /// nullopt where the kernel lacks the call or the folder cannot be opened.
     std::optional<LooksBelow> looksBelow(const Path& folder) const;
 
-    /// The path with all links resolved.
+    /// The path of an existing item with all links resolved; if nothing exists there, the error carries it.
     FileResult<Path> resolve(const Path& path) const;
 
   private:

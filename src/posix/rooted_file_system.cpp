@@ -253,11 +253,7 @@ FileResult<std::string> RootedFileSystem::extendedAttribute(const Path& path, co
 }
 
 FileResult<Path> RootedFileSystem::resolve(const Path& path) const {
-    auto real = impl_->resolver.resolve(path);
-    if (!real) return real;
-    const auto there = info(*real);
-    if (!there) return tl::unexpected(FileError{there.error().fault, *real, there.error().osCode});
-    return real;
+    return impl_->resolver.resolve(path);
 }
 
 FileResult<TreeSize> RootedFileSystem::treeSize(const Path& path, std::uint64_t entryLimit,

@@ -104,6 +104,7 @@ TEST(RootedFileSystem, KernelAndWalkAgree) {
             SCOPED_TRACE(path.string());
             const auto followed = kernel->infoFollowingLinks(path);
             const auto real = walk->resolve(path);
+            EXPECT_TRUE(kernel->resolve(path) == real); // in the error's path, too
             EXPECT_EQ(found(kernel->info(path)), found(walk->info(path)));
             EXPECT_EQ(found(followed), found(walk->infoFollowingLinks(path)));
             EXPECT_EQ(real ? found(kernel->info(*real)) : outcome(real), found(followed));
