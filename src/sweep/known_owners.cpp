@@ -218,10 +218,11 @@ bool KnownOwners::ownsPlace(const Path& path) const {
 }
 
 bool KnownOwners::holdsWhatIsInUse(const Path& item) const {
-    const auto key = pathKey(item).string();
+    auto key = pathKey(item).string();
     if (inUse_.contains(key)) return true;
-    const auto next = inUse_.lower_bound(key + "/");
-    return next != inUse_.end() && next->starts_with(key + "/");
+    key += '/';
+    const auto next = inUse_.lower_bound(key);
+    return next != inUse_.end() && next->starts_with(key);
 }
 
 } // namespace tidwen

@@ -47,8 +47,9 @@ void measureTraces(const FileSystem& files, std::vector<Trace>& traces, const St
     parallelFor(traces.size(), [&](std::size_t i) {
         if (stop.stopRequested()) return;
         const auto& path = *movedPath(traces[i].action);
-        if (const auto info = files.info(path)) traces[i].found = foundItem(*info, traces[i].category);
-        if (const auto size = files.treeSize(path, traceSizeEntryLimit, stop)) setSize(traces[i], *size);
+        const auto info = files.info(path);
+        if (info) traces[i].found = foundItem(*info, traces[i].category);
+        if (const auto size = measuredSize(files, path, info, stop)) setSize(traces[i], *size);
     });
 }
 
@@ -106,16 +107,30 @@ bool LocationSweep::isFirstWayTo(const SearchLocation& location) {
     return searched_.insert(*place).second;
 }
 
-bool LocationSweep::isClaimable(const OrphanCandidate& candidate) const {
-    const auto& path = pathOf(candidate);
-    return canJudge(path, user_, gaps_) && judge_.isOrphan(candidate)
-           && !holdsWhatIsInUse(owners_, path, linked_) && !policy_.check(path);
+/// For each, whether it may be moved without taking along what is in use. Very many are checked in parallel;
+/// for a few, starting threads takes longer.
+std::vector<unsigned char> LocationSweep::areFree(const std::vector<OrphanCandidate>& candidates) const {
+    constexpr std::size_t few = 1'000;
+    std::vector<unsigned char> areFree(candidates.size()); // not bits: written by several threads
+    parallelFor(
+        candidates.size(),
+        [&](std::size_t i) {
+            const auto& path = pathOf(candidates[i]);
+            areFree[i] = !holdsWhatIsInUse(owners_, path, linked_) && !policy_.check(path) ? 1 : 0;
+        },
+        candidates.size() < few ? 1 : 0);
+    return areFree;
 }
 
 void LocationSweep::take(std::vector<OrphanCandidate> candidates, const OrphanScanner::OnFound& onFound) {
+    std::erase_if(candidates, [&](const OrphanCandidate& candidate) {
+        return !canJudge(pathOf(candidate), user_, gaps_) || !judge_.isOrphan(candidate);
+    });
+    const auto isFree = areFree(candidates);
     std::vector<Trace> traces;
-    for (auto& candidate : candidates) {
-        if (!isClaimable(candidate)) continue;
+    for (std::size_t i = 0; i < candidates.size(); ++i) {
+        if (!isFree[i]) continue;
+        auto& candidate = candidates[i];
         auto& finds = finds_[candidate.identifier];
         if (finds.humanName.empty()) finds.humanName = candidate.humanName;
         const bool isReceipt = candidate.category == TraceCategory::receipts;

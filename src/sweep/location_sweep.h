@@ -61,7 +61,7 @@ class LocationSweep {
     };
 
     bool isFirstWayTo(const SearchLocation& location);
-    bool isClaimable(const OrphanCandidate& candidate) const;
+    std::vector<unsigned char> areFree(const std::vector<OrphanCandidate>& candidates) const;
     void take(std::vector<OrphanCandidate> candidates, const OrphanScanner::OnFound& onFound);
     void keepLoose(const SearchLocation& location, LocationCandidates& found);
     void takeLoose(const OrphanScanner::OnFound& onFound);

@@ -7,6 +7,12 @@
 
 namespace tidwen {
 
+FileResult<TreeSize> measuredSize(const FileSystem& files, const Path& item, const FileResult<FileInfo>& info,
+                                  const StopToken& stop) {
+    if (info && info->kind != FileKind::directory) return TreeSize{.allocatedBytes = info->allocatedBytes};
+    return files.treeSize(item, traceSizeEntryLimit, stop);
+}
+
 SizeMeasurer::SizeMeasurer(const FileSystem& files, const StopToken& stop) : files_(files), stop_(stop) {
     // More would only wait for the disk.
     constexpr unsigned mostWorkers = 3;

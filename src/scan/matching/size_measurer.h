@@ -17,6 +17,10 @@ namespace tidwen {
 inline constexpr std::uint64_t traceSizeEntryLimit = 20'000;
 inline constexpr std::uint64_t historySizeEntryLimit = 2'000;
 
+/// The size of what `info` describes: only a folder must be walked.
+FileResult<TreeSize> measuredSize(const FileSystem& files, const Path& item, const FileResult<FileInfo>& info,
+                                  const StopToken& stop);
+
 /// Measures finds on the other cores while the scan continues: most of a scan's time is the walk through the
 /// application's bundle, which is found first.
 class SizeMeasurer {

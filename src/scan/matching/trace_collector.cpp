@@ -10,10 +10,15 @@ namespace tidwen {
 void TraceCollector::add(Trace trace) {
     if (const auto* path = movedPath(trace.action)) {
         trace.mayHoldOthers = trace.mayHoldOthers || policy_.mayBeInAnotherHome(*path);
-        if (const auto info = files_.info(*path)) trace.found = foundItem(*info, trace.category);
+        const auto info = files_.info(*path);
+        if (info) trace.found = foundItem(*info, trace.category);
         paths_.insert(path->string());
-        measured_.push_back(traces_.size());
-        sizes_.add(*path);
+        if (info && info->kind != FileKind::directory) {
+            setSize(trace, {.allocatedBytes = info->allocatedBytes});
+        } else {
+            measured_.push_back(traces_.size());
+            sizes_.add(*path);
+        }
     }
     traces_.push_back(std::move(trace));
 }
