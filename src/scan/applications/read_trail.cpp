@@ -25,19 +25,24 @@ ReadTrail::ReadTrail(bool notes) : notes_(notes), newestTrusted_(nanosecondsNow(
 void ReadTrail::note(const FileSystem& files, const Path& path) {
     if (!notes_) return;
     const auto [state, isNew] = states_.try_emplace(path);
-    if (isNew) state->second = stateOf(files, path);
+    if (isNew) state->second = stateOf(files.infoFollowingLinks(path));
+}
+
+void ReadTrail::note(const Path& path, const FileResult<FileInfo>& target) {
+    if (notes_) states_.try_emplace(path, stateOf(target));
 }
 
 bool ReadTrail::isUnchanged(const FileSystem& files) const {
     return std::all_of(states_.begin(), states_.end(), [&](const auto& noted) {
-        return std::get<3>(noted.second) < newestTrusted_ && stateOf(files, noted.first) == noted.second;
+        return std::get<3>(noted.second) < newestTrusted_
+               && stateOf(files.infoFollowingLinks(noted.first)) == noted.second;
     });
 }
 
-ReadTrail::State ReadTrail::stateOf(const FileSystem& files, const Path& path) {
-    const auto info = files.infoFollowingLinks(path);
-    if (!info) return {};
-    return {info->device, info->inode, info->size, info->modifiedNanoseconds, info->addedNanoseconds};
+ReadTrail::State ReadTrail::stateOf(const FileResult<FileInfo>& target) {
+    if (!target) return {};
+    return {target->device, target->inode, target->size, target->modifiedNanoseconds,
+            target->addedNanoseconds};
 }
 
 } // namespace tidwen

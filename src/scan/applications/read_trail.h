@@ -27,6 +27,8 @@ class ReadTrail {
 
     /// Records the state of the path's target; call it before reading. The first state counts.
     void note(const FileSystem& files, const Path& path);
+    /// The same for a caller that has just looked at the target.
+    void note(const Path& path, const FileResult<FileInfo>& target);
     /// Nothing recorded has changed since, and nothing was modified so recently then that a change could go
     /// unnoticed.
     bool isUnchanged(const FileSystem& files) const;
@@ -36,7 +38,7 @@ class ReadTrail {
     /// Device, inode, size, modification, date added; all zero for a missing item.
     using State =
         std::tuple<std::uint64_t, std::uint64_t, std::uint64_t, std::int64_t, std::optional<std::int64_t>>;
-    static State stateOf(const FileSystem& files, const Path& path);
+    static State stateOf(const FileResult<FileInfo>& target);
 
     bool notes_;
     std::int64_t newestTrusted_; ///< modification time, nanoseconds since 1970
@@ -67,7 +69,9 @@ class TrailedFiles : public BudgetedFiles {
         return noted(path), BudgetedFiles::info(path);
     }
     FileResult<FileInfo> infoFollowingLinks(const Path& path) const override {
-        return noted(path), BudgetedFiles::infoFollowingLinks(path);
+        auto target = BudgetedFiles::infoFollowingLinks(path);
+        trail_.note(path, target);
+        return target;
     }
     FileResult<Path> resolve(const Path& path) const override {
         return noted(path), BudgetedFiles::resolve(path);
