@@ -1,6 +1,7 @@
 #include "base/json.h"
 
 #include "base/json_reader.h"
+#include "base/parallel.h"
 #include "base/text.h"
 
 #include <algorithm>
@@ -172,6 +173,20 @@ void JsonStream::value(const json& value) {
     beginLine();
     writeValue(text_, value, 2 * open_.size());
     flush(pieceBytes);
+}
+
+void JsonStream::values(std::size_t count, const std::function<json(std::size_t)>& make) {
+    constexpr std::size_t mostAtOnce = 1024;
+    for (std::size_t begin = 0; begin < count; begin += mostAtOnce) {
+        std::vector<std::string> texts(std::min(mostAtOnce, count - begin));
+        parallelFor(texts.size(),
+                    [&](std::size_t i) { writeValue(texts[i], make(begin + i), 2 * open_.size()); });
+        for (const auto& text : texts) {
+            beginLine();
+            text_ += text;
+            flush(pieceBytes);
+        }
+    }
 }
 
 void JsonStream::flush(std::size_t mostKept) {

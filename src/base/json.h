@@ -30,6 +30,8 @@ class JsonStream {
     void end();
     void key(std::string_view name); ///< the value of the key follows
     void value(const nlohmann::json& value);
+    /// The next elements of the open array. Made and encoded on all cores, some hundreds at a time.
+    void values(std::size_t count, const std::function<nlohmann::json(std::size_t)>& make);
 
   private:
     static constexpr std::size_t pieceBytes = 64u << 10;

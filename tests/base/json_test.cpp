@@ -42,14 +42,23 @@ TEST(Json, AStreamGivesTheSameDocument) {
     out.beginObject();
     out.key("none");
     out.beginArray();
+    out.values(0, [](std::size_t) { return json(); });
+    out.end();
+    out.key("numbers");
+    out.beginArray();
+    out.values(3000, [](std::size_t i) { return json{{"number", i}}; });
     out.end();
     out.end();
     out.end();
     out.key("left");
     out.value(std::string(200'000, 'x')); // written in more than one piece
     out.end();
-    const json expected = {{"groups", {{{"name", "a/b"}, {"sizes", {1, 2}}}, {{"none", json::array()}}}},
-                           {"left", std::string(200'000, 'x')}};
+    json numbers = json::array();
+    for (std::size_t i = 0; i < 3000; ++i)
+        numbers.push_back({{"number", i}});
+    const json expected = {
+        {"groups", {{{"name", "a/b"}, {"sizes", {1, 2}}}, {{"none", json::array()}, {"numbers", numbers}}}},
+        {"left", std::string(200'000, 'x')}};
     EXPECT_EQ(text, writeJson(expected));
 }
 

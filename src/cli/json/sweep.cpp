@@ -6,6 +6,8 @@
 #include "scan/matching/default_selection.h"
 #include "sweep/sweep_gaps.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <vector>
 
 namespace tidwen::json {
@@ -27,6 +29,47 @@ Value object(const SweepGap& gap) {
     return {{"place", value(gap.place)}, {"reason", name(gap.reason)}, {"isOfOthers", gap.isOfOthers}};
 }
 
+Value object(const Trace& trace, bool selectsDefaults) {
+    Value fields = value(trace);
+    fields["isSelectedByDefault"] = selectsDefaults && takenByDefault(trace);
+    return fields;
+}
+
+Value object(const OrphanGroup& group, bool selectsDefaults) {
+    return {
+        {"bundleID", group.bundleID},
+        {"name", group.name},
+        {"traces", array(group.traces, [&](const Trace& trace) { return object(trace, selectsDefaults); })}};
+}
+
+void writeInParts(JsonStream& out, const OrphanGroup& group, bool selectsDefaults) {
+    out.beginObject();
+    out.key("bundleID");
+    out.value(group.bundleID);
+    out.key("name");
+    out.value(group.name);
+    out.key("traces");
+    out.beginArray();
+    out.values(group.traces.size(), [&](std::size_t i) { return object(group.traces[i], selectsDefaults); });
+    out.end();
+    out.end();
+}
+
+void writeGroups(JsonStream& out, const std::vector<OrphanGroup>& groups, bool selectsDefaults) {
+    const auto isLarge = [](const OrphanGroup& group) {
+        return group.traces.size() > 20;
+    }; // and may be of any size
+    for (auto group = groups.begin(); group != groups.end(); ++group) {
+        const auto large = std::find_if(group, groups.end(), isLarge);
+        out.values(static_cast<std::size_t>(large - group), [&](std::size_t i) {
+            return object(group[static_cast<std::ptrdiff_t>(i)], selectsDefaults);
+        });
+        if (large == groups.end()) return;
+        writeInParts(out, *large, selectsDefaults);
+        group = large;
+    }
+}
+
 } // namespace
 
 void write(const OrphanScanResult& orphans, bool selectsDefaults, const JsonStream::Sink& sink) {
@@ -36,22 +79,7 @@ void write(const OrphanScanResult& orphans, bool selectsDefaults, const JsonStre
     out.value(array(orphans.gaps, [](const SweepGap& gap) { return object(gap); }));
     out.key("groups");
     out.beginArray();
-    for (const auto& group : orphans.groups) {
-        out.beginObject();
-        out.key("bundleID");
-        out.value(group.bundleID);
-        out.key("name");
-        out.value(group.name);
-        out.key("traces");
-        out.beginArray();
-        for (const auto& trace : group.traces) {
-            Value fields = value(trace);
-            fields["isSelectedByDefault"] = selectsDefaults && takenByDefault(trace);
-            out.value(fields);
-        }
-        out.end();
-        out.end();
-    }
+    writeGroups(out, orphans.groups, selectsDefaults);
     out.end();
     out.key("leftOut");
     out.value(orphans.leftOut);
