@@ -52,7 +52,7 @@ Texts spoken(const std::filesystem::path& resources) {
                        spokenLanguage(resources, AppPreferences(*hostDefaults(log)).language.get()));
 }
 
-int tell(const LaunchAnswer& answer) {
+int print(const LaunchAnswer& answer) {
     std::fputs(answer.text.c_str(), answer.status == 0 ? stdout : stderr);
     return answer.status;
 }
@@ -61,7 +61,7 @@ int run(QApplication& application, const char* program) {
     const auto resources = findResources(program);
     auto texts = Texts::load(resources, "en");
     const auto options = readLaunchOptions(QApplication::arguments(), spoken(resources));
-    if (!options) return tell(options.error());
+    if (!options) return print(options.error());
 
     HostLog log(LogLevel::error);
     MainLoop main;
@@ -108,7 +108,7 @@ int main(int count, char** words) {
     for (int i = 0; i < count; ++i)
         asked << QString::fromLocal8Bit(words[i]);
     if (const auto answer = answerBeforeLaunch(asked, spoken(findResources(words[0])), TIDWEN_VERSION))
-        return tell(*answer);
+        return print(*answer);
     QApplication application(count, words);
     QApplication::setApplicationName(QStringLiteral("Tidwen"));
     QApplication::setApplicationVersion(QStringLiteral(TIDWEN_VERSION));

@@ -29,7 +29,7 @@ struct StepControl {
     OnStep onStep = {};
 
     bool isStopped() const { return stop.stopRequested(); }
-    void tell(const StepProgress& progress) const {
+    void report(const StepProgress& progress) const {
         if (onStep) onStep(progress);
     }
 };

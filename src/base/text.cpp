@@ -13,6 +13,7 @@
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 #include <unicode/utf8.h>
+#include <vector>
 
 namespace tidwen {
 
@@ -85,6 +86,20 @@ std::string escaped(char32_t c, EscapeForm form) {
     default:
         return fmt::format("\\u{{{:x}}}", static_cast<std::uint32_t>(c));
     }
+}
+
+/// Whether the invisible character belongs to the emoji it follows: the selector of its coloured form, or the
+/// joiner between two emoji that are one picture.
+bool isPartOfEmoji(const std::vector<char32_t>& text, std::size_t at) {
+    constexpr char32_t joiner = 0x200D, colouredForm = 0xFE0F;
+    const auto has = [&](std::size_t where, UProperty property) {
+        return where < text.size() && u_hasBinaryProperty(static_cast<UChar32>(text[where]), property);
+    };
+    const auto isEmoji = [&](std::size_t where) { return has(where, UCHAR_EXTENDED_PICTOGRAPHIC); };
+    if (text[at] == colouredForm) return at > 0 && isEmoji(at - 1);
+    if (text[at] != joiner || !isEmoji(at + 1)) return false;
+    const std::size_t base = at >= 2 && text[at - 1] == colouredForm ? at - 2 : at - 1;
+    return at > 0 && (isEmoji(base) || has(base, UCHAR_EMOJI_MODIFIER));
 }
 
 /// A collator is expensive to create and not thread-safe, so each thread keeps its own.
@@ -207,14 +222,15 @@ bool isPrintable(char32_t c) {
 std::string printable(std::string_view text, EscapeForm form) {
     if (std::all_of(text.begin(), text.end(), [](char c) { return c >= 0x20 && c < 0x7F; }))
         return std::string(text);
+    std::vector<char32_t> characters;
+    forEachCodePoint(text, [&](char32_t c, std::string_view, bool) { characters.push_back(c); });
     std::string result;
     result.reserve(text.size());
-    forEachCodePoint(text, [&](char32_t c, std::string_view, bool) {
-        if (isPrintable(c))
-            append(result, c);
+    for (std::size_t i = 0; i < characters.size(); ++i)
+        if (isPrintable(characters[i]) || (form == EscapeForm::visible && isPartOfEmoji(characters, i)))
+            append(result, characters[i]);
         else
-            result += escaped(c, form);
-    });
+            result += escaped(characters[i], form);
     return result;
 }
 

@@ -12,14 +12,14 @@ constexpr char asked = 'a', done = 'd';
 
 volatile std::sig_atomic_t writeEnd = -1; // the only way to reach it from a signal handler
 
-void tell(char what) {
+void notify(char what) {
     const int kept = errno;
     (void)!::write(writeEnd, &what, 1);
     errno = kept;
 }
 
 void handle(int) {
-    tell(asked);
+    notify(asked);
 }
 
 } // namespace
@@ -50,7 +50,7 @@ EndSignals::~EndSignals() {
     if (!thread_.joinable()) return;
     for (std::size_t i = 0; i < numbers.size(); ++i)
         ::sigaction(numbers[i], &before_[i], nullptr);
-    tell(done);
+    notify(done);
     thread_.join();
     for (const int end : pipe_)
         ::close(end);

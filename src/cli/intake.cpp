@@ -165,7 +165,7 @@ TargetIntake loadTargets(const std::vector<std::string>& words, const Applicatio
     auto named = findBundles(words, finder);
     for (auto& gone : named.gone) // a request names bundles
         named.failures.push_back({gone.bundleID, std::move(gone.otherwise)});
-    auto intake = takeIn(tidwen::loadTargets(named.bundles, loader), protection);
+    auto intake = checkProtection(tidwen::loadTargets(named.bundles, loader), protection);
     intake.failures.insert(intake.failures.begin(), std::make_move_iterator(named.failures.begin()),
                            std::make_move_iterator(named.failures.end()));
     return intake;

@@ -76,7 +76,9 @@ std::string progress(const std::string& work, const StepProgress& step, const Te
                            {work, std::to_string(step.step), std::to_string(step.total)});
     const auto key = "cli.step." + step.kind;
     const auto verb = texts.text(key);
-    const std::string what = verb == key ? "" : verb; // steps of a search have no verb
+    // Steps of a search have no verb, and these have the one of the work.
+    const bool isSaid = verb == key || step.kind == "purge" || step.kind == "recover";
+    const std::string what = isSaid ? "" : verb;
     if (!what.empty() || !step.item.empty()) line += ": " + what;
     if (!what.empty() && !step.item.empty()) line += " ";
     std::string copied;

@@ -32,8 +32,8 @@ std::vector<std::string> splitAtCommas(const std::string& text) {
 class NamedTraces {
   public:
     NamedTraces(const std::vector<FoundGroup>& groups, RemovalMode mode, const HostPaths& hostPaths,
-                const std::string& listing)
-        : groups_(groups), mode_(mode), hostPaths_(hostPaths), listing_(listing) {}
+                const Texts& texts, const std::string& listing)
+        : groups_(groups), mode_(mode), hostPaths_(hostPaths), texts_(texts), listing_(listing) {}
 
     /// Returns why a selector is refused.
     std::optional<Message> add(const std::string& selector) {
@@ -134,8 +134,9 @@ class NamedTraces {
 
     Traces shownAs(const std::string& name) const {
         const auto key = fileNameKey(name);
-        return where(
-            [&](const FoundGroup&, const Trace& trace) { return fileNameKey(trace.displayName) == key; });
+        return where([&](const FoundGroup&, const Trace& trace) {
+            return fileNameKey(trace.displayName) == key || fileNameKey(displayName(trace, texts_)) == key;
+        });
     }
 
     /// Matches the last components of the path.
@@ -156,9 +157,9 @@ class NamedTraces {
         if (!meant) return std::move(meant.error());
         for (const auto* trace : meant->traces) {
             if (trace->reversibility == Reversibility::manualOnly)
-                return Message{"cli.select.byHandOnly %@", {trace->displayName}};
+                return Message{"cli.select.byHandOnly %@", {displayName(*trace, texts_)}};
             if (staysInMode(*trace, mode_))
-                return Message{"cli.select.staysInReset %@", {trace->displayName}};
+                return Message{"cli.select.staysInReset %@", {displayName(*trace, texts_)}};
             selection_.ids.push_back(trace->id);
             if (meant->isOneItem) selection_.named.push_back(trace->id);
         }
@@ -168,6 +169,7 @@ class NamedTraces {
     const std::vector<FoundGroup>& groups_;
     RemovalMode mode_;
     const HostPaths& hostPaths_;
+    const Texts& texts_;
     const std::string& listing_;
     Selection selection_;
 };
@@ -194,8 +196,8 @@ tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::str
 
 tl::expected<Selection, Message> chooseTraces(const std::vector<FoundGroup>& found,
                                               const SelectionRequest& request, RemovalMode mode,
-                                              const HostPaths& hostPaths) {
-    NamedTraces named(found, mode, hostPaths, request.listing);
+                                              const HostPaths& hostPaths, const Texts& texts) {
+    NamedTraces named(found, mode, hostPaths, texts, request.listing);
     for (const auto& selector : request.selectors)
         if (auto refused = named.add(selector)) return tl::unexpected(std::move(*refused));
     auto selection = named.take();

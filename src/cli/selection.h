@@ -42,6 +42,6 @@ struct Selection {
 /// Selectors may be joined by commas.
 tl::expected<Selection, Message> chooseTraces(const std::vector<FoundGroup>& found,
                                               const SelectionRequest& request, RemovalMode mode,
-                                              const HostPaths& hostPaths);
+                                              const HostPaths& hostPaths, const Texts& texts);
 
 } // namespace tidwen

@@ -52,7 +52,7 @@ class StreamWatch : public FolderEvents::Watch {
         FSEventStreamContext context{0, this, nullptr, nullptr, nullptr};
         // The first change after a quiet time is told at once.
         flags |= kFSEventStreamCreateFlagWatchRoot | kFSEventStreamCreateFlagNoDefer;
-        stream_ = FSEventStreamCreate(nullptr, &StreamWatch::tell, &context, list.get(),
+        stream_ = FSEventStreamCreate(nullptr, &StreamWatch::deliver, &context, list.get(),
                                       kFSEventStreamEventIdSinceNow, gathering, flags);
         if (!stream_) return false;
         FSEventStreamSetDispatchQueue(stream_, queue_);
@@ -60,8 +60,8 @@ class StreamWatch : public FolderEvents::Watch {
     }
 
   private:
-    static void tell(ConstFSEventStreamRef, void* self, std::size_t count, void* paths,
-                     const FSEventStreamEventFlags* flags, const FSEventStreamEventId*) {
+    static void deliver(ConstFSEventStreamRef, void* self, std::size_t count, void* paths,
+                        const FSEventStreamEventFlags* flags, const FSEventStreamEventId*) {
         auto& watch = *static_cast<StreamWatch*>(self);
         const auto* const* places = static_cast<const char* const*>(paths);
         for (std::size_t i = 0; i < count; ++i) {

@@ -24,8 +24,8 @@ void whenLaunched(std::function<void(bool isLogin)> told) {
                                                     object:nil
                                                      queue:nil
                                                 usingBlock:^(NSNotification* __unused notification) {
-                                                  if (const auto tell = std::exchange(*once, {}))
-                                                      tell(isLoginLaunch());
+                                                  if (const auto answer = std::exchange(*once, {}))
+                                                      answer(isLoginLaunch());
                                                 }];
 }
 

@@ -20,7 +20,7 @@ struct NotificationListener {
     Notifications::Response response;
     std::optional<std::pair<std::string, Info>> waiting;
 
-    void tell(const std::string& action, Info info);
+    void deliver(const std::string& action, Info info);
     /// Also tells the click that waits.
     void listen(Notifications::Response listener);
 };

@@ -9,7 +9,7 @@
 
 namespace tidwen {
 
-void NotificationListener::tell(const std::string& action, Info info) {
+void NotificationListener::deliver(const std::string& action, Info info) {
     const std::lock_guard lock(mutex);
     if (response)
         response(action, info);
@@ -42,9 +42,9 @@ void NotificationListener::listen(Notifications::Response listener) {
     for (NSString* key in given)
         info[tidwen::textOf(key)] = tidwen::textOf([given objectForKey:key]);
     const bool isDefault = [response.actionIdentifier isEqual:UNNotificationDefaultActionIdentifier];
-    self.listener->tell(isDefault ? tidwen::defaultNotificationAction
-                                  : tidwen::textOf(response.actionIdentifier),
-                        std::move(info));
+    self.listener->deliver(isDefault ? tidwen::defaultNotificationAction
+                                     : tidwen::textOf(response.actionIdentifier),
+                           std::move(info));
     completionHandler();
 }
 @end

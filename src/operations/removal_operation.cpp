@@ -1,5 +1,7 @@
 #include "operations/removal_operation.h"
 
+#include "base/texts.h"
+
 #include <array>
 
 namespace tidwen {
@@ -14,6 +16,13 @@ std::string_view kindName(const RemovalOperation::Kind& kind) {
         "quitApplication",    "resetPermissions", "bootout",         "bootstrap", "move",
         "deleteKeychainItem", "unregisterApp",    "flushPreferences"};
     return names[kind.index()];
+}
+
+std::string displayName(const RemovalOperation& operation, const Texts& texts) {
+    const bool namesNoItem = std::holds_alternative<operation::UnregisterApp>(operation.kind)
+                             || std::holds_alternative<operation::FlushPreferences>(operation.kind);
+    return namesNoItem ? texts.text("operation." + std::string(kindName(operation.kind)))
+                       : operation.displayName;
 }
 
 } // namespace tidwen

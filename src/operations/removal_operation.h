@@ -14,6 +14,8 @@
 
 namespace tidwen {
 
+class Texts;
+
 /// `uninstall` removes everything found. `reset` keeps the application and its receipts and removes only its
 /// data.
 enum class RemovalMode { uninstall, reset };
@@ -69,7 +71,7 @@ struct RemovalOperation {
     Kind kind;
     bool requiresRoot = false; ///< runs in the administrator batch
     Reversibility reversibility = Reversibility::reversible;
-    std::string displayName;
+    std::string displayName;                  ///< what it acts on; empty for a flush
     Uuid traceID = Uuid::random();            ///< of its trace, otherwise new
     std::string bundleID;                     ///< of the application it serves
     std::vector<std::string> sharedWith = {}; ///< move: other applications of the run that claim the item
@@ -77,6 +79,9 @@ struct RemovalOperation {
 
     friend bool operator==(const RemovalOperation&, const RemovalOperation&) = default;
 };
+
+/// The name of the step for people, in their language.
+std::string displayName(const RemovalOperation& operation, const Texts& texts);
 
 /// "move", "bootout" …: the name of the kind in JSON.
 std::string_view kindName(const RemovalOperation::Kind& kind);

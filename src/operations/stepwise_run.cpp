@@ -20,12 +20,12 @@ void StepCounter::begin(std::string_view kind, std::string item, std::size_t cou
     progress_.kind = kind;
     progress_.item = std::move(item);
     progress_.copiedBytes = 0;
-    control_.tell(progress_);
+    control_.report(progress_);
 }
 
 void StepCounter::tellCopied(std::uint64_t bytes) {
     progress_.copiedBytes = bytes;
-    control_.tell(progress_);
+    control_.report(progress_);
 }
 
 void StepCounter::finish() {

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "base/executor.h"
-#include "base/followed_work.h"
 #include "base/message.h"
 #include "base/observable.h"
 #include "base/path.h"
+#include "base/progress_tracker.h"
 #include "base/step_progress.h"
 #include "base/texts.h"
 #include "platform/defaults.h"
@@ -112,7 +112,7 @@ class HistoryModel {
 
     Ports ports_;
     UserEnvironment user_;
-    FollowedWork work_;
+    ProgressTracker work_;
     bool isDeleting_ = false;
     int loadsStarted_ = 0;
     std::shared_ptr<bool> alive_ =

@@ -53,6 +53,8 @@ struct Manifest {
     /// Missing ones come last; the file keeps them separately, in "missing".
     std::vector<ManifestEntry> entries = {};
     std::optional<Timestamp> recoveredAt = {}; ///< set when rebuilt from a journal
+    /// The kinds of the executed steps that cannot be undone and changed something; absent when unknown.
+    std::optional<std::vector<std::string>> irreversible = {};
     friend bool operator==(const Manifest&, const Manifest&) = default;
 };
 

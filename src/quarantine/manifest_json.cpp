@@ -171,7 +171,7 @@ class Reader {
     }
 
     void takeRecord(std::string& text) {
-        if (!take(text)) fail("not a text:", "sharedWith");
+        if (!take(text)) fail("not a text in", "an array");
     }
 
     void takeRecord(AppRecord& app) {
@@ -325,6 +325,7 @@ std::string encode(const Manifest& manifest) {
                   {"entries", toJson(manifest.entries)}};
     if (auto missing = toJson(manifest.entries, true); !missing.empty())
         document["missing"] = std::move(missing);
+    if (manifest.irreversible) document["irreversible"] = *manifest.irreversible;
     if (manifest.recoveredAt) document["recoveredAt"] = iso8601(*manifest.recoveredAt);
     return writeJson(document);
 }
@@ -346,6 +347,7 @@ tl::expected<Manifest, DocumentError> decodeManifest(std::string_view text) {
     reader.record(required("version", manifest.version), required("createdAt", manifest.createdAt),
                   required("quarantineRoot", manifest.quarantineRoot), optional("apps", apps),
                   required("entries", manifest.entries), optional("missing", missing),
+                  optional("irreversible", manifest.irreversible),
                   optional("recoveredAt", manifest.recoveredAt), optional("appName", name),
                   optional("bundleID", bundleID));
     takeMissing(reader, std::move(missing), manifest);

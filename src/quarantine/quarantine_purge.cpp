@@ -291,7 +291,7 @@ std::optional<QuarantinePurge::Failure> QuarantinePurge::removeForeignItems(cons
             foreign.push_back(std::move(item));
     }
     if (foreign.empty() || control.isStopped()) return std::nullopt;
-    control.tell({.step = 1, .total = folders.size(), .kind = "administrator"});
+    control.report({.step = 1, .total = folders.size(), .kind = "administrator"});
     return removeAsAdministrator(foreign);
 }
 
@@ -322,7 +322,7 @@ QuarantinePurge::purge(const std::vector<Path>& chosen, const StepControl& contr
             outcome.notBegun.push_back(folder);
             continue;
         }
-        control.tell({i + 1, folders->size(), "purge", folder.string()});
+        control.report({i + 1, folders->size(), "purge", folder.string()});
         removeUnlessOthers(folder, outcome);
     }
     return outcome;
@@ -345,7 +345,7 @@ int QuarantinePurge::purgeExpired(int days, Timestamp now, const StepControl& co
     for (std::size_t i = 0; i < expired.size() && !control.isStopped(); ++i) {
         const auto& entry = expired[i];
         if (!hasTrustworthyDate(entry.manifest, now)) continue;
-        control.tell({i + 1, expired.size(), "purge", entry.root.string()});
+        control.report({i + 1, expired.size(), "purge", entry.root.string()});
         if (validate(entry.root) || !isWhollyOurs(entry.root) || !removeRun(entry.root)) {
             log_.warning("Automatic purge refused {}", entry.root.string());
             continue;

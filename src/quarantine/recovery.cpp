@@ -257,10 +257,10 @@ RecoveryOutcome recoverInterruptedRemovals(const UserEnvironment& user, FileSyst
             continue;
         }
         StepProgress progress{i + 1, folders->size(), "recover", root.string()};
-        control.tell(progress);
+        control.report(progress);
         const CopiedBytes copied([&](std::uint64_t bytes) {
             progress.copiedBytes = bytes;
-            control.tell(progress);
+            control.report(progress);
         });
         recovery.lookAt(root);
     }

@@ -83,7 +83,9 @@ class UndoRun {
 
     UndoReport run() {
         report_.mayHaveLost =
-            std::ranges::any_of(manifest_.apps, [](const AppRecord& app) { return !app.bundleID.empty(); });
+            manifest_.irreversible
+                ? !manifest_.irreversible->empty()
+                : std::ranges::any_of(manifest_.apps, [](const auto& app) { return !app.bundleID.empty(); });
         const auto order = chosenSteps();
         steps_.expect(order.size() + chosenJobs().size());
         for (const auto& step : order)

@@ -29,8 +29,8 @@ struct UndoReport {
     int relaunchedJobs = 0;         ///< without those that are switched off
     std::vector<Path> renamed = {}; ///< new paths of items whose old path is taken
     int alreadyBack = 0;            ///< items already at their old path; neither tried nor failed
-    /// The run removed applications. It does not record what else was done to them: resetting privacy
-    /// permissions and deleting passwords, which cannot be undone.
+    /// The run reset privacy permissions or deleted passwords, which cannot be undone; or it removed
+    /// applications, and its manifest does not say (written by an earlier version, or recovered).
     bool mayHaveLost = false;
     friend bool operator==(const UndoReport&, const UndoReport&) = default;
 };

@@ -138,12 +138,27 @@ std::vector<ManifestEntry> unfinishedMoves(const std::vector<ManifestEntry>& pla
     return unfinished;
 }
 
+std::vector<std::string> irreversibleKinds(const RemovalReport& report, const std::set<Uuid>& emptyResets) {
+    std::set<int> succeeded;
+    for (const auto& result : report.results)
+        if (result.succeeded) succeeded.insert(result.operationID);
+    std::set<std::string> kinds;
+    for (const auto& each : report.operations) {
+        const bool isReset = std::holds_alternative<operation::ResetPermissions>(each.kind);
+        const bool deletes = std::holds_alternative<operation::DeleteKeychainItem>(each.kind);
+        if ((deletes || (isReset && !emptyResets.contains(each.traceID))) && succeeded.contains(each.id))
+            kinds.emplace(kindName(each.kind));
+    }
+    return {kinds.begin(), kinds.end()};
+}
+
 } // namespace
 
 FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOperation>& plan,
                                                    const QuarantineLayout& layout,
                                                    const std::vector<AppRecord>& apps, RemovalMode mode,
-                                                   Timestamp date, const StepControl& control) {
+                                                   Timestamp date, const StepControl& control,
+                                                   const std::set<Uuid>& emptyResets) {
     const auto [permitted, refused] = judged(plan);
     const RemovalJournal journal{.createdAt = date,
                                  .quarantineRoot = layout.root,
@@ -173,7 +188,7 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
     }
 
     steps.finish();
-    report.manifestFailure = conclude(journal, earlierRests, report);
+    report.manifestFailure = conclude(journal, earlierRests, emptyResets, report);
     const auto succeeded = std::count_if(report.results.begin(), report.results.end(),
                                          [](const OperationResult& result) { return result.succeeded; });
     ports_.log.info("Removed {}/{} traces", succeeded, plan.size());
@@ -183,6 +198,7 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
 /// Why the run's journal stays instead of a manifest; recovery examines it again.
 std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal,
                                                  const std::set<Path>& earlierRests,
+                                                 const std::set<Uuid>& emptyResets,
                                                  RemovalReport& report) const {
     const auto& root = journal.quarantineRoot;
     for (const auto& entry : unfinishedMoves(journal.planned, earlierRests, ports_.files)) {
@@ -212,7 +228,8 @@ std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal,
     const auto written = finishRun({.createdAt = journal.createdAt,
                                     .quarantineRoot = root,
                                     .apps = journal.apps,
-                                    .entries = manifestEntries(report.operations, done)},
+                                    .entries = manifestEntries(report.operations, done),
+                                    .irreversible = irreversibleKinds(report, emptyResets)},
                                    ports_.files);
     if (written) return std::nullopt;
     ports_.log.error("Could not write manifest {}: {}", report.manifestURL.string(),

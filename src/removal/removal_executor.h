@@ -5,6 +5,7 @@
 #include "base/path.h"
 #include "base/step_progress.h"
 #include "base/timestamp.h"
+#include "base/uuid.h"
 #include "operations/privileged_runner.h"
 #include "operations/removal_operation.h"
 #include "platform/file_system.h"
@@ -37,14 +38,16 @@ class RemovalExecutor {
     /// journal stays instead of a manifest if the manifest cannot be written, a move was left unfinished, or
     /// the administrator's commands timed out: the run can then be recovered, or undone by its journal. When
     /// stopped, it ends after the current step as after failures: steps that were not begun have
-    /// "failure.stopped" as their reason.
+    /// "failure.stopped" as their reason. `emptyResets`: the traces of permission resets that have nothing to
+    /// reset; the manifest does not record them as irreversible.
     FileResult<RemovalReport> execute(const std::vector<RemovalOperation>& plan,
                                       const QuarantineLayout& layout, const std::vector<AppRecord>& apps,
-                                      RemovalMode mode, Timestamp date, const StepControl& control = {});
+                                      RemovalMode mode, Timestamp date, const StepControl& control = {},
+                                      const std::set<Uuid>& emptyResets = {});
 
   private:
     std::optional<Message> conclude(const RemovalJournal& journal, const std::set<Path>& earlierRests,
-                                    RemovalReport& report) const;
+                                    const std::set<Uuid>& emptyResets, RemovalReport& report) const;
 
     Ports ports_;
 };

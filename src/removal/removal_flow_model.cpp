@@ -137,8 +137,8 @@ RemovalFlowModel::Answer RemovalFlowModel::loadTargets(const std::vector<Path>& 
         *this, alive_, services_.background, services_.main,
         [services = services_, user = user_, bundles, gone, ofProtected] {
             auto loaded = tidwen::loadTargets(bundles, services.loader);
-            if (!gone.empty()) add(gone, formerNames(services.files, user), loaded);
-            return takeIn(std::move(loaded), services.readProtection(), ofProtected);
+            if (!gone.empty()) add(gone, FormerApplications(services.files, user, services.loader), loaded);
+            return checkProtection(std::move(loaded), services.readProtection(), ofProtected);
         },
         [stop = control.stop, cameFrom = std::move(cameFrom), gone = gone](RemovalFlowModel& self,
                                                                            TargetIntake intake) mutable {

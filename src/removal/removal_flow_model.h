@@ -1,12 +1,12 @@
 #pragma once
 
 #include "base/executor.h"
-#include "base/followed_work.h"
 #include "base/log.h"
 #include "base/message.h"
 #include "base/observable.h"
 #include "base/path.h"
 #include "base/problem.h"
+#include "base/progress_tracker.h"
 #include "base/step_progress.h"
 #include "base/stop_token.h"
 #include "base/texts.h"
@@ -231,7 +231,7 @@ class RemovalFlowModel {
     LeftoverFilter reviewFilter_;
     std::optional<Message> protectionProblem_; ///< why the review selects nothing
     SweepState sweep_;
-    FollowedWork work_;        ///< the running scan, removal or undo
+    ProgressTracker work_;     ///< the running scan, removal or undo
     std::shared_ptr<Run> run_; ///< from the confirmation to the report
     std::vector<Path> unmovableItems_;
     std::shared_ptr<bool> alive_ =

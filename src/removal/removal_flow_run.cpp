@@ -103,7 +103,7 @@ std::optional<RemovalRefusal> RemovalFlowModel::whyNothingIsChosen() const {
 }
 
 RefusalGrounds RemovalFlowModel::refusalGrounds() const {
-    return {services_.files, user_, services_.rights, services_.readProtection(), services_.texts};
+    return {services_.files, user_, services_.rights, services_.readProtection()};
 }
 
 std::optional<RemovalRefusal> RemovalFlowModel::refusal() const {
@@ -118,8 +118,7 @@ void RemovalFlowModel::beginUnlessRefused(const std::shared_ptr<Run>& run) {
     inBackground(
         *this, alive_, services_.background, services_.main,
         [services = services_, user = user_, run]() -> Outcome {
-            const RefusalGrounds grounds{services.files, user, services.rights, services.readProtection(),
-                                         services.texts};
+            const RefusalGrounds grounds{services.files, user, services.rights, services.readProtection()};
             if (auto refusal = whyNotBegin(run->targets, run->choice.mode(), grounds))
                 return tl::unexpected(std::move(*refusal));
             return lockTrash(user, services.files).map_error([](Message why) {
@@ -210,8 +209,7 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
         refuseWhatChanged(run->targets, run->choice.mode(), run->choice.subject().kind,
                           {services.files, user, services.rights, services.readProtection(), services.loader,
                            services.findReclaimed, scanAgain, run->findInUse});
-        RemovalRun removal(
-            {services.files, services.executor, services.audit, services.texts, services.clock}, user);
+        RemovalRun removal({services.files, services.executor, services.audit, services.clock}, user);
         auto report = removal.carryOut(run->choice, run->targets, run->control);
         run->lock.reset(); // before the report is shown, so that it can be undone at once
         return report;

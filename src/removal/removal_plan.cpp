@@ -25,8 +25,7 @@ bool isPreference(const Path& path) {
 /// Plans one application after another with consecutive numbers.
 class PlanBuilder {
   public:
-    PlanBuilder(const QuarantineLayout& layout, RemovalMode mode, const Texts& texts)
-        : layout_(layout), mode_(mode), texts_(texts) {}
+    PlanBuilder(const QuarantineLayout& layout, RemovalMode mode) : layout_(layout), mode_(mode) {}
 
     void add(const RemovalTarget& target) {
         whole_ = &target;
@@ -113,7 +112,7 @@ class PlanBuilder {
     void addMove(const Trace& trace) {
         if (mode_ == RemovalMode::uninstall && isBundle(trace) && !isRefused(trace))
             append(operation::UnregisterApp{target_->bundleURL}, false, Reversibility::irreversibleHarmless,
-                   texts_.text("operation.unregisterApp"), Uuid::random());
+                   target_->bundleURL.string(), Uuid::random());
         const Path& source = *movedPath(trace.action);
         append(operation::Move{source, destination(source), trace.found}, trace.requiresRoot,
                Reversibility::reversible, source.string(), trace.id);
@@ -135,14 +134,13 @@ class PlanBuilder {
                        && isPreference(*movedPath(trace->action));
             });
             if (needed)
-                append(operation::FlushPreferences{}, asRoot, Reversibility::irreversibleHarmless,
-                       texts_.text("operation.flushPreferences"), Uuid::random());
+                append(operation::FlushPreferences{}, asRoot, Reversibility::irreversibleHarmless, "",
+                       Uuid::random());
         }
     }
 
     const QuarantineLayout& layout_;
     RemovalMode mode_;
-    const Texts& texts_;
     const RemovalTarget* whole_ = nullptr;
     const AppTarget* target_ = nullptr;
     std::vector<RemovalOperation> plan_;
@@ -156,9 +154,8 @@ bool staysInMode(const Trace& trace, RemovalMode mode) {
 }
 
 std::vector<RemovalOperation> buildRemovalPlan(const std::vector<RemovalTarget>& targets,
-                                               const QuarantineLayout& layout, RemovalMode mode,
-                                               const Texts& texts) {
-    PlanBuilder builder(layout, mode, texts);
+                                               const QuarantineLayout& layout, RemovalMode mode) {
+    PlanBuilder builder(layout, mode);
     for (const auto& target : targets)
         builder.add(target);
     return builder.take();

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/message.h"
-#include "base/texts.h"
 #include "base/uuid.h"
 #include "operations/removal_operation.h"
 #include "quarantine/quarantine_layout.h"
@@ -34,7 +33,6 @@ bool staysInMode(const Trace& trace, RemovalMode mode);
 /// application is still registered), job unloads, keychain deletions, moves in path order with the bundle
 /// last, then preference flushes. Pure: does not access the disk.
 std::vector<RemovalOperation> buildRemovalPlan(const std::vector<RemovalTarget>& targets,
-                                               const QuarantineLayout& layout, RemovalMode mode,
-                                               const Texts& texts);
+                                               const QuarantineLayout& layout, RemovalMode mode);
 
 } // namespace tidwen

@@ -15,7 +15,7 @@ namespace tidwen {
 
 std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chosen, RemovalMode mode,
                                           const RefusalGrounds& grounds) {
-    const auto& [files, user, rights, protection, texts] = grounds;
+    const auto& [files, user, rights, protection] = grounds;
     if (const auto& problem = protection.problem) return RemovalRefusal{*problem};
     for (const auto& each : chosen)
         if (protection.contains(each.target.bundleID)) return RemovalRefusal{describeProtected(each.target)};
@@ -30,7 +30,7 @@ std::optional<RemovalRefusal> whyNotBegin(const std::vector<RemovalTarget>& chos
                 return RemovalRefusal{why->describe(each.target)};
         }
     // The destinations are irrelevant here.
-    const auto plan = buildRemovalPlan(chosen, {user.trash(), chosen.size() > 1}, mode, texts);
+    const auto plan = buildRemovalPlan(chosen, {user.trash(), chosen.size() > 1}, mode);
     if (const auto count = manifestEntries(plan).size(); count > maxManifestEntries)
         return RemovalRefusal{
             {"error.tooManySteps %lld %lld", {std::to_string(count), std::to_string(maxManifestEntries)}}};

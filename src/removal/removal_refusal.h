@@ -2,7 +2,6 @@
 
 #include "base/message.h"
 #include "base/path.h"
-#include "base/texts.h"
 #include "operations/removal_operation.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
@@ -28,7 +27,6 @@ struct RefusalGrounds {
     const UserEnvironment& user;
     MoveRights rights;
     Protection protection; ///< as stored now
-    const Texts& texts;
 };
 
 /// Why a removal must not begin. Refused are: any removal while the list of protected applications is

@@ -14,6 +14,8 @@
 #include "removal/removal_verification.h"
 #include "removal/stay_reason.h"
 #include "scan/applications/app_target.h"
+#include "scan/matching/default_selection.h"
+#include "scan/matching/scan_result.h"
 
 #include <algorithm>
 #include <map>
@@ -33,6 +35,16 @@ std::vector<RemovalTarget> thoseToTake(const std::vector<RemovalTarget>& targets
     return taken;
 }
 
+/// Resets of applications without permissions.
+std::set<Uuid> emptyResets(const RemovalChoice& choice) {
+    const auto& scanned = choice.findings().scanned();
+    std::set<Uuid> empty;
+    for (const auto& result : scanned)
+        for (const auto& trace : result.traces)
+            if (resetsNothing(trace, result)) empty.insert(trace.id);
+    return empty;
+}
+
 } // namespace
 
 FileResult<RemovalReport> RemovalRun::carryOut(const RemovalChoice& choice,
@@ -46,9 +58,10 @@ FileResult<RemovalReport> RemovalRun::carryOut(const RemovalChoice& choice,
         apps.push_back({target.target.name, target.target.bundleID});
     const auto layout = createQuarantineFolder(apps, date, user_, ports_.files);
     if (!layout) return tl::unexpected(layout.error());
-    const auto plan = buildRemovalPlan(targets, *layout, choice.mode(), ports_.texts);
+    const auto plan = buildRemovalPlan(targets, *layout, choice.mode());
     auto links = linksToApplications(targets, ports_.files, user_);
-    auto report = ports_.executor.execute(plan, *layout, apps, choice.mode(), date, control);
+    auto report =
+        ports_.executor.execute(plan, *layout, apps, choice.mode(), date, control, emptyResets(choice));
     if (!report) return report;
     if (manifestEntries(plan).empty() || report->hasBegunNothing()) dropRecord(*report);
     report->verification = verifyRemoval(taken, ports_.audit);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/step_progress.h"
-#include "base/texts.h"
 #include "base/timestamp.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
@@ -24,7 +23,6 @@ class RemovalRun {
         FileSystem& files;
         RemovalExecutor& executor;
         const PermissionAudit& audit;
-        const Texts& texts;
         const Clock& clock;
     };
 

@@ -36,7 +36,7 @@ std::pair<std::size_t, std::size_t> doneAndAll(const RemovalReport& report,
 std::string subjectOf(const RemovalOperation& step, const Texts& texts) {
     return std::holds_alternative<operation::ResetPermissions>(step.kind)
                ? texts.text("report.failures.permissions %@", {step.displayName})
-               : step.displayName;
+               : displayName(step, texts);
 }
 
 std::vector<std::string> remarksOf(const RemovalReport& report, const Texts& texts) {
@@ -72,7 +72,7 @@ ConfirmationTexts confirmationTexts(const RemovalSummary& summary, const std::st
         words.permanentHeading =
             texts.text("confirm.permanent.heading %lld", {number(summary.permanent.size())});
     for (const auto& trace : summary.permanent)
-        words.permanent.push_back(trace.displayName);
+        words.permanent.push_back(displayName(trace, texts));
     if (summary.requiresPassword) words.password = texts.text("confirm.password");
     if (summary.resetsPermissions) words.permissionsReset = texts.text("confirm.permissionsReset");
     return words;

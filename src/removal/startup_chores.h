@@ -1,11 +1,11 @@
 #pragma once
 
 #include "base/executor.h"
-#include "base/followed_work.h"
 #include "base/log.h"
 #include "base/message.h"
 #include "base/observable.h"
 #include "base/path.h"
+#include "base/progress_tracker.h"
 #include "base/step_progress.h"
 #include "base/texts.h"
 #include "base/timestamp.h"
@@ -104,7 +104,7 @@ class StartupChores {
 
     Services services_;
     UserEnvironment user_;
-    FollowedWork work_;
+    ProgressTracker work_;
     bool hasStarted_ = false;
     std::optional<tl::expected<RecoveryOutcome, Message>> recovery_;
     std::vector<RecoveryNotice> recoveryNotices_;

@@ -15,14 +15,12 @@ Message describeProtected(const AppTarget& target) {
     return {"error.protectedApp %@", {printable(target.name)}};
 }
 
-tl::expected<AppTarget, Message> goneTarget(const std::string& bundleID, const FormerNames& names) {
+tl::expected<AppTarget, Message> goneTarget(const std::string& bundleID, const FormerApplications& former) {
     using Error = AppTargetLoaderError;
     const auto lower = lowercased(bundleID);
     if (isFromApple(lower)) return tl::unexpected(Message{std::string(errorKey(Error::systemApplication))});
     if (lower == tidwenBundleID) return tl::unexpected(Message{std::string(errorKey(Error::selfTarget))});
-    // Without a recorded name nothing is found by name: an identifier says too little of it.
-    auto name = formerName(names, lower);
-    return AppTarget{.bundleURL = Path("/"), .bundleID = bundleID, .name = name.empty() ? bundleID : name};
+    return former.describe(bundleID);
 }
 
 LoadedTargets loadTargets(const std::vector<Path>& bundles, const AppTargetLoader& loader) {
@@ -40,15 +38,16 @@ LoadedTargets loadTargets(const std::vector<Path>& bundles, const AppTargetLoade
     return loaded;
 }
 
-void add(const std::vector<GoneApplication>& gone, const FormerNames& names, LoadedTargets& loaded) {
+void add(const std::vector<GoneApplication>& gone, const FormerApplications& former, LoadedTargets& loaded) {
     for (const auto& each : gone)
-        if (auto target = goneTarget(each.bundleID, names))
+        if (auto target = goneTarget(each.bundleID, former))
             loaded.targets.push_back(std::move(*target));
         else
             loaded.failures.push_back({printable(each.bundleID), std::move(target.error())});
 }
 
-TargetIntake takeIn(LoadedTargets loaded, const Protection& protection, ProtectedTargets ofProtected) {
+TargetIntake checkProtection(LoadedTargets loaded, const Protection& protection,
+                             ProtectedTargets ofProtected) {
     TargetIntake intake{.targets = {}, .failures = std::move(loaded.failures), .refused = {}};
     if (ofProtected == ProtectedTargets::shown) {
         intake.targets = std::move(loaded.targets);

@@ -3,9 +3,9 @@
 #include "base/message.h"
 #include "base/path.h"
 #include "base/problem.h"
+#include "removal/former_applications.h"
 #include "scan/applications/app_target.h"
 #include "scan/applications/protected_apps.h"
-#include "sweep/former_names.h"
 
 #include <string>
 #include <tl/expected.hpp>
@@ -25,9 +25,9 @@ struct GoneApplication {
     Message otherwise; ///< why the word means nothing, if nothing of it is found
 };
 
-/// The target for what a removed application left: without a bundle ("/"), named as past removals recorded
-/// it. The error is that of `AppTargetLoader` for an application that is no target.
-tl::expected<AppTarget, Message> goneTarget(const std::string& bundleID, const FormerNames& names);
+/// The target for what a removed application left: without a bundle ("/"). The error is that of
+/// `AppTargetLoader` for an application that is no target.
+tl::expected<AppTarget, Message> goneTarget(const std::string& bundleID, const FormerApplications& former);
 inline bool isGone(const AppTarget& target) {
     return target.bundleURL.isRoot();
 }
@@ -43,7 +43,7 @@ struct TargetIntake {
 };
 
 /// Adds the targets of applications that are gone.
-void add(const std::vector<GoneApplication>& gone, const FormerNames& names, LoadedTargets& loaded);
+void add(const std::vector<GoneApplication>& gone, const FormerApplications& former, LoadedTargets& loaded);
 
 /// How protected applications are handled.
 enum class ProtectedTargets {
@@ -51,8 +51,8 @@ enum class ProtectedTargets {
     shown, ///< accepted, for callers that only display them
 };
 
-TargetIntake takeIn(LoadedTargets loaded, const Protection& protection,
-                    ProtectedTargets ofProtected = ProtectedTargets::refused);
+TargetIntake checkProtection(LoadedTargets loaded, const Protection& protection,
+                             ProtectedTargets ofProtected = ProtectedTargets::refused);
 
 /// That the application is protected.
 Message describeProtected(const AppTarget& target);

@@ -2,7 +2,6 @@
 
 #include "base/path.h"
 #include "base/text.h"
-#include "quarantine/history.h"
 #include "quarantine/manifest.h"
 #include "scan/applications/identifier_form.h"
 #include "scan/applications/launch_item.h"
@@ -32,10 +31,10 @@ void add(FormerNames& names, const std::string& identifier, const std::string& n
 
 } // namespace
 
-FormerNames formerNames(const FileSystem& files, const UserEnvironment& user) {
+FormerNames formerNames(const FileSystem& files, const std::vector<RemovalHistoryEntry>& runs) {
     FormerNames names;
     std::size_t jobs = 0;
-    for (const auto& run : loadHistory(user, files, false)) { // newest first: its names count
+    for (const auto& run : runs) { // newest first: its names count
         for (const auto& app : run.manifest.apps)
             add(names, app.bundleID, app.name);
         for (const auto& entry : run.manifest.entries) {

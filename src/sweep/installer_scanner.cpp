@@ -74,16 +74,6 @@ void sortBySize(std::vector<InstallerFile>& files) {
     });
 }
 
-InstallerScanResult scanInstallers(const FileSystem& files, const UserEnvironment& user,
-                                   const std::vector<InstalledApp>& apps) {
-    auto result = listInstallers(files, user, apps);
-    for (auto& file : result.files)
-        if (file.isFolder)
-            if (const auto size = measurePackage(files, file.url)) setSize(file, *size);
-    sortBySize(result.files);
-    return result;
-}
-
 InstallerScanResult listInstallers(const FileSystem& files, const UserEnvironment& user,
                                    const std::vector<InstalledApp>& apps) {
     InstallerScanResult result;

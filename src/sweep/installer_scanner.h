@@ -40,11 +40,8 @@ struct InstallerScanResult {
     friend bool operator==(const InstallerScanResult&, const InstallerScanResult&) = default;
 };
 
-/// Read-only. A missing Downloads folder counts as unreadable, because its contents are unknown.
-InstallerScanResult scanInstallers(const FileSystem& files, const UserEnvironment& user,
-                                   const std::vector<InstalledApp>& apps);
-
-/// The same without the sizes of packages that are folders, which `measurePackage` walks.
+/// Read-only. A missing Downloads folder counts as unreadable, because its contents are unknown. Packages
+/// that are folders have no size yet; `measurePackage` walks them.
 InstallerScanResult listInstallers(const FileSystem& files, const UserEnvironment& user,
                                    const std::vector<InstalledApp>& apps);
 /// The folder whose direct children are looked at.

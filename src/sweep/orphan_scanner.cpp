@@ -3,6 +3,7 @@
 #include "base/path.h"
 #include "base/text.h"
 #include "platform/budgeted_files.h"
+#include "quarantine/history.h"
 #include "scan/policy/trace_category.h"
 #include "sweep/former_names.h"
 #include "sweep/identifier_domains.h"
@@ -170,7 +171,7 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
         const auto isStill = [&](const Path& path) {
             return canJudge(path, user_, gaps) && !holdsWhatIsInUse(now.owners, path, sweep.linked());
         };
-        const auto former = formerNames(ports_.files, user_);
+        const auto former = formerNames(ports_.files, loadHistory(user_, ports_.files, false));
         result.groups = grouped(joined(std::move(finds)), now.owners, former, [&](const Trace& trace) {
             const auto& path = *movedPath(trace.action);
             const bool isCalledAfterAnOwner = trace.category == TraceCategory::containers

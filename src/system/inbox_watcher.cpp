@@ -8,7 +8,7 @@
 namespace tidwen {
 
 /// One look with everything it needs, because it may outlive the watcher.
-struct InboxWatcher::Looker {
+struct InboxWatcher::FolderTask {
     Ports ports;
     RequestInbox inbox;
     std::optional<FolderIdentity> watched;
@@ -67,7 +67,7 @@ void InboxWatcher::look() {
         });
     };
     inBackground(*this, alive_, ports_.queue, ports_.main,
-                 Looker{ports_, inbox_, watched_, !isBusy_, changed},
+                 FolderTask{ports_, inbox_, watched_, !isBusy_, changed},
                  [](InboxWatcher& self, Look look) { self.finish(std::move(look)); });
 }
 

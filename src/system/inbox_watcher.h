@@ -58,7 +58,7 @@ class InboxWatcher {
         RequestInbox::Drained drained;
         std::size_t waiting = 0; ///< number of requests left in the folder
     };
-    struct Looker;
+    struct FolderTask;
 
     void finish(Look look);
     void serveHeld();

@@ -102,11 +102,11 @@ void TrashCatcher::look(const std::vector<Path>& bundles, const std::optional<Pa
     };
     inBackground(*this, alive_, ports_.queue, ports_.main, read, [awaited](TrashCatcher& catcher, auto seen) {
         const bool isWanted = !awaited || catcher.unfinished_.contains(*awaited);
-        if (catcher.isOn_ && isWanted) catcher.tell(seen);
+        if (catcher.isOn_ && isWanted) catcher.report(seen);
     });
 }
 
-void TrashCatcher::tell(const std::vector<TrashedBundle>& bundles) {
+void TrashCatcher::report(const std::vector<TrashedBundle>& bundles) {
     permission_.refresh();
     const bool isAllowed = permission_.state.get() == NotificationState::allowed;
     if (!isAllowed) ports_.log.info("App trashed, notifications not allowed - nothing posted");

@@ -101,7 +101,7 @@ class TrashCatcher {
   private:
     /// Reads them on the queue and reports them, unless one that was `awaited` has been reported meanwhile.
     void look(const std::vector<Path>& bundles, const std::optional<Path>& awaited = {});
-    void tell(const std::vector<TrashedBundle>& bundles);
+    void report(const std::vector<TrashedBundle>& bundles);
     void awaitRest(const Path& bundle);
     void respond(const std::string& action, const std::map<std::string, std::string>& userInfo);
 

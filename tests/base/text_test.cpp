@@ -89,6 +89,13 @@ TEST(Text, EscapesWhatATerminalObeysAndAReaderDoesNotSee) {
     }
     for (const auto* text : {"plain", "\u00A0\u00E9\u65E5\U0001F600"})
         EXPECT_EQ(printable(text), text);
+    for (const auto* shown : {"\u2764\uFE0F", "\U0001F468\u200D\U0001F469", "\u2764\uFE0F\u200D\U0001F525",
+                              "\U0001F469\U0001F3FD\u200D\U0001F680"})
+        EXPECT_EQ(printable(shown), shown) << "one emoji";
+    EXPECT_EQ(printable("1\uFE0F"), "1\\u{fe0f}");
+    EXPECT_EQ(printable("\u2764\uFE0F\uFE0F"), "\u2764\uFE0F\\u{fe0f}");
+    EXPECT_EQ(printable("\u2764\u200D"), "\u2764\\u{200d}");
+    EXPECT_EQ(printable("\u200D\u2764"), "\\u{200d}\u2764");
     EXPECT_EQ(printable("\U000E0041"), "\\u{e0041}");
     EXPECT_EQ(printable("\U000E0041", EscapeForm::json), "\\udb40\\udc41");
     EXPECT_EQ(printable("a\n\xFF"), "a\\n\uFFFD");

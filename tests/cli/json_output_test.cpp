@@ -48,14 +48,14 @@ TEST(JsonOutput, ActionsAndReasonsAreObjectsOfTheirKind) {
          R"({"kind":"resetPermissions","bundleID":"com.example.app"})"},
         {action::DeleteKeychainItem{"s", true},
          R"({"kind":"deleteKeychainItem","service":"s","isSystemKeychain":true})"},
-        {action::Guidance{{"go", SettingsPane::loginItemsAndExtensions}},
+        {action::Guidance{{{"go"}, SettingsPane::loginItemsAndExtensions}},
          R"({"kind":"guidance","step":{"instruction":"go","settingsPane":"loginItemsAndExtensions"}})"},
-        {action::Guidance{{"go", std::nullopt}}, R"({"kind":"guidance","step":{"instruction":"go"}})"},
+        {action::Guidance{{{"go"}, std::nullopt}}, R"({"kind":"guidance","step":{"instruction":"go"}})"},
     };
     for (const auto& c : cases) {
         ScanResult result;
         result.traces = {traceOf(c.action, {MatchReason::Kind::nameToken, "App"})};
-        const auto trace = parsed(json::document(std::vector{result}))[0]["traces"][0];
+        const auto trace = parsed(json::document(std::vector{result}, Texts()))[0]["traces"][0];
         EXPECT_EQ(trace["action"], Json::parse(c.expected));
         EXPECT_EQ(trace["reason"], Json::parse(R"({"kind":"nameToken","value":"App"})"));
     }
@@ -81,7 +81,7 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
     result.immovable = {ImmovableApplication::Reason::protectedPlace, Path("/Users/alice/Downloads/A.app")};
     result.permissions = {.grants = {{"kTCCServiceCamera", {PermissionGrant::State::Kind::unknown, 4}}},
                           .unreadable = {PermissionGrant::Scope::system}};
-    EXPECT_EQ(parsed(json::document(std::vector{result})), Json::parse(R"([{
+    EXPECT_EQ(parsed(json::document(std::vector{result}, Texts())), Json::parse(R"([{
         "target": {"bundleURL": "/Applications/A.app", "bundleID": "com.example.app", "name": "A", "version": "1",
                    "appGroups": [], "loginItemBundleIDs": [],
                    "embeddedLaunchdItems": [{"label": "l", "plist": "/p.plist", "isSystemDomain": true}]},
@@ -139,7 +139,8 @@ TEST(JsonOutput, NamesThatAreNotTextNeverBreakADocument) {
     ScanResult result;
     result.target.name = hostile;
     result.traces = {traceOf(action::MovePath{Path("/" + hostile)})};
-    EXPECT_EQ(parsed(json::document(std::vector{result}))[0]["target"]["name"], "a\ufffd\ufffd\n\x1b[2J\"\\");
+    EXPECT_EQ(parsed(json::document(std::vector{result}, Texts()))[0]["target"]["name"],
+              "a\ufffd\ufffd\n\x1b[2J\"\\");
 
     RemovalHistoryEntry entry;
     entry.manifest.apps = {{hostile, ""}};

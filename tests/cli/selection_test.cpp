@@ -62,7 +62,7 @@ std::vector<ScanResult> everySort() {
                     file("/L/root", MatchReason::Kind::exactBundleID, true), contested("/L/contested"),
                     makeTrace(TraceCategory::keychain, action::DeleteKeychainItem{"secret", false}, {},
                               Reversibility::irreversibleDestructive, "secret", std::nullopt, false),
-                    makeTrace(TraceCategory::systemExtensions, action::Guidance{{"go there", std::nullopt}},
+                    makeTrace(TraceCategory::systemExtensions, action::Guidance{{{"go there"}, std::nullopt}},
                               {}, Reversibility::manualOnly, "tunnel", std::nullopt, false)})};
 }
 
@@ -114,7 +114,8 @@ TEST(Selection, TakesWhatTheRequestNames) {
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
-        const auto chosen = chooseTraces(groupsOf(found), c.request, c.mode, HostPaths(std::nullopt));
+        const auto chosen =
+            chooseTraces(groupsOf(found), c.request, c.mode, HostPaths(std::nullopt), Texts());
         EXPECT_EQ(chosen ? namesOf(found, chosen->ids) : Names{chosen.error().key}, c.expected);
     }
 }

@@ -131,8 +131,7 @@ TEST(RemovalChoice, GivesASharedItemToTheStrongestClaim) {
                 EXPECT_TRUE(going.insert(target.target.name + each.displayName).second);
         const auto& first = groups.front().name;
         EXPECT_EQ(going, (std::set<std::string>{"A/L/B", "Beta/L/a.b.beta", first + "/L/both"}));
-        for (const auto& step :
-             buildRemovalPlan(choice.targets(), {Path("/Q"), true}, choice.mode(), Texts())) {
+        for (const auto& step : buildRemovalPlan(choice.targets(), {Path("/Q"), true}, choice.mode())) {
             const bool isShared = step.displayName == "/L/both";
             EXPECT_EQ(step.sharedWith, isShared ? Names{groups.back().bundleID} : Names())
                 << step.displayName;
@@ -211,7 +210,7 @@ TEST(RemovalSummary, AndItsWords) {
         SCOPED_TRACE(c.why);
         const auto words =
             confirmationTexts(summarize(eachOf(c.selection, [](const Trace& each) { return &each; })), "It",
-                              RemovalMode::reset, Texts());
+                              RemovalMode::reset);
         EXPECT_EQ(words.title, "confirm.reset.title It");
         Names lines = {words.summary};
         lines.insert(lines.end(), words.breakdown.begin(), words.breakdown.end());

@@ -288,8 +288,7 @@ TEST(RemovalFlow, UndoesTheRunOfTheReport) {
     EXPECT_TRUE(fixture.model->isUndoing());
     fixture.settle();
     EXPECT_TRUE(fixture.has(fixture.bundle("Alpine")));
-    EXPECT_EQ(fixture.model->undoReport(),
-              (UndoReport{.restoredCount = 2, .totalCount = 2, .failures = {}, .mayHaveLost = true}));
+    EXPECT_EQ(fixture.model->undoReport(), (UndoReport{.restoredCount = 2, .totalCount = 2, .failures = {}}));
     bool dismissed = false;
     fixture.model->onReportDismissed = [&] { dismissed = true; };
     fixture.model->close();
@@ -313,6 +312,26 @@ TEST(RemovalFlow, FindsByItsIdentifierWhatAnApplicationThatIsGoneLeft) {
     EXPECT_EQ(fixture.stage(), "report");
     EXPECT_FALSE(fixture.has(fixture.cache("Gone")));
     EXPECT_TRUE(fixture.has(fixture.cache("Alpine")));
+}
+
+TEST(RemovalFlow, KnowsWhatAnApplicationThatIsGoneEmbeddedAndDeclared) {
+    FlowFixture fixture;
+    const std::string bundle = "/Users/alice/.Trash/Gone 2.app", library = "/Users/alice/Library/";
+    writeBundle(fixture.volume, bundle, "com.example.gone", "Gone");
+    writeBundle(fixture.volume, bundle + "/Contents/PlugIns/Sync.appex", "org.sync.plugin", "Sync");
+    const PropertyListDictionary entitlements{
+        {"com.apple.security.application-groups", PropertyListArray{"TEAM.shelf"}}};
+    const PropertyListDictionary validation{{"SandboxProfileDataValidationEntitlementsKey", entitlements}};
+    const PropertyListDictionary info{{"SandboxProfileDataValidationInfo", validation}};
+    fixture.volume.write(library + "Containers/com.example.gone/.com.apple.containermanagerd.metadata.plist",
+                         writeXmlPropertyList(PropertyListDictionary{
+                             {"MCMMetadataIdentifier", "com.example.gone"}, {"MCMMetadataInfo", info}}));
+    for (const auto* place : {"Caches/org.sync.plugin/x", "Group Containers/TEAM.shelf/x"})
+        fixture.volume.write(library + place, "x");
+    fixture.model->loadTargets({}, ProtectedTargets::refused, {{"com.example.Gone", {"absent"}}});
+    fixture.settle();
+    EXPECT_THAT(fixture.selected(),
+                IsSupersetOf({library + "Caches/org.sync.plugin", library + "Group Containers/TEAM.shelf"}));
 }
 
 TEST(RemovalFlow, WorkThatComesBackLateChangesNothing) {

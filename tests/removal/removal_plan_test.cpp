@@ -60,30 +60,30 @@ RemovalTarget notes() {
                          action::BootoutAndMove{"job", Path("/Library/LaunchDaemons/job.plist"), true}, true),
                    file(preferences, "/Users/alice/Library/Preferences/n.plist"),
                    file(preferences, "/Users/alice/Library/Preferences/m.plist"),
-                   trace(systemExtensions, action::Guidance{{"by hand", {}}}),
+                   trace(systemExtensions, action::Guidance{{{"by hand"}, {}}}),
                    file(receipts, "/private/var/db/receipts/n.bom", true),
                    trace(permissions, action::ResetPermissions{"com.example.notes"})}};
 }
 
 TEST(RemovalPlan, HasOneFixedOrder) {
     const QuarantineLayout layout{Path("/Q"), false};
-    const auto plan = buildRemovalPlan({notes()}, layout, RemovalMode::uninstall, Texts());
+    const auto plan = buildRemovalPlan({notes()}, layout, RemovalMode::uninstall);
     EXPECT_THAT(
         eachOf(plan, line),
-        ElementsAre(
-            "1 user resetPermissions com.example.notes, irreversibleHarmless, shown",
-            "2 user bootout loose, reversible", "3 root bootout job, reversible",
-            "4 root deleteKeychainItem secret, irreversibleDestructive",
-            "5 root move /Library/LaunchDaemons/job.plist -> /Q/0005/job.plist, reversible",
-            "6 root move /Library/Preferences/n.plist -> /Q/0006/n.plist, reversible",
-            "7 user move /Users/alice/Library/Caches/n -> /Q/0007/n, reversible",
-            "8 user move /Users/alice/Library/Preferences/m.plist -> /Q/0008/m.plist, reversible",
-            "9 user move /Users/alice/Library/Preferences/n.plist -> /Q/0009/n.plist, reversible",
-            "10 root move /private/var/db/receipts/n.bom -> /Q/0010/n.bom, reversible",
-            "11 user unregisterApp /Applications/./Notes.app, irreversibleHarmless, operation.unregisterApp",
-            "12 root move /Applications/Notes.app -> /Q/0012/Notes.app, reversible",
-            "13 user flushPreferences , irreversibleHarmless, operation.flushPreferences",
-            "14 root flushPreferences , irreversibleHarmless, operation.flushPreferences"));
+        ElementsAre("1 user resetPermissions com.example.notes, irreversibleHarmless, shown",
+                    "2 user bootout loose, reversible", "3 root bootout job, reversible",
+                    "4 root deleteKeychainItem secret, irreversibleDestructive",
+                    "5 root move /Library/LaunchDaemons/job.plist -> /Q/0005/job.plist, reversible",
+                    "6 root move /Library/Preferences/n.plist -> /Q/0006/n.plist, reversible",
+                    "7 user move /Users/alice/Library/Caches/n -> /Q/0007/n, reversible",
+                    "8 user move /Users/alice/Library/Preferences/m.plist -> /Q/0008/m.plist, reversible",
+                    "9 user move /Users/alice/Library/Preferences/n.plist -> /Q/0009/n.plist, reversible",
+                    "10 root move /private/var/db/receipts/n.bom -> /Q/0010/n.bom, reversible",
+                    "11 user unregisterApp /Applications/./Notes.app, irreversibleHarmless, "
+                    "/Applications/./Notes.app",
+                    "12 root move /Applications/Notes.app -> /Q/0012/Notes.app, reversible",
+                    "13 user flushPreferences , irreversibleHarmless, ",
+                    "14 root flushPreferences , irreversibleHarmless, "));
     EXPECT_EQ(plan[2].traceID, plan[4].traceID) << "the job and its file belong together";
     EXPECT_EQ(plan[2].bundleID, "com.example.notes");
 }
@@ -93,7 +93,7 @@ TEST(RemovalPlan, NumbersABatchThroughAndKeepsTheApplicationInReset) {
     const RemovalTarget other{
         .target = {.bundleURL = Path("/Applications/B.app"), .bundleID = "b", .name = "B"},
         .traces = {file(caches, "/Library/Caches/b")}};
-    const auto plan = buildRemovalPlan({notes(), other}, {Path("/Q"), true}, RemovalMode::reset, Texts());
+    const auto plan = buildRemovalPlan({notes(), other}, {Path("/Q"), true}, RemovalMode::reset);
     ASSERT_EQ(plan.size(), 12u);
     EXPECT_EQ(line(plan[4]),
               "5 root move /Library/LaunchDaemons/job.plist -> /Q/No-tes/0005/job.plist, reversible");
@@ -104,8 +104,8 @@ TEST(RemovalPlan, NumbersABatchThroughAndKeepsTheApplicationInReset) {
                     && each.displayName.find(".bom") == std::string::npos);
     }
     const RemovalTarget byHand{.target = {},
-                               .traces = {trace(systemExtensions, action::Guidance{{"by hand", {}}})}};
-    EXPECT_THAT(buildRemovalPlan({byHand}, {}, RemovalMode::uninstall, Texts()), IsEmpty());
+                               .traces = {trace(systemExtensions, action::Guidance{{{"by hand"}, {}}})}};
+    EXPECT_THAT(buildRemovalPlan({byHand}, {}, RemovalMode::uninstall), IsEmpty());
 }
 
 } // namespace

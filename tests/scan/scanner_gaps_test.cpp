@@ -94,8 +94,11 @@ TEST_F(Scanner, NamesWhatItCannotReadInParts) {
     volume.makeFolder(maker + "/com.corvella.marlin.notes");
     volume.makeFolder(container);
     volume.makeFolder(library + "Containers/com.other.app");
-    receipts.all = {{"com.corvella.marlin.notes", Path("/"), {}, Path("/private/var/db/receipts/a.bom")},
-                    {"com.other.app", Path("/"), {}, Path("/private/var/db/receipts/b.bom")}};
+    volume.write("/private/var/db/receipts/a.bom", "damaged");
+    receipts.all = {
+        {"com.corvella.marlin.notes", Path("/"), {}, Path("/private/var/db/receipts/a.bom")},
+        {"com.corvella.marlin.notes.missing", Path("/"), {}, Path("/private/var/db/receipts/c.bom")},
+        {"com.other.app", Path("/"), {}, Path("/private/var/db/receipts/b.bom")}};
     test::giveToUnprivileged(volume.hostRoot());
     for (const auto& closed : {maker, container, library + "Containers/com.other.app"})
         std::filesystem::permissions(volume.host(closed), std::filesystem::perms::none);

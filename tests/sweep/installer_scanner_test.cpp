@@ -60,7 +60,10 @@ TEST(InstallerScanner, ListsLargestFirstAndLooksIntoPackages) {
     volume.write("/Users/alice/Downloads/\xff.txt", "x");
     const auto setup = volume.files().info(Path("/Users/alice/Downloads/Setup.PKG"));
     ASSERT_TRUE(setup && setup->allocatedBytes != 100);
-    const auto result = scanInstallers(volume.files(), test::alice(), {});
+    auto result = listInstallers(volume.files(), test::alice(), {});
+    for (auto& file : result.files)
+        if (file.isFolder) setSize(file, *measurePackage(volume.files(), file.url));
+    sortBySize(result.files);
     EXPECT_EQ(result.skippedNames, std::vector{Path("/Users/alice/Downloads/\xff.dmg")});
     ASSERT_EQ(result.files.size(), 3u);
     EXPECT_EQ(result.files[0].url, Path("/Users/alice/Downloads/Tool.mpkg"));
@@ -73,7 +76,7 @@ TEST(InstallerScanner, ListsLargestFirstAndLooksIntoPackages) {
     EXPECT_FALSE(listed->isStill(*volume.files().info(result.files[1].url)));
 
     const test::TemporaryVolume empty;
-    EXPECT_TRUE(scanInstallers(empty.files(), test::alice(), {}).unreadable);
+    EXPECT_TRUE(listInstallers(empty.files(), test::alice(), {}).unreadable);
 }
 
 } // namespace

@@ -20,7 +20,7 @@ struct LaunchFixture {
     bool isOpening = false, isNeeded = false;
     Launch launch{{[this] { ++shown; }, [this] { ++cameBack; }, [this] { return isOpening; },
                    [this] { return isNeeded; }, [this] { ++ended; }},
-                  [this](auto tell) { told = std::move(tell); },
+                  [this](auto answer) { told = std::move(answer); },
                   log,
                   {milliseconds(50), milliseconds(50)}};
 };

@@ -93,15 +93,15 @@ TEST(AppearanceFollower, FollowsTheDesktopWhileTheChoiceIsTheDesktops) {
     auto desktop = Appearance::dark;
     AppearanceFollower follower(choice, [&] { return desktop; });
     EXPECT_EQ(colors().appearance(), Appearance::dark);
-    const auto tell = [] {
+    const auto changeDesktop = [] {
         QEvent event(QEvent::ThemeChange);
         QCoreApplication::sendEvent(qApp, &event);
     };
     desktop = Appearance::light;
-    tell();
+    changeDesktop();
     EXPECT_EQ(colors().appearance(), Appearance::light);
     choice.set("dark");
-    tell();
+    changeDesktop();
     EXPECT_EQ(colors().appearance(), Appearance::dark);
     wear(Appearance::light);
 }

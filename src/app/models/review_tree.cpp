@@ -102,13 +102,13 @@ void ReviewTree::count() {
 
 void ReviewTree::refresh() {
     count();
-    const auto tell = [this](const QModelIndex& above) {
+    const auto notify = [this](const QModelIndex& above) {
         if (const int rows = rowCount(above); rows > 0)
             Q_EMIT dataChanged(index(0, 0, above), index(rows - 1, 0, above), {Qt::CheckStateRole});
     };
-    tell({});
+    notify({});
     for (std::size_t i = 0; i < nodes_.size(); ++i)
-        if (!nodes_[i].children.empty()) tell(createIndex(nodes_[i].row, 0, static_cast<quintptr>(i)));
+        if (!nodes_[i].children.empty()) notify(createIndex(nodes_[i].row, 0, static_cast<quintptr>(i)));
 }
 
 const Trace* ReviewTree::trace(const QModelIndex& index) const {
@@ -175,7 +175,8 @@ QVariant ReviewTree::data(const QModelIndex& index, int role) const {
 QVariant ReviewTree::traceData(const Node& node, int role) const {
     const auto& trace = *node.trace;
     const bool isManual = std::holds_alternative<action::Guidance>(trace.action);
-    if (role == second && isManual) return shown(std::get<action::Guidance>(trace.action).step.instruction);
+    if (role == second && isManual)
+        return shown(texts_.text(std::get<action::Guidance>(trace.action).step.instruction));
     if (role == badge && isManual) return {};
     if (role == badge && staysInMode(trace, flow_.choice().mode()))
         return words(texts_, "review.badge.staysInReset");

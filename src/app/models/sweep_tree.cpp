@@ -264,7 +264,7 @@ QString SweepTree::secondLine(const Trace& trace) const {
     if (line.isEmpty()) line = traceReason(trace, texts_);
     const auto* group = owner(trace);
     if (!group) return line;
-    const auto title = traceTitle(trace);
+    const auto title = traceTitle(trace, texts_);
     for (const auto* name : {&group->target.name, &group->target.bundleID})
         if (!name->empty() && !title.startsWith(shown(*name), Qt::CaseInsensitive))
             return line + QStringLiteral(" · ") + shown(*name);

@@ -15,9 +15,9 @@
 
 namespace tidwen {
 
-QString traceTitle(const Trace& trace) {
+QString traceTitle(const Trace& trace, const Texts& texts) {
     const auto* path = movedPath(trace.action);
-    return shown(path ? path->lastComponent() : trace.displayName);
+    return shown(path ? path->lastComponent() : displayName(trace, texts));
 }
 
 QString tracePlace(const Trace& trace, const UserEnvironment& user) {
@@ -78,7 +78,7 @@ QString traceIcon(const Trace& trace) {
 QVariant traceData(const Trace& trace, int role, std::int64_t largest, const Texts& texts) {
     switch (role) {
     case Qt::DisplayRole:
-        return traceTitle(trace);
+        return traceTitle(trace, texts);
     case FindRow::badge:
         return traceBadge(trace, texts);
     case FindRow::badgeRisk:
@@ -92,14 +92,16 @@ QVariant traceData(const Trace& trace, int role, std::int64_t largest, const Tex
         return QString::fromStdString(trace.sizeBytes ? sizeText(*trace.sizeBytes, trace.isSizePartial, texts)
                                                       : std::string());
     case Qt::ToolTipRole:
-        return (shown(trace.displayName) + QLatin1Char('\n') + traceReason(trace, texts)).toHtmlEscaped();
+        return (shown(displayName(trace, texts)) + QLatin1Char('\n') + traceReason(trace, texts))
+            .toHtmlEscaped();
     default:
         return {};
     }
 }
 
 QString spokenTrace(const Trace& trace, const SpokenState& state, const Texts& texts) {
-    QStringList parts = {traceTitle(trace), words(texts, "risk." + std::string(name(trace.risk)) + ".title"),
+    QStringList parts = {traceTitle(trace, texts),
+                         words(texts, "risk." + std::string(name(trace.risk)) + ".title"),
                          traceData(trace, FindRow::size, 1, texts).toString()};
     if (state.isSelected) parts << words(texts, "row.selected");
     parts << state.badge << traceReason(trace, texts);

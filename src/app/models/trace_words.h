@@ -15,7 +15,7 @@
 namespace tidwen {
 
 /// "com.marlinworks.notes": the last part of a path, or the name of what is no file.
-QString traceTitle(const Trace& trace);
+QString traceTitle(const Trace& trace, const Texts& texts);
 /// "~/Library/Caches"; empty for what is no file.
 QString tracePlace(const Trace& trace, const UserEnvironment& user);
 QString traceReason(const Trace& trace, const Texts& texts);

@@ -287,8 +287,9 @@ void MacView::comeBack() {
     };
     mac_.session().models().history().load(HistoryModel::Sizes::measured,
                                            [view = QPointer(this), before = held(), held] {
-                                               if (view && held() != before)
-                                                   view->mac_.session().models().homeGrid().load();
+                                               if (!view) return;
+                                               auto& grid = view->mac_.session().models().homeGrid();
+                                               held() == before ? grid.refreshRunning() : grid.load();
                                            });
 }
 

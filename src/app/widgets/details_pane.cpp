@@ -43,14 +43,14 @@ void DetailsPane::show(const Trace* trace) {
         return;
     }
     content_->addWidget(parts::picture(traceIcon(*trace), Role::second));
-    content_->addWidget(parts::paragraph(traceTitle(*trace), Type::strong));
+    content_->addWidget(parts::paragraph(traceTitle(*trace, texts_), Type::strong));
     content_->addSpacing(scaled(6));
     addLine("review.details.why", traceReason(*trace, texts_));
     const auto risk = "risk." + std::string(name(trace->risk)) + ".title";
     const auto note = tierNotes_ + std::string(name(trace->risk)) + ".note";
     addLine("review.details.risk", words(texts_, risk) + QLatin1Char('\n') + words(texts_, note));
     const auto* guidance = std::get_if<action::Guidance>(&trace->action);
-    if (guidance) addLine("review.byHand.title", shown(guidance->step.instruction));
+    if (guidance) addLine("review.byHand.title", shown(texts_.text(guidance->step.instruction)));
     if (auto badge = traceBadge(*trace, texts_); !badge.isEmpty()) {
         const auto* why = trace->contestedBy     ? nullptr
                           : trace->mayHoldOthers ? "left.mayHoldOthers"

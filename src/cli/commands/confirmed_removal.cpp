@@ -55,7 +55,7 @@ std::optional<Message> choose(RemovalFlowModel& model, const SelectionRequest& r
         if (chosen == Chosen::byDefault) model.selectDefaults();
         return std::nullopt;
     }
-    const auto selection = chooseTraces(model.choice().findings().groups(), request, mode, hostPaths);
+    const auto selection = chooseTraces(model.choice().findings().groups(), request, mode, hostPaths, texts);
     if (!selection) return selection.error();
     model.select(selection->ids, selection->named);
     return std::nullopt;
@@ -84,7 +84,7 @@ Preview preview(const CommandContext& context, const Mac& mac, const RemovalChoi
     for (const auto& target : targets)
         apps.push_back({target.target.name, target.target.bundleID});
     const auto layout = makeLayout(apps, mac.system.clock.now(), mac.system.user);
-    return {layout, buildRemovalPlan(targets, layout, choice.mode(), context.texts)};
+    return {layout, buildRemovalPlan(targets, layout, choice.mode())};
 }
 
 ExitStatus refuse(const RemovalRefusal& refusal, const CommandContext& context) {
@@ -119,7 +119,7 @@ void printUnsearchable(const RemovalChoice& choice, const CommandContext& contex
 void show(const Preview& preview, const RemovalChoice& choice, const CommandContext& context) {
     const auto& unseen = choice.findings().unseen();
     if (context.arguments.json) {
-        context.console.document(json::document(preview.plan));
+        context.console.document(json::document(preview.plan, context.texts));
         return besideDocument(context, [&](const auto& beside) { printUnseen(unseen, beside); });
     }
     printPlan(preview.plan, preview.layout, context);
@@ -167,7 +167,7 @@ ExitStatus nothingToDo(const RemovalChoice& choice, const CommandContext& contex
         .apps = {}, .quarantineRoot = Path("/"), .manifestURL = Path("/"), .operations = {}};
     if (context.arguments.json)
         context.console.document(context.arguments.has("--dry-run")
-                                     ? json::document(std::vector<RemovalOperation>{})
+                                     ? json::document(std::vector<RemovalOperation>{}, context.texts)
                                      : json::document(empty, choice.subject(), context.texts));
     else
         context.console.line(context.text("error.nothingToRemove"));

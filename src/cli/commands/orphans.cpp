@@ -142,7 +142,8 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const bool isComplete = orphans->isComplete();
     if (filter->isActive()) narrow(*orphans, *filter);
     if (context.arguments.json)
-        json::write(*orphans, !unknown, [&](std::string_view piece) { context.console.document(piece); });
+        json::write(*orphans, !unknown, context.texts,
+                    [&](std::string_view piece) { context.console.document(piece); });
     else
         print(*orphans, isNarrowed, {*filter, !unknown}, context);
     if (unknown && !context.arguments.json) context.console.line(context.text("cli.scan.takenUnknown"));

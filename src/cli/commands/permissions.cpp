@@ -88,7 +88,6 @@ void print(const AppTarget& app, const PermissionAudit::Result& audit, const Com
     for (const auto& grant : audit.grants)
         table.add({{permissionTitle(grant.service, context.texts), Style::strong},
                    {context.text("cli.permission." + std::string(name(grant.state.kind)))},
-                   {grant.service, Style::faint},
                    {PermissionsSheet::detail(grant, context.texts), Style::faint}});
     table.print(context.console);
     if (audit.unreadable.empty()) return;

@@ -281,7 +281,7 @@ std::vector<std::string> valuesOf(const std::string& name, const AppPreferences&
 }
 
 /// Confirms the new value, and says that something will be deleted without a question.
-void tell(const std::string& name, const std::string& value, const CommandContext& context) {
+void confirm(const std::string& name, const std::string& value, const CommandContext& context) {
     context.console.line({{name, Style::strong}, {"  " + value}});
     if (name == "quarantineRetention" && value != "never")
         context.console.line(context.text("cli.settings.deletes"), Style::caution);
@@ -304,7 +304,7 @@ ExitStatus setSetting(AppPreferences& preferences, const CommandContext& context
     if (context.arguments.json)
         context.console.document(json::settingDocument(words[1], words[2]));
     else
-        tell(words[1], words[2], context);
+        confirm(words[1], words[2], context);
     return words[1] == "catchTrashedApps" ? watchAtLogin(words[2] == "true", context, host)
                                           : ExitStatus::done;
 }

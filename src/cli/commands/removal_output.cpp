@@ -53,7 +53,7 @@ void printItems(const RemovalChoice& choice, const CommandContext& context) {
             table.add({labels::risk(trace->risk, context.texts),
                        {labels::size(*trace, context.texts)},
                        {labels::category(trace->category, context.texts), Style::faint},
-                       {trace->displayName}});
+                       {displayName(*trace, context.texts)}});
         }
         table.print(context.console, 2);
     }
@@ -78,7 +78,7 @@ namespace {
 /// Prints the instruction of a trace that only the user can remove; true if it is one.
 bool isGuidance(const Trace& trace, const CommandContext& context) {
     const auto* guidance = std::get_if<action::Guidance>(&trace.action);
-    if (guidance) context.console.line(guidance->step.instruction, Style::caution);
+    if (guidance) context.console.line(context.texts.text(guidance->step.instruction), Style::caution);
     return guidance != nullptr;
 }
 
@@ -124,7 +124,7 @@ void printLeft(const std::vector<Remainder>& left, const CommandContext& context
         for (const auto& item : each.traces) {
             if (listed.takes(item) || isGuidance(item.trace, context)) continue;
             if (scan.size() == 1) context.console.line(context.text("cli.remove.left"), Style::caution);
-            context.console.line({{"  " + item.trace.displayName},
+            context.console.line({{"  " + displayName(item.trace, context.texts)},
                                   {"  " + context.texts.text(item.describe()), Style::faint}});
             if (std::ranges::find(scan, name) == scan.end()) scan.push_back(name);
         }

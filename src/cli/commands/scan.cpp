@@ -79,20 +79,24 @@ void printTraces(const ScanResult& result, bool isBySize, const CommandContext& 
     const auto all = sections(result.traces, isBySize);
     for (const auto& section : all)
         for (const auto& trace : section.traces)
-            table.add({{takenByDefault(trace, result) ? "[x]" : "[ ]", Style::faint},
-                       labels::risk(trace.risk, context.texts),
-                       {labels::size(trace, context.texts)}});
+            table.add(
+                resetsNothing(trace, result)
+                    ? std::vector<StyledText>{{}, {}, {}}
+                    : std::vector<StyledText>{{takenByDefault(trace, result) ? "[x]" : "[ ]", Style::faint},
+                                              labels::risk(trace.risk, context.texts),
+                                              {labels::size(trace, context.texts)}});
     auto lines = table.lines(2);
     std::size_t next = 0;
     for (const auto& section : all) {
+        const bool isEmpty = resetsNothing(section.traces.front(), result);
         context.console.line(
             {{labels::category(section.category, context.texts), Style::strong},
-             {"  " + labels::countAndSize(section.traces, context.texts), Style::faint},
+             {isEmpty ? "" : "  " + labels::countAndSize(section.traces, context.texts), Style::faint},
              {isBySize ? "  " + bar(section.size.bytes, labels::total(result.traces).bytes) : ""}});
         for (const auto& trace : section.traces) {
             auto& line = lines[next++];
             line.push_back({"  "});
-            line.push_back({trace.displayName});
+            line.push_back({displayName(trace, context.texts)});
             if (resetsNothing(trace, result)) {
                 line.push_back({"  " + context.text("cli.scan.noPermissions"), Style::faint});
                 context.console.line(line);
@@ -150,8 +154,16 @@ void printNotices(const ScanResult& result, bool isKnown, const CommandContext& 
         context.console.line("  " + location.string());
 }
 
+/// What there is to remove: not a reset of permissions that macOS has not recorded.
+std::vector<Trace> removable(const ScanResult& result) {
+    std::vector<Trace> traces;
+    std::ranges::copy_if(result.traces, std::back_inserter(traces),
+                         [&](const Trace& trace) { return !resetsNothing(trace, result); });
+    return traces;
+}
+
 void printTotals(const ScanResult& result, bool isKnown, const CommandContext& context) {
-    const auto& traces = result.traces;
+    const auto traces = removable(result);
     context.console.line(context.text("cli.scan.found %@", {labels::countAndSize(traces, context.texts)}));
     if (result.isProtected)
         return context.console.line(
@@ -189,6 +201,17 @@ void print(const ScanResult& result, bool isKnown, bool isBySize, const CommandC
     printRights(result.traces, context, mac.system.files);
 }
 
+bool hasDefaults(const ScanResult& result) {
+    return std::ranges::any_of(removable(result),
+                               [&](const Trace& trace) { return takenByDefault(trace, result); });
+}
+
+void offerRemoval(const CommandContext& context) {
+    std::vector<std::string> words = {"remove"};
+    words.insert(words.end(), context.arguments.operands.begin(), context.arguments.operands.end());
+    context.offer("cli.orphans.remove %@", context.commandLine(words));
+}
+
 ExitStatus run(const CommandContext& context, Mac& mac) {
     const auto sort = context.arguments.values(sortOption);
     const bool isBySize = !sort.empty() && sort.back() == "size";
@@ -201,12 +224,13 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
     const auto problem = ProtectedApps(mac.system.defaults).problem();
     if (problem) context.refuse(*problem);
     if (context.arguments.json) {
-        context.console.document(json::document(results));
+        context.console.document(json::document(results, context.texts));
     } else {
         for (const auto& result : results) {
             if (&result != &results.front()) context.console.blankLine();
             print(result, !problem, isBySize, context, mac);
         }
+        if (!problem && std::ranges::any_of(results, hasDefaults)) offerRemoval(context);
     }
     const bool areComplete = std::all_of(results.begin(), results.end(),
                                          [](const ScanResult& result) { return result.isComplete(); });

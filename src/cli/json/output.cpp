@@ -31,9 +31,9 @@ Value object(const BundleCoverage& owners) {
             {"absent", array(owners.absent, toValue)}};
 }
 
-Value object(const ScanResult& result) {
+Value object(const ScanResult& result, const Texts& texts) {
     Value traces = array(result.traces, [&](const Trace& trace) {
-        Value fields = value(trace);
+        Value fields = value(trace, texts);
         fields["isSelectedByDefault"] = takenByDefault(trace, result);
         return fields;
     });
@@ -99,19 +99,20 @@ std::string document(const std::vector<const InstalledApp*>& apps, const AppTags
     }));
 }
 
-std::string document(const std::vector<ScanResult>& results) {
-    return writeJson(array(results, [](const ScanResult& result) { return object(result); }));
+std::string document(const std::vector<ScanResult>& results, const Texts& texts) {
+    return writeJson(array(results, [&](const ScanResult& result) { return object(result, texts); }));
 }
 
-std::string document(const std::vector<RemovalOperation>& plan) {
-    return writeJson(array(plan, toValue));
+std::string document(const std::vector<RemovalOperation>& plan, const Texts& texts) {
+    return writeJson(array(plan, [&](const RemovalOperation& step) { return value(step, texts); }));
 }
 
 std::string document(const RemovalReport& report, const RemovalSubject& subject, const Texts& texts) {
     Value result{
         {"apps", array(report.apps, [](const AppRecord& app) { return object(app); })},
         {"mode", subject.kindName()},
-        {"operations", array(report.operations, toValue)},
+        {"operations",
+         array(report.operations, [&](const RemovalOperation& step) { return value(step, texts); })},
         {"results", array(report.results, [&](const OperationResult& r) { return object(r, texts); })}};
     if (!report.quarantineRoot.isRoot()) {
         result["quarantineRoot"] = report.quarantineRoot.string();
@@ -128,7 +129,7 @@ std::string document(const RemovalReport& report, const RemovalSubject& subject,
     Value left = Value::array();
     for (const auto& each : report.left)
         for (const auto& item : each.traces) {
-            left.push_back(value(item.trace));
+            left.push_back(value(item.trace, texts));
             const auto why = item.describe();
             left.back()["leftReason"] = texts.text(why);
             left.back()["leftKey"] = why.key;

@@ -37,8 +37,8 @@ std::string document(const Sample& sample);
 /// Each application with its tags and protection.
 std::string document(const std::vector<const InstalledApp*>& apps, const AppTags& tags,
                      const ProtectedApps& protectedApps);
-std::string document(const std::vector<ScanResult>& results);
-std::string document(const std::vector<RemovalOperation>& plan);
+std::string document(const std::vector<ScanResult>& results, const Texts& texts);
+std::string document(const std::vector<RemovalOperation>& plan, const Texts& texts);
 /// A failed result has its reason as text and, as "failureKey", as a key that does not depend on the
 /// language.
 std::string document(const RemovalReport& report, const RemovalSubject& subject, const Texts& texts);

@@ -23,7 +23,7 @@ Value value(const LaunchItem& item) {
     return result;
 }
 
-Value value(const TraceAction& action) {
+Value value(const TraceAction& action, const Texts& texts) {
     return std::visit(
         Overloaded{
             [](const action::MovePath& a) {
@@ -46,8 +46,8 @@ Value value(const TraceAction& action) {
                              {"service", a.service},
                              {"isSystemKeychain", a.isSystemKeychain}};
             },
-            [](const action::Guidance& a) {
-                Value step{{"instruction", a.step.instruction}};
+            [&](const action::Guidance& a) {
+                Value step{{"instruction", texts.text(a.step.instruction)}};
                 if (a.step.settingsPane) step["settingsPane"] = text(name(*a.step.settingsPane));
                 return Value{{"kind", "guidance"}, {"step", std::move(step)}};
             },
@@ -147,13 +147,13 @@ Value value(const InstalledApp& app) {
     return result;
 }
 
-Value value(const Trace& trace) {
+Value value(const Trace& trace, const Texts& texts) {
     Value result{{"id", trace.id.string()},
                  {"category", text(name(trace.category))},
-                 {"action", value(trace.action)},
+                 {"action", value(trace.action, texts)},
                  {"reason", value(trace.reason)},
                  {"reversibility", text(name(trace.reversibility))},
-                 {"displayName", trace.displayName},
+                 {"displayName", displayName(trace, texts)},
                  {"requiresRoot", trace.requiresRoot},
                  {"risk", text(name(trace.risk))}};
     put(result, "sizeBytes", trace.sizeBytes);
@@ -183,12 +183,12 @@ Value value(const PermissionAudit::Result& audit) {
              array(audit.unreadable, [](PermissionGrant::Scope scope) { return text(name(scope)); })}};
 }
 
-Value value(const RemovalOperation& operation) {
+Value value(const RemovalOperation& operation, const Texts& texts) {
     return {{"id", operation.id},
             {"kind", value(operation.kind)},
             {"requiresRoot", operation.requiresRoot},
             {"reversibility", text(name(operation.reversibility))},
-            {"displayName", operation.displayName},
+            {"displayName", displayName(operation, texts)},
             {"traceID", operation.traceID.string()},
             {"bundleID", operation.bundleID}};
 }

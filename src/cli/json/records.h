@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/path.h"
+#include "base/texts.h"
 #include "operations/removal_operation.h"
 #include "scan/applications/app_target.h"
 #include "scan/applications/installed_app.h"
@@ -40,9 +41,9 @@ Overloaded(Cases...) -> Overloaded<Cases...>;
 Value value(const Path& path);
 Value value(const AppTarget& target);
 Value value(const InstalledApp& app);
-Value value(const Trace& trace);
+Value value(const Trace& trace, const Texts& texts);
 Value value(const PermissionGrant& grant);
 Value value(const PermissionAudit::Result& audit);
-Value value(const RemovalOperation& operation);
+Value value(const RemovalOperation& operation, const Texts& texts);
 
 } // namespace tidwen::json

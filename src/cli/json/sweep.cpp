@@ -29,20 +29,20 @@ Value object(const SweepGap& gap) {
     return {{"place", value(gap.place)}, {"reason", name(gap.reason)}, {"isOfOthers", gap.isOfOthers}};
 }
 
-Value object(const Trace& trace, bool selectsDefaults) {
-    Value fields = value(trace);
+Value object(const Trace& trace, bool selectsDefaults, const Texts& texts) {
+    Value fields = value(trace, texts);
     fields["isSelectedByDefault"] = selectsDefaults && takenByDefault(trace);
     return fields;
 }
 
-Value object(const OrphanGroup& group, bool selectsDefaults) {
-    return {
-        {"bundleID", group.bundleID},
-        {"name", group.name},
-        {"traces", array(group.traces, [&](const Trace& trace) { return object(trace, selectsDefaults); })}};
+Value object(const OrphanGroup& group, bool selectsDefaults, const Texts& texts) {
+    return {{"bundleID", group.bundleID},
+            {"name", group.name},
+            {"traces",
+             array(group.traces, [&](const Trace& trace) { return object(trace, selectsDefaults, texts); })}};
 }
 
-void writeInParts(JsonStream& out, const OrphanGroup& group, bool selectsDefaults) {
+void writeInParts(JsonStream& out, const OrphanGroup& group, bool selectsDefaults, const Texts& texts) {
     out.beginObject();
     out.key("bundleID");
     out.value(group.bundleID);
@@ -50,36 +50,39 @@ void writeInParts(JsonStream& out, const OrphanGroup& group, bool selectsDefault
     out.value(group.name);
     out.key("traces");
     out.beginArray();
-    out.values(group.traces.size(), [&](std::size_t i) { return object(group.traces[i], selectsDefaults); });
+    out.values(group.traces.size(),
+               [&](std::size_t i) { return object(group.traces[i], selectsDefaults, texts); });
     out.end();
     out.end();
 }
 
-void writeGroups(JsonStream& out, const std::vector<OrphanGroup>& groups, bool selectsDefaults) {
+void writeGroups(JsonStream& out, const std::vector<OrphanGroup>& groups, bool selectsDefaults,
+                 const Texts& texts) {
     const auto isLarge = [](const OrphanGroup& group) {
         return group.traces.size() > 20;
     }; // and may be of any size
     for (auto group = groups.begin(); group != groups.end(); ++group) {
         const auto large = std::find_if(group, groups.end(), isLarge);
         out.values(static_cast<std::size_t>(large - group), [&](std::size_t i) {
-            return object(group[static_cast<std::ptrdiff_t>(i)], selectsDefaults);
+            return object(group[static_cast<std::ptrdiff_t>(i)], selectsDefaults, texts);
         });
         if (large == groups.end()) return;
-        writeInParts(out, *large, selectsDefaults);
+        writeInParts(out, *large, selectsDefaults, texts);
         group = large;
     }
 }
 
 } // namespace
 
-void write(const OrphanScanResult& orphans, bool selectsDefaults, const JsonStream::Sink& sink) {
+void write(const OrphanScanResult& orphans, bool selectsDefaults, const Texts& texts,
+           const JsonStream::Sink& sink) {
     JsonStream out(sink);
     out.beginObject();
     out.key("gaps");
     out.value(array(orphans.gaps, [](const SweepGap& gap) { return object(gap); }));
     out.key("groups");
     out.beginArray();
-    writeGroups(out, orphans.groups, selectsDefaults);
+    writeGroups(out, orphans.groups, selectsDefaults, texts);
     out.end();
     out.key("leftOut");
     out.value(orphans.leftOut);

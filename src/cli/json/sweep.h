@@ -12,7 +12,8 @@ namespace tidwen::json {
 
 /// Written in parts: a sweep may find hundreds of thousands of traces. `selectsDefaults`:
 /// false while the protected applications are unknown, so that no trace is selected.
-void write(const OrphanScanResult& orphans, bool selectsDefaults, const JsonStream::Sink& sink);
+void write(const OrphanScanResult& orphans, bool selectsDefaults, const Texts& texts,
+           const JsonStream::Sink& sink);
 /// `folder`: the searched folder.
 std::string document(const InstallerScanResult& installers, const Path& folder);
 

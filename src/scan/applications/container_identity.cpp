@@ -48,6 +48,17 @@ std::optional<std::string> containerIdentity(const FileSystem& files, const Path
     return nonEmpty(*parameters, "application_bundle_id");
 }
 
+std::vector<std::string> containerGroups(const FileSystem& files, const Path& container) {
+    auto record = readPropertyList(files, container / metadataName, limits);
+    const auto* info = record ? record->find("MCMMetadataInfo") : nullptr;
+    if (!info) record = readPropertyList(files, container / olderName, limits);
+    if (!info && record) info = &*record;
+    for (const auto* key : {"SandboxProfileDataValidationInfo", "SandboxProfileDataValidationEntitlementsKey",
+                            "com.apple.security.application-groups"})
+        info = info ? info->find(key) : nullptr;
+    return info ? info->asStrings().value_or(std::vector<std::string>()) : std::vector<std::string>();
+}
+
 std::optional<std::string> containerOwner(const FileSystem& files, const Path& container) {
     if (auto identity = containerIdentity(files, container)) return identity;
     const bool isUnknown = isBudgetSpent(files) || hasRecord(files, container);

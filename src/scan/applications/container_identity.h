@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tidwen {
 
@@ -12,6 +13,9 @@ namespace tidwen {
 /// ".com.apple.containermanagerd.metadata.plist", else from the "Container.plist" of macOS 10.15 and older.
 /// nullopt when neither can be read.
 std::optional<std::string> containerIdentity(const FileSystem& files, const Path& container);
+
+/// The application groups that its owner was signed for when the container was made.
+std::vector<std::string> containerGroups(const FileSystem& files, const Path& container);
 
 /// The recorded identity, else the folder's name when there is no record. nullopt when the record is
 /// unreadable or names no owner, or the budget of the run is exhausted: the folder may have any name, so its

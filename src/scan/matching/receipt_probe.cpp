@@ -3,6 +3,7 @@
 #include "base/path.h"
 #include "base/text.h"
 #include "platform/budgeted_files.h"
+#include "platform/file_absence.h"
 #include "platform/file_system.h"
 #include "platform/read_budget.h"
 #include "scan/applications/bundle.h"
@@ -281,7 +282,9 @@ std::vector<Path> probeReceipts(const ScanContext& context, const Receipts& rece
         if (!found || found->reason.kind != MatchReason::Kind::exactBundleID) continue;
         const auto receipt = receipts.read(packageID);
         if (!receipt) continue;
-        if (receipt->unreadableList) unreadable.push_back(*receipt->unreadableList);
+        // Without its list a receipt says nothing of any file; that is no fault of reading.
+        if (const auto& list = receipt->unreadableList; list && mayBeThere(context.files, *list))
+            unreadable.push_back(*list);
         probe.judge(*receipt, found->contestedBy);
         if (probe.isFull()) {
             context.log.warning("Receipts list too much; the rest of {} is left out", packageID);

@@ -225,9 +225,9 @@ void ResidueScanner::probeOtherSources(const ScanContext& context, const Receipt
     for (auto& missed : probeReceipts(context, receipts, applications, traces))
         result.unreadableLocations.push_back(std::move(missed));
     steps.begin(TraceCategory::keychain);
-    if (!stop.stopRequested()) probeKeychain(context, ports_.keychain, ports_.texts, traces);
+    if (!stop.stopRequested()) probeKeychain(context, ports_.keychain, traces);
     steps.begin(TraceCategory::systemExtensions);
-    if (!stop.stopRequested()) probeSystemExtensions(context, ports_.systemExtensions, ports_.texts, traces);
+    if (!stop.stopRequested()) probeSystemExtensions(context, ports_.systemExtensions, traces);
     steps.begin(TraceCategory::permissions);
     if (!stop.stopRequested())
         result.permissions = PermissionAudit(ports_.files, user_, ports_.texts).audit(result.target);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "base/texts.h"
 #include "platform/keychain.h"
 #include "platform/system_extensions.h"
 #include "scan/matching/scan_context.h"
@@ -9,11 +8,10 @@
 namespace tidwen {
 
 /// Password items whose service is the target's identifier or name.
-void probeKeychain(const ScanContext& context, const Keychain& keychain, const Texts& texts,
-                   TraceCollector& traces);
+void probeKeychain(const ScanContext& context, const Keychain& keychain, TraceCollector& traces);
 
 /// The target's system extensions, which only the user can remove.
-void probeSystemExtensions(const ScanContext& context, const SystemExtensions& extensions, const Texts& texts,
+void probeSystemExtensions(const ScanContext& context, const SystemExtensions& extensions,
                            TraceCollector& traces);
 
 } // namespace tidwen

@@ -1,5 +1,6 @@
 #include "scan/matching/trace.h"
 
+#include "base/texts.h"
 #include "platform/file_system.h"
 
 namespace tidwen {
@@ -44,6 +45,15 @@ Trace makeTrace(TraceCategory category, TraceAction action, MatchReason reason, 
             .requiresRoot = requiresRoot,
             .risk = risk,
             .contestedBy = std::nullopt};
+}
+
+std::string displayName(const Trace& trace, const Texts& texts) {
+    const auto* item = std::get_if<action::DeleteKeychainItem>(&trace.action);
+    auto name = trace.displayName;
+    if (item && trace.itemCount >= 2)
+        name += " " + texts.text("keychain.itemCount %lld", {std::to_string(trace.itemCount)});
+    if (item && item->isSystemKeychain) name += " " + texts.text("keychain.systemSuffix");
+    return name;
 }
 
 void setSize(Trace& trace, const TreeSize& size) {

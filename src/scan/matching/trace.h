@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "base/path.h"
 #include "base/uuid.h"
 #include "platform/file_system.h"
@@ -15,12 +16,14 @@
 
 namespace tidwen {
 
+class Texts;
+
 /// A page of System Settings on which only the user can change something.
 enum class SettingsPane { fullDiskAccess, loginItemsAndExtensions, privacyAndSecurity };
 
 /// A step that only the user can take.
 struct GuidanceStep {
-    std::string instruction; ///< already in the user's language
+    Message instruction;
     std::optional<SettingsPane> settingsPane;
     friend bool operator==(const GuidanceStep&, const GuidanceStep&) = default;
 };
@@ -110,7 +113,7 @@ struct Trace {
     TraceAction action;
     MatchReason reason;
     Reversibility reversibility = Reversibility::reversible;
-    std::string displayName;               ///< shown to people; a path for files
+    std::string displayName;               ///< a path for files; people see it by `displayName(trace, texts)`
     std::optional<std::int64_t> sizeBytes; ///< allocated on disk; absent for anything but files
     bool requiresRoot = false;
     TraceRisk risk = TraceRisk::review; ///< set by `makeTrace`
@@ -128,9 +131,13 @@ struct Trace {
     bool isSizePartial = false; ///< there was more than is measured: `sizeBytes` is a lower bound
     /// What is to be moved; absent where it could not be told, and for anything but files.
     std::optional<FoundItem> found = {};
+    int itemCount = 1; ///< keychain: items of the service
 
     friend bool operator==(const Trace&, const Trace&) = default;
 };
+
+/// The name of the trace for people, in their language.
+std::string displayName(const Trace& trace, const Texts& texts);
 
 /// The risk tier of every trace. (Permission resets alone are always `review`.)
 TraceRisk traceRisk(TraceCategory category, MatchReason::Kind reason, bool requiresRoot);

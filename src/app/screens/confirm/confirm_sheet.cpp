@@ -95,7 +95,7 @@ QStringList stepLines(const RemovalChoice& choice, const System& system) {
     const auto layout = makeLayout(apps, system.clock.now(), system.user);
     QStringList lines;
     std::vector<RemovalOperation> administrator;
-    for (auto& step : buildRemovalPlan(targets, layout, choice.mode(), system.texts)) {
+    for (auto& step : buildRemovalPlan(targets, layout, choice.mode())) {
         const auto verb = words(system.texts, "cli.step." + std::string(kindName(step.kind)));
         auto line = QStringLiteral("%1. %2  ").arg(step.id).arg(verb) + shown(step.displayName);
         if (const auto* move = std::get_if<operation::Move>(&step.kind))

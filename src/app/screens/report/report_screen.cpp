@@ -167,9 +167,9 @@ void ReportScreen::showCard(const stage::Report& stage) {
     for (const auto& remainder : report.left)
         for (const auto& item : remainder.traces)
             if (lines++ < mostLines)
-                addLine(*card,
-                        {"warning", Role::look,
-                         text("report.stays %@", {traceTitle(item.trace).toStdString()}), whyItStays(item)});
+                addLine(*card, {"warning", Role::look,
+                                text("report.stays %@", {traceTitle(item.trace, texts_).toStdString()}),
+                                whyItStays(item)});
     if (lines > mostLines) addLine(*card, {"warning", Role::look, more(lines - mostLines), {}});
     if (card->count() == 0) return panel->deleteLater();
     cards_->addWidget(panel);
@@ -178,7 +178,7 @@ void ReportScreen::showCard(const stage::Report& stage) {
 /// What only the user can do is told as it is to be done.
 QString ReportScreen::whyItStays(const StayingTrace& item) const {
     const auto* guidance = std::get_if<action::Guidance>(&item.trace.action);
-    if (guidance) return shown(guidance->step.instruction);
+    if (guidance) return shown(texts_.text(guidance->step.instruction));
     const auto why = QString::fromStdString(texts_.text(item.describe()));
     const auto* path = movedPath(item.trace.action);
     return path ? shown(path->string()) + QStringLiteral(" · ") + why : why;

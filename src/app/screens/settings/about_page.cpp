@@ -58,10 +58,10 @@ AboutPage::AboutPage(OwnServices& own, const Texts& texts)
     licences->addWidget(parts::paragraph(QString::fromLatin1(madeWith), Type::second, Role::second));
     rows().addLayout(licences);
     follow(own_.settings().changed.connect([this] { showPresent(); }));
-    const auto tell = [this](const auto&) { showPresent(); };
-    follow(own_.updates().isChecking.observe(tell));
-    follow(own_.updates().answer.observe(tell));
-    follow(own_.updates().error.observe(tell));
+    const auto show = [this](const auto&) { showPresent(); };
+    follow(own_.updates().isChecking.observe(show));
+    follow(own_.updates().answer.observe(show));
+    follow(own_.updates().error.observe(show));
     showPresent();
 }
 

@@ -12,12 +12,12 @@ namespace tidwen {
 
 /// Runs a model's stepwise work: shows the newest step in a property and stops the work after the current
 /// step. Main thread only. A member of the model, declared after the property.
-class FollowedWork {
+class ProgressTracker {
   public:
     using Progress = Property<std::optional<StepProgress>>;
 
     /// Both must outlive this object.
-    FollowedWork(Executor& main, Progress& progress) : main_(main), progress_(progress) {}
+    ProgressTracker(Executor& main, Progress& progress) : main_(main), progress_(progress) {}
 
     /// The control for the work that begins now; earlier stops and steps do not affect it.
     StepControl begin() {
