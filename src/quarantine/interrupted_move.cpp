@@ -126,8 +126,10 @@ void settleInterruptedMoves(const std::vector<ManifestEntry>& planned, StrayWrit
     const auto canHaveLeft = [&](const ManifestEntry& entry, const Path& whole) {
         const Path from(entry.source);
         if (!cameAfterSetAside(whole, from, files)) return false;
+        // An equal item of a run that ended can be a later one, of which nothing is aside.
         if (held.mayBeAnotherHomes(from))
-            return isCopiedFromBeside(whole, from, files) && areSetAsideOf(whole, from, files);
+            return held.isUnfinished(entry.source, whole) && isCopiedFromBeside(whole, from, files)
+                   && areSetAsideOf(whole, from, files);
         return held.isUnfinished(entry.source, whole) || areSetAsideOf(whole, from, files);
     };
     const auto settleInto = [&](const ManifestEntry& entry, const Path& to) {

@@ -6,6 +6,8 @@
 #include "quarantine/manifest.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/container_identity.h"
+#include "scan/applications/launch_item.h"
+#include "sweep/orphan_candidates.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -64,8 +66,21 @@ AppTarget FormerApplications::describe(const std::string& bundleID) const {
             target.appGroups.push_back(std::move(group));
     sortUnique(target.appGroups);
     if (target.name.empty()) target.name = formerName(names_, lower);
+    if (target.name.empty()) target.name = nameFromJobs(lower);
     if (target.name.empty()) target.name = bundleID;
     return target;
+}
+
+/// Of the application whose bundle held the program of one of its jobs.
+std::string FormerApplications::nameFromJobs(const std::string& bundleID) const {
+    for (const auto& folder : {user_.libraryFolder() / "LaunchAgents", Path("/Library/LaunchAgents"),
+                               Path("/Library/LaunchDaemons")})
+        for (const auto& job : listLaunchItems(files_, folder, false)) {
+            const auto label = lowercased(job.label);
+            if (label != bundleID && !label.starts_with(bundleID + ".")) continue;
+            if (auto name = applicationInPath(job.programPath.value_or("")); !name.empty()) return name;
+        }
+    return {};
 }
 
 /// In quarantine, newest first, and where the user put them.

@@ -12,7 +12,8 @@
 namespace tidwen {
 
 /// What the disk still says of applications that are no longer installed: the records of past removals, the
-/// bundles in the Trash, and the records of sandbox containers. Reads the disk; any thread.
+/// bundles in the Trash, the records of sandbox containers, and the programs of launchd jobs. Reads the disk;
+/// any thread.
 class FormerApplications {
   public:
     FormerApplications(const FileSystem& files, UserEnvironment user, const AppTargetLoader& loader);
@@ -24,6 +25,7 @@ class FormerApplications {
 
   private:
     std::vector<Path> trashedBundles(const std::string& bundleID) const;
+    std::string nameFromJobs(const std::string& bundleID) const;
 
     const FileSystem& files_;
     UserEnvironment user_;

@@ -328,10 +328,16 @@ TEST(RemovalFlow, KnowsWhatAnApplicationThatIsGoneEmbeddedAndDeclared) {
                              {"MCMMetadataIdentifier", "com.example.gone"}, {"MCMMetadataInfo", info}}));
     for (const auto* place : {"Caches/org.sync.plugin/x", "Group Containers/TEAM.shelf/x"})
         fixture.volume.write(library + place, "x");
-    fixture.model->loadTargets({}, ProtectedTargets::refused, {{"com.example.Gone", {"absent"}}});
+    fixture.volume.write(library + "LaunchAgents/org.raft.sync.plist",
+                         writeXmlPropertyList(PropertyListDictionary{
+                             {"Label", "org.raft.sync"}, {"Program", "/Applications/Old Raft.app/sync"}}));
+    fixture.volume.write(library + "Caches/Old Raft/x", "x");
+    fixture.model->loadTargets({}, ProtectedTargets::refused,
+                               {{"com.example.Gone", {"absent"}}, {"org.raft.sync", {"absent"}}});
     fixture.settle();
     EXPECT_THAT(fixture.selected(),
-                IsSupersetOf({library + "Caches/org.sync.plugin", library + "Group Containers/TEAM.shelf"}));
+                IsSupersetOf({library + "Caches/org.sync.plugin", library + "Group Containers/TEAM.shelf",
+                              library + "Caches/Old Raft"}));
 }
 
 TEST(RemovalFlow, WorkThatComesBackLateChangesNothing) {

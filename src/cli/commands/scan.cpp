@@ -192,7 +192,8 @@ void print(const ScanResult& result, bool isKnown, bool isBySize, const CommandC
     context.console.line({{target.name, Style::strong},
                           {target.version ? " " + *target.version : ""},
                           {"  " + target.bundleID, Style::faint}});
-    context.console.line(target.bundleURL.string(), Style::faint);
+    context.console.line(isGone(target) ? context.text("cli.scan.gone") : target.bundleURL.string(),
+                         Style::faint);
     printNotices(result, isKnown, context);
     printIncomplete(result.leftOut, result.skippedNames, context);
     printTraces(result, isBySize, context);
