@@ -125,7 +125,7 @@ TEST(Selection, TellsAnItemOfTwoTargetsFromTwoItemsOfOneName) {
                                result("/B.app", {file("/L/shared"), file("/L/b/same")})};
     const auto choose = [&](const char* selector) {
         return chooseTraces(groupsOf(found), {.selectors = {selector}}, RemovalMode::uninstall,
-                            HostPaths({}));
+                            HostPaths({}), Texts());
     };
     for (const auto* selector : {"shared", "/L/shared"}) {
         const auto chosen = choose(selector);
@@ -142,7 +142,7 @@ TEST(Selection, SelectorsMayBePathsOfThisMachine) {
     volume.write("/L/with, comma", "x");
     const std::vector found = {result("/Applications/A.app", {file("/L/with, comma")})};
     const auto chosen = chooseTraces(groupsOf(found), {.selectors = {volume.host("/L/with, comma").string()}},
-                                     RemovalMode::uninstall, HostPaths(volume.hostRoot()));
+                                     RemovalMode::uninstall, HostPaths(volume.hostRoot()), Texts());
     ASSERT_TRUE(chosen) << chosen.error().key;
     EXPECT_EQ(namesOf(found, chosen->ids), Names{"/L/with, comma"});
 }

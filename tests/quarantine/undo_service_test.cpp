@@ -201,7 +201,7 @@ TEST_F(Undo, OfWhatIsBackAlreadyFailsNothing) {
     EXPECT_EQ(*again,
               (UndoReport{.failures = {}, .relaunchedJobs = 1, .alreadyBack = 2, .mayHaveLost = true}));
     EXPECT_EQ(run(false).error().key, "history.undo.nothingLeft %@");
-    for (const auto& lost : {std::vector<std::string>{}, {"resetPermissions"}}) {
+    for (const auto& lost : {std::vector<std::string>(), std::vector<std::string>{"resetPermissions"}}) {
         manifest.irreversible = lost;
         ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
         EXPECT_EQ(run(true)->mayHaveLost, !lost.empty()) << "it says so";

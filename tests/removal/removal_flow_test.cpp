@@ -1,4 +1,5 @@
 #include "base/path.h"
+#include "base/property_list.h"
 #include "base/uuid.h"
 #include "operations/removal_operation.h"
 #include "quarantine/quarantine_layout.h"
