@@ -210,7 +210,7 @@ TEST(RemovalSummary, AndItsWords) {
         SCOPED_TRACE(c.why);
         const auto words =
             confirmationTexts(summarize(eachOf(c.selection, [](const Trace& each) { return &each; })), "It",
-                              RemovalMode::reset);
+                              RemovalMode::reset, Texts());
         EXPECT_EQ(words.title, "confirm.reset.title It");
         Names lines = {words.summary};
         lines.insert(lines.end(), words.breakdown.begin(), words.breakdown.end());

@@ -49,7 +49,7 @@ tl::expected<SelectionRequest, Message> readRequest(const CommandContext& contex
 
 /// Selects in the model what the request names; returns why it is refused.
 std::optional<Message> choose(RemovalFlowModel& model, const SelectionRequest& request, Chosen chosen,
-                              RemovalMode mode, const HostPaths& hostPaths) {
+                              RemovalMode mode, const HostPaths& hostPaths, const Texts& texts) {
     model.setMode(mode);
     if (request.isEmpty()) {
         if (chosen == Chosen::byDefault) model.selectDefaults();
@@ -205,7 +205,7 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
     const auto request = readRequest(context);
     if (!request) return context.misuse(request.error());
     auto& model = session.model();
-    if (const auto refused = choose(model, *request, chosen, mode, HostPaths(mac.volume)))
+    if (const auto refused = choose(model, *request, chosen, mode, HostPaths(mac.volume), context.texts))
         return context.refuse(*refused);
     narrow(model, {.query = searchText(context.arguments)});
     const auto& choice = model.choice();
