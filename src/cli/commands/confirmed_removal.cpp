@@ -2,6 +2,7 @@
 
 #include "base/message.h"
 #include "base/path.h"
+#include "base/texts.h"
 #include "base/uuid.h"
 #include "cli/arguments.h"
 #include "cli/commands/numbered_history.h"
