@@ -66,7 +66,7 @@ int run(QApplication& application, const char* program) {
     HostLog log(LogLevel::error);
     MainLoop main;
     HostServices host({programFile(program).string()}, log);
-    WorkQueue background;
+    SeparateThreads background;
     MacOpener opener(host, texts, log, main, background);
     OwnServices own(host, log, main, {TIDWEN_VERSION, TIDWEN_FEED_KEY, TIDWEN_FEED_ADDRESS},
                     availableLanguages(resources));
@@ -86,9 +86,8 @@ int run(QApplication& application, const char* program) {
         if (state == Qt::ApplicationActive) launch.cameToFront();
     });
     const int status = QApplication::exec();
-    // What is being moved is waited for, but not what is only being read: a disk may never answer.
-    if (!window.mac() || !window.mac()->isBusy()) std::_Exit(status);
-    return status;
+    if (window.mac()) window.mac()->endWithProgram();
+    std::_Exit(status); // without waiting for what is only being read: a disk may never answer
 }
 
 /// The status to end with when the terminal's program asks about the login item, which only this one may do.

@@ -1,6 +1,7 @@
 #include "base/executor.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tidwen {
 
@@ -46,6 +47,10 @@ WorkQueue::WorkQueue(unsigned threads) {
 }
 
 WorkQueue::~WorkQueue() {
+    finish();
+}
+
+void WorkQueue::finish() {
     {
         const std::lock_guard lock(mutex_);
         ending_ = true;
@@ -53,6 +58,7 @@ WorkQueue::~WorkQueue() {
     arrived_.notify_all();
     for (auto& thread : threads_)
         thread.join();
+    threads_.clear();
 }
 
 void WorkQueue::post(std::function<void()> work) {
@@ -75,6 +81,25 @@ void WorkQueue::run() {
         }
         next();
     }
+}
+
+SeparateThreads::~SeparateThreads() {
+    for (auto& worker : workers_)
+        worker.thread.join();
+}
+
+void SeparateThreads::post(std::function<void()> work) {
+    const std::lock_guard lock(mutex_);
+    std::erase_if(workers_, [](Worker& worker) {
+        const bool isDone = worker.isDone;
+        if (isDone) worker.thread.join();
+        return isDone;
+    });
+    auto& worker = workers_.emplace_back();
+    worker.thread = std::thread([&worker, work = std::move(work)]() mutable {
+        std::exchange(work, nullptr)();
+        worker.isDone = true;
+    });
 }
 
 } // namespace tidwen

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <functional>
+#include <list>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -34,7 +36,7 @@ class MainQueue : public Executor {
 };
 
 /// A pool of threads that take work in order; with one thread, a serial queue. The destructor finishes the
-/// queued work first.
+/// queued work first, unless `finish` has.
 class WorkQueue : public Executor {
   public:
     explicit WorkQueue(unsigned threads = 1);
@@ -43,6 +45,9 @@ class WorkQueue : public Executor {
     WorkQueue& operator=(const WorkQueue&) = delete;
 
     void post(std::function<void()> work) override;
+    /// Waits for the queued work and ends the threads, so that the destructor does not wait. What is posted
+    /// later is never run. On any thread but these; once.
+    void finish();
 
   private:
     void run();
@@ -52,6 +57,27 @@ class WorkQueue : public Executor {
     std::deque<std::function<void()>> work_;
     bool ending_ = false;
     std::vector<std::thread> threads_;
+};
+
+/// Runs each work on a thread of its own, so that none waits for another that waits for a disk. The
+/// destructor waits for all.
+class SeparateThreads : public Executor {
+  public:
+    SeparateThreads() = default;
+    ~SeparateThreads() override;
+    SeparateThreads(const SeparateThreads&) = delete;
+    SeparateThreads& operator=(const SeparateThreads&) = delete;
+
+    void post(std::function<void()> work) override;
+
+  private:
+    struct Worker {
+        std::atomic<bool> isDone = false;
+        std::thread thread;
+    };
+
+    std::mutex mutex_;
+    std::list<Worker> workers_;
 };
 
 } // namespace tidwen

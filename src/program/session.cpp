@@ -36,6 +36,17 @@ bool Session::followSettings() {
     return settingsFollower_->isFollowing();
 }
 
+void Session::close() {
+    settingsFollower_.reset();
+    models_.close();
+}
+
+void Session::finishWork() {
+    models_.finishReading();
+    background_.finish();
+    treeQueue_.finish();
+}
+
 UndoService::Ports undoPorts(Mac& mac) {
     const bool isRunning = !mac.volume;
     return {mac.system.files, mac.privilegedRunner, mac.userRunner, mac.system.log, mac.system.clock,

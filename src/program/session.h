@@ -49,6 +49,11 @@ class Session {
     /// Makes preferences, tags and protected applications follow changes by other processes. False if
     /// watching is impossible: changes are then seen at the next start.
     bool followSettings();
+    /// Stops what only reads and lets no result arrive any more. The models must not be used afterwards.
+    void close();
+    /// Waits for the work that is under way, which a disk may hold up for ever: on any thread, after `close`.
+    /// The destructor does not wait then.
+    void finishWork();
     /// A single thread: tasks run in order.
     Executor& background() { return background_; }
     /// The services of a removal's model.

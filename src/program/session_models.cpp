@@ -121,6 +121,24 @@ Property<bool>& SessionModels::takesRequests() {
     return *takesRequests_;
 }
 
+void SessionModels::close() {
+    following_.clear();
+    takesRequests_.reset();
+    trashCatcher_.reset();
+    chores_.reset();
+    history_.reset();
+    permissions_.reset();
+    startupItems_.reset();
+    installers_.reset();
+    homeGrid_.reset();
+    removal_.reset();
+}
+
+void SessionModels::finishReading() {
+    if (watching_) watching_->finish();
+    if (reading_) reading_->finish();
+}
+
 TrashCatcher& SessionModels::trashCatcher() {
     if (trashCatcher_) return *trashCatcher_;
     const auto& mac = shared_.mac;

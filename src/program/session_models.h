@@ -75,6 +75,10 @@ class SessionModels {
     std::optional<Work> work();
     /// Something changes it: this Mac has to stay open until that ends.
     bool isBusy() { return work().has_value(); }
+    /// Destroys all models, which stops what they read. None may be asked for afterwards.
+    void close();
+    /// Waits for what they read, which a disk may hold up for ever: on any thread, after `close`.
+    void finishReading();
 
     // What these functions return must be destroyed before this object.
 

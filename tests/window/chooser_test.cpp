@@ -92,6 +92,19 @@ TEST_F(Chooser, LeavesWhatIsOpenWhereNothingCanBeOpenedOrSomethingIsMoved) {
     EXPECT_EQ(fixture.window.mac(), open);
 }
 
+TEST_F(Chooser, RemovesATemporarySampleWhenItIsLeftAndThoseThatACrashLeft) {
+    const auto abandoned = fs::temp_directory_path() / "tidwen-sample-abandoned";
+    fs::create_directories(abandoned / "Sample");
+    fixture.window.openSample();
+    ASSERT_TRUE(fixture.isReady());
+    EXPECT_FALSE(fs::exists(abandoned));
+    const auto folder = fixture.window.mac()->session().mac().volume.value().parent_path();
+    ASSERT_TRUE(fixture.review("Marlin Notes") && fixture.removeWhatIsChosen());
+    EXPECT_TRUE(fs::exists(folder));
+    fixture.window.open(volume);
+    EXPECT_TRUE(waitUntil([&] { return !fs::exists(folder); }));
+}
+
 TEST_F(Chooser, SaysThatTheVolumeIsGoneAndGoesOnWhenItIsBack) {
     ASSERT_TRUE(fixture.openSample() && fixture.review("Marlin Notes"));
     auto& presence = *fixture.window.mac()->presence();

@@ -107,6 +107,29 @@ TEST_F(SlowDisk, LeavesTheWindowUsableWhenItNeverAnswers) {
     EXPECT_THAT(governor->ofWindow(), IsEmpty());
 }
 
+TEST_F(SlowDisk, CanBeLeftForAnotherMacWhenItNeverAnswers) {
+    auto& window = fixture.window;
+    governor->holdCalls();
+    for (const auto place : places) {
+        window.view()->go(place);
+        window.view()->lookAgain();
+    }
+    window.view()->lookAt({Path("/Applications/Kip.app")});
+    ASSERT_TRUE(waitUntil([this] { return governor->stopped() > 0; }));
+    const auto waiting = governor->stopped();
+    window.openRunning([this](HostServices&, const Texts&, Log&) {
+        governor->pass(Path("/"));
+        return tl::unexpected(Message{"never seen"});
+    });
+    ASSERT_TRUE(waitUntil([&] { return governor->stopped() > waiting; })) << "another that does not answer";
+    const auto* left = window.mac();
+    window.open(fixture.at(""));
+    ASSERT_TRUE(waitUntil([&] { return window.mac() != left; }) && fixture.isReady());
+    governor->letCallsGo();
+    ASSERT_TRUE(fixture.review("Marlin Notes")) << "while what was left comes to its end";
+    EXPECT_FALSE(fixture.says(QStringLiteral("never seen")));
+}
+
 TEST_F(SlowDisk, IsSaidToFailInEveryScreen) {
     const std::pair<Place, const char*> said[] = {
         {Place::applications, "Some folders could not be read"},

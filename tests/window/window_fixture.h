@@ -76,7 +76,7 @@ class WindowFixture {
     StandardErrorLog log{LogLevel::error};
     MainLoop main;
     HostServices host;
-    WorkQueue background;
+    SeparateThreads background;
     MacOpener opener;
     OwnServices own;
     SpokenLanguage language;

@@ -21,6 +21,11 @@ QPixmap AppIcons::icon(const Path& bundle, int pixels) {
     return {};
 }
 
+void AppIcons::close() {
+    isEnding_ = true;
+    alive_.reset();
+}
+
 void AppIcons::read(const Path& bundle, int pixels) {
     inBackground(
         *this, alive_, queue_, main_,

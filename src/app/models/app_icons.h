@@ -18,15 +18,20 @@ namespace tidwen {
 /// asked for, and kept by size, the least used ones given up first. Main thread only.
 class AppIcons {
   public:
-    /// What is passed outlives it. Ending it waits for the icon that is being read.
+    /// What is passed outlives it. Ending it waits for the icon that is being read, unless `finishWork` has.
     AppIcons(const Workspace& workspace, Executor& main) : workspace_(workspace), main_(main) {}
-    ~AppIcons() { isEnding_ = true; }
+    ~AppIcons() { close(); }
     AppIcons(const AppIcons&) = delete;
     AppIcons& operator=(const AppIcons&) = delete;
 
     /// The icon in a square of `pixels`. Null while it is on its way, and for a bundle without one that can
     /// be read.
     QPixmap icon(const Path& bundle, int pixels);
+
+    /// None arrives any more.
+    void close();
+    /// Waits for the icon that is being read: on any thread, after `close`.
+    void finishWork() { queue_.finish(); }
 
     /// Some are still on their way.
     bool isWaiting() const { return !onTheirWay_.empty(); }

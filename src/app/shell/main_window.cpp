@@ -52,7 +52,8 @@ MainWindow::MainWindow(Services services)
           // Later: what is made anew may be the control that changed the setting.
           QMetaObject::invokeMethod(
               this, [this] { speakAnew(); }, Qt::QueuedConnection);
-      })) {
+      })),
+      left_(services.main) {
     returnKey::guard();
     setWindowTitle(text("window.title"));
     setMinimumSize(800, 560);
@@ -197,7 +198,7 @@ void MainWindow::take(MacOpener::Opened opened) {
     presence_.reset();
     standing_.reset();
     clearContent();
-    mac_.reset();
+    left_.add(std::move(mac_));
     mac_ = std::make_unique<OpenMac>(std::move(opened), services_.main);
     showView();
     view_->begin();

@@ -2,6 +2,7 @@
 
 #include "app/models/own_services.h"
 #include "app/models/spoken_language.h"
+#include "app/shell/left_macs.h"
 #include "app/shell/mac_opener.h"
 #include "app/shell/mac_view.h"
 #include "app/shell/open_mac.h"
@@ -39,7 +40,7 @@ class MainWindow final : public QMainWindow {
         MacOpener& opener;
         SpokenLanguage& language;
         Executor& main;
-        Executor& background;
+        Executor& background; ///< asks disks, so none of its work waits for another
         OwnServices& own;
         OwnBundle bundle = {}; ///< that the program runs from
     };
@@ -101,6 +102,7 @@ class MainWindow final : public QMainWindow {
     QPointer<SettingsSheet> settings_;
     QPointer<Sheet> onboarding_;
     QPointer<Sheet> gone_;
+    LeftMacs left_;
     std::unique_ptr<OpenMac> mac_;
     MacView* view_ = nullptr;                    ///< of `mac_`, and goes before it
     std::unique_ptr<StandingServices> standing_; ///< of the Mac that the program runs on

@@ -26,4 +26,25 @@ void OpenMac::arrange() {
     flow().arrange();
 }
 
+void OpenMac::close() {
+    session_.close();
+    icons_.close();
+    if (presence_) presence_->close();
+}
+
+void OpenMac::finishWork() {
+    session_.finishWork();
+    icons_.finishWork();
+    if (presence_) presence_->finishWork();
+    opened_.sample.reset();
+}
+
+void OpenMac::endWithProgram() {
+    if (isBusy()) {
+        close();
+        finishWork();
+    }
+    opened_.sample.reset();
+}
+
 } // namespace tidwen

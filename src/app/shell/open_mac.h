@@ -15,8 +15,8 @@
 
 namespace tidwen {
 
-/// One open Mac with everything a window shows of it. Belongs to the main thread; ending it waits for the
-/// step at hand of what runs.
+/// One open Mac with everything a window shows of it. Belongs to the main thread. Ending it waits for the
+/// step at hand of what runs and for what is being read; where the disk may not answer, see `LeftMacs`.
 class OpenMac {
   public:
     OpenMac(MacOpener::Opened opened, Executor& main);
@@ -36,6 +36,14 @@ class OpenMac {
     VolumePresence* presence() { return presence_ ? &*presence_ : nullptr; }
     /// A removal or an undo runs: it must end before this Mac is left.
     bool isBusy() { return session_.models().isBusy(); }
+    /// Stops what only reads; nothing of it may be shown or asked any more.
+    void close();
+    /// Waits for what is still under way, which the disk may hold up for ever, and removes the temporary
+    /// sample: on any thread, after `close`.
+    void finishWork();
+    /// Waits for the step at hand of what is moved, if anything is, and for nothing that is only read. Only
+    /// the end of the program may follow.
+    void endWithProgram();
 
   private:
     MacOpener::Opened opened_;

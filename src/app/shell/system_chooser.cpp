@@ -98,19 +98,19 @@ void SystemChooser::markMissing(const std::vector<RecentVolume>& volumes,
 void SystemChooser::openRunning(const MacOpener::OpenMac& running) {
     if (!reactions_.mayLeave()) return;
     reactions_.begins(text("window.opening"));
-    services_.opener.openRunning(running, [this](auto result) { take(std::move(result), {}); });
+    services_.opener.openRunning(running, taken());
 }
 
 void SystemChooser::open(const fs::path& folder, const std::optional<std::string>& home) {
     if (!reactions_.mayLeave()) return;
     reactions_.begins(text("window.opening"));
-    services_.opener.open(folder, home, [this, folder](auto result) { take(std::move(result), folder); });
+    services_.opener.open(folder, home, taken(folder));
 }
 
 void SystemChooser::openSample() {
     if (!reactions_.mayLeave()) return;
     reactions_.begins(text("window.sample.writing"));
-    services_.opener.openSample({}, [this](auto result) { take(std::move(result), {}); });
+    services_.opener.openSample(taken());
 }
 
 void SystemChooser::chooseVolume() {
@@ -122,7 +122,7 @@ void SystemChooser::chooseSampleFolder() {
         if (!reactions_.mayLeave()) return;
         const auto folder = fs::path(above.toStdString()) / "Tidwen Sample";
         reactions_.begins(text("window.sample.writing"));
-        services_.opener.openSample(folder, [this, folder](auto result) { take(std::move(result), folder); });
+        services_.opener.openSample(folder, taken(folder));
     });
 }
 
@@ -136,15 +136,29 @@ void SystemChooser::chooseFolder(const char* title, std::function<void(const QSt
     dialog->open();
 }
 
+MacOpener::Then SystemChooser::taken(fs::path folder) {
+    return [this, number = ++asked_, folder = std::move(folder)](MacOpener::Result result) {
+        if (number == asked_)
+            take(std::move(result), folder);
+        else
+            drop(std::move(result));
+    };
+}
+
 void SystemChooser::take(MacOpener::Result result, const fs::path& folder) {
     if (!result) {
         if (!result.error().homes.empty()) return chooseHome(folder, result.error().homes);
         return reactions_.refused(shown(services_.texts.text(result.error().why)));
     }
-    if (!reactions_.mayLeave()) return; // a removal may have begun meanwhile
+    if (!reactions_.mayLeave()) return drop(std::move(result)); // a removal may have begun meanwhile
     if (result->volume) services_.recent.remember(*result->volume);
     open_ = result->volume;
     reactions_.opened(std::move(*result));
+}
+
+/// Its sample may have to be removed from the disk.
+void SystemChooser::drop(MacOpener::Result result) {
+    services_.background.post([dropped = std::make_shared<MacOpener::Result>(std::move(result))] {});
 }
 
 /// Several people have a home on the volume.

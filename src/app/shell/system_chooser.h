@@ -57,13 +57,16 @@ class SystemChooser final : public QObject {
     void markMissing(const std::vector<RecentVolume>& volumes, const QList<QPointer<QAction>>& actions);
     void chooseFolder(const char* title, std::function<void(const QString&)> then);
     void chooseHome(const std::filesystem::path& folder, const std::vector<std::string>& homes);
+    MacOpener::Then taken(std::filesystem::path folder = {});
     void take(MacOpener::Result result, const std::filesystem::path& folder);
+    void drop(MacOpener::Result result);
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 
     QWidget* window_;
     Services services_;
     Reactions reactions_;
     std::optional<RecentVolume> open_; ///< the volume that is open, unless it is temporary
+    int asked_ = 0;                    ///< how many Macs; only the last one is opened, whichever comes first
     QMenu* menu_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };

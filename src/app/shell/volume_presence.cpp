@@ -29,6 +29,11 @@ VolumePresence::VolumePresence(const FileSystem& files, std::filesystem::path fo
     timer_.start(lookEvery);
 }
 
+void VolumePresence::close() {
+    timer_.stop();
+    alive_.reset();
+}
+
 void VolumePresence::look() {
     if (std::exchange(isLooking_, true)) return;
     inBackground(

@@ -20,6 +20,10 @@ class VolumePresence {
 
     Property<bool> isThere{true};
     void look();
+    /// Looks no more.
+    void close();
+    /// Waits for the look that is under way: on any thread, after `close`.
+    void finishWork() { queue_.finish(); }
 
   private:
     const FileSystem& files_;
