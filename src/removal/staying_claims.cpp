@@ -17,15 +17,9 @@ namespace tidwen {
 
 namespace {
 
-std::vector<std::string> helpersOf(const AppTarget& application) {
-    auto helpers = application.loginItemBundleIDs;
-    for (const auto& job : application.embeddedLaunchdItems)
-        helpers.push_back(job.label);
-    return helpers;
-}
-
 /// A matcher for an application's items as if only the other one stayed.
-ResidueMatcher judging(const AppTarget& application, const AppTarget& other) {
+ResidueMatcher judging(const ScanResult& application, const ScanResult& staying) {
+    const auto& other = staying.target;
     OwningBundle bundle{.url = other.bundleURL.standardized(),
                         .place = other.bundleURL.standardized(),
                         .bundleID = other.bundleID,
@@ -34,14 +28,14 @@ ResidueMatcher judging(const AppTarget& application, const AppTarget& other) {
                         .isApplication = true,
                         .isReadable = true};
     if (other.executableName) bundle.names.push_back(*other.executableName);
-    BundleContents contents{.embeddedIDs = other.loginItemBundleIDs,
+    BundleContents contents{.embeddedIDs = staying.helperBundleIDs,
                             .jobs = other.embeddedLaunchdItems,
                             .groups = other.appGroups,
                             .isComplete = true};
-    return {application,
-            OtherApplications({std::move(bundle)}, application.bundleID,
+    return {application.target,
+            OtherApplications({std::move(bundle)}, application.target.bundleID,
                               [contents = std::move(contents)] { return std::vector{contents}; }),
-            helpersOf(application)};
+            application.helperBundleIDs};
 }
 
 /// The name used for attribution: of a file, label or service.
@@ -69,10 +63,10 @@ bool meet(const Trace& a, const Trace& b) {
 /// Finds what a remaining application claims of another one's items.
 class Claims {
   public:
-    Claims(const ScanResult& staying, const AppTarget& leaving)
+    Claims(const ScanResult& staying, const ScanResult& leaving)
         : staying_(staying),
-          againstLeaving_(judging(leaving, staying.target)),
-          againstStaying_(judging(staying.target, leaving)) {}
+          againstLeaving_(judging(leaving, staying)),
+          againstStaying_(judging(staying, leaving)) {}
 
     bool hold(const Trace& trace) const {
         if (trace.category == TraceCategory::application) return false;
@@ -97,7 +91,7 @@ const std::vector<std::size_t>& StayingClaims::of(std::size_t application) {
     const auto& scanned = findings_->scanned();
     for (std::size_t other = 0; other < scanned.size(); ++other) {
         if (scanned[other].target.bundleURL == scanned[application].target.bundleURL) continue;
-        const Claims claims(scanned[application], scanned[other].target);
+        const Claims claims(scanned[application], scanned[other]);
         const auto& traces = scanned[other].traces;
         for (std::size_t i = 0; i < traces.size(); ++i)
             if (claims.hold(traces[i])) known->second.push_back(findings_->firstNumber(other) + i);

@@ -119,6 +119,11 @@ TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
             writeBundle(fixture.volume,
                         fixture.bundle(name).string() + "/Contents/Library/LoginItems/Sync.app",
                         "com.example.sync", "Sync");
+        // A plug-in of the one for the other.
+        writeBundle(fixture.volume, fixture.bundle("Birch").string() + "/Contents/PlugIns/Look.appex",
+                    "com.example.Alpine.look", "Look");
+        const auto look = fixture.cache("Alpine.look");
+        fixture.volume.write(look.string(), "x");
         const auto shared = fixture.cache("sync"), alpines = fixture.cache("Birch.com.example.Alpine");
         fixture.volume.write(shared.string(), "x");
         fixture.volume.write(alpines.string(), "named after both");
@@ -160,6 +165,7 @@ TEST(RemovalFlow, LeavesWhatAnApplicationThatStaysClaimsToo) {
         EXPECT_EQ(left.contains(shared.string()), out != Out::nobody);
         EXPECT_FALSE(fixture.has(fixture.cache("Alpine")));
         EXPECT_EQ(fixture.has(alpines), out != Out::nobody);
+        EXPECT_EQ(fixture.has(look), out != Out::nobody);
         EXPECT_EQ(fixture.has(fixture.bundle("Birch")), out != Out::nobody);
     }
 }

@@ -190,7 +190,8 @@ ScanResult ResidueScanner::scan(const AppTarget& target, const StopToken& stop,
     addApplication(files, user_, target, traces);
     const auto leaving =
         leavingPlaces(files, target, together, [&](const AppTarget& other) { return !whyImmovable(other); });
-    const auto helpers = helperBundleIDs(files, target, stop);
+    result.helperBundleIDs = helperBundleIDs(files, target, stop);
+    const auto& helpers = result.helperBundleIDs;
     const Path targetPlace = files.resolve(target.bundleURL).value_or(target.bundleURL.standardized());
     const ResidueMatcher matcher(
         target, stayingBundles(bundles_, target, helpers, leaving, user_, stop), helpers,

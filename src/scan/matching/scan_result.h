@@ -17,6 +17,8 @@ namespace tidwen {
 /// Everything found for one application.
 struct ScanResult {
     AppTarget target;
+    /// Identifiers of what its bundle contains: login items, nested bundles, jobs.
+    std::vector<std::string> helperBundleIDs = {};
     std::vector<Trace> traces; ///< in search order
     /// Folders that could not be listed or that are broken links, and unreadable containers, receipts and
     /// launchd jobs: the scan is incomplete.
