@@ -52,12 +52,8 @@ QVariant HistoryList::data(const QModelIndex& index, int role) const {
 }
 
 QString HistoryList::title(const RemovalHistoryEntry& entry) const {
-    std::vector<std::string> names;
-    names.reserve(entry.manifest.apps.size());
-    for (const auto& app : entry.manifest.apps)
-        names.push_back(shown(app.name).toStdString());
-    return names.empty() ? shown(entry.root.lastComponent())
-                         : QString::fromStdString(formatList(names, texts_.language()));
+    const auto& apps = entry.manifest.apps;
+    return apps.empty() ? shown(entry.root.lastComponent()) : listed(apps, &AppRecord::name, texts_);
 }
 
 QString HistoryList::secondLine(const RemovalHistoryEntry& entry) const {

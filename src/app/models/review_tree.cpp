@@ -17,7 +17,7 @@
 namespace tidwen {
 
 ReviewTree::ReviewTree(RemovalFlowModel& flow, const Texts& texts, UserEnvironment user)
-    : flow_(flow), texts_(texts), user_(std::move(user)) {}
+    : FindTree(flow, texts, std::move(user)) {}
 
 void ReviewTree::rebuild() {
     beginResetModel();
@@ -29,7 +29,7 @@ void ReviewTree::rebuild() {
         const auto tree = flow_.reviewTrees().find(group.target.bundleID);
         if (tree == flow_.reviewTrees().end()) continue;
         const int parent =
-            groups.size() < 2 ? -1 : add(-1, {.kind = Kind::application, .title = group.target.name});
+            groups.size() < 2 ? -1 : add(-1, {.kind = Kind::application, .title = shown(group.target.name)});
         addTree(parent, tree->second);
     }
     count();
@@ -58,14 +58,12 @@ void ReviewTree::addTree(int parent, const LeftoverTree& tree) {
     const auto hasShown = [&](const auto& group) { return std::ranges::any_of(group.rows, isShown); };
     for (const auto& tier : tree.tiers) {
         if (std::ranges::none_of(tier.groups, hasShown)) continue;
-        const int above =
-            add(parent, {.kind = Kind::tier,
-                         .title = texts_.text("risk." + std::string(name(tier.risk)) + ".title"),
-                         .risk = tier.risk});
+        const int above = add(parent, {.kind = Kind::tier, .title = tierTitle(tier.risk), .risk = tier.risk});
         for (const auto& group : tier.groups) {
             if (!hasShown(group)) continue;
-            const auto title = texts_.text("category." + std::string(name(group.category)));
-            const int inner = add(above, {.kind = Kind::group, .title = title, .category = group.category});
+            const int inner = add(
+                above,
+                {.kind = Kind::group, .title = categoryTitle(group.category), .category = group.category});
             for (const auto& row : group.rows) {
                 if (!isShown(row)) continue;
                 add(inner, {.trace = row.trace, .risk = tier.risk, .sizeText = std::string(row.sizeText)});
@@ -74,7 +72,7 @@ void ReviewTree::addTree(int parent, const LeftoverTree& tree) {
         }
     }
     if (tree.manual.empty() || isOnlyChosen_) return;
-    const int above = add(parent, {.kind = Kind::byHand, .title = texts_.text("review.byHand.title")});
+    const int above = add(parent, {.kind = Kind::byHand, .title = words(texts_, "review.byHand.title")});
     for (const auto* trace : tree.manual)
         add(above, {.trace = trace, .risk = trace->risk});
 }
@@ -83,19 +81,18 @@ void ReviewTree::addTree(int parent, const LeftoverTree& tree) {
 void ReviewTree::count() {
     const auto& choice = flow_.choice();
     for (auto& node : nodes_) {
-        node.selected = node.eligible = 0;
+        node.chosen = {};
         node.size = {};
     }
     for (auto node = nodes_.rbegin(); node != nodes_.rend(); ++node) {
         if (node->trace && isEligible(*node->trace, choice.mode())) {
-            node->eligible = 1;
-            node->selected = choice.isSelected(node->trace->id) ? 1 : 0;
+            node->chosen = {choice.isSelected(node->trace->id) ? 1u : 0u, 1};
             node->size.add(node->trace->sizeBytes, node->trace->isSizePartial);
         }
         if (node->parent < 0) continue;
         auto& above = nodes_[static_cast<std::size_t>(node->parent)];
-        above.selected += node->selected;
-        above.eligible += node->eligible;
+        above.chosen.count += node->chosen.count;
+        above.chosen.of += node->chosen.of;
         above.size.add(node->size);
     }
 }
@@ -116,16 +113,16 @@ const Trace* ReviewTree::trace(const QModelIndex& index) const {
 }
 
 void ReviewTree::collect(const Node& node, std::vector<Uuid>& ids) const {
-    if (node.trace && node.eligible > 0) ids.push_back(node.trace->id);
+    if (node.trace && node.chosen.of > 0) ids.push_back(node.trace->id);
     for (const int child : node.children)
         collect(nodes_[static_cast<std::size_t>(child)], ids);
 }
 
 void ReviewTree::toggle(const QModelIndex& index) {
-    if (!index.isValid() || node(index).eligible == 0) return;
+    if (!index.isValid() || node(index).chosen.of == 0) return;
     std::vector<Uuid> ids;
     collect(node(index), ids);
-    flow_.setSelected(ids, node(index).selected < node(index).eligible);
+    flow_.setSelected(ids, node(index).chosen.count < node(index).chosen.of);
 }
 
 QModelIndex ReviewTree::index(int row, int column, const QModelIndex& above) const {
@@ -164,11 +161,9 @@ QVariant ReviewTree::data(const QModelIndex& index, int role) const {
         break;
     }
     if (node.trace) return traceData(node, role);
-    if (role == Qt::DisplayRole)
-        return node.kind == Kind::application ? shown(node.title) : QString::fromStdString(node.title);
+    if (role == Qt::DisplayRole) return node.title;
     if (role == second && (node.kind == Kind::tier || node.kind == Kind::application))
-        return words(texts_, "review.tier.count %lld %lld",
-                     {std::to_string(node.selected), std::to_string(node.eligible)});
+        return chosenWords(node.chosen);
     return {};
 }
 
@@ -181,38 +176,19 @@ QVariant ReviewTree::traceData(const Node& node, int role) const {
     if (role == badge && staysInMode(trace, flow_.choice().mode()))
         return words(texts_, "review.badge.staysInReset");
     if (role == icon && isManual) return QStringLiteral("hand");
-    if (role == second) {
-        const auto place = tracePlace(trace, user_);
-        return place.isEmpty() ? traceReason(trace, texts_) : place;
-    }
+    if (role == second) return placeOrReason(trace);
     return tidwen::traceData(trace, role, largest_, texts_);
 }
 
 QVariant ReviewTree::checkState(const Node& node) const {
-    if (node.kind == Kind::group || node.eligible == 0) return {};
-    if (node.selected == 0) return Qt::Unchecked;
-    return node.selected == node.eligible ? Qt::Checked : Qt::PartiallyChecked;
-}
-
-bool ReviewTree::setData(const QModelIndex& index, const QVariant& /*value*/, int role) {
-    if (role != Qt::CheckStateRole) return false;
-    toggle(index);
-    return true;
-}
-
-Qt::ItemFlags ReviewTree::flags(const QModelIndex& index) const {
-    if (!index.isValid()) return Qt::NoItemFlags;
-    const auto& node = this->node(index);
-    if (node.kind == Kind::group) return Qt::ItemIsEnabled;
-    Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
-    if (node.eligible > 0) flags |= Qt::ItemIsUserCheckable;
-    return node.trace ? flags | Qt::ItemNeverHasChildren : flags;
+    if (node.kind == Kind::group || node.chosen.of == 0) return {};
+    return node.chosen.box();
 }
 
 QString ReviewTree::spoken(const QModelIndex& index) const {
     const auto& node = this->node(index);
     if (node.trace)
-        return spokenTrace(*node.trace, {index.data(badge).toString(), node.selected > 0}, texts_);
+        return spokenTrace(*node.trace, {index.data(badge).toString(), node.chosen.count > 0}, texts_);
     QStringList parts = {index.data().toString(), index.data(second).toString()};
     parts.removeAll(QString());
     return parts.join(QStringLiteral(", "));

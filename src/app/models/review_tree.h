@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/models/find_row.h"
+#include "app/models/find_tree.h"
 #include "base/byte_sum.h"
 #include "base/texts.h"
 #include "base/uuid.h"
@@ -10,20 +10,15 @@
 #include "scan/policy/trace_category.h"
 #include "sweep/leftover_tree.h"
 
-#include <QAbstractItemModel>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 namespace tidwen {
 
-/// What was found, to choose from: applications (when there are several), tiers, groups, rows. Boxes show
-/// what the flow has selected, and ask it for changes.
-class ReviewTree final : public QAbstractItemModel {
+/// What was found, to choose from: applications (when there are several), tiers, groups, rows.
+class ReviewTree final : public FindTree {
   public:
-    using Kind = FindRow::Kind;
-    using enum FindRow::Role;
-
     /// What is passed outlives it.
     ReviewTree(RemovalFlowModel& flow, const Texts& texts, UserEnvironment user);
 
@@ -34,19 +29,13 @@ class ReviewTree final : public QAbstractItemModel {
     /// Leaves out what is not chosen now, until it is asked for again.
     void showOnlyChosen(bool isOn);
     bool showsOnlyChosen() const { return isOnlyChosen_; }
-    /// The trace of a row; null for everything above.
-    const Trace* trace(const QModelIndex& index) const;
-    /// Chooses everything below, or nothing of it.
-    void toggle(const QModelIndex& index);
+    const Trace* trace(const QModelIndex& index) const override;
+    void toggle(const QModelIndex& index) override;
 
     QModelIndex index(int row, int column, const QModelIndex& above = {}) const override;
     QModelIndex parent(const QModelIndex& index) const override;
     int rowCount(const QModelIndex& above = {}) const override;
-    int columnCount(const QModelIndex& /*above*/ = {}) const override { return 1; }
-    bool hasChildren(const QModelIndex& above = {}) const override { return rowCount(above) > 0; }
     QVariant data(const QModelIndex& index, int role) const override;
-    bool setData(const QModelIndex& index, const QVariant& value, int role) override;
-    Qt::ItemFlags flags(const QModelIndex& index) const override;
 
   private:
     struct Node {
@@ -55,13 +44,12 @@ class ReviewTree final : public QAbstractItemModel {
         int row = 0; ///< among those of its parent
         std::vector<int> children = {};
         const Trace* trace = nullptr;
-        std::string title = {};
+        QString title = {};
         TraceRisk risk = TraceRisk::safe;
         TraceCategory category = TraceCategory::supportFiles;
         std::string sizeText = {};
-        int selected = 0; ///< of what lies below and can be chosen
-        int eligible = 0;
-        ByteSum size = {}; ///< of what can be chosen
+        Chosen chosen = {}; ///< of what lies below and can be chosen
+        ByteSum size = {};  ///< of that
     };
 
     int add(int parent, Node node);
@@ -75,9 +63,6 @@ class ReviewTree final : public QAbstractItemModel {
     QVariant checkState(const Node& node) const;
     QString spoken(const QModelIndex& index) const;
 
-    RemovalFlowModel& flow_;
-    const Texts& texts_;
-    UserEnvironment user_;
     bool isOnlyChosen_ = false;
     std::vector<Node> nodes_;
     std::vector<int> roots_;

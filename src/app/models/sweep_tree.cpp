@@ -44,9 +44,7 @@ int number(std::size_t index) {
 } // namespace
 
 SweepTree::SweepTree(RemovalFlowModel& flow, const Texts& texts, UserEnvironment user)
-    : flow_(flow),
-      texts_(texts),
-      user_(std::move(user)),
+    : FindTree(flow, texts, std::move(user)),
       willChange_(
           flow.sweep().rows.willChange.connect([this](const RowChange& change) { willChange(change); })),
       changed_(flow.sweep().rows.changed.connect([this](const RowChange& change) { changed(change); })) {
@@ -260,8 +258,7 @@ const FoundGroup* SweepTree::owner(const Trace& trace) const {
 
 /// Where it lies, and the application it came from unless its own name says that.
 QString SweepTree::secondLine(const Trace& trace) const {
-    auto line = tracePlace(trace, user_);
-    if (line.isEmpty()) line = traceReason(trace, texts_);
+    auto line = placeOrReason(trace);
     const auto* group = owner(trace);
     if (!group) return line;
     const auto title = traceTitle(trace, texts_);
@@ -330,9 +327,8 @@ QVariant SweepTree::data(const QModelIndex& index, int role) const {
     if (found.kind == Kind::tier) return tierData(tier, role);
     const auto& group = tier.groups[found.group];
     if (found.kind == Kind::group)
-        return role == Qt::DisplayRole || role == Qt::AccessibleTextRole
-                   ? words(texts_, "category." + std::string(name(group.category)))
-                   : QVariant();
+        return role == Qt::DisplayRole || role == Qt::AccessibleTextRole ? categoryTitle(group.category)
+                                                                         : QVariant();
     const auto& item = *group.items[found.item];
     const bool isSelected = flow_.choice().isSelected(item.id);
     if (role == second) return secondLine(item);
@@ -343,40 +339,24 @@ QVariant SweepTree::data(const QModelIndex& index, int role) const {
 }
 
 QVariant SweepTree::tierData(const Tier& tier, int role) const {
+    const Chosen chosen{tier.selected, tier.heading.count};
     switch (role) {
     case Qt::DisplayRole:
-        return words(texts_, "risk." + std::string(name(tier.heading.risk)) + ".title");
+        return tierTitle(tier.heading.risk);
     case second:
-        return words(texts_, "review.tier.count %lld %lld",
-                     {std::to_string(tier.selected), std::to_string(tier.heading.count)});
+        return chosenWords(chosen);
     case size:
         return tier.heading.size.isKnown ? QString::fromStdString(sizeText(tier.heading.size, texts_))
                                          : QString();
     case Qt::CheckStateRole:
-        if (tier.selected == 0) return Qt::Unchecked;
-        return tier.selected == tier.heading.count ? Qt::Checked : Qt::PartiallyChecked;
+        return chosen.box();
     case Qt::ToolTipRole:
         return words(texts_, "orphans.risk." + std::string(name(tier.heading.risk)) + ".note");
     case Qt::AccessibleTextRole:
-        return tierData(tier, Qt::DisplayRole).toString() + QStringLiteral(", ")
-               + tierData(tier, second).toString();
+        return tierTitle(tier.heading.risk) + QStringLiteral(", ") + chosenWords(chosen);
     default:
         return {};
     }
-}
-
-bool SweepTree::setData(const QModelIndex& index, const QVariant& /*value*/, int role) {
-    if (role != Qt::CheckStateRole) return false;
-    toggle(index);
-    return true;
-}
-
-Qt::ItemFlags SweepTree::flags(const QModelIndex& index) const {
-    if (!index.isValid()) return Qt::NoItemFlags;
-    const auto which = place(index).kind;
-    if (which == Kind::group) return Qt::ItemIsEnabled;
-    const Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable;
-    return which == Kind::item ? flags | Qt::ItemNeverHasChildren : flags;
 }
 
 } // namespace tidwen

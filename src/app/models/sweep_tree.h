@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/models/find_row.h"
+#include "app/models/find_tree.h"
 #include "base/list_change.h"
 #include "base/observable.h"
 #include "base/texts.h"
@@ -12,40 +12,29 @@
 #include "scan/policy/trace_category.h"
 #include "sweep/sweep_state.h"
 
-#include <QAbstractItemModel>
 #include <cstdint>
 #include <utility>
 #include <vector>
 
 namespace tidwen {
 
-/// What a sweep found, to choose from: tiers, groups, rows. Follows the rows of the sweep one by one; boxes
-/// show what the flow has selected, and ask it for changes.
-class SweepTree final : public QAbstractItemModel {
+/// What a sweep found, to choose from: tiers, groups, rows. Follows the rows of the sweep one by one.
+class SweepTree final : public FindTree {
   public:
-    using Kind = FindRow::Kind;
-    using enum FindRow::Role;
-
     /// What is passed outlives it.
     SweepTree(RemovalFlowModel& flow, const Texts& texts, UserEnvironment user);
 
     /// The selection or the findings are others.
     void refresh();
-    /// The trace of a row; null for everything above.
-    const Trace* trace(const QModelIndex& index) const;
-    /// Chooses everything below, or nothing of it.
-    void toggle(const QModelIndex& index);
+    const Trace* trace(const QModelIndex& index) const override;
+    void toggle(const QModelIndex& index) override;
     /// The shown finds of one tier.
     std::vector<Uuid> idsOf(TraceRisk wanted) const;
 
     QModelIndex index(int row, int column, const QModelIndex& above = {}) const override;
     QModelIndex parent(const QModelIndex& index) const override;
     int rowCount(const QModelIndex& above = {}) const override;
-    int columnCount(const QModelIndex& /*above*/ = {}) const override { return 1; }
-    bool hasChildren(const QModelIndex& above = {}) const override { return rowCount(above) > 0; }
     QVariant data(const QModelIndex& index, int role) const override;
-    bool setData(const QModelIndex& index, const QVariant& value, int role) override;
-    Qt::ItemFlags flags(const QModelIndex& index) const override;
 
   private:
     struct Group {
@@ -86,9 +75,6 @@ class SweepTree final : public QAbstractItemModel {
     QString secondLine(const Trace& trace) const;
     QVariant tierData(const Tier& tier, int role) const;
 
-    RemovalFlowModel& flow_;
-    const Texts& texts_;
-    UserEnvironment user_;
     std::vector<Tier> tiers_;
     std::int64_t largest_ = 1; ///< bytes of the largest item, at which bars are full
     /// The groups of the findings, by where their traces begin in memory.

@@ -5,7 +5,6 @@
 #include "app/widgets/notice.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/words.h"
-#include "base/language.h"
 
 #include <QBoxLayout>
 #include <QStringList>
@@ -87,11 +86,7 @@ QStringList RecoveryBanner::failures() const {
 }
 
 QString RecoveryBanner::names(const std::vector<AppRecord>& apps) const {
-    std::vector<std::string> all;
-    all.reserve(apps.size());
-    for (const auto& app : apps)
-        all.push_back(shown(app.name).toStdString());
-    return QString::fromStdString(formatList(all, texts_.language()));
+    return listed(apps, &AppRecord::name, texts_);
 }
 
 QString RecoveryBanner::text(const char* key, const std::vector<std::string>& arguments) const {

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "base/language.h"
 #include "base/texts.h"
 
 #include <QString>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +20,14 @@ QString shown(std::string_view text);
 /// place.
 QString breakable(QString text);
 QString words(const Texts& texts, std::string_view key, const std::vector<std::string>& arguments = {});
+/// "Kip, Pantry and Marlin Notes": the `name` of each, from a disk.
+template<class Things, class Name>
+QString listed(const Things& things, Name name, const Texts& texts) {
+    std::vector<std::string> names;
+    for (const auto& thing : things)
+        names.push_back(shown(std::invoke(name, thing)).toStdString());
+    return QString::fromStdString(formatList(names, texts.language()));
+}
 /// "2.1 MB"; empty when it is not known.
 QString sizeWords(std::optional<std::int64_t> bytes, const Texts& texts);
 

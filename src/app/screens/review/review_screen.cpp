@@ -20,11 +20,10 @@
 #include "app/widgets/text_sheet.h"
 #include "app/widgets/tile.h"
 #include "app/widgets/words.h"
-#include "base/byte_count.h"
-#include "base/language.h"
 #include "base/texts.h"
 #include "operations/removal_operation.h"
 #include "platform/user_environment.h"
+#include "removal/findings.h"
 #include "removal/removal_choice.h"
 #include "removal/removal_flow_model.h"
 #include "removal/stay_reason.h"
@@ -209,11 +208,8 @@ void ReviewScreen::showHeader() {
         header_->setLine(version + breakable(shown(first.bundleID)));
     } else {
         header_->setTitle(text("report.subject.apps %lld", {std::to_string(groups.size())}));
-        std::vector<std::string> names;
-        names.reserve(groups.size());
-        for (const auto& group : groups)
-            names.push_back(shown(group.target.name).toStdString());
-        header_->setLine(QString::fromStdString(formatList(names, texts_.language())));
+        const auto name = [](const FoundGroup& group) { return group.target.name; };
+        header_->setLine(listed(groups, name, texts_));
     }
     uninstall_->setChecked(choice.mode() == RemovalMode::uninstall);
     reset_->setChecked(choice.mode() == RemovalMode::reset);
