@@ -19,6 +19,12 @@
 
 namespace tidwen {
 
+namespace {
+
+constexpr int foldsBelow = 960; ///< of the window's width
+
+} // namespace
+
 DetailsPane::DetailsPane(const Texts& texts, UserEnvironment user, std::function<void(const Path&)> reveal,
                          std::string tierNotes)
     : Panel({.radius = 0, .edges = Qt::LeftEdge}),
@@ -36,6 +42,7 @@ DetailsPane::DetailsPane(const Texts& texts, UserEnvironment user, std::function
 void DetailsPane::show(const Trace* trace) {
     parts::clear(*content_);
     shown_ = trace;
+    if (button_) fold();
     if (!trace) {
         content_->addWidget(
             parts::paragraph(words(texts_, "review.details.none"), Type::second, Role::second));
@@ -81,9 +88,22 @@ void DetailsPane::show(const Trace* trace) {
     content_->addStretch(1);
 }
 
-void DetailsPane::openSheet(QWidget* window) const {
-    if (!shown_) return;
-    auto* sheet = new Sheet(window, words(texts_, "review.details"), 340);
+QPushButton* DetailsPane::makeButton(Stands stands) {
+    stands_ = stands;
+    button_ = parts::button(words(texts_, "review.details"), [this] { openSheet(); });
+    button_->setObjectName(QStringLiteral("details"));
+    return button_;
+}
+
+void DetailsPane::fold() {
+    const bool hasRoom = window()->width() >= scaled(foldsBelow);
+    setVisible(hasRoom && (shown_ || stands_ == Stands::always));
+    button_->setVisible(!hasRoom);
+    button_->setEnabled(shown_ != nullptr);
+}
+
+void DetailsPane::openSheet() const {
+    auto* sheet = new Sheet(window(), words(texts_, "review.details"), 340);
     const auto leave = [sheet](const auto& act) {
         return [sheet, act](const auto& argument) {
             sheet->close(); // what comes next may be another one

@@ -10,6 +10,7 @@
 #include <string>
 
 class QBoxLayout;
+class QPushButton;
 
 namespace tidwen {
 
@@ -21,14 +22,20 @@ class DetailsPane final : public Panel {
                 std::string tierNotes = "review.risk.");
 
     void show(const Trace* trace); ///< null: nothing is current
-    /// The same over a window in which the pane has no room; nothing while nothing is current.
-    void openSheet(QWidget* window) const;
+    /// When it stands beside the list: always, or only for a find.
+    enum class Stands { always, forFind };
+    /// Makes the button that opens the details over a window in which the pane has no room. From now on
+    /// `fold` shows the one or the other.
+    QPushButton* makeButton(Stands stands);
+    /// The window may have another width.
+    void fold();
     /// Shows the permissions that a find resets, one by one; may be empty.
     std::function<void(const Trace&)> onPermissions;
     /// Opens the pane of System Settings in which a step is done by hand; may be empty.
     std::function<void(SettingsPane)> onPane;
 
   private:
+    void openSheet() const;
     void addLine(const char* key, const QString& text);
     void addButtons(const Path& path);
 
@@ -38,6 +45,8 @@ class DetailsPane final : public Panel {
     std::string tierNotes_;
     const Trace* shown_ = nullptr;
     QBoxLayout* content_;
+    QPushButton* button_ = nullptr;
+    Stands stands_ = Stands::always;
 };
 
 } // namespace tidwen

@@ -85,9 +85,10 @@ class FindPainter : public RowPainter {
         const int sizeWidth = scaled(64), barWidth = scaled(56), space = scaled(10);
         int x = width() - space - sizeWidth;
         text(at(x, 0, sizeWidth, height()), Type::body, Role::second, words(FindRow::size), Qt::AlignRight);
-        x -= barWidth + space;
+        const bool hasRoom = width() > scaled(430); // for more than the words
+        if (hasRoom) x -= barWidth + space;
         const double share = index_.data(FindRow::share).toDouble();
-        if (share >= 0 && width() > scaled(430)) {
+        if (share >= 0 && hasRoom) {
             const int thick = scaled(4);
             fillRounded(painter_, at(x, (height() - thick) / 2, barWidth, thick), colors()[Role::track], 2);
             const int part = qMax(1, qRound(barWidth * qMin(1.0, share)));

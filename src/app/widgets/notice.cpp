@@ -3,6 +3,7 @@
 #include "app/style/metrics.h"
 #include "app/style/palette.h"
 #include "app/widgets/parts.h"
+#include "app/widgets/wrapping_row.h"
 
 #include <QBoxLayout>
 #include <QLabel>
@@ -18,7 +19,7 @@ namespace {
 
 struct Parts {
     QWidget* panel;
-    QBoxLayout* line; ///< the picture and the words
+    QBoxLayout* row; ///< the picture and the words, then a button
     QBoxLayout* text;
 };
 
@@ -27,28 +28,32 @@ Parts makeParts(NoticeTone tone, const NoticeWords& words) {
     const auto ground = isCaution ? Role::lookGround : Role::chosen;
     const auto color = isCaution ? Role::look : Role::accent;
     auto* panel = new Panel({.ground = ground, .line = std::nullopt, .radius = 8});
-    auto* layout = parts::row(panel, scaled(10));
-    layout->setContentsMargins(scaled(12), scaled(9), scaled(12), scaled(9));
+    auto* row = new WrappingRow(panel);
+    row->setSpacing(scaled(10));
+    row->setContentsMargins(scaled(12), scaled(9), scaled(12), scaled(9));
+    auto* line = parts::row(nullptr, scaled(10));
+    row->addLayout(line, 1);
     const auto usual = isCaution ? QStringLiteral("warning") : QStringLiteral("undo");
-    layout->addWidget(parts::picture(words.icon.isEmpty() ? usual : words.icon, color));
+    line->addWidget(parts::picture(words.icon.isEmpty() ? usual : words.icon, color));
     auto* text = parts::column(nullptr, scaled(2));
     text->addWidget(parts::paragraph(words.title, words.body.isEmpty() ? Type::body : Type::strong, color));
     if (!words.body.isEmpty()) text->addWidget(parts::paragraph(words.body, Type::second, color));
-    layout->addLayout(text, 1);
-    return {panel, layout, text};
+    line->addLayout(text, 1);
+    return {panel, row, text};
 }
 
 } // namespace
 
 QWidget* makeNotice(NoticeTone tone, const NoticeWords& words, std::function<void()> onAction) {
     const auto made = makeParts(tone, words);
-    if (onAction) made.line->addWidget(parts::button(words.action, std::move(onAction)));
+    if (onAction) made.row->addWidget(parts::button(words.action, std::move(onAction)));
     return made.panel;
 }
 
 QWidget* makeNotice(NoticeTone tone, const NoticeWords& words, std::vector<NoticeAction> actions) {
     const auto made = makeParts(tone, words);
-    auto* buttons = parts::row(nullptr, scaled(6));
+    auto* buttons = new WrappingRow;
+    buttons->setSpacing(scaled(6));
     buttons->setContentsMargins(0, scaled(6), 0, 0);
     for (auto& action : actions) {
         auto* button = parts::button(action.words, std::move(action.act));
@@ -56,7 +61,6 @@ QWidget* makeNotice(NoticeTone tone, const NoticeWords& words, std::vector<Notic
         button->setEnabled(action.isEnabled);
         buttons->addWidget(button);
     }
-    buttons->addStretch(1);
     made.text->addLayout(buttons);
     return made.panel;
 }

@@ -2,7 +2,7 @@
 
 #include "app/style/metrics.h"
 #include "app/style/style.h"
-#include "app/widgets/parts.h"
+#include "app/widgets/wrapping_row.h"
 #include "base/language.h"
 
 #include <QBoxLayout>
@@ -35,7 +35,8 @@ void Panel::paintEvent(QPaintEvent* /*event*/) {
 
 Panel* footerPanel() {
     auto* panel = new Panel({.radius = 0, .edges = Qt::TopEdge});
-    auto* layout = parts::row(panel, scaled(8));
+    auto* layout = new WrappingRow(panel);
+    layout->setSpacing(scaled(8));
     layout->setContentsMargins(scaled(24), scaled(12), scaled(24), scaled(12));
     return panel;
 }

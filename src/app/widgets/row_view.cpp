@@ -1,11 +1,18 @@
 #include "app/widgets/row_view.h"
 
+#include "app/style/metrics.h"
 #include "app/widgets/motion.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>
 
 namespace tidwen {
+
+namespace {
+
+constexpr int leastHeight = 132; ///< three rows; in less room the screen around it scrolls
+
+} // namespace
 
 RowView::RowView(RowDelegate* delegate, QWidget* parent) : QTreeView(parent), delegate_(delegate) {
     delegate->setParent(this);
@@ -22,6 +29,7 @@ RowView::RowView(RowDelegate* delegate, QWidget* parent) : QTreeView(parent), de
     setMouseTracking(true);
     setEditTriggers(NoEditTriggers);
     viewport()->setAutoFillBackground(false);
+    setMinimumHeight(scaled(leastHeight));
 }
 
 void RowView::dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) {

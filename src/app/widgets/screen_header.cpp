@@ -3,6 +3,7 @@
 #include "app/style/metrics.h"
 #include "app/style/palette.h"
 #include "app/widgets/parts.h"
+#include "app/widgets/wrapping_row.h"
 
 #include <QBoxLayout>
 #include <QLabel>
@@ -18,9 +19,10 @@ constexpr int longestWords = 200;
 ScreenHeader::ScreenHeader(const QString& title)
     : layout_(parts::row(this, scaled(8))),
       leading_(parts::row(nullptr, scaled(8))),
-      controls_(parts::row(nullptr, scaled(8))),
+      controls_(new WrappingRow),
       title_(parts::label(title, Type::title)),
       line_(parts::label({}, Type::second, Role::second)) {
+    controls_->setSpacing(scaled(8));
     layout_->setContentsMargins(scaled(24), scaled(18), scaled(24), scaled(10));
     auto* words = parts::column(nullptr);
     for (auto* label : {title_, line_}) {

@@ -6,6 +6,8 @@
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/return_key.h"
+#include "app/widgets/scrolled.h"
+#include "app/widgets/wrapping_row.h"
 
 #include <QApplication>
 #include <QBoxLayout>
@@ -30,10 +32,12 @@ Sheet::Sheet(QWidget* window, const QString& name, int width)
     panel->setFixedWidth(qMin(scaled(width), window->width() - scaled(48)));
     content_ = parts::column(panel, scaled(14));
     content_->setContentsMargins(scaled(24), scaled(24), scaled(24), scaled(24));
-    auto* outer = parts::column(this);
-    outer->addStretch(1);
-    outer->addLayout(parts::centred(panel));
-    outer->addStretch(2);
+    auto* middle = new QWidget;
+    auto* inner = parts::column(middle);
+    inner->addStretch(1);
+    inner->addLayout(parts::centred(panel));
+    inner->addStretch(2);
+    parts::column(this)->addWidget(new Scrolled(middle));
     window->installEventFilter(this);
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { keepFocus(now); });
 }
@@ -45,7 +49,8 @@ void Sheet::addWords(const QStringList& paragraphs) {
 }
 
 QBoxLayout& Sheet::addAnswers() {
-    auto* answers = parts::row(nullptr, scaled(6));
+    auto* answers = new WrappingRow;
+    answers->setSpacing(scaled(6));
     answers->addStretch(1);
     content_->addLayout(answers);
     return *answers;

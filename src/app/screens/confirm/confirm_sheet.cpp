@@ -65,9 +65,9 @@ QWidget* tierCard(const RemovalSummary& summary, const Texts& texts) {
     for (const auto& tier : summary.tiers) {
         auto* line = parts::row(nullptr, scaled(10));
         line->addWidget(dot(tier.risk));
-        line->addWidget(parts::label(words(texts, "risk." + std::string(name(tier.risk)) + ".count %lld",
-                                           {std::to_string(tier.count)})));
-        line->addStretch(1);
+        line->addWidget(parts::paragraph(words(texts, "risk." + std::string(name(tier.risk)) + ".count %lld",
+                                               {std::to_string(tier.count)})),
+                        1);
         if (const auto size = tier.sizeText(texts))
             line->addWidget(parts::label(QString::fromStdString(*size), Type::body, Role::second));
         layout->addLayout(line);
@@ -159,13 +159,12 @@ Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Syst
             names << shown(name);
         sheet->content().addWidget(readOnlyText(names, words(texts, "confirm.itemList"), 90));
     }
-    auto* buttons = parts::row(nullptr, scaled(6));
+    auto& buttons = sheet->addAnswers();
     auto* steps = parts::button(words(texts, "confirm.steps"),
                                 [window, &choice, &system] { openStepsSheet(window, choice, system); });
     steps->setObjectName(QStringLiteral("steps"));
-    buttons->addWidget(steps);
-    buttons->addStretch(1);
-    buttons->addWidget(parts::button(words(texts, "confirm.cancelButton"), [sheet] { sheet->cancel(); }));
+    buttons.insertWidget(0, steps);
+    buttons.addWidget(parts::button(words(texts, "confirm.cancelButton"), [sheet] { sheet->cancel(); }));
     const auto answer = [sheet, confirm = std::move(confirm)] {
         sheet->close();
         confirm();
@@ -175,8 +174,7 @@ Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Syst
     auto* remove = summary.permanent.empty() ? parts::primaryButton(removeWords, answer)
                                              : parts::button(removeWords, answer);
     remove->setObjectName(QStringLiteral("confirm"));
-    buttons->addWidget(remove);
-    sheet->content().addLayout(buttons);
+    buttons.addWidget(remove);
     sheet->open();
     return sheet;
 }
@@ -184,19 +182,17 @@ Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Syst
 Sheet* openStepsSheet(QWidget* window, const RemovalChoice& choice, const System& system) {
     const auto title = words(system.texts, "confirm.steps.title");
     auto* sheet = new Sheet(window, title, 640);
-    sheet->content().addWidget(parts::label(title, Type::sheet));
+    sheet->content().addWidget(parts::paragraph(title, Type::sheet));
     const auto lines = stepLines(choice, system);
     sheet->content().addWidget(readOnlyText(lines, title, 360));
-    auto* buttons = parts::row(nullptr);
+    auto& buttons = sheet->addAnswers();
     auto* copy =
         parts::button(words(system.texts, "confirm.steps.copy"),
                       [text = lines.join(QLatin1Char('\n'))] { QApplication::clipboard()->setText(text); });
     copy->setObjectName(QStringLiteral("copy steps"));
-    buttons->addWidget(copy);
-    buttons->addStretch(1);
-    buttons->addWidget(
+    buttons.insertWidget(0, copy);
+    buttons.addWidget(
         parts::primaryButton(words(system.texts, "permissions.doneButton"), [sheet] { sheet->cancel(); }));
-    sheet->content().addLayout(buttons);
     sheet->open();
     return sheet;
 }

@@ -36,15 +36,12 @@ LeftoversScreen::LeftoversScreen(RemovalFlowModel& flow, const Texts& texts, con
     selectSafe_ = addButton("leftovers.selectSafe", "select safe",
                             [this] { flow_.setSelected(tree_.idsOf(TraceRisk::safe), true); });
     details_ = new DetailsPane(texts, user, actions_.reveal, "orphans.risk.");
-    details_->hide();
+    addButton(details_->makeButton(DetailsPane::Stands::forFind));
     addBeside(details_);
     setModel(tree_);
     connect(view().selectionModel(), &QItemSelectionModel::currentChanged, this,
-            [this](const QModelIndex& current) {
-                details_->show(tree_.trace(current));
-                details_->setVisible(tree_.trace(current) != nullptr);
-            });
-    connect(&tree_, &QAbstractItemModel::modelReset, details_, &QWidget::hide);
+            [this](const QModelIndex& current) { details_->show(tree_.trace(current)); });
+    connect(&tree_, &QAbstractItemModel::modelReset, details_, [this] { details_->show(nullptr); });
     keep(flow_.sweep().changed.connect([this](SweepChange) { refresh(); }));
     refresh();
 }
@@ -91,6 +88,11 @@ void LeftoversScreen::addMenus() {
             choice(text("orphans.filter.sort.largest"), &LeftoverFilter::order, Order::largest),
             choice(text("orphans.filter.sort.name"), &LeftoverFilter::order, Order::name)};
     });
+}
+
+void LeftoversScreen::resizeEvent(QResizeEvent* event) {
+    ListScreen::resizeEvent(event);
+    details_->fold();
 }
 
 void LeftoversScreen::searchFor(const QString& query) {

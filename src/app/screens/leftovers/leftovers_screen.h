@@ -35,6 +35,7 @@ class LeftoversScreen final : public ListScreen {
 
   protected:
     void searchFor(const QString& query) override;
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     void addMenus();

@@ -49,7 +49,6 @@ namespace tidwen {
 
 namespace {
 
-constexpr int foldsDetailsBelow = 960;  ///< of the window's width
 constexpr std::size_t mostTiles = 3;    ///< of several applications
 constexpr std::size_t namedReasons = 2; ///< for which items stay
 constexpr qsizetype namedPlaces = 3;    ///< that could not be read
@@ -80,16 +79,13 @@ ReviewScreen::ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts&
     list->setContentsMargins(scaled(14), 0, scaled(8), 0);
     list->addWidget(view_);
     main->addLayout(list, 1);
-    main->addWidget(makeFooter());
     details_ = new DetailsPane(texts_, std::move(user), actions_.reveal);
+    main->addWidget(makeFooter());
     if (actions_.openPane) details_->onPane = actions_.openPane;
     details_->onPermissions = [this](const Trace& trace) { showPermissions(trace); };
     layout->addWidget(details_);
     connect(view_->selectionModel(), &QItemSelectionModel::currentChanged, this,
-            [this](const QModelIndex& current) {
-                details_->show(tree_.trace(current));
-                showDetails_->setEnabled(tree_.trace(current) != nullptr);
-            });
+            [this](const QModelIndex& current) { details_->show(tree_.trace(current)); });
 }
 
 QWidget* ReviewScreen::makeHeader() {
@@ -139,9 +135,7 @@ QWidget* ReviewScreen::makeFooter() {
         words->addWidget(label);
     auto* layout = static_cast<QBoxLayout*>(footer->layout());
     layout->addLayout(words, 1);
-    showDetails_ = parts::button(text("review.details"), [this] { details_->openSheet(window()); });
-    showDetails_->setObjectName(QStringLiteral("details"));
-    layout->addWidget(showDetails_);
+    layout->addWidget(details_->makeButton(DetailsPane::Stands::always));
     layout->addWidget(parts::button(text("confirm.cancelButton"), [this] { flow_.close(); }));
     remove_ = parts::primaryButton(text("installers.removeButton"), [this] { actions_.remove(); });
     remove_->setObjectName(QStringLiteral("remove"));
@@ -164,7 +158,6 @@ void ReviewScreen::update() {
         tree_.rebuild();
         view_->expandAll();
         details_->show(nullptr);
-        showDetails_->setEnabled(false);
         if (isOther) showNotices();
         if (isOther) view_->scrollToTop();
         if (isOther && !shown_.empty()) view_->setFocus();
@@ -348,9 +341,7 @@ void ReviewScreen::keyPressEvent(QKeyEvent* event) {
 
 void ReviewScreen::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    const bool hasRoom = window()->width() >= scaled(foldsDetailsBelow);
-    details_->setVisible(hasRoom);
-    showDetails_->setVisible(!hasRoom);
+    details_->fold();
 }
 
 QString ReviewScreen::text(const char* key, const std::vector<std::string>& arguments) const {

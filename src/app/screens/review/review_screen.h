@@ -88,7 +88,6 @@ class ReviewScreen final : public QWidget {
     SizeBar* sizes_ = nullptr;
     QBoxLayout* notices_ = nullptr;
     RowView* view_ = nullptr;
-    QPushButton* showDetails_ = nullptr; ///< while the pane has no room
     DetailsPane* details_ = nullptr;
     QLabel* going_ = nullptr;
     QLabel* staying_ = nullptr;

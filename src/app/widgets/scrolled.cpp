@@ -1,0 +1,37 @@
+#include "app/widgets/scrolled.h"
+
+#include <QEvent>
+#include <QLayout>
+
+namespace tidwen {
+
+Scrolled::Scrolled(QWidget* content) {
+    setFrameShape(QFrame::NoFrame);
+    setFocusPolicy(Qt::NoFocus);
+    setFocusProxy(content);
+    setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored); // what is around it decides
+    setWidget(content);
+    viewport()->setAutoFillBackground(false);
+    content->setAutoFillBackground(false);
+}
+
+bool Scrolled::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == widget() && event->type() == QEvent::LayoutRequest) fit();
+    return QScrollArea::eventFilter(watched, event);
+}
+
+void Scrolled::resizeEvent(QResizeEvent* event) {
+    QScrollArea::resizeEvent(event);
+    fit();
+}
+
+void Scrolled::fit() {
+    auto& layout = *widget()->layout();
+    const auto room = viewport()->size();
+    const auto least = layout.totalMinimumSize();
+    const int width = qMax(room.width(), least.width());
+    const int height = layout.hasHeightForWidth() ? layout.totalMinimumHeightForWidth(width) : least.height();
+    widget()->resize(width, qMax(room.height(), height));
+}
+
+} // namespace tidwen
