@@ -1,44 +1,27 @@
 #include "app/shell/mac_view.h"
 
-#include "app/screens/applications/applications_screen.h"
-#include "app/screens/history/history_screen.h"
-#include "app/screens/installers/installers_screen.h"
-#include "app/screens/leftovers/leftovers_screen.h"
-#include "app/screens/removing/work_screen.h"
-#include "app/screens/report/report_screen.h"
 #include "app/screens/review/review_screen.h"
-#include "app/screens/startup/startup_screen.h"
 #include "app/shell/activity_strip.h"
-#include "app/shell/dropped_items.h"
+#include "app/shell/drop_words.h"
+#include "app/shell/flow_display.h"
+#include "app/shell/mac_screens.h"
 #include "app/shell/recovery_banner.h"
+#include "app/shell/said_above.h"
+#include "app/shell/sidebar.h"
 #include "app/style/metrics.h"
-#include "app/widgets/list_screen.h"
-#include "app/widgets/motion.h"
-#include "app/widgets/notice.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/words.h"
 #include "base/background_step.h"
-#include "base/executor.h"
 #include "base/path.h"
-#include "operations/removal_operation.h"
-#include "platform/workspace.h"
 #include "program/host_paths.h"
 #include "quarantine/history.h"
 #include "quarantine/history_model.h"
 #include "removal/flow_types.h"
-#include "scan/applications/app_target.h"
-#include "scan/applications/installed_app.h"
-#include "scan/matching/trace.h"
 #include "system/permissions_model.h"
 
 #include <QBoxLayout>
-#include <QLabel>
 #include <QPointer>
-#include <QPushButton>
-#include <QStackedWidget>
 
-#include <algorithm>
-#include <string>
 #include <utility>
 #include <variant>
 
@@ -64,59 +47,62 @@ Stage homeStage(Place place) {
     return stage::Idle{};
 }
 
-SystemSettingsLauncher::Pane launcherPane(SettingsPane pane) {
-    using Pane = SystemSettingsLauncher::Pane;
-    switch (pane) {
-    case SettingsPane::fullDiskAccess:
-        return Pane::fullDiskAccess;
-    case SettingsPane::loginItemsAndExtensions:
-        return Pane::loginItemsAndExtensions;
-    case SettingsPane::privacyAndSecurity:
-        break;
-    }
-    return Pane::privacyAndSecurity;
-}
-
 } // namespace
 
 MacView::MacView(OpenMac& mac, Executor& background, const Menus& menus)
     : mac_(mac),
       background_(background),
       texts_(mac.system().texts),
-      questions_(*this, mac, [this](const QString& words) { say(words); }) {
-    auto* layout = parts::row(this);
-    sidebar_ = new Sidebar(
-        texts_,
-        {shown(mac.name()), mac.isRunningMac()
-                                ? shown(mac.userName())
-                                : text("window.system.volume %@", {shown(mac.userName()).toStdString()})},
-        menus.systems, [this](Place place) { go(place); }, menus.openSettings);
-    layout->addWidget(sidebar_);
+      questions_(*this, mac, [this](const QString& words) { say(words); }),
+      desktop_(mac, [this](const QString& words) { say(words); }) {
+    makeSidebar(menus);
+    makeScreens();
     auto* main = parts::column(nullptr);
-    layout->addLayout(main, 1);
-    errors_ = parts::column(nullptr, scaled(6));
-    notices_ = parts::column(nullptr, scaled(6));
     main->addWidget(new ActivityStrip(mac.session().models(), texts_, mac.system().user));
     main->addWidget(new RecoveryBanner(mac.chores(), texts_, mac.isRunningMac(),
-                                       [this](const Path& item) { reveal(item); }));
-    main->addLayout(errors_);
-    main->addLayout(notices_);
-    screens_ = new QStackedWidget;
-    connect(screens_, &QStackedWidget::currentChanged, this, [this] { fadeIn(*screens_); });
+                                       [this](const Path& item) { desktop_.reveal(item); }));
+    main->addWidget(said_);
     main->addWidget(screens_, 1);
-    makeScreens();
-    follow();
+    auto* layout = parts::row(this);
+    layout->addWidget(sidebar_);
+    layout->addLayout(main, 1);
+    followFlow();
+    followModels();
+    if (mac.isRunningMac()) followPermissions(); // a volume asks for none
     showCounts();
     showStage();
 }
 
+MacView::~MacView() = default;
+
+void MacView::makeSidebar(const Menus& menus) {
+    const auto user = shown(mac_.userName());
+    const auto second = mac_.isRunningMac() ? user : text("window.system.volume %@", {user.toStdString()});
+    sidebar_ = new Sidebar(
+        texts_, {shown(mac_.name()), second}, menus.systems, [this](Place place) { go(place); },
+        menus.openSettings);
+}
+
+void MacView::makeScreens() {
+    said_ = new SaidAbove(text("window.dismiss"));
+    screens_ = new MacScreens(
+        mac_, {.lookAt = [this](const auto& bundles, RemovalMode mode) { lookAt(bundles, mode); },
+               .sweep = [this] { sweep(); },
+               .rescan = [this] { rescan(); },
+               .confirm = [this] { questions_.confirm(); },
+               .confirmInstallers = [this] { questions_.confirmInstallers(); },
+               .confirmStartupItems = [this] { questions_.confirmStartupItems(); },
+               .showPermissions = [this](AppTarget app) { showPermissions(std::move(app)); },
+               .reveal = [this](const Path& item) { desktop_.reveal(item); },
+               .openPane = [this](auto pane) { openPane(pane); }});
+    flowDisplay_ = std::make_unique<FlowDisplay>(mac_, *screens_, *said_);
+}
+
 void MacView::begin() {
-    screens_->currentWidget()->setFocus();
+    screens_->takeFocus();
     mac_.session().models().homeGrid().load();
     mac_.chores().run();
 }
-
-MacView::~MacView() = default;
 
 MacView::Handover MacView::handOver() const {
     return {.place = place_, .leftovers = leftoverCount_, .questions = questions_.open()};
@@ -127,74 +113,26 @@ void MacView::takeOver(Handover handover) {
     leftoverCount_ = handover.leftovers;
     showCounts();
     showStage();
-    screens_->currentWidget()->setFocus();
+    screens_->takeFocus();
     questions_.reopen(std::move(handover.questions));
 }
 
-void MacView::makeScreens() {
-    auto& session = mac_.session();
+void MacView::followFlow() {
     auto& flow = mac_.flow();
-    const auto& system = mac_.system();
-    const auto showItem = [this](const Path& item) { reveal(item); };
-    applications_ = new ApplicationsScreen(
-        {session.models().homeGrid(), session.preferences(), session.protectedApps(), session.tags(),
-         mac_.icons(), texts_, system.clock, showItem},
-        [this](const auto& bundles, RemovalMode mode) {
-            lookAt(bundles);
-            beginsWithReset_ = mode == RemovalMode::reset;
-        },
-        [this](const InstalledApp& app) {
-            showPermissions({.bundleURL = app.url, .bundleID = app.bundleID, .name = app.name});
-        });
-    std::function<void(SettingsPane)> openPaneByHand; // a volume has none
-    if (mac_.isRunningMac()) openPaneByHand = [this](SettingsPane pane) { openPane(launcherPane(pane)); };
-    history_ =
-        new HistoryScreen(session.models().history(), texts_, system.user, mac_.isRunningMac(), showItem);
-    work_ = new WorkScreen(texts_, mac_.icons(), system.user, [this] { mac_.flow().stop(); });
-    review_ = new ReviewScreen(flow, mac_.icons(), texts_, system.user,
-                               {[this] { questions_.confirm(); }, [this] { rescan(); }, showItem,
-                                [this](const AppTarget& app) { showPermissions(app); }, openPaneByHand,
-                                [this] {
-                                    using Status = FullDiskAccessProbe::Status;
-                                    auto& permissions = mac_.session().models().permissions();
-                                    return permissions.fullDiskAccess.get() == Status::granted;
-                                },
-                                [this](const AppTarget& app) { return isRunning(app); }});
-    leftovers_ = new LeftoversScreen(flow, texts_, system.user,
-                                     {[this] { sweep(); }, [this] { questions_.confirm(); }, showItem});
-    using Pane = SystemSettingsLauncher::Pane;
-    const bool isVolume = !mac_.isRunningMac(); // which has no settings to open
-    installers_ = new InstallersScreen(
-        session.models().installers(), mac_.icons(), texts_,
-        {[this] { questions_.confirmInstallers(); }, showItem,
-         text(isVolume ? "leftovers.again" : "installers.unreadable.action"),
-         [this, isVolume] { isVolume ? load(Place::installers) : openPane(Pane::fullDiskAccess); }});
-    startup_ = new StartupScreen(session.models().startupItems(), mac_.icons(), texts_,
-                                 {[this] { questions_.confirmStartupItems(); }, showItem,
-                                  [this] { openPane(Pane::loginItemsAndExtensions); }});
-    std::function<void()> openPrivacy;
-    if (mac_.isRunningMac()) openPrivacy = [this] { openPane(Pane::privacyAndSecurity); };
-    report_ = new ReportScreen(flow, texts_, showItem, std::move(openPrivacy));
-    for (QWidget* screen : std::initializer_list<QWidget*>{applications_, leftovers_, installers_, startup_,
-                                                           history_, work_, review_, report_})
-        screens_->addWidget(screen);
+    following_.push_back(flow.changed.connect([this](FlowChange change) { follow(change); }));
+    following_.push_back(flow.progress.observe([this](const auto&) { flowDisplay_->showWork(); }));
+    following_.push_back(flow.sweep().changed.connect([this](SweepChange change) {
+        if (std::holds_alternative<stage::Scanning>(mac_.flow().stage())) return flowDisplay_->showWork();
+        if (change == SweepChange::finds) showStage();
+    }));
+    flow.onReportDismissed = [this] { leaveReport(); };
 }
 
-void MacView::follow() {
-    auto& flow = mac_.flow();
+void MacView::followModels() {
     auto& models = mac_.session().models();
-    following_.push_back(flow.changed.connect([this](FlowChange change) { follow(change); }));
-    following_.push_back(flow.progress.observe([this](const auto&) { showWork(mac_.flow().stage()); }));
     const auto count = [this](const auto&) { showCounts(); };
     following_.push_back(models.homeGrid().inventory.observe(count));
     following_.push_back(models.history().entries.observe(count));
-    if (mac_.isRunningMac()) // a volume asks for no permission
-        following_.push_back(models.permissions().fullDiskAccess.observe([this](auto status) {
-            sidebar_->warn(status == FullDiskAccessProbe::Status::denied
-                               ? text("settings.permissions.fullDisk.denied")
-                               : QString());
-            if (status == FullDiskAccessProbe::Status::granted) review_->showGrantedAccess();
-        }));
     following_.push_back(models.installers().result.observe(count));
     following_.push_back(models.startupItems().result.observe(count));
     following_.push_back(mac_.chores().changed.connect([this](ChoresChange change) {
@@ -212,22 +150,31 @@ void MacView::follow() {
             if (entry.items() == RemovalHistoryEntry::Items::putBack)
                 mac_.chores().dismissRecoveryNotice(entry.root);
     }));
-    following_.push_back(flow.sweep().changed.connect([this](SweepChange change) {
-        const bool isSearching = std::holds_alternative<stage::Scanning>(mac_.flow().stage());
-        if (isSearching) return showWork(mac_.flow().stage());
-        if (change == SweepChange::finds) showStage();
+}
+
+void MacView::followPermissions() {
+    using Status = FullDiskAccessProbe::Status;
+    auto& access = mac_.session().models().permissions().fullDiskAccess;
+    following_.push_back(access.observe([this](Status status) {
+        sidebar_->warn(status == Status::denied ? text("settings.permissions.fullDisk.denied") : QString());
+        if (status == Status::granted) screens_->review().showGrantedAccess();
     }));
-    // Later: where the report leads to may be left again at once.
-    flow.onReportDismissed = [this] {
-        applications_->startAfresh();
-        for (ListScreen* screen : std::initializer_list<ListScreen*>{leftovers_, installers_, startup_})
-            screen->forgetSearch();
-        screens_->currentWidget()->setFocus();
-        mac_.session().models().homeGrid().load();
-        mac_.session().models().history().load();
-        QMetaObject::invokeMethod(
-            this, [this] { load(place_); }, Qt::QueuedConnection);
-    };
+}
+
+void MacView::follow(FlowChange change) {
+    if (change == FlowChange::stage || change == FlowChange::listing) return showStage();
+    flowDisplay_->show(change);
+    if (change == FlowChange::prompt || change == FlowChange::undo) followWork();
+}
+
+/// Where it leads to is read later: it may be left again at once.
+void MacView::leaveReport() {
+    screens_->startAfresh();
+    screens_->takeFocus();
+    mac_.session().models().homeGrid().load();
+    mac_.session().models().history().load();
+    QMetaObject::invokeMethod(
+        this, [this] { load(place_); }, Qt::QueuedConnection);
 }
 
 void MacView::showCounts() {
@@ -237,6 +184,24 @@ void MacView::showCounts() {
     sidebar_->setCount(Place::installers, models.installers().result.get().files.size());
     sidebar_->setCount(Place::startupItems, models.startupItems().result.get().items.size());
     sidebar_->setCount(Place::history, models.history().entries.get().size());
+}
+
+void MacView::showStage() {
+    if (const auto* orphans = std::get_if<stage::Orphans>(&mac_.flow().stage())) {
+        place_ = Place::leftovers;
+        leftoverCount_ = 0;
+        for (const auto& group : orphans->result->groups)
+            leftoverCount_ += group.traces.size();
+        showCounts();
+    }
+    sidebar_->choose(place_);
+    flowDisplay_->showStage(place_);
+    followWork();
+}
+
+void MacView::followWork() {
+    sidebar_->setEnabled(!mac_.isBusy());
+    questions_.follow();
 }
 
 void MacView::go(Place place) {
@@ -306,61 +271,10 @@ void MacView::rescan() {
     lookAt(bundles);
 }
 
-void MacView::search() {
-    if (screens_->currentWidget() == applications_) applications_->search();
-    for (ListScreen* screen : std::initializer_list<ListScreen*>{leftovers_, installers_, startup_})
-        if (screens_->currentWidget() == screen) screen->search();
-    if (screens_->currentWidget() == review_) review_->search();
-}
-
-QString MacView::whyNoLook() const {
-    if (mac_.isBusy()) return text("drop.busy");
-    return std::holds_alternative<stage::Scanning>(mac_.flow().stage()) ? text("drop.scanning") : QString();
-}
-
-QString MacView::wordsForDrop(const std::vector<std::string>& hostPaths) const {
-    if (auto why = whyNoLook(); !why.isEmpty()) return why;
-    const auto bundles = std::ranges::count_if(hostPaths, looksLikeApplication);
-    if (bundles == 0) return text("drop.noApplication");
-    const auto isProtected = [&](const std::string& path) {
-        const auto& apps = mac_.session().models().homeGrid().apps();
-        return std::ranges::any_of(apps, [&](const InstalledApp& app) {
-            return app.url.lastComponent() == Path(path).lastComponent()
-                   && mac_.session().protectedApps().contains(app.bundleID);
-        });
-    };
-    const auto kept = std::ranges::count_if(hostPaths, isProtected);
-    auto words = text("drop.look %lld", {std::to_string(bundles)});
-    if (kept > 0) words += QLatin1Char('\n') + text("drop.protected %lld", {std::to_string(kept)});
-    return words;
-}
-
-bool MacView::isRunning(const AppTarget& app) const {
-    return std::ranges::any_of(mac_.session().models().homeGrid().apps(), [&](const InstalledApp& each) {
-        return each.bundleID == app.bundleID && each.usage && each.usage->isRunning;
-    });
-}
-
-/// As the grid knows them; what it does not list yet by the name of its bundle.
-std::vector<WorkScreen::Application> MacView::lookedAt() const {
-    std::vector<WorkScreen::Application> result;
-    result.reserve(lookedAt_.size());
-    const auto& apps = mac_.session().models().homeGrid().apps();
-    for (const auto& bundle : lookedAt_) {
-        const auto known = std::ranges::find(apps, bundle, &InstalledApp::url);
-        if (known != apps.end())
-            result.push_back({known->name, known->bundleID, bundle});
-        else
-            result.push_back({bundle.lastComponent(), {}, bundle});
-    }
-    return result;
-}
-
-void MacView::lookAt(const std::vector<Path>& bundles) {
-    beginsWithReset_ = false;
+void MacView::lookAt(const std::vector<Path>& bundles, RemovalMode mode) {
     auto& flow = mac_.flow();
-    if (const auto why = whyNoLook(); !why.isEmpty()) return say(why);
-    lookedAt_ = bundles;
+    if (const auto why = whyNoLook(mac_); !why.isEmpty()) return say(why);
+    flowDisplay_->expect(bundles, mode);
     const bool isOver = std::holds_alternative<stage::Report>(flow.stage())
                         || std::holds_alternative<stage::Orphans>(flow.stage());
     if (isOver) flow.close();
@@ -386,174 +300,17 @@ void MacView::takeDropped(std::vector<std::string> hostPaths) {
         });
 }
 
-/// Only what the change is about.
-void MacView::follow(FlowChange change) {
-    const auto& stage = mac_.flow().stage();
-    switch (change) {
-    case FlowChange::stage:
-    case FlowChange::listing:
-        return showStage();
-    case FlowChange::phase:
-        return showWork(stage);
-    case FlowChange::problems:
-        return showError();
-    case FlowChange::selection:
-        showError(); // that of an earlier one is over
-        if (std::holds_alternative<stage::Review>(stage)) review_->showSelection();
-        if (std::holds_alternative<stage::Orphans>(stage)) leftovers_->refresh();
-        return;
-    case FlowChange::prompt:
-        return followWork();
-    case FlowChange::undo:
-        showError();
-        report_->update();
-        return followWork();
-    }
-}
-
-void MacView::showStage() {
-    auto& flow = mac_.flow();
-    const auto& stage = flow.stage();
-    if (const auto* orphans = std::get_if<stage::Orphans>(&stage)) {
-        place_ = Place::leftovers;
-        leftoverCount_ = 0;
-        for (const auto& group : orphans->result->groups)
-            leftoverCount_ += group.traces.size();
-    }
-    sidebar_->choose(place_);
-    showError();
-    // Also when it is over: the tree would point into findings that are gone.
-    if (!std::holds_alternative<stage::Review>(stage) && flow.reviewTrees().empty()) review_->update();
-    if (std::holds_alternative<stage::Review>(stage)) {
-        review_->update();
-        if (std::exchange(beginsWithReset_, false)) flow.setMode(RemovalMode::reset);
-        show(review_);
-    } else if (std::holds_alternative<stage::Orphans>(stage)) {
-        showCounts();
-        leftovers_->refresh();
-        if (leftovers_->isReady()) showHome();
-    } else if (std::holds_alternative<stage::Report>(stage)) {
-        show(report_);
-        report_->update();
-    } else if (std::holds_alternative<stage::Scanning>(stage)
-               || std::holds_alternative<stage::Removing>(stage)) {
-        showWork(stage);
-        show(work_);
-    } else {
-        leftovers_->refresh();
-        showHome();
-    }
-    followWork();
-}
-
-void MacView::followWork() {
-    sidebar_->setEnabled(!mac_.isBusy());
-    questions_.follow();
-}
-
-/// Keys go to what is shown now.
-void MacView::show(QWidget* screen) {
-    if (screens_->currentWidget() == screen) return;
-    screens_->setCurrentWidget(screen);
-    screen->setFocus();
-}
-
-void MacView::showHome() {
-    const auto screen = [this]() -> QWidget* {
-        switch (place_) {
-        case Place::leftovers:
-            return leftovers_;
-        case Place::installers:
-            return installers_;
-        case Place::startupItems:
-            return startup_;
-        case Place::history:
-            return history_;
-        case Place::applications:
-            break;
-        }
-        return applications_;
-    };
-    show(screen());
-}
-
-void MacView::showWork(const Stage& stage) {
-    const auto& step = mac_.flow().progress.get();
-    const auto* scanning = std::get_if<stage::Scanning>(&stage);
-    const bool isSearch = scanning && !scanning->name.empty();
-    work_->showApplications(isSearch ? lookedAt() : std::vector<WorkScreen::Application>(),
-                            isSearch ? scanning->name : std::string());
-    if (scanning && scanning->name.empty()) {
-        const auto& found = mac_.flow().sweep().snapshot();
-        work_->show(
-            {text("cli.orphans.progress"), text("confirm.cancelButton"),
-             text("leftovers.found %lld %@", {std::to_string(found.totalCount), found.totalSizeText})},
-            step);
-    } else if (scanning)
-        work_->show({text("scanning.title.plain"), text("confirm.cancelButton"),
-                     text("scanning.application %@", {shown(scanning->name).toStdString()})},
-                    step);
-    else if (const auto* removing = std::get_if<stage::Removing>(&stage))
-        work_->show({text("cli.remove.progress %@", {shown(removing->subject.text(texts_)).toStdString()}),
-                     text("removing.stop"), text("removing.note")},
-                    step);
-}
-
-namespace {
-
-void addNotice(QBoxLayout& notices, const QString& words, const QString& dismiss) {
-    notices.setContentsMargins(scaled(24), scaled(12), scaled(24), 0);
-    notices.addWidget(makeNotice(NoticeTone::caution, {words, {}, dismiss}, [&notices] {
-        parts::clear(notices);
-        notices.setContentsMargins({});
-    }));
-}
-
-} // namespace
-
-/// Only what has changed: the phases of a search leave what is said as it is.
-void MacView::showError() {
-    const auto& flow = mac_.flow();
-    const auto scanning = Stage(stage::Scanning{}).index();
-    const auto before = std::exchange(shownStage_, flow.stage().index());
-    if (before != shownStage_ && before != scanning && shownStage_ != scanning) {
-        parts::clear(*notices_);
-        notices_->setContentsMargins({});
-    }
-    auto error = flow.errorMessage();
-    if (std::holds_alternative<stage::Report>(flow.stage())) error.reset(); // which says it itself
-    if (std::exchange(shownError_, error) == error) return;
-    parts::clear(*errors_);
-    errors_->setContentsMargins({});
-    if (error) addNotice(*errors_, shown(*error), text("window.dismiss"));
+void MacView::search() {
+    screens_->search();
 }
 
 void MacView::say(const QString& words) {
-    parts::clear(*notices_);
-    addNotice(*notices_, words, text("window.dismiss"));
+    said_->say(words);
 }
 
 void MacView::showPermissions(AppTarget app) {
     questions_.showPermissions(std::move(app),
                                [this] { openPane(SystemSettingsLauncher::Pane::privacyAndSecurity); });
-}
-
-void MacView::reveal(const Path& item) {
-    askDesktop([item](Workspace& workspace) { return workspace.reveal(item); });
-}
-
-void MacView::openPane(SystemSettingsLauncher::Pane pane) {
-    askDesktop([pane](Workspace& workspace) { return workspace.openSettingsPane(pane); });
-}
-
-/// The desktop may take its time, so it is not asked on the main thread.
-void MacView::askDesktop(const std::function<Workspace::Result(Workspace&)>& ask) {
-    inBackground(
-        *this, alive_, mac_.session().background(), mac_.loop(),
-        [&workspace = mac_.system().workspace, ask] { return ask(workspace); },
-        [](MacView& view, const Workspace::Result& result) {
-            if (!result) view.say(QString::fromStdString(view.texts_.text(result.error())));
-        });
 }
 
 void MacView::resizeEvent(QResizeEvent* event) {

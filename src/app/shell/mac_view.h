@@ -1,13 +1,14 @@
 #pragma once
 
-#include "app/screens/removing/work_screen.h"
+#include "app/shell/desktop_requests.h"
 #include "app/shell/mac_questions.h"
 #include "app/shell/open_mac.h"
-#include "app/shell/sidebar.h"
+#include "app/shell/place.h"
 #include "base/executor.h"
 #include "base/observable.h"
 #include "base/path.h"
 #include "base/texts.h"
+#include "operations/removal_operation.h"
 #include "platform/workspace.h"
 #include "removal/flow_types.h"
 #include "scan/applications/app_target.h"
@@ -16,26 +17,21 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
-class QBoxLayout;
 class QMenu;
-class QStackedWidget;
 
 namespace tidwen {
 
-class ApplicationsScreen;
-class HistoryScreen;
-class InstallersScreen;
-class LeftoversScreen;
-class ReportScreen;
-class ReviewScreen;
-class StartupScreen;
+class FlowDisplay;
+class MacScreens;
+class SaidAbove;
+class Sidebar;
 
-/// One open Mac: its places at the side, and the screen at which the flow of a removal stands.
+/// One open Mac: its places at the side, and the screen at which the flow of a removal stands. Goes from
+/// place to place and follows the models; what the flow shows is `FlowDisplay`, the screens are `MacScreens`,
+/// what is asked is `MacQuestions`.
 class MacView final : public QWidget {
   public:
     struct Menus {
@@ -64,12 +60,10 @@ class MacView final : public QWidget {
     void lookAgain();
     /// The window is used again: another process may have removed something, or put it back.
     void comeBack();
-    void lookAt(const std::vector<Path>& bundles);
+    void lookAt(const std::vector<Path>& bundles, RemovalMode mode = RemovalMode::uninstall);
     /// Files of this machine; those that lie on the volume are looked at.
     void takeDropped(std::vector<std::string> hostPaths);
-    /// What dropping these files would do, or why nothing. By their names alone.
-    QString wordsForDrop(const std::vector<std::string>& hostPaths) const;
-    void openPane(SystemSettingsLauncher::Pane pane);
+    void openPane(SystemSettingsLauncher::Pane pane) { desktop_.openPane(pane); }
     /// Words above the screen, until they are dismissed or another screen comes. A search does not take them
     /// away.
     void say(const QString& words);
@@ -80,51 +74,35 @@ class MacView final : public QWidget {
     void resizeEvent(QResizeEvent* event) override;
 
   private:
+    void makeSidebar(const Menus& menus);
     void makeScreens();
-    QString whyNoLook() const;
-    bool isRunning(const AppTarget& app) const;
-    std::vector<WorkScreen::Application> lookedAt() const;
-    void follow();
-    void showCounts();
+    void followFlow();
+    void followModels();
+    void followPermissions();
     void follow(FlowChange change);
+    void showCounts();
     void showStage();
-    void show(QWidget* screen);
-    void showHome();
     /// Reads what a place shows, as it was never read or may have changed.
     void load(Place place);
     void sweep();
     void rescan();
-    void showWork(const Stage& stage);
-    void showError();
+    void leaveReport();
     /// What is open or blocked while something runs.
     void followWork();
     void showPermissions(AppTarget app);
-    void reveal(const Path& item);
-    void askDesktop(const std::function<Workspace::Result(Workspace&)>& ask);
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 
     OpenMac& mac_;
     Executor& background_;
     const Texts& texts_;
     MacQuestions questions_;
+    DesktopRequests desktop_;
     Sidebar* sidebar_ = nullptr;
-    QBoxLayout* notices_ = nullptr;
-    QBoxLayout* errors_ = nullptr;
-    std::optional<std::string> shownError_;
-    std::size_t shownStage_ = std::variant_npos;
-    QStackedWidget* screens_ = nullptr;
+    SaidAbove* said_ = nullptr;
+    MacScreens* screens_ = nullptr;
+    std::unique_ptr<FlowDisplay> flowDisplay_;
     std::size_t leftoverCount_ = 0;     ///< found by the last sweep
     Place place_ = Place::applications; ///< where one is, or comes back to
-    ApplicationsScreen* applications_ = nullptr;
-    LeftoversScreen* leftovers_ = nullptr;
-    InstallersScreen* installers_ = nullptr;
-    StartupScreen* startup_ = nullptr;
-    HistoryScreen* history_ = nullptr;
-    WorkScreen* work_ = nullptr;
-    ReviewScreen* review_ = nullptr;
-    ReportScreen* report_ = nullptr;
-    std::vector<Path> lookedAt_;   ///< the bundles of the latest search
-    bool beginsWithReset_ = false; ///< the review that is being prepared
     std::vector<Subscription> following_;
     std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); ///< work that comes back late looks at it
 };

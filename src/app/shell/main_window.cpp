@@ -5,6 +5,7 @@
 #include "app/screens/welcome/gone_sheet.h"
 #include "app/screens/welcome/welcome_screen.h"
 #include "app/shell/drop_veil.h"
+#include "app/shell/drop_words.h"
 #include "app/shell/dropped_items.h"
 #include "app/shell/kept_views.h"
 #include "app/shell/open_mac.h"
@@ -326,7 +327,7 @@ void MainWindow::changeEvent(QEvent* event) {
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
     const auto paths = droppedPaths(*event->mimeData());
     if (!view_ || paths.empty()) return;
-    veil_->show(view_->wordsForDrop(paths));
+    veil_->show(wordsForDrop(*mac_, paths));
     event->acceptProposedAction();
 }
 

@@ -4,6 +4,7 @@
 #include "app/style/metrics.h"
 #include "app/style/palette.h"
 #include "app/widgets/parts.h"
+#include "app/widgets/scrolled.h"
 #include "app/widgets/words.h"
 #include "base/language.h"
 #include "program/mac.h"
@@ -31,21 +32,24 @@ Sidebar::Sidebar(const Texts& texts, const Mac& mac, QMenu* systems, std::functi
       go_(std::move(go)) {
     auto* layout = parts::column(this, scaled(2));
     layout->setContentsMargins(scaled(10), scaled(28), scaled(10), scaled(10));
+    auto* places = new QWidget;
+    places_ = parts::column(places, scaled(2));
+    layout->addWidget(new Scrolled(places), 1);
     const auto section = [&](const char* key) {
         auto* label = parts::label(words(texts_, key), Type::section, Role::second);
         label->setContentsMargins(scaled(10), 0, 0, scaled(4));
-        layout->addWidget(label);
+        places_->addWidget(label);
         wideOnly_.push_back(label);
     };
     section("window.section.clean");
     addPlace(Place::applications, "applications", "window.applications");
     addPlace(Place::leftovers, "leaf", "window.leftovers");
     addPlace(Place::installers, "installers", "installers.title");
-    layout->addSpacing(scaled(14));
+    places_->addSpacing(scaled(14));
     section("window.section.manage");
     addPlace(Place::startupItems, "power", "startup.title");
     addPlace(Place::history, "history", "window.history");
-    layout->addStretch(1);
+    places_->addStretch(1);
     layout->addWidget(makeSystemTile(mac, systems));
     layout->addSpacing(scaled(6));
     settings_ = new SidebarItem(QStringLiteral("gear"), words(texts_, "settings.title"));
@@ -60,7 +64,7 @@ void Sidebar::addPlace(Place place, const char* icon, const char* key) {
     item->setCheckable(true);
     connect(item, &QAbstractButton::clicked, this, [this, place] { go_(place); });
     items_[place] = item;
-    layout()->addWidget(item);
+    places_->addWidget(item);
 }
 
 QWidget* Sidebar::makeSystemTile(const Mac& mac, QMenu* systems) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/shell/place.h"
 #include "app/widgets/panel.h"
 #include "base/texts.h"
 
@@ -8,14 +9,12 @@
 #include <vector>
 
 class QAbstractButton;
+class QBoxLayout;
 class QMenu;
 
 namespace tidwen {
 
 class SidebarItem;
-
-/// The screens to go to.
-enum class Place { applications, leftovers, installers, startupItems, history };
 
 /// The places of one Mac, and which Mac it is.
 class Sidebar final : public Panel {
@@ -40,6 +39,7 @@ class Sidebar final : public Panel {
 
     const Texts& texts_;
     std::function<void(Place)> go_;
+    QBoxLayout* places_ = nullptr;
     std::map<Place, SidebarItem*> items_;
     std::vector<QWidget*> wideOnly_;
     SidebarItem* system_ = nullptr;
