@@ -24,9 +24,17 @@ using test::WindowFixture;
 
 class Drawing {
   public:
-    Drawing(QString folder, QString look, std::string language)
-        : folder_(std::move(folder)), look_(std::move(look)), language_(std::move(language)) {
+    Drawing(QString folder, QString look, std::string language, QSize window)
+        : folder_(std::move(folder)),
+          look_(std::move(look)),
+          language_(std::move(language)),
+          window_(window) {
         test::addMirroredWords(resources_.path());
+    }
+
+    void begin(WindowFixture& fixture) const {
+        if (window_.isValid()) fixture.window.resize(window_);
+        fixture.speak(language_);
     }
 
     bool save(QWidget& window, const char* name) const {
@@ -37,13 +45,13 @@ class Drawing {
     }
 
     const std::filesystem::path& resources() const { return resources_.path(); }
-    const std::string& language() const { return language_; }
     bool isDark() const { return look_ == QStringLiteral("dark"); }
 
   private:
     QString folder_;
     QString look_;
     std::string language_;
+    QSize window_; ///< none: as it opens
     test::TemporaryFolder resources_;
 };
 
@@ -97,7 +105,7 @@ bool drawSheets(WindowFixture& fixture, const Drawing& drawing) {
 /// One walk from the first start to the report, its undo and the history.
 bool draw(const Drawing& drawing) {
     WindowFixture fixture(drawing.resources());
-    fixture.speak(drawing.language());
+    drawing.begin(fixture);
     auto& window = fixture.window;
     fixture.own.settings().set("appearance", drawing.isDark() ? "dark" : "light");
     bool isDrawn = drawing.save(window, "first-start") && fixture.openSample();
@@ -136,7 +144,7 @@ QAbstractItemView* current(WindowFixture& fixture, const char* list, const char*
 /// What was left behind, in each of its states.
 bool drawLeftovers(const Drawing& drawing) {
     WindowFixture fixture(drawing.resources());
-    fixture.speak(drawing.language());
+    drawing.begin(fixture);
     auto& window = fixture.window;
     if (!fixture.openSample()) return false;
     window.view()->go(Place::leftovers);
@@ -160,7 +168,7 @@ bool drawLeftovers(const Drawing& drawing) {
 /// Installers, chosen and not, and a folder that cannot be read.
 bool drawInstallers(const Drawing& drawing) {
     WindowFixture fixture(drawing.resources());
-    fixture.speak(drawing.language());
+    drawing.begin(fixture);
     auto& window = fixture.window;
     if (!fixture.openSample()) return false;
     auto& model = window.mac()->session().models().installers();
@@ -182,7 +190,7 @@ bool drawInstallers(const Drawing& drawing) {
 /// What starts by itself, and the permissions of an application over the review.
 bool drawStartupItems(const Drawing& drawing) {
     WindowFixture fixture(drawing.resources());
-    fixture.speak(drawing.language());
+    drawing.begin(fixture);
     auto& window = fixture.window;
     if (!fixture.openSample()) return false;
     auto& models = window.mac()->session().models();
@@ -225,14 +233,16 @@ int main(int count, char** words) {
         Appearance appearance;
         double scale;
         std::string language;
+        QSize window = {};
     } const looks[] = {{"light", Appearance::light, 1, "en"},
                        {"dark", Appearance::dark, 1, "en"},
                        {"200", Appearance::light, 2, "en"},
                        {"german", Appearance::light, 1, "de"},
-                       {"mirrored", Appearance::light, 1, std::string(test::mirrored)}};
+                       {"mirrored", Appearance::light, 1, std::string(test::mirrored)},
+                       {"small", Appearance::light, 2, "pt-BR", QSize(800, 560)}};
     for (const auto& look : looks) {
         dress(look.appearance, look.scale);
-        const Drawing drawing(out, QString::fromLatin1(look.name), look.language);
+        const Drawing drawing(out, QString::fromLatin1(look.name), look.language, look.window);
         if (!draw(drawing) || !drawLeftovers(drawing) || !drawInstallers(drawing)
             || !drawStartupItems(drawing)) {
             std::fprintf(stderr, "screenshots: the walk in %s ended early\n", look.name);
