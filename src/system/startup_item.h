@@ -41,9 +41,10 @@ struct StartupItem {
                      ///< location
         };
         Kind kind = Kind::unknown;
-        std::string name;     ///< for `installed` and `related`: the application's name
-        std::string bundleID; ///< for `installed` and `registered`
-        std::string path;     ///< for `program`
+        std::string name;                ///< for `installed` and `related`: the application's name
+        std::string bundleID;            ///< for `installed` and `registered`
+        std::string path;                ///< for `program`
+        std::optional<Path> bundle = {}; ///< for `installed` and `related`: where the application is
         friend bool operator==(const Owner&, const Owner&) = default;
     };
 

@@ -104,7 +104,8 @@ class StartupItemScanner::Owners {
         const auto* found = first([&](const Each& owner) {
             return sharesVendor(label, owner.parts) || sharesToken(label, owner.lowerID);
         });
-        return found ? std::optional(Owner{Owner::Kind::related, found->name, {}, {}}) : std::nullopt;
+        return found ? std::optional(Owner{Owner::Kind::related, found->name, {}, {}, found->url})
+                     : std::nullopt;
     }
 
     /// `bundleIDs` in lower case.
@@ -132,7 +133,7 @@ class StartupItemScanner::Owners {
     std::optional<Owner> installedWhere(const Fits& fits) const {
         const auto* found = first(fits);
         if (!found) return std::nullopt;
-        return Owner{Owner::Kind::installed, found->name, found->bundleID, {}};
+        return Owner{Owner::Kind::installed, found->name, found->bundleID, {}, found->url};
     }
 
     static bool sharesVendor(const std::vector<std::string>& label, const std::vector<std::string>& other) {
@@ -269,8 +270,9 @@ class StartupItemScanner::Run {
         for (const auto& [folder, isSystemDomain] :
              {std::pair("LaunchAgents", false), std::pair("LaunchDaemons", true)})
             for (const auto& job : listLaunchItems(files_, library / folder, isSystemDomain))
-                result_.items.push_back(makeItem(job, StartupItem::Embedded{app.url, app.name},
-                                                 {Owner::Kind::installed, app.name, app.bundleID, {}}));
+                result_.items.push_back(
+                    makeItem(job, StartupItem::Embedded{app.url, app.name},
+                             {Owner::Kind::installed, app.name, app.bundleID, {}, app.url}));
     }
 
     Owner attribute(const LaunchItem& job) {

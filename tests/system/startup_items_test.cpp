@@ -109,6 +109,7 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
                             : owner.kind == OwnerKind::registered ? owner.bundleID
                                                                   : owner.path;
         EXPECT_EQ(detail, c.detail);
+        EXPECT_EQ(owner.bundle.has_value(), !owner.name.empty());
         const StartupItem item = {c.label, StartupItem::Plist{}, false, program, owner};
         EXPECT_EQ(hasLostProgram(item), owner.kind == OwnerKind::missing && !program.value_or("").empty());
     }

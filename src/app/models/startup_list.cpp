@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <string>
-#include <variant>
 
 namespace tidwen {
 
@@ -78,10 +77,8 @@ QVariant StartupList::rowData(const StartupItemRow& row, int role) const {
         return hasApplication(item) ? shown(item.owner.name) : QString();
     case CardRow::bundleID:
         return QString::fromStdString(item.owner.bundleID.empty() ? item.owner.name : item.owner.bundleID);
-    case CardRow::bundle: {
-        const auto* embedded = std::get_if<StartupItem::Embedded>(&item.source);
-        return embedded ? QByteArray::fromStdString(embedded->bundle.string()) : QByteArray();
-    }
+    case CardRow::bundle:
+        return item.owner.bundle ? QByteArray::fromStdString(item.owner.bundle->string()) : QByteArray();
     case CardRow::control:
         return static_cast<int>(controlOf(row.switchState));
     case CardRow::controlWords:

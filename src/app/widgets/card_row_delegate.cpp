@@ -136,7 +136,7 @@ class CardPainter : public RowPainter {
             end -= wide + scaled(12);
         }
         for (const auto& word : index_.data(CardRow::badges).toStringList())
-            end = badge(end, width() / 4, word, Role::second, Role::hover) - scaled(6);
+            end = badge(end, width() / 3, word, Role::second, Role::hover) - scaled(6);
         return end;
     }
 
