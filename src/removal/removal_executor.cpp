@@ -195,6 +195,18 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
     return report;
 }
 
+RemovalPhases RemovalExecutor::phases(const std::vector<RemovalOperation>& plan) const {
+    const auto permitted = judged(plan).first;
+    std::vector<std::string> kinds;
+    kinds.reserve(permitted.size());
+    for (const bool requiresRoot : {false, true}) {
+        const bool isBatch = (requiresRoot ? ports_.privilegedRunner : ports_.userRunner).asksPerRun();
+        for (const auto& each : operationsOfLevel(permitted, requiresRoot))
+            kinds.emplace_back(isBatch ? administratorStep : kindName(each.kind));
+    }
+    return RemovalPhases(std::move(kinds));
+}
+
 /// Why the run's journal stays instead of a manifest; recovery examines it again.
 std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal,
                                                  const std::set<Path>& earlierRests,

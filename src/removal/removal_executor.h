@@ -11,6 +11,7 @@
 #include "platform/file_system.h"
 #include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
+#include "removal/removal_phases.h"
 #include "removal/removal_report.h"
 
 #include <optional>
@@ -44,6 +45,9 @@ class RemovalExecutor {
                                       const QuarantineLayout& layout, const std::vector<AppRecord>& apps,
                                       RemovalMode mode, Timestamp date, const StepControl& control = {},
                                       const std::set<Uuid>& emptyResets = {});
+
+    /// What `execute` will report of the plan.
+    RemovalPhases phases(const std::vector<RemovalOperation>& plan) const;
 
   private:
     std::optional<Message> conclude(const RemovalJournal& journal, const std::set<Path>& earlierRests,

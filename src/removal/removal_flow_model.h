@@ -21,6 +21,7 @@
 #include "removal/flow_types.h"
 #include "removal/removal_choice.h"
 #include "removal/removal_executor.h"
+#include "removal/removal_phases.h"
 #include "removal/removal_refusal.h"
 #include "removal/removal_subject.h"
 #include "removal/renewed_check.h"
@@ -126,6 +127,8 @@ class RemovalFlowModel {
     /// The current step of the running scan, sweep, removal or undo; nothing before the first one, or when
     /// none is running. Not announced by `changed`.
     Property<std::optional<StepProgress>> progress;
+    /// What the running removal consists of; empty until that is planned.
+    Property<RemovalPhases> phases;
 
     const Stage& stage() const { return stage_; }
     /// Why the last request was not done, or only in part.

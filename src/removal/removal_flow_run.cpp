@@ -11,6 +11,7 @@
 #include "removal/flow_types.h"
 #include "removal/removal_choice.h"
 #include "removal/removal_flow_model.h"
+#include "removal/removal_phases.h"
 #include "removal/removal_plan.h"
 #include "removal/removal_refusal.h"
 #include "removal/removal_report.h"
@@ -90,6 +91,7 @@ RemovalFlowModel::Answer RemovalFlowModel::confirm() {
     run->findInUse = findInUse_;
     run->control = work_.begin();
     run_ = run;
+    phases.set({});
     enter(stage::Removing{choice_.subject()});
     beginUnlessRefused(run);
     return {};
@@ -199,7 +201,12 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
     if (run->choice.going().empty()) return goBack(*run, std::nullopt); // every application was left out
     run->settle();
     enter(stage::Removing{run->choice.subject()});
-    auto work = [services = services_, user = user_, run] {
+    auto onPlanned = [this, weak = std::weak_ptr(alive_), &main = services_.main](RemovalPhases planned) {
+        main.post([this, weak, planned = std::move(planned)]() mutable {
+            if (!weak.expired()) phases.set(std::move(planned));
+        });
+    };
+    auto work = [services = services_, user = user_, run, onPlanned = std::move(onPlanned)] {
         // Together with those that were left out, as in the review: what these claim is settled there.
         const auto scanAgain = [&, scanner = std::shared_ptr<ResidueScanner>(),
                                 together = targetsOf(run->choice.findings())](const auto& target) mutable {
@@ -210,7 +217,7 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
                           {services.files, user, services.rights, services.readProtection(), services.loader,
                            services.findReclaimed, scanAgain, run->findInUse});
         RemovalRun removal({services.files, services.executor, services.audit, services.clock}, user);
-        auto report = removal.carryOut(run->choice, run->targets, run->control);
+        auto report = removal.carryOut(run->choice, run->targets, run->control, onPlanned);
         run->lock.reset(); // before the report is shown, so that it can be undone at once
         return report;
     };

@@ -9,6 +9,7 @@
 #include "quarantine/quarantine_layout.h"
 #include "removal/chosen_items.h"
 #include "removal/removal_aftermath.h"
+#include "removal/removal_phases.h"
 #include "removal/removal_plan.h"
 #include "removal/removal_report.h"
 #include "removal/removal_verification.h"
@@ -18,6 +19,7 @@
 #include "scan/matching/scan_result.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <set>
 #include <tl/expected.hpp>
@@ -49,7 +51,8 @@ std::set<Uuid> emptyResets(const RemovalChoice& choice) {
 
 FileResult<RemovalReport> RemovalRun::carryOut(const RemovalChoice& choice,
                                                const std::vector<RemovalTarget>& targets,
-                                               const StepControl& control) {
+                                               const StepControl& control,
+                                               const std::function<void(RemovalPhases)>& onPlanned) {
     const auto date = ports_.clock.now();
     const auto taken = thoseToTake(targets);
     std::vector<AppRecord> apps;
@@ -59,6 +62,7 @@ FileResult<RemovalReport> RemovalRun::carryOut(const RemovalChoice& choice,
     const auto layout = createQuarantineFolder(apps, date, user_, ports_.files);
     if (!layout) return tl::unexpected(layout.error());
     const auto plan = buildRemovalPlan(targets, *layout, choice.mode());
+    if (onPlanned) onPlanned(ports_.executor.phases(plan));
     auto links = linksToApplications(targets, ports_.files, user_);
     auto report =
         ports_.executor.execute(plan, *layout, apps, choice.mode(), date, control, emptyResets(choice));

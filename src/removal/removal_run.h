@@ -7,10 +7,12 @@
 #include "removal/chosen_items.h"
 #include "removal/removal_choice.h"
 #include "removal/removal_executor.h"
+#include "removal/removal_phases.h"
 #include "removal/removal_plan.h"
 #include "removal/removal_report.h"
 #include "scan/permissions/permission_audit.h"
 
+#include <functional>
 #include <vector>
 
 namespace tidwen {
@@ -29,9 +31,10 @@ class RemovalRun {
     RemovalRun(Ports ports, UserEnvironment user) : ports_(ports), user_(std::move(user)) {}
 
     /// `targets`: those of the choice. When stopped before the first step, it leaves no folder behind
-    /// (`RemovalReport::isUntouched`).
+    /// (`RemovalReport::isUntouched`). `onPlanned` is told what will be done before the first step.
     FileResult<RemovalReport> carryOut(const RemovalChoice& choice, const std::vector<RemovalTarget>& targets,
-                                       const StepControl& control = {});
+                                       const StepControl& control = {},
+                                       const std::function<void(RemovalPhases)>& onPlanned = {});
 
   private:
     void dropRecord(RemovalReport& report) const;

@@ -138,6 +138,24 @@ TEST_F(Executor, EndsAfterTheStepAtHandWhenItIsToldTo) {
     }
 }
 
+TEST_F(Executor, KnowsItsPhasesBeforeTheFirstStep) {
+    auto refused = move(4, "d", false);
+    refused.refusal = Message{"failure.changed"};
+    const auto phases = RemovalExecutor({volume.files(), user, administrator, log})
+                            .phases({move(1, "a", true), move(2, "b", false), move(3, "c", false), refused});
+    const auto at = [&](const std::optional<StepProgress>& step) {
+        std::string line;
+        for (const auto& phase : phases.at(step))
+            line += phase.kind + " " + std::to_string(phase.done) + "/" + std::to_string(phase.total)
+                    + " .>+"[static_cast<std::size_t>(phase.state) + 1] + " ";
+        return line;
+    };
+    EXPECT_EQ(at(std::nullopt), "move 0/2. administrator 0/1. finish 0/0. ");
+    EXPECT_EQ(at(StepProgress{2, 3, "move"}), "move 1/2> administrator 0/1. finish 0/0. ");
+    EXPECT_EQ(at(StepProgress{3, 3, "administrator"}), "move 2/2+ administrator 0/1> finish 0/0. ");
+    EXPECT_EQ(at(StepProgress{3, 3, "finish"}), "move 2/2+ administrator 1/1+ finish 0/0> ");
+}
+
 TEST_F(Executor, TouchesNothingWithoutAJournal) {
     volume.makeFolder((root / journalFileName / "in the way").string());
     EXPECT_FALSE(execute({move(1, "a", false)}));

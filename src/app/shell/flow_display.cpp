@@ -4,6 +4,7 @@
 #include "app/screens/report/report_screen.h"
 #include "app/screens/review/review_screen.h"
 #include "app/widgets/words.h"
+#include "removal/removal_phases.h"
 #include "scan/applications/installed_app.h"
 
 #include <algorithm>
@@ -72,6 +73,8 @@ void FlowDisplay::showWork() {
     const auto& step = flow.progress.get();
     auto& screen = screens_.work();
     const auto* scanning = std::get_if<stage::Scanning>(&flow.stage());
+    screen.showPhases(std::holds_alternative<stage::Removing>(flow.stage()) ? flow.phases.get().at(step)
+                                                                            : std::vector<RemovalPhase>());
     const bool isSearch = scanning && !scanning->name.empty();
     screen.showApplications(isSearch ? lookedAt() : std::vector<WorkScreen::Application>(),
                             isSearch ? scanning->name : std::string());

@@ -121,6 +121,7 @@ void MacView::followFlow() {
     auto& flow = mac_.flow();
     following_.push_back(flow.changed.connect([this](FlowChange change) { follow(change); }));
     following_.push_back(flow.progress.observe([this](const auto&) { flowDisplay_->showWork(); }));
+    following_.push_back(flow.phases.observe([this](const auto&) { flowDisplay_->showWork(); }));
     following_.push_back(flow.sweep().changed.connect([this](SweepChange change) {
         if (std::holds_alternative<stage::Scanning>(mac_.flow().stage())) return flowDisplay_->showWork();
         if (change == SweepChange::finds) showStage();

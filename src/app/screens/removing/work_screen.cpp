@@ -1,6 +1,7 @@
 #include "app/screens/removing/work_screen.h"
 
 #include "app/models/trace_words.h"
+#include "app/screens/removing/phase_list.h"
 #include "app/style/metrics.h"
 #include "app/style/palette.h"
 #include "app/widgets/parts.h"
@@ -8,11 +9,13 @@
 #include "app/widgets/tile.h"
 #include "app/widgets/words.h"
 #include "base/path.h"
+#include "operations/stepwise_run.h"
 
 #include <QBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 
 #include <cstddef>
 #include <cstdint>
@@ -23,6 +26,7 @@ namespace tidwen {
 namespace {
 
 constexpr std::size_t mostTiles = 6; ///< of many applications, as many as fit into the least window
+constexpr int phasesWidth = 460;
 
 } // namespace
 
@@ -33,11 +37,13 @@ WorkScreen::WorkScreen(const Texts& texts, AppIcons& icons, UserEnvironment user
       ring_(new ProgressRing),
       title_(parts::label({}, Type::title)),
       step_(parts::paragraph({}, Type::second, Role::second)),
+      phases_(new PhaseList(texts)),
       note_(parts::paragraph({}, Type::second, Role::second)),
       stop_(parts::button({}, std::move(stop))) {
     stop_->setObjectName(QStringLiteral("stop"));
-    auto* layout = parts::column(this, scaled(10));
-    layout->setContentsMargins(scaled(24), 0, scaled(24), 0);
+    auto* body = new QWidget;
+    auto* layout = parts::column(body, scaled(10));
+    layout->setContentsMargins(scaled(24), scaled(12), scaled(24), scaled(12));
     layout->addStretch(2);
     auto* applications = parts::row(nullptr, scaled(10));
     applications->addStretch(1);
@@ -50,18 +56,29 @@ WorkScreen::WorkScreen(const Texts& texts, AppIcons& icons, UserEnvironment user
     layout->addLayout(applications);
     showApplications({}, {});
     layout->addWidget(ring_, 0, Qt::AlignHCenter);
-    for (auto* label : {title_, step_, note_}) {
+    for (auto* label : {title_, step_, note_})
         label->setAlignment(Qt::AlignCenter);
-        layout->addWidget(label);
-    }
+    layout->addWidget(title_);
+    layout->addWidget(step_);
+    phases_->setMaximumWidth(scaled(phasesWidth));
+    layout->addLayout(parts::centred(phases_));
+    layout->addWidget(note_);
     step_->setMinimumHeight(2 * QFontMetrics(textFont(Type::second)).height());
     layout->addWidget(stop_, 0, Qt::AlignHCenter);
     layout->addStretch(3);
+    // In a low window large text goes beyond the lower edge.
+    auto* scroll = new QScrollArea;
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setWidget(body);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    parts::column(this)->addWidget(scroll);
 }
 
 void WorkScreen::show(const Words& words, const std::optional<StepProgress>& step) {
     title_->setText(words.title);
-    note_->setText(words.note);
+    const bool asksForPassword = step && step->kind == administratorStep;
+    note_->setText(asksForPassword ? tidwen::words(texts_, "removing.password") : words.note);
     stop_->setText(words.stop);
     stop_->setEnabled(true);
     step_->setText(step ? stepWords(*step, texts_, user_) : QString());
@@ -69,6 +86,10 @@ void WorkScreen::show(const Words& words, const std::optional<StepProgress>& ste
         step && step->total > 0 ? static_cast<double>(step->step) / static_cast<double>(step->total) : 0;
     ring_->show(done);
     ring_->setAccessibleName(step_->text().isEmpty() ? words.title : step_->text());
+}
+
+void WorkScreen::showPhases(const std::vector<RemovalPhase>& phases) {
+    phases_->show(phases);
 }
 
 void WorkScreen::showApplications(const std::vector<Application>& applications, const std::string& atWork) {

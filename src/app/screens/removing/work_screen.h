@@ -4,6 +4,7 @@
 #include "base/step_progress.h"
 #include "base/texts.h"
 #include "platform/user_environment.h"
+#include "removal/removal_phases.h"
 
 #include <QWidget>
 #include <functional>
@@ -17,6 +18,7 @@ class QPushButton;
 namespace tidwen {
 
 class AppIcons;
+class PhaseList;
 class ProgressRing;
 class Tile;
 
@@ -37,6 +39,8 @@ class WorkScreen final : public QWidget {
         std::string bundleID;
         Path bundle;
     };
+    /// Of a removal; hidden while there are none.
+    void showPhases(const std::vector<RemovalPhase>& phases);
     /// What it works on, as a row of icons; those at which it is not at work now are faint.
     void showApplications(const std::vector<Application>& applications, const std::string& atWork);
 
@@ -51,6 +55,7 @@ class WorkScreen final : public QWidget {
     ProgressRing* ring_;
     QLabel* title_;
     QLabel* step_;
+    PhaseList* phases_;
     QLabel* note_;
     QPushButton* stop_;
 };
