@@ -1,9 +1,11 @@
 #include "removal/removal_texts.h"
 
 #include "base/byte_sum.h"
+#include "base/message.h"
 #include "base/path.h"
 #include "operations/removal_operation.h"
 #include "operations/stepwise_run.h"
+#include "removal/failure_help.h"
 #include "scan/permissions/permission_audit.h"
 
 #include <algorithm>
@@ -37,6 +39,11 @@ std::string subjectOf(const RemovalOperation& step, const Texts& texts) {
     return std::holds_alternative<operation::ResetPermissions>(step.kind)
                ? texts.text("report.failures.permissions %@", {step.displayName})
                : displayName(step, texts);
+}
+
+std::string reasonWithHelp(const Message& reason, const Texts& texts) {
+    const auto help = helpFor(reason);
+    return help ? texts.text(reason) + " " + texts.text(*help) : texts.text(reason);
 }
 
 std::vector<std::string> remarksOf(const RemovalReport& report, const Texts& texts) {
@@ -97,9 +104,10 @@ ReportTexts reportTexts(const RemovalReport& report, const std::string& subject,
         if (failure.reason.key == stoppedKey)
             ++notBegun;
         else
-            words.failures.push_back(subjectOf(failure.operation, texts) + ": " + texts.text(failure.reason));
+            words.failures.push_back(
+                {subjectOf(failure.operation, texts), reasonWithHelp(failure.reason, texts)});
     for (const auto& item : report.unsettled)
-        words.unsettled.push_back(item + ": " + texts.text("failure.moveUnfinished"));
+        words.unsettled.push_back({item, texts.text("failure.moveUnfinished")});
     words.remarks = remarksOf(report, texts);
     if (notBegun > 0) words.stopped = texts.text("report.stopped %lld", {number(notBegun)});
     if (!report.verification) return words;

@@ -27,14 +27,18 @@ ConfirmationTexts confirmationTexts(const RemovalSummary& summary, const std::st
                                     RemovalMode mode, const Texts& texts);
 
 struct ReportTexts {
+    struct Failure {
+        std::string subject;
+        std::string reason; ///< with what helps, where something is known to
+    };
     std::string summary;                   ///< "Marlin Notes removed"
     bool isWhole = false;                  ///< every item to be moved was moved
     std::string counts;                    ///< "9 of 10 removed": items moved, and all
     std::optional<std::string> reclaimed;  ///< absent if the size is unknown
     std::optional<std::string> stopped;    ///< number of steps not begun when it was stopped
-    std::vector<std::string> failures;     ///< "name: reason", for steps that were begun
+    std::vector<Failure> failures;         ///< of steps that were begun
     std::vector<std::string> verification; ///< empty when nothing was checked
-    std::vector<std::string> unsettled;    ///< "item: reason", for items not completely in quarantine
+    std::vector<Failure> unsettled;        ///< of items not completely in quarantine
     std::vector<std::string> remarks;      ///< folders emptied, links that lead nowhere now, names left out
     bool isClean = true;                   ///< no permission remains, as far as the databases were readable
 };

@@ -198,7 +198,7 @@ void printReport(const RemovalReport& report, const ReportTexts& words, const Co
 
     if (!words.failures.empty()) console.line(context.text("report.failures.title"), Style::danger);
     for (const auto& failure : words.failures)
-        console.line("  " + failure);
+        console.line("  " + failure.subject + ": " + failure.reason);
 
     if (words.stopped) console.line(*words.stopped, Style::caution);
     if (didNothing(report, context)) {
@@ -216,7 +216,7 @@ void printReport(const RemovalReport& report, const ReportTexts& words, const Co
         console.line(context.text("cli.report.noManifest %@", {context.texts.text(*report.manifestFailure)}),
                      Style::danger);
     for (const auto& item : words.unsettled)
-        console.line("  " + item, Style::danger);
+        console.line("  " + item.subject + ": " + item.reason, Style::danger);
     for (const auto& line : words.verification)
         console.line(line, words.isClean ? Style::plain : Style::caution);
     printSurvivors(report, context);

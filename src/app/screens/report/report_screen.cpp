@@ -137,7 +137,7 @@ void ReportScreen::showCard(const stage::Report& stage) {
     auto* panel = new Panel({});
     auto* card = parts::column(panel, scaled(14));
     card->setContentsMargins(scaled(16), scaled(14), scaled(16), scaled(14));
-    addLines(*card, {"warning", Role::sensitive, text("report.failures.title"), {}}, said.failures);
+    addFailures(*card, stage.report, said);
     if (!report.quarantineRoot.isRoot())
         addLine(*card,
                 {"folder", Role::second, text("report.quarantine.title"),
@@ -145,12 +145,6 @@ void ReportScreen::showCard(const stage::Report& stage) {
                      + text("report.quarantine.note")},
                 parts::button(text("history.revealButton"),
                               [this, folder = report.quarantineRoot] { reveal_(folder); }));
-    if (report.manifestFailure)
-        addLine(
-            *card,
-            {"warning", Role::sensitive, text("report.failures.title"),
-             shown(texts_.text(Message{"report.noManifest %@", {texts_.text(*report.manifestFailure)}}))});
-    addLines(*card, {"warning", Role::sensitive, text("report.failures.title"), {}}, said.unsettled);
     addLines(*card, {"warning", Role::look, text("report.remarks"), {}}, said.remarks);
     for (const auto& line : said.verification)
         addLine(*card,
@@ -173,6 +167,24 @@ void ReportScreen::showCard(const stage::Report& stage) {
     if (lines > mostLines) addLine(*card, {"warning", Role::look, more(lines - mostLines), {}});
     if (card->count() == 0) return panel->deleteLater();
     cards_->addWidget(panel);
+}
+
+/// Under one heading, for they come first.
+void ReportScreen::addFailures(QBoxLayout& card, const RemovalReport& report, const ReportTexts& said) {
+    if (said.failures.empty() && said.unsettled.empty() && !report.manifestFailure) return;
+    card.addWidget(parts::paragraph(text("report.failures.title"), Type::strong));
+    if (report.manifestFailure)
+        addLine(
+            card,
+            {"warning", Role::sensitive, shown(report.quarantineRoot.lastComponent()),
+             shown(texts_.text(Message{"report.noManifest %@", {texts_.text(*report.manifestFailure)}}))});
+    std::size_t lines = 0;
+    for (const auto* failures : {&said.unsettled, &said.failures})
+        for (const auto& failure : *failures)
+            if (lines++ < mostLines)
+                addLine(card, {"warning", Role::sensitive, breakable(shown(failure.subject)),
+                               shown(failure.reason)});
+    if (lines > mostLines) addLine(card, {"warning", Role::sensitive, more(lines - mostLines), {}});
 }
 
 /// What only the user can do is told as it is to be done.

@@ -5,6 +5,8 @@
 #include "base/texts.h"
 #include "quarantine/undo_service.h"
 #include "removal/removal_flow_model.h"
+#include "removal/removal_report.h"
+#include "removal/removal_texts.h"
 #include "removal/stay_reason.h"
 
 #include <QWidget>
@@ -43,6 +45,7 @@ class ReportScreen final : public QWidget {
     void showMark(const char* icon, Role color, Role ground);
     void addLine(QBoxLayout& card, const Line& line, QPushButton* button = nullptr);
     void addLines(QBoxLayout& card, Line line, const std::vector<std::string>& bodies);
+    void addFailures(QBoxLayout& card, const RemovalReport& report, const ReportTexts& said);
     void showReport(const stage::Report& report);
     void showCard(const stage::Report& report);
     void showUndo(const UndoReport& undo);
