@@ -84,15 +84,55 @@ std::string formatNumber(std::int64_t number, const std::string& language) {
     return U_FAILURE(status) ? std::to_string(number) : utf8(text);
 }
 
-std::string formatDate(Timestamp moment, const std::string& language) {
-    const auto* format = madeFor<icu::DateFormat>(language, [](const icu::Locale& locale) {
-        return std::unique_ptr<icu::DateFormat>(icu::DateFormat::createDateTimeInstance(
-            icu::DateFormat::kMedium, icu::DateFormat::kShort, locale));
+namespace {
+
+enum class DateForm { dateAndTime, day, month, time };
+
+/// A type of its own for each form, because what was made is known by its type.
+template<DateForm form>
+struct MadeDateFormat {
+    std::unique_ptr<icu::DateFormat> format;
+};
+
+template<DateForm form, class Make>
+std::string formatted(Timestamp moment, const std::string& language, const Make& make) {
+    using Made = MadeDateFormat<form>;
+    const auto* made = madeFor<Made>(language, [&](const icu::Locale& locale) {
+        return std::make_unique<Made>(Made{std::unique_ptr<icu::DateFormat>(make(locale))});
     });
-    if (!format) return displayDate(moment);
+    if (!made->format) return displayDate(moment);
     constexpr double milliseconds = 1000;
     icu::UnicodeString text;
-    return utf8(format->format(static_cast<double>(moment.time_since_epoch().count()) * milliseconds, text));
+    return utf8(
+        made->format->format(static_cast<double>(moment.time_since_epoch().count()) * milliseconds, text));
+}
+
+} // namespace
+
+std::string formatDate(Timestamp moment, const std::string& language) {
+    return formatted<DateForm::dateAndTime>(moment, language, [](const icu::Locale& locale) {
+        return icu::DateFormat::createDateTimeInstance(icu::DateFormat::kMedium, icu::DateFormat::kShort,
+                                                       locale);
+    });
+}
+
+std::string formatDay(Timestamp moment, const std::string& language) {
+    return formatted<DateForm::day>(moment, language, [](const icu::Locale& locale) {
+        return icu::DateFormat::createDateInstance(icu::DateFormat::kMedium, locale);
+    });
+}
+
+std::string formatMonth(Timestamp moment, const std::string& language) {
+    return formatted<DateForm::month>(moment, language, [](const icu::Locale& locale) {
+        UErrorCode status = U_ZERO_ERROR;
+        return icu::DateFormat::createInstanceForSkeleton(icu::UnicodeString("yMMMM"), locale, status);
+    });
+}
+
+std::string formatTime(Timestamp moment, const std::string& language) {
+    return formatted<DateForm::time>(moment, language, [](const icu::Locale& locale) {
+        return icu::DateFormat::createTimeInstance(icu::DateFormat::kShort, locale);
+    });
 }
 
 std::string formatList(const std::vector<std::string>& items, const std::string& language) {

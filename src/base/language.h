@@ -28,6 +28,15 @@ std::string formatNumber(std::int64_t number, const std::string& language);
 /// "14.11.2026, 17:26" in the local time zone.
 std::string formatDate(Timestamp moment, const std::string& language);
 
+/// "14.11.2026", "Nov 14, 2026".
+std::string formatDay(Timestamp moment, const std::string& language);
+
+/// "November 2026", "2026年11月".
+std::string formatMonth(Timestamp moment, const std::string& language);
+
+/// "17:26", "5:26 PM".
+std::string formatTime(Timestamp moment, const std::string& language);
+
 /// "Kip, Lumen and Pantry", "Kip、Lumen、Pantry".
 std::string formatList(const std::vector<std::string>& items, const std::string& language);
 

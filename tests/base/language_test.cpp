@@ -14,19 +14,24 @@ namespace {
 TEST(Language, WritesAsItsReadersDo) {
     setenv("TZ", "UTC", 1); // NOLINT(concurrency-mt-unsafe)
     struct {
-        const char *tag, *title, *number, *date, *list, *two;
+        const char *tag, *title, *number, *date, *month, *list, *two;
     } const cases[] = {
-        {"de", "Deutsch", "12.345", "14.11.2026, 17:26", "A, B und C", "other"},
-        {"fr", "Français", "12\u202F345", "14 nov. 2026, 17:26", "A, B et C", "other"},
-        {"pt-BR", "Português (Brasil)", "12.345", "14 de nov. de 2026, 17:26", "A, B e C", "other"},
-        {"ja", "日本語", "12,345", "2026/11/14 17:26", "A、B、C", "other"},
-        {"zh-Hans", "简体中文", "12,345", "2026年11月14日 17:26", "A、B和C", "other"},
-        {"pl", "polski", "12\u00A0345", "14 lis 2026, 17:26", "A, B i C", "few"},
+        {"de", "Deutsch", "12.345", "14.11.2026, 17:26", "November 2026", "A, B und C", "other"},
+        {"fr", "Français", "12\u202F345", "14 nov. 2026, 17:26", "novembre 2026", "A, B et C", "other"},
+        {"pt-BR", "Português (Brasil)", "12.345", "14 de nov. de 2026, 17:26", "novembro de 2026", "A, B e C",
+         "other"},
+        {"ja", "日本語", "12,345", "2026/11/14 17:26", "2026年11月", "A、B、C", "other"},
+        {"zh-Hans", "简体中文", "12,345", "2026年11月14日 17:26", "2026年11月", "A、B和C", "other"},
+        {"pl", "polski", "12\u00A0345", "14 lis 2026, 17:26", "listopad 2026", "A, B i C", "few"},
     };
-    for (const auto& [tag, title, number, date, list, two] : cases) {
+    for (const auto& [tag, title, number, date, month, list, two] : cases) {
         EXPECT_EQ(languageTitle(tag), title);
         EXPECT_EQ(formatNumber(12'345, tag), number);
-        EXPECT_EQ(formatDate(*parseIso8601("2026-11-14T17:26:00Z"), tag), date);
+        const auto moment = *parseIso8601("2026-11-14T17:26:00Z");
+        EXPECT_EQ(formatDate(moment, tag), date);
+        EXPECT_TRUE(std::string(date).starts_with(formatDay(moment, tag)));
+        EXPECT_TRUE(std::string(date).ends_with(formatTime(moment, tag)));
+        EXPECT_EQ(formatMonth(moment, tag), month);
         EXPECT_EQ(formatList({"A", "B", "C"}, tag), list);
         EXPECT_EQ(pluralCategory(2, tag), two);
         EXPECT_FALSE(isRightToLeft(tag));

@@ -3,9 +3,9 @@
 #include "app/models/card_row.h"
 #include "app/widgets/words.h"
 #include "base/byte_sum.h"
+#include "base/language.h"
 #include "base/path.h"
 #include "base/texts.h"
-#include "base/timestamp.h"
 #include "sweep/installer_scanner.h"
 
 #include <QStringList>
@@ -67,7 +67,8 @@ QString InstallerList::secondLine(const InstallerFile& file) const {
     auto line = file.installedApp ? words(texts_, "installers.row.installed %@",
                                           {shown(file.installedApp->name).toStdString()})
                                   : words(texts_, "installers.row.unmatched");
-    if (file.addedAt) line += QStringLiteral(" · ") + QString::fromStdString(displayDate(*file.addedAt));
+    if (file.addedAt)
+        line += QStringLiteral(" · ") + QString::fromStdString(formatDay(*file.addedAt, texts_.language()));
     return line;
 }
 
