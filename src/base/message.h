@@ -12,23 +12,19 @@ struct Message;
 /// A value of a placeholder: inserted as it is, or a text that is translated together with the message
 /// around it.
 class MessageArgument {
-public:
+  public:
     MessageArgument(std::string text) : text_(std::move(text)) {} // NOLINT(google-explicit-constructor)
     MessageArgument(const char* text) : text_(text) {}            // NOLINT(google-explicit-constructor)
     MessageArgument(Message message);                             // NOLINT(google-explicit-constructor)
 
     /// The text to translate, or null when the value is inserted as it is. Owned by this.
-    const Message* message() const {
-        return message_.get();
-    }
+    const Message* message() const { return message_.get(); }
     /// The value that is inserted as it is; empty when it is a message.
-    const std::string& text() const {
-        return text_;
-    }
+    const std::string& text() const { return text_; }
 
     friend bool operator==(const MessageArgument& a, const MessageArgument& b);
 
-private:
+  private:
     std::string text_;
     std::shared_ptr<const Message> message_; ///< shared by copies: it is never changed
 };

@@ -124,8 +124,8 @@ TEST(Selection, TellsAnItemOfTwoTargetsFromTwoItemsOfOneName) {
     const std::vector found = {result("/A.app", {file("/L/shared"), file("/L/a/same")}),
                                result("/B.app", {file("/L/shared"), file("/L/b/same")})};
     const auto choose = [&](const char* selector) {
-        return chooseTraces(groupsOf(found), {.selectors = {selector}}, RemovalMode::uninstall,
-                            HostPaths({}), Texts());
+        return chooseTraces(groupsOf(found), {.selectors = {selector}}, RemovalMode::uninstall, HostPaths({}),
+                            Texts());
     };
     for (const auto* selector : {"shared", "/L/shared"}) {
         const auto chosen = choose(selector);

@@ -1,6 +1,9 @@
+#include "base/path.h"
+#include "base/timestamp.h"
 #include "operations/recording_runner.h"
 #include "quarantine/entries.h"
 #include "quarantine/history.h"
+#include "quarantine/history_grouping.h"
 #include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/recovery_fixture.h"
@@ -16,6 +19,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <fmt/core.h>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -89,6 +93,19 @@ TEST_F(Recovery, HistoryCountsWhatIsLeft) {
     for (const auto* name : {"a", "b", "d"})
         volume.write(std::string("/Library/Caches/") + name, "");
     EXPECT_EQ(items(), Items::putBack);
+}
+
+TEST(HistoryGroup, IsByTheDaysOfTheCalendar) {
+    const auto at = [](const char* moment) { return *parseIso8601(std::string("2026-") + moment + ":00Z"); };
+    setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1); // NOLINT(concurrency-mt-unsafe)
+    const auto group = [&](const char* run, const char* now) {
+        return groupOf({.root = {}, .manifest = {.createdAt = at(run), .quarantineRoot = {}}}, at(now));
+    };
+    EXPECT_EQ(group("11-14T23:10", "11-15T10:00"), HistoryGroup::today) << "after midnight there";
+    EXPECT_EQ(group("11-14T22:50", "11-15T10:00"), HistoryGroup::yesterday);
+    EXPECT_EQ(group("03-28T08:00", "03-29T22:30"), HistoryGroup::month) << "two days, though 39 hours";
+    EXPECT_EQ(group("11-16T12:00", "11-15T10:00"), HistoryGroup::month) << "a wrong clock";
+    setenv("TZ", "UTC", 1); // NOLINT(concurrency-mt-unsafe)
 }
 
 } // namespace

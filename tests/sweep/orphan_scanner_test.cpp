@@ -189,7 +189,7 @@ TEST_F(OrphanScan, JudgesItsFindsAgainByTheOwnersOfThatMoment) {
         for (const auto& [trace, why] : reclaimed)
             EXPECT_EQ(!why.key.starts_with("failure.") ? "gap"
                       : why.arguments.empty()          ? why.key
-                                              : why.key + " " + why.arguments[0].text(),
+                                                       : why.key + " " + why.arguments[0].text(),
                       each.why);
         registered.identifiers.clear();
         std::filesystem::remove_all(volume.host("/Applications"));

@@ -9,6 +9,8 @@
 #include "quarantine/quarantine_layout.h"
 #include "window/window_fixture.h"
 
+#include <QApplication>
+#include <QLineEdit>
 #include <QTest>
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -66,8 +68,9 @@ TEST_F(HistoryWindow, ShowsWhatIsLeftAndBringsTheApplicationBack) {
     EXPECT_FALSE(items->model()->index(0, 0).flags().testFlag(Qt::ItemIsSelectable));
     EXPECT_FALSE(items->selectionModel()->hasSelection());
     const auto left = models().history().entries.get().front().pendingMoves;
+    EXPECT_EQ(runs->model()->index(0, 0).data().toString(), QStringLiteral("Today"));
     EXPECT_TRUE(runs->model()
-                    ->index(0, 0)
+                    ->index(1, 0)
                     .data(HistoryList::second)
                     .toString()
                     .contains(QStringLiteral("%1 of %2").arg(left).arg(left + 1)));
@@ -83,6 +86,30 @@ TEST_F(HistoryWindow, ShowsWhatIsLeftAndBringsTheApplicationBack) {
     for (const auto* language : {"de", "ja", "system"})
         fixture.speak(language);
     EXPECT_TRUE(fixture.find<QWidget>("runs")->isVisible());
+}
+
+TEST_F(HistoryWindow, FindsRunsByApplicationAndItemAndKeepsTheCurrentOne) {
+    remove("Lumen");
+    remove("Kip");
+    ASSERT_TRUE(open());
+    auto* runs = fixture.find<QAbstractItemView>("runs");
+    const auto row = [&](const char* name) {
+        return WindowFixture::rowCalled(*runs, QString::fromLatin1(name));
+    };
+    runs->setCurrentIndex(row("Lumen"));
+    models().history().load();
+    ASSERT_TRUE(isSettled());
+    EXPECT_EQ(runs->currentIndex(), row("Lumen")) << "also when the list was read again";
+    QTest::keyClicks(runs, QStringLiteral("kip"));
+    EXPECT_TRUE(row("Kip").isValid() && !row("Lumen").isValid());
+    auto* search = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+    ASSERT_TRUE(search);
+    search->setText(QStringLiteral("applications/lumen.app"));
+    EXPECT_TRUE(!row("Kip").isValid() && row("Lumen").isValid());
+    search->setText(QStringLiteral("nothing like it"));
+    EXPECT_TRUE(fixture.says(QStringLiteral("No matches")) && !runs->isVisible());
+    QTest::keyClick(search, Qt::Key_Escape);
+    EXPECT_EQ(runs->model()->rowCount(), 3) << "both, and their day";
 }
 
 TEST_F(HistoryWindow, TellsWhatComesBackUnderAnotherName) {

@@ -134,6 +134,7 @@ void MacScreens::search() {
     const auto* shown = current();
     if (shown == applications_) applications_->search();
     if (shown == review_) review_->search();
+    if (shown == history_) history_->search();
     for (auto* list : lists())
         if (shown == list) list->search();
 }

@@ -34,15 +34,35 @@ int paintBadge(QPainter& painter, const QStyleOptionViewItem& option, const QMod
     return wide + scaled(24);
 }
 
+bool isHeading(const QModelIndex& index) {
+    return index.data(HistoryList::isHeading).toBool();
+}
+
+void paintHeading(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) {
+    const auto place = option.rect.adjusted(0, scaled(8), 0, -scaled(4));
+    painter.setFont(textFont(Type::strong));
+    painter.setPen(colors()[Role::text]);
+    painter.drawText(
+        place,
+        static_cast<int>(QStyle::visualAlignment(option.direction, Qt::AlignLeft | Qt::AlignVCenter))
+            | Qt::TextSingleLine,
+        painter.fontMetrics().elidedText(index.data().toString(), Qt::ElideMiddle, place.width()));
+}
+
 } // namespace
 
-QSize HistoryDelegate::sizeHint(const QStyleOptionViewItem& /*option*/, const QModelIndex& /*index*/) const {
-    return {scaled(200), scaled(60)};
+QSize HistoryDelegate::sizeHint(const QStyleOptionViewItem& /*option*/, const QModelIndex& index) const {
+    const int high = isHeading(index) ? lineHeight(Type::strong) + scaled(16) : scaled(60);
+    return {scaled(200), high};
 }
 
 void HistoryDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                             const QModelIndex& index) const {
     painter->save();
+    if (isHeading(index)) {
+        paintHeading(*painter, option, index);
+        return painter->restore();
+    }
     const QRect row = option.rect.adjusted(0, scaled(2), 0, -scaled(2));
     const bool isSelected = option.state.testFlag(QStyle::State_Selected);
     fillRounded(*painter, row, colors()[isSelected ? Role::chosen : Role::surface], 11);

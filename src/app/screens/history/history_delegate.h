@@ -4,7 +4,7 @@
 
 namespace tidwen {
 
-/// Paints one past removal.
+/// Paints past removals and the headings above them.
 class HistoryDelegate final : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;

@@ -10,6 +10,7 @@
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/screen_header.h"
+#include "app/widgets/search_field.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
 #include "base/path.h"
@@ -21,6 +22,7 @@
 #include <QBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListView>
 #include <QPushButton>
 #include <QStackedLayout>
@@ -60,13 +62,22 @@ HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvi
       itemList_(texts, user_) {
     auto* layout = parts::column(this);
     header_ = new ScreenHeader(text("window.history"));
+    search_ = searchField(text("orphans.search.placeholder"));
+    connect(search_, &QLineEdit::textChanged, this, [this](const QString& query) { list_.setQuery(query); });
+    header_->addControl(search_);
+    deleteAll_ = parts::button(text("history.deleteAllButton"), [this] { askToDeleteAll(); });
+    deleteAll_->setObjectName(QStringLiteral("delete all"));
+    header_->addControl(deleteAll_);
     layout->addWidget(header_);
     notices_ = parts::column(nullptr, scaled(6));
     notices_->setContentsMargins(scaled(24), 0, scaled(24), scaled(6));
     layout->addLayout(notices_);
     layout->addWidget(makeContent(), 1);
     layout->addWidget(makeFooter());
-    connect(runs_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] { showItems(); });
+    connect(runs_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] {
+        if (const auto* entry = current()) currentRoot_ = entry->root;
+        showItems();
+    });
     connect(&list_, &QAbstractItemModel::modelReset, this, [this] { update(); });
     const auto follow = [this](auto& property) {
         following_.push_back(property.observe([this](const auto&) { update(); }));
@@ -108,6 +119,7 @@ QWidget* HistoryScreen::makeContent() {
         view->setFrameShape(QFrame::NoFrame);
         view->setEditTriggers(QAbstractItemView::NoEditTriggers);
         view->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+        view->installEventFilter(this);
     }
     runs_->viewport()->setAutoFillBackground(false);
     empty_ = new EmptyState(QStringLiteral("history"));
@@ -118,6 +130,8 @@ QWidget* HistoryScreen::makeContent() {
     auto* inner = parts::column(card, scaled(6));
     inner->setContentsMargins(scaled(14), scaled(12), scaled(8), scaled(12));
     inner->addWidget(parts::label(text("history.items"), Type::section, Role::second));
+    state_ = parts::paragraph({}, Type::second, Role::look);
+    inner->addWidget(state_);
     inner->addWidget(items_);
     row->addWidget(card, 2);
     auto* content = new QWidget;
@@ -134,8 +148,6 @@ QWidget* HistoryScreen::makeFooter() {
     auto* footer = footerPanel();
     auto* layout = static_cast<QBoxLayout*>(footer->layout());
     delete_ = parts::button(text("history.deleteButton"), [this] { askToDelete(); });
-    deleteAll_ = parts::button(text("history.deleteAllButton"), [this] { askToDeleteAll(); });
-    deleteAll_->setObjectName(QStringLiteral("delete all"));
     show_ = parts::button(text("history.revealButton"), [this] {
         if (const auto* entry = current()) reveal_(entry->root);
     });
@@ -145,7 +157,6 @@ QWidget* HistoryScreen::makeFooter() {
     delete_->setToolTip(text("history.action.delete"));
     stop_ = parts::button(text("removing.stop"), [this] { history_.stop(); });
     layout->addWidget(delete_);
-    layout->addWidget(deleteAll_);
     layout->addStretch(1);
     layout->addWidget(stop_);
     layout->addWidget(show_);
@@ -154,8 +165,7 @@ QWidget* HistoryScreen::makeFooter() {
 }
 
 const RemovalHistoryEntry* HistoryScreen::current() const {
-    const auto index = runs_->currentIndex();
-    return index.isValid() && index.row() < list_.rowCount() ? &list_.entry(index) : nullptr;
+    return list_.entry(runs_->currentIndex());
 }
 
 /// The chosen items of the run, or all of it while none is chosen.
@@ -212,13 +222,25 @@ void HistoryScreen::update() {
                    {std::to_string(entries.size()), sizeWords(bytes, texts_).toStdString()});
     showLine();
     showNotices();
-    if (history_.unreadable.get())
-        empty_->say(text("history.unreadable.title"), text("history.unreadable.body"));
-    else
-        empty_->say(text("history.empty.title"), text("history.empty.message"));
-    content_->setCurrentIndex(entries.empty() ? 1 : 0);
-    if (!entries.empty() && !current()) runs_->setCurrentIndex(list_.index(0));
+    showEmpty();
+    search_->setVisible(!entries.empty() || list_.isSearched());
+    content_->setCurrentIndex(list_.rowCount() == 0 ? 1 : 0);
+    if (!current()) runs_->setCurrentIndex(list_.indexOf(currentRoot_));
     showItems();
+}
+
+/// What stands in place of the list while it has no rows.
+void HistoryScreen::showEmpty() {
+    empty_->setIcon(QStringLiteral("history"));
+    empty_->offer({});
+    if (history_.unreadable.get())
+        return empty_->say(text("history.unreadable.title"), text("history.unreadable.body"));
+    if (history_.entries.get().empty())
+        return empty_->say(text("history.empty.title"), text("history.empty.message"));
+    empty_->setIcon(QStringLiteral("search"));
+    empty_->say(text("orphans.filter.empty.title"),
+                text("orphans.filter.empty.body %@", {shown(search_->text().toStdString()).toStdString()}));
+    empty_->offer(text("orphans.filter.empty.clear"), [this] { search_->clear(); });
 }
 
 /// How far an action is, or what there is.
@@ -253,7 +275,7 @@ void HistoryScreen::showNotices() {
     if (const auto count = history_.leftOut.get().size(); count > 0)
         warn(text("cli.history.leftOut %lld", {std::to_string(count)}));
     for (const auto& run : history_.unfinishedRuns.get()) {
-        const NoticeWords words = {shown(run.root.lastComponent()), shown(texts_.text(run.advice())),
+        const NoticeWords words = {list_.interruptedTitle(run), shown(texts_.text(run.advice())),
                                    text("home.recovery.undo")};
         notices_->addWidget(run.known ? makeNotice(NoticeTone::caution, words,
                                                    [this, root = run.root] { history_.undo(root); })
@@ -262,7 +284,11 @@ void HistoryScreen::showNotices() {
 }
 
 void HistoryScreen::showItems() {
-    itemList_.show(current());
+    const auto* entry = current();
+    itemList_.show(entry);
+    const auto help = entry ? list_.help(*entry) : QString();
+    state_->setText(help);
+    state_->setVisible(!help.isEmpty());
     updateFooter();
 }
 
@@ -285,10 +311,26 @@ void HistoryScreen::updateFooter() {
     enable(*undo_, entry && entry->canBeUndone() && !isBack && !isBusy);
     enable(*show_, entry != nullptr);
     enable(*delete_, entry && !isBusy);
-    enable(*deleteAll_, entry && !isBusy);
+    enable(*deleteAll_, !history_.entries.get().empty() && !isBusy);
+}
+
+void HistoryScreen::search() {
+    if (!search_->isVisible()) return;
+    search_->setFocus();
+    search_->selectAll();
+}
+
+/// What is typed in a list is a search, not a jump to a row.
+bool HistoryScreen::eventFilter(QObject* object, QEvent* event) {
+    if (event->type() == QEvent::KeyPress && search_->isVisible()
+        && typeInto(*search_, *static_cast<QKeyEvent*>(event)))
+        return true;
+    return QWidget::eventFilter(object, event);
 }
 
 void HistoryScreen::keyPressEvent(QKeyEvent* event) {
+    if (leaveDown(*search_, *runs_, *event)) return;
+    if (search_->isVisible() && typeInto(*search_, *event)) return;
     if (event->matches(QKeySequence::Undo)) return undo_->click(); // nothing while it is disabled
     QWidget::keyPressEvent(event);
 }

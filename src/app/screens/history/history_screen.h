@@ -15,6 +15,8 @@
 #include <vector>
 
 class QBoxLayout;
+class QLabel;
+class QLineEdit;
 class QListView;
 class QPushButton;
 class QStackedLayout;
@@ -30,7 +32,10 @@ class HistoryScreen final : public QWidget {
     HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvironment user, bool runsJobs,
                   std::function<void(const Path&)> reveal);
 
+    void search();
+
   protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
@@ -44,6 +49,7 @@ class HistoryScreen final : public QWidget {
     void ask(const QString& title, const char* message, const char* button, std::function<void()> act);
     void showNotices();
     void update();
+    void showEmpty();
     void showLine();
     void showItems();
     void updateFooter();
@@ -66,8 +72,11 @@ class HistoryScreen final : public QWidget {
     QPushButton* show_ = nullptr;
     QPushButton* delete_ = nullptr;
     QPushButton* stop_ = nullptr;
-    QString totals_;
     QPushButton* deleteAll_ = nullptr;
+    QLineEdit* search_ = nullptr;
+    QLabel* state_ = nullptr; ///< of the current run, where something is the matter with it
+    QString totals_;
+    Path currentRoot_; ///< the current run, which stays the current one when the list is read again
     std::vector<Subscription> following_;
 };
 
