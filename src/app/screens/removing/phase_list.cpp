@@ -73,6 +73,8 @@ PhaseList::Row PhaseList::addRow(const RemovalPhase& phase) {
     auto* count = parts::label({}, Type::body, Role::second);
     line->addWidget(count);
     lines_->addLayout(line);
+    for (auto* widget : {mark, static_cast<QWidget*>(title), static_cast<QWidget*>(count)})
+        widget->show(); // now; the layout would do so later, and the card be empty for a moment
     return {title, count};
 }
 
