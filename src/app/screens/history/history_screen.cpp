@@ -75,7 +75,8 @@ HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvi
     layout->addWidget(makeContent(), 1);
     layout->addWidget(makeFooter());
     connect(runs_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] {
-        if (const auto* entry = current()) currentRoot_ = entry->root;
+        const auto* entry = current();
+        if (entry && isVisible()) currentRoot_ = entry->root;
         showItems();
     });
     connect(&list_, &QAbstractItemModel::modelReset, this, [this] { update(); });
@@ -326,6 +327,12 @@ bool HistoryScreen::eventFilter(QObject* object, QEvent* event) {
         && typeInto(*search_, *static_cast<QKeyEvent*>(event)))
         return true;
     return QWidget::eventFilter(object, event);
+}
+
+/// Whoever comes back begins with the newest run.
+void HistoryScreen::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    currentRoot_ = Path();
 }
 
 void HistoryScreen::keyPressEvent(QKeyEvent* event) {

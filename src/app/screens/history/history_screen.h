@@ -36,6 +36,7 @@ class HistoryScreen final : public QWidget {
 
   protected:
     bool eventFilter(QObject* object, QEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
@@ -76,7 +77,7 @@ class HistoryScreen final : public QWidget {
     QLineEdit* search_ = nullptr;
     QLabel* state_ = nullptr; ///< of the current run, where something is the matter with it
     QString totals_;
-    Path currentRoot_; ///< the current run, which stays the current one when the list is read again
+    Path currentRoot_; ///< the run chosen here, which stays the current one when the list is read again
     std::vector<Subscription> following_;
 };
 
