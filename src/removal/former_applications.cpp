@@ -60,7 +60,7 @@ AppTarget FormerApplications::describe(const std::string& bundleID) const {
             addBundle(files_, *bundle, target);
             break;
         }
-    const Path container = user_.home / "Library/Containers" / bundleID;
+    const Path container = user_.libraryFolder() / "Containers" / bundleID;
     if (const auto owner = containerOwner(files_, container); owner && lowercased(*owner) == lower)
         for (auto& group : containerGroups(files_, container))
             target.appGroups.push_back(std::move(group));

@@ -10,12 +10,12 @@
 #include "platform/user_environment.h"
 #include "quarantine/trash_lock.h"
 #include "removal/findings.h"
+#include "removal/former_applications.h"
 #include "removal/protected_owners.h"
 #include "removal/removal_subject.h"
 #include "scan/applications/app_target.h"
 #include "scan/matching/scan_result.h"
 #include "scan/matching/trace.h"
-#include "sweep/former_names.h"
 #include "sweep/leftover_filter.h"
 #include "sweep/orphan_scanner.h"
 
