@@ -72,6 +72,9 @@ Outcome ToolPermissionRevoker::revoke(const PermissionGrant& grant, const std::s
     if (result.error().kind == AdminScriptRunnerError::Kind::authorizationCancelled)
         return tl::unexpected(
             PermissionRevokerError{PermissionRevokerError::Kind::authorizationCancelled, {}, {}});
+    if (result.error().kind != AdminScriptRunnerError::Kind::process)
+        return tl::unexpected(
+            PermissionRevokerError{PermissionRevokerError::Kind::refused, result.error().describe().key, {}});
     return failed(result.error().process);
 }
 

@@ -82,7 +82,7 @@ Outcome ToolLaunchd::switchAsAdministrator(const std::string& script) {
     if (result.error().kind == AdminScriptRunnerError::Kind::authorizationCancelled)
         return tl::unexpected(
             LaunchdError{LaunchdError::Kind::authorizationCancelled, {"startup.toggle.cancelled"}});
-    return failed(result.error().process);
+    return tl::unexpected(LaunchdError{LaunchdError::Kind::failed, result.error().describe()});
 }
 
 std::map<std::string, bool> parseDisabledServices(std::string_view output) {

@@ -230,7 +230,7 @@ QuarantinePurge::removeAsAdministrator(const std::vector<Path>& items) {
     if (!result) {
         if (result.error().kind == AdminScriptRunnerError::Kind::authorizationCancelled)
             return Failure{Failure::Kind::authorizationCancelled, {}};
-        if (result.error().kind == AdminScriptRunnerError::Kind::process)
+        if (result.error().kind != AdminScriptRunnerError::Kind::scriptFailed)
             return Failure{Failure::Kind::elevatedDeleteFailed, {}, result.error().describe()};
         return Failure{Failure::Kind::elevatedDeleteFailed, result.error().message};
     }

@@ -246,7 +246,10 @@ TEST_F(RunnersTest, ABatchThatGivesNothingFailsEveryOperationAndIsNotAskedAgain)
     const std::pair<RecordingTools::Answer, Message> cases[] = {
         {ProcessResult{1, "OP 1 OK", cancelled}, {"failure.adminCancelled"}},
         {ProcessResult{0, "", cancelled}, {"failure.noResult"}},
-        {ProcessResult{1, "", "wrong password (-60007)"}, {"failure.noResult"}},
+        {ProcessResult{1, "", "0:116: wrong password. (-60007)\n"}, {"failure.adminWrongPassword"}},
+        {ProcessResult{1, "", "0:10: No user interaction allowed. (-1713)"}, {"failure.adminNobodyToAsk"}},
+        {ProcessResult{1, "", "mv: /Library/Caches/com.example-128.x (-60007): denied (1)"},
+         {"failure.noResult"}},
         {RecordingTools::hanging(), {"failure.timedOut"}},
         {RecordingTools::missing(), {"failure.launchFailed %@", {"No such file"}}}};
     std::vector<RemovalOperation> operations = {step(1, operation::FlushPreferences{})};
