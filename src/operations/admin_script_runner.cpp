@@ -7,7 +7,9 @@
 #include "operations/screened_move.h"
 #include "operations/tool_arguments.h"
 #include "platform/file_absence.h"
+#include "platform/workspace.h"
 #include "posix/posix_process_runner.h"
+#include "scan/applications/bundle_names.h"
 
 #include <cstdint>
 #include <utility>
@@ -100,6 +102,13 @@ OperationResult AdminScriptRunner::settled(OperationResult result, const Removal
     const auto* move = std::get_if<operation::Move>(&operation.kind);
     if (result.succeeded || !move || result.failureReason->key == "failure.destinationOccupied")
         return result;
+    if (result.failureReason->key == "failure.exit %@" && isBundleName(move->source.lastComponent())) {
+        const auto bundle = files_.info(move->source);
+        // Not even root may move an application that macOS guards; its permissions never stop root.
+        if (bundle && !bundle->immutable)
+            return OperationResult::failure(
+                operation.id, {"failure.appManagement %@", {std::string(appManagementAddress)}});
+    }
     if (!isMissing(files_, move->source) || !files_.exists(move->destination)) return result;
     log_.warning("Moved although the batch says {}: {}", result.failureReason->key, move->source.string());
     return OperationResult::success(operation.id);

@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <thread>
 #include <tl/expected.hpp>
 #include <variant>
 #include <vector>
@@ -36,6 +37,11 @@ constexpr int alreadyLoaded = 17;
 /// What newer systems answer for a job that is loaded, and for much else.
 constexpr int inputOutputError = 5;
 constexpr int alreadyInProgress = 37;
+
+/// A job that is slow to end; it does end.
+constexpr int nowInProgress = 36;
+
+constexpr std::chrono::milliseconds jobEndPoll{200};
 
 constexpr int killallFoundNone = 1;
 
@@ -65,20 +71,28 @@ class Step {
         const auto status = run(toolPaths::launchctl, {"bootout", target}, "failure.launchctlUnavailable");
         if (!status) return status.error();
         if (*status == 0 || *status == noSuchProcess || *status == noSuchService) return std::nullopt;
+        if (*status == nowInProgress && hasStopped(bootout)) return std::nullopt;
         return launchctlFailure(*status);
     }
 
     Failure operator()(const operation::Bootstrap& bootstrap) const {
-        const auto status = run(toolPaths::launchctl,
-                                {"bootstrap", domain(bootstrap.isSystemDomain), bootstrap.plist.string()},
-                                "failure.launchctlUnavailable");
-        if (!status) return status.error();
-        if (*status == 0 || *status == alreadyLoaded) return std::nullopt;
         const auto label = labelOf(bootstrap);
-        if (label && isSwitchedOff(*label, bootstrap.isSystemDomain)) return std::nullopt;
-        const bool mayBeLoaded = *status == inputOutputError || *status == alreadyInProgress;
-        if (label && mayBeLoaded && isLoaded(*label, bootstrap.isSystemDomain)) return std::nullopt;
-        return launchctlFailure(*status);
+        const auto deadline = std::chrono::steady_clock::now() + ports_.jobEndWait;
+        while (true) {
+            const auto status = run(toolPaths::launchctl,
+                                    {"bootstrap", domain(bootstrap.isSystemDomain), bootstrap.plist.string()},
+                                    "failure.launchctlUnavailable");
+            if (!status) return status.error();
+            if (*status == 0 || *status == alreadyLoaded) return std::nullopt;
+            if (label && isSwitchedOff(*label, bootstrap.isSystemDomain)) return std::nullopt;
+            const bool mayBeLoaded = *status == inputOutputError || *status == alreadyInProgress;
+            if (!label || !mayBeLoaded) return launchctlFailure(*status);
+            const auto state = jobState(*label, bootstrap.isSystemDomain);
+            if (state == JobState::loaded) return std::nullopt;
+            const bool isLate = std::chrono::steady_clock::now() >= deadline;
+            if (state != JobState::ending || isLate) return launchctlFailure(*status);
+            std::this_thread::sleep_for(jobEndPoll);
+        }
     }
 
     Failure operator()(const operation::Move& move) const {
@@ -139,11 +153,22 @@ class Step {
         return found != overrides.end() && found->second;
     }
 
-    bool isLoaded(const std::string& label, bool isSystemDomain) const {
-        if (!toolArguments::isLabel(label)) return false;
+    /// What launchd knows of a job. It lists one that was told to end until its process has gone.
+    enum class JobState { loaded, ending, gone, unknown };
+
+    JobState jobState(const std::string& label, bool isSystemDomain) const {
+        if (!toolArguments::isLabel(label)) return JobState::unknown;
         const auto printed = ports_.processes.run(
             toolPaths::launchctl, {"print", domain(isSystemDomain) + "/" + label}, toolTimeout);
-        return printed && printed->exitCode == 0;
+        if (!printed) return JobState::unknown;
+        if (printed->exitCode != 0) return JobState::gone;
+        const bool isEnding = printed->standardOutput.find("state = SIGTERMed") != std::string::npos;
+        return isEnding ? JobState::ending : JobState::loaded;
+    }
+
+    bool hasStopped(const operation::Bootout& bootout) const {
+        const auto state = jobState(bootout.label, bootout.isSystemDomain);
+        return state == JobState::ending || state == JobState::gone;
     }
 
     std::string domain(bool isSystemDomain) const {

@@ -10,6 +10,7 @@
 #include "platform/user_environment.h"
 #include "scan/policy/path_policy.h"
 
+#include <chrono>
 #include <vector>
 
 namespace tidwen {
@@ -23,6 +24,8 @@ class UserScopeRunner : public PrivilegedRunner {
         Keychain& keychain;
         RunningApplications& applications;
         Log& log;
+        /// How long a job may take to end before it is loaded anew; launchd itself grants it 20 seconds.
+        std::chrono::milliseconds jobEndWait = std::chrono::seconds(25);
     };
 
     UserScopeRunner(Ports ports, UserEnvironment user);

@@ -134,6 +134,30 @@ TEST_F(RunnersTest, UserLevelStepsAskTheRightToolAndReadItsStatus) {
         };
         EXPECT_EQ(asUser(operation::Bootstrap{plist, false}).succeeded, isFine) << status << " " << printed;
     }
+
+    // A job that was told to end is listed until it has gone, and is not the one that is to be loaded.
+    const std::string ending = "gui/501/com.example.agent = {\n\tstate = SIGTERMed\n}\n";
+    for (const auto& [isPatient, isFine] : {std::pair{true, true}, {false, false}}) {
+        int bootstraps = 0;
+        tools.answer = [&](const auto& call) -> RecordingTools::Answer {
+            if (call.arguments[0] == "print") return ProcessResult{0, ending, ""};
+            if (call.arguments[0] == "print-disabled") return ProcessResult{1, "", ""};
+            return ProcessResult{++bootstraps < 3 ? 37 : 0, "", ""};
+        };
+        UserScopeRunner runner({volume.files(), tools, keychain, applications, log, isPatient ? 10s : 0s},
+                               test::alice());
+        EXPECT_EQ(runner.run({step(7, operation::Bootstrap{plist, false})}).at(0).succeeded, isFine);
+    }
+
+    // One that is slow to end does end; one that runs on has not been unloaded.
+    for (const auto& [printed, output, isFine] :
+         {std::tuple{113, std::string(), true}, {0, ending, true}, {0, "state = running", false}}) {
+        tools.answer = [&, printed = printed, output = output](const auto& call) -> RecordingTools::Answer {
+            if (call.arguments[0] == "print") return ProcessResult{printed, output, ""};
+            return ProcessResult{36, "", ""};
+        };
+        EXPECT_EQ(asUser(operation::Bootout{"com.example.agent", false}).succeeded, isFine) << output;
+    }
 }
 
 TEST_F(RunnersTest, WhatOnlyTheSystemForbidsIsToldWithThePaneThatLetsItThrough) {
@@ -152,6 +176,16 @@ TEST_F(RunnersTest, WhatOnlyTheSystemForbidsIsToldWithThePaneThatLetsItThrough) 
     EXPECT_EQ(results[0].failureReason,
               (Message{"failure.appManagement %@", {std::string(appManagementAddress)}}));
     EXPECT_EQ(results[1].failureReason, Message{"failure.guarded"});
+
+    // Root is no freer: a bundle of a package or of the store is root's, and guarded all the same.
+    volume.write("/Library/Caches/b", "x");
+    tools.answer = [](const auto&) -> RecordingTools::Answer {
+        return ProcessResult{0, "OP 1 FAIL 1\rOP 2 FAIL 1\r", ""};
+    };
+    const auto asRoot = asAdministrator(
+        {step(1, toQuarantine("/Applications/A.app")), step(2, toQuarantine("/Library/Caches/b"))});
+    EXPECT_EQ(asRoot[0].failureReason, results[0].failureReason);
+    EXPECT_EQ(asRoot[1].failureReason, (Message{"failure.exit %@", {"1"}}));
 }
 
 TEST_F(RunnersTest, UserLevelStepsWithoutATool) {
