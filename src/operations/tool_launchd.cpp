@@ -71,6 +71,8 @@ Outcome ToolLaunchd::setEnabled(bool on, const std::string& label, const Path& p
                                      + " || true; }");
     const auto first = processes_.run(toolPaths::launchctl, commands[0], switchTimeout);
     if (!first) return failed(first.error());
+    if (meansNoSession(first->exitCode))
+        return tl::unexpected(LaunchdError{LaunchdError::Kind::failed, {noSessionKey}});
     if (first->exitCode != 0) return failed(*first);
     (void)processes_.run(toolPaths::launchctl, commands[1], switchTimeout);
     return {};

@@ -22,6 +22,10 @@ class ToolLaunchd : public Launchd {
     tl::expected<void, LaunchdError> setEnabled(bool on, const std::string& label, const Path& plist,
                                                 bool isSystemDomain) override;
 
+    /// Whether launchctl ended so because the user has no domain, as over ssh without a login at the screen.
+    static bool meansNoSession(int status) { return status == 112 || status == 125; }
+    static constexpr const char* noSessionKey = "failure.noUserSession";
+
   private:
     tl::expected<void, LaunchdError> switchAsAdministrator(const std::string& script);
 

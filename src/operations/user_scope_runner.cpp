@@ -45,6 +45,14 @@ constexpr std::chrono::milliseconds jobEndPoll{200};
 
 constexpr int killallFoundNone = 1;
 
+/// A locked keychain, which would have to ask for its password.
+constexpr std::int32_t keychainInteractionNotAllowed = -25308;
+constexpr std::int32_t keychainAuthorizationFailed = -25293;
+/// No keychain, as for an account that never logged in at the screen.
+constexpr std::int32_t keychainNotAvailable = -25291;
+constexpr std::int32_t keychainNoSuchKeychain = -25294;
+constexpr std::int32_t keychainNoDefault = -25307;
+
 /// Runs one operation.
 class Step {
   public:
@@ -110,7 +118,6 @@ class Step {
         for (const auto itemClass :
              {KeychainItemClass::genericPassword, KeychainItemClass::internetPassword}) {
             const auto status = ports_.keychain.deleteItems(itemClass, item.service);
-            if (status == keychainInvalidOwnerEdit) return Message{"failure.keychainRefused"};
             if (status != 0 && status != keychainItemNotFound) return keychainFailure(status);
             isAnyDeleted = isAnyDeleted || status == 0;
         }
@@ -181,9 +188,23 @@ class Step {
     }
 
     static Message launchctlFailure(int status) {
+        if (ToolLaunchd::meansNoSession(status)) return {ToolLaunchd::noSessionKey};
         return {"failure.launchctlExit %lld", {std::to_string(status)}};
     }
     static Message keychainFailure(std::int32_t status) {
+        switch (status) {
+        case keychainInvalidOwnerEdit:
+            return {"failure.keychainRefused"};
+        case keychainInteractionNotAllowed:
+        case keychainAuthorizationFailed:
+            return {"failure.keychainLocked"};
+        case keychainNotAvailable:
+        case keychainNoSuchKeychain:
+        case keychainNoDefault:
+            return {"failure.keychainGone"};
+        default:
+            break;
+        }
         return {"failure.keychainStatus %lld", {std::to_string(status)}};
     }
     static Failure exitFailure(const Status& status, int alsoFine) {

@@ -158,6 +158,13 @@ TEST_F(RunnersTest, UserLevelStepsAskTheRightToolAndReadItsStatus) {
         };
         EXPECT_EQ(asUser(operation::Bootout{"com.example.agent", false}).succeeded, isFine) << output;
     }
+
+    // Without a login at the screen, as over ssh, the user has no domain of his own.
+    for (const int status : {112, 125}) {
+        tools.answer = [&](const auto&) { return ProcessResult{status, "", ""}; };
+        EXPECT_EQ(asUser(operation::Bootout{"com.example.agent", false}).failureReason,
+                  Message{"failure.noUserSession"});
+    }
 }
 
 TEST_F(RunnersTest, WhatOnlyTheSystemForbidsIsToldWithThePaneThatLetsItThrough) {
@@ -198,10 +205,17 @@ TEST_F(RunnersTest, UserLevelStepsWithoutATool) {
     const auto status = [](const char* number) { return Message{"failure.keychainStatus %lld", {number}}; };
     const Message refused{"failure.keychainRefused"};
     const std::tuple<int, int, std::size_t, std::optional<Message>> cases[] = {
-        {0, 0, 2, std::nullopt},         {0, -25300, 2, std::nullopt},
-        {-25300, 0, 2, std::nullopt},    {-25300, -25300, 2, status("-25300")},
-        {-25244, 0, 1, refused},         {0, -25244, 2, refused},
-        {-25308, 0, 1, status("-25308")}};
+        {0, 0, 2, std::nullopt},
+        {0, -25300, 2, std::nullopt},
+        {-25300, 0, 2, std::nullopt},
+        {-25300, -25300, 2, status("-25300")},
+        {-25244, 0, 1, refused},
+        {0, -25244, 2, refused},
+        {-25308, 0, 1, Message{"failure.keychainLocked"}},
+        {0, -25293, 2, Message{"failure.keychainLocked"}},
+        {-25307, 0, 1, Message{"failure.keychainGone"}},
+        {-25294, 0, 1, Message{"failure.keychainGone"}},
+        {-50, 0, 1, status("-50")}};
     for (const auto& [generic, internet, asked, reason] : cases) {
         keychain = test::FakeKeychain();
         keychain.generic = generic;
