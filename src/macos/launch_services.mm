@@ -2,6 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
+#include <cerrno>
 #include <string>
 #include <sys/stat.h>
 
@@ -14,10 +15,12 @@ bool isInTrash(const std::string& path) {
     return path.find("/.Trash/") != path.npos || path.find("/.Trashes/") != path.npos;
 }
 
-/// A record stays for a while after its application has gone.
+/// A record stays for a while after its application has gone. One that may not be looked at, as in another
+/// account's home, has not gone.
 bool isUsable(const std::string& path) {
     struct stat item {};
-    return ::lstat(path.c_str(), &item) == 0 && !isInTrash(path);
+    const bool isGone = ::lstat(path.c_str(), &item) != 0 && (errno == ENOENT || errno == ENOTDIR);
+    return !isGone && !isInTrash(path);
 }
 
 } // namespace
