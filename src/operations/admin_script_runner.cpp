@@ -76,7 +76,23 @@ std::vector<OperationResult> AdminScriptRunner::run(const std::vector<RemovalOpe
     auto answers = runAllowed(asRoot);
     for (std::size_t i = 0; i < answers.size(); ++i)
         results[places[i]] = settled(followed(std::move(answers[i]), allowed[i]), allowed[i]);
+    nameAppManagement(results, operations);
     return results;
+}
+
+void AdminScriptRunner::nameAppManagement(std::vector<OperationResult>& results,
+                                          const std::vector<RemovalOperation>& operations) const {
+    std::vector<OperationResult*> guarded;
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        const auto* move = std::get_if<operation::Move>(&operations[i].kind);
+        if (!move || !results[i].failureReason || results[i].failureReason->key != "failure.exit %@")
+            continue;
+        if (!isBundleName(move->source.lastComponent())) return; // something else is wrong
+        const auto bundle = files_.info(move->source);
+        if (bundle && !bundle->immutable) guarded.push_back(&results[i]);
+    }
+    for (auto* result : guarded)
+        result->failureReason = Message{"failure.appManagement %@", {std::string(appManagementAddress)}};
 }
 
 tl::expected<RemovalOperation, Message> AdminScriptRunner::staged(RemovalOperation operation) {
@@ -102,13 +118,6 @@ OperationResult AdminScriptRunner::settled(OperationResult result, const Removal
     const auto* move = std::get_if<operation::Move>(&operation.kind);
     if (result.succeeded || !move || result.failureReason->key == "failure.destinationOccupied")
         return result;
-    if (result.failureReason->key == "failure.exit %@" && isBundleName(move->source.lastComponent())) {
-        const auto bundle = files_.info(move->source);
-        // Not even root may move an application that macOS guards; its permissions never stop root.
-        if (bundle && !bundle->immutable)
-            return OperationResult::failure(
-                operation.id, {"failure.appManagement %@", {std::string(appManagementAddress)}});
-    }
     if (!isMissing(files_, move->source) || !files_.exists(move->destination)) return result;
     log_.warning("Moved although the batch says {}: {}", result.failureReason->key, move->source.string());
     return OperationResult::success(operation.id);

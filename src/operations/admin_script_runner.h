@@ -54,6 +54,10 @@ class AdminScriptRunner : public PrivilegedRunner {
     /// An item at its destination counts as moved whatever the output says: the shell may have died, or the
     /// tool failed afterwards. Otherwise it would be missing in the manifest and never be put back.
     OperationResult settled(OperationResult result, const RemovalOperation& operation) const;
+    /// Permissions never stop root, so where bundles alone were not moved, macOS guards them. Where other
+    /// items failed as well, as when the Trash is closed to root, the status stays.
+    void nameAppManagement(std::vector<OperationResult>& results,
+                           const std::vector<RemovalOperation>& operations) const;
     std::vector<OperationResult> runAllowed(const std::vector<RemovalOperation>& operations) const;
 
     Execute execute_;
