@@ -18,6 +18,7 @@
 #include "scan/applications/app_target.h"
 #include "scan/applications/identifier_form.h"
 #include "scan/applications/installed_bundles.h"
+#include "scan/permissions/full_disk_access.h"
 #include "scan/permissions/permission_audit.h"
 #include "system/permissions_model.h"
 #include "system/permissions_sheet.h"
@@ -166,6 +167,8 @@ class SheetSession {
 
     /// `words`: services; empty for all.
     ExitStatus revoke(const std::vector<std::string>& words) {
+        if (const auto closed = whyNothingMoves(mac_.system.user, mac_.system.files))
+            return context_.refuse(*closed);
         const auto chosen = choose(sheet_->audit.get()->grants, words, context_.texts);
         if (!chosen) return context_.refuse(chosen.error());
         auto status = ExitStatus::done;

@@ -15,6 +15,7 @@
 #include "program/session.h"
 #include "scan/applications/installed_bundles.h"
 #include "scan/matching/trace.h"
+#include "scan/permissions/full_disk_access.h"
 #include "sweep/location_sweep.h"
 #include "system/startup_item.h"
 #include "system/startup_items_model.h"
@@ -71,6 +72,8 @@ class StartupSession {
             if (const auto why = model_.whyNoSwitch(*item))
                 return context_.refuse(
                     {"cli.startup.noSwitch %@ %@", {item->label, context_.texts.text(*why)}});
+        if (const auto closed = whyNothingMoves(mac_.system.user, mac_.system.files))
+            return context_.refuse(*closed);
         auto status = ExitStatus::done;
         for (const auto* item : chosen) {
             if (model_.disabled.get().contains(item->id()) != on) {

@@ -282,7 +282,8 @@ class MacRoot(unittest.TestCase):
         self.at(guarded).chmod(0)
         self.note("log", "")
         for words in (["remove", "--yes", marlin], ["remove", "--dry-run", marlin], ["undo", "1"], ["recover"], ["purge", "--all", "--yes"],
-                      ["orphans", "--remove", "--yes"], ["installers", "--remove", "--yes"], ["startup", "remove", AGENT]):
+                      ["orphans", "--remove", "--yes"], ["installers", "--remove", "--yes"], ["startup", "remove", AGENT],
+                      ["startup", "off", AGENT], ["permissions", "revoke", marlin, "--yes"]):
             with self.subTest(words):
                 done = box(self.volume, self.state, self.program, "--json", *words)
                 self.assertEqual(done.returncode, 2, done.stderr)
