@@ -216,10 +216,14 @@ bool hasDots(std::string_view path) {
     return false;
 }
 
-/// Absolute, without ".", ".." or a NUL, at which system calls would stop reading.
+/// Without a NUL, at which system calls would stop reading.
+bool isPathText(std::string_view text) {
+    return text.size() <= maxPathBytes && text.find('\0') == text.npos;
+}
+
+/// Absolute, without "." or "..".
 bool isPlainAbsolutePath(std::string_view text) {
-    return text.starts_with('/') && text.size() <= maxPathBytes && text.find('\0') == text.npos
-           && !hasDots(text);
+    return text.starts_with('/') && isPathText(text) && !hasDots(text);
 }
 
 /// Recognizes paths below the quarantine folder, other than run documents.
@@ -244,7 +248,13 @@ class QuarantinedItems {
 /// Applications removed together may share an item, which can come back between their moves.
 constexpr int mostMovesOfOneItem = 100;
 
-void checkPlaces(Reader& reader, const Path& root, const std::vector<ManifestEntry>& entries) {
+/// Of a manifest, an entry whose source says no place is kept: an undo refuses it by the safety policy and
+/// puts the others back. A journal was written before anything moved, and says every place in full.
+enum class Sources { ofManifest, ofJournal };
+
+void checkPlaces(Reader& reader, const Path& root, const std::vector<ManifestEntry>& entries,
+                 Sources sources) {
+    const auto isSource = sources == Sources::ofManifest ? isPathText : isPlainAbsolutePath;
     if (!isPlainAbsolutePath(root.string()) || root.isRoot()) reader.fail("not a folder:", "quarantineRoot");
     const QuarantinedItems items(root);
     std::unordered_map<std::string_view, int> moves; ///< by source
@@ -254,8 +264,8 @@ void checkPlaces(Reader& reader, const Path& root, const std::vector<ManifestEnt
             reader.fail("too often named:", "source");
         if (entry.destination && !destinations.insert(*entry.destination).second)
             reader.fail("named twice:", "destination");
-        if (entry.kind == ManifestEntryKind::move && !isPlainAbsolutePath(entry.source))
-            reader.fail("not an absolute path:", "source");
+        if (entry.kind == ManifestEntryKind::move && !isSource(entry.source))
+            reader.fail("not a path:", "source");
         if (entry.destination && !items.contain(*entry.destination))
             reader.fail("outside its folder:", "destination");
         if (entry.plistPath && !isPlainAbsolutePath(*entry.plistPath))
@@ -356,7 +366,7 @@ tl::expected<Manifest, DocumentError> decodeManifest(std::string_view text) {
     else
         takeSingleApp(reader, name.value_or(OlderText{"App", true}), bundleID.value_or(OlderText{"", true}),
                       manifest);
-    checkPlaces(reader, manifest.quarantineRoot, manifest.entries);
+    checkPlaces(reader, manifest.quarantineRoot, manifest.entries, Sources::ofManifest);
     return reader.finish(std::move(manifest));
 }
 
@@ -366,7 +376,7 @@ tl::expected<RemovalJournal, DocumentError> decodeJournal(std::string_view text)
     reader.record(required("version", journal.version), required("createdAt", journal.createdAt),
                   required("quarantineRoot", journal.quarantineRoot), required("apps", journal.apps),
                   required("planned", journal.planned));
-    checkPlaces(reader, journal.quarantineRoot, journal.planned);
+    checkPlaces(reader, journal.quarantineRoot, journal.planned, Sources::ofJournal);
     return reader.finish(std::move(journal));
 }
 
