@@ -16,8 +16,9 @@ inline constexpr int lastNumberTried = 999;
 /// Truncates to at most `bytes` bytes, never inside a character.
 std::string shortened(std::string text, std::size_t bytes);
 
-/// The path itself for 1, then "Name 2.ext" and so on beside it; the stem is shortened where the name would
-/// be too long.
+/// The path itself for 1, then "Name 2.ext" and so on beside it, or "com.example.notes 2" where what follows
+/// the last dot is not the extension of a known kind of file; the stem is shortened where the name would be
+/// too long.
 Path numberedName(const Path& path, int number);
 
 } // namespace tidwen

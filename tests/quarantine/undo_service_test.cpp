@@ -561,7 +561,7 @@ TEST_F(Undo, ATakenPlaceGivesTheNextFreeName) {
     while (longName.size() < 254)
         longName.insert(0, "é");
     for (const std::string taken :
-         {"Foo.plist", "two.part.gz", "two.part 2.gz", ".hidden", "plain", longName.c_str()})
+         {"Foo.plist", "two.part.gz", "two.part 2.gz", ".hidden", "plain", "org.two.notes", longName.c_str()})
         volume.write((folder / taken).string(), "");
     volume.link((folder / "plain 2").string(), "nowhere");
     const std::pair<std::string, std::string> cases[] = {
@@ -570,6 +570,7 @@ TEST_F(Undo, ATakenPlaceGivesTheNextFreeName) {
         {"two.part.gz", "two.part 3.gz"},
         {".hidden", ".hidden 2"},
         {"plain", "plain 3"},
+        {"org.two.notes", "org.two.notes 2"},
         {longName, shortened(longName, 246) + " 2.plist"},
     };
     for (const auto& [source, expected] : cases)
