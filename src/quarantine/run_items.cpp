@@ -1,5 +1,6 @@
 #include "quarantine/run_items.h"
 
+#include "base/numbered_name.h"
 #include "base/path.h"
 #include "base/path_key.h"
 #include "base/text.h"
@@ -90,6 +91,10 @@ ItemPlace placeOf(const ManifestEntry& move, bool isInQuarantine, const FileSyst
     if (isInQuarantine || (move.destination && files.isSetAside(Path(*move.destination))))
         return ItemPlace::inQuarantine;
     return files.exists(Path(move.source)) ? ItemPlace::putBack : ItemPlace::missing;
+}
+
+bool mayBeBeside(const RunItem& item, const FileSystem& files) {
+    return item.place == ItemPlace::putBack && files.exists(numberedName(Path(item.entry.source), 2));
 }
 
 std::vector<RunItem> runItems(const Manifest& manifest, const FileSystem& files,

@@ -34,6 +34,10 @@ struct RunItem {
     ItemPlace place = ItemPlace::inQuarantine;
 };
 
+/// Whether an undo may have put the item beside its old path, under a free name: the manifest does not record
+/// that, but such a name is taken.
+bool mayBeBeside(const RunItem& item, const FileSystem& files);
+
 /// The items the run moved, in its order. Those of `takenAgain` were put back and belong to a later run.
 std::vector<RunItem> runItems(const Manifest& manifest, const FileSystem& files,
                               const ItemChoice& takenAgain = {});

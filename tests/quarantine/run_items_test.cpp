@@ -6,6 +6,7 @@
 #include "support/fixtures.h"
 #include "support/matchers.h"
 #include "support/stand_ins.h"
+#include "support/temporary_folder.h"
 #include "support/unprivileged.h"
 
 #include <string>
@@ -52,6 +53,16 @@ TEST(RunItems, BothFilesOfAReceiptComeTogether) {
     const ItemChoice both{receipt + ".bom", receipt + ".plist"};
     EXPECT_EQ(withWholeReceipts({receipt + ".plist"}, manifest), both);
     EXPECT_EQ(withWholeReceipts({}, manifest), ItemChoice());
+}
+
+TEST(RunItems, MayBeBesideTheirOldPlaceWhereTheNextNameIsTaken) {
+    const TemporaryVolume volume;
+    const Manifest manifest{.quarantineRoot = Path("/q"),
+                            .entries = {moveEntry(1, Path("/q"), "/Library/a.plist")}};
+    volume.write("/Library/a.plist", "");
+    EXPECT_FALSE(mayBeBeside(runItems(manifest, volume.files())[0], volume.files()));
+    volume.write("/Library/a 2.plist", "");
+    EXPECT_TRUE(mayBeBeside(runItems(manifest, volume.files())[0], volume.files()));
 }
 
 } // namespace

@@ -84,10 +84,11 @@ void print(const std::vector<UnfinishedRun>& runs, const CommandContext& context
     }
 }
 
-void print(const std::vector<RunItem>& items, const CommandContext& context) {
+void print(const std::vector<RunItem>& items, const CommandContext& context, const FileSystem& files) {
     Table table;
     for (const auto& item : items)
-        table.add({{context.text("cli.item." + std::string(name(item.place))),
+        table.add({{context.text(mayBeBeside(item, files) ? "cli.item.putBackBeside"
+                                                          : "cli.item." + std::string(name(item.place))),
                     item.place == ItemPlace::missing ? Style::caution : Style::faint},
                    {item.entry.source}});
     table.print(context.console, 2);
@@ -106,7 +107,7 @@ ExitStatus show(const TerminalHistory& runs, const std::string& word, const Comm
             context.console.document(json::document(*run, items, context.texts));
         } else {
             print(std::vector{*run}, context);
-            print(items, context);
+            print(items, context, files);
         }
         return ExitStatus::someFailed;
     }
@@ -129,7 +130,7 @@ ExitStatus show(const TerminalHistory& runs, const std::string& word, const Comm
          {"  " + labels::countAndSize(items.size(), sizeInQuarantine(*entry), context.texts)},
          {"  " + state(*entry, context)}});
     context.console.line(entry->root.string(), Style::faint);
-    print(items, context);
+    print(items, context, files);
     return status;
 }
 
