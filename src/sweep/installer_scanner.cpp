@@ -43,7 +43,7 @@ std::optional<InstallerFile> describe(const FileSystem& files, const Path& url,
     InstallerFile file{
         .url = url, .sizeBytes = std::nullopt, .addedAt = std::nullopt, .installedApp = std::nullopt};
     file.isFolder = info->kind == FileKind::directory;
-    if (!file.isFolder) file.sizeBytes = static_cast<std::int64_t>(info->allocatedBytes);
+    if (!file.isFolder) file.sizeBytes = static_cast<std::int64_t>(info->size);
     if (info->createdNanoseconds)
         file.addedAt = Timestamp(std::chrono::seconds(*info->createdNanoseconds / 1'000'000'000));
     file.found = foundItem(*info, TraceCategory::installers);
