@@ -99,6 +99,8 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
         "permissions": {"grants": [{"service": "kTCCServiceCamera", "state": {"kind": "unknown", "value": 4},
                                     "scope": "user", "isPathClient": false}],
                         "unreadable": ["system"]}}])"));
+    result.target.bundleURL = Path("/");
+    EXPECT_FALSE(parsed(json::document(std::vector{result}))[0]["target"].contains("bundleURL")) << "gone";
 }
 
 TEST(JsonOutput, AReportTellsWhyAStepFailedInWordsAndByKey) {

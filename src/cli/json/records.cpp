@@ -119,13 +119,13 @@ Value value(const Path& path) {
 }
 
 Value value(const AppTarget& target) {
-    Value result{{"bundleURL", target.bundleURL.string()},
-                 {"bundleID", target.bundleID},
+    Value result{{"bundleID", target.bundleID},
                  {"name", target.name},
                  {"appGroups", target.appGroups},
                  {"embeddedLaunchdItems",
                   array(target.embeddedLaunchdItems, [](const LaunchItem& item) { return value(item); })},
                  {"loginItemBundleIDs", target.loginItemBundleIDs}};
+    if (!target.bundleURL.isRoot()) result["bundleURL"] = target.bundleURL.string();
     put(result, "teamID", target.teamID);
     put(result, "version", target.version);
     put(result, "executableName", target.executableName);
