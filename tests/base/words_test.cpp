@@ -307,10 +307,10 @@ TEST(Words, AreAllShownByTheProgram) {
     const auto quoted = quotedIn(fs::path(TIDWEN_RESOURCES).parent_path() / "src");
     // Keys that end with the name of a value; those of macOS are read by the build of the bundle.
     const auto prefixes = {
-        "category.", "cli.fullDisk.",   "cli.item.",           "cli.permission.",      "cli.startup.state.",
-        "cli.step.", "home.band.",      "history.unfinished.", "home.category.",       "orphans.risk.",
-        "reason.",   "removing.phase.", "permission.",         "review.details.undo.", "review.risk.",
-        "risk.",     "macos.usage."};
+        "category.",    "cli.fullDisk.", "cli.item.",           "cli.permission.", "cli.startup.state.",
+        "cli.step.",    "home.band.",    "history.unfinished.", "home.category.",  "orphans.risk.",
+        "operation.",   "reason.",       "removing.phase.",     "permission.",     "review.details.undo.",
+        "review.risk.", "risk.",         "macos.usage."};
     const std::string_view hint = ".hint";
     for (const std::string prefix : prefixes)
         EXPECT_TRUE(quoted.contains(prefix) || prefix == "macos.usage.") << prefix << " is of no use";

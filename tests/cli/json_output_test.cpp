@@ -100,7 +100,8 @@ TEST(JsonOutput, AScanHasTheFieldsOfItsRecord) {
                                     "scope": "user", "isPathClient": false}],
                         "unreadable": ["system"]}}])"));
     result.target.bundleURL = Path("/");
-    EXPECT_FALSE(parsed(json::document(std::vector{result}))[0]["target"].contains("bundleURL")) << "gone";
+    EXPECT_FALSE(parsed(json::document(std::vector{result}, Texts()))[0]["target"].contains("bundleURL"))
+        << "gone";
 }
 
 TEST(JsonOutput, AReportTellsWhyAStepFailedInWordsAndByKey) {

@@ -342,9 +342,9 @@ TEST(RemovalFlow, KnowsWhatAnApplicationThatIsGoneEmbeddedAndDeclared) {
     fixture.model->loadTargets({}, ProtectedTargets::refused,
                                {{"com.example.Gone", {"absent"}}, {"org.raft.sync", {"absent"}}});
     fixture.settle();
-    EXPECT_THAT(fixture.selected(),
-                IsSupersetOf({library + "Caches/org.sync.plugin", library + "Group Containers/TEAM.shelf",
-                              library + "Caches/Old Raft"}));
+    EXPECT_THAT(fixture.selected(), testing::IsSupersetOf({library + "Caches/org.sync.plugin",
+                                                           library + "Group Containers/TEAM.shelf",
+                                                           library + "Caches/Old Raft"}));
 }
 
 TEST(RemovalFlow, WorkThatComesBackLateChangesNothing) {

@@ -90,7 +90,7 @@ class Scanner : public testing::Test {
         for (const auto& trace : scan().traces) {
             if (trace.category == TraceCategory::application || trace.category == TraceCategory::permissions)
                 continue;
-            auto what = trace.displayName;
+            auto what = displayName(trace, texts);
             if (what.starts_with(library)) what = "~" + what.substr(library.size());
             lines.push_back(
                 fmt::format("{} {}: {}{}{}{}", name(trace.category), name(trace.reason.kind), what,

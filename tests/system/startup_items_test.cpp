@@ -357,6 +357,7 @@ TEST_F(StartupItems, SaysWhatHasFoundAnOwnerSinceItWasSelected) {
         writeJob(job.string(), {{"Label", "zz.gone.thing"}, {"Program", "/opt/gone/tool"}});
         model.load();
         settle();
+        model.selection.set({});
         model.toggleSelectAllOrphans();
         const auto findInUse = model.selectedInUse();
         change();

@@ -1,5 +1,6 @@
 // Applications dropped onto the window, wherever it stands, and a Trash that another process uses.
 
+#include "app/shell/drop_words.h"
 #include "posix/rooted_file_system.h"
 #include "window/window_fixture.h"
 
@@ -40,7 +41,7 @@ TEST_F(Drops, AreLookedAtAndItIsSaidWhyTheRestIsLeft) {
     for (const auto& app : session.models().homeGrid().apps())
         if (app.name == "Kip") session.protectedApps().toggle(app.bundleID);
     EXPECT_EQ(
-        fixture.window.view()->wordsForDrop({"/disk/Kip.app", "/disk/Marlin Notes.app", "/disk/Library"}),
+        wordsForDrop(*fixture.window.mac(), {"/disk/Kip.app", "/disk/Marlin Notes.app", "/disk/Library"}),
         QStringLiteral("Drop to see what belongs to 2 applications\nProtected, and left alone: 1"));
     EXPECT_TRUE(
         fixture.drop({"Applications/Marlin Notes.app", "Applications/Kip.app", "Users/alice/Library"}));

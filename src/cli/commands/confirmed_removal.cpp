@@ -78,7 +78,7 @@ struct Preview {
     std::vector<RemovalOperation> plan;
 };
 
-Preview preview(const CommandContext& context, const Mac& mac, const RemovalChoice& choice) {
+Preview preview(const Mac& mac, const RemovalChoice& choice) {
     const auto targets = choice.targets();
     std::vector<AppRecord> apps;
     apps.reserve(targets.size());
@@ -215,7 +215,7 @@ ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& ses
         return refusal->reason.key == "error.nothingToRemove" && request->selectors.empty()
                    ? nothingToDo(choice, context)
                    : refuse(*refusal, context);
-    const auto planned = preview(context, mac, choice);
+    const auto planned = preview(mac, choice);
     const auto& skipped = choice.findings().skippedNames();
     const bool isDryRun = context.arguments.has("--dry-run");
     if (isDryRun) {
