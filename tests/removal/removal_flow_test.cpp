@@ -325,15 +325,15 @@ TEST(RemovalFlow, KnowsWhatAnApplicationThatIsGoneEmbeddedAndDeclared) {
     FlowFixture fixture;
     const std::string bundle = "/Users/alice/.Trash/Gone 2.app", library = "/Users/alice/Library/";
     writeBundle(fixture.volume, bundle, "com.example.gone", "Gone");
-    writeBundle(fixture.volume, bundle + "/Contents/PlugIns/Sync.appex", "org.sync.plugin", "Sync");
+    writeBundle(fixture.volume, bundle + "/Contents/PlugIns/Sync.appex", "org.sync.share", "Sync");
     const PropertyListDictionary entitlements{
-        {"com.apple.security.application-groups", PropertyListArray{"TEAM.shelf"}}};
+        {"com.apple.security.application-groups", PropertyListArray{"group.org.shelf"}}};
     const PropertyListDictionary validation{{"SandboxProfileDataValidationEntitlementsKey", entitlements}};
     const PropertyListDictionary info{{"SandboxProfileDataValidationInfo", validation}};
-    fixture.volume.write(library + "Containers/com.example.gone/.com.apple.containermanagerd.metadata.plist",
+    fixture.volume.write(library + "Containers/com.example.Gone/.com.apple.containermanagerd.metadata.plist",
                          writeXmlPropertyList(PropertyListDictionary{
                              {"MCMMetadataIdentifier", "com.example.gone"}, {"MCMMetadataInfo", info}}));
-    for (const auto* place : {"Caches/org.sync.plugin/x", "Group Containers/TEAM.shelf/x"})
+    for (const auto* place : {"Caches/org.sync.share/x", "Group Containers/group.org.shelf/x"})
         fixture.volume.write(library + place, "x");
     fixture.volume.write(library + "LaunchAgents/org.raft.sync.plist",
                          writeXmlPropertyList(PropertyListDictionary{
@@ -342,8 +342,8 @@ TEST(RemovalFlow, KnowsWhatAnApplicationThatIsGoneEmbeddedAndDeclared) {
     fixture.model->loadTargets({}, ProtectedTargets::refused,
                                {{"com.example.Gone", {"absent"}}, {"org.raft.sync", {"absent"}}});
     fixture.settle();
-    EXPECT_THAT(fixture.selected(), testing::IsSupersetOf({library + "Caches/org.sync.plugin",
-                                                           library + "Group Containers/TEAM.shelf",
+    EXPECT_THAT(fixture.selected(), testing::IsSupersetOf({library + "Caches/org.sync.share",
+                                                           library + "Group Containers/group.org.shelf",
                                                            library + "Caches/Old Raft"}));
 }
 

@@ -79,11 +79,10 @@ TEST(RemovalPlan, HasOneFixedOrder) {
                     "8 user move /Users/alice/Library/Preferences/m.plist -> /Q/0008/m.plist, reversible",
                     "9 user move /Users/alice/Library/Preferences/n.plist -> /Q/0009/n.plist, reversible",
                     "10 root move /private/var/db/receipts/n.bom -> /Q/0010/n.bom, reversible",
-                    "11 user unregisterApp /Applications/./Notes.app, irreversibleHarmless, "
-                    "/Applications/./Notes.app",
+                    "11 user unregisterApp /Applications/./Notes.app, irreversibleHarmless",
                     "12 root move /Applications/Notes.app -> /Q/0012/Notes.app, reversible",
-                    "13 user flushPreferences , irreversibleHarmless, ",
-                    "14 root flushPreferences , irreversibleHarmless, "));
+                    "13 user flushPreferences , irreversibleHarmless",
+                    "14 root flushPreferences , irreversibleHarmless"));
     EXPECT_EQ(plan[2].traceID, plan[4].traceID) << "the job and its file belong together";
     EXPECT_EQ(plan[2].bundleID, "com.example.notes");
 }

@@ -155,7 +155,7 @@ TEST(RemovalFlow, LooksAgainAtEachApplicationBeforeItsFirstStep) {
 
 TEST(RemovalFlow, LeavesWhatHasBecomeAnothersSinceItWasConfirmed) {
     const Path longer("/Users/alice/Library/Caches/com.example.Alpine.pro"),
-        job("/Library/LaunchAgents/a.plist");
+        job("/Users/alice/Library/LaunchAgents/a.plist");
     const auto writeJob = [&](FlowFixture& b, const char* label) {
         b.volume.write(job.string(), writeXmlPropertyList(PropertyListDictionary{{"Label", label}}));
     };

@@ -161,6 +161,7 @@ bool WindowFixture::removeWhatIsChosen() {
 bool WindowFixture::click(const char* name) {
     for (auto* button : window.findChildren<QAbstractButton*>(QString::fromLatin1(name))) {
         if (!button->isVisible() || !button->isEnabled()) continue;
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest); // of a sheet that has just opened
         QTest::mouseClick(button, Qt::LeftButton);
         return true;
     }
