@@ -12,18 +12,18 @@ namespace {
 using Help = std::pair<std::string_view, const char*>;
 
 constexpr std::array helpByReason = {
-    Help{"failure.adminCancelled", "failure.help.password"},
-    Help{"failure.appDidNotQuit", "failure.help.quit"},
-    Help{"failure.file.busy", "failure.help.quit"},
-    Help{"failure.file.denied", "failure.help.access"},
-    Help{"failure.file.noSpace", "failure.help.space"},
-    Help{"failure.keychainRefused", "failure.help.keychain"},
-    Help{"failure.launchctlUnavailable", "failure.help.again"},
-    Help{"failure.noResult", "failure.help.again"},
-    Help{"failure.tccutilFailed", "failure.help.privacy"},
-    Help{"failure.tccutilUnavailable", "failure.help.privacy"},
-    Help{"failure.timedOut", "failure.help.again"},
-    Help{"failure.toolUnavailable", "failure.help.again"},
+    Help{"failure.adminCancelled", "report.help.password"},
+    Help{"failure.appDidNotQuit", "report.help.quit"},
+    Help{"failure.file.busy", "report.help.quit"},
+    Help{"failure.file.denied", "report.help.access"},
+    Help{"failure.file.noSpace", "report.help.space"},
+    Help{"failure.keychainRefused", "report.help.keychain"},
+    Help{"failure.launchctlUnavailable", "report.help.again"},
+    Help{"failure.noResult", "report.help.again"},
+    Help{"failure.tccutilFailed", "report.help.privacy"},
+    Help{"failure.tccutilUnavailable", "report.help.privacy"},
+    Help{"failure.timedOut", "report.help.again"},
+    Help{"failure.toolUnavailable", "report.help.again"},
 };
 
 } // namespace

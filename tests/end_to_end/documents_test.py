@@ -20,7 +20,7 @@ NOT_PROVOKED = """
 AppUsage.useCount InstalledApp.isSizePartial Gap.reason=uncounted Gap.reason=unreadable Immovable.reason=noRights MatchReason.kind=executableName
 OperationKind.kind=quitApplication OwnPermissions.fullDiskAccess=denied OwnPermissions.fullDiskAccess=indeterminate
 RemovalReport.leftOut RemovalReport.unsettled StartupOwner.kind=registered Trace.leftKey=left.leftOut Trace.leftKey=left.mayHoldOthers
-Trace.leftKey=left.permanent Trace.mayHoldOthers UsageEvidence.kind=launchRecord
+Manifest.irreversible=deleteKeychainItem Trace.leftKey=left.permanent Trace.mayHoldOthers UsageEvidence.kind=launchRecord
 """
 # Printed only where the kernel allows a Mac-like root.
 ON_A_MAC = """
