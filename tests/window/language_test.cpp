@@ -189,7 +189,7 @@ TEST_P(Languages, ChangeDuringASearchAndWhenAnotherProcessChoosesOne) {
 }
 
 INSTANTIATE_TEST_SUITE_P(AtTwiceTheTextAndInTheLeastWindow, Languages,
-                         testing::Values(Size{2}, Size{1, 800, 560}, Size{2, 800, 560}));
+                         testing::Values(Size{2}, Size{1, 800, 560}));
 
 } // namespace
 } // namespace tidwen

@@ -86,7 +86,9 @@ QStringList RecoveryBanner::failures() const {
 }
 
 QString RecoveryBanner::names(const std::vector<AppRecord>& apps) const {
-    return listed(apps, &AppRecord::name, texts_);
+    constexpr std::size_t mostNamed = 4; // a removal of leftovers may be of thousands
+    return apps.size() <= mostNamed ? listed(apps, &AppRecord::name, texts_)
+                                    : text("report.subject.apps %lld", {std::to_string(apps.size())});
 }
 
 QString RecoveryBanner::text(const char* key, const std::vector<std::string>& arguments) const {

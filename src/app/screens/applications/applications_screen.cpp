@@ -302,9 +302,10 @@ void ApplicationsScreen::update() {
              {std::to_string(inventory.count), sizeWords(inventory.size.bytes, models_.texts).toStdString()});
     if (phase == Phase::measuring) line += QStringLiteral(" · ") + text("applications.measuring");
     if (isLooking) line = text("cli.apps.progress");
-    const auto missed = inventory.unreadable.size() + (inventory.leftOut > 0 ? 1 : 0);
-    if (missed > 0)
+    if (const auto missed = inventory.unreadable.size(); missed > 0)
         line += QStringLiteral(" · ") + text("applications.unread %lld", {std::to_string(missed)});
+    if (inventory.leftOut > 0)
+        line += QStringLiteral(" · ") + text("cli.leftOut %lld", {std::to_string(inventory.leftOut)});
     header_->setLine(line);
     showEmpty();
     parts::turnTo(*content_, *this,

@@ -236,6 +236,8 @@ void HistoryScreen::showEmpty() {
     empty_->offer({});
     if (history_.unreadable.get())
         return empty_->say(text("history.unreadable.title"), text("history.unreadable.body"));
+    // After an interruption, too: that nothing was removed is only said once all was looked at.
+    if (history_.isLoading.get()) return empty_->say(text("history.loading"), {});
     if (history_.entries.get().empty())
         return empty_->say(text("history.empty.title"), text("history.empty.message"));
     empty_->setIcon(QStringLiteral("search"));
