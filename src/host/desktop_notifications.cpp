@@ -11,7 +11,7 @@ namespace tidwen {
 
 namespace {
 
-constexpr std::chrono::seconds timeout{5};
+constexpr std::chrono::seconds showWithin{5};
 
 /// The service interprets simple markup in the body, so a hostile name is escaped.
 std::string withoutMarkup(std::string_view text) {
@@ -40,7 +40,7 @@ bool DesktopNotifications::post(const UserNotification& notification) {
     if (state() != NotificationState::allowed) return false;
     const auto result = processes_.run(
         tool_, {"--app-name=Tidwen", "--", printable(notification.title), withoutMarkup(notification.body)},
-        timeout);
+        showWithin);
     return result && result->exitCode == 0;
 }
 

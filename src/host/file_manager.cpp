@@ -11,7 +11,7 @@ namespace tidwen {
 
 namespace {
 
-constexpr std::chrono::seconds timeout{10};
+constexpr std::chrono::seconds answerWithin{10};
 
 bool isPlain(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9')
@@ -47,7 +47,7 @@ tl::expected<void, Message> revealHere(ProcessRunner& processes, const std::file
                                                 "['" + fileAddress(absolute) + "']",
                                                 ""};
 #endif
-    const auto result = processes.run(tool, arguments, timeout);
+    const auto result = processes.run(tool, arguments, answerWithin);
     if (!result) return tl::unexpected(describe(result.error()));
     if (result->exitCode != 0)
         return tl::unexpected(Message{"failure.exit %@", {std::to_string(result->exitCode)}});

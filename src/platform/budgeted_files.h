@@ -32,6 +32,10 @@ class BudgetedFiles : public FileSystem {
     static const ReadBudget* budgetOf(const FileSystem& files) {
         return files.budgeted() ? &files.budgeted()->budget() : nullptr;
     }
+    static bool isSpent(const FileSystem& files) {
+        const auto* budget = budgetOf(files);
+        return budget && budget->isExhausted();
+    }
     const BudgetedFiles* budgeted() const override { return this; }
 
     /// As `readPropertyList`. A large list that is reached through many links or names is parsed once.

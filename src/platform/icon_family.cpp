@@ -9,12 +9,12 @@ namespace tidwen {
 
 namespace {
 
-constexpr std::string_view magic = "icns";
+constexpr std::string_view familyMagic = "icns";
 constexpr std::size_t headerBytes = 8; ///< of the file and of each entry: a name, and the length with these
-constexpr std::size_t maxEntries = 64;
+constexpr std::size_t maxImages = 64;
 constexpr unsigned maxSide = 1024;
 
-struct Entry {
+struct Image {
     std::string_view whole; ///< with its header
     std::string_view type() const { return whole.substr(0, 4); }
     std::string_view content() const { return whole.substr(headerBytes); }
@@ -49,11 +49,11 @@ std::string bytesOf(std::uint32_t value) {
     return bytes;
 }
 
-std::vector<Entry> entriesOf(std::string_view file) {
-    std::vector<Entry> entries;
-    if (file.size() < headerBytes || !file.starts_with(magic)) return entries;
+std::vector<Image> imagesOf(std::string_view file) {
+    std::vector<Image> entries;
+    if (file.size() < headerBytes || !file.starts_with(familyMagic)) return entries;
     file = file.substr(0, number(file.substr(4)));
-    for (std::size_t at = headerBytes; entries.size() < maxEntries && at + headerBytes <= file.size();) {
+    for (std::size_t at = headerBytes; entries.size() < maxImages && at + headerBytes <= file.size();) {
         const std::size_t length = number(file.substr(at + 4));
         if (length < headerBytes || length > file.size() - at) break;
         entries.push_back({file.substr(at, length)});
@@ -76,7 +76,7 @@ unsigned sideOfPng(std::string_view content) {
     return isSquare && side <= maxSide && isPlausible(content.size(), side) ? side : 0;
 }
 
-std::vector<Picture> modernPictures(const std::vector<Entry>& entries) {
+std::vector<Picture> modernPictures(const std::vector<Image>& entries) {
     std::vector<Picture> pictures;
     pictures.reserve(entries.size());
     for (const auto& entry : entries)
@@ -85,8 +85,8 @@ std::vector<Picture> modernPictures(const std::vector<Entry>& entries) {
     return pictures;
 }
 
-std::vector<Picture> maskedPictures(const std::vector<Entry>& entries) {
-    const auto find = [&](std::string_view type) { return std::ranges::find(entries, type, &Entry::type); };
+std::vector<Picture> maskedPictures(const std::vector<Image>& entries) {
+    const auto find = [&](std::string_view type) { return std::ranges::find(entries, type, &Image::type); };
     std::vector<Picture> pictures;
     pictures.reserve(maskedTypes.size());
     for (const auto& type : maskedTypes) {
@@ -101,7 +101,7 @@ std::vector<Picture> maskedPictures(const std::vector<Entry>& entries) {
 } // namespace
 
 std::optional<std::string> reducedIcon(std::string_view file, unsigned pixels) {
-    const auto entries = entriesOf(file);
+    const auto entries = imagesOf(file);
     auto pictures = modernPictures(entries);
     if (pictures.empty()) pictures = maskedPictures(entries);
     const auto fitsBetter = [pixels](const Picture& a, const Picture& b) {
@@ -114,7 +114,7 @@ std::optional<std::string> reducedIcon(std::string_view file, unsigned pixels) {
     const auto length = static_cast<std::uint32_t>(headerBytes + best->entry.size() + best->mask.size());
     std::string reduced;
     reduced.reserve(length);
-    return reduced.append(magic).append(bytesOf(length)).append(best->entry).append(best->mask);
+    return reduced.append(familyMagic).append(bytesOf(length)).append(best->entry).append(best->mask);
 }
 
 } // namespace tidwen

@@ -9,26 +9,26 @@ namespace {
 
 constexpr std::uint64_t mostHolesRead = std::uint64_t{4} << 30;
 
-thread_local ComparisonLimit* current = nullptr;
+thread_local ComparisonLimit* limitOfThread = nullptr;
 
 } // namespace
 
 ComparisonLimit::ComparisonLimit(StopToken stop) : stop_(std::move(stop)), holesLeft_(mostHolesRead) {
-    if (!current) current = this;
+    if (!limitOfThread) limitOfThread = this;
 }
 
 ComparisonLimit::~ComparisonLimit() {
-    if (current == this) current = nullptr;
+    if (limitOfThread == this) limitOfThread = nullptr;
 }
 
 bool ComparisonLimit::isStopped() {
-    return current && current->stop_.stopRequested();
+    return limitOfThread && limitOfThread->stop_.stopRequested();
 }
 
 bool ComparisonLimit::allowsFree(std::uint64_t bytes) {
-    if (!current) return true;
-    if (bytes > current->holesLeft_) return false;
-    current->holesLeft_ -= bytes;
+    if (!limitOfThread) return true;
+    if (bytes > limitOfThread->holesLeft_) return false;
+    limitOfThread->holesLeft_ -= bytes;
     return true;
 }
 
@@ -37,13 +37,13 @@ bool ComparisonLimit::allowsHolesOf(const FileInfo& file) {
 }
 
 std::optional<bool> ComparisonLimit::known(const FileInfo& a, const FileInfo& b) {
-    if (!current) return std::nullopt;
-    const auto found = current->compared_.find(pairOf(a, b));
-    return found == current->compared_.end() ? std::nullopt : std::optional(found->second);
+    if (!limitOfThread) return std::nullopt;
+    const auto found = limitOfThread->compared_.find(pairOf(a, b));
+    return found == limitOfThread->compared_.end() ? std::nullopt : std::optional(found->second);
 }
 
 void ComparisonLimit::add(const FileInfo& a, const FileInfo& b, bool isAlike) {
-    if (current && !isStopped()) current->compared_.emplace(pairOf(a, b), isAlike);
+    if (limitOfThread && !isStopped()) limitOfThread->compared_.emplace(pairOf(a, b), isAlike);
 }
 
 ComparisonLimit::Pair ComparisonLimit::pairOf(const FileInfo& a, const FileInfo& b) {

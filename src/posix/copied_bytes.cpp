@@ -8,23 +8,23 @@ namespace {
 
 constexpr std::uint64_t toldEvery = 1u << 20;
 
-thread_local CopiedBytes* current = nullptr;
+thread_local CopiedBytes* counterOfThread = nullptr;
 
 } // namespace
 
 CopiedBytes::CopiedBytes(std::function<void(std::uint64_t)> onCopied)
-    : onCopied_(std::move(onCopied)), before_(std::exchange(current, this)) {}
+    : onCopied_(std::move(onCopied)), before_(std::exchange(counterOfThread, this)) {}
 
 CopiedBytes::~CopiedBytes() {
-    current = before_;
+    counterOfThread = before_;
 }
 
 void CopiedBytes::add(std::uint64_t bytes) {
-    if (!current) return;
-    current->sum_ += bytes;
-    if (current->sum_ - current->told_ < toldEvery) return;
-    current->told_ = current->sum_;
-    current->onCopied_(current->sum_);
+    if (!counterOfThread) return;
+    counterOfThread->sum_ += bytes;
+    if (counterOfThread->sum_ - counterOfThread->told_ < toldEvery) return;
+    counterOfThread->told_ = counterOfThread->sum_;
+    counterOfThread->onCopied_(counterOfThread->sum_);
 }
 
 } // namespace tidwen

@@ -250,11 +250,11 @@ constexpr int mostMovesOfOneItem = 100;
 
 /// Of a manifest, an entry whose source says no place is kept: an undo refuses it by the safety policy and
 /// puts the others back. A journal was written before anything moved, and says every place in full.
-enum class Sources { ofManifest, ofJournal };
+enum class SourceRule { ofManifest, ofJournal };
 
 void checkPlaces(Reader& reader, const Path& root, const std::vector<ManifestEntry>& entries,
-                 Sources sources) {
-    const auto isSource = sources == Sources::ofManifest ? isPathText : isPlainAbsolutePath;
+                 SourceRule sources) {
+    const auto isSource = sources == SourceRule::ofManifest ? isPathText : isPlainAbsolutePath;
     if (!isPlainAbsolutePath(root.string()) || root.isRoot()) reader.fail("not a folder:", "quarantineRoot");
     const QuarantinedItems items(root);
     std::unordered_map<std::string_view, int> moves; ///< by source
@@ -366,7 +366,7 @@ tl::expected<Manifest, DocumentError> decodeManifest(std::string_view text) {
     else
         takeSingleApp(reader, name.value_or(OlderText{"App", true}), bundleID.value_or(OlderText{"", true}),
                       manifest);
-    checkPlaces(reader, manifest.quarantineRoot, manifest.entries, Sources::ofManifest);
+    checkPlaces(reader, manifest.quarantineRoot, manifest.entries, SourceRule::ofManifest);
     return reader.finish(std::move(manifest));
 }
 
@@ -376,7 +376,7 @@ tl::expected<RemovalJournal, DocumentError> decodeJournal(std::string_view text)
     reader.record(required("version", journal.version), required("createdAt", journal.createdAt),
                   required("quarantineRoot", journal.quarantineRoot), required("apps", journal.apps),
                   required("planned", journal.planned));
-    checkPlaces(reader, journal.quarantineRoot, journal.planned, Sources::ofJournal);
+    checkPlaces(reader, journal.quarantineRoot, journal.planned, SourceRule::ofJournal);
     return reader.finish(std::move(journal));
 }
 

@@ -9,13 +9,13 @@ namespace tidwen {
 
 namespace {
 
-using Sources = std::map<Path, const ManifestEntry*>;
+using EntriesBySource = std::map<Path, const ManifestEntry*>;
 
 bool canBeRestored(const ManifestEntry& entry) {
     return entry.kind == ManifestEntryKind::move && entry.destination;
 }
 
-RestoreStep stepFor(const ManifestEntry& entry, const Sources& sources) {
+RestoreStep stepFor(const ManifestEntry& entry, const EntriesBySource& sources) {
     RestoreStep step{.entry = &entry};
     const Path source(entry.source);
     for (Path folder = source.parent(); !folder.isRoot() && folder.isAbsolute(); folder = folder.parent()) {
@@ -30,7 +30,7 @@ RestoreStep stepFor(const ManifestEntry& entry, const Sources& sources) {
 } // namespace
 
 std::vector<RestoreStep> restoreOrder(const std::vector<ManifestEntry>& entries) {
-    Sources sources;
+    EntriesBySource sources;
     for (const auto& entry : entries)
         if (canBeRestored(entry)) sources.emplace(entry.source, &entry);
 

@@ -20,7 +20,7 @@ namespace {
 /// Each one requires reading a property list.
 constexpr std::size_t mostTrashedBundles = 1'000;
 
-bool isApplication(const std::string& path) {
+bool namesApplication(const std::string& path) {
     return Path(path).lowercasedExtension() == "app";
 }
 
@@ -88,13 +88,13 @@ std::vector<Path> FormerApplications::trashedBundles(const std::string& bundleID
     std::vector<Path> bundles;
     for (const auto& run : runs_)
         for (const auto& entry : run.manifest.entries)
-            if (entry.kind == ManifestEntryKind::move && entry.destination && isApplication(entry.source)
+            if (entry.kind == ManifestEntryKind::move && entry.destination && namesApplication(entry.source)
                 && lowercased(entry.bundleID) == bundleID)
                 bundles.emplace_back(*entry.destination);
     const auto trashed = files_.list(user_.trash());
     std::size_t looked = 0;
     for (const auto& each : trashed ? *trashed : std::vector<DirectoryEntry>()) {
-        if (each.kind != FileKind::directory || !isApplication(each.name)) continue;
+        if (each.kind != FileKind::directory || !namesApplication(each.name)) continue;
         if (++looked > mostTrashedBundles) break;
         const auto place = user_.trash() / each.name;
         const auto bundle = Bundle::open(files_, place);

@@ -24,7 +24,7 @@ namespace tidwen {
 
 namespace {
 
-bool isBundle(const Trace& trace) {
+bool isApplication(const Trace& trace) {
     return trace.category == TraceCategory::application;
 }
 
@@ -271,7 +271,7 @@ bool RemovalChoice::staysWhole(std::size_t group) const {
     if (leftOut_[group]) return true;
     const auto traces = findings_->groups()[group].traces;
     const auto first = findings_->firstNumber(group);
-    const auto bundle = std::ranges::find_if(traces, isBundle);
+    const auto bundle = std::ranges::find_if(traces, isApplication);
     if (bundle == traces.end()) return false;
     if (mode_ == RemovalMode::uninstall) return !selected_[first + (bundle - traces.begin())];
     for (std::size_t i = 0; i < traces.size(); ++i)
@@ -359,7 +359,7 @@ void RemovalChoice::sort(const Flags& goes) {
         for (std::size_t k = 0; k < group.traces.size(); ++k)
             if (goes[first + k]) {
                 going.traces.push_back(&group.traces[k]);
-                isGoing = isGoing || isBundle(group.traces[k]);
+                isGoing = isGoing || isApplication(group.traces[k]);
             }
         for (std::size_t k = 0; k < group.traces.size(); ++k) {
             const auto& trace = group.traces[k];
@@ -391,7 +391,7 @@ void RemovalChoice::describe() {
         });
         all.insert(all.end(), each.traces.begin(), each.traces.end());
         if (subject_.name.empty()) subject_.name = each.group->target.name;
-        if (std::ranges::none_of(each.traces, [](const Trace* trace) { return isBundle(*trace); }))
+        if (std::ranges::none_of(each.traces, [](const Trace* trace) { return isApplication(*trace); }))
             subject_.goesWhole = false;
     }
     subject_.items = all.size();

@@ -26,16 +26,16 @@ using Kind = FormatPart::Kind;
 namespace fs = std::filesystem;
 
 /// The texts of one key: one, or its format and the forms of each variable by "variable.category".
-using Entry = std::map<std::string, std::string>;
-using Words = std::map<std::string, Entry>;
+using TextForms = std::map<std::string, std::string>;
+using EntriesByKey = std::map<std::string, TextForms>;
 
 std::string bytesOf(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-Words wordsIn(const fs::path& folder) {
-    Words words;
+EntriesByKey wordsIn(const fs::path& folder) {
+    EntriesByKey words;
     const auto strings = parseStringsFile(bytesOf(folder / "Localizable.strings"));
     const auto plurals = parsePropertyList(bytesOf(folder / "Localizable.stringsdict"));
     if (!strings || !plurals) ADD_FAILURE() << folder << ": malformed";
@@ -216,7 +216,7 @@ void expectTerms(const std::string& text, const std::string& english, const Lang
 }
 
 /// All whole numbers that people meet, up to a removal's most steps, find a form.
-void expectPluralForms(const Entry& entry, const std::string& tag) {
+void expectPluralForms(const TextForms& entry, const std::string& tag) {
     for (const auto& [name, form] : entry) {
         const auto variable = name.substr(0, name.find('.'));
         if (name.empty()) continue;

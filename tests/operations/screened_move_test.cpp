@@ -17,13 +17,13 @@
 namespace tidwen {
 namespace {
 
-const std::string quarantine = "/Users/alice/.Trash/Tidwen - Marlin Notes - 2024-01-01 10-00-00";
+const std::string trashFolder = "/Users/alice/.Trash/Tidwen - Marlin Notes - 2024-01-01 10-00-00";
 const std::string caches = "/Users/alice/Library/Caches/";
 
 class ScreenedMoveTest : public testing::Test {
   protected:
     ScreenedMoveTest() {
-        volume.makeFolder(quarantine);
+        volume.makeFolder(trashFolder);
         volume.makeFolder(caches);
     }
     std::string move(const std::string& source, const std::string& destination) {
@@ -37,28 +37,28 @@ class ScreenedMoveTest : public testing::Test {
 
 TEST_F(ScreenedMoveTest, MovesIntoQuarantineAndBack) {
     volume.write(caches + "com.example.app/data", "x");
-    EXPECT_EQ(move(caches + "com.example.app", quarantine + "/Marlin Notes/0007/com.example.app"), "moved");
-    EXPECT_EQ(volume.read(quarantine + "/Marlin Notes/0007/com.example.app/data"), "x");
-    EXPECT_EQ(move(quarantine + "/Marlin Notes/0007/com.example.app", caches + "gone/com.example.app"),
+    EXPECT_EQ(move(caches + "com.example.app", trashFolder + "/Marlin Notes/0007/com.example.app"), "moved");
+    EXPECT_EQ(volume.read(trashFolder + "/Marlin Notes/0007/com.example.app/data"), "x");
+    EXPECT_EQ(move(trashFolder + "/Marlin Notes/0007/com.example.app", caches + "gone/com.example.app"),
               "moved");
     EXPECT_EQ(volume.read(caches + "gone/com.example.app/data"), "x");
 
     volume.link(caches + "com.example.link", "/nowhere"); // the link itself is the item
-    EXPECT_EQ(move(caches + "com.example.link", quarantine + "/0008/com.example.link"), "moved");
-    EXPECT_TRUE(volume.exists(quarantine + "/0008/com.example.link"));
+    EXPECT_EQ(move(caches + "com.example.link", trashFolder + "/0008/com.example.link"), "moved");
+    EXPECT_TRUE(volume.exists(trashFolder + "/0008/com.example.link"));
 }
 
 TEST_F(ScreenedMoveTest, AMoveThatCannotBeDoneLeavesBothItems) {
     volume.write(caches + "a", "new");
-    volume.write(quarantine + "/0001/a", "old");
-    volume.link(quarantine + "/0002/a", "/nowhere");
-    EXPECT_EQ(move(caches + "a", quarantine + "/0001/a"), "failure.destinationOccupied");
-    EXPECT_EQ(move(caches + "a", quarantine + "/0002/a"), "failure.destinationOccupied");
-    EXPECT_EQ(move(caches + "b", quarantine + "/0003/b"), failureKey(FileFault::missing));
-    EXPECT_NE(move(caches + "a", quarantine + "/0001/a/b"), "moved");
+    volume.write(trashFolder + "/0001/a", "old");
+    volume.link(trashFolder + "/0002/a", "/nowhere");
+    EXPECT_EQ(move(caches + "a", trashFolder + "/0001/a"), "failure.destinationOccupied");
+    EXPECT_EQ(move(caches + "a", trashFolder + "/0002/a"), "failure.destinationOccupied");
+    EXPECT_EQ(move(caches + "b", trashFolder + "/0003/b"), failureKey(FileFault::missing));
+    EXPECT_NE(move(caches + "a", trashFolder + "/0001/a/b"), "moved");
     EXPECT_EQ(volume.read(caches + "a"), "new");
-    EXPECT_EQ(volume.read(quarantine + "/0001/a"), "old");
-    EXPECT_FALSE(volume.exists(quarantine + "/0003")) << "an empty folder counts as quarantined";
+    EXPECT_EQ(volume.read(trashFolder + "/0001/a"), "old");
+    EXPECT_FALSE(volume.exists(trashFolder + "/0003")) << "an empty folder counts as quarantined";
 }
 
 TEST_F(ScreenedMoveTest, MovesNothingElseThanWhatWasFound) {
@@ -84,7 +84,7 @@ TEST_F(ScreenedMoveTest, MovesNothingElseThanWhatWasFound) {
         const FoundItem found(*volume.files().info(Path(caches + "a")), each.part);
         each.change();
         const auto reason =
-            screenedMove({Path(caches + "a"), Path(quarantine) / std::to_string(++number) / "a", found},
+            screenedMove({Path(caches + "a"), Path(trashFolder) / std::to_string(++number) / "a", found},
                          volume.files(), policy, log);
         EXPECT_EQ(reason ? reason->key : "moved", each.result) << number;
     }
@@ -95,30 +95,30 @@ TEST_F(ScreenedMoveTest, SaysWhoseItIsThatMayNotBeMoved) {
     test::giveToUnprivileged(volume.hostRoot());
     std::filesystem::permissions(volume.host(caches + "shut"), std::filesystem::perms(0555));
     test::asUnprivileged(
-        [&] { EXPECT_EQ(move(caches + "shut/a", quarantine + "/0001/a"), "failure.notYours"); });
+        [&] { EXPECT_EQ(move(caches + "shut/a", trashFolder + "/0001/a"), "failure.notYours"); });
     if (::geteuid() != 0) GTEST_SKIP() << "only root can give a folder to another account";
-    volume.write(quarantine + "/0002/b", "x");
+    volume.write(trashFolder + "/0002/b", "x");
     volume.makeFolder("/Library/Caches");
     test::giveToUnprivileged(volume.hostRoot());
     ASSERT_EQ(::chown(volume.host("/Library/Caches").c_str(), 0, 0), 0);
     test::asUnprivileged(
-        [&] { EXPECT_EQ(move(quarantine + "/0002/b", "/Library/Caches/b"), "failure.oldFolderNotYours"); });
+        [&] { EXPECT_EQ(move(trashFolder + "/0002/b", "/Library/Caches/b"), "failure.oldFolderNotYours"); });
 }
 
 TEST_F(ScreenedMoveTest, FollowsHarmlessLinksAndNoOthers) {
     volume.link("/Users/alice/Library/Shortcut", "/Library/Caches");
     volume.write("/Library/Caches/com.example.app", "x");
-    EXPECT_EQ(move("/Users/alice/Library/Shortcut/com.example.app", quarantine + "/0001/com.example.app"),
+    EXPECT_EQ(move("/Users/alice/Library/Shortcut/com.example.app", trashFolder + "/0001/com.example.app"),
               "moved");
 
     volume.write("/Users/alice/Documents/thesis", "x");
     volume.link("/Users/alice/Library/Folder", "/Users/alice/Documents");
-    volume.link(quarantine + "/0003", "/Users/alice/Documents");
+    volume.link(trashFolder + "/0003", "/Users/alice/Documents");
     const auto before = test::fingerprint(volume.hostRoot());
     const std::pair<std::string, std::string> blocked[] = {
-        {"/Users/alice/Library/Folder/thesis", quarantine + "/0002/thesis"},
-        {quarantine + "/0001/com.example.app", "/Users/alice/Library/Folder/new/app"},
-        {"/Library/Caches/com.example.app", quarantine + "/0003/a"}};
+        {"/Users/alice/Library/Folder/thesis", trashFolder + "/0002/thesis"},
+        {trashFolder + "/0001/com.example.app", "/Users/alice/Library/Folder/new/app"},
+        {"/Library/Caches/com.example.app", trashFolder + "/0003/a"}};
     for (const auto& [source, destination] : blocked)
         EXPECT_EQ(move(source, destination), blockedBySafetyPolicyKey) << source;
     EXPECT_EQ(test::fingerprint(volume.hostRoot()), before);

@@ -21,7 +21,7 @@ std::string number(std::uint64_t value, int width = 4) {
     return bytes;
 }
 
-std::string replaced(std::string bytes, const std::string& part, const std::string& by) {
+std::string edited(std::string bytes, const std::string& part, const std::string& by) {
     const auto at = bytes.find(part);
     EXPECT_NE(at, bytes.npos);
     return at == bytes.npos ? bytes : bytes.replace(at, part.size(), by);
@@ -64,20 +64,20 @@ TEST(BillOfMaterials, MalformedFilesGiveNothing) {
     const auto nodeBlock = 1 + 5 * 3; // after three blocks per item
     const std::pair<const char*, std::string> cases[] = {
         {"nothing", ""},
-        {"another version", replaced(bill, "BOMStore" + number(1), "BOMStore" + number(2))},
+        {"another version", edited(bill, "BOMStore" + number(1), "BOMStore" + number(2))},
         {"a leaf that follows itself",
-         replaced(bill, leaf, number(1, 2) + number(5, 2) + number(nodeBlock) + number(0))},
+         edited(bill, leaf, number(1, 2) + number(5, 2) + number(nodeBlock) + number(0))},
         {"a branch below itself",
-         replaced(bill, leaf + number(2),
-                  number(0, 2) + number(5, 2) + number(0) + number(0) + number(nodeBlock))},
-        {"an item inside itself", replaced(bill, named(1, "Applications"), named(2, "Applications"))},
-        {"two items inside each other", replaced(bill, named(1, "Applications"), named(4, "Applications"))},
-        {"a parent that is missing", replaced(bill, named(1, "été"), named(77, "été"))},
-        {"a name without an end", replaced(bill, named(1, "été"), number(1) + "été+")},
-        {"a name of several components", replaced(bill, named(2, "Notes.app"), named(2, "../../etc"))},
-        {"a name that leads up", replaced(bill, named(1, "été"), named(1, "..") + "xx")},
-        {"no tree", replaced(bill, "tree", "eert")},
-        {"no paths", replaced(bill, "Paths", "Pathz")},
+         edited(bill, leaf + number(2),
+                number(0, 2) + number(5, 2) + number(0) + number(0) + number(nodeBlock))},
+        {"an item inside itself", edited(bill, named(1, "Applications"), named(2, "Applications"))},
+        {"two items inside each other", edited(bill, named(1, "Applications"), named(4, "Applications"))},
+        {"a parent that is missing", edited(bill, named(1, "été"), named(77, "été"))},
+        {"a name without an end", edited(bill, named(1, "été"), number(1) + "été+")},
+        {"a name of several components", edited(bill, named(2, "Notes.app"), named(2, "../../etc"))},
+        {"a name that leads up", edited(bill, named(1, "été"), named(1, "..") + "xx")},
+        {"no tree", edited(bill, "tree", "eert")},
+        {"no paths", edited(bill, "Paths", "Pathz")},
     };
     for (const auto& [why, bytes] : cases)
         EXPECT_EQ(readBillOfMaterials(bytes), std::nullopt) << why;

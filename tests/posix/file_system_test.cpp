@@ -20,22 +20,20 @@
 namespace tidwen::test {
 namespace {
 
-std::unique_ptr<FileSystem> openVolume(const std::filesystem::path& root,
-                                       RootedFileSystem::Resolver resolver) {
+std::unique_ptr<FileSystem> openWith(const std::filesystem::path& root, RootedFileSystem::Resolver resolver) {
     return RootedFileSystem::open(root, resolver).value();
 }
 
 std::unique_ptr<FileSystem> walking(const std::filesystem::path& root) {
-    return openVolume(root, RootedFileSystem::Resolver::walk);
+    return openWith(root, RootedFileSystem::Resolver::walk);
 }
 
 std::vector<FileSystemUnderTest> implementations() {
     std::vector<FileSystemUnderTest> all{{"walk", walking}};
     const TemporaryFolder folder;
     if (RootedFileSystem::open(folder.path(), RootedFileSystem::Resolver::kernel))
-        all.push_back({"kernel", [](const auto& root) {
-                           return openVolume(root, RootedFileSystem::Resolver::kernel);
-                       }});
+        all.push_back(
+            {"kernel", [](const auto& root) { return openWith(root, RootedFileSystem::Resolver::kernel); }});
     return all;
 }
 
@@ -52,7 +50,7 @@ TEST(RootedFileSystem, OpensOnlyFolders) {
 
 #ifdef __linux__
 TEST(RootedFileSystem, ReadsFilesThatDoNotTellTheirSize) {
-    const auto files = openVolume("/proc", RootedFileSystem::Resolver::automatic);
+    const auto files = openWith("/proc", RootedFileSystem::Resolver::automatic);
     std::ostringstream expected;
     expected << std::ifstream("/proc/filesystems").rdbuf();
     ASSERT_EQ(files->info(Path("/filesystems"))->size, 0u);
@@ -84,7 +82,7 @@ TEST(RootedFileSystem, KernelAndWalkAgree) {
     for (int i = 0; i < 45; ++i)
         std::filesystem::create_symlink(std::to_string(i + 1), folder.path() / std::to_string(i));
     writeFile(folder.path() / "45", "end of the chain");
-    const auto byKernel = openVolume(folder.path(), RootedFileSystem::Resolver::kernel);
+    const auto byKernel = openWith(folder.path(), RootedFileSystem::Resolver::kernel);
     const auto byWalk = walking(folder.path());
     for (const char* link : {"/0", "/4", "/5", "/6", "/44"})
         EXPECT_EQ(outcome(byKernel->read(Path(link), 99)), outcome(byWalk->read(Path(link), 99))) << link;
@@ -98,7 +96,7 @@ TEST(RootedFileSystem, KernelAndWalkAgree) {
                 std::filesystem::create_symlink(text(pick(2)), root / place / name, ignored);
             std::ofstream(root / place / "none2") << place;
         }
-        const auto kernel = openVolume(root, RootedFileSystem::Resolver::kernel), walk = walking(root);
+        const auto kernel = openWith(root, RootedFileSystem::Resolver::kernel), walk = walking(root);
         for (int i = 0; i < 150; ++i) {
             const Path path(text(true));
             SCOPED_TRACE(path.string());
@@ -207,7 +205,7 @@ TEST(RootedFileSystem, RemovesTreesDeeperThanAnyPath) {
             folder = below;
         }
         ::close(folder);
-        const auto files = openVolume(disk, RootedFileSystem::Resolver::automatic);
+        const auto files = openWith(disk, RootedFileSystem::Resolver::automatic);
         EXPECT_EQ(files->holdsOthersItems(Path("/deep"), ::geteuid()), false);
         EXPECT_EQ(outcome(files->removeTree(Path("/deep"))), "ok");
         EXPECT_FALSE(files->exists(Path("/deep")));
@@ -218,7 +216,7 @@ TEST(RootedFileSystem, RemovesTreesDeeperThanAnyPath) {
 /// A folder of the same disk mounted a second time: only its mount ID distinguishes it from a plain one.
 TEST(RootedFileSystem, EntersNothingThatIsMounted) {
     const auto skipped = withSmallDisk(1u << 20, [](const std::filesystem::path& disk) {
-        const auto files = openVolume(disk, RootedFileSystem::Resolver::automatic);
+        const auto files = openWith(disk, RootedFileSystem::Resolver::automatic);
         const auto mine = ::geteuid();
         for (const std::string file : {"guest/kept", "at/top/own", "below/own", "below/a/own"})
             writeFile(disk / file, std::string(100'000, 'x'));
@@ -244,7 +242,7 @@ TEST(RootedFileSystem, EntersNothingThatIsMounted) {
         EXPECT_FALSE(std::filesystem::exists(disk / "below/own")) << "the rest is removed";
         const TemporaryFolder away;
         writeFile(disk / "below/own", "x");
-        EXPECT_EQ(outcome(openVolume("/", RootedFileSystem::Resolver::automatic)
+        EXPECT_EQ(outcome(openWith("/", RootedFileSystem::Resolver::automatic)
                               ->move(Path((disk / "below").string()), Path((away.path() / "x").string()))),
                   "otherDisk");
         EXPECT_TRUE(std::filesystem::is_empty(away.path()));
@@ -254,7 +252,7 @@ TEST(RootedFileSystem, EntersNothingThatIsMounted) {
 
 TEST(RootedFileSystem, AFullOrReadOnlyDiskKeepsTheOldContent) {
     const auto skipped = withSmallDisk(256u << 10, [](const std::filesystem::path& disk) {
-        const auto files = openVolume(disk, RootedFileSystem::Resolver::automatic);
+        const auto files = openWith(disk, RootedFileSystem::Resolver::automatic);
         const Path file("/journal");
         ASSERT_EQ(outcome(files->replaceFile(file, "old", NewFileMode::privateToOwner)), "ok");
         const std::string tooMuch(1u << 20, 'x');

@@ -17,15 +17,15 @@
 namespace tidwen::test {
 namespace {
 
-const Path root("/Users/alice/.Trash/Tidwen - Notes");
+const Path runRoot("/Users/alice/.Trash/Tidwen - Notes");
 const std::string plist = "/Library/LaunchDaemons/agent.plist";
-const Manifest sample{
-    .createdAt = runDate,
-    .quarantineRoot = root,
-    .apps = {{"Notes", "com.example.notes"}},
-    .entries = {bootoutEntry(1, "agent", true, plist), moveEntry(2, root, "/Library/Caches/it's \"é\"\n")}};
+const Manifest sample{.createdAt = runDate,
+                      .quarantineRoot = runRoot,
+                      .apps = {{"Notes", "com.example.notes"}},
+                      .entries = {bootoutEntry(1, "agent", true, plist),
+                                  moveEntry(2, runRoot, "/Library/Caches/it's \"é\"\n")}};
 const RemovalJournal sampleJournal{
-    .createdAt = runDate, .quarantineRoot = root, .apps = sample.apps, .planned = sample.entries};
+    .createdAt = runDate, .quarantineRoot = runRoot, .apps = sample.apps, .planned = sample.entries};
 
 std::string edited(std::string text, const std::string& from, const std::string& to) {
     const auto at = text.find(from);
@@ -174,11 +174,11 @@ TEST(Manifest, CutOffAnywhereIsRefused) {
 
 TEST(Manifest, IsAPlainFileOfItsOwnFolder) {
     TemporaryVolume volume;
-    ASSERT_TRUE(writeManifest(sample, root / manifestFileName, volume.files()));
-    EXPECT_EQ(readManifest(root, volume.files()), sample);
+    ASSERT_TRUE(writeManifest(sample, runRoot / manifestFileName, volume.files()));
+    EXPECT_EQ(readManifest(runRoot, volume.files()), sample);
     const Path other("/Users/alice/.Trash/Tidwen - Copy"), linked("/Users/alice/.Trash/Tidwen - Link");
     volume.write((other / manifestFileName).string(), encode(sample));
-    volume.link((linked / manifestFileName).string(), (root / manifestFileName).string());
+    volume.link((linked / manifestFileName).string(), (runRoot / manifestFileName).string());
     volume.makeFolder((linked / journalFileName).string());
     EXPECT_FALSE(readManifest(other, volume.files()));
     EXPECT_FALSE(readManifest(linked, volume.files()));
@@ -186,14 +186,14 @@ TEST(Manifest, IsAPlainFileOfItsOwnFolder) {
 
     auto unwritable = sampleJournal;
     unwritable.planned[1].source = "/Library/Caches/\xff";
-    const auto written = writeJournal(unwritable, root / journalFileName, volume.files());
+    const auto written = writeJournal(unwritable, runRoot / journalFileName, volume.files());
     EXPECT_EQ(written.error().fault, FileFault::notSupported) << "it would read back as another path";
 
     auto tooLong = sampleJournal;
     tooLong.planned.resize(maxManifestEntries + 1, sampleJournal.planned[0]);
-    EXPECT_EQ(writeJournal(tooLong, root / journalFileName, volume.files()).error().fault,
+    EXPECT_EQ(writeJournal(tooLong, runRoot / journalFileName, volume.files()).error().fault,
               FileFault::tooLarge);
-    EXPECT_FALSE(volume.exists((root / journalFileName).string()));
+    EXPECT_FALSE(volume.exists((runRoot / journalFileName).string()));
 }
 
 TEST(Manifest, TakesTheReversibleStepsThatSucceeded) {
@@ -205,10 +205,10 @@ TEST(Manifest, TakesTheReversibleStepsThatSucceeded) {
     const std::vector plan = {operation(1, operation::ResetPermissions{"com.example.notes"}),
                               operation(2, operation::Bootout{"job", false}, job),
                               operation(3, operation::Bootout{"loose", false}),
-                              operation(4, operation::Move{Path(plist), root / "0004/agent.plist"}, job),
-                              operation(5, operation::Move{Path("/Library/b"), root / "0005/b"})};
+                              operation(4, operation::Move{Path(plist), runRoot / "0004/agent.plist"}, job),
+                              operation(5, operation::Move{Path("/Library/b"), runRoot / "0005/b"})};
     const std::vector all = {bootoutEntry(2, "job", false, plist), bootoutEntry(3, "loose", false, {}),
-                             moveEntry(4, root, plist), moveEntry(5, root, "/Library/b")};
+                             moveEntry(4, runRoot, plist), moveEntry(5, runRoot, "/Library/b")};
     EXPECT_EQ(manifestEntries(plan), all);
     EXPECT_EQ(manifestEntries(plan, {OperationResult::success(1), OperationResult::success(2),
                                      OperationResult::failure(4, {"failure.unknown"}),

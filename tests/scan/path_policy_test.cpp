@@ -16,18 +16,18 @@
 namespace tidwen {
 namespace {
 
-using Kind = PathPolicy::ViolationKind;
+using Fault = PathPolicy::ViolationKind;
 using namespace std::string_literals;
 using Violation = PathPolicy::Violation;
 
-std::optional<Kind> kindOf(const std::optional<Violation>& violation) {
+std::optional<Fault> kindOf(const std::optional<Violation>& violation) {
     return violation ? std::optional(violation->kind) : std::nullopt;
 }
 
 /// Checks lists of paths; all paths of a list must get the same result.
 template<class Judge>
 void expectEach(const Judge& judge,
-                const std::vector<std::pair<std::optional<Kind>, std::vector<std::string>>>& cases) {
+                const std::vector<std::pair<std::optional<Fault>, std::vector<std::string>>>& cases) {
     for (const auto& [expected, paths] : cases)
         for (const auto& path : paths)
             EXPECT_EQ(kindOf(judge(path)), expected) << path;
@@ -55,20 +55,20 @@ TEST(PathPolicy, JudgesPaths) {
            home + "/Library/Caches/com.example.app", home + "/Library/KeychainsOld/x",
            "/private/var/db/receipts/com.example.bom", "/private/var/folders/ab/xyz/C/com.example.app",
            "/var/folders/ab/xyz/C/x"}},
-         {Kind::tooShallow,
+         {Fault::tooShallow,
           {"/", "/Applications", "/Library/Caches/x/../../..", "/private/var/folders/ab/xyz/C",
            "/var/folders/ab/xyz/C"}},
-         {Kind::deniedExact,
+         {Fault::deniedExact,
           {"/Applications/Utilities/", "/usr/local/bin", "/opt/homebrew/CELLAR", home,
            home + "/library//CACHES/.", home + "/Library/Audio/Plug-Ins/VST3", "/private/var/db/receipts",
            "/private/var/folders/ab/xyz123/C"}},
-         {Kind::neverTouch,
+         {Fault::neverTouch,
           {"/usr/localized/tool", home + "/Downloads/Setup.dmg", "/Users/bob/Library/Caches/x", "/USERS/al",
            "/Users/alice2/Applications/Foo.app", "/private/var/db/other",
            "/System/Volumes/Data/Users/alice/Library/Caches/x", "/Library/Caches/../../System/Library/x",
            // Some Mac disks treat these as "Documents": a long s, a joiner.
            home + "/Document\u017f/Letter.txt", home + "/Docu\u200dments/Letter.txt"}},
-         {Kind::traversal,
+         {Fault::traversal,
           {"/.vol/16777220/1152921500312", std::string("/usr/local/bin\0x", 16), "Library/Caches/x", ""}}});
 }
 
@@ -81,12 +81,12 @@ TEST(PathPolicy, OnlyInstallersMayLeaveDownloads) {
 
 TEST(PathPolicy, HomesOfEveryKind) {
     const auto composed = policyFor("/Users/Ren\u00e9e");
-    EXPECT_EQ(kindOf(composed.check(Path("/Users/RENE\u0301E/Music/a.mp3"))), Kind::neverTouch);
+    EXPECT_EQ(kindOf(composed.check(Path("/Users/RENE\u0301E/Music/a.mp3"))), Fault::neverTouch);
     EXPECT_TRUE(composed.isQuarantineEndpoint(Path("/users/Rene\u0301e/.trash/Tidwen - x/item")));
     const auto none = policyFor("");
-    EXPECT_EQ(kindOf(none.check(Path("/Library/Caches/com.example.app"))), Kind::traversal);
+    EXPECT_EQ(kindOf(none.check(Path("/Library/Caches/com.example.app"))), Fault::traversal);
     EXPECT_FALSE(none.isQuarantineEndpoint(Path(".Trash/Tidwen - x/item")));
-    EXPECT_EQ(kindOf(policyFor("/").check(Path("/Documents/x"))), Kind::neverTouch);
+    EXPECT_EQ(kindOf(policyFor("/").check(Path("/Documents/x"))), Fault::neverTouch);
     for (const char* other : {"Tidwen - x", "Foo.app/Tidwen - x", "Tidwen/x", "Tidwen - x/../Foo.app/x"})
         EXPECT_FALSE(policyFor("/").isQuarantineEndpoint(Path("/.Trash") / other)) << other;
 }
@@ -105,7 +105,7 @@ TEST(PathPolicy, HomesOfOthersWhereverTheyLie) {
     const test::TemporaryVolume empty;
     const PathPolicy policy(user, empty.files());
     expectEach([&](const std::string& path) { return policy.check(Path(path)); },
-               {{Kind::neverTouch,
+               {{Fault::neverTouch,
                  {"/srv/homes/carl", "/srv/Homes/CARL/.ssh/authorized_keys", "/opt/people/dave/Library/x",
                   "/root/x", "/var/root/x", "/private/var/root/x", "/home/dave/x", "/Network/Servers/x"}},
                 {std::nullopt,
@@ -139,7 +139,7 @@ TEST(PathPolicy, NoSpellingOpensWhatIsNeverTouched) {
         for (const char* tail : {"/item", "/a/b.app", "/local files/x", "/.hidden/x/"})
             for (int round = 0; round < 20; ++round) {
                 const auto path = respelled(prefix + tail, random);
-                ASSERT_EQ(kindOf(policy.check(Path(path), true)), Kind::neverTouch) << path;
+                ASSERT_EQ(kindOf(policy.check(Path(path), true)), Fault::neverTouch) << path;
             }
     for (const char* shallow :
          {"/", "/Applications", "/opt/..", "/Library/Caches/..", "/Users/alice/../../a"})
@@ -171,11 +171,11 @@ TEST_F(MovePolicy, JoinsARealPlaceAndTheQuarantine) {
     EXPECT_EQ(check("/Library/Foo", quarantine + "/Foo"), std::nullopt);
     EXPECT_EQ(check("/Users/alice/Downloads/Setup.pkg", quarantine + "/new/Setup.pkg"), std::nullopt);
     EXPECT_EQ(check(quarantine + "/Foo", "/Library/Gone/deeper/Foo"), std::nullopt);
-    const auto noEnd = Kind::missingQuarantineEndpoint;
+    const auto noEnd = Fault::missingQuarantineEndpoint;
     EXPECT_EQ(check("/Library/Foo", "/Library/Bar"), (Violation{noEnd, "/Library/Bar"}));
     EXPECT_EQ(check(quarantine + "/a", quarantine + "/b"), (Violation{noEnd, quarantine + "/a"}));
-    EXPECT_EQ(check("/a/../b", quarantine + "/../x"), (Violation{Kind::traversal, "/a/../b"}));
-    EXPECT_EQ(check("/System/x", quarantine + "/../x"), (Violation{Kind::traversal, quarantine + "/../x"}));
+    EXPECT_EQ(check("/a/../b", quarantine + "/../x"), (Violation{Fault::traversal, "/a/../b"}));
+    EXPECT_EQ(check("/System/x", quarantine + "/../x"), (Violation{Fault::traversal, quarantine + "/../x"}));
 }
 
 TEST_F(MovePolicy, FollowsTheLinksOfTheRealPlace) {
@@ -191,10 +191,10 @@ TEST_F(MovePolicy, FollowsTheLinksOfTheRealPlace) {
             [&](const std::string& path) {
                 return isPutBack ? check(quarantine + "/item", path) : check(path, quarantine + "/item");
             },
-            {{Kind::neverTouch,
+            {{Fault::neverTouch,
               {caches + "/system/new/x", caches + "/documents/taxes", caches + "/bob/com.example.app"}},
-             {Kind::traversal, {caches + "/nowhere/deeper/x", caches + "/loop/x", "/Library/file/deeper/x"}},
-             {Kind::deniedExact, {caches + "/fine/Caches"}},
+             {Fault::traversal, {caches + "/nowhere/deeper/x", caches + "/loop/x", "/Library/file/deeper/x"}},
+             {Fault::deniedExact, {caches + "/fine/Caches"}},
              {std::nullopt, {caches + "/fine/x", caches + "/documents"}}}); // the latter is the link itself
 }
 
@@ -207,7 +207,7 @@ TEST_F(MovePolicy, DoubtsWhatOtherHomesMayLeadToWhenTheyAreTooMany) {
     for (int i = 0; i < 2'000; ++i)
         volume.link("/Users/bob/Library/" + std::to_string(i), i == 1'999 ? caches + "/last" : "/nowhere");
     EXPECT_FALSE(mayBeOthers(caches + "/x"));
-    EXPECT_EQ(kindOf(check(caches + "/last", quarantine + "/x")), Kind::neverTouch);
+    EXPECT_EQ(kindOf(check(caches + "/last", quarantine + "/x")), Fault::neverTouch);
     volume.link("/Users/bob/more", caches + "/more");
     EXPECT_TRUE(mayBeOthers(caches + "/x"));
     EXPECT_FALSE(mayBeOthers("/Library/x")) << "such a link protects only items of homes";
@@ -224,16 +224,16 @@ TEST_F(MovePolicy, FollowsTheLinksOfTheQuarantine) {
     volume.link("/Users/alice/.Trash/Tidwen - other", quarantine);
     volume.link(quarantine + "/out", "/Library");
     const auto into = [&](const std::string& place) { return kindOf(check("/Library/Foo", place)); };
-    EXPECT_EQ(into("/Users/alice/.Trash/Tidwen - out/x"), Kind::missingQuarantineEndpoint);
-    EXPECT_EQ(into(quarantine + "/out/x"), Kind::missingQuarantineEndpoint);
+    EXPECT_EQ(into("/Users/alice/.Trash/Tidwen - out/x"), Fault::missingQuarantineEndpoint);
+    EXPECT_EQ(into(quarantine + "/out/x"), Fault::missingQuarantineEndpoint);
     EXPECT_EQ(into("/Users/alice/.Trash/Tidwen - other/sub/x"), std::nullopt);
 }
 
 TEST_F(MovePolicy, AFolderBesideTheHomeIsNotTheHome) {
     const auto putBack = [&](const std::string& path) { return kindOf(check(quarantine + "/x", path)); };
-    EXPECT_EQ(putBack("/Users/alicE/new/x"), Kind::neverTouch) << "would be created beside the home";
+    EXPECT_EQ(putBack("/Users/alicE/new/x"), Fault::neverTouch) << "would be created beside the home";
     volume.makeFolder("/Users/ALICE/Library");
-    EXPECT_EQ(putBack("/Users/ALICE/Library/x"), Kind::neverTouch);
+    EXPECT_EQ(putBack("/Users/ALICE/Library/x"), Fault::neverTouch);
     EXPECT_EQ(putBack("/Users/alice/./Library/x"), std::nullopt);
     volume.link("/Users/Alice", "alice"); // as on a case-insensitive disk
     EXPECT_EQ(putBack("/Users/Alice/Library/x"), std::nullopt);
@@ -249,9 +249,9 @@ TEST_F(MovePolicy, AHomeBehindALinkIsProtectedUnderBothNames) {
         },
         {{std::nullopt, {"/Users/link/Library/Caches/com.example.app", "/Users/link/Downloads/Setup.dmg"}},
          {std::nullopt, {"/Users/alice/Library/Caches/com.example.app", "/Users/alice/Downloads/Setup.dmg"}},
-         {Kind::neverTouch,
+         {Fault::neverTouch,
           {"/Users/link/Library/Caches/evil/taxes", "/Users/alice/Documents/taxes", "/Users/bob/x"}},
-         {Kind::deniedExact, {"/Users/alice/Library/Caches"}}});
+         {Fault::deniedExact, {"/Users/alice/Library/Caches"}}});
 }
 
 TEST_F(MovePolicy, ProtectsPlacesWhereTheyReallyLie) {

@@ -36,7 +36,7 @@ using testing::IsSubsetOf;
 
 const std::string library = "/Users/alice/Library/";
 
-std::string job(const std::string& label) {
+std::string jobOfGone(const std::string& label) {
     return writeXmlPropertyList(PropertyListDictionary{{"Label", label}, {"Program", "/gone"}});
 }
 
@@ -52,7 +52,7 @@ class Disk {
             // Claimed only by a helper inside the bundle.
             volume.write(fmt::format("{}Preferences/org.{}helper.sync.plist", library, name), "x");
             volume.write(fmt::format("{}LaunchAgents/{}.plist", library, identifier),
-                         job(identifier + ".agent"));
+                         jobOfGone(identifier + ".agent"));
         }
     }
 
@@ -170,7 +170,7 @@ TEST(ChangingDisk, EndsSoonWhereverItIsStopped) {
                               number);
             disk.volume.write(fmt::format("{}Containers/com.old{}.app/Container.plist", library, i), "x");
             disk.volume.write(fmt::format("{}LaunchAgents/com.old{}.plist", library, i),
-                              job("com.old.job" + number));
+                              jobOfGone("com.old.job" + number));
         }
         const auto calls = callsOf(work, disk);
         // Each thread finishes its current item: one bundle at most.

@@ -139,8 +139,8 @@ class ToolSources {
 
 template<class Sources>
 class SourcesContract : public testing::Test {};
-using Both = testing::Types<VolumeSources, ToolSources>;
-TYPED_TEST_SUITE(SourcesContract, Both, );
+using BothSources = testing::Types<VolumeSources, ToolSources>;
+TYPED_TEST_SUITE(SourcesContract, BothSources, );
 
 TYPED_TEST(SourcesContract, PackagesAreListedByIdentifierAndReadWithTheirPlace) {
     const TypeParam sources(

@@ -68,8 +68,8 @@ class WorkspaceContract : public testing::Test {
     test::TemporaryVolume volume;
     Made made{volume};
 };
-using Both = testing::Types<RunningMacs, Volumes>;
-TYPED_TEST_SUITE(WorkspaceContract, Both, );
+using BothWorkspaces = testing::Types<RunningMacs, Volumes>;
+TYPED_TEST_SUITE(WorkspaceContract, BothWorkspaces, );
 
 TYPED_TEST(WorkspaceContract, ShowsWhatIsThereAndSaysWhyNot) {
     auto& desktop = this->made;

@@ -130,7 +130,7 @@ void print(const std::vector<HomeGroup>& groups, const AppTags& tags, const Prot
         context.text("cli.apps.total %lld %@", {std::to_string(apps.size()), sizeText(sum, context.texts)}));
 }
 
-ExitStatus run(const CommandContext& context, Mac& mac) {
+ExitStatus runApps(const CommandContext& context, Mac& mac) {
     auto& system = mac.system;
     const auto options = readOptions(context, system.defaults);
     if (!options) return context.misuse(options.error());
@@ -174,7 +174,7 @@ Command appsCommand() {
                                    {"--unused", "", "cli.help.apps.unused"},
                                    {"--protected", "", "cli.help.apps.protected"},
                                    {"--no-agents", "", "cli.help.apps.noAgents"}}},
-            .run = run};
+            .run = runApps};
 }
 
 } // namespace tidwen

@@ -61,7 +61,7 @@ class Words {
     const CommandContext& context_;
 };
 
-ExitStatus run(const CommandContext& context, Host& host, Mac* mac) {
+ExitStatus runComplete(const CommandContext& context, Host& host, Mac* mac) {
     const auto& operands = context.arguments.operands;
     const auto& place = operands.front();
     const Words words(context);
@@ -93,7 +93,7 @@ Command completeCommand() {
                        .minimumOperands = 1,
                        .maximumOperands = 2,
                        .isHidden = true},
-            .run = run};
+            .run = runComplete};
 }
 
 } // namespace tidwen

@@ -304,7 +304,7 @@ std::string fish(const std::vector<CommandSyntax>& commands, const Texts& texts)
     return text;
 }
 
-ExitStatus run(const CommandContext& context) {
+ExitStatus runCompletions(const CommandContext& context) {
     const auto& shell = context.arguments.operands.front();
     const auto commands = commandTable();
     std::string script;
@@ -332,7 +332,7 @@ Command completionsCommand() {
                        .actions = {{"bash", "cli.help.completions.bash"},
                                    {"zsh", "cli.help.completions.zsh"},
                                    {"fish", "cli.help.completions.fish"}}},
-            .run = run};
+            .run = runCompletions};
 }
 
 } // namespace tidwen

@@ -134,7 +134,7 @@ ExitStatus show(const TerminalHistory& runs, const std::string& word, const Comm
     return status;
 }
 
-ExitStatus run(const CommandContext& context, Mac& mac) {
+ExitStatus runHistory(const CommandContext& context, Mac& mac) {
     TerminalHistory runs(context, mac);
     const auto& history = runs.load(TerminalHistory::Sizes::measured);
     if (!context.arguments.operands.empty())
@@ -165,7 +165,7 @@ Command historyCommand() {
                        .operandName = "RUN",
                        .operandHelp = "cli.help.operand.run",
                        .maximumOperands = 1},
-            .run = run};
+            .run = runHistory};
 }
 
 } // namespace tidwen

@@ -64,7 +64,7 @@ InstallerScanResult findInstallers(Mac& mac) {
     return installers.result.get();
 }
 
-ExitStatus run(const CommandContext& context, Mac& mac) {
+ExitStatus runInstallers(const CommandContext& context, Mac& mac) {
     const bool removes = context.arguments.has("--remove");
     if (const auto idle = idleOption(context.arguments); idle && !removes) return context.misuse(*idle);
     const auto result = findInstallers(mac);
@@ -94,7 +94,7 @@ Command installersCommand() {
                        .options = {{"--remove", "", "cli.help.installers.remove"},
                                    {"--select", "ITEMS", "cli.help.installers.select"},
                                    {"--dry-run", "", "cli.help.option.dryRun"}}},
-            .run = run};
+            .run = runInstallers};
 }
 
 } // namespace tidwen

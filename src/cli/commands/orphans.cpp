@@ -118,7 +118,7 @@ void print(const OrphanScanResult& orphans, bool isNarrowed, const Removable& re
     if (isAnyMarked) context.offer("cli.orphans.remove %@", removable.command(context));
 }
 
-ExitStatus run(const CommandContext& context, Mac& mac) {
+ExitStatus runOrphans(const CommandContext& context, Mac& mac) {
     const bool removes = context.arguments.has("--remove");
     if (const auto idle = idleOption(context.arguments, "--risk"); idle && !removes)
         return context.misuse(*idle);
@@ -160,7 +160,8 @@ std::vector<OptionSyntax> options() {
 } // namespace
 
 Command orphansCommand() {
-    return {.syntax = {.name = "orphans", .summary = "cli.help.orphans", .options = options()}, .run = run};
+    return {.syntax = {.name = "orphans", .summary = "cli.help.orphans", .options = options()},
+            .run = runOrphans};
 }
 
 } // namespace tidwen

@@ -229,7 +229,7 @@ class SheetSession {
     std::unique_ptr<PermissionsSheet> sheet_;
 };
 
-ExitStatus run(const CommandContext& context, Mac& mac) {
+ExitStatus runPermissions(const CommandContext& context, Mac& mac) {
     const auto& words = context.arguments.operands;
     const std::string action = words.empty() ? "show" : words.front();
     if (action != "show" && action != "revoke") return context.misuseOfAction(action);
@@ -250,7 +250,7 @@ Command permissionsCommand() {
                        .maximumOperands = anyNumber,
                        .actions = {{"show [APP]", "cli.help.permissions.show"},
                                    {"revoke APP [SERVICE...]", "cli.help.permissions.revoke"}}},
-            .run = run};
+            .run = runPermissions};
 }
 
 } // namespace tidwen

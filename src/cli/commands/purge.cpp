@@ -106,7 +106,7 @@ void report(const std::vector<RemovalHistoryEntry>& chosen, const QuarantinePurg
     }
 }
 
-ExitStatus run(const CommandContext& context, Mac& mac) {
+ExitStatus runPurge(const CommandContext& context, Mac& mac) {
     const auto& arguments = context.arguments;
     const int ways = (arguments.operands.empty() ? 0 : 1) + (arguments.has("--all") ? 1 : 0)
                      + (arguments.has("--expired") ? 1 : 0);
@@ -154,7 +154,7 @@ Command purgeCommand() {
                        .maximumOperands = anyNumber,
                        .options = {{"--expired", "", "cli.help.purge.expired"},
                                    {"--all", "", "cli.help.purge.all"}}},
-            .run = run};
+            .run = runPurge};
 }
 
 } // namespace tidwen

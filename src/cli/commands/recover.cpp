@@ -66,7 +66,7 @@ void print(const RecoveryOutcome& outcome, const CommandContext& context, const 
         print(manifest, context, mac);
 }
 
-ExitStatus run(const CommandContext& context, Mac& mac) {
+ExitStatus runRecover(const CommandContext& context, Mac& mac) {
     FlowSession session(context, mac);
     const auto& recovery = session.recover();
     if (!recovery) return context.refuse(recovery.error());
@@ -88,7 +88,7 @@ ExitStatus run(const CommandContext& context, Mac& mac) {
 } // namespace
 
 Command recoverCommand() {
-    return {.syntax = {.name = "recover", .summary = "cli.help.recover"}, .run = run};
+    return {.syntax = {.name = "recover", .summary = "cli.help.recover"}, .run = runRecover};
 }
 
 } // namespace tidwen

@@ -11,7 +11,7 @@ namespace tidwen {
 
 namespace {
 
-ExitStatus run(const CommandContext& context, Mac& mac, RemovalMode mode) {
+ExitStatus runRemoval(const CommandContext& context, Mac& mac, RemovalMode mode) {
     FlowSession session(context, mac);
     // What is gone cannot be set back to its beginnings.
     const auto ofGone = mode == RemovalMode::reset ? GoneTargets::refused : GoneTargets::searched;
@@ -21,11 +21,11 @@ ExitStatus run(const CommandContext& context, Mac& mac, RemovalMode mode) {
     return status == ExitStatus::done && session.someRefused() ? ExitStatus::someFailed : status;
 }
 
-ExitStatus runRemove(const CommandContext& context, Mac& mac) {
-    return run(context, mac, RemovalMode::uninstall);
+ExitStatus runUninstall(const CommandContext& context, Mac& mac) {
+    return runRemoval(context, mac, RemovalMode::uninstall);
 }
 ExitStatus runReset(const CommandContext& context, Mac& mac) {
-    return run(context, mac, RemovalMode::reset);
+    return runRemoval(context, mac, RemovalMode::reset);
 }
 
 CommandSyntax syntax(std::string_view name, std::string_view summary) {
@@ -41,7 +41,7 @@ CommandSyntax syntax(std::string_view name, std::string_view summary) {
 } // namespace
 
 Command removeCommand() {
-    return {.syntax = syntax("remove", "cli.help.remove"), .run = runRemove};
+    return {.syntax = syntax("remove", "cli.help.remove"), .run = runUninstall};
 }
 
 Command resetCommand() {

@@ -69,7 +69,7 @@ ExitStatus post(const std::vector<std::string>& words, const CommandContext& con
     return named.failures.empty() ? ExitStatus::done : ExitStatus::someFailed;
 }
 
-ExitStatus run(const CommandContext& context, Mac& mac) {
+ExitStatus runRequests(const CommandContext& context, Mac& mac) {
     const auto& words = context.arguments.operands;
     const auto& action = words.front();
     if (action == "drain" && words.size() == 1) return drain(context, mac);
@@ -98,7 +98,7 @@ Command requestsCommand() {
                        .actions = {{"drain", "cli.help.requests.drain"},
                                    {"post APP...", "cli.help.requests.post"},
                                    {"gate on|off", "cli.help.requests.gate"}}},
-            .run = run};
+            .run = runRequests};
 }
 
 } // namespace tidwen

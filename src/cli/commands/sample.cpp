@@ -14,7 +14,7 @@ namespace tidwen {
 
 namespace {
 
-ExitStatus run(const CommandContext& context) {
+ExitStatus runSample(const CommandContext& context) {
     const std::string& folder = context.arguments.operands.front();
     const auto sample = writeSampleVolume(folder);
     if (!sample) {
@@ -46,7 +46,7 @@ Command sampleCommand() {
                        .operandHelp = "cli.help.sample.operand",
                        .minimumOperands = 1,
                        .maximumOperands = 1},
-            .run = run};
+            .run = runSample};
 }
 
 } // namespace tidwen

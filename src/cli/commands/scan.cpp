@@ -213,7 +213,7 @@ void offerRemoval(const CommandContext& context) {
     context.offer("cli.orphans.remove %@", context.commandLine(words));
 }
 
-ExitStatus run(const CommandContext& context, Mac& mac) {
+ExitStatus runScan(const CommandContext& context, Mac& mac) {
     const auto sort = context.arguments.values(sortOption);
     const bool isBySize = !sort.empty() && sort.back() == "size";
     if (!sort.empty() && !isBySize && sort.back() != "category")
@@ -248,7 +248,7 @@ Command scanCommand() {
                        .minimumOperands = 1,
                        .maximumOperands = anyNumber,
                        .options = {{sortOption, "category|size", "cli.help.scan.sort"}}},
-            .run = run};
+            .run = runScan};
 }
 
 } // namespace tidwen

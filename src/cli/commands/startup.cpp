@@ -209,7 +209,7 @@ class StartupSession {
     StartupItemsModel& model_;
 };
 
-ExitStatus run(const CommandContext& context, Mac& mac) {
+ExitStatus runStartup(const CommandContext& context, Mac& mac) {
     const auto& words = context.arguments.operands;
     const std::string action = words.empty() ? "list" : words.front();
     const std::vector<std::string> jobs(words.empty() ? words.end() : words.begin() + 1, words.end());
@@ -245,7 +245,7 @@ Command startupCommand() {
                                    {"on JOB...", "cli.help.startup.on"},
                                    {"off JOB...", "cli.help.startup.off"},
                                    {"remove JOB...", "cli.help.startup.remove"}}},
-            .run = run};
+            .run = runStartup};
 }
 
 } // namespace tidwen

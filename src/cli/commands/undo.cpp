@@ -102,7 +102,7 @@ tl::expected<ItemChoice, Message> choose(const TerminalHistory& history, const P
     return findItems(*record, words);
 }
 
-ExitStatus run(const CommandContext& context, Mac& mac) {
+ExitStatus runUndo(const CommandContext& context, Mac& mac) {
     const auto& words = context.arguments.operands;
     TerminalHistory history(context, mac);
     history.load(TerminalHistory::Sizes::leftOut);
@@ -133,7 +133,7 @@ Command undoCommand() {
                        .minimumOperands = 1,
                        .maximumOperands = anyNumber,
                        .options = {{dryRunOption, "", "cli.help.undo.dryRun"}}},
-            .run = run};
+            .run = runUndo};
 }
 
 } // namespace tidwen

@@ -31,7 +31,7 @@ void print(const UpdateAnswer& answer, const CommandContext& context) {
     console.line(release->url);
 }
 
-ExitStatus run(const CommandContext& context, Host& host) {
+ExitStatus runUpdates(const CommandContext& context, Host& host) {
     if (const auto problem = host.defaults.problem()) return context.refuse(*problem);
     context.console.progress(context.text("updates.progress"));
     const AppPreferences preferences(host.defaults);
@@ -58,7 +58,7 @@ ExitStatus run(const CommandContext& context, Host& host) {
 } // namespace
 
 Command updatesCommand() {
-    return {.syntax = {.name = "updates", .summary = "cli.help.updates"}, .run = run};
+    return {.syntax = {.name = "updates", .summary = "cli.help.updates"}, .run = runUpdates};
 }
 
 } // namespace tidwen

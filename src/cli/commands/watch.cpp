@@ -145,7 +145,7 @@ class WatchSession {
     bool isEnding_ = false;
 };
 
-ExitStatus run(const CommandContext& context, Mac& mac) {
+ExitStatus runWatch(const CommandContext& context, Mac& mac) {
     return WatchSession(context, mac).run();
 }
 
@@ -155,7 +155,7 @@ Command watchCommand() {
     return {.syntax = {.name = "watch",
                        .summary = "cli.help.watch",
                        .options = {{atLogin, "", "cli.help.watch.atLogin"}}},
-            .run = run};
+            .run = runWatch};
 }
 
 } // namespace tidwen

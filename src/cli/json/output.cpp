@@ -18,17 +18,15 @@ namespace tidwen::json {
 
 namespace {
 
-constexpr auto toValue = [](const auto& record) { return value(record); };
-
 Value object(const AppRecord& app) {
     return {{"name", app.name}, {"bundleID", app.bundleID}};
 }
 
 Value object(const BundleCoverage& owners) {
-    return {{"unreadable", array(owners.unreadable, toValue)},
-            {"uncounted", array(owners.uncounted, toValue)},
-            {"damaged", array(owners.damaged, toValue)},
-            {"absent", array(owners.absent, toValue)}};
+    return {{"unreadable", array(owners.unreadable)},
+            {"uncounted", array(owners.uncounted)},
+            {"damaged", array(owners.damaged)},
+            {"absent", array(owners.absent)}};
 }
 
 Value object(const ScanResult& result, const Texts& texts) {
@@ -39,8 +37,8 @@ Value object(const ScanResult& result, const Texts& texts) {
     });
     Value fields{{"target", value(result.target)},
                  {"traces", std::move(traces)},
-                 {"unreadableLocations", array(result.unreadableLocations, toValue)},
-                 {"skippedNames", array(result.skippedNames, toValue)},
+                 {"unreadableLocations", array(result.unreadableLocations)},
+                 {"skippedNames", array(result.skippedNames)},
                  {"leftOut", result.leftOut},
                  {"unknownOwners", object(result.owners)},
                  {"isProtected", result.isProtected},
@@ -67,7 +65,7 @@ Value object(const VerificationReport& verification) {
     return {{"apps", array(verification.apps, [](const VerificationReport::AppVerification& app) {
                  return Value{{"bundleID", app.bundleID},
                               {"name", app.name},
-                              {"tccSurvivors", array(app.tccSurvivors, toValue)},
+                              {"tccSurvivors", array(app.tccSurvivors)},
                               {"unreadable", array(app.unreadable, [](auto scope) { return name(scope); })}};
              })}};
 }
@@ -123,7 +121,7 @@ std::string document(const RemovalReport& report, const RemovalSubject& subject,
     if (report.isReclaimedPartial) result["isReclaimedPartial"] = true;
     const auto& unseen = report.unseen;
     if (!unseen.unreadableLocations.empty())
-        result["unreadableLocations"] = array(unseen.unreadableLocations, toValue);
+        result["unreadableLocations"] = array(unseen.unreadableLocations);
     if (unseen.leftOut > 0) result["leftOut"] = unseen.leftOut;
     if (!unseen.knowsAllOwners()) result["unknownOwners"] = object(unseen.owners);
     Value left = Value::array();
@@ -135,10 +133,10 @@ std::string document(const RemovalReport& report, const RemovalSubject& subject,
             left.back()["leftKey"] = why.key;
         }
     if (!left.empty()) result["leftInPlace"] = std::move(left);
-    if (!report.emptiedFolders.empty()) result["emptiedFolders"] = array(report.emptiedFolders, toValue);
-    if (!report.deadLinks.empty()) result["deadLinks"] = array(report.deadLinks, toValue);
+    if (!report.emptiedFolders.empty()) result["emptiedFolders"] = array(report.emptiedFolders);
+    if (!report.deadLinks.empty()) result["deadLinks"] = array(report.deadLinks);
     if (!report.unsettled.empty()) result["unsettled"] = report.unsettled;
-    if (!report.skippedNames.empty()) result["skippedNames"] = array(report.skippedNames, toValue);
+    if (!report.skippedNames.empty()) result["skippedNames"] = array(report.skippedNames);
     if (report.manifestFailure) result["manifestFailure"] = texts.text(*report.manifestFailure);
     return writeJson(result);
 }
@@ -234,7 +232,7 @@ std::string document(const UndoReport& report, const Texts& texts) {
                       {"failures", array(report.failures, failed)},
                       {"relaunchedJobs", report.relaunchedJobs},
                       {"alreadyBack", report.alreadyBack},
-                      {"renamed", array(report.renamed, toValue)}});
+                      {"renamed", array(report.renamed)}});
 }
 
 std::string document(const RecoveryOutcome& outcome, const Texts& texts) {
@@ -243,10 +241,10 @@ std::string document(const RecoveryOutcome& outcome, const Texts& texts) {
          {"unfinished",
           array(outcome.unfinished, [&](const UnfinishedRun& run) { return object(run, texts); })},
          {"missing", outcome.missing},
-         {"settled", array(outcome.settledReturns, toValue)},
-         {"strays", array(outcome.strayCopies, toValue)},
-         {"unlisted", array(outcome.unlisted, toValue)},
-         {"notBegun", array(outcome.notBegun, toValue)}});
+         {"settled", array(outcome.settledReturns)},
+         {"strays", array(outcome.strayCopies)},
+         {"unlisted", array(outcome.unlisted)},
+         {"notBegun", array(outcome.notBegun)}});
 }
 
 } // namespace tidwen::json

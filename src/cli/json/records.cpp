@@ -16,14 +16,14 @@ Value text(std::string_view name) {
     return std::string(name);
 }
 
-Value value(const LaunchItem& item) {
+Value object(const LaunchItem& item) {
     Value result{
         {"label", item.label}, {"plist", item.plist.string()}, {"isSystemDomain", item.isSystemDomain}};
     put(result, "programPath", item.programPath);
     return result;
 }
 
-Value value(const TraceAction& action, const Texts& texts) {
+Value object(const TraceAction& action, const Texts& texts) {
     return std::visit(
         Overloaded{
             [](const action::MovePath& a) {
@@ -55,14 +55,14 @@ Value value(const TraceAction& action, const Texts& texts) {
         action);
 }
 
-Value value(const MatchReason& reason) {
+Value object(const MatchReason& reason) {
     Value result{{"kind", text(name(reason.kind))}};
     if (reason.kind != MatchReason::Kind::declaredTarget) result["value"] = reason.value;
     if (reason.evidence != MatchReason::Evidence::itsName) result["evidence"] = text(name(reason.evidence));
     return result;
 }
 
-Value value(const AppUsage& usage) {
+Value object(const AppUsage& usage) {
     Value evidence;
     switch (usage.evidence.kind) {
     case UsageEvidence::Kind::launchRecord:
@@ -81,7 +81,7 @@ Value value(const AppUsage& usage) {
     return result;
 }
 
-Value value(const RemovalOperation::Kind& kind) {
+Value object(const RemovalOperation::Kind& kind) {
     Value result = std::visit(
         Overloaded{
             [](const operation::QuitApplication& o) {
@@ -123,7 +123,7 @@ Value value(const AppTarget& target) {
                  {"name", target.name},
                  {"appGroups", target.appGroups},
                  {"embeddedLaunchdItems",
-                  array(target.embeddedLaunchdItems, [](const LaunchItem& item) { return value(item); })},
+                  array(target.embeddedLaunchdItems, [](const LaunchItem& item) { return object(item); })},
                  {"loginItemBundleIDs", target.loginItemBundleIDs}};
     if (!target.bundleURL.isRoot()) result["bundleURL"] = target.bundleURL.string();
     put(result, "teamID", target.teamID);
@@ -143,15 +143,15 @@ Value value(const InstalledApp& app) {
     put(result, "category", app.category);
     put(result, "sizeBytes", app.sizeBytes);
     if (app.isSizePartial) result["isSizePartial"] = true;
-    if (app.usage) result["usage"] = value(*app.usage);
+    if (app.usage) result["usage"] = object(*app.usage);
     return result;
 }
 
 Value value(const Trace& trace, const Texts& texts) {
     Value result{{"id", trace.id.string()},
                  {"category", text(name(trace.category))},
-                 {"action", value(trace.action, texts)},
-                 {"reason", value(trace.reason)},
+                 {"action", object(trace.action, texts)},
+                 {"reason", object(trace.reason)},
                  {"reversibility", text(name(trace.reversibility))},
                  {"displayName", displayName(trace, texts)},
                  {"requiresRoot", trace.requiresRoot},
@@ -185,7 +185,7 @@ Value value(const PermissionAudit::Result& audit) {
 
 Value value(const RemovalOperation& operation, const Texts& texts) {
     return {{"id", operation.id},
-            {"kind", value(operation.kind)},
+            {"kind", object(operation.kind)},
             {"requiresRoot", operation.requiresRoot},
             {"reversibility", text(name(operation.reversibility))},
             {"displayName", displayName(operation, texts)},

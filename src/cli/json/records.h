@@ -46,4 +46,10 @@ Value value(const PermissionGrant& grant);
 Value value(const PermissionAudit::Result& audit);
 Value value(const RemovalOperation& operation, const Texts& texts);
 
+/// Of records whose value needs no texts.
+template<class Records>
+Value array(const Records& records) {
+    return array(records, [](const auto& record) { return value(record); });
+}
+
 } // namespace tidwen::json

@@ -14,8 +14,6 @@ namespace tidwen::json {
 
 namespace {
 
-constexpr auto toValue = [](const auto& record) { return value(record); };
-
 Value object(const InstallerFile& file) {
     Value fields{{"url", value(file.url)}};
     put(fields, "sizeBytes", file.sizeBytes);
@@ -87,9 +85,9 @@ void write(const OrphanScanResult& orphans, bool selectsDefaults, const Texts& t
     out.key("leftOut");
     out.value(orphans.leftOut);
     out.key("skippedNames");
-    out.value(array(orphans.skippedNames, toValue));
+    out.value(array(orphans.skippedNames));
     out.key("unreadableLocations");
-    out.value(array(orphans.unreadableLocations, toValue));
+    out.value(array(orphans.unreadableLocations));
     out.end();
 }
 
@@ -97,8 +95,8 @@ std::string document(const InstallerScanResult& installers, const Path& folder) 
     const auto unreadable = installers.unreadable ? std::vector{folder} : std::vector<Path>();
     return writeJson(
         {{"files", array(installers.files, [](const InstallerFile& file) { return object(file); })},
-         {"skippedNames", array(installers.skippedNames, toValue)},
-         {"unreadable", array(unreadable, toValue)}});
+         {"skippedNames", array(installers.skippedNames)},
+         {"unreadable", array(unreadable)}});
 }
 
 } // namespace tidwen::json

@@ -56,11 +56,6 @@ bool addJobs(BundleContents& contents, const FileSystem& files, const Path& libr
     return unreadable.empty();
 }
 
-bool isBudgetSpent(const FileSystem& files) {
-    const auto* budget = BudgetedFiles::budgetOf(files);
-    return budget && budget->isExhausted();
-}
-
 } // namespace
 
 BundleContents readBundleContents(const FileSystem& files, const CodeSignatures& signatures,
@@ -85,7 +80,8 @@ BundleContents readBundleContents(const FileSystem& files, const CodeSignatures&
     if (opened.isDamaged || !embedded.isReadable || !areJobsReadable) contents.isReadable = false;
     // A bundle that was removed meanwhile may contain more than was seen.
     contents.isComplete = contents.isReadable && embedded.isComplete && opened.identifier()
-                          && !stop.stopRequested() && files.exists(opened.infoFile) && !isBudgetSpent(files);
+                          && !stop.stopRequested() && files.exists(opened.infoFile)
+                          && !BudgetedFiles::isSpent(files);
     return contents;
 }
 

@@ -18,11 +18,6 @@ constexpr PropertyListLimits limits = {.bytes = 4u << 20, .nodes = 100'000, .dep
 constexpr const char* metadataName = ".com.apple.containermanagerd.metadata.plist";
 constexpr const char* olderName = "Container.plist";
 
-bool isBudgetSpent(const FileSystem& files) {
-    const auto* budget = BudgetedFiles::budgetOf(files);
-    return budget && budget->isExhausted();
-}
-
 std::optional<std::string> nonEmpty(const PropertyListValue& dictionary, std::string_view key) {
     const auto* text = dictionary.findString(key);
     return text && !text->empty() ? std::optional(*text) : std::nullopt;
@@ -61,12 +56,13 @@ std::vector<std::string> containerGroups(const FileSystem& files, const Path& co
 
 std::optional<std::string> containerOwner(const FileSystem& files, const Path& container) {
     if (auto identity = containerIdentity(files, container)) return identity;
-    const bool isUnknown = isBudgetSpent(files) || hasRecord(files, container);
+    const bool isUnknown = BudgetedFiles::isSpent(files) || hasRecord(files, container);
     return isUnknown ? std::nullopt : std::optional(container.lastComponent());
 }
 
 bool hidesItsOwner(const FileSystem& files, const Path& container) {
-    return !isBudgetSpent(files) && hasRecord(files, container) && !containerIdentity(files, container);
+    return !BudgetedFiles::isSpent(files) && hasRecord(files, container)
+           && !containerIdentity(files, container);
 }
 
 } // namespace tidwen

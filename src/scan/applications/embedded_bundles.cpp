@@ -33,7 +33,7 @@ constexpr int maximumFurtherFolders = 1'000;
 constexpr std::size_t mostKept = 1'000; // entries of a folder
 
 // Where macOS, build tools and convention put bundles, below "Contents".
-constexpr std::string_view places[] = {
+constexpr std::string_view usualPlaces[] = {
     "Applications",
     "Extensions",
     "Helpers",
@@ -117,7 +117,7 @@ class EmbeddedSearch {
 
     /// Most bundles have two or three of these places; the listing shows which need not be opened.
     void searchPlaces(const Path& contents, const Names& there, int depth) {
-        for (const auto place : places) {
+        for (const auto place : usualPlaces) {
             const auto slash = std::min(place.find('/'), place.size());
             if (const auto first = there.find(lowercased(place.substr(0, slash))); first != there.end())
                 searchFolder(Path((contents / first->second).string() + std::string(place.substr(slash))),

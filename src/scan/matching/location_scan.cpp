@@ -31,7 +31,7 @@ bool mayNameOwner(const ScanContext& context, const Path& place, std::string_vie
 }
 
 /// Checks the disk only for the few names that could be a bundle's.
-bool isBundle(const FileSystem& files, const Path& item) {
+bool liesAsBundle(const FileSystem& files, const Path& item) {
     return isBundleName(item.lastComponent())
            && (files.exists(item / "Contents") || files.exists(item / "Info.plist"));
 }
@@ -262,7 +262,7 @@ void LocationScan::judgeLaunchItems(const Folder& folder) {
 
 void LocationScan::take(const Folder& folder, std::string_view name, Attribution attribution) {
     const Path path = folder.path / name;
-    if (isBundle(context_.files, path) && !context_.matcher.mayClaimBundle(name)) return;
+    if (liesAsBundle(context_.files, path) && !context_.matcher.mayClaimBundle(name)) return;
     auto trace = makeTrace(location_.category, action::MovePath{path}, std::move(attribution.reason),
                            Reversibility::reversible, path.string(), std::nullopt, location_.requiresRoot);
     trace.contestedBy = std::move(attribution.contestedBy);

@@ -6,6 +6,7 @@
 #include "app/style/metrics.h"
 #include "app/style/palette.h"
 #include "app/style/style.h"
+#include "app/widgets/row_delegate.h"
 #include "base/path.h"
 
 #include <QPainter>
@@ -18,11 +19,7 @@ namespace {
 constexpr int tileSize = 60;
 constexpr int padding = 14;
 
-int lineHeight(Type type) {
-    return QFontMetrics(textFont(type)).height();
-}
-
-void paintHeading(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) {
+void paintGroupHeading(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) {
     const auto align = QStyle::visualAlignment(option.direction, Qt::AlignLeft | Qt::AlignVCenter);
     const auto title = index.data().toString();
     painter.setFont(textFont(Type::strong));
@@ -113,7 +110,7 @@ void CardDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                          const QModelIndex& index) const {
     painter->save();
     if (index.data(HomeList::isHeading).toBool())
-        paintHeading(*painter, option, index);
+        paintGroupHeading(*painter, option, index);
     else
         paintCard(*painter, option, index, icons_);
     painter->restore();

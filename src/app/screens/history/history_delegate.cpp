@@ -5,16 +5,13 @@
 #include "app/style/metrics.h"
 #include "app/style/palette.h"
 #include "app/style/style.h"
+#include "app/widgets/row_delegate.h"
 
 #include <QPainter>
 
 namespace tidwen {
 
 namespace {
-
-int lineHeight(Type type) {
-    return QFontMetrics(textFont(type)).height();
-}
 
 /// The state of the run at the far side; gives its width.
 int paintBadge(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) {
@@ -38,7 +35,7 @@ bool isHeading(const QModelIndex& index) {
     return index.data(HistoryList::isHeading).toBool();
 }
 
-void paintHeading(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) {
+void paintDay(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index) {
     const auto place = option.rect.adjusted(0, scaled(8), 0, -scaled(4));
     painter.setFont(textFont(Type::strong));
     painter.setPen(colors()[Role::text]);
@@ -60,7 +57,7 @@ void HistoryDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
                             const QModelIndex& index) const {
     painter->save();
     if (isHeading(index)) {
-        paintHeading(*painter, option, index);
+        paintDay(*painter, option, index);
         return painter->restore();
     }
     const QRect row = option.rect.adjusted(0, scaled(2), 0, -scaled(2));

@@ -38,7 +38,7 @@ namespace tidwen {
 
 namespace {
 
-constexpr qsizetype mostLines = 6; ///< of a notice
+constexpr qsizetype mostNoticeLines = 6; ///< of a notice
 
 /// Never wider than its list, so that a long path is elided instead of scrolled to.
 class ElidingDelegate final : public QStyledItemDelegate {
@@ -269,7 +269,7 @@ void HistoryScreen::showNotices() {
         dismissible(isAsBefore(*undo) ? NoticeTone::information : NoticeTone::caution,
                     text("report.undo.restored %lld %lld",
                          {std::to_string(undo->restoredCount), std::to_string(undo->totalCount)}),
-                    firstLines(undoLines(*undo, runsJobs_, texts_), mostLines, texts_));
+                    firstLines(undoLines(*undo, runsJobs_, texts_), mostNoticeLines, texts_));
     }
     const auto warn = [this](const QString& title, const QString& body = {}) {
         notices_->addWidget(makeNotice(NoticeTone::caution, {title, body}));

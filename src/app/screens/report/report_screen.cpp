@@ -35,8 +35,8 @@ namespace tidwen {
 
 namespace {
 
-constexpr qsizetype mostPlaces = 20;   ///< that could not be read
-constexpr std::size_t mostLines = 500; ///< of one kind, for they are widgets
+constexpr qsizetype mostPlaces = 20;     ///< that could not be read
+constexpr std::size_t mostWidgets = 500; ///< of one kind, for they are widgets
 
 } // namespace
 
@@ -160,11 +160,11 @@ void ReportScreen::showCard(const stage::Report& stage) {
     std::size_t lines = 0;
     for (const auto& remainder : report.left)
         for (const auto& item : remainder.traces)
-            if (lines++ < mostLines)
+            if (lines++ < mostWidgets)
                 addLine(*card, {"warning", Role::look,
                                 text("report.stays %@", {traceTitle(item.trace, texts_).toStdString()}),
                                 whyItStays(item)});
-    if (lines > mostLines) addLine(*card, {"warning", Role::look, more(lines - mostLines), {}});
+    if (lines > mostWidgets) addLine(*card, {"warning", Role::look, more(lines - mostWidgets), {}});
     if (card->count() == 0) return panel->deleteLater();
     cards_->addWidget(panel);
 }
@@ -181,10 +181,10 @@ void ReportScreen::addFailures(QBoxLayout& card, const RemovalReport& report, co
     std::size_t lines = 0;
     for (const auto* failures : {&said.unsettled, &said.failures})
         for (const auto& failure : *failures)
-            if (lines++ < mostLines)
+            if (lines++ < mostWidgets)
                 addLine(card, {"warning", Role::sensitive, breakable(shown(failure.subject)),
                                shown(failure.reason)});
-    if (lines > mostLines) addLine(card, {"warning", Role::sensitive, more(lines - mostLines), {}});
+    if (lines > mostWidgets) addLine(card, {"warning", Role::sensitive, more(lines - mostWidgets), {}});
 }
 
 /// What only the user can do is told as it is to be done.
@@ -200,12 +200,12 @@ QString ReportScreen::whyItStays(const StayingTrace& item) const {
 void ReportScreen::addLines(QBoxLayout& card, Line line, const std::vector<std::string>& bodies) {
     std::size_t lines = 0;
     for (const auto& body : bodies) {
-        if (lines++ == mostLines) break;
+        if (lines++ == mostWidgets) break;
         line.body = shown(body);
         addLine(card, line);
     }
-    if (bodies.size() <= mostLines) return;
-    line.body = more(bodies.size() - mostLines);
+    if (bodies.size() <= mostWidgets) return;
+    line.body = more(bodies.size() - mostWidgets);
     addLine(card, line);
 }
 
@@ -237,7 +237,7 @@ void ReportScreen::showUndo(const UndoReport& undo) {
         cards_->addWidget(makeNotice(NoticeTone::information, {text("report.undo.permanent")}));
     const auto lines = undoLines(undo, openPrivacy_ != nullptr, texts_);
     const auto tone = isAsBefore(undo) ? NoticeTone::information : NoticeTone::caution;
-    constexpr auto most = static_cast<qsizetype>(mostLines);
+    constexpr auto most = static_cast<qsizetype>(mostWidgets);
     for (const auto& line : lines.mid(0, most))
         cards_->addWidget(makeNotice(tone, {line}));
     if (lines.size() > most)
