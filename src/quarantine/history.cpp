@@ -49,7 +49,10 @@ std::optional<RemovalHistoryEntry> makeEntry(const Path& root, ManifestInPlace r
             ++entry.pendingMoves;
             entry.pendingItems.insert(step.source);
         }
-        if (place == ItemPlace::missing) ++entry.missingMoves;
+        if (place == ItemPlace::missing) {
+            ++entry.missingMoves;
+            entry.missingItems.insert(step.source);
+        }
         if (place != ItemPlace::inQuarantine && step.destination && !entry.isPartlyPurged)
             entry.isPartlyPurged = isPartlyPurged(Path(*step.destination), root, files);
     }
@@ -94,6 +97,7 @@ void settleTakenAgain(std::vector<RemovalHistoryEntry>& entries, const std::vect
                 if (step.kind == ManifestEntryKind::move && takenLater.contains(step.source)
                     && placeOf(step, files) == ItemPlace::missing) {
                     --entry.missingMoves;
+                    entry.missingItems.erase(step.source);
                     entry.takenAgain.insert(step.source);
                 }
         for (const auto& step : steps)

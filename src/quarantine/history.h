@@ -26,10 +26,11 @@ struct RemovalHistoryEntry {
     /// Moves whose item is neither in quarantine nor at its old path, and was not moved from there by a later
     /// run, also an interrupted one.
     int missingMoves = 0;
-    ItemChoice takenAgain = {};  ///< old paths of items that a later run moved from there
-    bool isSizePartial = false;  ///< measuring stopped at a limit; `sizeBytes` is a lower bound
-    bool isPartlyPurged = false; ///< a purge was cut off while it deleted one of the missing items
-    int loadableJobs = 0;        ///< unloaded jobs whose property list is in its place again
+    ItemChoice missingItems = {}; ///< the old paths of their items
+    ItemChoice takenAgain = {};   ///< old paths of items that a later run moved from there
+    bool isSizePartial = false;   ///< measuring stopped at a limit; `sizeBytes` is a lower bound
+    bool isPartlyPurged = false;  ///< a purge was cut off while it deleted one of the missing items
+    int loadableJobs = 0;         ///< unloaded jobs whose property list is in its place again
 
     /// Something is left to put back or to load. Whether a job was loaded since is unknown; loading it again
     /// is harmless.

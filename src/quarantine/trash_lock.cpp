@@ -1,5 +1,6 @@
 #include "quarantine/trash_lock.h"
 
+#include "quarantine/quarantine_layout.h"
 #include "scan/permissions/full_disk_access.h"
 
 #include <string>
@@ -30,6 +31,9 @@ tl::expected<std::unique_ptr<FolderLock>, Message> lockTrash(const UserEnvironme
 
 Message describeNotBegun(const FileError& error) {
     if (error.fault == FileFault::busy) return {"failure.trashBusy"};
+    // A folder for the run could not be made; its name would tell nobody anything.
+    if (error.fault == FileFault::denied && hasRunName(error.path))
+        return {"failure.trashDenied %@", {error.path.parent().string()}};
     return {"failure.notBegun %@ %@", {error.path.string(), Message{std::string(failureKey(error.fault))}}};
 }
 

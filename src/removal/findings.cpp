@@ -3,6 +3,7 @@
 #include "base/path.h"
 #include "base/uuid.h"
 #include "scan/applications/app_target.h"
+#include "scan/matching/default_selection.h"
 #include "scan/matching/trace.h"
 
 #include <algorithm>
@@ -69,6 +70,10 @@ Findings::Findings(const std::string& name, std::vector<Trace> offered) {
 const std::vector<ScanResult>& Findings::scanned() const {
     static const std::vector<ScanResult> none;
     return scanned_ ? *scanned_ : none;
+}
+
+bool Findings::resetsNothing(std::size_t group, const Trace& trace) const {
+    return group < scanned().size() && tidwen::resetsNothing(trace, scanned()[group]);
 }
 
 void Findings::index() {

@@ -381,14 +381,12 @@ StayingGroup::Item RemovalChoice::staying(const Trace& trace, std::size_t number
 }
 
 void RemovalChoice::describe() {
-    const auto& scanned = findings_->scanned();
     std::vector<const Trace*> all, counted;
     subject_ = {.kind = kind_, .mode = mode_, .groups = going_.size()};
     for (const auto& each : going_) {
         const auto group = static_cast<std::size_t>(each.group - findings_->groups().data());
-        std::ranges::copy_if(each.traces, std::back_inserter(counted), [&](const Trace* trace) {
-            return group >= scanned.size() || !resetsNothing(*trace, scanned[group]);
-        });
+        std::ranges::copy_if(each.traces, std::back_inserter(counted),
+                             [&](const Trace* trace) { return !findings_->resetsNothing(group, *trace); });
         all.insert(all.end(), each.traces.begin(), each.traces.end());
         if (subject_.name.empty()) subject_.name = each.group->target.name;
         if (std::ranges::none_of(each.traces, [](const Trace* trace) { return isApplication(*trace); }))

@@ -72,5 +72,16 @@ TEST(QuarantineLayout, ATrashThatIsALinkIsRefused) {
     EXPECT_EQ(volume.files().list(Path("/Library/Elsewhere"))->size(), 1u);
 }
 
+TEST(QuarantineLayout, ATrashThatNothingMayBePutIntoIsNamedAsSuch) {
+    const Path trash("/Users/alice/.Trash");
+    const auto made = [&](const char* name) {
+        return describeNotBegun({.fault = FileFault::denied, .path = trash / name});
+    };
+    EXPECT_EQ(made("Tidwen - Notes - 2026-11-14 17-26-00"),
+              (Message{"failure.trashDenied %@", {trash.string()}}));
+    EXPECT_EQ(made("other"), (Message{"failure.notBegun %@ %@",
+                                      {(trash / "other").string(), Message{"failure.file.denied"}}}));
+}
+
 } // namespace
 } // namespace tidwen::test

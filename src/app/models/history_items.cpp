@@ -5,10 +5,20 @@
 #include "base/path.h"
 #include "quarantine/manifest.h"
 
+#include <QStringList>
 #include <cstddef>
 #include <utility>
 
 namespace tidwen {
+
+namespace {
+
+ItemPlace placeIn(const RemovalHistoryEntry& run, const std::string& source) {
+    if (run.pendingItems.contains(source)) return ItemPlace::inQuarantine;
+    return run.missingItems.contains(source) ? ItemPlace::missing : ItemPlace::putBack;
+}
+
+} // namespace
 
 HistoryItems::HistoryItems(const Texts& texts, UserEnvironment user)
     : texts_(texts), user_(std::move(user)) {}
@@ -18,7 +28,7 @@ void HistoryItems::show(const RemovalHistoryEntry* entry) {
     if (entry)
         for (const auto& step : entry->manifest.entries)
             if (step.kind == ManifestEntryKind::move)
-                items.push_back({step.source, entry->pendingItems.contains(step.source)});
+                items.push_back({step.source, placeIn(*entry, step.source)});
     if (items == items_) return;
     beginResetModel();
     items_ = std::move(items);
@@ -39,14 +49,29 @@ int HistoryItems::rowCount(const QModelIndex& above) const {
 QVariant HistoryItems::data(const QModelIndex& index, int role) const {
     if (!index.isValid()) return {};
     const auto& item = items_[static_cast<std::size_t>(index.row())];
-    if (role != Qt::DisplayRole && role != Qt::ToolTipRole) return {};
-    auto words = shortPath(Path(item.source), user_);
-    if (!item.isPending) words += QStringLiteral(" · ") + tidwen::words(texts_, "history.item.away");
-    return role == Qt::ToolTipRole ? words.toHtmlEscaped() : words;
+    const auto path = shortPath(Path(item.source), user_);
+    switch (role) {
+    case Qt::DisplayRole:
+        return path;
+    case Qt::ToolTipRole:
+        return path.toHtmlEscaped();
+    case Qt::AccessibleTextRole:
+        return QStringList{path, stateWords(item)}.join(QStringLiteral(", "));
+    case state:
+        return stateWords(item);
+    default:
+        return {};
+    }
+}
+
+QString HistoryItems::stateWords(const Item& item) const {
+    if (item.place == ItemPlace::inQuarantine) return {};
+    return words(texts_, item.place == ItemPlace::missing ? "cli.item.missing" : "cli.item.putBack");
 }
 
 Qt::ItemFlags HistoryItems::flags(const QModelIndex& index) const {
-    if (!index.isValid() || !items_[static_cast<std::size_t>(index.row())].isPending) return Qt::NoItemFlags;
+    if (!index.isValid() || items_[static_cast<std::size_t>(index.row())].place != ItemPlace::inQuarantine)
+        return Qt::NoItemFlags;
     return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
 }
 

@@ -7,16 +7,20 @@
 
 #include <QAbstractListModel>
 #include <QModelIndex>
+#include <QString>
 #include <string>
 #include <vector>
 
 namespace tidwen {
 
-/// What one run moved. Items that are no longer in quarantine say so and cannot be chosen.
+/// What one run moved. Items that are no longer in quarantine say where they are and cannot be chosen.
 class HistoryItems final : public QAbstractListModel {
   public:
     /// `texts` outlives it.
     HistoryItems(const Texts& texts, UserEnvironment user);
+
+    /// Where an item is that is not in quarantine; empty for others.
+    static constexpr int state = Qt::UserRole;
 
     /// Null for none. The rows stay, with what is chosen among them, while they are the same.
     void show(const RemovalHistoryEntry* entry);
@@ -30,9 +34,11 @@ class HistoryItems final : public QAbstractListModel {
   private:
     struct Item {
         std::string source;
-        bool isPending = false;
+        ItemPlace place = ItemPlace::inQuarantine;
         friend bool operator==(const Item&, const Item&) = default;
     };
+
+    QString stateWords(const Item& item) const;
 
     const Texts& texts_;
     UserEnvironment user_;

@@ -25,12 +25,13 @@ void ReviewTree::rebuild() {
     roots_.clear();
     largest_ = 1;
     const auto& groups = flow_.choice().findings().groups();
-    for (const auto& group : groups) {
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        const auto& group = groups[i];
         const auto tree = flow_.reviewTrees().find(group.target.bundleID);
         if (tree == flow_.reviewTrees().end()) continue;
         const int parent =
             groups.size() < 2 ? -1 : add(-1, {.kind = Kind::application, .title = shown(group.target.name)});
-        addTree(parent, tree->second);
+        addTree(parent, i, tree->second);
     }
     count();
     endResetModel();
@@ -51,9 +52,12 @@ int ReviewTree::add(int parent, Node node) {
     return number;
 }
 
-void ReviewTree::addTree(int parent, const LeftoverTree& tree) {
-    const auto isShown = [this](const auto& row) {
-        return !isOnlyChosen_ || flow_.choice().isSelected(row.trace->id);
+/// A reset of permissions that were never given does nothing, and is no row.
+void ReviewTree::addTree(int parent, std::size_t number, const LeftoverTree& tree) {
+    const auto& choice = flow_.choice();
+    const auto isShown = [&](const auto& row) {
+        return !choice.findings().resetsNothing(number, *row.trace)
+               && (!isOnlyChosen_ || choice.isSelected(row.trace->id));
     };
     const auto hasShown = [&](const auto& group) { return std::ranges::any_of(group.rows, isShown); };
     for (const auto& tier : tree.tiers) {

@@ -53,7 +53,8 @@ class ReviewTree final : public FindTree {
     };
 
     int add(int parent, Node node);
-    void addTree(int parent, const LeftoverTree& tree);
+    /// Of one group of findings.
+    void addTree(int parent, std::size_t group, const LeftoverTree& tree);
     void count();
     const Node& node(const QModelIndex& index) const {
         return nodes_[static_cast<std::size_t>(index.internalId())];

@@ -13,6 +13,7 @@
 #include <QPushButton>
 
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace tidwen {
@@ -43,13 +44,23 @@ ActivityStrip::ActivityStrip(SessionModels& models, const Texts& texts, UserEnvi
 
 void ActivityStrip::update() {
     auto& flow = models_.removal();
-    auto step = models_.chores().progress.get();
-    if (!step && flow.isUndoing()) step = flow.progress.get(); // a scan or removal has a screen of its own
-    setVisible(step.has_value());
-    if (step)
+    if (const auto& chore = models_.chores().progress.get())
+        step_->setText(choreWords(*chore));
+    else if (const auto& step = flow.progress.get(); step && flow.isUndoing())
         step_->setText(stepWords(*step, texts_, user_));
-    else
+    else {
+        hide(); // a scan or removal has a screen of its own
         stop_->setEnabled(true);
+        return;
+    }
+    show();
+}
+
+/// Nobody asked for a chore, so it says what it is for in a sentence.
+QString ActivityStrip::choreWords(StepProgress step) const {
+    const auto* task = step.kind == "purge" ? "cli.progress.deleting" : "cli.progress.recovering";
+    step.kind.clear();
+    return words(texts_, task) + QLatin1Char(' ') + stepWords(step, texts_, user_);
 }
 
 void ActivityStrip::stop() {

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "base/observable.h"
+#include "base/step_progress.h"
 #include "base/texts.h"
 #include "platform/user_environment.h"
 #include "program/session_models.h"
 
+#include <QString>
 #include <QWidget>
 #include <vector>
 
@@ -22,6 +24,7 @@ class ActivityStrip final : public QWidget {
 
   private:
     void update();
+    QString choreWords(StepProgress step) const;
     void stop();
 
     SessionModels& models_;

@@ -3,6 +3,7 @@
 #include "app/screens/leftovers/leftovers_screen.h"
 #include "app/screens/report/report_screen.h"
 #include "app/screens/review/review_screen.h"
+#include "app/widgets/return_key.h"
 #include "app/widgets/words.h"
 #include "removal/removal_phases.h"
 #include "scan/applications/installed_app.h"
@@ -29,6 +30,7 @@ void FlowDisplay::showStage(Place home) {
         review.update();
         if (std::exchange(beginsWithReset_, false)) flow.setMode(RemovalMode::reset);
         screens_.turnTo(review);
+        returnKey::waitForPause(); // who held it down on the screen before has not seen this one
     } else if (std::holds_alternative<stage::Orphans>(stage)) {
         screens_.leftovers().refresh();
         if (screens_.leftovers().isReady()) screens_.turnTo(home);

@@ -108,7 +108,7 @@ bool Sheet::focusNextPrevChild(bool next) {
 }
 
 void Sheet::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape) return cancel();
+    if (event->key() == Qt::Key_Escape && !stays) return cancel();
     if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter) return;
     auto* focused = qobject_cast<QPushButton*>(QApplication::focusWidget());
     if (focused && isAncestorOf(focused)) return focused->click();

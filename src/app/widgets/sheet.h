@@ -23,6 +23,8 @@ class Sheet : public QWidget {
     QBoxLayout& addAnswers();
     /// Called when it was closed without an answer.
     std::function<void()> onCancel;
+    /// Escape does not close it: nothing can go on below until what it tells of has ended.
+    bool stays = false;
     void open();
     void close();
     void cancel();

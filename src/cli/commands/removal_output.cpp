@@ -13,7 +13,6 @@
 #include "removal/findings.h"
 #include "removal/removal_report.h"
 #include "removal/stay_reason.h"
-#include "scan/matching/default_selection.h"
 #include "scan/matching/trace.h"
 #include "scan/permissions/permission_audit.h"
 
@@ -48,8 +47,7 @@ void printItems(const RemovalChoice& choice, const CommandContext& context) {
         context.console.line(each.group->target.name, Style::strong);
         Table table({Table::Align::left, Table::Align::right});
         for (const auto* trace : each.traces) {
-            if (group < findings.scanned().size() && resetsNothing(*trace, findings.scanned()[group]))
-                continue;
+            if (findings.resetsNothing(group, *trace)) continue;
             table.add({labels::risk(trace->risk, context.texts),
                        {labels::size(*trace, context.texts)},
                        {labels::category(trace->category, context.texts), Style::faint},

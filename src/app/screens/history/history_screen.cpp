@@ -5,6 +5,7 @@
 #include "app/screens/history/history_delegate.h"
 #include "app/style/metrics.h"
 #include "app/style/palette.h"
+#include "app/style/style.h"
 #include "app/widgets/empty_state.h"
 #include "app/widgets/notice.h"
 #include "app/widgets/panel.h"
@@ -24,6 +25,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
+#include <QPainter>
 #include <QPushButton>
 #include <QStackedLayout>
 #include <QStyledItemDelegate>
@@ -40,12 +42,28 @@ namespace {
 
 constexpr qsizetype mostNoticeLines = 6; ///< of a notice
 
-/// Never wider than its list, so that a long path is elided instead of scrolled to.
-class ElidingDelegate final : public QStyledItemDelegate {
+/// A path and, at the far side, where its item is. Never wider than its list; a long path keeps its end, the
+/// name, and is not scrolled to.
+class ItemDelegate final : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
         return {0, QStyledItemDelegate::sizeHint(option, index).height()};
+    }
+    void paint(QPainter* painter, const QStyleOptionViewItem& given,
+               const QModelIndex& index) const override {
+        const auto state = index.data(HistoryItems::state).toString();
+        auto option = given;
+        if (!state.isEmpty()) {
+            const int wide = option.fontMetrics.horizontalAdvance(state) + scaled(10);
+            const auto align = QStyle::visualAlignment(option.direction, Qt::AlignRight | Qt::AlignVCenter);
+            painter->setFont(option.font);
+            painter->setPen(colors()[Role::second]);
+            painter->drawText(given.rect, static_cast<int>(align) | Qt::TextSingleLine, state);
+            const bool isMirrored = option.direction == Qt::RightToLeft;
+            option.rect.adjust(isMirrored ? wide : 0, 0, isMirrored ? 0 : -wide, 0);
+        }
+        QStyledItemDelegate::paint(painter, option, index);
     }
 };
 
@@ -109,8 +127,8 @@ QWidget* HistoryScreen::makeContent() {
     items_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     items_->setUniformItemSizes(true);
     items_->setSpacing(scaled(3));
-    items_->setTextElideMode(Qt::ElideMiddle);
-    items_->setItemDelegate(new ElidingDelegate(items_));
+    items_->setTextElideMode(Qt::ElideLeft);
+    items_->setItemDelegate(new ItemDelegate(items_));
     items_->setModel(&itemList_);
     // On the run itself: the whole of it.
     connect(runs_, &QAbstractItemView::clicked, this, [this] { items_->clearSelection(); });

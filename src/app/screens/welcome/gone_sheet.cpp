@@ -17,6 +17,7 @@ Sheet* openGoneSheet(QWidget* window, const QString& name, const Texts& texts, Q
                      std::function<void()> lookAgain) {
     const auto title = words(texts, "window.gone.title %@", {name.toStdString()});
     auto* sheet = new Sheet(window, title);
+    sheet->stays = true; // what lies in the folder now may be another's
     auto* line = parts::row(nullptr, scaled(14));
     line->addWidget(parts::picture(QStringLiteral("disk"), Role::look, 32));
     line->addWidget(parts::paragraph(title, Type::sheet), 1);
