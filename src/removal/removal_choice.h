@@ -47,9 +47,11 @@ class RemovalChoice {
     RemovalChoice(std::shared_ptr<const Findings> findings, RemovalSubject::Kind kind);
 
     const Findings& findings() const { return *findings_; }
+    std::shared_ptr<const Findings> shareFindings() const { return findings_; }
     RemovalMode mode() const { return mode_; }
     /// Whether it is selected. It may stay nevertheless: a remaining application may claim it.
     bool isSelected(const Uuid& id) const;
+    bool isSelected(std::size_t number) const { return selected_[number]; } ///< as `Findings::number`
     /// What is removed, each item once: without items inside a folder that is also removed, and without items
     /// that a remaining application of the scan also claims.
     const std::vector<GoingGroup>& going() const { return going_; }

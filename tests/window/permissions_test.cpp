@@ -71,6 +71,11 @@ TEST_F(PermissionsWindow, SaysThatADatabaseCannotBeRead) {
     EXPECT_EQ(rows(), 2) << "those of the other database are shown";
 }
 
+TEST_F(PermissionsWindow, AreNoRowOfTheReviewWhereNoneWereGiven) {
+    ASSERT_TRUE(fixture.review("Kip"));
+    EXPECT_FALSE(fixture.openPermissionsOfTheReview());
+}
+
 TEST_F(PermissionsWindow, OpensFromTheReviewToo) {
     ASSERT_TRUE(fixture.review("Marlin Notes"));
     ASSERT_TRUE(fixture.openPermissionsOfTheReview());

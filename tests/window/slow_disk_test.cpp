@@ -75,7 +75,7 @@ TEST_F(SlowDisk, IsNeverAskedByTheThreadThatDraws) {
     ASSERT_TRUE(fixture.click("undo run"));
     ASSERT_TRUE(waitUntil([this] { return !models().history().busyEntryID.get(); }));
     window.view()->go(Place::applications);
-    ASSERT_TRUE(fixture.review("Marlin Notes") && fixture.openPermissionsOfTheReview());
+    ASSERT_TRUE(fixture.review("Marlin Sketch") && fixture.openPermissionsOfTheReview());
     window.openSettings();
     EXPECT_THAT(governor->ofWindow(), IsEmpty());
 }

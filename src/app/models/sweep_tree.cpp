@@ -107,6 +107,7 @@ void SweepTree::willChange(const RowChange& change) {
 }
 
 void SweepTree::changed(const RowChange& change) {
+    areRowsNew_ = true;
     const auto end = change.first + change.count;
     switch (change.kind) {
     case RowChange::Kind::reset:
@@ -226,22 +227,33 @@ void SweepTree::replaceRows(std::size_t first, std::size_t end) {
 }
 
 void SweepTree::refresh() {
-    findOwners();
-    largest_ = 1;
     const auto& choice = flow_.choice();
-    for (auto& tier : tiers_) {
-        tier.selected = 0;
-        for (const auto& group : tier.groups)
-            for (const auto* item : group.items) {
-                largest_ = std::max(largest_, item->sizeBytes.value_or(0));
-                if (choice.isSelected(item->id)) ++tier.selected;
-            }
-    }
+    const bool areOthers = known_.lock() != choice.shareFindings();
+    if (areOthers) findOwners();
+    if (areOthers || areRowsNew_) numberFinds();
+    for (auto& tier : tiers_)
+        tier.selected = static_cast<std::size_t>(std::ranges::count_if(
+            tier.numbers, [&](std::size_t number) { return choice.isSelected(number); }));
     if (!tiers_.empty())
         Q_EMIT dataChanged(tierIndex(0), tierIndex(tiers_.size() - 1), {Qt::CheckStateRole, second});
 }
 
+void SweepTree::numberFinds() {
+    areRowsNew_ = false;
+    largest_ = 1;
+    const auto& findings = flow_.choice().findings();
+    for (auto& tier : tiers_) {
+        tier.numbers.clear();
+        for (const auto& group : tier.groups)
+            for (const auto* item : group.items) {
+                largest_ = std::max(largest_, item->sizeBytes.value_or(0));
+                if (const auto number = findings.number(item->id)) tier.numbers.push_back(*number);
+            }
+    }
+}
+
 void SweepTree::findOwners() {
+    known_ = flow_.choice().shareFindings();
     owners_.clear();
     for (const auto& group : flow_.choice().findings().groups())
         if (!group.traces.empty()) owners_.emplace_back(group.traces.data(), &group);

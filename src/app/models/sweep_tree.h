@@ -13,6 +13,7 @@
 #include "sweep/sweep_state.h"
 
 #include <cstdint>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -44,6 +45,7 @@ class SweepTree final : public FindTree {
     struct Tier {
         SweepRow heading = {};
         std::vector<Group> groups = {};
+        std::vector<std::size_t> numbers = {}; ///< of its items, among all findings
         std::size_t selected = 0;
     };
     /// Where a row stands. What is above it is known by kind and not by number, so that what comes and goes
@@ -70,13 +72,16 @@ class SweepTree final : public FindTree {
     void insertFinds(std::size_t first, std::size_t end);
     void replaceRows(std::size_t first, std::size_t end);
     void rebuild();
+    void numberFinds();
     void findOwners();
     const FoundGroup* owner(const Trace& trace) const;
     QString secondLine(const Trace& trace) const;
     QVariant tierData(const Tier& tier, int role) const;
 
     std::vector<Tier> tiers_;
-    std::int64_t largest_ = 1; ///< bytes of the largest item, at which bars are full
+    std::int64_t largest_ = 1;            ///< bytes of the largest item, at which bars are full
+    std::weak_ptr<const Findings> known_; ///< of which the owners are
+    bool areRowsNew_ = true;              ///< since the finds were numbered
     /// The groups of the findings, by where their traces begin in memory.
     std::vector<std::pair<const Trace*, const FoundGroup*>> owners_;
     Subscription willChange_, changed_;

@@ -19,7 +19,9 @@
 #include "removal/flow_types.h"
 #include "system/permissions_model.h"
 
+#include <QApplication>
 #include <QBoxLayout>
+#include <QKeyEvent>
 #include <QPointer>
 
 #include <utility>
@@ -312,6 +314,13 @@ void MacView::say(const QString& words) {
 void MacView::showPermissions(AppTarget app) {
     questions_.showPermissions(std::move(app),
                                [this] { openPane(SystemSettingsLauncher::Pane::privacyAndSecurity); });
+}
+
+/// Escape leads out of the sidebar to the screen, where it goes back.
+void MacView::keyPressEvent(QKeyEvent* event) {
+    const bool isInSidebar = sidebar_->isAncestorOf(QApplication::focusWidget());
+    if (event->key() == Qt::Key_Escape && isInSidebar) return screens_->takeFocus();
+    QWidget::keyPressEvent(event);
 }
 
 void MacView::resizeEvent(QResizeEvent* event) {

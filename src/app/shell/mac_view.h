@@ -71,6 +71,7 @@ class MacView final : public QWidget {
     void askToClose(const MacQuestions::Closing& closing) { questions_.askToClose(closing); }
 
   protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
   private:

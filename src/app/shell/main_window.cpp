@@ -41,7 +41,8 @@ namespace tidwen {
 
 namespace {
 
-constexpr qsizetype mostLines = 6; ///< of one notice
+constexpr int longestToFirstPaint = 300; ///< milliseconds; a window behind others is not painted
+constexpr qsizetype mostLines = 6;       ///< of one notice
 
 } // namespace
 
@@ -195,7 +196,23 @@ void MainWindow::refuse(const QString& why) {
     }
 }
 
+void MainWindow::paintEvent(QPaintEvent* event) {
+    QMainWindow::paintEvent(event);
+    if (!std::exchange(wasPainted_, true)) QTimer::singleShot(0, this, [this] { takeArrived(); });
+}
+
+void MainWindow::takeArrived() {
+    wasPainted_ = true;
+    if (arrived_) take(*std::exchange(arrived_, std::nullopt));
+}
+
+/// The screens of a Mac take longer to make than the window itself, which is seen first.
 void MainWindow::take(MacOpener::Opened opened) {
+    if (isVisible() && !wasPainted_) {
+        arrived_ = std::move(opened);
+        QTimer::singleShot(longestToFirstPaint, this, [this] { takeArrived(); });
+        return;
+    }
     presence_.reset();
     standing_.reset();
     clearContent();

@@ -71,6 +71,7 @@ class MainWindow final : public QMainWindow {
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
   private:
     void makeChooser();
@@ -81,6 +82,7 @@ class MainWindow final : public QMainWindow {
     void begin(const QString& words);
     void refuse(const QString& why);
     void take(MacOpener::Opened opened);
+    void takeArrived();
     void stand();
     void showWelcome();
     void followPresence();
@@ -104,6 +106,8 @@ class MainWindow final : public QMainWindow {
     QPointer<Sheet> gone_;
     LeftMacs left_;
     std::unique_ptr<OpenMac> mac_;
+    bool wasPainted_ = false;
+    std::optional<MacOpener::Opened> arrived_;   ///< before it was painted for the first time
     MacView* view_ = nullptr;                    ///< of `mac_`, and goes before it
     std::unique_ptr<StandingServices> standing_; ///< of the Mac that the program runs on
     std::vector<std::string> waitingFiles_;

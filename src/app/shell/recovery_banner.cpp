@@ -19,6 +19,7 @@ namespace tidwen {
 namespace {
 
 constexpr qsizetype mostLines = 6; ///< more would leave no room for the screen below
+constexpr std::size_t mostNamed = 4;
 
 } // namespace
 
@@ -45,13 +46,14 @@ void RecoveryBanner::update() {
 void RecoveryBanner::showUndone(const UndoReport& undo) {
     auto lines = undoLines(undo, runsJobs_, texts_);
     if (undo.mayHaveLost) lines.prepend(text("report.undo.permanent"));
-    const bool isSame = isAsBefore(undo);
-    notices_->addWidget(
-        makeNotice(isSame ? NoticeTone::information : NoticeTone::caution,
-                   {isSame ? text("home.recovery.undone %@", {names(chores_.undoneApps()).toStdString()})
-                           : text("report.undo.complete"),
-                    firstLines(lines, mostLines, texts_), text("window.dismiss")},
-                   [this] { chores_.forgetUndo(); }));
+    const auto& apps = chores_.undoneApps();
+    const bool isSame = isAsBefore(undo) && apps.size() <= mostNamed;
+    notices_->addWidget(makeNotice(
+        isSame ? NoticeTone::information : NoticeTone::caution,
+        {isSame ? text("home.recovery.undone %@", {listed(apps, &AppRecord::name, texts_).toStdString()})
+                : text("report.undo.complete"),
+         firstLines(lines, mostLines, texts_), text("window.dismiss")},
+        [this] { chores_.forgetUndo(); }));
 }
 
 void RecoveryBanner::showNotice(const RecoveryNotice& notice) {
@@ -63,7 +65,7 @@ void RecoveryBanner::showNotice(const RecoveryNotice& notice) {
     const bool isUndoing = chores_.isUndoing();
     notices_->addWidget(makeNotice(
         isWhole ? NoticeTone::information : NoticeTone::caution,
-        {text("home.recovery.title %@", {names(notice.manifest.apps).toStdString()}),
+        {text("home.recovery.title %@", {subject(notice.manifest).toStdString()}),
          firstLines(lines, mostLines, texts_)},
         {{text(isUndoing ? "home.recovery.restoring" : "home.recovery.undo"),
           [this] { chores_.undoRecovered(); }, !isUndoing, QStringLiteral("undo recovered")},
@@ -85,10 +87,19 @@ QStringList RecoveryBanner::failures() const {
     return lines + undoLines(*undo, runsJobs_, texts_);
 }
 
-QString RecoveryBanner::names(const std::vector<AppRecord>& apps) const {
-    constexpr std::size_t mostNamed = 4; // a removal of leftovers may be of thousands
-    return apps.size() <= mostNamed ? listed(apps, &AppRecord::name, texts_)
-                                    : text("report.subject.apps %lld", {std::to_string(apps.size())});
+/// Of many, only their number: a removal of leftovers may be of thousands.
+QString RecoveryBanner::subject(const Manifest& manifest) const {
+    const auto& apps = manifest.apps;
+    if (apps.size() <= mostNamed) return listed(apps, &AppRecord::name, texts_);
+    std::size_t moved = 0;
+    bool isOfLeftovers = true;
+    for (const auto& entry : manifest.entries) {
+        if (entry.kind != ManifestEntryKind::move) continue;
+        ++moved;
+        if (entry.source.ends_with(".app")) isOfLeftovers = false;
+    }
+    return isOfLeftovers ? text("confirm.subject.leftovers %lld", {std::to_string(moved)})
+                         : text("report.subject.apps %lld", {std::to_string(apps.size())});
 }
 
 QString RecoveryBanner::text(const char* key, const std::vector<std::string>& arguments) const {

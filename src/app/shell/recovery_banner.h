@@ -3,6 +3,7 @@
 #include "base/observable.h"
 #include "base/path.h"
 #include "base/texts.h"
+#include "quarantine/manifest.h"
 #include "removal/startup_chores.h"
 
 #include <QWidget>
@@ -26,7 +27,7 @@ class RecoveryBanner final : public QWidget {
     void update();
     void showUndone(const UndoReport& undo);
     void showNotice(const RecoveryNotice& notice);
-    QString names(const std::vector<AppRecord>& apps) const;
+    QString subject(const Manifest& manifest) const;
     /// Of the undo of the run that the notice is about.
     QStringList failures() const;
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;

@@ -137,6 +137,14 @@ QSize Style::sizeFromContents(ContentsType type, const QStyleOption* option, con
     return size;
 }
 
+/// Every menu bar asks for the mark of what does not fit into it; the toolkit's is a picture file, for which
+/// it loads the readers of all formats.
+QIcon Style::standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const {
+    if (which == SP_ToolBarHorizontalExtensionButton)
+        return controlIcon(QStringLiteral("chevron-right"), Role::text);
+    return QProxyStyle::standardIcon(which, option, widget);
+}
+
 int Style::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                      QStyleHintReturn* data) const {
     switch (hint) {

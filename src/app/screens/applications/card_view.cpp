@@ -13,6 +13,7 @@
 #include <QScrollBar>
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace tidwen {
 
@@ -66,6 +67,15 @@ QRect CardView::cell(const Group& group, int number) const {
     const int y = group.top + headingHeight() + number / columns_ * stepY() - verticalOffset();
     const auto size = cardSize();
     return {QPoint(isRightToLeft() ? viewport()->width() - x - size.width() : x, y), size};
+}
+
+std::pair<int, int> CardView::cardsBetween(const Group& group, int top, int bottom) const {
+    const int heading = headingHeight(), line = stepY();
+    const int origin = group.top + heading - verticalOffset();
+    if (bottom - origin < -heading || top - origin > group.lines * line) return {0, -1};
+    const int first = qMax(0, top - origin) / line * columns_;
+    const int end = (qMax(0, bottom - origin) / line + 1) * columns_;
+    return {qMin(first, group.count), qMin(end, group.count)};
 }
 
 QModelIndex CardView::indexAt(const QPoint& point) const {
@@ -148,12 +158,15 @@ void CardView::keyPressEvent(QKeyEvent* event) {
 
 void CardView::setSelection(const QRect& area, QItemSelectionModel::SelectionFlags flags) {
     QItemSelection chosen;
-    for (const auto& group : groups_)
-        for (int i = 0; i < group.count; ++i)
-            if (cell(group, i).intersects(area.normalized())) {
+    const auto wanted = area.normalized();
+    for (const auto& group : groups_) {
+        const auto [first, end] = cardsBetween(group, wanted.top(), wanted.bottom());
+        for (int i = first; i < end; ++i)
+            if (cell(group, i).intersects(wanted)) {
                 const auto index = model()->index(group.first + i, 0);
                 chosen.select(index, index);
             }
+    }
     selectionModel()->select(chosen, flags);
 }
 
@@ -174,13 +187,9 @@ void CardView::paintEvent(QPaintEvent* event) {
         itemDelegate()->paint(&painter, option, index);
     };
     for (const auto& group : groups_) {
-        const int origin = group.top + headingHeight() - verticalOffset();
-        const int top = event->rect().top() - origin;
-        const int bottom = event->rect().bottom() - origin;
-        if (bottom < -headingHeight() || top > group.lines * stepY()) continue;
-        draw(group.first - 1);
-        const int end = qMin(group.count, (qMax(0, bottom) / stepY() + 1) * columns_);
-        for (int i = qMax(0, top / stepY()) * columns_; i < end; ++i)
+        const auto [first, end] = cardsBetween(group, event->rect().top(), event->rect().bottom());
+        if (first <= end) draw(group.first - 1);
+        for (int i = first; i < end; ++i)
             draw(group.first + i);
     }
 }

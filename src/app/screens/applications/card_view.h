@@ -3,6 +3,7 @@
 #include "base/observable.h"
 
 #include <QListView>
+#include <utility>
 #include <vector>
 
 namespace tidwen {
@@ -47,6 +48,9 @@ class CardView final : public QListView {
 
     void place();
     QRect cell(const Group& group, int number) const;
+    /// The numbers of the cards whose lines meet these pixels of the viewport, first and past the last; an
+    /// end before the first when not even its heading does.
+    std::pair<int, int> cardsBetween(const Group& group, int top, int bottom) const;
     const Group* groupOfRow(int row) const;
 
     std::vector<Group> groups_;

@@ -162,7 +162,8 @@ void ReviewScreen::update() {
         if (isOther) view_->scrollToTop();
         if (isOther && !shown_.empty()) view_->setFocus();
     }
-    showSelection();
+    if (!shown_.empty())
+        showSelection(); // else the findings are those of another screen, and may be very many
 }
 
 void ReviewScreen::showGrantedAccess() {
