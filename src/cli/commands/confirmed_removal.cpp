@@ -158,7 +158,11 @@ void show(const stage::Report& shown, const RemovalChoice& begun, const CommandC
         report.quarantineRoot.isRoot() ? std::nullopt : undoCommandLine(report.quarantineRoot, context, mac);
     printLeft(report.left, context);
     printUnseen(report.unseen, context);
-    if (undo) context.offer("cli.undo.hint %@", *undo);
+    if (!undo) return;
+    if (begun.summary().resetsPermissions || !begun.summary().permanent.empty())
+        context.console.line(
+            context.text(mac.volume ? "cli.undo.permanentOnVolume" : "report.undo.permanent"), Style::faint);
+    context.offer("cli.undo.hint %@", *undo);
 }
 
 /// Nothing was found that the call takes, as after an earlier one: an empty document, and no refusal.

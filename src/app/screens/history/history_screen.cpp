@@ -307,6 +307,8 @@ void HistoryScreen::showNotices() {
 void HistoryScreen::showItems() {
     const auto* entry = current();
     itemList_.show(entry);
+    const bool canChoose = entry && !entry->pendingItems.empty();
+    items_->setFocusPolicy(canChoose ? Qt::StrongFocus : Qt::ClickFocus);
     const auto help = entry ? list_.help(*entry) : QString();
     state_->setText(help);
     state_->setVisible(!help.isEmpty());
