@@ -109,10 +109,13 @@ TEST_F(Chooser, SaysThatTheVolumeIsGoneAndGoesOnWhenItIsBack) {
     ASSERT_TRUE(fixture.openSample() && fixture.review("Marlin Notes"));
     auto& presence = *fixture.window.mac()->presence();
     fs::rename(volume, fixture.folder.path() / "Elsewhere");
+    for (const auto& entry : fs::directory_iterator(fixture.folder.path() / "Elsewhere"))
+        fs::create_directories(volume / entry.path().filename()); // another one in its place
     presence.look();
     ASSERT_TRUE(waitUntil([&] { return !presence.isThere.get(); }));
     QTest::keyClick(fixture.find<QWidget>("sheet"), Qt::Key_Escape);
     EXPECT_TRUE(asks()) << "nothing is moved in a folder that went away";
+    fs::remove_all(volume);
     fs::rename(fixture.folder.path() / "Elsewhere", volume);
     presence.look();
     ASSERT_TRUE(waitUntil([&] { return presence.isThere.get(); }));

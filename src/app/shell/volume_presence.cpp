@@ -3,6 +3,8 @@
 #include "base/background_step.h"
 #include "base/path.h"
 
+#include <cstdint>
+#include <sys/stat.h>
 #include <utility>
 
 namespace tidwen {
@@ -14,11 +16,12 @@ constexpr int lookEvery = 3000; ///< milliseconds
 /// The files are those of the folder that was opened, wherever it is now; another of the same name may stand
 /// in its place.
 bool isThere(const FileSystem& files, const std::filesystem::path& folder) {
+    const auto opened = files.info(Path("/"));
     const auto entries = files.list(Path("/"));
-    if (!entries || entries->empty()) return false;
-    std::error_code failure;
-    const auto& first = entries->front().name;
-    return std::filesystem::exists(std::filesystem::symlink_status(folder / first, failure));
+    if (!opened || !entries || entries->empty()) return false;
+    struct stat now = {};
+    return ::stat(folder.c_str(), &now) == 0 && static_cast<std::uint64_t>(now.st_dev) == opened->device
+           && static_cast<std::uint64_t>(now.st_ino) == opened->inode;
 }
 
 } // namespace

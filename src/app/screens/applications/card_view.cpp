@@ -3,9 +3,7 @@
 #include "app/models/app_icons.h"
 #include "app/screens/applications/card_delegate.h"
 #include "app/style/metrics.h"
-#include "base/language.h"
 #include "base/path.h"
-#include "posix/copied_move.h"
 
 #include <QKeyEvent>
 #include <QPaintEvent>
