@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <functional>
 #include <map>
 #include <string_view>
+#include <utility>
 
 namespace tidwen {
 namespace {
@@ -56,11 +58,12 @@ Timestamp lastUsed(const InstalledApp& app) {
 class HomeFilter {
   public:
     HomeFilter(const HomeGridOptions& options, const AppTags& tags, const ProtectedApps& protectedApps,
-               Timestamp now)
+               Timestamp now, HomeNames& names)
         : options_(options),
           tags_(tags),
           protected_(protectedApps),
           now_(now),
+          names_(names),
           query_(folded(trimmed(options.query))) {}
 
     bool passes(const InstalledApp& app) const {
@@ -75,21 +78,30 @@ class HomeFilter {
     }
 
   private:
-    bool holds(const std::string& text) const { return folded(text).find(query_) != std::string::npos; }
+    bool holds(const std::string& text) const {
+        return names_.of(text).folded.find(query_) != std::string::npos;
+    }
 
     const HomeGridOptions& options_;
     const AppTags& tags_;
     const ProtectedApps& protected_;
     Timestamp now_;
+    HomeNames& names_;
     std::string query_;
 };
 
-void sortApps(std::vector<const InstalledApp*>& apps, HomeSort sort, const std::string& language) {
-    std::map<const InstalledApp*, std::string> names;
+void sortByName(std::vector<const InstalledApp*>& apps, HomeNames& names) {
+    std::vector<std::pair<const std::string*, const InstalledApp*>> keyed;
+    keyed.reserve(apps.size());
     for (const auto* app : apps)
-        names.emplace(app, displayOrderKey(app->name, language));
-    const auto byName = [&](const auto* a, const auto* b) { return names.at(a) < names.at(b); };
-    std::stable_sort(apps.begin(), apps.end(), byName);
+        keyed.emplace_back(&names.of(app->name).order, app);
+    std::ranges::stable_sort(
+        keyed, std::less{}, [](const auto& each) -> const auto& { return *each.first; });
+    std::ranges::transform(keyed, apps.begin(), [](const auto& each) { return each.second; });
+}
+
+void sortApps(std::vector<const InstalledApp*>& apps, HomeSort sort, HomeNames& names) {
+    sortByName(apps, names);
     if (sort == HomeSort::size)
         std::stable_sort(apps.begin(), apps.end(), [](const auto* a, const auto* b) {
             return a->sizeBytes.value_or(-1) > b->sizeBytes.value_or(-1);
@@ -141,6 +153,16 @@ void sortGroups(std::vector<HomeGroup>& groups, const HomeGridOptions& options, 
 
 } // namespace
 
+void HomeNames::speak(const std::string& language) {
+    if (std::exchange(language_, language) != language) forms_.clear();
+}
+
+const HomeNames::Forms& HomeNames::of(const std::string& name) {
+    const auto [known, isNew] = forms_.try_emplace(name);
+    if (isNew) known->second = {folded(name), displayOrderKey(name, language_)};
+    return known->second;
+}
+
 UsageBand usageBand(const InstalledApp& app, UnusedThreshold threshold, Timestamp now) {
     if (app.isBackgroundAgent || app.hasResidentHelper) return UsageBand::background;
     if (app.usage && app.usage->isRunning) return UsageBand::recent;
@@ -170,8 +192,9 @@ std::string categoryTitle(const std::optional<std::string>& category, const Text
 
 std::vector<HomeGroup> arrangeHomeGrid(const std::vector<InstalledApp>& apps, const HomeGridOptions& options,
                                        const AppTags& tags, const ProtectedApps& protectedApps,
-                                       const Texts& texts, Timestamp now) {
-    const HomeFilter filter(options, tags, protectedApps, now);
+                                       const Texts& texts, Timestamp now, HomeNames& names) {
+    names.speak(texts.language());
+    const HomeFilter filter(options, tags, protectedApps, now, names);
     std::map<std::string, HomeGroup> byID;
     for (const auto& app : apps) {
         if (!filter.passes(app)) continue;
@@ -185,7 +208,7 @@ std::vector<HomeGroup> arrangeHomeGrid(const std::vector<InstalledApp>& apps, co
     for (auto& [id, group] : byID) {
         group.id = id;
         group.title = homeGroupTitle(options.grouping, id, texts);
-        sortApps(group.apps, effectiveSort(options.sort, options.grouping, id), texts.language());
+        sortApps(group.apps, effectiveSort(options.sort, options.grouping, id), names);
         groups.push_back(std::move(group));
     }
     sortGroups(groups, options, texts.language());

@@ -37,6 +37,25 @@ struct HomeGridOptions {
     std::optional<std::string> tag = {};
 };
 
+/// Names as they are searched and sorted in one language. Every key stroke in the search field asks for those
+/// of all applications again, and they take long to work out, so they are kept.
+class HomeNames {
+  public:
+    struct Forms {
+        std::string folded; ///< for searching
+        std::string order;  ///< compares bytewise as people sort names
+    };
+
+    /// Forgets what is known in another language.
+    void speak(const std::string& language);
+    /// Lives until the language changes.
+    const Forms& of(const std::string& name);
+
+  private:
+    std::string language_;
+    std::unordered_map<std::string, Forms> forms_;
+};
+
 /// One heading with its applications. Points into the list it was created from.
 struct HomeGroup {
     std::string id;    ///< "unused", "public.app-category.games", a tag, or "all"
@@ -48,7 +67,7 @@ struct HomeGroup {
 /// Leaves out empty groups. Grouped by tag, an application appears under each of its tags.
 std::vector<HomeGroup> arrangeHomeGrid(const std::vector<InstalledApp>& apps, const HomeGridOptions& options,
                                        const AppTags& tags, const ProtectedApps& protectedApps,
-                                       const Texts& texts, Timestamp now);
+                                       const Texts& texts, Timestamp now, HomeNames& names);
 
 /// The title of the group with this ID.
 std::string homeGroupTitle(HomeGrouping grouping, const std::string& groupID, const Texts& texts);

@@ -164,8 +164,8 @@ void HomeGridModel::refreshRunning(std::function<void()> done) {
 }
 
 void HomeGridModel::arrange() {
-    const auto groups =
-        arrangeHomeGrid(apps_, options_, ports_.tags, ports_.protectedApps, ports_.texts, ports_.clock.now());
+    const auto groups = arrangeHomeGrid(apps_, options_, ports_.tags, ports_.protectedApps, ports_.texts,
+                                        ports_.clock.now(), names_);
     std::vector<HomeRow> arranged;
     for (const auto& group : groups) {
         arranged.push_back(heading(group));

@@ -110,6 +110,7 @@ class HomeGridModel {
 
     Ports ports_;
     HomeGridOptions options_;
+    HomeNames names_;
     std::vector<InstalledApp> apps_;
     std::vector<std::function<void()>> done_; ///< of the loads in progress
     bool isBusy_ = false;                     ///< the inventory is in use

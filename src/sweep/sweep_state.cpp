@@ -83,6 +83,10 @@ const std::set<Uuid>& SweepState::allIDs() const {
     return snapshot_.tree.list ? snapshot_.tree.list->ids() : none;
 }
 
+std::size_t SweepState::findNumber(std::size_t row) const {
+    return shown_->numbers[row] - headings;
+}
+
 void SweepState::begin(Timestamp now) {
     startedAt_ = now;
     replaceTraces({});

@@ -69,6 +69,8 @@ class SweepState {
     ObservableList<SweepRow> rows;
 
     const Snapshot& snapshot() const { return snapshot_; }
+    /// Of the find in each of `rows`, its number in the list of the snapshot's tree; once `changed` is told.
+    std::size_t findNumber(std::size_t row) const;
     const std::vector<const Trace*>& traces() const {
         return traces_.traces;
     }                                     ///< may be ahead of the snapshot

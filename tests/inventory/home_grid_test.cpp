@@ -50,7 +50,7 @@ class HomeGrid : public testing::Test {
   protected:
     std::vector<std::string> shown(HomeGridOptions options) {
         std::vector<std::string> lines;
-        for (const auto& group : arrangeHomeGrid(apps, options, tags, protectedApps, {}, now)) {
+        for (const auto& group : arrangeHomeGrid(apps, options, tags, protectedApps, {}, now, names)) {
             auto line = group.id + ":";
             for (const auto* each : group.apps)
                 line += " " + each->name;
@@ -63,6 +63,7 @@ class HomeGrid : public testing::Test {
     const Texts texts;
     AppTags tags{defaults, texts};
     ProtectedApps protectedApps{defaults};
+    HomeNames names;
     std::vector<InstalledApp> apps;
 };
 

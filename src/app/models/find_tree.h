@@ -27,7 +27,7 @@ class FindTree : public QAbstractItemModel {
     int columnCount(const QModelIndex& /*above*/ = {}) const final { return 1; }
     bool hasChildren(const QModelIndex& above = {}) const final { return rowCount(above) > 0; }
     bool setData(const QModelIndex& index, const QVariant& value, int role) final;
-    Qt::ItemFlags flags(const QModelIndex& index) const final;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
 
   protected:
     /// What is passed outlives it.

@@ -228,8 +228,9 @@ void SweepTree::replaceRows(std::size_t first, std::size_t end) {
 
 void SweepTree::refresh() {
     const auto& choice = flow_.choice();
-    const bool areOthers = known_.lock() != choice.shareFindings();
-    if (areOthers) findOwners();
+    const bool areOthers =
+        known_.lock() != choice.shareFindings() || knownList_.lock() != flow_.sweep().snapshot().tree.list;
+    if (areOthers) learnFinds();
     if (areOthers || areRowsNew_) numberFinds();
     for (auto& tier : tiers_)
         tier.selected = static_cast<std::size_t>(std::ranges::count_if(
@@ -238,22 +239,39 @@ void SweepTree::refresh() {
         Q_EMIT dataChanged(tierIndex(0), tierIndex(tiers_.size() - 1), {Qt::CheckStateRole, second});
 }
 
+/// Once for all filters: identifiers are looked up and traces read all over the memory.
+void SweepTree::learnFinds() {
+    const auto& list = flow_.sweep().snapshot().tree.list;
+    known_ = flow_.choice().shareFindings();
+    knownList_ = list;
+    findOwners();
+    numbers_.clear();
+    largest_ = 1;
+    if (!list) return;
+    numbers_.reserve(list->traces().size());
+    for (const auto* trace : list->traces()) {
+        numbers_.push_back(flow_.choice().findings().number(trace->id));
+        largest_ = std::max(largest_, trace->sizeBytes.value_or(0));
+    }
+}
+
+/// The tiers hold the rows of the sweep in their order.
 void SweepTree::numberFinds() {
     areRowsNew_ = false;
-    largest_ = 1;
-    const auto& findings = flow_.choice().findings();
+    std::size_t row = 0;
     for (auto& tier : tiers_) {
+        ++row; // its heading
         tier.numbers.clear();
-        for (const auto& group : tier.groups)
-            for (const auto* item : group.items) {
-                largest_ = std::max(largest_, item->sizeBytes.value_or(0));
-                if (const auto number = findings.number(item->id)) tier.numbers.push_back(*number);
-            }
+        for (const auto& group : tier.groups) {
+            ++row;
+            for (const auto end = row + group.items.size(); row < end; ++row)
+                if (const auto& number = numbers_[flow_.sweep().findNumber(row)])
+                    tier.numbers.push_back(*number);
+        }
     }
 }
 
 void SweepTree::findOwners() {
-    known_ = flow_.choice().shareFindings();
     owners_.clear();
     for (const auto& group : flow_.choice().findings().groups())
         if (!group.traces.empty()) owners_.emplace_back(group.traces.data(), &group);
@@ -328,6 +346,15 @@ int SweepTree::rowCount(const QModelIndex& above) const {
     const auto over = place(above);
     if (over.kind == Kind::tier) return number(tiers_[over.tier].groups.size());
     return over.kind == Kind::group ? number(tiers_[over.tier].groups[over.group].items.size()) : 0;
+}
+
+/// A view asks for those of every row before it shows one, so what is chosen is not looked up: all can be.
+Qt::ItemFlags SweepTree::flags(const QModelIndex& index) const {
+    if (!index.isValid()) return Qt::NoItemFlags;
+    const auto id = index.internalId();
+    if (id != inNothing && id < inGroups) return Qt::ItemIsEnabled; // the heading of a group
+    const Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable;
+    return id == inNothing ? flags : flags | Qt::ItemNeverHasChildren;
 }
 
 QVariant SweepTree::data(const QModelIndex& index, int role) const {

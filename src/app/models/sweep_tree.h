@@ -36,6 +36,7 @@ class SweepTree final : public FindTree {
     QModelIndex parent(const QModelIndex& index) const override;
     int rowCount(const QModelIndex& above = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
 
   private:
     struct Group {
@@ -72,6 +73,8 @@ class SweepTree final : public FindTree {
     void insertFinds(std::size_t first, std::size_t end);
     void replaceRows(std::size_t first, std::size_t end);
     void rebuild();
+    /// Who owns the finds of the list, and which number they have among all findings.
+    void learnFinds();
     void numberFinds();
     void findOwners();
     const FoundGroup* owner(const Trace& trace) const;
@@ -79,9 +82,11 @@ class SweepTree final : public FindTree {
     QVariant tierData(const Tier& tier, int role) const;
 
     std::vector<Tier> tiers_;
-    std::int64_t largest_ = 1;            ///< bytes of the largest item, at which bars are full
-    std::weak_ptr<const Findings> known_; ///< of which the owners are
-    bool areRowsNew_ = true;              ///< since the finds were numbered
+    std::int64_t largest_ = 1;            ///< bytes of the largest find, shown or not, at which bars are full
+    std::weak_ptr<const Findings> known_; ///< of which the owners and numbers are
+    std::weak_ptr<const LeftoverList> knownList_;     ///< of which the numbers are
+    std::vector<std::optional<std::size_t>> numbers_; ///< of the list's finds, among all findings
+    bool areRowsNew_ = true;                          ///< since the finds were numbered
     /// The groups of the findings, by where their traces begin in memory.
     std::vector<std::pair<const Trace*, const FoundGroup*>> owners_;
     Subscription willChange_, changed_;

@@ -87,8 +87,8 @@ void ListScreen::setModel(QAbstractItemModel& model) {
             view_->expand(rows->index(row, 0, above));
     };
     connect(&model, &QAbstractItemModel::rowsInserted, this, open);
-    connect(&model, &QAbstractItemModel::modelReset, this, [this] { view_->expandAll(); });
-    view_->expandAll();
+    connect(&model, &QAbstractItemModel::modelReset, this, [this] { view_->openAll(); });
+    view_->openAll();
 }
 
 void ListScreen::addControl(QWidget* control) {

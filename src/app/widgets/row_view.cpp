@@ -39,6 +39,18 @@ void RowView::dataChanged(const QModelIndex& first, const QModelIndex& last, con
         viewport()->update();
 }
 
+void RowView::openAll() {
+    const auto open = [this](const auto& self, const QModelIndex& above) -> void {
+        for (int row = 0; row < model()->rowCount(above); ++row) {
+            const auto index = model()->index(row, 0, above);
+            if (index.flags().testFlag(Qt::ItemNeverHasChildren)) return;
+            expand(index);
+            self(self, index);
+        }
+    };
+    open(open, {});
+}
+
 void RowView::toggleBox(const QModelIndex& index) {
     if (index.flags().testFlag(Qt::ItemIsUserCheckable)) model()->setData(index, {}, Qt::CheckStateRole);
 }
@@ -87,6 +99,15 @@ void RowView::resizeEvent(QResizeEvent* event) {
     QTreeView::resizeEvent(event);
     if (delegate_->growsWhenNarrow() && event->size().width() != event->oldSize().width())
         scheduleDelayedItemsLayout();
+}
+
+/// What delegates of rows use, and no more: a view of 100,000 rows asks each for its height with one of
+/// these, and what is left out takes longer to find out than the heights.
+void RowView::initViewItemOption(QStyleOptionViewItem* option) const {
+    option->widget = this;
+    option->direction = layoutDirection();
+    option->palette = palette();
+    option->state = isEnabled() ? QStyle::State_Enabled : QStyle::State_None;
 }
 
 /// The delegate paints the whole row, its ground included.

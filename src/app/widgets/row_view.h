@@ -16,6 +16,9 @@ class RowView final : public QTreeView {
     /// The control of a row was clicked.
     std::function<void(const QModelIndex&)> onControl;
 
+    /// Opens everything that has rows below it. Rows below one are all leaves or all none, so the leaves,
+    /// which may be 100,000, are not asked.
+    void openAll();
     void dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) override;
 
   protected:
@@ -23,6 +26,7 @@ class RowView final : public QTreeView {
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void keyPressEvent(QKeyEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void initViewItemOption(QStyleOptionViewItem* option) const override;
     void drawBranches(QPainter* /*painter*/, const QRect& /*rect*/,
                       const QModelIndex& /*index*/) const override {}
     void drawRow(QPainter* painter, const QStyleOptionViewItem& option,

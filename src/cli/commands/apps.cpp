@@ -146,8 +146,9 @@ ExitStatus runApps(const CommandContext& context, Mac& mac) {
     const auto& apps = grid.apps();
     const auto& tags = session.tags();
     const auto& protectedApps = session.protectedApps();
+    HomeNames names;
     const auto groups =
-        arrangeHomeGrid(apps, *options, tags, protectedApps, context.texts, system.clock.now());
+        arrangeHomeGrid(apps, *options, tags, protectedApps, context.texts, system.clock.now(), names);
     if (context.arguments.json)
         context.console.document(json::document(listed(groups), tags, protectedApps));
     else if (groups.empty())

@@ -41,15 +41,15 @@ CardView::CardView(AppIcons& icons)
 
 void CardView::setModel(QAbstractItemModel* model) {
     QListView::setModel(model);
-    connect(model, &QAbstractItemModel::rowsRemoved, this, [this] { place(); });
-    place();
+    connect(model, &QAbstractItemModel::rowsRemoved, this, [this] { needPlacing(); });
+    needPlacing();
 }
 
 const CardView::Group* CardView::groupOfRow(int row) const {
     const auto after =
-        std::upper_bound(groups_.begin(), groups_.end(), row,
+        std::upper_bound(groups().begin(), groups().end(), row,
                          [](int wanted, const Group& group) { return wanted < group.first - 1; });
-    return after == groups_.begin() ? nullptr : &*std::prev(after);
+    return after == groups().begin() ? nullptr : &*std::prev(after);
 }
 
 QRect CardView::visualRect(const QModelIndex& index) const {
@@ -77,10 +77,11 @@ std::pair<int, int> CardView::cardsBetween(const Group& group, int top, int bott
 }
 
 QModelIndex CardView::indexAt(const QPoint& point) const {
+    const auto& placed = groups();
     const int y = point.y() + verticalOffset();
-    const auto after = std::upper_bound(groups_.begin(), groups_.end(), y,
+    const auto after = std::upper_bound(placed.begin(), placed.end(), y,
                                         [](int wanted, const Group& group) { return wanted < group.top; });
-    if (after == groups_.begin()) return {};
+    if (after == placed.begin()) return {};
     const auto& group = *std::prev(after);
     const int below = y - group.top - headingHeight();
     const int x = isRightToLeft() ? viewport()->width() - point.x() : point.x();
@@ -100,25 +101,25 @@ void CardView::scrollTo(const QModelIndex& index, ScrollHint /*hint*/) {
 }
 
 QModelIndex CardView::moveCursor(CursorAction action, Qt::KeyboardModifiers /*modifiers*/) {
-    if (groups_.empty()) return {};
-    const auto last = groups_.size() - 1;
+    if (groups().empty()) return {};
+    const auto last = groups().size() - 1;
     const auto go = [&](std::size_t group, int number) {
-        const auto& to = groups_[group];
+        const auto& to = groups()[group];
         return model()->index(to.first + qBound(0, number, to.count - 1), 0);
     };
     if (!currentIndex().isValid() || action == MoveHome) return go(0, 0);
     const auto* here = groupOfRow(currentIndex().row());
     if (!here) return go(0, 0);
-    const auto group = static_cast<std::size_t>(here - groups_.data());
+    const auto group = static_cast<std::size_t>(here - groups().data());
     const int number = currentIndex().row() - here->first;
     const int page = qMax(1, viewport()->height() / stepY()) * columns_;
     switch (action) {
     case MoveEnd:
-        return go(last, groups_[last].count);
+        return go(last, groups()[last].count);
     case MoveUp:
         if (number >= columns_ || group == 0)
             return go(group, number >= columns_ ? number - columns_ : number);
-        return go(group - 1, (groups_[group - 1].lines - 1) * columns_ + number % columns_);
+        return go(group - 1, (groups()[group - 1].lines - 1) * columns_ + number % columns_);
     case MoveDown:
         if (number / columns_ < here->lines - 1) return go(group, number + columns_);
         return group < last ? go(group + 1, number % columns_) : go(group, number);
@@ -133,7 +134,7 @@ QModelIndex CardView::moveCursor(CursorAction action, Qt::KeyboardModifiers /*mo
         action == MoveNext || (action != MovePrevious && (action == MoveRight) != isRightToLeft());
     if (isForward)
         return number + 1 < here->count || group == last ? go(group, number + 1) : go(group + 1, 0);
-    return number > 0 || group == 0 ? go(group, number - 1) : go(group - 1, groups_[group - 1].count);
+    return number > 0 || group == 0 ? go(group, number - 1) : go(group - 1, groups()[group - 1].count);
 }
 
 /// Who comes by keyboard sees where. What hands the focus over makes nothing current that nobody chose.
@@ -157,7 +158,7 @@ void CardView::keyPressEvent(QKeyEvent* event) {
 void CardView::setSelection(const QRect& area, QItemSelectionModel::SelectionFlags flags) {
     QItemSelection chosen;
     const auto wanted = area.normalized();
-    for (const auto& group : groups_) {
+    for (const auto& group : groups()) {
         const auto [first, end] = cardsBetween(group, wanted.top(), wanted.bottom());
         for (int i = first; i < end; ++i)
             if (cell(group, i).intersects(wanted)) {
@@ -184,7 +185,7 @@ void CardView::paintEvent(QPaintEvent* event) {
         option.state.setFlag(QStyle::State_MouseOver, index == under);
         itemDelegate()->paint(&painter, option, index);
     };
-    for (const auto& group : groups_) {
+    for (const auto& group : groups()) {
         const auto [first, end] = cardsBetween(group, event->rect().top(), event->rect().bottom());
         if (first <= end) draw(group.first - 1);
         for (int i = first; i < end; ++i)
@@ -192,8 +193,23 @@ void CardView::paintEvent(QPaintEvent* event) {
     }
 }
 
-/// Works out again where everything stands.
-void CardView::place() {
+void CardView::needPlacing() {
+    isPlaced_ = false;
+    scheduleDelayedItemsLayout();
+    viewport()->update();
+}
+
+const std::vector<CardView::Group>& CardView::groups() const {
+    if (!isPlaced_) place();
+    return groups_;
+}
+
+void CardView::doItemsLayout() {
+    place();
+}
+
+void CardView::place() const {
+    isPlaced_ = true;
     groups_.clear();
     columns_ = qMax(1, (viewport()->width() + scaled(gap)) / stepX());
     int y = 0;
@@ -211,23 +227,22 @@ void CardView::place() {
     verticalScrollBar()->setRange(0, qMax(0, y - viewport()->height()));
     verticalScrollBar()->setPageStep(viewport()->height());
     verticalScrollBar()->setSingleStep(scaled(40));
-    viewport()->update();
 }
 
 // NOLINTBEGIN(bugprone-parent-virtual-call): cards are placed here, not by the layout of the list.
 void CardView::reset() {
     QAbstractItemView::reset();
-    place();
+    needPlacing();
 }
 
 void CardView::resizeEvent(QResizeEvent* event) {
     QAbstractItemView::resizeEvent(event);
-    place();
+    needPlacing();
 }
 
 void CardView::rowsInserted(const QModelIndex& above, int first, int last) {
     QAbstractItemView::rowsInserted(above, first, last);
-    place();
+    needPlacing();
 }
 
 void CardView::dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) {

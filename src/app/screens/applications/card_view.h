@@ -22,7 +22,7 @@ class CardView final : public QListView {
     QModelIndex indexAt(const QPoint& point) const override;
     void scrollTo(const QModelIndex& index, ScrollHint hint) override;
     void reset() override;
-    void doItemsLayout() override { place(); }
+    void doItemsLayout() override;
 
   protected:
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
@@ -31,7 +31,7 @@ class CardView final : public QListView {
     void setSelection(const QRect& area, QItemSelectionModel::SelectionFlags flags) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
-    void updateGeometries() override { place(); }
+    void updateGeometries() override { needPlacing(); }
     void rowsInserted(const QModelIndex& above, int first, int last) override;
     void dataChanged(const QModelIndex& first, const QModelIndex& last, const QList<int>& roles) override;
     void scrollContentsBy(int dx, int dy) override { viewport()->scroll(dx, dy); }
@@ -46,15 +46,20 @@ class CardView final : public QListView {
         int top;
     };
 
-    void place();
+    /// Rows come and go in many steps, and are placed once.
+    void needPlacing();
+    /// Where everything stands, as of now.
+    const std::vector<Group>& groups() const;
+    void place() const;
     QRect cell(const Group& group, int number) const;
     /// The numbers of the cards whose lines meet these pixels of the viewport, first and past the last; an
     /// end before the first when not even its heading does.
     std::pair<int, int> cardsBetween(const Group& group, int top, int bottom) const;
     const Group* groupOfRow(int row) const;
 
-    std::vector<Group> groups_;
-    int columns_ = 1;
+    mutable std::vector<Group> groups_; ///< these three: see `place`
+    mutable bool isPlaced_ = false;
+    mutable int columns_ = 1;
     Subscription following_;
 };
 
