@@ -103,13 +103,6 @@ std::string subject(const RemovalOperation& step) {
     return std::holds_alternative<operation::FlushPreferences>(step.kind) ? std::string() : step.displayName;
 }
 
-std::string names(const std::vector<AppRecord>& apps) {
-    std::string result;
-    for (const auto& app : apps)
-        result += (result.empty() ? "" : ", ") + app.name;
-    return result;
-}
-
 std::string countAndSize(std::size_t count, const ByteSum& sum, const Texts& texts) {
     const auto number = std::to_string(count);
     return sum.isKnown ? texts.text("review.header.summary %lld %@", {number, sizeText(sum, texts)})

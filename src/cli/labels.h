@@ -39,8 +39,6 @@ std::string progress(const std::string& work, const StepProgress& step, const Te
 std::string verb(const RemovalOperation::Kind& kind, const Texts& texts);
 /// What the step acts on; empty when the verb is sufficient.
 std::string subject(const RemovalOperation& step);
-/// "Marlin Notes, Kip".
-std::string names(const std::vector<AppRecord>& apps);
 
 /// "12 items, 3.4 MB"; "1 item" without known sizes.
 std::string countAndSize(std::size_t count, const ByteSum& sum, const Texts& texts);

@@ -86,8 +86,10 @@ class HistoryModel {
     /// are deleted too.
     void remove(const std::vector<RemovalHistoryEntry>& chosen, Answer<QuarantinePurge::Outcome> answer = {},
                 QuarantinePurge::CutOffUndo cutOffUndo = QuarantinePurge::CutOffUndo::refuse);
-    void removeAll(Answer<QuarantinePurge::Outcome> answer = {}) {
-        remove(entries.get(), std::move(answer), QuarantinePurge::CutOffUndo::keep);
+    /// All that the user was asked about: more may have come since.
+    void removeAll(const std::vector<RemovalHistoryEntry>& asked,
+                   Answer<QuarantinePurge::Outcome> answer = {}) {
+        remove(asked, std::move(answer), QuarantinePurge::CutOffUndo::keep);
     }
 
     /// Takes back what the last action came to: `lastUndo` and `error`. An action does so when it begins.

@@ -113,6 +113,7 @@ RemovalFlowModel::Answer RemovalFlowModel::close() {
     if (!isReport && !std::holds_alternative<stage::Review>(stage_)
         && !std::holds_alternative<stage::Orphans>(stage_))
         return whyNot();
+    if (isUndoing_) return whyNot(); // its end is told on the report, and only `stop` ends it
     problems_.clear();
     undoReport_.reset();
     forgetChoices();

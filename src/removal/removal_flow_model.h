@@ -139,6 +139,8 @@ class RemovalFlowModel {
     const std::vector<AppTarget>& protectedTargets() const { return protectedTargets_; }
     const std::optional<UndoReport>& undoReport() const { return undoReport_; }
     bool isUndoing() const { return isUndoing_; }
+    /// Why it is unknown which of the applications of the review are protected; none of them goes then.
+    const std::optional<Message>& protectionProblem() const { return protectionProblem_; }
     const std::optional<QuitPrompt>& pendingQuitPrompt() const { return pendingQuitPrompt_; }
     /// The findings and the selection in the review, after a sweep and of an offer; empty in every other
     /// stage. While a removal runs, what it was started with.
@@ -168,7 +170,7 @@ class RemovalFlowModel {
     void stop();
     /// One of the home stages.
     Answer show(Stage home);
-    /// Leaves review, orphans or report.
+    /// Leaves review, orphans or report; not before an undo has ended.
     Answer close();
     std::function<void()> onReportDismissed;
 

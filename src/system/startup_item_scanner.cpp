@@ -104,8 +104,9 @@ class StartupItemScanner::Owners {
         const auto* found = first([&](const Each& owner) {
             return sharesVendor(label, owner.parts) || sharesToken(label, owner.lowerID);
         });
-        return found ? std::optional(Owner{Owner::Kind::related, found->name, {}, {}, found->url})
-                     : std::nullopt;
+        return found
+                   ? std::optional(Owner{Owner::Kind::related, found->name, found->bundleID, {}, found->url})
+                   : std::nullopt;
     }
 
     /// `bundleIDs` in lower case.

@@ -76,6 +76,7 @@ std::optional<Trace> startupTrace(const StartupItem& item) {
                   {MatchReason::Kind::exactBundleID, item.label}, Reversibility::reversible, plist.string(),
                   std::nullopt, requiresRoot);
     trace.found = source->found;
+    if (section(item) != StartupSection::orphans) trace.risk = TraceRisk::review; // its program may be needed
     return trace;
 }
 

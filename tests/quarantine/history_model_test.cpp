@@ -199,7 +199,8 @@ TEST_F(History, UndoLocksOutTheRestAndReloads) {
     EXPECT_EQ(model.busyEntryID.get(), folder("One").string());
     std::vector<std::string> answers; // both at once
     model.undo(entries[1].root, [&](const auto& outcome) { answers.push_back(outcome.error().reason->key); });
-    model.removeAll([&](const auto& outcome) { answers.push_back(outcome.error().reason->key); });
+    model.removeAll(model.entries.get(),
+                    [&](const auto& outcome) { answers.push_back(outcome.error().reason->key); });
     EXPECT_THAT(answers, ElementsAre("history.busy", "history.busy"));
     drain();
     EXPECT_EQ(model.lastUndo.get()->restoredCount, 1);
@@ -220,13 +221,13 @@ TEST_F(History, RefusalsLeaveTheListAndAreToldUnlessThePromptWasDismissed) {
     loaded();
     {
         const auto other = lockTrash(user, volume.files());
-        model.removeAll();
+        model.removeAll(model.entries.get());
         drain();
         EXPECT_EQ(model.errorMessage(), "failure.trashBusy");
         EXPECT_FALSE(model.busyEntryID.get());
     }
     settings.fault = Message{"unreadable"};
-    model.removeAll();
+    model.removeAll(model.entries.get());
     drain();
     EXPECT_EQ(model.errorMessage(), "unreadable");
     settings.fault.reset();
@@ -244,7 +245,7 @@ TEST_F(History, RefusalsLeaveTheListAndAreToldUnlessThePromptWasDismissed) {
     EXPECT_FALSE(dismissed.errorMessage());
 
     std::filesystem::remove(volume.host((folder("One") / manifestFileName).string()));
-    model.removeAll();
+    model.removeAll(model.entries.get());
     drain();
     EXPECT_EQ(model.errorMessage(), "failure.blockedBySafetyPolicy");
     EXPECT_THAT(names(), ElementsAre("One"));
@@ -262,7 +263,7 @@ TEST_F(History, DeletesOneOrAll) {
     drain();
     EXPECT_THAT(names(), ElementsAre("C", "A"));
     EXPECT_TRUE(model.entries.get()[0].sizeBytes);
-    model.removeAll();
+    model.removeAll(model.entries.get());
     drain();
     EXPECT_THAT(names(), IsEmpty());
     EXPECT_FALSE(model.errorMessage());

@@ -293,6 +293,9 @@ TEST(RemovalFlow, UndoesTheRunOfTheReport) {
     fixture.model->undoLast();
     fixture.model->undoLast();
     EXPECT_TRUE(fixture.model->isUndoing());
+    const auto closed = fixture.model->close();
+    ASSERT_FALSE(closed) << "what the undo comes to would never be told";
+    EXPECT_EQ(closed.error().key, "error.stage.undoing");
     fixture.settle();
     EXPECT_TRUE(fixture.has(fixture.bundle("Alpine")));
     EXPECT_EQ(fixture.model->undoReport(), (UndoReport{.restoredCount = 2, .totalCount = 2, .failures = {}}));

@@ -85,7 +85,7 @@ TEST_F(Chooser, LeavesWhatIsOpenWhereNothingCanBeOpenedOrSomethingIsMoved) {
     fixture.window.open(fixture.folder.path() / "nowhere");
     EXPECT_TRUE(waitUntil([&] { return isShown("nowhere"); }));
     ASSERT_TRUE(fixture.review("Marlin Notes") && fixture.click("remove") && fixture.click("confirm"));
-    ASSERT_TRUE(fixture.window.mac()->isBusy());
+    ASSERT_TRUE(waitUntil([&] { return fixture.window.mac()->isBusy(); }));
     fixture.window.openSample();
     EXPECT_TRUE(isShown("before you open another Mac"));
     EXPECT_TRUE(waitUntil([&] { return std::holds_alternative<stage::Report>(fixture.flow().stage()); }));
@@ -122,6 +122,17 @@ TEST_F(Chooser, SaysThatTheVolumeIsGoneAndGoesOnWhenItIsBack) {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_FALSE(asks());
     EXPECT_TRUE(std::holds_alternative<stage::Review>(fixture.flow().stage()));
+}
+
+TEST_F(Chooser, RemovesNothingFromAnotherFolderThanItShows) {
+    ASSERT_TRUE(fixture.openSample() && fixture.review("Marlin Notes"));
+    ASSERT_TRUE(fixture.click("remove"));
+    const auto elsewhere = fixture.folder.path() / "Elsewhere";
+    fs::rename(volume, elsewhere);
+    ASSERT_TRUE(fixture.click("confirm"));
+    EXPECT_TRUE(waitUntil([&] { return !fixture.window.mac()->presence()->isThere.get(); }));
+    EXPECT_TRUE(std::holds_alternative<stage::Review>(fixture.flow().stage()));
+    EXPECT_TRUE(fs::exists(elsewhere / "Applications/Marlin Notes.app"));
 }
 
 TEST_F(Chooser, TellsWhatItDoesInThreeStepsThatCanBeLeftForLater) {

@@ -7,6 +7,7 @@
 #include "base/timestamp.h"
 #include "quarantine/history.h"
 #include "quarantine/history_grouping.h"
+#include "quarantine/manifest_subject.h"
 
 #include <QStringList>
 
@@ -16,6 +17,23 @@
 #include <vector>
 
 namespace tidwen {
+
+namespace {
+
+/// Where the bundle of the first application is now; empty when the run moved none.
+std::string bundleOf(const RemovalHistoryEntry& entry) {
+    if (entry.manifest.apps.empty()) return {};
+    const auto& moves = entry.manifest.entries;
+    const auto found = std::ranges::find_if(moves, [&](const ManifestEntry& move) {
+        return move.destination && move.bundleID == entry.manifest.apps.front().bundleID
+               && move.source.ends_with(".app");
+    });
+    if (found == moves.end()) return {};
+    const bool isHeld = entry.pendingItems.contains(found->source);
+    return isHeld ? *found->destination : found->source;
+}
+
+} // namespace
 
 HistoryList::HistoryList(HistoryModel& history, const Texts& texts)
     : history_(history), texts_(texts), following_(history.entries.observe([this](const auto&) {
@@ -96,17 +114,19 @@ QVariant HistoryList::data(const QModelIndex& index, int role) const {
     const auto& apps = entry.manifest.apps;
     switch (role) {
     case Qt::DisplayRole:
-        return title(entry.root, apps);
+        return title(entry.root, entry.manifest);
     case second:
         return secondLine(entry);
     case bundleID:
         return apps.empty() ? QString() : QString::fromStdString(apps.front().bundleID);
+    case bundle:
+        return QByteArray::fromStdString(bundleOf(entry));
     case badge:
         return badgeOf(entry);
     case badgeIsGood:
         return entry.items() == RemovalHistoryEntry::Items::putBack;
     case Qt::AccessibleTextRole: {
-        QStringList parts = {title(entry.root, apps), secondLine(entry), badgeOf(entry)};
+        QStringList parts = {title(entry.root, entry.manifest), secondLine(entry), badgeOf(entry)};
         parts.removeAll(QString());
         return parts.join(QStringLiteral(", "));
     }
@@ -127,14 +147,14 @@ QString HistoryList::heading(const RemovalHistoryEntry& entry, Timestamp now) co
     return QString::fromStdString(formatMonth(entry.manifest.createdAt, texts_.language()));
 }
 
-QString HistoryList::title(const Path& root, const std::vector<AppRecord>& apps) const {
-    return apps.empty() ? shown(root.lastComponent()) : listed(apps, &AppRecord::name, texts_);
+QString HistoryList::title(const Path& root, const Manifest& manifest) const {
+    return shown(manifest.apps.empty() ? root.lastComponent() : subjectText(manifest, texts_));
 }
 
 QString HistoryList::interruptedTitle(const UnfinishedRun& run) const {
     const bool isDamaged = run.problem == UnfinishedRun::Problem::unreadableManifest;
     if (!run.known || run.recordOf || isDamaged) return shown(run.root.lastComponent());
-    return words(texts_, "home.recovery.title %@", {title(run.root, run.known->apps).toStdString()});
+    return words(texts_, "home.recovery.title %@", {title(run.root, *run.known).toStdString()});
 }
 
 QString HistoryList::help(const RemovalHistoryEntry& entry) const {

@@ -20,7 +20,7 @@ namespace tidwen {
 /// Past removals as an item model, newest first, under headings for their days.
 class HistoryList final : public QAbstractListModel {
   public:
-    enum ItemRole { second = Qt::UserRole, bundleID, badge, badgeIsGood, isHeading };
+    enum ItemRole { second = Qt::UserRole, bundleID, bundle, badge, badgeIsGood, isHeading };
 
     /// `history` and `texts` outlive it.
     HistoryList(HistoryModel& history, const Texts& texts);
@@ -50,7 +50,7 @@ class HistoryList final : public QAbstractListModel {
     bool isSought(std::size_t entry);
     const Row* row(const QModelIndex& index) const;
     QString heading(const RemovalHistoryEntry& entry, Timestamp now) const;
-    QString title(const Path& root, const std::vector<AppRecord>& apps) const;
+    QString title(const Path& root, const Manifest& manifest) const;
     QString secondLine(const RemovalHistoryEntry& entry) const;
     QString badgeOf(const RemovalHistoryEntry& entry) const;
 

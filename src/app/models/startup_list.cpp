@@ -98,7 +98,10 @@ QVariant StartupList::rowData(const StartupItemRow& row, int role) const {
 QVariant StartupList::sectionData(int number, int role) const {
     const std::string key = sectionKeys[static_cast<std::size_t>(number)];
     if (role == Qt::DisplayRole || role == Qt::AccessibleTextRole) return words(texts_, key);
-    if (role == CardRow::second) return words(texts_, key + ".hint");
+    const auto& found = model_.result.get();
+    const bool isUnsure = sections[static_cast<std::size_t>(number)] == StartupSection::unattributed
+                          && (!found.unreadable.empty() || found.leftOut > 0);
+    if (role == CardRow::second) return words(texts_, key + (isUnsure ? ".unsure" : ".hint"));
     return {};
 }
 

@@ -109,9 +109,18 @@ void MacQuestions::confirm() {
     confirmedStage_ = mac_.flow().stage().index();
     confirmSheet_ =
         openConfirmSheet(view_.window(), mac_.flow().choice(), mac_.system(), mac_.icons(), [this] {
-            const auto answer = mac_.flow().confirm();
-            if (!answer && !mac_.flow().errorMessage()) say_(shown(texts_.text(answer.error())));
+            mac_.onceThere([this, alive = std::weak_ptr(alive_)] {
+                if (!alive.expired()) takeConfirmation();
+            });
         });
+}
+
+/// The sheet stood until now, so what it asked about is still what is chosen.
+void MacQuestions::takeConfirmation() {
+    if (!confirmSheet_) return; // answered twice, or closed meanwhile
+    confirmSheet_->close();
+    const auto answer = mac_.flow().confirm();
+    if (!answer && !mac_.flow().errorMessage()) say_(shown(texts_.text(answer.error())));
 }
 
 void MacQuestions::confirmInstallers() {

@@ -58,6 +58,7 @@ class MacQuestions {
 
   private:
     void askToQuit();
+    void takeConfirmation();
     void confirmMeasured(std::vector<Trace> measured);
     QString text(const char* key) const;
 

@@ -63,7 +63,7 @@ void MacScreens::makePlaces() {
     const bool isVolume = !mac_.isRunningMac();
     applications_ = new ApplicationsScreen(
         {models.homeGrid(), session.preferences(), session.protectedApps(), session.tags(), mac_.icons(),
-         texts, system.clock, reveal},
+         texts, system.clock, reveal, actions_.say},
         actions_.lookAt, [this](const InstalledApp& app) {
             actions_.showPermissions({.bundleURL = app.url, .bundleID = app.bundleID, .name = app.name});
         });
@@ -78,7 +78,9 @@ void MacScreens::makePlaces() {
     startup_ = new StartupScreen(
         models.startupItems(), mac_.icons(), texts,
         {actions_.confirmStartupItems, reveal, [this] { actions_.openPane(Pane::loginItemsAndExtensions); }});
-    history_ = new HistoryScreen(models.history(), texts, system.user, !isVolume, reveal);
+    history_ =
+        new HistoryScreen(models.history(), mac_.icons(), texts, system.user, !isVolume,
+                          {reveal, [this](std::function<void()> act) { mac_.onceThere(std::move(act)); }});
 }
 
 void MacScreens::makeStages() {

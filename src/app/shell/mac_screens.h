@@ -34,6 +34,7 @@ class MacScreens final : public QStackedWidget {
         std::function<void(AppTarget)> showPermissions;
         std::function<void(const Path&)> reveal;
         std::function<void(SystemSettingsLauncher::Pane)> openPane;
+        std::function<void(const QString&)> say; ///< above the screen
     };
 
     MacScreens(OpenMac& mac, Actions actions);

@@ -10,6 +10,7 @@
 #include "app/shell/sidebar.h"
 #include "app/style/metrics.h"
 #include "app/widgets/parts.h"
+#include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
 #include "base/background_step.h"
 #include "base/path.h"
@@ -96,7 +97,8 @@ void MacView::makeScreens() {
                .confirmStartupItems = [this] { questions_.confirmStartupItems(); },
                .showPermissions = [this](AppTarget app) { showPermissions(std::move(app)); },
                .reveal = [this](const Path& item) { desktop_.reveal(item); },
-               .openPane = [this](auto pane) { openPane(pane); }});
+               .openPane = [this](auto pane) { openPane(pane); },
+               .say = [this](const QString& words) { say(words); }});
     flowDisplay_ = std::make_unique<FlowDisplay>(mac_, *screens_, *said_);
 }
 
@@ -245,7 +247,8 @@ void MacView::lookAgain() {
 }
 
 void MacView::comeBack() {
-    if (mac_.isBusy()) return;
+    // What lies under a question does not change before it is answered.
+    if (mac_.isBusy() || Sheet::topmost(*window())) return;
     const auto held = [&history = mac_.session().models().history()] {
         std::vector<std::pair<Path, int>> runs;
         runs.reserve(history.entries.get().size());
@@ -293,13 +296,14 @@ void MacView::takeDropped(std::vector<std::string> hostPaths) {
             const HostPaths onVolume(volume);
             for (const auto& path : paths)
                 if (auto found = onVolume.macPath(path)) bundles.push_back(std::move(*found));
-            return bundles;
+            return std::pair(std::move(bundles), paths.size());
         },
-        [](MacView& view, const std::vector<Path>& bundles) {
-            if (bundles.empty())
-                view.say(view.text("drop.elsewhere"));
-            else
-                view.lookAt(bundles);
+        [](MacView& view, const std::pair<std::vector<Path>, std::size_t>& taken) {
+            const auto& [bundles, dropped] = taken;
+            if (bundles.empty()) return view.say(view.text("drop.elsewhere"));
+            view.lookAt(bundles);
+            if (const auto others = dropped - bundles.size(); others > 0)
+                view.say(view.text("drop.someElsewhere %lld", {std::to_string(others)}));
         });
 }
 

@@ -1,5 +1,6 @@
 #include "app/shell/main_window.h"
 
+#include "app/models/undo_words.h"
 #include "app/screens/onboarding/onboarding_sheet.h"
 #include "app/screens/settings/settings_sheet.h"
 #include "app/screens/welcome/gone_sheet.h"
@@ -43,6 +44,13 @@ namespace {
 
 constexpr int longestToFirstPaint = 300; ///< milliseconds; a window behind others is not painted
 constexpr qsizetype mostLines = 6;       ///< of one notice
+
+/// Never as a move: whoever offers one deletes its file when it was taken. Where no copy is offered either,
+/// the drop is answered with nothing.
+void takeAsCopy(QDropEvent& event) {
+    event.setDropAction(event.possibleActions().testFlag(Qt::CopyAction) ? Qt::CopyAction : Qt::IgnoreAction);
+    event.accept();
+}
 
 } // namespace
 
@@ -330,8 +338,13 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 void MainWindow::endHidden() {
     if (isVisible()) return;
     const auto* ended = std::get_if<stage::Report>(&mac_->flow().stage());
-    const bool hasFailed = mac_->flow().errorMessage() || (ended && !ended->report.failures().empty());
-    if (hasFailed) return present();
+    const auto leavesRest = [](const auto& undo) { return undo && !isAsBefore(*undo); };
+    const auto& history = mac_->session().models().history();
+    const bool hasFailed =
+        mac_->flow().errorMessage() || history.error.get() || (ended && !ended->report.failures().empty());
+    const bool isPartlyUndone = leavesRest(mac_->flow().undoReport()) || leavesRest(history.lastUndo.get())
+                                || leavesRest(mac_->chores().undoReport());
+    if (hasFailed || isPartlyUndone) return present();
     if (QApplication::quitOnLastWindowClosed()) QApplication::quit();
 }
 
@@ -345,7 +358,7 @@ void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
     const auto paths = droppedPaths(*event->mimeData());
     if (!view_ || paths.empty()) return;
     veil_->show(wordsForDrop(*mac_, paths));
-    event->acceptProposedAction();
+    takeAsCopy(*event);
 }
 
 void MainWindow::dragLeaveEvent(QDragLeaveEvent* /*event*/) {
@@ -355,7 +368,7 @@ void MainWindow::dragLeaveEvent(QDragLeaveEvent* /*event*/) {
 void MainWindow::dropEvent(QDropEvent* event) {
     veil_->hide();
     if (!view_) return;
-    event->acceptProposedAction();
+    takeAsCopy(*event);
     view_->takeDropped(droppedPaths(*event->mimeData()));
 }
 

@@ -3,6 +3,8 @@
 #include "base/executor.h"
 #include "scan/applications/installed_bundles.h"
 
+#include <utility>
+
 namespace tidwen {
 
 OpenMac::OpenMac(MacOpener::Opened opened, Executor& main)
@@ -24,6 +26,13 @@ void OpenMac::arrange() {
     models.homeGrid().arrange();
     models.installers().setOrder(models.installers().order());
     flow().arrange();
+}
+
+void OpenMac::onceThere(std::function<void()> act) {
+    if (presence_)
+        presence_->onceThere(std::move(act));
+    else
+        act();
 }
 
 void OpenMac::close() {

@@ -9,6 +9,7 @@
 #include "removal/removal_flow_model.h"
 #include "removal/startup_chores.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,6 +35,10 @@ class OpenMac {
     void arrange();
     /// Null for the running Mac, which does not go away.
     VolumePresence* presence() { return presence_ ? &*presence_ : nullptr; }
+    /// Acts once it is sure that this Mac is still the one that was opened: what is about to be changed must
+    /// be what is shown. Where it is not, nothing is done, and `presence` tells. Keep what `act` uses alive,
+    /// or ask in it.
+    void onceThere(std::function<void()> act);
     /// A removal or an undo runs: it must end before this Mac is left.
     bool isBusy() { return session_.models().isBusy(); }
     /// Stops what only reads; nothing of it may be shown or asked any more.

@@ -5,6 +5,7 @@
 #include "app/widgets/notice.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/words.h"
+#include "quarantine/manifest_subject.h"
 
 #include <QBoxLayout>
 #include <QStringList>
@@ -19,7 +20,6 @@ namespace tidwen {
 namespace {
 
 constexpr qsizetype mostLines = 6; ///< more would leave no room for the screen below
-constexpr std::size_t mostNamed = 4;
 
 } // namespace
 
@@ -47,7 +47,7 @@ void RecoveryBanner::showUndone(const UndoReport& undo) {
     auto lines = undoLines(undo, runsJobs_, texts_);
     if (undo.mayHaveLost) lines.prepend(text("report.undo.permanent"));
     const auto& apps = chores_.undoneApps();
-    const bool isSame = isAsBefore(undo) && apps.size() <= mostNamed;
+    const bool isSame = isAsBefore(undo) && apps.size() <= mostNamedApps;
     notices_->addWidget(makeNotice(
         isSame ? NoticeTone::information : NoticeTone::caution,
         {isSame ? text("home.recovery.undone %@", {listed(apps, &AppRecord::name, texts_).toStdString()})
@@ -65,7 +65,7 @@ void RecoveryBanner::showNotice(const RecoveryNotice& notice) {
     const bool isUndoing = chores_.isUndoing();
     notices_->addWidget(makeNotice(
         isWhole ? NoticeTone::information : NoticeTone::caution,
-        {text("home.recovery.title %@", {subject(notice.manifest).toStdString()}),
+        {text("home.recovery.title %@", {shown(subjectText(notice.manifest, texts_)).toStdString()}),
          firstLines(lines, mostLines, texts_)},
         {{text(isUndoing ? "home.recovery.restoring" : "home.recovery.undo"),
           [this] { chores_.undoRecovered(); }, !isUndoing, QStringLiteral("undo recovered")},
@@ -85,21 +85,6 @@ QStringList RecoveryBanner::failures() const {
     if (!undo || undo->failures.empty()) return lines;
     lines << text("home.recovery.undoneIncomplete");
     return lines + undoLines(*undo, runsJobs_, texts_);
-}
-
-/// Of many, only their number: a removal of leftovers may be of thousands.
-QString RecoveryBanner::subject(const Manifest& manifest) const {
-    const auto& apps = manifest.apps;
-    if (apps.size() <= mostNamed) return listed(apps, &AppRecord::name, texts_);
-    std::size_t moved = 0;
-    bool isOfLeftovers = true;
-    for (const auto& entry : manifest.entries) {
-        if (entry.kind != ManifestEntryKind::move) continue;
-        ++moved;
-        if (entry.source.ends_with(".app")) isOfLeftovers = false;
-    }
-    return isOfLeftovers ? text("confirm.subject.leftovers %lld", {std::to_string(moved)})
-                         : text("report.subject.apps %lld", {std::to_string(apps.size())});
 }
 
 QString RecoveryBanner::text(const char* key, const std::vector<std::string>& arguments) const {

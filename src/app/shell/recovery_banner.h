@@ -27,7 +27,6 @@ class RecoveryBanner final : public QWidget {
     void update();
     void showUndone(const UndoReport& undo);
     void showNotice(const RecoveryNotice& notice);
-    QString subject(const Manifest& manifest) const;
     /// Of the undo of the run that the notice is about.
     QStringList failures() const;
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;

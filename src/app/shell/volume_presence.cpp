@@ -48,4 +48,15 @@ void VolumePresence::look() {
         });
 }
 
+/// Not with the look that may be under way: that one began before this was asked.
+void VolumePresence::onceThere(std::function<void()> act) {
+    inBackground(
+        *this, alive_, queue_, main_,
+        [&files = files_, folder = folder_] { return tidwen::isThere(files, folder); },
+        [act = std::move(act)](VolumePresence& self, bool isThereNow) {
+            self.isThere.set(isThereNow);
+            if (isThereNow) act();
+        });
+}
+
 } // namespace tidwen

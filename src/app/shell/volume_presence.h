@@ -6,6 +6,7 @@
 
 #include <QTimer>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -20,6 +21,8 @@ class VolumePresence {
 
     Property<bool> isThere{true};
     void look();
+    /// Looks, and acts when the folder is still there; otherwise `isThere` tells.
+    void onceThere(std::function<void()> act);
     /// Looks no more.
     void close();
     /// Waits for the look that is under way: on any thread, after `close`.

@@ -113,8 +113,10 @@ int devicePixels(const QPainter& painter, double length) {
     return qRound(length * painter.device()->devicePixelRatioF());
 }
 
-void paintTile(QPainter& painter, const QRectF& place, const QString& name, const std::string& bundleID) {
+void paintTile(QPainter& painter, const QRectF& outer, const QString& name, const std::string& bundleID) {
     const auto& gradient = gradients[steadyHash(bundleID) % gradients.size()];
+    const double margin = outer.width() * 0.05; // as icons of applications leave around their shape
+    const auto place = outer.adjusted(margin, margin, -margin, -margin);
     QLinearGradient fill(place.topLeft(), place.bottomLeft());
     fill.setColorAt(0, QColor::fromRgb(gradient.top));
     fill.setColorAt(1, QColor::fromRgb(gradient.bottom));

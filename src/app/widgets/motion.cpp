@@ -5,6 +5,7 @@
 #include "app/style/style.h"
 
 #include <QGuiApplication>
+#include <QLayout>
 #include <QPainter>
 #include <QPropertyAnimation>
 #include <QSettings>
@@ -79,6 +80,13 @@ void settle(QWidget& widget) {
     animation->setStartValue(widget.pos() + QPoint(0, scaled(settlesFrom)));
     animation->setEndValue(widget.pos());
     animation->setEasingCurve(QEasingCurve::OutQuad);
+    // Where it belongs may have changed meanwhile.
+    QObject::connect(animation, &QAbstractAnimation::finished, &widget, [&widget] {
+        if (auto* layout = widget.parentWidget()->layout()) {
+            layout->invalidate();
+            layout->activate();
+        }
+    });
     animation->start(QAbstractAnimation::DeleteWhenStopped);
 }
 

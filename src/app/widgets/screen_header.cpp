@@ -60,6 +60,12 @@ void ScreenHeader::addLeading(QWidget* widget) {
     leading_->insertWidget(leading_->count() - 1, widget); // before the words
 }
 
+/// What stands beside the words comes and goes.
+bool ScreenHeader::event(QEvent* event) {
+    if (event->type() == QEvent::LayoutRequest) arrange();
+    return QWidget::event(event);
+}
+
 void ScreenHeader::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     arrange();

@@ -20,6 +20,7 @@ class ScreenHeader final : public QWidget {
     void addLeading(QWidget* widget);
 
   protected:
+    bool event(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
   private:

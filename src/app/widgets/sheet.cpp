@@ -60,6 +60,7 @@ void Sheet::open() {
     setGeometry(parentWidget()->rect());
     show();
     raise();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest); // it settles where it belongs
     settle(*panel_);
     returnKey::waitForPause();
     setFocus();

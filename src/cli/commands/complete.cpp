@@ -9,6 +9,7 @@
 #include "platform/defaults.h"
 #include "program/mac.h"
 #include "program/resources.h"
+#include "quarantine/manifest_subject.h"
 #include "scan/matching/trace.h"
 #include "settings/app_preferences.h"
 #include "settings/app_tags.h"
@@ -43,8 +44,8 @@ class Words {
         TerminalHistory history(context_, mac);
         const auto& entries = history.load(TerminalHistory::Sizes::leftOut);
         for (std::size_t i = 0; i < entries.size(); ++i)
-            add(std::to_string(i + 1),
-                labels::names(entries[i].manifest.apps) + ", " + displayDate(entries[i].manifest.createdAt));
+            add(std::to_string(i + 1), subjectText(entries[i].manifest, context_.texts) + ", "
+                                           + displayDate(entries[i].manifest.createdAt));
     }
 
     /// The values of a setting.

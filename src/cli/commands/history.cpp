@@ -10,6 +10,7 @@
 #include "cli/table.h"
 #include "platform/file_system.h"
 #include "program/mac.h"
+#include "quarantine/manifest_subject.h"
 #include "quarantine/run_items.h"
 #include "quarantine/unfinished_run.h"
 
@@ -63,7 +64,7 @@ void print(const std::vector<RemovalHistoryEntry>& history, const CommandContext
         sum.add(size);
         table.add({{std::to_string(i + 1)},
                    {displayDate(entry.manifest.createdAt), Style::faint},
-                   {labels::names(entry.manifest.apps), Style::strong},
+                   {subjectText(entry.manifest, context.texts), Style::strong},
                    {context.text("history.row.items %lld", {std::to_string(entry.totalMoves)})},
                    {size.isKnown ? sizeText(size, context.texts) : ""},
                    {state(entry, context)}});
@@ -125,7 +126,7 @@ ExitStatus show(const TerminalHistory& runs, const std::string& word, const Comm
         return status;
     }
     context.console.line(
-        {{labels::names(entry->manifest.apps), Style::strong},
+        {{subjectText(entry->manifest, context.texts), Style::strong},
          {"  " + displayDate(entry->manifest.createdAt), Style::faint},
          {"  " + labels::countAndSize(items.size(), sizeInQuarantine(*entry), context.texts)},
          {"  " + state(*entry, context)}});

@@ -9,6 +9,7 @@
 #include "program/mac.h"
 #include "quarantine/history.h"
 #include "quarantine/manifest.h"
+#include "quarantine/manifest_subject.h"
 #include "quarantine/recovery.h"
 #include "quarantine/unfinished_run.h"
 
@@ -29,7 +30,7 @@ void print(const Manifest& manifest, const CommandContext& context, const Mac& m
     const auto entry = readHistoryEntry(manifest.quarantineRoot, mac.system.files);
     context.console.line(context.text(
         "cli.recover.one %@ %@ %@",
-        {labels::names(manifest.apps), displayDate(manifest.createdAt),
+        {subjectText(manifest, context.texts), displayDate(manifest.createdAt),
          context.text("history.row.items %lld", {std::to_string(entry ? entry->pendingMoves : 0)})}));
     if (const auto undo = undoCommandLine(manifest.quarantineRoot, context, mac))
         context.offer(missesItems(manifest) ? "cli.undo.hintRest %@" : "cli.undo.hint %@", *undo);

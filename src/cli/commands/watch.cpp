@@ -11,6 +11,7 @@
 #include "program/mac.h"
 #include "program/session.h"
 #include "quarantine/manifest.h"
+#include "quarantine/manifest_subject.h"
 #include "scan/applications/installed_bundles.h"
 #include "settings/app_preferences.h"
 #include "system/trash_catcher.h"
@@ -80,7 +81,7 @@ class WatchSession {
 
     void tidyUp() const {
         for (const auto& notice : FlowSession(context_, mac_).start()) {
-            note("home.recovery.title %@", {labels::names(notice.manifest.apps)});
+            note("home.recovery.title %@", {subjectText(notice.manifest, context_.texts)});
             for (const auto& item : notice.unsettled)
                 note("failure.moveUnfinished %@", {item});
             tellOfMissing(notice.manifest);

@@ -236,7 +236,10 @@ void ApplicationsScreen::toggleProtection() {
     identifiers.reserve(rows.size());
     for (const auto* row : rows)
         if (row->isProtected == areProtected) identifiers.push_back(row->app->bundleID);
-    models_.protectedApps.set(identifiers, !areProtected);
+    if (!models_.protectedApps.set(identifiers, !areProtected)) {
+        const auto problem = models_.protectedApps.problem();
+        models_.say(problem ? shown(models_.texts.text(*problem)) : text("settings.store.failed"));
+    }
     updateFooter();
 }
 

@@ -43,6 +43,7 @@ class ApplicationsScreen final : public QWidget {
         const Texts& texts;
         const Clock& clock;
         std::function<void(const Path&)> reveal; ///< shows an item in its folder
+        std::function<void(const QString&)> say; ///< above the screen
     };
     /// `look`: asked for what belongs to these applications.
     using Look = std::function<void(const std::vector<Path>&, RemovalMode)>;

@@ -8,6 +8,7 @@
 #include "app/widgets/notice.h"
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
+#include "app/widgets/read_only_text.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/tile.h"
 #include "app/widgets/words.h"
@@ -26,7 +27,6 @@
 #include <QClipboard>
 #include <QLabel>
 #include <QPainter>
-#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QStringList>
 
@@ -75,16 +75,6 @@ QWidget* tierCard(const RemovalSummary& summary, const Texts& texts) {
     return card;
 }
 
-QWidget* readOnlyText(const QStringList& lines, const QString& name, int height) {
-    auto* text = new QPlainTextEdit(lines.join(QLatin1Char('\n')));
-    text->setReadOnly(true);
-    text->setTabChangesFocus(true);
-    text->setAccessibleName(name);
-    text->setFixedHeight(scaled(height));
-    text->setFont(textFont(Type::second));
-    return text;
-}
-
 /// The numbered steps, and below them the script that runs those of an administrator.
 QStringList stepLines(const RemovalChoice& choice, const System& system) {
     const auto targets = choice.targets();
@@ -129,7 +119,7 @@ void addTitle(Sheet& sheet, const RemovalChoice& choice, AppIcons& icons, const 
 } // namespace
 
 Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const System& system, AppIcons& icons,
-                        std::function<void()> confirm) {
+                        const std::function<void()>& confirm) {
     const auto& texts = system.texts;
     const auto& summary = choice.summary();
     const auto subject = shown(choice.subject().text(texts)).toStdString();
@@ -157,7 +147,7 @@ Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Syst
         QStringList names;
         for (const auto& name : said.permanent)
             names << shown(name);
-        sheet->content().addWidget(readOnlyText(names, words(texts, "confirm.itemList"), 90));
+        sheet->content().addWidget(new ReadOnlyText(names, words(texts, "confirm.itemList"), 90));
     }
     auto& buttons = sheet->addAnswers();
     auto* steps = parts::button(words(texts, "confirm.steps"),
@@ -165,14 +155,10 @@ Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Syst
     steps->setObjectName(QStringLiteral("steps"));
     buttons.insertWidget(0, steps);
     buttons.addWidget(parts::button(words(texts, "confirm.cancelButton"), [sheet] { sheet->cancel(); }));
-    const auto answer = [sheet, confirm = std::move(confirm)] {
-        sheet->close();
-        confirm();
-    };
     const auto removeWords =
         words(texts, choice.mode() == RemovalMode::reset ? "review.reset" : "confirm.removeButton");
-    auto* remove = summary.permanent.empty() ? parts::primaryButton(removeWords, answer)
-                                             : parts::button(removeWords, answer);
+    auto* remove = summary.permanent.empty() ? parts::primaryButton(removeWords, confirm)
+                                             : parts::button(removeWords, confirm);
     remove->setObjectName(QStringLiteral("confirm"));
     buttons.addWidget(remove);
     sheet->open();
@@ -184,7 +170,7 @@ Sheet* openStepsSheet(QWidget* window, const RemovalChoice& choice, const System
     auto* sheet = new Sheet(window, title, 640);
     sheet->content().addWidget(parts::paragraph(title, Type::sheet));
     const auto lines = stepLines(choice, system);
-    sheet->content().addWidget(readOnlyText(lines, title, 360));
+    sheet->content().addWidget(new ReadOnlyText(lines, title, 360));
     auto& buttons = sheet->addAnswers();
     auto* copy =
         parts::button(words(system.texts, "confirm.steps.copy"),

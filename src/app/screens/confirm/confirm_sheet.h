@@ -12,9 +12,10 @@ namespace tidwen {
 class AppIcons;
 class Sheet;
 
-/// Asks before what is chosen goes. Return confirms only when everything can be put back.
+/// Asks before what is chosen goes. Return confirms only when everything can be put back. The sheet stands
+/// until `confirm` closes it.
 Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const System& system, AppIcons& icons,
-                        std::function<void()> confirm);
+                        const std::function<void()>& confirm);
 /// The numbered steps of what would run, readable and to be copied.
 Sheet* openStepsSheet(QWidget* window, const RemovalChoice& choice, const System& system);
 

@@ -1,11 +1,13 @@
 #include "app/screens/history/history_delegate.h"
 
+#include "app/models/app_icons.h"
 #include "app/models/history_list.h"
 #include "app/style/icons.h"
 #include "app/style/metrics.h"
 #include "app/style/palette.h"
 #include "app/style/style.h"
 #include "app/widgets/row_delegate.h"
+#include "base/path.h"
 
 #include <QPainter>
 
@@ -29,6 +31,15 @@ int paintBadge(QPainter& painter, const QStyleOptionViewItem& option, const QMod
     painter.setPen(colors()[isGood ? Role::safe : Role::look]);
     painter.drawText(place, Qt::AlignCenter | Qt::TextSingleLine, words);
     return wide + scaled(24);
+}
+
+void paintApp(QPainter& painter, const QRect& place, const QModelIndex& index, AppIcons& icons) {
+    const auto bundle = index.data(HistoryList::bundle).toByteArray().toStdString();
+    const auto icon =
+        bundle.empty() ? QPixmap() : icons.icon(Path(bundle), devicePixels(painter, place.width()));
+    if (!icon.isNull()) return paintPicture(painter, place, icon);
+    paintTile(painter, place, index.data().toString(),
+              index.data(HistoryList::bundleID).toString().toStdString());
 }
 
 bool isHeading(const QModelIndex& index) {
@@ -67,8 +78,7 @@ void HistoryDelegate::paint(QPainter* painter, const QStyleOptionViewItem& optio
         return QStyle::visualRect(option.direction, row, QRect(row.left() + x, row.top() + y, w, h));
     };
     const int tile = scaled(40);
-    paintTile(*painter, at(scaled(14), (row.height() - tile) / 2, tile, tile), index.data().toString(),
-              index.data(HistoryList::bundleID).toString().toStdString());
+    paintApp(*painter, at(scaled(14), (row.height() - tile) / 2, tile, tile), index, icons_);
     const int end = row.width() - scaled(16) - paintBadge(*painter, option, index);
     const int x = scaled(66), top = (row.height() - lineHeight(Type::body) - lineHeight(Type::second)) / 2;
     const auto draw = [&](int y, Type type, Role role, const QString& words) {

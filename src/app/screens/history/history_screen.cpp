@@ -1,5 +1,6 @@
 #include "app/screens/history/history_screen.h"
 
+#include "app/models/app_icons.h"
 #include "app/models/trace_words.h"
 #include "app/models/undo_words.h"
 #include "app/screens/history/history_delegate.h"
@@ -69,13 +70,13 @@ class ItemDelegate final : public QStyledItemDelegate {
 
 } // namespace
 
-HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvironment user, bool runsJobs,
-                             std::function<void(const Path&)> reveal)
+HistoryScreen::HistoryScreen(HistoryModel& history, AppIcons& icons, const Texts& texts, UserEnvironment user,
+                             bool runsJobs, Actions actions)
     : history_(history),
       texts_(texts),
       user_(std::move(user)),
       runsJobs_(runsJobs),
-      reveal_(std::move(reveal)),
+      actions_(std::move(actions)),
       list_(history, texts),
       itemList_(texts, user_) {
     auto* layout = parts::column(this);
@@ -90,7 +91,7 @@ HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvi
     notices_ = parts::column(nullptr, scaled(6));
     notices_->setContentsMargins(scaled(24), 0, scaled(24), scaled(6));
     layout->addLayout(notices_);
-    layout->addWidget(makeContent(), 1);
+    layout->addWidget(makeContent(icons), 1);
     layout->addWidget(makeFooter());
     connect(runs_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] {
         const auto* entry = current();
@@ -101,9 +102,12 @@ HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvi
     const auto follow = [this](auto& property) {
         following_.push_back(property.observe([this](const auto&) { update(); }));
     };
+    following_.push_back(icons.arrived.connect([this](const Path&) { runs_->viewport()->update(); }));
     follow(history_.isLoading);
     follow(history_.leftOut);
     follow(history_.isAnotherAtWork);
+    again_.setSingleShot(true);
+    connect(&again_, &QTimer::timeout, this, [this] { history_.load(); });
     follow(history_.unfinishedRuns);
     follow(history_.unreadable);
     follow(history_.busyEntryID);
@@ -113,12 +117,12 @@ HistoryScreen::HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvi
     update();
 }
 
-QWidget* HistoryScreen::makeContent() {
+QWidget* HistoryScreen::makeContent(AppIcons& icons) {
     runs_ = new QListView;
     setFocusProxy(runs_);
     runs_->setObjectName(QStringLiteral("runs"));
     runs_->setAccessibleName(text("window.history"));
-    runs_->setItemDelegate(new HistoryDelegate(runs_));
+    runs_->setItemDelegate(new HistoryDelegate(icons, runs_));
     runs_->setModel(&list_);
     items_ = new QListView;
     items_->setAccessibleName(text("history.items"));
@@ -168,7 +172,7 @@ QWidget* HistoryScreen::makeFooter() {
     auto* layout = static_cast<QBoxLayout*>(footer->layout());
     delete_ = parts::button(text("history.deleteButton"), [this] { askToDelete(); });
     show_ = parts::button(text("history.revealButton"), [this] {
-        if (const auto* entry = current()) reveal_(entry->root);
+        if (const auto* entry = current()) actions_.reveal(entry->root);
     });
     undo_ = parts::primaryButton(text("history.undoButton"), [this] { undo(); });
     undo_->setObjectName(QStringLiteral("undo run"));
@@ -193,7 +197,11 @@ void HistoryScreen::undo() {
     if (!entry) return;
     const auto chosen = itemList_.choice(items_->selectionModel()->selectedIndexes());
     items_->clearSelection(); // what is put back can not be put back again
-    history_.undo(entry->root, chosen);
+    undo(entry->root, chosen);
+}
+
+void HistoryScreen::undo(const Path& root, const ItemChoice& items) {
+    actions_.onceThere([history = &history_, root, items] { history->undo(root, items); });
 }
 
 void HistoryScreen::askToDelete() {
@@ -205,10 +213,10 @@ void HistoryScreen::askToDelete() {
 }
 
 void HistoryScreen::askToDeleteAll() {
-    const auto count = history_.entries.get().size();
-    if (count == 0) return;
-    ask(text("history.deleteAll.title %lld", {std::to_string(count)}), "history.deleteAll.message",
-        "history.deleteAll.button", [this] { history_.removeAll(); });
+    const auto& entries = history_.entries.get();
+    if (entries.empty()) return;
+    ask(text("history.deleteAll.title %lld", {std::to_string(entries.size())}), "history.deleteAll.message",
+        "history.deleteAll.button", [this, asked = entries] { history_.removeAll(asked); });
 }
 
 void HistoryScreen::ask(const QString& title, const char* message, const char* button,
@@ -223,9 +231,9 @@ void HistoryScreen::ask(const QString& title, const char* message, const char* b
     auto& answers = sheet->addAnswers();
     answers.addWidget(
         parts::primaryButton(text("history.confirm.cancelButton"), [sheet] { sheet->cancel(); }));
-    auto* doIt = parts::button(text(button), [sheet, act = std::move(act)] {
+    auto* doIt = parts::button(text(button), [this, sheet, act = std::move(act)] {
         sheet->close();
-        act();
+        actions_.onceThere(act);
     });
     doIt->setObjectName(QStringLiteral("delete for good"));
     answers.addWidget(doIt);
@@ -242,18 +250,26 @@ void HistoryScreen::update() {
     showLine();
     showNotices();
     showEmpty();
+    awaitTheOther();
     search_->setVisible(!entries.empty() || list_.isSearched());
     content_->setCurrentIndex(list_.rowCount() == 0 ? 1 : 0);
     if (!current()) runs_->setCurrentIndex(list_.indexOf(currentRoot_));
     showItems();
 }
 
+void HistoryScreen::awaitTheOther() {
+    constexpr int interval = 2000; // milliseconds
+    if (isVisible() && history_.isAnotherAtWork.get() && !history_.isLoading.get()) again_.start(interval);
+}
+
 /// What stands in place of the list while it has no rows.
 void HistoryScreen::showEmpty() {
     empty_->setIcon(QStringLiteral("history"));
     empty_->offer({});
-    if (history_.unreadable.get())
-        return empty_->say(text("history.unreadable.title"), text("history.unreadable.body"));
+    if (const auto& why = history_.unreadable.get()) {
+        empty_->offer(text("leftovers.again"), [this] { history_.load(); });
+        return empty_->say(text("history.unreadable.title"), shown(texts_.text(*why)));
+    }
     // After an interruption, too: that nothing was removed is only said once all was looked at.
     if (history_.isLoading.get()) return empty_->say(text("history.loading"), {});
     if (history_.entries.get().empty())
@@ -267,10 +283,13 @@ void HistoryScreen::showEmpty() {
 /// How far an action is, or what there is.
 void HistoryScreen::showLine() {
     const auto& step = history_.progress.get();
+    const bool isFirstLoad = history_.isLoading.get() && history_.entries.get().empty();
     if (history_.busyEntryID.get() && step)
         header_->setLine(stepWords(*step, texts_, user_));
     else
-        header_->setLine(history_.isLoading.get() ? text("history.loading") : totals_);
+        header_->setLine(isFirstLoad                 ? text("history.loading")
+                         : history_.unreadable.get() ? QString() // nobody knows how many
+                                                     : totals_);
 }
 
 /// What the last undo or deletion came to, and what the list does not show.
@@ -298,9 +317,9 @@ void HistoryScreen::showNotices() {
     for (const auto& run : history_.unfinishedRuns.get()) {
         const NoticeWords words = {list_.interruptedTitle(run), shown(texts_.text(run.advice())),
                                    text("home.recovery.undo")};
-        notices_->addWidget(run.known ? makeNotice(NoticeTone::caution, words,
-                                                   [this, root = run.root] { history_.undo(root); })
-                                      : makeNotice(NoticeTone::caution, words));
+        notices_->addWidget(
+            run.known ? makeNotice(NoticeTone::caution, words, [this, root = run.root] { undo(root, {}); })
+                      : makeNotice(NoticeTone::caution, words));
     }
 }
 
@@ -349,6 +368,11 @@ bool HistoryScreen::eventFilter(QObject* object, QEvent* event) {
         && typeInto(*search_, *static_cast<QKeyEvent*>(event)))
         return true;
     return QWidget::eventFilter(object, event);
+}
+
+void HistoryScreen::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    awaitTheOther();
 }
 
 /// Whoever comes back begins with the newest run.

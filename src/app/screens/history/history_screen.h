@@ -8,7 +8,9 @@
 #include "platform/user_environment.h"
 #include "quarantine/history.h"
 #include "quarantine/history_model.h"
+#include "quarantine/run_items.h"
 
+#include <QTimer>
 #include <QWidget>
 #include <functional>
 #include <string>
@@ -23,24 +25,32 @@ class QStackedLayout;
 
 namespace tidwen {
 
+class AppIcons;
 class EmptyState;
 class ScreenHeader;
 
 /// Past removals, the items of each, and the way back from them.
 class HistoryScreen final : public QWidget {
   public:
-    HistoryScreen(HistoryModel& history, const Texts& texts, UserEnvironment user, bool runsJobs,
-                  std::function<void(const Path&)> reveal);
+    struct Actions {
+        std::function<void(const Path&)> reveal;
+        /// Acts while the Mac is still the one that is shown.
+        std::function<void(std::function<void()>)> onceThere;
+    };
+
+    HistoryScreen(HistoryModel& history, AppIcons& icons, const Texts& texts, UserEnvironment user,
+                  bool runsJobs, Actions actions);
 
     void search();
 
   protected:
     bool eventFilter(QObject* object, QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
-    QWidget* makeContent();
+    QWidget* makeContent(AppIcons& icons);
     QWidget* makeFooter();
     const RemovalHistoryEntry* current() const;
     void undo();
@@ -49,6 +59,9 @@ class HistoryScreen final : public QWidget {
     /// Opens the question, unless nothing may be deleted, which is said then.
     void ask(const QString& title, const char* message, const char* button, std::function<void()> act);
     void showNotices();
+    void undo(const Path& root, const ItemChoice& items);
+    /// Nobody tells when another process has finished.
+    void awaitTheOther();
     void update();
     void showEmpty();
     void showLine();
@@ -60,7 +73,7 @@ class HistoryScreen final : public QWidget {
     const Texts& texts_;
     UserEnvironment user_;
     bool runsJobs_; ///< not on a volume
-    std::function<void(const Path&)> reveal_;
+    Actions actions_;
     HistoryList list_;
     HistoryItems itemList_;
     ScreenHeader* header_ = nullptr;
@@ -76,6 +89,7 @@ class HistoryScreen final : public QWidget {
     QPushButton* deleteAll_ = nullptr;
     QLineEdit* search_ = nullptr;
     QLabel* state_ = nullptr; ///< of the current run, where something is the matter with it
+    QTimer again_;
     QString totals_;
     Path currentRoot_; ///< the run chosen here, which stays the current one when the list is read again
     std::vector<Subscription> following_;

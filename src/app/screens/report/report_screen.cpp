@@ -76,11 +76,11 @@ QWidget* ReportScreen::makeFooter() {
     undo_ = parts::button(
         text("report.undo.button"), [this] { flow_.undoLast(); }, QStringLiteral("undo"));
     undo_->setObjectName(QStringLiteral("undo"));
-    auto* done = parts::primaryButton(text("permissions.doneButton"), [this] { flow_.close(); });
-    done->setObjectName(QStringLiteral("done"));
+    done_ = parts::primaryButton(text("permissions.doneButton"), [this] { flow_.close(); });
+    done_->setObjectName(QStringLiteral("done"));
     layout->addWidget(undo_);
     layout->addStretch(1);
-    layout->addWidget(done);
+    layout->addWidget(done_);
     return footer;
 }
 
@@ -96,6 +96,7 @@ void ReportScreen::update() {
         showReport(*report);
     const bool canUndo = !report->report.quarantineRoot.isRoot() && !flow_.isUndoing() && !flow_.undoReport();
     undo_->setEnabled(canUndo);
+    done_->setEnabled(!flow_.isUndoing());
     undo_->setText(text(flow_.isUndoing() ? "home.recovery.restoring" : "report.undo.button"));
     setFocus();
 }

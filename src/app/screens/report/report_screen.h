@@ -63,6 +63,7 @@ class ReportScreen final : public QWidget {
     QLabel* counts_ = nullptr;
     QBoxLayout* cards_ = nullptr;
     QPushButton* undo_ = nullptr;
+    QPushButton* done_ = nullptr;
 };
 
 } // namespace tidwen

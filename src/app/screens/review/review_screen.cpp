@@ -118,7 +118,7 @@ QWidget* ReviewScreen::makeHeader() {
                                      {[this] { return tree_.showsOnlyChosen(); },
                                       [this](bool isOn) {
                                           tree_.showOnlyChosen(isOn);
-                                          view_->expandAll();
+                                          view_->openAll();
                                       }}));
     header_->addControl(modes);
     header_->addControl(filter);
@@ -156,7 +156,7 @@ void ReviewScreen::update() {
         shownRows_ = rows;
         shownFilter_ = flow_.reviewFilter();
         tree_.rebuild();
-        view_->expandAll();
+        view_->openAll();
         details_->show(nullptr);
         if (isOther) showNotices();
         if (isOther) view_->scrollToTop();
@@ -211,8 +211,10 @@ void ReviewScreen::showHeader() {
 
 void ReviewScreen::showNotices() {
     parts::clear(*notices_);
+    const auto& unknown = flow_.protectionProblem();
+    if (unknown) notices_->addWidget(makeNotice(NoticeTone::caution, {shown(texts_.text(*unknown))}));
     for (const auto& result : flow_.choice().findings().scanned()) {
-        if (result.isProtected)
+        if (result.isProtected && !unknown)
             notices_->addWidget(
                 makeNotice(NoticeTone::caution,
                            {QString::fromStdString(texts_.text(describeProtected(result.target)))}));
