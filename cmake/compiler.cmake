@@ -11,11 +11,14 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
 endif()
 
 # Several files of a layer are compiled as one by g++, which takes a third of the time: what they include and
-# instantiate is then read and made once. clang compiles each by itself, as script/compile-for-mac does: it would warn
-# of a local name that another file of the batch has too. For work on single files:
-# cmake --preset dev -DCMAKE_UNITY_BUILD=OFF
+# instantiate is then read and made once. script/compile-for-mac compiles every file by itself. For work on single
+# files: cmake --preset dev -DCMAKE_UNITY_BUILD=OFF
 if(NOT DEFINED CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   set(CMAKE_UNITY_BUILD ON)
+endif()
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  # It warns of a local name that another of these files has, too.
+  target_compile_options(tidwen_warnings INTERFACE -Wno-shadow)
 endif()
 set(CMAKE_UNITY_BUILD_BATCH_SIZE 8)
 

@@ -4,8 +4,9 @@ namespace tidwen {
 
 namespace {
 
+/// Also what is not on: it may wait for the user's consent, and would be on as soon as that is given.
 bool turnOff(LoginItem& item) {
-    return !item.isEnabled() || item.setEnabled(false);
+    return item.setEnabled(false);
 }
 
 } // namespace

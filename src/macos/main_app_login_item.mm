@@ -13,13 +13,15 @@ bool MainAppLoginItem::isEnabled() const {
 bool MainAppLoginItem::setEnabled(bool enabled) {
     @autoreleasepool {
         SMAppService* const service = SMAppService.mainAppService;
-        const bool isRefused = service.status == SMAppServiceStatusRequiresApproval;
+        const auto before = service.status;
+        if (!enabled && (before == SMAppServiceStatusNotRegistered || before == SMAppServiceStatusNotFound))
+            return true;
         NSError* error = nil;
         const BOOL isDone =
             enabled ? [service registerAndReturnError:&error] : [service unregisterAndReturnError:&error];
         if (!isDone && error) log_.warning("Start at login: {}", textOf(error.localizedDescription));
         // What counts is how it stands now: an item that is registered may wait for the user's consent.
-        if (enabled && !isRefused && service.status == SMAppServiceStatusRequiresApproval)
+        if (enabled && service.status == SMAppServiceStatusRequiresApproval)
             [SMAppService openSystemSettingsLoginItems];
         return isEnabled() == enabled;
     }

@@ -70,6 +70,14 @@ bool PreferencesDefaults::setValue(const std::string& key, const std::optional<P
     return isStored;
 }
 
+bool PreferencesDefaults::update(const std::string& key, const Change& change) {
+    const SharedFile turns(userHome() / "Library/Application Support/Tidwen/settings");
+    const auto turn = turns.lock();
+    if (!turn.isHeld())
+        log_.error("Settings are not written: another process holds {}", turns.path().string());
+    return turn.isHeld() && setValue(key, change(value(key)));
+}
+
 std::unique_ptr<FolderEvents::Watch> PreferencesDefaults::watch(std::function<void()> changed) {
     return events_.watchFile(Path(fileOf(domain_).string()), std::move(changed));
 }

@@ -115,6 +115,10 @@ TEST_F(Chooser, SaysThatTheVolumeIsGoneAndGoesOnWhenItIsBack) {
     ASSERT_TRUE(waitUntil([&] { return !presence.isThere.get(); }));
     QTest::keyClick(fixture.find<QWidget>("sheet"), Qt::Key_Escape);
     EXPECT_TRUE(asks()) << "nothing is moved in a folder that went away";
+    for (const auto* language : {"de", "en"}) {
+        fixture.speak(language);
+        EXPECT_TRUE(asks()) << "in another language, too";
+    }
     fs::remove_all(volume);
     fs::rename(fixture.folder.path() / "Elsewhere", volume);
     presence.look();
@@ -133,6 +137,23 @@ TEST_F(Chooser, RemovesNothingFromAnotherFolderThanItShows) {
     EXPECT_TRUE(waitUntil([&] { return !fixture.window.mac()->presence()->isThere.get(); }));
     EXPECT_TRUE(std::holds_alternative<stage::Review>(fixture.flow().stage()));
     EXPECT_TRUE(fs::exists(elsewhere / "Applications/Marlin Notes.app"));
+}
+
+TEST_F(Chooser, OpensAnewTheDiskThatIsConnectedAnew) {
+    ASSERT_TRUE(fixture.openSample());
+    auto& presence = *fixture.window.mac()->presence();
+    fs::rename(volume, fixture.folder.path() / "Elsewhere");
+    presence.look();
+    ASSERT_TRUE(waitUntil([&] { return asks(); }));
+    ASSERT_TRUE(fixture.click("look again"));
+    EXPECT_TRUE(asks());
+    fs::copy(fixture.folder.path() / "Elsewhere", volume,
+             fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+    const auto isOpenedAnew = [&] {
+        fixture.click("look again"); // until the look at the empty place has ended
+        return !asks() && fixture.window.mac() && fixture.window.mac()->presence()->isThere.get();
+    };
+    EXPECT_TRUE(waitUntil(isOpenedAnew));
 }
 
 TEST_F(Chooser, TellsWhatItDoesInThreeStepsThatCanBeLeftForLater) {

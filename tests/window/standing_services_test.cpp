@@ -50,12 +50,23 @@ TEST(StandingServices, HandOverWhatOtherProcessesAskFor) {
 TEST(OpenedFiles, WaitUntilAMacIsOpen) {
     test::WindowFixture fixture;
     const OpenedFiles opened([&](auto paths) { fixture.window.takeFiles(std::move(paths)); });
-    QFileOpenEvent event(
-        QString::fromStdString((fixture.folder.path() / "Sample/Applications/Lumen.app").string()));
-    QCoreApplication::sendEvent(QCoreApplication::instance(), &event);
+    const auto drop = [&](const char* application) {
+        const auto path = fixture.folder.path() / "Sample/Applications" / application;
+        QFileOpenEvent event(QString::fromStdString(path.string()));
+        QCoreApplication::sendEvent(QCoreApplication::instance(), &event);
+    };
+    drop("Lumen.app");
     ASSERT_TRUE(fixture.openSample());
-    EXPECT_TRUE(
-        test::waitUntil([&] { return std::holds_alternative<stage::Review>(fixture.flow().stage()); }));
+    const auto isReviewing = [&](std::size_t applications) {
+        return test::waitUntil([&] {
+            return std::holds_alternative<stage::Review>(fixture.flow().stage())
+                   && fixture.flow().choice().findings().groups().size() == applications;
+        });
+    };
+    EXPECT_TRUE(isReviewing(1));
+    drop("Kip.app");
+    drop("Pantry.app");
+    EXPECT_TRUE(isReviewing(2)) << "together";
 }
 
 } // namespace

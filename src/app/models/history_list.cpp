@@ -1,6 +1,7 @@
 #include "app/models/history_list.h"
 
 #include "app/widgets/words.h"
+#include "base/byte_sum.h"
 #include "base/language.h"
 #include "base/text.h"
 #include "base/texts.h"
@@ -177,7 +178,8 @@ QString HistoryList::secondLine(const RemovalHistoryEntry& entry) const {
         isPart ? words(texts_, "history.row.itemsLeft %lld %lld", {std::to_string(entry.pendingMoves), all})
                : words(texts_, "history.row.items %lld", {all})};
     // Without items it is that of the record alone.
-    if (entry.sizeBytes && entry.pendingMoves > 0) parts << sizeWords(entry.sizeBytes, texts_);
+    if (entry.sizeBytes && entry.pendingMoves > 0)
+        parts << QString::fromStdString(sizeText(*entry.sizeBytes, entry.isSizePartial, texts_));
     return parts.join(QStringLiteral(" · "));
 }
 

@@ -66,9 +66,10 @@ MainWindow::MainWindow(Services services)
       left_(services.main) {
     returnKey::guard();
     setWindowTitle(text("window.title"));
-    setMinimumSize(800, 560);
     // Large texts make it larger, but never so large that its buttons lie beside the screen.
-    resize(QSize(scaled(1080), scaled(720)).boundedTo(screen()->availableSize()));
+    const auto most = screen()->availableSize();
+    setMinimumSize(QSize(scaled(800), scaled(560)).boundedTo(most));
+    resize(QSize(scaled(1080), scaled(720)).boundedTo(most));
     setAcceptDrops(true);
     makeChooser();
     makeMenus();
@@ -119,7 +120,8 @@ void MainWindow::makeMenus() {
     add(*file, "window.menu.settings", QKeySequence(Qt::CTRL | Qt::Key_Comma), [this] {
         openSettings();
     })->setMenuRole(QAction::PreferencesRole);
-    add(*file, "window.menu.quit", QKeySequence::Quit, [this] { close(); });
+    add(*file, "window.menu.closeWindow", QKeySequence::Close, [this] { close(); });
+    add(*file, "window.menu.quit", QKeySequence::Quit, [this] { quit(); });
     auto* go = menuBar()->addMenu(text("window.menu.go"));
     const auto whenOpen = [this](auto act) {
         return [this, act] {
@@ -269,7 +271,7 @@ void MainWindow::present() {
 
 void MainWindow::comeBack() {
     if (standing_) standing_->refresh();
-    if (standing_ && !isVisible()) show();
+    if (mac_ && !isVisible()) show();
 }
 
 bool MainWindow::isOpening() const {
@@ -306,8 +308,10 @@ void MainWindow::speakAnew() {
 }
 
 void MainWindow::followPresence() {
-    if (auto* presence = mac_->presence())
-        presence_ = presence->isThere.observe([this](bool isThere) { showPresence(isThere); });
+    auto* presence = mac_->presence();
+    if (!presence) return;
+    presence_ = presence->isThere.observe([this](bool isThere) { showPresence(isThere); });
+    if (!presence->isThere.get()) showPresence(false); // in the new language, too
 }
 
 /// The disk of the volume was taken away, or is back. What the window shows stays as it is.
@@ -315,7 +319,13 @@ void MainWindow::showPresence(bool isThere) {
     if (gone_) gone_->close();
     if (isThere) return;
     gone_ = openGoneSheet(this, shown(mac_->name()), texts_, chooser_->menu(),
-                          [this] { mac_->presence()->look(); });
+                          [this] { mac_->presence()->look([this] { reopen(); }); });
+}
+
+/// Another folder lies where the volume was: another disk, or the same one connected anew. It is opened as
+/// any other; what was open is left.
+void MainWindow::reopen() {
+    if (const auto folder = mac_->session().mac().volume; folder && mayLeave()) open(*folder);
 }
 
 /// While something is moved the Mac must stay open; says so.
@@ -325,12 +335,23 @@ bool MainWindow::mayLeave() {
     return !isBusy;
 }
 
+/// Also without a window, and although the Trash is watched.
+void MainWindow::quit() {
+    quits_ = true;
+    close();
+}
+
 void MainWindow::closeEvent(QCloseEvent* event) {
+    const bool quits = std::exchange(quits_, false);
     // The Trash watch goes on without a window.
-    QApplication::setQuitOnLastWindowClosed(!standing_ || !standing_->isNeeded());
-    if (!mac_ || !mac_->isBusy()) return event->accept();
+    QApplication::setQuitOnLastWindowClosed(quits || !standing_ || !standing_->isNeeded());
+    if (!mac_ || !mac_->isBusy()) {
+        event->accept();
+        if (quits) QMetaObject::invokeMethod(qApp, &QApplication::quit, Qt::QueuedConnection);
+        return;
+    }
     event->ignore();
-    view_->askToClose({[this] { hide(); }, [this] { close(); },
+    view_->askToClose({[this] { hide(); }, [this, quits] { quits ? quit() : void(close()); },
                        [this] { QTimer::singleShot(0, this, [this] { endHidden(); }); }});
 }
 

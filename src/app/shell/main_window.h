@@ -87,6 +87,8 @@ class MainWindow final : public QMainWindow {
     void showWelcome();
     void followPresence();
     void showPresence(bool isThere);
+    void reopen();
+    void quit();
     bool mayLeave();
     bool isAsking() const;
     void endHidden();
@@ -112,6 +114,7 @@ class MainWindow final : public QMainWindow {
     std::unique_ptr<StandingServices> standing_; ///< of the Mac that the program runs on
     std::vector<std::string> waitingFiles_;
     Subscription settingsChanged_, presence_;
+    bool quits_ = false; ///< the program, and not only the window, is to be closed
 };
 
 } // namespace tidwen

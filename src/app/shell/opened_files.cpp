@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QFileOpenEvent>
+#include <utility>
 
 namespace tidwen {
 
@@ -12,8 +13,16 @@ OpenedFiles::OpenedFiles(std::function<void(std::vector<std::string> paths)> tak
 bool OpenedFiles::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() != QEvent::FileOpen) return QObject::eventFilter(watched, event);
     const auto file = static_cast<QFileOpenEvent*>(event)->file();
-    if (!file.isEmpty()) take_({file.toStdString()});
+    if (file.isEmpty()) return true;
+    if (gathered_.empty())
+        QMetaObject::invokeMethod(
+            this, [this] { deliver(); }, Qt::QueuedConnection);
+    gathered_.push_back(file.toStdString());
     return true;
+}
+
+void OpenedFiles::deliver() {
+    take_(std::exchange(gathered_, {}));
 }
 
 } // namespace tidwen

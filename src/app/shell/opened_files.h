@@ -8,7 +8,7 @@
 namespace tidwen {
 
 /// Files that the system hands to the program: dropped on its icon in the Dock, or opened with it. Watches
-/// the application object's events while it lives.
+/// the application object's events while it lives. They come one by one, and are passed on together.
 class OpenedFiles final : public QObject {
   public:
     explicit OpenedFiles(std::function<void(std::vector<std::string> paths)> take);
@@ -17,6 +17,9 @@ class OpenedFiles final : public QObject {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    void deliver();
+
+    std::vector<std::string> gathered_;
     std::function<void(std::vector<std::string>)> take_;
 };
 

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <sys/stat.h>
+#include <system_error>
 #include <utility>
 
 namespace tidwen {
@@ -15,13 +16,16 @@ constexpr int lookEvery = 3000; ///< milliseconds
 
 /// The files are those of the folder that was opened, wherever it is now; another of the same name may stand
 /// in its place.
-bool isThere(const FileSystem& files, const std::filesystem::path& folder) {
-    const auto opened = files.info(Path("/"));
-    const auto entries = files.list(Path("/"));
-    if (!opened || !entries || entries->empty()) return false;
+VolumePresence::Found look(const FileSystem& files, const std::filesystem::path& folder) {
+    using Found = VolumePresence::Found;
     struct stat now = {};
-    return ::stat(folder.c_str(), &now) == 0 && static_cast<std::uint64_t>(now.st_dev) == opened->device
-           && static_cast<std::uint64_t>(now.st_ino) == opened->inode;
+    std::error_code none;
+    if (::stat(folder.c_str(), &now) != 0 || std::filesystem::is_empty(folder, none) || none)
+        return Found::nothing;
+    const auto opened = files.info(Path("/"));
+    const bool isSame = opened && static_cast<std::uint64_t>(now.st_dev) == opened->device
+                        && static_cast<std::uint64_t>(now.st_ino) == opened->inode;
+    return isSame && files.list(Path("/")) ? Found::same : Found::another;
 }
 
 } // namespace
@@ -37,14 +41,15 @@ void VolumePresence::close() {
     alive_.reset();
 }
 
-void VolumePresence::look() {
+void VolumePresence::look(std::function<void()> whenAnother) {
     if (std::exchange(isLooking_, true)) return;
     inBackground(
         *this, alive_, queue_, main_,
-        [&files = files_, folder = folder_] { return tidwen::isThere(files, folder); },
-        [](VolumePresence& self, bool isThereNow) {
+        [&files = files_, folder = folder_] { return tidwen::look(files, folder); },
+        [whenAnother = std::move(whenAnother)](VolumePresence& self, Found found) {
             self.isLooking_ = false;
-            self.isThere.set(isThereNow);
+            self.isThere.set(found == Found::same);
+            if (found == Found::another && whenAnother) whenAnother();
         });
 }
 
@@ -52,10 +57,10 @@ void VolumePresence::look() {
 void VolumePresence::onceThere(std::function<void()> act) {
     inBackground(
         *this, alive_, queue_, main_,
-        [&files = files_, folder = folder_] { return tidwen::isThere(files, folder); },
-        [act = std::move(act)](VolumePresence& self, bool isThereNow) {
-            self.isThere.set(isThereNow);
-            if (isThereNow) act();
+        [&files = files_, folder = folder_] { return tidwen::look(files, folder); },
+        [act = std::move(act)](VolumePresence& self, Found found) {
+            self.isThere.set(found == Found::same);
+            if (found == Found::same) act();
         });
 }
 

@@ -20,13 +20,16 @@ class VolumePresence {
     VolumePresence(const FileSystem& files, std::filesystem::path folder, Executor& main);
 
     Property<bool> isThere{true};
-    void look();
+    /// `whenAnother`: called when another folder lies at its place.
+    void look(std::function<void()> whenAnother = {});
     /// Looks, and acts when the folder is still there; otherwise `isThere` tells.
     void onceThere(std::function<void()> act);
     /// Looks no more.
     void close();
     /// Waits for the look that is under way: on any thread, after `close`.
     void finishWork() { queue_.finish(); }
+
+    enum class Found { nothing, another, same };
 
   private:
     const FileSystem& files_;

@@ -5,8 +5,8 @@
 
 namespace tidwen {
 
-/// Lines to read, scroll and copy, of a fixed height in design pixels. Tab passes on from it, and it shows that it
-/// has the focus.
+/// Lines to read, scroll and copy, of a fixed height in design pixels. Tab passes on from it, and it shows
+/// that it has the focus.
 class ReadOnlyText final : public QPlainTextEdit {
   public:
     ReadOnlyText(const QStringList& lines, const QString& accessibleName, int height);

@@ -17,10 +17,30 @@
 #include <QMenuBar>
 #include <QPainter>
 #include <QPushButton>
+#include <QTimer>
 #include <algorithm>
 #include <utility>
 
 namespace tidwen {
+
+namespace {
+
+/// Over a sheet that has just appeared: the second click of a double click was meant for what is below.
+class Shield final : public QWidget {
+  public:
+    explicit Shield(QWidget& sheet) : QWidget(&sheet) {
+        setGeometry(sheet.rect());
+        show();
+        raise();
+        QTimer::singleShot(QApplication::doubleClickInterval(), this, &QObject::deleteLater);
+    }
+
+  protected:
+    void mousePressEvent(QMouseEvent* /*event*/) override {}
+    void mouseReleaseEvent(QMouseEvent* /*event*/) override {}
+};
+
+} // namespace
 
 Sheet::Sheet(QWidget* window, const QString& name, int width)
     : QWidget(window), content_(nullptr), before_(QApplication::focusWidget()) {
@@ -123,7 +143,11 @@ void Sheet::hideEvent(QHideEvent* event) {
 }
 
 void Sheet::paintEvent(QPaintEvent* /*event*/) {
-    if (!std::exchange(wasSeen_, true)) returnKey::waitForPause(); // the pause is one to read in
+    if (!std::exchange(wasSeen_, true)) {
+        returnKey::waitForPause(); // the pause is one to read in
+        QMetaObject::invokeMethod(
+            this, [this] { new Shield(*this); }, Qt::QueuedConnection); // which deletes itself
+    }
     QPainter(this).fillRect(rect(), QColor(0, 0, 0, 90));
 }
 

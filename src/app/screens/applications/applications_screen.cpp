@@ -27,6 +27,8 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 
 namespace tidwen {
@@ -300,9 +302,12 @@ void ApplicationsScreen::update() {
     const auto phase = models_.grid.phase.get();
     const auto& inventory = models_.grid.inventory.get();
     const bool isLooking = phase == Phase::listing || phase == Phase::idle;
-    auto line =
-        text("applications.summary %lld %@",
-             {std::to_string(inventory.count), sizeWords(inventory.size.bytes, models_.texts).toStdString()});
+    const auto all = std::to_string(inventory.count);
+    const auto size = sizeWords(inventory.size.bytes, models_.texts).toStdString();
+    const auto shownNow = countShown();
+    auto line = shownNow == inventory.count
+                    ? text("applications.summary %lld %@", {all, size})
+                    : text("orphans.filter.showing %lld %lld %@", {std::to_string(shownNow), all, size});
     if (phase == Phase::measuring) line += QStringLiteral(" · ") + text("applications.measuring");
     if (isLooking) line = text("cli.apps.progress");
     if (const auto missed = inventory.unreadable.size(); missed > 0)
@@ -313,6 +318,14 @@ void ApplicationsScreen::update() {
     showEmpty();
     parts::turnTo(*content_, *this,
                   models_.grid.rows.rows().empty() ? static_cast<QWidget*>(empty_) : cards_);
+}
+
+/// Grouped by tag, one may stand there several times.
+std::size_t ApplicationsScreen::countShown() const {
+    std::unordered_set<std::string_view> bundles;
+    for (const auto& row : models_.grid.rows.rows())
+        if (row.app) bundles.insert(row.app->url.string());
+    return bundles.size();
 }
 
 /// What stands in the place of the cards.

@@ -75,6 +75,7 @@ class ApplicationsScreen final : public QWidget {
     void update();
     void showEmpty();
     void clearFilters();
+    std::size_t countShown() const;
     void updateFooter();
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 

@@ -15,6 +15,7 @@
 #include "app/widgets/search_field.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
+#include "base/byte_sum.h"
 #include "base/path.h"
 #include "base/texts.h"
 #include "platform/user_environment.h"
@@ -242,11 +243,10 @@ void HistoryScreen::ask(const QString& title, const char* message, const char* b
 
 void HistoryScreen::update() {
     const auto& entries = history_.entries.get();
-    std::int64_t bytes = 0;
+    ByteSum held; // what is put back takes nothing
     for (const auto& entry : entries)
-        bytes += entry.sizeBytes.value_or(0);
-    totals_ = text("history.total %lld %@",
-                   {std::to_string(entries.size()), sizeWords(bytes, texts_).toStdString()});
+        if (entry.pendingMoves > 0) held.add(entry.sizeBytes, entry.isSizePartial);
+    totals_ = text("history.total %lld %@", {std::to_string(entries.size()), sizeText(held, texts_)});
     showLine();
     showNotices();
     showEmpty();
@@ -343,7 +343,8 @@ void HistoryScreen::updateFooter() {
     if (!isBusy && stop_->hasFocus()) runs_->setFocus();
     stop_->setVisible(isBusy);
     const bool isBack = entry && entry->items() == RemovalHistoryEntry::Items::putBack;
-    undo_->setText(text(isBusy      ? "home.recovery.restoring"
+    const bool isUndoing = isBusy && !history_.isDeleting();
+    undo_->setText(text(isUndoing   ? "home.recovery.restoring"
                         : areChosen ? "history.undo.chosen"
                                     : "history.undoButton"));
     const auto enable = [this](QPushButton& button, bool isEnabled) {

@@ -31,7 +31,9 @@ Sheet* openGoneSheet(QWidget* window, const QString& name, const Texts& texts, Q
         systems->popup(another->mapToGlobal(QPoint(0, another->height())));
     });
     buttons->addWidget(another);
-    buttons->addWidget(parts::primaryButton(words(texts, "window.gone.again"), std::move(lookAgain)));
+    auto* again = parts::primaryButton(words(texts, "window.gone.again"), std::move(lookAgain));
+    again->setObjectName(QStringLiteral("look again"));
+    buttons->addWidget(again);
     sheet->content().addLayout(buttons);
     sheet->open();
     return sheet;
