@@ -1,5 +1,7 @@
 #include "sweep/identifier_domains.h"
 
+#include "scan/applications/identifier_form.h"
+
 #include <algorithm>
 #include <array>
 #include <libpsl.h>
@@ -40,11 +42,6 @@ std::string turnedAround(std::string_view identifier) {
     }
 }
 
-bool continues(std::string_view identifier, std::string_view beginning) {
-    return identifier.starts_with(beginning)
-           && (identifier.size() == beginning.size() || identifier[beginning.size()] == '.');
-}
-
 } // namespace
 
 bool isTopLevelDomain(std::string_view piece) {
@@ -59,7 +56,7 @@ bool isTopLevelDomain(std::string_view piece) {
 
 std::string_view makerOf(std::string_view identifier) {
     for (const auto host : hosts) {
-        if (!continues(identifier, host)) continue;
+        if (!continuesIdentifier(identifier, host)) continue;
         if (identifier.size() == host.size()) return {};
         return identifier.substr(0, endOfPieces(identifier, countPieces(host) + 1));
     }

@@ -173,6 +173,7 @@ void KnownOwners::addWord(const std::string& canonicalName) {
 void KnownOwners::addName(std::string_view name, bool isApplication) {
     auto canonical = canonicalForm(name);
     if (canonical.empty()) return;
+    if (hasIdentifierForm(name)) identifiers_.insert(lowercased(name)); // its data may be called so
     addWord(canonical);
     if (isApplication) folders_.insert(canonical);
     if (characterCount(canonical) >= shortestName) names_.insert(std::move(canonical));

@@ -4,6 +4,7 @@
 #include "base/text.h"
 #include "platform/file_absence.h"
 #include "scan/applications/bundle_names.h"
+#include "scan/applications/identifier_form.h"
 #include "scan/applications/job_program.h"
 #include "scan/policy/search_location.h"
 #include "scan/policy/trace_category.h"
@@ -25,12 +26,6 @@ constexpr std::size_t mostLooks = 200'000;
 bool isClosed(const FileSystem& files, const Path& folder) {
     const auto entries = files.list(folder);
     return !entries && !isAbsence(entries.error());
-}
-
-/// "com.example.app.helper" continues "com.example.app", which continues itself.
-bool continues(std::string_view identifier, std::string_view form) {
-    return identifier.starts_with(form)
-           && (identifier.size() == form.size() || identifier[form.size()] == '.');
 }
 
 class PackageJudge {
@@ -102,7 +97,8 @@ class PackageJudge {
             if (found.empty() && location.style == SearchLocation::Style::vendorNestedChildren
                 && parts.size() > depth + 1)
                 found = identifierInName(parts[depth + 1]);
-            return !found.empty() && (continues(found, identifier) || continues(identifier, found));
+            return !found.empty()
+                   && (continuesIdentifier(found, identifier) || continuesIdentifier(identifier, found));
         });
     }
 

@@ -8,6 +8,10 @@
 #include "platform/file_absence.h"
 #include "platform/file_system.h"
 #include "platform/user_environment.h"
+#include "scan/applications/application_within.h"
+#include "scan/applications/bundle.h"
+#include "scan/applications/identifier_form.h"
+#include "scan/applications/shared_names.h"
 #include "scan/matching/residue_scanner.h"
 #include "scan/matching/size_measurer.h"
 #include "scan/matching/trace.h"
@@ -17,10 +21,15 @@
 #include "sweep/known_owners.h"
 #include "sweep/sweep_gaps.h"
 
+#include <cstddef>
+#include <mutex>
 #include <optional>
+#include <string_view>
 
 namespace tidwen {
 namespace {
+
+constexpr std::size_t mostFoldersOfAFind = 10'000;
 
 const Path& pathOf(const OrphanCandidate& candidate) {
     return *movedPath(candidate.action);
@@ -141,10 +150,34 @@ void LocationSweep::take(std::vector<OrphanCandidate> candidates, const OrphanSc
         traces.back().mayHoldOthers = policy_.mayBeInAnotherHome(*movedPath(traces.back().action));
     }
     candidates = {}; // frees them early: there may be very many
+    contestWhatHoldsOthers(traces);
     measureTraces(ports_.files, traces, stop_);
     if (onFound && !traces.empty() && traces.front().category != TraceCategory::receipts) onFound(traces);
     for (auto& trace : traces)
         finds_.find(trace.reason.value)->second.traces.push_back(std::move(trace));
+}
+
+/// Moving a folder takes along the applications in it, whoever's they are.
+void LocationSweep::contestWhatHoldsOthers(std::vector<Trace>& traces) {
+    std::mutex adding;
+    parallelFor(traces.size(), [&](std::size_t i) {
+        auto& trace = traces[i];
+        const auto isAnothers = [&](const Path& application) {
+            const auto bundle = Bundle::open(ports_.files, application);
+            const auto identifier = bundle ? lowercased(bundle->identifier().value_or("")) : std::string();
+            if (identifier.empty() || isCommonIdentifier(identifier)
+                || continuesIdentifier(identifier, trace.reason.value))
+                return false;
+            trace.contestedBy = Claimant{identifier, bundle->name(), application};
+            const std::lock_guard lock(adding);
+            within_.push_back(identifier);
+            return true;
+        };
+        std::size_t foldersLeft = mostFoldersOfAFind;
+        const auto searched =
+            visitApplicationsWithin(ports_.files, *movedPath(trace.action), foldersLeft, isAnothers, stop_);
+        if (searched == Searched::partly) trace.mayHoldOthers = true;
+    });
 }
 
 void LocationSweep::keepLoose(const SearchLocation& location, LocationCandidates& found) {

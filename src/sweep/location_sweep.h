@@ -51,6 +51,8 @@ class LocationSweep {
     const LinkedPlaces& linked() const { return linked_; }
     /// Items without an identifier that may be taken if they belong to a group.
     std::vector<NamedCandidate> takeNamed() { return std::move(named_); }
+    /// The identifiers of other applications in what was found: they live, and what is theirs is no leftover.
+    const std::vector<std::string>& identifiersWithin() const { return within_; }
 
   private:
     /// An apparent identifier counts as one when macOS itself named an item so and it occurs elsewhere, too.
@@ -63,6 +65,7 @@ class LocationSweep {
     bool isFirstWayTo(const SearchLocation& location);
     std::vector<unsigned char> areFree(const std::vector<OrphanCandidate>& candidates) const;
     void take(std::vector<OrphanCandidate> candidates, const OrphanScanner::OnFound& onFound);
+    void contestWhatHoldsOthers(std::vector<Trace>& traces);
     void keepLoose(const SearchLocation& location, LocationCandidates& found);
     void takeLoose(const OrphanScanner::OnFound& onFound);
     void keepNamed(std::vector<NamedCandidate> candidates);
@@ -81,6 +84,7 @@ class LocationSweep {
     FindsByIdentifier finds_;
     std::map<std::string, Loose> loose_;
     std::vector<NamedCandidate> named_;
+    std::vector<std::string> within_;
 };
 
 } // namespace tidwen

@@ -160,12 +160,14 @@ OrphanScanResult OrphanScanner::scan(InstalledBundles& installed, const std::set
     OwnerJudge judge(owners, ports_.running, isRegistered_, protectedIDs);
     LocationSweep sweep(ports_, files, user_, owners, packages, judge, gaps, stop);
     auto finds = sweep.run(result, onFound, onStep);
+    owners.addWithoutMaker(sweep.identifiersWithin());
 
     // Applications that were installed meanwhile, or were elsewhere or being updated during the first look.
     // Irrelevant when nothing is claimed.
     if (!hideEverything(gaps)) {
-        const auto now = lookForOwners(*installed.look(InstalledBundles::Reach::further, stop), stop);
+        auto now = lookForOwners(*installed.look(InstalledBundles::Reach::further, stop), stop);
         if (stop.stopRequested()) return result;
+        now.owners.addWithoutMaker(sweep.identifiersWithin());
         for (const auto& gap : now.gaps)
             if (std::find(gaps.begin(), gaps.end(), gap) == gaps.end()) gaps.push_back(gap);
         const auto isStill = [&](const Path& path) {

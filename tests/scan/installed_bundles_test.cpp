@@ -125,6 +125,16 @@ TEST_F(InstalledBundlesTest, TellsABundleByItsInfoAndNotByItsName) {
     }
 }
 
+/// A scan that saw fewer places than the sweep would take what the sweep leaves alone.
+TEST_F(InstalledBundlesTest, SeesTheSamePlacesForEveryCaller) {
+    const std::string home = "/Users/alice/";
+    for (const auto& place : {home + "Pictures/", home + "Work/a/b/", std::string("/usr/local/apps/")})
+        writeBundle(volume, place + "Far.app", "com.example.far", "Far");
+    EXPECT_EQ(eachOf(bundles.look(InstalledBundles::Reach::usual)->bundles(), &OwningBundle::url),
+              eachOf(look()->bundles(), &OwningBundle::url));
+    EXPECT_EQ(look()->bundles().size(), 3u);
+}
+
 /// Only an original set aside can be whole. It contests nothing, but what it left behind is not without
 /// owner.
 TEST_F(InstalledBundlesTest, WhatIsOnItsWayBetweenDisksIsNotInstalled) {

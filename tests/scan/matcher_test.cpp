@@ -274,6 +274,12 @@ TEST(ResidueMatcher, TellsWhoElseClaimsAName) {
     EXPECT_EQ(claimant("Corvella Cache"), "nobody");
     target.name = "Marlin Notes";
 
+    // What looks like the wrapping of the target's identifier may end another's.
+    EXPECT_EQ(claimant("com.example.app.log"), "nobody");
+    installed.push_back(owner("/Applications/Log.app", "com.Example.app.log", "Log"));
+    for (const char* name : {"com.example.app.log", "com.example.app.log.plist"})
+        EXPECT_EQ(claimant(name), "com.Example.app.log") << name;
+
     // A copy of the application shares everything and contests nothing.
     installed.push_back(owner("/Users/alice/Applications/Target.app", "com.Example.App", "Marlin Notes"));
     EXPECT_EQ(claimant("com.example.app.plist"), "com.Example.App");

@@ -90,6 +90,25 @@ TEST_F(OrphanScan, TakesNoApplicationAlongWithAFolder) {
     EXPECT_THAT(orphans(), ElementsAre("com.gone.store"));
 }
 
+TEST_F(OrphanScan, DoubtsAFolderWithAnotherApplicationAndTakesNothingOfThat) {
+    test::writeBundle(volume, home + "Containers/com.gone.app/Data/Keep.app", "org.keep.tool", "Keep");
+    test::writeBundle(volume, home + "Caches/com.gone.app/Updater.app", "com.gone.app.updater", "Updater");
+    volume.write(home + "Preferences/org.keep.tool.plist", "x");
+    const auto result = scan();
+    ASSERT_EQ(eachOf(result.groups, &OrphanGroup::bundleID), std::vector<std::string>{"com.gone.app"});
+    for (const auto& trace : result.groups.front().traces)
+        EXPECT_EQ(trace.contestedBy.value_or(Claimant{}).bundleID,
+                  trace.displayName.ends_with("Containers/com.gone.app") ? "org.keep.tool" : "");
+}
+
+TEST_F(OrphanScan, LeavesAloneWhatIsCalledLikeAnInstalledApplication) {
+    test::writeBundle(volume, "/Applications/com.form.name.app", "org.zeta.form", "Form");
+    test::writeBundle(volume, "/Applications/Shown.app", "org.eta.shown", "com.shown.name");
+    for (const char* name : {"com.form.name", "com.shown.name", "com.form.name.helper"})
+        volume.write(home + "Caches/" + name + "/x", "x");
+    EXPECT_EQ(orphans(), std::vector<std::string>{});
+}
+
 TEST_F(OrphanScan, KnowsADeadJobByItsProgram) {
     test::writeBundle(volume, "/Applications/Marlin.app", "com.marlin.notes", "Marlin");
     volume.write("/usr/local/bin/serviced", "x");

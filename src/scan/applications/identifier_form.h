@@ -14,4 +14,10 @@ bool isIdentifier(std::string_view text);
 /// The same with any last component: not a name people give an application.
 bool hasIdentifierForm(std::string_view text);
 
+/// Whether an identifier is this one, or goes on from it with further components; in the same letter case.
+inline bool continuesIdentifier(std::string_view identifier, std::string_view beginning) {
+    return identifier.starts_with(beginning)
+           && (identifier.size() == beginning.size() || identifier[beginning.size()] == '.');
+}
+
 } // namespace tidwen

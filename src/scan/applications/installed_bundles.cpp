@@ -206,9 +206,6 @@ std::shared_ptr<const BundleSnapshot> InstalledBundles::look(Reach reach, const 
     const ReadBudget budget = outer ? *outer : ReadBudget(limits_);
     BundleCoverage coverage;
     auto places = bundlePlaces(BudgetedFiles(files_, budget), user_, coverage.unreadable);
-    if (reach == Reach::usual)
-        for (auto& place : places)
-            place.furtherDepth = 0;
     auto found = searchBundles(files_, budget, *memory_, places, stop);
     std::erase_if(found.names, [&](const auto& bundle) { return isOnItsWay(bundle.first, reach); });
     if (!files_.exists(applicationsFolder())) coverage.absent.push_back(applicationsFolder());

@@ -23,10 +23,10 @@ struct Bundle;
 struct BundleIdentity;
 struct BundleMemory;
 
-/// How far one look searches.
+/// How far one look searches in bundles; every look searches the same places.
 enum class BundleReach {
-    usual,   ///< the usual places of macOS and vendors: for callers that have names to match
-    further, ///< also deeper in folders and bundles: for callers that claim what appears to have no owner
+    usual,   ///< where bundles usually hold others: for callers that have names to match
+    further, ///< anywhere in them: for callers that claim what appears to have no owner
 };
 
 /// A snapshot of all bundles. Their contents are read once, on first use, with what the look left of its

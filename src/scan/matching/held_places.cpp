@@ -2,9 +2,8 @@
 
 #include "base/path_key.h"
 #include "base/text.h"
-#include "platform/file_absence.h"
+#include "scan/applications/application_within.h"
 #include "scan/applications/bundle.h"
-#include "scan/applications/bundle_names.h"
 #include "scan/applications/job_program.h"
 #include "scan/applications/launch_item.h"
 #include "scan/applications/owning_bundle.h"
@@ -20,11 +19,6 @@
 namespace tidwen {
 
 namespace {
-
-/// False for a folder with only the name of a bundle: it may contain applications like any folder.
-bool isBundleFolder(const FileSystem& files, const Path& folder) {
-    return isBundleName(folder.lastComponent()) && isBundle(files, folder);
-}
 
 /// It is installed as an application of its own, through a link, wherever it lies.
 bool isInstalledByLink(const OwningBundle& bundle) {
@@ -68,36 +62,13 @@ void HeldPlaces::mark(Trace& trace, const Path& item, const Path& realItem) {
 }
 
 std::optional<Claimant> HeldPlaces::applicationIn(const Path& item, bool& isSeen) {
-    constexpr std::size_t mostFolders = 10'000, deepest = 6;
-    const auto info = files_.info(item);
-    if (!info || info->kind != FileKind::directory || isBundleFolder(files_, item)) return std::nullopt;
-    std::vector<std::pair<Path, std::size_t>> folders = {{item, 0}}; // with their depths, shallowest first
-    for (std::size_t i = 0; i < folders.size() && !stop_.stopRequested(); ++i) {
-        if (foldersLeft_ == 0) return isSeen = false, std::nullopt;
-        --foldersLeft_;
-        const auto [folder, depth] = folders[i];
-        const auto entries = files_.list(folder);
-        if (!entries) {
-            isSeen = isSeen && isAbsence(entries.error());
-            continue;
-        }
-        for (const auto& entry : *entries) {
-            if (entry.kind != FileKind::directory) continue;
-            Path inner = folder / entry.name;
-            if (isBundleFolder(files_, inner)) {
-                if (auto holder = holderAt(inner)) return holder;
-            } else if (depth < deepest && folders.size() < mostFolders) {
-                folders.emplace_back(std::move(inner), depth + 1);
-            } else {
-                isSeen = isSeen && depth >= deepest;
-            }
-        }
-    }
-    return std::nullopt;
+    std::optional<Claimant> holder;
+    const auto isHeld = [&](const Path& application) { return (holder = holderAt(application)).has_value(); };
+    isSeen = visitApplicationsWithin(files_, item, foldersLeft_, isHeld, stop_) == Searched::whole;
+    return holder;
 }
 
 std::optional<Claimant> HeldPlaces::holderAt(const Path& application) const {
-    if (application.lowercasedExtension() != "app") return std::nullopt;
     const auto bundle = Bundle::open(files_, application);
     if (!bundle || leaving_.contains(application)) return std::nullopt;
     const OwningBundle found = {

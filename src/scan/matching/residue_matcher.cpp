@@ -241,6 +241,13 @@ std::optional<Claimant> ResidueMatcher::contestedBy(std::string_view candidate,
     const bool isGroup = reason.kind == Kind::appGroup;
     const auto own = isExact || isGroup ? ownIdentifierIn(lower) : std::string_view();
     if (auto other = others_.rivalOf(own, lower)) return other;
+    // What looks like a wrapping may end another's identifier: "com.example.notes.log".
+    if (unwrapped.size() != candidate.size()) {
+        const auto whole = folded(candidate);
+        const auto ownInWhole = isExact || isGroup ? ownIdentifierIn(whole) : std::string_view();
+        if (auto other = others_.rivalOf(ownInWhole, whole)) return other;
+        if (auto other = others_.embeddedRivalOf(ownInWhole, whole)) return other;
+    }
     // An application's data may have its name, whatever form that has.
     if (auto namesake = others_.named(canonical)) return namesake;
     // Applications with the same name match the same forms of it ("Name Helper", "name-2").
