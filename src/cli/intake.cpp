@@ -112,7 +112,10 @@ tl::expected<Path, Message> ApplicationFinder::find(const std::string& word) con
             paths.push_back(path.string());
         return tl::unexpected(Message{"cli.app.ambiguous %@", {joined(paths)}});
     }
-    if (const auto link = linkCalled(wanted)) return *link;
+    if (const auto link = linkCalled(wanted)) {
+        if (leadsNowhere(*link)) return tl::unexpected(Message{"cli.app.away"});
+        return *link;
+    }
     if (const auto onVolume = hostPaths_.macPath(word)) return *onVolume;
     if (const auto similar = similarNames(wanted); !wanted.empty() && !similar.empty())
         return tl::unexpected(Message{"cli.app.similar %@", {joined(similar)}});

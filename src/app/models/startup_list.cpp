@@ -101,7 +101,8 @@ QVariant StartupList::sectionData(int number, int role) const {
     const auto& found = model_.result.get();
     const bool isUnsure = sections[static_cast<std::size_t>(number)] == StartupSection::unattributed
                           && (!found.unreadable.empty() || found.leftOut > 0);
-    if (role == CardRow::second) return words(texts_, key + (isUnsure ? ".unsure" : ".hint"));
+    if (role == CardRow::second)
+        return words(texts_, isUnsure ? "startup.section.unattributed.unsure" : key + ".hint");
     return {};
 }
 

@@ -14,6 +14,7 @@
 #include "app/shell/system_chooser.h"
 #include "app/style/metrics.h"
 #include "app/widgets/return_key.h"
+#include "app/widgets/text_sheet.h"
 #include "app/widgets/words.h"
 #include "base/message.h"
 #include "base/path.h"
@@ -201,6 +202,8 @@ void MainWindow::refuse(const QString& why) {
     if (welcome_) {
         welcome_->setBusy(false);
         welcome_->say(why);
+    } else if (gone_ && !why.isEmpty()) { // above the screen it would lie under that notice
+        openTextSheet(this, text("window.gone.another"), {why}, text("permissions.doneButton"));
     } else if (view_ && !why.isEmpty()) {
         view_->say(why);
     }

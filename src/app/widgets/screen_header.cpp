@@ -85,7 +85,8 @@ int ScreenHeader::wishedWidth() const {
     int icons = 0;
     for (int i = 0; i + 1 < leading_->count(); ++i)
         if (const auto* icon = leading_->itemAt(i)->widget(); !icon->isHidden())
-            icons += icon->sizeHint().width() + leading_->spacing();
+            icons +=
+                qMax(icon->sizeHint().width(), icon->minimumWidth()) + leading_->spacing(); // some are fixed
     return icons + qMin(words, scaled(longestWords)) + layout_->spacing();
 }
 

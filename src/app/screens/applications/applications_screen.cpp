@@ -1,11 +1,13 @@
 #include "app/screens/applications/applications_screen.h"
 
+#include "app/models/undo_words.h"
 #include "app/screens/applications/app_details_sheet.h"
 #include "app/screens/applications/card_view.h"
 #include "app/screens/applications/tags_sheet.h"
 #include "app/style/metrics.h"
 #include "app/style/palette.h"
 #include "app/widgets/empty_state.h"
+#include "app/widgets/notice.h"
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/screen_header.h"
@@ -33,6 +35,12 @@
 
 namespace tidwen {
 
+namespace {
+
+constexpr qsizetype mostNamedFolders = 4;
+
+} // namespace
+
 ApplicationsScreen::ApplicationsScreen(Models models, Look look,
                                        std::function<void(const InstalledApp&)> showPermissions)
     : models_(models),
@@ -41,6 +49,9 @@ ApplicationsScreen::ApplicationsScreen(Models models, Look look,
       list_(models.grid, models.texts, models.clock) {
     auto* layout = parts::column(this);
     layout->addWidget(makeHeader());
+    notices_ = parts::column(nullptr, scaled(6));
+    notices_->setContentsMargins(scaled(24), 0, scaled(24), 0);
+    layout->addLayout(notices_);
     cards_ = new CardView(models_.icons);
     cards_->setObjectName(QStringLiteral("applications"));
     cards_->setAccessibleName(text("window.applications"));
@@ -315,9 +326,29 @@ void ApplicationsScreen::update() {
     if (inventory.leftOut > 0)
         line += QStringLiteral(" · ") + text("cli.leftOut %lld", {std::to_string(inventory.leftOut)});
     header_->setLine(line);
+    showUnread();
     showEmpty();
     parts::turnTo(*content_, *this,
                   models_.grid.rows.rows().empty() ? static_cast<QWidget*>(empty_) : cards_);
+}
+
+/// Which folders could not be read, over the applications of the others.
+void ApplicationsScreen::showUnread() {
+    const auto& unread = models_.grid.inventory.get().unreadable;
+    const bool isElsewhere = models_.grid.rows.rows().empty(); // said in the place of the cards
+    auto wanted = isElsewhere ? std::vector<Path>() : unread;
+    if (wanted == shownUnread_) return;
+    shownUnread_ = std::move(wanted);
+    parts::clear(*notices_);
+    if (shownUnread_.empty()) return;
+    QStringList names;
+    for (const auto& folder : shownUnread_)
+        names << shown(folder.string());
+    notices_->addWidget(
+        makeNotice(NoticeTone::caution,
+                   {text("review.incomplete.title"), firstLines(names, mostNamedFolders, models_.texts),
+                    text("leftovers.again")},
+                   [this] { models_.grid.load(); }));
 }
 
 /// Grouped by tag, one may stand there several times.
@@ -335,7 +366,10 @@ void ApplicationsScreen::showEmpty() {
     const bool isLooking = phase == HomeGridModel::Phase::listing || phase == HomeGridModel::Phase::idle;
     const bool isFiltered = inventory.count > 0;
     empty_->setIcon(isFiltered ? QStringLiteral("search") : QStringLiteral("applications"));
-    empty_->offer(isFiltered ? text("orphans.filter.empty.clear") : QString(), [this] { clearFilters(); });
+    if (isFiltered)
+        empty_->offer(text("orphans.filter.empty.clear"), [this] { clearFilters(); });
+    else
+        empty_->offer(isLooking ? QString() : text("leftovers.again"), [this] { models_.grid.load(); });
     const auto query = shown(models_.grid.options().query).toStdString();
     if (isFiltered)
         empty_->say(text("orphans.filter.empty.title"), query.empty()

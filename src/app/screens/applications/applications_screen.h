@@ -18,6 +18,7 @@
 #include <string>
 #include <vector>
 
+class QBoxLayout;
 class QLabel;
 class QLineEdit;
 class QMenu;
@@ -75,6 +76,7 @@ class ApplicationsScreen final : public QWidget {
     void update();
     void showEmpty();
     void clearFilters();
+    void showUnread();
     std::size_t countShown() const;
     void updateFooter();
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
@@ -87,6 +89,8 @@ class ApplicationsScreen final : public QWidget {
     QLineEdit* search_ = nullptr;
     CardView* cards_ = nullptr;
     EmptyState* empty_ = nullptr;
+    QBoxLayout* notices_ = nullptr;
+    std::vector<Path> shownUnread_; ///< in a notice
     QStackedLayout* content_ = nullptr;
     QLabel* count_ = nullptr;
     QLabel* sizes_ = nullptr;

@@ -97,6 +97,7 @@ HistoryScreen::HistoryScreen(HistoryModel& history, AppIcons& icons, const Texts
     connect(runs_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] {
         const auto* entry = current();
         if (entry && isVisible()) currentRoot_ = entry->root;
+        if (!entry || entry->root != partlyUndone_) partlyUndone_ = Path();
         showItems();
     });
     connect(&list_, &QAbstractItemModel::modelReset, this, [this] { update(); });
@@ -198,6 +199,7 @@ void HistoryScreen::undo() {
     if (!entry) return;
     const auto chosen = itemList_.choice(items_->selectionModel()->selectedIndexes());
     items_->clearSelection(); // what is put back can not be put back again
+    partlyUndone_ = chosen.empty() ? Path() : entry->root;
     undo(entry->root, chosen);
 }
 
@@ -272,8 +274,10 @@ void HistoryScreen::showEmpty() {
     }
     // After an interruption, too: that nothing was removed is only said once all was looked at.
     if (history_.isLoading.get()) return empty_->say(text("history.loading"), {});
-    if (history_.entries.get().empty())
+    if (history_.entries.get().empty()) {
+        empty_->offer(text("leftovers.again"), [this] { history_.load(); });
         return empty_->say(text("history.empty.title"), text("history.empty.message"));
+    }
     empty_->setIcon(QStringLiteral("search"));
     empty_->say(text("orphans.filter.empty.title"),
                 text("orphans.filter.empty.body %@", {shown(search_->text().toStdString()).toStdString()}));
@@ -385,7 +389,13 @@ void HistoryScreen::hideEvent(QHideEvent* event) {
 void HistoryScreen::keyPressEvent(QKeyEvent* event) {
     if (leaveDown(*search_, *runs_, *event)) return;
     if (search_->isVisible() && typeInto(*search_, *event)) return;
-    if (event->matches(QKeySequence::Undo)) return undo_->click(); // nothing while it is disabled
+    if (event->matches(QKeySequence::Undo)) {
+        const auto* entry = current();
+        const bool wasOfItems =
+            entry && entry->root == partlyUndone_ && !items_->selectionModel()->hasSelection();
+        if (!wasOfItems) undo_->click(); // nothing while it is disabled
+        return;                          // the same key again does not put back all the rest
+    }
     QWidget::keyPressEvent(event);
 }
 

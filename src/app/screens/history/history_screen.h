@@ -91,7 +91,8 @@ class HistoryScreen final : public QWidget {
     QLabel* state_ = nullptr; ///< of the current run, where something is the matter with it
     QTimer again_;
     QString totals_;
-    Path currentRoot_; ///< the run chosen here, which stays the current one when the list is read again
+    Path partlyUndone_; ///< the run of which single items were put back last
+    Path currentRoot_;  ///< the run chosen here, which stays the current one when the list is read again
     std::vector<Subscription> following_;
 };
 
