@@ -6,6 +6,7 @@
 #include "app/widgets/wrapping_row.h"
 
 #include <QBoxLayout>
+#include <QEvent>
 #include <QLabel>
 
 namespace tidwen {

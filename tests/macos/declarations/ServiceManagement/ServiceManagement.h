@@ -4,7 +4,8 @@
 #include <Foundation/Foundation.h>
 
 typedef NSInteger SMAppServiceStatus;
-constexpr SMAppServiceStatus SMAppServiceStatusEnabled = 1, SMAppServiceStatusRequiresApproval = 2;
+constexpr SMAppServiceStatus SMAppServiceStatusNotRegistered = 0, SMAppServiceStatusEnabled = 1,
+                             SMAppServiceStatusRequiresApproval = 2, SMAppServiceStatusNotFound = 3;
 
 @interface SMAppService : NSObject
 @property(class, readonly) SMAppService* _Nonnull mainAppService;
