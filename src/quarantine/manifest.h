@@ -89,8 +89,9 @@ std::vector<ManifestEntry> manifestEntries(const std::vector<RemovalOperation>& 
 std::string encode(const Manifest& manifest);
 std::string encode(const RemovalJournal& journal);
 /// Malformed: a missing key, a wrong type, a path that is not absolute or contains ".." or a NUL, a
-/// destination outside `quarantineRoot`, limits exceeded. The older format (one application, no "apps") is
-/// also read.
+/// destination outside `quarantineRoot`, limits exceeded. In a manifest a source need only be without a NUL:
+/// an undo refuses one that names no place, and puts the other items back. The older format (one application,
+/// no "apps") is also read.
 tl::expected<Manifest, DocumentError> decodeManifest(std::string_view json);
 tl::expected<RemovalJournal, DocumentError> decodeJournal(std::string_view json);
 
