@@ -78,7 +78,7 @@ std::optional<Path> ApplicationFinder::linkCalled(const std::string& wanted) con
 
 /// A ".." goes up from where a link before it leads, as it does for every other program.
 Path ApplicationFinder::placeCalled(const std::string& path) const {
-    const Path named(path);
+    Path named(path);
     if (!named.hasTraversal()) return named.standardized();
     const auto parts = named.components();
     const auto last = std::ranges::find(parts.rbegin(), parts.rend(), "..").base();
