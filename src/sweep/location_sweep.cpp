@@ -50,6 +50,20 @@ bool isHalfReceipt(const Path& file, const FileSystem& files) {
            && !mayBeThere(files, file.parent() / (file.stem() + (extension == "bom" ? ".plist" : ".bom")));
 }
 
+/// The application, unless it is of the same family as a find with the identifier, whose update or updater it
+/// is, or one of the helpers that many applications carry. One that does not say who it is may be anybody's.
+std::optional<Claimant> anotherIn(const FileSystem& files, const Path& application,
+                                  std::string_view identifier) {
+    const auto bundle = Bundle::open(files, application);
+    if (!bundle) return Claimant{.bundleID = {}, .name = application.stem(), .place = application};
+    const auto declared = bundle->identifier().value_or("");
+    const auto inner = lowercased(declared);
+    const bool isSameFamily =
+        continuesIdentifier(inner, identifier) || continuesIdentifier(identifier, inner);
+    if (!inner.empty() && (isSameFamily || isCommonIdentifier(inner))) return std::nullopt;
+    return Claimant{.bundleID = declared, .name = bundle->name(), .place = application};
+}
+
 } // namespace
 
 void measureTraces(const FileSystem& files, std::vector<Trace>& traces, const StopToken& stop) {
@@ -157,25 +171,25 @@ void LocationSweep::take(std::vector<OrphanCandidate> candidates, const OrphanSc
         finds_.find(trace.reason.value)->second.traces.push_back(std::move(trace));
 }
 
-/// Moving a folder takes along the applications in it, whoever's they are.
+/// Moving a folder takes along the applications in it, whoever's they are. All of them live, so what they own
+/// elsewhere is no leftover.
 void LocationSweep::contestWhatHoldsOthers(std::vector<Trace>& traces) {
     std::mutex adding;
     parallelFor(traces.size(), [&](std::size_t i) {
         auto& trace = traces[i];
-        const auto isAnothers = [&](const Path& application) {
-            const auto bundle = Bundle::open(ports_.files, application);
-            const auto identifier = bundle ? lowercased(bundle->identifier().value_or("")) : std::string();
-            if (identifier.empty() || isCommonIdentifier(identifier)
-                || continuesIdentifier(identifier, trace.reason.value))
-                return false;
-            trace.contestedBy = Claimant{identifier, bundle->name(), application};
-            const std::lock_guard lock(adding);
-            within_.push_back(identifier);
-            return true;
+        const auto addOthers = [&](const Path& application) {
+            auto holder = anotherIn(ports_.files, application, trace.reason.value);
+            if (!holder) return false;
+            if (!holder->bundleID.empty()) {
+                const std::lock_guard lock(adding);
+                within_.push_back(holder->bundleID);
+            }
+            if (!trace.contestedBy) trace.contestedBy = std::move(*holder);
+            return false;
         };
         std::size_t foldersLeft = mostFoldersOfAFind;
         const auto searched =
-            visitApplicationsWithin(ports_.files, *movedPath(trace.action), foldersLeft, isAnothers, stop_);
+            visitApplicationsWithin(ports_.files, *movedPath(trace.action), foldersLeft, addOthers, stop_);
         if (searched == Searched::partly) trace.mayHoldOthers = true;
     });
 }

@@ -31,6 +31,11 @@ bool leadsNowhere(const FileSystem& files, const Path& item) {
     return info && info->kind == FileKind::symbolicLink && !files.infoFollowingLinks(item);
 }
 
+bool isJob(const Path& item) {
+    const auto folder = item.parent().lastComponent();
+    return item.lowercasedExtension() == "plist" && (folder == "LaunchAgents" || folder == "LaunchDaemons");
+}
+
 /// Drops gaps inside a folder that is a gap itself.
 void dropWhatLiesInOthers(std::vector<SweepGap>& gaps) {
     std::set<std::pair<Path, bool>> unreadable;
@@ -57,6 +62,8 @@ std::string_view name(SweepGap::Reason reason) {
         return "damaged";
     case SweepGap::Reason::away:
         return "away";
+    case SweepGap::Reason::unreadableJob:
+        return "unreadableJob";
     }
     return "unreadable";
 }
@@ -74,6 +81,8 @@ Message SweepGap::describe() const {
             return isOfOthers ? "orphans.gap.damaged.shared %@" : "orphans.gap.damaged %@";
         case Reason::away:
             return isOfOthers ? "orphans.gap.away.shared %@" : "orphans.gap.away %@";
+        case Reason::unreadableJob:
+            return isOfOthers ? "orphans.gap.unreadableJob.shared %@" : "orphans.gap.unreadableJob %@";
         }
         return "orphans.gap.unreadable %@";
     };
@@ -109,8 +118,9 @@ std::vector<SweepGap> findSweepGaps(const FileSystem& files, const UserEnvironme
 }
 
 SweepGap gapAt(const FileSystem& files, const UserEnvironment& user, const Path& unreadable) {
-    const auto reason =
-        leadsNowhere(files, unreadable) ? SweepGap::Reason::away : SweepGap::Reason::unreadable;
+    const auto reason = leadsNowhere(files, unreadable) ? SweepGap::Reason::away
+                        : isJob(unreadable)             ? SweepGap::Reason::unreadableJob
+                                                        : SweepGap::Reason::unreadable;
     return {unreadable, reason, isOfOthers(unreadable, user)};
 }
 

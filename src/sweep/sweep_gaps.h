@@ -14,11 +14,12 @@ namespace tidwen {
 /// A place whose owners could not all be seen, so that what they may own is not claimed.
 struct SweepGap {
     enum class Reason {
-        absent,     ///< a missing folder: /Applications of an incomplete disk
-        unreadable, ///< a folder, or a part of a bundle or job, that cannot be read
-        uncounted,  ///< more entries than are counted
-        damaged,    ///< a bundle whose Info.plist cannot be read
-        away,       ///< a broken link, perhaps to a disk that is not attached
+        absent,        ///< a missing folder: /Applications of an incomplete disk
+        unreadable,    ///< a folder, or a part of a bundle, that cannot be read
+        uncounted,     ///< more entries than are counted
+        damaged,       ///< a bundle whose Info.plist cannot be read
+        away,          ///< a broken link, perhaps to a disk that is not attached
+        unreadableJob, ///< a launchd job whose property list cannot be read
     };
     Path place;
     Reason reason = Reason::unreadable;
@@ -36,7 +37,7 @@ std::string_view name(SweepGap::Reason reason);
 std::vector<SweepGap> findSweepGaps(const FileSystem& files, const UserEnvironment& user,
                                     const BundleSnapshot& bundles, const std::vector<Path>& unreadableJobs);
 
-/// The gap caused by an unreadable folder or file.
+/// The gap caused by an unreadable folder, job or other file.
 SweepGap gapAt(const FileSystem& files, const UserEnvironment& user, const Path& unreadable);
 
 /// Whether the item can be judged to have no owner in spite of the gaps.

@@ -75,7 +75,7 @@ bool hasLostProgram(const StartupItem& item);
 
 struct StartupScanResult {
     std::vector<StartupItem> items; ///< orphans first, then by label in display order
-    std::vector<Path> unreadable;   ///< folders of jobs or applications that exist but could not be listed
+    std::vector<Path> unreadable;   ///< folders of jobs or applications, and jobs, that could not be read
     std::uint64_t leftOut = 0;      ///< jobs and folders not read completely because the budget was exhausted
     friend bool operator==(const StartupScanResult&, const StartupScanResult&) = default;
 };

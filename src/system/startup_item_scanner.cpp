@@ -242,10 +242,11 @@ class StartupItemScanner::Run {
 
     void addFolder(const Directory& directory) {
         if (!files_.exists(directory.url)) return;
-        const auto jobs = listLaunchItems(files_, directory.url, directory.isSystemDomain);
-        const auto entries = files_.list(directory.url);
-        if (!entries && entries.error().fault != FileFault::exhausted)
-            result_.unreadable.push_back(directory.url);
+        std::vector<Path> unreadable;
+        const auto jobs = listLaunchItems(files_, directory.url, directory.isSystemDomain, {}, &unreadable);
+        // What the budget leaves out is counted, not named.
+        if (!files_.budget().isExhausted())
+            std::ranges::move(unreadable, std::back_inserter(result_.unreadable));
         for (const auto& job : jobs) {
             StartupItem::Plist plist{job.plist};
             if (const auto info = files_.info(job.plist))

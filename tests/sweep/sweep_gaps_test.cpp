@@ -112,7 +112,7 @@ TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
              volume.write(home + "LaunchAgents/closed.plist", job("com.closed.job", "/bin/sh"));
              forbid(home + "LaunchAgents/closed.plist");
          },
-         {Path(home + "LaunchAgents/closed.plist"), Reason::unreadable, false},
+         {Path(home + "LaunchAgents/closed.plist"), Reason::unreadableJob, false},
          {}},
         {"a package's list",
          [&] {
@@ -130,7 +130,7 @@ TEST_F(OrphanScan, ClaimsNothingThatAnUnseenApplicationMayOwn) {
          {}},
         {"a damaged job",
          [&] { volume.write(home + "LaunchAgents/damaged.plist", "?"); },
-         {Path(home + "LaunchAgents/damaged.plist"), Reason::unreadable, false},
+         {Path(home + "LaunchAgents/damaged.plist"), Reason::unreadableJob, false},
          {}},
         {"no applications",
          [&] {

@@ -262,6 +262,7 @@ TEST_F(StartupItems, FindsEveryJobOfALabelAndSaysWhereItCouldNotLook) {
     writeJob(own, {{"Label", "net.twice"}});
     writeJob(all, {{"Label", "net.twice"}});
     writeJob("/Library/LaunchAgents/c.plist", {{"Label", "org.maker.job"}});
+    volume.write("/Library/LaunchAgents/damaged.plist", "?");
     volume.makeFolder("/Applications/Maker");
     test::giveToUnprivileged(volume.hostRoot());
     test::asUnprivileged([&] {
@@ -278,7 +279,9 @@ TEST_F(StartupItems, FindsEveryJobOfALabelAndSaysWhereItCouldNotLook) {
         EXPECT_THAT(idsNamed(all), ElementsAre(all));
         EXPECT_THAT(idsNamed("net.none"), IsEmpty());
         EXPECT_EQ(item("org.maker.job").owner.kind, OwnerKind::unknown) << "its owner may be there";
-        EXPECT_THAT(model.result.get().unreadable, ElementsAre(Path("/Applications/Maker")));
+        EXPECT_THAT(model.result.get().unreadable,
+                    testing::UnorderedElementsAre(Path("/Applications/Maker"),
+                                                  Path("/Library/LaunchAgents/damaged.plist")));
     });
 }
 
