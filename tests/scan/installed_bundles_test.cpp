@@ -123,6 +123,10 @@ TEST_F(InstalledBundlesTest, TellsABundleByItsInfoAndNotByItsName) {
         for (std::size_t i = 0; i < snapshot->bundles().size(); ++i)
             EXPECT_EQ(snapshot->contents(i).isComplete, snapshot->bundles()[i].isReadable) << file;
     }
+    // Data of an application whose identifier ends like that of a plug-in, which claims nothing of it.
+    volume.write("/Users/alice/Library/Application Support/com.example.plugin/data", "x");
+    for (const auto& bundle : look()->bundles())
+        EXPECT_THAT(bundle.names, testing::Not(testing::Contains("com.example"))) << bundle.url.string();
 }
 
 /// A scan that saw fewer places than the sweep would take what the sweep leaves alone.

@@ -11,6 +11,7 @@
 #include "scan/applications/bundle_memory.h"
 #include "scan/applications/bundle_places.h"
 #include "scan/applications/bundle_search.h"
+#include "scan/applications/identifier_form.h"
 #include "scan/applications/read_trail.h"
 
 #include <algorithm>
@@ -68,9 +69,15 @@ OwningBundle makeBundle(const BundleIdentity& identity, const Path& place, const
     bundle.isReadable = identity.isReadable;
     bundle.name = identity.name.value_or(bundle.url.stem());
     bundle.foundAs = foundAs;
+    // A folder with data may be called like a bundle ("com.example.notes.plugin"): that is its owner's
+    // identifier, not its own name.
+    const bool isData = !bundle.isApplication && !identity.isReadable && !identity.isDamaged;
+    const auto addStem = [&](const Path& path) {
+        if (const auto stem = path.stem(); !isData || !hasIdentifierForm(stem)) addName(bundle.names, stem);
+    };
     for (const auto& name : foundAs)
-        addName(bundle.names, name.stem());
-    addName(bundle.names, place.stem());
+        addStem(name);
+    addStem(place);
     for (const auto& name : identity.names)
         addName(bundle.names, name);
     return bundle;
