@@ -14,12 +14,12 @@ namespace tidwen {
 
 namespace {
 
-constexpr int pictureSize = 36;
+constexpr int emptyPictureSize = 36;
 
 } // namespace
 
 EmptyState::EmptyState(const QString& icon)
-    : picture_(parts::picture(icon, Role::second, pictureSize)),
+    : picture_(parts::picture(icon, Role::second, emptyPictureSize)),
       title_(parts::paragraph({}, Type::sheet)),
       sentence_(parts::paragraph({}, Type::body, Role::second)),
       action_(parts::primaryButton({}, [this] {
@@ -42,7 +42,8 @@ EmptyState::EmptyState(const QString& icon)
 }
 
 void EmptyState::setIcon(const QString& icon) {
-    picture_->setPixmap(iconPixmap(icon, scaled(pictureSize), colors()[Role::second], devicePixelRatioF()));
+    picture_->setPixmap(
+        iconPixmap(icon, scaled(emptyPictureSize), colors()[Role::second], devicePixelRatioF()));
 }
 
 void EmptyState::say(const QString& title, const QString& sentence) {

@@ -15,10 +15,10 @@ namespace tidwen {
 
 namespace {
 
-using Kind = FindRow::Kind;
+using FindKind = FindRow::Kind;
 
-Kind kindOf(const QModelIndex& index) {
-    return static_cast<Kind>(index.data(FindRow::kind).toInt());
+FindKind kindOf(const QModelIndex& index) {
+    return static_cast<FindKind>(index.data(FindRow::kind).toInt());
 }
 
 TraceRisk riskOf(const QModelIndex& index, int role = FindRow::risk) {
@@ -34,14 +34,14 @@ class FindPainter : public RowPainter {
 
     void paint() {
         switch (kindOf(index_)) {
-        case Kind::application:
-        case Kind::tier:
-        case Kind::byHand:
+        case FindKind::application:
+        case FindKind::tier:
+        case FindKind::byHand:
             return paintTier();
-        case Kind::group:
+        case FindKind::group:
             return text(at(scaled(34), 0, width() - scaled(34), height()), Type::second, Role::second,
                         words(Qt::DisplayRole));
-        case Kind::item:
+        case FindKind::item:
             return paintItem();
         }
     }
@@ -55,7 +55,7 @@ class FindPainter : public RowPainter {
                   colors()[Role::text]);
         box(places_.box);
         int x = scaled(64);
-        if (kindOf(index_) == Kind::tier) {
+        if (kindOf(index_) == FindKind::tier) {
             const int dot = scaled(10);
             fillRounded(painter_, middle(x, dot), colors()[roles(riskOf(index_)).mark], dot / 2.0);
             x += scaled(20);
@@ -117,16 +117,16 @@ RowDelegate::Places FindDelegate::placesIn(const QRect& row, const QModelIndex& 
                                   QRect(row.left() + x, row.top() + (row.height() - size) / 2, size, size));
     };
     const auto kind = kindOf(index);
-    if (kind == Kind::group) return {};
-    if (kind == Kind::item) return {.box = at(scaled(33))};
+    if (kind == FindKind::group) return {};
+    if (kind == FindKind::item) return {.box = at(scaled(33))};
     return {.arrow = at(scaled(10)), .box = at(scaled(37))};
 }
 
 QSize FindDelegate::sizeHint(const QStyleOptionViewItem& /*option*/, const QModelIndex& index) const {
     switch (kindOf(index)) {
-    case Kind::group:
+    case FindKind::group:
         return {scaled(100), scaled(26)};
-    case Kind::item:
+    case FindKind::item:
         return {scaled(100), scaled(44)};
     default:
         return {scaled(100), scaled(40)};
