@@ -123,9 +123,8 @@ Findings::Place RemovalChoice::takenWith(Findings::Place place) const {
 
 std::vector<Remainder> RemovalChoice::remainders() const {
     std::vector<Remainder> left;
-    left.reserve(staying_.size());
     std::set<std::pair<std::size_t, std::string_view>> listed;
-    for (const auto& each : staying_) {
+    for (const auto& each : staying()) {
         left.push_back({.target = each.group->target, .traces = {}});
         left.back().traces.reserve(each.items.size());
         for (const auto& item : each.items) {
@@ -250,18 +249,19 @@ void RemovalChoice::leaveOut(const FoundGroup& group) {
 }
 
 void RemovalChoice::update() {
-    auto goes = selectedOfThoseThatGo();
-    leaveToThoseThatStay(goes);
-    takeEachItemOnce(goes);
-    sort(goes);
+    goes_ = selectedOfThoseThatGo();
+    leaveToThoseThatStay();
+    takeEachItemOnce();
+    gather();
     describe();
 }
 
 RemovalChoice::Flags RemovalChoice::selectedOfThoseThatGo() const {
     Flags goes = selected_;
-    forEachTrace(*findings_, [&](std::size_t number, const Trace&, std::size_t group) {
-        if (leftOut_[group]) goes[number] = false;
-    });
+    for (std::size_t group = 0; group < leftOut_.size(); ++group)
+        if (leftOut_[group])
+            std::fill_n(goes.begin() + static_cast<std::ptrdiff_t>(findings_->firstNumber(group)),
+                        findings_->groups()[group].traces.size(), false);
     return goes;
 }
 
@@ -283,8 +283,8 @@ bool RemovalChoice::staysWhole(std::size_t group) const {
 /// keeps items to which it has an equally strong claim, also against other entries of the run. Items the user
 /// named are removed whoever claims them, as in the removal of one application, except against an application
 /// that is left out later.
-void RemovalChoice::leaveToThoseThatStay(Flags& goes) {
-    keptFor_.assign(goes.size(), nullptr);
+void RemovalChoice::leaveToThoseThatStay() {
+    keptFor_.assign(goes_.size(), nullptr);
     std::vector<const AppTarget*> keeps(findings_->placeCount());
     Flags keepsNamed(findings_->placeCount());
     const auto& scanned = findings_->scanned();
@@ -292,7 +292,7 @@ void RemovalChoice::leaveToThoseThatStay(Flags& goes) {
     for (std::size_t group = 0; group < scanned.size(); ++group) {
         if (!staysWhole(group)) continue;
         for (const auto number : claims_->of(group)) {
-            if (!goes[number] || (named_[number] && !leftOut_[group])) continue;
+            if (!goes_[number] || (named_[number] && !leftOut_[group])) continue;
             keptFor_[number] = &scanned[group].target;
             isAnyKept = true;
             if (const auto place = findings_->place(number); place != Findings::noPlace) {
@@ -302,22 +302,22 @@ void RemovalChoice::leaveToThoseThatStay(Flags& goes) {
         }
     }
     if (!isAnyKept) return;
-    for (std::size_t number = 0; number < goes.size(); ++number) {
+    for (std::size_t number = 0; number < goes_.size(); ++number) {
         const auto place = findings_->place(number);
-        if (goes[number] && !keptFor_[number] && place != Findings::noPlace
+        if (goes_[number] && !keptFor_[number] && place != Findings::noPlace
             && (!named_[number] || keepsNamed[place]))
             keptFor_[number] = keeps[place];
-        if (keptFor_[number]) goes[number] = false;
+        if (keptFor_[number]) goes_[number] = false;
     }
 }
 
 /// Drops items inside a folder that is also removed, and all but one of those that several groups found: a
 /// second move would fail, and undo would find the place of the first occupied. The item goes with the group
 /// whose claim is strongest, whichever the user named first, so that undoing that group brings it back.
-void RemovalChoice::takeEachItemOnce(Flags& goes) {
+void RemovalChoice::takeEachItemOnce() {
     goingPlaces_.assign(findings_->placeCount(), false);
-    for (std::size_t number = 0; number < goes.size(); ++number)
-        if (const auto place = findings_->place(number); goes[number] && place != Findings::noPlace)
+    for (std::size_t number = 0; number < goes_.size(); ++number)
+        if (const auto place = findings_->place(number); goes_[number] && place != Findings::noPlace)
             goingPlaces_[place] = true;
     struct Taker {
         const Trace* trace = nullptr;
@@ -326,14 +326,14 @@ void RemovalChoice::takeEachItemOnce(Flags& goes) {
     std::vector<Taker> takers(findings_->placeCount());
     forEachTrace(*findings_, [&](std::size_t number, const Trace& trace, std::size_t) {
         const auto place = findings_->place(number);
-        if (!goes[number] || place == Findings::noPlace) return;
+        if (!goes_[number] || place == Findings::noPlace) return;
         auto& taker = takers[place];
         const bool isBetter = !taker.trace || strength(taker.trace->reason) < strength(trace.reason);
         if (goesAlong(number) || !isBetter) {
-            goes[number] = false;
+            goes_[number] = false;
             return;
         }
-        if (taker.trace) goes[taker.number] = false;
+        if (taker.trace) goes_[taker.number] = false;
         taker = {&trace, number};
     });
 }
@@ -347,32 +347,41 @@ bool RemovalChoice::goesAlong(std::size_t trace) const {
     return false;
 }
 
-void RemovalChoice::sort(const Flags& goes) {
+void RemovalChoice::gather() {
     going_.clear();
-    staying_.clear();
     for (std::size_t i = 0; i < findings_->groups().size(); ++i) {
         const auto& group = findings_->groups()[i];
         GoingGroup going{.group = &group};
-        StayingGroup left{.group = &group};
-        const auto first = findings_->firstNumber(i);
-        bool isGoing = false;
         for (std::size_t k = 0; k < group.traces.size(); ++k)
-            if (goes[first + k]) {
-                going.traces.push_back(&group.traces[k]);
-                isGoing = isGoing || isApplication(group.traces[k]);
-            }
-        for (std::size_t k = 0; k < group.traces.size(); ++k) {
-            const auto& trace = group.traces[k];
-            const auto place = findings_->place(first + k);
-            const bool isTaken = goes[first + k] || (place != Findings::noPlace && goingPlaces_[place])
-                                 || goesAlong(first + k);
-            const bool isIdle = std::holds_alternative<action::Guidance>(trace.action) && !isGoing;
-            if (!isTaken && !staysInMode(trace, mode_) && !isIdle)
-                left.items.push_back(staying(trace, first + k));
-        }
+            if (goes_[findings_->firstNumber(i) + k]) going.traces.push_back(&group.traces[k]);
         if (!going.traces.empty()) going_.push_back(std::move(going));
-        if (!left.items.empty()) staying_.push_back(std::move(left));
     }
+}
+
+std::vector<StayingGroup> RemovalChoice::staying() const {
+    std::vector<StayingGroup> staying;
+    for (std::size_t group = 0; group < findings_->groups().size(); ++group)
+        if (auto left = stayingOf(group); !left.items.empty()) staying.push_back(std::move(left));
+    return staying;
+}
+
+StayingGroup RemovalChoice::stayingOf(std::size_t group) const {
+    const auto& found = findings_->groups()[group];
+    const auto first = findings_->firstNumber(group);
+    StayingGroup left{.group = &found};
+    bool isGoing = false;
+    for (std::size_t k = 0; k < found.traces.size(); ++k)
+        isGoing = isGoing || (goes_[first + k] && isApplication(found.traces[k]));
+    for (std::size_t k = 0; k < found.traces.size(); ++k) {
+        const auto& trace = found.traces[k];
+        const auto place = findings_->place(first + k);
+        const bool isTaken =
+            goes_[first + k] || (place != Findings::noPlace && goingPlaces_[place]) || goesAlong(first + k);
+        const bool isIdle = std::holds_alternative<action::Guidance>(trace.action) && !isGoing;
+        if (!isTaken && !staysInMode(trace, mode_) && !isIdle)
+            left.items.push_back(staying(trace, first + k));
+    }
+    return left;
 }
 
 StayingGroup::Item RemovalChoice::staying(const Trace& trace, std::size_t number) const {

@@ -58,8 +58,9 @@ class RemovalChoice {
     /// `going` in the form a plan needs. Copies every trace.
     std::vector<RemovalTarget> targets() const;
     /// What stays, except what the mode keeps and what is moved with a folder. Includes what only the user
-    /// can remove if the application is removed.
-    const std::vector<StayingGroup>& staying() const { return staying_; }
+    /// can remove if the application is removed. Gathered on each call, for with many finds it takes longer
+    /// than a change of the selection may.
+    std::vector<StayingGroup> staying() const;
     /// `staying` for a report, which outlives the findings. An item that several of them found is listed
     /// once. Copies every trace.
     std::vector<Remainder> remainders() const;
@@ -92,13 +93,14 @@ class RemovalChoice {
     void update();
     Flags withWholeReceipts(const std::vector<Uuid>& ids) const;
     Flags selectedOfThoseThatGo() const;
-    void leaveToThoseThatStay(Flags& goes);
+    void leaveToThoseThatStay();
     bool staysWhole(std::size_t group) const;
-    void takeEachItemOnce(Flags& goes);
+    void takeEachItemOnce();
     bool goesAlong(std::size_t trace) const;
     void noteSharedItems(std::vector<RemovalTarget>& targets) const;
     Findings::Place takenWith(Findings::Place place) const;
-    void sort(const Flags& goes);
+    void gather();
+    StayingGroup stayingOf(std::size_t group) const;
     StayingGroup::Item staying(const Trace& trace, std::size_t number) const;
     void describe();
 
@@ -114,9 +116,9 @@ class RemovalChoice {
 
     std::vector<const AppTarget*>
         keptFor_; ///< by trace: the remaining application that claims a selected item
+    Flags goes_;  ///< what is removed, by trace
     Flags goingPlaces_;
     std::vector<GoingGroup> going_;
-    std::vector<StayingGroup> staying_;
     RemovalSummary summary_;
     RemovalSubject subject_;
     std::optional<RemovalRefusal> refusal_;
