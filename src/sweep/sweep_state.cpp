@@ -123,8 +123,8 @@ SweepState::Shown SweepState::shownOf(const LeftoverTree& tree) {
     const auto most = static_cast<std::size_t>(tree.totalCount) + headings;
     shown.rows.reserve(most);
     shown.numbers.reserve(most);
-    const auto add = [&](SweepRow row, std::uint32_t number) {
-        shown.rows.push_back(std::move(row));
+    const auto add = [&](const SweepRow& row, std::uint32_t number) {
+        shown.rows.push_back(row);
         shown.numbers.push_back(number);
     };
     for (const auto& tier : tree.tiers) {

@@ -244,7 +244,7 @@ void StartupItemsModel::setEnabled(const StartupItem& item, bool on, std::functi
                 self.switching.set(without(self.switching.get(), id));
                 if (done) done();
             });
-        });
+        }); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the inner function frees its copy
 }
 
 std::vector<const StartupItem*> StartupItemsModel::itemsNamed(const std::string& labelOrID) const {

@@ -6,6 +6,7 @@
 #include <QString>
 #include <cstdint>
 #include <functional>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,6 +25,7 @@ QString words(const Texts& texts, std::string_view key, const std::vector<std::s
 template<class Things, class Name>
 QString listed(const Things& things, Name name, const Texts& texts) {
     std::vector<std::string> names;
+    names.reserve(std::size(things));
     for (const auto& thing : things)
         names.push_back(shown(std::invoke(name, thing)).toStdString());
     return QString::fromStdString(formatList(names, texts.language()));
