@@ -77,12 +77,21 @@ class Recovery {
     /// Names the copies that stay in a run that has ended. Of any other one they may be completed yet.
     void tellCopies(const Path& root) {
         if (files_.exists(root / journalFileName)) return;
-        for (const auto& numbered : budgeted_.list(root).value_or(std::vector<DirectoryEntry>())) {
-            if (numbered.kind != FileKind::directory) continue;
-            const Path folder = root / numbered.name;
-            for (const auto& entry : budgeted_.list(folder).value_or(std::vector<DirectoryEntry>()))
-                if (entry.name.starts_with(growingCopyPrefix)) rests_.insert(folder / entry.name);
-        }
+        for (const auto& each : budgeted_.list(root).value_or(std::vector<DirectoryEntry>()))
+            if (each.kind == FileKind::directory) tellCopiesIn(root / each.name, true);
+    }
+
+    /// In the folder of a step, or of one of several applications, with the folders of its steps below it.
+    void tellCopiesIn(const Path& folder, bool mayBeOfApplication) {
+        const auto isStep = [](const DirectoryEntry& entry) {
+            return entry.kind == FileKind::directory
+                   && entry.name.find_first_not_of("0123456789") == std::string::npos;
+        };
+        for (const auto& entry : budgeted_.list(folder).value_or(std::vector<DirectoryEntry>()))
+            if (entry.name.starts_with(growingCopyPrefix))
+                rests_.insert(folder / entry.name);
+            else if (mayBeOfApplication && isStep(entry))
+                tellCopiesIn(folder / entry.name, false);
     }
 
     void recover(const RemovalJournal& journal) {

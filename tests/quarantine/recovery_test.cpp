@@ -273,14 +273,15 @@ TEST_F(Recovery, NamesItemsThatAreNowhere) {
 }
 
 TEST_F(Recovery, NamesACopyThatStaysEachTimeAndRemovesThatOfADatabase) {
-    const auto copy = root / "0001/.tidwen-copy-a";
+    const auto copy = root / "0001/.tidwen-copy-a", ofSeveral = root / "Kip/0002/.tidwen-copy-b";
     const std::string database = "/Library/Application Support/com.apple.TCC/.tidwen-new-TCC.db";
     ASSERT_TRUE(writeManifest({.createdAt = runDate, .quarantineRoot = root}, root / manifestFileName,
                               volume.files()));
     volume.write(copy.string(), "whole");
+    volume.write(ofSeveral.string(), "half");
     volume.write(database, "rows");
     for (int start = 0; start < 2; ++start)
-        EXPECT_EQ(recoverAll().strayCopies, std::vector{copy});
+        EXPECT_THAT(recoverAll().strayCopies, ElementsAre(copy, ofSeveral));
     EXPECT_FALSE(volume.exists(database));
 }
 

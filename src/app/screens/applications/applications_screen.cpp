@@ -353,8 +353,12 @@ void ApplicationsScreen::showUnread() {
 
 /// Grouped by tag, one may stand there several times.
 std::size_t ApplicationsScreen::countShown() const {
+    const auto& rows = models_.grid.rows.rows();
+    const auto isApplication = [](const HomeRow& row) { return row.app.has_value(); };
+    if (models_.grid.options().grouping != HomeGrouping::tag)
+        return static_cast<std::size_t>(std::ranges::count_if(rows, isApplication));
     std::unordered_set<std::string_view> bundles;
-    for (const auto& row : models_.grid.rows.rows())
+    for (const auto& row : rows)
         if (row.app) bundles.insert(row.app->url.string());
     return bundles.size();
 }
