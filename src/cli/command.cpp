@@ -1,10 +1,10 @@
 #include "cli/command.h"
 
 #include "base/message.h"
+#include "base/shell_word.h"
 #include "cli/console.h"
 #include "cli/help.h"
 #include "cli/suggestion.h"
-#include "operations/admin_batch.h"
 
 #include <algorithm>
 #include <optional>
@@ -17,8 +17,7 @@ namespace {
 std::string quotedIfNeeded(const std::string& word) {
     constexpr std::string_view plain =
         "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_./-+=:,@%";
-    return !word.empty() && word.find_first_not_of(plain) == std::string::npos ? word
-                                                                               : adminBatch::quoted(word);
+    return !word.empty() && word.find_first_not_of(plain) == std::string::npos ? word : shellWord(word);
 }
 
 std::optional<CommandSyntax> syntaxOf(const std::string& command) {

@@ -1,5 +1,6 @@
 #include "operations/admin_batch.h"
 
+#include "base/shell_word.h"
 #include "operations/removal_operation.h"
 #include "operations/tool_arguments.h"
 
@@ -44,7 +45,7 @@ struct LineWriter {
     std::string operator()(const operation::ResetPermissions& reset) const {
         return fmt::format(R"(/usr/bin/tccutil reset All {bundleID} >/dev/null 2>&1 && echo 'OP {n} OK')"
                            R"( || echo "OP {n} FAIL $?")",
-                           "n"_a = id, "bundleID"_a = quoted(reset.bundleID));
+                           "n"_a = id, "bundleID"_a = shellWord(reset.bundleID));
     }
 
     /// 3: no such process, 113: no such service. A job that is no longer loaded is the desired state.
@@ -54,7 +55,7 @@ struct LineWriter {
                            R"( then echo 'OP {n} OK'; else echo "OP {n} FAIL $c"; fi)",
                            "n"_a = id,
                            "domain"_a = toolArguments::launchdDomain(bootout.isSystemDomain, userID),
-                           "label"_a = quoted(bootout.label));
+                           "label"_a = shellWord(bootout.label));
     }
 
     /// 17: already loaded. A job that was disabled stays disabled, as before.
@@ -67,7 +68,7 @@ struct LineWriter {
                            R"( then echo 'OP {n} OK'; else echo "OP {n} FAIL $c"; fi)",
                            "n"_a = id,
                            "domain"_a = toolArguments::launchdDomain(bootstrap.isSystemDomain, userID),
-                           "plist"_a = quoted(bootstrap.plist.string()));
+                           "plist"_a = shellWord(bootstrap.plist.string()));
     }
 
     /// -e follows links, so -L detects a dangling one. mv alone would replace a file or move into a folder.
@@ -75,9 +76,9 @@ struct LineWriter {
         return fmt::format(R"(if /bin/mkdir -p {parent}; then if [ ! -e {to} ] && [ ! -L {to} ];)"
                            R"( then /bin/mv {from} {to} && echo 'OP {n} OK' || echo "OP {n} FAIL $?";)"
                            R"( else echo 'OP {n} FAIL occupied'; fi; else echo "OP {n} FAIL $?"; fi)",
-                           "n"_a = id, "parent"_a = quoted(move.destination.parent().string()),
-                           "from"_a = quoted(move.source.string()),
-                           "to"_a = quoted(move.destination.string()));
+                           "n"_a = id, "parent"_a = shellWord(move.destination.parent().string()),
+                           "from"_a = shellWord(move.source.string()),
+                           "to"_a = shellWord(move.destination.string()));
     }
 
     /// One call deletes one item, hence the loops; 1 means that there was none.
@@ -87,7 +88,7 @@ struct LineWriter {
                            R"( while /usr/bin/security delete-internet-password -s {service}{keychain})"
                            R"( >/dev/null 2>&1; do n=$((n+1)); done;)"
                            R"( if [ $n -gt 0 ]; then echo 'OP {n} OK'; else echo "OP {n} FAIL 1"; fi)",
-                           "n"_a = id, "service"_a = quoted(item.service),
+                           "n"_a = id, "service"_a = shellWord(item.service),
                            "keychain"_a = item.isSystemKeychain ? " /Library/Keychains/System.keychain" : "");
     }
 
@@ -127,10 +128,6 @@ std::optional<OperationResult> resultOf(std::string_view line) {
 }
 
 } // namespace
-
-std::string quoted(std::string_view text) {
-    return "'" + replacedAll(text, '\'', R"('\'')") + "'";
-}
 
 std::string line(const RemovalOperation& operation, std::uint32_t userID) {
     return std::visit(LineWriter{operation.id, userID}, operation.kind);

@@ -11,9 +11,6 @@
 /// Writes the script of the administrator batch and parses its output. Pure functions.
 namespace tidwen::adminBatch {
 
-/// Single-quoted for /bin/sh: it's → 'it'\''s'.
-std::string quoted(std::string_view text);
-
 /// The script line of one operation. `userID` identifies the user's launchd domain.
 std::string line(const RemovalOperation& operation, std::uint32_t userID);
 

@@ -1,7 +1,7 @@
 #include "operations/permission_revoker.h"
 
+#include "base/shell_word.h"
 #include "base/text.h"
-#include "operations/admin_batch.h"
 #include "operations/administrator_prompt.h"
 #include "operations/tool_arguments.h"
 #include "operations/tool_paths.h"
@@ -64,9 +64,8 @@ Outcome ToolPermissionRevoker::revoke(const PermissionGrant& grant, const std::s
         const auto result = processes_.run(toolPaths::tccutil, {"reset", service, bundleID}, userTimeout);
         return result ? judge(*result) : failed(result.error());
     }
-    const auto line =
-        fmt::format("{} {} {} {}", adminBatch::quoted(toolPaths::tccutil), adminBatch::quoted("reset"),
-                    adminBatch::quoted(service), adminBatch::quoted(bundleID));
+    const auto line = fmt::format("{} {} {} {}", shellWord(toolPaths::tccutil), shellWord("reset"),
+                                  shellWord(service), shellWord(bundleID));
     const auto result = runAsAdministrator(processes_, line, administratorTimeout);
     if (result) return judge(*result);
     if (result.error().kind == AdminScriptRunnerError::Kind::authorizationCancelled)

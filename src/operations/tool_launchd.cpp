@@ -1,8 +1,8 @@
 #include "operations/tool_launchd.h"
 
 #include "base/path.h"
+#include "base/shell_word.h"
 #include "base/text.h"
-#include "operations/admin_batch.h"
 #include "operations/administrator_prompt.h"
 #include "operations/tool_arguments.h"
 #include "operations/tool_lines.h"
@@ -44,9 +44,9 @@ std::array<Command, 2> switchCommands(bool on, const std::string& domain, const 
 }
 
 std::string shellLine(const Command& command) {
-    std::string line = adminBatch::quoted(toolPaths::launchctl);
+    std::string line = shellWord(toolPaths::launchctl);
     for (const auto& word : command)
-        line += " " + adminBatch::quoted(word);
+        line += " " + shellWord(word);
     return line;
 }
 

@@ -3,10 +3,10 @@
 #include "base/message.h"
 #include "base/numbered_name.h"
 #include "base/path.h"
+#include "base/shell_word.h"
 #include "base/text.h"
 #include "base/timestamp.h"
 #include "base/uuid.h"
-#include "operations/admin_batch.h"
 #include "operations/administrator_prompt.h"
 #include "operations/trash_staging.h"
 #include "platform/file_system.h"
@@ -97,8 +97,7 @@ std::vector<RemovalHistoryEntry> expiredEntries(const std::vector<RemovalHistory
 std::string purgeScript(const std::vector<Path>& items) {
     std::string script = "d=$(/usr/bin/mktemp -d /private/tmp/tidwen-purge.XXXXXX) || exit 1\n";
     for (std::size_t i = 0; i < items.size(); ++i)
-        script +=
-            fmt::format("/bin/mv -- {} \"$d/{}\" || exit 1\n", adminBatch::quoted(items[i].string()), i);
+        script += fmt::format("/bin/mv -- {} \"$d/{}\" || exit 1\n", shellWord(items[i].string()), i);
     return script + "/bin/rm -rf -- \"$d\"";
 }
 

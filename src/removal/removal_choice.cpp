@@ -401,7 +401,7 @@ void RemovalChoice::describe() {
         if (std::ranges::none_of(each.traces, [](const Trace* trace) { return isApplication(*trace); }))
             subject_.goesWhole = false;
     }
-    subject_.items = all.size();
+    subject_.items = counted.empty() ? all.size() : counted.size();
     summary_ = summarize(counted);
     refusal_.reset();
     if (refusedByDefault_ && mode_ == RemovalMode::uninstall)

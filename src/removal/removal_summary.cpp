@@ -28,8 +28,10 @@ RemovalSummary summarize(const std::vector<const Trace*>& selection) {
         if (trace->reversibility == Reversibility::manualOnly) continue;
         if (trace->reversibility == Reversibility::irreversibleDestructive)
             summary.permanent.push_back(*trace);
-        if (trace->reversibility == Reversibility::reversible) ++summary.reversibleCount;
-        if (std::holds_alternative<action::Bootout>(trace->action)) ++summary.unloadedCount;
+        if (std::holds_alternative<action::Bootout>(trace->action))
+            ++summary.unloadedCount;
+        else if (trace->reversibility == Reversibility::reversible)
+            ++summary.movedCount;
         // Permission resets are the only harmless step that cannot be undone.
         if (trace->reversibility == Reversibility::irreversibleHarmless) summary.resetsPermissions = true;
         if (trace->requiresRoot) summary.requiresPassword = true;

@@ -73,8 +73,10 @@ ConfirmationTexts confirmationTexts(const RemovalSummary& summary, const std::st
         const auto size = tier.sizeText(texts);
         words.breakdown.push_back(size ? line + ", " + *size : line);
     }
-    if (summary.reversibleCount > 0)
-        words.reversible = texts.text("confirm.reversible %lld", {std::to_string(summary.reversibleCount)});
+    if (summary.movedCount > 0)
+        words.reversible = texts.text("confirm.reversible %lld", {std::to_string(summary.movedCount)});
+    if (summary.unloadedCount > 0)
+        words.unloaded = texts.text("confirm.unloaded %lld", {std::to_string(summary.unloadedCount)});
     if (!summary.permanent.empty())
         words.permanentHeading =
             texts.text("confirm.permanent.heading %lld", {number(summary.permanent.size())});

@@ -17,6 +17,7 @@ struct ConfirmationTexts {
     std::string summary;                         ///< "12 items, 3.4 MB"
     std::vector<std::string> breakdown;          ///< one line per tier: "10 safe, 3.1 MB"
     std::optional<std::string> reversible;       ///< how many items can be put back
+    std::optional<std::string> unloaded;         ///< how many jobs are only unloaded
     std::optional<std::string> permanentHeading; ///< heading of `permanent`
     std::vector<std::string> permanent;          ///< names of what is lost permanently
     std::optional<std::string> password;         ///< present when an administrator is required

@@ -1,5 +1,7 @@
 #include "settings/settings_file.h"
 
+#include "base/shell_word.h"
+
 #include <filesystem>
 #include <fmt/format.h>
 #include <optional>
@@ -18,13 +20,17 @@ std::optional<PropertyListDictionary> parse(std::string_view bytes) {
     return *list->asDictionary();
 }
 
+std::string takeBack(const std::string& item) {
+    return fmt::format("sudo chown {} {}", ::geteuid(), shellWord(item));
+}
+
 /// An unreadable file belongs to another owner, as after a run as root, or its mode forbids reading.
 Message denied(const std::string& file) {
     struct stat item {};
     if (::lstat(file.c_str(), &item) != 0) return {"settings.problem.folder %@", {file}};
     if (item.st_uid == ::geteuid())
-        return {"settings.problem.mode %@ %@", {file, fmt::format("chmod u+rw '{}'", file)}};
-    return {"settings.problem.owner %@ %@", {file, fmt::format("sudo chown {} '{}'", ::geteuid(), file)}};
+        return {"settings.problem.mode %@ %@", {file, "chmod u+rw " + shellWord(file)}};
+    return {"settings.problem.owner %@ %@", {file, takeBack(file)}};
 }
 
 /// What may not be written: the file's folder, or the nearest one above it that is there; else the lock that
@@ -65,9 +71,11 @@ Message whyNotWritable(const std::filesystem::path& file) {
     const auto path = place->string();
     struct stat item {};
     const bool isOwn = ::stat(path.c_str(), &item) == 0 && item.st_uid == ::geteuid();
-    return isOwn ? Message{"settings.store.mode %@ %@", {path, fmt::format("chmod u+rwX '{}'", path)}}
-                 : Message{"settings.store.owner %@ %@",
-                           {path, fmt::format("sudo chown {} '{}'", ::geteuid(), path)}};
+    if (isOwn) return {"settings.store.mode %@ %@", {path, "chmod u+rwX " + shellWord(path)}};
+    // Nobody should be told to take over a folder that is not ours, such as "/" or "/etc".
+    const bool isOurs = *place == file.parent_path() || place->parent_path() == file.parent_path();
+    return isOurs ? Message{"settings.store.owner %@ %@", {path, takeBack(path)}}
+                  : Message{"settings.store.folder %@", {path}};
 }
 
 tl::expected<PropertyListDictionary, Message> readSettings(const SharedFile& file) {

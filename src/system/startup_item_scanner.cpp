@@ -241,7 +241,6 @@ class StartupItemScanner::Run {
     }
 
     void addFolder(const Directory& directory) {
-        if (!files_.exists(directory.url)) return;
         std::vector<Path> unreadable;
         const auto jobs = listLaunchItems(files_, directory.url, directory.isSystemDomain, {}, &unreadable);
         // What the budget leaves out is counted, not named.

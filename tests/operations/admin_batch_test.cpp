@@ -1,5 +1,6 @@
 #include "base/message.h"
 #include "base/path.h"
+#include "base/shell_word.h"
 #include "operations/admin_batch.h"
 #include "operations/privileged_runner.h"
 #include "operations/recording_runner.h"
@@ -57,14 +58,14 @@ std::string randomText(std::mt19937& random) {
 }
 
 TEST(AdminBatch, AnyTextReachesTheShellUnchanged) {
-    EXPECT_EQ(adminBatch::quoted("it's"), R"('it'\''s')");
+    EXPECT_EQ(shellWord("it's"), R"('it'\''s')");
 
     std::mt19937 random(1);
     std::string script;
     std::string expected;
     for (int i = 0; i < 500; ++i) {
         const auto text = randomText(random);
-        script += "printf '%s\\0' " + adminBatch::quoted(text) + "\n";
+        script += "printf '%s\\0' " + shellWord(text) + "\n";
         expected += text + '\0';
     }
     EXPECT_EQ(scriptInside(adminBatch::appleScript(script)), script);

@@ -2,6 +2,7 @@
 #include "base/property_list.h"
 #include "settings/app_preferences.h"
 #include "settings/file_defaults.h"
+#include "settings/settings_file.h"
 #include "settings/shared_file.h"
 
 #include "support/defaults_contract.h"
@@ -130,6 +131,19 @@ TEST_F(FileDefaultsTest, WhatCannotBeReadIsSaidAndLeftAlone) {
     put("garbage");
     EXPECT_FALSE(open().setValue("a", 1));
     EXPECT_EQ(test::contentOf(file_), "garbage");
+}
+
+TEST_F(FileDefaultsTest, OffersToTakeBackOnlyWhatIsItsOwn) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can make what belongs to another user";
+    const fs::path theirs = folder_.path() / "it's";
+    fs::create_directories(theirs / "tidwen");
+    fs::permissions(folder_.path(), fs::perms::all);
+    test::asUnprivileged([&] {
+        EXPECT_EQ(whyNotWritable(theirs / "none/settings.plist").key, "settings.store.folder %@");
+        const auto taken = whyNotWritable(theirs / "tidwen/settings.plist");
+        EXPECT_EQ(taken.key, "settings.store.owner %@ %@");
+        EXPECT_THAT(taken.arguments.at(1).text(), testing::EndsWith(R"(/it'\''s/tidwen')"));
+    });
 }
 
 TEST_F(FileDefaultsTest, AProcessThatHangsHoldsUpNoReader) {

@@ -1,9 +1,9 @@
+#include "base/shell_word.h"
 #include "base/texts.h"
 #include "cli/arguments.h"
 #include "cli/command.h"
 #include "cli/console.h"
 #include "cli/help.h"
-#include "operations/admin_batch.h"
 
 #include <algorithm>
 #include <fmt/core.h>
@@ -43,7 +43,7 @@ constexpr auto nameOf = [](const auto& named) { return named.name; };
 constexpr auto itself = [](std::string_view word) { return word; };
 
 std::string shellQuoted(std::string_view text) {
-    return adminBatch::quoted(std::string(text));
+    return shellWord(std::string(text));
 }
 
 /// "name|size" → "name size"; empty if any value is allowed.

@@ -50,8 +50,10 @@ std::optional<AppTarget> findTarget(const CommandContext& context, Mac& mac, con
     // Inspecting permissions changes nothing, so protected applications are accepted.
     const auto path = finder.find(word);
     // macOS keeps the permissions of removed applications. Their identifiers may have any form.
-    if (!path && (isIdentifier(word) || hasPermissions(word, context, mac))) {
-        context.error({"cli.permissions.absent %@", {word}});
+    const bool isAbsent = !path && path.error().key != "cli.app.ambiguous %@";
+    const bool isKept = isAbsent && hasPermissions(word, context, mac);
+    if (isAbsent && (isKept || isIdentifier(word))) {
+        context.error({isKept ? "cli.permissions.absent %@" : "cli.permissions.absent.none %@", {word}});
         AppTarget gone;
         gone.bundleID = word;
         gone.name = word;

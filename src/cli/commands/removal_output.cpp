@@ -63,6 +63,7 @@ void printConfirmation(const ConfirmationTexts& words, const CommandContext& con
     for (const auto& tier : words.breakdown)
         console.line("  " + tier);
     if (words.reversible) console.line(*words.reversible);
+    if (words.unloaded) console.line(*words.unloaded);
     if (words.permanentHeading) console.line(*words.permanentHeading, Style::danger);
     for (const auto& name : words.permanent)
         console.line("  " + name);

@@ -98,7 +98,9 @@ void printTraces(const ScanResult& result, bool isBySize, const CommandContext& 
             line.push_back({"  "});
             line.push_back({displayName(trace, context.texts)});
             if (resetsNothing(trace, result)) {
-                line.push_back({"  " + context.text("cli.scan.noPermissions"), Style::faint});
+                const auto* why =
+                    result.permissions.grants.empty() ? "cli.scan.noPermissions" : "cli.report.pathGrant";
+                line.push_back({"  " + context.text(why), Style::faint});
                 context.console.line(line);
                 continue;
             }

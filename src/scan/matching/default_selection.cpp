@@ -4,6 +4,7 @@
 #include "scan/permissions/permission_audit.h"
 #include "scan/policy/trace_category.h"
 
+#include <algorithm>
 #include <variant>
 
 namespace tidwen {
@@ -24,7 +25,8 @@ bool takenByDefault(const Trace& trace, const ScanResult& result) {
 }
 
 bool resetsNothing(const Trace& trace, const ScanResult& result) {
-    return std::holds_alternative<action::ResetPermissions>(trace.action) && result.permissions.grants.empty()
+    return std::holds_alternative<action::ResetPermissions>(trace.action)
+           && std::ranges::all_of(result.permissions.grants, &PermissionGrant::isPathClient)
            && result.permissions.unreadable.empty();
 }
 

@@ -17,8 +17,9 @@ bool takenByDefault(const Trace& trace);
 /// are removed together or not at all, so nothing is selected while the application cannot be moved.
 bool takenByDefault(const Trace& trace, const ScanResult& result);
 
-/// Whether it is a reset of permissions of which macOS has recorded none, as far as all can be read. Every
-/// application has that trace: what is recorded until the removal is reset all the same.
+/// Whether it is a reset of permissions that changes nothing, as far as all can be read: macOS has recorded
+/// none, or only for a program's path, which no reset reaches. Every application has that trace: what is
+/// recorded until the removal is reset all the same.
 bool resetsNothing(const Trace& trace, const ScanResult& result);
 
 } // namespace tidwen

@@ -127,12 +127,11 @@ Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Syst
     const auto title = QString::fromStdString(said.title);
     auto* sheet = new Sheet(window, title);
     addTitle(*sheet, choice, icons, title);
-    if (const auto moved = summary.reversibleCount - summary.unloadedCount; moved > 0)
-        sheet->content().addWidget(parts::paragraph(
-            words(texts, "confirm.body %lld %@", {std::to_string(moved), summary.totalSizeText(texts)})));
-    if (summary.unloadedCount > 0)
+    if (summary.movedCount > 0)
         sheet->content().addWidget(
-            parts::paragraph(words(texts, "confirm.unloaded %lld", {std::to_string(summary.unloadedCount)})));
+            parts::paragraph(words(texts, "confirm.body %lld %@",
+                                   {std::to_string(summary.movedCount), summary.totalSizeText(texts)})));
+    if (said.unloaded) sheet->content().addWidget(parts::paragraph(QString::fromStdString(*said.unloaded)));
     sheet->content().addWidget(tierCard(summary, texts));
     if (said.password)
         sheet->content().addWidget(
