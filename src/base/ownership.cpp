@@ -6,6 +6,7 @@
 #include <string_view>
 #include <sys/stat.h>
 #include <tl/expected.hpp>
+#include <utility>
 
 namespace tidwen {
 
@@ -54,7 +55,9 @@ int giveNewFolder(int parent, const char* name, const Ownership& owner) {
     if (!folder.isOpen()) return errno == ENOTDIR || errno == ELOOP ? EBUSY : errno;
     if (::fstat(folder.get(), &item) != 0) return errno;
     const bool isOurs = item.st_uid == ::geteuid() && (item.st_mode & 0777) == 0700;
-    if (!isOurs || !isEmpty(Descriptor(::openat(folder.get(), ".", flags)))) return EBUSY;
+    Descriptor entries(::openat(folder.get(), ".", flags));
+    if (!entries.isOpen()) return errno;
+    if (!isOurs || !isEmpty(std::move(entries))) return EBUSY;
     return give(folder.get(), owner);
 }
 

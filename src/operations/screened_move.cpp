@@ -31,7 +31,9 @@ Message moveFailure(const FileError& error, const JudgedMove& move, const FileSy
     const auto item = files.info(from);
     if (item && item->immutable) return {"failure.itemLocked"};
     if (!files.isMovable(from)) return {"failure.notYours"};
-    return {leadsToAnothers(move, files, policy) ? "failure.oldFolderNotYours" : guardedBySystemKey};
+    if (leadsToAnothers(move, files, policy)) return {"failure.oldFolderNotYours"};
+    const auto folder = files.info(move.destination().parent());
+    return {folder && (folder->permissions & 0200) == 0 ? "failure.oldFolderProtected" : guardedBySystemKey};
 }
 
 } // namespace

@@ -26,8 +26,8 @@ struct RemovalSummary {
     int totalCount = 0;
     ByteSum totalSize;
     std::vector<Trace> permanent; ///< what is lost permanently
-    int movedCount = 0;    ///< to the Trash; an undo brings them back
-    int unloadedCount = 0; ///< jobs without a file to move; an undo loads them again
+    int movedCount = 0;           ///< to the Trash; an undo brings them back
+    int unloadedCount = 0;        ///< jobs without a file to move; an undo loads them again
     bool requiresPassword = false;
     bool resetsPermissions = false;
 

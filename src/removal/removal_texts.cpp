@@ -58,6 +58,12 @@ std::vector<std::string> remarksOf(const RemovalReport& report, const Texts& tex
     return lines;
 }
 
+/// macOS also records what was denied or never decided.
+bool isGiven(const PermissionGrant& grant) {
+    using enum PermissionGrant::State::Kind;
+    return grant.state.kind == granted || grant.state.kind == limited;
+}
+
 } // namespace
 
 ConfirmationTexts confirmationTexts(const RemovalSummary& summary, const std::string& subject,
@@ -120,7 +126,8 @@ ReportTexts reportTexts(const RemovalReport& report, const std::string& subject,
     if (checked.empty()) return words;
     for (const auto& app : checked)
         for (const auto& grant : app.tccSurvivors)
-            words.verification.push_back(texts.text("report.verify.tccSurvivor %@ %@",
+            words.verification.push_back(texts.text(isGiven(grant) ? "report.verify.tccSurvivor %@ %@"
+                                                                   : "report.verify.tccRecord %@ %@",
                                                     {app.name, permissionTitle(grant.service, texts)}));
     const bool isComplete =
         std::ranges::all_of(checked, [](const auto& app) { return app.unreadable.empty(); });

@@ -96,8 +96,11 @@ TEST_F(ScreenedMoveTest, SaysWhoseItIsThatMayNotBeMoved) {
     std::filesystem::permissions(volume.host(caches + "shut"), std::filesystem::perms(0555));
     test::asUnprivileged(
         [&] { EXPECT_EQ(move(caches + "shut/a", trashFolder + "/0001/a"), "failure.notYours"); });
-    if (::geteuid() != 0) GTEST_SKIP() << "only root can give a folder to another account";
     volume.write(trashFolder + "/0002/b", "x");
+    test::giveToUnprivileged(volume.hostRoot());
+    test::asUnprivileged(
+        [&] { EXPECT_EQ(move(trashFolder + "/0002/b", caches + "shut/b"), "failure.oldFolderProtected"); });
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can give a folder to another account";
     volume.makeFolder("/Library/Caches");
     test::giveToUnprivileged(volume.hostRoot());
     ASSERT_EQ(::chown(volume.host("/Library/Caches").c_str(), 0, 0), 0);

@@ -99,7 +99,8 @@ TEST(RemovalFlow, AnApplicationAndItsDataGoTogetherOrNotAtAll) {
         for (const auto& trace : group.traces)
             if (trace.category != TraceCategory::application) fixture.model->setSelected({trace.id}, true);
     EXPECT_EQ(fixture.model->choice().subject().text(fixture.texts),
-              "report.subject.of report.subject.items 2 Alpine");
+              "report.subject.of report.subject.items 1 Alpine")
+        << "no permission is recorded, so that its reset is no item";
     fixture.model->confirm();
     fixture.settle();
     EXPECT_EQ(fixture.stage(), "report") << "data alone is an explicit choice";

@@ -65,16 +65,25 @@ struct Removable {
     }
 };
 
+/// The identifier by which it was found stands above the list already.
+bool isNamedInHeading(const Trace& trace, const OrphanGroup& group) {
+    return trace.reason.kind == MatchReason::Kind::exactBundleID && trace.reason.value == group.bundleID;
+}
+
 void printTraces(const OrphanGroup& group, const Removable& removable, const CommandContext& context) {
     // A group may be of any size; aligning columns over more rows is of no use.
     constexpr std::size_t rowsAtOnce = 5'000;
     for (std::size_t begin = 0; begin < group.traces.size(); begin += rowsAtOnce) {
         Table table({Table::Align::left, Table::Align::left, Table::Align::right});
-        for (std::size_t i = begin; i < std::min(begin + rowsAtOnce, group.traces.size()); ++i)
-            table.add({{removable.contains(group.traces[i]) ? "[x]" : "[ ]", Style::faint},
-                       labels::risk(group.traces[i].risk, context.texts),
-                       {labels::size(group.traces[i], context.texts)},
-                       {group.traces[i].displayName}});
+        for (std::size_t i = begin; i < std::min(begin + rowsAtOnce, group.traces.size()); ++i) {
+            const auto& trace = group.traces[i];
+            table.add({{removable.contains(trace) ? "[x]" : "[ ]", Style::faint},
+                       labels::risk(trace.risk, context.texts),
+                       {labels::size(trace, context.texts)},
+                       {trace.displayName},
+                       {isNamedInHeading(trace, group) ? "" : labels::reason(trace.reason, context.texts),
+                        Style::faint}});
+        }
         table.print(context.console, 2);
     }
 }

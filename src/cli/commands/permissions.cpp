@@ -212,8 +212,10 @@ class SheetSession {
         if (rest == left.end()) return true;
         // A grant to a program by path is not reset through the application's identifier. Otherwise the user
         // dismissed the prompt, which needs no message.
-        if (rest->isPathClient)
+        if (rest->isPathClient) {
             context_.error({"report.verify.tccSurvivor %@ %@", {sheet_->app().name, title}});
+            context_.error({"cli.report.pathGrant"});
+        }
         return false;
     }
 

@@ -224,7 +224,7 @@ ExitStatus runTags(const CommandContext& context, Host& host, Mac* mac) {
         return context.misuseOfAction(action);
     if (!changed && hasNoEffect(changed.error(), action, tag, tags))
         tellIdle(context, {changed.error() == AppTags::Refusal::thereAlready ? "cli.tags.thereAlready %@"
-                                                                             : "cli.tags.notThere %@",
+                                                                             : "cli.tags.notTagged %@",
                            {tag}});
     else if (!changed)
         return refuseTag(changed.error(), action == "rename" ? words[1] : tag, tag, tags.all(), context,
