@@ -86,6 +86,7 @@ class Documents(VolumeTest):
             self.call(*words, "--json", status=1)
         (self.volume / "Applications/Bad.app/Contents").mkdir(parents=True)
         (self.volume / "Applications/Bad.app/Contents/Info.plist").write_text("garbage")
+        (self.volume / "Library/LaunchAgents/com.bad.job.plist").write_text("garbage")
         self.call("orphans", "--json", status=1)
 
     def test_documents_of_an_item_that_is_lost(self):

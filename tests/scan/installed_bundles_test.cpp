@@ -125,7 +125,8 @@ TEST_F(InstalledBundlesTest, TellsABundleByItsInfoAndNotByItsName) {
     }
     // Data of an application whose identifier ends like that of a plug-in, which claims nothing of it.
     volume.write("/Users/alice/Library/Application Support/com.example.plugin/data", "x");
-    for (const auto& bundle : look()->bundles())
+    const auto snapshot = look();
+    for (const auto& bundle : snapshot->bundles())
         EXPECT_THAT(bundle.names, testing::Not(testing::Contains("com.example"))) << bundle.url.string();
 }
 
