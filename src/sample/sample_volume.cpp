@@ -1,6 +1,9 @@
 #include "sample/sample_volume.h"
 
+#include "base/message.h"
 #include "base/property_list.h"
+#include "platform/file_system.h"
+#include "posix/file_faults.h"
 #include "sample/bill_of_materials_writer.h"
 #include "sample/icon_writer.h"
 #include "sample/mach_o_stub.h"
@@ -209,8 +212,8 @@ tl::expected<SampleSummary, SampleError> writeSampleVolume(const fs::path& folde
         sample::writeEverything(tree);
         return SampleSummary{root, sample::installedCount(), tree.bytesWritten()};
     } catch (const fs::filesystem_error& error) {
-        return tl::unexpected(SampleError{
-            false, {"cli.sample.failed %@ %@", {error.path1().string(), error.code().message()}}});
+        const Message why{std::string(failureKey(faultOf(error.code().value())))};
+        return tl::unexpected(SampleError{false, {"cli.sample.failed %@ %@", {error.path1().string(), why}}});
     } catch (const std::exception& error) {
         return tl::unexpected(
             SampleError{!begun, {"cli.sample.failed %@ %@", {folder.string(), error.what()}}});

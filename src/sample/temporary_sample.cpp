@@ -1,6 +1,9 @@
 #include "sample/temporary_sample.h"
 
+#include "base/message.h"
 #include "base/uuid.h"
+#include "platform/file_system.h"
+#include "posix/file_faults.h"
 #include "posix/file_lock.h"
 #include "posix/item_description.h"
 #include "posix/tree_removal.h"
@@ -58,7 +61,9 @@ tl::expected<std::unique_ptr<TemporarySample>, SampleError> TemporarySample::wri
     const auto temporary = fs::canonical(fs::temp_directory_path(failure), failure);
     if (failure)
         return tl::unexpected(
-            SampleError{true, {"cli.sample.failed %@ %@", {temporary.string(), failure.message()}}});
+            SampleError{true,
+                        {"cli.sample.failed %@ %@",
+                         {temporary.string(), Message{std::string(failureKey(faultOf(failure.value())))}}}});
     removeAbandoned(temporary);
     const auto folder = temporary / (std::string(prefix) + Uuid::random().string());
     (void)::mkdir(folder.c_str(), S_IRWXU); // where it cannot be made, nothing can be written
