@@ -52,6 +52,26 @@ TEST_F(Applications, ShowDetailsAtASpaceAndAreProtectedAndTaggedFromThere) {
     EXPECT_TRUE(session.tags().all().empty());
 }
 
+/// Whoever gathers several searches for one after the other.
+TEST_F(Applications, StayChosenWhileASearchHidesThem) {
+    const auto fields = fixture.window.findChildren<QLineEdit*>(QStringLiteral("search"));
+    auto* search = *std::ranges::find_if(fields, &QLineEdit::isVisible);
+    const auto says = [this](const char* words) { return fixture.says(QString::fromUtf8(words)); };
+    choose("Kip", QItemSelectionModel::ClearAndSelect);
+    search->setText(QStringLiteral("lumen"));
+    EXPECT_TRUE(says("1 application") && says("not shown: 1"));
+    choose("Lumen", QItemSelectionModel::Select);
+    choose("Lumen Beta", QItemSelectionModel::Select);
+    choose("Lumen Beta", QItemSelectionModel::Toggle);
+    search->clear();
+    EXPECT_TRUE(says("2 applications") && !says("not shown"));
+    EXPECT_EQ(cards->selectionModel()->selectedIndexes().size(), 2);
+    search->setText(QStringLiteral("beta"));
+    choose("Lumen Beta", QItemSelectionModel::ClearAndSelect); // without the others
+    search->clear();
+    EXPECT_EQ(cards->selectionModel()->selectedIndexes().size(), 1);
+}
+
 TEST_F(Applications, FilterTheirFindsByKindFromTheMenu) {
     ASSERT_TRUE(fixture.review("Marlin Notes"));
     auto* menu = fixture.find<QPushButton>("filter finds")->menu();

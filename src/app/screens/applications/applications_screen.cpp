@@ -1,5 +1,6 @@
 #include "app/screens/applications/applications_screen.h"
 
+#include "app/models/chosen_cards.h"
 #include "app/models/undo_words.h"
 #include "app/screens/applications/app_details_sheet.h"
 #include "app/screens/applications/card_view.h"
@@ -56,6 +57,9 @@ ApplicationsScreen::ApplicationsScreen(Models models, Look look,
     cards_->setObjectName(QStringLiteral("applications"));
     cards_->setAccessibleName(text("window.applications"));
     cards_->setModel(&list_);
+    delete cards_->selectionModel(); // the view's own
+    chosen_ = new ChosenCards(list_, models_.grid, this);
+    cards_->setSelectionModel(chosen_);
     cards_->setContextMenuPolicy(Qt::CustomContextMenu);
     empty_ = new EmptyState(QStringLiteral("applications"));
     auto* content = parts::row(nullptr);
@@ -199,9 +203,9 @@ void ApplicationsScreen::showMenuFor(const QPoint& point) {
     connect(menu->addAction(primary_->text()), &QAction::triggered, this, [this] { lookAtChosen(); });
     connect(menu->addAction(text("review.resetButton")), &QAction::triggered, this,
             [this] { lookAtChosen(RemovalMode::reset); });
-    if (const auto rows = chosen(); rows.size() == 1)
+    if (const auto apps = chosen(); apps.size() == 1)
         connect(menu->addAction(text("permissions.show")), &QAction::triggered, this,
-                [this, app = *rows.front()->app] { showPermissions_(app); });
+                [this, app = *apps.front()] { showPermissions_(app); });
     connect(menu->addAction(protect_->text()), &QAction::triggered, this, [this] { toggleProtection(); });
     connect(menu->addAction(text("details.editTags")), &QAction::triggered, this, [this] { editTags(); });
     menu->addSeparator();
@@ -212,17 +216,14 @@ void ApplicationsScreen::showMenuFor(const QPoint& point) {
     menu->popup(cards_->viewport()->mapToGlobal(point));
 }
 
-std::vector<const HomeRow*> ApplicationsScreen::chosen() const {
-    std::vector<const HomeRow*> rows;
-    const auto indexes = cards_->selectionModel()->selectedIndexes();
-    rows.reserve(static_cast<std::size_t>(indexes.size()));
-    for (const auto& index : indexes) {
-        const auto& row = list_.row(index);
-        const auto isSame = [&](const HomeRow* other) { return other->app->url == row.app->url; };
-        if (row.app && std::ranges::none_of(rows, isSame))
-            rows.push_back(&row); // it may stand under two tags
-    }
-    return rows;
+std::vector<const InstalledApp*> ApplicationsScreen::chosen() const {
+    return chosen_->choice().apps;
+}
+
+bool ApplicationsScreen::areProtected(const std::vector<const InstalledApp*>& apps) const {
+    return !apps.empty() && std::ranges::all_of(apps, [this](const InstalledApp* app) {
+        return models_.protectedApps.contains(app->bundleID);
+    });
 }
 
 /// At what is chosen, and at this one, which the focus makes current without choosing it.
@@ -235,21 +236,22 @@ void ApplicationsScreen::lookAt(const QModelIndex& index) {
 
 void ApplicationsScreen::lookAtChosen(RemovalMode mode) {
     std::vector<Path> bundles;
-    const auto rows = chosen();
-    bundles.reserve(rows.size());
-    for (const auto* row : rows)
-        bundles.push_back(row->app->url);
+    const auto apps = chosen();
+    bundles.reserve(apps.size());
+    for (const auto* app : apps)
+        bundles.push_back(app->url);
     if (!bundles.empty()) look_(bundles, mode);
 }
 
 void ApplicationsScreen::toggleProtection() {
     std::vector<std::string> identifiers;
-    const auto rows = chosen();
-    const bool areProtected = std::ranges::all_of(rows, &HomeRow::isProtected);
-    identifiers.reserve(rows.size());
-    for (const auto* row : rows)
-        if (row->isProtected == areProtected) identifiers.push_back(row->app->bundleID);
-    if (!models_.protectedApps.set(identifiers, !areProtected)) {
+    const auto apps = chosen();
+    const bool wereProtected = areProtected(apps);
+    identifiers.reserve(apps.size());
+    for (const auto* app : apps)
+        if (models_.protectedApps.contains(app->bundleID) == wereProtected)
+            identifiers.push_back(app->bundleID);
+    if (!models_.protectedApps.set(identifiers, !wereProtected)) {
         const auto problem = models_.protectedApps.problem();
         models_.say(problem ? shown(models_.texts.text(*problem)) : text("settings.store.failed"));
     }
@@ -258,13 +260,13 @@ void ApplicationsScreen::toggleProtection() {
 
 void ApplicationsScreen::editTags() {
     std::vector<std::string> identifiers;
-    const auto rows = chosen();
-    if (rows.empty()) return;
-    identifiers.reserve(rows.size());
-    for (const auto* row : rows)
-        identifiers.push_back(row->app->bundleID);
-    const auto subject = rows.size() == 1 ? shown(rows.front()->app->name)
-                                          : text("report.subject.apps %lld", {std::to_string(rows.size())});
+    const auto apps = chosen();
+    if (apps.empty()) return;
+    identifiers.reserve(apps.size());
+    for (const auto* app : apps)
+        identifiers.push_back(app->bundleID);
+    const auto subject = apps.size() == 1 ? shown(apps.front()->name)
+                                          : text("report.subject.apps %lld", {std::to_string(apps.size())});
     openTagsSheet(window(), models_.tags, identifiers, subject, models_.texts);
 }
 
@@ -288,8 +290,8 @@ void ApplicationsScreen::search() {
 
 void ApplicationsScreen::startAfresh() {
     search_->clear();
-    cards_->clearSelection();
-    cards_->setCurrentIndex({});
+    chosen_->forget();
+    updateFooter();
 }
 
 void ApplicationsScreen::focusInEvent(QFocusEvent* /*event*/) {
@@ -398,22 +400,23 @@ void ApplicationsScreen::clearFilters() {
 }
 
 void ApplicationsScreen::updateFooter() {
-    const auto rows = chosen();
+    const auto [apps, hidden] = chosen_->choice();
+    const bool isAny = !apps.empty();
     std::int64_t bytes = 0;
-    for (const auto* row : rows)
-        bytes += row->app->sizeBytes.value_or(0);
-    count_->setText(rows.empty() ? text("applications.drop.hint")
-                                 : text("report.subject.apps %lld", {std::to_string(rows.size())}));
-    count_->setFont(textFont(rows.empty() ? Type::body : Type::strong));
-    sizes_->setText(
-        rows.empty() ? QString()
-                     : text("applications.chosen.size %@", {sizeWords(bytes, models_.texts).toStdString()}));
-    const bool areProtected = !rows.empty() && std::ranges::all_of(rows, &HomeRow::isProtected);
-    protect_->setText(text(areProtected ? "drop.tile.unprotect" : "drop.tile.protect"));
-    protect_->setVisible(!rows.empty());
-    editTags_->setVisible(!rows.empty());
-    primary_->setText(text(rows.size() > 1 ? "applications.look.several" : "applications.look"));
-    primary_->setVisible(!rows.empty());
+    for (const auto* app : apps)
+        bytes += app->sizeBytes.value_or(0);
+    count_->setText(isAny ? text("report.subject.apps %lld", {std::to_string(apps.size())})
+                          : text("applications.drop.hint"));
+    count_->setFont(textFont(isAny ? Type::strong : Type::body));
+    QStringList more;
+    if (isAny) more << text("applications.chosen.size %@", {sizeWords(bytes, models_.texts).toStdString()});
+    if (hidden > 0) more << text("applications.chosen.hidden %lld", {std::to_string(hidden)});
+    sizes_->setText(more.join(QStringLiteral(" · ")));
+    protect_->setText(text(areProtected(apps) ? "drop.tile.unprotect" : "drop.tile.protect"));
+    protect_->setVisible(isAny);
+    editTags_->setVisible(isAny);
+    primary_->setText(text(apps.size() > 1 ? "applications.look.several" : "applications.look"));
+    primary_->setVisible(isAny);
 }
 
 QString ApplicationsScreen::text(const char* key, const std::vector<std::string>& arguments) const {

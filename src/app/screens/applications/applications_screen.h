@@ -29,6 +29,7 @@ namespace tidwen {
 
 class AppIcons;
 class CardView;
+class ChosenCards;
 class EmptyState;
 class ScreenHeader;
 
@@ -66,7 +67,8 @@ class ApplicationsScreen final : public QWidget {
     void addChoice(QMenu& menu, const char* key, bool isOn, std::function<void()> choose);
     void setOption(const std::function<void(HomeGridOptions&)>& change);
     void showMenuFor(const QPoint& point);
-    std::vector<const HomeRow*> chosen() const;
+    std::vector<const InstalledApp*> chosen() const;
+    bool areProtected(const std::vector<const InstalledApp*>& apps) const;
     void lookAt(const QModelIndex& index);
     void lookAtChosen(RemovalMode mode = RemovalMode::uninstall);
     void toggleProtection();
@@ -88,6 +90,7 @@ class ApplicationsScreen final : public QWidget {
     ScreenHeader* header_ = nullptr;
     QLineEdit* search_ = nullptr;
     CardView* cards_ = nullptr;
+    ChosenCards* chosen_ = nullptr;
     EmptyState* empty_ = nullptr;
     QBoxLayout* notices_ = nullptr;
     std::vector<Path> shownUnread_; ///< in a notice
