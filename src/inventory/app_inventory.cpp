@@ -189,10 +189,10 @@ void AppInventory::keepKnown(const std::vector<InstalledApp>& apps, const std::v
     if (memory_) (void)memory_->store(found); // on failure it is determined again at the next launch
 }
 
-std::set<std::string> AppInventory::running(const std::vector<InstalledApp>& apps) const {
+std::set<std::string> AppInventory::running(const std::vector<SharedApp>& apps) const {
     std::set<std::string> found;
     for (const auto& app : apps)
-        if (ports_.running.isRunning(app.bundleID)) found.insert(app.bundleID);
+        if (ports_.running.isRunning(app->bundleID)) found.insert(app->bundleID);
     return found;
 }
 

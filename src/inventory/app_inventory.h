@@ -60,7 +60,7 @@ class AppInventory {
     void measure(std::vector<InstalledApp>& apps, const StopToken& stop = {}, const OnSize& onSize = {});
 
     /// Identifiers of the applications that are running.
-    std::set<std::string> running(const std::vector<InstalledApp>& apps) const;
+    std::set<std::string> running(const std::vector<SharedApp>& apps) const;
 
   private:
     void recall();

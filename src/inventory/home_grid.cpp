@@ -79,7 +79,7 @@ class HomeFilter {
 
   private:
     bool holds(const std::string& text) const {
-        return names_.of(text).folded.find(query_) != std::string::npos;
+        return names_.folded(text).find(query_) != std::string::npos;
     }
 
     const HomeGridOptions& options_;
@@ -90,25 +90,25 @@ class HomeFilter {
     std::string query_;
 };
 
-void sortByName(std::vector<const InstalledApp*>& apps, HomeNames& names) {
-    std::vector<std::pair<const std::string*, const InstalledApp*>> keyed;
+void sortByName(std::vector<SharedApp>& apps, HomeNames& names) {
+    std::vector<std::pair<const std::string*, SharedApp>> keyed;
     keyed.reserve(apps.size());
-    for (const auto* app : apps)
-        keyed.emplace_back(&names.of(app->name).order, app);
+    for (auto& app : apps)
+        keyed.emplace_back(&names.order(app->name), std::move(app));
     std::ranges::stable_sort(
         keyed, std::less{}, [](const auto& each) -> const auto& { return *each.first; });
-    std::ranges::transform(keyed, apps.begin(), [](const auto& each) { return each.second; });
+    std::ranges::transform(keyed, apps.begin(), [](auto& each) { return std::move(each.second); });
 }
 
-void sortApps(std::vector<const InstalledApp*>& apps, HomeSort sort, HomeNames& names) {
+void sortApps(std::vector<SharedApp>& apps, HomeSort sort, HomeNames& names) {
     sortByName(apps, names);
     if (sort == HomeSort::size)
-        std::stable_sort(apps.begin(), apps.end(), [](const auto* a, const auto* b) {
+        std::stable_sort(apps.begin(), apps.end(), [](const auto& a, const auto& b) {
             return a->sizeBytes.value_or(-1) > b->sizeBytes.value_or(-1);
         });
     if (sort == HomeSort::lastUsed)
         std::stable_sort(apps.begin(), apps.end(),
-                         [](const auto* a, const auto* b) { return lastUsed(*a) > lastUsed(*b); });
+                         [](const auto& a, const auto& b) { return lastUsed(*a) > lastUsed(*b); });
 }
 
 /// Unused applications are most useful sorted by size; all others are looked up by name.
@@ -154,12 +154,18 @@ void sortGroups(std::vector<HomeGroup>& groups, const HomeGridOptions& options, 
 } // namespace
 
 void HomeNames::speak(const std::string& language) {
-    if (std::exchange(language_, language) != language) forms_.clear();
+    if (std::exchange(language_, language) != language) orders_.clear();
 }
 
-const HomeNames::Forms& HomeNames::of(const std::string& name) {
-    const auto [known, isNew] = forms_.try_emplace(name);
-    if (isNew) known->second = {folded(name), displayOrderKey(name, language_)};
+const std::string& HomeNames::folded(const std::string& name) {
+    const auto [known, isNew] = folded_.try_emplace(name);
+    if (isNew) known->second = tidwen::folded(name);
+    return known->second;
+}
+
+const std::string& HomeNames::order(const std::string& name) {
+    const auto [known, isNew] = orders_.try_emplace(name);
+    if (isNew) known->second = displayOrderKey(name, language_);
     return known->second;
 }
 
@@ -190,18 +196,18 @@ std::string categoryTitle(const std::optional<std::string>& category, const Text
     return texts.text("home.category." + std::string(shortCategory(category)));
 }
 
-std::vector<HomeGroup> arrangeHomeGrid(const std::vector<InstalledApp>& apps, const HomeGridOptions& options,
+std::vector<HomeGroup> arrangeHomeGrid(const std::vector<SharedApp>& apps, const HomeGridOptions& options,
                                        const AppTags& tags, const ProtectedApps& protectedApps,
                                        const Texts& texts, Timestamp now, HomeNames& names) {
     names.speak(texts.language());
     const HomeFilter filter(options, tags, protectedApps, now, names);
     std::map<std::string, HomeGroup> byID;
     for (const auto& app : apps) {
-        if (!filter.passes(app)) continue;
-        for (const auto& id : groupIDs(app, options, tags, now)) {
+        if (!filter.passes(*app)) continue;
+        for (const auto& id : groupIDs(*app, options, tags, now)) {
             auto& group = byID[id];
-            group.apps.push_back(&app);
-            group.size.add(app.sizeBytes, app.isSizePartial);
+            group.apps.push_back(app);
+            group.size.add(app->sizeBytes, app->isSizePartial);
         }
     }
     std::vector<HomeGroup> groups;

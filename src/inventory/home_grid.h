@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace tidwen {
@@ -37,35 +38,33 @@ struct HomeGridOptions {
     std::optional<std::string> tag = {};
 };
 
-/// Names as they are searched and sorted in one language. Every key stroke in the search field asks for those
-/// of all applications again, and they take long to work out, so they are kept.
+/// Names as they are searched, and as they are sorted in one language. Every key stroke in the search field
+/// asks for those of all applications again, and they take long to work out, so they are kept.
 class HomeNames {
   public:
-    struct Forms {
-        std::string folded; ///< for searching
-        std::string order;  ///< compares bytewise as people sort names
-    };
-
     /// Forgets what is known in another language.
     void speak(const std::string& language);
-    /// Lives until the language changes.
-    const Forms& of(const std::string& name);
+    /// For searching.
+    const std::string& folded(const std::string& name);
+    /// Compares bytewise as people sort names. Lives until the language changes.
+    const std::string& order(const std::string& name);
 
   private:
     std::string language_;
-    std::unordered_map<std::string, Forms> forms_;
+    std::unordered_map<std::string, std::string> folded_;
+    std::unordered_map<std::string, std::string> orders_;
 };
 
-/// One heading with its applications. Points into the list it was created from.
+/// One heading with its applications.
 struct HomeGroup {
     std::string id;    ///< "unused", "public.app-category.games", a tag, or "all"
     std::string title; ///< in the user's language; empty without grouping
-    std::vector<const InstalledApp*> apps;
+    std::vector<SharedApp> apps;
     ByteSum size = {}; ///< of the applications whose size is known
 };
 
 /// Leaves out empty groups. Grouped by tag, an application appears under each of its tags.
-std::vector<HomeGroup> arrangeHomeGrid(const std::vector<InstalledApp>& apps, const HomeGridOptions& options,
+std::vector<HomeGroup> arrangeHomeGrid(const std::vector<SharedApp>& apps, const HomeGridOptions& options,
                                        const AppTags& tags, const ProtectedApps& protectedApps,
                                        const Texts& texts, Timestamp now, HomeNames& names);
 

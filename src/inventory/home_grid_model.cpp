@@ -7,8 +7,12 @@
 #include "scan/applications/installed_app.h"
 #include "settings/app_preferences.h"
 
+#include <algorithm>
+#include <iterator>
 #include <map>
+#include <memory>
 #include <set>
+#include <utility>
 
 namespace tidwen {
 
@@ -16,13 +20,32 @@ namespace {
 
 /// The result of one look at the disk.
 struct Listed {
-    std::vector<InstalledApp> apps;
+    std::vector<SharedApp> apps;
     std::vector<Path> unreadable;
     std::uint64_t leftOut = 0;
 };
 
 HomeRow heading(const HomeGroup& group) {
-    return {.groupID = group.id, .app = std::nullopt, .count = group.apps.size(), .size = group.size};
+    return {.groupID = group.id, .app = nullptr, .count = group.apps.size(), .size = group.size};
+}
+
+SharedApp share(InstalledApp app) {
+    return std::make_shared<const InstalledApp>(std::move(app));
+}
+
+/// Replaces an application by one that differs; whoever holds the old one keeps it.
+template<class Change>
+void edit(SharedApp& app, const Change& change) {
+    auto edited = *app;
+    change(edited);
+    if (edited != *app) app = share(std::move(edited));
+}
+
+std::map<Path, SharedApp> byPath(const std::vector<SharedApp>& apps) {
+    std::map<Path, SharedApp> result;
+    for (const auto& app : apps)
+        result.emplace(app->url, app);
+    return result;
 }
 
 } // namespace
@@ -85,8 +108,10 @@ void HomeGridModel::list() {
         *this, alive_, ports_.background, ports_.main,
         [&inventory = ports_.inventory, stop = stop_.token(), stream, locale = ports_.texts.language()] {
             Listed listed;
-            listed.apps = inventory.build(
+            auto apps = inventory.build(
                 stop, [&](const InstalledApp& app) { stream->add(app); }, locale);
+            std::ranges::transform(apps, std::back_inserter(listed.apps),
+                                   [](InstalledApp& app) { return share(std::move(app)); });
             listed.unreadable = inventory.unreadable();
             listed.leftOut = inventory.leftOut();
             return listed;
@@ -105,9 +130,9 @@ void HomeGridModel::list() {
 void HomeGridModel::takeStreamed(std::vector<InstalledApp> found) {
     std::set<Path> shown;
     for (const auto& app : apps_)
-        shown.insert(app.url);
+        shown.insert(app->url);
     for (auto& app : found)
-        if (!shown.contains(app.url)) apps_.push_back(std::move(app));
+        if (!shown.contains(app.url)) apps_.push_back(share(std::move(app)));
     countInventory();
     arrange();
 }
@@ -120,8 +145,12 @@ void HomeGridModel::measure() {
         });
     inBackground(
         *this, alive_, ports_.background, ports_.main,
-        [&inventory = ports_.inventory, stop = stop_.token(), stream, apps = apps_]() mutable {
-            inventory.measure(apps, stop, [&](const InstalledApp& app) { stream->add(app); });
+        [&inventory = ports_.inventory, stop = stop_.token(), stream, apps = apps_] {
+            std::vector<InstalledApp> own;
+            own.reserve(apps.size());
+            for (const auto& app : apps)
+                own.push_back(*app);
+            inventory.measure(own, stop, [&](const InstalledApp& app) { stream->add(app); });
             return true;
         },
         [](HomeGridModel& self, bool) {
@@ -139,14 +168,15 @@ void HomeGridModel::end(Phase reached) {
 }
 
 void HomeGridModel::takeSizes(const std::vector<InstalledApp>& measured) {
-    std::map<Path, const InstalledApp*> byPath;
+    std::map<Path, const InstalledApp*> sizes;
     for (const auto& app : measured)
-        byPath.emplace(app.url, &app);
+        sizes.emplace(app.url, &app);
     for (auto& app : apps_)
-        if (const auto found = byPath.find(app.url); found != byPath.end()) {
-            app.sizeBytes = found->second->sizeBytes;
-            app.isSizePartial = found->second->isSizePartial;
-        }
+        if (const auto found = sizes.find(app->url); found != sizes.end())
+            edit(app, [&](InstalledApp& edited) {
+                edited.sizeBytes = found->second->sizeBytes;
+                edited.isSizePartial = found->second->isSizePartial;
+            });
     countInventory();
     updateShown();
 }
@@ -157,7 +187,10 @@ void HomeGridModel::refreshRunning(std::function<void()> done) {
         [&inventory = ports_.inventory, apps = apps_] { return inventory.running(apps); },
         [done = std::move(done)](HomeGridModel& self, const std::set<std::string>& running) {
             for (auto& app : self.apps_)
-                if (app.usage) app.usage->isRunning = running.contains(app.bundleID);
+                if (app->usage)
+                    edit(app, [&](InstalledApp& edited) {
+                        edited.usage->isRunning = running.contains(edited.bundleID);
+                    });
             self.updateShown();
             if (done) done();
         });
@@ -169,9 +202,9 @@ void HomeGridModel::arrange() {
     std::vector<HomeRow> arranged;
     for (const auto& group : groups) {
         arranged.push_back(heading(group));
-        for (const auto* app : group.apps)
+        for (const auto& app : group.apps)
             arranged.push_back({.groupID = group.id,
-                                .app = *app,
+                                .app = app,
                                 .isProtected = ports_.protectedApps.contains(app->bundleID),
                                 .tags = ports_.tags.tags(app->bundleID)});
     }
@@ -180,15 +213,13 @@ void HomeGridModel::arrange() {
 
 /// Shows what is now known of each application, without moving its row.
 void HomeGridModel::updateShown() {
-    std::map<Path, const InstalledApp*> byPath;
-    for (const auto& app : apps_)
-        byPath.emplace(app.url, &app);
+    const auto known = byPath(apps_);
     std::map<std::string, ByteSum> sizes;
     for (std::size_t i = 0; i < rows.rows().size(); ++i) {
         auto row = rows.rows()[i];
-        const auto app = row.app ? byPath.find(row.app->url) : byPath.end();
-        if (app == byPath.end()) continue;
-        row.app = *app->second;
+        const auto app = row.app ? known.find(row.app->url) : known.end();
+        if (app == known.end()) continue;
+        row.app = app->second;
         sizes[row.groupID].add(row.app->sizeBytes, row.app->isSizePartial);
         rows.update(i, std::move(row));
     }
@@ -205,7 +236,7 @@ void HomeGridModel::countInventory() {
     counted.count = apps_.size();
     counted.size = {};
     for (const auto& app : apps_)
-        counted.size.add(app.sizeBytes, app.isSizePartial);
+        counted.size.add(app->sizeBytes, app->isSizePartial);
     inventory.set(std::move(counted));
 }
 

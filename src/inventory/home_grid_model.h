@@ -21,6 +21,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -28,17 +30,23 @@ namespace tidwen {
 
 /// One row of the home grid: a heading, or an application below it.
 struct HomeRow {
-    std::string groupID;             ///< of the heading; see `homeGroupTitle`
-    std::optional<InstalledApp> app; ///< nullopt for a heading
+    std::string groupID; ///< of the heading; see `homeGroupTitle`
+    SharedApp app;       ///< null for a heading
     bool isProtected = false;
     std::vector<std::string> tags = {};
     std::size_t count = 0; ///< of a heading: applications below it
     ByteSum size = {};     ///< of a heading: their sizes, as far as they are known
 
-    std::pair<std::string, std::string> key() const {
-        return {groupID, app ? app->url.string() : std::string()};
+    /// Valid as long as the row.
+    std::pair<std::string_view, std::string_view> key() const {
+        return {groupID, app ? std::string_view(app->url.string()) : std::string_view()};
     }
-    friend bool operator==(const HomeRow&, const HomeRow&) = default;
+    friend bool operator==(const HomeRow& a, const HomeRow& b) {
+        const bool isSame = a.app == b.app || (a.app && b.app && *a.app == *b.app);
+        return isSame
+               && std::tie(a.groupID, a.isProtected, a.tags, a.count, a.size)
+                      == std::tie(b.groupID, b.isProtected, b.tags, b.count, b.size);
+    }
 };
 
 /// The home grid while it is loaded and arranged: applications arrive as they are found, first their names,
@@ -96,7 +104,7 @@ class HomeGridModel {
     /// Sorts every row by its present values. Arriving sizes move nothing before the last one is there.
     void arrange();
 
-    const std::vector<InstalledApp>& apps() const { return apps_; }
+    const std::vector<SharedApp>& apps() const { return apps_; }
 
   private:
     void list();
@@ -111,7 +119,7 @@ class HomeGridModel {
     Ports ports_;
     HomeGridOptions options_;
     HomeNames names_;
-    std::vector<InstalledApp> apps_;
+    std::vector<SharedApp> apps_;
     std::vector<std::function<void()>> done_; ///< of the loads in progress
     bool isBusy_ = false;                     ///< the inventory is in use
     bool isAskedAgain_ = false;

@@ -49,7 +49,7 @@ class HomeModel : public testing::Test {
                              [&](const auto& each) { return each.app && each.app->name == name; });
     }
     std::vector<bool> haveSizes() const {
-        return eachOf(model->apps(), [](const InstalledApp& app) { return app.sizeBytes.has_value(); });
+        return eachOf(model->apps(), [](const SharedApp& app) { return app->sizeBytes.has_value(); });
     }
 
     test::TemporaryVolume volume;
@@ -158,7 +158,7 @@ TEST_F(HomeModel, KnowsSizesAndLastUseOfTheLastStart) {
         fromBefore += app.sizeBytes && app.usage && (app.name != "Buoy" || app.usage->evidence.date);
     });
     EXPECT_EQ(fromBefore, 3);
-    EXPECT_EQ(apps, model->apps());
+    EXPECT_EQ(apps, eachOf(model->apps(), [](const SharedApp& app) { return *app; }));
     EXPECT_THAT(KnownAppsFile(own.path() / "known.json", "another Mac").read(), IsEmpty());
 }
 

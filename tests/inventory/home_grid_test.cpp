@@ -50,9 +50,12 @@ class HomeGrid : public testing::Test {
   protected:
     std::vector<std::string> shown(HomeGridOptions options) {
         std::vector<std::string> lines;
-        for (const auto& group : arrangeHomeGrid(apps, options, tags, protectedApps, {}, now, names)) {
+        std::vector<SharedApp> shared;
+        for (const auto& app : apps)
+            shared.push_back(std::make_shared<const InstalledApp>(app));
+        for (const auto& group : arrangeHomeGrid(shared, options, tags, protectedApps, {}, now, names)) {
             auto line = group.id + ":";
-            for (const auto* each : group.apps)
+            for (const auto& each : group.apps)
                 line += " " + each->name;
             lines.push_back(line);
         }

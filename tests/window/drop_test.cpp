@@ -39,7 +39,7 @@ class Drops : public testing::Test {
 TEST_F(Drops, AreLookedAtAndItIsSaidWhyTheRestIsLeft) {
     auto& session = fixture.window.mac()->session();
     for (const auto& app : session.models().homeGrid().apps())
-        if (app.name == "Kip") session.protectedApps().toggle(app.bundleID);
+        if (app->name == "Kip") session.protectedApps().toggle(app->bundleID);
     EXPECT_EQ(
         wordsForDrop(*fixture.window.mac(), {"/disk/Kip.app", "/disk/Marlin Notes.app", "/disk/Library"}),
         QStringLiteral("Drop to see what belongs to 2 applications\nProtected, and left alone: 1"));

@@ -20,12 +20,12 @@ ChosenCards::Choice ChosenCards::choice() const {
     Choice choice;
     std::unordered_set<std::string> shown; // one may stand under two tags
     for (const auto& index : selectedIndexes())
-        if (const auto& app = list_.row(index).app; app && shown.insert(app->url.string()).second)
-            choice.apps.push_back(&*app);
+        if (const auto app = list_.row(index).app; app && shown.insert(app->url.string()).second)
+            choice.apps.push_back(app);
     if (hidden_.empty()) return choice;
     for (const auto& app : grid_.apps())
-        if (hidden_.contains(app.url.string()) && !shown.contains(app.url.string())) {
-            choice.apps.push_back(&app);
+        if (hidden_.contains(app->url.string()) && !shown.contains(app->url.string())) {
+            choice.apps.push_back(app);
             ++choice.hidden;
         }
     return choice;

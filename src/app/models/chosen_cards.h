@@ -1,5 +1,7 @@
 #pragma once
 
+#include "scan/applications/installed_app.h"
+
 #include <QItemSelectionModel>
 
 #include <cstddef>
@@ -11,21 +13,19 @@ namespace tidwen {
 
 class HomeGridModel;
 class HomeList;
-struct InstalledApp;
 
 /// Which applications are chosen. One that a search or a filter hides stays chosen until something is chosen
 /// without it, so that several can be gathered by searching for one after the other.
 class ChosenCards final : public QItemSelectionModel {
   public:
     struct Choice {
-        std::vector<const InstalledApp*> apps; ///< of the grid; each once, those shown come first
-        std::size_t hidden = 0;                ///< how many of them are not shown
+        std::vector<SharedApp> apps; ///< each once, those shown come first
+        std::size_t hidden = 0;      ///< how many of them are not shown
     };
 
     /// `list` shows `grid`; both outlive it.
     ChosenCards(HomeList& list, const HomeGridModel& grid, QObject* parent);
 
-    /// Valid until the grid changes.
     Choice choice() const;
     void forget();
 

@@ -25,9 +25,9 @@ QString wordsForDrop(OpenMac& mac, const std::vector<std::string>& hostPaths) {
     if (bundles == 0) return words(texts, "drop.noApplication");
     const auto isProtected = [&](const std::string& path) {
         const auto& apps = mac.session().models().homeGrid().apps();
-        return std::ranges::any_of(apps, [&](const InstalledApp& app) {
-            return app.url.lastComponent() == Path(path).lastComponent()
-                   && mac.session().protectedApps().contains(app.bundleID);
+        return std::ranges::any_of(apps, [&](const SharedApp& app) {
+            return app->url.lastComponent() == Path(path).lastComponent()
+                   && mac.session().protectedApps().contains(app->bundleID);
         });
     };
     const auto kept = std::ranges::count_if(hostPaths, isProtected);

@@ -103,9 +103,9 @@ std::vector<WorkScreen::Application> FlowDisplay::lookedAt() const {
     result.reserve(lookedAt_.size());
     const auto& apps = mac_.session().models().homeGrid().apps();
     for (const auto& bundle : lookedAt_) {
-        const auto known = std::ranges::find(apps, bundle, &InstalledApp::url);
+        const auto known = std::ranges::find(apps, bundle, [](const SharedApp& app) { return app->url; });
         if (known != apps.end())
-            result.push_back({known->name, known->bundleID, bundle});
+            result.push_back({(*known)->name, (*known)->bundleID, bundle});
         else
             result.push_back({bundle.lastComponent(), {}, bundle});
     }

@@ -37,8 +37,8 @@ Pane launcherPane(SettingsPane pane) {
 }
 
 bool isRunning(HomeGridModel& grid, const AppTarget& app) {
-    return std::ranges::any_of(grid.apps(), [&](const InstalledApp& each) {
-        return each.bundleID == app.bundleID && each.usage && each.usage->isRunning;
+    return std::ranges::any_of(grid.apps(), [&](const SharedApp& each) {
+        return each->bundleID == app.bundleID && each->usage && each->usage->isRunning;
     });
 }
 

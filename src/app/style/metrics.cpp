@@ -19,10 +19,22 @@ constexpr std::array forms = {
     Form{13, QFont::DemiBold}, Form{12, QFont::Normal},   Form{11, QFont::DemiBold},
 };
 
+/// Of the body's font. Every part of every row asks for it, so it is kept until another font is set.
+int textSize() {
+    static QFont known;
+    static int size = 0;
+    const auto font = QApplication::font();
+    if (size == 0 || !font.isCopyOf(known)) {
+        known = font;
+        size = QFontInfo(font).pixelSize();
+    }
+    return size;
+}
+
 } // namespace
 
 int scaled(double length) {
-    return qRound(length * QFontInfo(QApplication::font()).pixelSize() / designTextSize);
+    return qRound(length * textSize() / designTextSize);
 }
 
 QFont textFont(Type type) {

@@ -10,6 +10,7 @@
 #include "scan/matching/trace.h"
 
 #include <QPainter>
+#include <QTreeView>
 
 namespace tidwen {
 
@@ -122,8 +123,10 @@ RowDelegate::Places FindDelegate::placesIn(const QRect& row, const QModelIndex& 
     return {.arrow = at(scaled(10)), .box = at(scaled(37))};
 }
 
-QSize FindDelegate::sizeHint(const QStyleOptionViewItem& /*option*/, const QModelIndex& index) const {
-    switch (kindOf(index)) {
+QSize FindDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
+    const auto* view = qobject_cast<const QTreeView*>(option.widget);
+    const bool isUniform = view && view->uniformRowHeights();
+    switch (isUniform ? FindKind::item : kindOf(index)) {
     case FindKind::group:
         return {scaled(100), scaled(26)};
     case FindKind::item:

@@ -4,7 +4,8 @@
 
 namespace tidwen {
 
-/// Paints tiers, groups and rows of a tree of finds.
+/// Paints tiers, groups and rows of a tree of finds. Headings are lower than finds, but not in a view with
+/// uniform heights.
 class FindDelegate final : public RowDelegate {
   public:
     using RowDelegate::RowDelegate;

@@ -77,8 +77,8 @@ bool dependsOnSettings(const HomeGridOptions& options) {
 std::vector<const InstalledApp*> listed(const std::vector<HomeGroup>& groups) {
     std::vector<const InstalledApp*> apps;
     for (const auto& group : groups)
-        for (const auto* app : group.apps)
-            if (std::ranges::find(apps, app) == apps.end()) apps.push_back(app);
+        for (const auto& app : group.apps)
+            if (std::ranges::find(apps, app.get()) == apps.end()) apps.push_back(app.get());
     return apps;
 }
 
@@ -112,7 +112,7 @@ void print(const std::vector<HomeGroup>& groups, const AppTags& tags, const Prot
         Table table({left, left, right, left, left});
         table.add({heading("cli.apps.name"), heading("cli.apps.version"), heading("cli.apps.size"),
                    heading("cli.apps.lastUsed"), heading("cli.apps.identifier"), heading("cli.apps.path")});
-        for (const auto* app : group.apps)
+        for (const auto& app : group.apps)
             table.add({{app->name, Style::strong},
                        {app->version.value_or("")},
                        {labels::size(*app, context.texts)},

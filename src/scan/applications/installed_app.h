@@ -7,6 +7,7 @@
 #include "scan/applications/app_target.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <variant>
@@ -44,6 +45,9 @@ struct InstalledApp {
 
     friend bool operator==(const InstalledApp&, const InstalledApp&) = default;
 };
+
+/// For lists of many that hold the same ones; never null in them.
+using SharedApp = std::shared_ptr<const InstalledApp>;
 
 /// The first seven fields, read from the bundle; nullopt when the loader refuses it.
 std::optional<InstalledApp> makeInstalledApp(const FileSystem& files, const CodeSignatures& signatures,

@@ -216,12 +216,12 @@ void ApplicationsScreen::showMenuFor(const QPoint& point) {
     menu->popup(cards_->viewport()->mapToGlobal(point));
 }
 
-std::vector<const InstalledApp*> ApplicationsScreen::chosen() const {
+std::vector<SharedApp> ApplicationsScreen::chosen() const {
     return chosen_->choice().apps;
 }
 
-bool ApplicationsScreen::areProtected(const std::vector<const InstalledApp*>& apps) const {
-    return !apps.empty() && std::ranges::all_of(apps, [this](const InstalledApp* app) {
+bool ApplicationsScreen::areProtected(const std::vector<SharedApp>& apps) const {
+    return !apps.empty() && std::ranges::all_of(apps, [this](const SharedApp& app) {
         return models_.protectedApps.contains(app->bundleID);
     });
 }
@@ -238,7 +238,7 @@ void ApplicationsScreen::lookAtChosen(RemovalMode mode) {
     std::vector<Path> bundles;
     const auto apps = chosen();
     bundles.reserve(apps.size());
-    for (const auto* app : apps)
+    for (const auto& app : apps)
         bundles.push_back(app->url);
     if (!bundles.empty()) look_(bundles, mode);
 }
@@ -248,7 +248,7 @@ void ApplicationsScreen::toggleProtection() {
     const auto apps = chosen();
     const bool wereProtected = areProtected(apps);
     identifiers.reserve(apps.size());
-    for (const auto* app : apps)
+    for (const auto& app : apps)
         if (models_.protectedApps.contains(app->bundleID) == wereProtected)
             identifiers.push_back(app->bundleID);
     if (!models_.protectedApps.set(identifiers, !wereProtected)) {
@@ -263,7 +263,7 @@ void ApplicationsScreen::editTags() {
     const auto apps = chosen();
     if (apps.empty()) return;
     identifiers.reserve(apps.size());
-    for (const auto* app : apps)
+    for (const auto& app : apps)
         identifiers.push_back(app->bundleID);
     const auto subject = apps.size() == 1 ? shown(apps.front()->name)
                                           : text("report.subject.apps %lld", {std::to_string(apps.size())});
@@ -356,7 +356,7 @@ void ApplicationsScreen::showUnread() {
 /// Grouped by tag, one may stand there several times.
 std::size_t ApplicationsScreen::countShown() const {
     const auto& rows = models_.grid.rows.rows();
-    const auto isApplication = [](const HomeRow& row) { return row.app.has_value(); };
+    const auto isApplication = [](const HomeRow& row) { return row.app != nullptr; };
     if (models_.grid.options().grouping != HomeGrouping::tag)
         return static_cast<std::size_t>(std::ranges::count_if(rows, isApplication));
     std::unordered_set<std::string_view> bundles;
@@ -403,7 +403,7 @@ void ApplicationsScreen::updateFooter() {
     const auto [apps, hidden] = chosen_->choice();
     const bool isAny = !apps.empty();
     std::int64_t bytes = 0;
-    for (const auto* app : apps)
+    for (const auto& app : apps)
         bytes += app->sizeBytes.value_or(0);
     count_->setText(isAny ? text("report.subject.apps %lld", {std::to_string(apps.size())})
                           : text("applications.drop.hint"));

@@ -67,8 +67,8 @@ class ApplicationsScreen final : public QWidget {
     void addChoice(QMenu& menu, const char* key, bool isOn, std::function<void()> choose);
     void setOption(const std::function<void(HomeGridOptions&)>& change);
     void showMenuFor(const QPoint& point);
-    std::vector<const InstalledApp*> chosen() const;
-    bool areProtected(const std::vector<const InstalledApp*>& apps) const;
+    std::vector<SharedApp> chosen() const;
+    bool areProtected(const std::vector<SharedApp>& apps) const;
     void lookAt(const QModelIndex& index);
     void lookAtChosen(RemovalMode mode = RemovalMode::uninstall);
     void toggleProtection();

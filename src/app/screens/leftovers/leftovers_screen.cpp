@@ -25,6 +25,13 @@
 
 namespace tidwen {
 
+namespace {
+
+/// Beyond this, asking each row for its height takes longer than a frame has.
+constexpr int mostMeasuredRows = 5'000;
+
+} // namespace
+
 LeftoversScreen::LeftoversScreen(RemovalFlowModel& flow, const Texts& texts, const UserEnvironment& user,
                                  Actions actions)
     : ListScreen(texts, {words(texts, "window.leftovers"), "leftovers", "leaf", new FindDelegate(nullptr)},
@@ -144,6 +151,10 @@ QStringList LeftoversScreen::reasons(const OrphanScanResult& result) const {
 void LeftoversScreen::showContent() {
     const auto summary = summarize(flow_.sweep().snapshot().tree);
     const bool hasFinds = result() && summary.total > 0;
+    if (const bool areMany = summary.total > mostMeasuredRows; areMany != view().uniformRowHeights()) {
+        view().setUniformRowHeights(areMany);
+        view().doItemsLayout();
+    }
     header().setLine(
         hasFinds ? text("orphans.filter.showing %lld %lld %@",
                         {std::to_string(summary.shown), std::to_string(summary.total), summary.sizeText})

@@ -19,7 +19,7 @@
 
 namespace tidwen {
 
-ProtectedPage::ProtectedPage(UserSettings& settings, std::vector<InstalledApp> installed, const Texts& texts)
+ProtectedPage::ProtectedPage(UserSettings& settings, std::vector<SharedApp> installed, const Texts& texts)
     : SettingsPage(texts, "settings.tab.protected"), settings_(settings), installed_(std::move(installed)) {
     addParagraph(text("settings.protected.body"), Role::second);
     list_ = new QListWidget;
@@ -69,17 +69,17 @@ void ProtectedPage::showMenu() {
     auto* menu = add_->menu();
     menu->clear();
     for (const auto& app : installed_)
-        if (!settings_.protectedApps().contains(app.bundleID))
-            connect(menu->addAction(shown(app.name)), &QAction::triggered, this,
-                    [this, bundleID = app.bundleID] { settings_.toggleProtection(bundleID); });
+        if (!settings_.protectedApps().contains(app->bundleID))
+            connect(menu->addAction(shown(app->name)), &QAction::triggered, this,
+                    [this, bundleID = app->bundleID] { settings_.toggleProtection(bundleID); });
 }
 
 QString ProtectedPage::nameOf(const std::string& bundleID) const {
-    const auto app = std::ranges::find_if(installed_, [&](const InstalledApp& each) {
-        return lowercased(each.bundleID) == lowercased(bundleID);
+    const auto app = std::ranges::find_if(installed_, [&](const SharedApp& each) {
+        return lowercased(each->bundleID) == lowercased(bundleID);
     });
     return app == installed_.end() ? shown(bundleID)
-                                   : shown(app->name) + QStringLiteral("  ·  ") + shown(bundleID);
+                                   : shown((*app)->name) + QStringLiteral("  ·  ") + shown(bundleID);
 }
 
 } // namespace tidwen

@@ -17,7 +17,7 @@ namespace tidwen {
 class ProtectedPage final : public SettingsPage {
   public:
     /// `installed`: to choose from, and to name what is protected; may be empty.
-    ProtectedPage(UserSettings& settings, std::vector<InstalledApp> installed, const Texts& texts);
+    ProtectedPage(UserSettings& settings, std::vector<SharedApp> installed, const Texts& texts);
 
   private:
     void showPresent();
@@ -25,7 +25,7 @@ class ProtectedPage final : public SettingsPage {
     QString nameOf(const std::string& bundleID) const;
 
     UserSettings& settings_;
-    std::vector<InstalledApp> installed_;
+    std::vector<SharedApp> installed_;
     QListWidget* list_ = nullptr;
     QLabel* none_ = nullptr;
     QPushButton* add_ = nullptr;

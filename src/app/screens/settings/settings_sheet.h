@@ -25,7 +25,7 @@ class SettingsSheet final : public Sheet {
     /// Of the Mac that is open.
     struct MacFacts {
         PermissionsModel* own = nullptr; ///< null unless it is the running one
-        std::vector<InstalledApp> installed = {};
+        std::vector<SharedApp> installed = {};
         PermissionsPage::OpenPane openPane = {};
     };
 
