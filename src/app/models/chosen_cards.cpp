@@ -32,8 +32,7 @@ ChosenCards::Choice ChosenCards::choice() const {
 }
 
 void ChosenCards::forget() {
-    hidden_.clear();
-    clear();
+    select(QItemSelection(), Clear);
 }
 
 void ChosenCards::select(const QItemSelection& selection, SelectionFlags command) {

@@ -44,6 +44,7 @@ namespace tidwen {
 namespace {
 
 constexpr int longestToFirstPaint = 300; ///< milliseconds; a window behind others is not painted
+constexpr int quickOpening = 400;        ///< milliseconds, after which it is said what one waits for
 constexpr qsizetype mostLines = 6;       ///< of one notice
 
 /// Never as a move: whoever offers one deletes its file when it was taken. Where no copy is offered either,
@@ -75,7 +76,6 @@ MainWindow::MainWindow(Services services)
     makeChooser();
     makeMenus();
     veil_ = new DropVeil(this);
-    showWelcome();
     settingsChanged_ = services_.own.settings().changed.connect([this] {
         if (mac_) mac_->session().reloadSettings();
     });
@@ -191,15 +191,33 @@ void MainWindow::openRunning(const MacOpener::OpenMac& running) {
     chooser_->openRunning(running);
 }
 
+/// A Mac that was asked for is mostly there before anybody could read that it is being opened.
 void MainWindow::begin(const QString& words) {
-    if (!welcome_) return;
-    welcome_->say(words);
-    welcome_->setBusy(true);
+    if (view_) return;
+    opening_ = words;
+    if (welcome_) return showOpening();
+    QTimer::singleShot(quickOpening, this, [this] {
+        if (!opening_ || view_) return;
+        if (!welcome_) showWelcome();
+        showOpening();
+    });
+}
+
+void MainWindow::showOpening() {
+    welcome_->setBusy(opening_.has_value());
+    welcome_->say(opening_.value_or(QString()));
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+    if (!view_ && !welcome_ && !opening_) showWelcome();
+    QMainWindow::showEvent(event);
 }
 
 /// A Mac that could not be opened leaves the one that is open as it is.
 void MainWindow::refuse(const QString& why) {
-    if (welcome_) {
+    opening_.reset();
+    if (!view_) {
+        if (!welcome_) showWelcome();
         welcome_->setBusy(false);
         welcome_->say(why);
     } else if (gone_ && !why.isEmpty()) { // above the screen it would lie under that notice
@@ -226,6 +244,7 @@ void MainWindow::take(MacOpener::Opened opened) {
         QTimer::singleShot(longestToFirstPaint, this, [this] { takeArrived(); });
         return;
     }
+    opening_.reset();
     presence_.reset();
     standing_.reset();
     clearContent();
@@ -278,7 +297,7 @@ void MainWindow::comeBack() {
 }
 
 bool MainWindow::isOpening() const {
-    return welcome_ && welcome_->isBusy();
+    return opening_.has_value();
 }
 
 bool MainWindow::isNeeded() const {
@@ -299,11 +318,10 @@ void MainWindow::speakAnew() {
         view_->takeOver(std::move(handover));
         kept.giveTo(*view_);
         followPresence();
-    } else {
-        const bool isBusy = welcome_->isBusy();
+    } else if (welcome_) {
         clearContent();
         showWelcome();
-        welcome_->setBusy(isBusy);
+        showOpening();
     }
     if (!settings) return;
     openSettings();

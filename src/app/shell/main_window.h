@@ -72,6 +72,7 @@ class MainWindow final : public QMainWindow {
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
   private:
     void makeChooser();
@@ -80,6 +81,7 @@ class MainWindow final : public QMainWindow {
     void showView();
     void clearContent();
     void begin(const QString& words);
+    void showOpening();
     void refuse(const QString& why);
     void take(MacOpener::Opened opened);
     void takeArrived();
@@ -108,6 +110,7 @@ class MainWindow final : public QMainWindow {
     QPointer<Sheet> gone_;
     LeftMacs left_;
     std::unique_ptr<OpenMac> mac_;
+    std::optional<QString> opening_; ///< what is said while a Mac is being opened
     bool wasPainted_ = false;
     std::optional<MacOpener::Opened> arrived_;   ///< before it was painted for the first time
     MacView* view_ = nullptr;                    ///< of `mac_`, and goes before it

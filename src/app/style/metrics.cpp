@@ -26,7 +26,8 @@ int textSize() {
     const auto font = QApplication::font();
     if (size == 0 || !font.isCopyOf(known)) {
         known = font;
-        size = QFontInfo(font).pixelSize();
+        // Asked of the font itself it costs no search for a file, for which the first window would wait.
+        size = font.pixelSize() > 0 ? font.pixelSize() : QFontInfo(font).pixelSize();
     }
     return size;
 }

@@ -291,6 +291,7 @@ void ApplicationsScreen::search() {
 void ApplicationsScreen::startAfresh() {
     search_->clear();
     chosen_->forget();
+    cards_->setCurrentIndex({}); // told the view, which otherwise makes one current with the focus
     updateFooter();
 }
 

@@ -53,10 +53,6 @@ void WelcomeScreen::setBusy(bool isBusy) {
     choices_->setEnabled(!isBusy);
 }
 
-bool WelcomeScreen::isBusy() const {
-    return !choices_->isEnabled();
-}
-
 void WelcomeScreen::paintEvent(QPaintEvent* /*event*/) {
     QPainter(this).fillRect(rect(), colors()[Role::window]);
 }

@@ -21,7 +21,6 @@ class WelcomeScreen final : public QWidget {
     /// Why nothing could be opened, or what runs; empty: nothing to say.
     void say(const QString& words);
     void setBusy(bool isBusy);
-    bool isBusy() const;
 
   protected:
     void paintEvent(QPaintEvent* event) override;
