@@ -7,7 +7,10 @@
 #include "app/widgets/parts.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
+#include "base/byte_sum.h"
+#include "base/language.h"
 #include "base/path.h"
+#include "base/timestamp.h"
 
 #include <QApplication>
 #include <QBoxLayout>
@@ -15,6 +18,8 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include <chrono>
+#include <string>
 #include <variant>
 
 namespace tidwen {
@@ -22,6 +27,11 @@ namespace tidwen {
 namespace {
 
 constexpr int foldsBelow = 960; ///< of the window's width
+
+Timestamp modifiedAt(const FoundItem& item) {
+    return std::chrono::floor<std::chrono::seconds>(
+        std::chrono::sys_time<std::chrono::nanoseconds>(std::chrono::nanoseconds(item.modifiedNanoseconds())));
+}
 
 } // namespace
 
@@ -53,9 +63,7 @@ void DetailsPane::show(const Trace* trace) {
     content_->addWidget(parts::paragraph(traceTitle(*trace, texts_), Type::strong));
     content_->addSpacing(scaled(6));
     addLine("review.details.why", traceReason(*trace, texts_));
-    const auto risk = "risk." + std::string(name(trace->risk)) + ".title";
-    const auto note = tierNotes_ + std::string(name(trace->risk)) + ".note";
-    addLine("review.details.risk", words(texts_, risk) + QLatin1Char('\n') + words(texts_, note));
+    addRisk(trace->risk);
     const auto* guidance = std::get_if<action::Guidance>(&trace->action);
     if (guidance) addLine("review.byHand.title", shown(texts_.text(guidance->step.instruction)));
     if (auto badge = traceBadge(*trace, texts_); !badge.isEmpty()) {
@@ -66,9 +74,12 @@ void DetailsPane::show(const Trace* trace) {
         if (why) badge += QStringLiteral(": ") + words(texts_, why);
         addLine("review.details.mark", badge);
     }
-    if (trace->sizeBytes) addLine("cli.apps.size", sizeWords(trace->sizeBytes, texts_));
+    if (trace->sizeBytes) addLine("cli.apps.size", sizeOf(*trace));
     if (const auto place = tracePlace(*trace, user_); !place.isEmpty())
         addLine("review.details.where", breakable(place));
+    if (trace->found)
+        addLine("review.details.changed",
+                QString::fromStdString(formatDate(modifiedAt(*trace->found), texts_.language())));
     auto undo = words(texts_, "review.details.undo." + std::string(name(trace->reversibility)));
     if (trace->reversibility == Reversibility::irreversibleHarmless)
         undo += QLatin1Char('\n') + words(texts_, "review.badge.notUndone.help");
@@ -120,14 +131,38 @@ void DetailsPane::openSheet() const {
     sheet->open();
 }
 
+QString DetailsPane::sizeOf(const Trace& trace) const {
+    auto size = QString::fromStdString(sizeText(*trace.sizeBytes, trace.isSizePartial, texts_));
+    if (trace.innerItems > 0)
+        size += QStringLiteral(" · ")
+                + words(texts_, "report.subject.items %lld", {std::to_string(trace.innerItems)});
+    return size;
+}
+
+void DetailsPane::addRisk(TraceRisk risk) {
+    const std::string tier(name(risk));
+    const auto look = roles(risk);
+    auto* lines = parts::column(nullptr, scaled(3));
+    lines->addWidget(parts::badge(words(texts_, "risk." + tier + ".title"), look.mark, look.ground), 0,
+                     Qt::AlignLeading);
+    lines->addWidget(parts::paragraph(words(texts_, tierNotes_ + tier + ".note"), Type::second));
+    addLine("review.details.risk", lines);
+}
+
 void DetailsPane::addLine(const char* key, const QString& text) {
+    auto* value = parts::column(nullptr);
+    value->addWidget(parts::paragraph(text, Type::second));
+    addLine(key, value);
+}
+
+void DetailsPane::addLine(const char* key, QBoxLayout* value) {
     auto* line = parts::row(nullptr, scaled(10));
     auto* title = parts::label(words(texts_, key), Type::second, Role::second);
     title->setFixedWidth(scaled(76));
     title->setAlignment(Qt::AlignLeading | Qt::AlignTop);
     title->setWordWrap(true);
     line->addWidget(title);
-    line->addWidget(parts::paragraph(text, Type::second), 1);
+    line->addLayout(value, 1);
     content_->addLayout(line);
 }
 

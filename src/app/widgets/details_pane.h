@@ -36,7 +36,10 @@ class DetailsPane final : public Panel {
 
   private:
     void openSheet() const;
+    QString sizeOf(const Trace& trace) const;
+    void addRisk(TraceRisk risk);
     void addLine(const char* key, const QString& text);
+    void addLine(const char* key, QBoxLayout* value);
     void addButtons(const Path& path);
 
     const Texts& texts_;

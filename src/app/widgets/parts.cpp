@@ -8,9 +8,11 @@
 #include <QEvent>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
 #include <QStackedLayout>
 #include <QStyle>
+#include <optional>
 
 namespace tidwen::parts {
 
@@ -19,7 +21,7 @@ namespace {
 /// Keeps its role when the appearance changes.
 class RoleLabel final : public QLabel {
   public:
-    explicit RoleLabel(Role role) : role_(role) { dye(); }
+    explicit RoleLabel(Role role, std::optional<Role> ground = {}) : role_(role), ground_(ground) { dye(); }
     void showIcon(const QString& name, int size) {
         icon_ = name;
         size_ = size;
@@ -32,6 +34,14 @@ class RoleLabel final : public QLabel {
         if (event->type() == QEvent::StyleChange) dye();
     }
 
+    void paintEvent(QPaintEvent* event) override {
+        if (ground_) {
+            QPainter painter(this);
+            fillRounded(painter, rect(), colors()[*ground_], scaled(5));
+        }
+        QLabel::paintEvent(event);
+    }
+
   private:
     void dye() {
         auto own = palette();
@@ -42,11 +52,21 @@ class RoleLabel final : public QLabel {
     }
 
     Role role_;
+    std::optional<Role> ground_;
     QString icon_;
     int size_ = 0;
 };
 
 } // namespace
+
+QLabel* badge(const QString& text, Role color, Role ground) {
+    auto* result = new RoleLabel(color, ground);
+    result->setTextFormat(Qt::PlainText);
+    result->setText(text);
+    result->setFont(textFont(Type::section));
+    result->setMargin(scaled(3));
+    return result;
+}
 
 QLabel* label(const QString& text, Type type, Role color) {
     auto* result = new RoleLabel(color);

@@ -20,6 +20,8 @@ namespace tidwen::parts {
 QLabel* label(const QString& text, Type type = Type::body, Role color = Role::text);
 /// The same over several lines.
 QLabel* paragraph(const QString& text, Type type = Type::body, Role color = Role::text);
+/// A word on a coloured ground.
+QLabel* badge(const QString& text, Role color, Role ground);
 QPushButton* button(const QString& text, std::function<void()> onClick, const QString& icon = {});
 /// The one main action of a screen.
 QPushButton* primaryButton(const QString& text, std::function<void()> onClick);

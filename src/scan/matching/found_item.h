@@ -20,6 +20,7 @@ struct FoundItem {
     FoundItem(const FileInfo& found, Part part);
 
     bool isStill(const FileInfo& now) const;
+    std::int64_t modifiedNanoseconds() const { return modified_; } ///< since 1970
     friend bool operator==(const FoundItem&, const FoundItem&) = default;
 
   private:

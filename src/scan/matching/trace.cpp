@@ -58,6 +58,7 @@ std::string displayName(const Trace& trace, const Texts& texts) {
 
 void setSize(Trace& trace, const TreeSize& size) {
     trace.sizeBytes = static_cast<std::int64_t>(size.allocatedBytes);
+    trace.innerItems = size.entries;
     trace.isSizePartial = size.capped;
 }
 
