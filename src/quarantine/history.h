@@ -32,9 +32,9 @@ struct RemovalHistoryEntry {
     bool isPartlyPurged = false;  ///< a purge was cut off while it deleted one of the missing items
     int loadableJobs = 0;         ///< unloaded jobs whose property list is in its place again
 
-    /// Something is left to put back or to load. Whether a job was loaded since is unknown; loading it again
-    /// is harmless.
-    bool canBeUndone() const { return pendingMoves > 0 || loadableJobs > 0; }
+    /// Something is left to put back or, on a Mac that `runsJobs`, to load. Whether a job was loaded since is
+    /// unknown; loading it again is harmless.
+    bool canBeUndone(bool runsJobs) const { return pendingMoves > 0 || (runsJobs && loadableJobs > 0); }
 
     /// Where the items are that the run moved.
     enum class Items {

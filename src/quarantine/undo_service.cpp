@@ -52,8 +52,8 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settli
         }
     }
     if (auto entry = readHistoryEntry(root, ports_.files)) {
-        const bool isLeft = entry->pendingMoves > 0 || (ports_.runsJobs && entry->loadableJobs > 0);
-        if (!isLeft && !(settling == Settling::done && hasRests(entry->manifest, ports_.files))
+        if (!entry->canBeUndone(ports_.runsJobs)
+            && !(settling == Settling::done && hasRests(entry->manifest, ports_.files))
             && !hasLost(*entry, user_, ports_.files))
             return tl::unexpected(nothingLeft);
         return std::move(entry->manifest);

@@ -112,6 +112,17 @@ TEST_P(Languages, AreSpokenAtEveryScreenWithoutLosingOrCuttingAnything) {
                && chosen.front().data().toString().contains(QStringLiteral("Marlin Notes"));
     });
 
+    for (const auto& language : availableLanguages(resources.path())) {
+        if (GetParam().width > 0 && language == test::mirrored) continue;
+        fixture.speak(language);
+        auto* view = fixture.find<QAbstractItemView>("applications");
+        QTest::keyClick(view, Qt::Key_Space);
+        EXPECT_THAT(cutTexts(fixture.window), IsEmpty()) << "details in " << language;
+        ASSERT_TRUE(fixture.find<QWidget>("sheet"));
+        delete fixture.find<QWidget>("sheet");
+    }
+    fixture.speak("system");
+
     ASSERT_TRUE(fixture.review("Marlin Notes"));
     auto* found = fixture.find<QTreeView>("review");
     const auto folded = found->model()->index(1, 0);

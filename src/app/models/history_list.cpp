@@ -162,7 +162,9 @@ QString HistoryList::help(const RemovalHistoryEntry& entry) const {
     using Items = RemovalHistoryEntry::Items;
     if (entry.isPartlyPurged) return words(texts_, "history.help.partlyPurged");
     if (entry.missingMoves > 0)
-        return words(texts_, "history.help.missing %lld %lld",
+        return words(texts_,
+                     entry.pendingMoves > 0 ? "history.help.missing %lld %lld"
+                                            : "history.help.noneLeft %lld %lld",
                      {std::to_string(entry.missingMoves), std::to_string(entry.totalMoves)});
     const bool isInterrupted = entry.manifest.recoveredAt && entry.items() == Items::inQuarantine;
     return isInterrupted ? words(texts_, "history.help.recovered") : QString();

@@ -300,6 +300,7 @@ void MacView::takeDropped(std::vector<std::string> hostPaths) {
         },
         [](MacView& view, const std::pair<std::vector<Path>, std::size_t>& taken) {
             const auto& [bundles, dropped] = taken;
+            view.said_->fallSilent(); // what was said of an earlier drop
             if (bundles.empty()) return view.say(view.text("drop.elsewhere"));
             view.lookAt(bundles);
             if (const auto others = dropped - bundles.size(); others > 0)

@@ -29,8 +29,8 @@ namespace {
 constexpr int foldsBelow = 960; ///< of the window's width
 
 Timestamp modifiedAt(const FoundItem& item) {
-    return std::chrono::floor<std::chrono::seconds>(
-        std::chrono::sys_time<std::chrono::nanoseconds>(std::chrono::nanoseconds(item.modifiedNanoseconds())));
+    return std::chrono::floor<std::chrono::seconds>(std::chrono::sys_time<std::chrono::nanoseconds>(
+        std::chrono::nanoseconds(item.modifiedNanoseconds())));
 }
 
 } // namespace

@@ -24,7 +24,7 @@ std::optional<std::string> undoCommandLine(const Path& root, const CommandContex
         const auto run = readUnfinishedRun(root, mac.system.files);
         const auto isFound = [](const ManifestEntry& entry) { return !entry.isMissing; };
         if (!run || !run->known || std::ranges::none_of(run->known->entries, isFound)) return std::nullopt;
-    } else if (const bool isLeft = mac.volume ? found->pendingMoves > 0 : found->canBeUndone(); !isLeft)
+    } else if (!found->canBeUndone(!mac.volume))
         return std::nullopt;
     // By name, because its number changes with the next run.
     return context.commandLine({"undo", root.lastComponent()});

@@ -129,7 +129,7 @@ struct Trace {
     /// An application that could not be seen may own it. Never selected by default either.
     bool ownerUnsure = false;
     std::uint64_t innerItems = 0; ///< files and folders inside it, as far as they were measured
-    bool isSizePartial = false; ///< there was more than is measured: `sizeBytes` is a lower bound
+    bool isSizePartial = false;   ///< there was more than is measured: `sizeBytes` is a lower bound
     /// What is to be moved; absent where it could not be told, and for anything but files.
     std::optional<FoundItem> found = {};
     int itemCount = 1; ///< keychain: items of the service

@@ -68,23 +68,21 @@ Sheet* openAppDetails(QWidget* window, const HomeRow& row, AppIcons& icons, cons
     sheet->content().addSpacing(scaled(6));
     addFacts(*sheet, row, app, texts, now);
     sheet->content().addSpacing(scaled(8));
-    auto* buttons = parts::row(nullptr, scaled(6));
+    auto& buttons = sheet->addAnswers();
     const auto add = [&](const char* key, const std::function<void()>& act) {
         auto* button = parts::button(words(texts, key), [sheet, act] {
             sheet->close();
             act();
         });
         button->setObjectName(QString::fromLatin1(key));
-        buttons->addWidget(button);
+        buttons.addWidget(button);
     };
     add("history.revealButton", actions.reveal);
     add("permissions.show", actions.showPermissions);
     add("details.editTags", actions.editTags);
     add(row.isProtected ? "drop.tile.unprotect" : "drop.tile.protect", actions.toggleProtection);
-    buttons->addStretch(1);
-    buttons->addWidget(
+    buttons.addWidget(
         parts::primaryButton(words(texts, "permissions.doneButton"), [sheet] { sheet->cancel(); }));
-    sheet->content().addLayout(buttons);
     sheet->open();
     return sheet;
 }

@@ -245,9 +245,9 @@ void HistoryScreen::ask(const QString& title, const char* message, const char* b
 
 void HistoryScreen::update() {
     const auto& entries = history_.entries.get();
-    ByteSum held; // what is put back takes nothing
+    ByteSum held;
     for (const auto& entry : entries)
-        if (entry.pendingMoves > 0) held.add(entry.sizeBytes, entry.isSizePartial);
+        held.add(entry.sizeBytes, entry.isSizePartial);
     totals_ = text("history.total %lld %@", {std::to_string(entries.size()), sizeText(held, texts_)});
     showLine();
     showNotices();
@@ -355,7 +355,7 @@ void HistoryScreen::updateFooter() {
         if (!isEnabled && button.hasFocus()) runs_->setFocus(); // or the next widget of the window has it
         button.setEnabled(isEnabled);
     };
-    enable(*undo_, entry && entry->canBeUndone() && !isBack && !isBusy);
+    enable(*undo_, entry && entry->canBeUndone(runsJobs_) && !isBack && !isBusy);
     enable(*show_, entry != nullptr);
     enable(*delete_, entry && !isBusy);
     enable(*deleteAll_, !history_.entries.get().empty() && !isBusy);
