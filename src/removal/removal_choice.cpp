@@ -68,6 +68,10 @@ bool RemovalChoice::isSelected(const Uuid& id) const {
     return number && selected_[*number];
 }
 
+std::size_t RemovalChoice::selectedCount() const {
+    return static_cast<std::size_t>(std::ranges::count(selected_, true));
+}
+
 std::vector<RemovalTarget> RemovalChoice::targets() const {
     std::vector<RemovalTarget> targets;
     targets.reserve(going_.size());

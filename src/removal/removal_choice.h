@@ -52,6 +52,8 @@ class RemovalChoice {
     /// Whether it is selected. It may stay nevertheless: a remaining application may claim it.
     bool isSelected(const Uuid& id) const;
     bool isSelected(std::size_t number) const { return selected_[number]; } ///< as `Findings::number`
+    /// How many are selected, whether they stay or not.
+    std::size_t selectedCount() const;
     /// What is removed, each item once: without items inside a folder that is also removed, and without items
     /// that a remaining application of the scan also claims.
     const std::vector<GoingGroup>& going() const { return going_; }

@@ -3,6 +3,7 @@
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QTest>
+#include <algorithm>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <variant>
@@ -49,6 +50,9 @@ TEST_F(LeftoversWindow, FiltersChoosesRemovesAndPutsBackWhatASweepFound) {
     ASSERT_TRUE(fixture.click("select safe"));
     EXPECT_EQ(chosen(), 1u) << "what is not shown is not taken";
     EXPECT_TRUE(test::spoken(row("com.oldferry.timetable")).contains(QStringLiteral("selected")));
+    const auto fields = fixture.window.findChildren<QLineEdit*>();
+    (*std::ranges::find_if(fields, &QLineEdit::isVisible))->setText(QStringLiteral("gravel"));
+    EXPECT_TRUE(waitUntil([this] { return fixture.says(QStringLiteral("not shown: 1")); }));
 
     const auto cache = fixture.at("Users/alice/Library/Caches/com.oldferry.timetable");
     ASSERT_TRUE(fixture.removeWhatIsChosen());

@@ -25,6 +25,11 @@ Qt::ItemFlags FindTree::flags(const QModelIndex& index) const {
     return trace(index) ? flags | Qt::ItemNeverHasChildren : flags;
 }
 
+std::size_t FindTree::hiddenChosen() const {
+    const auto all = flow_.choice().selectedCount(), shown = shownChosen();
+    return all > shown ? all - shown : 0; // a tree that is not refreshed yet may show more
+}
+
 Qt::CheckState FindTree::Chosen::box() const {
     if (count == 0) return Qt::Unchecked;
     return count == of ? Qt::Checked : Qt::PartiallyChecked;

@@ -23,6 +23,8 @@ class FindTree : public QAbstractItemModel {
     virtual const Trace* trace(const QModelIndex& index) const = 0;
     /// Chooses everything below, or nothing of it.
     virtual void toggle(const QModelIndex& index) = 0;
+    /// How many are chosen that a search or a filter hides.
+    std::size_t hiddenChosen() const;
 
     int columnCount(const QModelIndex& /*above*/ = {}) const final { return 1; }
     bool hasChildren(const QModelIndex& above = {}) const final { return rowCount(above) > 0; }
@@ -39,6 +41,7 @@ class FindTree : public QAbstractItemModel {
 
         Qt::CheckState box() const;
     };
+    virtual std::size_t shownChosen() const = 0;
     QString tierTitle(TraceRisk tier) const;
     QString categoryTitle(TraceCategory category) const;
     QString chosenWords(const Chosen& chosen) const;

@@ -11,6 +11,7 @@
 
 #include <QStringList>
 #include <algorithm>
+#include <numeric>
 #include <string>
 #include <variant>
 
@@ -110,6 +111,12 @@ void ReviewTree::refresh() {
     notify({});
     for (std::size_t i = 0; i < nodes_.size(); ++i)
         if (!nodes_[i].children.empty()) notify(createIndex(nodes_[i].row, 0, static_cast<quintptr>(i)));
+}
+
+std::size_t ReviewTree::shownChosen() const {
+    return std::accumulate(roots_.begin(), roots_.end(), std::size_t(0), [this](std::size_t sum, int root) {
+        return sum + nodes_[static_cast<std::size_t>(root)].chosen.count;
+    });
 }
 
 const Trace* ReviewTree::trace(const QModelIndex& index) const {

@@ -38,6 +38,7 @@ class ReviewTree final : public FindTree {
     QVariant data(const QModelIndex& index, int role) const override;
 
   private:
+    std::size_t shownChosen() const override;
     struct Node {
         Kind kind = Kind::item;
         int parent = -1;

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <functional>
 #include <iterator>
+#include <numeric>
 #include <string>
 
 namespace tidwen {
@@ -296,6 +297,11 @@ QString SweepTree::secondLine(const Trace& trace) const {
         if (!name->empty() && !title.startsWith(shown(*name), Qt::CaseInsensitive))
             return line + QStringLiteral(" · ") + shown(*name);
     return line;
+}
+
+std::size_t SweepTree::shownChosen() const {
+    return std::accumulate(tiers_.begin(), tiers_.end(), std::size_t(0),
+                           [](std::size_t sum, const Tier& tier) { return sum + tier.selected; });
 }
 
 const Trace* SweepTree::trace(const QModelIndex& index) const {

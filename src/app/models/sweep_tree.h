@@ -56,6 +56,7 @@ class SweepTree final : public FindTree {
         std::size_t tier = 0, group = 0, item = 0;
     };
 
+    std::size_t shownChosen() const override;
     Place place(const QModelIndex& index) const;
     QModelIndex tierIndex(std::size_t tier) const;
     QModelIndex groupIndex(std::size_t tier, std::size_t group) const;

@@ -131,14 +131,21 @@ void ListScreen::setUsable(bool isUsable) {
     footer_->setVisible(isUsable);
 }
 
-void ListScreen::showChosen(std::size_t count, const QString& size) {
+std::size_t ListScreen::countTicked() const {
+    const auto* rows = view_->model();
+    return static_cast<std::size_t>(rows->match(rows->index(0, 0), Qt::CheckStateRole, Qt::Checked, -1,
+                                                Qt::MatchExactly | Qt::MatchRecursive)
+                                        .size());
+}
+
+void ListScreen::showChosen(std::size_t count, const QString& size, std::size_t hidden) {
     const auto number = std::to_string(count);
     count_->setFont(textFont(count == 0 ? Type::body : Type::strong));
-    if (count == 0)
-        count_->setText(text("list.chosen.none"));
-    else
-        count_->setText(size.isEmpty() ? text("list.chosen %lld", {number})
-                                       : text("list.chosen %lld %@", {number, size.toStdString()}));
+    auto line = count == 0       ? text("list.chosen.none")
+                : size.isEmpty() ? text("list.chosen %lld", {number})
+                                 : text("list.chosen %lld %@", {number, size.toStdString()});
+    if (hidden > 0) line += QStringLiteral(" · ") + text("list.chosen.hidden %lld", {std::to_string(hidden)});
+    count_->setText(line);
     remove_->setEnabled(count > 0);
 }
 

@@ -76,8 +76,10 @@ class ListScreen : public QWidget {
     /// Whether there is something to search and to choose from.
     void setUsable(bool isUsable);
     bool isUsable() const { return isUsable_; }
-    /// `size`: of what is chosen; empty when that is not known.
-    void showChosen(std::size_t count, const QString& size = {});
+    /// `size`: of what is chosen; empty when that is not known. `hidden`: how many of them are not shown.
+    void showChosen(std::size_t count, const QString& size, std::size_t hidden);
+    /// The rows with a ticked box. Of a list that is not long.
+    std::size_t countTicked() const;
     /// What the line about the chosen ones and the button that removes them are called.
     void nameFooter(const char* chosen, const char* remove);
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;

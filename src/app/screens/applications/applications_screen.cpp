@@ -411,7 +411,7 @@ void ApplicationsScreen::updateFooter() {
     count_->setFont(textFont(isAny ? Type::strong : Type::body));
     QStringList more;
     if (isAny) more << text("applications.chosen.size %@", {sizeWords(bytes, models_.texts).toStdString()});
-    if (hidden > 0) more << text("applications.chosen.hidden %lld", {std::to_string(hidden)});
+    if (hidden > 0) more << text("list.chosen.hidden %lld", {std::to_string(hidden)});
     sizes_->setText(more.join(QStringLiteral(" · ")));
     protect_->setText(text(areProtected(apps) ? "drop.tile.unprotect" : "drop.tile.protect"));
     protect_->setVisible(isAny);

@@ -72,8 +72,9 @@ void InstallersScreen::refresh() {
     ByteSum sum;
     for (const auto& row : rows)
         if (row.isSelected) sum.add(row.file.sizeBytes, row.file.isSizePartial);
-    showChosen(model_.selection.get().size(),
-               sum.isKnown ? QString::fromStdString(sizeText(sum, texts())) : QString());
+    const auto chosen = model_.selection.get().size();
+    showChosen(chosen, sum.isKnown ? QString::fromStdString(sizeText(sum, texts())) : QString(),
+               chosen - std::min(chosen, countTicked()));
     selectMatched_->setEnabled(
         std::ranges::any_of(rows, [](const InstallerRow& row) { return row.file.installedApp.has_value(); }));
 }

@@ -187,7 +187,7 @@ void LeftoversScreen::showEmpty() {
 void LeftoversScreen::showFooter() {
     const auto& summary = flow_.choice().summary();
     const auto count = static_cast<std::size_t>(summary.totalCount);
-    showChosen(count, QString::fromStdString(summary.totalSizeText(texts())));
+    showChosen(count, QString::fromStdString(summary.totalSizeText(texts())), tree_.hiddenChosen());
     selectSafe_->setEnabled(!tree_.idsOf(TraceRisk::safe).empty());
 }
 

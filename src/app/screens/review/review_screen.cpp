@@ -300,8 +300,11 @@ void ReviewScreen::showSizes() {
 void ReviewScreen::showFooter() {
     const auto& choice = flow_.choice();
     const auto& summary = choice.summary();
-    going_->setText(text("review.header.summary %lld %@",
-                         {std::to_string(summary.totalCount), summary.totalSizeText(texts_)}));
+    auto going = text("review.header.summary %lld %@",
+                      {std::to_string(summary.totalCount), summary.totalSizeText(texts_)});
+    if (const auto hidden = tree_.hiddenChosen(); hidden > 0)
+        going += QStringLiteral(" · ") + text("list.chosen.hidden %lld", {std::to_string(hidden)});
+    going_->setText(going);
     staying_->setText(whatStays().join(QStringLiteral(" · ")));
     staying_->setVisible(!staying_->text().isEmpty());
     remove_->setText(

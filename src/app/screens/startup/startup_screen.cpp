@@ -64,7 +64,8 @@ void StartupScreen::refresh() {
     if (result.leftOut > 0) reasons << text("cli.leftOut %lld", {std::to_string(result.leftOut)});
     showReasons(text("review.incomplete.title"), reasons,
                 {text("leftovers.again"), [this] { model_.load(); }});
-    showChosen(model_.selection.get().size());
+    const auto chosen = model_.selection.get().size();
+    showChosen(chosen, {}, chosen - std::min(chosen, countTicked()));
     selectOrphans_->setEnabled(std::ranges::any_of(rows, [](const StartupItemRow& row) {
         return section(row.item) == StartupSection::orphans && row.isSelectable;
     }));
