@@ -12,7 +12,10 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QAbstractItemView>
+#include <QLineEdit>
 #include <QMenu>
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -23,6 +26,7 @@ namespace tidwen {
 namespace {
 
 using test::waitUntil;
+using test::WindowFixture;
 
 class Settings : public testing::Test {
   protected:
@@ -54,6 +58,27 @@ TEST_F(Settings, TakeEffectAtOnceAndAreStored) {
     EXPECT_EQ(fixture.window.mac()->session().preferences().unusedThreshold.get(), "oneMonth");
     ASSERT_TRUE(fixture.click("settings.tab.trash") && fixture.click("catchTrashedApps"));
     EXPECT_TRUE(waitUntil([&] { return stored("catchTrashedApps") == "true"; }));
+}
+
+TEST_F(Settings, ProtectAnApplicationThatIsSearchedFor) {
+    ASSERT_TRUE(fixture.openSample() && fixture.hasFocus());
+    auto* cards = fixture.find<QAbstractItemView>("applications");
+    cards->selectionModel()->select(WindowFixture::rowCalled(*cards, QStringLiteral("Kip")),
+                                    QItemSelectionModel::Select);
+    fixture.window.openSettings();
+    ASSERT_TRUE(fixture.click("settings.tab.protected") && fixture.click("protect application"));
+    fixture.find<QLineEdit>("search applications")->setText(QStringLiteral("KIP"));
+    ASSERT_TRUE(fixture.click("choose application"));
+    const auto& kept = fixture.window.mac()->session().protectedApps();
+    ASSERT_TRUE(waitUntil([&] { return kept.contains("com.littlefin.kip"); }));
+    delete fixture.find<QWidget>("sheet");
+    const auto isOffered = [this](const QString& word) {
+        const auto buttons = fixture.window.findChildren<QPushButton*>();
+        return std::ranges::any_of(
+            buttons, [&](const auto* each) { return each->isVisible() && each->text() == word; });
+    };
+    EXPECT_TRUE(waitUntil([&] { return isOffered(QStringLiteral("Stop Protecting")); }))
+        << "the word follows what was done elsewhere";
 }
 
 TEST_F(Settings, FollowAnotherProcess) {

@@ -26,8 +26,8 @@ bool UserSettings::set(std::string_view name, std::string_view value) {
     return isStored;
 }
 
-void UserSettings::toggleProtection(const std::string& bundleID) {
-    const bool isStored = protectedApps_.toggle(bundleID);
+void UserSettings::setProtected(const std::string& bundleID, bool isProtected) {
+    const bool isStored = protectedApps_.set({bundleID}, isProtected);
     failure.set(isStored ? std::nullopt : std::optional(defaults_.whyNotStored()));
     changed.emit();
 }

@@ -34,7 +34,7 @@ class UserSettings {
 
     /// By the setting's name and stored text. False when it was not stored.
     bool set(std::string_view name, std::string_view value);
-    void toggleProtection(const std::string& bundleID);
+    void setProtected(const std::string& bundleID, bool isProtected);
     /// Reads everything again.
     void reload();
 

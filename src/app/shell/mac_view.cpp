@@ -109,7 +109,10 @@ void MacView::begin() {
 }
 
 MacView::Handover MacView::handOver() const {
-    return {.place = place_, .leftovers = leftoverCount_, .questions = questions_.open()};
+    return {.place = place_,
+            .leftovers = leftoverCount_,
+            .isErrorDismissed = said_->isErrorDismissed(),
+            .questions = questions_.open()};
 }
 
 void MacView::takeOver(Handover handover) {
@@ -117,6 +120,7 @@ void MacView::takeOver(Handover handover) {
     leftoverCount_ = handover.leftovers;
     showCounts();
     showStage();
+    if (handover.isErrorDismissed) said_->dismissError();
     screens_->takeFocus();
     questions_.reopen(std::move(handover.questions));
 }
@@ -325,6 +329,12 @@ void MacView::showPermissions(AppTarget app) {
 void MacView::keyPressEvent(QKeyEvent* event) {
     const bool isInSidebar = sidebar_->isAncestorOf(QApplication::focusWidget());
     if (event->key() == Qt::Key_Escape && isInSidebar) return screens_->takeFocus();
+    const auto typed = event->text();
+    if (isInSidebar && !typed.isEmpty() && typed.at(0).isPrint()) { // a search, as on the screen
+        screens_->takeFocus();
+        QCoreApplication::sendEvent(QApplication::focusWidget(), event);
+        return;
+    }
     QWidget::keyPressEvent(event);
 }
 

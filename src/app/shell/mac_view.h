@@ -43,6 +43,7 @@ class MacView final : public QWidget {
     struct Handover {
         Place place = Place::applications;
         std::size_t leftovers = 0; ///< that the last sweep found
+        bool isErrorDismissed = false;
         MacQuestions::Open questions;
     };
 

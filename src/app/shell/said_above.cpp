@@ -48,4 +48,12 @@ void SaidAbove::showError(const std::optional<std::string>& error) {
     if (error) add(*errors_, shown(*error), dismiss_);
 }
 
+bool SaidAbove::isErrorDismissed() const {
+    return shownError_ && errors_->count() == 0;
+}
+
+void SaidAbove::dismissError() {
+    clear(*errors_);
+}
+
 } // namespace tidwen

@@ -19,6 +19,8 @@ class SaidAbove final : public QWidget {
     void fallSilent();
     /// Nothing for an error that is over. The same again changes nothing.
     void showError(const std::optional<std::string>& error);
+    bool isErrorDismissed() const;
+    void dismissError();
 
   private:
     QString dismiss_;

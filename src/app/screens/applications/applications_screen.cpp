@@ -77,6 +77,7 @@ ApplicationsScreen::ApplicationsScreen(Models models, Look look,
     connect(cards_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             [this] { updateFooter(); });
     connect(&list_, &QAbstractItemModel::rowsRemoved, this, [this] { updateFooter(); });
+    connect(&list_, &QAbstractItemModel::dataChanged, this, [this] { updateFooter(); });
     connect(&list_, &QAbstractItemModel::modelReset, this, [this] { updateFooter(); });
     following_.push_back(models_.grid.phase.observe([this](const auto&) { update(); }));
     following_.push_back(models_.grid.inventory.observe([this](const auto&) { update(); }));
@@ -105,7 +106,7 @@ QWidget* ApplicationsScreen::makeFooter() {
     auto* footer = footerPanel();
     count_ = parts::label({}, Type::strong);
     sizes_ = parts::label({}, Type::second, Role::second);
-    protect_ = parts::button(text("drop.tile.protect"), [this] { toggleProtection(); });
+    protect_ = parts::button(text("drop.tile.protect"), [this] { setProtected(protects_); });
     primary_ = parts::primaryButton({}, [this] { lookAtChosen(); });
     primary_->setObjectName(QStringLiteral("look"));
     auto* layout = footer->layout();
@@ -206,7 +207,8 @@ void ApplicationsScreen::showMenuFor(const QPoint& point) {
     if (const auto apps = chosen(); apps.size() == 1)
         connect(menu->addAction(text("permissions.show")), &QAction::triggered, this,
                 [this, app = *apps.front()] { showPermissions_(app); });
-    connect(menu->addAction(protect_->text()), &QAction::triggered, this, [this] { toggleProtection(); });
+    connect(menu->addAction(protect_->text()), &QAction::triggered, this,
+            [this, areToBe = protects_] { setProtected(areToBe); });
     connect(menu->addAction(text("details.editTags")), &QAction::triggered, this, [this] { editTags(); });
     menu->addSeparator();
     connect(menu->addAction(text("details.show")), &QAction::triggered, this, [this] { showDetails(); });
@@ -243,15 +245,13 @@ void ApplicationsScreen::lookAtChosen(RemovalMode mode) {
     if (!bundles.empty()) look_(bundles, mode);
 }
 
-void ApplicationsScreen::toggleProtection() {
+void ApplicationsScreen::setProtected(bool areToBe) {
     std::vector<std::string> identifiers;
     const auto apps = chosen();
-    const bool wereProtected = areProtected(apps);
     identifiers.reserve(apps.size());
     for (const auto& app : apps)
-        if (models_.protectedApps.contains(app->bundleID) == wereProtected)
-            identifiers.push_back(app->bundleID);
-    if (!models_.protectedApps.set(identifiers, !wereProtected)) {
+        if (models_.protectedApps.contains(app->bundleID) != areToBe) identifiers.push_back(app->bundleID);
+    if (!models_.protectedApps.set(identifiers, areToBe)) {
         const auto problem = models_.protectedApps.problem();
         models_.say(problem ? shown(models_.texts.text(*problem)) : text("settings.store.failed"));
     }
@@ -277,7 +277,7 @@ void ApplicationsScreen::showDetails() {
     if (!row.app) return;
     cards_->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
     openAppDetails(window(), row, models_.icons, models_.texts, models_.clock.now(),
-                   {.toggleProtection = [this] { toggleProtection(); },
+                   {.toggleProtection = [this, areToBe = !row.isProtected] { setProtected(areToBe); },
                     .editTags = [this] { editTags(); },
                     .showPermissions = [this, app = *row.app] { showPermissions_(app); },
                     .reveal = [this, bundle = row.app->url] { models_.reveal(bundle); }});
@@ -317,11 +317,11 @@ void ApplicationsScreen::update() {
     const auto& inventory = models_.grid.inventory.get();
     const bool isLooking = phase == Phase::listing || phase == Phase::idle;
     const auto all = std::to_string(inventory.count);
-    const auto size = sizeWords(inventory.size.bytes, models_.texts).toStdString();
     const auto shownNow = countShown();
-    auto line = shownNow == inventory.count
-                    ? text("applications.summary %lld %@", {all, size})
-                    : text("orphans.filter.showing %lld %lld %@", {std::to_string(shownNow), all, size});
+    const auto size = sizeWords(shownNow.size.bytes, models_.texts).toStdString();
+    auto line = shownNow.count == inventory.count ? text("applications.summary %lld %@", {all, size})
+                                                  : text("orphans.filter.showing %lld %lld %@",
+                                                         {std::to_string(shownNow.count), all, size});
     if (phase == Phase::measuring) line += QStringLiteral(" · ") + text("applications.measuring");
     if (isLooking) line = text("cli.apps.progress");
     if (const auto missed = inventory.unreadable.size(); missed > 0)
@@ -355,15 +355,16 @@ void ApplicationsScreen::showUnread() {
 }
 
 /// Grouped by tag, one may stand there several times.
-std::size_t ApplicationsScreen::countShown() const {
-    const auto& rows = models_.grid.rows.rows();
-    const auto isApplication = [](const HomeRow& row) { return row.app != nullptr; };
-    if (models_.grid.options().grouping != HomeGrouping::tag)
-        return static_cast<std::size_t>(std::ranges::count_if(rows, isApplication));
+HomeGridModel::Inventory ApplicationsScreen::countShown() const {
+    const bool mayRepeat = models_.grid.options().grouping == HomeGrouping::tag;
+    HomeGridModel::Inventory shown;
     std::unordered_set<std::string_view> bundles;
-    for (const auto& row : rows)
-        if (row.app) bundles.insert(row.app->url.string());
-    return bundles.size();
+    for (const auto& row : models_.grid.rows.rows()) {
+        if (!row.app || (mayRepeat && !bundles.insert(row.app->url.string()).second)) continue;
+        ++shown.count;
+        shown.size.add(row.app->sizeBytes, row.app->isSizePartial);
+    }
+    return shown;
 }
 
 /// What stands in the place of the cards.
@@ -413,7 +414,8 @@ void ApplicationsScreen::updateFooter() {
     if (isAny) more << text("applications.chosen.size %@", {sizeWords(bytes, models_.texts).toStdString()});
     if (hidden > 0) more << text("list.chosen.hidden %lld", {std::to_string(hidden)});
     sizes_->setText(more.join(QStringLiteral(" · ")));
-    protect_->setText(text(areProtected(apps) ? "drop.tile.unprotect" : "drop.tile.protect"));
+    protects_ = !areProtected(apps);
+    protect_->setText(text(protects_ ? "drop.tile.protect" : "drop.tile.unprotect"));
     protect_->setVisible(isAny);
     editTags_->setVisible(isAny);
     primary_->setText(text(apps.size() > 1 ? "applications.look.several" : "applications.look"));

@@ -71,7 +71,7 @@ class ApplicationsScreen final : public QWidget {
     bool areProtected(const std::vector<SharedApp>& apps) const;
     void lookAt(const QModelIndex& index);
     void lookAtChosen(RemovalMode mode = RemovalMode::uninstall);
-    void toggleProtection();
+    void setProtected(bool areToBe);
     void editTags();
     void showDetails();
     void addTagChoices(QMenu& menu);
@@ -79,7 +79,7 @@ class ApplicationsScreen final : public QWidget {
     void showEmpty();
     void clearFilters();
     void showUnread();
-    std::size_t countShown() const;
+    HomeGridModel::Inventory countShown() const;
     void updateFooter();
     QString text(const char* key, const std::vector<std::string>& arguments = {}) const;
 
@@ -98,6 +98,7 @@ class ApplicationsScreen final : public QWidget {
     QLabel* count_ = nullptr;
     QLabel* sizes_ = nullptr;
     QPushButton* protect_ = nullptr;
+    bool protects_ = true; ///< what its word says; the protection may change before it is pressed
     QPushButton* editTags_ = nullptr;
     QPushButton* primary_ = nullptr;
     std::vector<Subscription> following_;

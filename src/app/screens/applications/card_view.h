@@ -29,6 +29,10 @@ class CardView final : public QListView {
     void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void setSelection(const QRect& area, QItemSelectionModel::SelectionFlags flags) override;
+    /// What is painted anew when cards are chosen or not any more.
+    QRegion visualRegionForSelection(const QItemSelection& /*selection*/) const override {
+        return viewport()->rect();
+    }
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void updateGeometries() override { needPlacing(); }

@@ -389,6 +389,8 @@ void HistoryScreen::hideEvent(QHideEvent* event) {
 void HistoryScreen::keyPressEvent(QKeyEvent* event) {
     if (leaveDown(*search_, *runs_, *event)) return;
     if (search_->isVisible() && typeInto(*search_, *event)) return;
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn && runs_->hasFocus()) return undo_->click();
     if (event->matches(QKeySequence::Undo)) {
         const auto* entry = current();
         const bool wasOfItems =

@@ -4,6 +4,7 @@
 #include "app/style/palette.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/words.h"
+#include "base/language.h"
 
 #include <QBoxLayout>
 #include <QLabel>
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace tidwen {
@@ -84,7 +86,8 @@ void PhaseList::tell(const Row& row, const RemovalPhase& phase) {
     if (phase.state == State::atWork && phase.total > 0)
         count = words(texts_, "work.step %lld %lld", {std::to_string(phase.done), total});
     else if (phase.total > 0)
-        count = QString::fromStdString(total);
+        count =
+            QString::fromStdString(formatNumber(static_cast<std::int64_t>(phase.total), texts_.language()));
     row.count->setText(count);
     QStringList spoken = {row.title->text(), count, words(texts_, wordFor(phase.state))};
     spoken.removeAll(QString());

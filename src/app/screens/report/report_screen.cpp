@@ -123,7 +123,7 @@ void ReportScreen::showReport(const stage::Report& stage) {
         showMark("check", Role::safe, Role::safeGround);
     else
         showMark("warning", Role::look, Role::lookGround);
-    title_->setText(QString::fromStdString(isClean ? said.summary : said.counts));
+    title_->setText(QString::fromStdString(isClean ? said.summary : subject));
     auto counts = QString::fromStdString(said.counts);
     if (said.reclaimed) counts += QStringLiteral(" · ") + QString::fromStdString(*said.reclaimed);
     counts_->setText(counts);
@@ -192,7 +192,11 @@ void ReportScreen::addFailures(QBoxLayout& card, const RemovalReport& report, co
 QString ReportScreen::whyItStays(const StayingTrace& item) const {
     const auto* guidance = std::get_if<action::Guidance>(&item.trace.action);
     if (guidance) return shown(texts_.text(guidance->step.instruction));
-    const auto why = QString::fromStdString(texts_.text(item.describe()));
+    const auto& other = item.trace.contestedBy;
+    const auto why = other && item.reason == StayReason::contested
+                         ? traceBadge(item.trace, texts_) + QStringLiteral(" (")
+                               + shown(other->place.string()) + QLatin1Char(')')
+                         : shown(texts_.text(item.describe()));
     const auto* path = movedPath(item.trace.action);
     return path ? shown(path->string()) + QStringLiteral(" · ") + why : why;
 }

@@ -1,5 +1,6 @@
 #include "app/screens/settings/protected_page.h"
 
+#include "app/screens/settings/app_chooser_sheet.h"
 #include "app/style/metrics.h"
 #include "app/style/palette.h"
 #include "app/widgets/parts.h"
@@ -11,9 +12,9 @@
 #include <QBoxLayout>
 #include <QLabel>
 #include <QListWidget>
-#include <QMenu>
 #include <QPushButton>
 #include <algorithm>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -32,13 +33,12 @@ ProtectedPage::ProtectedPage(UserSettings& settings, std::vector<SharedApp> inst
     rows().addWidget(list_, 1);
     addStretch();
     add_ = new QPushButton(text("settings.protected.add"));
+    add_->setObjectName(QStringLiteral("protect application"));
     add_->setAutoDefault(false);
-    auto* menu = new QMenu(add_);
-    connect(menu, &QMenu::aboutToShow, this, [this] { showMenu(); });
-    add_->setMenu(menu);
+    connect(add_, &QPushButton::clicked, this, [this] { choose(); });
     remove_ = parts::button(text("drop.tile.unprotect"), [this] {
         if (const auto* item = list_->currentItem())
-            settings_.toggleProtection(item->data(Qt::UserRole).toByteArray().toStdString());
+            settings_.setProtected(item->data(Qt::UserRole).toByteArray().toStdString(), false);
     });
     remove_->setObjectName(QStringLiteral("unprotect"));
     auto* line = parts::row(nullptr, scaled(6));
@@ -65,13 +65,13 @@ void ProtectedPage::showPresent() {
     remove_->setVisible(list_->count() > 0);
 }
 
-void ProtectedPage::showMenu() {
-    auto* menu = add_->menu();
-    menu->clear();
-    for (const auto& app : installed_)
-        if (!settings_.protectedApps().contains(app->bundleID))
-            connect(menu->addAction(shown(app->name)), &QAction::triggered, this,
-                    [this, bundleID = app->bundleID] { settings_.toggleProtection(bundleID); });
+void ProtectedPage::choose() {
+    std::vector<SharedApp> others;
+    std::ranges::copy_if(installed_, std::back_inserter(others), [this](const SharedApp& app) {
+        return !settings_.protectedApps().contains(app->bundleID);
+    });
+    openAppChooser(window(), text("settings.protected.add"), text("drop.tile.protect"), std::move(others),
+                   texts(), [this](const InstalledApp& app) { settings_.setProtected(app.bundleID, true); });
 }
 
 QString ProtectedPage::nameOf(const std::string& bundleID) const {

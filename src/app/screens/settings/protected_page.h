@@ -21,7 +21,7 @@ class ProtectedPage final : public SettingsPage {
 
   private:
     void showPresent();
-    void showMenu();
+    void choose();
     QString nameOf(const std::string& bundleID) const;
 
     UserSettings& settings_;
