@@ -1,11 +1,14 @@
 #pragma once
 
+#include "base/byte_sum.h"
+#include "base/path.h"
 #include "base/uuid.h"
 #include "removal/removal_report.h"
 #include "removal/removal_subject.h"
 #include "scan/matching/scan_result.h"
 #include "sweep/orphan_scanner.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -24,6 +27,9 @@ struct Scanning {
     std::string name; ///< the application being scanned; empty for a sweep
     int done = 0;     ///< applications scanned
     int total = 0;
+    Path bundle = {};      ///< of the application being scanned, if it has one
+    std::size_t found = 0; ///< items, in the applications scanned so far
+    ByteSum size = {};
 };
 struct Review {
     std::shared_ptr<const std::vector<ScanResult>> results; ///< never null

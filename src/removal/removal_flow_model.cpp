@@ -133,7 +133,8 @@ RemovalFlowModel::Answer RemovalFlowModel::loadTargets(const std::vector<Path>& 
     const auto control = work_.begin();
     auto cameFrom = stage_;
     const auto first = bundles.empty() ? gone.front().bundleID : bundles.front().stem();
-    enter(stage::Scanning{first, 0, static_cast<int>(bundles.size() + gone.size())});
+    enter(stage::Scanning{first, 0, static_cast<int>(bundles.size() + gone.size()),
+                          bundles.empty() ? Path() : bundles.front()});
     inBackground(
         *this, alive_, services_.background, services_.main,
         [services = services_, user = user_, bundles, gone, ofProtected] {
@@ -183,7 +184,7 @@ void RemovalFlowModel::scan(std::vector<AppTarget> targets, std::vector<GoneAppl
     forgetChoices();
     const auto control = work_.begin();
     const auto total = static_cast<int>(targets.size());
-    enter(stage::Scanning{targets.front().name, 0, total});
+    enter(stage::Scanning{targets.front().name, 0, total, targets.front().bundleURL});
     const auto report = [this, alive = std::weak_ptr(alive_), main = &services_.main,
                          stop = control.stop](stage::Scanning next) {
         main->post([this, alive, stop, next = std::move(next)] {
@@ -199,10 +200,17 @@ void RemovalFlowModel::scan(std::vector<AppTarget> targets, std::vector<GoneAppl
             const auto scanner = services.makeScanner();
             std::vector<ScanResult> results;
             std::vector<Problem> notFound;
-            for (int done = 0; done < total; ++done) {
-                const auto& target = targets[static_cast<std::size_t>(done)];
-                report({target.name, done, total});
+            stage::Scanning scanning;
+            scanning.total = total;
+            for (; scanning.done < total; ++scanning.done) {
+                const auto& target = targets[static_cast<std::size_t>(scanning.done)];
+                scanning.name = target.name;
+                scanning.bundle = target.bundleURL;
+                report(scanning);
                 auto result = scanner->scan(target, control.stop, targets, control.onStep);
+                scanning.found += result.traces.size();
+                for (const auto& trace : result.traces)
+                    scanning.size.add(trace.sizeBytes, trace.isSizePartial);
                 const auto absent = std::ranges::find(gone, target.bundleID, &GoneApplication::bundleID);
                 if (isGone(target) && result.traces.empty() && absent != gone.end())
                     notFound.push_back({printable(target.bundleID), absent->otherwise});

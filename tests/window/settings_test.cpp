@@ -10,9 +10,9 @@
 #include "settings/file_defaults.h"
 #include "window/window_fixture.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QEvent>
-#include <QAbstractItemView>
 #include <QLineEdit>
 #include <QMenu>
 #include <algorithm>

@@ -5,9 +5,11 @@
 #include "app/screens/review/review_screen.h"
 #include "app/widgets/return_key.h"
 #include "app/widgets/words.h"
+#include "base/byte_sum.h"
 #include "removal/removal_phases.h"
 #include "scan/applications/installed_app.h"
 
+#include <QStringList>
 #include <algorithm>
 #include <string>
 #include <utility>
@@ -78,12 +80,10 @@ void FlowDisplay::showWork() {
     screen.showPhases(std::holds_alternative<stage::Removing>(flow.stage()) ? flow.phases.get().at(step)
                                                                             : std::vector<RemovalPhase>());
     const bool isSearch = scanning && !scanning->name.empty();
-    screen.showApplications(isSearch ? lookedAt() : std::vector<WorkScreen::Application>(),
-                            isSearch ? scanning->name : std::string());
+    screen.showApplications(isSearch ? lookedAt(scanning->bundle) : std::vector<WorkScreen::Application>(),
+                            isSearch ? scanning->bundle : Path());
     if (isSearch)
-        screen.show({words(texts, "scanning.title.plain"), words(texts, "confirm.cancelButton"),
-                     words(texts, "scanning.application %@", {shown(scanning->name).toStdString()})},
-                    step);
+        screen.show(wordsForSearch(*scanning, step), step);
     else if (scanning) {
         const auto& found = flow.sweep().snapshot();
         screen.show({words(texts, "cli.orphans.progress"), words(texts, "confirm.cancelButton"),
@@ -97,12 +97,36 @@ void FlowDisplay::showWork() {
             step);
 }
 
-/// As the grid knows them; what it does not list yet by the name of its bundle.
-std::vector<WorkScreen::Application> FlowDisplay::lookedAt() const {
+WorkScreen::Words FlowDisplay::wordsForSearch(const stage::Scanning& scanning,
+                                              const std::optional<StepProgress>& step) const {
+    const auto& texts = mac_.system().texts;
+    WorkScreen::Words result{
+        words(texts, scanning.total > 1 ? "scanning.title.several" : "scanning.title.plain"),
+        words(texts, "confirm.cancelButton"),
+        words(texts, "scanning.application %@", {shown(scanning.name).toStdString()})};
+    if (scanning.total <= 1) return result;
+    const double ofStep =
+        step && step->total > 0 ? static_cast<double>(step->step) / static_cast<double>(step->total) : 0;
+    result.part = (scanning.done + ofStep) / scanning.total;
+    QStringList lines = {words(texts, "work.step %lld %lld",
+                               {std::to_string(scanning.done + 1), std::to_string(scanning.total)})};
+    if (scanning.found > 0)
+        lines << words(texts, "leftovers.found %lld %@",
+                       {std::to_string(scanning.found), sizeText(scanning.size, texts)});
+    result.note += QLatin1Char('\n') + lines.join(QStringLiteral(" · "));
+    return result;
+}
+
+/// Of many, those around the one at work. As the grid knows them; what it does not list yet by the name of
+/// its bundle.
+std::vector<WorkScreen::Application> FlowDisplay::lookedAt(const Path& atWork) const {
+    constexpr auto most = WorkScreen::mostApplications;
+    const auto place = static_cast<std::size_t>(std::ranges::find(lookedAt_, atWork) - lookedAt_.begin());
+    const auto first = place < lookedAt_.size() ? place / most * most : 0;
     std::vector<WorkScreen::Application> result;
-    result.reserve(lookedAt_.size());
     const auto& apps = mac_.session().models().homeGrid().apps();
-    for (const auto& bundle : lookedAt_) {
+    for (auto i = first; i < std::min(first + most, lookedAt_.size()); ++i) {
+        const auto& bundle = lookedAt_[i];
         const auto known = std::ranges::find(apps, bundle, [](const SharedApp& app) { return app->url; });
         if (known != apps.end())
             result.push_back({(*known)->name, (*known)->bundleID, bundle});

@@ -6,10 +6,12 @@
 #include "app/shell/place.h"
 #include "app/shell/said_above.h"
 #include "base/path.h"
+#include "base/step_progress.h"
 #include "operations/removal_operation.h"
 #include "removal/flow_types.h"
 
 #include <cstddef>
+#include <optional>
 #include <variant>
 #include <vector>
 
@@ -32,7 +34,9 @@ class FlowDisplay {
     void showWork();
 
   private:
-    std::vector<WorkScreen::Application> lookedAt() const;
+    WorkScreen::Words wordsForSearch(const stage::Scanning& scanning,
+                                     const std::optional<StepProgress>& step) const;
+    std::vector<WorkScreen::Application> lookedAt(const Path& atWork) const;
     void showError();
 
     OpenMac& mac_;

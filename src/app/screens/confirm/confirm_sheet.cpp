@@ -1,6 +1,7 @@
 #include "app/screens/confirm/confirm_sheet.h"
 
 #include "app/models/app_icons.h"
+#include "app/models/trace_words.h"
 #include "app/style/metrics.h"
 #include "app/style/palette.h"
 #include "app/style/risk_roles.h"
@@ -116,6 +117,12 @@ void addTitle(Sheet& sheet, const RemovalChoice& choice, AppIcons& icons, const 
     sheet.content().addLayout(line);
 }
 
+/// What goes, if it is one thing: a question about it names it.
+const Trace* onlyItem(const RemovalChoice& choice) {
+    const auto& going = choice.going();
+    return going.size() == 1 && going.front().traces.size() == 1 ? going.front().traces.front() : nullptr;
+}
+
 } // namespace
 
 Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const System& system, AppIcons& icons,
@@ -127,6 +134,12 @@ Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Syst
     const auto title = QString::fromStdString(said.title);
     auto* sheet = new Sheet(window, title);
     addTitle(*sheet, choice, icons, title);
+    if (const auto* only = onlyItem(choice)) {
+        const auto place = tracePlace(*only, system.user);
+        sheet->content().addWidget(parts::paragraph(breakable(traceTitle(*only, texts)), Type::strong));
+        if (!place.isEmpty())
+            sheet->content().addWidget(parts::paragraph(breakable(place), Type::second, Role::second));
+    }
     if (summary.movedCount > 0)
         sheet->content().addWidget(
             parts::paragraph(words(texts, "confirm.body %lld %@",

@@ -25,7 +25,6 @@ namespace tidwen {
 
 namespace {
 
-constexpr std::size_t mostTiles = 6; ///< of many applications, as many as fit into the least window
 constexpr int phasesWidth = 460;
 
 } // namespace
@@ -47,8 +46,8 @@ WorkScreen::WorkScreen(const Texts& texts, AppIcons& icons, UserEnvironment user
     layout->addStretch(2);
     auto* applications = parts::row(nullptr, scaled(10));
     applications->addStretch(1);
-    tiles_.reserve(mostTiles);
-    for (std::size_t i = 0; i < mostTiles; ++i) {
+    tiles_.reserve(mostApplications);
+    for (std::size_t i = 0; i < mostApplications; ++i) {
         tiles_.push_back(new Tile(44, icons_));
         applications->addWidget(tiles_.back());
     }
@@ -82,9 +81,9 @@ void WorkScreen::show(const Words& words, const std::optional<StepProgress>& ste
     stop_->setText(words.stop);
     stop_->setEnabled(true);
     step_->setText(step ? stepWords(*step, texts_, user_) : QString());
-    const auto done =
+    const auto ofStep =
         step && step->total > 0 ? static_cast<double>(step->step) / static_cast<double>(step->total) : 0;
-    ring_->show(done);
+    ring_->show(words.part.value_or(ofStep));
     ring_->setAccessibleName(step_->text().isEmpty() ? words.title : step_->text());
 }
 
@@ -92,13 +91,13 @@ void WorkScreen::showPhases(const std::vector<RemovalPhase>& phases) {
     phases_->show(phases);
 }
 
-void WorkScreen::showApplications(const std::vector<Application>& applications, const std::string& atWork) {
+void WorkScreen::showApplications(const std::vector<Application>& applications, const Path& atWork) {
     for (std::size_t i = 0; i < tiles_.size(); ++i) {
         tiles_[i]->setVisible(i < applications.size());
         if (i >= applications.size()) continue;
         const auto& each = applications[i];
         tiles_[i]->show(shown(each.name), each.bundleID, each.bundle);
-        tiles_[i]->setEnabled(each.name == atWork);
+        tiles_[i]->setEnabled(each.bundle == atWork);
     }
 }
 

@@ -27,8 +27,9 @@ class WorkScreen final : public QWidget {
   public:
     struct Words {
         QString title;
-        QString stop; ///< what ends it
-        QString note; ///< what is good to know meanwhile
+        QString stop;                    ///< what ends it
+        QString note;                    ///< what is good to know meanwhile
+        std::optional<double> part = {}; ///< of all that is done; of the step, if absent
     };
     /// What is passed outlives it.
     WorkScreen(const Texts& texts, AppIcons& icons, UserEnvironment user, std::function<void()> stop);
@@ -41,8 +42,10 @@ class WorkScreen final : public QWidget {
     };
     /// Of a removal; hidden while there are none.
     void showPhases(const std::vector<RemovalPhase>& phases);
-    /// What it works on, as a row of icons; those at which it is not at work now are faint.
-    void showApplications(const std::vector<Application>& applications, const std::string& atWork);
+    /// As many as a row of icons shows.
+    static constexpr std::size_t mostApplications = 6; // fit into the least window
+    /// What it works on; those at which it is not at work now are faint.
+    void showApplications(const std::vector<Application>& applications, const Path& atWork);
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;

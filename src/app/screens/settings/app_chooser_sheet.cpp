@@ -53,7 +53,8 @@ class AppChooser final : public Sheet {
         keyed.reserve(apps_.size());
         for (auto& app : apps_)
             keyed.emplace_back(displayOrderKey(app->name, language), std::move(app));
-        std::ranges::stable_sort(keyed, {}, [](const auto& each) -> const auto& { return each.first; });
+        std::ranges::stable_sort(
+            keyed, {}, [](const auto& each) -> const auto& { return each.first; });
         std::ranges::transform(keyed, apps_.begin(), [](auto& each) { return std::move(each.second); });
         auto* list = new QListWidget;
         list->setObjectName(QStringLiteral("applications to choose"));
@@ -71,7 +72,8 @@ class AppChooser final : public Sheet {
         const auto sought = folded(trimmed(query.toStdString()));
         int first = -1;
         for (int i = 0; i < list_->count(); ++i) {
-            const bool isFound = folded(list_->item(i)->text().toStdString()).find(sought) != std::string::npos;
+            const bool isFound =
+                folded(list_->item(i)->text().toStdString()).find(sought) != std::string::npos;
             list_->setRowHidden(i, !isFound);
             if (isFound && first < 0) first = i;
         }
