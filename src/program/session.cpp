@@ -57,7 +57,7 @@ RemovalFlowModel::Services Session::removalServices() {
     auto& system = mac_.system;
     return {.files = system.files,
             .loader = loader_,
-            .makeScanner = [this] { return makeScanner(); },
+            .makeScanner = [this](BundleReach reach) { return makeScanner(reach); },
             .sweepOrphans =
                 [this](const auto& stop, const auto& onFound, const auto& onStep) {
                     // Reread: another process may have changed the protection since this session began.
@@ -100,9 +100,10 @@ std::shared_ptr<const BundleSnapshot> Session::lookAtBundles() {
     return seen_ = bundles_.look(InstalledBundles::Reach::usual);
 }
 
-std::unique_ptr<ResidueScanner> Session::makeScanner() {
+std::unique_ptr<ResidueScanner> Session::makeScanner(BundleReach reach) {
     const auto& system = mac_.system;
-    auto bundles = seen_ ? std::exchange(seen_, nullptr) : bundles_.look(InstalledBundles::Reach::usual);
+    const bool hasLooked = seen_ && reach == BundleReach::usual;
+    auto bundles = hasLooked ? std::exchange(seen_, nullptr) : bundles_.look(reach);
     return std::make_unique<ResidueScanner>(ResidueScanner::Ports{system.files, system.receipts,
                                                                   system.keychain, system.systemExtensions,
                                                                   system.texts, system.log},

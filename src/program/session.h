@@ -67,7 +67,7 @@ class Session {
                                   const OrphanScanner::OnFound& onFound, const OnStep& onStep = {}) const;
 
   private:
-    std::unique_ptr<ResidueScanner> makeScanner();
+    std::unique_ptr<ResidueScanner> makeScanner(BundleReach reach);
     OrphanScanner orphanScanner() const;
 
     Mac& mac_;

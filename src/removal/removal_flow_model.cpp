@@ -197,7 +197,7 @@ void RemovalFlowModel::scan(std::vector<AppTarget> targets, std::vector<GoneAppl
         *this, alive_, services_.background, services_.main,
         [services = services_, user = user_, targets = std::move(targets), gone = std::move(gone), control,
          report, total] {
-            const auto scanner = services.makeScanner();
+            const auto scanner = services.makeScanner(reachFor(targets));
             std::vector<ScanResult> results;
             std::vector<Problem> notFound;
             stage::Scanning scanning;

@@ -89,8 +89,9 @@ class RemovalFlowModel {
     struct Services {
         FileSystem& files;
         const AppTargetLoader& loader;
-        /// A scanner that knows the currently installed applications; called in the background.
-        std::function<std::unique_ptr<ResidueScanner>()> makeScanner;
+        /// A scanner that knows the currently installed applications; called in the background. `further`:
+        /// what is gone is looked for, and whatever an installed bundle contains may own it.
+        std::function<std::unique_ptr<ResidueScanner>(BundleReach)> makeScanner;
         /// A sweep with the currently installed applications; called in the background.
         std::function<OrphanScanResult(const StopToken&, const OrphanScanner::OnFound&, const OnStep&)>
             sweepOrphans;

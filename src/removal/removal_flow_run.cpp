@@ -210,7 +210,7 @@ void RemovalFlowModel::execute(std::shared_ptr<Run> run) {
         // Together with those that were left out, as in the review: what these claim is settled there.
         const auto scanAgain = [&, scanner = std::shared_ptr<ResidueScanner>(),
                                 together = targetsOf(run->choice.findings())](const auto& target) mutable {
-            if (!scanner) scanner = services.makeScanner();
+            if (!scanner) scanner = services.makeScanner(reachFor(together));
             return scanner->scan(target, {}, together);
         };
         refuseWhatChanged(run->targets, run->choice.mode(), run->choice.subject().kind,

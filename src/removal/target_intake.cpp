@@ -6,6 +6,7 @@
 #include "scan/applications/app_target.h"
 #include "scan/applications/shared_names.h"
 
+#include <algorithm>
 #include <set>
 #include <string>
 
@@ -21,6 +22,10 @@ tl::expected<AppTarget, Message> goneTarget(const std::string& bundleID, const F
     if (isFromApple(lower)) return tl::unexpected(Message{std::string(errorKey(Error::systemApplication))});
     if (lower == tidwenBundleID) return tl::unexpected(Message{std::string(errorKey(Error::selfTarget))});
     return former.describe(bundleID);
+}
+
+BundleReach reachFor(const std::vector<AppTarget>& targets) {
+    return std::ranges::any_of(targets, isGone) ? BundleReach::further : BundleReach::usual;
 }
 
 LoadedTargets loadTargets(const std::vector<Path>& bundles, const AppTargetLoader& loader) {

@@ -5,6 +5,7 @@
 #include "base/problem.h"
 #include "removal/former_applications.h"
 #include "scan/applications/app_target.h"
+#include "scan/applications/installed_bundles.h"
 #include "scan/applications/protected_apps.h"
 
 #include <string>
@@ -31,6 +32,8 @@ tl::expected<AppTarget, Message> goneTarget(const std::string& bundleID, const F
 inline bool isGone(const AppTarget& target) {
     return target.bundleURL.isRoot();
 }
+/// Of what is gone everything is taken that nobody owns, so owners are looked for further inside bundles.
+BundleReach reachFor(const std::vector<AppTarget>& targets);
 
 /// Reads the disk; any thread.
 LoadedTargets loadTargets(const std::vector<Path>& bundles, const AppTargetLoader& loader);

@@ -68,9 +68,10 @@ class StartupItemScanner::Owners {
         owners_.push_back({url.standardized(), name, bundleID, std::move(lower), std::move(parts)});
     }
 
-    std::optional<Owner> containing(const std::string& program) const {
-        return installedWhere([path = Path(program).standardized()](const Each& owner) {
-            return path != owner.url && path.isWithin(owner.url);
+    /// As file systems compare them: most Mac disks ignore letter case.
+    std::optional<Owner> containing(const Path& program) const {
+        return installedWhere([path = program.standardized()](const Each& owner) {
+            return path.isWithinIgnoringCase(owner.url) && !owner.url.isWithinIgnoringCase(path);
         });
     }
 
@@ -193,8 +194,11 @@ Owner StartupItemScanner::attributeOwner(const std::string& label,
                                          JobPrograms& programs) const {
     const auto lowered = lowercased(label);
     if (isFromApple(label)) return {Owner::Kind::apple, {}, {}, {}};
-    if (programPath)
-        if (const auto owner = owners.containing(*programPath)) return *owner;
+    if (programPath) {
+        if (const auto owner = owners.containing(Path(*programPath))) return *owner;
+        const auto real = files_.resolve(Path(*programPath)); // it may be reached through a link
+        if (const auto owner = real ? owners.containing(*real) : std::nullopt) return *owner;
+    }
     if (const auto owner = owners.identifiedBy(lowered)) return *owner;
 
     const auto parts = pieces(lowered);
@@ -243,6 +247,8 @@ class StartupItemScanner::Run {
     void addFolder(const Directory& directory) {
         std::vector<Path> unreadable;
         const auto jobs = listLaunchItems(files_, directory.url, directory.isSystemDomain, {}, &unreadable);
+        const auto folder = files_.infoFollowingLinks(directory.url);
+        if (folder && folder->kind != FileKind::directory) unreadable.push_back(directory.url);
         // What the budget leaves out is counted, not named.
         if (!files_.budget().isExhausted())
             std::ranges::move(unreadable, std::back_inserter(result_.unreadable));

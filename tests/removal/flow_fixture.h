@@ -112,7 +112,7 @@ class FlowFixture : public SteppedQueues {
         RemovalFlowModel::Services{
             .files = volume.files(),
             .loader = loader,
-            .makeScanner = [this] { return makeScanner(); },
+            .makeScanner = [this](BundleReach) { return makeScanner(); },
             .sweepOrphans =
                 [this](const StopToken&, const auto& onFound, const OnStep&) {
                     onFound({orphan});

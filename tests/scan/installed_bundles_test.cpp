@@ -174,13 +174,16 @@ TEST_F(InstalledBundlesTest, ContentsAreWhatABundleDeclaresAndCarries) {
     volume.link(engine + "/Helpers", "Versions/Current/Helpers");
     volume.write("/Applications/Own.app/Contents/Library/LaunchDaemons/job.plist",
                  writeXmlPropertyList(PropertyListDictionary{{"Label", "com.example.job"}}));
+    for (const auto* tool : {"com.example.old", "Read Me"})
+        volume.write(std::string("/Applications/Own.app/Contents/Library/LaunchServices/") + tool, "x");
     const auto snapshot = look();
     ASSERT_EQ(snapshot->bundles().size(), 1u);
     EXPECT_THAT(snapshot->bundles()[0].names, testing::ElementsAre("Own", "run"));
     const auto& contents = snapshot->contents(0);
     EXPECT_TRUE(contents.isComplete);
-    EXPECT_THAT(contents.embeddedIDs, testing::ElementsAre("com.example.ext", "com.example.tab",
-                                                           "com.example.tool", "com.example.two"));
+    EXPECT_THAT(contents.embeddedIDs,
+                testing::ElementsAre("com.example.ext", "com.example.old", "com.example.tab",
+                                     "com.example.tool", "com.example.two"));
     EXPECT_THAT(contents.groups, testing::ElementsAre("group.Own", "group.Ext", "group.Tab", "group.Two"));
     EXPECT_THAT(contents.embeddedNames, testing::ElementsAre("Ext", "Tab", "Two"));
     ASSERT_EQ(contents.jobs.size(), 1u);

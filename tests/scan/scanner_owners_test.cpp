@@ -146,6 +146,8 @@ TEST_F(Scanner, LeavesJobsToWhoseBundleHoldsTheirProgram) {
          "exactBundleID by com.other.app"},
         {"com.corvella.marlin.notes.b", "/opt/other/Contents/b", "exactBundleID by com.other.app"},
         {"com.corvella.marlin.notes.c", "/opt/elsewhere/c", "exactBundleID"},
+        {"com.corvella.marlin.notes.d", "/System/Volumes/Data/Applications/Other.app/Contents/a",
+         "exactBundleID by com.other.app"},
         {"com.vend.single", "/opt/elsewhere/c", "exactBundleID"},
         {"com.vend.updater", "/opt/elsewhere/c", "exactBundleID by com.other.app"},
         {"own.label", "/Applications/Marlin Notes.app/Contents/MacOS/d", "declaredTarget"},
@@ -323,6 +325,36 @@ TEST_F(Scanner, LeavesFoldersInWhichBundlesOfOthersLie) {
         together.push_back({.bundleURL = Path(each.place), .bundleID = each.bundleID});
     for (const auto& trace : scan().traces)
         EXPECT_FALSE(trace.contestedBy) << trace.displayName;
+}
+
+/// Whatever its file is called.
+TEST_F(Scanner, LeavesABundleToTheOwnerThatItsIdentifierNames) {
+    const std::string identifier = "com.corvella.marlin.notes";
+    const auto method = library + "Input Methods/" + identifier + ".im.app";
+    test::writeBundle(volume, method, "com.other.im", "Other");
+    installed.push_back(test::owner(method, "com.other.im", "Other"));
+    test::writeBundle(volume, library + "Services/" + identifier + ".copy.service", "com.other.copy", "Copy");
+    test::writeBundle(volume, library + "PreferencePanes/" + identifier + ".prefPane", identifier + ".pane",
+                      "P");
+    test::writeBundle(volume, library + "Caches/" + identifier + "/Unnamed.app", "", "Unnamed");
+    const auto namesake = library + "Internet Plug-Ins/Marlin Notes.plugin"; // a folder, of whomever
+    volume.makeFolder(namesake);
+    installed.push_back(test::owner(namesake, "", "Marlin Notes"));
+    volume.makeFolder(library + "Application Support/Marlin Notes");
+    const auto program = library + "Logs/" + identifier + "/bin/program"; // to which another links
+    volume.write(program, "x");
+    test::writeBundle(volume, "/Applications/Linking.app", "com.other.linking", "Linking");
+    volume.link("/Applications/Linking.app/Contents/MacOS/helper", program);
+    installed.push_back(test::owner("/Applications/Linking.app", "com.other.linking", "Linking"));
+    EXPECT_THAT(found(), testing::UnorderedElementsAre(
+                             "logs exactBundleID: ~Logs/" + identifier + " contested by com.other.linking",
+                             "supportFiles exactBundleID: ~Input Methods/" + identifier
+                                 + ".im.app contested by com.other.im",
+                             "supportFiles exactBundleID: ~Services/" + identifier
+                                 + ".copy.service contested by com.other.copy",
+                             "supportFiles exactBundleID: ~PreferencePanes/" + identifier + ".prefPane",
+                             "caches exactBundleID: ~Caches/" + identifier + " contested by ",
+                             "supportFiles nameToken: ~Application Support/Marlin Notes"));
 }
 
 TEST_F(Scanner, DoubtsAFolderThatItCannotSearchToItsEnd) {

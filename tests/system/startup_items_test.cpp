@@ -65,7 +65,8 @@ class FakeLaunchd : public Launchd {
 TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
     const test::TemporaryVolume volume;
     volume.write("/usr/local/bin/tool", "x");
-    volume.makeFolder("/Applications");
+    volume.write("/Applications/Foo.app/Contents/MacOS/x", "x");
+    volume.link("/usr/local/bin/foo", "/Applications/Foo.app/Contents/MacOS/x");
     InstalledBundles bundles(volume.files(), signatures, test::alice());
     const StartupItemScanner scanner(volume.files(), test::alice(), bundles,
                                      [](const std::string& id) { return id == "com.known.product"; });
@@ -78,6 +79,8 @@ TEST(StartupItemScanner, AttributesByTheFirstRuleThatFits) {
     } cases[] = {
         {"com.apple.foo", "/Applications/Foo.app/x", OwnerKind::apple, ""},
         {"anything", "/Applications/Foo.app/Contents/MacOS/x", OwnerKind::installed, "Foo"},
+        {"com.kip.per.x", "/applications/FOO.app/Contents/MacOS/x", OwnerKind::installed, "Foo"},
+        {"com.kip.per.x", "/usr/local/bin/foo", OwnerKind::installed, "Foo"}, // a link into it
         {"anything.else", "/Applications/Foo.application/x", OwnerKind::missing, ""},
         {"com.vendor.app.helper", nullptr, OwnerKind::installed, "Foo"},
         {"com.vendor.application", nullptr, OwnerKind::related, "Foo"},

@@ -48,6 +48,7 @@ bool isBundle(const FileSystem& files, const Path& folder);
 struct EmbeddedBundles {
     std::vector<std::string> identifiers;  ///< unique, sorted, without Apple's
     std::vector<std::string> inFrameworks; ///< likewise, of bundles inside its frameworks
+    std::vector<Path> linkedPlaces = {};   ///< outside it: to what links in place of its parts lead, resolved
     bool isComplete = true;                ///< everything was searched
     bool isReadable = true;                ///< nothing was found that could not be read
 };

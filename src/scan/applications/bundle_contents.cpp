@@ -12,6 +12,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tidwen {
@@ -76,6 +77,7 @@ BundleContents readBundleContents(const FileSystem& files, const CodeSignatures&
     contents.embeddedNames.assign(names.begin(), names.end());
     std::set_union(embedded.identifiers.begin(), embedded.identifiers.end(), embedded.inFrameworks.begin(),
                    embedded.inFrameworks.end(), std::back_inserter(contents.embeddedIDs));
+    contents.linkedPlaces = std::move(embedded.linkedPlaces);
     const bool areJobsReadable = addJobs(contents, files, opened.root / "Contents/Library", stop);
     if (opened.isDamaged || !embedded.isReadable || !areJobsReadable) contents.isReadable = false;
     // A bundle that was removed meanwhile may contain more than was seen.

@@ -83,6 +83,7 @@ constexpr Row libraryRows[] = {
     {"QuickTime", 1},
     {"Screen Savers", 1},
     {"ScriptingAdditions"},
+    {"Scripts", 2},
     {"Security/SecurityAgentPlugins"},
     {"Services", 1},
     {"Spotlight", 1},

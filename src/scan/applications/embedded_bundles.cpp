@@ -5,6 +5,7 @@
 #include "platform/file_system.h"
 #include "scan/applications/bundle.h"
 #include "scan/applications/bundle_names.h"
+#include "scan/applications/identifier_form.h"
 #include "scan/applications/shared_names.h"
 
 #include <algorithm>
@@ -31,6 +32,7 @@ constexpr int furtherLevels = 4;
 constexpr int furtherLevelsOfResources = 3;
 constexpr int maximumFurtherFolders = 1'000;
 constexpr std::size_t mostKept = 1'000; // entries of a folder
+constexpr std::size_t mostLinkedPlaces = 100;
 
 // Where macOS, build tools and convention put bundles, below "Contents".
 constexpr std::string_view usualPlaces[] = {
@@ -75,6 +77,7 @@ class EmbeddedSearch {
         : files_(files), reach_(reach), stop_(stop), onBundle_(onBundle) {}
 
     void searchInside(const Bundle& bundle, int depth) {
+        if (depth == 0) root_ = bundle.root;
         addPrivilegedTools(bundle);
         if (depth == maximumDepth) return;
         searchPlaces(bundle.contents, namesIn(bundle.contents), depth);
@@ -84,6 +87,7 @@ class EmbeddedSearch {
     EmbeddedBundles found() const {
         return {{found_.begin(), found_.end()},
                 {inFrameworks_.begin(), inFrameworks_.end()},
+                linkedPlaces_,
                 isComplete_ && isReadable_,
                 isReadable_};
     }
@@ -123,6 +127,8 @@ class EmbeddedSearch {
                 searchFolder(Path((contents / first->second).string() + std::string(place.substr(slash))),
                              isOwnBundle, depth);
         }
+        if (const auto library = there.find("library"); library != there.end())
+            addInstalledTools(contents / library->second / "LaunchServices");
         const auto frameworks = there.find("frameworks");
         if (frameworks == there.end()) return;
         // Helpers of browser engines are beside the frameworks that start them, or in these.
@@ -151,12 +157,20 @@ class EmbeddedSearch {
 
     void searchFolder(const Path& folder, bool (*isWanted)(const Path&), int depth) {
         for (const auto& entry : list(folder)) {
+            if (entry.kind == FileKind::symbolicLink) noteLink(folder / entry.name);
             if (entry.kind != FileKind::directory) continue;
             const Path inner = folder / entry.name;
             if (!isWanted(inner)) continue;
             if (!mayLookAtOneMore()) return;
             lookAt(inner, depth);
         }
+    }
+
+    /// A program or a framework may lie elsewhere, perhaps in the data of another application.
+    void noteLink(const Path& link) {
+        if (reach_ == EmbeddedReach::own || linkedPlaces_.size() == mostLinkedPlaces) return;
+        const auto place = files_.resolve(link);
+        if (place && !place->isWithinIgnoringCase(root_)) linkedPlaces_.push_back(*place);
     }
 
     void lookAt(const Path& inner, int depth) {
@@ -223,6 +237,17 @@ class EmbeddedSearch {
             if (mayLookAtOneMore()) add(identifier);
     }
 
+    /// Privileged tools lie here under the identifiers under which they are installed, named in the
+    /// Info.plist or not: older ones are installed by other means.
+    void addInstalledTools(const Path& folder) {
+        const auto entries = files_.list(folder);
+        if (!entries && !isAbsence(entries.error())) noteUnreadable();
+        if (!entries) return;
+        for (const auto& entry : *entries)
+            if (entry.kind == FileKind::regular && isIdentifier(entry.name) && mayLookAtOneMore())
+                add(entry.name);
+    }
+
     bool mayLookAtOneMore() {
         if (!stop_.stopRequested() && bundlesLeft_ > 0) return --bundlesLeft_, true;
         isComplete_ = isComplete_ && isFurther_ && !stop_.stopRequested();
@@ -246,6 +271,8 @@ class EmbeddedSearch {
     std::map<Path, std::vector<DirectoryEntry>> listed_;
     int furtherFoldersLeft_ = maximumFurtherFolders;
     std::set<Path> seen_; ///< bundles, because several paths lead to them
+    Path root_;           ///< of the outermost
+    std::vector<Path> linkedPlaces_;
     std::set<std::string> found_;
     std::set<std::string> inFrameworks_;
 };

@@ -74,17 +74,28 @@ bool isDanglingLink(const FileSystem& files, const Path& item) {
     return info && info->kind == FileKind::symbolicLink && !files.infoFollowingLinks(item);
 }
 
+/// macOS shows the folders of its data volume at the root of the start volume as well; a job may name either.
+std::string onStartVolume(const std::string& path) {
+    constexpr std::string_view dataVolume = "/System/Volumes/Data";
+    const bool isOnIt = path.starts_with(dataVolume) && path.substr(dataVolume.size()).starts_with('/');
+    return isOnIt ? path.substr(dataVolume.size()) : path;
+}
+
 } // namespace
 
 std::optional<LaunchItem> readLaunchItem(const FileSystem& files, const Path& plist, bool isSystemDomain) {
     const auto job = readPropertyList(files, plist, jobLimits);
     const auto* label = job ? job->findString("Label") : nullptr;
     if (!label || label->empty()) return std::nullopt;
+    auto program = programPath(*job);
+    if (program) program = onStartVolume(*program);
+    auto arguments = argumentPaths(*job);
+    std::ranges::transform(arguments, arguments.begin(), onStartVolume);
     return LaunchItem{.label = *label,
                       .plist = plist,
                       .isSystemDomain = isSystemDomain,
-                      .programPath = programPath(*job),
-                      .argumentPaths = argumentPaths(*job)};
+                      .programPath = std::move(program),
+                      .argumentPaths = std::move(arguments)};
 }
 
 std::vector<std::string> readAssociatedBundleIDs(const FileSystem& files, const Path& plist) {

@@ -31,6 +31,7 @@ struct BundleContents {
     bool isComplete = false;         ///< read completely
     bool isReadable = true;          ///< false: incomplete because a part of it could not be read
     std::vector<std::string> embeddedNames = {}; ///< names of the nested bundles, sorted
+    std::vector<Path> linkedPlaces = {}; ///< outside it: to what links in place of its parts lead, resolved
 
     friend bool operator==(const BundleContents&, const BundleContents&) = default;
 };

@@ -109,6 +109,10 @@ bool isCommonIdentifier(std::string_view identifier) {
                        [&](std::string_view common) { return continues(identifier, common); });
 }
 
+bool isPlaceholderIdentifier(std::string_view identifier) {
+    return identifier == "com.github.electron" || identifier == "io.nwjs.nwjs";
+}
+
 bool isCommonName(std::string_view canonicalName) {
     return std::find(std::begin(commonNames), std::end(commonNames), canonicalName) != std::end(commonNames);
 }

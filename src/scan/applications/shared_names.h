@@ -21,6 +21,10 @@ std::string_view withoutGroupPrefixes(std::string_view lowercased);
 /// show the owner. `identifier` is in lower case.
 bool isCommonIdentifier(std::string_view identifier);
 
+/// One that a builder of applications writes where their maker chose none: it says as little as no
+/// identifier. `identifier` is in lower case.
+bool isPlaceholderIdentifier(std::string_view identifier);
+
 /// Names that macOS itself gives to Library folders and files without an identifier, folders that every Mac
 /// or every bundle has, and executables that build tools put into many applications. `canonicalName` as
 /// returned by `canonicalForm`.

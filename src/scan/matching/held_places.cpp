@@ -53,7 +53,20 @@ void HeldPlaces::add(const Path& place, const Claimant& holder) {
     holders_.emplace(pathKey(place.standardized()).string(), holder);
 }
 
+/// Only now, for it needs what the bundles contain.
+void HeldPlaces::addLinkedPlaces() {
+    if (std::exchange(hasLinkedPlaces_, true)) return;
+    for (const auto& [place, holder] : matcher_.others().linkedPlaces())
+        if (isAnothers(holder)) add(place, holder);
+}
+
+/// Of a bundle that the constructor added.
+bool HeldPlaces::isAnothers(const Claimant& holder) const {
+    return std::ranges::any_of(holders_, [&](const auto& each) { return each.second.place == holder.place; });
+}
+
 void HeldPlaces::mark(Trace& trace, const Path& item, const Path& realItem) {
+    addLinkedPlaces();
     bool isSeen = true;
     trace.contestedBy = within(item);
     if (!trace.contestedBy) trace.contestedBy = within(realItem);
@@ -63,18 +76,29 @@ void HeldPlaces::mark(Trace& trace, const Path& item, const Path& realItem) {
 
 std::optional<Claimant> HeldPlaces::applicationIn(const Path& item, bool& isSeen) {
     std::optional<Claimant> holder;
-    const auto isHeld = [&](const Path& application) { return (holder = holderAt(application)).has_value(); };
+    const auto isHeld = [&](const Path& application) {
+        return (holder = holderOfInner(application)).has_value();
+    };
     isSeen = visitApplicationsWithin(files_, item, foldersLeft_, isHeld, stop_) == Searched::whole;
     return holder;
 }
 
-std::optional<Claimant> HeldPlaces::holderAt(const Path& application) const {
+std::optional<Claimant> HeldPlaces::bundleAt(const Path& place) const {
+    const auto bundle = Bundle::open(files_, place);
+    if (!bundle || leaving_.contains(place)) return std::nullopt;
+    const OwningBundle found = {.url = place, .place = place, .bundleID = bundle->identifier().value_or("")};
+    if (isPartOfTarget(matcher_, found, {bundle->isDamaged ? place : Path()})) return std::nullopt;
+    return Claimant{.bundleID = found.bundleID, .name = bundle->name(), .place = place};
+}
+
+/// An application that does not say whose it is may be anybody's, too.
+std::optional<Claimant> HeldPlaces::holderOfInner(const Path& application) const {
     const auto bundle = Bundle::open(files_, application);
     if (!bundle || leaving_.contains(application)) return std::nullopt;
-    const OwningBundle found = {
-        .url = application, .place = application, .bundleID = bundle->identifier().value_or("")};
-    if (isPartOfTarget(matcher_, found, {bundle->isDamaged ? application : Path()})) return std::nullopt;
-    return Claimant{.bundleID = found.bundleID, .name = bundle->name(), .place = application};
+    const auto identifier = bundle->identifier();
+    if (!identifier || isPlaceholderIdentifier(folded(*identifier)))
+        return Claimant{.bundleID = {}, .name = bundle->name(), .place = application};
+    return bundleAt(application);
 }
 
 std::optional<Claimant> HeldPlaces::within(const Path& folder) const {

@@ -39,11 +39,17 @@ class HeldPlaces {
     /// thousand, the trace is marked as one that may hold others.
     void mark(Trace& trace, const Path& item, const Path& realItem);
 
+    /// The owner of the bundle that lies there (without links), whatever its name: it is decided by the
+    /// bundle's own identifier. Nothing for the target's own and for one without an identifier.
+    std::optional<Claimant> bundleAt(const Path& place) const;
+
   private:
     std::optional<Claimant> within(const Path& folder) const;
     /// `isSeen`: whether all of it was searched.
     std::optional<Claimant> applicationIn(const Path& item, bool& isSeen);
-    std::optional<Claimant> holderAt(const Path& application) const;
+    void addLinkedPlaces();
+    bool isAnothers(const Claimant& holder) const;
+    std::optional<Claimant> holderOfInner(const Path& application) const;
 
     const ResidueMatcher& matcher_;
     const FileSystem& files_;
@@ -51,6 +57,7 @@ class HeldPlaces {
     const StopToken& stop_;
     std::map<std::string, Claimant> holders_; ///< by the path keys of their places
     std::size_t foldersLeft_ = 40'000;
+    bool hasLinkedPlaces_ = false;
 };
 
 /// Whether the bundle may be in the target's folder without having another owner. One whose identifier

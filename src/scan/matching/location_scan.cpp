@@ -262,10 +262,12 @@ void LocationScan::judgeLaunchItems(const Folder& folder) {
 
 void LocationScan::take(const Folder& folder, std::string_view name, Attribution attribution) {
     const Path path = folder.path / name;
-    if (liesAsBundle(context_.files, path) && !context_.matcher.mayClaimBundle(name)) return;
+    const bool isBundle = liesAsBundle(context_.files, path);
+    if (isBundle && !context_.matcher.mayClaimBundle(name)) return;
     auto trace = makeTrace(location_.category, action::MovePath{path}, std::move(attribution.reason),
                            Reversibility::reversible, path.string(), std::nullopt, location_.requiresRoot);
     trace.contestedBy = std::move(attribution.contestedBy);
+    if (!trace.contestedBy && isBundle) trace.contestedBy = context_.held.bundleAt(folder.realPath / name);
     if (!trace.contestedBy) context_.held.mark(trace, path, folder.realPath / name);
     traces_.addFound(std::move(trace), folder.realPath);
 }

@@ -55,12 +55,15 @@ struct OtherApplications::Carried {
     std::map<std::string, std::size_t, std::less<>> groupsSansTeam; ///< those with a team, without its prefix
     IdentifierIndex embeddedIDs;                                    ///< the keys of `embedded`
     IdentifierIndex groupNames;                                     ///< those of `groups`
+    std::vector<std::pair<Path, std::size_t>> linkedPlaces;
 
     void fill() {
         const auto contents = read();
         for (std::size_t i = 0; i < contents.size(); ++i) {
             for (const auto& identifier : contents[i].embeddedIDs)
                 embedded.emplace(folded(identifier), i);
+            for (const auto& place : contents[i].linkedPlaces)
+                linkedPlaces.emplace_back(place, i);
             for (const auto& job : contents[i].jobs)
                 embedded.emplace(folded(job.label), i);
             for (const auto& group : contents[i].groups) {
@@ -193,6 +196,14 @@ std::optional<Claimant> OtherApplications::declaringGroup(std::string_view group
     if (!declarer) declarer = lookUp(known.groups, name.withoutTeam);
     if (!declarer && mayLackTeam) declarer = lookUp(known.groupsSansTeam, name.lowercased);
     return declarer;
+}
+
+std::vector<std::pair<Path, Claimant>> OtherApplications::linkedPlaces() const {
+    std::vector<std::pair<Path, Claimant>> places;
+    if (carried_)
+        for (const auto& [place, bundle] : carried().linkedPlaces)
+            places.emplace_back(place, claimant(bundle));
+    return places;
 }
 
 std::optional<Claimant> OtherApplications::groupRivalOf(std::string_view own,

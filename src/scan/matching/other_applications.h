@@ -81,6 +81,8 @@ class OtherApplications {
     std::optional<Claimant> declaringGroup(std::string_view group, bool mayLackTeam = true) const;
     /// As `rivalOf`, for groups, without those that are no more than `own`.
     std::optional<Claimant> groupRivalOf(std::string_view own, std::string_view lowercasedCandidate) const;
+    /// Where parts of a bundle lie outside it, behind links.
+    std::vector<std::pair<Path, Claimant>> linkedPlaces() const;
 
   private:
     using Index =

@@ -66,12 +66,21 @@ class OwnLeftovers {
         return false;
     }
 
+    /// It is called like the target and says itself whose it is as little as a plain folder does, so it is no
+    /// sign of another owner.
+    bool isNamesake(const OwningBundle& bundle) const {
+        if (!bundle.bundleID.empty() || std::ranges::find(damaged_, bundle.url) != damaged_.end())
+            return false;
+        const auto found = matcher_.attribute(bundle.place.stem());
+        return found && !found->contestedBy;
+    }
+
   private:
     bool isTargets(const Path& item, const OwningBundle& bundle) const {
         const auto found = matcher_.attribute(item.lastComponent());
         if (!found || found->contestedBy) return false;
-        return item == bundle.place ? matcher_.mayClaimBundle(item.lastComponent())
-                                    : isPartOfTarget(matcher_, bundle, damaged_);
+        const bool isClaimed = item != bundle.place || matcher_.mayClaimBundle(item.lastComponent());
+        return isClaimed && isPartOfTarget(matcher_, bundle, damaged_);
     }
 
     const ResidueMatcher& matcher_;
@@ -98,7 +107,9 @@ OtherApplications stayingBundles(const std::shared_ptr<const BundleSnapshot>& bu
         const ResidueMatcher matcher(target, indexOf(bundles, onTheirOwn, target, stop), helperBundleIDs);
         const OwnLeftovers own(matcher, user, bundles->coverage().damaged);
         for (const auto index : inLibrary)
-            if (!own.contain(bundles->bundles()[index])) staying.push_back(index);
+            if (const auto& bundle = bundles->bundles()[index];
+                !own.contain(bundle) && !own.isNamesake(bundle))
+                staying.push_back(index);
     }
     return indexOf(bundles, std::move(staying), target, stop);
 }
