@@ -193,8 +193,8 @@ void MainWindow::openRunning(const MacOpener::OpenMac& running) {
 
 /// A Mac that was asked for is mostly there before anybody could read that it is being opened.
 void MainWindow::begin(const QString& words) {
-    if (view_) return;
     opening_ = words;
+    if (view_) return;
     if (welcome_) return showOpening();
     QTimer::singleShot(quickOpening, this, [this] {
         if (!opening_ || view_) return;
@@ -346,6 +346,7 @@ void MainWindow::showPresence(bool isThere) {
 /// Another folder lies where the volume was: another disk, or the same one connected anew. It is opened as
 /// any other; what was open is left.
 void MainWindow::reopen() {
+    if (isOpening()) return; // asked for again, it would begin anew and be there later
     if (const auto folder = mac_->session().mac().volume; folder && mayLeave()) open(*folder);
 }
 

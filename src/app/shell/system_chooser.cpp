@@ -150,7 +150,10 @@ void SystemChooser::take(MacOpener::Result result, const fs::path& folder) {
         if (!result.error().homes.empty()) return chooseHome(folder, result.error().homes);
         return reactions_.refused(shown(services_.texts.text(result.error().why)));
     }
-    if (!reactions_.mayLeave()) return drop(std::move(result)); // a removal may have begun meanwhile
+    if (!reactions_.mayLeave()) { // a removal may have begun meanwhile
+        reactions_.refused({});
+        return drop(std::move(result));
+    }
     if (result->volume) services_.recent.remember(*result->volume);
     open_ = result->volume;
     reactions_.opened(std::move(*result));
