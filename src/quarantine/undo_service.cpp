@@ -52,10 +52,10 @@ tl::expected<Manifest, Message> UndoService::whatIsLeft(const Path& root, Settli
         }
     }
     if (auto entry = readHistoryEntry(root, ports_.files)) {
-        if (!entry->canBeUndone(ports_.runsJobs)
-            && !(settling == Settling::done && hasRests(entry->manifest, ports_.files))
-            && !hasLost(*entry, user_, ports_.files))
-            return tl::unexpected(nothingLeft);
+        const bool isLeft = entry->canBeUndone(ports_.runsJobs)
+                            || (settling == Settling::done && hasRests(entry->manifest, ports_.files))
+                            || hasLost(*entry, user_, ports_.files);
+        if (!isLeft) return tl::unexpected(nothingLeft);
         return std::move(entry->manifest);
     }
     if (const auto journal = readJournal(root, ports_.files)) {
