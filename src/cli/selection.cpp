@@ -4,7 +4,6 @@
 #include "base/path_key.h"
 #include "base/text.h"
 #include "base/uuid.h"
-#include "cli/arguments.h"
 #include "removal/chosen_items.h"
 #include "removal/removal_plan.h"
 #include "scan/applications/app_target.h"
@@ -175,6 +174,11 @@ class NamedTraces {
 };
 
 } // namespace
+
+std::string searchText(const Arguments& arguments) {
+    const auto texts = arguments.values(filterOption);
+    return texts.empty() ? std::string() : texts.back();
+}
 
 tl::expected<std::set<TraceRisk>, Message> parseTiers(const std::vector<std::string>& words,
                                                       const Texts& texts) {

@@ -3,6 +3,7 @@
 #include "base/message.h"
 #include "base/texts.h"
 #include "base/uuid.h"
+#include "cli/arguments.h"
 #include "operations/removal_operation.h"
 #include "program/host_paths.h"
 #include "removal/findings.h"
@@ -16,6 +17,10 @@
 #include <vector>
 
 namespace tidwen {
+
+/// Restricts what is listed and removed to names that contain a text; empty without the option.
+inline constexpr const char* filterOption = "--filter";
+std::string searchText(const Arguments& arguments);
 
 /// The selection options.
 struct SelectionRequest {

@@ -32,6 +32,10 @@ std::set<T> without(std::set<T> values, const T& value) {
     return values;
 }
 
+const std::string& ownerName(const StartupItem& item) {
+    return item.owner.name.empty() ? item.label : item.owner.name;
+}
+
 } // namespace
 
 std::string_view name(SwitchState state) {
@@ -162,8 +166,12 @@ bool StartupItemsModel::isProtected(const StartupItem& item) const {
     return ports_.protectedApps.containsOwner(item.label);
 }
 
-bool StartupItemsModel::isSelectable(const StartupItem& item) const {
-    return item.owner.kind != OwnerKind::apple && !item.isEmbedded() && !isProtected(item);
+std::optional<Message> StartupItemsModel::whyItStays(const StartupItem& item) const {
+    if (item.owner.kind == OwnerKind::apple) return Message{"startup.noSwitch.apple"};
+    if (isProtected(item)) return Message{"error.protectedApp %@", {ownerName(item)}};
+    if (const auto* embedded = std::get_if<StartupItem::Embedded>(&item.source))
+        return Message{"startup.stays.embedded %@", {embedded->appName}};
+    return std::nullopt;
 }
 
 void StartupItemsModel::toggleSelection(const StartupItem& item) {
@@ -259,8 +267,7 @@ std::vector<const StartupItem*> StartupItemsModel::itemsNamed(const std::string&
 std::string StartupItemsModel::ownerText(const StartupItem& item) const {
     const auto& owner = item.owner;
     const auto& texts = ports_.texts;
-    if (isProtected(item))
-        return texts.text("startup.owner.protected %@", {owner.name.empty() ? item.label : owner.name});
+    if (isProtected(item)) return texts.text("startup.owner.protected %@", {ownerName(item)});
     switch (owner.kind) {
     case OwnerKind::installed:
         if (const auto* embedded = std::get_if<StartupItem::Embedded>(&item.source))

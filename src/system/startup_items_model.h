@@ -102,7 +102,9 @@ class StartupItemsModel {
     SwitchState switchState(const StartupItem& item) const;
     /// Why a job has no switch here.
     std::optional<Message> whyNoSwitch(const StartupItem& item) const;
-    bool isSelectable(const StartupItem& item) const;
+    /// Why a job cannot be removed on its own; nothing when it can.
+    std::optional<Message> whyItStays(const StartupItem& item) const;
+    bool isSelectable(const StartupItem& item) const { return !whyItStays(item); }
     bool isProtected(const StartupItem& item) const;
     /// The text under the label ("Belongs to Marlin Notes"), in the present language.
     std::string ownerText(const StartupItem& item) const;

@@ -253,6 +253,8 @@ TEST_F(StartupItems, ShowsOrphansFirstAndTakesLaunchdsWord) {
     EXPECT_EQ(model.switchState(item("zz.gone.thing")), SwitchState::none);
     EXPECT_EQ(model.whyNoSwitch(item("zz.gone.thing")), Message{"startup.noSwitch.missing"});
     EXPECT_FALSE(model.whyNoSwitch(item("com.vendor.app.agent")));
+    EXPECT_EQ(model.whyItStays(item("com.vendor.app.inner")),
+              (Message{"startup.stays.embedded %@", {"Foo"}}));
     launchd.user = {{"com.vendor.app.agent", false}};
     model.refreshDisabled();
     settle();
@@ -319,6 +321,9 @@ TEST_F(StartupItems, SelectsOnlyWhatMayBeRemovedAndForgetsWhatIsGone) {
     protectedApps.toggle("com.vendor.app");
     model.load();
     settle();
+    EXPECT_EQ(model.whyItStays(item("com.apple.thing")), Message{"startup.noSwitch.apple"});
+    EXPECT_EQ(model.whyItStays(item("com.vendor.app.agent")), (Message{"error.protectedApp %@", {"Foo"}}));
+    EXPECT_EQ(model.whyItStays(item("zz.gone.thing")), std::nullopt);
     for (const auto& each : model.result.get().items)
         model.toggleSelection(each);
     ASSERT_EQ(model.selectedItems().size(), 1u);

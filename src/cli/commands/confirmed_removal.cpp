@@ -189,11 +189,6 @@ ExitStatus nothingToDo(const RemovalChoice& choice, const CommandContext& contex
 
 } // namespace
 
-std::string searchText(const Arguments& arguments) {
-    const auto texts = arguments.values(filterOption);
-    return texts.empty() ? std::string() : texts.back();
-}
-
 bool agreed(const CommandContext& context, const std::string& question, std::string_view refusal) {
     if (context.arguments.yes) return true;
     if (!context.console.canAsk()) {

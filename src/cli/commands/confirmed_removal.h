@@ -25,10 +25,6 @@ enum class Chosen {
 ExitStatus removeFound(const CommandContext& context, Mac& mac, FlowSession& session, RemovalMode mode,
                        Chosen chosen = Chosen::byDefault);
 
-/// Restricts what is listed and removed to names that contain a text.
-inline constexpr const char* filterOption = "--filter";
-std::string searchText(const Arguments& arguments);
-
 /// Asks for confirmation. True with "--yes" or after a yes. Otherwise refuses: with the text `refusal` where
 /// no question can be asked, else because the user declined.
 bool agreed(const CommandContext& context, const std::string& question, std::string_view refusal);

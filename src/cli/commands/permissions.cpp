@@ -91,7 +91,8 @@ void print(const AppTarget& app, const PermissionAudit::Result& audit, const Com
     for (const auto& grant : audit.grants)
         table.add({{permissionTitle(grant.service, context.texts), Style::strong},
                    {context.text("cli.permission." + std::string(name(grant.state.kind)))},
-                   {PermissionsSheet::detail(grant, context.texts), Style::faint}});
+                   {context.text("cli.permission.scope." + std::string(name(grant.scope))), Style::faint},
+                   {grant.isPathClient ? context.text("permissions.sheet.pathClient") : "", Style::faint}});
     table.print(context.console);
     if (audit.unreadable.empty()) return;
     // A volume has no System Settings to grant access in.

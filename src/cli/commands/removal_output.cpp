@@ -4,6 +4,7 @@
 #include "base/path.h"
 #include "cli/console.h"
 #include "cli/labels.h"
+#include "cli/selection.h"
 #include "cli/table.h"
 #include "operations/privileged_runner.h"
 #include "operations/removal_operation.h"
@@ -15,6 +16,7 @@
 #include "removal/stay_reason.h"
 #include "scan/matching/trace.h"
 #include "scan/permissions/permission_audit.h"
+#include "sweep/leftover_filter.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -116,11 +118,14 @@ class ListedAgain {
 
 void printLeft(const std::vector<Remainder>& left, const CommandContext& context) {
     ListedAgain listed(context);
+    // A search names what is meant: the rest was not left out, it was never asked for.
+    const LeftoverFilter filter{.query = searchText(context.arguments)};
     std::vector<std::string> scan = {"scan"};
     for (const auto& each : left) {
         const auto& target = each.target;
         const auto name = target.bundleID.empty() ? target.bundleURL.string() : target.bundleID;
         for (const auto& item : each.traces) {
+            if (!filter.passes(item.trace)) continue;
             if (listed.takes(item) || isGuidance(item.trace, context)) continue;
             if (scan.size() == 1) context.console.line(context.text("cli.remove.left"), Style::caution);
             context.console.line({{"  " + displayName(item.trace, context.texts)},

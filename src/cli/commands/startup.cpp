@@ -34,6 +34,12 @@ namespace {
 
 constexpr const char* orphansOption = "--orphans";
 
+/// A job that only System Settings switches says so, whether it is off or not.
+std::string stateKey(SwitchState state, bool isOff) {
+    if (isOff && state == SwitchState::systemSettings) return "cli.startup.state.offInSystemSettings";
+    return "cli.startup.state." + std::string(isOff ? "off" : name(state));
+}
+
 /// Runs the model of the startup items' screen through each of its steps.
 class StartupSession {
   public:
@@ -102,8 +108,9 @@ class StartupSession {
             const auto found = find(word);
             if (!found) return refuseUnseen(found.error());
             const auto& item = **found;
-            if (!model_.isSelectable(item))
-                return context_.refuse({"cli.startup.notRemovable %@", {item.label}});
+            if (const auto why = model_.whyItStays(item))
+                return context_.refuse(
+                    {"cli.startup.notRemovable %@ %@", {item.label, context_.texts.text(*why)}});
             if (!model_.selection.get().contains(item.id())) model_.toggleSelection(item);
         }
         std::vector<Trace> traces;
@@ -192,14 +199,13 @@ class StartupSession {
 
     /// `isShared`: another job has the same label, so only the path tells them apart.
     std::vector<StyledText> row(const StartupItem& item, bool isShared) const {
-        const auto state = model_.switchState(item);
         const bool isOff = model_.disabled.get().contains(item.id());
-        return {{context_.text("cli.startup.state." + std::string(isOff ? "off" : name(state))),
-                 isOff ? Style::caution : Style::faint},
-                {item.label, Style::strong},
-                {item.isSystemDomain ? context_.text("startup.badge.daemon") : "", Style::faint},
-                {model_.ownerText(item), Style::faint},
-                {isShared ? item.id() : "", Style::faint}};
+        return {
+            {context_.text(stateKey(model_.switchState(item), isOff)), isOff ? Style::caution : Style::faint},
+            {item.label, Style::strong},
+            {item.isSystemDomain ? context_.text("startup.badge.daemon") : "", Style::faint},
+            {model_.ownerText(item), Style::faint},
+            {isShared ? item.id() : "", Style::faint}};
     }
 
     const CommandContext& context_;
