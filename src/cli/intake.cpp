@@ -93,12 +93,23 @@ Path ApplicationFinder::placeCalled(const std::string& path) const {
     return place;
 }
 
+/// A Mac's disk takes other letter cases and compositions of a name for the same; the disk that a volume lies
+/// on may not.
+std::optional<Path> ApplicationFinder::spelledAs(const Path& path) const {
+    const auto wanted = folded(path.string());
+    std::vector<Path> found;
+    for (const auto& app : installed_)
+        if (folded(app.url.string()) == wanted) found.push_back(app.url);
+    return found.size() == 1 ? std::optional(found.front()) : std::nullopt;
+}
+
 tl::expected<Path, Message> ApplicationFinder::find(const std::string& word) const {
     if (word.starts_with('/')) {
         const auto path = placeCalled(word);
         if (leadsNowhere(path)) return tl::unexpected(Message{"cli.app.away"});
         if (files_.exists(path)) return path;
         if (auto onVolume = hostPaths_.macPath(word)) return std::move(*onVolume);
+        if (auto installed = spelledAs(path)) return std::move(*installed);
         return tl::unexpected(Message{"cli.app.missing"});
     }
     const auto wanted = folded(word);

@@ -47,6 +47,7 @@ class ApplicationFinder {
     bool leadsNowhere(const Path& path) const;
     Path placeCalled(const std::string& path) const;
     std::optional<Path> linkCalled(const std::string& folded) const;
+    std::optional<Path> spelledAs(const Path& path) const;
     std::vector<Path> withIdentifier(const std::string& folded) const;
     std::vector<Path> withName(const std::string& folded) const;
     std::vector<std::string> similarNames(const std::string& folded) const;

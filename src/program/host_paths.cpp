@@ -19,7 +19,8 @@ std::optional<Path> HostPaths::macPath(const std::string& hostPath) const {
     fs::path given = fs::absolute(hostPath, failed);
     if (failed) return std::nullopt;
     if (given.filename().empty()) given = given.parent_path(); // a trailing slash from completion
-    if (!fs::exists(fs::symlink_status(given, failed))) return std::nullopt;
+    if (given.filename() == "..") given = fs::canonical(given, failed); // which names no item of its own
+    if (failed || !fs::exists(fs::symlink_status(given, failed))) return std::nullopt;
 
     const fs::path parent = fs::canonical(given.parent_path(), failed);
     if (failed) return std::nullopt;

@@ -58,6 +58,9 @@ TEST_F(IntakeTest, AWordMeansOneApplicationOrSaysWhyNot) {
         {"/Applications/./Utilities/../Marlin Notes.app", "/Applications/Marlin Notes.app"},
         {"/Applications/Elsewhere/../Twin.app", "/Users/alice/Applications/Twin.app"}, // past a link
         {"/Applications/Nowhere/../Twin.app", "cli.app.missing"},
+        {"/APPLICATIONS/marlin notes.app", "/Applications/Marlin Notes.app"}, // as a Mac's disk has it
+        {"/Applications/Cafe\u0301.app", "/Applications/Caf\u00e9.app"},
+        {host("/Applications/Twin.app/Contents/.."), "/Applications/Twin.app"},
         {"Marlin Notes", "/Applications/Marlin Notes.app"},
         {"marlin notes.APP", "/Applications/Marlin Notes.app"},
         {"COM.marlinworks.notes", "/Applications/Marlin Notes.app"},

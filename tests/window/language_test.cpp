@@ -199,8 +199,9 @@ TEST_P(Languages, ChangeDuringASearchAndWhenAnotherProcessChoosesOne) {
     EXPECT_TRUE(waitUntil([&] { return fixture.texts.language() == "en"; }));
 }
 
-INSTANTIATE_TEST_SUITE_P(AtTwiceTheTextAndInTheLeastWindow, Languages,
-                         testing::Values(Size{2}, Size{1, 800, 560}));
+INSTANTIATE_TEST_SUITE_P(Sizes, Languages, testing::Values(Size{2}, Size{1, 800, 560}), [](const auto& size) {
+    return std::string(size.param.textScale > 1 ? "TwiceTheText" : "LeastWindow");
+});
 
 } // namespace
 } // namespace tidwen
