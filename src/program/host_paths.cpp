@@ -18,7 +18,7 @@ std::optional<Path> HostPaths::macPath(const std::string& hostPath) const {
     std::error_code failed;
     fs::path given = fs::absolute(hostPath, failed);
     if (failed) return std::nullopt;
-    if (given.filename().empty()) given = given.parent_path(); // a trailing slash from completion
+    if (given.filename().empty()) given = given.parent_path();          // a trailing slash from completion
     if (given.filename() == "..") given = fs::canonical(given, failed); // which names no item of its own
     if (failed || !fs::exists(fs::symlink_status(given, failed))) return std::nullopt;
 

@@ -49,14 +49,16 @@ int HistoryItems::rowCount(const QModelIndex& above) const {
 QVariant HistoryItems::data(const QModelIndex& index, int role) const {
     if (!index.isValid()) return {};
     const auto& item = items_[static_cast<std::size_t>(index.row())];
-    const auto path = shortPath(Path(item.source), user_);
+    const Path source(item.source);
     switch (role) {
     case Qt::DisplayRole:
-        return path;
+        return shown(source.lastComponent());
+    case folder:
+        return shortPath(source.parent(), user_);
     case Qt::ToolTipRole:
-        return path.toHtmlEscaped();
+        return shortPath(source, user_).toHtmlEscaped();
     case Qt::AccessibleTextRole:
-        return QStringList{path, stateWords(item)}.join(QStringLiteral(", "));
+        return QStringList{shortPath(source, user_), stateWords(item)}.join(QStringLiteral(", "));
     case state:
         return stateWords(item);
     default:

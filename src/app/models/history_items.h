@@ -19,8 +19,10 @@ class HistoryItems final : public QAbstractListModel {
     /// `texts` outlives it.
     HistoryItems(const Texts& texts, UserEnvironment user);
 
-    /// Where an item is that is not in quarantine; empty for others.
-    static constexpr int state = Qt::UserRole;
+    enum Roles : int {
+        state = Qt::UserRole, ///< where an item is that is not in quarantine; empty for others
+        folder,               ///< the one it came from
+    };
 
     /// Null for none. The rows stay, with what is chosen among them, while they are the same.
     void show(const RemovalHistoryEntry* entry);

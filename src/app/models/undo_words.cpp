@@ -18,10 +18,4 @@ QStringList undoLines(const UndoReport& undo, bool runsJobs, const Texts& texts)
     return lines;
 }
 
-QString firstLines(const QStringList& lines, qsizetype most, const Texts& texts) {
-    if (lines.size() <= most) return lines.join(QLatin1Char('\n'));
-    const auto others = words(texts, "report.more %lld", {std::to_string(lines.size() - most)});
-    return (lines.first(most) << others).join(QLatin1Char('\n'));
-}
-
 } // namespace tidwen

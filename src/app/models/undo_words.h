@@ -12,9 +12,6 @@ namespace tidwen {
 /// name now, and the jobs it started. `runsJobs`: not on a volume.
 QStringList undoLines(const UndoReport& undo, bool runsJobs, const Texts& texts);
 
-/// One under the other, the first `most` of them and how many more there are.
-QString firstLines(const QStringList& lines, qsizetype most, const Texts& texts);
-
 /// Everything is back, under its own name.
 inline bool isAsBefore(const UndoReport& undo) {
     return undo.failures.empty() && undo.renamed.empty();

@@ -45,7 +45,6 @@ namespace {
 
 constexpr int longestToFirstPaint = 300; ///< milliseconds; a window behind others is not painted
 constexpr int quickOpening = 400;        ///< milliseconds, after which it is said what one waits for
-constexpr qsizetype mostLines = 6;       ///< of one notice
 
 /// Never as a move: whoever offers one deletes its file when it was taken. Where no copy is offered either,
 /// the drop is answered with nothing.
@@ -269,9 +268,8 @@ void MainWindow::stand() {
     const auto say = [this](const std::vector<Message>& messages) {
         QStringList lines;
         for (const auto& message : messages)
-            if (lines.size() < mostLines) lines << shown(texts_.text(message));
-        if (messages.size() > static_cast<std::size_t>(mostLines)) lines << QStringLiteral("…");
-        view_->say(lines.join(QLatin1Char('\n')));
+            lines << shown(texts_.text(message));
+        view_->say(firstLines(lines, mostNoticeLines, texts_));
     };
     standing_ = std::make_unique<StandingServices>(
         mac_->session(), services_.bundle, StandingServices::Window{[this] { present(); }, lookAt, say});

@@ -17,12 +17,6 @@
 
 namespace tidwen {
 
-namespace {
-
-constexpr qsizetype mostLines = 6; ///< more would leave no room for the screen below
-
-} // namespace
-
 RecoveryBanner::RecoveryBanner(StartupChores& chores, const Texts& texts, bool runsJobs,
                                std::function<void(const Path&)> reveal)
     : chores_(chores),
@@ -52,7 +46,7 @@ void RecoveryBanner::showUndone(const UndoReport& undo) {
         isSame ? NoticeTone::information : NoticeTone::caution,
         {isSame ? text("home.recovery.undone %@", {listed(apps, &AppRecord::name, texts_).toStdString()})
                 : text("report.undo.complete"),
-         firstLines(lines, mostLines, texts_), text("window.dismiss")},
+         firstLines(lines, mostNoticeLines, texts_), text("window.dismiss")},
         [this] { chores_.forgetUndo(); }));
 }
 
@@ -66,7 +60,7 @@ void RecoveryBanner::showNotice(const RecoveryNotice& notice) {
     notices_->addWidget(makeNotice(
         isWhole ? NoticeTone::information : NoticeTone::caution,
         {text("home.recovery.title %@", {shown(subjectText(notice.manifest, texts_)).toStdString()}),
-         firstLines(lines, mostLines, texts_)},
+         firstLines(lines, mostNoticeLines, texts_)},
         {{text(isUndoing ? "home.recovery.restoring" : "home.recovery.undo"),
           [this] { chores_.undoRecovered(); }, !isUndoing, QStringLiteral("undo recovered")},
          {text("home.recovery.reveal"), [this, root = notice.manifest.quarantineRoot] { reveal_(root); }},

@@ -29,4 +29,10 @@ QString sizeWords(std::optional<std::int64_t> bytes, const Texts& texts) {
     return bytes ? QString::fromStdString(formatByteCount(*bytes, texts.language())) : QString();
 }
 
+QString firstLines(const QStringList& lines, qsizetype most, const Texts& texts) {
+    if (lines.size() <= most) return lines.join(QLatin1Char('\n'));
+    const auto others = words(texts, "report.more %lld", {std::to_string(lines.size() - most)});
+    return (lines.first(most) << others).join(QLatin1Char('\n'));
+}
+
 } // namespace tidwen

@@ -4,6 +4,7 @@
 #include "base/texts.h"
 
 #include <QString>
+#include <QStringList>
 #include <cstdint>
 #include <functional>
 #include <iterator>
@@ -32,5 +33,10 @@ QString listed(const Things& things, Name name, const Texts& texts) {
 }
 /// "2.1 MB"; empty when it is not known.
 QString sizeWords(std::optional<std::int64_t> bytes, const Texts& texts);
+
+/// The lines of a notice: more would leave no room for the screen below.
+inline constexpr qsizetype mostNoticeLines = 6;
+/// One under the other, the first `most` of them and how many more there are.
+QString firstLines(const QStringList& lines, qsizetype most, const Texts& texts);
 
 } // namespace tidwen

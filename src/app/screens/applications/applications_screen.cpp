@@ -1,7 +1,6 @@
 #include "app/screens/applications/applications_screen.h"
 
 #include "app/models/chosen_cards.h"
-#include "app/models/undo_words.h"
 #include "app/screens/applications/app_details_sheet.h"
 #include "app/screens/applications/card_view.h"
 #include "app/screens/applications/tags_sheet.h"

@@ -57,6 +57,13 @@ void paintTags(QPainter& painter, const QRect& line, int count) {
                     dot / 2.0);
 }
 
+/// What does not fit on one line is broken between the facts, not within one.
+void paintFacts(QPainter& painter, const QRect& place, QString facts) {
+    if (painter.fontMetrics().horizontalAdvance(facts) > place.width())
+        facts.replace(QStringLiteral(" · "), QStringLiteral("\n"));
+    painter.drawText(place, Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, facts);
+}
+
 void paintCard(QPainter& painter, const QStyleOptionViewItem& option, const QModelIndex& index,
                AppIcons& icons) {
     paintGround(painter, option);
@@ -83,9 +90,8 @@ void paintCard(QPainter& painter, const QStyleOptionViewItem& option, const QMod
     line.translate(0, line.height());
     painter.setFont(textFont(Type::second));
     painter.setPen(colors()[Role::second]);
-    const QRect second(line.left(), line.top(), line.width(), 2 * lineHeight(Type::second));
-    painter.drawText(second, Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap,
-                     index.data(HomeList::second).toString());
+    paintFacts(painter, QRect(line.left(), line.top(), line.width(), 2 * lineHeight(Type::second)),
+               index.data(HomeList::second).toString());
     const auto tags = index.data(HomeList::tags).toStringList().size();
     paintTags(painter, QRect(card.left(), card.bottom() - scaled(12), card.width(), scaled(7)),
               static_cast<int>(tags));

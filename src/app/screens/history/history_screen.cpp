@@ -4,6 +4,7 @@
 #include "app/models/trace_words.h"
 #include "app/models/undo_words.h"
 #include "app/screens/history/history_delegate.h"
+#include "app/screens/history/history_item_delegate.h"
 #include "app/style/metrics.h"
 #include "app/style/palette.h"
 #include "app/style/style.h"
@@ -27,10 +28,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
-#include <QPainter>
 #include <QPushButton>
 #include <QStackedLayout>
-#include <QStyledItemDelegate>
 
 #include <cstdint>
 #include <functional>
@@ -39,37 +38,6 @@
 #include <vector>
 
 namespace tidwen {
-
-namespace {
-
-constexpr qsizetype mostNoticeLines = 6; ///< of a notice
-
-/// A path and, at the far side, where its item is. Never wider than its list; a long path keeps its end, the
-/// name, and is not scrolled to.
-class ItemDelegate final : public QStyledItemDelegate {
-  public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
-        return {0, QStyledItemDelegate::sizeHint(option, index).height()};
-    }
-    void paint(QPainter* painter, const QStyleOptionViewItem& given,
-               const QModelIndex& index) const override {
-        const auto state = index.data(HistoryItems::state).toString();
-        auto option = given;
-        if (!state.isEmpty()) {
-            const int wide = option.fontMetrics.horizontalAdvance(state) + scaled(10);
-            const auto align = QStyle::visualAlignment(option.direction, Qt::AlignRight | Qt::AlignVCenter);
-            painter->setFont(option.font);
-            painter->setPen(colors()[Role::second]);
-            painter->drawText(given.rect, static_cast<int>(align) | Qt::TextSingleLine, state);
-            const bool isMirrored = option.direction == Qt::RightToLeft;
-            option.rect.adjust(isMirrored ? wide : 0, 0, isMirrored ? 0 : -wide, 0);
-        }
-        QStyledItemDelegate::paint(painter, option, index);
-    }
-};
-
-} // namespace
 
 HistoryScreen::HistoryScreen(HistoryModel& history, AppIcons& icons, const Texts& texts, UserEnvironment user,
                              bool runsJobs, Actions actions)
@@ -132,9 +100,9 @@ QWidget* HistoryScreen::makeContent(AppIcons& icons) {
     items_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     items_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     items_->setUniformItemSizes(true);
-    items_->setSpacing(scaled(3));
-    items_->setTextElideMode(Qt::ElideLeft);
-    items_->setItemDelegate(new ItemDelegate(items_));
+    items_->setSpacing(scaled(1));
+    items_->setMouseTracking(true);
+    items_->setItemDelegate(new HistoryItemDelegate(items_));
     items_->setModel(&itemList_);
     // On the run itself: the whole of it.
     connect(runs_, &QAbstractItemView::clicked, this, [this] { items_->clearSelection(); });

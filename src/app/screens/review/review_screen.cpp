@@ -2,7 +2,6 @@
 
 #include "app/models/app_icons.h"
 #include "app/models/trace_words.h"
-#include "app/models/undo_words.h"
 #include "app/models/unseen_words.h"
 #include "app/screens/review/review_filter.h"
 #include "app/screens/review/size_bar.h"
