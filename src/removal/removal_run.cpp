@@ -3,6 +3,7 @@
 #include "base/path.h"
 #include "base/step_progress.h"
 #include "base/uuid.h"
+#include "operations/removal_operation.h"
 #include "operations/stepwise_run.h"
 #include "platform/file_system.h"
 #include "quarantine/manifest.h"
@@ -22,8 +23,10 @@
 #include <functional>
 #include <map>
 #include <set>
+#include <string>
 #include <tl/expected.hpp>
 #include <utility>
+#include <variant>
 
 namespace tidwen {
 
@@ -103,6 +106,22 @@ std::set<Uuid> notBegun(const RemovalReport& report) {
     return traces;
 }
 
+/// The packages whose receipts the run moved.
+std::set<std::string> packagesForgotten(const RemovalReport& report) {
+    std::map<int, std::string> packageOf;
+    for (const auto& step : report.operations) {
+        const auto* move = std::get_if<operation::Move>(&step.kind);
+        if (move && move->source.parent().lastComponent() == "receipts")
+            packageOf.emplace(step.id, move->source.stem());
+    }
+    std::set<std::string> forgotten;
+    for (const auto& result : report.results)
+        if (const auto package = packageOf.find(result.operationID);
+            result.succeeded && package != packageOf.end())
+            forgotten.insert(package->second);
+    return forgotten;
+}
+
 /// The group's existing remainder, or a new one.
 Remainder& remainderOf(const AppTarget& target, std::vector<Remainder>& left) {
     const auto known = std::ranges::find_if(left, [&](const Remainder& each) {
@@ -120,6 +139,11 @@ Remainder& remainderOf(const AppTarget& target, std::vector<Remainder>& left) {
 std::vector<Remainder> RemovalRun::remaindersOf(const RemovalChoice& choice,
                                                 const RemovalReport& report) const {
     auto left = choice.remainders();
+    const auto forgotten = packagesForgotten(report);
+    for (auto& each : left)
+        for (auto& item : each.traces)
+            if (item.reason == StayReason::onlyListed && forgotten.contains(item.trace.reason.value))
+                item.reason = StayReason::listGone;
     if (report.wasStopped()) {
         const auto stopped = notBegun(report);
         for (const auto& each : choice.going())

@@ -34,6 +34,8 @@ Message StayingTrace::describe() const {
         break;
     case StayReason::onlyListed:
         return {"left.onlyListed"};
+    case StayReason::listGone:
+        return {"left.listGone"};
     case StayReason::mayHoldOthers:
         return {"left.mayHoldOthers"};
     case StayReason::ownerUnsure:

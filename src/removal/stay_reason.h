@@ -14,6 +14,7 @@ enum class StayReason {
     permanent,     ///< cannot be restored; not selected by default
     contested,     ///< another bundle claims it; not selected by default
     onlyListed,    ///< a package's list is the only evidence; not selected by default
+    listGone,      ///< the same, and the list was removed: no later scan finds the item
     mayHoldOthers, ///< not completely searched for other applications; not selected by default
     ownerUnsure,   ///< an application that could not be seen may own it; not selected by default
     claimed,       ///< selected, but a remaining application of the same scan also claims it

@@ -28,9 +28,10 @@ QVariant PermissionList::rowData(const PermissionRow& row, int role) const {
 }
 
 QString PermissionList::secondLine(const PermissionGrant& grant) const {
-    auto line = words(texts_, "cli.permission." + std::string(name(grant.state.kind)));
-    const auto detail = PermissionsSheet::detail(grant, texts_);
-    return detail.empty() ? line : line + QStringLiteral(" · ") + shown(detail);
+    const auto detail = shown(PermissionsSheet::detail(grant, texts_));
+    if (grant.state.kind == PermissionGrant::State::Kind::limited) return detail; // which begins with that
+    const auto state = words(texts_, "cli.permission." + std::string(name(grant.state.kind)));
+    return detail.isEmpty() ? state : state + QStringLiteral(" · ") + detail;
 }
 
 } // namespace tidwen

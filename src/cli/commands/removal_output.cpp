@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <functional>
+#include <utility>
 #include <variant>
 
 namespace tidwen {
@@ -121,16 +122,19 @@ void printLeft(const std::vector<Remainder>& left, const CommandContext& context
     // A search names what is meant: the rest was not left out, it was never asked for.
     const LeftoverFilter filter{.query = searchText(context.arguments)};
     std::vector<std::string> scan = {"scan"};
+    bool isAnyLeft = false;
     for (const auto& each : left) {
         const auto& target = each.target;
         const auto name = target.bundleID.empty() ? target.bundleURL.string() : target.bundleID;
         for (const auto& item : each.traces) {
             if (!filter.passes(item.trace)) continue;
             if (listed.takes(item) || isGuidance(item.trace, context)) continue;
-            if (scan.size() == 1) context.console.line(context.text("cli.remove.left"), Style::caution);
+            if (!std::exchange(isAnyLeft, true))
+                context.console.line(context.text("cli.remove.left"), Style::caution);
             context.console.line({{"  " + displayName(item.trace, context.texts)},
                                   {"  " + context.texts.text(item.describe()), Style::faint}});
-            if (std::ranges::find(scan, name) == scan.end()) scan.push_back(name);
+            const bool isListedAgain = item.reason != StayReason::listGone;
+            if (isListedAgain && std::ranges::find(scan, name) == scan.end()) scan.push_back(name);
         }
     }
     listed.print();

@@ -162,6 +162,13 @@ class Around(VolumeTest):
         found = subprocess.run(command, shell=True, env=self.environment, check=True, capture_output=True, text=True)
         self.assertEqual([item for item in items if item.strip().split("  ")[0] not in found.stdout], [])
 
+    def test_what_no_later_scan_finds_says_so(self):
+        tiers = ["--risk", "safe,review,sensitive"]
+        lines = self.call("remove", "Brightwell Studio", *tiers, "--yes").output.splitlines()
+        lost = next(line for line in lines if "/usr/local/bin/brightwell-bounce" in line)
+        self.assertIn("no later search finds it", lost)
+        self.assertEqual([line for line in lines if line.startswith("To list these")], [], "it would find nothing")
+
     def test_no_command_is_printed_that_takes_what_another_claims(self):
         printed = self.call("remove", "Lumen", "--yes").output
         self.assertIn("also claimed by com.lumenlight.lumen.beta", printed)

@@ -4,8 +4,8 @@
 
 namespace tidwen {
 
-/// Paints an item of a run: its name, the folder it came from and, at the far side, where it is. Never wider than its
-/// list.
+/// Paints an item of a run: its name, the folder it came from and, at the far side, where it is. Never wider
+/// than its list.
 class HistoryItemDelegate final : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
