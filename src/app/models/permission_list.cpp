@@ -28,7 +28,7 @@ QVariant PermissionList::rowData(const PermissionRow& row, int role) const {
 }
 
 QString PermissionList::secondLine(const PermissionGrant& grant) const {
-    const auto detail = shown(PermissionsSheet::detail(grant, texts_));
+    auto detail = shown(PermissionsSheet::detail(grant, texts_));
     if (grant.state.kind == PermissionGrant::State::Kind::limited) return detail; // which begins with that
     const auto state = words(texts_, "cli.permission." + std::string(name(grant.state.kind)));
     return detail.isEmpty() ? state : state + QStringLiteral(" · ") + detail;
