@@ -22,7 +22,7 @@ RemovalSummary summarize(const std::vector<const Trace*>& selection) {
         if (tier.count == 0) continue;
         summary.totalSize.add(tier.size);
         summary.totalCount += tier.count;
-        summary.tiers.push_back(std::move(tier));
+        summary.tiers.push_back(tier);
     }
     for (const auto* trace : selection) {
         if (trace->reversibility == Reversibility::manualOnly) continue;
