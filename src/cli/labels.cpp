@@ -5,6 +5,10 @@
 #include "cli/line_layout.h"
 #include "scan/policy/trace_category.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
 #include <variant>
 
 namespace tidwen::labels {
@@ -70,8 +74,10 @@ std::vector<std::string> badges(const Trace& trace, const Texts& texts) {
     return result;
 }
 
-std::string progress(const std::string& work, const StepProgress& step, const Texts& texts,
-                     std::size_t columns) {
+namespace {
+
+/// The number of the step and its verb.
+std::string stepWords(const std::string& work, const StepProgress& step, const Texts& texts) {
     auto line = texts.text("cli.progress %@ %lld %lld",
                            {work, std::to_string(step.step), std::to_string(step.total)});
     const auto key = "cli.step." + step.kind;
@@ -81,16 +87,29 @@ std::string progress(const std::string& work, const StepProgress& step, const Te
     const std::string what = isSaid ? "" : verb;
     if (!what.empty() || !step.item.empty()) line += ": " + what;
     if (!what.empty() && !step.item.empty()) line += " ";
+    return line;
+}
+
+} // namespace
+
+std::string progress(const std::string& work, const StepProgress& step, const Texts& texts,
+                     std::size_t columns) {
+    constexpr std::size_t least = 9; // of which something is to be seen
     std::string copied;
     if (step.copiedBytes > 0)
         copied =
             ", "
             + texts.text("cli.progress.copied %@",
                          {formatByteCount(static_cast<std::int64_t>(step.copiedBytes), texts.language())});
-    const auto taken = displayWidth(printable(line)) + displayWidth(copied);
-    constexpr std::size_t least = 9; // of which something is to be seen
-    const auto left = columns < taken + least ? least : columns - taken;
-    return line + cutInMiddle(step.item, left) + copied;
+    auto line = stepWords(work, step, texts);
+    const auto fixed = [&] { return displayWidth(printable(line)) + displayWidth(copied); };
+    const auto wanted = fixed() + std::min(displayWidth(printable(step.item)), least);
+    if (wanted > columns) { // the work is known, the number is not
+        const auto wide = displayWidth(printable(work)), over = wanted - columns;
+        line = stepWords(cutInMiddle(work, std::max(least, wide - std::min(wide, over))), step, texts);
+    }
+    const auto taken = fixed();
+    return line + cutInMiddle(step.item, columns < taken + least ? least : columns - taken) + copied;
 }
 
 std::string verb(const RemovalOperation::Kind& kind, const Texts& texts) {

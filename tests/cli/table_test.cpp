@@ -1,13 +1,17 @@
 #include "cli/console.h"
 #include "cli/table.h"
 
+#include "base/step_progress.h"
 #include "base/text.h"
+#include "base/texts.h"
+#include "cli/labels.h"
 #include "cli/line_layout.h"
 #include "cli/suggestion.h"
 #include "support/temporary_folder.h"
 #include "support/trees.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <memory>
@@ -94,6 +98,18 @@ TEST(LineLayout, BreaksBetweenWordsAndCutsWhatIsTooLong) {
         "\u300cKip\u300d\u306f\u77ed\u3044\u3001\u306e|    \u3067\u3001\u3067\u3059\u3002\u306f|");
     EXPECT_EQ(wrappedText("\u306f\u77ed\u3044\u3067\u3059\u3002 [y/N] ", 11),
               "\u306f\u77ed\u3044\u3067\n \u3059\u3002 [y/N] ");
+}
+
+TEST(Progress, KeepsTheNumberOfTheStepWhereTheLineIsNarrow) {
+    const StepProgress step = {19, 62, "search", "Support files"};
+    const std::string work = "Looking for what belongs to Marlin Notes";
+    for (const std::size_t columns : {40, 60, 200}) {
+        const auto line = labels::progress(work, step, Texts(), columns);
+        EXPECT_NE(line.find(" 19 62: "), std::string::npos) << line;
+        EXPECT_LE(displayWidth(line), columns) << line;
+        EXPECT_EQ(line.find("Marlin Notes 19 62: Support files") != std::string::npos, columns == 200)
+            << line;
+    }
 }
 
 TEST(Suggestion, IsTheWordThatComesClosest) {
