@@ -20,6 +20,7 @@
 #include "quarantine/interrupted_return.h"
 #include "quarantine/item_names.h"
 #include "quarantine/manifest.h"
+#include "quarantine/not_undone.h"
 #include "quarantine/operation_numbers.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/restore_order.h"
@@ -82,10 +83,7 @@ class UndoRun {
     }
 
     UndoReport run() {
-        report_.mayHaveLost =
-            manifest_.irreversible
-                ? !manifest_.irreversible->empty()
-                : std::ranges::any_of(manifest_.apps, [](const auto& app) { return !app.bundleID.empty(); });
+        report_.lost = notUndone(manifest_);
         const auto order = chosenSteps();
         steps_.expect(order.size() + chosenJobs().size());
         for (const auto& step : order)

@@ -11,6 +11,7 @@
 #include "platform/launchd.h"
 #include "platform/user_environment.h"
 #include "quarantine/manifest.h"
+#include "quarantine/not_undone.h"
 #include "quarantine/run_items.h"
 
 #include <optional>
@@ -29,9 +30,7 @@ struct UndoReport {
     int relaunchedJobs = 0;         ///< without those that are switched off
     std::vector<Path> renamed = {}; ///< new paths of items whose old path is taken
     int alreadyBack = 0;            ///< items already at their old path; neither tried nor failed
-    /// The run reset privacy permissions or deleted passwords, which cannot be undone; or it removed
-    /// applications, and its manifest does not say (written by an earlier version, or recovered).
-    bool mayHaveLost = false;
+    NotUndone lost = NotUndone::nothing;
     friend bool operator==(const UndoReport&, const UndoReport&) = default;
 };
 

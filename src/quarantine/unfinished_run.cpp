@@ -11,12 +11,12 @@ namespace tidwen {
 
 namespace {
 
-using Problem = UnfinishedRun::Problem;
+using RunProblem = UnfinishedRun::Problem;
 
 UnfinishedRun fromJournal(const Path& root, RemovalJournal journal, const FileSystem& files) {
     auto seen = observe(journal.planned, files);
     UnfinishedRun run{.root = root,
-                      .problem = seen.unsettled.empty() ? Problem::interrupted : Problem::unsettled,
+                      .problem = seen.unsettled.empty() ? RunProblem::interrupted : RunProblem::unsettled,
                       .known = Manifest{.createdAt = journal.createdAt,
                                         .quarantineRoot = root,
                                         .apps = std::move(journal.apps),
@@ -28,7 +28,7 @@ UnfinishedRun fromJournal(const Path& root, RemovalJournal journal, const FileSy
     return run;
 }
 
-UnfinishedRun unreadable(const Path& root, Problem problem, const DocumentError& error,
+UnfinishedRun unreadable(const Path& root, RunProblem problem, const DocumentError& error,
                          const FileSystem& files) {
     return {.root = root,
             .problem = problem,
@@ -38,7 +38,7 @@ UnfinishedRun unreadable(const Path& root, Problem problem, const DocumentError&
 
 } // namespace
 
-std::string_view name(Problem problem) {
+std::string_view name(RunProblem problem) {
     static constexpr std::array<std::string_view, 4> names = {"interrupted", "unsettled", "unreadableJournal",
                                                               "unreadableManifest"};
     return names[static_cast<std::size_t>(problem)];
@@ -65,9 +65,9 @@ std::optional<UnfinishedRun> readRunWithoutManifest(const Path& root, const File
     if (journal) return fromJournal(root, std::move(*journal), files);
     if (files.exists(root / manifestFileName))
         if (const auto manifest = readManifest(root, files); !manifest)
-            return unreadable(root, Problem::unreadableManifest, manifest.error(), files);
+            return unreadable(root, RunProblem::unreadableManifest, manifest.error(), files);
     if (!files.exists(root / journalFileName)) return std::nullopt;
-    return unreadable(root, Problem::unreadableJournal, journal.error(), files);
+    return unreadable(root, RunProblem::unreadableJournal, journal.error(), files);
 }
 
 } // namespace tidwen

@@ -13,6 +13,7 @@
 #include "quarantine/entries.h"
 #include "quarantine/history.h"
 #include "quarantine/manifest.h"
+#include "quarantine/not_undone.h"
 #include "quarantine/quarantine_layout.h"
 #include "quarantine/recovery.h"
 #include "quarantine/restore_target.h"
@@ -198,13 +199,19 @@ TEST_F(Undo, OfWhatIsBackAlreadyFailsNothing) {
     ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
     const auto again = run(true);
     ASSERT_TRUE(again) << "the job is left to load";
-    EXPECT_EQ(*again,
-              (UndoReport{.failures = {}, .relaunchedJobs = 1, .alreadyBack = 2, .mayHaveLost = true}));
+    EXPECT_EQ(
+        *again,
+        (UndoReport{.failures = {}, .relaunchedJobs = 1, .alreadyBack = 2, .lost = NotUndone::unknown}));
     EXPECT_EQ(run(false).error().key, "history.undo.nothingLeft %@");
-    for (const auto& lost : {std::vector<std::string>(), std::vector<std::string>{"resetPermissions"}}) {
-        manifest.irreversible = lost;
+    const std::pair<std::vector<std::string>, NotUndone> recorded[] = {
+        {{}, NotUndone::nothing},
+        {{"resetPermissions"}, NotUndone::permissions},
+        {{"deleteKeychainItem", "resetPermissions"}, NotUndone::passwords},
+    };
+    for (const auto& [kinds, lost] : recorded) {
+        manifest.irreversible = kinds;
         ASSERT_TRUE(writeManifest(manifest, root / manifestFileName, volume.files()));
-        EXPECT_EQ(run(true)->mayHaveLost, !lost.empty()) << "it says so";
+        EXPECT_EQ(run(true)->lost, lost) << kinds.size();
     }
 }
 

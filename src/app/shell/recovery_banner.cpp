@@ -6,6 +6,7 @@
 #include "app/widgets/parts.h"
 #include "app/widgets/words.h"
 #include "quarantine/manifest_subject.h"
+#include "quarantine/not_undone.h"
 
 #include <QBoxLayout>
 #include <QStringList>
@@ -39,7 +40,7 @@ void RecoveryBanner::update() {
 
 void RecoveryBanner::showUndone(const UndoReport& undo) {
     auto lines = undoLines(undo, runsJobs_, texts_);
-    if (undo.mayHaveLost) lines.prepend(text("report.undo.permanent"));
+    if (const auto lost = describe(undo.lost)) lines.prepend(QString::fromStdString(texts_.text(*lost)));
     const auto& apps = chores_.undoneApps();
     const bool isSame = isAsBefore(undo) && apps.size() <= mostNamedApps;
     notices_->addWidget(makeNotice(

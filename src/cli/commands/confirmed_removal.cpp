@@ -16,6 +16,7 @@
 #include "program/host_paths.h"
 #include "program/mac.h"
 #include "quarantine/manifest.h"
+#include "quarantine/not_undone.h"
 #include "quarantine/quarantine_layout.h"
 #include "removal/removal_choice.h"
 #include "removal/removal_flow_model.h"
@@ -159,9 +160,10 @@ void show(const stage::Report& shown, const RemovalChoice& begun, const CommandC
     printLeft(report.left, context);
     printUnseen(report.unseen, context);
     if (!undo) return;
-    if (begun.summary().resetsPermissions || !begun.summary().permanent.empty())
-        context.console.line(
-            context.text(mac.volume ? "cli.undo.permanentOnVolume" : "report.undo.permanent"), Style::faint);
+    const auto lost = !begun.summary().permanent.empty()  ? NotUndone::passwords
+                      : begun.summary().resetsPermissions ? NotUndone::permissions
+                                                          : NotUndone::nothing;
+    if (const auto words = describe(lost)) context.console.line(context.texts.text(*words), Style::faint);
     context.offer("cli.undo.hint %@", *undo);
 }
 

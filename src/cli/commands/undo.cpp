@@ -8,6 +8,7 @@
 #include "cli/json/output.h"
 #include "cli/table.h"
 #include "program/mac.h"
+#include "quarantine/not_undone.h"
 #include "quarantine/run_items.h"
 #include "quarantine/undo_service.h"
 
@@ -37,9 +38,8 @@ void print(const UndoReport& report, bool isOfSingleItems, const CommandContext&
                                                                          std::to_string(report.totalCount)}));
     if (report.alreadyBack > 0)
         context.console.line(context.text("cli.undo.alreadyBack %lld", {std::to_string(report.alreadyBack)}));
-    if (report.mayHaveLost)
-        context.console.line(
-            context.text(mac.volume ? "cli.undo.permanentOnVolume" : "report.undo.permanent"), Style::faint);
+    if (const auto lost = describe(report.lost))
+        context.console.line(context.texts.text(*lost), Style::faint);
     // No job runs on a volume; it is loaded when the volume's Mac starts.
     if (report.relaunchedJobs > 0 && !mac.volume)
         context.console.line(

@@ -14,6 +14,7 @@
 #include "base/message.h"
 #include "base/path.h"
 #include "base/texts.h"
+#include "quarantine/not_undone.h"
 #include "quarantine/undo_service.h"
 #include "removal/removal_texts.h"
 #include "removal/stay_reason.h"
@@ -238,8 +239,8 @@ void ReportScreen::showUndo(const UndoReport& undo) {
     title_->setText(text(isWhole ? "report.undo.complete" : "report.undo.partial"));
     counts_->setText(text("report.undo.restored %lld %lld",
                           {std::to_string(undo.restoredCount), std::to_string(undo.totalCount)}));
-    if (undo.mayHaveLost)
-        cards_->addWidget(makeNotice(NoticeTone::information, {text("report.undo.permanent")}));
+    if (const auto lost = describe(undo.lost))
+        cards_->addWidget(makeNotice(NoticeTone::information, {QString::fromStdString(texts_.text(*lost))}));
     const auto lines = undoLines(undo, openPrivacy_ != nullptr, texts_);
     const auto tone = isAsBefore(undo) ? NoticeTone::information : NoticeTone::caution;
     constexpr auto most = static_cast<qsizetype>(mostWidgets);
