@@ -182,7 +182,7 @@ void MacQuestions::askToClose(const Closing& closing) {
     auto* sheet = new Sheet(view_.window(), text(words.title), 560);
     closeSheet_ = sheet;
     closing_ = closing;
-    sheet->addWords({text(words.body)});
+    sheet->addWords({text(words.body), text("closing.body.hide")});
     auto& answers = sheet->addAnswers();
     answers.addWidget(parts::button(text("closing.stop"), [this, sheet, closing] {
         sheet->close();
