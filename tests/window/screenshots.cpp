@@ -40,6 +40,12 @@ class Drawing {
     bool save(QWidget& window, const char* name) const {
         QCoreApplication::processEvents();
         QCoreApplication::processEvents(); // what the first asked for: layouts, then paint
+        return saveAtOnce(window, name);
+    }
+
+    /// Lays out, and lets nothing else go on.
+    bool saveAtOnce(QWidget& window, const char* name) const {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
         const auto file = QStringLiteral("%1/%2-%3.png").arg(folder_, QString::fromLatin1(name), look_);
         return window.grab().save(file);
     }
@@ -118,15 +124,15 @@ bool draw(const Drawing& drawing) {
     found->setCurrentIndex(WindowFixture::rowCalled(*found, QStringLiteral("com.marlinworks.notes")));
     found->scrollToTop();
     isDrawn = isDrawn && drawing.save(window, "review") && fixture.click("remove")
-              && drawing.save(window, "confirm") && fixture.click("confirm");
-    isDrawn = isDrawn && test::waitUntil([&] {
-                  return fixture.flow().progress.get()
-                         || std::holds_alternative<stage::Report>(fixture.flow().stage());
-              });
+              && drawing.save(window, "confirm");
+    bool isSeenAtWork = false; // the sample is removed before the next paint
+    const auto atWork = fixture.flow().progress.observe([&](const auto& step) {
+        if (step && !isSeenAtWork) isSeenAtWork = drawing.saveAtOnce(window, "removing");
+    });
     isDrawn =
-        isDrawn && drawing.save(window, "removing")
+        isDrawn && fixture.click("confirm")
         && test::waitUntil([&] { return std::holds_alternative<stage::Report>(fixture.flow().stage()); })
-        && drawing.save(window, "report");
+        && isSeenAtWork && drawing.save(window, "report");
     fixture.click("done");
     window.view()->go(Place::history);
     auto& history = window.mac()->session().models().history();
