@@ -62,6 +62,12 @@ std::vector<std::string> cutTexts(const QWidget& window) {
     return cut;
 }
 
+/// Those that stay cut: what a background task brings is laid out a moment after it is shown.
+std::vector<std::string> textsLeftCut(const QWidget& window) {
+    waitUntil([&] { return cutTexts(window).empty(); });
+    return cutTexts(window);
+}
+
 /// Of the text and the window.
 struct Size {
     double textScale;
@@ -88,7 +94,7 @@ class Languages : public testing::TestWithParam<Size> {
             ASSERT_EQ(fixture.texts.language(), language);
             EXPECT_EQ(fixture.window.layoutDirection(),
                       language == test::mirrored ? Qt::RightToLeft : Qt::LeftToRight);
-            EXPECT_THAT(cutTexts(fixture.window), IsEmpty());
+            EXPECT_THAT(textsLeftCut(fixture.window), IsEmpty());
             EXPECT_TRUE(stands());
         }
         fixture.speak("system");
@@ -117,7 +123,7 @@ TEST_P(Languages, AreSpokenAtEveryScreenWithoutLosingOrCuttingAnything) {
         fixture.speak(language);
         auto* view = fixture.find<QAbstractItemView>("applications");
         QTest::keyClick(view, Qt::Key_Space);
-        EXPECT_THAT(cutTexts(fixture.window), IsEmpty()) << "details in " << language;
+        EXPECT_THAT(textsLeftCut(fixture.window), IsEmpty()) << "details in " << language;
         ASSERT_TRUE(fixture.find<QWidget>("sheet"));
         delete fixture.find<QWidget>("sheet");
     }

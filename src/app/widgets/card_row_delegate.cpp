@@ -23,6 +23,7 @@ using Control = CardRow::Control;
 constexpr int rowHeight = 52;
 constexpr int sideMargin = 16; ///< inside of the card
 constexpr int pictureSize = 22;
+constexpr int leastWords = 120; ///< the room that badges leave for them
 
 bool isSection(const QModelIndex& index) {
     return static_cast<Kind>(index.data(CardRow::kind).toInt()) == Kind::section;
@@ -74,8 +75,16 @@ class CardPainter : public RowPainter {
         box(places_.box);
         const int x = scaled(sideMargin + (hasBoxes_ ? 28 : 0));
         paintLeading(middle(x, scaled(pictureSize)));
-        twoLines(x + scaled(pictureSize + 12), paintFarSide() - scaled(10), words(Qt::DisplayRole),
-                 words(CardRow::second));
+        const int begin = x + scaled(pictureSize + 12);
+        int end = paintFarSide();
+        auto badges = index_.data(CardRow::badges).toStringList();
+        auto second = words(CardRow::second);
+        if (haveRoom(badges, end - begin))
+            for (const auto& word : badges)
+                end = badge(end, width() / 3, word, Role::second, Role::hover) - scaled(6);
+        else
+            second = (badges << second).join(QStringLiteral(" · "));
+        twoLines(begin, end - scaled(10), words(Qt::DisplayRole), second);
     }
 
   private:
@@ -123,7 +132,15 @@ class CardPainter : public RowPainter {
                   colors()[isCaution ? Role::sensitive : Role::second]);
     }
 
-    /// Control, size and badges; gives where the words must end.
+    /// Beside the words; else they are said in the second line.
+    bool haveRoom(const QStringList& badges, int room) const {
+        const QFontMetrics metrics(textFont(Type::section));
+        for (const auto& word : badges)
+            room -= qMin(metrics.horizontalAdvance(word), width() / 3) + scaled(18);
+        return room >= scaled(leastWords);
+    }
+
+    /// Control and size; gives where what else there is must end.
     int paintFarSide() {
         int end = width() - scaled(sideMargin);
         if (!places_.control.isEmpty()) {
@@ -135,8 +152,6 @@ class CardPainter : public RowPainter {
             text(at(end - wide, 0, wide, height()), Type::body, Role::second, size, Qt::AlignRight);
             end -= wide + scaled(12);
         }
-        for (const auto& word : index_.data(CardRow::badges).toStringList())
-            end = badge(end, width() / 3, word, Role::second, Role::hover) - scaled(6);
         return end;
     }
 

@@ -6,6 +6,7 @@
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/screen_header.h"
+#include "app/widgets/scrolled.h"
 #include "app/widgets/search_field.h"
 #include "app/widgets/words.h"
 
@@ -27,7 +28,8 @@ constexpr int mostReasons = 4; ///< one more line says that there are more
 
 ListScreen::ListScreen(const Texts& texts, const Look& look, std::function<void()> remove)
     : texts_(texts), removeChosen_(std::move(remove)) {
-    auto* layout = parts::column(this);
+    auto* body = new QWidget;
+    auto* layout = parts::column(body);
     header_ = new ScreenHeader(look.title);
     search_ = searchField(text("orphans.search.placeholder"));
     search_->setFixedWidth(scaled(140));
@@ -38,7 +40,7 @@ ListScreen::ListScreen(const Texts& texts, const Look& look, std::function<void(
     notices_->setContentsMargins(scaled(24), 0, scaled(24), scaled(8));
     layout->addLayout(notices_);
     layout->addWidget(makeContent(look), 1);
-    layout->addWidget(footer_ = makeFooter());
+    layOut(*this, body, footer_ = makeFooter());
 }
 
 QWidget* ListScreen::makeContent(const Look& look) {

@@ -1,5 +1,8 @@
 #include "app/widgets/scrolled.h"
 
+#include "app/widgets/parts.h"
+
+#include <QBoxLayout>
 #include <QEvent>
 #include <QLayout>
 
@@ -32,6 +35,12 @@ void Scrolled::fit() {
     const int width = qMax(room.width(), least.width());
     const int height = layout.hasHeightForWidth() ? layout.totalMinimumHeightForWidth(width) : least.height();
     widget()->resize(width, qMax(room.height(), height));
+}
+
+void layOut(QWidget& screen, QWidget* content, QWidget* footer) {
+    auto* layout = parts::column(&screen);
+    layout->addWidget(new Scrolled(content), 1);
+    layout->addWidget(footer);
 }
 
 } // namespace tidwen

@@ -19,4 +19,8 @@ class Scrolled final : public QScrollArea {
     void fit();
 };
 
+/// Lays a screen out: the footer is always there, and what is above it scrolls where a low window has not
+/// room for all of it.
+void layOut(QWidget& screen, QWidget* content, QWidget* footer);
+
 } // namespace tidwen

@@ -11,6 +11,7 @@
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/screen_header.h"
+#include "app/widgets/scrolled.h"
 #include "app/widgets/search_field.h"
 #include "app/widgets/words.h"
 #include "inventory/home_grid.h"
@@ -47,7 +48,8 @@ ApplicationsScreen::ApplicationsScreen(Models models, Look look,
       look_(std::move(look)),
       showPermissions_(std::move(showPermissions)),
       list_(models.grid, models.texts, models.clock) {
-    auto* layout = parts::column(this);
+    auto* body = new QWidget;
+    auto* layout = parts::column(body);
     layout->addWidget(makeHeader());
     notices_ = parts::column(nullptr, scaled(6));
     notices_->setContentsMargins(scaled(24), 0, scaled(24), 0);
@@ -68,7 +70,7 @@ ApplicationsScreen::ApplicationsScreen(Models models, Look look,
     content_->addWidget(empty_);
     content->addLayout(content_);
     layout->addLayout(content, 1);
-    layout->addWidget(makeFooter());
+    layOut(*this, body, makeFooter());
 
     connect(cards_, &QAbstractItemView::activated, this, [this](const QModelIndex& index) { lookAt(index); });
     connect(cards_, &QWidget::customContextMenuRequested, this,

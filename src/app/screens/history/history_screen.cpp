@@ -13,6 +13,7 @@
 #include "app/widgets/panel.h"
 #include "app/widgets/parts.h"
 #include "app/widgets/screen_header.h"
+#include "app/widgets/scrolled.h"
 #include "app/widgets/search_field.h"
 #include "app/widgets/sheet.h"
 #include "app/widgets/words.h"
@@ -48,7 +49,8 @@ HistoryScreen::HistoryScreen(HistoryModel& history, AppIcons& icons, const Texts
       actions_(std::move(actions)),
       list_(history, texts),
       itemList_(texts, user_) {
-    auto* layout = parts::column(this);
+    auto* body = new QWidget;
+    auto* layout = parts::column(body);
     header_ = new ScreenHeader(text("window.history"));
     search_ = searchField(text("orphans.search.placeholder"));
     connect(search_, &QLineEdit::textChanged, this, [this](const QString& query) { list_.setQuery(query); });
@@ -61,7 +63,7 @@ HistoryScreen::HistoryScreen(HistoryModel& history, AppIcons& icons, const Texts
     notices_->setContentsMargins(scaled(24), 0, scaled(24), scaled(6));
     layout->addLayout(notices_);
     layout->addWidget(makeContent(icons), 1);
-    layout->addWidget(makeFooter());
+    layOut(*this, body, makeFooter());
     connect(runs_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this] {
         const auto* entry = current();
         if (entry && isVisible()) currentRoot_ = entry->root;

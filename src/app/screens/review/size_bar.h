@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QRect>
 #include <QRegion>
 #include <QString>
 #include <QWidget>
@@ -23,12 +24,18 @@ class SizeBar final : public QWidget {
     SizeBar();
     void show(std::vector<Part> parts);
     QSize sizeHint() const override;
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
 
   protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
 
   private:
+    /// Where the words of each part stand: on as many lines as they need.
+    std::vector<QRect> wordPlaces(int width) const;
+    void paintWords(QPainter& painter, const Part& part, const QColor& color, const QRect& place) const;
+
     std::vector<Part> parts_;
     std::vector<QRegion> places_; ///< of the parts, as they were painted
 };
