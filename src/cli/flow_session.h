@@ -39,6 +39,8 @@ class FlowSession {
     /// Deletes runs past the retention period set by the user, then recovers interrupted runs and returns
     /// these, newest first.
     std::vector<RecoveryNotice> start();
+    /// How many `start` deleted, and why; nullopt for none.
+    const std::optional<Message>& purged() { return session_.models().chores().purged(); }
 
     /// Recovers interrupted runs, or says why it was not begun. The first Ctrl-C stops it after the current
     /// quarantine folder.

@@ -75,6 +75,7 @@ RemovalFlowModel::Services Session::removalServices() {
             .rights = mac_.rights(),
             .audit = audit_,
             .readProtection = [this] { return readProtection(mac_.system.defaults); },
+            .preferences = preferences_,
             .texts = system.texts,
             .clock = system.clock,
             .log = system.log,

@@ -76,6 +76,12 @@ bool Findings::resetsNothing(std::size_t group, const Trace& trace) const {
     return group < scanned().size() && tidwen::resetsNothing(trace, scanned()[group]);
 }
 
+bool Findings::hasPathPermissions(const FoundGroup& group) const {
+    const auto number = static_cast<std::size_t>(&group - groups_.data());
+    return number < scanned().size()
+           && std::ranges::any_of(scanned()[number].permissions.grants, &PermissionGrant::isPathClient);
+}
+
 void Findings::index() {
     std::size_t number = 0;
     for (const auto& group : groups_) {

@@ -48,6 +48,8 @@ class Findings {
     const std::vector<ScanResult>& scanned() const;
     /// As of the scan that found the trace; false where nothing was scanned.
     bool resetsNothing(std::size_t group, const Trace& trace) const;
+    /// Whether a program of the application was given permissions by its path; as of the scan.
+    bool hasPathPermissions(const FoundGroup& group) const;
     const Unseen& unseen() const { return unseen_; }
     /// Items that can be neither shown nor removed, without duplicates: their names are not valid UTF-8.
     const std::vector<Path>& skippedNames() const { return skippedNames_; }

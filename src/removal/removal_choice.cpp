@@ -69,7 +69,11 @@ bool RemovalChoice::isSelected(const Uuid& id) const {
 }
 
 std::size_t RemovalChoice::selectedCount() const {
-    return static_cast<std::size_t>(std::ranges::count(selected_, true));
+    std::size_t count = 0;
+    forEachTrace(*findings_, [&](std::size_t number, const Trace& trace, std::size_t group) {
+        if (selected_[number] && !findings_->resetsNothing(group, trace)) ++count;
+    });
+    return count;
 }
 
 std::vector<RemovalTarget> RemovalChoice::targets() const {
@@ -407,6 +411,13 @@ void RemovalChoice::describe() {
     }
     subject_.items = counted.empty() ? all.size() : counted.size();
     summary_ = summarize(counted);
+    summary_.keepsPathPermissions = std::ranges::any_of(going_, [this](const GoingGroup& each) {
+        return std::ranges::any_of(each.traces,
+                                   [](const Trace* trace) {
+                                       return std::holds_alternative<action::ResetPermissions>(trace->action);
+                                   })
+               && findings_->hasPathPermissions(*each.group);
+    });
     refusal_.reset();
     if (refusedByDefault_ && mode_ == RemovalMode::uninstall)
         refusal_ = refusedByDefault_;

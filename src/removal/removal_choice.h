@@ -52,7 +52,8 @@ class RemovalChoice {
     /// Whether it is selected. It may stay nevertheless: a remaining application may claim it.
     bool isSelected(const Uuid& id) const;
     bool isSelected(std::size_t number) const { return selected_[number]; } ///< as `Findings::number`
-    /// How many are selected, whether they stay or not.
+    /// How many are selected, whether they stay or not; of what a list shows, so without the reset of
+    /// permissions that were never given.
     std::size_t selectedCount() const;
     /// What is removed, each item once: without items inside a folder that is also removed, and without items
     /// that a remaining application of the scan also claims.

@@ -71,6 +71,10 @@ void RemovalFlowModel::forgetChoices() {
     protectionProblem_.reset();
 }
 
+std::optional<Message> RemovalFlowModel::retention() const {
+    return describe(quarantineRetention(services_.preferences.quarantineRetention.get()));
+}
+
 bool RemovalFlowModel::takesTargets() const {
     return isHome() || std::holds_alternative<stage::Review>(stage_);
 }

@@ -34,6 +34,7 @@
 #include "scan/matching/trace.h"
 #include "scan/permissions/permission_audit.h"
 #include "scan/policy/removability.h"
+#include "settings/app_preferences.h"
 #include "sweep/leftover_filter.h"
 #include "sweep/leftover_tree.h"
 #include "sweep/orphan_scanner.h"
@@ -104,6 +105,7 @@ class RemovalFlowModel {
         const PermissionAudit& audit;
         /// The protected applications as stored; called on any thread.
         std::function<Protection()> readProtection;
+        const AppPreferences& preferences;
         const Texts& texts;
         const Clock& clock;
         Log& log;
@@ -138,6 +140,8 @@ class RemovalFlowModel {
     std::optional<std::string> errorMessage() const;
     /// The applications that the last `loadTargets` refused because they are protected.
     const std::vector<AppTarget>& protectedTargets() const { return protectedTargets_; }
+    /// When what is removed now is deleted permanently, by the user's settings; nullopt: never by itself.
+    std::optional<Message> retention() const;
     const std::optional<UndoReport>& undoReport() const { return undoReport_; }
     bool isUndoing() const { return isUndoing_; }
     /// Why it is unknown which of the applications of the review are protected; none of them goes then.

@@ -30,6 +30,7 @@ struct RemovalSummary {
     int unloadedCount = 0;        ///< jobs without a file to move; an undo loads them again
     bool requiresPassword = false;
     bool resetsPermissions = false;
+    bool keepsPathPermissions = false; ///< some were given to a program by its path, which no reset reaches
 
     std::string totalSizeText(const Texts& texts) const { return sizeText(totalSize, texts); }
 };

@@ -67,7 +67,7 @@ bool isGiven(const PermissionGrant& grant) {
 } // namespace
 
 ConfirmationTexts confirmationTexts(const RemovalSummary& summary, const std::string& subject,
-                                    RemovalMode mode, const Texts& texts) {
+                                    RemovalMode mode, MoveRights rights, const Texts& texts) {
     ConfirmationTexts words;
     words.title = texts.text(
         mode == RemovalMode::reset ? "confirm.reset.title %@" : "confirm.uninstall.title %@", {subject});
@@ -88,8 +88,11 @@ ConfirmationTexts confirmationTexts(const RemovalSummary& summary, const std::st
             texts.text("confirm.permanent.heading %lld", {number(summary.permanent.size())});
     for (const auto& trace : summary.permanent)
         words.permanent.push_back(displayName(trace, texts));
-    if (summary.requiresPassword) words.password = texts.text("confirm.password");
+    if (summary.requiresPassword && rights == MoveRights::administrator)
+        words.password = texts.text("confirm.password");
     if (summary.resetsPermissions) words.permissionsReset = texts.text("confirm.permissionsReset");
+    if (words.permissionsReset && summary.keepsPathPermissions)
+        *words.permissionsReset += " " + texts.text("report.verify.pathGrant");
     return words;
 }
 
@@ -129,6 +132,10 @@ ReportTexts reportTexts(const RemovalReport& report, const std::string& subject,
             words.verification.push_back(texts.text(isGiven(grant) ? "report.verify.tccSurvivor %@ %@"
                                                                    : "report.verify.tccRecord %@ %@",
                                                     {app.name, permissionTitle(grant.service, texts)}));
+    if (std::ranges::any_of(checked, [](const auto& app) {
+            return std::ranges::any_of(app.tccSurvivors, &PermissionGrant::isPathClient);
+        }))
+        words.verification.push_back(texts.text("report.verify.pathGrant"));
     const bool isComplete =
         std::ranges::all_of(checked, [](const auto& app) { return app.unreadable.empty(); });
     if (!isComplete) words.verification.push_back(texts.text("report.verify.unreadable"));

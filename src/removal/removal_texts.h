@@ -4,6 +4,7 @@
 #include "operations/removal_operation.h"
 #include "removal/removal_report.h"
 #include "removal/removal_summary.h"
+#include "scan/policy/removability.h"
 
 #include <optional>
 #include <string>
@@ -20,12 +21,13 @@ struct ConfirmationTexts {
     std::optional<std::string> unloaded;         ///< how many jobs are only unloaded
     std::optional<std::string> permanentHeading; ///< heading of `permanent`
     std::vector<std::string> permanent;          ///< names of what is lost permanently
-    std::optional<std::string> password;         ///< present when an administrator is required
+    std::optional<std::string> password;         ///< present when an administrator is asked
     std::optional<std::string> permissionsReset;
 };
 
+/// `rights`: with those of the user alone nobody is asked for a password.
 ConfirmationTexts confirmationTexts(const RemovalSummary& summary, const std::string& subject,
-                                    RemovalMode mode, const Texts& texts);
+                                    RemovalMode mode, MoveRights rights, const Texts& texts);
 
 struct ReportTexts {
     struct Failure {

@@ -25,26 +25,32 @@ void StartupChores::recover() {
 }
 
 void StartupChores::start(Purge purge) {
-    using Recovery = tl::expected<RecoveryOutcome, Message>;
+    struct Outcome {
+        int purged = 0;
+        tl::expected<RecoveryOutcome, Message> recovery;
+    };
     if (std::exchange(hasStarted_, true)) return;
-    const auto retention = purge == Purge::expired
-                               ? days(quarantineRetention(services_.preferences.quarantineRetention.get()))
-                               : 0;
+    const auto keptDays = purge == Purge::expired
+                              ? days(quarantineRetention(services_.preferences.quarantineRetention.get()))
+                              : 0;
     inBackground(
         *this, alive_, services_.background, services_.main,
-        [services = services_, user = user_, control = work_.begin(), retention]() -> Recovery {
-            if (!services.files.exists(user.trash()))
-                return RecoveryOutcome(); // do not create the Trash just to look
+        [services = services_, user = user_, control = work_.begin(), keptDays]() -> Outcome {
+            if (!services.files.exists(user.trash())) return {}; // do not create the Trash just to look
             const auto lock = lockTrash(user, services.files);
-            if (!lock)
-                return tl::unexpected(lock.error()); // what another Tidwen does there is not interrupted
-            services.purge.purgeExpired(retention, services.clock.now(), control);
-            return recoverInterruptedRemovals(user, services.files, services.clock, services.log, control);
+            if (!lock) // what another Tidwen does there is not interrupted
+                return {0, tl::unexpected(lock.error())};
+            const int purged = services.purge.purgeExpired(keptDays, services.clock.now(), control);
+            return {purged,
+                    recoverInterruptedRemovals(user, services.files, services.clock, services.log, control)};
         },
-        [](StartupChores& self, Recovery recovery) {
+        [keptDays](StartupChores& self, Outcome outcome) {
             self.work_.end();
-            if (recovery) self.show(*recovery);
-            self.recovery_ = std::move(recovery);
+            if (outcome.purged > 0)
+                self.purged_ = Message{"home.purged %lld %lld",
+                                       {std::to_string(outcome.purged), std::to_string(keptDays)}};
+            if (outcome.recovery) self.show(*outcome.recovery);
+            self.recovery_ = std::move(outcome.recovery);
             self.changed.emit(ChoresChange::recovery);
         });
 }
@@ -56,6 +62,11 @@ void StartupChores::show(const RecoveryOutcome& outcome) {
         if (run.known) recoveryNotices_.push_back({*run.known, run.unsettled});
     std::ranges::stable_sort(recoveryNotices_, std::greater(),
                              [](const RecoveryNotice& notice) { return notice.manifest.createdAt; });
+}
+
+void StartupChores::dismissPurged() {
+    purged_.reset();
+    changed.emit(ChoresChange::notices);
 }
 
 void StartupChores::dismissRecoveryNotice() {

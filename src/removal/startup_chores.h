@@ -34,7 +34,7 @@ struct RecoveryNotice {
 
 /// What a change of `StartupChores` is about.
 enum class ChoresChange {
-    recovery, ///< it has ended; `recoveryNotices` are those of what it found
+    recovery, ///< it has ended; `recoveryNotices` are those of what it found, `purged` tells of the purge
     notices,  ///< some were dismissed
     undo,     ///< the undo of a notice's run, and that notice
 };
@@ -71,6 +71,9 @@ class StartupChores {
     /// What the recovery came to, or why it was not begun; nullopt until then.
     const std::optional<tl::expected<RecoveryOutcome, Message>>& recovery() const { return recovery_; }
     bool isDone() const { return recovery_.has_value(); }
+    /// How many removals the purge deleted permanently, and why; nullopt for none, or once dismissed.
+    const std::optional<Message>& purged() const { return purged_; }
+    void dismissPurged();
 
     /// Newest first. When one is dismissed or undone the next one is shown.
     const std::vector<RecoveryNotice>& recoveryNotices() const { return recoveryNotices_; }
@@ -107,6 +110,7 @@ class StartupChores {
     ProgressTracker work_;
     bool hasStarted_ = false;
     std::optional<tl::expected<RecoveryOutcome, Message>> recovery_;
+    std::optional<Message> purged_;
     std::vector<RecoveryNotice> recoveryNotices_;
     bool isUndoing_ = false;
     std::optional<UndoReport> undoReport_;

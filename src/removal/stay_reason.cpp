@@ -21,6 +21,11 @@ StayReason whyNotSelected(const Trace& trace) {
     return trace.risk == TraceRisk::sensitive ? StayReason::sensitive : StayReason::notChosen;
 }
 
+bool isListedAgain(const StayingTrace& item, RemovalSubject::Kind kind) {
+    return kind == RemovalSubject::Kind::installers
+           || (kind == RemovalSubject::Kind::leftovers && item.reason == StayReason::notChosen);
+}
+
 Message StayingTrace::describe() const {
     switch (reason) {
     case StayReason::notChosen:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/message.h"
+#include "removal/removal_subject.h"
 #include "scan/matching/trace.h"
 
 #include <optional>
@@ -35,5 +36,9 @@ struct StayingTrace {
     /// The reason as text, without a full stop.
     Message describe() const;
 };
+
+/// Whether the list that the removal was chosen from goes on showing the item in the same way, so that a
+/// report only counts it: of leftovers what was not chosen, and every installer.
+bool isListedAgain(const StayingTrace& item, RemovalSubject::Kind kind);
 
 } // namespace tidwen

@@ -1,5 +1,6 @@
 #include "settings/app_preferences.h"
 
+#include "base/message.h"
 #include "base/property_list.h"
 #include "base/text.h"
 
@@ -98,6 +99,12 @@ int days(QuarantineRetention retention) {
         return 90;
     }
     return 0;
+}
+
+std::optional<Message> describe(QuarantineRetention retention) {
+    if (const int kept = days(retention); kept > 0)
+        return Message{"quarantine.retention %lld", {std::to_string(kept)}};
+    return std::nullopt;
 }
 
 const std::vector<PreferenceDescription>& preferenceDescriptions() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/message.h"
 #include "base/observable.h"
 #include "platform/defaults.h"
 
@@ -27,6 +28,9 @@ QuarantineRetention quarantineRetention(std::string_view raw);
 int days(UnusedThreshold threshold);
 /// Days that quarantined items are kept; 0 means forever.
 int days(QuarantineRetention retention);
+
+/// What becomes of the quarantine folder of a removal by itself; nullopt where it is kept.
+std::optional<Message> describe(QuarantineRetention retention);
 
 /// One setting as people name, read and change it.
 struct PreferenceDescription {

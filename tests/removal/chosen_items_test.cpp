@@ -190,6 +190,7 @@ TEST(RemovalSummary, AndItsWords) {
         const char* why;
         std::vector<Trace> selection;
         Names lines; ///< summary, tiers, then the other lines
+        MoveRights rights = MoveRights::administrator;
     } cases[] = {
         {"nothing counts", {trace("/a", manualOnly, 5)}, {"confirm.summary 0 0 bytes"}},
         {"tiers in order, sizes where known",
@@ -199,6 +200,10 @@ TEST(RemovalSummary, AndItsWords) {
         {"not all of it measured",
          {partial, trace("/b", reversible, 1000)},
          {"confirm.summary 2 size.over 2 kB", "risk.safe.count 2, size.over 2 kB", "confirm.reversible 2"}},
+        {"where nobody can be asked",
+         {trace("/a", reversible, 1000, true)},
+         {"confirm.summary 1 1 kB", "risk.sensitive.count 1, 1 kB", "confirm.reversible 1"},
+         MoveRights::own},
         {"no size known",
          {trace("/a", irreversibleHarmless, std::nullopt, false, MatchReason::Kind::nameToken)},
          {"confirm.summary 1 0 bytes", "risk.review.count 1", "confirm.permissionsReset"}},
@@ -210,7 +215,7 @@ TEST(RemovalSummary, AndItsWords) {
         SCOPED_TRACE(c.why);
         const auto words =
             confirmationTexts(summarize(eachOf(c.selection, [](const Trace& each) { return &each; })), "It",
-                              RemovalMode::reset, Texts());
+                              RemovalMode::reset, c.rights, Texts());
         EXPECT_EQ(words.title, "confirm.reset.title It");
         Names lines = {words.summary};
         lines.insert(lines.end(), words.breakdown.begin(), words.breakdown.end());

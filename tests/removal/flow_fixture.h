@@ -125,6 +125,7 @@ class FlowFixture : public SteppedQueues {
             .rights = MoveRights::own,
             .audit = audit,
             .readProtection = [this] { return readProtection(defaults); },
+            .preferences = preferences,
             .texts = texts,
             .clock = clock,
             .log = log,

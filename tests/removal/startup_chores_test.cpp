@@ -46,6 +46,10 @@ TEST(StartupChores, StartsWithRecoveryAndPurgesWhatIsPastItsTime) {
                        [](const auto& notice) { return notice.manifest.apps.front().name; }),
                 ElementsAre("Cedar", "Dogwood"));
     EXPECT_TRUE(fixture.has(roots[3])) << "what this start recovered is not purged by its age at once";
+    ASSERT_TRUE(fixture.chores.purged()) << "nothing is deleted permanently without a word";
+    EXPECT_EQ(*fixture.chores.purged(), (Message{"home.purged %lld %lld", {"1", "30"}}));
+    fixture.chores.dismissPurged();
+    EXPECT_FALSE(fixture.chores.purged());
     fixture.chores.run();
     EXPECT_EQ(fixture.background.drain(), 0u) << "once per launch";
     fixture.chores.undoRecovered();

@@ -93,7 +93,10 @@ void FlowDisplay::showWork() {
     } else if (const auto* removing = std::get_if<stage::Removing>(&flow.stage()))
         screen.show(
             {words(texts, "cli.remove.progress %@", {shown(removing->subject.text(texts)).toStdString()}),
-             words(texts, "removing.stop"), words(texts, "removing.note")},
+             words(texts, "removing.stop"),
+             words(texts, "removing.note"),
+             {},
+             mac_.isRunningMac() ? words(texts, "removing.password") : QString()},
             step);
 }
 

@@ -108,7 +108,7 @@ void MacQuestions::confirm() {
     if (confirmSheet_) return;
     confirmedStage_ = mac_.flow().stage().index();
     confirmSheet_ =
-        openConfirmSheet(view_.window(), mac_.flow().choice(), mac_.system(), mac_.icons(), [this] {
+        openConfirmSheet(view_.window(), mac_.flow().choice(), mac_.session().mac(), mac_.icons(), [this] {
             mac_.onceThere([this, alive = std::weak_ptr(alive_)] {
                 if (!alive.expired()) takeConfirmation();
             });

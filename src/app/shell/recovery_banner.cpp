@@ -35,6 +35,10 @@ void RecoveryBanner::update() {
     const auto& undo = chores_.undoReport();
     if (undo && undo->failures.empty()) showUndone(*undo);
     if (const auto notice = chores_.recoveryNotice()) showNotice(*notice);
+    if (const auto& purged = chores_.purged())
+        notices_->addWidget(makeNotice(NoticeTone::information,
+                                       {shown(texts_.text(*purged)), {}, text("window.dismiss")},
+                                       [this] { chores_.dismissPurged(); }));
     setVisible(notices_->count() > 0);
 }
 

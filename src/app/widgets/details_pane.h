@@ -1,24 +1,22 @@
 #pragma once
 
+#include "app/widgets/find_details.h"
 #include "app/widgets/panel.h"
-#include "base/path.h"
 #include "base/texts.h"
 #include "platform/user_environment.h"
 #include "scan/matching/trace.h"
 
-#include <functional>
 #include <string>
 
-class QBoxLayout;
 class QPushButton;
 
 namespace tidwen {
 
-/// All about one find: why it is here, how sure that is, and whether it can be brought back.
+/// The details of a find beside the list; where the window has no room for it, in a sheet over it.
 class DetailsPane final : public Panel {
   public:
-    /// `reveal` shows an item in its folder; `tierNotes` begins the keys of what the tiers mean here.
-    DetailsPane(const Texts& texts, UserEnvironment user, std::function<void(const Path&)> reveal,
+    /// `tierNotes` begins the keys of what the tiers mean here.
+    DetailsPane(const Texts& texts, UserEnvironment user, FindDetails::Actions actions,
                 std::string tierNotes = "review.risk.");
 
     void show(const Trace* trace); ///< null: nothing is current
@@ -29,25 +27,16 @@ class DetailsPane final : public Panel {
     QPushButton* makeButton(Stands stands);
     /// The window may have another width.
     void fold();
-    /// Shows the permissions that a find resets, one by one; may be empty.
-    std::function<void(const Trace&)> onPermissions;
-    /// Opens the pane of System Settings in which a step is done by hand; may be empty.
-    std::function<void(SettingsPane)> onPane;
 
   private:
     void openSheet() const;
-    QString sizeOf(const Trace& trace) const;
-    void addRisk(TraceRisk risk);
-    void addLine(const char* key, const QString& text);
-    void addLine(const char* key, QBoxLayout* value);
-    void addButtons(const Path& path);
 
     const Texts& texts_;
     UserEnvironment user_;
-    std::function<void(const Path&)> reveal_;
+    FindDetails::Actions actions_;
     std::string tierNotes_;
+    FindDetails* details_;
     const Trace* shown_ = nullptr;
-    QBoxLayout* content_;
     QPushButton* button_ = nullptr;
     Stands stands_ = Stands::always;
 };

@@ -14,11 +14,19 @@ QString shown(std::string_view text) {
     return QChar(0x2068) + words + QChar(0x2069);
 }
 
-QString breakable(QString text) {
+QString breakable(const QString& text) {
+    constexpr int longestPiece = 24; // characters
     const QChar zeroWidthSpace(0x200B);
-    for (const auto mark : {QLatin1Char('.'), QLatin1Char('/')})
-        text.replace(mark, QString(mark) + zeroWidthSpace);
-    return text;
+    QString pieces;
+    int length = 0; // since the last place for a new line
+    for (const QChar character : text) {
+        pieces += character;
+        const bool isPlace = QStringLiteral("./_").contains(character)
+                             || (++length >= longestPiece && !character.isHighSurrogate());
+        if (isPlace) pieces += zeroWidthSpace;
+        if (isPlace || character.isSpace()) length = 0;
+    }
+    return pieces;
 }
 
 QString words(const Texts& texts, std::string_view key, const std::vector<std::string>& arguments) {

@@ -18,9 +18,9 @@ namespace tidwen {
 /// Text that came from a disk, for being shown: what is not printable is made visible, so no name can turn
 /// the line around or hide a part of itself.
 QString shown(std::string_view text);
-/// The same with room for a new line behind each dot and slash, for an identifier or a path in a narrow
-/// place.
-QString breakable(QString text);
+/// The same with room for a new line behind each dot, slash and underscore and within a very long word, for
+/// an identifier, a name or a path in a narrow place.
+QString breakable(const QString& text);
 QString words(const Texts& texts, std::string_view key, const std::vector<std::string>& arguments = {});
 /// "Kip, Pantry and Marlin Notes": the `name` of each, from a disk.
 template<class Things, class Name>

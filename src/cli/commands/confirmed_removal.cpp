@@ -125,18 +125,18 @@ void show(const Preview& preview, const RemovalChoice& choice, const CommandCont
         return besideDocument(context, [&](const auto& beside) { printUnseen(unseen, beside); });
     }
     printPlan(preview.plan, preview.layout, context);
-    printLeft(choice.remainders(), context);
+    printLeft(choice.remainders(), choice.subject().kind, context);
     printUnsearchable(choice, context);
     printUnseen(unseen, context);
 }
 
 bool confirmed(const CommandContext& context, const Mac& mac, const RemovalChoice& choice) {
     const auto words = confirmationTexts(choice.summary(), choice.subject().text(context.texts),
-                                         choice.mode(), context.texts);
+                                         choice.mode(), mac.rights(), context.texts);
     const auto show = [&](const CommandContext& shown) {
         printItems(choice, shown);
-        printConfirmation(words, shown, mac);
-        printLeft(choice.remainders(), shown);
+        printConfirmation(words, shown);
+        printLeft(choice.remainders(), choice.subject().kind, shown);
         printUnsearchable(choice, shown);
         printUnseen(choice.findings().unseen(), shown);
     };
@@ -157,7 +157,7 @@ void show(const stage::Report& shown, const RemovalChoice& begun, const CommandC
     printUnsearchable(begun, context);
     const auto undo =
         report.quarantineRoot.isRoot() ? std::nullopt : undoCommandLine(report.quarantineRoot, context, mac);
-    printLeft(report.left, context);
+    printLeft(report.left, subject.kind, context);
     printUnseen(report.unseen, context);
     if (!undo) return;
     const auto lost = !begun.summary().permanent.empty()  ? NotUndone::passwords
@@ -179,7 +179,7 @@ ExitStatus nothingToDo(const RemovalChoice& choice, const CommandContext& contex
     else
         context.console.line(context.text("error.nothingToRemove"));
     const auto remarks = [&](const CommandContext& shown) {
-        printLeft(choice.remainders(), shown);
+        printLeft(choice.remainders(), choice.subject().kind, shown);
         printUnsearchable(choice, shown);
         printUnseen(findings.unseen(), shown);
     };

@@ -215,7 +215,7 @@ class SheetSession {
         // dismissed the prompt, which needs no message.
         if (rest->isPathClient) {
             context_.error({"report.verify.tccSurvivor %@ %@", {sheet_->app().name, title}});
-            context_.error({"cli.report.pathGrant"});
+            context_.error({"report.verify.pathGrant"});
         }
         return false;
     }

@@ -60,7 +60,7 @@ void printItems(const RemovalChoice& choice, const CommandContext& context) {
     }
 }
 
-void printConfirmation(const ConfirmationTexts& words, const CommandContext& context, const Mac& mac) {
+void printConfirmation(const ConfirmationTexts& words, const CommandContext& context) {
     auto& console = context.console;
     console.line(words.summary, Style::strong);
     for (const auto& tier : words.breakdown)
@@ -71,8 +71,7 @@ void printConfirmation(const ConfirmationTexts& words, const CommandContext& con
     for (const auto& name : words.permanent)
         console.line("  " + name);
     if (words.permissionsReset) console.line(*words.permissionsReset);
-    // On a volume no password is asked for.
-    if (words.password && mac.administrator) console.line(*words.password);
+    if (words.password) console.line(*words.password);
 }
 
 namespace {
@@ -87,13 +86,10 @@ bool isGuidance(const Trace& trace, const CommandContext& context) {
 /// What a later listing shows in the same way; too much to repeat here.
 class ListedAgain {
   public:
-    explicit ListedAgain(const CommandContext& context) : context_(context) {}
+    ListedAgain(RemovalSubject::Kind kind, const CommandContext& context) : kind_(kind), context_(context) {}
 
     bool takes(const StayingTrace& item) {
-        const auto& command = context_.arguments.command;
-        const bool isListed =
-            command == "installers" || (command == "orphans" && item.reason == StayReason::notChosen);
-        if (!isListed) return false;
+        if (!isListedAgain(item, kind_)) return false;
         ++count_;
         sum_.add(item.trace.sizeBytes, item.trace.isSizePartial);
         return true;
@@ -102,14 +98,14 @@ class ListedAgain {
     void print() const {
         if (count_ == 0) return;
         const auto count = labels::countAndSize(count_, sum_, context_.texts);
-        context_.console.line(context_.text(context_.arguments.command == "installers"
-                                                ? "cli.installers.left %@"
-                                                : "cli.orphans.left %@",
-                                            {count}),
-                              Style::caution);
+        const bool areInstallers = kind_ == RemovalSubject::Kind::installers;
+        context_.console.line(
+            context_.text(areInstallers ? "cli.installers.left %@" : "cli.orphans.left %@", {count}),
+            Style::caution);
     }
 
   private:
+    RemovalSubject::Kind kind_;
     const CommandContext& context_;
     std::size_t count_ = 0;
     ByteSum sum_;
@@ -117,8 +113,8 @@ class ListedAgain {
 
 } // namespace
 
-void printLeft(const std::vector<Remainder>& left, const CommandContext& context) {
-    ListedAgain listed(context);
+void printLeft(const std::vector<Remainder>& left, RemovalSubject::Kind kind, const CommandContext& context) {
+    ListedAgain listed(kind, context);
     // A search names what is meant: the rest was not left out, it was never asked for.
     const LeftoverFilter filter{.query = searchText(context.arguments)};
     std::vector<std::string> scan = {"scan"};
@@ -133,8 +129,8 @@ void printLeft(const std::vector<Remainder>& left, const CommandContext& context
                 context.console.line(context.text("cli.remove.left"), Style::caution);
             context.console.line({{"  " + displayName(item.trace, context.texts)},
                                   {"  " + context.texts.text(item.describe()), Style::faint}});
-            const bool isListedAgain = item.reason != StayReason::listGone;
-            if (isListedAgain && std::ranges::find(scan, name) == scan.end()) scan.push_back(name);
+            const bool isFoundAgain = item.reason != StayReason::listGone;
+            if (isFoundAgain && std::ranges::find(scan, name) == scan.end()) scan.push_back(name);
         }
     }
     listed.print();
@@ -160,15 +156,11 @@ namespace {
 /// Prints how to remove remaining permissions.
 void printSurvivors(const RemovalReport& report, const CommandContext& context) {
     if (!report.verification) return;
-    const auto isByPath = [](const PermissionGrant& grant) { return grant.isPathClient; };
-    for (const auto& app : report.verification->apps) {
-        if (report.keepsItsPermissions(app.bundleID)) continue;
-        const auto& grants = app.tccSurvivors;
-        if (std::ranges::any_of(grants, std::not_fn(isByPath)))
+    const auto isRevocable = std::not_fn(std::mem_fn(&PermissionGrant::isPathClient));
+    for (const auto& app : report.verification->apps)
+        if (!report.keepsItsPermissions(app.bundleID) && std::ranges::any_of(app.tccSurvivors, isRevocable))
             context.offer("cli.report.revoke %@",
                           context.commandLine({"permissions", "revoke", app.bundleID}));
-        if (std::ranges::any_of(grants, isByPath)) context.console.line(context.text("cli.report.pathGrant"));
-    }
 }
 
 /// On a volume no job runs and macOS need not be notified.

@@ -7,6 +7,7 @@
 #include "removal/chosen_items.h"
 #include "removal/removal_choice.h"
 #include "removal/removal_report.h"
+#include "removal/removal_subject.h"
 #include "removal/removal_texts.h"
 
 #include <string>
@@ -19,11 +20,11 @@ namespace tidwen {
 void printItems(const RemovalChoice& choice, const CommandContext& context);
 
 /// The consequences of removing them.
-void printConfirmation(const ConfirmationTexts& words, const CommandContext& context, const Mac& mac);
+void printConfirmation(const ConfirmationTexts& words, const CommandContext& context);
 
 /// The items that stay, each with its reason, and the command that lists them again; with instructions for
 /// what only the user can remove. What the listing of all leftovers or installers shows anyway is counted.
-void printLeft(const std::vector<Remainder>& left, const CommandContext& context);
+void printLeft(const std::vector<Remainder>& left, RemovalSubject::Kind kind, const CommandContext& context);
 
 /// The numbered steps.
 void printPlan(const std::vector<RemovalOperation>& plan, const QuarantineLayout& layout,

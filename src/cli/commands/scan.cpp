@@ -99,7 +99,7 @@ void printTraces(const ScanResult& result, bool isBySize, const CommandContext& 
             line.push_back({displayName(trace, context.texts)});
             if (resetsNothing(trace, result)) {
                 const auto* why =
-                    result.permissions.grants.empty() ? "cli.scan.noPermissions" : "cli.report.pathGrant";
+                    result.permissions.grants.empty() ? "cli.scan.noPermissions" : "report.verify.pathGrant";
                 line.push_back({"  " + context.text(why), Style::faint});
                 context.console.line(line);
                 continue;

@@ -80,7 +80,10 @@ class WatchSession {
     }
 
     void tidyUp() const {
-        for (const auto& notice : FlowSession(context_, mac_).start()) {
+        FlowSession session(context_, mac_);
+        const auto notices = session.start();
+        if (const auto& purged = session.purged()) note("%@", {context_.texts.text(*purged)});
+        for (const auto& notice : notices) {
             note("home.recovery.title %@", {subjectText(notice.manifest, context_.texts)});
             for (const auto& item : notice.unsettled)
                 note("failure.moveUnfinished %@", {item});

@@ -16,6 +16,7 @@
 #include "base/texts.h"
 #include "operations/admin_batch.h"
 #include "operations/removal_operation.h"
+#include "program/mac.h"
 #include "quarantine/manifest.h"
 #include "quarantine/quarantine_layout.h"
 #include "removal/removal_plan.h"
@@ -125,12 +126,13 @@ const Trace* onlyItem(const RemovalChoice& choice) {
 
 } // namespace
 
-Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const System& system, AppIcons& icons,
+Sheet* openConfirmSheet(QWidget* window, const RemovalChoice& choice, const Mac& mac, AppIcons& icons,
                         const std::function<void()>& confirm) {
+    const auto& system = mac.system;
     const auto& texts = system.texts;
     const auto& summary = choice.summary();
     const auto subject = shown(choice.subject().text(texts)).toStdString();
-    const auto said = confirmationTexts(summary, subject, choice.mode(), texts);
+    const auto said = confirmationTexts(summary, subject, choice.mode(), mac.rights(), texts);
     const auto title = QString::fromStdString(said.title);
     auto* sheet = new Sheet(window, title);
     addTitle(*sheet, choice, icons, title);

@@ -180,8 +180,11 @@ void HistoryScreen::undo(const Path& root, const ItemChoice& items) {
 void HistoryScreen::askToDelete() {
     const auto* entry = current();
     if (!entry) return;
-    ask(text("history.delete.title %@", {runs_->currentIndex().data().toString().toStdString()}),
-        "history.delete.message", "history.confirm.deleteButton",
+    // With nothing held any more the question would frighten about what is back.
+    const bool isBack = entry->items() == RemovalHistoryEntry::Items::putBack;
+    const auto subject = runs_->currentIndex().data().toString().toStdString();
+    ask(text(isBack ? "history.deleteRecord.title %@" : "history.delete.title %@", {subject}),
+        isBack ? "history.deleteRecord.message" : "history.delete.message", "history.confirm.deleteButton",
         [this, chosen = *entry] { history_.remove({chosen}); });
 }
 

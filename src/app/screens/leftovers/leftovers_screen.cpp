@@ -42,7 +42,9 @@ LeftoversScreen::LeftoversScreen(RemovalFlowModel& flow, const Texts& texts, con
     addMenus();
     selectSafe_ = addButton("leftovers.selectSafe", "select safe",
                             [this] { flow_.setSelected(tree_.idsOf(TraceRisk::safe), true); });
-    details_ = new DetailsPane(texts, user, actions_.reveal, "orphans.risk.");
+    details_ = new DetailsPane(texts, user,
+                               {.reveal = actions_.reveal, .retention = [this] { return flow_.retention(); }},
+                               "orphans.risk.");
     addButton(details_->makeButton(DetailsPane::Stands::forFind));
     addBeside(details_);
     setModel(tree_);

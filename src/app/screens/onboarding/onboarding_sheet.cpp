@@ -86,6 +86,10 @@ QWidget* OnboardingSheet::makeAccess() {
 QWidget* OnboardingSheet::makeTrash() {
     QBoxLayout* row = nullptr;
     auto* panel = card(row);
+    if (!services_.permissions) { // a volume: nothing here watches its Trash
+        row->addWidget(parts::paragraph(text("settings.trash.volume")), 1);
+        return panel;
+    }
     row->addWidget(parts::paragraph(text("settings.general.trashToggle")), 1);
     watch_ = new Toggle(text("settings.general.trashToggle"));
     connect(watch_, &QAbstractButton::clicked, this, [this](bool isOn) {
@@ -129,8 +133,8 @@ void OnboardingSheet::next() {
 }
 
 void OnboardingSheet::showPresent() {
-    watch_->setChecked(services_.own.settings().preferences().catchTrashedApps.get());
-    watch_->setEnabled(!services_.own.settings().problem.get());
+    if (watch_) watch_->setChecked(services_.own.settings().preferences().catchTrashedApps.get());
+    if (watch_) watch_->setEnabled(!services_.own.settings().problem.get());
     access_->setText(text(!services_.permissions ? "settings.permissions.volume"
                                                  : stateKey(services_.permissions->fullDiskAccess.get())));
 }

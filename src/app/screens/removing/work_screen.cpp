@@ -76,8 +76,8 @@ WorkScreen::WorkScreen(const Texts& texts, AppIcons& icons, UserEnvironment user
 
 void WorkScreen::show(const Words& words, const std::optional<StepProgress>& step) {
     title_->setText(words.title);
-    const bool asksForPassword = step && step->kind == administratorStep;
-    note_->setText(asksForPassword ? tidwen::words(texts_, "removing.password") : words.note);
+    const bool asksForPassword = step && step->kind == administratorStep && !words.prompt.isEmpty();
+    note_->setText(asksForPassword ? words.prompt : words.note);
     stop_->setText(words.stop);
     stop_->setEnabled(true);
     step_->setText(step ? stepWords(*step, texts_, user_) : QString());

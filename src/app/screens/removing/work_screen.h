@@ -30,6 +30,7 @@ class WorkScreen final : public QWidget {
         QString stop;                    ///< what ends it
         QString note;                    ///< what is good to know meanwhile
         std::optional<double> part = {}; ///< of all that is done; of the step, if absent
+        QString prompt = {};             ///< in place of the note while an administrator is asked, if any is
     };
     /// What is passed outlives it.
     WorkScreen(const Texts& texts, AppIcons& icons, UserEnvironment user, std::function<void()> stop);

@@ -11,6 +11,7 @@
 #include "app/widgets/parts.h"
 #include "app/widgets/return_key.h"
 #include "app/widgets/words.h"
+#include "base/byte_sum.h"
 #include "base/message.h"
 #include "base/path.h"
 #include "base/texts.h"
@@ -120,7 +121,7 @@ void ReportScreen::showReport(const stage::Report& stage) {
     const auto subject = shown(stage.subject.text(texts_)).toStdString();
     const auto said = reportTexts(stage.report, subject, texts_);
     const bool isClean = said.failures.empty() && !said.stopped && !stage.report.manifestFailure;
-    if (isClean && stage.report.unseen.isNothing())
+    if (isClean && said.isClean && stage.report.unseen.isNothing())
         showMark("check", Role::safe, Role::safeGround);
     else
         showMark("warning", Role::look, Role::lookGround);
@@ -140,11 +141,12 @@ void ReportScreen::showCard(const stage::Report& stage) {
     auto* card = parts::column(panel, scaled(14));
     card->setContentsMargins(scaled(16), scaled(14), scaled(16), scaled(14));
     addFailures(*card, stage.report, said);
+    auto note = text("report.quarantine.note");
+    if (const auto kept = flow_.retention()) note += QLatin1Char(' ') + shown(texts_.text(*kept));
     if (!report.quarantineRoot.isRoot())
         addLine(*card,
                 {"folder", Role::second, text("report.quarantine.title"),
-                 shown(report.quarantineRoot.lastComponent()) + QLatin1Char('\n')
-                     + text("report.quarantine.note")},
+                 shown(report.quarantineRoot.lastComponent()) + QLatin1Char('\n') + note},
                 parts::button(text("history.revealButton"),
                               [this, folder = report.quarantineRoot] { reveal_(folder); }));
     addLines(*card, {"warning", Role::look, text("report.remarks"), {}}, said.remarks);
@@ -159,16 +161,33 @@ void ReportScreen::showCard(const stage::Report& stage) {
         if (!unseen.body.isEmpty()) body.prepend(unseen.body + QLatin1Char('\n'));
         addLine(*card, {"warning", Role::look, unseen.title, body});
     }
-    std::size_t lines = 0;
-    for (const auto& remainder : report.left)
-        for (const auto& item : remainder.traces)
-            if (lines++ < mostWidgets)
-                addLine(*card, {"warning", Role::look,
-                                text("report.stays %@", {traceTitle(item.trace, texts_).toStdString()}),
-                                whyItStays(item)});
-    if (lines > mostWidgets) addLine(*card, {"warning", Role::look, more(lines - mostWidgets), {}});
+    addStaying(*card, stage);
     if (card->count() == 0) return panel->deleteLater();
     cards_->addWidget(panel);
+}
+
+/// What the user left out is no cause for concern; of a list that goes on showing it, it is only counted.
+void ReportScreen::addStaying(QBoxLayout& card, const stage::Report& stage) {
+    std::size_t lines = 0;
+    int listed = 0;
+    ByteSum size;
+    for (const auto& remainder : stage.report.left)
+        for (const auto& item : remainder.traces) {
+            if (isListedAgain(item, stage.subject.kind)) {
+                ++listed;
+                size.add(item.trace.sizeBytes, item.trace.isSizePartial);
+            } else if (lines++ < mostWidgets) {
+                const bool wasLeftOut = item.reason == StayReason::notChosen;
+                addLine(card, {wasLeftOut ? "info" : "warning", wasLeftOut ? Role::second : Role::look,
+                               text("report.stays %@", {traceTitle(item.trace, texts_).toStdString()}),
+                               whyItStays(item)});
+            }
+        }
+    if (lines > mostWidgets) addLine(card, {"warning", Role::look, more(lines - mostWidgets), {}});
+    if (listed == 0) return;
+    const auto items =
+        texts_.text("review.header.summary %lld %@", {std::to_string(listed), sizeText(size, texts_)});
+    addLine(card, {"info", Role::second, text("report.notChosen"), QString::fromStdString(items)});
 }
 
 /// Under one heading, for they come first.

@@ -46,6 +46,7 @@ class ReportScreen final : public QWidget {
     void addLine(QBoxLayout& card, const Line& line, QPushButton* button = nullptr);
     void addLines(QBoxLayout& card, Line line, const std::vector<std::string>& bodies);
     void addFailures(QBoxLayout& card, const RemovalReport& report, const ReportTexts& said);
+    void addStaying(QBoxLayout& card, const stage::Report& report);
     void showReport(const stage::Report& report);
     void showCard(const stage::Report& report);
     void showUndo(const UndoReport& undo);

@@ -15,6 +15,7 @@
 #include "app/widgets/parts.h"
 #include "app/widgets/row_view.h"
 #include "app/widgets/screen_header.h"
+#include "app/widgets/scrolled.h"
 #include "app/widgets/search_field.h"
 #include "app/widgets/text_sheet.h"
 #include "app/widgets/tile.h"
@@ -59,8 +60,8 @@ ReviewScreen::ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts&
                            Actions actions)
     : flow_(flow), icons_(icons), texts_(texts), actions_(std::move(actions)), tree_(flow, texts, user) {
     auto* layout = parts::row(this);
-    auto* main = parts::column(nullptr);
-    layout->addLayout(main, 1);
+    auto* body = new QWidget;
+    auto* main = parts::column(body);
     main->addWidget(makeHeader());
     sizes_ = new SizeBar;
     auto* inner = parts::column(nullptr, scaled(8));
@@ -78,10 +79,14 @@ ReviewScreen::ReviewScreen(RemovalFlowModel& flow, AppIcons& icons, const Texts&
     list->setContentsMargins(scaled(14), 0, scaled(8), 0);
     list->addWidget(view_);
     main->addLayout(list, 1);
-    details_ = new DetailsPane(texts_, std::move(user), actions_.reveal);
-    main->addWidget(makeFooter());
-    if (actions_.openPane) details_->onPane = actions_.openPane;
-    details_->onPermissions = [this](const Trace& trace) { showPermissions(trace); };
+    details_ = new DetailsPane(texts_, std::move(user),
+                               {.reveal = actions_.reveal,
+                                .retention = [this] { return flow_.retention(); },
+                                .showPermissions = [this](const Trace& trace) { showPermissions(trace); },
+                                .openPane = actions_.openPane});
+    auto* beside = new QWidget;
+    layOut(*beside, body, makeFooter());
+    layout->addWidget(beside, 1);
     layout->addWidget(details_);
     connect(view_->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex& current) { details_->show(tree_.trace(current)); });

@@ -12,17 +12,18 @@ namespace tidwen {
 
 GeneralPage::GeneralPage(UserSettings& settings, const Texts& texts)
     : SettingsPage(texts, "settings.tab.general"), settings_(settings) {
-    addChoice("appearance", "settings.general.appearance", "settings.general.appearancePicker",
+    addChoice("appearance", {"settings.general.appearance", "settings.general.appearancePicker"},
               {{"auto", "settings.appearance.system"},
                {"light", "settings.appearance.light"},
                {"dark", "settings.appearance.dark"}});
     addLanguage();
-    addChoice("unusedThreshold", "settings.unused.title", "settings.general.unusedPicker",
+    addChoice("unusedThreshold", {"settings.unused.title", "settings.general.unusedPicker"},
               {{"oneMonth", "settings.unused.oneMonth"},
                {"threeMonths", "settings.unused.threeMonths"},
                {"sixMonths", "settings.unused.sixMonths"},
                {"twelveMonths", "settings.unused.twelveMonths"}});
-    addChoice("quarantineRetention", "settings.retention.title", "settings.general.retentionPicker",
+    addChoice("quarantineRetention",
+              {"settings.retention.title", "settings.general.retentionPicker", "settings.retention.note"},
               {{"never", "settings.retention.never"},
                {"sevenDays", "settings.retention.sevenDays"},
                {"thirtyDays", "settings.retention.thirtyDays"},
@@ -32,17 +33,17 @@ GeneralPage::GeneralPage(UserSettings& settings, const Texts& texts)
     showPresent();
 }
 
-void GeneralPage::addChoice(const char* setting, const char* title, const char* name,
+void GeneralPage::addChoice(const char* setting, const ChoiceWords& words,
                             const std::vector<Option>& options) {
     std::vector<Picker::Choice> choices;
     choices.reserve(options.size());
     for (const auto& option : options)
         choices.push_back({option.value, text(option.words)});
-    auto* picker = new Picker(text(name), std::move(choices),
+    auto* picker = new Picker(text(words.name), std::move(choices),
                               [this, setting](const std::string& value) { settings_.set(setting, value); });
     picker->setObjectName(QString::fromLatin1(setting));
     pickers_.emplace_back(setting, picker);
-    addRow(text(title), {}, picker);
+    addRow(text(words.title), words.note ? text(words.note) : QString(), picker);
 }
 
 void GeneralPage::addLanguage() {

@@ -22,8 +22,12 @@ class GeneralPage final : public SettingsPage {
         const char* value;
         const char* words;
     };
-    void addChoice(const char* setting, const char* title, const char* name,
-                   const std::vector<Option>& options);
+    struct ChoiceWords {
+        const char* title;
+        const char* name;           ///< of the control
+        const char* note = nullptr; ///< what the choice leads to
+    };
+    void addChoice(const char* setting, const ChoiceWords& words, const std::vector<Option>& options);
     void addLanguage();
     void showPresent();
 

@@ -19,24 +19,30 @@ TrashPage::TrashPage(UserSettings& settings, PermissionsModel* own, Notification
       own_(own),
       notifications_(notifications) {
     addParagraph(text("settings.trash.body"), Role::second);
+    if (own_)
+        makeSwitch(std::move(openPermissions));
+    else
+        addParagraph(text("settings.trash.volume"), Role::second); // no switch that would do nothing
+    addStretch();
+}
+
+void TrashPage::makeSwitch(std::function<void()> openPermissions) {
     watch_ = new Toggle(text("settings.general.trashToggle"));
     watch_->setObjectName(QStringLiteral("catchTrashedApps"));
     connect(watch_, &QAbstractButton::clicked, this,
             [this](bool isOn) { settings_.set("catchTrashedApps", isOn ? "true" : "false"); });
-    addRow(text("settings.general.trashToggle"),
-           text(own_ ? "settings.trash.login" : "settings.trash.volume"), watch_);
+    addRow(text("settings.general.trashToggle"), text("settings.trash.login"), watch_);
     needs_ = addParagraph({}, Role::look);
     permissions_ = parts::button(text("settings.trash.openPermissions"), std::move(openPermissions));
     auto* line = parts::row(nullptr);
     line->addWidget(permissions_);
     line->addStretch(1);
     rows().addLayout(line);
-    addStretch();
     follow(settings_.changed.connect([this] { showPresent(); }));
     follow(notifications_.state.observe([this](const auto&) { showPresent(); }));
-    if (own_) follow(own_->fullDiskAccess.observe([this](const auto&) { showPresent(); }));
+    follow(own_->fullDiskAccess.observe([this](const auto&) { showPresent(); }));
     notifications_.refresh();
-    if (own_) own_->refresh();
+    own_->refresh();
     showPresent();
 }
 
@@ -46,7 +52,7 @@ void TrashPage::showPresent() {
     watch_->setToolTip(text(isOn ? "settings.trash.turnOff" : "settings.trash.turnOn"));
     watch_->setEnabled(!settings_.problem.get());
     QStringList needs;
-    if (own_ && own_->fullDiskAccess.get() == FullDiskAccessProbe::Status::denied)
+    if (own_->fullDiskAccess.get() == FullDiskAccessProbe::Status::denied)
         needs << text("settings.trash.needsFullDisk");
     if (notifications_.state.get() != NotificationState::allowed)
         needs << text("settings.trash.needsNotifications");

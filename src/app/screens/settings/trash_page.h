@@ -14,7 +14,7 @@ namespace tidwen {
 
 class Toggle;
 
-/// Whether applications in the Trash are noticed, and what that needs.
+/// Whether applications in the Trash of this Mac are noticed, and what that needs.
 class TrashPage final : public SettingsPage {
   public:
     /// `own`: null unless the running Mac is open.
@@ -22,6 +22,7 @@ class TrashPage final : public SettingsPage {
               const Texts& texts, std::function<void()> openPermissions);
 
   private:
+    void makeSwitch(std::function<void()> openPermissions);
     void showPresent();
 
     UserSettings& settings_;
