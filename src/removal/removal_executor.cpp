@@ -188,7 +188,8 @@ FileResult<RemovalReport> RemovalExecutor::execute(const std::vector<RemovalOper
     }
 
     steps.finish();
-    report.manifestFailure = conclude(journal, earlierRests, emptyResets, report);
+    report.irreversible = irreversibleKinds(report, emptyResets);
+    report.manifestFailure = conclude(journal, earlierRests, report);
     const auto succeeded = std::count_if(report.results.begin(), report.results.end(),
                                          [](const OperationResult& result) { return result.succeeded; });
     ports_.log.info("Removed {}/{} traces", succeeded, plan.size());
@@ -210,7 +211,6 @@ RemovalPhases RemovalExecutor::phases(const std::vector<RemovalOperation>& plan)
 /// Why the run's journal stays instead of a manifest; recovery examines it again.
 std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal,
                                                  const std::set<Path>& earlierRests,
-                                                 const std::set<Uuid>& emptyResets,
                                                  RemovalReport& report) const {
     const auto& root = journal.quarantineRoot;
     for (const auto& entry : unfinishedMoves(journal.planned, earlierRests, ports_.files)) {
@@ -241,7 +241,7 @@ std::optional<Message> RemovalExecutor::conclude(const RemovalJournal& journal,
                                     .quarantineRoot = root,
                                     .apps = journal.apps,
                                     .entries = manifestEntries(report.operations, done),
-                                    .irreversible = irreversibleKinds(report, emptyResets)},
+                                    .irreversible = report.irreversible},
                                    ports_.files);
     if (written) return std::nullopt;
     ports_.log.error("Could not write manifest {}: {}", report.manifestURL.string(),

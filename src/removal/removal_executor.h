@@ -51,7 +51,7 @@ class RemovalExecutor {
 
   private:
     std::optional<Message> conclude(const RemovalJournal& journal, const std::set<Path>& earlierRests,
-                                    const std::set<Uuid>& emptyResets, RemovalReport& report) const;
+                                    RemovalReport& report) const;
 
     Ports ports_;
 };

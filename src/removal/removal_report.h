@@ -38,6 +38,7 @@ struct RemovalReport {
     std::vector<RemovalOperation> operations; ///< the whole plan
     std::vector<OperationResult> results =
         {}; ///< refused steps, user-level results, root-level ones, each in plan order
+    std::vector<std::string> irreversible = {}; ///< kinds of steps that were done and cannot be undone
     std::optional<VerificationReport> verification = {};
     std::optional<std::int64_t> reclaimedBytes = {}; ///< of moved items; absent when none were moved
     bool isReclaimedPartial = false; ///< measuring stopped at a limit; `reclaimedBytes` is a lower bound

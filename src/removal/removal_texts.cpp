@@ -34,6 +34,16 @@ std::pair<std::size_t, std::size_t> doneAndAll(const RemovalReport& report,
     return {moves - static_cast<std::size_t>(failed), moves};
 }
 
+/// Beside moving items: a review counts it, and the history does not.
+bool resetPermissions(const RemovalReport& report) {
+    const auto isMove = [](const RemovalOperation& step) {
+        return std::holds_alternative<operation::Move>(step.kind);
+    };
+    const std::string reset(kindName(operation::ResetPermissions()));
+    return std::ranges::any_of(report.operations, isMove)
+           && std::ranges::find(report.irreversible, reset) != report.irreversible.end();
+}
+
 /// An identifier alone does not show that the step concerned permissions.
 std::string subjectOf(const RemovalOperation& step, const Texts& texts) {
     return std::holds_alternative<operation::ResetPermissions>(step.kind)
@@ -107,6 +117,7 @@ ReportTexts reportTexts(const RemovalReport& report, const std::string& subject,
     words.counts = texts.text(isReset ? "report.summary.clearedCount %lld %lld"
                                       : "report.summary.removedCount %lld %lld",
                               {number(done), number(all)});
+    if (resetPermissions(report)) words.counts = texts.text("report.summary.permissions %@", {words.counts});
     if (report.reclaimedBytes)
         words.reclaimed = texts.text("report.summary.reclaimed %@",
                                      {sizeText(*report.reclaimedBytes, report.isReclaimedPartial, texts)});

@@ -30,7 +30,8 @@ QVariant PermissionList::rowData(const PermissionRow& row, int role) const {
 QString PermissionList::secondLine(const PermissionGrant& grant) const {
     auto detail = shown(PermissionsSheet::detail(grant, texts_));
     if (grant.state.kind == PermissionGrant::State::Kind::limited) return detail; // which begins with that
-    const auto state = words(texts_, "cli.permission." + std::string(name(grant.state.kind)));
+    auto state = words(texts_, "cli.permission." + std::string(name(grant.state.kind)));
+    if (!state.isEmpty()) state.replace(0, 1, state.at(0).toUpper()); // it begins the line
     return detail.isEmpty() ? state : state + QStringLiteral(" · ") + detail;
 }
 
