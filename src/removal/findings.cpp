@@ -78,8 +78,10 @@ bool Findings::resetsNothing(std::size_t group, const Trace& trace) const {
 
 bool Findings::hasPathPermissions(const FoundGroup& group) const {
     const auto number = static_cast<std::size_t>(&group - groups_.data());
-    return number < scanned().size()
-           && std::ranges::any_of(scanned()[number].permissions.grants, &PermissionGrant::isPathClient);
+    const auto isByPath = [](const PermissionGrant& grant) {
+        return grant.isPathClient || grant.isAlsoByPath;
+    };
+    return number < scanned().size() && std::ranges::any_of(scanned()[number].permissions.grants, isByPath);
 }
 
 void Findings::index() {

@@ -71,7 +71,7 @@ TEST_F(Audit, FoldsTheRowsOfAServiceAndSortsByTitle) {
         {"kTCCServiceAppleEvents", {State::Kind::denied}, Scope::user, false},   // "permission.automation"
         {"kTCCServiceCamera", {State::Kind::granted}, Scope::user, true},
         {"kTCCServiceCamera", {State::Kind::granted}, Scope::system, false},
-        {"kTCCServicePhotos", {State::Kind::limited}, Scope::user, false},
+        {"kTCCServicePhotos", {State::Kind::limited}, Scope::user, false, true},
         {"kTCCServiceReminders", {State::Kind::unknown, 1}, Scope::user, false},
     };
     const auto result = audit();

@@ -74,6 +74,13 @@ TEST_F(PermissionsWindow, SaysThatADatabaseCannotBeRead) {
 TEST_F(PermissionsWindow, AreNoRowOfTheReviewWhereNoneWereGiven) {
     ASSERT_TRUE(fixture.review("Kip"));
     EXPECT_FALSE(fixture.openPermissionsOfTheReview());
+    EXPECT_FALSE(fixture.says(QStringLiteral("not shown"))) << "nothing is hidden by a search";
+}
+
+TEST_F(PermissionsWindow, GivenByPathAreSaidToStayBeforeTheyDo) {
+    ASSERT_TRUE(fixture.review("Harbor VPN"));
+    ASSERT_TRUE(fixture.click("remove"));
+    EXPECT_TRUE(fixture.says(QStringLiteral("given to a program by its path")));
 }
 
 TEST_F(PermissionsWindow, OpensFromTheReviewToo) {

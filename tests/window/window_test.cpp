@@ -60,6 +60,7 @@ TEST_F(Window, NamesEachStepAndTheAdministratorsScriptToBeCopied) {
     const auto copied = QApplication::clipboard()->text();
     EXPECT_TRUE(copied.startsWith(QStringLiteral("1. "))) << copied.toStdString();
     EXPECT_TRUE(copied.contains(QStringLiteral("#!/bin/sh\n"))) << copied.toStdString();
+    EXPECT_TRUE(copied.contains(QStringLiteral("(time of the removal)/"))) << "no folder of now is made";
 }
 
 TEST_F(Window, GoesTheSameWayByKeyboardAlone) {

@@ -25,6 +25,7 @@
 #include <QKeyEvent>
 #include <QPointer>
 
+#include <algorithm>
 #include <utility>
 #include <variant>
 
@@ -150,6 +151,12 @@ void MacView::followModels() {
         mac_.session().models().history().load();
         mac_.session().models().homeGrid().load();
     }));
+    auto& kept = mac_.session().protectedApps();
+    following_.push_back(kept.changed.connect([this, &kept](const auto&) {
+        const auto isKept = [&](const AppTarget& app) { return kept.contains(app.bundleID); };
+        const auto& refused = mac_.flow().protectedTargets();
+        if (!refused.empty() && std::ranges::none_of(refused, isKept)) said_->dismissError();
+    }));
     following_.push_back(models.history().busyEntryID.observe([this](const auto& busy) {
         followWork();
         if (!busy) mac_.session().models().homeGrid().load(); // applications may be back
@@ -171,6 +178,12 @@ void MacView::followPermissions() {
 }
 
 void MacView::follow(FlowChange change) {
+    const auto& flow = mac_.flow();
+    const bool isReport = std::holds_alternative<stage::Report>(flow.stage());
+    if (isReport && (change == FlowChange::stage || change == FlowChange::undo) && !flow.isUndoing()) {
+        mac_.session().models().homeGrid().load(); // what is counted beside the report has changed
+        mac_.session().models().history().load();
+    }
     if (change == FlowChange::stage || change == FlowChange::listing) return showStage();
     flowDisplay_->show(change);
     if (change == FlowChange::prompt || change == FlowChange::undo) followWork();

@@ -92,7 +92,9 @@ int weight(State::Kind kind) {
 /// grants more is kept, and the identifier before the path.
 void fold(PermissionGrant& kept, const PermissionGrant& row) {
     const int difference = weight(row.state.kind) - weight(kept.state.kind);
+    const bool isAnyByPath = kept.isPathClient || kept.isAlsoByPath || row.isPathClient;
     if (difference > 0 || (difference == 0 && kept.isPathClient && !row.isPathClient)) kept = row;
+    kept.isAlsoByPath = isAnyByPath && !kept.isPathClient;
 }
 
 struct Finalize {

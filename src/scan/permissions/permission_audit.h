@@ -27,6 +27,7 @@ struct PermissionGrant {
     State state;
     Scope scope = Scope::user;
     bool isPathClient = false; ///< the database identifies the client by its path
+    bool isAlsoByPath = false; ///< a row by its path was folded into this one, which is not by path
     friend bool operator==(const PermissionGrant&, const PermissionGrant&) = default;
 };
 

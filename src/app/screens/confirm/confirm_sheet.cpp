@@ -97,12 +97,16 @@ QStringList stepLines(const RemovalChoice& choice, const System& system) {
         lines << line;
         if (step.requiresRoot) administrator.push_back(std::move(step));
     }
-    if (administrator.empty()) return lines;
-    lines << QString() << words(system.texts, "confirm.steps.script") << QString();
-    std::istringstream script(adminBatch::script(administrator, system.user.userID));
-    for (std::string line; std::getline(script, line);)
-        lines << shown(line);
-    return lines;
+    if (!administrator.empty()) {
+        lines << QString() << words(system.texts, "confirm.steps.script") << QString();
+        std::istringstream script(adminBatch::script(administrator, system.user.userID));
+        for (std::string line; std::getline(script, line);)
+            lines << shown(line);
+    }
+    // The folder is named when the removal begins, so a time of now would name one that is never made.
+    const auto folder = QString::fromStdString(layout.root.lastComponent());
+    const auto time = folder.lastIndexOf(QStringLiteral(" - ")) + 3;
+    return lines.replaceInStrings(folder, folder.left(time) + words(system.texts, "confirm.steps.time"));
 }
 
 void addTitle(Sheet& sheet, const RemovalChoice& choice, AppIcons& icons, const QString& title) {
